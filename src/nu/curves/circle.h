@@ -1,0 +1,34 @@
+#ifndef NU_CURVES_CIRCLE_H
+#define NU_CURVES_CIRCLE_H
+
+#include "nu/curves/curve.h"
+#include "nu/export.h"
+#include "nu/geometry/fit_result.h"
+#include "nu/geometry/point.h"
+#include "nu/linalg/vector.h"
+
+// The circle in space: in its local frame it lies in the xy plane around the origin. Its position has the centre as
+// origin and the normal as z axis; without one it lies in the global xy plane around the global origin.
+class NU_EXPORT CNuCircle : public CNuCurve {
+ public:
+  explicit CNuCircle(double radius);
+  CNuCircle(double radius, const CNuPoint& centre);
+  CNuCircle(double radius, const CNuPoint& centre, const CNuVector& normal);
+
+  double GetRadius() const { return m_radius; }
+  CNuPoint GetCentre() const;
+  CNuVector GetNormal() const;
+  CNuVector GetXaxis() const;
+  CNuPlane GetPlane() const;
+  void GetData(double* radius, CNuPoint* centre, CNuVector* normal) const;
+
+  void Fit(const CNuPointArray& pts, long maxiter);
+  void Fit(const CNuPointArray& pts, double* form, double* sumsq, long maxiter);
+  ENuFitResult FitEx(const CNuPointArray& pts, long maxiter);
+  ENuFitResult FitEx(const CNuPointArray& pts, double* form, double* sumsq, long maxiter);
+
+ private:
+  double m_radius;
+};
+
+#endif

@@ -1,0 +1,38 @@
+#ifndef NU_FOUNDATION_INTERNAL_FAILURES_H
+#define NU_FOUNDATION_INTERNAL_FAILURES_H
+
+#include <cmath>
+
+#include "nu/foundation/exceptions.h"
+#include "nu/foundation/tolerances.h"
+
+// The guards that many classes share, one line at the call site. `what` and `where` are the texts of the exception.
+namespace nu::internal {
+
+[[noreturn]] inline void FailOperation(int cause, const char* what, const char* where, int lower = 0, int upper = 0) {
+  throw CNuOperationException(cause, what, where, lower, upper, 0.0, 0.0);
+}
+
+// An index range that ends at size - 1.
+inline void RequireIndex(int i, int size, const char* what, const char* where) {
+  if (i < 0 || i >= size) FailOperation(3, what, where, 0, size - 1);
+}
+
+// The factor of a product. A NaN is not above the limit and passes.
+inline void RequireFactor(double f, const char* what, const char* where) {
+  if (std::fabs(f) > NuGetLarge()) FailOperation(7, what, where);
+}
+
+// The same for classes that refuse a NaN as well.
+inline void RequireNumericFactor(double f, const char* what, const char* where) {
+  if (!(std::fabs(f) <= NuGetLarge())) FailOperation(7, what, where);
+}
+
+// A divisor whose magnitude is below NuGetZero() is refused. A NaN is not below it and passes.
+inline void RequireDivisor(double d, const char* what, const char* where) {
+  if (std::fabs(d) < NuGetZero()) FailOperation(6, what, where);
+}
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,119 @@
+#include "nu/foundation/numeric_helpers.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "nu/foundation/constants.h"
+#include "nu/foundation/exceptions.h"
+#include "nu/foundation/internal/sort.h"
+#include "nu/foundation/tolerances.h"
+
+namespace {
+
+// Beyond a million turns the rounding of the repeated subtraction is coarser than any angle and its time noticeable.
+constexpr double kTurnsOneByOne = 1e6;
+
+double SnappedToRange(double angle, double turn) {
+  const double zero = NuGetZero();
+  if (std::fabs(angle) < zero || std::fabs(angle - turn) < zero) return 0.0;
+  return angle;
+}
+
+}  // namespace
+
+ENuBoolean NuIsEqual(int na, int nb, const double* a, const double* b, double tol) {
+  if (na < 0 || nb < 0 || a == nullptr || b == nullptr || na != nb) return NuFalse;
+  for (int i = 0; i < na; ++i) {
+    if (std::fabs(a[i] - b[i]) >= tol) return NuFalse;
+  }
+  return NuTrue;
+}
+
+double NuPythag(double a, double b) {
+  const double p = std::max(std::fabs(a), std::fabs(b));
+  if (p < NuGetZero()) return 0.0;
+  const double q = std::min(std::fabs(a), std::fabs(b)) / p;
+  return p * std::sqrt(1.0 + q * q);
+}
+
+double NuPythag(double a, double b, double c) {
+  double p = std::fabs(a);
+  double q = std::fabs(b);
+  double r = std::fabs(c);
+  if (p < q) std::swap(p, q);
+  if (p < r) std::swap(p, r);
+  if (p < NuGetZero()) return 0.0;
+  const double rp = r / p;
+  const double qp = q / p;
+  return p * std::sqrt(rp * rp + qp * qp + 1.0);
+}
+
+void NuSort(int n, double* a) {
+  nu::internal::Sort(n, a);
+}
+
+void NuSort(int n, const double* a, int* index) {
+  nu::internal::SortIndex(n, a, index);
+}
+
+void NuSort(int n, double* a, double* b) {
+  nu::internal::SortTogether(n, a, b);
+}
+
+// Every intermediate of the repeated subtraction of 360 is exact as long as it ends, so the remainder has its bits.
+double NuAngleIn360Degree(double deg) {
+  constexpr double turn = 360.0;
+  double x = deg;
+  if (!(x >= 0.0 && x < turn)) {
+    x = std::fmod(x, turn);
+    if (x < 0.0) x += turn;
+    if (x >= turn) x -= turn;
+  }
+  return SnappedToRange(x, turn);
+}
+
+double NuAngleIn2Pi(double rad) {
+  if (!std::isfinite(rad)) return std::nan("");
+  double x = rad;
+  if (std::fabs(x) > kTurnsOneByOne * Nu_2PI) x = std::fmod(x, Nu_2PI);
+  while (x < 0.0) x += Nu_2PI;
+  while (x >= Nu_2PI) x -= Nu_2PI;
+  return SnappedToRange(x, Nu_2PI);
+}
+
+double NuArcCosSin(double c, double s) {
+  const double zero = NuGetZero();
+  if (std::fabs(c) < zero) return s <= 0.0 ? 1.5 * Nu_PI : 0.5 * Nu_PI;
+  if (std::fabs(s) < zero) return c <= 0.0 ? Nu_PI : 0.0;
+  const double t = std::atan(s / c);
+  if (t > 0.0) return s < 0.0 ? t + Nu_PI : t;
+  if (s > 0.0) return t + Nu_PI;
+  // A tiny negative angle plus a full turn rounds to the full turn, which is no angle of the range.
+  const double angle = t + Nu_2PI;
+  return angle >= Nu_2PI ? 0.0 : angle;
+}
+
+void NuCosSin(double angle, double* c, double* s) {
+  *c = std::cos(angle);
+  *s = std::sin(angle);
+  const double zero = NuGetZero();
+  if (std::fabs(std::fabs(*c) - 1.0) < zero) {
+    *s = 0.0;
+  } else if (std::fabs(std::fabs(*s) - 1.0) < zero) {
+    *c = 0.0;
+  } else if (std::fabs(*c - *s) < NuGetTol()) {
+    *c = (*c + *s) / 2.0;
+    *s = *c;
+  }
+}
+
+ENuBoolean NuIsTriangle(double a, double b, double c, double tol) {
+  if (c + tol >= a + b || a + tol >= b + c || b + tol >= a + c) return NuFalse;
+  return NuTrue;
+}
+
+double nu::acosh(double x) {
+  if (!(x >= 1.0)) throw CNuOperationException(1, "calculation", "acosh", 0, 0, 0.0, 0.0);
+  // ln(x + sqrt(x^2 - 1)), without the overflow of the square and the cancellation near 1.
+  return std::acosh(x);
+}

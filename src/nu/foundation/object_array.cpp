@@ -1,0 +1,15 @@
+#include "nu/foundation/object_array.h"
+
+#include "nu/foundation/internal/array_definitions.h"
+
+namespace {
+
+constexpr nu::internal::ArrayTexts kTexts = NU_ARRAY_TEXTS("CNuObjArray");
+
+}  // namespace
+
+NU_DEFINE_ARRAY(CNuObjArray, CNuObject*, CNuObject*, kTexts)
+
+void CNuObjArray::Clear() {
+  m_size = 0;
+}

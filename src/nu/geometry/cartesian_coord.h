@@ -1,0 +1,28 @@
+#ifndef NU_GEOMETRY_CARTESIAN_COORD_H
+#define NU_GEOMETRY_CARTESIAN_COORD_H
+
+#include "nu/export.h"
+#include "nu/geometry/geometry.h"
+#include "nu/geometry/point.h"
+#include "nu/linalg/vector.h"
+
+// A Cartesian frame: origin, local x axis and local z axis; the y axis is z * x. The setters store what they are given,
+// neither normalised nor checked.
+class NU_EXPORT CNuCartesianCoord : public CNuGeometry {
+ public:
+  // Origin (0, 0, 0), x axis (1, 0, 0), z axis (0, 0, 1).
+  CNuCartesianCoord();
+
+  void SetData(const CNuPoint& origin, const CNuVector& xaxis, const CNuVector& zaxis);
+  void GetData(CNuPoint* origin, CNuVector* xaxis, CNuVector* zaxis) const;
+  void SetLocalXaxis(const CNuVector& xaxis);
+  void SetLocalZaxis(const CNuVector& zaxis);
+  CNuVector GetLocalZaxis() const;
+
+ private:
+  CNuPoint m_origin;
+  CNuVector m_xaxis;
+  CNuVector m_zaxis;
+};
+
+#endif

@@ -1,0 +1,131 @@
+#ifndef NU_LINALG_MATRIX_H
+#define NU_LINALG_MATRIX_H
+
+#include "nu/export.h"
+#include "nu/foundation/boolean.h"
+#include "nu/foundation/object.h"
+#include "nu/fwd.h"
+
+// Outcome of the eigen operations and of Inverse: 0 before, 1 computed, 2 computed, and the matrix has complex
+// eigenvalues, of which only the real parts fit the result.
+enum ENuStatus { NuStatusNone = 0, NuStatusComputed = 1, NuStatusComplex = 2 };
+
+// A dense real matrix of at least one row and column. Elements are addressed by row pointers, data[row][column], which
+// the host may use and even exchange; behind them lies one block, inside the object up to 4 x 4. Copies are deep.
+// Checks come before the first element is written, so a failed operation leaves its operands as they were, but for the
+// decompositions in place; no memory: CNuMemoryException.
+class NU_EXPORT CNuMatrix : public CNuAlgebra {
+ public:
+  // 4 x 4 zeros
+  CNuMatrix();
+  // rows x columns zeros. Either below 1: CNuConstructionException cause 1, "number of rows/columns".
+  CNuMatrix(int rows, int columns);
+  CNuMatrix(const CNuMatrix& other);
+  CNuMatrix(CNuMatrix&& other) noexcept;
+  CNuMatrix& operator=(const CNuMatrix& other);
+  CNuMatrix& operator=(CNuMatrix&& other) noexcept;
+  ~CNuMatrix() override { Release(); }
+
+  int GetRowSize() const { return m_rows; }
+  int GetColumnSize() const { return m_columns; }
+  double** GetData() { return m_data; }
+  const double* const* GetData() const { return m_data; }
+
+  // Element (i, j). Out of range: cause 3 with the valid range.
+  double& Element(int i, int j) {
+    CheckRowColumnIndex(i, j);
+    return m_data[i][j];
+  }
+  double Element(int i, int j) const {
+    CheckRowColumnIndex(i, j);
+    return m_data[i][j];
+  }
+  double GetElement(int i, int j) const { return Element(i, j); }
+  void SetElement(int i, int j, double value) { Element(i, j) = value; }
+
+  // One row or column. Out of range: cause 3; a vector of another size: cause 5.
+  CNuVector GetRowVector(int i) const;
+  CNuVector GetColumnVector(int j) const;
+  void SetRowVector(int i, const CNuVector& v);
+  void SetColumnVector(int j, const CNuVector& v);
+
+  // Rows r1 to r2 and columns c1 to c2, all included. r1 > r2 or c1 > c2: cause 15; then out of range: cause 3; then a
+  // block of another shape: cause 5.
+  CNuMatrix SubMatrix(int r1, int r2, int c1, int c2) const;
+  void SetSubMatrix(int r1, int r2, int c1, int c2, const CNuMatrix& m);
+
+  static CNuMatrix Identity(int n);
+  static CNuMatrix DiagonalMatrix(const CNuVector& v);
+  CNuMatrix Transpose() const;
+  // A^T A, columns x columns, and A A^T, rows x rows; both exactly symmetric.
+  CNuMatrix PreMultiplyTranspose() const;
+  CNuMatrix PostMultiplyTranspose() const;
+  // Sum of the diagonal. Not square: cause 16.
+  double Trace() const;
+  operator CNuComplexMatrix() const;
+
+  // Shapes do not fit: cause 5, named by the operator.
+  CNuMatrix operator+(const CNuMatrix& b) const;
+  CNuMatrix operator-(const CNuMatrix& b) const;
+  CNuMatrix& operator+=(const CNuMatrix& b);
+  CNuMatrix& operator-=(const CNuMatrix& b);
+  CNuMatrix operator-() const;
+  // Every element is summed from index 0 on.
+  CNuMatrix operator*(const CNuMatrix& b) const;
+  CNuVector operator*(const CNuVector& v) const;
+  // |f| > NuGetLarge(): cause 7.
+  CNuMatrix operator*(double f) const;
+  CNuMatrix& operator*=(double f);
+  // |d| < NuGetZero(): cause 6.
+  CNuMatrix operator/(double d) const;
+  CNuMatrix& operator/=(double d);
+
+  // Every |element|, or difference of elements, below tol. A matrix that is not square is neither symmetric nor
+  // orthogonal.
+  ENuBoolean IsZero(double tol) const;
+  ENuBoolean IsEqual(const CNuMatrix& b, double tol) const;
+  ENuBoolean IsSymmetric(double tol) const;
+  ENuBoolean IsOrthogonal(double tol) const;
+
+  void LUD(CNuIntArray* index, int* d, int* status);
+  void LUD2(CNuMatrix* L, CNuMatrix* U, CNuMatrix* P) const;
+  void SVD(CNuVector* w, CNuMatrix* v);
+  double Determinant() const;
+  CNuMatrix Inverse(ENuStatus* status);
+  CNuVector EigenValues(ENuStatus* status);
+  CNuMatrix EigenVectors(ENuStatus* status);
+  void EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatrix* vectors) const;
+
+  // The matrix's file: the tag "Matrix" with its zero byte, rows and columns as int, the elements row by row as
+  // doubles, all little-endian. Writing: true on success; cause 48 when the file cannot be written, cause 47 when it
+  // cannot be opened. Reading: false for anything that is not such a file; only a file with a sound head replaces the
+  // matrix.
+  bool BinaryDump(const char* fileName) const;
+  bool BinaryRead(const char* fileName);
+
+ private:
+  static constexpr int kLocalRows = 4;
+  static constexpr int kLocalElements = 16;
+
+  void Init(int rows, int columns);
+  void Copy(const CNuMatrix& other);
+  void Allocate(int rows, int columns, const char* where);
+  void Release() noexcept;
+  void Take(CNuMatrix& other) noexcept;
+  void CopyElements(const CNuMatrix& other);
+  void CheckRowColumnIndex(const int& i, const int& j) const {
+    if (i < 0 || i >= m_rows || j < 0 || j >= m_columns) FailIndex(i);
+  }
+  [[noreturn]] void FailIndex(int i) const;
+
+  int m_rows = 0;
+  int m_columns = 0;
+  double** m_data = nullptr;
+  void* m_block = nullptr;  // row pointers, then elements; null when both live inside the object
+  double* m_localRows[kLocalRows];
+  double m_localElements[kLocalElements];
+};
+
+NU_EXPORT CNuMatrix operator*(double f, const CNuMatrix& m);
+
+#endif
