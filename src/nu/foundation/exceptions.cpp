@@ -12,7 +12,7 @@ constexpr int kMemory = 301;
 
 constinit std::atomic<int> assertEnabled{0};
 
-template <std::size_t N>
+template<std::size_t N>
 void CopyText(const char* text, char (&field)[N]) {
   if (text == nullptr) return;
   std::size_t i = 0;

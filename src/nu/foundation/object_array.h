@@ -6,7 +6,7 @@
 #include "nu/fwd.h"
 
 namespace nu::internal {
-template <class T>
+template<class T>
 struct ArrayFields;
 }
 

@@ -32,15 +32,15 @@ struct ArrayTexts {
   const char* last;
 };
 
-#define NU_ARRAY_TEXTS(name)                                                                                   \
-  ::nu::internal::ArrayTexts {                                                                                 \
+#define NU_ARRAY_TEXTS(name)                                                                                     \
+  ::nu::internal::ArrayTexts {                                                                                   \
     name, name "()", name "::Copy()", name "::SetSize()", name "::SetExpandSize()", name "::Truncate(int Size)", \
-        name "::Append()", name "::Remove()", name "::SubArray(i, j)", name "::First()", name "::Last()"        \
+        name "::Append()", name "::Remove()", name "::SubArray(i, j)", name "::First()", name "::Last()"         \
   }
 
 // The members of an array. `reserved` counts the elements that are really there: Add prepares room beyond the capacity
 // that it reports, so that appending one by one stays linear whatever the expand size is.
-template <class T>
+template<class T>
 struct ArrayFields {
   T*& data;
   int& size;
@@ -49,7 +49,7 @@ struct ArrayFields {
   int& reserved;
 };
 
-template <class T>
+template<class T>
 T* AllocateElements(int count) {
   std::allocator<T> allocator;
   T* data = allocator.allocate(static_cast<std::size_t>(count));
@@ -57,7 +57,7 @@ T* AllocateElements(int count) {
   return data;
 }
 
-template <class T>
+template<class T>
 void ReleaseElements(T* data, int count) {
   if (data == nullptr) return;
   if constexpr (std::is_class_v<T>) {
@@ -66,7 +66,7 @@ void ReleaseElements(T* data, int count) {
   std::allocator<T>().deallocate(data, static_cast<std::size_t>(count));
 }
 
-template <class T>
+template<class T>
 T* AllocateElements(int count, const char* where) {
   try {
     return AllocateElements<T>(count);
@@ -75,7 +75,7 @@ T* AllocateElements(int count, const char* where) {
   }
 }
 
-template <class T>
+template<class T>
 struct ArrayRules {
   using Fields = ArrayFields<T>;
 

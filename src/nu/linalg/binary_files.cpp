@@ -1,0 +1,82 @@
+#include <utility>
+
+#include "nu/foundation/exceptions.h"
+#include "nu/foundation/internal/failures.h"
+#include "nu/linalg/internal/binary_file.h"
+#include "nu/linalg/matrix.h"
+#include "nu/linalg/vector.h"
+
+using nu::internal::BinaryFileReader;
+using nu::internal::BinaryFileWriter;
+
+namespace {
+
+constexpr char kMatrixTag[] = "Matrix";
+constexpr char kVectorTag[] = "Vector";
+
+bool Finish(BinaryFileWriter& file, const char* className) {
+  switch (file.Close()) {
+    case BinaryFileWriter::Outcome::kReadOnly:
+      nu::internal::FailOperation(48, "Read only file.. Unable to write into file", className);
+    case BinaryFileWriter::Outcome::kNotOpened:
+      nu::internal::FailOperation(47, "Open a Binary file", className);
+    case BinaryFileWriter::Outcome::kWritten:
+      break;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool CNuMatrix::BinaryDump(const char* fileName) const {
+  if (m_rows < 1 || m_columns < 1) return false;
+  BinaryFileWriter file(fileName);
+  file.Tag(kMatrixTag);
+  file.Int(m_rows);
+  file.Int(m_columns);
+  for (int i = 0; i < m_rows; ++i) file.Doubles(m_data[i], m_columns);
+  return Finish(file, "CNuMatrix");
+}
+
+// The elements are read into a matrix of their own: whatever fails leaves this one as it was.
+bool CNuMatrix::BinaryRead(const char* fileName) {
+  BinaryFileReader file(fileName);
+  int rows = 0;
+  int columns = 0;
+  if (!file.Tag(kMatrixTag) || !file.Int(&rows) || !file.Int(&columns)) return false;
+  if (rows < 1 || columns < 1 || !file.HoldsDoubles(rows, columns)) return false;
+  try {
+    CNuMatrix read(rows, columns);
+    for (int i = 0; i < rows; ++i) {
+      if (!file.Doubles(read.m_data[i], columns)) return false;
+    }
+    *this = std::move(read);
+  } catch (const CNuMemoryException&) {
+    return false;
+  }
+  return true;
+}
+
+bool CNuVector::BinaryDump(const char* fileName) const {
+  if (m_size < 1) return false;
+  BinaryFileWriter file(fileName);
+  file.Tag(kVectorTag);
+  file.Int(m_size);
+  file.Doubles(m_data, m_size);
+  return Finish(file, "CNuVector");
+}
+
+bool CNuVector::BinaryRead(const char* fileName) {
+  BinaryFileReader file(fileName);
+  int size = 0;
+  if (!file.Tag(kVectorTag) || !file.Int(&size)) return false;
+  if (size < 1 || !file.HoldsDoubles(1, size)) return false;
+  try {
+    CNuVector read(size);
+    if (!file.Doubles(read.m_data, size)) return false;
+    *this = std::move(read);
+  } catch (const CNuMemoryException&) {
+    return false;
+  }
+  return true;
+}

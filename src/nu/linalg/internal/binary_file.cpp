@@ -1,0 +1,104 @@
+#include "nu/linalg/internal/binary_file.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+
+namespace nu::internal {
+
+namespace {
+
+// The bytes of a number in the order of the file.
+template <class T>
+void ToFileOrder(unsigned char* bytes) {
+  if constexpr (std::endian::native == std::endian::big) std::reverse(bytes, bytes + sizeof(T));
+}
+
+}  // namespace
+
+BinaryFileWriter::BinaryFileWriter(const char* fileName) {
+  if (fileName == nullptr) {
+    m_file.setstate(std::ios::failbit);
+    return;
+  }
+  std::error_code error;
+  m_exists = std::filesystem::exists(fileName, error);
+  m_file.open(fileName, std::ios::binary | std::ios::trunc);
+}
+
+void BinaryFileWriter::Tag(const char* tag) {
+  if (m_file.is_open()) m_exists = true;
+  m_file.write(tag, kTagLength).flush();
+}
+
+void BinaryFileWriter::Int(int value) {
+  const std::int32_t number = value;
+  unsigned char bytes[sizeof number];
+  std::memcpy(bytes, &number, sizeof number);
+  ToFileOrder<std::int32_t>(bytes);
+  m_file.write(reinterpret_cast<const char*>(bytes), sizeof bytes);
+}
+
+void BinaryFileWriter::Doubles(const double* values, int n) {
+  if constexpr (std::endian::native == std::endian::little) {
+    m_file.write(reinterpret_cast<const char*>(values), static_cast<std::streamsize>(n) * 8);
+    return;
+  }
+  for (int i = 0; i < n; ++i) {
+    unsigned char bytes[sizeof(double)];
+    std::memcpy(bytes, values + i, sizeof bytes);
+    ToFileOrder<double>(bytes);
+    m_file.write(reinterpret_cast<const char*>(bytes), sizeof bytes);
+  }
+}
+
+BinaryFileWriter::Outcome BinaryFileWriter::Close() {
+  m_file.flush();
+  if (m_file.is_open()) m_file.close();
+  if (m_file.good()) return Outcome::kWritten;
+  return m_exists ? Outcome::kReadOnly : Outcome::kNotOpened;
+}
+
+BinaryFileReader::BinaryFileReader(const char* fileName) {
+  if (fileName == nullptr) {
+    m_file.setstate(std::ios::failbit);
+    return;
+  }
+  m_file.open(fileName, std::ios::binary);
+}
+
+bool BinaryFileReader::Tag(const char* tag) {
+  char found[kTagLength];
+  return m_file.read(found, kTagLength) && std::memcmp(found, tag, kTagLength) == 0;
+}
+
+bool BinaryFileReader::Int(int* value) {
+  unsigned char bytes[sizeof(std::int32_t)];
+  if (!m_file.read(reinterpret_cast<char*>(bytes), sizeof bytes)) return false;
+  ToFileOrder<std::int32_t>(bytes);
+  std::int32_t number = 0;
+  std::memcpy(&number, bytes, sizeof number);
+  *value = number;
+  return true;
+}
+
+bool BinaryFileReader::HoldsDoubles(int count1, int count2) {
+  const std::streamoff here = m_file.tellg();
+  m_file.seekg(0, std::ios::end);
+  const std::streamoff end = m_file.tellg();
+  m_file.seekg(here);
+  if (!m_file || here < 0 || end < here) return false;
+  return (end - here) / 8 / count1 >= count2;
+}
+
+bool BinaryFileReader::Doubles(double* values, int n) {
+  if (!m_file.read(reinterpret_cast<char*>(values), static_cast<std::streamsize>(n) * 8)) return false;
+  if constexpr (std::endian::native == std::endian::big) {
+    for (int i = 0; i < n; ++i) ToFileOrder<double>(reinterpret_cast<unsigned char*>(values + i));
+  }
+  return true;
+}
+
+}  // namespace nu::internal
