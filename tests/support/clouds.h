@@ -1,0 +1,138 @@
+#ifndef NU_TESTS_SUPPORT_CLOUDS_H
+#define NU_TESTS_SUPPORT_CLOUDS_H
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <random>
+#include <utility>
+
+#include "nu/geometry/point.h"
+#include "nu/geometry/point_array.h"
+
+// Seeded clouds of points, the same on every platform: the distributions of the standard library are not.
+namespace nu::test {
+
+inline constexpr double kDegree = 3.14159265358979323846 / 180.0;
+
+class Random {
+ public:
+  explicit Random(std::uint64_t seed) : m_engine(seed) {}
+
+  double Uniform(double low, double high) {
+    return low + (high - low) * (static_cast<double>(m_engine() >> 11) * 0x1p-53);
+  }
+  // Mean 0, standard deviation 1; a sum of twelve, so never beyond 6.
+  double Bell() {
+    double sum = -6.0;
+    for (int i = 0; i < 12; ++i) sum += Uniform(0.0, 1.0);
+    return sum;
+  }
+  // 0 to count - 1.
+  int Below(int count) { return static_cast<int>(m_engine() % static_cast<std::uint64_t>(count)); }
+
+ private:
+  std::mt19937_64 m_engine;
+};
+
+// A rotation followed by a shift.
+struct Motion {
+  double rows[3][3];
+  double shift[3];
+
+  CNuPoint Direction(const CNuPoint& v) const {
+    double w[3];
+    for (int i = 0; i < 3; ++i) w[i] = rows[i][0] * v.x() + rows[i][1] * v.y() + rows[i][2] * v.z();
+    return {w[0], w[1], w[2]};
+  }
+  CNuPoint operator()(const CNuPoint& p) const { return Direction(p) + CNuPoint(shift[0], shift[1], shift[2]); }
+  CNuPointArray operator()(const CNuPointArray& points) const {
+    CNuPointArray moved(points.GetSize());
+    for (int i = 0; i < points.GetSize(); ++i) moved.Add((*this)(points[i]));
+    return moved;
+  }
+};
+
+// Every rotation is as likely as any other (a unit quaternion); the shift is up to `reach` along each axis.
+inline Motion RandomMotion(Random& random, double reach) {
+  double q[4];
+  double norm = 0.0;
+  while (norm < 0.1 || norm > 1.0) {
+    norm = 0.0;
+    for (double& c : q) c = random.Uniform(-1.0, 1.0), norm += c * c;
+  }
+  for (double& c : q) c /= std::sqrt(norm);
+  const auto [w, x, y, z] = q;
+  Motion m{{{1 - 2 * (y * y + z * z), 2 * (x * y - z * w), 2 * (x * z + y * w)},
+            {2 * (x * y + z * w), 1 - 2 * (x * x + z * z), 2 * (y * z - x * w)},
+            {2 * (x * z - y * w), 2 * (y * z + x * w), 1 - 2 * (x * x + y * y)}},
+           {}};
+  for (double& s : m.shift) s = random.Uniform(-reach, reach);
+  return m;
+}
+
+// Along x, centred, with noise across.
+inline CNuPointArray LineCloud(Random& random, int n, double length, double noise) {
+  CNuPointArray points(n);
+  for (int i = 0; i < n; ++i) {
+    const double x = random.Uniform(-0.5, 0.5) * length;
+    points.Add({x, noise * random.Bell(), noise * random.Bell()});
+  }
+  return points;
+}
+
+// A rectangle in z = 0 with noise along z.
+inline CNuPointArray PlaneCloud(Random& random, int n, double length, double width, double noise) {
+  CNuPointArray points(n);
+  for (int i = 0; i < n; ++i) {
+    const double x = random.Uniform(-0.5, 0.5) * length;
+    const double y = random.Uniform(-0.5, 0.5) * width;
+    points.Add({x, y, noise * random.Bell()});
+  }
+  return points;
+}
+
+// An arc from 0 to `sweep` degrees about the z axis, with radial noise and noise along z.
+inline CNuPointArray CircleCloud(Random& random, int n, double radius, double sweep, double noise,
+                                 double noiseZ = 0.0) {
+  CNuPointArray points(n);
+  for (int i = 0; i < n; ++i) {
+    const double angle = random.Uniform(0.0, sweep) * kDegree;
+    const double r = radius + noise * random.Bell();
+    points.Add({r * std::cos(angle), r * std::sin(angle), noiseZ * random.Bell()});
+  }
+  return points;
+}
+
+// A cap of half angle `cap` degrees about the z axis (180: all of the sphere), evenly, with radial noise.
+inline CNuPointArray SphereCloud(Random& random, int n, double radius, double cap, double noise) {
+  CNuPointArray points(n);
+  for (int i = 0; i < n; ++i) {
+    const double c = random.Uniform(std::cos(cap * kDegree), 1.0);
+    const double s = std::sqrt(std::max(0.0, 1.0 - c * c));
+    const double angle = random.Uniform(0.0, 360.0) * kDegree;
+    const double r = radius + noise * random.Bell();
+    points.Add({r * s * std::cos(angle), r * s * std::sin(angle), r * c});
+  }
+  return points;
+}
+
+// Evenly in a box about the origin.
+inline CNuPointArray BoxCloud(Random& random, int n, double dx, double dy, double dz) {
+  CNuPointArray points(n);
+  for (int i = 0; i < n; ++i) {
+    const double x = random.Uniform(-0.5, 0.5) * dx;
+    const double y = random.Uniform(-0.5, 0.5) * dy;
+    points.Add({x, y, random.Uniform(-0.5, 0.5) * dz});
+  }
+  return points;
+}
+
+inline CNuPointArray Shuffled(Random& random, CNuPointArray points) {
+  for (int i = points.GetSize() - 1; i > 0; --i) CNuPoint::Swap(points[i], points[random.Below(i + 1)]);
+  return points;
+}
+
+}  // namespace nu::test
+
+#endif
