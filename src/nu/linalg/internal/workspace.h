@@ -1,0 +1,37 @@
+#ifndef NU_LINALG_INTERNAL_WORKSPACE_H
+#define NU_LINALG_INTERNAL_WORKSPACE_H
+
+#include <cstddef>
+#include <memory>
+
+namespace nu::internal {
+
+// Scratch doubles, not initialised: on the stack while there are few of them, one heap block beyond. The matrices of
+// metrology have up to ten rows, and for those an allocation costs more than the arithmetic.
+template<int kInline>
+class Workspace {
+ public:
+  explicit Workspace(std::size_t count)
+      : m_heap(count > kInline ? std::unique_ptr<double[]>(new double[count]) : nullptr),
+        m_data(m_heap ? m_heap.get() : m_inline) {}
+  Workspace(const Workspace&) = delete;
+  Workspace& operator=(const Workspace&) = delete;
+
+  double* Data() { return m_data; }
+  // Hands out the next `count` doubles of the block.
+  double* Take(std::size_t count) {
+    double* part = m_data + m_taken;
+    m_taken += count;
+    return part;
+  }
+
+ private:
+  std::unique_ptr<double[]> m_heap;
+  double* m_data;
+  std::size_t m_taken = 0;
+  alignas(64) double m_inline[kInline];
+};
+
+}  // namespace nu::internal
+
+#endif
