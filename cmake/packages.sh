@@ -1,0 +1,28 @@
+# Sourced by the scripts of this repository: collects the Debian packages that are missing and installs them.
+missing=()
+
+# need COMMAND PACKAGE
+need() {
+  command -v "$1" > /dev/null || missing+=("$2")
+}
+
+# need_header FILE PACKAGE
+need_header() {
+  local dir
+  for dir in /usr/include /usr/local/include; do
+    if [ -e "$dir/$1" ]; then return 0; fi
+  done
+  missing+=("$2")
+}
+
+install_needed() {
+  if [ ${#missing[@]} -eq 0 ]; then return 0; fi
+  if [ "$(id -u)" != 0 ] || ! command -v apt-get > /dev/null; then
+    echo "Missing: ${missing[*]} (names of Debian packages). Install them, or run this as root." >&2
+    exit 1
+  fi
+  echo "Installing ${missing[*]}"
+  apt-get update -q
+  DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}"
+  missing=()
+}
