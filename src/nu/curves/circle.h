@@ -11,6 +11,9 @@
 // origin and the normal as z axis; without one it lies in the global xy plane around the global origin.
 class NU_EXPORT CNuCircle : public CNuCurve {
  public:
+  // A radius that is not above 0, or NaN: CNuConstructionException cause 5, "radius"; after that a normal that has not
+  // three components, is zero within NuGetZero() or is not finite: cause 4. The normal is normalised, (0, 0, 1) if not
+  // given; a radius alone leaves the circle without a position.
   explicit CNuCircle(double radius);
   CNuCircle(double radius, const CNuPoint& centre);
   CNuCircle(double radius, const CNuPoint& centre, const CNuVector& normal);

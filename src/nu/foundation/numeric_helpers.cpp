@@ -29,11 +29,16 @@ ENuBoolean NuIsEqual(int na, int nb, const double* a, const double* b, double to
   return NuTrue;
 }
 
+// The ratio of equal magnitudes is 1 also where both are infinite, so that the result is infinite and not a NaN. Every
+// comparison is written so that a NaN among the arguments reaches the result.
+
 double NuPythag(double a, double b) {
-  const double p = std::max(std::fabs(a), std::fabs(b));
-  if (p < NuGetZero()) return 0.0;
-  const double q = std::min(std::fabs(a), std::fabs(b)) / p;
-  return p * std::sqrt(1.0 + q * q);
+  double p = std::fabs(a);
+  double q = std::fabs(b);
+  if (p < q) std::swap(p, q);
+  if (p < NuGetZero()) return 0.0 * q;
+  const double qp = q == p ? 1.0 : q / p;
+  return p * std::sqrt(1.0 + qp * qp);
 }
 
 double NuPythag(double a, double b, double c) {
@@ -42,9 +47,9 @@ double NuPythag(double a, double b, double c) {
   double r = std::fabs(c);
   if (p < q) std::swap(p, q);
   if (p < r) std::swap(p, r);
-  if (p < NuGetZero()) return 0.0;
-  const double rp = r / p;
-  const double qp = q / p;
+  if (p < NuGetZero()) return 0.0 * (q + r);
+  const double rp = r == p ? 1.0 : r / p;
+  const double qp = q == p ? 1.0 : q / p;
   return p * std::sqrt(rp * rp + qp * qp + 1.0);
 }
 
@@ -84,8 +89,9 @@ double NuAngleIn2Pi(double rad) {
 double NuArcCosSin(double c, double s) {
   const double zero = NuGetZero();
   if (std::fabs(c) < zero) return s <= 0.0 ? 1.5 * Nu_PI : 0.5 * Nu_PI;
-  if (std::fabs(s) < zero) return c <= 0.0 ? Nu_PI : 0.0;
   const double t = std::atan(s / c);
+  // A quotient that vanishes has lost the side of the axis on which s lies, but not the one on which c does.
+  if (std::fabs(s) < zero || t == 0.0) return c <= 0.0 ? Nu_PI : 0.0;
   if (t > 0.0) return s < 0.0 ? t + Nu_PI : t;
   if (s > 0.0) return t + Nu_PI;
   // A tiny negative angle plus a full turn rounds to the full turn, which is no angle of the range.

@@ -38,7 +38,8 @@ class NU_EXPORT CNuGeometry : public CNuObject {
                                     const CNuVector& yaxis);
 
   // The 3 x 3 matrix M that turns a row vector v, as v * M, by `angle` degrees about a coordinate axis or a direction,
-  // right-handed.
+  // right-handed: its rows are where the axes go. An axis that has not three components: CNuOperationException cause 10;
+  // a zero axis, within NuGetZero(): cause 9.
   static CNuMatrix RotationMatrix(double angle, EAxisType axis);
   static CNuMatrix RotationMatrix(double angle, const CNuVector& axis);
 

@@ -7,23 +7,33 @@
 #include "nu/linalg/vector.h"
 
 // The infinite straight line: the points p + t d with a point p on it and a unit direction d. The point is free along
-// the line; the least-squares fit puts it at the mean of the data.
+// the line; the least-squares fit puts it at the mean of the data. Lengths are in the unit of the coordinates.
 class NU_EXPORT CNuLine : public CNuGeometry {
  public:
+  // The x axis.
   CNuLine();
+  // The direction is normalised. One that has not three components, is zero within NuGetZero() or is not finite:
+  // CNuConstructionException cause 3.
   CNuLine(const CNuPoint& point, const CNuVector& direction);
+  // From p to q. Points that coincide, no coordinate NuGetLengthTol() or more apart, or whose difference is not finite:
+  // CNuConstructionException cause 10.
   CNuLine(const CNuPoint& p, const CNuPoint& q);
 
   CNuPoint GetPoint() const { return m_point; }
   CNuVector GetDirection() const { return m_direction; }
   void GetData(CNuPoint* point, CNuVector* direction) const;
 
+  // Sets the line's point to p: it is required not to add p, as for all features.
   void Translate(const CNuPoint& p);
   void Translate(double dx, double dy, double dz);
+  // By `angle` degrees, right-handed, about an axis through the global origin or through `centre`. An angle below
+  // NuGetZero() changes nothing. An axis that has not three components: CNuOperationException cause 10; a zero axis:
+  // cause 9.
   void Rotate(double angle, CNuGeometry::EAxisType axis);
   void Rotate(double angle, const CNuVector& axis);
   void Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre);
   void Rotate(double angle, const CNuVector& axis, const CNuPoint& centre);
+  // Expresses the line in the local frame of g.
   void MoveTo(const CNuNonLinearGeometry& g);
 
   void Fit(const CNuPointArray& pts);

@@ -1,0 +1,51 @@
+#include "nu/curves/circle.h"
+
+#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/plane.h"
+
+namespace {
+
+constexpr const char* kName = "CNuCircle";
+
+// A NaN is no radius either.
+double RequireRadius(double radius) {
+  if (!(radius > 0.0)) throw CNuConstructionException(5, kName, "radius", 0, 0);
+  return radius;
+}
+
+}  // namespace
+
+CNuCircle::CNuCircle(double radius) : CNuCurve(NuTypeCircle), m_radius(RequireRadius(radius)) {}
+
+CNuCircle::CNuCircle(double radius, const CNuPoint& centre) : CNuCircle(radius) {
+  SetPosition(centre, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+}
+
+CNuCircle::CNuCircle(double radius, const CNuPoint& centre, const CNuVector& normal) : CNuCircle(radius) {
+  CNuVector zaxis = nu::internal::RequireDirection(normal, 4, kName);
+  CNuVector xaxis;
+  zaxis.OrthonormalX(&xaxis);
+  SetPosition(centre, xaxis, zaxis);
+}
+
+CNuPoint CNuCircle::GetCentre() const {
+  return GetFrame().origin;
+}
+
+CNuVector CNuCircle::GetNormal() const {
+  return GetFrame().zaxis;
+}
+
+CNuVector CNuCircle::GetXaxis() const {
+  return GetFrame().xaxis;
+}
+
+CNuPlane CNuCircle::GetPlane() const {
+  return CNuPlane(GetCentre(), GetNormal());
+}
+
+void CNuCircle::GetData(double* radius, CNuPoint* centre, CNuVector* normal) const {
+  CNuVector xaxis;
+  GetPosition(centre, &xaxis, normal);
+  *radius = m_radius;
+}

@@ -1,0 +1,51 @@
+#ifndef NU_GEOMETRY_INTERNAL_DIRECTIONS_H
+#define NU_GEOMETRY_INTERNAL_DIRECTIONS_H
+
+#include "nu/foundation/exceptions.h"
+#include "nu/foundation/tolerances.h"
+#include "nu/geometry/internal/vec3.h"
+#include "nu/geometry/point.h"
+#include "nu/linalg/vector.h"
+
+// Points and directions of the interface as plain components, and the guard of the features' constructors.
+namespace nu::internal {
+
+inline Vec3 Components(const CNuPoint& p) {
+  return {p.x(), p.y(), p.z()};
+}
+// For vectors that are known to have three components.
+inline Vec3 Components(const CNuVector& v) {
+  return LoadVec3(v.GetData());
+}
+inline CNuPoint ToPoint(Vec3 v) {
+  return CNuPoint(v.x, v.y, v.z);
+}
+inline CNuVector ToVector(Vec3 v) {
+  return CNuVector(v.x, v.y, v.z);
+}
+
+// A direction that is zero within NuGetZero() or not finite: CNuConstructionException without a parameter word.
+inline CNuVector RequireDirection(Vec3 direction, int cause, const char* className) {
+  if (IsNull(direction, NuGetZero()) || !IsFinite(direction)) {
+    throw CNuConstructionException(cause, className, nullptr, 0, 0);
+  }
+  return ToVector(Unit(direction));
+}
+
+// The same for a vector of any size; three components are required.
+inline CNuVector RequireDirection(const CNuVector& direction, int cause, const char* className) {
+  if (direction.GetSize() != 3) throw CNuConstructionException(cause, className, nullptr, 0, 0);
+  return RequireDirection(Components(direction), cause, className);
+}
+
+// A feature's direction after a rotation. Turns round: the unit length is restored each time.
+template<class Axis>
+CNuVector TurnedDirection(const CNuVector& direction, double angle, const Axis& axis) {
+  CNuVector turned = direction;
+  turned.Rotate(angle, axis);
+  return ToVector(Unit(Components(turned)));
+}
+
+}  // namespace nu::internal
+
+#endif

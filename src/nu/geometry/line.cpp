@@ -1,0 +1,67 @@
+#include "nu/geometry/line.h"
+
+#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/nonlinear_geometry.h"
+#include "nu/linalg/matrix.h"
+
+using nu::internal::RequireDirection;
+using nu::internal::TurnedDirection;
+
+namespace {
+
+constexpr const char* kName = "CNuLine";
+
+CNuVector DirectionThrough(const CNuPoint& p, const CNuPoint& q) {
+  const CNuPoint way = q - p;
+  if (way.IsZero(NuGetLengthTol())) throw CNuConstructionException(10, kName, nullptr, 0, 0);
+  return RequireDirection(way.To3DVector(), 10, kName);
+}
+
+}  // namespace
+
+CNuLine::CNuLine() : CNuGeometry(NuTypeLine), m_direction(1.0, 0.0, 0.0) {}
+
+CNuLine::CNuLine(const CNuPoint& point, const CNuVector& direction)
+    : CNuGeometry(NuTypeLine), m_point(point), m_direction(RequireDirection(direction, 3, kName)) {}
+
+CNuLine::CNuLine(const CNuPoint& p, const CNuPoint& q)
+    : CNuGeometry(NuTypeLine), m_point(p), m_direction(DirectionThrough(p, q)) {}
+
+void CNuLine::GetData(CNuPoint* point, CNuVector* direction) const {
+  *point = m_point;
+  *direction = m_direction;
+}
+
+void CNuLine::Translate(const CNuPoint& p) {
+  m_point.Translate(p);
+}
+
+void CNuLine::Translate(double dx, double dy, double dz) {
+  m_point.Translate(dx, dy, dz);
+}
+
+// The direction goes first: it is never zero, so it is where a useless axis shows, before anything has changed.
+void CNuLine::Rotate(double angle, CNuGeometry::EAxisType axis) {
+  m_direction = TurnedDirection(m_direction, angle, axis);
+  m_point.Rotate(angle, axis);
+}
+
+void CNuLine::Rotate(double angle, const CNuVector& axis) {
+  m_direction = TurnedDirection(m_direction, angle, axis);
+  m_point.Rotate(angle, axis);
+}
+
+void CNuLine::Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre) {
+  m_direction = TurnedDirection(m_direction, angle, axis);
+  m_point.Rotate(angle, axis, centre);
+}
+
+void CNuLine::Rotate(double angle, const CNuVector& axis, const CNuPoint& centre) {
+  m_direction = TurnedDirection(m_direction, angle, axis);
+  m_point.Rotate(angle, axis, centre);
+}
+
+void CNuLine::MoveTo(const CNuNonLinearGeometry& g) {
+  m_direction = ToVector(Unit(nu::internal::Components(m_direction * g.GetInverseRotation())));
+  m_point.MoveTo(g);
+}

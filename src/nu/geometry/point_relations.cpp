@@ -1,0 +1,184 @@
+// Points against lines, planes, curves and surfaces.
+//
+// With the feature's point P0, its unit direction d or unit normal n and w = p - P0:
+//   line    r = w - (w.d) d     distance |r|         foot P0 + (w.d) d
+//   plane   s = w.n             distance |s|         foot p - s n
+//   circle  h = w.n, rho = |w - h n|, distance |(h, rho - R)|
+//   sphere  rho = |w|           distance |rho - R|   foot P0 + (R / rho) w
+// w is formed before anything else: a common offset of point and feature cancels there, and no result inherits its
+// size.
+
+#include <cmath>
+
+#include "nu/curves/bounded_curve.h"
+#include "nu/curves/circle.h"
+#include "nu/foundation/internal/failures.h"
+#include "nu/foundation/numeric_helpers.h"
+#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/line.h"
+#include "nu/geometry/plane.h"
+#include "nu/geometry/point.h"
+#include "nu/surfaces/sphere.h"
+
+using nu::internal::Components;
+using nu::internal::FailOperation;
+using nu::internal::ToPoint;
+using nu::internal::ToVector;
+using nu::internal::Vec3;
+
+namespace {
+
+[[noreturn]] void FailUnsupported(const char* where) {
+  FailOperation(45, "calculation", where);
+}
+
+double Norm(Vec3 v) {
+  return NuPythag(v.x, v.y, v.z);
+}
+
+// From the foot of the perpendicular on the line to the point.
+Vec3 FromLine(const CNuPoint& p, const CNuLine& l) {
+  return Rejection(Components(p - l.GetPoint()), Components(l.GetDirection()));
+}
+
+double SignedDistance(const CNuPoint& p, const CNuPlane& pl) {
+  return Dot(Components(p - pl.GetPoint()), Components(pl.GetNormal()));
+}
+
+double DistanceFromCentre(const CNuPoint& p, const CNuSphSurf& sphere) {
+  return p.DistanceTo(sphere.GetCentre());
+}
+
+// How far a point lies from the axis of a circle, and how high above its plane.
+struct CircleCoordinates {
+  double radial;
+  double height;
+};
+
+CircleCoordinates InCircleFrame(const CNuPoint& p, const CNuCircle& circle) {
+  const Vec3 normal = Components(circle.GetNormal());
+  const Vec3 w = Components(p - circle.GetCentre());
+  const double height = Dot(w, normal);
+  if (std::fabs(height) < NuGetLengthTol()) return {Norm(w), 0.0};
+  return {Norm(w - height * normal), height};
+}
+
+double DistanceToCircle(const CNuPoint& p, const CNuCircle& circle) {
+  const CircleCoordinates at = InCircleFrame(p, circle);
+  return NuPythag(at.height, at.radial - circle.GetRadius());
+}
+
+CNuPoint ProjectionOnSphere(const CNuPoint& p, const CNuSphSurf& sphere) {
+  const CNuPoint centre = sphere.GetCentre();
+  const Vec3 w = Components(p - centre);
+  if (IsNull(w, NuGetZero())) FailOperation(9, "calculation", "CNuPoint::ProjectionOn()");
+  return centre + ToPoint(sphere.GetRadius() * Unit(w));
+}
+
+CNuGeometry::ESideType Side(bool on, bool outside) {
+  if (on) return CNuGeometry::SIDE_ON;
+  return outside ? CNuGeometry::SIDE_OUTSIDE : CNuGeometry::SIDE_INSIDE;
+}
+
+}  // namespace
+
+double CNuPoint::DistanceTo(const CNuPoint& p) const {
+  return NuPythag(m_xyz[0] - p.m_xyz[0], m_xyz[1] - p.m_xyz[1], m_xyz[2] - p.m_xyz[2]);
+}
+
+double CNuPoint::DistanceTo(const CNuLine& l) const {
+  return Norm(FromLine(*this, l));
+}
+
+double CNuPoint::DistanceTo(const CNuPlane& pl) const {
+  return std::fabs(SignedDistance(*this, pl));
+}
+
+double CNuPoint::DistanceTo(const CNuCurve& c) const {
+  switch (c.GetType()) {
+    case NuTypeCircle:
+      return DistanceToCircle(*this, static_cast<const CNuCircle&>(c));
+    case NuTypePolyline:
+    case NuTypeLineSegment:
+    case NuTypeCircularArc:
+    case NuTypeCompositeCurve:
+      return static_cast<const CNuBoundedCurve&>(c).DistanceTo(*this);
+    default:
+      FailUnsupported("CNuPoint::DistanceTo()");
+  }
+}
+
+double CNuPoint::DistanceTo(const CNuSurface& s) const {
+  if (s.GetType() != NuTypeSphSurf) FailUnsupported("CNuPoint::DistanceTo()");
+  const CNuSphSurf& sphere = static_cast<const CNuSphSurf&>(s);
+  return std::fabs(DistanceFromCentre(*this, sphere) - sphere.GetRadius());
+}
+
+CNuPoint CNuPoint::ProjectionOn(const CNuLine& l) const {
+  const CNuPoint origin = l.GetPoint();
+  const Vec3 direction = Components(l.GetDirection());
+  return origin + ToPoint(Dot(Components(*this - origin), direction) * direction);
+}
+
+CNuPoint CNuPoint::ProjectionOn(const CNuPlane& pl) const {
+  return *this - ToPoint(SignedDistance(*this, pl) * Components(pl.GetNormal()));
+}
+
+CNuPoint CNuPoint::ProjectionOn(const CNuSurface& s) const {
+  if (s.GetType() != NuTypeSphSurf) FailUnsupported("CNuPoint::ProjectionOn()");
+  return ProjectionOnSphere(*this, static_cast<const CNuSphSurf&>(s));
+}
+
+CNuPoint CNuPoint::MidPoint(const CNuPoint& p) const {
+  return (p + *this) * 0.5;
+}
+
+CNuPoint CNuPoint::MidPoint(const CNuLine& l) const {
+  return MidPoint(ProjectionOn(l));
+}
+
+CNuPoint CNuPoint::MidPoint(const CNuPlane& pl) const {
+  return MidPoint(ProjectionOn(pl));
+}
+
+CNuPlane CNuPoint::MidPlane(const CNuPoint& p) const {
+  const CNuPoint way = *this - p;
+  if (way.IsZero(NuGetZero())) FailOperation(19, "calculation", "CNuPoint::MidPlane(CNuPoint)");
+  return CNuPlane(MidPoint(p), way.To3DVector());
+}
+
+CNuPlane CNuPoint::MidPlane(const CNuLine& l) const {
+  const Vec3 way = FromLine(*this, l);
+  if (IsNull(way, NuGetZero())) FailOperation(21, "calculation", "CNuPoint::MidPlane(CNuLine)");
+  return CNuPlane(MidPoint(l), ToVector(way));
+}
+
+CNuGeometry::ELineSideType CNuPoint::LineSide(const CNuLine& l, double tol) const {
+  return LineSide(l, CNuVector(0.0, 0.0, 1.0), tol);
+}
+
+CNuGeometry::ELineSideType CNuPoint::LineSide(const CNuLine& l, const CNuVector& ref, double tol) const {
+  const Vec3 fromLine = FromLine(*this, l);
+  if (Norm(fromLine) < tol) return CNuGeometry::SIDE_ON;
+  const Vec3 c = Cross(Components(l.GetDirection()), fromLine);
+  // On the line itself, under a tolerance that lets nothing be "on", the angle has no value and counts as a right one.
+  if (IsNull(c, NuGetZero())) return CNuGeometry::SIDE_LEFT;
+  return ToVector(c).AngleWith(ref) <= 90.0 ? CNuGeometry::SIDE_LEFT : CNuGeometry::SIDE_RIGHT;
+}
+
+CNuGeometry::ECurveSideType CNuPoint::CurveSide(const CNuGeometry& curve, double tol) const {
+  if (curve.GetType() != NuTypeCircle) FailUnsupported("CNuPoint::CurveSide()");
+  const CNuCircle& circle = static_cast<const CNuCircle&>(curve);
+  return Side(DistanceToCircle(*this, circle) < tol, InCircleFrame(*this, circle).radial > circle.GetRadius());
+}
+
+CNuGeometry::ESurfaceSideType CNuPoint::SurfaceSide(const CNuGeometry& surface, double tol) const {
+  if (surface.GetType() == NuTypePlane) {
+    const double s = SignedDistance(*this, static_cast<const CNuPlane&>(surface));
+    return Side(std::fabs(s) < tol, s > 0.0);
+  }
+  if (surface.GetType() != NuTypeSphSurf) FailUnsupported("CNuPoint::SurfaceSide()");
+  const CNuSphSurf& sphere = static_cast<const CNuSphSurf&>(surface);
+  const double fromCentre = DistanceFromCentre(*this, sphere);
+  return Side(std::fabs(fromCentre - sphere.GetRadius()) < tol, fromCentre > sphere.GetRadius());
+}

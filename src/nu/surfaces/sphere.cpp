@@ -1,0 +1,34 @@
+#include "nu/surfaces/sphere.h"
+
+#include "nu/foundation/exceptions.h"
+
+namespace {
+
+constexpr const char* kName = "CNuSphSurf";
+
+// A NaN is no radius either.
+double RequireRadius(double radius) {
+  if (!(radius > 0.0)) throw CNuConstructionException(5, kName, "radius", 0, 0);
+  return radius;
+}
+
+}  // namespace
+
+CNuSphSurf::CNuSphSurf(double radius) : CNuSurface(NuTypeSphSurf), m_radius(RequireRadius(radius)) {}
+
+CNuSphSurf::CNuSphSurf(double radius, const CNuPoint& centre) : CNuSphSurf(radius) {
+  SetPosition(centre, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+}
+
+CNuPoint CNuSphSurf::GetCentre() const {
+  return GetFrame().origin;
+}
+
+void CNuSphSurf::GetCentre(double* x, double* y, double* z) const {
+  GetCentre().GetData(x, y, z);
+}
+
+void CNuSphSurf::GetData(double* radius, CNuPoint* centre) const {
+  *radius = m_radius;
+  *centre = GetCentre();
+}
