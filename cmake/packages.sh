@@ -1,4 +1,5 @@
 # Sourced by the scripts of this repository: collects the Debian packages that are missing and installs them.
+# shellcheck shell=bash
 missing=()
 
 # need COMMAND PACKAGE
@@ -25,4 +26,14 @@ install_needed() {
   apt-get update -q
   DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}"
   missing=()
+}
+
+# need_cmake VERSION: an older CMake would stumble over the presets with a message that names no version.
+need_cmake() {
+  local version
+  version=$(cmake --version | sed -n 's/^cmake version //p')
+  if [ "$(printf '%s\n%s\n' "$1" "$version" | sort -V | head -n 1)" != "$1" ]; then
+    echo "CMake $1 is needed, this is $version." >&2
+    exit 1
+  fi
 }
