@@ -12,6 +12,10 @@ check() {
   "$compiler" -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Werror -x c++ -I "$root" "$@"
 }
 
+# What is in the tree is installed, and nu.h has all of it.
+diff <(cd "$root" && find nu -name '*.h' -not -path '*/internal/*' | sort) <(sort "$list")
+diff <(grep -vx 'nu/\(nu\|fwd\|export\).h' "$list" | sort) <(sed -n 's/^#include "\(.*\)"/\1/p' "$root/nu/nu.h" | sort)
+
 while read -r header; do
   printf '#include "%s"\n#include "%s"\nint main() { return 0; }\n' "$header" "$header" > "$work/alone.cpp"
   check -std=c++17 -DNU_STATIC "$work/alone.cpp" || { echo "$header does not compile alone as C++17" >&2; exit 1; }
