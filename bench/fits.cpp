@@ -1,0 +1,216 @@
+// What do the least-squares fits cost, with form error and sum of squares?
+
+#include "inputs.h"
+#include "nu/curves/circle.h"
+#include "nu/geometry/line.h"
+#include "nu/geometry/plane.h"
+#include "nu/surfaces/sphere.h"
+#include "question.h"
+
+namespace {
+
+using bench::Cloud;
+using bench::Numbers;
+using bench::Question;
+
+const std::vector<int> kSizes = {16, 1000, 100000, 1000000};
+constexpr double kTolerance = 1e-8;
+constexpr long kSteps = 100;
+
+const auto kPoints = [](const Cloud& cloud) { return bench::ToPoints(cloud); };
+const auto kSame = [](const Numbers& n) { return n; };
+
+Numbers Report(double form, double sumsq) {
+  return {form, sumsq};
+}
+Numbers Report(double radius, const CNuPoint& centre, double form, double sumsq) {
+  return {radius, centre.x(), centre.y(), centre.z(), form, sumsq};
+}
+
+#ifdef NU_BENCH_EIGEN
+using Eigen::Matrix3d;
+using Eigen::Matrix4d;
+using Eigen::Vector2d;
+using Eigen::Vector3d;
+using Eigen::Vector4d;
+using EigenCloud = std::vector<Vector3d>;
+
+const auto kEigen = [](const Cloud& cloud) {
+  EigenCloud points;
+  for (const bench::Xyz& p : cloud) points.emplace_back(p.x, p.y, p.z);
+  return points;
+};
+
+struct Axes {
+  Vector3d mean;
+  Matrix3d directions;  // columns by ascending spread
+};
+
+// Principal axes by one pass of moments about the first point.
+Axes PrincipalAxes(const EigenCloud& points) {
+  const Vector3d shift = points.front();
+  Vector3d sum = Vector3d::Zero();
+  Matrix3d squares = Matrix3d::Zero();
+  for (const Vector3d& p : points) {
+    const Vector3d d = p - shift;
+    sum += d;
+    squares += d * d.transpose();
+  }
+  const double count = static_cast<double>(points.size());
+  return {shift + sum / count,
+          Eigen::SelfAdjointEigenSolver<Matrix3d>(squares - sum * sum.transpose() / count).eigenvectors()};
+}
+
+Numbers EigenLine(const EigenCloud& points) {
+  const Axes axes = PrincipalAxes(points);
+  const Vector3d direction = axes.directions.col(2);
+  double sumsq = 0, largest = 0;
+  for (const Vector3d& p : points) {
+    const Vector3d d = p - axes.mean;
+    const double squared = (d - d.dot(direction) * direction).squaredNorm();
+    sumsq += squared;
+    largest = std::max(largest, squared);
+  }
+  return Report(2 * std::sqrt(largest), sumsq);
+}
+
+Numbers EigenPlane(const EigenCloud& points) {
+  const Axes axes = PrincipalAxes(points);
+  const Vector3d normal = axes.directions.col(0);
+  double sumsq = 0, least = 0, largest = 0;
+  for (const Vector3d& p : points) {
+    const double e = normal.dot(p - axes.mean);
+    sumsq += e * e;
+    least = std::min(least, e);
+    largest = std::max(largest, e);
+  }
+  return Report(largest - least, sumsq);
+}
+
+// Circle (D = 2) and sphere (D = 3) of points given by local(i): the algebraic fit |p|^2 = 2 c.p + k, then Gauss-Newton
+// on |p - c| - r, both by normal equations.
+template<int D, class Local>
+struct Round {
+  using Centre = Eigen::Matrix<double, D, 1>;
+  using Unknowns = Eigen::Matrix<double, D + 1, 1>;
+  using Normal = Eigen::Matrix<double, D + 1, D + 1>;
+
+  Round(std::size_t n, Local at) : count(n), local(at) {
+    Normal normal = Normal::Zero();
+    Unknowns right = Unknowns::Zero();
+    for (std::size_t i = 0; i < count; ++i) {
+      const Centre p = local(i);
+      Unknowns row;
+      row << p, 1;
+      normal += row * row.transpose();
+      right += p.squaredNorm() * row;
+    }
+    const Unknowns s = normal.ldlt().solve(right);
+    centre = s.template head<D>() / 2;
+    radius = std::sqrt(s(D) + centre.squaredNorm());
+    double squaredStep = 1;
+    for (int step = 0; step < 100 && squaredStep > 1e-16; ++step) squaredStep = Improve();
+    Judge();
+  }
+
+  double Improve() {
+    Normal normal = Normal::Zero();
+    Unknowns right = Unknowns::Zero();
+    for (std::size_t i = 0; i < count; ++i) {
+      const Centre d = local(i) - centre;
+      const double distance = d.norm();
+      Unknowns row;
+      row << d / distance, 1;
+      normal += row * row.transpose();
+      right += (distance - radius) * row;
+    }
+    const Unknowns step = normal.ldlt().solve(right);
+    centre += step.template head<D>();
+    radius += step(D);
+    return step.squaredNorm();
+  }
+
+  void Judge() {
+    double least = 1e300, largest = -1e300;
+    for (std::size_t i = 0; i < count; ++i) {
+      const double e = (local(i) - centre).norm() - radius;
+      sumsq += e * e;
+      least = std::min(least, e);
+      largest = std::max(largest, e);
+    }
+    form = largest - least;
+  }
+
+  std::size_t count;
+  Local local;
+  Centre centre;
+  double radius, form, sumsq = 0;
+};
+
+Numbers EigenCircle(const EigenCloud& points) {
+  const Axes axes = PrincipalAxes(points);
+  const Eigen::Matrix<double, 3, 2> inPlane = axes.directions.rightCols<2>();
+  const auto local = [&](std::size_t i) -> Vector2d { return inPlane.transpose() * (points[i] - axes.mean); };
+  const Round<2, decltype(local)> circle(points.size(), local);
+  const Vector3d centre = axes.mean + inPlane * circle.centre;
+  return Report(circle.radius, {centre.x(), centre.y(), centre.z()}, circle.form, circle.sumsq);
+}
+
+Numbers EigenSphere(const EigenCloud& points) {
+  Vector3d mean = Vector3d::Zero();
+  for (const Vector3d& p : points) mean += p;
+  mean /= static_cast<double>(points.size());
+  const auto local = [&](std::size_t i) -> Vector3d { return points[i] - mean; };
+  const Round<3, decltype(local)> sphere(points.size(), local);
+  const Vector3d centre = mean + sphere.centre;
+  return Report(sphere.radius, {centre.x(), centre.y(), centre.z()}, sphere.form, sphere.sumsq);
+}
+#endif
+
+template<class Peer, class Fit>
+void AskFit(const char* name, Cloud (*make)(int), Fit fit, [[maybe_unused]] Peer peer) {
+  Question<Cloud> question(name, kTolerance, make);
+  question.Ask("nu", kPoints, fit, kSame);
+#ifdef NU_BENCH_EIGEN
+  question.Ask("eigen", kEigen, peer, kSame);
+#endif
+  question.Over(kSizes);
+}
+#ifndef NU_BENCH_EIGEN
+constexpr std::nullptr_t EigenLine = nullptr, EigenPlane = nullptr, EigenCircle = nullptr, EigenSphere = nullptr;
+#endif
+
+const auto kLine = [](const CNuPointArray& points) {
+  double form, sumsq;
+  CNuLine line;
+  line.Fit(points, &form, &sumsq);
+  return Report(form, sumsq);
+};
+const auto kPlane = [](const CNuPointArray& points) {
+  double form, sumsq;
+  CNuPlane plane;
+  plane.Fit(points, &form, &sumsq);
+  return Report(form, sumsq);
+};
+const auto kCircle = [](const CNuPointArray& points) {
+  double form, sumsq;
+  CNuCircle circle(1.0);
+  circle.Fit(points, &form, &sumsq, kSteps);
+  return Report(circle.GetRadius(), circle.GetCentre(), form, sumsq);
+};
+const auto kSphere = [](const CNuPointArray& points) {
+  double form, sumsq;
+  CNuSphSurf sphere(1.0);
+  sphere.Fit(points, &form, &sumsq, kSteps);
+  return Report(sphere.GetRadius(), sphere.GetCentre(), form, sumsq);
+};
+
+const bool kAsked = [] {
+  AskFit("fit_line", bench::Edge, kLine, EigenLine);
+  AskFit("fit_plane", bench::Plate, kPlane, EigenPlane);
+  AskFit("fit_circle", bench::Bore, kCircle, EigenCircle);
+  AskFit("fit_sphere", bench::Dome, kSphere, EigenSphere);
+  return true;
+}();
+
+}  // namespace
