@@ -18,6 +18,14 @@
 #define NU_ALWAYS_INLINE inline
 #endif
 
+// Stands before a loop over the lanes. GCC would unroll it first and then vectorise across the outer loop, with
+// shuffles; kept a loop, it becomes one vector instruction per operation.
+#if defined(__GNUC__) && !defined(__clang__)
+#define NU_LANE_LOOP _Pragma("GCC unroll 1")
+#else
+#define NU_LANE_LOOP
+#endif
+
 namespace nu::internal {
 
 inline constexpr int kLanes = 8;

@@ -59,6 +59,7 @@ class TallReduction {
   int m_collected = 0;
   std::unique_ptr<double[], AlignedDelete> m_block;
   std::unique_ptr<double[]> m_triangle;
+  std::unique_ptr<double[]> m_dots;  // work of one block
 };
 
 }  // namespace nu::internal
