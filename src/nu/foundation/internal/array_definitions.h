@@ -28,10 +28,7 @@
     return *this;                                                                                           \
   }                                                                                                         \
   Class& Class::operator=(Class&& other) noexcept {                                                         \
-    if (this != &other) {                                                                                   \
-      nu::internal::ArrayRules<Element>::Destroy(Fields());                                                 \
-      nu::internal::ArrayRules<Element>::Take(Fields(), other.Fields());                                    \
-    }                                                                                                       \
+    if (this != &other) nu::internal::ArrayRules<Element>::Move(Fields(), other.Fields(), texts);           \
     return *this;                                                                                           \
   }                                                                                                         \
   Class::~Class() {                                                                                         \

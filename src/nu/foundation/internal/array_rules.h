@@ -112,6 +112,16 @@ struct ArrayRules {
     a.expandSize = expandSize < 1 ? kDefaultExpandSize : expandSize;
   }
 
+  // Size, capacity and expand size end as after a copy, so the storage of a target with more room is not exchanged.
+  static void Move(Fields a, Fields other, const ArrayTexts& texts) {
+    if (other.data == nullptr || a.capacity > other.capacity) {
+      Copy(a, other.data, other.size, other.capacity, other.expandSize, texts);
+    } else {
+      Destroy(a);
+      Take(a, other);
+    }
+  }
+
   // Only ever enlarges: a capacity that is not above the present one is refused.
   static void SetCapacity(Fields a, int capacity, const ArrayTexts& texts) {
     if (capacity < 0 || capacity <= a.capacity) FailOperation(14, "SetSize operation", texts.setSize);

@@ -1,0 +1,15 @@
+#ifndef NU_TESTS_SUPPORT_FAILING_NEW_H
+#define NU_TESTS_SUPPORT_FAILING_NEW_H
+
+// For programs that are linked with failing_new.cpp, which replaces their allocation functions. Both count for the
+// calling thread only.
+namespace nu::test {
+
+// Lets the k-th allocation from now on fail, counted from 0, once; a negative k lets none fail.
+void FailAllocation(long k);
+// What has been allocated and not released.
+long LiveAllocations();
+
+}  // namespace nu::test
+
+#endif
