@@ -1,0 +1,24 @@
+#include "nu/linalg/complex_array.h"
+
+#include "nu/foundation/internal/array_definitions.h"
+
+namespace {
+
+// An empty CNuComplexArray names the class, not the operation.
+constexpr nu::internal::ArrayTexts kComplexTexts = [] {
+  nu::internal::ArrayTexts texts = NU_ARRAY_TEXTS("CNuComplexArray");
+  texts.first = texts.last = texts.className;
+  return texts;
+}();
+
+constexpr nu::internal::ArrayTexts kPolarTexts = NU_ARRAY_TEXTS("CNuComplexPolarArray");
+
+}  // namespace
+
+NU_DEFINE_ARRAY(CNuComplexArray, CNuComplex, const CNuComplex&, kComplexTexts)
+NU_DEFINE_ARRAY_REMOVE(CNuComplexArray, CNuComplex, kComplexTexts)
+NU_DEFINE_ARRAY_SUB_ARRAY(CNuComplexArray, CNuComplex, kComplexTexts)
+
+NU_DEFINE_ARRAY(CNuComplexPolarArray, CNuComplexPolar, const CNuComplexPolar&, kPolarTexts)
+NU_DEFINE_ARRAY_REMOVE(CNuComplexPolarArray, CNuComplexPolar, kPolarTexts)
+NU_DEFINE_ARRAY_SUB_ARRAY(CNuComplexPolarArray, CNuComplexPolar, kPolarTexts)

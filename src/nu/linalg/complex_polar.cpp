@@ -1,0 +1,49 @@
+#include "nu/linalg/complex_polar.h"
+
+#include <cmath>
+
+#include "nu/foundation/constants.h"
+#include "nu/foundation/internal/failures.h"
+#include "nu/linalg/complex.h"
+#include "nu/linalg/complex_array.h"
+
+using nu::internal::FailOperation;
+
+CNuComplexPolar::CNuComplexPolar(double modulus, double argument)
+    : CNuAlgebra(NuTypeComplexPolar), m_modulus(modulus), m_argument(argument) {
+  if (!(modulus > 0.0)) throw CNuConstructionException(5, "CNuComplexPolar", "modulus", 0, 0);
+}
+
+void CNuComplexPolar::GetData(double* modulus, double* argument) const {
+  *modulus = m_modulus;
+  *argument = m_argument;
+}
+
+CNuComplex CNuComplexPolar::ToCartesianForm() const {
+  return {m_modulus * std::cos(m_argument), m_modulus * std::sin(m_argument)};
+}
+
+CNuComplexPolar CNuComplexPolar::operator*(const CNuComplexPolar& c) const {
+  nu::internal::RequireNumericFactor(m_modulus, "operator*", "CNuComplexPolar");
+  nu::internal::RequireNumericFactor(c.m_modulus, "operator*", "CNuComplexPolar");
+  return {m_modulus * c.m_modulus, m_argument + c.m_argument};
+}
+
+CNuComplexPolar CNuComplexPolar::operator/(const CNuComplexPolar& c) const {
+  nu::internal::RequireDivisor(c.m_modulus, "operator/", "CNuComplexPolar");
+  return {m_modulus / c.m_modulus, m_argument - c.m_argument};
+}
+
+CNuComplexPolar CNuComplexPolar::Power(int n) const {
+  nu::internal::RequireNumericFactor(m_modulus, "calculation", "CNuComplexPolar::Power()");
+  if (n < 1) FailOperation(2, "calculation", "CNuComplexPolar::Power()");
+  return {std::pow(m_modulus, n), n * m_argument};
+}
+
+CNuComplexPolarArray CNuComplexPolar::Roots(int n) const {
+  if (n < 1 || !(m_modulus > NuGetZero())) FailOperation(2, "calculation", "CNuComplexPolar::Roots()");
+  const double modulus = std::pow(m_modulus, 1.0 / n);
+  CNuComplexPolarArray roots(n);
+  for (int k = 0; k < n; ++k) roots.Add({modulus, (2.0 * k * Nu_PI + m_argument) / n});
+  return roots;
+}

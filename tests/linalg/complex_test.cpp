@@ -1,0 +1,128 @@
+#include "nu/linalg/complex.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <limits>
+
+#include "nu/foundation/constants.h"
+#include "nu/linalg/complex_array.h"
+#include "nu/linalg/complex_matrix.h"
+#include "nu/linalg/complex_polar.h"
+#include "nu/linalg/complex_vector.h"
+#include "nu/linalg/matrix.h"
+#include "nu/linalg/vector.h"
+#include "support/failures.h"
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kEps = std::numeric_limits<double>::epsilon();
+
+void ExpectNear(const CNuComplex& c, double re, double im) {
+  const double bound = 8 * kEps * std::hypot(re, im);
+  EXPECT_NEAR(c.r(), re, bound);
+  EXPECT_NEAR(c.i(), im, bound);
+}
+
+TEST(Complex, DividesAndTakesRootsWithoutOverflow) {
+  const CNuComplex huge(3e300, 4e300), tiny(3e-300, -4e-300);
+  ExpectNear(huge / huge, 1, 0);
+  ExpectNear(CNuComplex(1, 2) / tiny * 1e-300, -0.2, 0.4);
+  ExpectNear(CNuComplex(1, 2) / CNuComplex(0, 2), 1, -0.5);
+  EXPECT_DOUBLE_EQ(huge.Modulus(), 5e300);
+  EXPECT_FALSE(std::isfinite((CNuComplex(1, 1) / CNuComplex(0, 0)).r()));
+  for (double re : {-4.0, 4.0, 0.0, 1e300, -1e-100, 3.0}) {
+    for (double im : {0.0, -0.0, 5.0, -1e300, 1e-90}) {
+      const CNuComplex root = CNuComplex(re, im).Sqrt();
+      EXPECT_GE(root.r(), 0.0);
+      ExpectNear(root * root, re, im);
+      EXPECT_TRUE(root.i() > 0.0 || im != 0.0 || re >= 0.0);
+    }
+  }
+}
+
+TEST(Complex, PowersAndRootsInOrder) {
+  ExpectNear(CNuComplex(1, -2).Power(3), -11, 2);
+  const CNuComplexArray unit = CNuComplex(1, 0).Roots(4);
+  const double expected[4][2] = {{1, 0}, {0, 1}, {-1, 0}, {0, -1}};
+  ASSERT_EQ(unit.GetSize(), 4);
+  for (int k = 0; k < 4; ++k) ExpectNear(unit[k], expected[k][0], expected[k][1]);
+  const CNuComplex c(-3, 0.5);
+  const CNuComplexArray roots = c.Roots(7);
+  // The arguments reach 14 pi before the cosine.
+  for (int k = 0; k < 7; ++k) EXPECT_TRUE(roots[k].Power(7).IsEqual(c, 14 * Nu_PI * 8 * kEps));
+  EXPECT_EQ(CNuComplexPolar(2, 3).Power(2).Argument(), 6.0);
+  EXPECT_DOUBLE_EQ(CNuComplexPolar(8, -1).Roots(3)[2].Argument(), (4 * Nu_PI - 1) / 3);
+  ExpectNear((CNuComplexPolar(6, 1) / CNuComplexPolar(3, 0.5) * CNuComplexPolar(1, -0.5)).ToCartesianForm(), 2, 0);
+}
+
+TEST(Complex, Predicates) {
+  const CNuComplex zero, imaginary(1e-9, 1);
+  EXPECT_TRUE(zero.IsZero(1e-12) && zero.IsReal(1e-12));
+  EXPECT_FALSE(zero.IsImaginary(1e-12));
+  EXPECT_TRUE(imaginary.IsImaginary(1e-8));
+  EXPECT_FALSE(imaginary.IsImaginary(1e-9) || imaginary.IsReal(1) || CNuComplex(kNaN, 0).IsZero(1));
+  EXPECT_TRUE(imaginary.IsEqual({0, 1}, 1e-8));
+  EXPECT_FALSE(imaginary.IsEqual({0, 1}, 1e-9));
+}
+
+TEST(Complex, Failures) {
+  CNuComplex c(1, 1);
+  const CNuComplex zero;
+  const CNuComplexPolar huge(1e301, 0), p(1, 1), tiny(1e-301, 0);
+  EXPECT_EQ(FailureOf([] { CNuComplexPolar(kNaN, 0); }), "construction 5 modulus|CNuComplexPolar [0,0]");
+  for (auto call : {+[](const CNuComplex& z) { z.ToPolarForm(); }, +[](const CNuComplex& z) { z.Power(2); },
+                    +[](const CNuComplex& z) { z.Roots(2); }}) {
+    EXPECT_EQ(FailureOf([&] { call(zero); }), "construction 5 modulus|CNuComplexPolar [0,0]");
+  }
+  EXPECT_EQ(FailureOf([&] { c * 1e301; }), "operation 7 operator*|CNuComplex [0,0]");
+  EXPECT_EQ(FailureOf([&] { c *= kNaN; }), "operation 7 operator*=|CNuComplex [0,0]");
+  EXPECT_EQ(FailureOf([&] { c / 0.0; }), "operation 6 operator/|CNuComplex [0,0]");
+  EXPECT_EQ(FailureOf([&] { c /= kNaN; }), "operation 6 operator/=|CNuComplex [0,0]");
+  EXPECT_TRUE(c.r() == 1 && c.i() == 1);
+  EXPECT_EQ(FailureOf([&] { p* huge; }), "operation 7 operator*|CNuComplexPolar [0,0]");
+  EXPECT_EQ(FailureOf([&] { p / tiny; }), "operation 6 operator/|CNuComplexPolar [0,0]");
+  EXPECT_EQ(FailureOf([&] { c.Power(0); }), "operation 2 calculation|CNuComplex::Power() [0,0]");
+  EXPECT_EQ(FailureOf([&] { zero.Roots(0); }), "operation 2 calculation|CNuComplex::Roots() [1,0]");
+  EXPECT_EQ(FailureOf([&] { huge.Power(0); }), "operation 7 calculation|CNuComplexPolar::Power() [0,0]");
+  EXPECT_EQ(FailureOf([&] { p.Power(0); }), "operation 2 calculation|CNuComplexPolar::Power() [0,0]");
+  EXPECT_EQ(FailureOf([&] { p.Roots(-1); }), "operation 2 calculation|CNuComplexPolar::Roots() [0,0]");
+  EXPECT_EQ(FailureOf([&] { tiny.Roots(2); }), "operation 2 calculation|CNuComplexPolar::Roots() [0,0]");
+}
+
+TEST(Complex, Arrays) {
+  CNuComplexArray a(0);
+  EXPECT_EQ(FailureOf([&] { a.First(); }), "operation 8 First operator[]|CNuComplexArray [0,0]");
+  for (int i = 0; i < 25; ++i) a.Add(a.GetSize() == 0 ? CNuComplex(0, 1) : a[i - 1] + CNuComplex(1, 0));
+  EXPECT_EQ(a.GetCapacity(), 30);
+  a.Remove(3);
+  CNuComplexArray b = a.SubArray(2, 4);
+  b.Append(a);
+  EXPECT_TRUE(b.GetSize() == 27 && b[1].r() == 4 && b.Last().r() == 24 && b[26].GetType() == CNuObject::NuTypeComplex);
+  CNuComplexPolarArray polar(1);
+  EXPECT_EQ(FailureOf([&] { polar.Last(); }), "operation 8 Last operator[]|CNuComplexPolarArray::Last() [0,0]");
+  EXPECT_EQ(FailureOf([&] { polar.Remove(0); }), "operation 8 Remove operation|CNuComplexPolarArray::Remove() [0,0]");
+}
+
+TEST(Complex, VectorsAndMatricesFromRealOnes) {
+  CNuMatrix m(2, 3);
+  m.Element(1, 2) = 7;
+  CNuComplexMatrix c = m;
+  c.Element(0, 1) = {1, 2};
+  const CNuComplexMatrix copy = c;
+  EXPECT_TRUE(copy.GetRowSize() == 2 && copy.GetColumnSize() == 3 && copy.GetType() == CNuObject::NuTypeComplexMatrix);
+  EXPECT_TRUE(copy.Element(1, 2).IsEqual({7, 0}, 1e-300) && copy.Element(0, 1).i() == 2);
+  EXPECT_EQ(FailureOf([&] { copy.Element(0, 3); }), "operation 3 operation|CNuComplexMatrix::Element() [0,2]");
+  CNuComplexVector v = CNuVector(1, 2, 3);
+  v = CNuComplexVector(CNuVector(1, 2, 3), CNuVector(4, 5, 6));
+  EXPECT_TRUE(v[2].IsEqual({3, 6}, 1e-300) && v.GetType() == CNuObject::NuTypeComplexVector);
+  EXPECT_EQ(FailureOf([&] { v[-1]; }), "operation 3 element operator[]|CNuComplexVector [0,2]");
+  EXPECT_EQ(FailureOf([] { CNuComplexVector(CNuVector(2), CNuVector(3)); }),
+            "operation 5 operation|CNuComplexVector [0,0]");
+  EXPECT_EQ(FailureOf([] { CNuComplexVector(0); }), "construction 1 size|CNuComplexVector [0,0]");
+  EXPECT_EQ(FailureOf([] { CNuComplexMatrix(INT_MAX, INT_MAX); }), "memory 301 |CNuComplexMatrix::Init() [0,0]");
+}
+
+}  // namespace
