@@ -35,6 +35,7 @@ ENuBoolean CNuIntArray::IsEqual(const CNuIntArray& other) const {
 }
 
 int CNuIntArray::Sum() const {
+  // NOLINTNEXTLINE(bugprone-fold-init-type): unsigned arithmetic wraps where int would overflow.
   return static_cast<int>(std::accumulate(m_data, m_data + m_size, 0u));
 }
 
