@@ -1,10 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cmath>
-#include <limits>
 #include <string>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -20,281 +17,199 @@
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+CNuPoint pool[64];
 
-// One element type of the family: element i, and its number back.
-struct Ints {
-  using Array = CNuIntArray;
-  static constexpr const char* name = "CNuIntArray";
-  static int Make(int i) { return i; }
-  static int Read(int e) { return e; }
-};
-struct Doubles {
-  using Array = CNuDoubleArray;
-  static constexpr const char* name = "CNuDoubleArray";
-  static double Make(int i) { return i; }
-  static int Read(double e) { return static_cast<int>(e); }
-};
-struct Points {
-  using Array = CNuPointArray;
-  static constexpr const char* name = "CNuPointArray";
-  static CNuPoint Make(int i) { return CNuPoint(i, 2.0 * i, -i); }
-  static int Read(const CNuPoint& e) { return e.z() == -e.x() ? static_cast<int>(e.x()) : -1; }
-};
-struct Objects {
-  using Array = CNuObjArray;
-  static constexpr const char* name = "CNuObjArray";
-  static CNuObject* Make(int i) {
-    static CNuPoint pool[64];
-    return &pool[i];
+// Element number i of each kind of array, and the number back.
+template<class Array>
+auto Make(int i) {
+  if constexpr (std::is_same_v<Array, CNuObjArray>) {
+    return static_cast<CNuObject*>(pool + i);
+  } else {
+    return decltype(Array(0).First())(i);
   }
-  static int Read(CNuObject* e) {
-    return static_cast<int>(static_cast<CNuPoint*>(e) - static_cast<CNuPoint*>(Make(0)));
-  }
-};
-
-template<class Kind>
-class Arrays : public testing::Test {
- public:
-  using Subject = typename Kind::Array;
-
-  static Subject Counted(int n) {
-    Subject a(n);
-    for (int i = 0; i < n; ++i) a.Add(Kind::Make(i));
-    return a;
-  }
-  static std::vector<int> Values(const Subject& a) {
-    std::vector<int> values;
-    for (int i = 0; i < a.GetSize(); ++i) values.push_back(Kind::Read(a[i]));
-    return values;
-  }
-  // Size, capacity and expand size at once.
-  static std::vector<int> Shape(const Subject& a) { return {a.GetSize(), a.GetCapacity(), a.GetExpandSize()}; }
-};
-
-using Shape = std::vector<int>;
-using Values = std::vector<int>;
-using Kinds = testing::Types<Ints, Doubles, Points, Objects>;
-TYPED_TEST_SUITE(Arrays, Kinds);
-
-TYPED_TEST(Arrays, GrowByTheExpandSizeAndOnlyOnRequest) {
-  auto a = TestFixture::Counted(0);
-  EXPECT_EQ(a.GetData(), nullptr);
-  for (int i = 0; i < 25; ++i) a.Add(TypeParam::Make(i));
-  EXPECT_EQ(this->Shape(a), Shape({25, 30, 10}));
-  a.SetSize(31);
-  EXPECT_EQ(this->Shape(a), Shape({25, 31, 10}));
-  a.SetExpandSize(1);
-  a.SetCapacity(32);
-  while (a.GetSize() < 33) a.Add(a[a.GetSize() - 25]);  // its own element, also when the storage moves
-  EXPECT_EQ(this->Shape(a), Shape({33, 33, 1}));
-  EXPECT_EQ(TypeParam::Read(a.First()), 0);
-  EXPECT_EQ(TypeParam::Read(a.Last()), 7);
-  a[32] = TypeParam::Make(9);
-  EXPECT_EQ(TypeParam::Read(a.Last()), 9);
-  a.Clear();
-  EXPECT_EQ(this->Shape(a), Shape({0, 33, 1}));
+}
+int Number(double e) {
+  return static_cast<int>(e);
+}
+int Number(const CNuPoint& e) {
+  return static_cast<int>(e.x());
+}
+int Number(CNuObject* e) {
+  return static_cast<int>(static_cast<CNuPoint*>(e) - pool);
 }
 
-TYPED_TEST(Arrays, AppendAndShrinkToExactSizes) {
-  auto a = TestFixture::Counted(5);
-  a.Append(TestFixture::Counted(3));
-  EXPECT_EQ(this->Shape(a), Shape({8, 8, 10}));
-  EXPECT_EQ(this->Values(a), Values({0, 1, 2, 3, 4, 0, 1, 2}));
-  a.Append(TestFixture::Counted(0));
-  a.Truncate(6);
-  EXPECT_EQ(this->Shape(a), Shape({6, 6, 10}));
-  a.Add(TypeParam::Make(7));
-  a.Truncate(7);
-  EXPECT_EQ(this->Shape(a), Shape({7, 7, 10}));
-  a.SetSize(20);
-  a.FreeExtra();
-  EXPECT_EQ(this->Shape(a), Shape({7, 7, 10}));
-  EXPECT_EQ(this->Values(a), Values({0, 1, 2, 3, 4, 0, 7}));
-  a.Truncate(0);
-  EXPECT_EQ(this->Shape(a), Shape({0, 0, 10}));
-  EXPECT_EQ(a.GetData(), nullptr);
-  a.FreeExtra();
-  a.Append(TestFixture::Counted(0));
-  a.Truncate(0);
-  EXPECT_EQ(a.GetCapacity(), 0);
+// {size, capacity, expand size, elements...}
+template<class Array>
+std::vector<int> State(const Array& a) {
+  std::vector<int> state{a.GetSize(), a.GetCapacity(), a.GetExpandSize()};
+  for (int i = 0; i < a.GetSize(); ++i) state.push_back(Number(a[i]));
+  return state;
+}
+using S = std::vector<int>;
+
+template<class Array>
+Array Counted(int n, int expandSize = 10) {
+  Array a(n, expandSize);
+  for (int i = 0; i < n; ++i) a.Add(Make<Array>(i));
+  return a;
+}
+
+template<class Array>
+class Arrays : public testing::Test {};
+using Kinds = testing::Types<CNuIntArray, CNuDoubleArray, CNuPointArray, CNuObjArray>;
+TYPED_TEST_SUITE(Arrays, Kinds);
+
+TYPED_TEST(Arrays, GrowAndShrinkToStatedCapacities) {
+  auto a = Counted<TypeParam>(0);
+  for (int i = 0; i < 25; ++i) a.Add(Make<TypeParam>(i));
+  EXPECT_EQ(a.GetCapacity(), 30);
+  a.SetExpandSize(1);
+  a.SetSize(31);
+  while (a.GetSize() < 33) a.Add(a[a.GetSize() - 25]);  // its own element, also when the storage moves
+  EXPECT_EQ(a.GetCapacity(), 33);
+  EXPECT_EQ(Number(a.First()) + 100 * Number(a.Last()), 700);
+  a.Clear();
+  EXPECT_EQ(State(a), S({0, 33, 1}));
+
+  auto b = Counted<TypeParam>(4);
+  b.Append(Counted<TypeParam>(2));
+  b.Append(Counted<TypeParam>(0));
+  EXPECT_EQ(State(b), S({6, 6, 10, 0, 1, 2, 3, 0, 1}));
+  b.Truncate(5);
+  b.Add(Make<TypeParam>(9));
+  b.Truncate(6);
+  EXPECT_EQ(State(b), S({6, 6, 10, 0, 1, 2, 3, 0, 9}));
+  b.SetCapacity(9);
+  b.FreeExtra();
+  EXPECT_EQ(b.GetCapacity(), 6);
+  for (int i = 0; i < 2; ++i) {
+    b.Truncate(0);
+    EXPECT_TRUE(b.GetData() == nullptr && b.GetCapacity() == 0);
+  }
 }
 
 TYPED_TEST(Arrays, CopiesAreDeepAndKeepAnAmpleBuffer) {
-  using Array = typename TypeParam::Array;
-  Array source(6, 4);
-  for (int i = 0; i < 3; ++i) source.Add(TypeParam::Make(i));
-  Array ample(20);
+  TypeParam source(6, 4), ample(20), tight(1);
+  for (int i = 0; i < 2; ++i) source.Add(Make<TypeParam>(i));
   const auto* buffer = ample.GetData();
   ample = source;
-  EXPECT_EQ(this->Shape(ample), Shape({3, 20, 4}));
-  EXPECT_EQ(ample.GetData(), buffer);
-  Array tight(1);
   tight = source;
-  ample[0] = TypeParam::Make(9);
-  EXPECT_EQ(this->Shape(tight), Shape({3, 6, 4}));
-  EXPECT_EQ(this->Values(tight), this->Values(source));
+  ample[0] = Make<TypeParam>(9);
+  EXPECT_EQ(State(ample), S({2, 20, 4, 9, 1}));
+  EXPECT_EQ(ample.GetData(), buffer);
   tight = *&tight;
-  EXPECT_EQ(this->Shape(tight), Shape({3, 6, 4}));
-  Array copy(tight);
-  tight = Array(0);  // a source without storage leaves the target its own
-  EXPECT_EQ(this->Shape(tight), Shape({0, 6, 10}));
-  tight = TestFixture::Counted(2);
-  EXPECT_EQ(this->Shape(tight), Shape({2, 6, 10}));
-  Array moved(std::move(copy));
+  EXPECT_EQ(State(tight), S({2, 6, 4, 0, 1}));
+  TypeParam copy(tight);
+  tight = TypeParam(0);  // a source without storage leaves the target its own
+  EXPECT_EQ(State(tight), S({0, 6, 10}));
+  tight = Counted<TypeParam>(3);
+  EXPECT_EQ(State(tight), S({3, 6, 10, 0, 1, 2}));
+  TypeParam moved(std::move(copy));
   copy = std::move(moved);
-  moved = Array(copy);
-  EXPECT_EQ(this->Values(moved), Values({0, 1, 2}));
+  EXPECT_EQ(State(copy), S({2, 6, 4, 0, 1}));
 }
 
 TYPED_TEST(Arrays, FailuresAreNamedAndChangeNothing) {
-  using Array = typename TypeParam::Array;
-  const bool ints = std::is_same_v<Array, CNuIntArray>;
-  auto a = TestFixture::Counted(4);
-  Array none(0);
-  Array wide(1, INT_MAX);
-  wide.Add(TypeParam::Make(0));
-  const std::string name = TypeParam::name;
-  const std::string shared = std::is_same_v<Array, CNuDoubleArray> ? "CNuIntArray" : name;
-  const std::string setSize =
-      "operation 14 SetSize operation|" + name + (ints ? "::SetSize(int NewSize)" : "::SetSize()") + " [0,0]";
-  const std::string expand = "operation 14 SetExpandSize operation|" + name +
-                             (ints ? "::SetExpandSize(int NewXSize)" : "::SetExpandSize()") + " [0,0]";
+  constexpr bool ints = std::is_same_v<TypeParam, CNuIntArray>, doubles = std::is_same_v<TypeParam, CNuDoubleArray>;
+  constexpr bool points = std::is_same_v<TypeParam, CNuPointArray>;
+  const std::string name = ints ? "CNuIntArray" : doubles ? "CNuDoubleArray" : points ? "CNuPointArray" : "CNuObjArray";
+  const std::string shared = doubles ? "CNuIntArray" : name;
+  const std::string setSize = "operation 14 SetSize operation|" + name + "::SetSize(" + (ints ? "int NewSize" : "");
   const std::string truncate = "operation 14 Truncate operation|" + name + "::Truncate(int Size)";
-  const std::string element = "operation 3 element operator[]|" + name + " [0,3]";
-  const struct {
-    std::string failure, expected;
-  } cases[] = {
-      {FailureOf([] { Array(-1); }), "construction 2 size|" + name + " [0,0]"},
-      {FailureOf([] { Array(3, 0); }), "construction 15 nArrayExpandSize|" + name + " [0,0]"},
-      {FailureOf([&] { a.SetSize(4); }), setSize},
-      {FailureOf([&] { a.SetCapacity(-1); }), setSize},
-      {FailureOf([&] { none.SetSize(0); }), setSize},
-      {FailureOf([&] { wide.Add(TypeParam::Make(0)); }), setSize},
-      {FailureOf([&] { a.SetExpandSize(0); }), expand},
+  auto a = Counted<TypeParam>(4);
+  TypeParam none(0), wide(1, INT_MAX);
+  wide.Add(Make<TypeParam>(0));
+  std::vector<std::pair<std::string, std::string>> cases = {
+      {FailureOf([] { TypeParam(-1); }), "construction 2 size|" + name + " [0,0]"},
+      {FailureOf([] { TypeParam(3, 0); }), "construction 15 nArrayExpandSize|" + name + " [0,0]"},
+      {FailureOf([&] { a.SetSize(4); }), setSize + ") [0,0]"},
+      {FailureOf([&] { none.SetCapacity(0); }), setSize + ") [0,0]"},
+      {FailureOf([&] { wide.Add(Make<TypeParam>(0)); }), setSize + ") [0,0]"},
+      {FailureOf([&] { a.SetExpandSize(0); }),
+       "operation 14 SetExpandSize operation|" + name + "::SetExpandSize(" + (ints ? "int NewXSize" : "") + ") [0,0]"},
       {FailureOf([&] { a.Truncate(5); }), truncate + " [0,3]"},
       {FailureOf([&] { none.Truncate(-1); }), truncate + " [0,-1]"},
       {FailureOf([&] { a.Append(a); }), "operation 18 Append operation|" + name + "::Append() [0,0]"},
-      {FailureOf([&] { (void)a[4]; }), element},
-      {FailureOf([&] { (void)std::as_const(a)[-1]; }), element},
+      {FailureOf([&] { (void)a[4]; }), "operation 3 element operator[]|" + name + " [0,3]"},
+      {FailureOf([&] { (void)std::as_const(a)[-1]; }), "operation 3 element operator[]|" + name + " [0,3]"},
       {FailureOf([&] { (void)none[0]; }), "operation 8 element operator[]|" + name + " [0,0]"},
       {FailureOf([&] { none.First(); }), "operation 8 First operator[]|" + shared + "::First() [0,0]"},
       {FailureOf([&] { none.Last(); }), "operation 8 Last operator[]|" + shared + "::Last() [0,0]"},
   };
-  for (const auto& c : cases) EXPECT_EQ(c.failure, c.expected);
-  EXPECT_EQ(this->Shape(a), Shape({4, 4, 10}));
-  EXPECT_EQ(this->Shape(wide), Shape({1, 1, INT_MAX}));
-}
-
-TYPED_TEST(Arrays, RemoveAndSubArray) {
-  if constexpr (!std::is_same_v<TypeParam, Objects>) {
-    using Array = typename TypeParam::Array;
-    auto a = TestFixture::Counted(5);
-    a.Remove(2);
-    EXPECT_EQ(this->Values(a), Values({0, 1, 3, 4}));
-    EXPECT_EQ(a.GetCapacity(), 5);
-    a.SetExpandSize(3);
-    EXPECT_EQ(this->Shape(a.SubArray(1, 2)), Shape({2, 2, 3}));
-    EXPECT_EQ(this->Values(a.SubArray(1, 3)), Values({1, 3, 4}));
-    Array none(2);
-    const std::string name = TypeParam::name;
+  if constexpr (ints || doubles || points) {
     const std::string sub = " SubArray operation|" + name + "::SubArray(i, j) ";
     const std::string remove = " Remove operation|" + name + "::Remove() ";
-    EXPECT_EQ(FailureOf([&] { a.SubArray(3, 1); }), "operation 15" + sub + "[0,0]");
-    EXPECT_EQ(FailureOf([&] { a.SubArray(0, 4); }), "operation 3" + sub + "[0,3]");
-    EXPECT_EQ(FailureOf([&] { a.SubArray(-1, 4); }), "operation 3" + sub + "[0,3]");
-    EXPECT_EQ(FailureOf([&] { none.SubArray(0, 0); }), "operation 8" + sub + "[0,0]");
-    EXPECT_EQ(FailureOf([&] { a.Remove(4); }), "operation 3" + remove + "[0,3]");
-    EXPECT_EQ(FailureOf([&] { none.Remove(0); }), "operation 8" + remove + "[0,0]");
+    cases.insert(cases.end(), {{FailureOf([&] { a.SubArray(3, 1); }), "operation 15" + sub + "[0,0]"},
+                               {FailureOf([&] { a.SubArray(0, 4); }), "operation 3" + sub + "[0,3]"},
+                               {FailureOf([&] { none.SubArray(0, 0); }), "operation 8" + sub + "[0,0]"},
+                               {FailureOf([&] { a.Remove(4); }), "operation 3" + remove + "[0,3]"},
+                               {FailureOf([&] { none.Remove(0); }), "operation 8" + remove + "[0,0]"}});
+    auto b = Counted<TypeParam>(5, 3);
+    b.Remove(2);
+    EXPECT_EQ(State(b), S({4, 5, 3, 0, 1, 3, 4}));
+    EXPECT_EQ(State(b.SubArray(1, 2)), S({2, 2, 3, 1, 3}));
   }
-}
-
-TYPED_TEST(Arrays, WithoutMemoryNothingChangesAndNothingLeaks) {
-  using Array = typename TypeParam::Array;
+  const auto withoutMemory = [](auto call) {
+    const std::string failure = FailureOf([&] { (nu::test::FailAllocation(0), call()); });
+    nu::test::FailAllocation(-1);
+    return failure;
+  };
+  const auto more = Counted<TypeParam>(9);
   const long live = nu::test::LiveAllocations();
-  {
-    const std::string name = TypeParam::name;
-    auto a = TestFixture::Counted(3);
-    const auto fail = [](auto call) {
-      const std::string failure = FailureOf([&] {
-        nu::test::FailAllocation(0);
-        call();
-      });
-      nu::test::FailAllocation(-1);
-      return failure;
-    };
-    Array source(9);
-    for (int i = 0; i < 4; ++i) source.Add(TypeParam::Make(i));
-    EXPECT_EQ(fail([] { Array(3); }), "memory 301 |" + name + "() [0,0]");
-    EXPECT_EQ(fail([&] { Array{a}; }), "memory 301 |" + name + "::Copy() [0,0]");
-    EXPECT_EQ(fail([&] { a = source; }), "memory 301 |" + name + "::Copy() [0,0]");
-    for (const std::string& failure : {fail([&] { a.SetSize(8); }), fail([&] { a.Add(TypeParam::Make(0)); }),
-                                       fail([&] { a.Append(source); }), fail([&] { a.Truncate(2); })}) {
-      EXPECT_EQ(failure.substr(0, 11), "memory 301 ");
-    }
-    EXPECT_EQ(this->Shape(a), Shape({3, 3, 10}));
-    EXPECT_EQ(this->Values(a), Values({0, 1, 2}));
-  }
-  EXPECT_EQ(nu::test::LiveAllocations(), live);
+  const std::string short1 = withoutMemory([] { TypeParam(3); }), short2 = withoutMemory([&] { a = more; }),
+                    short3 = withoutMemory([&] { a.SetSize(8); }) + withoutMemory([&] { a.Append(more); }) +
+                             withoutMemory([&] { a.Add(Make<TypeParam>(0)); }) + withoutMemory([&] { a.Truncate(2); });
+  const long leaked = nu::test::LiveAllocations() - live;
+  EXPECT_LE(leaked, 3);  // the three texts
+  EXPECT_EQ(short1 + short2, "memory 301 |" + name + "() [0,0]memory 301 |" + name + "::Copy() [0,0]");
+  EXPECT_EQ(short3.find("nothing"), std::string::npos);
+  for (const auto& [failure, expected] : cases) EXPECT_EQ(failure, expected);
+  EXPECT_EQ(State(a), S({4, 4, 10, 0, 1, 2, 3}));
+  EXPECT_EQ(State(wide), S({1, 1, INT_MAX, 0}));
 }
 
-CNuDoubleArray DoublesOf(std::initializer_list<double> values) {
-  CNuDoubleArray a(0);
-  for (const double v : values) a.Add(v);
+template<class Array, class Element>
+Array Of(std::initializer_list<Element> values) {
+  Array a(0);
+  for (const Element& v : values) a.Add(v);
   return a;
 }
-CNuIntArray IntsOf(std::initializer_list<int> values) {
-  CNuIntArray a(0);
-  for (const int v : values) a.Add(v);
-  return a;
-}
+constexpr auto Ints = Of<CNuIntArray, int>;
+constexpr auto Doubles = Of<CNuDoubleArray, double>;
 
 TEST(Arrays, MasksSelectAndReserveTheirSum) {
-  const CNuDoubleArray a = DoublesOf({7, 8, 9});
-  EXPECT_TRUE(a.SubArray(IntsOf({1, 0, 1})).IsEqual(DoublesOf({7, 9}), 1e-12));
-  const CNuDoubleArray wide = a.SubArray(IntsOf({0, 5, 1}));
-  EXPECT_EQ(wide.GetCapacity(), 6);
-  EXPECT_TRUE(wide.IsEqual(DoublesOf({8, 9}), 1e-12));
-  CNuPointArray points(3);
-  for (int i = 0; i < 3; ++i) points.Add(CNuPoint(i, 0, i * i));
-  EXPECT_EQ(points.SubArray(IntsOf({0, 0, 1}))[0].z(), 4.0);
-  EXPECT_TRUE(points.GetDataZ().IsEqual(DoublesOf({0, 1, 4}), 1e-12));
-  EXPECT_EQ(FailureOf([&] { a.SubArray(IntsOf({1})); }),
-            "operation 5 SubArray operation|CNuDoubleArray::SubArray(const CNuIntArray& ip) [0,0]");
-  EXPECT_EQ(FailureOf([&] { points.SubArray(IntsOf({1})); }),
-            "operation 5 SubArray operation|CNuPointArray::SubArray(const CNuIntArray& ip) [0,0]");
+  const auto wrong = [](const std::string& name) {
+    return "operation 5 SubArray operation|" + name + "::SubArray(const CNuIntArray& ip) [0,0]";
+  };
+  const CNuDoubleArray a = Doubles({7, 8, 9});
+  EXPECT_EQ(State(a.SubArray(Ints({1, 0, 1}))), S({2, 2, 10, 7, 9}));
+  EXPECT_EQ(State(a.SubArray(Ints({0, 5, 1}))), S({2, 6, 10, 8, 9}));
+  EXPECT_EQ(FailureOf([&] { a.SubArray(Ints({1})); }), wrong("CNuDoubleArray"));
+  const auto points = Of<CNuPointArray, CNuPoint>({{0, 1, 2}, {3, 4, 5}});
+  EXPECT_EQ(State(points.SubArray(Ints({0, 1}))), S({1, 1, 10, 3}));
+  EXPECT_EQ(FailureOf([&] { points.SubArray(Ints({1})); }), wrong("CNuPointArray"));
+  EXPECT_EQ(State(points.GetDataX()), S({2, 2, 10, 0, 3}));
+  EXPECT_EQ(State(points.GetDataY()), S({2, 2, 10, 1, 4}));
+  EXPECT_EQ(State(points.GetDataZ()), S({2, 2, 10, 2, 5}));
 }
 
 TEST(Arrays, NumbersAreSearchedSummedAndSorted) {
-  CNuDoubleArray a = DoublesOf({3, 1, 3, 2});
-  CNuIntArray order(0);
+  CNuDoubleArray a = Doubles({3, 1, 3, 2});
+  CNuIntArray ints = Ints({3, 1, 3, 2}), order(0);
+  EXPECT_EQ(ints.Sum() + 10 * ints.Find(2) + 100 * ints.Find(7), 9 + 30 - 100);
+  EXPECT_EQ(Ints({INT_MAX, 1}).Sum(), INT_MIN);
   a.Sort(&order);
-  EXPECT_TRUE(order.IsEqual(IntsOf({1, 3, 0, 2})));
-  EXPECT_EQ(a.First(), 3.0);
-  EXPECT_EQ(a.Find(2.0, 0.0), -1);
-  EXPECT_EQ(a.Find(2.5, 0.6), 0);
-  EXPECT_EQ(a.Max() + 10 * a.Min() + 100 * a.Sum(), 913.0);
-  EXPECT_EQ(DoublesOf({-2e300, 2e300}).Max(), 2e300);
-  EXPECT_EQ(DoublesOf({-2e300}).Max(), -NuGetLarge());
-  EXPECT_EQ(a.ToVector()[3], 2.0);
-  a.Sort();
-  EXPECT_TRUE(a.IsEqual(DoublesOf({1, 2, 3, 3}), 1e-12));
-  EXPECT_FALSE(a.IsEqual(DoublesOf({1, 2, 3, 3.5}), 0.5));
-  EXPECT_TRUE(CNuDoubleArray(0).IsEqual(CNuDoubleArray(4), 0.0));
-  EXPECT_TRUE(a.IsMonotonicIncreasing() && !a.IsStrictlyIncreasing());
-  EXPECT_TRUE(DoublesOf({5}).IsStrictlyIncreasing());
-  EXPECT_FALSE(DoublesOf({1, kNaN}).IsMonotonicIncreasing());
-
-  CNuIntArray ints = IntsOf({3, 1, 3, 2});
-  ints.Sort(&order);
-  EXPECT_TRUE(order.IsEqual(IntsOf({1, 3, 0, 2})));
-  EXPECT_EQ(10 * ints.Sum() + ints.Find(2), 93);
-  EXPECT_EQ(ints.Find(7), -1);
   ints.Sort(&ints);
-  EXPECT_TRUE(ints.IsEqual(IntsOf({1, 3, 0, 2})));
+  EXPECT_TRUE(order.IsEqual(Ints({1, 3, 0, 2})) && ints.IsEqual(order) && !ints.IsEqual(Ints({1, 3, 0})));
   ints.Sort();
-  EXPECT_TRUE(ints.IsEqual(IntsOf({0, 1, 2, 3})));
-  EXPECT_EQ(IntsOf({INT_MAX, 1}).Sum(), INT_MIN);
+  EXPECT_TRUE(ints.IsEqual(Ints({0, 1, 2, 3})));
+  EXPECT_EQ(a.Find(2.0, 0.0) + 10 * a.Find(2.5, 0.6) + 100 * a.Find(1.0, 1e-9), 99);
+  EXPECT_EQ(a.Max() + 10 * a.Min() + 100 * a.Sum() + 1000 * a.ToVector()[3], 2913.0);
+  EXPECT_EQ(Doubles({-2e300}).Max(), -NuGetLarge());
+  a.Sort();
+  EXPECT_TRUE(a.IsEqual(Doubles({1, 2, 3, 3}), 1e-300) && !a.IsEqual(Doubles({1, 2, 3, 3.5}), 0.5));
+  EXPECT_TRUE(CNuDoubleArray(0).IsEqual(CNuDoubleArray(4), 0.0));
+  EXPECT_TRUE(a.IsMonotonicIncreasing() && !a.IsStrictlyIncreasing() && Doubles({5}).IsStrictlyIncreasing());
 
   const CNuDoubleArray none(3);
   EXPECT_EQ(none.Sum(), 0.0);

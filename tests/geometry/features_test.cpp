@@ -1,0 +1,132 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "nu/curves/circle.h"
+#include "nu/geometry/line.h"
+#include "nu/geometry/plane.h"
+#include "nu/geometry/point.h"
+#include "nu/surfaces/sphere.h"
+#include "support/failures.h"
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+const CNuPoint kOrigin;
+
+bool Near(const CNuVector& v, double x, double y, double z) {
+  return v.IsEqual(CNuVector(x, y, z), 4e-16);
+}
+
+TEST(Features, RefuseUselessDefinitions) {
+  const CNuVector useless[] = {CNuVector(),  CNuVector(0.9e-300, 0, 0), CNuVector(2),
+                               CNuVector(4), CNuVector(0, kNaN, 0),     CNuVector(1, kInf, 0)};
+  for (const CNuVector& v : useless) {
+    EXPECT_EQ(FailureOf([&] { CNuLine(kOrigin, v); }), "construction 3 |CNuLine [0,0]");
+    EXPECT_EQ(FailureOf([&] { CNuPlane(kOrigin, v); }), "construction 4 |CNuPlane [0,0]");
+    EXPECT_EQ(FailureOf([&] { CNuCircle(1, kOrigin, v); }), "construction 4 |CNuCircle [0,0]");
+  }
+  const CNuPoint p(1, 2, 3);
+  for (const CNuPoint& q : {p, p + CNuPoint(9e-13, -9e-13, 0), CNuPoint(1, kNaN, 3), CNuPoint(1, 2, kInf)}) {
+    EXPECT_EQ(FailureOf([&] { CNuLine(p, q); }), "construction 10 |CNuLine [0,0]");
+  }
+  for (const CNuPoint& q : {CNuPoint(7, 0, 0), CNuPoint(7, 9e-13, 0), CNuPoint(0, kNaN, 0)}) {
+    EXPECT_EQ(FailureOf([&] { CNuPlane(q, CNuLine()); }), "construction 9 |CNuPlane [0,0]");
+  }
+  for (const double radius : {0.0, -1.0, -kInf, kNaN}) {
+    EXPECT_EQ(FailureOf([=] { CNuCircle(radius, kOrigin, CNuVector()); }), "construction 5 radius|CNuCircle [0,0]");
+    EXPECT_EQ(FailureOf([=] { CNuSphSurf(radius, kOrigin); }), "construction 5 radius|CNuSphSurf [0,0]");
+  }
+}
+
+TEST(Features, KnowTheirPlaceAndDirection) {
+  for (const double size : {1e-299, 1e-170, 1.0, 1e170, 5e307}) {
+    const CNuVector v(2 * size, -1 * size, 2 * size);
+    const CNuCircle circle(5, CNuPoint(1, 2, 3), v);
+    for (const CNuVector& unit : {CNuLine(kOrigin, v).GetDirection(), CNuPlane(kOrigin, v).GetNormal(),
+                                  circle.GetNormal(), circle.GetPlane().GetNormal()}) {
+      EXPECT_TRUE(Near(unit, 2.0 / 3, -1.0 / 3, 2.0 / 3)) << size;
+    }
+    EXPECT_NEAR(circle.GetXaxis() % circle.GetNormal(), 0.0, 3e-16);
+    EXPECT_NEAR(circle.GetXaxis().Magnitude(), 1.0, 3e-16);
+  }
+  EXPECT_TRUE(Near(CNuLine(CNuPoint(1, 1, 1), CNuPoint(1, 1, -2)).GetDirection(), 0, 0, -1));
+  CNuPoint point;
+  CNuVector direction;
+  CNuLine().GetData(&point, &direction);
+  EXPECT_TRUE(point.IsZero(1e-300) && Near(direction, 1, 0, 0) && Near(CNuPlane().GetNormal(), 0, 0, 1));
+  CNuPlane(CNuPoint(1, 2, 3), CNuVector(0, 2, 0)).GetData(&point, &direction);
+  EXPECT_TRUE(point.z() == 3.0 && Near(direction, 0, 1, 0));
+  double radius = 0, x = 0, y = 0, z = 0;
+  CNuCircle(5, CNuPoint(1, 2, 4)).GetData(&radius, &point, &direction);
+  EXPECT_TRUE(radius == 5 && point.z() == 4 && Near(direction, 0, 0, 1) && CNuCircle(5).GetCentre().IsZero(1e-300));
+  const CNuSphSurf sphere(2, CNuPoint(4, 5, 6));
+  sphere.GetCentre(&x, &y, &z);
+  sphere.GetData(&radius, &point);
+  EXPECT_TRUE(x == 4 && y == 5 && z == 6 && radius == 2 && sphere.GetRadius() == 2 && point.z() == 6);
+  EXPECT_TRUE(CNuLine(CNuLine()).GetType() == 20 && CNuPlane(CNuPlane()).GetType() == 21 &&
+              CNuSphSurf(sphere).GetType() == 35);
+}
+
+TEST(Features, APlaneThroughPointAndLineHoldsBoth) {
+  for (const double offset : {0.0, 1e8}) {
+    const CNuPoint base(offset, -offset, offset), p = base + CNuPoint(5, -4, 3);
+    const CNuLine line(base + CNuPoint(1, 2, 3), CNuVector(1, 2, -2));
+    const CNuPlane plane(p, line);
+    EXPECT_LT(line.GetPoint().DistanceTo(plane) + std::fabs(plane.GetNormal() % line.GetDirection()), 1e-14);
+    EXPECT_LT(p.DistanceTo(plane), 1e-14);
+  }
+}
+
+CNuVector DirectionOf(const CNuLine& l) {
+  return l.GetDirection();
+}
+CNuVector DirectionOf(const CNuPlane& p) {
+  return p.GetNormal();
+}
+
+// A line and a plane move as their points do, whichever motion it is, and their direction keeps its length.
+template<class Feature>
+void ExpectMotionsTakePointAndDirectionAlong() {
+  const CNuVector axis(2, -1, 3);
+  const CNuPoint centre(4, 5, -6);
+  Feature feature(CNuPoint(1, 2, 3), CNuVector(3, -4, 12));
+  CNuPoint point = feature.GetPoint(), tip = point + DirectionOf(feature).To3DPoint();
+  const auto moveAll = [&](auto move) {
+    move(feature);
+    move(point);
+    move(tip);
+    EXPECT_LT(feature.GetPoint().DistanceTo(point), 1e-13);
+    EXPECT_LT((DirectionOf(feature).To3DPoint() + point).DistanceTo(tip), 1e-13);
+  };
+  moveAll([](auto& g) { g.Translate(5, 6, -7); });
+  moveAll([](auto& g) { g.Rotate(33, CNuGeometry::Y_AXIS); });
+  moveAll([&](auto& g) { g.Rotate(-77, axis); });
+  moveAll([&](auto& g) { g.Rotate(120, CNuGeometry::Z_AXIS, centre); });
+  moveAll([&](auto& g) { g.Rotate(200, axis, centre); });
+  EXPECT_EQ(FailureOf([&] { feature.Rotate(5, CNuVector()); }), "operation 9 rotation|CNuVector [0,0]");
+  EXPECT_EQ(FailureOf([&] { feature.Rotate(5, CNuVector(2), centre); }), "operation 10 rotation|CNuVector [0,0]");
+  moveAll([](auto& g) { g.Rotate(0, CNuGeometry::X_AXIS); });
+  feature.Translate(centre);  // places it there, and does not add
+  EXPECT_EQ(feature.GetPoint().DistanceTo(centre), 0.0);
+  for (int i = 0; i < 100000; ++i) feature.Rotate(0.1, axis);
+  EXPECT_NEAR(DirectionOf(feature).Magnitude(), 1.0, 3e-16);
+}
+
+TEST(Features, MotionsTakePointAndDirectionAlong) {
+  ExpectMotionsTakePointAndDirectionAlong<CNuLine>();
+  ExpectMotionsTakePointAndDirectionAlong<CNuPlane>();
+  const CNuCircle frame(1, CNuPoint(1, 2, 3), CNuVector(1, 1, 0));
+  CNuPoint p(7, -8, 9), q(1, 5, 2);
+  CNuLine line(p, q);
+  line.MoveTo(frame);
+  p.MoveTo(frame);
+  q.MoveTo(frame);
+  EXPECT_LT(line.GetPoint().DistanceTo(p) + q.DistanceTo(line), 1e-14);
+  EXPECT_GT(line.GetDirection() % (q - p).To3DVector(), 0.0);
+}
+
+}  // namespace
