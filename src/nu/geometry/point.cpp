@@ -12,6 +12,7 @@
 
 using nu::internal::Components;
 using nu::internal::FailOperation;
+using nu::internal::LoadVec3;
 using nu::internal::Vec3;
 
 namespace {
@@ -101,8 +102,10 @@ void CNuPoint::MoveTo(const CNuPoint& origin, const CNuVector& xaxis, const CNuV
 }
 
 void CNuPoint::MoveTo(const CNuNonLinearGeometry& g) {
-  const CNuVector fromOrigin = To3DVector() - g.GetTranslation();
-  *this = nu::internal::ToPoint(Components(fromOrigin * g.GetInverseRotation()));
+  const CNuMatrix rotation = g.GetRotation();
+  const double* const* axis = rotation.GetData();
+  const Vec3 v = Components(*this) - Components(g.GetTranslation());
+  *this = CNuPoint(Dot(v, LoadVec3(axis[0])), Dot(v, LoadVec3(axis[1])), Dot(v, LoadVec3(axis[2])));
 }
 
 bool CNuPoint::BinaryDump(std::ofstream& out) const {

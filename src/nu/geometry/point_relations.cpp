@@ -53,19 +53,23 @@ double DistanceFromCentre(const CNuPoint& p, const CNuSphSurf& sphere) {
 struct CircleCoordinates {
   double radial;
   double height;
+  double radius;
 };
 
 CircleCoordinates InCircleFrame(const CNuPoint& p, const CNuCircle& circle) {
-  const Vec3 normal = Components(circle.GetNormal());
-  const Vec3 w = Components(p - circle.GetCentre());
+  double radius = 0.0;
+  CNuPoint centre;
+  CNuVector axis;
+  circle.GetData(&radius, &centre, &axis);
+  const Vec3 normal = Components(axis);
+  const Vec3 w = Components(p - centre);
   const double height = Dot(w, normal);
-  if (std::fabs(height) < NuGetLengthTol()) return {Norm(w), 0.0};
-  return {Norm(w - height * normal), height};
+  if (std::fabs(height) < NuGetLengthTol()) return {Norm(w), 0.0, radius};
+  return {Norm(w - height * normal), height, radius};
 }
 
-double DistanceToCircle(const CNuPoint& p, const CNuCircle& circle) {
-  const CircleCoordinates at = InCircleFrame(p, circle);
-  return NuPythag(at.height, at.radial - circle.GetRadius());
+double DistanceToCircle(const CircleCoordinates& at) {
+  return NuPythag(at.height, at.radial - at.radius);
 }
 
 CNuPoint ProjectionOnSphere(const CNuPoint& p, const CNuSphSurf& sphere) {
@@ -97,7 +101,7 @@ double CNuPoint::DistanceTo(const CNuPlane& pl) const {
 double CNuPoint::DistanceTo(const CNuCurve& c) const {
   switch (c.GetType()) {
     case NuTypeCircle:
-      return DistanceToCircle(*this, static_cast<const CNuCircle&>(c));
+      return DistanceToCircle(InCircleFrame(*this, static_cast<const CNuCircle&>(c)));
     case NuTypePolyline:
     case NuTypeLineSegment:
     case NuTypeCircularArc:
@@ -168,8 +172,8 @@ CNuGeometry::ELineSideType CNuPoint::LineSide(const CNuLine& l, const CNuVector&
 
 CNuGeometry::ECurveSideType CNuPoint::CurveSide(const CNuGeometry& curve, double tol) const {
   if (curve.GetType() != NuTypeCircle) FailUnsupported("CNuPoint::CurveSide()");
-  const CNuCircle& circle = static_cast<const CNuCircle&>(curve);
-  return Side(DistanceToCircle(*this, circle) < tol, InCircleFrame(*this, circle).radial > circle.GetRadius());
+  const CircleCoordinates at = InCircleFrame(*this, static_cast<const CNuCircle&>(curve));
+  return Side(DistanceToCircle(at) < tol, at.radial > at.radius);
 }
 
 CNuGeometry::ESurfaceSideType CNuPoint::SurfaceSide(const CNuGeometry& surface, double tol) const {
