@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "nu/foundation/internal/simd.h"
+#include "nu/linalg/internal/row_kernels.h"
 #include "nu/linalg/internal/workspace.h"
 
 namespace nu::internal {
@@ -20,23 +21,6 @@ constexpr int kPanelColumns = 256;
 constexpr double kPackedWork = 512.0;
 // Packed operands of up to 16 rows stay on the stack.
 constexpr int kInlineDoubles = 512;
-
-#if defined(__GNUC__)
-using Pack = double __attribute__((vector_size(kLanes * sizeof(double))));
-#else
-struct Pack {
-  double lane[kLanes];
-};
-inline Pack operator*(double f, const Pack& p) {
-  Pack r;
-  for (int l = 0; l < kLanes; ++l) r.lane[l] = f * p.lane[l];
-  return r;
-}
-inline Pack& operator+=(Pack& s, const Pack& p) {
-  for (int l = 0; l < kLanes; ++l) s.lane[l] += p.lane[l];
-  return s;
-}
-#endif
 
 // tile += a * b over packed strips; a holds kTileRows values per k, b kTileColumns.
 NU_ALWAYS_INLINE void UpdateTile(const double* a, const double* b, int depth, double* c, std::ptrdiff_t ldc) {

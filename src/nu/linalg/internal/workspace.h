@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <new>
 
 namespace nu::internal {
 
@@ -12,8 +13,8 @@ template<int kInline>
 class Workspace {
  public:
   explicit Workspace(std::size_t count)
-      : m_heap(count > kInline ? std::unique_ptr<double[]>(new double[count]) : nullptr),
-        m_data(m_heap ? m_heap.get() : m_inline) {}
+      : m_heap(count > kInline ? ::operator new(count * sizeof(double), kAlignment) : nullptr),
+        m_data(m_heap ? static_cast<double*>(m_heap.get()) : m_inline) {}
   Workspace(const Workspace&) = delete;
   Workspace& operator=(const Workspace&) = delete;
 
@@ -26,7 +27,13 @@ class Workspace {
   }
 
  private:
-  std::unique_ptr<double[]> m_heap;
+  // A cache line: padded rows then never straddle two.
+  static constexpr std::align_val_t kAlignment{64};
+  struct Free {
+    void operator()(void* block) const { ::operator delete(block, kAlignment); }
+  };
+
+  std::unique_ptr<void, Free> m_heap;
   double* m_data;
   std::size_t m_taken = 0;
   alignas(64) double m_inline[kInline];

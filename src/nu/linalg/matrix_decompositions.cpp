@@ -1,0 +1,285 @@
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <utility>
+
+#include "nu/foundation/int_array.h"
+#include "nu/foundation/internal/failures.h"
+#include "nu/foundation/tolerances.h"
+#include "nu/linalg/internal/eigen_general.h"
+#include "nu/linalg/internal/eigen_symmetric.h"
+#include "nu/linalg/internal/householder.h"
+#include "nu/linalg/internal/lu.h"
+#include "nu/linalg/internal/matmul.h"
+#include "nu/linalg/internal/svd.h"
+#include "nu/linalg/internal/workspace.h"
+#include "nu/linalg/matrix.h"
+#include "nu/linalg/vector.h"
+
+using nu::internal::Block;
+using nu::internal::FailOperation;
+using nu::internal::LuResult;
+using nu::internal::Workspace;
+
+namespace {
+
+constexpr int kSmall = 16;
+using SmallBlock = Workspace<kSmall * kSmall>;
+
+constexpr const char* kCalculation = "calculation";
+
+// A matrix that has been moved from has no rows and is refused as well.
+void RequireSquare(const CNuMatrix& a, const char* where) {
+  if (a.GetRowSize() != a.GetColumnSize() || a.GetRowSize() < 1) FailOperation(16, kCalculation, where);
+}
+
+std::size_t ElementCount(const CNuMatrix& a) {
+  return static_cast<std::size_t>(a.GetRowSize()) * static_cast<std::size_t>(a.GetColumnSize());
+}
+
+// Hosts may exchange row pointers; only untouched ones show the elements as one block.
+bool IsOneBlock(const CNuMatrix& a) {
+  const double* const* rows = a.GetData();
+  for (int i = 1; i < a.GetRowSize(); ++i)
+    if (rows[i] != rows[i - 1] + a.GetColumnSize()) return false;
+  return true;
+}
+
+void CopyOut(const CNuMatrix& a, double* block) {
+  for (int i = 0; i < a.GetRowSize(); ++i, block += a.GetColumnSize())
+    std::copy_n(a.GetData()[i], a.GetColumnSize(), block);
+}
+
+// The elements of a matrix, row after row: where they are, or copied.
+class Elements {
+ public:
+  explicit Elements(const CNuMatrix& a) : m_copy(IsOneBlock(a) ? 0 : ElementCount(a)), m_data(a.GetData()[0]) {
+    if (IsOneBlock(a)) return;
+    CopyOut(a, m_copy.Data());
+    m_data = m_copy.Data();
+  }
+  const double* Data() const { return m_data; }
+
+ private:
+  SmallBlock m_copy;
+  const double* m_data;
+};
+
+// The same for a matrix that is changed in place; Store brings a copy back.
+class MutableElements {
+ public:
+  explicit MutableElements(CNuMatrix& a)
+      : m_matrix(a), m_isDirect(IsOneBlock(a)), m_copy(m_isDirect ? 0 : ElementCount(a)), m_data(a.GetData()[0]) {
+    if (m_isDirect) return;
+    CopyOut(a, m_copy.Data());
+    m_data = m_copy.Data();
+  }
+  double* Data() { return m_data; }
+  void Store() {
+    const int columns = m_matrix.GetColumnSize();
+    for (int i = 0; !m_isDirect && i < m_matrix.GetRowSize(); ++i)
+      std::copy_n(m_data + static_cast<std::ptrdiff_t>(i) * columns, columns, m_matrix.GetData()[i]);
+  }
+
+ private:
+  CNuMatrix& m_matrix;
+  bool m_isDirect;
+  SmallBlock m_copy;
+  double* m_data;
+};
+
+// Room for a permutation; short ones live on the stack.
+class Permutation {
+ public:
+  explicit Permutation(int n) : m_heap(n > kSmall ? new int[static_cast<std::size_t>(n)] : nullptr) {}
+  int* Data() { return m_heap ? m_heap.get() : m_local; }
+
+ private:
+  std::unique_ptr<int[]> m_heap;
+  int m_local[kSmall];
+};
+
+void SetStatus(ENuStatus* status, ENuStatus value) {
+  if (status != nullptr) *status = value;
+}
+
+// What the eigen operations remember of their last call. The mutex is constant-initialised and the entries are never
+// freed, so that the operations serve from the first static constructor to the last static destructor.
+template<class Result>
+struct EigenCache {
+  CNuMatrix matrix;
+  ENuStatus status;
+  Result result;
+};
+std::mutex cacheMutex;
+constinit EigenCache<CNuVector>* lastValues = nullptr;
+constinit EigenCache<CNuMatrix>* lastVectors = nullptr;
+
+// Elements within NuGetTol() squared. A matrix whose elements are themselves that small is compared by its own size:
+// otherwise it would be taken for any other of its kind.
+bool IsCached(const CNuMatrix& cached, const CNuMatrix& a) {
+  if (a.GetRowSize() != cached.GetRowSize() || a.GetColumnSize() != cached.GetColumnSize()) return false;
+  const double tol = NuGetTol();
+  const Elements elements(a);
+  const double largest =
+      nu::internal::MeasureBlock(elements.Data(), a.GetRowSize(), a.GetColumnSize(), a.GetColumnSize()).largest;
+  return a.IsEqual(cached, std::min(tol * tol, tol * largest)) == NuTrue;
+}
+
+template<class Result, class Compute>
+Result ThroughCache(const CNuMatrix& a, EigenCache<Result>*& last, ENuStatus* status, const Compute& compute) {
+  {
+    const std::lock_guard lock(cacheMutex);
+    if (last != nullptr && IsCached(last->matrix, a)) {
+      SetStatus(status, last->status);
+      return last->result;
+    }
+  }
+  ENuStatus reached = NuStatusNone;
+  SetStatus(status, reached);
+  Result result = compute(&reached);
+  SetStatus(status, reached);
+  // Everything that can fail comes before the exchange.
+  std::unique_ptr<EigenCache<Result>> entry(new EigenCache<Result>{a, reached, result});
+  {
+    const std::lock_guard lock(cacheMutex);
+    EigenCache<Result>* old = last;
+    last = entry.release();
+    entry.reset(old);
+  }
+  return result;
+}
+
+// Symmetric within NuGetTol(); a matrix of elements below 1 must be so beside its own size as well.
+bool IsSymmetricEnough(const CNuMatrix& a, double largest) {
+  const double tol = NuGetTol();
+  return a.IsSymmetric(std::min(tol, tol * a.GetRowSize() * largest)) == NuTrue;
+}
+
+}  // namespace
+
+CNuMatrix CNuMatrix::operator*(const CNuMatrix& b) const {
+  if (m_columns != b.m_rows) FailOperation(5, "operator*", "CNuMatrix");
+  CNuMatrix result(m_rows, b.m_columns);
+  const Elements left(*this);
+  const Elements right(b);
+  nu::internal::Multiply({left.Data(), m_columns}, {right.Data(), b.m_columns}, result.m_data[0], b.m_columns, m_rows,
+                         m_columns, b.m_columns);
+  return result;
+}
+
+void CNuMatrix::LUD(CNuIntArray* index, int* d, int* status) {
+  constexpr const char* where = "CNuMatrix::LUD()";
+  RequireSquare(*this, where);
+  CNuIntArray rows(m_rows);
+  for (int i = 0; i < m_rows; ++i) rows.Add(i);
+  MutableElements a(*this);
+  const LuResult lu = nu::internal::FactorLu(a.Data(), m_rows, m_rows, rows.GetData(), NuGetTol(), NuGetZero());
+  a.Store();
+  if (index != nullptr) *index = std::move(rows);
+  if (d != nullptr) *d = lu.parity;
+  if (status != nullptr) *status = lu.singular ? 1 : 0;
+  if (lu.singular) FailOperation(16, kCalculation, where);
+}
+
+void CNuMatrix::LUD2(CNuMatrix* L, CNuMatrix* U, CNuMatrix* P) const {
+  CNuMatrix factors(*this);
+  CNuIntArray index(m_rows);
+  int parity = 1;
+  int status = 0;
+  factors.LUD(&index, &parity, &status);
+  CNuMatrix lower = Identity(m_rows);
+  CNuMatrix upper(m_rows, m_rows);
+  CNuMatrix permutation(m_rows, m_rows);
+  for (int i = 0; i < m_rows; ++i) {
+    std::copy_n(factors.m_data[i], i, lower.m_data[i]);
+    std::copy(factors.m_data[i] + i, factors.m_data[i] + m_rows, upper.m_data[i] + i);
+    permutation.m_data[i][index.GetData()[i]] = 1.0;
+  }
+  if (L != nullptr) *L = std::move(lower);
+  if (U != nullptr) *U = std::move(upper);
+  if (P != nullptr) *P = std::move(permutation);
+}
+
+void CNuMatrix::SVD(CNuVector* w, CNuMatrix* v) {
+  CNuVector values(m_columns);
+  CNuMatrix right(m_columns, m_columns);
+  MutableElements a(*this);
+  const bool converged = nu::internal::DecomposeSingular(a.Data(), m_rows, m_columns, m_columns, values.GetData(),
+                                                         right.m_data[0], m_columns, NuGetTol(), NuGetZero());
+  if (!converged) FailOperation(46, kCalculation, "CNuMatrix::SVD()");
+  a.Store();
+  if (w != nullptr) *w = std::move(values);
+  if (v != nullptr) *v = std::move(right);
+}
+
+double CNuMatrix::Determinant() const {
+  RequireSquare(*this, "CNuMatrix::Determinant()");
+  SmallBlock a(ElementCount(*this));
+  CopyOut(*this, a.Data());
+  if (!nu::internal::MeasureBlock(a.Data(), m_rows, m_rows, m_rows).finite)
+    return std::numeric_limits<double>::quiet_NaN();
+  Permutation rows(m_rows);
+  // Only a row of exact zeros counts as none here: small rows may meet large ones in the product.
+  const LuResult lu = nu::internal::FactorLu(a.Data(), m_rows, m_rows, rows.Data(), NuGetTol(), 0.0);
+  return lu.singular ? 0.0 : nu::internal::LuDeterminant(a.Data(), m_rows, m_rows, lu.parity);
+}
+
+CNuMatrix CNuMatrix::Inverse(ENuStatus* status) {
+  constexpr const char* where = "CNuMatrix::Inverse()";
+  SetStatus(status, NuStatusNone);
+  RequireSquare(*this, where);
+  SmallBlock a(ElementCount(*this));
+  CopyOut(*this, a.Data());
+  Permutation rows(m_rows);
+  if (nu::internal::FactorLu(a.Data(), m_rows, m_rows, rows.Data(), NuGetTol(), NuGetZero()).singular)
+    FailOperation(16, kCalculation, where);
+  // The columns of the inverse solve A x = e(k); all of them at once.
+  CNuMatrix inverse(m_rows, m_rows);
+  for (int i = 0; i < m_rows; ++i) inverse.m_data[i][rows.Data()[i]] = 1.0;
+  nu::internal::SolveLuPermuted(a.Data(), m_rows, m_rows, inverse.m_data[0], m_rows, m_rows);
+  SetStatus(status, NuStatusComputed);
+  return inverse;
+}
+
+void CNuMatrix::EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatrix* vectors) const {
+  SetStatus(status, NuStatusNone);
+  RequireSquare(*this, "CNuMatrix::EigenValuesVectors()");
+  SetStatus(status, NuStatusComputed);
+  const int n = m_rows;
+  CNuVector real(n);
+  CNuMatrix columns(n, n);
+  const Elements a(*this);
+  const double largest = nu::internal::MeasureBlock(a.Data(), n, n, n).largest;
+  bool converged = false;
+  bool complex = false;
+  if (IsSymmetricEnough(*this, largest)) {
+    converged = nu::internal::DecomposeSymmetric(a.Data(), n, n, real.GetData(), columns.m_data[0], n);
+  } else {
+    Workspace<kSmall> imaginary(static_cast<std::size_t>(n));
+    converged = nu::internal::DecomposeGeneral(a.Data(), n, n, real.GetData(), imaginary.Data(), columns.m_data[0], n);
+    complex = converged && std::any_of(imaginary.Data(), imaginary.Data() + n, [](double im) { return im != 0.0; });
+  }
+  if (!converged) FailOperation(46, kCalculation, "CNuMatrix::EigenValues()");
+  if (complex) SetStatus(status, NuStatusComplex);
+  if (values != nullptr) *values = std::move(real);
+  if (vectors != nullptr) *vectors = std::move(columns);
+}
+
+CNuVector CNuMatrix::EigenValues(ENuStatus* status) {
+  return ThroughCache<CNuVector>(*this, lastValues, status, [this](ENuStatus* reached) {
+    CNuVector values;
+    EigenValuesVectors(reached, &values, nullptr);
+    return values;
+  });
+}
+
+CNuMatrix CNuMatrix::EigenVectors(ENuStatus* status) {
+  return ThroughCache<CNuMatrix>(*this, lastVectors, status, [this](ENuStatus* reached) {
+    CNuMatrix vectors;
+    EigenValuesVectors(reached, nullptr, &vectors);
+    return vectors;
+  });
+}
