@@ -222,8 +222,8 @@ double CNuMatrix::Determinant() const {
   if (!nu::internal::MeasureBlock(a.Data(), m_rows, m_rows, m_rows).finite)
     return std::numeric_limits<double>::quiet_NaN();
   Permutation rows(m_rows);
-  // Only a row of exact zeros counts as none here: small rows may meet large ones in the product.
-  const LuResult lu = nu::internal::FactorLu(a.Data(), m_rows, m_rows, rows.Data(), NuGetTol(), 0.0);
+  // Only exact zeros make it 0: small pivots may meet large ones in the product.
+  const LuResult lu = nu::internal::FactorLu(a.Data(), m_rows, m_rows, rows.Data(), 0.0, 0.0);
   return lu.singular ? 0.0 : nu::internal::LuDeterminant(a.Data(), m_rows, m_rows, lu.parity);
 }
 

@@ -19,7 +19,7 @@ constexpr double kRowSpread = 1024.0;
 constexpr double kLargestSafe = 0x1p500;
 constexpr double kSmallestSafe = 0x1p-500;
 // Rows are brought together by at most this power of two: ratios of their scales stay representable.
-constexpr int kWidestExponent = 900;
+constexpr int kWidestExponent = 1020;
 // Narrow enough for its columns to stay in registers and first-level cache, wide enough to feed the product kernel.
 constexpr int kPanel = 16;
 constexpr int kSmall = 16;

@@ -2,8 +2,8 @@
 #define NU_LINALG_INTERNAL_WORKSPACE_H
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
-#include <new>
 
 namespace nu::internal {
 
@@ -13,8 +13,8 @@ template<int kInline>
 class Workspace {
  public:
   explicit Workspace(std::size_t count)
-      : m_heap(count > kInline ? ::operator new(count * sizeof(double), kAlignment) : nullptr),
-        m_data(m_heap ? static_cast<double*>(m_heap.get()) : m_inline) {}
+      : m_heap(count > kInline ? new double[count + kLine] : nullptr),
+        m_data(m_heap ? FirstOfLine(m_heap.get()) : m_inline) {}
   Workspace(const Workspace&) = delete;
   Workspace& operator=(const Workspace&) = delete;
 
@@ -28,12 +28,13 @@ class Workspace {
 
  private:
   // A cache line: padded rows then never straddle two.
-  static constexpr std::align_val_t kAlignment{64};
-  struct Free {
-    void operator()(void* block) const { ::operator delete(block, kAlignment); }
-  };
+  static constexpr std::size_t kLine = 64 / sizeof(double);
+  static double* FirstOfLine(double* block) {
+    const std::size_t past = reinterpret_cast<std::uintptr_t>(block) / sizeof(double) % kLine;
+    return block + (kLine - past) % kLine;
+  }
 
-  std::unique_ptr<void, Free> m_heap;
+  std::unique_ptr<double[]> m_heap;
   double* m_data;
   std::size_t m_taken = 0;
   alignas(64) double m_inline[kInline];
