@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "nu/foundation/internal/simd.h"
-#include "nu/linalg/internal/row_kernels.h"
 
 namespace nu::internal {
 namespace {
@@ -16,18 +15,22 @@ namespace {
 // Lawson and Hanson allow three; data made to be degenerate need a few more.
 constexpr int kExchangesPerUnknown = 10;
 
+NU_ALWAYS_INLINE void AddScaled(double f, const double* __restrict x, double* __restrict y, int n) {
+  for (int j = 0; j < n; ++j) y[j] += f * x[j];
+}
+
 // sum += Householder vector times the rows; then rows -= tau * vector * sum. Row i starts at a + i * ld.
 NU_KERNEL void ApplyReflector(double* a, std::ptrdiff_t ld, const double* v, double tau, int rows, int columns,
                               double* sum) {
   std::fill_n(sum, columns, 0.0);
-  for (int i = 0; i < rows; ++i) AddScaledRow(v[i], a + i * ld, sum, columns);
-  for (int i = 0; i < rows; ++i) AddScaledRow(-tau * v[i], sum, a + i * ld, columns);
+  for (int i = 0; i < rows; ++i) AddScaled(v[i], a + i * ld, sum, columns);
+  for (int i = 0; i < rows; ++i) AddScaled(-tau * v[i], sum, a + i * ld, columns);
 }
 
 // sum = weight_i * row i, summed; the weight of a row stands `weightOffset` behind its start.
 NU_KERNEL void WeightRows(const double* a, std::ptrdiff_t ld, int rows, int columns, int weightOffset, double* sum) {
   std::fill_n(sum, columns, 0.0);
-  for (int i = 0; i < rows; ++i) AddScaledRow(a[i * ld + weightOffset], a + i * ld, sum, columns);
+  for (int i = 0; i < rows; ++i) AddScaled(a[i * ld + weightOffset], a + i * ld, sum, columns);
 }
 
 NU_KERNEL void RotateRows(double c, double s, double* __restrict x, double* __restrict y, int columns) {
