@@ -158,8 +158,12 @@ TEST(LinearEquSys, SingularSystemsAndModes) {
       CNuLinearEquSys system(method);
       const char* refusal =
           "operation 45 solving a set of equations with equality/inequality constraints|CNuLinearEquSys [0,0]";
-      if (constraint & 1) EXPECT_EQ(FailureOf([&] { system.SetEquality(regular, b); }), refusal);
-      if (constraint & 2) EXPECT_EQ(FailureOf([&] { system.SetInequality(regular, b); }), refusal);
+      if (constraint & 1) {
+        EXPECT_EQ(FailureOf([&] { system.SetEquality(regular, b); }), refusal);
+      }
+      if (constraint & 2) {
+        EXPECT_EQ(FailureOf([&] { system.SetInequality(regular, b); }), refusal);
+      }
       system.Solve(regular, b);
       EXPECT_EQ(system.SolutionExists(), method == kExact ? NuTrue : NuFalse);
     }
