@@ -71,6 +71,20 @@ bool IsSurelyRegular(const double* r, int n, double tolerance) {
 
 namespace nu::internal {
 
+// Doubles that are kept, not initialised: inside their owner while there are few. Without alignment beyond the usual,
+// which the allocator charges dearly for small objects.
+template<int kInline>
+class KeptDoubles {
+ public:
+  explicit KeptDoubles(std::size_t count) : m_heap(count > kInline ? new double[count] : nullptr) {}
+  double* Data() { return m_heap ? m_heap.get() : m_inline; }
+  const double* Data() const { return m_heap ? m_heap.get() : m_inline; }
+
+ private:
+  std::unique_ptr<double[]> m_heap;
+  double m_inline[kInline];
+};
+
 // What a solve keeps. Never changes after its making.
 class EquationFactors {
  public:
@@ -110,7 +124,7 @@ class ExactFactors final : public EquationFactors {
   int* m_pivots;
   int m_fewPivots[kSmall];
   std::unique_ptr<int[]> m_morePivots;
-  Workspace<kSmall * kSmall> m_lu;
+  KeptDoubles<kSmall * kSmall> m_lu;
 };
 
 // A = Q R with R from the reduction of the rows; where the rank is in doubt also R = U diag(w) V^T. With fewer rows
@@ -147,9 +161,9 @@ class LeastSquaresFactors final : public EquationFactors {
         : u(static_cast<std::size_t>(rows) * unknowns),
           w(static_cast<std::size_t>(unknowns)),
           v(static_cast<std::size_t>(unknowns) * unknowns) {}
-    Workspace<kSmall * kSmall> u;
-    Workspace<kSmall> w;
-    Workspace<kSmall * kSmall> v;
+    KeptDoubles<kSmall * kSmall> u;
+    KeptDoubles<kSmall> w;
+    KeptDoubles<kSmall * kSmall> v;
   };
 
   // Leaves Q^T b in x.
@@ -200,7 +214,7 @@ class LeastSquaresFactors final : public EquationFactors {
   }
 
   int m_innerRows;
-  Workspace<kSmall * kSmall> m_triangle;
+  KeptDoubles<kSmall * kSmall> m_triangle;
   std::optional<TallReflectors> m_reflectors;
   std::unique_ptr<Singular> m_singular;
 };

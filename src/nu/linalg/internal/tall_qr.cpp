@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <memory>
+#include <new>
 
 #include "nu/foundation/internal/simd.h"
 
@@ -217,8 +219,12 @@ TallReduction::TallReduction(int columns, int rows)
   const std::size_t blockSize = n * static_cast<std::size_t>(m_stride);
   if (n > SIZE_MAX / sizeof(double) / (n + kBlockRows + 2 * kLanes)) throw std::bad_alloc();
   const std::size_t size = blockSize + n * n + 4 * n;
-  m_block.reset(static_cast<double*>(::operator new[](size * sizeof(double), std::align_val_t{64})));
-  m_triangle = m_block.get() + blockSize;
+  // Aligned by hand: aligned allocation is slow where the fits of few points call.
+  std::size_t room = (size + kLanes) * sizeof(double);
+  m_memory.reset(new double[size + kLanes]);
+  void* start = m_memory.get();
+  m_block = static_cast<double*>(std::align(kLanes * sizeof(double), size * sizeof(double), start, room));
+  m_triangle = m_block + blockSize;
   std::fill_n(m_triangle, n * n, 0.0);
 }
 
@@ -230,8 +236,8 @@ void TallReduction::AbsorbBlock(int rows) {
   }
   double* work = m_triangle + static_cast<std::ptrdiff_t>(m_columns) * m_columns;
   const Scratch scratch{work, work + m_columns, work + 2 * m_columns, work + 3 * m_columns};
-  ReduceStack(m_triangle, m_block.get(), m_stride, m_columns, padded, scratch);
-  if (m_reflectors != nullptr) m_reflectors->Store(m_block.get(), m_stride, padded, scratch.head, scratch.tau);
+  ReduceStack(m_triangle, m_block, m_stride, m_columns, padded, scratch);
+  if (m_reflectors != nullptr) m_reflectors->Store(m_block, m_stride, padded, scratch.head, scratch.tau);
 }
 
 void TallReduction::AddRows(const double* const* row, const double* rhs, int count) {
@@ -239,7 +245,7 @@ void TallReduction::AddRows(const double* const* row, const double* rhs, int cou
   for (int i = 0; i < count;) {
     const int taken = std::min(count - i, m_blockRows - m_collected);
     for (int r = 0; r < taken; ++r) {
-      double* to = m_block.get() + m_collected + r;
+      double* to = m_block + m_collected + r;
       for (int j = 0; j < width; ++j) to[j * m_stride] = row[i + r][j];
     }
     if (rhs != nullptr) std::copy(rhs + i, rhs + i + taken, Column(width) + m_collected);

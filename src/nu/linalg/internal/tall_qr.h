@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <memory>
-#include <new>
 
 namespace nu::internal {
 
@@ -39,7 +38,7 @@ class TallReduction {
   void KeepReflectors(TallReflectors* reflectors) { m_reflectors = reflectors; }
 
   // Room for a block of values of column j, aligned to a cache line. AbsorbBlock spoils it.
-  double* Column(int j) { return m_block.get() + j * m_stride; }
+  double* Column(int j) { return m_block + j * m_stride; }
 
   // Stacks the first `rows` values of every column under the triangle and reduces.
   void AbsorbBlock(int rows);
@@ -54,17 +53,14 @@ class TallReduction {
   double R(int i, int j) const { return m_triangle[static_cast<std::ptrdiff_t>(i) * m_columns + j]; }
 
  private:
-  struct AlignedDelete {
-    void operator()(double* block) const { ::operator delete[](block, std::align_val_t{64}); }
-  };
-
   int m_columns;
   int m_blockRows;
   int m_collected = 0;
   TallReflectors* m_reflectors = nullptr;
   std::ptrdiff_t m_stride;
-  std::unique_ptr<double[], AlignedDelete> m_block;
-  double* m_triangle;  // behind the block, with the scratch of a reduction behind it
+  std::unique_ptr<double[]> m_memory;  // the block from a cache line on, the triangle, scratch for one reduction
+  double* m_block;
+  double* m_triangle;
 };
 
 // The orthogonal factor of a reduction of `rows` x `unknowns` in whole blocks, as its reflectors: as many doubles as
