@@ -6,6 +6,8 @@
 
 namespace nu::internal {
 
+class TallReflectors;
+
 // The triangle of a tall matrix, built while its rows stream past: blocks of rows are stacked under the running
 // triangle and reduced by Householder steps (Golub & Van Loan, Matrix Computations, 4th ed., 5.2 and 6.5.2), so memory
 // depends on the number of columns alone and the condition is never squared. Right-hand sides travel as the last
@@ -22,8 +24,6 @@ namespace nu::internal {
 // Columns may differ in size by any power; entries up to 1e150 do not overflow. A NaN or an infinity in column j leaves
 // NaN in R(j, j) and in every later column. The result depends on how the rows fall into blocks (AddRows always fills
 // whole blocks), not on the instruction set.
-class TallReflectors;
-
 class TallReduction {
  public:
   static constexpr int kBlockRows = 256;
