@@ -3,32 +3,12 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <limits>
-#include <new>
 #include <random>
 #include <vector>
 
 #include "nu/foundation/numeric_helpers.h"
-
-namespace {
-thread_local bool memoryIsShort = false;
-}
-
-// The sort asks for memory with this form only; while the flag is up there is none.
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return memoryIsShort ? nullptr : std::malloc(size);
-}
-void operator delete[](void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
-void* operator new[](std::size_t size) {
-  if (void* memory = std::malloc(size)) return memory;
-  throw std::bad_alloc();
-}
+#include "support/failing_new.h"
 
 namespace {
 
@@ -45,7 +25,7 @@ std::vector<int> InsertionOrder(const std::vector<double>& a) {
   return index;
 }
 
-void ExpectSortedAsByInsertion(const std::vector<double>& a) {
+void ExpectSortedAsByInsertion(const std::vector<double>& a, bool shortOfMemory) {
   const int n = static_cast<int>(a.size());
   const std::vector<int> expected = InsertionOrder(a);
   std::vector<int> index(a.size(), -1);
@@ -53,9 +33,14 @@ void ExpectSortedAsByInsertion(const std::vector<double>& a) {
   std::vector<double> keys = a;
   std::vector<double> companions;
   for (int i = 0; i < n; ++i) companions.push_back(i);
+  const long failing = shortOfMemory ? 0 : -1;
+  nu::test::FailAllocation(failing);
   NuSort(n, a.data(), index.data());
+  nu::test::FailAllocation(failing);
   NuSort(n, values.data());
+  nu::test::FailAllocation(failing);
   NuSort(n, keys.data(), companions.data());
+  nu::test::FailAllocation(-1);
   ASSERT_EQ(index, expected);
   for (int i = 0; i < n; ++i) {
     const auto bits = std::bit_cast<std::uint64_t>(a[expected[i]]);
@@ -100,9 +85,7 @@ TEST(Sort, GivesTheOrderOfTheInsertionSort) {
         SCOPED_TRACE(testing::Message() << "n " << n << ", kind " << kind << ", short of memory " << shortOfMemory);
         std::vector<double> a;
         for (int i = 0; i < n; ++i) a.push_back(draw(kind, i));
-        memoryIsShort = shortOfMemory;
-        ExpectSortedAsByInsertion(a);
-        memoryIsShort = false;
+        ExpectSortedAsByInsertion(a, shortOfMemory);
       }
     }
   }

@@ -5,6 +5,7 @@
 
 #include "nu/foundation/constants.h"
 #include "nu/foundation/exceptions.h"
+#include "nu/foundation/internal/pythag.h"
 #include "nu/foundation/internal/sort.h"
 #include "nu/foundation/tolerances.h"
 
@@ -42,15 +43,7 @@ double NuPythag(double a, double b) {
 }
 
 double NuPythag(double a, double b, double c) {
-  double p = std::fabs(a);
-  double q = std::fabs(b);
-  double r = std::fabs(c);
-  if (p < q) std::swap(p, q);
-  if (p < r) std::swap(p, r);
-  if (p < NuGetZero()) return 0.0 * (q + r);
-  const double rp = r == p ? 1.0 : r / p;
-  const double qp = q == p ? 1.0 : q / p;
-  return p * std::sqrt(rp * rp + qp * qp + 1.0);
+  return nu::internal::Pythag(a, b, c, NuGetZero());
 }
 
 void NuSort(int n, double* a) {

@@ -28,11 +28,13 @@ class NU_EXPORT CNuGeometry : public CNuObject {
   // point: the common one, or for collinear points one across their line; it is left alone below four points.
   static int AreCoplanar(const CNuPointArray& pts, double tol);
   static int AreCoplanar(const CNuPointArray& pts, CNuPlane* plane, double tol);
-  // 1 when at least n points, taken greedily in order, are tol or more apart from each other, else 0.
+  // 1 when at least n points, taken greedily in order, have a CNuPoint::DistanceTo of tol or more from each other, else
+  // 0. Reads NuGetZero() as DistanceTo does.
   static int NumberDistinctPoints(const CNuPointArray& pts, int n, double tol);
 
   // The coordinates (u, v, 0) of the points in a plane through the global origin, with the in-plane axes that
-  // CNuVector::OrthonormalXY gives (which normalises `normal`), or in a frame whose axes are taken as they are.
+  // CNuVector::OrthonormalXY gives (which normalises `normal`), or in a frame whose axes are taken as they are. Not three
+  // components: cause 10 for a normal, 5 for the axes; a zero normal: cause 9.
   static CNuPointArray Projection2D(const CNuPointArray& pts, CNuVector& normal);
   static CNuPointArray Projection2D(const CNuPointArray& pts, const CNuPoint& origin, const CNuVector& xaxis,
                                     const CNuVector& yaxis);

@@ -72,26 +72,51 @@ class NU_EXPORT CNuPointArray {
   CNuDoubleArray GetDataY() const;
   CNuDoubleArray GetDataZ() const;
 
+  // The arithmetic mean, good to about the rounding of its coordinates however many and however far out the points are.
+  // From here to MinEdge an empty array: CNuOperationException cause 8.
   CNuPoint MeanPoint() const;
 
-  // Every point p becomes p - origin, or its coordinates in a frame.
+  // Every point p becomes p - origin, or its coordinates in a frame. A frame without an x axis takes the in-plane axes
+  // of CNuVector::OrthonormalXY and expects a unit z axis; otherwise both axes are normalised and y = z * x. Axes that
+  // have not three components: cause 10; a zero z axis of a frame without an x axis: cause 9.
   void MoveTo(const CNuPoint& origin);
   void MoveTo(const CNuVector& zaxis);
   void MoveTo(const CNuPoint& origin, const CNuVector& zaxis);
   void MoveTo(const CNuPoint& origin, const CNuVector& xaxis, const CNuVector& zaxis);
 
+  // Whether three (four) points do not lie on a line (in a plane); *idx, written only then, receives their indices. The
+  // first is 0, the second the first point that differs from it by tol or more in a coordinate; no other second point is
+  // tried. With the unit direction d between them the third of a line is the first, that of a plane the last behind
+  // them for which a component of d * (p - p0) reaches tol; the fourth is the last one more than tol off their plane.
   ENuBoolean IsNoncollinear(CNuIntArray* idx, double tol) const;
   ENuBoolean IsNoncoplanar(CNuIntArray* idx, double tol) const;
+  // Whether all points have exactly the same z; for a lone point, whether its z is 0.
   ENuBoolean Is2D() const;
+  // Whether some point is CNuPoint::IsEqual to p: each coordinate differs by strictly less than tol.
   ENuBoolean IsIn(const CNuPoint& p, double tol) const;
+  // Whether both arrays have the same size and every point of each is in the other. How often does not count. About
+  // linear in the size.
   ENuBoolean IsEqual(const CNuPointArray& other, double tol) const;
 
+  // The largest and the smallest CNuPoint::DistanceTo between two points and their indices *m < *n; of equal distances
+  // the pair with the least m, then the least n. One point: 0, with m = n = 0. Distances that are NaN take no part; when
+  // nothing is left, or for MinEdge nothing below NuGetLarge(), the results are -0.1 and NuGetLarge(), with m = n = 0.
+  // About n log n or better; reads NuGetZero() as DistanceTo does.
   double MaxEdge(int* m, int* n) const;
   double MinEdge(int* m, int* n) const;
+  // The least and the greatest coordinates, and the sphere about that box: its centre and half its diagonal, not the
+  // smallest sphere about the points. All 0 for an empty array.
   void BoundingBox(CNuPoint* min, CNuPoint* max) const;
   void BoundingSphere(double* radius, CNuPoint* centre) const;
+  // The indices of the corners of the convex hull of points that share one z, counter-clockwise seen from +z, by their
+  // angle about the mean of the corners from the x direction on; fewer than three corners come from the least x on.
+  // Exact: points on the line between two others are no corners, and of coincident points the first one counts. Points
+  // with a non-finite x or y are left out. Not Is2D(): CNuOperationException cause 45; an empty array has no corners.
+  // n log n, linear where few points are near the hull. W. F. Eddy, ACM Algorithm 523 (1977), in its choice of corners.
   void ConvexHull(CNuIntArray* hull) const;
 
+  // Keep, in order, the points that are not equal (as by IsIn) to any point, or to the last point, kept before them. The
+  // first is about linear in the size.
   void RemoveDuplicate(double tol);
   void RemoveAdjacentDuplicate(double tol);
 

@@ -1,0 +1,90 @@
+#include "nu/foundation/internal/failures.h"
+#include "nu/foundation/tolerances.h"
+#include "nu/geometry/geometry.h"
+#include "nu/geometry/internal/coincidence.h"
+#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/heights.h"
+#include "nu/geometry/internal/point_set.h"
+#include "nu/geometry/plane.h"
+#include "nu/geometry/point_array.h"
+#include "nu/linalg/vector.h"
+
+using nu::internal::Components;
+using nu::internal::ToVector;
+using nu::internal::Vec3;
+
+namespace {
+
+// A plane through `point`; a normal that gives none is replaced by the z axis.
+CNuPlane PlaneThrough(const CNuPoint& point, Vec3 normal) {
+  if (IsNull(normal, NuGetZero()) || !IsFinite(normal)) normal = {0.0, 0.0, 1.0};
+  return CNuPlane(point, ToVector(normal));
+}
+
+}  // namespace
+
+int CNuGeometry::AreCollinear(const CNuPointArray& pts, CNuVector* normal, double tol) {
+  const CNuPoint* p = pts.GetData();
+  const int n = pts.GetSize();
+  if (n < 3) return 1;
+  const Vec3 start = Components(p[0]);
+  int i = 1;
+  while (i < n && IsNull(Components(p[i]) - start, tol)) ++i;
+  if (i == n) return 1;
+  const Vec3 d = Components(p[i]) - start;
+  for (int j = i + 1; j < n; ++j) {
+    const Vec3 e = Components(p[j]) - start;
+    const Vec3 c = Cross(d, e);
+    if (IsNull(e, tol) || IsNull(c, tol)) continue;
+    CNuVector axis = ToVector(Unit(c));
+    axis.SymmetricAxis(NuGetLengthTol(), 1);
+    *normal = axis;
+    return 0;
+  }
+  return 1;
+}
+
+int CNuGeometry::AreCoplanar(const CNuPointArray& pts, double tol) {
+  CNuPlane plane;
+  return AreCoplanar(pts, &plane, tol);
+}
+
+int CNuGeometry::AreCoplanar(const CNuPointArray& pts, CNuPlane* plane, double tol) {
+  const int n = pts.GetSize();
+  if (n < 4) return 1;
+  const CNuPoint* p = pts.GetData();
+  CNuVector normal;
+  if (AreCollinear(pts, &normal, tol) == 1) {
+    const Vec3 along = Components(p[n - 1]) - Components(p[0]);
+    *plane = PlaneThrough(p[0], IsNull(along, tol) ? Vec3{0.0, 0.0, 1.0} : along);
+    return 1;
+  }
+  *plane = PlaneThrough(p[0], Components(normal));
+  // The first three points span the plane.
+  const Vec3 axis = Components(plane->GetNormal());
+  return nu::internal::LastBeyond(nu::internal::ViewOf(pts), 3, Components(p[0]), axis, tol) < 0 ? 1 : 0;
+}
+
+int CNuGeometry::NumberDistinctPoints(const CNuPointArray& pts, int n, double tol) {
+  return nu::internal::HasDistinct(nu::internal::ViewOf(pts), n, tol, NuGetZero()) ? 1 : 0;
+}
+
+CNuPointArray CNuGeometry::Projection2D(const CNuPointArray& pts, CNuVector& normal) {
+  CNuVector x, y;
+  normal.OrthonormalXY(&x, &y);
+  return Projection2D(pts, CNuPoint(), x, y);
+}
+
+CNuPointArray CNuGeometry::Projection2D(const CNuPointArray& pts, const CNuPoint& origin, const CNuVector& xaxis,
+                                        const CNuVector& yaxis) {
+  if (xaxis.GetSize() != 3 || yaxis.GetSize() != 3) nu::internal::FailOperation(5, "operator%", "CNuVector");
+  CNuPointArray projected(pts.GetSize());
+  const Vec3 start = Components(origin);
+  const Vec3 x = Components(xaxis);
+  const Vec3 y = Components(yaxis);
+  for (int i = 0; i < pts.GetSize(); ++i) {
+    const Vec3 v = Components(pts.GetData()[i]) - start;
+    projected.Add(CNuPoint(Dot(v, x), Dot(v, y), 0.0));
+  }
+  return projected;
+}

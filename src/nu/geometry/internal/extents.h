@@ -1,0 +1,26 @@
+#ifndef NU_GEOMETRY_INTERNAL_EXTENTS_H
+#define NU_GEOMETRY_INTERNAL_EXTENTS_H
+
+#include "nu/geometry/internal/box_tree.h"
+#include "nu/geometry/internal/point_view.h"
+
+namespace nu::internal {
+
+struct Extents {
+  Box box;
+  // All coordinates are finite, and so is the length of every edge.
+  bool isFinite;
+
+  // The longest side.
+  double Side() const;
+};
+
+// The least and the greatest coordinates of one point or more. NaN coordinates are passed over unless point 0 has them.
+Extents ExtentsOf(const PointView& points);
+
+// The largest power of two not above 1 / size, in the normal range: with it lengths of up to `size` can be squared.
+double ScaleFor(double size);
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,262 @@
+#include <algorithm>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+#include "nu/foundation/constants.h"
+#include "nu/foundation/int_array.h"
+#include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/sort.h"
+#include "nu/foundation/numeric_helpers.h"
+#include "nu/foundation/tolerances.h"
+#include "nu/geometry/internal/coincidence.h"
+#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/extents.h"
+#include "nu/geometry/internal/heights.h"
+#include "nu/geometry/internal/hull2.h"
+#include "nu/geometry/internal/longest_edge.h"
+#include "nu/geometry/internal/mean.h"
+#include "nu/geometry/internal/point_set.h"
+#include "nu/geometry/internal/shortest_edge.h"
+#include "nu/geometry/point_array.h"
+
+using nu::internal::Components;
+using nu::internal::Edge;
+using nu::internal::FailOperation;
+using nu::internal::ToPoint;
+using nu::internal::Vec3;
+using nu::internal::ViewOf;
+
+namespace {
+
+void RequirePoints(const CNuPointArray& points, const char* what, const char* where) {
+  if (points.GetSize() == 0) FailOperation(8, what, where);
+}
+
+// Each point in the frame of three axes at `origin`.
+void Express(CNuPointArray& points, Vec3 origin, Vec3 x, Vec3 y, Vec3 z) {
+  CNuPoint* p = points.GetData();
+  for (int i = 0; i < points.GetSize(); ++i) {
+    const Vec3 v = Components(p[i]) - origin;
+    p[i] = CNuPoint(Dot(v, x), Dot(v, y), Dot(v, z));
+  }
+}
+
+// The in-plane axes of CNuVector::OrthonormalXY; the z axis is taken as it is.
+void Express(CNuPointArray& points, Vec3 origin, const CNuVector& zaxis) {
+  CNuVector z = zaxis, x, y;
+  z.OrthonormalXY(&x, &y);
+  Express(points, origin, Components(x), Components(y), Components(zaxis));
+}
+
+void Assign(CNuIntArray* target, const std::vector<int>& indices) {
+  CNuIntArray result(static_cast<int>(indices.size()));
+  for (const int i : indices) result.Add(i);
+  *target = std::move(result);
+}
+
+// The first point that is not equal to point 0, or the size.
+int FirstDistinct(const CNuPointArray& points, double tol) {
+  const CNuPoint* p = points.GetData();
+  int i = 1;
+  while (i < points.GetSize() && p[i].IsEqual(p[0], tol)) ++i;
+  return i;
+}
+
+// ---- order of hull vertices
+
+struct Offset {
+  double x, y;
+};
+
+std::vector<Offset> FromCentroid(const CNuPoint* points, const std::vector<int>& hull) {
+  double x = 0.0, y = 0.0;
+  for (const int i : hull) {
+    x += points[i].x();
+    y += points[i].y();
+  }
+  const double n = static_cast<double>(hull.size());
+  std::vector<Offset> offsets;
+  offsets.reserve(hull.size());
+  for (const int i : hull) offsets.push_back({points[i].x() - x / n, points[i].y() - y / n});
+  return offsets;
+}
+
+// Counter-clockwise from the direction (1, 0, 0), in degrees, as CNuVector::AngleWith measures it about (0, 0, 1).
+double AngleOf(const Offset& v) {
+  const double length = std::hypot(v.x, v.y);
+  const double angle = NuArcCosSin(v.x / length, std::fabs(v.y) / length) / Nu_PI * 180.0;
+  return v.y < 0.0 ? 360.0 - angle : angle;
+}
+
+bool TurnsLeft(const Offset& v, const Offset& w) {
+  return v.x * w.y - v.y * w.x > 0.0;
+}
+
+// The vertices come counter-clockwise. About a centroid that lies clearly inside, their angles then increase once
+// round, and only the first one is looked for; rounding can push the centroid of a sliver outside, and then the angles
+// decide.
+std::vector<int> ByAngle(const CNuPoint* points, const std::vector<int>& hull) {
+  const std::vector<Offset> offsets = FromCentroid(points, hull);
+  const int n = static_cast<int>(hull.size());
+  int first = -1;
+  bool increasing = true;
+  for (int i = 0; i < n; ++i) {
+    const Offset& before = offsets[i == 0 ? n - 1 : i - 1];
+    increasing = increasing && TurnsLeft(before, offsets[i]);
+    if (before.y < 0.0 && offsets[i].y >= 0.0) {
+      increasing = increasing && first < 0;
+      first = i;
+    }
+  }
+  std::vector<int> order(hull.size());
+  if (increasing && first >= 0) {
+    std::rotate_copy(hull.begin(), hull.begin() + first, hull.end(), order.begin());
+    return order;
+  }
+  std::vector<double> angles;
+  for (const Offset& v : offsets) angles.push_back(AngleOf(v));
+  std::vector<int> places(hull.size());
+  nu::internal::SortIndex(n, angles.data(), places.data());
+  for (int i = 0; i < n; ++i) order[i] = hull[places[i]];
+  return order;
+}
+
+}  // namespace
+
+CNuPoint CNuPointArray::MeanPoint() const {
+  RequirePoints(*this, "MeanPoint operation", "CNuPointArray::MeanPoint()");
+  return ToPoint(nu::internal::MeanOf(ViewOf(*this)));
+}
+
+void CNuPointArray::MoveTo(const CNuPoint& origin) {
+  RequirePoints(*this, "MoveTo operation", "CNuPointArray::MoveTo(const CNuPoint& origin)");
+  const CNuPoint start = origin;  // may be one of the points
+  for (int i = 0; i < m_size; ++i) m_data[i] -= start;
+}
+
+void CNuPointArray::MoveTo(const CNuVector& zaxis) {
+  RequirePoints(*this, "MoveTo operation", "CNuPointArray::MoveTo(const CNuVector& zaxis)");
+  Express(*this, Vec3{}, zaxis);
+}
+
+void CNuPointArray::MoveTo(const CNuPoint& origin, const CNuVector& zaxis) {
+  RequirePoints(*this, "MoveTo operation", "CNuPointArray::MoveTo(const CNuPoint& origin, const CNuVector& zaxis)");
+  Express(*this, Components(origin), zaxis);
+}
+
+void CNuPointArray::MoveTo(const CNuPoint& origin, const CNuVector& xaxis, const CNuVector& zaxis) {
+  RequirePoints(*this, "MoveTo operation",
+                "CNuPointArray::MoveTo(const CNuPoint& origin, const CNuVector& xaxis, const CNuVector& zaxis)");
+  if (xaxis.GetSize() != 3 || zaxis.GetSize() != 3) FailOperation(10, "calculation", "CNuPoint::MoveTo()");
+  const Vec3 x = Unit(Components(xaxis));
+  const Vec3 z = Unit(Components(zaxis));
+  Express(*this, Components(origin), x, Cross(z, x), z);
+}
+
+ENuBoolean CNuPointArray::IsNoncollinear(CNuIntArray* idx, double tol) const {
+  RequirePoints(*this, "IsNoncollinear operation", "CNuPointArray::IsNoncollinear()");
+  if (m_size < 3) return NuFalse;
+  const int i = FirstDistinct(*this, tol);
+  if (i == m_size) return NuFalse;
+  const Vec3 start = Components(m_data[0]);
+  const Vec3 d = Unit(Components(m_data[i]) - start);
+  for (int j = i + 1; j < m_size; ++j) {
+    if (IsNull(Cross(d, Components(m_data[j]) - start), tol)) continue;
+    Assign(idx, {0, i, j});
+    return NuTrue;
+  }
+  return NuFalse;
+}
+
+ENuBoolean CNuPointArray::IsNoncoplanar(CNuIntArray* idx, double tol) const {
+  RequirePoints(*this, "IsNoncoplanar operation", "CNuPointArray::IsNoncoplanar()");
+  if (m_size < 4) return NuFalse;
+  const int i = FirstDistinct(*this, tol);
+  if (i == m_size) return NuFalse;
+  const Vec3 start = Components(m_data[0]);
+  const Vec3 d = Unit(Components(m_data[i]) - start);
+  int k = m_size - 1;
+  while (k > i && IsNull(Cross(d, Components(m_data[k]) - start), tol)) --k;
+  if (k == i) return NuFalse;
+  const Vec3 normal = Unit(Cross(d, Components(m_data[k]) - start));
+  const int m = nu::internal::LastBeyond(ViewOf(*this), i + 1, start, normal, tol);
+  if (m < 0) return NuFalse;
+  Assign(idx, {0, i, k, m});
+  return NuTrue;
+}
+
+ENuBoolean CNuPointArray::Is2D() const {
+  RequirePoints(*this, "Is2D operation", "CNuPointArray::Is2D()");
+  const double z = m_size == 1 ? 0.0 : m_data[0].z();
+  return std::all_of(m_data, m_data + m_size, [z](const CNuPoint& p) { return p.z() == z; }) ? NuTrue : NuFalse;
+}
+
+ENuBoolean CNuPointArray::IsIn(const CNuPoint& p, double tol) const {
+  const auto coincides = [&](const CNuPoint& q) { return q.IsEqual(p, tol) == NuTrue; };
+  return std::any_of(m_data, m_data + m_size, coincides) ? NuTrue : NuFalse;
+}
+
+ENuBoolean CNuPointArray::IsEqual(const CNuPointArray& other, double tol) const {
+  if (m_size != other.m_size) return NuFalse;
+  if (m_size == 0) return NuTrue;
+  const nu::internal::PointView these = ViewOf(*this);
+  const nu::internal::PointView those = ViewOf(other);
+  return nu::internal::AllCoincide(those, these, tol) && nu::internal::AllCoincide(these, those, tol) ? NuTrue
+                                                                                                      : NuFalse;
+}
+
+double CNuPointArray::MaxEdge(int* m, int* n) const {
+  RequirePoints(*this, "MaxEdge operation", "CNuPointArray::MaxEdge(int* m, int* n) const");
+  const Edge edge = m_size == 1 ? Edge{0.0} : nu::internal::LongestEdge(ViewOf(*this), NuGetZero());
+  *m = edge.m;
+  *n = edge.n;
+  return edge.length;
+}
+
+double CNuPointArray::MinEdge(int* m, int* n) const {
+  RequirePoints(*this, "MinEdge operation", "CNuPointArray::MinEdge(int* m, int* n) const");
+  const Edge edge = m_size == 1 ? Edge{0.0} : nu::internal::ShortestEdge(ViewOf(*this), NuGetZero(), NuGetLarge());
+  *m = edge.m;
+  *n = edge.n;
+  return edge.length;
+}
+
+void CNuPointArray::BoundingBox(CNuPoint* min, CNuPoint* max) const {
+  nu::internal::Box box{};
+  if (m_size > 0) box = nu::internal::ExtentsOf(ViewOf(*this)).box;
+  *min = CNuPoint(box.low[0], box.low[1], box.low[2]);
+  *max = CNuPoint(box.high[0], box.high[1], box.high[2]);
+}
+
+void CNuPointArray::BoundingSphere(double* radius, CNuPoint* centre) const {
+  CNuPoint low, high;
+  BoundingBox(&low, &high);
+  *centre = low.MidPoint(high);
+  *radius = centre->DistanceTo(low);
+}
+
+void CNuPointArray::ConvexHull(CNuIntArray* hull) const {
+  std::vector<int> vertices;
+  if (m_size > 0) {
+    if (Is2D() == NuFalse) FailOperation(45, "calculation of 3D convex hull", "CNuPointArray");
+    vertices = nu::internal::ConvexHull2(ViewOf(*this));
+    if (vertices.size() >= 3) vertices = ByAngle(m_data, vertices);
+  }
+  Assign(hull, vertices);
+}
+
+void CNuPointArray::RemoveDuplicate(double tol) {
+  const std::vector<int> kept = nu::internal::WithoutCoincident(ViewOf(*this), tol);
+  for (std::size_t k = 0; k < kept.size(); ++k) m_data[k] = m_data[kept[k]];
+  m_size = static_cast<int>(kept.size());
+}
+
+void CNuPointArray::RemoveAdjacentDuplicate(double tol) {
+  if (m_size < 2) return;
+  int last = 0;
+  for (int i = 1; i < m_size; ++i) {
+    if (!m_data[i].IsEqual(m_data[last], tol)) m_data[++last] = m_data[i];
+  }
+  m_size = last + 1;
+}
