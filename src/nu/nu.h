@@ -29,6 +29,7 @@
 #include "nu/linalg/complex_matrix.h"
 #include "nu/linalg/complex_polar.h"
 #include "nu/linalg/complex_vector.h"
+#include "nu/linalg/linear_equ_sys.h"
 #include "nu/linalg/matrix.h"
 #include "nu/linalg/vector.h"
 #include "nu/surfaces/sphere.h"

@@ -116,6 +116,26 @@ TEST(TallReduction, CarriesRightHandSidesAndBlocks) {
   }
 }
 
+TEST(TallReduction, ReflectorsTreatLaterRightHandSidesAlike) {
+  for (std::size_t rows : {1, 5, 256, 512, 700}) {
+    Columns a = Draw(rows, 5, rows);
+    for (double& x : a[1]) x *= 1e-150;
+    std::vector<const double*> row;
+    std::vector<double> rowMajor;
+    for (std::size_t i = 0; i < rows; ++i) rowMajor.insert(rowMajor.end(), {a[0][i], a[1][i], a[2][i], a[3][i]});
+    for (std::size_t i = 0; i < rows; ++i) row.push_back(&rowMajor[4 * i]);
+    const int count = static_cast<int>(rows);
+    TallReduction reduction(5, count);
+    nu::internal::TallReflectors reflectors(4, count);
+    reduction.KeepReflectors(&reflectors);
+    reduction.AddRows(row.data(), a[4].data(), count);
+    reduction.Finish();
+    double projected[4];
+    reflectors.Apply(a[4].data(), projected);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(projected[i], reduction.R(i, 4)) << rows;
+  }
+}
+
 TEST(TallReduction, PassesOnWhatIsNotFinite) {
   for (double bad : {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
     for (std::size_t i : {0, 300, 599}) {

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
+#include <memory>
+#include <new>
 
 #include "nu/foundation/internal/simd.h"
 
@@ -60,7 +63,7 @@ NU_ALWAYS_INLINE void Totals(const double* s0, const double* s1, const double* s
 // W columns from c on lose their share of the reflector p; dot[i] = q . column i.
 template<int W>
 NU_ALWAYS_INLINE void UpdateAndDot(const double* __restrict p, const double* __restrict q, double* __restrict c,
-                                   std::size_t stride, int rows, const double* weight, double* dot) {
+                                   std::ptrdiff_t stride, int rows, const double* weight, double* dot) {
   double s0[kLanes] = {}, s1[kLanes] = {}, s2[kLanes] = {}, s3[kLanes] = {};
   const double w0 = weight[0], w1 = W > 1 ? weight[1] : 0.0, w2 = W > 2 ? weight[2] : 0.0, w3 = W > 3 ? weight[3] : 0.0;
   double* __restrict c1 = c + stride;
@@ -91,7 +94,7 @@ NU_ALWAYS_INLINE void UpdateNext(const double* __restrict p, double* __restrict 
 
 // dot[i] = q . column i, for the first pass, and for a pivot column that had to be scaled.
 template<int W>
-NU_ALWAYS_INLINE void Dots(const double* q, const double* c, std::size_t stride, int rows, double* dot) {
+NU_ALWAYS_INLINE void Dots(const double* q, const double* c, std::ptrdiff_t stride, int rows, double* dot) {
   double s0[kLanes] = {}, s1[kLanes] = {}, s2[kLanes] = {}, s3[kLanes] = {};
   for (int r = 0; r < rows; r += kLanes) {
     DotStep(q + r, c + r, s0);
@@ -134,7 +137,7 @@ Reflector MakeScaledReflector(double alpha, double* p, int rows) {
 }
 
 // The columns from `first` on, four at a time.
-NU_ALWAYS_INLINE void DotsFrom(int first, int columns, const double* q, const double* block, std::size_t stride,
+NU_ALWAYS_INLINE void DotsFrom(int first, int columns, const double* q, const double* block, std::ptrdiff_t stride,
                                int rows, double* dot) {
   int c = first;
   for (; c + 4 <= columns; c += 4) Dots<4>(q, block + c * stride, stride, rows, dot + c);
@@ -145,7 +148,7 @@ NU_ALWAYS_INLINE void DotsFrom(int first, int columns, const double* q, const do
 }
 
 NU_ALWAYS_INLINE void UpdateFrom(int first, int columns, const double* p, const double* q, double* block,
-                                 std::size_t stride, int rows, const double* weight, double* dot) {
+                                 std::ptrdiff_t stride, int rows, const double* weight, double* dot) {
   int c = first;
   for (; c + 4 <= columns; c += 4) UpdateAndDot<4>(p, q, block + c * stride, stride, rows, weight + c, dot + c);
   double* rest = block + c * stride;
@@ -154,66 +157,137 @@ NU_ALWAYS_INLINE void UpdateFrom(int first, int columns, const double* p, const 
   if (columns - c == 1) UpdateAndDot<1>(p, q, rest, stride, rows, weight + c, dot + c);
 }
 
+struct Scratch {
+  double* dot;
+  double* weight;
+  double* head;
+  double* tau;
+};
+
 // Reduces the stacked [triangle; block] column by column. `rows` is a multiple of the lanes. The products of a pivot
 // column with itself and the later ones (`dot`) come out of the pass that applies the reflector before it, so every
 // step reads and writes the block once.
-NU_KERNEL void ReduceStack(double* triangle, double* block, std::size_t stride, int columns, int rows, double* dot,
-                           double* weight) {
+NU_KERNEL void ReduceStack(double* triangle, double* block, std::ptrdiff_t stride, int columns, int rows,
+                           const Scratch& scratch) {
+  double* dot = scratch.dot;
   DotsFrom(0, columns, block, block, stride, rows, dot);
   for (int j = 0; j < columns; ++j) {
     double* p = block + j * stride;
-    double* top = triangle + static_cast<std::size_t>(j) * columns;
+    double* top = triangle + static_cast<std::ptrdiff_t>(j) * columns;
     const double whole = top[j] * top[j] + dot[j];
     const bool safe = whole >= kSafeSquareLow && whole <= kSafeSquareHigh;
     const Reflector h = safe ? MakeReflector(top[j], dot[j]) : MakeScaledReflector(top[j], p, rows);
     if (!safe) DotsFrom(j + 1, columns, p, block, stride, rows, dot);
     top[j] = h.diagonal;
+    scratch.head[j] = h.head;
+    scratch.tau[j] = h.tau;
     for (int c = j + 1; c < columns; ++c) {
-      weight[c] = h.tau * (h.head * top[c] + dot[c]);
-      top[c] -= weight[c] * h.head;
+      scratch.weight[c] = h.tau * (h.head * top[c] + dot[c]);
+      top[c] -= scratch.weight[c] * h.head;
     }
     if (j + 1 == columns) break;
-    UpdateNext(p, p + stride, rows, weight[j + 1], dot + j + 1);
-    UpdateFrom(j + 2, columns, p, p + stride, block, stride, rows, weight, dot);
+    UpdateNext(p, p + stride, rows, scratch.weight[j + 1], dot + j + 1);
+    UpdateFrom(j + 2, columns, p, p + stride, block, stride, rows, scratch.weight, dot);
   }
+}
+
+// One block of reflectors on the stacked [top; b], with the operations of ReduceStack for its last column.
+NU_KERNEL void ReflectStack(const double* reflectors, const double* head, const double* tau, int columns, int rows,
+                            double* top, double* b) {
+  double dot;
+  Dots<1>(reflectors, b, 0, rows, &dot);
+  for (int j = 0; j < columns; ++j) {
+    const double* p = reflectors + static_cast<std::ptrdiff_t>(j) * rows;
+    const double weight = tau[j] * (head[j] * top[j] + dot);
+    top[j] -= weight * head[j];
+    if (j + 1 < columns) UpdateAndDot<1>(p, p + rows, b, 0, rows, &weight, &dot);
+  }
+}
+
+int Padded(int rows) {
+  return (rows + kLanes - 1) / kLanes * kLanes;
 }
 
 }  // namespace
 
-TallReduction::TallReduction(int columns)
+TallReduction::TallReduction(int columns, int rows)
     : m_columns(columns),
-      m_block(static_cast<double*>(
-          ::operator new[](static_cast<std::size_t>(columns) * kStride * sizeof(double), std::align_val_t{64}))),
-      m_triangle(new double[static_cast<std::size_t>(columns) * columns]()),
-      m_dots(new double[2 * static_cast<std::size_t>(columns)]) {}
+      m_blockRows(std::clamp(rows, 1, kBlockRows)),
+      // Off the powers of two, so that neighbouring columns do not share cache sets.
+      m_stride(Padded(m_blockRows) + kLanes) {
+  const std::size_t n = static_cast<std::size_t>(columns);
+  const std::size_t blockSize = n * static_cast<std::size_t>(m_stride);
+  if (n > SIZE_MAX / sizeof(double) / (n + kBlockRows + 2 * kLanes)) throw std::bad_alloc();
+  const std::size_t size = blockSize + n * n + 4 * n;
+  // Aligned by hand: aligned allocation is slow where the fits of few points call.
+  std::size_t room = (size + kLanes) * sizeof(double);
+  m_memory.reset(new double[size + kLanes]);
+  void* start = m_memory.get();
+  m_block = static_cast<double*>(std::align(kLanes * sizeof(double), size * sizeof(double), start, room));
+  m_triangle = m_block + blockSize;
+  std::fill_n(m_triangle, n * n, 0.0);
+}
 
 void TallReduction::AbsorbBlock(int rows) {
   if (rows <= 0) return;
-  const int padded = (rows + kLanes - 1) / kLanes * kLanes;
+  const int padded = Padded(rows);
   if (padded != rows) {
     for (int j = 0; j < m_columns; ++j) std::fill(Column(j) + rows, Column(j) + padded, 0.0);
   }
-  ReduceStack(m_triangle.get(), m_block.get(), kStride, m_columns, padded, m_dots.get(), m_dots.get() + m_columns);
+  double* work = m_triangle + static_cast<std::ptrdiff_t>(m_columns) * m_columns;
+  const Scratch scratch{work, work + m_columns, work + 2 * m_columns, work + 3 * m_columns};
+  ReduceStack(m_triangle, m_block, m_stride, m_columns, padded, scratch);
+  if (m_reflectors != nullptr) m_reflectors->Store(m_block, m_stride, padded, scratch.head, scratch.tau);
 }
 
 void TallReduction::AddRows(const double* const* row, const double* rhs, int count) {
   const int width = rhs != nullptr ? m_columns - 1 : m_columns;
   for (int i = 0; i < count;) {
-    const int taken = std::min(count - i, kBlockRows - m_collected);
+    const int taken = std::min(count - i, m_blockRows - m_collected);
     for (int r = 0; r < taken; ++r) {
-      double* to = m_block.get() + m_collected + r;
-      for (int j = 0; j < width; ++j) to[j * kStride] = row[i + r][j];
+      double* to = m_block + m_collected + r;
+      for (int j = 0; j < width; ++j) to[j * m_stride] = row[i + r][j];
     }
     if (rhs != nullptr) std::copy(rhs + i, rhs + i + taken, Column(width) + m_collected);
     i += taken;
     m_collected += taken;
-    if (m_collected == kBlockRows) Finish();
+    if (m_collected == m_blockRows) Finish();
   }
 }
 
 void TallReduction::Finish() {
   if (m_collected > 0) AbsorbBlock(m_collected);
   m_collected = 0;
+}
+
+TallReflectors::TallReflectors(int unknowns, int rows) : m_unknowns(unknowns), m_rows(rows) {
+  const std::size_t blocks = static_cast<std::size_t>(rows) / TallReduction::kBlockRows + 1;
+  const std::size_t perUnknown = static_cast<std::size_t>(rows) + kLanes + 2 * blocks;
+  if (perUnknown > SIZE_MAX / sizeof(double) / static_cast<std::size_t>(unknowns)) throw std::bad_alloc();
+  m_values.reset(new double[static_cast<std::size_t>(unknowns) * perUnknown]);
+}
+
+void TallReflectors::Store(const double* block, std::ptrdiff_t stride, int padded, const double* head,
+                           const double* tau) {
+  double* to = m_values.get() + m_used;
+  for (int j = 0; j < m_unknowns; ++j) to = std::copy_n(block + j * stride, padded, to);
+  to = std::copy_n(head, m_unknowns, to);
+  to = std::copy_n(tau, m_unknowns, to);
+  m_used = static_cast<std::size_t>(to - m_values.get());
+}
+
+void TallReflectors::Apply(const double* b, double* projected) const {
+  double block[TallReduction::kBlockRows];
+  std::fill_n(projected, m_unknowns, 0.0);
+  const double* from = m_values.get();
+  for (int first = 0; first < m_rows; first += TallReduction::kBlockRows) {
+    const int rows = std::min(TallReduction::kBlockRows, m_rows - first);
+    const int padded = Padded(rows);
+    std::fill(std::copy_n(b + first, rows, block), block + padded, 0.0);
+    const double* head = from + static_cast<std::ptrdiff_t>(m_unknowns) * padded;
+    ReflectStack(from, head, head + m_unknowns, m_unknowns, padded, projected, block);
+    from = head + 2 * static_cast<std::ptrdiff_t>(m_unknowns);
+  }
 }
 
 }  // namespace nu::internal

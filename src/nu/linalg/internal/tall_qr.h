@@ -3,9 +3,10 @@
 
 #include <cstddef>
 #include <memory>
-#include <new>
 
 namespace nu::internal {
+
+class TallReflectors;
 
 // The triangle of a tall matrix, built while its rows stream past: blocks of rows are stacked under the running
 // triangle and reduced by Householder steps (Golub & Van Loan, Matrix Computations, 4th ed., 5.2 and 6.5.2), so memory
@@ -27,15 +28,19 @@ class TallReduction {
  public:
   static constexpr int kBlockRows = 256;
 
-  // `columns` counts the right-hand sides too and is at least 1. Throws std::bad_alloc.
-  explicit TallReduction(int columns);
+  // `columns` counts the right-hand sides too and is at least 1; `rows` is the most that a block will hold. Throws
+  // std::bad_alloc.
+  explicit TallReduction(int columns, int rows = kBlockRows);
 
   int Columns() const { return m_columns; }
 
-  // Room for kBlockRows values of column j of the open block, aligned to a cache line. AbsorbBlock spoils it.
-  double* Column(int j) { return m_block.get() + static_cast<std::size_t>(j) * kStride; }
+  // Keeps the reflectors of every block, for right-hand sides that come later. Before the first row.
+  void KeepReflectors(TallReflectors* reflectors) { m_reflectors = reflectors; }
 
-  // Stacks the first `rows` <= kBlockRows values of every column under the triangle and reduces.
+  // Room for a block of values of column j, aligned to a cache line. AbsorbBlock spoils it.
+  double* Column(int j) { return m_block + j * m_stride; }
+
+  // Stacks the first `rows` values of every column under the triangle and reduces.
   void AbsorbBlock(int rows);
 
   // Adds rows given by their pointers, the first columns from row[i] and, unless null, the last one from rhs[i].
@@ -45,21 +50,37 @@ class TallReduction {
   // Absorbs what AddRows has collected.
   void Finish();
 
-  double R(int i, int j) const { return m_triangle[static_cast<std::size_t>(i) * m_columns + j]; }
+  double R(int i, int j) const { return m_triangle[static_cast<std::ptrdiff_t>(i) * m_columns + j]; }
 
  private:
-  // Off the powers of two, so that neighbouring columns do not share cache sets.
-  static constexpr std::size_t kStride = kBlockRows + 8;
-
-  struct AlignedDelete {
-    void operator()(double* block) const { ::operator delete[](block, std::align_val_t{64}); }
-  };
-
   int m_columns;
+  int m_blockRows;
   int m_collected = 0;
-  std::unique_ptr<double[], AlignedDelete> m_block;
-  std::unique_ptr<double[]> m_triangle;
-  std::unique_ptr<double[]> m_dots;  // work of one block
+  TallReflectors* m_reflectors = nullptr;
+  std::ptrdiff_t m_stride;
+  std::unique_ptr<double[]> m_memory;  // the block from a cache line on, the triangle, scratch for one reduction
+  double* m_block;
+  double* m_triangle;
+};
+
+// The orthogonal factor of a reduction of `rows` x `unknowns` in whole blocks, as its reflectors: as many doubles as
+// the matrix, about.
+class TallReflectors {
+ public:
+  TallReflectors(int unknowns, int rows);
+
+  // The first `unknowns` components of Q^T b for b of `rows` components: the bits that the reduction leaves in the last
+  // column when b travels with it.
+  void Apply(const double* b, double* projected) const;
+
+ private:
+  friend class TallReduction;
+  void Store(const double* block, std::ptrdiff_t stride, int padded, const double* head, const double* tau);
+
+  int m_unknowns;
+  int m_rows;
+  std::size_t m_used = 0;
+  std::unique_ptr<double[]> m_values;  // block by block: the columns, then heads, then factors
 };
 
 }  // namespace nu::internal
