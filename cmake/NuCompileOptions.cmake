@@ -3,7 +3,8 @@
 # Rounding is pinned: the same input gives the same bits with every compiler and at every level.
 add_library(nu_rounding INTERFACE)
 if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
-  target_compile_options(nu_rounding INTERFACE -ffp-contract=off -fno-fast-math)
+  # SHELL keeps the order: -fno-fast-math turns errno back on, and with it square roots would stay scalar.
+  target_compile_options(nu_rounding INTERFACE -ffp-contract=off "SHELL:-fno-fast-math -fno-math-errno")
   if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     target_compile_options(nu_rounding INTERFACE -msse2 -mfpmath=sse)
   endif()
