@@ -33,6 +33,12 @@ class NU_EXPORT CNuPlane : public CNuGeometry {
   void Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre);
   void Rotate(double angle, const CNuVector& axis, const CNuPoint& centre);
 
+  // Least-squares plane (Pearson, 1901): the point is the mean point, the normal the direction of least extent, in the
+  // canonical sign of CNuVector::SymmetricAxis with NuGetTol(). `form` receives the largest minus the smallest signed
+  // distance, `sumsq` the sum of the squared ones; both are 0 for three points.
+  // CNuBestfitException, named "CNuPlane", for which the plane and the outputs stay as they were: cause 1 (size 3)
+  // below three points; cause 3 (size 3) for points on one line by CNuGeometry::AreCollinear with NuGetLengthTol();
+  // cause 11 (size 0) for coordinates that are not finite.
   void Fit(const CNuPointArray& pts);
   void Fit(const CNuPointArray& pts, double* form, double* sumsq);
 

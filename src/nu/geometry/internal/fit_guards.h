@@ -1,0 +1,69 @@
+#ifndef NU_GEOMETRY_INTERNAL_FIT_GUARDS_H
+#define NU_GEOMETRY_INTERNAL_FIT_GUARDS_H
+
+#include "nu/foundation/exceptions.h"
+#include "nu/geometry/fit_result.h"
+#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/point_blocks.h"
+#include "nu/geometry/internal/point_set.h"
+
+// What the fits of all features share: their checks, the translation of foreign exceptions, and the twins that do not
+// throw. `name` is the class of the feature.
+namespace nu::internal {
+
+enum FitCause {
+  kTooFewPoints = 1,
+  kDegeneratePoints = 2,
+  kCollinearPoints = 3,
+  kCoplanarPoints = 4,
+  kNumericalFailure = 11,
+  kIterationLimit = 12,
+  kBadIterationLimit = 13,
+};
+
+[[noreturn]] inline void FailFit(FitCause cause, const char* name, int count = 0) {
+  throw CNuBestfitException(cause, name, count);
+}
+
+inline void RequireIterations(long limit, const char* name) {
+  if (limit < 1) FailFit(kBadIterationLimit, name);
+}
+
+inline void RequireCount(const CNuPointArray& points, int least, const char* name) {
+  if (points.GetSize() < least) FailFit(kTooFewPoints, name, least);
+}
+
+// Runs a fit; whatever it throws but a fit's own failure becomes cause 11.
+template<class Fit>
+void TranslateForeign(const char* name, Fit fit) {
+  try {
+    fit();
+  } catch (const CNuBestfitException&) {
+    throw;
+  } catch (...) {
+    FailFit(kNumericalFailure, name);
+  }
+}
+
+// Runs a fit and turns its failure into a result.
+template<class Fit>
+ENuFitResult ResultOf(Fit fit) {
+  try {
+    fit();
+    return NuFitSuccess;
+  } catch (const CNuBestfitException& failure) {
+    return failure.GetCause() == kIterationLimit ? NuFitNoConvergence : NuFitFailure;
+  } catch (...) {
+    return NuFitFailure;
+  }
+}
+
+// The middle one of at least one point: the origin of the blocks. In a scan it lies nearer to the mean than the ends
+// do; being a point of the set it keeps exact differences exact.
+inline Vec3 MiddleOf(const CNuPointArray& points) {
+  return Components(points.GetData()[points.GetSize() / 2]);
+}
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,89 @@
+#include "nu/geometry/internal/point_blocks.h"
+
+#include <cmath>
+#include <cstdint>
+
+namespace nu::internal {
+namespace {
+
+// How far ahead of the points the processor is told to fetch: far enough to hide the way from memory, near enough to
+// stay within the first two caches.
+constexpr std::uintptr_t kFetchAhead = 8192;
+constexpr std::uintptr_t kCacheLine = 64;
+
+// Asks for what lies as far ahead as eight points take. Addresses beyond the end are ignored by the processor.
+NU_ALWAYS_INLINE void FetchAhead(const PointView& points, std::size_t i) {
+#if defined(__GNUC__)
+  const auto begin = reinterpret_cast<std::uintptr_t>(points[i]) + kFetchAhead;
+  const auto end = reinterpret_cast<std::uintptr_t>(points[i + kLanes - 1]) + kFetchAhead;
+  for (std::uintptr_t at = begin; at <= end; at += kCacheLine) __builtin_prefetch(reinterpret_cast<const void*>(at));
+#endif
+}
+
+// Scaling acts before the difference, so that coordinates near the largest double do not overflow in it.
+NU_KERNEL void Pack(PointView points, Vec3 origin, double scale, double* __restrict x, double* __restrict y,
+                    double* __restrict z) {
+  const double ox = origin.x * scale;
+  const double oy = origin.y * scale;
+  const double oz = origin.z * scale;
+  const std::size_t n = points.Size();
+  const auto take = [&](std::size_t i) __attribute__((always_inline)) {
+    const double* p = points[i];
+    x[i] = p[0] * scale - ox;
+    y[i] = p[1] * scale - oy;
+    z[i] = p[2] * scale - oz;
+  };
+  std::size_t i = 0;
+  for (; i + kLanes <= n; i += kLanes) {
+    FetchAhead(points, i);
+    for (int l = 0; l < kLanes; ++l) take(i + l);
+  }
+  for (; i < n; ++i) take(i);
+  for (; i % kLanes != 0; ++i) {
+    x[i] = x[n - 1];
+    y[i] = y[n - 1];
+    z[i] = z[n - 1];
+  }
+}
+
+// 2^-k that brings a positive value to about 1, kept within the range of normal doubles.
+double PowerAgainst(double value) {
+  constexpr int kWidest = 1000;
+  return std::ldexp(1.0, std::clamp(-std::ilogb(value), -kWidest, kWidest));
+}
+
+}  // namespace
+
+void PointBlocks::Load(PointView part) {
+  Pack(part, m_origin, m_scale, m_block.x, m_block.y, m_block.z);
+  m_block.size = part.Size();
+}
+
+bool PointBlocks::AllFinite() const {
+  for (std::size_t i = 0; i < Size(); ++i)
+    if (!IsFinite(LoadVec3(m_points[i]))) return false;
+  return true;
+}
+
+bool PointBlocks::FitScale() {
+  if (!AllFinite()) return false;
+  const auto farthest = [this](double scale, const Vec3& from) {
+    double reach = 0.0;
+    for (std::size_t i = 0; i < Size(); ++i) {
+      const Vec3 q = scale * LoadVec3(m_points[i]) - scale * from;
+      reach = std::max({reach, std::fabs(q.x), std::fabs(q.y), std::fabs(q.z)});
+    }
+    return reach;
+  };
+  // First from zero, so that differences do not overflow.
+  const double reach = farthest(1.0, Vec3{});
+  if (reach == 0.0) return true;
+  const double coarse = PowerAgainst(reach);
+  const double extent = farthest(coarse, m_origin);
+  if (extent == 0.0) return true;
+  m_scale = PowerAgainst(extent / coarse);
+  m_block.size = 0;
+  return true;
+}
+
+}  // namespace nu::internal

@@ -1,0 +1,103 @@
+#ifndef NU_GEOMETRY_INTERNAL_POINT_BLOCKS_H
+#define NU_GEOMETRY_INTERNAL_POINT_BLOCKS_H
+
+#include <algorithm>
+#include <cstddef>
+
+#include "nu/foundation/internal/simd.h"
+#include "nu/geometry/internal/point_view.h"
+#include "nu/geometry/internal/vec3.h"
+
+namespace nu::internal {
+
+// Up to so many points are repacked once: 24 KB, which stay in a first-level cache.
+inline constexpr std::size_t kBlockPoints = 1024;
+// More points pass in smaller portions, which share that cache with the points as they lie in memory.
+inline constexpr std::size_t kPortion = 512;
+
+// Some points as separate coordinates, relative to an origin among them: what the kernels of the fits run over, eight
+// lanes at a time. The last eight are filled up with copies of the last point, whose weight is 0.
+struct PointBlock {
+  // 1 for each of the eight points from i on, 0 beyond the last.
+  const double* Weights(std::size_t i) const {
+    constexpr std::size_t lanes = kLanes;
+    return kWindow + (lanes - std::min(lanes, size - i));
+  }
+
+  alignas(64) double x[kBlockPoints];
+  alignas(64) double y[kBlockPoints];
+  alignas(64) double z[kBlockPoints];
+  std::size_t size = 0;
+
+  static constexpr double kWindow[2 * kLanes] = {1.0, 1.0, 1.0, 1.0, 1.0, 1.0, 1.0, 1.0};
+};
+
+// Walks over points of any number block by block, in constant memory. Up to one block of points is repacked once.
+class PointBlocks {
+ public:
+  PointBlocks(PointView points, const Vec3& origin) : m_points(points), m_origin(origin) {}
+
+  std::size_t Size() const { return m_points.Size(); }
+  const Vec3& Origin() const { return m_origin; }
+
+  // A block holds (p - origin) * scale. The scale is 1 but for points so far apart or so close together that the
+  // squares and cubes of their distances would overflow or vanish; then it is a power of two.
+  double Scale() const { return m_scale; }
+
+  Vec3 InCallersFrame(const Vec3& q) const { return m_origin + Vec3{q.x / m_scale, q.y / m_scale, q.z / m_scale}; }
+
+  // False, and no change, when a coordinate is not finite.
+  bool FitScale();
+
+  bool AllFinite() const;
+
+  template<class Visit>
+  void ForEach(Visit visit) {
+    const std::size_t portion = Size() <= kBlockPoints ? kBlockPoints : kPortion;
+    for (std::size_t begin = 0; begin < Size(); begin += portion) {
+      if (m_block.size != Size()) Load(m_points.Part(begin, std::min(portion, Size() - begin)));
+      visit(static_cast<const PointBlock&>(m_block));
+    }
+  }
+
+ private:
+  void Load(PointView part);
+
+  PointView m_points;
+  Vec3 m_origin;
+  double m_scale = 1.0;
+  PointBlock m_block;
+};
+
+// A running sum that keeps the rounding errors of its additions (Knuth's two-sum).
+class CompensatedSum {
+ public:
+  void Add(double value) {
+    const double sum = m_sum + value;
+    const double added = sum - m_sum;
+    m_rest += (m_sum - (sum - added)) + (value - added);
+    m_sum = sum;
+  }
+  double Value() const { return m_sum + m_rest; }
+
+ private:
+  double m_sum = 0.0;
+  double m_rest = 0.0;
+};
+
+// The same for several sums that a kernel delivers per block.
+template<int N>
+class BlockSums {
+ public:
+  void Add(const double (&sums)[N]) {
+    for (int k = 0; k < N; ++k) m_total[k].Add(sums[k]);
+  }
+  double operator[](int k) const { return m_total[k].Value(); }
+
+ private:
+  CompensatedSum m_total[N];
+};
+
+}  // namespace nu::internal
+
+#endif

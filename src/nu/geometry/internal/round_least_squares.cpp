@@ -1,0 +1,521 @@
+#include "nu/geometry/internal/round_least_squares.h"
+
+#include <limits>
+
+#include "nu/geometry/internal/lanes.h"
+#include "nu/geometry/internal/small_svd.h"
+#include "nu/linalg/internal/tall_qr.h"
+
+// Start. The centre c and q = r^2 - |c|^2 that minimise the sum of (|p|^2 - 2 c . p - q)^2 (I. Kasa, IEEE Trans.
+// Instrum. Meas. 25, 1976). With the points p relative to their mean M the system falls apart:
+//
+//   2 (sum of p p^T) c = sum of |p|^2 p,    r^2 = |c|^2 + mean of |p|^2.
+//
+// Its sums come from one pass. For a flat cap or a short arc they are summed again along the principal axes of the
+// points, where each entry is accurate relative to its own row and column.
+//
+// Refinement. Gauss-Newton on e = |p - c| - r (W. Gander, G. H. Golub, R. Strebel, BIT 34, 1994). A short arc says
+// little about c and r but much about its apex and curvature, so the unknowns are the height H of M above the centre
+// along axis 0, the rise k of the apex above M, and the shift s of the centre across. For a point with the coordinate
+// a along axis 0 and t across, relative to M and to the shifted centre,
+//
+//   h = H + a,   d = sqrt(h^2 + |t|^2),   r = H + k,   l = d - h = |t|^2 / (d + h),
+//   e = l + (a - k),   de/dk = -1,   de/ds = -t / d,   de/dH = -l / d.
+//
+// All terms are of the size of the arc, not of the radius, so nothing cancels, however short the arc is; and the
+// columns are about as independent as 1, x and x^2. The map to (c, r) is linear, so the steps are those of the usual
+// parameters. The normal equations drive the steps; their right-hand side is the gradient itself, so they do not limit
+// the accuracy of the result, only the speed of convergence. Where even these columns are nearly dependent (points in a
+// few clusters) the rows are reduced by orthogonal steps instead.
+
+namespace nu::internal {
+namespace {
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+
+// Smallest pivot, as a part of its diagonal entry, of a system that is taken for well-conditioned: half of the digits
+// are left.
+constexpr double kClearPivot = 1e-8;
+
+// A step that moves the deviations by no more than this many roundings of the coordinates is noise.
+constexpr double kNoise = 16.0 * kEpsilon;
+
+// Sums outside have overflowed or vanished, or are about to in a product.
+constexpr double kSafeSmall = 1e-80;
+constexpr double kSafeLarge = 1e80;
+
+constexpr int TriangleSize(int n) {
+  return n * (n + 1) / 2;
+}
+
+// Of D coordinates: their sums, their products, their products with the squared distance.
+template<int D>
+inline constexpr int kPowers = D + TriangleSize(D) + D;
+
+// Of the columns for shift and height: their sums, their products, their products with the deviation; then the
+// deviation and its square.
+template<int D>
+inline constexpr int kProducts = D + TriangleSize(D) + D + 2;
+
+template<int D>
+NU_ALWAYS_INLINE void LoadCoordinates(const PointBlock& block, std::size_t i, const RoundModel<D>& model,
+                                      const double (&offset)[D], Lanes (&u)[D]) {
+  Lanes x, y, z;
+  Load(block.x + i, x);
+  Load(block.y + i, y);
+  Load(block.z + i, z);
+  for (int j = 0; j < D; ++j) u[j] = model.axis[j].x * x + model.axis[j].y * y + model.axis[j].z * z - offset[j];
+}
+
+template<int D>
+NU_ALWAYS_INLINE void PowersBody(const PointBlock& block, const RoundModel<D>& given, double (&sums)[kPowers<D>]) {
+  const RoundModel<D> model = given;
+  Lanes sum[D] = {};
+  Lanes product[TriangleSize(D)] = {};
+  Lanes cubic[D] = {};
+  for (std::size_t i = 0; i < block.size; i += kLanes) {
+    Lanes u[D];
+    Lanes weight;
+    LoadCoordinates(block, i, model, model.mean, u);
+    Load(block.Weights(i), weight);
+    Lanes square = {};
+    for (int j = 0; j < D; ++j) {
+      u[j] *= weight;
+      square += u[j] * u[j];
+    }
+    for (int j = 0; j < D; ++j) {
+      sum[j] += u[j];
+      cubic[j] += square * u[j];
+      for (int k = 0; k <= j; ++k) product[TriangleSize(j) + k] += u[j] * u[k];
+    }
+  }
+  double* out = sums;
+  for (int j = 0; j < D; ++j) *out++ = Sum(sum[j]);
+  for (int j = 0; j < TriangleSize(D); ++j) *out++ = Sum(product[j]);
+  for (int j = 0; j < D; ++j) *out++ = Sum(cubic[j]);
+}
+
+// The deviation of eight points and, unless only that is wanted, their columns: across[1 ..] for the shift, across[0]
+// for the height, without the sign.
+template<int D, bool WithColumns>
+NU_ALWAYS_INLINE void Deviate(const PointBlock& block, std::size_t i, const RoundModel<D>& model,
+                              const double (&offset)[D], Lanes& e, Lanes (&column)[D]) {
+  Lanes u[D];
+  LoadCoordinates(block, i, model, offset, u);
+  const Lanes h = u[0] + model.height;
+  Lanes across = u[1] * u[1];
+  for (int j = 2; j < D; ++j) across += u[j] * u[j];
+  Lanes d = h * h + across;
+  TakeSquareRoot(d);
+  // d - |h| without cancellation is |t|^2 / far. A point at the centre has no direction: its columns are zero.
+  const Lanes far = d + (h > 0.0 ? h : -h);
+  if constexpr (WithColumns) {
+    const Lanes product = d * far;
+    const Lanes quotient = 1.0 / product;
+    const Lanes inverse = product > 0.0 ? quotient : Lanes{};
+    const Lanes lift = h > 0.0 ? across * inverse * d : far;
+    const Lanes inverseDistance = inverse * far;
+    e = lift + (u[0] - model.rise);
+    column[0] = lift * inverseDistance;
+    for (int j = 1; j < D; ++j) column[j] = u[j] * inverseDistance;
+  } else {
+    const Lanes quotient = across / far;
+    e = (h > 0.0 ? quotient : far) + (u[0] - model.rise);
+  }
+}
+
+template<int D>
+NU_ALWAYS_INLINE void OffsetsOf(const RoundModel<D>& model, double (&offset)[D]) {
+  for (int j = 0; j < D; ++j) offset[j] = j == 0 ? model.mean[0] : model.mean[j] + model.shift[j];
+}
+
+template<int D>
+NU_ALWAYS_INLINE void ProductsBody(const PointBlock& block, const RoundModel<D>& given, double (&sums)[kProducts<D>],
+                                   Deviations& extremes) {
+  const RoundModel<D> model = given;
+  double offset[D];
+  OffsetsOf(model, offset);
+  Lanes sum[D] = {};
+  Lanes product[TriangleSize(D)] = {};
+  Lanes right[D] = {};
+  Lanes deviation = {};
+  Lanes square = {};
+  Lanes smallest = std::numeric_limits<double>::infinity() - Lanes{};
+  Lanes largest = -smallest;
+  for (std::size_t i = 0; i < block.size; i += kLanes) {
+    Lanes e, weight;
+    Lanes column[D];
+    Deviate<D, true>(block, i, model, offset, e, column);
+    smallest = e < smallest ? e : smallest;
+    largest = e > largest ? e : largest;
+    Load(block.Weights(i), weight);
+    e *= weight;
+    deviation += e;
+    square += e * e;
+    for (int j = 0; j < D; ++j) {
+      column[j] *= weight;
+      sum[j] += column[j];
+      right[j] += column[j] * e;
+      for (int k = 0; k <= j; ++k) product[TriangleSize(j) + k] += column[j] * column[k];
+    }
+  }
+  double* out = sums;
+  for (int j = 0; j < D; ++j) *out++ = Sum(sum[j]);
+  for (int j = 0; j < TriangleSize(D); ++j) *out++ = Sum(product[j]);
+  for (int j = 0; j < D; ++j) *out++ = Sum(right[j]);
+  *out++ = Sum(deviation);
+  *out = Sum(square);
+  extremes = {*out, Smallest(smallest), Largest(largest)};
+}
+
+template<int D>
+NU_ALWAYS_INLINE void DeviationsBody(const PointBlock& block, const RoundModel<D>& given, Deviations& found) {
+  const RoundModel<D> model = given;
+  double offset[D];
+  OffsetsOf(model, offset);
+  Lanes square = {};
+  Lanes smallest = std::numeric_limits<double>::infinity() - Lanes{};
+  Lanes largest = -smallest;
+  for (std::size_t i = 0; i < block.size; i += kLanes) {
+    Lanes e, weight;
+    Lanes column[D];
+    Deviate<D, false>(block, i, model, offset, e, column);
+    smallest = e < smallest ? e : smallest;
+    largest = e > largest ? e : largest;
+    Load(block.Weights(i), weight);
+    e *= weight;
+    square += e * e;
+  }
+  found = {Sum(square), Smallest(smallest), Largest(largest)};
+}
+
+// Rows (1, columns for shift, column for height | deviation) of 8 * groups points from `begin` on.
+template<int D>
+NU_ALWAYS_INLINE void RowsBody(const PointBlock& block, std::size_t begin, std::size_t end, const RoundModel<D>& given,
+                               double* const (&columns)[D + 2]) {
+  const RoundModel<D> model = given;
+  double offset[D];
+  OffsetsOf(model, offset);
+  for (std::size_t i = begin; i < end; i += kLanes) {
+    Lanes e;
+    Lanes column[D];
+    Deviate<D, true>(block, i, model, offset, e, column);
+    Store(1.0 - Lanes{}, columns[0] + (i - begin));
+    for (int j = 1; j < D; ++j) Store(column[j], columns[j] + (i - begin));
+    Store(column[0], columns[D] + (i - begin));
+    Store(e, columns[D + 1] + (i - begin));
+  }
+}
+
+NU_KERNEL void SumPowers(const PointBlock& b, const RoundModel<2>& m, double (&s)[kPowers<2>]) {
+  PowersBody(b, m, s);
+}
+NU_KERNEL void SumPowers(const PointBlock& b, const RoundModel<3>& m, double (&s)[kPowers<3>]) {
+  PowersBody(b, m, s);
+}
+NU_KERNEL void SumProducts(const PointBlock& b, const RoundModel<2>& m, double (&s)[kProducts<2>], Deviations& e) {
+  ProductsBody(b, m, s, e);
+}
+NU_KERNEL void SumProducts(const PointBlock& b, const RoundModel<3>& m, double (&s)[kProducts<3>], Deviations& e) {
+  ProductsBody(b, m, s, e);
+}
+NU_KERNEL void FindDeviations(const PointBlock& b, const RoundModel<2>& m, Deviations& e) {
+  DeviationsBody(b, m, e);
+}
+NU_KERNEL void FindDeviations(const PointBlock& b, const RoundModel<3>& m, Deviations& e) {
+  DeviationsBody(b, m, e);
+}
+template<int D>
+void FillRows(const PointBlock& block, std::size_t begin, std::size_t end, const RoundModel<D>& model,
+              double* const (&columns)[D + 2]) {
+  RowsBody(block, begin, end, model, columns);
+}
+
+// Solves the symmetric positive definite system a x = b by L D L^T. The result is the smallest pivot as a part of its
+// diagonal entry: what a system scaled to ones on the diagonal would show. x is to be used only when it is positive.
+template<int N>
+double SolvePositive(const double (&a)[N][N], const double (&b)[N], double (&x)[N]) {
+  double lower[N][N];
+  double inverse[N];
+  double smallest = 1.0;
+  for (int i = 0; i < N; ++i) {
+    double partial[N];
+    double pivot = a[i][i];
+    x[i] = b[i];
+    for (int j = 0; j < i; ++j) {
+      partial[j] = a[i][j];
+      for (int k = 0; k < j; ++k) partial[j] -= partial[k] * lower[j][k];
+      lower[i][j] = partial[j] * inverse[j];
+      pivot -= partial[j] * lower[i][j];
+      x[i] -= lower[i][j] * x[j];
+    }
+    if (!(pivot > 0.0)) return 0.0;
+    smallest = std::min(smallest, pivot / a[i][i]);
+    inverse[i] = 1.0 / pivot;
+  }
+  for (int i = N - 1; i >= 0; --i) {
+    x[i] *= inverse[i];
+    for (int k = i + 1; k < N; ++k) x[i] -= lower[k][i] * x[k];
+  }
+  return smallest;
+}
+
+// What SumPowers gave, moved from the given mean to the true one.
+template<int D>
+struct CentralPowers {
+  double mean[D];  // relative to the given one
+  double product[D][D];
+  double cubic[D];
+  double rawTrace = 0.0;
+  double trace = 0.0;
+};
+
+template<int D>
+CentralPowers<D> PowersAbout(PointBlocks& points, const RoundModel<D>& model) {
+  BlockSums<kPowers<D>> total;
+  points.ForEach([&](const PointBlock& block) {
+    double sums[kPowers<D>];
+    SumPowers(block, model, sums);
+    total.Add(sums);
+  });
+  const double n = static_cast<double>(points.Size());
+  CentralPowers<D> found;
+  double meanSquare = 0.0;
+  for (int j = 0; j < D; ++j) {
+    found.mean[j] = total[j] / n;
+    meanSquare += found.mean[j] * found.mean[j];
+    found.rawTrace += total[D + TriangleSize(j) + j];
+  }
+  found.trace = found.rawTrace - n * meanSquare;
+  for (int j = 0; j < D; ++j) {
+    found.cubic[j] = total[D + TriangleSize(D) + j] + (2.0 * n * meanSquare - found.rawTrace) * found.mean[j];
+    for (int k = 0; k < D; ++k) {
+      const double raw = total[D + (k <= j ? TriangleSize(j) + k : TriangleSize(k) + j)];
+      found.cubic[j] -= 2.0 * raw * found.mean[k];
+      found.product[j][k] = raw - n * found.mean[j] * found.mean[k];
+    }
+  }
+  return found;
+}
+
+// Turns an orthonormal set onto the combinations given by the rows of `mix`.
+template<int D>
+void Combine(const double (&mix)[D][D], const Vec3 (&axes)[D], Vec3 (&turned)[D]) {
+  for (int j = 0; j < D; ++j) {
+    turned[j] = {};
+    for (int k = 0; k < D; ++k) turned[j] = turned[j] + mix[j][k] * axes[k];
+  }
+}
+
+Vec3 AnyOrthogonal(const Vec3& unit) {
+  const bool alongX = std::fabs(unit.x) > std::fabs(unit.y);
+  return Unit(Cross(unit, alongX ? Vec3{0.0, 1.0, 0.0} : Vec3{1.0, 0.0, 0.0}));
+}
+
+}  // namespace
+
+template<int D>
+RoundLeastSquares<D>::RoundLeastSquares(PointBlocks& points, const Vec3 (&axes)[D]) : m_points(points) {
+  std::copy_n(axes, D, m_model.axis);
+}
+
+template<int D>
+bool RoundLeastSquares<D>::Start() {
+  constexpr int kMaxPasses = 4;  // one, or two along the principal axes; a change of the scale repeats the first
+  double centre[D];
+  CentralPowers<D> powers;
+  double pivot = 0.0;
+  for (int pass = 0; pass < kMaxPasses && !(pivot > kClearPivot); ++pass) {
+    if (pass > 0 && pivot >= 0.0) {
+      Vec3 turned[D];
+      Combine(SvdOfColumns(powers.product).axis, m_model.axis, turned);
+      TurnAxes(turned);
+    }
+    powers = PowersAbout(m_points, m_model);
+    if (!(powers.rawTrace >= kSafeSmall && powers.rawTrace <= kSafeLarge)) {
+      if (pass > 0 || !m_points.FitScale()) return false;
+      pivot = -1.0;
+      continue;
+    }
+    for (int j = 0; j < D; ++j) m_model.mean[j] += powers.mean[j];
+    pivot = SolvePositive(powers.product, powers.cubic, centre);
+  }
+  if (!(pivot > 0.0)) return false;
+  for (double& c : centre) c *= 0.5;
+  m_spread = powers.trace;
+  PlaceCentre(centre, powers.trace / static_cast<double>(m_points.Size()));
+  return std::isfinite(m_model.height) && std::isfinite(m_model.rise);
+}
+
+template<int D>
+void RoundLeastSquares<D>::TurnAxes(const Vec3 (&axes)[D]) {
+  Vec3 mean;
+  for (int j = 0; j < D; ++j) mean = mean + m_model.mean[j] * m_model.axis[j];
+  for (int j = 0; j < D; ++j) {
+    m_model.axis[j] = axes[j];
+    m_model.mean[j] = Dot(mean, axes[j]);
+  }
+}
+
+// Puts the centre at these coordinates from M and the radius to sqrt(|centre|^2 + meanSquare).
+template<int D>
+void RoundLeastSquares<D>::PlaceCentre(const double (&centre)[D], double meanSquare) {
+  double square = 0.0;
+  for (const double c : centre) square += c * c;
+  const double height = std::sqrt(square);
+  if (height > 0.0) {
+    double mix[D][D] = {};
+    for (int j = 0; j < D; ++j) mix[0][j] = -centre[j] / height;
+    mix[1][0] = -mix[0][1];
+    mix[1][1] = mix[0][0];
+    Vec3 turned[D];
+    Combine(mix, m_model.axis, turned);
+    turned[0] = Unit(turned[0]);
+    if constexpr (D == 3) {
+      turned[1] = AnyOrthogonal(turned[0]);
+      turned[2] = Cross(turned[0], turned[1]);
+    }
+    TurnAxes(turned);
+  }
+  std::fill_n(m_model.shift, D, 0.0);
+  m_model.height = height;
+  m_model.rise = meanSquare / (std::sqrt(square + meanSquare) + height);
+  m_deviationsAreCurrent = false;
+}
+
+template<int D>
+Vec3 RoundLeastSquares<D>::Centre() const {
+  Vec3 centre;
+  for (int j = 0; j < D; ++j) {
+    const double coordinate = j == 0 ? m_model.mean[0] - m_model.height : m_model.mean[j] + m_model.shift[j];
+    centre = centre + (coordinate / m_points.Scale()) * m_model.axis[j];
+  }
+  return centre;
+}
+
+template<int D>
+double RoundLeastSquares<D>::Radius() const {
+  return (m_model.height + m_model.rise) / m_points.Scale();
+}
+
+template<int D>
+void RoundLeastSquares<D>::MoveCentre(const Vec3& centre) {
+  const double radius = m_model.height + m_model.rise;
+  double coordinates[D];
+  for (int j = 0; j < D; ++j) coordinates[j] = m_points.Scale() * Dot(centre, m_model.axis[j]) - m_model.mean[j];
+  PlaceCentre(coordinates, 0.0);
+  m_model.rise = radius - m_model.height;
+}
+
+template<int D>
+typename RoundLeastSquares<D>::System RoundLeastSquares<D>::SumSystem() {
+  BlockSums<kProducts<D>> total;
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  m_deviations = {0.0, kInfinity, -kInfinity};
+  m_points.ForEach([&](const PointBlock& block) {
+    double sums[kProducts<D>];
+    Deviations part;
+    SumProducts(block, m_model, sums, part);
+    total.Add(sums);
+    m_deviations.smallest = std::min(m_deviations.smallest, part.smallest);
+    m_deviations.largest = std::max(m_deviations.largest, part.largest);
+  });
+  m_deviations.sumSquares = total[kProducts<D> - 1];
+  m_deviationsAreCurrent = true;
+  // Unknown 0 is the rise, then the shifts, last the height; the kernel has the height first.
+  System system;
+  system.product[0][0] = static_cast<double>(m_points.Size());
+  system.right[0] = total[kProducts<D> - 2];
+  for (int j = 0; j < D; ++j) {
+    const int row = j == 0 ? D : j;
+    system.product[row][0] = system.product[0][row] = total[j];
+    system.right[row] = total[D + TriangleSize(D) + j];
+    for (int k = 0; k <= j; ++k) {
+      const int column = k == 0 ? D : k;
+      system.product[row][column] = system.product[column][row] = total[D + TriangleSize(j) + k];
+    }
+  }
+  return system;
+}
+
+template<int D>
+GaussNewtonStep RoundLeastSquares<D>::SolveStep() {
+  const System system = SumSystem();
+  GaussNewtonStep step;
+  if (!std::isfinite(m_deviations.sumSquares)) return step;
+  step.solvable = SolvePositive(system.product, system.right, m_step) > kClearPivot || SolveByRows(m_step);
+  double gain = 0.0;
+  for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * system.right[j];
+  for (int j = 1; j < kUnknowns; ++j) step.squaredLength += m_step[j] * m_step[j];
+  if (D == 2) step.squaredLength += (m_step[0] + m_step[D]) * (m_step[0] + m_step[D]);
+  step.squaredLength /= m_points.Scale() * m_points.Scale();
+  step.atRoundingLevel = gain <= kNoise * kNoise * m_spread;
+  return step;
+}
+
+// The step of least length, in columns of unit length, by orthogonal reduction.
+template<int D>
+bool RoundLeastSquares<D>::SolveByRows(double (&step)[kUnknowns]) {
+  TallReduction reduction(kUnknowns + 1);
+  m_points.ForEach([&](const PointBlock& block) {
+    for (std::size_t begin = 0; begin < block.size; begin += TallReduction::kBlockRows) {
+      const std::size_t rows = std::min<std::size_t>(TallReduction::kBlockRows, block.size - begin);
+      double* columns[kUnknowns + 1];
+      for (int j = 0; j <= kUnknowns; ++j) columns[j] = reduction.Column(j);
+      FillRows<D>(block, begin, begin + rows, m_model, columns);
+      reduction.AbsorbBlock(static_cast<int>(rows));
+    }
+  });
+  reduction.Finish();
+  double scaled[kUnknowns][kUnknowns] = {};
+  double norm[kUnknowns];
+  for (int j = 0; j < kUnknowns; ++j) {
+    norm[j] = 0.0;
+    for (int i = 0; i <= j; ++i) norm[j] = std::hypot(norm[j], reduction.R(i, j));
+    for (int i = 0; i <= j && norm[j] > 0.0; ++i) scaled[j][i] = reduction.R(i, j) / norm[j];
+  }
+  const SmallSvd<kUnknowns> svd = SvdOfColumns(scaled);
+  if (!std::isfinite(svd.value[0])) return false;
+  std::fill_n(step, kUnknowns, 0.0);
+  for (int k = 0; k < kUnknowns; ++k) {
+    if (!(svd.value[k] > kUnknowns * kEpsilon * svd.value[0])) break;
+    double part = 0.0;
+    for (int i = 0; i < kUnknowns; ++i) part += svd.work[k][i] * reduction.R(i, kUnknowns);
+    for (int j = 0; j < kUnknowns; ++j)
+      if (norm[j] > 0.0) step[j] += svd.axis[k][j] * (part / svd.value[k] / svd.value[k]) / norm[j];
+  }
+  return true;
+}
+
+template<int D>
+void RoundLeastSquares<D>::TakeStep() {
+  m_model.rise += m_step[0];
+  for (int j = 1; j < D; ++j) m_model.shift[j] += m_step[j];
+  m_model.height += m_step[D];
+  m_deviationsAreCurrent = false;
+}
+
+template<int D>
+Deviations RoundLeastSquares<D>::DeviationsNow() {
+  const double scale = m_points.Scale();
+  if (!m_deviationsAreCurrent) {
+    CompensatedSum sum;
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    m_deviations = {0.0, kInfinity, -kInfinity};
+    m_points.ForEach([&](const PointBlock& block) {
+      Deviations part;
+      FindDeviations(block, m_model, part);
+      sum.Add(part.sumSquares);
+      m_deviations.smallest = std::min(m_deviations.smallest, part.smallest);
+      m_deviations.largest = std::max(m_deviations.largest, part.largest);
+    });
+    m_deviations.sumSquares = sum.Value();
+    m_deviationsAreCurrent = true;
+  }
+  return {m_deviations.sumSquares / scale / scale, m_deviations.smallest / scale, m_deviations.largest / scale};
+}
+
+template class RoundLeastSquares<2>;
+template class RoundLeastSquares<3>;
+
+}  // namespace nu::internal

@@ -1,0 +1,73 @@
+#include "nu/geometry/internal/fit_guards.h"
+#include "nu/geometry/internal/form_statistics.h"
+#include "nu/geometry/internal/principal_direction.h"
+#include "nu/geometry/line.h"
+
+// Least-squares line. The line through P0 along the unit direction d that minimises the sum of |d x (p - P0)|^2 passes
+// through the mean point, and d is the right singular vector of the largest singular value of the matrix of the rows
+// p - P0 (K. Pearson, On lines and planes of closest fit, Phil. Mag. 2, 1901).
+
+using nu::internal::Components;
+using nu::internal::Deviations;
+using nu::internal::FailFit;
+using nu::internal::MiddleOf;
+using nu::internal::PointBlocks;
+using nu::internal::PrincipalDirection;
+using nu::internal::RequireCount;
+using nu::internal::Vec3;
+using nu::internal::ViewOf;
+
+namespace {
+
+constexpr const char* kName = "CNuLine";
+constexpr int kLeastPoints = 2;
+
+Vec3 DirectionOfTwo(const CNuPointArray& pts) {
+  const CNuPoint way = pts[1] - pts[0];
+  if (way.IsZero(NuGetLengthTol())) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
+  const Vec3 d = Components(way);
+  if (!IsFinite(d)) FailFit(nu::internal::kNumericalFailure, kName);
+  return Unit(d);
+}
+
+PrincipalDirection Solve(PointBlocks& blocks, const CNuPointArray& pts) {
+  PrincipalDirection found = FindPrincipalDirection(blocks, nu::internal::Extent::largest);
+  if (pts.GetSize() == 2) found.direction = DirectionOfTwo(pts);
+  if (!found.finite) FailFit(nu::internal::kNumericalFailure, kName);
+  if (found.largestSingular < NuGetZero()) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
+  CNuVector direction = ToVector(found.direction);
+  direction.SymmetricAxis(NuGetTol(), 1);
+  found.direction = Components(direction);
+  return found;
+}
+
+// Deviations in a plane have a sign, in space they have none.
+// The extremes of the signed ones start at 0.0: hosts rely on a form that is never below the largest deviation.
+double FormOf(const Deviations& d, bool planar) {
+  return planar ? std::max(d.largest, 0.0) - std::min(d.smallest, 0.0) : 2.0 * d.largest;
+}
+
+}  // namespace
+
+void CNuLine::Fit(const CNuPointArray& pts) {
+  Fit(pts, nullptr, nullptr);
+}
+
+void CNuLine::Fit(const CNuPointArray& pts, double* form, double* sumsq) {
+  nu::internal::TranslateForeign(kName, [&] {
+    RequireCount(pts, kLeastPoints, kName);
+    PointBlocks blocks(ViewOf(pts), MiddleOf(pts));
+    const PrincipalDirection found = Solve(blocks, pts);
+    const bool planar = pts.Is2D() == NuTrue;
+    Deviations d;
+    if (form != nullptr && pts.GetSize() > kLeastPoints) {
+      d = planar ? PlanarLineDeviations(blocks, found.mean, found.direction)
+                 : SpaceLineDeviations(blocks, found.mean, found.direction);
+    }
+    m_point = ToPoint(blocks.InCallersFrame(found.mean));
+    m_direction = ToVector(found.direction);
+    if (form == nullptr) return;
+    *form = FormOf(d, planar);
+    *sumsq = d.sumSquares;
+  });
+}

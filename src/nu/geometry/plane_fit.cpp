@@ -1,0 +1,59 @@
+#include "nu/geometry/internal/fit_guards.h"
+#include "nu/geometry/internal/form_statistics.h"
+#include "nu/geometry/internal/principal_direction.h"
+#include "nu/geometry/plane.h"
+
+// Least-squares plane. The plane through P0 with the unit normal n that minimises the sum of ((p - P0) . n)^2 passes
+// through the mean point, and n is the right singular vector of the smallest singular value of the matrix of the rows
+// p - P0 (K. Pearson, On lines and planes of closest fit, Phil. Mag. 2, 1901).
+
+using nu::internal::Components;
+using nu::internal::Deviations;
+using nu::internal::FailFit;
+using nu::internal::MiddleOf;
+using nu::internal::PointBlocks;
+using nu::internal::PrincipalDirection;
+using nu::internal::RequireCount;
+using nu::internal::ViewOf;
+
+namespace {
+
+constexpr const char* kName = "CNuPlane";
+constexpr int kLeastPoints = 3;
+
+// `ofThree` is the normal of the first three points that are not on one line: of exactly three points, the plane's.
+PrincipalDirection Solve(PointBlocks& blocks, const CNuPointArray& pts, const CNuVector& ofThree) {
+  PrincipalDirection found = FindPrincipalDirection(blocks, nu::internal::Extent::smallest);
+  if (!found.finite) FailFit(nu::internal::kNumericalFailure, kName);
+  if (pts.GetSize() == kLeastPoints) found.direction = Unit(Components(ofThree));
+  CNuVector normal = ToVector(found.direction);
+  normal.SymmetricAxis(NuGetTol(), 1);
+  found.direction = Components(normal);
+  return found;
+}
+
+}  // namespace
+
+void CNuPlane::Fit(const CNuPointArray& pts) {
+  Fit(pts, nullptr, nullptr);
+}
+
+void CNuPlane::Fit(const CNuPointArray& pts, double* form, double* sumsq) {
+  nu::internal::TranslateForeign(kName, [&] {
+    CNuVector normal;
+    const bool collinear = AreCollinear(pts, &normal, NuGetLengthTol()) == 1;
+    RequireCount(pts, kLeastPoints, kName);
+    if (collinear) FailFit(nu::internal::kCollinearPoints, kName, kLeastPoints);
+    PointBlocks blocks(ViewOf(pts), MiddleOf(pts));
+    const PrincipalDirection found = Solve(blocks, pts, normal);
+    Deviations d;
+    if (form != nullptr && pts.GetSize() > kLeastPoints) d = PlaneDeviations(blocks, found.mean, found.direction);
+    m_point = ToPoint(blocks.InCallersFrame(found.mean));
+    m_normal = ToVector(found.direction);
+    if (form == nullptr) return;
+    // The extremes start at 0.0, as for the line in a plane:
+    // hosts rely on a form that is never below the largest one-sided deviation.
+    *form = std::max(d.largest, 0.0) - std::min(d.smallest, 0.0);
+    *sumsq = d.sumSquares;
+  });
+}
