@@ -25,6 +25,15 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   CNuPlane GetPlane() const;
   void GetData(double* radius, CNuPoint* centre, CNuVector* normal) const;
 
+  // Least-squares circle in the least-squares plane of the points, by at most `maxiter` Gauss-Newton steps on the
+  // distances from it (Gander, Golub and Strebel, BIT 34, 1994); it ends with a correction to centre and radius whose
+  // squared length is below NuGetTol(), or that is down to rounding. `form` receives the largest minus the smallest
+  // signed distance in that plane, `sumsq` the sum of the squared ones; both are 0 for three points, which need no
+  // step. CNuBestfitException, for which the circle and the outputs stay as they were: cause 13 (size 0) for a limit
+  // below 1, before all else; causes 1 and 3 of the plane, named "CNuPlane"; else named "CNuCircle" with size 0: cause
+  // 11 for coordinates that are not finite, a start radius of 0.1 NuGetLarge() or more and whatever else fails on the
+  // way; cause 12 when the limit is reached. FitEx throws cause 13 only: NuFitNoConvergence stands for cause 12,
+  // NuFitFailure for every other failure.
   void Fit(const CNuPointArray& pts, long maxiter);
   void Fit(const CNuPointArray& pts, double* form, double* sumsq, long maxiter);
   ENuFitResult FitEx(const CNuPointArray& pts, long maxiter);

@@ -1,0 +1,120 @@
+#include <cmath>
+
+#include "nu/curves/circle.h"
+#include "nu/geometry/internal/fit_guards.h"
+#include "nu/geometry/internal/round_least_squares.h"
+#include "nu/geometry/plane.h"
+
+// Least-squares circle. The carrier plane is the least-squares plane of the points; in it, with the points projected
+// onto the in-plane axes X and Y, the centre (a, b) and the radius r minimise the sum of
+// (sqrt((u - a)^2 + (v - b)^2) - r)^2: an algebraic start, then Gauss-Newton until the squared length of the correction
+// to (a, b, r) is below NuGetTol(). The correction is applied each time.
+
+using nu::internal::Components;
+using nu::internal::Deviations;
+using nu::internal::FailFit;
+using nu::internal::GaussNewtonEnd;
+using nu::internal::GaussNewtonRule;
+using nu::internal::PointBlocks;
+using nu::internal::RoundLeastSquares;
+using nu::internal::Vec3;
+using nu::internal::ViewOf;
+
+namespace {
+
+constexpr const char* kName = "CNuCircle";
+constexpr int kLeastPoints = 3;
+
+struct Axes {
+  CNuVector x;
+  CNuVector y;
+  CNuVector normal;
+};
+
+struct Solution {
+  Vec3 centre;  // relative to the origin given
+  double radius = 0.0;
+  Deviations deviations;
+};
+
+// The plane's refusals keep its name; a numerical failure is this fit's own.
+CNuPlane CarrierPlane(const CNuPointArray& pts) {
+  CNuPlane plane;
+  try {
+    plane.Fit(pts);
+  } catch (const CNuBestfitException& failure) {
+    if (failure.GetCause() == nu::internal::kNumericalFailure) FailFit(nu::internal::kNumericalFailure, kName);
+    throw;
+  }
+  return plane;
+}
+
+// From the first point, which is on the circle.
+Solution CircleThroughThree(const CNuPointArray& pts, const Axes& axes) {
+  const Vec3 x = Components(axes.x);
+  const Vec3 y = Components(axes.y);
+  const Vec3 p = Components(pts[1] - pts[0]);
+  const Vec3 q = Components(pts[2] - pts[0]);
+  const double pu = Dot(p, x);
+  const double pv = Dot(p, y);
+  const double qu = Dot(q, x);
+  const double qv = Dot(q, y);
+  const double pp = pu * pu + pv * pv;
+  const double qq = qu * qu + qv * qv;
+  const double area = 2.0 * (pu * qv - qu * pv);
+  const double a = (qv * pp - pv * qq) / area;
+  const double b = (pu * qq - qu * pp) / area;
+  return {a * x + b * y, std::sqrt(a * a + b * b), {}};
+}
+
+Solution LeastSquaresCircle(PointBlocks& blocks, const Axes& axes, bool wantsDeviations, long maxiter) {
+  RoundLeastSquares<2> fit(blocks, {Components(axes.x), Components(axes.y)});
+  const double large = NuGetLarge();
+  if (!fit.Start() || !(fit.Radius() < 0.1 * large)) FailFit(nu::internal::kNumericalFailure, kName);
+  const GaussNewtonRule rule{.tolerance = NuGetTol(),
+                             .large = large,
+                             .limit = maxiter,
+                             .takesLastStep = true,
+                             .endsAtGrowth = false,
+                             .endsBeforeLimit = false};
+  const GaussNewtonEnd end = RunGaussNewton(fit, rule);
+  if (end == GaussNewtonEnd::unsolvable) FailFit(nu::internal::kNumericalFailure, kName);
+  if (end == GaussNewtonEnd::limitReached) FailFit(nu::internal::kIterationLimit, kName);
+  return {fit.Centre(), fit.Radius(), wantsDeviations ? fit.DeviationsNow() : Deviations{}};
+}
+
+}  // namespace
+
+void CNuCircle::Fit(const CNuPointArray& pts, long maxiter) {
+  Fit(pts, nullptr, nullptr, maxiter);
+}
+
+void CNuCircle::Fit(const CNuPointArray& pts, double* form, double* sumsq, long maxiter) {
+  nu::internal::RequireIterations(maxiter, kName);
+  nu::internal::TranslateForeign(kName, [&] {
+    const CNuPlane plane = CarrierPlane(pts);
+    Axes axes{{}, {}, plane.GetNormal()};
+    axes.normal.OrthonormalXY(&axes.x, &axes.y);
+    const bool exact = pts.GetSize() == kLeastPoints;
+    const Vec3 origin = Components(exact ? pts[0] : plane.GetPoint());
+    PointBlocks blocks(ViewOf(pts), origin);
+    const Solution found =
+        exact ? CircleThroughThree(pts, axes) : LeastSquaresCircle(blocks, axes, form != nullptr, maxiter);
+    const Vec3 centre = origin + found.centre;
+    if (!IsFinite(centre) || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
+    SetPosition(ToPoint(centre), axes.x, axes.normal);
+    m_radius = found.radius;
+    if (form == nullptr) return;
+    *form = found.deviations.largest - found.deviations.smallest;
+    *sumsq = found.deviations.sumSquares;
+  });
+}
+
+ENuFitResult CNuCircle::FitEx(const CNuPointArray& pts, long maxiter) {
+  return FitEx(pts, nullptr, nullptr, maxiter);
+}
+
+ENuFitResult CNuCircle::FitEx(const CNuPointArray& pts, double* form, double* sumsq, long maxiter) {
+  nu::internal::RequireIterations(maxiter, kName);
+  return nu::internal::ResultOf([&] { Fit(pts, form, sumsq, maxiter); });
+}

@@ -1,0 +1,111 @@
+#include <algorithm>
+#include <cmath>
+
+#include "nu/geometry/internal/fit_guards.h"
+#include "nu/geometry/internal/round_least_squares.h"
+#include "nu/surfaces/sphere.h"
+
+// Least-squares sphere. The centre c and the radius r minimise the sum of (|p - c| - r)^2: an algebraic start, then
+// Gauss-Newton while the squared step of the centre keeps shrinking. A step below NuGetTol() is not applied; one that
+// is not shorter than the step before ends the iteration, and so does the limit.
+
+using nu::internal::Components;
+using nu::internal::Deviations;
+using nu::internal::FailFit;
+using nu::internal::GaussNewtonEnd;
+using nu::internal::GaussNewtonRule;
+using nu::internal::MiddleOf;
+using nu::internal::PointBlocks;
+using nu::internal::RoundLeastSquares;
+using nu::internal::Vec3;
+using nu::internal::ViewOf;
+
+namespace {
+
+constexpr const char* kName = "CNuSphSurf";
+constexpr int kLeastPoints = 4;
+
+struct Solution {
+  Vec3 centre;
+  double radius = 0.0;
+  Deviations deviations;
+};
+
+// From the first point p0, which is on the sphere: the planes 2 q . (c - p0) = |q|^2 with q = p - p0 meet in the
+// centre.
+Solution SphereThroughFour(const CNuPointArray& points) {
+  const Vec3 q1 = Components(points[1] - points[0]);
+  const Vec3 q2 = Components(points[2] - points[0]);
+  const Vec3 q3 = Components(points[3] - points[0]);
+  const Vec3 across = Cross(q2, q3);
+  const Vec3 sum = Dot(q1, q1) * across + Dot(q2, q2) * Cross(q3, q1) + Dot(q3, q3) * Cross(q1, q2);
+  const Vec3 fromFirst = (0.5 / Dot(q1, across)) * sum;
+  return {Components(points[0]) + fromFirst, std::sqrt(Dot(fromFirst, fromFirst)), {}};
+}
+
+// A coordinate of the start within NuGetLengthTol() of zero becomes exactly 0: hosts rely on it for points that lie
+// on a sphere about the origin, whose start no step moves.
+Vec3 WithoutTraces(Vec3 centre) {
+  const double lengthTol = NuGetLengthTol();
+  for (double* c : {&centre.x, &centre.y, &centre.z})
+    if (std::fabs(*c) < lengthTol) *c = 0.0;
+  return centre;
+}
+
+Solution LeastSquaresSphere(PointBlocks& blocks, bool wantsDeviations, long maxIter) {
+  const Vec3 origin = blocks.Origin();
+  RoundLeastSquares<3> fit(blocks, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}});
+  if (!fit.Start()) FailFit(nu::internal::kNumericalFailure, kName);
+  const Vec3 startWorld = WithoutTraces(origin + fit.Centre());
+  if (startWorld.x == 0.0 || startWorld.y == 0.0 || startWorld.z == 0.0) fit.MoveCentre(startWorld - origin);
+  const Vec3 start = fit.Centre();
+  const GaussNewtonRule rule{.tolerance = NuGetTol(),
+                             .large = NuGetLarge(),
+                             .limit = maxIter,
+                             .takesLastStep = false,
+                             .endsAtGrowth = true,
+                             .endsBeforeLimit = true};
+  const GaussNewtonEnd end = RunGaussNewton(fit, rule);
+  if (end == GaussNewtonEnd::unsolvable) FailFit(nu::internal::kNumericalFailure, kName);
+  if (end == GaussNewtonEnd::limitReached) FailFit(nu::internal::kIterationLimit, kName);
+  const Vec3 centre = fit.Centre();
+  const bool stayed = centre.x == start.x && centre.y == start.y && centre.z == start.z;
+  return {stayed ? startWorld : origin + centre, fit.Radius(), wantsDeviations ? fit.DeviationsNow() : Deviations{}};
+}
+
+}  // namespace
+
+void CNuSphSurf::Fit(const CNuPointArray& points, long maxIter) {
+  Fit(points, nullptr, nullptr, maxIter);
+}
+
+void CNuSphSurf::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+  nu::internal::RequireIterations(maxIter, kName);
+  if (formError != nullptr) *formError = *sumSquares = 0.0;
+  const bool coplanar = AreCoplanar(points, NuGetLengthTol()) == 1;
+  nu::internal::RequireCount(points, kLeastPoints, kName);
+  PointBlocks blocks(ViewOf(points), MiddleOf(points));
+  // What is not finite has no distance from a plane, so it passes for coplanar.
+  if (coplanar)
+    FailFit(blocks.AllFinite() ? nu::internal::kCoplanarPoints : nu::internal::kNumericalFailure, kName,
+            blocks.AllFinite() ? kLeastPoints : 0);
+  const bool exact = points.GetSize() == kLeastPoints;
+  const Solution found = exact ? SphereThroughFour(points) : LeastSquaresSphere(blocks, formError != nullptr, maxIter);
+  if (!IsFinite(found.centre) || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
+  SetPosition(ToPoint(found.centre), CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+  m_radius = found.radius;
+  if (formError == nullptr || exact) return;
+  // The extremes start at -NuGetLarge() and NuGetLarge(): required, and hosts that narrow the range see it.
+  const double large = NuGetLarge();
+  *formError = std::max(found.deviations.largest, -large) - std::min(found.deviations.smallest, large);
+  *sumSquares = found.deviations.sumSquares;
+}
+
+ENuFitResult CNuSphSurf::FitEx(const CNuPointArray& points, long maxIter) {
+  return FitEx(points, nullptr, nullptr, maxIter);
+}
+
+ENuFitResult CNuSphSurf::FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+  nu::internal::RequireIterations(maxIter, kName);
+  return nu::internal::ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
+}

@@ -1,0 +1,88 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "nu/nu.h"
+#include "support/clouds.h"
+#include "support/failures.h"
+
+namespace {
+
+TEST(CircleFit, ChecksComeInOrderAndFailuresLeaveTheCircle) {
+  CNuCircle circle(7.0, CNuPoint(1, 2, 3));
+  double form = -1.0;
+  double sumsq = -1.0;
+  const auto failure = [&](const CNuPointArray& pts, long limit) {
+    return FailureOf([&] { circle.Fit(pts, &form, &sumsq, limit); });
+  };
+  nu::test::Random random(31);
+  const CNuPointArray noisy = nu::test::CircleCloud(random, 30, 10.0, 120.0, 0.05);
+  EXPECT_EQ(failure(CNuPointArray(1), 0), "bestfit 13 |CNuCircle [0,0]");
+  EXPECT_EQ(FailureOf([&] { circle.FitEx(noisy, -1); }), "bestfit 13 |CNuCircle [0,0]");
+  EXPECT_EQ(failure(CNuPointArray(1), 1), "bestfit 1 |CNuPlane [3,0]");
+  EXPECT_EQ(failure(noisy, 1), "bestfit 12 |CNuCircle [0,0]");
+  EXPECT_EQ(circle.FitEx(noisy, 1), NuFitNoConvergence);
+  EXPECT_EQ(circle.FitEx(CNuPointArray(1), 1), NuFitFailure);
+  NuSetLarge(50.0);
+  EXPECT_EQ(failure(noisy, 100), "bestfit 11 |CNuCircle [0,0]") << "start radius above a tenth of NuGetLarge()";
+  NuSetLarge(1e300);
+  EXPECT_EQ(circle.GetRadius(), 7.0);
+  EXPECT_EQ(circle.GetCentre().z(), 3.0);
+  EXPECT_EQ(form, -1.0);
+  EXPECT_EQ(circle.FitEx(noisy, &form, &sumsq, 100), NuFitSuccess);
+  CNuCircle same(1.0);
+  same.Fit(noisy, 100);
+  EXPECT_EQ(same.GetRadius(), circle.GetRadius());
+}
+
+// Far from the origin the three points keep the digits of their differences.
+TEST(CircleFit, ThreePointsGiveTheCircleThroughThem) {
+  CNuPointArray points(3);
+  for (const CNuPoint& p : {CNuPoint(5, 0, 0), CNuPoint(3, 4, 0), CNuPoint(-4, 3, 0)}) {
+    points.Add(p + CNuPoint(0x1p30, -0x1p30, 0x1p30));
+  }
+  CNuCircle circle(1.0);
+  double form = -1.0;
+  double sumsq = -1.0;
+  circle.Fit(points, &form, &sumsq, 1);
+  EXPECT_NEAR(circle.GetRadius(), 5.0, 4e-15);
+  EXPECT_EQ(circle.GetCentre().DistanceTo(CNuPoint(0x1p30, -0x1p30, 0x1p30)), 0.0);
+  EXPECT_EQ(form, 0.0);
+  EXPECT_EQ(sumsq, 0.0);
+}
+
+// Steps of a circle of 1e9 end at 1e-7, far above the default tolerance: that is convergence, not failure.
+TEST(CircleFit, RoundingLevelIsConvergence) {
+  nu::test::Random random(32);
+  CNuCircle circle(1.0);
+  for (const double radius : {1e6, 1e9, 1e15}) {
+    const CNuPointArray points = nu::test::CircleCloud(random, 50, radius, 200.0, 1e-3 * radius);
+    ASSERT_EQ(circle.FitEx(points, 100), NuFitSuccess) << radius;
+    EXPECT_NEAR(circle.GetRadius(), radius, 2e-3 * radius);
+  }
+  NuSetTol(0.0);
+  EXPECT_EQ(circle.FitEx(nu::test::CircleCloud(random, 50, 1.0, 360.0, 0.0), 100), NuFitSuccess);
+  NuSetTol(4.45e-16);
+}
+
+// Points that say next to nothing about the centre but all the more about the apex.
+TEST(CircleFit, TinyArcsKeepTheirCurvature) {
+  CNuCircle circle(1.0);
+  NuSetLengthTol(1e-30);
+  for (const double half : {1e-2, 1e-4, 1e-6}) {
+    CNuPointArray points(41);
+    for (int i = -20; i <= 20; ++i) {
+      const double t = half * i / 20.0;
+      // y = 1 - cos t without cancellation
+      points.Add(CNuPoint(std::sin(t), 2.0 * std::sin(t / 2) * std::sin(t / 2), 0.0));
+    }
+    double form;
+    double sumsq;
+    circle.Fit(points, &form, &sumsq, 50);
+    EXPECT_NEAR(circle.GetRadius(), 1.0, 1e-15 / half);
+    EXPECT_LE(form, 4e-16 * half);
+  }
+  NuSetLengthTol(1e-12);
+}
+
+}  // namespace

@@ -1,0 +1,82 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "nu/nu.h"
+#include "support/clouds.h"
+#include "support/failures.h"
+
+namespace {
+
+using nu::test::Random;
+using nu::test::SphereCloud;
+
+TEST(SphereFit, ChecksComeInOrderAndFailuresLeaveTheSphere) {
+  CNuSphSurf sphere(7.0, CNuPoint(1, 2, 3));
+  double form = -1.0;
+  double sumsq = -1.0;
+  const auto failure = [&](const CNuPointArray& pts, long limit) {
+    return FailureOf([&] { sphere.Fit(pts, &form, &sumsq, limit); });
+  };
+  Random random(41);
+  const CNuPointArray noisy = SphereCloud(random, 30, 10.0, 70.0, 0.05);
+  EXPECT_EQ(failure(CNuPointArray(1), 0), "bestfit 13 |CNuSphSurf [0,0]");
+  EXPECT_EQ(form, -1.0);
+  EXPECT_EQ(FailureOf([&] { sphere.FitEx(noisy, 0); }), "bestfit 13 |CNuSphSurf [0,0]");
+  EXPECT_EQ(failure(noisy.SubArray(0, 2), 9), "bestfit 1 |CNuSphSurf [4,0]");
+  EXPECT_EQ(form, 0.0) << "outputs are cleared once the limit is found good";
+  EXPECT_EQ(failure(nu::test::PlaneCloud(random, 9, 1.0, 1.0, 0.0), 9), "bestfit 4 |CNuSphSurf [4,0]");
+  EXPECT_EQ(failure(noisy, 2), "bestfit 12 |CNuSphSurf [0,0]");
+  EXPECT_EQ(sphere.FitEx(noisy, 2), NuFitNoConvergence);
+  EXPECT_EQ(sphere.FitEx(CNuPointArray(1), 2), NuFitFailure);
+  EXPECT_EQ(sphere.GetRadius(), 7.0);
+  EXPECT_EQ(sphere.GetCentre().z(), 3.0);
+  EXPECT_EQ(sphere.FitEx(noisy, &form, &sumsq, 100), NuFitSuccess);
+  EXPECT_NEAR(sumsq / 30.0, 0.05 * 0.05, 1e-3);
+}
+
+// Required: the limit counts the step that confirms convergence, so one step never suffices and two do for points that
+// lie on a sphere; and the algebraic start then stays, with coordinates near zero made zero.
+TEST(SphereFit, ExactPointsKeepTheAlgebraicStart) {
+  Random random(42);
+  const CNuPointArray exact = SphereCloud(random, 40, 3.0, 180.0, 0.0);
+  CNuSphSurf sphere(1.0);
+  EXPECT_EQ(sphere.FitEx(exact, 1), NuFitNoConvergence);
+  ASSERT_EQ(sphere.FitEx(exact, 2), NuFitSuccess);
+  EXPECT_EQ(sphere.GetCentre().DistanceTo(CNuPoint()), 0.0);
+  EXPECT_NEAR(sphere.GetRadius(), 3.0, 4e-15);
+}
+
+TEST(SphereFit, FourPointsGiveTheSphereThroughThem) {
+  CNuPointArray points(4);
+  const CNuPoint centre(0x1p30, -0x1p30, 0x1p30);
+  for (const CNuPoint& p : {CNuPoint(2, 3, 6), CNuPoint(-6, 2, 3), CNuPoint(3, -6, 2), CNuPoint(-2, -3, -6)})
+    points.Add(centre + p);
+  CNuSphSurf sphere(1.0);
+  double form = -1.0;
+  double sumsq = -1.0;
+  sphere.Fit(points, &form, &sumsq, 1);
+  EXPECT_NEAR(sphere.GetRadius(), 7.0, 1e-14);
+  EXPECT_LE(sphere.GetCentre().DistanceTo(centre), 1e-14);
+  EXPECT_EQ(form + sumsq, 0.0);
+}
+
+// Five clusters: the columns of the Jacobian are dependent but for the size of a cluster.
+TEST(SphereFit, ClustersOfPointsAreSolvedWithoutSquaringTheirCondition) {
+  NuSetTol(1e-32);
+  Random random(43);
+  const CNuPoint corners[] = {{2, 3, 6}, {-6, 2, 3}, {3, -6, 2}};
+  for (const double spread : {1e-3, 1e-5}) {
+    CNuPointArray points(60);
+    for (int i = 0; i < 60; ++i) {
+      CNuPoint p = corners[i % 3] + CNuPoint(random.Bell(), random.Bell(), random.Bell()) * spread;
+      points.Add(p * (7.0 / p.DistanceTo(CNuPoint())));
+    }
+    CNuSphSurf sphere(1.0);
+    ASSERT_EQ(sphere.FitEx(points, 100), NuFitSuccess);
+    EXPECT_NEAR(sphere.GetRadius(), 7.0, 1e-13 / spread);
+  }
+  NuSetTol(4.45e-16);
+}
+
+}  // namespace
