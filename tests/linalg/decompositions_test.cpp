@@ -7,6 +7,7 @@
 
 #include "nu/foundation/int_array.h"
 #include "nu/foundation/tolerances.h"
+#include "nu/linalg/linear_equ_sys.h"
 #include "nu/linalg/matrix.h"
 #include "nu/linalg/vector.h"
 #include "support/failing_new.h"
@@ -279,6 +280,11 @@ TEST(Decompositions, SurviveFailingAllocations) {
     a.SVD(&w, &p);
     s.Inverse(nullptr);
     s.Determinant();
+    CNuLinearEquSys exact(0), least(1);
+    exact.Solve(s, w);
+    least.Solve(s, w);
+    least.SetNonnegative();
+    least.Solve(s, w);
     s.EigenValues(nullptr);
     s.EigenVectors(nullptr);
     general.SubMatrix(0, 19, 0, 19).EigenValuesVectors(nullptr, &w, &p);

@@ -260,7 +260,7 @@ void CNuLinearEquSys::SolveNonnegative(const CNuMatrix& a, const CNuVector& b) {
   reduction.AddRows(a.GetData(), b.GetData(), a.GetRowSize());
   reduction.Finish();
   CNuVector x(a.GetColumnSize());
-  if (!nu::internal::SolveNonNegative(reduction, NuGetLengthTol(), x.GetData()).converged) return;
+  if (!nu::internal::SolveNonNegative(reduction, NuGetLengthTol(), x.GetData())) return;
   m_solution = std::move(x);
   m_solved = NuTrue;
 }

@@ -89,12 +89,6 @@ class ActiveSet {
     return true;
   }
 
-  double FreeSquare() {
-    double square = 0.0;
-    for (int i = m_positive; i < m_n; ++i) square += Row(i)[m_n] * Row(i)[m_n];
-    return square;
-  }
-
  private:
   double* Row(int i) { return m_rows.data() + static_cast<std::ptrdiff_t>(i) * m_ld; }
 
@@ -199,13 +193,8 @@ class ActiveSet {
 
 }  // namespace
 
-NnlsResult SolveNonNegative(const TallReduction& reduction, double tolerance, double* x) {
-  ActiveSet set(reduction, tolerance, x);
-  NnlsResult result;
-  result.converged = set.Solve();
-  const int n = reduction.Columns() - 1;
-  result.residualNorm = std::sqrt(set.FreeSquare() + reduction.R(n, n) * reduction.R(n, n));
-  return result;
+bool SolveNonNegative(const TallReduction& reduction, double tolerance, double* x) {
+  return ActiveSet(reduction, tolerance, x).Solve();
 }
 
 }  // namespace nu::internal

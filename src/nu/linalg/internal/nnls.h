@@ -5,17 +5,13 @@
 
 namespace nu::internal {
 
-struct NnlsResult {
-  bool converged = false;     // false: the limit of exchanges was reached, or the input was not finite
-  double residualNorm = 0.0;  // |A x - b|
-};
-
 // min |A x - b| subject to x >= 0, from the finished reduction of [A b] (Lawson & Hanson, Solving Least Squares
 // Problems, 1974, chapter 23). An unknown enters while its share of the gradient, A_j . (b - A x), is above
 // `tolerance`; at the end every unknown is either positive with a vanishing gradient, or 0 with a gradient that is not
-// above the tolerance. Columns that depend on the positive ones within rounding stay at 0. At most 10 exchanges per
-// unknown; x, of n components, then holds the last feasible point. Throws std::bad_alloc.
-NnlsResult SolveNonNegative(const TallReduction& reduction, double tolerance, double* x);
+// above the tolerance. Columns that depend on the positive ones within rounding stay at 0. False when 10 exchanges per
+// unknown do not end it (x, of n components, is then the last feasible point) and when the input is not finite. Throws
+// std::bad_alloc.
+bool SolveNonNegative(const TallReduction& reduction, double tolerance, double* x);
 
 }  // namespace nu::internal
 
