@@ -1,7 +1,7 @@
 // What do systems of equations cost: square ones, tall ones, and those with non-negative unknowns?
 
 #include "inputs.h"
-#include "nu/linalg/linear_equations.h"
+#include "nu/linalg/linear_equ_sys.h"
 #include "question.h"
 
 #ifdef NU_BENCH_LAPACK

@@ -57,53 +57,67 @@ bool Small(const Xyz& a, double tol) {
   return std::fabs(a.x) < tol && std::fabs(a.y) < tol && std::fabs(a.z) < tol;
 }
 
-// --- one pass over all points
+// --- one pass over all points: the peers loop over the library's points as they lie in memory
+
+using Points = std::vector<CNuPoint>;
+const auto kSamePoints = [](const Cloud& cloud) {
+  const CNuPointArray points = bench::ToPoints(cloud);
+  return Points(points.GetData(), points.GetData() + points.GetSize());
+};
+const auto kFromPointVector = [](const Points& points) {
+  Numbers all;
+  for (const CNuPoint& p : points) all.insert(all.end(), {p.x(), p.y(), p.z()});
+  return all;
+};
+Xyz ToXyz(const CNuPoint& p) {
+  return {p.x(), p.y(), p.z()};
+}
+const auto kFromPoint = [](const CNuPoint& p) { return Numbers{p.x(), p.y(), p.z()}; };
 
 void AskMeanPoint() {
   Question<Cloud>("mean_point", kRounding, bench::Ball)
       .Ask(
-          "nu", kPoints, [](const CNuPointArray& points) { return points.MeanPoint(); },
-          [](const CNuPoint& p) {
-            return Numbers{p.x(), p.y(), p.z()};
-          })
+          "nu", kPoints, [](const CNuPointArray& points) { return points.MeanPoint(); }, kFromPoint)
       .Ask(
-          "loop", kSame,
-          [](const Cloud& cloud) {
+          "loop", kSamePoints,
+          [](const Points& points) {
             Xyz sum{0, 0, 0};
-            for (const Xyz& p : cloud) sum = {sum.x + p.x, sum.y + p.y, sum.z + p.z};
-            const double n = static_cast<double>(cloud.size());
-            return Xyz{sum.x / n, sum.y / n, sum.z / n};
+            for (const CNuPoint& p : points) sum = {sum.x + p.x(), sum.y + p.y(), sum.z + p.z()};
+            const double n = static_cast<double>(points.size());
+            return CNuPoint(sum.x / n, sum.y / n, sum.z / n);
           },
-          [](const Xyz& p) {
-            return Numbers{p.x, p.y, p.z};
-          })
+          kFromPoint)
       .Over(kSizes);
 }
+
+struct Box {
+  CNuPoint low, high;
+};
+const auto kCorners = [](const Box& box) {
+  return Numbers{box.low.x(), box.low.y(), box.low.z(), box.high.x(), box.high.y(), box.high.z()};
+};
 
 void AskBoundingBox() {
   Question<Cloud>("bounding_box", 0, bench::Ball)
       .Ask(
           "nu", kPoints,
           [](const CNuPointArray& points) {
-            CNuPointArray corners(2);
-            CNuPoint low, high;
-            points.BoundingBox(&low, &high);
-            corners.Add(low);
-            corners.Add(high);
-            return corners;
+            Box box;
+            points.BoundingBox(&box.low, &box.high);
+            return box;
           },
-          kFromPoints)
+          kCorners)
       .Ask(
-          "loop", kSame,
-          [](const Cloud& cloud) {
-            Xyz low = cloud.front(), high = low;
-            for (const Xyz& p : cloud) {
-              low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
-              high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+          "loop", kSamePoints,
+          [](const Points& points) {
+            Xyz low = ToXyz(points.front()), high = low;
+            for (const CNuPoint& p : points) {
+              low = {std::min(low.x, p.x()), std::min(low.y, p.y()), std::min(low.z, p.z())};
+              high = {std::max(high.x, p.x()), std::max(high.y, p.y()), std::max(high.z, p.z())};
             }
-            return Cloud{low, high};
+            return Box{CNuPoint(low.x, low.y, low.z), CNuPoint(high.x, high.y, high.z)};
           },
-          kFromCloud)
+          kCorners)
       .Over(kSizes);
 }
 
@@ -119,89 +133,71 @@ void AskMoveTo() {
           },
           kFromPoints)
       .Ask(
-          "loop", kSame,
-          [=](const Cloud& cloud) {
+          "loop", kSamePoints,
+          [=](const Points& points) {
             const Xyz y = Cross(z, x);
-            Cloud moved = cloud;
-            for (Xyz& p : moved) {
-              const Xyz d = p - origin;
-              p = {Dot(d, x), Dot(d, y), Dot(d, z)};
+            Points moved = points;
+            for (CNuPoint& p : moved) {
+              const Xyz d = ToXyz(p) - origin;
+              p.x() = Dot(d, x);
+              p.y() = Dot(d, y);
+              p.z() = Dot(d, z);
             }
             return moved;
           },
-          kFromCloud)
+          kFromPointVector)
       .Over(kSizes);
 }
 
-void AskIsPlanarInZ() {
-  Question<Cloud>("is_2d", 0, bench::Disk)
+// A test that looks at every point: the library's answer, and whether all points satisfy a condition.
+template<class Test, class Condition>
+void AskTest(const char* name, Cloud (*make)(int), Test test, Condition condition) {
+  Question<Cloud>(name, 0, make)
       .Ask(
-          "nu", kPoints, [](const CNuPointArray& points) { return points.Is2D() ? 1.0 : 0.0; }, kOne)
+          "nu", kPoints, [=](const CNuPointArray& points) { return test(points) ? 1.0 : 0.0; }, kOne)
       .Ask(
-          "loop", kSame,
-          [](const Cloud& cloud) {
-            return std::all_of(cloud.begin(), cloud.end(), [&](const Xyz& p) { return p.z == cloud[0].z; }) ? 1.0 : 0.0;
-          },
-          kOne)
+          "loop", kSamePoints, [=](const Points& points) { return condition(points) ? 1.0 : 0.0; }, kOne)
       .Over(kSizes);
 }
 
-// The dear case: all points on one line, so that every point is looked at.
-void AskIsNoncollinear() {
-  Question<Cloud>("is_noncollinear", 0, bench::Rail)
-      .Ask(
-          "nu", kPoints,
-          [](const CNuPointArray& points) {
-            CNuIntArray found(3);
-            return points.IsNoncollinear(&found, kTolerance) ? 1.0 : 0.0;
-          },
-          kOne)
-      .Ask(
-          "loop", kSame,
-          [](const Cloud& cloud) {
-            const Xyz d = Unit(cloud[1] - cloud[0]);
-            const auto on = [&](const Xyz& p) { return Small(Cross(d, p - cloud[0]), kTolerance); };
-            return std::all_of(cloud.begin(), cloud.end(), on) ? 0.0 : 1.0;
-          },
-          kOne)
-      .Over(kSizes);
-}
-
-// The same for a plane.
-void AskIsNoncoplanar() {
-  Question<Cloud>("is_noncoplanar", 0, bench::Glass)
-      .Ask(
-          "nu", kPoints,
-          [](const CNuPointArray& points) {
-            CNuIntArray found(4);
-            return points.IsNoncoplanar(&found, kTolerance) ? 1.0 : 0.0;
-          },
-          kOne)
-      .Ask(
-          "loop", kSame,
-          [](const Cloud& cloud) {
-            const Xyz n = Unit(Cross(cloud[1] - cloud[0], cloud.back() - cloud[0]));
-            const auto on = [&](const Xyz& p) { return std::fabs(Dot(n, p - cloud[0])) <= kTolerance; };
-            return std::all_of(cloud.begin(), cloud.end(), on) ? 0.0 : 1.0;
-          },
-          kOne)
-      .Over(kSizes);
-}
-
-// A point that is in no set, so that every point is looked at.
-void AskIsIn() {
-  Question<Cloud>("is_in", 0, bench::Ball)
-      .Ask(
-          "nu", kPoints, [](const CNuPointArray& points) { return points.IsIn(CNuPoint(), kTolerance) ? 1.0 : 0.0; },
-          kOne)
-      .Ask(
-          "loop", kSame,
-          [](const Cloud& cloud) {
-            const auto here = [](const Xyz& p) { return Small(p, kTolerance); };
-            return std::any_of(cloud.begin(), cloud.end(), here) ? 1.0 : 0.0;
-          },
-          kOne)
-      .Over(kSizes);
+void AskTests() {
+  AskTest(
+      "is_2d", bench::Disk, [](const CNuPointArray& points) { return points.Is2D(); },
+      [](const Points& points) {
+        const double z = points.front().z();
+        return std::all_of(points.begin(), points.end(), [=](const CNuPoint& p) { return p.z() == z; });
+      });
+  // The dear case: all points on one line.
+  AskTest(
+      "is_noncollinear", bench::Rail,
+      [](const CNuPointArray& points) {
+        CNuIntArray found(3);
+        return points.IsNoncollinear(&found, kTolerance);
+      },
+      [](const Points& points) {
+        const Xyz first = ToXyz(points.front()), d = Unit(ToXyz(points[1]) - first);
+        return std::any_of(points.begin(), points.end(),
+                           [=](const CNuPoint& p) { return !Small(Cross(d, ToXyz(p) - first), kTolerance); });
+      });
+  // The dear case: all points on one plane.
+  AskTest(
+      "is_noncoplanar", bench::Glass,
+      [](const CNuPointArray& points) {
+        CNuIntArray found(4);
+        return points.IsNoncoplanar(&found, kTolerance);
+      },
+      [](const Points& points) {
+        const Xyz first = ToXyz(points.front());
+        const Xyz n = Unit(Cross(ToXyz(points[1]) - first, ToXyz(points.back()) - first));
+        return std::any_of(points.begin(), points.end(),
+                           [=](const CNuPoint& p) { return std::fabs(Dot(n, ToXyz(p) - first)) > kTolerance; });
+      });
+  // A point that is in no set.
+  AskTest(
+      "is_in", bench::Ball, [](const CNuPointArray& points) { return points.IsIn(CNuPoint(), kTolerance); },
+      [](const Points& points) {
+        return std::any_of(points.begin(), points.end(), [](const CNuPoint& p) { return Small(ToXyz(p), kTolerance); });
+      });
 }
 
 // --- pairs
@@ -416,14 +412,16 @@ void AskRemoveAdjacentDuplicate() {
           },
           kFromPoints)
       .Ask(
-          "std_unique", kSame,
-          [](const Cloud& cloud) {
-            Cloud kept = cloud;
-            const auto equal = [](const Xyz& a, const Xyz& b) { return Small(a - b, bench::kCopy); };
+          "std_unique", kSamePoints,
+          [](const Points& points) {
+            Points kept = points;
+            const auto equal = [](const CNuPoint& a, const CNuPoint& b) {
+              return Small(ToXyz(a) - ToXyz(b), bench::kCopy);
+            };
             kept.erase(std::unique(kept.begin(), kept.end(), equal), kept.end());
             return kept;
           },
-          kFromCloud)
+          kFromPointVector)
       .Over(kSizes);
 }
 
@@ -463,10 +461,7 @@ const bool kAsked = [] {
   AskMeanPoint();
   AskBoundingBox();
   AskMoveTo();
-  AskIsPlanarInZ();
-  AskIsNoncollinear();
-  AskIsNoncoplanar();
-  AskIsIn();
+  AskTests();
   AskMaxEdge("max_edge_ball", bench::Ball);
   AskMaxEdge("max_edge_shell", bench::Shell);
   AskMinEdge("min_edge_ball", bench::Ball, 1000000);
