@@ -1,0 +1,35 @@
+#ifndef NU_INSPECT_FEATURES_H
+#define NU_INSPECT_FEATURES_H
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "inspection.h"
+#include "pictures.h"
+
+// The points do not determine the feature, or the iteration failed; the text says which.
+class FitFailure : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// One feature by one criterion.
+struct Method {
+  const char* feature;
+  const char* criterion;
+  const char* formName;
+  Inspection (*fit)(const std::vector<Vec3>& points);
+  std::string (*draw)(const Inspection& inspection, const PictureLabels& labels);
+};
+
+// The method of that name; throws InputError if there is none, and says what there is.
+Method FindMethod(const std::string& feature, const std::string& criterion);
+
+// Throws FitFailure.
+Inspection Inspect(const Method& method, const std::vector<Vec3>& points);
+
+// A sentence that lists the features and criteria that can be fitted.
+std::string AvailableFits();
+
+#endif

@@ -1,0 +1,77 @@
+#ifndef NU_INSPECT_INSPECTION_H
+#define NU_INSPECT_INSPECTION_H
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "point_file.h"
+
+inline double Dot(const Vec3& a, const Vec3& b) {
+  return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+inline Vec3 Minus(const Vec3& a, const Vec3& b) {
+  return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+}
+inline Vec3 Cross(const Vec3& a, const Vec3& b) {
+  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+inline Vec3 Unit(const Vec3& a) {
+  const double length = std::sqrt(Dot(a, a));
+  return {a[0] / length, a[1] / length, a[2] / length};
+}
+
+// A right-handed frame of unit axes.
+struct Frame {
+  Vec3 origin{};
+  Vec3 x{1, 0, 0};
+  Vec3 y{0, 1, 0};
+  Vec3 z{0, 0, 1};
+
+  Vec3 ToLocal(const Vec3& point) const {
+    const Vec3 v = Minus(point, origin);
+    return {Dot(v, x), Dot(v, y), Dot(v, z)};
+  }
+};
+
+// One parameter of the fitted feature: a length (one value), a point or a direction (three values).
+struct Parameter {
+  enum class Kind { kLength, kPoint, kDirection };
+  std::string name;
+  Kind kind;
+  std::vector<double> values;
+};
+
+// What was found about one feature, all that tables and pictures need.
+//
+// The frame belongs to the feature: line: x along it; plane: z is its normal; circle: origin at the centre, z is its
+// normal; sphere: origin at the centre. `deviations` are signed distances from the feature: from a line in a plane
+// across it, from a plane along its normal, from a circle or sphere outwards. A line in space has distances only, its
+// `zoneIsRound` and its form is the diameter of the enclosing cylinder.
+struct Inspection {
+  std::string feature;
+  std::string criterion;
+  std::string formName;
+  std::vector<Parameter> parameters;
+  double radius = 0;
+  double form = 0;
+  double sumSquares = 0;
+  double seconds = 0;
+  bool zoneIsRound = false;
+  Frame frame;
+  std::vector<Vec3> local;
+  std::vector<double> deviations;
+
+  double RootMeanSquare() const { return std::sqrt(sumSquares / static_cast<double>(deviations.size())); }
+  std::size_t IndexOfMax() const {
+    return static_cast<std::size_t>(std::max_element(deviations.begin(), deviations.end()) - deviations.begin());
+  }
+  std::size_t IndexOfMin() const {
+    return static_cast<std::size_t>(std::min_element(deviations.begin(), deviations.end()) - deviations.begin());
+  }
+};
+
+#endif

@@ -1,0 +1,24 @@
+#ifndef NU_INSPECT_PICTURES_H
+#define NU_INSPECT_PICTURES_H
+
+#include <string>
+#include <vector>
+
+#include "inspection.h"
+#include "report.h"
+#include "units.h"
+
+// What a picture says beside what it shows.
+struct PictureLabels {
+  std::string file;
+  LengthUnit unit;
+  std::vector<Row> rows;  // as in the table
+};
+
+// Each returns a complete SVG document.
+std::string DrawStraightness(const Inspection& inspection, const PictureLabels& labels);
+std::string DrawFlatness(const Inspection& inspection, const PictureLabels& labels);
+std::string DrawRoundness(const Inspection& inspection, const PictureLabels& labels);
+std::string DrawSphericity(const Inspection& inspection, const PictureLabels& labels);
+
+#endif
