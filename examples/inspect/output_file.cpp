@@ -53,8 +53,8 @@ void WriteFile(const std::string& path, std::string_view content) {
 
 bool SameFile(const std::string& a, const std::string& b) {
   std::error_code error;
-  const fs::path first = fs::weakly_canonical(a, error);
+  const fs::path first = fs::weakly_canonical(fs::absolute(a), error);
   if (error) return false;
-  const fs::path second = fs::weakly_canonical(b, error);
+  const fs::path second = fs::weakly_canonical(fs::absolute(b), error);
   return !error && first == second;
 }
