@@ -112,10 +112,16 @@ double RoundUp(double value) {
   return RoundNumber(value, true);
 }
 
-Ticks::Ticks(double low, double high, int count) : step(RoundUp((high - low) / count)) {
-  decimals = std::max(0, static_cast<int>(-std::floor(std::log10(step) + 1e-9)));
+Ticks::Ticks(double low, double high, int count) {
+  constexpr int kMostDecimals = 15;
+  const double span = high - low;
+  if (!(span > 0 && std::isfinite(span))) return;
+  step = RoundUp(span / count);
+  decimals = std::clamp(static_cast<int>(-std::floor(std::log10(step) + 1e-9)), 0, kMostDecimals);
   const double slack = 1e-6 * step;
-  for (double k = std::ceil((low - slack) / step); k * step <= high + slack; ++k) values.push_back(k * step);
+  const double first = std::ceil((low - slack) / step);
+  // Counted, because far from zero the next multiple may be the same number.
+  for (int k = 0; k <= count && (first + k) * step <= high + slack; ++k) values.push_back((first + k) * step);
 }
 
 std::string Ticks::Text(double value) const {

@@ -64,14 +64,14 @@ class Canvas {
 double RoundDown(double value);
 double RoundUp(double value);
 
-// Round values from `low` to `high`, about `count` of them.
+// Round values from `low` to `high`, about `count` of them; none where no span is left to divide.
 struct Ticks {
   Ticks(double low, double high, int count);
   std::string Text(double value) const;
   std::string SignedText(double value) const;
 
-  double step;
-  int decimals;
+  double step = 1;
+  int decimals = 0;
   std::vector<double> values;
 };
 

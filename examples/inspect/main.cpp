@@ -5,7 +5,7 @@
 #include <exception>
 #include <new>
 
-#include "features.h"
+#include "methods.h"
 #include "options.h"
 #include "output_file.h"
 #include "pictures.h"

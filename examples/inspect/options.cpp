@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "features.h"
+#include "methods.h"
 #include "text.h"
 
 namespace {

@@ -9,6 +9,7 @@ namespace {
 constexpr PagePoint kMapCentre{100, 83};
 constexpr double kMapWidth = 148;  // at most
 constexpr double kMapHeight = 106;
+constexpr double kLeastExtent = 1e-9;
 constexpr double kMargin = 3;  // of paper around the outermost points
 constexpr double kLegendLeft = 42.5;
 constexpr double kLegendBelow = 20;  // the map
@@ -23,7 +24,8 @@ struct MapAxis {
       high = std::max(high, p[index]);
     }
   }
-  double Extent() const { return high - low; }
+  // Never 0: the scale divides by it.
+  double Extent() const { return std::max(high - low, kLeastExtent); }
 
   double shift;  // makes positions count from the foot of the global origin, so that they resemble the coordinates
   double low = std::numeric_limits<double>::max();

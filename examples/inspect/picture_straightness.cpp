@@ -8,6 +8,7 @@ namespace {
 
 constexpr double kStripLeft = 27;
 constexpr double kStripRight = 162;
+constexpr double kLeastLength = 1e-9;  // the scale divides by it
 constexpr TextStyle kTickText{2.7, "end", "#5c6670", false, 0};
 
 // One strip: the deviations in one direction along the line, between the two lines of the zone.
@@ -26,7 +27,7 @@ class StraightnessPlot {
       : m_inspection(inspection), m_page(inspection, labels), m_canvas(m_page.Drawing()) {
     const auto [first, last] = std::minmax_element(inspection.local.begin(), inspection.local.end());
     m_start = (*first)[0];
-    m_length = (*last)[0] - m_start;
+    m_length = std::max((*last)[0] - m_start, kLeastLength);
   }
 
   std::string Draw() {

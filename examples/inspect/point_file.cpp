@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <string_view>
 
 #include "line_reader.h"
@@ -11,6 +12,8 @@ namespace {
 
 constexpr char kBlanks = ' ';
 constexpr std::size_t kLongestExcerpt = 40;
+// No length is longer in any unit, and squares of it, summed, stay finite.
+constexpr double kLargestCoordinate = 1e100;
 
 bool IsBlank(char c) {
   return c == ' ' || c == '\t' || c == '\v' || c == '\f';
@@ -70,9 +73,10 @@ void Split(std::string_view line, char separator, std::vector<std::string_view>*
 }
 
 // What is wrong with a field, as the end of a sentence.
-std::string Complaint(std::string_view field, bool decimalComma) {
+std::string Complaint(std::string_view field, bool wellFormed, bool decimalComma) {
   std::string text = "'" + Printable(field.substr(0, kLongestExcerpt)) + (field.size() > kLongestExcerpt ? "..." : "");
   if (IsNotFiniteWord(field)) return text + "' is not a finite number; expected a coordinate";
+  if (wellFormed) return text + "' is too large for a coordinate";
   text += std::string("' is not a number; expected a coordinate such as ") + (decimalComma ? "12,345" : "12.345");
   const bool otherPoint = field.find(decimalComma ? '.' : ',') != std::string_view::npos;
   const bool split = field.find_first_of(" \t") != std::string_view::npos;
@@ -187,8 +191,10 @@ class PointFileParser {
       field = m_withPoint;
     }
     double value = 0;
-    if (wellFormed && ParseNumber(field, &value)) return value;
-    Fail("column " + std::to_string(column + 1) + ": " + Complaint(m_fields[column], m_options.decimalComma));
+    wellFormed = wellFormed && ParseNumber(field, &value);
+    if (wellFormed && std::fabs(value) <= kLargestCoordinate) return value;
+    Fail("column " + std::to_string(column + 1) + ": " +
+         Complaint(m_fields[column], wellFormed, m_options.decimalComma));
   }
 
   // Without names, a first column that only counts the points is more likely their number than their x.

@@ -1,4 +1,4 @@
-#include "features.h"
+#include "methods.h"
 
 #include <nu/nu.h>
 
@@ -80,6 +80,14 @@ void AddDeviations(const std::vector<Vec3>& points, const Deviation& deviation, 
     inspection->local.push_back(inspection->frame.ToLocal(point));
     inspection->deviations.push_back(deviation(inspection->local.back()));
   }
+}
+
+// Tables and pictures rely on it.
+void RequireFinite(const Inspection& inspection) {
+  bool finite = std::isfinite(inspection.form) && std::isfinite(inspection.sumSquares);
+  for (const Vec3& p : inspection.local) finite = finite && std::isfinite(Dot(p, p));
+  for (const double deviation : inspection.deviations) finite = finite && std::isfinite(deviation);
+  if (!finite) throw FitFailure("the result is not finite: the points do not determine the feature");
 }
 
 bool HaveOneZ(const std::vector<Vec3>& points) {
@@ -221,6 +229,7 @@ Method FindMethod(const std::string& feature, const std::string& criterion) {
 Inspection Inspect(const Method& method, const std::vector<Vec3>& points) {
   try {
     Inspection inspection = method.fit(points);
+    RequireFinite(inspection);
     inspection.feature = method.feature;
     inspection.criterion = method.criterion;
     inspection.formName = method.formName;

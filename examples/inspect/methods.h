@@ -1,5 +1,5 @@
-#ifndef NU_INSPECT_FEATURES_H
-#define NU_INSPECT_FEATURES_H
+#ifndef NU_INSPECT_METHODS_H
+#define NU_INSPECT_METHODS_H
 
 #include <stdexcept>
 #include <string>
