@@ -35,6 +35,7 @@ std::vector<MapPoint> CellMeans(const std::vector<MapPoint>& dots) {
     ++count;
   }
   std::vector<MapPoint> means;
+  means.reserve(cells.size());
   for (const auto& [cell, total] : cells) {
     means.push_back({{(cell.first + 0.5) * kCell, (cell.second + 0.5) * kCell}, total.first / total.second});
   }
