@@ -46,7 +46,7 @@ endif()
 # What files may look like: the plane through (1 2 3), (4 5 9), (7 8 1), as three points determine it.
 set(plane "point x +4\\.0+ .*point y +5\\.0+ .*point z +4\\.333333")
 string(ASCII 239 187 191 bom)
-expect_text(0 "${plane}" "${bom}1\t2\t3\r\n4\t5\t9\r\n7\t8\t1\r\n")
+expect_text(0 "${plane}" "${bom}X [mm]\tZ [mm]\tname\tY [mm]\r\n1\t3\ta b\t2\r\n4\t9\tc, d\t\t5\r\n7\t1\te\t8\r\n")
 expect_text(0 "${plane}" "1,2,3\r4,5,9\r7,8,1\r")
 expect_text(0 "${plane}" "3\n1 2 3 # first\n\n4 5 9\n// between\n7 8 1")
 expect_text(0 "${plane}" "\"X [mm]\";\"Z [mm]\";\"Y [mm]\"\n\"1,0\";\"3,0\";\"2,0\";\n4;9;5;\n7;1;8;\n" --decimal-comma)

@@ -117,7 +117,9 @@ class PointFileParser {
   bool StartsPoints(std::string_view line) {
     m_separator = kBlanks;
     if (!m_options.decimalComma && line.find(',') != std::string_view::npos) m_separator = ',';
-    if (line.find(';') != std::string_view::npos) m_separator = ';';
+    for (const char separator : {'\t', ';'}) {
+      if (line.find(separator) != std::string_view::npos) m_separator = separator;
+    }
     Split(line, m_separator, &m_fields);
     ChooseColumns();
     const std::size_t first = std::min<std::size_t>(m_columns[0], m_fields.size() - 1);
