@@ -2,9 +2,9 @@
 
 #include <cmath>
 
-#include "nu/nu.h"
 #include "support/clouds.h"
 #include "support/failures.h"
+#include "support/fitted.h"
 
 namespace {
 
@@ -35,22 +35,6 @@ TEST(CircleFit, ChecksComeInOrderAndFailuresLeaveTheCircle) {
   EXPECT_EQ(same.GetRadius(), circle.GetRadius());
 }
 
-// Far from the origin the three points keep the digits of their differences.
-TEST(CircleFit, ThreePointsGiveTheCircleThroughThem) {
-  CNuPointArray points(3);
-  for (const CNuPoint& p : {CNuPoint(5, 0, 0), CNuPoint(3, 4, 0), CNuPoint(-4, 3, 0)}) {
-    points.Add(p + CNuPoint(0x1p30, -0x1p30, 0x1p30));
-  }
-  CNuCircle circle(1.0);
-  double form = -1.0;
-  double sumsq = -1.0;
-  circle.Fit(points, &form, &sumsq, 1);
-  EXPECT_NEAR(circle.GetRadius(), 5.0, 4e-15);
-  EXPECT_EQ(circle.GetCentre().DistanceTo(CNuPoint(0x1p30, -0x1p30, 0x1p30)), 0.0);
-  EXPECT_EQ(form, 0.0);
-  EXPECT_EQ(sumsq, 0.0);
-}
-
 // Steps of a circle of 1e9 end at 1e-7, far above the default tolerance: that is convergence, not failure.
 TEST(CircleFit, RoundingLevelIsConvergence) {
   nu::test::Random random(32);
@@ -65,22 +49,15 @@ TEST(CircleFit, RoundingLevelIsConvergence) {
   NuSetTol(4.45e-16);
 }
 
-// Points that say next to nothing about the centre but all the more about the apex.
+// Points that say next to nothing about the centre but all the more about the apex; y is 1 - cos t.
 TEST(CircleFit, TinyArcsKeepTheirCurvature) {
-  CNuCircle circle(1.0);
   NuSetLengthTol(1e-30);
   for (const double half : {1e-2, 1e-4, 1e-6}) {
     CNuPointArray points(41);
-    for (int i = -20; i <= 20; ++i) {
-      const double t = half * i / 20.0;
-      // y = 1 - cos t without cancellation
-      points.Add(CNuPoint(std::sin(t), 2.0 * std::sin(t / 2) * std::sin(t / 2), 0.0));
-    }
-    double form;
-    double sumsq;
-    circle.Fit(points, &form, &sumsq, 50);
-    EXPECT_NEAR(circle.GetRadius(), 1.0, 1e-15 / half);
-    EXPECT_LE(form, 4e-16 * half);
+    for (double t = -half; t <= half; t += half / 20) points.Add({std::sin(t), 2.0 * std::pow(std::sin(t / 2), 2), 0});
+    const nu::test::Fitted f = FitOf(nu::test::kCircle, points);
+    EXPECT_NEAR(f.radius, 1.0, 1e-15 / half);
+    EXPECT_LE(f.form, 4e-16 * half);
   }
   NuSetLengthTol(1e-12);
 }

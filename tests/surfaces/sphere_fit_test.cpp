@@ -47,36 +47,4 @@ TEST(SphereFit, ExactPointsKeepTheAlgebraicStart) {
   EXPECT_NEAR(sphere.GetRadius(), 3.0, 4e-15);
 }
 
-TEST(SphereFit, FourPointsGiveTheSphereThroughThem) {
-  CNuPointArray points(4);
-  const CNuPoint centre(0x1p30, -0x1p30, 0x1p30);
-  for (const CNuPoint& p : {CNuPoint(2, 3, 6), CNuPoint(-6, 2, 3), CNuPoint(3, -6, 2), CNuPoint(-2, -3, -6)})
-    points.Add(centre + p);
-  CNuSphSurf sphere(1.0);
-  double form = -1.0;
-  double sumsq = -1.0;
-  sphere.Fit(points, &form, &sumsq, 1);
-  EXPECT_NEAR(sphere.GetRadius(), 7.0, 1e-14);
-  EXPECT_LE(sphere.GetCentre().DistanceTo(centre), 1e-14);
-  EXPECT_EQ(form + sumsq, 0.0);
-}
-
-// Five clusters: the columns of the Jacobian are dependent but for the size of a cluster.
-TEST(SphereFit, ClustersOfPointsAreSolvedWithoutSquaringTheirCondition) {
-  NuSetTol(1e-32);
-  Random random(43);
-  const CNuPoint corners[] = {{2, 3, 6}, {-6, 2, 3}, {3, -6, 2}};
-  for (const double spread : {1e-3, 1e-5}) {
-    CNuPointArray points(60);
-    for (int i = 0; i < 60; ++i) {
-      CNuPoint p = corners[i % 3] + CNuPoint(random.Bell(), random.Bell(), random.Bell()) * spread;
-      points.Add(p * (7.0 / p.DistanceTo(CNuPoint())));
-    }
-    CNuSphSurf sphere(1.0);
-    ASSERT_EQ(sphere.FitEx(points, 100), NuFitSuccess);
-    EXPECT_NEAR(sphere.GetRadius(), 7.0, 1e-13 / spread);
-  }
-  NuSetTol(4.45e-16);
-}
-
 }  // namespace
