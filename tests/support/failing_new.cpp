@@ -1,5 +1,6 @@
 #include "support/failing_new.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <new>
 
@@ -14,16 +15,26 @@ void nu::test::FailAllocation(long k) {
   allocationsUntilFailure = k;
 }
 
+bool nu::test::AllocationHasFailed() {
+  return allocationsUntilFailure < 0;
+}
+
 long nu::test::LiveAllocations() {
   return liveAllocations;
 }
 
-void* operator new(std::size_t size) {
+// The array and nothrow forms of the standard library end in these.
+void* operator new(std::size_t size, std::align_val_t alignment) {
   if (allocationsUntilFailure >= 0 && allocationsUntilFailure-- == 0) throw std::bad_alloc();
-  void* memory = std::malloc(size == 0 ? 1 : size);
+  const std::size_t unit = static_cast<std::size_t>(alignment);
+  void* memory = std::aligned_alloc(unit, (size / unit + 1) * unit);
   if (memory == nullptr) throw std::bad_alloc();
   ++liveAllocations;
   return memory;
+}
+
+void* operator new(std::size_t size) {
+  return operator new (size, std::align_val_t{alignof(std::max_align_t)});
 }
 
 void operator delete(void* memory) noexcept {
@@ -32,5 +43,13 @@ void operator delete(void* memory) noexcept {
 }
 
 void operator delete(void* memory, std::size_t) noexcept {
+  operator delete(memory);
+}
+
+void operator delete(void* memory, std::align_val_t) noexcept {
+  operator delete(memory);
+}
+
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
   operator delete(memory);
 }

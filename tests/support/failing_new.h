@@ -7,6 +7,8 @@ namespace nu::test {
 
 // Lets the k-th allocation from now on fail, counted from 0, once; a negative k lets none fail.
 void FailAllocation(long k);
+// Whether the allocation that was last told to fail has done so.
+bool AllocationHasFailed();
 // What has been allocated and not released.
 long LiveAllocations();
 

@@ -34,8 +34,10 @@ int CNuGeometry::AreCollinear(const CNuPointArray& pts, CNuVector* normal, doubl
   const Vec3 d = Components(p[i]) - start;
   for (int j = i + 1; j < n; ++j) {
     const Vec3 e = Components(p[j]) - start;
-    const Vec3 c = Cross(d, e);
-    if (IsNull(e, tol) || IsNull(c, tol)) continue;
+    if (IsNull(e, tol) || IsNull(Cross(d, e), tol)) continue;
+    // The product itself may overflow, and under a tolerance that lets nothing be null it may be zero.
+    const Vec3 c = Cross(Rescaled(d), Rescaled(e));
+    if (IsNull(c, NuGetZero())) continue;
     CNuVector axis = ToVector(Unit(c));
     axis.SymmetricAxis(NuGetLengthTol(), 1);
     *normal = axis;

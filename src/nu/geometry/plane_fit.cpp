@@ -24,8 +24,8 @@ constexpr int kLeastPoints = 3;
 // `ofThree` is the normal of the first three points that are not on one line: of exactly three points, the plane's.
 PrincipalDirection Solve(PointBlocks& blocks, const CNuPointArray& pts, const CNuVector& ofThree) {
   PrincipalDirection found = FindPrincipalDirection(blocks, nu::internal::Extent::smallest);
-  if (!found.finite) FailFit(nu::internal::kNumericalFailure, kName);
   if (pts.GetSize() == kLeastPoints) found.direction = Unit(Components(ofThree));
+  if (!found.finite || !IsFinite(found.direction)) FailFit(nu::internal::kNumericalFailure, kName);
   CNuVector normal = ToVector(found.direction);
   normal.SymmetricAxis(NuGetTol(), 1);
   found.direction = Components(normal);

@@ -1,0 +1,202 @@
+// Every allocation of every operation fails once: the operation must end in the memory exception or the standard
+// failure (a fit may word it as a failed numerical step), leak nothing, and leave its object as it was.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <new>
+#include <string>
+
+#include "nu/nu.h"
+#include "support/failing_new.h"
+
+namespace {
+
+using nu::test::AllocationHasFailed;
+using nu::test::FailAllocation;
+using nu::test::LiveAllocations;
+
+enum class Outcome { kDone, kMemory, kOther };
+
+Outcome OutcomeOf(const std::function<void()>& operation) {
+  try {
+    operation();
+    return Outcome::kDone;
+  } catch (const CNuMemoryException&) {
+    return Outcome::kMemory;
+  } catch (const std::bad_alloc&) {
+    return Outcome::kMemory;
+  } catch (const CNuBestfitException& e) {
+    return e.GetCause() == 11 ? Outcome::kMemory : Outcome::kOther;
+  } catch (...) {
+    return Outcome::kOther;
+  }
+}
+
+// Runs the operation with its first, second, ... allocation failing until it gets through; `unchanged` is asked after
+// every failure.
+void FailEveryAllocation(
+    const std::string& name, const std::function<void()>& operation,
+    const std::function<bool()>& unchanged = [] { return true; }) {
+  constexpr long most = 2000;
+  for (long k = 0; k < most; ++k) {
+    const long before = LiveAllocations();
+    FailAllocation(k);
+    const Outcome outcome = OutcomeOf(operation);
+    const bool failed = AllocationHasFailed();
+    FailAllocation(-1);
+    if (!failed) {
+      ASSERT_EQ(outcome, Outcome::kDone) << name;
+      return;
+    }
+    if (outcome == Outcome::kDone) continue;  // it knows a way without that memory
+    ASSERT_EQ(outcome, Outcome::kMemory) << name << ", allocation " << k;
+    ASSERT_EQ(LiveAllocations(), before) << name << " leaks, allocation " << k;
+    ASSERT_TRUE(unchanged()) << name << " changes its object, allocation " << k;
+  }
+  FAIL() << name << " does not end";
+}
+
+CNuMatrix Dense(int rows, int columns) {
+  CNuMatrix m(rows, columns);
+  for (int i = 0; i < rows; ++i) {
+    for (int j = 0; j < columns; ++j) m.Element(i, j) = std::sin(1.0 + 7.0 * i + 3.0 * j * j) + (i == j ? 4.0 : 0.0);
+  }
+  return m;
+}
+
+CNuPointArray Arc(int n, double height) {
+  CNuPointArray points(n);
+  for (int i = 0; i < n; ++i) {
+    const double t = 0.01 * i;
+    points.Add(CNuPoint(5 * std::cos(t), 5 * std::sin(t) + 1e-4 * std::sin(31.0 * i), height * std::sin(3.0 * i)));
+  }
+  return points;
+}
+
+TEST(FailingAllocations, ValuesAndArrays) {
+  const CNuVector big(100);
+  const CNuMatrix wide(20, 30);
+  CNuVector vector(7);
+  CNuMatrix matrix(6, 6);
+  FailEveryAllocation("vector", [] { CNuVector v(100); });
+  FailEveryAllocation("vector copy", [&] { CNuVector v(big); });
+  FailEveryAllocation("matrix", [] { CNuMatrix m(20, 30); });
+  FailEveryAllocation("matrix copy", [&] { CNuMatrix m(wide); });
+  FailEveryAllocation("product", [&] { wide* wide.Transpose(); });
+  FailEveryAllocation(
+      "vector assignment", [&] { vector = big; }, [&] { return vector.GetSize() == 7; });
+  FailEveryAllocation(
+      "matrix assignment", [&] { matrix = wide; }, [&] { return matrix.GetRowSize() == 6; });
+
+  const CNuPointArray points = Arc(50, 0.0);
+  FailEveryAllocation("point array", [] { CNuPointArray a(50); });
+  FailEveryAllocation("point array copy", [&] { CNuPointArray a(points); });
+  CNuPointArray grown(2);
+  const auto still2 = [&] { return grown.GetSize() == 0 && grown.GetCapacity() == 2; };
+  FailEveryAllocation(
+      "append", [&] { grown.Append(points); }, still2);
+  CNuDoubleArray numbers(0);
+  const auto stillEmpty = [&] { return numbers.GetSize() == 0 && numbers.GetData() == nullptr; };
+  FailEveryAllocation(
+      "add", [&] { numbers.Add(1.0); }, stillEmpty);
+  FailEveryAllocation("sub array", [&] { points.SubArray(3, 30); });
+  FailEveryAllocation("coordinates", [&] { points.GetDataX(); });
+}
+
+TEST(FailingAllocations, Decompositions) {
+  for (int n : {3, 12, 40}) {
+    const CNuMatrix a = Dense(n, n);
+    const CNuMatrix tall = Dense(20 * n, n);
+    const CNuVector b(n);
+    const CNuVector tallB(20 * n);
+    FailEveryAllocation("LUD", [&] {
+      CNuIntArray index(0);
+      int d = 0, status = 0;
+      CNuMatrix(a).LUD(&index, &d, &status);
+    });
+    FailEveryAllocation("LUD2", [&] {
+      CNuMatrix l, u, p;
+      a.LUD2(&l, &u, &p);
+    });
+    FailEveryAllocation("SVD", [&] {
+      CNuMatrix u(tall), v;
+      CNuVector w;
+      u.SVD(&w, &v);
+    });
+    FailEveryAllocation("Determinant", [&] { a.Determinant(); });
+    ENuStatus status{};
+    FailEveryAllocation("Inverse", [&] { CNuMatrix(a).Inverse(&status); });
+    FailEveryAllocation("EigenValuesVectors", [&] {
+      CNuVector values;
+      CNuMatrix vectors;
+      (a + a.Transpose()).EigenValuesVectors(&status, &values, &vectors);
+      a.EigenValuesVectors(&status, &values, &vectors);
+    });
+    for (int method : {0, 1}) {
+      FailEveryAllocation("Solve", [&] { CNuLinearEquSys(method).Solve(a, b); });
+    }
+    FailEveryAllocation("tall Solve", [&] { CNuLinearEquSys(1).Solve(tall, tallB); });
+    FailEveryAllocation("non-negative Solve", [&] {
+      CNuLinearEquSys system(1);
+      system.SetNonnegative();
+      system.Solve(tall, tallB);
+    });
+  }
+}
+
+TEST(FailingAllocations, EigenCachesStaySound) {
+  ENuStatus status{};
+  const CNuVector expected = CNuMatrix::DiagonalMatrix(CNuVector(1, 2, 3)).EigenValues(&status);
+  for (long k = 0; k < 20; ++k) {
+    CNuMatrix other = Dense(30, 30);
+    FailAllocation(k);
+    OutcomeOf([&] { other.EigenValues(&status); });
+    FailAllocation(-1);
+    EXPECT_TRUE(CNuMatrix::DiagonalMatrix(CNuVector(1, 2, 3)).EigenValues(&status).IsEqual(expected, 1e-12));
+  }
+}
+
+TEST(FailingAllocations, PointSets) {
+  for (int n : {10, 3000}) {
+    const CNuPointArray flat = Arc(n, 0.0);
+    const CNuPointArray space = Arc(n, 0.3);
+    int i = 0, j = 0;
+    FailEveryAllocation("MaxEdge", [&] { space.MaxEdge(&i, &j); });
+    FailEveryAllocation("MinEdge", [&] { space.MinEdge(&i, &j); });
+    FailEveryAllocation("ConvexHull", [&] {
+      CNuIntArray hull(0);
+      flat.ConvexHull(&hull);
+    });
+    FailEveryAllocation("IsEqual", [&] { space.IsEqual(flat, 1e-3); });
+    CNuPointArray changed(space);
+    const auto unchanged = [&] { return changed.GetSize() == n && changed[n - 1].IsEqual(space[n - 1], 1e-300); };
+    FailEveryAllocation(
+        "RemoveDuplicate", [&] { changed.RemoveDuplicate(1e-9); }, unchanged);
+    FailEveryAllocation(
+        "MoveTo", [&] { changed.MoveTo(CNuPoint(1, 2, 3), CNuVector(0, 0, 1)); }, unchanged);
+  }
+}
+
+TEST(FailingAllocations, Fits) {
+  for (int n : {20, 3000}) {
+    const CNuPointArray flat = Arc(n, 0.0);
+    const CNuPointArray space = Arc(n, 3.0);
+    double form = 0, sumsq = 0;
+    CNuLine line;
+    CNuPlane plane;
+    CNuCircle circle(1.5);
+    CNuSphSurf sphere(1.5);
+    FailEveryAllocation(
+        "line", [&] { line.Fit(space, &form, &sumsq); }, [&] { return line.GetPoint().IsZero(1e-300) != NuFalse; });
+    FailEveryAllocation(
+        "plane", [&] { plane.Fit(space, &form, &sumsq); }, [&] { return plane.GetPoint().IsZero(1e-300) != NuFalse; });
+    FailEveryAllocation(
+        "circle", [&] { circle.Fit(flat, &form, &sumsq, 100); }, [&] { return circle.GetRadius() == 1.5; });
+    FailEveryAllocation(
+        "sphere", [&] { sphere.Fit(space, &form, &sumsq, 100); }, [&] { return sphere.GetRadius() == 1.5; });
+  }
+}
+
+}  // namespace
