@@ -49,13 +49,18 @@ struct Axes {
 // Principal axes by one pass of moments about the first point.
 Axes PrincipalAxes(const EigenCloud& points) {
   const Vector3d shift = points.front();
-  Vector3d sum = Vector3d::Zero();
-  Matrix3d squares = Matrix3d::Zero();
+  Vector3d sum = Vector3d::Zero(), diagonal = Vector3d::Zero();
+  double xy = 0, yz = 0, zx = 0;
   for (const Vector3d& p : points) {
     const Vector3d d = p - shift;
     sum += d;
-    squares += d * d.transpose();
+    diagonal += d.cwiseAbs2();
+    xy += d.x() * d.y();
+    yz += d.y() * d.z();
+    zx += d.z() * d.x();
   }
+  Matrix3d squares;
+  squares << diagonal.x(), xy, zx, xy, diagonal.y(), yz, zx, yz, diagonal.z();
   const double count = static_cast<double>(points.size());
   return {shift + sum / count,
           Eigen::SelfAdjointEigenSolver<Matrix3d>(squares - sum * sum.transpose() / count).eigenvectors()};
