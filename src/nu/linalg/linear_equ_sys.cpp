@@ -11,7 +11,6 @@
 #include "nu/linalg/internal/nnls.h"
 #include "nu/linalg/internal/svd.h"
 #include "nu/linalg/internal/tall_qr.h"
-#include "nu/linalg/internal/workspace.h"
 #include "nu/linalg/matrix.h"
 
 using nu::internal::FailOperation;
@@ -37,6 +36,20 @@ constexpr int kSmall = 10;
 // The test for full rank compares Frobenius norms, which are off by the rounding of a substitution only.
 constexpr double kRankMargin = 2.0;
 
+// Doubles, not initialised: inside their owner while there are few. Without alignment beyond the usual, for which
+// allocators charge small objects dearly.
+template<int kInline>
+class SmallDoubles {
+ public:
+  explicit SmallDoubles(std::size_t count) : m_heap(count > kInline ? new double[count] : nullptr) {}
+  double* Data() { return m_heap ? m_heap.get() : m_inline; }
+  const double* Data() const { return m_heap ? m_heap.get() : m_inline; }
+
+ private:
+  std::unique_ptr<double[]> m_heap;
+  double m_inline[kInline];
+};
+
 // Solves R x = d for the n x n upper triangle R, row by row; x may be d.
 void SolveTriangle(const double* r, int n, const double* d, double* x) {
   for (int i = n - 1; i >= 0; --i) {
@@ -50,7 +63,7 @@ void SolveTriangle(const double* r, int n, const double* d, double* x) {
 // Whether no singular value of the triangle can be as small as `tolerance` times the largest: the Frobenius norms of R
 // and of its inverse bound them. It spares the decomposition wherever the rank is beyond doubt; a NaN leaves the doubt.
 bool IsSurelyRegular(const double* r, int n, double tolerance) {
-  nu::internal::Workspace<kSmall> column(static_cast<std::size_t>(n));
+  SmallDoubles<kSmall> column(static_cast<std::size_t>(n));
   double* y = column.Data();
   double square = 0.0;
   double inverseSquare = 0.0;
@@ -70,20 +83,6 @@ bool IsSurelyRegular(const double* r, int n, double tolerance) {
 }  // namespace
 
 namespace nu::internal {
-
-// Doubles that are kept, not initialised: inside their owner while there are few. Without alignment beyond the usual,
-// which the allocator charges dearly for small objects.
-template<int kInline>
-class KeptDoubles {
- public:
-  explicit KeptDoubles(std::size_t count) : m_heap(count > kInline ? new double[count] : nullptr) {}
-  double* Data() { return m_heap ? m_heap.get() : m_inline; }
-  const double* Data() const { return m_heap ? m_heap.get() : m_inline; }
-
- private:
-  std::unique_ptr<double[]> m_heap;
-  double m_inline[kInline];
-};
 
 // What a solve keeps. Never changes after its making.
 class EquationFactors {
@@ -124,7 +123,7 @@ class ExactFactors final : public EquationFactors {
   int* m_pivots;
   int m_fewPivots[kSmall];
   std::unique_ptr<int[]> m_morePivots;
-  KeptDoubles<kSmall * kSmall> m_lu;
+  SmallDoubles<kSmall * kSmall> m_lu;
 };
 
 // A = Q R with R from the reduction of the rows; where the rank is in doubt also R = U diag(w) V^T. With fewer rows
@@ -161,9 +160,9 @@ class LeastSquaresFactors final : public EquationFactors {
         : u(static_cast<std::size_t>(rows) * unknowns),
           w(static_cast<std::size_t>(unknowns)),
           v(static_cast<std::size_t>(unknowns) * unknowns) {}
-    KeptDoubles<kSmall * kSmall> u;
-    KeptDoubles<kSmall> w;
-    KeptDoubles<kSmall * kSmall> v;
+    SmallDoubles<kSmall * kSmall> u;
+    SmallDoubles<kSmall> w;
+    SmallDoubles<kSmall * kSmall> v;
   };
 
   // Leaves Q^T b in x.
@@ -199,7 +198,7 @@ class LeastSquaresFactors final : public EquationFactors {
   // d has as many components as R has rows; x may be d.
   void SubstituteInner(const double* d, double* x) const {
     if (!m_singular) return SolveTriangle(m_triangle.Data(), m_unknowns, d, x);
-    Workspace<kSmall> shares(static_cast<std::size_t>(m_unknowns));
+    SmallDoubles<kSmall> shares(static_cast<std::size_t>(m_unknowns));
     const Singular& s = *m_singular;
     for (int k = 0; k < m_unknowns; ++k) {
       double sum = 0.0;
@@ -214,7 +213,7 @@ class LeastSquaresFactors final : public EquationFactors {
   }
 
   int m_innerRows;
-  KeptDoubles<kSmall * kSmall> m_triangle;
+  SmallDoubles<kSmall * kSmall> m_triangle;
   std::optional<TallReflectors> m_reflectors;
   std::unique_ptr<Singular> m_singular;
 };

@@ -19,7 +19,6 @@ class Workspace {
   Workspace& operator=(const Workspace&) = delete;
 
   double* Data() { return m_data; }
-  const double* Data() const { return m_data; }
   // Hands out the next `count` doubles of the block.
   double* Take(std::size_t count) {
     double* part = m_data + m_taken;
