@@ -204,6 +204,25 @@ NU_KERNEL void ReflectStack(const double* reflectors, const double* head, const 
   }
 }
 
+// Rows into columns, four rows at a time so that the stores are as wide.
+NU_KERNEL void Transpose(const double* const* row, int rows, int width, double* to, std::ptrdiff_t stride) {
+  int r = 0;
+  for (; r + 4 <= rows; r += 4) {
+    const double* r0 = row[r];
+    const double* r1 = row[r + 1];
+    const double* r2 = row[r + 2];
+    const double* r3 = row[r + 3];
+    double* column = to + r;
+    for (int j = 0; j < width; ++j, column += stride) {
+      const double four[4] = {r0[j], r1[j], r2[j], r3[j]};
+      for (int l = 0; l < 4; ++l) column[l] = four[l];
+    }
+  }
+  for (; r < rows; ++r) {
+    for (int j = 0; j < width; ++j) to[j * stride + r] = row[r][j];
+  }
+}
+
 int Padded(int rows) {
   return (rows + kLanes - 1) / kLanes * kLanes;
 }
@@ -244,10 +263,7 @@ void TallReduction::AddRows(const double* const* row, const double* rhs, int cou
   const int width = rhs != nullptr ? m_columns - 1 : m_columns;
   for (int i = 0; i < count;) {
     const int taken = std::min(count - i, m_blockRows - m_collected);
-    for (int r = 0; r < taken; ++r) {
-      double* to = m_block + m_collected + r;
-      for (int j = 0; j < width; ++j) to[j * m_stride] = row[i + r][j];
-    }
+    Transpose(row + i, taken, width, m_block + m_collected, m_stride);
     if (rhs != nullptr) std::copy(rhs + i, rhs + i + taken, Column(width) + m_collected);
     i += taken;
     m_collected += taken;
