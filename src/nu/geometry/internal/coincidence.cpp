@@ -6,6 +6,7 @@
 #include <cfloat>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <numeric>
 #include <optional>
 #include <utility>
@@ -49,15 +50,6 @@ class CellTable {
     slot.head = i;
   }
 
-  // Brings the cell of a point that will be looked for soon closer to the processor.
-  void Prefetch(const double* p) const {
-#if defined(__GNUC__)
-    __builtin_prefetch(&m_slots[Hash(CellOf(p[0]), CellOf(p[1]), CellOf(p[2])) >> m_shift]);
-#else
-    static_cast<void>(p);
-#endif
-  }
-
   // Whether accepts(i) for one of the points inserted, among which are all whose coordinates differ by less than the
   // reach from those of the finite point p.
   template<class Accepts>
@@ -78,9 +70,7 @@ class CellTable {
   }
 
   // The cells hold more points than searching them is worth.
-  bool IsCrowded() const {
-    return m_comparisons > kComparisonsPerSearch * m_searches + kComparisonsAtOnce;
-  }
+  bool IsCrowded() const { return m_comparisons > kComparisonsPerSearch * m_searches + kComparisonsAtOnce; }
 
  private:
   struct Slot {
@@ -131,9 +121,7 @@ class CellTable {
     return (h ^ (h >> 32)) * 0x9E3779B97F4A7C15u;
   }
 
-  static std::uint32_t TagOf(std::uint64_t hash) {
-    return static_cast<std::uint32_t>(hash) | 1u;
-  }
+  static std::uint32_t TagOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash) | 1u; }
 
   // Cells with one tag share a slot; their points tell themselves apart.
   Slot& SlotOf(std::uint64_t hash) {
@@ -154,18 +142,15 @@ class CellTable {
   std::uint64_t m_comparisons = 0;
 };
 
-// Sides of cells in reaches: the wide ones are opened one at a time; in the narrow ones only a bounded number of points
-// that are a reach apart has room.
-constexpr double kWide = 16.0;
-constexpr double kNarrow = 2.0;
-// As many points ahead the table is warmed up.
-constexpr int kAhead = 12;
+// Sides of cells in reaches, from those of which a search mostly opens one to those in which only a bounded number of
+// points that are a reach apart has room.
+constexpr double kSides[] = {256.0, 16.0, 2.0};
 
 // Points that were kept, and those among them near another one.
 class KeptPoints {
  public:
   KeptPoints(const PointView& points, double reach)
-      : m_points(points), m_reach(reach), m_table(std::in_place, points, reach, kWide) {}
+      : m_points(points), m_reach(reach), m_table(std::in_place, points, reach, kSides[0]) {}
 
   const std::vector<int>& Indices() const { return m_kept; }
   std::vector<int> Take() { return std::move(m_kept); }
@@ -175,13 +160,10 @@ class KeptPoints {
     if (IsFinite(m_points[static_cast<std::size_t>(i)])) m_table->Insert(i);
   }
 
-  void Prefetch(const double* p) const { m_table->Prefetch(p); }
-
   template<class Accepts>
   bool AnyNear(const double* p, Accepts accepts) {
-    if (m_isWide && m_table->IsCrowded()) {
-      m_isWide = false;
-      m_table.emplace(m_points, m_reach, kNarrow);
+    if (m_table->IsCrowded() && m_side + 1 < std::size(kSides)) {
+      m_table.emplace(m_points, m_reach, kSides[++m_side]);
       for (const int i : m_kept) {
         if (IsFinite(m_points[static_cast<std::size_t>(i)])) m_table->Insert(i);
       }
@@ -192,7 +174,7 @@ class KeptPoints {
  private:
   PointView m_points;
   double m_reach;
-  bool m_isWide = true;
+  std::size_t m_side = 0;
   std::optional<CellTable> m_table;
   std::vector<int> m_kept;
 };
@@ -233,7 +215,6 @@ std::vector<int> WithoutCoincident(const PointView& points, double tol) {
   KeptPoints kept(points, tol);
   for (int i = 0; i < n; ++i) {
     const double* p = points[i];
-    if (i + kAhead < n) kept.Prefetch(points[i + kAhead]);
     // A point that is not finite coincides with nothing.
     if (IsFinite(p) && kept.AnyNear(p, [&](int j) { return Coincide(p, points[j], tol); })) continue;
     kept.Keep(i);
@@ -247,7 +228,7 @@ bool AllCoincide(const PointView& points, const PointView& others, double tol) {
   while (i < n && i < others.Size() && Coincide(points[i], others[i], tol)) ++i;
   if (i == n) return true;
   if (!(tol > 0.0)) return false;
-  CellTable table(others, tol, kWide);
+  CellTable table(others, tol, kSides[0]);
   for (std::size_t k = 0; k < others.Size(); ++k) {
     if (IsFinite(others[k])) table.Insert(static_cast<int>(k));
   }

@@ -12,39 +12,38 @@ namespace {
 // Few additions to each lane; what they lose is a few roundings of the points' spread.
 constexpr std::size_t kBlock = 64 * kLanes;
 
+// x, y and z of a point stay together: the compiler adds neighbours in memory in one go.
 struct LaneSums {
-  double sum[3][kLanes];
-  double lost[3][kLanes];
+  double sum[kLanes][3];
+  double lost[kLanes][3];
 };
+
+NU_ALWAYS_INLINE void AddDifference(double* lane, const double* p, double x, double y, double z) {
+  lane[0] += p[0] - x;
+  lane[1] += p[1] - y;
+  lane[2] += p[2] - z;
+}
 
 // Differences from `origin`. The sums of the blocks are added with what each addition loses (D. E. Knuth, The Art of
 // Computer Programming 2, 4.2.2).
 NU_KERNEL void AddBlocks(PointView points, const double* origin, LaneSums& sums) {
-  const double x0 = origin[0];
-  const double y0 = origin[1];
-  const double z0 = origin[2];
+  const double x = origin[0];
+  const double y = origin[1];
+  const double z = origin[2];
   for (std::size_t begin = 0; begin < points.Size(); begin += kBlock) {
-    double block[3][kLanes] = {};
+    double block[kLanes][3] = {};
     const std::size_t end = std::min(begin + kBlock, points.Size());
     std::size_t i = begin;
     for (; i + kLanes <= end; i += kLanes) {
-      for (int l = 0; l < kLanes; ++l) {
-        block[0][l] += points[i + l][0] - x0;
-        block[1][l] += points[i + l][1] - y0;
-        block[2][l] += points[i + l][2] - z0;
-      }
+      for (int l = 0; l < kLanes; ++l) AddDifference(block[l], points[i + l], x, y, z);
     }
-    for (int l = 0; i < end; ++i, ++l) {
-      block[0][l] += points[i][0] - x0;
-      block[1][l] += points[i][1] - y0;
-      block[2][l] += points[i][2] - z0;
-    }
-    for (int k = 0; k < 3; ++k) {
-      for (int l = 0; l < kLanes; ++l) {
-        const double sum = sums.sum[k][l] + block[k][l];
-        const double share = sum - sums.sum[k][l];
-        sums.lost[k][l] += (sums.sum[k][l] - (sum - share)) + (block[k][l] - share);
-        sums.sum[k][l] = sum;
+    for (int l = 0; i < end; ++i, ++l) AddDifference(block[l], points[i], x, y, z);
+    for (int l = 0; l < kLanes; ++l) {
+      for (int k = 0; k < 3; ++k) {
+        const double sum = sums.sum[l][k] + block[l][k];
+        const double share = sum - sums.sum[l][k];
+        sums.lost[l][k] += (sums.sum[l][k] - (sum - share)) + (block[l][k] - share);
+        sums.sum[l][k] = sum;
       }
     }
   }
@@ -64,8 +63,13 @@ Vec3 MeanOf(const PointView& points) {
   AddBlocks(points, points[0], sums);
   double mean[3];
   for (int k = 0; k < 3; ++k) {
-    const double shift = (SumLanes(sums.sum[k]) + SumLanes(sums.lost[k])) / static_cast<double>(points.Size());
-    mean[k] = points[0][k] + shift;
+    double sum[kLanes];
+    double lost[kLanes];
+    for (int l = 0; l < kLanes; ++l) {
+      sum[l] = sums.sum[l][k];
+      lost[l] = sums.lost[l][k];
+    }
+    mean[k] = points[0][k] + (SumLanes(sum) + SumLanes(lost)) / static_cast<double>(points.Size());
   }
   const Vec3 result = LoadVec3(mean);
   return IsFinite(result) ? result : PlainMean(points);
