@@ -113,8 +113,7 @@ constexpr std::size_t kFilterSize = 150;
 constexpr double kMargin = 1e-6;
 // The map is given up when the sample is flatter than this: its rounding would approach the margin.
 constexpr double kFlattest = 1e-6;
-
-// And when the centre is that near to an edge, where the corners have the mean square distance 2.
+// So it is when the centre comes this near to an edge; the corners have the mean square distance 2.
 constexpr double kLeastInnerSquare = 1e-4;
 
 struct Line {
