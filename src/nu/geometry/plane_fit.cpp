@@ -14,6 +14,7 @@ using nu::internal::MiddleOf;
 using nu::internal::PointBlocks;
 using nu::internal::PrincipalDirection;
 using nu::internal::RequireCount;
+using nu::internal::Vec3;
 using nu::internal::ViewOf;
 
 namespace {
@@ -24,7 +25,9 @@ constexpr int kLeastPoints = 3;
 // `ofThree` is the normal of the first three points that are not on one line: of exactly three points, the plane's.
 PrincipalDirection Solve(PointBlocks& blocks, const CNuPointArray& pts, const CNuVector& ofThree) {
   PrincipalDirection found = FindPrincipalDirection(blocks, nu::internal::Extent::smallest);
-  if (pts.GetSize() == kLeastPoints) found.direction = Unit(Components(ofThree));
+  // Differences that overflow leave no normal; the mean and the moments are scaled and do not.
+  const Vec3 spanned = Components(ofThree);
+  if (pts.GetSize() == kLeastPoints && IsFinite(spanned)) found.direction = Unit(spanned);
   if (!found.finite || !IsFinite(found.direction)) FailFit(nu::internal::kNumericalFailure, kName);
   CNuVector normal = ToVector(found.direction);
   normal.SymmetricAxis(NuGetTol(), 1);

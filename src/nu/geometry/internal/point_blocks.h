@@ -44,7 +44,10 @@ class PointBlocks {
   // squares and cubes of their distances would overflow or vanish; then it is a power of two.
   double Scale() const { return m_scale; }
 
-  Vec3 InCallersFrame(const Vec3& q) const { return m_origin + Vec3{q.x / m_scale, q.y / m_scale, q.z / m_scale}; }
+  Vec3 InCallersFrame(const Vec3& q) const {
+    const Vec3 scaled = m_scale * m_origin + q;
+    return {scaled.x / m_scale, scaled.y / m_scale, scaled.z / m_scale};
+  }
 
   // False, and no change, when a coordinate is not finite.
   bool FitScale();
