@@ -33,15 +33,15 @@ class NU_EXPORT CNuGeometry : public CNuObject {
   static int NumberDistinctPoints(const CNuPointArray& pts, int n, double tol);
 
   // The coordinates (u, v, 0) of the points in a plane through the global origin, with the in-plane axes that
-  // CNuVector::OrthonormalXY gives (which normalises `normal`), or in a frame whose axes are taken as they are. Not three
-  // components: cause 10 for a normal, 5 for the axes; a zero normal: cause 9.
+  // CNuVector::OrthonormalXY gives (which normalises `normal`), or in a frame whose axes are taken as they are. Not
+  // three components: cause 10 for a normal, 5 for the axes; a zero normal: cause 9.
   static CNuPointArray Projection2D(const CNuPointArray& pts, CNuVector& normal);
   static CNuPointArray Projection2D(const CNuPointArray& pts, const CNuPoint& origin, const CNuVector& xaxis,
                                     const CNuVector& yaxis);
 
   // The 3 x 3 matrix M that turns a row vector v, as v * M, by `angle` degrees about a coordinate axis or a direction,
-  // right-handed: its rows are where the axes go. An axis that has not three components: CNuOperationException cause 10;
-  // a zero axis, within NuGetZero(): cause 9.
+  // right-handed: its rows are where the axes go. An axis that has not three components: CNuOperationException cause
+  // 10; a zero axis, within NuGetZero(): cause 9.
   static CNuMatrix RotationMatrix(double angle, EAxisType axis);
   static CNuMatrix RotationMatrix(double angle, const CNuVector& axis);
 

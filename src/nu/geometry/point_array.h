@@ -7,7 +7,7 @@
 #include "nu/geometry/point.h"
 
 namespace nu::internal {
-template <class T>
+template<class T>
 struct ArrayFields;
 }
 
@@ -85,8 +85,8 @@ class NU_EXPORT CNuPointArray {
   void MoveTo(const CNuPoint& origin, const CNuVector& xaxis, const CNuVector& zaxis);
 
   // Whether three (four) points do not lie on a line (in a plane); *idx, written only then, receives their indices. The
-  // first is 0, the second the first point that differs from it by tol or more in a coordinate; no other second point is
-  // tried. With the unit direction d between them the third of a line is the first, that of a plane the last behind
+  // first is 0, the second the first point that differs from it by tol or more in a coordinate; no other second point
+  // is tried. With the unit direction d between them the third of a line is the first, that of a plane the last behind
   // them for which a component of d * (p - p0) reaches tol; the fourth is the last one more than tol off their plane.
   ENuBoolean IsNoncollinear(CNuIntArray* idx, double tol) const;
   ENuBoolean IsNoncoplanar(CNuIntArray* idx, double tol) const;
@@ -99,9 +99,9 @@ class NU_EXPORT CNuPointArray {
   ENuBoolean IsEqual(const CNuPointArray& other, double tol) const;
 
   // The largest and the smallest CNuPoint::DistanceTo between two points and their indices *m < *n; of equal distances
-  // the pair with the least m, then the least n. One point: 0, with m = n = 0. Distances that are NaN take no part; when
-  // nothing is left, or for MinEdge nothing below NuGetLarge(), the results are -0.1 and NuGetLarge(), with m = n = 0.
-  // About n log n or better; reads NuGetZero() as DistanceTo does.
+  // the pair with the least m, then the least n. One point: 0, with m = n = 0. Distances that are NaN take no part;
+  // when nothing is left, or for MinEdge nothing below NuGetLarge(), the results are -0.1 and NuGetLarge(), with
+  // m = n = 0. About n log n or better; reads NuGetZero() as DistanceTo does.
   double MaxEdge(int* m, int* n) const;
   double MinEdge(int* m, int* n) const;
   // The least and the greatest coordinates, and the sphere about that box: its centre and half its diagonal, not the
@@ -115,8 +115,8 @@ class NU_EXPORT CNuPointArray {
   // n log n, linear where few points are near the hull. W. F. Eddy, ACM Algorithm 523 (1977), in its choice of corners.
   void ConvexHull(CNuIntArray* hull) const;
 
-  // Keep, in order, the points that are not equal (as by IsIn) to any point, or to the last point, kept before them. The
-  // first is about linear in the size.
+  // Keep, in order, the points that are not equal (as by IsIn) to any point, or to the last point, kept before them.
+  // The first is about linear in the size.
   void RemoveDuplicate(double tol);
   void RemoveAdjacentDuplicate(double tol);
 

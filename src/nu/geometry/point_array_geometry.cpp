@@ -115,6 +115,7 @@ std::vector<int> ByAngle(const CNuPoint* points, const std::vector<int>& hull) {
     return order;
   }
   std::vector<double> angles;
+  angles.reserve(offsets.size());
   for (const Offset& v : offsets) angles.push_back(AngleOf(v));
   std::vector<int> places(hull.size());
   nu::internal::SortIndex(n, angles.data(), places.data());

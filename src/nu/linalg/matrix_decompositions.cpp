@@ -18,7 +18,6 @@
 #include "nu/linalg/matrix.h"
 #include "nu/linalg/vector.h"
 
-using nu::internal::Block;
 using nu::internal::FailOperation;
 using nu::internal::LuResult;
 using nu::internal::Workspace;

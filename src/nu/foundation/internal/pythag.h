@@ -6,8 +6,8 @@
 
 namespace nu::internal {
 
-// NuPythag with the value of NuGetZero(), for loops that read it once. The ratio of equal magnitudes is 1 also where both
-// are infinite, so that the result is infinite and not a NaN. Every comparison is written so that a NaN among the
+// NuPythag with the value of NuGetZero(), for loops that read it once. The ratio of equal magnitudes is 1 also where
+// both are infinite, so that the result is infinite and not a NaN. Every comparison is written so that a NaN among the
 // arguments reaches the result.
 inline double Pythag(double a, double b, double c, double zero) {
   double p = std::fabs(a);

@@ -11,7 +11,7 @@ namespace nu::internal {
 namespace {
 
 // The bytes of a number in the order of the file.
-template <class T>
+template<class T>
 void ToFileOrder(unsigned char* bytes) {
   if constexpr (std::endian::native == std::endian::big) std::reverse(bytes, bytes + sizeof(T));
 }
