@@ -1,22 +1,21 @@
 #include "nu/geometry/internal/point_blocks.h"
 
 #include <cmath>
-#include <cstdint>
 
 namespace nu::internal {
 namespace {
 
-// How far ahead of the points the processor is told to fetch: far enough to hide the way from memory, near enough to
-// stay within the first two caches.
-constexpr std::uintptr_t kFetchAhead = 8192;
-constexpr std::uintptr_t kCacheLine = 64;
+// How far ahead of the points the processor is told to fetch, in bytes: far enough to hide the way from memory, near
+// enough to stay within the first two caches.
+constexpr std::ptrdiff_t kFetchAhead = 8192;
+constexpr std::ptrdiff_t kCacheLine = 64;
 
-// Asks for what lies as far ahead as eight points take. Addresses beyond the end are ignored by the processor.
+// Asks for what lies ahead of eight points. A prefetch beyond the end of the points is ignored.
 NU_ALWAYS_INLINE void FetchAhead(const PointView& points, std::size_t i) {
 #if defined(__GNUC__)
-  const auto begin = reinterpret_cast<std::uintptr_t>(points[i]) + kFetchAhead;
-  const auto end = reinterpret_cast<std::uintptr_t>(points[i + kLanes - 1]) + kFetchAhead;
-  for (std::uintptr_t at = begin; at <= end; at += kCacheLine) __builtin_prefetch(reinterpret_cast<const void*>(at));
+  const char* begin = reinterpret_cast<const char*>(points[i]);
+  const std::ptrdiff_t bytes = reinterpret_cast<const char*>(points[i + kLanes - 1]) - begin;
+  for (std::ptrdiff_t at = 0; at <= bytes; at += kCacheLine) __builtin_prefetch(begin + (kFetchAhead + at));
 #endif
 }
 

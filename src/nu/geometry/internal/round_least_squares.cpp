@@ -322,7 +322,7 @@ RoundLeastSquares<D>::RoundLeastSquares(PointBlocks& points, const Vec3 (&axes)[
 template<int D>
 bool RoundLeastSquares<D>::Start() {
   constexpr int kMaxPasses = 4;  // one, or two along the principal axes; a change of the scale repeats the first
-  double centre[D];
+  double centre[D] = {};
   CentralPowers<D> powers;
   double pivot = 0.0;
   for (int pass = 0; pass < kMaxPasses && !(pivot > kClearPivot); ++pass) {
