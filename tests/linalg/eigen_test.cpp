@@ -146,6 +146,15 @@ TEST(GeneralEigen, DefectiveCyclicAndTriangularMatrices) {
     }
     for (const CNuMatrix& a : {jordan, cycle, companion, triangle, flip}) CheckGeneral(a);
   }
+  // Small integers: many matrices have defective values, above all a multiple 0.
+  Random random(5);
+  for (int k = 0; k < 3000; ++k) {
+    CNuMatrix a(3 + k % 4, 3 + k % 4);
+    for (int i = 0; i < a.GetRowSize(); ++i)
+      for (int j = 0; j < a.GetRowSize(); ++j)
+        a.Element(i, j) = k % 2 == 0 ? random.Below(2) * 2 - 1 : random.Below(3) - 1;
+    CheckGeneral(a);
+  }
   CNuMatrix rotation = FromRows({{0.0, -2.0}, {2.0, 0.0}});
   ENuStatus status = NuStatusNone;
   EXPECT_EQ(rotation.EigenValues(&status).Max(), 0.0);

@@ -117,7 +117,8 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   // Hessenberg form and double-shift QR: values in ascending order of their real parts. A complex pair a +- ib gives the
   // value a twice and, in its two columns, the real part x and the imaginary part y of the vector of a + ib, of unit
   // length together: A x = a x - b y, A y = a y + b x; *status is then 2.
-  // Not square: cause 16. 30 iterations without a further value, or an element that is not finite: cause 46.
+  // Not square: cause 16. 30 iterations in succession that bring no value nearer, or an element that is not finite:
+  // cause 46.
   void EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatrix* vectors) const;
   // The same one by one. Each operation keeps the last matrix and result of the process, whatever the thread, and
   // answers from there when no element differs by NuGetTol() squared (for smaller elements: NuGetTol() times the

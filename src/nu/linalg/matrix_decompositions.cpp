@@ -151,10 +151,18 @@ Result ThroughCache(const CNuMatrix& a, EigenCache<Result>*& last, ENuStatus* st
   return result;
 }
 
-// Symmetric within NuGetTol(); a matrix of elements below 1 must be so beside its own size as well.
-bool IsSymmetricEnough(const CNuMatrix& a, double largest) {
+// Symmetric within NuGetTol(); a matrix of elements below 1 / n must be so beside its own size as well.
+bool IsSymmetricEnough(const CNuMatrix& a) {
   const double tol = NuGetTol();
-  return a.IsSymmetric(std::min(tol, tol * a.GetRowSize() * largest)) == NuTrue;
+  if (!a.IsSymmetric(tol)) return false;
+  const int n = a.GetRowSize();
+  double largest = 0.0;
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j < n; ++j) {
+      largest = std::max(largest, std::fabs(a.GetData()[i][j]));
+      if (n * largest >= 1.0) return true;
+    }
+  return a.IsSymmetric(tol * n * largest) == NuTrue || largest == 0.0;
 }
 
 }  // namespace
@@ -251,10 +259,9 @@ void CNuMatrix::EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatr
   CNuVector real(n);
   CNuMatrix columns(n, n);
   const Elements a(*this);
-  const double largest = nu::internal::MeasureBlock(a.Data(), n, n, n).largest;
   bool converged = false;
   bool complex = false;
-  if (IsSymmetricEnough(*this, largest)) {
+  if (IsSymmetricEnough(*this)) {
     converged = nu::internal::DecomposeSymmetric(a.Data(), n, n, real.GetData(), columns.m_data[0], n);
   } else {
     Workspace<kSmall> imaginary(static_cast<std::size_t>(n));

@@ -26,7 +26,7 @@ constexpr int kWidestBalance = 200;
 // A residual above this many n eps |A| means that balancing has let rounding errors of small elements grow.
 constexpr double kResidual = 8.0;
 // Components are brought down before they can overflow the next sum.
-constexpr double kLargeComponent = 0x1p100;
+constexpr double kLargeComponent = 0x1p20;
 
 struct Square {
   double* data;
@@ -146,23 +146,16 @@ void ReflectThreeColumns(double* column, std::ptrdiff_t ld, int last, const Refl
 class SchurIteration {
  public:
   SchurIteration(const Square& t, const Square& zt) : m_t(t), m_zt(zt) {
+    double squares = 0.0;
     for (int i = 0; i < t.n; ++i)
-      for (int j = std::max(i - 1, 0); j < t.n; ++j) m_norm = std::max(m_norm, std::fabs(t.At(i, j)));
+      for (int j = std::max(i - 1, 0); j < t.n; ++j) squares += t.At(i, j) * t.At(i, j);
+    m_norm = std::sqrt(squares);
   }
 
   bool Run() {
     for (int last = m_t.n - 1; last >= 0;) {
-      int farthest = -1;
-      int first = 0;
-      for (int iteration = 0;; ++iteration) {
-        first = FindStart(last);
-        if (first + 1 >= last) break;
-        // A part that loses values at its other end is converging as well.
-        if (first > farthest) iteration = 0;
-        if (iteration == kIterations) return false;
-        farthest = std::max(farthest, first);
-        Sweep(first, last, iteration == kExceptionalFirst || iteration == kExceptionalSecond);
-      }
+      const int first = Isolate(last);
+      if (first < 0) return false;
       if (first + 1 == last) SplitPair(first);
       last = first - 1;
     }
@@ -170,19 +163,47 @@ class SchurIteration {
   }
 
  private:
-  int FindStart(int last) {
+  // Sweeps until one value or a pair has come off at the end of the part that ends at `last`; its first row, or -1.
+  // Iterations count while nothing converges: a part may lose values at its other end, and the couplings of defective
+  // values do fall, but by no more than a factor of 2 to 4 each time.
+  int Isolate(int last) {
+    int farthest = -1;
+    double smallest = m_norm;
+    for (int iteration = 0;; ++iteration) {
+      const int first = FindStart(last, iteration < kExceptionalFirst);
+      if (first + 1 >= last) return first;
+      const double reached = SmallestCoupling(first, last);
+      if (first > farthest || reached < 0.5 * smallest) {
+        iteration = 0;
+        smallest = reached;
+        farthest = first;
+      }
+      if (iteration == kIterations) return -1;
+      Sweep(first, last, iteration == kExceptionalFirst || iteration == kExceptionalSecond);
+    }
+  }
+
+  // A coupling is negligible beside its two neighbours; when that does not come about, as with a multiple value 0,
+  // whose neighbours are rounding noise themselves, beside the norm.
+  int FindStart(int last, bool patient) {
     int first = last;
     for (; first > 0; --first) {
       double& coupling = m_t.At(first, first - 1);
       const double size = std::fabs(coupling);
       double near = std::fabs(m_t.At(first, first)) + std::fabs(m_t.At(first - 1, first - 1));
-      if (near == 0.0) near = m_norm;
+      if (near == 0.0 || !patient) near = m_norm;
       if (!(size > kNegligible) || size <= DBL_EPSILON * 0.5 * near) {
         coupling = 0.0;
         break;
       }
     }
     return first;
+  }
+
+  double SmallestCoupling(int first, int last) const {
+    double smallest = m_norm;
+    for (int i = first + 1; i <= last; ++i) smallest = std::min(smallest, std::fabs(m_t.At(i, i - 1)));
+    return smallest;
   }
 
   // Sum and product of the two shifts relative to their centres, as x, y and w of (h - x)(h - y) - w.
@@ -317,10 +338,20 @@ void SchurValues(const Square& t, double* real, double* imaginary) {
 
 struct Complex {
   double re, im;
+  double Size() const { return std::max(std::fabs(re), std::fabs(im)); }
 };
 
-Complex Divide(Complex a, Complex b) {
-  const double scale = std::max(std::fabs(b.re), std::fabs(b.im));
+Complex operator-(Complex a, Complex b) {
+  return {a.re - b.re, a.im - b.im};
+}
+Complex operator*(Complex a, Complex b) {
+  return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
+}
+Complex operator*(double f, Complex a) {
+  return {f * a.re, f * a.im};
+}
+Complex operator/(Complex a, Complex b) {
+  const double scale = b.Size();
   const double re = b.re / scale;
   const double im = b.im / scale;
   const double length = (re * re + im * im) * scale;
@@ -370,61 +401,59 @@ class SchurVector {
     return {-Dot(row, m_re + from, count), m_value.im != 0.0 ? -Dot(row, m_im + from, count) : 0.0};
   }
 
-  Complex Pivot(int i) const {
-    Complex p = {m_t.At(i, i) - m_value.re, -m_value.im};
-    // A multiple value: its pivot is what rounding leaves of it.
-    const double floor = DBL_EPSILON * (std::fabs(m_t.At(i, i)) + std::fabs(m_value.re)) + kNegligible;
-    if (std::fabs(p.re) < floor && std::fabs(p.im) < floor) p = {floor, 0.0};
-    return p;
+  Complex Shifted(int i) const { return {m_t.At(i, i) - m_value.re, -m_value.im}; }
+
+  // Of a multiple value's pivot rounding leaves nothing, or noise of the size of its terms.
+  static Complex Usable(Complex pivot, double terms) {
+    const double floor = DBL_EPSILON * terms + kNegligible;
+    return pivot.Size() < floor ? Complex{floor, 0.0} : pivot;
   }
 
   void SolveAbove(int i) {
     for (; i >= 0; --i) {
       if (i > 0 && m_t.At(i, i - 1) != 0.0) {
         SolveTwo(--i);
-        m_top = i;
       } else {
-        const Complex x = Divide(RightSide(i), Pivot(i));
-        m_top = i;
-        m_re[i] = x.re;
-        m_im[i] = x.im;
+        const double terms = std::fabs(m_t.At(i, i)) + std::fabs(m_value.re);
+        Put(i, RightSide(i) / Usable(Shifted(i), terms));
+        Limit(i);
       }
-      Limit();
+      m_top = i;
     }
   }
 
-  // Rows i and i + 1 with their 2 x 2 block, by Cramer's rule.
+  // Rows i and i + 1 with their 2 x 2 block, by elimination with the larger pivot.
   void SolveTwo(int i) {
-    const Complex r0 = RightSide(i);
-    const Complex r1 = RightSide(i + 1);
-    const Complex p0 = {m_t.At(i, i) - m_value.re, -m_value.im};
-    const Complex p1 = {m_t.At(i + 1, i + 1) - m_value.re, -m_value.im};
-    const double b = m_t.At(i, i + 1);
-    const double c = m_t.At(i + 1, i);
-    Complex det = {p0.re * p1.re - p0.im * p1.im - b * c, p0.re * p1.im + p0.im * p1.re};
-    const double size = std::max({std::fabs(p0.re), std::fabs(p0.im), std::fabs(p1.re), std::fabs(b), std::fabs(c)});
-    const double floor = DBL_EPSILON * size * size + kNegligibleSquares;
-    if (std::fabs(det.re) < floor && std::fabs(det.im) < floor) det = {floor, 0.0};
-    const Complex n0 = {p1.re * r0.re - p1.im * r0.im - b * r1.re, p1.re * r0.im + p1.im * r0.re - b * r1.im};
-    const Complex n1 = {p0.re * r1.re - p0.im * r1.im - c * r0.re, p0.re * r1.im + p0.im * r1.re - c * r0.im};
-    const Complex x0 = Divide(n0, det);
-    const Complex x1 = Divide(n1, det);
-    m_re[i] = x0.re;
-    m_im[i] = x0.im;
-    m_re[i + 1] = x1.re;
-    m_im[i + 1] = x1.im;
+    struct Row {
+      Complex left, right, side;
+    };
+    Row upper = {Shifted(i), {m_t.At(i, i + 1), 0.0}, RightSide(i)};
+    Row lower = {{m_t.At(i + 1, i), 0.0}, Shifted(i + 1), RightSide(i + 1)};
+    if (upper.left.Size() < lower.left.Size()) std::swap(upper, lower);
+    const Complex factor = lower.left / upper.left;
+    const Complex product = factor * upper.right;
+    const Complex pivot = Usable(lower.right - product, lower.right.Size() + product.Size());
+    Put(i + 1, (lower.side - factor * upper.side) / pivot);
+    const double scale = Limit(i + 1);
+    Put(i, (scale * upper.side - upper.right * Complex{m_re[i + 1], m_im[i + 1]}) / upper.left);
+    Limit(i);
   }
 
-  void Limit() {
-    double largest = std::max(std::fabs(m_re[m_top]), std::fabs(m_im[m_top]));
-    largest =
-        std::max({largest, std::fabs(m_re[m_top + (m_top < m_bottom)]), std::fabs(m_im[m_top + (m_top < m_bottom)])});
-    if (!(largest > kLargeComponent)) return;
-    const double scale = std::ldexp(1.0, -std::ilogb(largest));
-    for (int j = m_top; j <= m_bottom; ++j) {
+  void Put(int i, Complex x) {
+    m_re[i] = x.re;
+    m_im[i] = x.im;
+  }
+
+  // Brings the vector down when the component just found is large; returns the factor.
+  double Limit(int i) {
+    const double size = std::max(std::fabs(m_re[i]), std::fabs(m_im[i]));
+    if (!(size > kLargeComponent)) return 1.0;
+    const double scale = std::ldexp(1.0, -std::ilogb(size));
+    for (int j = i; j <= m_bottom; ++j) {
       m_re[j] *= scale;
       m_im[j] *= scale;
     }
+    return scale;
   }
 
   Square m_t;
@@ -493,28 +522,65 @@ struct Work {
   double* rows;  // 8 padded rows
 };
 
-// One road from the scaled matrix a to values and unit vectors (rows of work.vt).
-bool Decompose(const Square& a, bool balanced, const Work& work, double* real, double* imaginary) {
+// The mirror I - 2 u u^T / u^T u with u = (1, 1/2, 1/3, ...), whose elements no small numbers have in common.
+struct Mirror {
+  explicit Mirror(int n) {
+    for (int j = 0; j < n; ++j) squares += At(j) * At(j);
+  }
+  static double At(int j) { return 1.0 / (j + 1); }
+  double squares = 0.0;
+};
+
+void MirrorRows(const Square& a) {
+  const Mirror u(a.n);
+  for (int i = 0; i < a.n; ++i) {
+    double sum = 0.0;
+    for (int j = 0; j < a.n; ++j) sum += a.At(i, j) * Mirror::At(j);
+    for (int j = 0; j < a.n; ++j) a.At(i, j) -= 2.0 * sum / u.squares * Mirror::At(j);
+  }
+}
+
+void MirrorColumns(const Square& a) {
+  const Mirror u(a.n);
+  for (int j = 0; j < a.n; ++j) {
+    double sum = 0.0;
+    for (int i = 0; i < a.n; ++i) sum += a.At(i, j) * Mirror::At(i);
+    for (int i = 0; i < a.n; ++i) a.At(i, j) -= 2.0 * sum / u.squares * Mirror::At(i);
+  }
+}
+
+// Roads from the matrix to its Schur form. Balancing comes first, but may let rounding errors of small elements grow;
+// the plain matrix is backward stable; mirrored, a matrix of few different elements loses the symmetries that can keep
+// the iteration from converging.
+enum class Road { kBalanced, kPlain, kMirrored };
+
+// Values and unit vectors (rows of work.vt) of the scaled matrix a.
+bool Decompose(const Square& a, Road road, const Work& work, double* real, double* imaginary) {
   const int n = a.n;
   const int width = a.width;
   const Square t = {work.t, n, width};
   const Square zt = {work.zt, n, width};
+  const Square vt = {work.vt, n, width};
   double* factor = work.rows;
   double* tau = work.rows + width;
   double* scratch = work.rows + 2 * width;
   std::copy_n(a.data, static_cast<std::ptrdiff_t>(n) * width, t.data);
-  std::fill_n(factor, n, 1.0);
-  if (balanced) Balance(t, factor);
+  if (road == Road::kBalanced) Balance(t, factor);
+  if (road == Road::kMirrored) {
+    MirrorRows(t);
+    MirrorColumns(t);
+  }
   ReduceToHessenberg(t, work.v, tau, scratch);
   FormTransposedProduct(work.v, width, tau, std::max(n - 2, 0), 1, zt.data, width, n);
   if (!SchurIteration(t, zt).Run()) return false;
   SchurValues(t, real, imaginary);
   SchurVectors(t, real, imaginary, work.v, scratch);
-  std::fill_n(work.vt, static_cast<std::ptrdiff_t>(n) * width, 0.0);
-  AddProduct({work.v, width}, {zt.data, width}, work.vt, width, n, n, n);
-  const Square vt = {work.vt, n, width};
-  for (int k = 0; balanced && k < n; ++k)
-    for (int j = 0; j < n; ++j) vt.At(k, j) *= factor[j];
+  Multiply({work.v, width}, {zt.data, width}, vt.data, width, n, n, n);
+  for (int k = 0; k < n; ++k) {
+    std::fill(vt.Row(k) + n, vt.Row(k) + width, 0.0);
+    for (int j = 0; road == Road::kBalanced && j < n; ++j) vt.At(k, j) *= factor[j];
+  }
+  if (road == Road::kMirrored) MirrorRows(vt);
   Normalise(vt, imaginary);
   return true;
 }
@@ -543,10 +609,13 @@ bool DecomposeGeneral(const double* a, int n, std::ptrdiff_t ld, double* real, d
     for (int j = 0; j < n; ++j) scaled.At(i, j) = scale * a[order[i] * ld + order[j]];
     std::fill(scaled.Row(i) + n, scaled.Row(i) + width, 0.0);
   }
-  if (!Decompose(scaled, true, work, re, im)) return false;
   const double bound = kResidual * n * DBL_EPSILON * scale * size.largest;
-  if (!(LargestResidual(scaled, re, im, work.vt, work.v) <= bound) && !Decompose(scaled, false, work, re, im))
-    return false;
+  bool converged = false;
+  for (Road road : {Road::kBalanced, Road::kPlain, Road::kMirrored}) {
+    converged = Decompose(scaled, road, work, re, im);
+    if (converged && LargestResidual(scaled, re, im, work.vt, work.v) <= bound) break;
+  }
+  if (!converged) return false;
 
   int* sorted = order + n;
   SortIndex(n, sorted, [re](int i, int j) { return re[i] < re[j]; });

@@ -41,10 +41,13 @@ void ExchangeRows(const Panel& p, int i, int j) {
   p.result->parity = -p.result->parity;
 }
 
+// kN > 0 fixes the size for the unrolled small cases.
+template<int kN>
 int FindPivot(const Panel& p, int j) {
+  const int n = kN > 0 ? kN : p.n;
   int best = j;
   double largest = std::fabs(p.a[j * p.ld + j]);
-  for (int i = j + 1; i < p.n; ++i) {
+  for (int i = j + 1; i < n; ++i) {
     const double size = std::fabs(p.a[i * p.ld + j]);
     if (size > largest || (largest != largest && size == size)) {
       largest = size;
@@ -65,12 +68,14 @@ double SettlePivot(const Panel& p, int j) {
 }
 
 // Columns first .. last-1 of the rows from `first` on, right-looking.
+template<int kN>
 void FactorColumns(const Panel& p, int first, int last) {
+  const int n = kN > 0 ? kN : p.n;
   for (int j = first; j < last; ++j) {
-    ExchangeRows(p, j, FindPivot(p, j));
+    ExchangeRows(p, j, FindPivot<kN>(p, j));
     const double pivot = SettlePivot(p, j);
     const double* pivotRow = p.a + j * p.ld;
-    for (int i = j + 1; i < p.n; ++i) {
+    for (int i = j + 1; i < n; ++i) {
       double* row = p.a + i * p.ld;
       const double factor = row[j] / pivot;
       row[j] = factor;
@@ -109,7 +114,7 @@ void SolveUpper(const double* a, std::ptrdiff_t ld, int n, double* x, int count,
 
 // Recursion over columns (Toledo, "Locality of reference in LU decomposition with partial pivoting", 1997).
 void FactorRecursive(const Panel& p, int first, int last) {
-  if (last - first <= kPanel) return FactorColumns(p, first, last);
+  if (last - first <= kPanel) return FactorColumns<0>(p, first, last);
   const int middle = first + (last - first) / 2;
   FactorRecursive(p, first, middle);
   double* corner = p.a + first * p.ld;
@@ -124,12 +129,14 @@ struct RowSizes {
   double smallest = HUGE_VAL, largest = 0.0;
 };
 
-RowSizes MeasureRows(const double* a, int n, std::ptrdiff_t ld, double* size) {
+template<int kN>
+RowSizes MeasureRows(const double* a, int size, std::ptrdiff_t ld, double* largest) {
+  const int n = kN > 0 ? kN : size;
   RowSizes all;
   for (int i = 0; i < n; ++i) {
     double m = 0.0;
     for (int j = 0; j < n; ++j) m = std::max(m, std::fabs(a[i * ld + j]));
-    size[i] = m;
+    largest[i] = m;
     all.smallest = std::min(all.smallest, m);
     all.largest = std::max(all.largest, m);
   }
@@ -151,7 +158,9 @@ void RestoreScales(double* a, int n, std::ptrdiff_t ld, const int* rows, const d
   }
 }
 
-void ColumnFloors(const double* a, int n, std::ptrdiff_t ld, double tolerance, double* floor) {
+template<int kN>
+void ColumnFloors(const double* a, int size, std::ptrdiff_t ld, double tolerance, double* floor) {
+  const int n = kN > 0 ? kN : size;
   std::fill_n(floor, n, 0.0);
   for (int i = 0; i < n; ++i)
     for (int j = 0; j < n; ++j) floor[j] = std::max(floor[j], std::fabs(a[i * ld + j]));
@@ -185,26 +194,97 @@ NU_KERNEL void SubstituteRows(const double* lu, int n, std::ptrdiff_t ld, double
 
 }  // namespace
 
-LuResult FactorLu(double* a, int n, std::ptrdiff_t ld, int* rows, double tolerance, double zero) {
+namespace {
+
+template<int kN>
+LuResult Factor(double* a, int size, std::ptrdiff_t ld, int* rows, double tolerance, double zero) {
+  const int n = kN > 0 ? kN : size;
   LuResult result;
   Workspace<2 * kSmall> work(2 * static_cast<std::size_t>(n));
-  double* size = work.Take(n);
+  double* largest = work.Take(n);
   double* floor = work.Take(n);
   for (int i = 0; i < n; ++i) rows[i] = i;
-  const RowSizes all = MeasureRows(a, n, ld, size);
+  const RowSizes all = MeasureRows<kN>(a, n, ld, largest);
   result.singular = all.smallest < zero || !(all.smallest > 0.0);
   const bool scaled =
       all.largest > 0.0 && all.largest <= DBL_MAX &&
       (all.largest > kRowSpread * all.smallest || all.largest > kLargestSafe || all.smallest < kSmallestSafe);
   if (scaled) {
-    RowExponents(size, n, all.largest, size);
+    RowExponents(largest, n, all.largest, largest);
     for (int i = 0; i < n; ++i)
-      for (int j = 0; j < n; ++j) a[i * ld + j] = std::ldexp(a[i * ld + j], -static_cast<int>(size[i]));
+      for (int j = 0; j < n; ++j) a[i * ld + j] = std::ldexp(a[i * ld + j], -static_cast<int>(largest[i]));
   }
-  ColumnFloors(a, n, ld, tolerance, floor);
-  FactorRecursive({a, ld, n, rows, floor, &result}, 0, n);
-  if (scaled) RestoreScales(a, n, ld, rows, size);
+  ColumnFloors<kN>(a, n, ld, tolerance, floor);
+  const Panel panel = {a, ld, n, rows, floor, &result};
+  if constexpr (kN > 0) {
+    FactorColumns<kN>(panel, 0, kN);
+  } else {
+    FactorRecursive(panel, 0, n);
+  }
+  if (scaled) RestoreScales(a, n, ld, rows, largest);
   return result;
+}
+
+// A x = P b for the columns of x at once, in registers or a padded copy.
+template<int kN>
+void SubstituteSquare(const double* lu, std::ptrdiff_t ld, double* x, std::ptrdiff_t ldx) {
+  for (int i = 1; i < kN; ++i)
+    for (int k = 0; k < i; ++k)
+      for (int j = 0; j < kN; ++j) x[i * ldx + j] -= lu[i * ld + k] * x[k * ldx + j];
+  for (int i = kN - 1; i >= 0; --i) {
+    for (int k = kN - 1; k > i; --k)
+      for (int j = 0; j < kN; ++j) x[i * ldx + j] -= lu[i * ld + k] * x[k * ldx + j];
+    for (int j = 0; j < kN; ++j) x[i * ldx + j] /= lu[i * ld + i];
+  }
+}
+
+template<int kPacks>
+NU_ALWAYS_INLINE void SubstitutePacks(const double* lu, int n, std::ptrdiff_t ld, double* x) {
+  constexpr int width = kPacks * kLanes;
+  Pack sum[kPacks], other;
+  for (int i = 0; i < n; ++i) {
+    for (int p = 0; p < kPacks; ++p) Load(x + i * width + p * kLanes, sum[p]);
+    for (int k = 0; k < i; ++k)
+      for (int p = 0; p < kPacks; ++p) {
+        Load(x + k * width + p * kLanes, other);
+        sum[p] -= lu[i * ld + k] * other;
+      }
+    for (int p = 0; p < kPacks; ++p) Store(sum[p], x + i * width + p * kLanes);
+  }
+  for (int i = n - 1; i >= 0; --i) {
+    for (int p = 0; p < kPacks; ++p) Load(x + i * width + p * kLanes, sum[p]);
+    for (int k = n - 1; k > i; --k)
+      for (int p = 0; p < kPacks; ++p) {
+        Load(x + k * width + p * kLanes, other);
+        sum[p] -= lu[i * ld + k] * other;
+      }
+    double* row = x + i * width;
+    for (int p = 0; p < kPacks; ++p) Store(sum[p], row + p * kLanes);
+    const double pivot = lu[i * ld + i];
+    for (int j = 0; j < width; ++j) row[j] /= pivot;
+  }
+}
+
+NU_KERNEL void SubstituteFew(const double* lu, int n, std::ptrdiff_t ld, double* x, int count, std::ptrdiff_t ldx) {
+  alignas(64) double padded[kSmall * kSmall];
+  const int width = Padded(count);
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j < width; ++j) padded[i * width + j] = j < count ? x[i * ldx + j] : 0.0;
+  if (width == kLanes) {
+    SubstitutePacks<1>(lu, n, ld, padded);
+  } else {
+    SubstitutePacks<2>(lu, n, ld, padded);
+  }
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j < count; ++j) x[i * ldx + j] = padded[i * width + j];
+}
+
+}  // namespace
+
+LuResult FactorLu(double* a, int n, std::ptrdiff_t ld, int* rows, double tolerance, double zero) {
+  if (n == 3) return Factor<3>(a, n, ld, rows, tolerance, zero);
+  if (n == 4) return Factor<4>(a, n, ld, rows, tolerance, zero);
+  return Factor<0>(a, n, ld, rows, tolerance, zero);
 }
 
 void SolveLu(const double* lu, int n, std::ptrdiff_t ld, const int* rows, const double* b, double* x) {
@@ -216,6 +296,9 @@ void SolveLu(const double* lu, int n, std::ptrdiff_t ld, const int* rows, const 
 }
 
 void SolveLuPermuted(const double* lu, int n, std::ptrdiff_t ld, double* x, int count, std::ptrdiff_t ldx) {
+  if (n == 3 && count == 3) return SubstituteSquare<3>(lu, ld, x, ldx);
+  if (n == 4 && count == 4) return SubstituteSquare<4>(lu, ld, x, ldx);
+  if (n <= kSmall && count <= kSmall) return SubstituteFew(lu, n, ld, x, count, ldx);
   SolveLower(lu, ld, n, x, count, ldx);
   SolveUpper(lu, ld, n, x, count, ldx);
 }

@@ -149,6 +149,40 @@ NU_ALWAYS_INLINE void MultiplySmall(Block a, Block b, double* c, std::ptrdiff_t 
   }
 }
 
+// c = a * b for up to two packs of columns and kTileColumns rows of b, which are copied to whole packs.
+template<int kPacks>
+NU_ALWAYS_INLINE void MultiplyPacks(Block a, const double* b, double* c, std::ptrdiff_t ldc, int rows, int inner,
+                                    int columns) {
+  constexpr int width = kPacks * kLanes;
+  for (int i = 0; i < rows; ++i) {
+    Pack sum[kPacks] = {};
+    for (int k = 0; k < inner; ++k) {
+      const double factor = a.data[i * a.rowStep + k * a.columnStep];
+      for (int p = 0; p < kPacks; ++p) {
+        Pack other;
+        Load(b + k * width + p * kLanes, other);
+        sum[p] += factor * other;
+      }
+    }
+    double row[width];
+    for (int p = 0; p < kPacks; ++p) Store(sum[p], row + p * kLanes);
+    for (int j = 0; j < columns; ++j) c[i * ldc + j] = row[j];
+  }
+}
+
+NU_KERNEL void MultiplyNarrow(Block a, Block b, double* c, std::ptrdiff_t ldc, int rows, int inner, int columns) {
+  alignas(64) double padded[kTileColumns * kTileColumns];
+  const int width = Padded(columns);
+  for (int k = 0; k < inner; ++k)
+    for (int j = 0; j < width; ++j)
+      padded[k * width + j] = j < columns ? b.data[k * b.rowStep + j * b.columnStep] : 0.0;
+  if (width == kLanes) {
+    MultiplyPacks<1>(a, padded, c, ldc, rows, inner, columns);
+  } else {
+    MultiplyPacks<2>(a, padded, c, ldc, rows, inner, columns);
+  }
+}
+
 bool IsPackingWorthwhile(int rows, int inner, int columns) {
   return static_cast<double>(rows) * inner * columns >= kPackedWork && rows >= kTileRows && columns > kLanes / 2;
 }
@@ -170,6 +204,7 @@ void Multiply(Block a, Block b, double* c, std::ptrdiff_t ldc, int rows, int inn
     if (inner == 3) return MultiplySmall<3>(a, b, c, ldc, rows);
     if (inner == 4) return MultiplySmall<4>(a, b, c, ldc, rows);
   }
+  if (inner <= kTileColumns && columns <= kTileColumns) return MultiplyNarrow(a, b, c, ldc, rows, inner, columns);
   for (int i = 0; i < rows; ++i) std::fill_n(c + i * ldc, columns, 0.0);
   AddProduct(a, b, c, ldc, rows, inner, columns);
 }

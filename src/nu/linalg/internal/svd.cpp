@@ -104,7 +104,11 @@ class BidiagonalQr {
         const int first = FindStart(last);
         if (first == last) break;
         if (sweep == kSweeps) return false;
-        Sweep(first, last);
+        if (first + 1 == last) {
+          SolvePair(first);
+        } else {
+          Sweep(first, last);
+        }
       }
     }
     return true;
@@ -156,6 +160,26 @@ class BidiagonalQr {
     const double ratio = ((y - z) * (y + z) + (g - h) * (g + h)) / (2.0 * h * y);
     const double root = std::sqrt(ratio * ratio + 1.0);
     return ((x - z) * (x + z) + h * (y / (ratio + std::copysign(root, ratio)) - h)) / x;
+  }
+
+  // Two coupled values at once: a rotation from the left makes the block symmetric, one from both sides diagonal.
+  void SolvePair(int first) {
+    const double f = m_d[first];
+    const double g = m_e[first];
+    const double h = m_d[first + 1];
+    const Rotor l = MakeRotor(f + h, -g);
+    const double p = l.c * f;
+    const double q = -l.s * f;
+    const double w = l.c * h - l.s * g;
+    const double ratio = (w - p) / (2.0 * q);
+    const double t = q == 0.0 ? 0.0 : std::copysign(1.0, ratio) / (std::fabs(ratio) + std::sqrt(ratio * ratio + 1.0));
+    const double c = 1.0 / std::sqrt(t * t + 1.0);
+    const double s = t * c;
+    m_d[first] = p - t * q;
+    m_d[first + 1] = w + t * q;
+    m_e[first] = 0.0;
+    m_right.Rotate(first, first + 1, c, -s);
+    m_left.Rotate(first, first + 1, c * l.c + s * l.s, c * l.s - s * l.c);
   }
 
   void Sweep(int first, int last) {
