@@ -36,7 +36,7 @@ std::vector<int> ToStd(const CNuIntArray& a) {
 
 // ---- clouds that search structures dislike
 
-constexpr int kCloudKinds = 16;
+constexpr int kCloudKinds = 17;
 
 CNuPoint HostilePoint(Random& random, const CNuPointArray& before, int kind, int n, int lattice) {
   const double x = random.Uniform(-1.0, 1.0);
@@ -75,6 +75,8 @@ CNuPoint HostilePoint(Random& random, const CNuPointArray& before, int kind, int
       return {1e-170 * x, 1e-170 * y, 1e-170 * z};
     case 13:
       return {1e-9 * x + (i == n / 2 ? 1.0 : 0.0), 1e-9 * y, 0.0};
+    case 15:
+      return {1.7e308 * x, 1.2e308 * y, i % 3 == 0 ? 1e307 * z : 0.0};
     case 14: {
       const double odd[] = {kInf, -kInf, kNaN, 0.0, 1.0, -0.0};
       return {odd[random.Below(6)], odd[random.Below(6)], random.Below(3) == 0 ? odd[random.Below(6)] : 2.0};

@@ -9,9 +9,6 @@
 namespace nu::internal {
 namespace {
 
-// The length of an edge in a box of this side is still far from overflow.
-constexpr double kWidest = 0x1p1020;
-
 // Per lane: the least and the greatest coordinates, and a sum that is 0 as long as every coordinate is finite.
 struct LaneExtents {
   double low[3][kLanes];
@@ -66,7 +63,7 @@ Extents ExtentsOf(const PointView& points) {
       finite = finite && std::isfinite(v);
     }
   }
-  e.isFinite = finite && e.Side() < kWidest;
+  e.isFinite = finite;
   return e;
 }
 

@@ -8,7 +8,7 @@ namespace nu::internal {
 
 struct Extents {
   Box box;
-  // All coordinates are finite, and so is the length of every edge.
+  // All coordinates are finite. The sides of the box may still overflow.
   bool isFinite;
 
   // The longest side.

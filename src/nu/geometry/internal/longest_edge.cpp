@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -42,7 +43,6 @@ Edge PlainLoop(const PointView& points, double zero) {
       const double length = EdgeLength(points[i], points[j], zero);
       if (length > best.length) best = {length, static_cast<int>(i), static_cast<int>(j)};
     }
-    if (std::isinf(best.length)) break;
   }
   return best;
 }
@@ -277,6 +277,25 @@ double OuterSquare(double largestSquare, double scale, const Edge& best) {
   return inner > 0.0 ? inner * inner : 0.0;
 }
 
+// The first pair of finite points whose length overflows, which makes it as long as any; no pair when there is none.
+Edge FirstOverflow(const PointView& points, const Box& box, double zero) {
+  const auto overflows = [&](const double* p, const double* q) { return std::isinf(EdgeLength(p, q, zero)); };
+  if (!overflows(box.low, box.high)) return {kStart};
+  for (std::size_t i = 0; i < points.Size(); ++i) {
+    double farthest[3];
+    for (int k = 0; k < 3; ++k) {
+      farthest[k] = std::max(box.high[k] - points[i][k], points[i][k] - box.low[k]);
+    }
+    if (!std::isinf(Pythag(farthest[0], farthest[1], farthest[2], zero))) continue;
+    for (std::size_t j = i + 1; j < points.Size(); ++j) {
+      if (overflows(points[i], points[j])) {
+        return {std::numeric_limits<double>::infinity(), static_cast<int>(i), static_cast<int>(j)};
+      }
+    }
+  }
+  return {kStart};
+}
+
 // A centre from which 2 R is at most so much longer than D leaves few points.
 constexpr double kCloseFit = 1.01;
 
@@ -321,10 +340,11 @@ Edge LongestFinite(const PointView& points, const Extents& extents, double zero)
 Edge LongestEdge(const PointView& points, double zero) {
   if (points.Size() <= kPlainSize) return PlainLoop(points, zero);
   const Extents extents = ExtentsOf(points);
-  if (extents.isFinite) return LongestFinite(points, extents, zero);
+  if (extents.isFinite) {
+    const Edge overflowing = FirstOverflow(points, extents.box, zero);
+    return overflowing.IsPair() ? overflowing : LongestFinite(points, extents, zero);
+  }
   const std::vector<IndexedPoint> finite = FinitePoints(points);
-  // Here only edges of finite points are left that may overflow.
-  if (finite.size() == points.Size()) return PlainLoop(points, zero);
   Edge best{kStart};
   if (!finite.empty()) best = InIndicesOf(finite, LongestEdge(ViewOf(finite), zero));
   const Edge infinite = FirstInfiniteEdge(points, zero);

@@ -286,8 +286,6 @@ Edge ShortestEdge(const PointView& points, double zero, double large) {
   const Extents extents = ExtentsOf(points);
   if (extents.isFinite) return ShortestFinite(points, extents, zero, large);
   const std::vector<IndexedPoint> finite = FinitePoints(points);
-  // Here only edges of finite points are left that may overflow.
-  if (finite.size() == points.Size()) return PlainLoop(points, zero, large);
   Edge best{large};
   if (!finite.empty()) best = InIndicesOf(finite, ShortestEdge(ViewOf(finite), zero, large));
   return best;
