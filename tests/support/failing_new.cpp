@@ -23,7 +23,7 @@ long nu::test::LiveAllocations() {
   return liveAllocations;
 }
 
-// The array and nothrow forms of the standard library end in these.
+// The array and nothrow forms of the standard library end in these two; those of a sanitizer do not, so all are here.
 void* operator new(std::size_t size, std::align_val_t alignment) {
   if (allocationsUntilFailure >= 0 && allocationsUntilFailure-- == 0) throw std::bad_alloc();
   const std::size_t unit = static_cast<std::size_t>(alignment);
@@ -35,6 +35,26 @@ void* operator new(std::size_t size, std::align_val_t alignment) {
 
 void* operator new(std::size_t size) {
   return operator new (size, std::align_val_t{alignof(std::max_align_t)});
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+void* operator new[](std::size_t size) {
+  return operator new(size);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& form) noexcept {
+  return operator new(size, form);
+}
+
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+  return operator new(size, alignment);
 }
 
 void operator delete(void* memory) noexcept {
@@ -51,5 +71,21 @@ void operator delete(void* memory, std::align_val_t) noexcept {
 }
 
 void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+  operator delete(memory);
+}
+
+void operator delete[](void* memory) noexcept {
+  operator delete(memory);
+}
+
+void operator delete[](void* memory, std::size_t) noexcept {
+  operator delete(memory);
+}
+
+void operator delete[](void* memory, std::align_val_t) noexcept {
+  operator delete(memory);
+}
+
+void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept {
   operator delete(memory);
 }
