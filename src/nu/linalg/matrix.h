@@ -101,24 +101,23 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   // A = U diag(w) V^T after Golub and Reinsch: U, of the shape of A, replaces this matrix; w takes as many values as
   // there are columns, all >= 0, in no order; v is square and orthogonal. Values below NuGetTol() * largest value *
   // larger dimension are exactly 0. With fewer rows than columns the missing rows count as zeros. A coupling is
-  // negligible when it changes the norm by less than NuGetZero() times the norm, or not at all. Not converged within 124
-  // sweeps per value, or an element that is not finite: cause 46; the matrix may then be partly overwritten.
+  // negligible when it changes the norm by less than NuGetZero() times the norm, or not at all. Not converged within
+  // 124 sweeps per value, or an element that is not finite: cause 46; the matrix may then be partly overwritten.
   void SVD(CNuVector* w, CNuMatrix* v);
 
-  // By LU decomposition, without overflow or underflow on the way; exactly 0 only when a pivot is, NaN when an element is
-  // not finite. Not square: cause 16.
+  // By LU decomposition, without overflow or underflow on the way; exactly 0 only when a pivot is, NaN when an element
+  // is not finite. Not square: cause 16.
   double Determinant() const;
   // By LU decomposition; *status is 0 before and 1 after. Not square or singular: cause 16.
   CNuMatrix Inverse(ENuStatus* status);
 
   // Eigenvalues and eigenvectors, the latter as columns of unit length in the order of the values.
   // Symmetric within NuGetTol() (and, for elements below 1, within n * NuGetTol() of the largest): ascending values and
-  // orthonormal vectors of the symmetric part, by Householder reduction and implicit QL. Else by balancing, reduction to
-  // Hessenberg form and double-shift QR: values in ascending order of their real parts. A complex pair a +- ib gives the
-  // value a twice and, in its two columns, the real part x and the imaginary part y of the vector of a + ib, of unit
-  // length together: A x = a x - b y, A y = a y + b x; *status is then 2.
-  // Not square: cause 16. 30 iterations in succession that bring no value nearer, or an element that is not finite:
-  // cause 46.
+  // orthonormal vectors of the symmetric part, by Householder reduction and implicit QL. Else by balancing, reduction
+  // to Hessenberg form and double-shift QR: values in ascending order of their real parts. A complex pair a +- ib gives
+  // the value a twice and, in its two columns, the real part x and the imaginary part y of the vector of a + ib, of
+  // unit length together: A x = a x - b y, A y = a y + b x; *status is then 2. Not square: cause 16. 30 iterations in
+  // succession that bring no value nearer, or an element that is not finite: cause 46.
   void EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatrix* vectors) const;
   // The same one by one. Each operation keeps the last matrix and result of the process, whatever the thread, and
   // answers from there when no element differs by NuGetTol() squared (for smaller elements: NuGetTol() times the
