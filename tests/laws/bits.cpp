@@ -1,0 +1,114 @@
+// Prints one number that depends on every bit of many results: builds by different compilers and for different
+// instruction sets must print the same. The input is made without mathematical functions, which are the platform's.
+
+#include <cinttypes>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <random>
+
+#include "nu/nu.h"
+
+namespace {
+
+class Bits {
+ public:
+  void Add(double value) {
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    m_hash = (m_hash ^ bits) * 0x100000001b3u;  // FNV-1a
+    m_hash ^= m_hash >> 29;
+  }
+  void Add(const CNuPoint& p) {
+    for (const double c : {p.x(), p.y(), p.z()}) Add(c);
+  }
+  void Add(const CNuVector& v) {
+    for (int i = 0; i < v.GetSize(); ++i) Add(v[i]);
+  }
+  void Add(const CNuMatrix& m) {
+    for (int i = 0; i < m.GetRowSize(); ++i) Add(m.GetRowVector(i));
+  }
+  std::uint64_t Value() const { return m_hash; }
+
+ private:
+  std::uint64_t m_hash = 0xcbf29ce484222325u;
+};
+
+class Noise {
+ public:
+  // In [-1, 1), exact.
+  double operator()() { return static_cast<double>(static_cast<std::int64_t>(m_random()) >> 11) * 0x1p-52; }
+
+ private:
+  std::mt19937_64 m_random{7};
+};
+
+void AddFits(int n, Noise& noise, Bits& bits) {
+  CNuPointArray flat(n), space(n);
+  for (int i = 0; i < n; ++i) {
+    const double t = noise();
+    const double s = noise();
+    const double r = (25.0 + 1e-3 * noise()) / (1.0 + t * t);
+    const CNuPoint p(r * (1.0 - t * t) + 400.0, 2.0 * r * t - 80.0, 3.0);
+    flat.Add(p);
+    space.Add(CNuPoint(p.x() * s, p.y(), p.z() + 20.0 * s));
+  }
+  double form = 0.0, sumsq = 0.0;
+  CNuLine line;
+  line.Fit(space, &form, &sumsq);
+  bits.Add(line.GetPoint());
+  bits.Add(line.GetDirection());
+  CNuPlane plane;
+  plane.Fit(space, &form, &sumsq);
+  bits.Add(plane.GetNormal());
+  bits.Add(sumsq);
+  CNuCircle circle(1.0);
+  circle.Fit(flat, &form, &sumsq, 100);
+  bits.Add(circle.GetCentre());
+  bits.Add(form);
+  CNuSphSurf sphere(1.0);
+  sphere.Fit(space, &form, &sumsq, 1000);
+  bits.Add(sphere.GetCentre());
+  bits.Add(sumsq);
+  int i = 0, j = 0;
+  bits.Add(space.MeanPoint());
+  bits.Add(space.MaxEdge(&i, &j));
+  bits.Add(space.MinEdge(&i, &j));
+}
+
+void AddDecompositions(int n, Noise& noise, Bits& bits) {
+  CNuMatrix a(n, n), tall(5 * n, n);
+  CNuVector b(5 * n);
+  for (int i = 0; i < 5 * n; ++i) {
+    for (int j = 0; j < n; ++j) tall.Element(i, j) = noise();
+    if (i < n) a.SetRowVector(i, tall.GetRowVector(i));
+    b[i] = noise();
+  }
+  CNuMatrix u(a), v;
+  CNuVector w;
+  u.SVD(&w, &v);
+  bits.Add(u);
+  bits.Add(w);
+  ENuStatus status{};
+  a.EigenValuesVectors(&status, &w, &v);
+  bits.Add(w);
+  bits.Add(v);
+  (a + a.Transpose()).EigenValuesVectors(&status, &w, &v);
+  bits.Add(v);
+  bits.Add(a.Inverse(&status));
+  bits.Add(a.Determinant());
+  CNuLinearEquSys system(1);
+  system.Solve(tall, b);
+  bits.Add(system.GetSolution());
+}
+
+}  // namespace
+
+int main() {
+  Noise noise;
+  Bits bits;
+  for (const int n : {5, 17, 1000, 30000}) AddFits(n, noise, bits);
+  for (const int n : {3, 4, 9, 33, 120}) AddDecompositions(n, noise, bits);
+  std::printf("%016" PRIx64 "\n", bits.Value());
+  return 0;
+}
