@@ -9,7 +9,10 @@
 namespace nu::internal {
 namespace {
 
-constexpr int kBlock = 256;
+// Most sets show a height beyond among their last points; a set that has none is read in long stretches, forward,
+// where the processor fetches ahead.
+constexpr int kFirstBlock = 64;
+constexpr int kLargestBlock = 8192;
 
 NU_ALWAYS_INLINE double Height(const double* p, Vec3 origin, Vec3 normal) {
   return std::fabs(Dot(LoadVec3(p) - origin, normal));
@@ -33,8 +36,10 @@ NU_KERNEL double LargestHeight(PointView points, Vec3 origin, Vec3 normal) {
 
 int LastBeyond(const PointView& points, int from, Vec3 origin, Vec3 normal, double tol) {
   // Below zero every height is beyond, so the lanes' start would count; a NaN is beyond nothing.
-  for (int end = static_cast<int>(points.Size()); end > from; end -= kBlock) {
-    const int begin = std::max(end - kBlock, from);
+  int length = kFirstBlock;
+  for (int end = static_cast<int>(points.Size()), begin = end; end > from; end = begin) {
+    begin = std::max(end - length, from);
+    length = std::min(2 * length, kLargestBlock);
     const PointView block = points.Part(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin));
     if (!(LargestHeight(block, origin, normal) > tol)) continue;
     for (int i = end - 1; i >= begin; --i) {

@@ -1,6 +1,7 @@
 #include "nu/geometry/internal/point_blocks.h"
 
 #include <cmath>
+#include <new>
 
 namespace nu::internal {
 namespace {
@@ -53,9 +54,15 @@ double PowerAgainst(double value) {
 
 }  // namespace
 
-void PointBlocks::Load(PointView part) {
-  Pack(part, m_origin, m_scale, m_block.x, m_block.y, m_block.z);
-  m_block.size = part.Size();
+void PointBlocks::Load(PointView part, PointBlock& block) {
+  Pack(part, m_origin, m_scale, block.x, block.y, block.z);
+  block.size = part.Size();
+}
+
+void PointBlocks::Keep() {
+  if (m_kept || Size() <= kBlockPoints || Size() > kKeptPoints) return;
+  m_portion = kBlockPoints;
+  m_kept.reset(new (std::nothrow) PointBlock[KeptBlocks()]);
 }
 
 bool PointBlocks::AllFinite() const {
@@ -82,6 +89,7 @@ bool PointBlocks::FitScale() {
   if (extent == 0.0) return true;
   m_scale = PowerAgainst(extent / coarse);
   m_block.size = 0;
+  for (std::size_t k = 0; m_kept && k < KeptBlocks(); ++k) m_kept[k].size = 0;
   return true;
 }
 

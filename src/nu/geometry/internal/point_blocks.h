@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 
 #include "nu/foundation/internal/simd.h"
 #include "nu/geometry/internal/point_view.h"
@@ -14,6 +15,10 @@ namespace nu::internal {
 inline constexpr std::size_t kBlockPoints = 1024;
 // More points pass in smaller portions, which share that cache with the points as they lie in memory.
 inline constexpr std::size_t kPortion = 512;
+
+// Up to so many points are worth keeping: 6 MB, which the second and third level of cache hold. A larger copy costs as
+// much to make, page by page of fresh memory, as it spares.
+inline constexpr std::size_t kKeptPoints = std::size_t{1} << 18;
 
 // Some points as separate coordinates, relative to an origin among them: what the kernels of the fits run over, eight
 // lanes at a time. The last eight are filled up with copies of the last point, whose weight is 0.
@@ -32,10 +37,12 @@ struct PointBlock {
   static constexpr double kWindow[2 * kLanes] = {1.0, 1.0, 1.0, 1.0, 1.0, 1.0, 1.0, 1.0};
 };
 
-// Walks over points of any number block by block, in constant memory. Up to one block of points is repacked once.
+// Walks over points of any number block by block, in constant memory. Up to one block of points is repacked once; more
+// are repacked at each walk, or once when they are kept.
 class PointBlocks {
  public:
-  PointBlocks(PointView points, const Vec3& origin) : m_points(points), m_origin(origin) {}
+  PointBlocks(PointView points, const Vec3& origin)
+      : m_points(points), m_origin(origin), m_portion(points.Size() <= kBlockPoints ? kBlockPoints : kPortion) {}
 
   std::size_t Size() const { return m_points.Size(); }
   const Vec3& Origin() const { return m_origin; }
@@ -49,6 +56,10 @@ class PointBlocks {
     return {scaled.x / m_scale, scaled.y / m_scale, scaled.z / m_scale};
   }
 
+  // For many walks: the blocks of the first one stay, unless the points are too many. Without the memory for it they
+  // are repacked as before, to the same bits.
+  void Keep();
+
   // False, and no change, when a coordinate is not finite.
   bool FitScale();
 
@@ -56,19 +67,23 @@ class PointBlocks {
 
   template<class Visit>
   void ForEach(Visit visit) {
-    const std::size_t portion = Size() <= kBlockPoints ? kBlockPoints : kPortion;
-    for (std::size_t begin = 0; begin < Size(); begin += portion) {
-      if (m_block.size != Size()) Load(m_points.Part(begin, std::min(portion, Size() - begin)));
-      visit(static_cast<const PointBlock&>(m_block));
+    const bool stays = m_kept || Size() <= kBlockPoints;
+    for (std::size_t begin = 0; begin < Size(); begin += m_portion) {
+      PointBlock& block = m_kept ? m_kept[begin / m_portion] : m_block;
+      if (!stays || block.size == 0) Load(m_points.Part(begin, std::min(m_portion, Size() - begin)), block);
+      visit(static_cast<const PointBlock&>(block));
     }
   }
 
  private:
-  void Load(PointView part);
+  void Load(PointView part, PointBlock& block);
+  std::size_t KeptBlocks() const { return (Size() + m_portion - 1) / m_portion; }
 
   PointView m_points;
   Vec3 m_origin;
   double m_scale = 1.0;
+  std::size_t m_portion;
+  std::unique_ptr<PointBlock[]> m_kept;
   PointBlock m_block;
 };
 

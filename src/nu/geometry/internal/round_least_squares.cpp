@@ -317,6 +317,7 @@ Vec3 AnyOrthogonal(const Vec3& unit) {
 template<int D>
 RoundLeastSquares<D>::RoundLeastSquares(PointBlocks& points, const Vec3 (&axes)[D]) : m_points(points) {
   std::copy_n(axes, D, m_model.axis);
+  m_points.Keep();
 }
 
 template<int D>
