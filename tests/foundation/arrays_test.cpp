@@ -198,7 +198,8 @@ TEST(Arrays, NumbersAreSearchedSummedAndSorted) {
   EXPECT_EQ(Ints({INT_MAX, 1}).Sum(), INT_MIN);
   a.Sort(&order);
   ints.Sort(&ints);
-  EXPECT_TRUE(order.IsEqual(Ints({1, 3, 0, 2})) && ints.IsEqual(order) && !ints.IsEqual(Ints({1, 3, 0})));
+  EXPECT_TRUE(order.IsEqual(Ints({1, 3, 0, 2})) && ints.IsEqual(order) && ints.GetCapacity() == 4 &&
+              !ints.IsEqual(Ints({1, 3, 0})));
   ints.Sort();
   EXPECT_TRUE(ints.IsEqual(Ints({0, 1, 2, 3})));
   EXPECT_EQ(a.Find(2.0, 0.0) + 10 * a.Find(2.5, 0.6) + 100 * a.Find(1.0, 1e-9), 99);

@@ -42,6 +42,7 @@ TEST(Exceptions, TheAssertFlagStaysOnceSet) {
   EXPECT_EQ(CNuException::IsAssertEnabled(), 0);
   CNuException::SetAssert();
   EXPECT_EQ(CNuException::IsAssertEnabled(), 1);
+  EXPECT_EQ(CNuException::m_nAssert, 1);
 }
 
 }  // namespace

@@ -92,6 +92,7 @@ void CNuDoubleArray::Sort(CNuIntArray* index) const {
   CNuIntArray order(m_size);
   for (int i = 0; i < m_size; ++i) order.Add(i);
   nu::internal::SortIndex(m_size, m_data, order.GetData());
+  index->Truncate(0);  // the assignment would keep larger room
   *index = std::move(order);
 }
 

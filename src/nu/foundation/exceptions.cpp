@@ -10,8 +10,6 @@ constexpr int kOperation = 100;
 constexpr int kBestfit = 200;
 constexpr int kMemory = 301;
 
-constinit std::atomic<int> assertEnabled{0};
-
 template<std::size_t N>
 void CopyText(const char* text, char (&field)[N]) {
   if (text == nullptr) return;
@@ -29,12 +27,14 @@ CNuOperationException::~CNuOperationException() = default;
 CNuBestfitException::~CNuBestfitException() = default;
 CNuMemoryException::~CNuMemoryException() = default;
 
+constinit int CNuException::m_nAssert = 0;
+
 void CNuException::SetAssert() {
-  assertEnabled.store(1, std::memory_order_relaxed);
+  std::atomic_ref(m_nAssert).store(1, std::memory_order_relaxed);
 }
 
 int CNuException::IsAssertEnabled() {
-  return assertEnabled.load(std::memory_order_relaxed);
+  return std::atomic_ref(m_nAssert).load(std::memory_order_relaxed);
 }
 
 void CNuException::SetWhat(const char* text) {

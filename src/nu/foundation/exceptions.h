@@ -18,6 +18,7 @@ class NU_EXPORT CNuException {
   // A process-wide flag for the host's own handling of exceptions: once set it stays set. The library never reads it.
   static void SetAssert();
   static int IsAssertEnabled();
+  static int m_nAssert;
 
   int m_nCause;           // 1-99 construction, 101-199 operation, 201-299 best fit, 301 memory, 0 none
   int m_nLower = 0;       // lower end of a violated integer range; best fit: the size

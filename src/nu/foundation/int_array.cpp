@@ -50,5 +50,6 @@ void CNuIntArray::Sort(CNuIntArray* index) const {
   const int* values = m_data;
   std::sort(order.m_data, order.m_data + m_size,
             [values](int i, int j) { return values[i] != values[j] ? values[i] < values[j] : i < j; });
+  index->Truncate(0);  // the assignment would keep larger room
   *index = std::move(order);
 }

@@ -10,7 +10,7 @@ class NU_EXPORT CNuInterval : public CNuAlgebra {
  public:
   // [0, Nu_2PI], both ends closed: the full turn.
   CNuInterval();
-  // lower >= upper: CNuConstructionException cause 11.
+  // lower >= upper, or a NaN: CNuConstructionException cause 11.
   CNuInterval(double lower, double upper, int leftOpen, int rightOpen);
 
   void GetBounds(double* lower, double* upper) const;

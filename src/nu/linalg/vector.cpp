@@ -1,6 +1,7 @@
 #include "nu/linalg/vector.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 #include <new>
 #include <utility>
@@ -34,11 +35,15 @@ void RequireSameSize(const CNuVector& a, const CNuVector& b, const char* what) {
 CNuVector Scaled(CNuVector v) {
   double* c = v.GetData();
   const double largest = std::max({std::fabs(c[0]), std::fabs(c[1]), std::fabs(c[2])});
-  if (!std::isfinite(largest)) return v;
+  if (!std::isfinite(largest) || largest == 0.0) return v;
   const int exponent = std::ilogb(largest);
   for (int i = 0; i < 3; ++i) c[i] = std::ldexp(c[i], -exponent);
   return v;
 }
+
+// A direction whose sine with an axis is no more than this lies along it: what is left beside the axis is the rounding
+// of its components.
+constexpr double kAlongAxis = 4.0 * DBL_EPSILON;
 
 CNuVector Normalised(CNuVector v) {
   v.Normalise();
@@ -298,16 +303,21 @@ double CNuVector::AngleWith(const CNuVector& v, const CNuVector& axis) const {
   if (std::fabs(angle1 - angle2) >= NuGetDegreeTol()) FailOperation(14, "calculation", "CNuVector::AngleWith()");
   const double zero = NuGetZero();
   if (std::fabs(angle1) < zero) return 0.0;
-  const CNuVector unitAxis = Normalised(axis);
-  CNuVector p = Normalised(*this);
-  CNuVector q = Normalised(v);
+  const CNuVector unitAxis = Normalised(Scaled(axis));
+  CNuVector p = Normalised(Scaled(*this));
+  CNuVector q = Normalised(Scaled(v));
   if (p.IsEqual(q, zero)) return 0.0;
-  p -= unitAxis * (p % unitAxis);
-  q -= unitAxis * (q % unitAxis);
+  // The parts beside the axis, both a quarter turn further about it.
+  p = unitAxis * p;
+  q = unitAxis * q;
   // Along the axis, against it as well, nothing is left to turn.
-  if (p.IsZero(zero) || q.IsZero(zero)) return 0.0;
+  const auto isAlong = [zero](const CNuVector& part) { return part.IsZero(zero) || part.Magnitude() <= kAlongAxis; };
+  if (isAlong(p) || isAlong(q)) return 0.0;
   const double angle = p.AngleWith(q);
-  return (p * q) % unitAxis < 0.0 ? 360.0 - angle : angle;
+  if (!((p * q) % unitAxis < 0.0)) return angle;
+  // A tiny angle short of a full turn rounds to the full turn, which is no angle of the range.
+  const double turned = 360.0 - angle;
+  return turned < 360.0 ? turned : 0.0;
 }
 
 CNuVector CNuVector::SubVector(int i, int j) const {
@@ -355,6 +365,7 @@ void CNuVector::Sort(CNuIntArray* index) const {
   CNuIntArray order(m_size);
   for (int i = 0; i < m_size; ++i) order.Add(i);
   nu::internal::SortIndex(m_size, m_data, order.GetData());
+  index->Truncate(0);  // the assignment would keep larger room
   *index = std::move(order);
 }
 

@@ -74,8 +74,8 @@ class NU_EXPORT CNuVector : public CNuObject {
   ENuBoolean IsNonNegative() const;
   // Sizes equal and every difference below tol.
   ENuBoolean IsEqual(const CNuVector& v, double tol) const;
-  // Directions within `angle`, in radians, of parallel or orthogonal, either way. Three components each, else the
-  // failures of the products.
+  // Directions within `angle`, in radians, of parallel or orthogonal, either way. Sizes differ: cause 5; not three
+  // components, for parallel only: cause 10; both named by the product.
   ENuBoolean IsParallelTo(const CNuVector& v, double angle) const;
   ENuBoolean IsOrthogonalTo(const CNuVector& v, double angle) const;
 
@@ -83,7 +83,8 @@ class NU_EXPORT CNuVector : public CNuObject {
   // cause 9.
   double AngleWith(const CNuVector& v) const;
   // The angle in degrees, in [0, 360), that turns this direction about the axis onto v, right-handed. The two must make
-  // the same angle with the axis within NuGetDegreeTol(), else cause 14; directions along the axis give 0.
+  // the same angle with the axis within NuGetDegreeTol(), else cause 14; directions along the axis, either way, give 0.
+  // Failures of the angle with the axis as above.
   double AngleWith(const CNuVector& v, const CNuVector& axis) const;
 
   // Components i to j, both included. Out of range: cause 3; i > j: cause 15.
