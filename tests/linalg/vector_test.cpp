@@ -119,6 +119,10 @@ TEST(Vector, AnglesHoldAtEverySize) {
     EXPECT_EQ(CNuVector(size, 0, 0).AngleWith(CNuVector(0, size, 0)), 90.0);
     EXPECT_EQ(CNuVector(size, 0, 0).AngleWith(CNuVector(-1, 0, 0)), 180.0);
     EXPECT_NEAR(CNuVector(size, size, 0).AngleWith(CNuVector(1, 0, 0)), 45.0, 1e-13);
+    EXPECT_FALSE(CNuVector(size, 0, 0).IsParallelTo(CNuVector(size, size, 0), 0.5));
+    CNuVector direction(3 * size, -4 * size, 0);
+    direction.Normalise();
+    EXPECT_TRUE(direction.IsEqual(CNuVector(0.6, -0.8, 0), 1e-15));
   }
 }
 

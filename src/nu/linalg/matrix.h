@@ -54,6 +54,7 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   CNuMatrix SubMatrix(int r1, int r2, int c1, int c2) const;
   void SetSubMatrix(int r1, int r2, int c1, int c2, const CNuMatrix& m);
 
+  // n x n. n < 1 fails as the constructor does.
   static CNuMatrix Identity(int n);
   static CNuMatrix DiagonalMatrix(const CNuVector& v);
   CNuMatrix Transpose() const;

@@ -45,6 +45,10 @@ CNuVector Scaled(CNuVector v) {
 // of its components.
 constexpr double kAlongAxis = 4.0 * DBL_EPSILON;
 
+// Between these magnitudes the squares of components neither overflow nor vanish.
+constexpr double kSmallestSafe = 0x1p-500;
+constexpr double kLargestSafe = 0x1p500;
+
 CNuVector Normalised(CNuVector v) {
   v.Normalise();
   return v;
@@ -303,9 +307,9 @@ double CNuVector::AngleWith(const CNuVector& v, const CNuVector& axis) const {
   if (std::fabs(angle1 - angle2) >= NuGetDegreeTol()) FailOperation(14, "calculation", "CNuVector::AngleWith()");
   const double zero = NuGetZero();
   if (std::fabs(angle1) < zero) return 0.0;
-  const CNuVector unitAxis = Normalised(Scaled(axis));
-  CNuVector p = Normalised(Scaled(*this));
-  CNuVector q = Normalised(Scaled(v));
+  const CNuVector unitAxis = Normalised(axis);
+  CNuVector p = Normalised(*this);
+  CNuVector q = Normalised(v);
   if (p.IsEqual(q, zero)) return 0.0;
   // The parts beside the axis, both a quarter turn further about it.
   p = unitAxis * p;
@@ -336,8 +340,20 @@ CNuPoint CNuVector::To3DPoint() const {
 }
 
 void CNuVector::Normalise() {
-  const double magnitude = Magnitude();
-  if (!(magnitude > NuGetZero())) return;
+  double magnitude = Magnitude();
+  if (std::isnan(magnitude)) return;
+  bool isZero = !(magnitude > NuGetZero());
+  if (!(magnitude > kSmallestSafe && magnitude < kLargestSafe)) {
+    double largest = 0.0;
+    for (int i = 0; i < m_size; ++i) largest = std::max(largest, std::fabs(m_data[i]));
+    if (largest > std::max(NuGetZero(), 0.0) && std::isfinite(largest)) {
+      const int exponent = std::ilogb(largest);
+      for (int i = 0; i < m_size; ++i) m_data[i] = std::ldexp(m_data[i], -exponent);
+      magnitude = Magnitude();
+      isZero = false;
+    }
+  }
+  if (isZero) return;
   for (int i = 0; i < m_size; ++i) m_data[i] /= magnitude;
 }
 

@@ -93,7 +93,7 @@ class NU_EXPORT CNuVector : public CNuObject {
   CNuPoint To3DPoint() const;
   operator CNuComplexVector() const;
 
-  // Divides by the magnitude when that is above NuGetZero(); a zero vector stays as it is.
+  // Divides by the magnitude, at any size, when that is above NuGetZero(); a zero vector stays as it is.
   void Normalise();
   // Three components to four, the last 1, and back, divided by the last (by 1 when it is below NuGetZero()). Other
   // sizes: cause 11.
