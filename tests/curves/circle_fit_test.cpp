@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 #include "support/clouds.h"
 #include "support/failures.h"
@@ -23,6 +24,9 @@ TEST(CircleFit, ChecksComeInOrderAndFailuresLeaveTheCircle) {
   EXPECT_EQ(failure(noisy, 1), "bestfit 12 |CNuCircle [0,0]");
   EXPECT_EQ(circle.FitEx(noisy, 1), NuFitNoConvergence);
   EXPECT_EQ(circle.FitEx(CNuPointArray(1), 1), NuFitFailure);
+  CNuPointArray noCircle(4);
+  for (const CNuPoint& p : {CNuPoint(1, -2, -1), CNuPoint(0, 1), CNuPoint(-1, 1), CNuPoint(0, 0, -1)}) noCircle.Add(p);
+  EXPECT_EQ(circle.FitEx(noCircle, std::numeric_limits<long>::max()), NuFitNoConvergence) << "creeps";
   NuSetLarge(50.0);
   EXPECT_EQ(failure(noisy, 100), "bestfit 11 |CNuCircle [0,0]") << "start radius above a tenth of NuGetLarge()";
   NuSetLarge(1e300);

@@ -28,6 +28,11 @@ TEST(LinePlaneFit, RefusalsLeaveTheFeatureAndTheOutputsAlone) {
   EXPECT_EQ(line.GetPoint().z() + line.GetDirection()[1] + plane.GetPoint().z() + plane.GetNormal()[1], 8.0);
   EXPECT_EQ(form, -1.0);
   EXPECT_EQ(sumsq, -2.0);
+  // A zero above every coordinate makes all points one plane and no extent, but refuses no two distinct points.
+  NuSetZero(2.0);
+  EXPECT_EQ(CNuGeometry::AreCoplanar(Points({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}), &plane, 1e-12), 1);
+  EXPECT_EQ(lineFailure(Points({{0, 0, 0}, {0, 1, 0}})), "nothing");
+  NuSetZero(1e-300);
 }
 
 // Noise of a few micrometres on a ruler of metres: the moments alone would lose the narrow direction.

@@ -32,8 +32,8 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   // step. CNuBestfitException, for which the circle and the outputs stay as they were: cause 13 (size 0) for a limit
   // below 1, before all else; causes 1 and 3 of the plane, named "CNuPlane"; else named "CNuCircle" with size 0: cause
   // 11 for coordinates that are not finite, a start radius of 0.1 NuGetLarge() or more and whatever else fails on the
-  // way; cause 12 when the limit is reached. FitEx throws cause 13 only: NuFitNoConvergence stands for cause 12,
-  // NuFitFailure for every other failure.
+  // way; cause 12 when the limit, or 100 000 steps, is reached. FitEx throws cause 13 only: NuFitNoConvergence stands
+  // for cause 12, NuFitFailure for every other failure.
   void Fit(const CNuPointArray& pts, long maxiter);
   void Fit(const CNuPointArray& pts, double* form, double* sumsq, long maxiter);
   ENuFitResult FitEx(const CNuPointArray& pts, long maxiter);

@@ -15,10 +15,13 @@ using nu::internal::Vec3;
 
 namespace {
 
-// A plane through `point`; a normal that gives none is replaced by the z axis.
+// A plane through `point`; a normal that gives none is replaced by the z axis, even where NuGetZero() is so large that
+// this one counts as zero too.
 CNuPlane PlaneThrough(const CNuPoint& point, Vec3 normal) {
-  if (IsNull(normal, NuGetZero()) || !IsFinite(normal)) normal = {0.0, 0.0, 1.0};
-  return CNuPlane(point, ToVector(normal));
+  if (!IsNull(normal, NuGetZero()) && IsFinite(normal)) return CNuPlane(point, ToVector(normal));
+  CNuPlane plane;
+  plane.Translate(point);
+  return plane;
 }
 
 }  // namespace

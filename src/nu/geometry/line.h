@@ -41,8 +41,8 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   // `form` for points in one plane z = const the largest minus the smallest signed distance, for others the diameter of
   // the cylinder around the line that holds all points; both are 0 for two points.
   // CNuBestfitException, named "CNuLine", for which the line and the outputs stay as they were: cause 1 (size 2) below
-  // two points; cause 2 (size 2) for two points no coordinate of which is NuGetLengthTol() or more apart, or points
-  // whose extent is below NuGetZero(); cause 11 (size 0) for coordinates that are not finite.
+  // two points; cause 2 (size 2) for two points no coordinate of which is NuGetLengthTol() or more apart, or more
+  // points whose extent is below NuGetZero(); cause 11 (size 0) for coordinates that are not finite.
   void Fit(const CNuPointArray& pts);
   void Fit(const CNuPointArray& pts, double* form, double* sumsq);
 

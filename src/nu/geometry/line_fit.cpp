@@ -32,9 +32,10 @@ Vec3 DirectionOfTwo(const CNuPointArray& pts) {
 
 PrincipalDirection Solve(PointBlocks& blocks, const CNuPointArray& pts) {
   PrincipalDirection found = FindPrincipalDirection(blocks, nu::internal::Extent::largest);
-  if (pts.GetSize() == 2) found.direction = DirectionOfTwo(pts);
+  const bool exact = pts.GetSize() == kLeastPoints;
+  if (exact) found.direction = DirectionOfTwo(pts);
   if (!found.finite) FailFit(nu::internal::kNumericalFailure, kName);
-  if (found.largestSingular < NuGetZero()) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
+  if (!exact && found.largestSingular < NuGetZero()) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
   CNuVector direction = ToVector(found.direction);
   direction.SymmetricAxis(NuGetTol(), 1);
   found.direction = Components(direction);

@@ -134,7 +134,8 @@ CNuPoint CNuPoint::ProjectionOn(const CNuSurface& s) const {
 }
 
 CNuPoint CNuPoint::MidPoint(const CNuPoint& p) const {
-  return (p + *this) * 0.5;
+  const CNuPoint sum = p + *this;  // halved without the limit of operator*, which NuSetLarge() may move below it
+  return CNuPoint(0.5 * sum.m_xyz[0], 0.5 * sum.m_xyz[1], 0.5 * sum.m_xyz[2]);
 }
 
 CNuPoint CNuPoint::MidPoint(const CNuLine& l) const {

@@ -1,6 +1,7 @@
 #ifndef NU_GEOMETRY_INTERNAL_GAUSS_NEWTON_H
 #define NU_GEOMETRY_INTERNAL_GAUSS_NEWTON_H
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -35,12 +36,15 @@ struct GaussNewtonStep {
 template<class Problem>
 GaussNewtonEnd RunGaussNewton(Problem& problem, const GaussNewtonRule& rule) {
   constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+  // Steps on points that are no circle at all may creep or go round for ever, whatever limit a host passes.
+  constexpr long kMostSteps = 100'000;
+  const long limit = std::min(rule.limit, kMostSteps);
   const double tolerance = rule.tolerance < kEpsilon * kEpsilon ? 0.0 : rule.tolerance;
   double previous = rule.large;
   double current = 0.1 * rule.large;
   long count = 0;
   bool ended = !(current < previous);
-  while (!ended && count < rule.limit) {
+  while (!ended && count < limit) {
     ++count;
     previous = current;
     const GaussNewtonStep step = problem.SolveStep();
@@ -50,7 +54,7 @@ GaussNewtonEnd RunGaussNewton(Problem& problem, const GaussNewtonRule& rule) {
     if (!converged || rule.takesLastStep) problem.TakeStep();
     ended = converged || (!(current < previous) && (rule.endsAtGrowth || step.atRoundingLevel));
   }
-  if (!ended || (rule.endsBeforeLimit && count >= rule.limit)) return GaussNewtonEnd::limitReached;
+  if (!ended || (rule.endsBeforeLimit && count >= limit)) return GaussNewtonEnd::limitReached;
   return GaussNewtonEnd::converged;
 }
 
