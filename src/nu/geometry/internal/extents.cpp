@@ -68,7 +68,7 @@ Extents ExtentsOf(const PointView& points) {
 }
 
 double ScaleFor(double size) {
-  constexpr int kExponentLimit = 1000;
+  constexpr int kExponentLimit = 1022;  // of normal powers whose inverse is normal too
   if (!(size > 0.0) || !std::isfinite(size)) return 1.0;
   return std::ldexp(1.0, std::clamp(-std::ilogb(size) - 1, -kExponentLimit, kExponentLimit));
 }
