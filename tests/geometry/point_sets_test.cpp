@@ -74,7 +74,8 @@ CNuPoint HostilePoint(Random& random, const CNuPointArray& before, int kind, int
     case 12:
       return {1e-170 * x, 1e-170 * y, 1e-170 * z};
     case 13:
-      return {1e-9 * x + (i == n / 2 ? (n % 2 == 0 ? 1.0 : 2.6e306) : 0.0), 1e-9 * y, 0.0};
+      if (i == n / 2 && n % 2 == 0) return {2.6e306 * x, 2.6e306 * y, 2.6e306 * z};
+      return {1e-9 * x + (i == n / 2 ? 1.0 : 0.0), 1e-9 * y, 0.0};
     case 15:
       return {1.7e308 * x, 1.2e308 * y, i % 3 == 0 ? 1e307 * z : 0.0};
     case 14: {
