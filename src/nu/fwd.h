@@ -31,6 +31,19 @@ class CNuComplexPolar;
 class CNuComplexVector;
 class CNuComplexMatrix;
 
+class CNuPolynomial;
+class CNuAlgEqu;
+class CNuChebyshevPolynomial;
+class CNuChebyshevPolynomialExpression;
+class CNuTriag;
+class CNuTriagEqu;
+class CNuTriagPolynomial;
+class CNuIntegral;
+class CNuIntegral2D;
+class CNuIntegral3D;
+class CNuInterpolation;
+class CNuInterpolation2D;
+
 class CNuPoint;
 class CNuCartesianCoord;
 class CNuNonLinearGeometry;
@@ -42,6 +55,8 @@ class CNuCircle;
 class CNuEllipse;
 class CNuHyperbola;
 class CNuParabola;
+class CNuSineCurve;
+class CNuCosineCurve;
 class CNuBoundedCurve;
 class CNuLineSegment;
 class CNuCircularArc;
