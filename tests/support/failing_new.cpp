@@ -37,12 +37,16 @@ void* operator new(std::size_t size) {
   return operator new (size, std::align_val_t{alignof(std::max_align_t)});
 }
 
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
   try {
-    return operator new(size);
+    return operator new(size, alignment);
   } catch (const std::bad_alloc&) {
     return nullptr;
   }
+}
+
+void* operator new(std::size_t size, const std::nothrow_t& form) noexcept {
+  return operator new (size, std::align_val_t{alignof(std::max_align_t)}, form);
 }
 
 void* operator new[](std::size_t size) {
@@ -55,6 +59,10 @@ void* operator new[](std::size_t size, const std::nothrow_t& form) noexcept {
 
 void* operator new[](std::size_t size, std::align_val_t alignment) {
   return operator new(size, alignment);
+}
+
+void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t& form) noexcept {
+  return operator new(size, alignment, form);
 }
 
 void operator delete(void* memory) noexcept {
