@@ -1,6 +1,7 @@
 #ifndef NU_GEOMETRY_INTERNAL_BOX_TREE_H
 #define NU_GEOMETRY_INTERNAL_BOX_TREE_H
 
+#include <utility>
 #include <vector>
 
 #include "nu/geometry/internal/edge.h"
@@ -61,6 +62,26 @@ class BoxTree {
   std::vector<IndexedPoint> m_points;
   std::vector<Node> m_nodes;
 };
+
+// Takes every pair of points from two nodes to search.Compare(p, q), but for pairs of boxes that, with the least index
+// of either, search.CanWin(a, b, i, j) rules out.
+template<class Search>
+void VisitBetween(const BoxTree& tree, Search& search, int a, int b) {
+  const std::vector<BoxTree::Node>& nodes = tree.Nodes();
+  if (!search.CanWin(a, b, nodes[a].lowest, nodes[b].lowest)) return;
+  if (nodes[a].Size() < nodes[b].Size()) std::swap(a, b);
+  if (!nodes[a].IsLeaf()) {
+    VisitBetween(tree, search, a + 1, b);
+    VisitBetween(tree, search, nodes[a].right, b);
+  } else if (!nodes[b].IsLeaf()) {
+    VisitBetween(tree, search, a, b + 1);
+    VisitBetween(tree, search, a, nodes[b].right);
+  } else {
+    for (int p = nodes[a].begin; p < nodes[a].end; ++p) {
+      for (int q = nodes[b].begin; q < nodes[b].end; ++q) search.Compare(p, q);
+    }
+  }
+}
 
 }  // namespace nu::internal
 

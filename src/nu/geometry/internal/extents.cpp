@@ -50,7 +50,7 @@ Extents ExtentsOf(const PointView& points) {
   Accumulate(points, lanes);
   Extents e{};
   bool finite = true;
-  for (int l = 0; l < kLanes; ++l) finite = finite && lanes.unfit[l] == 0.0;
+  for (const double unfit : lanes.unfit) finite = finite && unfit == 0.0;
   for (int k = 0; k < 3; ++k) {
     e.box.low[k] = *std::min_element(lanes.low[k], lanes.low[k] + kLanes);
     e.box.high[k] = *std::max_element(lanes.high[k], lanes.high[k] + kLanes);

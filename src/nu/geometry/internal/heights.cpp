@@ -37,14 +37,17 @@ NU_KERNEL double LargestHeight(PointView points, Vec3 origin, Vec3 normal) {
 int LastBeyond(const PointView& points, int from, Vec3 origin, Vec3 normal, double tol) {
   // Below zero every height is beyond, so the lanes' start would count; a NaN is beyond nothing.
   int length = kFirstBlock;
-  for (int end = static_cast<int>(points.Size()), begin = end; end > from; end = begin) {
-    begin = std::max(end - length, from);
-    length = std::min(2 * length, kLargestBlock);
+  int end = static_cast<int>(points.Size());
+  while (end > from) {
+    const int begin = std::max(end - length, from);
     const PointView block = points.Part(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin));
-    if (!(LargestHeight(block, origin, normal) > tol)) continue;
-    for (int i = end - 1; i >= begin; --i) {
-      if (Height(points[static_cast<std::size_t>(i)], origin, normal) > tol) return i;
+    if (LargestHeight(block, origin, normal) > tol) {
+      for (int i = end - 1; i >= begin; --i) {
+        if (Height(points[static_cast<std::size_t>(i)], origin, normal) > tol) return i;
+      }
     }
+    end = begin;
+    length = std::min(2 * length, kLargestBlock);
   }
   return -1;
 }

@@ -296,6 +296,7 @@ std::vector<Candidate> Sample(const PointView& points) {
 
 std::vector<Candidate> Corners(const PointView& points, const std::vector<int>& hull) {
   std::vector<Candidate> corners;
+  corners.reserve(hull.size());
   for (const int i : hull) corners.push_back({{points[i][0], points[i][1]}, i});
   return corners;
 }

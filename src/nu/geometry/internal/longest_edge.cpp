@@ -137,6 +137,32 @@ class PairSearch {
 
   void Run() { VisitWithin(0); }
 
+  // Whether some edge between the two boxes may replace the best one, of which (i, j) comes first. Edges that are all
+  // equal are settled here.
+  bool CanWin(int a, int b, int i, int j) {
+    const DifferenceRange range(Node(a).box, Node(b).box);
+    const double most = Pythag(range.most[0], range.most[1], range.most[2], m_zero);
+    if (most * (1.0 + kMargin) < m_best.length || IsTooShortByDirection(m_cones[a], m_cones[b])) return false;
+    // With the largest difference fixed the rounded length grows with the others, so these are its exact bounds.
+    const std::size_t main = std::max_element(range.most, range.most + 3) - range.most;
+    const bool isBounded = range.least[main] == range.most[main] || range.most[main] < m_zero;
+    if (!isBounded) return true;
+    const double least = Pythag(range.least[0], range.least[1], range.least[2], m_zero);
+    if (least == most || range.IsConstant()) {
+      OfferLonger(m_best, most, i, j);
+      return false;
+    }
+    return most > m_best.length || !m_best.IsPair() || m_best.ComesAfter(std::min(i, j), std::max(i, j));
+  }
+
+  void Compare(int p, int q) {
+    const IndexedPoint& first = m_tree.PointAt(p);
+    const IndexedPoint& second = m_tree.PointAt(q);
+    const double best = ScaledBest();
+    if (ScaledSquare(first.xyz, second.xyz, m_scale) * (1.0 + kMargin) < best * best) return;
+    OfferLonger(m_best, EdgeLength(first.xyz, second.xyz, m_zero), first.index, second.index);
+  }
+
  private:
   const BoxTree::Node& Node(int i) const { return m_tree.Nodes()[i]; }
 
@@ -188,32 +214,6 @@ class PairSearch {
     return most * (1.0 + kMargin) < ScaledBest() * ScaledBest();
   }
 
-  // Whether some edge between the two boxes may replace the best one, of which (i, j) comes first. Edges that are all
-  // equal are settled here.
-  bool CanWin(int a, int b, int i, int j) {
-    const DifferenceRange range(Node(a).box, Node(b).box);
-    const double most = Pythag(range.most[0], range.most[1], range.most[2], m_zero);
-    if (most * (1.0 + kMargin) < m_best.length || IsTooShortByDirection(m_cones[a], m_cones[b])) return false;
-    // With the largest difference fixed the rounded length grows with the others, so these are its exact bounds.
-    const std::size_t main = std::max_element(range.most, range.most + 3) - range.most;
-    const bool isBounded = range.least[main] == range.most[main] || range.most[main] < m_zero;
-    if (!isBounded) return true;
-    const double least = Pythag(range.least[0], range.least[1], range.least[2], m_zero);
-    if (least == most || range.IsConstant()) {
-      OfferLonger(m_best, most, i, j);
-      return false;
-    }
-    return most > m_best.length || !m_best.IsPair() || m_best.ComesAfter(std::min(i, j), std::max(i, j));
-  }
-
-  void Compare(int p, int q) {
-    const IndexedPoint& first = m_tree.PointAt(p);
-    const IndexedPoint& second = m_tree.PointAt(q);
-    const double best = ScaledBest();
-    if (ScaledSquare(first.xyz, second.xyz, m_scale) * (1.0 + kMargin) < best * best) return;
-    OfferLonger(m_best, EdgeLength(first.xyz, second.xyz, m_zero), first.index, second.index);
-  }
-
   void VisitWithin(int a) {
     const BoxTree::Node& node = Node(a);
     if (node.Size() < 2 || !CanWin(a, a, node.lowest, node.nextLowest)) return;
@@ -223,27 +223,9 @@ class PairSearch {
       }
       return;
     }
-    VisitBetween(a + 1, node.right);
+    VisitBetween(m_tree, *this, a + 1, node.right);
     VisitWithin(a + 1);
     VisitWithin(node.right);
-  }
-
-  void VisitBetween(int a, int b) {
-    if (!CanWin(a, b, Node(a).lowest, Node(b).lowest)) return;
-    if (Node(a).Size() < Node(b).Size()) std::swap(a, b);
-    if (!Node(a).IsLeaf()) {
-      VisitBetween(a + 1, b);
-      VisitBetween(Node(a).right, b);
-      return;
-    }
-    if (!Node(b).IsLeaf()) {
-      VisitBetween(a, b + 1);
-      VisitBetween(a, Node(b).right);
-      return;
-    }
-    for (int p = Node(a).begin; p < Node(a).end; ++p) {
-      for (int q = Node(b).begin; q < Node(b).end; ++q) Compare(p, q);
-    }
   }
 
   BoxTree m_tree;

@@ -210,9 +210,6 @@ class TreeSearch {
 
   void Run() { VisitWithin(0); }
 
- private:
-  const BoxTree::Node& Node(int i) const { return m_tree.Nodes()[i]; }
-
   // Whether an edge between the two boxes may replace the best one; (i, j) comes first of them. Edges that are all
   // equal are settled here.
   bool CanWin(int a, int b, int i, int j) {
@@ -226,36 +223,23 @@ class TreeSearch {
     return false;
   }
 
+  void Compare(int p, int q) { m_incumbent.Compare(m_tree.PointAt(p), m_tree.PointAt(q)); }
+
+ private:
+  const BoxTree::Node& Node(int i) const { return m_tree.Nodes()[i]; }
+
   void VisitWithin(int a) {
     const BoxTree::Node& node = Node(a);
     if (node.Size() < 2 || !CanWin(a, a, node.lowest, node.nextLowest)) return;
     if (node.IsLeaf()) {
       for (int p = node.begin; p < node.end; ++p) {
-        for (int q = p + 1; q < node.end; ++q) m_incumbent.Compare(m_tree.PointAt(p), m_tree.PointAt(q));
+        for (int q = p + 1; q < node.end; ++q) Compare(p, q);
       }
       return;
     }
     VisitWithin(a + 1);
     VisitWithin(node.right);
-    VisitBetween(a + 1, node.right);
-  }
-
-  void VisitBetween(int a, int b) {
-    if (!CanWin(a, b, Node(a).lowest, Node(b).lowest)) return;
-    if (Node(a).Size() < Node(b).Size()) std::swap(a, b);
-    if (!Node(a).IsLeaf()) {
-      VisitBetween(a + 1, b);
-      VisitBetween(Node(a).right, b);
-      return;
-    }
-    if (!Node(b).IsLeaf()) {
-      VisitBetween(a, b + 1);
-      VisitBetween(a, Node(b).right);
-      return;
-    }
-    for (int p = Node(a).begin; p < Node(a).end; ++p) {
-      for (int q = Node(b).begin; q < Node(b).end; ++q) m_incumbent.Compare(m_tree.PointAt(p), m_tree.PointAt(q));
-    }
+    VisitBetween(m_tree, *this, a + 1, node.right);
   }
 
   BoxTree m_tree;

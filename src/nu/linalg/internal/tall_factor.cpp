@@ -12,9 +12,8 @@ NU_KERNEL void ReflectColumns(const double* v, double tau, int length, double* c
                               double* heads, std::ptrdiff_t headStep) {
   for (int k = first; k < last; ++k) {
     double* column = columns + static_cast<std::ptrdiff_t>(k) * length;
-    double& head = heads[k * headStep];
-    const double f = tau * (head + DotRow(v, column, length));
-    head -= f;
+    const double f = tau * (heads[k * headStep] + DotRow(v, column, length));
+    heads[k * headStep] -= f;
     for (int i = 0; i < length; i += kLanes) {
       Pack x, y;
       Load(column + i, x);
