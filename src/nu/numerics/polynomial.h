@@ -1,0 +1,68 @@
+#ifndef NU_NUMERICS_POLYNOMIAL_H
+#define NU_NUMERICS_POLYNOMIAL_H
+
+#include "nu/export.h"
+#include "nu/foundation/boolean.h"
+#include "nu/foundation/object.h"
+#include "nu/fwd.h"
+
+// A real polynomial c_0 + c_1 x + ... + c_n x^n. It may carry a Chebyshev expression, set by FitMinMax, which then
+// gives its values instead of the coefficients. Copies are deep. No memory: CNuMemoryException.
+class NU_EXPORT CNuPolynomial : public CNuAlgebra {
+ public:
+  // Degree n with zero coefficients. n < 0: CNuConstructionException cause 2, "degree".
+  explicit CNuPolynomial(int n = 0);
+  CNuPolynomial(const CNuPolynomial& other);
+  CNuPolynomial(CNuPolynomial&& other) noexcept;
+  CNuPolynomial& operator=(const CNuPolynomial& other);
+  CNuPolynomial& operator=(CNuPolynomial&& other) noexcept;
+  ~CNuPolynomial() override;
+
+  int GetDegree() const { return m_degree; }
+  const double* GetData() const { return m_data; }
+  double* GetData() { return m_data; }
+
+  // The coefficient of x^i. Out of range: CNuOperationException cause 3 with the valid range.
+  double& operator[](int i);
+  double operator[](int i) const;
+
+  // Every coefficient smaller than tol in magnitude.
+  ENuBoolean IsZero(double tol) const;
+  // The same degree and, by NuIsEqual with tol, the same coefficients.
+  ENuBoolean IsEqual(const CNuPolynomial& p, double tol) const;
+
+  // Results carry no Chebyshev expression. With a polynomial they are simplified, with a number they are not.
+  CNuPolynomial operator+(const CNuPolynomial& p) const;
+  CNuPolynomial operator-(const CNuPolynomial& p) const;
+  CNuPolynomial operator*(const CNuPolynomial& p) const;
+  CNuPolynomial operator-() const;
+  // The constant term alone changes.
+  CNuPolynomial operator+(double s) const;
+  CNuPolynomial operator-(double s) const;
+  CNuPolynomial& operator+=(double s);
+  CNuPolynomial& operator-=(double s);
+  // A factor above NuGetLarge(): CNuOperationException cause 7; a divisor below NuGetZero(): cause 6.
+  CNuPolynomial operator*(double s) const;
+  CNuPolynomial operator/(double s) const;
+  CNuPolynomial& operator*=(double s);
+  CNuPolynomial& operator/=(double s);
+
+  double ValueAt(double x) const;
+  double DerivativeAt(double x) const;
+
+  // Drops leading coefficients below NuGetZero(), never the constant term. The storage keeps its size.
+  void Simplify();
+
+  void Fit(const CNuDoubleArray& x, const CNuDoubleArray& y);
+  void Fit(const CNuDoubleArray& x, const CNuDoubleArray& y, double* residualSum);
+  void FitMinMax(double a, double b, double (*f)(double));
+
+ private:
+  int m_degree = 0;
+  double* m_data = nullptr;
+  CNuChebyshevPolynomialExpression* m_chebyshev = nullptr;
+};
+
+NU_EXPORT CNuPolynomial operator*(double s, const CNuPolynomial& p);
+
+#endif
