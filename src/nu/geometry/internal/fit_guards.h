@@ -2,6 +2,7 @@
 #define NU_GEOMETRY_INTERNAL_FIT_GUARDS_H
 
 #include "nu/foundation/exceptions.h"
+#include "nu/foundation/tolerances.h"
 #include "nu/geometry/fit_result.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/internal/point_blocks.h"
@@ -56,6 +57,27 @@ ENuFitResult ResultOf(Fit fit) {
   } catch (...) {
     return NuFitFailure;
   }
+}
+
+// The length tolerance of the calling thread, set to another value for as long as this lives.
+class LengthToleranceScope {
+ public:
+  explicit LengthToleranceScope(double tol) : m_saved(NuGetLengthTol()) { NuSetLengthTol(tol); }
+  ~LengthToleranceScope() { NuSetLengthTol(m_saved); }
+  LengthToleranceScope(const LengthToleranceScope&) = delete;
+  LengthToleranceScope& operator=(const LengthToleranceScope&) = delete;
+
+ private:
+  double m_saved;
+};
+
+// The twin of a fit with an iteration limit and a tolerance, which is the length tolerance while the fit runs. Only a
+// limit that is not positive throws, before anything else is done.
+template<class Fit>
+ENuFitResult ResultWithin(double tol, long limit, const char* name, Fit fit) {
+  RequireIterations(limit, name);
+  const LengthToleranceScope scope(tol);
+  return ResultOf(fit);
 }
 
 // The middle one of at least one point: the origin of the blocks. In a scan it lies nearer to the mean than the ends
