@@ -53,13 +53,19 @@ class NU_EXPORT CNuPolynomial : public CNuAlgebra {
   // Drops leading coefficients below NuGetZero(), never the constant term. The storage keeps its size.
   void Simplify();
 
-  void Fit(const CNuDoubleArray& x, const CNuDoubleArray& y);
-  void Fit(const CNuDoubleArray& x, const CNuDoubleArray& y, double* residualSum);
   void FitMinMax(double a, double b, double (*f)(double));
 
  private:
-  int m_degree = 0;
-  double* m_data = nullptr;
+  static constexpr int kLocal = 5;
+
+  CNuPolynomial(int n, const char* where);
+  CNuPolynomial WithoutExpression() const;
+  void Take(CNuPolynomial& other) noexcept;
+  [[noreturn]] void FailIndex() const;
+
+  int m_degree;
+  double* m_data;
+  double m_local[kLocal];
   CNuChebyshevPolynomialExpression* m_chebyshev = nullptr;
 };
 
