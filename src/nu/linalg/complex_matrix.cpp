@@ -5,7 +5,21 @@
 #include <utility>
 
 #include "nu/foundation/internal/array_rules.h"
+#include "nu/linalg/complex_vector.h"
 #include "nu/linalg/matrix.h"
+
+using nu::internal::FailOperation;
+
+namespace {
+
+constexpr const char* kClass = "CNuComplexMatrix";
+
+template<class Matrix>
+void RequireSameShape(const Matrix& a, const Matrix& b, const char* what) {
+  if (a.GetRowSize() != b.GetRowSize() || a.GetColumnSize() != b.GetColumnSize()) FailOperation(5, what, kClass);
+}
+
+}  // namespace
 
 CNuComplexMatrix::CNuComplexMatrix(int rows, int columns) : CNuAlgebra(NuTypeComplexMatrix) {
   if (rows < 1 || columns < 1) throw CNuConstructionException(1, "CNuComplexMatrix", "number of rows/columns", 0, 0);
@@ -15,6 +29,14 @@ CNuComplexMatrix::CNuComplexMatrix(int rows, int columns) : CNuAlgebra(NuTypeCom
 CNuComplexMatrix::CNuComplexMatrix(const CNuMatrix& re) : CNuComplexMatrix(re.GetRowSize(), re.GetColumnSize()) {
   for (int i = 0; i < m_rows; ++i) {
     for (int j = 0; j < m_columns; ++j) Element(i, j) = {re.GetData()[i][j], 0.0};
+  }
+}
+
+CNuComplexMatrix::CNuComplexMatrix(const CNuMatrix& re, const CNuMatrix& im)
+    : CNuComplexMatrix(re.GetRowSize(), re.GetColumnSize()) {
+  RequireSameShape(re, im, "operation");
+  for (int i = 0; i < m_rows; ++i) {
+    for (int j = 0; j < m_columns; ++j) Element(i, j) = {re.GetData()[i][j], im.GetData()[i][j]};
   }
 }
 
@@ -52,6 +74,168 @@ int CNuComplexMatrix::IndexOf(int i, int j) const {
   nu::internal::RequireIndex(i, m_rows, "operation", "CNuComplexMatrix::Element()");
   nu::internal::RequireIndex(j, m_columns, "operation", "CNuComplexMatrix::Element()");
   return i * m_columns + j;
+}
+
+CNuComplexMatrix CNuComplexMatrix::Identity(int n) {
+  CNuComplexMatrix result(n, n);
+  for (int i = 0; i < n; ++i) result.Element(i, i) = {1.0, 0.0};
+  return result;
+}
+
+CNuComplexMatrix CNuComplexMatrix::Transpose() const {
+  CNuComplexMatrix result(m_columns, m_rows);
+  for (int i = 0; i < m_columns; ++i) {
+    for (int j = 0; j < m_rows; ++j) result.m_data[i * m_rows + j] = m_data[j * m_columns + i];
+  }
+  return result;
+}
+
+CNuComplexMatrix CNuComplexMatrix::ConjugateTranspose() const {
+  CNuComplexMatrix result = Transpose();
+  for (int k = 0; k < m_rows * m_columns; ++k) result.m_data[k] = result.m_data[k].Conjugate();
+  return result;
+}
+
+CNuMatrix CNuComplexMatrix::RealPart() const {
+  CNuMatrix result(m_rows, m_columns);
+  for (int k = 0; k < m_rows * m_columns; ++k) result.GetData()[0][k] = m_data[k].r();
+  return result;
+}
+
+CNuMatrix CNuComplexMatrix::ImaginaryPart() const {
+  CNuMatrix result(m_rows, m_columns);
+  for (int k = 0; k < m_rows * m_columns; ++k) result.GetData()[0][k] = m_data[k].i();
+  return result;
+}
+
+CNuComplexMatrix CNuComplexMatrix::operator+(const CNuComplexMatrix& b) const {
+  RequireSameShape(*this, b, "operator+");
+  CNuComplexMatrix result(*this);
+  return std::move(result += b);
+}
+
+CNuComplexMatrix CNuComplexMatrix::operator-(const CNuComplexMatrix& b) const {
+  RequireSameShape(*this, b, "operator-");
+  CNuComplexMatrix result(*this);
+  return std::move(result -= b);
+}
+
+CNuComplexMatrix& CNuComplexMatrix::operator+=(const CNuComplexMatrix& b) {
+  RequireSameShape(*this, b, "operator+=");
+  for (int k = 0; k < m_rows * m_columns; ++k) m_data[k] += b.m_data[k];
+  return *this;
+}
+
+CNuComplexMatrix& CNuComplexMatrix::operator-=(const CNuComplexMatrix& b) {
+  RequireSameShape(*this, b, "operator-=");
+  for (int k = 0; k < m_rows * m_columns; ++k) m_data[k] -= b.m_data[k];
+  return *this;
+}
+
+CNuComplexMatrix CNuComplexMatrix::operator-() const {
+  CNuComplexMatrix result(*this);
+  for (int k = 0; k < m_rows * m_columns; ++k) result.m_data[k] = -m_data[k];
+  return result;
+}
+
+CNuComplexVector CNuComplexMatrix::operator*(const CNuComplexVector& v) const {
+  if (m_columns != v.GetSize()) FailOperation(5, "operator*", kClass);
+  CNuComplexVector result(m_rows);
+  for (int i = 0; i < m_rows; ++i) {
+    CNuComplex sum;
+    for (int k = 0; k < m_columns; ++k) sum += m_data[i * m_columns + k] * v[k];
+    result[i] = sum;
+  }
+  return result;
+}
+
+CNuComplexMatrix CNuComplexMatrix::operator*(double f) const {
+  nu::internal::RequireFactor(f, "operator*", kClass);
+  CNuComplexMatrix result(*this);
+  return std::move(result *= f);
+}
+
+CNuComplexMatrix CNuComplexMatrix::operator*(const CNuComplex& f) const {
+  nu::internal::RequireFactor(f.Modulus(), "operator*", kClass);
+  CNuComplexMatrix result(*this);
+  return std::move(result *= f);
+}
+
+CNuComplexMatrix& CNuComplexMatrix::operator*=(double f) {
+  nu::internal::RequireFactor(f, "operator*=", kClass);
+  for (int k = 0; k < m_rows * m_columns; ++k) m_data[k] = {m_data[k].r() * f, m_data[k].i() * f};
+  return *this;
+}
+
+// The factor may be an element of this matrix.
+CNuComplexMatrix& CNuComplexMatrix::operator*=(const CNuComplex& f) {
+  const CNuComplex factor = f;
+  nu::internal::RequireFactor(factor.Modulus(), "operator*=", kClass);
+  for (int k = 0; k < m_rows * m_columns; ++k) m_data[k] = m_data[k] * factor;
+  return *this;
+}
+
+CNuComplexMatrix operator*(double f, const CNuComplexMatrix& m) {
+  return m * f;
+}
+
+CNuComplexMatrix operator*(const CNuComplex& f, const CNuComplexMatrix& m) {
+  return m * f;
+}
+
+CNuComplexMatrix CNuComplexMatrix::operator/(double d) const {
+  nu::internal::RequireDivisor(d, "operator/", kClass);
+  CNuComplexMatrix result(*this);
+  return std::move(result /= d);
+}
+
+CNuComplexMatrix CNuComplexMatrix::operator/(const CNuComplex& d) const {
+  nu::internal::RequireDivisor(d.Modulus(), "operator/", kClass);
+  CNuComplexMatrix result(*this);
+  return std::move(result /= d);
+}
+
+CNuComplexMatrix& CNuComplexMatrix::operator/=(double d) {
+  nu::internal::RequireDivisor(d, "operator/=", kClass);
+  for (int k = 0; k < m_rows * m_columns; ++k) m_data[k] = {m_data[k].r() / d, m_data[k].i() / d};
+  return *this;
+}
+
+CNuComplexMatrix& CNuComplexMatrix::operator/=(const CNuComplex& d) {
+  const CNuComplex divisor = d;
+  nu::internal::RequireDivisor(divisor.Modulus(), "operator/=", kClass);
+  for (int k = 0; k < m_rows * m_columns; ++k) m_data[k] = m_data[k] / divisor;
+  return *this;
+}
+
+ENuBoolean CNuComplexMatrix::IsZero(double tol) const {
+  for (int k = 0; k < m_rows * m_columns; ++k) {
+    if (!m_data[k].IsZero(tol)) return NuFalse;
+  }
+  return NuTrue;
+}
+
+ENuBoolean CNuComplexMatrix::IsEqual(const CNuComplexMatrix& b, double tol) const {
+  if (m_rows != b.m_rows || m_columns != b.m_columns) return NuFalse;
+  for (int k = 0; k < m_rows * m_columns; ++k) {
+    if (!m_data[k].IsEqual(b.m_data[k], tol)) return NuFalse;
+  }
+  return NuTrue;
+}
+
+ENuBoolean CNuComplexMatrix::IsHermitian(double tol) const {
+  if (m_rows != m_columns) return NuFalse;
+  for (int i = 0; i < m_rows; ++i) {
+    for (int j = i; j < m_columns; ++j) {
+      if (!m_data[i * m_columns + j].IsEqual(m_data[j * m_columns + i].Conjugate(), tol)) return NuFalse;
+    }
+  }
+  return NuTrue;
+}
+
+ENuBoolean CNuComplexMatrix::IsUnitary(double tol) const {
+  if (m_rows != m_columns || m_rows == 0) return NuFalse;
+  return (*this * ConjugateTranspose()).IsEqual(Identity(m_rows), tol);
 }
 
 CNuMatrix::operator CNuComplexMatrix() const {

@@ -2,17 +2,21 @@
 #define NU_LINALG_COMPLEX_MATRIX_H
 
 #include "nu/export.h"
+#include "nu/foundation/boolean.h"
 #include "nu/foundation/object.h"
 #include "nu/fwd.h"
 #include "nu/linalg/complex.h"
 
-// A dense complex matrix of at least one row and column. Copies are deep. No memory: CNuMemoryException.
+// A dense complex matrix of at least one row and column. Copies are deep. A failed operation leaves its operands and
+// outputs as they were; no memory: CNuMemoryException or std::bad_alloc.
 class NU_EXPORT CNuComplexMatrix : public CNuAlgebra {
  public:
   // rows x columns zeros. Either below 1: CNuConstructionException cause 1, "number of rows/columns".
   CNuComplexMatrix(int rows, int columns);
   // The same elements with zero imaginary parts.
   explicit CNuComplexMatrix(const CNuMatrix& re);
+  // re + i im. Shapes differ: cause 5, "operation".
+  CNuComplexMatrix(const CNuMatrix& re, const CNuMatrix& im);
   CNuComplexMatrix(const CNuComplexMatrix& other);
   CNuComplexMatrix(CNuComplexMatrix&& other) noexcept;
   CNuComplexMatrix& operator=(CNuComplexMatrix other) noexcept;
@@ -25,13 +29,69 @@ class NU_EXPORT CNuComplexMatrix : public CNuAlgebra {
   CNuComplex& Element(int i, int j) { return m_data[IndexOf(i, j)]; }
   CNuComplex Element(int i, int j) const { return m_data[IndexOf(i, j)]; }
 
+  // n x n. n < 1 fails as the constructor does.
+  static CNuComplexMatrix Identity(int n);
+  CNuComplexMatrix Transpose() const;
+  CNuComplexMatrix ConjugateTranspose() const;
+  CNuMatrix RealPart() const;
+  CNuMatrix ImaginaryPart() const;
+
+  // Shapes do not fit: cause 5, named by the operator.
+  CNuComplexMatrix operator+(const CNuComplexMatrix& b) const;
+  CNuComplexMatrix operator-(const CNuComplexMatrix& b) const;
+  CNuComplexMatrix& operator+=(const CNuComplexMatrix& b);
+  CNuComplexMatrix& operator-=(const CNuComplexMatrix& b);
+  CNuComplexMatrix operator-() const;
+  // By four products of real parts, each summed from index 0 on.
+  CNuComplexMatrix operator*(const CNuComplexMatrix& b) const;
+  CNuComplexVector operator*(const CNuComplexVector& v) const;
+  // A factor whose magnitude is above NuGetLarge(): cause 7.
+  CNuComplexMatrix operator*(double f) const;
+  CNuComplexMatrix operator*(const CNuComplex& f) const;
+  CNuComplexMatrix& operator*=(double f);
+  CNuComplexMatrix& operator*=(const CNuComplex& f);
+  // A divisor whose magnitude is below NuGetZero(): cause 6.
+  CNuComplexMatrix operator/(double d) const;
+  CNuComplexMatrix operator/(const CNuComplex& d) const;
+  CNuComplexMatrix& operator/=(double d);
+  CNuComplexMatrix& operator/=(const CNuComplex& d);
+
+  // Both parts of every element, or of every difference of elements, below tol in magnitude. A matrix that is not
+  // square is neither Hermitian (equal to its conjugate transpose) nor unitary (A A^H equal to the identity).
+  ENuBoolean IsZero(double tol) const;
+  ENuBoolean IsEqual(const CNuComplexMatrix& b, double tol) const;
+  ENuBoolean IsHermitian(double tol) const;
+  ENuBoolean IsUnitary(double tol) const;
+
+  // The decompositions. No tolerance is read; the matrix is scaled by a power of two on the way, so that elements of
+  // any size do. A = Q R and so on hold to some roundings of the largest element, and Q is unitary to rounding. Outputs
+  // may be this matrix; null outputs are skipped. An element that is not finite: cause 46, "calculation". Results
+  // beyond the range of double, which only elements at its end have, are infinite.
+
+  // A = Q R by Householder reflections: Q square and unitary, R of the shape of A, upper trapezoidal with exact zeros
+  // below the diagonal, which is real and not negative. With more rows than columns the first columns of Q and the
+  // first rows of R are the thin factors.
+  void QR(CNuComplexMatrix* q, CNuComplexMatrix* r) const;
+  // A = Q H Q^H by Householder reflections, H with exact zeros below the first subdiagonal. Not square: cause 16.
+  void Hessenberg(CNuComplexMatrix* q, CNuComplexMatrix* h) const;
+  // A = Q T Q^H, T upper triangular with exact zeros below the diagonal, on which the eigenvalues stand: Hessenberg
+  // form, then the QR iteration with single shifts (Wilkinson, The Algebraic Eigenvalue Problem, 1965, chapter 8). Not
+  // square: cause 16. More than 30 sweeps per eigenvalue (300 for small matrices): cause 46.
+  void Schur(CNuComplexMatrix* q, CNuComplexMatrix* t) const;
+  // The diagonal of the Schur form in ascending order of the real, then of the imaginary parts. Fails as Schur does.
+  CNuComplexVector EigenValues() const;
+
  private:
   void Init(int rows, int columns);
+  void RequireSquare(const char* where) const;
   int IndexOf(int i, int j) const;
 
   CNuComplex* m_data = nullptr;  // row by row
   int m_rows = 0;
   int m_columns = 0;
 };
+
+NU_EXPORT CNuComplexMatrix operator*(double f, const CNuComplexMatrix& m);
+NU_EXPORT CNuComplexMatrix operator*(const CNuComplex& f, const CNuComplexMatrix& m);
 
 #endif

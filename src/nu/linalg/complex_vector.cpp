@@ -1,10 +1,27 @@
 #include "nu/linalg/complex_vector.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "nu/foundation/internal/array_rules.h"
+#include "nu/linalg/complex_matrix.h"
 #include "nu/linalg/vector.h"
+
+using nu::internal::FailOperation;
+
+namespace {
+
+constexpr const char* kClass = "CNuComplexVector";
+
+// 2^1000 brings any number near 1, and neither it nor its inverse meets the ends of the exponent range.
+constexpr int kWidestScale = 1000;
+
+void RequireSameSize(const CNuComplexVector& a, const CNuComplexVector& b, const char* what) {
+  if (a.GetSize() != b.GetSize()) FailOperation(5, what, kClass);
+}
+
+}  // namespace
 
 CNuComplexVector::CNuComplexVector(int n) : CNuAlgebra(NuTypeComplexVector) {
   if (n < 1) throw CNuConstructionException(1, "CNuComplexVector", "size", 0, 0);
@@ -16,7 +33,7 @@ CNuComplexVector::CNuComplexVector(const CNuVector& re) : CNuComplexVector(re.Ge
 }
 
 CNuComplexVector::CNuComplexVector(const CNuVector& re, const CNuVector& im) : CNuComplexVector(re.GetSize()) {
-  if (im.GetSize() != m_size) nu::internal::FailOperation(5, "operation", "CNuComplexVector");
+  if (im.GetSize() != m_size) FailOperation(5, "operation", "CNuComplexVector");
   for (int i = 0; i < m_size; ++i) m_data[i] = {re[i], im[i]};
 }
 
@@ -56,6 +73,201 @@ CNuComplex& CNuComplexVector::operator[](int i) {
 CNuComplex CNuComplexVector::operator[](int i) const {
   CheckIndex(i);
   return m_data[i];
+}
+
+CNuComplexVector CNuComplexVector::operator+(const CNuComplexVector& b) const {
+  RequireSameSize(*this, b, "operator+");
+  CNuComplexVector result(*this);
+  return std::move(result += b);
+}
+
+CNuComplexVector CNuComplexVector::operator-(const CNuComplexVector& b) const {
+  RequireSameSize(*this, b, "operator-");
+  CNuComplexVector result(*this);
+  return std::move(result -= b);
+}
+
+CNuComplexVector CNuComplexVector::operator-() const {
+  CNuComplexVector result(*this);
+  for (int i = 0; i < m_size; ++i) result.m_data[i] = -m_data[i];
+  return result;
+}
+
+CNuComplexVector& CNuComplexVector::operator+=(const CNuComplexVector& b) {
+  RequireSameSize(*this, b, "operator+=");
+  for (int i = 0; i < m_size; ++i) m_data[i] += b.m_data[i];
+  return *this;
+}
+
+CNuComplexVector& CNuComplexVector::operator-=(const CNuComplexVector& b) {
+  RequireSameSize(*this, b, "operator-=");
+  for (int i = 0; i < m_size; ++i) m_data[i] -= b.m_data[i];
+  return *this;
+}
+
+CNuComplex CNuComplexVector::operator%(const CNuComplexVector& b) const {
+  RequireSameSize(*this, b, "operator%");
+  CNuComplex sum;
+  for (int i = 0; i < m_size; ++i) sum += m_data[i] * b.m_data[i];
+  return sum;
+}
+
+CNuComplex CNuComplexVector::InnerProduct(const CNuComplexVector& v) const {
+  if (m_size != v.m_size) FailOperation(5, "operation", "CNuComplexVector::InnerProduct()");
+  CNuComplex sum;
+  for (int i = 0; i < m_size; ++i) sum += m_data[i].Conjugate() * v.m_data[i];
+  return sum;
+}
+
+CNuComplexVector CNuComplexVector::operator*(const CNuComplexMatrix& m) const {
+  if (m_size != m.GetRowSize()) FailOperation(5, "operator*", kClass);
+  CNuComplexVector result(m.GetColumnSize());
+  for (int i = 0; i < m_size; ++i) {
+    for (int j = 0; j < result.m_size; ++j) result.m_data[j] += m_data[i] * m.Element(i, j);
+  }
+  return result;
+}
+
+CNuComplexVector CNuComplexVector::operator*(double f) const {
+  nu::internal::RequireNumericFactor(f, "operator*", kClass);
+  CNuComplexVector result(*this);
+  return std::move(result *= f);
+}
+
+CNuComplexVector CNuComplexVector::operator*(const CNuComplex& f) const {
+  nu::internal::RequireNumericFactor(f.Modulus(), "operator*", kClass);
+  CNuComplexVector result(*this);
+  return std::move(result *= f);
+}
+
+CNuComplexVector& CNuComplexVector::operator*=(double f) {
+  nu::internal::RequireNumericFactor(f, "operator*=", kClass);
+  for (int i = 0; i < m_size; ++i) m_data[i] = {m_data[i].r() * f, m_data[i].i() * f};
+  return *this;
+}
+
+// The factor may be a component of this vector.
+CNuComplexVector& CNuComplexVector::operator*=(const CNuComplex& f) {
+  const CNuComplex factor = f;
+  nu::internal::RequireNumericFactor(factor.Modulus(), "operator*=", kClass);
+  for (int i = 0; i < m_size; ++i) m_data[i] = m_data[i] * factor;
+  return *this;
+}
+
+CNuComplexVector operator*(double f, const CNuComplexVector& v) {
+  return v * f;
+}
+
+CNuComplexVector operator*(const CNuComplex& f, const CNuComplexVector& v) {
+  return v * f;
+}
+
+CNuComplexVector CNuComplexVector::operator/(double d) const {
+  nu::internal::RequireDivisor(d, "operator/", kClass);
+  CNuComplexVector result(*this);
+  return std::move(result /= d);
+}
+
+CNuComplexVector CNuComplexVector::operator/(const CNuComplex& d) const {
+  nu::internal::RequireDivisor(d.Modulus(), "operator/", kClass);
+  CNuComplexVector result(*this);
+  return std::move(result /= d);
+}
+
+CNuComplexVector& CNuComplexVector::operator/=(double d) {
+  nu::internal::RequireDivisor(d, "operator/=", kClass);
+  for (int i = 0; i < m_size; ++i) m_data[i] = {m_data[i].r() / d, m_data[i].i() / d};
+  return *this;
+}
+
+CNuComplexVector& CNuComplexVector::operator/=(const CNuComplex& d) {
+  const CNuComplex divisor = d;
+  nu::internal::RequireDivisor(divisor.Modulus(), "operator/=", kClass);
+  for (int i = 0; i < m_size; ++i) m_data[i] = m_data[i] / divisor;
+  return *this;
+}
+
+// The power of two next to the largest part; 0 where scaling has nothing to save.
+int CNuComplexVector::ScaleExponent() const {
+  double largest = 0.0;
+  for (int i = 0; i < m_size; ++i) largest = std::max({largest, std::fabs(m_data[i].r()), std::fabs(m_data[i].i())});
+  if (!(largest > 0.0) || !std::isfinite(largest)) return 0;
+  return std::clamp(std::ilogb(largest), -kWidestScale, kWidestScale);
+}
+
+double CNuComplexVector::ScaledMagnitude(int exponent) const {
+  const double scale = std::ldexp(1.0, -exponent);
+  double sum = 0.0;
+  for (int i = 0; i < m_size; ++i) {
+    const double re = m_data[i].r() * scale;
+    const double im = m_data[i].i() * scale;
+    sum += re * re + im * im;
+  }
+  return std::sqrt(sum);
+}
+
+double CNuComplexVector::Magnitude() const {
+  const int exponent = ScaleExponent();
+  return std::ldexp(ScaledMagnitude(exponent), exponent);
+}
+
+void CNuComplexVector::Normalise() {
+  const int exponent = ScaleExponent();
+  const double length = ScaledMagnitude(exponent);
+  if (!std::isfinite(length) || !(length > 0.0) || !(std::ldexp(length, exponent) > NuGetZero())) return;
+  const double scale = std::ldexp(1.0, -exponent);
+  for (int i = 0; i < m_size; ++i) {
+    m_data[i] = {m_data[i].r() * scale / length, m_data[i].i() * scale / length};
+  }
+}
+
+CNuComplexVector CNuComplexVector::Conjugate() const {
+  CNuComplexVector result(*this);
+  for (int i = 0; i < m_size; ++i) result.m_data[i] = m_data[i].Conjugate();
+  return result;
+}
+
+CNuVector CNuComplexVector::RealPart() const {
+  CNuVector result(m_size);
+  for (int i = 0; i < m_size; ++i) result[i] = m_data[i].r();
+  return result;
+}
+
+CNuVector CNuComplexVector::ImaginaryPart() const {
+  CNuVector result(m_size);
+  for (int i = 0; i < m_size; ++i) result[i] = m_data[i].i();
+  return result;
+}
+
+ENuBoolean CNuComplexVector::IsZero(double tol) const {
+  for (int i = 0; i < m_size; ++i) {
+    if (!m_data[i].IsZero(tol)) return NuFalse;
+  }
+  return NuTrue;
+}
+
+ENuBoolean CNuComplexVector::IsReal(double tol) const {
+  for (int i = 0; i < m_size; ++i) {
+    if (!m_data[i].IsReal(tol)) return NuFalse;
+  }
+  return NuTrue;
+}
+
+ENuBoolean CNuComplexVector::IsEqual(const CNuComplexVector& v, double tol) const {
+  if (m_size != v.m_size) return NuFalse;
+  for (int i = 0; i < m_size; ++i) {
+    if (!m_data[i].IsEqual(v.m_data[i], tol)) return NuFalse;
+  }
+  return NuTrue;
+}
+
+CNuComplexVector CNuComplexVector::SubVector(int i, int j) const {
+  constexpr const char* where = "CNuComplexVector::SubVector(i, j)";
+  if (i < 0 || j >= m_size) FailOperation(3, "operation", where, 0, m_size - 1);
+  if (i > j) FailOperation(15, "operation", where);
+  CNuComplexVector result(j - i + 1);
+  std::copy(m_data + i, m_data + j + 1, result.m_data);
+  return result;
 }
 
 CNuVector::operator CNuComplexVector() const {

@@ -1,0 +1,210 @@
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "nu/foundation/internal/failures.h"
+#include "nu/linalg/complex_matrix.h"
+#include "nu/linalg/complex_vector.h"
+#include "nu/linalg/internal/complex_reflections.h"
+#include "nu/linalg/internal/complex_rows.h"
+#include "nu/linalg/internal/complex_schur.h"
+#include "nu/linalg/internal/householder.h"
+#include "nu/linalg/internal/matmul.h"
+#include "nu/linalg/internal/workspace.h"
+
+using nu::internal::ComplexRotation;
+using nu::internal::ComplexRows;
+using nu::internal::FailOperation;
+using nu::internal::Workspace;
+
+namespace {
+
+constexpr int kSmall = 10;
+// Three blocks of kSmall padded rows, and some vectors.
+using SmallSpace = Workspace<3 * 2 * kSmall * 16 + 8 * 2 * 16>;
+
+constexpr const char* kCalculation = "calculation";
+
+// A copy of a matrix in working size.
+struct Scaled {
+  ComplexRows rows;
+  double scale;
+};
+
+void CopyOut(const CNuComplex* elements, const ComplexRows& a) {
+  for (int i = 0; i < a.rows; ++i) {
+    double* row = a.Row(i);
+    for (int j = 0; j < a.columns; ++j, ++elements) {
+      row[j] = elements->r();
+      row[a.width + j] = elements->i();
+    }
+    for (int j = a.columns; j < a.width; ++j) row[j] = row[a.width + j] = 0.0;
+  }
+}
+
+Scaled TakeScaled(const CNuComplex* elements, const ComplexRows& a, const char* where) {
+  CopyOut(elements, a);
+  const nu::internal::BlockSize size = nu::internal::MeasureBlock(a.data, a.rows, 2 * a.width, 2 * a.width);
+  if (!size.finite) FailOperation(46, kCalculation, where);
+  const double scale = nu::internal::ScaleToWorkingSize(size.largest);
+  const std::size_t count = ComplexRows::Size(a.rows, a.columns);
+  for (std::size_t k = 0; k < count; ++k) a.data[k] *= scale;
+  return {a, scale};
+}
+
+CNuComplexMatrix ToMatrix(const Scaled& a) {
+  CNuComplexMatrix result(a.rows.rows, a.rows.columns);
+  CNuComplex* element = &result.Element(0, 0);
+  for (int i = 0; i < a.rows.rows; ++i) {
+    for (int j = 0; j < a.rows.columns; ++j) *element++ = {a.rows.Re(i, j) / a.scale, a.rows.Im(i, j) / a.scale};
+  }
+  return result;
+}
+
+CNuComplexMatrix ToTransposedMatrix(const ComplexRows& a) {
+  CNuComplexMatrix result(a.columns, a.rows);
+  CNuComplex* element = &result.Element(0, 0);
+  for (int i = 0; i < a.columns; ++i) {
+    for (int j = 0; j < a.rows; ++j) *element++ = {a.Re(j, i), a.Im(j, i)};
+  }
+  return result;
+}
+
+// Both results exist before the first output changes.
+void Store(const Scaled& triangle, CNuComplexMatrix* target, const ComplexRows& qT, CNuComplexMatrix* q) {
+  if (target != nullptr && q != nullptr) {
+    CNuComplexMatrix unitary = ToTransposedMatrix(qT);
+    *target = ToMatrix(triangle);
+    *q = std::move(unitary);
+  } else if (q != nullptr) {
+    *q = ToTransposedMatrix(qT);
+  } else if (target != nullptr) {
+    *target = ToMatrix(triangle);
+  }
+}
+
+// The Hessenberg form of a square matrix and, when wanted, the transposed unitary factor.
+class HessenbergForm {
+ public:
+  HessenbergForm(const CNuComplex* elements, int n, bool wantsQ, const char* where)
+      : m_space(3 * ComplexRows::Size(n, n) + ComplexRows::Size(5, n) + static_cast<std::size_t>(n)),
+        m_h(TakeScaled(elements, Block(n), where)),
+        m_qT(Block(n)) {
+    const ComplexRows v = Block(n);
+    double* tau = m_space.Take(static_cast<std::size_t>(n));
+    nu::internal::ReduceToComplexHessenberg(m_h.rows, v, tau, m_space.Take(ComplexRows::Size(5, n)));
+    if (wantsQ) nu::internal::FormTransposedUnitary(v, tau, std::max(n - 2, 0), 1, m_qT);
+  }
+  const Scaled& H() const { return m_h; }
+  const ComplexRows& QT() const { return m_qT; }
+
+ private:
+  ComplexRows Block(int n) { return {m_space.Take(ComplexRows::Size(n, n)), n, n}; }
+
+  SmallSpace m_space;
+  Scaled m_h;
+  ComplexRows m_qT;
+};
+
+// Room for rotations; for small matrices it lies on the stack.
+class RotationRoom {
+ public:
+  explicit RotationRoom(int n)
+      : m_heap(n > kSmall ? new ComplexRotation[nu::internal::kWaitingSweeps * static_cast<std::size_t>(n)] : nullptr) {
+  }
+  ComplexRotation* Data() { return m_heap ? m_heap.get() : m_local; }
+
+ private:
+  std::unique_ptr<ComplexRotation[]> m_heap;
+  ComplexRotation m_local[nu::internal::kWaitingSweeps * kSmall];
+};
+
+}  // namespace
+
+// A matrix that has been moved from has no rows and is refused as well.
+void CNuComplexMatrix::RequireSquare(const char* where) const {
+  if (m_rows != m_columns || m_rows < 1) FailOperation(16, kCalculation, where);
+}
+
+CNuComplexMatrix CNuComplexMatrix::operator*(const CNuComplexMatrix& b) const {
+  if (m_columns != b.m_rows) FailOperation(5, "operator*", "CNuComplexMatrix");
+  CNuComplexMatrix result(m_rows, b.m_columns);
+  Workspace<3 * 2 * kSmall * 16> space(ComplexRows::Size(m_rows, m_columns) +
+                                       ComplexRows::Size(m_columns, b.m_columns) +
+                                       ComplexRows::Size(m_rows, b.m_columns));
+  const ComplexRows left(space.Take(ComplexRows::Size(m_rows, m_columns)), m_rows, m_columns);
+  const ComplexRows right(space.Take(ComplexRows::Size(m_columns, b.m_columns)), m_columns, b.m_columns);
+  const ComplexRows product(space.Take(ComplexRows::Size(m_rows, b.m_columns)), m_rows, b.m_columns);
+  CopyOut(m_data, left);
+  CopyOut(b.m_data, right);
+  const std::ptrdiff_t leftStep = 2 * left.width;
+  const std::ptrdiff_t rightStep = 2 * right.width;
+  const std::ptrdiff_t step = 2 * product.width;
+  const nu::internal::Block leftRe = {left.data, leftStep};
+  const nu::internal::Block leftIm = {left.data + left.width, leftStep};
+  const nu::internal::Block rightRe = {right.data, rightStep};
+  const nu::internal::Block rightIm = {right.data + right.width, rightStep};
+  double* re = product.data;
+  double* im = product.data + product.width;
+  nu::internal::Multiply(leftRe, rightRe, re, step, m_rows, m_columns, b.m_columns);
+  nu::internal::SubtractProduct(leftIm, rightIm, re, step, m_rows, m_columns, b.m_columns);
+  nu::internal::Multiply(leftRe, rightIm, im, step, m_rows, m_columns, b.m_columns);
+  nu::internal::AddProduct(leftIm, rightRe, im, step, m_rows, m_columns, b.m_columns);
+  for (int i = 0; i < m_rows; ++i) {
+    for (int j = 0; j < b.m_columns; ++j) result.m_data[i * b.m_columns + j] = {product.Re(i, j), product.Im(i, j)};
+  }
+  return result;
+}
+
+void CNuComplexMatrix::QR(CNuComplexMatrix* q, CNuComplexMatrix* r) const {
+  constexpr const char* where = "CNuComplexMatrix::QR()";
+  if (m_rows < 1) FailOperation(16, kCalculation, where);
+  const int count = std::min(m_rows, m_columns);
+  const std::size_t qSize = q != nullptr ? ComplexRows::Size(m_rows, m_rows) : 0;
+  SmallSpace space(ComplexRows::Size(m_rows, m_columns) + ComplexRows::Size(count, m_rows) + qSize +
+                   ComplexRows::Size(1, m_columns) + static_cast<std::size_t>(count));
+  const ComplexRows block(space.Take(ComplexRows::Size(m_rows, m_columns)), m_rows, m_columns);
+  const Scaled a = TakeScaled(m_data, block, where);
+  const ComplexRows v(space.Take(ComplexRows::Size(count, m_rows)), count, m_rows);
+  const ComplexRows qT(space.Take(qSize), m_rows, m_rows);
+  double* sum = space.Take(ComplexRows::Size(1, m_columns));
+  double* tau = space.Take(static_cast<std::size_t>(count));
+  nu::internal::ReduceToTriangle(a.rows, v, tau, sum);
+  if (q != nullptr) nu::internal::FormTransposedUnitary(v, tau, count, 0, qT);
+  nu::internal::MakeDiagonalPositive(a.rows, q != nullptr ? &qT : nullptr);
+  Store(a, r, qT, q);
+}
+
+void CNuComplexMatrix::Hessenberg(CNuComplexMatrix* q, CNuComplexMatrix* h) const {
+  constexpr const char* where = "CNuComplexMatrix::Hessenberg()";
+  RequireSquare(where);
+  const HessenbergForm form(m_data, m_rows, q != nullptr, where);
+  Store(form.H(), h, form.QT(), q);
+}
+
+void CNuComplexMatrix::Schur(CNuComplexMatrix* q, CNuComplexMatrix* t) const {
+  constexpr const char* where = "CNuComplexMatrix::Schur()";
+  RequireSquare(where);
+  const HessenbergForm form(m_data, m_rows, q != nullptr, where);
+  RotationRoom room(m_rows);
+  const ComplexRows* qT = q != nullptr ? &form.QT() : nullptr;
+  if (!nu::internal::ReduceToSchur(form.H().rows, t != nullptr, qT, room.Data()))
+    FailOperation(46, kCalculation, where);
+  Store(form.H(), t, form.QT(), q);
+}
+
+CNuComplexVector CNuComplexMatrix::EigenValues() const {
+  constexpr const char* where = "CNuComplexMatrix::EigenValues()";
+  RequireSquare(where);
+  const HessenbergForm form(m_data, m_rows, false, where);
+  RotationRoom room(m_rows);
+  const ComplexRows& t = form.H().rows;
+  if (!nu::internal::ReduceToSchur(t, false, nullptr, room.Data())) FailOperation(46, kCalculation, where);
+  CNuComplexVector values(m_rows);
+  CNuComplex* value = &values[0];
+  for (int i = 0; i < m_rows; ++i) value[i] = {t.Re(i, i) / form.H().scale, t.Im(i, i) / form.H().scale};
+  std::sort(value, value + m_rows, [](const CNuComplex& a, const CNuComplex& b) {
+    return a.r() < b.r() || (a.r() == b.r() && a.i() < b.i());
+  });
+  return values;
+}
