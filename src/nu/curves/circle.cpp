@@ -49,3 +49,8 @@ void CNuCircle::GetData(double* radius, CNuPoint* centre, CNuVector* normal) con
   GetPosition(centre, &xaxis, normal);
   *radius = m_radius;
 }
+
+void CNuCircle::Place(double radius, const CNuPoint& centre, const CNuVector& xaxis, const CNuVector& normal) {
+  SetPosition(centre, xaxis, normal);
+  m_radius = radius;
+}

@@ -39,7 +39,19 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   ENuFitResult FitEx(const CNuPointArray& pts, long maxiter);
   ENuFitResult FitEx(const CNuPointArray& pts, double* form, double* sumsq, long maxiter);
 
+  // Minimum circumscribed circle: the smallest one in the least-squares plane of the points that encloses them all, to
+  // rounding (B. Gaertner, ESA 1999). Points on one line, or all closer together than `tol`, get the circle on their
+  // longest edge; it is in a plane with that line, and has radius 0 when they coincide. Points are on one line, and in
+  // one plane, within `tol`. CNuBestfitException, named "CNuCircle", for which the circle stays as it was: cause 1
+  // (size 1) without a point; cause 5 (size 3) for points that are not in one plane, which is a plane fit's form above
+  // `tol`; cause 11 for coordinates that are not finite and whatever else fails on the way. FitMinEx does not throw; it
+  // makes `tol` the thread's NuGetLengthTol() for as long as it runs.
+  void FitMin(const CNuPointArray& pts, double tol);
+  ENuFitResult FitMinEx(const CNuPointArray& pts, double tol);
+
  private:
+  void Place(double radius, const CNuPoint& centre, const CNuVector& xaxis, const CNuVector& normal);
+
   double m_radius;
 };
 

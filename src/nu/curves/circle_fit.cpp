@@ -102,8 +102,7 @@ void CNuCircle::Fit(const CNuPointArray& pts, double* form, double* sumsq, long 
         exact ? CircleThroughThree(pts, axes) : LeastSquaresCircle(blocks, axes, form != nullptr, maxiter);
     const Vec3 centre = origin + found.centre;
     if (!IsFinite(centre) || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
-    SetPosition(ToPoint(centre), axes.x, axes.normal);
-    m_radius = found.radius;
+    Place(found.radius, ToPoint(centre), axes.x, axes.normal);
     if (form == nullptr) return;
     *form = found.deviations.largest - found.deviations.smallest;
     *sumsq = found.deviations.sumSquares;

@@ -17,6 +17,7 @@ enum FitCause {
   kDegeneratePoints = 2,
   kCollinearPoints = 3,
   kCoplanarPoints = 4,
+  kPointsNotInPlane = 5,
   kNumericalFailure = 11,
   kIterationLimit = 12,
   kBadIterationLimit = 13,

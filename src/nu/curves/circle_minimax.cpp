@@ -1,0 +1,127 @@
+#include <cmath>
+
+#include "nu/curves/circle.h"
+#include "nu/geometry/internal/enclosing_ball.h"
+#include "nu/geometry/internal/fit_guards.h"
+#include "nu/geometry/internal/flatness.h"
+#include "nu/geometry/plane.h"
+
+// Minimax circles. The points are projected into their least-squares plane, along in-plane axes X and Y; the problems
+// there are those of nu/geometry/internal. Points that share one z need no projection: their plane is z = const.
+
+using nu::internal::Components;
+using nu::internal::EnclosingBall;
+using nu::internal::FailFit;
+using nu::internal::LengthToleranceScope;
+using nu::internal::PointBlocks;
+using nu::internal::RequireCount;
+using nu::internal::Vec3;
+using nu::internal::ViewOf;
+
+namespace {
+
+constexpr const char* kName = "CNuCircle";
+constexpr int kLeastPoints = 3;
+
+struct PlaneFrame {
+  Vec3 origin;
+  CNuVector x;
+  CNuVector y;
+  CNuVector normal;
+  double form;  // how far the points are from lying in this plane
+
+  CNuPoint PointAt(double u, double v) const {
+    const Vec3 p = origin + (u * Components(x) + v * Components(y));
+    if (!IsFinite(p)) FailFit(nu::internal::kNumericalFailure, kName);
+    return ToPoint(p);
+  }
+};
+
+struct Placement {
+  double radius;
+  CNuPoint centre;
+  CNuVector xaxis;
+  CNuVector normal;
+};
+
+bool IsDegenerate(const CNuPointArray& pts, double tol) {
+  CNuVector normal;
+  return CNuGeometry::AreCollinear(pts, &normal, tol) == 1 || CNuGeometry::NumberDistinctPoints(pts, 2, tol) == 0;
+}
+
+// The longest edge of points on one line joins the two extreme ones.
+Placement CircleOnLongestEdge(const CNuPointArray& pts) {
+  int m, n;
+  const double length = pts.MaxEdge(&m, &n);
+  const Vec3 p = Components(pts[m]);
+  const Vec3 q = Components(pts[n]);
+  if (!IsFinite(p) || !IsFinite(q) || !std::isfinite(length)) FailFit(nu::internal::kNumericalFailure, kName);
+  Placement circle{0.5 * length, ToPoint(0.5 * p + 0.5 * q), CNuVector(1, 0, 0), CNuVector(0, 0, 1)};
+  if (!(length > 0.0)) return circle;
+  circle.xaxis = ToVector(Unit(q - p));
+  circle.xaxis.SymmetricAxis(NuGetTol(), 1);
+  CNuVector across;
+  circle.xaxis.OrthonormalXY(&across, &circle.normal);
+  circle.normal.SymmetricAxis(NuGetTol(), 1);
+  return circle;
+}
+
+// The points are known to be finite and, within `tol`, not on one line: the plane's only failure is a numerical one.
+// The tolerance of the circle decides in its plane, too, which points are on one line.
+CNuPlane CarrierPlane(const CNuPointArray& pts, double tol, double* form) {
+  const LengthToleranceScope scope(tol);
+  CNuPlane plane;
+  double sumsq;
+  try {
+    plane.Fit(pts, form, &sumsq);
+  } catch (const CNuBestfitException&) {
+    FailFit(nu::internal::kNumericalFailure, kName);
+  }
+  return plane;
+}
+
+PlaneFrame FrameOf(const CNuPointArray& pts, double tol) {
+  PlaneFrame frame;
+  frame.origin = nu::internal::MiddleOf(pts);
+  PointBlocks blocks(ViewOf(pts), frame.origin);
+  const nu::internal::Flatness flatness = FlatnessOf(blocks);
+  if (!flatness.finite) FailFit(nu::internal::kNumericalFailure, kName);
+  frame.normal = CNuVector(0.0, 0.0, 1.0);
+  frame.form = 0.0;
+  if (!flatness.flat) {
+    const CNuPlane plane = CarrierPlane(pts, tol, &frame.form);
+    frame.origin = Components(plane.GetPoint());
+    frame.normal = plane.GetNormal();
+  }
+  frame.normal.OrthonormalXY(&frame.x, &frame.y);
+  return frame;
+}
+
+PlaneFrame RequirePlane(const CNuPointArray& pts, double tol) {
+  const PlaneFrame frame = FrameOf(pts, tol);
+  if (!(frame.form <= tol) && frame.form != 0.0) FailFit(nu::internal::kPointsNotInPlane, kName, kLeastPoints);
+  return frame;
+}
+
+}  // namespace
+
+void CNuCircle::FitMin(const CNuPointArray& pts, double tol) {
+  nu::internal::TranslateForeign(kName, [&] {
+    RequireCount(pts, 1, kName);
+    if (IsDegenerate(pts, tol)) {
+      const Placement circle = CircleOnLongestEdge(pts);
+      return Place(circle.radius, circle.centre, circle.xaxis, circle.normal);
+    }
+    const PlaneFrame frame = RequirePlane(pts, tol);
+    PointBlocks blocks(ViewOf(pts), frame.origin);
+    const EnclosingBall found =
+        nu::internal::SmallestEnclosingBall<2>(blocks, {Components(frame.x), Components(frame.y)});
+    if (!found.found || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
+    Place(found.radius, frame.PointAt(found.centre.x, found.centre.y), frame.x, frame.normal);
+  });
+}
+
+ENuFitResult CNuCircle::FitMinEx(const CNuPointArray& pts, double tol) {
+  const LengthToleranceScope scope(tol);
+  return nu::internal::ResultOf([&] { FitMin(pts, tol); });
+}

@@ -1,0 +1,253 @@
+#include "nu/geometry/internal/enclosing_ball.h"
+
+#include <bit>
+#include <limits>
+
+#include "nu/geometry/internal/lanes.h"
+
+// Pivoting on support sets (B. Gaertner, Fast and robust smallest enclosing balls, ESA 1999). Up to D + 1 points
+// determine the ball. A point outside enters; the smallest ball around it and the old ones is found among the
+// circumscribed balls of all their subsets: it is the one whose centre has the least distance from the farthest of
+// these points, which needs no decision by a tolerance and no sign that rounding could spoil. The radius grows with
+// every change, so no support set returns.
+//
+// The points pass in blocks. Of each block the farthest point enters until none is outside, so the first walk leaves a
+// ball that is nearly or wholly the last one, and one or two more confirm it.
+
+namespace nu::internal {
+namespace {
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+
+// Squares of radii outside have overflowed or vanished, or are about to in the squares of areas.
+constexpr double kSafeSmall = 1e-70;
+constexpr double kSafeLarge = 1e70;
+
+// The radius grows at every change, which bounds the walks by far less; measured: up to 5.
+constexpr int kMostWalks = 1000;
+
+// Of two support sets whose radii agree within their rounding the smaller set is taken.
+constexpr double kSameRadius = 4.0 * kEpsilon;
+
+template<int D>
+struct Gauge {
+  Vec3 axis[D];
+  Vec3 centre;
+};
+
+template<int D, class Number>
+NU_ALWAYS_INLINE void Coordinates(const Gauge<D>& gauge, const Number& x, const Number& y, const Number& z,
+                                  Number (&u)[3]) {
+  u[2] = Number{};
+  for (int j = 0; j < D; ++j) u[j] = gauge.axis[j].x * x + gauge.axis[j].y * y + gauge.axis[j].z * z;
+}
+
+template<class Number>
+NU_ALWAYS_INLINE void SquareFrom(const Vec3& centre, const Number (&u)[3], Number& square) {
+  const Number x = u[0] - centre.x;
+  const Number y = u[1] - centre.y;
+  const Number z = u[2] - centre.z;
+  square = x * x + y * y + z * z;
+}
+
+struct Reach {
+  double square;      // of the largest distance from the centre
+  std::size_t index;  // of the point there
+  double blind;       // 0 or, when a square is not finite, NaN
+};
+
+template<int D>
+NU_ALWAYS_INLINE void FarthestBody(const PointBlock& block, const Gauge<D>& given, Reach& reach) {
+  const Gauge<D> gauge = given;
+  Lanes largest = -1.0 - Lanes{};
+  Lanes place = {};
+  Lanes lost = {};
+  for (std::size_t i = 0; i < block.size; i += kLanes) {
+    Lanes x, y, z, s, u[3];
+    Load(block.x + i, x);
+    Load(block.y + i, y);
+    Load(block.z + i, z);
+    Coordinates(gauge, x, y, z, u);
+    SquareFrom(gauge.centre, u, s);
+    place = s > largest ? static_cast<double>(i) - Lanes{} : place;
+    largest = s > largest ? s : largest;
+    lost += s - s;
+  }
+  reach.square = Largest(largest);
+  reach.blind = Sum(lost);
+  // Lanes beyond the last point are copies of it.
+  for (int l = kLanes - 1; l >= 0; --l) {
+    if (largest[l] == reach.square) reach.index = std::min(static_cast<std::size_t>(place[l]) + l, block.size - 1);
+  }
+}
+
+NU_KERNEL void Farthest(const PointBlock& b, const Gauge<2>& g, Reach& reach) {
+  FarthestBody(b, g, reach);
+}
+NU_KERNEL void Farthest(const PointBlock& b, const Gauge<3>& g, Reach& reach) {
+  FarthestBody(b, g, reach);
+}
+
+// A ball through all points of a small set, with the centre in their affine hull.
+struct Circumscribed {
+  Vec3 centre;
+  double multiplier[EnclosingBall::kMostContacts];
+};
+
+Circumscribed ThroughTwo(Vec3 o, Vec3 a) {
+  return {o + 0.5 * (a - o), {0.5, 0.5}};
+}
+
+Circumscribed ThroughThree(Vec3 o, Vec3 p, Vec3 q) {
+  const Vec3 a = p - o;
+  const Vec3 b = q - o;
+  const Vec3 normal = Cross(a, b);
+  const double twice = 2.0 * Dot(normal, normal);
+  const double shareA = Dot(b, b) * Dot(a, a - b) / twice;
+  const double shareB = Dot(a, a) * Dot(b, b - a) / twice;
+  return {o + (shareA * a + shareB * b), {1.0 - shareA - shareB, shareA, shareB}};
+}
+
+Circumscribed ThroughFour(Vec3 o, Vec3 p, Vec3 q, Vec3 r) {
+  const Vec3 edge[3] = {p - o, q - o, r - o};
+  Vec3 area[3];
+  for (int k = 0; k < 3; ++k) area[k] = Cross(edge[(k + 1) % 3], edge[(k + 2) % 3]);
+  const double volume = Dot(edge[0], area[0]);
+  Vec3 way;
+  for (int k = 0; k < 3; ++k) way = way + (0.5 * Dot(edge[k], edge[k]) / volume) * area[k];
+  Circumscribed found{o + way, {1.0}};
+  for (int k = 0; k < 3; ++k) {
+    found.multiplier[k + 1] = Dot(way, area[k]) / volume;
+    found.multiplier[0] -= found.multiplier[k + 1];
+  }
+  return found;
+}
+
+template<int D>
+class Pivoting {
+ public:
+  Pivoting(PointBlocks& points, const Vec3 (&axes)[D]) : m_points(points) { std::copy_n(axes, D, m_gauge.axis); }
+
+  // False when a squared distance is not finite.
+  bool Run() {
+    m_ball = {};
+    m_square = -1.0;
+    m_finite = true;
+    m_changed = true;
+    for (int walk = 0; walk < kMostWalks && m_changed && m_finite; ++walk) {
+      m_changed = false;
+      m_points.ForEach([this](const PointBlock& block) { Enclose(block); });
+    }
+    return m_finite;
+  }
+
+  double Square() const { return m_square; }
+
+  EnclosingBall InCallersUnit() const {
+    EnclosingBall ball = m_ball;
+    const double unit = 1.0 / m_points.Scale();  // a power of two
+    ball.found = true;
+    ball.centre = unit * ball.centre;
+    ball.radius = unit * std::sqrt(m_square);
+    for (Vec3& contact : ball.contact) contact = unit * contact;
+    return ball;
+  }
+
+ private:
+  void Enclose(const PointBlock& block) {
+    if (m_square < 0.0) Begin(PointOf(block, 0));
+    Reach reach{0.0, 0, 0.0};
+    Farthest(block, m_gauge, reach);
+    while (m_finite && reach.square > m_square) {
+      // A point that rounding keeps outside is enclosed by the radius alone.
+      if (!Add(PointOf(block, reach.index))) m_square = reach.square;
+      m_changed = true;
+      Farthest(block, m_gauge, reach);
+    }
+    m_finite = m_finite && reach.blind == 0.0;
+  }
+
+  Vec3 PointOf(const PointBlock& block, std::size_t i) const {
+    double u[3];
+    Coordinates(m_gauge, block.x[i], block.y[i], block.z[i], u);
+    return LoadVec3(u);
+  }
+  static double SquareOf(const Vec3& centre, const Vec3& point) {
+    const double u[3] = {point.x, point.y, point.z};
+    double square;
+    SquareFrom(centre, u, square);
+    return square;
+  }
+
+  void Begin(const Vec3& first) {
+    m_ball.contacts = 1;
+    m_ball.contact[0] = first;
+    m_ball.multiplier[0] = 1.0;
+    m_ball.centre = m_gauge.centre = first;
+    m_square = 0.0;
+  }
+
+  // The smallest ball around the contacts and a point outside. False when the radius does not grow: that is rounding.
+  bool Add(const Vec3& point) {
+    const EnclosingBall old = m_ball;
+    double best = std::numeric_limits<double>::infinity();
+    // The subsets of the old contacts, by ascending size; the new point belongs to all.
+    for (int size = 1; size <= D; ++size) {
+      for (unsigned subset = 1; subset < (1u << old.contacts); ++subset) {
+        if (std::popcount(subset) == size) Try(old, subset, point, best);
+      }
+    }
+    const bool grows = best > m_square && std::isfinite(best);
+    if (!grows) {
+      m_ball = old;
+      return false;
+    }
+    m_gauge.centre = m_ball.centre;
+    m_square = best;
+    return true;
+  }
+
+  void Try(const EnclosingBall& old, unsigned subset, const Vec3& point, double& best) {
+    EnclosingBall ball;
+    ball.contact[ball.contacts++] = point;
+    for (int k = 0; k < old.contacts; ++k) {
+      if ((subset >> k & 1u) != 0) ball.contact[ball.contacts++] = old.contact[k];
+    }
+    const Vec3(&p)[EnclosingBall::kMostContacts] = ball.contact;
+    const Circumscribed around = ball.contacts == 2   ? ThroughTwo(p[0], p[1])
+                                 : ball.contacts == 3 ? ThroughThree(p[0], p[1], p[2])
+                                                      : ThroughFour(p[0], p[1], p[2], p[3]);
+    double farthest = SquareOf(around.centre, point);
+    for (int k = 0; k < old.contacts; ++k) farthest = std::max(farthest, SquareOf(around.centre, old.contact[k]));
+    if (!(farthest < best * (1.0 - kSameRadius))) return;
+    best = farthest;
+    ball.centre = around.centre;
+    std::copy_n(around.multiplier, EnclosingBall::kMostContacts, ball.multiplier);
+    m_ball = ball;
+  }
+
+  PointBlocks& m_points;
+  Gauge<D> m_gauge;
+  EnclosingBall m_ball;
+  double m_square = -1.0;
+  bool m_finite = true;
+  bool m_changed = false;
+};
+
+}  // namespace
+
+template<int D>
+EnclosingBall SmallestEnclosingBall(PointBlocks& points, const Vec3 (&axes)[D]) {
+  Pivoting<D> pivoting(points, axes);
+  const bool finite = pivoting.Run();
+  const double square = pivoting.Square();
+  if (!finite || (!(square >= kSafeSmall && square <= kSafeLarge) && points.Size() > 1)) {
+    if (!points.FitScale() || !pivoting.Run()) return {};
+  }
+  return pivoting.InCallersUnit();
+}
+
+template EnclosingBall SmallestEnclosingBall<2>(PointBlocks&, const Vec3 (&)[2]);
+template EnclosingBall SmallestEnclosingBall<3>(PointBlocks&, const Vec3 (&)[3]);
+
+}  // namespace nu::internal

@@ -1,0 +1,154 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "nu/nu.h"
+#include "support/clouds.h"
+#include "support/failures.h"
+
+namespace {
+
+using nu::test::Random;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+CNuPointArray PointsOf(std::initializer_list<CNuPoint> list) {
+  CNuPointArray points(static_cast<int>(list.size()));
+  for (const CNuPoint& p : list) points.Add(p);
+  return points;
+}
+
+struct Extremes {
+  double nearest = kInf;
+  double farthest = 0.0;
+};
+
+Extremes DistancesFrom(const CNuPoint& centre, const CNuPointArray& points) {
+  Extremes e;
+  if (!std::isfinite(centre.x() + centre.y())) return {0.0, kInf};
+  for (int i = 0; i < points.GetSize(); ++i) {
+    const double d = points[i].DistanceTo(centre);
+    e.nearest = std::min(e.nearest, d);
+    e.farthest = std::max(e.farthest, d);
+  }
+  return e;
+}
+
+// The centre equidistant from three points in z = 0; not finite when they are on one line.
+CNuPoint EquidistantFrom(const CNuPoint& o, const CNuPoint& p, const CNuPoint& q) {
+  const double ax = p.x() - o.x(), ay = p.y() - o.y(), bx = q.x() - o.x(), by = q.y() - o.y();
+  const double twice = 2.0 * (ax * by - ay * bx), aa = ax * ax + ay * ay, bb = bx * bx + by * by;
+  return {o.x() + (by * aa - ay * bb) / twice, o.y() + (ax * bb - bx * aa) / twice, 0.0};
+}
+
+// Up to 12 points in z = 0: scattered, on a lattice, on a circle, on a line but for one, and with copies among them.
+CNuPointArray SmallSet(Random& random, int kind) {
+  const int n = 3 + random.Below(10);
+  CNuPointArray points(n);
+  for (int i = 0; i < n; ++i) {
+    const double t = random.Uniform(0.0, 360.0) * nu::test::kDegree;
+    const double x = random.Uniform(-1.0, 1.0);
+    switch (kind % 5) {
+      case 0:
+        points.Add({x, random.Uniform(-1.0, 1.0)});
+        break;
+      case 1:
+        points.Add({1.0 * random.Below(4), 1.0 * random.Below(4)});
+        break;
+      case 2:
+        points.Add({3.0 * std::cos(t), 3.0 * std::sin(t)});
+        break;
+      case 3:
+        points.Add({x, i == n / 2 ? random.Uniform(0.1, 1.0) : 0.0});
+        break;
+      default:
+        points.Add(i > 2 && random.Below(2) == 0 ? points[random.Below(i)] : CNuPoint(x, std::sin(t)));
+        break;
+    }
+  }
+  return points;
+}
+
+TEST(CircumscribedCircle, AgreesWithAllSupportSets) {
+  Random random(501);
+  for (int run = 0; run < 3000; ++run) {
+    const CNuPointArray points = SmallSet(random, run);
+    double best = kInf;
+    const auto judge = [&](const CNuPoint& centre) {
+      const double reach = DistancesFrom(centre, points).farthest;
+      if (reach < best) best = reach;
+    };
+    for (int i = 0; i < points.GetSize(); ++i) {
+      for (int j = 0; j < i; ++j) {
+        judge(points[i].MidPoint(points[j]));
+        for (int k = 0; k < j; ++k) judge(EquidistantFrom(points[i], points[j], points[k]));
+      }
+    }
+    CNuCircle circle(7.0);
+    circle.FitMin(points, 1e-12);
+    ASSERT_NEAR(circle.GetRadius(), best, 1e-14 * best) << run;
+    ASSERT_NEAR(DistancesFrom(circle.GetCentre(), points).farthest, circle.GetRadius(), 4e-15) << run;
+  }
+}
+
+TEST(CircumscribedCircle, FailsInOrderAndLeavesTheCircle) {
+  CNuCircle circle(7.0, CNuPoint(1, 2, 3));
+  const auto failure = [&](const CNuPointArray& points) { return FailureOf([&] { circle.FitMin(points, 1e-9); }); };
+  const CNuPointArray solid = PointsOf({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
+  EXPECT_EQ(failure(CNuPointArray(1)), "bestfit 1 |CNuCircle [1,0]");
+  EXPECT_EQ(failure(solid), "bestfit 5 |CNuCircle [3,0]");
+  for (const double bad : {kNaN, kInf}) {
+    for (const CNuPoint& p : {CNuPoint(bad, 0), CNuPoint(0, bad), CNuPoint(0, 0, bad), CNuPoint(bad, bad, bad)}) {
+      EXPECT_EQ(failure(PointsOf({{0, 0}, {1, 0}, {0, 1}, {3, 3}, p})), "bestfit 11 |CNuCircle [0,0]");
+      EXPECT_EQ(failure(PointsOf({p})), "bestfit 11 |CNuCircle [0,0]");
+      EXPECT_EQ(failure(PointsOf({p, p, p, p})), "bestfit 11 |CNuCircle [0,0]");
+    }
+  }
+  NuSetLengthTol(1e-5);
+  EXPECT_EQ(circle.FitMinEx(solid, 1e-9), NuFitFailure);
+  EXPECT_EQ(NuGetLengthTol(), 1e-5);
+  EXPECT_EQ(circle.GetRadius(), 7.0);
+  EXPECT_EQ(circle.GetCentre().z(), 3.0);
+  EXPECT_EQ(circle.FitMinEx(PointsOf({{0, 0, 2}, {4, 0, 2}, {0, 2, 2}}), 1e-9), NuFitSuccess);
+  EXPECT_EQ(circle.GetRadius(), std::sqrt(5.0));
+  NuSetLengthTol(1e-12);
+}
+
+// One point, coincident points and points on one line have a circle, too.
+TEST(CircumscribedCircle, OfPointsWithoutAPlane) {
+  CNuCircle circle(7.0);
+  for (const int copies : {1, 2, 5}) {
+    CNuPointArray points(copies);
+    for (int i = 0; i < copies; ++i) points.Add({1, 2, 3});
+    circle.FitMin(points, 1e-9);
+    EXPECT_EQ(circle.GetRadius(), 0.0);
+    EXPECT_EQ(circle.GetCentre().DistanceTo(CNuPoint(1, 2, 3)), 0.0);
+  }
+  circle.FitMin(PointsOf({{1, 1, 0}, {3, 3, 2}, {0, 0, -1}, {2, 2, 1}}), 1e-9);
+  EXPECT_NEAR(circle.GetRadius(), 0.5 * std::sqrt(27.0), 1e-15);
+  EXPECT_NEAR(circle.GetCentre().DistanceTo(CNuPoint(1.5, 1.5, 0.5)), 0.0, 1e-15);
+  EXPECT_NEAR(circle.GetNormal() % CNuVector(1, 1, 1), 0.0, 1e-15);
+  EXPECT_NEAR(circle.GetXaxis() % circle.GetNormal(), 0.0, 1e-15);
+  circle.FitMin(PointsOf({{0, 0}, {4, 2}}), 1e-9);
+  EXPECT_EQ(circle.GetNormal().IsEqual(CNuVector(0, 0, 1), 1e-15), NuTrue) << "stays in the plane of its points";
+}
+
+// Sizes whose squares overflow or vanish, many blocks of points, an order that makes the circle grow all the way.
+TEST(CircumscribedCircle, OfAnySizeAndOrder) {
+  for (const double size : {1e-200, 1e-3, 1e5, 1e200}) {
+    CNuPointArray points(5000);
+    for (int i = 0; i < 5000; ++i) {
+      const double r = size * (i + 1) / 5000;
+      points.Add({r * std::cos(0.01 * i), r * std::sin(0.01 * i), 0.0});
+    }
+    CNuCircle circle(1.0);
+    circle.FitMin(points, 0.0);
+    EXPECT_NEAR(circle.GetRadius() / size, 0.977, 0.02);
+    EXPECT_NEAR(DistancesFrom(circle.GetCentre(), points).farthest / circle.GetRadius(), 1.0, 1e-15);
+  }
+}
+
+}  // namespace
