@@ -8,6 +8,7 @@
 #include "nu/foundation/constants.h"
 #include "nu/foundation/double_array.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/numerics/internal/chebyshev_series.h"
 
 // The fit interpolates f at the N = n + 11 zeros of T_N, where the cosines are orthogonal:
 //
@@ -65,18 +66,6 @@ class Cosines {
   int m_nodes;
   CNuDoubleArray m_values;
 };
-
-// p(y) becomes the same polynomial in x by y = (x - m) / h: stretched first, then shifted by synthetic division.
-void Substitute(double* p, int degree, double a, double b) {
-  const double stretch = 2.0 / (b - a);
-  const double m = 0.5 * a + 0.5 * b;
-  double power = 1.0;
-  for (int i = 1; i <= degree; ++i) p[i] *= power *= stretch;
-  if (m == 0.0) return;
-  for (int j = 0; j < degree; ++j) {
-    for (int k = degree - 1; k >= j; --k) p[k] -= m * p[k + 1];
-  }
-}
 
 }  // namespace
 
@@ -157,18 +146,8 @@ double CNuChebyshevPolynomialExpression::DerivativeAt(double x) const {
 
 CNuPolynomial CNuChebyshevPolynomialExpression::ToPolynomial() const {
   if (!IsFitted()) return CNuPolynomial(0);
-  const double* c = m_coefficients.GetData();
-  CNuPolynomial first(m_degree), second(m_degree);
-  double* d = first.GetData();
-  double* dd = second.GetData();
-  // Clenshaw's recurrence on polynomials in y.
-  for (int j = m_degree; j >= 1; --j) {
-    dd[0] = c[j] - dd[0];
-    for (int i = 1; i <= m_degree - j; ++i) dd[i] = 2.0 * d[i - 1] - dd[i];
-    std::swap(d, dd);
-  }
-  dd[0] = 0.5 * c[0] - dd[0];
-  for (int i = 1; i <= m_degree; ++i) dd[i] = d[i - 1] - dd[i];
-  Substitute(dd, m_degree, m_a, m_b);
-  return dd == first.GetData() ? std::move(first) : std::move(second);
+  CNuPolynomial powers(m_degree), work(m_degree);
+  nu::internal::SeriesToPowers(0.5 * m_coefficients[0], m_coefficients.GetData(), m_degree,
+                               {0.5 * m_a + 0.5 * m_b, 2.0 / (m_b - m_a)}, powers.GetData(), work.GetData());
+  return powers;
 }

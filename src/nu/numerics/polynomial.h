@@ -47,12 +47,26 @@ class NU_EXPORT CNuPolynomial : public CNuAlgebra {
   CNuPolynomial& operator*=(double s);
   CNuPolynomial& operator/=(double s);
 
+  // By Horner's rule, or of the Chebyshev expression, which refuses x outside its interval (cause 40).
   double ValueAt(double x) const;
   double DerivativeAt(double x) const;
 
   // Drops leading coefficients below NuGetZero(), never the constant term. The storage keeps its size.
   void Simplify();
 
+  // Least squares of the polynomial's own degree; the Chebyshev expression is detached. Where the samples do not
+  // determine all coefficients (fewer samples than coefficients, or singular values below 1e-10 and NuGetTol() of the
+  // largest) the smallest solution is taken. Coefficients below 1e-10 become exactly 0. residualSum receives the sum of
+  // squared residuals, 0 where it is below NuGetTol(). A y that is not finite makes the coefficients NaN. Sizes differ:
+  // CNuOperationException cause 5, "data checking"; no samples: CNuConstructionException cause 1, of the empty matrix;
+  // a power of an x that is not finite, or no convergence: cause 46, "calculation", of its decomposition; no memory:
+  // CNuMemoryException or std::bad_alloc. After a failure nothing has changed.
+  void Fit(const CNuDoubleArray& x, const CNuDoubleArray& y);
+  void Fit(const CNuDoubleArray& x, const CNuDoubleArray& y, double* residualSum);
+
+  // The polynomial of the same degree that is nearly the best on [a, b] in the largest error, by a truncated Chebyshev
+  // series; values then come from that series, also after changes of coefficients, until the polynomial is assigned
+  // or fitted again. Failures are those of CNuChebyshevPolynomialExpression::FitMinMax.
   void FitMinMax(double a, double b, double (*f)(double));
 
  private:

@@ -1,0 +1,48 @@
+#include <cmath>
+#include <new>
+#include <utility>
+
+#include "nu/foundation/double_array.h"
+#include "nu/foundation/internal/failures.h"
+#include "nu/numerics/internal/polynomial_least_squares.h"
+#include "nu/numerics/polynomial.h"
+
+// Least squares over the powers 1, x, ..., x^n with the singular value decomposition (Golub and Reinsch, Numerische
+// Mathematik 14 (1970) 403): among all polynomials of degree n with the smallest sum of squares, the one with the
+// smallest coefficients.
+
+namespace {
+
+using nu::internal::FailOperation;
+
+// Directions of the coefficients that the samples determine worse than this, relative to the best one, are left out.
+constexpr double kSingular = 1e-10;
+
+// Coefficients below it are the rounding of 0: they become 0, so that hosts see a polynomial of the degree that the
+// samples have. It does not follow the scale of the samples.
+constexpr double kVanishing = 1e-10;
+
+}  // namespace
+
+void CNuPolynomial::Fit(const CNuDoubleArray& x, const CNuDoubleArray& y) {
+  double residualSum;
+  Fit(x, y, &residualSum);
+}
+
+void CNuPolynomial::Fit(const CNuDoubleArray& x, const CNuDoubleArray& y, double* residualSum) {
+  if (x.GetSize() != y.GetSize()) FailOperation(5, "data checking", "CNuPolynomial::Fit()");
+  if (x.GetSize() == 0) throw CNuConstructionException(1, "CNuMatrix", "number of rows/columns", 0, 0);
+  const nu::internal::Samples samples = {x.GetData(), y.GetData(), x.GetSize()};
+  const double tolerance = NuGetTol();
+  const double cut = tolerance > kSingular ? tolerance : kSingular;
+  CNuPolynomial fitted(m_degree);
+  if (!nu::internal::SolvePolynomial(samples, m_degree, cut, NuGetZero(), fitted.m_data)) {
+    FailOperation(46, "calculation", "CNuMatrix::SVD()");
+  }
+  for (int i = 0; i <= m_degree; ++i) {
+    if (std::fabs(fitted.m_data[i]) < kVanishing) fitted.m_data[i] = 0.0;
+  }
+  const double sum = nu::internal::ResidualSum(samples, fitted.m_data, m_degree);
+  Take(fitted);
+  if (residualSum != nullptr) *residualSum = sum < tolerance ? 0.0 : sum;
+}
