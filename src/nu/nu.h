@@ -34,6 +34,9 @@
 #include "nu/linalg/vector.h"
 #include "nu/numerics/chebyshev.h"
 #include "nu/numerics/polynomial.h"
+#include "nu/numerics/triag.h"
+#include "nu/numerics/triag_equ.h"
+#include "nu/numerics/triag_polynomial.h"
 #include "nu/surfaces/sphere.h"
 #include "nu/surfaces/surface.h"
 

@@ -199,4 +199,17 @@ TEST(FailingAllocations, Fits) {
   }
 }
 
+TEST(FailingAllocations, TrigonometricPolynomials) {
+  CNuTriagPolynomial p(20), small(1);
+  for (int k = 0; k <= 20; ++k) p.Cos(k) = std::sin(3.0 * k);
+  CNuTriagEqu equation;
+  equation.Solve(CNuTriag(1, 0, 0));
+  FailEveryAllocation("trigonometric product", [&] { p* p; });
+  FailEveryAllocation(
+      "trigonometric assignment", [&] { small = p; }, [&] { return small.GetDegree() == 1; });
+  FailEveryAllocation(
+      "trigonometric equation", [&] { equation.Solve(p); }, [&] { return equation.GetNumberRoots() == 2; });
+  FailEveryAllocation("distinct roots", [&] { equation.GetDistinctRoots(1e-9); });
+}
+
 }  // namespace

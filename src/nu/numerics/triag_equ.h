@@ -1,0 +1,47 @@
+#ifndef NU_NUMERICS_TRIAG_EQU_H
+#define NU_NUMERICS_TRIAG_EQU_H
+
+#include "nu/export.h"
+#include "nu/foundation/double_array.h"
+#include "nu/foundation/object.h"
+#include "nu/fwd.h"
+
+// The equation f(u) = 0 of a trigonometric polynomial f, solved for all its real roots in [0, 2 pi), in radians.
+//
+// No root is missed and none invented: bounds of the derivatives prove on every part of the circle how many there are,
+// to the accuracy that the coefficients have. These are taken to be exact to 16 roundings; so an extremum with |f| of
+// at most 16 eps times the sum of the harmonics' magnitudes touches zero. It is a double root, at the place of the
+// extremum, stored twice with the same value; roots of higher multiplicity likewise. An extremum beyond that gives two
+// roots or none. Simple roots have the error of one rounding of the coefficients, and of the angle.
+//
+// The size of f does not matter; harmonics that are negligible beside the others do not disturb. Degree 1 is solved in
+// closed form. A constant has no roots, not even the constant 0.
+class NU_EXPORT CNuTriagEqu : public CNuTrigonometry {
+ public:
+  // No roots.
+  CNuTriagEqu();
+  CNuTriagEqu(const CNuTriagEqu& other);
+  CNuTriagEqu(CNuTriagEqu&& other) noexcept;
+  CNuTriagEqu& operator=(const CNuTriagEqu& other);
+  CNuTriagEqu& operator=(CNuTriagEqu&& other) noexcept;
+  ~CNuTriagEqu() override;
+
+  // Replaces the roots. They stay as they are when a coefficient is not finite: CNuOperationException cause 46,
+  // "calculation"; or no memory: CNuMemoryException.
+  void Solve(const CNuTriagPolynomial& p);
+  void Solve(const CNuTriag& t);
+
+  int GetNumberRoots() const { return m_roots.GetSize(); }
+  // Ascending, each as often as its multiplicity.
+  CNuDoubleArray GetRoots() const { return m_roots; }
+  // Neighbours not farther apart than tol, in radians, count as one root, at the mean of all that hang together so; the
+  // first and the last are neighbours across 0. With tol = 0 only multiple roots are merged. Ascending in [0, 2 pi).
+  CNuDoubleArray GetDistinctRoots(double tol) const;
+
+ private:
+  void Store(const double* cosines, const double* sines, int degree);
+
+  CNuDoubleArray m_roots;
+};
+
+#endif
