@@ -24,13 +24,15 @@ TrigIsolation::TrigIsolation(const TrigSeries& f, double coefficientRoundings)
       m_touchRoundings(coefficientRoundings * std::numeric_limits<double>::epsilon()),
       m_mostPoints(kMostCellsPerHarmonic * static_cast<std::size_t>(f.Degree())) {
   f.Bounds(kHighestOrder + 4, m_bound);
+  for (int j = 0; j <= kHighestOrder; ++j) m_noise[j] = (m_touchRoundings + f.EvaluationError(j)) * m_bound[j];
   const int cells = kCellsPerHarmonic * f.Degree();
   std::vector<TrigPoint> grid(static_cast<std::size_t>(cells) + 1);
   for (int i = 0; i < cells; ++i) {
     grid[i].u = Nu_2PI * i / cells;
     f.Sample(grid[i].u, grid[i].d);
   }
-  // Where |f| is large no root and no extremum that touches is near: the turn may start there.
+  // Where |f| is large no root and no extremum that touches is near: the turn may start there. A turn added to an angle
+  // rounds it, which moves an end of a cell by less than roots are told apart.
   const auto start = std::max_element(grid.begin(), grid.end() - 1, [](const TrigPoint& p, const TrigPoint& q) {
     return std::fabs(p.d[0]) < std::fabs(q.d[0]);
   });

@@ -30,13 +30,14 @@ class TrigIsolation {
   const std::vector<TrigPoint>& Points() const { return m_points; }
   int HighestOrder() const { return m_highestOrder; }
 
-  // What a derivative of order j may be without rounding: the sum of (k/n)^j |harmonic k|.
+  // No derivative of order j is larger.
   double Bound(int j) const { return m_bound[j]; }
+  // A computed derivative of order j is off by no more.
   double EvaluationError(int j) const { return m_f.EvaluationError(j) * m_bound[j]; }
-  // A value of f that is not above it is zero within the uncertainty of the coefficients, ...
+  // A value of f that is not above this is zero within the uncertainty of the coefficients, ...
   double TouchTolerance() const { return m_touchRoundings * m_bound[0]; }
-  // ... and a computed derivative of order j that is not above this is so with the error of its evaluation.
-  double Noise(int j) const { return (m_touchRoundings + m_f.EvaluationError(j)) * m_bound[j]; }
+  // ... and a computed derivative of order j that is not above this within that and the error of its evaluation.
+  double Noise(int j) const { return m_noise[j]; }
 
  private:
   // Roots of higher multiplicity than a polynomial of degree 16 can have are counted with that one.
@@ -52,6 +53,7 @@ class TrigIsolation {
   const TrigSeries& m_f;
   double m_touchRoundings;
   double m_bound[kHighestOrder + 4];
+  double m_noise[kHighestOrder + 1];
   std::size_t m_mostPoints;
   int m_highestOrder = 0;
   std::vector<TrigPoint> m_points;

@@ -13,22 +13,17 @@ constexpr double kRoundingsPerHarmonic = 2.0;
 constexpr double kRoundingsOfTerm = 4.0;
 
 // cos ku and sin ku, k = 1, 2, ...
-class Turning {
- public:
-  explicit Turning(double u) : m_cos(std::cos(u)), m_sin(std::sin(u)), c(m_cos), s(m_sin) {}
+struct Turning {
+  explicit Turning(double u) : c(std::cos(u)), s(std::sin(u)), stepCos(c), stepSin(s) {}
+
   void Next() {
-    const double turned = c * m_cos - s * m_sin;
-    s = s * m_cos + c * m_sin;
+    const double turned = c * stepCos - s * stepSin;
+    s = s * stepCos + c * stepSin;
     c = turned;
   }
 
- private:
-  double m_cos;
-  double m_sin;
-
- public:
-  double c;
-  double s;
+  double c, s;
+  double stepCos, stepSin;
 };
 
 }  // namespace
