@@ -151,4 +151,78 @@ TEST(CircumscribedCircle, OfAnySizeAndOrder) {
   }
 }
 
+// The largest empty circle among the circles through three points and, centred on the hull, through two.
+double LargestEmptyRadius(const CNuPointArray& points) {
+  CNuIntArray hull(0);
+  points.ConvexHull(&hull);
+  const int corners = hull.GetSize();
+  double best = 0.0;
+  const auto judge = [&](const CNuPoint& centre) {
+    for (int k = 0; k < corners; ++k) {
+      const CNuPoint& a = points[hull[k]];
+      const CNuPoint& b = points[hull[(k + 1) % corners]];
+      const double side = (b.x() - a.x()) * (centre.y() - a.y()) - (b.y() - a.y()) * (centre.x() - a.x());
+      if (!(side >= -1e-13 * a.DistanceTo(b))) return;
+    }
+    best = std::max(best, DistancesFrom(centre, points).nearest);
+  };
+  for (int i = 0; i < points.GetSize(); ++i) {
+    for (int j = 0; j < i; ++j) {
+      for (int k = 0; k < j; ++k) judge(EquidistantFrom(points[i], points[j], points[k]));
+      const CNuPoint middle = points[i].MidPoint(points[j]);
+      const double nx = points[i].y() - points[j].y(), ny = points[j].x() - points[i].x();
+      for (int k = 0; k < corners; ++k) {
+        const CNuPoint& a = points[hull[k]];
+        const double dx = points[hull[(k + 1) % corners]].x() - a.x(), dy = points[hull[(k + 1) % corners]].y() - a.y();
+        const double t = ((a.x() - middle.x()) * dy - (a.y() - middle.y()) * dx) / (nx * dy - ny * dx);
+        judge({middle.x() + t * nx, middle.y() + t * ny});
+      }
+    }
+  }
+  return best;
+}
+
+TEST(InscribedCircle, AgreesWithAllSupportSets) {
+  Random random(502);
+  for (int run = 0; run < 2000; ++run) {
+    const CNuPointArray points = SmallSet(random, run);
+    CNuCircle circle(7.0);
+    if (circle.FitMaxEx(points, 1e-12) != NuFitSuccess) continue;  // on one line
+    const double best = LargestEmptyRadius(points);
+    ASSERT_NEAR(circle.GetRadius(), best, 1e-12 * best) << run;
+    ASSERT_NEAR(DistancesFrom(circle.GetCentre(), points).nearest, circle.GetRadius(), 1e-14 * best) << run;
+  }
+}
+
+TEST(InscribedCircle, FailsInOrderAndLeavesTheCircle) {
+  CNuCircle circle(7.0, CNuPoint(1, 2, 3));
+  const auto failure = [&](const CNuPointArray& points) { return FailureOf([&] { circle.FitMax(points, 1e-9); }); };
+  EXPECT_EQ(failure(PointsOf({{0, 0}, {kNaN, 0}})), "bestfit 1 |CNuCircle [3,0]");
+  EXPECT_EQ(failure(PointsOf({{0, 0}, {1, 1}, {3, 3}, {2, 2, 1e-10}})), "bestfit 3 |CNuCircle [3,0]");
+  EXPECT_EQ(failure(PointsOf({{0, 0}, {1, 0}, {0, 1}, {0, 0, 1}})), "bestfit 5 |CNuCircle [3,0]");
+  EXPECT_EQ(failure(PointsOf({{0, 0}, {1, 0}, {0, 1}, {0, kInf}})), "bestfit 11 |CNuCircle [0,0]");
+  EXPECT_EQ(circle.FitMaxEx(CNuPointArray(1), 1e-9), NuFitFailure);
+  EXPECT_EQ(circle.GetRadius(), 7.0);
+  EXPECT_EQ(NuGetLengthTol(), 1e-12);
+}
+
+// A lattice of equal holes: the same one is taken whatever the order of the points, at any size.
+TEST(InscribedCircle, DoesNotDependOnTheOrderOfThePoints) {
+  Random random(503);
+  for (const double size : {1.0, 1e-200, 1e200, 1e307}) {
+    CNuPointArray points(400);
+    for (int i = 0; i < 400; ++i) points.Add({size * (i % 20 / 10.0 - 1.0), size * (i / 20 / 10.0 - 1.0), 0.0});
+    CNuCircle first(1.0);
+    first.FitMax(points, 0.0);
+    EXPECT_NEAR(first.GetRadius() / size, std::sqrt(0.5) / 10.0, 1e-15);
+    for (int run = 0; run < 5; ++run) {
+      points = nu::test::Shuffled(random, points);
+      CNuCircle circle(1.0);
+      circle.FitMax(points, 0.0);
+      EXPECT_NEAR(circle.GetCentre().x() / size, first.GetCentre().x() / size, 1e-15);
+      EXPECT_NEAR(circle.GetCentre().y() / size, first.GetCentre().y() / size, 1e-15);
+    }
+  }
+}
+
 }  // namespace

@@ -29,6 +29,12 @@ Fitted Circumscribed(const CNuPointArray& points, double tol, long) {
   return f;
 }
 
+Fitted Inscribed(const CNuPointArray& points, double tol, long) {
+  Fitted f;
+  f.circle.FitMax(points, tol);
+  return f;
+}
+
 CNuPointArray PointsOf(const Json& set) {
   CNuPointArray points(static_cast<int>(set["points"].Size()));
   for (std::size_t i = 0; i < set["points"].Size(); ++i) {
@@ -108,7 +114,8 @@ TEST_P(CircleReference, RefusesWhatCannotBeFitted) {
   EXPECT_EQ(sets, GetParam().refusals);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, CircleReference, testing::Values(Criterion{"mc", Circumscribed, 11, 1}),
+INSTANTIATE_TEST_SUITE_P(All, CircleReference,
+                         testing::Values(Criterion{"mc", Circumscribed, 11, 1}, Criterion{"mi", Inscribed, 8, 3}),
                          [](const auto& set) { return std::string(set.param.name); });
 
 }  // namespace

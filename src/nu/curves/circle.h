@@ -49,6 +49,15 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   void FitMin(const CNuPointArray& pts, double tol);
   ENuFitResult FitMinEx(const CNuPointArray& pts, double tol);
 
+  // Maximum inscribed circle: the largest one in the least-squares plane of the points that has its centre in their
+  // convex hull and none of them in its interior (M. I. Shamos, D. Hoey, FOCS 1975). Global, to rounding; of circles of
+  // the same radius the one whose centre has the least coordinate along the x axis of the result, then along its y
+  // axis, whatever the order of the points. CNuBestfitException, named "CNuCircle", for which the circle stays as it
+  // was: cause 1 (size 3) below three points; cause 3 (size 3) for points on one line within `tol`; then as FitMin.
+  // FitMaxEx does not throw; it makes `tol` the thread's NuGetLengthTol() for as long as it runs.
+  void FitMax(const CNuPointArray& pts, double tol);
+  ENuFitResult FitMaxEx(const CNuPointArray& pts, double tol);
+
  private:
   void Place(double radius, const CNuPoint& centre, const CNuVector& xaxis, const CNuVector& normal);
 

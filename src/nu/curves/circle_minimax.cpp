@@ -1,6 +1,7 @@
 #include <cmath>
 
 #include "nu/curves/circle.h"
+#include "nu/geometry/internal/empty_circle2.h"
 #include "nu/geometry/internal/enclosing_ball.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/flatness.h"
@@ -10,6 +11,7 @@
 // there are those of nu/geometry/internal. Points that share one z need no projection: their plane is z = const.
 
 using nu::internal::Components;
+using nu::internal::EmptyCircle;
 using nu::internal::EnclosingBall;
 using nu::internal::FailFit;
 using nu::internal::LengthToleranceScope;
@@ -124,4 +126,22 @@ void CNuCircle::FitMin(const CNuPointArray& pts, double tol) {
 ENuFitResult CNuCircle::FitMinEx(const CNuPointArray& pts, double tol) {
   const LengthToleranceScope scope(tol);
   return nu::internal::ResultOf([&] { FitMin(pts, tol); });
+}
+
+void CNuCircle::FitMax(const CNuPointArray& pts, double tol) {
+  nu::internal::TranslateForeign(kName, [&] {
+    RequireCount(pts, kLeastPoints, kName);
+    CNuVector normal;
+    if (AreCollinear(pts, &normal, tol) == 1) FailFit(nu::internal::kCollinearPoints, kName, kLeastPoints);
+    const PlaneFrame frame = RequirePlane(pts, tol);
+    PointBlocks blocks(ViewOf(pts), frame.origin);
+    const EmptyCircle found = nu::internal::LargestEmptyCircle(blocks, {Components(frame.x), Components(frame.y)});
+    if (!found.found || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
+    Place(found.radius, frame.PointAt(found.centre.x, found.centre.y), frame.x, frame.normal);
+  });
+}
+
+ENuFitResult CNuCircle::FitMaxEx(const CNuPointArray& pts, double tol) {
+  const LengthToleranceScope scope(tol);
+  return nu::internal::ResultOf([&] { FitMax(pts, tol); });
 }

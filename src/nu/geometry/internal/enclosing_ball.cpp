@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "nu/geometry/internal/lanes.h"
+#include "nu/geometry/internal/vec2.h"
 
 // Pivoting on support sets (B. Gaertner, Fast and robust smallest enclosing balls, ESA 1999). Up to D + 1 points
 // determine the ball. A point outside enters; the smallest ball around it and the old ones is found among the
@@ -12,7 +13,9 @@
 // every change, so no support set returns.
 //
 // The points pass in blocks. Of each block the farthest point enters until none is outside, so the first walk leaves a
-// ball that is nearly or wholly the last one, and one or two more confirm it.
+// ball that is nearly or wholly the last one, and one or two more confirm it. From the second walk on the products that
+// may cancel are computed as if in twice the precision: the weights of contacts that lie close together, or on one
+// diameter, then are as good as the points.
 
 namespace nu::internal {
 namespace {
@@ -26,7 +29,11 @@ constexpr double kSafeLarge = 1e70;
 // The radius grows at every change, which bounds the walks by far less; measured: up to 5.
 constexpr int kMostWalks = 1000;
 
-// Of two support sets whose radii agree within their rounding the smaller set is taken.
+// Changes that move the centre but, within rounding, not the radius. Then the radius alone encloses what is outside.
+constexpr int kMostStanding = 100;
+
+// Of support sets whose radii agree within their rounding the one with the largest least multiplier is taken: of points
+// on one circle, those that hold its centre between them.
 constexpr double kSameRadius = 4.0 * kEpsilon;
 
 template<int D>
@@ -88,6 +95,24 @@ NU_KERNEL void Farthest(const PointBlock& b, const Gauge<3>& g, Reach& reach) {
   FarthestBody(b, g, reach);
 }
 
+Vec3 CrossOf(Vec3 a, Vec3 b, bool accurate) {
+  if (!accurate) return Cross(a, b);
+  return {DifferenceOfProducts(a.y, b.z, a.z, b.y), DifferenceOfProducts(a.z, b.x, a.x, b.z),
+          DifferenceOfProducts(a.x, b.y, a.y, b.x)};
+}
+
+// T. Ogita, S. M. Rump, S. Oishi, Accurate sum and dot product, SIAM J. Sci. Comput. 26 (2005).
+double DotOf(Vec3 a, Vec3 b, bool accurate) {
+  if (!accurate) return Dot(a, b);
+  CompensatedSum sum;
+  const double products[] = {a.x * b.x, a.y * b.y, a.z * b.z};
+  for (const double product : products) sum.Add(product);
+  sum.Add(std::fma(a.x, b.x, -products[0]));
+  sum.Add(std::fma(a.y, b.y, -products[1]));
+  sum.Add(std::fma(a.z, b.z, -products[2]));
+  return sum.Value();
+}
+
 // A ball through all points of a small set, with the centre in their affine hull.
 struct Circumscribed {
   Vec3 centre;
@@ -98,26 +123,26 @@ Circumscribed ThroughTwo(Vec3 o, Vec3 a) {
   return {o + 0.5 * (a - o), {0.5, 0.5}};
 }
 
-Circumscribed ThroughThree(Vec3 o, Vec3 p, Vec3 q) {
+Circumscribed ThroughThree(Vec3 o, Vec3 p, Vec3 q, bool accurate) {
   const Vec3 a = p - o;
   const Vec3 b = q - o;
-  const Vec3 normal = Cross(a, b);
+  const Vec3 normal = CrossOf(a, b, accurate);
   const double twice = 2.0 * Dot(normal, normal);
-  const double shareA = Dot(b, b) * Dot(a, a - b) / twice;
-  const double shareB = Dot(a, a) * Dot(b, b - a) / twice;
+  const double shareA = Dot(b, b) * DotOf(a, a - b, accurate) / twice;
+  const double shareB = Dot(a, a) * DotOf(b, b - a, accurate) / twice;
   return {o + (shareA * a + shareB * b), {1.0 - shareA - shareB, shareA, shareB}};
 }
 
-Circumscribed ThroughFour(Vec3 o, Vec3 p, Vec3 q, Vec3 r) {
+Circumscribed ThroughFour(Vec3 o, Vec3 p, Vec3 q, Vec3 r, bool accurate) {
   const Vec3 edge[3] = {p - o, q - o, r - o};
   Vec3 area[3];
-  for (int k = 0; k < 3; ++k) area[k] = Cross(edge[(k + 1) % 3], edge[(k + 2) % 3]);
-  const double volume = Dot(edge[0], area[0]);
+  for (int k = 0; k < 3; ++k) area[k] = CrossOf(edge[(k + 1) % 3], edge[(k + 2) % 3], accurate);
+  const double volume = DotOf(edge[0], area[0], accurate);
   Vec3 way;
   for (int k = 0; k < 3; ++k) way = way + (0.5 * Dot(edge[k], edge[k]) / volume) * area[k];
   Circumscribed found{o + way, {1.0}};
   for (int k = 0; k < 3; ++k) {
-    found.multiplier[k + 1] = Dot(way, area[k]) / volume;
+    found.multiplier[k + 1] = DotOf(way, area[k], accurate) / volume;
     found.multiplier[0] -= found.multiplier[k + 1];
   }
   return found;
@@ -132,9 +157,12 @@ class Pivoting {
   bool Run() {
     m_ball = {};
     m_square = -1.0;
+    m_standing = 0;
     m_finite = true;
+    m_accurate = false;
     m_changed = true;
     for (int walk = 0; walk < kMostWalks && m_changed && m_finite; ++walk) {
+      if (walk == 1) Refine();
       m_changed = false;
       m_points.ForEach([this](const PointBlock& block) { Enclose(block); });
     }
@@ -180,6 +208,7 @@ class Pivoting {
   }
 
   void Begin(const Vec3& first) {
+    m_ball = {};
     m_ball.contacts = 1;
     m_ball.contact[0] = first;
     m_ball.multiplier[0] = 1.0;
@@ -187,7 +216,18 @@ class Pivoting {
     m_square = 0.0;
   }
 
-  // The smallest ball around the contacts and a point outside. False when the radius does not grow: that is rounding.
+  void Refine() {
+    m_accurate = true;
+    m_standing = 0;
+    const EnclosingBall rough = m_ball;
+    Begin(rough.contact[0]);
+    for (int k = 1; k < rough.contacts; ++k) {
+      if (SquareOf(m_ball.centre, rough.contact[k]) > m_square) Add(rough.contact[k]);
+    }
+  }
+
+  // The smallest ball around the contacts and a point outside. False, and no change, when rounding has kept the radius
+  // from growing too often.
   bool Add(const Vec3& point) {
     const EnclosingBall old = m_ball;
     double best = std::numeric_limits<double>::infinity();
@@ -197,14 +237,18 @@ class Pivoting {
         if (std::popcount(subset) == size) Try(old, subset, point, best);
       }
     }
-    const bool grows = best > m_square && std::isfinite(best);
-    if (!grows) {
+    const bool grows = best > m_square;
+    if (!std::isfinite(best) || (!grows && ++m_standing > kMostStanding)) {
       m_ball = old;
       return false;
     }
     m_gauge.centre = m_ball.centre;
     m_square = best;
     return true;
+  }
+
+  static double LeastMultiplier(const EnclosingBall& ball) {
+    return *std::min_element(ball.multiplier, ball.multiplier + ball.contacts);
   }
 
   void Try(const EnclosingBall& old, unsigned subset, const Vec3& point, double& best) {
@@ -215,14 +259,16 @@ class Pivoting {
     }
     const Vec3(&p)[EnclosingBall::kMostContacts] = ball.contact;
     const Circumscribed around = ball.contacts == 2   ? ThroughTwo(p[0], p[1])
-                                 : ball.contacts == 3 ? ThroughThree(p[0], p[1], p[2])
-                                                      : ThroughFour(p[0], p[1], p[2], p[3]);
+                                 : ball.contacts == 3 ? ThroughThree(p[0], p[1], p[2], m_accurate)
+                                                      : ThroughFour(p[0], p[1], p[2], p[3], m_accurate);
     double farthest = SquareOf(around.centre, point);
     for (int k = 0; k < old.contacts; ++k) farthest = std::max(farthest, SquareOf(around.centre, old.contact[k]));
-    if (!(farthest < best * (1.0 - kSameRadius))) return;
+    std::copy_n(around.multiplier, EnclosingBall::kMostContacts, ball.multiplier);
+    const bool smaller = farthest < best * (1.0 - kSameRadius);
+    const bool same = farthest <= best * (1.0 + kSameRadius);
+    if (!smaller && !(same && LeastMultiplier(ball) > LeastMultiplier(m_ball))) return;
     best = farthest;
     ball.centre = around.centre;
-    std::copy_n(around.multiplier, EnclosingBall::kMostContacts, ball.multiplier);
     m_ball = ball;
   }
 
@@ -231,6 +277,8 @@ class Pivoting {
   EnclosingBall m_ball;
   double m_square = -1.0;
   bool m_finite = true;
+  bool m_accurate = false;
+  int m_standing = 0;
   bool m_changed = false;
 };
 

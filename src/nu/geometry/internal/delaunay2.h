@@ -1,0 +1,72 @@
+#ifndef NU_GEOMETRY_INTERNAL_DELAUNAY2_H
+#define NU_GEOMETRY_INTERNAL_DELAUNAY2_H
+
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "nu/geometry/internal/vec2.h"
+
+namespace nu::internal {
+
+// The Delaunay triangulation of the points of a grid, exact: no point is inside the circle through the corners of a
+// triangle. Where more than three points share such an empty circle, one of their triangulations. Points on one line
+// have edges between neighbours and no triangle. n log n.
+//
+// Edges come in pairs of opposite half-edges 2k and 2k + 1, each with its origin and its neighbours around the origin.
+class Delaunay2 {
+ public:
+  using Edge = std::uint32_t;
+  using Site = std::uint32_t;
+  static constexpr Site kNoSite = std::numeric_limits<Site>::max();
+
+  // At least two points, in the order of the grid, which must outlive the triangulation. Throws std::bad_alloc also for
+  // more points than can be numbered.
+  explicit Delaunay2(const std::vector<Vec2>& points);
+
+  // One more than the largest half-edge; some numbers below may not be in use.
+  Edge Edges() const { return static_cast<Edge>(m_edges.size()); }
+  bool InUse(Edge e) const { return m_edges[e].origin != kNoSite; }
+  static Edge Opposite(Edge e) { return e ^ 1u; }
+  Site Origin(Edge e) const { return m_edges[e].origin; }
+  Site Destination(Edge e) const { return m_edges[e ^ 1u].origin; }
+  const Vec2& At(Site site) const { return m_points[site]; }
+  // The third corner of the triangle to the left of an edge, kNoSite outside the hull.
+  Site Apex(Edge e) const;
+
+ private:
+  struct HalfEdge {
+    Site origin;
+    Edge next;  // around the origin, counter-clockwise
+    Edge previous;
+  };
+  // The counter-clockwise hull edge from the first point and the clockwise one from the last.
+  struct Ends {
+    Edge left;
+    Edge right;
+  };
+
+  Edge MakeEdge(Site from, Site to);
+  void Splice(Edge a, Edge b);
+  Edge Connect(Edge a, Edge b);
+  void Delete(Edge e);
+  Edge LeftNext(Edge e) const { return m_edges[e ^ 1u].previous; }
+  Edge RightPrevious(Edge e) const { return m_edges[e ^ 1u].next; }
+  int Side(Site site, Edge e) const;
+  bool InCircle(Site a, Site b, Site c, Site d) const;
+
+  Ends Triangulate(Site begin, Site end);
+  Ends ThreePoints(Site first);
+  Ends Merge(Ends left, Ends right);
+  Edge LowerTangent(Ends& left, Ends& right);
+  Edge LeftCandidate(Edge base);
+  Edge RightCandidate(Edge base);
+
+  const std::vector<Vec2>& m_points;
+  std::vector<HalfEdge> m_edges;
+  std::vector<Edge> m_free;
+};
+
+}  // namespace nu::internal
+
+#endif
