@@ -32,6 +32,7 @@
 #include "nu/linalg/linear_equ_sys.h"
 #include "nu/linalg/matrix.h"
 #include "nu/linalg/vector.h"
+#include "nu/numerics/alg_equ.h"
 #include "nu/numerics/chebyshev.h"
 #include "nu/numerics/polynomial.h"
 #include "nu/numerics/triag.h"

@@ -1,0 +1,210 @@
+#include "nu/numerics/internal/closed_form_roots.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "nu/numerics/internal/error_free.h"
+#include "nu/numerics/internal/power_scale.h"
+
+namespace nu::internal {
+namespace {
+
+// a quadratic x^2 + linear x + constant
+struct Factor {
+  double linear;
+  double constant;
+};
+
+// p^2 - a c, of which even the sign is right where the two products are close.
+double ExactDifference(double p, double a, double c) {
+  const Rounded square = TwoProduct(p, p);
+  const Rounded product = TwoProduct(a, c);
+  return (square.value - product.value) + (square.error - product.error);
+}
+
+// The root of t^3 + 3 p t + 2 q that is furthest from the middle of the three, or the only real one.
+double OuterRoot(double p, double q) {
+  const double discriminant = q * q + p * p * p;
+  if (discriminant < 0.0) {
+    const double radius = std::sqrt(-p);
+    const double cosine = std::min(std::fabs(q) / (radius * -p), 1.0);
+    return -std::copysign(2.0 * radius * std::cos(std::acos(cosine) * (1.0 / 3.0)), q);
+  }
+  const double u = std::cbrt(std::fabs(q) + std::sqrt(discriminant));
+  if (u == 0.0) return 0.0;
+  const double v = p / u;
+  // With p > 0 the sum of the two cube roots would cancel.
+  return p > 0.0 ? -2.0 * q / (u * u + v * v + p) : -std::copysign(u - v, q);
+}
+
+// Newton's method on the cubic itself: depressing it cost the digits of a root that is small beside the others.
+double ImproveCubicRoot(const double* c, double x) {
+  constexpr int kMaxSteps = 10;
+  for (int k = 0; k < kMaxSteps; ++k) {
+    const double high = c[3] * x + c[2];
+    const double middle = high * x + c[1];
+    const double value = middle * x + c[0];
+    const double slope = (c[3] * x + high) * x + middle;
+    const double size = ((std::fabs(c[3] * x) + std::fabs(high)) * std::fabs(x) + std::fabs(middle)) * std::fabs(x);
+    const double next = x - value / slope;
+    if (!std::isfinite(next)) return x;
+    if (std::fabs(value) <= kRounding * (size + std::fabs(c[0]))) return next;
+    x = next;
+  }
+  return x;
+}
+
+double LargestResolventRoot(double p, double q, double r) {
+  // z^3 + 2 p z^2 + (p^2 - 4 r) z - q^2, with z = t - 2 p / 3.
+  const double shift = p * (2.0 / 3.0);
+  const double linear = p * p - 4.0 * r;
+  const double cubicP = linear * (1.0 / 3.0) - shift * shift;
+  const double cubicQ = shift * shift * shift - 0.5 * (shift * linear + q * q);
+  const double discriminant = cubicQ * cubicQ + cubicP * cubicP * cubicP;
+  if (!(discriminant < 0.0)) {
+    const double outer = OuterRoot(cubicP, cubicQ);
+    // The resolvent has a root that is not negative; beside a negative outer one it is the double root.
+    return outer >= shift ? outer - shift : -0.5 * outer - shift;
+  }
+  const double radius = std::sqrt(-cubicP);
+  const double cosine = std::clamp(-cubicQ / (radius * -cubicP), -1.0, 1.0);
+  return 2.0 * radius * std::cos(std::acos(cosine) * (1.0 / 3.0)) - shift;
+}
+
+// Factors of y^4 + p y^2 + q y + r.
+std::pair<Factor, Factor> FactorsOfDepressed(double p, double q, double r, double lengthTol) {
+  const double z = LargestResolventRoot(p, q, r);
+  const double u = std::sqrt(std::max(z, 0.0));
+  if (!(u > lengthTol)) {
+    const double half = 0.5 * p;
+    const double larger = half + std::copysign(std::sqrt(std::max(half * half - r, 0.0)), half);
+    return {{0.0, larger}, {0.0, larger == 0.0 ? 0.0 : r / larger}};
+  }
+  double v = 0.5 * (p + z - q / u);
+  double w = 0.5 * (p + z + q / u);
+  if (std::fabs(v) > std::fabs(w)) {
+    w = r / v;
+  } else if (w != 0.0) {
+    v = r / w;
+  }
+  return {{u, v}, {-u, w}};
+}
+
+// Newton's method on the four coefficients of (x^2 + a x + b) (x^2 + c x + d) = x^4 + m_3 x^3 + ... + m_0, while the
+// error gets smaller. The corrections of c and d follow from those of a and b.
+void ImproveFactors(const double* m, Factor* first, Factor* second) {
+  constexpr int kMaxSteps = 8;
+  double bestError = HUGE_VAL;
+  Factor f = *first;
+  Factor g = *second;
+  for (int k = 0; k < kMaxSteps; ++k) {
+    const double a = f.linear;
+    const double b = f.constant;
+    const double c = g.linear;
+    const double d = g.constant;
+    const double e3 = m[3] - (a + c);
+    const double e2 = m[2] - (b + d + a * c);
+    const double e1 = m[1] - (a * d + b * c);
+    const double e0 = m[0] - b * d;
+    const double size1 = std::fabs(a * d) + std::fabs(b * c);
+    const double size2 = std::fabs(b) + std::fabs(d) + std::fabs(a * c);
+    const auto part = [](double e, double size) { return e == 0.0 ? 0.0 : std::fabs(e) / size; };
+    const double error = part(e3, std::fabs(a) + std::fabs(c)) + part(e2, size2) + part(e1, size1) +
+                         part(e0, std::fabs(m[0]));
+    if (!(error < bestError)) return;
+    bestError = error;
+    *first = f;
+    *second = g;
+    if (error <= kRounding) return;
+
+    const double k2 = e2 - a * e3;
+    const double m11 = d - b + a * (a - c);
+    const double m12 = c - a;
+    const double m21 = b * (a - c);
+    const double m22 = d - b;
+    const double r1 = e1 - a * k2 - b * e3;
+    const double r2 = e0 - b * k2;
+    const double det = m11 * m22 - m12 * m21;
+    const double da = (r1 * m22 - r2 * m12) / det;
+    const double db = (m11 * r2 - m21 * r1) / det;
+    f = {a + da, b + db};
+    g = {c + (e3 - da), d + (k2 - db + (a - c) * da)};
+  }
+}
+
+}  // namespace
+
+int SolveLinear(const double* c, FoundRoot* roots) {
+  roots[0] = {-c[0] / c[1], 0.0, false};
+  return 1;
+}
+
+int SolveQuadratic(const double* c, FoundRoot* roots) {
+  // In the unit of x in which the outer coefficients are of the same size.
+  const int k = (ExponentOf(c[0]) - ExponentOf(c[2])) / 2;
+  const int e = std::max({ExponentOf(c[0]), c[1] == 0.0 ? -2000 : ExponentOf(c[1]) + k, ExponentOf(c[2]) + 2 * k});
+  const double a = TimesPower(c[2], 2 * k - e);
+  const double half = -0.5 * TimesPower(c[1], k - e);
+  const double constant = TimesPower(c[0], -e);
+  const double discriminant = ExactDifference(half, a, constant);
+  // The share of a rounding by which the three terms at half / a would have to change: 4 c_0 c_2 = c_1^2 up to it.
+  constexpr double kHalfRounding = 0.5 * kRounding;
+  if (-discriminant > 4.0 * kHalfRounding * half * half) {
+    roots[0] = {TimesPower(half / a, k), TimesPower(std::sqrt(-discriminant) / std::fabs(a), k), true};
+    return 1;
+  }
+  if (discriminant <= 0.0) {
+    roots[0] = roots[1] = {TimesPower(half / a, k), 0.0, false};
+    return 2;
+  }
+  const double larger = half + std::copysign(std::sqrt(discriminant), half);
+  roots[0] = {TimesPower(larger / a, k), 0.0, false};
+  roots[1] = {TimesPower(constant / larger, k), 0.0, false};
+  return 2;
+}
+
+int SolveCubic(const double* c, FoundRoot* roots) {
+  const double b = c[2] / (3.0 * c[3]);
+  const double linear = c[1] / c[3];
+  const double p = linear * (1.0 / 3.0) - b * b;
+  const double q = b * b * b - 0.5 * (b * linear - c[0] / c[3]);
+  const double x = ImproveCubicRoot(c, OuterRoot(p, q) - b);
+  roots[0] = {x, 0.0, false};
+  // Divided from both ends, which meet at the largest term.
+  double quotient[3] = {0.0, c[2] + x * c[3], c[3]};
+  quotient[0] = c[1] + x * quotient[1];
+  const double first = std::fabs(c[1] * x);
+  const double upper = std::max(std::fabs(c[2] * x * x), std::fabs(c[3] * x * x * x));
+  if (std::max(first, upper) > std::fabs(c[0])) {
+    quotient[0] = -c[0] / x;
+    if (upper > first) quotient[1] = (quotient[0] - c[1]) / x;
+  }
+  return 1 + SolveQuadratic(quotient, roots + 1);
+}
+
+int SolveQuartic(const double* c, double lengthTol, FoundRoot* roots) {
+  const double m[4] = {c[0] / c[4], c[1] / c[4], c[2] / c[4], c[3] / c[4]};
+  const double s = 0.25 * m[3];
+  const double p = m[2] - 6.0 * s * s;
+  const double q = m[1] - 2.0 * m[2] * s + 8.0 * s * s * s;
+  const double r = ((-3.0 * s * s + m[2]) * s - m[1]) * s + m[0];
+  auto [f, g] = FactorsOfDepressed(p, q, r, lengthTol);
+  // Back from y = x + s.
+  f = {f.linear + 2.0 * s, f.constant + s * (f.linear + s)};
+  g = {g.linear + 2.0 * s, g.constant + s * (g.linear + s)};
+  ImproveFactors(m, &f, &g);
+  int count = 0;
+  for (const Factor& factor : {f, g}) {
+    const double coefficients[3] = {factor.constant, factor.linear, 1.0};
+    if (factor.constant == 0.0) {
+      roots[count++] = {};
+      roots[count++] = {-factor.linear, 0.0, false};
+    } else {
+      count += SolveQuadratic(coefficients, roots + count);
+    }
+  }
+  return count;
+}
+
+}  // namespace nu::internal

@@ -1,0 +1,217 @@
+#include "nu/numerics/internal/polynomial_roots.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+#include "nu/linalg/internal/workspace.h"
+#include "nu/numerics/internal/closed_form_roots.h"
+#include "nu/numerics/internal/laguerre.h"
+#include "nu/numerics/internal/power_scale.h"
+#include "nu/numerics/internal/root_polish.h"
+#include "nu/numerics/internal/root_refinement.h"
+
+namespace nu::internal {
+namespace {
+
+// Parts of a root below this are set to 0, unless the residual says that they are not rounding.
+constexpr double kChop = 6.5e-6;
+// Imaginary parts above this share of a root are no rounding, whatever the polynomial.
+constexpr double kNearAxis = 0x1p-5;
+// First step of the search: 4e-8 * 0.05, times 10 for every two degrees above 2.
+constexpr double kSearchStep = 2e-9;
+// Coefficients and ratios of coefficients within these powers of two leave room for the cubes of the closed forms.
+constexpr int kModerate = 150;
+
+double SearchStep(int degree) {
+  return degree / 2 > 1 ? kSearchStep * std::pow(10.0, degree / 2 - 1) : kSearchStep;
+}
+
+double LargestPart(const Coefficients& p, int i) {
+  return p.im == nullptr ? std::fabs(p.re[i]) : std::max(std::fabs(p.re[i]), std::fabs(p.im[i]));
+}
+
+// The polynomial in the unit of x where its outer coefficients are of one size, and its largest is about 1; with the
+// order of its coefficients, and the reversed one.
+class LevelPolynomial {
+ public:
+  LevelPolynomial(const Coefficients& p, double* room) : m_size(static_cast<std::size_t>(p.degree) + 1) {
+    const bool real = p.im == nullptr;
+    m_level = {room, real ? nullptr : room + m_size, p.degree};
+    double* back = room + (real ? 1 : 2) * m_size;
+    m_reversed = {back, real ? nullptr : back + m_size, p.degree};
+    const int n = p.degree;
+    m_exponent = (ExponentOf(LargestPart(p, 0)) - ExponentOf(LargestPart(p, n))) / n;
+    // The unit is left alone where nothing can overflow in it.
+    constexpr int kHarmless = 20;
+    if (std::abs(m_exponent) * n < kHarmless) m_exponent = 0;
+    int lowest = ExponentOf(LargestPart(p, 0));
+    m_shift = lowest;
+    for (int i = 1; i <= n; ++i) {
+      const double size = LargestPart(p, i);
+      if (size == 0.0) continue;
+      const int e = ExponentOf(size) + i * m_exponent;
+      m_shift = std::max(m_shift, e);
+      lowest = std::min(lowest, e);
+    }
+    m_moderate = m_shift - lowest < kModerate;
+    for (int i = 0; i <= n; ++i) {
+      const int e = i * m_exponent - m_shift;
+      back[n - i] = room[i] = TimesPower(p.re[i], e);
+      if (!real) back[m_size + n - i] = room[m_size + i] = TimesPower(p.im[i], e);
+    }
+  }
+
+  const Coefficients& Level() const { return m_level; }
+  const Coefficients& Reversed() const { return m_reversed; }
+  bool IsModerate() const { return m_moderate; }
+  // Between the caller's x and p(x) and those of the level polynomial.
+  double In(double x) const { return TimesPower(x, -m_exponent); }
+  double Out(double x) const { return TimesPower(x, m_exponent); }
+  double ValueIn(double p) const { return TimesPower(p, -m_shift); }
+
+ private:
+  std::size_t m_size;
+  Coefficients m_level{};
+  Coefficients m_reversed{};
+  int m_exponent = 0;
+  int m_shift = 0;
+  bool m_moderate = false;
+};
+
+class Finder {
+ public:
+  Finder(const Coefficients& p, const RootRules& rules, FoundRoot* roots)
+      : m_n(p.degree),
+        m_sides(p.im == nullptr ? 1 : 2),
+        m_work(static_cast<std::size_t>(p.degree + 1) * static_cast<std::size_t>(4 * m_sides + 6)),
+        m_p(p, m_work.Take(Count(2 * m_sides))),
+        m_copy(m_work.Take(Count(m_sides))),
+        m_scratch(m_work.Take(Count(m_sides + 4))),
+        m_ratios(m_work.Take(Count(1))),
+        m_rules(rules),
+        m_roots(roots) {}
+
+  int Run(bool closedFormsAndPolish) {
+    if (!(closedFormsAndPolish && SolveInClosedForm())) SolveByDeflation();
+    if (m_sides == 1) {
+      SettleAxis();
+    } else {
+      SettleParts();
+    }
+    if (closedFormsAndPolish) {
+      const PolishRules polish = {m_p.ValueIn(m_rules.zero), m_p.In(m_rules.large), m_p.In(SearchStep(m_n))};
+      m_count = PolishRealRoots(m_p.Level().re, m_n, polish, m_roots, m_count, m_scratch);
+    }
+    return KeepFinite();
+  }
+
+ private:
+  std::size_t Count(int blocks) const { return static_cast<std::size_t>(m_n + 1) * static_cast<std::size_t>(blocks); }
+
+  bool Refine() {
+    return RefineRoots(m_p.Level(), m_p.Reversed(), m_roots, m_count, m_ratios, m_scratch);
+  }
+
+  // False when the closed form is not precise enough, as for roots of very different size.
+  bool SolveInClosedForm() {
+    const double* c = m_p.Level().re;
+    if (m_n == 1) {
+      m_count = SolveLinear(c, m_roots);
+      return true;
+    }
+    if (m_n == 2) {
+      m_count = SolveQuadratic(c, m_roots);
+      return true;
+    }
+    if (m_n > 4 || !m_p.IsModerate()) return false;
+    m_count = m_n == 3 ? SolveCubic(c, m_roots) : SolveQuartic(c, m_rules.lengthTol, m_roots);
+    return Refine();
+  }
+
+  void SolveByDeflation() {
+    const Coefficients& level = m_p.Level();
+    std::copy_n(level.re, Count(m_sides), m_copy);
+    const LaguerreRules rules = {m_rules.tol, m_rules.sqrtTol};
+    m_count = m_sides == 1 ? FindByDeflation(m_copy, m_n, m_scratch, rules, m_roots)
+                           : FindByComplexDeflation(m_copy, m_n, m_scratch, rules, m_roots);
+    Refine();
+  }
+
+  // The residual at a changed root decides whether the change was one of rounding.
+  bool TakeIfRoot(int i, FoundRoot changed, double limit) {
+    double ratio;
+    RelativeResiduals(m_p.Level(), m_p.Reversed(), &changed, 1, &ratio);
+    if (!(ratio <= limit)) return false;
+    m_roots[i] = changed;
+    return true;
+  }
+
+  // A pair whose real part is a root to rounding is a double real root; a real part that is rounding becomes 0.
+  void SettleAxis() {
+    const double limit = 0.25 * ResidualLimit(m_n);
+    const double chop = m_p.In(kChop);
+    for (int i = 0; i < m_count; ++i) {
+      const FoundRoot x = m_roots[i];
+      if (!x.pair || x.im == 0.0) continue;
+      if (x.im <= std::max(kNearAxis * std::fabs(x.re), chop) && m_n > 2 && TakeIfRoot(i, {x.re, 0.0, true}, limit)) {
+        continue;
+      }
+      if (x.re != 0.0 && std::fabs(x.re) < chop) TakeIfRoot(i, {0.0, x.im, true}, limit);
+    }
+  }
+
+  void SettleParts() {
+    const double limit = 0.5 * ResidualLimit(m_n);
+    const double chop = m_p.In(kChop);
+    const double tol = m_p.In(m_rules.tol);
+    for (int i = 0; i < m_count; ++i) {
+      const FoundRoot x = m_roots[i];
+      if (std::fabs(x.im) < chop || std::fabs(x.im) < tol) TakeIfRoot(i, {x.re, 0.0, false}, limit);
+      if (std::fabs(x.re) < chop) TakeIfRoot(i, {0.0, m_roots[i].im, false}, limit);
+    }
+  }
+
+  int KeepFinite() {
+    int kept = 0;
+    for (int i = 0; i < m_count; ++i) {
+      const FoundRoot x = {m_p.Out(m_roots[i].re), m_p.Out(m_roots[i].im), m_roots[i].pair};
+      if (std::isfinite(x.re) && std::isfinite(x.im)) m_roots[kept++] = x;
+    }
+    return kept;
+  }
+
+  static constexpr int kInline = 320;  // degree 30
+
+  int m_n;
+  int m_sides;
+  Workspace<kInline> m_work;
+  LevelPolynomial m_p;
+  double* m_copy;
+  double* m_scratch;
+  double* m_ratios;
+  RootRules m_rules;
+  FoundRoot* m_roots;
+  int m_count = 0;
+};
+
+}  // namespace
+
+int EffectiveDegree(const Coefficients& p, double zero) {
+  int degree = p.degree;
+  for (int i = 0; i <= degree; ++i) {
+    if (!std::isfinite(p.re[i]) || !(p.im == nullptr || std::isfinite(p.im[i]))) return -1;
+  }
+  while (degree > 0 && (LargestPart(p, degree) == 0.0 || LargestPart(p, degree) < zero)) --degree;
+  return degree;
+}
+
+int FindRoots(const Coefficients& p, bool closedFormsAndPolish, const RootRules& rules, FoundRoot* roots) {
+  int zeros = 0;
+  while (LargestPart(p, zeros) == 0.0) roots[zeros++] = {};
+  if (zeros == p.degree) return zeros;
+  const Coefficients rest = {p.re + zeros, p.im == nullptr ? nullptr : p.im + zeros, p.degree - zeros};
+  return zeros + Finder(rest, rules, roots + zeros).Run(closedFormsAndPolish);
+}
+
+}  // namespace nu::internal

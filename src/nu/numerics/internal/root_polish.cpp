@@ -1,0 +1,204 @@
+#include "nu/numerics/internal/root_polish.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "nu/foundation/internal/simd.h"
+#include "nu/numerics/internal/error_free.h"
+#include "nu/numerics/internal/power_scale.h"
+
+namespace nu::internal {
+namespace {
+
+// A quadruple root needs some 50 steps to come from its first digits to its last one.
+constexpr int kMaxNewtonSteps = 80;
+constexpr int kTrials = 20;
+constexpr int kTrialLanes = 3 * kLanes;
+// Powers of x up to this binary exponent stay in range with all their products.
+constexpr int kSafeExponent = 400;
+
+struct Local {
+  double value;
+  double slope;
+};
+
+// Horner's rule with the sum of its rounding errors (S. Graillat, Ph. Langlois and N. Louvet, Compensated Horner
+// scheme, 2005): the value is that of twice the working precision, rounded.
+Local EvaluateCompensated(const double* c, int degree, double x) {
+  const Halves halves(x);
+  double value = c[degree];
+  double error = 0.0;
+  double slope = 0.0;
+  for (int i = degree - 1; i >= 0; --i) {
+    slope = slope * x + value;
+    const Rounded product = TwoProduct(x, halves, value);
+    const Rounded sum = TwoSum(product.value, c[i]);
+    error = error * x + (product.error + sum.error);
+    value = sum.value;
+  }
+  return {value + error, slope};
+}
+
+double HalfCurvature(const double* c, int degree, double x) {
+  double f = 0.0;
+  double d = 0.0;
+  double b = c[degree];
+  for (int i = degree - 1; i >= 0; --i) {
+    f = f * x + d;
+    d = d * x + b;
+    b = b * x + c[i];
+  }
+  return f;
+}
+
+// Values in working precision at x + step, ..., x + 20 step; the last lanes run on.
+NU_KERNEL void EvaluateTrials(const double* c, int degree, double x, double step, double* values) {
+  double at[kTrialLanes], value[kTrialLanes];
+  NU_LANE_LOOP for (int l = 0; l < kTrialLanes; ++l) {
+    at[l] = x + (l + 1) * step;
+    value[l] = c[degree];
+  }
+  for (int i = degree - 1; i >= 0; --i) {
+    NU_LANE_LOOP for (int l = 0; l < kTrialLanes; ++l) value[l] = value[l] * at[l] + c[i];
+  }
+  NU_LANE_LOOP for (int l = 0; l < kTrialLanes; ++l) values[l] = value[l];
+}
+
+double SumOfSizes(const double* c, int degree, double x) {
+  double sum = std::fabs(c[degree]);
+  for (int i = degree - 1; i >= 0; --i) sum = sum * x + std::fabs(c[i]);
+  return sum;
+}
+
+// Of the trial points nearer than `reach`, the last one where |p| is not larger than at all before.
+double Search(const double* c, int degree, double x, double best, double step, double reach) {
+  if (!(std::fabs(step) <= reach)) return x;
+  double plain[kTrialLanes];
+  EvaluateTrials(c, degree, x, step, plain);
+  const double rounding = ResidualLimit(degree) * SumOfSizes(c, degree, std::fabs(x) + kTrials * std::fabs(step));
+  const double from = x;
+  for (int k = 1; k <= kTrials && k * std::fabs(step) <= reach; ++k) {
+    if (std::fabs(plain[k - 1]) - rounding > best) continue;
+    const double trial = from + k * step;
+    const double value = std::fabs(EvaluateCompensated(c, degree, trial).value);
+    if (!(value <= best)) continue;
+    best = value;
+    x = trial;
+  }
+  return x;
+}
+
+double Polish(const double* c, int degree, const PolishRules& rules, double x, double reach) {
+  double previous = rules.large;
+  bool down = false;
+  Local at = EvaluateCompensated(c, degree, x);
+  double best = x;
+  double bestSize = std::fabs(at.value);
+  for (int k = 0; k < kMaxNewtonSteps; ++k) {
+    if (std::fabs(at.value) <= rules.zero) return x;
+    if (!(std::fabs(at.slope) > rules.zero)) break;
+    const double next = x - at.value / at.slope;
+    const double step = std::fabs(x - next);
+    if (!(step < previous) || step == 0.0) break;
+    down = next < x;
+    previous = step;
+    x = next;
+    at = EvaluateCompensated(c, degree, x);
+    if (std::fabs(at.value) > bestSize) continue;
+    best = x;
+    bestSize = std::fabs(at.value);
+  }
+  return Search(c, degree, best, bestSize, down ? -rules.step : rules.step, reach);
+}
+
+double HalfDistanceToNext(const FoundRoot* roots, int count, int self) {
+  double nearest = HUGE_VAL;
+  const FoundRoot& x = roots[self];
+  for (int j = 0; j < count; ++j) {
+    const double distance = std::fabs(x.re - roots[j].re) + std::fabs(roots[j].im);
+    if (j != self && distance > 0.0) nearest = std::min(nearest, distance);
+  }
+  return 0.5 * nearest;
+}
+
+// The roots of the parabola that fits at a double root found to working precision. Both stay together where it has none.
+void SplitDouble(const double* c, int degree, double x, double* lower, double* upper) {
+  const Local at = EvaluateCompensated(c, degree, x);
+  const double curvature = HalfCurvature(c, degree, x);
+  const double middle = -0.5 * at.slope / curvature;
+  const double discriminant = middle * middle - at.value / curvature;
+  const double apart = discriminant > 0.0 ? std::sqrt(discriminant) : 0.0;
+  *lower = x + middle - apart;
+  *upper = x + middle + apart;
+  // The values say when this is not the neighbourhood of a double root but of a cluster of more.
+  for (double* root : {lower, upper}) {
+    if (!(std::fabs(EvaluateCompensated(c, degree, *root).value) <= std::fabs(at.value))) *root = x;
+  }
+}
+
+// The polynomial in the unit of x where powers of x would leave the range.
+class LocalPolynomial {
+ public:
+  LocalPolynomial(const double* c, int degree, double x, double* scratch) : m_c(c) {
+    if (x == 0.0 || std::abs(ExponentOf(x)) * static_cast<long long>(degree) <= kSafeExponent) return;
+    m_exponent = ExponentOf(x);
+    int largest = -5000000;
+    for (int i = 0; i <= degree; ++i) {
+      if (c[i] != 0.0) largest = std::max(largest, ExponentOf(c[i]) + i * m_exponent);
+    }
+    for (int i = 0; i <= degree; ++i) scratch[i] = TimesPower(c[i], i * m_exponent - largest);
+    m_c = scratch;
+    m_shift = largest;
+  }
+  const double* Data() const { return m_c; }
+  double In(double x) const { return TimesPower(x, -m_exponent); }
+  double Out(double x) const { return TimesPower(x, m_exponent); }
+  PolishRules Rules(const PolishRules& r) const {
+    return {TimesPower(r.zero, -m_shift), In(r.large), In(r.step)};
+  }
+
+ private:
+  const double* m_c;
+  int m_exponent = 0;
+  int m_shift = 0;
+};
+
+int SplitDoubles(const double* c, int degree, FoundRoot* roots, int count, double* scratch) {
+  const int given = count;
+  for (int i = 0; i < given; ++i) {
+    if (!roots[i].pair || roots[i].im != 0.0) continue;
+    const LocalPolynomial local(c, degree, roots[i].re, scratch);
+    double lower, upper;
+    SplitDouble(local.Data(), degree, local.In(roots[i].re), &lower, &upper);
+    roots[i] = {local.Out(lower), 0.0, false};
+    roots[count++] = {local.Out(upper), 0.0, false};
+  }
+  return count;
+}
+
+bool IsReal(const FoundRoot& x) {
+  return x.im == 0.0;
+}
+
+}  // namespace
+
+int PolishRealRoots(const double* c, int degree, const PolishRules& rules, FoundRoot* roots, int count,
+                    double* scratch) {
+  count = SplitDoubles(c, degree, roots, count, scratch);
+  double* polished = scratch + degree + 1;
+  for (int i = 0; i < count; ++i) {
+    if (!IsReal(roots[i])) continue;
+    const LocalPolynomial local(c, degree, roots[i].re, scratch);
+    const double reach = local.In(HalfDistanceToNext(roots, count, i));
+    const double x = local.In(roots[i].re);
+    const double found = Polish(local.Data(), degree, local.Rules(rules), x, reach);
+    // Newton's method may leave a simple root's neighbourhood only where the root it came from was no root.
+    polished[i] = local.Out(std::fabs(found - x) <= reach ? found : x);
+  }
+  for (int i = 0; i < count; ++i) {
+    if (IsReal(roots[i])) roots[i].re = polished[i];
+  }
+  return count;
+}
+
+}  // namespace nu::internal

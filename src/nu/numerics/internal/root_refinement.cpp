@@ -1,0 +1,215 @@
+#include "nu/numerics/internal/root_refinement.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "nu/foundation/internal/simd.h"
+
+namespace nu::internal {
+namespace {
+
+constexpr int kMaxSweeps = 60;
+
+// Up to eight points at once, of the unit disc: larger ones come as 1 / x, with the reversed polynomial.
+struct Batch {
+  double xRe[kLanes];
+  double xIm[kLanes];
+  double pRe[kLanes];
+  double pIm[kLanes];
+  double dRe[kLanes];
+  double dIm[kLanes];
+  double size[kLanes];
+};
+
+template<bool kReal>
+NU_ALWAYS_INLINE void EvaluateLanes(const Coefficients& p, Batch* batch) {
+  double xRe[kLanes], xIm[kLanes], modulus[kLanes], pRe[kLanes], pIm[kLanes], dRe[kLanes], dIm[kLanes], size[kLanes];
+  const double leadRe = p.re[p.degree];
+  const double leadIm = kReal ? 0.0 : p.im[p.degree];
+  NU_LANE_LOOP for (int l = 0; l < kLanes; ++l) {
+    xRe[l] = batch->xRe[l];
+    xIm[l] = batch->xIm[l];
+    modulus[l] = std::sqrt(xRe[l] * xRe[l] + xIm[l] * xIm[l]);
+    pRe[l] = leadRe;
+    pIm[l] = leadIm;
+    dRe[l] = dIm[l] = 0.0;
+    size[l] = std::fabs(leadRe) + std::fabs(leadIm);
+  }
+  for (int i = p.degree - 1; i >= 0; --i) {
+    const double re = p.re[i];
+    const double im = kReal ? 0.0 : p.im[i];
+    const double both = std::fabs(re) + std::fabs(im);
+    NU_LANE_LOOP for (int l = 0; l < kLanes; ++l) {
+      const double oldD = dRe[l];
+      const double oldP = pRe[l];
+      dRe[l] = xRe[l] * dRe[l] - xIm[l] * dIm[l] + pRe[l];
+      dIm[l] = xRe[l] * dIm[l] + xIm[l] * oldD + pIm[l];
+      pRe[l] = xRe[l] * pRe[l] - xIm[l] * pIm[l] + re;
+      pIm[l] = xRe[l] * pIm[l] + xIm[l] * oldP;
+      if constexpr (!kReal) pIm[l] += im;
+      size[l] = modulus[l] * size[l] + both;
+    }
+  }
+  NU_LANE_LOOP for (int l = 0; l < kLanes; ++l) {
+    batch->pRe[l] = pRe[l];
+    batch->pIm[l] = pIm[l];
+    batch->dRe[l] = dRe[l];
+    batch->dIm[l] = dIm[l];
+    batch->size[l] = size[l];
+  }
+}
+
+NU_KERNEL void EvaluateReal(const Coefficients& p, Batch* batch) {
+  EvaluateLanes<true>(p, batch);
+}
+NU_KERNEL void EvaluateComplex(const Coefficients& p, Batch* batch) {
+  EvaluateLanes<false>(p, batch);
+}
+
+struct Number {
+  double re;
+  double im;
+};
+
+// 1 / x, with Smith's scaling: x may be of any size.
+Number Reciprocal(Number x) {
+  if (std::fabs(x.re) >= std::fabs(x.im)) {
+    const double ratio = x.im / x.re;
+    const double den = x.re + ratio * x.im;
+    return {1.0 / den, -ratio / den};
+  }
+  const double ratio = x.re / x.im;
+  const double den = x.im + ratio * x.re;
+  return {ratio / den, -1.0 / den};
+}
+
+Number operator*(Number a, Number b) {
+  return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
+}
+
+bool IsOuter(const FoundRoot& x) {
+  return std::fabs(x.re) > 1.0 || std::fabs(x.im) > 1.0 || x.re * x.re + x.im * x.im > 1.0;
+}
+
+// Gives use(i, outer, batch, lane) the values at every point of the mask, inner points and outer points apart.
+template<class Use>
+void ForAllValues(const Coefficients& p, const Coefficients& reversed, const FoundRoot* points, int count,
+                  const double* wanted, Use use) {
+  for (const bool outer : {false, true}) {
+    int member[kLanes];
+    int filled = 0;
+    Batch batch;
+    const auto flush = [&] {
+      for (int l = filled; l < kLanes; ++l) batch.xRe[l] = batch.xIm[l] = 0.0;
+      const Coefficients& side = outer ? reversed : p;
+      side.im == nullptr ? EvaluateReal(side, &batch) : EvaluateComplex(side, &batch);
+      for (int l = 0; l < filled; ++l) use(member[l], outer, batch, l);
+      filled = 0;
+    };
+    for (int i = 0; i < count; ++i) {
+      if ((wanted != nullptr && wanted[i] == 0.0) || IsOuter(points[i]) != outer) continue;
+      const Number x = outer ? Reciprocal({points[i].re, points[i].im}) : Number{points[i].re, points[i].im};
+      member[filled] = i;
+      batch.xRe[filled] = x.re;
+      batch.xIm[filled] = x.im;
+      if (++filled == kLanes) flush();
+    }
+    if (filled > 0) flush();
+  }
+}
+
+double RatioOf(const Batch& batch, int l) {
+  const double re = std::fabs(batch.pRe[l]) / batch.size[l];
+  const double im = std::fabs(batch.pIm[l]) / batch.size[l];
+  return batch.size[l] == 0.0 ? 0.0 : std::sqrt(re * re + im * im);
+}
+
+// p'(x) / p(x). Of an outer point the values are those of q(w) = w^n p(1 / w), and p'/p = w (n - w q'/q).
+Number LogarithmicDerivative(const Batch& batch, int l, bool outer, int degree) {
+  const Number g = Number{batch.dRe[l], batch.dIm[l]} * Reciprocal({batch.pRe[l], batch.pIm[l]});
+  if (!outer) return g;
+  const Number w = {batch.xRe[l], batch.xIm[l]};
+  const Number product = w * g;
+  return w * Number{degree - product.re, -product.im};
+}
+
+// The sum of 1 / (x - x_j) over all other roots, conjugates included. Coincident ones are one multiple root and say
+// nothing about the direction.
+Number Repulsion(const FoundRoot* roots, int count, int self) {
+  Number sum = {0.0, 0.0};
+  const FoundRoot& x = roots[self];
+  const auto add = [&sum](double re, double im) {
+    if (re == 0.0 && im == 0.0) return;
+    const Number inverse = Reciprocal({re, im});
+    sum.re += inverse.re;
+    sum.im += inverse.im;
+  };
+  for (int j = 0; j < count; ++j) {
+    if (j != self) add(x.re - roots[j].re, x.im - roots[j].im);
+    if (roots[j].pair) add(x.re - roots[j].re, x.im + roots[j].im);
+  }
+  return sum;
+}
+
+FoundRoot Improved(const FoundRoot* roots, int count, int i, Number logarithmic, bool onAxis) {
+  const Number sum = Repulsion(roots, count, i);
+  const Number step = Reciprocal({logarithmic.re - sum.re, logarithmic.im - sum.im});
+  FoundRoot next = roots[i];
+  next.re -= step.re;
+  next.im -= step.im;
+  if (next.pair) {
+    next.im = std::fabs(next.im);
+  } else if (onAxis) {
+    next.im = 0.0;
+  }
+  return next;
+}
+
+}  // namespace
+
+void RelativeResiduals(const Coefficients& p, const Coefficients& reversed, const FoundRoot* points, int count,
+                       double* ratios) {
+  ForAllValues(p, reversed, points, count, nullptr,
+               [ratios](int i, bool, const Batch& batch, int l) { ratios[i] = RatioOf(batch, l); });
+}
+
+bool RefineRoots(const Coefficients& p, const Coefficients& reversed, FoundRoot* roots, int count, double* ratios,
+                 double* scratch) {
+  const double limit = ResidualLimit(p.degree);
+  const bool real = p.im == nullptr;
+  double* bestRe = scratch;
+  double* bestIm = scratch + count;
+  double* active = scratch + 2 * count;
+  std::fill_n(active, count, 1.0);
+  std::fill_n(ratios, count, HUGE_VAL);
+  bool going = true;
+  for (int sweep = 0; sweep <= kMaxSweeps && going; ++sweep) {
+    going = false;
+    ForAllValues(p, reversed, roots, count, active, [&](int i, bool outer, const Batch& batch, int l) {
+      const double ratio = RatioOf(batch, l);
+      active[i] = 0.0;
+      if (ratio < ratios[i]) {
+        ratios[i] = ratio;
+        bestRe[i] = roots[i].re;
+        bestIm[i] = roots[i].im;
+      }
+      if (!(ratios[i] > (sweep == 0 ? kRounding : limit))) return;
+      const FoundRoot next = Improved(roots, count, i, LogarithmicDerivative(batch, l, outer, p.degree), real);
+      if (!std::isfinite(next.re) || !std::isfinite(next.im)) return;
+      roots[i].re = next.re;
+      roots[i].im = next.im;
+      active[i] = 1.0;
+      going = true;
+    });
+  }
+  bool within = true;
+  for (int i = 0; i < count; ++i) {
+    if (ratios[i] == HUGE_VAL) continue;
+    roots[i].re = bestRe[i];
+    roots[i].im = bestIm[i];
+    within = within && ratios[i] <= limit;
+  }
+  return within;
+}
+
+}  // namespace nu::internal
