@@ -110,8 +110,8 @@ void ImproveFactors(const double* m, Factor* first, Factor* second) {
     const double size1 = std::fabs(a * d) + std::fabs(b * c);
     const double size2 = std::fabs(b) + std::fabs(d) + std::fabs(a * c);
     const auto part = [](double e, double size) { return e == 0.0 ? 0.0 : std::fabs(e) / size; };
-    const double error = part(e3, std::fabs(a) + std::fabs(c)) + part(e2, size2) + part(e1, size1) +
-                         part(e0, std::fabs(m[0]));
+    const double error =
+        part(e3, std::fabs(a) + std::fabs(c)) + part(e2, size2) + part(e1, size1) + part(e0, std::fabs(m[0]));
     if (!(error < bestError)) return;
     bestError = error;
     *first = f;

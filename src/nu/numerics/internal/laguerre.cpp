@@ -115,10 +115,14 @@ Expansion ExpandOnAxis(const double* c, int degree, double x) {
 
 // The smallest roots in the scaled unit of x.
 struct SmallestRoots {
-  int exponent;    // the unit is 2^exponent
-  double radius;   // |c_0 / c_i|^(1/i), least over all i
-  double reach;    // one of them is nearer to 0
+  int exponent;   // the unit is 2^exponent
+  double radius;  // |c_0 / c_i|^(1/i), least over all i
+  double reach;   // one of them is nearer to 0
 };
+
+Number OnCircle(double radius, int k) {
+  return {radius * std::cos(k), radius * std::sin(k)};
+}
 
 // A step beyond the reach leads away from the smallest roots, from where p is almost constant + c x^m, and the way back
 // would close a cycle: it ends on their circle instead, each time elsewhere.
@@ -130,10 +134,18 @@ Number StepFrom(const Expansion& e, Number x, double m, int k, double sqrtTol, c
   if (Squares(den) > sqrtTol * sqrtTol * Squares(e.b)) {
     const Number dx = Quotient(m * e.b, den);
     if (Size(x - dx) <= smallest.reach) return dx;
-    return x - smallest.radius * Number{std::cos(k), std::sin(k)};
+    return x - OnCircle(smallest.radius, k);
   }
   const double far = 1.0 + std::sqrt(Squares(x));
-  return {far * std::cos(k), far * std::sin(k)};
+  return OnCircle(far, k);
+}
+
+// A long step back to where the last one came from closes a cycle that shorter steps need not break.
+bool TurnsBack(Number last, Number x, Number dx, double radius) {
+  constexpr double kLong = 0x1p-6;
+  constexpr double kSame = 0x1p-3;
+  const double length = Size(dx);
+  return length > kLong * radius && Size((x - last) - dx) < kSame * length;
 }
 
 template<bool kReal>
@@ -156,7 +168,8 @@ Number Iterate(const Coefficients& p, const LaguerreRules& rules, const Smallest
       best = x;
       bestRatio = ratio;
     }
-    const Number dx = StepFrom(e, x, p.degree, k, rules.sqrtTol, smallest);
+    Number dx = StepFrom(e, x, p.degree, k, rules.sqrtTol, smallest);
+    if (TurnsBack(last, x, dx, smallest.radius)) dx = x - OnCircle(smallest.radius, k);
     if (std::fabs(dx.re) < rules.tol && std::fabs(dx.im) < rules.tol) return x - dx;
     last = x;
     x = x - (k % kFractionalEvery == 0 ? kFractions[k / kFractionalEvery] : 1.0) * dx;
@@ -169,8 +182,8 @@ int ExponentAt(const double* w, int stride, int i) {
   return size == 0.0 ? std::numeric_limits<int>::min() : ExponentOf(size);
 }
 
-// Copies the polynomial in the unit of x, 2^exponent, in which no coefficient is much larger than c_0: its smallest roots are
-// then of size 1, and nothing overflows on the way to them. stride is 0 for a real polynomial.
+// Copies the polynomial in the unit of x, 2^exponent, in which no coefficient is much larger than c_0: its smallest
+// roots are then of size 1, and nothing overflows on the way to them. stride is 0 for a real polynomial.
 SmallestRoots ScaleToSmallestRoots(const double* w, int degree, int stride, double* v) {
   const int e0 = ExponentAt(w, stride, 0);
   int k = std::numeric_limits<int>::max();

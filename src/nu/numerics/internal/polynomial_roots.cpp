@@ -20,8 +20,12 @@ constexpr double kChop = 6.5e-6;
 constexpr double kNearAxis = 0x1p-5;
 // First step of the search: 4e-8 * 0.05, times 10 for every two degrees above 2.
 constexpr double kSearchStep = 2e-9;
-// Coefficients and ratios of coefficients within these powers of two leave room for the cubes of the closed forms.
-constexpr int kModerate = 150;
+// Coefficients within this power of two of each other leave room for the discriminant of the resolvent cubic, of
+// degree 12 in their ratios.
+constexpr int kModerate = 75;
+
+// The defaults of the tolerances that the iteration reads.
+constexpr LaguerreRules kOwnRules = {4.45e-16, 1.5e-8};
 
 double SearchStep(int degree) {
   return degree / 2 > 1 ? kSearchStep * std::pow(10.0, degree / 2 - 1) : kSearchStep;
@@ -109,9 +113,7 @@ class Finder {
  private:
   std::size_t Count(int blocks) const { return static_cast<std::size_t>(m_n + 1) * static_cast<std::size_t>(blocks); }
 
-  bool Refine() {
-    return RefineRoots(m_p.Level(), m_p.Reversed(), m_roots, m_count, m_ratios, m_scratch);
-  }
+  bool Refine() { return RefineRoots(m_p.Level(), m_p.Reversed(), m_roots, m_count, m_ratios, m_scratch); }
 
   // False when the closed form is not precise enough, as for roots of very different size.
   bool SolveInClosedForm() {
@@ -129,13 +131,17 @@ class Finder {
     return Refine();
   }
 
+  // A second time by the library's own rules where those of the host do not lead to the roots.
   void SolveByDeflation() {
     const Coefficients& level = m_p.Level();
-    std::copy_n(level.re, Count(m_sides), m_copy);
-    const LaguerreRules rules = {m_rules.tol, m_rules.sqrtTol};
-    m_count = m_sides == 1 ? FindByDeflation(m_copy, m_n, m_scratch, rules, m_roots)
-                           : FindByComplexDeflation(m_copy, m_n, m_scratch, rules, m_roots);
-    Refine();
+    for (const LaguerreRules& rules : {LaguerreRules{m_rules.tol, m_rules.sqrtTol}, kOwnRules}) {
+      for (int side = 0; side < m_sides; ++side) {
+        std::copy_n(side == 0 ? level.re : level.im, m_n + 1, m_copy + side * (m_n + 1));
+      }
+      m_count = m_sides == 1 ? FindByDeflation(m_copy, m_n, m_scratch, rules, m_roots)
+                             : FindByComplexDeflation(m_copy, m_n, m_scratch, rules, m_roots);
+      if (Refine()) return;
+    }
   }
 
   // The residual at a changed root decides whether the change was one of rounding.

@@ -121,7 +121,8 @@ double HalfDistanceToNext(const FoundRoot* roots, int count, int self) {
   return 0.5 * nearest;
 }
 
-// The roots of the parabola that fits at a double root found to working precision. Both stay together where it has none.
+// The roots of the parabola that fits at a double root found to working precision. Both stay together where it has
+// none.
 void SplitDouble(const double* c, int degree, double x, double* lower, double* upper) {
   const Local at = EvaluateCompensated(c, degree, x);
   const double curvature = HalfCurvature(c, degree, x);
@@ -153,9 +154,7 @@ class LocalPolynomial {
   const double* Data() const { return m_c; }
   double In(double x) const { return TimesPower(x, -m_exponent); }
   double Out(double x) const { return TimesPower(x, m_exponent); }
-  PolishRules Rules(const PolishRules& r) const {
-    return {TimesPower(r.zero, -m_shift), In(r.large), In(r.step)};
-  }
+  PolishRules Rules(const PolishRules& r) const { return {TimesPower(r.zero, -m_shift), In(r.large), In(r.step)}; }
 
  private:
   const double* m_c;

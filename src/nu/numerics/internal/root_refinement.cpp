@@ -204,10 +204,10 @@ bool RefineRoots(const Coefficients& p, const Coefficients& reversed, FoundRoot*
   }
   bool within = true;
   for (int i = 0; i < count; ++i) {
+    within = within && ratios[i] <= limit;
     if (ratios[i] == HUGE_VAL) continue;
     roots[i].re = bestRe[i];
     roots[i].im = bestIm[i];
-    within = within && ratios[i] <= limit;
   }
   return within;
 }
