@@ -223,7 +223,11 @@ void MakeDiagonalPositive(const ComplexRows& r, const ComplexRows* qT) {
   for (int k = 0; k < std::min(r.rows, r.columns); ++k) {
     const Complex diagonal = {r.Re(k, k), r.Im(k, k)};
     const double size = std::hypot(diagonal.re, diagonal.im);
-    if (!(size > 0.0)) continue;
+    if (!(size > kNegligible)) {
+      // Of so small a number the phase is not known.
+      Put({}, r.Row(k), r.width, k);
+      continue;
+    }
     const Complex phase = {diagonal.re / size, diagonal.im / size};
     for (int j = k; j < r.columns; ++j) Put(Conjugate(phase) * At(r.Row(k), r.width, j), r.Row(k), r.width, j);
     Put({size, 0.0}, r.Row(k), r.width, k);

@@ -47,7 +47,9 @@ Complex NearestEigenvalue(Complex a, Complex b, Complex c, Complex d) {
   const Complex sum = half + root;
   const double squares = Squares(sum);
   if (!(squares > 0.0)) return d;
-  return d - (scale / squares) * (product * Conjugate(sum));
+  // A quotient is taken before it meets the scale: the inverse of small squares may overflow.
+  const Complex quotient = product * Conjugate(sum);
+  return d - scale * Complex{quotient.re / squares, quotient.im / squares};
 }
 
 // The rotation that turns (x, y) into (r, 0). A part that is negligible against the working size counts as 0.
