@@ -1,5 +1,6 @@
 // Any elements: every decomposition and every solve ends in a result or in an exception of the library.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -35,6 +36,18 @@ void Decompose(const CNuMatrix& a) {
   Ends([&] { (a + a.Transpose()).EigenValuesVectors(&status, &values, &vectors); });
 }
 
+// The imaginary parts are the rows of the real parts in reverse order.
+void DecomposeComplex(const CNuMatrix& a) {
+  CNuMatrix turned(a);
+  std::reverse(turned.GetData(), turned.GetData() + a.GetRowSize());
+  const CNuComplexMatrix m(a, turned);
+  CNuComplexMatrix q(1, 1), t(1, 1);
+  Ends([&] { m.QR(&q, &t); });
+  Ends([&] { m.Schur(&q, &t); });
+  Ends([&] { m.Hessenberg(&q, &t); });
+  Ends([&] { m.EigenValues(); });
+}
+
 void Solve(const CNuMatrix& a, const CNuVector& b) {
   for (int method : {0, 1}) {
     CNuLinearEquSys plain(method), singular(method), nonnegative(method);
@@ -62,8 +75,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       }
     }
     Decompose(a);
+    DecomposeComplex(a);
     Solve(a, b);
-    if (rows >= columns) Decompose(a.SubMatrix(0, columns - 1, 0, columns - 1));
+    if (rows < columns) continue;
+    const CNuMatrix square = a.SubMatrix(0, columns - 1, 0, columns - 1);
+    Decompose(square);
+    DecomposeComplex(square);
   }
   return 0;
 }

@@ -146,6 +146,24 @@ TEST(FailingAllocations, Decompositions) {
   }
 }
 
+TEST(FailingAllocations, ComplexMatrices) {
+  for (int n : {3, 12, 40}) {
+    const CNuComplexMatrix a(Dense(n, n), Dense(n, n).Transpose());
+    CNuComplexMatrix q(1, 1), t(1, 1);
+    const auto unchanged = [&] { return q.GetRowSize() == 1 && t.GetRowSize() == 1; };
+    FailEveryAllocation("complex product", [&] { a* a; });
+    FailEveryAllocation("complex eigenvalues", [&] { a.EigenValues(); });
+    FailEveryAllocation("complex vector", [&] { a* CNuComplexVector(n); });
+    using Decompose = void (CNuComplexMatrix::*)(CNuComplexMatrix*, CNuComplexMatrix*) const;
+    for (const Decompose decompose : {Decompose(&CNuComplexMatrix::QR), Decompose(&CNuComplexMatrix::Hessenberg),
+                                      Decompose(&CNuComplexMatrix::Schur)}) {
+      q = t = CNuComplexMatrix(1, 1);
+      FailEveryAllocation(
+          "complex decomposition", [&] { (a.*decompose)(&q, &t); }, unchanged);
+    }
+  }
+}
+
 TEST(FailingAllocations, EigenCachesStaySound) {
   ENuStatus status{};
   const CNuVector expected = CNuMatrix::DiagonalMatrix(CNuVector(1, 2, 3)).EigenValues(&status);

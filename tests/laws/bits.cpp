@@ -97,6 +97,14 @@ void AddDecompositions(int n, Noise& noise, Bits& bits) {
   bits.Add(v);
   bits.Add(a.Inverse(&status));
   bits.Add(a.Determinant());
+  CNuComplexMatrix complex(a, u), q(1, 1), t(1, 1);
+  complex.Schur(&q, &t);
+  for (const CNuComplexMatrix& m : {q, t, complex * q}) {
+    bits.Add(m.RealPart());
+    bits.Add(m.ImaginaryPart());
+  }
+  complex.QR(&q, nullptr);
+  bits.Add(q.RealPart());
   CNuLinearEquSys system(1);
   system.Solve(tall, b);
   bits.Add(system.GetSolution());

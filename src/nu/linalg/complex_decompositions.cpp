@@ -5,11 +5,11 @@
 #include "nu/foundation/internal/failures.h"
 #include "nu/linalg/complex_matrix.h"
 #include "nu/linalg/complex_vector.h"
+#include "nu/linalg/internal/complex_product.h"
 #include "nu/linalg/internal/complex_reflections.h"
 #include "nu/linalg/internal/complex_rows.h"
 #include "nu/linalg/internal/complex_schur.h"
 #include "nu/linalg/internal/householder.h"
-#include "nu/linalg/internal/matmul.h"
 #include "nu/linalg/internal/workspace.h"
 
 using nu::internal::ComplexRotation;
@@ -70,6 +70,25 @@ CNuComplexMatrix ToTransposedMatrix(const ComplexRows& a) {
   return result;
 }
 
+// Up to this many columns the elements are multiplied where they are.
+constexpr int kDirect = 4;
+
+void MultiplyDirectly(const CNuComplex* a, const CNuComplex* b, int rows, int inner, int columns, CNuComplex* c) {
+  for (int i = 0; i < rows; ++i, a += inner) {
+    for (int j = 0; j < columns; ++j) {
+      double re = 0.0;
+      double im = 0.0;
+      for (int k = 0; k < inner; ++k) {
+        const CNuComplex& x = a[k];
+        const CNuComplex& y = b[k * columns + j];
+        re += x.r() * y.r() - x.i() * y.i();
+        im += x.r() * y.i() + x.i() * y.r();
+      }
+      *c++ = {re, im};
+    }
+  }
+}
+
 // Both results exist before the first output changes.
 void Store(const Scaled& triangle, CNuComplexMatrix* target, const ComplexRows& qT, CNuComplexMatrix* q) {
   if (target != nullptr && q != nullptr) {
@@ -128,32 +147,22 @@ void CNuComplexMatrix::RequireSquare(const char* where) const {
 
 CNuComplexMatrix CNuComplexMatrix::operator*(const CNuComplexMatrix& b) const {
   if (m_columns != b.m_rows) FailOperation(5, "operator*", "CNuComplexMatrix");
-  CNuComplexMatrix result(m_rows, b.m_columns);
-  Workspace<3 * 2 * kSmall * 16> space(ComplexRows::Size(m_rows, m_columns) +
-                                       ComplexRows::Size(m_columns, b.m_columns) +
-                                       ComplexRows::Size(m_rows, b.m_columns));
-  const ComplexRows left(space.Take(ComplexRows::Size(m_rows, m_columns)), m_rows, m_columns);
-  const ComplexRows right(space.Take(ComplexRows::Size(m_columns, b.m_columns)), m_columns, b.m_columns);
-  const ComplexRows product(space.Take(ComplexRows::Size(m_rows, b.m_columns)), m_rows, b.m_columns);
+  if (m_columns <= kDirect && b.m_columns <= kDirect) {
+    CNuComplexMatrix result(m_rows, b.m_columns);
+    MultiplyDirectly(m_data, b.m_data, m_rows, m_columns, b.m_columns, result.m_data);
+    return result;
+  }
+  const std::size_t leftSize = ComplexRows::Size(m_rows, m_columns);
+  const std::size_t rightSize = ComplexRows::Size(m_columns, b.m_columns);
+  const std::size_t size = ComplexRows::Size(m_rows, b.m_columns);
+  SmallSpace space(leftSize + rightSize + size);
+  const ComplexRows left(space.Take(leftSize), m_rows, m_columns);
+  const ComplexRows right(space.Take(rightSize), m_columns, b.m_columns);
+  const ComplexRows product(space.Take(size), m_rows, b.m_columns);
   CopyOut(m_data, left);
   CopyOut(b.m_data, right);
-  const std::ptrdiff_t leftStep = 2 * left.width;
-  const std::ptrdiff_t rightStep = 2 * right.width;
-  const std::ptrdiff_t step = 2 * product.width;
-  const nu::internal::Block leftRe = {left.data, leftStep};
-  const nu::internal::Block leftIm = {left.data + left.width, leftStep};
-  const nu::internal::Block rightRe = {right.data, rightStep};
-  const nu::internal::Block rightIm = {right.data + right.width, rightStep};
-  double* re = product.data;
-  double* im = product.data + product.width;
-  nu::internal::Multiply(leftRe, rightRe, re, step, m_rows, m_columns, b.m_columns);
-  nu::internal::SubtractProduct(leftIm, rightIm, re, step, m_rows, m_columns, b.m_columns);
-  nu::internal::Multiply(leftRe, rightIm, im, step, m_rows, m_columns, b.m_columns);
-  nu::internal::AddProduct(leftIm, rightRe, im, step, m_rows, m_columns, b.m_columns);
-  for (int i = 0; i < m_rows; ++i) {
-    for (int j = 0; j < b.m_columns; ++j) result.m_data[i * b.m_columns + j] = {product.Re(i, j), product.Im(i, j)};
-  }
-  return result;
+  nu::internal::MultiplyComplex(left, right, product);
+  return ToMatrix({product, 1.0});
 }
 
 void CNuComplexMatrix::QR(CNuComplexMatrix* q, CNuComplexMatrix* r) const {

@@ -42,7 +42,7 @@ class NU_EXPORT CNuComplexMatrix : public CNuAlgebra {
   CNuComplexMatrix& operator+=(const CNuComplexMatrix& b);
   CNuComplexMatrix& operator-=(const CNuComplexMatrix& b);
   CNuComplexMatrix operator-() const;
-  // By four products of real parts, each summed from index 0 on.
+  // Every element is summed from index 0 on.
   CNuComplexMatrix operator*(const CNuComplexMatrix& b) const;
   CNuComplexVector operator*(const CNuComplexVector& v) const;
   // A factor whose magnitude is above NuGetLarge(): cause 7.

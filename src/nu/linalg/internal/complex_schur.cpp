@@ -17,8 +17,6 @@ constexpr int kFewValues = 10;
 // Any shift of the size of a coupling breaks a cycle; the constant is that of Martin, Peters and Wilkinson.
 constexpr double kExceptionalShift = 0.75;
 constexpr double kRoundoff = 0.5 * DBL_EPSILON;
-// Rows whose chains of rotations run side by side.
-constexpr int kRowsAtOnce = kLanes;
 // Packs of a row that are rotated together while their chain runs down the rows.
 constexpr int kStrip = 4;
 
@@ -130,37 +128,45 @@ NU_KERNEL void Sweep(const ComplexRows& t, int first, int last, int to, Complex 
   }
 }
 
+// One element from each of kLanes rows, and back.
+NU_ALWAYS_INLINE void Gather(const double* from, std::ptrdiff_t ld, int width, ComplexPack& pack) {
+  for (int l = 0; l < kLanes; ++l) {
+    SetLane(pack.re, l, from[l * ld]);
+    SetLane(pack.im, l, from[l * ld + width]);
+  }
+}
+NU_ALWAYS_INLINE void Scatter(const ComplexPack& pack, double* to, std::ptrdiff_t ld, int width) {
+  for (int l = 0; l < kLanes; ++l) {
+    to[l * ld] = Lane(pack.re, l);
+    to[l * ld + width] = Lane(pack.im, l);
+  }
+}
+
+// Columns first .. last of kLanes rows, side by side: the chain of a row alone would wait for itself.
+NU_ALWAYS_INLINE void RotateStrip(double* row, int width, int first, int last, const ComplexRotation* rotation) {
+  const std::ptrdiff_t ld = 2 * width;
+  ComplexPack x = {};
+  ComplexPack y = {};
+  Gather(row + first, ld, width, x);
+  for (int k = first; k < last; ++k) {
+    const ComplexRotation& g = rotation[k - first];
+    Gather(row + k + 1, ld, width, y);
+    Rotate({g.c, Conjugate(g.s)}, x, y);
+    Scatter(x, row + k, ld, width);
+    x = y;
+  }
+  Scatter(x, row + last, ld, width);
+}
+
 // The columns that a sweep has left: row i still lacks the rotations from max(i, first) on.
 NU_KERNEL void RotateColumns(const ComplexRows& t, int top, int first, int last, const ComplexRotation* rotation) {
-  for (int i0 = top; i0 < last; i0 += kRowsAtOnce) {
-    const int count = std::min(kRowsAtOnce, last - i0);
-    const int common = std::max(i0 + count - 1, first);
-    for (int i = i0; i < i0 + count; ++i)
+  for (int i0 = top; i0 < last; i0 += kLanes) {
+    const int end = std::min(i0 + kLanes, last);
+    const bool whole = end == i0 + kLanes;
+    const int common = whole ? std::max(end - 1, first) : last;
+    for (int i = i0; i < end; ++i)
       for (int k = std::max(i, first); k < common; ++k) RotateElements(t, i, k, rotation[k - first]);
-    double* row[kRowsAtOnce];
-    for (int l = 0; l < kRowsAtOnce; ++l) row[l] = t.Row(i0 + std::min(l, count - 1));
-    double xRe[kRowsAtOnce], xIm[kRowsAtOnce];
-    for (int l = 0; l < count; ++l) {
-      xRe[l] = row[l][common];
-      xIm[l] = row[l][t.width + common];
-    }
-    for (int k = common; k < last; ++k) {
-      const ComplexRotation g = rotation[k - first];
-      for (int l = 0; l < count; ++l) {
-        const double yRe = row[l][k + 1];
-        const double yIm = row[l][t.width + k + 1];
-        row[l][k] = g.c * xRe[l] + (g.s.re * yRe + g.s.im * yIm);
-        row[l][t.width + k] = g.c * xIm[l] + (g.s.re * yIm - g.s.im * yRe);
-        const double nextRe = g.c * yRe - (g.s.re * xRe[l] - g.s.im * xIm[l]);
-        const double nextIm = g.c * yIm - (g.s.re * xIm[l] + g.s.im * xRe[l]);
-        xRe[l] = nextRe;
-        xIm[l] = nextIm;
-      }
-    }
-    for (int l = 0; l < count; ++l) {
-      row[l][last] = xRe[l];
-      row[l][t.width + last] = xIm[l];
-    }
+    if (whole) RotateStrip(t.Row(i0), t.width, common, last, rotation + (common - first));
   }
 }
 

@@ -12,6 +12,12 @@ namespace nu::internal {
 // kLanes doubles that the compiler keeps in as few registers as the machine has them wide.
 #if defined(__GNUC__)
 using Pack = double __attribute__((vector_size(kLanes * sizeof(double))));
+NU_ALWAYS_INLINE double Lane(const Pack& pack, int l) {
+  return pack[l];
+}
+NU_ALWAYS_INLINE void SetLane(Pack& pack, int l, double value) {
+  pack[l] = value;
+}
 #else
 struct Pack {
   double lane[kLanes];
@@ -39,6 +45,12 @@ inline Pack& operator+=(Pack& a, const Pack& b) {
 }
 inline Pack& operator-=(Pack& a, const Pack& b) {
   return a = a - b;
+}
+inline double Lane(const Pack& pack, int l) {
+  return pack.lane[l];
+}
+inline void SetLane(Pack& pack, int l, double value) {
+  pack.lane[l] = value;
 }
 #endif
 
