@@ -19,9 +19,9 @@ using nu::internal::Workspace;
 
 namespace {
 
+// Three blocks of this many rows, and some vectors, stay on the stack.
 constexpr int kSmall = 10;
-// Three blocks of kSmall padded rows, and some vectors.
-using SmallSpace = Workspace<3 * 2 * kSmall * 16 + 8 * 2 * 16>;
+using SmallSpace = Workspace<(3 * kSmall + 6) * 2 * nu::internal::Padded(kSmall)>;
 
 constexpr const char* kCalculation = "calculation";
 
@@ -55,8 +55,9 @@ Scaled TakeScaled(const CNuComplex* elements, const ComplexRows& a, const char* 
 CNuComplexMatrix ToMatrix(const Scaled& a) {
   CNuComplexMatrix result(a.rows.rows, a.rows.columns);
   CNuComplex* element = &result.Element(0, 0);
+  const double unscale = 1.0 / a.scale;  // a power of two as well
   for (int i = 0; i < a.rows.rows; ++i) {
-    for (int j = 0; j < a.rows.columns; ++j) *element++ = {a.rows.Re(i, j) / a.scale, a.rows.Im(i, j) / a.scale};
+    for (int j = 0; j < a.rows.columns; ++j) *element++ = {unscale * a.rows.Re(i, j), unscale * a.rows.Im(i, j)};
   }
   return result;
 }
@@ -110,8 +111,9 @@ class HessenbergForm {
         m_h(TakeScaled(elements, Block(n), where)),
         m_qT(Block(n)) {
     const ComplexRows v = Block(n);
+    double* work = m_space.Take(ComplexRows::Size(5, n));
     double* tau = m_space.Take(static_cast<std::size_t>(n));
-    nu::internal::ReduceToComplexHessenberg(m_h.rows, v, tau, m_space.Take(ComplexRows::Size(5, n)));
+    nu::internal::ReduceToComplexHessenberg(m_h.rows, v, tau, work);
     if (wantsQ) nu::internal::FormTransposedUnitary(v, tau, std::max(n - 2, 0), 1, m_qT);
   }
   const Scaled& H() const { return m_h; }
@@ -210,8 +212,9 @@ CNuComplexVector CNuComplexMatrix::EigenValues() const {
   const ComplexRows& t = form.H().rows;
   if (!nu::internal::ReduceToSchur(t, false, nullptr, room.Data())) FailOperation(46, kCalculation, where);
   CNuComplexVector values(m_rows);
-  CNuComplex* value = &values[0];
-  for (int i = 0; i < m_rows; ++i) value[i] = {t.Re(i, i) / form.H().scale, t.Im(i, i) / form.H().scale};
+  CNuComplex* value = values.GetData();
+  const double unscale = 1.0 / form.H().scale;
+  for (int i = 0; i < m_rows; ++i) value[i] = {unscale * t.Re(i, i), unscale * t.Im(i, i)};
   std::sort(value, value + m_rows, [](const CNuComplex& a, const CNuComplex& b) {
     return a.r() < b.r() || (a.r() == b.r() && a.i() < b.i());
   });

@@ -143,8 +143,8 @@ CNuComplexVector CNuComplexMatrix::operator*(const CNuComplexVector& v) const {
   CNuComplexVector result(m_rows);
   for (int i = 0; i < m_rows; ++i) {
     CNuComplex sum;
-    for (int k = 0; k < m_columns; ++k) sum += m_data[i * m_columns + k] * v[k];
-    result[i] = sum;
+    for (int k = 0; k < m_columns; ++k) sum += m_data[i * m_columns + k] * v.GetData()[k];
+    result.GetData()[i] = sum;
   }
   return result;
 }

@@ -65,8 +65,8 @@ class NU_EXPORT CNuComplexMatrix : public CNuAlgebra {
 
   // The decompositions. No tolerance is read; the matrix is scaled by a power of two on the way, so that elements of
   // any size do. A = Q R and so on hold to some roundings of the largest element, and Q is unitary to rounding. Outputs
-  // may be this matrix; null outputs are skipped. An element that is not finite: cause 46, "calculation". Results
-  // beyond the range of double, which only elements at its end have, are infinite.
+  // may be this matrix; null outputs are skipped. An element that is not finite: cause 46, "calculation". A result
+  // beyond the range of double, possible for elements near its end, is infinite.
 
   // A = Q R by Householder reflections: Q square and unitary, R of the shape of A, upper trapezoidal with exact zeros
   // below the diagonal, which is real and not negative. With more rows than columns the first columns of Q and the
@@ -82,6 +82,8 @@ class NU_EXPORT CNuComplexMatrix : public CNuAlgebra {
   CNuComplexVector EigenValues() const;
 
  private:
+  friend class CNuComplexVector;  // its product runs along the rows
+
   void Init(int rows, int columns);
   void RequireSquare(const char* where) const;
   int IndexOf(int i, int j) const;

@@ -123,7 +123,8 @@ CNuComplexVector CNuComplexVector::operator*(const CNuComplexMatrix& m) const {
   if (m_size != m.GetRowSize()) FailOperation(5, "operator*", kClass);
   CNuComplexVector result(m.GetColumnSize());
   for (int i = 0; i < m_size; ++i) {
-    for (int j = 0; j < result.m_size; ++j) result.m_data[j] += m_data[i] * m.Element(i, j);
+    const CNuComplex* row = m.m_data + i * result.m_size;
+    for (int j = 0; j < result.m_size; ++j) result.m_data[j] += m_data[i] * row[j];
   }
   return result;
 }

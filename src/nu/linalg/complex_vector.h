@@ -22,6 +22,8 @@ class NU_EXPORT CNuComplexVector : public CNuAlgebra {
   ~CNuComplexVector() override;
 
   int GetSize() const { return m_size; }
+  CNuComplex* GetData() { return m_data; }
+  const CNuComplex* GetData() const { return m_data; }
 
   // Component i. Out of range: cause 3 with the valid range.
   CNuComplex& operator[](int i);

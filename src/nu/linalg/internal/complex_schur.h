@@ -13,7 +13,7 @@ struct ComplexRotation {
   Complex s;
 };
 
-// Room for the rotations that wait to be applied, for blocks of n rows.
+// Sweeps whose rotations wait to be applied to the unitary factor together.
 constexpr std::size_t kWaitingSweeps = 8;
 
 // The Schur form T = Z^H H Z of a Hessenberg matrix in working size, which T replaces: upper triangular, exact zeros
