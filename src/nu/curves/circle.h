@@ -25,6 +25,18 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   CNuPlane GetPlane() const;
   void GetData(double* radius, CNuPoint* centre, CNuVector* normal) const;
 
+  // The points common to both, 0 to 2; returns how many there are. What comes as close as NuGetLengthTol(), or as the
+  // rounding of the coordinates, touches. With a line in its order, with a plane in the order of this normal x the
+  // plane's. None for a circle in the plane. With a circle: none for circles that coincide; of two in one plane the
+  // first point lies to the left of the way from this centre to the other, seen from the tip of this normal.
+  int IntersectWith(const CNuLine& l, CNuPoint* p1, CNuPoint* p2) const;
+  int IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const;
+  int IntersectWith(const CNuPlane& pl, CNuPoint* p1, CNuPoint* p2) const;
+
+  // n points that divide the circle evenly, counter-clockwise about the normal from the x axis; the last is the first
+  // again. n < 2: CNuOperationException cause 12.
+  CNuPointArray ToPointArray(int n) const;
+
   // Least-squares circle in the least-squares plane of the points, by at most `maxiter` Gauss-Newton steps on the
   // distances from it (Gander, Golub and Strebel, BIT 34, 1994); it ends with a correction to centre and radius whose
   // squared length is below NuGetTol(), or that is down to rounding. `form` receives the largest minus the smallest

@@ -2,6 +2,7 @@
 #define NU_GEOMETRY_LINE_H
 
 #include "nu/export.h"
+#include "nu/foundation/boolean.h"
 #include "nu/geometry/geometry.h"
 #include "nu/geometry/point.h"
 #include "nu/linalg/vector.h"
@@ -35,6 +36,51 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   void Rotate(double angle, const CNuVector& axis, const CNuPoint& centre);
   // Expresses the line in the local frame of g.
   void MoveTo(const CNuNonLinearGeometry& g);
+
+  // The angle in degrees, in [0, 180], between this direction and that of the other line, or the normal of the plane: a
+  // line in the plane makes 90 degrees. About an axis: in [0, 360), the turn that brings this direction onto the other,
+  // by CNuVector::AngleWith and with its failures.
+  double AngleWith(const CNuLine& l) const;
+  double AngleWith(const CNuPlane& pl) const;
+  double AngleWith(const CNuLine& l, const CNuVector& axis) const;
+  // Within an angle of tol radians, either way.
+  ENuBoolean IsParallelTo(const CNuLine& l, double tol) const;
+  ENuBoolean IsParallelTo(const CNuPlane& pl, double tol) const;
+  // Parallel within radianTol radians, or closer to each other than lengthTol.
+  ENuBoolean IsCoplanarWith(const CNuLine& l, double radianTol, double lengthTol) const;
+
+  // Halfway between this line and a point: parallel to this line. Between two lines, the bisector of their smaller
+  // angle in the middle of their common perpendicular; for perpendicular directions the one along their sum. Between
+  // this line and a plane, the bisector of the line and its projection; a line perpendicular to the plane within
+  // NuGetRadianTol(): CNuOperationException cause 22.
+  CNuLine MidLine(const CNuPoint& p) const;
+  CNuLine MidLine(const CNuLine& l) const;
+  CNuLine MidLine(const CNuPlane& pl) const;
+  // Across the middle of the shortest way from this line to the other; the normal points to this line. Lines that meet,
+  // closer than NuGetLengthTol(): CNuOperationException cause 23.
+  CNuPlane MidPlane(const CNuLine& l) const;
+
+  // Least distances, 0 where the features meet. Lines and planes are parallel within NuGetRadianTol().
+  double DistanceTo(const CNuLine& l) const;
+  double DistanceTo(const CNuCircle& circle) const;
+  double DistanceTo(const CNuPlane& pl) const;
+  double DistanceTo(const CNuSphSurf& sphere) const;
+
+  // The points of this line that are closest to the other feature, in the order of the line; returns how many there
+  // are: for a line one, or none when they are parallel within NuGetRadianTol(); for a circle two when both are equally
+  // close within NuGetLengthTol(), else one; for a sphere the points in which the line meets it, or else one.
+  int ClosestPointsTo(const CNuLine& l, CNuPoint* p) const;
+  int ClosestPointsTo(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const;
+  int ClosestPointsTo(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2) const;
+
+  // The points common to both, in the order of this line; returns how many there are. What comes as close as
+  // NuGetLengthTol(), or as the rounding of the coordinates, touches. None for parallel lines and planes, within
+  // NuGetRadianTol(), also when one lies in the other. A line counts as one of a circle's plane when no point of it
+  // within the circle is farther from that plane than this.
+  int IntersectWith(const CNuLine& l, CNuPoint* p) const;
+  int IntersectWith(const CNuPlane& pl, CNuPoint* p) const;
+  int IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const;
+  int IntersectWith(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2) const;
 
   // Least-squares line (Pearson, 1901): the point is the mean point, the direction the one of largest extent, in the
   // canonical sign of CNuVector::SymmetricAxis with NuGetTol(). `sumsq` receives the sum of the squared distances;

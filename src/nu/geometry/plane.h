@@ -2,6 +2,7 @@
 #define NU_GEOMETRY_PLANE_H
 
 #include "nu/export.h"
+#include "nu/foundation/boolean.h"
 #include "nu/geometry/geometry.h"
 #include "nu/geometry/point.h"
 #include "nu/linalg/vector.h"
@@ -32,6 +33,32 @@ class NU_EXPORT CNuPlane : public CNuGeometry {
   void Rotate(double angle, const CNuVector& axis);
   void Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre);
   void Rotate(double angle, const CNuVector& axis, const CNuPoint& centre);
+
+  // The angle between the normals in degrees, in [0, 180].
+  double AngleWith(const CNuPlane& pl) const;
+  // 0 for planes that are not parallel within NuGetRadianTol().
+  double DistanceTo(const CNuPlane& pl) const;
+  // The same set of points, whichever way the normals point: parallel within radianTol radians and, at the points of
+  // both, closer than lengthTol.
+  ENuBoolean IsEqual(const CNuPlane& pl, double radianTol, double lengthTol) const;
+  // Within an angle of tol radians, either way.
+  ENuBoolean IsParallelTo(const CNuPlane& pl, double tol) const;
+
+  // Halfway between this plane and a point: parallel to this plane. Between a line and this plane, the plane through
+  // their bisector that stands as the line's projection does; a line perpendicular to the plane within
+  // NuGetRadianTol(): CNuOperationException cause 24. Between two planes, the bisector of their smaller angle. The
+  // normals point to the side of this normal.
+  CNuPlane MidPlane(const CNuPoint& p) const;
+  CNuPlane MidPlane(const CNuLine& l) const;
+  CNuPlane MidPlane(const CNuPlane& pl) const;
+
+  // What is common to both; returns 1, or 0 for parallel features within NuGetRadianTol(), also when one lies in the
+  // other. Two planes meet in a line along this normal x the other, whose point is near the points of both.
+  int IntersectWith(const CNuLine& l, CNuPoint* p) const;
+  int IntersectWith(const CNuPlane& pl, CNuLine* l) const;
+  // Replaces the content of `curves` by new objects that the caller owns, a CNuCircle around this normal, or a CNuPoint
+  // when the plane touches the sphere within NuGetLengthTol() or the rounding of the coordinates; returns their number.
+  int IntersectWith(const CNuSphSurf& sphere, CNuObjArray* curves) const;
 
   // Least-squares plane (Pearson, 1901): the point is the mean point, the normal the direction of least extent, in the
   // canonical sign of CNuVector::SymmetricAxis with NuGetTol(). `form` receives the largest minus the smallest signed

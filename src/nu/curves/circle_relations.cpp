@@ -1,0 +1,53 @@
+// Circles against lines, planes and circles, and their points.
+
+#include <cmath>
+
+#include "nu/curves/circle.h"
+#include "nu/foundation/constants.h"
+#include "nu/foundation/internal/failures.h"
+#include "nu/foundation/numeric_helpers.h"
+#include "nu/geometry/internal/feature_data.h"
+#include "nu/geometry/point_array.h"
+
+using nu::internal::Components;
+using nu::internal::DataOf;
+using nu::internal::FailOperation;
+using nu::internal::Store;
+using nu::internal::ToPoint;
+using nu::internal::TouchTol;
+using nu::internal::Vec3;
+
+int CNuCircle::IntersectWith(const CNuLine& l, CNuPoint* p1, CNuPoint* p2) const {
+  return l.IntersectWith(*this, p1, p2);
+}
+
+int CNuCircle::IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const {
+  const auto first = DataOf(*this);
+  const auto second = DataOf(circle);
+  const double size = std::fmax(first.radius, second.radius);
+  return Store(Meet(first, second, TouchTol(size, first.centre, second.centre)), p1, p2);
+}
+
+int CNuCircle::IntersectWith(const CNuPlane& pl, CNuPoint* p1, CNuPoint* p2) const {
+  const auto circle = DataOf(*this);
+  const auto plane = DataOf(pl);
+  return Store(Meet(circle, plane, TouchTol(circle.radius, circle.centre, plane.point)), p1, p2);
+}
+
+// Each point from its own angle: a chain of rotations would carry the roundings of a million steps to the last one.
+CNuPointArray CNuCircle::ToPointArray(int n) const {
+  if (n <= 1) FailOperation(12, "conversion", "CNuCircle::ToPolyline/PointArray()");
+  const Frame frame = GetFrame();
+  const Vec3 origin = Components(frame.origin);
+  const Vec3 x = Components(frame.xaxis);
+  const Vec3 y = Cross(Components(frame.zaxis), x);
+  CNuPointArray points(n);
+  for (int i = 0; i < n - 1; ++i) {
+    double c = 0.0;
+    double s = 0.0;
+    NuCosSin(i * (Nu_2PI / (n - 1)), &c, &s);
+    points.Add(ToPoint(origin + m_radius * c * x + m_radius * s * y));
+  }
+  points.Add(points[0]);
+  return points;
+}

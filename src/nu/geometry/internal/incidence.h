@@ -1,0 +1,91 @@
+#ifndef NU_GEOMETRY_INTERNAL_INCIDENCE_H
+#define NU_GEOMETRY_INTERNAL_INCIDENCE_H
+
+#include <cfloat>
+
+#include "nu/geometry/internal/vec3.h"
+
+// Where lines, planes, circles and spheres meet and come closest. Directions and normals are unit vectors. Differences
+// of points come first, so a common offset cancels.
+namespace nu::internal {
+
+struct Line3 {
+  Vec3 At(double t) const { return point + t * direction; }
+
+  Vec3 point;
+  Vec3 direction;
+};
+
+struct Plane3 {
+  double Height(Vec3 p) const { return Dot(p - point, normal); }
+
+  Vec3 point;
+  Vec3 normal;
+};
+
+struct Circle3 {
+  Vec3 centre;
+  Vec3 normal;
+  double radius = 0.0;
+};
+
+inline double Norm(Vec3 v) {
+  return std::sqrt(Dot(v, v));
+}
+
+inline double LargestComponent(Vec3 v) {
+  return std::max({std::fabs(v.x), std::fabs(v.y), std::fabs(v.z)});
+}
+
+// Coordinates of this size are known to their last place only: no coincidence is told apart below that.
+inline double CoincidenceTol(double lengthTol, double size) {
+  constexpr double kRoundings = 8.0;  // of two points, their difference, a unit direction and the products
+  return std::max(lengthTol, kRoundings * DBL_EPSILON * size);
+}
+
+// A sine that is not above the tolerance. A tolerance that is no number makes everything parallel, and exact
+// parallelism needs none.
+inline bool IsParallel(double sine, double radianTol) {
+  return !(sine > radianTol);
+}
+
+// Where two lines are closest; for parallel ones opposite the point of the first.
+struct Approach {
+  bool parallel = false;
+  double alongFirst = 0.0;
+  double alongSecond = 0.0;
+  double distance = 0.0;
+};
+Approach ClosestApproach(const Line3& first, const Line3& second, double radianTol);
+
+// A line across a ball or disk whose centre has the distance h from it, the foot standing opposite the centre: how many
+// points it has on the border, and how far they are from the foot.
+struct Chord {
+  int count = 0;
+  double half = 0.0;
+};
+Chord ChordAt(double h, double radius, double tol);
+
+// Up to two points.
+struct Points2 {
+  void Add(Vec3 p) { at[count++] = p; }
+
+  int count = 0;
+  Vec3 at[2];
+};
+
+// In the order of the line.
+Points2 Meet(const Line3& line, const Circle3& circle, double tol);
+Points2 MeetSphere(const Line3& line, Vec3 centre, double radius, double tol);
+// In the order of circle normal x plane normal. None for a circle in the plane.
+Points2 Meet(const Circle3& circle, const Plane3& plane, double tol);
+// None for circles that share more than two points. Circles in one plane: first the point to the left of the way from
+// centre to centre, seen from the tip of the first normal; else in the order of first normal x second normal.
+Points2 Meet(const Circle3& first, const Circle3& second, double tol);
+
+// The line in which two planes meet, near their points. The sine between the normals must not be zero.
+Line3 Meet(const Plane3& first, const Plane3& second);
+
+}  // namespace nu::internal
+
+#endif

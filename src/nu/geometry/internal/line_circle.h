@@ -1,0 +1,18 @@
+#ifndef NU_GEOMETRY_INTERNAL_LINE_CIRCLE_H
+#define NU_GEOMETRY_INTERNAL_LINE_CIRCLE_H
+
+#include "nu/geometry/internal/incidence.h"
+
+namespace nu::internal {
+
+// The least distance between a line and a circle, as a curve, and the points of the line that have it within the
+// tolerance, in the order of the line: one, or two that are farther apart than the tolerance.
+struct NearLine {
+  double distance = 0.0;
+  Points2 points;
+};
+NearLine ClosestTo(const Line3& line, const Circle3& circle, double tol);
+
+}  // namespace nu::internal
+
+#endif

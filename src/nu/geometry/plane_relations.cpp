@@ -1,0 +1,106 @@
+// Planes against points, lines, planes and spheres.
+//
+// Two planes with normals n1, n2, turned to make no obtuse angle, are equally far from the points of
+// (n1 + n2).x = n1.P1 + n2.P2; from P1 such a point lies n2.(P2 - P1) / |n1 + n2|^2 along n1 + n2, whose square is 2 at
+// least. Between a plane and a line with direction d, q that of its projection, the bisecting plane holds the bisector
+// d + q and has the normal n (1 + d.q) - q (d.n).
+
+#include <cmath>
+#include <memory>
+
+#include "nu/foundation/internal/failures.h"
+#include "nu/foundation/object_array.h"
+#include "nu/geometry/internal/feature_data.h"
+#include "nu/surfaces/sphere.h"
+
+using nu::internal::ChordAt;
+using nu::internal::Components;
+using nu::internal::DataOf;
+using nu::internal::FailOperation;
+using nu::internal::IsParallel;
+using nu::internal::Line3;
+using nu::internal::Plane3;
+using nu::internal::ToPoint;
+using nu::internal::TouchTol;
+using nu::internal::ToVector;
+using nu::internal::Vec3;
+
+namespace {
+
+bool AreParallel(const Plane3& first, const Plane3& second) {
+  return IsParallel(Norm(Cross(first.normal, second.normal)), NuGetRadianTol());
+}
+
+std::unique_ptr<CNuObject> Section(const Plane3& plane, Vec3 centre, double radius) {
+  const double height = plane.Height(centre);
+  const CNuPoint foot = ToPoint(centre - height * plane.normal);
+  const auto chord = ChordAt(std::fabs(height), radius, TouchTol(radius, plane.point, centre));
+  if (chord.count == 0) return nullptr;
+  if (chord.count == 1) return std::make_unique<CNuPoint>(foot);
+  return std::make_unique<CNuCircle>(chord.half, foot, ToVector(plane.normal));
+}
+
+}  // namespace
+
+double CNuPlane::AngleWith(const CNuPlane& pl) const {
+  return m_normal.AngleWith(pl.m_normal);
+}
+
+double CNuPlane::DistanceTo(const CNuPlane& pl) const {
+  return AreParallel(DataOf(*this), DataOf(pl)) ? pl.m_point.DistanceTo(*this) : 0.0;
+}
+
+ENuBoolean CNuPlane::IsEqual(const CNuPlane& pl, double radianTol, double lengthTol) const {
+  const bool close = pl.m_point.DistanceTo(*this) < lengthTol && m_point.DistanceTo(pl) < lengthTol;
+  return close ? IsParallelTo(pl, radianTol) : NuFalse;
+}
+
+ENuBoolean CNuPlane::IsParallelTo(const CNuPlane& pl, double tol) const {
+  return m_normal.IsParallelTo(pl.m_normal, tol);
+}
+
+CNuPlane CNuPlane::MidPlane(const CNuPoint& p) const {
+  return CNuPlane(p.MidPoint(*this), m_normal);
+}
+
+CNuPlane CNuPlane::MidPlane(const CNuLine& l) const {
+  const Line3 line = DataOf(l);
+  const Plane3 plane = DataOf(*this);
+  const double rise = Dot(line.direction, plane.normal);
+  const Vec3 projected = Rejection(line.direction, plane.normal);
+  if (IsParallel(Norm(projected), NuGetRadianTol())) FailOperation(24, "calculation", "CNuPlane::MidPlane(CNuLine)");
+  const Vec3 q = Unit(projected);
+  const Vec3 normal = (1.0 + Dot(line.direction, q)) * plane.normal - rise * q;
+  return CNuPlane(l.MidLine(*this).GetPoint(), ToVector(normal));
+}
+
+CNuPlane CNuPlane::MidPlane(const CNuPlane& pl) const {
+  const Plane3 first = DataOf(*this);
+  const Plane3 second = DataOf(pl);
+  const Vec3 other = Dot(first.normal, second.normal) < 0.0 ? -1.0 * second.normal : second.normal;
+  const Vec3 sum = first.normal + other;
+  const double way = Dot(other, second.point - first.point) / Dot(sum, sum);
+  return CNuPlane(ToPoint(first.point + way * sum), ToVector(sum));
+}
+
+int CNuPlane::IntersectWith(const CNuLine& l, CNuPoint* p) const {
+  return l.IntersectWith(*this, p);
+}
+
+int CNuPlane::IntersectWith(const CNuPlane& pl, CNuLine* l) const {
+  const Plane3 first = DataOf(*this);
+  const Plane3 second = DataOf(pl);
+  if (AreParallel(first, second)) return 0;
+  const Line3 common = Meet(first, second);
+  *l = CNuLine(ToPoint(common.point), ToVector(common.direction));
+  return 1;
+}
+
+int CNuPlane::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* curves) const {
+  std::unique_ptr<CNuObject> section = Section(DataOf(*this), Components(sphere.GetCentre()), sphere.GetRadius());
+  curves->Clear();
+  if (!section) return 0;
+  curves->Add(section.get());
+  section.release();
+  return 1;
+}
