@@ -1,0 +1,40 @@
+#ifndef NU_NUMERICS_INTEGRAL_2D_H
+#define NU_NUMERICS_INTEGRAL_2D_H
+
+#include "nu/export.h"
+#include "nu/foundation/object.h"
+
+namespace nu::internal {
+struct Quadrature;
+}
+
+// The integral of a function of two variables over x from ax to bx and y from ay to by, with an estimate of its error.
+// The type code is set by the first successful Calculate and is 0 before.
+class NU_EXPORT CNuIntegral2D : public CNuNumericalAnalysis {
+ public:
+  CNuIntegral2D() = default;
+  CNuIntegral2D(const CNuIntegral2D&) = default;
+  CNuIntegral2D& operator=(const CNuIntegral2D&) = default;
+  ~CNuIntegral2D() override;
+
+  // The integral over x of the integrals of f(x, y) over y, whose bounds are constant or functions of x. Tolerance,
+  // failures and methods are those of CNuIntegral::Calculate; a failing inner integral fails the whole. At least
+  // 57600 samples are taken, on average at most 2097152 in each of the maxIter levels. Bounds in reverse order negate,
+  // the inner ones for that x alone. Smooth bounds are best: where an inner bound has a kink, let x end.
+  double Calculate(double (*f)(double, double), double ax, double bx, double ay, double by, double tol,
+                   long maxIter = 20);
+  double Calculate(double (*f)(double, double), double ax, double bx, double (*ay)(double), double (*by)(double),
+                   double tol, long maxIter = 20);
+
+  // Of the last successful Calculate; 0 before.
+  double GetValue() const { return m_value; }
+  double GetErrorEstimate() const { return m_error; }
+
+ private:
+  double Store(const nu::internal::Quadrature& q);
+
+  double m_value = 0.0;
+  double m_error = 0.0;
+};
+
+#endif

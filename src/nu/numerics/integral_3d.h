@@ -1,0 +1,42 @@
+#ifndef NU_NUMERICS_INTEGRAL_3D_H
+#define NU_NUMERICS_INTEGRAL_3D_H
+
+#include "nu/export.h"
+#include "nu/foundation/object.h"
+
+namespace nu::internal {
+struct Quadrature;
+}
+
+// The integral of a function of three variables over x from ax to bx, y from ay to by and z from az to bz, with an
+// estimate of its error. The type code is set by the first successful Calculate and is 0 before.
+class NU_EXPORT CNuIntegral3D : public CNuNumericalAnalysis {
+ public:
+  CNuIntegral3D() = default;
+  CNuIntegral3D(const CNuIntegral3D&) = default;
+  CNuIntegral3D& operator=(const CNuIntegral3D&) = default;
+  ~CNuIntegral3D() override;
+
+  // The integral over x of the integrals over y of the integrals of f(x, y, z) over z. Bounds are constant, or
+  // functions of the outer variables. Tolerance, failures and methods are those of CNuIntegral::Calculate; a failing
+  // inner integral fails the whole. At least 216000 samples are taken, on average at most 4194304 in each of the
+  // maxIter levels. Bounds in reverse order negate, the inner ones for those x and y alone. Smooth bounds are best:
+  // where an inner bound has a kink, let an outer interval end.
+  double Calculate(double (*f)(double, double, double), double ax, double bx, double ay, double by, double az,
+                   double bz, double tol, long maxIter = 20);
+  double Calculate(double (*f)(double, double, double), double ax, double bx, double (*ay)(double),
+                   double (*by)(double), double (*az)(double, double), double (*bz)(double, double), double tol,
+                   long maxIter = 20);
+
+  // Of the last successful Calculate; 0 before.
+  double GetValue() const { return m_value; }
+  double GetErrorEstimate() const { return m_error; }
+
+ private:
+  double Store(const nu::internal::Quadrature& q);
+
+  double m_value = 0.0;
+  double m_error = 0.0;
+};
+
+#endif

@@ -1,0 +1,43 @@
+#ifndef NU_NUMERICS_INTERNAL_PANEL_RULES_H
+#define NU_NUMERICS_INTERNAL_PANEL_RULES_H
+
+#include "nu/numerics/internal/function_ref.h"
+
+namespace nu::internal {
+
+// A value of the integrand. Where it is an integral itself, its own error estimate comes along.
+struct Sample {
+  double value;
+  double error = 0.0;
+};
+using Integrand = FunctionRef<Sample(double)>;
+
+// A part lo < hi of the interval of integration, with what one rule says about the integral over it.
+struct Panel {
+  double lo;
+  double hi;
+  double value = 0.0;
+  double absolute = 0.0;  // integral of the absolute value
+  double carried = 0.0;   // integral of the samples' own errors
+  double error = 0.0;     // estimate for the rule, without rounding
+  double atLo = 0.0;      // the integrand at the ends, by extrapolation: no rule samples it there
+  double atHi = 0.0;
+  double gap = 0.0;        // from an end to the nearest sample
+  int depth = 0;           // halvings that led to this panel
+  bool rough = false;      // the samples do not look like those of a smooth function
+  bool settled = false;    // not to be divided any more
+  bool notFinite = false;  // a sample was not finite, or the integral overflowed
+};
+
+// Gauss-Kronrod with 7 and 15 points; none of them is an end.
+Panel KronrodPanel(const Integrand& f, double lo, double hi, int depth);
+inline constexpr int kKronrodSamples = 15;
+
+// Double-exponential rule for integrands that are singular at an end of the panel; the ends are approached as closely
+// as double allows and never reached. The panel is settled when its error is at most `goal`. *samples takes what was
+// spent.
+Panel DoubleExponentialPanel(const Integrand& f, double lo, double hi, double goal, long* samples);
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,99 @@
+#include "nu/numerics/interpolation.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "nu/foundation/internal/failures.h"
+#include "nu/numerics/internal/cubic_hermite.h"
+#include "nu/numerics/internal/interpolation_guards.h"
+#include "nu/numerics/internal/natural_spline.h"
+#include "nu/numerics/internal/neville.h"
+
+using nu::internal::Locate;
+using nu::internal::Place;
+
+namespace {
+
+constexpr const char* kName = "CNuInterpolation";
+constexpr const char* kInit = "CNuInterpolation::Init()";
+constexpr const char* kPolynomial = "CNuInterpolation::Polynomial()";
+// Bounds the work of one value. No data is so good that a polynomial of this degree gains by more points.
+constexpr int kMostPolynomialPoints = 1024;
+
+const CNuDoubleArray& Checked(const CNuDoubleArray& x, const CNuDoubleArray& y) {
+  if (x.GetSize() != y.GetSize()) nu::internal::FailOperation(5, nu::internal::kArrayChecking, kName);
+  nu::internal::RequireGrid(x, nu::internal::kArrayChecking, kName);
+  nu::internal::RequireFinite(y.GetData(), y.GetSize(), nu::internal::kArrayChecking, kName);
+  return x;
+}
+
+}  // namespace
+
+CNuInterpolation::CNuInterpolation(const CNuDoubleArray& x, const CNuDoubleArray& y)
+    : CNuNumericalAnalysis(NuTypeInterpolation), m_x(Checked(x, y)), m_y(y), m_slopes(y) {
+  try {
+    nu::internal::NaturalSpline(m_x.GetData(), GetSize()).Derivatives(m_y.GetData(), m_slopes.GetData());
+  } catch (const std::bad_alloc&) {
+    throw CNuMemoryException(kInit);
+  }
+}
+
+CNuInterpolation& CNuInterpolation::operator=(CNuInterpolation other) noexcept {
+  CNuNumericalAnalysis::operator=(other);
+  m_x = std::move(other.m_x);
+  m_y = std::move(other.m_y);
+  m_slopes = std::move(other.m_slopes);
+  return *this;
+}
+
+CNuInterpolation::~CNuInterpolation() = default;
+
+void CNuInterpolation::RequireInside(double x, const char* where) const {
+  nu::internal::RequireInside(m_x, x, where);
+}
+
+double CNuInterpolation::Linear(double x) const {
+  RequireInside(x, "CNuInterpolation::Linear()");
+  const Place p = Locate(m_x.GetData(), GetSize(), x);
+  const double* y = m_y.GetData() + p.i;
+  return std::lerp(y[0], y[1], p.t);
+}
+
+double CNuInterpolation::Polynomial(double x, double* error) const {
+  RequireInside(x, kPolynomial);
+  const Place p = Locate(m_x.GetData(), GetSize(), x);
+  const int nearest = p.t < 0.5 ? p.i : p.i + 1;
+  nu::internal::PolynomialValue result{m_y.GetData()[nearest], 0.0};
+  if (m_x.GetData()[nearest] != x) {
+    const int count = std::min(GetSize(), kMostPolynomialPoints);
+    const int first = std::clamp(nearest - count / 2, 0, GetSize() - count);
+    try {
+      std::vector<double> room(2 * static_cast<std::size_t>(count));
+      result = nu::internal::NevilleValue(m_x.GetData() + first, m_y.GetData() + first, count, nearest - first, x,
+                                          room.data());
+    } catch (const std::bad_alloc&) {
+      throw CNuMemoryException(kPolynomial);
+    }
+  }
+  if (error != nullptr) *error = result.error;
+  return result.value;
+}
+
+double CNuInterpolation::Spline(double x) const {
+  RequireInside(x, "CNuInterpolation::Spline()");
+  const Place p = Locate(m_x.GetData(), GetSize(), x);
+  const double* y = m_y.GetData() + p.i;
+  const double* k = m_slopes.GetData() + p.i;
+  return nu::internal::CubicValue(p, y[0], y[1], k[0], k[1]);
+}
+
+double CNuInterpolation::SplineDerivative(double x) const {
+  RequireInside(x, "CNuInterpolation::SplineDerivative()");
+  const Place p = Locate(m_x.GetData(), GetSize(), x);
+  const double* y = m_y.GetData() + p.i;
+  const double* k = m_slopes.GetData() + p.i;
+  return nu::internal::CubicDerivative(p, y[0], y[1], k[0], k[1]);
+}
