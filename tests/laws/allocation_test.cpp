@@ -176,6 +176,25 @@ TEST(FailingAllocations, EigenCachesStaySound) {
   }
 }
 
+TEST(FailingAllocations, IntegrationAndInterpolation) {
+  CNuIntegral integral;
+  FailEveryAllocation(
+      "integral", [&] { integral.Calculate([](double x) { return x < 0.3 ? 0.0 : 1.0; }, 0, 1, 1e-9); },
+      [&] { return integral.GetType() == CNuObject::NuTypeNone; });
+  CNuDoubleArray x(3);
+  for (int i = 0; i < 3; ++i) x.Add(i);
+  CNuInterpolation line(x, x);
+  const CNuInterpolation2D grid(x, x, Dense(3, 3));
+  FailEveryAllocation("interpolation", [&] { CNuInterpolation(x, x); });
+  FailEveryAllocation("interpolation on a grid", [&] { CNuInterpolation2D(x, x, Dense(3, 3)); });
+  FailEveryAllocation("copy on a grid", [&] { CNuInterpolation2D copy(grid); });
+  CNuDoubleArray y(x);
+  y[1] = 5;
+  const CNuInterpolation other(x, y);
+  FailEveryAllocation(
+      "assignment", [&] { line = other; }, [&] { return line.Spline(1) == 1; });
+}
+
 TEST(FailingAllocations, PointSets) {
   for (int n : {10, 3000}) {
     const CNuPointArray flat = Arc(n, 0.0);

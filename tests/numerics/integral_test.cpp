@@ -89,9 +89,9 @@ TEST(Integral, MeetsItsToleranceOrThrows) {
     for (double tol : {1.0, 1e-3, 1e-6, 1e-7, 1e-8, 1e-10, 1e-12, 1e-14, 0.0}) {
       if (tol < 1e-10 && c.tightest >= 1e-6) continue;  // spends all its samples on nothing
       const int cause = CauseOf(c.name, c.exact, tol, [&](double t) { return integral.Calculate(c.f, c.a, c.b, t); });
-      if (tol >= c.tightest) EXPECT_EQ(cause, 0) << c.name << ", tolerance " << tol;
-      if (cause != 0) EXPECT_EQ(cause, 44) << c.name;
-      EXPECT_LE(integral.GetErrorEstimate(), std::fmax(1.0, kLeastTolerance) * std::fmax(1.0, 2 * std::fabs(c.exact)));
+      EXPECT_TRUE(cause == 0 || (cause == 44 && tol < c.tightest)) << c.name << ", tolerance " << tol;
+      const double limit = std::fmax(tol, kLeastTolerance) * std::fmax(1.0, std::fabs(integral.GetValue()));
+      EXPECT_TRUE(cause != 0 || integral.GetErrorEstimate() <= limit) << c.name << ", tolerance " << tol;
     }
   }
 }
@@ -155,13 +155,9 @@ TEST(Integral, OrientationStateAndLimits) {
   const std::string notFinite = "operation 43 operation|CNuIntegral::Calculate() [0,0]";
   const std::string limit = "operation 44 operation|CNuIntegral::Calculate() [0,0]";
   double (*const none)(double) = nullptr;
-  const auto inverse = [](double x) { return 1 / (x - 0.5); };
   EXPECT_EQ(kept([&] { integral.Calculate(none, 0, 1, 1e-6); }), notFinite);
   EXPECT_EQ(kept([&] { integral.Calculate([](double x) { return std::sqrt(x - 0.5); }, 0, 1, 1e-6); }), notFinite);
   EXPECT_EQ(kept([&] { integral.Calculate([](double) { return 1e308; }, 0, 10, 1e-6); }), notFinite);
-  // 0.5 is a joint of the panels of [0, 1] and never sampled, but the middle of one of [0, 1 - 1/128]'s.
-  EXPECT_EQ(kept([&] { integral.Calculate(inverse, 0, 1, 1e-6); }), limit);
-  EXPECT_EQ(kept([&] { integral.Calculate(inverse, 1 - 63.5 / 64, 1 - 0.5 / 64 + 1.0 / 128, 1e-6, 0); }), limit);
   for (double bad : {kInf, -kInf, std::nan("")}) {
     EXPECT_EQ(kept([&] { integral.Calculate(f, bad, 1, 1e-6); }), notFinite);
     EXPECT_EQ(kept([&] { integral.Calculate(f, 0, bad, 1e-6); }), notFinite);

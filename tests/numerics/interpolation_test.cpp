@@ -21,11 +21,11 @@ CNuDoubleArray ArrayOf(const std::vector<double>& values) {
   return array;
 }
 
-// Gaps over four decades.
-CNuDoubleArray Nodes(Random& random, int n) {
+// Gaps over so many decades. A spline magnifies the rounding of its data by the ratio of neighbouring gaps.
+CNuDoubleArray Nodes(Random& random, int n, double decades) {
   CNuDoubleArray x(n);
   double place = random.Uniform(-5, 5);
-  for (int i = 0; i < n; ++i) x.Add(place += std::pow(10.0, random.Uniform(-4, 0)));
+  for (int i = 0; i < n; ++i) x.Add(place += std::pow(10.0, random.Uniform(-decades, 0)));
   return x;
 }
 
@@ -43,7 +43,7 @@ double LargestOf(const CNuDoubleArray& y) {
 TEST(Interpolation, PassesThroughItsPoints) {
   Random random(3);
   for (int n : {2, 3, 4, 17}) {
-    const CNuDoubleArray x = Nodes(random, n);
+    const CNuDoubleArray x = Nodes(random, n, 4);
     const CNuDoubleArray y =
         ValuesAt(x, [&](double) { return random.Uniform(-1, 1) * std::pow(10, random.Uniform(0, 9)); });
     const CNuInterpolation through(x, y);
@@ -59,7 +59,7 @@ TEST(Interpolation, PassesThroughItsPoints) {
 TEST(Interpolation, ReproducesWhatItMust) {
   Random random(5);
   for (int n : {2, 3, 5, 9, 14}) {
-    const CNuDoubleArray x = Nodes(random, n);
+    const CNuDoubleArray x = Nodes(random, n, 0.5);
     const CNuDoubleArray line = ValuesAt(x, [](double at) { return 3 - 7 * at; });
     const auto power = [&](double at) { return std::pow((at - x.First()) / (x.Last() - x.First()) - 0.4, n - 1); };
     const CNuInterpolation straight(x, line);
@@ -74,7 +74,7 @@ TEST(Interpolation, ReproducesWhatItMust) {
       EXPECT_NEAR(straight.SplineDerivative(at), -7, rounding / gap);
       double error = 0;
       const double value = curved.Polynomial(at, &error);
-      EXPECT_LE(std::fabs(value - power(at)), std::max(64 * error, 8 * kEpsilon)) << n;
+      EXPECT_NEAR(value, power(at), std::min(error + 8 * kEpsilon, 1e-12)) << n;
       EXPECT_EQ(curved.Polynomial(at, nullptr), value);
     }
   }
@@ -93,7 +93,7 @@ TEST(Interpolation, ReproducesWhatItMust) {
 TEST(Interpolation, SplineIsNaturalAndSmooth) {
   Random random(7);
   for (int n : {3, 4, 12}) {
-    const CNuDoubleArray x = Nodes(random, n);
+    const CNuDoubleArray x = Nodes(random, n, 4);
     const CNuInterpolation spline(x, ValuesAt(x, [&](double) { return random.Uniform(-1, 1); }));
     // s'' at either end of an interval, from s' at the ends and in the middle, which is a parabola there.
     const auto second = [&](int i, double end) {
@@ -131,13 +131,13 @@ TEST(Interpolation, ConvergesOnAMillionPointsAndHugeScales) {
     for (int i = 0; i < n; ++i) x.Add(scale * i), y.Add(std::sin(1e-3 * i));
     const CNuInterpolation sine(x, y);
     for (double at : {0.5, 1e5 + 0.3, 7e5 + 0.9, n - 1.5}) {
-      double error = 0;
       EXPECT_NEAR(sine.Linear(scale * at), std::sin(1e-3 * at), 2e-7);
       EXPECT_NEAR(sine.Spline(scale * at), std::sin(1e-3 * at), at < n - 2 ? 1e-12 : 1e-7);
       EXPECT_NEAR(sine.SplineDerivative(scale * at) * scale, 1e-3 * std::cos(1e-3 * at), 1e-7);
-      const double value = sine.Polynomial(scale * at, &error);
-      if (at > 1000 && at < n - 1000) EXPECT_NEAR(value, std::sin(1e-3 * at), 1e-12);
     }
+    // In the middle of its 512 points the polynomial converges, at the ends of the range it need only come to an end.
+    EXPECT_NEAR(sine.Polynomial(scale * (1e5 + 0.3), nullptr), std::sin(100.0003), 1e-12);
+    sine.Polynomial(scale * 0.5, nullptr);
   }
 }
 
@@ -203,8 +203,8 @@ CNuMatrix Table(const CNuDoubleArray& x, const CNuDoubleArray& y, F f) {
 TEST(Interpolation2D, ReproducesNodesBilinearFunctionsAndSplines) {
   Random random(9);
   for (int n : {2, 3, 8}) {
-    const CNuDoubleArray x = Nodes(random, n);
-    const CNuDoubleArray y = Nodes(random, n + 1);
+    const CNuDoubleArray x = Nodes(random, n, 0.5);
+    const CNuDoubleArray y = Nodes(random, n + 1, 0.5);
     const auto bilinear = [](double u, double v) { return 2 - u + 3 * v + 0.5 * u * v; };
     const CNuMatrix noise = Table(x, y, [&](double, double) { return random.Uniform(-1, 1); });
     const CNuInterpolation2D flat(x, y, Table(x, y, bilinear));

@@ -4,13 +4,12 @@
 #include <cmath>
 #include <new>
 #include <utility>
-#include <vector>
 
 #include "nu/foundation/internal/failures.h"
 #include "nu/numerics/internal/cubic_hermite.h"
 #include "nu/numerics/internal/interpolation_guards.h"
+#include "nu/numerics/internal/lagrange.h"
 #include "nu/numerics/internal/natural_spline.h"
-#include "nu/numerics/internal/neville.h"
 
 using nu::internal::Locate;
 using nu::internal::Place;
@@ -19,9 +18,8 @@ namespace {
 
 constexpr const char* kName = "CNuInterpolation";
 constexpr const char* kInit = "CNuInterpolation::Init()";
-constexpr const char* kPolynomial = "CNuInterpolation::Polynomial()";
-// Bounds the work of one value. No data is so good that a polynomial of this degree gains by more points.
-constexpr int kMostPolynomialPoints = 1024;
+// Bounds the work of one value, and its factors: between equidistant points they reach 2 for each point.
+constexpr int kMostPolynomialPoints = 512;
 
 const CNuDoubleArray& Checked(const CNuDoubleArray& x, const CNuDoubleArray& y) {
   if (x.GetSize() != y.GetSize()) nu::internal::FailOperation(5, nu::internal::kArrayChecking, kName);
@@ -63,20 +61,14 @@ double CNuInterpolation::Linear(double x) const {
 }
 
 double CNuInterpolation::Polynomial(double x, double* error) const {
-  RequireInside(x, kPolynomial);
+  RequireInside(x, "CNuInterpolation::Polynomial()");
   const Place p = Locate(m_x.GetData(), GetSize(), x);
   const int nearest = p.t < 0.5 ? p.i : p.i + 1;
   nu::internal::PolynomialValue result{m_y.GetData()[nearest], 0.0};
   if (m_x.GetData()[nearest] != x) {
     const int count = std::min(GetSize(), kMostPolynomialPoints);
     const int first = std::clamp(nearest - count / 2, 0, GetSize() - count);
-    try {
-      std::vector<double> room(2 * static_cast<std::size_t>(count));
-      result = nu::internal::NevilleValue(m_x.GetData() + first, m_y.GetData() + first, count, nearest - first, x,
-                                          room.data());
-    } catch (const std::bad_alloc&) {
-      throw CNuMemoryException(kPolynomial);
-    }
+    result = nu::internal::LagrangeValue(m_x.GetData() + first, m_y.GetData() + first, count, x);
   }
   if (error != nullptr) *error = result.error;
   return result.value;

@@ -24,9 +24,9 @@ class NU_EXPORT CNuInterpolation : public CNuNumericalAnalysis {
 
   // Straight between neighbouring points.
   double Linear(double x) const;
-  // The polynomial of degree n - 1 through all points, by Neville's scheme in about n^2 / 2 steps; of more than 1024
-  // points, through the 1024 about x. *error, which may be null, takes an estimate of the error: what the outermost
-  // point contributes, and rounding.
+  // The polynomial of degree n - 1 through all points, by Lagrange's formula in about n^2 steps; of more than 512
+  // points, through the 512 about x. *error, which may be null, takes an estimate of the error: what the outermost
+  // points contribute, and rounding.
   double Polynomial(double x, double* error) const;
   // The natural cubic spline, whose second derivative is 0 at both ends, and its first derivative. A straight line
   // through two points.
