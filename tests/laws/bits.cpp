@@ -110,6 +110,21 @@ void AddDecompositions(int n, Noise& noise, Bits& bits) {
   bits.Add(system.GetSolution());
 }
 
+void AddTrigonometricRoots(int degree, Noise& noise, Bits& bits) {
+  CNuTriagPolynomial p(degree);
+  for (int k = 0; k <= degree; ++k) {
+    p.Cos(k) = noise();
+    p.Sin(k) = noise();
+  }
+  CNuTriagEqu equation;
+  for (const CNuTriagPolynomial& f : {p, p * p}) {
+    equation.Solve(f);
+    const CNuDoubleArray roots = equation.GetRoots();
+    for (int i = 0; i < roots.GetSize(); ++i) bits.Add(roots[i]);
+    bits.Add(f.ValueAt(degree));
+  }
+}
+
 }  // namespace
 
 int main() {
@@ -117,6 +132,7 @@ int main() {
   Bits bits;
   for (const int n : {5, 17, 1000, 30000}) AddFits(n, noise, bits);
   for (const int n : {3, 4, 9, 33, 120}) AddDecompositions(n, noise, bits);
+  for (const int n : {1, 2, 5, 16}) AddTrigonometricRoots(n, noise, bits);
   std::printf("%016" PRIx64 "\n", bits.Value());
   return 0;
 }

@@ -8,14 +8,15 @@
 
 // The equation f(u) = 0 of a trigonometric polynomial f, solved for all its real roots in [0, 2 pi), in radians.
 //
-// No root is missed and none invented: bounds of the derivatives prove on every part of the circle how many there are,
-// to the accuracy that the coefficients have. These are taken to be exact to 16 roundings; so an extremum with |f| of
-// at most 16 eps times the sum of the harmonics' magnitudes touches zero. It is a double root, at the place of the
-// extremum, stored twice with the same value; roots of higher multiplicity likewise. An extremum beyond that gives two
-// roots or none. Simple roots have the error of one rounding of the coefficients, and of the angle.
+// No root is missed and none invented: bounds of the derivatives prove for every part of the circle how many there are,
+// to the accuracy that the coefficients have. These are taken to be right to 16 roundings, so an extremum with |f| of
+// at most 16 eps times the sum of the magnitudes sqrt(a_k^2 + b_k^2) touches zero. It is a double root at the place of
+// the extremum, stored twice with the same value; roots of higher multiplicity likewise. An extremum beyond that gives
+// two roots or none. Simple roots are as near as the rounding of the coefficients and of the angle lets them be.
 //
 // The size of f does not matter; harmonics that are negligible beside the others do not disturb. Degree 1 is solved in
-// closed form. A constant has no roots, not even the constant 0.
+// closed form, and so is f when all its harmonics are multiples of one. The time grows as the square of the degree. A
+// constant has no roots, not even the constant 0.
 class NU_EXPORT CNuTriagEqu : public CNuTrigonometry {
  public:
   // No roots.

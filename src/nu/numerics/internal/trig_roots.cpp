@@ -29,10 +29,13 @@ constexpr double kAngleResolution = 2 * kEps;
 // Roots so close below 2 pi are 0: the error of a root and of 2 pi as a double.
 constexpr double kSeam = 8 * kEps;
 
-// A step that does not halve the value is followed by a bisection, so each pair of steps halves the bracket or the
-// value, both from less than a full turn to rounding: twice 52 steps and a few.
-constexpr int kMostSteps = 120;
-// Newton on the accurate sum: twice is the rule, the rest is for roots that almost are double.
+// Newton's method takes half a dozen steps. After more than that many bisection takes over, which needs 54 from a full
+// turn to the resolution.
+constexpr int kMostNewtonSteps = 60;
+constexpr int kMostSteps = kMostNewtonSteps + 54;
+// From this error on one step on the accurate sum leaves rounding where the curvature is not much above the slope.
+constexpr double kPolishable = 1e-9;
+// Newton's method on the accurate sum: one step is the rule, the rest is for roots that almost are double.
 constexpr int kMostPolishingSteps = 6;
 
 struct Root {
@@ -52,8 +55,8 @@ class Descent {
       : m_isolation(isolation), m_f(f), m_order(order), m_roots(roots) {}
 
   // A point where the value is known, but which is no extremum.
-  void VisitPlain(double u, double value) {
-    if (std::fabs(value) > m_isolation.Noise(m_order)) VisitNonZero({u, value});
+  void VisitPlain(const Point& point) {
+    if (std::fabs(point.value) > m_isolation.Noise(m_order)) VisitNonZero(point);
   }
 
   void VisitCritical(const Root& critical) {
@@ -91,39 +94,44 @@ class Descent {
     m_touching = {0.0, 0};
   }
 
-  // Newton's method from the secant's root, kept in a bracket that shrinks.
+  // Newton's method from the secant's root, kept in a bracket that shrinks, until what is left is for Polished.
   double Bracketed(const Point& left, const Point& right) const {
     double low = left.u, high = right.u;
     const double floor = m_isolation.EvaluationError(m_order);
     double u = low + (high - low) * (left.value / (left.value - right.value));
     double previous = std::numeric_limits<double>::infinity();
     for (int step = 0; step < kMostSteps && high - low > kAngleResolution; ++step) {
-      const auto [value, slope] = m_f.At(u);
+      const auto [value, tSlope] = m_f.At(u);
+      const double slope = tSlope * m_f.Degree();
       ((value > 0.0) == (right.value > 0.0) ? high : low) = u;
-      double next = u - value / (slope * m_f.Degree());
+      double next = u - value / slope;
       const bool inside = next >= low && next <= high;
-      if (inside && (std::fabs(value) <= floor || std::fabs(next - u) <= kAngleResolution)) return next;
-      if (!inside || std::fabs(value) > 0.5 * previous) next = low + 0.5 * (high - low);
+      if (inside && (std::fabs(value) <= floor || ErrorAfter(next - u, slope) <= kPolishable)) return next;
+      if (!inside || step >= kMostNewtonSteps || std::fabs(value) > 0.5 * previous) next = low + 0.5 * (high - low);
       previous = std::fabs(value);
       u = next;
     }
     return u;
   }
 
-  // Newton's method on the accurate sum, until the next step must be below the resolution: with the second derivative
-  // bounded, an error e becomes at most curvature / slope e^2 / 2.
+  // Newton's method on the accurate sum.
   double Polished(double u, double low, double high) const {
     const int n = m_f.Degree();
-    const double curvature = m_isolation.Bound(m_order + 2) * n * n;
     for (int step = 0; step < kMostPolishingSteps; ++step) {
       const double slope = m_f.At(u).slope * n;
       const double change = TrigValue(m_f.Cos(), m_f.Sin(), n, u) / slope;
       const double next = u - change;
       if (!(next >= low && next <= high)) break;
       u = next;
-      if (0.5 * curvature * change * change <= kAngleResolution * std::fabs(slope)) break;
+      if (ErrorAfter(change, slope) <= kAngleResolution) break;
     }
     return u;
+  }
+
+  // Bounds what a Newton step leaves, which with the second derivative f'' is f'' / (2 slope) times the step's square.
+  double ErrorAfter(double change, double slope) const {
+    const int n = m_f.Degree();
+    return 0.5 * m_isolation.Bound(m_order + 2) * n * n * change * change / std::fabs(slope);
   }
 
   const TrigIsolation& m_isolation;
@@ -141,7 +149,7 @@ std::vector<Root> Descend(const TrigIsolation& isolation, const TrigSeries& f, i
   std::vector<Root> roots;
   Descent descent(isolation, f, order, roots);
   const auto visitEnd = [&](const TrigPoint& p) {
-    descent.VisitPlain(p.u, order < TrigSeries::kSamples ? p.d[order] : f.At(p.u).value);
+    descent.VisitPlain({p.u, order < TrigSeries::kSamples ? p.d[order] : f.At(p.u).value});
   };
   std::size_t next = 0;
   bool inside = false;

@@ -11,7 +11,7 @@ namespace nu::internal {
 // An extremum whose value is at most kCoefficientRoundings eps times the sum of the harmonics' magnitudes touches zero:
 // a root of even multiplicity, as often the same value. Neighbouring extrema that all touch make one root. Coefficients
 // that are sums of ten to twenty products, as those of intersecting quadrics are, are off by about that, so a smaller
-// value cannot be told from zero, and two roots that such an extremum parts are nearer than the square root of it.
+// value cannot be told from zero.
 inline constexpr double kCoefficientRoundings = 16.0;
 
 std::vector<double> TrigRoots(const double* a, const double* b, int n);
