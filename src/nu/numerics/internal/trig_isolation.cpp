@@ -11,6 +11,9 @@ namespace {
 
 // The first cells are a quarter of the shortest period long: most of them then are settled at once.
 constexpr int kCellsPerHarmonic = 4;
+// The errors of a derivative and of the next two in its Taylor polynomial, on half of a cell, beside the error of the
+// derivative: 1 + h + h^2 / 2 with h < 0.8, and the higher orders err a little more.
+constexpr double kNoiseOfTaylor = 2.5;
 // Cutting ends where the cells are as short as the roots are exact.
 constexpr int kDeepest = 48;
 // No polynomial of small degree comes near it; one of high degree that vanishes within rounding on a part of the circle
@@ -25,10 +28,10 @@ TrigIsolation::TrigIsolation(const TrigSeries& f, double coefficientRoundings)
       m_mostPoints(kMostCellsPerHarmonic * static_cast<std::size_t>(f.Degree())) {
   f.Bounds(kHighestOrder + 4, m_bound);
   for (int j = 0; j <= kHighestOrder; ++j) m_noise[j] = (m_touchRoundings + f.EvaluationError(j)) * m_bound[j];
-  const int cells = kCellsPerHarmonic * f.Degree();
-  std::vector<TrigPoint> grid(static_cast<std::size_t>(cells) + 1);
-  for (int i = 0; i < cells; ++i) {
-    grid[i].u = Nu_2PI * i / cells;
+  const std::size_t cells = kCellsPerHarmonic * static_cast<std::size_t>(f.Degree());
+  std::vector<TrigPoint> grid(cells + 1);
+  for (std::size_t i = 0; i < cells; ++i) {
+    grid[i].u = Nu_2PI * static_cast<double>(i) / static_cast<double>(cells);
     f.Sample(grid[i].u, grid[i].d);
   }
   // Where |f| is large no root and no extremum that touches is near: the turn may start there. A turn added to an angle
@@ -41,7 +44,7 @@ TrigIsolation::TrigIsolation(const TrigSeries& f, double coefficientRoundings)
   grid.back() = grid.front();
   grid.back().u += Nu_2PI;
   m_points.reserve(grid.size() + grid.size() / 2);
-  for (int i = 0; i < cells; ++i) Cut(grid[i], grid[i + 1], 0);
+  for (std::size_t i = 0; i < cells; ++i) Cut(grid[i], grid[i + 1], 0);
   m_points.push_back(grid.back());
 }
 
@@ -74,8 +77,8 @@ int TrigIsolation::OrderOf(const TrigPoint& left, const TrigPoint& right, int de
   if (highest == sampled) return kHighestOrder + 1;
   double l[kHighestOrder + 3];
   double r[kHighestOrder + 3];
-  m_f.Derivatives(left.u, 0, highest + 3, l);
-  m_f.Derivatives(right.u, 0, highest + 3, r);
+  m_f.Derivatives(left.u, highest + 3, l);
+  m_f.Derivatives(right.u, highest + 3, r);
   for (int order = sampled + 1; order <= highest; ++order) {
     if (KeepsSign(order, l + order, r + order, half)) return order;
   }
@@ -92,7 +95,7 @@ bool TrigIsolation::ProvesSign(int order, double sign, const double* d, double d
   const double fall = std::max(0.0, -sign * direction * d[1]);
   const double bend = std::max(0.0, -sign * d[2]);
   const double least = sign * d[0] - half * (fall + half * (bend / 2 + half * m_bound[order + 3] / 6));
-  return least > Noise(order);
+  return least > kNoiseOfTaylor * Noise(order);
 }
 
 // What the values at the ends say beyond that: whether there is a root at all.

@@ -184,11 +184,10 @@ std::vector<Root> GeneralRoots(const TrigSeries& f) {
 // a cos u + b sin u + c, with a maximum at the angle of (a, b): the roots lie symmetrically about it. Their distance
 // from it depends on A^2 - c^2, A^2 = a^2 + b^2, which is formed without cancellation.
 std::vector<Root> FirstDegreeRoots(double a, double b, double c) {
-  const double squares = a * a + b * b;
-  const double difference = squares - c * c;
-  const double squareRest = (b * b - (squares - a * a)) + std::fma(a, a, -(a * a)) + std::fma(b, b, -(b * b));
-  const double rest = std::fma(-c, c, c * c) + squareRest;
-  const double discriminant = difference + rest;
+  const auto [smaller, larger] = std::minmax({a * a, b * b});
+  const double squares = larger + smaller;
+  const double lost = smaller - (squares - larger) + std::fma(a, a, -(a * a)) + std::fma(b, b, -(b * b));
+  const double discriminant = (squares - c * c) + (lost - std::fma(c, c, -(c * c)));
   const double size = std::sqrt(squares) + std::fabs(c);
   const double top = std::atan2(b, a);
   if (std::fabs(discriminant) <= kCoefficientRoundings * kEps * size * size) return {{c > 0.0 ? top + Nu_PI : top, 2}};

@@ -72,15 +72,15 @@ TrigSeries::ValueAndSlope TrigSeries::At(double u) const {
   return sum;
 }
 
-void TrigSeries::Derivatives(double u, int first, int count, double* d) const {
-  for (int i = 0; i < count; ++i) d[i] = first + i == 0 ? m_a[0] : 0.0;
+void TrigSeries::Derivatives(double u, int count, double* d) const {
+  for (int j = 0; j < count; ++j) d[j] = j == 0 ? m_a[0] : 0.0;
   Turning turn(u);
   for (int k = 1;; turn.Next()) {
     const double w = m_weight[k];
     double value = m_a[k] * turn.c + m_b[k] * turn.s;
     double slope = m_b[k] * turn.c - m_a[k] * turn.s;
-    for (int j = 0; j < first + count; ++j) {
-      if (j >= first) d[j - first] += value;
+    for (int j = 0; j < count; ++j) {
+      d[j] += value;
       const double next = w * slope;
       slope = -w * value;
       value = next;

@@ -27,8 +27,8 @@ class TrigSeries {
     double slope;  // with respect to t
   };
   ValueAndSlope At(double u) const;
-  // d[i] becomes the derivative of order first + i, i < count, in any number.
-  void Derivatives(double u, int first, int count, double* d) const;
+  // The same for any number of them.
+  void Derivatives(double u, int count, double* d) const;
 
   // bound[j] becomes the sum of (k/n)^j |harmonic k|, j < count: no derivative of order j is larger.
   void Bounds(int count, double* bound) const;
