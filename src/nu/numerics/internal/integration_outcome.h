@@ -19,7 +19,8 @@ inline void RequireConverged(const Quadrature& q, const char* where) {
 // A null pointer has no finite values.
 template<class... Functions>
 void RequireFunctions(const char* where, Functions... functions) {
-  if (((functions == nullptr) || ...)) FailOperation(kNotFinite, "operation", where);
+  const bool all = (... && static_cast<bool>(functions));
+  if (!all) FailOperation(kNotFinite, "operation", where);
 }
 
 }  // namespace nu::internal
