@@ -23,7 +23,7 @@ constexpr long kHalvingsPerLevel = 3;
 constexpr long kMostLevels = 40;
 
 // Panels at the start and samples for each level, by the number of dimensions. On a line, 128 panels and three further
-// halvings where anything stirs find peaks of 1/10000 of the interval; over an area and a volume that cannot be paid.
+// halvings where anything stirs find peaks of 1/5000 of the interval; over an area and a volume that cannot be paid.
 struct Effort {
   int panels;
   int confirmations;
