@@ -6,7 +6,7 @@
 #include "nu/numerics/polynomial.h"
 
 // The Chebyshev polynomial of the first kind T_n as a polynomial in powers of x. The coefficients are those of the
-// recurrence T_n = 2x T_(n-1) - T_(n-2) in double arithmetic: exact integers up to degree 43.
+// recurrence T_n = 2x T_(n-1) - T_(n-2) in double arithmetic: exact up to degree 80.
 class NU_EXPORT CNuChebyshevPolynomial : public CNuAlgebra {
  public:
   // n < 0: CNuConstructionException cause 2, "degree". No memory: CNuMemoryException.
