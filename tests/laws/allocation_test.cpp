@@ -249,4 +249,22 @@ TEST(FailingAllocations, TrigonometricPolynomials) {
   FailEveryAllocation("distinct roots", [&] { equation.GetDistinctRoots(1e-9); });
 }
 
+TEST(FailingAllocations, Polynomials) {
+  CNuDoubleArray x(600);
+  for (int i = 0; i < 600; ++i) x.Add(0.01 * i);
+  for (int n : {3, 40}) {
+    CNuPolynomial p(n), fitted(n);
+    fitted.FitMinMax(0, 1, std::sin);
+    const auto unchanged = [&] { return p.GetDegree() == n && p.ValueAt(0.5) == 0.0; };
+    FailEveryAllocation("product", [&] { fitted* fitted - fitted; });
+    FailEveryAllocation("Chebyshev polynomial", [n] { CNuChebyshevPolynomial t(n); });
+    const std::function<void()> changes[] = {[&] { p.Fit(x, x); }, [&] { p.FitMinMax(0, 1, std::sin); },
+                                             [&] { p = fitted; }};
+    for (const auto& change : changes) {
+      p = CNuPolynomial(n);
+      FailEveryAllocation("change of a polynomial", change, unchanged);
+    }
+  }
+}
+
 }  // namespace

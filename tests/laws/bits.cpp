@@ -125,6 +125,24 @@ void AddTrigonometricRoots(int degree, Noise& noise, Bits& bits) {
   }
 }
 
+void AddPolynomials(int n, Noise& noise, Bits& bits) {
+  CNuDoubleArray x(n), y(n);
+  for (int i = 0; i < n; ++i) {
+    x.Add(3.0 + noise());
+    y.Add(noise());
+  }
+  for (const int degree : {1, 5, 14}) {
+    CNuPolynomial p(degree);
+    double sum = 0.0;
+    p.Fit(x, y, &sum);
+    bits.Add(sum);
+    for (int i = 0; i <= degree; ++i) bits.Add(p[i]);
+    p.FitMinMax(1.0, 2.0, [](double t) { return 1.0 / t; });
+    bits.Add(p.ValueAt(1.25));
+    for (int i = 0; i <= degree; ++i) bits.Add(p[i]);
+  }
+}
+
 }  // namespace
 
 int main() {
@@ -133,6 +151,7 @@ int main() {
   for (const int n : {5, 17, 1000, 30000}) AddFits(n, noise, bits);
   for (const int n : {3, 4, 9, 33, 120}) AddDecompositions(n, noise, bits);
   for (const int n : {1, 2, 5, 16}) AddTrigonometricRoots(n, noise, bits);
+  for (const int n : {4, 1000, 30000}) AddPolynomials(n, noise, bits);
   std::printf("%016" PRIx64 "\n", bits.Value());
   return 0;
 }

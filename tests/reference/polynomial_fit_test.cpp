@@ -37,10 +37,6 @@ TEST_P(PolynomialReference, MeetsFullBounds) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Published, PolynomialReference,
-                         testing::ValuesIn(nu::test::ReferenceFiles("lit-ls-polynomial-")), [](const auto& set) {
-                           std::string name = set.param.stem().string();
-                           std::replace(name.begin(), name.end(), '-', '_');
-                           return name;
-                         });
+                         testing::ValuesIn(nu::test::ReferenceFiles("lit-ls-polynomial-")));
 
 }  // namespace

@@ -54,13 +54,13 @@ class NU_EXPORT CNuPolynomial : public CNuAlgebra {
   // Drops leading coefficients below NuGetZero(), never the constant term. The storage keeps its size.
   void Simplify();
 
-  // Least squares of the polynomial's own degree; the Chebyshev expression is detached. Where the samples do not
-  // determine all coefficients (fewer samples than coefficients, or singular values below 1e-10 and NuGetTol() of the
-  // largest) the smallest solution is taken. Coefficients below 1e-10 become exactly 0. residualSum receives the sum of
-  // squared residuals, 0 where it is below NuGetTol(). A y that is not finite makes the coefficients NaN. Sizes differ:
-  // CNuOperationException cause 5, "data checking"; no samples: CNuConstructionException cause 1, of the empty matrix;
-  // a power of an x that is not finite, or no convergence: cause 46, "calculation", of its decomposition; no memory:
-  // CNuMemoryException or std::bad_alloc. After a failure nothing has changed.
+  // Least squares over the polynomials of this degree; drops the Chebyshev expression. Coefficients that the samples do
+  // not determine (fewer samples than coefficients; singular values of the powers below 1e-10 of the largest, or below
+  // NuGetTol() of it) come out as small as possible. Those below 1e-10 become exactly 0. residualSum, unless null,
+  // receives the sum of squared residuals, 0 where it is below NuGetTol(). A y that is not finite makes everything NaN.
+  // Sizes differ: CNuOperationException cause 5, "data checking"; no samples: CNuConstructionException cause 1, that of
+  // a matrix without rows; a power of an x that is not finite, or a singular value that is not found: cause 46,
+  // "calculation"; no memory: CNuMemoryException or std::bad_alloc. A failure changes nothing.
   void Fit(const CNuDoubleArray& x, const CNuDoubleArray& y);
   void Fit(const CNuDoubleArray& x, const CNuDoubleArray& y, double* residualSum);
 

@@ -1,6 +1,4 @@
 #include <cmath>
-#include <new>
-#include <utility>
 
 #include "nu/foundation/double_array.h"
 #include "nu/foundation/internal/failures.h"

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <vector>
 
 #include "nu/foundation/internal/simd.h"
@@ -25,30 +24,31 @@ namespace nu::internal {
 namespace {
 
 struct Extent {
-  double lowest = std::numeric_limits<double>::infinity();
-  double highest = -std::numeric_limits<double>::infinity();
-  double largest = 0.0;  // |y|
-  bool finite = true;    // all x
+  double lowest;
+  double highest;
+  double largest;  // |y|
+  bool finite;     // all x
 };
 
+NU_ALWAYS_INLINE void Widen(double x, double y, double& low, double& high, double& size, double& difference) {
+  low = x < low ? x : low;
+  high = x > high ? x : high;
+  size = std::fabs(y) > size ? std::fabs(y) : size;
+  difference += x - x;
+}
+
 NU_KERNEL Extent Measure(const Samples& samples) {
-  double low[kLanes], high[kLanes], size[kLanes], notANumber[kLanes] = {};
+  double low[kLanes], high[kLanes], size[kLanes] = {}, difference[kLanes] = {};
   std::fill_n(low, kLanes, samples.x[0]);
   std::fill_n(high, kLanes, samples.x[0]);
-  std::fill_n(size, kLanes, 0.0);
-  const auto take = [&](int l, double x, double y) {
-    low[l] = x < low[l] ? x : low[l];
-    high[l] = x > high[l] ? x : high[l];
-    size[l] = std::fabs(y) > size[l] ? std::fabs(y) : size[l];
-    notANumber[l] += x - x;
-  };
   int i = 0;
   for (; i + kLanes <= samples.count; i += kLanes) {
-    for (int l = 0; l < kLanes; ++l) take(l, samples.x[i + l], samples.y[i + l]);
+    NU_LANE_LOOP
+    for (int l = 0; l < kLanes; ++l) Widen(samples.x[i + l], samples.y[i + l], low[l], high[l], size[l], difference[l]);
   }
-  for (int l = 0; i < samples.count; ++i, ++l) take(l, samples.x[i], samples.y[i]);
+  for (; i < samples.count; ++i) Widen(samples.x[i], samples.y[i], low[0], high[0], size[0], difference[0]);
   return {*std::min_element(low, low + kLanes), *std::max_element(high, high + kLanes),
-          *std::max_element(size, size + kLanes), SumLanes(notANumber) == 0.0};
+          *std::max_element(size, size + kLanes), SumLanes(difference) == 0.0};
 }
 
 SeriesFrame FrameOf(const Extent& extent) {
