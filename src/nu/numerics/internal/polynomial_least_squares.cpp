@@ -177,7 +177,7 @@ NU_KERNEL double ResidualSum(const Samples& samples, const double* a, int degree
   int i = 0;
   for (; i + kLanes <= samples.count; i += kLanes) {
     double value[kLanes];
-    for (int l = 0; l < kLanes; ++l) value[l] = a[degree];
+    for (double& v : value) v = a[degree];
     for (int j = degree - 1; j >= 0; --j) {
       NU_LANE_LOOP
       for (int l = 0; l < kLanes; ++l) value[l] = value[l] * samples.x[i + l] + a[j];
