@@ -225,4 +225,127 @@ TEST(InscribedCircle, DoesNotDependOnTheOrderOfThePoints) {
   }
 }
 
+double WidthFrom(const CNuPoint& centre, const CNuPointArray& points) {
+  const Extremes e = DistancesFrom(centre, points);
+  return e.farthest - e.nearest;
+}
+
+// No small step, in any of many directions, makes the annulus narrower.
+bool IsLocalOptimum(const CNuPoint& centre, const CNuPointArray& points) {
+  const double width = WidthFrom(centre, points);
+  for (double angle = 0.5; angle < 360.0; angle += 3.0) {
+    const CNuPoint step(1e-6 * std::cos(angle * nu::test::kDegree), 1e-6 * std::sin(angle * nu::test::kDegree));
+    if (WidthFrom(centre + step, points) < width - 1e-14) return false;
+  }
+  return true;
+}
+
+// The narrowest locally optimal annulus among those with four contacts, each pair of points and each pair of such pairs
+// being tried; infinite when there is none.
+double NarrowestWidth(const CNuPointArray& points) {
+  double best = kInf;
+  const int n = points.GetSize();
+  for (int outer = 0; outer < n * n; ++outer) {
+    for (int inner = 0; inner < outer; ++inner) {
+      const CNuPoint &p = points[outer / n], &q = points[outer % n], &r = points[inner / n], &s = points[inner % n];
+      if (outer / n <= outer % n || inner / n <= inner % n) continue;
+      const double ax = q.x() - p.x(), ay = q.y() - p.y(), bx = s.x() - r.x(), by = s.y() - r.y();
+      const CNuPoint m = p.MidPoint(q), k = r.MidPoint(s);
+      const double t = ((k.x() - m.x()) * bx + (k.y() - m.y()) * by) / (-ay * bx + ax * by);
+      const CNuPoint centre(m.x() - t * ay, m.y() + t * ax);
+      const double width = WidthFrom(centre, points);
+      if (width < best - 1e-13 && IsLocalOptimum(centre, points)) best = width;
+    }
+  }
+  return best;
+}
+
+TEST(ZoneCircle, AgreesWithAllSupportSets) {
+  Random random(504);
+  for (int run = 0; run < 250; ++run) {
+    const CNuPointArray points = SmallSet(random, run);
+    CNuVector normal;
+    if (CNuGeometry::AreCollinear(points, &normal, 1e-12) == 1) continue;
+    CNuCircle circle(7.0);
+    double form = -1.0;
+    const double best = NarrowestWidth(points);
+    const std::string failure = FailureOf([&] { circle.FitMinZone(points, &form, 1e-12, 1000); });
+    if (best == kInf) {
+      ASSERT_EQ(failure, "bestfit 9 |CNuCircle [0,0]") << run << " " << form;
+      continue;
+    }
+    ASSERT_EQ(failure, "nothing") << run << " " << best;
+    ASSERT_NEAR(form, best, 1e-12) << run;
+    ASSERT_NEAR(WidthFrom(circle.GetCentre(), points), form, 1e-13) << run;
+  }
+}
+
+TEST(ZoneCircle, FailsInOrderAndLeavesEverything) {
+  CNuCircle circle(7.0), inner(7.0), outer(7.0);
+  double form = -1.0;
+  const auto failure = [&](const CNuPointArray& points, long limit = 1000) {
+    return FailureOf([&] { circle.FitMinZone(points, &form, &inner, &outer, 1e-9, limit); });
+  };
+  Random random(505);
+  const CNuPointArray noisy = nu::test::CircleCloud(random, 30, 10.0, 360.0, 0.05);
+  EXPECT_EQ(failure(CNuPointArray(1), 0), "bestfit 13 |CNuCircle [0,0]");
+  EXPECT_EQ(failure(CNuPointArray(1)), "bestfit 1 |CNuCircle [1,0]");
+  EXPECT_EQ(failure(PointsOf({{0, 0}, {1, 0}, {0, 1}, {0, 0, 1}})), "bestfit 11 |CNuCircle [0,0]");
+  EXPECT_EQ(failure(PointsOf({{0, 0}, {1, 0}, {0, 1}, {kNaN, 1}})), "bestfit 11 |CNuCircle [0,0]");
+  EXPECT_EQ(failure(noisy, 1), "bestfit 12 |CNuCircle [0,0]");
+  CNuPointArray many = nu::test::CircleCloud(random, 5000, 10.0, 360.0, 1e-9);
+  NuSetTol(1e-6);
+  EXPECT_EQ(failure(many, 2), "bestfit 12 |FindMinimalAnnulus [0,0]");
+  NuSetTol(4.45e-16);
+  EXPECT_EQ(FailureOf([&] { circle.FitMinZoneEx(noisy, &form, 1e-9, 0); }), "bestfit 13 |CNuCircle [0,0]");
+  NuSetLengthTol(1e-5);
+  EXPECT_EQ(circle.FitMinZoneEx(noisy, &form, 1e-9, 1), NuFitNoConvergence);
+  EXPECT_EQ(circle.FitMinZoneEx(CNuPointArray(1), &form, 1e-9, 1), NuFitFailure);
+  EXPECT_EQ(NuGetLengthTol(), 1e-5);
+  NuSetLengthTol(1e-12);
+  EXPECT_EQ(circle.GetRadius() + inner.GetRadius() + outer.GetRadius(), 21.0);
+  EXPECT_EQ(form, -1.0);
+  EXPECT_EQ(failure(PointsOf({{1, 1}, {5, 4}, {3, 2.5}})), "nothing") << "on one line";
+  EXPECT_EQ(form, 0.0);
+  EXPECT_EQ(circle.GetRadius(), 2.5);
+  EXPECT_EQ(outer.GetRadius() - inner.GetRadius(), 0.0);
+}
+
+// Rigid motion, scale and order carry all three circles along; what encloses encloses, and the zone is never wider than
+// the least-squares form.
+TEST(MinimaxCircles, FollowTheirPoints) {
+  Random random(506);
+  for (const double sweep : {360.0, 200.0, 60.0}) {
+    for (const int n : {10, 300, 5000}) {
+      const CNuPointArray flat = nu::test::CircleCloud(random, n, 10.0, sweep, 0.02);
+      const nu::test::Motion motion = nu::test::RandomMotion(random, 100.0);
+      CNuPointArray moved = nu::test::Shuffled(random, motion(flat));
+      CNuCircle a(1.0), b(1.0), inner(1.0), outer(1.0);
+      double form = 0.0, formMoved = 0.0, sumsq = 0.0;
+      const auto same = [&](double tol) {
+        EXPECT_NEAR(a.GetRadius(), b.GetRadius(), tol);
+        EXPECT_NEAR(motion(a.GetCentre()).DistanceTo(b.GetCentre()), 0.0, tol);
+        EXPECT_NEAR((motion.Direction(CNuPoint(0, 0, 1)).To3DVector() * b.GetNormal()).Magnitude(), 0.0, 1e-12);
+      };
+      a.FitMin(flat, 1e-9), b.FitMin(moved, 1e-9);
+      same(1e-11);
+      const Extremes around = DistancesFrom(a.GetCentre(), flat);
+      EXPECT_NEAR(around.farthest, a.GetRadius(), 1e-14);
+      a.FitMax(flat, 1e-9), b.FitMax(moved, 1e-9);
+      same(1e-10);
+      EXPECT_NEAR(DistancesFrom(a.GetCentre(), flat).nearest, a.GetRadius(), 1e-13);
+      EXPECT_LE(a.GetRadius(), around.farthest);
+      a.FitMinZone(flat, &form, &inner, &outer, 1e-9, 1000), b.FitMinZone(moved, &formMoved, 1e-9, 1000);
+      same(1e-9);
+      EXPECT_NEAR(form, formMoved, 1e-12);
+      EXPECT_NEAR(WidthFrom(a.GetCentre(), flat), form, 1e-13);
+      EXPECT_EQ(outer.GetRadius() - inner.GetRadius(), form);
+      EXPECT_EQ(inner.GetCentre().DistanceTo(outer.GetCentre()), 0.0);
+      EXPECT_NEAR(0.5 * (inner.GetRadius() + outer.GetRadius()), a.GetRadius(), 1e-14);
+      a.Fit(flat, &formMoved, &sumsq, 1000);
+      EXPECT_LE(form, formMoved);
+    }
+  }
+}
+
 }  // namespace

@@ -35,6 +35,15 @@ Fitted Inscribed(const CNuPointArray& points, double tol, long) {
   return f;
 }
 
+Fitted Zone(const CNuPointArray& points, double tol, long limit) {
+  Fitted f;
+  CNuCircle inner(1.0), outer(1.0);
+  f.circle.FitMinZone(points, &f.zone, &inner, &outer, tol, limit);
+  f.inner = inner.GetRadius();
+  f.outer = outer.GetRadius();
+  return f;
+}
+
 CNuPointArray PointsOf(const Json& set) {
   CNuPointArray points(static_cast<int>(set["points"].Size()));
   for (std::size_t i = 0; i < set["points"].Size(); ++i) {
@@ -115,7 +124,8 @@ TEST_P(CircleReference, RefusesWhatCannotBeFitted) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, CircleReference,
-                         testing::Values(Criterion{"mc", Circumscribed, 11, 1}, Criterion{"mi", Inscribed, 8, 3}),
+                         testing::Values(Criterion{"mc", Circumscribed, 11, 1}, Criterion{"mi", Inscribed, 8, 3},
+                                         Criterion{"mz", Zone, 8, 1}),
                          [](const auto& set) { return std::string(set.param.name); });
 
 }  // namespace

@@ -1,15 +1,19 @@
 #include <cmath>
 
 #include "nu/curves/circle.h"
+#include "nu/geometry/internal/annulus2.h"
 #include "nu/geometry/internal/empty_circle2.h"
 #include "nu/geometry/internal/enclosing_ball.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/flatness.h"
+#include "nu/geometry/internal/round_least_squares.h"
 #include "nu/geometry/plane.h"
 
 // Minimax circles. The points are projected into their least-squares plane, along in-plane axes X and Y; the problems
 // there are those of nu/geometry/internal. Points that share one z need no projection: their plane is z = const.
 
+using nu::internal::Annulus;
+using nu::internal::AnnulusEnd;
 using nu::internal::Components;
 using nu::internal::EmptyCircle;
 using nu::internal::EnclosingBall;
@@ -17,6 +21,8 @@ using nu::internal::FailFit;
 using nu::internal::LengthToleranceScope;
 using nu::internal::PointBlocks;
 using nu::internal::RequireCount;
+using nu::internal::RequireIterations;
+using nu::internal::Vec2;
 using nu::internal::Vec3;
 using nu::internal::ViewOf;
 
@@ -44,6 +50,12 @@ struct Placement {
   CNuPoint centre;
   CNuVector xaxis;
   CNuVector normal;
+};
+
+struct Zone {
+  Placement middle;
+  double inner;
+  double outer;
 };
 
 bool IsDegenerate(const CNuPointArray& pts, double tol) {
@@ -99,10 +111,54 @@ PlaneFrame FrameOf(const CNuPointArray& pts, double tol) {
   return frame;
 }
 
+bool IsInPlane(const PlaneFrame& frame, double tol) {
+  return frame.form <= tol || frame.form == 0.0;
+}
+
 PlaneFrame RequirePlane(const CNuPointArray& pts, double tol) {
   const PlaneFrame frame = FrameOf(pts, tol);
-  if (!(frame.form <= tol) && frame.form != 0.0) FailFit(nu::internal::kPointsNotInPlane, kName, kLeastPoints);
+  if (!IsInPlane(frame, tol)) FailFit(nu::internal::kPointsNotInPlane, kName, kLeastPoints);
   return frame;
+}
+
+// Points that are no circle at all can make the steps creep: after so many the start is as good as it gets.
+constexpr long kMostStartSteps = 50;
+
+// The centre of the least-squares circle, or where its iteration has come to.
+Vec2 LeastSquaresCentre(PointBlocks& blocks, const PlaneFrame& frame, long maxiter) {
+  const Vec3 axes[] = {Components(frame.x), Components(frame.y)};
+  nu::internal::RoundLeastSquares<2> fit(blocks, {axes[0], axes[1]});
+  if (!fit.Start()) return {};
+  const nu::internal::GaussNewtonRule rule{.tolerance = NuGetTol(),
+                                           .large = NuGetLarge(),
+                                           .limit = std::min(maxiter, kMostStartSteps),
+                                           .takesLastStep = true,
+                                           .endsAtGrowth = false,
+                                           .endsBeforeLimit = false};
+  const nu::internal::GaussNewtonEnd end = RunGaussNewton(fit, rule);
+  if (end == nu::internal::GaussNewtonEnd::limitReached && maxiter <= kMostStartSteps) {
+    FailFit(nu::internal::kIterationLimit, kName);
+  }
+  return {Dot(fit.Centre(), axes[0]), Dot(fit.Centre(), axes[1])};
+}
+
+Annulus FindMinimalAnnulus(const CNuPointArray& pts, const PlaneFrame& frame, long maxiter) {
+  constexpr const char* step = "FindMinimalAnnulus";
+  RequireIterations(maxiter, step);
+  RequireCount(pts, kLeastPoints, step);
+  PointBlocks blocks(ViewOf(pts), frame.origin);
+  const Vec2 start = LeastSquaresCentre(blocks, frame, maxiter);
+  const Annulus found = NarrowestAnnulus(blocks, {Components(frame.x), Components(frame.y)}, start, maxiter);
+  if (found.end == AnnulusEnd::limitReached) FailFit(nu::internal::kIterationLimit, step);
+  if (found.end == AnnulusEnd::noOptimum) FailFit(nu::internal::kExchangeFailed, kName);
+  if (found.end == AnnulusEnd::notFinite || !std::isfinite(found.outer))
+    FailFit(nu::internal::kNumericalFailure, kName);
+  return found;
+}
+
+// Points in space are to be held by a torus around the circle, which the library does not fit.
+[[noreturn]] void FitMinZoneInSpace() {
+  FailFit(nu::internal::kNumericalFailure, kName);
 }
 
 }  // namespace
@@ -144,4 +200,43 @@ void CNuCircle::FitMax(const CNuPointArray& pts, double tol) {
 ENuFitResult CNuCircle::FitMaxEx(const CNuPointArray& pts, double tol) {
   const LengthToleranceScope scope(tol);
   return nu::internal::ResultOf([&] { FitMax(pts, tol); });
+}
+
+void CNuCircle::FitMinZone(const CNuPointArray& pts, double* form, double tol, long maxiter) {
+  FitMinZone(pts, form, nullptr, nullptr, tol, maxiter);
+}
+
+void CNuCircle::FitMinZone(const CNuPointArray& pts, double* form, CNuCircle* inner, CNuCircle* outer, double tol,
+                           long maxiter) {
+  RequireIterations(maxiter, kName);
+  nu::internal::TranslateForeign(kName, [&] {
+    RequireCount(pts, 1, kName);
+    Zone zone;
+    if (IsDegenerate(pts, tol)) {
+      zone.middle = CircleOnLongestEdge(pts);
+      zone.inner = zone.outer = zone.middle.radius;
+    } else {
+      const PlaneFrame frame = FrameOf(pts, tol);
+      if (!IsInPlane(frame, tol)) FitMinZoneInSpace();
+      const Annulus found = FindMinimalAnnulus(pts, frame, maxiter);
+      zone = {
+          {0.5 * found.inner + 0.5 * found.outer, frame.PointAt(found.centre.x, found.centre.y), frame.x, frame.normal},
+          found.inner,
+          found.outer};
+    }
+    const Placement& m = zone.middle;
+    Place(m.radius, m.centre, m.xaxis, m.normal);
+    *form = zone.outer - zone.inner;
+    if (inner != nullptr) inner->Place(zone.inner, m.centre, m.xaxis, m.normal);
+    if (outer != nullptr) outer->Place(zone.outer, m.centre, m.xaxis, m.normal);
+  });
+}
+
+ENuFitResult CNuCircle::FitMinZoneEx(const CNuPointArray& pts, double* form, double tol, long maxiter) {
+  return FitMinZoneEx(pts, form, nullptr, nullptr, tol, maxiter);
+}
+
+ENuFitResult CNuCircle::FitMinZoneEx(const CNuPointArray& pts, double* form, CNuCircle* inner, CNuCircle* outer,
+                                     double tol, long maxiter) {
+  return nu::internal::ResultWithin(tol, maxiter, kName, [&] { FitMinZone(pts, form, inner, outer, tol, maxiter); });
 }

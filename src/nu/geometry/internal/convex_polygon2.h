@@ -24,8 +24,10 @@ class ConvexPolygon2 {
   // Where a ray from a point inside or on the border leaves the polygon; log n.
   Exit ExitOf(Vec2 inside, Vec2 direction) const;
 
- private:
+  // The corner farthest in a direction; log n.
   std::size_t ExtremeCorner(Vec2 direction) const;
+
+ private:
   Vec2 Corner(std::size_t i) const { return m_corners[i % m_corners.size()]; }
   Vec2 Side(std::size_t i) const { return Corner(i + 1) - Corner(i); }
 

@@ -1,63 +1,22 @@
 #include "nu/geometry/internal/empty_circle2.h"
 
-#include <limits>
+#include <algorithm>
 
 #include "nu/geometry/internal/convex_polygon2.h"
-#include "nu/geometry/internal/delaunay2.h"
+#include "nu/geometry/internal/voronoi_edge2.h"
 
 // The distance from the nearest point has its largest values within the hull at Voronoi vertices and where Voronoi
 // edges leave the hull (M. I. Shamos, D. Hoey, Closest-point problems, FOCS 1975; G. T. Toussaint, Computing largest
-// empty circles with location constraints, 1983). The Voronoi edge of a Delaunay edge pq is the set of the points
-//
-//   m + t n,   m = (p + q) / 2,   n = q - p turned to the left,
-//
-// with t from -cot(b) / 2 to cot(a) / 2 for the angles a and b opposite pq in the triangles to its left and right; at t
-// the squared distance from p and q is |n|^2 (1/4 + t^2). Both kinds of candidates are the ends of such an edge, cut
-// off where it leaves the hull.
+// empty circles with location constraints, 1983). Both are the ends of a Voronoi edge, cut off where it leaves the
+// hull.
 
 namespace nu::internal {
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // Radii, and coordinates of centres, that differ by no more are equal within the rounding of the points' coordinates,
 // which is up to two steps of the grid.
 constexpr double kSameRadius = 4.0;
 constexpr double kSameCentre = 64.0;
-
-struct VoronoiEdge {
-  Vec2 p, q;
-  Vec2 middle;
-  Vec2 normal;
-  double square;  // of the normal
-  Delaunay2::Site apex[2];
-  double end[2];  // t, to the left and to the right
-
-  double SquareAt(double t) const { return square * (0.25 + t * t); }
-  Vec2 PointAt(double t) const { return middle + t * normal; }
-};
-
-double HalfCotangent(Vec2 p, Vec2 q, Vec2 apex) {
-  return 0.5 * AccurateDot(p - apex, q - apex) / AccurateCross(p - apex, q - apex);
-}
-
-VoronoiEdge EdgeOf(const Delaunay2& mesh, Delaunay2::Edge e) {
-  VoronoiEdge edge;
-  edge.p = mesh.At(mesh.Origin(e));
-  edge.q = mesh.At(mesh.Destination(e));
-  edge.middle = 0.5 * (edge.p + edge.q);
-  edge.normal = Perpendicular(edge.q - edge.p);
-  edge.square = Dot(edge.normal, edge.normal);
-  for (const int side : {0, 1}) {
-    const Delaunay2::Site apex = mesh.Apex(side == 0 ? e : Delaunay2::Opposite(e));
-    edge.apex[side] = apex;
-    const double t = apex == Delaunay2::kNoSite ? kInfinity
-                     : side == 0                ? HalfCotangent(edge.p, edge.q, mesh.At(apex))
-                                                : HalfCotangent(edge.q, edge.p, mesh.At(apex));
-    edge.end[side] = side == 0 ? t : -t;
-  }
-  return edge;
-}
 
 void SetThreeContacts(EmptyCircle& circle, Vec2 p, Vec2 q, Vec2 r) {
   const Vec2 corner[] = {p, q, r, p, q};
@@ -93,7 +52,7 @@ class Search {
     EmptyCircle best;
     for (const Candidate& candidate : m_candidates) {
       if (!MayReach(candidate.square)) continue;
-      const VoronoiEdge edge = EdgeOf(m_mesh, candidate.edge);
+      const VoronoiEdge2 edge(m_mesh, candidate.edge);
       if (best.found && !Precedes(edge.PointAt(candidate.t), best.centre)) continue;
       best = CircleAt(edge, candidate.t);
     }
@@ -109,7 +68,7 @@ class Search {
 
   // Keeps the ends within the hull that may be as far from the points as the farthest so far.
   void Consider(Delaunay2::Edge e) {
-    const VoronoiEdge edge = EdgeOf(m_mesh, e);
+    const VoronoiEdge2 edge(m_mesh, e);
     if (!MayReach(edge.SquareAt(edge.end[0])) && !MayReach(edge.SquareAt(edge.end[1]))) return;
     const double left = std::min(edge.end[0], m_hull.ExitOf(edge.middle, edge.normal).way);
     const double right = std::max(edge.end[1], -m_hull.ExitOf(edge.middle, -1.0 * edge.normal).way);
@@ -134,7 +93,7 @@ class Search {
     return a.x < b.x - kSameCentre || (a.x <= b.x + kSameCentre && a.y < b.y - kSameCentre);
   }
 
-  EmptyCircle CircleAt(const VoronoiEdge& edge, double t) const {
+  EmptyCircle CircleAt(const VoronoiEdge2& edge, double t) const {
     EmptyCircle circle;
     circle.found = true;
     circle.centre = edge.PointAt(t);

@@ -18,6 +18,7 @@ enum FitCause {
   kCollinearPoints = 3,
   kCoplanarPoints = 4,
   kPointsNotInPlane = 5,
+  kExchangeFailed = 9,
   kNumericalFailure = 11,
   kIterationLimit = 12,
   kBadIterationLimit = 13,
