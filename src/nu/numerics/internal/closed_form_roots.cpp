@@ -133,20 +133,8 @@ void ImproveFactors(const double* m, Factor* first, Factor* second) {
   }
 }
 
-}  // namespace
-
-int SolveLinear(const double* c, FoundRoot* roots) {
-  roots[0] = {-c[0] / c[1], 0.0, false};
-  return 1;
-}
-
-int SolveQuadratic(const double* c, FoundRoot* roots) {
-  // In the unit of x in which the outer coefficients are of the same size.
-  const int k = (ExponentOf(c[0]) - ExponentOf(c[2])) / 2;
-  const int e = std::max({ExponentOf(c[0]), c[1] == 0.0 ? -2000 : ExponentOf(c[1]) + k, ExponentOf(c[2]) + 2 * k});
-  const double a = TimesPower(c[2], 2 * k - e);
-  const double half = -0.5 * TimesPower(c[1], k - e);
-  const double constant = TimesPower(c[0], -e);
+// a x^2 - 2 half x + constant, in the unit 2^k of x.
+int SolveModerateQuadratic(double a, double half, double constant, int k, FoundRoot* roots) {
   const double discriminant = ExactDifference(half, a, constant);
   // The share of a rounding by which the three terms at half / a would have to change: 4 c_0 c_2 = c_1^2 up to it.
   constexpr double kHalfRounding = 0.5 * kRounding;
@@ -164,11 +152,32 @@ int SolveQuadratic(const double* c, FoundRoot* roots) {
   return 2;
 }
 
+}  // namespace
+
+int SolveLinear(const double* c, FoundRoot* roots) {
+  roots[0] = {-c[0] / c[1], 0.0, false};
+  return 1;
+}
+
+int SolveQuadratic(const double* c, FoundRoot* roots) {
+  // Products in this range have errors that are exact.
+  const auto isModerate = [](double x) { return std::fabs(x) > 0x1p-200 && std::fabs(x) < 0x1p200; };
+  if (isModerate(c[0]) && isModerate(c[2]) && std::fabs(c[1]) < 0x1p200) {
+    return SolveModerateQuadratic(c[2], -0.5 * c[1], c[0], 0, roots);
+  }
+  // In the unit of x in which the outer coefficients are of the same size.
+  const int k = (ExponentOf(c[0]) - ExponentOf(c[2])) / 2;
+  const int e = std::max({ExponentOf(c[0]), c[1] == 0.0 ? -2000 : ExponentOf(c[1]) + k, ExponentOf(c[2]) + 2 * k});
+  return SolveModerateQuadratic(TimesPower(c[2], 2 * k - e), -0.5 * TimesPower(c[1], k - e), TimesPower(c[0], -e), k,
+                                roots);
+}
+
 int SolveCubic(const double* c, FoundRoot* roots) {
-  const double b = c[2] / (3.0 * c[3]);
-  const double linear = c[1] / c[3];
+  const double inverse = 1.0 / c[3];
+  const double b = c[2] * inverse * (1.0 / 3.0);
+  const double linear = c[1] * inverse;
   const double p = linear * (1.0 / 3.0) - b * b;
-  const double q = b * b * b - 0.5 * (b * linear - c[0] / c[3]);
+  const double q = b * b * b - 0.5 * (b * linear - c[0] * inverse);
   const double x = ImproveCubicRoot(c, OuterRoot(p, q) - b);
   roots[0] = {x, 0.0, false};
   // Divided from both ends, which meet at the largest term.

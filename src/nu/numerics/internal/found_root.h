@@ -6,9 +6,9 @@ namespace nu::internal {
 // A root, or a root of a real polynomial together with its conjugate: both carry the same digits then. A pair has
 // im >= 0, and im = 0 makes it a double real root.
 struct FoundRoot {
-  double re = 0.0;
-  double im = 0.0;
-  bool pair = false;
+  double re;
+  double im;
+  bool pair;
 };
 
 // c_0 + c_1 x + ... + c_n x^n; im is null where all coefficients are real.

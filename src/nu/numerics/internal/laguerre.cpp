@@ -113,11 +113,15 @@ Expansion ExpandOnAxis(const double* c, int degree, double x) {
   return {{b, 0.0}, {d, 0.0}, {f, 0.0}, size};
 }
 
-// The smallest roots in the scaled unit of x.
+// The smallest roots in the scaled unit of x, 2^exponent. Their radius, |c_0 / c_i|^(1/i) where it is least over all i,
+// is between 1/2 and 2.
 struct SmallestRoots {
-  int exponent;   // the unit is 2^exponent
-  double radius;  // |c_0 / c_i|^(1/i), least over all i
-  double reach;   // one of them is nearer to 0
+  int exponent;
+  int index;     // the i of the radius
+  double size;   // |c_i / c_0|, about
+  double reach;  // one of the roots is nearer to 0
+
+  double Radius() const { return std::pow(size, -1.0 / index); }
 };
 
 Number OnCircle(double radius, int k) {
@@ -134,18 +138,18 @@ Number StepFrom(const Expansion& e, Number x, double m, int k, double sqrtTol, c
   if (Squares(den) > sqrtTol * sqrtTol * Squares(e.b)) {
     const Number dx = Quotient(m * e.b, den);
     if (Size(x - dx) <= smallest.reach) return dx;
-    return x - OnCircle(smallest.radius, k);
+    return x - OnCircle(smallest.Radius(), k);
   }
   const double far = 1.0 + std::sqrt(Squares(x));
   return OnCircle(far, k);
 }
 
 // A long step back to where the last one came from closes a cycle that shorter steps need not break.
-bool TurnsBack(Number last, Number x, Number dx, double radius) {
+bool TurnsBack(Number last, Number x, Number dx) {
   constexpr double kLong = 0x1p-6;
   constexpr double kSame = 0x1p-3;
   const double length = Size(dx);
-  return length > kLong * radius && Size((x - last) - dx) < kSame * length;
+  return length > kLong && Size((x - last) - dx) < kSame * length;
 }
 
 template<bool kReal>
@@ -169,7 +173,7 @@ Number Iterate(const Coefficients& p, const LaguerreRules& rules, const Smallest
       bestRatio = ratio;
     }
     Number dx = StepFrom(e, x, p.degree, k, rules.sqrtTol, smallest);
-    if (TurnsBack(last, x, dx, smallest.radius)) dx = x - OnCircle(smallest.radius, k);
+    if (TurnsBack(last, x, dx)) dx = x - OnCircle(smallest.Radius(), k);
     if (std::fabs(dx.re) < rules.tol && std::fabs(dx.im) < rules.tol) return x - dx;
     last = x;
     x = x - (k % kFractionalEvery == 0 ? kFractions[k / kFractionalEvery] : 1.0) * dx;
@@ -199,12 +203,11 @@ SmallestRoots ScaleToSmallestRoots(const double* w, int degree, int stride, doub
     v[i] = TimesPower(w[i], k * i - e0);
     if (stride != 0) v[i + stride] = TimesPower(w[i + stride], k * i - e0);
   }
-  // c_i / c_0 is the sum of the products of i reciprocal roots: the smallest root is below C(n, i)^(1/i) times its
-  // radius, with C(n, i) < (e n / i)^i.
+  // c_i / c_0 is the sum of the products of i reciprocal roots: the smallest root is below C(n, i)^(1/i) radii, with
+  // C(n, i) < (e n / i)^i.
   constexpr double kTwiceE = 5.44;
   const double size = stride == 0 ? std::fabs(v[touching]) : std::hypot(v[touching], v[touching + stride]);
-  const double radius = std::pow(size, -1.0 / touching);
-  return {k, radius, kTwiceE * degree / touching * radius};
+  return {k, touching, size, kTwiceE * degree / touching};
 }
 
 // Where |c_i| |x|^i is largest.

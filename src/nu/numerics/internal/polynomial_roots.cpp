@@ -113,7 +113,9 @@ class Finder {
  private:
   std::size_t Count(int blocks) const { return static_cast<std::size_t>(m_n + 1) * static_cast<std::size_t>(blocks); }
 
-  bool Refine() { return RefineRoots(m_p.Level(), m_p.Reversed(), m_roots, m_count, m_ratios, m_scratch); }
+  bool Refine(double enough) {
+    return RefineRoots(m_p.Level(), m_p.Reversed(), enough, m_roots, m_count, m_ratios, m_scratch);
+  }
 
   // False when the closed form is not precise enough, as for roots of very different size.
   bool SolveInClosedForm() {
@@ -128,7 +130,7 @@ class Finder {
     }
     if (m_n > 4 || !m_p.IsModerate()) return false;
     m_count = m_n == 3 ? SolveCubic(c, m_roots) : SolveQuartic(c, m_rules.lengthTol, m_roots);
-    return Refine();
+    return Refine(0.5 * ResidualLimit(m_n));
   }
 
   // A second time by the library's own rules where those of the host do not lead to the roots.
@@ -140,7 +142,7 @@ class Finder {
       }
       m_count = m_sides == 1 ? FindByDeflation(m_copy, m_n, m_scratch, rules, m_roots)
                              : FindByComplexDeflation(m_copy, m_n, m_scratch, rules, m_roots);
-      if (Refine()) return;
+      if (Refine(kRounding)) return;
     }
   }
 

@@ -72,7 +72,6 @@ double SumOfSizes(const double* c, int degree, double x) {
 
 // Of the trial points nearer than `reach`, the last one where |p| is not larger than at all before.
 double Search(const double* c, int degree, double x, double best, double step, double reach) {
-  if (!(std::fabs(step) <= reach)) return x;
   double plain[kTrialLanes];
   EvaluateTrials(c, degree, x, step, plain);
   const double rounding = ResidualLimit(degree) * SumOfSizes(c, degree, std::fabs(x) + kTrials * std::fabs(step));
@@ -88,27 +87,40 @@ double Search(const double* c, int degree, double x, double best, double step, d
   return x;
 }
 
+// Whether no trial point can have a smaller value: within reach all other roots are at least as far from it as it is
+// from x, so that |p| has fallen to no less than 2^(1-n) of what the slope says.
+bool IsSimple(int degree, double error, double step, double reach) {
+  return std::fabs(step) > reach || TimesPower(error, degree) < std::fabs(step);
+}
+
 double Polish(const double* c, int degree, const PolishRules& rules, double x, double reach) {
+  // In the middle of its neighbourhood a root is reached to the last digit by a step of a few roundings.
+  constexpr double kLast = 4.0 * kRounding;
+  constexpr double kMiddle = 0x1p-20;
   double previous = rules.large;
   bool down = false;
   Local at = EvaluateCompensated(c, degree, x);
   double best = x;
-  double bestSize = std::fabs(at.value);
+  Local atBest = at;
   for (int k = 0; k < kMaxNewtonSteps; ++k) {
     if (std::fabs(at.value) <= rules.zero) return x;
     if (!(std::fabs(at.slope) > rules.zero)) break;
     const double next = x - at.value / at.slope;
     const double step = std::fabs(x - next);
     if (!(step < previous) || step == 0.0) break;
+    if (step <= kLast * std::fabs(x) && step <= kMiddle * reach && IsSimple(degree, step, rules.step, reach)) {
+      return next;
+    }
     down = next < x;
     previous = step;
     x = next;
     at = EvaluateCompensated(c, degree, x);
-    if (std::fabs(at.value) > bestSize) continue;
+    if (std::fabs(at.value) > std::fabs(atBest.value)) continue;
     best = x;
-    bestSize = std::fabs(at.value);
+    atBest = at;
   }
-  return Search(c, degree, best, bestSize, down ? -rules.step : rules.step, reach);
+  if (IsSimple(degree, std::fabs(atBest.value / atBest.slope), rules.step, reach)) return best;
+  return Search(c, degree, best, std::fabs(atBest.value), down ? -rules.step : rules.step, reach);
 }
 
 double HalfDistanceToNext(const FoundRoot* roots, int count, int self) {
@@ -121,20 +133,19 @@ double HalfDistanceToNext(const FoundRoot* roots, int count, int self) {
   return 0.5 * nearest;
 }
 
-// The roots of the parabola that fits at a double root found to working precision. Both stay together where it has
-// none.
-void SplitDouble(const double* c, int degree, double x, double* lower, double* upper) {
-  const Local at = EvaluateCompensated(c, degree, x);
-  const double curvature = HalfCurvature(c, degree, x);
-  const double middle = -0.5 * at.slope / curvature;
-  const double discriminant = middle * middle - at.value / curvature;
+// The roots of the parabola that fits at the middle of two roots found to working precision: the two roots of a near
+// tangent, or a double root where it has none. Both must have smaller values than the middle, or this is not the
+// neighbourhood of two roots but of more.
+bool SplitDouble(const double* c, int degree, double middle, double* lower, double* upper) {
+  const Local at = EvaluateCompensated(c, degree, middle);
+  const double curvature = HalfCurvature(c, degree, middle);
+  const double shift = -0.5 * at.slope / curvature;
+  const double discriminant = shift * shift - at.value / curvature;
   const double apart = discriminant > 0.0 ? std::sqrt(discriminant) : 0.0;
-  *lower = x + middle - apart;
-  *upper = x + middle + apart;
-  // The values say when this is not the neighbourhood of a double root but of a cluster of more.
-  for (double* root : {lower, upper}) {
-    if (!(std::fabs(EvaluateCompensated(c, degree, *root).value) <= std::fabs(at.value))) *root = x;
-  }
+  *lower = middle + shift - apart;
+  *upper = middle + shift + apart;
+  const auto fits = [&](double x) { return std::fabs(EvaluateCompensated(c, degree, x).value) <= std::fabs(at.value); };
+  return fits(*lower) && fits(*upper);
 }
 
 // The polynomial in the unit of x where powers of x would leave the range.
@@ -162,28 +173,63 @@ class LocalPolynomial {
   int m_shift = 0;
 };
 
-int SplitDoubles(const double* c, int degree, FoundRoot* roots, int count, double* scratch) {
+bool IsReal(const FoundRoot& x) {
+  return x.im == 0.0;
+}
+
+void SplitAt(const double* c, int degree, double middle, double* scratch, FoundRoot* first, FoundRoot* second) {
+  const LocalPolynomial local(c, degree, middle, scratch);
+  double lower, upper;
+  if (!SplitDouble(local.Data(), degree, local.In(middle), &lower, &upper)) return;
+  first->re = local.Out(lower);
+  second->re = local.Out(upper);
+}
+
+// Double real roots that came as pairs become two roots each.
+int SplitPairs(const double* c, int degree, FoundRoot* roots, int count, double* scratch) {
   const int given = count;
   for (int i = 0; i < given; ++i) {
     if (!roots[i].pair || roots[i].im != 0.0) continue;
-    const LocalPolynomial local(c, degree, roots[i].re, scratch);
-    double lower, upper;
-    SplitDouble(local.Data(), degree, local.In(roots[i].re), &lower, &upper);
-    roots[i] = {local.Out(lower), 0.0, false};
-    roots[count++] = {local.Out(upper), 0.0, false};
+    roots[i].pair = false;
+    roots[count] = roots[i];
+    SplitAt(c, degree, roots[i].re, scratch, &roots[i], &roots[count]);
+    ++count;
   }
   return count;
 }
 
-bool IsReal(const FoundRoot& x) {
-  return x.im == 0.0;
+// Two real roots that are close together and far from the others are found to working precision as two errors from
+// their middle, which is much better known.
+void SplitClose(const double* c, int degree, FoundRoot* roots, int count, double* scratch) {
+  constexpr double kClose = 0x1p-16;
+  constexpr double kFar = 8.0;
+  for (int i = 0; i < count; ++i) {
+    if (!IsReal(roots[i])) continue;
+    int nearest = -1;
+    double distance = kClose * std::fabs(roots[i].re);
+    double second = HUGE_VAL;
+    for (int j = 0; j < count; ++j) {
+      const double d = std::fabs(roots[i].re - roots[j].re) + std::fabs(roots[j].im);
+      if (j == i || d >= second) continue;
+      if (d < distance) {
+        if (nearest >= 0) second = distance;
+        nearest = j;
+        distance = d;
+      } else {
+        second = d;
+      }
+    }
+    if (nearest < i || !IsReal(roots[nearest]) || distance * kFar > second || distance == 0.0) continue;
+    SplitAt(c, degree, 0.5 * (roots[i].re + roots[nearest].re), scratch, &roots[i], &roots[nearest]);
+  }
 }
 
 }  // namespace
 
 int PolishRealRoots(const double* c, int degree, const PolishRules& rules, FoundRoot* roots, int count,
                     double* scratch) {
-  count = SplitDoubles(c, degree, roots, count, scratch);
+  count = SplitPairs(c, degree, roots, count, scratch);
+  SplitClose(c, degree, roots, count, scratch);
   double* polished = scratch + degree + 1;
   for (int i = 0; i < count; ++i) {
     if (!IsReal(roots[i])) continue;

@@ -10,6 +10,19 @@ namespace {
 
 constexpr int kMaxSweeps = 60;
 
+struct Number {
+  double re;
+  double im;
+};
+
+// What is known at one point: x, or 1 / x with the reversed polynomial.
+struct Values {
+  Number x;
+  Number p;
+  Number d;
+  double size;
+};
+
 // Up to eight points at once, of the unit disc: larger ones come as 1 / x, with the reversed polynomial.
 struct Batch {
   double xRe[kLanes];
@@ -66,13 +79,25 @@ NU_KERNEL void EvaluateComplex(const Coefficients& p, Batch* batch) {
   EvaluateLanes<false>(p, batch);
 }
 
-struct Number {
-  double re;
-  double im;
-};
+// The same for one point: a few roots do not fill the lanes. The operations are those of a lane, in their order.
+template<bool kReal>
+Values EvaluatePoint(const Coefficients& p, Number x) {
+  const double modulus = std::sqrt(x.re * x.re + x.im * x.im);
+  Number b = {p.re[p.degree], kReal ? 0.0 : p.im[p.degree]};
+  Number d = {0.0, 0.0};
+  double size = std::fabs(b.re) + std::fabs(b.im);
+  for (int i = p.degree - 1; i >= 0; --i) {
+    const double im = kReal ? 0.0 : p.im[i];
+    d = {x.re * d.re - x.im * d.im + b.re, x.re * d.im + x.im * d.re + b.im};
+    b = {x.re * b.re - x.im * b.im + p.re[i], x.re * b.im + x.im * b.re + im};
+    size = modulus * size + (std::fabs(p.re[i]) + std::fabs(im));
+  }
+  return {x, b, d, size};
+}
 
 // 1 / x, with Smith's scaling: x may be of any size.
 Number Reciprocal(Number x) {
+  if (x.im == 0.0) return {1.0 / x.re, 0.0};
   if (std::fabs(x.re) >= std::fabs(x.im)) {
     const double ratio = x.im / x.re;
     const double den = x.re + ratio * x.im;
@@ -91,10 +116,25 @@ bool IsOuter(const FoundRoot& x) {
   return std::fabs(x.re) > 1.0 || std::fabs(x.im) > 1.0 || x.re * x.re + x.im * x.im > 1.0;
 }
 
-// Gives use(i, outer, batch, lane) the values at every point of the mask, inner points and outer points apart.
+Number InDisc(const FoundRoot& x, bool outer) {
+  return outer ? Reciprocal({x.re, x.im}) : Number{x.re, x.im};
+}
+
+// Calls use(i, outer, values) for every point that is wanted, inner points first where there are many.
 template<class Use>
 void ForAllValues(const Coefficients& p, const Coefficients& reversed, const FoundRoot* points, int count,
                   const double* wanted, Use use) {
+  constexpr int kFew = 4;
+  if (count <= kFew) {
+    for (int i = 0; i < count; ++i) {
+      if (wanted != nullptr && wanted[i] == 0.0) continue;
+      const bool outer = IsOuter(points[i]);
+      const Coefficients& side = outer ? reversed : p;
+      const Number x = InDisc(points[i], outer);
+      use(i, outer, side.im == nullptr ? EvaluatePoint<true>(side, x) : EvaluatePoint<false>(side, x));
+    }
+    return;
+  }
   for (const bool outer : {false, true}) {
     int member[kLanes];
     int filled = 0;
@@ -103,12 +143,18 @@ void ForAllValues(const Coefficients& p, const Coefficients& reversed, const Fou
       for (int l = filled; l < kLanes; ++l) batch.xRe[l] = batch.xIm[l] = 0.0;
       const Coefficients& side = outer ? reversed : p;
       side.im == nullptr ? EvaluateReal(side, &batch) : EvaluateComplex(side, &batch);
-      for (int l = 0; l < filled; ++l) use(member[l], outer, batch, l);
+      for (int l = 0; l < filled; ++l) {
+        use(member[l], outer,
+            Values{{batch.xRe[l], batch.xIm[l]},
+                   {batch.pRe[l], batch.pIm[l]},
+                   {batch.dRe[l], batch.dIm[l]},
+                   batch.size[l]});
+      }
       filled = 0;
     };
     for (int i = 0; i < count; ++i) {
       if ((wanted != nullptr && wanted[i] == 0.0) || IsOuter(points[i]) != outer) continue;
-      const Number x = outer ? Reciprocal({points[i].re, points[i].im}) : Number{points[i].re, points[i].im};
+      const Number x = InDisc(points[i], outer);
       member[filled] = i;
       batch.xRe[filled] = x.re;
       batch.xIm[filled] = x.im;
@@ -118,19 +164,19 @@ void ForAllValues(const Coefficients& p, const Coefficients& reversed, const Fou
   }
 }
 
-double RatioOf(const Batch& batch, int l) {
-  const double re = std::fabs(batch.pRe[l]) / batch.size[l];
-  const double im = std::fabs(batch.pIm[l]) / batch.size[l];
-  return batch.size[l] == 0.0 ? 0.0 : std::sqrt(re * re + im * im);
+double RatioOf(const Values& v) {
+  const double re = std::fabs(v.p.re) / v.size;
+  if (v.size == 0.0 || v.p.im == 0.0) return v.size == 0.0 ? 0.0 : re;
+  const double im = std::fabs(v.p.im) / v.size;
+  return std::sqrt(re * re + im * im);
 }
 
 // p'(x) / p(x). Of an outer point the values are those of q(w) = w^n p(1 / w), and p'/p = w (n - w q'/q).
-Number LogarithmicDerivative(const Batch& batch, int l, bool outer, int degree) {
-  const Number g = Number{batch.dRe[l], batch.dIm[l]} * Reciprocal({batch.pRe[l], batch.pIm[l]});
+Number LogarithmicDerivative(const Values& v, bool outer, int degree) {
+  const Number g = v.d * Reciprocal(v.p);
   if (!outer) return g;
-  const Number w = {batch.xRe[l], batch.xIm[l]};
-  const Number product = w * g;
-  return w * Number{degree - product.re, -product.im};
+  const Number product = v.x * g;
+  return v.x * Number{degree - product.re, -product.im};
 }
 
 // The sum of 1 / (x - x_j) over all other roots, conjugates included. Coincident ones are one multiple root and say
@@ -169,12 +215,11 @@ FoundRoot Improved(const FoundRoot* roots, int count, int i, Number logarithmic,
 
 void RelativeResiduals(const Coefficients& p, const Coefficients& reversed, const FoundRoot* points, int count,
                        double* ratios) {
-  ForAllValues(p, reversed, points, count, nullptr,
-               [ratios](int i, bool, const Batch& batch, int l) { ratios[i] = RatioOf(batch, l); });
+  ForAllValues(p, reversed, points, count, nullptr, [ratios](int i, bool, const Values& v) { ratios[i] = RatioOf(v); });
 }
 
-bool RefineRoots(const Coefficients& p, const Coefficients& reversed, FoundRoot* roots, int count, double* ratios,
-                 double* scratch) {
+bool RefineRoots(const Coefficients& p, const Coefficients& reversed, double enough, FoundRoot* roots, int count,
+                 double* ratios, double* scratch) {
   const double limit = ResidualLimit(p.degree);
   const bool real = p.im == nullptr;
   double* bestRe = scratch;
@@ -185,16 +230,16 @@ bool RefineRoots(const Coefficients& p, const Coefficients& reversed, FoundRoot*
   bool going = true;
   for (int sweep = 0; sweep <= kMaxSweeps && going; ++sweep) {
     going = false;
-    ForAllValues(p, reversed, roots, count, active, [&](int i, bool outer, const Batch& batch, int l) {
-      const double ratio = RatioOf(batch, l);
+    ForAllValues(p, reversed, roots, count, active, [&](int i, bool outer, const Values& v) {
+      const double ratio = RatioOf(v);
       active[i] = 0.0;
       if (ratio < ratios[i]) {
         ratios[i] = ratio;
         bestRe[i] = roots[i].re;
         bestIm[i] = roots[i].im;
       }
-      if (!(ratios[i] > (sweep == 0 ? kRounding : limit))) return;
-      const FoundRoot next = Improved(roots, count, i, LogarithmicDerivative(batch, l, outer, p.degree), real);
+      if (!(ratios[i] > (sweep == 0 ? enough : limit))) return;
+      const FoundRoot next = Improved(roots, count, i, LogarithmicDerivative(v, outer, p.degree), real);
       if (!std::isfinite(next.re) || !std::isfinite(next.im)) return;
       roots[i].re = next.re;
       roots[i].im = next.im;
