@@ -195,6 +195,34 @@ TEST(FailingAllocations, IntegrationAndInterpolation) {
       "assignment", [&] { line = other; }, [&] { return line.Spline(1) == 1; });
 }
 
+TEST(FailingAllocations, AlgebraicEquations) {
+  CNuPolynomial p(70);
+  CNuComplexArray complex(71);
+  for (int i = 0; i <= 70; ++i) {
+    p[i] = std::sin(1.0 + 5.0 * i);
+    complex.Add(CNuComplex(p[i], std::cos(3.0 * i)));
+  }
+  CNuPolynomial line(1);
+  line[1] = 1.0;
+  CNuAlgEqu equation, large;
+  equation.Solve(line);
+  large.Solve(p);
+  const auto unchanged = [&] { return equation.GetNumberRealRoots() == 1 && equation.GetNumberComplexRoots() == 0; };
+  FailEveryAllocation(
+      "roots", [&] { equation.Solve(p); }, unchanged);
+  equation.Solve(line);
+  FailEveryAllocation(
+      "complex roots", [&] { equation.Solve(complex); }, unchanged);
+  equation.Solve(line);
+  FailEveryAllocation(
+      "copy of roots", [&] { equation = large; }, unchanged);
+  FailEveryAllocation("lists of roots", [&] {
+    large.GetRealRoots();
+    large.GetComplexRoots();
+    large.GetDistinctRealRoots();
+  });
+}
+
 TEST(FailingAllocations, PointSets) {
   for (int n : {10, 3000}) {
     const CNuPointArray flat = Arc(n, 0.0);

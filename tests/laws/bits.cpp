@@ -143,6 +143,20 @@ void AddPolynomials(int n, Noise& noise, Bits& bits) {
   }
 }
 
+void AddRoots(int degree, Noise& noise, Bits& bits) {
+  CNuPolynomial p(degree);
+  for (int i = 0; i <= degree; ++i) p[i] = noise();
+  CNuAlgEqu equation;
+  equation.Solve(p);
+  const CNuDoubleArray real = equation.GetRealRoots();
+  const CNuComplexArray complex = equation.GetComplexRoots();
+  for (int i = 0; i < real.GetSize(); ++i) bits.Add(real[i]);
+  for (int i = 0; i < complex.GetSize(); ++i) {
+    bits.Add(complex[i].r());
+    bits.Add(complex[i].i());
+  }
+}
+
 }  // namespace
 
 int main() {
@@ -152,6 +166,7 @@ int main() {
   for (const int n : {3, 4, 9, 33, 120}) AddDecompositions(n, noise, bits);
   for (const int n : {1, 2, 5, 16}) AddTrigonometricRoots(n, noise, bits);
   for (const int n : {4, 1000, 30000}) AddPolynomials(n, noise, bits);
+  for (int degree = 1; degree <= 40; ++degree) AddRoots(degree, noise, bits);
   std::printf("%016" PRIx64 "\n", bits.Value());
   return 0;
 }
