@@ -95,6 +95,7 @@ std::pair<Factor, Factor> FactorsOfDepressed(double p, double q, double r, doubl
 // error gets smaller. The corrections of c and d follow from those of a and b.
 void ImproveFactors(const double* m, Factor* first, Factor* second) {
   constexpr int kMaxSteps = 8;
+  constexpr double kEnough = 8.0 * kRounding;
   double bestError = HUGE_VAL;
   Factor f = *first;
   Factor g = *second;
@@ -116,7 +117,7 @@ void ImproveFactors(const double* m, Factor* first, Factor* second) {
     bestError = error;
     *first = f;
     *second = g;
-    if (error <= kRounding) return;
+    if (error <= kEnough) return;
 
     const double k2 = e2 - a * e3;
     const double m11 = d - b + a * (a - c);

@@ -28,7 +28,9 @@ constexpr int kModerate = 75;
 constexpr LaguerreRules kOwnRules = {4.45e-16, 1.5e-8};
 
 double SearchStep(int degree) {
-  return degree / 2 > 1 ? kSearchStep * std::pow(10.0, degree / 2 - 1) : kSearchStep;
+  double step = kSearchStep;
+  for (int k = 1; k < degree / 2; ++k) step *= 10.0;
+  return step;
 }
 
 double LargestPart(const Coefficients& p, int i) {

@@ -79,7 +79,7 @@ NU_KERNEL void EvaluateComplex(const Coefficients& p, Batch* batch) {
   EvaluateLanes<false>(p, batch);
 }
 
-// The same for one point: a few roots do not fill the lanes. The operations are those of a lane, in their order.
+// The same for one point: a few roots do not fill the lanes.
 template<bool kReal>
 Values EvaluatePoint(const Coefficients& p, Number x) {
   const double modulus = std::sqrt(x.re * x.re + x.im * x.im);
@@ -93,6 +93,23 @@ Values EvaluatePoint(const Coefficients& p, Number x) {
     size = modulus * size + (std::fabs(p.re[i]) + std::fabs(im));
   }
   return {x, b, d, size};
+}
+
+Values EvaluateOnAxis(const double* c, int degree, double x) {
+  double b = c[degree];
+  double d = 0.0;
+  double size = std::fabs(b);
+  for (int i = degree - 1; i >= 0; --i) {
+    d = x * d + b;
+    b = x * b + c[i];
+    size = std::fabs(x) * size + std::fabs(c[i]);
+  }
+  return {{x, 0.0}, {b, 0.0}, {d, 0.0}, size};
+}
+
+Values Evaluate(const Coefficients& p, Number x) {
+  if (p.im != nullptr) return EvaluatePoint<false>(p, x);
+  return x.im == 0.0 ? EvaluateOnAxis(p.re, p.degree, x.re) : EvaluatePoint<true>(p, x);
 }
 
 // 1 / x, with Smith's scaling: x may be of any size.
@@ -131,7 +148,7 @@ void ForAllValues(const Coefficients& p, const Coefficients& reversed, const Fou
       const bool outer = IsOuter(points[i]);
       const Coefficients& side = outer ? reversed : p;
       const Number x = InDisc(points[i], outer);
-      use(i, outer, side.im == nullptr ? EvaluatePoint<true>(side, x) : EvaluatePoint<false>(side, x));
+      use(i, outer, Evaluate(side, x));
     }
     return;
   }
