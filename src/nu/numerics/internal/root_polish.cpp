@@ -177,12 +177,20 @@ bool IsReal(const FoundRoot& x) {
   return x.im == 0.0;
 }
 
-void SplitAt(const double* c, int degree, double middle, double* scratch, FoundRoot* first, FoundRoot* second) {
+// Moves two roots from their middle to where they are, if that is much nearer than any other root.
+void SplitAt(const double* c, int degree, double middle, FoundRoot* roots, int count, int i, int j, double* scratch) {
+  constexpr double kFar = 8.0;
   const LocalPolynomial local(c, degree, middle, scratch);
   double lower, upper;
   if (!SplitDouble(local.Data(), degree, local.In(middle), &lower, &upper)) return;
-  first->re = local.Out(lower);
-  second->re = local.Out(upper);
+  const double first = local.Out(lower);
+  const double second = local.Out(upper);
+  const double shift = std::max(std::fabs(first - middle), std::fabs(second - middle));
+  for (int k = 0; k < count; ++k) {
+    if (k != i && k != j && std::fabs(roots[k].re - middle) + std::fabs(roots[k].im) < kFar * shift) return;
+  }
+  roots[i].re = first;
+  roots[j].re = second;
 }
 
 // Double real roots that came as pairs become two roots each.
@@ -192,35 +200,28 @@ int SplitPairs(const double* c, int degree, FoundRoot* roots, int count, double*
     if (!roots[i].pair || roots[i].im != 0.0) continue;
     roots[i].pair = false;
     roots[count] = roots[i];
-    SplitAt(c, degree, roots[i].re, scratch, &roots[i], &roots[count]);
+    SplitAt(c, degree, roots[i].re, roots, count + 1, i, count, scratch);
     ++count;
   }
   return count;
 }
 
-// Two real roots that are close together and far from the others are found to working precision as two errors from
-// their middle, which is much better known.
+// Two real roots that are close together are found to working precision as two errors from their middle, which is much
+// better known.
 void SplitClose(const double* c, int degree, FoundRoot* roots, int count, double* scratch) {
   constexpr double kClose = 0x1p-16;
-  constexpr double kFar = 8.0;
   for (int i = 0; i < count; ++i) {
     if (!IsReal(roots[i])) continue;
     int nearest = -1;
     double distance = kClose * std::fabs(roots[i].re);
-    double second = HUGE_VAL;
-    for (int j = 0; j < count; ++j) {
-      const double d = std::fabs(roots[i].re - roots[j].re) + std::fabs(roots[j].im);
-      if (j == i || d >= second) continue;
-      if (d < distance) {
-        if (nearest >= 0) second = distance;
-        nearest = j;
-        distance = d;
-      } else {
-        second = d;
-      }
+    for (int j = i + 1; j < count; ++j) {
+      const double d = std::fabs(roots[i].re - roots[j].re);
+      if (!IsReal(roots[j]) || !(d > 0.0 && d < distance)) continue;
+      nearest = j;
+      distance = d;
     }
-    if (nearest < i || !IsReal(roots[nearest]) || distance * kFar > second || distance == 0.0) continue;
-    SplitAt(c, degree, 0.5 * (roots[i].re + roots[nearest].re), scratch, &roots[i], &roots[nearest]);
+    if (nearest < 0) continue;
+    SplitAt(c, degree, 0.5 * (roots[i].re + roots[nearest].re), roots, count, i, nearest, scratch);
   }
 }
 
