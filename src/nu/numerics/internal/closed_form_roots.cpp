@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <limits>
 #include <utility>
 
 #include "nu/numerics/internal/error_free.h"
@@ -162,13 +164,15 @@ int SolveLinear(const double* c, FoundRoot* roots) {
 
 int SolveQuadratic(const double* c, FoundRoot* roots) {
   // Products in this range have errors that are exact.
-  const auto isModerate = [](double x) { return std::fabs(x) > 0x1p-200 && std::fabs(x) < 0x1p200; };
-  if (isModerate(c[0]) && isModerate(c[2]) && std::fabs(c[1]) < 0x1p200) {
+  constexpr int kSafe = 200;
+  const auto isModerate = [](double x) { return std::abs(ExponentOf(x)) < kSafe; };
+  if (isModerate(c[0]) && isModerate(c[2]) && (c[1] == 0.0 || isModerate(c[1]))) {
     return SolveModerateQuadratic(c[2], -0.5 * c[1], c[0], 0, roots);
   }
   // In the unit of x in which the outer coefficients are of the same size.
   const int k = (ExponentOf(c[0]) - ExponentOf(c[2])) / 2;
-  const int e = std::max({ExponentOf(c[0]), c[1] == 0.0 ? -2000 : ExponentOf(c[1]) + k, ExponentOf(c[2]) + 2 * k});
+  const int e = std::max({ExponentOf(c[0]), c[1] == 0.0 ? std::numeric_limits<int>::min() : ExponentOf(c[1]) + k,
+                          ExponentOf(c[2]) + 2 * k});
   return SolveModerateQuadratic(TimesPower(c[2], 2 * k - e), -0.5 * TimesPower(c[1], k - e), TimesPower(c[0], -e), k,
                                 roots);
 }

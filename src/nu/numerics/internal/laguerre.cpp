@@ -199,6 +199,8 @@ SmallestRoots ScaleToSmallestRoots(const double* w, int degree, int stride, doub
     k = drop >= 0 ? drop / i : -((i - 1 - drop) / i);
     touching = i;
   }
+  // The leading coefficient fell below the range of numbers, and so did all others.
+  if (k == std::numeric_limits<int>::max()) k = 0;
   for (int i = 0; i <= degree; ++i) {
     v[i] = TimesPower(w[i], k * i - e0);
     if (stride != 0) v[i + stride] = TimesPower(w[i + stride], k * i - e0);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "nu/foundation/internal/simd.h"
 #include "nu/numerics/internal/error_free.h"
@@ -154,7 +155,7 @@ class LocalPolynomial {
   LocalPolynomial(const double* c, int degree, double x, double* scratch) : m_c(c) {
     if (x == 0.0 || std::abs(ExponentOf(x)) * static_cast<long long>(degree) <= kSafeExponent) return;
     m_exponent = ExponentOf(x);
-    int largest = -5000000;
+    int largest = std::numeric_limits<int>::min();
     for (int i = 0; i <= degree; ++i) {
       if (c[i] != 0.0) largest = std::max(largest, ExponentOf(c[i]) + i * m_exponent);
     }
