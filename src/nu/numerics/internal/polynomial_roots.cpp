@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "nu/foundation/internal/sort.h"
 #include "nu/linalg/internal/workspace.h"
 #include "nu/numerics/internal/closed_form_roots.h"
 #include "nu/numerics/internal/laguerre.h"
@@ -24,6 +25,7 @@ constexpr double kSearchStep = 2e-9;
 // degree 12 in their ratios.
 constexpr int kModerate = 75;
 
+constexpr int kRegroupings = 4;
 // The defaults of the tolerances that the iteration reads.
 constexpr LaguerreRules kOwnRules = {4.45e-16, 1.5e-8};
 
@@ -146,6 +148,37 @@ class Finder {
                              : FindByComplexDeflation(m_copy, m_n, m_scratch, rules, m_roots);
       if (Refine(kRounding)) return;
     }
+    for (int round = 0; m_sides == 1 && round < kRegroupings; ++round) {
+      Regroup(round);
+      if (Refine(kRounding)) return;
+    }
+  }
+
+  // Real approximations that no step improves belong to pairs, and pairs near the axis may be two real roots. At high
+  // degrees the deflation tells them apart wrongly; here they are joined anew, neighbour to neighbour.
+  void Regroup(int round) {
+    const double limit = ResidualLimit(m_n);
+    int kept = 0;
+    int loose = 0;
+    double* x = m_scratch;
+    for (int i = 0; i < m_count; ++i) {
+      const FoundRoot root = m_roots[i];
+      if (m_ratios[i] <= limit || root.im > kNearAxis * std::fabs(root.re)) {
+        m_roots[kept++] = root;
+        continue;
+      }
+      x[loose++] = root.re - root.im;
+      if (root.pair) x[loose++] = root.re + root.im;
+    }
+    Sort(loose, x);
+    int i = round % 2;
+    if (i == 1 && loose > 0) m_roots[kept++] = {x[0], 0.0, false};
+    for (; i + 1 < loose; i += 2) {
+      const double middle = 0.5 * (x[i] + x[i + 1]);
+      m_roots[kept++] = {middle, std::max(0.5 * (x[i + 1] - x[i]), std::fabs(middle) / m_n), true};
+    }
+    if (i < loose) m_roots[kept++] = {x[i], 0.0, false};
+    m_count = kept;
   }
 
   // The residual at a changed root decides whether the change was one of rounding.
