@@ -10,8 +10,9 @@ struct FoundRoot;
 }
 
 // The roots of a polynomial equation, real ones and complex ones apart, each as often as its multiplicity. Every root x
-// satisfies the equation to rounding: |p(x)| is at most 64 n 2^-52 times the sum of |c_i| |x|^i, n being the degree.
-// Copies are deep. No memory: CNuMemoryException, for which the roots stay as they were.
+// satisfies the equation to rounding: |p(x)| is at most 64 n 2^-52 times the sum of |c_i| |x|^i, n being the degree;
+// far above degree 1000, where the deflation loses too much, single roots may not. Copies are deep. No memory:
+// CNuMemoryException, for which the roots stay as they were.
 class NU_EXPORT CNuAlgEqu : public CNuAlgebra {
  public:
   // No roots.
