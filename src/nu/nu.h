@@ -6,6 +6,7 @@
 #include "nu/curves/bounded_curve.h"
 #include "nu/curves/circle.h"
 #include "nu/curves/curve.h"
+#include "nu/curves/polyline.h"
 #include "nu/foundation/boolean.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/double_array.h"

@@ -36,6 +36,7 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   // n points that divide the circle evenly, counter-clockwise about the normal from the x axis; the last is the first
   // again. n < 2: CNuOperationException cause 12.
   CNuPointArray ToPointArray(int n) const;
+  CNuPolyline ToPolyline(int n) const;
 
   // Least-squares circle in the least-squares plane of the points, by at most `maxiter` Gauss-Newton steps on the
   // distances from it (Gander, Golub and Strebel, BIT 34, 1994); it ends with a correction to centre and radius whose

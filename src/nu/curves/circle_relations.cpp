@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "nu/curves/circle.h"
+#include "nu/curves/polyline.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/numeric_helpers.h"
@@ -50,4 +51,8 @@ CNuPointArray CNuCircle::ToPointArray(int n) const {
   }
   points.Add(points[0]);
   return points;
+}
+
+CNuPolyline CNuCircle::ToPolyline(int n) const {
+  return CNuPolyline(ToPointArray(n));
 }

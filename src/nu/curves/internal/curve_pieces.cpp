@@ -1,0 +1,65 @@
+#include "nu/curves/internal/curve_pieces.h"
+
+#include "nu/curves/internal/placement.h"
+#include "nu/curves/polyline.h"
+#include "nu/foundation/internal/failures.h"
+#include "nu/geometry/internal/incidence.h"
+
+namespace nu::internal {
+
+namespace {
+
+PieceChain PiecesOf(const CNuPointArray& points) {
+  PieceChain chain;
+  const int size = points.GetSize();
+  chain.Reserve(static_cast<std::size_t>(std::max(size - 1, 1)));
+  Vec3 last = Components(points[0]);
+  if (size == 1) chain.Add(Segment3{last, last});
+  for (int i = 1; i < size; ++i) {
+    const Vec3 next = Components(points.GetData()[i]);
+    chain.Add(Segment3{last, next});
+    last = next;
+  }
+  return chain;
+}
+
+}  // namespace
+
+PieceChain PiecesOf(const CNuBoundedCurve& curve) {
+  switch (curve.GetType()) {
+    case CNuObject::NuTypePolyline:
+      return PiecesOf(static_cast<const CNuPolyline&>(curve).GetPoints());
+    default:
+      FailOperation(45, "calculation", "CNuBoundedCurve::DistanceTo()");
+  }
+}
+
+double StoreClosest(const NearPair& pair, CNuPoint* p1, CNuPoint* p2) {
+  *p1 = ToPoint(pair.first);
+  *p2 = ToPoint(pair.second);
+  return pair.distance;
+}
+
+double DistanceBetween(const CNuBoundedCurve& first, const CNuBoundedCurve& second, CNuPoint* p1, CNuPoint* p2) {
+  return StoreClosest(ClosestBetween(PiecesOf(first), PiecesOf(second)), p1, p2);
+}
+
+void StoreBall(const Ball& ball, double* radius, CNuPoint* centre) {
+  *radius = ball.radius;
+  *centre = ToPoint(ball.centre);
+}
+
+Vec3 UprightNormal(Vec3 tangent) {
+  const Vec3 upright = Rejection({0.0, 0.0, 1.0}, tangent);
+  if (IsParallel(Norm(upright), NuGetRadianTol())) return Unit(Rejection({1.0, 0.0, 0.0}, tangent));
+  return Unit(upright);
+}
+
+Vec3 RequireOffset(double distance, const CNuVector& normal, const char* where) {
+  if (normal.GetSize() != 3) FailOperation(10, "Offset", where);
+  if (normal.IsZero(NuGetZero()) || !IsFinite(Components(normal))) FailOperation(9, "Offset", where);
+  if (!std::isfinite(distance)) FailOperation(29, "Offset", where);
+  return Unit(Components(normal));
+}
+
+}  // namespace nu::internal

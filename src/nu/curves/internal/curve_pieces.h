@@ -1,0 +1,26 @@
+#ifndef NU_CURVES_INTERNAL_CURVE_PIECES_H
+#define NU_CURVES_INTERNAL_CURVE_PIECES_H
+
+#include "nu/curves/bounded_curve.h"
+#include "nu/curves/internal/piece_chain.h"
+
+namespace nu::internal {
+
+// What any bounded curve of the library consists of. Another one: CNuOperationException cause 45.
+PieceChain PiecesOf(const CNuBoundedCurve& curve);
+
+// The operations that all bounded curves answer in the same way.
+double StoreClosest(const NearPair& pair, CNuPoint* p1, CNuPoint* p2);
+double DistanceBetween(const CNuBoundedCurve& first, const CNuBoundedCurve& second, CNuPoint* p1, CNuPoint* p2);
+void StoreBall(const Ball& ball, double* radius, CNuPoint* centre);
+
+// A normal of a direction: as near to the z axis as it can be, or the x axis for the z axis itself.
+Vec3 UprightNormal(Vec3 tangent);
+
+// The given normal of an offset at unit length. Not three components: CNuOperationException cause 10; zero or not
+// finite: cause 9; a distance that is not finite: cause 29.
+Vec3 RequireOffset(double distance, const CNuVector& normal, const char* where);
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,238 @@
+#include "nu/curves/internal/piece_chain.h"
+
+#include <limits>
+
+#include "nu/geometry/internal/enclosing_ball.h"
+#include "nu/geometry/internal/extents.h"
+
+namespace nu::internal {
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+// Below this number of pieces a box of their own costs more than it rules out.
+constexpr int kLeafPieces = 4;
+
+constexpr Box kNowhere{{kInfinity, kInfinity, kInfinity}, {-kInfinity, -kInfinity, -kInfinity}};
+
+// Comparisons pass over coordinates that are no numbers.
+void Include(Vec3 p, Box& box) {
+  const double xyz[3] = {p.x, p.y, p.z};
+  for (int k = 0; k < 3; ++k) {
+    if (xyz[k] < box.low[k]) box.low[k] = xyz[k];
+    if (xyz[k] > box.high[k]) box.high[k] = xyz[k];
+  }
+}
+
+void Include(const Box& part, Box& box) {
+  Include(Vec3{part.low[0], part.low[1], part.low[2]}, box);
+  Include(Vec3{part.high[0], part.high[1], part.high[2]}, box);
+}
+
+// No point of one box is nearer to the other than this.
+double Gap(const Box& a, const Box& b) {
+  double gap[3];
+  for (int k = 0; k < 3; ++k) gap[k] = std::max({0.0, a.low[k] - b.high[k], b.low[k] - a.high[k]});
+  return std::sqrt(gap[0] * gap[0] + gap[1] * gap[1] + gap[2] * gap[2]);
+}
+
+// Boxes around halves of halves of a chain.
+class ChainTree {
+ public:
+  struct Node {
+    bool IsLeaf() const { return right == 0; }
+    int Size() const { return end - begin; }
+
+    Box box;
+    int begin, end;
+    int right;  // its second child; the first one follows the node
+  };
+
+  explicit ChainTree(const PieceChain& chain) : m_chain(chain) {
+    m_nodes.reserve(static_cast<std::size_t>(chain.Size()));
+    Build(0, chain.Size());
+  }
+
+  const PieceChain& Chain() const { return m_chain; }
+  const Node& operator[](int i) const { return m_nodes[static_cast<std::size_t>(i)]; }
+
+ private:
+  void Build(int begin, int end) {
+    const std::size_t here = m_nodes.size();
+    m_nodes.push_back({kNowhere, begin, end, 0});
+    if (end - begin <= kLeafPieces) {
+      for (int i = begin; i < end; ++i) Include(m_chain.BoxOf(i), m_nodes[here].box);
+      return;
+    }
+    const int middle = begin + (end - begin) / 2;
+    Build(begin, middle);
+    const std::size_t right = m_nodes.size();
+    m_nodes[here].right = static_cast<int>(right);
+    Build(middle, end);
+    Include(m_nodes[here + 1].box, m_nodes[here].box);
+    Include(m_nodes[right].box, m_nodes[here].box);
+  }
+
+  const PieceChain& m_chain;
+  std::vector<Node> m_nodes;
+};
+
+class Search {
+ public:
+  Search(const ChainTree& first, const ChainTree& second)
+      : m_first(first), m_second(second), m_best(PairOf(first.Chain().Ends(0).start, second.Chain().Ends(0).start)) {}
+
+  NearPair Run() {
+    Visit(0, 0);
+    return m_best;
+  }
+
+ private:
+  bool CanWin(double gap) const { return gap < m_best.distance || (std::isnan(m_best.distance) && gap < kInfinity); }
+
+  void Visit(int a, int b) {
+    if (!CanWin(Gap(m_first[a].box, m_second[b].box))) return;
+    if (m_first[a].IsLeaf() && m_second[b].IsLeaf()) return Compare(m_first[a], m_second[b]);
+    if (m_first[a].Size() >= m_second[b].Size()) return VisitNearerFirst(a + 1, b, m_first[a].right, b);
+    VisitNearerFirst(a, b + 1, a, m_second[b].right);
+  }
+
+  void VisitNearerFirst(int a, int b, int c, int d) {
+    const bool swap = Gap(m_first[c].box, m_second[d].box) < Gap(m_first[a].box, m_second[b].box);
+    if (swap) Visit(c, d);
+    Visit(a, b);
+    if (!swap) Visit(c, d);
+  }
+
+  void Compare(const ChainTree::Node& a, const ChainTree::Node& b) {
+    for (int i = a.begin; i < a.end; ++i) {
+      const Box box = m_first.Chain().BoxOf(i);
+      for (int j = b.begin; j < b.end; ++j) {
+        if (!CanWin(Gap(box, m_second.Chain().BoxOf(j)))) continue;
+        const NearPair pair = ClosestBetween(m_first.Chain().Ends(i), m_second.Chain().Ends(j));
+        if (pair.IsNearerThan(m_best)) m_best = pair;
+      }
+    }
+  }
+
+  const ChainTree& m_first;
+  const ChainTree& m_second;
+  NearPair m_best;
+};
+
+class SelfSearch {
+ public:
+  SelfSearch(const ChainTree& tree, bool closed, double tol)
+      : m_tree(tree), m_chain(tree.Chain()), m_closed(closed), m_tol(tol) {}
+
+  bool Within(int a) const {
+    const ChainTree::Node& node = m_tree[a];
+    if (node.IsLeaf()) return Compare(node, node);
+    return Within(a + 1) || Within(node.right) || Between(a + 1, node.right);
+  }
+
+ private:
+  // All pieces of node a come before those of node b.
+  bool Between(int a, int b) const {
+    const ChainTree::Node& first = m_tree[a];
+    const ChainTree::Node& second = m_tree[b];
+    if (!(Gap(first.box, second.box) <= m_tol)) return false;
+    if (first.IsLeaf() && second.IsLeaf()) return Compare(first, second);
+    if (first.Size() >= second.Size()) return Between(a + 1, b) || Between(first.right, b);
+    return Between(a, b + 1) || Between(a, second.right);
+  }
+
+  bool Compare(const ChainTree::Node& a, const ChainTree::Node& b) const {
+    for (int i = a.begin; i < a.end; ++i) {
+      for (int j = std::max(i + 1, b.begin); j < b.end; ++j) {
+        if (Meet(i, j)) return true;
+      }
+    }
+    return false;
+  }
+
+  bool Meet(int i, int j) const {
+    if (!(Gap(m_chain.BoxOf(i), m_chain.BoxOf(j)) <= m_tol)) return false;
+    const bool next = j == i + 1;
+    const bool around = m_closed && i == 0 && j == m_chain.Size() - 1;
+    if (next && FoldsBack(m_chain.Ends(i), m_chain.Ends(j))) return true;
+    if (around && FoldsBack(m_chain.Ends(j), m_chain.Ends(i))) return true;
+    return !next && !around && ClosestBetween(m_chain.Ends(i), m_chain.Ends(j)).distance <= m_tol;
+  }
+
+  bool FoldsBack(const Segment3& first, const Segment3& second) const {
+    return PairOf(second.end, ClosestOn(first, second.end)).distance <= m_tol ||
+           PairOf(first.start, ClosestOn(second, first.start)).distance <= m_tol;
+  }
+
+  const ChainTree& m_tree;
+  const PieceChain& m_chain;
+  bool m_closed;
+  double m_tol;
+};
+
+// Only coordinates of such sizes are scaled, whose products could leave the range of the doubles.
+double ScaleOf(double size) {
+  constexpr double kSafeSmall = 1e-60;
+  constexpr double kSafeLarge = 1e60;
+  return size > 0.0 && !(size >= kSafeSmall && size <= kSafeLarge) ? ScaleFor(size) : 1.0;
+}
+
+NearPair Closest(const PieceChain& first, const PieceChain& second) {
+  return Search(ChainTree(first), ChainTree(second)).Run();
+}
+
+}  // namespace
+
+Box PieceChain::BoxOf(int i) const {
+  Box box = kNowhere;
+  Include(Ends(i).start, box);
+  Include(Ends(i).end, box);
+  return box;
+}
+
+double PieceChain::LargestCoordinate() const {
+  double largest = 0.0;
+  for (int i = 0; i < Size(); ++i) {
+    const Box box = BoxOf(i);
+    for (int k = 0; k < 3; ++k) largest = std::max({largest, -box.low[k], box.high[k]});
+  }
+  return largest;
+}
+
+PieceChain PieceChain::Scaled(double factor) const {
+  PieceChain scaled;
+  scaled.Reserve(m_segments.size());
+  for (const Segment3& s : m_segments) scaled.Add({factor * s.start, factor * s.end});
+  return scaled;
+}
+
+NearPair ClosestBetween(const PieceChain& first, const PieceChain& second) {
+  const double scale = ScaleOf(std::max(first.LargestCoordinate(), second.LargestCoordinate()));
+  if (scale == 1.0) return Closest(first, second);
+  const NearPair scaled = Closest(first.Scaled(scale), second.Scaled(scale));
+  const double back = 1.0 / scale;
+  return {back * scaled.distance, back * scaled.first, back * scaled.second};
+}
+
+bool TouchesItself(const PieceChain& chain, bool closed, double tol) {
+  if (chain.Size() < 2) return false;
+  const ChainTree tree(chain);
+  return SelfSearch(tree, closed, tol).Within(0);
+}
+
+Ball SmallestBallAround(const PieceChain& chain) {
+  std::vector<Vec3> points;
+  points.reserve(static_cast<std::size_t>(chain.Size()) + 1);
+  points.push_back(chain.Ends(0).start);
+  for (int i = 0; i < chain.Size(); ++i) points.push_back(chain.Ends(i).end);
+  PointBlocks blocks({&points[0].x, sizeof(Vec3), points.size()}, points[0]);
+  const Vec3 axes[3] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
+  const EnclosingBall ball = SmallestEnclosingBall<3>(blocks, axes);
+  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+  if (!ball.found) return {{nan, nan, nan}, nan};
+  return {points[0] + ball.centre, ball.radius};
+}
+
+}  // namespace nu::internal

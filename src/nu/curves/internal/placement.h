@@ -1,0 +1,36 @@
+#ifndef NU_CURVES_INTERNAL_PLACEMENT_H
+#define NU_CURVES_INTERNAL_PLACEMENT_H
+
+#include "nu/geometry/internal/directions.h"
+
+namespace nu::internal {
+
+// Where the points of a bounded curve are. They are kept as they were given, beside the anchor, the one point that was
+// then the origin of the curve's frame. A curve that has not moved since gives them back to the bit.
+class Placement {
+ public:
+  template<class Frame>
+  Placement(const Frame& frame, Vec3 anchor)
+      : m_anchor(anchor),
+        m_origin(Components(frame.origin)),
+        m_x(Components(frame.xaxis)),
+        m_z(Components(frame.zaxis)),
+        m_y(Cross(m_z, m_x)),
+        m_turned(!(IsSame(m_x, {1.0, 0.0, 0.0}) && IsSame(m_z, {0.0, 0.0, 1.0}))),
+        m_moved(m_turned || !IsSame(m_origin, anchor)) {}
+
+  Vec3 At(Vec3 given) const { return m_moved ? m_origin + Turned(given - m_anchor) : given; }
+  Vec3 Turned(Vec3 direction) const {
+    return m_turned ? direction.x * m_x + direction.y * m_y + direction.z * m_z : direction;
+  }
+
+ private:
+  static bool IsSame(Vec3 a, Vec3 b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
+
+  Vec3 m_anchor, m_origin, m_x, m_z, m_y;
+  bool m_turned, m_moved;
+};
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,74 @@
+#ifndef NU_CURVES_POLYLINE_H
+#define NU_CURVES_POLYLINE_H
+
+#include "nu/curves/bounded_curve.h"
+#include "nu/export.h"
+#include "nu/geometry/point_array.h"
+
+namespace nu::internal {
+class Placement;
+}
+
+// The edges between consecutive points; a single point is a polyline too. It may be closed, cross itself and leave its
+// plane. Its frame has the axes of the global frame and its origin in the first of the points it was built from.
+class NU_EXPORT CNuPolyline : public CNuBoundedCurve {
+ public:
+  // No points: CNuConstructionException cause 1, "size of CNuPointArray".
+  explicit CNuPolyline(const CNuPointArray& points);
+
+  int GetSize() const { return m_points.GetSize(); }
+  // Point i. Out of range: CNuOperationException cause 3 with the valid range.
+  CNuPoint GetPoint(int i) const;
+  CNuPoint operator[](int i) const;
+  CNuPointArray GetPoints() const;
+
+  // Whether the last point is CNuPoint::IsEqual to the first one.
+  ENuBoolean IsClosed(double tol) const;
+  // Whether no point is farther than tol from the least-squares plane of the points.
+  ENuBoolean IsPlanar(double tol) const;
+  // Whether two edges come as close as NuGetLengthTol(), or the rounding of the coordinates, but for the point that
+  // neighbours share; the ends of a closed polyline are neighbours. About n log n.
+  ENuBoolean IsSelfIntersecting() const;
+
+  // The area enclosed, never negative, where the last point is joined to the first one: what the curve runs around
+  // clockwise counts against the rest. Out of plane, the largest such area of a projection.
+  double Area() const;
+  // The centroid of that area; where it is zero but for rounding, of the edges; where these have no length, the first
+  // point.
+  CNuPoint Centroid() const;
+
+  void Reverse();
+  // Leaves out points so that no edge is below NuGetMinEdgeLength(); the first and the last point stay, the last one
+  // unless all that is left is shorter.
+  void RemoveShortEdges();
+
+  CNuPoint GetStartPoint() override;
+  CNuPoint GetEndPoint() override;
+  // The tangent is that of the first (last) edge that has a length, zero without one. The normal is that of the
+  // least-squares plane, on the side from which the curve runs counter-clockwise around Area(); of a straight polyline
+  // that of a line segment.
+  void GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const override;
+  void GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const override;
+  void BoundingBox(CNuPoint* min, CNuPoint* max) const override;
+  void BoundingCircle(double* radius, CNuPoint* centre) const override;
+  double DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const override;
+  double DistanceTo(const CNuPoint& p) const override;
+  double Length() const override;
+  // A polyline with sharp corners, `shape` 0; edges that shrink to nothing, or below NuGetMinEdgeLength(), are left
+  // out. It ends where the first and the last edge do, unless the polyline is closed within NuGetLengthTol(). Not in
+  // one plane with that normal: cause 45, "Offset of non-planar curve"; another shape, whose round corners are no
+  // edges: cause 45, "Offset with different shape"; nothing is left, an end edge of an open polyline shrinks to
+  // nothing, or a corner folds back on itself: cause 28, "Offset"; the result would come closer to the curve than the
+  // distance, as it does where an offset falls apart: cause 30.
+  CNuBoundedCurve* Offset(double distance, const CNuVector& normal, int shape) override;
+  CNuBoundedCurve* Offset(double distance) override;
+
+ private:
+  nu::internal::Placement Place() const;
+  void GetData(int at, int step, CNuPoint* point, CNuVector* tangent, CNuVector* normal) const;
+
+  CNuPointArray m_points;  // as they were given
+  CNuPoint m_anchor;       // the first of those that were
+};
+
+#endif
