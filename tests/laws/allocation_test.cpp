@@ -75,6 +75,12 @@ CNuPointArray Arc(int n, double height) {
   return points;
 }
 
+CNuPointArray Tilted(const CNuPointArray& points) {
+  CNuPointArray turned(points);
+  for (int i = 0; i < turned.GetSize(); ++i) turned[i].z() = 0.5 * turned[i].x();
+  return turned;
+}
+
 TEST(FailingAllocations, ValuesAndArrays) {
   const CNuVector big(100);
   const CNuMatrix wide(20, 30);
@@ -255,6 +261,21 @@ TEST(FailingAllocations, Fits) {
     CNuSphSurf sphere(1.5);
     FailEveryAllocation(
         "line", [&] { line.Fit(space, &form, &sumsq); }, [&] { return line.GetPoint().IsZero(1e-300) != NuFalse; });
+    for (const CNuPointArray& points : {space, flat, Tilted(flat)}) {
+      CNuLine zone, first, second;
+      const double lengthTol = NuGetLengthTol();
+      const auto untouched = [&] {
+        for (const CNuLine& l : {zone, first, second})
+          if (!l.GetPoint().IsZero(1e-300)) return false;
+        return NuGetLengthTol() == lengthTol;
+      };
+      // The twin that does not throw returns this failure like any other.
+      const auto fit = [&] {
+        zone = first = second = CNuLine();
+        if (zone.FitMinZoneEx(points, &form, &first, &second, 1e-9, 100) != NuFitSuccess) throw std::bad_alloc();
+      };
+      FailEveryAllocation("zone of a line", fit, untouched);
+    }
     FailEveryAllocation(
         "plane", [&] { plane.Fit(space, &form, &sumsq); }, [&] { return plane.GetPoint().IsZero(1e-300) != NuFalse; });
     FailEveryAllocation(

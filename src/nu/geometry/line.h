@@ -3,6 +3,7 @@
 
 #include "nu/export.h"
 #include "nu/foundation/boolean.h"
+#include "nu/geometry/fit_result.h"
 #include "nu/geometry/geometry.h"
 #include "nu/geometry/point.h"
 #include "nu/linalg/vector.h"
@@ -91,6 +92,31 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   // points whose extent is below NuGetZero(); cause 11 (size 0) for coordinates that are not finite.
   void Fit(const CNuPointArray& pts);
   void Fit(const CNuPointArray& pts, double* form, double* sumsq);
+
+  // Minimum-zone line: the one whose farthest point is nearest. The direction has the canonical sign of
+  // CNuVector::SymmetricAxis with NuGetTol(); the point is the nearest to the mean point. `form` receives the width of
+  // the zone, `l1` and `l2` its boundary lines, parallel to this one on opposite sides at half of `form`.
+  // - Points on one line by CNuGeometry::AreCollinear with `tol`: the least-squares line; the zone is 0 wide.
+  // - Points with one z, or in one plane by CNuGeometry::AreCoplanar with NuGetLengthTol(): the middle line of the
+  //   narrowest strip in that plane, exactly (M. I. Shamos, 1978); the boundary lines are those of the strip.
+  // - Others: the axis of the smallest circular cylinder that holds the points, and its diameter, which is never more
+  //   than the `form` of Fit. It is a local optimum next to the least-squares line, by linear programs within a
+  //   shrinking bound on the step and Newton's method on the contacts (M. R. Osborne and G. A. Watson, 1969; K. Madsen,
+  //   1975); for points not much longer than wide it is the best of several. One boundary line goes through a contact
+  //   point, the other lies across.
+  // maxiter counts the steps of the parameters, some ten for measured points; only the last case takes any. More than
+  // 100 000 count as 100 000.
+  // CNuBestfitException, named "CNuLine", for which the line and the outputs stay as they were: cause 13 (size 0) for a
+  // limit that is not positive; cause 1 (size 2) below two points; cause 11 (size 0) for coordinates that are not
+  // finite; cause 2 (size 2) without two points at least `tol` apart; what Fit throws; cause 12 (size 0) when the limit
+  // is reached.
+  void FitMinZone(const CNuPointArray& pts, double* form, double tol, long maxiter);
+  void FitMinZone(const CNuPointArray& pts, double* form, CNuLine* l1, CNuLine* l2, double tol, long maxiter);
+  // The same without throwing but for cause 13, and with `tol` as the length tolerance of the calling thread while the
+  // fit runs: NuFitNoConvergence for cause 12, NuFitFailure for any other failure.
+  ENuFitResult FitMinZoneEx(const CNuPointArray& pts, double* form, double tol, long maxiter);
+  ENuFitResult FitMinZoneEx(const CNuPointArray& pts, double* form, CNuLine* l1, CNuLine* l2, double tol,
+                            long maxiter);
 
  private:
   CNuPoint m_point;

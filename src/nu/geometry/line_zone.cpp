@@ -1,0 +1,177 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "nu/geometry/internal/enclosing_cylinder.h"
+#include "nu/geometry/internal/extents.h"
+#include "nu/geometry/internal/fit_guards.h"
+#include "nu/geometry/internal/form_statistics.h"
+#include "nu/geometry/internal/principal_direction.h"
+#include "nu/geometry/internal/strip2.h"
+#include "nu/geometry/line.h"
+
+// Minimum-zone line: of all lines the one with the least largest distance to a point. For points in one plane it is the
+// middle line of the narrowest strip, which lies along an edge of their convex hull. In space it is the axis of the
+// smallest circular cylinder that holds the points: a minimax problem of four parameters, solved next to the
+// least-squares line and, for points not much longer than wide, next to some other lines around it.
+
+using nu::internal::Components;
+using nu::internal::FailFit;
+using nu::internal::MiddleOf;
+using nu::internal::PointBlocks;
+using nu::internal::PrincipalDirection;
+using nu::internal::Vec3;
+using nu::internal::ViewOf;
+
+namespace {
+
+constexpr const char* kName = "CNuLine";
+constexpr int kLeastPoints = 2;
+
+struct Zone {
+  Vec3 point;  // of the middle line, nearest to the mean of the points
+  Vec3 direction;
+  double width = 0.0;
+  Vec3 side;  // unit length, from the middle line to the first boundary
+};
+
+void RequireFinite(const CNuPointArray& pts) {
+  if (!nu::internal::ExtentsOf(ViewOf(pts)).isFinite) FailFit(nu::internal::kNumericalFailure, kName);
+}
+
+void RequireTwoDistinct(const CNuPointArray& pts, double tol) {
+  if (CNuGeometry::NumberDistinctPoints(pts, 2, tol) == 0) {
+    FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
+  }
+}
+
+bool LieOnOneLine(const CNuPointArray& pts, double tol) {
+  CNuVector normal;
+  return CNuGeometry::AreCollinear(pts, &normal, tol) == 1;
+}
+
+CNuVector Canonical(const Vec3& direction) {
+  CNuVector v = ToVector(direction);
+  v.SymmetricAxis(NuGetTol(), 1);
+  return v;
+}
+
+// The plane z = const needs no frame: the strip is that of the coordinates as they are.
+Zone ZoneInPlaneZ(const CNuPointArray& pts, const Vec3& mean) {
+  const nu::internal::Strip2 strip = nu::internal::NarrowestStrip(ViewOf(pts));
+  const Vec3 normal{strip.normal[0], strip.normal[1], 0.0};
+  const Vec3 middle{strip.middle[0], strip.middle[1], mean.z};
+  return {mean + Dot(middle - mean, normal) * normal, {normal.y, -normal.x, 0.0}, strip.width, normal};
+}
+
+// The axes of the frame are the principal ones of the points, in canonical sign, so it does not depend on their order.
+// Its plane is their least-squares plane, which fits no worse than one through three of them and leans less.
+Zone ZoneInPlane(const CNuPointArray& pts) {
+  PointBlocks blocks(ViewOf(pts), MiddleOf(pts));
+  const PrincipalDirection flat = FindPrincipalDirection(blocks, nu::internal::Extent::smallest);
+  const Vec3 along = FindPrincipalDirection(blocks, nu::internal::Extent::largest).direction;
+  const Vec3 z = Components(Canonical(flat.direction));
+  const Vec3 x = Components(Canonical(Unit(Rejection(along, z))));
+  const Vec3 y = Cross(z, x);
+  std::vector<std::array<double, 2>> local;
+  local.reserve(blocks.Size());
+  blocks.ForEach([&](const nu::internal::PointBlock& block) {
+    for (std::size_t i = 0; i < block.size; ++i) {
+      const Vec3 q = Vec3{block.x[i], block.y[i], block.z[i]} - flat.mean;
+      local.push_back({Dot(q, x), Dot(q, y)});
+    }
+  });
+  const nu::internal::PointView view(local.front().data(), sizeof(local.front()), local.size());
+  const nu::internal::Strip2 strip = nu::internal::NarrowestStrip(view);
+  const Vec3 normal = strip.normal[0] * x + strip.normal[1] * y;
+  const double offset = strip.middle[0] * strip.normal[0] + strip.middle[1] * strip.normal[1];
+  return {blocks.InCallersFrame(flat.mean + offset * normal), Unit(strip.normal[1] * x - strip.normal[0] * y),
+          strip.width / blocks.Scale(), Unit(normal)};
+}
+
+// Towards the contact point that is least by its coordinates.
+Vec3 SideOf(const nu::internal::MinimaxSolution<nu::internal::AxisDistance>& found) {
+  const nu::internal::AxisFrame& frame = found.model.frame;
+  const Vec3* end = found.contact + found.contacts;
+  const Vec3* contact = std::min_element(found.contact, end, [](const Vec3& p, const Vec3& q) {
+    return p.x != q.x ? p.x < q.x : p.y != q.y ? p.y < q.y : p.z < q.z;
+  });
+  if (contact == end) return frame.x;
+  const Vec3 local = frame.Local(*contact);
+  const double distance = std::sqrt(local.x * local.x + local.y * local.y);
+  if (!(distance > 0.0)) return frame.x;
+  return (local.x / distance) * frame.x + (local.y / distance) * frame.y;
+}
+
+Zone ZoneInSpace(const CNuPointArray& pts, long limit) {
+  PointBlocks blocks(ViewOf(pts), MiddleOf(pts));
+  blocks.Keep();
+  const PrincipalDirection least = FindPrincipalDirection(blocks, nu::internal::Extent::largest);
+  const nu::internal::MinimaxSolution<nu::internal::AxisDistance> found =
+      SmallestCylinder(blocks, least.mean, least.direction, limit);
+  if (found.end == nu::internal::MinimaxEnd::limitReached) FailFit(nu::internal::kIterationLimit, kName);
+  const nu::internal::AxisFrame& axis = found.model.frame;
+  const Vec3 nearest = axis.origin + Dot(least.mean - axis.origin, axis.z) * axis.z;
+  const double radius = SpaceLineDeviations(blocks, nearest, axis.z).largest;
+  const double leastRadius = SpaceLineDeviations(blocks, least.mean, least.direction).largest;
+  // Where the least-squares line is the optimum, rounding decides which is better.
+  const bool better = radius < leastRadius;
+  return {blocks.InCallersFrame(better ? nearest : least.mean), better ? axis.z : least.direction,
+          2.0 * (better ? radius : leastRadius), SideOf(found)};
+}
+
+Zone ZoneOf(const CNuPointArray& pts, const CNuLine& least, long limit) {
+  if (pts.Is2D() == NuTrue) return ZoneInPlaneZ(pts, Components(least.GetPoint()));
+  if (CNuGeometry::AreCoplanar(pts, NuGetLengthTol()) == 1) return ZoneInPlane(pts);
+  return ZoneInSpace(pts, limit);
+}
+
+void RequireFinite(const Zone& zone) {
+  if (!IsFinite(zone.point) || !IsFinite(zone.direction) || !std::isfinite(zone.width)) {
+    FailFit(nu::internal::kNumericalFailure, kName);
+  }
+}
+
+}  // namespace
+
+void CNuLine::FitMinZone(const CNuPointArray& pts, double* form, double tol, long maxiter) {
+  FitMinZone(pts, form, nullptr, nullptr, tol, maxiter);
+}
+
+void CNuLine::FitMinZone(const CNuPointArray& pts, double* form, CNuLine* l1, CNuLine* l2, double tol, long maxiter) {
+  nu::internal::RequireIterations(maxiter, kName);
+  nu::internal::TranslateForeign(kName, [&] {
+    nu::internal::RequireCount(pts, kLeastPoints, kName);
+    RequireFinite(pts);
+    RequireTwoDistinct(pts, tol);
+    CNuLine line;
+    line.Fit(pts);
+    Zone zone;
+    if (!LieOnOneLine(pts, tol)) {
+      zone = ZoneOf(pts, line, maxiter);
+      RequireFinite(zone);
+      line = CNuLine(ToPoint(zone.point), Canonical(zone.direction));
+    }
+    CNuLine first(line);
+    CNuLine second(line);
+    const Vec3 way = (0.5 * zone.width) * zone.side;
+    first.Translate(way.x, way.y, way.z);
+    second.Translate(-way.x, -way.y, -way.z);
+    *this = line;
+    *form = zone.width;
+    if (l1 == nullptr) return;
+    *l1 = first;
+    *l2 = second;
+  });
+}
+
+ENuFitResult CNuLine::FitMinZoneEx(const CNuPointArray& pts, double* form, double tol, long maxiter) {
+  return FitMinZoneEx(pts, form, nullptr, nullptr, tol, maxiter);
+}
+
+ENuFitResult CNuLine::FitMinZoneEx(const CNuPointArray& pts, double* form, CNuLine* l1, CNuLine* l2, double tol,
+                                   long maxiter) {
+  return nu::internal::ResultWithin(tol, maxiter, kName, [&] { FitMinZone(pts, form, l1, l2, tol, maxiter); });
+}
