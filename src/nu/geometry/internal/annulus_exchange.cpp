@@ -138,6 +138,31 @@ AnnulusExchange::Extremes AnnulusExchange::ExtremesOfSample() const {
   return extremes;
 }
 
+std::vector<Vec2> AnnulusExchange::TellingPoints(Vec2 centre) const {
+  struct Run {
+    Vec2 farthest, nearest;
+    double far = -1.0;
+    double near = std::numeric_limits<double>::infinity();
+  };
+  std::vector<Run> runs(kSample);
+  const std::size_t n = m_points.Size();
+  std::size_t at = 0;
+  m_points.ForEach([&](const PointBlock& block) {
+    for (std::size_t i = 0; i < block.size; ++i, ++at) {
+      Run& run = runs[at * kSample / n];
+      const Vec2 p = InPlane(block, i, m_axis);
+      const double square = Dot(p - centre, p - centre);
+      if (square > run.far) run.far = square, run.farthest = p;
+      if (square < run.near) run.near = square, run.nearest = p;
+    }
+  });
+  std::vector<Vec2> points = m_sample;
+  for (const Run& run : runs) {
+    if (run.far >= 0.0) points.insert(points.end(), {run.farthest, run.nearest});
+  }
+  return points;
+}
+
 void AnnulusExchange::TakeSample(Vec2 start) {
   const std::size_t step = (m_points.Size() + kSample - 1) / kSample;
   m_sample.clear();

@@ -4,13 +4,14 @@
 #include <array>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 namespace nu::internal {
 namespace {
 
 constexpr double kRoundoff = std::numeric_limits<double>::epsilon() / 2.0;
 
-// Extents outside are brought to about 1 first: their inverse could overflow.
+// Outside, the inverse of a step of the grid could overflow.
 constexpr double kSafeSmall = 1e-150;
 constexpr double kSafeLarge = 1e150;
 
@@ -134,19 +135,15 @@ int ExactInCircle(Vec2 a, Vec2 b, Vec2 c) {
 
 }  // namespace
 
-Grid2 GridOf(PointBlocks& points, const Vec3 (&axes)[2]) {
+Grid2 GridOf(std::vector<Vec2> points) {
   Grid2 grid;
-  grid.points = Project(points, axes);
-  Box2 box = BoxOf(grid.points);
-  if (!(box.Extent() >= kSafeSmall && box.Extent() <= kSafeLarge)) {
-    if (!points.FitScale()) return grid;
-    grid.points = Project(points, axes);
-    box = BoxOf(grid.points);
-  }
+  const Box2 box = BoxOf(points);
   const double half = 0.5 * box.Extent();
-  if (!std::isfinite(half)) return grid;
+  const bool isPoint = box.Extent() == 0.0;
+  if (!isPoint && !(box.Extent() >= kSafeSmall && box.Extent() <= kSafeLarge)) return grid;
+  grid.points = std::move(points);
   grid.middle = box.least + 0.5 * (box.greatest - box.least);
-  grid.unit = half > 0.0 ? std::ldexp(1.0, std::ilogb(half) + 1) / kGridReach : 1.0;
+  grid.unit = isPoint ? 1.0 : std::ldexp(1.0, std::ilogb(half) + 1) / kGridReach;
   for (Vec2& p : grid.points) {
     const Vec2 steps = (1.0 / grid.unit) * (p - grid.middle);
     p = {std::nearbyint(steps.x), std::nearbyint(steps.y)};
@@ -154,9 +151,15 @@ Grid2 GridOf(PointBlocks& points, const Vec3 (&axes)[2]) {
   std::sort(grid.points.begin(), grid.points.end(),
             [](Vec2 a, Vec2 b) { return a.x < b.x || (a.x == b.x && a.y < b.y); });
   grid.points.erase(std::unique(grid.points.begin(), grid.points.end()), grid.points.end());
+  grid.finite = true;
+  return grid;
+}
+
+Grid2 GridOf(PointBlocks& points, const Vec3 (&axes)[2]) {
+  Grid2 grid = GridOf(Project(points, axes));
+  if (!grid.finite && points.FitScale()) grid = GridOf(Project(points, axes));
   grid.middle = (1.0 / points.Scale()) * grid.middle;
   grid.unit /= points.Scale();
-  grid.finite = true;
   return grid;
 }
 

@@ -23,6 +23,9 @@ struct Grid2 {
 
 inline constexpr double kGridReach = 0x1p52;
 
+// Of at least one point. Extents whose inverse would overflow are refused as if they were not finite.
+Grid2 GridOf(std::vector<Vec2> points);
+
 // The points' coordinates along two axes, relative to the origin of the blocks.
 Grid2 GridOf(PointBlocks& points, const Vec3 (&axes)[2]);
 
