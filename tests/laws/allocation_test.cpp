@@ -280,6 +280,16 @@ TEST(FailingAllocations, Fits) {
         "plane", [&] { plane.Fit(space, &form, &sumsq); }, [&] { return plane.GetPoint().IsZero(1e-300) != NuFalse; });
     FailEveryAllocation(
         "circle", [&] { circle.Fit(flat, &form, &sumsq, 100); }, [&] { return circle.GetRadius() == 1.5; });
+    // The last one fills an area: its annulus is searched among all crossings.
+    CNuPointArray filled(n);
+    for (int i = 0; i < n; ++i) filled.Add(CNuPoint(std::sin(2.0 * i), std::sin(3.0 * i + 1.0 * i * i), 0.0));
+    const std::function<void()> minimax[] = {[&] { circle.FitMin(flat, 1e-9); }, [&] { circle.FitMax(flat, 1e-9); },
+                                             [&] { circle.FitMinZone(flat, &form, 1e-9, 100); },
+                                             [&] { circle.FitMinZone(filled, &form, 1e-9, 100); }};
+    for (const auto& fit : minimax) {
+      const auto anew = [&] { circle = CNuCircle(1.5), fit(); };  // without some of the memory it succeeds
+      FailEveryAllocation("minimax circle", anew, [&] { return circle.GetRadius() == 1.5; });
+    }
     FailEveryAllocation(
         "sphere", [&] { sphere.Fit(space, &form, &sumsq, 100); }, [&] { return sphere.GetRadius() == 1.5; });
   }

@@ -66,6 +66,12 @@ void AddFits(int n, Noise& noise, Bits& bits) {
   circle.Fit(flat, &form, &sumsq, 100);
   bits.Add(circle.GetCentre());
   bits.Add(form);
+  circle.FitMin(flat, 1e-9);
+  bits.Add(circle.GetCentre());
+  circle.FitMax(flat, 1e-9);
+  bits.Add(circle.GetCentre());
+  circle.FitMinZone(flat, &form, 1e-9, 1000);
+  bits.Add(circle.GetCentre());
   CNuSphSurf sphere(1.0);
   sphere.Fit(space, &form, &sumsq, 1000);
   bits.Add(sphere.GetCentre());
