@@ -19,6 +19,22 @@ class NU_EXPORT CNuSphSurf : public CNuSurface {
   void GetCentre(double* x, double* y, double* z) const;
   void GetData(double* radius, CNuPoint* centre) const;
 
+  // The points common to the line and the sphere, in the order of the line; returns how many there are, 0 to 2. What
+  // comes as close as NuGetLengthTol(), or as the rounding of the coordinates, touches; so it does in all that follows.
+  int IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const;
+  // Where the two surfaces meet, as new objects that the caller owns: the contents of `result` are replaced by them,
+  // and their number is returned. A circle, the point in which they touch, or nothing for surfaces that are apart, one
+  // inside the other, or spheres about one centre, equal ones among them. The normal of the circle is the plane's, or
+  // points from this centre to the other one. Spheres that touch, but in no point that is on the other one, too:
+  // CNuOperationException cause 46, "calculation", and `result` stays as it was.
+  int IntersectWith(const CNuPlane& plane, CNuObjArray* result) const;
+  int IntersectWith(const CNuSphSurf& other, CNuObjArray* result) const;
+
+  // The symmetric 4 x 4 matrix Q for which p Q p^T = 0 if and only if p = (x, y, z, 1) is on the sphere, with p in
+  // global coordinates or in those of the position of `frame`.
+  CNuMatrix ToAlgebraicForm() const;
+  CNuMatrix ToAlgebraicForm(const CNuNonLinearGeometry& frame) const;
+
   // Least-squares sphere, by Gauss-Newton steps on the distances from it. The iteration ends with a step of the centre
   // whose squared length is below NuGetTol(), which is not applied, or with one that is not shorter than the step
   // before; it fails when `maxIter` steps were used up, even by one that ended it, so a limit of 1 suffices for four

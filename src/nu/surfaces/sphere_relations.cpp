@@ -1,0 +1,92 @@
+// Spheres against lines, planes and spheres, and the sphere as a quadric.
+//
+// Two spheres with centres c1, c2, radii r1, r2 and d = |c2 - c1| meet in a circle about the line of their centres, the
+// way a from c1 where a^2 + h^2 = r1^2 and (d - a)^2 + h^2 = r2^2. Heron's formula gives its radius h in factors, none
+// of which cancels but the one that vanishes.
+
+#include <cmath>
+#include <memory>
+
+#include "nu/foundation/internal/failures.h"
+#include "nu/foundation/object_array.h"
+#include "nu/geometry/internal/feature_data.h"
+#include "nu/linalg/matrix.h"
+#include "nu/surfaces/sphere.h"
+
+using nu::internal::Components;
+using nu::internal::FailOperation;
+using nu::internal::Line3;
+using nu::internal::Points2;
+using nu::internal::ToPoint;
+using nu::internal::TouchTol;
+using nu::internal::ToVector;
+using nu::internal::Vec3;
+
+namespace {
+
+struct Sphere3 {
+  explicit Sphere3(const CNuSphSurf& sphere) : centre(Components(sphere.GetCentre())), radius(sphere.GetRadius()) {}
+
+  Vec3 centre;
+  double radius;
+};
+
+// The point in which two spheres touch: one of those in which the line of their centres meets the first.
+std::unique_ptr<CNuObject> Touch(const Sphere3& first, const Sphere3& second, Vec3 way, double tol) {
+  const Points2 met = MeetSphere(Line3{first.centre, way}, first.centre, first.radius, tol);
+  for (int k = 0; k < met.count; ++k) {
+    const CNuPoint p = ToPoint(met.at[k]);
+    if (std::fabs(Norm(met.at[k] - second.centre) - second.radius) < tol) return std::make_unique<CNuPoint>(p);
+  }
+  FailOperation(46, "calculation", "CNuSphSurf::IntersectWith(CNuSphSurf)");
+}
+
+std::unique_ptr<CNuObject> Section(const Sphere3& first, const Sphere3& second) {
+  const double r1 = first.radius;
+  const double r2 = second.radius;
+  const Vec3 between = second.centre - first.centre;
+  const double d = std::hypot(between.x, between.y, between.z);
+  const double tol = TouchTol(std::max(r1, r2), first.centre, second.centre);
+  if (!(d > tol) || !std::isfinite(d + r1 + r2)) return nullptr;
+  const Vec3 way = Unit(between);
+  if (std::fabs(d - (r1 + r2)) <= tol || std::fabs(d - std::fabs(r1 - r2)) <= tol)
+    return Touch(first, second, way, tol);
+  if (!(d < r1 + r2) || !(d > std::fabs(r1 - r2))) return nullptr;
+  const double along = 0.5 * (d + (r1 - r2) * ((r1 + r2) / d));
+  const double beyond = std::sqrt(r1 + r2 + d) * std::sqrt(r1 + r2 - d);
+  const double within = std::sqrt(d - r1 + r2) * std::sqrt(d + r1 - r2);
+  return std::make_unique<CNuCircle>(0.5 * within * (beyond / d), ToPoint(first.centre + along * way), ToVector(way));
+}
+
+}  // namespace
+
+int CNuSphSurf::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const {
+  return line.IntersectWith(*this, p1, p2);
+}
+
+int CNuSphSurf::IntersectWith(const CNuPlane& plane, CNuObjArray* result) const {
+  return plane.IntersectWith(*this, result);
+}
+
+int CNuSphSurf::IntersectWith(const CNuSphSurf& other, CNuObjArray* result) const {
+  std::unique_ptr<CNuObject> section = Section(Sphere3(*this), Sphere3(other));
+  result->Clear();
+  if (!section) return 0;
+  result->Add(section.get());
+  section.release();
+  return 1;
+}
+
+// Transformations act on rows: (p, 1) T is the local point, so Q = T Q0 T^T.
+CNuMatrix CNuSphSurf::ToAlgebraicForm() const {
+  CNuMatrix local(4, 4);
+  for (int i = 0; i < 3; ++i) local.Element(i, i) = 1.0;
+  local.Element(3, 3) = -m_radius * m_radius;
+  const CNuMatrix toLocal = GetInverseTransformation();
+  return toLocal * local * toLocal.Transpose();
+}
+
+CNuMatrix CNuSphSurf::ToAlgebraicForm(const CNuNonLinearGeometry& frame) const {
+  const CNuMatrix toWorld = frame.GetTransformation();
+  return toWorld * ToAlgebraicForm() * toWorld.Transpose();
+}

@@ -1,0 +1,169 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+
+#include "nu/nu.h"
+#include "support/clouds.h"
+#include "support/failures.h"
+
+namespace {
+
+using nu::test::Random;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+CNuPoint RandomPoint(Random& random, double reach) {
+  const double x = random.Uniform(-reach, reach);
+  const double y = random.Uniform(-reach, reach);
+  return {x, y, random.Uniform(-reach, reach)};
+}
+
+double Off(const CNuPoint& p, const CNuSphSurf& sphere) {
+  return std::fabs(p.DistanceTo(sphere.GetCentre()) - sphere.GetRadius());
+}
+
+// The only result of an intersection, or none; the array held something before.
+std::unique_ptr<CNuObject> Common(const CNuSphSurf& a, const CNuSphSurf& b) {
+  CNuPoint old;
+  CNuObjArray found(1);
+  found.Add(&old);
+  const int count = a.IntersectWith(b, &found);
+  EXPECT_EQ(found.GetSize(), count);
+  EXPECT_LE(count, 1);
+  return std::unique_ptr<CNuObject>(count == 1 ? found[0] : nullptr);
+}
+
+TEST(SphereIntersections, WithSpheresAreOnBothAndNoneIsMissed) {
+  Random random(601);
+  int circles = 0;
+  for (int run = 0; run < 10000; ++run) {
+    const double size = std::pow(10.0, random.Below(9) - 3);
+    const CNuSphSurf a(size * random.Uniform(0.01, 2.0), RandomPoint(random, size));
+    const CNuSphSurf b(size * random.Uniform(0.01, 2.0), RandomPoint(random, size));
+    const double d = a.GetCentre().DistanceTo(b.GetCentre());
+    const bool crosses = d < a.GetRadius() + b.GetRadius() && d > std::fabs(a.GetRadius() - b.GetRadius());
+    const auto found = Common(a, b);
+    ASSERT_EQ(found != nullptr, crosses) << run;
+    if (!found) continue;
+    ASSERT_EQ(found->GetType(), CNuObject::NuTypeCircle);
+    const auto& circle = static_cast<const CNuCircle&>(*found);
+    const CNuPointArray rim = circle.ToPointArray(9);
+    for (int i = 0; i < 9; ++i) ASSERT_LE(std::max(Off(rim[i], a), Off(rim[i], b)), 1e-14 * size) << run;
+    ASSERT_GT(circle.GetNormal() % (b.GetCentre() - a.GetCentre()).To3DVector(), 0.0) << "from this one to the other";
+    ++circles;
+  }
+  EXPECT_GT(circles, 3000);
+}
+
+// In any place, turned about it, at any size: outside, touching from outside, crossing, touching from inside, inside.
+TEST(SphereIntersections, InSpecialPositions) {
+  Random random(602);
+  for (int run = 0; run < 1000; ++run) {
+    const double size = run == 0 ? 1e150 : run == 1 ? 1e-9 : std::pow(10.0, random.Below(9) - 3);
+    const CNuPoint c1 = RandomPoint(random, size);
+    const CNuPoint way = nu::test::RandomMotion(random, 0.0).Direction({1, 0, 0});
+    const double r1 = size * random.Uniform(0.5, 2.0);
+    const double r2 = size * random.Uniform(0.1, 0.4);
+    const CNuSphSurf a(r1, c1);
+    for (const auto& [d, type] : {std::pair(r1 + r2 + 0.1 * size, CNuObject::NuTypeNone),
+                                  {r1 + r2, CNuObject::NuTypePoint},
+                                  {r1, CNuObject::NuTypeCircle},
+                                  {r1 - r2, CNuObject::NuTypePoint},
+                                  {0.0, CNuObject::NuTypeNone}}) {
+      const CNuSphSurf b(r2, c1 + CNuPoint(d * way.x(), d * way.y(), d * way.z()));
+      for (const bool swapped : {false, true}) {
+        const auto found = swapped ? Common(b, a) : Common(a, b);
+        ASSERT_EQ(found ? found->GetType() : CNuObject::NuTypeNone, type) << run << " " << d / size;
+        if (type != CNuObject::NuTypePoint) continue;
+        const auto& p = static_cast<const CNuPoint&>(*found);
+        ASSERT_LE(std::max(Off(p, a), Off(p, b)), std::max(1e-12, 1e-14 * size)) << run << " " << d / size;
+      }
+    }
+    ASSERT_EQ(Common(a, a), nullptr) << "equal spheres are concentric ones";
+  }
+}
+
+// Required: spheres count as touching by the length tolerance, but a point on both must be found by it, too; hosts tell
+// a failed contact from a missing one by the exception.
+TEST(SphereIntersections, TouchingWithoutACommonPointFails) {
+  const CNuSphSurf a(1.0), b(1.0, CNuPoint(2.5, 0, 0));
+  CNuObjArray found(1);
+  CNuPoint old;
+  found.Add(&old);
+  NuSetLengthTol(0.5);
+  EXPECT_EQ(FailureOf([&] { a.IntersectWith(b, &found); }),
+            "operation 46 calculation|CNuSphSurf::IntersectWith(CNuSphSurf) [0,0]");
+  EXPECT_EQ(found[0], &old);
+  for (const double tol : {0.0, -1.0, kNaN, kInf}) {
+    NuSetLengthTol(tol);
+    FailureOf([&] { Common(a, CNuSphSurf(1.5, CNuPoint(2.5, 0, 0))); });
+  }
+  NuSetLengthTol(1e-12);
+  for (const double bad : {kNaN, kInf, -kInf}) EXPECT_EQ(Common(a, CNuSphSurf(1.0, CNuPoint(bad, 0, 0))), nullptr);
+}
+
+TEST(SphereIntersections, WithLinesAndPlanesAreOnBoth) {
+  Random random(603);
+  int points = 0;
+  for (int run = 0; run < 10000; ++run) {
+    const double size = std::pow(10.0, random.Below(9) - 3);
+    const CNuSphSurf sphere(size * random.Uniform(0.01, 2.0), RandomPoint(random, size));
+    const CNuPoint direction = nu::test::RandomMotion(random, 0.0).Direction({1, 0, 0});
+    const CNuLine line(RandomPoint(random, size), direction.To3DVector());
+    CNuPoint p[2];
+    const int count = sphere.IntersectWith(line, &p[0], &p[1]);
+    ASSERT_EQ(count, sphere.GetCentre().DistanceTo(line) < sphere.GetRadius() ? 2 : 0) << run;
+    for (int k = 0; k < count; ++k, ++points)
+      ASSERT_LE(std::max(Off(p[k], sphere), p[k].DistanceTo(line)), 1e-14 * size) << run;
+    if (count == 2) {
+      ASSERT_GT((p[1] - p[0]).To3DVector() % line.GetDirection(), 0.0);
+    }
+    const CNuPlane plane(RandomPoint(random, size), direction.To3DVector());
+    CNuObjArray found(1);
+    const int sections = sphere.IntersectWith(plane, &found);
+    ASSERT_EQ(sections, sphere.GetCentre().DistanceTo(plane) < sphere.GetRadius() ? 1 : 0) << run;
+    if (sections == 0) continue;
+    const std::unique_ptr<CNuObject> owned(found[0]);
+    const CNuPointArray rim = static_cast<const CNuCircle&>(*owned).ToPointArray(5);
+    for (int i = 0; i < 5; ++i) ASSERT_LE(std::max(Off(rim[i], sphere), rim[i].DistanceTo(plane)), 1e-14 * size);
+  }
+  EXPECT_GT(points, 6000);
+}
+
+double Value(const CNuMatrix& q, const CNuPoint& p) {
+  const CNuVector v = p.To3DVector();
+  double sum = 0.0;
+  for (int i = 0; i < 4; ++i)
+    for (int j = 0; j < 4; ++j) sum += q.Element(i, j) * (i < 3 ? v[i] : 1.0) * (j < 3 ? v[j] : 1.0);
+  return sum;
+}
+
+// The form's value is |p - c|^2 - r^2, in the coordinates asked for.
+TEST(SphereQuadric, ValuesOfTheAlgebraicForm) {
+  Random random(604);
+  for (int run = 0; run < 200; ++run) {
+    const CNuPoint centre = RandomPoint(random, 10.0);
+    CNuSphSurf sphere(random.Uniform(0.1, 5.0), centre);
+    sphere.Rotate(random.Uniform(0.0, 360.0), CNuVector(1, 2, 3), centre);
+    CNuSphSurf frame(1.0);
+    frame.Rotate(random.Uniform(0.0, 360.0), RandomPoint(random, 1.0).To3DVector());
+    frame.Translate(RandomPoint(random, 5.0));
+    const CNuMatrix world = sphere.ToAlgebraicForm();
+    const CNuMatrix local = sphere.ToAlgebraicForm(frame);
+    for (int k = 0; k < 5; ++k) {
+      CNuPoint p = RandomPoint(random, 10.0);
+      const double d = p.DistanceTo(centre);
+      const double expected = (d - sphere.GetRadius()) * (d + sphere.GetRadius());
+      ASSERT_NEAR(Value(world, p), expected, 1e-12);
+      p.MoveTo(frame);
+      ASSERT_NEAR(Value(local, p), expected, 1e-12);
+    }
+    for (int i = 0; i < 4; ++i)
+      for (int j = 0; j < i; ++j) ASSERT_NEAR(world.Element(i, j), world.Element(j, i), 1e-14);
+  }
+}
+
+}  // namespace
