@@ -22,7 +22,6 @@
 namespace nu::internal {
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 // Widths, and coordinates of centres, that differ by no more steps of the grid are equal within the rounding of the

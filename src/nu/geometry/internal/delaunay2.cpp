@@ -1,6 +1,8 @@
 #include "nu/geometry/internal/delaunay2.h"
 
+#include <algorithm>
 #include <new>
+#include <utility>
 
 #include "nu/geometry/internal/grid2.h"
 
@@ -11,11 +13,11 @@
 
 namespace nu::internal {
 
-Delaunay2::Delaunay2(const std::vector<Vec2>& points) : m_points(points) {
+Delaunay2::Delaunay2(std::vector<Vec2> points) : m_points(std::move(points)) {
   // A triangulation has fewer than three edges per point; six half-edges are to be numbered.
-  if (points.size() >= kNoSite / 6) throw std::bad_alloc();
-  m_edges.reserve(6 * points.size());
-  Triangulate(0, static_cast<Site>(points.size()));
+  if (m_points.size() >= kNoSite / 6) throw std::bad_alloc();
+  m_edges.reserve(6 * m_points.size());
+  Triangulate(0, static_cast<Site>(m_points.size()), Axis::x);
   m_free = {};
 }
 
@@ -71,47 +73,63 @@ bool Delaunay2::InCircle(Site a, Site b, Site c, Site d) const {
   return GridInCircle(At(a), At(b), At(c), At(d)) > 0;
 }
 
-// Halves each time: the depth is that of the number's binary digits.
-Delaunay2::Ends Delaunay2::Triangulate(Site begin, Site end) {
-  const Site count = end - begin;
-  if (count == 2) {
-    const Edge e = MakeEdge(begin, begin + 1);
-    return {e, e ^ 1u};
-  }
-  if (count == 3) return ThreePoints(begin);
-  const Site middle = begin + count / 2;
-  const Ends left = Triangulate(begin, middle);
-  const Ends right = Triangulate(middle, end);
-  return Merge(left, right);
+bool Delaunay2::Precedes(Axis axis, const Vec2& a, const Vec2& b) {
+  if (axis == Axis::x) return a.x < b.x || (a.x == b.x && a.y < b.y);
+  return a.y < b.y || (a.y == b.y && a.x > b.x);
 }
 
-Delaunay2::Ends Delaunay2::ThreePoints(Site first) {
+// Halves each time: the depth is that of the number's binary digits.
+Delaunay2::Edge Delaunay2::Triangulate(Site begin, Site end, Axis axis) {
+  const Site count = end - begin;
+  const auto first = m_points.begin() + begin;
+  const auto last = m_points.begin() + end;
+  const auto precedes = [axis](const Vec2& a, const Vec2& b) { return Precedes(axis, a, b); };
+  if (count == 2) return MakeEdge(begin, begin + 1);
+  if (count == 3) {
+    std::sort(first, last, precedes);
+    return ThreePoints(begin);
+  }
+  const Site middle = begin + count / 2;
+  std::nth_element(first, m_points.begin() + middle, last, precedes);
+  const Axis next = axis == Axis::x ? Axis::y : Axis::x;
+  const Edge left = Triangulate(begin, middle, next);
+  const Edge right = Triangulate(middle, end, next);
+  return Merge(left, right, axis);
+}
+
+Delaunay2::Edge Delaunay2::ThreePoints(Site first) {
   const Edge a = MakeEdge(first, first + 1);
   const Edge b = MakeEdge(first + 1, first + 2);
   Splice(a ^ 1u, b);
   const int turn = Side(first + 2, a);
-  if (turn == 0) return {a, b ^ 1u};
+  if (turn == 0) return a;
   const Edge c = Connect(b, a);
-  return turn > 0 ? Ends{a, b ^ 1u} : Ends{c ^ 1u, c};
+  return turn > 0 ? a : c ^ 1u;
 }
 
-// From right to left; the outer ends follow where the tangent ends in them.
-Delaunay2::Edge Delaunay2::LowerTangent(Ends& left, Ends& right) {
-  Edge inLeft = left.right;
-  Edge inRight = right.left;
+// The counter-clockwise hull edge from the first or the last point along an axis.
+Delaunay2::Edge Delaunay2::OutermostFrom(Edge hull, Axis axis, bool first) const {
+  Edge outermost = hull;
+  for (Edge e = RightPrevious(hull); e != hull; e = RightPrevious(e)) {
+    const Vec2& here = At(Origin(e));
+    const Vec2& there = At(Origin(outermost));
+    if (first ? Precedes(axis, here, there) : Precedes(axis, there, here)) outermost = e;
+  }
+  return outermost;
+}
+
+// From right to left, given the clockwise hull edge from the last point on the left and the counter-clockwise one from
+// the first point on the right.
+Delaunay2::Edge Delaunay2::LowerTangent(Edge inLeft, Edge inRight) {
   while (true) {
     if (Side(Origin(inRight), inLeft) > 0) {
       inLeft = LeftNext(inLeft);
     } else if (Side(Origin(inLeft), inRight) < 0) {
       inRight = RightPrevious(inRight);
     } else {
-      break;
+      return Connect(inRight ^ 1u, inLeft);
     }
   }
-  const Edge base = Connect(inRight ^ 1u, inLeft);
-  if (Origin(inLeft) == Origin(left.left)) left.left = base ^ 1u;
-  if (Origin(inRight) == Origin(right.right)) right.right = base;
-  return base;
 }
 
 // The next edge of the left triangulation above the base, without those that its circles reject.
@@ -137,14 +155,16 @@ Delaunay2::Edge Delaunay2::RightCandidate(Edge base) {
   return candidate;
 }
 
-Delaunay2::Ends Delaunay2::Merge(Ends left, Ends right) {
-  Edge base = LowerTangent(left, right);
+Delaunay2::Edge Delaunay2::Merge(Edge left, Edge right, Axis axis) {
+  const Edge inLeft = m_edges[OutermostFrom(left, axis, false)].previous;
+  const Edge tangent = LowerTangent(inLeft, OutermostFrom(right, axis, true));
+  Edge base = tangent;
   while (true) {
     const Edge fromLeft = LeftCandidate(base);
     const Edge fromRight = RightCandidate(base);
     const bool hasLeft = Side(Destination(fromLeft), base) < 0;
     const bool hasRight = Side(Destination(fromRight), base) < 0;
-    if (!hasLeft && !hasRight) return {left.left, right.right};
+    if (!hasLeft && !hasRight) return tangent ^ 1u;
     const bool takesRight = !hasLeft || (hasRight && InCircle(Destination(fromLeft), Origin(fromLeft),
                                                               Origin(fromRight), Destination(fromRight)));
     base = takesRight ? Connect(fromRight, base ^ 1u) : Connect(base ^ 1u, fromLeft ^ 1u);

@@ -20,9 +20,9 @@ class Delaunay2 {
   using Site = std::uint32_t;
   static constexpr Site kNoSite = std::numeric_limits<Site>::max();
 
-  // At least two points, in the order of the grid, which must outlive the triangulation. Throws std::bad_alloc also for
-  // more points than can be numbered.
-  explicit Delaunay2(const std::vector<Vec2>& points);
+  // At least two points, no two the same, which are numbered anew. Throws std::bad_alloc also for more points than can
+  // be numbered.
+  explicit Delaunay2(std::vector<Vec2> points);
 
   // One more than the largest half-edge; some numbers below may not be in use.
   Edge Edges() const { return static_cast<Edge>(m_edges.size()); }
@@ -40,11 +40,10 @@ class Delaunay2 {
     Edge next;  // around the origin, counter-clockwise
     Edge previous;
   };
-  // The counter-clockwise hull edge from the first point and the clockwise one from the last.
-  struct Ends {
-    Edge left;
-    Edge right;
-  };
+  // The points are halved across x and y by turns. The y axis stands for a frame turned by a quarter, in which the
+  // halves lie left and right as well.
+  enum class Axis { x, y };
+  static bool Precedes(Axis axis, const Vec2& a, const Vec2& b);
 
   Edge MakeEdge(Site from, Site to);
   void Splice(Edge a, Edge b);
@@ -55,14 +54,16 @@ class Delaunay2 {
   int Side(Site site, Edge e) const;
   bool InCircle(Site a, Site b, Site c, Site d) const;
 
-  Ends Triangulate(Site begin, Site end);
-  Ends ThreePoints(Site first);
-  Ends Merge(Ends left, Ends right);
-  Edge LowerTangent(Ends& left, Ends& right);
+  // These give a counter-clockwise edge of the hull.
+  Edge Triangulate(Site begin, Site end, Axis axis);
+  Edge ThreePoints(Site first);
+  Edge Merge(Edge left, Edge right, Axis axis);
+  Edge OutermostFrom(Edge hull, Axis axis, bool first) const;
+  Edge LowerTangent(Edge inLeft, Edge inRight);
   Edge LeftCandidate(Edge base);
   Edge RightCandidate(Edge base);
 
-  const std::vector<Vec2>& m_points;
+  std::vector<Vec2> m_points;
   std::vector<HalfEdge> m_edges;
   std::vector<Edge> m_free;
 };
