@@ -256,7 +256,7 @@ TEST(FailingAllocations, Fits) {
     const CNuPointArray space = Arc(n, 3.0);
     double form = 0, sumsq = 0;
     CNuLine line;
-    CNuPlane plane;
+    CNuPlane plane, flatness;
     CNuCircle circle(1.5);
     CNuSphSurf sphere(1.5);
     FailEveryAllocation(
@@ -278,6 +278,9 @@ TEST(FailingAllocations, Fits) {
     }
     FailEveryAllocation(
         "plane", [&] { plane.Fit(space, &form, &sumsq); }, [&] { return plane.GetPoint().IsZero(1e-300) != NuFalse; });
+    FailEveryAllocation(
+        "plane zone", [&] { flatness.FitMinZone(space, &form, 1e-9); },
+        [&] { return flatness.GetPoint().IsZero(1e-300) != NuFalse; });
     FailEveryAllocation(
         "circle", [&] { circle.Fit(flat, &form, &sumsq, 100); }, [&] { return circle.GetRadius() == 1.5; });
     // The last one fills an area: its annulus is searched among all crossings.

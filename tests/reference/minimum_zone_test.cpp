@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -81,6 +82,22 @@ TEST(MinimumZoneReference, RefusesWhatHasNoLine) {
         FailureOf([&] { line.FitMinZone(PointsOf(set), &zone, Tol(set), Limit(set)); }),
         "bestfit " + refusal["cause"].Text() + " |" + refusal["text"].Text() + " [" + refusal["count"].Text() + ",0]");
   }
+}
+
+TEST(MinimumZoneReference, Planes) {
+  int sets = 0;
+  for (const char* kind : {"mz-plane-", "lit-mz-plane-", "hard-mz-plane-"}) {
+    for (const auto& file : nu::test::ReferenceFiles(kind)) {
+      SCOPED_TRACE(file.filename().string());
+      const Json set = nu::test::ReadReference(file);
+      CNuPlane plane;
+      double zone = -1.0;
+      plane.FitMinZone(PointsOf(set), &zone, Tol(set));
+      Check(set, plane.GetPoint().To3DVector(), "normal", plane.GetNormal(), zone);
+      ++sets;
+    }
+  }
+  EXPECT_EQ(sets, 8);
 }
 
 }  // namespace

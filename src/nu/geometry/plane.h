@@ -69,6 +69,19 @@ class NU_EXPORT CNuPlane : public CNuGeometry {
   void Fit(const CNuPointArray& pts);
   void Fit(const CNuPointArray& pts, double* form, double* sumsq);
 
+  // Minimum-zone plane: the one whose farthest point is nearest (M. E. Houle, G. T. Toussaint, 1988). It is the global
+  // optimum, found without rounding in its choices: `form`, the distance of the two parallel planes between which all
+  // points lie, is that of the given coordinates to some 1e-15 of itself, but for many points in an exact plane, for
+  // which it is 0 to rounding. The plane lies half way, its point is the nearest to the mean point, and its normal has
+  // the canonical sign of CNuVector::SymmetricAxis with NuGetTol(). Of zones of the same width that with the largest z
+  // of the normal, turned upwards, is taken, then y, then x, whatever the order of the points. `p1` and `p2` receive
+  // the boundary planes, with the same normal, which points from p1 to p2; each output may be null.
+  // CNuBestfitException, named "CNuPlane", for which the plane and the outputs stay as they were: cause 1 (size 3)
+  // below three points; cause 3 (size 3) for points on one line by CNuPointArray::IsNoncollinear with `tol`; cause 11
+  // (size 0) for coordinates that are not finite and whatever else fails on the way.
+  void FitMinZone(const CNuPointArray& pts, double* form, double tol);
+  void FitMinZone(const CNuPointArray& pts, double* form, CNuPlane* p1, CNuPlane* p2, double tol);
+
  private:
   CNuPoint m_point;
   CNuVector m_normal;

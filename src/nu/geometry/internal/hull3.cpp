@@ -1,0 +1,197 @@
+#include "nu/geometry/internal/hull3.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace nu::internal {
+namespace {
+
+// A face's mark holds twice the apex, and one more where the face sees it.
+int Mark(int apex, bool isSeen) {
+  return 2 * apex + (isSeen ? 1 : 0);
+}
+
+}  // namespace
+
+void Hull3::Add(const std::vector<IndexedPoint>& points) {
+  const int first = static_cast<int>(m_points.size());
+  m_points.insert(m_points.end(), points.begin(), points.end());
+  m_next.resize(m_points.size(), -1);
+  m_faceOf.resize(m_points.size(), -1);
+  const bool hadFaces = m_dimension == 3;
+  if (!hadFaces && !MakeSimplex()) return;
+  // Signs of corners against their own faces would take all digits.
+  const auto isPlaced = [&](int i) { return std::find(m_simplex.begin(), m_simplex.end(), i) != m_simplex.end(); };
+  for (int i = hadFaces ? first : 0; i < static_cast<int>(m_points.size()); ++i) {
+    if (hadFaces || !isPlaced(i)) PlaceOnAnyFace(i);
+  }
+  Grow();
+}
+
+// Where no point is off the space of the first ones by rounded arithmetic, exact signs have the last word.
+int Hull3::AnyPointOff(int dimension, int guess) const {
+  const auto isOff = [&](int i) {
+    const double* p = At(m_simplex[0]);
+    if (dimension == 0) return !std::equal(p, p + 3, At(i));
+    if (dimension == 1) return !AreCollinear3(p, At(m_simplex[1]), At(i));
+    return Normal3(p, At(m_simplex[1]), p, At(m_simplex[2])).SignOfHeight(p, At(i)) != 0;
+  };
+  if (isOff(guess)) return guess;
+  for (int i = 0; i < static_cast<int>(m_points.size()); ++i) {
+    if (isOff(i)) return i;
+  }
+  return -1;
+}
+
+bool Hull3::MakeSimplex() {
+  m_dimension = m_points.empty() ? -1 : 0;
+  if (m_points.empty()) return false;
+  m_simplex[0] = 0;
+  const Vec3 origin = LoadVec3(At(0));
+  Vec3 line, normal;
+  // By the distance from the space that the points before span.
+  const auto distance = [&](const Vec3& v) {
+    if (m_dimension == 2) return std::fabs(Dot(normal, v));
+    const Vec3 off = m_dimension == 0 ? v : Cross(line, v);
+    return Dot(off, off);
+  };
+  for (; m_dimension < 3; ++m_dimension) {
+    int farthest = 0;
+    double largest = -1.0;
+    for (int i = 0; i < static_cast<int>(m_points.size()); ++i) {
+      const double d = distance(LoadVec3(At(i)) - origin);
+      if (d > largest) largest = d, farthest = i;
+    }
+    const int next = AnyPointOff(m_dimension, farthest);
+    if (next < 0) return false;
+    m_simplex[m_dimension + 1] = next;
+    if (m_dimension == 0) line = LoadVec3(At(next)) - origin;
+    if (m_dimension == 1) normal = Cross(line, LoadVec3(At(next)) - origin);
+  }
+  auto [a, b, c, d] = m_simplex;
+  if (Normal3(At(a), At(b), At(a), At(c)).SignOfHeight(At(a), At(d)) > 0) std::swap(b, c);
+  const int base = MakeFace(a, b, c);
+  const int side[] = {MakeFace(b, a, d), MakeFace(c, b, d), MakeFace(a, c, d)};
+  const int corner[] = {a, b, c};
+  for (int k = 0; k < 3; ++k) {
+    Link(base, corner[k], side[k]);
+    Link(side[k], corner[kNext[k]], base);
+    Link(side[k], corner[k], side[kNext[kNext[k]]]);
+    Link(side[k], d, side[kNext[k]]);
+  }
+  return true;
+}
+
+int Hull3::MakeFace(int a, int b, int c) {
+  int f = static_cast<int>(m_faces.size());
+  if (m_free.empty()) {
+    m_faces.emplace_back();
+    m_outside.emplace_back();
+    m_mark.push_back(-1);
+  } else {
+    f = m_free.back();
+    m_free.pop_back();
+  }
+  m_faces[f] = {{a, b, c}, {-1, -1, -1}, true};
+  m_outside[f] = {};
+  m_mark[f] = -1;
+  for (const int v : {a, b, c}) m_faceOf[v] = f;
+  return f;
+}
+
+// Beyond the edge of face f that begins at `from` lies face g.
+void Hull3::Link(int f, int from, int g) {
+  Face& face = m_faces[f];
+  const int k = face.corner[0] == from ? 0 : face.corner[1] == from ? 1 : 2;
+  face.across[k] = g;
+}
+
+// Puts the point into the list of the face when that sees it.
+bool Hull3::Offer(int f, const Normal3& normal, int point) {
+  const double* start = At(m_faces[f].corner[0]);
+  if (normal.SignOfHeight(start, At(point)) <= 0) return false;
+  Outside& outside = m_outside[f];
+  if (outside.first < 0) m_open.push_back(f);
+  const double distance = normal.Height(start, At(point));
+  if (distance > outside.distance) outside.distance = distance, outside.farthest = point;
+  m_next[point] = outside.first;
+  outside.first = point;
+  return true;
+}
+
+void Hull3::PlaceOnAnyFace(int point) {
+  for (int f = 0; f < static_cast<int>(m_faces.size()); ++f) {
+    if (m_faces[f].isAlive && Offer(f, NormalOf(m_faces[f]), point)) return;
+  }
+}
+
+// Every turn makes one point a corner, for good or until it is covered.
+void Hull3::Grow() {
+  while (!m_open.empty()) {
+    const int f = m_open.back();
+    m_open.pop_back();
+    if (!m_faces[f].isAlive || m_outside[f].first < 0) continue;
+    // Rounded heights may all vanish where exact ones do not.
+    const int apex = m_outside[f].farthest >= 0 ? m_outside[f].farthest : m_outside[f].first;
+    CollectVisible(f, apex);
+    Cap(apex);
+    Redistribute(apex);
+  }
+}
+
+// The faces that see the apex, which hang together, and the edges round them.
+void Hull3::CollectVisible(int f, int apex) {
+  m_visible.assign(1, f);
+  m_horizon.clear();
+  m_mark[f] = Mark(apex, true);
+  for (std::size_t i = 0; i < m_visible.size(); ++i) {
+    const Face& face = m_faces[m_visible[i]];
+    for (int k = 0; k < 3; ++k) {
+      const int g = face.across[k];
+      if (m_mark[g] != Mark(apex, true) && m_mark[g] != Mark(apex, false)) {
+        const Face& beyond = m_faces[g];
+        const bool isSeen = NormalOf(beyond).SignOfHeight(At(beyond.corner[0]), At(apex)) > 0;
+        m_mark[g] = Mark(apex, isSeen);
+        if (isSeen) m_visible.push_back(g);
+      }
+      if (m_mark[g] == Mark(apex, false)) m_horizon.push_back({face.corner[k], face.corner[kNext[k]], g});
+    }
+  }
+}
+
+// New faces from the apex to the edges of the horizon, which is one ring.
+void Hull3::Cap(int apex) {
+  m_fresh.clear();
+  for (const Edge& edge : m_horizon) {
+    const int f = MakeFace(edge.from, edge.to, apex);
+    Link(f, edge.from, edge.beyond);
+    Link(edge.beyond, edge.to, f);
+    m_fresh.push_back(f);
+  }
+  for (std::size_t i = 0; i < m_horizon.size(); ++i) m_faceOf[m_horizon[i].from] = m_fresh[i];
+  for (std::size_t i = 0; i < m_horizon.size(); ++i) {
+    const int next = m_faceOf[m_horizon[i].to];
+    Link(m_fresh[i], m_horizon[i].to, next);
+    Link(next, apex, m_fresh[i]);
+  }
+}
+
+// Points that only faces of the past saw are seen by a new one, or lie inside.
+void Hull3::Redistribute(int apex) {
+  std::vector<Normal3> normals;
+  normals.reserve(m_fresh.size());
+  for (const int f : m_fresh) normals.push_back(NormalOf(m_faces[f]));
+  for (const int f : m_visible) {
+    m_faces[f].isAlive = false;
+    for (int point = m_outside[f].first; point >= 0;) {
+      const int next = m_next[point];
+      for (std::size_t i = 0; point != apex && i < m_fresh.size() && !Offer(m_fresh[i], normals[i], point); ++i) {
+      }
+      point = next;
+    }
+    m_outside[f] = {};
+    m_free.push_back(f);
+  }
+}
+
+}  // namespace nu::internal

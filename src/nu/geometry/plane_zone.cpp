@@ -1,0 +1,61 @@
+#include "nu/foundation/int_array.h"
+#include "nu/geometry/internal/extents.h"
+#include "nu/geometry/internal/fit_guards.h"
+#include "nu/geometry/internal/mean.h"
+#include "nu/geometry/internal/slab3.h"
+#include "nu/geometry/plane.h"
+
+// Minimum-zone plane. Of all pairs of parallel planes with the points between them the two that are least apart rest on
+// a face and a vertex of the points' convex hull, or on two of its edges (M. E. Houle, G. T. Toussaint, Computing the
+// width of a set, IEEE Transactions on Pattern Analysis and Machine Intelligence 10, 1988); the plane half way between
+// them has the least largest distance from the points. Every such pair of the hull that may be the narrowest is
+// measured, so the result is the global optimum.
+
+using nu::internal::Components;
+using nu::internal::FailFit;
+using nu::internal::RequireCount;
+using nu::internal::Slab3;
+using nu::internal::Vec3;
+using nu::internal::ViewOf;
+
+namespace {
+
+constexpr const char* kName = "CNuPlane";
+constexpr int kLeastPoints = 3;
+
+// On one line is only what is finite.
+void RequireNotCollinear(const CNuPointArray& pts, double tol) {
+  CNuIntArray corners(kLeastPoints);
+  if (pts.IsNoncollinear(&corners, tol) == NuTrue) return;
+  if (nu::internal::ExtentsOf(ViewOf(pts)).isFinite) FailFit(nu::internal::kCollinearPoints, kName, kLeastPoints);
+  FailFit(nu::internal::kNumericalFailure, kName);
+}
+
+}  // namespace
+
+void CNuPlane::FitMinZone(const CNuPointArray& pts, double* form, double tol) {
+  FitMinZone(pts, form, nullptr, nullptr, tol);
+}
+
+void CNuPlane::FitMinZone(const CNuPointArray& pts, double* form, CNuPlane* p1, CNuPlane* p2, double tol) {
+  nu::internal::TranslateForeign(kName, [&] {
+    RequireCount(pts, kLeastPoints, kName);
+    RequireNotCollinear(pts, tol);
+    const Vec3 mean = nu::internal::MeanOf(ViewOf(pts));
+    const Slab3 slab = NarrowestSlab(ViewOf(pts), mean);
+    const Vec3 middle = mean + slab.height * slab.normal;
+    CNuVector normal = ToVector(slab.normal);
+    normal.SymmetricAxis(NuGetTol(), 1);
+    const Vec3 half = 0.5 * slab.width * Components(normal);
+    if (!slab.isFinite || !IsFinite(middle) || !IsFinite(half)) FailFit(nu::internal::kNumericalFailure, kName);
+    const auto store = [&normal](CNuPlane* plane, const Vec3& point) {
+      if (plane == nullptr) return;
+      plane->m_point = ToPoint(point);
+      plane->m_normal = normal;
+    };
+    store(p1, middle - half);
+    store(p2, middle + half);
+    store(this, middle);
+    if (form != nullptr) *form = slab.width;
+  });
+}
