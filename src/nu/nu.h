@@ -5,7 +5,9 @@
 
 #include "nu/curves/bounded_curve.h"
 #include "nu/curves/circle.h"
+#include "nu/curves/circular_arc.h"
 #include "nu/curves/curve.h"
+#include "nu/curves/line_segment.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/boolean.h"
 #include "nu/foundation/constants.h"

@@ -12,8 +12,6 @@
 
 namespace {
 
-
-
 CNuPointArray Points(const std::vector<CNuPoint>& list) {
   CNuPointArray points(static_cast<int>(list.size()));
   for (const CNuPoint& p : list) points.Add(p);
@@ -170,6 +168,315 @@ TEST(Polyline, KeepsNoShortEdge) {
     EXPECT_TRUE(row.left == 1 || curve.GetEndPoint().DistanceTo(end) == 0);
     for (int i = 1; i < curve.GetSize(); ++i) EXPECT_GE(curve[i].DistanceTo(curve[i - 1]), 1e-9);
   }
+}
+
+using nu::test::Random;
+
+constexpr double kEps = std::numeric_limits<double>::epsilon();
+
+CNuPoint Anywhere(Random& random, double reach) {
+  return CNuPoint(random.Uniform(-reach, reach), random.Uniform(-reach, reach), random.Uniform(-reach, reach));
+}
+
+// A law that every bounded curve keeps is asked of every kind: 0 a segment, 1 an arc, 2 a polyline, flat ones (all in
+// z = 0) too.
+std::unique_ptr<CNuBoundedCurve> AnyCurve(Random& random, int kind, bool flat) {
+  const auto point = [&] {
+    CNuPoint p = Anywhere(random, 2);
+    if (flat) p.z() = 0;
+    return p;
+  };
+  if (kind == 0) return std::make_unique<CNuLineSegment>(point(), point());
+  if (kind == 1 && random.Below(4) == 0) {
+    const CNuPoint c = point(), start = c + CNuPoint(random.Uniform(0.1, 2), 0, 0);
+    auto turn = std::make_unique<CNuCircularArc>(c, start, start, NuTrue);
+    if (!flat) turn->Rotate(random.Uniform(0, 360), Anywhere(random, 1).To3DVector(), c);
+    return turn;
+  }
+  if (kind == 1) return std::make_unique<CNuCircularArc>(point(), point(), point());
+  CNuPointArray points(4);
+  for (int i = 0; i < 4; ++i) points.Add(point());
+  return std::make_unique<CNuPolyline>(points);
+}
+
+CNuPointArray Samples(const CNuBoundedCurve& curve, int n) {
+  if (curve.GetType() == CNuObject::NuTypeCircularArc) return static_cast<const CNuCircularArc&>(curve).ToPointArray(n);
+  if (curve.GetType() == CNuObject::NuTypeLineSegment) {
+    return static_cast<const CNuLineSegment&>(curve).ToPolyline(n).GetPoints();
+  }
+  const auto& chain = static_cast<const CNuPolyline&>(curve);
+  CNuPointArray samples(n);
+  for (int i = 1; i < chain.GetSize(); ++i) {
+    const CNuLineSegment edge(chain[i - 1], chain[i]);
+    samples.Append(edge.ToPolyline(n / (chain.GetSize() - 1)).GetPoints());
+  }
+  return samples;
+}
+
+// Of the distances of one curve's samples from the other the least may be too large by no more than half their spacing
+// lets it, and is never smaller than the answer.
+TEST(BoundedCurves, HaveTheLeastDistanceThatSamplesShow) {
+  Random random(31);
+  for (int i = 0; i < 400; ++i) {
+    const int kinds = i % 9;
+    const bool flat = i % 2 == 0;
+    const auto first = AnyCurve(random, kinds / 3, flat), second = AnyCurve(random, kinds % 3, flat);
+    CNuPoint p, q, r, s;
+    const double distance = first->DistanceTo(second.get(), &p, &q);
+    EXPECT_NEAR(distance, p.DistanceTo(q), 8 * kEps);
+    EXPECT_LT(p.DistanceTo(*first) + q.DistanceTo(*second), 100 * kEps) << i;
+    EXPECT_NEAR(second->DistanceTo(first.get(), &r, &s), distance, 100 * kEps) << i;
+    const int n = 301;
+    const CNuPointArray samples = Samples(*first, n);
+    double least = 1e9;
+    for (int k = 0; k < samples.GetSize(); ++k) least = std::min(least, samples[k].DistanceTo(*second));
+    EXPECT_GE(least, distance - 100 * kEps) << i;
+    EXPECT_LE(least, distance + first->Length() / (n - 4)) << i;
+  }
+}
+
+// A rigid motion by the frame carries every answer along; the box and the circle enclose the samples and touch them.
+TEST(BoundedCurves, KeepTheLawsOfMotionAndEnclosure) {
+  Random random(32);
+  for (int i = 0; i < 300; ++i) {
+    const bool flat = i % 2 == 0;
+    const auto first = AnyCurve(random, i % 3, flat), second = AnyCurve(random, i / 3 % 3, flat);
+    const CNuPoint target = Anywhere(random, 3), centre = Anywhere(random, 3);
+    const CNuVector axis = Anywhere(random, 1).To3DVector();
+    CNuPoint p, q, low, high, middle, turned = target;
+    CNuVector tangent, normal, tangentAfter, normalAfter;
+    double radius = 0, radiusAfter = 0;
+    const double before = first->DistanceTo(second.get(), &p, &q), toTarget = first->DistanceTo(target);
+    const double length = first->Length();
+    first->BoundingBox(&low, &high);
+    first->BoundingCircle(&radius, &middle);
+    const CNuPointArray samples = Samples(*first, 400);
+    CNuPoint sampledLow, sampledHigh;
+    samples.BoundingBox(&sampledLow, &sampledHigh);
+    const double slack = 1e-3 * length;
+    EXPECT_LT(low.DistanceTo(sampledLow) + high.DistanceTo(sampledHigh), slack);
+    for (int k = 0; k < 3; ++k) {
+      EXPECT_LE(low.To3DVector()[k], sampledLow.To3DVector()[k] + 10 * kEps);
+      EXPECT_GE(high.To3DVector()[k], sampledHigh.To3DVector()[k] - 10 * kEps);
+    }
+    double farthest = 0;
+    for (int k = 0; k < samples.GetSize(); ++k) farthest = std::max(farthest, samples[k].DistanceTo(middle));
+    EXPECT_LE(farthest, radius * (1 + 20 * kEps)) << i;
+    EXPECT_GE(farthest, radius - slack) << i;
+    EXPECT_TRUE(radius <= 0.5 * low.DistanceTo(high) * (1 + 1e-12)) << i;
+    first->GetEndData(&p, &tangent, &normal);
+    EXPECT_EQ(p.DistanceTo(first->GetEndPoint()), 0);
+    EXPECT_LT(std::fabs(tangent.Magnitude() - 1) + std::fabs(normal.Magnitude() - 1), 1e-14);
+    EXPECT_TRUE(i % 3 == 2 || std::fabs(tangent % normal) < 1e-14);
+    for (CNuBoundedCurve* curve : {first.get(), second.get()}) {
+      curve->Rotate(70, axis, centre);
+      curve->Translate(1, 2, 3);
+    }
+    turned.Rotate(70, axis, centre);
+    turned.Translate(1, 2, 3);
+    EXPECT_NEAR(first->DistanceTo(second.get(), &p, &q), before, 200 * kEps);
+    EXPECT_NEAR(first->DistanceTo(turned), toTarget, 100 * kEps);
+    first->BoundingCircle(&radiusAfter, &middle);
+    EXPECT_NEAR(radiusAfter, radius, 100 * kEps * (1 + radius));
+    EXPECT_EQ(first->Length(), length);
+    first->Translate(target);
+    EXPECT_EQ(first->GetTranslation().To3DPoint().DistanceTo(target), 0);
+  }
+}
+
+TEST(CircularArc, KnowsWhereItRuns) {
+  const CNuPoint c(1, 2, 3), east(2, 2, 3), north(1, 3, 3), west(0, 2, 3), up(1, 2, 4);
+  const struct {
+    CNuPoint start, end;
+    ENuBoolean sense;
+    double sweep;
+    CNuVector normal;
+    CNuPoint middle;
+  } cases[] = {{east, north, NuTrue, 90, {0, 0, 1}, {1 + std::sqrt(0.5), 2 + std::sqrt(0.5), 3}},
+               {east, north, NuFalse, 270, {0, 0, 1}, {1 - std::sqrt(0.5), 2 - std::sqrt(0.5), 3}},
+               {north, east, NuTrue, 270, {0, 0, 1}, {1 - std::sqrt(0.5), 2 - std::sqrt(0.5), 3}},
+               {east, west, NuTrue, 180, {0, 0, 1}, {1, 3, 3}},
+               {east, west, NuFalse, 180, {0, 0, 1}, {1, 1, 3}},
+               {east, east, NuTrue, 360, {0, 0, 1}, {0, 2, 3}},
+               {east, east, NuFalse, 360, {0, 0, 1}, {0, 2, 3}},
+               {up, up, NuTrue, 360, {1, 0, 0}, {1, 2, 2}},
+               {east, up, NuTrue, 270, {0, 1, 0}, {1 - std::sqrt(0.5), 2, 3 - std::sqrt(0.5)}}};
+  for (const auto& row : cases) {
+    CNuCircularArc arc(c, row.start, row.end, row.sense);
+    EXPECT_EQ(arc.GetSense(), row.sense);
+    EXPECT_NEAR(arc.GetSweep(), row.sweep, 1e-13);
+    EXPECT_TRUE(arc.GetNormal().IsEqual(row.normal, 1e-15)) << row.sweep;
+    EXPECT_LT(arc.ToPointArray(3)[1].DistanceTo(row.middle), 1e-14) << row.sweep;
+    EXPECT_EQ(arc.GetStartPoint().DistanceTo(row.start) + arc.GetEndPoint().DistanceTo(row.end), 0);
+    EXPECT_NEAR(arc.Length(), arc.GetCircle().GetRadius() * row.sweep * nu::test::kDegree, 1e-14);
+    // It is rebuilt from what it tells, also after a motion, but for the plane of half and full turns.
+    CNuCircularArc moved(arc);
+    moved.Rotate(110, CNuVector(3, 1, 2));
+    if (std::fmod(row.sweep, 180) != 0) {
+      const CNuCircularArc again(moved.GetCentre(), moved.GetStartPoint(), moved.GetEndPoint(), moved.GetSense());
+      EXPECT_LT(again.ToPointArray(3)[1].DistanceTo(moved.ToPointArray(3)[1]), 1e-14);
+    }
+    arc.Reverse();
+    EXPECT_LT(arc.ToPointArray(3)[1].DistanceTo(row.middle), 1e-14) << row.sweep;
+    EXPECT_NE(arc.GetSense(), row.sense);
+  }
+  Random random(33);
+  for (int i = 0; i < 200; ++i) {
+    const CNuPoint p1 = Anywhere(random, 5), p2 = Anywhere(random, 5), p3 = Anywhere(random, 5);
+    CNuCircularArc arc(p1, p2, p3);
+    const double tol = 1e3 * kEps * (1 + arc.GetRadius() * arc.GetRadius());
+    EXPECT_LT(p2.DistanceTo(arc), tol);
+    EXPECT_LT(std::fabs(arc.GetCentre().DistanceTo(p1) - arc.GetRadius()), tol);
+    EXPECT_LT(std::fabs(arc.GetCentre().DistanceTo(p3) - arc.GetRadius()), tol);
+  }
+}
+
+TEST(BoundedCurves, RefuseWhatTheyCannotBe) {
+  const CNuPoint o, x(1, 0, 0), y(0, 1, 0), nan(std::nan(""), 0, 0);
+  const std::string segment = "construction 10 |CNuLineSegment [0,0]", arc = "construction 12 |CNuCircularArc [0,0]";
+  EXPECT_EQ(FailureOf([&] { CNuLineSegment(x, x + CNuPoint(0, 1e-13, 0)); }), segment);
+  EXPECT_EQ(FailureOf([&] { CNuLineSegment(x, nan); }), segment);
+  EXPECT_EQ(FailureOf([&] { CNuCircularArc(o, x, y * 1.001, NuTrue); }), arc);
+  EXPECT_EQ(FailureOf([&] { CNuCircularArc(x, x, x, NuTrue); }), arc);
+  EXPECT_EQ(FailureOf([&] { CNuCircularArc(o, nan, x, NuTrue); }), arc);
+  EXPECT_EQ(FailureOf([&] { CNuCircularArc(o, x, x * 3); }), arc);
+  EXPECT_EQ(FailureOf([&] { CNuCircularArc(o, x, nan); }), arc);
+  EXPECT_EQ(FailureOf([&] { CNuCircularArc(o, x, x); }), "construction 10 |CNuCircularArc [0,0]");
+  CNuLineSegment s;
+  CNuCircularArc a(o, x, y, NuTrue);
+  EXPECT_EQ(FailureOf([&] { s.ToPolyline(1); }), "operation 12 conversion|CNuLineSegment::ToPolyline() [0,0]");
+  EXPECT_EQ(FailureOf([&] { a.ToPointArray(1); }),
+            "operation 12 conversion|CNuCircularArc::ToPolyline/PointArray() [0,0]");
+  const auto offset = [](CNuBoundedCurve& curve, double d, const CNuVector& n) {
+    return FailureOf([&] { delete curve.Offset(d, n, 0); });
+  };
+  EXPECT_EQ(offset(s, 1, CNuVector()), "operation 9 Offset|CNuLineSegment::Offset() [0,0]");
+  EXPECT_EQ(offset(s, 1, CNuVector(2, 0, 0)), "operation 26 Offset|CNuLineSegment::Offset() [0,0]");
+  EXPECT_EQ(offset(a, 1, CNuVector()), "operation 9 Offset|CNuCircularArc::Offset() [0,0]");
+  EXPECT_EQ(offset(a, 1, CNuVector(0, 1, 1)), "operation 45 Offset of non-planar curve|CNuCircularArc::Offset() [0,0]");
+  EXPECT_EQ(offset(a, -1, CNuVector(0, 0, 1)), "operation 27 Offset|CNuCircularArc::Offset() [0,0]");
+  EXPECT_EQ(offset(a, 2, CNuVector(0, 0, -1)), "operation 27 Offset|CNuCircularArc::Offset() [0,0]");
+}
+
+TEST(BoundedCurves, OffsetToTheRight) {
+  CNuLineSegment segment;
+  const std::unique_ptr<CNuBoundedCurve> below(segment.Offset(2)), above(segment.Offset(2, CNuVector(1, 0, -1), 7));
+  EXPECT_EQ(below->GetStartPoint().DistanceTo(CNuPoint(0, -2, 0)), 0);
+  EXPECT_EQ(above->GetEndPoint().DistanceTo(CNuPoint(1, 2, 0)), 0);
+  for (const double d : {0.75, -0.5}) {
+    for (const ENuBoolean sense : {NuTrue, NuFalse}) {
+      CNuCircularArc arc(CNuPoint(1, 1, 1), CNuPoint(2, 1, 1), CNuPoint(1, 2, 1), sense);
+      arc.Rotate(30, CNuVector(1, 0, 0));
+      const std::unique_ptr<CNuBoundedCurve> moved(arc.Offset(d));
+      const auto& other = dynamic_cast<const CNuCircularArc&>(*moved);
+      EXPECT_NEAR(other.GetRadius(), sense ? 1 + d : 1 - d, 1e-15);
+      EXPECT_NEAR(other.GetSweep(), arc.GetSweep(), 1e-13);
+      for (int i = 0; i < 7; ++i) EXPECT_NEAR(other.ToPointArray(7)[i].DistanceTo(arc), std::fabs(d), 1e-14);
+    }
+  }
+}
+
+TEST(LineSegment, CountsWhatItMeets) {
+  for (const CNuPoint& c : {CNuPoint(), CNuPoint(2e4, -1e4, 3e4)}) {
+    const auto at = [&](double x, double y, double z = 0) { return c + CNuPoint(x, y, z); };
+    const double off = 1e-9;
+    const CNuLineSegment s(at(0, 0), at(4, 0));
+    CNuPoint p, q;
+    const struct {
+      CNuPoint start, end;
+      int segment, line;
+    } segments[] = {{at(1, -1), at(1, 1), 1, 1},
+                    {at(1, 0), at(1, 1), 1, 1},
+                    {at(1, off), at(1, 1), 0, 1},
+                    {at(1, 1), at(1, 2), 0, 1},
+                    {at(4, -1), at(4, 1), 1, 1},
+                    {at(4 + off, -1), at(4 + off, 1), 0, 0},
+                    {at(1, -1, off), at(1, 1, off), 0, 0},
+                    {at(4, 0), at(6, 0), 1, 0},
+                    {at(3, 0), at(6, 0), 0, 0},
+                    {at(5, 0), at(6, 0), 0, 0},
+                    {at(0, 0), at(4, 0), 0, 0},
+                    {at(0, 1), at(4, 1), 0, 0}};
+    for (const auto& row : segments) {
+      const CNuLineSegment other(row.start, row.end);
+      EXPECT_EQ(s.IntersectWith(other, &p), row.segment) << row.start.x() - c.x();
+      EXPECT_EQ(other.IntersectWith(s, &q), row.segment);
+      EXPECT_TRUE(row.segment == 0 || p.DistanceTo(s) + p.DistanceTo(other) + p.DistanceTo(q) < 1e-10);
+      EXPECT_EQ(s.IntersectWith(other.GetLine(), &p), row.line) << row.start.x() - c.x();
+    }
+    const struct {
+      CNuPoint centre, start, end;
+      ENuBoolean sense;
+      int count;
+    } arcs[] = {{at(2, 0), at(1, 0), at(3, 0), NuTrue, 2},
+                {at(2, 0), at(2, 1), at(2, -1), NuTrue, 1},
+                {at(2, 1), at(1, 1), at(3, 1), NuTrue, 1},
+                {at(2, 1), at(1, 1), at(3, 1), NuFalse, 0},
+                {at(2, 1 - off), at(3, 1 - off), at(3, 1 - off), NuTrue, 2},
+                {at(2, 1 + off), at(3, 1 + off), at(3, 1 + off), NuTrue, 0},
+                {at(5, 0), at(6, 0), at(4, 0), NuTrue, 1},
+                {at(5 + off, 0), at(6 + off, 0), at(4 + off, 0), NuTrue, 0},
+                {at(2, 3), at(2, 0), at(2, 0), NuTrue, 1},
+                {at(2, 0, 1), at(3, 0, 1), at(2, 0, 2), NuTrue, 1}};
+    for (const auto& row : arcs) {
+      const CNuCircularArc arc(row.centre, row.start, row.end, row.sense);
+      EXPECT_EQ(s.IntersectWith(arc, &p, &q), row.count) << row.centre.x() - c.x() << " " << row.centre.y() - c.y();
+      EXPECT_TRUE(row.count == 0 || p.DistanceTo(s) + p.DistanceTo(arc) < 1e-10);
+      EXPECT_TRUE(row.count < 2 || p.x() < q.x());
+    }
+  }
+  CNuLineSegment s(CNuPoint(1, 2, 3), CNuPoint(1, 2, 7));
+  s.Reverse();
+  EXPECT_EQ(s.GetStartPoint().z(), 7);
+  EXPECT_EQ(s.MidPoint().DistanceTo(CNuPoint(1, 2, 5)) + s.ToPolyline(5)[3].DistanceTo(CNuPoint(1, 2, 4)), 0);
+}
+
+// Nothing hangs or crashes; what is far out of the ordinary but has an answer gets it.
+TEST(BoundedCurves, EndForAnyNumbers) {
+  const double inf = std::numeric_limits<double>::infinity(), nan = std::nan("");
+  CNuPoint p, q;
+  CNuVector t, n;
+  double radius = 0;
+  const CNuCircularArc arc(CNuPoint(), CNuPoint(1, 0, 0), CNuPoint(0, 1, 0), NuTrue);
+  for (const double odd : {nan, inf, 1e300, 1e-300, -1e308}) {
+    CNuPolyline curve = Chain({{0, 0, 0}, {odd, 1, 0}, {2, odd, 1}, {3, 3, 3}, {0, 0, odd}});
+    EXPECT_NO_THROW({
+      arc.DistanceTo(&curve, &p, &q);
+      curve.DistanceTo(&curve, &p, &q);
+      curve.BoundingCircle(&radius, &p);
+      curve.GetStartData(&p, &t, &n);
+      curve.Area();
+      curve.Centroid();
+      curve.IsPlanar(1);
+      curve.IsSelfIntersecting();
+      curve.RemoveShortEdges();
+    });
+    EXPECT_NE(FailureOf([&] { delete curve.Offset(odd); }), "nothing");
+  }
+  for (const double size : {1e-150, 1e-6, 1e150}) {
+    NuSetLengthTol(0);
+    const CNuCircularArc one(CNuPoint(), CNuPoint(size, 0, 0), CNuPoint(0, size, 0), NuTrue);
+    const CNuCircularArc other(CNuPoint(3 * size, 0, 0), CNuPoint(2 * size, 0, 0), CNuPoint(2 * size, 0, 0), NuTrue);
+    EXPECT_NEAR(one.DistanceTo(&other, &p, &q) / size, 1, 1e-14);
+    const CNuLineSegment side(CNuPoint(size, -size, size), CNuPoint(size, size, size));
+    EXPECT_NEAR(one.DistanceTo(&side, &p, &q) / size, 1, 1e-14);
+    NuSetLengthTol(1e-12);
+  }
+}
+
+// Two spirals of 100 000 edges each: all pairs would take minutes.
+TEST(Polyline, FindsTheNearestPairAmongMany) {
+  const int n = 100000;
+  CNuPointArray inner(n), outer(n);
+  for (int i = 0; i < n; ++i) {
+    const double u = 1e-3 * i, r = 1 + 1e-2 * u;
+    inner.Add(CNuPoint(r * std::cos(u), r * std::sin(u), 0));
+    outer.Add(CNuPoint(r * std::cos(u), r * std::sin(u), i == 77777 ? 0.25 : 1));
+  }
+  CNuPoint p, q;
+  const CNuPolyline first(inner), second(outer);
+  EXPECT_NEAR(first.DistanceTo(&second, &p, &q), 0.25, 1e-3);
+  EXPECT_EQ(q.z(), 0.25);
 }
 
 }  // namespace

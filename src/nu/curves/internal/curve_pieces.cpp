@@ -1,6 +1,8 @@
 #include "nu/curves/internal/curve_pieces.h"
 
+#include "nu/curves/circular_arc.h"
 #include "nu/curves/internal/placement.h"
+#include "nu/curves/line_segment.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/incidence.h"
@@ -23,10 +25,25 @@ PieceChain PiecesOf(const CNuPointArray& points) {
   return chain;
 }
 
+Segment3 EndsOf(const CNuLineSegment& segment) {
+  CNuPoint start, end;
+  CNuVector tangent, normal;
+  segment.GetStartData(&start, &tangent, &normal);
+  segment.GetEndData(&end, &tangent, &normal);
+  return {Components(start), Components(end)};
+}
+
 }  // namespace
 
 PieceChain PiecesOf(const CNuBoundedCurve& curve) {
+  PieceChain chain;
   switch (curve.GetType()) {
+    case CNuObject::NuTypeLineSegment:
+      chain.Add(EndsOf(static_cast<const CNuLineSegment&>(curve)));
+      return chain;
+    case CNuObject::NuTypeCircularArc:
+      chain.Add(DataOf(static_cast<const CNuCircularArc&>(curve)));
+      return chain;
     case CNuObject::NuTypePolyline:
       return PiecesOf(static_cast<const CNuPolyline&>(curve).GetPoints());
     default:
@@ -42,6 +59,11 @@ double StoreClosest(const NearPair& pair, CNuPoint* p1, CNuPoint* p2) {
 
 double DistanceBetween(const CNuBoundedCurve& first, const CNuBoundedCurve& second, CNuPoint* p1, CNuPoint* p2) {
   return StoreClosest(ClosestBetween(PiecesOf(first), PiecesOf(second)), p1, p2);
+}
+
+void StoreBox(const Box& box, CNuPoint* min, CNuPoint* max) {
+  *min = CNuPoint(box.low[0], box.low[1], box.low[2]);
+  *max = CNuPoint(box.high[0], box.high[1], box.high[2]);
 }
 
 void StoreBall(const Ball& ball, double* radius, CNuPoint* centre) {

@@ -78,6 +78,15 @@ class ChainTree {
   std::vector<Node> m_nodes;
 };
 
+NearPair ClosestPieces(const PieceChain& first, int i, const PieceChain& second, int j) {
+  const Arc3* arc = first.ArcAt(i);
+  const Arc3* other = second.ArcAt(j);
+  if (arc != nullptr && other != nullptr) return ClosestBetween(*arc, *other);
+  if (other != nullptr) return ClosestBetween(first.Ends(i), *other);
+  if (arc != nullptr) return ClosestBetween(second.Ends(j), *arc).Swapped();
+  return ClosestBetween(first.Ends(i), second.Ends(j));
+}
+
 class Search {
  public:
   Search(const ChainTree& first, const ChainTree& second)
@@ -110,7 +119,7 @@ class Search {
       const Box box = m_first.Chain().BoxOf(i);
       for (int j = b.begin; j < b.end; ++j) {
         if (!CanWin(Gap(box, m_second.Chain().BoxOf(j)))) continue;
-        const NearPair pair = ClosestBetween(m_first.Chain().Ends(i), m_second.Chain().Ends(j));
+        const NearPair pair = ClosestPieces(m_first.Chain(), i, m_second.Chain(), j);
         if (pair.IsNearerThan(m_best)) m_best = pair;
       }
     }
@@ -174,8 +183,8 @@ class SelfSearch {
 
 // Only coordinates of such sizes are scaled, whose products could leave the range of the doubles.
 double ScaleOf(double size) {
-  constexpr double kSafeSmall = 1e-60;
-  constexpr double kSafeLarge = 1e60;
+  constexpr double kSafeSmall = 1e-30;  // to the sixth power
+  constexpr double kSafeLarge = 1e30;
   return size > 0.0 && !(size >= kSafeSmall && size <= kSafeLarge) ? ScaleFor(size) : 1.0;
 }
 
@@ -186,6 +195,7 @@ NearPair Closest(const PieceChain& first, const PieceChain& second) {
 }  // namespace
 
 Box PieceChain::BoxOf(int i) const {
+  if (const Arc3* arc = ArcAt(i)) return nu::internal::BoxOf(*arc);
   Box box = kNowhere;
   Include(Ends(i).start, box);
   Include(Ends(i).end, box);
@@ -202,9 +212,14 @@ double PieceChain::LargestCoordinate() const {
 }
 
 PieceChain PieceChain::Scaled(double factor) const {
-  PieceChain scaled;
-  scaled.Reserve(m_segments.size());
-  for (const Segment3& s : m_segments) scaled.Add({factor * s.start, factor * s.end});
+  PieceChain scaled(*this);
+  for (Segment3& ends : scaled.m_ends) ends = {factor * ends.start, factor * ends.end};
+  for (Arc3& arc : scaled.m_arcs) {
+    arc.centre = factor * arc.centre;
+    arc.start = factor * arc.start;
+    arc.end = factor * arc.end;
+    arc.radius *= factor;
+  }
   return scaled;
 }
 
@@ -222,17 +237,45 @@ bool TouchesItself(const PieceChain& chain, bool closed, double tol) {
   return SelfSearch(tree, closed, tol).Within(0);
 }
 
-Ball SmallestBallAround(const PieceChain& chain) {
-  std::vector<Vec3> points;
-  points.reserve(static_cast<std::size_t>(chain.Size()) + 1);
-  points.push_back(chain.Ends(0).start);
-  for (int i = 0; i < chain.Size(); ++i) points.push_back(chain.Ends(i).end);
+namespace {
+
+Ball SmallestBallAround(const std::vector<Vec3>& points) {
   PointBlocks blocks({&points[0].x, sizeof(Vec3), points.size()}, points[0]);
   const Vec3 axes[3] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
   const EnclosingBall ball = SmallestEnclosingBall<3>(blocks, axes);
   constexpr double nan = std::numeric_limits<double>::quiet_NaN();
   if (!ball.found) return {{nan, nan, nan}, nan};
   return {points[0] + ball.centre, ball.radius};
+}
+
+}  // namespace
+
+// Arcs are known by some of their points, to which the farthest one outside is added until none is. The radius grows
+// to the smallest one that encloses the arcs, and quickly: each point added is where its arc touches the ball, but for
+// the square of what the centre still has to go.
+Ball SmallestBallAround(const PieceChain& chain) {
+  constexpr int kMaxRounds = 60;
+  constexpr double kRoundings = 4.0 * DBL_EPSILON;
+  std::vector<Vec3> points;
+  points.reserve(static_cast<std::size_t>(chain.Size()) + 1);
+  points.push_back(chain.Ends(0).start);
+  for (int i = 0; i < chain.Size(); ++i) {
+    points.push_back(chain.Ends(i).end);
+    if (const Arc3* arc = chain.ArcAt(i)) points.push_back(arc->At(0.5 * arc->sweep));
+  }
+  Ball ball = SmallestBallAround(points);
+  for (int round = 0; round < kMaxRounds; ++round) {
+    const std::size_t known = points.size();
+    for (int i = 0; i < chain.Size(); ++i) {
+      const Arc3* arc = chain.ArcAt(i);
+      if (arc == nullptr) continue;
+      const Vec3 farthest = FarthestOn(*arc, ball.centre);
+      if (SafeNorm(farthest - ball.centre) > ball.radius * (1.0 + kRoundings)) points.push_back(farthest);
+    }
+    if (points.size() == known) break;
+    ball = SmallestBallAround(points);
+  }
+  return ball;
 }
 
 }  // namespace nu::internal

@@ -3,35 +3,51 @@
 
 #include <vector>
 
-#include "nu/curves/internal/segment3.h"
-#include "nu/geometry/internal/box_tree.h"
+#include "nu/curves/internal/arc3.h"
 
 namespace nu::internal {
 
-// A bounded curve as the pieces it consists of, in the order of the curve, in the global frame.
+// A bounded curve as the pieces it consists of, segments and arcs, in the order of the curve, in the global frame.
 class PieceChain {
  public:
-  void Reserve(std::size_t pieces) { m_segments.reserve(pieces); }
-  void Add(const Segment3& segment) { m_segments.push_back(segment); }
+  void Reserve(std::size_t pieces) { m_ends.reserve(pieces); }
+  void Add(const Segment3& segment) { Add(segment, kNoArc); }
+  void Add(const Arc3& arc) {
+    m_arcs.push_back(arc);
+    Add(arc.Ends(), static_cast<int>(m_arcs.size()) - 1);
+  }
 
-  int Size() const { return static_cast<int>(m_segments.size()); }
+  int Size() const { return static_cast<int>(m_ends.size()); }
   // The two ends of a piece.
-  const Segment3& Ends(int i) const { return m_segments[static_cast<std::size_t>(i)]; }
+  const Segment3& Ends(int i) const { return m_ends[i]; }
+  // Null for a segment.
+  const Arc3* ArcAt(int i) const { return m_arcOf.empty() || m_arcOf[i] == kNoArc ? nullptr : &m_arcs[m_arcOf[i]]; }
 
   Box BoxOf(int i) const;
   double LargestCoordinate() const;
   PieceChain Scaled(double factor) const;
 
  private:
-  std::vector<Segment3> m_segments;
+  static constexpr int kNoArc = -1;
+
+  void Add(const Segment3& ends, int arc) {
+    // Long chains without arcs are common, and keep no place for them.
+    if (arc != kNoArc && m_arcOf.empty()) m_arcOf.assign(m_ends.size(), kNoArc);
+    if (!m_arcs.empty()) m_arcOf.push_back(arc);
+    m_ends.push_back(ends);
+  }
+
+  std::vector<Segment3> m_ends;
+  std::vector<Arc3> m_arcs;
+  std::vector<int> m_arcOf;  // empty without arcs
 };
 
 // At least one piece each. About n log n: neighbours along a curve are neighbours in space, so that nested boxes around
 // stretches of either curve rule out most pairs.
 NearPair ClosestBetween(const PieceChain& first, const PieceChain& second);
 
-// Whether two pieces come as close as `tol` that are not neighbours, or neighbours beyond the point they share. In a
-// closed chain the last and the first one are neighbours. Pieces are longer than `tol`.
+// Whether two segments come as close as `tol` that are not neighbours, or neighbours beyond the point they share. In a
+// closed chain the last and the first one are neighbours. The chain has no arcs; the segments are longer than `tol`.
 bool TouchesItself(const PieceChain& chain, bool closed, double tol);
 
 struct Ball {

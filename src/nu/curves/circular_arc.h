@@ -1,0 +1,69 @@
+#ifndef NU_CURVES_CIRCULAR_ARC_H
+#define NU_CURVES_CIRCULAR_ARC_H
+
+#include "nu/curves/bounded_curve.h"
+#include "nu/export.h"
+#include "nu/foundation/boolean.h"
+#include "nu/geometry/point.h"
+#include "nu/linalg/vector.h"
+
+namespace nu::internal {
+struct Arc3;
+Arc3 DataOf(const CNuCircularArc& arc);
+}  // namespace nu::internal
+
+// A part of a circle, up to all of it. It is told by its centre, its ends, its normal and whether it runs
+// counter-clockwise seen from the tip of that: so that an arc in a plane z = const has the normal (0, 0, 1) whatever
+// its sweep, normals have a positive z component; where that is 0 within NuGetRadianTol() a positive y, then x
+// component. A motion may so turn normal and sense around, together. Its frame has the axes of the global frame and its
+// origin in the centre.
+class NU_EXPORT CNuCircularArc : public CNuBoundedCurve {
+ public:
+  // From start to end around the centre, NuTrue counter-clockwise about the normal. Ends that coincide make a full
+  // turn. A full and a half turn, the latter within NuGetRadianTol(), leave the plane open: they get the normal
+  // (0, 0, 1) or the one closest to it; around a diameter along the z axis, the x axis. Distances of the ends from the
+  // centre that differ by more than NuGetLengthTol(), or the rounding of the coordinates, that are zero within it or
+  // not finite: CNuConstructionException cause 12.
+  CNuCircularArc(const CNuPoint& centre, const CNuPoint& start, const CNuPoint& end, ENuBoolean sense);
+  // From p1 over p2 to p3. Two points that coincide, no coordinate NuGetLengthTol() or more apart:
+  // CNuConstructionException cause 10; points on one line, within NuGetRadianTol(), or not finite: cause 12.
+  CNuCircularArc(const CNuPoint& p1, const CNuPoint& p2, const CNuPoint& p3);
+
+  CNuPoint GetCentre() const;
+  double GetRadius() const { return m_radius; }
+  CNuVector GetNormal() const;
+  ENuBoolean GetSense() const;
+  // In degrees, above 0 and up to 360.
+  double GetSweep() const;
+  CNuCircle GetCircle() const;
+  void Reverse();
+
+  // n points that divide the arc evenly, both ends included. n < 2: CNuOperationException cause 12.
+  CNuPointArray ToPointArray(int n) const;
+  CNuPolyline ToPolyline(int n) const;
+
+  CNuPoint GetStartPoint() override;
+  CNuPoint GetEndPoint() override;
+  void GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const override;
+  void GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const override;
+  void BoundingBox(CNuPoint* min, CNuPoint* max) const override;
+  void BoundingCircle(double* radius, CNuPoint* centre) const override;
+  double DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const override;
+  double DistanceTo(const CNuPoint& p) const override;
+  double Length() const override;
+  // An arc around the same centre. A normal that is not the arc's, either way, within NuGetRadianTol(): cause 45,
+  // "Offset of non-planar curve"; no radius above NuGetLengthTol() would be left: cause 27, "Offset".
+  CNuBoundedCurve* Offset(double distance, const CNuVector& normal, int shape) override;
+  CNuBoundedCurve* Offset(double distance) override;
+
+ private:
+  friend class CNuCompositeCurve;
+  friend nu::internal::Arc3 nu::internal::DataOf(const CNuCircularArc& arc);
+
+  CNuPoint m_centre, m_start, m_end;  // as they were given
+  CNuVector m_axis;                   // about which the arc runs counter-clockwise, in the same frame
+  double m_radius = 0.0;
+  double m_sweep = 0.0;  // in radians
+};
+
+#endif

@@ -1,0 +1,186 @@
+#include "nu/curves/line_segment.h"
+
+#include <memory>
+
+#include "nu/curves/circular_arc.h"
+#include "nu/curves/internal/curve_pieces.h"
+#include "nu/curves/internal/placement.h"
+#include "nu/curves/polyline.h"
+#include "nu/foundation/internal/failures.h"
+#include "nu/geometry/internal/feature_data.h"
+
+using nu::internal::Arc3;
+using nu::internal::Components;
+using nu::internal::DataOf;
+using nu::internal::FailOperation;
+using nu::internal::IsParallel;
+using nu::internal::Line3;
+using nu::internal::NearPair;
+using nu::internal::Placement;
+using nu::internal::SafeNorm;
+using nu::internal::Segment3;
+using nu::internal::ToPoint;
+using nu::internal::TouchTol;
+using nu::internal::ToVector;
+using nu::internal::Vec3;
+
+namespace {
+
+constexpr const char* kName = "CNuLineSegment";
+constexpr const char* kOffset = "CNuLineSegment::Offset()";
+
+const CNuPoint& RequireApart(const CNuPoint& start, const CNuPoint& end) {
+  if (start.IsEqual(end, NuGetLengthTol()) || !IsFinite(Components(end - start))) {
+    throw CNuConstructionException(10, kName, nullptr, 0, 0);
+  }
+  return start;
+}
+
+Vec3 DirectionOf(const Segment3& s) {
+  return Unit(s.end - s.start);
+}
+
+// How long the common stretch of parallel segments is; below 0 the gap between them.
+double Overlap(const Segment3& first, const Segment3& second) {
+  const Vec3 d = DirectionOf(first);
+  const double a = Dot(second.start - first.start, d);
+  const double b = Dot(second.end - first.start, d);
+  return std::min(std::max(a, b), SafeNorm(first.end - first.start)) - std::max(std::min(a, b), 0.0);
+}
+
+CNuPoint MiddleOf(const NearPair& pair) {
+  return ToPoint(pair.first + 0.5 * (pair.second - pair.first));
+}
+
+}  // namespace
+
+CNuLineSegment::CNuLineSegment() : CNuLineSegment(CNuPoint(), CNuPoint(1.0, 0.0, 0.0)) {}
+
+CNuLineSegment::CNuLineSegment(const CNuPoint& start, const CNuPoint& end)
+    : CNuBoundedCurve(NuTypeLineSegment), m_start(RequireApart(start, end)), m_end(end), m_anchor(start) {
+  SetPosition(m_anchor, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+}
+
+Segment3 CNuLineSegment::Data() const {
+  const Placement place(GetFrame(), Components(m_anchor));
+  return {place.At(Components(m_start)), place.At(Components(m_end))};
+}
+
+CNuLine CNuLineSegment::GetLine() const {
+  const Segment3 s = Data();
+  return CNuLine(ToPoint(s.start), ToVector(DirectionOf(s)));
+}
+
+CNuPoint CNuLineSegment::MidPoint() const {
+  return ToPoint(Data().At(0.5));
+}
+
+void CNuLineSegment::Reverse() {
+  CNuPoint::Swap(m_start, m_end);
+}
+
+CNuPolyline CNuLineSegment::ToPolyline(int n) const {
+  if (n <= 1) FailOperation(12, "conversion", "CNuLineSegment::ToPolyline()");
+  const Segment3 s = Data();
+  CNuPointArray points(n);
+  for (int i = 0; i < n; ++i) points.Add(ToPoint(s.At(static_cast<double>(i) / (n - 1))));
+  return CNuPolyline(points);
+}
+
+int CNuLineSegment::IntersectWith(const CNuLineSegment& segment, CNuPoint* p) const {
+  const Segment3 first = Data();
+  const Segment3 second = segment.Data();
+  const double tol = TouchTol(0.0, first.start, first.end, second.start, second.end);
+  const NearPair pair = ClosestBetween(first, second);
+  if (!(pair.distance <= tol)) return 0;
+  const double sine = SafeNorm(Cross(DirectionOf(first), DirectionOf(second)));
+  if (IsParallel(sine, NuGetRadianTol()) && Overlap(first, second) > tol) return 0;
+  *p = MiddleOf(pair);
+  return 1;
+}
+
+// Crossings of the line with the circle that are on both, or else an end that touches.
+int CNuLineSegment::IntersectWith(const CNuCircularArc& arc, CNuPoint* p1, CNuPoint* p2) const {
+  const Segment3 s = Data();
+  const Arc3 a = DataOf(arc);
+  const double tol = TouchTol(a.radius, s.start, s.end, a.centre);
+  const auto met = Meet(Line3{s.start, DirectionOf(s)}, a.Circle(), tol);
+  nu::internal::Points2 common;
+  for (int i = 0; i < met.count; ++i) {
+    const Vec3 p = met.at[i];
+    if (SafeNorm(p - ClosestOn(s, p)) <= tol && SafeNorm(p - ClosestOn(a, p)) <= tol) common.Add(p);
+  }
+  if (common.count > 0) return Store(common, p1, p2);
+  const NearPair pair = ClosestBetween(s, a);
+  if (!(pair.distance <= tol)) return 0;
+  *p1 = MiddleOf(pair);
+  return 1;
+}
+
+int CNuLineSegment::IntersectWith(const CNuLine& l, CNuPoint* p) const {
+  const Segment3 s = Data();
+  const Line3 line = DataOf(l);
+  const auto approach = ClosestApproach({s.start, DirectionOf(s)}, line, NuGetRadianTol());
+  if (approach.parallel) return 0;
+  const double t = std::clamp(approach.alongFirst / SafeNorm(s.end - s.start), 0.0, 1.0);
+  const Vec3 here = s.At(t);
+  const Vec3 there = line.At(Dot(here - line.point, line.direction));
+  if (!(SafeNorm(here - there) <= TouchTol(0.0, s.start, s.end, line.point))) return 0;
+  *p = ToPoint(here + 0.5 * (there - here));
+  return 1;
+}
+
+CNuPoint CNuLineSegment::GetStartPoint() {
+  return ToPoint(Data().start);
+}
+
+CNuPoint CNuLineSegment::GetEndPoint() {
+  return ToPoint(Data().end);
+}
+
+void CNuLineSegment::GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
+  GetEndData(point, tangent, normal);
+  *point = ToPoint(Data().start);
+}
+
+void CNuLineSegment::GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
+  const Segment3 s = Data();
+  *point = ToPoint(s.end);
+  *tangent = ToVector(DirectionOf(s));
+  *normal = ToVector(nu::internal::UprightNormal(DirectionOf(s)));
+}
+
+void CNuLineSegment::BoundingBox(CNuPoint* min, CNuPoint* max) const {
+  nu::internal::StoreBox(nu::internal::PiecesOf(*this).BoxOf(0), min, max);
+}
+
+void CNuLineSegment::BoundingCircle(double* radius, CNuPoint* centre) const {
+  const Segment3 s = Data();
+  nu::internal::StoreBall({s.At(0.5), 0.5 * SafeNorm(s.end - s.start)}, radius, centre);
+}
+
+double CNuLineSegment::DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const {
+  return nu::internal::DistanceBetween(*this, *other, p1, p2);
+}
+
+double CNuLineSegment::DistanceTo(const CNuPoint& p) const {
+  const Vec3 target = Components(p);
+  return SafeNorm(target - ClosestOn(Data(), target));
+}
+
+double CNuLineSegment::Length() const {
+  return SafeNorm(Components(m_end - m_start));
+}
+
+CNuBoundedCurve* CNuLineSegment::Offset(double distance, const CNuVector& normal, int) {
+  const Vec3 across = Cross(DirectionOf(Data()), nu::internal::RequireOffset(distance, normal, kOffset));
+  if (IsParallel(SafeNorm(across), NuGetRadianTol())) FailOperation(26, "Offset", kOffset);
+  const Vec3 way = distance * Unit(across);
+  auto moved = std::make_unique<CNuLineSegment>(*this);
+  moved->CNuNonLinearGeometry::Translate(way.x, way.y, way.z);
+  return moved.release();
+}
+
+CNuBoundedCurve* CNuLineSegment::Offset(double distance) {
+  return Offset(distance, ToVector(nu::internal::UprightNormal(DirectionOf(Data()))), 0);
+}
