@@ -18,12 +18,15 @@ namespace {
 
 // Fewer points are searched at once.
 constexpr std::size_t kSubsetWorth = 400;
-constexpr int kMostRounds = 16;
+constexpr int kMostRounds = 40;
+constexpr std::size_t kMostInSubset = 2000;
 
 // Widths that differ by no more steps of the grid are equal within the rounding of the points' coordinates, and so are
 // centres whose distance is a smaller part of the radius than this.
 constexpr double kSameWidth = 16.0;
 constexpr double kSameCentre = 1e-9;
+// Distances to a centre far away have their own rounding.
+constexpr double kSameDistance = 16.0 * std::numeric_limits<double>::epsilon();
 
 // In the unit of the blocks until the end.
 class Search {
@@ -49,6 +52,10 @@ class Search {
     return HasOptimum() ? (m_best.outer - m_best.inner) / grid.unit : std::numeric_limits<double>::infinity();
   }
 
+  static double Rounding(const Grid2& grid, double distance) {
+    return kSameWidth * grid.unit + kSameDistance * distance;
+  }
+
   bool SearchSubset(Vec2 start) {
     if (m_points.Size() < kSubsetWorth) return false;
     std::vector<Vec2> subset = m_exchange.TellingPoints(HasOptimum() ? m_best.centre : start);
@@ -56,22 +63,36 @@ class Search {
       subset.insert(subset.end(), m_best.outerContact, m_best.outerContact + 2);
       subset.insert(subset.end(), m_best.innerContact, m_best.innerContact + 2);
     }
-    for (int round = 0; round < kMostRounds; ++round) {
+    for (int round = 0; round < kMostRounds && subset.size() < kMostInSubset; ++round) {
       const Grid2 grid = GridOf(subset);
       if (!grid.finite || grid.points.size() < 3) return false;
       const GridAnnulus found = NarrowestGridAnnulus(grid.points, Bound(grid));
       if (!found.found) return false;
       const AnnulusExchange::Extremes extremes = m_exchange.ExtremesFrom(grid.InPlane(found.centre));
-      if (extremes.outer - extremes.inner <= (found.width + kSameWidth) * grid.unit) {
+      if (extremes.outer - extremes.inner <= found.width * grid.unit + Rounding(grid, extremes.outer)) {
         const PointView view(&subset.front().x, sizeof(Vec2), subset.size());
         if (NarrowestStrip(view).width < found.width * grid.unit) return false;
         Take(found, grid);
         return true;
       }
-      subset.push_back(extremes.farthest);
-      subset.push_back(extremes.nearest);
+      AddBeyond(found, grid, extremes, subset);
     }
     return false;
+  }
+
+  // What the annulus does not hold: the worst of all points, and of each of many runs.
+  void AddBeyond(const GridAnnulus& found, const Grid2& grid, const AnnulusExchange::Extremes& extremes,
+                 std::vector<Vec2>& subset) const {
+    const Vec2 centre = grid.InPlane(found.centre);
+    const auto distance = [centre](Vec2 p) { return std::sqrt(Dot(p - centre, p - centre)); };
+    const double outer = distance(grid.InPlane(found.outerContact[0]));
+    const double inner = distance(grid.InPlane(found.innerContact[0]));
+    const double same = Rounding(grid, outer);
+    for (const Vec2& p : m_exchange.TellingPoints(centre)) {
+      if (distance(p) > outer + same || distance(p) < inner - same) subset.push_back(p);
+    }
+    subset.push_back(extremes.farthest);
+    subset.push_back(extremes.nearest);
   }
 
   void SearchAll() {

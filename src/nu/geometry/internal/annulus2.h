@@ -9,7 +9,7 @@ namespace nu::internal {
 enum class AnnulusEnd {
   found,
   limitReached,
-  noOptimum,  // wherever the centre, a way out to infinity makes the annulus narrower
+  noOptimum,  // its centre is so far away that rounding hides it
   notFinite,
 };
 
@@ -28,10 +28,10 @@ struct Annulus {
   bool certified = false;  // known to be the only one from a bound, without the search over all candidates
 };
 
-// The narrowest annulus with a centre at a finite place from which every small move makes it wider. Along two axes,
-// relative to the origin of the blocks. `start` is a first guess of the centre, for example that of the least-squares
-// circle; `limit` bounds the exchanges. Global; of annuli whose widths agree to rounding the one with the least x of
-// the centre, of these the one with the least y.
+// The narrowest annulus. Its centre is at a finite place: the narrowest strip, an annulus around infinity, becomes
+// narrower when the centre comes nearer on one of its sides. Along two axes, relative to the origin of the blocks.
+// `start` is a first guess of the centre, for example that of the least-squares circle; `limit` bounds the exchanges.
+// Of annuli whose widths agree to rounding the one with the least x of the centre, of these the one with the least y.
 Annulus NarrowestAnnulus(PointBlocks& points, const Vec3 (&axes)[2], Vec2 start, long limit);
 
 }  // namespace nu::internal

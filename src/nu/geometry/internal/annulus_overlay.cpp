@@ -34,8 +34,12 @@ constexpr double kEndSteps = 64.0;
 constexpr double kEndShare = 64.0 * kEpsilon;
 // Values of lines that differ by less, relatively, are equal within their rounding.
 constexpr double kSameValue = 64.0 * kEpsilon;
-// Directions closer than this, in radians, are the same.
+// Angles closer than this, relative to the largest one, are the same.
 constexpr double kSameDirection = 1e-7;
+// Contacts on common rays are rare but for lattices, where the bound soon leaves few places to look at; these limits
+// keep points made for it from taking quadratic time.
+constexpr int kMostScans = 1000;
+constexpr std::size_t kMostDifferences = 1'000'000;
 
 double Length(Vec2 v) {
   return std::sqrt(Dot(v, v));
@@ -183,30 +187,42 @@ class Overlay {
     const double value = FarthestCorner2::Value({edge.middle, 2.0 * t * edge.normal}, h);
     const double width = (value - 0.25 * edge.square) / (outer + inner);
     if (!(width <= Limit()) || !std::isfinite(outer)) return;
-    if (width > kSameWidth && !IsLocalOptimum(edge, centre, outer, inner, h, k)) return;
+    if (width > kSameWidth && !IsLocalOptimum(edge, t, h, k)) return;
     if (width < m_bound) m_bound = std::max(width, 0.0);
     m_candidates.push_back({true, centre, width, {h, k}, {edge.p, edge.q}});
   }
 
-  bool IsLocalOptimum(const VoronoiEdge2& edge, Vec2 centre, double outer, double inner, Vec2 h, Vec2 k) const {
-    const auto direction = [&](Vec2 p) { return (1.0 / Length(p - centre)) * (p - centre); };
-    std::vector<Vec2> out{direction(h), direction(k)};
-    std::vector<Vec2> in{direction(edge.p), direction(edge.q)};
-    if (Surround(out, in)) return true;
-    bool sharesDirection = false;
-    for (const Vec2& u : out) {
-      for (const Vec2& v : in) sharesDirection = sharesDirection || Length(u - v) < kSameDirection;
-    }
-    if (!sharesDirection) return false;
-    // Of points on common rays others may hold the centre as well.
+  // The angle of a point as seen from the edge at t, from the direction in which p and q are mirrored; accurate also
+  // for a centre far away, where all angles are small.
+  static double AngleAt(const VoronoiEdge2& edge, double t, Vec2 point) {
+    const double side = t > 0.0 ? -1.0 : 1.0;
+    const Vec2 way = point - edge.middle;
+    return std::atan2(side * Cross(edge.normal, way), side * (Dot(edge.normal, way) - t * edge.square));
+  }
+
+  // The four points have to alternate: one of h and k is seen between p and q, the other is not.
+  bool IsLocalOptimum(const VoronoiEdge2& edge, double t, Vec2 h, Vec2 k) {
+    const double inner = std::fabs(AngleAt(edge, t, edge.p));
+    const double outer[2] = {std::fabs(AngleAt(edge, t, h)), std::fabs(AngleAt(edge, t, k))};
+    const double same = kSameDirection * std::max({inner, outer[0], outer[1]});
+    const bool isShared = std::fabs(outer[0] - inner) <= same || std::fabs(outer[1] - inner) <= same;
+    if (!isShared) return (outer[0] < inner) != (outer[1] < inner);
+    return ++m_scans <= kMostScans &&
+           IsHeldByMore(edge.PointAt(t), Length(h - edge.PointAt(t)), std::sqrt(edge.SquareAt(t)));
+  }
+
+  // Where contacts lie on common rays from the centre, others have to hold it as well.
+  bool IsHeldByMore(Vec2 centre, double outer, double inner) const {
     const double reach = kEndSteps + kEndShare * outer;
+    std::vector<Vec2> out, in;
+    const auto add = [&](std::vector<Vec2>& to, Vec2 p) { to.push_back((1.0 / Length(p - centre)) * (p - centre)); };
     for (const Vec2& corner : m_hull.Corners()) {
-      if (Length(corner - centre) >= outer - reach) out.push_back(direction(corner));
+      if (Length(corner - centre) >= outer - reach) add(out, corner);
     }
     for (const Vec2& point : m_points) {
-      if (Length(point - centre) <= inner + reach) in.push_back(direction(point));
+      if (Length(point - centre) <= inner + reach) add(in, point);
     }
-    return Surround(out, in);
+    return out.size() * in.size() <= kMostDifferences && Surround(out, in);
   }
 
   const std::vector<Vec2>& m_points;
@@ -214,6 +230,7 @@ class Overlay {
   FarthestCorner2 m_farthest;
   Delaunay2 m_mesh;
   double m_bound;  // the least width so far
+  int m_scans = 0;
   std::vector<Vec2> m_outposts;
   std::vector<Part> m_open;
   std::vector<GridAnnulus> m_candidates;
