@@ -64,6 +64,7 @@ struct Inspection {
   Frame frame;
   std::vector<Vec3> local;
   std::vector<double> deviations;
+  std::vector<std::size_t> contacts;  // the points that touch the zone and hold the feature; none for least squares
 
   double RootMeanSquare() const { return std::sqrt(sumSquares / static_cast<double>(deviations.size())); }
   std::size_t IndexOfMax() const {

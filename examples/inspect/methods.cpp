@@ -94,22 +94,69 @@ bool HaveOneZ(const std::vector<Vec3>& points) {
   return std::all_of(points.begin(), points.end(), [&points](const Vec3& p) { return p[2] == points.front()[2]; });
 }
 
+// Coordinates that were projected, and the tests of the fits for points that coincide or lie in one plane, are good to
+// this part of the size of the part.
+constexpr double kSameLength = 1e-9;
+
+double SizeOf(const std::vector<Vec3>& points) {
+  double size = 0;
+  for (const Vec3& p : points) size = std::max({size, std::fabs(p[0]), std::fabs(p[1]), std::fabs(p[2])});
+  return size;
+}
+
+template<typename Surface>
+CNuPointArray ProjectedOn(const Surface& surface, const CNuPointArray& points) {
+  CNuPointArray projected(points.GetSize());
+  for (int i = 0; i < points.GetSize(); ++i) projected.Add(points[i].ProjectionOn(surface));
+  return projected;
+}
+
+void AddLine(const std::vector<Vec3>& points, const CNuLine& line, Inspection* result) {
+  const Vec3 point = ToVec3(line.GetPoint());
+  const Vec3 direction = ToVec3(line.GetDirection());
+  result->parameters = {{"point", Parameter::Kind::kPoint, Values(point)},
+                        {"direction", Parameter::Kind::kDirection, Values(direction)}};
+  result->zoneIsRound = !HaveOneZ(points);
+  const Vec3 up = AxisAcross(direction, 2);
+  result->frame = {point, direction, Cross(up, direction), up};
+  const bool round = result->zoneIsRound;
+  AddDeviations(
+      points, [round](const Vec3& p) { return round ? std::hypot(p[1], p[2]) : p[1]; }, result);
+}
+
 Inspection LeastSquaresLine(const std::vector<Vec3>& points) {
   const CNuPointArray array = ToPointArray(points);
   Inspection result;
   CNuLine line;
   result.seconds = TimedSeconds([&] { line.Fit(array, &result.form, &result.sumSquares); });
-  const Vec3 point = ToVec3(line.GetPoint());
-  const Vec3 direction = ToVec3(line.GetDirection());
-  result.parameters = {{"point", Parameter::Kind::kPoint, Values(point)},
-                       {"direction", Parameter::Kind::kDirection, Values(direction)}};
-  result.zoneIsRound = !HaveOneZ(points);
-  const Vec3 up = AxisAcross(direction, 2);
-  result.frame = {point, direction, Cross(up, direction), up};
-  const bool round = result.zoneIsRound;
-  AddDeviations(
-      points, [round](const Vec3& p) { return round ? std::hypot(p[1], p[2]) : p[1]; }, &result);
+  AddLine(points, line, &result);
   return result;
+}
+
+Inspection MinimumZoneLine(const std::vector<Vec3>& points) {
+  const CNuPointArray array = ToPointArray(points);
+  Inspection result;
+  CNuLine line;
+  CNuLine sides[2];
+  const double tol = kSameLength * SizeOf(points);
+  result.seconds =
+      TimedSeconds([&] { line.FitMinZone(array, &result.form, &sides[0], &sides[1], tol, kMaxIterations); });
+  AddLine(points, line, &result);
+  if (result.zoneIsRound) return result;
+  result.parameters.push_back({"first boundary", Parameter::Kind::kPoint, Values(ToVec3(sides[0].GetPoint()))});
+  result.parameters.push_back({"second boundary", Parameter::Kind::kPoint, Values(ToVec3(sides[1].GetPoint()))});
+  return result;
+}
+
+void AddPlane(const std::vector<Vec3>& points, const CNuPlane& plane, Inspection* result) {
+  const Vec3 point = ToVec3(plane.GetPoint());
+  const Vec3 normal = ToVec3(plane.GetNormal());
+  result->parameters = {{"point", Parameter::Kind::kPoint, Values(point)},
+                        {"normal", Parameter::Kind::kDirection, Values(normal)}};
+  const Vec3 x = AxisAcross(normal, 0);
+  result->frame = {point, x, Cross(normal, x), normal};
+  AddDeviations(
+      points, [](const Vec3& p) { return p[2]; }, result);
 }
 
 Inspection LeastSquaresPlane(const std::vector<Vec3>& points) {
@@ -117,15 +164,35 @@ Inspection LeastSquaresPlane(const std::vector<Vec3>& points) {
   Inspection result;
   CNuPlane plane;
   result.seconds = TimedSeconds([&] { plane.Fit(array, &result.form, &result.sumSquares); });
-  const Vec3 point = ToVec3(plane.GetPoint());
-  const Vec3 normal = ToVec3(plane.GetNormal());
-  result.parameters = {{"point", Parameter::Kind::kPoint, Values(point)},
-                       {"normal", Parameter::Kind::kDirection, Values(normal)}};
-  const Vec3 x = AxisAcross(normal, 0);
-  result.frame = {point, x, Cross(normal, x), normal};
-  AddDeviations(
-      points, [](const Vec3& p) { return p[2]; }, &result);
+  AddPlane(points, plane, &result);
   return result;
+}
+
+Inspection MinimumZonePlane(const std::vector<Vec3>& points) {
+  const CNuPointArray array = ToPointArray(points);
+  Inspection result;
+  CNuPlane plane;
+  CNuPlane sides[2];
+  const double tol = kSameLength * SizeOf(points);
+  result.seconds = TimedSeconds([&] { plane.FitMinZone(array, &result.form, &sides[0], &sides[1], tol); });
+  AddPlane(points, plane, &result);
+  result.parameters.push_back({"first boundary", Parameter::Kind::kPoint, Values(ToVec3(sides[0].GetPoint()))});
+  result.parameters.push_back({"second boundary", Parameter::Kind::kPoint, Values(ToVec3(sides[1].GetPoint()))});
+  return result;
+}
+
+void AddCircle(const std::vector<Vec3>& points, const CNuCircle& circle, Inspection* result) {
+  const Vec3 centre = ToVec3(circle.GetCentre());
+  const Vec3 normal = ToVec3(circle.GetNormal());
+  result->radius = circle.GetRadius();
+  result->parameters = {{"centre", Parameter::Kind::kPoint, Values(centre)},
+                        {"normal", Parameter::Kind::kDirection, Values(normal)},
+                        {"radius", Parameter::Kind::kLength, {result->radius}}};
+  const Vec3 x = AxisAcross(normal, 0);
+  result->frame = {centre, x, Cross(normal, x), normal};
+  const double radius = result->radius;
+  AddDeviations(
+      points, [radius](const Vec3& p) { return std::hypot(p[0], p[1]) - radius; }, result);
 }
 
 Inspection LeastSquaresCircle(const std::vector<Vec3>& points) {
@@ -133,18 +200,49 @@ Inspection LeastSquaresCircle(const std::vector<Vec3>& points) {
   Inspection result;
   CNuCircle circle(1.0);
   result.seconds = TimedSeconds([&] { circle.Fit(array, &result.form, &result.sumSquares, kMaxIterations); });
-  const Vec3 centre = ToVec3(circle.GetCentre());
-  const Vec3 normal = ToVec3(circle.GetNormal());
-  result.radius = circle.GetRadius();
-  result.parameters = {{"centre", Parameter::Kind::kPoint, Values(centre)},
-                       {"normal", Parameter::Kind::kDirection, Values(normal)},
-                       {"radius", Parameter::Kind::kLength, {result.radius}}};
-  const Vec3 x = AxisAcross(normal, 0);
-  result.frame = {centre, x, Cross(normal, x), normal};
-  const double radius = result.radius;
-  AddDeviations(
-      points, [radius](const Vec3& p) { return std::hypot(p[0], p[1]) - radius; }, &result);
+  AddCircle(points, circle, &result);
   return result;
+}
+
+// The other criteria ask for points in one plane, and roundness is what is seen along the axis: the points go to their
+// plane first.
+template<typename Fit>
+Inspection CircleInPlane(const std::vector<Vec3>& points, const Fit& fit) {
+  const CNuPointArray array = ToPointArray(points);
+  Inspection result;
+  CNuCircle circle(1.0);
+  const double tol = kSameLength * SizeOf(points);
+  result.seconds = TimedSeconds([&] {
+    CNuPlane plane;
+    plane.Fit(array);
+    fit(ProjectedOn(plane, array), tol, &circle, &result);
+  });
+  const std::vector<Parameter> boundary = std::move(result.parameters);
+  AddCircle(points, circle, &result);
+  result.parameters.insert(result.parameters.end(), boundary.begin(), boundary.end());
+  return result;
+}
+
+Inspection MinimumZoneCircle(const std::vector<Vec3>& points) {
+  return CircleInPlane(points, [](const CNuPointArray& array, double tol, CNuCircle* circle, Inspection* result) {
+    CNuCircle inner(1.0);
+    CNuCircle outer(1.0);
+    circle->FitMinZone(array, &result->form, &inner, &outer, tol, kMaxIterations);
+    result->parameters = {{"inner radius", Parameter::Kind::kLength, {inner.GetRadius()}},
+                          {"outer radius", Parameter::Kind::kLength, {outer.GetRadius()}}};
+  });
+}
+
+Inspection CircumscribedCircle(const std::vector<Vec3>& points) {
+  return CircleInPlane(points, [](const CNuPointArray& array, double tol, CNuCircle* circle, Inspection*) {
+    circle->FitMin(array, tol);
+  });
+}
+
+Inspection InscribedCircle(const std::vector<Vec3>& points) {
+  return CircleInPlane(points, [](const CNuPointArray& array, double tol, CNuCircle* circle, Inspection*) {
+    circle->FitMax(array, tol);
+  });
 }
 
 Inspection LeastSquaresSphere(const std::vector<Vec3>& points) {
@@ -163,14 +261,44 @@ Inspection LeastSquaresSphere(const std::vector<Vec3>& points) {
   return result;
 }
 
+// What a criterion holds fast: the points that touch the outer side of the zone, its inner side, both or none.
+enum class Touching { kNone, kBoth, kOuter, kInner };
+
+// The points whose deviation is extreme. Two of them are equal but for the rounding of the coordinates, of which the
+// fit and the deviations here each have a share.
+void AddContacts(Touching touching, double size, Inspection* result) {
+  constexpr double kRounding = 1e-12;
+  const double tol = kRounding * size;
+  const double largest = result->deviations[result->IndexOfMax()];
+  const double smallest = result->deviations[result->IndexOfMin()];
+  const bool outer = touching == Touching::kBoth || touching == Touching::kOuter;
+  const bool inner = !result->zoneIsRound && (touching == Touching::kBoth || touching == Touching::kInner);
+  for (std::size_t i = 0; i < result->deviations.size(); ++i) {
+    const double deviation = result->deviations[i];
+    if ((outer && deviation >= largest - tol) || (inner && deviation <= smallest + tol)) result->contacts.push_back(i);
+  }
+}
+
+// Circumscribed and inscribed features have no form of their own: it is that of the deviations from them.
+void AddStatistics(Inspection* result) {
+  result->sumSquares = 0;
+  for (const double deviation : result->deviations) result->sumSquares += deviation * deviation;
+  if (result->form == 0) {
+    result->form = result->deviations[result->IndexOfMax()] - result->deviations[result->IndexOfMin()];
+  }
+}
+
 struct Criterion {
   const char* option;
   const char* name;
+  Touching touching;
 };
 
 constexpr std::size_t kNumberCriteria = 4;
-constexpr Criterion kCriteria[kNumberCriteria] = {
-    {"ls", "least squares"}, {"mz", "minimum zone"}, {"mc", "minimum circumscribed"}, {"mi", "maximum inscribed"}};
+constexpr Criterion kCriteria[kNumberCriteria] = {{"ls", "least squares", Touching::kNone},
+                                                  {"mz", "minimum zone", Touching::kBoth},
+                                                  {"mc", "minimum circumscribed", Touching::kOuter},
+                                                  {"mi", "maximum inscribed", Touching::kInner}};
 
 struct Feature {
   const char* name;
@@ -180,9 +308,12 @@ struct Feature {
 };
 
 constexpr Feature kFeatures[] = {
-    {"line", "straightness", DrawStraightness, {LeastSquaresLine}},
-    {"plane", "flatness", DrawFlatness, {LeastSquaresPlane}},
-    {"circle", "roundness", DrawRoundness, {LeastSquaresCircle}},
+    {"line", "straightness", DrawStraightness, {LeastSquaresLine, MinimumZoneLine}},
+    {"plane", "flatness", DrawFlatness, {LeastSquaresPlane, MinimumZonePlane}},
+    {"circle",
+     "roundness",
+     DrawRoundness,
+     {LeastSquaresCircle, MinimumZoneCircle, CircumscribedCircle, InscribedCircle}},
     {"sphere", "sphericity", DrawSphericity, {LeastSquaresSphere}},
     {"cylinder", "cylindricity", nullptr, {}},
     {"cone", "conicity", nullptr, {}},
@@ -229,6 +360,12 @@ Method FindMethod(const std::string& feature, const std::string& criterion) {
 Inspection Inspect(const Method& method, const std::vector<Vec3>& points) {
   try {
     Inspection inspection = method.fit(points);
+    const auto* by = std::find_if(std::begin(kCriteria), std::end(kCriteria),
+                                  [&method](const Criterion& each) { return method.criterion == each.name; });
+    if (by->touching != Touching::kNone) {
+      AddStatistics(&inspection);
+      AddContacts(by->touching, SizeOf(points), &inspection);
+    }
     RequireFinite(inspection);
     inspection.feature = method.feature;
     inspection.criterion = method.criterion;

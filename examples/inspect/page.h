@@ -31,6 +31,8 @@ class Page {
   // Below the rows of the result: a note; a line or a marker with what it means.
   void Note(const std::string& text);
   void LineKey(const char* attributes, const std::string& text);
+  // A ring around each point that touches the zone, and what the rings mean.
+  void DrawContacts(const std::vector<PagePoint>& contacts);
   void ExtremeKeys(const std::string& whereMax, const std::string& whereMin);
 
   // The largest magnitude of the deviations, never 0: what a scale has to show.

@@ -51,6 +51,7 @@ class FlatnessMap {
     DrawAxes();
     const bool means = DrawPoints(colours);
     m_canvas.Rectangle({m_left, m_top}, m_width, m_height, style::kFrame);
+    DrawContacts();
     DrawExtremes();
     if (means) m_page.Note("colours: mean of each square mm of paper");
     m_page.Note("positive towards " + DirectionName(m_inspection.frame.z));
@@ -100,6 +101,12 @@ class FlatnessMap {
       dots.push_back({OnPage(m_inspection.local[i]), m_inspection.deviations[i]});
     }
     return DrawDots(m_canvas, dots, m_x.Extent() * m_y.Extent() * m_scale * m_scale, colours);
+  }
+
+  void DrawContacts() {
+    std::vector<PagePoint> contacts;
+    for (const std::size_t i : m_inspection.contacts) contacts.push_back(OnPage(m_inspection.local[i]));
+    m_page.DrawContacts(contacts);
   }
 
   void DrawExtremes() {

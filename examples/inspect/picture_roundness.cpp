@@ -34,6 +34,7 @@ class RoundnessPlot {
     DrawGrid();
     DrawCircles();
     DrawProfile();
+    DrawContacts();
     DrawExtremes();
     DrawCentre();
     DrawRuler();
@@ -63,7 +64,16 @@ class RoundnessPlot {
     m_canvas.Circle(kCentre, PageRadius(smallest), style::kBoundary);
     m_page.LineKey(style::kProfile, "measured profile");
     m_page.LineKey(style::kFitted, "fitted circle");
-    m_page.LineKey(style::kBoundary, "largest, smallest deviation");
+    m_page.LineKey(style::kBoundary,
+                   m_inspection.contacts.empty() ? "largest, smallest deviation" : "circles through the extremes");
+  }
+
+  void DrawContacts() {
+    std::vector<PagePoint> contacts;
+    for (const std::size_t i : m_inspection.contacts) {
+      contacts.push_back(Polar(AngleOf(m_inspection.local[i]), PageRadius(m_inspection.deviations[i])));
+    }
+    m_page.DrawContacts(contacts);
   }
 
   // Between two points the deviation changes evenly with the angle; wide gaps, where nothing was measured, stay open.

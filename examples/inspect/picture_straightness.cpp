@@ -42,6 +42,7 @@ class StraightnessPlot {
     m_page.LineKey(style::kBoundary, m_inspection.zoneIsRound ? "zone (a cylinder)" : "zone");
     for (const Strip& strip : strips) DrawStrip(strip);
     DrawPositions(strips.back());
+    DrawContacts(strips);
     DrawExtremes(strips);
     return m_canvas.Finish();
   }
@@ -117,6 +118,17 @@ class StraightnessPlot {
     m_canvas.Text({(kStripLeft + kStripRight) / 2, lowest.bottom + 10.5},
                   std::string("position along the line from its first end / ") + m_page.LengthSymbol(),
                   {3, "middle", "#22272e", false, 0});
+  }
+
+  void DrawContacts(const std::vector<Strip>& strips) {
+    std::vector<PagePoint> contacts;
+    for (std::size_t i = 0; i < strips.size(); ++i) {
+      for (const std::size_t index : m_inspection.contacts) {
+        const Vec3& p = m_inspection.local[index];
+        contacts.push_back({PageX(p[0] - m_start), PageY(strips[i], p[i + 1])});
+      }
+    }
+    m_page.DrawContacts(contacts);
   }
 
   void DrawExtremes(const std::vector<Strip>& strips) {

@@ -89,6 +89,14 @@ std::string ExtremeJson(const Inspection& inspection, const PointFile& file, std
   return object.Text();
 }
 
+std::string ContactsJson(const Inspection& inspection, const PointFile& file) {
+  std::string text;
+  for (const std::size_t index : inspection.contacts) {
+    text += (text.empty() ? "" : ", ") + std::to_string(file.lines[index]);
+  }
+  return "[" + text + "]";
+}
+
 }  // namespace
 
 std::vector<Row> ReportRows(const Inspection& inspection, const ReportContext& context) {
@@ -102,6 +110,7 @@ std::vector<Row> ReportRows(const Inspection& inspection, const ReportContext& c
   for (const Parameter& parameter : inspection.parameters) AddParameterRows(parameter, context.unit, &rows);
   rows.push_back({inspection.formName, Fixed(inspection.form, decimals), symbol});
   rows.push_back({"root mean square", Fixed(inspection.RootMeanSquare(), decimals), symbol});
+  if (!inspection.contacts.empty()) rows.push_back({"contact points", std::to_string(inspection.contacts.size()), ""});
   rows.push_back({"time of the fit", Fixed(inspection.seconds * kMillisecondsPerSecond, kTimeDecimals), "ms"});
   if (context.tolerance) {
     rows.push_back({"tolerance", Fixed(*context.tolerance, decimals), symbol});
@@ -146,6 +155,7 @@ std::string Json(const Inspection& inspection, const ReportContext& context) {
   object.Add("root_mean_square", inspection.RootMeanSquare());
   object.Add("largest", ExtremeJson(inspection, *context.points, inspection.IndexOfMax()));
   object.Add("smallest", ExtremeJson(inspection, *context.points, inspection.IndexOfMin()));
+  object.Add("contact_lines", ContactsJson(inspection, *context.points));
   object.Add("tolerance", context.tolerance ? General(*context.tolerance, kExactDigits) : "null");
   object.Add("within_tolerance", !context.tolerance ? "null" : context.WithinTolerance(inspection) ? "true" : "false");
   object.Add("seconds", inspection.seconds);
