@@ -29,7 +29,8 @@ inline constexpr const char* kSample = "fill='#1f5fa8' stroke='none'";
 inline constexpr const char* kFitted = "fill='none' stroke='#1b7f4b' stroke-width='0.4'";
 inline constexpr const char* kBoundary = "fill='none' stroke='#c0392b' stroke-width='0.3' stroke-dasharray='1.6 1'";
 inline constexpr const char* kMarker = "fill='#22272e' stroke='#ffffff' stroke-width='0.3' stroke-linejoin='round'";
-inline constexpr const char* kContact = "fill='none' stroke='#c0392b' stroke-width='0.45'";
+inline constexpr const char* kContactHalo = "fill='none' stroke='#ffffff' stroke-width='1.3'";
+inline constexpr const char* kContact = "fill='none' stroke='#22272e' stroke-width='0.5'";
 inline constexpr const char* kPaper = "fill='#ffffff' stroke='none'";
 }  // namespace style
 

@@ -28,7 +28,13 @@ expect(0 "radius +12\\.50380[0-9].*roundness +0\\.00629.*within tolerance" ${PAR
 expect(1 "straightness +0\\.00914[0-9].*OUT OF TOLERANCE" ${PARTS}/edge.xyz --feature line --tolerance=0.008 --svg edge.svg)
 expect(0 "normal x +-0\\.00035.*flatness +0\\.00464[0-9]" ${PARTS}/plate.asc --feature plane --svg plate.svg)
 expect(0 "centre z +74\\.983.*sphericity +0\\.00192[0-9]" ${PARTS}/ball.csv --feature sphere --criterion ls --svg ball.svg)
-foreach(picture "bore;5000:1" "edge;10000:1" "plate;positive towards" "ball;seen from")
+expect(0 "inner radius +12\\.50067.*outer radius +12\\.50685.*roundness +0\\.00617[0-9].*contact points +4" ${PARTS}/bore.csv
+  --feature circle --decimal-comma --criterion mz --svg zone.svg --json zone.json)
+expect(0 "radius +12\\.50653[0-9].*contact points +3" ${PARTS}/bore.csv --feature circle --decimal-comma --criterion mc)
+expect(0 "radius +12\\.50096[0-9].*contact points +3" ${PARTS}/bore.csv --feature circle --decimal-comma --criterion mi)
+expect(0 "straightness +0\\.00845[0-9].*contact points +3" ${PARTS}/edge.xyz --feature line --criterion mz --svg strip.svg)
+expect(0 "flatness +0\\.00441[0-9].*contact points +4" ${PARTS}/plate.asc --feature plane --criterion mz --svg slab.svg)
+foreach(picture "zone;contact points" "strip;contact points" "slab;contact points" "bore;5000:1" "edge;10000:1" "plate;positive towards" "ball;seen from")
   list(GET picture 0 name)
   list(GET picture 1 text)
   file(READ ${SCRATCH}/${name}.svg svg)
@@ -41,6 +47,12 @@ string(JSON form GET "${json}" form)
 string(JSON line GET "${json}" smallest line)
 if(NOT form MATCHES "^0\\.00629" OR NOT line EQUAL 986)
   message(SEND_ERROR "bore.json holds form ${form} and line ${line}")
+endif()
+
+file(READ ${SCRATCH}/zone.json json)
+string(JSON contacts LENGTH "${json}" contact_lines)
+if(NOT contacts EQUAL 4)
+  message(SEND_ERROR "zone.json names ${contacts} contact points")
 endif()
 
 # What files may look like: the plane through (1 2 3), (4 5 9), (7 8 1), as three points determine it.

@@ -123,7 +123,10 @@ void Page::LineKey(const char* attributes, const std::string& text) {
 void Page::DrawContacts(const std::vector<PagePoint>& contacts) {
   constexpr double kRadius = 1.5;
   if (contacts.empty()) return;
-  for (const PagePoint& at : contacts) m_canvas.Circle(at, kRadius, style::kContact);
+  for (const PagePoint& at : contacts) {
+    m_canvas.Circle(at, kRadius, style::kContactHalo);  // shows on dark dots, too
+    m_canvas.Circle(at, kRadius, style::kContact);
+  }
   m_canvas.Circle({kPanelLeft + 4, m_panelY - 1}, kRadius, style::kContact);
   m_canvas.Text({kPanelLeft + 11, m_panelY}, "contact points", {kSmall, "start", "#22272e", false, 0});
   m_panelY += kRowHeight;
