@@ -32,6 +32,11 @@ void FitAll(const CNuPointArray& points) {
   if (Ends([&] { plane.Fit(points, &form, &sumsq); })) RequireFinite(plane.GetNormal().Magnitude());
   CNuCircle circle(1.0);
   if (Ends([&] { circle.Fit(points, &form, &sumsq, 50); })) RequireFinite(circle.GetRadius());
+  for (const double tol : {1e-9, 1e300}) {
+    if (Ends([&] { circle.FitMin(points, tol); })) RequireFinite(circle.GetRadius());
+    if (Ends([&] { circle.FitMax(points, tol); })) RequireFinite(circle.GetRadius());
+    if (Ends([&] { circle.FitMinZone(points, &form, tol, 50); })) RequireFinite(circle.GetRadius() + form);
+  }
   CNuSphSurf sphere(1.0);
   if (Ends([&] { sphere.Fit(points, &form, &sumsq, 50); })) RequireFinite(sphere.GetRadius());
   circle.FitEx(points, 50);
