@@ -296,6 +296,8 @@ class SlabSearch {
     found.low = At(found.corner[found.above]);
     found.normal = Unit(normal);
     found.width = Dot(found.normal, ExactDifference(found.high, found.low));
+    // Of slivers thinner than all digits no normal is left.
+    if (!std::isfinite(found.width.high)) return;
     found.square = found.width * found.width;
     found.leastShare = *std::min_element(found.share, found.share + 4);
     if (!IsCanonical(Rounded(found.normal))) TurnAbout(found);
@@ -329,7 +331,8 @@ class SlabSearch {
   Candidate m_best;
 };
 
-// Points in one plane or less: any plane that holds them, of a line the one that is nearest to level.
+// Points in one plane or less: a plane that holds them, of a line the one that is nearest to level. Of a hull all of
+// whose faces are slivers it is such a plane of three corners.
 Candidate FlatSlab(const Hull3& hull) {
   const auto& corner = hull.Simplex();
   Candidate flat;
@@ -339,7 +342,7 @@ Candidate FlatSlab(const Hull3& hull) {
   if (hull.Dimension() >= 1) {
     const ExactVec3 line = ExactDifference(hull.At(corner[1]), hull.At(corner[0]));
     const ExactVec3 level = Cross(normal, line);
-    if (hull.Dimension() == 2) {
+    if (hull.Dimension() >= 2) {
       normal = Cross(line, ExactDifference(hull.At(corner[2]), hull.At(corner[0])));
     } else if (Dot(level, level).high > 0.0) {
       normal = Cross(line, level);
@@ -508,7 +511,11 @@ std::vector<IndexedPoint> Sample(const Frame& frame, std::size_t count) {
 }
 
 Candidate SlabOf(const Hull3& hull, double limit) {
-  return hull.Dimension() < 3 ? FlatSlab(hull) : SlabSearch(hull, limit).Narrowest();
+  if (hull.Dimension() == 3) {
+    const Candidate narrowest = SlabSearch(hull, limit).Narrowest();
+    if (narrowest.high != nullptr) return narrowest;
+  }
+  return FlatSlab(hull);
 }
 
 struct Solution {
