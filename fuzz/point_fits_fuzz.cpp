@@ -28,6 +28,10 @@ void FitAll(const CNuPointArray& points) {
   double form = 0.0, sumsq = 0.0;
   CNuLine line;
   if (Ends([&] { line.Fit(points, &form, &sumsq); })) RequireFinite(line.GetDirection().Magnitude());
+  if (Ends([&] { line.FitMinZone(points, &form, NuGetLengthTol(), 50); })) {
+    RequireFinite(form);
+    RequireFinite(line.GetDirection().Magnitude());
+  }
   CNuPlane plane;
   if (Ends([&] { plane.Fit(points, &form, &sumsq); })) RequireFinite(plane.GetNormal().Magnitude());
   CNuCircle circle(1.0);

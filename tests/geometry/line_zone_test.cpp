@@ -201,7 +201,7 @@ CNuPointArray Cloud(Random& random, int kind, int n) {
 // around the least-squares line.
 TEST(LineZone, IsAnOptimumWithItsBoundary) {
   Random random(7);
-  for (int k = 0; k < 1400; ++k) {
+  for (int k = 0; k < 700; ++k) {
     SCOPED_TRACE(k);
     const CNuPointArray points =
         nu::test::RandomMotion(random, 10.0)(Cloud(random, k % 7, 4 + random.Below(k % 10 == 0 ? 2000 : 40)));

@@ -58,6 +58,12 @@ void AddFits(int n, Noise& noise, Bits& bits) {
   line.Fit(space, &form, &sumsq);
   bits.Add(line.GetPoint());
   bits.Add(line.GetDirection());
+  for (const CNuPointArray& points : {space, flat}) {
+    line.FitMinZone(points, &form, 1e-9, 1000);
+    bits.Add(line.GetPoint());
+    bits.Add(line.GetDirection());
+    bits.Add(form);
+  }
   CNuPlane plane;
   plane.Fit(space, &form, &sumsq);
   bits.Add(plane.GetNormal());
