@@ -329,4 +329,27 @@ TEST(FailingAllocations, Polynomials) {
   }
 }
 
+TEST(FailingAllocations, BoundedCurves) {
+  const CNuPointArray points = Arc(60, 0.0);
+  CNuPolyline line(points);
+  CNuCircularArc arc(CNuPoint(), CNuPoint(9, 0, 0), CNuPoint(0, 9, 0), NuTrue);
+  CNuLineSegment segment;
+  CNuPoint p, q;
+  double radius = 0;
+  FailEveryAllocation("polyline", [&] { CNuPolyline copy(points); });
+  FailEveryAllocation("circle to polyline", [] { CNuCircle(2).ToPolyline(9); });
+  for (CNuBoundedCurve* curve : {static_cast<CNuBoundedCurve*>(&line), static_cast<CNuBoundedCurve*>(&arc),
+                                 static_cast<CNuBoundedCurve*>(&segment)}) {
+    FailEveryAllocation("distance", [&] { curve->DistanceTo(&arc, &p, &q); });
+    FailEveryAllocation("bounding circle", [&] { curve->BoundingCircle(&radius, &p); });
+    FailEveryAllocation("offset", [&] { delete curve->Offset(0.01); });
+  }
+  FailEveryAllocation("self-intersection", [&] { line.IsSelfIntersecting(); });
+  FailEveryAllocation("centroid", [&] { line.Centroid(); });
+  NuSetMinEdgeLength(1.0);
+  FailEveryAllocation(
+      "short edges", [&] { line.RemoveShortEdges(); }, [&] { return line.GetSize() == 60; });
+  NuSetMinEdgeLength(1e-9);
+}
+
 }  // namespace

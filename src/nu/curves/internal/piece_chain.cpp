@@ -37,6 +37,14 @@ double Gap(const Box& a, const Box& b) {
   return std::sqrt(gap[0] * gap[0] + gap[1] * gap[1] + gap[2] * gap[2]);
 }
 
+// An arc does not fill its box: no point of another box is nearer to it than its middle, but for half the diagonal.
+double Gap(const Box& box, const Arc3& arc) {
+  const Vec3 low{box.low[0], box.low[1], box.low[2]};
+  const Vec3 half = 0.5 * (Vec3{box.high[0], box.high[1], box.high[2]} - low);
+  const Vec3 middle = low + half;
+  return SafeNorm(middle - ClosestOn(arc, middle)) - SafeNorm(half);
+}
+
 // Boxes around halves of halves of a chain.
 class ChainTree {
  public:
@@ -100,8 +108,14 @@ class Search {
  private:
   bool CanWin(double gap) const { return gap < m_best.distance || (std::isnan(m_best.distance) && gap < kInfinity); }
 
+  bool CanReach(const Box& box, const Arc3* arc) const { return arc == nullptr || CanWin(Gap(box, *arc)); }
+  bool CanReach(const Box& box, const ChainTree& tree, const ChainTree::Node& node) const {
+    return node.Size() > 1 || CanReach(box, tree.Chain().ArcAt(node.begin));
+  }
+
   void Visit(int a, int b) {
     if (!CanWin(Gap(m_first[a].box, m_second[b].box))) return;
+    if (!CanReach(m_first[a].box, m_second, m_second[b]) || !CanReach(m_second[b].box, m_first, m_first[a])) return;
     if (m_first[a].IsLeaf() && m_second[b].IsLeaf()) return Compare(m_first[a], m_second[b]);
     if (m_first[a].Size() >= m_second[b].Size()) return VisitNearerFirst(a + 1, b, m_first[a].right, b);
     VisitNearerFirst(a, b + 1, a, m_second[b].right);
@@ -118,7 +132,11 @@ class Search {
     for (int i = a.begin; i < a.end; ++i) {
       const Box box = m_first.Chain().BoxOf(i);
       for (int j = b.begin; j < b.end; ++j) {
-        if (!CanWin(Gap(box, m_second.Chain().BoxOf(j)))) continue;
+        const Box other = m_second.Chain().BoxOf(j);
+        if (!CanWin(Gap(box, other)) || !CanReach(box, m_second.Chain().ArcAt(j)) ||
+            !CanReach(other, m_first.Chain().ArcAt(i))) {
+          continue;
+        }
         const NearPair pair = ClosestPieces(m_first.Chain(), i, m_second.Chain(), j);
         if (pair.IsNearerThan(m_best)) m_best = pair;
       }

@@ -1,5 +1,7 @@
 #include "nu/curves/internal/segment3.h"
 
+#include <cfloat>
+
 namespace nu::internal {
 
 namespace {
@@ -12,16 +14,60 @@ bool IsSafe(double square) {
   return square >= kSafeSmall && square <= kSafeLarge;
 }
 
+NearPair ClosestFrom(const Segment3& first, double s, const Segment3& second) {
+  return PairOf(first.At(s), ClosestOn(second, first.At(s)));
+}
+
+// The golden section of the least distance to the second segment, which is convex along the first one.
+NearPair ByGoldenSection(const Segment3& first, const Segment3& second) {
+  constexpr int kSteps = 80;  // the section shrinks to a rounding in 75
+  constexpr double kGolden = 0.6180339887498949;
+  double low = 0.0;
+  double high = 1.0;
+  double left = high - kGolden;
+  double right = low + kGolden;
+  NearPair atLeft = ClosestFrom(first, left, second);
+  NearPair atRight = ClosestFrom(first, right, second);
+  for (int i = 0; i < kSteps; ++i) {
+    if (atLeft.distance < atRight.distance) {
+      high = right;
+      right = left;
+      atRight = atLeft;
+      left = high - kGolden * (high - low);
+      atLeft = ClosestFrom(first, left, second);
+    } else {
+      low = left;
+      left = right;
+      atLeft = atRight;
+      right = low + kGolden * (high - low);
+      atRight = ClosestFrom(first, right, second);
+    }
+  }
+  return atLeft.IsNearerThan(atRight) ? atLeft : atRight;
+}
+
 // With w from the first start to the second and n = d1 x d2 the lines are closest where s = (w x d2).n / n.n and
-// t = (w x d1).n / n.n. Lines that are almost parallel lose digits in that; once more from the points found, whose w is
-// short, brings them back.
+// t = (w x d1).n / n.n. A small sine costs digits, some of which come back when this is done once more from the points
+// found, whose w is short; below a sine of about the root of a rounding they do not, and values of the distance, which
+// keep theirs, must do.
 void OfferCrossing(const Segment3& first, const Segment3& second, NearPair& best) {
   constexpr int kRefinements = 2;
+  constexpr double kSmallSine = 1e-6;
+  constexpr double kRoundings = 4.0 * DBL_EPSILON;
   const Vec3 d1 = first.end - first.start;
   const Vec3 d2 = second.end - second.start;
   const Vec3 n = Cross(d1, d2);
   const double square = Dot(n, n);
   if (!(square > 0.0)) return;
+  const double squares = Dot(d1, d1) * Dot(d2, d2);
+  if (square < kSmallSine * kSmallSine * squares) {
+    // The ends, whose distances are known, are no farther than the sine times the shorter length from the least one.
+    const double gain = std::sqrt(square / std::max(Dot(d1, d1), Dot(d2, d2)));
+    if (!(gain > kRoundings * SafeNorm(first.start))) return;
+    const NearPair pair = ByGoldenSection(first, second);
+    if (pair.IsNearerThan(best)) best = pair;
+    return;
+  }
   double s = 0.0;
   double t = 0.0;
   for (int i = 0; i <= kRefinements; ++i) {
