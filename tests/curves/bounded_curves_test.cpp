@@ -142,7 +142,7 @@ TEST(Polyline, TellsCrossingsFromNeighbours) {
     EXPECT_EQ(curve.IsSelfIntersecting() == NuTrue, row.crosses);
     NuSetLengthTol(1e-12);
   }
-  const int n = 200000;
+  const int n = 50000;
   CNuPointArray spiral(n);
   for (int i = 0; i < n; ++i) spiral.Add(CNuPoint(1e-3 * i * std::cos(1e-2 * i), 1e-3 * i * std::sin(1e-2 * i), 0));
   EXPECT_FALSE(CNuPolyline(spiral).IsSelfIntersecting());
@@ -464,14 +464,14 @@ TEST(BoundedCurves, EndForAnyNumbers) {
   }
 }
 
-// Two spirals of 100 000 edges each: all pairs would take minutes.
+// Two spirals of 30 000 edges each: all pairs would take minutes.
 TEST(Polyline, FindsTheNearestPairAmongMany) {
-  const int n = 100000;
+  const int n = 30000;
   CNuPointArray inner(n), outer(n);
   for (int i = 0; i < n; ++i) {
-    const double u = 1e-3 * i, r = 1 + 1e-2 * u;
+    const double u = 3e-3 * i, r = 1 + 1e-2 * u;
     inner.Add(CNuPoint(r * std::cos(u), r * std::sin(u), 0));
-    outer.Add(CNuPoint(r * std::cos(u), r * std::sin(u), i == 77777 ? 0.25 : 1));
+    outer.Add(CNuPoint(r * std::cos(u), r * std::sin(u), i == 22222 ? 0.25 : 1));
   }
   CNuPoint p, q;
   const CNuPolyline first(inner), second(outer);

@@ -337,6 +337,10 @@ TEST(FailingAllocations, BoundedCurves) {
   CNuPoint p, q;
   double radius = 0;
   FailEveryAllocation("polyline", [&] { CNuPolyline copy(points); });
+  CNuPolyline shorter(points.SubArray(2, 5));
+  FailEveryAllocation(
+      "polyline assignment", [&] { shorter = line; },
+      [&] { return shorter.GetSize() == 4 && shorter[0].IsEqual(points[2], 1e-300); });
   FailEveryAllocation("circle to polyline", [] { CNuCircle(2).ToPolyline(9); });
   for (CNuBoundedCurve* curve : {static_cast<CNuBoundedCurve*>(&line), static_cast<CNuBoundedCurve*>(&arc),
                                  static_cast<CNuBoundedCurve*>(&segment)}) {

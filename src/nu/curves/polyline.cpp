@@ -1,6 +1,6 @@
 #include "nu/curves/polyline.h"
 
-#include <algorithm>
+#include <utility>
 
 #include "nu/curves/internal/curve_pieces.h"
 #include "nu/curves/internal/placement.h"
@@ -28,6 +28,15 @@ const CNuPointArray& RequirePoints(const CNuPointArray& points) {
 CNuPolyline::CNuPolyline(const CNuPointArray& points)
     : CNuBoundedCurve(NuTypePolyline), m_points(RequirePoints(points)), m_anchor(points[0]) {
   SetPosition(m_anchor, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+}
+
+// The points come first: without memory for them the curve does not move either.
+CNuPolyline& CNuPolyline::operator=(const CNuPolyline& other) {
+  CNuPointArray points(other.m_points);
+  CNuBoundedCurve::operator=(other);
+  m_points = std::move(points);
+  m_anchor = other.m_anchor;
+  return *this;
 }
 
 Placement CNuPolyline::Place() const {

@@ -15,6 +15,10 @@ class NU_EXPORT CNuPolyline : public CNuBoundedCurve {
  public:
   // No points: CNuConstructionException cause 1, "size of CNuPointArray".
   explicit CNuPolyline(const CNuPointArray& points);
+  CNuPolyline(const CNuPolyline& other) = default;
+  CNuPolyline(CNuPolyline&& other) = default;
+  CNuPolyline& operator=(const CNuPolyline& other);
+  CNuPolyline& operator=(CNuPolyline&& other) = default;
 
   int GetSize() const { return m_points.GetSize(); }
   // Point i. Out of range: CNuOperationException cause 3 with the valid range.

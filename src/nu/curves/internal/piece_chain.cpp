@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "nu/foundation/constants.h"
 #include "nu/geometry/internal/enclosing_ball.h"
 #include "nu/geometry/internal/extents.h"
 
@@ -45,7 +46,15 @@ double Gap(const Box& box, const Arc3& arc) {
   return SafeNorm(middle - ClosestOn(arc, middle)) - SafeNorm(half);
 }
 
-// Boxes around halves of halves of a chain.
+// How far an arc leaves the way between its ends, at most.
+double Bulge(const Arc3& arc) {
+  if (arc.sweep > Nu_PI) return 2.0 * arc.radius;
+  const double s = std::sin(0.25 * arc.sweep);
+  return 2.0 * arc.radius * s * s;
+}
+
+// Halves of halves of a chain, each in a box, and within a width around the way between its ends: stretches of smooth
+// curves hardly leave that, so that it tells curves at a constant distance apart where boxes overlap.
 class ChainTree {
  public:
   struct Node {
@@ -55,6 +64,8 @@ class ChainTree {
     Box box;
     int begin, end;
     int right;  // its second child; the first one follows the node
+    Segment3 way;
+    double width;
   };
 
   explicit ChainTree(const PieceChain& chain) : m_chain(chain) {
@@ -68,7 +79,8 @@ class ChainTree {
  private:
   void Build(int begin, int end) {
     const std::size_t here = m_nodes.size();
-    m_nodes.push_back({kNowhere, begin, end, 0});
+    m_nodes.push_back({kNowhere, begin, end, 0, {m_chain.Ends(begin).start, m_chain.Ends(end - 1).end}, 0.0});
+    m_nodes[here].width = WidthOf(m_nodes[here]);
     if (end - begin <= kLeafPieces) {
       for (int i = begin; i < end; ++i) Include(m_chain.BoxOf(i), m_nodes[here].box);
       return;
@@ -82,9 +94,31 @@ class ChainTree {
     Include(m_nodes[right].box, m_nodes[here].box);
   }
 
+  double WidthOf(const Node& node) const {
+    double width = 0.0;
+    const auto include = [&](Vec3 p, double bulge) {
+      const double reach = SafeNorm(p - ClosestOn(node.way, p)) + bulge;
+      if (reach > width) width = reach;
+    };
+    for (int i = node.begin; i < node.end; ++i) {
+      const Arc3* arc = m_chain.ArcAt(i);
+      const double bulge = arc != nullptr ? Bulge(*arc) : 0.0;
+      include(m_chain.Ends(i).start, bulge);
+      include(m_chain.Ends(i).end, bulge);
+    }
+    return width;
+  }
+
   const PieceChain& m_chain;
   std::vector<Node> m_nodes;
 };
+
+// No point of one stretch is nearer to the other than this; the boxes alone answer when that is not below the limit.
+double Gap(const ChainTree::Node& a, const ChainTree::Node& b, double limit) {
+  const double gap = Gap(a.box, b.box);
+  if (!(gap < limit)) return gap;
+  return std::max(gap, ClosestBetween(a.way, b.way).distance - a.width - b.width);
+}
 
 NearPair ClosestPieces(const PieceChain& first, int i, const PieceChain& second, int j) {
   const Arc3* arc = first.ArcAt(i);
@@ -114,7 +148,7 @@ class Search {
   }
 
   void Visit(int a, int b) {
-    if (!CanWin(Gap(m_first[a].box, m_second[b].box))) return;
+    if (!CanWin(Gap(m_first[a], m_second[b], m_best.distance))) return;
     if (!CanReach(m_first[a].box, m_second, m_second[b]) || !CanReach(m_second[b].box, m_first, m_first[a])) return;
     if (m_first[a].IsLeaf() && m_second[b].IsLeaf()) return Compare(m_first[a], m_second[b]);
     if (m_first[a].Size() >= m_second[b].Size()) return VisitNearerFirst(a + 1, b, m_first[a].right, b);
@@ -151,7 +185,7 @@ class Search {
 class SelfSearch {
  public:
   SelfSearch(const ChainTree& tree, bool closed, double tol)
-      : m_tree(tree), m_chain(tree.Chain()), m_closed(closed), m_tol(tol) {}
+      : m_tree(tree), m_chain(tree.Chain()), m_closed(closed), m_tol(tol), m_beyond(std::nextafter(tol, kInfinity)) {}
 
   bool Within(int a) const {
     const ChainTree::Node& node = m_tree[a];
@@ -164,7 +198,7 @@ class SelfSearch {
   bool Between(int a, int b) const {
     const ChainTree::Node& first = m_tree[a];
     const ChainTree::Node& second = m_tree[b];
-    if (!(Gap(first.box, second.box) <= m_tol)) return false;
+    if (!(Gap(first, second, m_beyond) <= m_tol)) return false;
     if (first.IsLeaf() && second.IsLeaf()) return Compare(first, second);
     if (first.Size() >= second.Size()) return Between(a + 1, b) || Between(first.right, b);
     return Between(a, b + 1) || Between(a, second.right);
@@ -197,6 +231,7 @@ class SelfSearch {
   const PieceChain& m_chain;
   bool m_closed;
   double m_tol;
+  double m_beyond;
 };
 
 // Only coordinates of such sizes are scaled, whose products could leave the range of the doubles.
