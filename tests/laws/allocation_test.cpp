@@ -81,6 +81,15 @@ CNuPointArray Tilted(const CNuPointArray& points) {
   return turned;
 }
 
+CNuPointArray Round(int n) {
+  CNuPointArray points(n);
+  for (int i = 0; i < n; ++i) {
+    const double z = 2.0 * (i + 0.5) / n - 1.0, t = 2.4 * i, r = 5 + 1e-3 * std::sin(31.0 * i);
+    points.Add(CNuPoint(r * std::sqrt(1 - z * z) * std::cos(t), r * std::sqrt(1 - z * z) * std::sin(t), r * z));
+  }
+  return points;
+}
+
 TEST(FailingAllocations, ValuesAndArrays) {
   const CNuVector big(100);
   const CNuMatrix wide(20, 30);
@@ -295,6 +304,21 @@ TEST(FailingAllocations, Fits) {
     }
     FailEveryAllocation(
         "sphere", [&] { sphere.Fit(space, &form, &sumsq, 100); }, [&] { return sphere.GetRadius() == 1.5; });
+    const CNuPointArray round = Round(n);
+    const std::function<void()> spheres[] = {[&] { sphere.FitMin(round, 1e-9); }, [&] { sphere.FitMax(round, 1e-9); },
+                                             [&] { sphere.FitMinZone(round, &form, 1e-9, 100); },
+                                             [&] { sphere.FitMinZone(flat, &form, 1e-9, 100); }};
+    for (const auto& fit : spheres) {
+      const auto anew = [&] { sphere = CNuSphSurf(1.5), fit(); };
+      FailEveryAllocation("minimax sphere", anew, [&] { return sphere.GetRadius() == 1.5; });
+    }
+    CNuObjArray found(1);
+    found.Add(&sphere);
+    const auto section = [&] {
+      CNuSphSurf(1.0).IntersectWith(CNuSphSurf(1.0, CNuPoint(1, 0, 0)), &found);
+      delete found[0];
+    };
+    FailEveryAllocation("section of spheres", section, [&] { return found[0] == &sphere; });
   }
 }
 

@@ -50,7 +50,44 @@ class NU_EXPORT CNuSphSurf : public CNuSurface {
   ENuFitResult FitEx(const CNuPointArray& points, long maxIter);
   ENuFitResult FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
 
+  // Minimum circumscribed sphere: the smallest one that encloses all points, to rounding (B. Gaertner, ESA 1999).
+  // Points on one line within `tol` get the sphere about the middle of the two that are farthest apart along their
+  // least-squares line; where no two are at least `tol` apart, one of radius 0 at the first point.
+  // CNuBestfitException, for which the sphere stays as it was: cause 1 (size 1) without a point; cause 11 (size 0) for
+  // coordinates that are not finite; for points on one line also cause 2 of that line's fit, named "CNuLine".
+  void FitMin(const CNuPointArray& points, double tol);
+  // Runs FitMaxEx: the result is the maximum inscribed sphere.
+  ENuFitResult FitMinEx(const CNuPointArray& points, double tol);
+
+  // Maximum inscribed sphere: one with no point in its interior that cannot grow by a small move of its centre, and
+  // the one that is reached from the mean of the points. CNuBestfitException, for which the sphere stays as it was:
+  // cause 1 (size 4) below four points; cause 3 (size 3) for points on one line within `tol`; cause 11 (size 0) for
+  // points that hold no sphere between them, such as a cap, out of which it grows for ever, for more than ten steps
+  // per point and for coordinates that are not finite. FitMaxEx throws nothing: every failure is NuFitFailure. It makes
+  // `tol` the thread's NuGetLengthTol() for as long as it runs.
+  void FitMax(const CNuPointArray& points, double tol);
+  ENuFitResult FitMaxEx(const CNuPointArray& points, double tol);
+
+  // Minimum-zone sphere: half-way between the two concentric spheres that hold all points between them at the least
+  // distance, `zone`; the shell next to the least-squares sphere, and never thicker than the one about its centre. A
+  // least-squares sphere with a form below `tol` is the result, with `zone` 0. Points in one plane within `tol` get the
+  // radius and centre of their minimum-zone circle. `inner` and `outer` receive the two spheres, or both the result
+  // where `zone` is below NuGetTol(). CNuBestfitException, for which the sphere and the outputs stay as they were:
+  // cause 13 (size 0) for a limit below 1, before all else; cause 1 (size 1) without a point; the causes of Fit, which
+  // has the same limit, and for points in one plane those of CNuCircle::FitMinZone, named as there; cause 12 (size 0)
+  // when the search uses up its limit, even by the step that ends it; cause 11 (size 0) for coordinates that are not
+  // finite and points that no shell is next to. FitMinZoneEx throws cause 13 only: NuFitNoConvergence stands for cause
+  // 12, NuFitFailure for every other failure. It makes `tol` the thread's NuGetLengthTol() for as long as it runs.
+  void FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter);
+  void FitMinZone(const CNuPointArray& points, double* zone, CNuSphSurf* inner, CNuSphSurf* outer, double tol,
+                  long maxIter);
+  ENuFitResult FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter);
+  ENuFitResult FitMinZoneEx(const CNuPointArray& points, double* zone, CNuSphSurf* inner, CNuSphSurf* outer, double tol,
+                            long maxIter);
+
  private:
+  void Place(double radius, const CNuPoint& centre);
+
   double m_radius;
 };
 

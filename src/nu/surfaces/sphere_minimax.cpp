@@ -1,0 +1,180 @@
+#include <cmath>
+
+#include "nu/curves/circle.h"
+#include "nu/geometry/internal/empty_ball.h"
+#include "nu/geometry/internal/enclosing_ball.h"
+#include "nu/geometry/internal/fit_guards.h"
+#include "nu/geometry/internal/mean.h"
+#include "nu/geometry/internal/spherical_shell.h"
+#include "nu/geometry/line.h"
+#include "nu/surfaces/sphere.h"
+
+// Minimax spheres; the problems behind them are those of nu/geometry/internal.
+
+using nu::internal::Components;
+using nu::internal::EmptyBall;
+using nu::internal::EnclosingBall;
+using nu::internal::FailFit;
+using nu::internal::LengthToleranceScope;
+using nu::internal::MiddleOf;
+using nu::internal::MinimaxEnd;
+using nu::internal::PointBlocks;
+using nu::internal::RequireCount;
+using nu::internal::RequireIterations;
+using nu::internal::SphericalShell;
+using nu::internal::Vec3;
+using nu::internal::ViewOf;
+
+namespace {
+
+constexpr const char* kName = "CNuSphSurf";
+constexpr int kLeastPoints = 4;
+
+struct Ball {
+  Vec3 centre;
+  double radius = 0.0;
+};
+
+bool IsCollinear(const CNuPointArray& points, double tol) {
+  CNuVector normal;
+  return CNuGeometry::AreCollinear(points, &normal, tol) == 1;
+}
+
+void RequireFinite(const CNuPointArray& points) {
+  if (!PointBlocks(ViewOf(points), Vec3{}).AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
+}
+
+// Coordinates that are not finite fail first: they pass for points on one line or in one plane.
+Ball BallOnLine(const CNuPointArray& points, double tol) {
+  RequireFinite(points);
+  if (CNuGeometry::NumberDistinctPoints(points, 2, tol) == 0) return {Components(points[0]), 0.0};
+  CNuLine line;
+  line.Fit(points);
+  const Vec3 origin = Components(line.GetPoint());
+  const Vec3 direction = Components(line.GetDirection());
+  int first = 0;
+  int last = 0;
+  double low = 0.0;
+  double high = 0.0;
+  for (int i = 0; i < points.GetSize(); ++i) {
+    const double along = Dot(Components(points[i]) - origin, direction);
+    if (i == 0 || along < low) low = along, first = i;
+    if (i == 0 || along > high) high = along, last = i;
+  }
+  const Vec3 p = Components(points[first]);
+  const Vec3 half = 0.5 * Components(points[last]) - 0.5 * p;
+  return {p + half, std::hypot(half.x, half.y, half.z)};
+}
+
+// Four points or more that are not in one plane: fewer count as coplanar.
+Ball LeastSquaresBall(const CNuPointArray& points, double* form, long maxIter) {
+  CNuSphSurf sphere(1.0);
+  double sumSquares;
+  sphere.Fit(points, form, &sumSquares, maxIter);
+  return {Components(sphere.GetCentre()), sphere.GetRadius()};
+}
+
+Ball MinimumZoneCircle(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+  RequireFinite(points);
+  CNuCircle circle(1.0);
+  circle.FitMinZone(points, zone, tol, maxIter);
+  return {Components(circle.GetCentre()), circle.GetRadius()};
+}
+
+Ball FindMinimalSphericalShell(const CNuPointArray& points, const Ball& start, double* zone, long maxIter) {
+  RequireIterations(maxIter, "FindMinimalSphericalShell");
+  const Vec3 origin = MiddleOf(points);
+  PointBlocks blocks(ViewOf(points), origin);
+  const Vec3 mean = nu::internal::MeanOf(ViewOf(points)) - origin;
+  const SphericalShell shell = ThinnestShell(blocks, mean, start.centre - origin, start.radius, maxIter);
+  // Required: the limit is reached by the step that ends the search, too; hosts count on a limit that is never used up.
+  if (shell.end == MinimaxEnd::limitReached || shell.steps >= maxIter) FailFit(nu::internal::kIterationLimit, kName);
+  if (shell.end != MinimaxEnd::converged) FailFit(nu::internal::kNumericalFailure, kName);
+  *zone = shell.outer - shell.inner;
+  return {origin + shell.centre, 0.5 * shell.inner + 0.5 * shell.outer};
+}
+
+Ball MinimumZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+  if (CNuGeometry::AreCoplanar(points, tol) == 1) return MinimumZoneCircle(points, zone, tol, maxIter);
+  double form;
+  const Ball ball = LeastSquaresBall(points, &form, maxIter);
+  *zone = 0.0;
+  if (form < tol) return ball;
+  return FindMinimalSphericalShell(points, ball, zone, maxIter);
+}
+
+}  // namespace
+
+void CNuSphSurf::Place(double radius, const CNuPoint& centre) {
+  if (!IsFinite(Components(centre)) || !std::isfinite(radius)) FailFit(nu::internal::kNumericalFailure, kName);
+  SetPosition(centre, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+  m_radius = radius;
+}
+
+void CNuSphSurf::FitMin(const CNuPointArray& points, double tol) {
+  RequireCount(points, 1, kName);
+  if (IsCollinear(points, tol)) {
+    const Ball ball = BallOnLine(points, tol);
+    return Place(ball.radius, ToPoint(ball.centre));
+  }
+  const Vec3 origin = MiddleOf(points);
+  PointBlocks blocks(ViewOf(points), origin);
+  const EnclosingBall found =
+      nu::internal::SmallestEnclosingBall<3>(blocks, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}});
+  if (!found.found) FailFit(nu::internal::kNumericalFailure, kName);
+  Place(found.radius, ToPoint(origin + found.centre));
+}
+
+// Required: this runs FitMax and not FitMin. Hosts written for it expect the inscribed sphere, and a failure where
+// FitMax has none.
+ENuFitResult CNuSphSurf::FitMinEx(const CNuPointArray& points, double tol) {
+  return FitMaxEx(points, tol);
+}
+
+void CNuSphSurf::FitMax(const CNuPointArray& points, double tol) {
+  RequireCount(points, kLeastPoints, kName);
+  if (IsCollinear(points, tol)) {
+    RequireFinite(points);
+    FailFit(nu::internal::kCollinearPoints, kName, 3);
+  }
+  constexpr long passesPerPoint = 10;
+  const Vec3 origin = MiddleOf(points);
+  PointBlocks blocks(ViewOf(points), origin);
+  const Vec3 mean = nu::internal::MeanOf(ViewOf(points)) - origin;
+  const EmptyBall found = GrowEmptyBall(blocks, mean, passesPerPoint * points.GetSize());
+  if (!found.found) FailFit(nu::internal::kNumericalFailure, kName);
+  Place(found.radius, ToPoint(origin + found.centre));
+}
+
+ENuFitResult CNuSphSurf::FitMaxEx(const CNuPointArray& points, double tol) {
+  const LengthToleranceScope scope(tol);
+  return nu::internal::ResultOf([&] { FitMax(points, tol); }) == NuFitSuccess ? NuFitSuccess : NuFitFailure;
+}
+
+void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+  RequireIterations(maxIter, kName);
+  RequireCount(points, 1, kName);
+  double width;
+  const Ball ball = MinimumZone(points, &width, tol, maxIter);
+  Place(ball.radius, ToPoint(ball.centre));
+  *zone = width;
+}
+
+void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuSphSurf* inner, CNuSphSurf* outer, double tol,
+                            long maxIter) {
+  FitMinZone(points, zone, tol, maxIter);
+  *inner = *this;
+  *outer = *this;
+  if (!(std::fabs(*zone) >= NuGetTol())) return;
+  inner->m_radius = m_radius - 0.5 * *zone;
+  outer->m_radius = m_radius + 0.5 * *zone;
+}
+
+ENuFitResult CNuSphSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, tol, maxIter); });
+}
+
+ENuFitResult CNuSphSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, CNuSphSurf* inner, CNuSphSurf* outer,
+                                      double tol, long maxIter) {
+  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, inner, outer, tol, maxIter); });
+}
