@@ -21,6 +21,11 @@ CNuPoint RandomPoint(Random& random, double reach) {
   return {x, y, random.Uniform(-reach, reach)};
 }
 
+CNuSphSurf RandomSphere(Random& random, double size) {
+  const double radius = size * random.Uniform(0.01, 2.0);
+  return {radius, RandomPoint(random, size)};
+}
+
 double Off(const CNuPoint& p, const CNuSphSurf& sphere) {
   return std::fabs(p.DistanceTo(sphere.GetCentre()) - sphere.GetRadius());
 }
@@ -41,8 +46,8 @@ TEST(SphereIntersections, WithSpheresAreOnBothAndNoneIsMissed) {
   int circles = 0;
   for (int run = 0; run < 10000; ++run) {
     const double size = std::pow(10.0, random.Below(9) - 3);
-    const CNuSphSurf a(size * random.Uniform(0.01, 2.0), RandomPoint(random, size));
-    const CNuSphSurf b(size * random.Uniform(0.01, 2.0), RandomPoint(random, size));
+    const CNuSphSurf a = RandomSphere(random, size);
+    const CNuSphSurf b = RandomSphere(random, size);
     const double d = a.GetCentre().DistanceTo(b.GetCentre());
     const bool crosses = d < a.GetRadius() + b.GetRadius() && d > std::fabs(a.GetRadius() - b.GetRadius());
     const auto found = Common(a, b);
@@ -110,7 +115,7 @@ TEST(SphereIntersections, WithLinesAndPlanesAreOnBoth) {
   int points = 0;
   for (int run = 0; run < 10000; ++run) {
     const double size = std::pow(10.0, random.Below(9) - 3);
-    const CNuSphSurf sphere(size * random.Uniform(0.01, 2.0), RandomPoint(random, size));
+    const CNuSphSurf sphere = RandomSphere(random, size);
     const CNuPoint direction = nu::test::RandomMotion(random, 0.0).Direction({1, 0, 0});
     const CNuLine line(RandomPoint(random, size), direction.To3DVector());
     CNuPoint p[2];
@@ -145,11 +150,12 @@ double Value(const CNuMatrix& q, const CNuPoint& p) {
 TEST(SphereQuadric, ValuesOfTheAlgebraicForm) {
   Random random(604);
   for (int run = 0; run < 200; ++run) {
-    const CNuPoint centre = RandomPoint(random, 10.0);
-    CNuSphSurf sphere(random.Uniform(0.1, 5.0), centre);
+    CNuSphSurf sphere = RandomSphere(random, 10.0);
+    const CNuPoint centre = sphere.GetCentre();
     sphere.Rotate(random.Uniform(0.0, 360.0), CNuVector(1, 2, 3), centre);
     CNuSphSurf frame(1.0);
-    frame.Rotate(random.Uniform(0.0, 360.0), RandomPoint(random, 1.0).To3DVector());
+    const CNuVector axis = RandomPoint(random, 1.0).To3DVector();
+    frame.Rotate(random.Uniform(0.0, 360.0), axis);
     frame.Translate(RandomPoint(random, 5.0));
     const CNuMatrix world = sphere.ToAlgebraicForm();
     const CNuMatrix local = sphere.ToAlgebraicForm(frame);
@@ -157,9 +163,11 @@ TEST(SphereQuadric, ValuesOfTheAlgebraicForm) {
       CNuPoint p = RandomPoint(random, 10.0);
       const double d = p.DistanceTo(centre);
       const double expected = (d - sphere.GetRadius()) * (d + sphere.GetRadius());
-      ASSERT_NEAR(Value(world, p), expected, 1e-12);
+      // Sums of products of up to 900, in 16 terms.
+      const double rounding = 16.0 * 900.0 * std::numeric_limits<double>::epsilon();
+      ASSERT_NEAR(Value(world, p), expected, rounding);
       p.MoveTo(frame);
-      ASSERT_NEAR(Value(local, p), expected, 1e-12);
+      ASSERT_NEAR(Value(local, p), expected, rounding);
     }
     for (int i = 0; i < 4; ++i)
       for (int j = 0; j < i; ++j) ASSERT_NEAR(world.Element(i, j), world.Element(j, i), 1e-14);
