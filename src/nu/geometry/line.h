@@ -115,8 +115,7 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   // The same without throwing but for cause 13, and with `tol` as the length tolerance of the calling thread while the
   // fit runs: NuFitNoConvergence for cause 12, NuFitFailure for any other failure.
   ENuFitResult FitMinZoneEx(const CNuPointArray& pts, double* form, double tol, long maxiter);
-  ENuFitResult FitMinZoneEx(const CNuPointArray& pts, double* form, CNuLine* l1, CNuLine* l2, double tol,
-                            long maxiter);
+  ENuFitResult FitMinZoneEx(const CNuPointArray& pts, double* form, CNuLine* l1, CNuLine* l2, double tol, long maxiter);
 
  private:
   CNuPoint m_point;
