@@ -194,7 +194,7 @@ class Ascent {
       m_ball = SmallestBallAround();
       if (!m_ball.found) return End::none;
       if (m_ball.contacts == EnclosingBall::kMostContacts) {
-        if (IsEmpty()) return End::optimum;
+        if (Settle()) return End::optimum;
         continue;
       }
       Vec3 step = m_centre - m_ball.centre;
@@ -233,8 +233,8 @@ class Ascent {
     return ball;
   }
 
-  // Goes to the centre of the ball; a point inside, which rounding has hidden so far, makes a new beginning.
-  bool IsEmpty() {
+  // Goes to the centre of the ball. False when a point is inside, which rounding has hidden so far: a new beginning.
+  bool Settle() {
     m_centre = m_ball.centre;
     const NearAndFar seen = NearAndFarFrom(m_points, m_centre);
     if (seen.least >= m_ball.radius - kBallRoundings * m_rounding) return true;
