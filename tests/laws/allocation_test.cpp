@@ -268,6 +268,7 @@ TEST(FailingAllocations, Fits) {
     CNuPlane plane, flatness;
     CNuCircle circle(1.5);
     CNuSphSurf sphere(1.5);
+    CNuCylSurf cylinder(1.5);
     FailEveryAllocation(
         "line", [&] { line.Fit(space, &form, &sumsq); }, [&] { return line.GetPoint().IsZero(1e-300) != NuFalse; });
     for (const CNuPointArray& points : {space, flat, Tilted(flat)}) {
@@ -319,6 +320,11 @@ TEST(FailingAllocations, Fits) {
       delete found[0];
     };
     FailEveryAllocation("section of spheres", section, [&] { return found[0] == &sphere; });
+    const auto fitCylinder = [&] {
+      cylinder = CNuCylSurf(1.5);  // where blocks cannot be kept, the fit goes on without them and changes it
+      cylinder.Fit(space, &form, &sumsq, 100);
+    };
+    FailEveryAllocation("cylinder", fitCylinder, [&] { return cylinder.GetRadius() == 1.5; });
   }
 }
 

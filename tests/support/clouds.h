@@ -117,6 +117,17 @@ inline CNuPointArray SphereCloud(Random& random, int n, double radius, double ca
   return points;
 }
 
+// A strip from 0 to `sweep` degrees about the z axis, centred along it, with radial noise.
+inline CNuPointArray CylinderCloud(Random& random, int n, double radius, double length, double sweep, double noise) {
+  CNuPointArray points(n);
+  for (int i = 0; i < n; ++i) {
+    const double angle = random.Uniform(0.0, sweep) * kDegree;
+    const double r = radius + noise * random.Bell();
+    points.Add({r * std::cos(angle), r * std::sin(angle), random.Uniform(-0.5, 0.5) * length});
+  }
+  return points;
+}
+
 // Evenly in a box about the origin.
 inline CNuPointArray BoxCloud(Random& random, int n, double dx, double dy, double dz) {
   CNuPointArray points(n);

@@ -6,11 +6,11 @@
 // The least-squares fits of all features behind one call.
 namespace nu::test {
 
-enum Feature { kLine, kPlane, kCircle, kSphere };
-inline constexpr const char* kClassNames[] = {"CNuLine", "CNuPlane", "CNuCircle", "CNuSphSurf"};
+enum Feature { kLine, kPlane, kCircle, kSphere, kCylinder };
+inline constexpr const char* kClassNames[] = {"CNuLine", "CNuPlane", "CNuCircle", "CNuSphSurf", "CNuCylSurf"};
 
 struct Fitted {
-  CNuPoint place;  // point or centre
+  CNuPoint place;  // point, centre or axis point
   CNuVector axis;  // direction or normal; of a sphere (0, 0, 0)
   double radius = 0.0;
   double form = -1.0;
@@ -23,6 +23,7 @@ inline Fitted FitOf(Feature feature, const CNuPointArray& points, long limit = 1
   CNuPlane plane;
   CNuCircle circle(1.0);
   CNuSphSurf sphere(1.0);
+  CNuCylSurf cylinder(1.0);
   switch (feature) {
     case kLine:
       line.Fit(points, &f.form, &f.sumsq), line.GetData(&f.place, &f.axis);
@@ -35,6 +36,9 @@ inline Fitted FitOf(Feature feature, const CNuPointArray& points, long limit = 1
       break;
     case kSphere:
       sphere.Fit(points, &f.form, &f.sumsq, limit), sphere.GetData(&f.radius, &f.place);
+      break;
+    case kCylinder:
+      cylinder.Fit(points, &f.form, &f.sumsq, limit), cylinder.GetData(&f.radius, &f.place, &f.axis);
       break;
   }
   return f;

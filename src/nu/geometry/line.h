@@ -66,22 +66,27 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   double DistanceTo(const CNuCircle& circle) const;
   double DistanceTo(const CNuPlane& pl) const;
   double DistanceTo(const CNuSphSurf& sphere) const;
+  // Of a line that is parallel to the axis, from inside too.
+  double DistanceTo(const CNuCylSurf& cylinder) const;
 
   // The points of this line that are closest to the other feature, in the order of the line; returns how many there
   // are: for a line one, or none when they are parallel within NuGetRadianTol(); for a circle two when both are equally
-  // close within NuGetLengthTol(), else one; for a sphere the points in which the line meets it, or else one.
+  // close within NuGetLengthTol(), else one; for a sphere or a cylinder the points in which the line meets it, or else
+  // one, but none for a line that is parallel to the axis.
   int ClosestPointsTo(const CNuLine& l, CNuPoint* p) const;
   int ClosestPointsTo(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const;
   int ClosestPointsTo(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2) const;
+  int ClosestPointsTo(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p2) const;
 
   // The points common to both, in the order of this line; returns how many there are. What comes as close as
-  // NuGetLengthTol(), or as the rounding of the coordinates, touches. None for parallel lines and planes, within
-  // NuGetRadianTol(), also when one lies in the other. A line counts as one of a circle's plane when no point of it
+  // NuGetLengthTol(), or as the rounding of the coordinates, touches. None for parallel lines, planes and
+  // cylinders, within NuGetRadianTol(), also when one lies in the other. A line counts as one of a circle's plane when no point of it
   // within the circle is farther from that plane than this.
   int IntersectWith(const CNuLine& l, CNuPoint* p) const;
   int IntersectWith(const CNuPlane& pl, CNuPoint* p) const;
   int IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const;
   int IntersectWith(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2) const;
+  int IntersectWith(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p2) const;
 
   // Least-squares line (Pearson, 1901): the point is the mean point, the direction the one of largest extent, in the
   // canonical sign of CNuVector::SymmetricAxis with NuGetTol(). `sumsq` receives the sum of the squared distances;

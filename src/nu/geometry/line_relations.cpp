@@ -1,4 +1,4 @@
-// Lines against points, lines, planes, circles and spheres.
+// Lines against points, lines, planes, circles, spheres and cylinders.
 //
 // With unit directions d1, d2 turned to make no obtuse angle, the two lines' bisector has the direction d1 + d2. The
 // point P1 and the point Q = P2 + s d2 as far from the crossing as P1 make an isosceles triangle, (Q - P1).(d1 + d2) =
@@ -11,6 +11,7 @@
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/internal/line_circle.h"
+#include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/sphere.h"
 
 using nu::internal::Approach;
@@ -120,6 +121,12 @@ double CNuLine::DistanceTo(const CNuSphSurf& sphere) const {
   return std::fmax(sphere.GetCentre().DistanceTo(*this) - sphere.GetRadius(), 0.0);
 }
 
+double CNuLine::DistanceTo(const CNuCylSurf& cylinder) const {
+  const Approach approach = Approaching(*this, cylinder.GetAxis());
+  if (approach.parallel) return std::fabs(approach.distance - cylinder.GetRadius());
+  return std::fmax(approach.distance - cylinder.GetRadius(), 0.0);
+}
+
 int CNuLine::ClosestPointsTo(const CNuLine& l, CNuPoint* p) const {
   const Approach approach = Approaching(*this, l);
   if (approach.parallel) return 0;
@@ -135,6 +142,15 @@ int CNuLine::ClosestPointsTo(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p
   const int common = IntersectWith(sphere, p1, p2);
   if (common > 0) return common;
   *p1 = sphere.GetCentre().ProjectionOn(*this);
+  return 1;
+}
+
+int CNuLine::ClosestPointsTo(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p2) const {
+  const Approach approach = Approaching(*this, cylinder.GetAxis());
+  if (approach.parallel) return 0;
+  const int common = IntersectWith(cylinder, p1, p2);
+  if (common > 0) return common;
+  *p1 = ToPoint(DataOf(*this).At(approach.alongFirst));
   return 1;
 }
 
@@ -168,4 +184,12 @@ int CNuLine::IntersectWith(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2)
   const Vec3 centre = Components(sphere.GetCentre());
   const double tol = TouchTol(sphere.GetRadius(), line.point, centre);
   return Store(MeetSphere(line, centre, sphere.GetRadius(), tol), p1, p2);
+}
+
+int CNuLine::IntersectWith(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p2) const {
+  const Line3 line = DataOf(*this);
+  const Line3 axis = DataOf(cylinder.GetAxis());
+  const Approach approach = ClosestApproach(line, axis, NuGetRadianTol());
+  const double tol = TouchTol(cylinder.GetRadius(), line.point, axis.point, line.At(approach.alongFirst));
+  return Store(MeetCylinder(line, axis, approach, cylinder.GetRadius(), tol), p1, p2);
 }

@@ -79,10 +79,11 @@ class NU_EXPORT CNuPoint : public CNuObject {
   // To a circle, as a curve (a point within NuGetLengthTol() of its plane counts as lying in it), and to the bounded
   // curves by their own operation. Other curves: cause 45.
   double DistanceTo(const CNuCurve& c) const;
-  // To a sphere. Other surfaces: cause 45.
+  // To a sphere or a cylinder. Other surfaces: cause 45.
   double DistanceTo(const CNuSurface& s) const;
 
-  // The closest point. On a sphere from its centre, where all are equally close: cause 9; on other surfaces: cause 45.
+  // The closest point. On a sphere from its centre and on a cylinder from its axis, where many are equally close: cause
+  // 9; on other surfaces: cause 45.
   CNuPoint ProjectionOn(const CNuLine& l) const;
   CNuPoint ProjectionOn(const CNuPlane& pl) const;
   CNuPoint ProjectionOn(const CNuSurface& s) const;
@@ -104,7 +105,7 @@ class NU_EXPORT CNuPoint : public CNuObject {
   CNuGeometry::ELineSideType LineSide(const CNuLine& l, const CNuVector& ref, double tol) const;
   // Inside or outside a circle; away from its plane that is decided by the projection on it. Other geometry: cause 45.
   CNuGeometry::ECurveSideType CurveSide(const CNuGeometry& curve, double tol) const;
-  // Inside or outside a sphere; of a plane, outside is where the normal points to. Other geometry: cause 45.
+  // Inside or outside a sphere or a cylinder; of a plane, outside is where the normal points to. Other geometry: cause 45.
   CNuGeometry::ESurfaceSideType SurfaceSide(const CNuGeometry& surface, double tol) const;
 
   void Translate(double dx, double dy, double dz) {

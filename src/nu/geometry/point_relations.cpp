@@ -5,10 +5,12 @@
 //   plane   s = w.n             distance |s|         foot p - s n
 //   circle  h = w.n, rho = |w - h n|, distance |(h, rho - R)|
 //   sphere  rho = |w|           distance |rho - R|   foot P0 + (R / rho) w
+//   cylinder    rho = |r|       distance |rho - R|   foot p + (R / rho - 1) r
 // w is formed before anything else: a common offset of point and feature cancels there, and no result inherits its
 // size.
 
 #include <cmath>
+#include <optional>
 
 #include "nu/curves/bounded_curve.h"
 #include "nu/curves/circle.h"
@@ -18,6 +20,7 @@
 #include "nu/geometry/line.h"
 #include "nu/geometry/plane.h"
 #include "nu/geometry/point.h"
+#include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/sphere.h"
 
 using nu::internal::Components;
@@ -45,8 +48,24 @@ double SignedDistance(const CNuPoint& p, const CNuPlane& pl) {
   return Dot(Components(p - pl.GetPoint()), Components(pl.GetNormal()));
 }
 
-double DistanceFromCentre(const CNuPoint& p, const CNuSphSurf& sphere) {
-  return p.DistanceTo(sphere.GetCentre());
+// The way that counts for a round surface, from its centre or axis to the point, and the radius.
+struct RadialCoordinates {
+  double SignedDistance() const { return Norm(way) - radius; }
+
+  Vec3 way;
+  double radius;
+};
+
+std::optional<RadialCoordinates> AcrossSurface(const CNuPoint& p, const CNuGeometry& surface) {
+  if (surface.GetType() == CNuObject::NuTypeSphSurf) {
+    const CNuSphSurf& sphere = static_cast<const CNuSphSurf&>(surface);
+    return RadialCoordinates{Components(p - sphere.GetCentre()), sphere.GetRadius()};
+  }
+  if (surface.GetType() == CNuObject::NuTypeCylSurf) {
+    const CNuCylSurf& cylinder = static_cast<const CNuCylSurf&>(surface);
+    return RadialCoordinates{FromLine(p, cylinder.GetAxis()), cylinder.GetRadius()};
+  }
+  return std::nullopt;
 }
 
 // How far a point lies from the axis of a circle, and how high above its plane.
@@ -70,13 +89,6 @@ CircleCoordinates InCircleFrame(const CNuPoint& p, const CNuCircle& circle) {
 
 double DistanceToCircle(const CircleCoordinates& at) {
   return NuPythag(at.height, at.radial - at.radius);
-}
-
-CNuPoint ProjectionOnSphere(const CNuPoint& p, const CNuSphSurf& sphere) {
-  const CNuPoint centre = sphere.GetCentre();
-  const Vec3 w = Components(p - centre);
-  if (IsNull(w, NuGetZero())) FailOperation(9, "calculation", "CNuPoint::ProjectionOn()");
-  return centre + ToPoint(sphere.GetRadius() * Unit(w));
 }
 
 CNuGeometry::ESideType Side(bool on, bool outside) {
@@ -113,9 +125,9 @@ double CNuPoint::DistanceTo(const CNuCurve& c) const {
 }
 
 double CNuPoint::DistanceTo(const CNuSurface& s) const {
-  if (s.GetType() != NuTypeSphSurf) FailUnsupported("CNuPoint::DistanceTo()");
-  const CNuSphSurf& sphere = static_cast<const CNuSphSurf&>(s);
-  return std::fabs(DistanceFromCentre(*this, sphere) - sphere.GetRadius());
+  const auto at = AcrossSurface(*this, s);
+  if (!at) FailUnsupported("CNuPoint::DistanceTo()");
+  return std::fabs(at->SignedDistance());
 }
 
 CNuPoint CNuPoint::ProjectionOn(const CNuLine& l) const {
@@ -129,8 +141,10 @@ CNuPoint CNuPoint::ProjectionOn(const CNuPlane& pl) const {
 }
 
 CNuPoint CNuPoint::ProjectionOn(const CNuSurface& s) const {
-  if (s.GetType() != NuTypeSphSurf) FailUnsupported("CNuPoint::ProjectionOn()");
-  return ProjectionOnSphere(*this, static_cast<const CNuSphSurf&>(s));
+  const auto at = AcrossSurface(*this, s);
+  if (!at) FailUnsupported("CNuPoint::ProjectionOn()");
+  if (IsNull(at->way, NuGetZero())) FailOperation(9, "calculation", "CNuPoint::ProjectionOn()");
+  return *this - ToPoint(at->way) + ToPoint(at->radius * Unit(at->way));
 }
 
 CNuPoint CNuPoint::MidPoint(const CNuPoint& p) const {
@@ -182,8 +196,8 @@ CNuGeometry::ESurfaceSideType CNuPoint::SurfaceSide(const CNuGeometry& surface, 
     const double s = SignedDistance(*this, static_cast<const CNuPlane&>(surface));
     return Side(std::fabs(s) < tol, s > 0.0);
   }
-  if (surface.GetType() != NuTypeSphSurf) FailUnsupported("CNuPoint::SurfaceSide()");
-  const CNuSphSurf& sphere = static_cast<const CNuSphSurf&>(surface);
-  const double fromCentre = DistanceFromCentre(*this, sphere);
-  return Side(std::fabs(fromCentre - sphere.GetRadius()) < tol, fromCentre > sphere.GetRadius());
+  const auto at = AcrossSurface(*this, surface);
+  if (!at) FailUnsupported("CNuPoint::SurfaceSide()");
+  const double signedDistance = at->SignedDistance();
+  return Side(std::fabs(signedDistance) < tol, signedDistance > 0.0);
 }

@@ -108,6 +108,15 @@ Points2 MeetSphere(const Line3& line, Vec3 centre, double radius, double tol) {
   return OnLine(line, Dot(w, line.direction), ChordAt(Norm(Rejection(w, line.direction)), radius, tol));
 }
 
+// Seen along the axis, the line passes the circle's centre at its distance from the axis; its way appears shortened by
+// the sine between them.
+Points2 MeetCylinder(const Line3& line, const Line3& axis, const Approach& approach, double radius, double tol) {
+  if (approach.parallel) return {};
+  Chord chord = ChordAt(approach.distance, radius, tol);
+  chord.half /= Sine(line.direction, axis.direction);
+  return OnLine(line, approach.alongFirst, chord);
+}
+
 // The trace of the plane in the plane of the circle runs along n x m; its distance from the centre is the height of the
 // centre over the plane divided by the sine between the normals.
 Points2 Meet(const Circle3& circle, const Plane3& plane, double tol) {

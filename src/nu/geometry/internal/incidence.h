@@ -77,6 +77,8 @@ struct Points2 {
 // In the order of the line.
 Points2 Meet(const Line3& line, const Circle3& circle, double tol);
 Points2 MeetSphere(const Line3& line, Vec3 centre, double radius, double tol);
+// None for lines that are parallel. `approach` is that of the line to the axis.
+Points2 MeetCylinder(const Line3& line, const Line3& axis, const Approach& approach, double radius, double tol);
 // In the order of circle normal x plane normal. None for a circle in the plane.
 Points2 Meet(const Circle3& circle, const Plane3& plane, double tol);
 // None for circles that share more than two points. Circles in one plane: first the point to the left of the way from

@@ -1,0 +1,50 @@
+#include "nu/surfaces/cylinder.h"
+
+#include "nu/foundation/exceptions.h"
+#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/line.h"
+
+using nu::internal::RequireDirection;
+
+namespace {
+
+constexpr const char* kName = "CNuCylSurf";
+
+// A NaN is no radius either.
+double RequireRadius(double radius) {
+  if (!(radius > 0.0)) throw CNuConstructionException(5, kName, "radius", 0, 0);
+  return radius;
+}
+
+}  // namespace
+
+CNuCylSurf::CNuCylSurf(double radius) : CNuSurface(NuTypeCylSurf), m_radius(RequireRadius(radius)) {}
+
+CNuCylSurf::CNuCylSurf(double radius, const CNuPoint& axisPoint, const CNuVector& axisDirection) : CNuCylSurf(radius) {
+  if (axisDirection.GetSize() != 3) throw CNuConstructionException(4, kName, nullptr, 0, 0);
+  Place(radius, axisPoint, RequireDirection(axisDirection, 3, kName));
+}
+
+void CNuCylSurf::Place(double radius, const CNuPoint& axisPoint, const CNuVector& axisDirection) {
+  CNuVector zaxis = axisDirection;
+  CNuVector xaxis;
+  zaxis.OrthonormalX(&xaxis);
+  SetPosition(axisPoint, xaxis, zaxis);
+  m_radius = radius;
+}
+
+CNuVector CNuCylSurf::GetAxisDirection() const {
+  return GetFrame().zaxis;
+}
+
+CNuLine CNuCylSurf::GetAxis() const {
+  const Frame frame = GetFrame();
+  return CNuLine(frame.origin, frame.zaxis);
+}
+
+void CNuCylSurf::GetData(double* radius, CNuPoint* axisPoint, CNuVector* axisDirection) const {
+  const Frame frame = GetFrame();
+  *radius = m_radius;
+  *axisPoint = frame.origin;
+  *axisDirection = frame.zaxis;
+}

@@ -1,0 +1,58 @@
+#ifndef NU_SURFACES_CYLINDER_H
+#define NU_SURFACES_CYLINDER_H
+
+#include "nu/export.h"
+#include "nu/geometry/fit_result.h"
+#include "nu/surfaces/surface.h"
+
+// The infinite circular cylinder: the points at the distance `radius` from an axis, which is the z axis of its
+// position. The x axis of the position is any direction across, and the origin any point of the axis.
+class NU_EXPORT CNuCylSurf : public CNuSurface {
+ public:
+  // CNuConstructionException, checked in this order: cause 5, "radius", for a radius that is not above 0, or NaN; cause
+  // 4 for a direction that has not three components; cause 3 for one that is zero within NuGetZero() or not finite. The
+  // direction is normalised. A radius alone leaves the cylinder without a position, around the z axis.
+  explicit CNuCylSurf(double radius);
+  CNuCylSurf(double radius, const CNuPoint& axisPoint, const CNuVector& axisDirection);
+
+  double GetRadius() const { return m_radius; }
+  CNuVector GetAxisDirection() const;
+  CNuLine GetAxis() const;
+  void GetData(double* radius, CNuPoint* axisPoint, CNuVector* axisDirection) const;
+
+  // The points common to the line and the cylinder, in the order of the line; returns how many there are, 0 to 2. What
+  // comes as close as NuGetLengthTol(), or as the rounding of the coordinates, touches. None for a line that is
+  // parallel to the axis within NuGetRadianTol(), also when it lies on the cylinder.
+  int IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const;
+
+  // The symmetric 4 x 4 matrix Q for which p Q p^T = 0 if and only if p = (x, y, z, 1) is on the cylinder, with p in
+  // global coordinates or in those of the position of `frame`.
+  CNuMatrix ToAlgebraicForm() const;
+  CNuMatrix ToAlgebraicForm(const CNuNonLinearGeometry& frame) const;
+
+  // Least-squares cylinder, by Gauss-Newton steps on the distances from its axis, taken from the algebraic quadric or,
+  // where that leaves doubt, from the best of many directions. The axis point is the one nearest to the mean of the
+  // points; the direction has its component of largest magnitude positive. The iteration ends with a step that moves
+  // the axis, where the points are, by a squared length below NuGetTol(), or that is down to rounding; it fails when
+  // `maxIter` steps were used up, even by one that ended it, so a limit of 1 never suffices. `formError` receives the
+  // largest minus the smallest signed distance, `sumSquares` the sum of the squared ones; both are set to 0 once the
+  // limit is found good.
+  // CNuBestfitException, for which the cylinder stays as it was, named "CNuCylSurf" but for cause 12: cause 13 (size 0)
+  // for a limit below 1, before all else; cause 1 (size 5) below five points; cause 4 (size 4) for points in one plane
+  // by CNuGeometry::AreCoplanar and cause 2 (size 5) for fewer than five distinct ones by
+  // CNuGeometry::NumberDistinctPoints, both with NuGetLengthTol(); cause 11 (size 0) for points that do not determine a
+  // cylinder or are not finite; cause 12 (size 0, named "CNuCircle") when the limit, or 100 000 steps, is reached.
+  // The failure of QuadricAxes and lack of memory pass through as they are. FitEx throws cause 13 only:
+  // NuFitNoConvergence stands for cause 12, NuFitFailure for every other failure.
+  void Fit(const CNuPointArray& points, long maxIter);
+  void Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
+  ENuFitResult FitEx(const CNuPointArray& points, long maxIter);
+  ENuFitResult FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
+
+ private:
+  void Place(double radius, const CNuPoint& axisPoint, const CNuVector& axisDirection);
+
+  double m_radius;
+};
+
+#endif

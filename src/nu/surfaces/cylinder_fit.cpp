@@ -1,0 +1,126 @@
+#include <algorithm>
+#include <cmath>
+
+#include "nu/foundation/internal/failures.h"
+#include "nu/geometry/internal/fit_guards.h"
+#include "nu/surfaces/cylinder.h"
+#include "nu/surfaces/internal/axis_direction.h"
+#include "nu/surfaces/internal/cylinder_start.h"
+#include "nu/surfaces/internal/point_sample.h"
+
+// Least-squares cylinder. The axis and the radius r minimise the sum of (distance from the axis - r)^2: a start from a
+// sample of the points, which is refined on that sample first, then Gauss-Newton steps on all points.
+
+using nu::internal::CylinderLeastSquares;
+using nu::internal::CylinderModel;
+using nu::internal::Deviations;
+using nu::internal::FailFit;
+using nu::internal::GaussNewtonEnd;
+using nu::internal::GaussNewtonRule;
+using nu::internal::PointBlocks;
+using nu::internal::PointSample;
+using nu::internal::PointView;
+using nu::internal::StartCylinder;
+using nu::internal::ToPoint;
+using nu::internal::ToVector;
+using nu::internal::Vec3;
+using nu::internal::ViewOf;
+using nu::internal::WithLargestPositive;
+
+namespace {
+
+constexpr const char* kName = "CNuCylSurf";
+constexpr int kLeastPoints = 5;
+constexpr int kSampleSteps = 100;
+
+struct Solution {
+  Vec3 axisPoint;
+  Vec3 axisDirection;
+  double radius = 0.0;
+  Deviations deviations;
+};
+
+CylinderModel Rescaled(CylinderModel model, double factor) {
+  model.pivot = factor * model.pivot;
+  model.height *= factor;
+  model.rise *= factor;
+  return model;
+}
+
+// Starts from a sample of a large set.
+bool StartFromSample(PointView points, PointBlocks& blocks, CylinderLeastSquares& fit) {
+  const PointSample sample(points);
+  PointBlocks sampleBlocks(sample.View(), blocks.Origin());
+  sampleBlocks.Keep();
+  CylinderLeastSquares sampleFit(sampleBlocks);
+  if (!StartCylinder(sampleBlocks, sampleFit)) return false;
+  sampleFit.Descend(kSampleSteps);
+  if (!sampleFit.Determined()) return false;
+  if (sampleBlocks.Scale() != 1.0 && !blocks.FitScale()) return false;
+  fit.Place(Rescaled(sampleFit.Model(), blocks.Scale() / sampleBlocks.Scale()));
+  return true;
+}
+
+void Start(PointView points, PointBlocks& blocks, CylinderLeastSquares& fit) {
+  if (points.Size() > PointSample::kMostPoints && StartFromSample(points, blocks, fit)) return;
+  if (StartCylinder(blocks, fit)) return;
+  if (!blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
+  // Required: this failure is the algebraic fit's own, and hosts catch it as such.
+  nu::internal::FailOperation(46, "calculation", "CNuSurface::QuadricAxes()");
+}
+
+Solution LeastSquaresCylinder(PointView points, PointBlocks& blocks, bool wantsDeviations, long maxIter) {
+  blocks.Keep();
+  CylinderLeastSquares fit(blocks);
+  Start(points, blocks, fit);
+  const GaussNewtonRule rule{.tolerance = NuGetTol(),
+                             .large = NuGetLarge(),
+                             .limit = maxIter,
+                             .takesLastStep = true,
+                             .endsAtGrowth = false,
+                             .endsBeforeLimit = true};
+  const GaussNewtonEnd end = RunGaussNewton(fit, rule);
+  // Required: the limit is reported under the name of the circle, and hosts look for that name.
+  if (end == GaussNewtonEnd::limitReached) FailFit(nu::internal::kIterationLimit, "CNuCircle");
+  if (end == GaussNewtonEnd::unsolvable || !fit.Determined()) FailFit(nu::internal::kNumericalFailure, kName);
+  const CylinderModel& model = fit.Model();
+  const Vec3 onAxis = model.pivot - model.height * model.u + fit.MeanAlong() * model.w;
+  return {blocks.InCallersFrame(onAxis), WithLargestPositive(model.w), (model.height + model.rise) / blocks.Scale(),
+          wantsDeviations ? fit.DeviationsNow() : Deviations{}};
+}
+
+}  // namespace
+
+void CNuCylSurf::Fit(const CNuPointArray& points, long maxIter) {
+  Fit(points, nullptr, nullptr, maxIter);
+}
+
+void CNuCylSurf::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+  nu::internal::RequireIterations(maxIter, kName);
+  if (formError != nullptr) *formError = *sumSquares = 0.0;
+  const bool coplanar = AreCoplanar(points, NuGetLengthTol()) == 1;
+  const bool distinct = NumberDistinctPoints(points, kLeastPoints, NuGetLengthTol()) == 1;
+  nu::internal::RequireCount(points, kLeastPoints, kName);
+  PointBlocks blocks(ViewOf(points), nu::internal::MiddleOf(points));
+  // What is not finite has no distance from a plane or from each other, so it may pass for either.
+  if ((coplanar || !distinct) && !blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
+  if (coplanar) FailFit(nu::internal::kCoplanarPoints, kName, kLeastPoints - 1);
+  if (!distinct) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
+  const Solution found = LeastSquaresCylinder(ViewOf(points), blocks, formError != nullptr, maxIter);
+  if (!IsFinite(found.axisPoint) || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
+  Place(found.radius, ToPoint(found.axisPoint), ToVector(found.axisDirection));
+  if (formError == nullptr) return;
+  // The extremes start at -NuGetLarge() and NuGetLarge(): required, and hosts that narrow the range see it.
+  const double large = NuGetLarge();
+  *formError = std::max(found.deviations.largest, -large) - std::min(found.deviations.smallest, large);
+  *sumSquares = found.deviations.sumSquares;
+}
+
+ENuFitResult CNuCylSurf::FitEx(const CNuPointArray& points, long maxIter) {
+  return FitEx(points, nullptr, nullptr, maxIter);
+}
+
+ENuFitResult CNuCylSurf::FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+  nu::internal::RequireIterations(maxIter, kName);
+  return nu::internal::ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
+}
