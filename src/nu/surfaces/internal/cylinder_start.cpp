@@ -23,8 +23,6 @@
 namespace nu::internal {
 namespace {
 
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-
 // The refined cylinder is clear when its deviations' root mean square is this part of that from the best plane: what
 // makes a wrong direction wrong is of the size of the latter.
 constexpr double kClear = 0.03;
