@@ -317,7 +317,11 @@ TEST(AlgEqu, AnyTolerancesEnd) {
         const Numbers c = RandomPolynomial(4, degree, random);
         const CNuAlgEqu equation = Solved(c);
         EXPECT_LE(equation.GetNumberRealRoots() + equation.GetNumberComplexRoots(), degree);
-        if (which != 2) Check(equation, c);
+        if (which == 0 && value == kInfinity) {
+          EXPECT_EQ(equation.GetNumberRealRoots(), degree);
+        } else if (which != 2) {
+          Check(equation, c);
+        }
       }
       NuSetTol(tol);
       NuSetSqrtTol(sqrtTol);
@@ -326,6 +330,27 @@ TEST(AlgEqu, AnyTolerancesEnd) {
       NuSetLengthTol(lengthTol);
     }
   }
+}
+
+// What a host sets above the default says which imaginary parts are rounding to it.
+TEST(AlgEqu, ImaginaryPartsBelowTheToleranceAreReal) {
+  const double tol = NuGetTol();
+  for (const Numbers& others : {Numbers{}, Numbers{5}, Numbers{-3, 5}, Numbers{-3, 5, 7, 9}}) {
+    const Numbers c = Product(FromRoots(others), Pair(1.0, 1e-4));
+    const int count = static_cast<int>(others.size());
+    for (const double set : {tol, 0.9e-4, 1.1e-4}) {
+      const int real = set > 1e-4 ? count + 2 : count;
+      NuSetTol(set);
+      const CNuAlgEqu equation = Solved(c);
+      EXPECT_EQ(equation.GetNumberRealRoots(), real);
+      EXPECT_EQ(equation.GetNumberComplexRoots(), count + 2 - real);
+      for (const double x : RealRoots(equation)) EXPECT_NEAR(std::fmod(std::fabs(x), 2.0), 1.0, 1e-7);
+      CNuAlgEqu complex;
+      complex.Solve(ArrayOf({-1.0, 1.0}, {-1e-4, 0.0}));
+      EXPECT_EQ(complex.GetNumberRealRoots(), set > 1e-4 ? 1 : 0);
+    }
+  }
+  NuSetTol(tol);
 }
 
 }  // namespace

@@ -127,6 +127,7 @@ TEST(ChebyshevExpression, Failures) {
       {FailureOf([&] { e.FitMinMax(kNan, 1, Cube); }), refused},
       {FailureOf([&] { e.FitMinMax(0, 1, nullptr); }), refused},
       {FailureOf([&] { e.FitMinMax(-HUGE_VAL, 1, Cube); }), refused},
+      {FailureOf([&] { e.FitMinMax(-1e308, 1e308, Cube); }), refused},
       {FailureOf([&] { e.ValueAt(std::nextafter(1.0, 0.0)); }), outside + "ValueAt() [0,0]"},
       {FailureOf([&] { e.DerivativeAt(std::nextafter(2.0, 3.0)); }), outside + "DerivativeAt() [0,0]"},
       {FailureOf([&] { e.ValueAt(1.0), e.ValueAt(2.0), e.DerivativeAt(1.0), e.DerivativeAt(2.0); }), "nothing"},

@@ -10,8 +10,9 @@ struct FoundRoot;
 }
 
 // The roots of a polynomial equation, real ones and complex ones apart, each as often as its multiplicity. Every root x
-// satisfies the equation to rounding: |p(x)| is at most 64 n 2^-52 times the sum of |c_i| |x|^i, n being the degree;
-// far above degree 1000, where the deflation loses too much, single roots may not. Copies are deep. No memory:
+// satisfies the equation to rounding: |p(x)| is at most 64 n 2^-52 times the sum of |c_i| |x|^i, n being the degree.
+// Far above degree 1000, where the deflation loses too much, single roots may not, and where the coefficients that are
+// not 0 span more than 300 decades, roots may be lost in the range of numbers. Copies are deep. No memory:
 // CNuMemoryException, for which the roots stay as they were.
 class NU_EXPORT CNuAlgEqu : public CNuAlgebra {
  public:
@@ -27,8 +28,9 @@ class NU_EXPORT CNuAlgEqu : public CNuAlgebra {
   // count; degree 0 and coefficients that are not finite give no roots; a root beyond the range of numbers is left out.
   // Degrees 2 to 4 in closed form, others by Laguerre's method; then real roots are polished. The complex ones are
   // exact conjugates. A pair whose real part is a root to rounding counts as two real roots: a double root is never
-  // lost. Reads NuGetTol(), NuGetSqrtTol(), NuGetZero(), NuGetLarge() and NuGetLengthTol(), none of which can keep it
-  // from ending. The coefficients count, also where p carries a Chebyshev expression.
+  // lost. So does, where a host sets NuGetTol() above its default, a pair with imaginary parts below it. Reads
+  // NuGetTol(), NuGetSqrtTol(), NuGetZero(), NuGetLarge() and NuGetLengthTol(), none of which can keep it from ending.
+  // The coefficients count, also where p carries a Chebyshev expression.
   void Solve(const CNuPolynomial& p);
   // The same for complex coefficients, of x^i in element i, by Laguerre's method. Hosts rely on an equation of degree
   // 0, or an empty array, leaving the present roots as they are. No polishing.

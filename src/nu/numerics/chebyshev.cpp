@@ -84,7 +84,7 @@ CNuChebyshevPolynomialExpression::CNuChebyshevPolynomialExpression(int n)
 CNuChebyshevPolynomialExpression::~CNuChebyshevPolynomialExpression() = default;
 
 void CNuChebyshevPolynomialExpression::FitMinMax(double a, double b, double (*f)(double)) {
-  const bool sound = f != nullptr && a < b && std::isfinite(a) && std::isfinite(b);
+  const bool sound = f != nullptr && a < b && std::isfinite(b - a);
   if (!sound) FailOperation(41, kDataChecking, kFit);
   if (m_degree > INT_MAX / 2 - kMoreTerms) throw CNuMemoryException(kFit);
   const int count = m_degree + kMoreTerms + 1;

@@ -37,8 +37,8 @@ class NU_EXPORT CNuChebyshevPolynomialExpression : public CNuAlgebra {
   ~CNuChebyshevPolynomialExpression() override;
 
   // Fits f by its values at the n + 11 Chebyshev nodes, each asked once. A value that is not finite spoils the
-  // coefficients. Not a < b, an end that is not finite, or a null f: CNuOperationException cause 41, "data checking";
-  // no memory: CNuMemoryException. These, and what f throws, leave the expression as it was.
+  // coefficients. Not a < b, a width beyond the range of double, or a null f: CNuOperationException cause 41, "data
+  // checking"; no memory: CNuMemoryException. These, and what f throws, leave the expression as it was.
   void FitMinMax(double a, double b, double (*f)(double));
 
   // Value and derivative, both ends of the interval included. x outside [a, b]: cause 40, "data checking", for the

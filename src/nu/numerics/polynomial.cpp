@@ -25,6 +25,7 @@ double CoefficientOrZero(const CNuPolynomial& p, int i) {
 CNuPolynomial::CNuPolynomial(int n, const char* where)
     : CNuAlgebra(NuTypePolynomial), m_degree(n), m_data(m_local), m_local{} {
   if (n < kLocal) return;
+  if (n == INT_MAX) throw CNuMemoryException(where);  // the coefficients cannot be counted
   try {
     m_data = new double[static_cast<std::size_t>(n) + 1]();
   } catch (const std::bad_alloc&) {

@@ -26,7 +26,8 @@ constexpr double kSearchStep = 2e-9;
 constexpr int kModerate = 75;
 
 constexpr int kRegroupings = 4;
-// The defaults of the tolerances that the iteration reads.
+// The defaults of the tolerances that the iteration reads. A host that sets the first one higher says what it takes for
+// rounding of an imaginary part; below, the residual says so.
 constexpr LaguerreRules kOwnRules = {4.45e-16, 1.5e-8};
 
 double SearchStep(int degree) {
@@ -190,6 +191,8 @@ class Finder {
     return true;
   }
 
+  bool IsRealToHost(double im) const { return m_rules.tol > kOwnRules.tol && std::fabs(m_p.Out(im)) < m_rules.tol; }
+
   // A pair whose real part is a root to rounding is a double real root; a real part that is rounding becomes 0.
   void SettleAxis() {
     const double limit = 0.25 * ResidualLimit(m_n);
@@ -197,6 +200,10 @@ class Finder {
     for (int i = 0; i < m_count; ++i) {
       const FoundRoot x = m_roots[i];
       if (!x.pair || x.im == 0.0) continue;
+      if (IsRealToHost(x.im)) {
+        m_roots[i].im = 0.0;
+        continue;
+      }
       if (x.im <= std::max(kNearAxis * std::fabs(x.re), chop) && m_n > 2 && TakeIfRoot(i, {x.re, 0.0, true}, limit)) {
         continue;
       }
@@ -210,6 +217,7 @@ class Finder {
     const double tol = m_p.In(m_rules.tol);
     for (int i = 0; i < m_count; ++i) {
       const FoundRoot x = m_roots[i];
+      if (IsRealToHost(x.im)) m_roots[i].im = 0.0;
       if (std::fabs(x.im) < chop || std::fabs(x.im) < tol) TakeIfRoot(i, {x.re, 0.0, false}, limit);
       if (std::fabs(x.re) < chop) TakeIfRoot(i, {0.0, m_roots[i].im, false}, limit);
     }
