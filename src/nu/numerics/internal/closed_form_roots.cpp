@@ -93,8 +93,41 @@ std::pair<Factor, Factor> FactorsOfDepressed(double p, double q, double r, doubl
   return {{u, v}, {-u, w}};
 }
 
-// Newton's method on the four coefficients of (x^2 + a x + b) (x^2 + c x + d) = x^4 + m_3 x^3 + ... + m_0, while the
-// error gets smaller. The corrections of c and d follow from those of a and b.
+// The coefficients of x^3, x^2, x and 1 that (x^2 + a x + b) (x^2 + c x + d) lacks to x^4 + m_3 x^3 + ... + m_0, and
+// the sum of what they are relative to the terms of each.
+struct Lack {
+  double e3, e2, e1, e0;
+  double relative;
+};
+
+Lack LackOf(const double* m, const Factor& f, const Factor& g) {
+  const double a = f.linear, b = f.constant, c = g.linear, d = g.constant;
+  Lack lack = {m[3] - (a + c), m[2] - (b + d + a * c), m[1] - (a * d + b * c), m[0] - b * d, 0.0};
+  const auto part = [](double e, double size) { return e == 0.0 ? 0.0 : std::fabs(e) / size; };
+  lack.relative = part(lack.e3, std::fabs(a) + std::fabs(c)) +
+                  part(lack.e2, std::fabs(b) + std::fabs(d) + std::fabs(a * c)) +
+                  part(lack.e1, std::fabs(a * d) + std::fabs(b * c)) + part(lack.e0, std::fabs(m[0]));
+  return lack;
+}
+
+// Newton's step; the corrections of c and d follow from those of a and b.
+void StepFactors(const Lack& lack, Factor* f, Factor* g) {
+  const double a = f->linear, b = f->constant, c = g->linear, d = g->constant;
+  const double k2 = lack.e2 - a * lack.e3;
+  const double m11 = d - b + a * (a - c);
+  const double m12 = c - a;
+  const double m21 = b * (a - c);
+  const double m22 = d - b;
+  const double r1 = lack.e1 - a * k2 - b * lack.e3;
+  const double r2 = lack.e0 - b * k2;
+  const double det = m11 * m22 - m12 * m21;
+  const double da = (r1 * m22 - r2 * m12) / det;
+  const double db = (m11 * r2 - m21 * r1) / det;
+  *f = {a + da, b + db};
+  *g = {c + (lack.e3 - da), d + (k2 - db + (a - c) * da)};
+}
+
+// Newton's method on the coefficients of the product, while the error gets smaller.
 void ImproveFactors(const double* m, Factor* first, Factor* second) {
   constexpr int kMaxSteps = 8;
   constexpr double kEnough = 8.0 * kRounding;
@@ -102,37 +135,13 @@ void ImproveFactors(const double* m, Factor* first, Factor* second) {
   Factor f = *first;
   Factor g = *second;
   for (int k = 0; k < kMaxSteps; ++k) {
-    const double a = f.linear;
-    const double b = f.constant;
-    const double c = g.linear;
-    const double d = g.constant;
-    const double e3 = m[3] - (a + c);
-    const double e2 = m[2] - (b + d + a * c);
-    const double e1 = m[1] - (a * d + b * c);
-    const double e0 = m[0] - b * d;
-    const double size1 = std::fabs(a * d) + std::fabs(b * c);
-    const double size2 = std::fabs(b) + std::fabs(d) + std::fabs(a * c);
-    const auto part = [](double e, double size) { return e == 0.0 ? 0.0 : std::fabs(e) / size; };
-    const double error =
-        part(e3, std::fabs(a) + std::fabs(c)) + part(e2, size2) + part(e1, size1) + part(e0, std::fabs(m[0]));
-    if (!(error < bestError)) return;
-    bestError = error;
+    const Lack lack = LackOf(m, f, g);
+    if (!(lack.relative < bestError)) return;
+    bestError = lack.relative;
     *first = f;
     *second = g;
-    if (error <= kEnough) return;
-
-    const double k2 = e2 - a * e3;
-    const double m11 = d - b + a * (a - c);
-    const double m12 = c - a;
-    const double m21 = b * (a - c);
-    const double m22 = d - b;
-    const double r1 = e1 - a * k2 - b * e3;
-    const double r2 = e0 - b * k2;
-    const double det = m11 * m22 - m12 * m21;
-    const double da = (r1 * m22 - r2 * m12) / det;
-    const double db = (m11 * r2 - m21 * r1) / det;
-    f = {a + da, b + db};
-    g = {c + (e3 - da), d + (k2 - db + (a - c) * da)};
+    if (bestError <= kEnough) return;
+    StepFactors(lack, &f, &g);
   }
 }
 

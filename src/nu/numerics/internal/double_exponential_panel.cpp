@@ -2,6 +2,7 @@
 #include <cmath>
 #include <limits>
 
+#include "nu/foundation/constants.h"
 #include "nu/numerics/internal/compensated_sum.h"
 #include "nu/numerics/internal/panel_rules.h"
 
@@ -18,7 +19,6 @@ namespace nu::internal {
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
 constexpr int kLevels = 7;
 constexpr int kLeastLevels = 3;
 // A change that is smaller than this share of the one before may be so by coincidence.
@@ -95,7 +95,7 @@ class DoubleExponential {
  private:
   void AddSide(double start, double step, double end, Tail* tail) {
     for (double t = start; t <= kLargestT && !m_notFinite; t += step) {
-      const double q = std::exp(-kPi * std::sinh(t));
+      const double q = std::exp(-Nu_PI * std::sinh(t));
       const double distance = q / (1.0 + q);
       const Node node = AddNode(t, end);
       if (!node.inside) return;
@@ -110,7 +110,7 @@ class DoubleExponential {
   };
 
   Node AddNode(double t, double end) {
-    const double q = std::exp(-kPi * std::sinh(t));
+    const double q = std::exp(-Nu_PI * std::sinh(t));
     const double share = q / (1.0 + q);
     const double asked = m_width * share;
     const double x = end == m_lo ? m_lo + asked : m_hi - asked;
@@ -121,7 +121,7 @@ class DoubleExponential {
       m_notFinite = !(share < kOverflowDistance);
       return {false, 0.0};
     }
-    const double weight = kPi * std::cosh(t) * share / (1.0 + q);
+    const double weight = Nu_PI * std::cosh(t) * share / (1.0 + q);
     const double size = weight * std::fabs(sample.value);
     m_sum.Add(weight * sample.value);
     m_absolute += size;

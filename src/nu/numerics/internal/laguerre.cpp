@@ -4,8 +4,8 @@
 #include <cmath>
 #include <limits>
 
-#include "nu/foundation/internal/simd.h"
 #include "nu/numerics/internal/closed_form_roots.h"
+#include "nu/numerics/internal/complex_number.h"
 #include "nu/numerics/internal/power_scale.h"
 
 // Laguerre's iteration with p, p' and p''/2 written b, d, f:
@@ -22,30 +22,6 @@ constexpr double kFractions[] = {0.0, 0.5, 0.25, 0.75, 0.13, 0.38, 0.62, 0.88, 1
 // What remains of a step that ended where p(x) overflows.
 constexpr double kRetreat = 0.0625;
 
-struct Number {
-  double re;
-  double im;
-};
-
-NU_ALWAYS_INLINE Number operator*(Number a, Number b) {
-  return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
-}
-NU_ALWAYS_INLINE Number operator+(Number a, Number b) {
-  return {a.re + b.re, a.im + b.im};
-}
-NU_ALWAYS_INLINE Number operator-(Number a, Number b) {
-  return {a.re - b.re, a.im - b.im};
-}
-NU_ALWAYS_INLINE Number operator*(double s, Number a) {
-  return {s * a.re, s * a.im};
-}
-NU_ALWAYS_INLINE double Squares(Number a) {
-  return a.re * a.re + a.im * a.im;
-}
-NU_ALWAYS_INLINE double Size(Number a) {
-  return std::fabs(a.re) + std::fabs(a.im);
-}
-
 Number SquareRoot(Number a) {
   if (a.im == 0.0) return a.re >= 0.0 ? Number{std::sqrt(a.re), 0.0} : Number{0.0, std::sqrt(-a.re)};
   const double w = std::sqrt(0.5 * (std::sqrt(Squares(a)) + std::fabs(a.re)));
@@ -58,18 +34,6 @@ Number SquareRoot(Number a) {
 Number Quotient(Number a, Number b) {
   const double scale = 1.0 / Squares(b);
   return {scale * (a.re * b.re + a.im * b.im), scale * (a.im * b.re - a.re * b.im)};
-}
-
-// Smith's quotient, for numbers whose squares leave the range.
-Number Reciprocal(Number a) {
-  if (std::fabs(a.re) >= std::fabs(a.im)) {
-    const double ratio = a.im / a.re;
-    const double den = a.re + ratio * a.im;
-    return {1.0 / den, -ratio / den};
-  }
-  const double ratio = a.re / a.im;
-  const double den = a.im + ratio * a.re;
-  return {ratio / den, -1.0 / den};
 }
 
 // p, p' and p''/2 at x, and what the rounding errors of p are relative to.

@@ -4,16 +4,12 @@
 #include <cmath>
 
 #include "nu/foundation/internal/simd.h"
+#include "nu/numerics/internal/complex_number.h"
 
 namespace nu::internal {
 namespace {
 
 constexpr int kMaxSweeps = 60;
-
-struct Number {
-  double re;
-  double im;
-};
 
 // What is known at one point: x, or 1 / x with the reversed polynomial.
 struct Values {
@@ -110,23 +106,6 @@ Values EvaluateOnAxis(const double* c, int degree, double x) {
 Values Evaluate(const Coefficients& p, Number x) {
   if (p.im != nullptr) return EvaluatePoint<false>(p, x);
   return x.im == 0.0 ? EvaluateOnAxis(p.re, p.degree, x.re) : EvaluatePoint<true>(p, x);
-}
-
-// 1 / x, with Smith's scaling: x may be of any size.
-Number Reciprocal(Number x) {
-  if (x.im == 0.0) return {1.0 / x.re, 0.0};
-  if (std::fabs(x.re) >= std::fabs(x.im)) {
-    const double ratio = x.im / x.re;
-    const double den = x.re + ratio * x.im;
-    return {1.0 / den, -ratio / den};
-  }
-  const double ratio = x.re / x.im;
-  const double den = x.im + ratio * x.re;
-  return {ratio / den, -1.0 / den};
-}
-
-Number operator*(Number a, Number b) {
-  return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
 }
 
 bool IsOuter(const FoundRoot& x) {
