@@ -133,8 +133,8 @@ class CurvedMinimax {
       }
     }
     for (int i = K - 1; i >= m_rank; --i) {
-      for (int k = i + 1; k < K; ++k) s[i] -= factor[k][i] * s[k];
       s[i] /= factor[i][i];
+      for (int j = m_rank; j < i; ++j) s[j] -= factor[i][j] * s[i];
     }
     return true;
   }
