@@ -147,6 +147,8 @@ TEST(MinimaxSpheres, FailInOrderAndLeaveEverything) {
   EXPECT_EQ(FailureOf([&] { sphere.FitMinZoneEx(noisy, &zone, 1e-9, 0); }), "bestfit 13 |CNuSphSurf [0,0]");
   EXPECT_EQ(minZone(none), "bestfit 1 |CNuSphSurf [1,0]");
   EXPECT_EQ(minZone(noisy, 1), "bestfit 12 |CNuSphSurf [0,0]");
+  const CNuPointArray plate = nu::test::PlaneCloud(random, 2000, 2.0, 1.0, 1e-3);
+  EXPECT_EQ(minZone(plate, 1'000'000'000), "bestfit 12 |CNuSphSurf [0,0]") << "creeps to infinity";
   // Points on a line and in a plane go to the fits of these, and so do the names of the failures.
   EXPECT_EQ(FailureOf([&] { sphere.FitMin(PointsOf({{0, 0}, {1e-13, 0}}), 1e-14); }), "bestfit 2 |CNuLine [2,0]");
   EXPECT_EQ(minZone(nu::test::CircleCloud(random, 30, 1.0, 360.0, 0.05), 1), "bestfit 12 |CNuCircle [0,0]");

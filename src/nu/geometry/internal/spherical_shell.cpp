@@ -21,6 +21,9 @@ namespace {
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
+// Points next to a plane make the radius creep towards infinity. Measured spheres and caps need up to some tens.
+constexpr long kMostSteps = 1000;
+
 // A step leaves this part of the radius.
 constexpr double kLeastPart = 0.125;
 
@@ -177,7 +180,7 @@ SphericalShell ThinnestShell(PointBlocks& points, const Vec3& mean, const Vec3& 
   const double scale = points.Scale();
   const ShellModel start = StartAt(points, scale * mean, scale * centre, scale * radius, seen);
   const double rounding = kDistanceRoundings * kEpsilon * seen.greatest;
-  Minimax<ShellModel> minimax(points, MinimaxSide::both, rounding, limit);
+  Minimax<ShellModel> minimax(points, MinimaxSide::both, rounding, std::min(limit, kMostSteps));
   const MinimaxSolution<ShellModel> solution = minimax.Solve(start);
   const double unit = 1.0 / scale;
   shell.end = solution.end;

@@ -22,8 +22,9 @@ struct SphericalShell {
   double multiplier[kMostContacts] = {};
 };
 
-// The thinnest shell next to a sphere, and not thicker than the one about its centre. The mean of the points, the
-// sphere and everything in the result are in the unit of the points, from the origin of the blocks.
+// The thinnest shell next to a sphere, and not thicker than the one about its centre; a limit above 1000 is 1000. The
+// mean of the points, the sphere and everything in the result are in the unit of the points, from the origin of the
+// blocks.
 SphericalShell ThinnestShell(PointBlocks& points, const Vec3& mean, const Vec3& centre, double radius, long limit);
 
 }  // namespace nu::internal
