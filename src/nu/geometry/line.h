@@ -79,12 +79,17 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   int ClosestPointsTo(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p2) const;
 
   // The points common to both, in the order of this line; returns how many there are. What comes as close as
-  // NuGetLengthTol(), or as the rounding of the coordinates, touches. None for parallel lines, planes and
-  // cylinders, within NuGetRadianTol(), also when one lies in the other. A line counts as one of a circle's plane when no point of it
-  // within the circle is farther from that plane than this.
+  // NuGetLengthTol(), or as the rounding of the coordinates, touches. None for parallel lines, planes and cylinders,
+  // within NuGetRadianTol(), also when one lies in the other. A line counts as one of the plane of a circle or a conic
+  // when none of its points that are within the radius, the larger semi-axis or the focal length of the centre or
+  // vertex is farther from that plane than this. In the plane, a line parallel to an asymptote or to the axis of a
+  // parabola, within NuGetRadianTol(), has one point, the asymptote itself none.
   int IntersectWith(const CNuLine& l, CNuPoint* p) const;
   int IntersectWith(const CNuPlane& pl, CNuPoint* p) const;
   int IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const;
+  int IntersectWith(const CNuEllipse& ellipse, CNuPoint* p1, CNuPoint* p2) const;
+  int IntersectWith(const CNuHyperbola& hyperbola, CNuPoint* p1, CNuPoint* p2) const;
+  int IntersectWith(const CNuParabola& parabola, CNuPoint* p1, CNuPoint* p2) const;
   int IntersectWith(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2) const;
   int IntersectWith(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p2) const;
 

@@ -1,4 +1,4 @@
-// Lines against points, lines, planes, circles, spheres and cylinders.
+// Lines against points, lines, planes, circles, conics, spheres and cylinders.
 //
 // With unit directions d1, d2 turned to make no obtuse angle, the two lines' bisector has the direction d1 + d2. The
 // point P1 and the point Q = P2 + s d2 as far from the crossing as P1 make an isosceles triangle, (Q - P1).(d1 + d2) =
@@ -8,6 +8,7 @@
 
 #include <cmath>
 
+#include "nu/curves/internal/conic_relations.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/internal/line_circle.h"
@@ -177,6 +178,18 @@ int CNuLine::IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) 
   const Line3 line = DataOf(*this);
   const auto data = DataOf(circle);
   return Store(Meet(line, data, TouchTol(data.radius, line.point, data.centre)), p1, p2);
+}
+
+int CNuLine::IntersectWith(const CNuEllipse& ellipse, CNuPoint* p1, CNuPoint* p2) const {
+  return StoreCommon(DataOf(*this), ellipse, p1, p2);
+}
+
+int CNuLine::IntersectWith(const CNuHyperbola& hyperbola, CNuPoint* p1, CNuPoint* p2) const {
+  return StoreCommon(DataOf(*this), hyperbola, p1, p2);
+}
+
+int CNuLine::IntersectWith(const CNuParabola& parabola, CNuPoint* p1, CNuPoint* p2) const {
+  return StoreCommon(DataOf(*this), parabola, p1, p2);
 }
 
 int CNuLine::IntersectWith(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2) const {

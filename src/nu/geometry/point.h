@@ -76,8 +76,8 @@ class NU_EXPORT CNuPoint : public CNuObject {
   // To the infinite line and plane.
   double DistanceTo(const CNuLine& l) const;
   double DistanceTo(const CNuPlane& pl) const;
-  // To a circle, as a curve (a point within NuGetLengthTol() of its plane counts as lying in it), and to the bounded
-  // curves by their own operation. Other curves: cause 45.
+  // To a circle or a conic, as a curve (a point within NuGetLengthTol() of its plane counts as lying in it), and to the
+  // bounded curves by their own operation. Other curves: cause 45.
   double DistanceTo(const CNuCurve& c) const;
   // To a sphere or a cylinder. Other surfaces: cause 45.
   double DistanceTo(const CNuSurface& s) const;
@@ -103,7 +103,8 @@ class NU_EXPORT CNuPoint : public CNuObject {
   // the plane of the line and `ref` counts as left. `ref` has not three components: cause 10; is zero: cause 9.
   CNuGeometry::ELineSideType LineSide(const CNuLine& l, double tol) const;
   CNuGeometry::ELineSideType LineSide(const CNuLine& l, const CNuVector& ref, double tol) const;
-  // Inside or outside a circle; away from its plane that is decided by the projection on it. Other geometry: cause 45.
+  // Inside or outside a circle or a conic, whose inside holds the foci; away from the plane that is decided by the
+  // projection on it. Other geometry: cause 45.
   CNuGeometry::ECurveSideType CurveSide(const CNuGeometry& curve, double tol) const;
   // Inside or outside a sphere or a cylinder; of a plane, outside is where the normal points to. Other geometry: cause 45.
   CNuGeometry::ESurfaceSideType SurfaceSide(const CNuGeometry& surface, double tol) const;

@@ -4,6 +4,7 @@
 //   line    r = w - (w.d) d     distance |r|         foot P0 + (w.d) d
 //   plane   s = w.n             distance |s|         foot p - s n
 //   circle  h = w.n, rho = |w - h n|, distance |(h, rho - R)|
+//   conic   h = w.n, q = w - h n,   distance |(h, q - foot of q in the plane)|
 //   sphere  rho = |w|           distance |rho - R|   foot P0 + (R / rho) w
 //   cylinder    rho = |r|       distance |rho - R|   foot p + (R / rho - 1) r
 // w is formed before anything else: a common offset of point and feature cancels there, and no result inherits its
@@ -14,6 +15,7 @@
 
 #include "nu/curves/bounded_curve.h"
 #include "nu/curves/circle.h"
+#include "nu/curves/internal/conic_class.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/geometry/internal/directions.h"
@@ -35,7 +37,7 @@ namespace {
   FailOperation(45, "calculation", where);
 }
 
-double Norm(Vec3 v) {
+double Length(Vec3 v) {
   return NuPythag(v.x, v.y, v.z);
 }
 
@@ -50,7 +52,7 @@ double SignedDistance(const CNuPoint& p, const CNuPlane& pl) {
 
 // The way that counts for a round surface, from its centre or axis to the point, and the radius.
 struct RadialCoordinates {
-  double SignedDistance() const { return Norm(way) - radius; }
+  double SignedDistance() const { return Length(way) - radius; }
 
   Vec3 way;
   double radius;
@@ -83,12 +85,35 @@ CircleCoordinates InCircleFrame(const CNuPoint& p, const CNuCircle& circle) {
   const Vec3 normal = Components(axis);
   const Vec3 w = Components(p - centre);
   const double height = Dot(w, normal);
-  if (std::fabs(height) < NuGetLengthTol()) return {Norm(w), 0.0, radius};
-  return {Norm(w - height * normal), height, radius};
+  if (std::fabs(height) < NuGetLengthTol()) return {Length(w), 0.0, radius};
+  return {Length(w - height * normal), height, radius};
 }
 
 double DistanceToCircle(const CircleCoordinates& at) {
   return NuPythag(at.height, at.radial - at.radius);
+}
+
+// As in the frame of a circle, with what lies in the plane told by its foot on the curve.
+struct ConicCoordinates {
+  double inPlane;
+  double height;
+  bool outside;
+};
+
+template<class Conic>
+ConicCoordinates CoordinatesFor(const CNuPoint& p, const Conic& conic) {
+  const auto data = nu::internal::DataOf(conic);
+  const Vec3 world = Components(p);
+  const nu::internal::Vec2 at = data.InPlane(world);
+  const nu::internal::Vec2 way = at - FootOn(data.curve, at);
+  const double height = data.Height(world);
+  return {NuPythag(way.x, way.y), std::fabs(height) < NuGetLengthTol() ? 0.0 : height, !data.curve.Holds(at)};
+}
+
+ConicCoordinates InConicFrame(const CNuPoint& p, const CNuGeometry& conic) {
+  if (conic.GetType() == CNuObject::NuTypeEllipse) return CoordinatesFor(p, static_cast<const CNuEllipse&>(conic));
+  if (conic.GetType() == CNuObject::NuTypeHyperbola) return CoordinatesFor(p, static_cast<const CNuHyperbola&>(conic));
+  return CoordinatesFor(p, static_cast<const CNuParabola&>(conic));
 }
 
 CNuGeometry::ESideType Side(bool on, bool outside) {
@@ -103,7 +128,7 @@ double CNuPoint::DistanceTo(const CNuPoint& p) const {
 }
 
 double CNuPoint::DistanceTo(const CNuLine& l) const {
-  return Norm(FromLine(*this, l));
+  return Length(FromLine(*this, l));
 }
 
 double CNuPoint::DistanceTo(const CNuPlane& pl) const {
@@ -114,6 +139,12 @@ double CNuPoint::DistanceTo(const CNuCurve& c) const {
   switch (c.GetType()) {
     case NuTypeCircle:
       return DistanceToCircle(InCircleFrame(*this, static_cast<const CNuCircle&>(c)));
+    case NuTypeEllipse:
+    case NuTypeHyperbola:
+    case NuTypeParabola: {
+      const ConicCoordinates at = InConicFrame(*this, c);
+      return NuPythag(at.height, at.inPlane);
+    }
     case NuTypePolyline:
     case NuTypeLineSegment:
     case NuTypeCircularArc:
@@ -178,7 +209,7 @@ CNuGeometry::ELineSideType CNuPoint::LineSide(const CNuLine& l, double tol) cons
 
 CNuGeometry::ELineSideType CNuPoint::LineSide(const CNuLine& l, const CNuVector& ref, double tol) const {
   const Vec3 fromLine = FromLine(*this, l);
-  if (Norm(fromLine) < tol) return CNuGeometry::SIDE_ON;
+  if (Length(fromLine) < tol) return CNuGeometry::SIDE_ON;
   const Vec3 c = Cross(Components(l.GetDirection()), fromLine);
   // On the line itself, under a tolerance that lets nothing be "on", the angle has no value and counts as a right one.
   if (IsNull(c, NuGetZero())) return CNuGeometry::SIDE_LEFT;
@@ -186,9 +217,20 @@ CNuGeometry::ELineSideType CNuPoint::LineSide(const CNuLine& l, const CNuVector&
 }
 
 CNuGeometry::ECurveSideType CNuPoint::CurveSide(const CNuGeometry& curve, double tol) const {
-  if (curve.GetType() != NuTypeCircle) FailUnsupported("CNuPoint::CurveSide()");
-  const CircleCoordinates at = InCircleFrame(*this, static_cast<const CNuCircle&>(curve));
-  return Side(DistanceToCircle(at) < tol, at.radial > at.radius);
+  switch (curve.GetType()) {
+    case NuTypeCircle: {
+      const CircleCoordinates at = InCircleFrame(*this, static_cast<const CNuCircle&>(curve));
+      return Side(DistanceToCircle(at) < tol, at.radial > at.radius);
+    }
+    case NuTypeEllipse:
+    case NuTypeHyperbola:
+    case NuTypeParabola: {
+      const ConicCoordinates at = InConicFrame(*this, curve);
+      return Side(NuPythag(at.height, at.inPlane) < tol, at.outside);
+    }
+    default:
+      FailUnsupported("CNuPoint::CurveSide()");
+  }
 }
 
 CNuGeometry::ESurfaceSideType CNuPoint::SurfaceSide(const CNuGeometry& surface, double tol) const {

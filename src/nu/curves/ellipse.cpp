@@ -1,0 +1,87 @@
+#include "nu/curves/ellipse.h"
+
+#include "nu/curves/internal/conic_class.h"
+#include "nu/curves/internal/conic_relations.h"
+#include "nu/curves/polyline.h"
+#include "nu/foundation/constants.h"
+#include "nu/foundation/numeric_helpers.h"
+#include "nu/geometry/plane.h"
+
+using nu::internal::ConicAxes;
+using nu::internal::RequireAxes;
+
+namespace {
+
+constexpr const char* kName = "CNuEllipse";
+constexpr const char* kSampling = "CNuEllipse::ToPolyline/PointArray()";
+
+double RequireSemiAxis(double length) {
+  return nu::internal::RequirePositive(length, kName, "semi-axis");
+}
+
+}  // namespace
+
+CNuEllipse::CNuEllipse(double a, double b) : CNuCurve(NuTypeEllipse), m_a(RequireSemiAxis(a)), m_b(RequireSemiAxis(b)) {
+  if (a < b) throw CNuConstructionException(7, kName, "semi-axis", 0, 0);
+}
+
+CNuEllipse::CNuEllipse(double a, double b, const CNuPoint& centre) : CNuEllipse(a, b) {
+  SetPosition(centre, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+}
+
+CNuEllipse::CNuEllipse(double a, double b, const CNuPoint& centre, const CNuVector& normal) : CNuEllipse(a, b) {
+  const ConicAxes axes = RequireAxes(normal, kName);
+  SetPosition(centre, axes.x, axes.normal);
+}
+
+CNuEllipse::CNuEllipse(double a, double b, const CNuPoint& centre, const CNuVector& xAxis, const CNuVector& normal)
+    : CNuEllipse(a, b) {
+  const ConicAxes axes = RequireAxes(xAxis, normal, kName);
+  SetPosition(centre, axes.x, axes.normal);
+}
+
+CNuPoint CNuEllipse::GetCentre() const {
+  return GetFrame().origin;
+}
+
+CNuVector CNuEllipse::GetNormal() const {
+  return GetFrame().zaxis;
+}
+
+CNuVector CNuEllipse::GetXaxis() const {
+  return GetFrame().xaxis;
+}
+
+CNuPlane CNuEllipse::GetPlane() const {
+  return CNuPlane(GetCentre(), GetNormal());
+}
+
+void CNuEllipse::GetData(double* a, double* b, CNuPoint* centre, CNuVector* xAxis, CNuVector* normal) const {
+  GetPosition(centre, xAxis, normal);
+  *a = m_a;
+  *b = m_b;
+}
+
+int CNuEllipse::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const {
+  return line.IntersectWith(*this, p1, p2);
+}
+
+int CNuEllipse::IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const {
+  return StoreCommon(nu::internal::DataOf(plane), *this, p1, p2);
+}
+
+CNuPointArray CNuEllipse::ToPointArray(int n) const {
+  if (n <= 1) nu::internal::FailOperation(12, "conversion", kSampling);
+  CNuPointArray points = SampledPoints(nu::internal::DataOf(*this), n, 0.0, Nu_2PI, [this](double u) {
+    double c = 0.0;
+    double s = 0.0;
+    NuCosSin(u, &c, &s);
+    return nu::internal::Vec2{m_a * c, m_b * s};
+  });
+  if (points.GetSize() > 1) points[points.GetSize() - 1] = points[0];
+  return points;
+}
+
+CNuPolyline CNuEllipse::ToPolyline(int n) const {
+  return CNuPolyline(ToPointArray(n));
+}

@@ -1,0 +1,45 @@
+#ifndef NU_CURVES_ELLIPSE_H
+#define NU_CURVES_ELLIPSE_H
+
+#include "nu/curves/curve.h"
+#include "nu/export.h"
+#include "nu/geometry/point.h"
+#include "nu/linalg/vector.h"
+
+// The ellipse x^2/a^2 + y^2/b^2 = 1, a >= b, in the xy plane of its frame: the origin is the centre and the x axis the
+// direction of the semi-axis a. Without a position its frame is the global one.
+class NU_EXPORT CNuEllipse : public CNuCurve {
+ public:
+  // A semi-axis that is not above 0, or NaN: cause 5, "semi-axis"; a below b: cause 7, "semi-axis",
+  // CNuConstructionException; after that, for both vectors: not three components, cause 4; zero within NuGetZero() or
+  // not finite, cause 3; not orthogonal within NuGetRadianTol(), cause 8. They are normalised, and the x axis made
+  // orthogonal to the normal; it is (1, 0, 0), or any direction across a given normal, if not given, and the normal (0,
+  // 0, 1). Semi-axes alone leave the ellipse without a position.
+  CNuEllipse(double a, double b);
+  CNuEllipse(double a, double b, const CNuPoint& centre);
+  CNuEllipse(double a, double b, const CNuPoint& centre, const CNuVector& normal);
+  CNuEllipse(double a, double b, const CNuPoint& centre, const CNuVector& xAxis, const CNuVector& normal);
+
+  CNuPoint GetCentre() const;
+  CNuVector GetNormal() const;
+  CNuVector GetXaxis() const;
+  CNuPlane GetPlane() const;
+  void GetData(double* a, double* b, CNuPoint* centre, CNuVector* xAxis, CNuVector* normal) const;
+
+  // The points common to both, 0 to 2; returns how many there are. What comes as close as NuGetLengthTol(), or as the
+  // rounding of the coordinates, touches. With a line as CNuLine says, in its order; with a plane in the
+  // order of this normal x the plane's, none for a plane that holds the ellipse in the same sense.
+  int IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const;
+  int IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const;
+
+  // The n points a cos u, b sin u for u in even steps of a full turn, counter-clockwise about the normal; the last is
+  // the first again. n < 2: CNuOperationException cause 12.
+  CNuPointArray ToPointArray(int n) const;
+  CNuPolyline ToPolyline(int n) const;
+
+ private:
+  double m_a;
+  double m_b;
+};
+
+#endif

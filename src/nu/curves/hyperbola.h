@@ -1,0 +1,46 @@
+#ifndef NU_CURVES_HYPERBOLA_H
+#define NU_CURVES_HYPERBOLA_H
+
+#include "nu/curves/curve.h"
+#include "nu/export.h"
+#include "nu/geometry/point.h"
+#include "nu/linalg/vector.h"
+
+// The hyperbola x^2/a^2 - y^2/b^2 = 1, both branches, in the xy plane of its frame: the origin is the centre, and the x
+// axis points to the vertex of branch 0. Without a position its frame is the global one.
+class NU_EXPORT CNuHyperbola : public CNuCurve {
+ public:
+  // A semi-axis that is not above 0, or NaN: cause 5, "semi-axis",
+  // after that, for both vectors: not three components, cause 4; zero within NuGetZero() or not finite, cause 3; not
+  // orthogonal within NuGetRadianTol(), cause 8. They are normalised, and the x axis made orthogonal to the normal; it
+  // is (1, 0, 0), or any direction across a given normal, if not given, and the normal (0, 0, 1). Semi-axes alone
+  // leave the hyperbola without a position.
+  CNuHyperbola(double a, double b);
+  CNuHyperbola(double a, double b, const CNuPoint& centre);
+  CNuHyperbola(double a, double b, const CNuPoint& centre, const CNuVector& normal);
+  CNuHyperbola(double a, double b, const CNuPoint& centre, const CNuVector& xAxis, const CNuVector& normal);
+
+  CNuPoint GetCentre() const;
+  CNuVector GetNormal() const;
+  CNuVector GetXaxis() const;
+  CNuPlane GetPlane() const;
+  void GetData(double* a, double* b, CNuPoint* centre, CNuVector* xAxis, CNuVector* normal) const;
+
+  // The points common to both, 0 to 2; returns how many there are. What comes as close as NuGetLengthTol(), or as the
+  // rounding of the coordinates, touches. With a line as CNuLine says, in its order; with a plane in the
+  // order of this normal x the plane's, none for a plane that holds the hyperbola in the same sense.
+  int IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const;
+  int IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const;
+
+  // The n points +-a cosh t, b sinh t for t in even steps from t0 to t1, with + on branch 0 and - on branch 1; what
+  // overflows is left out. CNuOperationException: n < 2: cause 12; a range that is not finite, another branch, or no
+  // point left: cause 14; t0 not below t1: cause 15.
+  CNuPointArray ToPointArray(int n, double t0, double t1, int branch) const;
+  CNuPolyline ToPolyline(int n, double t0, double t1, int branch) const;
+
+ private:
+  double m_a;
+  double m_b;
+};
+
+#endif

@@ -1,0 +1,78 @@
+#include "nu/curves/parabola.h"
+
+#include "nu/curves/internal/conic_class.h"
+#include "nu/curves/internal/conic_relations.h"
+#include "nu/curves/polyline.h"
+#include "nu/geometry/plane.h"
+
+using nu::internal::ConicAxes;
+using nu::internal::RequireAxes;
+
+namespace {
+
+constexpr const char* kName = "CNuParabola";
+constexpr const char* kSampling = "CNuParabola::ToPolyline/PointArray()";
+
+}  // namespace
+
+CNuParabola::CNuParabola(double f)
+    : CNuCurve(NuTypeParabola), m_f(nu::internal::RequirePositive(f, kName, "focal-length")) {}
+
+CNuParabola::CNuParabola(double f, const CNuPoint& vertex) : CNuParabola(f) {
+  SetPosition(vertex, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+}
+
+CNuParabola::CNuParabola(double f, const CNuPoint& vertex, const CNuVector& normal) : CNuParabola(f) {
+  const ConicAxes axes = RequireAxes(normal, kName);
+  SetPosition(vertex, axes.x, axes.normal);
+}
+
+CNuParabola::CNuParabola(double f, const CNuPoint& vertex, const CNuVector& xAxis, const CNuVector& normal)
+    : CNuParabola(f) {
+  const ConicAxes axes = RequireAxes(xAxis, normal, kName);
+  SetPosition(vertex, axes.x, axes.normal);
+}
+
+CNuPoint CNuParabola::GetVertex() const {
+  return GetFrame().origin;
+}
+
+CNuVector CNuParabola::GetNormal() const {
+  return GetFrame().zaxis;
+}
+
+CNuVector CNuParabola::GetXaxis() const {
+  return GetFrame().xaxis;
+}
+
+CNuPlane CNuParabola::GetPlane() const {
+  return CNuPlane(GetVertex(), GetNormal());
+}
+
+void CNuParabola::GetData(double* f, CNuPoint* vertex, CNuVector* xAxis, CNuVector* normal) const {
+  GetPosition(vertex, xAxis, normal);
+  *f = m_f;
+}
+
+int CNuParabola::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const {
+  return line.IntersectWith(*this, p1, p2);
+}
+
+int CNuParabola::IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const {
+  return StoreCommon(nu::internal::DataOf(plane), *this, p1, p2);
+}
+
+CNuPointArray CNuParabola::ToPointArray(int n, double t0, double t1, int side) const {
+  nu::internal::RequireSamples(n, t0, t1, side, kSampling);
+  if (t1 < 0.0) nu::internal::FailOperation(14, "conversion", kSampling);
+  const double root = (side == 0 ? 2.0 : -2.0) * std::sqrt(m_f);
+  CNuPointArray points = SampledPoints(nu::internal::DataOf(*this), n, std::fmax(t0, 0.0), t1, [root](double t) {
+    return nu::internal::Vec2{t, root * std::sqrt(t)};
+  });
+  if (points.GetSize() == 0) nu::internal::FailOperation(14, "conversion", kSampling);
+  return points;
+}
+
+CNuPolyline CNuParabola::ToPolyline(int n, double t0, double t1, int side) const {
+  return CNuPolyline(ToPointArray(n, t0, t1, side));
+}

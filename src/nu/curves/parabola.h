@@ -1,0 +1,46 @@
+#ifndef NU_CURVES_PARABOLA_H
+#define NU_CURVES_PARABOLA_H
+
+#include "nu/curves/curve.h"
+#include "nu/export.h"
+#include "nu/geometry/point.h"
+#include "nu/linalg/vector.h"
+
+// The parabola y^2 = 4 f x in the xy plane of its frame: the origin is the vertex, the x axis the axis of the parabola
+// in the direction in which it opens, f the focal length. Without a position its frame is the global one.
+class NU_EXPORT CNuParabola : public CNuCurve {
+ public:
+  // A focal length that is not above 0, or NaN: cause 5, "focal-length",
+  // after that, for both vectors: not three components, cause 4; zero within NuGetZero() or not finite, cause 3; not
+  // orthogonal within NuGetRadianTol(), cause 8. They are normalised, and the x axis made orthogonal to the normal; it
+  // is (1, 0, 0), or any direction across a given normal, if not given, and the normal (0, 0, 1). A focal length alone
+  // leaves the parabola without a position.
+  explicit CNuParabola(double f);
+  CNuParabola(double f, const CNuPoint& vertex);
+  CNuParabola(double f, const CNuPoint& vertex, const CNuVector& normal);
+  CNuParabola(double f, const CNuPoint& vertex, const CNuVector& xAxis, const CNuVector& normal);
+
+  double GetFocalLength() const { return m_f; }
+  CNuPoint GetVertex() const;
+  CNuVector GetNormal() const;
+  CNuVector GetXaxis() const;
+  CNuPlane GetPlane() const;
+  void GetData(double* f, CNuPoint* vertex, CNuVector* xAxis, CNuVector* normal) const;
+
+  // The points common to both, 0 to 2; returns how many there are. What comes as close as NuGetLengthTol(), or as the
+  // rounding of the coordinates, touches. With a line as CNuLine says, in its order; with a plane in the
+  // order of this normal x the plane's, none for a plane that holds the parabola in the same sense.
+  int IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const;
+  int IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const;
+
+  // The n points t, +-2 sqrt(f t) for t in even steps from t0 to t1, with + on side 0 and - on side 1. There is nothing
+  // at t < 0, so a range that starts there is taken from 0 on. CNuOperationException: n < 2: cause 12; a range that is
+  // not finite or ends below 0, or another side: cause 14; t0 not below t1: cause 15.
+  CNuPointArray ToPointArray(int n, double t0, double t1, int side) const;
+  CNuPolyline ToPolyline(int n, double t0, double t1, int side) const;
+
+ private:
+  double m_f;
+};
+
+#endif

@@ -1,0 +1,299 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "nu/nu.h"
+#include "support/clouds.h"
+#include "support/failures.h"
+
+namespace {
+
+using nu::test::Random;
+
+constexpr double kEps = std::numeric_limits<double>::epsilon();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+const double kNan = std::nan("");
+const CNuPoint kOrigin;
+
+TEST(Conics, ConstructorsCheckInOrder) {
+  const CNuVector x(1, 0, 0), z(0, 0, 1), flat(2), null(0, 0, 0), skew(1, 0, 1e-3), endless(0, 0, kInfinity);
+  for (const double bad : {0.0, -1.0, kNan}) {
+    EXPECT_EQ(FailureOf([=] { CNuEllipse(bad, 1); }), "construction 5 semi-axis|CNuEllipse [0,0]");
+    EXPECT_EQ(FailureOf([=] { CNuEllipse(1, bad, kOrigin, flat); }), "construction 5 semi-axis|CNuEllipse [0,0]");
+    EXPECT_EQ(FailureOf([=] { CNuHyperbola(1, bad, kOrigin); }), "construction 5 semi-axis|CNuHyperbola [0,0]");
+    EXPECT_EQ(FailureOf([=] { CNuParabola(bad, kOrigin, flat); }), "construction 5 focal-length|CNuParabola [0,0]");
+  }
+  EXPECT_EQ(FailureOf([] { CNuEllipse(1, std::nextafter(1, 2)); }), "construction 7 semi-axis|CNuEllipse [0,0]");
+  EXPECT_EQ(FailureOf([] { CNuEllipse(1, 1), CNuHyperbola(1, 2); }), "nothing");
+  const auto causes = [](const CNuVector& xAxis, const CNuVector& normal) {
+    std::string all;
+    const auto add = [&](const std::string& failure) { all += failure.substr(13, 2); };
+    add(FailureOf([&] { CNuEllipse(2, 1, kOrigin, xAxis, normal); }));
+    add(FailureOf([&] { CNuHyperbola(2, 1, kOrigin, xAxis, normal); }));
+    add(FailureOf([&] { CNuParabola(2, kOrigin, xAxis, normal); }));
+    return all;
+  };
+  EXPECT_EQ(causes(flat, null), "4 4 4 ");
+  EXPECT_EQ(causes(x, flat), "4 4 4 ");
+  EXPECT_EQ(causes(null, skew), "3 3 3 ");
+  EXPECT_EQ(causes(x, endless), "3 3 3 ");
+  EXPECT_EQ(causes(x, skew), "8 8 8 ");
+  EXPECT_EQ(FailureOf([&] { CNuParabola(2, kOrigin, null); }), "construction 3 |CNuParabola [0,0]");
+}
+
+TEST(Conics, FrameIsNormalisedAndMoves) {
+  const CNuVector x(0, 3, 0), normal(0, 0, -2);
+  CNuEllipse ellipse(5, 3, CNuPoint(1, 2, 3), x, normal);
+  CNuHyperbola hyperbola(5, 7, CNuPoint(1, 2, 3), x, normal);
+  CNuParabola parabola(5, CNuPoint(1, 2, 3), x, normal);
+  for (CNuCurve* curve :
+       {static_cast<CNuCurve*>(&ellipse), static_cast<CNuCurve*>(&hyperbola), static_cast<CNuCurve*>(&parabola)}) {
+    curve->Rotate(90, CNuGeometry::Z_AXIS);
+  }
+  double a = 0, b = 0;
+  CNuPoint origin;
+  CNuVector xAxis, zAxis;
+  const auto moved = [&] {
+    return origin.IsEqual(CNuPoint(-2, 1, 3), 1e-14) && xAxis.IsEqual(CNuVector(-1, 0, 0), 1e-15) &&
+           zAxis.IsEqual(CNuVector(0, 0, -1), 1e-15);
+  };
+  ellipse.GetData(&a, &b, &origin, &xAxis, &zAxis);
+  EXPECT_TRUE(a == 5 && b == 3 && moved() && ellipse.GetType() == 23);
+  hyperbola.GetData(&a, &b, &origin, &xAxis, &zAxis);
+  EXPECT_TRUE(a == 5 && b == 7 && moved() && CNuHyperbola(hyperbola).GetType() == 24);
+  parabola.GetData(&a, &origin, &xAxis, &zAxis);
+  EXPECT_TRUE(a == 5 && moved() && parabola.GetType() == 25);
+  EXPECT_TRUE(parabola.GetPlane().GetNormal().IsEqual(zAxis, 1e-15) && parabola.GetVertex().z() == 3);
+  EXPECT_FALSE(CNuEllipse(2, 1).IsPositionSet());
+  EXPECT_NEAR(CNuEllipse(2, 1, kOrigin, CNuVector(1, 1, 1)).GetXaxis() % CNuVector(1, 1, 1), 0.0, 1e-15);
+}
+
+// The three conics with a in 1 and the other length given, in a frame of their own; f = a for the parabola.
+struct Shape {
+  int kind;  // 0 ellipse, 1 hyperbola, 2 parabola
+  double b;
+
+  // The equation, its gradient over two, and the radius of curvature at (x, y) on the curve.
+  double Value(double x, double y) const {
+    return kind == 2 ? y * y - 4 * x : x * x + (kind == 0 ? 1 : -1) * y * y / (b * b) - 1;
+  }
+  CNuPoint Gradient(double x, double y) const {
+    return kind == 2 ? CNuPoint(-2, y) : CNuPoint(x, (kind == 0 ? 1 : -1) * y / (b * b));
+  }
+  // A parameter from about -3 to 3.
+  CNuPoint At(double t) const {
+    return kind == 0   ? CNuPoint(std::cos(t), b * std::sin(t))
+           : kind == 1 ? CNuPoint(std::cosh(t), b * std::sinh(t))
+                       : CNuPoint(t * t, 2 * t);
+  }
+  double DistanceFrom(const CNuPoint& p) const {
+    if (kind == 0) return p.DistanceTo(CNuEllipse(1, b));
+    return kind == 1 ? p.DistanceTo(CNuHyperbola(1, b)) : p.DistanceTo(CNuParabola(1));
+  }
+  int SideOf(const CNuPoint& p, double tol) const {
+    if (kind == 0) return p.CurveSide(CNuEllipse(1, b), tol);
+    return kind == 1 ? p.CurveSide(CNuHyperbola(1, b), tol) : p.CurveSide(CNuParabola(1), tol);
+  }
+};
+
+std::vector<Shape> Shapes() {
+  std::vector<Shape> shapes{{2, 0}};
+  for (const double b : {1.0, 1 - 1e-9, 0.5, 0.02, 1e-6}) shapes.push_back({0, b});
+  for (const double b : {1e-3, 0.5, 1.0, 30.0}) shapes.push_back({1, b});
+  return shapes;
+}
+
+// Points at a known distance along the normal, on either side as far as the centre of curvature: the foot is known.
+TEST(Conics, DistancesAlongTheNormalAreExact) {
+  Random random(61);
+  for (const Shape& shape : Shapes()) {
+    for (int k = 0; k < 3000; ++k) {
+      const double t = k % 5 == 0 ? 0.0 : k % 5 == 1 ? std::pow(10.0, random.Uniform(-12, 0)) : random.Uniform(-3, 3);
+      const CNuPoint foot = shape.At(t);
+      CNuPoint n = shape.Gradient(foot.x(), foot.y());
+      const double slope = std::hypot(n.x(), n.y());
+      n = CNuPoint(n.x() / slope, n.y() / slope);
+      // Inside an ellipse or a branch nothing is closer up to the smallest radius of curvature.
+      const double least = shape.kind == 2 ? 2.0 : shape.b * shape.b;
+      const double reach = k % 2 == 0 ? least : std::min(least, std::pow(10.0, random.Uniform(-9, 0)));
+      const double inward = shape.kind == 1 ? 1.0 : -1.0;
+      const double outward = shape.kind == 1 ? std::min(1e-3, least) : std::pow(10.0, random.Uniform(-9, 4));
+      for (const double d : {inward * reach, -inward * outward}) {
+        const CNuPoint p(foot.x() + d * n.x(), foot.y() + d * n.y());
+        const double size = std::fabs(d) + std::hypot(foot.x(), foot.y()) + 1.0;
+        ASSERT_NEAR(shape.DistanceFrom(p), std::fabs(d), 4 * kEps * size)
+            << shape.kind << " b " << shape.b << " t " << t << " d " << d;
+        if (std::fabs(d) < 16 * kEps * size) continue;
+        const bool inside = (d > 0) == (shape.kind == 1);
+        ASSERT_EQ(shape.SideOf(p, 8 * kEps * size), inside ? CNuGeometry::SIDE_INSIDE : CNuGeometry::SIDE_OUTSIDE)
+            << shape.kind << " b " << shape.b << " t " << t << " d " << d;
+        EXPECT_EQ(shape.SideOf(p, 1.01 * std::fabs(d) + 8 * kEps * size), CNuGeometry::SIDE_ON);
+      }
+    }
+  }
+}
+
+// Anywhere, with the axes and the evolute: no point of the curve is closer than the distance, and one is as close.
+TEST(Conics, NoPointOfTheCurveIsCloser) {
+  Random random(62);
+  for (const Shape& shape : Shapes()) {
+    for (int k = 0; k < 60; ++k) {
+      const double x = k % 4 == 0 ? 0.0 : random.Uniform(-3, 3);
+      const double y = k % 3 == 0 ? 0.0 : random.Uniform(-2, 2) * (k % 2 == 0 ? 1.0 : shape.b);
+      const CNuPoint p(x, y);
+      const double d = shape.DistanceFrom(p);
+      double closest = kInfinity;
+      for (int i = 0; i <= 3000; ++i) {
+        const double t = -3.2 + 6.4 * i / 3000;
+        const CNuPoint q = shape.At(t);
+        closest = std::min({closest, p.DistanceTo(q), shape.kind == 1 ? p.DistanceTo(CNuPoint(-q.x(), q.y())) : 1e9});
+      }
+      EXPECT_LE(d, closest + 4 * kEps) << shape.kind << " b " << shape.b << " at " << x << " " << y;
+      EXPECT_GE(d, closest - 5e-3 * (1 + shape.b)) << shape.kind << " b " << shape.b << " at " << x << " " << y;
+    }
+  }
+}
+
+TEST(Conics, DistancesInSpaceAndAtTheLimits) {
+  const CNuVector x(0, 1, 0), normal(1, 0, 0);
+  const CNuEllipse ellipse(5, 3, CNuPoint(1000, 0, 0), x, normal);
+  EXPECT_EQ(CNuPoint(1004, 0, 0).DistanceTo(ellipse), 5.0);
+  EXPECT_EQ(CNuPoint(1000, 8, 0).DistanceTo(ellipse), 3.0);
+  EXPECT_EQ(CNuPoint(1004, 8, 0).DistanceTo(ellipse), 5.0);
+  EXPECT_EQ(CNuPoint(1000 + 1e-13, 8, 0).CurveSide(ellipse, 1e-3), CNuGeometry::SIDE_OUTSIDE);
+  EXPECT_EQ(FailureOf([] { CNuPoint().CurveSide(CNuPlane(), 1.0); }),
+            "operation 45 calculation|CNuPoint::CurveSide() [0,0]");
+  // Whatever the numbers, an answer comes.
+  for (const double large : {1e-310, 1e-160, 1e160, 1e308, kInfinity, kNan}) {
+    for (const double b : {1e-300, 1.0, 1e300}) {
+      for (const CNuPoint& p : {CNuPoint(large, 0), CNuPoint(0, large), CNuPoint(large, -large), CNuPoint(1, 1)}) {
+        p.DistanceTo(CNuEllipse(std::fmax(b, 1.0), std::fmin(b, 1.0)));
+        p.DistanceTo(CNuHyperbola(1, b));
+        p.DistanceTo(CNuParabola(b));
+      }
+    }
+  }
+}
+
+class WiderTol {
+ public:
+  explicit WiderTol(double tol) { NuSetLengthTol(tol); }
+  ~WiderTol() { NuSetLengthTol(1e-12); }
+};
+
+// Lines through two points of the curve find these; turned about a third axis they find the one on the axis.
+TEST(Conics, LinesAndPlanesThroughKnownPointsFindThem) {
+  Random random(63);
+  for (const Shape& shape : Shapes()) {
+    if (shape.b < 1e-3) continue;
+    for (int k = 0; k < 300; ++k) {
+      const nu::test::Motion motion = nu::test::RandomMotion(random, k % 2 == 0 ? 1.0 : 1e4);
+      const WiderTol rounded(k % 2 == 0 ? 1e-12 : 1e-8);  // a host's, whose coordinates are rounded
+      const auto axis = [&](double x, double y, double z) { return motion.Direction({x, y, z}).To3DVector(); };
+      const CNuPoint centre = motion(kOrigin);
+      const CNuEllipse ellipse(1, shape.kind == 0 ? shape.b : 1, centre, axis(1, 0, 0), axis(0, 0, 1));
+      const CNuHyperbola hyperbola(1, shape.kind == 1 ? shape.b : 1, centre, axis(1, 0, 0), axis(0, 0, 1));
+      const CNuParabola parabola(1, centre, axis(1, 0, 0), axis(0, 0, 1));
+      const auto common = [&](const auto& other, CNuPoint* p, CNuPoint* q) {
+        if (shape.kind == 0) return ellipse.IntersectWith(other, p, q);
+        return shape.kind == 1 ? hyperbola.IntersectWith(other, p, q) : parabola.IntersectWith(other, p, q);
+      };
+      const double t = random.Uniform(-1.5, 1.4), u = random.Uniform(t + 0.05, 1.5);
+      CNuPoint first = shape.At(t), second = shape.At(u), p, q;
+      if (shape.kind == 1 && k % 3 == 0) second.x() *= -1;
+      const double apart = first.DistanceTo(second);
+      const CNuPoint here = motion(first), there = motion(second);
+      const double tol = 64 * kEps * (k % 2 == 0 ? 4.0 : 1e4) / std::min(1.0, apart * apart) * std::max(1.0, shape.b) /
+                         std::min(1.0, shape.b);
+      ASSERT_EQ(common(CNuLine(here, there), &p, &q), 2) << shape.kind << " b " << shape.b << " " << t << " " << u;
+      EXPECT_LE(p.DistanceTo(here) + q.DistanceTo(there), tol) << shape.kind << " b " << shape.b;
+      // A plane through both that leans: in the order of normal x plane normal.
+      const CNuVector along = (there - here).To3DVector(), lean = axis(0, 0, 1) * along + axis(0, 0, 0.3);
+      ASSERT_EQ(common(CNuPlane(here, along * lean * along), &p, &q), 2);
+      EXPECT_GT((axis(0, 0, 1) * (along * lean * along)) % (q - p).To3DVector(), 0.0);
+      EXPECT_LE(std::min(p.DistanceTo(here), q.DistanceTo(here)) + std::min(p.DistanceTo(there), q.DistanceTo(there)),
+                16 * tol);
+      // Across the plane there is one; past it none.
+      ASSERT_EQ(common(CNuLine(here, axis(0.3, 0.1, 1)), &p, &q), 1);
+      EXPECT_LE(p.DistanceTo(here), tol);
+      const CNuPoint beside = here + (along * 0.25).To3DPoint();
+      EXPECT_EQ(common(CNuLine(beside, axis(0, 0, 1)), &p, &q), 0);
+      EXPECT_EQ(common(CNuPlane(beside, axis(0, 0, 1)), &p, &q), 0);
+    }
+  }
+}
+
+TEST(Conics, TangentsAsymptotesAndAxesHaveTheirCounts) {
+  const double off = 1e-9;
+  const double s = std::sqrt(0.5);
+  const auto line = [](double x, double y, double dx, double dy) { return CNuLine({x, y}, CNuVector(dx, dy, 0)); };
+  const CNuEllipse ellipse(5, 3);
+  const CNuHyperbola hyperbola(5, 5);
+  const CNuParabola parabola(2);
+  CNuPoint p, q;
+  const struct {
+    CNuLine line;
+    int ofEllipse, ofHyperbola, ofParabola;
+  } rows[] = {{line(5, 0, 0, 1), 1, 1, 2},       {line(-5, 0, 0, 1), 1, 1, 0},      {line(5 + off, 0, 0, 1), 0, 2, 2},
+              {line(5 - off, 0, 0, 1), 2, 0, 2}, {line(0, 3, 1, 0), 1, 2, 1},       {line(0, 0, 0, 1), 2, 0, 1},
+              {line(-off, 0, 0, 1), 2, 0, 0},    {line(0, 0, 1, 1), 2, 0, 2},       {line(0, 1, 1, 1), 2, 1, 2},
+              {line(0, 2, -s, -s), 2, 1, 1},     {line(0, 2 + off, 1, 1), 2, 1, 0}, {line(0, 1, 1, 1 + 1e-6), 2, 2, 2},
+              {line(0, 1, 1, 0), 2, 2, 1}};
+  int k = 0;
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.line.IntersectWith(ellipse, &p, &q), row.ofEllipse) << k;
+    EXPECT_EQ(row.line.IntersectWith(hyperbola, &p, &q), row.ofHyperbola) << k;
+    EXPECT_EQ(row.line.IntersectWith(parabola, &p, &q), row.ofParabola) << k++;
+  }
+  EXPECT_TRUE(line(0, 1, -1, 0).IntersectWith(parabola, &p, &q) == 1 && p.IsEqual(CNuPoint(0.125, 1), 1e-15));
+  EXPECT_TRUE(line(0, 1, -1, 0).IntersectWith(hyperbola, &p, &q) == 2 && p.x() > q.x());
+}
+
+TEST(Conics, SamplesLieOnTheCurveFromEndToEnd) {
+  const CNuVector x(0, 1, 0), normal(1, 0, 0);
+  const CNuPoint origin(10, 20, 30);
+  const CNuEllipse ellipse(5, 3, origin, x, normal);
+  const CNuHyperbola hyperbola(5, 3, origin, x, normal);
+  const CNuParabola parabola(2, origin, x, normal);
+  const CNuPointArray round = ellipse.ToPointArray(9);
+  ASSERT_EQ(round.GetSize(), 9);
+  EXPECT_TRUE(round[0].IsEqual(CNuPoint(10, 25, 30), 1e-300) && round[2].IsEqual(CNuPoint(10, 20, 33), 1e-14));
+  EXPECT_EQ(round[8].DistanceTo(round[0]), 0.0);
+  EXPECT_TRUE(ellipse.ToPolyline(2).GetSize() == 2 && ellipse.ToPolyline(100).IsClosed(1e-300));
+  for (const int part : {0, 1}) {
+    const double sign = part == 0 ? 1.0 : -1.0;
+    const CNuPolyline branch = hyperbola.ToPolyline(7, -1.5, 2.5, part);
+    const CNuPointArray side = parabola.ToPointArray(7, -3, 6, part);
+    for (int i = 0; i < 7; ++i) {
+      EXPECT_LE(branch[i].DistanceTo(hyperbola), 1e-13);
+      EXPECT_LE(side[i].DistanceTo(parabola), 1e-13);
+    }
+    EXPECT_LE(branch[6].DistanceTo(CNuPoint(10, 20 + sign * 5 * std::cosh(2.5), 30 + 3 * std::sinh(2.5))), 1e-13);
+    EXPECT_LE(branch[0].DistanceTo(CNuPoint(10, 20 + sign * 5 * std::cosh(1.5), 30 - 3 * std::sinh(1.5))), 1e-13);
+    EXPECT_LE(side[6].DistanceTo(CNuPoint(10, 26, 30 + sign * 2 * std::sqrt(12.0))), 1e-14);
+    EXPECT_EQ(side[0].DistanceTo(origin), 0.0) << "the part of the range that exists";
+    EXPECT_EQ(hyperbola.ToPointArray(3, -800, 800, part).GetSize(), 1) << "the vertex; the rest overflows";
+  }
+  const struct {
+    int n;
+    double t0, t1;
+    int part, ofHyperbola, ofParabola;
+  } rows[] = {{1, 0, 1, 0, 12, 12},    {2, kNan, 1, 0, 14, 14}, {2, 0, kInfinity, 0, 14, 14}, {2, 1, 1, 0, 15, 15},
+              {2, 2, 1, 5, 15, 15},    {2, 0, 1, 2, 14, 14},    {2, -2, -1, 0, 0, 14},        {2, -1, 0, 1, 0, 0},
+              {2, 800, 900, 0, 14, 0}, {0, kNan, 1, 7, 12, 12}};
+  const auto expected = [](int cause, const char* name) {
+    if (cause == 0) return std::string("nothing");
+    return "operation " + std::to_string(cause) + " conversion|" + name + "::ToPolyline/PointArray() [0,0]";
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(FailureOf([&] { hyperbola.ToPolyline(row.n, row.t0, row.t1, row.part); }),
+              expected(row.ofHyperbola, "CNuHyperbola"));
+    EXPECT_EQ(FailureOf([&] { parabola.ToPolyline(row.n, row.t0, row.t1, row.part); }),
+              expected(row.ofParabola, "CNuParabola"));
+  }
+  EXPECT_EQ(FailureOf([&] { ellipse.ToPolyline(1); }), expected(12, "CNuEllipse"));
+}
+
+}  // namespace
