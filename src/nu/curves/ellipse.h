@@ -3,6 +3,7 @@
 
 #include "nu/curves/curve.h"
 #include "nu/export.h"
+#include "nu/geometry/fit_result.h"
 #include "nu/geometry/point.h"
 #include "nu/linalg/vector.h"
 
@@ -36,6 +37,22 @@ class NU_EXPORT CNuEllipse : public CNuCurve {
   // the first again. n < 2: CNuOperationException cause 12.
   CNuPointArray ToPointArray(int n) const;
   CNuPolyline ToPolyline(int n) const;
+
+  // Least-squares ellipse in the least-squares plane of the points: the sum of the squared orthogonal distances in that
+  // plane is least. Direct algebraic fits start it, damped Gauss-Newton steps (S. J. Ahn, W. Rauh,
+  // H.-J. Warnecke, Pattern Recognition 34, 2001) refine it.
+  // The fit ends with a step, taken all the same, whose squared length is below NuGetTol(), relative to a size below 1,
+  // or that is down to rounding. `formError` receives the largest minus the smallest signed distance, `sumSquares` the
+  // sum of the squared ones. CNuBestfitException, for which the ellipse and the outputs stay as they were: cause 13
+  // (size 0) for a limit below 1, before all else; cause 1 (size 5) below five points; cause 2 (size 5) without five
+  // that are NuGetLengthTol() apart; cause 3 of the plane, named "CNuPlane"; cause 11 (size 0) for coordinates that are
+  // not finite, points that no ellipse fits and whatever else fails on the way; cause 12 (size 0) when no step before
+  // the last permitted one ended the fit, or after 100 000. FitEx throws cause 13 only: NuFitNoConvergence stands for
+  // cause 12, NuFitFailure for every other failure.
+  void Fit(const CNuPointArray& points, long maxIter);
+  void Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
+  ENuFitResult FitEx(const CNuPointArray& points, long maxIter);
+  ENuFitResult FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
 
  private:
   double m_a;

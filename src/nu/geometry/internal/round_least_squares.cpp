@@ -4,8 +4,7 @@
 
 #include "nu/geometry/internal/lanes.h"
 #include "nu/geometry/internal/small_cholesky.h"
-#include "nu/geometry/internal/small_svd.h"
-#include "nu/linalg/internal/tall_qr.h"
+#include "nu/geometry/internal/small_systems.h"
 
 // Start. The centre c and q = r^2 - |c|^2 that minimise the sum of (|p|^2 - 2 c . p - q)^2 (I. Kasa, IEEE Trans.
 // Instrum. Meas. 25, 1976). With the points p relative to their mean M the system falls apart:
@@ -426,7 +425,6 @@ GaussNewtonStep RoundLeastSquares<D>::SolveStep() {
   return step;
 }
 
-// The step of least length, in columns of unit length, by orthogonal reduction.
 template<int D>
 bool RoundLeastSquares<D>::SolveByRows(double (&step)[kUnknowns]) {
   TallReduction reduction(kUnknowns + 1);
@@ -440,24 +438,7 @@ bool RoundLeastSquares<D>::SolveByRows(double (&step)[kUnknowns]) {
     }
   });
   reduction.Finish();
-  double scaled[kUnknowns][kUnknowns] = {};
-  double norm[kUnknowns];
-  for (int j = 0; j < kUnknowns; ++j) {
-    norm[j] = 0.0;
-    for (int i = 0; i <= j; ++i) norm[j] = std::hypot(norm[j], reduction.R(i, j));
-    for (int i = 0; i <= j && norm[j] > 0.0; ++i) scaled[j][i] = reduction.R(i, j) / norm[j];
-  }
-  const SmallSvd<kUnknowns> svd = SvdOfColumns(scaled);
-  if (!std::isfinite(svd.value[0])) return false;
-  std::fill_n(step, kUnknowns, 0.0);
-  for (int k = 0; k < kUnknowns; ++k) {
-    if (!(svd.value[k] > kUnknowns * kEpsilon * svd.value[0])) break;
-    double part = 0.0;
-    for (int i = 0; i < kUnknowns; ++i) part += svd.work[k][i] * reduction.R(i, kUnknowns);
-    for (int j = 0; j < kUnknowns; ++j)
-      if (norm[j] > 0.0) step[j] += svd.axis[k][j] * (part / svd.value[k] / svd.value[k]) / norm[j];
-  }
-  return true;
+  return SolveReduced(reduction, step);
 }
 
 template<int D>

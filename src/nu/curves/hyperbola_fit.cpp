@@ -1,0 +1,40 @@
+#include "nu/curves/hyperbola.h"
+#include "nu/curves/internal/conic_fit.h"
+
+// Least-squares hyperbola in the least-squares plane of the points.
+
+namespace {
+
+constexpr const char* kName = "CNuHyperbola";
+constexpr int kLeastPoints = 5;
+constexpr int kLeastDistinct = 5;
+
+}  // namespace
+
+void CNuHyperbola::Fit(const CNuPointArray& points, long maxIter) {
+  Fit(points, nullptr, nullptr, maxIter);
+}
+
+void CNuHyperbola::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+  nu::internal::RequireIterations(maxIter, kName);
+  nu::internal::TranslateForeign(kName, [&] {
+    nu::internal::RequireCount(points, kLeastPoints, kName);
+    nu::internal::RequireDistinct(points, kLeastDistinct, kName);
+    const auto found = nu::internal::FitConic<nu::internal::Hyperbola2>(points, kName, formError != nullptr, maxIter);
+    SetPosition(ToPoint(found.origin), ToVector(found.xAxis), found.normal);
+    m_a = found.curve.a;
+    m_b = found.curve.b;
+    if (formError == nullptr) return;
+    *formError = found.deviations.largest - found.deviations.smallest;
+    *sumSquares = found.deviations.sumSquares;
+  });
+}
+
+ENuFitResult CNuHyperbola::FitEx(const CNuPointArray& points, long maxIter) {
+  return FitEx(points, nullptr, nullptr, maxIter);
+}
+
+ENuFitResult CNuHyperbola::FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+  nu::internal::RequireIterations(maxIter, kName);
+  return nu::internal::ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
+}

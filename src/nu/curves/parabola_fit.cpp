@@ -1,0 +1,40 @@
+#include "nu/curves/internal/conic_fit.h"
+#include "nu/curves/parabola.h"
+
+// Least-squares parabola in the least-squares plane of the points. It has four parameters, so four distinct points say
+// where it is; that five points are asked for all the same is required, as hosts rely on one count for all conics.
+
+namespace {
+
+constexpr const char* kName = "CNuParabola";
+constexpr int kLeastPoints = 5;
+constexpr int kLeastDistinct = 4;
+
+}  // namespace
+
+void CNuParabola::Fit(const CNuPointArray& points, long maxIter) {
+  Fit(points, nullptr, nullptr, maxIter);
+}
+
+void CNuParabola::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+  nu::internal::RequireIterations(maxIter, kName);
+  nu::internal::TranslateForeign(kName, [&] {
+    nu::internal::RequireCount(points, kLeastPoints, kName);
+    nu::internal::RequireDistinct(points, kLeastDistinct, kName);
+    const auto found = nu::internal::FitConic<nu::internal::Parabola2>(points, kName, formError != nullptr, maxIter);
+    SetPosition(ToPoint(found.origin), ToVector(found.xAxis), found.normal);
+    m_f = found.curve.f;
+    if (formError == nullptr) return;
+    *formError = found.deviations.largest - found.deviations.smallest;
+    *sumSquares = found.deviations.sumSquares;
+  });
+}
+
+ENuFitResult CNuParabola::FitEx(const CNuPointArray& points, long maxIter) {
+  return FitEx(points, nullptr, nullptr, maxIter);
+}
+
+ENuFitResult CNuParabola::FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+  nu::internal::RequireIterations(maxIter, kName);
+  return nu::internal::ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
+}
