@@ -106,7 +106,8 @@ class NU_EXPORT CNuPoint : public CNuObject {
   // Inside or outside a circle or a conic, whose inside holds the foci; away from the plane that is decided by the
   // projection on it. Other geometry: cause 45.
   CNuGeometry::ECurveSideType CurveSide(const CNuGeometry& curve, double tol) const;
-  // Inside or outside a sphere or a cylinder; of a plane, outside is where the normal points to. Other geometry: cause 45.
+  // Inside or outside a sphere or a cylinder; of a plane, outside is where the normal points to. Other geometry:
+  // cause 45.
   CNuGeometry::ESurfaceSideType SurfaceSide(const CNuGeometry& surface, double tol) const;
 
   void Translate(double dx, double dy, double dz) {
