@@ -51,7 +51,8 @@ Cloud Scatter(int n, std::uint64_t seed, Draw draw) {
   return cloud;
 }
 
-// Measured features: a plate, an edge, three quarters of a bore's section, a ball seen from above; 5 um of noise.
+// Measured features: a plate, an edge, three quarters of a bore's section, a ball seen from above, a shaft; 5
+// um of noise.
 inline constexpr double kNoise = 0.005;
 
 inline Cloud Plate(int n) {
@@ -72,6 +73,12 @@ inline Xyz OnSphere(Dice& d, double radius, double lowest) {
 }
 inline Cloud Dome(int n) {
   return Scatter(n, 104, [](Dice& d) { return OnSphere(d, 12.5 + d.Normal(kNoise), 0.0); });
+}
+inline Cloud Shaft(int n) {
+  return Scatter(n, 115, [](Dice& d) {
+    const double turn = d.Between(0, kTwoPi), radius = 18 + d.Normal(kNoise);
+    return OnTable(radius * std::cos(turn), radius * std::sin(turn), d.Between(0, 60));
+  });
 }
 
 // Sets for the operations on points: filled, hollow, planar, on a line, on a plane, with near copies.

@@ -4,6 +4,7 @@
 #include "nu/curves/circle.h"
 #include "nu/geometry/line.h"
 #include "nu/geometry/plane.h"
+#include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/sphere.h"
 #include "question.h"
 
@@ -170,6 +171,89 @@ Numbers EigenSphere(const EigenCloud& points) {
   const Vector3d centre = mean + sphere.centre;
   return Report(sphere.radius, {centre.x(), centre.y(), centre.z()}, sphere.form, sphere.sumsq);
 }
+
+// The algebraic quadric with its constant fixed, then Gauss-Newton on the distances from the axis, both by normal
+// equations.
+struct EigenAxis {
+  explicit EigenAxis(const EigenCloud& cloud) : points(cloud), point(Vector3d::Zero()) {
+    for (const Vector3d& p : points) point += p;
+    const Vector3d mean = point /= static_cast<double>(points.size());
+    Start(mean);
+    double squaredStep = 1;
+    for (int step = 0; step < 100 && squaredStep > 1e-16; ++step) squaredStep = Improve();
+    Eigen::Index largest;
+    direction.cwiseAbs().maxCoeff(&largest);
+    if (direction(largest) < 0) direction = -direction;
+    point += direction * direction.dot(mean - point);
+    Judge();
+  }
+
+  void Start(const Vector3d& mean) {
+    using Nine = Eigen::Matrix<double, 9, 1>;
+    Eigen::Matrix<double, 9, 9> normal = Eigen::Matrix<double, 9, 9>::Zero();
+    Nine right = Nine::Zero();
+    for (const Vector3d& p : points) {
+      const Vector3d q = p - mean;
+      Nine row;
+      row << q.cwiseAbs2(), q.x() * q.y(), q.x() * q.z(), q.y() * q.z(), q;
+      normal += row * row.transpose();
+      right -= row;
+    }
+    const Nine s = normal.ldlt().solve(right);
+    Matrix3d quadratic;
+    quadratic << s(0), s(3) / 2, s(4) / 2, s(3) / 2, s(1), s(5) / 2, s(4) / 2, s(5) / 2, s(2);
+    const Eigen::SelfAdjointEigenSolver<Matrix3d> solver(quadratic);
+    const Vector3d values = solver.eigenvalues();
+    const int apart = values(1) - values(0) >= values(2) - values(1) ? 0 : 2;
+    direction = solver.eigenvectors().col(apart);
+    for (const int k : {1, 2 - apart}) {
+      const Vector3d axis = solver.eigenvectors().col(k);
+      point -= axis * (axis.dot(s.tail<3>()) / (2 * values(k)));
+    }
+    for (const Vector3d& p : points) radius += direction.cross(p - point).norm();
+    radius /= static_cast<double>(points.size());
+  }
+
+  double Improve() {
+    using Five = Eigen::Matrix<double, 5, 1>;
+    const Vector3d e1 = direction.unitOrthogonal(), e2 = direction.cross(e1);
+    Eigen::Matrix<double, 5, 5> normal = Eigen::Matrix<double, 5, 5>::Zero();
+    Five right = Five::Zero();
+    for (const Vector3d& p : points) {
+      const Vector3d w = p - point;
+      const double along = w.dot(direction), x = w.dot(e1), y = w.dot(e2), distance = std::sqrt(x * x + y * y);
+      Five row;
+      row << x / distance, y / distance, along * x / distance, along * y / distance, 1;
+      normal += row * row.transpose();
+      right += (distance - radius) * row;
+    }
+    const Five step = normal.ldlt().solve(right);
+    point += step(0) * e1 + step(1) * e2;
+    direction = (direction + step(2) * e1 + step(3) * e2).normalized();
+    radius += step(4);
+    return step.squaredNorm();
+  }
+
+  void Judge() {
+    double least = 1e300, largest = -1e300;
+    for (const Vector3d& p : points) {
+      const double e = direction.cross(p - point).norm() - radius;
+      sumsq += e * e;
+      least = std::min(least, e);
+      largest = std::max(largest, e);
+    }
+    form = largest - least;
+  }
+
+  const EigenCloud& points;
+  Vector3d point, direction;
+  double radius = 0, form = 0, sumsq = 0;
+};
+
+Numbers EigenCylinder(const EigenCloud& points) {
+  const EigenAxis axis(points);
+  return Report(axis.radius, {axis.point.x(), axis.point.y(), axis.point.z()}, axis.form, axis.sumsq);
+}
 #endif
 
 template<class Peer, class Fit>
@@ -182,7 +266,8 @@ void AskFit(const char* name, Cloud (*make)(int), Fit fit, [[maybe_unused]] Peer
   question.Over(kSizes);
 }
 #ifndef NU_BENCH_EIGEN
-constexpr std::nullptr_t EigenLine = nullptr, EigenPlane = nullptr, EigenCircle = nullptr, EigenSphere = nullptr;
+constexpr std::nullptr_t EigenLine = nullptr, EigenPlane = nullptr, EigenCircle = nullptr, EigenSphere = nullptr,
+                         EigenCylinder = nullptr;
 #endif
 
 const auto kLine = [](const CNuPointArray& points) {
@@ -209,12 +294,19 @@ const auto kSphere = [](const CNuPointArray& points) {
   sphere.Fit(points, &form, &sumsq, kSteps);
   return Report(sphere.GetRadius(), sphere.GetCentre(), form, sumsq);
 };
+const auto kCylinder = [](const CNuPointArray& points) {
+  double form, sumsq;
+  CNuCylSurf cylinder(1.0);
+  cylinder.Fit(points, &form, &sumsq, kSteps);
+  return Report(cylinder.GetRadius(), cylinder.GetAxis().GetPoint(), form, sumsq);
+};
 
 const bool kAsked = [] {
   AskFit("fit_line", bench::Edge, kLine, EigenLine);
   AskFit("fit_plane", bench::Plate, kPlane, EigenPlane);
   AskFit("fit_circle", bench::Bore, kCircle, EigenCircle);
   AskFit("fit_sphere", bench::Dome, kSphere, EigenSphere);
+  AskFit("fit_cylinder", bench::Shaft, kCylinder, EigenCylinder);
   return true;
 }();
 
