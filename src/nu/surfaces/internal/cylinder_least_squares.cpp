@@ -40,14 +40,20 @@ constexpr double kUndetermined = 64.0 * kEpsilon;
 // A step that moves the deviations by no more than this many roundings of the coordinates is noise.
 constexpr double kNoise = 16.0 * kEpsilon;
 
-// Damping after the first step uphill, and its change after further ones and after steps downhill.
-constexpr double kFirstDamping = 1e-3;
-constexpr double kMoreDamping = 10.0;
+// Damping after the first step that leads uphill or gains too small a part of what was predicted, its change after
+// further ones, and after steps that gain nearly all of it.
+constexpr double kFirstDamping = 1e-2;
+constexpr double kMoreDamping = 5.0;
 constexpr double kLessDamping = 0.1;
 constexpr double kLeastDamping = 1e-7;
+constexpr double kPoorGain = 0.4;
+constexpr double kGoodGain = 0.75;
 
-// A descent ends with a step that would lower the sum of squares by less than this part.
+// A descent ends with a step that would lower the sum of squares by less than this part. Where each step gains not much
+// less than the one before, as on flat and rough parts, many more lie ahead, and it goes on.
 constexpr double kWorthAPass = 1e-9;
+constexpr double kFast = 1e-3;
+constexpr double kWorthASlowPass = 1e-18;
 
 constexpr int kColumns = 4;  // for shift, height and the tilts; that for the rise is constant
 // Their sums, their products, their products with the deviation; the deviation and its square; z, |p - M|^2.
@@ -242,6 +248,14 @@ void CylinderLeastSquares::Damp(double (&step)[kUnknowns]) const {
   if (SolvePositive(heavier, m_system.right, shorter) > 0.0) std::copy_n(shorter, kUnknowns, step);
 }
 
+// On rough parts full steps may swing from one side of the minimum to the other; as long as they do, they stay damped.
+void CylinderLeastSquares::AdaptDamping(double sumSquares) {
+  const double gained = m_system.sumSquares - sumSquares;
+  if (m_predicted <= kNoise * std::sqrt(m_system.sumSquares * m_system.spread)) return;  // rounding hides it
+  if (gained < kPoorGain * m_predicted) m_damping = std::max(kFirstDamping, kMoreDamping * m_damping);
+  if (gained > kGoodGain * m_predicted) m_damping = m_damping > kLeastDamping ? kLessDamping * m_damping : 0.0;
+}
+
 GaussNewtonStep CylinderLeastSquares::SolveStep() {
   System system = SumSystem();
   GaussNewtonStep step;
@@ -254,10 +268,10 @@ GaussNewtonStep CylinderLeastSquares::SolveStep() {
     m_deviationsAreCurrent = false;
   } else {
     if (!std::isfinite(system.sumSquares)) return step;
+    if (m_hasBest) AdaptDamping(system.sumSquares);
     m_best = m_model;
     m_system = system;
     m_hasBest = true;
-    m_damping = m_damping > kLeastDamping ? kLessDamping * m_damping : 0.0;
   }
   step.solvable = Solve(m_step);
   // Convergence is judged by the full step: a damped one is short without having arrived.
@@ -268,6 +282,11 @@ GaussNewtonStep CylinderLeastSquares::SolveStep() {
   step.squaredLength /= m_points.Scale() * m_points.Scale();
   step.atRoundingLevel = gain <= RoundingLevel();
   if (m_damping > 0.0) Damp(m_step);
+  m_predicted = 0.0;
+  for (int i = 0; i < kUnknowns; ++i) {
+    m_predicted += 2.0 * m_step[i] * m_system.right[i];
+    for (int j = 0; j < kUnknowns; ++j) m_predicted -= m_step[i] * m_system.product[i][j] * m_step[j];
+  }
   return step;
 }
 
@@ -317,16 +336,19 @@ void CylinderLeastSquares::TakeStep() {
   m_deviationsAreCurrent = false;
 }
 
-void CylinderLeastSquares::Descend(int mostSteps) {
+bool CylinderLeastSquares::Descend(int mostSteps) {
+  double previous = kInfinity;
   for (int k = 0; k < mostSteps; ++k) {
     const GaussNewtonStep step = SolveStep();
-    if (!step.solvable || !std::isfinite(step.squaredLength) || step.atRoundingLevel) break;
-    double gain = 0.0;
-    for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * m_system.right[j];
-    const bool enough = gain <= kWorthAPass * m_system.sumSquares;
+    if (!step.solvable || !std::isfinite(step.squaredLength) || step.atRoundingLevel) return true;
+    const double gain = m_predicted;
+    const bool fast = m_damping == 0.0 && gain <= kFast * previous;
+    const bool enough = gain <= (fast ? kWorthAPass : kWorthASlowPass) * m_system.sumSquares;
+    previous = gain;
     TakeStep();
-    if (enough && m_damping == 0.0) break;
+    if (enough) return true;
   }
+  return false;
 }
 
 Deviations CylinderLeastSquares::DeviationsNow() {

@@ -34,8 +34,8 @@ class CylinderLeastSquares {
   GaussNewtonStep SolveStep();
   void TakeStep();
 
-  // Goes downhill by at most so many steps, until one is not worth its pass.
-  void Descend(int mostSteps);
+  // Goes downhill by at most so many steps, until one is not worth its pass. False when there were not enough of them.
+  bool Descend(int mostSteps);
 
   // From the current cylinder; known already after a step that was not taken.
   Deviations DeviationsNow();
@@ -61,6 +61,7 @@ class CylinderLeastSquares {
   bool Solve(double (&step)[kUnknowns]);
   bool SolveByRows(double (&step)[kUnknowns]);
   void Damp(double (&step)[kUnknowns]) const;
+  void AdaptDamping(double sumSquares);
 
   PointBlocks& m_points;
   CylinderModel m_model;
@@ -69,6 +70,7 @@ class CylinderLeastSquares {
   System m_system;
   bool m_hasBest = false;
   double m_damping = 0.0;
+  double m_predicted = 0.0;  // by how much the last step should have lowered the sum of squares
   double m_step[kUnknowns] = {};
   bool m_determined = false;
   Deviations m_deviations;

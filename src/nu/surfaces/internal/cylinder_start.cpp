@@ -31,7 +31,7 @@ constexpr std::size_t kFewPoints = 12;
 
 // Steps of a refinement that is compared with others, and of the one that is kept.
 constexpr int kTrialSteps = 30;
-constexpr int kFinalSteps = 100;
+constexpr int kFinalSteps = 1000;
 
 // Directions of each kind, of which so many are refined, no two closer than this cosine as the kind sees them.
 constexpr int kDirections = 64;
@@ -202,8 +202,8 @@ class CylinderSearch {
   CylinderSearch(const FourthMoments& moments, PointBlocks& points, CylinderLeastSquares& fit)
       : m_moments(moments), m_judge(moments), m_points(points), m_fit(fit) {}
 
-  // In the frame of the blocks.
-  void Try(const Vec3& direction, int steps);
+  // In the frame of the blocks. False when the cylinder could be refined further.
+  bool Try(const Vec3& direction, int steps);
   void TryAll(const QuadricAxes& quadric);
   bool IsClear() const;
   void Keep();
@@ -228,19 +228,21 @@ bool CylinderSearch::Improves(double sumSquares, double radius) const {
   return sumSquares < m_sumSquares;
 }
 
-void CylinderSearch::Try(const Vec3& direction, int steps) {
+bool CylinderSearch::Try(const Vec3& direction, int steps) {
   const auto& axis = m_moments.axis;
   const Vec3 local = Unit({Dot(direction, axis[0]), Dot(direction, axis[1]), Dot(direction, axis[2])});
   const DirectionJudge::Circle circle = m_judge.CircleAcross(local);
   m_fit.Place(
       CylinderAbout(m_moments.mean, Unit(m_moments.Along(local)), m_moments.Along(circle.centre), circle.radius));
-  m_fit.Descend(steps);
+  const bool settled = m_fit.Descend(steps);
   const double scale = m_points.Scale();
   const double sumSquares = m_fit.DeviationsNow().sumSquares * scale * scale;
   const CylinderModel& found = m_fit.Model();
-  if (!Improves(sumSquares, found.height + found.rise)) return;
-  m_best = found;
-  m_sumSquares = sumSquares;
+  if (Improves(sumSquares, found.height + found.rise)) {
+    m_best = found;
+    m_sumSquares = sumSquares;
+  }
+  return settled;
 }
 
 bool CylinderSearch::IsClear() const {
@@ -291,11 +293,10 @@ bool StartCylinder(PointBlocks& points, CylinderLeastSquares& fit) {
   const QuadricAxes quadric = FindQuadricAxes(moments);
   if (!quadric.solvable) return false;
   CylinderSearch search(moments, points, fit);
-  search.Try(quadric.axis[0], kTrialSteps);
-  if (!search.IsClear()) {
-    search.TryAll(quadric);
-    search.Keep();
-  }
+  const bool settled = search.Try(quadric.axis[0], kTrialSteps);
+  const bool clear = search.IsClear();
+  if (!clear) search.TryAll(quadric);
+  if (!clear || !settled) search.Keep();
   return true;
 }
 
