@@ -1,9 +1,9 @@
 #include <cmath>
 
 #include "nu/curves/circle.h"
+#include "nu/curves/internal/carrier_plane.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/round_least_squares.h"
-#include "nu/geometry/plane.h"
 
 // Least-squares circle. The carrier plane is the least-squares plane of the points; in it, with the points projected
 // onto the in-plane axes X and Y, the centre (a, b) and the radius r minimise the sum of
@@ -36,18 +36,6 @@ struct Solution {
   double radius = 0.0;
   Deviations deviations;
 };
-
-// The plane's refusals keep its name; a numerical failure is this fit's own.
-CNuPlane CarrierPlane(const CNuPointArray& pts) {
-  CNuPlane plane;
-  try {
-    plane.Fit(pts);
-  } catch (const CNuBestfitException& failure) {
-    if (failure.GetCause() == nu::internal::kNumericalFailure) FailFit(nu::internal::kNumericalFailure, kName);
-    throw;
-  }
-  return plane;
-}
 
 // From the first point, which is on the circle.
 Solution CircleThroughThree(const CNuPointArray& pts, const Axes& axes) {
@@ -92,7 +80,7 @@ void CNuCircle::Fit(const CNuPointArray& pts, long maxiter) {
 void CNuCircle::Fit(const CNuPointArray& pts, double* form, double* sumsq, long maxiter) {
   nu::internal::RequireIterations(maxiter, kName);
   nu::internal::TranslateForeign(kName, [&] {
-    const CNuPlane plane = CarrierPlane(pts);
+    const CNuPlane plane = nu::internal::CarrierPlane(pts, kName);
     Axes axes{{}, {}, plane.GetNormal()};
     axes.normal.OrthonormalXY(&axes.x, &axes.y);
     const bool exact = pts.GetSize() == kLeastPoints;

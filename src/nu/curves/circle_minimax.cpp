@@ -82,7 +82,7 @@ Placement CircleOnLongestEdge(const CNuPointArray& pts) {
 
 // The points are known to be finite and, within `tol`, not on one line: the plane's only failure is a numerical one.
 // The tolerance of the circle decides in its plane, too, which points are on one line.
-CNuPlane CarrierPlane(const CNuPointArray& pts, double tol, double* form) {
+CNuPlane FlatCarrier(const CNuPointArray& pts, double tol, double* form) {
   const LengthToleranceScope scope(tol);
   CNuPlane plane;
   double sumsq;
@@ -103,7 +103,7 @@ PlaneFrame FrameOf(const CNuPointArray& pts, double tol) {
   frame.normal = CNuVector(0.0, 0.0, 1.0);
   frame.form = 0.0;
   if (!flatness.flat) {
-    const CNuPlane plane = CarrierPlane(pts, tol, &frame.form);
+    const CNuPlane plane = FlatCarrier(pts, tol, &frame.form);
     frame.origin = Components(plane.GetPoint());
     frame.normal = plane.GetNormal();
   }

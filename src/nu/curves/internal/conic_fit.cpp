@@ -4,8 +4,8 @@
 #include <limits>
 #include <vector>
 
+#include "nu/curves/internal/carrier_plane.h"
 #include "nu/curves/internal/conic_least_squares.h"
-#include "nu/geometry/plane.h"
 
 namespace nu::internal {
 namespace {
@@ -17,18 +17,6 @@ constexpr std::size_t kSampleSize = 4096;
 // A sample need not be fitted closer than it tells about all points.
 constexpr double kSampleTolerance = 1e-14;
 constexpr long kSampleSteps = 30;
-
-// The plane's refusals keep its name; a numerical failure is this fit's own.
-CNuPlane CarrierPlane(const CNuPointArray& points, const char* name) {
-  CNuPlane plane;
-  try {
-    plane.Fit(points);
-  } catch (const CNuBestfitException& failure) {
-    if (failure.GetCause() == kNumericalFailure) FailFit(kNumericalFailure, name);
-    throw;
-  }
-  return plane;
-}
 
 // One point from each of as many runs of consecutive points, at places that no regular scan shares (multiplicative
 // hashing by the golden ratio).
