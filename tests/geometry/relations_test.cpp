@@ -140,6 +140,20 @@ TEST(Intersections, OfLinesAndPlanesLieOnBoth) {
       EXPECT_LT(on.DistanceTo(plane) + on.DistanceTo(other), tol);
     }
     EXPECT_LT(common.GetPoint().DistanceTo(place.base), 200 * place.size);
+    // Of normals that are nearly parallel the product has few places left.
+    const double tilt = std::pow(10.0, place.random.Uniform(-7, -1));
+    const CNuPlane tilted(plane.GetPoint(), plane.GetNormal() + tilt * place.Direction());
+    const CNuCircle rim(place.size, plane.GetPoint(), plane.GetNormal());
+    CNuPoint ends[2];
+    EXPECT_EQ(rim.IntersectWith(tilted, &ends[0], &ends[1]), 2);
+    EXPECT_LT(ends[0].DistanceTo(rim) + ends[1].DistanceTo(rim), tol);
+    EXPECT_EQ(plane.IntersectWith(tilted, &common), 1);
+    for (const CNuPoint& on : {ends[0], ends[1], Along(common.GetPoint(), common.GetDirection(), place.size)}) {
+      EXPECT_LT(on.DistanceTo(plane) + on.DistanceTo(tilted), tol) << tilt;
+    }
+    // A line that crosses another one next to parallel, seen from far along it.
+    const CNuLine flat(Along(p, first.GetDirection(), place.size), first.GetDirection() + tilt * place.Direction());
+    EXPECT_LT(first.DistanceTo(flat), tol) << tilt;
   });
 }
 
@@ -257,6 +271,14 @@ TEST(Distances, OfLineAndCircleAreTheLeastOnes) {
     }
     EXPECT_LT(lines[1].DistanceTo(circle) + lines[2].DistanceTo(circle), 100 * place.rounding);
     EXPECT_NEAR(lines[4].DistanceTo(circle), circle.GetRadius(), 100 * place.rounding);
+    // One through the rim, hardly off the plane.
+    CNuPoint p, q;
+    const double tilt = std::pow(10.0, place.random.Uniform(-16, -2));
+    const CNuLine flat(rim[50], (rim[900] - rim[50]).To3DVector() + (tilt * place.size) * circle.GetNormal());
+    const int met = flat.IntersectWith(circle, &p, &q);
+    ASSERT_GE(met, 1) << tilt;
+    for (const CNuPoint& on : {p, met > 1 ? q : p})
+      EXPECT_LT(on.DistanceTo(circle) + on.DistanceTo(flat), 1e-11 + 100 * place.rounding);
   });
   CNuPoint p[2];
   EXPECT_EQ(CNuLine(CNuPoint(0, 0, 1), CNuVector(1, 0, 0)).ClosestPointsTo(CNuCircle(5), &p[0], &p[1]), 2);

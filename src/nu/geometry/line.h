@@ -71,8 +71,8 @@ class NU_EXPORT CNuLine : public CNuGeometry {
 
   // The points of this line that are closest to the other feature, in the order of the line; returns how many there
   // are: for a line one, or none when they are parallel within NuGetRadianTol(); for a circle two when both are equally
-  // close within NuGetLengthTol(), else one; for a sphere or a cylinder the points in which the line meets it, or else
-  // one, but none for a line that is parallel to the axis.
+  // close, and not the same, within NuGetLengthTol() or the rounding of the coordinates, else one; for a sphere or a
+  // cylinder the points in which the line meets it, or else one, but none for a line that is parallel to the axis.
   int ClosestPointsTo(const CNuLine& l, CNuPoint* p) const;
   int ClosestPointsTo(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const;
   int ClosestPointsTo(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2) const;

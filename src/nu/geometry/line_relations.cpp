@@ -39,6 +39,12 @@ Approach Approaching(const CNuLine& first, const CNuLine& second) {
   return ClosestApproach(DataOf(first), DataOf(second), NuGetRadianTol());
 }
 
+nu::internal::NearLine Nearest(const CNuLine& l, const CNuCircle& circle) {
+  const Line3 line = DataOf(l);
+  const auto data = DataOf(circle);
+  return ClosestTo(line, data, TouchTol(data.radius, line.point, data.centre));
+}
+
 CNuLine Bisector(const Line3& first, Vec3 secondPoint, Vec3 secondDirection) {
   const Vec3 sum = first.direction + secondDirection;
   const double s = Dot(first.point - secondPoint, sum) / Dot(secondDirection, sum);
@@ -110,7 +116,7 @@ double CNuLine::DistanceTo(const CNuLine& l) const {
 }
 
 double CNuLine::DistanceTo(const CNuCircle& circle) const {
-  return ClosestTo(DataOf(*this), DataOf(circle), NuGetLengthTol()).distance;
+  return Nearest(*this, circle).distance;
 }
 
 double CNuLine::DistanceTo(const CNuPlane& pl) const {
@@ -136,7 +142,7 @@ int CNuLine::ClosestPointsTo(const CNuLine& l, CNuPoint* p) const {
 }
 
 int CNuLine::ClosestPointsTo(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const {
-  return Store(ClosestTo(DataOf(*this), DataOf(circle), NuGetLengthTol()).points, p1, p2);
+  return Store(Nearest(*this, circle).points, p1, p2);
 }
 
 int CNuLine::ClosestPointsTo(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2) const {

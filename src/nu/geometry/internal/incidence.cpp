@@ -20,12 +20,25 @@ Points2 OnLine(const Line3& line, double foot, const Chord& chord) {
   return points;
 }
 
-// A line across the plane of the circle.
+bool IsOn(Vec3 p, const Circle3& circle, double tol) {
+  return std::fabs(Dot(p - circle.centre, circle.normal)) <= tol &&
+         std::fabs(Norm(p - circle.centre) - circle.radius) <= tol;
+}
+
+// A line across the plane of the circle. A flat one that passes the circle within the tolerance may pierce the plane
+// far from it, but not the sphere around the circle.
 Points2 Pierce(const Line3& line, const Circle3& circle, double height, double slope, double tol) {
   Points2 points;
   if (slope == 0.0) return points;
   const Vec3 p = line.At(-height / slope);
-  if (std::fabs(Norm(p - circle.centre) - circle.radius) <= tol) points.Add(p);
+  if (IsOn(p, circle, tol)) {
+    points.Add(p);
+    return points;
+  }
+  const Points2 onSphere = MeetSphere(line, circle.centre, circle.radius, tol);
+  for (int i = 0; i < onSphere.count; ++i) {
+    if (IsOn(onSphere.at[i], circle, tol)) points.Add(onSphere.at[i]);
+  }
   return points;
 }
 
@@ -52,11 +65,6 @@ Points2 MeetInPlane(const Circle3& first, const Circle3& second, double tol) {
   return points;
 }
 
-bool IsOn(Vec3 p, const Circle3& circle, double tol) {
-  return std::fabs(Dot(p - circle.centre, circle.normal)) <= tol &&
-         std::fabs(Norm(p - circle.centre) - circle.radius) <= tol;
-}
-
 void AddIfNew(Vec3 p, double tol, Points2& points) {
   if (points.count == 2) return;
   if (points.count == 1 && LargestComponent(p - points.at[0]) <= tol) return;
@@ -68,8 +76,7 @@ void AddIfNew(Vec3 p, double tol, Points2& points) {
 // With w from the first point to the second and n = d1 x d2, the approach solves w + t2 d2 - t1 d1 = h n.
 Approach ClosestApproach(const Line3& first, const Line3& second, double radianTol) {
   const Vec3 w = second.point - first.point;
-  const Vec3 n = Cross(first.direction, second.direction);
-  const double sine = Norm(n);
+  const double sine = Sine(first.direction, second.direction);
   Approach approach;
   if (IsParallel(sine, radianTol)) {
     approach.parallel = true;
@@ -77,7 +84,7 @@ Approach ClosestApproach(const Line3& first, const Line3& second, double radianT
     approach.distance = Norm(Rejection(w, first.direction));
     return approach;
   }
-  const Vec3 unit = (1.0 / sine) * n;
+  const Vec3 unit = UnitAcross(first.direction, second.direction);
   approach.alongFirst = Dot(Cross(w, second.direction), unit) / sine;
   approach.alongSecond = Dot(Cross(w, first.direction), unit) / sine;
   approach.distance = std::fabs(Dot(w, unit));
@@ -120,12 +127,12 @@ Points2 MeetCylinder(const Line3& line, const Line3& axis, const Approach& appro
 // The trace of the plane in the plane of the circle runs along n x m; its distance from the centre is the height of the
 // centre over the plane divided by the sine between the normals.
 Points2 Meet(const Circle3& circle, const Plane3& plane, double tol) {
-  const Vec3 along = Cross(circle.normal, plane.normal);
-  const double sine = Norm(along);
+  const double sine = Sine(circle.normal, plane.normal);
   const double height = plane.Height(circle.centre);
   if (!(sine > 0.0) || std::fabs(height) + circle.radius * sine <= tol) return {};
-  const Vec3 uphill = Rejection(plane.normal, circle.normal);
-  const Line3 trace{circle.centre - (height / (sine * sine)) * uphill, (1.0 / sine) * along};
+  const Vec3 along = UnitAcross(circle.normal, plane.normal);
+  const Vec3 uphill = Cross(along, circle.normal);
+  const Line3 trace{circle.centre - (height / sine) * uphill, along};
   return OnLine(trace, 0.0, ChordAt(std::fabs(height) / sine, circle.radius, tol));
 }
 
@@ -150,17 +157,15 @@ Points2 Meet(const Circle3& first, const Circle3& second, double tol) {
   return common;
 }
 
-// The point of the line that is nearest to the middle of both points: M + a n1 + b n2 with heights of zero.
+// The point of the line that is nearest to the middle M of both points. With the unit vector t across n1 and the line,
+// n2 = cosine n1 + sine t; M - h1 n1 is in the first plane, and from there the second one is reached along t.
 Line3 Meet(const Plane3& first, const Plane3& second) {
-  const Vec3 along = Cross(first.normal, second.normal);
-  const double square = Dot(along, along);
-  const double cosine = Dot(first.normal, second.normal);
-  const Vec3 half = 0.5 * (second.point - first.point);
-  const double h1 = Dot(half, first.normal);
-  const double h2 = -Dot(half, second.normal);
-  const double a = (cosine * h2 - h1) / square;
-  const double b = (cosine * h1 - h2) / square;
-  return {first.point + half + a * first.normal + b * second.normal, Unit(along)};
+  const Vec3 along = UnitAcross(first.normal, second.normal);
+  const Vec3 t = Cross(along, first.normal);
+  const Vec3 between = second.point - first.point;
+  const Vec3 inFirst = Rejection(0.5 * between, first.normal);
+  const double way = Dot(between - inFirst, second.normal) / Dot(second.normal, t);
+  return {first.point + (inFirst + way * t), along};
 }
 
 }  // namespace nu::internal

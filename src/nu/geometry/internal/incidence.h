@@ -49,6 +49,12 @@ inline bool IsParallel(double sine, double radianTol) {
   return !(sine > radianTol);
 }
 
+// The unit vector across two that are not parallel, along a x b. The product of nearly parallel ones has lost its last
+// places; without its part along the first it is at right angles to both again, to rounding.
+inline Vec3 UnitAcross(Vec3 a, Vec3 b) {
+  return Unit(Rejection(Unit(Cross(a, b)), a));
+}
+
 // Where two lines are closest; for parallel ones opposite the point of the first.
 struct Approach {
   bool parallel = false;
