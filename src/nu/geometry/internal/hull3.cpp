@@ -125,11 +125,12 @@ void Hull3::PlaceOnAnyFace(int point) {
   }
 }
 
-// Every turn makes one point a corner, for good or until it is covered.
+// Every turn makes one point a corner, for good or until it is covered. The oldest face comes first, so that the hull
+// grows on all sides alike: one half of two rings, done before the other, would hang on few corners of that in fans, of
+// which every further point sees a large part.
 void Hull3::Grow() {
-  while (!m_open.empty()) {
-    const int f = m_open.back();
-    m_open.pop_back();
+  for (std::size_t i = 0; i < m_open.size(); ++i) {
+    const int f = m_open[i];
     if (!m_faces[f].isAlive || m_outside[f].first < 0) continue;
     // Rounded heights may all vanish where exact ones do not.
     const int apex = m_outside[f].farthest >= 0 ? m_outside[f].farthest : m_outside[f].first;
@@ -137,6 +138,7 @@ void Hull3::Grow() {
     Cap(apex);
     Redistribute(apex);
   }
+  m_open.clear();
 }
 
 // The faces that see the apex, which hang together, and the edges round them.

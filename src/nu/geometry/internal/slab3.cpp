@@ -576,7 +576,8 @@ Slab3 NarrowestSlab(const PointView& points, const Vec3& origin) {
   const double scaled[] = {origin.x * frame.scale, origin.y * frame.scale, origin.z * frame.scale};
   const DoubleDouble top = Dot(found.normal, ExactDifference(found.high, scaled));
   slab.height = std::ldexp((top - DoubleDouble{0.5} * found.width).high, -shift);
-  slab.width = std::ldexp(found.width.high, -shift);
+  // Of slivers a width below all digits may have lost its sign.
+  slab.width = std::ldexp(std::max(found.width.high, 0.0), -shift);
   slab.above = found.above;
   for (int k = 0; k < 4 && found.above > 0; ++k) {
     slab.contact[k] = solution.hull.PointAt(found.corner[k]).index;
