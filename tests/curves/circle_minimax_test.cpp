@@ -105,6 +105,8 @@ TEST(CircumscribedCircle, FailsInOrderAndLeavesTheCircle) {
       EXPECT_EQ(failure(PointsOf({{0, 0}, {1, 0}, {0, 1}, {3, 3}, p})), "bestfit 11 |CNuCircle [0,0]");
       EXPECT_EQ(failure(PointsOf({p})), "bestfit 11 |CNuCircle [0,0]");
       EXPECT_EQ(failure(PointsOf({p, p, p, p})), "bestfit 11 |CNuCircle [0,0]");
+      EXPECT_EQ(failure(PointsOf({{0, 0}, p})), "bestfit 11 |CNuCircle [0,0]");
+      EXPECT_EQ(failure(PointsOf({p, {0, 0}, {1, 1}, {2, 2}})), "bestfit 11 |CNuCircle [0,0]");
     }
   }
   NuSetLengthTol(1e-5);
@@ -288,6 +290,7 @@ TEST(ZoneCircle, FailsInOrderAndLeavesEverything) {
   EXPECT_EQ(failure(CNuPointArray(1)), "bestfit 1 |CNuCircle [1,0]");
   EXPECT_EQ(failure(PointsOf({{0, 0}, {1, 0}, {0, 1}, {0, 0, 1}})), "bestfit 11 |CNuCircle [0,0]");
   EXPECT_EQ(failure(PointsOf({{0, 0}, {1, 0}, {0, 1}, {kNaN, 1}})), "bestfit 11 |CNuCircle [0,0]");
+  EXPECT_EQ(failure(PointsOf({{0, 0}, {kNaN, 1}})), "bestfit 11 |CNuCircle [0,0]");
   EXPECT_EQ(failure(noisy, 1), "bestfit 12 |CNuCircle [0,0]");
   CNuPointArray many = nu::test::CircleCloud(random, 5000, 10.0, 360.0, 1e-9);
   NuSetTol(1e-6);

@@ -23,6 +23,9 @@ TEST(LinePlaneFit, RefusalsLeaveTheFeatureAndTheOutputsAlone) {
   const auto planeFailure = [&](const CNuPointArray& pts) { return FailureOf([&] { plane.Fit(pts, &form, &sumsq); }); };
   EXPECT_EQ(lineFailure(Points({{1, 1, 1}, {1, 1, 1 + 5e-13}})), "bestfit 2 |CNuLine [2,0]");
   EXPECT_EQ(lineFailure(Points({{1, 1, 1}, {1, 1, 1}, {1, 1, 1}})), "bestfit 2 |CNuLine [2,0]");
+  NuSetLengthTol(0.0);
+  EXPECT_EQ(lineFailure(Points({{1, 1, 1}, {1, 1, 1}})), "bestfit 2 |CNuLine [2,0]");
+  NuSetLengthTol(1e-12);
   EXPECT_EQ(planeFailure(Points({{1, 1, 1}, {2, 5, 1}})), "bestfit 1 |CNuPlane [3,0]");
   EXPECT_EQ(planeFailure(Points({{0, 0, 0}, {1, 2, 3}, {2, 4, 6}})), "bestfit 3 |CNuPlane [3,0]");
   EXPECT_EQ(line.GetPoint().z() + line.GetDirection()[1] + plane.GetPoint().z() + plane.GetNormal()[1], 8.0);

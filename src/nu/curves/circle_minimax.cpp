@@ -5,7 +5,6 @@
 #include "nu/geometry/internal/empty_circle2.h"
 #include "nu/geometry/internal/enclosing_ball.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/flatness.h"
 #include "nu/geometry/internal/round_least_squares.h"
 #include "nu/geometry/plane.h"
 
@@ -21,6 +20,7 @@ using nu::internal::FailFit;
 using nu::internal::LengthToleranceScope;
 using nu::internal::PointBlocks;
 using nu::internal::RequireCount;
+using nu::internal::RequireFinite;
 using nu::internal::RequireIterations;
 using nu::internal::Vec2;
 using nu::internal::Vec3;
@@ -67,9 +67,9 @@ bool IsDegenerate(const CNuPointArray& pts, double tol) {
 Placement CircleOnLongestEdge(const CNuPointArray& pts) {
   int m, n;
   const double length = pts.MaxEdge(&m, &n);
+  if (!std::isfinite(length)) FailFit(nu::internal::kNumericalFailure, kName);
   const Vec3 p = Components(pts[m]);
   const Vec3 q = Components(pts[n]);
-  if (!IsFinite(p) || !IsFinite(q) || !std::isfinite(length)) FailFit(nu::internal::kNumericalFailure, kName);
   Placement circle{0.5 * length, ToPoint(0.5 * p + 0.5 * q), CNuVector(1, 0, 0), CNuVector(0, 0, 1)};
   if (!(length > 0.0)) return circle;
   circle.xaxis = ToVector(Unit(q - p));
@@ -97,12 +97,9 @@ CNuPlane FlatCarrier(const CNuPointArray& pts, double tol, double* form) {
 PlaneFrame FrameOf(const CNuPointArray& pts, double tol) {
   PlaneFrame frame;
   frame.origin = nu::internal::MiddleOf(pts);
-  PointBlocks blocks(ViewOf(pts), frame.origin);
-  const nu::internal::Flatness flatness = FlatnessOf(blocks);
-  if (!flatness.finite) FailFit(nu::internal::kNumericalFailure, kName);
   frame.normal = CNuVector(0.0, 0.0, 1.0);
   frame.form = 0.0;
-  if (!flatness.flat) {
+  if (pts.Is2D() == NuFalse) {
     const CNuPlane plane = FlatCarrier(pts, tol, &frame.form);
     frame.origin = Components(plane.GetPoint());
     frame.normal = plane.GetNormal();
@@ -166,6 +163,7 @@ Annulus FindMinimalAnnulus(const CNuPointArray& pts, const PlaneFrame& frame, lo
 void CNuCircle::FitMin(const CNuPointArray& pts, double tol) {
   nu::internal::TranslateForeign(kName, [&] {
     RequireCount(pts, 1, kName);
+    RequireFinite(pts, kName);
     if (IsDegenerate(pts, tol)) {
       const Placement circle = CircleOnLongestEdge(pts);
       return Place(circle.radius, circle.centre, circle.xaxis, circle.normal);
@@ -187,6 +185,7 @@ ENuFitResult CNuCircle::FitMinEx(const CNuPointArray& pts, double tol) {
 void CNuCircle::FitMax(const CNuPointArray& pts, double tol) {
   nu::internal::TranslateForeign(kName, [&] {
     RequireCount(pts, kLeastPoints, kName);
+    RequireFinite(pts, kName);
     CNuVector normal;
     if (AreCollinear(pts, &normal, tol) == 1) FailFit(nu::internal::kCollinearPoints, kName, kLeastPoints);
     const PlaneFrame frame = RequirePlane(pts, tol);
@@ -211,6 +210,7 @@ void CNuCircle::FitMinZone(const CNuPointArray& pts, double* form, CNuCircle* in
   RequireIterations(maxiter, kName);
   nu::internal::TranslateForeign(kName, [&] {
     RequireCount(pts, 1, kName);
+    RequireFinite(pts, kName);
     Zone zone;
     if (IsDegenerate(pts, tol)) {
       zone.middle = CircleOnLongestEdge(pts);

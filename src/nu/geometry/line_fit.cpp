@@ -24,8 +24,10 @@ constexpr int kLeastPoints = 2;
 
 Vec3 DirectionOfTwo(const CNuPointArray& pts) {
   const CNuPoint way = pts[1] - pts[0];
-  if (way.IsZero(NuGetLengthTol())) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
   const Vec3 d = Components(way);
+  // Equal points have no direction whatever the tolerance.
+  const bool isNone = d.x == 0.0 && d.y == 0.0 && d.z == 0.0;
+  if (isNone || way.IsZero(NuGetLengthTol())) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
   if (!IsFinite(d)) FailFit(nu::internal::kNumericalFailure, kName);
   return Unit(d);
 }

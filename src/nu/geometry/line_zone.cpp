@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "nu/geometry/internal/enclosing_cylinder.h"
-#include "nu/geometry/internal/extents.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/form_statistics.h"
 #include "nu/geometry/internal/principal_direction.h"
@@ -35,10 +34,6 @@ struct Zone {
   double width = 0.0;
   Vec3 side;  // unit length, from the middle line to the first boundary
 };
-
-void RequireFinite(const CNuPointArray& pts) {
-  if (!nu::internal::ExtentsOf(ViewOf(pts)).isFinite) FailFit(nu::internal::kNumericalFailure, kName);
-}
 
 void RequireTwoDistinct(const CNuPointArray& pts, double tol) {
   if (CNuGeometry::NumberDistinctPoints(pts, 2, tol) == 0) {
@@ -143,7 +138,7 @@ void CNuLine::FitMinZone(const CNuPointArray& pts, double* form, CNuLine* l1, CN
   nu::internal::RequireIterations(maxiter, kName);
   nu::internal::TranslateForeign(kName, [&] {
     nu::internal::RequireCount(pts, kLeastPoints, kName);
-    RequireFinite(pts);
+    nu::internal::RequireFinite(pts, kName);
     RequireTwoDistinct(pts, tol);
     CNuLine line;
     line.Fit(pts);
@@ -160,9 +155,8 @@ void CNuLine::FitMinZone(const CNuPointArray& pts, double* form, CNuLine* l1, CN
     second.Translate(-way.x, -way.y, -way.z);
     *this = line;
     *form = zone.width;
-    if (l1 == nullptr) return;
-    *l1 = first;
-    *l2 = second;
+    if (l1 != nullptr) *l1 = first;
+    if (l2 != nullptr) *l2 = second;
   });
 }
 

@@ -1,5 +1,4 @@
 #include "nu/foundation/int_array.h"
-#include "nu/geometry/internal/extents.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/mean.h"
 #include "nu/geometry/internal/slab3.h"
@@ -14,6 +13,7 @@
 using nu::internal::Components;
 using nu::internal::FailFit;
 using nu::internal::RequireCount;
+using nu::internal::RequireFinite;
 using nu::internal::Slab3;
 using nu::internal::Vec3;
 using nu::internal::ViewOf;
@@ -23,12 +23,9 @@ namespace {
 constexpr const char* kName = "CNuPlane";
 constexpr int kLeastPoints = 3;
 
-// On one line is only what is finite.
 void RequireNotCollinear(const CNuPointArray& pts, double tol) {
   CNuIntArray corners(kLeastPoints);
-  if (pts.IsNoncollinear(&corners, tol) == NuTrue) return;
-  if (nu::internal::ExtentsOf(ViewOf(pts)).isFinite) FailFit(nu::internal::kCollinearPoints, kName, kLeastPoints);
-  FailFit(nu::internal::kNumericalFailure, kName);
+  if (pts.IsNoncollinear(&corners, tol) == NuFalse) FailFit(nu::internal::kCollinearPoints, kName, kLeastPoints);
 }
 
 }  // namespace
@@ -40,6 +37,7 @@ void CNuPlane::FitMinZone(const CNuPointArray& pts, double* form, double tol) {
 void CNuPlane::FitMinZone(const CNuPointArray& pts, double* form, CNuPlane* p1, CNuPlane* p2, double tol) {
   nu::internal::TranslateForeign(kName, [&] {
     RequireCount(pts, kLeastPoints, kName);
+    RequireFinite(pts, kName);
     RequireNotCollinear(pts, tol);
     const Vec3 mean = nu::internal::MeanOf(ViewOf(pts));
     const Slab3 slab = NarrowestSlab(ViewOf(pts), mean);

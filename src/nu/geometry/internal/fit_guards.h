@@ -5,6 +5,7 @@
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/fit_result.h"
 #include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/extents.h"
 #include "nu/geometry/internal/point_blocks.h"
 #include "nu/geometry/internal/point_set.h"
 
@@ -34,6 +35,11 @@ inline void RequireIterations(long limit, const char* name) {
 
 inline void RequireCount(const CNuPointArray& points, int least, const char* name) {
   if (points.GetSize() < least) FailFit(kTooFewPoints, name, least);
+}
+
+// Of at least one point.
+inline void RequireFinite(const CNuPointArray& points, const char* name) {
+  if (!ExtentsOf(ViewOf(points)).isFinite) FailFit(kNumericalFailure, name);
 }
 
 // Runs a fit; whatever it throws but a fit's own failure becomes cause 11.
