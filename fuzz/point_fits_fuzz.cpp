@@ -1,5 +1,5 @@
 // Any coordinates, any tolerance: every fit and every operation of a point set ends in a result or in an exception of
-// the library, and a fit that succeeds has finite results.
+// the library, and a fit that succeeds has finite points and finite results.
 
 #include <cmath>
 #include <cstdint>
@@ -9,6 +9,8 @@
 #include "nu/nu.h"
 
 namespace {
+
+constexpr double kTol = 4.45e-16;
 
 template<class Operation>
 bool Ends(Operation operation) {
@@ -24,25 +26,57 @@ void RequireFinite(double value) {
   if (!std::isfinite(value)) std::abort();
 }
 
+void RequireSize(double value) {
+  RequireFinite(value);
+  if (value < 0.0) std::abort();
+}
+
+// A host's own tolerance may spoil the canonical sign.
+void RequireUnit(const CNuVector& direction) {
+  if (NuGetTol() == kTol && !(std::fabs(direction.Magnitude() - 1.0) < 1e-12)) std::abort();
+}
+
+bool AreFinite(const CNuPointArray& points) {
+  double sum = 0.0;  // 0 or NaN
+  for (int i = 0; i < points.GetSize(); ++i) {
+    for (const double c : {points[i].x(), points[i].y(), points[i].z()}) sum += 0.0 * c;
+  }
+  return sum == 0.0;
+}
+
 void FitAll(const CNuPointArray& points) {
   double form = 0.0, sumsq = 0.0;
+  const bool areFinite = AreFinite(points);
+  const auto fits = [areFinite](auto fit) {
+    const bool succeeds = Ends(fit);
+    if (succeeds && !areFinite) std::abort();
+    return succeeds;
+  };
   CNuLine line;
-  if (Ends([&] { line.Fit(points, &form, &sumsq); })) RequireFinite(line.GetDirection().Magnitude());
-  if (Ends([&] { line.FitMinZone(points, &form, NuGetLengthTol(), 50); })) {
-    RequireFinite(form);
-    RequireFinite(line.GetDirection().Magnitude());
-  }
+  if (fits([&] { line.Fit(points, &form, &sumsq); })) RequireUnit(line.GetDirection());
   CNuPlane plane;
-  if (Ends([&] { plane.Fit(points, &form, &sumsq); })) RequireFinite(plane.GetNormal().Magnitude());
+  if (fits([&] { plane.Fit(points, &form, &sumsq); })) RequireUnit(plane.GetNormal());
   CNuCircle circle(1.0);
-  if (Ends([&] { circle.Fit(points, &form, &sumsq, 50); })) RequireFinite(circle.GetRadius());
+  if (fits([&] { circle.Fit(points, &form, &sumsq, 50); })) RequireFinite(circle.GetRadius());
   for (const double tol : {1e-9, 1e300}) {
-    if (Ends([&] { circle.FitMin(points, tol); })) RequireFinite(circle.GetRadius());
-    if (Ends([&] { circle.FitMax(points, tol); })) RequireFinite(circle.GetRadius());
-    if (Ends([&] { circle.FitMinZone(points, &form, tol, 50); })) RequireFinite(circle.GetRadius() + form);
+    if (fits([&] { line.FitMinZone(points, &form, tol, 50); })) {
+      RequireSize(form);
+      RequireUnit(line.GetDirection());
+    }
+    if (fits([&] { plane.FitMinZone(points, &form, tol); })) {
+      RequireSize(form);
+      RequireUnit(plane.GetNormal());
+    }
+    if (fits([&] { circle.FitMin(points, tol); })) RequireSize(circle.GetRadius());
+    if (fits([&] { circle.FitMax(points, tol); })) RequireSize(circle.GetRadius());
+    if (fits([&] { circle.FitMinZone(points, &form, tol, 50); })) RequireSize(circle.GetRadius() + form);
   }
   CNuSphSurf sphere(1.0);
-  if (Ends([&] { sphere.Fit(points, &form, &sumsq, 50); })) RequireFinite(sphere.GetRadius());
+  if (fits([&] { sphere.Fit(points, &form, &sumsq, 50); })) RequireFinite(sphere.GetRadius());
+  line.FitMinZoneEx(points, &form, NuGetTol(), 50);
+  circle.FitMinEx(points, NuGetTol());
+  circle.FitMaxEx(points, NuGetTol());
+  circle.FitMinZoneEx(points, &form, NuGetTol(), 50);
   circle.FitEx(points, 50);
   sphere.FitEx(points, 50);
 }
@@ -85,7 +119,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   NuSetTol(tol);
   NuSetLengthTol(tol);
   FitAll(points);
-  NuSetTol(4.45e-16);
+  NuSetTol(kTol);
   NuSetLengthTol(1e-12);
   return 0;
 }

@@ -68,6 +68,9 @@ void AddFits(int n, Noise& noise, Bits& bits) {
   plane.Fit(space, &form, &sumsq);
   bits.Add(plane.GetNormal());
   bits.Add(sumsq);
+  plane.FitMinZone(space, &form, 1e-9);
+  bits.Add(plane.GetNormal());
+  bits.Add(form);
   CNuCircle circle(1.0);
   circle.Fit(flat, &form, &sumsq, 100);
   bits.Add(circle.GetCentre());
