@@ -104,6 +104,7 @@ TEST(Intersections, FindThePointsThatCurvesWereBuiltThrough) {
     }
     // The circles must be given to the tolerance of what touches; a host with rounded data widens it.
     NuSetLengthTol(std::max(1e-12, tol));
+    EXPECT_EQ(second.IntersectWith(circle, &found[0], &found[1]), 2);
     EXPECT_EQ(circle.IntersectWith(second, &found[0], &found[1]), 2);
     EXPECT_TRUE(Holds(found, p, 2 * tol) && Holds(found, q, 2 * tol));
     NuSetLengthTol(1e-12);

@@ -71,6 +71,11 @@ void AddIfNew(Vec3 p, double tol, Points2& points) {
   points.Add(p);
 }
 
+bool LiesInPlaneOf(const Circle3& circle, const Circle3& other, double tol) {
+  const double height = Dot(circle.centre - other.centre, other.normal);
+  return std::fabs(height) + circle.radius * Sine(circle.normal, other.normal) <= tol;
+}
+
 }  // namespace
 
 // With w from the first point to the second and n = d1 x d2, the approach solves w + t2 d2 - t1 d1 = h n.
@@ -139,10 +144,7 @@ Points2 Meet(const Circle3& circle, const Plane3& plane, double tol) {
 // In different planes only the two points of either circle in the plane of the other can be common. Near a tangent one
 // circle gives them better than the other, so both are asked.
 Points2 Meet(const Circle3& first, const Circle3& second, double tol) {
-  const double height = Dot(second.centre - first.centre, first.normal);
-  if (std::fabs(height) + second.radius * Sine(first.normal, second.normal) <= tol) {
-    return MeetInPlane(first, second, tol);
-  }
+  if (LiesInPlaneOf(first, second, tol) || LiesInPlaneOf(second, first, tol)) return MeetInPlane(first, second, tol);
   Points2 common;
   const Points2 ofFirst = Meet(first, Plane3{second.centre, second.normal}, tol);
   for (int i = 0; i < ofFirst.count; ++i) {
