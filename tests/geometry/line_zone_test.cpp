@@ -314,4 +314,22 @@ TEST(LineZone, ExtremesEnd) {
   EXPECT_GT(FitOf(points).zone, 0.5);
 }
 
+// A lattice has many axes that are equally good; which one is found is no matter of the order.
+TEST(LineZone, ChoosesAmongEqualOptimaAlikeInAnyOrder) {
+  Random random(31);
+  CNuPointArray lattice(27);
+  for (int i = 0; i < 27; ++i) lattice.Add(CNuPoint(i % 3, i / 3 % 3, i / 9));
+  CNuLine first;
+  double zone = 0.0;
+  first.FitMinZone(lattice, &zone, kTol, kLimit);
+  for (int turn = 0; turn < 20; ++turn) {
+    for (int i = 26; i > 0; --i) CNuPoint::Swap(lattice[i], lattice[random.Below(i + 1)]);
+    CNuLine line;
+    double again = 0.0;
+    line.FitMinZone(lattice, &again, kTol, kLimit);
+    EXPECT_EQ(again, zone);
+    for (int k = 0; k < 3; ++k) EXPECT_EQ(line.GetDirection()[k], first.GetDirection()[k]);
+  }
+}
+
 }  // namespace

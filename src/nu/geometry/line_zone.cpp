@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <tuple>
 #include <vector>
 
 #include "nu/geometry/internal/enclosing_cylinder.h"
@@ -90,13 +91,25 @@ Vec3 SideOf(const nu::internal::MinimaxSolution<nu::internal::AxisDistance>& fou
   const nu::internal::AxisFrame& frame = found.model.frame;
   const Vec3* end = found.contact + found.contacts;
   const Vec3* contact = std::min_element(found.contact, end, [](const Vec3& p, const Vec3& q) {
-    return p.x != q.x ? p.x < q.x : p.y != q.y ? p.y < q.y : p.z < q.z;
+    return std::tie(p.x, p.y, p.z) < std::tie(q.x, q.y, q.z);
   });
   if (contact == end) return frame.x;
   const Vec3 local = frame.Local(*contact);
   const double distance = std::sqrt(local.x * local.x + local.y * local.y);
   if (!(distance > 0.0)) return frame.x;
   return (local.x / distance) * frame.x + (local.y / distance) * frame.y;
+}
+
+// Only few and regular points, those of a lattice, have several optima that are equal to the last digit. There rounding
+// would let the order of the points choose, so it is made the same for all.
+constexpr int kFewPoints = 256;
+
+CNuPointArray Ordered(const CNuPointArray& pts) {
+  CNuPointArray ordered(pts);
+  std::sort(ordered.GetData(), ordered.GetData() + ordered.GetSize(), [](const CNuPoint& p, const CNuPoint& q) {
+    return std::make_tuple(p.x(), p.y(), p.z()) < std::make_tuple(q.x(), q.y(), q.z());
+  });
+  return ordered;
 }
 
 Zone ZoneInSpace(const CNuPointArray& pts, long limit) {
@@ -119,6 +132,7 @@ Zone ZoneInSpace(const CNuPointArray& pts, long limit) {
 Zone ZoneOf(const CNuPointArray& pts, const CNuLine& least, long limit) {
   if (pts.Is2D() == NuTrue) return ZoneInPlaneZ(pts, Components(least.GetPoint()));
   if (CNuGeometry::AreCoplanar(pts, NuGetLengthTol()) == 1) return ZoneInPlane(pts);
+  if (pts.GetSize() <= kFewPoints) return ZoneInSpace(Ordered(pts), limit);
   return ZoneInSpace(pts, limit);
 }
 
