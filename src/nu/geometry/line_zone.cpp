@@ -100,18 +100,6 @@ Vec3 SideOf(const nu::internal::MinimaxSolution<nu::internal::AxisDistance>& fou
   return (local.x / distance) * frame.x + (local.y / distance) * frame.y;
 }
 
-// Only few and regular points, those of a lattice, have several optima that are equal to the last digit. There rounding
-// would let the order of the points choose, so it is made the same for all.
-constexpr int kFewPoints = 256;
-
-CNuPointArray Ordered(const CNuPointArray& pts) {
-  CNuPointArray ordered(pts);
-  std::sort(ordered.GetData(), ordered.GetData() + ordered.GetSize(), [](const CNuPoint& p, const CNuPoint& q) {
-    return std::make_tuple(p.x(), p.y(), p.z()) < std::make_tuple(q.x(), q.y(), q.z());
-  });
-  return ordered;
-}
-
 Zone ZoneInSpace(const CNuPointArray& pts, long limit) {
   PointBlocks blocks(ViewOf(pts), MiddleOf(pts));
   blocks.Keep();
@@ -129,11 +117,28 @@ Zone ZoneInSpace(const CNuPointArray& pts, long limit) {
           2.0 * (better ? radius : leastRadius), SideOf(found)};
 }
 
-Zone ZoneOf(const CNuPointArray& pts, const CNuLine& least, long limit) {
-  if (pts.Is2D() == NuTrue) return ZoneInPlaneZ(pts, Components(least.GetPoint()));
-  if (CNuGeometry::AreCoplanar(pts, NuGetLengthTol()) == 1) return ZoneInPlane(pts);
-  if (pts.GetSize() <= kFewPoints) return ZoneInSpace(Ordered(pts), limit);
-  return ZoneInSpace(pts, limit);
+// Only few and regular points, those of a lattice, have several optima that are equal to the last digit. There rounding
+// would let the order of the points choose, so it is made the same for all.
+constexpr int kFewPoints = 256;
+
+CNuPointArray Ordered(const CNuPointArray& pts) {
+  CNuPointArray ordered(pts);
+  std::sort(ordered.GetData(), ordered.GetData() + ordered.GetSize(), [](const CNuPoint& p, const CNuPoint& q) {
+    return std::make_tuple(p.x(), p.y(), p.z()) < std::make_tuple(q.x(), q.y(), q.z());
+  });
+  return ordered;
+}
+
+// The test for a common plane takes the points as they come, as everywhere; `data` are the same points.
+Zone ZoneOf(const CNuPointArray& pts, const CNuPointArray& data, long limit) {
+  if (pts.Is2D() == NuTrue) return ZoneInPlaneZ(data, Components(data.MeanPoint()));
+  if (CNuGeometry::AreCoplanar(pts, NuGetLengthTol()) == 1) return ZoneInPlane(data);
+  return ZoneInSpace(data, limit);
+}
+
+Zone ZoneInAnyOrder(const CNuPointArray& pts, long limit) {
+  if (pts.GetSize() > kFewPoints) return ZoneOf(pts, pts, limit);
+  return ZoneOf(pts, Ordered(pts), limit);
 }
 
 void RequireFinite(const Zone& zone) {
@@ -158,7 +163,7 @@ void CNuLine::FitMinZone(const CNuPointArray& pts, double* form, CNuLine* l1, CN
     line.Fit(pts);
     Zone zone;
     if (!LieOnOneLine(pts, tol)) {
-      zone = ZoneOf(pts, line, maxiter);
+      zone = ZoneInAnyOrder(pts, maxiter);
       RequireFinite(zone);
       line = CNuLine(ToPoint(zone.point), Canonical(zone.direction));
     }
