@@ -49,6 +49,7 @@
 #include "nu/numerics/triag.h"
 #include "nu/numerics/triag_equ.h"
 #include "nu/numerics/triag_polynomial.h"
+#include "nu/surfaces/cone.h"
 #include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/sphere.h"
 #include "nu/surfaces/surface.h"

@@ -1,0 +1,54 @@
+#include "nu/surfaces/cone.h"
+
+#include "nu/foundation/exceptions.h"
+#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/line.h"
+
+using nu::internal::RequireDirection;
+
+namespace {
+
+constexpr const char* kName = "CNuConSurf";
+
+// A NaN is no angle either.
+double RequireSemiAngle(double semiAngle) {
+  if (!(semiAngle > 0.0 && semiAngle < 90.0)) throw CNuConstructionException(6, kName, nullptr, 0, 0);
+  return semiAngle;
+}
+
+}  // namespace
+
+CNuConSurf::CNuConSurf(double semiAngle) : CNuSurface(NuTypeConSurf), m_semiAngle(RequireSemiAngle(semiAngle)) {}
+
+CNuConSurf::CNuConSurf(double semiAngle, const CNuPoint& apex, const CNuVector& axisDirection) : CNuConSurf(semiAngle) {
+  if (axisDirection.GetSize() != 3) throw CNuConstructionException(4, kName, nullptr, 0, 0);
+  Place(semiAngle, apex, RequireDirection(axisDirection, 3, kName));
+}
+
+void CNuConSurf::Place(double semiAngle, const CNuPoint& apex, const CNuVector& axisDirection) {
+  CNuVector zaxis = axisDirection;
+  CNuVector xaxis;
+  zaxis.OrthonormalX(&xaxis);
+  SetPosition(apex, xaxis, zaxis);
+  m_semiAngle = semiAngle;
+}
+
+CNuPoint CNuConSurf::GetApex() const {
+  return GetFrame().origin;
+}
+
+CNuVector CNuConSurf::GetAxisDirection() const {
+  return GetFrame().zaxis;
+}
+
+CNuLine CNuConSurf::GetAxis() const {
+  const Frame frame = GetFrame();
+  return CNuLine(frame.origin, frame.zaxis);
+}
+
+void CNuConSurf::GetData(double* semiAngle, CNuPoint* apex, CNuVector* axisDirection) const {
+  const Frame frame = GetFrame();
+  *semiAngle = m_semiAngle;
+  *apex = frame.origin;
+  *axisDirection = frame.zaxis;
+}

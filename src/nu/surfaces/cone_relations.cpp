@@ -1,0 +1,22 @@
+// The cone as a quadric.
+
+#include <cmath>
+
+#include "nu/foundation/constants.h"
+#include "nu/linalg/matrix.h"
+#include "nu/surfaces/cone.h"
+
+// Transformations act on rows: (p, 1) T is the local point, so Q = T Q0 T^T.
+CNuMatrix CNuConSurf::ToAlgebraicForm() const {
+  const double slope = std::tan(m_semiAngle * (Nu_PI / 180.0));
+  const double diagonal[4] = {1.0, 1.0, -slope * slope, 0.0};
+  CNuMatrix local(4, 4);
+  for (int i = 0; i < 4; ++i) local.Element(i, i) = diagonal[i];
+  const CNuMatrix toLocal = GetInverseTransformation();
+  return toLocal * local * toLocal.Transpose();
+}
+
+CNuMatrix CNuConSurf::ToAlgebraicForm(const CNuNonLinearGeometry& frame) const {
+  const CNuMatrix toWorld = frame.GetTransformation();
+  return toWorld * ToAlgebraicForm() * toWorld.Transpose();
+}
