@@ -49,6 +49,40 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
   ENuFitResult FitEx(const CNuPointArray& points, long maxIter);
   ENuFitResult FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
 
+  // What the three minimax cylinders share. Points on one line within `tol` get the cylinder of radius 0 about their
+  // least-squares line; where no two are at least `tol` apart, about the direction z through the first point. All
+  // others start from the least-squares cylinder, by Fit with the same limit. The results have an axis point and a
+  // direction as that of Fit. CNuBestfitException, for which the cylinder and the outputs stay as they were: cause 13
+  // (size 0) for a limit below 1, before all else; cause 1 (size 1) without a point; for points on one line cause 2 of
+  // the line's fit, named "CNuLine"; the causes of Fit, among them 12 named "CNuCircle"; cause 12 (size 0, named
+  // "CNuCylSurf") when the minimax search uses up the limit, even by the step that ends it, or takes 1000 steps; cause
+  // 11 (size 0) for coordinates that are not finite and when the search finds no optimum. The failure of QuadricAxes
+  // and lack of memory pass through as they are. The twins throw cause 13 only: NuFitNoConvergence stands for cause 12,
+  // NuFitFailure for every other failure. They make `tol` the thread's NuGetLengthTol() for as long as they run.
+
+  // Minimum circumscribed cylinder: the smallest one that holds all points. There may be several that no small move
+  // makes smaller: the best of those that are reached from the least-squares axis and from directions around it.
+  void FitMin(const CNuPointArray& points, double tol, long maxIter);
+  ENuFitResult FitMinEx(const CNuPointArray& points, double tol, long maxIter);
+
+  // Maximum inscribed cylinder: the one next to the least-squares cylinder with no point in its interior that cannot
+  // grow by a small move of its axis; points around its axis hold it. Where there is none, as on less than half of the
+  // circumference, out of which it grows for ever, it fails with cause 11. Points in one plane within `tol` get their
+  // maximum inscribed circle, with the failures of CNuCircle::FitMax, named as there.
+  void FitMax(const CNuPointArray& points, double tol, long maxIter);
+  ENuFitResult FitMaxEx(const CNuPointArray& points, double tol, long maxIter);
+
+  // Minimum-zone cylinder: half-way between the two coaxial cylinders that hold all points between them at the least
+  // distance, `zone`; those next to the least-squares cylinder, and never farther apart than its form. `inner` and
+  // `outer` receive the two, or both the result where `zone` is below NuGetTol(). The inner radius of points that fill
+  // a cylinder is not above 0.
+  void FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter);
+  void FitMinZone(const CNuPointArray& points, double* zone, CNuCylSurf* inner, CNuCylSurf* outer, double tol,
+                  long maxIter);
+  ENuFitResult FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter);
+  ENuFitResult FitMinZoneEx(const CNuPointArray& points, double* zone, CNuCylSurf* inner, CNuCylSurf* outer, double tol,
+                            long maxIter);
+
  private:
   void Place(double radius, const CNuPoint& axisPoint, const CNuVector& axisDirection);
 

@@ -1,0 +1,167 @@
+#include "nu/surfaces/internal/cylinder_minimax.h"
+
+#include <cmath>
+
+#include "nu/curves/circle.h"
+#include "nu/geometry/internal/fit_guards.h"
+#include "nu/geometry/internal/mean.h"
+#include "nu/geometry/line.h"
+#include "nu/surfaces/cylinder.h"
+
+// Minimax cylinders; the problems behind them are those of nu/surfaces/internal/cylinder_minimax.h.
+
+using nu::internal::Components;
+using nu::internal::Cylinder3;
+using nu::internal::CylinderMinimax;
+using nu::internal::FailFit;
+using nu::internal::MiddleOf;
+using nu::internal::MinimaxEnd;
+using nu::internal::PointBlocks;
+using nu::internal::RequireCount;
+using nu::internal::RequireIterations;
+using nu::internal::ToPoint;
+using nu::internal::ToVector;
+using nu::internal::Vec3;
+using nu::internal::ViewOf;
+
+namespace {
+
+constexpr const char* kName = "CNuCylSurf";
+
+bool IsCollinear(const CNuPointArray& points, double tol) {
+  CNuVector normal;
+  return CNuGeometry::AreCollinear(points, &normal, tol) == 1;
+}
+
+// Coordinates that are not finite fail first: they pass for points on one line.
+Cylinder3 CylinderOnLine(const CNuPointArray& points, double tol) {
+  nu::internal::RequireFinite(points, kName);
+  if (CNuGeometry::NumberDistinctPoints(points, 2, tol) == 0) return {Components(points[0]), {0.0, 0.0, 1.0}, 0.0};
+  CNuLine line;
+  line.Fit(points);
+  return {Components(line.GetPoint()), Components(line.GetDirection()), 0.0};
+}
+
+Cylinder3 InscribedCircle(const CNuPointArray& points, double tol) {
+  nu::internal::RequireFinite(points, kName);
+  CNuCircle circle(1.0);
+  circle.FitMax(points, tol);
+  return {Components(circle.GetCentre()), Components(circle.GetNormal()), circle.GetRadius()};
+}
+
+struct LeastSquares {
+  Cylinder3 cylinder;
+  double form = 0.0;
+};
+
+LeastSquares FitLeastSquares(const CNuPointArray& points, long maxIter) {
+  CNuCylSurf surface(1.0);
+  LeastSquares found;
+  double sumSquares;
+  surface.Fit(points, &found.form, &sumSquares, maxIter);
+  CNuPoint axisPoint;
+  CNuVector direction;
+  surface.GetData(&found.cylinder.radius, &axisPoint, &direction);
+  found.cylinder.axisPoint = Components(axisPoint);
+  found.cylinder.axisDirection = Components(direction);
+  return found;
+}
+
+// `problem` is one of those of cylinder_minimax.h; the result is in the frame of the points.
+template<class Problem>
+CylinderMinimax Solve(const CNuPointArray& points, const Cylinder3& start, long maxIter, Problem problem) {
+  const Vec3 origin = MiddleOf(points);
+  PointBlocks blocks(ViewOf(points), origin);
+  Cylinder3 local = start;
+  local.axisPoint = start.axisPoint - origin;
+  // Required: the limit is reached by the step that ends the search, too; hosts count on a limit that is never used up.
+  CylinderMinimax found = problem(blocks, nu::internal::MeanOf(ViewOf(points)) - origin, local, maxIter - 1);
+  if (found.end == MinimaxEnd::limitReached) FailFit(nu::internal::kIterationLimit, kName);
+  if (found.end != MinimaxEnd::converged) FailFit(nu::internal::kNumericalFailure, kName);
+  found.cylinder.axisPoint = origin + found.cylinder.axisPoint;
+  return found;
+}
+
+void RequireArguments(const CNuPointArray& points, long maxIter) {
+  RequireIterations(maxIter, kName);
+  RequireCount(points, 1, kName);
+}
+
+Cylinder3 Circumscribed(const CNuPointArray& points, double tol, long maxIter) {
+  if (IsCollinear(points, tol)) return CylinderOnLine(points, tol);
+  const LeastSquares start = FitLeastSquares(points, maxIter);
+  return Solve(points, start.cylinder, maxIter, nu::internal::SmallestCylinderAround).cylinder;
+}
+
+Cylinder3 Inscribed(const CNuPointArray& points, double tol, long maxIter) {
+  if (IsCollinear(points, tol)) return CylinderOnLine(points, tol);
+  if (CNuGeometry::AreCoplanar(points, tol) == 1) return InscribedCircle(points, tol);
+  const LeastSquares start = FitLeastSquares(points, maxIter);
+  return Solve(points, start.cylinder, maxIter, nu::internal::LargestCylinderInside).cylinder;
+}
+
+// Where the least-squares cylinder is the optimum, rounding decides which is better.
+Cylinder3 MinimumZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+  *zone = 0.0;
+  if (IsCollinear(points, tol)) return CylinderOnLine(points, tol);
+  const LeastSquares start = FitLeastSquares(points, maxIter);
+  const CylinderMinimax found = Solve(points, start.cylinder, maxIter, nu::internal::NarrowestCylinderZone);
+  *zone = std::fmin(found.zone, start.form);
+  return found.zone <= start.form ? found.cylinder : start.cylinder;
+}
+
+bool IsFinite(const Cylinder3& c) {
+  return nu::internal::IsFinite(c.axisPoint) && nu::internal::IsFinite(c.axisDirection) && std::isfinite(c.radius);
+}
+
+}  // namespace
+
+void CNuCylSurf::FitMin(const CNuPointArray& points, double tol, long maxIter) {
+  RequireArguments(points, maxIter);
+  const Cylinder3 found = Circumscribed(points, tol, maxIter);
+  if (!IsFinite(found)) FailFit(nu::internal::kNumericalFailure, kName);
+  Place(found.radius, ToPoint(found.axisPoint), ToVector(found.axisDirection));
+}
+
+ENuFitResult CNuCylSurf::FitMinEx(const CNuPointArray& points, double tol, long maxIter) {
+  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMin(points, tol, maxIter); });
+}
+
+void CNuCylSurf::FitMax(const CNuPointArray& points, double tol, long maxIter) {
+  RequireArguments(points, maxIter);
+  const Cylinder3 found = Inscribed(points, tol, maxIter);
+  if (!IsFinite(found)) FailFit(nu::internal::kNumericalFailure, kName);
+  Place(found.radius, ToPoint(found.axisPoint), ToVector(found.axisDirection));
+}
+
+ENuFitResult CNuCylSurf::FitMaxEx(const CNuPointArray& points, double tol, long maxIter) {
+  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMax(points, tol, maxIter); });
+}
+
+void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+  RequireArguments(points, maxIter);
+  double width;
+  const Cylinder3 found = MinimumZone(points, &width, tol, maxIter);
+  if (!IsFinite(found)) FailFit(nu::internal::kNumericalFailure, kName);
+  Place(found.radius, ToPoint(found.axisPoint), ToVector(found.axisDirection));
+  *zone = width;
+}
+
+void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuCylSurf* inner, CNuCylSurf* outer, double tol,
+                            long maxIter) {
+  FitMinZone(points, zone, tol, maxIter);
+  *inner = *this;
+  *outer = *this;
+  if (!(std::fabs(*zone) >= NuGetTol())) return;
+  inner->m_radius = m_radius - 0.5 * *zone;
+  outer->m_radius = m_radius + 0.5 * *zone;
+}
+
+ENuFitResult CNuCylSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, tol, maxIter); });
+}
+
+ENuFitResult CNuCylSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, CNuCylSurf* inner, CNuCylSurf* outer,
+                                      double tol, long maxIter) {
+  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, inner, outer, tol, maxIter); });
+}

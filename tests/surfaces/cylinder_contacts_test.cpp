@@ -1,0 +1,106 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "nu/geometry/internal/fit_guards.h"
+#include "nu/geometry/internal/incidence.h"
+#include "nu/geometry/internal/mean.h"
+#include "nu/geometry/line.h"
+#include "nu/surfaces/cylinder.h"
+#include "nu/surfaces/internal/cylinder_minimax.h"
+#include "support/clouds.h"
+#include "support/failures.h"
+
+// The contacts and multipliers that prove the minimax cylinders.
+namespace {
+
+using namespace nu::internal;
+using nu::test::Random;
+
+struct Case {
+  Case(Random& random, int run) {
+    const double sweeps[] = {360.0, 270.0, 200.0, 90.0, 30.0, 10.0};
+    size = std::pow(10.0, random.Below(9) - 3);
+    const int n = run % 4 == 0 ? 3000 : 6 + random.Below(200);
+    const double length = size * std::pow(10.0, random.Uniform(-0.5, 1.0));
+    points = nu::test::CylinderCloud(random, n, size, length, sweeps[run % 6], size * std::pow(0.1, run / 6 % 6 + 3));
+    double sumsq;
+    start.Fit(points, &form, &sumsq, 1000);
+  }
+
+  template<class Problem>
+  CylinderMinimax Solve(Problem problem, long limit = 1000) const {
+    const Vec3 origin = MiddleOf(points);
+    PointBlocks blocks(ViewOf(points), origin);
+    const CNuLine axis = start.GetAxis();
+    const Cylinder3 local{Components(axis.GetPoint()) - origin, Components(axis.GetDirection()), start.GetRadius()};
+    return problem(blocks, MeanOf(ViewOf(points)) - origin, local, limit);
+  }
+
+  double size;
+  CNuPointArray points{1};
+  CNuCylSurf start{1.0};
+  double form = 0.0;
+};
+
+// The directions from the axis, weighted, cancel, and so do their moments; the contacts are where they should be.
+void ExpectHeld(const CylinderMinimax& found, double tol) {
+  ASSERT_EQ(found.end, MinimaxEnd::converged);
+  const Vec3& axis = found.cylinder.axisDirection;
+  double reach = 0.0, weight = 0.0, difference = 0.0;
+  Vec3 sum, moment;
+  for (int k = 0; k < found.contacts; ++k) {
+    const Vec3 q = found.contact[k] - found.cylinder.axisPoint;
+    const Vec3 from = Rejection(q, axis);
+    ASSERT_NEAR(Norm(from), found.cylinder.radius + 0.5 * found.sign[k] * found.zone, tol);
+    ASSERT_GE(found.multiplier[k], 0.0);
+    const Vec3 force = found.sign[k] * found.multiplier[k] / Norm(from) * from;
+    sum = sum + force;
+    moment = moment + Dot(q, axis) * force;
+    weight += found.multiplier[k];
+    difference += found.sign[k] * found.multiplier[k];
+    reach = std::max(reach, std::fabs(Dot(q, axis)));
+  }
+  ASSERT_NEAR(weight, 1.0, 1e-9);
+  ASSERT_LE(Norm(sum), 1e-9);
+  ASSERT_LE(Norm(moment), 1e-9 * reach);
+  ASSERT_NEAR(found.zone > 0.0 ? difference : 0.0, 0.0, 1e-9);
+}
+
+TEST(CylinderContacts, HoldCylindersAndZones) {
+  Random random(751);
+  int bores = 0;
+  for (int run = 0; run < 600; ++run) {
+    SCOPED_TRACE(run);
+    const Case c(random, run);
+    const double tol = 1e-13 * c.size * (1.0 + c.start.GetRadius() / c.size);
+    const CylinderMinimax zone = c.Solve(NarrowestCylinderZone);
+    ExpectHeld(zone, tol);
+    ASSERT_LE(zone.zone, c.form);
+    ExpectHeld(c.Solve(SmallestCylinderAround), tol);
+    const CylinderMinimax bore = c.Solve(LargestCylinderInside);
+    if (bore.end == MinimaxEnd::converged) ExpectHeld(bore, tol), ++bores;
+  }
+  EXPECT_GT(bores, 250);
+}
+
+// Required: the step that ends the search must not be the last permitted one; hosts count on a limit that is not used
+// up.
+TEST(CylinderContacts, TheLimitCountsTheLastStep) {
+  Random random(753);
+  int checked = 0;
+  for (int run = 0; run < 60; ++run) {
+    Case c(random, run);
+    long steps = 1;
+    while (c.Solve(NarrowestCylinderZone, steps).end == MinimaxEnd::limitReached) ++steps;
+    double zone = -1.0;
+    // The least-squares start has the same limit.
+    if (c.start.FitEx(c.points, steps) != NuFitSuccess) continue;
+    EXPECT_EQ(FailureOf([&] { c.start.FitMinZone(c.points, &zone, 0.0, steps); }), "bestfit 12 |CNuCylSurf [0,0]");
+    EXPECT_EQ(FailureOf([&] { c.start.FitMinZone(c.points, &zone, 0.0, steps + 1); }), "nothing");
+    ++checked;
+  }
+  EXPECT_GT(checked, 20);
+}
+
+}  // namespace

@@ -1,0 +1,185 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "nu/nu.h"
+#include "support/clouds.h"
+#include "support/failures.h"
+
+namespace {
+
+using nu::test::CylinderCloud;
+using nu::test::Random;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+CNuPointArray PointsOf(std::initializer_list<CNuPoint> list) {
+  CNuPointArray points(static_cast<int>(list.size()));
+  for (const CNuPoint& p : list) points.Add(p);
+  return points;
+}
+
+CNuPoint Times(double f, const CNuPoint& p) {
+  return {f * p.x(), f * p.y(), f * p.z()};
+}
+
+struct Extremes {
+  double nearest = kInf;
+  double farthest = 0.0;
+  double Width() const { return farthest - nearest; }
+};
+
+Extremes DistancesFrom(const CNuLine& axis, const CNuPointArray& points) {
+  Extremes e;
+  for (int i = 0; i < points.GetSize(); ++i) {
+    const double d = points[i].DistanceTo(axis);
+    e.nearest = std::min(e.nearest, d);
+    e.farthest = std::max(e.farthest, d);
+  }
+  return e;
+}
+
+TEST(MinimaxCylinders, FailInOrderAndLeaveEverything) {
+  Random random(741);
+  const CNuPointArray none(1), noisy = CylinderCloud(random, 30, 10.0, 20.0, 360.0, 0.05);
+  CNuCylSurf cylinder(7.0, CNuPoint(1, 2, 3), CNuVector(0, 1, 0)), inner(7.0), outer(7.0);
+  double zone = -1.0;
+  const auto min = [&](const CNuPointArray& points, long limit = 1000) {
+    return FailureOf([&] { cylinder.FitMin(points, 1e-9, limit); });
+  };
+  const auto max = [&](const CNuPointArray& points, long limit = 1000) {
+    return FailureOf([&] { cylinder.FitMax(points, 1e-9, limit); });
+  };
+  const auto minZone = [&](const CNuPointArray& points, long limit = 1000) {
+    return FailureOf([&] { cylinder.FitMinZone(points, &zone, &inner, &outer, 1e-9, limit); });
+  };
+  const auto all = [&](const CNuPointArray& points, const std::string& failure, long limit = 1000) {
+    EXPECT_EQ(min(points, limit), failure);
+    EXPECT_EQ(max(points, limit), failure);
+    EXPECT_EQ(minZone(points, limit), failure);
+  };
+  all(none, "bestfit 13 |CNuCylSurf [0,0]", 0);
+  all(none, "bestfit 1 |CNuCylSurf [1,0]");
+  EXPECT_EQ(FailureOf([&] { cylinder.FitMinEx(noisy, 1e-9, 0); }), "bestfit 13 |CNuCylSurf [0,0]");
+  EXPECT_EQ(FailureOf([&] { cylinder.FitMaxEx(noisy, 1e-9, 0); }), "bestfit 13 |CNuCylSurf [0,0]");
+  EXPECT_EQ(FailureOf([&] { cylinder.FitMinZoneEx(noisy, &zone, 1e-9, -1); }), "bestfit 13 |CNuCylSurf [0,0]");
+  // Those of the least-squares start, cause 12 under the name that it has there.
+  const CNuPointArray plane = nu::test::PlaneCloud(random, 9, 1.0, 1.0, 0.0);
+  all(PointsOf({{0, 0}, {1, 0}, {0, 1}, {0, 0, 1}}), "bestfit 1 |CNuCylSurf [5,0]");
+  EXPECT_EQ(min(plane) + minZone(plane), "bestfit 4 |CNuCylSurf [4,0]bestfit 4 |CNuCylSurf [4,0]");
+  CNuPointArray four = noisy.SubArray(0, 3);
+  four.Append(noisy.SubArray(0, 3));
+  all(four, "bestfit 2 |CNuCylSurf [5,0]");
+  all(noisy, "bestfit 12 |CNuCircle [0,0]", 1);
+  EXPECT_EQ(max(PointsOf({{0, 0}, {1, 0}, {0, 1}})), "nothing") << "three points are in one plane";
+  cylinder = CNuCylSurf(7.0, CNuPoint(1, 2, 3), CNuVector(0, 1, 0));
+  for (const double sweep : {20.0, 90.0, 170.0}) {
+    EXPECT_EQ(max(CylinderCloud(random, 300, 10.0, 20.0, sweep, 1e-3)), "bestfit 11 |CNuCylSurf [0,0]") << sweep;
+  }
+  for (const double bad : {kNaN, kInf, -kInf}) {
+    for (const CNuPoint& p : {CNuPoint(bad, 0), CNuPoint(0, bad), CNuPoint(0, 0, bad), CNuPoint(bad, bad, bad)}) {
+      all(PointsOf({p}), "bestfit 11 |CNuCylSurf [0,0]");
+      all(PointsOf({p, p, p, p, p, p}), "bestfit 11 |CNuCylSurf [0,0]");
+      all(PointsOf({{0, 0}, {1, 0}, {0, 1}, {1, 1, 1}, {1, 0, 1}, p}), "bestfit 11 |CNuCylSurf [0,0]");
+    }
+  }
+  NuSetLengthTol(1e-5);
+  EXPECT_EQ(cylinder.FitMinEx(noisy, 1e-9, 2), NuFitNoConvergence);
+  EXPECT_EQ(cylinder.FitMaxEx(noisy, 1e-9, 2), NuFitNoConvergence);
+  EXPECT_EQ(cylinder.FitMinZoneEx(noisy, &zone, &inner, &outer, 1e-9, 2), NuFitNoConvergence);
+  EXPECT_EQ(cylinder.FitMinEx(four, 1e-9, 99), NuFitFailure);
+  EXPECT_EQ(cylinder.FitMaxEx(none, 1e-9, 99), NuFitFailure);
+  EXPECT_EQ(cylinder.FitMinZoneEx(noisy, &zone, 1e9, 99), NuFitSuccess) << "all of them within the tolerance";
+  EXPECT_EQ(zone + cylinder.GetRadius(), 0.0);
+  EXPECT_EQ(NuGetLengthTol(), 1e-5);
+  NuSetLengthTol(1e-12);
+  EXPECT_EQ(inner.GetRadius() + outer.GetRadius(), 14.0);
+  // Tolerances that mean nothing spoil a result at most.
+  for (const double tol : {0.0, -1.0, kInf, kNaN}) {
+    FailureOf([&] { cylinder.FitMin(noisy, tol, 100), cylinder.FitMax(noisy, tol, 100); });
+    cylinder.FitMinEx(noisy, tol, 100), cylinder.FitMaxEx(noisy, tol, 100);
+    cylinder.FitMinZoneEx(noisy, &zone, tol, 1000);
+    EXPECT_EQ(NuGetLengthTol(), 1e-12);
+  }
+}
+
+TEST(MinimaxCylinders, OfPointsOnALineOrInAPlane) {
+  CNuCylSurf a(7.0), b(7.0), c(7.0), inner(7.0), outer(7.0);
+  double zone = -1.0;
+  const auto fitAll = [&](const CNuPointArray& points) {
+    a.FitMin(points, 1e-9, 9), b.FitMax(points, 1e-9, 9);
+    c.FitMinZone(points, &zone, &inner, &outer, 1e-9, 9);
+    EXPECT_EQ(a.GetRadius() + b.GetRadius() + c.GetRadius() + zone + inner.GetRadius() + outer.GetRadius(), 0.0);
+  };
+  for (const int copies : {1, 2, 5}) {
+    CNuPointArray points(copies);
+    for (int i = 0; i < copies; ++i) points.Add({1 + 1e-10 * i, 2, 3});
+    fitAll(points);
+    for (const CNuCylSurf* cylinder : {&a, &b, &c, &inner, &outer}) {
+      EXPECT_EQ(cylinder->GetAxis().GetPoint().DistanceTo(CNuPoint(1, 2, 3)), 0.0);
+      EXPECT_EQ(cylinder->GetAxisDirection()[2], 1.0);
+    }
+  }
+  const CNuPointArray line = PointsOf({{1, 1, 0}, {3, 3, 2}, {0, 0, -1}, {2, 2, 1}});
+  fitAll(line);
+  for (const CNuCylSurf* cylinder : {&a, &b, &c, &inner, &outer})
+    EXPECT_LE(DistancesFrom(cylinder->GetAxis(), line).farthest, 1e-15);
+  // The inscribed circle of a plane, as a cylinder.
+  Random random(742);
+  const nu::test::Motion motion = nu::test::RandomMotion(random, 10.0);
+  const CNuPointArray flat = motion(nu::test::CircleCloud(random, 40, 3.0, 360.0, 0.1));
+  CNuCircle circle(1.0);
+  circle.FitMax(flat, 1e-9), a.FitMax(flat, 1e-9, 9);
+  EXPECT_EQ(a.GetRadius() - circle.GetRadius() + a.GetAxis().GetPoint().DistanceTo(circle.GetCentre()), 0.0);
+  EXPECT_NEAR(std::fabs(a.GetAxisDirection() % circle.GetNormal()), 1.0, 1e-15);
+}
+
+// Rigid motion, size and order carry all three along, sizes whose squares overflow or vanish included; what encloses
+// encloses and touches, and the zone is never wider than the least-squares form.
+TEST(MinimaxCylinders, FollowTheirPoints) {
+  Random random(743);
+  for (const double sweep : {360.0, 220.0, 60.0, 15.0}) {
+    for (const int n : {12, 300, 5000}) {
+      const CNuPointArray points = CylinderCloud(random, n, 10.0, 50.0, sweep, 0.01);
+      const nu::test::Motion motion = nu::test::RandomMotion(random, 100.0);
+      const double tol = 1e-11 * std::pow(360.0 / sweep, 2.0);
+      CNuCylSurf a(1.0), b(1.0), inner(1.0), outer(1.0);
+      for (const double size : {1.0, 1e-3, 1e5, 1e-150, 1e150}) {
+        CNuPointArray moved = nu::test::Shuffled(random, motion(points));
+        for (int i = 0; i < n; ++i) moved[i] = Times(size, moved[i]);
+        const auto expectSame = [&](const char* what) {
+          SCOPED_TRACE(what + std::to_string(sweep) + " " + std::to_string(n) + " " + std::to_string(size));
+          EXPECT_NEAR(b.GetRadius() / size, a.GetRadius(), tol);
+          const CNuPoint place = motion(a.GetAxis().GetPoint());
+          EXPECT_NEAR(place.DistanceTo(Times(1.0 / size, b.GetAxis().GetPoint())), 0.0, tol);
+          const CNuVector d = a.GetAxisDirection();
+          const CNuVector turned = motion.Direction({d[0], d[1], d[2]}).To3DVector();
+          EXPECT_NEAR((turned * b.GetAxisDirection()).Magnitude(), 0.0, tol);
+        };
+        a.FitMin(points, 1e-9, 1000), b.FitMinEx(moved, 0.0, 1000);
+        expectSame("min ");
+        EXPECT_NEAR(DistancesFrom(a.GetAxis(), points).farthest, a.GetRadius(), 1e-13);
+        if (sweep > 180.0 && n > 12) {
+          a.FitMax(points, 1e-9, 1000), b.FitMaxEx(moved, 0.0, 1000);
+          expectSame("max ");
+          EXPECT_NEAR(DistancesFrom(a.GetAxis(), points).nearest, a.GetRadius(), 1e-13);
+        }
+        double zone = 0.0, zoneMoved = 0.0, form = 0.0, sumsq = 0.0;
+        a.FitMinZone(points, &zone, &inner, &outer, 1e-9, 1000);
+        ASSERT_EQ(b.FitMinZoneEx(moved, &zoneMoved, 0.0, 1000), NuFitSuccess) << sweep << " " << n << " " << size;
+        expectSame("zone ");
+        EXPECT_NEAR(zoneMoved / size, zone, 1e-11);
+        const Extremes e = DistancesFrom(a.GetAxis(), points);
+        EXPECT_NEAR(e.nearest, inner.GetRadius(), 1e-13);
+        EXPECT_NEAR(e.farthest, outer.GetRadius(), 1e-13);
+        b.Fit(points, &form, &sumsq, 1000);
+        EXPECT_LE(zone, form);
+      }
+    }
+  }
+}
+
+}  // namespace
