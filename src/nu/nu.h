@@ -6,6 +6,7 @@
 #include "nu/curves/bounded_curve.h"
 #include "nu/curves/circle.h"
 #include "nu/curves/circular_arc.h"
+#include "nu/curves/composite_curve.h"
 #include "nu/curves/curve.h"
 #include "nu/curves/ellipse.h"
 #include "nu/curves/hyperbola.h"

@@ -1,6 +1,8 @@
 #ifndef NU_CURVES_CIRCULAR_ARC_H
 #define NU_CURVES_CIRCULAR_ARC_H
 
+#include <iosfwd>
+
 #include "nu/curves/bounded_curve.h"
 #include "nu/export.h"
 #include "nu/foundation/boolean.h"
@@ -59,6 +61,13 @@ class NU_EXPORT CNuCircularArc : public CNuBoundedCurve {
  private:
   friend class CNuCompositeCurve;
   friend nu::internal::Arc3 nu::internal::DataOf(const CNuCircularArc& arc);
+
+  CNuCircularArc() : CNuBoundedCurve(NuTypeCircularArc) {}
+
+  // One record of the composite curve's file: the character 'a', the records of centre, start and end, and the sense as
+  // int. Reading returns false when the next byte, which it consumes, is no 'a', or what follows makes no arc.
+  bool BinaryDump(std::ofstream& out) const;
+  bool BinaryRead(std::ifstream& in);
 
   CNuPoint m_centre, m_start, m_end;  // as they were given
   CNuVector m_axis;                   // about which the arc runs counter-clockwise, in the same frame

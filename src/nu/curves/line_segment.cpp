@@ -54,7 +54,9 @@ CNuPoint MiddleOf(const NearPair& pair) {
 
 }  // namespace
 
-CNuLineSegment::CNuLineSegment() : CNuLineSegment(CNuPoint(), CNuPoint(1.0, 0.0, 0.0)) {}
+CNuLineSegment::CNuLineSegment() : CNuBoundedCurve(NuTypeLineSegment), m_end(1.0, 0.0, 0.0) {
+  SetPosition(m_anchor, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+}
 
 CNuLineSegment::CNuLineSegment(const CNuPoint& start, const CNuPoint& end)
     : CNuBoundedCurve(NuTypeLineSegment), m_start(RequireApart(start, end)), m_end(end), m_anchor(start) {

@@ -1,6 +1,8 @@
 #ifndef NU_CURVES_LINE_SEGMENT_H
 #define NU_CURVES_LINE_SEGMENT_H
 
+#include <iosfwd>
+
 #include "nu/curves/bounded_curve.h"
 #include "nu/export.h"
 #include "nu/geometry/point.h"
@@ -50,6 +52,11 @@ class NU_EXPORT CNuLineSegment : public CNuBoundedCurve {
   friend class CNuCompositeCurve;
 
   nu::internal::Segment3 Data() const;
+
+  // One record of the composite curve's file: the character 'l' and the records of the ends. Reading returns false when
+  // the next byte, which it consumes, is no 'l'; ends that have no record keep what they are.
+  bool BinaryDump(std::ofstream& out) const;
+  bool BinaryRead(std::ifstream& in);
 
   CNuPoint m_start, m_end;  // as they were given
   CNuPoint m_anchor;

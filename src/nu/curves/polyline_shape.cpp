@@ -7,23 +7,24 @@
 #include <cfloat>
 #include <memory>
 
+#include "nu/curves/internal/chain_plane.h"
 #include "nu/curves/internal/curve_pieces.h"
 #include "nu/curves/internal/offset_polygon2.h"
 #include "nu/curves/internal/placement.h"
+#include "nu/curves/internal/self_contact.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/incidence.h"
-#include "nu/geometry/internal/point_set.h"
-#include "nu/geometry/internal/principal_direction.h"
+#include "nu/geometry/internal/point_blocks.h"
 
 using nu::internal::BlockSums;
 using nu::internal::CoincidenceTol;
 using nu::internal::Components;
 using nu::internal::FailOperation;
-using nu::internal::LargestComponent;
 using nu::internal::OffsetPolygon;
 using nu::internal::PieceChain;
-using nu::internal::PointBlocks;
+using nu::internal::PiecesOf;
+using nu::internal::Plane3;
 using nu::internal::SafeNorm;
 using nu::internal::Segment3;
 using nu::internal::ToPoint;
@@ -39,54 +40,8 @@ Vec3 At(const CNuPointArray& points, int i) {
   return Components(points.GetData()[i]);
 }
 
-double LargestCoordinate(const CNuPointArray& points) {
-  double largest = 0.0;
-  for (int i = 0; i < points.GetSize(); ++i) largest = std::max(largest, LargestComponent(At(points, i)));
-  return largest;
-}
-
-Vec3 VectorArea(const CNuPointArray& points) {
-  BlockSums<3> sums;
-  const Vec3 first = At(points, 0);
-  for (int i = 1; i + 1 < points.GetSize(); ++i) {
-    const Vec3 twice = Cross(At(points, i) - first, At(points, i + 1) - first);
-    sums.Add({twice.x, twice.y, twice.z});
-  }
-  return 0.5 * Vec3{sums[0], sums[1], sums[2]};
-}
-
-struct Carrier {
-  Vec3 point, normal;
-};
-
-double LargestDistance(const CNuPointArray& points, const Carrier& plane) {
-  double largest = 0.0;
-  for (int i = 0; i < points.GetSize(); ++i) {
-    const double height = std::fabs(Dot(At(points, i) - plane.point, plane.normal));
-    if (!(height <= largest)) largest = height;  // a NaN stays
-  }
-  return largest;
-}
-
-bool IsOnLine(const CNuPointArray& points, Vec3 mean, Vec3 direction, double tol) {
-  for (int i = 0; i < points.GetSize(); ++i) {
-    if (!(SafeNorm(Rejection(At(points, i) - mean, direction)) <= tol)) return false;
-  }
-  return true;
-}
-
-// The least-squares plane, without one the plane of a segment.
-Carrier CarrierOf(const CNuPointArray& points) {
-  PointBlocks blocks(nu::internal::ViewOf(points), At(points, 0));
-  const auto along = FindPrincipalDirection(blocks, nu::internal::Extent::largest);
-  const Vec3 mean = blocks.InCallersFrame(along.mean);
-  if (!along.finite || !IsFinite(along.direction)) return {At(points, 0), {0.0, 0.0, 1.0}};
-  const double tol = CoincidenceTol(NuGetLengthTol(), LargestCoordinate(points));
-  if (IsOnLine(points, mean, along.direction, tol)) return {mean, nu::internal::UprightNormal(along.direction)};
-  const Vec3 normal = FindPrincipalDirection(blocks, nu::internal::Extent::smallest).direction;
-  const double side = Dot(VectorArea(points), normal);
-  const bool down = side != 0.0 ? side < 0.0 : Dot(normal, {0.0, 0.0, 1.0}) < 0.0;
-  return {mean, down ? -1.0 * normal : normal};
+double TolOf(const PieceChain& chain) {
+  return CoincidenceTol(NuGetLengthTol(), chain.LargestCoordinate());
 }
 
 CNuPoint MiddleOfEdges(const CNuPointArray& points, double length) {
@@ -104,7 +59,7 @@ CNuPoint MiddleOfEdges(const CNuPointArray& points, double length) {
 
 // A plane with two axes, for offsets.
 struct PlaneAxes {
-  explicit PlaneAxes(const Carrier& plane) : origin(plane.point), normal(plane.normal) {
+  explicit PlaneAxes(const Plane3& plane) : origin(plane.point), normal(plane.normal) {
     CNuVector direction = ToVector(normal);
     CNuVector first, second;
     direction.OrthonormalXY(&first, &second);
@@ -139,34 +94,23 @@ CNuPointArray GlobalPoints(const OffsetPolygon& moved, const PlaneAxes& plane, b
 }  // namespace
 
 ENuBoolean CNuPolyline::IsPlanar(double tol) const {
-  const CNuPointArray points = GetPoints();
-  return LargestDistance(points, CarrierOf(points)) <= tol ? NuTrue : NuFalse;
+  const PieceChain chain = PiecesOf(*this);
+  return LargestDistance(chain, CarrierOf(chain, TolOf(chain))) <= tol ? NuTrue : NuFalse;
 }
 
 ENuBoolean CNuPolyline::IsSelfIntersecting() const {
-  const CNuPointArray points = GetPoints();
-  const double tol = CoincidenceTol(NuGetLengthTol(), LargestCoordinate(points));
-  PieceChain chain;
-  chain.Reserve(static_cast<std::size_t>(GetSize()));
-  Vec3 last = At(points, 0);
-  for (int i = 1; i < GetSize(); ++i) {
-    const Vec3 next = At(points, i);
-    if (SafeNorm(next - last) <= tol) continue;
-    chain.Add(Segment3{last, next});
-    last = next;
-  }
-  const bool closed = SafeNorm(last - At(points, 0)) <= tol;
-  return TouchesItself(chain, closed, tol) ? NuTrue : NuFalse;
+  const PieceChain chain = PiecesOf(*this);
+  return TouchesItself(chain, TolOf(chain)) ? NuTrue : NuFalse;
 }
 
 double CNuPolyline::Area() const {
-  return SafeNorm(VectorArea(m_points));
+  return SafeNorm(VectorArea(PiecesOf(*this)));
 }
 
 CNuPoint CNuPolyline::Centroid() const {
   constexpr double kRoundings = 8.0;  // of the products of the vector area
   const CNuPointArray points = GetPoints();
-  const Vec3 area = VectorArea(points);
+  const Vec3 area = VectorArea(PiecesOf(*this));
   const double size = SafeNorm(area);
   const double length = Length();
   if (!(size > kRoundings * DBL_EPSILON * length * length)) return MiddleOfEdges(points, length);
@@ -198,17 +142,20 @@ void CNuPolyline::GetData(int at, int step, CNuPoint* point, CNuVector* tangent,
   for (int i = at + step; i >= 0 && i < GetSize() && SafeNorm(way) == 0.0; i += step) {
     way = static_cast<double>(step) * (At(points, i) - end);
   }
-  *normal = ToVector(CarrierOf(points).normal);
+  const PieceChain chain = PiecesOf(*this);
+  *normal = ToVector(CarrierOf(chain, TolOf(chain)).normal);
   *tangent = ToVector(Unit(way));
   *point = points[at];
 }
 
 CNuBoundedCurve* CNuPolyline::Offset(double distance, const CNuVector& normal, int shape) {
+  const Vec3 given = nu::internal::RequireOffset(distance, normal, kOffset);
   const CNuPointArray points = GetPoints();
-  const Carrier plane{At(points, 0), nu::internal::RequireOffset(distance, normal, kOffset)};
-  const double size = std::max(LargestCoordinate(points), std::fabs(distance));
+  const PieceChain chain = PiecesOf(*this);
+  const Plane3 plane{At(points, 0), given};
+  const double size = std::max(chain.LargestCoordinate(), std::fabs(distance));
   const double tol = CoincidenceTol(NuGetLengthTol(), size);
-  if (!(LargestDistance(points, plane) <= tol)) FailOperation(45, "Offset of non-planar curve", kOffset);
+  if (!(LargestDistance(chain, plane) <= tol)) FailOperation(45, "Offset of non-planar curve", kOffset);
   if (shape != 0) FailOperation(45, "Offset with different shape", kOffset);
   const bool closed = IsClosed(tol) == NuTrue;
   const PlaneAxes axes(plane);
@@ -226,5 +173,6 @@ CNuBoundedCurve* CNuPolyline::Offset(double distance, const CNuVector& normal, i
 }
 
 CNuBoundedCurve* CNuPolyline::Offset(double distance) {
-  return Offset(distance, ToVector(CarrierOf(GetPoints()).normal), 0);
+  const PieceChain chain = PiecesOf(*this);
+  return Offset(distance, ToVector(CarrierOf(chain, TolOf(chain)).normal), 0);
 }

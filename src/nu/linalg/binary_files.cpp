@@ -1,7 +1,6 @@
 #include <utility>
 
 #include "nu/foundation/exceptions.h"
-#include "nu/foundation/internal/failures.h"
 #include "nu/linalg/internal/binary_file.h"
 #include "nu/linalg/matrix.h"
 #include "nu/linalg/vector.h"
@@ -14,18 +13,6 @@ namespace {
 constexpr char kMatrixTag[] = "Matrix";
 constexpr char kVectorTag[] = "Vector";
 
-bool Finish(BinaryFileWriter& file, const char* className) {
-  switch (file.Close()) {
-    case BinaryFileWriter::Outcome::kReadOnly:
-      nu::internal::FailOperation(48, "Read only file.. Unable to write into file", className);
-    case BinaryFileWriter::Outcome::kNotOpened:
-      nu::internal::FailOperation(47, "Open a Binary file", className);
-    case BinaryFileWriter::Outcome::kWritten:
-      break;
-  }
-  return true;
-}
-
 }  // namespace
 
 bool CNuMatrix::BinaryDump(const char* fileName) const {
@@ -35,7 +22,7 @@ bool CNuMatrix::BinaryDump(const char* fileName) const {
   file.Int(m_rows);
   file.Int(m_columns);
   for (int i = 0; i < m_rows; ++i) file.Doubles(m_data[i], m_columns);
-  return Finish(file, "CNuMatrix");
+  return RequireWritten(file, "CNuMatrix");
 }
 
 // The elements are read into a matrix of their own: whatever fails leaves this one as it was.
@@ -63,7 +50,7 @@ bool CNuVector::BinaryDump(const char* fileName) const {
   file.Tag(kVectorTag);
   file.Int(m_size);
   file.Doubles(m_data, m_size);
-  return Finish(file, "CNuVector");
+  return RequireWritten(file, "CNuVector");
 }
 
 bool CNuVector::BinaryRead(const char* fileName) {

@@ -1,6 +1,7 @@
 #include "nu/curves/internal/curve_pieces.h"
 
 #include "nu/curves/circular_arc.h"
+#include "nu/curves/composite_curve.h"
 #include "nu/curves/internal/placement.h"
 #include "nu/curves/line_segment.h"
 #include "nu/curves/polyline.h"
@@ -33,19 +34,37 @@ Segment3 EndsOf(const CNuLineSegment& segment) {
   return {Components(start), Components(end)};
 }
 
+void AddPiece(const CNuBoundedCurve& curve, PieceChain& chain) {
+  if (curve.GetType() == CNuObject::NuTypeLineSegment) {
+    chain.Add(EndsOf(static_cast<const CNuLineSegment&>(curve)));
+  } else {
+    chain.Add(DataOf(static_cast<const CNuCircularArc&>(curve)));
+  }
+}
+
+PieceChain PiecesOf(const CNuCompositeCurve& curve) {
+  PieceChain chain;
+  const int size = curve.GetNumberSegments();
+  chain.Reserve(static_cast<std::size_t>(size));
+  for (int i = 0; i < size; ++i) AddPiece(*curve.GetSegment(i), chain);
+  return chain;
+}
+
 }  // namespace
 
 PieceChain PiecesOf(const CNuBoundedCurve& curve) {
   PieceChain chain;
   switch (curve.GetType()) {
     case CNuObject::NuTypeLineSegment:
-      chain.Add(EndsOf(static_cast<const CNuLineSegment&>(curve)));
-      return chain;
     case CNuObject::NuTypeCircularArc:
-      chain.Add(DataOf(static_cast<const CNuCircularArc&>(curve)));
+      AddPiece(curve, chain);
       return chain;
     case CNuObject::NuTypePolyline:
       return PiecesOf(static_cast<const CNuPolyline&>(curve).GetPoints());
+    case CNuObject::NuTypeCompositeCurve:
+      chain = PiecesOf(static_cast<const CNuCompositeCurve&>(curve));
+      if (chain.Size() == 0) FailOperation(8, "operation", "CNuCompositeCurve");
+      return chain;
     default:
       FailOperation(45, "calculation", "CNuBoundedCurve::DistanceTo()");
   }

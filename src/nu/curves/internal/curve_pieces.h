@@ -6,7 +6,8 @@
 
 namespace nu::internal {
 
-// What any bounded curve of the library consists of. Another one: CNuOperationException cause 45.
+// What any bounded curve of the library consists of. Another one: CNuOperationException cause 45; a
+// composite curve without segments: cause 8.
 PieceChain PiecesOf(const CNuBoundedCurve& curve);
 
 // The operations that all bounded curves answer in the same way.

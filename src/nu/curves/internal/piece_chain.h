@@ -7,6 +7,11 @@
 
 namespace nu::internal {
 
+// The box of nothing, and a point or a box added to one.
+Box EmptyBox();
+void Include(Vec3 p, Box& box);
+void Include(const Box& part, Box& box);
+
 // A bounded curve as the pieces it consists of, segments and arcs, in the order of the curve, in the global frame.
 class PieceChain {
  public:
@@ -24,6 +29,8 @@ class PieceChain {
   const Arc3* ArcAt(int i) const { return m_arcOf.empty() || m_arcOf[i] == kNoArc ? nullptr : &m_arcs[m_arcOf[i]]; }
 
   Box BoxOf(int i) const;
+  // Around all pieces; NaN when a coordinate is not finite.
+  Box Bounds() const;
   double LargestCoordinate() const;
   PieceChain Scaled(double factor) const;
 
@@ -46,9 +53,8 @@ class PieceChain {
 // stretches of either curve rule out most pairs.
 NearPair ClosestBetween(const PieceChain& first, const PieceChain& second);
 
-// Whether two segments come as close as `tol` that are not neighbours, or neighbours beyond the point they share. In a
-// closed chain the last and the first one are neighbours. The chain has no arcs; the segments are longer than `tol`.
-bool TouchesItself(const PieceChain& chain, bool closed, double tol);
+// The same for one piece of each.
+NearPair ClosestPieces(const PieceChain& first, int i, const PieceChain& second, int j);
 
 struct Ball {
   Vec3 centre;

@@ -18,6 +18,24 @@ void ToFileOrder(unsigned char* bytes) {
 
 }  // namespace
 
+void WriteInt(std::ostream& out, int value) {
+  const std::int32_t number = value;
+  unsigned char bytes[sizeof number];
+  std::memcpy(bytes, &number, sizeof number);
+  ToFileOrder<std::int32_t>(bytes);
+  out.write(reinterpret_cast<const char*>(bytes), sizeof bytes);
+}
+
+bool ReadInt(std::istream& in, int* value) {
+  unsigned char bytes[sizeof(std::int32_t)];
+  if (!in.read(reinterpret_cast<char*>(bytes), sizeof bytes)) return false;
+  ToFileOrder<std::int32_t>(bytes);
+  std::int32_t number = 0;
+  std::memcpy(&number, bytes, sizeof number);
+  *value = number;
+  return true;
+}
+
 BinaryFileWriter::BinaryFileWriter(const char* fileName) {
   if (fileName == nullptr) {
     m_file.setstate(std::ios::failbit);
@@ -28,17 +46,9 @@ BinaryFileWriter::BinaryFileWriter(const char* fileName) {
   m_file.open(fileName, std::ios::binary | std::ios::trunc);
 }
 
-void BinaryFileWriter::Tag(const char* tag) {
+void BinaryFileWriter::Tag(const char* tag, int length) {
   if (m_file.is_open()) m_exists = true;
-  m_file.write(tag, kTagLength).flush();
-}
-
-void BinaryFileWriter::Int(int value) {
-  const std::int32_t number = value;
-  unsigned char bytes[sizeof number];
-  std::memcpy(bytes, &number, sizeof number);
-  ToFileOrder<std::int32_t>(bytes);
-  m_file.write(reinterpret_cast<const char*>(bytes), sizeof bytes);
+  m_file.write(tag, length).flush();
 }
 
 void BinaryFileWriter::Doubles(const double* values, int n) {
@@ -69,18 +79,10 @@ BinaryFileReader::BinaryFileReader(const char* fileName) {
   m_file.open(fileName, std::ios::binary);
 }
 
-bool BinaryFileReader::Tag(const char* tag) {
-  char found[kTagLength];
-  return m_file.read(found, kTagLength) && std::memcmp(found, tag, kTagLength) == 0;
-}
-
-bool BinaryFileReader::Int(int* value) {
-  unsigned char bytes[sizeof(std::int32_t)];
-  if (!m_file.read(reinterpret_cast<char*>(bytes), sizeof bytes)) return false;
-  ToFileOrder<std::int32_t>(bytes);
-  std::int32_t number = 0;
-  std::memcpy(&number, bytes, sizeof number);
-  *value = number;
+bool BinaryFileReader::Tag(const char* tag, int length) {
+  for (int i = 0; i < length; ++i) {
+    if (m_file.get() != static_cast<unsigned char>(tag[i])) return false;
+  }
   return true;
 }
 

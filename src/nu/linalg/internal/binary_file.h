@@ -4,10 +4,16 @@
 #include <cstdint>
 #include <fstream>
 
+#include "nu/foundation/internal/failures.h"
+
 // The files of matrices and vectors: a seven-byte tag, 32-bit dimensions and doubles, little-endian on every machine.
+// The file of a composite curve has a longer tag and records that take the stream.
 namespace nu::internal {
 
 inline constexpr int kTagLength = 7;
+
+void WriteInt(std::ostream& out, int value);
+bool ReadInt(std::istream& in, int* value);
 
 class BinaryFileWriter {
  public:
@@ -16,11 +22,12 @@ class BinaryFileWriter {
   explicit BinaryFileWriter(const char* fileName);
 
   // Writes the tag through to the file, so that a file which cannot be written shows here.
-  void Tag(const char* tag);
-  void Int(int value);
+  void Tag(const char* tag, int length = kTagLength);
+  void Int(int value) { WriteInt(m_file, value); }
   void Doubles(const double* values, int n);
   // Closes the file; only what has reached it counts as written.
   Outcome Close();
+  std::ofstream& Stream() { return m_file; }
 
  private:
   std::ofstream m_file;
@@ -31,15 +38,29 @@ class BinaryFileReader {
  public:
   explicit BinaryFileReader(const char* fileName);
 
-  bool Tag(const char* tag);
-  bool Int(int* value);
+  bool Tag(const char* tag, int length = kTagLength);
+  bool Int(int* value) { return ReadInt(m_file, value); }
   // Whether count1 x count2 more doubles are really there: heads that promise more are refused before any allocation.
   bool HoldsDoubles(int count1, int count2);
   bool Doubles(double* values, int n);
+  std::ifstream& Stream() { return m_file; }
 
  private:
   std::ifstream m_file;
 };
+
+// Closes the file, with the failures of the class whose file it is.
+inline bool RequireWritten(BinaryFileWriter& file, const char* className) {
+  switch (file.Close()) {
+    case BinaryFileWriter::Outcome::kReadOnly:
+      FailOperation(48, "Read only file.. Unable to write into file", className);
+    case BinaryFileWriter::Outcome::kNotOpened:
+      FailOperation(47, "Open a Binary file", className);
+    case BinaryFileWriter::Outcome::kWritten:
+      break;
+  }
+  return true;
+}
 
 }  // namespace nu::internal
 

@@ -1,0 +1,319 @@
+#include "nu/curves/composite_curve.h"
+
+#include <limits>
+#include <new>
+#include <utility>
+
+#include "nu/curves/circular_arc.h"
+#include "nu/curves/internal/chain_plane.h"
+#include "nu/curves/internal/curve_pieces.h"
+#include "nu/curves/internal/self_contact.h"
+#include "nu/curves/line_segment.h"
+#include "nu/curves/polyline.h"
+#include "nu/foundation/constants.h"
+#include "nu/foundation/internal/failures.h"
+#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/incidence.h"
+#include "nu/geometry/internal/point_blocks.h"
+
+using nu::internal::Arc3;
+using nu::internal::CoincidenceTol;
+using nu::internal::Components;
+using nu::internal::FailOperation;
+using nu::internal::PieceChain;
+using nu::internal::PiecesOf;
+using nu::internal::SafeNorm;
+using nu::internal::Segment3;
+using nu::internal::ToPoint;
+using nu::internal::ToVector;
+using nu::internal::Vec3;
+
+namespace {
+
+constexpr const char* kName = "CNuCompositeCurve";
+
+std::unique_ptr<CNuBoundedCurve> CopyOf(const CNuBoundedCurve& segment) {
+  switch (segment.GetType()) {
+    case CNuObject::NuTypeLineSegment:
+      return std::make_unique<CNuLineSegment>(static_cast<const CNuLineSegment&>(segment));
+    case CNuObject::NuTypeCircularArc:
+      return std::make_unique<CNuCircularArc>(static_cast<const CNuCircularArc&>(segment));
+    default:
+      FailOperation(45, "Add segment of specified type", "CNuCompositeCurve::AddSegment()");
+  }
+}
+
+double TolOf(const PieceChain& chain) {
+  return CoincidenceTol(NuGetLengthTol(), chain.LargestCoordinate());
+}
+
+// Into how many chords an arc is divided that leave it by tol at most, where one of the angle a leaves it by
+// 2 r sin(a / 4)^2.
+double Chords(const Arc3& arc, double tol) {
+  constexpr double kRounding = std::numeric_limits<double>::epsilon();
+  const double quarterTurn = 0.5 * Nu_PI;
+  const double reach = std::max(tol, kRounding * (arc.radius + LargestComponent(arc.centre)));
+  const double step = 4.0 * std::asin(std::sqrt(std::min(1.0, 0.5 * reach / arc.radius)));
+  return std::max(1.0, std::ceil(arc.sweep / std::min(step, quarterTurn)));
+}
+
+// What takes one frame to another. Without a turn it turns nothing, to the bit.
+class FrameMotion {
+ public:
+  template<class Frame>
+  FrameMotion(const Frame& before, const Frame& after)
+      : m_from(Components(before.origin)),
+        m_to(Components(after.origin)),
+        m_before{Components(before.xaxis), Components(before.zaxis * before.xaxis), Components(before.zaxis)},
+        m_after{Components(after.xaxis), Components(after.zaxis * after.xaxis), Components(after.zaxis)},
+        m_turned(LargestComponent(m_before[0] - m_after[0]) + LargestComponent(m_before[2] - m_after[2]) > 0.0) {}
+
+  Vec3 At(Vec3 p) const { return m_to + Turned(p - m_from); }
+  Vec3 Turned(Vec3 v) const {
+    if (!m_turned) return v;
+    return Dot(v, m_before[0]) * m_after[0] + Dot(v, m_before[1]) * m_after[1] + Dot(v, m_before[2]) * m_after[2];
+  }
+
+ private:
+  Vec3 m_from, m_to;
+  Vec3 m_before[3], m_after[3];  // the axes
+  bool m_turned;
+};
+
+}  // namespace
+
+CNuCompositeCurve::CNuCompositeCurve() : CNuBoundedCurve(NuTypeCompositeCurve) {
+  SetPosition(CNuPoint(), CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+}
+
+CNuCompositeCurve::CNuCompositeCurve(const CNuCompositeCurve& other) : CNuBoundedCurve(other) {
+  try {
+    for (const auto& segment : other.m_segments) m_segments.push_back(CopyOf(*segment));
+  } catch (const std::bad_alloc&) {
+    throw CNuMemoryException("CNuCompositeCurve::Copy()");
+  }
+}
+
+CNuCompositeCurve& CNuCompositeCurve::operator=(const CNuCompositeCurve& other) {
+  if (this != &other) {
+    CNuCompositeCurve copy(other);
+    CNuBoundedCurve::operator=(copy);
+    m_segments.swap(copy.m_segments);
+  }
+  return *this;
+}
+
+CNuCompositeCurve::~CNuCompositeCurve() = default;
+
+void CNuCompositeCurve::AddSegment(const CNuBoundedCurve& segment, ENuBoolean atEnd) {
+  try {
+    Add(CopyOf(segment), atEnd != NuFalse);
+  } catch (const std::bad_alloc&) {
+    throw CNuMemoryException("CNuCompositeCurve::AddSegment()");
+  }
+}
+
+void CNuCompositeCurve::Add(std::unique_ptr<CNuBoundedCurve> segment, bool atEnd) {
+  CNuBoundedCurve& added = *segment;
+  if (atEnd) {
+    m_segments.push_back(std::move(segment));
+  } else {
+    m_segments.push_front(std::move(segment));
+  }
+  if (m_segments.size() > 1) return;
+  SetPosition(added.GetStartPoint(), CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+}
+
+const CNuBoundedCurve* CNuCompositeCurve::GetSegment(int i) const {
+  nu::internal::RequireIndex(i, GetNumberSegments(), "operation", "CNuCompositeCurve::GetSegment()");
+  return m_segments[static_cast<std::size_t>(i)].get();
+}
+
+void CNuCompositeCurve::RequireSegments(const char* where) const {
+  if (m_segments.empty()) FailOperation(8, "operation", where);
+}
+
+ENuBoolean CNuCompositeCurve::IsClosed(double tol) const {
+  if (m_segments.empty()) return NuFalse;
+  return m_segments.front()->GetStartPoint().IsEqual(m_segments.back()->GetEndPoint(), tol);
+}
+
+ENuBoolean CNuCompositeCurve::IsClosed() const {
+  return IsClosed(NuGetLengthTol());
+}
+
+ENuBoolean CNuCompositeCurve::IsPlanar(double tol) const {
+  if (m_segments.empty()) return NuTrue;
+  const PieceChain chain = PiecesOf(*this);
+  return LargestDistance(chain, CarrierOf(chain, TolOf(chain))) <= tol ? NuTrue : NuFalse;
+}
+
+ENuBoolean CNuCompositeCurve::IsPlanar() const {
+  return m_segments.empty() ? NuTrue : IsPlanar(TolOf(PiecesOf(*this)));
+}
+
+ENuBoolean CNuCompositeCurve::IsSelfIntersecting() const {
+  if (m_segments.empty()) return NuFalse;
+  const PieceChain chain = PiecesOf(*this);
+  return TouchesItself(chain, TolOf(chain)) ? NuTrue : NuFalse;
+}
+
+void CNuCompositeCurve::Reverse() {
+  std::reverse(m_segments.begin(), m_segments.end());
+  for (const auto& segment : m_segments) {
+    if (segment->GetType() == NuTypeLineSegment) {
+      static_cast<CNuLineSegment&>(*segment).Reverse();
+    } else {
+      static_cast<CNuCircularArc&>(*segment).Reverse();
+    }
+  }
+}
+
+CNuPolyline CNuCompositeCurve::ToPolyline(double tol) const {
+  constexpr const char* where = "CNuCompositeCurve::ToPolyline()";
+  RequireSegments(where);
+  if (!(tol > 0.0)) FailOperation(12, "conversion", where);
+  const PieceChain chain = PiecesOf(*this);
+  const double joinTol = TolOf(chain);
+  double size = 2.0 * chain.Size();
+  for (int i = 0; i < chain.Size(); ++i) {
+    if (const Arc3* arc = chain.ArcAt(i)) size += Chords(*arc, tol);
+  }
+  if (!(size < std::numeric_limits<int>::max())) FailOperation(12, "conversion", where);
+  CNuPointArray points(static_cast<int>(size));
+  for (int i = 0; i < chain.Size(); ++i) {
+    const Segment3& ends = chain.Ends(i);
+    if (i == 0 || !(SafeNorm(ends.start - Components(points.Last())) <= joinTol)) points.Add(ToPoint(ends.start));
+    if (const Arc3* arc = chain.ArcAt(i)) {
+      const double chords = Chords(*arc, tol);
+      for (double k = 1.0; k < chords; ++k) points.Add(ToPoint(arc->At(k * (arc->sweep / chords))));
+    }
+    points.Add(ToPoint(ends.end));
+  }
+  return CNuPolyline(points);
+}
+
+void CNuCompositeCurve::Translate(const CNuPoint& p) {
+  const Frame before = GetFrame();
+  CNuBoundedCurve::Translate(p);
+  Carry(before);
+}
+
+void CNuCompositeCurve::Translate(double dx, double dy, double dz) {
+  const Frame before = GetFrame();
+  CNuBoundedCurve::Translate(dx, dy, dz);
+  Carry(before);
+}
+
+void CNuCompositeCurve::Rotate(double angle, const CNuVector& axis, const CNuPoint& centre) {
+  const Frame before = GetFrame();
+  CNuBoundedCurve::Rotate(angle, axis, centre);
+  Carry(before);
+}
+
+void CNuCompositeCurve::Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre) {
+  const Frame before = GetFrame();
+  CNuBoundedCurve::Rotate(angle, axis, centre);
+  Carry(before);
+}
+
+void CNuCompositeCurve::Rotate(double angle, const CNuVector& axis) {
+  const Frame before = GetFrame();
+  CNuBoundedCurve::Rotate(angle, axis);
+  Carry(before);
+}
+
+void CNuCompositeCurve::Rotate(double angle, CNuGeometry::EAxisType axis) {
+  const Frame before = GetFrame();
+  CNuBoundedCurve::Rotate(angle, axis);
+  Carry(before);
+}
+
+void CNuCompositeCurve::CopyPosition(const CNuNonLinearGeometry& g) {
+  const Frame before = GetFrame();
+  CNuBoundedCurve::CopyPosition(g);
+  Carry(before);
+}
+
+// The frames of the segments go along with that of the curve, which was `before`.
+void CNuCompositeCurve::Carry(const Frame& before) {
+  const FrameMotion motion(before, GetFrame());
+  const auto carry = [&](auto& segment) {
+    const Frame frame = segment.GetFrame();
+    segment.SetPosition(ToPoint(motion.At(Components(frame.origin))), ToVector(motion.Turned(Components(frame.xaxis))),
+                        ToVector(motion.Turned(Components(frame.zaxis))));
+  };
+  for (const auto& segment : m_segments) {
+    if (segment->GetType() == NuTypeLineSegment) {
+      carry(static_cast<CNuLineSegment&>(*segment));
+    } else {
+      carry(static_cast<CNuCircularArc&>(*segment));
+    }
+  }
+}
+
+CNuPoint CNuCompositeCurve::GetStartPoint() {
+  RequireSegments("CNuCompositeCurve::GetStartPoint()");
+  return m_segments.front()->GetStartPoint();
+}
+
+CNuPoint CNuCompositeCurve::GetEndPoint() {
+  RequireSegments("CNuCompositeCurve::GetEndPoint()");
+  return m_segments.back()->GetEndPoint();
+}
+
+CNuVector CNuCompositeCurve::PlaneNormal() const {
+  const PieceChain chain = PiecesOf(*this);
+  return ToVector(CarrierOf(chain, TolOf(chain)).normal);
+}
+
+void CNuCompositeCurve::GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
+  RequireSegments("CNuCompositeCurve::GetStartData()");
+  m_segments.front()->GetStartData(point, tangent, normal);
+  *normal = PlaneNormal();
+}
+
+void CNuCompositeCurve::GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
+  RequireSegments("CNuCompositeCurve::GetEndData()");
+  m_segments.back()->GetEndData(point, tangent, normal);
+  *normal = PlaneNormal();
+}
+
+void CNuCompositeCurve::BoundingBox(CNuPoint* min, CNuPoint* max) const {
+  RequireSegments("CNuCompositeCurve::BoundingBox()");
+  StoreBox(PiecesOf(*this).Bounds(), min, max);
+}
+
+void CNuCompositeCurve::BoundingCircle(double* radius, CNuPoint* centre) const {
+  RequireSegments("CNuCompositeCurve::BoundingCircle()");
+  StoreBall(SmallestBallAround(PiecesOf(*this)), radius, centre);
+}
+
+double CNuCompositeCurve::DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const {
+  return nu::internal::DistanceBetween(*this, *other, p1, p2);
+}
+
+double CNuCompositeCurve::DistanceTo(const CNuPoint& p) const {
+  RequireSegments("CNuCompositeCurve::DistanceTo()");
+  const PieceChain chain = PiecesOf(*this);
+  const Vec3 target = Components(p);
+  nu::internal::NearPair best = nu::internal::PairOf(target, chain.Ends(0).start);
+  for (int i = 0; i < chain.Size(); ++i) {
+    const Arc3* arc = chain.ArcAt(i);
+    const auto pair = nu::internal::PairOf(target, arc ? ClosestOn(*arc, target) : ClosestOn(chain.Ends(i), target));
+    if (pair.IsNearerThan(best)) best = pair;
+  }
+  return best.distance;
+}
+
+double CNuCompositeCurve::Length() const {
+  nu::internal::CompensatedSum sum;
+  double plain = 0.0;
+  for (const auto& segment : m_segments) {
+    const double length = segment->Length();
+    sum.Add(length);
+    plain += length;
+  }
+  // A sum beyond the doubles has no rounding errors to keep.
+  return std::isfinite(plain) ? sum.Value() : plain;
+}

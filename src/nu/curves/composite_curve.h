@@ -1,0 +1,98 @@
+#ifndef NU_CURVES_COMPOSITE_CURVE_H
+#define NU_CURVES_COMPOSITE_CURVE_H
+
+#include <deque>
+#include <iosfwd>
+#include <memory>
+
+#include "nu/curves/bounded_curve.h"
+#include "nu/export.h"
+#include "nu/foundation/boolean.h"
+
+// A chain of line segments and circular arcs. Each is meant to start where the one before it ends, but need not: what
+// cannot do with gaps says so. The curve may be closed, cross itself and leave its plane. Its frame has the axes of the
+// global frame and its origin in the start point of the segment that was added first; that of an empty curve is the
+// global frame. What has no meaning without a segment: CNuOperationException cause 8, "operation".
+class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
+ public:
+  // Without segments.
+  CNuCompositeCurve();
+  CNuCompositeCurve(const CNuCompositeCurve& other);
+  CNuCompositeCurve(CNuCompositeCurve&& other) = default;
+  CNuCompositeCurve& operator=(const CNuCompositeCurve& other);
+  CNuCompositeCurve& operator=(CNuCompositeCurve&& other) = default;
+  ~CNuCompositeCurve() override;
+
+  // Adds a copy of a line segment or a circular arc behind the last segment or, NuFalse, before the first one. Another
+  // curve: CNuOperationException cause 45, "Add segment of specified type".
+  void AddSegment(const CNuBoundedCurve& segment, ENuBoolean atEnd);
+  int GetNumberSegments() const { return static_cast<int>(m_segments.size()); }
+  // A line segment or a circular arc, owned by the curve; it lives until the curve is assigned to, read or destroyed.
+  // Out of range: CNuOperationException cause 3 with the valid range.
+  const CNuBoundedCurve* GetSegment(int i) const;
+
+  // Whether the end point is CNuPoint::IsEqual to the start point; never for an empty curve. Without a tolerance, with
+  // NuGetLengthTol().
+  ENuBoolean IsClosed(double tol) const;
+  ENuBoolean IsClosed() const;
+  // Whether no point is farther than tol from the least-squares plane of ends and arcs; so is an empty curve. Without a
+  // tolerance, with NuGetLengthTol() or the rounding of the coordinates.
+  ENuBoolean IsPlanar(double tol) const;
+  ENuBoolean IsPlanar() const;
+  // Whether two segments come as close as NuGetLengthTol(), or the rounding of the coordinates, but for the points that
+  // neighbours share; the ends of a closed curve are neighbours. Neighbours that leave each other by no more than that
+  // before they meet again do not count. About n log n.
+  ENuBoolean IsSelfIntersecting() const;
+
+  void Reverse();
+  // A polyline that no arc leaves by more than tol, or by the rounding of its coordinates: the ends of all segments,
+  // and points that divide the arcs evenly, into quarter turns at least. A tol that is not above 0, or one that asks
+  // for more points than an array can count: CNuOperationException cause 12, "conversion".
+  CNuPolyline ToPolyline(double tol) const;
+
+  void Translate(const CNuPoint& p) override;
+  void Translate(double dx, double dy, double dz) override;
+  void Rotate(double angle, const CNuVector& axis, const CNuPoint& centre) override;
+  void Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre) override;
+  void Rotate(double angle, const CNuVector& axis) override;
+  void Rotate(double angle, CNuGeometry::EAxisType axis) override;
+  void CopyPosition(const CNuNonLinearGeometry& g);
+
+  CNuPoint GetStartPoint() override;
+  CNuPoint GetEndPoint() override;
+  // The normal is that of the least-squares plane, on the side from which the curve runs counter-clockwise around what
+  // it encloses; of a straight curve that of a line segment.
+  void GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const override;
+  void GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const override;
+  void BoundingBox(CNuPoint* min, CNuPoint* max) const override;
+  void BoundingCircle(double* radius, CNuPoint* centre) const override;
+  double DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const override;
+  double DistanceTo(const CNuPoint& p) const override;
+  // Of all segments; 0 for an empty curve.
+  double Length() const override;
+  CNuBoundedCurve* Offset(double distance, const CNuVector& normal, int shape) override;
+  CNuBoundedCurve* Offset(double distance) override;
+
+  // The curve's file: the tag "CompositeCurve" with its zero byte, the number of segments as int, and of each segment
+  // its type code as int, a tag, its points and of an arc the sense, all little-endian. Writing: true on success; an
+  // empty curve writes no file and returns false; CNuOperationException cause 48 when the file cannot be written, cause
+  // 47 when it cannot be opened. Reading throws nothing. It replaces the curve, and returns false and leaves it empty
+  // for anything that is not such a file. A segment whose record is no record, or makes no arc, is a line segment from
+  // (0, 0, 0) to (1, 0, 0); type codes of other curves are passed over; the end of the file is the end of the curve.
+  // False also without memory for all segments, with those read until then.
+  bool BinaryDump(const char* fileName) const;
+  bool BinaryRead(const char* fileName);
+
+ private:
+  using Segments = std::deque<std::unique_ptr<CNuBoundedCurve>>;
+
+  void RequireSegments(const char* where) const;
+  void Add(std::unique_ptr<CNuBoundedCurve> segment, bool atEnd);
+  void Carry(const Frame& before);
+  void ReadSegment(int type, std::ifstream& in);
+  CNuVector PlaneNormal() const;
+
+  Segments m_segments;
+};
+
+#endif
