@@ -19,6 +19,7 @@ enum FitCause {
   kCollinearPoints = 3,
   kCoplanarPoints = 4,
   kPointsNotInPlane = 5,
+  kNoVariation = 6,
   kExchangeFailed = 9,
   kNumericalFailure = 11,
   kIterationLimit = 12,

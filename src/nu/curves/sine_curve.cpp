@@ -1,0 +1,67 @@
+#include "nu/curves/sine_curve.h"
+
+#include "nu/curves/internal/sinusoid_fit.h"
+#include "nu/foundation/constants.h"
+#include "nu/geometry/internal/fit_guards.h"
+
+using nu::internal::CosineAt;
+using nu::internal::SineAt;
+
+namespace {
+
+constexpr const char* kName = "CNuSineCurve";
+
+}  // namespace
+
+CNuSineCurve::CNuSineCurve(double a, double b, double c, double d)
+    : CNuTrigonometry(NuTypeSineCurve), m_a(a), m_b(b), m_c(c), m_d(d) {
+  nu::internal::RequireSinusoid(a, b, kName);
+}
+
+CNuSineCurve::~CNuSineCurve() = default;
+
+void CNuSineCurve::GetData(double* a, double* b, double* c, double* d) const {
+  *a = m_a;
+  *b = m_b;
+  *c = m_c;
+  *d = m_d;
+}
+
+double CNuSineCurve::ValueAt(double x) const {
+  return m_a * SineAt(m_b, x, m_c) + m_d;
+}
+
+double CNuSineCurve::DerivativeAt(double x) const {
+  return m_a * m_b * CosineAt(m_b, x, m_c);
+}
+
+double CNuSineCurve::Period() const {
+  return Nu_2PI / m_b;
+}
+
+void CNuSineCurve::Fit(const CNuPointArray& points, long maxIter) {
+  Fit(points, nullptr, nullptr, maxIter);
+}
+
+void CNuSineCurve::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+  nu::internal::RequireIterations(maxIter, kName);
+  nu::internal::TranslateForeign(kName, [&] {
+    const nu::internal::FittedSinusoid found = nu::internal::FitSinusoid(points, kName, formError != nullptr, maxIter);
+    m_a = found.a;
+    m_b = found.b;
+    m_c = nu::internal::PhaseOf(found.sine, found.cosine);
+    m_d = found.d;
+    if (formError == nullptr) return;
+    *formError = found.deviations.largest - found.deviations.smallest;
+    *sumSquares = found.deviations.sumSquares;
+  });
+}
+
+ENuFitResult CNuSineCurve::FitEx(const CNuPointArray& points, long maxIter) {
+  return FitEx(points, nullptr, nullptr, maxIter);
+}
+
+ENuFitResult CNuSineCurve::FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+  nu::internal::RequireIterations(maxIter, kName);
+  return nu::internal::ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
+}
