@@ -6,13 +6,15 @@
 // The least-squares fits of all features behind one call.
 namespace nu::test {
 
-enum Feature { kLine, kPlane, kCircle, kSphere, kCylinder };
-inline constexpr const char* kClassNames[] = {"CNuLine", "CNuPlane", "CNuCircle", "CNuSphSurf", "CNuCylSurf"};
+enum Feature { kLine, kPlane, kCircle, kSphere, kCylinder, kCone };
+inline constexpr const char* kClassNames[] = {"CNuLine",    "CNuPlane",   "CNuCircle",
+                                              "CNuSphSurf", "CNuCylSurf", "CNuConSurf"};
 
 struct Fitted {
-  CNuPoint place;  // point, centre or axis point
+  CNuPoint place;  // point, centre, axis point; of a cone the apex
   CNuVector axis;  // direction or normal; of a sphere (0, 0, 0)
   double radius = 0.0;
+  double angle = 0.0;  // semi-angle in degrees
   double form = -1.0;
   double sumsq = -1.0;
 };
@@ -24,6 +26,7 @@ inline Fitted FitOf(Feature feature, const CNuPointArray& points, long limit = 1
   CNuCircle circle(1.0);
   CNuSphSurf sphere(1.0);
   CNuCylSurf cylinder(1.0);
+  CNuConSurf cone(1.0);
   switch (feature) {
     case kLine:
       line.Fit(points, &f.form, &f.sumsq), line.GetData(&f.place, &f.axis);
@@ -39,6 +42,9 @@ inline Fitted FitOf(Feature feature, const CNuPointArray& points, long limit = 1
       break;
     case kCylinder:
       cylinder.Fit(points, &f.form, &f.sumsq, limit), cylinder.GetData(&f.radius, &f.place, &f.axis);
+      break;
+    case kCone:
+      cone.Fit(points, &f.form, &f.sumsq, limit), cone.GetData(&f.angle, &f.place, &f.axis);
       break;
   }
   return f;

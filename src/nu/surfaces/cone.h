@@ -2,6 +2,7 @@
 #define NU_SURFACES_CONE_H
 
 #include "nu/export.h"
+#include "nu/geometry/fit_result.h"
 #include "nu/surfaces/surface.h"
 
 // The infinite circular cone with both of its nappes: the lines through the apex that make the semi-angle with the
@@ -21,6 +22,22 @@ class NU_EXPORT CNuConSurf : public CNuSurface {
   CNuVector GetAxisDirection() const;
   CNuLine GetAxis() const;
   void GetData(double* semiAngle, CNuPoint* apex, CNuVector* axisDirection) const;
+
+  // Least-squares fit: the cone that minimises the sum of squared orthogonal distances of the points. maxIter bounds the
+  // refinement steps on all points, and the fit must converge before the last permitted one: ten are plenty for measured
+  // points. formError and sumSquares may be null together: the largest minus the smallest deviation, signed, positive
+  // outside, and the sum of squares.
+  // CNuBestfitException, checked in this order: cause 13 for maxIter below 1; cause 1 for fewer than 6 points; cause 4
+  // for points in one plane; cause 2 for fewer than 6 that differ by NuGetLengthTol(), which the check before uses as
+  // well. Cause 11 when a coordinate is not finite, when the points determine no cone, or when it is a cylinder or a
+  // plane to within the rounding errors of the coordinates; cause 12 when the limit is reached. A failure of the start
+  // is the CNuOperationException of QuadricAxes. A step whose squared length is below NuGetTol() ends the iteration and
+  // is taken. A fit that fails leaves the cone as it was.
+  void Fit(const CNuPointArray& points, long maxIter);
+  void Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
+  // Returns 0 for success, 1 for cause 12 and 2 for any other failure; only maxIter below 1 still throws.
+  ENuFitResult FitEx(const CNuPointArray& points, long maxIter);
+  ENuFitResult FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
 
   // The symmetric 4 x 4 matrix Q for which p Q p^T = 0 if and only if p = (x, y, z, 1) is on the cone, with p in global
   // coordinates or in those of the position of `frame`.

@@ -1,0 +1,528 @@
+#include "nu/surfaces/internal/cone_least_squares.h"
+
+#include <limits>
+
+#include "nu/geometry/internal/lanes.h"
+#include "nu/geometry/internal/small_cholesky.h"
+#include "nu/geometry/internal/small_svd.h"
+#include "nu/linalg/internal/tall_qr.h"
+
+// Gauss-Newton on the distance e of the points from the cone. A part of a cone says little about apex and angle but
+// much about the surface itself at M, so the unknowns are those of the surface there. n = u cos a - w sin a is its
+// normal, g = u sin a + w cos a its generator. For a point with the coordinates x along n, y along g, t along v from M,
+//
+//   h = H + x cos a + y sin a,   d = sqrt(h^2 + t^2),   l = d - h = t^2 / (d + h),
+//   e = l cos a + x - k,         f = y + l sin a,
+//
+// where k is the rise of the surface over M and f is where the foot of the point lies along the generator. Changes of
+// the rise, of the angle with H and the axis' direction kept, of the axis' shift s across, of H, and of the axis' tilts
+// A, B towards u and v change e by -(1, f, l / d, t / d, ...) times
+//
+//   1: dk,    f: da + dA,    t / d: cos a ds + H sin a dB,    l / d: cos a dH - H sin a dA,    f t / d: dB,
+//   f l / d: -dA.
+//
+// Those six columns are what is solved for. On a narrow strip they are about 1, f, t, t^2, f t and f t^2: height,
+// slope, tilt, curvature, twist and change of curvature, each as well determined as the points allow, and the cylinder
+// and the plane are no special places. All terms are of the size of the points' extent, not of the distance to the
+// apex.
+//
+// The normal equations drive the steps; their right-hand side is the gradient itself, so they do not limit the accuracy
+// of the result. With p = t / d and q = l / d, p^2 = 2 q - q^2 leaves 14 sums of products. Where the columns are nearly
+// dependent the rows are reduced by orthogonal steps instead. A step that leads uphill is taken back and shortened (D.
+// W. Marquardt, J. SIAM 11, 1963).
+//
+// On both nappes e = d cos a - |z sin a + k'| with z along w and k' = k + H cos a: the rows of points behind the apex
+// follow from the same unknowns.
+
+namespace nu::internal {
+namespace {
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kRightAngle = 1.5707963267948966;
+
+// Smallest pivot, as a part of its diagonal entry, of a system that is taken for well-conditioned: half of the digits
+// are left.
+constexpr double kClearPivot = 1e-8;
+
+// A singular value of the columns, at unit length, that is a smaller part of the largest: the parameters are not
+// determined. The coordinates' rounding errors in the columns are of this size.
+constexpr double kUndetermined = 64.0 * kEpsilon;
+
+// A step that moves the deviations by no more than this many roundings of the coordinates is noise.
+constexpr double kNoise = 16.0 * kEpsilon;
+
+// Damping after the first step that leads uphill or gains too small a part of what was predicted, its change after
+// further ones, and after steps that gain nearly all of it.
+constexpr double kFirstDamping = 1e-2;
+constexpr double kMoreDamping = 5.0;
+constexpr double kLessDamping = 0.1;
+constexpr double kLeastDamping = 1e-7;
+constexpr double kPoorGain = 0.4;
+constexpr double kGoodGain = 0.75;
+
+// A descent ends with a step after which, at the rate at which the gains of the steps fall, the next would lower the
+// sum of squares by less than this part.
+constexpr double kWorthAPass = 1e-18;
+
+// A step leaves at least this part of the angle's complement, and of the curvature.
+constexpr double kLeastPart = 0.1;
+// M this close to the axis, in parts of the shift: the shift is a shift. Farther away it is a turn about M.
+constexpr double kNearAxis = 2.0;
+
+// sums of 1, p, q, p q, q^2, each times 1, f, f^2, but for the number of points; of the six columns times e; of e^2; of
+// |point - M|^2.
+constexpr int kProducts = 14;
+constexpr int kColumns = 6;
+constexpr int kSums = kProducts + kColumns + 2;
+
+// What the kernels need of a model.
+struct Surface {
+  explicit Surface(const ConeModel& m)
+      : cosine(std::cos(m.angle)),
+        sine(std::sin(m.angle)),
+        normal(cosine * m.u - sine * m.w),
+        generator(sine * m.u + cosine * m.w),
+        across(m.v),
+        offset{Dot(normal, m.pivot), Dot(generator, m.pivot), Dot(across, m.pivot)},
+        height(m.height),
+        rise(m.rise) {}
+
+  double cosine;
+  double sine;
+  Vec3 normal;
+  Vec3 generator;
+  Vec3 across;
+  Vec3 offset;
+  double height;
+  double rise;
+};
+
+NU_ALWAYS_INLINE void LocalCoordinates(const PointBlock& block, std::size_t i, const Surface& s, Lanes& x, Lanes& y,
+                                       Lanes& t) {
+  Lanes px, py, pz;
+  Load(block.x + i, px);
+  Load(block.y + i, py);
+  Load(block.z + i, pz);
+  x = s.normal.x * px + s.normal.y * py + s.normal.z * pz - s.offset.x;
+  y = s.generator.x * px + s.generator.y * py + s.generator.z * pz - s.offset.y;
+  t = s.across.x * px + s.across.y * py + s.across.z * pz - s.offset.z;
+}
+
+// The distance d from the axis and l = d - h, without cancellation.
+NU_ALWAYS_INLINE void FindDistance(const Lanes& h, const Lanes& t, Lanes& d, Lanes& l) {
+  const Lanes square = t * t;
+  d = h * h + square;
+  TakeSquareRoot(d);
+  const Lanes far = d + (h > 0.0 ? h : -h);
+  const Lanes quotient = square / far;
+  l = h > 0.0 ? quotient : far;
+}
+
+NU_KERNEL void SumProducts(const PointBlock& block, const Surface& given, double (&sums)[kSums], Deviations& extremes) {
+  const Surface s = given;
+  Lanes sum[kSums] = {};
+  Lanes smallest = kInfinity - Lanes{};
+  Lanes largest = -smallest;
+  for (std::size_t i = 0; i < block.size; i += kLanes) {
+    Lanes x, y, t, weight;
+    LocalCoordinates(block, i, s, x, y, t);
+    Load(block.Weights(i), weight);
+    const Lanes h = s.height + s.cosine * x + s.sine * y;
+    const Lanes square = t * t;
+    Lanes d = h * h + square;
+    TakeSquareRoot(d);
+    // d - |h| without cancellation is t^2 / far. A point on the axis has no direction: its columns are those of u.
+    const Lanes far = d + (h > 0.0 ? h : -h);
+    const Lanes product = d * far;
+    const Lanes quotient = 1.0 / product;
+    const Lanes inverse = product > 0.0 ? quotient : Lanes{};
+    const Lanes l = h > 0.0 ? square * inverse * d : far;
+    const Lanes inverseDistance = inverse * far;
+    Lanes e = s.cosine * l + (x - s.rise);
+    smallest = e < smallest ? e : smallest;
+    largest = e > largest ? e : largest;
+    const Lanes p = t * inverseDistance * weight;
+    const Lanes q = l * inverseDistance * weight;
+    const Lanes f = (y + s.sine * l) * weight;
+    e *= weight;
+    const Lanes pq = p * q;
+    const Lanes qq = q * q;
+    const Lanes ff = f * f;
+    const Lanes ef = e * f;
+    sum[0] += p;
+    sum[1] += q;
+    sum[2] += pq;
+    sum[3] += qq;
+    sum[4] += f;
+    sum[5] += p * f;
+    sum[6] += q * f;
+    sum[7] += pq * f;
+    sum[8] += qq * f;
+    sum[9] += ff;
+    sum[10] += p * ff;
+    sum[11] += q * ff;
+    sum[12] += pq * ff;
+    sum[13] += qq * ff;
+    sum[14] += e;
+    sum[15] += ef;
+    sum[16] += e * p;
+    sum[17] += e * q;
+    sum[18] += ef * p;
+    sum[19] += ef * q;
+    sum[20] += e * e;
+    sum[21] += weight * (x * x + y * y + square);
+  }
+  for (int k = 0; k < kSums; ++k) sums[k] = Sum(sum[k]);
+  extremes = {0.0, Smallest(smallest), Largest(largest)};
+}
+
+// Which nappe a point counts from: 1 or -1.
+NU_ALWAYS_INLINE void FindSide(const Surface& s, const Lanes& x, const Lanes& y, bool bothNappes, Lanes& side) {
+  const Lanes one = 1.0 - Lanes{};
+  side = one;
+  if (!bothNappes) return;
+  const Lanes fromApex = (s.cosine * y - s.sine * x) * s.sine + (s.rise + s.height * s.cosine);
+  side = fromApex < 0.0 ? -one : one;
+}
+
+NU_ALWAYS_INLINE void Deviate(const Surface& s, const Lanes& x, const Lanes& l, const Lanes& h, const Lanes& y,
+                              const Lanes& side, Lanes& e) {
+  const Lanes fromApex = (s.cosine * y - s.sine * x) * s.sine + (s.rise + s.height * s.cosine);
+  const Lanes behind = s.cosine * (l + h) + fromApex;
+  e = s.cosine * l + (x - s.rise);
+  e = side > 0.0 ? e : behind;
+}
+
+NU_KERNEL void FindDeviations(const PointBlock& block, const Surface& given, bool bothNappes, Deviations& found) {
+  const Surface s = given;
+  Lanes sum = {};
+  Lanes smallest = kInfinity - Lanes{};
+  Lanes largest = -smallest;
+  for (std::size_t i = 0; i < block.size; i += kLanes) {
+    Lanes x, y, t, d, l, e, side, weight;
+    LocalCoordinates(block, i, s, x, y, t);
+    const Lanes h = s.height + s.cosine * x + s.sine * y;
+    FindDistance(h, t, d, l);
+    FindSide(s, x, y, bothNappes, side);
+    Deviate(s, x, l, h, y, side, e);
+    smallest = e < smallest ? e : smallest;
+    largest = e > largest ? e : largest;
+    Load(block.Weights(i), weight);
+    e *= weight;
+    sum += e * e;
+  }
+  found = {Sum(sum), Smallest(smallest), Largest(largest)};
+}
+
+// Rows (the six columns | deviation) of the points from `begin` to `end`. On the nappe behind the apex, where z and the
+// products with it change their sign, the same unknowns have other columns.
+void FillRows(const PointBlock& block, std::size_t begin, std::size_t end, const Surface& s, bool bothNappes,
+              TallReduction& reduction) {
+  for (std::size_t i = begin; i < end; i += kLanes) {
+    Lanes x, y, t, d, l, e, side;
+    LocalCoordinates(block, i, s, x, y, t);
+    const Lanes h = s.height + s.cosine * x + s.sine * y;
+    FindDistance(h, t, d, l);
+    FindSide(s, x, y, bothNappes, side);
+    Deviate(s, x, l, h, y, side, e);
+    const Lanes inverse = d > 0.0 ? 1.0 / d : Lanes{};
+    const Lanes p = t * inverse;
+    const Lanes q = l * inverse;
+    const double lever = s.height * s.sine;
+    const Lanes along = s.cosine * (s.cosine * y - s.sine * x);
+    const Lanes f = side > 0.0 ? y + s.sine * l : s.sine * d + lever - along;
+    const Lanes twist = side > 0.0 ? f : along - s.sine * d - lever;
+    const Lanes bend =
+        side > 0.0 ? q * f : (3.0 - q) * lever + s.sine * (d + s.cosine * x + s.sine * y) + (q - 2.0) * along;
+    Store(side, reduction.Column(0) + (i - begin));
+    Store(f, reduction.Column(1) + (i - begin));
+    Store(p, reduction.Column(2) + (i - begin));
+    Store(q + (side - 1.0), reduction.Column(3) + (i - begin));
+    Store(p * twist, reduction.Column(4) + (i - begin));
+    Store(bend, reduction.Column(5) + (i - begin));
+    Store(e, reduction.Column(kColumns) + (i - begin));
+  }
+}
+
+Vec3 AnyOrthogonal(const Vec3& unit) {
+  const bool alongX = std::fabs(unit.x) > std::fabs(unit.y);
+  return Unit(Cross(unit, alongX ? Vec3{0.0, 1.0, 0.0} : Vec3{1.0, 0.0, 0.0}));
+}
+
+// Turns the frame so that w is this unit direction and u that of `fromAxis` across it.
+void TurnFrame(const Vec3& direction, const Vec3& fromAxis, ConeModel& model) {
+  model.w = direction;
+  Vec3 u = Rejection(fromAxis, direction);
+  if (IsNull(u, std::numeric_limits<double>::min())) u = AnyOrthogonal(direction);
+  model.u = Unit(Rejection(Unit(u), direction));
+  model.v = Cross(model.w, model.u);
+}
+
+// v turned about the origin by the length of `by`, around its direction (the formula of O. Rodrigues).
+Vec3 Turned(const Vec3& v, const Vec3& by) {
+  const double angle = std::sqrt(Dot(by, by));
+  if (!(angle > 0.0)) return v;
+  const Vec3 axis = (1.0 / angle) * by;
+  const double half = std::sin(0.5 * angle);
+  return v + std::sin(angle) * Cross(axis, v) + (2.0 * half * half) * Cross(axis, Cross(axis, v));
+}
+
+// Neither through the cylinder's nor the plane's infinite radius of curvature by one step.
+double NextAngle(double angle, double change) {
+  const double most = kRightAngle - kLeastPart * (kRightAngle - std::fabs(angle));
+  return std::clamp(angle + change, -most, most);
+}
+
+TallReduction ReduceRows(PointBlocks& points, const ConeModel& model) {
+  TallReduction reduction(kColumns + 1);
+  const Surface surface(model);
+  points.ForEach([&](const PointBlock& block) {
+    for (std::size_t begin = 0; begin < block.size; begin += TallReduction::kBlockRows) {
+      const std::size_t rows = std::min<std::size_t>(TallReduction::kBlockRows, block.size - begin);
+      FillRows(block, begin, begin + rows, surface, model.bothNappes, reduction);
+      reduction.AbsorbBlock(static_cast<int>(rows));
+    }
+  });
+  reduction.Finish();
+  return reduction;
+}
+
+}  // namespace
+
+ConeModel ConeAbout(const Vec3& pivot, const Vec3& direction, const Vec3& toAxis, double radius, double angle) {
+  ConeModel model;
+  model.pivot = pivot;
+  const Vec3 across = Rejection(toAxis, direction);
+  TurnFrame(direction, -1.0 * across, model);
+  model.height = std::sqrt(Dot(across, across));
+  model.angle = angle;
+  model.rise = (radius - model.height) * std::cos(angle);
+  return model;
+}
+
+void ConeLeastSquares::Place(const ConeModel& model) {
+  m_model = model;
+  m_hasBest = false;
+  m_damping = 0.0;
+  m_deviationsAreCurrent = false;
+}
+
+ConeLeastSquares::System ConeLeastSquares::SumOneNappe() {
+  BlockSums<kSums> total;
+  const Surface surface(m_model);
+  m_deviations = {0.0, kInfinity, -kInfinity};
+  m_points.ForEach([&](const PointBlock& block) {
+    double sums[kSums];
+    Deviations part;
+    SumProducts(block, surface, sums, part);
+    total.Add(sums);
+    m_deviations.smallest = std::min(m_deviations.smallest, part.smallest);
+    m_deviations.largest = std::max(m_deviations.largest, part.largest);
+  });
+  // Of 1, p, q, p q, q^2 and p^2, times a power of f.
+  struct Group {
+    double one, p, q, pq, qq, pp;
+  };
+  const auto group = [&](double one, int first) {
+    const double q = total[first + 1], qq = total[first + 3];
+    return Group{one, total[first], q, total[first + 2], qq, 2.0 * q - qq};
+  };
+  const Group a = group(static_cast<double>(m_points.Size()), 0);
+  const Group b = group(total[4], 5);
+  const Group c = group(total[9], 10);
+  const double lower[kUnknowns][kUnknowns] = {{a.one, b.one, a.p, a.q, b.p, b.q}, {b.one, c.one, b.p, b.q, c.p, c.q},
+                                              {a.p, b.p, a.pp, a.pq, b.pp, b.pq}, {a.q, b.q, a.pq, a.qq, b.pq, b.qq},
+                                              {b.p, c.p, b.pp, b.pq, c.pp, c.pq}, {b.q, c.q, b.pq, b.qq, c.pq, c.qq}};
+  System system;
+  std::copy_n(&lower[0][0], kUnknowns * kUnknowns, &system.product[0][0]);
+  for (int j = 0; j < kUnknowns; ++j) system.right[j] = total[kProducts + j];
+  m_deviations.sumSquares = system.sumSquares = total[kProducts + kColumns];
+  system.spread = total[kProducts + kColumns + 1];
+  m_deviationsAreCurrent = true;
+  return system;
+}
+
+// Slower, for any cone.
+ConeLeastSquares::System ConeLeastSquares::SumByRows() {
+  const TallReduction reduction = ReduceRows(m_points, m_model);
+  System system;
+  for (int i = 0; i < kUnknowns; ++i) {
+    system.right[i] = 0.0;
+    for (int k = 0; k <= i; ++k) system.right[i] += reduction.R(k, i) * reduction.R(k, kUnknowns);
+    for (int j = 0; j < kUnknowns; ++j) {
+      system.product[i][j] = 0.0;
+      for (int k = 0; k <= std::min(i, j); ++k) system.product[i][j] += reduction.R(k, i) * reduction.R(k, j);
+    }
+  }
+  FindDeviationsNow();
+  system.sumSquares = m_deviations.sumSquares;
+  CompensatedSum spread;
+  m_points.ForEach([&](const PointBlock& block) {
+    for (std::size_t i = 0; i < block.size; ++i) {
+      const Vec3 fromPivot = Vec3{block.x[i], block.y[i], block.z[i]} - m_model.pivot;
+      spread.Add(Dot(fromPivot, fromPivot));
+    }
+  });
+  system.spread = spread.Value();
+  return system;
+}
+
+ConeLeastSquares::System ConeLeastSquares::SumSystem() {
+  return m_model.bothNappes ? SumByRows() : SumOneNappe();
+}
+
+double ConeLeastSquares::RoundingLevel() const {
+  return kNoise * kNoise * m_system.spread;
+}
+
+bool ConeLeastSquares::Solve(double (&step)[kUnknowns]) {
+  m_determined = SolvePositive(m_system.product, m_system.right, step) > kClearPivot;
+  return m_determined || SolveByRows(step);
+}
+
+// The damped step solves the equations with a heavier diagonal, which is positive definite.
+void ConeLeastSquares::Damp(double (&step)[kUnknowns]) const {
+  double heavier[kUnknowns][kUnknowns];
+  double shorter[kUnknowns];
+  for (int i = 0; i < kUnknowns; ++i)
+    for (int j = 0; j < kUnknowns; ++j) heavier[i][j] = m_system.product[i][j] * (i == j ? 1.0 + m_damping : 1.0);
+  if (SolvePositive(heavier, m_system.right, shorter) > 0.0) std::copy_n(shorter, kUnknowns, step);
+}
+
+// On rough parts full steps may swing from one side of the minimum to the other; as long as they do, they stay damped.
+void ConeLeastSquares::AdaptDamping(double sumSquares) {
+  const double gained = m_system.sumSquares - sumSquares;
+  if (m_predicted <= kNoise * std::sqrt(m_system.sumSquares * m_system.spread)) return;  // rounding hides it
+  if (gained < kPoorGain * m_predicted) m_damping = std::max(kFirstDamping, kMoreDamping * m_damping);
+  if (gained > kGoodGain * m_predicted) m_damping = m_damping > kLeastDamping ? kLessDamping * m_damping : 0.0;
+}
+
+GaussNewtonStep ConeLeastSquares::SolveStep() {
+  System system = SumSystem();
+  GaussNewtonStep step;
+  // The root of a sum of squares is known to the rounding errors of its terms.
+  const bool uphill = m_hasBest && !(std::sqrt(system.sumSquares) <=
+                                     std::sqrt(m_system.sumSquares) + kNoise * std::sqrt(m_system.spread));
+  if (uphill) {
+    m_model = m_best;
+    m_damping = std::max(kFirstDamping, kMoreDamping * m_damping);
+    m_deviationsAreCurrent = false;
+  } else {
+    if (!std::isfinite(system.sumSquares)) return step;
+    if (m_hasBest) AdaptDamping(system.sumSquares);
+    m_best = m_model;
+    m_system = system;
+    m_hasBest = true;
+  }
+  step.solvable = Solve(m_step);
+  // Convergence is judged by the full step: a damped one is short without having arrived.
+  double gain = 0.0;
+  for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * m_system.right[j];
+  const double sine = std::sin(m_model.angle), cosine = std::cos(m_model.angle);
+  const double lever = m_model.height * sine;
+  const double shift = (m_step[2] - m_step[4] * lever) / cosine;
+  const double height = (m_step[3] - m_step[5] * lever) / cosine;
+  const double opened = m_step[1] + m_step[5];
+  const double turned = m_step[4] * m_step[4] + m_step[5] * m_step[5] + opened * opened;
+  step.squaredLength = shift * shift + height * height + turned * MeanSquare();
+  step.squaredLength /= m_points.Scale() * m_points.Scale();
+  step.atRoundingLevel = gain <= RoundingLevel();
+  if (m_damping > 0.0) Damp(m_step);
+  m_predicted = 0.0;
+  for (int i = 0; i < kUnknowns; ++i) {
+    m_predicted += 2.0 * m_step[i] * m_system.right[i];
+    for (int j = 0; j < kUnknowns; ++j) m_predicted -= m_step[i] * m_system.product[i][j] * m_step[j];
+  }
+  return step;
+}
+
+// The step of least length, in columns of unit length, by orthogonal reduction.
+bool ConeLeastSquares::SolveByRows(double (&step)[kUnknowns]) {
+  const TallReduction reduction = ReduceRows(m_points, m_model);
+  double scaled[kUnknowns][kUnknowns] = {};
+  double norm[kUnknowns];
+  for (int j = 0; j < kUnknowns; ++j) {
+    norm[j] = 0.0;
+    for (int i = 0; i <= j; ++i) norm[j] = std::hypot(norm[j], reduction.R(i, j));
+    for (int i = 0; i <= j && norm[j] > 0.0; ++i) scaled[j][i] = reduction.R(i, j) / norm[j];
+  }
+  const SmallSvd<kUnknowns> svd = SvdOfColumns(scaled);
+  if (!std::isfinite(svd.value[0])) return false;
+  m_determined = svd.value[kUnknowns - 1] > kUndetermined * svd.value[0];
+  std::fill_n(step, kUnknowns, 0.0);
+  for (int k = 0; k < kUnknowns; ++k) {
+    if (!(svd.value[k] > kUnknowns * kEpsilon * svd.value[0])) break;
+    double part = 0.0;
+    for (int i = 0; i < kUnknowns; ++i) part += svd.work[k][i] * reduction.R(i, kUnknowns);
+    for (int j = 0; j < kUnknowns; ++j)
+      if (norm[j] > 0.0) step[j] += svd.axis[k][j] * (part / svd.value[k] / svd.value[k]) / norm[j];
+  }
+  return true;
+}
+
+void ConeLeastSquares::TakeStep() {
+  ConeModel& m = m_model;
+  const double sine = std::sin(m.angle), cosine = std::cos(m.angle);
+  const double tiltU = -m_step[5], tiltV = m_step[4];
+  const double shift = (m_step[2] - tiltV * m.height * sine) / cosine;
+  const double angle = NextAngle(m.angle, m_step[1] + m_step[5]);
+  // Far from the axis the curvature and not the distance is what the points show; its change with the angle is the
+  // tilt's.
+  double lifted = m.height + m_step[3] / cosine;
+  if (m.height * m.height > MeanSquare()) lifted = m.height / std::max(1.0 - m_step[3] / cosine / m.height, kLeastPart);
+  lifted *= std::cos(angle) / cosine;
+  m.angle = angle;
+  m.rise += m_step[0];
+  const Vec3 tilt = tiltU * m.v - tiltV * m.u;
+  m_deviationsAreCurrent = false;
+  if (kNearAxis * std::fabs(shift) < lifted) {
+    const Vec3 turn = tilt - (shift / lifted) * m.w;
+    const Vec3 fromAxis = Turned(m.u, turn);
+    TurnFrame(Unit(Turned(m.w, turn)), fromAxis, m);
+    m.height = lifted;
+    return;
+  }
+  const Vec3 fromAxis = Turned(lifted * m.u - shift * m.v, tilt);
+  TurnFrame(Unit(Turned(m.w, tilt)), fromAxis, m);
+  m.height = std::sqrt(lifted * lifted + shift * shift);
+  m.rise -= (m.height - lifted) * std::cos(angle);
+}
+
+bool ConeLeastSquares::Descend(int mostSteps) {
+  double previous = 0.0;
+  for (int k = 0; k < mostSteps; ++k) {
+    const GaussNewtonStep step = SolveStep();
+    if (!step.solvable || !std::isfinite(step.squaredLength) || step.atRoundingLevel) return true;
+    const double gain = m_predicted;
+    const double rate = m_damping == 0.0 && gain < previous ? gain / previous : 1.0;
+    const bool enough = rate * gain <= kWorthAPass * m_system.sumSquares;
+    previous = gain;
+    TakeStep();
+    if (enough) return true;
+  }
+  return false;
+}
+
+void ConeLeastSquares::FindDeviationsNow() {
+  CompensatedSum sum;
+  const Surface surface(m_model);
+  m_deviations = {0.0, kInfinity, -kInfinity};
+  m_points.ForEach([&](const PointBlock& block) {
+    Deviations part;
+    FindDeviations(block, surface, m_model.bothNappes, part);
+    sum.Add(part.sumSquares);
+    m_deviations.smallest = std::min(m_deviations.smallest, part.smallest);
+    m_deviations.largest = std::max(m_deviations.largest, part.largest);
+  });
+  m_deviations.sumSquares = sum.Value();
+  m_deviationsAreCurrent = true;
+}
+
+Deviations ConeLeastSquares::DeviationsNow() {
+  if (!m_deviationsAreCurrent) FindDeviationsNow();
+  const double scale = m_points.Scale();
+  return {m_deviations.sumSquares / scale / scale, m_deviations.smallest / scale, m_deviations.largest / scale};
+}
+
+}  // namespace nu::internal

@@ -1,0 +1,14 @@
+#ifndef NU_SURFACES_INTERNAL_CONE_START_H
+#define NU_SURFACES_INTERNAL_CONE_START_H
+
+#include "nu/surfaces/internal/cone_least_squares.h"
+
+namespace nu::internal {
+
+// Finds the cone next to the points and leaves it in `fit`, which runs over the same points. False when the points are
+// not finite or determine no quadric.
+bool StartCone(PointBlocks& points, ConeLeastSquares& fit);
+
+}  // namespace nu::internal
+
+#endif
