@@ -451,4 +451,105 @@ TEST(ConicFits, ManyPointsAndExtremeSizes) {
   }
 }
 
+struct Root : CNuCurve {
+  using CNuCurve::ClassifyQuadratic;
+  using CNuCurve::FitQuadratic;
+};
+
+std::string KindOf(double a, double b, double c, double d, double e, double f, double tol = 1e-10) {
+  const double numbers[] = {a, b, c, d, e, f};
+  CNuVector six(6);
+  for (int i = 0; i < 6; ++i) six[i] = numbers[i];
+  int kind = 0;
+  const std::string failure = FailureOf([&] { kind = Root::ClassifyQuadratic(six, tol); });
+  return kind > 0 ? std::to_string(kind) : failure;
+}
+
+TEST(QuadraticCurves, KindsAreToldWhateverTheUnit) {
+  const std::string none = "operation 46 classification|CNuCurve::ClassifyQuadratic() [0,0]";
+  const struct {
+    double six[6];
+    std::string kind;
+  } rows[] = {{{1, 0, 1, 0, 0, -1}, "1"},    {{-2, 1, -2, 3, 4, 5}, "1"},       {{1, 0, 1e-6, 0, 0, -1}, "1"},
+              {{1, 0, -1, 0, 0, -1}, "2"},   {{0, 1, 0, 0, 0, -1}, "2"},        {{1, 5, 1, 7, 8, 0}, "2"},
+              {{0, 0, 1, -4, 0, 0}, "3"},    {{1, 2, 1, 1, -1, 5}, "3"},        {{1, 0, 1e-13, 0, 1, 0}, "3"},
+              {{1, 0, -1, 0, 0, 0}, "4"},    {{1, -3, 2, -2, 3, 1}, "4"},       {{1, 0, 0, 0, 0, -1}, "4"},
+              {{1, 0, 0, 2, 1e-12, 1}, "4"}, {{0, 0, 0, 1, 2, 3}, "4"},         {{1, 2, 1, 2, 2, 1}, "4"},
+              {{1, 0, 1, 0, 0, 0}, none},    {{1, 0, 1, 0, 0, 1}, none},        {{1, 0, 1, -2, -4, 5}, none},
+              {{1, 0, 0, 0, 0, 1}, none},    {{0, 0, 0, 0, 0, 1}, none},        {{0, 0, 0, 0, 0, 0}, none},
+              {{1, 0, kNan, 0, 0, 1}, none}, {{kInfinity, 0, 1, 0, 0, 1}, none}};
+  for (const auto& row : rows) {
+    const double* g = row.six;
+    for (const double unit : {1.0, 1e-9, 1e9}) {
+      for (const double f : {1.0, -3e8, 1e-100}) {
+        const double u = f * unit, uu = u * unit;
+        EXPECT_EQ(KindOf(f * g[0], f * g[1], f * g[2], u * g[3], u * g[4], uu * g[5]), row.kind)
+            << &row - rows << " in the unit " << unit << " times " << f;
+      }
+    }
+  }
+  EXPECT_EQ(FailureOf([] { Root::ClassifyQuadratic(CNuVector(5), 1); }),
+            "operation 5 data checking|CNuCurve::ClassifyQuadratic() [0,0]");
+}
+
+// In any place the fit of exact points finds the equation they satisfy; noise leaves no better one.
+TEST(QuadraticCurves, FitsVanishOnTheirPointsAndAreLeast) {
+  Random random(67);
+  for (int k = 0; k < 400; ++k) {
+    const int kind = k % 4 + 1;
+    const double turn = random.Uniform(0, 6.3), far = k % 8 < 4 ? 1.0 : 1e3, noise = k % 3 == 0 ? 1e-3 : 0.0;
+    const double x0 = k % 5 == 0 ? 0 : far * random.Uniform(-1, 1), y0 = k % 5 == 0 ? 0 : far * random.Uniform(-1, 1);
+    CNuPointArray points(60);
+    for (int i = 0; i < 60; ++i) {
+      const double t = i < 30 ? random.Uniform(-1.5, 1.5) : points[i - 30].z(), sign = i % 2 == 0 ? 1 : -1;
+      CNuPoint p = kind == 4 ? CNuPoint(t, sign * 0.7 * t) : Shape{kind - 1, 0.6}.At(t);
+      if (kind == 2) p.x() *= sign;
+      points.Add(CNuPoint(p.x() * std::cos(turn) - p.y() * std::sin(turn) + x0 + noise * random.Bell(),
+                          p.x() * std::sin(turn) + p.y() * std::cos(turn) + y0, t));
+    }
+    for (int i = 0; i < 60; ++i) points[i].z() = 8.0;
+    CNuVector six(1);
+    ASSERT_EQ(FailureOf([&] { Root::FitQuadratic(points, &six); }), "nothing");
+    ASSERT_EQ(six.GetSize(), 6);
+    const auto sumFor = [&](const CNuVector& g) {
+      double sum = 0;
+      for (int i = 0; i < points.GetSize(); ++i) {
+        const double x = points[i].x(), y = points[i].y();
+        const double value = g[0] * x * x + g[1] * x * y + g[2] * y * y + g[3] * x + g[4] * y + g[5];
+        sum += value * value / (g[0] * g[0] + 0.5 * g[1] * g[1] + g[2] * g[2]);
+      }
+      return sum;
+    };
+    const double rounding = 60 * std::pow(64 * kEps * (3 + far) * (3 + far), 2), sum = sumFor(six);
+    EXPECT_NEAR(six[0] * six[0] + 0.5 * six[1] * six[1] + six[2] * six[2], 1.0, 8 * kEps);
+    if (noise == 0.0) {
+      EXPECT_LE(sum, rounding) << k;
+      EXPECT_EQ(Root::ClassifyQuadratic(six, 1e-7), kind) << k;
+    }
+    for (int trial = 0; trial < 20; ++trial) {
+      CNuVector other(six);
+      for (int i = 0; i < 6; ++i) other[i] += 1e-4 * random.Uniform(-1, 1);
+      EXPECT_GE(sumFor(other), sum - rounding - 2 * std::sqrt(sum * rounding)) << k;
+    }
+  }
+}
+
+TEST(QuadraticCurves, WhatIsNotPlanarOrTooLittleFails) {
+  CNuPointArray points(9);
+  CNuVector six(2);
+  const auto failure = [&] { return FailureOf([&] { Root::FitQuadratic(points, &six); }); };
+  for (int i = 0; i < 4; ++i) points.Add({1.0 * i, 1.0 * i * i});
+  EXPECT_EQ(failure(), "bestfit 1 |CNuCurve [5,0]");
+  points.Add(points[0]);
+  EXPECT_EQ(failure(), "bestfit 2 |CNuCurve [5,0]");
+  points.Add({5, 5, 1e-9});
+  EXPECT_EQ(failure(), "operation 45 3D calculation|CNuCurve::FitQuadratic() [0,0]");
+  points[5] = CNuPoint(5, kNan, 0);
+  EXPECT_EQ(failure(), "bestfit 11 |CNuCurve [0,0]");
+  EXPECT_EQ(six.GetSize(), 2);
+  points[5] = CNuPoint(5, 25, 0);
+  EXPECT_EQ(failure(), "nothing");
+  EXPECT_EQ(Root::ClassifyQuadratic(six, 1e-9), 3);
+}
+
 }  // namespace
