@@ -320,6 +320,14 @@ TEST(FailingAllocations, Fits) {
       delete found[0];
     };
     FailEveryAllocation("section of spheres", section, [&] { return found[0] == &sphere; });
+    CNuObjArray lines(1);
+    lines.Add(&sphere);
+    const auto cut = [&] {
+      CNuPlane(CNuPoint(), CNuVector(1, 0, 0)).IntersectWith(CNuConSurf(30.0), &lines);
+      delete lines[0];
+      delete lines[1];
+    };
+    FailEveryAllocation("section of a cone", cut, [&] { return lines.GetSize() == 1 && lines[0] == &sphere; });
     const auto fitCylinder = [&] {
       cylinder = CNuCylSurf(1.5);  // where blocks cannot be kept, the fit goes on without them and changes it
       cylinder.Fit(space, &form, &sumsq, 100);

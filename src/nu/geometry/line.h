@@ -68,22 +68,28 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   double DistanceTo(const CNuSphSurf& sphere) const;
   // Of a line that is parallel to the axis, from inside too.
   double DistanceTo(const CNuCylSurf& cylinder) const;
+  // 0 for a line parallel to a generator within NuGetRadianTol(), which comes ever closer to the cone.
+  double DistanceTo(const CNuConSurf& cone) const;
 
   // The points of this line that are closest to the other feature, in the order of the line; returns how many there
   // are: for a line one, or none when they are parallel within NuGetRadianTol(); for a circle two when both are equally
-  // close, and not the same, within NuGetLengthTol() or the rounding of the coordinates, else one; for a sphere or a
-  // cylinder the points in which the line meets it, or else one, but none for a line that is parallel to the axis.
+  // close, and not the same, within NuGetLengthTol() or the rounding of the coordinates, else one; for a sphere, a
+  // cylinder or a cone the points in which the line meets it, or else one, two where both nappes of the cone are
+  // equally close, but none for a line that is parallel to the axis of a cylinder or, where it does not meet the cone,
+  // to a generator.
   int ClosestPointsTo(const CNuLine& l, CNuPoint* p) const;
   int ClosestPointsTo(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const;
   int ClosestPointsTo(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2) const;
   int ClosestPointsTo(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p2) const;
+  int ClosestPointsTo(const CNuConSurf& cone, CNuPoint* p1, CNuPoint* p2) const;
 
   // The points common to both, in the order of this line; returns how many there are. What comes as close as
   // NuGetLengthTol(), or as the rounding of the coordinates, touches. None for parallel lines, planes and cylinders,
   // within NuGetRadianTol(), also when one lies in the other. A line counts as one of the plane of a circle or a conic
   // when none of its points that are within the radius, the larger semi-axis or the focal length of the centre or
   // vertex is farther from that plane than this. In the plane, a line parallel to an asymptote or to the axis of a
-  // parabola, within NuGetRadianTol(), has one point, the asymptote itself none.
+  // parabola, within NuGetRadianTol(), has one point, the asymptote itself none. So has a line parallel to a generator
+  // of a cone, and none where the plane along that generator touches the cone.
   int IntersectWith(const CNuLine& l, CNuPoint* p) const;
   int IntersectWith(const CNuPlane& pl, CNuPoint* p) const;
   int IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const;
@@ -92,6 +98,7 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   int IntersectWith(const CNuParabola& parabola, CNuPoint* p1, CNuPoint* p2) const;
   int IntersectWith(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2) const;
   int IntersectWith(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p2) const;
+  int IntersectWith(const CNuConSurf& cone, CNuPoint* p1, CNuPoint* p2) const;
 
   // Least-squares line (Pearson, 1901): the point is the mean point, the direction the one of largest extent, in the
   // canonical sign of CNuVector::SymmetricAxis with NuGetTol(). `sumsq` receives the sum of the squared distances;

@@ -1,4 +1,4 @@
-// Lines against points, lines, planes, circles, conics, spheres and cylinders.
+// Lines against points, lines, planes, circles, conics, spheres, cylinders and cones.
 //
 // With unit directions d1, d2 turned to make no obtuse angle, the two lines' bisector has the direction d1 + d2. The
 // point P1 and the point Q = P2 + s d2 as far from the crossing as P1 make an isosceles triangle, (Q - P1).(d1 + d2) =
@@ -12,6 +12,7 @@
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/internal/line_circle.h"
+#include "nu/geometry/internal/surface_data.h"
 #include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/sphere.h"
 
@@ -43,6 +44,10 @@ nu::internal::NearLine Nearest(const CNuLine& l, const CNuCircle& circle) {
   const Line3 line = DataOf(l);
   const auto data = DataOf(circle);
   return ClosestTo(line, data, TouchTol(data.radius, line.point, data.centre));
+}
+
+nu::internal::ConeApproach Approaching(const CNuLine& l, const CNuConSurf& cone) {
+  return ApproachTo(DataOf(cone), DataOf(l), NuGetLengthTol(), NuGetRadianTol());
 }
 
 CNuLine Bisector(const Line3& first, Vec3 secondPoint, Vec3 secondDirection) {
@@ -134,6 +139,10 @@ double CNuLine::DistanceTo(const CNuCylSurf& cylinder) const {
   return std::fmax(approach.distance - cylinder.GetRadius(), 0.0);
 }
 
+double CNuLine::DistanceTo(const CNuConSurf& cone) const {
+  return Approaching(*this, cone).distance;
+}
+
 int CNuLine::ClosestPointsTo(const CNuLine& l, CNuPoint* p) const {
   const Approach approach = Approaching(*this, l);
   if (approach.parallel) return 0;
@@ -159,6 +168,10 @@ int CNuLine::ClosestPointsTo(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint*
   if (common > 0) return common;
   *p1 = ToPoint(DataOf(*this).At(approach.alongFirst));
   return 1;
+}
+
+int CNuLine::ClosestPointsTo(const CNuConSurf& cone, CNuPoint* p1, CNuPoint* p2) const {
+  return Store(Approaching(*this, cone).points, p1, p2);
 }
 
 int CNuLine::IntersectWith(const CNuLine& l, CNuPoint* p) const {
@@ -211,4 +224,9 @@ int CNuLine::IntersectWith(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p
   const Approach approach = ClosestApproach(line, axis, NuGetRadianTol());
   const double tol = TouchTol(cylinder.GetRadius(), line.point, axis.point, line.At(approach.alongFirst));
   return Store(MeetCylinder(line, axis, approach, cylinder.GetRadius(), tol), p1, p2);
+}
+
+int CNuLine::IntersectWith(const CNuConSurf& cone, CNuPoint* p1, CNuPoint* p2) const {
+  const auto approach = Approaching(*this, cone);
+  return approach.meets ? Store(approach.points, p1, p2) : 0;
 }

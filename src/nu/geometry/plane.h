@@ -56,9 +56,20 @@ class NU_EXPORT CNuPlane : public CNuGeometry {
   // other. Two planes meet in a line along this normal x the other, whose point is near the points of both.
   int IntersectWith(const CNuLine& l, CNuPoint* p) const;
   int IntersectWith(const CNuPlane& pl, CNuLine* l) const;
-  // Replaces the content of `curves` by new objects that the caller owns, a CNuCircle around this normal, or a CNuPoint
-  // when the plane touches the sphere within NuGetLengthTol() or the rounding of the coordinates; returns their number.
+  // The curves in which this plane cuts a surface, as new objects that the caller owns: the contents of `curves` are
+  // replaced by them, and their number is returned. The normals of conics are this one. What comes as close as
+  // NuGetLengthTol(), or as the rounding of the coordinates, touches. A plane across the axis within NuGetRadianTol() makes
+  // a circle, and so does an ellipse whose semi-axes are equal to rounding. Conics of infinite size are left out.
+  // - A sphere: a CNuCircle, the CNuPoint of a plane that touches it, or nothing.
+  // - A cylinder: a CNuEllipse or a CNuCircle; of a plane parallel to the axis within NuGetRadianTol(), two CNuLine in
+  //   the order of this normal x axis, one where it touches, or nothing.
+  // - A cone, with both nappes: a CNuEllipse, a CNuCircle or both branches of a CNuHyperbola; of a plane parallel to a
+  //   generator within NuGetRadianTol(), a CNuParabola; of one through the apex, two CNuLine in the order of this
+  //   normal x axis, the one along which it touches, or the apex as a CNuPoint.
+  // Lines, and the x axis of ellipses and hyperbolas, run along the axis of the surface as it appears in the plane.
   int IntersectWith(const CNuSphSurf& sphere, CNuObjArray* curves) const;
+  int IntersectWith(const CNuCylSurf& cylinder, CNuObjArray* curves) const;
+  int IntersectWith(const CNuConSurf& cone, CNuObjArray* curves) const;
 
   // Least-squares plane (Pearson, 1901): the point is the mean point, the normal the direction of least extent, in the
   // canonical sign of CNuVector::SymmetricAxis with NuGetTol(). `form` receives the largest minus the smallest signed

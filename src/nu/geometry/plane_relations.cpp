@@ -1,4 +1,4 @@
-// Planes against points, lines, planes and spheres.
+// Planes against points, lines and planes.
 //
 // Two planes with normals n1, n2, turned to make no obtuse angle, are equally far from the points of
 // (n1 + n2).x = n1.P1 + n2.P2; from P1 such a point lies n2.(P2 - P1) / |n1 + n2|^2 along n1 + n2, whose square is 2 at
@@ -6,22 +6,16 @@
 // d + q and has the normal n (1 + d.q) - q (d.n).
 
 #include <cmath>
-#include <memory>
 
 #include "nu/foundation/internal/failures.h"
-#include "nu/foundation/object_array.h"
 #include "nu/geometry/internal/feature_data.h"
-#include "nu/surfaces/sphere.h"
 
-using nu::internal::ChordAt;
-using nu::internal::Components;
 using nu::internal::DataOf;
 using nu::internal::FailOperation;
 using nu::internal::IsParallel;
 using nu::internal::Line3;
 using nu::internal::Plane3;
 using nu::internal::ToPoint;
-using nu::internal::TouchTol;
 using nu::internal::ToVector;
 using nu::internal::Vec3;
 
@@ -29,15 +23,6 @@ namespace {
 
 bool AreParallel(const Plane3& first, const Plane3& second) {
   return IsParallel(Norm(Cross(first.normal, second.normal)), NuGetRadianTol());
-}
-
-std::unique_ptr<CNuObject> Section(const Plane3& plane, Vec3 centre, double radius) {
-  const double height = plane.Height(centre);
-  const CNuPoint foot = ToPoint(centre - height * plane.normal);
-  const auto chord = ChordAt(std::fabs(height), radius, TouchTol(radius, plane.point, centre));
-  if (chord.count == 0) return nullptr;
-  if (chord.count == 1) return std::make_unique<CNuPoint>(foot);
-  return std::make_unique<CNuCircle>(chord.half, foot, ToVector(plane.normal));
 }
 
 }  // namespace
@@ -93,14 +78,5 @@ int CNuPlane::IntersectWith(const CNuPlane& pl, CNuLine* l) const {
   if (AreParallel(first, second)) return 0;
   const Line3 common = Meet(first, second);
   *l = CNuLine(ToPoint(common.point), ToVector(common.direction));
-  return 1;
-}
-
-int CNuPlane::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* curves) const {
-  std::unique_ptr<CNuObject> section = Section(DataOf(*this), Components(sphere.GetCentre()), sphere.GetRadius());
-  curves->Clear();
-  if (!section) return 0;
-  curves->Add(section.get());
-  section.release();
   return 1;
 }

@@ -79,11 +79,12 @@ class NU_EXPORT CNuPoint : public CNuObject {
   // To a circle or a conic, as a curve (a point within NuGetLengthTol() of its plane counts as lying in it), and to the
   // bounded curves by their own operation. Other curves: cause 45.
   double DistanceTo(const CNuCurve& c) const;
-  // To a sphere or a cylinder. Other surfaces: cause 45.
+  // To a sphere, a cylinder or the nearer nappe of a cone. Other surfaces: cause 45.
   double DistanceTo(const CNuSurface& s) const;
 
-  // The closest point. On a sphere from its centre and on a cylinder from its axis, where many are equally close: cause
-  // 9; on other surfaces: cause 45.
+  // The closest point. On a sphere from its centre and on a cylinder or a cone from its axis, where many are equally
+  // close: cause 9, but the apex has itself; as far from both nappes of a cone: on the one to which the axis points. On
+  // other surfaces: cause 45.
   CNuPoint ProjectionOn(const CNuLine& l) const;
   CNuPoint ProjectionOn(const CNuPlane& pl) const;
   CNuPoint ProjectionOn(const CNuSurface& s) const;
@@ -106,8 +107,8 @@ class NU_EXPORT CNuPoint : public CNuObject {
   // Inside or outside a circle or a conic, whose inside holds the foci; away from the plane that is decided by the
   // projection on it. Other geometry: cause 45.
   CNuGeometry::ECurveSideType CurveSide(const CNuGeometry& curve, double tol) const;
-  // Inside or outside a sphere or a cylinder; of a plane, outside is where the normal points to. Other geometry:
-  // cause 45.
+  // Inside or outside a sphere, a cylinder or a cone, which is "on" where it is closer than tol across its axis; of a
+  // plane, outside is where the normal points to. Other geometry: cause 45.
   CNuGeometry::ESurfaceSideType SurfaceSide(const CNuGeometry& surface, double tol) const;
 
   void Translate(double dx, double dy, double dz) {

@@ -7,6 +7,8 @@
 //   conic   h = w.n, q = w - h n,   distance |(h, q - foot of q in the plane)|
 //   sphere  rho = |w|           distance |rho - R|   foot P0 + (R / rho) w
 //   cylinder    rho = |r|       distance |rho - R|   foot p + (R / rho - 1) r
+//   cone    e = |r| cos g - |w.d| sin g, g the semi-angle: distance |e|, foot p - e (cos g r / |r| -+ sin g d) for w.d
+//           above or below 0, on the nappe at the side of the point
 // w is formed before anything else: a common offset of point and feature cancels there, and no result inherits its
 // size.
 
@@ -19,6 +21,7 @@
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/surface_data.h"
 #include "nu/geometry/line.h"
 #include "nu/geometry/plane.h"
 #include "nu/geometry/point.h"
@@ -50,7 +53,27 @@ double SignedDistance(const CNuPoint& p, const CNuPlane& pl) {
   return Dot(Components(p - pl.GetPoint()), Components(pl.GetNormal()));
 }
 
-// The way that counts for a round surface, from its centre or axis to the point, and the radius.
+// A point seen from a cone: the way across from the axis, and the signed height over the apex.
+struct ConeCoordinates {
+  ConeCoordinates(const CNuPoint& p, const CNuConSurf& surface)
+      : cone(nu::internal::DataOf(surface)),
+        height(Dot(Components(p) - cone.apex, cone.axis)),
+        way(Rejection(Components(p) - cone.apex, cone.axis)) {}
+
+  double SignedDistance() const { return Length(way) * cone.cosine - std::fabs(height) * cone.sine; }
+  bool IsAtApex() const { return IsNull(way, NuGetZero()) && std::fabs(height) < NuGetZero(); }
+
+  nu::internal::Cone3 cone;
+  double height;
+  Vec3 way;
+};
+
+const CNuConSurf* AsCone(const CNuGeometry& surface) {
+  return surface.GetType() == CNuObject::NuTypeConSurf ? static_cast<const CNuConSurf*>(&surface) : nullptr;
+}
+
+// The way that counts for a round surface, from its centre or axis to the point, and the radius, which of a cone is the
+// one at the height of the point.
 struct RadialCoordinates {
   double SignedDistance() const { return Length(way) - radius; }
 
@@ -67,7 +90,19 @@ std::optional<RadialCoordinates> AcrossSurface(const CNuPoint& p, const CNuGeome
     const CNuCylSurf& cylinder = static_cast<const CNuCylSurf&>(surface);
     return RadialCoordinates{FromLine(p, cylinder.GetAxis()), cylinder.GetRadius()};
   }
+  if (const CNuConSurf* cone = AsCone(surface)) {
+    const ConeCoordinates at(p, *cone);
+    return RadialCoordinates{at.way, std::fabs(at.height) * std::tan(cone->GetSemiAngle() * (Nu_PI / 180.0))};
+  }
   return std::nullopt;
+}
+
+CNuPoint FootOnCone(const CNuPoint& p, const CNuConSurf& surface) {
+  const ConeCoordinates at(p, surface);
+  if (at.IsAtApex()) return p;
+  if (IsNull(at.way, NuGetZero())) FailOperation(9, "calculation", "CNuPoint::ProjectionOn()");
+  const double downhill = at.height < 0.0 ? at.cone.sine : -at.cone.sine;
+  return p - ToPoint(at.SignedDistance() * (at.cone.cosine * Unit(at.way) + downhill * at.cone.axis));
 }
 
 // How far a point lies from the axis of a circle, and how high above its plane.
@@ -156,6 +191,7 @@ double CNuPoint::DistanceTo(const CNuCurve& c) const {
 }
 
 double CNuPoint::DistanceTo(const CNuSurface& s) const {
+  if (const CNuConSurf* cone = AsCone(s)) return std::fabs(ConeCoordinates(*this, *cone).SignedDistance());
   const auto at = AcrossSurface(*this, s);
   if (!at) FailUnsupported("CNuPoint::DistanceTo()");
   return std::fabs(at->SignedDistance());
@@ -172,6 +208,7 @@ CNuPoint CNuPoint::ProjectionOn(const CNuPlane& pl) const {
 }
 
 CNuPoint CNuPoint::ProjectionOn(const CNuSurface& s) const {
+  if (const CNuConSurf* cone = AsCone(s)) return FootOnCone(*this, *cone);
   const auto at = AcrossSurface(*this, s);
   if (!at) FailUnsupported("CNuPoint::ProjectionOn()");
   if (IsNull(at->way, NuGetZero())) FailOperation(9, "calculation", "CNuPoint::ProjectionOn()");

@@ -44,6 +44,10 @@ class NU_EXPORT CNuConSurf : public CNuSurface {
   CNuMatrix ToAlgebraicForm() const;
   CNuMatrix ToAlgebraicForm(const CNuNonLinearGeometry& frame) const;
 
+  // As CNuLine::IntersectWith, the points in the order of the line, and as CNuPlane::IntersectWith.
+  int IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const;
+  int IntersectWith(const CNuPlane& plane, CNuObjArray* result) const;
+
  private:
   void Place(double semiAngle, const CNuPoint& apex, const CNuVector& axisDirection);
 

@@ -1,10 +1,20 @@
-// The cone as a quadric.
+// Cones against lines and planes, and the cone as a quadric.
 
 #include <cmath>
 
 #include "nu/foundation/constants.h"
+#include "nu/geometry/line.h"
+#include "nu/geometry/plane.h"
 #include "nu/linalg/matrix.h"
 #include "nu/surfaces/cone.h"
+
+int CNuConSurf::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const {
+  return line.IntersectWith(*this, p1, p2);
+}
+
+int CNuConSurf::IntersectWith(const CNuPlane& plane, CNuObjArray* result) const {
+  return plane.IntersectWith(*this, result);
+}
 
 // Transformations act on rows: (p, 1) T is the local point, so Q = T Q0 T^T.
 CNuMatrix CNuConSurf::ToAlgebraicForm() const {

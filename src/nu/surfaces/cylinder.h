@@ -24,6 +24,8 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
   // comes as close as NuGetLengthTol(), or as the rounding of the coordinates, touches. None for a line that is
   // parallel to the axis within NuGetRadianTol(), also when it lies on the cylinder.
   int IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const;
+  // As CNuPlane::IntersectWith.
+  int IntersectWith(const CNuPlane& plane, CNuObjArray* result) const;
 
   // The symmetric 4 x 4 matrix Q for which p Q p^T = 0 if and only if p = (x, y, z, 1) is on the cylinder, with p in
   // global coordinates or in those of the position of `frame`.

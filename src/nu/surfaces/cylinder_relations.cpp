@@ -1,11 +1,16 @@
-// Cylinders against lines, and the cylinder as a quadric.
+// Cylinders against lines and planes, and the cylinder as a quadric.
 
 #include "nu/geometry/line.h"
+#include "nu/geometry/plane.h"
 #include "nu/linalg/matrix.h"
 #include "nu/surfaces/cylinder.h"
 
 int CNuCylSurf::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const {
   return line.IntersectWith(*this, p1, p2);
+}
+
+int CNuCylSurf::IntersectWith(const CNuPlane& plane, CNuObjArray* result) const {
+  return plane.IntersectWith(*this, result);
 }
 
 // Transformations act on rows: (p, 1) T is the local point, so Q = T Q0 T^T.

@@ -1,0 +1,284 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "nu/nu.h"
+#include "support/clouds.h"
+#include "support/failures.h"
+
+namespace {
+
+using nu::test::kDegree;
+using nu::test::Motion;
+using nu::test::Random;
+using nu::test::RandomMotion;
+
+using Objects = std::vector<std::unique_ptr<CNuObject>>;
+
+template<class T>
+const T& As(const CNuObject& object) {
+  return static_cast<const T&>(object);
+}
+
+CNuPoint Along(const CNuPoint& p, const CNuVector& direction, double t) {
+  return p + CNuPoint(t * direction[0], t * direction[1], t * direction[2]);
+}
+
+// The array held something before; the surface answers as the plane does.
+template<class Surface>
+Objects SectionOf(const CNuPlane& plane, const Surface& surface) {
+  CNuPoint old;
+  CNuObjArray found(0), again(1);
+  again.Add(&old);
+  const int count = plane.IntersectWith(surface, &found);
+  EXPECT_EQ(found.GetSize(), count);
+  EXPECT_EQ(surface.IntersectWith(plane, &again), count);
+  Objects objects;
+  for (int i = 0; i < count; ++i) {
+    objects.emplace_back(found[i]);
+    const std::unique_ptr<CNuObject> other(again[i]);
+    EXPECT_EQ(other->GetType(), found[i]->GetType());
+  }
+  return objects;
+}
+
+CNuPointArray PointsOf(const CNuObject& object, double size) {
+  CNuPointArray points(18);
+  if (object.GetType() == CNuObject::NuTypePoint) points.Add(As<CNuPoint>(object));
+  if (object.GetType() == CNuObject::NuTypeCircle) points = As<CNuCircle>(object).ToPointArray(17);
+  if (object.GetType() == CNuObject::NuTypeEllipse) points = As<CNuEllipse>(object).ToPointArray(17);
+  for (const double t : {-1.0, 0.0, 0.5}) {
+    if (object.GetType() != CNuObject::NuTypeLine) continue;
+    points.Add(Along(As<CNuLine>(object).GetPoint(), As<CNuLine>(object).GetDirection(), t * size));
+  }
+  for (const int side : {0, 1}) {
+    if (object.GetType() == CNuObject::NuTypeHyperbola)
+      points.Append(As<CNuHyperbola>(object).ToPointArray(9, -3.0, 3.0, side));
+    if (object.GetType() == CNuObject::NuTypeParabola)
+      points.Append(As<CNuParabola>(object).ToPointArray(9, 0.0, size, side));
+  }
+  return points;
+}
+
+double DistanceTo(const CNuObject& object, const CNuPoint& p) {
+  if (object.GetType() == CNuObject::NuTypePoint) return p.DistanceTo(As<CNuPoint>(object));
+  if (object.GetType() == CNuObject::NuTypeLine) return p.DistanceTo(As<CNuLine>(object));
+  return p.DistanceTo(As<CNuCurve>(object));
+}
+
+double Largest(const CNuPoint& p) {
+  return std::max({std::fabs(p.x()), std::fabs(p.y()), std::fabs(p.z())});
+}
+
+// How far, relative to its extent, the section leaves the plane or the surface, or passes by the points in which the
+// plane cuts lines of the surface.
+template<class Surface>
+double WorstOf(const Objects& section, const CNuPlane& plane, const Surface& surface, double size,
+               const std::vector<CNuLine>& generators) {
+  constexpr double kSteep = 0.01;
+  double worst = 0.0, extent = size;
+  for (const auto& object : section) {
+    const CNuPointArray points = PointsOf(*object, size);
+    EXPECT_GT(points.GetSize(), 0);
+    for (int i = 0; i < points.GetSize(); ++i) extent = std::max(extent, Largest(points[i]));
+    for (int i = 0; i < points.GetSize(); ++i)
+      worst = std::max({worst, points[i].DistanceTo(plane) / extent, points[i].DistanceTo(surface) / extent});
+  }
+  for (const CNuLine& generator : generators) {
+    CNuPoint p;
+    if (std::fabs(generator.GetDirection() % plane.GetNormal()) < kSteep) continue;
+    if (plane.IntersectWith(generator, &p) == 0) continue;
+    double nearest = std::numeric_limits<double>::infinity();
+    for (const auto& object : section) nearest = std::min(nearest, DistanceTo(*object, p));
+    worst = std::max(worst, kSteep * nearest / std::max(extent, Largest(p)));
+  }
+  return worst;
+}
+
+// A part of some size, somewhere and turned; a fourth of them far away, 1e4 sizes. The host's tolerance fits the size.
+struct Scene {
+  explicit Scene(Random& source)
+      : random(source),
+        size(std::pow(10.0, random.Below(9) - 3)),
+        motion(RandomMotion(random, (random.Below(4) == 0 ? 1e4 : 1.0) * size)) {
+    NuSetLengthTol(1e-12 * size);
+  }
+  ~Scene() { NuSetLengthTol(1e-12); }
+
+  // `degrees` from the axis, which is z.
+  CNuVector Direction(double degrees, double turn) const {
+    const double s = std::sin(degrees * kDegree);
+    return motion.Direction({s * std::cos(turn), s * std::sin(turn), std::cos(degrees * kDegree)}).To3DVector();
+  }
+  // Any way, or next to the angle with the axis, by 1e-14 degrees at least.
+  CNuPlane Plane(double degrees) {
+    const double beside = (2 * random.Below(2) - 1) * std::pow(10.0, random.Uniform(-14.0, 1.0));
+    const CNuVector normal =
+        Direction(random.Below(2) == 0 ? random.Uniform(0.0, 180.0) : degrees + beside, random.Uniform(0.0, 6.3));
+    double height = size * random.Uniform(-1.0, 1.0);
+    if (random.Below(3) == 0) height = random.Below(5) == 0 ? 0.0 : size * std::pow(10.0, random.Uniform(-15.0, 0.0));
+    return CNuPlane(Along(motion(CNuPoint()), normal, height), normal);
+  }
+
+  Random& random;
+  double size;
+  Motion motion;
+};
+
+TEST(PlaneSections, OfCylindersAreOnBothAndNothingIsMissed) {
+  Random random(71);
+  int kinds[26] = {};
+  for (int run = 0; run < 10000; ++run) {
+    Scene scene(random);
+    const double radius = scene.size * random.Uniform(0.01, 1.0);
+    const CNuCylSurf cylinder(radius, scene.motion(CNuPoint()), scene.Direction(0.0, 0.0));
+    const CNuPlane plane = scene.Plane(random.Below(3) == 0 ? 0.0 : 90.0);
+    std::vector<CNuLine> generators;
+    for (const double turn : {0.0, 1.6, 3.2, 4.8})
+      generators.emplace_back(Along(scene.motion(CNuPoint()), scene.Direction(90.0, turn), radius),
+                              cylinder.GetAxisDirection());
+    const Objects section = SectionOf(plane, cylinder);
+    ++kinds[section.empty() ? 0 : section[0]->GetType()];
+    ASSERT_LE(WorstOf(section, plane, cylinder, scene.size, generators), 1e-11) << run;
+  }
+  EXPECT_GT(std::min({kinds[0], kinds[CNuObject::NuTypeCircle], kinds[CNuObject::NuTypeLine]}), 300);
+  EXPECT_GT(kinds[CNuObject::NuTypeEllipse], 5000);
+}
+
+TEST(PlaneSections, OfConesAreOnBothAndNothingIsMissed) {
+  Random random(72);
+  int kinds[26] = {};
+  for (int run = 0; run < 10000; ++run) {
+    Scene scene(random);
+    const double small = std::pow(10.0, random.Uniform(-3.0, 0.0));
+    const double angles[] = {small, 90.0 - small, random.Uniform(1.0, 89.0), random.Uniform(1.0, 89.0)};
+    const double angle = angles[random.Below(4)];
+    const CNuConSurf cone(angle, scene.motion(CNuPoint()), scene.Direction(0.0, 0.0));
+    const double special[] = {0.0, 90.0 - angle, 90.0 - angle, 90.0};
+    const CNuPlane plane = scene.Plane(special[random.Below(4)]);
+    std::vector<CNuLine> generators;
+    for (const double turn : {0.0, 1.6, 3.2, 4.8})
+      generators.emplace_back(cone.GetApex(), scene.Direction(angle, turn));
+    const Objects section = SectionOf(plane, cone);
+    ASSERT_FALSE(section.empty());
+    ++kinds[section[0]->GetType()];
+    ASSERT_LE(WorstOf(section, plane, cone, scene.size, generators), 1e-11) << run;
+  }
+  for (const auto kind : {CNuObject::NuTypePoint, CNuObject::NuTypeLine, CNuObject::NuTypeCircle,
+                          CNuObject::NuTypeEllipse, CNuObject::NuTypeHyperbola, CNuObject::NuTypeParabola})
+    EXPECT_GT(kinds[kind], 300) << kind;
+}
+
+// Around a cylinder of radius 5 and a cone of 3 : 4, upright, at home and far away. `off` is well above the tolerance.
+TEST(PlaneSections, OfEveryKind) {
+  constexpr auto none = CNuObject::NuTypeNone, point = CNuObject::NuTypePoint, line = CNuObject::NuTypeLine,
+                 circle = CNuObject::NuTypeCircle, ellipse = CNuObject::NuTypeEllipse,
+                 hyperbola = CNuObject::NuTypeHyperbola, parabola = CNuObject::NuTypeParabola;
+  const double off = 1e-9;
+  struct Row {
+    CNuPoint at;
+    CNuVector normal;
+    CNuObject::ENuObjectType kind;
+    int count;
+  };
+  const auto expect = [](const Row& row, const CNuPoint& origin, const auto& surface) {
+    const Objects section = SectionOf(CNuPlane(origin + row.at, row.normal), surface);
+    ASSERT_EQ(static_cast<int>(section.size()), row.count) << row.at.x() << " " << row.normal[2];
+    for (const auto& object : section) EXPECT_EQ(object->GetType(), row.kind) << row.at.x() << " " << row.normal[2];
+  };
+  for (const CNuPoint& origin : {CNuPoint(), CNuPoint(1e4, -2e4, 5e3)}) {
+    const CNuVector up(0, 0, 1);
+    const CNuCylSurf cylinder(5, origin, up);
+    for (const Row& row : {Row{{0, 0, 3}, {0, 0, -2}, circle, 1},
+                           {{0, 0, 3}, {1e-3, 0, 1}, ellipse, 1},
+                           {{9, 0, 3}, {1, 0, 1e-9}, ellipse, 1},
+                           {{3, 0, 1}, {1, 0, 0}, line, 2},
+                           {{5, 7, 1}, {1, 0, 0}, line, 1},
+                           {{5 - off, 7, 1}, {-1, 0, 0}, line, 2},
+                           {{5 + off, 7, 1}, {1, 0, 0}, none, 0}})
+      expect(row, origin, cylinder);
+    const CNuConSurf cone(std::atan(0.75) / kDegree, origin, up);
+    for (const Row& row : {Row{{0, 0, 4}, {0, 0, 1}, circle, 1},
+                           {{0, 0, -4}, {0.1, 0, 1}, ellipse, 1},
+                           {{0, 0, 4}, {0.8, 0, 0.6}, parabola, 1},
+                           {{0, 0, 4}, {0.8 + off, 0, 0.6}, hyperbola, 1},
+                           {{0, 0, 4}, {0.8 - off, 0, 0.6}, ellipse, 1},
+                           {{1, 0, 0}, {1, 0, 0}, hyperbola, 1},
+                           {{off, 0, 0}, {1, 0, 0}, hyperbola, 1},
+                           {{0, 0, 0}, {1, 0, 0}, line, 2},
+                           {{0, 0, 0}, {0.9, 0, 0.6}, line, 2},
+                           {{0, 0, 0}, {0.8, 0, 0.6}, line, 1},
+                           {{4, 0, -3}, {0.6, 0, 0.8}, point, 1},
+                           {{0, 0, off}, {0, 0, 1}, circle, 1},
+                           {{0, 0, 0}, {0, 0, 1}, point, 1}})
+      expect(row, origin, cone);
+  }
+}
+
+TEST(PlaneSections, RunAlongTheAxisInTheOrderOfNormalAndAxis) {
+  CNuPoint origin;
+  CNuVector x, normal;
+  double a = 0.0, b = 0.0;
+  const CNuConSurf cone(45.0);
+  const Objects ellipse = SectionOf(CNuPlane(CNuPoint(0, 0, 3), CNuVector(-1, 0, 2)), cone);  // from -2 to 6 in x
+  As<CNuEllipse>(*ellipse[0]).GetData(&a, &b, &origin, &x, &normal);
+  EXPECT_LT(origin.DistanceTo(CNuPoint(2, 0, 4)), 1e-14);
+  EXPECT_NEAR(a, std::sqrt(20.0), 1e-14);
+  EXPECT_NEAR(b, std::sqrt(12.0), 1e-14);
+  EXPECT_TRUE(x.IsEqual(CNuVector(2, 0, 1) * std::sqrt(0.2), 1e-15));
+  const Objects hyperbola = SectionOf(CNuPlane(CNuPoint(0, 3, 0), CNuVector(0, 1, 0)), cone);
+  As<CNuHyperbola>(*hyperbola[0]).GetData(&a, &b, &origin, &x, &normal);
+  EXPECT_NEAR(a, 3.0, 1e-14);
+  EXPECT_NEAR(b, 3.0, 1e-14);
+  EXPECT_TRUE(x[2] == 1.0 && normal[1] == 1.0);
+  for (const double side : {1.0, -1.0}) {
+    const Objects parabola = SectionOf(CNuPlane(CNuPoint(0, 0, side * 2), CNuVector(1, 0, 1)), cone);
+    As<CNuParabola>(*parabola[0]).GetData(&a, &origin, &x, &normal);
+    EXPECT_NEAR(a, std::sqrt(0.5), 1e-14);
+    EXPECT_LT(origin.DistanceTo(CNuPoint(side, 0, side)), 1e-14);
+    EXPECT_TRUE(x.IsEqual(CNuVector(-side, 0, side) * std::sqrt(0.5), 1e-15)) << "opens away from the apex";
+  }
+  const CNuPlane upright(CNuPoint(), CNuVector(1, 0, 0));
+  const Objects pairs[] = {SectionOf(upright, cone), SectionOf(upright, CNuCylSurf(2.0))};
+  for (const Objects& pair : pairs) {
+    const CNuLine &first = As<CNuLine>(*pair[0]), &second = As<CNuLine>(*pair[1]);
+    const double y[] = {Along(first.GetPoint(), first.GetDirection(), 1).y(),
+                        Along(second.GetPoint(), second.GetDirection(), 1).y()};
+    EXPECT_LT(y[1], 0.0) << "x z = -y";
+    EXPECT_EQ(y[0], -y[1]);
+    EXPECT_TRUE(first.GetDirection()[2] > 0.0 && second.GetDirection()[2] > 0.0);
+  }
+}
+
+TEST(PlaneSections, EndOnAnyInput) {
+  const double inf = std::numeric_limits<double>::infinity(), nan = std::nan("");
+  const double odd[] = {0.0, 1.0, -1e300, 1e308, 5e-324, inf, nan};
+  const double angles[] = {5e-324, 1e-12, 30.0, std::nextafter(90.0, 0.0)};
+  Random random(73);
+  const auto pick = [&] { return odd[random.Below(7)]; };
+  for (int run = 0; run < 3000; ++run) {
+    NuSetLengthTol(pick());
+    NuSetRadianTol(pick());
+    const CNuPlane plane(CNuPoint(pick(), pick(), pick()), CNuVector(1, random.Below(2), random.Below(2)));
+    const CNuPoint p(pick(), pick(), pick());
+    const CNuConSurf cone(angles[random.Below(4)], p, CNuVector(0, 1, random.Below(2)));
+    EXPECT_EQ(FailureOf([&] { SectionOf(plane, cone); }), "nothing");
+    EXPECT_EQ(FailureOf([&] { SectionOf(plane, CNuCylSurf(3.0, p, CNuVector(0, 1, random.Below(2)))); }), "nothing");
+    const CNuLine line(CNuPoint(pick(), pick(), pick()), CNuVector(1, random.Below(2), random.Below(2)));
+    CNuPoint q;
+    EXPECT_EQ(FailureOf([&] {
+                line.IntersectWith(cone, &q, &q);
+                line.ClosestPointsTo(cone, &q, &q);
+                q.SurfaceSide(cone, line.DistanceTo(cone));
+              }),
+              "nothing");
+  }
+  NuSetLengthTol(1e-12);
+  NuSetRadianTol(4.848136811094e-12);
+}
+
+}  // namespace
