@@ -154,7 +154,7 @@ TEST(SmallestTube, IsHeldByItsContacts) {
         nu::test::RandomMotion(random, 0.0)(Part(random, k % 8, 4 + random.Below(k % 5 == 0 ? 900 : 60)));
     for (int i = 0; i < part.GetSize(); ++i) part[i] = part[i] * size;
     PointBlocks blocks(ViewOf(part), MiddleOf(part));
-    const Tube tube = SmallestTube(blocks, TubeStarts::many, 1000);
+    const Tube tube = SmallestTube(blocks, TubeStarts::many, 20000);
     ASSERT_EQ(tube.solution.end, MinimaxEnd::converged);
     const double rounding = 32.0 * kEps * tube.solution.model.half;
     if (tube.solution.value < 4.0 * rounding) continue;
