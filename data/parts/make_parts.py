@@ -128,8 +128,132 @@ def ball():
     write("ball.csv", lines)
 
 
+def sleeve():
+    """A honed sleeve on a form tester: 16 turns up the bore, columns for turntable and lift beside the coordinates."""
+    noise = random.Random(1205)
+    radius, turns, count = 22.0124, 16, 180
+    frame = frame_of((0.0021, 0.0034, 1.0), (1.0, 0.0, 0.0))
+    lines = ["C/deg\tlift/mm\tx\ty\tz"]
+    for turn in range(turns):
+        lift = 4.0 + 3.6 * turn
+        for k in range(count):
+            degrees = 360.0 * k / count
+            t = lift / 31.0 - 1.0
+            form = 2.4 * t * t - 1.1 * t  # barrelled, and wider below
+            form += 1.7 * math.cos(math.radians(2.0 * degrees - 50.0)) * (1.0 - 0.4 * t)  # oval
+            form += 0.8 * math.cos(math.radians(3.0 * degrees + 17.0))  # three jaws
+            form += noise.gauss(0.0, 0.15)
+            r = radius + form * MICROMETRE
+            p = place((60.5021, -18.2214, -75.0), frame,
+                      (r * math.cos(math.radians(degrees)), r * math.sin(math.radians(degrees)), lift))
+            lines.append(f"{degrees:.1f}\t{lift:.2f}\t" + "\t".join(f"{c:.5f}" for c in p))
+    write("sleeve.txt", lines)
+
+
+def pin():
+    """A taper pin 1:50 between centres, probed along 24 generators from the small end to the large one."""
+    noise = random.Random(1206)
+    semi_angle = math.atan(0.01)
+    frame = frame_of((0.9962, 0.0871, 0.0012), (0.0, 0.0, 1.0))
+    lines = ["; taper pin 10 x 70, generators from the small end", "X,Y,Z"]
+    for generator in range(24):
+        degrees = 15.0 * generator
+        for k in range(45):
+            s = 1.0 + 68.0 * k / 44
+            t = s / 35.0 - 1.0
+            form = 1.6 * (1.0 - t * t) - 0.7  # bellied by the grinding
+            form += 0.9 * math.cos(math.radians(5.0 * degrees + 40.0 * t))  # lobes of centreless grinding
+            form += 1.8 * dent(math.hypot(s - 22.0, 0.1 * (degrees - 120.0)), 6.0)  # a burr, pressed on
+            form += noise.gauss(0.0, 0.13)
+            r = 5.0 + s * math.tan(semi_angle) + form * MICROMETRE * math.cos(semi_angle)
+            p = place((141.2203, 77.9135, 40.0061), frame,
+                      (r * math.cos(math.radians(degrees)), r * math.sin(math.radians(degrees)),
+                       s - form * MICROMETRE * math.sin(semi_angle)))
+            lines.append(",".join(f"{c:.5f}" for c in p))
+    write("pin.csv", lines)
+
+
+def flange():
+    """The outline of an oval flange, traced once around in steps of half a degree; the trace stops at the lug."""
+    noise = random.Random(1207)
+    a, b = 48.2, 31.4
+    frame = frame_of((0.0, 0.0, 1.0), (math.cos(0.41), math.sin(0.41), 0.0))
+    lines = ["# oval flange, outline at mid height", "# X Y Z"]
+    for k in range(720):
+        u = math.radians(0.5 * k)
+        if 4.05 < u < 4.35:
+            continue
+        nx, ny = unit([math.cos(u) / a, math.sin(u) / b])
+        form = 6.0 * math.cos(3.0 * u - 0.8) + 2.5 * math.cos(8.0 * u) + 9.0 * dent(u - 1.2, 0.09)
+        form += noise.gauss(0.0, 0.8)
+        p = place((210.4402, 95.3817, 12.5), frame,
+                  (a * math.cos(u) + nx * form * MICROMETRE, b * math.sin(u) + ny * form * MICROMETRE, 0.0))
+        lines.append(" ".join(f"{c:.4f}" for c in p))
+    write("flange.xyz", lines)
+
+
+def reflector():
+    """The section of a parabolic reflector through its axis, one trace over the vertex."""
+    noise = random.Random(1208)
+    f = 18.35
+    frame = frame_of((0.0, 1.0, 0.0), (0.02, 0.0, 0.9998))
+    lines = ["x;y;z"]
+    for k in range(401):
+        y = -40.0 + 0.2 * k
+        nx, ny = unit([-2.0 * f, y])
+        form = 3.5 * math.cos(2.0 * math.pi * y / 26.0) + noise.gauss(0.0, 0.5)
+        p = place((5.1183, 0.0, -61.7402), frame,
+                  (y * y / (4.0 * f) + nx * form * MICROMETRE, y + ny * form * MICROMETRE, 0.0))
+        lines.append(";".join(f"{c:.5f}" for c in p))
+    write("reflector.csv", lines)
+
+
+def roller():
+    """A feed roller for bars, a hyperboloid: both flanks in the section along its axis, from a contour tracer."""
+    noise = random.Random(1209)
+    a, b = 12.4, 55.0
+    frame = frame_of((0.0, 1.0, 0.0), (0.0, 0.0, 1.0))
+    lines = ["feed roller 25, contour right and left", "point x y z"]
+    for branch in (1.0, -1.0):
+        for k in range(161):
+            t = -0.62 + 1.24 * k / 160
+            x, y = branch * a * math.cosh(t), b * math.sinh(t)
+            nx, ny = unit([-x / a ** 2, y / b ** 2])
+            form = 5.0 * math.cos(9.0 * t + branch) + noise.gauss(0.0, 0.9)
+            p = place((-4.8813, 0.0, 33.2071), frame, (x + nx * form * MICROMETRE, y + ny * form * MICROMETRE, 0.0))
+            lines.append(f"{len(lines) - 1} " + " ".join(f"{c:.4f}" for c in p))
+    write("roller.txt", lines)
+
+
+def ring():
+    """The hardened master of an O-ring, a torus: sections all around the tube, one every four degrees of a turntable."""
+    noise = random.Random(1210)
+    major, minor = 34.5, 2.61
+    frame = frame_of((-0.0031, 0.0017, 1.0), (1.0, 0.0, 0.0))
+    lines = ["N X Y Z"]
+    for k in range(90):
+        around = math.radians(4.0 * k)
+        for j in range(16):
+            tube = math.radians(22.5 * j + 2.0 * (k % 2))
+            form = 2.2 * math.cos(2.0 * around - 0.7) + 1.6 * math.cos(tube) * math.cos(5.0 * around)
+            form += 0.9 * math.cos(2.0 * tube + 0.3)
+            form += noise.gauss(0.0, 0.3)
+            r = minor + form * MICROMETRE
+            rho = major + r * math.cos(tube)
+            p = place((-12.3304, 71.8816, 22.4075), frame,
+                      (rho * math.cos(around), rho * math.sin(around), r * math.sin(tube)))
+            lines.append(f"{len(lines)} " + " ".join(f"{c:.5f}" for c in p))
+    write("ring.txt", lines)
+
+
 if __name__ == "__main__":
     bore()
     edge()
     plate()
     ball()
+    sleeve()
+    pin()
+    flange()
+    reflector()
+    roller()
+    ring()

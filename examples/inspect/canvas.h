@@ -23,6 +23,7 @@ struct TextStyle {
 namespace style {
 inline constexpr const char* kGrid = "fill='none' stroke='#d9dee4' stroke-width='0.18'";
 inline constexpr const char* kFrame = "fill='none' stroke='#5c6670' stroke-width='0.25'";
+inline constexpr const char* kAxis = "fill='none' stroke='#9aa3ad' stroke-width='0.2' stroke-dasharray='5 1.2 0.8 1.2'";
 inline constexpr const char* kProfile =
     "fill='none' stroke='#1f5fa8' stroke-width='0.3' stroke-linejoin='round' stroke-linecap='round'";
 inline constexpr const char* kSample = "fill='#1f5fa8' stroke='none'";

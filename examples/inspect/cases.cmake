@@ -34,7 +34,29 @@ expect(0 "radius +12\\.50653[0-9].*contact points +3" ${PARTS}/bore.csv --featur
 expect(0 "radius +12\\.50096[0-9].*contact points +3" ${PARTS}/bore.csv --feature circle --decimal-comma --criterion mi)
 expect(0 "straightness +0\\.00845[0-9].*contact points +3" ${PARTS}/edge.xyz --feature line --criterion mz --svg strip.svg)
 expect(0 "flatness +0\\.00441[0-9].*contact points +4" ${PARTS}/plate.asc --feature plane --criterion mz --svg slab.svg)
-foreach(picture "zone;contact points" "strip;contact points" "slab;contact points" "bore;5000:1" "edge;10000:1" "plate;positive towards" "ball;seen from")
+expect(0 "radius +12\\.49995[0-9].*outer radius +12\\.50083.*sphericity +0\\.00175.*contact points +5" ${PARTS}/ball.csv
+  --feature sphere --criterion mz --svg shell.svg)
+expect(0 "radius +12\\.50069[0-9].*contact points +4" ${PARTS}/ball.csv --feature sphere --criterion mc)
+expect(0 "radius +12\\.49913.*contact points +4" ${PARTS}/ball.csv --feature sphere --criterion mi)
+expect(0 "axis x +0\\.00209.*radius +22\\.0130[0-9]+.*cylindricity +0\\.0082" ${PARTS}/sleeve.txt --feature cylinder
+  --svg sleeve.svg)
+expect(0 "inner radius +22\\.01018.*cylindricity +0\\.00748[0-9].*contact points +6" ${PARTS}/sleeve.txt
+  --feature cylinder --criterion mz --svg tubes.svg)
+expect(0 "radius +22\\.01758[0-9].*contact points +5" ${PARTS}/sleeve.txt --feature cylinder --criterion mc)
+expect(0 "radius +22\\.01039[0-9].*contact points +5" ${PARTS}/sleeve.txt --feature cylinder --criterion mi)
+expect(0 "semi-angle +0\\.5729[0-9]+ .*conicity +0\\.00435" ${PARTS}/pin.csv --feature cone --svg pin.svg)
+expect(0 "inner apex x +-356\\.79.*conicity +0\\.00419[0-9].*contact points +7" ${PARTS}/pin.csv --feature cone
+  --criterion mz --svg cones.svg)
+expect(0 "major radius +34\\.500.*minor radius +2\\.6142[0-9]+.*contact points +7" ${PARTS}/ring.txt --feature torus
+  --criterion mc --svg ring.svg)
+expect(0 "semi-axis a +48\\.199.*semi-axis b +31\\.399.*form +0\\.0177" ${PARTS}/flange.xyz --feature ellipse
+  --svg flange.svg)
+expect(0 "focal length +18\\.348.*form +0\\.0096" ${PARTS}/reflector.csv --feature parabola --svg reflector.svg)
+expect(0 "semi-axis a +12\\.400.*semi-axis b +54\\.99.*form +0\\.0136" ${PARTS}/roller.txt --feature hyperbola
+  --svg roller.svg)
+foreach(picture "shell;contact points" "sleeve;along the axis towards .Z" "tubes;contact points" "cones;contact points" "ring;angle around the tube" "pin;0° towards"
+    "flange;fitted ellipse" "reflector;2000:1" "roller;away from the focus" "zone;contact points" "strip;contact points"
+    "slab;contact points" "bore;5000:1" "edge;10000:1" "plate;positive towards" "ball;seen from")
   list(GET picture 0 name)
   list(GET picture 1 text)
   file(READ ${SCRATCH}/${name}.svg svg)
@@ -53,6 +75,21 @@ file(READ ${SCRATCH}/zone.json json)
 string(JSON contacts LENGTH "${json}" contact_lines)
 if(NOT contacts EQUAL 4)
   message(SEND_ERROR "zone.json names ${contacts} contact points")
+endif()
+
+# A part of a turn fills the map.
+file(STRINGS ${PARTS}/sleeve.txt lines)
+set(arc "")
+foreach(line IN LISTS lines)
+  if(line MATCHES "^(C/deg|3[45][0-9]|[0-3]?[0-9]\\.)")
+    string(APPEND arc "${line}\n")
+  endif()
+endforeach()
+file(WRITE ${SCRATCH}/arc.txt "${arc}")
+expect(0 "radius +22\\.00.*cylindricity +0\\.002" arc.txt --feature cylinder --svg arc.svg)
+file(READ ${SCRATCH}/arc.svg svg)
+if(NOT svg MATCHES ">340°<.*>0°<.*>30°<" OR svg MATCHES ">180°<")
+  message(SEND_ERROR "arc.svg does not show from 340 to 40 degrees")
 endif()
 
 # What files may look like: the plane through (1 2 3), (4 5 9), (7 8 1), as three points determine it.

@@ -37,26 +37,36 @@ struct Frame {
   }
 };
 
-// One parameter of the fitted feature: a length (one value), a point or a direction (three values).
+// One parameter of the fitted feature: a length, an angle in degrees (one value), a point or a direction (three).
 struct Parameter {
-  enum class Kind { kLength, kPoint, kDirection };
+  enum class Kind { kLength, kAngle, kPoint, kDirection };
   std::string name;
   Kind kind;
   std::vector<double> values;
 };
 
+// A conic in the xy plane of its frame: x^2/a^2 + y^2/b^2 = 1, x^2/a^2 - y^2/b^2 = 1, or y^2 = 4 a x.
+struct ConicShape {
+  enum class Kind { kNone, kEllipse, kHyperbola, kParabola };
+  Kind kind = Kind::kNone;
+  double a = 0;
+  double b = 0;
+};
+
 // What was found about one feature, all that tables and pictures need.
 //
 // The frame belongs to the feature: line: x along it; plane: z is its normal; circle: origin at the centre, z is its
-// normal; sphere: origin at the centre. `deviations` are signed distances from the feature: from a line in a plane
-// across it, from a plane along its normal, from a circle or sphere outwards. A line in space has distances only, its
-// `zoneIsRound` and its form is the diameter of the enclosing cylinder.
+// normal; conic: x along its axis, z is its normal; sphere: origin at the centre; other surfaces: z is the axis.
+// `deviations` are signed distances from the feature: from a line in a plane across it, from a plane along its normal,
+// from all others outwards. A line in space has distances only, its `zoneIsRound` and its form is the diameter of the
+// enclosing cylinder.
 struct Inspection {
   std::string feature;
   std::string criterion;
   std::string formName;
   std::vector<Parameter> parameters;
-  double radius = 0;
+  ConicShape conic;
+  double tubeCircle = 0;  // the radius of the circle of tube centres of a torus
   double form = 0;
   double sumSquares = 0;
   double seconds = 0;
@@ -74,5 +84,12 @@ struct Inspection {
     return static_cast<std::size_t>(std::min_element(deviations.begin(), deviations.end()) - deviations.begin());
   }
 };
+
+// The largest coordinate.
+inline double SizeOf(const std::vector<Vec3>& points) {
+  double size = 0;
+  for (const Vec3& p : points) size = std::max({size, std::fabs(p[0]), std::fabs(p[1]), std::fabs(p[2])});
+  return size;
+}
 
 #endif

@@ -1,18 +1,11 @@
 #ifndef NU_INSPECT_METHODS_H
 #define NU_INSPECT_METHODS_H
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "inspection.h"
+#include "fits.h"
 #include "pictures.h"
-
-// The points do not determine the feature, or the iteration failed; the text says which.
-class FitFailure : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 // One feature by one criterion.
 struct Method {

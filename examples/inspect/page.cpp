@@ -109,6 +109,19 @@ void Page::StateMagnification(double scale, const std::string& name) {
   m_panelY += kRowHeight;
 }
 
+void Page::DrawRuler(double band, double scale, const Ticks& lines) {
+  constexpr double kX = 19;
+  const double zero = kBottom - band - 1;
+  m_canvas.Line({kX, zero - band}, {kX, zero + band}, style::kFrame);
+  for (const double line : lines.values) {
+    const double y = zero - line / m_deviationUnit.perLength * scale;
+    m_canvas.Line({kX, y}, {kX + 1.2, y}, style::kFrame);
+    m_canvas.Text({kX + 2, y + 0.9}, lines.SignedText(line), {2.5, "start", "#5c6670", false, 0});
+  }
+  m_canvas.Text({kX - 2.5, zero}, std::string("deviation / ") + m_deviationUnit.symbol,
+                {2.7, "middle", "#22272e", false, -90});
+}
+
 void Page::Note(const std::string& text) {
   m_canvas.Text({kPanelLeft, m_panelY}, text, {kSmall, "start", kGrey, false, 0});
   m_panelY += kRowHeight;

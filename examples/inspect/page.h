@@ -35,6 +35,10 @@ class Page {
   void DrawContacts(const std::vector<PagePoint>& contacts);
   void ExtremeKeys(const std::string& whereMax, const std::string& whereMin);
 
+  // What each of the lines beside a fitted curve stands for, in the corner below on the left; the deviations reach
+  // `band` to either side, at `scale` page millimetres per length unit.
+  void DrawRuler(double band, double scale, const Ticks& lines);
+
   // The largest magnitude of the deviations, never 0: what a scale has to show.
   double LargestDeviation() const { return m_largest; }
 

@@ -37,7 +37,7 @@ class RoundnessPlot {
     DrawContacts();
     DrawExtremes();
     DrawCentre();
-    DrawRuler();
+    m_page.DrawRuler(kBand, m_scale, m_rings);
     return m_canvas.Finish();
   }
 
@@ -143,20 +143,6 @@ class RoundnessPlot {
     m_canvas.Text({kCentre.x, y - 2.5}, m_rings.Text(m_rings.step) + " " + m_page.DeviationSymbol(),
                   {3.4, "middle", "#22272e", true, 0});
     m_canvas.Text({kCentre.x, y + 5}, "from ring to ring", {2.6, "middle", "#5c6670", false, 0});
-  }
-
-  // What each ring stands for, in a corner that the profile never reaches.
-  void DrawRuler() {
-    constexpr double kX = 19;
-    constexpr double kZero = Page::kBottom - kBand - 1;
-    m_canvas.Line({kX, kZero - kBand}, {kX, kZero + kBand}, style::kFrame);
-    for (const double ring : m_rings.values) {
-      const double y = kZero - ring / m_page.PerLength() * m_scale;
-      m_canvas.Line({kX, y}, {kX + 1.2, y}, style::kFrame);
-      m_canvas.Text({kX + 2, y + 0.9}, m_rings.SignedText(ring), {2.5, "start", "#5c6670", false, 0});
-    }
-    m_canvas.Text({kX - 2.5, kZero}, std::string("deviation / ") + m_page.DeviationSymbol(),
-                  {2.7, "middle", "#22272e", false, -90});
   }
 
   const Inspection& m_inspection;

@@ -26,6 +26,7 @@ class SphericityMap {
     DrawDisc(false);
     const bool means = DrawPoints(colours);
     for (const double x : {kUpperX, kLowerX}) m_canvas.Circle({x, kDiscY}, kDiscRadius, style::kFrame);
+    DrawContacts();
     DrawExtremes();
     m_page.Note("angles: longitude from +X, latitude");
     m_page.Note("equal areas; rings at latitudes 30\u00B0 and 60\u00B0");
@@ -77,6 +78,12 @@ class SphericityMap {
       dots.push_back({OnPage(m_inspection.local[i]), m_inspection.deviations[i]});
     }
     return DrawDots(m_canvas, dots, 2 * std::numbers::pi * kDiscRadius * kDiscRadius, colours);
+  }
+
+  void DrawContacts() {
+    std::vector<PagePoint> contacts;
+    for (const std::size_t i : m_inspection.contacts) contacts.push_back(OnPage(m_inspection.local[i]));
+    m_page.DrawContacts(contacts);
   }
 
   void DrawExtremes() {

@@ -20,5 +20,7 @@ std::string DrawStraightness(const Inspection& inspection, const PictureLabels& 
 std::string DrawFlatness(const Inspection& inspection, const PictureLabels& labels);
 std::string DrawRoundness(const Inspection& inspection, const PictureLabels& labels);
 std::string DrawSphericity(const Inspection& inspection, const PictureLabels& labels);
+std::string DrawUnrolled(const Inspection& inspection, const PictureLabels& labels);
+std::string DrawConic(const Inspection& inspection, const PictureLabels& labels);
 
 #endif

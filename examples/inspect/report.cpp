@@ -7,12 +7,14 @@
 namespace {
 
 constexpr int kDirectionDecimals = 9;
+constexpr int kAngleDecimals = 7;
 constexpr int kExactDigits = 17;
 
 void AddParameterRows(const Parameter& parameter, const LengthUnit& unit, std::vector<Row>* rows) {
   const bool isDirection = parameter.kind == Parameter::Kind::kDirection;
-  const int decimals = isDirection ? kDirectionDecimals : unit.decimals;
-  const char* symbol = isDirection ? "" : unit.symbol;
+  const bool isAngle = parameter.kind == Parameter::Kind::kAngle;
+  const int decimals = isDirection ? kDirectionDecimals : isAngle ? kAngleDecimals : unit.decimals;
+  const char* symbol = isDirection ? "" : isAngle ? "\u00B0" : unit.symbol;
   if (parameter.values.size() == 1) {
     rows->push_back({parameter.name, Fixed(parameter.values[0], decimals), symbol});
     return;
