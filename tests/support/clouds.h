@@ -128,7 +128,6 @@ inline CNuPointArray CylinderCloud(Random& random, int n, double radius, double 
   return points;
 }
 
-<<<<<<< HEAD
 // A tube about the z axis, from 0 to `sweep` degrees around it, with `girth` degrees of its section about the outermost
 // line, and noise across the tube.
 inline CNuPointArray TorusCloud(Random& random, int n, double major, double minor, double sweep, double girth,
@@ -140,7 +139,10 @@ inline CNuPointArray TorusCloud(Random& random, int n, double major, double mino
     const double r = minor + noise * random.Bell();
     const double rho = major + r * std::cos(turn);
     points.Add({rho * std::cos(angle), rho * std::sin(angle), r * std::sin(turn)});
-=======
+  }
+  return points;
+}
+
 // A strip from 0 to `sweep` degrees of the cone about the z axis with its apex at the origin, with noise along its
 // normal: `radius` in the middle of `length` along the generators.
 inline CNuPointArray ConeCloud(Random& random, int n, double semiAngle, double radius, double length, double sweep,
@@ -154,7 +156,6 @@ inline CNuPointArray ConeCloud(Random& random, int n, double semiAngle, double r
     const double out = noise * random.Bell();
     const double r = along * s + out * c;
     points.Add({r * std::cos(angle), r * std::sin(angle), along * c - out * s});
->>>>>>> efbb574 (Fit the minimum-zone cone)
   }
   return points;
 }
