@@ -1,13 +1,15 @@
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <vector>
 
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/geometry/internal/double_double.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/surfaces/cone.h"
 #include "nu/surfaces/internal/axis_direction.h"
 #include "nu/surfaces/internal/cone_start.h"
-#include "nu/surfaces/internal/far_point.h"
 #include "nu/surfaces/internal/point_sample.h"
 
 // Least-squares cone. Apex, axis and semi-angle a minimise the sum of squares of d cos a - h sin a, where d is the
@@ -18,10 +20,11 @@ using nu::internal::Components;
 using nu::internal::ConeLeastSquares;
 using nu::internal::ConeModel;
 using nu::internal::Deviations;
+using nu::internal::DoubleDouble;
 using nu::internal::FailFit;
 using nu::internal::GaussNewtonEnd;
 using nu::internal::GaussNewtonRule;
-using nu::internal::PointAlong;
+using nu::internal::LoadVec3;
 using nu::internal::PointBlocks;
 using nu::internal::PointSample;
 using nu::internal::PointView;
@@ -30,12 +33,18 @@ using nu::internal::ToPoint;
 using nu::internal::ToVector;
 using nu::internal::Vec3;
 using nu::internal::ViewOf;
+using nu::internal::WithLargestPositive;
 
 namespace {
 
 constexpr const char* kName = "CNuConSurf";
 constexpr int kLeastPoints = 6;
 constexpr int kSampleSteps = 100;
+
+// What a distance may be off by through the rounding errors of coordinates, with room for a few of them.
+constexpr double kRoundings = 16.0 * std::numeric_limits<double>::epsilon();
+// The mean is this close to the apex, in parts of the size of the points, when they are balanced about it.
+constexpr double kBalanced = 0.1;
 
 struct Solution {
   Vec3 axisPoint;  // near the data
@@ -74,11 +83,23 @@ void Start(PointView points, PointBlocks& blocks, ConeLeastSquares& fit) {
   nu::internal::FailOperation(46, "calculation", "CNuSurface::QuadricAxes()");
 }
 
-// The cone with the semi-angle below 90 degrees and the axis from the apex into the data.
-Solution InCallersFrame(const ConeModel& m, const PointBlocks& blocks) {
+// Whether its radius grows, and its height, by more over the points than rounding errors of their coordinates make of a
+// cylinder or a plane.
+bool IsCone(const ConeModel& m, const PointBlocks& blocks, double meanSquare) {
+  const Vec3 mean = blocks.InCallersFrame(m.pivot);
+  const double size = std::sqrt(meanSquare);
+  const double rounding = kRoundings * (size + blocks.Scale() * std::sqrt(Dot(mean, mean)));
+  return size * std::min(std::fabs(std::sin(m.angle)), std::cos(m.angle)) > rounding;
+}
+
+// The cone with the semi-angle below 90 degrees and the axis from the apex into the data. Of points balanced about the
+// apex neither end is the one with the data.
+Solution InCallersFrame(const ConeModel& m, const PointBlocks& blocks, double meanSquare) {
   const double fromApex = (m.rise + m.height * std::cos(m.angle)) / std::sin(m.angle);
-  return {blocks.InCallersFrame(m.pivot - m.height * m.u), std::copysign(1.0, fromApex) * m.w,
-          -std::fabs(fromApex) / blocks.Scale(), std::fabs(m.angle) / Nu_PI * 180.0, Deviations{}};
+  const bool balanced = m.bothNappes && std::fabs(fromApex) <= kBalanced * std::sqrt(meanSquare);
+  const Vec3 direction = balanced ? WithLargestPositive(m.w) : std::copysign(1.0, fromApex) * m.w;
+  return {blocks.InCallersFrame(m.pivot - m.height * m.u), direction, -fromApex * Dot(direction, m.w) / blocks.Scale(),
+          std::fabs(m.angle) / Nu_PI * 180.0, Deviations{}};
 }
 
 Solution LeastSquaresCone(PointView points, PointBlocks& blocks, bool wantsDeviations, long maxIter) {
@@ -93,14 +114,50 @@ Solution LeastSquaresCone(PointView points, PointBlocks& blocks, bool wantsDevia
                              .endsBeforeLimit = true};
   const GaussNewtonEnd end = RunGaussNewton(fit, rule);
   if (end == GaussNewtonEnd::limitReached) FailFit(nu::internal::kIterationLimit, kName);
-  if (end == GaussNewtonEnd::unsolvable || !fit.Determined()) FailFit(nu::internal::kNumericalFailure, kName);
-  Solution found = InCallersFrame(fit.Model(), blocks);
+  const double meanSquare = fit.MeanSquare();
+  if (end == GaussNewtonEnd::unsolvable || !fit.Determined() || !IsCone(fit.Model(), blocks, meanSquare))
+    FailFit(nu::internal::kNumericalFailure, kName);
+  Solution found = InCallersFrame(fit.Model(), blocks, meanSquare);
   if (wantsDeviations) found.deviations = fit.DeviationsNow();
   return found;
 }
 
-bool IsCone(const Solution& s) {
-  return IsFinite(s.axisPoint + s.toApex * s.axisDirection) && s.semiAngle > 0.0 && s.semiAngle < 90.0;
+// With few points several cones may be as good as each other, and rounding would let the order of the points choose:
+// they are taken in one that is theirs.
+std::vector<Vec3> InOneOrder(PointView points) {
+  std::vector<Vec3> ordered(points.Size());
+  for (std::size_t i = 0; i < ordered.size(); ++i) ordered[i] = LoadVec3(points[i]);
+  std::sort(ordered.begin(), ordered.end(), [](const Vec3& p, const Vec3& q) {
+    return p.x != q.x ? p.x < q.x : p.y != q.y ? p.y < q.y : p.z < q.z;
+  });
+  return ordered;
+}
+
+Solution ConeInAnyOrder(PointView points, PointBlocks& blocks, bool wantsDeviations, long maxIter) {
+  if (points.Size() > nu::internal::kFewPoints) return LeastSquaresCone(points, blocks, wantsDeviations, maxIter);
+  if (!blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
+  const std::vector<Vec3> ordered = InOneOrder(points);
+  const PointView view(&ordered[0].x, sizeof(Vec3), ordered.size());
+  PointBlocks orderedBlocks(view, ordered[ordered.size() / 2]);
+  return LeastSquaresCone(view, orderedBlocks, wantsDeviations, maxIter);
+}
+
+// The point of a line at about this distance from `point`, where the coordinate that says most about it is a double:
+// an apex far away, whose rounding errors would otherwise move the axis at the data.
+Vec3 Along(const Vec3& point, const Vec3& direction, double distance) {
+  const double p[3] = {point.x, point.y, point.z};
+  const double d[3] = {direction.x, direction.y, direction.z};
+  double found[3];
+  int main = 0;
+  for (int i = 0; i < 3; ++i) {
+    found[i] = p[i] + distance * d[i];
+    if (std::fabs(found[i] * d[i]) > std::fabs(found[main] * d[main])) main = i;
+  }
+  if (d[main] == 0.0) return point;
+  const DoubleDouble there = (DoubleDouble{found[main]} - DoubleDouble{p[main]}) / DoubleDouble{d[main]};
+  for (int i = 0; i < 3; ++i)
+    if (i != main) found[i] = (DoubleDouble{p[i]} + there * DoubleDouble{d[i]}).high;
+  return LoadVec3(found);
 }
 
 }  // namespace
@@ -120,10 +177,11 @@ void CNuConSurf::Fit(const CNuPointArray& points, double* formError, double* sum
   if ((coplanar || !distinct) && !blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
   if (coplanar) FailFit(nu::internal::kCoplanarPoints, kName, 4);
   if (!distinct) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
-  const Solution found = LeastSquaresCone(ViewOf(points), blocks, formError != nullptr, maxIter);
-  if (!IsCone(found)) FailFit(nu::internal::kNumericalFailure, kName);
+  const Solution found = ConeInAnyOrder(ViewOf(points), blocks, formError != nullptr, maxIter);
+  const bool finite = IsFinite(found.axisPoint + found.toApex * found.axisDirection);
+  if (!finite || !(found.semiAngle < 90.0)) FailFit(nu::internal::kNumericalFailure, kName);
   Place(found.semiAngle, ToPoint(found.axisPoint), ToVector(found.axisDirection));
-  Translate(ToPoint(PointAlong(found.axisPoint, Components(GetAxisDirection()), found.toApex)));
+  Translate(ToPoint(Along(found.axisPoint, Components(GetAxisDirection()), found.toApex)));
   if (formError == nullptr) return;
   // The extremes start at -NuGetLarge() and NuGetLarge(): required, and hosts that narrow the range see it.
   const double large = NuGetLarge();

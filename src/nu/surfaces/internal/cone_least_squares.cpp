@@ -67,8 +67,8 @@ constexpr double kWorthAPass = 1e-18;
 
 // A step leaves at least this part of the angle's complement, and of the curvature.
 constexpr double kLeastPart = 0.1;
-// M this close to the axis, in parts of the shift: the shift is a shift. Farther away it is a turn about M.
-constexpr double kNearAxis = 2.0;
+// M is as close to the surface as it is on a strip, in parts of the radius of curvature.
+constexpr double kStrip = 0.25;
 
 // sums of 1, p, q, p q, q^2, each times 1, f, f^2, but for the number of points; of the six columns times e; of e^2; of
 // |point - M|^2.
@@ -86,7 +86,8 @@ struct Surface {
         across(m.v),
         offset{Dot(normal, m.pivot), Dot(generator, m.pivot), Dot(across, m.pivot)},
         height(m.height),
-        rise(m.rise) {}
+        rise(m.rise),
+        foot(m.foot) {}
 
   double cosine;
   double sine;
@@ -96,6 +97,7 @@ struct Surface {
   Vec3 offset;
   double height;
   double rise;
+  double foot;
 };
 
 NU_ALWAYS_INLINE void LocalCoordinates(const PointBlock& block, std::size_t i, const Surface& s, Lanes& x, Lanes& y,
@@ -144,7 +146,7 @@ NU_KERNEL void SumProducts(const PointBlock& block, const Surface& given, double
     largest = e > largest ? e : largest;
     const Lanes p = t * inverseDistance * weight;
     const Lanes q = l * inverseDistance * weight;
-    const Lanes f = (y + s.sine * l) * weight;
+    const Lanes f = (y - s.foot + s.sine * l) * weight;
     e *= weight;
     const Lanes pq = p * q;
     const Lanes qq = q * q;
@@ -235,12 +237,13 @@ void FillRows(const PointBlock& block, std::size_t begin, std::size_t end, const
     const Lanes twist = side > 0.0 ? f : along - s.sine * d - lever;
     const Lanes bend =
         side > 0.0 ? q * f : (3.0 - q) * lever + s.sine * (d + s.cosine * x + s.sine * y) + (q - 2.0) * along;
+    const Lanes lift = q + (side - 1.0);
     Store(side, reduction.Column(0) + (i - begin));
-    Store(f, reduction.Column(1) + (i - begin));
+    Store(f - s.foot * side, reduction.Column(1) + (i - begin));
     Store(p, reduction.Column(2) + (i - begin));
-    Store(q + (side - 1.0), reduction.Column(3) + (i - begin));
-    Store(p * twist, reduction.Column(4) + (i - begin));
-    Store(bend, reduction.Column(5) + (i - begin));
+    Store(lift, reduction.Column(3) + (i - begin));
+    Store(p * (twist - s.foot), reduction.Column(4) + (i - begin));
+    Store(bend - s.foot * lift, reduction.Column(5) + (i - begin));
     Store(e, reduction.Column(kColumns) + (i - begin));
   }
 }
@@ -274,6 +277,14 @@ double NextAngle(double angle, double change) {
   return std::clamp(angle + change, -most, most);
 }
 
+// Where the points' feet are when their deviations are about 0 and M is their mean. On both nappes the apex stands for
+// them.
+double FootOf(const ConeModel& m) {
+  if (!m.bothNappes) return m.rise * std::tan(m.angle);
+  const double sine = std::sin(m.angle), cosine = std::cos(m.angle);
+  return -(m.rise + m.height * cosine) * cosine / sine - m.height * sine;
+}
+
 TallReduction ReduceRows(PointBlocks& points, const ConeModel& model) {
   TallReduction reduction(kColumns + 1);
   const Surface surface(model);
@@ -303,6 +314,7 @@ ConeModel ConeAbout(const Vec3& pivot, const Vec3& direction, const Vec3& toAxis
 
 void ConeLeastSquares::Place(const ConeModel& model) {
   m_model = model;
+  m_model.foot = FootOf(model);
   m_hasBest = false;
   m_damping = 0.0;
   m_deviationsAreCurrent = false;
@@ -339,6 +351,7 @@ ConeLeastSquares::System ConeLeastSquares::SumOneNappe() {
   for (int j = 0; j < kUnknowns; ++j) system.right[j] = total[kProducts + j];
   m_deviations.sumSquares = system.sumSquares = total[kProducts + kColumns];
   system.spread = total[kProducts + kColumns + 1];
+  system.foot = b.one / a.one;
   m_deviationsAreCurrent = true;
   return system;
 }
@@ -419,10 +432,8 @@ GaussNewtonStep ConeLeastSquares::SolveStep() {
   // Convergence is judged by the full step: a damped one is short without having arrived.
   double gain = 0.0;
   for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * m_system.right[j];
-  const double sine = std::sin(m_model.angle), cosine = std::cos(m_model.angle);
-  const double lever = m_model.height * sine;
-  const double shift = (m_step[2] - m_step[4] * lever) / cosine;
-  const double height = (m_step[3] - m_step[5] * lever) / cosine;
+  const double cosine = std::cos(m_model.angle);
+  const double shift = m_step[2] / cosine, height = m_step[3] / cosine;
   const double opened = m_step[1] + m_step[5];
   const double turned = m_step[4] * m_step[4] + m_step[5] * m_step[5] + opened * opened;
   step.squaredLength = shift * shift + height * height + turned * MeanSquare();
@@ -461,32 +472,54 @@ bool ConeLeastSquares::SolveByRows(double (&step)[kUnknowns]) {
   return true;
 }
 
-void ConeLeastSquares::TakeStep() {
+// The points are on a strip over M: turns are about M, and curvature is what changes.
+void ConeLeastSquares::TurnStrip() {
+  ConeModel& m = m_model;
+  const double cosine = std::cos(m.angle), lever = m.height * std::sin(m.angle) + m.foot;
+  const double tiltU = -m_step[5], tiltV = m_step[4];
+  const double shift = (m_step[2] - m_step[4] * lever) / cosine;
+  const double bend = (m_step[3] - m_step[5] * m.foot) / cosine;
+  const double angle = NextAngle(m.angle, m_step[1] + m_step[5]);
+  const double lifted =
+      std::cos(NextAngle(m.angle, m_step[5])) / cosine *
+      (bend > 0.0 ? m.height / std::max(1.0 - bend / m.height, kLeastPart) : m.height * m.height / (m.height - bend));
+  const Vec3 turn = tiltU * m.v - tiltV * m.u - (shift / m.height) * m.w;
+  const Vec3 fromAxis = Turned(m.u, turn);
+  TurnFrame(Unit(Turned(m.w, turn)), fromAxis, m);
+  m.rise += m_step[0] - m_step[1] * m.foot;
+  m.height = lifted;
+  m.angle = angle;
+}
+
+// The points are all around: turns are about the centre of the sphere that touches the cone where their feet are, so
+// that it goes on touching it, and the sphere moves and grows.
+void ConeLeastSquares::MoveSphere() {
   ConeModel& m = m_model;
   const double sine = std::sin(m.angle), cosine = std::cos(m.angle);
-  const double tiltU = -m_step[5], tiltV = m_step[4];
-  const double shift = (m_step[2] - tiltV * m.height * sine) / cosine;
+  const double along = (m.foot + m.height * sine) / cosine;
+  const Vec3 centre = along * m.w - m.height * m.u;
+  const Vec3 shift = (m_step[2] / cosine) * m.v - (m_step[3] / cosine) * m.u;
+  const Vec3 direction = Unit(Turned(m.w, -m_step[5] * m.v - m_step[4] * m.u));
   const double angle = NextAngle(m.angle, m_step[1] + m_step[5]);
-  // Far from the axis the curvature and not the distance is what the points show; its change with the angle is the
-  // tilt's.
-  double lifted = m.height + m_step[3] / cosine;
-  if (m.height * m.height > MeanSquare()) lifted = m.height / std::max(1.0 - m_step[3] / cosine / m.height, kLeastPart);
-  lifted *= std::cos(angle) / cosine;
+  // The changes and not the values are what is added up: far from M the values are large.
+  const double further = Dot(centre, direction - m.w) + Dot(shift, direction);
+  const double grown = m_step[0] + m_step[3];
+  const double offset =
+      m.rise + m.height * cosine + grown - further * std::sin(angle) - along * (std::sin(angle) - sine);
+  const Vec3 fromAxis = Rejection(-1.0 * (centre + shift), direction);
+  TurnFrame(direction, fromAxis, m);
+  m.height = std::sqrt(Dot(fromAxis, fromAxis));
   m.angle = angle;
-  m.rise += m_step[0];
-  const Vec3 tilt = tiltU * m.v - tiltV * m.u;
+  m.rise = offset - m.height * std::cos(angle);
+}
+
+void ConeLeastSquares::TakeStep() {
+  const double cosine = std::cos(m_model.angle);
+  const bool strip = std::fabs(m_model.rise) * cosine < kStrip * m_model.height && !m_model.bothNappes;
+  const double foot = m_model.foot + m_system.foot;
+  strip ? TurnStrip() : MoveSphere();
+  m_model.foot = m_model.bothNappes ? FootOf(m_model) : foot;
   m_deviationsAreCurrent = false;
-  if (kNearAxis * std::fabs(shift) < lifted) {
-    const Vec3 turn = tilt - (shift / lifted) * m.w;
-    const Vec3 fromAxis = Turned(m.u, turn);
-    TurnFrame(Unit(Turned(m.w, turn)), fromAxis, m);
-    m.height = lifted;
-    return;
-  }
-  const Vec3 fromAxis = Turned(lifted * m.u - shift * m.v, tilt);
-  TurnFrame(Unit(Turned(m.w, tilt)), fromAxis, m);
-  m.height = std::sqrt(lifted * lifted + shift * shift);
-  m.rise -= (m.height - lifted) * std::cos(angle);
 }
 
 bool ConeLeastSquares::Descend(int mostSteps) {

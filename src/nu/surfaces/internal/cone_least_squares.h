@@ -19,6 +19,7 @@ struct ConeModel {
   double height = 0.0;
   double rise = 0.0;   // of the surface over M, along its normal
   double angle = 0.0;  // radians, between -90 and 90 degrees
+  double foot = 0.0;   // along the generator from M: about where the mean of the points' feet is
   // Points behind the apex count from the nappe there; otherwise from the one that holds M, as if it went on.
   bool bothNappes = false;
 };
@@ -60,6 +61,7 @@ class ConeLeastSquares {
     double right[kUnknowns];
     double sumSquares = 0.0;
     double spread = 0.0;  // sum of the squared distances from M
+    double foot = 0.0;    // mean of the feet's coordinates along the generator, from the model's
   };
 
   System SumSystem();
@@ -69,6 +71,8 @@ class ConeLeastSquares {
   bool SolveByRows(double (&step)[kUnknowns]);
   void Damp(double (&step)[kUnknowns]) const;
   void AdaptDamping(double sumSquares);
+  void TurnStrip();
+  void MoveSphere();
   void FindDeviationsNow();
 
   PointBlocks& m_points;

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <limits>
+#include <utility>
 
 #include "nu/surfaces/internal/quadric_axes.h"
 
@@ -31,8 +32,11 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 // The refined cone is clear when its deviations' root mean square is this part of that from the best plane: what makes
 // a wrong direction wrong is of the size of the latter.
 constexpr double kClear = 0.03;
-// With so few points a wrong cone may pass close to all of them.
-constexpr std::size_t kFewPoints = 14;
+
+// Points on both nappes leave at least this part of the plane's root mean square when one nappe is fitted, and both
+// nappes leave at most this part of the sum of squares that one nappe leaves.
+constexpr double kOneNappe = 0.1;
+constexpr double kBothNappes = 0.25;
 
 // Steps of a refinement that is compared with others, and of the one that is kept.
 constexpr int kTrialSteps = 30;
@@ -41,6 +45,7 @@ constexpr int kFinalSteps = 1000;
 // Directions of each kind, of which so many are refined, no two closer than this cosine as the kind sees them.
 constexpr int kDirections = 64;
 constexpr int kTrials = 4;
+constexpr int kTrialsOfFew = 8;
 constexpr double kSameDirection = 0.93;
 
 // Tangents of 0, 30, 55, 75, 86 and 89 degrees.
@@ -51,18 +56,35 @@ struct RevolutionQuadric {
   Vec3 toAxis;                    // from the mean, in the principal frame
   double radius = 0.0;            // around there
   double slope = 0.0;
+  // When it stands for both nappes: the slope far away, and the height of the mean over the apex.
+  double farSlope = 0.0;
+  double height = 0.0;
 };
 
 class DirectionJudge {
  public:
   explicit DirectionJudge(const FourthMoments& m);
 
-  // Directions in the principal frame. The best over all slopes.
-  RevolutionQuadric Judge(const Vec3& w) const;
+  // Directions in the principal frame. The best over all slopes, but for the cylinder's when both nappes are wanted.
+  RevolutionQuadric Judge(const Vec3& w, bool bothNappes) const;
+  // As judged with the slope that the points show when their distances from the axis are regressed on their heights:
+  // biased on arcs, but never next to a plane.
+  RevolutionQuadric Regress(const Vec3& w) const;
   // About this axis through the apex, both from the mean and in the principal frame.
   double SlopeFrom(const Vec3& apex, const Vec3& w) const;
 
  private:
+  // Mean values of products with z, the height along the direction.
+  struct Sight {
+    Vec3 direction;
+    double square = 0.0;   // z^2
+    double fourth = 0.0;   // z^4
+    double mixed = 0.0;    // |p|^2 z^2
+    double third[3] = {};  // p z^2
+  };
+  Sight Along(const Vec3& w) const;
+  RevolutionQuadric QuadricAlong(const Sight& sight, double slope, double root) const;
+
   double m_square[3];
   double m_fourth[3][3];  // E[p_i^2 |p|^2] and so on: E[p_i p_j |p|^2]
   double m_cubic[3];      // E[p_i |p|^2]
@@ -113,22 +135,37 @@ DirectionJudge::DirectionJudge(const FourthMoments& m) : m_unit(m.spread[0]) {
   }
 }
 
-// The smallest root of a - r - sum of c_i^2 / (d_i - r) in [0, least d]: it falls from below the least d on, and
-// Newton's steps on it multiplied by that pole's factor come from the left.
+// The smallest root of a - r - sum of c_i^2 / (d_i - r), which falls and is concave from 0 to the least d: halving
+// finds a place behind the root, from where Newton's steps come down to it.
 double SmallestRoot(double a, const double (&c)[3], const double (&d)[3]) {
+  constexpr int kMostHalvings = 40;
+  constexpr int kNewtonSteps = 6;
+  const double square[3] = {c[0] * c[0], c[1] * c[1], c[2] * c[2]};
   double low = 0.0;
-  double high = std::min({a, d[0], d[1], d[2]});
-  constexpr int kMostSteps = 60;
-  for (int k = 0; k < kMostSteps; ++k) {
-    const double r = 0.5 * (low + high);
-    double value = a - r;
-    for (int i = 0; i < 3; ++i) value -= c[i] * c[i] / (d[i] - r);
-    (value > 0.0 ? low : high) = r;
+  double high = std::min({d[0], d[1], d[2]});
+  double found = high;
+  bool behind = false;
+  for (int k = 0, steps = 0; k < kMostHalvings && steps < kNewtonSteps; ++k) {
+    const double r = behind ? found : 0.5 * (low + high);
+    double value = a - r, slope = 1.0;
+    for (int i = 0; i < 3; ++i) {
+      const double inverse = 1.0 / (d[i] - r);
+      value -= square[i] * inverse;
+      slope += square[i] * inverse * inverse;
+    }
+    if (behind || value <= 0.0) {
+      behind = true;
+      found = std::max(r + value / slope, low);
+      ++steps;
+    } else {
+      low = r;
+    }
   }
-  return low;
+  return found;
 }
 
-RevolutionQuadric DirectionJudge::Judge(const Vec3& w) const {
+DirectionJudge::Sight DirectionJudge::Along(const Vec3& w) const {
+  Sight sight{w};
   const double along[3] = {w.x, w.y, w.z};
   double pairs[6];
   for (int k = 0; k < 6; ++k) pairs[k] = along[kPairs[k][0]] * along[kPairs[k][1]];
@@ -137,40 +174,56 @@ RevolutionQuadric DirectionJudge::Judge(const Vec3& w) const {
     powers[i][0] = 1.0;
     for (int k = 1; k <= 4; ++k) powers[i][k] = powers[i][k - 1] * along[i];
   }
-  double alongFourth = 0.0;  // E z^4
   int next = 0;
   for (int a = 0; a <= 4; ++a)
     for (int b = 0; a + b <= 4; ++b)
-      alongFourth += m_along[next++] * powers[0][a] * powers[1][b] * powers[2][4 - a - b];
-  double squareAlong[3];  // E[p z^2]
-  double mixed = 0.0;     // E[|p|^2 z^2]
-  double alongSquare = 0.0;
+      sight.fourth += m_along[next++] * powers[0][a] * powers[1][b] * powers[2][4 - a - b];
   for (int i = 0; i < 3; ++i) {
-    squareAlong[i] = 0.0;
-    for (int k = 0; k < 6; ++k) squareAlong[i] += m_third[i][k] * pairs[k];
-    for (int j = 0; j < 3; ++j) mixed += m_fourth[i][j] * along[i] * along[j];
-    alongSquare += m_square[i] * pairs[i];
+    for (int k = 0; k < 6; ++k) sight.third[i] += m_third[i][k] * pairs[k];
+    for (int j = 0; j < 3; ++j) sight.mixed += m_fourth[i][j] * along[i] * along[j];
+    sight.square += m_square[i] * pairs[i];
   }
-  RevolutionQuadric best;
+  return sight;
+}
+
+// With the mean square given by the eigenvalue.
+RevolutionQuadric DirectionJudge::QuadricAlong(const Sight& sight, double slope, double root) const {
+  const double g = 1.0 + slope * slope;
+  const double mean = m_trace - g * sight.square;
+  double linear[3];
+  for (int i = 0; i < 3; ++i) linear[i] = -(m_cubic[i] - g * sight.third[i]) / (m_square[i] - root);
+  const Vec3 b = LoadVec3(linear);
+  const double along = Dot(b, sight.direction);
+  const Vec3 across = -0.5 * (b - along * sight.direction);
+  const double radius = std::sqrt(std::max(Dot(across, across) + mean, 0.25 * (m_trace - sight.square)));
+  const double height = slope > 0.0 ? -0.5 * along / (slope * slope) : 0.0;
+  return {root, m_unit * across, m_unit * radius, -0.5 * along / radius, slope, m_unit * height};
+}
+
+RevolutionQuadric DirectionJudge::Judge(const Vec3& w, bool bothNappes) const {
+  const Sight sight = Along(w);
+  double least = kInfinity;
+  double best = 0.0;
   for (const double slope : kSlopes) {
+    if (bothNappes && slope == 0.0) continue;
     const double g = 1.0 + slope * slope;
-    const double mean = m_trace - g * alongSquare;
-    const double variance = m_fourthTrace - 2.0 * g * mixed + g * g * alongFourth - mean * mean;
-    const double gradient = 4.0 * (m_trace - alongSquare + slope * slope * slope * slope * alongSquare);
+    const double mean = m_trace - g * sight.square;
+    const double variance = m_fourthTrace - 2.0 * g * sight.mixed + g * g * sight.fourth - mean * mean;
+    const double gradient = 4.0 * (m_trace - sight.square + slope * slope * slope * slope * sight.square);
     const double scale = 1.0 / std::sqrt(gradient);
     double border[3];
-    for (int i = 0; i < 3; ++i) border[i] = scale * (m_cubic[i] - g * squareAlong[i]);
+    for (int i = 0; i < 3; ++i) border[i] = scale * (m_cubic[i] - g * sight.third[i]);
     const double root = SmallestRoot(variance * scale * scale, border, m_square);
-    if (!(root < best.meanSquare)) continue;
-    double linear[3];
-    for (int i = 0; i < 3; ++i) linear[i] = -border[i] / (m_square[i] - root) / scale;
-    const Vec3 b = LoadVec3(linear);
-    const double alongLinear = Dot(b, w);
-    const Vec3 across = -0.5 * (b - alongLinear * w);
-    const double radius = std::sqrt(std::max(Dot(across, across) + mean, 0.25 * (m_trace - alongSquare)));
-    best = {root, m_unit * across, m_unit * radius, -0.5 * alongLinear / radius};
+    if (!(root < least)) continue;
+    least = root;
+    best = slope;
   }
-  return best;
+  return QuadricAlong(sight, best, least);
+}
+
+RevolutionQuadric DirectionJudge::Regress(const Vec3& w) const {
+  const Sight sight = Along(w);
+  return QuadricAlong(sight, QuadricAlong(sight, 0.0, 0.0).slope, 0.0);
 }
 
 // The mean square of the distances from the axis over that of the coordinates along it.
@@ -195,32 +248,54 @@ std::array<Vec3, kDirections> EvenDirections() {
   return directions;
 }
 
+Vec3 Stretched(const Vec3& v, const Vec3& stretch) {
+  return Unit({stretch.x * v.x, stretch.y * v.y, stretch.z * v.z});
+}
+
 class ConeSearch {
+  struct Found {
+    ConeModel model;
+    double sumSquares = kInfinity;
+  };
+
  public:
   ConeSearch(const FourthMoments& moments, PointBlocks& points, ConeLeastSquares& fit)
-      : m_moments(moments), m_judge(moments), m_points(points), m_fit(fit) {}
+      : m_moments(moments),
+        m_judge(moments),
+        m_points(points),
+        m_fit(fit),
+        m_trials(points.Size() > kFewPoints ? kTrials : kTrialsOfFew) {}
 
-  // In the frame of the blocks. False when the cone could be refined further.
-  bool TryQuadric(const QuadricAxes& quadric, int steps);
-  bool Try(const Vec3& direction, int steps);
+  // In the frame of the blocks.
+  void TryQuadric(const QuadricAxes& quadric);
+  void Try(const Vec3& direction);
   void TryAll(const QuadricAxes& quadric);
-  bool IsClear() const;
+  void TryBothNappes(const QuadricAxes& quadric);
+  // Whether the root mean square is no more than this part of the plane's.
+  bool IsWithin(double part) const;
+  bool IsClear() const { return m_points.Size() > kFewPoints && IsWithin(kClear); }
   void Keep();
 
  private:
   Vec3 ToLocal(const Vec3& v) const {
     return {Dot(v, m_moments.axis[0]), Dot(v, m_moments.axis[1]), Dot(v, m_moments.axis[2])};
   }
-  bool TryFrom(const ConeModel& model, int steps);
+  void TryFrom(ConeModel model);
+  double ValueOf(const Vec3& even, const Vec3& stretch) const {
+    return m_judge.Judge(Stretched(even, stretch), m_bothNappes).meanSquare;
+  }
   void TryBestOf(const std::array<Vec3, kDirections>& even, const Vec3& stretch);
-  bool Improves(double sumSquares) const;
+  void Take(const ConeModel& model, double sumSquares, Found& best) const;
+  double Least() const;
 
   const FourthMoments& m_moments;
   DirectionJudge m_judge;
   PointBlocks& m_points;
   ConeLeastSquares& m_fit;
-  ConeModel m_best;
-  double m_sumSquares = kInfinity;
+  int m_trials;
+  bool m_bothNappes = false;
+  Found m_settled;
+  Found m_onItsWay;
 };
 
 double SizeOf(const ConeModel& m) {
@@ -229,63 +304,65 @@ double SizeOf(const ConeModel& m) {
 
 // Sums within the rounding errors of the coordinates are as good as each other, and then the smaller cone counts: the
 // order in which they are found must not.
-bool ConeSearch::Improves(double sumSquares) const {
+void ConeSearch::Take(const ConeModel& model, double sumSquares, Found& best) const {
   const double level = m_fit.RoundingLevel();
-  if (sumSquares <= level && m_sumSquares <= level) return SizeOf(m_fit.Model()) < SizeOf(m_best);
-  return sumSquares < m_sumSquares;
+  const bool improves = sumSquares <= level && best.sumSquares <= level ? SizeOf(model) < SizeOf(best.model)
+                                                                        : sumSquares < best.sumSquares;
+  if (improves) best = {model, sumSquares};
 }
 
-bool ConeSearch::TryFrom(const ConeModel& model, int steps) {
+void ConeSearch::TryFrom(ConeModel model) {
+  model.bothNappes = m_bothNappes;
   m_fit.Place(model);
-  const bool settled = m_fit.Descend(steps);
+  const bool settled = m_fit.Descend(kTrialSteps);
   const double scale = m_points.Scale();
   const double sumSquares = m_fit.DeviationsNow().sumSquares * scale * scale;
-  if (Improves(sumSquares)) {
-    m_best = m_fit.Model();
-    m_sumSquares = sumSquares;
-  }
-  return settled;
+  Take(m_fit.Model(), sumSquares, settled ? m_settled : m_onItsWay);
 }
 
-bool ConeSearch::TryQuadric(const QuadricAxes& quadric, int steps) {
+void ConeSearch::TryQuadric(const QuadricAxes& quadric) {
   const double height = -Dot(quadric.centre, quadric.axis[0]);
   const double slope = m_judge.SlopeFrom(ToLocal(quadric.centre), Unit(ToLocal(quadric.axis[0])));
-  return TryFrom(ConeAbout(m_moments.mean, quadric.axis[0], quadric.centre, slope * std::fabs(height),
-                           std::atan(std::copysign(slope, height))),
-                 steps);
+  TryFrom(ConeAbout(m_moments.mean, quadric.axis[0], quadric.centre, slope * std::fabs(height),
+                    std::atan(std::copysign(slope, height))));
 }
 
-bool ConeSearch::Try(const Vec3& direction, int steps) {
-  const RevolutionQuadric found = m_judge.Judge(Unit(ToLocal(direction)));
-  return TryFrom(
-      ConeAbout(m_moments.mean, direction, m_moments.Along(found.toAxis), found.radius, std::atan(found.slope)), steps);
+void ConeSearch::Try(const Vec3& direction) {
+  const Vec3 local = Unit(ToLocal(direction));
+  const RevolutionQuadric found = m_judge.Judge(local, m_bothNappes);
+  const double radius = m_bothNappes ? found.farSlope * std::fabs(found.height) : found.radius;
+  const double slope = m_bothNappes ? std::copysign(found.farSlope, found.height) : found.slope;
+  TryFrom(ConeAbout(m_moments.mean, direction, m_moments.Along(found.toAxis), radius, std::atan(slope)));
+  if (m_bothNappes) return;
+  const RevolutionQuadric other = m_judge.Regress(local);
+  TryFrom(ConeAbout(m_moments.mean, direction, m_moments.Along(other.toAxis), other.radius, std::atan(other.slope)));
 }
 
-bool ConeSearch::IsClear() const {
+double ConeSearch::Least() const {
+  return std::min(m_settled.sumSquares, m_onItsWay.sumSquares);
+}
+
+bool ConeSearch::IsWithin(double part) const {
   const double fromPlane = m_moments.spread[2] * m_moments.spread[2] * static_cast<double>(m_points.Size());
-  return m_points.Size() > kFewPoints && m_sumSquares <= kClear * kClear * fromPlane;
+  return Least() <= part * part * fromPlane;
 }
 
 // The best directions of a set that is even as seen by points that are stretched along their principal axes.
 void ConeSearch::TryBestOf(const std::array<Vec3, kDirections>& even, const Vec3& stretch) {
   std::array<double, kDirections> value;
-  std::array<Vec3, kDirections> direction;
-  for (std::size_t k = 0; k < kDirections; ++k) {
-    direction[k] = Unit({stretch.x * even[k].x, stretch.y * even[k].y, stretch.z * even[k].z});
-    value[k] = m_judge.Judge(direction[k]).meanSquare;
-  }
-  for (int trial = 0; trial < kTrials; ++trial) {
+  for (std::size_t k = 0; k < kDirections; ++k) value[k] = ValueOf(even[k], stretch);
+  for (int trial = 0; trial < m_trials; ++trial) {
     const std::size_t best = static_cast<std::size_t>(std::min_element(value.begin(), value.end()) - value.begin());
     if (!(value[best] < kInfinity)) return;
-    Try(Unit(m_moments.Along(direction[best])), kTrialSteps);
+    Try(Unit(m_moments.Along(Stretched(even[best], stretch))));
     for (std::size_t k = 0; k < kDirections; ++k)
       if (std::fabs(Dot(even[k], even[best])) > kSameDirection) value[k] = kInfinity;
   }
 }
 
 void ConeSearch::TryAll(const QuadricAxes& quadric) {
-  for (const Vec3& axis : quadric.axis) Try(axis, kTrialSteps);
-  for (const Vec3& axis : m_moments.axis) Try(axis, kTrialSteps);
+  for (const Vec3& axis : quadric.axis) Try(axis);
+  for (const Vec3& axis : m_moments.axis) Try(axis);
   // As they are; denser where the points extend, for flat and slender sets; denser across, for short ones.
   const double b = m_moments.spread[1] / m_moments.spread[0];
   const double c = m_moments.spread[2] / m_moments.spread[0];
@@ -295,9 +372,25 @@ void ConeSearch::TryAll(const QuadricAxes& quadric) {
   TryBestOf(even, {b * c, c, b});
 }
 
+// Points just behind the apex are no second nappe: it has to explain much of what the first one leaves.
+void ConeSearch::TryBothNappes(const QuadricAxes& quadric) {
+  const Found settled = std::exchange(m_settled, {});
+  const Found onItsWay = std::exchange(m_onItsWay, {});
+  m_bothNappes = true;
+  TryQuadric(quadric);
+  if (!IsClear()) TryAll(quadric);
+  if (Least() <= kBothNappes * std::min(settled.sumSquares, onItsWay.sumSquares)) return;
+  m_settled = settled;
+  m_onItsWay = onItsWay;
+}
+
+// What was still on its way counts if it settles in the end: where no cone is the best one, steps lead on and on.
 void ConeSearch::Keep() {
-  m_fit.Place(m_best);
-  m_fit.Descend(kFinalSteps);
+  if (m_onItsWay.sumSquares < m_settled.sumSquares) {
+    m_fit.Place(m_onItsWay.model);
+    if (m_fit.Descend(kFinalSteps) || !(m_settled.sumSquares < kInfinity)) return;
+  }
+  m_fit.Place(m_settled.model);
 }
 
 }  // namespace
@@ -307,10 +400,11 @@ bool StartCone(PointBlocks& points, ConeLeastSquares& fit) {
   const QuadricAxes quadric = FindQuadricAxes(moments);
   if (!quadric.solvable) return false;
   ConeSearch search(moments, points, fit);
-  const bool settled = search.TryQuadric(quadric, kTrialSteps);
-  const bool clear = search.IsClear();
-  if (!clear) search.TryAll(quadric);
-  if (!clear || !settled) search.Keep();
+  search.TryQuadric(quadric);
+  if (search.IsClear()) return search.Keep(), true;
+  search.TryAll(quadric);
+  if (!search.IsWithin(kOneNappe)) search.TryBothNappes(quadric);
+  search.Keep();
   return true;
 }
 

@@ -5,6 +5,9 @@
 
 namespace nu::internal {
 
+// With so few points a wrong cone may pass close to all of them.
+inline constexpr std::size_t kFewPoints = 14;
+
 // Finds the cone next to the points and leaves it in `fit`, which runs over the same points. False when the points are
 // not finite or determine no quadric.
 bool StartCone(PointBlocks& points, ConeLeastSquares& fit);

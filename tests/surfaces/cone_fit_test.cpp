@@ -1,0 +1,272 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "nu/nu.h"
+#include "support/clouds.h"
+#include "support/failures.h"
+
+namespace {
+
+using nu::test::kDegree;
+using nu::test::Motion;
+using nu::test::Random;
+using nu::test::RandomMotion;
+
+constexpr double kEps = 2.220446049250313e-16;
+
+// At the distance `along` from the apex on a generator, moved by e along the normal.
+CNuPoint On(double angle, double along, double turn, double e = 0.0) {
+  const double rho = along * std::sin(angle) + e * std::cos(angle);
+  return {rho * std::cos(turn), rho * std::sin(turn), along * std::cos(angle) - e * std::sin(angle)};
+}
+
+TEST(ConeFit, ChecksComeInOrderAndFailuresLeaveTheCone) {
+  CNuConSurf cone(7.0, CNuPoint(1, 2, 3), CNuVector(0, 1, 0));
+  double form = -1.0;
+  double sumsq = -1.0;
+  const auto failure = [&](const CNuPointArray& pts, long limit) {
+    return FailureOf([&] { cone.Fit(pts, &form, &sumsq, limit); });
+  };
+  Random random(61);
+  CNuPointArray noisy(30);
+  for (int i = 0; i < 30; ++i) noisy.Add(On(0.5, random.Uniform(10, 20), random.Uniform(0, 6.3), 0.05 * random.Bell()));
+  EXPECT_EQ(failure(CNuPointArray(1), 0), "bestfit 13 |CNuConSurf [0,0]");
+  EXPECT_EQ(form, -1.0);
+  EXPECT_EQ(FailureOf([&] { cone.FitEx(noisy, 0); }), "bestfit 13 |CNuConSurf [0,0]");
+  CNuPointArray plane = nu::test::PlaneCloud(random, 3, 1.0, 1.0, 0.0);
+  plane.Append(nu::test::PlaneCloud(random, 2, 1.0, 1.0, 0.0));
+  EXPECT_EQ(failure(plane, 9), "bestfit 1 |CNuConSurf [6,0]");
+  EXPECT_EQ(form, 0.0) << "outputs are cleared once the limit is found good";
+  plane.Append(plane.SubArray(0, 4));
+  EXPECT_EQ(failure(plane, 9), "bestfit 4 |CNuConSurf [4,0]") << "before the points are found to be too few";
+  CNuPointArray five = noisy.SubArray(0, 4);
+  five.Append(noisy.SubArray(0, 4));
+  EXPECT_EQ(failure(five, 9), "bestfit 2 |CNuConSurf [6,0]");
+  EXPECT_EQ(failure(noisy, 1), "bestfit 12 |CNuConSurf [0,0]");
+  EXPECT_EQ(cone.FitEx(noisy, 1), NuFitNoConvergence);
+  EXPECT_EQ(cone.FitEx(plane, 9), NuFitFailure);
+  EXPECT_TRUE(cone.GetSemiAngle() == 7.0 && cone.GetAxisDirection()[1] == 1.0 && cone.GetApex().z() == 3.0);
+  EXPECT_EQ(cone.FitEx(noisy, &form, &sumsq, 100), NuFitSuccess);
+  EXPECT_NEAR(sumsq / 30.0, 0.05 * 0.05, 2e-3);
+  EXPECT_EQ(cone.FitEx(noisy, 100), NuFitSuccess);
+}
+
+// The apex of a cylinder is nowhere, the axis of two planes as well.
+TEST(ConeFit, RefusesWhatIsNoCone) {
+  Random random(62);
+  for (int k = 0; k < 60; ++k) {
+    const Motion motion = RandomMotion(random, k % 2 == 0 ? 10.0 : 1e6);
+    const CNuPointArray cylinder = motion(nu::test::CylinderCloud(random, 40, 1.0, 3.0, 360.0, 0.0));
+    CNuConSurf cone(7.0);
+    EXPECT_EQ(FailureOf([&] { cone.Fit(cylinder, 100); }), "bestfit 11 |CNuConSurf [0,0]");
+    EXPECT_EQ(cone.GetSemiAngle(), 7.0);
+  }
+}
+
+struct Part {
+  CNuPointArray points;
+  double angle;  // radians
+};
+
+// How points are probed on a cone with the apex at the origin and the axis z; `noise` is what their pattern bears.
+struct Pattern {
+  const char* name;
+  std::function<Part(Random&, double noise)> part;
+  bool bothNappes = false;
+};
+
+double Even(Random& random, double low, double high) {
+  return low * std::pow(high / low, random.Uniform(0, 1));
+}
+
+// Scattered between two distances from the apex.
+Part Scattered(Random& random, double angle, double low, double high, double sweep, double noise) {
+  Part part{CNuPointArray(0), angle};
+  for (int i = 0, n = 20 + random.Below(60); i < n; ++i)
+    part.points.Add(On(angle, random.Uniform(low, high), random.Uniform(0, sweep) * kDegree, noise * random.Bell()));
+  return part;
+}
+
+Part Rings(Random& random, int rings, int perRing, double sweep, double noise) {
+  Part part{CNuPointArray(0), random.Uniform(5, 80) * kDegree};
+  const double low = random.Uniform(0.3, 1), height = Even(random, 0.1, 5);
+  for (int i = 0; i < rings * perRing; ++i) {
+    const double turn = sweep * kDegree * (i / rings + 0.3 * random.Uniform(0, 1)) / perRing;
+    part.points.Add(On(part.angle, low + height * (i % rings), turn, noise * random.Bell()));
+  }
+  return part;
+}
+
+std::vector<Pattern> Patterns() {
+  const auto any = [](Random& r) { return r.Uniform(5, 80) * kDegree; };
+  const auto strip = [=](double sweep, double shortest, double quiet) {
+    return [=](Random& r, double e) {
+      const double low = r.Uniform(0.2, 1);
+      return Scattered(r, any(r), low, low + Even(r, shortest, 3), sweep, quiet * e);
+    };
+  };
+  const auto slender = [](double sweep, double quiet) {
+    return [=](Random& r, double e) {
+      const double angle = Even(r, 0.05, 3) * kDegree, end = 1.0 / std::sin(angle);
+      return Scattered(r, angle, std::fmax(0.1 * end, end - Even(r, 0.3, 20)), end, sweep, quiet * e);
+    };
+  };
+  const auto flat = [](double sweep, double quiet) {
+    return [=](Random& r, double e) {
+      const double rise = Even(r, 0.5, 10) * kDegree;
+      return Scattered(r, 90.0 * kDegree - rise, r.Uniform(0.1, 0.5), 1, sweep, quiet * e * rise);
+    };
+  };
+  const auto rings = [](int count, int least, int most, double sweep, double quiet) {
+    return [=](Random& r, double e) { return Rings(r, count, least + r.Below(most - least + 1), sweep, quiet * e); };
+  };
+  // The i-th of `count` points, along and around.
+  const auto curve = [=](int count, double (*along)(Random&, int), double (*turn)(Random&, int), double quiet) {
+    return [=](Random& r, double e) {
+      Part part{CNuPointArray(0), any(r)};
+      for (int i = 0; i < count; ++i) part.points.Add(On(part.angle, along(r, i), turn(r, i), quiet * e * r.Bell()));
+      return part;
+    };
+  };
+  const auto along = [](Random& r, int) { return r.Uniform(0.5, 2); };
+  const auto form = [=](double lobes, double belly) {
+    return [=](Random& r, double e) {
+      Part part{CNuPointArray(0), any(r)};
+      for (int i = 0; i < 50; ++i) {
+        const double turn = r.Uniform(0, 6.3), l = r.Uniform(0.5, 2);
+        part.points.Add(On(part.angle, l, turn, e * (lobes * std::cos(3 * turn) + belly * (l - 1.2) * (l - 1.2))));
+      }
+      return part;
+    };
+  };
+  const auto both = [=](double sweep, double quiet) {
+    return [=](Random& r, double e) { return Scattered(r, any(r), -r.Uniform(0.3, 1), 1, sweep, quiet * e); };
+  };
+  return {
+      {"full", strip(360, 0.3, 1)},
+      {"to the tip", [=](Random& r, double e) { return Scattered(r, any(r), 0, 1, 360, e); }},
+      {"short", strip(360, 0.003, 3e-4)},
+      {"quarter", strip(90, 0.5, 0.1)},
+      {"ten degrees", strip(10, 0.3, 1e-3)},
+      {"slender", slender(360, 1e-3)},
+      {"slender arc", slender(60, 1e-4)},
+      {"flat", flat(360, 0.01)},
+      {"flat arc", flat(60, 1e-3)},
+      {"flat ten degrees", flat(10, 1e-5)},
+      {"two rings", rings(2, 5, 13, 360, 1)},
+      {"three rings", rings(3, 5, 13, 360, 1)},
+      {"two arcs", rings(2, 9, 17, 90, 0.01)},
+      {"nine points", rings(3, 3, 3, 360, 0.01)},
+      {"eight points", rings(2, 4, 4, 360, 0.01)},
+      {"six points", rings(2, 3, 3, 360, 0.01)},
+      {"four lines", curve(
+                         24, along, [](Random&, int i) { return 1.6 * (i % 4) + 0.1 * (i % 4) * (i % 4); }, 1)},
+      {"six lines", curve(
+                        30, along, [](Random&, int i) { return 60.0 * kDegree * (i % 6); }, 1)},
+      {"helix", curve(
+                    40, [](Random&, int i) { return 0.6 + 0.02 * i; }, [](Random&, int i) { return 0.4 * i; }, 0.1)},
+      {"lobes", form(1, 0)},
+      {"belly", form(0, 1)},
+      {"both nappes", both(360, 1), true},
+      {"a quarter of both nappes", both(90, 0.1), true},
+      {"balanced about the apex",
+       curve(
+           40, [](Random& r, int i) { return (i % 2 == 0 ? 1 : -1) * r.Uniform(0.1, 1); },
+           [](Random&, int i) { return 0.7 * (i / 2); }, 1),
+       true},
+  };
+}
+
+// Of the deviations from both nappes or, as if it went on behind the apex, from one.
+double RootSum(const CNuPointArray& points, const CNuPoint& apex, CNuVector axis, double angle, bool bothNappes) {
+  axis /= axis.Magnitude();
+  double sum = 0.0;
+  for (int i = 0; i < points.GetSize(); ++i) {
+    const CNuVector p = (points[i] - apex).To3DVector();
+    const double h = p % axis;
+    const double e = (p * axis).Magnitude() * std::cos(angle) - (bothNappes ? std::fabs(h) : h) * std::sin(angle);
+    sum += e * e;
+  }
+  return std::sqrt(sum);
+}
+
+// Sizes from 1e-3 to 1e5, up to 1e4 sizes away from the origin, turned at random. No fit may be worse than the cone
+// from which the points were made, and none may get better by a small move of its apex, axis and angle.
+TEST(ConeFit, EveryPatternLeadsToItsCone) {
+  for (const Pattern& pattern : Patterns()) {
+    for (int k = 0; k < 40; ++k) {
+      SCOPED_TRACE(std::string(pattern.name) + " case " + std::to_string(k));
+      Random random(1000 + static_cast<unsigned>(k));
+      const double noise = k % 4 == 0 ? 0.0 : std::pow(10.0, -2.0 * (k % 4));
+      const double size = std::pow(10.0, random.Uniform(-3, 5));
+      const double far = k % 3 == 0 ? 1e4 * size : size;
+      const Motion motion = RandomMotion(random, far);
+      const Part part = pattern.part(random, noise);
+      CNuPointArray points = part.points;
+      double extent = 0.0;
+      for (int i = 0; i < points.GetSize(); ++i) {
+        points[i] *= size;
+        extent = std::max(extent, points[i].DistanceTo(points[0]));
+      }
+      points = motion(points);
+      const CNuVector axis = motion.Direction(CNuPoint(0, 0, 1)).To3DVector();
+
+      CNuConSurf cone(1.0);
+      double form = 0.0;
+      double sumsq = 0.0;
+      ASSERT_EQ(FailureOf([&] { cone.Fit(points, &form, &sumsq, 100); }), "nothing");
+      const CNuPoint apex = cone.GetApex();
+      const CNuVector direction = cone.GetAxisDirection();
+      const double angle = cone.GetSemiAngle() * kDegree;
+      // Of the coordinates and, in this test's own sums, of an apex far away.
+      const double rounding = 16.0 * kEps * (far + extent) * std::sqrt(points.GetSize());
+      const double own = rounding + 8.0 * kEps * points[0].DistanceTo(apex) * std::sqrt(points.GetSize());
+      const auto sumFrom = [&](const CNuPoint& a, const CNuVector& w, double s) {
+        return RootSum(points, a, w, s, pattern.bothNappes);
+      };
+      const double least = sumFrom(apex, direction, angle);
+      EXPECT_LE(std::sqrt(sumsq), sumFrom(motion(CNuPoint()), axis, part.angle) + rounding);
+      EXPECT_NEAR(std::sqrt(sumsq), least, own);
+      EXPECT_GE((points.MeanPoint() - apex).To3DVector() % direction, pattern.bothNappes ? -0.1 * extent : 0.0);
+      if (noise == 0.0 && points.GetSize() > 9) {
+        EXPECT_LE((direction * axis).Magnitude(), 1e-8 + 1e3 * kEps * far / size);
+        EXPECT_NEAR(angle, part.angle, 1e-8 + 1e3 * kEps * far / size);
+      }
+      for (int j = 0; j < 12; ++j) {
+        const double h = std::pow(10.0, random.Uniform(-6, -3));
+        const auto change = [&] { return h * random.Uniform(-1, 1); };
+        const CNuPoint otherApex = apex + CNuPoint(change(), change(), change()) * (extent * (j % 2));
+        const CNuVector otherAxis = direction + CNuVector(change(), change(), change()) * (j % 3);
+        EXPECT_GE(sumFrom(otherApex, otherAxis, angle + change() * (j % 4)), least * (1.0 - 1e-9) - own) << h;
+      }
+    }
+  }
+}
+
+// A scan in rings: a sample taken in regular steps would always meet the same line.
+TEST(ConeFit, LargeSetsAreFittedAsWellAsSmallOnes) {
+  Random random(63);
+  constexpr int kRing = 4096;
+  CNuPointArray points(16 * kRing);
+  for (int i = 0; i < 16 * kRing; ++i)
+    points.Add(On(20.0 * kDegree, 50.0 + i / kRing, 360.0 * kDegree * (i % kRing) / kRing, 0.005 * random.Bell()));
+  CNuConSurf cone(1.0), shuffled(1.0);
+  double form = 0.0;
+  double sumsq = 0.0;
+  cone.Fit(points, &form, &sumsq, 50);
+  EXPECT_NEAR(cone.GetSemiAngle(), 20.0, 1e-3);
+  EXPECT_LE(cone.GetApex().DistanceTo(CNuPoint()), 2e-3);
+  EXPECT_NEAR(sumsq / points.GetSize(), 0.005 * 0.005, 1e-6);
+  shuffled.Fit(nu::test::Shuffled(random, points), 50);
+  EXPECT_NEAR(shuffled.GetSemiAngle(), cone.GetSemiAngle(), 1e-7);
+  EXPECT_LE(shuffled.GetApex().DistanceTo(cone.GetApex()), 1e-7);
+  points[777].y() = std::nan("");
+  EXPECT_EQ(FailureOf([&] { cone.Fit(points, 50); }), "bestfit 11 |CNuConSurf [0,0]");
+}
+
+}  // namespace
