@@ -71,9 +71,12 @@ void FitAll(const CNuPointArray& points) {
     if (fits([&] { circle.FitMax(points, tol); })) RequireSize(circle.GetRadius());
     if (fits([&] { circle.FitMinZone(points, &form, tol, 50); })) RequireSize(circle.GetRadius() + form);
   }
+  CNuTorSurf torus(2.0, 1.0);
+  if (fits([&] { torus.FitMin(points, 1e-9, 50); })) RequireSize(torus.GetMajorRadius() + torus.GetMinorRadius());
   CNuSphSurf sphere(1.0);
   if (fits([&] { sphere.Fit(points, &form, &sumsq, 50); })) RequireFinite(sphere.GetRadius());
   line.FitMinZoneEx(points, &form, NuGetTol(), 50);
+  torus.FitMinEx(points, NuGetTol(), 50);
   circle.FitMinEx(points, NuGetTol());
   circle.FitMaxEx(points, NuGetTol());
   circle.FitMinZoneEx(points, &form, NuGetTol(), 50);

@@ -56,5 +56,6 @@
 #include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/sphere.h"
 #include "nu/surfaces/surface.h"
+#include "nu/surfaces/torus.h"
 
 #endif

@@ -288,7 +288,11 @@ TEST(ZoneCircle, FailsInOrderAndLeavesEverything) {
   const CNuPointArray noisy = nu::test::CircleCloud(random, 30, 10.0, 360.0, 0.05);
   EXPECT_EQ(failure(CNuPointArray(1), 0), "bestfit 13 |CNuCircle [0,0]");
   EXPECT_EQ(failure(CNuPointArray(1)), "bestfit 1 |CNuCircle [1,0]");
-  EXPECT_EQ(failure(PointsOf({{0, 0}, {1, 0}, {0, 1}, {0, 0, 1}})), "bestfit 11 |CNuCircle [0,0]");
+  const CNuPointArray solid = nu::test::CircleCloud(random, 30, 10.0, 360.0, 0.05, 0.05);
+  EXPECT_EQ(failure(solid, 1), "bestfit 12 |CNuTorSurf [0,0]");
+  CNuPointArray shaft(40);
+  for (int i = 0; i < 40; ++i) shaft.Add(CNuPoint(i % 2, i / 2 % 2, i / 4));
+  EXPECT_EQ(failure(shaft), "bestfit 11 |CNuTorSurf::FitMin [0,0]");
   EXPECT_EQ(failure(PointsOf({{0, 0}, {1, 0}, {0, 1}, {kNaN, 1}})), "bestfit 11 |CNuCircle [0,0]");
   EXPECT_EQ(failure(PointsOf({{0, 0}, {kNaN, 1}})), "bestfit 11 |CNuCircle [0,0]");
   EXPECT_EQ(failure(noisy, 1), "bestfit 12 |CNuCircle [0,0]");
@@ -299,6 +303,7 @@ TEST(ZoneCircle, FailsInOrderAndLeavesEverything) {
   EXPECT_EQ(FailureOf([&] { circle.FitMinZoneEx(noisy, &form, 1e-9, 0); }), "bestfit 13 |CNuCircle [0,0]");
   NuSetLengthTol(1e-5);
   EXPECT_EQ(circle.FitMinZoneEx(noisy, &form, 1e-9, 1), NuFitNoConvergence);
+  EXPECT_EQ(circle.FitMinZoneEx(solid, &form, 1e-9, 1), NuFitNoConvergence);
   EXPECT_EQ(circle.FitMinZoneEx(CNuPointArray(1), &form, 1e-9, 1), NuFitFailure);
   EXPECT_EQ(NuGetLengthTol(), 1e-5);
   NuSetLengthTol(1e-12);
@@ -308,6 +313,31 @@ TEST(ZoneCircle, FailsInOrderAndLeavesEverything) {
   EXPECT_EQ(form, 0.0);
   EXPECT_EQ(circle.GetRadius(), 2.5);
   EXPECT_EQ(outer.GetRadius() - inner.GetRadius(), 0.0);
+}
+
+// A ring that is not flat is held by a torus, whose circle it gets.
+TEST(ZoneCircle, IsThatOfTheTorusForPointsInSpace) {
+  Random random(507);
+  for (int k = 0; k < 50; ++k) {
+    const CNuPointArray points = nu::test::RandomMotion(
+        random, 100.0)(nu::test::CircleCloud(random, 4 + 3 * k, 10.0, random.Uniform(60.0, 360.0), 0.05, 0.05));
+    CNuCircle circle(7.0), inner(7.0), outer(7.0);
+    double form = -1.0, again = -1.0;
+    circle.FitMinZone(points, &form, &inner, &outer, 1e-9, 1000);
+    CNuTorSurf torus(2.0, 1.0);
+    torus.FitMin(points, 1e-9, 1000);
+    EXPECT_EQ(form, 2.0 * torus.GetMinorRadius());
+    EXPECT_EQ(circle.GetRadius(), torus.GetMajorRadius());
+    EXPECT_EQ(inner.GetRadius(), torus.GetMajorRadius() - torus.GetMinorRadius());
+    EXPECT_EQ(outer.GetRadius(), torus.GetMajorRadius() + torus.GetMinorRadius());
+    for (const CNuCircle* c : {&circle, &inner, &outer})
+      EXPECT_TRUE(c->GetTransformation().IsEqual(torus.GetTransformation(), 1e-300));
+    EXPECT_EQ(inner.FitMinZoneEx(points, &again, 1e-9, 1000), NuFitSuccess);
+    EXPECT_EQ(again, form);
+    // The tolerance tells what is flat.
+    EXPECT_EQ(circle.FitMinZoneEx(points, &again, 10.0, 1000), NuFitSuccess);
+    EXPECT_LE(again, 1.2 * form);
+  }
 }
 
 // Rigid motion, scale and order carry all three circles along; what encloses encloses, and the zone is never wider than

@@ -333,6 +333,14 @@ TEST(FailingAllocations, Fits) {
       cylinder.Fit(space, &form, &sumsq, 100);
     };
     FailEveryAllocation("cylinder", fitCylinder, [&] { return cylinder.GetRadius() == 1.5; });
+    CNuTorSurf torus(2.0, 1.5);
+    const auto fitTorus = [&] {
+      torus = CNuTorSurf(2.0, 1.5);
+      torus.FitMin(space, 1e-9, 1000);
+    };
+    FailEveryAllocation("torus", fitTorus, [&] { return torus.GetMinorRadius() == 1.5; });
+    const auto zoneInSpace = [&] { circle = CNuCircle(1.5), circle.FitMinZone(space, &form, 1e-9, 1000); };
+    FailEveryAllocation("circle in space", zoneInSpace, [&] { return circle.GetRadius() == 1.5; });
   }
 }
 

@@ -85,6 +85,13 @@ void AddFits(int n, Noise& noise, Bits& bits) {
   sphere.Fit(space, &form, &sumsq, 1000);
   bits.Add(sphere.GetCentre());
   bits.Add(sumsq);
+  CNuTorSurf torus(2.0, 1.0);
+  for (const CNuPointArray& points : {space, flat}) {
+    torus.FitMin(points, 1e-9, 1000);
+    bits.Add(torus.GetTransformation());
+    bits.Add(torus.GetMajorRadius());
+    bits.Add(torus.GetMinorRadius());
+  }
   int i = 0, j = 0;
   bits.Add(space.MeanPoint());
   bits.Add(space.MaxEdge(&i, &j));

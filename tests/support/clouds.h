@@ -128,6 +128,38 @@ inline CNuPointArray CylinderCloud(Random& random, int n, double radius, double 
   return points;
 }
 
+// A tube about the z axis, from 0 to `sweep` degrees around it, with `girth` degrees of its section about the outermost
+// line, and noise across the tube.
+inline CNuPointArray TorusCloud(Random& random, int n, double major, double minor, double sweep, double girth,
+                                double noise) {
+  CNuPointArray points(n);
+  for (int i = 0; i < n; ++i) {
+    const double angle = random.Uniform(0.0, sweep) * kDegree;
+    const double turn = random.Uniform(-0.5, 0.5) * girth * kDegree;
+    const double r = minor + noise * random.Bell();
+    const double rho = major + r * std::cos(turn);
+    points.Add({rho * std::cos(angle), rho * std::sin(angle), r * std::sin(turn)});
+  }
+  return points;
+}
+
+// A strip from 0 to `sweep` degrees of the cone about the z axis with its apex at the origin, with noise along its
+// normal: `radius` in the middle of `length` along the generators.
+inline CNuPointArray ConeCloud(Random& random, int n, double semiAngle, double radius, double length, double sweep,
+                               double noise) {
+  const double c = std::cos(semiAngle * kDegree);
+  const double s = std::sin(semiAngle * kDegree);
+  CNuPointArray points(n);
+  for (int i = 0; i < n; ++i) {
+    const double angle = random.Uniform(0.0, sweep) * kDegree;
+    const double along = radius / s + random.Uniform(-0.5, 0.5) * length;
+    const double out = noise * random.Bell();
+    const double r = along * s + out * c;
+    points.Add({r * std::cos(angle), r * std::sin(angle), along * c - out * s});
+  }
+  return points;
+}
+
 // Evenly in a box about the origin.
 inline CNuPointArray BoxCloud(Random& random, int n, double dx, double dy, double dz) {
   CNuPointArray points(n);

@@ -6,10 +6,14 @@
 #include "nu/geometry/internal/enclosing_ball.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/round_least_squares.h"
+#include "nu/geometry/line.h"
 #include "nu/geometry/plane.h"
+#include "nu/linalg/matrix.h"
+#include "nu/surfaces/torus.h"
 
 // Minimax circles. The points are projected into their least-squares plane, along in-plane axes X and Y; the problems
-// there are those of nu/geometry/internal. Points that share one z need no projection: their plane is z = const.
+// there are those of nu/geometry/internal. Points that share one z need no projection: their plane is z = const. Only
+// the zone knows points that are not in one plane: theirs is a torus.
 
 using nu::internal::Annulus;
 using nu::internal::AnnulusEnd;
@@ -56,6 +60,7 @@ struct Zone {
   Placement middle;
   double inner;
   double outer;
+  double width;
 };
 
 bool IsDegenerate(const CNuPointArray& pts, double tol) {
@@ -153,9 +158,31 @@ Annulus FindMinimalAnnulus(const CNuPointArray& pts, const PlaneFrame& frame, lo
   return found;
 }
 
-// Points in space are to be held by a torus around the circle, which the library does not fit.
-[[noreturn]] void FitMinZoneInSpace() {
-  FailFit(nu::internal::kNumericalFailure, kName);
+// Points in space are held by the thinnest tube around a circle.
+Zone ZoneInSpace(const CNuPointArray& pts, double tol, long maxiter) {
+  CNuTorSurf torus(2.0, 1.0);
+  torus.FitMin(pts, tol, maxiter);
+  const double radius = torus.GetMajorRadius();
+  const double half = torus.GetMinorRadius();
+  const Placement middle{radius, torus.GetAxis().GetPoint(), torus.GetRotation().GetRowVector(0),
+                         torus.GetAxisDirection()};
+  return {middle, radius - half, radius + half, 2.0 * half};
+}
+
+Zone ZoneInPlane(const CNuPointArray& pts, const PlaneFrame& frame, long maxiter) {
+  const Annulus found = FindMinimalAnnulus(pts, frame, maxiter);
+  const CNuPoint centre = frame.PointAt(found.centre.x, found.centre.y);
+  const double radius = 0.5 * found.inner + 0.5 * found.outer;
+  return {{radius, centre, frame.x, frame.normal}, found.inner, found.outer, found.outer - found.inner};
+}
+
+Zone ZoneOf(const CNuPointArray& pts, double tol, long maxiter) {
+  if (IsDegenerate(pts, tol)) {
+    const Placement circle = CircleOnLongestEdge(pts);
+    return {circle, circle.radius, circle.radius, 0.0};
+  }
+  const PlaneFrame frame = FrameOf(pts, tol);
+  return IsInPlane(frame, tol) ? ZoneInPlane(pts, frame, maxiter) : ZoneInSpace(pts, tol, maxiter);
 }
 
 }  // namespace
@@ -211,22 +238,10 @@ void CNuCircle::FitMinZone(const CNuPointArray& pts, double* form, CNuCircle* in
   nu::internal::TranslateForeign(kName, [&] {
     RequireCount(pts, 1, kName);
     RequireFinite(pts, kName);
-    Zone zone;
-    if (IsDegenerate(pts, tol)) {
-      zone.middle = CircleOnLongestEdge(pts);
-      zone.inner = zone.outer = zone.middle.radius;
-    } else {
-      const PlaneFrame frame = FrameOf(pts, tol);
-      if (!IsInPlane(frame, tol)) FitMinZoneInSpace();
-      const Annulus found = FindMinimalAnnulus(pts, frame, maxiter);
-      zone = {
-          {0.5 * found.inner + 0.5 * found.outer, frame.PointAt(found.centre.x, found.centre.y), frame.x, frame.normal},
-          found.inner,
-          found.outer};
-    }
+    const Zone zone = ZoneOf(pts, tol, maxiter);
     const Placement& m = zone.middle;
     Place(m.radius, m.centre, m.xaxis, m.normal);
-    *form = zone.outer - zone.inner;
+    *form = zone.width;
     if (inner != nullptr) inner->Place(zone.inner, m.centre, m.xaxis, m.normal);
     if (outer != nullptr) outer->Place(zone.outer, m.centre, m.xaxis, m.normal);
   });

@@ -7,6 +7,7 @@
 #include "nu/geometry/internal/enclosing_cylinder.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/form_statistics.h"
+#include "nu/geometry/internal/point_order.h"
 #include "nu/geometry/internal/principal_direction.h"
 #include "nu/geometry/internal/strip2.h"
 #include "nu/geometry/line.h"
@@ -117,18 +118,6 @@ Zone ZoneInSpace(const CNuPointArray& pts, long limit) {
           2.0 * (better ? radius : leastRadius), SideOf(found)};
 }
 
-// Only few and regular points, those of a lattice, have several optima that are equal to the last digit. There rounding
-// would let the order of the points choose, so it is made the same for all.
-constexpr int kFewPoints = 256;
-
-CNuPointArray Ordered(const CNuPointArray& pts) {
-  CNuPointArray ordered(pts);
-  std::sort(ordered.GetData(), ordered.GetData() + ordered.GetSize(), [](const CNuPoint& p, const CNuPoint& q) {
-    return std::make_tuple(p.x(), p.y(), p.z()) < std::make_tuple(q.x(), q.y(), q.z());
-  });
-  return ordered;
-}
-
 // The test for a common plane takes the points as they come, as everywhere; `data` are the same points.
 Zone ZoneOf(const CNuPointArray& pts, const CNuPointArray& data, long limit) {
   if (pts.Is2D() == NuTrue) return ZoneInPlaneZ(data, Components(data.MeanPoint()));
@@ -137,8 +126,8 @@ Zone ZoneOf(const CNuPointArray& pts, const CNuPointArray& data, long limit) {
 }
 
 Zone ZoneInAnyOrder(const CNuPointArray& pts, long limit) {
-  if (pts.GetSize() > kFewPoints) return ZoneOf(pts, pts, limit);
-  return ZoneOf(pts, Ordered(pts), limit);
+  if (!nu::internal::IsOrderToBeMade(pts)) return ZoneOf(pts, pts, limit);
+  return ZoneOf(pts, nu::internal::Ordered(pts), limit);
 }
 
 void RequireFinite(const Zone& zone) {

@@ -5,11 +5,11 @@
 
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/failures.h"
-#include "nu/geometry/internal/double_double.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/surfaces/cone.h"
 #include "nu/surfaces/internal/axis_direction.h"
 #include "nu/surfaces/internal/cone_start.h"
+#include "nu/surfaces/internal/far_point.h"
 #include "nu/surfaces/internal/point_sample.h"
 
 // Least-squares cone. Apex, axis and semi-angle a minimise the sum of squares of d cos a - h sin a, where d is the
@@ -20,11 +20,10 @@ using nu::internal::Components;
 using nu::internal::ConeLeastSquares;
 using nu::internal::ConeModel;
 using nu::internal::Deviations;
-using nu::internal::DoubleDouble;
 using nu::internal::FailFit;
 using nu::internal::GaussNewtonEnd;
 using nu::internal::GaussNewtonRule;
-using nu::internal::LoadVec3;
+using nu::internal::PointAlong;
 using nu::internal::PointBlocks;
 using nu::internal::PointSample;
 using nu::internal::PointView;
@@ -142,24 +141,6 @@ Solution ConeInAnyOrder(PointView points, PointBlocks& blocks, bool wantsDeviati
   return LeastSquaresCone(view, orderedBlocks, wantsDeviations, maxIter);
 }
 
-// The point of a line at about this distance from `point`, where the coordinate that says most about it is a double:
-// an apex far away, whose rounding errors would otherwise move the axis at the data.
-Vec3 Along(const Vec3& point, const Vec3& direction, double distance) {
-  const double p[3] = {point.x, point.y, point.z};
-  const double d[3] = {direction.x, direction.y, direction.z};
-  double found[3];
-  int main = 0;
-  for (int i = 0; i < 3; ++i) {
-    found[i] = p[i] + distance * d[i];
-    if (std::fabs(found[i] * d[i]) > std::fabs(found[main] * d[main])) main = i;
-  }
-  if (d[main] == 0.0) return point;
-  const DoubleDouble there = (DoubleDouble{found[main]} - DoubleDouble{p[main]}) / DoubleDouble{d[main]};
-  for (int i = 0; i < 3; ++i)
-    if (i != main) found[i] = (DoubleDouble{p[i]} + there * DoubleDouble{d[i]}).high;
-  return LoadVec3(found);
-}
-
 }  // namespace
 
 void CNuConSurf::Fit(const CNuPointArray& points, long maxIter) {
@@ -181,7 +162,7 @@ void CNuConSurf::Fit(const CNuPointArray& points, double* formError, double* sum
   const bool finite = IsFinite(found.axisPoint + found.toApex * found.axisDirection);
   if (!finite || !(found.semiAngle < 90.0)) FailFit(nu::internal::kNumericalFailure, kName);
   Place(found.semiAngle, ToPoint(found.axisPoint), ToVector(found.axisDirection));
-  Translate(ToPoint(Along(found.axisPoint, Components(GetAxisDirection()), found.toApex)));
+  Translate(ToPoint(PointAlong(found.axisPoint, Components(GetAxisDirection()), found.toApex)));
   if (formError == nullptr) return;
   // The extremes start at -NuGetLarge() and NuGetLarge(): required, and hosts that narrow the range see it.
   const double large = NuGetLarge();

@@ -24,7 +24,12 @@
 // deviate more. It ends when none does: the optimum of the few is then one of all.
 namespace nu::internal {
 
-enum class MinimaxEnd { converged, limitReached, stalled };
+enum class MinimaxEnd {
+  converged,
+  limitReached,
+  stalled,   // no step leads down, although the linear program promises one
+  unsolved,  // the linear program ran out of pivots
+};
 
 // A Model has
 //   static constexpr int kUnknowns, kStrata;
@@ -150,7 +155,7 @@ class Minimax {
       if (m_value < enough) return MinimaxEnd::converged;
       if (m_steps >= m_limit) return MinimaxEnd::limitReached;
       ++m_steps;
-      if (!m_settled && !SolveLinear()) return MinimaxEnd::stalled;
+      if (!m_settled && !SolveLinear()) return MinimaxEnd::unsolved;
       const Progress progress = TryCurvedStep();
       if (progress == Progress::converged) return MinimaxEnd::converged;
       const bool failed = progress == Progress::none && !m_settled;

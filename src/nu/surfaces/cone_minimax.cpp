@@ -1,0 +1,110 @@
+#include "nu/surfaces/internal/cone_minimax.h"
+
+#include <cmath>
+
+#include "nu/foundation/internal/failures.h"
+#include "nu/geometry/internal/fit_guards.h"
+#include "nu/geometry/internal/mean.h"
+#include "nu/surfaces/cone.h"
+#include "nu/surfaces/internal/far_point.h"
+
+// Minimum-zone cone; the problem behind it is that of nu/surfaces/internal/cone_minimax.h.
+
+using nu::internal::Components;
+using nu::internal::Cone3;
+using nu::internal::ConeZone;
+using nu::internal::FailFit;
+using nu::internal::FailOperation;
+using nu::internal::MiddleOf;
+using nu::internal::MinimaxEnd;
+using nu::internal::PointBlocks;
+using nu::internal::ToPoint;
+using nu::internal::ToVector;
+using nu::internal::Vec3;
+using nu::internal::ViewOf;
+
+namespace {
+
+constexpr const char* kName = "CNuConSurf";
+constexpr int kLeastPoints = 6;
+constexpr double kRadians = 3.14159265358979323846 / 180.0;
+
+void RequirePoints(const CNuPointArray& points, double tol) {
+  nu::internal::RequireCount(points, kLeastPoints, kName);
+  const bool coplanar = CNuGeometry::AreCoplanar(points, tol) == 1;
+  const bool distinct = CNuGeometry::NumberDistinctPoints(points, kLeastPoints, tol) == 1;
+  // What is not finite has no distance from a plane or from each other, so it may pass for either.
+  if (coplanar || !distinct) nu::internal::RequireFinite(points, kName);
+  if (coplanar) FailFit(nu::internal::kCoplanarPoints, kName, 4);
+  if (!distinct) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
+}
+
+// What a search that found no optimum ran into. Required: the limit is reached by the step that ends the search, too;
+// hosts count on a limit that is never used up.
+void RequireOptimum(const ConeZone& found, long maxIter) {
+  if (!found.linearised) FailOperation(46, "calculation", "CNuConSurf::FitMinZone()::mzconp()");
+  if (found.end == MinimaxEnd::limitReached || found.steps >= maxIter) FailFit(nu::internal::kIterationLimit, kName);
+  if (found.end == MinimaxEnd::unsolved)
+    FailOperation(17, "solving a linear system with inequality constraints", "CNuConSurf::acm552m()");
+  if (found.end != MinimaxEnd::converged) FailFit(nu::internal::kNumericalFailure, "CNuConSurf::FitMinZone");
+}
+
+// Starts from this cone, given with the points.
+ConeZone FindZone(const CNuPointArray& points, const CNuConSurf& start, long maxIter) {
+  const Vec3 origin = MiddleOf(points);
+  PointBlocks blocks(ViewOf(points), origin);
+  const Vec3 mean = nu::internal::MeanOf(ViewOf(points)) - origin;
+  const Cone3 cone{Components(start.GetApex()) - origin, Components(start.GetAxisDirection()), 0.0,
+                   start.GetSemiAngle() * kRadians};
+  ConeZone found = NarrowestConeZone(blocks, mean, cone, maxIter);
+  RequireOptimum(found, maxIter);
+  found.cone.axisPoint = origin + found.cone.axisPoint;
+  return found;
+}
+
+}  // namespace
+
+void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+  nu::internal::RequireIterations(maxIter, kName);
+  RequirePoints(points, tol);
+  CNuConSurf leastSquares(*this);
+  double form, sumSquares;
+  leastSquares.Fit(points, &form, &sumSquares, maxIter);
+  const ConeZone found = FindZone(points, leastSquares, maxIter);
+  // Where the least-squares cone is the optimum, rounding decides which is better.
+  if (form < found.width) {
+    *this = leastSquares;
+    *zone = form;
+    return;
+  }
+  const Cone3& cone = found.cone;
+  const double degrees = cone.semiAngle / kRadians;
+  if (!(degrees > 0.0 && degrees < 90.0 && IsFinite(cone.Apex()))) FailFit(nu::internal::kNumericalFailure, kName);
+  Place(degrees, ToPoint(cone.axisPoint), ToVector(cone.axisDirection));
+  Translate(ToPoint(PointAlong(cone.axisPoint, Components(GetAxisDirection()), cone.toApex)));
+  *zone = found.width;
+}
+
+// The boundaries are parallel surfaces: they differ in the apex only.
+void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuConSurf* inner, CNuConSurf* outer, double tol,
+                            long maxIter) {
+  FitMinZone(points, zone, tol, maxIter);
+  const CNuConSurf middle(*this);
+  *inner = middle;
+  *outer = middle;
+  if (!(std::fabs(*zone) >= NuGetTol())) return;
+  const double way = 0.5 * *zone / std::sin(m_semiAngle * kRadians);
+  const Vec3 apex = Components(middle.GetApex());
+  const Vec3 axis = Components(middle.GetAxisDirection());
+  inner->Translate(ToPoint(PointAlong(apex, axis, way)));
+  outer->Translate(ToPoint(PointAlong(apex, axis, -way)));
+}
+
+ENuFitResult CNuConSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, tol, maxIter); });
+}
+
+ENuFitResult CNuConSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, CNuConSurf* inner, CNuConSurf* outer,
+                                      double tol, long maxIter) {
+  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, inner, outer, tol, maxIter); });
+}

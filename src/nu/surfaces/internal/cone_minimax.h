@@ -1,0 +1,33 @@
+#ifndef NU_SURFACES_INTERNAL_CONE_MINIMAX_H
+#define NU_SURFACES_INTERNAL_CONE_MINIMAX_H
+
+#include "nu/geometry/internal/minimax.h"
+#include "nu/surfaces/internal/cone_distance.h"
+
+namespace nu::internal {
+
+// The space between two parallel cones that no small move makes narrower, and the points that hold it: the multipliers
+// are not negative and add up to 1. With phi the angle around the axis and y the way along the generator, the sums of
+// sign * multiplier times 1, sin phi, cos phi, and of the same times y, are zero. Everything is in the unit of the
+// points, from the origin of the blocks.
+struct ConeZone {
+  static constexpr int kMostContacts = 7;
+
+  MinimaxEnd end = MinimaxEnd::stalled;
+  bool linearised = false;  // the deviations from the start and their derivatives are finite
+  long steps = 0;
+  Cone3 cone;  // half-way between the two
+  double width = 0.0;
+  int contacts = 0;
+  Vec3 contact[kMostContacts];
+  double sign[kMostContacts] = {};
+  double multiplier[kMostContacts] = {};
+};
+
+// The narrowest zone next to a cone, and not wider than the one about it; `mean` is that of the points. A limit above
+// 1000 is 1000.
+ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& start, long limit);
+
+}  // namespace nu::internal
+
+#endif

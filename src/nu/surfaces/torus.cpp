@@ -1,0 +1,80 @@
+#include "nu/surfaces/torus.h"
+
+#include "nu/foundation/exceptions.h"
+#include "nu/foundation/internal/failures.h"
+#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/line.h"
+
+using nu::internal::RequireDirection;
+
+namespace {
+
+constexpr const char* kName = "CNuTorSurf";
+
+// A NaN is no radius either.
+double RequireRadius(double radius) {
+  if (!(radius > 0.0)) throw CNuConstructionException(5, kName, "radius", 0, 0);
+  return radius;
+}
+
+}  // namespace
+
+CNuTorSurf::CNuTorSurf(double majorRadius, double minorRadius)
+    : CNuSurface(NuTypeTorSurf), m_majorRadius(RequireRadius(majorRadius)), m_minorRadius(RequireRadius(minorRadius)) {
+  if (!(minorRadius < majorRadius)) throw CNuConstructionException(7, kName, "radius", 0, 0);
+}
+
+CNuTorSurf::CNuTorSurf(double majorRadius, double minorRadius, const CNuPoint& centre)
+    : CNuTorSurf(majorRadius, minorRadius) {
+  SetPosition(centre, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+}
+
+CNuTorSurf::CNuTorSurf(double majorRadius, double minorRadius, const CNuPoint& centre, const CNuVector& axisDirection)
+    : CNuTorSurf(majorRadius, minorRadius) {
+  if (axisDirection.GetSize() != 3) throw CNuConstructionException(4, kName, nullptr, 0, 0);
+  Place(majorRadius, minorRadius, centre, RequireDirection(axisDirection, 3, kName));
+}
+
+void CNuTorSurf::Place(double majorRadius, double minorRadius, const CNuPoint& centre, const CNuVector& axisDirection) {
+  CNuVector zaxis = axisDirection;
+  CNuVector xaxis;
+  zaxis.OrthonormalX(&xaxis);
+  SetPosition(centre, xaxis, zaxis);
+  m_majorRadius = majorRadius;
+  m_minorRadius = minorRadius;
+}
+
+CNuVector CNuTorSurf::GetAxisDirection() const {
+  return GetFrame().zaxis;
+}
+
+CNuLine CNuTorSurf::GetAxis() const {
+  const Frame frame = GetFrame();
+  return CNuLine(frame.origin, frame.zaxis);
+}
+
+void CNuTorSurf::GetData(double* majorRadius, double* minorRadius, CNuPoint* centre, CNuVector* axisDirection) const {
+  const Frame frame = GetFrame();
+  *majorRadius = m_majorRadius;
+  *minorRadius = m_minorRadius;
+  *centre = frame.origin;
+  *axisDirection = frame.zaxis;
+}
+
+// Required: the torus offers these but computes none of them. Hosts that walk over pairs of surfaces rely on the
+// failure to go another way.
+int CNuTorSurf::IntersectWith(const CNuPlane&, CNuObjArray*) const {
+  nu::internal::FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuPlane)");
+}
+
+int CNuTorSurf::IntersectWith(const CNuCylSurf&, CNuObjArray*) const {
+  nu::internal::FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuCylSurf)");
+}
+
+int CNuTorSurf::IntersectWith(const CNuConSurf&, CNuObjArray*) const {
+  nu::internal::FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuConSurf)");
+}
+
+int CNuTorSurf::IntersectWith(const CNuSphSurf&, CNuObjArray*) const {
+  nu::internal::FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuSphSurf)");
+}

@@ -1,0 +1,140 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "nu/nu.h"
+#include "support/clouds.h"
+#include "support/failures.h"
+
+namespace {
+
+using nu::test::ConeCloud;
+using nu::test::kDegree;
+using nu::test::Random;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+struct Extremes {
+  double smallest = kInf;
+  double largest = -kInf;
+};
+
+Extremes DeviationsFrom(const CNuConSurf& cone, const CNuPointArray& points) {
+  const double a = cone.GetSemiAngle() * kDegree;
+  const CNuVector axis = cone.GetAxisDirection();
+  Extremes e;
+  for (int i = 0; i < points.GetSize(); ++i) {
+    const CNuVector q = (points[i] - cone.GetApex()).To3DVector();
+    const double d = (axis * q).Magnitude() * std::cos(a) - (axis % q) * std::sin(a);
+    e.smallest = std::min(e.smallest, d);
+    e.largest = std::max(e.largest, d);
+  }
+  return e;
+}
+
+TEST(MinimumZoneCone, FailsInOrderAndLeavesEverything) {
+  Random random(771);
+  const CNuPointArray noisy = ConeCloud(random, 30, 20.0, 10.0, 20.0, 360.0, 0.05);
+  const CNuPointArray five = noisy.SubArray(0, 4), plane = nu::test::PlaneCloud(random, 9, 1.0, 1.0, 0.0);
+  CNuPointArray doubled(five);
+  doubled.Append(five);
+  CNuConSurf cone(7.0), inner(7.0), outer(7.0);
+  double zone = -1.0;
+  const auto fit = [&](const CNuPointArray& points, double tol = 1e-9, long limit = 1000) {
+    return FailureOf([&] { cone.FitMinZone(points, &zone, &inner, &outer, tol, limit); });
+  };
+  EXPECT_EQ(fit(five, 1e-9, 0), "bestfit 13 |CNuConSurf [0,0]");
+  EXPECT_EQ(FailureOf([&] { cone.FitMinZoneEx(noisy, &zone, 1e-9, -1); }), "bestfit 13 |CNuConSurf [0,0]");
+  EXPECT_EQ(fit(five), "bestfit 1 |CNuConSurf [6,0]");
+  EXPECT_EQ(fit(plane), "bestfit 4 |CNuConSurf [4,0]");
+  EXPECT_EQ(fit(doubled), "bestfit 2 |CNuConSurf [6,0]");
+  EXPECT_EQ(fit(noisy, 1e9), "bestfit 4 |CNuConSurf [4,0]") << "tol decides";
+  EXPECT_EQ(fit(noisy, 1e-9, 1), "bestfit 12 |CNuConSurf [0,0]");
+  for (const double bad : {kNaN, kInf, -kInf}) {
+    for (const CNuPoint& p : {CNuPoint(bad, 0), CNuPoint(0, bad), CNuPoint(0, 0, bad), CNuPoint(bad, bad, bad)}) {
+      CNuPointArray points(noisy), same(6);
+      points[7] = p;
+      for (int i = 0; i < 6; ++i) same.Add(p);
+      EXPECT_EQ(fit(points), "bestfit 11 |CNuConSurf [0,0]");
+      EXPECT_EQ(fit(same), "bestfit 11 |CNuConSurf [0,0]");
+    }
+  }
+  NuSetLengthTol(1e-5);
+  EXPECT_EQ(cone.FitMinZoneEx(noisy, &zone, &inner, &outer, 1e-9, 2), NuFitNoConvergence);
+  EXPECT_EQ(cone.FitMinZoneEx(noisy, &zone, 1e9, 99), NuFitFailure);
+  EXPECT_EQ(NuGetLengthTol(), 1e-5);
+  NuSetLengthTol(1e-12);
+  EXPECT_EQ(cone.GetSemiAngle() + inner.GetSemiAngle() + outer.GetSemiAngle() + zone, 20.0);
+  // Tolerances that mean nothing spoil a result at most.
+  for (const double tol : {0.0, -1.0, kInf, kNaN}) {
+    FailureOf([&] { cone.FitMinZone(noisy, &zone, tol, 100); });
+    cone.FitMinZoneEx(noisy, &zone, &inner, &outer, tol, 100);
+    EXPECT_EQ(NuGetLengthTol(), 1e-12);
+  }
+}
+
+// A zone below NuGetTol() leaves both boundaries where the cone is.
+TEST(MinimumZoneCone, HasParallelBoundaries) {
+  Random random(772);
+  const CNuPointArray points = ConeCloud(random, 50, 30.0, 10.0, 8.0, 360.0, 1e-3);
+  CNuConSurf cone(45.0), inner(45.0), outer(45.0);
+  double zone = 0.0;
+  for (const bool apart : {true, false}) {
+    if (!apart) NuSetTol(1.0);
+    cone.FitMinZone(points, &zone, &inner, &outer, 1e-9, 1000);
+    NuSetTol(4.45e-16);
+    const double way = apart ? 0.5 * zone / std::sin(cone.GetSemiAngle() * kDegree) : 0.0;
+    for (const double side : {1.0, -1.0}) {
+      const CNuConSurf& boundary = side > 0.0 ? inner : outer;
+      const CNuVector moved = (boundary.GetApex() - cone.GetApex()).To3DVector();
+      EXPECT_NEAR((moved - side * way * cone.GetAxisDirection()).Magnitude(), 0.0, 1e-14);
+      EXPECT_EQ(boundary.GetSemiAngle(), cone.GetSemiAngle());
+      EXPECT_EQ((boundary.GetAxisDirection() - cone.GetAxisDirection()).Magnitude(), 0.0);
+    }
+    if (!apart) continue;
+    EXPECT_NEAR(DeviationsFrom(inner, points).smallest, 0.0, 1e-14);
+    EXPECT_NEAR(DeviationsFrom(outer, points).largest, 0.0, 1e-14);
+  }
+}
+
+// Rigid motion, size and order carry the zone along, sizes whose squares overflow or vanish included; the axis points
+// into the data, and the zone is never wider than the least-squares form.
+TEST(MinimumZoneCone, FollowsItsPoints) {
+  Random random(773);
+  for (const double angle : {0.05, 3.0, 30.0, 80.0, 89.5}) {
+    for (const double sweep : {360.0, 200.0, 60.0}) {
+      for (const int n : {12, 300, 5000}) {
+        const double noise = 1e-3 * std::cos(angle * kDegree);
+        const CNuPointArray points = ConeCloud(random, n, angle, 10.0, 12.0, sweep, noise);
+        const nu::test::Motion motion = nu::test::RandomMotion(random, 100.0);
+        CNuConSurf a(45.0), b(45.0);
+        double zone = 0.0, moved = 0.0, form = 0.0, sumsq = 0.0;
+        a.FitMinZone(points, &zone, 1e-9, 1000);
+        const Extremes e = DeviationsFrom(a, points);
+        const double reach = 10.0 + a.GetApex().DistanceTo(points[0]);
+        // An error of the semi-angle moves the apex by its square of the way to it.
+        const double apexTol = 1e-9 * reach + 1e-11 * reach * reach;
+        EXPECT_NEAR(e.largest - e.smallest, zone, 1e-15 * reach);
+        EXPECT_NEAR(e.largest + e.smallest, 0.0, 1e-15 * reach);
+        b.Fit(points, &form, &sumsq, 1000);
+        EXPECT_LE(zone, form);
+        for (const double size : {1.0, 1e-3, 1e5, 1e-150, 1e150}) {
+          SCOPED_TRACE(::testing::Message() << angle << " " << sweep << " " << n << " " << size);
+          CNuPointArray other = nu::test::Shuffled(random, motion(points));
+          for (int i = 0; i < n; ++i) other[i] *= size;
+          ASSERT_EQ(b.FitMinZoneEx(other, &moved, 0.0, 1000), NuFitSuccess);
+          EXPECT_NEAR(moved / size, zone, 1e-15 * (reach + 100.0));
+          EXPECT_NEAR(b.GetSemiAngle(), a.GetSemiAngle(), 1e-8);
+          const CNuVector d = a.GetAxisDirection();
+          EXPECT_NEAR((motion.Direction({d[0], d[1], d[2]}).To3DVector() - b.GetAxisDirection()).Magnitude(), 0, 1e-9);
+          EXPECT_NEAR(motion(a.GetApex()).DistanceTo(b.GetApex() * (1.0 / size)), 0.0, apexTol);
+          EXPECT_GT((other[0] - b.GetApex()).To3DVector() % b.GetAxisDirection(), 0.0);
+        }
+      }
+    }
+  }
+}
+
+}  // namespace
