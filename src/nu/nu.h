@@ -13,6 +13,7 @@
 #include "nu/curves/hyperbola.h"
 #include "nu/curves/line_segment.h"
 #include "nu/curves/parabola.h"
+#include "nu/curves/pcurve.h"
 #include "nu/curves/polyline.h"
 #include "nu/curves/sine_curve.h"
 #include "nu/foundation/boolean.h"

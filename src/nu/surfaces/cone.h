@@ -5,6 +5,10 @@
 #include "nu/geometry/fit_result.h"
 #include "nu/surfaces/surface.h"
 
+namespace nu::internal {
+class QuadricMeeting;
+}
+
 // The infinite circular cone with both of its nappes: the lines through the apex that make the semi-angle with the
 // axis. The apex is the origin of the position, the axis its z axis, and its x axis any direction across. A fitted
 // cone's axis points from the apex into the data.
@@ -66,9 +70,27 @@ class NU_EXPORT CNuConSurf : public CNuSurface {
   // As CNuLine::IntersectWith, the points in the order of the line, and as CNuPlane::IntersectWith.
   int IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const;
   int IntersectWith(const CNuPlane& plane, CNuObjArray* result) const;
+  // Where the two surfaces meet, both nappes, with the results and failures of CNuCylSurf::IntersectWith. Axes and
+  // semi-angles are equal within NuGetDegreeTol().
+  // - Cones with one apex: their common generators as CNuLine, none to four, or else the apex as a CNuPoint. Cones with
+  //   one axis: two CNuCircle, one for equal semi-angles. Cones of one semi-angle with parallel axes: a conic, or the
+  //   CNuLine along which they touch. Cones around one sphere: two conics. Cones that share a generator: that CNuLine
+  //   and the other branches. Equal cones: nothing.
+  // - A sphere around a point of the axis: none to two CNuCircle, and the apex as a CNuPoint.
+  int IntersectWith(const CNuCylSurf& cylinder, CNuObjArray* result) const;
+  int IntersectWith(const CNuConSurf& other, CNuObjArray* result) const;
+  int IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) const;
 
  private:
+  friend class CNuCylSurf;
+
   void Place(double semiAngle, const CNuPoint& apex, const CNuVector& axisDirection);
+  // As CNuCylSurf::Intersect, with the distance t from the apex along the generator. `asymptotes` receives the up to
+  // four angles where curve[0] = 0, so that a crossing goes to infinity: first `simple` ones, where it changes its
+  // sign, then `twofold` ones. `apexSide` is the sign of the quadric at the apex.
+  int Intersect(const CNuMatrix& quadric, CNuTriagPolynomial* curve, CNuInterval* range, double* asymptotes,
+                int* simple, int* twofold, int* apexSide) const;
+  bool MeetSpecially(const CNuConSurf& other, nu::internal::QuadricMeeting& meeting) const;
 
   double m_semiAngle;
 };

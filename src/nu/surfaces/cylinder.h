@@ -26,6 +26,21 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
   int IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const;
   // As CNuPlane::IntersectWith.
   int IntersectWith(const CNuPlane& plane, CNuObjArray* result) const;
+  // Where the two surfaces meet, as new objects that the caller owns: the contents of `result` are replaced by them,
+  // and their number is returned. Each connected branch is one CNuPCurve, but where it is a conic or a line it is that,
+  // and a contact in a single point, within NuGetLengthTol() or the rounding of the coordinates, is a CNuPoint.
+  // - Cylinders with parallel axes, within NuGetDegreeTol() radians: their common CNuLine, none to two; none for equal
+  //   ones. Cylinders of one radius whose axes meet: two ellipses.
+  // - A cone with the same axis, within NuGetDegreeTol() degrees: two CNuCircle. One around a sphere that the cylinder
+  // is
+  //   around, too: the two conics, or a conic and the line along which they touch. One that shares a generator: that
+  //   CNuLine and the other branches.
+  // - A sphere around a point of the axis: none to two CNuCircle.
+  // Surfaces that are not finite have nothing in common. A contact, line or circle that is not on both surfaces by this
+  // tolerance, which takes a large one: CNuOperationException cause 46, "calculation", and `result` stays as it was.
+  int IntersectWith(const CNuCylSurf& other, CNuObjArray* result) const;
+  int IntersectWith(const CNuConSurf& other, CNuObjArray* result) const;
+  int IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) const;
 
   // The symmetric 4 x 4 matrix Q for which p Q p^T = 0 if and only if p = (x, y, z, 1) is on the cylinder, with p in
   // global coordinates or in those of the position of `frame`.
@@ -87,6 +102,10 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
 
  private:
   void Place(double radius, const CNuPoint& axisPoint, const CNuVector& axisDirection);
+  // The quadric with the given matrix, in the frame of this cylinder, on its generators: at the angle u it has the
+  // heights z with curve[0] z^2 + 2 curve[1] z + curve[2] = 0. Writes these three, and up to four ranges of u on which
+  // the discriminant is monotone, so that it changes its sign once or not at all; returns the number of ranges.
+  int Intersect(const CNuMatrix& quadric, CNuTriagPolynomial* curve, CNuInterval* range) const;
 
   double m_radius;
 };

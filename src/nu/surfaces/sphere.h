@@ -29,6 +29,9 @@ class NU_EXPORT CNuSphSurf : public CNuSurface {
   // CNuOperationException cause 46, "calculation", and `result` stays as it was.
   int IntersectWith(const CNuPlane& plane, CNuObjArray* result) const;
   int IntersectWith(const CNuSphSurf& other, CNuObjArray* result) const;
+  // As CNuCylSurf::IntersectWith and CNuConSurf::IntersectWith.
+  int IntersectWith(const CNuCylSurf& cylinder, CNuObjArray* result) const;
+  int IntersectWith(const CNuConSurf& cone, CNuObjArray* result) const;
 
   // The symmetric 4 x 4 matrix Q for which p Q p^T = 0 if and only if p = (x, y, z, 1) is on the sphere, with p in
   // global coordinates or in those of the position of `frame`.

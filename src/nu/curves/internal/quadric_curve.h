@@ -1,0 +1,90 @@
+#ifndef NU_CURVES_INTERNAL_QUADRIC_CURVE_H
+#define NU_CURVES_INTERNAL_QUADRIC_CURVE_H
+
+#include "nu/curves/internal/round_quadric.h"
+
+// The curve in which a cylinder or cone, the base, meets another round quadric. The base stands upright: its axis is
+// the z axis, and its generators are told by their angle u around it,
+//   (r cos u, r sin u, t) of a cylinder, t (sin a cos u, sin a sin u, cos a) of a cone, which has its apex at the
+//   origin.
+// The other quadric makes it a(u) t^2 + 2 h(u) t + c(u) = 0 on each of them, of degree two in cos u and sin u.
+namespace nu::internal {
+
+// c0 + c1 cos u + s1 sin u + c2 cos 2u + s2 sin 2u.
+struct Wave2 {
+  double At(double u) const;
+  // (f(u) - f(v)) / 2 sin((u - v) / 2), told by the middle of u and v and half their difference; nothing cancels.
+  double Slope(double middle, double half) const;
+  // No value is larger.
+  double Bound() const {
+    return std::fabs(c0) + std::fabs(c1) + std::fabs(s1) + std::fabs(c2) + std::fabs(s2);
+  }
+
+  double c0 = 0.0;
+  double c1 = 0.0;
+  double s1 = 0.0;
+  double c2 = 0.0;
+  double s2 = 0.0;
+};
+
+struct QuadricPair {
+  // The point t along the generator at the angle u.
+  Vec3 On(double u, double t) const;
+  // Where the generator comes deepest into the other quadric, or closest to it: halfway between both crossings.
+  Vec3 Middle(double u) const { return On(u, -h.At(u) / a.At(u)); }
+  // Above 0 where the generator crosses the other quadric, below 0 where it misses it. Where it all but touches, this
+  // is the distance of Middle from the quadric, to a few roundings; the discriminant h^2 - a c has lost its places
+  // there.
+  double Depth(double u) const;
+  // A point next to both surfaces, on both of them, unless they are next to tangent there.
+  Vec3 OnBoth(Vec3 p) const;
+
+  RoundQuadric base;
+  RoundQuadric other;
+  Wave2 a;
+  Wave2 h;
+  Wave2 c;
+};
+
+// How the parameter v of a curve runs over the generators and their crossings t = (-h +- sqrt(h^2 - a c)) / a.
+struct QuadricPath {
+  enum class Sheets {
+    kBoth,             // the crossings +- alternate as below
+    kThroughApex,      // c = 0: the apex of the base is on the other quadric; t = -2 h / a is left
+    kThroughInfinity,  // a = 0: the generators are parallel to one of the other cone; t = -c / 2 h is left
+  };
+  double AngleAt(double v) const { return swings ? middle - half * std::cos(v) : v; }
+
+  Sheets sheets = Sheets::kBoth;
+  // Between two generators that touch, u = middle - half cos v: forth on + and back on -. Else u = v, on one of them.
+  bool swings = false;
+  double middle = 0.0;
+  double half = 0.0;
+  double sign = 1.0;
+  // Generators through a double point, where the curve goes over from one crossing to the other.
+  int nodes = 0;
+  double node[2] = {};
+  // A generator that is on both surfaces, through the apex of the base: a and h vanish there together.
+  bool hasCommonLine = false;
+  double commonLine = 0.0;
+  // One turn of a closed curve; the part of an unbounded one that is kept.
+  double lower = 0.0;
+  double upper = 0.0;
+  bool closed = true;
+};
+
+struct QuadricCurve {
+  // h +- times the square root of the discriminant, with its sign along the path.
+  double RootAt(double v) const;
+  Vec3 RoughlyAt(double v) const;
+  // v is taken around a closed curve, and to the nearest end of another one.
+  Vec3 At(double v) const;
+  double DistanceTo(Vec3 p) const;
+
+  QuadricPair pair;
+  QuadricPath path;
+};
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,200 @@
+// Cones against cones and spheres. On the generator t g, g = (sin a cos u, sin a sin u, cos a), of an upright cone a
+// quadric p Q p^T = 0 is g Q33 g^T t^2 + 2 (g q) t + Q44 = 0 with the upper left block Q33 and q = (Q14, Q24, Q34), and
+// its discriminant is of degree two in cos u and sin u.
+
+#include "nu/foundation/tolerances.h"
+#include "nu/geometry/internal/surface_data.h"
+#include "nu/numerics/triag.h"
+#include "nu/surfaces/cylinder.h"
+#include "nu/surfaces/internal/quadric_meeting.h"
+#include "nu/surfaces/sphere.h"
+
+using nu::internal::AngleBetween;
+using nu::internal::Approach;
+using nu::internal::AreSameAngles;
+using nu::internal::AxisOf;
+using nu::internal::ClosestApproach;
+using nu::internal::CoincidenceTol;
+using nu::internal::ConeContact;
+using nu::internal::LargestComponent;
+using nu::internal::MeetOnCone;
+using nu::internal::Plane3;
+using nu::internal::QuadricMeeting;
+using nu::internal::QuadricStage;
+using nu::internal::RoundDataOf;
+using nu::internal::RoundQuadric;
+using nu::internal::Vec3;
+
+namespace {
+
+// A sphere around a point of the axis, at the distance l from the apex, cuts every generator at t = l cos a +- root
+// with root^2 = (r - l sin a)(r + l sin a).
+void MeetCoaxialSphere(const RoundQuadric& cone, const RoundQuadric& sphere, QuadricMeeting& meeting) {
+  const double along = Dot(sphere.point - cone.point, cone.axis);
+  const double inscribed = std::fabs(along) * cone.sine;
+  const auto add = [&](double t) {
+    if (std::fabs(t) <= meeting.Tol()) return meeting.AddPoint(cone.point);
+    meeting.AddCircle(cone.point + t * cone.cosine * cone.axis, cone.axis, std::fabs(t) * cone.sine);
+  };
+  if (std::fabs(sphere.radius - inscribed) <= meeting.Tol()) return add(along * cone.cosine);
+  if (!(sphere.radius > inscribed)) return;
+  const double root = std::sqrt(sphere.radius - inscribed) * std::sqrt(sphere.radius + inscribed);
+  const double farther = along * cone.cosine + std::copysign(root, along);
+  const double product = (std::fabs(along) - sphere.radius) * (std::fabs(along) + sphere.radius);
+  add(product / farther);
+  add(farther);
+}
+
+// Where the radii |z| tan a1 and |z - d| tan a2 are equal.
+void MeetCoaxialCones(const RoundQuadric& first, const RoundQuadric& second, bool areSame, QuadricMeeting& meeting) {
+  const double distance = Dot(second.point - first.point, first.axis);
+  const double slope1 = first.sine / first.cosine;
+  const double slope2 = second.sine / second.cosine;
+  const auto add = [&](double z) {
+    meeting.AddCircle(first.point + z * first.axis, first.axis, std::fabs(z) * slope1);
+  };
+  add(distance * (slope2 / (slope1 + slope2)));
+  if (!areSame) add(distance * (slope2 / (slope2 - slope1)));
+}
+
+// Cones about one apex have generators in common, or only the apex. A generator at the angle v from the other axis,
+// seen around the own one, makes the angle b with it where, with the angle w between the axes,
+//   tan^2(v/2) = sin((b + w - a) / 2) sin((b - w + a) / 2) / sin((a + w + b) / 2) sin((a + w - b) / 2).
+class CommonGenerators {
+ public:
+  CommonGenerators(const RoundQuadric& first, const RoundQuadric& second, QuadricMeeting& meeting)
+      : m_first(first), m_second(second), m_meeting(meeting) {}
+
+  // Angles in degrees; the other axis points to either side.
+  int Add(double own, double other, double between) {
+    const Vec3 axis = Dot(m_first.axis, m_second.axis) < 0.0 ? -1.0 * m_second.axis : m_second.axis;
+    return AddTowards(axis, own, other, between) + AddTowards(-1.0 * axis, own, other, 180.0 - between);
+  }
+
+ private:
+  int AddTowards(Vec3 axis, double own, double other, double between) {
+    if (AreSameAngles(between, own + other) || AreSameAngles(between, own - other)) return AddAt(axis, 0.0);
+    if (AreSameAngles(between, other - own)) return AddAt(axis, Nu_PI);
+    const auto sineOfHalf = [](double degrees) { return std::sin(degrees * (0.5 * Nu_PI / 180.0)); };
+    const double above = sineOfHalf(other + between - own) * sineOfHalf(other - between + own);
+    const double below = sineOfHalf(own + between + other) * sineOfHalf(own + between - other);
+    if (!(above > 0.0) || !(below > 0.0)) return 0;
+    const double v = 2.0 * std::atan2(std::sqrt(above), std::sqrt(below));
+    return AddAt(axis, -v) + AddAt(axis, v);
+  }
+
+  int AddAt(Vec3 axis, double v) {
+    const Vec3 across = Unit(Rejection(axis, m_first.axis));
+    const Vec3 outwards = std::cos(v) * across + std::sin(v) * Cross(m_first.axis, across);
+    m_meeting.AddLine(m_first.point, Unit(m_first.sine * outwards + m_first.cosine * m_first.axis));
+    return 1;
+  }
+
+  const RoundQuadric& m_first;
+  const RoundQuadric& m_second;
+  QuadricMeeting& m_meeting;
+};
+
+// Cones of one semi-angle with parallel axes: the difference of |q|^2 = (1 + tan^2 a)(z.q)^2 for both apexes is linear.
+Plane3 PlaneBetween(const RoundQuadric& first, const RoundQuadric& second) {
+  const Vec3 way = second.point - first.point;
+  const double along = Dot(way, first.axis);
+  const double slope = first.sine / first.cosine;
+  const Vec3 normal = way - along * (1.0 + slope * slope) * first.axis;
+  return {first.point + 0.5 * way, Unit(normal)};
+}
+
+bool IsOn(const RoundQuadric& surface, Vec3 p, double tol) {
+  return std::fabs(surface.OffsetOf(p).distance) <= tol;
+}
+
+}  // namespace
+
+int CNuConSurf::Intersect(const CNuMatrix& quadric, CNuTriagPolynomial* curve, CNuInterval* range, double* asymptotes,
+                          int* simple, int* twofold, int* apexSide) const {
+  const auto q = [&](int i, int j) { return quadric.Element(i, j); };
+  const nu::internal::Cone3 cone = nu::internal::DataOf(*this);
+  const CNuTriagPolynomial x(CNuTriag(cone.sine, 0.0, 0.0));
+  const CNuTriagPolynomial y(CNuTriag(0.0, cone.sine, 0.0));
+  const CNuTriagPolynomial z(CNuTriag(0.0, 0.0, cone.cosine));
+  curve[0] = q(0, 0) * (x * x) + q(1, 1) * (y * y) + q(2, 2) * (z * z) +
+             2.0 * (q(0, 1) * (x * y) + q(0, 2) * (x * z) + q(1, 2) * (y * z));
+  curve[1] = q(0, 3) * x + q(1, 3) * y + q(2, 3) * z;
+  curve[2] = CNuTriagPolynomial(CNuTriag(0.0, 0.0, q(3, 3)));
+  *apexSide = q(3, 3) > 0.0 ? 1 : (q(3, 3) < 0.0 ? -1 : 0);
+  nu::internal::FindAsymptotes(curve[0], asymptotes, simple, twofold);
+  return nu::internal::MonotoneRanges(curve, range);
+}
+
+int CNuConSurf::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) const {
+  QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(sphere), "CNuConSurf::IntersectWith(CNuSphSurf)");
+  if (!meeting.IsFinite()) return meeting.HandOverTo(result);
+  const RoundQuadric& cone = meeting.First();
+  const RoundQuadric& ball = meeting.Second();
+  if (Norm(Rejection(ball.point - cone.point, cone.axis)) <= meeting.Tol()) {
+    MeetCoaxialSphere(cone, ball, meeting);
+  } else {
+    const ConeContact contact{IsOn(ball, cone.point, meeting.Tol())};
+    MeetOnCone(QuadricStage(cone, ball, cone.point, meeting.Tol()), contact, &CNuConSurf::Intersect, meeting);
+  }
+  return meeting.HandOverTo(result);
+}
+
+int CNuConSurf::IntersectWith(const CNuCylSurf& cylinder, CNuObjArray* result) const {
+  return cylinder.IntersectWith(*this, result);
+}
+
+int CNuConSurf::IntersectWith(const CNuConSurf& other, CNuObjArray* result) const {
+  QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(other), "CNuConSurf::IntersectWith(CNuConSurf)");
+  if (meeting.IsFinite() && !MeetSpecially(other, meeting)) {
+    const RoundQuadric& first = meeting.First();
+    const RoundQuadric& second = meeting.Second();
+    const bool ownIsOn = IsOn(second, first.point, meeting.Tol());
+    const bool otherIsOn = IsOn(first, second.point, meeting.Tol());
+    const bool takeOther = ownIsOn == otherIsOn ? m_semiAngle > other.m_semiAngle : otherIsOn;
+    const RoundQuadric& base = takeOther ? second : first;
+    if (ownIsOn && otherIsOn) meeting.AddLine(first.point, Unit(second.point - first.point));
+    const ConeContact contact{ownIsOn || otherIsOn, ownIsOn && otherIsOn};
+    MeetOnCone(QuadricStage(base, takeOther ? first : second, base.point, meeting.Tol()), contact,
+               &CNuConSurf::Intersect, meeting);
+  }
+  return meeting.HandOverTo(result);
+}
+
+// True where it has dealt with the pair.
+bool CNuConSurf::MeetSpecially(const CNuConSurf& other, QuadricMeeting& meeting) const {
+  const RoundQuadric& first = meeting.First();
+  const RoundQuadric& second = meeting.Second();
+  const double tol = meeting.Tol();
+  const double between = AngleBetween(first.axis, second.axis);
+  const Vec3 way = second.point - first.point;
+  const bool haveSameAngle = AreSameAngles(m_semiAngle, other.m_semiAngle);
+  if (Norm(way) <= tol) {
+    if (AreSameAngles(between, 0.0)) {
+      if (!haveSameAngle) meeting.AddPoint(first.point);
+    } else if (CommonGenerators(first, second, meeting).Add(m_semiAngle, other.m_semiAngle, between) == 0) {
+      meeting.AddPoint(first.point);
+    }
+    return true;
+  }
+  if (AreSameAngles(between, 0.0)) {
+    if (Norm(Rejection(way, first.axis)) <= tol) {
+      MeetCoaxialCones(first, second, haveSameAngle, meeting);
+      return true;
+    }
+    if (!haveSameAngle) return false;
+    if (IsOn(first, second.point, tol)) {
+      meeting.AddLine(first.point, Unit(way));
+    } else if (!meeting.AddSections(*this, {PlaneBetween(first, second)})) {
+      MeetOnCone(QuadricStage(first, second, first.point, tol), {false, false, true}, &CNuConSurf::Intersect, meeting);
+    }
+    return true;
+  }
+  const Approach approach = ClosestApproach(AxisOf(first), AxisOf(second), 0.0);
+  const Vec3 centre = 0.5 * (AxisOf(first).At(approach.alongFirst) + AxisOf(second).At(approach.alongSecond));
+  const double centreTol = CoincidenceTol(tol, LargestComponent(centre));
+  const double radius = std::fabs(approach.alongFirst) * first.sine;
+  return approach.distance <= centreTol &&
+         std::fabs(radius - std::fabs(approach.alongSecond) * second.sine) <= centreTol &&
+         meeting.AddSections(*this, PlanesAroundSphere(first, second, centre, radius));
+}

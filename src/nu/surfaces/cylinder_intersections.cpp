@@ -1,0 +1,178 @@
+// Cylinders against cylinders, cones and spheres. On the generator (r cos u, r sin u, z) of an upright cylinder a
+// quadric p Q p^T = 0 is
+//   Q33 z^2 + 2 (r Q13 cos u + r Q23 sin u + Q34) z + (r^2 (Q11 cos^2 u + 2 Q12 cos u sin u + Q22 sin^2 u)
+//   + 2 r (Q14 cos u + Q24 sin u) + Q44) = 0,
+// and its discriminant is of degree two in cos u and sin u.
+
+#include "nu/foundation/constants.h"
+#include "nu/foundation/tolerances.h"
+#include "nu/numerics/triag.h"
+#include "nu/surfaces/cone.h"
+#include "nu/surfaces/cylinder.h"
+#include "nu/surfaces/internal/quadric_meeting.h"
+#include "nu/surfaces/sphere.h"
+
+using nu::internal::AngleBetween;
+using nu::internal::Approach;
+using nu::internal::AreSameAngles;
+using nu::internal::AxisOf;
+using nu::internal::Circle3;
+using nu::internal::ClosestApproach;
+using nu::internal::CoincidenceTol;
+using nu::internal::IsParallel;
+using nu::internal::kMostRanges;
+using nu::internal::LargestComponent;
+using nu::internal::LowerEnds;
+using nu::internal::MeetOnCone;
+using nu::internal::Points2;
+using nu::internal::QuadricMeeting;
+using nu::internal::QuadricStage;
+using nu::internal::RoundDataOf;
+using nu::internal::RoundQuadric;
+using nu::internal::Vec3;
+
+namespace {
+
+using Kernel = int (CNuCylSurf::*)(const CNuMatrix&, CNuTriagPolynomial*, CNuInterval*) const;
+
+Vec3 NearestOfAxis(const RoundQuadric& surface, Vec3 p) {
+  return surface.point + Dot(p - surface.point, surface.axis) * surface.axis;
+}
+
+// Where h = 0: the plane through the apex across that of the axes crosses the cylinder, or touches it.
+std::vector<double> RootsOfSlope(const CNuTriagPolynomial& h, double radius, double tol) {
+  if (h.GetDegree() < 1) return {};
+  const CNuTriag wave(h.Cos(1), h.Sin(1), h.Cos(0));
+  const double beyond = std::fabs(std::fabs(h.Cos(0)) / wave.Amplitude() - 1.0);
+  if (!(beyond * radius <= tol)) return nu::internal::RootsOf(h);
+  const double u = h.Cos(0) > 0.0 ? wave.Phase() + Nu_PI : wave.Phase();
+  return {u < Nu_2PI ? u : u - Nu_2PI};
+}
+
+// On the generators of the cylinder; with those parallel to one of a cone, nothing is quadratic.
+void MeetOnCylinder(QuadricStage stage, bool isParallelToOther, Kernel kernel, QuadricMeeting& meeting) {
+  CNuTriagPolynomial curve[3];
+  CNuInterval ranges[kMostRanges];
+  const CNuCylSurf upright(std::max(stage.pair.base.radius, DBL_MIN));
+  const int count = (upright.*kernel)(stage.Quadric(), curve, ranges);
+  stage.TakeCurve(curve);
+  const auto branches =
+      isParallelToOther ? BranchesThroughInfinity(stage.pair, RootsOfSlope(curve[1], upright.GetRadius(), stage.tol))
+                        : BranchesOf(stage.pair, LowerEnds(ranges, count), {}, stage.tol);
+  meeting.AddBranches(branches, stage.frame, stage.unit);
+}
+
+// Each point that the cross-sections have in common is one of a line.
+void MeetParallel(const RoundQuadric& first, const RoundQuadric& second, QuadricMeeting& meeting) {
+  const Circle3 own{first.point, first.axis, first.radius};
+  const Circle3 other{NearestOfAxis(second, first.point), first.axis, second.radius};
+  const Points2 common = Meet(own, other, meeting.Tol());
+  for (int i = 0; i < common.count; ++i) meeting.AddLine(common.at[i], first.axis);
+}
+
+// A sphere around a point of the axis.
+void MeetCoaxialSphere(const RoundQuadric& cylinder, const RoundQuadric& sphere, QuadricMeeting& meeting) {
+  const double r = cylinder.radius;
+  const Vec3 centre = NearestOfAxis(cylinder, sphere.point);
+  if (std::fabs(sphere.radius - r) <= meeting.Tol()) return meeting.AddCircle(centre, cylinder.axis, r);
+  if (!(sphere.radius > r)) return;
+  const double height = std::sqrt(sphere.radius - r) * std::sqrt(sphere.radius + r);
+  for (const double side : {-1.0, 1.0}) meeting.AddCircle(centre + side * height * cylinder.axis, cylinder.axis, r);
+}
+
+void MeetCoaxialCone(const RoundQuadric& cylinder, const RoundQuadric& cone, QuadricMeeting& meeting) {
+  const Vec3 apex = NearestOfAxis(cylinder, cone.point);
+  const double height = cylinder.radius * (cone.cosine / cone.sine);
+  for (const double side : {-1.0, 1.0}) {
+    meeting.AddCircle(apex + side * height * cylinder.axis, cylinder.axis, cylinder.radius);
+  }
+}
+
+Vec3 Between(const RoundQuadric& first, const RoundQuadric& second, const Approach& approach) {
+  return 0.5 * (AxisOf(first).At(approach.alongFirst) + AxisOf(second).At(approach.alongSecond));
+}
+
+}  // namespace
+
+int CNuCylSurf::Intersect(const CNuMatrix& quadric, CNuTriagPolynomial* curve, CNuInterval* range) const {
+  const auto q = [&](int i, int j) { return quadric.Element(i, j); };
+  const CNuTriagPolynomial x(CNuTriag(m_radius, 0.0, 0.0));
+  const CNuTriagPolynomial y(CNuTriag(0.0, m_radius, 0.0));
+  const CNuTriagPolynomial one(CNuTriag(0.0, 0.0, 1.0));
+  curve[0] = q(2, 2) * one;
+  curve[1] = q(0, 2) * x + q(1, 2) * y + q(2, 3) * one;
+  curve[2] = q(0, 0) * (x * x) + 2.0 * q(0, 1) * (x * y) + q(1, 1) * (y * y) + 2.0 * q(0, 3) * x + 2.0 * q(1, 3) * y +
+             q(3, 3) * one;
+  return nu::internal::MonotoneRanges(curve, range);
+}
+
+int CNuCylSurf::IntersectWith(const CNuCylSurf& other, CNuObjArray* result) const {
+  QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(other), "CNuCylSurf::IntersectWith(CNuCylSurf)");
+  if (!meeting.IsFinite()) return meeting.HandOverTo(result);
+  const RoundQuadric& first = meeting.First();
+  const RoundQuadric& second = meeting.Second();
+  if (IsParallel(Norm(Cross(first.axis, second.axis)), NuGetDegreeTol())) {
+    MeetParallel(first, second, meeting);
+    return meeting.HandOverTo(result);
+  }
+  const Approach approach = ClosestApproach(AxisOf(first), AxisOf(second), 0.0);
+  const Vec3 centre = Between(first, second, approach);
+  const double tol = CoincidenceTol(meeting.Tol(), LargestComponent(centre));
+  const bool haveCommonSphere = approach.distance <= tol && std::fabs(first.radius - second.radius) <= tol;
+  if (!haveCommonSphere || !meeting.AddSections(*this, PlanesAroundSphere(first, second, centre, first.radius))) {
+    const bool ownIsLarger = first.radius > second.radius;
+    const RoundQuadric& base = ownIsLarger ? second : first;
+    const Vec3 origin = AxisOf(base).At(ownIsLarger ? approach.alongSecond : approach.alongFirst);
+    const QuadricStage stage(base, ownIsLarger ? first : second, origin, tol);
+    MeetOnCylinder(stage, false, &CNuCylSurf::Intersect, meeting);
+  }
+  return meeting.HandOverTo(result);
+}
+
+int CNuCylSurf::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) const {
+  QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(sphere), "CNuCylSurf::IntersectWith(CNuSphSurf)");
+  if (!meeting.IsFinite()) return meeting.HandOverTo(result);
+  const RoundQuadric& cylinder = meeting.First();
+  const RoundQuadric& ball = meeting.Second();
+  const Vec3 foot = NearestOfAxis(cylinder, ball.point);
+  if (Norm(ball.point - foot) <= meeting.Tol()) {
+    MeetCoaxialSphere(cylinder, ball, meeting);
+  } else {
+    MeetOnCylinder(QuadricStage(cylinder, ball, foot, meeting.Tol()), false, &CNuCylSurf::Intersect, meeting);
+  }
+  return meeting.HandOverTo(result);
+}
+
+int CNuCylSurf::IntersectWith(const CNuConSurf& other, CNuObjArray* result) const {
+  QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(other), "CNuCylSurf::IntersectWith(CNuConSurf)");
+  if (!meeting.IsFinite()) return meeting.HandOverTo(result);
+  const RoundQuadric& cylinder = meeting.First();
+  const RoundQuadric& cone = meeting.Second();
+  const Vec3 foot = NearestOfAxis(cylinder, cone.point);
+  const double apexDistance = Norm(cone.point - foot);
+  const double angle = AngleBetween(cylinder.axis, cone.axis);
+  const bool isParallel = AreSameAngles(angle, 0.0);
+  if (isParallel && apexDistance <= meeting.Tol()) {
+    MeetCoaxialCone(cylinder, cone, meeting);
+    return meeting.HandOverTo(result);
+  }
+  if (!isParallel) {
+    const Approach approach = ClosestApproach(AxisOf(cylinder), AxisOf(cone), 0.0);
+    const Vec3 centre = Between(cylinder, cone, approach);
+    const double tol = CoincidenceTol(meeting.Tol(), LargestComponent(centre));
+    const double inscribed = std::fabs(approach.alongSecond) * cone.sine;
+    if (approach.distance <= tol && std::fabs(inscribed - cylinder.radius) <= tol &&
+        meeting.AddSections(*this, PlanesAroundSphere(cylinder, cone, centre, cylinder.radius)))
+      return meeting.HandOverTo(result);
+  }
+  const bool isParallelToGenerator = AreSameAngles(angle, other.GetSemiAngle());
+  if (std::fabs(apexDistance - cylinder.radius) <= meeting.Tol()) {
+    if (isParallelToGenerator) meeting.AddLine(cone.point, cylinder.axis);
+    const QuadricStage stage(cone, cylinder, cone.point, meeting.Tol());
+    MeetOnCone(stage, {true, isParallelToGenerator}, &CNuConSurf::Intersect, meeting);
+  } else {
+    const QuadricStage stage(cylinder, cone, foot, meeting.Tol());
+    MeetOnCylinder(stage, isParallelToGenerator, &CNuCylSurf::Intersect, meeting);
+  }
+  return meeting.HandOverTo(result);
+}

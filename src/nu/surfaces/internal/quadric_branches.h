@@ -1,0 +1,32 @@
+#ifndef NU_SURFACES_INTERNAL_QUADRIC_BRANCHES_H
+#define NU_SURFACES_INTERNAL_QUADRIC_BRANCHES_H
+
+#include <vector>
+
+#include "nu/curves/internal/quadric_curve.h"
+
+namespace nu::internal {
+
+// What two quadrics of a size about 1 have in common.
+struct QuadricBranches {
+  std::vector<QuadricCurve> curves;  // one per connected branch
+  std::vector<Vec3> points;          // where they touch from outside each other
+};
+
+// `stationary` are the angles in [0, 2 pi), ascending, at which the discriminant h^2 - a c is stationary; it has no
+// sign change between neighbours but one. `asymptotes` are those with a = 0 (all along: none). A generator that comes
+// within the tolerance of touching does touch.
+QuadricBranches BranchesOf(const QuadricPair& pair, const std::vector<double>& stationary,
+                           const std::vector<double>& asymptotes, double tol);
+// With the apex of the base on the other quadric, so that c is taken as 0.
+QuadricBranches BranchesThroughApex(const QuadricPair& pair, const std::vector<double>& asymptotes, double tol);
+// The same for a base that has the generator at `commonLine`, with a = h = 0, in common with the other quadric; the
+// line itself is left out.
+QuadricBranches BranchesBesideLine(const QuadricPair& pair, const std::vector<double>& asymptotes, double commonLine);
+// With the generators of the base parallel to one of the other quadric, so that a is taken as 0; `asymptotes` are the
+// angles with h = 0.
+QuadricBranches BranchesThroughInfinity(const QuadricPair& pair, const std::vector<double>& asymptotes);
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,319 @@
+#include "nu/surfaces/internal/quadric_meeting.h"
+
+#include "nu/curves/ellipse.h"
+#include "nu/curves/hyperbola.h"
+#include "nu/curves/parabola.h"
+#include "nu/curves/pcurve.h"
+#include "nu/foundation/constants.h"
+#include "nu/foundation/double_array.h"
+#include "nu/foundation/internal/failures.h"
+#include "nu/geometry/internal/feature_data.h"
+#include "nu/geometry/internal/surface_data.h"
+#include "nu/geometry/point_array.h"
+#include "nu/numerics/triag_equ.h"
+#include "nu/surfaces/cylinder.h"
+#include "nu/surfaces/sphere.h"
+
+namespace nu::internal {
+
+RoundQuadric RoundDataOf(const CNuCylSurf& cylinder) {
+  const Line3 axis = DataOf(cylinder.GetAxis());
+  return {RoundQuadric::Kind::kCylinder, axis.point, axis.direction, cylinder.GetRadius()};
+}
+
+RoundQuadric RoundDataOf(const CNuConSurf& cone) {
+  const Cone3 data = DataOf(cone);
+  return {RoundQuadric::Kind::kCone, data.apex, data.axis, 0.0, data.sine, data.cosine};
+}
+
+RoundQuadric RoundDataOf(const CNuSphSurf& sphere) {
+  return {RoundQuadric::Kind::kSphere, Components(sphere.GetCentre()), {}, sphere.GetRadius()};
+}
+
+namespace {
+
+// Next below a length; its reciprocal is a double, too.
+double UnitFor(double length) {
+  constexpr int kLeast = -1000;
+  return length > 0.0 ? std::ldexp(1.0, std::max(std::ilogb(length), kLeast)) : 1.0;
+}
+
+RoundQuadric InUnit(RoundQuadric surface, double unit) {
+  surface.point = (1.0 / unit) * surface.point;
+  surface.radius /= unit;
+  return surface;
+}
+
+double SemiAngleOf(const RoundQuadric& cone) {
+  return std::atan2(cone.sine, cone.cosine) * (180.0 / Nu_PI);
+}
+
+CNuPointArray SomePointsOf(const CNuObject& conic, double size) {
+  constexpr int kPoints = 9;
+  constexpr double kReach = 2.0;
+  switch (conic.GetType()) {
+    case CNuObject::NuTypeCircle:
+      return static_cast<const CNuCircle&>(conic).ToPointArray(kPoints);
+    case CNuObject::NuTypeEllipse:
+      return static_cast<const CNuEllipse&>(conic).ToPointArray(kPoints);
+    case CNuObject::NuTypeParabola: {
+      const auto& parabola = static_cast<const CNuParabola&>(conic);
+      return parabola.ToPointArray(kPoints, 0.0, kReach * parabola.GetFocalLength(), 0);
+    }
+    case CNuObject::NuTypeHyperbola: {
+      const auto& hyperbola = static_cast<const CNuHyperbola&>(conic);
+      CNuPointArray points = hyperbola.ToPointArray(kPoints, -kReach, kReach, 0);
+      points.Append(hyperbola.ToPointArray(kPoints, -kReach, kReach, 1));
+      return points;
+    }
+    case CNuObject::NuTypeLine: {
+      const Line3 line = DataOf(static_cast<const CNuLine&>(conic));
+      CNuPointArray points(2);
+      points.Add(ToPoint(line.point));
+      points.Add(ToPoint(line.At(size)));
+      return points;
+    }
+    default:
+      CNuPointArray points(1);
+      points.Add(static_cast<const CNuPoint&>(conic));
+      return points;
+  }
+}
+
+}  // namespace
+
+QuadricMeeting::QuadricMeeting(const RoundQuadric& first, const RoundQuadric& second, const char* where)
+    : m_where(where) {
+  const double size =
+      std::max({first.radius, second.radius, LargestComponent(first.point), LargestComponent(second.point)});
+  m_isFinite = std::isfinite(first.radius + second.radius) && nu::internal::IsFinite(first.point) &&
+               nu::internal::IsFinite(second.point);
+  if (!m_isFinite) return;
+  m_unit = UnitFor(size);
+  m_first = InUnit(first, m_unit);
+  m_second = InUnit(second, m_unit);
+  m_tol = CoincidenceTol(NuGetLengthTol() / m_unit, size / m_unit);
+}
+
+CNuPoint QuadricMeeting::World(Vec3 p) const {
+  return ToPoint(m_unit * p);
+}
+
+// Two surfaces that touch within the tolerance, in a place that is as far from either.
+bool QuadricMeeting::IsOnBoth(Vec3 p) const {
+  constexpr double kShares = 4.0;  // of the surfaces, their axes and radii
+  const double tol = kShares * CoincidenceTol(m_tol, LargestComponent(p));
+  return std::fabs(m_first.OffsetOf(p).distance) <= tol && std::fabs(m_second.OffsetOf(p).distance) <= tol;
+}
+
+bool QuadricMeeting::IsOnBoth(const CNuObject& object) const {
+  const CNuPointArray points = SomePointsOf(object, m_unit);
+  for (int i = 0; i < points.GetSize(); ++i) {
+    if (!IsOnBoth((1.0 / m_unit) * Components(points[i]))) return false;
+  }
+  return true;
+}
+
+void QuadricMeeting::Require(bool isOnBoth) const {
+  if (!isOnBoth) FailOperation(46, "calculation", m_where);
+}
+
+void QuadricMeeting::AddPoint(Vec3 p) {
+  Require(IsOnBoth(p));
+  m_found.push_back(std::make_unique<CNuPoint>(World(p)));
+}
+
+void QuadricMeeting::AddLine(Vec3 point, Vec3 direction) {
+  Require(IsOnBoth(point));
+  m_found.push_back(std::make_unique<CNuLine>(World(point), ToVector(direction)));
+}
+
+void QuadricMeeting::AddCircle(Vec3 centre, Vec3 normal, double radius) {
+  const AxisFrame frame = AxisFrame::Along(centre, normal);
+  Require(radius > 0.0 && IsOnBoth(centre + radius * frame.x) && IsOnBoth(centre + radius * frame.y));
+  m_found.push_back(std::make_unique<CNuCircle>(m_unit * radius, World(centre), ToVector(normal)));
+}
+
+template<class Surface>
+bool QuadricMeeting::AddSections(const Surface& surface, const std::vector<Plane3>& planes) {
+  NewObjects sections;
+  for (const Plane3& plane : planes) {
+    CNuObjArray conics(2);
+    CNuPlane(World(plane.point), ToVector(plane.normal)).IntersectWith(surface, &conics);
+    const std::size_t before = sections.size();
+    for (int i = 0; i < conics.GetSize(); ++i) sections.emplace_back(conics[i]);
+    for (std::size_t i = before; i < sections.size(); ++i) {
+      if (!IsOnBoth(*sections[i])) return false;
+    }
+    if (sections.size() == before) return false;
+  }
+  for (auto& section : sections) m_found.push_back(std::move(section));
+  return true;
+}
+template bool QuadricMeeting::AddSections(const CNuCylSurf& surface, const std::vector<Plane3>& planes);
+template bool QuadricMeeting::AddSections(const CNuConSurf& surface, const std::vector<Plane3>& planes);
+
+void QuadricMeeting::AddBranches(const QuadricBranches& branches, const AxisFrame& frame, double unit) {
+  AxisFrame world = frame;
+  world.origin = m_unit * frame.origin;
+  for (const QuadricCurve& curve : branches.curves) m_found.emplace_back(NewPCurve(curve, world, m_unit * unit));
+  for (const Vec3& p : branches.points) {
+    AddPoint(frame.origin + unit * (p.x * frame.x + p.y * frame.y + p.z * frame.z));
+  }
+}
+
+// A cylinder is taken at the point of its axis that is nearest to the origin.
+QuadricStage::QuadricStage(const RoundQuadric& base, const RoundQuadric& other, Vec3 origin, double meetingTol)
+    : frame(AxisFrame::Along(origin, base.axis)) {
+  pair.base = base;
+  pair.base.point = {};
+  pair.base.axis = {0.0, 0.0, 1.0};
+  pair.other = other;
+  pair.other.point = frame.Local(other.point);
+  pair.other.axis = {Dot(other.axis, frame.x), Dot(other.axis, frame.y), Dot(other.axis, frame.z)};
+  if (other.kind == RoundQuadric::Kind::kCylinder) {
+    pair.other.point = Rejection(pair.other.point, pair.other.axis);
+  }
+  unit = UnitFor(std::max({base.radius, other.radius, Norm(pair.other.point)}));
+  pair.base = InUnit(pair.base, unit);
+  pair.other = InUnit(pair.other, unit);
+  tol = CoincidenceTol(meetingTol, LargestComponent(origin)) / unit;
+}
+
+CNuMatrix QuadricStage::Quadric() const {
+  const RoundQuadric& other = pair.other;
+  const CNuPoint point = ToPoint(other.point);
+  const double radius = std::max(other.radius, DBL_MIN);  // one that vanishes beside the other surface
+  if (other.kind == RoundQuadric::Kind::kSphere) return CNuSphSurf(radius, point).ToAlgebraicForm();
+  const CNuVector axis = ToVector(other.axis);
+  if (other.kind == RoundQuadric::Kind::kCylinder) return CNuCylSurf(radius, point, axis).ToAlgebraicForm();
+  return CNuConSurf(SemiAngleOf(other), point, axis).ToAlgebraicForm();
+}
+
+void QuadricStage::TakeCurve(const CNuTriagPolynomial* curve) {
+  Wave2* waves[] = {&pair.a, &pair.h, &pair.c};
+  for (int i = 0; i < 3; ++i) {
+    const CNuTriagPolynomial& p = curve[i];
+    *waves[i] = {};
+    waves[i]->c0 = p.Cos(0);
+    if (p.GetDegree() > 0) waves[i]->c1 = p.Cos(1), waves[i]->s1 = p.Sin(1);
+    if (p.GetDegree() > 1) waves[i]->c2 = p.Cos(2), waves[i]->s2 = p.Sin(2);
+  }
+}
+
+int MonotoneRanges(const CNuTriagPolynomial* curve, CNuInterval* ranges) {
+  CNuTriagPolynomial discriminant = curve[1] * curve[1] - curve[0] * curve[2];
+  discriminant.Simplify(NuGetTol());
+  CNuTriagPolynomial slope(discriminant.GetDegree());
+  for (int k = 1; k <= slope.GetDegree(); ++k) {
+    slope.Cos(k) = k * discriminant.Sin(k);
+    slope.Sin(k) = -k * discriminant.Cos(k);
+  }
+  const std::vector<double> ends = RootsOf(slope);
+  const std::size_t count = std::min<std::size_t>(ends.size(), kMostRanges);
+  for (std::size_t i = 0; i < count; ++i) {
+    ranges[i] = CNuInterval(ends[i], i + 1 < count ? ends[i + 1] : ends[0] + Nu_2PI, 0, 0);
+  }
+  return static_cast<int>(count);
+}
+
+std::vector<double> RootsOf(const CNuTriagPolynomial& p) {
+  CNuTriagEqu equation;
+  equation.Solve(p);
+  const CNuDoubleArray roots = equation.GetDistinctRoots(0.0);
+  return {roots.GetData(), roots.GetData() + roots.GetSize()};
+}
+
+void FindAsymptotes(const CNuTriagPolynomial& p, double* asymptotes, int* simple, int* twofold) {
+  CNuTriagEqu equation;
+  equation.Solve(p);
+  const CNuDoubleArray roots = equation.GetRoots();
+  int count = 0;
+  for (const bool touches : {false, true}) {
+    for (int i = 0, same = 1; i < roots.GetSize(); i += same, same = 1) {
+      while (i + same < roots.GetSize() && roots[i + same] == roots[i]) ++same;
+      if ((same % 2 == 0) == touches) asymptotes[count++] = roots[i];
+    }
+    if (!touches) *simple = count;
+  }
+  *twofold = count - *simple;
+}
+
+std::vector<double> LowerEnds(const CNuInterval* ranges, int count) {
+  std::vector<double> ends(static_cast<std::size_t>(count));
+  double upper = 0.0;
+  for (int i = 0; i < count; ++i) ranges[i].GetBounds(&ends[static_cast<std::size_t>(i)], &upper);
+  return ends;
+}
+
+namespace {
+
+// Without the one nearest to an angle.
+void Remove(double u, std::vector<double>& angles) {
+  const auto distance = [u](double angle) { return std::fabs(std::sin(0.5 * (angle - u))); };
+  const auto nearest =
+      std::min_element(angles.begin(), angles.end(), [&](double a, double b) { return distance(a) < distance(b); });
+  if (nearest != angles.end()) angles.erase(nearest);
+}
+
+// The generator that a cylinder, along its axis, or a cone, through its apex, has in common with the base.
+double AngleOfCommon(const RoundQuadric& other) {
+  const Vec3 way = other.kind == RoundQuadric::Kind::kCylinder ? other.axis : other.point;
+  return way.z < 0.0 ? std::atan2(-way.y, -way.x) : std::atan2(way.y, way.x);
+}
+
+}  // namespace
+
+void MeetOnCone(QuadricStage stage, const ConeContact& contact, ConeKernel kernel, QuadricMeeting& meeting) {
+  CNuTriagPolynomial curve[3];
+  CNuInterval ranges[kMostRanges];
+  double angles[kMostRanges];
+  int simple = 0;
+  int twofold = 0;
+  int apexSide = 0;
+  const CNuConSurf upright(SemiAngleOf(stage.pair.base));
+  const int count = (upright.*kernel)(stage.Quadric(), curve, ranges, angles, &simple, &twofold, &apexSide);
+  stage.TakeCurve(curve);
+  const QuadricPair& pair = stage.pair;
+  std::vector<double> asymptotes(angles, angles + simple + twofold);
+  QuadricBranches branches;
+  if (contact.atInfinity) {
+    branches = BranchesThroughInfinity(pair, RootsOf(curve[1]));
+  } else if (contact.alongGenerator) {
+    const double common = AngleOfCommon(pair.other);
+    if (pair.other.kind == RoundQuadric::Kind::kCone) Remove(common, asymptotes);
+    branches = BranchesBesideLine(pair, asymptotes, common);
+  } else if (contact.atApex || apexSide == 0) {
+    branches = BranchesThroughApex(pair, asymptotes, stage.tol);
+  } else {
+    branches = BranchesOf(pair, LowerEnds(ranges, count), asymptotes, stage.tol);
+  }
+  meeting.AddBranches(branches, stage.frame, stage.unit);
+}
+
+double AngleBetween(Vec3 a, Vec3 b) {
+  return std::atan2(Norm(Cross(a, b)), std::fabs(Dot(a, b))) * (180.0 / Nu_PI);
+}
+
+bool AreSameAngles(double a, double b) {
+  constexpr double kRoundings = 8.0 * 90.0 * DBL_EPSILON;  // of angles in degrees
+  return std::fabs(a - b) <= std::fmax(NuGetDegreeTol(), kRoundings);
+}
+
+std::vector<Plane3> PlanesAroundSphere(const RoundQuadric& first, const RoundQuadric& second, Vec3 centre,
+                                       double radius) {
+  const auto towards = [&](const RoundQuadric& surface) {
+    const double along = Dot(surface.point - centre, surface.axis);
+    return surface.kind == RoundQuadric::Kind::kCone && along < 0.0 ? -1.0 * surface.axis : surface.axis;
+  };
+  std::vector<Plane3> planes;
+  for (const double sign : {1.0, -1.0}) {
+    const Vec3 normal = second.cosine * towards(first) - sign * first.cosine * towards(second);
+    const double offset = radius * (first.sine * second.cosine - sign * second.sine * first.cosine);
+    const double length = Norm(normal);
+    planes.push_back({centre + (offset / (length * length)) * normal, (1.0 / length) * normal});
+  }
+  return planes;
+}
+
+}  // namespace nu::internal

@@ -1,0 +1,112 @@
+#ifndef NU_SURFACES_INTERNAL_QUADRIC_MEETING_H
+#define NU_SURFACES_INTERNAL_QUADRIC_MEETING_H
+
+#include "nu/foundation/internal/new_objects.h"
+#include "nu/foundation/interval.h"
+#include "nu/geometry/internal/axis_frame.h"
+#include "nu/linalg/matrix.h"
+#include "nu/numerics/triag_polynomial.h"
+#include "nu/surfaces/internal/quadric_branches.h"
+
+// What the intersections of cylinders, cones and spheres share. Only their sources include this.
+namespace nu::internal {
+
+RoundQuadric RoundDataOf(const CNuCylSurf& cylinder);
+RoundQuadric RoundDataOf(const CNuConSurf& cone);
+RoundQuadric RoundDataOf(const CNuSphSurf& sphere);
+
+// Two surfaces in a unit of length of about their largest coordinate or radius, a power of two, and what they have in
+// common in the caller's unit. What is added must be on both surfaces, by the tolerance they touch by: else
+// CNuOperationException cause 46, "calculation", at the operation that `where` names.
+class QuadricMeeting {
+ public:
+  QuadricMeeting(const RoundQuadric& first, const RoundQuadric& second, const char* where);
+
+  bool IsFinite() const { return m_isFinite; }
+  const RoundQuadric& First() const { return m_first; }
+  const RoundQuadric& Second() const { return m_second; }
+  // How close surfaces that touch come.
+  double Tol() const { return m_tol; }
+
+  void AddPoint(Vec3 p);
+  void AddLine(Vec3 point, Vec3 direction);
+  void AddCircle(Vec3 centre, Vec3 normal, double radius);
+  // The conics in which planes cut the surface, one of the two; false, and nothing added, unless they are on both.
+  template<class Surface>
+  bool AddSections(const Surface& surface, const std::vector<Plane3>& planes);
+  // Curves and points in a frame of their own, in the given unit.
+  void AddBranches(const QuadricBranches& branches, const AxisFrame& frame, double unit);
+
+  int HandOverTo(CNuObjArray* result) { return HandOver(std::move(m_found), result); }
+
+ private:
+  bool IsOnBoth(Vec3 p) const;
+  bool IsOnBoth(const CNuObject& object) const;
+  void Require(bool isOnBoth) const;
+  CNuPoint World(Vec3 p) const;
+
+  double m_unit = 1.0;
+  bool m_isFinite = false;
+  RoundQuadric m_first;
+  RoundQuadric m_second;
+  double m_tol = 0.0;
+  const char* m_where;
+  NewObjects m_found;
+};
+
+// A base on whose generators the other surface is met, in its own upright frame and a unit of the size of both there.
+struct QuadricStage {
+  QuadricStage(const RoundQuadric& base, const RoundQuadric& other, Vec3 origin, double tol);
+
+  // The other surface's matrix.
+  CNuMatrix Quadric() const;
+  void TakeCurve(const CNuTriagPolynomial* curve);
+
+  AxisFrame frame;
+  double unit = 1.0;
+  double tol = 0.0;
+  QuadricPair pair;
+};
+
+inline Line3 AxisOf(const RoundQuadric& surface) {
+  return {surface.point, surface.axis};
+}
+
+// For the quadratic curve[0] t^2 + 2 curve[1] t + curve[2] of a kernel: the ranges of u, one turn in all, at whose ends
+// the discriminant is stationary, and their number; none where it is constant.
+inline constexpr int kMostRanges = 4;
+int MonotoneRanges(const CNuTriagPolynomial* curve, CNuInterval* ranges);
+// All roots, each once.
+std::vector<double> RootsOf(const CNuTriagPolynomial& p);
+// The angles of generators that are parallel to one of the quadric, up to four: first those where p changes its sign,
+// then those where it only touches 0.
+void FindAsymptotes(const CNuTriagPolynomial& p, double* asymptotes, int* simple, int* twofold);
+// The lower ends of ranges.
+std::vector<double> LowerEnds(const CNuInterval* ranges, int count);
+
+// What is known of a cone and the surface it meets: its apex is on that, with one of its generators or without; all its
+// generators are parallel to one of that.
+struct ConeContact {
+  bool atApex = false;
+  bool alongGenerator = false;
+  bool atInfinity = false;
+};
+using ConeKernel = int (CNuConSurf::*)(const CNuMatrix&, CNuTriagPolynomial*, CNuInterval*, double*, int*, int*,
+                                       int*) const;
+// Adds the branches on the generators of the cone that is the base, but for a common one.
+void MeetOnCone(QuadricStage stage, const ConeContact& contact, ConeKernel kernel, QuadricMeeting& meeting);
+
+// The undirected angle between two unit directions, in degrees.
+double AngleBetween(Vec3 a, Vec3 b);
+// Within NuGetDegreeTol(), or some roundings.
+bool AreSameAngles(double a, double b);
+
+// The two planes in which two cones or cylinders with a common inscribed sphere around `centre` meet. With the unit
+// vector d from the centre towards the apex, or along the axis of a cylinder (where the semi-angle is 0), the sphere of
+// the radius R makes its cone |q|^2 - R^2 = ((d.q - R sin a) / cos a)^2.
+std::vector<Plane3> PlanesAroundSphere(const RoundQuadric& first, const RoundQuadric& second, Vec3 centre,
+                                       double radius);
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,361 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "nu/nu.h"
+#include "support/clouds.h"
+#include "support/failures.h"
+
+namespace {
+
+using nu::test::kDegree;
+using nu::test::Motion;
+using nu::test::Random;
+using nu::test::RandomMotion;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+using Surface = std::variant<CNuCylSurf, CNuConSurf, CNuSphSurf>;
+using Objects = std::vector<std::unique_ptr<CNuObject>>;
+
+template<class T>
+const T& As(const std::unique_ptr<CNuObject>& object) {
+  return static_cast<const T&>(*object);
+}
+
+// The array held something before.
+Objects Common(const Surface& a, const Surface& b) {
+  CNuPoint old;
+  CNuObjArray found(1);
+  found.Add(&old);
+  const auto meet = [&](const auto& first, const auto& second) { return first.IntersectWith(second, &found); };
+  const int count = std::visit(meet, a, b);
+  EXPECT_EQ(found.GetSize(), count);
+  Objects objects;
+  for (int i = 0; i < count; ++i) objects.emplace_back(found[i]);
+  return objects;
+}
+
+double Size(const CNuPoint& p) {
+  return p.To3DVector().Magnitude();
+}
+
+double Off(const CNuPoint& p, const Surface& surface) {
+  if (const auto* sphere = std::get_if<CNuSphSurf>(&surface)) {
+    return std::fabs(p.DistanceTo(sphere->GetCentre()) - sphere->GetRadius());
+  }
+  if (const auto* cylinder = std::get_if<CNuCylSurf>(&surface)) {
+    return std::fabs(p.DistanceTo(cylinder->GetAxis()) - cylinder->GetRadius());
+  }
+  const auto& cone = std::get<CNuConSurf>(surface);
+  const double a = cone.GetSemiAngle() * kDegree;
+  const double z = (p - cone.GetApex()).To3DVector() % cone.GetAxisDirection();
+  return std::fabs(p.DistanceTo(cone.GetAxis()) * std::cos(a) - std::fabs(z) * std::sin(a));
+}
+
+CNuPoint Along(const CNuPoint& p, const CNuVector& v) {
+  return p + CNuPoint(v[0], v[1], v[2]);
+}
+
+CNuPointArray PointsOf(const std::unique_ptr<CNuObject>& object) {
+  CNuPointArray points(2);
+  switch (object->GetType()) {
+    case CNuObject::NuTypePoint:
+      points.Add(As<CNuPoint>(object));
+      break;
+    case CNuObject::NuTypeLine:
+      for (const double t : {-2.0, 1.0}) {
+        points.Add(Along(As<CNuLine>(object).GetPoint(), As<CNuLine>(object).GetDirection() * t));
+      }
+      break;
+    case CNuObject::NuTypeHyperbola:
+      for (const int branch : {0, 1}) points.Append(As<CNuHyperbola>(object).ToPointArray(9, -2.0, 2.0, branch));
+      break;
+    case CNuObject::NuTypeParabola:
+      for (const int side : {0, 1}) points.Append(As<CNuParabola>(object).ToPointArray(9, 0.0, 5.0, side));
+      break;
+    case CNuObject::NuTypePCurve:
+      return As<CNuPCurve>(object).ToPointArray(101);
+    default:
+      if (object->GetType() == CNuObject::NuTypeEllipse) return As<CNuEllipse>(object).ToPointArray(17);
+      return As<CNuCircle>(object).ToPointArray(17);
+  }
+  return points;
+}
+
+double DistanceTo(const Objects& objects, const CNuPoint& p) {
+  double least = kInf;
+  for (const auto& object : objects) {
+    const auto type = object->GetType();
+    least = std::min(least, type == CNuObject::NuTypePoint    ? p.DistanceTo(As<CNuPoint>(object))
+                            : type == CNuObject::NuTypeLine   ? p.DistanceTo(As<CNuLine>(object))
+                            : type == CNuObject::NuTypePCurve ? As<CNuPCurve>(object).DistanceTo(p)
+                                                              : p.DistanceTo(As<CNuCurve>(object)));
+  }
+  return least;
+}
+
+// The points in which some lines of the first surface meet the second.
+CNuPointArray SomeCommonPoints(const Surface& a, const Surface& b, int lines) {
+  CNuPointArray points(1);
+  if (std::holds_alternative<CNuSphSurf>(a)) return points;
+  const auto* cylinder = std::get_if<CNuCylSurf>(&a);
+  const auto* cone = std::get_if<CNuConSurf>(&a);
+  const CNuLine axis = cylinder ? cylinder->GetAxis() : cone->GetAxis();
+  CNuVector z = axis.GetDirection(), x, y;
+  z.OrthonormalXY(&x, &y);
+  for (int i = 0; i < lines; ++i) {
+    const double u = (i + 0.37) * (360.0 * kDegree / lines);
+    const CNuVector e = x * std::cos(u) + y * std::sin(u);
+    const double tilt = cone ? cone->GetSemiAngle() * kDegree : 0.0;
+    const CNuLine line = cone ? CNuLine(axis.GetPoint(), e * std::sin(tilt) + z * std::cos(tilt))
+                              : CNuLine(Along(axis.GetPoint(), e * cylinder->GetRadius()), z);
+    CNuPoint p[2];
+    const int count = std::visit([&](const auto& surface) { return line.IntersectWith(surface, &p[0], &p[1]); }, b);
+    for (int k = 0; k < count; ++k) points.Add(p[k]);
+  }
+  return points;
+}
+
+// A branch that goes to infinity is cut there: none comes back on the other side.
+void ExpectNoLeaps(const Objects& found, double size) {
+  for (const auto& object : found) {
+    if (object->GetType() != CNuObject::NuTypePCurve) continue;
+    const CNuPointArray points = As<CNuPCurve>(object).ToPointArray(401);
+    for (int i = 1; i < 401; ++i) {
+      const CNuVector before = points[i - 1].To3DVector(), after = points[i].To3DVector();
+      ASSERT_TRUE(std::min(before.Magnitude(), after.Magnitude()) < 20.0 * size || before % after > 0.0) << i;
+    }
+    ASSERT_EQ(points[0].DistanceTo(points[400]) <= 1e-14 * size, As<CNuPCurve>(object).IsClosed() == NuTrue);
+  }
+}
+
+void ExpectCommon(const Objects& found, const Surface& a, const Surface& b, double size, double tol) {
+  for (const auto& object : found) {
+    const CNuPointArray points = PointsOf(object);
+    for (int i = 0; i < points.GetSize(); ++i) {
+      ASSERT_LE(std::max(Off(points[i], a), Off(points[i], b)), tol * std::max(size, Size(points[i])));
+    }
+  }
+  for (const bool swapped : {false, true}) {
+    const CNuPointArray points = swapped ? SomeCommonPoints(b, a, 8) : SomeCommonPoints(a, b, 8);
+    for (int i = 0; i < points.GetSize(); ++i) {
+      if (Size(points[i]) > 50.0 * size) continue;
+      ASSERT_LE(DistanceTo(found, points[i]), 1e3 * tol * std::max(size, Size(points[i])));
+    }
+  }
+}
+
+CNuPoint RandomPoint(Random& random, double reach) {
+  const double x = random.Uniform(-reach, reach);
+  const double y = random.Uniform(-reach, reach);
+  return {x, y, random.Uniform(-reach, reach)};
+}
+
+Surface RandomSurface(Random& random, int kind, double size) {
+  const CNuPoint p = RandomPoint(random, size);
+  const CNuVector d = RandomMotion(random, 0.0).Direction({1, 0, 0}).To3DVector();
+  const double share = random.Uniform(0.1, 2.0);
+  if (kind == 0) return CNuCylSurf(size * share, p, d);
+  if (kind == 1) return CNuConSurf(44.0 * share, p, d);
+  return CNuSphSurf(size * share, p);
+}
+
+TEST(QuadricIntersections, OfRandomPairsAreOnBothAndNoneIsMissed) {
+  Random random(701);
+  int closed = 0, open = 0;
+  for (int run = 0; run < 600; ++run) {
+    const double size = std::pow(10.0, random.Below(9) - 4);
+    const int first = run % 2;
+    const Surface a = RandomSurface(random, first, size);
+    const Surface b = RandomSurface(random, run % 3, size);
+    const Objects found = Common(a, b);
+    ExpectCommon(found, a, b, size, 1e-13);
+    ExpectNoLeaps(found, size);
+    if (HasFatalFailure()) FAIL() << "run " << run;
+    ASSERT_EQ(Common(b, a).size(), found.size()) << run;
+    for (const auto& object : found) {
+      ASSERT_EQ(object->GetType(), CNuObject::NuTypePCurve);
+      ++(As<CNuPCurve>(object).IsClosed() ? closed : open);
+    }
+  }
+  EXPECT_GT(closed, 500);
+  EXPECT_GT(open, 150);
+}
+
+CNuCylSurf Cylinder(double radius, const CNuPoint& p, const CNuVector& d) {
+  return CNuCylSurf(radius, p, d);
+}
+
+CNuConSurf Cone(double semiAngle, const CNuPoint& p, const CNuVector& d) {
+  return CNuConSurf(semiAngle, p, d);
+}
+
+// (sin, 0, cos), in degrees.
+CNuVector Tilted(double angle) {
+  return {std::sin(angle * kDegree), 0.0, std::cos(angle * kDegree)};
+}
+
+CNuPoint TiltedPoint(double angle, double distance) {
+  return Along(CNuPoint(), Tilted(angle) * distance);
+}
+
+struct Position {
+  const char* name;
+  Surface a;
+  Surface b;
+  const char*
+      expected;  // the kinds that are found, in alphabetical order; closed curves as in "8": with a double point
+};
+
+std::string KindsOf(const Objects& found) {
+  std::vector<std::string> kinds;
+  for (const auto& object : found) {
+    const auto type = object->GetType();
+    std::string kind = type == CNuObject::NuTypePoint       ? "point"
+                       : type == CNuObject::NuTypeLine      ? "line"
+                       : type == CNuObject::NuTypeCircle    ? "circle"
+                       : type == CNuObject::NuTypeEllipse   ? "ellipse"
+                       : type == CNuObject::NuTypeHyperbola ? "hyperbola"
+                       : type == CNuObject::NuTypeParabola  ? "parabola"
+                                                            : "open";
+    if (type == CNuObject::NuTypePCurve && As<CNuPCurve>(object).IsClosed()) {
+      double lower = 0.0, upper = 0.0;
+      As<CNuPCurve>(object).GetRange().GetBounds(&lower, &upper);
+      kind = upper - lower > 7.0 ? "8" : "closed";
+    }
+    kinds.push_back(kind);
+  }
+  std::sort(kinds.begin(), kinds.end());
+  std::string all;
+  for (const std::string& kind : kinds) all += (all.empty() ? "" : " ") + kind;
+  return all;
+}
+
+std::vector<Position> SpecialPositions() {
+  const CNuVector x(1, 0, 0), y(0, 1, 0), z(0, 0, 1);
+  const CNuCylSurf pin(1.0);
+  const CNuConSurf tip(30.0);
+  const double s30 = 0.5, t30 = std::tan(30 * kDegree), c30 = std::cos(30 * kDegree);
+  const CNuVector onTip = Tilted(30.0), acrossTip(c30, 0.0, -s30);
+  const CNuPoint onTip2 = TiltedPoint(30.0, 2.0);
+  const double c20 = std::cos(20 * kDegree), s20 = std::sin(20 * kDegree);
+  std::vector<Position> all = {
+      {"parallel, crossing", pin, Cylinder(1, {1, 0, 0}, z), "line line"},
+      {"parallel, touching", pin, Cylinder(1, {2, 0, 3}, z * -1.0), "line"},
+      {"parallel, touching inside", pin, Cylinder(2, {1, 0, 0}, z), "line"},
+      {"parallel, apart", pin, Cylinder(1, {3, 0, 0}, z), ""},
+      {"equal cylinders", pin, Cylinder(1, {0, 0, 5}, z), ""},
+      {"equal radii, axes meet", pin, Cylinder(1, {0, 0, 0}, x), "ellipse ellipse"},
+      {"equal radii, axes meet aslant", pin, Cylinder(1, {0, 0, 2}, Tilted(40)), "ellipse ellipse"},
+      {"equal radii, axes pass", pin, Cylinder(1, {0, 0.5, 0}, x), "closed"},
+      {"bore through a pin", pin, Cylinder(2, {0, 0.3, 1}, Tilted(70)), "closed closed"},
+      {"cylinders touch", pin, Cylinder(2, {0, 3, 1}, Tilted(70)), "point"},
+      {"cylinders touch inside", pin, Cylinder(2, {0, 1, 1}, Tilted(70)), "8"},
+      {"sphere on the axis", pin, CNuSphSurf(2, {0, 0, 3}), "circle circle"},
+      {"sphere in the bore, touching", pin, CNuSphSurf(1, {0, 0, 3}), "circle"},
+      {"sphere in the bore", pin, CNuSphSurf(0.5, {0, 0, 3}), ""},
+      {"Viviani", pin, CNuSphSurf(2, {1, 0, 0}), "8"},
+      {"sphere touches the cylinder", pin, CNuSphSurf(2, {3, 0, 0}), "point"},
+      {"sphere touches inside the cylinder", pin, CNuSphSurf(0.5, {0.5, 0, 0}), "point"},
+      {"sphere apart", pin, CNuSphSurf(1, {3, 0, 0}), ""},
+      {"coaxial cone", pin, Cone(30, {0, 0, 1}, z * -1.0), "circle circle"},
+      {"parallel cone", pin, Cone(30, {0.3, 0, 1}, z), "closed closed"},
+      {"apex on the axis", pin, Cone(30, {0, 0, 1}, Tilted(45)), "closed closed"},
+      {"apex on, axis across", pin, Cone(30, {1, 0, 0}, x), "closed point"},
+      {"apex on, axis along the surface", pin, Cone(30, {1, 0, 0}, y), "closed"},
+      {"apex on, axis parallel", pin, Cone(30, {1, 0, 0}, z), "closed"},
+      {"apex on, a generator touches", pin, Cone(30, {1, 0, 0}, {s30, c30, 0}), "closed"},
+      {"common generator", pin, Cone(30, {1, 0, 0}, {0, s30, c30}), "line open"},
+      {"common generator, aslant", pin, Cone(30, {1, 0, 0}, {s30 * 0.6, s30 * 0.8, c30}), "line open"},
+      {"parallel generators, cut", pin, Cone(30, {0.5, 0.5, 0}, Tilted(30)), "open open"},
+      {"parallel generators, cut once", pin, Cone(30, {0.2, 1, 0}, {0, s30, c30}), "open"},
+      {"cylinder touches the cone", Cylinder(1, {5, 5 * t30 + 1 / c30, 0}, z), Cone(30, {0, 0, 0}, x), "point"},
+      {"cylinder touches inside", Cylinder(1, {5, 5 * t30 - 1 / c30, 0}, z), Cone(30, {0, 0, 0}, x), "8"},
+      {"sphere on the cone's axis", tip, CNuSphSurf(3, {0, 0, 1}), "circle circle"},
+      {"sphere in the cone, touching", tip, CNuSphSurf(0.5, {0, 0, 1}), "circle"},
+      {"sphere in the cone", tip, CNuSphSurf(0.4, {0, 0, 1}), ""},
+      {"sphere around the apex", tip, CNuSphSurf(1, {0, 0, 0}), "circle circle"},
+      {"sphere through the apex", tip, CNuSphSurf(1, {0, 0, 1}), "circle point"},
+      {"sphere through the apex, aside", tip, CNuSphSurf(1, TiltedPoint(40, 1)), "closed point"},
+      {"sphere through the apex, beside", tip, CNuSphSurf(1, TiltedPoint(80, 1)), "closed"},
+      {"sphere touches the cone", tip, CNuSphSurf(2 * s20, TiltedPoint(50, 2)), "point"},
+      {"sphere touches inside the cone", tip, CNuSphSurf(2 * std::sin(10 * kDegree), TiltedPoint(20, 2)), "point"},
+      {"sphere touches around the cone", tip, CNuSphSurf(2 * std::sin(50 * kDegree), TiltedPoint(20, 2)), "8"},
+      {"coaxial, same angle", tip, Cone(30, {0, 0, 2}, z * -1.0), "circle"},
+      {"coaxial, other angle", tip, Cone(50, {0, 0, 2}, z), "circle circle"},
+      {"coaxial, common apex", tip, Cone(50, {0, 0, 0}, z), "point"},
+      {"equal cones", tip, Cone(30, {0, 0, 0}, z * -1.0), ""},
+      {"common apex, crossing", tip, Cone(20, {0, 0, 0}, Tilted(40)), "line line"},
+      {"common apex, touching", tip, Cone(20, {0, 0, 0}, Tilted(50)), "line"},
+      {"common apex, touching inside", tip, Cone(20, {0, 0, 0}, Tilted(-170)), "line"},
+      {"common apex only", tip, Cone(20, {0, 0, 0}, Tilted(70)), "point"},
+      {"common apex, flat", CNuConSurf(50), Cone(60, {0, 0, 0}, Tilted(80)), "line line line line"},
+      {"common apex, flat, touching", CNuConSurf(50), Cone(60, {0, 0, 0}, Tilted(70)), "line line line"},
+      {"same angle, side by side", tip, Cone(30, {1, 0, 0}, z), "hyperbola"},
+      {"same angle, one in the other", tip, Cone(30, {0.3, 0, 2}, z), "ellipse"},
+      {"same angle, along a generator", tip, Cone(30, onTip2, z), "line"},
+      {"common generator of cones", tip, Cone(20, onTip2, onTip * c20 + y * s20), "line open"},
+      {"touching along a generator", tip, Cone(20, onTip2, onTip * c20 + acrossTip * s20), "ellipse line"},
+      {"apex on the cone", tip, Cone(20, onTip2, y), "closed"},
+      {"apex on the cone, axis across", tip, Cone(20, onTip2, acrossTip), "closed point"},
+      {"cones touch", tip,
+       Cone(25, Along(onTip2, y * -2.0), y * std::cos(25 * kDegree) + acrossTip * std::sin(25 * kDegree)), "point"},
+      {"cones touch inside", tip,
+       Cone(25, Along(onTip2, y * -2.0), y * std::cos(25 * kDegree) - acrossTip * std::sin(25 * kDegree)), "8"},
+  };
+  for (const double angle : {10.0, 50.0, 90.0}) {
+    all.push_back(
+        {"cylinder and cone around a sphere", pin, Cone(30, TiltedPoint(angle, 2), Tilted(angle)), "ellipse ellipse"});
+  }
+  all.push_back({"the same, touching along a line", pin, Cone(30, TiltedPoint(30, 2), Tilted(30)), "ellipse line"});
+  const std::pair<double, const char*> around[] = {
+      {20, "ellipse hyperbola"}, {60, "ellipse ellipse"}, {10, "ellipse parabola"}, {50, "ellipse line"}};
+  for (const auto& [angle, expected] : around) {
+    all.push_back({"cones around a sphere", Cone(30, {0, 0, -2}, z),
+                   Cone(20, TiltedPoint(angle, 1 / s20), Tilted(angle)), expected});
+  }
+  return all;
+}
+
+Surface Moved(const Motion& motion, const Surface& surface) {
+  if (const auto* sphere = std::get_if<CNuSphSurf>(&surface)) {
+    return CNuSphSurf(sphere->GetRadius(), motion(sphere->GetCentre()));
+  }
+  CNuPoint p;
+  CNuVector d;
+  double value = 0.0;
+  if (const auto* cylinder = std::get_if<CNuCylSurf>(&surface)) {
+    cylinder->GetData(&value, &p, &d);
+    return CNuCylSurf(value, motion(p), motion.Direction({d[0], d[1], d[2]}).To3DVector());
+  }
+  std::get<CNuConSurf>(surface).GetData(&value, &p, &d);
+  return CNuConSurf(value, motion(p), motion.Direction({d[0], d[1], d[2]}).To3DVector());
+}
+
+// At home, and anywhere within 1e4.
+TEST(QuadricIntersections, InSpecialPositions) {
+  Random random(702);
+  for (const Position& position : SpecialPositions()) {
+    for (int run = 0; run < 20; ++run) {
+      const double offset = run == 0 ? 0.0 : 1e4;
+      const Motion motion = RandomMotion(random, offset);
+      const Surface a = run == 0 ? position.a : Moved(motion, position.a);
+      const Surface b = run == 0 ? position.b : Moved(motion, position.b);
+      const Objects found = Common(a, b);
+      ASSERT_EQ(KindsOf(found), position.expected) << position.name << ", run " << run;
+      ASSERT_EQ(KindsOf(Common(b, a)), position.expected) << position.name << " swapped, run " << run;
+      ExpectCommon(found, a, b, 3.0 + offset, run == 0 ? 1e-12 : 1e-14);
+      if (HasFatalFailure()) FAIL() << position.name << ", run " << run;
+    }
+  }
+}
+
+}  // namespace
