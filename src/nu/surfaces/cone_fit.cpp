@@ -23,6 +23,7 @@ using nu::internal::Deviations;
 using nu::internal::FailFit;
 using nu::internal::GaussNewtonEnd;
 using nu::internal::GaussNewtonRule;
+using nu::internal::LoadVec3;
 using nu::internal::PointAlong;
 using nu::internal::PointBlocks;
 using nu::internal::PointSample;
