@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "nu/geometry/internal/axis_candidates.h"
 #include "nu/geometry/internal/lanes.h"
 #include "nu/geometry/internal/principal_direction.h"
 
@@ -156,20 +157,12 @@ Reach ReachOf(PointBlocks& points, const AxisFrame& frame) {
   return reach;
 }
 
-// Two rings of axes around the direction. No axis that leans farther than `tilt`, the sine of the outer ring's angle,
-// can do better: the points are too long for it.
-template<class Visit>
-void ForDirectionsAround(const Vec3& direction, const Vec3& across, double tilt, Visit visit) {
-  constexpr double kHalf = 0.5;
-  constexpr double kRootThreeQuarters = 0.8660254037844386;
-  const Vec3 x = Unit(Rejection(across, direction));
-  const Vec3 y = Cross(direction, x);
-  const Vec3 corners[] = {x,          kHalf * x + kRootThreeQuarters * y,    (-kHalf) * x + kRootThreeQuarters * y,
-                          (-1.0) * x, (-kHalf) * x - kRootThreeQuarters * y, kHalf * x - kRootThreeQuarters * y};
-  for (const double sine : {kHalf * tilt, tilt}) {
-    const double cosine = std::sqrt(1.0 - sine * sine);
-    for (const Vec3& corner : corners) visit(cosine * direction + sine * corner, cosine * corner - sine * direction);
-  }
+// Frames turn with the points, so that the optimum found does. Of two principal directions one is across.
+Vec3 PrincipalAcross(PointBlocks& points, const Vec3& direction) {
+  constexpr double mostCosine = 0.8;
+  const Vec3 smallest = FindPrincipalDirection(points, Extent::smallest).direction;
+  if (std::fabs(Dot(smallest, direction)) < mostCosine) return smallest;
+  return FindPrincipalDirection(points, Extent::largest).direction;
 }
 
 }  // namespace
@@ -183,15 +176,14 @@ MinimaxSolution<AxisDistance> SmallestCylinder(PointBlocks& points, const Vec3& 
   Minimax<AxisDistance> minimax(points, MinimaxSide::outer, rounding, limit);
   if (!(reach.across > kSlim * kSlim * half * half)) return minimax.Solve({AxisFrame::Along(middle, direction), half});
 
-  // Frames that turn with the points, so that the optimum found does.
-  const Vec3 across = FindPrincipalDirection(points, Extent::smallest).direction;
-  MinimaxSolution<AxisDistance> best = minimax.Solve({AxisFrame::Along(middle, direction, across), half});
+  const AxisFrame frame = AxisFrame::Along(middle, direction, PrincipalAcross(points, direction));
+  MinimaxSolution<AxisDistance> best = minimax.Solve({frame, half});
   if (best.end == MinimaxEnd::limitReached) return best;
-  ForDirectionsAround(direction, across, std::min(1.0, best.value / half), [&](const Vec3& d, const Vec3& x) {
+  for (const AxisCandidate& candidate : AxisCandidates(points, frame, half, std::sqrt(reach.square), best.value)) {
     const MinimaxSolution<AxisDistance> other =
-        minimax.Improve({AxisFrame::Along(middle, d, x), half}, best.value - rounding);
+        minimax.Improve({candidate.frame, candidate.half}, best.value - rounding);
     if (other.end == MinimaxEnd::converged) best = other;
-  });
+  }
   return best;
 }
 

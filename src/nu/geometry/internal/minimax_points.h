@@ -40,7 +40,8 @@ class MinimaxPoints {
     const double infinity = std::numeric_limits<double>::infinity();
     const double largest = Collect(model, infinity, 0);
     if (m_all.Size() > kFewPoints) {
-      Collect(model, largest - kSeedRange * m_range, kMostSeeds);
+      const double range = m_all.Size() > kManyPoints ? kSeedRangeOfMany : kSeedRange;
+      Collect(model, largest - range * m_range, kMostSeeds);
       return largest;
     }
     m_all.ForEach([&](const PointBlock& block) {
@@ -69,8 +70,11 @@ class MinimaxPoints {
   static constexpr std::size_t kFewPoints = 24;
   static constexpr int kMostSeeds = 32;
   static constexpr int kMostAdded = 16;
-  // Seeds are taken from the points whose deviation is in the upper half of the range.
+  // Seeds are taken from the points whose deviation is in the upper half of the range; of many, which would all have
+  // to be sorted into their strata, from the uppermost quarter.
   static constexpr double kSeedRange = 0.5;
+  static constexpr std::size_t kManyPoints = 512;
+  static constexpr double kSeedRangeOfMany = 0.25;
 
   struct Candidate {
     double value = 0.0;

@@ -15,11 +15,13 @@ struct CylinderDistance {
 
   AxisFrame frame;  // x points from the axis to the origin, which is on the cylinder; z is along the axis
   double radius = 0.0;
-  double half = 1.0;  // half of the length of the points along the axis
-  double across = 1.0;
+  double half = 1.0;    // half of the length of the points along the axis
+  double across = 1.0;  // what unknowns are multiplied by
   double along = 1.0;
 
   Vec3 AxisPoint() const { return frame.origin - radius * frame.x; }
+  // The largest 1 - cos of the angle around the axis between the origin and a point.
+  double Bulge() const { return 1.0 / along; }
 
   void Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const;
   void Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const;

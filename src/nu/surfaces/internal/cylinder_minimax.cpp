@@ -11,6 +11,7 @@ namespace nu::internal {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // Points next to a plane make the radius of a zone creep towards infinity. Measured parts need up to some tens.
 constexpr long kMostSteps = 1000;
@@ -37,6 +38,14 @@ bool Prepare(PointBlocks& points, const Vec3& mean, const Cylinder3& start, Scen
   return true;
 }
 
+// Seen from among the points.
+CylinderDistance SurfaceOf(PointBlocks& points, const Scene& scene) {
+  const Cylinder3& c = scene.start;
+  const Vec3 outwards = Rejection(scene.mean - c.axisPoint, c.axisDirection);
+  const Vec3 towards = Norm(outwards) > kEpsilon * c.radius ? outwards : scene.seen.farthest - scene.mean;
+  return DistanceFromCylinder(points, c.axisPoint, c.axisDirection, c.radius, towards);
+}
+
 // An axis through this point, with the result in the callers' unit.
 template<class Model>
 CylinderMinimax Described(const MinimaxSolution<Model>& solution, const Vec3& axisPoint, const Vec3& direction,
@@ -59,21 +68,22 @@ CylinderMinimax Described(const MinimaxSolution<Model>& solution, const Vec3& ax
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr Vec3 kNowhere{kNaN, kNaN, kNaN};
 
-// The distances from an axis that does not leave the ball that holds all points.
+// The distances from an axis that does not leave a ball.
 struct BoreDistance : AxisDistance {
-  Vec3 mean;
+  Vec3 centre;
   double reach = 0.0;
 
-  bool IsAmongPoints() const { return Norm(Rejection(mean - frame.origin, frame.z)) <= reach; }
+  bool IsInside() const { return Norm(Rejection(centre - frame.origin, frame.z)) <= reach; }
   BoreDistance Moved(const double (&step)[kUnknowns]) const {
-    BoreDistance moved{AxisDistance::Moved(step), mean, reach};
-    if (!moved.IsAmongPoints()) moved.frame.origin = kNowhere;
+    BoreDistance moved{AxisDistance::Moved(step), centre, reach};
+    if (!moved.IsInside()) moved.frame.origin = kNowhere;
     return moved;
   }
 };
 
 // The contacts hold the axis between them.
-bool IsHeld(const MinimaxSolution<BoreDistance>& solution) {
+bool IsBore(const MinimaxSolution<BoreDistance>& solution) {
+  if (solution.end != MinimaxEnd::converged) return false;
   double sum[4] = {};
   for (int k = 0; k < solution.contacts; ++k) {
     const Vec3 q = solution.model.frame.Local(solution.contact[k]);
@@ -87,15 +97,29 @@ bool IsHeld(const MinimaxSolution<BoreDistance>& solution) {
   return std::all_of(sum, sum + 4, [](double s) { return std::fabs(s) <= kStationary; });
 }
 
+struct Range {
+  double smallest = kInfinity;
+  double largest = -kInfinity;
+};
+
+Range DeviationsFrom(PointBlocks& points, const CylinderDistance& surface) {
+  Range all;
+  double deviation[kBlockPoints];
+  points.ForEach([&](const PointBlock& block) {
+    Range part;
+    surface.Deviations(block, deviation, part.smallest, part.largest);
+    all.smallest = std::min(all.smallest, part.smallest);
+    all.largest = std::max(all.largest, part.largest);
+  });
+  return all;
+}
+
 }  // namespace
 
 CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit) {
   Scene scene;
   if (!Prepare(points, mean, start, scene)) return {};
-  const Cylinder3& c = scene.start;
-  const Vec3 outwards = Rejection(scene.mean - c.axisPoint, c.axisDirection);
-  const Vec3 towards = Norm(outwards) > kEpsilon * c.radius ? outwards : scene.seen.farthest - scene.mean;
-  const CylinderDistance model = DistanceFromCylinder(points, c.axisPoint, c.axisDirection, c.radius, towards);
+  const CylinderDistance model = SurfaceOf(points, scene);
   Minimax<CylinderDistance> minimax(points, MinimaxSide::both, scene.rounding, std::min(limit, kMostSteps));
   const MinimaxSolution<CylinderDistance> found = minimax.Solve(model);
   CylinderMinimax result = Described(found, found.model.AxisPoint(), found.model.frame.z, scene.mean, points.Scale());
@@ -116,21 +140,27 @@ CylinderMinimax SmallestCylinderAround(PointBlocks& points, const Vec3& mean, co
   return Described(found, found.model.frame.origin, found.model.frame.z, scene.mean, points.Scale());
 }
 
+// Within the ball that holds all points. Where that leads out of the bore, as it may if hardly more than half of the
+// circumference is there, again with less and less room around the axis.
 CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit) {
+  constexpr double mostRoom = 64.0;  // in units of the form
+  constexpr double oneSided = 0.9;   // the points are within about 84 degrees of one direction
   Scene scene;
   if (!Prepare(points, mean, start, scene)) return {};
-  const Cylinder3& c = scene.start;
-  const CylinderDistance seen =
-      DistanceFromCylinder(points, c.axisPoint, c.axisDirection, c.radius, scene.seen.farthest - scene.mean);
-  AxisFrame frame = seen.frame;
-  frame.origin = seen.AxisPoint();
-  const BoreDistance model{{frame, seen.half}, scene.mean, scene.seen.greatest};
-  if (!model.IsAmongPoints()) return {};
+  const CylinderDistance surface = SurfaceOf(points, scene);
+  const AxisDistance axis{{surface.AxisPoint(), surface.frame.x, surface.frame.y, surface.frame.z}, surface.half};
+  const BoreDistance widest{axis, scene.mean, scene.seen.greatest};
+  if (!widest.IsInside()) return {};
   Minimax<BoreDistance> minimax(points, MinimaxSide::inner, scene.rounding, std::min(limit, kMostSteps));
-  const MinimaxSolution<BoreDistance> found = minimax.Solve(model);
-  CylinderMinimax result = Described(found, found.model.frame.origin, found.model.frame.z, scene.mean, points.Scale());
-  if (found.end == MinimaxEnd::converged && !IsHeld(found)) result.end = MinimaxEnd::stalled;
-  return result;
+  MinimaxSolution<BoreDistance> found = minimax.Solve(widest);
+  const bool again = found.end != MinimaxEnd::limitReached && !IsBore(found) && surface.Bulge() > oneSided;
+  const Range form = again ? DeviationsFrom(points, surface) : Range{};
+  for (double room = mostRoom; again && room >= 1.0 && !IsBore(found); room *= 0.5) {
+    const BoreDistance narrower{axis, axis.frame.origin, room * (form.largest - form.smallest)};
+    found = minimax.Improve(narrower, -(surface.radius + form.smallest));
+  }
+  if (found.end != MinimaxEnd::limitReached && !IsBore(found)) found.end = MinimaxEnd::stalled;
+  return Described(found, found.model.frame.origin, found.model.frame.z, scene.mean, points.Scale());
 }
 
 }  // namespace nu::internal
