@@ -182,4 +182,30 @@ TEST(MinimaxCylinders, FollowTheirPoints) {
   }
 }
 
+// Eight contacts on a line, a point on the axis, hardly more than half of the circumference, and equal optima, among
+// which no order of the points may choose.
+TEST(MinimaxCylinders, FindTheirWayInAwkwardSets) {
+  Random random(744);
+  CNuCylSurf a(7.0), b(7.0);
+  CNuPointArray regular(25);
+  for (int k = 0; k < 24; ++k)
+    regular.Add({std::cos(k * 15.0 * nu::test::kDegree), std::sin(k * 15.0 * nu::test::kDegree), k % 3 - 1.0});
+  regular.Add({0.0, 0.0, 0.3});
+  a.FitMax(regular, 1e-9, 1000);
+  EXPECT_GT(a.GetRadius(), 0.4) << "away from the axis";
+  for (int run = 0; run < 100; ++run)
+    EXPECT_EQ(a.FitMaxEx(CylinderCloud(random, 200, 1.0, 2.0, 200.0, 1e-3), 1e-9, 1000), NuFitSuccess) << run;
+  for (int run = 0; run < 100; ++run) {
+    CNuPointArray lattice = nu::test::BoxCloud(random, 6 + random.Below(30), 5.0, 5.0, 5.0);
+    for (int i = 0; i < lattice.GetSize(); ++i)
+      lattice[i] = {std::round(lattice[i].x()), std::round(lattice[i].y()), std::round(lattice[i].z())};
+    const CNuPointArray shuffled = nu::test::Shuffled(random, lattice);
+    double zone, other;
+    ASSERT_EQ(a.FitMinEx(lattice, 1e-9, 1000), b.FitMinEx(shuffled, 1e-9, 1000));
+    EXPECT_EQ(a.GetAxis().GetPoint().DistanceTo(b.GetAxis().GetPoint()), 0.0) << run;
+    ASSERT_EQ(a.FitMinZoneEx(lattice, &zone, 1e-9, 1000), b.FitMinZoneEx(shuffled, &other, 1e-9, 1000));
+    EXPECT_EQ(a.GetAxis().GetPoint().DistanceTo(b.GetAxis().GetPoint()), 0.0) << run;
+  }
+}
+
 }  // namespace

@@ -5,6 +5,7 @@
 #include "nu/curves/circle.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/mean.h"
+#include "nu/geometry/internal/point_order.h"
 #include "nu/geometry/line.h"
 #include "nu/surfaces/cylinder.h"
 
@@ -82,32 +83,49 @@ CylinderMinimax Solve(const CNuPointArray& points, const Cylinder3& start, long 
   return found;
 }
 
+template<class Fit>
+auto InOneOrder(const CNuPointArray& points, Fit fit) {
+  const bool few = nu::internal::IsOrderToBeMade(points) && nu::internal::ExtentsOf(ViewOf(points)).isFinite;
+  return few ? fit(nu::internal::Ordered(points)) : fit(points);
+}
+
 void RequireArguments(const CNuPointArray& points, long maxIter) {
   RequireIterations(maxIter, kName);
   RequireCount(points, 1, kName);
 }
 
+template<class Problem>
+Cylinder3 FromLeastSquares(const CNuPointArray& points, long maxIter, Problem problem) {
+  return InOneOrder(points, [&](const CNuPointArray& data) {
+    return Solve(data, FitLeastSquares(data, maxIter).cylinder, maxIter, problem).cylinder;
+  });
+}
+
 Cylinder3 Circumscribed(const CNuPointArray& points, double tol, long maxIter) {
   if (IsCollinear(points, tol)) return CylinderOnLine(points, tol);
-  const LeastSquares start = FitLeastSquares(points, maxIter);
-  return Solve(points, start.cylinder, maxIter, nu::internal::SmallestCylinderAround).cylinder;
+  return FromLeastSquares(points, maxIter, nu::internal::SmallestCylinderAround);
 }
 
 Cylinder3 Inscribed(const CNuPointArray& points, double tol, long maxIter) {
   if (IsCollinear(points, tol)) return CylinderOnLine(points, tol);
   if (CNuGeometry::AreCoplanar(points, tol) == 1) return InscribedCircle(points, tol);
-  const LeastSquares start = FitLeastSquares(points, maxIter);
-  return Solve(points, start.cylinder, maxIter, nu::internal::LargestCylinderInside).cylinder;
+  return FromLeastSquares(points, maxIter, nu::internal::LargestCylinderInside);
 }
 
+struct Zone {
+  Cylinder3 cylinder;
+  double width = 0.0;
+};
+
 // Where the least-squares cylinder is the optimum, rounding decides which is better.
-Cylinder3 MinimumZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  *zone = 0.0;
-  if (IsCollinear(points, tol)) return CylinderOnLine(points, tol);
-  const LeastSquares start = FitLeastSquares(points, maxIter);
-  const CylinderMinimax found = Solve(points, start.cylinder, maxIter, nu::internal::NarrowestCylinderZone);
-  *zone = std::fmin(found.zone, start.form);
-  return found.zone <= start.form ? found.cylinder : start.cylinder;
+Zone MinimumZone(const CNuPointArray& points, double tol, long maxIter) {
+  if (IsCollinear(points, tol)) return {CylinderOnLine(points, tol)};
+  return InOneOrder(points, [&](const CNuPointArray& data) -> Zone {
+    const LeastSquares start = FitLeastSquares(data, maxIter);
+    const CylinderMinimax found = Solve(data, start.cylinder, maxIter, nu::internal::NarrowestCylinderZone);
+    if (found.zone > start.form) return {start.cylinder, start.form};
+    return {found.cylinder, found.zone};
+  });
 }
 
 bool IsFinite(const Cylinder3& c) {
@@ -140,11 +158,11 @@ ENuFitResult CNuCylSurf::FitMaxEx(const CNuPointArray& points, double tol, long 
 
 void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
   RequireArguments(points, maxIter);
-  double width;
-  const Cylinder3 found = MinimumZone(points, &width, tol, maxIter);
-  if (!IsFinite(found)) FailFit(nu::internal::kNumericalFailure, kName);
-  Place(found.radius, ToPoint(found.axisPoint), ToVector(found.axisDirection));
-  *zone = width;
+  const Zone found = MinimumZone(points, tol, maxIter);
+  const Cylinder3& middle = found.cylinder;
+  if (!IsFinite(middle) || !std::isfinite(found.width)) FailFit(nu::internal::kNumericalFailure, kName);
+  Place(middle.radius, ToPoint(middle.axisPoint), ToVector(middle.axisDirection));
+  *zone = found.width;
 }
 
 void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuCylSurf* inner, CNuCylSurf* outer, double tol,

@@ -111,10 +111,12 @@ class Outline {
   PointBlocks m_blocks;
 };
 
-// Directions in a cap, evenly: equal steps in height, turned by the golden angle from one to the next.
+// Directions in a cap, evenly: in a quarter of it equal steps in height, turned by the golden section of the quarter
+// from one to the next; the other quarters mirror it, so that the signs of the frame, which are arbitrary, change
+// nothing.
 class Cap {
  public:
-  // `tilt` is the sine of the angle from the middle to the rim.
+  // `tilt` is the sine of the angle from the middle to the rim; four times some number of directions.
   Cap(const AxisFrame& frame, double tilt, int count)
       : m_frame(frame), m_fall((1.0 - std::sqrt(1.0 - tilt * tilt)) / count) {}
 
@@ -129,10 +131,16 @@ class Cap {
     Vec3 across;
   };
   Place At(int k) const {
-    constexpr double kGoldenAngle = 2.3999632297286533;
-    const double cosine = 1.0 - m_fall * (k + 0.5);
+    constexpr double kGoldenSection = 0.6180339887498949;
+    constexpr double kQuarterTurn = 1.5707963267948966;
+    const int level = k / 4;
+    const double turned = kGoldenSection * level;
+    const double angle = kQuarterTurn * (turned - std::floor(turned));
+    const double cosine = 1.0 - m_fall * (4 * level + 2);
     const double sine = std::sqrt(1.0 - cosine * cosine);
-    const Vec3 way = std::cos(kGoldenAngle * k) * m_frame.x + std::sin(kGoldenAngle * k) * m_frame.y;
+    const double x = k % 2 == 0 ? std::cos(angle) : -std::cos(angle);
+    const double y = k / 2 % 2 == 0 ? std::sin(angle) : -std::sin(angle);
+    const Vec3 way = x * m_frame.x + y * m_frame.y;
     return {Unit(cosine * m_frame.z + sine * way), cosine * way - sine * m_frame.z};
   }
 
@@ -149,8 +157,9 @@ AxisCandidates::AxisCandidates(PointBlocks& points, const AxisFrame& frame, doub
   Outline outline(points, frame);
   const Cap cap(frame, std::min(1.0, radius / half), kDirections);
   const double widest = radius + kBasin * cap.Spacing() * reach;
-  AxisCandidate seen[kDirections];
-  int count = 0;
+  // The axis known, for comparison, and the directions around it.
+  AxisCandidate seen[1 + kDirections] = {outline.SmallestAlong(frame.z, frame.x)};
+  int count = 1;
   for (int k = 0; k < kDirections; ++k) {
     const Cap::Place place = cap.At(k);
     if (outline.HalfWidth(place.direction) > widest) continue;
@@ -158,7 +167,7 @@ AxisCandidates::AxisCandidates(PointBlocks& points, const AxisFrame& frame, doub
     if (!(seen[count].radius > widest)) ++count;
   }
   const double near = std::cos(std::min(kNeighbour * cap.Spacing(), 1.0));
-  for (int i = 0; i < count; ++i) {
+  for (int i = 1; i < count; ++i) {
     const bool bettered = std::any_of(seen, seen + count, [&](const AxisCandidate& other) {
       return other.radius < seen[i].radius && std::fabs(Dot(other.frame.z, seen[i].frame.z)) > near;
     });
