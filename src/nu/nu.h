@@ -15,6 +15,7 @@
 #include "nu/curves/parabola.h"
 #include "nu/curves/pcurve.h"
 #include "nu/curves/polyline.h"
+#include "nu/curves/simplified_curve.h"
 #include "nu/curves/sine_curve.h"
 #include "nu/foundation/boolean.h"
 #include "nu/foundation/constants.h"

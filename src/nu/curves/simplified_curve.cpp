@@ -1,0 +1,70 @@
+#include "nu/curves/simplified_curve.h"
+
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "nu/curves/internal/path_simplification.h"
+#include "nu/curves/internal/placement.h"
+#include "nu/foundation/internal/failures.h"
+
+using nu::internal::Components;
+using nu::internal::Placement;
+using nu::internal::ToPoint;
+
+namespace {
+
+constexpr const char* kName = "CNuSimplifiedCurve";
+
+const CNuPointArray& RequirePoints(const CNuPointArray& points) {
+  if (points.GetSize() == 0) throw CNuConstructionException(1, kName, "size of CNuPointArray", 0, 0);
+  return points;
+}
+
+nu::internal::SimplifiedPath Simplified(const CNuPointArray& points, double tol) {
+  try {
+    std::vector<nu::internal::Vec3> path;
+    path.reserve(static_cast<std::size_t>(points.GetSize()));
+    for (int i = 0; i < points.GetSize(); ++i) path.push_back(Components(points.GetData()[i]));
+    return nu::internal::SimplifyPath(path, tol);
+  } catch (const std::bad_alloc&) {
+    throw CNuMemoryException(kName);
+  }
+}
+
+}  // namespace
+
+CNuSimplifiedCurve::CNuSimplifiedCurve(const CNuPointArray& points, double tol)
+    : CNuCurve(NuTypeSimplifiedCurve), m_points(0), m_anchor(RequirePoints(points)[0]) {
+  const nu::internal::SimplifiedPath path = Simplified(points, tol);
+  m_points = CNuPointArray(static_cast<int>(path.kept.size()));
+  for (const std::size_t k : path.kept) m_points.Add(points.GetData()[k]);
+  m_maxDeviation = path.deviation;
+  SetPosition(m_anchor, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+}
+
+// The points come first: without memory for them the curve does not move either.
+CNuSimplifiedCurve& CNuSimplifiedCurve::operator=(const CNuSimplifiedCurve& other) {
+  CNuPointArray points(other.m_points);
+  CNuCurve::operator=(other);
+  m_points = std::move(points);
+  m_anchor = other.m_anchor;
+  m_maxDeviation = other.m_maxDeviation;
+  return *this;
+}
+
+Placement CNuSimplifiedCurve::Place() const {
+  return Placement(GetFrame(), Components(m_anchor));
+}
+
+CNuPoint CNuSimplifiedCurve::GetPoint(int i) const {
+  nu::internal::RequireIndex(i, GetSize(), "operation", "CNuSimplifiedCurve::GetPoint()");
+  return ToPoint(Place().At(Components(m_points[i])));
+}
+
+CNuPointArray CNuSimplifiedCurve::GetPoints() const {
+  const Placement place = Place();
+  CNuPointArray points(m_points);
+  for (int i = 0; i < GetSize(); ++i) points.GetData()[i] = ToPoint(place.At(Components(points.GetData()[i])));
+  return points;
+}

@@ -1,0 +1,45 @@
+#ifndef NU_CURVES_SIMPLIFIED_CURVE_H
+#define NU_CURVES_SIMPLIFIED_CURVE_H
+
+#include "nu/curves/curve.h"
+#include "nu/export.h"
+#include "nu/geometry/point.h"
+#include "nu/geometry/point_array.h"
+
+namespace nu::internal {
+class Placement;
+}
+
+// A sequence of points in space reduced to the fewest vertices: some of the points, in their order, the first and the
+// last one among them. Its frame has the axes of the global frame and its origin in the first point.
+class NU_EXPORT CNuSimplifiedCurve : public CNuCurve {
+ public:
+  // No point is left out that is farther than tol from the edge which joins the vertices before and after it, and no
+  // other choice of vertices is smaller. A closed sequence keeps its ends like any other. With a tolerance of 0 only
+  // points on an edge are left out, below that, or with NaN, none; a point that is not finite stays. No points:
+  // CNuConstructionException cause 1, "size of CNuPointArray"; no memory: CNuMemoryException. The shortest path in the
+  // graph of all allowed edges (H. Imai, M. Iri, Computational Morphology, 1988), of which few are looked at: about
+  // n log n for a measured curve, more where the points scatter by about the tolerance.
+  CNuSimplifiedCurve(const CNuPointArray& points, double tol);
+  CNuSimplifiedCurve(const CNuSimplifiedCurve& other) = default;
+  CNuSimplifiedCurve(CNuSimplifiedCurve&& other) = default;
+  CNuSimplifiedCurve& operator=(const CNuSimplifiedCurve& other);
+  CNuSimplifiedCurve& operator=(CNuSimplifiedCurve&& other) = default;
+
+  int GetSize() const { return m_points.GetSize(); }
+  // Vertex i. Out of range: CNuOperationException cause 3 with the valid range.
+  CNuPoint GetPoint(int i) const;
+  CNuPointArray GetPoints() const;
+
+  // The largest distance of a point left out from its edge.
+  double GetMaxDeviation() const { return m_maxDeviation; }
+
+ private:
+  nu::internal::Placement Place() const;
+
+  CNuPointArray m_points;  // as they were given
+  CNuPoint m_anchor;       // the first of them
+  double m_maxDeviation = 0.0;
+};
+
+#endif
