@@ -86,7 +86,7 @@ FittedConic<Curve> FitConic(const CNuPointArray& points, const char* name, bool 
                              .endsAtGrowth = false,
                              .endsBeforeLimit = true};
   const GaussNewtonEnd end = RunGaussNewton(fit, rule);
-  if (end == GaussNewtonEnd::unsolvable) FailFit(kNumericalFailure, name);
+  if (end == GaussNewtonEnd::unsolvable || !fit.IsConic()) FailFit(kNumericalFailure, name);
   if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, name);
   const PlacedConic<Curve> conic = fit.Found();
   const Vec3 fromMean = conic.origin.x * axes.u + conic.origin.y * axes.v;

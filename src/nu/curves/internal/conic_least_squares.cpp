@@ -33,6 +33,10 @@ constexpr double kClearPivot = 1e-8;
 // A deviation is known to so many roundings of the coordinates.
 constexpr double kNoise = 16.0 * kEpsilon;
 
+// An ellipse or a hyperbola whose centre moves away by more than this part of the squared distance at the start is on
+// its way to a parabola, from which rounding no longer tells it.
+constexpr double kFarthest = 0x1p52;
+
 constexpr double kFirstDamping = 1e-3;
 constexpr double kDampingFactor = 10.0;
 constexpr double kNoDamping = 1e-9;
@@ -232,7 +236,7 @@ template<class Curve>
 void ConicLeastSquares<Curve>::StartFrom(const PlacedConic<Curve>& conic) {
   const double scale = m_points.Scale();
   m_now = {Scaled(conic.curve, scale), scale * conic.origin, conic.axis};
-  m_started = false;
+  m_started = m_isStuck = false;
   m_damping = 0.0;
 }
 
@@ -240,6 +244,11 @@ template<class Curve>
 PlacedConic<Curve> ConicLeastSquares<Curve>::Found() const {
   const double unit = 1.0 / m_points.Scale();
   return {Scaled(m_now.curve, unit), unit * m_now.origin, m_now.axis};
+}
+
+template<class Curve>
+bool ConicLeastSquares<Curve>::IsConic() const {
+  return IsUsable(m_now.curve);
 }
 
 template<class Curve>
@@ -270,7 +279,7 @@ typename ConicLeastSquares<Curve>::System ConicLeastSquares<Curve>::SumSystem() 
 
 template<class Curve>
 bool ConicLeastSquares<Curve>::Shortens(const System& next) const {
-  return next.sumSquares <= m_system.sumSquares + m_system.Rounding();
+  return next.reach <= m_farthest && next.sumSquares <= m_system.sumSquares + m_system.Rounding();
 }
 
 template<class Curve>
@@ -283,9 +292,11 @@ void ConicLeastSquares<Curve>::Damp(double (&step)[kUnknowns]) const {
 
 template<class Curve>
 GaussNewtonStep ConicLeastSquares<Curve>::SolveStep() {
+  if (m_isStuck) return m_stuckStep;
   System next = SumSystem();
   GaussNewtonStep step;
   if (!m_started && !std::isfinite(next.sumSquares)) return step;
+  if (!m_started) m_farthest = kFarthest * next.reach;
   bool shortens = !m_started || Shortens(next);
   if (shortens) m_damping = m_damping < kNoDamping ? 0.0 : m_damping / kDampingFactor;
   for (int trial = 0; trial < kMostTrials && !shortens; ++trial) {
@@ -295,6 +306,7 @@ GaussNewtonStep ConicLeastSquares<Curve>::SolveStep() {
     next = SumSystem();
     shortens = Shortens(next);
   }
+  m_isStuck = !shortens;
   if (shortens) {
     m_best = m_now;
     m_system = next;
@@ -311,6 +323,9 @@ GaussNewtonStep ConicLeastSquares<Curve>::SolveStep() {
   step.squaredLength /= m_points.Scale() * m_points.Scale();
   step.atRoundingLevel = gain <= kNoise * kNoise * m_system.reach;
   if (m_damping > 0.0 && !step.atRoundingLevel) Damp(m_step);
+  if (!m_isStuck) return step;
+  if (!step.atRoundingLevel) std::fill_n(m_step, kUnknowns, 0.0);
+  m_stuckStep = step;
   return step;
 }
 

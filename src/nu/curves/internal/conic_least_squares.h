@@ -39,6 +39,8 @@ class ConicLeastSquares {
   // A conic in the unit of the points, relative to the origin of the blocks.
   void StartFrom(const PlacedConic<Curve>& conic);
   PlacedConic<Curve> Found() const;
+  // The last step has not led beyond the conics of this kind.
+  bool IsConic() const;
 
   // For RunGaussNewton. The squared length is that of the undamped step, in the unit of the points; a rotation counts
   // by its effect on the parameters or on the points.
@@ -70,9 +72,12 @@ class ConicLeastSquares {
   PlacedConic<Curve> m_now;
   bool m_started = false;
   PlacedConic<Curve> m_best;
-  System m_system;  // of the best
+  System m_system;          // of the best
+  double m_farthest = 0.0;  // a larger reach is that of no conic near the points
   double m_damping = 0.0;
   double m_step[kUnknowns] = {};
+  bool m_isStuck = false;  // no step lowers the sum, though it is above rounding: the same one again and again
+  GaussNewtonStep m_stuckStep;
 };
 
 extern template class ConicLeastSquares<Ellipse2>;
