@@ -6,9 +6,8 @@
 // either nappe its distance from the surface is convex, and least where
 //   s = h cos f / sin^2 f +- r sin g cos f / (sin f sqrt K),
 //   distance = (r sqrt K -+ h sin g / sin f) / sin f,
-// which is negative for one that goes through the nappe. The product of that and its counterpart on the other nappe is
-// the discriminant of the equation: it cancels only where the line touches. For K < 0 it is the sum
-// cos^2 g (h^2 - m^2 K).
+// which is negative for one that goes through the nappe. Their product over both nappes, times -cos^2 g sin^2 f, is the
+// discriminant of the equation: it cancels only where the line touches. For K < 0 it is the sum cos^2 g (h^2 - m^2 K).
 
 #include "nu/geometry/internal/cone3.h"
 
