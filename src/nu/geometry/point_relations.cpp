@@ -63,7 +63,7 @@ struct ConeCoordinates {
   double SignedDistance() const { return Length(way) * cone.cosine - std::fabs(height) * cone.sine; }
   bool IsAtApex() const { return IsNull(way, NuGetZero()) && std::fabs(height) < NuGetZero(); }
 
-  nu::internal::Cone3 cone;
+  nu::internal::DoubleCone cone;
   double height;
   Vec3 way;
 };

@@ -113,7 +113,7 @@ bool IsOn(const RoundQuadric& surface, Vec3 p, double tol) {
 int CNuConSurf::Intersect(const CNuMatrix& quadric, CNuTriagPolynomial* curve, CNuInterval* range, double* asymptotes,
                           int* simple, int* twofold, int* apexSide) const {
   const auto q = [&](int i, int j) { return quadric.Element(i, j); };
-  const nu::internal::Cone3 cone = nu::internal::DataOf(*this);
+  const nu::internal::DoubleCone cone = nu::internal::DataOf(*this);
   const CNuTriagPolynomial x(CNuTriag(cone.sine, 0.0, 0.0));
   const CNuTriagPolynomial y(CNuTriag(0.0, cone.sine, 0.0));
   const CNuTriagPolynomial z(CNuTriag(0.0, 0.0, cone.cosine));

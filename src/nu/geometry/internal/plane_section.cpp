@@ -81,7 +81,7 @@ PlaneSection CutAlong(const Plane3& plane, const Line3& axis, const Tilt& tilt, 
   return TwoLines({middle - chord.half * tilt.v, tilt.u}, {middle + chord.half * tilt.v, tilt.u});
 }
 
-PlaneSection CutThroughApex(const Cone3& cone, const Tilt& tilt, double lead, double K, double radianTol) {
+PlaneSection CutThroughApex(const DoubleCone& cone, const Tilt& tilt, double lead, double K, double radianTol) {
   if (IsParallel(std::fabs(lead), radianTol)) return OneLine(cone.apex, tilt.u);
   if (K > 0.0) return Point(cone.apex);
   const Vec3 along = (cone.cosine / tilt.cosine) * tilt.u;
@@ -101,7 +101,7 @@ PlaneSection Cut(const Plane3& plane, const Line3& axis, double radius, double l
   return EllipseOrCircle(pierced, tilt.u, radius / tilt.sine, radius, IsParallel(tilt.cosine, radianTol));
 }
 
-PlaneSection Cut(const Plane3& plane, const Cone3& cone, double lengthTol, double radianTol) {
+PlaneSection Cut(const Plane3& plane, const DoubleCone& cone, double lengthTol, double radianTol) {
   const Tilt tilt(plane, cone.axis);
   const double tol = CoincidenceTol(lengthTol, LargestOf(plane, cone.apex));
   const double height = plane.Height(cone.apex);

@@ -1,7 +1,7 @@
 #ifndef NU_GEOMETRY_INTERNAL_PLANE_SECTION_H
 #define NU_GEOMETRY_INTERNAL_PLANE_SECTION_H
 
-#include "nu/geometry/internal/cone3.h"
+#include "nu/geometry/internal/double_cone.h"
 
 namespace nu::internal {
 
@@ -24,7 +24,7 @@ struct PlaneSection {
 // the axis within `radianTol` makes a circle, and so does an ellipse with semi-axes that are equal to the rounding of
 // the coordinates. A conic too large for a double is nothing.
 PlaneSection Cut(const Plane3& plane, const Line3& axis, double radius, double lengthTol, double radianTol);
-PlaneSection Cut(const Plane3& plane, const Cone3& cone, double lengthTol, double radianTol);
+PlaneSection Cut(const Plane3& plane, const DoubleCone& cone, double lengthTol, double radianTol);
 
 }  // namespace nu::internal
 

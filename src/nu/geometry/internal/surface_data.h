@@ -1,19 +1,19 @@
 #ifndef NU_GEOMETRY_INTERNAL_SURFACE_DATA_H
 #define NU_GEOMETRY_INTERNAL_SURFACE_DATA_H
 
-#include "nu/geometry/internal/cone3.h"
 #include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/double_cone.h"
 #include "nu/surfaces/cone.h"
 
 // Surfaces of the interface on plain doubles. Only sources of relations include this.
 namespace nu::internal {
 
-inline Cone3 DataOf(const CNuConSurf& cone) {
+inline DoubleCone DataOf(const CNuConSurf& cone) {
   double semiAngle = 0.0;
   CNuPoint apex;
   CNuVector axis;
   cone.GetData(&semiAngle, &apex, &axis);
-  return Cone3::OfDegrees(Components(apex), Components(axis), semiAngle);
+  return DoubleCone::OfDegrees(Components(apex), Components(axis), semiAngle);
 }
 
 }  // namespace nu::internal

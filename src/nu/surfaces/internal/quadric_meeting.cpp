@@ -22,7 +22,7 @@ RoundQuadric RoundDataOf(const CNuCylSurf& cylinder) {
 }
 
 RoundQuadric RoundDataOf(const CNuConSurf& cone) {
-  const Cone3 data = DataOf(cone);
+  const DoubleCone data = DataOf(cone);
   return {RoundQuadric::Kind::kCone, data.apex, data.axis, 0.0, data.sine, data.cosine};
 }
 

@@ -1,5 +1,5 @@
-#ifndef NU_GEOMETRY_INTERNAL_CONE3_H
-#define NU_GEOMETRY_INTERNAL_CONE3_H
+#ifndef NU_GEOMETRY_INTERNAL_DOUBLE_CONE_H
+#define NU_GEOMETRY_INTERNAL_DOUBLE_CONE_H
 
 #include "nu/foundation/constants.h"
 #include "nu/geometry/internal/incidence.h"
@@ -8,8 +8,8 @@ namespace nu::internal {
 
 // The double cone of the lines through the apex that make the semi-angle, between 0 and a right angle, with the unit
 // axis.
-struct Cone3 {
-  static Cone3 OfDegrees(Vec3 apex, Vec3 axis, double semiAngle);
+struct DoubleCone {
+  static DoubleCone OfDegrees(Vec3 apex, Vec3 axis, double semiAngle);
 
   Vec3 apex;
   Vec3 axis;
@@ -18,7 +18,7 @@ struct Cone3 {
 };
 
 // Each from the smaller of the angle and its complement, which is exact: a flat cone keeps the digits of its cosine.
-inline Cone3 Cone3::OfDegrees(Vec3 apex, Vec3 axis, double semiAngle) {
+inline DoubleCone DoubleCone::OfDegrees(Vec3 apex, Vec3 axis, double semiAngle) {
   const double degree = Nu_PI / 180.0;
   constexpr double kHalf = 45.0;
   if (semiAngle <= kHalf) return {apex, axis, std::sin(semiAngle * degree), std::cos(semiAngle * degree)};
@@ -36,7 +36,7 @@ struct ConeApproach {
 // What comes as close as the tolerance of lengths, or as the rounding of the coordinates, touches, and one passing the
 // apex as close touches it there. A line that is parallel to a generator has one common point, and none when it is in
 // the plane along that generator that touches the cone.
-ConeApproach ApproachTo(const Cone3& cone, const Line3& line, double lengthTol, double radianTol);
+ConeApproach ApproachTo(const DoubleCone& cone, const Line3& line, double lengthTol, double radianTol);
 
 }  // namespace nu::internal
 

@@ -9,14 +9,14 @@
 // which is negative for one that goes through the nappe. Their product over both nappes, times -cos^2 g sin^2 f, is the
 // discriminant of the equation: it cancels only where the line touches. For K < 0 it is the sum cos^2 g (h^2 - m^2 K).
 
-#include "nu/geometry/internal/cone3.h"
+#include "nu/geometry/internal/double_cone.h"
 
 namespace nu::internal {
 
 namespace {
 
 struct Course {
-  Course(const Cone3& given, const Line3& line);
+  Course(const DoubleCone& given, const Line3& line);
 
   bool IsFlat() const { return K > 0.0; }
   // The distance from the upper nappe, or for -1 from the lower one, and where it is.
@@ -28,12 +28,12 @@ struct Course {
   Points2 Crossings() const;
   Vec3 At(double s) const { return foot + s * direction; }
 
-  Cone3 cone;
+  DoubleCone cone;
   Vec3 direction, foot;
   double cosF, sinF, m, h, r, C, lead, K;
 };
 
-Course::Course(const Cone3& given, const Line3& line) : cone(given), direction(line.direction) {
+Course::Course(const DoubleCone& given, const Line3& line) : cone(given), direction(line.direction) {
   const Vec3 w0 = Rejection(line.point - cone.apex, direction);
   foot = line.At(Dot(cone.apex - line.point, direction));
   cosF = Dot(direction, cone.axis);
@@ -60,7 +60,7 @@ Points2 Course::Crossings() const {
   return points;
 }
 
-double LargestOf(const Cone3& cone, const Line3& line, Vec3 there) {
+double LargestOf(const DoubleCone& cone, const Line3& line, Vec3 there) {
   return std::max({LargestComponent(cone.apex), LargestComponent(line.point), LargestComponent(there)});
 }
 
@@ -86,7 +86,7 @@ ConeApproach Closest(const Course& course, double tol) {
 
 }  // namespace
 
-ConeApproach ApproachTo(const Cone3& cone, const Line3& line, double lengthTol, double radianTol) {
+ConeApproach ApproachTo(const DoubleCone& cone, const Line3& line, double lengthTol, double radianTol) {
   const Course course(cone, line);
   double tol = CoincidenceTol(lengthTol, LargestOf(cone, line, course.foot));
   if (IsParallel(std::fabs(course.lead), radianTol)) return AlongGenerator(course, tol);
