@@ -58,7 +58,13 @@ void FitAll(const CNuPointArray& points) {
   if (fits([&] { plane.Fit(points, &form, &sumsq); })) RequireUnit(plane.GetNormal());
   CNuCircle circle(1.0);
   if (fits([&] { circle.Fit(points, &form, &sumsq, 50); })) RequireFinite(circle.GetRadius());
+  CNuConSurf cone(1.0), inner(1.0), outer(1.0);
   for (const double tol : {1e-9, 1e300}) {
+    if (fits([&] { cone.FitMinZone(points, &form, &inner, &outer, tol, 50); })) {
+      RequireSize(form);
+      RequireUnit(cone.GetAxisDirection());
+      RequireSize(cone.GetSemiAngle());
+    }
     if (fits([&] { line.FitMinZone(points, &form, tol, 50); })) {
       RequireSize(form);
       RequireUnit(line.GetDirection());
@@ -82,6 +88,7 @@ void FitAll(const CNuPointArray& points) {
   circle.FitMinZoneEx(points, &form, NuGetTol(), 50);
   circle.FitEx(points, 50);
   sphere.FitEx(points, 50);
+  cone.FitMinZoneEx(points, &form, NuGetTol(), 50);
 }
 
 void Question(const CNuPointArray& points, double tol) {

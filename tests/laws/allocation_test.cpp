@@ -333,6 +333,16 @@ TEST(FailingAllocations, Fits) {
       cylinder.Fit(space, &form, &sumsq, 100);
     };
     FailEveryAllocation("cylinder", fitCylinder, [&] { return cylinder.GetRadius() == 1.5; });
+    CNuPointArray taper(space);
+    for (int i = 0; i < n; ++i) taper[i].x() *= 2.0 + 0.1 * taper[i].z(), taper[i].y() *= 2.0 + 0.1 * taper[i].z();
+    CNuConSurf cone(30.0), inner(30.0), outer(30.0);
+    const auto fitCone = [&] {
+      cone = inner = outer = CNuConSurf(30.0);
+      cone.FitMinZone(taper, &form, &inner, &outer, 1e-9, 1000);
+    };
+    FailEveryAllocation("zone of a cone", fitCone, [&] {
+      return cone.GetSemiAngle() + inner.GetSemiAngle() + outer.GetSemiAngle() == 90.0;
+    });
     CNuTorSurf torus(2.0, 1.5);
     const auto fitTorus = [&] {
       torus = CNuTorSurf(2.0, 1.5);

@@ -44,7 +44,7 @@ class Noise {
 };
 
 void AddFits(int n, Noise& noise, Bits& bits) {
-  CNuPointArray flat(n), space(n);
+  CNuPointArray flat(n), space(n), taper(n);
   for (int i = 0; i < n; ++i) {
     const double t = noise();
     const double s = noise();
@@ -52,6 +52,7 @@ void AddFits(int n, Noise& noise, Bits& bits) {
     const CNuPoint p(r * (1.0 - t * t) + 400.0, 2.0 * r * t - 80.0, 3.0);
     flat.Add(p);
     space.Add(CNuPoint(p.x() * s, p.y(), p.z() + 20.0 * s));
+    taper.Add(CNuPoint((p.x() - 400.0) * (1.5 + s), (p.y() + 80.0) * (1.5 + s), 30.0 * s));
   }
   double form = 0.0, sumsq = 0.0;
   CNuLine line;
@@ -92,6 +93,10 @@ void AddFits(int n, Noise& noise, Bits& bits) {
     bits.Add(torus.GetMajorRadius());
     bits.Add(torus.GetMinorRadius());
   }
+  CNuConSurf cone(45.0);
+  if (cone.FitMinZoneEx(taper, &form, 1e-9, 1000) == NuFitSuccess) bits.Add(form);
+  bits.Add(cone.GetApex());
+  bits.Add(cone.GetSemiAngle());
   int i = 0, j = 0;
   bits.Add(space.MeanPoint());
   bits.Add(space.MaxEdge(&i, &j));

@@ -34,7 +34,7 @@ struct Case {
     PointBlocks blocks(ViewOf(points), origin);
     const Cone3 local{Components(start.GetApex()) - origin, Components(start.GetAxisDirection()), 0.0,
                       start.GetSemiAngle() * nu::test::kDegree};
-    return NarrowestConeZone(blocks, MeanOf(ViewOf(points)) - origin, local, limit);
+    return NarrowestConeZone(blocks, MeanOf(ViewOf(points)) - origin, local, form, limit);
   }
 
   double size;

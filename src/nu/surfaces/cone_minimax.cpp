@@ -49,14 +49,14 @@ void RequireOptimum(const ConeZone& found, long maxIter) {
   if (found.end != MinimaxEnd::converged) FailFit(nu::internal::kNumericalFailure, "CNuConSurf::FitMinZone");
 }
 
-// Starts from this cone, given with the points.
-ConeZone FindZone(const CNuPointArray& points, const CNuConSurf& start, long maxIter) {
+// Starts from this cone.
+ConeZone FindZone(const CNuPointArray& points, const CNuConSurf& start, double form, long maxIter) {
   const Vec3 origin = MiddleOf(points);
   PointBlocks blocks(ViewOf(points), origin);
   const Vec3 mean = nu::internal::MeanOf(ViewOf(points)) - origin;
   const Cone3 cone{Components(start.GetApex()) - origin, Components(start.GetAxisDirection()), 0.0,
                    start.GetSemiAngle() * kRadians};
-  ConeZone found = NarrowestConeZone(blocks, mean, cone, maxIter);
+  ConeZone found = NarrowestConeZone(blocks, mean, cone, form, maxIter);
   RequireOptimum(found, maxIter);
   found.cone.axisPoint = origin + found.cone.axisPoint;
   return found;
@@ -70,7 +70,7 @@ void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, double to
   CNuConSurf leastSquares(*this);
   double form, sumSquares;
   leastSquares.Fit(points, &form, &sumSquares, maxIter);
-  const ConeZone found = FindZone(points, leastSquares, maxIter);
+  const ConeZone found = FindZone(points, leastSquares, form, maxIter);
   // Where the least-squares cone is the optimum, rounding decides which is better.
   if (form < found.width) {
     *this = leastSquares;

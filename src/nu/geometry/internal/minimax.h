@@ -131,7 +131,8 @@ class Minimax {
       const bool tooFew = m_value < enough;
       const double value = m_points.Collect(m_model, m_value + m_rounding);
       if (m_points.IsRenumbered()) m_contacts.count = 0;
-      const bool complete = m_points.Added() == 0 && !tooFew;
+      // At the level of rounding too few points stay too few: there is nothing to add, and nothing to gain.
+      const bool complete = m_points.Added() == 0 && !(tooFew && value < bestValue - m_rounding);
       if (value < bestValue) {
         bestValue = value;
         best = m_model;

@@ -26,7 +26,8 @@
 //   5  the generators' twist: a turn about n
 //   6  how fast the curvature changes along the generator: a, with n, g and the normal curvature c / R held
 //
-// All of them are lengths at the points.
+// All of them are lengths at the points. For a point that counts from the nappe behind the apex, d is minus its
+// distance from the axis, and f and all derivatives change their sign.
 
 namespace nu::internal {
 namespace {
@@ -89,11 +90,13 @@ NU_KERNEL void FindReach(const PointBlock& block, const AxisFrame& axis, double 
     pz -= f.origin.z;
     const Lanes x = px * f.x.x + py * f.x.y + pz * f.x.z;
     const Lanes y = px * f.y.x + py * f.y.y + pz * f.y.z;
+    const Lanes z = px * f.z.x + py * f.z.y + pz * f.z.z;
     Lanes d = x * x + y * y;
     TakeSquareRoot(d);
-    const Lanes way = d * sine + (px * f.z.x + py * f.z.y + pz * f.z.z) * cosine;
+    const Lanes way = (z < 0.0 ? -d : d) * sine + z * cosine;
     low = way < low ? way : low;
     high = way > high ? way : high;
+    weight = z < 0.0 ? -weight : weight;
     sumX += x * weight;
     sumY += y * weight;
   }
@@ -119,9 +122,10 @@ void Widen(Extremes& extremes, const Extremes& part) {
 }
 
 struct LocalLanes {
-  Lanes t, g, d, lift, deviation;
+  Lanes t, g, d, lift, deviation, side;
 };
 
+template<bool kBothNappes>
 NU_ALWAYS_INLINE void LoadLocal(const PointBlock& block, std::size_t i, const ConeDistance& m, LocalLanes& p) {
   const AxisFrame& f = m.frame;
   Lanes px, py, pz;
@@ -139,19 +143,27 @@ NU_ALWAYS_INLINE void LoadLocal(const PointBlock& block, std::size_t i, const Co
   p.d = h * h + square;
   TakeSquareRoot(p.d);
   const Lanes zero = {};
+  p.side = zero + 1.0;
+  if (kBothNappes) {
+    const Lanes fromApex = (p.g * m.cosine - n * m.sine) * m.sine + m.radius * m.cosine;
+    p.side = fromApex < zero ? zero - 1.0 : p.side;
+    p.d *= p.side;
+  }
   const Lanes far = p.d + h;
-  p.lift = h > zero ? square / far : p.d - h;
+  p.lift = h * p.side > zero ? square / far : p.d - h;
   p.deviation = n + p.lift * m.cosine;
+  if (kBothNappes) p.deviation *= p.side;
 }
 
-NU_KERNEL void FindDeviations(const PointBlock& block, const ConeDistance& model, double* deviation, double& smallest,
-                              double& largest) {
+template<bool kBothNappes>
+NU_ALWAYS_INLINE void FindDeviationsFrom(const PointBlock& block, const ConeDistance& model, double* deviation,
+                                         double& smallest, double& largest) {
   const ConeDistance m = model;
   Lanes low = kInfinity - Lanes{};
   Lanes high = -low;
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     LocalLanes p;
-    LoadLocal(block, i, m, p);
+    LoadLocal<kBothNappes>(block, i, m, p);
     Store(p.deviation, deviation + i);
     low = p.deviation < low ? p.deviation : low;
     high = p.deviation > high ? p.deviation : high;
@@ -160,53 +172,86 @@ NU_KERNEL void FindDeviations(const PointBlock& block, const ConeDistance& model
   largest = Largest(high);
 }
 
-NU_KERNEL void FindGradients(const PointBlock& block, const ConeDistance& model, double* deviation,
-                             double (*gradient)[kMostRows]) {
+NU_KERNEL void FindDeviations(const PointBlock& block, const ConeDistance& model, double* deviation, double& smallest,
+                              double& largest) {
+  if (model.bothNappes) return FindDeviationsFrom<true>(block, model, deviation, smallest, largest);
+  FindDeviationsFrom<false>(block, model, deviation, smallest, largest);
+}
+
+template<bool kBothNappes>
+NU_ALWAYS_INLINE void FindGradientsOf(const PointBlock& block, const ConeDistance& model, double* deviation,
+                                      double (*gradient)[kMostRows]) {
   const ConeDistance m = model;
-  const double sineScale = -1.0 / m.breadth;
-  const double verScale = -1.0 / m.bulge;
+  const double sineScale = 1.0 / m.breadth;
+  const double verScale = 1.0 / m.bulge;
   const double wayScale = 1.0 / m.length;
   const Lanes zero = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     LocalLanes p;
-    LoadLocal(block, i, m, p);
+    LoadLocal<kBothNappes>(block, i, m, p);
     Store(p.deviation, deviation + i);
     // On the axis any direction leads away.
-    const Lanes inverse = p.d > zero ? 1.0 / p.d : zero;
-    const Lanes sine = p.t * inverse * sineScale;
-    const Lanes ver = p.lift * inverse * verScale;
+    const Lanes inverse = p.d != zero ? 1.0 / p.d : zero;
+    const Lanes downwards = -p.side;
+    const Lanes sine = p.t * inverse * sineScale * downwards;
+    const Lanes ver = p.lift * inverse * verScale * downwards;
     const Lanes way = (p.g + p.lift * m.sine) * wayScale;
-    Store(zero - 1.0, gradient[0] + i);
+    Store(downwards, gradient[0] + i);
     Store(sine, gradient[1] + i);
     Store(ver, gradient[2] + i);
-    Store(-way, gradient[3] + i);
+    Store(way * downwards, gradient[3] + i);
     Store(way * sine, gradient[4] + i);
     Store(way * ver, gradient[5] + i);
   }
 }
 
-NU_KERNEL void FindExtremes(const PointBlock& block, const ConeDistance& model, Extremes& found) {
+NU_KERNEL void FindGradients(const PointBlock& block, const ConeDistance& model, double* deviation,
+                             double (*gradient)[kMostRows]) {
+  if (model.bothNappes) return FindGradientsOf<true>(block, model, deviation, gradient);
+  FindGradientsOf<false>(block, model, deviation, gradient);
+}
+
+template<bool kBothNappes>
+NU_ALWAYS_INLINE void FindExtremesFrom(const PointBlock& block, const ConeDistance& model, Extremes& found) {
   const ConeDistance m = model;
+  const Lanes zero = {};
   Lanes low = kInfinity - Lanes{};
   Lanes high = -low;
   Lanes across = {}, lift = {}, distance = {}, way = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     LocalLanes p;
-    LoadLocal(block, i, m, p);
+    LoadLocal<kBothNappes>(block, i, m, p);
     low = p.deviation < low ? p.deviation : low;
     high = p.deviation > high ? p.deviation : high;
     const Lanes signedWay = p.g + p.lift * m.sine;
-    const Lanes t = p.t < 0.0 ? -p.t : p.t;
-    const Lanes y = signedWay < 0.0 ? -signedWay : signedWay;
+    const Lanes t = p.t < zero ? -p.t : p.t;
+    const Lanes l = p.lift < zero ? -p.lift : p.lift;
+    const Lanes d = p.d < zero ? -p.d : p.d;
+    const Lanes y = signedWay < zero ? -signedWay : signedWay;
     across = t > across ? t : across;
-    lift = p.lift > lift ? p.lift : lift;
-    distance = p.d > distance ? p.d : distance;
+    lift = l > lift ? l : lift;
+    distance = d > distance ? d : distance;
     way = y > way ? y : way;
   }
   found = {Smallest(low), Largest(high), Largest(across), Largest(lift), Largest(distance), Largest(way)};
 }
 
-ConeDistance PlaceOn(PointBlocks& points, const Cone3& cone) {
+NU_KERNEL void FindExtremes(const PointBlock& block, const ConeDistance& model, Extremes& found) {
+  if (model.bothNappes) return FindExtremesFrom<true>(block, model, found);
+  FindExtremesFrom<false>(block, model, found);
+}
+
+Extremes ExtremesFrom(PointBlocks& points, const ConeDistance& model) {
+  Extremes seen;
+  points.ForEach([&](const PointBlock& block) {
+    Extremes part;
+    FindExtremes(block, model, part);
+    Widen(seen, part);
+  });
+  return seen;
+}
+
+ConeDistance PlaceOn(PointBlocks& points, const Cone3& cone, bool& behind) {
   const Vec3 apex = cone.Apex();
   const AxisFrame axis = AxisFrame::Along(apex, cone.axisDirection);
   ConeDistance model;
@@ -222,6 +267,7 @@ ConeDistance PlaceOn(PointBlocks& points, const Cone3& cone) {
     reach.x += part.x;
     reach.y += part.y;
   });
+  behind = reach.low < 0.0;
   const double farthest = std::max(reach.high, -reach.low);
   const double way = std::max(0.5 * (reach.low + reach.high), kLeastWay * farthest);
   const Vec3 across = reach.x * axis.x + reach.y * axis.y;
@@ -234,18 +280,20 @@ ConeDistance PlaceOn(PointBlocks& points, const Cone3& cone) {
 
 }  // namespace
 
-ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone) {
-  ConeDistance model = PlaceOn(points, cone);
-  Extremes seen;
-  points.ForEach([&](const PointBlock& block) {
-    Extremes part;
-    FindExtremes(block, model, part);
-    Widen(seen, part);
-  });
+ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone, double form, double& low, double& high) {
+  bool behind;
+  ConeDistance model = PlaceOn(points, cone, behind);
+  Extremes seen = ExtremesFrom(points, model);
+  if (behind && seen.high - seen.low > form) {
+    model.bothNappes = true;
+    seen = ExtremesFrom(points, model);
+  }
   model.breadth = std::max(seen.across / seen.distance, kEpsilon);
   model.bulge = std::max(seen.lift / seen.distance, kEpsilon);
   model.length = std::max(seen.way, kEpsilon * seen.distance);
-  return model.Moved({0.5 * (seen.low + seen.high)});
+  low = seen.low;
+  high = seen.high;
+  return model;
 }
 
 Cone3 ConeDistance::Cone() const {
@@ -276,13 +324,14 @@ void ConeDistance::AddCurvature(const Vec3& point, double weight, double (&sum)[
   const Vec3 local = frame.Local(point);
   const Coordinates q{local.x, local.y, local.z};
   const double h = radius + c * q.n + s * q.g;
-  const double d = std::sqrt(h * h + q.v * q.v);
+  const double height = c * q.g - s * q.n;
+  const double side = bothNappes && s * height + c * radius < 0.0 ? -1.0 : 1.0;
+  const double d = side * std::sqrt(h * h + q.v * q.v);
   if (d == 0.0) return;
-  const double lift = h > 0.0 ? q.v * q.v / (d + h) : d - h;
+  const double lift = side * h > 0.0 ? q.v * q.v / (d + h) : d - h;
   const double ver = lift / d;
   const double cosPhi = h / d;
   const double sinPhi = q.v / d;
-  const double height = c * q.g - s * q.n;
 
   const double change = 1.0 / (length * bulge);
   const double bend = 1.0 / (c * bulge);
@@ -318,8 +367,8 @@ void ConeDistance::AddCurvature(const Vec3& point, double weight, double (&sum)[
       const double l2 = sinPhi * second.v - ver * h2 + drop[i] * drop[j] / d;
       const double f2 =
           second.n + c * l2 - s * (opening[i] * dl[j] + opening[j] * dl[i]) - c * lift * opening[i] * opening[j];
-      sum[i][j] += weight * f2;
-      if (j < i) sum[j][i] += weight * f2;
+      sum[i][j] += side * weight * f2;
+      if (j < i) sum[j][i] += side * weight * f2;
     }
   }
 }
@@ -354,6 +403,30 @@ int ConeDistance::Stratum(const Vec3& point) const {
   const double part = 16.0 * lift / (bulge * d);
   const int place = part < 1.0 ? 0 : (part < 4.0 ? 1 : (part < 9.0 ? 2 : 3));
   return 8 * quarter + 2 * place + (q.y < 0.0 ? 1 : 0);
+}
+
+void NappesDistance::Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const {
+  cone.Deviations(block, deviation, smallest, largest);
+  for (std::size_t i = 0; i < block.size; ++i) deviation[i] -= middle;
+  smallest -= middle;
+  largest -= middle;
+}
+
+void NappesDistance::Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const {
+  cone.Gradients(block, deviation, gradient);
+  for (std::size_t i = 0; i < block.size; ++i) deviation[i] -= middle;
+  std::fill_n(gradient[kUnknowns - 1], block.size, -1.0);
+}
+
+void NappesDistance::AddCurvature(const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]) const {
+  double part[K][K] = {};
+  cone.AddCurvature(point, weight, part);
+  for (int i = 0; i < K; ++i)
+    for (int j = 0; j < K; ++j) sum[i][j] += part[i][j];
+}
+
+NappesDistance NappesDistance::Moved(const double (&step)[kUnknowns]) const {
+  return {cone.Moved({step[0], step[1], step[2], step[3], step[4], step[5]}), middle + step[K]};
 }
 
 }  // namespace nu::internal

@@ -31,6 +31,8 @@ struct ConeDistance {
   double breadth = 1.0;
   double bulge = 1.0;
   double length = 1.0;
+  // Points behind the apex count from the nappe there; otherwise from the one of the pivot, as if it went on.
+  bool bothNappes = false;
 
   // The semi-angle is not negative, and the direction points to the nappe of the pivot.
   Cone3 Cone() const;
@@ -43,9 +45,26 @@ struct ConeDistance {
   int Stratum(const Vec3& point) const;
 };
 
-// A parallel of the cone, from which the largest and the smallest deviation are equal, with the scale of its unknowns
-// for these points.
-ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone);
+// With points on both nappes a shift of the apex does not level the deviations: their middle is an unknown of its own.
+struct NappesDistance {
+  static constexpr int kUnknowns = ConeDistance::kUnknowns + 1;
+  static constexpr int kStrata = ConeDistance::kStrata;
+
+  ConeDistance cone;
+  double middle = 0.0;
+
+  Cone3 Cone() const { return cone.Cone(); }
+
+  void Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const;
+  void Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const;
+  void AddCurvature(const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]) const;
+  NappesDistance Moved(const double (&step)[kUnknowns]) const;
+  int Stratum(const Vec3& point) const { return cone.Stratum(point); }
+};
+
+// About a cone, with the scale of the unknowns for these points, and the extreme deviations from it. Points behind the
+// apex make it one of both nappes where the range of the deviations is below `form` no other way.
+ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone, double form, double& low, double& high);
 
 }  // namespace nu::internal
 

@@ -13,27 +13,20 @@ constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 // tens.
 constexpr long kMostSteps = 1000;
 
+// The cone comes with the rounding errors of an apex and an angle: its deviations are so many of them off.
+constexpr double kNoise = 64.0;
+
 Cone3 Rescaled(Cone3 cone, double factor) {
   cone.axisPoint = factor * cone.axisPoint;
   cone.toApex *= factor;
   return cone;
 }
 
-}  // namespace
-
-ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& start, long limit) {
-  points.Keep();
+// What was found, in the callers' unit.
+template<class Model>
+ConeZone Described(const MinimaxSolution<Model>& found, double unit) {
   ConeZone zone;
-  NearAndFar seen;
-  if (!FindNearAndFar(points, mean, seen)) return zone;
-  const double scale = points.Scale();
-  const ConeDistance model = DistanceFromCone(points, Rescaled(start, scale));
-  zone.linearised = model.IsFinite();
-  if (!zone.linearised) return zone;
-  const double rounding = kDistanceRoundings * kEpsilon * seen.greatest;
-  Minimax<ConeDistance> minimax(points, MinimaxSide::both, rounding, std::min(limit, kMostSteps));
-  const MinimaxSolution<ConeDistance> found = minimax.Solve(model);
-  const double unit = 1.0 / scale;
+  zone.linearised = true;
   zone.end = found.end;
   zone.steps = found.steps;
   zone.cone = Rescaled(found.model.Cone(), unit);
@@ -45,6 +38,28 @@ ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& s
     zone.multiplier[k] = found.multiplier[k];
   }
   return zone;
+}
+
+}  // namespace
+
+ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& start, double form, long limit) {
+  points.Keep();
+  NearAndFar seen;
+  if (!FindNearAndFar(points, mean, seen)) return {};
+  const double scale = points.Scale();
+  const double rounding = kDistanceRoundings * kEpsilon * seen.greatest;
+  double low, high;
+  const ConeDistance model =
+      DistanceFromCone(points, Rescaled(start, scale), scale * form + kNoise * rounding, low, high);
+  if (!model.IsFinite()) return {};
+  const double middle = 0.5 * (low + high);
+  const long most = std::min(limit, kMostSteps);
+  if (model.bothNappes) {
+    Minimax<NappesDistance> minimax(points, MinimaxSide::both, rounding, most);
+    return Described(minimax.Solve({model, middle}), 1.0 / scale);
+  }
+  Minimax<ConeDistance> minimax(points, MinimaxSide::both, rounding, most);
+  return Described(minimax.Solve(model.Moved({middle})), 1.0 / scale);
 }
 
 }  // namespace nu::internal

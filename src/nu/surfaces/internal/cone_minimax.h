@@ -9,9 +9,10 @@ namespace nu::internal {
 // The space between two parallel cones that no small move makes narrower, and the points that hold it: the multipliers
 // are not negative and add up to 1. With phi the angle around the axis and y the way along the generator, the sums of
 // sign * multiplier times 1, sin phi, cos phi, and of the same times y, are zero. Everything is in the unit of the
-// points, from the origin of the blocks.
+// points, from the origin of the blocks. Of points on both nappes the zone is between the extreme distances from the
+// cone, and need not be in the middle of them.
 struct ConeZone {
-  static constexpr int kMostContacts = 7;
+  static constexpr int kMostContacts = 8;
 
   MinimaxEnd end = MinimaxEnd::stalled;
   bool linearised = false;  // the deviations from the start and their derivatives are finite
@@ -24,9 +25,9 @@ struct ConeZone {
   double multiplier[kMostContacts] = {};
 };
 
-// The narrowest zone next to a cone, and not wider than the one about it; `mean` is that of the points. A limit above
-// 1000 is 1000.
-ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& start, long limit);
+// The narrowest zone next to a cone with deviations over a range of `form`, and not wider; `mean` is that of the
+// points. A limit above 1000 is 1000.
+ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& start, double form, long limit);
 
 }  // namespace nu::internal
 
