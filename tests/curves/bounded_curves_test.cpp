@@ -87,7 +87,7 @@ TEST(Polyline, RefusesWhatHasNoMeaning) {
   EXPECT_EQ(offset(square, nan, z, 0), "operation 29 Offset" + where);
   EXPECT_EQ(offset(square, 1, CNuVector(0, 1, 1), 0), "operation 45 Offset of non-planar curve" + where);
   EXPECT_EQ(offset(space, 1, z, 0), "operation 45 Offset of non-planar curve" + where);
-  EXPECT_EQ(offset(square, 1, z, 1), "operation 45 Offset with different shape" + where);
+  EXPECT_EQ(offset(square, 1, z, 2), "operation 45 Offset with different shape" + where);
   EXPECT_EQ(offset(square, -1.1, z, 0), "operation 28 Offset" + where);
   CNuPolyline slot =
       Chain({{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {6, 10, 0}, {5, 1, 0}, {4, 10, 0}, {0, 10, 0}, {0, 0, 0}});

@@ -113,6 +113,18 @@ CNuCircularArc::CNuCircularArc(const CNuPoint& p1, const CNuPoint& p2, const CNu
   SetPosition(m_centre, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
 }
 
+CNuCircularArc::CNuCircularArc(const CNuPoint& centre, const CNuPoint& start, const CNuPoint& end,
+                               const CNuVector& axis, double radius, double sweep)
+    : CNuBoundedCurve(NuTypeCircularArc),
+      m_centre(centre),
+      m_start(start),
+      m_end(end),
+      m_axis(axis),
+      m_radius(radius),
+      m_sweep(sweep) {
+  SetPosition(m_centre, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+}
+
 Arc3 nu::internal::DataOf(const CNuCircularArc& arc) {
   const Placement place(arc.GetFrame(), Components(arc.m_centre));
   Arc3 data;

@@ -63,6 +63,9 @@ class NU_EXPORT CNuCircularArc : public CNuBoundedCurve {
   friend nu::internal::Arc3 nu::internal::DataOf(const CNuCircularArc& arc);
 
   CNuCircularArc() : CNuBoundedCurve(NuTypeCircularArc) {}
+  // What is known to be an arc.
+  CNuCircularArc(const CNuPoint& centre, const CNuPoint& start, const CNuPoint& end, const CNuVector& axis,
+                 double radius, double sweep);
 
   // One record of the composite curve's file: the character 'a', the records of centre, start and end, and the sense as
   // int. Reading returns false when the next byte, which it consumes, is no 'a', or what follows makes no arc.

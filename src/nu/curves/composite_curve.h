@@ -9,6 +9,11 @@
 #include "nu/export.h"
 #include "nu/foundation/boolean.h"
 
+namespace nu::internal {
+class PieceChain;
+struct Vec3;
+}  // namespace nu::internal
+
 // A chain of line segments and circular arcs. Each is meant to start where the one before it ends, but need not: what
 // cannot do with gaps says so. The curve may be closed, cross itself and leave its plane. Its frame has the axes of the
 // global frame and its origin in the start point of the segment that was added first; that of an empty curve is the
@@ -70,6 +75,13 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   double DistanceTo(const CNuPoint& p) const override;
   // Of all segments; 0 for an empty curve.
   double Length() const override;
+  // A composite curve with sharp corners, `shape` 0, or round ones, 1: all points at the distance that are no closer to
+  // another point of the curve. What vanishes is left out. A sharp corner goes on along the tangents until they meet.
+  // The offset of a curve that is not closed within NuGetLengthTol() ends where those of its ends do. Where the offset
+  // falls apart the result is, of a closed curve, the part that runs around the largest area, else the longest part.
+  // Not in one plane with that normal: cause 45, "Offset of non-planar curve"; another shape: cause 45, "Offset with
+  // different shape"; a gap between segments: cause 26, "Offset"; nothing is left, or a sharp corner folds back on
+  // itself: cause 28; no closed curve is left, as where a closed one crosses itself: cause 30.
   CNuBoundedCurve* Offset(double distance, const CNuVector& normal, int shape) override;
   CNuBoundedCurve* Offset(double distance) override;
 
@@ -84,6 +96,8 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   bool BinaryRead(const char* fileName);
 
  private:
+  friend class CNuPolyline;
+
   using Segments = std::deque<std::unique_ptr<CNuBoundedCurve>>;
 
   void RequireSegments(const char* where) const;
@@ -91,6 +105,8 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   void Carry(const Frame& before);
   void ReadSegment(int type, std::ifstream& in);
   CNuVector PlaneNormal() const;
+  static std::unique_ptr<CNuCompositeCurve> OffsetOf(const nu::internal::PieceChain& chain, double distance,
+                                                     const nu::internal::Vec3& normal, int shape, const char* where);
 
   Segments m_segments;
 };

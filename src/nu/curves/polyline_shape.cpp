@@ -7,10 +7,12 @@
 #include <cfloat>
 #include <memory>
 
+#include "nu/curves/composite_curve.h"
 #include "nu/curves/internal/chain_plane.h"
 #include "nu/curves/internal/curve_pieces.h"
 #include "nu/curves/internal/offset_polygon2.h"
 #include "nu/curves/internal/placement.h"
+#include "nu/curves/internal/plane_axes.h"
 #include "nu/curves/internal/self_contact.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/internal/failures.h"
@@ -25,6 +27,7 @@ using nu::internal::OffsetPolygon;
 using nu::internal::PieceChain;
 using nu::internal::PiecesOf;
 using nu::internal::Plane3;
+using nu::internal::PlaneAxes;
 using nu::internal::SafeNorm;
 using nu::internal::Segment3;
 using nu::internal::ToPoint;
@@ -57,21 +60,6 @@ CNuPoint MiddleOfEdges(const CNuPointArray& points, double length) {
   return ToPoint(first + Vec3{sums[0], sums[1], sums[2]});
 }
 
-// A plane with two axes, for offsets.
-struct PlaneAxes {
-  explicit PlaneAxes(const Plane3& plane) : origin(plane.point), normal(plane.normal) {
-    CNuVector direction = ToVector(normal);
-    CNuVector first, second;
-    direction.OrthonormalXY(&first, &second);
-    x = Components(first);
-    y = Components(second);
-  }
-  Vec2 Local(Vec3 p) const { return {Dot(p - origin, x), Dot(p - origin, y)}; }
-  CNuPoint Global(Vec2 p) const { return ToPoint(origin + p.x * x + p.y * y); }
-
-  Vec3 origin, normal, x, y;
-};
-
 // Points that are as close as the tolerance make no edge to move.
 std::vector<Vec2> Corners(const CNuPointArray& points, const PlaneAxes& plane, bool closed, double tol) {
   std::vector<Vec2> corners;
@@ -86,7 +74,7 @@ std::vector<Vec2> Corners(const CNuPointArray& points, const PlaneAxes& plane, b
 
 CNuPointArray GlobalPoints(const OffsetPolygon& moved, const PlaneAxes& plane, bool closed) {
   CNuPointArray points(static_cast<int>(moved.vertices.size()) + 1);
-  for (const Vec2 p : moved.vertices) points.Add(plane.Global(p));
+  for (const Vec2 p : moved.vertices) points.Add(ToPoint(plane.Global(p)));
   if (closed) points.Add(points[0]);
   return points;
 }
@@ -150,8 +138,9 @@ void CNuPolyline::GetData(int at, int step, CNuPoint* point, CNuVector* tangent,
 
 CNuBoundedCurve* CNuPolyline::Offset(double distance, const CNuVector& normal, int shape) {
   const Vec3 given = nu::internal::RequireOffset(distance, normal, kOffset);
-  const CNuPointArray points = GetPoints();
   const PieceChain chain = PiecesOf(*this);
+  if (shape == 1) return CNuCompositeCurve::OffsetOf(chain, distance, given, shape, kOffset).release();
+  const CNuPointArray points = GetPoints();
   const Plane3 plane{At(points, 0), given};
   const double size = std::max(chain.LargestCoordinate(), std::fabs(distance));
   const double tol = CoincidenceTol(NuGetLengthTol(), size);

@@ -1,0 +1,227 @@
+#include "nu/curves/internal/offset_trace2.h"
+
+#include <algorithm>
+
+#include "nu/foundation/constants.h"
+
+namespace nu::internal {
+
+namespace {
+
+std::size_t Index(int i) {
+  return static_cast<std::size_t>(i);
+}
+
+// Of what is between a piece, the origin and the ways there.
+double AreaOf(const Piece2& piece) {
+  const double area = 0.5 * Cross(piece.start, piece.end);
+  if (piece.curvature == 0.0) return area;
+  const double turn = piece.curvature * piece.length;
+  return area + 0.5 * (turn - std::sin(turn)) / (piece.curvature * piece.curvature);
+}
+
+}  // namespace
+
+Trace::Trace(const RawOffset& raw, const std::vector<int>& group, const std::vector<TraceEdge>& edges)
+    : m_raw(raw),
+      m_edges(edges),
+      m_out(group.size()),
+      m_in(group.size()),
+      m_isEnd(group.size(), 0),
+      m_isGone(edges.size(), 0),
+      m_next(edges.size(), -1),
+      m_previous(edges.size(), -1) {
+  for (int e = 0; e < static_cast<int>(edges.size()); ++e) {
+    const std::vector<int>& out = m_out[Index(edges[Index(e)].start)];
+    m_isGone[Index(e)] = std::any_of(out.begin(), out.end(), [&](int other) { return IsSame(e, other); }) ? 1 : 0;
+    if (m_isGone[Index(e)]) continue;
+    m_out[Index(edges[Index(e)].start)].push_back(e);
+    m_in[Index(edges[Index(e)].end)].push_back(e);
+  }
+}
+
+// Offsets of different pieces can run along each other; two edges from one node are the same then.
+bool Trace::IsSame(int e, int other) const {
+  constexpr double kApart = 1e-11;
+  if (m_edges[Index(e)].end != m_edges[Index(other)].end) return false;
+  const Piece2 first = Away(e, false);
+  const Piece2 second = Away(other, false);
+  return std::fabs(first.length - second.length) <= kApart &&
+         Norm(first.At(0.5 * first.length) - second.At(0.5 * second.length)) <= kApart;
+}
+
+// What leads nowhere, or comes from nowhere, is no part of a curve: roundings leave such stubs.
+void Trace::Prune() {
+  std::vector<int> nodes;
+  for (int node = 0; node < static_cast<int>(m_out.size()); ++node) nodes.push_back(node);
+  while (!nodes.empty()) {
+    const int node = nodes.back();
+    nodes.pop_back();
+    if (!m_isEnd[Index(node)]) DropWithout(node, nodes);
+  }
+}
+
+void Trace::DropWithout(int node, std::vector<int>& open) {
+  const auto isLeft = [&](int e) { return !m_isGone[Index(e)]; };
+  const std::vector<int>& in = m_in[Index(node)];
+  const std::vector<int>& out = m_out[Index(node)];
+  const bool comes = std::any_of(in.begin(), in.end(), isLeft);
+  const bool goes = std::any_of(out.begin(), out.end(), isLeft);
+  if (comes == goes) return;
+  for (const int e : comes ? in : out) {
+    if (!isLeft(e)) continue;
+    m_isGone[Index(e)] = 1;
+    open.push_back(comes ? m_edges[Index(e)].start : m_edges[Index(e)].end);
+  }
+}
+
+// The part of an edge's piece, run away from the node where the edge ends or starts.
+Piece2 Trace::Away(int e, bool isIn) const {
+  const TraceEdge& edge = m_edges[Index(e)];
+  const Piece2 part = m_raw.pieces[Index(edge.piece)].Part(edge.from, edge.to);
+  return isIn ? part.Reversed() : part;
+}
+
+// Whether two rays of about one direction stand in the wrong order: they touch, and halfway along the shorter one tells
+// on which side the second one leaves. Of those that never do, the one that goes comes first.
+bool Trace::IsSwapped(const Ray& first, const Ray& second) const {
+  constexpr double kTouching = 1e-6;  // radians
+  constexpr double kApart = 1e-11;
+  if (std::fabs(std::remainder(second.angle - first.angle, Nu_2PI)) > kTouching) return false;
+  const Piece2 a = Away(first.edge, first.isIn);
+  const Piece2 b = Away(second.edge, second.isIn);
+  const double height = a.HeightOf(b.At(0.5 * std::min(a.length, b.length)));
+  return std::fabs(height) > kApart ? height < 0.0 : first.isIn && !second.isIn;
+}
+
+std::vector<Trace::Ray> Trace::RaysAt(int node) const {
+  std::vector<Ray> rays;
+  const auto add = [&](const std::vector<int>& edges, bool isIn) {
+    for (const int e : edges) {
+      if (m_isGone[Index(e)]) continue;
+      const Vec2 direction = Away(e, isIn).direction;
+      rays.push_back({std::atan2(direction.y, direction.x), e, isIn});
+    }
+  };
+  add(m_in[Index(node)], true);
+  add(m_out[Index(node)], false);
+  return rays;
+}
+
+// The free side is to the right. From an edge that comes in, counter-clockwise, the next one that goes out goes on with
+// it, and takes those in between out of account, as brackets do: curves may touch at a node but do not cross there.
+void Trace::MatchAt(int node) {
+  std::vector<Ray> rays = RaysAt(node);
+  if (rays.size() > 2) {
+    std::stable_sort(rays.begin(), rays.end(), [](const Ray& a, const Ray& b) { return a.angle < b.angle; });
+    for (std::size_t i = 0; i < rays.size(); ++i) {
+      Ray& next = rays[(i + 1) % rays.size()];
+      if (IsSwapped(rays[i], next)) std::swap(rays[i], next);
+    }
+  }
+  std::vector<int> open;
+  for (std::size_t i = 0; i < 2 * rays.size(); ++i) {
+    const Ray& ray = rays[i % rays.size()];
+    if (ray.isIn) {
+      if (i < rays.size()) open.push_back(ray.edge);
+    } else if (!open.empty() && m_previous[Index(ray.edge)] < 0) {
+      m_previous[Index(ray.edge)] = open.back();
+      m_next[Index(open.back())] = ray.edge;
+      open.pop_back();
+    }
+  }
+}
+
+void Trace::Match() {
+  for (int node = 0; node < static_cast<int>(m_out.size()); ++node) MatchAt(node);
+}
+
+// Until it comes back to its first edge, or does not go on.
+Trace::Path Trace::Walk(int first) {
+  Path path;
+  int edge = first;
+  do {
+    path.push_back(edge);
+    m_isGone[Index(edge)] = 1;
+    edge = m_next[Index(edge)];
+  } while (edge >= 0 && edge != first);
+  return path;
+}
+
+std::vector<Piece2> Trace::LargestLoop() {
+  Prune();
+  Match();
+  constexpr double kLeastHeight = 1e-10;  // of a loop that is more than a way there and back, over its length
+  Path best;
+  double largest = 0.0;
+  for (int e = 0; e < static_cast<int>(m_edges.size()); ++e) {
+    if (m_isGone[Index(e)]) continue;
+    const Path path = Walk(e);
+    if (m_next[Index(path.back())] != e) continue;
+    const double area = std::fabs(AreaOf(path));
+    if (area > largest && area > kLeastHeight * LengthOf(path)) {
+      largest = area;
+      best = path;
+    }
+  }
+  return PiecesOf(best, true);
+}
+
+// Paths that have a start come first; what is left then is closed.
+std::vector<Piece2> Trace::LongestPath() {
+  Prune();
+  Match();
+  Path best;
+  double longest = 0.0;
+  for (const bool closed : {false, true}) {
+    for (int e = 0; e < static_cast<int>(m_edges.size()); ++e) {
+      if (m_isGone[Index(e)] || (!closed && m_previous[Index(e)] >= 0)) continue;
+      const Path path = Walk(e);
+      const double length = LengthOf(path);
+      if (length > longest) {
+        longest = length;
+        best = path;
+      }
+    }
+  }
+  return PiecesOf(best, false);
+}
+
+double Trace::AreaOf(const Path& path) const {
+  double area = 0.0;
+  for (const int e : path) {
+    const TraceEdge& edge = m_edges[Index(e)];
+    area += nu::internal::AreaOf(m_raw.pieces[Index(edge.piece)].Part(edge.from, edge.to));
+  }
+  return area;
+}
+
+double Trace::LengthOf(const Path& path) const {
+  double length = 0.0;
+  for (const int e : path) length += m_edges[Index(e)].to - m_edges[Index(e)].from;
+  return length;
+}
+
+// Edges that go on along the same piece are one.
+std::vector<Piece2> Trace::PiecesOf(const Path& path, bool closed) const {
+  std::vector<TraceEdge> parts;
+  for (const int e : path) {
+    const TraceEdge& edge = m_edges[Index(e)];
+    const bool goesOn = !parts.empty() && parts.back().piece == edge.piece && parts.back().to == edge.from;
+    if (goesOn) {
+      parts.back().to = edge.to;
+    } else {
+      parts.push_back(edge);
+    }
+  }
+  if (closed && parts.size() > 1 && parts.back().piece == parts.front().piece &&
+      parts.back().to == parts.front().from) {
+    parts.front().from = parts.back().from;
+    parts.pop_back();
+  }
+  std::vector<Piece2> pieces;
+  for (const TraceEdge& part : parts) pieces.push_back(m_raw.pieces[Index(part.piece)].Part(part.from, part.to));
+  return pieces;
+}
+
+}  // namespace nu::internal

@@ -1,0 +1,63 @@
+#ifndef NU_CURVES_INTERNAL_OFFSET_TRACE2_H
+#define NU_CURVES_INTERNAL_OFFSET_TRACE2_H
+
+#include <vector>
+
+#include "nu/curves/internal/offset_raw2.h"
+
+namespace nu::internal {
+
+// A part of a raw piece that runs from one group of nodes to another.
+struct TraceEdge {
+  int piece;
+  double from, to;
+  int start, end;
+};
+
+// Finds the curves that parts of a raw offset make up. They leave what is free, away from the chain, to their right,
+// and touch where several meet at a node, but do not cross.
+class Trace {
+ public:
+  // All of them must outlive the trace.
+  Trace(const RawOffset& raw, const std::vector<int>& group, const std::vector<TraceEdge>& edges);
+
+  // A group of nodes where a curve may start and end.
+  void AllowEnd(int group) { m_isEnd[static_cast<std::size_t>(group)] = 1; }
+
+  // Empty without any.
+  std::vector<Piece2> LargestLoop();
+  std::vector<Piece2> LongestPath();
+
+ private:
+  using Path = std::vector<int>;  // of edges
+  // An edge as it is seen from a node.
+  struct Ray {
+    double angle;
+    int edge;
+    bool isIn;
+  };
+
+  void Prune();
+  void DropWithout(int node, std::vector<int>& open);
+  bool IsSame(int edge, int other) const;
+  Piece2 Away(int edge, bool isIn) const;
+  bool IsSwapped(const Ray& first, const Ray& second) const;
+  std::vector<Ray> RaysAt(int node) const;
+  void MatchAt(int node);
+  void Match();
+  Path Walk(int first);
+  std::vector<Piece2> PiecesOf(const Path& path, bool closed) const;
+  double AreaOf(const Path& path) const;
+  double LengthOf(const Path& path) const;
+
+  const RawOffset& m_raw;
+  const std::vector<TraceEdge>& m_edges;
+  std::vector<std::vector<int>> m_out, m_in;  // edges of each group of nodes
+  std::vector<char> m_isEnd;
+  std::vector<char> m_isGone;           // dropped or used
+  std::vector<int> m_next, m_previous;  // of each edge, or -1
+};
+
+}  // namespace nu::internal
+
+#endif
