@@ -328,6 +328,16 @@ TEST(FailingAllocations, Fits) {
       delete lines[1];
     };
     FailEveryAllocation("section of a cone", cut, [&] { return lines.GetSize() == 1 && lines[0] == &sphere; });
+    for (const double apex : {2.0, 0.0}) {  // two conics, two curves
+      CNuObjArray common(1);
+      common.Add(&sphere);
+      const auto meet = [&] {
+        CNuCylSurf(1.0).IntersectWith(CNuConSurf(30.0, CNuPoint(apex, 0, 0), CNuVector(1, 0, 0)), &common);
+        delete common[0];
+        delete common[1];
+      };
+      FailEveryAllocation("common curves", meet, [&] { return common.GetSize() == 1 && common[0] == &sphere; });
+    }
     const auto fitCylinder = [&] {
       cylinder = CNuCylSurf(1.5);  // where blocks cannot be kept, the fit goes on without them and changes it
       cylinder.Fit(space, &form, &sumsq, 100);

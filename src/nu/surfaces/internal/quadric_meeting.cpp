@@ -136,9 +136,11 @@ void QuadricMeeting::AddCircle(Vec3 centre, Vec3 normal, double radius) {
 
 template<class Surface>
 bool QuadricMeeting::AddSections(const Surface& surface, const std::vector<Plane3>& planes) {
+  constexpr int kMost = 2;  // of one plane
   NewObjects sections;
+  sections.reserve(kMost * planes.size());  // so that each is owned at once
   for (const Plane3& plane : planes) {
-    CNuObjArray conics(2);
+    CNuObjArray conics(kMost);
     CNuPlane(World(plane.point), ToVector(plane.normal)).IntersectWith(surface, &conics);
     const std::size_t before = sections.size();
     for (int i = 0; i < conics.GetSize(); ++i) sections.emplace_back(conics[i]);
@@ -156,7 +158,9 @@ template bool QuadricMeeting::AddSections(const CNuConSurf& surface, const std::
 void QuadricMeeting::AddBranches(const QuadricBranches& branches, const AxisFrame& frame, double unit) {
   AxisFrame world = frame;
   world.origin = m_unit * frame.origin;
-  for (const QuadricCurve& curve : branches.curves) m_found.emplace_back(NewPCurve(curve, world, m_unit * unit));
+  for (const QuadricCurve& curve : branches.curves) {
+    m_found.push_back(std::unique_ptr<CNuObject>(NewPCurve(curve, world, m_unit * unit)));
+  }
   for (const Vec3& p : branches.points) {
     AddPoint(frame.origin + unit * (p.x * frame.x + p.y * frame.y + p.z * frame.z));
   }
@@ -201,8 +205,21 @@ void QuadricStage::TakeCurve(const CNuTriagPolynomial* curve) {
   }
 }
 
+namespace {
+
+double LargestCoefficient(const CNuTriagPolynomial& p) {
+  double largest = 0.0;
+  for (int k = 0; k <= p.GetDegree(); ++k) largest = std::max({largest, std::fabs(p.Cos(k)), std::fabs(p.Sin(k))});
+  return largest;
+}
+
+}  // namespace
+
 int MonotoneRanges(const CNuTriagPolynomial* curve, CNuInterval* ranges) {
   CNuTriagPolynomial discriminant = curve[1] * curve[1] - curve[0] * curve[2];
+  const double largest = LargestCoefficient(discriminant);
+  if (!(largest > NuGetZero())) return 0;
+  discriminant /= largest;  // that of surfaces with nearly parallel lines is small in all
   discriminant.Simplify(NuGetTol());
   CNuTriagPolynomial slope(discriminant.GetDegree());
   for (int k = 1; k <= slope.GetDegree(); ++k) {
