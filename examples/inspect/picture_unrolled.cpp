@@ -67,7 +67,9 @@ MapAxis AngleAxis(std::vector<double> degrees, double first) {
   axis.extent = std::max(axis.extent, kSteps[0]);
   const auto* step =
       std::find_if(std::begin(kSteps), std::end(kSteps) - 1, [&](double s) { return axis.extent <= kMostSteps * s; });
-  for (double tick = std::ceil(axis.low / *step) * *step; tick <= axis.low + axis.extent; tick += *step) {
+  const double rounding = 1e-6 * *step;  // a range that ends at a tick shows it
+  for (double tick = std::ceil((axis.low - rounding) / *step) * *step; tick <= axis.low + axis.extent + rounding;
+       tick += *step) {
     const double named = axis.extent < kTurn ? tick - kTurn * std::floor((tick - first) / kTurn) : tick;
     axis.ticks.push_back({axis.Place(tick), WithMinusSign(Fixed(named, *step < 1 ? 1 : 0)) + "\u00B0"});
   }
