@@ -30,8 +30,6 @@ using nu::internal::Vec3;
 
 namespace {
 
-constexpr const char* kName = "CNuCompositeCurve";
-
 std::unique_ptr<CNuBoundedCurve> CopyOf(const CNuBoundedCurve& segment) {
   switch (segment.GetType()) {
     case CNuObject::NuTypeLineSegment:
