@@ -21,13 +21,15 @@ struct Extremes {
   double largest = -kInf;
 };
 
-Extremes DeviationsFrom(const CNuConSurf& cone, const CNuPointArray& points) {
+// On both nappes a point counts from the one on its side.
+Extremes DeviationsFrom(const CNuConSurf& cone, const CNuPointArray& points, bool bothNappes = false) {
   const double a = cone.GetSemiAngle() * kDegree;
   const CNuVector axis = cone.GetAxisDirection();
   Extremes e;
   for (int i = 0; i < points.GetSize(); ++i) {
     const CNuVector q = (points[i] - cone.GetApex()).To3DVector();
-    const double d = (axis * q).Magnitude() * std::cos(a) - (axis % q) * std::sin(a);
+    const double height = bothNappes ? std::fabs(axis % q) : axis % q;
+    const double d = (axis * q).Magnitude() * std::cos(a) - height * std::sin(a);
     e.smallest = std::min(e.smallest, d);
     e.largest = std::max(e.largest, d);
   }
@@ -96,6 +98,48 @@ TEST(MinimumZoneCone, HasParallelBoundaries) {
     if (!apart) continue;
     EXPECT_NEAR(DeviationsFrom(inner, points).smallest, 0.0, 1e-14);
     EXPECT_NEAR(DeviationsFrom(outer, points).largest, 0.0, 1e-14);
+  }
+}
+
+// Few of them fit exactly, and all others to rounding: there is nothing to gain from any.
+TEST(MinimumZoneCone, EndsOnExactPoints) {
+  Random random(774);
+  for (int run = 0; run < 300; ++run) {
+    const double angle = random.Uniform(2.0, 80.0);
+    const nu::test::Motion motion = nu::test::RandomMotion(random, run % 2 == 0 ? 0.0 : 1.0);
+    const CNuPointArray points = motion(ConeCloud(random, 20 + random.Below(300), angle, 1.0, 1.5, 360.0, 0.0));
+    CNuConSurf cone(45.0);
+    double zone = -1.0;
+    ASSERT_EQ(cone.FitMinZoneEx(points, &zone, 1e-12, 1000), NuFitSuccess) << run;
+    ASSERT_LE(zone, 1e-13);
+    ASSERT_NEAR(cone.GetSemiAngle(), angle, 1e-10);
+  }
+}
+
+// No small change of the cone narrows the range of the deviations, and it is not wider than the least-squares form.
+TEST(MinimumZoneCone, OfPointsOnBothNappes) {
+  Random random(775);
+  for (int run = 0; run < 60; ++run) {
+    SCOPED_TRACE(run);
+    CNuPointArray points = ConeCloud(random, 60, random.Uniform(10.0, 75.0), 10.0, 12.0, 360.0, 0.01);
+    const int there = 3 + random.Below(57);
+    for (int i = 0; i < there; ++i) points[i] = -points[i];
+    points = nu::test::RandomMotion(random, 50.0)(points);
+    CNuConSurf cone(45.0), start(45.0);
+    double zone = 0.0, form = 0.0, sumsq = 0.0;
+    start.Fit(points, &form, &sumsq, 1000);
+    cone.FitMinZone(points, &zone, 1e-9, 1000);
+    EXPECT_LT(zone, form);
+    const Extremes e = DeviationsFrom(cone, points, true);
+    EXPECT_NEAR(e.largest - e.smallest, zone, 1e-13);
+    const auto change = [&] { return random.Uniform(-1e-4, 1e-4) * zone; };
+    for (int k = 0; k < 200; ++k) {
+      const CNuConSurf other(cone.GetSemiAngle() + 6.0 * change(),
+                             cone.GetApex() + CNuPoint(change(), change(), change()),
+                             cone.GetAxisDirection() + 0.1 * CNuVector(change(), change(), change()));
+      const Extremes near = DeviationsFrom(other, points, true);
+      ASSERT_GE(near.largest - near.smallest, zone - 1e-13);
+    }
   }
 }
 

@@ -27,16 +27,15 @@ class NU_EXPORT CNuConSurf : public CNuSurface {
   CNuLine GetAxis() const;
   void GetData(double* semiAngle, CNuPoint* apex, CNuVector* axisDirection) const;
 
-  // Least-squares fit: the cone that minimises the sum of squared orthogonal distances of the points. maxIter bounds the
-  // refinement steps on all points, and the fit must converge before the last permitted one: ten are plenty for measured
-  // points. formError and sumSquares may be null together: the largest minus the smallest deviation, signed, positive
-  // outside, and the sum of squares.
-  // CNuBestfitException, checked in this order: cause 13 for maxIter below 1; cause 1 for fewer than 6 points; cause 4
-  // for points in one plane; cause 2 for fewer than 6 that differ by NuGetLengthTol(), which the check before uses as
-  // well. Cause 11 when a coordinate is not finite, when the points determine no cone, or when it is a cylinder or a
-  // plane to within the rounding errors of the coordinates; cause 12 when the limit is reached. A failure of the start
-  // is the CNuOperationException of QuadricAxes. A step whose squared length is below NuGetTol() ends the iteration and
-  // is taken. A fit that fails leaves the cone as it was.
+  // Least-squares fit: the cone that minimises the sum of squared orthogonal distances of the points. maxIter bounds
+  // the refinement steps on all points, and the fit must converge before the last permitted one: ten are plenty for
+  // measured points. formError and sumSquares may be null together: the largest minus the smallest deviation, signed,
+  // positive outside, and the sum of squares. CNuBestfitException, checked in this order: cause 13 for maxIter below 1;
+  // cause 1 for fewer than 6 points; cause 4 for points in one plane; cause 2 for fewer than 6 that differ by
+  // NuGetLengthTol(), which the check before uses as well. Cause 11 when a coordinate is not finite, when the points
+  // determine no cone, or when it is a cylinder or a plane to within the rounding errors of the coordinates; cause 12
+  // when the limit is reached. A failure of the start is the CNuOperationException of QuadricAxes. A step whose squared
+  // length is below NuGetTol() ends the iteration and is taken. A fit that fails leaves the cone as it was.
   void Fit(const CNuPointArray& points, long maxIter);
   void Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
   // Returns 0 for success, 1 for cause 12 and 2 for any other failure; only maxIter below 1 still throws.
@@ -45,16 +44,19 @@ class NU_EXPORT CNuConSurf : public CNuSurface {
   // Minimum-zone cone: half-way between the two parallel cones, of the same axis and semi-angle, that hold all points
   // between them at the least distance, `zone`, along the normal; those next to the least-squares cone, and never
   // farther apart than its form. `inner` and `outer` receive the two, or both the result where `zone` is below
-  // NuGetTol(): their apexes are zone / (2 sin semi-angle) from that of the result along the axis. The start is that of
-  // Fit with the same limit; `tol` decides whether points are in one plane or coincide. CNuBestfitException, for which
-  // the cone and the outputs stay as they were: cause 13 (size 0) for a limit below 1, before all else; cause 1 (size
-  // 6) for fewer than six points; cause 4 (size 4) for points in one plane; cause 2 (size 6) for fewer than six
-  // distinct ones; the causes of Fit; cause 12 (size 0) when the steps use up the limit, even the one that ends the
-  // search, or are 1000; cause 11 (size 0) for coordinates that are not finite and for points along which the cone
-  // becomes a plane or a cylinder, the same named "CNuConSurf::FitMinZone" when no step leads down and none has to.
-  // CNuOperationException: cause 46 when the deviations cannot be linearised, cause 17 when a linear program of the
-  // search has no solution. The twins throw cause 13 only: NuFitNoConvergence stands for cause 12, NuFitFailure for
-  // every other failure. They make `tol` the thread's NuGetLengthTol() for as long as they run.
+  // NuGetTol(): their apexes are zone / (2 sin semi-angle) from that of the result along the axis. Of points on both
+  // nappes, each counted from the nappe that it is next to, `zone` is the range of the deviations; the cone need not be
+  // in the middle of it, as no parallel surface of two nappes is a cone.
+  // The start is that of Fit with the same limit; `tol` decides whether points are in one plane or coincide.
+  // CNuBestfitException, for which the cone and the outputs stay as they were: cause 13 (size 0) for a limit below 1,
+  // before all else; cause 1 (size 6) for fewer than six points; cause 4 (size 4) for points in one plane; cause 2 (size
+  // 6) for fewer than six distinct ones; the causes of Fit; cause 12 (size 0) when the steps use up the limit, even the
+  // one that ends the search, or are 1000; cause 11 (size 0) for coordinates that are not finite and for points along
+  // which the cone becomes a plane or a cylinder, and named "CNuConSurf::FitMinZone" when no step leads down although
+  // one should. CNuOperationException: cause 46 when the deviations cannot be linearised, cause 17 when a linear program
+  // of the search is not solved; neither has been seen to occur. The twins throw cause 13 only: NuFitNoConvergence
+  // stands for cause 12, NuFitFailure for every other failure. They make `tol` the thread's NuGetLengthTol() for as long
+  // as they run.
   void FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter);
   void FitMinZone(const CNuPointArray& points, double* zone, CNuConSurf* inner, CNuConSurf* outer, double tol,
                   long maxIter);
