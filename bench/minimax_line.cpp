@@ -4,13 +4,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include "axis_simplex.h"
 #include "inputs.h"
 #include "nu/geometry/line.h"
 #include "question.h"
-
-#ifdef NU_BENCH_GSL
-#include <gsl/gsl_multimin.h>
-#endif
 
 namespace {
 
@@ -70,81 +67,8 @@ double StripWidth(Cloud points) {
 }
 
 #ifdef NU_BENCH_GSL
-struct Axis {
-  Cloud local;  // along z, centred
-  double half = 0.0;
-};
-
-Xyz Unit(const Xyz& v) {
-  const double length = std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z);
-  return {v.x / length, v.y / length, v.z / length};
-}
-
-Xyz Cross(const Xyz& a, const Xyz& b) {
-  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-
-// The points along their principal axis, by the power method.
-Axis AlongPrincipalAxis(const Cloud& points) {
-  Xyz mean{0, 0, 0};
-  for (const Xyz& p : points) mean.x += p.x, mean.y += p.y, mean.z += p.z;
-  const double n = static_cast<double>(points.size());
-  mean = {mean.x / n, mean.y / n, mean.z / n};
-  double s[6] = {};
-  for (const Xyz& p : points) {
-    const double x = p.x - mean.x, y = p.y - mean.y, z = p.z - mean.z;
-    s[0] += x * x, s[1] += y * y, s[2] += z * z, s[3] += x * y, s[4] += x * z, s[5] += y * z;
-  }
-  Xyz d{1, 1, 1};
-  for (int k = 0; k < 20; ++k) {
-    d = Unit({s[0] * d.x + s[3] * d.y + s[4] * d.z, s[3] * d.x + s[1] * d.y + s[5] * d.z,
-              s[4] * d.x + s[5] * d.y + s[2] * d.z});
-  }
-  const Xyz u = Unit(Cross(d, std::fabs(d.x) < 0.5 ? Xyz{1, 0, 0} : Xyz{0, 1, 0}));
-  const Xyz v = Cross(d, u);
-  Axis axis;
-  for (const Xyz& p : points) {
-    const double x = p.x - mean.x, y = p.y - mean.y, z = p.z - mean.z;
-    axis.local.push_back({x * u.x + y * u.y + z * u.z, x * v.x + y * v.y + z * v.z, x * d.x + y * d.y + z * d.z});
-    axis.half = std::max(axis.half, std::fabs(axis.local.back().z));
-  }
-  return axis;
-}
-
-double LargestDistance(const gsl_vector* x, void* data) {
-  const Axis& axis = *static_cast<const Axis*>(data);
-  const double a = gsl_vector_get(x, 0), b = gsl_vector_get(x, 1);
-  const double c = gsl_vector_get(x, 2) / axis.half, d = gsl_vector_get(x, 3) / axis.half;
-  double largest = 0.0;
-  for (const Xyz& p : axis.local) {
-    const double u = p.x - a, v = p.y - b, w = p.z;
-    const double across[3] = {v - w * d, w * c - u, u * d - v * c};
-    largest = std::max(largest, across[0] * across[0] + across[1] * across[1] + across[2] * across[2]);
-  }
-  return std::sqrt(largest / (1.0 + c * c + d * d));
-}
-
-// Started again at its result until that brings less than a nanometre: the simplex flattens at kinks.
 double SimplexZone(const Cloud& points) {
-  Axis axis = AlongPrincipalAxis(points);
-  gsl_multimin_function problem{LargestDistance, 4, &axis};
-  gsl_vector* x = gsl_vector_calloc(4);
-  gsl_vector* step = gsl_vector_alloc(4);
-  gsl_multimin_fminimizer* simplex = gsl_multimin_fminimizer_alloc(gsl_multimin_fminimizer_nmsimplex2, 4);
-  double best = LargestDistance(x, &axis);
-  for (double gain = 1.0; gain > 1e-6;) {
-    gsl_vector_set_all(step, 0.2 * best);
-    gsl_multimin_fminimizer_set(simplex, &problem, x, step);
-    for (int k = 0; k < 1000 && gsl_multimin_fminimizer_size(simplex) > 1e-7; ++k)
-      gsl_multimin_fminimizer_iterate(simplex);
-    gain = best - simplex->fval;
-    best = std::min(best, simplex->fval);
-    gsl_vector_memcpy(x, simplex->x);
-  }
-  gsl_multimin_fminimizer_free(simplex);
-  gsl_vector_free(step);
-  gsl_vector_free(x);
-  return 2.0 * best;
+  return 2.0 * bench::SimplexOverAxes(points, [](double, double high) { return high; });
 }
 #endif
 

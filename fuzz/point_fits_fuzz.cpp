@@ -59,6 +59,10 @@ void FitAll(const CNuPointArray& points) {
   CNuCircle circle(1.0);
   if (fits([&] { circle.Fit(points, &form, &sumsq, 50); })) RequireFinite(circle.GetRadius());
   CNuConSurf cone(1.0), inner(1.0), outer(1.0);
+  CNuSphSurf sphere(1.0);
+  if (fits([&] { sphere.Fit(points, &form, &sumsq, 50); })) RequireFinite(sphere.GetRadius());
+  CNuCylSurf cylinder(1.0);
+  if (fits([&] { cylinder.Fit(points, &form, &sumsq, 50); })) RequireUnit(cylinder.GetAxisDirection());
   for (const double tol : {1e-9, 1e300}) {
     if (fits([&] { cone.FitMinZone(points, &form, &inner, &outer, tol, 50); })) {
       RequireSize(form);
@@ -76,11 +80,15 @@ void FitAll(const CNuPointArray& points) {
     if (fits([&] { circle.FitMin(points, tol); })) RequireSize(circle.GetRadius());
     if (fits([&] { circle.FitMax(points, tol); })) RequireSize(circle.GetRadius());
     if (fits([&] { circle.FitMinZone(points, &form, tol, 50); })) RequireSize(circle.GetRadius() + form);
+    if (fits([&] { sphere.FitMin(points, tol); })) RequireSize(sphere.GetRadius());
+    if (fits([&] { sphere.FitMax(points, tol); })) RequireSize(sphere.GetRadius());
+    if (fits([&] { sphere.FitMinZone(points, &form, tol, 50); })) RequireSize(sphere.GetRadius() + form);
+    if (fits([&] { cylinder.FitMin(points, tol, 50); })) RequireSize(cylinder.GetRadius());
+    if (fits([&] { cylinder.FitMax(points, tol, 50); })) RequireSize(cylinder.GetRadius());
+    if (fits([&] { cylinder.FitMinZone(points, &form, tol, 50); })) RequireSize(cylinder.GetRadius() + form);
   }
   CNuTorSurf torus(2.0, 1.0);
   if (fits([&] { torus.FitMin(points, 1e-9, 50); })) RequireSize(torus.GetMajorRadius() + torus.GetMinorRadius());
-  CNuSphSurf sphere(1.0);
-  if (fits([&] { sphere.Fit(points, &form, &sumsq, 50); })) RequireFinite(sphere.GetRadius());
   line.FitMinZoneEx(points, &form, NuGetTol(), 50);
   torus.FitMinEx(points, NuGetTol(), 50);
   circle.FitMinEx(points, NuGetTol());
@@ -89,6 +97,12 @@ void FitAll(const CNuPointArray& points) {
   circle.FitEx(points, 50);
   sphere.FitEx(points, 50);
   cone.FitMinZoneEx(points, &form, NuGetTol(), 50);
+  sphere.FitMinEx(points, NuGetTol());
+  sphere.FitMinZoneEx(points, &form, NuGetTol(), 50);
+  cylinder.FitEx(points, 50);
+  cylinder.FitMinEx(points, NuGetTol(), 50);
+  cylinder.FitMaxEx(points, NuGetTol(), 50);
+  cylinder.FitMinZoneEx(points, &form, NuGetTol(), 50);
 }
 
 void Question(const CNuPointArray& points, double tol) {

@@ -353,6 +353,16 @@ TEST(FailingAllocations, Fits) {
     FailEveryAllocation("zone of a cone", fitCone, [&] {
       return cone.GetSemiAngle() + inner.GetSemiAngle() + outer.GetSemiAngle() == 90.0;
     });
+    CNuPointArray shaft(n);
+    for (int i = 0; i < n; ++i)
+      shaft.Add(CNuPoint(5 * std::cos(2.4 * i), 5 * std::sin(2.4 * i) + 1e-4 * std::sin(31.0 * i), std::sin(3.0 * i)));
+    const std::function<void()> cylinders[] = {[&] { cylinder.FitMin(shaft, 1e-9, 100); },
+                                               [&] { cylinder.FitMax(shaft, 1e-9, 100); },
+                                               [&] { cylinder.FitMinZone(shaft, &form, 1e-9, 100); }};
+    for (const auto& fit : cylinders) {
+      const auto anew = [&] { cylinder = CNuCylSurf(1.5), fit(); };
+      FailEveryAllocation("minimax cylinder", anew, [&] { return cylinder.GetRadius() == 1.5; });
+    }
     CNuTorSurf torus(2.0, 1.5);
     const auto fitTorus = [&] {
       torus = CNuTorSurf(2.0, 1.5);

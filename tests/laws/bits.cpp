@@ -44,7 +44,7 @@ class Noise {
 };
 
 void AddFits(int n, Noise& noise, Bits& bits) {
-  CNuPointArray flat(n), space(n), taper(n);
+  CNuPointArray flat(n), space(n), taper(n), shaft(n);
   for (int i = 0; i < n; ++i) {
     const double t = noise();
     const double s = noise();
@@ -53,6 +53,7 @@ void AddFits(int n, Noise& noise, Bits& bits) {
     flat.Add(p);
     space.Add(CNuPoint(p.x() * s, p.y(), p.z() + 20.0 * s));
     taper.Add(CNuPoint((p.x() - 400.0) * (1.5 + s), (p.y() + 80.0) * (1.5 + s), 30.0 * s));
+    shaft.Add(CNuPoint(p.x(), p.y(), p.z() + 20.0 * s));
   }
   double form = 0.0, sumsq = 0.0;
   CNuLine line;
@@ -86,6 +87,15 @@ void AddFits(int n, Noise& noise, Bits& bits) {
   sphere.Fit(space, &form, &sumsq, 1000);
   bits.Add(sphere.GetCentre());
   bits.Add(sumsq);
+  CNuCylSurf cylinder(1.0);
+  const auto addCylinder = [&] {
+    bits.Add(cylinder.GetTransformation());
+    bits.Add(cylinder.GetRadius());
+  };
+  cylinder.Fit(shaft, &form, &sumsq, 1000), addCylinder();
+  cylinder.FitMin(shaft, 1e-9, 1000), addCylinder();
+  cylinder.FitMaxEx(shaft, 1e-9, 1000), addCylinder();  // half of the circumference may hold none
+  cylinder.FitMinZone(shaft, &form, 1e-9, 1000), addCylinder();
   CNuTorSurf torus(2.0, 1.0);
   for (const CNuPointArray& points : {space, flat}) {
     torus.FitMin(points, 1e-9, 1000);
