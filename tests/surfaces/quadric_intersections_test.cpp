@@ -421,6 +421,8 @@ TEST(QuadricIntersections, OfAnyNumbersEnd) {
     EXPECT_EQ(KindsOf(Common(CNuCylSurf(unit), CNuSphSurf(2.0 * unit, {unit, 0, 0}))), vanishes ? "circle" : "8");
     EXPECT_EQ(KindsOf(Common(CNuConSurf(30), Cone(20, {unit, 0, 0}, {1, 0, 0}))), vanishes ? "point" : "closed closed");
   }
+  EXPECT_EQ(KindsOf(Common(CNuCylSurf(1.0), Cylinder(1, {1, 0, 5}, {1e-10, 1e-10, 1}))), "line line")
+      << "parallel within the tolerance of directions";
   Random random(704);
   for (const double tol : {0.0, -1.0, 0.3, kNaN, kInf}) {
     NuSetLengthTol(tol);

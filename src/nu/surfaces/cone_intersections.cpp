@@ -10,13 +10,8 @@
 #include "nu/surfaces/sphere.h"
 
 using nu::internal::AngleBetween;
-using nu::internal::Approach;
 using nu::internal::AreSameAngles;
-using nu::internal::AxisOf;
-using nu::internal::ClosestApproach;
-using nu::internal::CoincidenceTol;
 using nu::internal::ConeContact;
-using nu::internal::LargestComponent;
 using nu::internal::MeetOnCone;
 using nu::internal::Plane3;
 using nu::internal::QuadricMeeting;
@@ -167,34 +162,25 @@ bool CNuConSurf::MeetSpecially(const CNuConSurf& other, QuadricMeeting& meeting)
   const RoundQuadric& second = meeting.Second();
   const double tol = meeting.Tol();
   const double between = AngleBetween(first.axis, second.axis);
-  const Vec3 way = second.point - first.point;
+  const bool areParallel = AreSameAngles(between, 0.0);
   const bool haveSameAngle = AreSameAngles(m_semiAngle, other.m_semiAngle);
+  const Vec3 way = second.point - first.point;
   if (Norm(way) <= tol) {
-    if (AreSameAngles(between, 0.0)) {
-      if (!haveSameAngle) meeting.AddPoint(first.point);
-    } else if (CommonGenerators(first, second, meeting).Add(m_semiAngle, other.m_semiAngle, between) == 0) {
-      meeting.AddPoint(first.point);
-    }
+    if (areParallel && haveSameAngle) return true;
+    CommonGenerators generators(first, second, meeting);
+    const int lines = areParallel ? 0 : generators.Add(m_semiAngle, other.m_semiAngle, between);
+    if (lines == 0) meeting.AddPoint(first.point);
     return true;
   }
-  if (AreSameAngles(between, 0.0)) {
-    if (Norm(Rejection(way, first.axis)) <= tol) {
-      MeetCoaxialCones(first, second, haveSameAngle, meeting);
-      return true;
-    }
-    if (!haveSameAngle) return false;
-    if (IsOn(first, second.point, tol)) {
-      meeting.AddLine(first.point, Unit(way));
-    } else if (!meeting.AddSections(*this, {PlaneBetween(first, second)})) {
-      MeetOnCone(QuadricStage(first, second, first.point, tol), {false, false, true}, &CNuConSurf::Intersect, meeting);
-    }
-    return true;
+  if (!areParallel) return meeting.AddAroundCommonSphere(*this);
+  if (Norm(Rejection(way, first.axis)) <= tol) {
+    MeetCoaxialCones(first, second, haveSameAngle, meeting);
+  } else if (!haveSameAngle) {
+    return false;
+  } else if (IsOn(first, second.point, tol)) {
+    meeting.AddLine(first.point, Unit(way));
+  } else if (!meeting.AddSections(*this, {PlaneBetween(first, second)})) {
+    MeetOnCone(QuadricStage(first, second, first.point, tol), {false, false, true}, &CNuConSurf::Intersect, meeting);
   }
-  const Approach approach = ClosestApproach(AxisOf(first), AxisOf(second), 0.0);
-  const Vec3 centre = 0.5 * (AxisOf(first).At(approach.alongFirst) + AxisOf(second).At(approach.alongSecond));
-  const double centreTol = CoincidenceTol(tol, LargestComponent(centre));
-  const double radius = std::fabs(approach.alongFirst) * first.sine;
-  return approach.distance <= centreTol &&
-         std::fabs(radius - std::fabs(approach.alongSecond) * second.sine) <= centreTol &&
-         meeting.AddSections(*this, PlanesAroundSphere(first, second, centre, radius));
+  return true;
 }

@@ -18,10 +18,8 @@ using nu::internal::AreSameAngles;
 using nu::internal::AxisOf;
 using nu::internal::Circle3;
 using nu::internal::ClosestApproach;
-using nu::internal::CoincidenceTol;
 using nu::internal::IsParallel;
 using nu::internal::kMostRanges;
-using nu::internal::LargestComponent;
 using nu::internal::LowerEnds;
 using nu::internal::MeetOnCone;
 using nu::internal::Points2;
@@ -62,10 +60,12 @@ void MeetOnCylinder(QuadricStage stage, bool isParallelToOther, Kernel kernel, Q
   meeting.AddBranches(branches, stage.frame, stage.unit);
 }
 
-// Each point that the cross-sections have in common is one of a line.
+// Each point that the cross-sections have in common is one of a line. Axes that are parallel within the tolerance only
+// leave both sections in one plane.
 void MeetParallel(const RoundQuadric& first, const RoundQuadric& second, QuadricMeeting& meeting) {
+  const Vec3 across = Rejection(NearestOfAxis(second, first.point) - first.point, first.axis);
   const Circle3 own{first.point, first.axis, first.radius};
-  const Circle3 other{NearestOfAxis(second, first.point), first.axis, second.radius};
+  const Circle3 other{first.point + across, first.axis, second.radius};
   const Points2 common = Meet(own, other, meeting.Tol());
   for (int i = 0; i < common.count; ++i) meeting.AddLine(common.at[i], first.axis);
 }
@@ -88,8 +88,12 @@ void MeetCoaxialCone(const RoundQuadric& cylinder, const RoundQuadric& cone, Qua
   }
 }
 
-Vec3 Between(const RoundQuadric& first, const RoundQuadric& second, const Approach& approach) {
-  return 0.5 * (AxisOf(first).At(approach.alongFirst) + AxisOf(second).At(approach.alongSecond));
+// On the smaller one, from where its axis is next to the other one.
+QuadricStage StageFor(const RoundQuadric& first, const RoundQuadric& second, double tol) {
+  const RoundQuadric& base = first.radius > second.radius ? second : first;
+  const RoundQuadric& other = first.radius > second.radius ? first : second;
+  const Approach approach = ClosestApproach(AxisOf(base), AxisOf(other), 0.0);
+  return QuadricStage(base, other, AxisOf(base).At(approach.alongFirst), tol);
 }
 
 }  // namespace
@@ -113,18 +117,8 @@ int CNuCylSurf::IntersectWith(const CNuCylSurf& other, CNuObjArray* result) cons
   const RoundQuadric& second = meeting.Second();
   if (IsParallel(Norm(Cross(first.axis, second.axis)), NuGetDegreeTol())) {
     MeetParallel(first, second, meeting);
-    return meeting.HandOverTo(result);
-  }
-  const Approach approach = ClosestApproach(AxisOf(first), AxisOf(second), 0.0);
-  const Vec3 centre = Between(first, second, approach);
-  const double tol = CoincidenceTol(meeting.Tol(), LargestComponent(centre));
-  const bool haveCommonSphere = approach.distance <= tol && std::fabs(first.radius - second.radius) <= tol;
-  if (!haveCommonSphere || !meeting.AddSections(*this, PlanesAroundSphere(first, second, centre, first.radius))) {
-    const bool ownIsLarger = first.radius > second.radius;
-    const RoundQuadric& base = ownIsLarger ? second : first;
-    const Vec3 origin = AxisOf(base).At(ownIsLarger ? approach.alongSecond : approach.alongFirst);
-    const QuadricStage stage(base, ownIsLarger ? first : second, origin, tol);
-    MeetOnCylinder(stage, false, &CNuCylSurf::Intersect, meeting);
+  } else if (!meeting.AddAroundCommonSphere(*this)) {
+    MeetOnCylinder(StageFor(first, second, meeting.Tol()), false, &CNuCylSurf::Intersect, meeting);
   }
   return meeting.HandOverTo(result);
 }
@@ -156,15 +150,7 @@ int CNuCylSurf::IntersectWith(const CNuConSurf& other, CNuObjArray* result) cons
     MeetCoaxialCone(cylinder, cone, meeting);
     return meeting.HandOverTo(result);
   }
-  if (!isParallel) {
-    const Approach approach = ClosestApproach(AxisOf(cylinder), AxisOf(cone), 0.0);
-    const Vec3 centre = Between(cylinder, cone, approach);
-    const double tol = CoincidenceTol(meeting.Tol(), LargestComponent(centre));
-    const double inscribed = std::fabs(approach.alongSecond) * cone.sine;
-    if (approach.distance <= tol && std::fabs(inscribed - cylinder.radius) <= tol &&
-        meeting.AddSections(*this, PlanesAroundSphere(cylinder, cone, centre, cylinder.radius)))
-      return meeting.HandOverTo(result);
-  }
+  if (!isParallel && meeting.AddAroundCommonSphere(*this)) return meeting.HandOverTo(result);
   const bool isParallelToGenerator = AreSameAngles(angle, other.GetSemiAngle());
   if (std::fabs(apexDistance - cylinder.radius) <= meeting.Tol()) {
     if (isParallelToGenerator) meeting.AddLine(cone.point, cylinder.axis);

@@ -80,6 +80,28 @@ CNuPointArray SomePointsOf(const CNuObject& conic, double size) {
   }
 }
 
+double InscribedRadius(const RoundQuadric& surface, double along) {
+  return surface.kind == RoundQuadric::Kind::kCone ? std::fabs(along) * surface.sine : surface.radius;
+}
+
+// With the unit vector d from the centre towards the apex, or along the axis of a cylinder, where the semi-angle is 0,
+// the sphere of the radius R makes its cone |q|^2 - R^2 = ((d.q - R sin a) / cos a)^2.
+std::vector<Plane3> PlanesAroundSphere(const RoundQuadric& first, const RoundQuadric& second, Vec3 centre,
+                                       double radius) {
+  const auto towards = [&](const RoundQuadric& surface) {
+    const double along = Dot(surface.point - centre, surface.axis);
+    return surface.kind == RoundQuadric::Kind::kCone && along < 0.0 ? -1.0 * surface.axis : surface.axis;
+  };
+  std::vector<Plane3> planes;
+  for (const double sign : {1.0, -1.0}) {
+    const Vec3 normal = second.cosine * towards(first) - sign * first.cosine * towards(second);
+    const double offset = radius * (first.sine * second.cosine - sign * second.sine * first.cosine);
+    const double length = Norm(normal);
+    planes.push_back({centre + (offset / (length * length)) * normal, (1.0 / length) * normal});
+  }
+  return planes;
+}
+
 }  // namespace
 
 QuadricMeeting::QuadricMeeting(const RoundQuadric& first, const RoundQuadric& second, const char* where)
@@ -152,8 +174,20 @@ bool QuadricMeeting::AddSections(const Surface& surface, const std::vector<Plane
   for (auto& section : sections) m_found.push_back(std::move(section));
   return true;
 }
-template bool QuadricMeeting::AddSections(const CNuCylSurf& surface, const std::vector<Plane3>& planes);
 template bool QuadricMeeting::AddSections(const CNuConSurf& surface, const std::vector<Plane3>& planes);
+
+template<class Surface>
+bool QuadricMeeting::AddAroundCommonSphere(const Surface& surface) {
+  const Approach approach = ClosestApproach(AxisOf(m_first), AxisOf(m_second), 0.0);
+  const Vec3 centre = 0.5 * (AxisOf(m_first).At(approach.alongFirst) + AxisOf(m_second).At(approach.alongSecond));
+  const double tol = CoincidenceTol(m_tol, LargestComponent(centre));
+  const double radius = InscribedRadius(m_first, approach.alongFirst);
+  if (!(approach.distance <= tol)) return false;
+  if (!(std::fabs(radius - InscribedRadius(m_second, approach.alongSecond)) <= tol)) return false;
+  return AddSections(surface, PlanesAroundSphere(m_first, m_second, centre, radius));
+}
+template bool QuadricMeeting::AddAroundCommonSphere(const CNuCylSurf& surface);
+template bool QuadricMeeting::AddAroundCommonSphere(const CNuConSurf& surface);
 
 void QuadricMeeting::AddBranches(const QuadricBranches& branches, const AxisFrame& frame, double unit) {
   AxisFrame world = frame;
@@ -315,22 +349,6 @@ double AngleBetween(Vec3 a, Vec3 b) {
 bool AreSameAngles(double a, double b) {
   constexpr double kRoundings = 8.0 * 90.0 * DBL_EPSILON;  // of angles in degrees
   return std::fabs(a - b) <= std::fmax(NuGetDegreeTol(), kRoundings);
-}
-
-std::vector<Plane3> PlanesAroundSphere(const RoundQuadric& first, const RoundQuadric& second, Vec3 centre,
-                                       double radius) {
-  const auto towards = [&](const RoundQuadric& surface) {
-    const double along = Dot(surface.point - centre, surface.axis);
-    return surface.kind == RoundQuadric::Kind::kCone && along < 0.0 ? -1.0 * surface.axis : surface.axis;
-  };
-  std::vector<Plane3> planes;
-  for (const double sign : {1.0, -1.0}) {
-    const Vec3 normal = second.cosine * towards(first) - sign * first.cosine * towards(second);
-    const double offset = radius * (first.sine * second.cosine - sign * second.sine * first.cosine);
-    const double length = Norm(normal);
-    planes.push_back({centre + (offset / (length * length)) * normal, (1.0 / length) * normal});
-  }
-  return planes;
 }
 
 }  // namespace nu::internal

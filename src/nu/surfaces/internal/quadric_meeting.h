@@ -34,6 +34,9 @@ class QuadricMeeting {
   // The conics in which planes cut the surface, one of the two; false, and nothing added, unless they are on both.
   template<class Surface>
   bool AddSections(const Surface& surface, const std::vector<Plane3>& planes);
+  // The same for cylinders and cones around a common sphere, which meet in two planes; false for others.
+  template<class Surface>
+  bool AddAroundCommonSphere(const Surface& surface);
   // Curves and points in a frame of their own, in the given unit.
   void AddBranches(const QuadricBranches& branches, const AxisFrame& frame, double unit);
 
@@ -100,12 +103,6 @@ void MeetOnCone(QuadricStage stage, const ConeContact& contact, ConeKernel kerne
 double AngleBetween(Vec3 a, Vec3 b);
 // Within NuGetDegreeTol(), or some roundings.
 bool AreSameAngles(double a, double b);
-
-// The two planes in which two cones or cylinders with a common inscribed sphere around `centre` meet. With the unit
-// vector d from the centre towards the apex, or along the axis of a cylinder (where the semi-angle is 0), the sphere of
-// the radius R makes its cone |q|^2 - R^2 = ((d.q - R sin a) / cos a)^2.
-std::vector<Plane3> PlanesAroundSphere(const RoundQuadric& first, const RoundQuadric& second, Vec3 centre,
-                                       double radius);
 
 }  // namespace nu::internal
 
