@@ -51,8 +51,8 @@ Cloud Scatter(int n, std::uint64_t seed, Draw draw) {
   return cloud;
 }
 
-// Measured features: a plate, an edge, three quarters of a bore's section, a ball seen from above, a shaft; 5
-// um of noise.
+// Measured features: a plate, an edge, three quarters of a bore's section, a ball seen from above, a shaft, a
+// taper; 5 um of noise.
 inline constexpr double kNoise = 0.005;
 
 inline Cloud Plate(int n) {
@@ -78,6 +78,13 @@ inline Cloud Shaft(int n) {
   return Scatter(n, 115, [](Dice& d) {
     const double turn = d.Between(0, kTwoPi), radius = 18 + d.Normal(kNoise);
     return OnTable(radius * std::cos(turn), radius * std::sin(turn), d.Between(0, 60));
+  });
+}
+inline Cloud Taper(int n) {
+  return Scatter(n, 116, [](Dice& d) {
+    const double turn = d.Between(0, 0.6 * kTwoPi), along = d.Between(40, 120), out = d.Normal(kNoise);
+    const double c = std::cos(0.35), s = std::sin(0.35), radius = along * s + out * c;
+    return OnTable(radius * std::cos(turn), radius * std::sin(turn), along * c - out * s);
   });
 }
 

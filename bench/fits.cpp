@@ -4,6 +4,7 @@
 #include "nu/curves/circle.h"
 #include "nu/geometry/line.h"
 #include "nu/geometry/plane.h"
+#include "nu/surfaces/cone.h"
 #include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/sphere.h"
 #include "question.h"
@@ -172,8 +173,37 @@ Numbers EigenSphere(const EigenCloud& points) {
   return Report(sphere.radius, {centre.x(), centre.y(), centre.z()}, sphere.form, sphere.sumsq);
 }
 
-// The algebraic quadric with its constant fixed, then Gauss-Newton on the distances from the axis, both by normal
-// equations.
+// The algebraic quadric with its constant fixed, by normal equations.
+struct EigenQuadric {
+  EigenQuadric(const EigenCloud& points, const Vector3d& mean) {
+    using Nine = Eigen::Matrix<double, 9, 1>;
+    Eigen::Matrix<double, 9, 9> normal = Eigen::Matrix<double, 9, 9>::Zero();
+    Nine right = Nine::Zero();
+    for (const Vector3d& p : points) {
+      const Vector3d q = p - mean;
+      Nine row;
+      row << q.cwiseAbs2(), q.x() * q.y(), q.x() * q.z(), q.y() * q.z(), q;
+      normal += row * row.transpose();
+      right -= row;
+    }
+    const Nine s = normal.ldlt().solve(right);
+    Matrix3d quadratic;
+    quadratic << s(0), s(3) / 2, s(4) / 2, s(3) / 2, s(1), s(5) / 2, s(4) / 2, s(5) / 2, s(2);
+    linear = s.tail<3>();
+    solver.compute(quadratic);
+    const Vector3d values = solver.eigenvalues();
+    apart = values(1) - values(0) >= values(2) - values(1) ? 0 : 2;
+  }
+  Vector3d Axis(int k) const { return solver.eigenvectors().col(k); }
+  // What the eigenvector adds to the centre.
+  Vector3d ToCentre(int k) const { return -Axis(k) * (Axis(k).dot(linear) / (2 * solver.eigenvalues()(k))); }
+
+  Eigen::SelfAdjointEigenSolver<Matrix3d> solver;
+  Vector3d linear;
+  int apart;
+};
+
+// From the quadric's axis, Gauss-Newton on the distances from it by normal equations.
 struct EigenAxis {
   explicit EigenAxis(const EigenCloud& cloud) : points(cloud), point(Vector3d::Zero()) {
     for (const Vector3d& p : points) point += p;
@@ -189,27 +219,9 @@ struct EigenAxis {
   }
 
   void Start(const Vector3d& mean) {
-    using Nine = Eigen::Matrix<double, 9, 1>;
-    Eigen::Matrix<double, 9, 9> normal = Eigen::Matrix<double, 9, 9>::Zero();
-    Nine right = Nine::Zero();
-    for (const Vector3d& p : points) {
-      const Vector3d q = p - mean;
-      Nine row;
-      row << q.cwiseAbs2(), q.x() * q.y(), q.x() * q.z(), q.y() * q.z(), q;
-      normal += row * row.transpose();
-      right -= row;
-    }
-    const Nine s = normal.ldlt().solve(right);
-    Matrix3d quadratic;
-    quadratic << s(0), s(3) / 2, s(4) / 2, s(3) / 2, s(1), s(5) / 2, s(4) / 2, s(5) / 2, s(2);
-    const Eigen::SelfAdjointEigenSolver<Matrix3d> solver(quadratic);
-    const Vector3d values = solver.eigenvalues();
-    const int apart = values(1) - values(0) >= values(2) - values(1) ? 0 : 2;
-    direction = solver.eigenvectors().col(apart);
-    for (const int k : {1, 2 - apart}) {
-      const Vector3d axis = solver.eigenvectors().col(k);
-      point -= axis * (axis.dot(s.tail<3>()) / (2 * values(k)));
-    }
+    const EigenQuadric quadric(points, mean);
+    direction = quadric.Axis(quadric.apart);
+    for (const int k : {1, 2 - quadric.apart}) point += quadric.ToCentre(k);
     for (const Vector3d& p : points) radius += direction.cross(p - point).norm();
     radius /= static_cast<double>(points.size());
   }
@@ -250,6 +262,72 @@ struct EigenAxis {
   double radius = 0, form = 0, sumsq = 0;
 };
 
+// The same for the cone, in the apex, the axis' tilts and the angle.
+struct EigenTip {
+  explicit EigenTip(const EigenCloud& cloud) : points(cloud) {
+    Vector3d mean = Vector3d::Zero();
+    for (const Vector3d& p : points) mean += p;
+    mean /= static_cast<double>(points.size());
+    const EigenQuadric quadric(points, mean);
+    direction = quadric.Axis(quadric.apart);
+    apex = mean;
+    for (int k = 0; k < 3; ++k) apex += quadric.ToCentre(k);
+    if (direction.dot(mean - apex) < 0) direction = -direction;
+    double across = 0, along = 0;
+    for (const Vector3d& p : points) {
+      across += direction.cross(p - apex).norm();
+      along += direction.dot(p - apex);
+    }
+    angle = std::atan2(across, along);
+    double squaredStep = 1;
+    for (int step = 0; step < 100 && squaredStep > 1e-16; ++step) squaredStep = Improve();
+    Judge();
+  }
+
+  double Improve() {
+    using Six = Eigen::Matrix<double, 6, 1>;
+    const Vector3d e1 = direction.unitOrthogonal(), e2 = direction.cross(e1);
+    const double c = std::cos(angle), s = std::sin(angle);
+    Eigen::Matrix<double, 6, 6> normal = Eigen::Matrix<double, 6, 6>::Zero();
+    Six right = Six::Zero();
+    for (const Vector3d& p : points) {
+      const Vector3d w = p - apex;
+      const double h = w.dot(direction), x = w.dot(e1), y = w.dot(e2), rho = std::sqrt(x * x + y * y);
+      const double turn = h * c / rho + s;
+      Six row;
+      row << x / rho * c, y / rho * c, -s, x * turn, y * turn, rho * s + h * c;
+      normal += row * row.transpose();
+      right += (rho * c - h * s) * row;
+    }
+    const Six step = normal.ldlt().solve(right);
+    apex += step(0) * e1 + step(1) * e2 + step(2) * direction;
+    direction = (direction + step(3) * e1 + step(4) * e2).normalized();
+    angle += step(5);
+    return step.squaredNorm();
+  }
+
+  void Judge() {
+    const double c = std::cos(angle), s = std::sin(angle);
+    double least = 1e300, largest = -1e300;
+    for (const Vector3d& p : points) {
+      const double e = direction.cross(p - apex).norm() * c - direction.dot(p - apex) * s;
+      sumsq += e * e;
+      least = std::min(least, e);
+      largest = std::max(largest, e);
+    }
+    form = largest - least;
+  }
+
+  const EigenCloud& points;
+  Vector3d apex, direction;
+  double angle = 0, form = 0, sumsq = 0;
+};
+
+Numbers EigenCone(const EigenCloud& points) {
+  const EigenTip tip(points);
+  return Report(tip.angle / bench::kTwoPi * 360, {tip.apex.x(), tip.apex.y(), tip.apex.z()}, tip.form, tip.sumsq);
+}
+
 Numbers EigenCylinder(const EigenCloud& points) {
   const EigenAxis axis(points);
   return Report(axis.radius, {axis.point.x(), axis.point.y(), axis.point.z()}, axis.form, axis.sumsq);
@@ -267,7 +345,7 @@ void AskFit(const char* name, Cloud (*make)(int), Fit fit, [[maybe_unused]] Peer
 }
 #ifndef NU_BENCH_EIGEN
 constexpr std::nullptr_t EigenLine = nullptr, EigenPlane = nullptr, EigenCircle = nullptr, EigenSphere = nullptr,
-                         EigenCylinder = nullptr;
+                         EigenCylinder = nullptr, EigenCone = nullptr;
 #endif
 
 const auto kLine = [](const CNuPointArray& points) {
@@ -300,6 +378,12 @@ const auto kCylinder = [](const CNuPointArray& points) {
   cylinder.Fit(points, &form, &sumsq, kSteps);
   return Report(cylinder.GetRadius(), cylinder.GetAxis().GetPoint(), form, sumsq);
 };
+const auto kCone = [](const CNuPointArray& points) {
+  double form, sumsq;
+  CNuConSurf cone(1.0);
+  cone.Fit(points, &form, &sumsq, kSteps);
+  return Report(cone.GetSemiAngle(), cone.GetApex(), form, sumsq);
+};
 
 const bool kAsked = [] {
   AskFit("fit_line", bench::Edge, kLine, EigenLine);
@@ -307,6 +391,7 @@ const bool kAsked = [] {
   AskFit("fit_circle", bench::Bore, kCircle, EigenCircle);
   AskFit("fit_sphere", bench::Dome, kSphere, EigenSphere);
   AskFit("fit_cylinder", bench::Shaft, kCylinder, EigenCylinder);
+  AskFit("fit_cone", bench::Taper, kCone, EigenCone);
   return true;
 }();
 

@@ -89,6 +89,10 @@ void FitAll(const CNuPointArray& points) {
   }
   CNuTorSurf torus(2.0, 1.0);
   if (fits([&] { torus.FitMin(points, 1e-9, 50); })) RequireSize(torus.GetMajorRadius() + torus.GetMinorRadius());
+  if (fits([&] { cone.Fit(points, &form, &sumsq, 50); })) {
+    RequireUnit(cone.GetAxisDirection());
+    if (!(cone.GetSemiAngle() > 0.0 && cone.GetSemiAngle() < 90.0)) std::abort();
+  }
   line.FitMinZoneEx(points, &form, NuGetTol(), 50);
   torus.FitMinEx(points, NuGetTol(), 50);
   circle.FitMinEx(points, NuGetTol());

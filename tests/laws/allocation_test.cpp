@@ -346,11 +346,13 @@ TEST(FailingAllocations, Fits) {
     CNuPointArray taper(space);
     for (int i = 0; i < n; ++i) taper[i].x() *= 2.0 + 0.1 * taper[i].z(), taper[i].y() *= 2.0 + 0.1 * taper[i].z();
     CNuConSurf cone(30.0), inner(30.0), outer(30.0);
-    const auto fitCone = [&] {
+    const auto fitCone = [&] { cone = CNuConSurf(30.0), cone.Fit(taper, &form, &sumsq, 100); };
+    FailEveryAllocation("cone", fitCone, [&] { return cone.GetSemiAngle() == 30.0; });
+    const auto fitConeZone = [&] {
       cone = inner = outer = CNuConSurf(30.0);
       cone.FitMinZone(taper, &form, &inner, &outer, 1e-9, 1000);
     };
-    FailEveryAllocation("zone of a cone", fitCone, [&] {
+    FailEveryAllocation("zone of a cone", fitConeZone, [&] {
       return cone.GetSemiAngle() + inner.GetSemiAngle() + outer.GetSemiAngle() == 90.0;
     });
     CNuPointArray shaft(n);

@@ -104,6 +104,9 @@ void AddFits(int n, Noise& noise, Bits& bits) {
     bits.Add(torus.GetMinorRadius());
   }
   CNuConSurf cone(45.0);
+  cone.Fit(taper, &form, &sumsq, 1000);
+  bits.Add(cone.GetApex());
+  bits.Add(sumsq);
   if (cone.FitMinZoneEx(taper, &form, 1e-9, 1000) == NuFitSuccess) bits.Add(form);
   bits.Add(cone.GetApex());
   bits.Add(cone.GetSemiAngle());

@@ -26,11 +26,14 @@ double Objective(Feature feature, const CNuPointArray& points, const Fitted& f) 
   for (int i = 0; i < points.GetSize(); ++i) {
     const CNuVector p = (points[i] - f.place).To3DVector();
     const double across = (p - axis * (p % axis)).Magnitude();
-    const double e = feature == kPlane ? p % axis : across - f.radius;
+    const double turn = f.angle * kDegree;  // 0 but for a cone
+    const double e = feature == kPlane ? p % axis : across * std::cos(turn) - p % axis * std::sin(turn) - f.radius;
     sum += e * e;
   }
   return sum;
 }
+
+constexpr double kConeAngle = 25.0;
 
 struct Case {
   Feature feature;
@@ -41,7 +44,8 @@ struct Case {
   // How far the result moves when the points do.
   double Sensitivity() const {
     const double half = 0.5 * part * kDegree;
-    return feature == kLine ? 1.0 : feature == kPlane ? 1.0 / part : 4.0 + 8.0 / (half * half);
+    const double round = 4.0 + 8.0 / (half * half);
+    return feature == kLine ? 1.0 : feature == kPlane ? 1.0 / part : feature == kCone ? 16.0 * round : round;
   }
   CNuPointArray Points(Random& random, int n) const {
     switch (feature) {
@@ -53,6 +57,8 @@ struct Case {
         return CircleCloud(random, n, size, part, noise * size, noise * size);
       case kCylinder:
         return CylinderCloud(random, n, size, size, part, noise * size);
+      case kCone:
+        return ConeCloud(random, n, kConeAngle, size, size, part, noise * size);
       default:
         return SphereCloud(random, n, size, 0.5 * part, noise * size);
     }
@@ -74,6 +80,7 @@ void ForAllCases(Law law) {
         cases.push_back({kCircle, size, noise, part});
         cases.push_back({kSphere, size, noise, part});
         cases.push_back({kCylinder, size, noise, part});
+        cases.push_back({kCone, size, noise, part});
       }
       for (const Case& c : cases) {
         SCOPED_TRACE(c.Name());
@@ -83,11 +90,8 @@ void ForAllCases(Law law) {
   }
 }
 
-constexpr Case kOneOfEach[] = {{kLine, 10.0, 1e-3, 1.0},
-                               {kPlane, 10.0, 1e-3, 0.5},
-                               {kCircle, 10.0, 1e-3, 90.0},
-                               {kSphere, 10.0, 1e-3, 90.0},
-                               {kCylinder, 10.0, 1e-3, 200.0}};
+constexpr Case kOneOfEach[] = {{kLine, 10.0, 1e-3, 1.0},    {kPlane, 10.0, 1e-3, 0.5},      {kCircle, 10.0, 1e-3, 90.0},
+                               {kSphere, 10.0, 1e-3, 90.0}, {kCylinder, 10.0, 1e-3, 200.0}, {kCone, 10.0, 1e-3, 200.0}};
 
 class LeastSquaresLaws : public ::testing::Test {
  protected:
@@ -103,6 +107,7 @@ class LeastSquaresLaws : public ::testing::Test {
     EXPECT_LE(a.place.DistanceTo(b.place), d * s * tilt);
     EXPECT_LE(std::min((a.axis - b.axis).Magnitude(), (a.axis + b.axis).Magnitude()), 4.0 * d * s / c.size);
     EXPECT_NEAR(a.radius, b.radius, d * s);
+    EXPECT_NEAR(a.angle * kDegree, b.angle * kDegree, 4.0 * d * s / c.size);
     EXPECT_NEAR(a.form, b.form, d);
     EXPECT_NEAR(a.sumsq, b.sumsq, 8.0 * d * std::sqrt(a.sumsq) + 64.0 * d * d);
   }
@@ -130,6 +135,7 @@ TEST_F(LeastSquaresLaws, MotionOrderAndScaleOfThePointsCarryOver) {
     const Fitted f = FitOf(c.feature, scaled);
     EXPECT_EQ(f.place.DistanceTo(fitted.place * 0x1p20) + (f.axis - fitted.axis).Magnitude(), 0.0);
     EXPECT_EQ(f.radius, fitted.radius * 0x1p20);
+    EXPECT_EQ(f.angle, fitted.angle);
     EXPECT_EQ(f.form, fitted.form * 0x1p20);
     EXPECT_EQ(f.sumsq, fitted.sumsq * 0x1p40);
   });
@@ -149,18 +155,18 @@ TEST_F(LeastSquaresLaws, NoSmallChangeLowersTheSum) {
       CNuVector shift(change(), change(), change());
       if (c.feature == kCircle) shift -= best.axis * (shift % best.axis);
       other.place += (shift * c.size).To3DPoint();
-      if (c.feature <= kPlane || c.feature == kCylinder) other.axis += CNuVector(change(), change(), change());
-      if (c.feature >= kCircle) other.radius += change() * c.size;
+      if (c.feature != kCircle && c.feature != kSphere) other.axis += CNuVector(change(), change(), change());
+      if (c.feature >= kCircle) (c.feature == kCone ? other.angle : other.radius) += change() * c.size;
       EXPECT_GE(Objective(c.feature, points, other), sum - 16.0 * rounding * std::sqrt(sum)) << h;
     }
   });
 }
 
 // As many points as the feature needs, far from the origin: all are on it, and no step is needed. There is no closed
-// form for a cylinder.
+// form for a cylinder or a cone.
 TEST_F(LeastSquaresLaws, FewestPointsLieOnTheFeature) {
   for (const Case& c : kOneOfEach) {
-    if (c.feature == kCylinder) continue;
+    if (c.feature >= kCylinder) continue;
     CNuPointArray points = c.Points(m_random, c.feature == kLine ? 2 : c.feature == kSphere ? 4 : 3);
     constexpr double kFar = 0x1p20;
     for (int i = 0; i < points.GetSize(); ++i) points[i].Translate(kFar, -kFar, kFar);
@@ -175,7 +181,7 @@ TEST_F(LeastSquaresLaws, FewestPointsLieOnTheFeature) {
 TEST_F(LeastSquaresLaws, CopiesOfThePointsChangeNothingButTheSum) {
   for (const Case& c : kOneOfEach) {
     for (const int n : {5, 8, 13, 67, 331}) {
-      if (c.feature == kCylinder && n < 13) continue;  // several cylinders pass through few points
+      if (c.feature >= kCylinder && n < 13) continue;  // several of them pass through few points
       SCOPED_TRACE(c.Name() + " n " + std::to_string(n));
       const CNuPointArray points = c.Points(m_random, n);
       CNuPointArray copies(8 * n);
@@ -210,7 +216,10 @@ TEST_F(LeastSquaresLaws, AnySizeCanBeFitted) {
     for (const double size : {1e-70, 1e-45, 1e45, 1e70}) {
       c.size = size;
       const Fitted f = FitOf(c.feature, c.Points(m_random, 30));
-      EXPECT_NEAR(f.radius, c.feature >= kCircle ? size : 0.0, 1e-2 * size);
+      if (c.feature == kCone)
+        EXPECT_NEAR(f.angle, kConeAngle, 1.0);
+      else
+        EXPECT_NEAR(f.radius, c.feature >= kCircle ? size : 0.0, 1e-2 * size);
       EXPECT_NEAR(f.form, 5e-3 * size, 4e-3 * size) << c.Name();
     }
   }

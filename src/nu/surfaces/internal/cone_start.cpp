@@ -2,6 +2,7 @@
 
 #include <array>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include "nu/surfaces/internal/quadric_axes.h"
@@ -70,8 +71,6 @@ class DirectionJudge {
   // As judged with the slope that the points show when their distances from the axis are regressed on their heights:
   // biased on arcs, but never next to a plane.
   RevolutionQuadric Regress(const Vec3& w) const;
-  // About this axis through the apex, both from the mean and in the principal frame.
-  double SlopeFrom(const Vec3& apex, const Vec3& w) const;
 
  private:
   // Mean values of products with z, the height along the direction.
@@ -226,15 +225,6 @@ RevolutionQuadric DirectionJudge::Regress(const Vec3& w) const {
   return QuadricAlong(sight, QuadricAlong(sight, 0.0, 0.0).slope, 0.0);
 }
 
-// The mean square of the distances from the axis over that of the coordinates along it.
-double DirectionJudge::SlopeFrom(const Vec3& apex, const Vec3& w) const {
-  const Vec3 a = (1.0 / m_unit) * apex;
-  const double height = Dot(a, w);
-  const double alongSquare = m_square[0] * w.x * w.x + m_square[1] * w.y * w.y + m_square[2] * w.z * w.z;
-  const double across = m_trace - alongSquare + Dot(a, a) - height * height;
-  return std::sqrt(across / (alongSquare + height * height));
-}
-
 // Evenly over half a sphere: equal steps in height, turned by the golden angle from one to the next.
 std::array<Vec3, kDirections> EvenDirections() {
   std::array<Vec3, kDirections> directions;
@@ -261,7 +251,6 @@ class ConeSearch {
  public:
   ConeSearch(const FourthMoments& moments, PointBlocks& points, ConeLeastSquares& fit)
       : m_moments(moments),
-        m_judge(moments),
         m_points(points),
         m_fit(fit),
         m_trials(points.Size() > kFewPoints ? kTrials : kTrialsOfFew) {}
@@ -282,14 +271,14 @@ class ConeSearch {
   }
   void TryFrom(ConeModel model);
   double ValueOf(const Vec3& even, const Vec3& stretch) const {
-    return m_judge.Judge(Stretched(even, stretch), m_bothNappes).meanSquare;
+    return m_judge->Judge(Stretched(even, stretch), m_bothNappes).meanSquare;
   }
   void TryBestOf(const std::array<Vec3, kDirections>& even, const Vec3& stretch);
   void Take(const ConeModel& model, double sumSquares, Found& best) const;
   double Least() const;
 
   const FourthMoments& m_moments;
-  DirectionJudge m_judge;
+  std::optional<DirectionJudge> m_judge;
   PointBlocks& m_points;
   ConeLeastSquares& m_fit;
   int m_trials;
@@ -320,21 +309,27 @@ void ConeSearch::TryFrom(ConeModel model) {
   Take(m_fit.Model(), sumSquares, settled ? m_settled : m_onItsWay);
 }
 
+// With the slope that gives the mean square of the distances from the axis for that of the heights over the apex.
 void ConeSearch::TryQuadric(const QuadricAxes& quadric) {
   const double height = -Dot(quadric.centre, quadric.axis[0]);
-  const double slope = m_judge.SlopeFrom(ToLocal(quadric.centre), Unit(ToLocal(quadric.axis[0])));
+  const Vec3 w = ToLocal(quadric.axis[0]);
+  const double square[3] = {m_moments.spread[0] * m_moments.spread[0], m_moments.spread[1] * m_moments.spread[1],
+                            m_moments.spread[2] * m_moments.spread[2]};
+  const double along = square[0] * w.x * w.x + square[1] * w.y * w.y + square[2] * w.z * w.z + height * height;
+  const double all = square[0] + square[1] + square[2] + Dot(quadric.centre, quadric.centre);
+  const double slope = std::sqrt((all - along) / along);
   TryFrom(ConeAbout(m_moments.mean, quadric.axis[0], quadric.centre, slope * std::fabs(height),
                     std::atan(std::copysign(slope, height))));
 }
 
 void ConeSearch::Try(const Vec3& direction) {
   const Vec3 local = Unit(ToLocal(direction));
-  const RevolutionQuadric found = m_judge.Judge(local, m_bothNappes);
+  const RevolutionQuadric found = m_judge->Judge(local, m_bothNappes);
   const double radius = m_bothNappes ? found.farSlope * std::fabs(found.height) : found.radius;
   const double slope = m_bothNappes ? std::copysign(found.farSlope, found.height) : found.slope;
   TryFrom(ConeAbout(m_moments.mean, direction, m_moments.Along(found.toAxis), radius, std::atan(slope)));
   if (m_bothNappes) return;
-  const RevolutionQuadric other = m_judge.Regress(local);
+  const RevolutionQuadric other = m_judge->Regress(local);
   TryFrom(ConeAbout(m_moments.mean, direction, m_moments.Along(other.toAxis), other.radius, std::atan(other.slope)));
 }
 
@@ -361,6 +356,7 @@ void ConeSearch::TryBestOf(const std::array<Vec3, kDirections>& even, const Vec3
 }
 
 void ConeSearch::TryAll(const QuadricAxes& quadric) {
+  if (!m_judge) m_judge.emplace(m_moments);
   for (const Vec3& axis : quadric.axis) Try(axis);
   for (const Vec3& axis : m_moments.axis) Try(axis);
   // As they are; denser where the points extend, for flat and slender sets; denser across, for short ones.
