@@ -27,8 +27,10 @@ class NU_EXPORT CNuConSurf : public CNuSurface {
   CNuLine GetAxis() const;
   void GetData(double* semiAngle, CNuPoint* apex, CNuVector* axisDirection) const;
 
-  // Least-squares fit: the cone that minimises the sum of squared orthogonal distances of the points. maxIter bounds
-  // the refinement steps on all points, and the fit must converge before the last permitted one: ten are plenty for
+  // Least-squares fit: the cone that minimises the sum of squared orthogonal distances of the points: of d cos a - h
+  // sin a with the distance d from the axis, the height h over the apex and the semi-angle a. Behind the apex h is
+  // negative, but for points that are spread over both nappes: there each counts from its own. maxIter bounds the
+  // refinement steps on all points, and the fit must converge before the last permitted one: ten are plenty for
   // measured points. formError and sumSquares may be null together: the largest minus the smallest deviation, signed,
   // positive outside, and the sum of squares. CNuBestfitException, checked in this order: cause 13 for maxIter below 1;
   // cause 1 for fewer than 6 points; cause 4 for points in one plane; cause 2 for fewer than 6 that differ by

@@ -12,19 +12,22 @@
 // normal, g = u sin a + w cos a its generator. For a point with the coordinates x along n, y along g, t along v from M,
 //
 //   h = H + x cos a + y sin a,   d = sqrt(h^2 + t^2),   l = d - h = t^2 / (d + h),
-//   e = l cos a + x - k,         f = y + l sin a,
+//   e = l cos a + x - k,         f = y + l sin a - F,
 //
-// where k is the rise of the surface over M and f is where the foot of the point lies along the generator. Changes of
-// the rise, of the angle with H and the axis' direction kept, of the axis' shift s across, of H, and of the axis' tilts
-// A, B towards u and v change e by -(1, f, l / d, t / d, ...) times
+// where k is the rise of the surface over M and f is where the foot of the point lies along the generator, from the
+// mean of the feet F. With L = H sin a + F, changes of the rise k, of the angle a, of the axis' shift s across and of
+// H, and the axis' tilts A, B towards u and v change e by minus the sum of
 //
-//   1: dk,    f: da + dA,    t / d: cos a ds + H sin a dB,    l / d: cos a dH - H sin a dA,    f t / d: dB,
-//   f l / d: -dA.
+//   1      times dk + F (da + dA)              f        times da + dA
+//   t / d  times cos a ds + L dB               f t / d  times dB
+//   l / d  times cos a dH - L dA               f l / d  times -dA.
 //
 // Those six columns are what is solved for. On a narrow strip they are about 1, f, t, t^2, f t and f t^2: height,
 // slope, tilt, curvature, twist and change of curvature, each as well determined as the points allow, and the cylinder
 // and the plane are no special places. All terms are of the size of the points' extent, not of the distance to the
-// apex.
+// apex. To first order the coefficients are also those of a sphere that touches the cone along the circle of the feet:
+// its centre shifts by the coefficients of t / d and -l / d over cos a, across and along u; its radius grows by those
+// of 1 and l / d; the others turn the axis about its centre and open the cone.
 //
 // The normal equations drive the steps; their right-hand side is the gradient itself, so they do not limit the accuracy
 // of the result. With p = t / d and q = l / d, p^2 = 2 q - q^2 leaves 14 sums of products. Where the columns are nearly
@@ -70,7 +73,7 @@ constexpr double kLeastPart = 0.1;
 // M is as close to the surface as it is on a strip, in parts of the radius of curvature.
 constexpr double kStrip = 0.25;
 
-// sums of 1, p, q, p q, q^2, each times 1, f, f^2, but for the number of points; of the six columns times e; of e^2; of
+// Sums of 1, p, q, p q, q^2, each times 1, f, f^2, but for the number of points; of the six columns times e; of e^2; of
 // |point - M|^2.
 constexpr int kProducts = 14;
 constexpr int kColumns = 6;
@@ -271,7 +274,7 @@ Vec3 Turned(const Vec3& v, const Vec3& by) {
   return v + std::sin(angle) * Cross(axis, v) + (2.0 * half * half) * Cross(axis, Cross(axis, v));
 }
 
-// Neither through the cylinder's nor the plane's infinite radius of curvature by one step.
+// Not through the plane by one step: its axis is anywhere.
 double NextAngle(double angle, double change) {
   const double most = kRightAngle - kLeastPart * (kRightAngle - std::fabs(angle));
   return std::clamp(angle + change, -most, most);

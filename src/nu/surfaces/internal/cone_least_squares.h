@@ -8,9 +8,8 @@
 namespace nu::internal {
 
 // A cone seen from a point M among the data. u points from the axis to M, v = w x u. The axis runs along w through
-// M - height * u. Where M's foot is on the axis, the radius divided by the secant of the angle is rise + height cos
-// angle, and the radius grows along w by the tangent of the angle. All of it stays of the size of the data when the
-// apex is far away, and of an angle near 0 or 90 degrees no more is lost than the data lose.
+// M - height * u, where the cone's radius times the cosine of the angle is rise + height * cosine; along w the radius
+// grows by the tangent of the angle. All of it stays of the size of the data when the apex is far away.
 struct ConeModel {
   Vec3 pivot;  // M, relative to the origin of the blocks and scaled as they are
   Vec3 u;

@@ -41,7 +41,7 @@ constexpr double kBothNappes = 0.25;
 
 // Steps of a refinement that is compared with others, and of the one that is kept.
 constexpr int kTrialSteps = 30;
-constexpr int kFinalSteps = 1000;
+constexpr int kFinalSteps = 3000;
 
 // Directions of each kind, of which so many are refined, no two closer than this cosine as the kind sees them.
 constexpr int kDirections = 64;
