@@ -199,7 +199,7 @@ double RootSum(const CNuPointArray& points, const CNuPoint& apex, CNuVector axis
 // from which the points were made, and none may get better by a small move of its apex, axis and angle.
 TEST(ConeFit, EveryPatternLeadsToItsCone) {
   for (const Pattern& pattern : Patterns()) {
-    for (int k = 0; k < 40; ++k) {
+    for (int k = 0; k < 24; ++k) {
       SCOPED_TRACE(std::string(pattern.name) + " case " + std::to_string(k));
       Random random(1000 + static_cast<unsigned>(k));
       const double noise = k % 4 == 0 ? 0.0 : std::pow(10.0, -2.0 * (k % 4));
