@@ -97,13 +97,18 @@ DirectionJudge::DirectionJudge(const FourthMoments& m) : m_unit(m.spread[0]) {
     }
     m_fourthTrace += m_mixed[i][i];
   }
+  double power[3][5];
+  for (int i = 1; i < 3; ++i) {
+    power[i][0] = 1.0;
+    for (int k = 1; k <= 4; ++k) power[i][k] = power[i][k - 1] * s[i];
+  }
   int next = 0;
   for (int a = 0; a <= 4; ++a) {
     for (int b = 0; a + b <= 4; ++b) {
       constexpr double kFactorial[] = {1.0, 1.0, 2.0, 6.0, 24.0};
       const int c = 4 - a - b;
       const double ways = kFactorial[4] / (kFactorial[a] * kFactorial[b] * kFactorial[c]);
-      m_fourth[next++] = ways * std::pow(s[1], b) * std::pow(s[2], c) * m.Of(a, b, c);
+      m_fourth[next++] = ways * power[1][b] * power[2][c] * m.Of(a, b, c);
     }
   }
 }
