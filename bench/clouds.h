@@ -67,6 +67,14 @@ inline Cloud Bore(int n) {
     return OnTable(radius * std::cos(turn), radius * std::sin(turn), d.Normal(kNoise));
   });
 }
+// Two thirds of an elliptical opening.
+inline Cloud Oval(int n) {
+  return Scatter(n, 117, [](Dice& d) {
+    const double turn = d.Between(0, kTwoPi * 2 / 3), x = std::cos(turn), y = std::sin(turn);
+    const double off = d.Normal(kNoise) / std::hypot(30 * x, 50 * y);
+    return OnTable((50 + 30 * off) * x, (30 + 50 * off) * y, d.Normal(kNoise));
+  });
+}
 inline Xyz OnSphere(Dice& d, double radius, double lowest) {
   const double height = d.Between(lowest, 1), turn = d.Between(0, kTwoPi), across = std::sqrt(1 - height * height);
   return OnTable(radius * across * std::cos(turn), radius * across * std::sin(turn), radius * height);

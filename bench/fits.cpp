@@ -2,6 +2,7 @@
 
 #include "inputs.h"
 #include "nu/curves/circle.h"
+#include "nu/curves/ellipse.h"
 #include "nu/geometry/line.h"
 #include "nu/geometry/plane.h"
 #include "nu/surfaces/cone.h"
@@ -161,6 +162,116 @@ Numbers EigenCircle(const EigenCloud& points) {
   const Round<2, decltype(local)> circle(points.size(), local);
   const Vector3d centre = axes.mean + inPlane * circle.centre;
   return Report(circle.radius, {centre.x(), centre.y(), centre.z()}, circle.form, circle.sumsq);
+}
+
+// The direct ellipse-specific fit (R. Halir, J. Flusser, WSCG 1998), then Gauss-Newton on the orthogonal distances by
+// normal equations, each foot found by Newton's method on its angle.
+struct EigenOval {
+  explicit EigenOval(const std::vector<Vector2d>& given) : points(given) {
+    Start();
+    double squaredStep = 1;
+    for (int step = 0; step < 100 && squaredStep > 1e-16; ++step) squaredStep = Improve();
+    if (a < b) std::swap(a, b);
+    Judge();
+  }
+
+  void Start() {
+    double size = 0;
+    for (const Vector2d& p : points) size = std::max(size, p.cwiseAbs().maxCoeff());
+    Matrix3d quadratic = Matrix3d::Zero(), mixed = Matrix3d::Zero(), linear = Matrix3d::Zero();
+    for (const Vector2d& p : points) {
+      const double x = p.x() / size, y = p.y() / size;
+      const Vector3d high(x * x, x * y, y * y), low(x, y, 1);
+      quadratic += high * high.transpose();
+      mixed += high * low.transpose();
+      linear += low * low.transpose();
+    }
+    const Matrix3d toLow = -linear.ldlt().solve(mixed.transpose());
+    const Matrix3d reduced = quadratic + mixed * toLow;
+    Matrix3d constrained;
+    constrained << reduced.row(2) / 2, -reduced.row(1), reduced.row(0) / 2;
+    const Eigen::EigenSolver<Matrix3d> solver(constrained);
+    Vector3d g = Vector3d::Zero();
+    for (int k = 0; k < 3; ++k) {
+      const Vector3d v = solver.eigenvectors().col(k).real();
+      if (4 * v(0) * v(2) > v(1) * v(1)) g = v;
+    }
+    const Vector3d l = toLow * g;
+    Eigen::Matrix2d shape;
+    shape << g(0), g(1) / 2, g(1) / 2, g(2);
+    const Vector2d middle = -0.5 * shape.ldlt().solve(l.head<2>());
+    const double value = l(2) + 0.5 * l.head<2>().dot(middle);
+    const Eigen::SelfAdjointEigenSolver<Eigen::Matrix2d> axes(shape / -value);
+    centre = size * middle;
+    a = size / std::sqrt(axes.eigenvalues()(0));
+    b = size / std::sqrt(axes.eigenvalues()(1));
+    axis = axes.eigenvectors().col(0);
+  }
+
+  struct Place {
+    double e, nx, ny, x, y, c, s;
+  };
+
+  Place Find(const Vector2d& p) const {
+    const Vector2d d = p - centre;
+    const double x = axis.dot(d), y = axis.x() * d.y() - axis.y() * d.x();
+    double turn = std::atan2(a * y, b * x), c = 0, s = 0;
+    for (int k = 0; k < 20; ++k) {
+      c = std::cos(turn), s = std::sin(turn);
+      const double value = (a * a - b * b) * s * c - a * x * s + b * y * c;
+      const double step = value / ((a * a - b * b) * (c * c - s * s) - a * x * c - b * y * s);
+      turn -= step;
+      if (std::fabs(step) < 1e-9) break;
+    }
+    const double length = std::hypot(b * c, a * s), nx = b * c / length, ny = a * s / length;
+    return {nx * (x - a * c) + ny * (y - b * s), nx, ny, a * c, b * s, c, s};
+  }
+
+  double Improve() {
+    using Five = Eigen::Matrix<double, 5, 1>;
+    Eigen::Matrix<double, 5, 5> normal = Eigen::Matrix<double, 5, 5>::Zero();
+    Five right = Five::Zero();
+    for (const Vector2d& p : points) {
+      const Place f = Find(p);
+      Five row;
+      row << f.nx, f.ny, f.nx * f.c, f.ny * f.s, (f.ny * f.x - f.nx * f.y) / a;
+      normal += row * row.transpose();
+      right += f.e * row;
+    }
+    const Five step = normal.ldlt().solve(right);
+    const Vector2d across(-axis.y(), axis.x());
+    centre += step(0) * axis + step(1) * across;
+    axis = (axis + step(4) / a * across).normalized();
+    a += step(2);
+    b += step(3);
+    return step.squaredNorm();
+  }
+
+  void Judge() {
+    double least = 1e300, largest = -1e300;
+    for (const Vector2d& p : points) {
+      const double e = Find(p).e;
+      sumsq += e * e;
+      least = std::min(least, e);
+      largest = std::max(largest, e);
+    }
+    form = largest - least;
+  }
+
+  const std::vector<Vector2d>& points;
+  Vector2d centre, axis;
+  double a = 0, b = 0, form = 0, sumsq = 0;
+};
+
+Numbers EigenEllipse(const EigenCloud& points) {
+  const Axes axes = PrincipalAxes(points);
+  const Eigen::Matrix<double, 3, 2> inPlane = axes.directions.rightCols<2>();
+  std::vector<Vector2d> flat;
+  flat.reserve(points.size());
+  for (const Vector3d& p : points) flat.emplace_back(inPlane.transpose() * (p - axes.mean));
+  const EigenOval oval(flat);
+  const Vector3d centre = axes.mean + inPlane * oval.centre;
+  return Report(oval.a, {centre.x(), centre.y(), centre.z()}, oval.form, oval.sumsq);
 }
 
 Numbers EigenSphere(const EigenCloud& points) {
@@ -345,7 +456,7 @@ void AskFit(const char* name, Cloud (*make)(int), Fit fit, [[maybe_unused]] Peer
 }
 #ifndef NU_BENCH_EIGEN
 constexpr std::nullptr_t EigenLine = nullptr, EigenPlane = nullptr, EigenCircle = nullptr, EigenSphere = nullptr,
-                         EigenCylinder = nullptr, EigenCone = nullptr;
+                         EigenCylinder = nullptr, EigenCone = nullptr, EigenEllipse = nullptr;
 #endif
 
 const auto kLine = [](const CNuPointArray& points) {
@@ -385,6 +496,16 @@ const auto kCone = [](const CNuPointArray& points) {
   return Report(cone.GetSemiAngle(), cone.GetApex(), form, sumsq);
 };
 
+const auto kEllipse = [](const CNuPointArray& points) {
+  double form, sumsq, a, b;
+  CNuEllipse ellipse(2.0, 1.0);
+  ellipse.Fit(points, &form, &sumsq, kSteps);
+  CNuPoint centre;
+  CNuVector xAxis, normal;
+  ellipse.GetData(&a, &b, &centre, &xAxis, &normal);
+  return Report(a, centre, form, sumsq);
+};
+
 const bool kAsked = [] {
   AskFit("fit_line", bench::Edge, kLine, EigenLine);
   AskFit("fit_plane", bench::Plate, kPlane, EigenPlane);
@@ -392,6 +513,7 @@ const bool kAsked = [] {
   AskFit("fit_sphere", bench::Dome, kSphere, EigenSphere);
   AskFit("fit_cylinder", bench::Shaft, kCylinder, EigenCylinder);
   AskFit("fit_cone", bench::Taper, kCone, EigenCone);
+  AskFit("fit_ellipse", bench::Oval, kEllipse, EigenEllipse);
   return true;
 }();
 

@@ -36,6 +36,23 @@ void RequireUnit(const CNuVector& direction) {
   if (NuGetTol() == kTol && !(std::fabs(direction.Magnitude() - 1.0) < 1e-12)) std::abort();
 }
 
+template<class Conic>
+void RequireConic(const Conic& conic) {
+  double a = 0.0, b = 0.0;
+  CNuPoint centre;
+  CNuVector xAxis, normal;
+  conic.GetData(&a, &b, &centre, &xAxis, &normal);
+  for (const double c : {a, b, centre.x(), centre.y(), centre.z()}) RequireFinite(c);
+  if (!(a > 0.0) || !(b > 0.0)) std::abort();
+}
+
+void RequireWave(const CNuSineCurve& curve) {
+  double a = 0.0, b = 0.0, c = 0.0, d = 0.0;
+  curve.GetData(&a, &b, &c, &d);
+  for (const double value : {a, b, c, d}) RequireFinite(value);
+  if (!(a > 0.0) || !(b > 0.0)) std::abort();
+}
+
 bool AreFinite(const CNuPointArray& points) {
   double sum = 0.0;  // 0 or NaN
   for (int i = 0; i < points.GetSize(); ++i) {
@@ -93,6 +110,15 @@ void FitAll(const CNuPointArray& points) {
     RequireUnit(cone.GetAxisDirection());
     if (!(cone.GetSemiAngle() > 0.0 && cone.GetSemiAngle() < 90.0)) std::abort();
   }
+  CNuEllipse ellipse(2.0, 1.0);
+  if (fits([&] { ellipse.Fit(points, &form, &sumsq, 50); })) RequireConic(ellipse);
+  CNuHyperbola hyperbola(2.0, 1.0);
+  if (fits([&] { hyperbola.Fit(points, &form, &sumsq, 50); })) RequireConic(hyperbola);
+  CNuParabola parabola(1.0);
+  if (fits([&] { parabola.Fit(points, &form, &sumsq, 50); })) RequireSize(parabola.GetFocalLength());
+  CNuSineCurve sine(1.0, 1.0, 0.0, 0.0);
+  if (fits([&] { sine.Fit(points, &form, &sumsq, 50); })) RequireWave(sine);
+  CNuCosineCurve(1.0, 1.0, 0.0, 0.0).FitEx(points, 50);
   line.FitMinZoneEx(points, &form, NuGetTol(), 50);
   torus.FitMinEx(points, NuGetTol(), 50);
   circle.FitMinEx(points, NuGetTol());
@@ -123,6 +149,8 @@ void Question(const CNuPointArray& points, double tol) {
   Ends([&] { points.BoundingSphere(&radius, &low); });
   Ends([&] { CNuGeometry::NumberDistinctPoints(points, 5, tol); });
   Ends([&] { CNuGeometry::AreCoplanar(points, tol); });
+  Ends([&] { CNuSimplifiedCurve(points, tol); });
+  Ends([&] { CNuSimplifiedCurve(points, 0.1); });
   CNuVector normal(0.3, -0.2, 0.9);
   CNuPointArray flat = CNuGeometry::Projection2D(points, normal);
   Ends([&] { flat.ConvexHull(&index); });

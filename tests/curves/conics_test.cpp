@@ -397,6 +397,31 @@ TEST(ConicFits, NoSmallChangeLowersTheSum) {
   }
 }
 
+// The order, a motion and a power of two as the unit carry over.
+TEST(ConicFits, OrderMotionAndScaleCarryOver) {
+  Random random(68);
+  NuSetTol(1e-40);  // to the last digit; otherwise the last step depends on the unit
+  for (const Part& part : kParts) {
+    SCOPED_TRACE(&part - kParts);
+    const CNuPointArray points = PointsOn(random, part, 60, part.noise);
+    const Fitted f = FitOf(part.kind, points);
+    CNuPointArray scaled(points);
+    for (int i = 0; i < scaled.GetSize(); ++i) scaled[i] *= 0x1p20;
+    const Fitted g = FitOf(part.kind, scaled);
+    EXPECT_TRUE(g.a == f.a * 0x1p20 && g.b == f.b * 0x1p20 && g.sumsq == f.sumsq * 0x1p40 && g.form == f.form * 0x1p20);
+    EXPECT_EQ(g.origin.DistanceTo(f.origin * 0x1p20) + (g.x - f.x).Magnitude(), 0.0);
+    const nu::test::Motion motion = nu::test::RandomMotion(random, 10);
+    const Fitted moved = FitOf(part.kind, nu::test::Shuffled(random, motion(points)));
+    // A flat sum of squares leaves the parameters uncertain by the root of its rounding.
+    const double rounding = 640 * kEps * (part.kind == 2 ? part.to * part.to : 1);
+    const double slack = 2 * rounding * std::sqrt(60 * f.sumsq) + 60 * rounding * rounding;
+    EXPECT_NEAR(moved.sumsq, f.sumsq, slack);
+    EXPECT_NEAR(moved.SumFor(motion(points)), f.sumsq, slack);
+    EXPECT_NEAR(moved.form, f.form, 1e-5 * f.form);
+  }
+  NuSetTol(4.45e-16);
+}
+
 TEST(ConicFits, ChecksComeInOrderAndFailuresLeaveTheConic) {
   Random random(65);
   CNuEllipse ellipse(7, 3, CNuPoint(1, 2, 3));

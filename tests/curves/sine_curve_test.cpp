@@ -198,12 +198,14 @@ TEST(SineFit, ChecksComeInOrderAndFailuresLeaveTheCurve) {
   EXPECT_NEAR(sum, 0.0, 1e-24);
 }
 
-// Whatever the numbers and the tolerances, an answer comes; powers of two carry over exactly.
+// Whatever the numbers and the tolerances, an answer comes; powers of two and the order carry over exactly.
 TEST(SineFit, ExtremesEndAndScalesCarryOver) {
   Random random(74);
   const Signal signal(random, 3000, 1, 400, 0.1, 3);
   CNuSineCurve unit(1, 1, 0, 0), scaled(1, 1, 0, 0);
   unit.Fit(signal.points, 100);
+  scaled.Fit(nu::test::Shuffled(random, signal.points), 100);
+  EXPECT_TRUE(DataOf(scaled).a == DataOf(unit).a && DataOf(scaled).b == DataOf(unit).b) << "in another order";
   NuSetLengthTol(0.0);
   for (const double size : {0x1p-1000, 0x1p-300, 0x1p300, 0x1p1000}) {
     CNuPointArray points(signal.points);

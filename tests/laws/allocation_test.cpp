@@ -313,6 +313,25 @@ TEST(FailingAllocations, Fits) {
       const auto anew = [&] { sphere = CNuSphSurf(1.5), fit(); };
       FailEveryAllocation("minimax sphere", anew, [&] { return sphere.GetRadius() == 1.5; });
     }
+    CNuEllipse ellipse(7, 6);
+    CNuSineCurve sine(5, 6, 7, 8);
+    CNuPointArray oval(n);
+    for (int i = 0; i < n; ++i) oval.Add(CNuPoint(5 * std::cos(i), 3 * std::sin(i) + 1e-4 * std::sin(31.0 * i), 0.0));
+    const auto isEllipse7 = [&] {
+      double a = 0, b = 0;
+      CNuPoint centre;
+      CNuVector xAxis, normal;
+      ellipse.GetData(&a, &b, &centre, &xAxis, &normal);
+      return a == 7;
+    };
+    FailEveryAllocation(
+        "ellipse", [&] { ellipse.Fit(oval, &form, &sumsq, 1000); }, isEllipse7);
+    CNuPointArray wave(n);
+    for (int i = 0; i < n; ++i) wave.Add(CNuPoint(0.1 * i, std::sin(0.17 * i), 0.0));
+    FailEveryAllocation(
+        "sine curve", [&] { sine.Fit(wave, &form, &sumsq, 100); },
+        [&] { return sine.ValueAt(0) == 5 * std::sin(7.0) + 8; });
+    FailEveryAllocation("simplified curve", [&] { CNuSimplifiedCurve curve(space, 0.01); });
     CNuObjArray found(1);
     found.Add(&sphere);
     const auto section = [&] {

@@ -83,6 +83,14 @@ void AddFits(int n, Noise& noise, Bits& bits) {
   bits.Add(circle.GetCentre());
   circle.FitMinZone(flat, &form, 1e-9, 1000);
   bits.Add(circle.GetCentre());
+  for (int i = 0; i < n; ++i) flat[i].y() *= 0.75;
+  CNuEllipse ellipse(2.0, 1.0);
+  if (ellipse.FitEx(flat, &form, &sumsq, 1000) == NuFitSuccess) bits.Add(ellipse.GetXaxis());
+  bits.Add(sumsq);
+  CNuSineCurve sine(1.0, 1.0, 0.0, 0.0);
+  sine.FitEx(space, &form, &sumsq, 1000);
+  bits.Add(sine.ValueAt(7.0));
+  for (int i = 0; i < n; ++i) flat[i].y() /= 0.75;
   CNuSphSurf sphere(1.0);
   sphere.Fit(space, &form, &sumsq, 1000);
   bits.Add(sphere.GetCentre());
