@@ -147,8 +147,7 @@ TEST(MinimaxSpheres, FailInOrderAndLeaveEverything) {
   EXPECT_EQ(FailureOf([&] { sphere.FitMinZoneEx(noisy, &zone, 1e-9, 0); }), "bestfit 13 |CNuSphSurf [0,0]");
   EXPECT_EQ(minZone(none), "bestfit 1 |CNuSphSurf [1,0]");
   EXPECT_EQ(minZone(noisy, 1), "bestfit 12 |CNuSphSurf [0,0]");
-  const CNuPointArray plate = nu::test::PlaneCloud(random, 2000, 2.0, 1.0, 1e-3);
-  EXPECT_EQ(minZone(plate, 1'000'000'000), "bestfit 12 |CNuSphSurf [0,0]") << "creeps to infinity";
+  EXPECT_EQ(minZone(nu::test::PlaneCloud(random, 2000, 2.0, 1.0, 4e-9)), "bestfit 11 |CNuSphSurf [0,0]") << "flat";
   // Points on a line and in a plane go to the fits of these, and so do the names of the failures.
   EXPECT_EQ(FailureOf([&] { sphere.FitMin(PointsOf({{0, 0}, {1e-13, 0}}), 1e-14); }), "bestfit 2 |CNuLine [2,0]");
   EXPECT_EQ(minZone(nu::test::CircleCloud(random, 30, 1.0, 360.0, 0.05), 1), "bestfit 12 |CNuCircle [0,0]");
@@ -159,8 +158,8 @@ TEST(MinimaxSpheres, FailInOrderAndLeaveEverything) {
         for (const std::string& failure : {min(points), max(points), minZone(points)})
           EXPECT_EQ(failure, "bestfit 11 |CNuSphSurf [0,0]");
       }
-      EXPECT_EQ(min(PointsOf({p})) + minZone(PointsOf({p})),
-                "bestfit 11 |CNuSphSurf [0,0]bestfit 11 |CNuSphSurf [0,0]");
+      for (const std::string& failure : {min(PointsOf({p})), minZone(PointsOf({p}))})
+        EXPECT_EQ(failure, "bestfit 11 |CNuSphSurf [0,0]");
     }
   }
   NuSetLengthTol(1e-5);
@@ -172,22 +171,12 @@ TEST(MinimaxSpheres, FailInOrderAndLeaveEverything) {
   EXPECT_EQ(sphere.GetRadius() + inner.GetRadius() + outer.GetRadius(), 21.0);
   EXPECT_EQ(sphere.GetCentre().z(), 3.0);
   EXPECT_EQ(zone, -1.0);
-  // Tolerances that mean nothing spoil a result at most.
-  for (const double tol : {0.0, -1.0, kInf, kNaN}) {
-    FailureOf([&] { sphere.FitMin(noisy, tol), sphere.FitMax(noisy, tol); });
-    sphere.FitMinEx(noisy, tol), sphere.FitMinZoneEx(noisy, &zone, tol, 1000);
-    EXPECT_EQ(NuGetLengthTol(), 1e-12);
-  }
 }
 
 TEST(CircumscribedSphere, OfPointsOnALine) {
   CNuSphSurf sphere(7.0);
-  for (const int copies : {1, 2, 5}) {
-    CNuPointArray points(copies);
-    for (int i = 0; i < copies; ++i) points.Add({1 + 1e-10 * i, 2, 3});
-    sphere.FitMin(points, 1e-9);
-    EXPECT_EQ(sphere.GetRadius() + sphere.GetCentre().DistanceTo(CNuPoint(1, 2, 3)), 0.0);
-  }
+  sphere.FitMin(PointsOf({{1, 2, 3}, {1 + 1e-10, 2, 3}, {1 + 2e-10, 2, 3}}), 1e-9);
+  EXPECT_EQ(sphere.GetRadius() + sphere.GetCentre().DistanceTo(CNuPoint(1, 2, 3)), 0.0);
   sphere.FitMin(PointsOf({{1, 1, 0}, {3, 3, 2}, {0, 0, -1}, {2, 2, 1}}), 1e-9);
   EXPECT_NEAR(sphere.GetRadius(), 0.5 * std::sqrt(27.0), 1e-15);
   EXPECT_NEAR(sphere.GetCentre().DistanceTo(CNuPoint(1.5, 1.5, 0.5)), 0.0, 1e-15);

@@ -41,54 +41,46 @@ std::unique_ptr<CNuObject> Common(const CNuSphSurf& a, const CNuSphSurf& b) {
   return std::unique_ptr<CNuObject>(count == 1 ? found[0] : nullptr);
 }
 
+// The circle is on both, and looks from the first to the second.
+void ExpectOnBoth(const CNuObject& found, const CNuSphSurf& a, const CNuSphSurf& b, double tol) {
+  const auto& circle = static_cast<const CNuCircle&>(found);
+  const CNuPointArray rim = circle.ToPointArray(9);
+  for (int i = 0; i < 9; ++i) EXPECT_LE(std::max(Off(rim[i], a), Off(rim[i], b)), tol);
+  EXPECT_GT(circle.GetNormal() % (b.GetCentre() - a.GetCentre()).To3DVector(), 0.0);
+}
+
+// At random, and in any place, turned about it: outside, touching from outside, crossing, touching from inside, inside.
 TEST(SphereIntersections, WithSpheresAreOnBothAndNoneIsMissed) {
   Random random(601);
   int circles = 0;
   for (int run = 0; run < 10000; ++run) {
-    const double size = std::pow(10.0, random.Below(9) - 3);
-    const CNuSphSurf a = RandomSphere(random, size);
-    const CNuSphSurf b = RandomSphere(random, size);
-    const double d = a.GetCentre().DistanceTo(b.GetCentre());
-    const bool crosses = d < a.GetRadius() + b.GetRadius() && d > std::fabs(a.GetRadius() - b.GetRadius());
-    const auto found = Common(a, b);
-    ASSERT_EQ(found != nullptr, crosses) << run;
-    if (!found) continue;
-    ASSERT_EQ(found->GetType(), CNuObject::NuTypeCircle);
-    const auto& circle = static_cast<const CNuCircle&>(*found);
-    const CNuPointArray rim = circle.ToPointArray(9);
-    for (int i = 0; i < 9; ++i) ASSERT_LE(std::max(Off(rim[i], a), Off(rim[i], b)), 1e-14 * size) << run;
-    ASSERT_GT(circle.GetNormal() % (b.GetCentre() - a.GetCentre()).To3DVector(), 0.0) << "from this one to the other";
-    ++circles;
-  }
-  EXPECT_GT(circles, 3000);
-}
-
-// In any place, turned about it, at any size: outside, touching from outside, crossing, touching from inside, inside.
-TEST(SphereIntersections, InSpecialPositions) {
-  Random random(602);
-  for (int run = 0; run < 1000; ++run) {
+    SCOPED_TRACE(run);
     const double size = run == 0 ? 1e150 : run == 1 ? 1e-9 : std::pow(10.0, random.Below(9) - 3);
-    const CNuPoint c1 = RandomPoint(random, size);
+    const CNuSphSurf a = RandomSphere(random, size), b = RandomSphere(random, size);
+    const double ra = a.GetRadius(), rb = b.GetRadius(), d = a.GetCentre().DistanceTo(b.GetCentre());
+    const auto found = Common(a, b);
+    ASSERT_EQ(found != nullptr, d < ra + rb && d > std::fabs(ra - rb));
+    if (found) ExpectOnBoth(*found, a, b, 1e-14 * size), ++circles;
+    if (run % 10 > 1 || std::fabs(ra - rb) < 0.1 * size) continue;
     const CNuPoint way = nu::test::RandomMotion(random, 0.0).Direction({1, 0, 0});
-    const double r1 = size * random.Uniform(0.5, 2.0);
-    const double r2 = size * random.Uniform(0.1, 0.4);
-    const CNuSphSurf a(r1, c1);
-    for (const auto& [d, type] : {std::pair(r1 + r2 + 0.1 * size, CNuObject::NuTypeNone),
-                                  {r1 + r2, CNuObject::NuTypePoint},
-                                  {r1, CNuObject::NuTypeCircle},
-                                  {r1 - r2, CNuObject::NuTypePoint},
-                                  {0.0, CNuObject::NuTypeNone}}) {
-      const CNuSphSurf b(r2, c1 + CNuPoint(d * way.x(), d * way.y(), d * way.z()));
+    for (const auto& [along, type] : {std::pair(ra + rb + 0.1 * size, CNuObject::NuTypeNone),
+                                      {ra + rb, CNuObject::NuTypePoint},
+                                      {std::max(ra, rb), CNuObject::NuTypeCircle},
+                                      {std::fabs(ra - rb), CNuObject::NuTypePoint},
+                                      {0.0, CNuObject::NuTypeNone}}) {
+      CNuSphSurf c(b);
+      c.Translate(a.GetCentre() + CNuPoint(along * way.x(), along * way.y(), along * way.z()));
       for (const bool swapped : {false, true}) {
-        const auto found = swapped ? Common(b, a) : Common(a, b);
-        ASSERT_EQ(found ? found->GetType() : CNuObject::NuTypeNone, type) << run << " " << d / size;
+        const auto special = swapped ? Common(c, a) : Common(a, c);
+        ASSERT_EQ(special ? special->GetType() : CNuObject::NuTypeNone, type) << along / size;
         if (type != CNuObject::NuTypePoint) continue;
-        const auto& p = static_cast<const CNuPoint&>(*found);
-        ASSERT_LE(std::max(Off(p, a), Off(p, b)), std::max(1e-12, 1e-14 * size)) << run << " " << d / size;
+        const auto& p = static_cast<const CNuPoint&>(*special);
+        ASSERT_LE(std::max(Off(p, a), Off(p, c)), std::max(1e-12, 1e-14 * size)) << along / size;
       }
     }
     ASSERT_EQ(Common(a, a), nullptr) << "equal spheres are concentric ones";
   }
+  EXPECT_GT(circles, 3000);
 }
 
 // Required: spheres count as touching by the length tolerance, but a point on both must be found by it, too; hosts tell
@@ -102,10 +94,6 @@ TEST(SphereIntersections, TouchingWithoutACommonPointFails) {
   EXPECT_EQ(FailureOf([&] { a.IntersectWith(b, &found); }),
             "operation 46 calculation|CNuSphSurf::IntersectWith(CNuSphSurf) [0,0]");
   EXPECT_EQ(found[0], &old);
-  for (const double tol : {0.0, -1.0, kNaN, kInf}) {
-    NuSetLengthTol(tol);
-    FailureOf([&] { Common(a, CNuSphSurf(1.5, CNuPoint(2.5, 0, 0))); });
-  }
   NuSetLengthTol(1e-12);
   for (const double bad : {kNaN, kInf, -kInf}) EXPECT_EQ(Common(a, CNuSphSurf(1.0, CNuPoint(bad, 0, 0))), nullptr);
 }
@@ -132,14 +120,6 @@ TEST(SphereIntersections, WithLinesAndPlanes) {
   EXPECT_EQ(static_cast<const CNuCircle&>(*owned).GetRadius(), 4.0);
 }
 
-double Value(const CNuMatrix& q, const CNuPoint& p) {
-  const CNuVector v = p.To3DVector();
-  double sum = 0.0;
-  for (int i = 0; i < 4; ++i)
-    for (int j = 0; j < 4; ++j) sum += q.Element(i, j) * (i < 3 ? v[i] : 1.0) * (j < 3 ? v[j] : 1.0);
-  return sum;
-}
-
 // The form's value is |p - c|^2 - r^2, in the coordinates asked for.
 TEST(SphereQuadric, ValuesOfTheAlgebraicForm) {
   Random random(604);
@@ -159,12 +139,10 @@ TEST(SphereQuadric, ValuesOfTheAlgebraicForm) {
       const double expected = (d - sphere.GetRadius()) * (d + sphere.GetRadius());
       // Sums of products of up to 900, in 16 terms.
       const double rounding = 16.0 * 900.0 * std::numeric_limits<double>::epsilon();
-      ASSERT_NEAR(Value(world, p), expected, rounding);
+      ASSERT_NEAR(p.To4DVector() * world % p.To4DVector(), expected, rounding);
       p.MoveTo(frame);
-      ASSERT_NEAR(Value(local, p), expected, rounding);
+      ASSERT_NEAR(p.To4DVector() * local % p.To4DVector(), expected, rounding);
     }
-    for (int i = 0; i < 4; ++i)
-      for (int j = 0; j < i; ++j) ASSERT_NEAR(world.Element(i, j), world.Element(j, i), 1e-14);
   }
 }
 

@@ -79,9 +79,9 @@ class NU_EXPORT CNuSphSurf : public CNuSurface {
   // cause 13 (size 0) for a limit below 1, before all else; cause 1 (size 1) without a point; the causes of Fit, which
   // has the same limit, and for points in one plane those of CNuCircle::FitMinZone, named as there; cause 12 (size 0)
   // when the search uses up its limit, even by the step that ends it, or takes 1000 steps; cause 11 (size 0) for
-  // coordinates that are not finite and points that no shell is next to. FitMinZoneEx throws cause 13 only:
-  // NuFitNoConvergence stands for cause 12, NuFitFailure for every other failure. It makes `tol` the thread's
-  // NuGetLengthTol() for as long as it runs.
+  // coordinates that are not finite and points so flat that rounding hides the centre of the shell. FitMinZoneEx throws
+  // cause 13 only: NuFitNoConvergence stands for cause 12, NuFitFailure for every other failure. It makes `tol` the
+  // thread's NuGetLengthTol() for as long as it runs.
   void FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter);
   void FitMinZone(const CNuPointArray& points, double* zone, CNuSphSurf* inner, CNuSphSurf* outer, double tol,
                   long maxIter);

@@ -84,11 +84,12 @@ void CNuSphSurf::Fit(const CNuPointArray& points, double* formError, double* sum
   if (formError != nullptr) *formError = *sumSquares = 0.0;
   const bool coplanar = AreCoplanar(points, NuGetLengthTol()) == 1;
   nu::internal::RequireCount(points, kLeastPoints, kName);
+  if (coplanar) {
+    // What is not finite has no distance from a plane, so it passes for coplanar.
+    nu::internal::RequireFinite(points, kName);
+    FailFit(nu::internal::kCoplanarPoints, kName, kLeastPoints);
+  }
   PointBlocks blocks(ViewOf(points), MiddleOf(points));
-  // What is not finite has no distance from a plane, so it passes for coplanar.
-  if (coplanar)
-    FailFit(blocks.AllFinite() ? nu::internal::kCoplanarPoints : nu::internal::kNumericalFailure, kName,
-            blocks.AllFinite() ? kLeastPoints : 0);
   const bool exact = points.GetSize() == kLeastPoints;
   const Solution found = exact ? SphereThroughFour(points) : LeastSquaresSphere(blocks, formError != nullptr, maxIter);
   if (!IsFinite(found.centre) || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);

@@ -20,6 +20,7 @@ using nu::internal::MiddleOf;
 using nu::internal::MinimaxEnd;
 using nu::internal::PointBlocks;
 using nu::internal::RequireCount;
+using nu::internal::RequireFinite;
 using nu::internal::RequireIterations;
 using nu::internal::SphericalShell;
 using nu::internal::Vec3;
@@ -40,13 +41,9 @@ bool IsCollinear(const CNuPointArray& points, double tol) {
   return CNuGeometry::AreCollinear(points, &normal, tol) == 1;
 }
 
-void RequireFinite(const CNuPointArray& points) {
-  if (!PointBlocks(ViewOf(points), Vec3{}).AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
-}
-
 // Coordinates that are not finite fail first: they pass for points on one line or in one plane.
 Ball BallOnLine(const CNuPointArray& points, double tol) {
-  RequireFinite(points);
+  RequireFinite(points, kName);
   if (CNuGeometry::NumberDistinctPoints(points, 2, tol) == 0) return {Components(points[0]), 0.0};
   CNuLine line;
   line.Fit(points);
@@ -75,7 +72,7 @@ Ball LeastSquaresBall(const CNuPointArray& points, double* form, long maxIter) {
 }
 
 Ball MinimumZoneCircle(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  RequireFinite(points);
+  RequireFinite(points, kName);
   CNuCircle circle(1.0);
   circle.FitMinZone(points, zone, tol, maxIter);
   return {Components(circle.GetCentre()), circle.GetRadius()};
@@ -134,7 +131,7 @@ ENuFitResult CNuSphSurf::FitMinEx(const CNuPointArray& points, double tol) {
 void CNuSphSurf::FitMax(const CNuPointArray& points, double tol) {
   RequireCount(points, kLeastPoints, kName);
   if (IsCollinear(points, tol)) {
-    RequireFinite(points);
+    RequireFinite(points, kName);
     FailFit(nu::internal::kCollinearPoints, kName, 3);
   }
   constexpr long passesPerPoint = 10;

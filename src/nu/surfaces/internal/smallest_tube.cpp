@@ -10,9 +10,11 @@ constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 // The errors of a distance, in units of those of the farthest point.
 constexpr double kRoundings = 8.0;
 
-// In units of the spread along the middle principal axis. Tubes thicker than this are found from other starts, too;
-// of 100 000 that were thinner, in sets of all kinds, none was.
-constexpr double kClear = 0.7;
+// Tubes thicker than this, in units of the spread of the points along their middle principal axis, are searched for from
+// other starts, too. Of few points a thin one may not be the thinnest either.
+constexpr double kClear = 0.5;
+constexpr double kClearOfFew = 0.3;
+constexpr std::size_t kFewPoints = 24;
 
 // A circle around the middle of the points has no side where they are.
 constexpr double kCentred = 0.1;
@@ -137,7 +139,8 @@ Tube SmallestTube(PointBlocks& points, TubeStarts starts, long limit) {
   Minimax<TubeDistance> minimax(points, MinimaxSide::outer, rounding, limit);
   best.solution = minimax.Solve(start.CircleAcross({0.0, 0.0, 1.0}));
   const bool converged = best.solution.end == MinimaxEnd::converged;
-  best.isClear = converged && best.solution.value < kClear * moments.spread[1];
+  const double clear = points.Size() > kFewPoints ? kClear : kClearOfFew;
+  best.isClear = converged && best.solution.value < clear * moments.spread[1];
   if (best.isClear || starts == TubeStarts::one || best.solution.end == MinimaxEnd::limitReached) return best;
   double least = converged ? best.solution.value - rounding : std::numeric_limits<double>::infinity();
   ForFurtherStarts(start, [&](const TubeDistance& from) {
