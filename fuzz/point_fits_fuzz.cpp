@@ -120,7 +120,6 @@ void FitAll(const CNuPointArray& points) {
   if (fits([&] { sine.Fit(points, &form, &sumsq, 50); })) RequireWave(sine);
   CNuCosineCurve(1.0, 1.0, 0.0, 0.0).FitEx(points, 50);
   line.FitMinZoneEx(points, &form, NuGetTol(), 50);
-  torus.FitMinEx(points, NuGetTol(), 50);
   circle.FitMinEx(points, NuGetTol());
   circle.FitMaxEx(points, NuGetTol());
   circle.FitMinZoneEx(points, &form, NuGetTol(), 50);
