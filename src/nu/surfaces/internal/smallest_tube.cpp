@@ -10,8 +10,8 @@ constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 // The errors of a distance, in units of those of the farthest point.
 constexpr double kRoundings = 8.0;
 
-// Tubes thicker than this, in units of the spread of the points along their middle principal axis, are searched for from
-// other starts, too. Of few points a thin one may not be the thinnest either.
+// Tubes thicker than this, in units of the spread of the points along their middle principal axis, are searched for
+// from other starts, too. Of few points a thin one may not be the thinnest either.
 constexpr double kClear = 0.5;
 constexpr double kClearOfFew = 0.3;
 constexpr std::size_t kFewPoints = 24;
@@ -62,8 +62,9 @@ class StartTubes {
 
  private:
   TubeDistance Place(const AxisFrame& f, double bend) const {
-    const AxisFrame placed{m_moments.mean + m_moments.Along(f.origin), m_moments.Along(f.x), m_moments.Along(f.y),
-                           m_moments.Along(f.z)};
+    // The principal axes may be left-handed.
+    const Vec3 origin = m_moments.mean + m_moments.Along(f.origin);
+    const AxisFrame placed = AxisFrame::Along(origin, m_moments.Along(f.z), m_moments.Along(f.x));
     return {placed, bend, m_reach + std::sqrt(Dot(f.origin, f.origin))};
   }
 
