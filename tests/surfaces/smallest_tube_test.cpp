@@ -120,7 +120,7 @@ TEST(SmallestTube, IsHeldByItsContacts) {
     EXPECT_NEAR(total, 1.0, 1e-12);
     for (const double b : balance) EXPECT_NEAR(b, 0.0, 1e-9 + 4.0 * rounding / found.value);
     for (int trial = 0; trial < 60; ++trial) {
-      const double length = found.value * std::pow(10.0, -1.0 - trial % 5);
+      const double length = found.value * std::pow(10.0, -2.0 - trial % 5);
       double step[K];
       for (int i = 0; i < K; ++i) step[i] = trial < 2 * K ? (trial / 2 == i) : random.Uniform(-1.0, 1.0);
       for (double& s : step) s *= trial % 2 == 0 ? length : -length;
