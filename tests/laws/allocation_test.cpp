@@ -371,9 +371,8 @@ TEST(FailingAllocations, Fits) {
       cone = inner = outer = CNuConSurf(30.0);
       cone.FitMinZone(taper, &form, &inner, &outer, 1e-9, 1000);
     };
-    FailEveryAllocation("zone of a cone", fitConeZone, [&] {
-      return cone.GetSemiAngle() + inner.GetSemiAngle() + outer.GetSemiAngle() == 90.0;
-    });
+    FailEveryAllocation("zone of a cone", fitConeZone,
+                        [&] { return cone.GetSemiAngle() + inner.GetSemiAngle() + outer.GetSemiAngle() == 90.0; });
     CNuPointArray shaft(n);
     for (int i = 0; i < n; ++i)
       shaft.Add(CNuPoint(5 * std::cos(2.4 * i), 5 * std::sin(2.4 * i) + 1e-4 * std::sin(31.0 * i), std::sin(3.0 * i)));

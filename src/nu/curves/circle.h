@@ -76,16 +76,17 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   // plane of the result, its two circles. An exchange from the least-squares circle finds the annulus (T. J. Rivlin,
   // Computing 21, 1979); where a bound does not prove it the narrowest, so does a search over the crossings of Voronoi
   // edges (H. Ebara et al., 1st Canadian Conf. Comp. Geometry, 1989). Global, to rounding; of equally narrow annuli the
-  // one whose centre has the least coordinate along the x axis of the result, then along its y axis. Points that are not
-  // in one plane within `tol` get the circle and the position of the thinnest torus that holds them, CNuTorSurf::FitMin;
-  // `form` is the diameter of its tube, and `inner` and `outer` are smaller and larger by half of that. Points on one
-  // line, or all closer together than `tol`, get the circle on their longest edge and form 0. CNuBestfitException, for
-  // which the circle and the outputs stay as they were: cause 13 for a limit below 1, before all else; cause 1 (size 1)
-  // without a point; cause 9 when rounding leaves no such centre, which takes points next to one line; cause 11 for
-  // coordinates that are not finite; cause 12 when the least-squares circle takes more than `maxiter` steps (above 50 it
-  // is used as far as it has come) or, named "FindMinimalAnnulus", the exchange looks at all points more than `maxiter`
-  // times; those of the torus, named as there. All others are named "CNuCircle"; where nothing is said the size is 0. FitMinZoneEx throws cause 13 only and makes `tol` the thread's
-  // NuGetLengthTol() for as long as it runs.
+  // one whose centre has the least coordinate along the x axis of the result, then along its y axis. Points that are
+  // not in one plane within `tol` get the circle and the position of the thinnest torus that holds them,
+  // CNuTorSurf::FitMin; `form` is the diameter of its tube, and `inner` and `outer` are smaller and larger by half of
+  // that. Points on one line, or all closer together than `tol`, get the circle on their longest edge and form 0.
+  // CNuBestfitException, for which the circle and the outputs stay as they were: cause 13 for a limit below 1, before
+  // all else; cause 1 (size 1) without a point; cause 9 when rounding leaves no such centre, which takes points next to
+  // one line; cause 11 for coordinates that are not finite; cause 12 when the least-squares circle takes more than
+  // `maxiter` steps (above 50 it is used as far as it has come) or, named "FindMinimalAnnulus", the exchange looks at
+  // all points more than `maxiter` times; those of the torus, named as there. All others are named "CNuCircle"; where
+  // nothing is said the size is 0. FitMinZoneEx throws cause 13 only and makes `tol` the thread's NuGetLengthTol() for
+  // as long as it runs.
   void FitMinZone(const CNuPointArray& pts, double* form, double tol, long maxiter);
   void FitMinZone(const CNuPointArray& pts, double* form, CNuCircle* inner, CNuCircle* outer, double tol, long maxiter);
   ENuFitResult FitMinZoneEx(const CNuPointArray& pts, double* form, double tol, long maxiter);

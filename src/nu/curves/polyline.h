@@ -60,10 +60,10 @@ class NU_EXPORT CNuPolyline : public CNuBoundedCurve {
   double Length() const override;
   // With sharp corners, `shape` 0, a polyline; edges that shrink to nothing, or below NuGetMinEdgeLength(), are left
   // out. It ends where the first and the last edge do, unless the polyline is closed within NuGetLengthTol(). Not in
-  // one plane with that normal: cause 45, "Offset of non-planar curve"; nothing is left, an end edge of an open polyline
-  // shrinks to nothing, or a corner folds back on itself: cause 28, "Offset"; the result would come closer to the curve
-  // than the distance, as it does where an offset falls apart: cause 30. With round ones, 1, the composite curve that
-  // the composite curve of the edges would return. Another shape: cause 45, "Offset with different shape".
+  // one plane with that normal: cause 45, "Offset of non-planar curve"; nothing is left, an end edge of an open
+  // polyline shrinks to nothing, or a corner folds back on itself: cause 28, "Offset"; the result would come closer to
+  // the curve than the distance, as it does where an offset falls apart: cause 30. With round ones, 1, the composite
+  // curve that the composite curve of the edges would return. Another shape: cause 45, "Offset with different shape".
   CNuBoundedCurve* Offset(double distance, const CNuVector& normal, int shape) override;
   CNuBoundedCurve* Offset(double distance) override;
 

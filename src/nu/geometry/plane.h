@@ -58,8 +58,8 @@ class NU_EXPORT CNuPlane : public CNuGeometry {
   int IntersectWith(const CNuPlane& pl, CNuLine* l) const;
   // The curves in which this plane cuts a surface, as new objects that the caller owns: the contents of `curves` are
   // replaced by them, and their number is returned. The normals of conics are this one. What comes as close as
-  // NuGetLengthTol(), or as the rounding of the coordinates, touches. A plane across the axis within NuGetRadianTol() makes
-  // a circle, and so does an ellipse whose semi-axes are equal to rounding. Conics of infinite size are left out.
+  // NuGetLengthTol(), or as the rounding of the coordinates, touches. A plane across the axis within NuGetRadianTol()
+  // makes a circle, and so does an ellipse whose semi-axes are equal to rounding. Conics of infinite size are left out.
   // - A sphere: a CNuCircle, the CNuPoint of a plane that touches it, or nothing.
   // - A cylinder: a CNuEllipse or a CNuCircle; of a plane parallel to the axis within NuGetRadianTol(), two CNuLine in
   //   the order of this normal x axis, one where it touches, or nothing.

@@ -16,9 +16,7 @@ struct Wave2 {
   // (f(u) - f(v)) / 2 sin((u - v) / 2), told by the middle of u and v and half their difference; nothing cancels.
   double Slope(double middle, double half) const;
   // No value is larger.
-  double Bound() const {
-    return std::fabs(c0) + std::fabs(c1) + std::fabs(s1) + std::fabs(c2) + std::fabs(s2);
-  }
+  double Bound() const { return std::fabs(c0) + std::fabs(c1) + std::fabs(s1) + std::fabs(c2) + std::fabs(s2); }
 
   double c0 = 0.0;
   double c1 = 0.0;
