@@ -3,7 +3,7 @@
 
 #include "nu/nu.h"
 
-// The least-squares fits of all features behind one call.
+// The features behind one form, and their least-squares fits behind one call.
 namespace nu::test {
 
 enum Feature { kLine, kPlane, kCircle, kSphere, kCylinder, kCone };
@@ -19,32 +19,49 @@ struct Fitted {
   double sumsq = -1.0;
 };
 
+inline void Read(const CNuLine& line, Fitted& f) {
+  line.GetData(&f.place, &f.axis);
+}
+inline void Read(const CNuPlane& plane, Fitted& f) {
+  plane.GetData(&f.place, &f.axis);
+}
+inline void Read(const CNuCircle& circle, Fitted& f) {
+  circle.GetData(&f.radius, &f.place, &f.axis);
+}
+inline void Read(const CNuSphSurf& sphere, Fitted& f) {
+  sphere.GetData(&f.radius, &f.place);
+}
+inline void Read(const CNuCylSurf& cylinder, Fitted& f) {
+  cylinder.GetData(&f.radius, &f.place, &f.axis);
+}
+inline void Read(const CNuConSurf& cone, Fitted& f) {
+  cone.GetData(&f.angle, &f.place, &f.axis);
+}
+
 inline Fitted FitOf(Feature feature, const CNuPointArray& points, long limit = 1000) {
   Fitted f;
-  CNuLine line;
-  CNuPlane plane;
-  CNuCircle circle(1.0);
-  CNuSphSurf sphere(1.0);
-  CNuCylSurf cylinder(1.0);
-  CNuConSurf cone(1.0);
+  const auto fit = [&](auto&& object, auto... limits) {
+    object.Fit(points, &f.form, &f.sumsq, limits...);
+    Read(object, f);
+  };
   switch (feature) {
     case kLine:
-      line.Fit(points, &f.form, &f.sumsq), line.GetData(&f.place, &f.axis);
+      fit(CNuLine());
       break;
     case kPlane:
-      plane.Fit(points, &f.form, &f.sumsq), plane.GetData(&f.place, &f.axis);
+      fit(CNuPlane());
       break;
     case kCircle:
-      circle.Fit(points, &f.form, &f.sumsq, limit), circle.GetData(&f.radius, &f.place, &f.axis);
+      fit(CNuCircle(1.0), limit);
       break;
     case kSphere:
-      sphere.Fit(points, &f.form, &f.sumsq, limit), sphere.GetData(&f.radius, &f.place);
+      fit(CNuSphSurf(1.0), limit);
       break;
     case kCylinder:
-      cylinder.Fit(points, &f.form, &f.sumsq, limit), cylinder.GetData(&f.radius, &f.place, &f.axis);
+      fit(CNuCylSurf(1.0), limit);
       break;
     case kCone:
-      cone.Fit(points, &f.form, &f.sumsq, limit), cone.GetData(&f.angle, &f.place, &f.axis);
+      fit(CNuConSurf(1.0), limit);
       break;
   }
   return f;
