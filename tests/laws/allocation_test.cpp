@@ -444,6 +444,28 @@ TEST(FailingAllocations, BoundedCurves) {
     FailEveryAllocation("bounding circle", [&] { curve->BoundingCircle(&radius, &p); });
     FailEveryAllocation("offset", [&] { delete curve->Offset(0.01); });
   }
+  CNuCompositeCurve chain, other;
+  chain.AddSegment(segment, NuTrue);
+  for (int i = 0; i < 40; ++i) {
+    chain.AddSegment(CNuLineSegment(chain.GetEndPoint(), CNuPoint(i + 1.5, i % 2)), NuTrue);
+    const CNuPoint from = chain.GetEndPoint();
+    chain.AddSegment(CNuCircularArc(from, from + CNuPoint(0.2, 0.2), from + CNuPoint(0.4, 0)), NuTrue);
+  }
+  other.AddSegment(arc, NuTrue);
+  FailEveryAllocation("composite copy", [&] { CNuCompositeCurve copy(chain); });
+  FailEveryAllocation(
+      "composite assignment", [&] { other = chain; }, [&] { return other.GetNumberSegments() == 1; });
+  FailEveryAllocation("segment of a composite", [&] { CNuCompositeCurve().AddSegment(arc, NuFalse); });
+  for (const int shape : {0, 1}) {
+    FailEveryAllocation("composite offset", [&] { delete chain.Offset(0.05, CNuVector(0, 0, 1), shape); });
+  }
+  FailEveryAllocation("composite curve to polyline", [&] { chain.ToPolyline(1e-3); });
+  FailEveryAllocation("crossings of a composite", [&] { chain.IsSelfIntersecting(); });
+  // Reading throws nothing: it returns this failure like any other.
+  FailEveryAllocation("composite file", [] {
+    CNuCompositeCurve read;
+    if (!read.BinaryRead(NU_DATA_DIR "/curves/plate.curve")) throw std::bad_alloc();
+  });
   FailEveryAllocation("self-intersection", [&] { line.IsSelfIntersecting(); });
   FailEveryAllocation("centroid", [&] { line.Centroid(); });
   NuSetMinEdgeLength(1.0);

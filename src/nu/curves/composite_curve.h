@@ -80,8 +80,9 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   // The offset of a curve that is not closed within NuGetLengthTol() ends where those of its ends do. Where the offset
   // falls apart the result is, of a closed curve, the part that runs around the largest area, else the longest part.
   // Not in one plane with that normal: cause 45, "Offset of non-planar curve"; another shape: cause 45, "Offset with
-  // different shape"; a gap between segments: cause 26, "Offset"; nothing is left, or a sharp corner folds back on
-  // itself: cause 28; no closed curve is left, as where a closed one crosses itself: cause 30.
+  // different shape"; a gap between segments: cause 26, "Offset"; nothing is left, or of a closed curve nothing closed,
+  // as can be where it crosses itself, or a sharp corner folds back on itself: cause 28; what is left has gaps that no
+  // rounding explains: cause 30.
   CNuBoundedCurve* Offset(double distance, const CNuVector& normal, int shape) override;
   CNuBoundedCurve* Offset(double distance) override;
 

@@ -251,8 +251,25 @@ void MoveEnd(Piece2& piece, Vec2 to) {
   piece.end = to;
 }
 
+// An arc whose end has left its circle goes around the point on the bisector of its ends that is closest to its centre:
+// an arc is rebuilt from its centre and ends where these are as far apart. Up to a half turn it stays as close to its
+// circle as its end; a longer one leaves it by the way of the centre, and keeps it where that is far.
+void CentreBetweenEnds(Piece2& arc, double farthest) {
+  const Vec2 chord = arc.end - arc.start;
+  const double half = 0.5 * Norm(chord);
+  const Vec2 along = (0.5 / half) * chord;
+  const Vec2 toCentre = (1.0 / arc.curvature) * Perpendicular(arc.direction);
+  const double side = std::copysign(1.0, arc.curvature);
+  const double height = side * Dot(toCentre, Perpendicular(along));
+  if (!(height >= 0.0 || std::fabs(Dot(toCentre, along) - half) <= farthest)) return;
+  const double radius = std::hypot(half, height);
+  arc.direction = (height / radius) * along - (side * half / radius) * Perpendicular(along);
+  arc.curvature = side / radius;
+  arc.length = 2.0 * radius * std::atan2(half, height);
+}
+
 // The ends of pieces made to meet, without pieces too short to be any. False where a gap is no rounding.
-bool Join(std::vector<Piece2>& pieces, double snap, double mergeTol) {
+bool Join(std::vector<Piece2>& pieces, double tol, double snap, double mergeTol) {
   constexpr double kLargestGap = 200.0;  // of corners that count as smooth, of nodes that are one through others
   std::erase_if(pieces, [&](const Piece2& piece) { return !(piece.length > snap); });
   const std::size_t size = pieces.size();
@@ -266,6 +283,11 @@ bool Join(std::vector<Piece2>& pieces, double snap, double mergeTol) {
     const Vec2 middle = piece.end + 0.5 * (next.start - piece.end);
     MoveEnd(piece, middle);
     MoveStart(next, middle);
+  }
+  constexpr double kPart = 0.25;  // of what an arc may be off by; the rest is for roundings of the way back
+  for (Piece2& piece : pieces) {
+    if (piece.curvature == 0.0 || std::fabs(piece.HeightOf(piece.end)) <= kPart * tol) continue;
+    CentreBetweenEnds(piece, 10.0 * mergeTol);
   }
   return joined;
 }
@@ -300,7 +322,8 @@ OffsetChain OffsetPieces(const std::vector<Piece2>& chain, bool closed, double d
   }
   result.pieces = closed ? trace.LargestLoop() : trace.LongestPath();
   if (result.pieces.empty()) return result;
-  result.outcome = Join(result.pieces, snap, mergeTol) ? OffsetChain::Outcome::moved : OffsetChain::Outcome::broken;
+  result.outcome =
+      Join(result.pieces, tol, snap, mergeTol) ? OffsetChain::Outcome::moved : OffsetChain::Outcome::broken;
   return result;
 }
 
