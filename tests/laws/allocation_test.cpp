@@ -446,7 +446,7 @@ TEST(FailingAllocations, BoundedCurves) {
   }
   CNuCompositeCurve chain, other;
   chain.AddSegment(segment, NuTrue);
-  for (int i = 0; i < 40; ++i) {
+  for (int i = 0; i < 8; ++i) {
     chain.AddSegment(CNuLineSegment(chain.GetEndPoint(), CNuPoint(i + 1.5, i % 2)), NuTrue);
     const CNuPoint from = chain.GetEndPoint();
     chain.AddSegment(CNuCircularArc(from, from + CNuPoint(0.2, 0.2), from + CNuPoint(0.4, 0)), NuTrue);
