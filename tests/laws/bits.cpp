@@ -112,7 +112,7 @@ void AddFits(int n, Noise& noise, Bits& bits) {
     bits.Add(torus.GetMinorRadius());
   }
   CNuConSurf cone(45.0);
-  cone.Fit(taper, &form, &sumsq, 1000);
+  cone.FitEx(taper, &form, &sumsq, 1000);  // five points are too few
   bits.Add(cone.GetApex());
   bits.Add(sumsq);
   if (cone.FitMinZoneEx(taper, &form, 1e-9, 1000) == NuFitSuccess) bits.Add(form);
