@@ -332,22 +332,16 @@ GaussNewtonStep ConicLeastSquares<Curve>::SolveStep() {
 template<class Curve>
 bool ConicLeastSquares<Curve>::SolveByRows(double (&step)[kUnknowns]) const {
   const ConicView<Curve> view = ViewIn(m_axes, m_best);
-  TallReduction reduction(kUnknowns + 1);
-  m_points.ForEach([&](const PointBlock& block) {
-    for (std::size_t begin = 0; begin < block.size; begin += TallReduction::kBlockRows) {
-      const std::size_t rows = std::min<std::size_t>(TallReduction::kBlockRows, block.size - begin);
-      for (std::size_t i = 0; i < rows; i += kLanes) {
-        Lanes x, y, e;
-        Lanes column[kUnknowns];
-        DeviateAt<true>(block, begin + i, view, x, y, e, column);
-        for (int j = 0; j < kUnknowns; ++j) Store(column[j], reduction.Column(j) + i);
-        Store(e, reduction.Column(kUnknowns) + i);
-      }
-      reduction.AbsorbBlock(static_cast<int>(rows));
+  const auto fill = [&](const PointBlock& block, std::size_t begin, std::size_t end, TallReduction& reduction) {
+    for (std::size_t i = begin; i < end; i += kLanes) {
+      Lanes x, y, e;
+      Lanes column[kUnknowns];
+      DeviateAt<true>(block, i, view, x, y, e, column);
+      for (int j = 0; j < kUnknowns; ++j) Store(column[j], reduction.Column(j) + (i - begin));
+      Store(e, reduction.Column(kUnknowns) + (i - begin));
     }
-  });
-  reduction.Finish();
-  return SolveReduced(reduction, step);
+  };
+  return SolveReduced(ReduceRows(m_points, kUnknowns + 1, fill), step).finite;
 }
 
 template<class Curve>
@@ -358,17 +352,9 @@ void ConicLeastSquares<Curve>::TakeStep() {
 template<class Curve>
 Deviations ConicLeastSquares<Curve>::DeviationsNow() {
   const ConicView<Curve> view = ViewIn(m_axes, m_now);
-  const double scale = m_points.Scale();
-  CompensatedSum sum;
-  Deviations total{0.0, kInfinity, -kInfinity};
-  m_points.ForEach([&](const PointBlock& block) {
-    Deviations part;
-    FindDeviations(block, view, part);
-    sum.Add(part.sumSquares);
-    total.smallest = std::min(total.smallest, part.smallest);
-    total.largest = std::max(total.largest, part.largest);
-  });
-  return {sum.Value() / scale / scale, total.smallest / scale, total.largest / scale};
+  const Deviations found =
+      OverBlocks(m_points, [&](const PointBlock& block, Deviations& part) { FindDeviations(block, view, part); });
+  return InUnit(found, m_points.Scale());
 }
 
 template class ConicLeastSquares<Ellipse2>;

@@ -102,10 +102,6 @@ Minimum LeastOf(const WaveSamples& samples, double level, long maxIter) {
   return best;
 }
 
-Deviations InUnit(const Deviations& d, double scale) {
-  return {d.sumSquares / scale / scale, d.smallest / scale, d.largest / scale};
-}
-
 DoubleDouble AngleOf(double b, double x, double c) {
   const DoubleDouble product = ProductOf(b, x);
   const DoubleDouble sum = SumOf(product.high, c);

@@ -5,6 +5,12 @@
 
 namespace nu::internal {
 
+// A unit vector.
+inline Vec3 AnyOrthogonal(Vec3 unit) {
+  const bool alongX = std::fabs(unit.x) > std::fabs(unit.y);
+  return Unit(Cross(unit, alongX ? Vec3{0.0, 1.0, 0.0} : Vec3{1.0, 0.0, 0.0}));
+}
+
 // A straight axis: a point on it and a right-handed frame whose z runs along it.
 struct AxisFrame {
   Vec3 origin;

@@ -55,29 +55,11 @@ NU_KERNEL void SumAcross(const PointBlock& block, const Vec3& mean, const Vec3& 
   result = {Sum(sum), 0.0, Largest(largest)};
 }
 
-template<class Kernel>
-Deviations OverBlocks(PointBlocks& points, const Vec3& mean, const Vec3& direction, Kernel kernel) {
-  CompensatedSum sum;
-  Deviations total{0.0, kInfinity, -kInfinity};
-  points.ForEach([&](const PointBlock& block) {
-    Deviations part;
-    kernel(block, mean, direction, part);
-    sum.Add(part.sumSquares);
-    total.smallest = std::min(total.smallest, part.smallest);
-    total.largest = std::max(total.largest, part.largest);
-  });
-  total.sumSquares = sum.Value();
-  return total;
-}
-
-Deviations InUnit(const Deviations& d, double scale) {
-  return {d.sumSquares / scale / scale, d.smallest / scale, d.largest / scale};
-}
-
 }  // namespace
 
 Deviations PlaneDeviations(PointBlocks& points, const Vec3& mean, const Vec3& normal) {
-  return InUnit(OverBlocks(points, mean, normal, SumAlong), points.Scale());
+  const auto kernel = [&](const PointBlock& block, Deviations& part) { SumAlong(block, mean, normal, part); };
+  return InUnit(OverBlocks(points, kernel), points.Scale());
 }
 
 Deviations PlanarLineDeviations(PointBlocks& points, const Vec3& mean, const Vec3& direction) {
@@ -85,7 +67,8 @@ Deviations PlanarLineDeviations(PointBlocks& points, const Vec3& mean, const Vec
 }
 
 Deviations SpaceLineDeviations(PointBlocks& points, const Vec3& mean, const Vec3& direction) {
-  Deviations found = OverBlocks(points, mean, direction, SumAcross);
+  Deviations found =
+      OverBlocks(points, [&](const PointBlock& block, Deviations& part) { SumAcross(block, mean, direction, part); });
   found.largest = std::sqrt(found.largest);
   return InUnit(found, points.Scale());
 }

@@ -3,8 +3,7 @@
 #include <limits>
 
 #include "nu/geometry/internal/lanes.h"
-#include "nu/geometry/internal/small_svd.h"
-#include "nu/linalg/internal/tall_qr.h"
+#include "nu/geometry/internal/small_systems.h"
 
 // One pass sums the first and second moments. They square the condition of the matrix, so the eigenvector that they
 // give is off by about epsilon / separation, where
@@ -129,19 +128,14 @@ EigenDirection ExtremeEigenDirection(const Symmetric3& matrix, Extent extent) {
 }
 
 SmallSvd<3> SvdAbout(const Vec3& mean, PointBlocks& points) {
-  TallReduction reduction(3);
-  points.ForEach([&](const PointBlock& block) {
-    for (std::size_t begin = 0; begin < block.size; begin += TallReduction::kBlockRows) {
-      const std::size_t rows = std::min<std::size_t>(TallReduction::kBlockRows, block.size - begin);
-      for (std::size_t i = 0; i < rows; ++i) {
-        reduction.Column(0)[i] = block.x[begin + i] - mean.x;
-        reduction.Column(1)[i] = block.y[begin + i] - mean.y;
-        reduction.Column(2)[i] = block.z[begin + i] - mean.z;
-      }
-      reduction.AbsorbBlock(static_cast<int>(rows));
+  const auto fill = [&](const PointBlock& block, std::size_t begin, std::size_t end, TallReduction& rows) {
+    for (std::size_t i = begin; i < end; ++i) {
+      rows.Column(0)[i - begin] = block.x[i] - mean.x;
+      rows.Column(1)[i - begin] = block.y[i] - mean.y;
+      rows.Column(2)[i - begin] = block.z[i] - mean.z;
     }
-  });
-  reduction.Finish();
+  };
+  const TallReduction reduction = ReduceRows(points, 3, fill);
   double columns[3][3] = {};
   for (int j = 0; j < 3; ++j)
     for (int i = 0; i <= j; ++i) columns[j][i] = reduction.R(i, j);

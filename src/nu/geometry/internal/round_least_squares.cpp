@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "nu/geometry/internal/axis_frame.h"
 #include "nu/geometry/internal/lanes.h"
 #include "nu/geometry/internal/small_cholesky.h"
 #include "nu/geometry/internal/small_systems.h"
@@ -278,11 +279,6 @@ void Combine(const double (&mix)[D][D], const Vec3 (&axes)[D], Vec3 (&turned)[D]
   }
 }
 
-Vec3 AnyOrthogonal(const Vec3& unit) {
-  const bool alongX = std::fabs(unit.x) > std::fabs(unit.y);
-  return Unit(Cross(unit, alongX ? Vec3{0.0, 1.0, 0.0} : Vec3{1.0, 0.0, 0.0}));
-}
-
 }  // namespace
 
 template<int D>
@@ -381,17 +377,10 @@ void RoundLeastSquares<D>::MoveCentre(const Vec3& centre) {
 
 template<int D>
 typename RoundLeastSquares<D>::System RoundLeastSquares<D>::SumSystem() {
-  BlockSums<kProducts<D>> total;
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  m_deviations = {0.0, kInfinity, -kInfinity};
-  m_points.ForEach([&](const PointBlock& block) {
-    double sums[kProducts<D>];
-    Deviations part;
+  const auto kernel = [&](const PointBlock& block, double(&sums)[kProducts<D>], Deviations& part) {
     SumProducts(block, m_model, sums, part);
-    total.Add(sums);
-    m_deviations.smallest = std::min(m_deviations.smallest, part.smallest);
-    m_deviations.largest = std::max(m_deviations.largest, part.largest);
-  });
+  };
+  const BlockSums<kProducts<D>> total = SumOverBlocks<kProducts<D>>(m_points, m_deviations, kernel);
   m_deviations.sumSquares = total[kProducts<D> - 1];
   m_deviationsAreCurrent = true;
   // Unknown 0 is the rise, then the shifts, last the height; the kernel has the height first.
@@ -427,18 +416,12 @@ GaussNewtonStep RoundLeastSquares<D>::SolveStep() {
 
 template<int D>
 bool RoundLeastSquares<D>::SolveByRows(double (&step)[kUnknowns]) {
-  TallReduction reduction(kUnknowns + 1);
-  m_points.ForEach([&](const PointBlock& block) {
-    for (std::size_t begin = 0; begin < block.size; begin += TallReduction::kBlockRows) {
-      const std::size_t rows = std::min<std::size_t>(TallReduction::kBlockRows, block.size - begin);
-      double* columns[kUnknowns + 1];
-      for (int j = 0; j <= kUnknowns; ++j) columns[j] = reduction.Column(j);
-      FillRows<D>(block, begin, begin + rows, m_model, columns);
-      reduction.AbsorbBlock(static_cast<int>(rows));
-    }
-  });
-  reduction.Finish();
-  return SolveReduced(reduction, step);
+  const auto fill = [&](const PointBlock& block, std::size_t begin, std::size_t end, TallReduction& reduction) {
+    double* columns[kUnknowns + 1];
+    for (int j = 0; j <= kUnknowns; ++j) columns[j] = reduction.Column(j);
+    FillRows<D>(block, begin, end, m_model, columns);
+  };
+  return SolveReduced(ReduceRows(m_points, kUnknowns + 1, fill), step).finite;
 }
 
 template<int D>
@@ -451,22 +434,12 @@ void RoundLeastSquares<D>::TakeStep() {
 
 template<int D>
 Deviations RoundLeastSquares<D>::DeviationsNow() {
-  const double scale = m_points.Scale();
   if (!m_deviationsAreCurrent) {
-    CompensatedSum sum;
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    m_deviations = {0.0, kInfinity, -kInfinity};
-    m_points.ForEach([&](const PointBlock& block) {
-      Deviations part;
-      FindDeviations(block, m_model, part);
-      sum.Add(part.sumSquares);
-      m_deviations.smallest = std::min(m_deviations.smallest, part.smallest);
-      m_deviations.largest = std::max(m_deviations.largest, part.largest);
-    });
-    m_deviations.sumSquares = sum.Value();
+    m_deviations =
+        OverBlocks(m_points, [&](const PointBlock& block, Deviations& part) { FindDeviations(block, m_model, part); });
     m_deviationsAreCurrent = true;
   }
-  return {m_deviations.sumSquares / scale / scale, m_deviations.smallest / scale, m_deviations.largest / scale};
+  return InUnit(m_deviations, m_points.Scale());
 }
 
 template class RoundLeastSquares<2>;
