@@ -10,7 +10,7 @@
 #include "nu/surfaces/internal/axis_direction.h"
 #include "nu/surfaces/internal/cone_start.h"
 #include "nu/surfaces/internal/far_point.h"
-#include "nu/surfaces/internal/point_sample.h"
+#include "nu/surfaces/internal/sampled_start.h"
 
 // Least-squares cone. Apex, axis and semi-angle a minimise the sum of squares of d cos a - h sin a, where d is the
 // distance of a point from the axis and h its height over the apex: a start from a sample of the points, which is
@@ -26,9 +26,9 @@ using nu::internal::GaussNewtonRule;
 using nu::internal::LoadVec3;
 using nu::internal::PointAlong;
 using nu::internal::PointBlocks;
-using nu::internal::PointSample;
 using nu::internal::PointView;
 using nu::internal::StartCone;
+using nu::internal::StartFit;
 using nu::internal::ToPoint;
 using nu::internal::ToVector;
 using nu::internal::Vec3;
@@ -39,7 +39,6 @@ namespace {
 
 constexpr const char* kName = "CNuConSurf";
 constexpr int kLeastPoints = 6;
-constexpr int kSampleSteps = 100;
 
 // What a distance may be off by through the rounding errors of coordinates, with room for a few of them.
 constexpr double kRoundings = 16.0 * std::numeric_limits<double>::epsilon();
@@ -54,30 +53,8 @@ struct Solution {
   Deviations deviations;
 };
 
-ConeModel Rescaled(ConeModel model, double factor) {
-  model.pivot = factor * model.pivot;
-  model.height *= factor;
-  model.rise *= factor;
-  return model;
-}
-
-// Starts from a sample of a large set.
-bool StartFromSample(PointView points, PointBlocks& blocks, ConeLeastSquares& fit) {
-  const PointSample sample(points);
-  PointBlocks sampleBlocks(sample.View(), blocks.Origin());
-  sampleBlocks.Keep();
-  ConeLeastSquares sampleFit(sampleBlocks);
-  if (!StartCone(sampleBlocks, sampleFit)) return false;
-  sampleFit.Descend(kSampleSteps);
-  if (!sampleFit.Determined()) return false;
-  if (sampleBlocks.Scale() != 1.0 && !blocks.FitScale()) return false;
-  fit.Place(Rescaled(sampleFit.Model(), blocks.Scale() / sampleBlocks.Scale()));
-  return true;
-}
-
 void Start(PointView points, PointBlocks& blocks, ConeLeastSquares& fit) {
-  if (points.Size() > PointSample::kMostPoints && StartFromSample(points, blocks, fit)) return;
-  if (StartCone(blocks, fit)) return;
+  if (StartFit(points, blocks, fit, StartCone)) return;
   if (!blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
   // Required: this failure is the algebraic fit's own, and hosts catch it as such.
   nu::internal::FailOperation(46, "calculation", "CNuSurface::QuadricAxes()");

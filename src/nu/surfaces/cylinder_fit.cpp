@@ -6,7 +6,7 @@
 #include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/internal/axis_direction.h"
 #include "nu/surfaces/internal/cylinder_start.h"
-#include "nu/surfaces/internal/point_sample.h"
+#include "nu/surfaces/internal/sampled_start.h"
 
 // Least-squares cylinder. The axis and the radius r minimise the sum of (distance from the axis - r)^2: a start from a
 // sample of the points, which is refined on that sample first, then Gauss-Newton steps on all points.
@@ -18,9 +18,9 @@ using nu::internal::FailFit;
 using nu::internal::GaussNewtonEnd;
 using nu::internal::GaussNewtonRule;
 using nu::internal::PointBlocks;
-using nu::internal::PointSample;
 using nu::internal::PointView;
 using nu::internal::StartCylinder;
+using nu::internal::StartFit;
 using nu::internal::ToPoint;
 using nu::internal::ToVector;
 using nu::internal::Vec3;
@@ -31,7 +31,6 @@ namespace {
 
 constexpr const char* kName = "CNuCylSurf";
 constexpr int kLeastPoints = 5;
-constexpr int kSampleSteps = 100;
 
 struct Solution {
   Vec3 axisPoint;
@@ -40,30 +39,8 @@ struct Solution {
   Deviations deviations;
 };
 
-CylinderModel Rescaled(CylinderModel model, double factor) {
-  model.pivot = factor * model.pivot;
-  model.height *= factor;
-  model.rise *= factor;
-  return model;
-}
-
-// Starts from a sample of a large set.
-bool StartFromSample(PointView points, PointBlocks& blocks, CylinderLeastSquares& fit) {
-  const PointSample sample(points);
-  PointBlocks sampleBlocks(sample.View(), blocks.Origin());
-  sampleBlocks.Keep();
-  CylinderLeastSquares sampleFit(sampleBlocks);
-  if (!StartCylinder(sampleBlocks, sampleFit)) return false;
-  sampleFit.Descend(kSampleSteps);
-  if (!sampleFit.Determined()) return false;
-  if (sampleBlocks.Scale() != 1.0 && !blocks.FitScale()) return false;
-  fit.Place(Rescaled(sampleFit.Model(), blocks.Scale() / sampleBlocks.Scale()));
-  return true;
-}
-
 void Start(PointView points, PointBlocks& blocks, CylinderLeastSquares& fit) {
-  if (points.Size() > PointSample::kMostPoints && StartFromSample(points, blocks, fit)) return;
-  if (StartCylinder(blocks, fit)) return;
+  if (StartFit(points, blocks, fit, StartCylinder)) return;
   if (!blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
   // Required: this failure is the algebraic fit's own, and hosts catch it as such.
   nu::internal::FailOperation(46, "calculation", "CNuSurface::QuadricAxes()");

@@ -3,9 +3,6 @@
 #include <limits>
 
 #include "nu/geometry/internal/lanes.h"
-#include "nu/geometry/internal/small_cholesky.h"
-#include "nu/geometry/internal/small_svd.h"
-#include "nu/linalg/internal/tall_qr.h"
 
 // Gauss-Newton on the distance e of the points from the cone. A part of a cone says little about apex and angle but
 // much about the surface itself at M, so the unknowns are those of the surface there. n = u cos a - w sin a is its
@@ -29,10 +26,7 @@
 // its centre shifts by the coefficients of t / d and -l / d over cos a, across and along u; its radius grows by those
 // of 1 and l / d; the others turn the axis about its centre and open the cone.
 //
-// The normal equations drive the steps; their right-hand side is the gradient itself, so they do not limit the accuracy
-// of the result. With p = t / d and q = l / d, p^2 = 2 q - q^2 leaves 14 sums of products. Where the columns are nearly
-// dependent the rows are reduced by orthogonal steps instead. A step that leads uphill is taken back and shortened (D.
-// W. Marquardt, J. SIAM 11, 1963).
+// With p = t / d and q = l / d, p^2 = 2 q - q^2 leaves 14 sums of products for the normal equations.
 //
 // On both nappes e = d cos a - |z sin a + k'| with z along w and k' = k + H cos a: the rows of points behind the apex
 // follow from the same unknowns.
@@ -40,29 +34,8 @@
 namespace nu::internal {
 namespace {
 
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kRightAngle = 1.5707963267948966;
-
-// Smallest pivot, as a part of its diagonal entry, of a system that is taken for well-conditioned: half of the digits
-// are left.
-constexpr double kClearPivot = 1e-8;
-
-// A singular value of the columns, at unit length, that is a smaller part of the largest: the parameters are not
-// determined. The coordinates' rounding errors in the columns are of this size.
-constexpr double kUndetermined = 64.0 * kEpsilon;
-
-// A step that moves the deviations by no more than this many roundings of the coordinates is noise.
-constexpr double kNoise = 16.0 * kEpsilon;
-
-// Damping after the first step that leads uphill or gains too small a part of what was predicted, its change after
-// further ones, and after steps that gain nearly all of it.
-constexpr double kFirstDamping = 1e-2;
-constexpr double kMoreDamping = 5.0;
-constexpr double kLessDamping = 0.1;
-constexpr double kLeastDamping = 1e-7;
-constexpr double kPoorGain = 0.4;
-constexpr double kGoodGain = 0.75;
 
 // A descent ends with a step after which, at the rate at which the gains of the steps fall, the next would lower the
 // sum of squares by less than this part.
@@ -251,20 +224,6 @@ void FillRows(const PointBlock& block, std::size_t begin, std::size_t end, const
   }
 }
 
-Vec3 AnyOrthogonal(const Vec3& unit) {
-  const bool alongX = std::fabs(unit.x) > std::fabs(unit.y);
-  return Unit(Cross(unit, alongX ? Vec3{0.0, 1.0, 0.0} : Vec3{1.0, 0.0, 0.0}));
-}
-
-// Turns the frame so that w is this unit direction and u that of `fromAxis` across it.
-void TurnFrame(const Vec3& direction, const Vec3& fromAxis, ConeModel& model) {
-  model.w = direction;
-  Vec3 u = Rejection(fromAxis, direction);
-  if (IsNull(u, std::numeric_limits<double>::min())) u = AnyOrthogonal(direction);
-  model.u = Unit(Rejection(Unit(u), direction));
-  model.v = Cross(model.w, model.u);
-}
-
 // v turned about the origin by the length of `by`, around its direction (the formula of O. Rodrigues).
 Vec3 Turned(const Vec3& v, const Vec3& by) {
   const double angle = std::sqrt(Dot(by, by));
@@ -288,53 +247,13 @@ double FootOf(const ConeModel& m) {
   return -(m.rise + m.height * cosine) * cosine / sine - m.height * sine;
 }
 
-TallReduction ReduceRows(PointBlocks& points, const ConeModel& model) {
-  TallReduction reduction(kColumns + 1);
+ConeProblem::System SumOneNappe(PointBlocks& points, const ConeModel& model) {
+  ConeProblem::System system;
   const Surface surface(model);
-  points.ForEach([&](const PointBlock& block) {
-    for (std::size_t begin = 0; begin < block.size; begin += TallReduction::kBlockRows) {
-      const std::size_t rows = std::min<std::size_t>(TallReduction::kBlockRows, block.size - begin);
-      FillRows(block, begin, begin + rows, surface, model.bothNappes, reduction);
-      reduction.AbsorbBlock(static_cast<int>(rows));
-    }
-  });
-  reduction.Finish();
-  return reduction;
-}
-
-}  // namespace
-
-ConeModel ConeAbout(const Vec3& pivot, const Vec3& direction, const Vec3& toAxis, double radius, double angle) {
-  ConeModel model;
-  model.pivot = pivot;
-  const Vec3 across = Rejection(toAxis, direction);
-  TurnFrame(direction, -1.0 * across, model);
-  model.height = std::sqrt(Dot(across, across));
-  model.angle = angle;
-  model.rise = (radius - model.height) * std::cos(angle);
-  return model;
-}
-
-void ConeLeastSquares::Place(const ConeModel& model) {
-  m_model = model;
-  m_model.foot = FootOf(model);
-  m_hasBest = false;
-  m_damping = 0.0;
-  m_deviationsAreCurrent = false;
-}
-
-ConeLeastSquares::System ConeLeastSquares::SumOneNappe() {
-  BlockSums<kSums> total;
-  const Surface surface(m_model);
-  m_deviations = {0.0, kInfinity, -kInfinity};
-  m_points.ForEach([&](const PointBlock& block) {
-    double sums[kSums];
-    Deviations part;
+  const auto kernel = [&](const PointBlock& block, double(&sums)[kSums], Deviations& part) {
     SumProducts(block, surface, sums, part);
-    total.Add(sums);
-    m_deviations.smallest = std::min(m_deviations.smallest, part.smallest);
-    m_deviations.largest = std::max(m_deviations.largest, part.largest);
-  });
+  };
+  const BlockSums<kSums> total = SumOverBlocks<kSums>(points, system.deviations, kernel);
   // Of 1, p, q, p q, q^2 and p^2, times a power of f.
   struct Group {
     double one, p, q, pq, qq, pp;
@@ -343,40 +262,39 @@ ConeLeastSquares::System ConeLeastSquares::SumOneNappe() {
     const double q = total[first + 1], qq = total[first + 3];
     return Group{one, total[first], q, total[first + 2], qq, 2.0 * q - qq};
   };
-  const Group a = group(static_cast<double>(m_points.Size()), 0);
+  system.count = static_cast<double>(points.Size());
+  const Group a = group(system.count, 0);
   const Group b = group(total[4], 5);
   const Group c = group(total[9], 10);
-  const double lower[kUnknowns][kUnknowns] = {{a.one, b.one, a.p, a.q, b.p, b.q}, {b.one, c.one, b.p, b.q, c.p, c.q},
-                                              {a.p, b.p, a.pp, a.pq, b.pp, b.pq}, {a.q, b.q, a.pq, a.qq, b.pq, b.qq},
-                                              {b.p, c.p, b.pp, b.pq, c.pp, c.pq}, {b.q, c.q, b.pq, b.qq, c.pq, c.qq}};
-  System system;
-  std::copy_n(&lower[0][0], kUnknowns * kUnknowns, &system.product[0][0]);
-  for (int j = 0; j < kUnknowns; ++j) system.right[j] = total[kProducts + j];
-  m_deviations.sumSquares = system.sumSquares = total[kProducts + kColumns];
+  const double all[kColumns][kColumns] = {{a.one, b.one, a.p, a.q, b.p, b.q}, {b.one, c.one, b.p, b.q, c.p, c.q},
+                                          {a.p, b.p, a.pp, a.pq, b.pp, b.pq}, {a.q, b.q, a.pq, a.qq, b.pq, b.qq},
+                                          {b.p, c.p, b.pp, b.pq, c.pp, c.pq}, {b.q, c.q, b.pq, b.qq, c.pq, c.qq}};
+  std::copy_n(&all[0][0], kColumns * kColumns, &system.product[0][0]);
+  for (int j = 0; j < kColumns; ++j) system.right[j] = total[kProducts + j];
+  system.deviations.sumSquares = total[kProducts + kColumns];
   system.spread = total[kProducts + kColumns + 1];
-  system.foot = b.one / a.one;
-  m_deviationsAreCurrent = true;
+  system.along = b.one / a.one;
   return system;
 }
 
 // Slower, for any cone.
-ConeLeastSquares::System ConeLeastSquares::SumByRows() {
-  const TallReduction reduction = ReduceRows(m_points, m_model);
-  System system;
-  for (int i = 0; i < kUnknowns; ++i) {
+ConeProblem::System SumByRows(PointBlocks& points, const ConeModel& model) {
+  const TallReduction reduction = ConeProblem::Reduce(points, model);
+  ConeProblem::System system;
+  for (int i = 0; i < kColumns; ++i) {
     system.right[i] = 0.0;
-    for (int k = 0; k <= i; ++k) system.right[i] += reduction.R(k, i) * reduction.R(k, kUnknowns);
-    for (int j = 0; j < kUnknowns; ++j) {
+    for (int k = 0; k <= i; ++k) system.right[i] += reduction.R(k, i) * reduction.R(k, kColumns);
+    for (int j = 0; j < kColumns; ++j) {
       system.product[i][j] = 0.0;
       for (int k = 0; k <= std::min(i, j); ++k) system.product[i][j] += reduction.R(k, i) * reduction.R(k, j);
     }
   }
-  FindDeviationsNow();
-  system.sumSquares = m_deviations.sumSquares;
+  system.deviations = ConeProblem::DeviationsFrom(points, model);
+  system.count = static_cast<double>(points.Size());
   CompensatedSum spread;
-  m_points.ForEach([&](const PointBlock& block) {
+  points.ForEach([&](const PointBlock& block) {
     for (std::size_t i = 0; i < block.size; ++i) {
-      const Vec3 fromPivot = Vec3{block.x[i], block.y[i], block.z[i]} - m_model.pivot;
+      const Vec3 fromPivot = Vec3{block.x[i], block.y[i], block.z[i]} - model.pivot;
       spread.Add(Dot(fromPivot, fromPivot));
     }
   });
@@ -384,181 +302,97 @@ ConeLeastSquares::System ConeLeastSquares::SumByRows() {
   return system;
 }
 
-ConeLeastSquares::System ConeLeastSquares::SumSystem() {
-  return m_model.bothNappes ? SumByRows() : SumOneNappe();
-}
-
-double ConeLeastSquares::RoundingLevel() const {
-  return kNoise * kNoise * m_system.spread;
-}
-
-bool ConeLeastSquares::Solve(double (&step)[kUnknowns]) {
-  m_determined = SolvePositive(m_system.product, m_system.right, step) > kClearPivot;
-  return m_determined || SolveByRows(step);
-}
-
-// The damped step solves the equations with a heavier diagonal, which is positive definite.
-void ConeLeastSquares::Damp(double (&step)[kUnknowns]) const {
-  double heavier[kUnknowns][kUnknowns];
-  double shorter[kUnknowns];
-  for (int i = 0; i < kUnknowns; ++i)
-    for (int j = 0; j < kUnknowns; ++j) heavier[i][j] = m_system.product[i][j] * (i == j ? 1.0 + m_damping : 1.0);
-  if (SolvePositive(heavier, m_system.right, shorter) > 0.0) std::copy_n(shorter, kUnknowns, step);
-}
-
-// On rough parts full steps may swing from one side of the minimum to the other; as long as they do, they stay damped.
-void ConeLeastSquares::AdaptDamping(double sumSquares) {
-  const double gained = m_system.sumSquares - sumSquares;
-  if (m_predicted <= kNoise * std::sqrt(m_system.sumSquares * m_system.spread)) return;  // rounding hides it
-  if (gained < kPoorGain * m_predicted) m_damping = std::max(kFirstDamping, kMoreDamping * m_damping);
-  if (gained > kGoodGain * m_predicted) m_damping = m_damping > kLeastDamping ? kLessDamping * m_damping : 0.0;
-}
-
-GaussNewtonStep ConeLeastSquares::SolveStep() {
-  System system = SumSystem();
-  GaussNewtonStep step;
-  // The root of a sum of squares is known to the rounding errors of its terms.
-  const bool uphill = m_hasBest && !(std::sqrt(system.sumSquares) <=
-                                     std::sqrt(m_system.sumSquares) + kNoise * std::sqrt(m_system.spread));
-  if (uphill) {
-    m_model = m_best;
-    m_damping = std::max(kFirstDamping, kMoreDamping * m_damping);
-    m_deviationsAreCurrent = false;
-  } else {
-    if (!std::isfinite(system.sumSquares)) return step;
-    if (m_hasBest) AdaptDamping(system.sumSquares);
-    m_best = m_model;
-    m_system = system;
-    m_hasBest = true;
-  }
-  step.solvable = Solve(m_step);
-  // Convergence is judged by the full step: a damped one is short without having arrived.
-  double gain = 0.0;
-  for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * m_system.right[j];
-  const double cosine = std::cos(m_model.angle);
-  const double shift = m_step[2] / cosine, height = m_step[3] / cosine;
-  const double opened = m_step[1] + m_step[5];
-  const double turned = m_step[4] * m_step[4] + m_step[5] * m_step[5] + opened * opened;
-  step.squaredLength = shift * shift + height * height + turned * MeanSquare();
-  step.squaredLength /= m_points.Scale() * m_points.Scale();
-  step.atRoundingLevel = gain <= RoundingLevel();
-  if (m_damping > 0.0) Damp(m_step);
-  m_predicted = 0.0;
-  for (int i = 0; i < kUnknowns; ++i) {
-    m_predicted += 2.0 * m_step[i] * m_system.right[i];
-    for (int j = 0; j < kUnknowns; ++j) m_predicted -= m_step[i] * m_system.product[i][j] * m_step[j];
-  }
-  return step;
-}
-
-// The step of least length, in columns of unit length, by orthogonal reduction.
-bool ConeLeastSquares::SolveByRows(double (&step)[kUnknowns]) {
-  const TallReduction reduction = ReduceRows(m_points, m_model);
-  double scaled[kUnknowns][kUnknowns] = {};
-  double norm[kUnknowns];
-  for (int j = 0; j < kUnknowns; ++j) {
-    norm[j] = 0.0;
-    for (int i = 0; i <= j; ++i) norm[j] = std::hypot(norm[j], reduction.R(i, j));
-    for (int i = 0; i <= j && norm[j] > 0.0; ++i) scaled[j][i] = reduction.R(i, j) / norm[j];
-  }
-  const SmallSvd<kUnknowns> svd = SvdOfColumns(scaled);
-  if (!std::isfinite(svd.value[0])) return false;
-  m_determined = svd.value[kUnknowns - 1] > kUndetermined * svd.value[0];
-  std::fill_n(step, kUnknowns, 0.0);
-  for (int k = 0; k < kUnknowns; ++k) {
-    if (!(svd.value[k] > kUnknowns * kEpsilon * svd.value[0])) break;
-    double part = 0.0;
-    for (int i = 0; i < kUnknowns; ++i) part += svd.work[k][i] * reduction.R(i, kUnknowns);
-    for (int j = 0; j < kUnknowns; ++j)
-      if (norm[j] > 0.0) step[j] += svd.axis[k][j] * (part / svd.value[k] / svd.value[k]) / norm[j];
-  }
-  return true;
-}
-
 // The points are on a strip over M: turns are about M, and curvature is what changes.
-void ConeLeastSquares::TurnStrip() {
-  ConeModel& m = m_model;
+void TurnStrip(const double (&step)[kColumns], ConeModel& m) {
   const double cosine = std::cos(m.angle), lever = m.height * std::sin(m.angle) + m.foot;
-  const double tiltU = -m_step[5], tiltV = m_step[4];
-  const double shift = (m_step[2] - m_step[4] * lever) / cosine;
-  const double bend = (m_step[3] - m_step[5] * m.foot) / cosine;
-  const double angle = NextAngle(m.angle, m_step[1] + m_step[5]);
+  const double tiltU = -step[5], tiltV = step[4];
+  const double shift = (step[2] - step[4] * lever) / cosine;
+  const double bend = (step[3] - step[5] * m.foot) / cosine;
+  const double angle = NextAngle(m.angle, step[1] + step[5]);
   const double lifted =
-      std::cos(NextAngle(m.angle, m_step[5])) / cosine *
+      std::cos(NextAngle(m.angle, step[5])) / cosine *
       (bend > 0.0 ? m.height / std::max(1.0 - bend / m.height, kLeastPart) : m.height * m.height / (m.height - bend));
   const Vec3 turn = tiltU * m.v - tiltV * m.u - (shift / m.height) * m.w;
-  const Vec3 fromAxis = Turned(m.u, turn);
-  TurnFrame(Unit(Turned(m.w, turn)), fromAxis, m);
-  m.rise += m_step[0] - m_step[1] * m.foot;
+  m.Turn(Unit(Turned(m.w, turn)), Turned(m.u, turn));
+  m.rise += step[0] - step[1] * m.foot;
   m.height = lifted;
   m.angle = angle;
 }
 
 // The points are all around: turns are about the centre of the sphere that touches the cone where their feet are, so
 // that it goes on touching it, and the sphere moves and grows.
-void ConeLeastSquares::MoveSphere() {
-  ConeModel& m = m_model;
+void MoveSphere(const double (&step)[kColumns], ConeModel& m) {
   const double sine = std::sin(m.angle), cosine = std::cos(m.angle);
   const double along = (m.foot + m.height * sine) / cosine;
   const Vec3 centre = along * m.w - m.height * m.u;
-  const Vec3 shift = (m_step[2] / cosine) * m.v - (m_step[3] / cosine) * m.u;
-  const Vec3 direction = Unit(Turned(m.w, -m_step[5] * m.v - m_step[4] * m.u));
-  const double angle = NextAngle(m.angle, m_step[1] + m_step[5]);
+  const Vec3 shift = (step[2] / cosine) * m.v - (step[3] / cosine) * m.u;
+  const Vec3 direction = Unit(Turned(m.w, -step[5] * m.v - step[4] * m.u));
+  const double angle = NextAngle(m.angle, step[1] + step[5]);
   // The changes and not the values are what is added up: far from M the values are large.
   const double further = Dot(centre, direction - m.w) + Dot(shift, direction);
-  const double grown = m_step[0] + m_step[3];
+  const double grown = step[0] + step[3];
   const double offset =
       m.rise + m.height * cosine + grown - further * std::sin(angle) - along * (std::sin(angle) - sine);
-  const Vec3 fromAxis = Rejection(-1.0 * (centre + shift), direction);
-  TurnFrame(direction, fromAxis, m);
-  m.height = std::sqrt(Dot(fromAxis, fromAxis));
+  m.PlaceAxis(direction, centre + shift);
   m.angle = angle;
   m.rise = offset - m.height * std::cos(angle);
 }
 
-void ConeLeastSquares::TakeStep() {
-  const double cosine = std::cos(m_model.angle);
-  const bool strip = std::fabs(m_model.rise) * cosine < kStrip * m_model.height && !m_model.bothNappes;
-  const double foot = m_model.foot + m_system.foot;
-  strip ? TurnStrip() : MoveSphere();
-  m_model.foot = m_model.bothNappes ? FootOf(m_model) : foot;
-  m_deviationsAreCurrent = false;
+}  // namespace
+
+ConeModel ConeAbout(const Vec3& pivot, const Vec3& direction, const Vec3& toAxis, double radius, double angle) {
+  ConeModel model;
+  model.pivot = pivot;
+  model.PlaceAxis(direction, toAxis);
+  model.angle = angle;
+  model.rise = (radius - model.height) * std::cos(angle);
+  return model;
 }
 
-bool ConeLeastSquares::Descend(int mostSteps) {
-  double previous = 0.0;
-  for (int k = 0; k < mostSteps; ++k) {
-    const GaussNewtonStep step = SolveStep();
-    if (!step.solvable || !std::isfinite(step.squaredLength) || step.atRoundingLevel) return true;
-    const double gain = m_predicted;
-    const double rate = m_damping == 0.0 && gain < previous ? gain / previous : 1.0;
-    const bool enough = rate * gain <= kWorthAPass * m_system.sumSquares;
-    previous = gain;
-    TakeStep();
-    if (enough) return true;
-  }
-  return false;
+void ConeProblem::Complete(ConeModel& model) {
+  model.foot = FootOf(model);
 }
 
-void ConeLeastSquares::FindDeviationsNow() {
-  CompensatedSum sum;
-  const Surface surface(m_model);
-  m_deviations = {0.0, kInfinity, -kInfinity};
-  m_points.ForEach([&](const PointBlock& block) {
-    Deviations part;
-    FindDeviations(block, surface, m_model.bothNappes, part);
-    sum.Add(part.sumSquares);
-    m_deviations.smallest = std::min(m_deviations.smallest, part.smallest);
-    m_deviations.largest = std::max(m_deviations.largest, part.largest);
+ConeProblem::System ConeProblem::Sum(PointBlocks& points, const ConeModel& model) {
+  return model.bothNappes ? SumByRows(points, model) : SumOneNappe(points, model);
+}
+
+TallReduction ConeProblem::Reduce(PointBlocks& points, const ConeModel& model) {
+  const Surface surface(model);
+  return ReduceRows(points, kUnknowns + 1,
+                    [&](const PointBlock& block, std::size_t begin, std::size_t end, TallReduction& reduction) {
+                      FillRows(block, begin, end, surface, model.bothNappes, reduction);
+                    });
+}
+
+Deviations ConeProblem::DeviationsFrom(PointBlocks& points, const ConeModel& model) {
+  const Surface surface(model);
+  return OverBlocks(points, [&](const PointBlock& block, Deviations& part) {
+    FindDeviations(block, surface, model.bothNappes, part);
   });
-  m_deviations.sumSquares = sum.Value();
-  m_deviationsAreCurrent = true;
 }
 
-Deviations ConeLeastSquares::DeviationsNow() {
-  if (!m_deviationsAreCurrent) FindDeviationsNow();
-  const double scale = m_points.Scale();
-  return {m_deviations.sumSquares / scale / scale, m_deviations.smallest / scale, m_deviations.largest / scale};
+double ConeProblem::SquaredLength(const ConeModel& model, const System& system, const double (&step)[kUnknowns]) {
+  const double cosine = std::cos(model.angle);
+  const double shift = step[2] / cosine, height = step[3] / cosine;
+  const double opened = step[1] + step[5];
+  const double turned = step[4] * step[4] + step[5] * step[5] + opened * opened;
+  return shift * shift + height * height + turned * system.MeanSquare();
 }
+
+void ConeProblem::Move(const System& system, const double (&step)[kUnknowns], ConeModel& model) {
+  const bool strip = std::fabs(model.rise) * std::cos(model.angle) < kStrip * model.height && !model.bothNappes;
+  const double foot = model.foot + system.along;
+  strip ? TurnStrip(step, model) : MoveSphere(step, model);
+  model.foot = model.bothNappes ? FootOf(model) : foot;
+}
+
+bool ConeProblem::IsEnough(const StepGains& gains, double sumSquares) {
+  const bool falls = !gains.damped && std::isfinite(gains.before) && gains.now < gains.before;
+  const double rate = falls ? gains.now / gains.before : 1.0;
+  return rate * gains.now <= kWorthAPass * sumSquares;
+}
+
+template class DampedGaussNewton<ConeProblem>;
 
 }  // namespace nu::internal

@@ -3,9 +3,6 @@
 #include <limits>
 
 #include "nu/geometry/internal/lanes.h"
-#include "nu/geometry/internal/small_cholesky.h"
-#include "nu/geometry/internal/small_svd.h"
-#include "nu/linalg/internal/tall_qr.h"
 
 // Gauss-Newton on e = |p - foot on the axis| - r. A narrow part of a cylinder says little about axis and radius but
 // much about the strip itself, so the unknowns are those of the strip at M: its rise k above M and its curvature
@@ -18,36 +15,11 @@
 // All terms are of the size of the points' extent, not of the radius, so nothing cancels however narrow the strip is;
 // and the columns are about as independent as 1, t, t^2, z and z t. A step turns the axis about M and not about its own
 // point, which may be far away: so it moves the points' deviations as the derivatives say.
-//
-// The normal equations drive the steps; their right-hand side is the gradient itself, so they do not limit the accuracy
-// of the result. Where their columns are nearly dependent the rows are reduced by orthogonal steps instead. A step that
-// leads uphill is taken back and shortened (D. W. Marquardt, J. SIAM 11, 1963).
 
 namespace nu::internal {
 namespace {
 
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
-// Smallest pivot, as a part of its diagonal entry, of a system that is taken for well-conditioned: half of the digits
-// are left.
-constexpr double kClearPivot = 1e-8;
-
-// A singular value of the columns, at unit length, that is a smaller part of the largest: the parameters are not
-// determined. The coordinates' rounding errors in the columns are of this size.
-constexpr double kUndetermined = 64.0 * kEpsilon;
-
-// A step that moves the deviations by no more than this many roundings of the coordinates is noise.
-constexpr double kNoise = 16.0 * kEpsilon;
-
-// Damping after the first step that leads uphill or gains too small a part of what was predicted, its change after
-// further ones, and after steps that gain nearly all of it.
-constexpr double kFirstDamping = 1e-2;
-constexpr double kMoreDamping = 5.0;
-constexpr double kLessDamping = 0.1;
-constexpr double kLeastDamping = 1e-7;
-constexpr double kPoorGain = 0.4;
-constexpr double kGoodGain = 0.75;
 
 // A descent ends with a step that would lower the sum of squares by less than this part. Where each step gains not much
 // less than the one before, as on flat and rough parts, many more lie ahead, and it goes on.
@@ -168,54 +140,24 @@ void FillRows(const PointBlock& block, std::size_t begin, std::size_t end, const
   }
 }
 
-Vec3 AnyOrthogonal(const Vec3& unit) {
-  const bool alongX = std::fabs(unit.x) > std::fabs(unit.y);
-  return Unit(Cross(unit, alongX ? Vec3{0.0, 1.0, 0.0} : Vec3{1.0, 0.0, 0.0}));
-}
-
-// Turns the frame so that w is this unit direction and u that of `fromAxis` across it.
-void TurnFrame(const Vec3& direction, const Vec3& fromAxis, CylinderModel& model) {
-  model.w = direction;
-  Vec3 u = Rejection(fromAxis, direction);
-  if (IsNull(u, std::numeric_limits<double>::min())) u = AnyOrthogonal(direction);
-  model.u = Unit(Rejection(Unit(u), direction));
-  model.v = Cross(model.w, model.u);
-}
-
 }  // namespace
 
 CylinderModel CylinderAbout(const Vec3& pivot, const Vec3& direction, const Vec3& toAxis, double radius) {
   CylinderModel model;
   model.pivot = pivot;
-  const Vec3 across = Rejection(toAxis, direction);
-  TurnFrame(direction, -1.0 * across, model);
-  model.height = std::sqrt(Dot(across, across));
+  model.PlaceAxis(direction, toAxis);
   model.rise = radius - model.height;
   return model;
 }
 
-void CylinderLeastSquares::Place(const CylinderModel& model) {
-  m_model = model;
-  m_hasBest = false;
-  m_damping = 0.0;
-  m_deviationsAreCurrent = false;
-}
-
-CylinderLeastSquares::System CylinderLeastSquares::SumSystem() {
-  BlockSums<kSums> total;
-  const Vec3 offset = OffsetOf(m_model);
-  m_deviations = {0.0, kInfinity, -kInfinity};
-  m_points.ForEach([&](const PointBlock& block) {
-    double sums[kSums];
-    Deviations part;
-    SumProducts(block, m_model, offset, sums, part);
-    total.Add(sums);
-    m_deviations.smallest = std::min(m_deviations.smallest, part.smallest);
-    m_deviations.largest = std::max(m_deviations.largest, part.largest);
-  });
-  const double n = static_cast<double>(m_points.Size());
+CylinderProblem::System CylinderProblem::Sum(PointBlocks& points, const CylinderModel& model) {
   System system;
-  system.product[0][0] = n;
+  const Vec3 offset = OffsetOf(model);
+  const auto kernel = [&](const PointBlock& block, double(&sums)[kSums], Deviations& part) {
+    SumProducts(block, model, offset, sums, part);
+  };
+  const BlockSums<kSums> total = SumOverBlocks<kSums>(points, system.deviations, kernel);
+  system.product[0][0] = system.count = static_cast<double>(points.Size());
   int next = 0;
   for (int j = 1; j < kUnknowns; ++j) {
     system.product[j][0] = system.product[0][j] = total[next++];
@@ -223,151 +165,48 @@ CylinderLeastSquares::System CylinderLeastSquares::SumSystem() {
     for (int k = 1; k <= j; ++k) system.product[j][k] = system.product[k][j] = total[next++];
   }
   system.right[0] = total[next++];
-  m_deviations.sumSquares = system.sumSquares = total[next++];
-  system.along = total[next++] / n;
+  system.deviations.sumSquares = total[next++];
+  system.along = total[next++] / system.count;
   system.spread = total[next];
-  m_deviationsAreCurrent = true;
   return system;
 }
 
-double CylinderLeastSquares::RoundingLevel() const {
-  return kNoise * kNoise * m_system.spread;
+TallReduction CylinderProblem::Reduce(PointBlocks& points, const CylinderModel& model) {
+  const Vec3 offset = OffsetOf(model);
+  return ReduceRows(points, kUnknowns + 1,
+                    [&](const PointBlock& block, std::size_t begin, std::size_t end, TallReduction& reduction) {
+                      FillRows(block, begin, end, model, offset, reduction);
+                    });
 }
 
-bool CylinderLeastSquares::Solve(double (&step)[kUnknowns]) {
-  m_determined = SolvePositive(m_system.product, m_system.right, step) > kClearPivot;
-  return m_determined || SolveByRows(step);
+Deviations CylinderProblem::DeviationsFrom(PointBlocks& points, const CylinderModel& model) {
+  const Vec3 offset = OffsetOf(model);
+  return OverBlocks(points,
+                    [&](const PointBlock& block, Deviations& part) { FindDeviations(block, model, offset, part); });
 }
 
-// The damped step solves the equations with a heavier diagonal, which is positive definite.
-void CylinderLeastSquares::Damp(double (&step)[kUnknowns]) const {
-  double heavier[kUnknowns][kUnknowns];
-  double shorter[kUnknowns];
-  for (int i = 0; i < kUnknowns; ++i)
-    for (int j = 0; j < kUnknowns; ++j) heavier[i][j] = m_system.product[i][j] * (i == j ? 1.0 + m_damping : 1.0);
-  if (SolvePositive(heavier, m_system.right, shorter) > 0.0) std::copy_n(shorter, kUnknowns, step);
+double CylinderProblem::SquaredLength(const CylinderModel&, const System& system, const double (&step)[kUnknowns]) {
+  const auto [rise, shift, height, tiltU, tiltV] = step;
+  const double turned = (tiltU * tiltU + tiltV * tiltV) / system.count;
+  return shift * shift + height * height + turned * system.spread;
 }
 
-// On rough parts full steps may swing from one side of the minimum to the other; as long as they do, they stay damped.
-void CylinderLeastSquares::AdaptDamping(double sumSquares) {
-  const double gained = m_system.sumSquares - sumSquares;
-  if (m_predicted <= kNoise * std::sqrt(m_system.sumSquares * m_system.spread)) return;  // rounding hides it
-  if (gained < kPoorGain * m_predicted) m_damping = std::max(kFirstDamping, kMoreDamping * m_damping);
-  if (gained > kGoodGain * m_predicted) m_damping = m_damping > kLeastDamping ? kLessDamping * m_damping : 0.0;
-}
-
-GaussNewtonStep CylinderLeastSquares::SolveStep() {
-  System system = SumSystem();
-  GaussNewtonStep step;
-  // The root of a sum of squares is known to the rounding errors of its terms.
-  const bool uphill = m_hasBest && !(std::sqrt(system.sumSquares) <=
-                                     std::sqrt(m_system.sumSquares) + kNoise * std::sqrt(m_system.spread));
-  if (uphill) {
-    m_model = m_best;
-    m_damping = std::max(kFirstDamping, kMoreDamping * m_damping);
-    m_deviationsAreCurrent = false;
-  } else {
-    if (!std::isfinite(system.sumSquares)) return step;
-    if (m_hasBest) AdaptDamping(system.sumSquares);
-    m_best = m_model;
-    m_system = system;
-    m_hasBest = true;
-  }
-  step.solvable = Solve(m_step);
-  // Convergence is judged by the full step: a damped one is short without having arrived.
-  double gain = 0.0;
-  for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * m_system.right[j];
-  const double turned = (m_step[3] * m_step[3] + m_step[4] * m_step[4]) / static_cast<double>(m_points.Size());
-  step.squaredLength = m_step[1] * m_step[1] + m_step[2] * m_step[2] + turned * m_system.spread;
-  step.squaredLength /= m_points.Scale() * m_points.Scale();
-  step.atRoundingLevel = gain <= RoundingLevel();
-  if (m_damping > 0.0) Damp(m_step);
-  m_predicted = 0.0;
-  for (int i = 0; i < kUnknowns; ++i) {
-    m_predicted += 2.0 * m_step[i] * m_system.right[i];
-    for (int j = 0; j < kUnknowns; ++j) m_predicted -= m_step[i] * m_system.product[i][j] * m_step[j];
-  }
-  return step;
-}
-
-// The step of least length, in columns of unit length, by orthogonal reduction.
-bool CylinderLeastSquares::SolveByRows(double (&step)[kUnknowns]) {
-  TallReduction reduction(kUnknowns + 1);
-  const Vec3 offset = OffsetOf(m_model);
-  m_points.ForEach([&](const PointBlock& block) {
-    for (std::size_t begin = 0; begin < block.size; begin += TallReduction::kBlockRows) {
-      const std::size_t rows = std::min<std::size_t>(TallReduction::kBlockRows, block.size - begin);
-      FillRows(block, begin, begin + rows, m_model, offset, reduction);
-      reduction.AbsorbBlock(static_cast<int>(rows));
-    }
-  });
-  reduction.Finish();
-  double scaled[kUnknowns][kUnknowns] = {};
-  double norm[kUnknowns];
-  for (int j = 0; j < kUnknowns; ++j) {
-    norm[j] = 0.0;
-    for (int i = 0; i <= j; ++i) norm[j] = std::hypot(norm[j], reduction.R(i, j));
-    for (int i = 0; i <= j && norm[j] > 0.0; ++i) scaled[j][i] = reduction.R(i, j) / norm[j];
-  }
-  const SmallSvd<kUnknowns> svd = SvdOfColumns(scaled);
-  if (!std::isfinite(svd.value[0])) return false;
-  m_determined = svd.value[kUnknowns - 1] > kUndetermined * svd.value[0];
-  std::fill_n(step, kUnknowns, 0.0);
-  for (int k = 0; k < kUnknowns; ++k) {
-    if (!(svd.value[k] > kUnknowns * kEpsilon * svd.value[0])) break;
-    double part = 0.0;
-    for (int i = 0; i < kUnknowns; ++i) part += svd.work[k][i] * reduction.R(i, kUnknowns);
-    for (int j = 0; j < kUnknowns; ++j)
-      if (norm[j] > 0.0) step[j] += svd.axis[k][j] * (part / svd.value[k] / svd.value[k]) / norm[j];
-  }
-  return true;
-}
-
-void CylinderLeastSquares::TakeStep() {
-  const auto [rise, shift, height, tiltU, tiltV] = m_step;
-  const double lifted = m_model.height + height;
-  const double radius = lifted + m_model.rise + rise;
-  const Vec3 fromAxis = lifted * m_model.u - shift * m_model.v;
-  TurnFrame(Unit(m_model.w + tiltU * m_model.u + tiltV * m_model.v), fromAxis, m_model);
-  m_model.height = std::sqrt(lifted * lifted + shift * shift);
+void CylinderProblem::Move(const System&, const double (&step)[kUnknowns], CylinderModel& model) {
+  const auto [rise, shift, height, tiltU, tiltV] = step;
+  const double lifted = model.height + height;
+  const double radius = lifted + model.rise + rise;
+  const Vec3 fromAxis = lifted * model.u - shift * model.v;
+  model.Turn(Unit(model.w + tiltU * model.u + tiltV * model.v), fromAxis);
+  model.height = std::sqrt(lifted * lifted + shift * shift);
   // radius - height, without the rounding of a radius that is far larger than the extent of the points.
-  m_model.rise =
-      lifted > 0.0 ? m_model.rise + rise - shift * shift / (m_model.height + lifted) : radius - m_model.height;
-  m_deviationsAreCurrent = false;
+  model.rise = lifted > 0.0 ? model.rise + rise - shift * shift / (model.height + lifted) : radius - model.height;
 }
 
-bool CylinderLeastSquares::Descend(int mostSteps) {
-  double previous = kInfinity;
-  for (int k = 0; k < mostSteps; ++k) {
-    const GaussNewtonStep step = SolveStep();
-    if (!step.solvable || !std::isfinite(step.squaredLength) || step.atRoundingLevel) return true;
-    const double gain = m_predicted;
-    const bool fast = m_damping == 0.0 && gain <= kFast * previous;
-    const bool enough = gain <= (fast ? kWorthAPass : kWorthASlowPass) * m_system.sumSquares;
-    previous = gain;
-    TakeStep();
-    if (enough) return true;
-  }
-  return false;
+bool CylinderProblem::IsEnough(const StepGains& gains, double sumSquares) {
+  const bool fast = !gains.damped && gains.now <= kFast * gains.before;
+  return gains.now <= (fast ? kWorthAPass : kWorthASlowPass) * sumSquares;
 }
 
-Deviations CylinderLeastSquares::DeviationsNow() {
-  const double scale = m_points.Scale();
-  if (!m_deviationsAreCurrent) {
-    CompensatedSum sum;
-    const Vec3 offset = OffsetOf(m_model);
-    m_deviations = {0.0, kInfinity, -kInfinity};
-    m_points.ForEach([&](const PointBlock& block) {
-      Deviations part;
-      FindDeviations(block, m_model, offset, part);
-      sum.Add(part.sumSquares);
-      m_deviations.smallest = std::min(m_deviations.smallest, part.smallest);
-      m_deviations.largest = std::max(m_deviations.largest, part.largest);
-    });
-    m_deviations.sumSquares = sum.Value();
-    m_deviationsAreCurrent = true;
-  }
-  return {m_deviations.sumSquares / scale / scale, m_deviations.smallest / scale, m_deviations.largest / scale};
-}
+template class DampedGaussNewton<CylinderProblem>;
 
 }  // namespace nu::internal
