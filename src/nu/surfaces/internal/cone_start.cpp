@@ -1,10 +1,10 @@
 #include "nu/surfaces/internal/cone_start.h"
 
-#include <array>
 #include <limits>
 #include <optional>
 #include <utility>
 
+#include "nu/surfaces/internal/direction_search.h"
 #include "nu/surfaces/internal/quadric_axes.h"
 
 // The axis and the centre of the quadric through the points are the first axis and apex to be tried. They are enough
@@ -30,24 +30,17 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// The refined cone is clear when its deviations' root mean square is this part of that from the best plane: what makes
-// a wrong direction wrong is of the size of the latter.
-constexpr double kClear = 0.03;
-
 // Points on both nappes leave at least this part of the plane's root mean square when one nappe is fitted, and both
 // nappes leave at most this part of the sum of squares that one nappe leaves.
 constexpr double kOneNappe = 0.1;
 constexpr double kBothNappes = 0.25;
 
-// Steps of a refinement that is compared with others, and of the one that is kept.
-constexpr int kTrialSteps = 30;
+// Steps of the refinement that is kept.
 constexpr int kFinalSteps = 3000;
 
-// Directions of each kind, of which so many are refined, no two closer than this cosine as the kind sees them.
-constexpr int kDirections = 64;
+// Directions of each kind that are refined.
 constexpr int kTrials = 4;
 constexpr int kTrialsOfFew = 8;
-constexpr double kSameDirection = 0.93;
 
 // Tangents of 0, 30, 55, 75, 86 and 89 degrees.
 constexpr double kSlopes[] = {0.0, 0.57735, 1.42815, 3.73205, 14.3007, 57.29};
@@ -225,23 +218,6 @@ RevolutionQuadric DirectionJudge::Regress(const Vec3& w) const {
   return QuadricAlong(sight, QuadricAlong(sight, 0.0, 0.0).slope, 0.0);
 }
 
-// Evenly over half a sphere: equal steps in height, turned by the golden angle from one to the next.
-std::array<Vec3, kDirections> EvenDirections() {
-  std::array<Vec3, kDirections> directions;
-  constexpr double kGoldenAngle = 2.3999632297286533;
-  for (int k = 0; k < kDirections; ++k) {
-    const double z = (k + 0.5) / kDirections;
-    const double across = std::sqrt(1.0 - z * z);
-    directions[static_cast<std::size_t>(k)] = {across * std::cos(kGoldenAngle * k), across * std::sin(kGoldenAngle * k),
-                                               z};
-  }
-  return directions;
-}
-
-Vec3 Stretched(const Vec3& v, const Vec3& stretch) {
-  return Unit({stretch.x * v.x, stretch.y * v.y, stretch.z * v.z});
-}
-
 class ConeSearch {
   struct Found {
     ConeModel model;
@@ -270,10 +246,6 @@ class ConeSearch {
     return {Dot(v, m_moments.axis[0]), Dot(v, m_moments.axis[1]), Dot(v, m_moments.axis[2])};
   }
   void TryFrom(ConeModel model);
-  double ValueOf(const Vec3& even, const Vec3& stretch) const {
-    return m_judge->Judge(Stretched(even, stretch), m_bothNappes).meanSquare;
-  }
-  void TryBestOf(const std::array<Vec3, kDirections>& even, const Vec3& stretch);
   void Take(const ConeModel& model, double sumSquares, Found& best) const;
   double Least() const;
 
@@ -342,30 +314,13 @@ bool ConeSearch::IsWithin(double part) const {
   return Least() <= part * part * fromPlane;
 }
 
-// The best directions of a set that is even as seen by points that are stretched along their principal axes.
-void ConeSearch::TryBestOf(const std::array<Vec3, kDirections>& even, const Vec3& stretch) {
-  std::array<double, kDirections> value;
-  for (std::size_t k = 0; k < kDirections; ++k) value[k] = ValueOf(even[k], stretch);
-  for (int trial = 0; trial < m_trials; ++trial) {
-    const std::size_t best = static_cast<std::size_t>(std::min_element(value.begin(), value.end()) - value.begin());
-    if (!(value[best] < kInfinity)) return;
-    Try(Unit(m_moments.Along(Stretched(even[best], stretch))));
-    for (std::size_t k = 0; k < kDirections; ++k)
-      if (std::fabs(Dot(even[k], even[best])) > kSameDirection) value[k] = kInfinity;
-  }
-}
-
 void ConeSearch::TryAll(const QuadricAxes& quadric) {
   if (!m_judge) m_judge.emplace(m_moments);
   for (const Vec3& axis : quadric.axis) Try(axis);
   for (const Vec3& axis : m_moments.axis) Try(axis);
-  // As they are; denser where the points extend, for flat and slender sets; denser across, for short ones.
-  const double b = m_moments.spread[1] / m_moments.spread[0];
-  const double c = m_moments.spread[2] / m_moments.spread[0];
-  const std::array<Vec3, kDirections> even = EvenDirections();
-  TryBestOf(even, {1.0, 1.0, 1.0});
-  TryBestOf(even, {1.0, b, c});
-  TryBestOf(even, {b * c, c, b});
+  TryDirections(
+      m_moments, m_trials, [this](const Vec3& w) { return m_judge->Judge(w, m_bothNappes).meanSquare; },
+      [this](const Vec3& w) { Try(Unit(m_moments.Along(w))); });
 }
 
 // Points just behind the apex are no second nappe: it has to explain much of what the first one leaves.

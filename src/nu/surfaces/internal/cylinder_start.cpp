@@ -1,9 +1,9 @@
 #include "nu/surfaces/internal/cylinder_start.h"
 
-#include <array>
 #include <limits>
 
 #include "nu/geometry/internal/small_svd.h"
+#include "nu/surfaces/internal/direction_search.h"
 #include "nu/surfaces/internal/quadric_axes.h"
 
 // The axis of the quadric through the points is the first direction to be tried. It is enough when the cylinder that is
@@ -23,20 +23,13 @@
 namespace nu::internal {
 namespace {
 
-// The refined cylinder is clear when its deviations' root mean square is this part of that from the best plane: what
-// makes a wrong direction wrong is of the size of the latter.
-constexpr double kClear = 0.03;
 // With so few points a wrong cylinder may pass close to all of them.
 constexpr std::size_t kFewPoints = 12;
 
-// Steps of a refinement that is compared with others, and of the one that is kept.
-constexpr int kTrialSteps = 30;
+// Steps of the refinement that is kept.
 constexpr int kFinalSteps = 1000;
-
-// Directions of each kind, of which so many are refined, no two closer than this cosine as the kind sees them.
-constexpr int kDirections = 64;
+// Directions of each kind that are refined.
 constexpr int kTrials = 4;
-constexpr double kSameDirection = 0.93;
 
 class DirectionJudge {
  public:
@@ -189,19 +182,6 @@ DirectionJudge::Circle DirectionJudge::CircleAcross(const Vec3& w) const {
   return {m_unit * (c1 * section.e1 + c2 * section.e2), m_unit * std::sqrt(c1 * c1 + c2 * c2 + section.meanSquare)};
 }
 
-// Evenly over half a sphere: equal steps in height, turned by the golden angle from one to the next.
-std::array<Vec3, kDirections> EvenDirections() {
-  std::array<Vec3, kDirections> directions;
-  constexpr double kGoldenAngle = 2.3999632297286533;
-  for (int k = 0; k < kDirections; ++k) {
-    const double z = (k + 0.5) / kDirections;
-    const double across = std::sqrt(1.0 - z * z);
-    directions[static_cast<std::size_t>(k)] = {across * std::cos(kGoldenAngle * k), across * std::sin(kGoldenAngle * k),
-                                               z};
-  }
-  return directions;
-}
-
 class CylinderSearch {
  public:
   CylinderSearch(const FourthMoments& moments, PointBlocks& points, CylinderLeastSquares& fit)
@@ -214,7 +194,6 @@ class CylinderSearch {
   void Keep();
 
  private:
-  void TryBestOf(const std::array<Vec3, kDirections>& even, const Vec3& stretch);
   bool Improves(double sumSquares, double radius) const;
 
   const FourthMoments& m_moments;
@@ -255,35 +234,13 @@ bool CylinderSearch::IsClear() const {
   return m_points.Size() > kFewPoints && m_sumSquares <= kClear * kClear * fromPlane;
 }
 
-// The best directions of a set that is even as seen by points that are stretched along their principal axes.
-void CylinderSearch::TryBestOf(const std::array<Vec3, kDirections>& even, const Vec3& stretch) {
-  std::array<double, kDirections> value;
-  std::array<Vec3, kDirections> direction;
-  for (std::size_t k = 0; k < kDirections; ++k) {
-    direction[k] = Unit({stretch.x * even[k].x, stretch.y * even[k].y, stretch.z * even[k].z});
-    value[k] = m_judge.Judge(direction[k]);
-  }
-  constexpr double kDone = std::numeric_limits<double>::infinity();
-  for (int trial = 0; trial < kTrials; ++trial) {
-    const std::size_t best = static_cast<std::size_t>(std::min_element(value.begin(), value.end()) - value.begin());
-    if (!(value[best] < kDone)) return;
-    Try(m_moments.Along(direction[best]), kTrialSteps);
-    for (std::size_t k = 0; k < kDirections; ++k)
-      if (std::fabs(Dot(even[k], even[best])) > kSameDirection) value[k] = kDone;
-  }
-}
-
 void CylinderSearch::TryAll(const QuadricAxes& quadric) {
   Try(quadric.axis[1], kTrialSteps);
   Try(quadric.axis[2], kTrialSteps);
   for (const Vec3& axis : m_moments.axis) Try(axis, kTrialSteps);
-  // As they are; denser where the points extend, for flat and slender sets; denser across, for short ones.
-  const double b = m_moments.spread[1] / m_moments.spread[0];
-  const double c = m_moments.spread[2] / m_moments.spread[0];
-  const std::array<Vec3, kDirections> even = EvenDirections();
-  TryBestOf(even, {1.0, 1.0, 1.0});
-  TryBestOf(even, {1.0, b, c});
-  TryBestOf(even, {b * c, c, b});
+  TryDirections(
+      m_moments, kTrials, [this](const Vec3& w) { return m_judge.Judge(w); },
+      [this](const Vec3& w) { Try(m_moments.Along(w), kTrialSteps); });
 }
 
 void CylinderSearch::Keep() {
