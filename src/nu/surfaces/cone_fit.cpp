@@ -4,13 +4,12 @@
 #include <vector>
 
 #include "nu/foundation/constants.h"
-#include "nu/foundation/internal/failures.h"
-#include "nu/geometry/internal/fit_guards.h"
 #include "nu/surfaces/cone.h"
 #include "nu/surfaces/internal/axis_direction.h"
 #include "nu/surfaces/internal/cone_start.h"
 #include "nu/surfaces/internal/far_point.h"
 #include "nu/surfaces/internal/sampled_start.h"
+#include "nu/surfaces/internal/surface_fits.h"
 
 // Least-squares cone. Apex, axis and semi-angle a minimise the sum of squares of d cos a - h sin a, where d is the
 // distance of a point from the axis and h its height over the apex: a start from a sample of the points, which is
@@ -21,6 +20,7 @@ using nu::internal::ConeLeastSquares;
 using nu::internal::ConeModel;
 using nu::internal::Deviations;
 using nu::internal::FailFit;
+using nu::internal::FailStart;
 using nu::internal::GaussNewtonEnd;
 using nu::internal::GaussNewtonRule;
 using nu::internal::LoadVec3;
@@ -53,13 +53,6 @@ struct Solution {
   Deviations deviations;
 };
 
-void Start(PointView points, PointBlocks& blocks, ConeLeastSquares& fit) {
-  if (StartFit(points, blocks, fit, StartCone)) return;
-  if (!blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
-  // Required: this failure is the algebraic fit's own, and hosts catch it as such.
-  nu::internal::FailOperation(46, "calculation", "CNuSurface::QuadricAxes()");
-}
-
 // Whether its radius grows, and its height, by more over the points than rounding errors of their coordinates make of a
 // cylinder or a plane.
 bool IsCone(const ConeModel& m, const PointBlocks& blocks, double meanSquare) {
@@ -82,7 +75,7 @@ Solution InCallersFrame(const ConeModel& m, const PointBlocks& blocks, double me
 Solution LeastSquaresCone(PointView points, PointBlocks& blocks, bool wantsDeviations, long maxIter) {
   blocks.Keep();
   ConeLeastSquares fit(blocks);
-  Start(points, blocks, fit);
+  if (!StartFit(points, blocks, fit, StartCone)) FailStart(blocks, kName);
   const GaussNewtonRule rule{.tolerance = NuGetTol(),
                              .large = NuGetLarge(),
                              .limit = maxIter,
@@ -141,11 +134,7 @@ void CNuConSurf::Fit(const CNuPointArray& points, double* formError, double* sum
   if (!finite || !(found.semiAngle < 90.0)) FailFit(nu::internal::kNumericalFailure, kName);
   Place(found.semiAngle, ToPoint(found.axisPoint), ToVector(found.axisDirection));
   Translate(ToPoint(PointAlong(found.axisPoint, Components(GetAxisDirection()), found.toApex)));
-  if (formError == nullptr) return;
-  // The extremes start at -NuGetLarge() and NuGetLarge(): required, and hosts that narrow the range see it.
-  const double large = NuGetLarge();
-  *formError = std::max(found.deviations.largest, -large) - std::min(found.deviations.smallest, large);
-  *sumSquares = found.deviations.sumSquares;
+  if (formError != nullptr) StoreForm(found.deviations, formError, sumSquares);
 }
 
 ENuFitResult CNuConSurf::FitEx(const CNuPointArray& points, long maxIter) {

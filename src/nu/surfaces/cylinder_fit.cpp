@@ -1,12 +1,11 @@
 #include <algorithm>
 #include <cmath>
 
-#include "nu/foundation/internal/failures.h"
-#include "nu/geometry/internal/fit_guards.h"
 #include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/internal/axis_direction.h"
 #include "nu/surfaces/internal/cylinder_start.h"
 #include "nu/surfaces/internal/sampled_start.h"
+#include "nu/surfaces/internal/surface_fits.h"
 
 // Least-squares cylinder. The axis and the radius r minimise the sum of (distance from the axis - r)^2: a start from a
 // sample of the points, which is refined on that sample first, then Gauss-Newton steps on all points.
@@ -15,6 +14,7 @@ using nu::internal::CylinderLeastSquares;
 using nu::internal::CylinderModel;
 using nu::internal::Deviations;
 using nu::internal::FailFit;
+using nu::internal::FailStart;
 using nu::internal::GaussNewtonEnd;
 using nu::internal::GaussNewtonRule;
 using nu::internal::PointBlocks;
@@ -39,17 +39,10 @@ struct Solution {
   Deviations deviations;
 };
 
-void Start(PointView points, PointBlocks& blocks, CylinderLeastSquares& fit) {
-  if (StartFit(points, blocks, fit, StartCylinder)) return;
-  if (!blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
-  // Required: this failure is the algebraic fit's own, and hosts catch it as such.
-  nu::internal::FailOperation(46, "calculation", "CNuSurface::QuadricAxes()");
-}
-
 Solution LeastSquaresCylinder(PointView points, PointBlocks& blocks, bool wantsDeviations, long maxIter) {
   blocks.Keep();
   CylinderLeastSquares fit(blocks);
-  Start(points, blocks, fit);
+  if (!StartFit(points, blocks, fit, StartCylinder)) FailStart(blocks, kName);
   const GaussNewtonRule rule{.tolerance = NuGetTol(),
                              .large = NuGetLarge(),
                              .limit = maxIter,
@@ -86,11 +79,7 @@ void CNuCylSurf::Fit(const CNuPointArray& points, double* formError, double* sum
   const Solution found = LeastSquaresCylinder(ViewOf(points), blocks, formError != nullptr, maxIter);
   if (!IsFinite(found.axisPoint) || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
   Place(found.radius, ToPoint(found.axisPoint), ToVector(found.axisDirection));
-  if (formError == nullptr) return;
-  // The extremes start at -NuGetLarge() and NuGetLarge(): required, and hosts that narrow the range see it.
-  const double large = NuGetLarge();
-  *formError = std::max(found.deviations.largest, -large) - std::min(found.deviations.smallest, large);
-  *sumSquares = found.deviations.sumSquares;
+  if (formError != nullptr) StoreForm(found.deviations, formError, sumSquares);
 }
 
 ENuFitResult CNuCylSurf::FitEx(const CNuPointArray& points, long maxIter) {

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/round_least_squares.h"
+#include "nu/surfaces/internal/surface_fits.h"
 #include "nu/surfaces/sphere.h"
 
 // Least-squares sphere. The centre c and the radius r minimise the sum of (|p - c| - r)^2: an algebraic start, then
@@ -95,11 +95,7 @@ void CNuSphSurf::Fit(const CNuPointArray& points, double* formError, double* sum
   if (!IsFinite(found.centre) || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
   SetPosition(ToPoint(found.centre), CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
   m_radius = found.radius;
-  if (formError == nullptr || exact) return;
-  // The extremes start at -NuGetLarge() and NuGetLarge(): required, and hosts that narrow the range see it.
-  const double large = NuGetLarge();
-  *formError = std::max(found.deviations.largest, -large) - std::min(found.deviations.smallest, large);
-  *sumSquares = found.deviations.sumSquares;
+  if (formError != nullptr && !exact) StoreForm(found.deviations, formError, sumSquares);
 }
 
 ENuFitResult CNuSphSurf::FitEx(const CNuPointArray& points, long maxIter) {

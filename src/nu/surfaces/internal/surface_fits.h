@@ -1,0 +1,29 @@
+#ifndef NU_SURFACES_INTERNAL_SURFACE_FITS_H
+#define NU_SURFACES_INTERNAL_SURFACE_FITS_H
+
+#include <algorithm>
+
+#include "nu/foundation/internal/failures.h"
+#include "nu/geometry/internal/fit_guards.h"
+#include "nu/geometry/internal/form_statistics.h"
+
+// What the fits of several surfaces share. `name` is the class of the feature.
+namespace nu::internal {
+
+// No start was found in these points.
+[[noreturn]] inline void FailStart(const PointBlocks& blocks, const char* name) {
+  if (!blocks.AllFinite()) FailFit(kNumericalFailure, name);
+  // Required: this failure is the algebraic fit's own, and hosts catch it as such.
+  FailOperation(46, "calculation", "CNuSurface::QuadricAxes()");
+}
+
+inline void StoreForm(const Deviations& deviations, double* formError, double* sumSquares) {
+  // The extremes start at -NuGetLarge() and NuGetLarge(): required, and hosts that narrow the range see it.
+  const double large = NuGetLarge();
+  *formError = std::max(deviations.largest, -large) - std::min(deviations.smallest, large);
+  *sumSquares = deviations.sumSquares;
+}
+
+}  // namespace nu::internal
+
+#endif
