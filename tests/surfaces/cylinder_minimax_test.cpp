@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <utility>
 
 #include "nu/nu.h"
 #include "support/clouds.h"
@@ -179,6 +180,45 @@ TEST(MinimaxCylinders, FollowTheirPoints) {
         EXPECT_LE(zone, form);
       }
     }
+  }
+}
+
+// More points than are all taken at once, none farther from the axis than the others.
+TEST(MinimaxCylinders, OfExactlyEqualDistances) {
+  CNuPointArray points(36);
+  for (int z = -1; z <= 1; ++z) {
+    for (const auto& [x, y] : {std::pair{5, 0}, {4, 3}, {3, 4}, {0, 5}, {-3, 4}, {-4, 3}}) {
+      points.Add(CNuPoint(x, y, 20 * z)), points.Add(CNuPoint(-x, -y, 20 * z));
+    }
+  }
+  CNuCylSurf cylinder(1.0);
+  cylinder.FitMin(points, 1e-9, 1000);
+  EXPECT_NEAR(cylinder.GetRadius(), 5.0, 1e-14);
+  cylinder.FitMax(points, 1e-9, 1000);
+  EXPECT_NEAR(cylinder.GetRadius(), 5.0, 1e-14);
+  CNuPointArray same(30);
+  for (int i = 0; i < 30; ++i) same.Add(CNuPoint(-49.1, 63.3, -29.9));
+  EXPECT_EQ(FailureOf([&] { CNuTorSurf(2.0, 1.0).FitMin(same, 0.0, 1000); }), "bestfit 11 |CNuTorSurf::FitMin [0,0]");
+}
+
+// One of them may be the cylinder that is fitted; a zone below NuGetTol() leaves both where that is.
+TEST(MinimaxCylinders, HaveBoundaries) {
+  Random random(744);
+  const CNuPointArray points = CylinderCloud(random, 50, 10.0, 20.0, 360.0, 0.01);
+  CNuCylSurf cylinder(1.0), inner(1.0), outer(1.0);
+  double zone = 0.0;
+  for (const bool apart : {true, false}) {
+    cylinder.FitMinZone(points, &zone, 1e-9, 1000);
+    const double radius = cylinder.GetRadius();
+    const double half = apart ? 0.5 * zone : 0.0;
+    if (!apart) NuSetTol(1.0);
+    cylinder.FitMinZone(points, &zone, &cylinder, &outer, 1e-9, 1000);
+    EXPECT_EQ(cylinder.GetRadius(), radius - half);
+    EXPECT_EQ(outer.GetRadius(), radius + half);
+    cylinder.FitMinZone(points, &zone, &inner, &cylinder, 1e-9, 1000);
+    EXPECT_EQ(inner.GetRadius(), radius - half);
+    EXPECT_EQ(cylinder.GetRadius(), radius + half);
+    NuSetTol(4.45e-16);
   }
 }
 

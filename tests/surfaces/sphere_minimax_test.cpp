@@ -231,6 +231,11 @@ TEST(ZoneSphere, OfPointsInOnePlaneOrOnASphere) {
   sphere.FitMinZone(SphereCloud(random, 40, 1.0, 180.0, 0.0), &zone, &inner, &outer, 1e-9, 1000);
   EXPECT_EQ(zone, 0.0) << "a least-squares sphere within the tolerance has no zone";
   EXPECT_EQ(inner.GetRadius() - sphere.GetRadius() + outer.GetCentre().DistanceTo(sphere.GetCentre()), 0.0);
+  const CNuPointArray rough = SphereCloud(random, 40, 1.0, 180.0, 1e-3);
+  sphere.FitMinZone(rough, &zone, &inner, &outer, 1e-9, 1000);
+  const double width = outer.GetRadius() - inner.GetRadius();
+  sphere.FitMinZone(rough, &zone, &sphere, &outer, 1e-9, 1000);
+  EXPECT_EQ(outer.GetRadius() - sphere.GetRadius(), width) << "one of them may be the sphere that is fitted";
 }
 
 // Rigid motion, size and order carry all three along, sizes whose squares overflow or vanish included; what encloses

@@ -168,11 +168,12 @@ void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, double to
 void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuCylSurf* inner, CNuCylSurf* outer, double tol,
                             long maxIter) {
   FitMinZone(points, zone, tol, maxIter);
+  const double middle = m_radius;  // one of the two may be this one
   *inner = *this;
   *outer = *this;
   if (!(std::fabs(*zone) >= NuGetTol())) return;
-  inner->m_radius = m_radius - 0.5 * *zone;
-  outer->m_radius = m_radius + 0.5 * *zone;
+  inner->m_radius = middle - 0.5 * *zone;
+  outer->m_radius = middle + 0.5 * *zone;
 }
 
 ENuFitResult CNuCylSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {

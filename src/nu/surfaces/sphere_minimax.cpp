@@ -160,11 +160,12 @@ void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, double to
 void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuSphSurf* inner, CNuSphSurf* outer, double tol,
                             long maxIter) {
   FitMinZone(points, zone, tol, maxIter);
+  const double middle = m_radius;  // one of the two may be this one
   *inner = *this;
   *outer = *this;
   if (!(std::fabs(*zone) >= NuGetTol())) return;
-  inner->m_radius = m_radius - 0.5 * *zone;
-  outer->m_radius = m_radius + 0.5 * *zone;
+  inner->m_radius = middle - 0.5 * *zone;
+  outer->m_radius = middle + 0.5 * *zone;
 }
 
 ENuFitResult CNuSphSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {

@@ -20,8 +20,10 @@ namespace nu::internal {
 template<int K>
 class LinearMinimax {
  public:
-  // False when the permitted number of pivots was not enough. At least one row; a violation up to `rounding` is none.
+  // False without a row, and when the permitted number of pivots was not enough. A violation up to `rounding` is none.
   bool Solve(const MinimaxRows<K>& rows, double bound, double rounding) {
+    m_contacts.count = 0;
+    if (rows.size == 0) return false;
     StartAtCorner(rows, bound);
     // Bounds hold in a unit of their own.
     m_boundSlack = std::max(rounding, kBoundRounding * bound);

@@ -28,7 +28,7 @@ enum class MinimaxEnd {
   converged,
   limitReached,
   stalled,   // no step leads down, although the linear program promises one
-  unsolved,  // the linear program ran out of pivots
+  unsolved,  // the linear program ran out of pivots, or no deviation is a number
 };
 
 // A Model has

@@ -2,6 +2,7 @@
 #define NU_GEOMETRY_INTERNAL_MINIMAX_POINTS_H
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <limits>
 
@@ -34,14 +35,16 @@ class MinimaxPoints {
   int Added() const { return m_added; }
   bool IsRenumbered() const { return m_renumbered; }
 
-  // The working set gets all of few points, or extreme ones of all strata; returns the largest deviation.
+  // The working set gets all of few points, or extreme ones of all strata, none where no deviation is a number; returns
+  // the largest deviation.
   double Seed(const Model& model) {
     m_set.size = 0;
     const double infinity = std::numeric_limits<double>::infinity();
     const double largest = Collect(model, infinity, 0);
     if (m_all.Size() > kFewPoints) {
       const double range = m_all.Size() > kManyPoints ? kSeedRangeOfMany : kSeedRange;
-      Collect(model, largest - range * m_range, kMostSeeds);
+      // Deviations may all be the same.
+      Collect(model, std::nextafter(largest - range * m_range, -infinity), kMostSeeds);
       return largest;
     }
     m_all.ForEach([&](const PointBlock& block) {

@@ -17,7 +17,10 @@ struct MinimaxRows {
   alignas(64) double value[kMostRows];
   alignas(64) double gradient[K][kMostRows];
 
-  double Largest() const { return *std::max_element(value, value + size); }
+  // NaN without a row.
+  double Largest() const {
+    return size > 0 ? *std::max_element(value, value + size) : std::numeric_limits<double>::quiet_NaN();
+  }
 
   double After(const double (&step)[K], int i) const {
     double sum = value[i];
