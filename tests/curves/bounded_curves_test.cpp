@@ -170,9 +170,7 @@ TEST(Polyline, KeepsNoShortEdge) {
   }
 }
 
-using nu::test::Random;
-
-constexpr double kEps = std::numeric_limits<double>::epsilon();
+using namespace nu::test;
 
 CNuPoint Anywhere(Random& random, double reach) {
   return CNuPoint(random.Uniform(-reach, reach), random.Uniform(-reach, reach), random.Uniform(-reach, reach));
@@ -328,7 +326,7 @@ TEST(CircularArc, KnowsWhereItRuns) {
     EXPECT_TRUE(arc.GetNormal().IsEqual(row.normal, 1e-15)) << row.sweep;
     EXPECT_LT(arc.ToPointArray(3)[1].DistanceTo(row.middle), 1e-14) << row.sweep;
     EXPECT_EQ(arc.GetStartPoint().DistanceTo(row.start) + arc.GetEndPoint().DistanceTo(row.end), 0);
-    EXPECT_NEAR(arc.Length(), arc.GetCircle().GetRadius() * row.sweep * nu::test::kDegree, 1e-14);
+    EXPECT_NEAR(arc.Length(), arc.GetCircle().GetRadius() * row.sweep * kDegree, 1e-14);
     // It is rebuilt from what it tells, also after a motion, but for the plane of half and full turns.
     CNuCircularArc moved(arc);
     moved.Rotate(110, CNuVector(3, 1, 2));

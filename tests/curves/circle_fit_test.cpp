@@ -9,6 +9,8 @@
 
 namespace {
 
+using namespace nu::test;
+
 TEST(CircleFit, ChecksComeInOrderAndFailuresLeaveTheCircle) {
   CNuCircle circle(7.0, CNuPoint(1, 2, 3));
   double form = -1.0;
@@ -16,8 +18,8 @@ TEST(CircleFit, ChecksComeInOrderAndFailuresLeaveTheCircle) {
   const auto failure = [&](const CNuPointArray& pts, long limit) {
     return FailureOf([&] { circle.Fit(pts, &form, &sumsq, limit); });
   };
-  nu::test::Random random(31);
-  const CNuPointArray noisy = nu::test::CircleCloud(random, 30, 10.0, 120.0, 0.05);
+  Random random(31);
+  const CNuPointArray noisy = CircleCloud(random, 30, 10.0, 120.0, 0.05);
   EXPECT_EQ(failure(CNuPointArray(1), 0), "bestfit 13 |CNuCircle [0,0]");
   EXPECT_EQ(FailureOf([&] { circle.FitEx(noisy, -1); }), "bestfit 13 |CNuCircle [0,0]");
   EXPECT_EQ(failure(CNuPointArray(1), 1), "bestfit 1 |CNuPlane [3,0]");
@@ -34,21 +36,21 @@ TEST(CircleFit, ChecksComeInOrderAndFailuresLeaveTheCircle) {
   EXPECT_EQ(circle.GetCentre().z(), 3.0);
   EXPECT_EQ(form, -1.0);
   EXPECT_EQ(circle.FitEx(noisy, &form, &sumsq, 100), NuFitSuccess);
-  EXPECT_EQ(FitOf(nu::test::kCircle, noisy).radius, circle.GetRadius());
+  EXPECT_EQ(FitOf(kCircle, noisy).radius, circle.GetRadius());
 }
 
 // Steps of a circle of 1e9 end at 1e-7, far above the default tolerance: that is convergence, not failure.
 TEST(CircleFit, RoundingLevelIsConvergence) {
-  nu::test::Random random(32);
+  Random random(32);
   CNuCircle circle(1.0);
   for (const double radius : {1.0, 1e6, 1e9, 1e15}) {
-    CNuPointArray points = nu::test::CircleCloud(random, 50, radius, 200.0, 1e-3 * radius);
+    CNuPointArray points = CircleCloud(random, 50, radius, 200.0, 1e-3 * radius);
     points.MoveTo(CNuPoint(1e9, -1e9, 0.0));
     ASSERT_EQ(circle.FitEx(points, 100), NuFitSuccess) << radius;
     EXPECT_NEAR(circle.GetRadius(), radius, 2e-3 * radius);
   }
   NuSetTol(0.0);
-  EXPECT_EQ(circle.FitEx(nu::test::CircleCloud(random, 50, 1.0, 360.0, 0.0), 100), NuFitSuccess);
+  EXPECT_EQ(circle.FitEx(CircleCloud(random, 50, 1.0, 360.0, 0.0), 100), NuFitSuccess);
   NuSetTol(4.45e-16);
 }
 
@@ -58,7 +60,7 @@ TEST(CircleFit, TinyArcsKeepTheirCurvature) {
   for (const double half : {1e-2, 1e-4, 1e-6}) {
     CNuPointArray points(41);
     for (double t = -half; t <= half; t += half / 20) points.Add({std::sin(t), 2.0 * std::pow(std::sin(t / 2), 2), 0});
-    const nu::test::Fitted f = FitOf(nu::test::kCircle, points);
+    const Fitted f = FitOf(kCircle, points);
     EXPECT_NEAR(f.radius, 1.0, 1e-15 / half);
     EXPECT_LE(f.form, 4e-16 * half);
   }

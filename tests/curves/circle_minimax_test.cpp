@@ -1,41 +1,16 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "nu/nu.h"
 #include "support/clouds.h"
 #include "support/failures.h"
+#include "support/minimax_laws.h"
 
 namespace {
 
-using nu::test::Random;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
-
-CNuPointArray PointsOf(std::initializer_list<CNuPoint> list) {
-  CNuPointArray points(static_cast<int>(list.size()));
-  for (const CNuPoint& p : list) points.Add(p);
-  return points;
-}
-
-struct Extremes {
-  double nearest = kInf;
-  double farthest = 0.0;
-};
-
-Extremes DistancesFrom(const CNuPoint& centre, const CNuPointArray& points) {
-  Extremes e;
-  if (!std::isfinite(centre.x() + centre.y())) return {0.0, kInf};
-  for (int i = 0; i < points.GetSize(); ++i) {
-    const double d = points[i].DistanceTo(centre);
-    e.nearest = std::min(e.nearest, d);
-    e.farthest = std::max(e.farthest, d);
-  }
-  return e;
-}
+using namespace nu::test;
 
 // The centre equidistant from three points in z = 0; not finite when they are on one line.
 CNuPoint EquidistantFrom(const CNuPoint& o, const CNuPoint& p, const CNuPoint& q) {
@@ -49,7 +24,7 @@ CNuPointArray SmallSet(Random& random, int kind) {
   const int n = 3 + random.Below(10);
   CNuPointArray points(n);
   for (int i = 0; i < n; ++i) {
-    const double t = random.Uniform(0.0, 360.0) * nu::test::kDegree;
+    const double t = random.Uniform(0.0, 360.0) * kDegree;
     const double x = random.Uniform(-1.0, 1.0);
     switch (kind % 5) {
       case 0:
@@ -218,7 +193,7 @@ TEST(InscribedCircle, DoesNotDependOnTheOrderOfThePoints) {
     first.FitMax(points, 0.0);
     EXPECT_NEAR(first.GetRadius() / size, std::sqrt(0.5) / 10.0, 1e-15);
     for (int run = 0; run < 5; ++run) {
-      points = nu::test::Shuffled(random, points);
+      points = Shuffled(random, points);
       CNuCircle circle(1.0);
       circle.FitMax(points, 0.0);
       EXPECT_NEAR(circle.GetCentre().x() / size, first.GetCentre().x() / size, 1e-15);
@@ -227,17 +202,12 @@ TEST(InscribedCircle, DoesNotDependOnTheOrderOfThePoints) {
   }
 }
 
-double WidthFrom(const CNuPoint& centre, const CNuPointArray& points) {
-  const Extremes e = DistancesFrom(centre, points);
-  return e.farthest - e.nearest;
-}
-
 // No small step, in any of many directions, makes the annulus narrower.
 bool IsLocalOptimum(const CNuPoint& centre, const CNuPointArray& points) {
-  const double width = WidthFrom(centre, points);
+  const double width = DistancesFrom(centre, points).Width();
   for (double angle = 0.5; angle < 360.0; angle += 3.0) {
-    const CNuPoint step(1e-6 * std::cos(angle * nu::test::kDegree), 1e-6 * std::sin(angle * nu::test::kDegree));
-    if (WidthFrom(centre + step, points) < width - 1e-14) return false;
+    const CNuPoint step(1e-6 * std::cos(angle * kDegree), 1e-6 * std::sin(angle * kDegree));
+    if (DistancesFrom(centre + step, points).Width() < width - 1e-14) return false;
   }
   return true;
 }
@@ -255,7 +225,7 @@ double NarrowestWidth(const CNuPointArray& points) {
       const CNuPoint m = p.MidPoint(q), k = r.MidPoint(s);
       const double t = ((k.x() - m.x()) * bx + (k.y() - m.y()) * by) / (-ay * bx + ax * by);
       const CNuPoint centre(m.x() - t * ay, m.y() + t * ax);
-      const double width = WidthFrom(centre, points);
+      const double width = DistancesFrom(centre, points).Width();
       if (width < best - 1e-13 && IsLocalOptimum(centre, points)) best = width;
     }
   }
@@ -274,7 +244,7 @@ TEST(ZoneCircle, AgreesWithAllSupportSets) {
     const std::string failure = FailureOf([&] { circle.FitMinZone(points, &form, 1e-12, 1000); });
     ASSERT_EQ(failure, "nothing") << run << " " << best;
     ASSERT_NEAR(form, best, 1e-12) << run;
-    ASSERT_NEAR(WidthFrom(circle.GetCentre(), points), form, 1e-13) << run;
+    ASSERT_NEAR(DistancesFrom(circle.GetCentre(), points).Width(), form, 1e-13) << run;
   }
 }
 
@@ -285,10 +255,10 @@ TEST(ZoneCircle, FailsInOrderAndLeavesEverything) {
     return FailureOf([&] { circle.FitMinZone(points, &form, &inner, &outer, 1e-9, limit); });
   };
   Random random(505);
-  const CNuPointArray noisy = nu::test::CircleCloud(random, 30, 10.0, 360.0, 0.05);
+  const CNuPointArray noisy = CircleCloud(random, 30, 10.0, 360.0, 0.05);
   EXPECT_EQ(failure(CNuPointArray(1), 0), "bestfit 13 |CNuCircle [0,0]");
   EXPECT_EQ(failure(CNuPointArray(1)), "bestfit 1 |CNuCircle [1,0]");
-  const CNuPointArray solid = nu::test::CircleCloud(random, 30, 10.0, 360.0, 0.05, 0.05);
+  const CNuPointArray solid = CircleCloud(random, 30, 10.0, 360.0, 0.05, 0.05);
   EXPECT_EQ(failure(solid, 1), "bestfit 12 |CNuTorSurf [0,0]");
   CNuPointArray shaft(40);
   for (int i = 0; i < 40; ++i) shaft.Add(CNuPoint(i % 2, i / 2 % 2, i / 4));
@@ -296,7 +266,7 @@ TEST(ZoneCircle, FailsInOrderAndLeavesEverything) {
   EXPECT_EQ(failure(PointsOf({{0, 0}, {1, 0}, {0, 1}, {kNaN, 1}})), "bestfit 11 |CNuCircle [0,0]");
   EXPECT_EQ(failure(PointsOf({{0, 0}, {kNaN, 1}})), "bestfit 11 |CNuCircle [0,0]");
   EXPECT_EQ(failure(noisy, 1), "bestfit 12 |CNuCircle [0,0]");
-  CNuPointArray many = nu::test::CircleCloud(random, 5000, 10.0, 360.0, 1e-9);
+  CNuPointArray many = CircleCloud(random, 5000, 10.0, 360.0, 1e-9);
   NuSetTol(1e-6);
   EXPECT_EQ(failure(many, 2), "bestfit 12 |FindMinimalAnnulus [0,0]");
   NuSetTol(4.45e-16);
@@ -319,8 +289,8 @@ TEST(ZoneCircle, FailsInOrderAndLeavesEverything) {
 TEST(ZoneCircle, IsThatOfTheTorusForPointsInSpace) {
   Random random(507);
   for (int k = 0; k < 50; ++k) {
-    const CNuPointArray points = nu::test::RandomMotion(
-        random, 100.0)(nu::test::CircleCloud(random, 4 + 3 * k, 10.0, random.Uniform(60.0, 360.0), 0.05, 0.05));
+    const CNuPointArray points =
+        RandomMotion(random, 100.0)(CircleCloud(random, 4 + 3 * k, 10.0, random.Uniform(60.0, 360.0), 0.05, 0.05));
     CNuCircle circle(7.0), inner(7.0), outer(7.0);
     double form = -1.0, again = -1.0;
     circle.FitMinZone(points, &form, &inner, &outer, 1e-9, 1000);
@@ -346,9 +316,9 @@ TEST(MinimaxCircles, FollowTheirPoints) {
   Random random(506);
   for (const double sweep : {360.0, 200.0, 60.0}) {
     for (const int n : {10, 300, 5000}) {
-      const CNuPointArray flat = nu::test::CircleCloud(random, n, 10.0, sweep, 0.02);
-      const nu::test::Motion motion = nu::test::RandomMotion(random, 100.0);
-      CNuPointArray moved = nu::test::Shuffled(random, motion(flat));
+      const CNuPointArray flat = CircleCloud(random, n, 10.0, sweep, 0.02);
+      const Motion motion = RandomMotion(random, 100.0);
+      CNuPointArray moved = Shuffled(random, motion(flat));
       CNuCircle a(1.0), b(1.0), inner(1.0), outer(1.0);
       double form = 0.0, formMoved = 0.0, sumsq = 0.0;
       const auto same = [&](double tol) {
@@ -367,7 +337,7 @@ TEST(MinimaxCircles, FollowTheirPoints) {
       a.FitMinZone(flat, &form, &inner, &outer, 1e-9, 1000), b.FitMinZone(moved, &formMoved, 1e-9, 1000);
       same(1e-9);
       EXPECT_NEAR(form, formMoved, 1e-12);
-      EXPECT_NEAR(WidthFrom(a.GetCentre(), flat), form, 1e-13);
+      EXPECT_NEAR(DistancesFrom(a.GetCentre(), flat).Width(), form, 1e-13);
       EXPECT_EQ(outer.GetRadius() - inner.GetRadius(), form);
       EXPECT_EQ(inner.GetCentre().DistanceTo(outer.GetCentre()), 0.0);
       EXPECT_NEAR(0.5 * (inner.GetRadius() + outer.GetRadius()), a.GetRadius(), 1e-14);

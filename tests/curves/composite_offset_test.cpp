@@ -11,7 +11,7 @@
 
 namespace {
 
-using nu::test::Random;
+using namespace nu::test;
 
 // The corner of a chain, and how far the way on from it leaves its chord to the right, over half the chord.
 struct Corner {

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "nu/nu.h"
@@ -10,15 +9,13 @@
 
 namespace {
 
-using nu::test::Random;
+using namespace nu::test;
 
-constexpr double kEps = std::numeric_limits<double>::epsilon();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 const double kNan = std::nan("");
 const CNuPoint kOrigin;
 
 TEST(Conics, ConstructorsCheckInOrder) {
-  const CNuVector x(1, 0, 0), z(0, 0, 1), flat(2), null(0, 0, 0), skew(1, 0, 1e-3), endless(0, 0, kInfinity);
+  const CNuVector x(1, 0, 0), z(0, 0, 1), flat(2), null(0, 0, 0), skew(1, 0, 1e-3), endless(0, 0, kInf);
   for (const double bad : {0.0, -1.0, kNan}) {
     EXPECT_EQ(FailureOf([=] { CNuEllipse(bad, 1); }), "construction 5 semi-axis|CNuEllipse [0,0]");
     EXPECT_EQ(FailureOf([=] { CNuEllipse(1, bad, kOrigin, flat); }), "construction 5 semi-axis|CNuEllipse [0,0]");
@@ -144,7 +141,7 @@ TEST(Conics, NoPointOfTheCurveIsCloser) {
       const double y = k % 3 == 0 ? 0.0 : random.Uniform(-2, 2) * (k % 2 == 0 ? 1.0 : shape.b);
       const CNuPoint p(x, y);
       const double d = shape.DistanceFrom(p);
-      double closest = kInfinity;
+      double closest = kInf;
       for (int i = 0; i <= 3000; ++i) {
         const double t = -3.2 + 6.4 * i / 3000;
         const CNuPoint q = shape.At(t);
@@ -166,7 +163,7 @@ TEST(Conics, DistancesInSpaceAndAtTheLimits) {
   EXPECT_EQ(FailureOf([] { CNuPoint().CurveSide(CNuPlane(), 1.0); }),
             "operation 45 calculation|CNuPoint::CurveSide() [0,0]");
   // Whatever the numbers, an answer comes.
-  for (const double large : {1e-310, 1e-160, 1e160, 1e308, kInfinity, kNan}) {
+  for (const double large : {1e-310, 1e-160, 1e160, 1e308, kInf, kNan}) {
     for (const double b : {1e-300, 1.0, 1e300}) {
       for (const CNuPoint& p : {CNuPoint(large, 0), CNuPoint(0, large), CNuPoint(large, -large), CNuPoint(1, 1)}) {
         p.DistanceTo(CNuEllipse(std::fmax(b, 1.0), std::fmin(b, 1.0)));
@@ -189,7 +186,7 @@ TEST(Conics, LinesAndPlanesThroughKnownPointsFindThem) {
   for (const Shape& shape : Shapes()) {
     if (shape.b < 1e-3) continue;
     for (int k = 0; k < 300; ++k) {
-      const nu::test::Motion motion = nu::test::RandomMotion(random, k % 2 == 0 ? 1.0 : 1e4);
+      const Motion motion = RandomMotion(random, k % 2 == 0 ? 1.0 : 1e4);
       const WiderTol rounded(k % 2 == 0 ? 1e-12 : 1e-8);  // a host's, whose coordinates are rounded
       const auto axis = [&](double x, double y, double z) { return motion.Direction({x, y, z}).To3DVector(); };
       const CNuPoint centre = motion(kOrigin);
@@ -280,8 +277,8 @@ TEST(Conics, SamplesLieOnTheCurveFromEndToEnd) {
     int n;
     double t0, t1;
     int part, ofHyperbola, ofParabola;
-  } rows[] = {{1, 0, 1, 0, 12, 12},    {2, kNan, 1, 0, 14, 14}, {2, 0, kInfinity, 0, 14, 14}, {2, 1, 1, 0, 15, 15},
-              {2, 2, 1, 5, 15, 15},    {2, 0, 1, 2, 14, 14},    {2, -2, -1, 0, 0, 14},        {2, -1, 0, 1, 0, 0},
+  } rows[] = {{1, 0, 1, 0, 12, 12},    {2, kNan, 1, 0, 14, 14}, {2, 0, kInf, 0, 14, 14}, {2, 1, 1, 0, 15, 15},
+              {2, 2, 1, 5, 15, 15},    {2, 0, 1, 2, 14, 14},    {2, -2, -1, 0, 0, 14},   {2, -1, 0, 1, 0, 0},
               {2, 800, 900, 0, 14, 0}, {0, kNan, 1, 7, 12, 12}};
   const auto expected = [](int cause, const char* name) {
     if (cause == 0) return std::string("nothing");
@@ -368,7 +365,7 @@ TEST(ConicFits, NoSmallChangeLowersTheSum) {
       for (int k = 0; k < 8; ++k) {
         SCOPED_TRACE(std::to_string(&part - kParts) + " noise " + std::to_string(noise) + " k " + std::to_string(k));
         const double far = k % 2 == 0 ? 1.0 : 1e4;
-        const nu::test::Motion motion = nu::test::RandomMotion(random, far);
+        const Motion motion = RandomMotion(random, far);
         const CNuPointArray points = motion(PointsOn(random, part, 30 + 40 * (k % 3), noise));
         Fitted best{part.kind};
         ASSERT_EQ(FailureOf([&] { best = FitOf(part.kind, points); }), "nothing");
@@ -410,8 +407,8 @@ TEST(ConicFits, OrderMotionAndScaleCarryOver) {
     const Fitted g = FitOf(part.kind, scaled);
     EXPECT_TRUE(g.a == f.a * 0x1p20 && g.b == f.b * 0x1p20 && g.sumsq == f.sumsq * 0x1p40 && g.form == f.form * 0x1p20);
     EXPECT_EQ(g.origin.DistanceTo(f.origin * 0x1p20) + (g.x - f.x).Magnitude(), 0.0);
-    const nu::test::Motion motion = nu::test::RandomMotion(random, 10);
-    const Fitted moved = FitOf(part.kind, nu::test::Shuffled(random, motion(points)));
+    const Motion motion = RandomMotion(random, 10);
+    const Fitted moved = FitOf(part.kind, Shuffled(random, motion(points)));
     // A flat sum of squares leaves the parameters uncertain by the root of its rounding.
     const double rounding = 640 * kEps * (part.kind == 2 ? part.to * part.to : 1);
     const double slack = 2 * rounding * std::sqrt(60 * f.sumsq) + 60 * rounding * rounding;
@@ -496,14 +493,14 @@ TEST(QuadraticCurves, KindsAreToldWhateverTheUnit) {
   const struct {
     double six[6];
     std::string kind;
-  } rows[] = {{{1, 0, 1, 0, 0, -1}, "1"},    {{-2, 1, -2, 3, 4, 5}, "1"},       {{1, 0, 1e-6, 0, 0, -1}, "1"},
-              {{1, 0, -1, 0, 0, -1}, "2"},   {{0, 1, 0, 0, 0, -1}, "2"},        {{1, 5, 1, 7, 8, 0}, "2"},
-              {{0, 0, 1, -4, 0, 0}, "3"},    {{1, 2, 1, 1, -1, 5}, "3"},        {{1, 0, 1e-13, 0, 1, 0}, "3"},
-              {{1, 0, -1, 0, 0, 0}, "4"},    {{1, -3, 2, -2, 3, 1}, "4"},       {{1, 0, 0, 0, 0, -1}, "4"},
-              {{1, 0, 0, 2, 1e-12, 1}, "4"}, {{0, 0, 0, 1, 2, 3}, "4"},         {{1, 2, 1, 2, 2, 1}, "4"},
-              {{1, 0, 1, 0, 0, 0}, none},    {{1, 0, 1, 0, 0, 1}, none},        {{1, 0, 1, -2, -4, 5}, none},
-              {{1, 0, 0, 0, 0, 1}, none},    {{0, 0, 0, 0, 0, 1}, none},        {{0, 0, 0, 0, 0, 0}, none},
-              {{1, 0, kNan, 0, 0, 1}, none}, {{kInfinity, 0, 1, 0, 0, 1}, none}};
+  } rows[] = {{{1, 0, 1, 0, 0, -1}, "1"},    {{-2, 1, -2, 3, 4, 5}, "1"},  {{1, 0, 1e-6, 0, 0, -1}, "1"},
+              {{1, 0, -1, 0, 0, -1}, "2"},   {{0, 1, 0, 0, 0, -1}, "2"},   {{1, 5, 1, 7, 8, 0}, "2"},
+              {{0, 0, 1, -4, 0, 0}, "3"},    {{1, 2, 1, 1, -1, 5}, "3"},   {{1, 0, 1e-13, 0, 1, 0}, "3"},
+              {{1, 0, -1, 0, 0, 0}, "4"},    {{1, -3, 2, -2, 3, 1}, "4"},  {{1, 0, 0, 0, 0, -1}, "4"},
+              {{1, 0, 0, 2, 1e-12, 1}, "4"}, {{0, 0, 0, 1, 2, 3}, "4"},    {{1, 2, 1, 2, 2, 1}, "4"},
+              {{1, 0, 1, 0, 0, 0}, none},    {{1, 0, 1, 0, 0, 1}, none},   {{1, 0, 1, -2, -4, 5}, none},
+              {{1, 0, 0, 0, 0, 1}, none},    {{0, 0, 0, 0, 0, 1}, none},   {{0, 0, 0, 0, 0, 0}, none},
+              {{1, 0, kNan, 0, 0, 1}, none}, {{kInf, 0, 1, 0, 0, 1}, none}};
   for (const auto& row : rows) {
     const double* g = row.six;
     for (const double unit : {1.0, 1e-9, 1e9}) {

@@ -10,7 +10,7 @@
 
 namespace {
 
-using nu::test::Random;
+using namespace nu::test;
 
 double DistanceToEdge(const CNuPoint& p, const CNuPoint& start, const CNuPoint& end) {
   const CNuVector along = (end - start).To3DVector(), from = (p - start).To3DVector();

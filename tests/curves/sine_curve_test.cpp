@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "nu/nu.h"
@@ -10,10 +9,8 @@
 
 namespace {
 
-using nu::test::Random;
+using namespace nu::test;
 
-constexpr double kEps = std::numeric_limits<double>::epsilon();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kPi = 3.14159265358979323846;
 const double kNan = std::nan("");
 
@@ -29,7 +26,7 @@ Data DataOf(const Curve& curve) {
 }
 
 TEST(SineCurve, HoldsItsParametersAndIsExactFarOut) {
-  for (const double bad : {0.0, -1.0, kNan, kInfinity}) {
+  for (const double bad : {0.0, -1.0, kNan, kInf}) {
     EXPECT_EQ(FailureOf([=] { CNuSineCurve(bad, 1, 0, 0); }), "construction 8 |CNuSineCurve [0,0]");
     EXPECT_EQ(FailureOf([=] { CNuCosineCurve(1, bad, 0, 0); }), "construction 8 |CNuCosineCurve [0,0]");
   }
@@ -204,7 +201,7 @@ TEST(SineFit, ExtremesEndAndScalesCarryOver) {
   const Signal signal(random, 3000, 1, 400, 0.1, 3);
   CNuSineCurve unit(1, 1, 0, 0), scaled(1, 1, 0, 0);
   unit.Fit(signal.points, 100);
-  scaled.Fit(nu::test::Shuffled(random, signal.points), 100);
+  scaled.Fit(Shuffled(random, signal.points), 100);
   EXPECT_TRUE(DataOf(scaled).a == DataOf(unit).a && DataOf(scaled).b == DataOf(unit).b) << "in another order";
   NuSetLengthTol(0.0);
   for (const double size : {0x1p-1000, 0x1p-300, 0x1p300, 0x1p1000}) {
@@ -213,8 +210,8 @@ TEST(SineFit, ExtremesEndAndScalesCarryOver) {
     EXPECT_EQ(FailureOf([&] { scaled.Fit(points, 100); }), "nothing") << size;
     EXPECT_TRUE(DataOf(scaled).a == DataOf(unit).a * size && DataOf(scaled).b == DataOf(unit).b * size) << size;
   }
-  const double values[] = {0, 1, -1, 1e-320, 1e300, -1e308, 1.7e308, kInfinity, kNan};
-  for (const double tol : {1e-12, 0.0, -1.0, kInfinity, kNan}) {
+  const double values[] = {0, 1, -1, 1e-320, 1e300, -1e308, 1.7e308, kInf, kNan};
+  for (const double tol : {1e-12, 0.0, -1.0, kInf, kNan}) {
     NuSetTol(tol);
     for (int k = 0; k < 300; ++k) {
       NuSetLengthTol(k % 2 == 0 ? tol : 0.0);

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <string>
 
 #include "nu/curves/circle.h"
@@ -16,7 +15,7 @@
 
 namespace {
 
-constexpr double kEps = std::numeric_limits<double>::epsilon();
+using namespace nu::test;
 
 TEST(RotationMatrix, TurnsRightHandedAboutItsAxis) {
   const double c = std::cos(0.5235987755982988), s = std::sin(0.5235987755982988);
@@ -37,14 +36,14 @@ TEST(RotationMatrix, TurnsRightHandedAboutItsAxis) {
       }
     }
   }
-  nu::test::Random random(17);
+  Random random(17);
   for (int i = 0; i < 200; ++i) {
     CNuVector axis(random.Uniform(-1, 1), random.Uniform(-1, 1), random.Uniform(-1, 1)), x, y;
     const double angle = random.Uniform(-720, 720);
     const CNuMatrix turn = CNuGeometry::RotationMatrix(angle, axis);
     EXPECT_TRUE(turn.IsOrthogonal(8 * kEps) && (axis * turn).IsEqual(axis, 8 * kEps));
     axis.OrthonormalXY(&x, &y);
-    EXPECT_NEAR((x * turn) % y, std::sin(angle * nu::test::kDegree), 16 * kEps);
+    EXPECT_NEAR((x * turn) % y, std::sin(angle * kDegree), 16 * kEps);
   }
   const std::string where = "|CNuGeometry::RotationMatrix() [0,0]";
   EXPECT_EQ(FailureOf([] { CNuGeometry::RotationMatrix(30, CNuVector(2)); }), "operation 10 rotation" + where);

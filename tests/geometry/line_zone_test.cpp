@@ -9,22 +9,10 @@
 
 namespace {
 
-using nu::test::Random;
+using namespace nu::test;
 
-constexpr double kEps = std::numeric_limits<double>::epsilon();
 constexpr double kTol = 1e-9;
 constexpr long kLimit = 1000;
-
-CNuPointArray Points(std::initializer_list<CNuPoint> list) {
-  CNuPointArray points(static_cast<int>(list.size()));
-  for (const CNuPoint& p : list) points.Add(p);
-  return points;
-}
-
-CNuPointArray Scaled(CNuPointArray points, double f) {
-  for (int i = 0; i < points.GetSize(); ++i) points[i] = points[i] * f;
-  return points;
-}
 
 double LargestDistance(const CNuPointArray& points, const CNuPoint& place, const CNuVector& direction) {
   const CNuVector d = direction / direction.Magnitude();
@@ -49,7 +37,7 @@ CNuVector RandomVector(Random& random) {
   return CNuVector(random.Bell(), random.Bell(), random.Bell());
 }
 
-const CNuPointArray kCorner = Points({{0, 0, 0}, {1, 0, 0}, {2, 1, 0}, {3, 0, 1}, {4, 1, 2}});
+const CNuPointArray kCorner = PointsOf({{0, 0, 0}, {1, 0, 0}, {2, 1, 0}, {3, 0, 1}, {4, 1, 2}});
 
 TEST(LineZone, RefusesInOrderAndLeavesTheOutputsAlone) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
@@ -58,11 +46,11 @@ TEST(LineZone, RefusesInOrderAndLeavesTheOutputsAlone) {
   const auto failure = [&](const CNuPointArray& pts, double tol, long limit) {
     return FailureOf([&] { f.line.FitMinZone(pts, &f.zone, &f.first, &f.second, tol, limit); });
   };
-  EXPECT_EQ(failure(Points({}), kTol, 0), "bestfit 13 |CNuLine [0,0]");
+  EXPECT_EQ(failure(PointsOf({}), kTol, 0), "bestfit 13 |CNuLine [0,0]");
   EXPECT_EQ(failure(kCorner, kTol, -1), "bestfit 13 |CNuLine [0,0]");
-  EXPECT_EQ(failure(Points({{nan, 0, 0}}), kTol, 1), "bestfit 1 |CNuLine [2,0]");
-  EXPECT_EQ(failure(Points({{nan, 0, 0}, {nan, 0, 0}}), kTol, 1), "bestfit 11 |CNuLine [0,0]");
-  EXPECT_EQ(failure(Points({{1, 0, 0}, {1, 0.5, 0}, {1, 0, 0.2}}), 1.0, 1), "bestfit 2 |CNuLine [2,0]");
+  EXPECT_EQ(failure(PointsOf({{nan, 0, 0}}), kTol, 1), "bestfit 1 |CNuLine [2,0]");
+  EXPECT_EQ(failure(PointsOf({{nan, 0, 0}, {nan, 0, 0}}), kTol, 1), "bestfit 11 |CNuLine [0,0]");
+  EXPECT_EQ(failure(PointsOf({{1, 0, 0}, {1, 0.5, 0}, {1, 0, 0.2}}), 1.0, 1), "bestfit 2 |CNuLine [2,0]");
   for (const double bad : {nan, infinity, -infinity}) {
     for (int i = 0; i < 5; ++i) {
       CNuPointArray spoilt(kCorner);
@@ -89,14 +77,14 @@ TEST(LineZone, ExMapsTheCausesAndRestoresTheLengthTolerance) {
   };
   EXPECT_EQ(result(kCorner, kTol, kLimit), NuFitSuccess);
   EXPECT_EQ(result(kCorner, kTol, 1), NuFitNoConvergence);
-  EXPECT_EQ(result(Points({{1, 1, 1}}), kTol, 1), NuFitFailure);
-  EXPECT_EQ(result(Points({{1, 1, 1}, {1, 1, 1}}), kTol, 1), NuFitFailure);
-  EXPECT_EQ(result(Points({{1, 1, 1}, {1, 1, std::nan("")}}), kTol, 1), NuFitFailure);
+  EXPECT_EQ(result(PointsOf({{1, 1, 1}}), kTol, 1), NuFitFailure);
+  EXPECT_EQ(result(PointsOf({{1, 1, 1}, {1, 1, 1}}), kTol, 1), NuFitFailure);
+  EXPECT_EQ(result(PointsOf({{1, 1, 1}, {1, 1, std::nan("")}}), kTol, 1), NuFitFailure);
   EXPECT_EQ(FailureOf([&] { f.line.FitMinZoneEx(kCorner, &f.zone, 1.0, 0); }), "bestfit 13 |CNuLine [0,0]");
   EXPECT_EQ(NuGetLengthTol(), kHosts);
   // The tolerance of the fit decides what is flat: a strip needs no steps, a cylinder cannot do with one. Without Ex
   // the host's own tolerance decides.
-  const CNuPointArray bent = Points({{0, 0, 0}, {5, 0, 1}, {4, 3, 0.01}, {0, 3, 0}, {1, 1, 0.2}});
+  const CNuPointArray bent = PointsOf({{0, 0, 0}, {5, 0, 1}, {4, 3, 0.01}, {0, 3, 0}, {1, 1, 0.2}});
   EXPECT_EQ(result(bent, 1e-2, 1), NuFitNoConvergence);
   EXPECT_EQ(result(bent, 2.0, 1), NuFitSuccess);
   EXPECT_EQ(FailureOf([&] { FitOf(bent, 0.3, 1); }), "bestfit 12 |CNuLine [0,0]");
@@ -105,9 +93,9 @@ TEST(LineZone, ExMapsTheCausesAndRestoresTheLengthTolerance) {
 
 TEST(LineZone, PointsOnOneLineHaveAZoneOfNoWidth) {
   for (const CNuPointArray& points :
-       {Points({{1, 1, 1}, {3, 2, 3}}), Points({{1, 1, 1}, {5, 3, 5}, {3, 2, 3}, {3, 2, 3}}),
+       {PointsOf({{1, 1, 1}, {3, 2, 3}}), PointsOf({{1, 1, 1}, {5, 3, 5}, {3, 2, 3}, {3, 2, 3}}),
         // within the tolerance of the fit, which is wider than that of lengths
-        Points({{1, 1, 1}, {5, 3, 5}, {3, 2 + 1e-11, 3}})}) {
+        PointsOf({{1, 1, 1}, {5, 3, 5}, {3, 2 + 1e-11, 3}})}) {
     const Fitted f = FitOf(points);
     CNuLine least;
     least.Fit(points);
@@ -123,13 +111,13 @@ TEST(LineZone, PointsOnOneLineHaveAZoneOfNoWidth) {
 // orders begin with three points on one line, which say nothing about a plane that is met to rounding: the fit in
 // space has to find the same line.
 TEST(LineZone, PlanarPointsHaveTheirStrip) {
-  const CNuPointArray profile = Points({{0, 0, 0}, {1, 0.5, 0}, {2, 1, 0}, {3, 0.25, 0}, {4, 0, 0}, {3.5, 0.5, 0}});
+  const CNuPointArray profile = PointsOf({{0, 0, 0}, {1, 0.5, 0}, {2, 1, 0}, {3, 0.25, 0}, {4, 0, 0}, {3.5, 0.5, 0}});
   Random random(5);
   for (int k = 0; k < 300; ++k) {
     const double size = std::pow(10.0, random.Uniform(-3.0, 5.0));
-    const nu::test::Motion motion = nu::test::RandomMotion(random, k % 2 == 0 ? 0.0 : 1e4);
+    const Motion motion = RandomMotion(random, k % 2 == 0 ? 0.0 : 1e4);
     const bool tilted = k % 3 != 0;
-    const CNuPointArray flat = nu::test::Shuffled(random, Scaled(profile, size));
+    const CNuPointArray flat = Shuffled(random, Scaled(profile, size));
     const double rounding = 16.0 * kEps * (size + (tilted ? 1e4 : 0.0));
     Fitted f;
     f.line.FitMinZoneEx(tilted ? motion(flat) : flat, &f.zone, &f.first, &f.second, rounding, kLimit);
@@ -156,13 +144,13 @@ TEST(LineZone, RingsAreHeldByTheirCylinder) {
     const double radius = size * random.Uniform(0.001, 0.2);
     CNuPointArray points(30);
     for (int i = 0; i < 30; ++i) {
-      const double angle = (i < 6 ? 60.0 * i : random.Uniform(0.0, 360.0)) * nu::test::kDegree;
+      const double angle = (i < 6 ? 60.0 * i : random.Uniform(0.0, 360.0)) * kDegree;
       const double r = radius * (i < 6 ? 1.0 : random.Uniform(0.0, 0.9));
       const double z = i < 6 ? (i % 2 == 0 ? -size : size) : size * random.Uniform(-1.0, 1.0);
       points.Add({r * std::cos(angle), r * std::sin(angle), z});
     }
-    const nu::test::Motion motion = nu::test::RandomMotion(random, k % 2 == 0 ? 0.0 : 1e4);
-    const Fitted f = FitOf(motion(nu::test::Shuffled(random, points)), 1e-9 * size);
+    const Motion motion = RandomMotion(random, k % 2 == 0 ? 0.0 : 1e4);
+    const Fitted f = FitOf(motion(Shuffled(random, points)), 1e-9 * size);
     const double rounding = 32.0 * kEps * (size + (k % 2 == 0 ? 0.0 : 2e4));
     EXPECT_NEAR(f.zone, 2.0 * radius, rounding);
     const CNuVector axis = motion.Direction(CNuPoint(0, 0, 1)).To3DVector();
@@ -174,22 +162,22 @@ TEST(LineZone, RingsAreHeldByTheirCylinder) {
 CNuPointArray Cloud(Random& random, int kind, int n) {
   switch (kind) {
     case 0:
-      return nu::test::LineCloud(random, n, 100.0, 0.01);
+      return LineCloud(random, n, 100.0, 0.01);
     case 1:
-      return nu::test::LineCloud(random, n, 1.0, 1e-9);
+      return LineCloud(random, n, 1.0, 1e-9);
     case 2:
-      return nu::test::BoxCloud(random, n, 3.0, 1.0, 1.0);
+      return BoxCloud(random, n, 3.0, 1.0, 1.0);
     case 3:
-      return nu::test::BoxCloud(random, n, 1.0, 1.0, 1.0);
+      return BoxCloud(random, n, 1.0, 1.0, 1.0);
     case 4:
-      return nu::test::BoxCloud(random, n, 3.0, 1.0, 1e-4);
+      return BoxCloud(random, n, 3.0, 1.0, 1e-4);
     case 5: {  // a lattice: many equal distances, many equal points
       CNuPointArray points(n);
       for (int i = 0; i < n; ++i) points.Add(CNuPoint(random.Below(7), random.Below(3), random.Below(3)));
       return points;
     }
     default: {  // far from straight: two legs and a lone point
-      CNuPointArray points = nu::test::LineCloud(random, n, 1.0, 0.01);
+      CNuPointArray points = LineCloud(random, n, 1.0, 0.01);
       for (int i = 0; i < n; ++i) points[i].y() += std::fabs(points[i].x());
       points[0].z() += 2.0;
       return points;
@@ -204,7 +192,7 @@ TEST(LineZone, IsAnOptimumWithItsBoundary) {
   for (int k = 0; k < 700; ++k) {
     SCOPED_TRACE(k);
     const CNuPointArray points =
-        nu::test::RandomMotion(random, 10.0)(Cloud(random, k % 7, 4 + random.Below(k % 10 == 0 ? 2000 : 40)));
+        RandomMotion(random, 10.0)(Cloud(random, k % 7, 4 + random.Below(k % 10 == 0 ? 2000 : 40)));
     if (CNuGeometry::AreCoplanar(points, kTol) == 1) continue;
     const Fitted f = FitOf(points);
     CNuLine least;
@@ -249,9 +237,9 @@ TEST(LineZone, IsCarriedAlongByMotionScaleAndOrder) {
     if (CNuGeometry::AreCoplanar(points, kTol) == 1) continue;
     // In a fat set one of several nearly equal optima may be found from one side and not from the other.
     const bool fat = kind == 2 || kind == 3;
-    const nu::test::Motion motion = nu::test::RandomMotion(random, 10.0);
+    const Motion motion = RandomMotion(random, 10.0);
     const double size = std::pow(10.0, random.Uniform(-3.0, 3.0));
-    const CNuPointArray shuffled = nu::test::Shuffled(random, points);
+    const CNuPointArray shuffled = Shuffled(random, points);
     const CNuPointArray moved = Scaled(fat ? shuffled : motion(shuffled), size);
     // What is flat is decided by lengths, so these are scaled too.
     Fitted f, g;

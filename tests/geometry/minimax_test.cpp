@@ -13,7 +13,7 @@
 namespace {
 
 using namespace nu::internal;
-using nu::test::Random;
+using namespace nu::test;
 
 // Rows with values of their own, or small whole numbers: equal rows, dependent gradients, many optima.
 template<int K>
@@ -225,7 +225,6 @@ void ExpectOptimum(PointBlocks& blocks, const MinimaxSolution<Model>& found, dou
 
 // A shaft with form deviations: the smallest cylinder around it, the largest inside, the narrowest between two.
 TEST(Minimax, ReachesTheOptimumOnEverySide) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   constexpr double kRounding = 1e-14;
   Random random(12);
   for (int c = 0; c < 150; ++c) {
@@ -233,7 +232,7 @@ TEST(Minimax, ReachesTheOptimumOnEverySide) {
     CNuPointArray points(0);
     const int n = c % 20 == 0 ? 3000 : 60 + random.Below(100);
     for (int i = 0; i < n; ++i) {
-      const double angle = random.Uniform(0.0, 360.0) * nu::test::kDegree;
+      const double angle = random.Uniform(0.0, 360.0) * kDegree;
       const double r = 5.0 + 0.01 * std::cos(3.0 * angle) + 0.002 * random.Bell();
       points.Add({r * std::cos(angle), r * std::sin(angle), random.Uniform(-20.0, 20.0)});
     }
@@ -243,7 +242,7 @@ TEST(Minimax, ReachesTheOptimumOnEverySide) {
     const auto outer = Minimax<AxisDistance>(blocks, MinimaxSide::outer, kRounding, 1000).Solve(start);
     ExpectOptimum(blocks, outer, 0.0, outer.value, 1e-12);
     const auto inner = Minimax<AxisDistance>(blocks, MinimaxSide::inner, kRounding, 1000).Solve(start);
-    ExpectOptimum(blocks, inner, -inner.value, kInfinity, 1e-12);
+    ExpectOptimum(blocks, inner, -inner.value, kInf, 1e-12);
     const auto both = Minimax<CylinderDistance>(blocks, MinimaxSide::both, kRounding, 1000).Solve({start, 5.0});
     ExpectOptimum(blocks, both, -both.value, both.value, 1e-12);
     EXPECT_LE(2.0 * both.value, outer.value + inner.value + 0.1);

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 #include "nu/nu.h"
 #include "support/clouds.h"
@@ -9,7 +8,7 @@
 
 namespace {
 
-using nu::test::Random;
+using namespace nu::test;
 
 constexpr double kTol = 1e-9;
 
@@ -26,12 +25,6 @@ Zone ZoneOf(const CNuPointArray& points) {
 
 double Height(const CNuPlane& plane, const CNuPoint& p) {
   return (p - plane.GetPoint()).To3DVector() % plane.GetNormal();
-}
-
-CNuPointArray Scaled(const CNuPointArray& points, double factor) {
-  CNuPointArray scaled(points.GetSize());
-  for (int i = 0; i < points.GetSize(); ++i) scaled.Add(points[i] * factor);
-  return scaled;
 }
 
 // What encloses touches: both planes on both sides, the plane half way, its point under the mean point.
@@ -55,7 +48,7 @@ TEST(MinimumZonePlane, ObeysTheLawsOfItsData) {
   for (const int n : {4, 7, 30, 41, 300, 5000}) {
     for (const double noise : {1e-6, 0.02, 5.0}) {
       SCOPED_TRACE(testing::Message() << n << " points, noise " << noise);
-      const CNuPointArray points = nu::test::PlaneCloud(random, n, 100.0, 60.0, noise);
+      const CNuPointArray points = PlaneCloud(random, n, 100.0, 60.0, noise);
       const Zone z = ZoneOf(points);
       CheckZone(points, z, 1e-13);
       CNuPlane squares;
@@ -74,7 +67,7 @@ TEST(MinimumZonePlane, ObeysTheLawsOfItsData) {
         EXPECT_GE(most - least, z.form - 1e-13);
       }
       // How far roundings of the moved points turn the plane: their size over that of the zone's contacts.
-      const nu::test::Motion motion = nu::test::RandomMotion(random, 500.0);
+      const Motion motion = RandomMotion(random, 500.0);
       const Zone moved = ZoneOf(motion(points));
       EXPECT_NEAR(moved.form, z.form, 1e-11);
       const CNuVector normal =
@@ -82,7 +75,7 @@ TEST(MinimumZonePlane, ObeysTheLawsOfItsData) {
               .To3DVector();
       EXPECT_LE((normal * moved.plane.GetNormal()).Magnitude(), 1e-9);
       EXPECT_LE(std::fabs(Height(moved.plane, motion(z.plane.GetPoint()))), 1e-9);
-      const Zone shuffled = ZoneOf(nu::test::Shuffled(random, points));
+      const Zone shuffled = ZoneOf(Shuffled(random, points));
       EXPECT_NEAR(shuffled.form, z.form, 1e-15 * z.form);
       EXPECT_LE((shuffled.plane.GetNormal() - z.plane.GetNormal()).Magnitude(), 1e-15);
       for (const double factor : {0x1p-20, 0x1p40, 0x1p900}) {
@@ -119,13 +112,12 @@ TEST(MinimumZonePlane, IsExactForFlatAndForKnownParts) {
 }
 
 TEST(MinimumZonePlane, RefusesInOrderAndLeavesEverythingAsItWas) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   CNuPointArray two(0), line(0), broken(0), brokenLine(0);
   for (int i = 0; i < 100; ++i) {
     const CNuPoint p(i, 2 * i, 3 * i);
     if (i < 2) two.Add(p);
     line.Add(p);
-    broken.Add(i == 70 ? CNuPoint(kInfinity, 1, 1) : CNuPoint(i, i % 3, i % 5));
+    broken.Add(i == 70 ? CNuPoint(kInf, 1, 1) : CNuPoint(i, i % 3, i % 5));
     brokenLine.Add(i == 99 ? CNuPoint(0, std::nan(""), 0) : CNuPoint(1, 2, 3));
   }
   CNuPlane plane(CNuPoint(7, 7, 7), CNuVector(0, 1, 0)), p1(plane), p2(plane);
@@ -145,13 +137,13 @@ TEST(MinimumZonePlane, RefusesInOrderAndLeavesEverythingAsItWas) {
   }
   EXPECT_EQ(form, -7.0);
   // A tolerance decides about lines only: with any at all the fit ends.
-  for (const double tol : {0.0, -1.0, kInfinity, std::nan("")}) {
+  for (const double tol : {0.0, -1.0, kInf, std::nan("")}) {
     Random random(62);
-    const std::string outcome = refusal(nu::test::BoxCloud(random, 60, 3, 2, 1), tol);
+    const std::string outcome = refusal(BoxCloud(random, 60, 3, 2, 1), tol);
     EXPECT_TRUE(outcome == "nothing" || outcome == "bestfit 3 |CNuPlane [3,0]") << outcome;
   }
   Random random(63);
-  plane.FitMinZone(nu::test::BoxCloud(random, 60, 3, 2, 1), nullptr, nullptr, &plane, kTol);
+  plane.FitMinZone(BoxCloud(random, 60, 3, 2, 1), nullptr, nullptr, &plane, kTol);
   EXPECT_LE(std::fabs(plane.GetPoint().z()), 0.2);
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <new>
 #include <numeric>
 #include <vector>
@@ -19,16 +18,7 @@
 
 namespace {
 
-using nu::test::Random;
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-CNuPointArray Points(std::initializer_list<CNuPoint> list) {
-  CNuPointArray points(static_cast<int>(list.size()));
-  for (const CNuPoint& p : list) points.Add(p);
-  return points;
-}
+using namespace nu::test;
 
 std::vector<int> ToStd(const CNuIntArray& a) {
   return {a.GetData(), a.GetData() + a.GetSize()};
@@ -45,7 +35,7 @@ CNuPoint HostilePoint(Random& random, const CNuPointArray& before, int kind, int
   const auto onLattice = [&] { return static_cast<double>(random.Below(lattice)); };
   const auto ulps = [&] { return 1.0 + 0x1p-52 * random.Below(4); };
   const int i = before.GetSize();
-  const double even = 720.0 * (i % (n / 2 + 1)) / (n + 2) * nu::test::kDegree;
+  const double even = 720.0 * (i % (n / 2 + 1)) / (n + 2) * kDegree;
   switch (kind) {
     case 0:
       return {x, y, z};
@@ -156,9 +146,9 @@ TEST(PointSetEdges, AreThoseOfTheLoopOverAllPairs) {
   }
   NuSetZero(1e-300);
   NuSetLarge(1e300);
-  EXPECT_EQ(MaxEdge(Points({{1, 2, 3}})), (Edge{0.0, 0, 0}));
-  EXPECT_EQ(MinEdge(Points({{1, 2, 3}})), (Edge{0.0, 0, 0}));
-  EXPECT_EQ(MaxEdge(Points({{0, 0, 0}, {0.05, 0, 0}})), (Edge{0.05, 0, 1}));
+  EXPECT_EQ(MaxEdge(PointsOf({{1, 2, 3}})), (Edge{0.0, 0, 0}));
+  EXPECT_EQ(MinEdge(PointsOf({{1, 2, 3}})), (Edge{0.0, 0, 0}));
+  EXPECT_EQ(MaxEdge(PointsOf({{0, 0, 0}, {0.05, 0, 0}})), (Edge{0.05, 0, 1}));
 }
 
 // Pairwise work on any of these would take hours.
@@ -167,18 +157,18 @@ TEST(PointSetEdges, AreFoundInLargeClouds) {
   Random random(3);
   CNuPointArray circle(kSize), twins(kSize), wall(kSize);
   for (int i = 0; i < kSize; ++i) {
-    const double angle = 360.0 * i / kSize * nu::test::kDegree;
+    const double angle = 360.0 * i / kSize * kDegree;
     circle.Add({std::cos(angle), std::sin(angle), 0.0});
     twins.Add({i % 2 == 0 ? 1.0 : -1.0, 0.0, 0.0});
     wall.Add({0.5, static_cast<double>(i / 500), static_cast<double>(i % 500)});
   }
   EXPECT_DOUBLE_EQ(MaxEdge(circle).length, 2.0);
-  EXPECT_NEAR(MinEdge(circle).length, 2.0 * std::sin(nu::test::kDegree * 180.0 / kSize), 1e-14);
+  EXPECT_NEAR(MinEdge(circle).length, 2.0 * std::sin(kDegree * 180.0 / kSize), 1e-14);
   EXPECT_EQ(MaxEdge(twins), (Edge{2.0, 0, 1}));
   EXPECT_EQ(MinEdge(twins), (Edge{0.0, 0, 2}));
   EXPECT_EQ(MaxEdge(wall), (Edge{CNuPoint(0, 399, 499).DistanceTo(CNuPoint()), 0, kSize - 1}));
   EXPECT_EQ(MinEdge(wall), (Edge{1.0, 0, 1}));
-  CNuPointArray sphere = nu::test::SphereCloud(random, kSize, 50.0, 180.0, 0.0);
+  CNuPointArray sphere = SphereCloud(random, kSize, 50.0, 180.0, 0.0);
   EXPECT_NEAR(MaxEdge(sphere).length, 100.0, 1e-3);
 }
 
@@ -217,7 +207,7 @@ TEST(PointSetDuplicates, AreRemovedAsByTheLoopOverKeptPoints) {
       if (testing::Test::HasFatalFailure()) return;
     }
   });
-  CNuPointArray runs = Points({{0, 0, 0}, {0.6, 0, 0}, {1.2, 0, 0}, {0, 0, 0}});
+  CNuPointArray runs = PointsOf({{0, 0, 0}, {0.6, 0, 0}, {1.2, 0, 0}, {0, 0, 0}});
   runs.RemoveAdjacentDuplicate(1.0);
   ExpectSamePoints(runs, {{0, 0, 0}, {1.2, 0, 0}, {0, 0, 0}});
 }
@@ -232,7 +222,7 @@ TEST(PointSetDuplicates, DoNotMatterToEquality) {
   Random random(8);
   ForHostileClouds(12, [&](const CNuPointArray& points) {
     for (const double tol : kTolerances) {
-      CNuPointArray other = nu::test::Shuffled(random, points);
+      CNuPointArray other = Shuffled(random, points);
       if (random.Below(2) == 0) other[0] = points[random.Below(points.GetSize())];
       if (random.Below(2) == 0) other[0].x() += 0.99 * tol;
       ASSERT_EQ(points.IsEqual(other, tol) == NuTrue,
@@ -241,7 +231,7 @@ TEST(PointSetDuplicates, DoNotMatterToEquality) {
     }
   });
   EXPECT_TRUE(CNuPointArray(0).IsEqual(CNuPointArray(3), 0.0));
-  EXPECT_FALSE(Points({{1, 1, 1}}).IsEqual(Points({{1, 1, 1}, {1, 1, 1}}), 1.0));
+  EXPECT_FALSE(PointsOf({{1, 1, 1}}).IsEqual(PointsOf({{1, 1, 1}, {1, 1, 1}}), 1.0));
 }
 
 TEST(PointSetDuplicates, AreNotDistinct) {
@@ -263,12 +253,12 @@ TEST(PointSetDuplicates, AreNotDistinct) {
 // A dense scan is thinned at its spacing, far above it and far below it.
 TEST(PointSetDuplicates, AreFoundInLargeClouds) {
   Random random(4);
-  CNuPointArray points = nu::test::PlaneCloud(random, 200000, 100.0, 100.0, 0.01);
+  CNuPointArray points = PlaneCloud(random, 200000, 100.0, 100.0, 0.01);
   CNuPointArray twice = points;
   twice.Append(points);
   twice.RemoveDuplicate(1e-9);
   EXPECT_EQ(twice.GetSize(), points.GetSize());
-  EXPECT_TRUE(nu::test::Shuffled(random, points).IsEqual(points, 1e-9));
+  EXPECT_TRUE(Shuffled(random, points).IsEqual(points, 1e-9));
   EXPECT_TRUE(CNuGeometry::NumberDistinctPoints(points, 150000, 1e-3));
   for (const double tol : {0.2, 30.0}) {
     CNuPointArray thinned = points;
@@ -345,19 +335,19 @@ TEST(PointSetHull, OfNamedSets) {
   };
   using Indices = std::vector<int>;
   EXPECT_EQ(hull(CNuPointArray(2)), Indices{});
-  EXPECT_EQ(hull(Points({{4, 5, 0}})), Indices{0});
-  EXPECT_EQ(hull(Points({{1, 1, 3}, {2, 2, 3}, {0, 0, 3}})), (Indices{2, 1}));
-  EXPECT_EQ(hull(Points({{0, 0, 1}, {2, 0, 1}, {2, 2, 1}, {0, 2, 1}, {1, 1, 1}, {1, 2, 1}})), (Indices{2, 3, 0, 1}));
-  EXPECT_EQ(hull(Points({{kNaN, 0, 1}, {1, 1, 1}, {0, kInf, 1}, {-1, 1, 1}, {0, -1, 1}})), (Indices{1, 3, 4}));
+  EXPECT_EQ(hull(PointsOf({{4, 5, 0}})), Indices{0});
+  EXPECT_EQ(hull(PointsOf({{1, 1, 3}, {2, 2, 3}, {0, 0, 3}})), (Indices{2, 1}));
+  EXPECT_EQ(hull(PointsOf({{0, 0, 1}, {2, 0, 1}, {2, 2, 1}, {0, 2, 1}, {1, 1, 1}, {1, 2, 1}})), (Indices{2, 3, 0, 1}));
+  EXPECT_EQ(hull(PointsOf({{kNaN, 0, 1}, {1, 1, 1}, {0, kInf, 1}, {-1, 1, 1}, {0, -1, 1}})), (Indices{1, 3, 4}));
   // Three points that only exact arithmetic tells from a line.
   const double third = 1.0 / 3.0;
-  EXPECT_EQ(hull(Points({{0, 0, 0}, {third, third, 0}, {1, 1, 0}, {0.5, std::nextafter(0.5, 1.0), 0}})).size(), 3u);
+  EXPECT_EQ(hull(PointsOf({{0, 0, 0}, {third, third, 0}, {1, 1, 0}, {0.5, std::nextafter(0.5, 1.0), 0}})).size(), 3u);
   for (const double size : {1e-300, 1e-160, 1e150, 1e307}) {
-    EXPECT_EQ(hull(Points({{0, 0, 0}, {size, 0, 0}, {size, size, 0}, {0, size, 0}, {size / 2, size / 3, 0}})),
+    EXPECT_EQ(hull(PointsOf({{0, 0, 0}, {size, 0, 0}, {size, size, 0}, {0, size, 0}, {size / 2, size / 3, 0}})),
               (Indices{2, 3, 0, 1}));
   }
   Random random(6);
-  const CNuPointArray round = nu::test::CircleCloud(random, 100000, 50.0, 360.0, 0.0);
+  const CNuPointArray round = CircleCloud(random, 100000, 50.0, 360.0, 0.0);
   EXPECT_GT(hull(round).size(), 99000u);
 }
 
@@ -366,8 +356,8 @@ TEST(PointSetHull, OfNamedSets) {
 TEST(PointSet, MeanIsRoundedOnce) {
   Random random(9);
   for (const double offset : {0.0, 1e3, 1e9}) {
-    const CNuPointArray points = nu::test::Motion{
-        {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, {offset, -offset, 3.0}}(nu::test::BoxCloud(random, 300007, 1.0, 2.0, 3.0));
+    const CNuPointArray points =
+        Motion{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, {offset, -offset, 3.0}}(BoxCloud(random, 300007, 1.0, 2.0, 3.0));
     long double sum[3] = {};
     for (int i = 0; i < points.GetSize(); ++i) {
       sum[0] += points[i].x(), sum[1] += points[i].y(), sum[2] += points[i].z();
@@ -378,13 +368,13 @@ TEST(PointSet, MeanIsRoundedOnce) {
     EXPECT_NEAR(mean.y(), static_cast<double>(sum[1] / points.GetSize()), scale * 2e-16);
     EXPECT_NEAR(mean.z(), static_cast<double>(sum[2] / points.GetSize()), 1e-15);
   }
-  EXPECT_EQ(Points({{kInf, 1, 0}, {2, 3, 0}}).MeanPoint().x(), kInf);
-  EXPECT_EQ(Points({{0.1, 1e308, 0}, {0.1, -1e308, 0}}).MeanPoint().x(), 0.1);
+  EXPECT_EQ(PointsOf({{kInf, 1, 0}, {2, 3, 0}}).MeanPoint().x(), kInf);
+  EXPECT_EQ(PointsOf({{0.1, 1e308, 0}, {0.1, -1e308, 0}}).MeanPoint().x(), 0.1);
 }
 
 TEST(PointSet, MovesIntoFrames) {
   Random random(10);
-  const CNuPointArray points = nu::test::BoxCloud(random, 20, 1.0, 1.0, 1.0);
+  const CNuPointArray points = BoxCloud(random, 20, 1.0, 1.0, 1.0);
   const CNuPoint origin(3, -4, 5);
   CNuVector z(1, 2, 3), x, y;
   z.OrthonormalXY(&x, &y);
@@ -410,7 +400,7 @@ TEST(PointSet, MovesIntoFrames) {
 }
 
 TEST(PointSet, KnowsLinesAndPlanes) {
-  const CNuPointArray lying = Points({{0, 0, 5}, {0, 0, 5}, {1, 0, 5}, {2, 0, 5}, {1, 1, 5}, {3, 1, 5}});
+  const CNuPointArray lying = PointsOf({{0, 0, 5}, {0, 0, 5}, {1, 0, 5}, {2, 0, 5}, {1, 1, 5}, {3, 1, 5}});
   const CNuPointArray line = lying.SubArray(0, 3);
   CNuPointArray solid = lying;
   for (int i = 0; i < 600; ++i) solid.Add({1.0 + i, 0.25 * i, 5.0});
@@ -422,8 +412,8 @@ TEST(PointSet, KnowsLinesAndPlanes) {
   EXPECT_FALSE(lying.IsNoncoplanar(&idx, 1e-9));
   EXPECT_TRUE(solid.IsNoncoplanar(&idx, 1e-9));
   EXPECT_EQ(ToStd(idx), (std::vector<int>{0, 2, 605, 300}));
-  EXPECT_FALSE(Points({{0, 0, 0}, {0, 0, 0}, {1, 0, 0}}).IsNoncollinear(&idx, 1e-9));
-  EXPECT_FALSE(Points({{1, 1, 5}}).Is2D());
+  EXPECT_FALSE(PointsOf({{0, 0, 0}, {0, 0, 0}, {1, 0, 0}}).IsNoncollinear(&idx, 1e-9));
+  EXPECT_FALSE(PointsOf({{1, 1, 5}}).Is2D());
   EXPECT_TRUE(lying.Is2D());
   EXPECT_FALSE(solid.Is2D());
 
@@ -440,14 +430,14 @@ TEST(PointSet, KnowsLinesAndPlanes) {
   EXPECT_EQ(CNuGeometry::AreCoplanar(line, &plane, 1e-9), 1);
   EXPECT_TRUE(plane.GetNormal().IsEqual(CNuVector(1, 0, 0), 1e-15));
   // Nothing but one place, with a tolerance that calls no difference zero.
-  EXPECT_EQ(CNuGeometry::AreCoplanar(Points({{1, 1, 1}, {1, 1, 1}, {1, 1, 1}, {1, 1, 1}}), &plane, 0.0), 1);
+  EXPECT_EQ(CNuGeometry::AreCoplanar(PointsOf({{1, 1, 1}, {1, 1, 1}, {1, 1, 1}, {1, 1, 1}}), &plane, 0.0), 1);
   EXPECT_EQ(CNuGeometry::NumberDistinctPoints(lying, 7, 0.0), 0);
 }
 
 TEST(PointSet, IsBounded) {
   CNuPoint low, high, centre;
   double radius = -1.0;
-  const CNuPointArray points = Points({{1, -2, 3}, {-4, 5, -6}, {0, 0, 9}});
+  const CNuPointArray points = PointsOf({{1, -2, 3}, {-4, 5, -6}, {0, 0, 9}});
   points.BoundingBox(&low, &high);
   EXPECT_TRUE(low.IsEqual({-4, -2, -6}, 1e-300) && high.IsEqual({1, 5, 9}, 1e-300));
   points.BoundingSphere(&radius, &centre);
@@ -480,27 +470,27 @@ TEST(PointSet, SaysWhatItCannotDo) {
   EXPECT_EQ(FailureOf([&] { none.MaxEdge(&i, &i); }), expected("MaxEdge", "MaxEdge(int* m, int* n) const"));
   EXPECT_EQ(FailureOf([&] { none.MinEdge(&i, &i); }), expected("MinEdge", "MinEdge(int* m, int* n) const"));
   EXPECT_EQ(FailureOf([&] {
-              Points({{0, 0, 1}, {0, 0, 2}}).ConvexHull(&idx);
+              PointsOf({{0, 0, 1}, {0, 0, 2}}).ConvexHull(&idx);
             }),
             "operation 45 calculation of 3D convex hull|CNuPointArray [0,0]");
 }
 
 TEST(PointSet, StaysAsItIsWithoutMemory) {
   Random random(2);
-  const CNuPointArray points = nu::test::BoxCloud(random, 500, 1.0, 1.0, 0.0);
+  const CNuPointArray points = BoxCloud(random, 500, 1.0, 1.0, 0.0);
   CNuPointArray reduced = points;
   int i = 0;
   CNuIntArray hull(0);
   const auto failsAtEveryAllocation = [](auto call) {
     for (long k = 0;; ++k) {
-      const long live = nu::test::LiveAllocations();
-      nu::test::FailAllocation(k);
+      const long live = LiveAllocations();
+      FailAllocation(k);
       try {
         call();
-        nu::test::FailAllocation(-1);
+        FailAllocation(-1);
         return k > 0;
       } catch (const std::bad_alloc&) {
-        EXPECT_EQ(nu::test::LiveAllocations(), live);
+        EXPECT_EQ(LiveAllocations(), live);
       } catch (const CNuMemoryException&) {
       }
     }

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <limits>
 #include <string>
 
 #include "nu/curves/bounded_curve.h"
@@ -19,9 +18,8 @@
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kEps = std::numeric_limits<double>::epsilon();
+using namespace nu::test;
+
 const CNuPoint kOrigin;
 
 void ExpectPoint(const CNuPoint& p, const CNuPoint& expected, double tol = 0.0) {
@@ -101,7 +99,7 @@ TEST(PointRelations, DistancesDoNotFeelSizeOrOffset) {
 }
 
 TEST(PointRelations, ProjectionsAreFeetAndMidElementsLieHalfway) {
-  nu::test::Random random(3);
+  Random random(3);
   const auto any = [&random] { return CNuPoint(random.Uniform(-9, 9), random.Uniform(-9, 9), random.Uniform(-9, 9)); };
   constexpr double tol = 1e-13;
   for (int i = 0; i < 100; ++i) {

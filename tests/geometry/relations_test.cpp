@@ -19,9 +19,7 @@
 
 namespace {
 
-using nu::test::Random;
-
-constexpr double kEps = std::numeric_limits<double>::epsilon();
+using namespace nu::test;
 
 // A part of a given size somewhere: all features of a case are near `base`, and what a coordinate's last place is worth
 // there bounds every error.

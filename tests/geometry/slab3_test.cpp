@@ -14,7 +14,7 @@ namespace {
 using nu::internal::NarrowestSlab;
 using nu::internal::Slab3;
 using nu::internal::Vec3;
-using nu::test::Random;
+using namespace nu::test;
 
 struct Xyz {
   double x, y, z;
@@ -69,7 +69,7 @@ double BruteWidth(const Set& set) {
 Set RandomSet(Random& random, int kind, int n) {
   constexpr double onSphere[] = {1, 2, 2};
   constexpr int kLattice = 4;
-  const nu::test::Motion motion = nu::test::RandomMotion(random, 1e4);
+  const Motion motion = RandomMotion(random, 1e4);
   const auto moved = [&](double x, double y, double z) {
     const CNuPoint p = motion(CNuPoint(x, y, z));
     return Xyz{p.x(), p.y(), p.z()};
@@ -178,7 +178,6 @@ TEST(NarrowestSlab, AgreesForWorkingSets) {
 }
 
 TEST(NarrowestSlab, TakesAnyInput) {
-  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
   EXPECT_FALSE(SlabOf({{0, 0, 0}, {1, kNaN, 0}}, {}).isFinite);
   EXPECT_FALSE(SlabOf({{0, 0, 0}, {1, -1.0 / 0.0, 0}}, {}).isFinite);
   EXPECT_EQ(SlabOf({{3, 4, 5}, {3, 4, 5}}, {}).height, 5.0);
@@ -204,7 +203,7 @@ TEST(NarrowestSlab, EndsWhereManyDirectionsCompete) {
   const int n = 4000;
   Set sphere, bar, arcs;
   for (int i = 0; i < n; ++i) {
-    const double t = random.Uniform(0, 360) * nu::test::kDegree, c = random.Uniform(-1, 1);
+    const double t = random.Uniform(0, 360) * kDegree, c = random.Uniform(-1, 1);
     const double s = std::sqrt(1 - c * c);
     sphere.push_back({s * std::cos(t), s * std::sin(t), c});
     bar.push_back({std::cos(t), std::sin(t), 20 * c});

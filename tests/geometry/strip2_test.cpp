@@ -14,7 +14,7 @@ namespace {
 using nu::internal::NarrowestStrip;
 using nu::internal::PointView;
 using nu::internal::Strip2;
-using nu::test::Random;
+using namespace nu::test;
 
 struct Pair {
   double x, y;
@@ -136,7 +136,6 @@ TEST(NarrowestStrip, AgreesWithAllPairs) {
 }
 
 TEST(NarrowestStrip, TakesAnyInput) {
-  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
   EXPECT_EQ(StripOf({}).apex, -1);
   EXPECT_EQ(StripOf({{kNaN, 1}, {2, kNaN}}).apex, -1);
   const Strip2 one = StripOf({{kNaN, 1}, {3, 4}, {3, 4}});
@@ -156,10 +155,10 @@ TEST(NarrowestStrip, RunsRoundLargeHulls) {
   for (const int n : {3, 5, 8, 999, 100000}) {
     Set set;
     for (int i = 0; i < n; ++i) {
-      const double t = 360.0 * nu::test::kDegree * i / n;
+      const double t = 360.0 * kDegree * i / n;
       set.push_back({1e4 + std::cos(t), std::sin(t)});
     }
-    const double step = 180.0 * nu::test::kDegree / n;
+    const double step = 180.0 * kDegree / n;
     const double width = n % 2 == 0 ? 2 * std::cos(step) : 1 + std::cos(step);
     EXPECT_NEAR(StripOf(set).width, width, 1e-11) << n;
   }

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <new>
 #include <string>
 #include <thread>
@@ -16,8 +15,6 @@
 namespace {
 
 using namespace nu::test;
-
-constexpr double kEps = std::numeric_limits<double>::epsilon();
 
 // The sum that the fit minimises; for a circle, in the plane of the fit.
 double Objective(Feature feature, const CNuPointArray& points, const Fitted& f) {

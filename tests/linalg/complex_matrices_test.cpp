@@ -14,17 +14,9 @@
 
 namespace {
 
-using nu::test::kEpsilon;
-using nu::test::Kind;
-using nu::test::kRoundings;
-using nu::test::LargestElement;
-using nu::test::MatrixOf;
-using nu::test::Random;
-using nu::test::UniformMatrix;
+using namespace nu::test;
 
 using Factor = CNuComplexMatrix;
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kExactly = std::numeric_limits<double>::denorm_min();  // only equal numbers differ by less
 const CNuComplex kI(0, 1);
 
@@ -34,7 +26,7 @@ double Largest(const Factor& m) {
 
 double RoundingsBetween(const Factor& a, const Factor& b) {
   const double size = std::max(Largest(b), std::numeric_limits<double>::min());
-  return Largest(a - b) / (std::max(a.GetRowSize(), a.GetColumnSize()) * kEpsilon * size);
+  return Largest(a - b) / (std::max(a.GetRowSize(), a.GetColumnSize()) * kEps * size);
 }
 
 void ExpectUnitary(const Factor& q) {
@@ -87,7 +79,7 @@ void CheckSquare(const Factor& a) {
 
 TEST(ComplexDecompositions, SquareMatricesOfAllKinds) {
   for (const int n : {1, 2, 3, 4, 7, 8, 9, 16, 17, 33, 100}) {
-    for (const Kind kind : nu::test::kAllKinds) {
+    for (const Kind kind : kAllKinds) {
       SCOPED_TRACE("kind " + std::to_string(static_cast<int>(kind)) + " n " + std::to_string(n));
       Random random(static_cast<unsigned>(n) + 3);
       const CNuMatrix re = MatrixOf(kind, random, n, n);
@@ -125,11 +117,11 @@ TEST(ComplexDecompositions, DefectiveRepeatedAndCyclicMatrices) {
     EXPECT_TRUE(u.IsUnitary(1e-13) && hidden(cycle).IsUnitary(1e-12));
     // The roots of unity, and multiple values in a normal matrix, are as well conditioned as can be.
     const CNuComplexVector roots = hidden(cycle).EigenValues();
-    for (int i = 0; i < n; ++i) EXPECT_NEAR(roots[i].Modulus(), 1.0, kRoundings * n * kEpsilon);
+    for (int i = 0; i < n; ++i) EXPECT_NEAR(roots[i].Modulus(), 1.0, kRoundings * n * kEps);
     const CNuComplexVector values = hidden(repeated).EigenValues();
     for (int i = 0; i < n; ++i) {
       const CNuComplex expected = CNuComplex(1, 2) * (1.0 + i / 3);
-      EXPECT_TRUE(values[i].IsEqual(expected, kRoundings * n * n * kEpsilon));
+      EXPECT_TRUE(values[i].IsEqual(expected, kRoundings * n * n * kEps));
     }
   }
 }
@@ -148,7 +140,7 @@ TEST(ComplexDecompositions, SmallIntegersWithFewDifferentElements) {
 TEST(ComplexDecompositions, TriangleOfAnyShape) {
   const std::pair<int, int> shapes[] = {{1, 1}, {1, 5}, {5, 1}, {3, 3}, {9, 4}, {4, 9}, {17, 16}, {100, 30}, {30, 100}};
   for (const auto& [rows, columns] : shapes) {
-    for (const Kind kind : nu::test::kAllKinds) {
+    for (const Kind kind : kAllKinds) {
       SCOPED_TRACE(std::to_string(rows) + " x " + std::to_string(columns));
       Random random(static_cast<unsigned>(rows + 7 * columns));
       const CNuMatrix re = MatrixOf(kind, random, rows, columns);
@@ -200,7 +192,7 @@ TEST(ComplexMatrix, ProductsSumsAndPredicates) {
       for (int j = 0; j < n; ++j) {
         CNuComplex sum;
         for (int k = 0; k < n + 2; ++k) sum += a.Element(i, k) * b.Element(k, j);
-        EXPECT_TRUE(c.Element(i, j).IsEqual(sum, 4 * (n + 2) * kEpsilon));
+        EXPECT_TRUE(c.Element(i, j).IsEqual(sum, 4 * (n + 2) * kEps));
       }
     }
     // (a b) x = a (b x), and a row from the left.
@@ -240,28 +232,28 @@ TEST(ComplexVector, Algebra) {
   EXPECT_FALSE(v.IsEqual(v.SubVector(0, 1), 1e9));
   CNuComplexVector self = v;
   self /= self[2];
-  EXPECT_TRUE(self[2].IsEqual({1, 0}, kEpsilon) && (self * v[2]).IsEqual(v, 8 * kEpsilon));
+  EXPECT_TRUE(self[2].IsEqual({1, 0}, kEps) && (self * v[2]).IsEqual(v, 8 * kEps));
 }
 
 TEST(ComplexVector, LengthsOfAnySize) {
   for (const double size : {1.0, 1e300, 1.5e308, 1e-150, 1e-299, 4e-310}) {
     CNuComplexVector v(CNuVector(0.5 * size, 0, 0.25 * size), CNuVector(0, 0.75 * size, 0.25 * size));
     const double length = std::sqrt(0.9375);
-    EXPECT_NEAR(v.Magnitude() / size, length, size < 1e-308 ? 1e-13 : 4 * kEpsilon);
+    EXPECT_NEAR(v.Magnitude() / size, length, size < 1e-308 ? 1e-13 : 4 * kEps);
     const CNuComplexVector before = v;
     v.Normalise();
     if (size < 1e-300) {
       EXPECT_TRUE(v.IsEqual(before, kExactly));
     } else {
-      EXPECT_TRUE(v[1].IsEqual({0, 0.75 / length}, 4 * kEpsilon));
-      EXPECT_NEAR(v.Magnitude(), 1, 4 * kEpsilon);
+      EXPECT_TRUE(v[1].IsEqual({0, 0.75 / length}, 4 * kEps));
+      EXPECT_NEAR(v.Magnitude(), 1, 4 * kEps);
     }
   }
   // Too long for a double, yet of a direction.
   CNuComplexVector longest(CNuVector(1.5e308, 1.5e308, 0), CNuVector(0, 0, 0));
   EXPECT_EQ(longest.Magnitude(), kInf);
   longest.Normalise();
-  EXPECT_NEAR(longest[0].r(), std::sqrt(0.5), kEpsilon);
+  EXPECT_NEAR(longest[0].r(), std::sqrt(0.5), kEps);
   for (const double bad : {kInf, kNaN}) {
     CNuComplexVector v(CNuVector(1, 2, 3), CNuVector(0, bad, 0));
     EXPECT_FALSE(std::isfinite(v.Magnitude()));

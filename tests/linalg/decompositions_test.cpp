@@ -2,7 +2,6 @@
 
 #include <cfloat>
 #include <cmath>
-#include <limits>
 #include <string>
 
 #include "nu/foundation/int_array.h"
@@ -16,18 +15,8 @@
 
 namespace {
 
-using nu::test::kEpsilon;
-using nu::test::Kind;
-using nu::test::kRoundings;
-using nu::test::LargestElement;
-using nu::test::MatrixOf;
-using nu::test::Random;
-using nu::test::RoundingsBetween;
-using nu::test::RoundingsFromOrthogonal;
-using nu::test::UniformMatrix;
+using namespace nu::test;
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 // Around every switch of road: unrolled, stack, panels, blocks.
 constexpr int kSizes[] = {1, 2, 3, 4, 5, 8, 10, 16, 17, 33, 48, 100, 200};
 
@@ -58,7 +47,7 @@ TEST(Product, SumsEachElementInOrder) {
   for (const auto& s : shapes) {
     const CNuMatrix a = UniformMatrix(random, s[0], s[1]);
     const CNuMatrix b = UniformMatrix(random, s[1], s[2]);
-    const CNuMatrix product = nu::test::WithExchangedRows(a) * nu::test::WithExchangedRows(b);
+    const CNuMatrix product = WithExchangedRows(a) * WithExchangedRows(b);
     for (int i = 0; i < s[0]; ++i) {
       for (int j = 0; j < s[2]; ++j) {
         double sum = 0.0;
@@ -70,7 +59,7 @@ TEST(Product, SumsEachElementInOrder) {
 }
 
 TEST(Lu, RebuildsTheMatrixOrSaysThatItIsSingular) {
-  for (Kind kind : nu::test::kAllKinds) {
+  for (Kind kind : kAllKinds) {
     for (int n : kSizes) {
       Random random(static_cast<unsigned>(n));
       const CNuMatrix a = MatrixOf(kind, random, n, n);
@@ -82,14 +71,14 @@ TEST(Lu, RebuildsTheMatrixOrSaysThatItIsSingular) {
       }
       CNuMatrix l, u, p;
       a.LUD2(&l, &u, &p);
-      const double unit = nu::test::UnitOf(a);
+      const double unit = UnitOf(a);
       EXPECT_LT(RoundingsBetween(l * (u * unit), p * a * unit), kRoundings);
       EXPECT_TRUE(p.IsOrthogonal(DBL_MIN));
       if (kind == Kind::kUniform || kind == Kind::kRepeated) {
         EXPECT_EQ(LargestElement(l), 1.0);
       }
 
-      CNuMatrix factors = nu::test::WithExchangedRows(a);
+      CNuMatrix factors = WithExchangedRows(a);
       CNuIntArray index(3);
       int parity = 0, status = -1;
       factors.LUD(&index, &parity, &status);
@@ -142,7 +131,7 @@ TEST(Inverse, IsOneFromBothSides) {
       const bool left = kind == Kind::kGradedRows;
       const CNuMatrix one = left ? inverse * a : a * inverse;
       const CNuMatrix size = left ? Absolute(inverse) * Absolute(a) : Absolute(a) * Absolute(inverse);
-      EXPECT_LT(LargestElement(one - CNuMatrix::Identity(n)), kRoundings * n * kEpsilon * LargestElement(size));
+      EXPECT_LT(LargestElement(one - CNuMatrix::Identity(n)), kRoundings * n * kEps * LargestElement(size));
     }
   }
   ENuStatus status = NuStatusComputed;
@@ -180,11 +169,11 @@ TEST(Svd, RebuildsTheMatrix) {
     const CNuMatrix a = MatrixOf(kind, random, rows, columns);
     SCOPED_TRACE("kind " + std::to_string(static_cast<int>(kind)) + " " + std::to_string(rows) + " x " +
                  std::to_string(columns));
-    CNuMatrix u = nu::test::WithExchangedRows(a), v;
+    CNuMatrix u = WithExchangedRows(a), v;
     CNuVector w;
     u.SVD(&w, &v);
     ASSERT_EQ(w.GetSize(), columns);
-    const double unit = nu::test::UnitOf(a);
+    const double unit = UnitOf(a);
     EXPECT_LT(RoundingsBetween(u * CNuMatrix::DiagonalMatrix(w) * unit * v.Transpose(), a * unit), kRoundings);
     EXPECT_LT(RoundingsFromOrthogonal(v), kRoundings);
     EXPECT_LT(RoundingsFromOrthogonal(rows < columns ? u.Transpose() : u), kRoundings);
@@ -198,7 +187,7 @@ TEST(Svd, RebuildsTheMatrix) {
     const bool graded = kind >= Kind::kGradedUp && kind <= Kind::kGradedRows;
     EXPECT_TRUE(graded || zeros == columns - rank) << zeros;
   };
-  for (Kind kind : nu::test::kAllKinds) {
+  for (Kind kind : kAllKinds) {
     for (int n : kSizes) check(kind, n, n);
     for (const auto& s : tall) check(kind, s[0], s[1]);
   }
@@ -217,7 +206,7 @@ TEST(Svd, DegenerateForms) {
     if (n > 1) chain.Element(0, 0) = 2.0;
     CNuMatrix u(chain);
     u.SVD(&w, &v);
-    EXPECT_LT(LargestElement(u * CNuMatrix::DiagonalMatrix(w) * v.Transpose() - chain), kRoundings * n * n * kEpsilon);
+    EXPECT_LT(LargestElement(u * CNuMatrix::DiagonalMatrix(w) * v.Transpose() - chain), kRoundings * n * n * kEps);
   }
 }
 
@@ -234,7 +223,7 @@ TEST(Decompositions, ShapesAreCheckedUnderTheirOwnNames) {
 TEST(Decompositions, NonFiniteElementsEnd) {
   Random random(9);
   for (int n : {1, 2, 3, 5, 20}) {
-    for (double bad : {kNan, kInfinity, -kInfinity}) {
+    for (double bad : {kNaN, kInf, -kInf}) {
       for (int at = 0; at<n * n; at += n> 5 ? 7 : 1) {
         CNuMatrix a = UniformMatrix(random, n, n);
         a.Element(at / n, at % n) = bad;
@@ -253,7 +242,7 @@ TEST(Decompositions, NonFiniteElementsEnd) {
 TEST(Decompositions, UnsoundTolerancesEnd) {
   Random random(10);
   const CNuMatrix a = UniformMatrix(random, 6, 6);
-  for (double tolerance : {0.0, -1.0, kInfinity, kNan}) {
+  for (double tolerance : {0.0, -1.0, kInf, kNaN}) {
     for (bool zeroToo : {false, true}) {
       NuSetTol(tolerance);
       if (zeroToo) NuSetZero(tolerance);
@@ -271,7 +260,7 @@ TEST(Decompositions, UnsoundTolerancesEnd) {
 // An allocation that fails at any point leaves nothing behind, and the next call works.
 TEST(Decompositions, SurviveFailingAllocations) {
   Random random(11);
-  const CNuMatrix symmetric = nu::test::Symmetric(UniformMatrix(random, 20, 20));
+  const CNuMatrix symmetric = Symmetric(UniformMatrix(random, 20, 20));
   const CNuMatrix general = UniformMatrix(random, 40, 20);
   const auto all = [&] {
     CNuMatrix l, u, p, a(general), s(symmetric);
@@ -294,9 +283,9 @@ TEST(Decompositions, SurviveFailingAllocations) {
   for (bool failed = true; failed; ++failures) {
     CNuMatrix(symmetric).EigenValues(nullptr);
     CNuMatrix(symmetric).EigenVectors(nullptr);
-    const long live = nu::test::LiveAllocations();
+    const long live = LiveAllocations();
     failed = false;
-    nu::test::FailAllocation(failures);
+    FailAllocation(failures);
     try {
       all();
     } catch (const CNuMemoryException&) {
@@ -305,8 +294,8 @@ TEST(Decompositions, SurviveFailingAllocations) {
       failed = true;
     } catch (const CNuOperationException&) {
     }
-    nu::test::FailAllocation(-1);
-    EXPECT_EQ(nu::test::LiveAllocations(), live) << failures;
+    FailAllocation(-1);
+    EXPECT_EQ(LiveAllocations(), live) << failures;
   }
   EXPECT_GT(failures, 20);
 }

@@ -14,14 +14,7 @@
 
 namespace {
 
-using nu::test::kEpsilon;
-using nu::test::Kind;
-using nu::test::kRoundings;
-using nu::test::LargestElement;
-using nu::test::MatrixOf;
-using nu::test::Random;
-using nu::test::RoundingsBetween;
-using nu::test::UniformMatrix;
+using namespace nu::test;
 
 constexpr int kSizes[] = {1, 2, 3, 4, 5, 8, 10, 16, 17, 33, 48, 100, 200};
 
@@ -37,22 +30,22 @@ CNuMatrix FromRows(std::initializer_list<std::initializer_list<double>> rows) {
 }
 
 TEST(SymmetricEigen, RebuildsTheMatrixInAscendingOrder) {
-  for (Kind kind : nu::test::kAllKinds) {
+  for (Kind kind : kAllKinds) {
     if (kind == Kind::kGradedColumns || kind == Kind::kGradedRows) continue;
     for (int n : kSizes) {
       Random random(static_cast<unsigned>(n) + 7);
-      const CNuMatrix a = nu::test::Symmetric(MatrixOf(kind, random, n, n));
+      const CNuMatrix a = Symmetric(MatrixOf(kind, random, n, n));
       SCOPED_TRACE("kind " + std::to_string(static_cast<int>(kind)) + " n " + std::to_string(n));
       ENuStatus status = NuStatusNone;
       CNuVector values;
       CNuMatrix vectors;
-      nu::test::WithExchangedRows(a).EigenValuesVectors(&status, &values, &vectors);
+      WithExchangedRows(a).EigenValuesVectors(&status, &values, &vectors);
       EXPECT_EQ(status, NuStatusComputed);
       for (int i = 1; i < n; ++i) EXPECT_LE(values[i - 1], values[i]);
-      const double unit = nu::test::UnitOf(a);
+      const double unit = UnitOf(a);
       EXPECT_LT(RoundingsBetween(vectors * (CNuMatrix::DiagonalMatrix(values) * unit) * vectors.Transpose(), a * unit),
                 kRoundings);
-      EXPECT_LT(nu::test::RoundingsFromOrthogonal(vectors), kRoundings);
+      EXPECT_LT(RoundingsFromOrthogonal(vectors), kRoundings);
     }
   }
 }
@@ -73,7 +66,7 @@ TEST(SymmetricEigen, KnownValues) {
   CNuVector values;
   CNuMatrix vectors;
   a.EigenValuesVectors(nullptr, &values, &vectors);
-  EXPECT_LT(nu::test::RoundingsFromOrthogonal(vectors), kRoundings);
+  EXPECT_LT(RoundingsFromOrthogonal(vectors), kRoundings);
 }
 
 // A x = value x for every column, or for a pair of columns the same in complex numbers.
@@ -83,10 +76,10 @@ void CheckGeneral(const CNuMatrix& a) {
   CNuVector values;
   CNuMatrix vectors;
   a.EigenValuesVectors(&status, &values, &vectors);
-  const double unit = nu::test::UnitOf(a);
+  const double unit = UnitOf(a);
   const CNuMatrix scaled = a * unit;
   const CNuMatrix image = scaled * vectors;
-  const double bound = kRoundings * n * kEpsilon * LargestElement(scaled);
+  const double bound = kRoundings * n * kEps * LargestElement(scaled);
   bool complex = false;
   for (int k = 0; k < n; ++k) {
     EXPECT_TRUE(k == 0 || values[k - 1] <= values[k]);
@@ -117,7 +110,7 @@ void CheckGeneral(const CNuMatrix& a) {
 }
 
 TEST(GeneralEigen, ColumnsAreEigenvectors) {
-  for (Kind kind : nu::test::kAllKinds) {
+  for (Kind kind : kAllKinds) {
     for (int n : kSizes) {
       Random random(static_cast<unsigned>(n) + 70);
       SCOPED_TRACE("kind " + std::to_string(static_cast<int>(kind)) + " n " + std::to_string(n));

@@ -14,15 +14,16 @@
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using namespace nu::test;
+
 constexpr double kExactly = std::numeric_limits<double>::denorm_min();
 constexpr int kExact = 0;
 constexpr int kLeastSquares = 1;
 constexpr const char* kNoFactors = "operation 17 solving a set of equations|CNuLinearEquSys::SetRightHandSide() [0,0]";
 
 CNuMatrix DrawMatrix(int rows, int columns) {
-  static nu::test::Random random(1);
-  return nu::test::UniformMatrix(random, rows, columns);
+  static Random random(1);
+  return UniformMatrix(random, rows, columns);
 }
 
 CNuVector DrawVector(int n) {
@@ -39,8 +40,8 @@ CNuVector Solution(int method, const CNuMatrix& a, const CNuVector& b) {
 TEST(LinearEquSys, CertifiedRegressionsReachTheFullBound) {
   for (double tol : {1e-32, NuGetTol()}) {
     NuSetTol(tol);
-    for (const auto& file : nu::test::ReferenceFiles("lit-ls-linear-system")) {
-      const nu::test::Json set = nu::test::ReadReference(file);
+    for (const auto& file : ReferenceFiles("lit-ls-linear-system")) {
+      const Json set = ReadReference(file);
       const std::vector<double> expected = set["result"]["solution"].Numbers();
       CNuVector b(static_cast<int>(set["rhs"].Size()));
       CNuMatrix a(b.GetSize(), static_cast<int>(expected.size()));

@@ -10,9 +10,11 @@
 
 namespace {
 
+using namespace nu::test;
+
 struct Problem {
   Problem(int m, int n, std::uint64_t seed) : a(m, std::vector<double>(n)), b(m) {
-    nu::test::Random random(seed);
+    Random random(seed);
     for (int i = 0; i < m; ++i) {
       for (double& x : a[i]) x = random.Bell();
       b[i] = random.Bell();
@@ -81,7 +83,6 @@ TEST(Nnls, MeetsTheOptimalityConditions) {
 }
 
 TEST(Nnls, EndsForAnyToleranceAndRefusesWhatIsNotFinite) {
-  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
   Problem p(40, 10, 2);
   std::vector<double> x;
   for (double tolerance : {-1.0, 1e300, kNaN, -std::numeric_limits<double>::infinity()}) {

@@ -10,11 +10,13 @@
 
 namespace {
 
+using namespace nu::test;
+
 using nu::internal::TallReduction;
 using Columns = std::vector<std::vector<double>>;
 
 Columns Draw(std::size_t rows, const std::vector<double>& scale, std::uint64_t seed) {
-  nu::test::Random random(seed);
+  Random random(seed);
   Columns a(scale.size(), std::vector<double>(rows));
   for (std::size_t j = 0; j < a.size(); ++j) {
     for (double& x : a[j]) x = scale[j] * random.Bell();

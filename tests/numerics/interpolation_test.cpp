@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "nu/nu.h"
@@ -11,9 +10,7 @@
 
 namespace {
 
-using nu::test::Random;
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+using namespace nu::test;
 
 CNuDoubleArray ArrayOf(const std::vector<double>& values) {
   CNuDoubleArray array(static_cast<int>(values.size()));
@@ -66,7 +63,7 @@ TEST(Interpolation, ReproducesWhatItMust) {
     const CNuInterpolation curved(x, ValuesAt(x, power));
     for (int k = 0; k < 200; ++k) {
       const double at = random.Uniform(x.First(), x.Last());
-      const double rounding = 8 * kEpsilon * LargestOf(line);
+      const double rounding = 8 * kEps * LargestOf(line);
       EXPECT_NEAR(straight.Linear(at), 3 - 7 * at, rounding);
       EXPECT_NEAR(straight.Spline(at), 3 - 7 * at, rounding);
       double gap = 1;
@@ -74,7 +71,7 @@ TEST(Interpolation, ReproducesWhatItMust) {
       EXPECT_NEAR(straight.SplineDerivative(at), -7, rounding / gap);
       double error = 0;
       const double value = curved.Polynomial(at, &error);
-      EXPECT_NEAR(value, power(at), std::min(error + 8 * kEpsilon, 1e-12)) << n;
+      EXPECT_NEAR(value, power(at), std::min(error + 8 * kEps, 1e-12)) << n;
       EXPECT_EQ(curved.Polynomial(at, nullptr), value);
     }
   }
@@ -142,7 +139,6 @@ TEST(Interpolation, ConvergesOnAMillionPointsAndHugeScales) {
 }
 
 TEST(Interpolation, RefusesBadDataAndPlacesOutside) {
-  constexpr double kInf = std::numeric_limits<double>::infinity();
   const auto failure = [](const std::vector<double>& x, const std::vector<double>& y) {
     return FailureOf([&] { CNuInterpolation(ArrayOf(x), ArrayOf(y)); });
   };
@@ -226,12 +222,12 @@ TEST(Interpolation2D, ReproducesNodesBilinearFunctionsAndSplines) {
     for (int k = 0; k < 300; ++k) {
       const double u = random.Uniform(x.First(), x.Last());
       const double v = random.Uniform(y.First(), y.Last());
-      EXPECT_NEAR(flat.Bilinear(u, v), bilinear(u, v), 200 * kEpsilon);
-      EXPECT_NEAR(flat.Bicubic(u, v), bilinear(u, v), 400 * kEpsilon);
+      EXPECT_NEAR(flat.Bilinear(u, v), bilinear(u, v), 200 * kEps);
+      EXPECT_NEAR(flat.Bicubic(u, v), bilinear(u, v), 400 * kEps);
       const double s = alongX.Spline(u);
       const double t = alongY.Spline(v);
       EXPECT_NEAR(tensor.Bicubic(u, v), s * t, 1e-12 * (1 + std::fabs(s)) * (1 + std::fabs(t)));
-      EXPECT_NEAR(tensor.Bilinear(u, v), alongX.Linear(u) * alongY.Linear(v), 4 * kEpsilon);
+      EXPECT_NEAR(tensor.Bilinear(u, v), alongX.Linear(u) * alongY.Linear(v), 4 * kEps);
     }
   }
 }

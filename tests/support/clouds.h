@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <initializer_list>
+#include <limits>
 #include <random>
 #include <utility>
 
@@ -14,6 +16,9 @@
 namespace nu::test {
 
 inline constexpr double kDegree = 3.14159265358979323846 / 180.0;
+inline constexpr double kEps = std::numeric_limits<double>::epsilon();
+inline constexpr double kInf = std::numeric_limits<double>::infinity();
+inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 class Random {
  public:
@@ -168,6 +173,19 @@ inline CNuPointArray BoxCloud(Random& random, int n, double dx, double dy, doubl
     const double y = random.Uniform(-0.5, 0.5) * dy;
     points.Add({x, y, random.Uniform(-0.5, 0.5) * dz});
   }
+  return points;
+}
+
+inline CNuPointArray PointsOf(std::initializer_list<CNuPoint> list) {
+  CNuPointArray points(static_cast<int>(list.size()));
+  for (const CNuPoint& p : list) points.Add(p);
+  return points;
+}
+
+// By any factor: the product of a point refuses large ones.
+inline CNuPointArray Scaled(CNuPointArray points, double factor) {
+  for (int i = 0; i < points.GetSize(); ++i)
+    points[i] = {points[i].x() * factor, points[i].y() * factor, points[i].z() * factor};
   return points;
 }
 

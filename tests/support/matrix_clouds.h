@@ -12,8 +12,7 @@
 // Seeded matrices of the kinds that break decompositions, and the measures by which one is judged.
 namespace nu::test {
 
-inline constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-inline constexpr double kRoundings = 40.0;  // errors stay below kRoundings * n * kEpsilon * norm
+inline constexpr double kRoundings = 40.0;  // errors stay below kRoundings * n * kEps * norm
 
 enum class Kind {
   kUniform,
@@ -105,7 +104,7 @@ inline double UnitOf(const CNuMatrix& m) {
 // Distance of two matrices in units of n * epsilon * norm, the norm being the largest element of the second.
 inline double RoundingsBetween(const CNuMatrix& a, const CNuMatrix& b) {
   const int n = std::max(a.GetRowSize(), a.GetColumnSize());
-  return LargestElement(a - b) / (n * kEpsilon * std::max(LargestElement(b), std::numeric_limits<double>::min()));
+  return LargestElement(a - b) / (n * kEps * std::max(LargestElement(b), std::numeric_limits<double>::min()));
 }
 
 inline double RoundingsFromOrthogonal(const CNuMatrix& m) {

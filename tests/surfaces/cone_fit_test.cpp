@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <functional>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -12,12 +11,7 @@
 
 namespace {
 
-using nu::test::kDegree;
-using nu::test::Motion;
-using nu::test::Random;
-using nu::test::RandomMotion;
-
-constexpr double kEps = 2.220446049250313e-16;
+using namespace nu::test;
 
 // At the distance `along` from the apex on a generator, moved by e along the normal.
 CNuPoint On(double angle, double along, double turn, double e = 0.0) {
@@ -38,8 +32,8 @@ TEST(ConeFit, ChecksComeInOrderAndFailuresLeaveTheCone) {
   EXPECT_EQ(failure(CNuPointArray(1), 0), "bestfit 13 |CNuConSurf [0,0]");
   EXPECT_EQ(form, -1.0);
   EXPECT_EQ(FailureOf([&] { cone.FitEx(noisy, 0); }), "bestfit 13 |CNuConSurf [0,0]");
-  CNuPointArray plane = nu::test::PlaneCloud(random, 3, 1.0, 1.0, 0.0);
-  plane.Append(nu::test::PlaneCloud(random, 2, 1.0, 1.0, 0.0));
+  CNuPointArray plane = PlaneCloud(random, 3, 1.0, 1.0, 0.0);
+  plane.Append(PlaneCloud(random, 2, 1.0, 1.0, 0.0));
   EXPECT_EQ(failure(plane, 9), "bestfit 1 |CNuConSurf [6,0]");
   EXPECT_EQ(form, 0.0) << "outputs are cleared once the limit is found good";
   plane.Append(plane.SubArray(0, 4));
@@ -61,7 +55,7 @@ TEST(ConeFit, RefusesWhatIsNoCone) {
   Random random(62);
   for (int k = 0; k < 60; ++k) {
     const Motion motion = RandomMotion(random, k % 2 == 0 ? 10.0 : 1e6);
-    const CNuPointArray cylinder = motion(nu::test::CylinderCloud(random, 40, 1.0, 3.0, 360.0, 0.0));
+    const CNuPointArray cylinder = motion(CylinderCloud(random, 40, 1.0, 3.0, 360.0, 0.0));
     CNuConSurf cone(7.0);
     EXPECT_EQ(FailureOf([&] { cone.Fit(cylinder, 100); }), "bestfit 11 |CNuConSurf [0,0]");
     EXPECT_EQ(cone.GetSemiAngle(), 7.0);
@@ -262,7 +256,7 @@ TEST(ConeFit, LargeSetsAreFittedAsWellAsSmallOnes) {
   EXPECT_NEAR(cone.GetSemiAngle(), 20.0, 1e-3);
   EXPECT_LE(cone.GetApex().DistanceTo(CNuPoint()), 2e-3);
   EXPECT_NEAR(sumsq / points.GetSize(), 0.005 * 0.005, 1e-6);
-  shuffled.Fit(nu::test::Shuffled(random, points), 50);
+  shuffled.Fit(Shuffled(random, points), 50);
   EXPECT_NEAR(shuffled.GetSemiAngle(), cone.GetSemiAngle(), 1e-7);
   EXPECT_LE(shuffled.GetApex().DistanceTo(cone.GetApex()), 1e-7);
   points[777].y() = std::nan("");

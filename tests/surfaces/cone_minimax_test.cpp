@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 #include "nu/nu.h"
 #include "support/clouds.h"
@@ -9,12 +8,7 @@
 
 namespace {
 
-using nu::test::ConeCloud;
-using nu::test::kDegree;
-using nu::test::Random;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
+using namespace nu::test;
 
 struct Extremes {
   double smallest = kInf;
@@ -39,7 +33,7 @@ Extremes DeviationsFrom(const CNuConSurf& cone, const CNuPointArray& points, boo
 TEST(MinimumZoneCone, FailsInOrderAndLeavesEverything) {
   Random random(771);
   const CNuPointArray noisy = ConeCloud(random, 30, 20.0, 10.0, 20.0, 360.0, 0.05);
-  const CNuPointArray five = noisy.SubArray(0, 4), plane = nu::test::PlaneCloud(random, 9, 1.0, 1.0, 0.0);
+  const CNuPointArray five = noisy.SubArray(0, 4), plane = PlaneCloud(random, 9, 1.0, 1.0, 0.0);
   CNuPointArray doubled(five);
   doubled.Append(five);
   CNuConSurf cone(7.0), inner(7.0), outer(7.0);
@@ -106,7 +100,7 @@ TEST(MinimumZoneCone, EndsOnExactPoints) {
   Random random(774);
   for (int run = 0; run < 300; ++run) {
     const double angle = random.Uniform(2.0, 80.0);
-    const nu::test::Motion motion = nu::test::RandomMotion(random, run % 2 == 0 ? 0.0 : 1.0);
+    const Motion motion = RandomMotion(random, run % 2 == 0 ? 0.0 : 1.0);
     const CNuPointArray points = motion(ConeCloud(random, 20 + random.Below(300), angle, 1.0, 1.5, 360.0, 0.0));
     CNuConSurf cone(45.0);
     double zone = -1.0;
@@ -124,7 +118,7 @@ TEST(MinimumZoneCone, OfPointsOnBothNappes) {
     CNuPointArray points = ConeCloud(random, 60, random.Uniform(10.0, 75.0), 10.0, 12.0, 360.0, 0.01);
     const int there = 3 + random.Below(57);
     for (int i = 0; i < there; ++i) points[i] = -points[i];
-    points = nu::test::RandomMotion(random, 50.0)(points);
+    points = RandomMotion(random, 50.0)(points);
     CNuConSurf cone(45.0), start(45.0);
     double zone = 0.0, form = 0.0, sumsq = 0.0;
     start.Fit(points, &form, &sumsq, 1000);
@@ -152,7 +146,7 @@ TEST(MinimumZoneCone, FollowsItsPoints) {
       for (const int n : {12, 300, 5000}) {
         const double noise = 1e-3 * std::cos(angle * kDegree);
         const CNuPointArray points = ConeCloud(random, n, angle, 10.0, 12.0, sweep, noise);
-        const nu::test::Motion motion = nu::test::RandomMotion(random, 100.0);
+        const Motion motion = RandomMotion(random, 100.0);
         CNuConSurf a(45.0), b(45.0);
         double zone = 0.0, moved = 0.0, form = 0.0, sumsq = 0.0;
         a.FitMinZone(points, &zone, 1e-9, 1000);
@@ -166,13 +160,12 @@ TEST(MinimumZoneCone, FollowsItsPoints) {
         EXPECT_LE(zone, form);
         for (const double size : {1.0, 1e-3, 1e5, 1e-150, 1e150}) {
           SCOPED_TRACE(::testing::Message() << angle << " " << sweep << " " << n << " " << size);
-          CNuPointArray other = nu::test::Shuffled(random, motion(points));
-          for (int i = 0; i < n; ++i) other[i] *= size;
+          const CNuPointArray other = Scaled(Shuffled(random, motion(points)), size);
           ASSERT_EQ(b.FitMinZoneEx(other, &moved, 0.0, 1000), NuFitSuccess);
           EXPECT_NEAR(moved / size, zone, 1e-15 * (reach + 100.0));
           EXPECT_NEAR(b.GetSemiAngle(), a.GetSemiAngle(), 1e-8);
-          const CNuVector d = a.GetAxisDirection();
-          EXPECT_NEAR((motion.Direction({d[0], d[1], d[2]}).To3DVector() - b.GetAxisDirection()).Magnitude(), 0, 1e-9);
+          const CNuVector turned = motion.Direction(a.GetAxisDirection().To3DPoint()).To3DVector();
+          EXPECT_NEAR((turned - b.GetAxisDirection()).Magnitude(), 0.0, 1e-9);
           EXPECT_NEAR(motion(a.GetApex()).DistanceTo(b.GetApex() * (1.0 / size)), 0.0, apexTol);
           EXPECT_GT((other[0] - b.GetApex()).To3DVector() % b.GetAxisDirection(), 0.0);
         }

@@ -9,10 +9,7 @@
 
 namespace {
 
-using nu::test::kDegree;
-using nu::test::Motion;
-using nu::test::Random;
-using nu::test::RandomMotion;
+using namespace nu::test;
 
 CNuPoint Along(const CNuLine& line, double t) {
   const CNuVector d = line.GetDirection();

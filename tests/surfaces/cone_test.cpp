@@ -8,10 +8,7 @@
 
 namespace {
 
-using nu::test::kDegree;
-using nu::test::Random;
-
-constexpr double kEps = 2.220446049250313e-16;
+using namespace nu::test;
 
 TEST(Cone, HoldsAnApexAnAxisAndAnAngle) {
   const CNuVector flat(2);
@@ -44,7 +41,7 @@ TEST(Cone, HoldsAnApexAnAxisAndAnAngle) {
 // p Q p = rho^2 - (h tan a)^2 for a point at the distance rho from the axis and the height h, on either nappe.
 TEST(Cone, IsTheQuadricOfItsMatrix) {
   Random random(55);
-  const nu::test::Motion motion = nu::test::RandomMotion(random, 5.0);
+  const Motion motion = RandomMotion(random, 5.0);
   const CNuConSurf cone(35.0, motion(CNuPoint()), motion.Direction(CNuPoint(0, 0, 1)));
   CNuCylSurf frame(1.0, CNuPoint(1, 2, 3), CNuVector(1, 2, 2));
   const CNuMatrix world = cone.ToAlgebraicForm();

@@ -12,13 +12,7 @@
 
 namespace {
 
-using nu::test::CylinderCloud;
-using nu::test::kDegree;
-using nu::test::Motion;
-using nu::test::Random;
-using nu::test::RandomMotion;
-
-constexpr double kEps = 2.220446049250313e-16;
+using namespace nu::test;
 
 TEST(CylinderFit, ChecksComeInOrderAndFailuresLeaveTheCylinder) {
   CNuCylSurf cylinder(7.0, CNuPoint(1, 2, 3), CNuVector(0, 1, 0));
@@ -32,7 +26,7 @@ TEST(CylinderFit, ChecksComeInOrderAndFailuresLeaveTheCylinder) {
   EXPECT_EQ(failure(CNuPointArray(1), 0), "bestfit 13 |CNuCylSurf [0,0]");
   EXPECT_EQ(form, -1.0);
   EXPECT_EQ(FailureOf([&] { cylinder.FitEx(noisy, 0); }), "bestfit 13 |CNuCylSurf [0,0]");
-  const CNuPointArray plane = nu::test::PlaneCloud(random, 9, 1.0, 1.0, 0.0);
+  const CNuPointArray plane = PlaneCloud(random, 9, 1.0, 1.0, 0.0);
   EXPECT_EQ(failure(plane.SubArray(0, 3), 9), "bestfit 1 |CNuCylSurf [5,0]");
   EXPECT_EQ(form, 0.0) << "outputs are cleared once the limit is found good";
   EXPECT_EQ(failure(plane, 9), "bestfit 4 |CNuCylSurf [4,0]");
@@ -190,7 +184,7 @@ TEST(CylinderFit, LargeSetsAreFittedAsWellAsSmallOnes) {
   EXPECT_NEAR(cylinder.GetRadius(), 20.0, 2e-4);
   EXPECT_NEAR(sumsq / points.GetSize(), 0.005 * 0.005, 1e-6);
   EXPECT_NEAR(cylinder.GetAxis().GetPoint().z(), 0.075, 1e-7) << "the point nearest to the mean";
-  shuffled.Fit(nu::test::Shuffled(random, points), 50);
+  shuffled.Fit(Shuffled(random, points), 50);
   EXPECT_NEAR(shuffled.GetRadius(), cylinder.GetRadius(), 1e-10);
   EXPECT_LE((shuffled.GetAxisDirection() - cylinder.GetAxisDirection()).Magnitude(), 1e-8);
   points[777].y() = std::nan("");

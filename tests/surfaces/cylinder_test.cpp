@@ -8,11 +8,7 @@
 
 namespace {
 
-using nu::test::Motion;
-using nu::test::Random;
-using nu::test::RandomMotion;
-
-constexpr double kEps = 2.220446049250313e-16;
+using namespace nu::test;
 
 TEST(Cylinder, HoldsAnAxisAndARadius) {
   const CNuVector flat(2);

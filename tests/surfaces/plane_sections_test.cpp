@@ -12,10 +12,7 @@
 
 namespace {
 
-using nu::test::kDegree;
-using nu::test::Motion;
-using nu::test::Random;
-using nu::test::RandomMotion;
+using namespace nu::test;
 
 using Objects = std::vector<std::unique_ptr<CNuObject>>;
 

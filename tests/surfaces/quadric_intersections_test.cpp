@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <memory>
 #include <string>
 #include <variant>
@@ -14,13 +13,7 @@
 
 namespace {
 
-using nu::test::kDegree;
-using nu::test::Motion;
-using nu::test::Random;
-using nu::test::RandomMotion;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
+using namespace nu::test;
 
 using Surface = std::variant<CNuCylSurf, CNuConSurf, CNuSphSurf>;
 using Objects = std::vector<std::unique_ptr<CNuObject>>;

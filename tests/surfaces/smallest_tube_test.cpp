@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 #include "nu/geometry/internal/fit_guards.h"
 #include "support/clouds.h"
@@ -12,10 +11,9 @@
 namespace {
 
 using namespace nu::internal;
-using nu::test::Random;
+using namespace nu::test;
 
 constexpr int K = TubeDistance::kUnknowns;
-constexpr double kEps = std::numeric_limits<double>::epsilon();
 
 struct Linear {
   Linear(const TubeDistance& tube, const Vec3& p) {
@@ -68,19 +66,19 @@ CNuPointArray Part(Random& random, int kind, int n) {
   const double part = random.Uniform(0.0, 1.0);
   switch (kind) {
     case 0:
-      return nu::test::TorusCloud(random, n, 40.0, 10.0, 240.0, 240.0, 0.025);
+      return TorusCloud(random, n, 40.0, 10.0, 240.0, 240.0, 0.025);
     case 1:
-      return nu::test::TorusCloud(random, n, 40.0, 36.0 * part, 360.0, 360.0, 0.025);
+      return TorusCloud(random, n, 40.0, 36.0 * part, 360.0, 360.0, 0.025);
     case 2:
-      return nu::test::TorusCloud(random, n, 40.0, 3.0, 10.0 + 80.0 * part, 360.0, 0.01);
+      return TorusCloud(random, n, 40.0, 3.0, 10.0 + 80.0 * part, 360.0, 0.01);
     case 3:
-      return nu::test::CircleCloud(random, n, 40.0, 5.0 + 355.0 * part, std::pow(10.0, random.Uniform(-12, 0)), 1e-9);
+      return CircleCloud(random, n, 40.0, 5.0 + 355.0 * part, std::pow(10.0, random.Uniform(-12, 0)), 1e-9);
     case 4:
-      return nu::test::BoxCloud(random, n, 3.0, 2.0, 2.0 * part);
+      return BoxCloud(random, n, 3.0, 2.0, 2.0 * part);
     case 5:
-      return nu::test::LineCloud(random, n, 100.0, std::pow(10.0, -4.0 * part));
+      return LineCloud(random, n, 100.0, std::pow(10.0, -4.0 * part));
     default:
-      return nu::test::SphereCloud(random, n, 1.0, 20.0 + 160.0 * part, 0.01);
+      return SphereCloud(random, n, 1.0, 20.0 + 160.0 * part, 0.01);
   }
 }
 
@@ -101,7 +99,7 @@ TEST(SmallestTube, IsHeldByItsContacts) {
   for (int k = 0; k < 1200; ++k) {
     SCOPED_TRACE(k);
     const double size = std::pow(10.0, random.Uniform(-3.0, 5.0));
-    CNuPointArray part = nu::test::RandomMotion(random, 0.0)(Part(random, k % 7, 4 + random.Below(k % 5 ? 60 : 900)));
+    CNuPointArray part = RandomMotion(random, 0.0)(Part(random, k % 7, 4 + random.Below(k % 5 ? 60 : 900)));
     for (int i = 0; i < part.GetSize(); ++i) part[i] = part[i] * size;
     PointBlocks blocks(ViewOf(part), MiddleOf(part));
     const MinimaxSolution<TubeDistance> found = SmallestTube(blocks, TubeStarts::many, 20000).solution;

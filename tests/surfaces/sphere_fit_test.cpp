@@ -8,8 +8,7 @@
 
 namespace {
 
-using nu::test::Random;
-using nu::test::SphereCloud;
+using namespace nu::test;
 
 TEST(SphereFit, ChecksComeInOrderAndFailuresLeaveTheSphere) {
   CNuSphSurf sphere(7.0, CNuPoint(1, 2, 3));
@@ -25,7 +24,7 @@ TEST(SphereFit, ChecksComeInOrderAndFailuresLeaveTheSphere) {
   EXPECT_EQ(FailureOf([&] { sphere.FitEx(noisy, 0); }), "bestfit 13 |CNuSphSurf [0,0]");
   EXPECT_EQ(failure(noisy.SubArray(0, 2), 9), "bestfit 1 |CNuSphSurf [4,0]");
   EXPECT_EQ(form, 0.0) << "outputs are cleared once the limit is found good";
-  EXPECT_EQ(failure(nu::test::PlaneCloud(random, 9, 1.0, 1.0, 0.0), 9), "bestfit 4 |CNuSphSurf [4,0]");
+  EXPECT_EQ(failure(PlaneCloud(random, 9, 1.0, 1.0, 0.0), 9), "bestfit 4 |CNuSphSurf [4,0]");
   EXPECT_EQ(failure(noisy, 2), "bestfit 12 |CNuSphSurf [0,0]");
   EXPECT_EQ(sphere.FitEx(noisy, 2), NuFitNoConvergence);
   EXPECT_EQ(sphere.FitEx(CNuPointArray(1), 2), NuFitFailure);

@@ -1,47 +1,16 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "nu/nu.h"
 #include "support/clouds.h"
 #include "support/failures.h"
+#include "support/minimax_laws.h"
 
 namespace {
 
-using nu::test::Random;
-using nu::test::SphereCloud;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
-
-CNuPointArray PointsOf(std::initializer_list<CNuPoint> list) {
-  CNuPointArray points(static_cast<int>(list.size()));
-  for (const CNuPoint& p : list) points.Add(p);
-  return points;
-}
-
-CNuPoint Times(double f, const CNuPoint& p) {
-  return {f * p.x(), f * p.y(), f * p.z()};
-}
-
-struct Extremes {
-  double nearest = kInf;
-  double farthest = 0.0;
-  double Width() const { return farthest - nearest; }
-};
-
-Extremes DistancesFrom(const CNuPoint& centre, const CNuPointArray& points) {
-  Extremes e;
-  for (int i = 0; i < points.GetSize(); ++i) {
-    const double d = points[i].DistanceTo(centre);
-    if (!(d >= 0.0)) return {0.0, kInf};
-    e.nearest = std::min(e.nearest, d);
-    e.farthest = std::max(e.farthest, d);
-  }
-  return e;
-}
+using namespace nu::test;
 
 // The plane n.x = h of all points equidistant from two.
 struct Bisector {
@@ -54,7 +23,8 @@ struct Bisector {
 CNuPoint Meet(const Bisector& a, const Bisector& b, const Bisector& c) {
   const CNuVector bc = b.n * c.n;
   const CNuVector sum = a.h * bc + b.h * (c.n * a.n) + c.h * (a.n * b.n);
-  return Times(1.0 / (a.n % bc), {sum[0], sum[1], sum[2]});
+  const double f = 1.0 / (a.n % bc);
+  return {f * sum[0], f * sum[1], f * sum[2]};
 }
 
 // Where a centre can be: between two points, on the axis of three in their plane, in the middle of four; equidistant
@@ -84,7 +54,7 @@ struct Centres {
 CNuPointArray SmallSet(Random& random, int kind) {
   const int n = 4 + random.Below(6);
   if (kind < 2) return SphereCloud(random, n, 1.0, 180.0, kind == 0 ? 0.01 : 0.2);
-  CNuPointArray points = nu::test::BoxCloud(random, n, 2.0, 2.0, 2.0);
+  CNuPointArray points = BoxCloud(random, n, 2.0, 2.0, 2.0);
   for (int i = 0; i < n; ++i) {
     if (kind == 3)
       points[i] = {std::round(2 * points[i].x()), std::round(2 * points[i].y()), std::round(points[i].z())};
@@ -140,17 +110,17 @@ TEST(MinimaxSpheres, FailInOrderAndLeaveEverything) {
   EXPECT_EQ(min(none), "bestfit 1 |CNuSphSurf [1,0]");
   EXPECT_EQ(max(PointsOf({{0, 0}, {kNaN, 0}, {1, 1}})), "bestfit 1 |CNuSphSurf [4,0]");
   EXPECT_EQ(max(PointsOf({{0, 0}, {1, 1}, {3, 3}, {2, 2, 1e-10}})), "bestfit 3 |CNuSphSurf [3,0]");
-  EXPECT_EQ(max(nu::test::PlaneCloud(random, 50, 1.0, 2.0, 0.0)), "bestfit 11 |CNuSphSurf [0,0]");
+  EXPECT_EQ(max(PlaneCloud(random, 50, 1.0, 2.0, 0.0)), "bestfit 11 |CNuSphSurf [0,0]");
   EXPECT_EQ(max(PointsOf({{1, 1}, {-1, 1}, {1, -1}, {-1, -1}})), "bestfit 11 |CNuSphSurf [0,0]");
   EXPECT_EQ(max(SphereCloud(random, 3000, 1.0, 80.0, 1e-3)), "bestfit 11 |CNuSphSurf [0,0]") << "out of a cap";
   EXPECT_EQ(minZone(none, 0), "bestfit 13 |CNuSphSurf [0,0]");
   EXPECT_EQ(FailureOf([&] { sphere.FitMinZoneEx(noisy, &zone, 1e-9, 0); }), "bestfit 13 |CNuSphSurf [0,0]");
   EXPECT_EQ(minZone(none), "bestfit 1 |CNuSphSurf [1,0]");
   EXPECT_EQ(minZone(noisy, 1), "bestfit 12 |CNuSphSurf [0,0]");
-  EXPECT_EQ(minZone(nu::test::PlaneCloud(random, 2000, 2.0, 1.0, 4e-9)), "bestfit 11 |CNuSphSurf [0,0]") << "flat";
+  EXPECT_EQ(minZone(PlaneCloud(random, 2000, 2.0, 1.0, 4e-9)), "bestfit 11 |CNuSphSurf [0,0]") << "flat";
   // Points on a line and in a plane go to the fits of these, and so do the names of the failures.
   EXPECT_EQ(FailureOf([&] { sphere.FitMin(PointsOf({{0, 0}, {1e-13, 0}}), 1e-14); }), "bestfit 2 |CNuLine [2,0]");
-  EXPECT_EQ(minZone(nu::test::CircleCloud(random, 30, 1.0, 360.0, 0.05), 1), "bestfit 12 |CNuCircle [0,0]");
+  EXPECT_EQ(minZone(CircleCloud(random, 30, 1.0, 360.0, 0.05), 1), "bestfit 12 |CNuCircle [0,0]");
   for (const double bad : {kNaN, kInf, -kInf}) {
     for (const CNuPoint& p : {CNuPoint(bad, 0), CNuPoint(0, bad), CNuPoint(0, 0, bad), CNuPoint(bad, bad, bad)}) {
       for (const CNuPointArray& points : {PointsOf({{0, 0}, {1, 0}, {0, 1}, {1, 1, 1}, {1, 0, 1}, p}),
@@ -190,8 +160,8 @@ TEST(InscribedSphere, FindsItsWayFromAwkwardStarts) {
   sphere.FitMax(cube, 1e-9);
   EXPECT_EQ(sphere.GetRadius() + sphere.GetCentre().DistanceTo(CNuPoint()), std::sqrt(3.0));
   Random random(704);
-  CNuPointArray even = nu::test::BoxCloud(random, 300, 2.0, 2.0, 2.0);
-  for (int i = 0; i < 300; ++i) even.Add(Times(-1.0, even[i]));
+  CNuPointArray even = BoxCloud(random, 300, 2.0, 2.0, 2.0);
+  for (int i = 0; i < 300; ++i) even.Add(-even[i]);
   even.Add(CNuPoint());
   sphere.FitMax(even, 1e-9);
   EXPECT_GT(sphere.GetRadius(), 0.1) << "away from the mean";
@@ -220,8 +190,8 @@ TEST(ZoneSphere, OfPointsInOnePlaneOrOnASphere) {
   CNuCircle circle(7.0);
   double zone = -1.0, form = -1.0;
   for (int run = 0; run < 20; ++run) {
-    const auto ring = nu::test::CircleCloud(random, 4 + run, 3, 360, 0.1);
-    const CNuPointArray flat = nu::test::RandomMotion(random, 10.0)(ring);
+    const auto ring = CircleCloud(random, 4 + run, 3, 360, 0.1);
+    const CNuPointArray flat = RandomMotion(random, 10.0)(ring);
     circle.FitMinZone(flat, &form, 1e-9, 1000);
     sphere.FitMinZone(flat, &zone, &inner, &outer, 1e-9, 1000);
     EXPECT_EQ(zone, form);
@@ -238,45 +208,21 @@ TEST(ZoneSphere, OfPointsInOnePlaneOrOnASphere) {
   EXPECT_EQ(outer.GetRadius() - sphere.GetRadius(), width) << "one of them may be the sphere that is fitted";
 }
 
-// Rigid motion, size and order carry all three along, sizes whose squares overflow or vanish included; what encloses
-// encloses and touches, and the zone is never wider than the least-squares form.
+struct Spheres {
+  using Feature = CNuSphSurf;
+  static constexpr double kWhole = 180.0, kTouch = 1e-14;
+  static CNuPointArray Cloud(Random& random, int n, double cap) { return SphereCloud(random, n, 10.0, cap, 0.01); }
+  static void Min(CNuSphSurf& a, const CNuPointArray& points, double tol) { a.FitMin(points, tol); }
+  static void Max(CNuSphSurf& a, const CNuPointArray& points, double tol) { a.FitMax(points, tol); }
+  static CNuPoint Place(const CNuSphSurf& a) { return a.GetCentre(); }
+  static void ExpectMoved(const Motion& motion, double size, const CNuSphSurf& a, const CNuSphSurf& b, double tol) {
+    EXPECT_NEAR(motion(a.GetCentre()).DistanceTo(b.GetCentre() * (1.0 / size)), 0.0, tol);
+  }
+};
+
 TEST(MinimaxSpheres, FollowTheirPoints) {
   Random random(709);
-  for (const double cap : {180.0, 120.0, 60.0, 15.0}) {
-    for (const int n : {12, 300, 5000}) {
-      const CNuPointArray points = SphereCloud(random, n, 10.0, cap, 0.01);
-      const nu::test::Motion motion = nu::test::RandomMotion(random, 100.0);
-      const double tol = 1e-11 * std::pow(180.0 / cap, 2.0);
-      CNuSphSurf a(1.0), b(1.0), inner(1.0), outer(1.0);
-      for (const double size : {1.0, 1e-3, 1e5, 1e-150, 1e150}) {
-        CNuPointArray moved = nu::test::Shuffled(random, motion(points));
-        for (int i = 0; i < n; ++i) moved[i] = Times(size, moved[i]);
-        const auto expectSame = [&](const char* what) {
-          SCOPED_TRACE(what + std::to_string(cap) + " " + std::to_string(n) + " " + std::to_string(size));
-          EXPECT_NEAR(b.GetRadius() / size, a.GetRadius(), tol);
-          EXPECT_NEAR(motion(a.GetCentre()).DistanceTo(Times(1.0 / size, b.GetCentre())), 0.0, tol);
-        };
-        a.FitMin(points, 1e-9), b.FitMin(moved, 0.0);
-        expectSame("min ");
-        EXPECT_NEAR(DistancesFrom(a.GetCentre(), points).farthest, a.GetRadius(), 1e-14);
-        if (cap > 90.0 && n > 12) {
-          a.FitMax(points, 1e-9), b.FitMax(moved, 0.0);
-          expectSame("max ");
-          EXPECT_NEAR(DistancesFrom(a.GetCentre(), points).nearest, a.GetRadius(), 1e-14);
-        }
-        double zone = 0.0, zoneMoved = 0.0, form = 0.0, sumsq = 0.0;
-        a.FitMinZone(points, &zone, &inner, &outer, 1e-9, 1000);
-        ASSERT_EQ(b.FitMinZoneEx(moved, &zoneMoved, 0.0, 1000), NuFitSuccess) << cap << " " << n << " " << size;
-        expectSame("zone ");
-        EXPECT_NEAR(zoneMoved / size, zone, 1e-11);
-        const Extremes e = DistancesFrom(a.GetCentre(), points);
-        EXPECT_NEAR(e.nearest, inner.GetRadius(), 1e-13);
-        EXPECT_NEAR(e.farthest, outer.GetRadius(), 1e-13);
-        b.Fit(points, &form, &sumsq, 1000);
-        EXPECT_LE(zone, form);
-      }
-    }
-  }
+  ExpectFollowing<Spheres>(random, {180.0, 120.0, 60.0, 15.0});
 }
 
 }  // namespace

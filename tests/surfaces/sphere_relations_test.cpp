@@ -10,10 +10,7 @@
 
 namespace {
 
-using nu::test::Random;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
+using namespace nu::test;
 
 CNuPoint RandomPoint(Random& random, double reach) {
   const double x = random.Uniform(-reach, reach);
@@ -62,7 +59,7 @@ TEST(SphereIntersections, WithSpheresAreOnBothAndNoneIsMissed) {
     ASSERT_EQ(found != nullptr, d < ra + rb && d > std::fabs(ra - rb));
     if (found) ExpectOnBoth(*found, a, b, 1e-14 * size), ++circles;
     if (run % 10 > 1 || std::fabs(ra - rb) < 0.1 * size) continue;
-    const CNuPoint way = nu::test::RandomMotion(random, 0.0).Direction({1, 0, 0});
+    const CNuPoint way = RandomMotion(random, 0.0).Direction({1, 0, 0});
     for (const auto& [along, type] : {std::pair(ra + rb + 0.1 * size, CNuObject::NuTypeNone),
                                       {ra + rb, CNuObject::NuTypePoint},
                                       {std::max(ra, rb), CNuObject::NuTypeCircle},
@@ -104,7 +101,7 @@ TEST(SphereIntersections, WithLinesAndPlanes) {
   for (int run = 0; run < 10000; ++run) {
     const double size = std::pow(10.0, random.Below(9) - 3);
     const CNuSphSurf sphere = RandomSphere(random, size);
-    const CNuPoint direction = nu::test::RandomMotion(random, 0.0).Direction({1, 0, 0});
+    const CNuPoint direction = RandomMotion(random, 0.0).Direction({1, 0, 0});
     const CNuLine line(RandomPoint(random, size), direction.To3DVector());
     CNuPoint p[2];
     const int count = sphere.IntersectWith(line, &p[0], &p[1]);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "nu/nu.h"
 #include "support/clouds.h"
@@ -10,17 +9,10 @@
 
 namespace {
 
-using nu::test::kDegree;
-using nu::test::Motion;
-using nu::test::Random;
-using nu::test::RandomMotion;
-using nu::test::Shuffled;
-using nu::test::TorusCloud;
+using namespace nu::test;
 
-constexpr double kEps = std::numeric_limits<double>::epsilon();
 constexpr double kTol = 1e-9;
 constexpr long kLimit = 1000;
-const double kNan = std::nan("");
 
 struct Data {
   explicit Data(const CNuTorSurf& torus) { torus.GetData(&major, &minor, &centre, &axis); }
@@ -43,18 +35,12 @@ CNuTorSurf Fitted(const CNuPointArray& points, double tol = kTol, long limit = k
   return torus;
 }
 
-CNuPointArray Scaled(CNuPointArray points, double f) {
-  for (int i = 0; i < points.GetSize(); ++i)
-    points[i] = CNuPoint(points[i].x() * f, points[i].y() * f, points[i].z() * f);
-  return points;
-}
-
 TEST(Torus, HoldsTwoRadiiAndAnAxis) {
   const CNuVector flat(2), zero(0, 0, 0);
   const auto failure = [](double major, double minor, const CNuVector& axis) {
     return FailureOf([&] { CNuTorSurf t(major, minor, CNuPoint(), axis); });
   };
-  for (const double bad : {0.0, -1.0, kNan}) {
+  for (const double bad : {0.0, -1.0, kNaN}) {
     EXPECT_EQ(failure(bad, 1.0, flat), "construction 5 radius|CNuTorSurf [0,0]");
     EXPECT_EQ(failure(0.5, bad, flat), "construction 5 radius|CNuTorSurf [0,0]");
   }
@@ -94,13 +80,13 @@ TEST(Torus, MeetsNothing) {
 TEST(TorusFit, RefusesInOrderAndStaysAsItWas) {
   Random random(91);
   const CNuPointArray good = TorusCloud(random, 40, 4.0, 1.0, 240.0, 360.0, 0.01);
-  const CNuPointArray straight = nu::test::LineCloud(random, 10, 10.0, 0.1);
+  const CNuPointArray straight = LineCloud(random, 10, 10.0, 0.1);
   // The corners of a square, again and again along a line: every circle is worse than a straight tube.
   CNuPointArray shaft(40);
   for (int i = 0; i < 40; ++i) shaft.Add(CNuPoint(i % 2, i / 2 % 2, i / 4));
   CNuPointArray two(2), spoilt(good);
-  two.Add({0, 0, 0}), two.Add({kNan, 0, 0});
-  spoilt[39].y() = kNan;
+  two.Add({0, 0, 0}), two.Add({kNaN, 0, 0});
+  spoilt[39].y() = kNaN;
   CNuTorSurf torus(2.0, 1.0, CNuPoint(7, 7, 7));
   NuSetLengthTol(3e-7);
   const auto expect = [&](const CNuPointArray& points, double tol, long limit, const char* failure,
@@ -154,8 +140,8 @@ TEST(TorusFit, PassesThroughPointsOfACircle) {
 CNuPointArray Cloud(Random& random, int kind, int n) {
   if (kind == 0) return TorusCloud(random, n, 4.0, 1.0, 240.0, 240.0, 0.01);
   if (kind == 1) return TorusCloud(random, n, 4.0, 0.2, 60.0, 360.0, 0.01);
-  if (kind == 3) return nu::test::SphereCloud(random, n, 1.0, 180.0, 0.1);
-  CNuPointArray points = nu::test::BoxCloud(random, n, 3.0, 2.0, kind == 4 ? 0.0 : 1.0);
+  if (kind == 3) return SphereCloud(random, n, 1.0, 180.0, 0.1);
+  CNuPointArray points = BoxCloud(random, n, 3.0, 2.0, kind == 4 ? 0.0 : 1.0);
   for (int i = 0; i < n && kind == 5; ++i) points[i] = CNuPoint(random.Below(4), random.Below(3), random.Below(3));
   return points;
 }
