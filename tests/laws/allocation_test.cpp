@@ -195,7 +195,7 @@ TEST(FailingAllocations, IntegrationAndInterpolation) {
   CNuIntegral integral;
   FailEveryAllocation(
       "integral", [&] { integral.Calculate([](double x) { return x < 0.3 ? 0.0 : 1.0; }, 0, 1, 1e-9); },
-      [&] { return integral.GetType() == CNuObject::NuTypeNone; });
+      [&] { return integral.GetValue() == 0; });
   CNuDoubleArray x(3);
   for (int i = 0; i < 3; ++i) x.Add(i);
   CNuInterpolation line(x, x);

@@ -13,6 +13,7 @@ CNuIntegral2D::~CNuIntegral2D() = default;
 
 double CNuIntegral2D::Calculate(double (*f)(double, double), double ax, double bx, double ay, double by, double tol,
                                 long maxIter) {
+  m_type = NuTypeIntegral2D;
   nu::internal::RequireFunctions(kWhere, f);
   const auto lower = [ay](double) { return ay; };
   const auto upper = [by](double) { return by; };
@@ -21,13 +22,13 @@ double CNuIntegral2D::Calculate(double (*f)(double, double), double ax, double b
 
 double CNuIntegral2D::Calculate(double (*f)(double, double), double ax, double bx, double (*ay)(double),
                                 double (*by)(double), double tol, long maxIter) {
+  m_type = NuTypeIntegral2D;
   nu::internal::RequireFunctions(kWhere, f, ay, by);
   return Store(nu::internal::IntegrateArea(f, {ax, bx, ay, by}, tol, maxIter));
 }
 
 double CNuIntegral2D::Store(const nu::internal::Quadrature& q) {
   RequireConverged(q, kWhere);
-  m_type = NuTypeIntegral2D;
   m_value = q.value;
   m_error = q.error;
   return m_value;

@@ -9,7 +9,7 @@ struct Quadrature;
 }
 
 // The integral of a function of two variables over x from ax to bx and y from ay to by, with an estimate of its error.
-// The type code is set by the first successful Calculate and is 0 before.
+// The type code is set when Calculate starts and is 0 before.
 class NU_EXPORT CNuIntegral2D : public CNuNumericalAnalysis {
  public:
   CNuIntegral2D() = default;
@@ -19,7 +19,7 @@ class NU_EXPORT CNuIntegral2D : public CNuNumericalAnalysis {
 
   // The integral over x of the integrals of f(x, y) over y, whose bounds are constant or functions of x. Tolerance,
   // failures and methods are those of CNuIntegral::Calculate; a failing inner integral fails the whole. At least
-  // 57600 samples are taken, on average at most 2097152 in each of the maxIter levels. Bounds in reverse order negate,
+  // 62500 samples are taken, on average at most 2097152 in each of the maxIter levels. Bounds in reverse order negate,
   // the inner ones for that x alone. Smooth bounds are best: where an inner bound has a kink, let x end.
   double Calculate(double (*f)(double, double), double ax, double bx, double ay, double by, double tol,
                    long maxIter = 20);

@@ -13,6 +13,7 @@ CNuIntegral3D::~CNuIntegral3D() = default;
 
 double CNuIntegral3D::Calculate(double (*f)(double, double, double), double ax, double bx, double ay, double by,
                                 double az, double bz, double tol, long maxIter) {
+  m_type = NuTypeIntegral3D;
   nu::internal::RequireFunctions(kWhere, f);
   const auto lowerY = [ay](double) { return ay; };
   const auto upperY = [by](double) { return by; };
@@ -24,13 +25,13 @@ double CNuIntegral3D::Calculate(double (*f)(double, double, double), double ax, 
 double CNuIntegral3D::Calculate(double (*f)(double, double, double), double ax, double bx, double (*ay)(double),
                                 double (*by)(double), double (*az)(double, double), double (*bz)(double, double),
                                 double tol, long maxIter) {
+  m_type = NuTypeIntegral3D;
   nu::internal::RequireFunctions(kWhere, f, ay, by, az, bz);
   return Store(nu::internal::IntegrateVolume(f, {ax, bx, ay, by, az, bz}, tol, maxIter));
 }
 
 double CNuIntegral3D::Store(const nu::internal::Quadrature& q) {
   RequireConverged(q, kWhere);
-  m_type = NuTypeIntegral3D;
   m_value = q.value;
   m_error = q.error;
   return m_value;

@@ -9,7 +9,7 @@ struct Quadrature;
 }
 
 // The integral of a function of three variables over x from ax to bx, y from ay to by and z from az to bz, with an
-// estimate of its error. The type code is set by the first successful Calculate and is 0 before.
+// estimate of its error. The type code is set when Calculate starts and is 0 before.
 class NU_EXPORT CNuIntegral3D : public CNuNumericalAnalysis {
  public:
   CNuIntegral3D() = default;
@@ -19,7 +19,7 @@ class NU_EXPORT CNuIntegral3D : public CNuNumericalAnalysis {
 
   // The integral over x of the integrals over y of the integrals of f(x, y, z) over z. Bounds are constant, or
   // functions of the outer variables. Tolerance, failures and methods are those of CNuIntegral::Calculate; a failing
-  // inner integral fails the whole. At least 216000 samples are taken, on average at most 4194304 in each of the
+  // inner integral fails the whole. At least 287496 samples are taken, on average at most 4194304 in each of the
   // maxIter levels. Bounds in reverse order negate, the inner ones for those x and y alone. Smooth bounds are best:
   // where an inner bound has a kink, let an outer interval end.
   double Calculate(double (*f)(double, double, double), double ax, double bx, double ay, double by, double az,

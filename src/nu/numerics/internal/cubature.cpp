@@ -26,16 +26,17 @@ constexpr long kMostLevels = 40;
 // halvings where anything stirs find peaks of 1/5000 of the interval; over an area and a volume that cannot be paid.
 struct Effort {
   int panels;
+  int probeHalvings;
   int confirmations;
   long samplesPerLevel;
 };
-constexpr Effort kLine = {128, 3, 1L << 18};
-constexpr Effort kArea = {16, 0, 1L << 21};
-constexpr Effort kVolume = {4, 0, 1L << 22};
+constexpr Effort kLine = {128, 4, 3, 1L << 18};
+constexpr Effort kArea = {16, 8, 0, 1L << 21};
+constexpr Effort kVolume = {4, 14, 0, 1L << 22};
 
 QuadratureLimits LimitsOf(const Effort& effort, long maxIter) {
   const long levels = std::clamp(maxIter, 0L, kMostLevels);
-  return {effort.panels, effort.confirmations, levels * kHalvingsPerLevel,
+  return {effort.panels, effort.probeHalvings, effort.confirmations, levels * kHalvingsPerLevel,
           std::max(levels, 1L) * effort.samplesPerLevel};
 }
 

@@ -65,28 +65,34 @@ constexpr Pairs kDegree9 = ProjectionOn(9);
 constexpr Pairs kDegree10 = ProjectionOn(10);
 constexpr Pairs kDegree11 = ProjectionOn(11);
 
-// The polynomial through all 15 samples, at 1, split into what the even and the odd parts of the samples count: with
-// the squares of the nodes it is a Lagrange formula for each.
-constexpr Pairs ExtrapolationOfEvenPart() {
-  Pairs weight{};
+// The polynomial through all 15 samples, split into what the even and the odd parts of the samples count: with the
+// squares of the nodes it is a Lagrange formula for each. The factors that do not depend on the place.
+constexpr Pairs LagrangeFactors() {
+  Pairs factor{};
   for (std::size_t i = 0; i < kPairs; ++i) {
     const double square = kNode[i] * kNode[i];
-    double product = 1.0 / square;
+    factor[i] = 1.0 / square;
     for (std::size_t k = 0; k < kPairs; ++k) {
-      const double other = kNode[k] * kNode[k];
-      if (k != i) product *= (1.0 - other) / (square - other);
+      if (k != i) factor[i] /= square - kNode[k] * kNode[k];
     }
-    weight[i] = product;
+  }
+  return factor;
+}
+constexpr Pairs kLagrange = LagrangeFactors();
+
+// At the distance `rest` within the end t = 1, between it and the outermost node.
+constexpr Pairs EvenPartAt(double rest) {
+  const double t = 1.0 - rest;
+  Pairs weight{};
+  for (std::size_t i = 0; i < kPairs; ++i) {
+    weight[i] = t * t * kLagrange[i];
+    for (std::size_t k = 0; k < kPairs; ++k) {
+      if (k != i) weight[i] *= ((1.0 - kNode[k]) - rest) * (t + kNode[k]);
+    }
   }
   return weight;
 }
-constexpr Pairs kEvenEnd = ExtrapolationOfEvenPart();
-constexpr Pairs ExtrapolationOfOddPart() {
-  Pairs weight = kEvenEnd;
-  for (std::size_t i = 0; i < kPairs; ++i) weight[i] *= kNode[i];
-  return weight;
-}
-constexpr Pairs kOddEnd = ExtrapolationOfOddPart();
+constexpr Pairs kEvenEnd = EvenPartAt(0.0);
 
 double Dot(const Pairs& weight, const Pairs& values) {
   double sum = 0.0;
@@ -125,6 +131,26 @@ double LargerOf(double a, double b) {
   return std::max(std::fabs(a), std::fabs(b));
 }
 
+// The value at the distance `rest` within t = 1, and within t = -1 for the sign -1, where the even part has these
+// weights. The odd part has them times the nodes over t.
+double ValueNear(const Samples& s, double sign, double rest, const Pairs& even) {
+  Pairs odd = even;
+  for (std::size_t i = 0; i < kPairs; ++i) odd[i] *= kNode[i] / (1.0 - rest);
+  return s.middle + 0.5 * (Dot(even, s.sum) + sign * Dot(odd, s.difference));
+}
+
+// What the probes beyond the outermost node tell about the integral there; infinite where one is not finite.
+double ErrorBeyond(const Samples& s, double sign, double half, Probes probes) {
+  const double gap = half * (1.0 - kNode[0]);
+  double error = 0.0;
+  for (const Probe& probe : probes) {
+    if (!(probe.distance < gap)) continue;
+    const double rest = probe.distance / half;
+    error += std::fabs(probe.value - ValueNear(s, sign, rest, EvenPartAt(rest))) * std::min(probe.before, gap);
+  }
+  return std::isfinite(error) ? error : std::numeric_limits<double>::infinity();
+}
+
 // On [-1, 1].
 double ErrorOf(const Samples& s, bool* rough) {
   const double rules = std::fabs(Dot(kKronrod, s.sum) - Dot(kGauss, s.sum));
@@ -140,18 +166,16 @@ double ErrorOf(const Samples& s, bool* rough) {
 
 }  // namespace
 
-Panel KronrodPanel(const Integrand& f, double lo, double hi, int depth) {
+Panel KronrodPanel(const Integrand& f, double lo, double hi, int depth, Probes atLo, Probes atHi) {
   Panel panel{.lo = lo, .hi = hi};
   const double half = 0.5 * (hi - lo);
   const Samples s = Take(f, lo + half, half, panel);
   panel.value = half * (2.0 * s.middle + Dot(kKronrod, s.sum));
   panel.absolute *= half;
   panel.carried *= half;
-  panel.error = half * ErrorOf(s, &panel.rough);
-  const double even = s.middle + 0.5 * Dot(kEvenEnd, s.sum);
-  const double odd = 0.5 * Dot(kOddEnd, s.difference);
-  panel.atLo = even - odd;
-  panel.atHi = even + odd;
+  panel.error = half * ErrorOf(s, &panel.rough) + ErrorBeyond(s, -1.0, half, atLo) + ErrorBeyond(s, 1.0, half, atHi);
+  panel.atLo = ValueNear(s, -1.0, 0.0, kEvenEnd);
+  panel.atHi = ValueNear(s, 1.0, 0.0, kEvenEnd);
   panel.gap = half * (1.0 - kNode[0]);
   panel.depth = depth;
   panel.notFinite = !std::isfinite(panel.value) || !std::isfinite(panel.absolute);

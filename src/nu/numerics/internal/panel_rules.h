@@ -1,6 +1,8 @@
 #ifndef NU_NUMERICS_INTERNAL_PANEL_RULES_H
 #define NU_NUMERICS_INTERNAL_PANEL_RULES_H
 
+#include <span>
+
 #include "nu/numerics/internal/function_ref.h"
 
 namespace nu::internal {
@@ -29,9 +31,22 @@ struct Panel {
   bool notFinite = false;  // a sample was not finite, or the integral overflowed
 };
 
-// Gauss-Kronrod with 7 and 15 points; none of them is an end.
-Panel KronrodPanel(const Integrand& f, double lo, double hi, int depth);
+// The integrand nearer to an end of the interval than any panel samples it, and the distance of the probe before, which
+// is farther.
+struct Probe {
+  double distance;
+  double before;
+  double value;
+};
+using Probes = std::span<const Probe>;
+
+// Gauss-Kronrod with 7 and 15 points; none of them is an end. The probes belong to the ends of the interval that are
+// ends of the panel. What they differ from the polynomial through the samples counts as error over the distance to the
+// probe before: an edge, a kink or a singularity beyond the outermost sample is not missed.
+Panel KronrodPanel(const Integrand& f, double lo, double hi, int depth, Probes atLo, Probes atHi);
 inline constexpr int kKronrodSamples = 15;
+// From an end of the panel to its nearest sample, as a share of the width.
+inline constexpr double kKronrodGap = 0.5 * (1.0 - 0.9914553711208126392069);
 
 // Double-exponential rule for integrands that are singular at an end of the panel; the ends are approached as closely
 // as double allows and never reached. The panel is settled when its error is at most `goal`. *samples takes what was

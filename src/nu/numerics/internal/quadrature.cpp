@@ -1,6 +1,7 @@
 #include "nu/numerics/internal/quadrature.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <new>
@@ -15,7 +16,8 @@
 //
 // No rule sees what lies between its last sample and its end. Therefore the panels are extrapolated to their common
 // joint, and where they disagree there, a jump may hide between the two nearest samples: its height times the wider gap
-// counts as error of both.
+// counts as error of both. The ends of the interval are probed instead, at distances that fall geometrically to the
+// resolution of double.
 
 namespace nu::internal {
 
@@ -35,6 +37,16 @@ constexpr double kDominant = 0.25;
 constexpr double kSettledShare = 0.25;
 // The panels that stay may carry this share of the goal; the halved ones need the rest.
 constexpr double kStayingShare = 0.5;
+
+// Of one end; two halvings apart they go from the gap of the shortest panel to the resolution of double.
+constexpr std::size_t kMostProbes = 24;
+struct ProbedEnd {
+  std::array<Probe, kMostProbes> probe;
+  std::size_t count = 0;
+
+  void Add(const Probe& next) { probe[count++] = next; }
+  Probes All() const { return Probes(probe.data(), count); }
+};
 
 struct Totals {
   double value;
@@ -87,7 +99,26 @@ class Subdivision {
     return std::clamp(m_a * (1.0 - share) + m_b * share, m_a, m_b);
   }
 
+  // From the gap of the first and the last panel down to the resolution of double.
+  void ProbeEnds() {
+    const double ratio = std::ldexp(1.0, -m_limits.probeHalvings);
+    const double least = kEpsilon * (0.5 * m_b - 0.5 * m_a);
+    for (int side : {0, 1}) {
+      const double width = side == 0 ? Joint(1) - m_a : m_b - Joint(m_limits.panels - 1);
+      double before = kKronrodGap * width;
+      for (double asked = ratio * before; asked >= least && m_ends[side].count < kMostProbes; asked *= ratio) {
+        const double x = side == 0 ? m_a + asked : m_b - asked;
+        const double distance = side == 0 ? x - m_a : m_b - x;
+        if (!(distance > 0.0 && distance < before)) break;
+        m_ends[side].Add({distance, before, m_f(x).value});
+        --m_limits.samples;
+        before = distance;
+      }
+    }
+  }
+
   void Start() {
+    ProbeEnds();
     for (int i = 0; i < m_limits.panels && !m_notFinite; ++i) {
       const double lo = Joint(i);
       const double hi = Joint(i + 1);
@@ -97,7 +128,9 @@ class Subdivision {
   }
 
   void AddKronrod(double lo, double hi, int depth) {
-    m_next.push_back(KronrodPanel(m_f, lo, hi, depth));
+    const Probes atLo = lo == m_a ? m_ends[0].All() : Probes();
+    const Probes atHi = hi == m_b ? m_ends[1].All() : Probes();
+    m_next.push_back(KronrodPanel(m_f, lo, hi, depth, atLo, atHi));
     m_limits.samples -= kKronrodSamples;
     m_notFinite = m_notFinite || m_next.back().notFinite;
   }
@@ -187,9 +220,10 @@ class Subdivision {
   double m_b;
   QuadratureLimits& m_limits;
   bool m_notFinite = false;
-  std::vector<Panel> m_panels;   // from a to b
-  std::vector<Panel> m_next;     // those of the next round
-  std::vector<double> m_shares;  // of the error, by panel
+  std::array<ProbedEnd, 2> m_ends;  // a and b
+  std::vector<Panel> m_panels;      // from a to b
+  std::vector<Panel> m_next;        // those of the next round
+  std::vector<double> m_shares;     // of the error, by panel
   std::vector<double> m_ordered;
 };
 

@@ -22,6 +22,7 @@ struct QuadratureGoal {
 
 struct QuadratureLimits {
   int panels;         // at the start
+  int probeHalvings;  // from one probe of an end to the next
   int confirmations;  // halvings of every panel that looks rough, however small its error is
   long halvings;
   long samples;  // what is left, counted down; nested integrals share it
