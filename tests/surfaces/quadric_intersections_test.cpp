@@ -397,6 +397,43 @@ TEST(QuadricIntersections, NextToContacts) {
   }
 }
 
+// Apexes some tolerances apart do not tell the direction of a generator; neither surface is the first. The axes are in
+// any direction, parallel with equal angles, or such that the cones share a generator along which the apex moves.
+TEST(QuadricIntersections, OfConesWithCloseApexes) {
+  Random random(706);
+  for (int run = 0; run < 900; ++run) {
+    const double tol = run % 2 ? 1e-3 : 1e-12;
+    NuSetLengthTol(tol);
+    const CNuPoint apex = RandomPoint(random, 5.0);
+    const auto direction = [&] { return RandomMotion(random, 0.0).Direction({1, 0, 0}).To3DVector(); };
+    const double angle = random.Uniform(5.0, 85.0), other = random.Uniform(5.0, 85.0), share = random.Uniform(1.0, 3.0);
+    const CNuVector axis = direction(), way = direction();
+    CNuConSurf a(angle, apex, axis), b(other, Along(apex, way * (tol * std::pow(10.0, share))), direction());
+    if (run % 3 == 1) b = CNuConSurf(angle, b.GetApex(), axis);
+    if (run % 3 == 2) {
+      const auto leaning = [&](double lean) {
+        CNuVector x, y;
+        CNuVector(way).OrthonormalXY(&x, &y);
+        const double turn = random.Uniform(0.0, 6.0);
+        return way * std::cos(lean * kDegree) + (x * std::cos(turn) + y * std::sin(turn)) * std::sin(lean * kDegree);
+      };
+      a = CNuConSurf(angle, apex, leaning(angle));
+      b = CNuConSurf(other, b.GetApex(), leaning(other));
+    }
+    const Objects found = Common(a, b), swapped = Common(b, a);
+    ASSERT_EQ(KindsOf(found), KindsOf(swapped)) << run;
+    ASSERT_TRUE(run % 3 < 2 || KindsOf(found).find("line") != std::string::npos) << run;
+    for (std::size_t i = 0; i < found.size(); ++i) {
+      if (found[i]->GetType() != CNuObject::NuTypeLine) continue;
+      for (const double t : {-10.0, 10.0}) {
+        const CNuPoint p = Along(As<CNuLine>(found[i]).GetPoint(), As<CNuLine>(found[i]).GetDirection() * t);
+        ASSERT_LE(std::max(Off(p, a), Off(p, b)), 4.0 * tol + 1e-13) << run;
+      }
+    }
+  }
+  NuSetLengthTol(1e-12);
+}
+
 // Nothing hangs or crashes; what cannot be told is refused under the name of the operation.
 TEST(QuadricIntersections, OfAnyNumbersEnd) {
   const std::string refused = "operation 46 calculation|CNuCylSurf::IntersectWith(CNuSphSurf) [0,0]";
@@ -414,7 +451,7 @@ TEST(QuadricIntersections, OfAnyNumbersEnd) {
     EXPECT_EQ(KindsOf(Common(CNuCylSurf(unit), CNuSphSurf(2.0 * unit, {unit, 0, 0}))), vanishes ? "circle" : "8");
     EXPECT_EQ(KindsOf(Common(CNuConSurf(30), Cone(20, {unit, 0, 0}, {1, 0, 0}))), vanishes ? "point" : "closed closed");
   }
-  EXPECT_EQ(KindsOf(Common(CNuCylSurf(1.0), Cylinder(1, {1, 0, 5}, {1e-10, 1e-10, 1}))), "line line")
+  EXPECT_EQ(KindsOf(Common(CNuCylSurf(1.0), Cylinder(1, {1, 0, 5}, {1e-12, 1e-12, 1}))), "line line")
       << "parallel within the tolerance of directions";
   Random random(704);
   for (const double tol : {0.0, -1.0, 0.3, kNaN, kInf}) {

@@ -90,6 +90,8 @@ class NU_EXPORT CNuConSurf : public CNuSurface {
   friend class CNuCylSurf;
 
   void Place(double semiAngle, const CNuPoint& apex, const CNuVector& axisDirection);
+  // IntersectWith() of a pair that is in order.
+  int Meet(const CNuConSurf& other, CNuObjArray* result) const;
   // As CNuCylSurf::Intersect, with the distance t from the apex along the generator. `asymptotes` receives the up to
   // four angles where curve[0] = 0, so that a crossing goes to infinity: first `simple` ones, where it changes its
   // sign, then `twofold` ones. `apexSide` is the sign of the quadric at the apex.

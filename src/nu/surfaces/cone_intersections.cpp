@@ -2,6 +2,8 @@
 // quadric p Q p^T = 0 is g Q33 g^T t^2 + 2 (g q) t + Q44 = 0 with the upper left block Q33 and q = (Q14, Q24, Q34), and
 // its discriminant is of degree two in cos u and sin u.
 
+#include <optional>
+
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/internal/surface_data.h"
 #include "nu/numerics/triag.h"
@@ -14,6 +16,7 @@ using nu::internal::AreSameAngles;
 using nu::internal::ConeContact;
 using nu::internal::MeetOnCone;
 using nu::internal::Plane3;
+using nu::internal::Precedes;
 using nu::internal::QuadricMeeting;
 using nu::internal::QuadricStage;
 using nu::internal::RoundDataOf;
@@ -52,43 +55,64 @@ void MeetCoaxialCones(const RoundQuadric& first, const RoundQuadric& second, boo
   if (!areSame) add(distance * (slope2 / (slope2 - slope1)));
 }
 
-// Cones about one apex have generators in common, or only the apex. A generator at the angle v from the other axis,
-// seen around the own one, makes the angle b with it where, with the angle w between the axes,
+// The directions of the generators that two cones with parallel sides have in common, as if both had one apex: none to
+// four. A generator at the angle v from the other axis, seen around the own one, makes the angle b with it where, with
+// the angle w between the axes,
 //   tan^2(v/2) = sin((b + w - a) / 2) sin((b - w + a) / 2) / sin((a + w + b) / 2) sin((a + w - b) / 2).
-class CommonGenerators {
+class CommonDirections {
  public:
-  CommonGenerators(const RoundQuadric& first, const RoundQuadric& second, QuadricMeeting& meeting)
-      : m_first(first), m_second(second), m_meeting(meeting) {}
-
-  // Angles in degrees; the other axis points to either side.
-  int Add(double own, double other, double between) {
-    const Vec3 axis = Dot(m_first.axis, m_second.axis) < 0.0 ? -1.0 * m_second.axis : m_second.axis;
-    return AddTowards(axis, own, other, between) + AddTowards(-1.0 * axis, own, other, 180.0 - between);
+  // Angles in degrees; the axes are not parallel.
+  CommonDirections(const RoundQuadric& first, double own, const RoundQuadric& second, double other) : m_first(first) {
+    const double between = AngleBetween(first.axis, second.axis);
+    const Vec3 axis = Dot(first.axis, second.axis) < 0.0 ? -1.0 * second.axis : second.axis;
+    AddTowards(axis, own, other, between);
+    AddTowards(-1.0 * axis, own, other, 180.0 - between);
   }
 
+  const std::vector<Vec3>& Found() const { return m_found; }
+
  private:
-  int AddTowards(Vec3 axis, double own, double other, double between) {
+  void AddTowards(Vec3 axis, double own, double other, double between) {
     if (AreSameAngles(between, own + other) || AreSameAngles(between, own - other)) return AddAt(axis, 0.0);
     if (AreSameAngles(between, other - own)) return AddAt(axis, Nu_PI);
     const auto sineOfHalf = [](double degrees) { return std::sin(degrees * (0.5 * Nu_PI / 180.0)); };
     const double above = sineOfHalf(other + between - own) * sineOfHalf(other - between + own);
     const double below = sineOfHalf(own + between + other) * sineOfHalf(own + between - other);
-    if (!(above > 0.0) || !(below > 0.0)) return 0;
+    if (!(above > 0.0) || !(below > 0.0)) return;
     const double v = 2.0 * std::atan2(std::sqrt(above), std::sqrt(below));
-    return AddAt(axis, -v) + AddAt(axis, v);
+    AddAt(axis, -v);
+    AddAt(axis, v);
   }
 
-  int AddAt(Vec3 axis, double v) {
+  void AddAt(Vec3 axis, double v) {
     const Vec3 across = Unit(Rejection(axis, m_first.axis));
     const Vec3 outwards = std::cos(v) * across + std::sin(v) * Cross(m_first.axis, across);
-    m_meeting.AddLine(m_first.point, Unit(m_first.sine * outwards + m_first.cosine * m_first.axis));
-    return 1;
+    m_found.push_back(Unit(m_first.sine * outwards + m_first.cosine * m_first.axis));
   }
 
   const RoundQuadric& m_first;
-  const RoundQuadric& m_second;
-  QuadricMeeting& m_meeting;
+  std::vector<Vec3> m_found;
 };
+
+// The direction of a set that the way between the apexes follows within the tolerance. That way alone does not tell it:
+// over apexes that are close together it is as uncertain as the tolerance is large beside it.
+std::optional<Vec3> DirectionAlong(const std::vector<Vec3>& directions, Vec3 way, double tol) {
+  std::optional<Vec3> found;
+  double least = tol;
+  for (const Vec3& direction : directions) {
+    const double distance = Norm(Rejection(way, direction));
+    if (!(distance <= least)) continue;
+    least = distance;
+    found = direction;
+  }
+  return found;
+}
+
+// The generator of a cone next to a point that is not on its axis.
+Vec3 GeneratorNextTo(const RoundQuadric& cone, Vec3 p) {
+  const Vec3 w = p - cone.point;
+  return cone.sine * Unit(Rejection(w, cone.axis)) + std::copysign(cone.cosine, Dot(w, cone.axis)) * cone.axis;
+}
 
 // Cones of one semi-angle with parallel axes: the difference of |q|^2 = (1 + tan^2 a)(z.q)^2 for both apexes is linear.
 Plane3 PlaneBetween(const RoundQuadric& first, const RoundQuadric& second) {
@@ -139,7 +163,12 @@ int CNuConSurf::IntersectWith(const CNuCylSurf& cylinder, CNuObjArray* result) c
   return cylinder.IntersectWith(*this, result);
 }
 
+// One order for both, so that the result does not depend on which is asked.
 int CNuConSurf::IntersectWith(const CNuConSurf& other, CNuObjArray* result) const {
+  return Precedes(RoundDataOf(other), RoundDataOf(*this)) ? other.Meet(*this, result) : Meet(other, result);
+}
+
+int CNuConSurf::Meet(const CNuConSurf& other, CNuObjArray* result) const {
   QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(other), "CNuConSurf::IntersectWith(CNuConSurf)");
   if (meeting.IsFinite() && !MeetSpecially(other, meeting)) {
     const RoundQuadric& first = meeting.First();
@@ -148,8 +177,13 @@ int CNuConSurf::IntersectWith(const CNuConSurf& other, CNuObjArray* result) cons
     const bool otherIsOn = IsOn(first, second.point, meeting.Tol());
     const bool takeOther = ownIsOn == otherIsOn ? m_semiAngle > other.m_semiAngle : otherIsOn;
     const RoundQuadric& base = takeOther ? second : first;
-    if (ownIsOn && otherIsOn) meeting.AddLine(first.point, Unit(second.point - first.point));
-    const ConeContact contact{ownIsOn || otherIsOn, ownIsOn && otherIsOn};
+    std::optional<Vec3> common;
+    if (ownIsOn && otherIsOn && !AreSameAngles(AngleBetween(first.axis, second.axis), 0.0)) {
+      const CommonDirections directions(first, m_semiAngle, second, other.m_semiAngle);
+      common = DirectionAlong(directions.Found(), second.point - first.point, meeting.Tol());
+    }
+    if (common) meeting.AddLine(first.point, *common);
+    const ConeContact contact{ownIsOn || otherIsOn, common.has_value()};
     MeetOnCone(QuadricStage(base, takeOther ? first : second, base.point, meeting.Tol()), contact,
                &CNuConSurf::Intersect, meeting);
   }
@@ -167,9 +201,10 @@ bool CNuConSurf::MeetSpecially(const CNuConSurf& other, QuadricMeeting& meeting)
   const Vec3 way = second.point - first.point;
   if (Norm(way) <= tol) {
     if (areParallel && haveSameAngle) return true;
-    CommonGenerators generators(first, second, meeting);
-    const int lines = areParallel ? 0 : generators.Add(m_semiAngle, other.m_semiAngle, between);
-    if (lines == 0) meeting.AddPoint(first.point);
+    std::vector<Vec3> lines;
+    if (!areParallel) lines = CommonDirections(first, m_semiAngle, second, other.m_semiAngle).Found();
+    for (const Vec3& direction : lines) meeting.AddLine(first.point, direction);
+    if (lines.empty()) meeting.AddPoint(first.point);
     return true;
   }
   if (!areParallel) return meeting.AddAroundCommonSphere(*this);
@@ -178,7 +213,7 @@ bool CNuConSurf::MeetSpecially(const CNuConSurf& other, QuadricMeeting& meeting)
   } else if (!haveSameAngle) {
     return false;
   } else if (IsOn(first, second.point, tol)) {
-    meeting.AddLine(first.point, Unit(way));
+    meeting.AddLine(first.point, GeneratorNextTo(first, second.point));
   } else if (!meeting.AddSections(*this, {PlaneBetween(first, second)})) {
     MeetOnCone(QuadricStage(first, second, first.point, tol), {false, false, true}, &CNuConSurf::Intersect, meeting);
   }

@@ -23,6 +23,7 @@ using nu::internal::kMostRanges;
 using nu::internal::LowerEnds;
 using nu::internal::MeetOnCone;
 using nu::internal::Points2;
+using nu::internal::Precedes;
 using nu::internal::QuadricMeeting;
 using nu::internal::QuadricStage;
 using nu::internal::RoundDataOf;
@@ -110,7 +111,12 @@ int CNuCylSurf::Intersect(const CNuMatrix& quadric, CNuTriagPolynomial* curve, C
   return nu::internal::MonotoneRanges(curve, range);
 }
 
+// One order for both, so that the result does not depend on which is asked.
 int CNuCylSurf::IntersectWith(const CNuCylSurf& other, CNuObjArray* result) const {
+  return Precedes(RoundDataOf(other), RoundDataOf(*this)) ? other.Meet(*this, result) : Meet(other, result);
+}
+
+int CNuCylSurf::Meet(const CNuCylSurf& other, CNuObjArray* result) const {
   QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(other), "CNuCylSurf::IntersectWith(CNuCylSurf)");
   if (!meeting.IsFinite()) return meeting.HandOverTo(result);
   const RoundQuadric& first = meeting.First();

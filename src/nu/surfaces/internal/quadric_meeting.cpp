@@ -1,5 +1,7 @@
 #include "nu/surfaces/internal/quadric_meeting.h"
 
+#include <array>
+
 #include "nu/curves/ellipse.h"
 #include "nu/curves/hyperbola.h"
 #include "nu/curves/parabola.h"
@@ -7,6 +9,7 @@
 #include "nu/foundation/constants.h"
 #include "nu/foundation/double_array.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/tolerances.h"
 #include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/internal/surface_data.h"
 #include "nu/geometry/point_array.h"
@@ -28,6 +31,13 @@ RoundQuadric RoundDataOf(const CNuConSurf& cone) {
 
 RoundQuadric RoundDataOf(const CNuSphSurf& sphere) {
   return {RoundQuadric::Kind::kSphere, Components(sphere.GetCentre()), {}, sphere.GetRadius()};
+}
+
+bool Precedes(const RoundQuadric& first, const RoundQuadric& second) {
+  const auto key = [](const RoundQuadric& s) {
+    return std::array{s.radius, s.sine, s.point.x, s.point.y, s.point.z, s.axis.x, s.axis.y, s.axis.z};
+  };
+  return key(first) < key(second);
 }
 
 namespace {
@@ -121,10 +131,12 @@ CNuPoint QuadricMeeting::World(Vec3 p) const {
   return ToPoint(m_unit * p);
 }
 
-// Two surfaces that touch within the tolerance, in a place that is as far from either.
-bool QuadricMeeting::IsOnBoth(Vec3 p) const {
+// Two surfaces that touch within the tolerance, in a place that is as far from either. So far from where they were
+// compared, directions that count as equal lead apart.
+bool QuadricMeeting::IsOnBoth(Vec3 p, double distance) const {
   constexpr double kShares = 4.0;  // of the surfaces, their axes and radii
-  const double tol = kShares * CoincidenceTol(m_tol, LargestComponent(p));
+  const double turned = distance * (NuGetDegreeTol() * (Nu_PI / 180.0));
+  const double tol = kShares * (CoincidenceTol(m_tol, LargestComponent(p)) + std::fmax(turned, 0.0));
   return std::fabs(m_first.OffsetOf(p).distance) <= tol && std::fabs(m_second.OffsetOf(p).distance) <= tol;
 }
 
@@ -146,7 +158,9 @@ void QuadricMeeting::AddPoint(Vec3 p) {
 }
 
 void QuadricMeeting::AddLine(Vec3 point, Vec3 direction) {
+  constexpr double kFar = 1000.0;  // times the largest coordinate or radius
   Require(IsOnBoth(point));
+  for (const double side : {-kFar, kFar}) Require(IsOnBoth(point + side * direction, kFar));
   m_found.push_back(std::make_unique<CNuLine>(World(point), ToVector(direction)));
 }
 

@@ -15,6 +15,9 @@ RoundQuadric RoundDataOf(const CNuCylSurf& cylinder);
 RoundQuadric RoundDataOf(const CNuConSurf& cone);
 RoundQuadric RoundDataOf(const CNuSphSurf& sphere);
 
+// An order of the surfaces of one kind, by their size, place and axis.
+bool Precedes(const RoundQuadric& first, const RoundQuadric& second);
+
 // Two surfaces in a unit of length of about their largest coordinate or radius, a power of two, and what they have in
 // common in the caller's unit. What is added must be on both surfaces, by the tolerance they touch by: else
 // CNuOperationException cause 46, "calculation", at the operation that `where` names.
@@ -29,6 +32,7 @@ class QuadricMeeting {
   double Tol() const { return m_tol; }
 
   void AddPoint(Vec3 p);
+  // On both at the point and far from it on either side, where an uncertain direction shows.
   void AddLine(Vec3 point, Vec3 direction);
   void AddCircle(Vec3 centre, Vec3 normal, double radius);
   // The conics in which planes cut the surface, one of the two; false, and nothing added, unless they are on both.
@@ -43,7 +47,7 @@ class QuadricMeeting {
   int HandOverTo(CNuObjArray* result) { return HandOver(std::move(m_found), result); }
 
  private:
-  bool IsOnBoth(Vec3 p) const;
+  bool IsOnBoth(Vec3 p, double distance = 0.0) const;
   bool IsOnBoth(const CNuObject& object) const;
   void Require(bool isOnBoth) const;
   CNuPoint World(Vec3 p) const;
