@@ -69,6 +69,28 @@ TEST(SymmetricEigen, KnownValues) {
   EXPECT_LT(RoundingsFromOrthogonal(vectors), kRoundings);
 }
 
+// R^T D R is symmetric but for rounding at every size, and equal values leave the general algorithm no orthogonal
+// vectors. Asymmetry beyond the rounding of its own rows is meant, however large the rest of the matrix.
+TEST(SymmetricEigen, RoundingOfProductsCountsAsSymmetric) {
+  Random random(11);
+  for (double size : {1e-200, 1e-3, 1.0, 1e2, 1e6, 1e200}) {
+    for (int n : {2, 3, 4, 10, 30}) {
+      for (int k = 0; k < 20; ++k) {
+        const CNuMatrix r = OrthogonalMatrix(random, n);
+        CNuVector d(n);
+        for (int i = 0; i < n; ++i) d[i] = i + 1 < n ? size : -size / 7.0;
+        const CNuMatrix a = r.Transpose() * CNuMatrix::DiagonalMatrix(d) * r;
+        ENuStatus status = NuStatusNone;
+        CNuMatrix vectors;
+        a.EigenValuesVectors(&status, nullptr, &vectors);
+        EXPECT_LT(RoundingsFromOrthogonal(vectors), kRoundings) << size << " " << n;
+      }
+    }
+  }
+  CNuMatrix graded = FromRows({{1e12, 0.0, 0.0}, {0.0, 1.0, 1e-6}, {0.0, 0.0, 1.0}});
+  EXPECT_EQ(graded.EigenValues(nullptr)[0], 1.0);
+}
+
 // A x = value x for every column, or for a pair of columns the same in complex numbers.
 void CheckGeneral(const CNuMatrix& a) {
   const int n = a.GetRowSize();
@@ -169,11 +191,11 @@ TEST(Eigen, NotSquareFailsUnderOneName) {
 
 TEST(EigenCache, AnswersWithinTheSquaredToleranceOnly) {
   CNuMatrix a = FromRows({{2.0, 1.0, 0.0}, {1.0, 3.0, 0.0}, {0.0, 0.0, 5.0}});
+  // A host's coarse tolerance makes the reuse visible.
+  NuSetTol(1e-3);
   ENuStatus status = NuStatusNone;
   const CNuVector first = a.EigenValues(&status);
   EXPECT_EQ(status, NuStatusComputed);
-  // A host's coarse tolerance makes the reuse visible.
-  NuSetTol(1e-3);
   CNuMatrix near(a), far(a);
   near.Element(2, 2) += 0.5e-6;
   far.Element(2, 2) += 2e-6;
@@ -190,6 +212,24 @@ TEST(EigenCache, AnswersWithinTheSquaredToleranceOnly) {
     EXPECT_NEAR(other.EigenValues(nullptr)[2], 10.0 * unit, 1e-15 * unit);
     EXPECT_NEAR(std::fabs(other.EigenVectors(nullptr).Element(2, 2)), 1.0, 1e-15);
   }
+}
+
+// At a tolerance of 1 the matrix below is taken as symmetric: what that gives is no answer for a thread with another.
+TEST(EigenCache, KeepsTheAnswersOfThreadsApart) {
+  CNuMatrix a = FromRows({{1.0, 0.5}, {0.0, 1.0}});
+  const auto largestOfThread = [&a](double tol) {
+    double largest = 0.0;
+    std::thread([&] {
+      NuSetTol(tol);
+      a.EigenVectors(nullptr);
+      largest = a.EigenValues(nullptr)[1];
+    }).join();
+    return largest;
+  };
+  EXPECT_EQ(largestOfThread(1.0), 1.25);
+  EXPECT_EQ(largestOfThread(4.45e-16), 1.0);
+  EXPECT_NEAR(std::fabs(a.EigenVectors(nullptr).Element(0, 1)), 1.0, 1e-15);
+  EXPECT_EQ(largestOfThread(1.0), 1.25);
 }
 
 TEST(EigenCache, ServesManyThreads) {

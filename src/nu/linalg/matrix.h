@@ -113,16 +113,17 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   CNuMatrix Inverse(ENuStatus* status);
 
   // Eigenvalues and eigenvectors, the latter as columns of unit length in the order of the values.
-  // Symmetric within NuGetTol() (and, for elements below 1, within n * NuGetTol() of the largest): ascending values and
-  // orthonormal vectors of the symmetric part, by Householder reduction and implicit QL. Else by balancing, reduction
-  // to Hessenberg form and double-shift QR: values in ascending order of their real parts. A complex pair a +- ib gives
-  // the value a twice and, in its two columns, the real part x and the imaginary part y of the vector of a + ib, of
-  // unit length together: A x = a x - b y, A y = a y + b x; *status is then 2. Not square: cause 16. 30 iterations in
-  // succession that bring no value nearer, or an element that is not finite: cause 46.
+  // Symmetric within NuGetTol(), or within n * NuGetTol() times the largest element of the two rows where that is more
+  // (for elements below 1 / n: of the matrix): ascending values and orthonormal vectors of the symmetric part, by
+  // Householder reduction and implicit QL. Else by balancing, reduction to Hessenberg form and double-shift QR: values
+  // in ascending order of their real parts. A complex pair a +- ib gives the value a twice and, in its two columns, the
+  // real part x and the imaginary part y of the vector of a + ib, of unit length together: A x = a x - b y,
+  // A y = a y + b x; *status is then 2. Not square: cause 16. 30 iterations in succession that bring no value nearer,
+  // or an element that is not finite: cause 46.
   void EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatrix* vectors) const;
-  // The same one by one. Each operation keeps the last matrix and result of the process, whatever the thread, and
-  // answers from there when no element differs by NuGetTol() squared (for smaller elements: NuGetTol() times the
-  // largest).
+  // The same one by one. Each operation keeps the last matrix, NuGetTol() and result of the process, whatever the
+  // thread, and answers from there when the tolerance is the same and no element differs by its square (for smaller
+  // elements: NuGetTol() times the largest).
   CNuVector EigenValues(ENuStatus* status);
   CNuMatrix EigenVectors(ENuStatus* status);
 

@@ -105,10 +105,12 @@ void SetStatus(ENuStatus* status, ENuStatus value) {
 }
 
 // What the eigen operations remember of their last call. The mutex is constant-initialised and the entries are never
-// freed, so that the operations serve from the first static constructor to the last static destructor.
+// freed, so that the operations serve from the first static constructor to the last static destructor. The tolerance is
+// part of the question: it decides which algorithm answers, and other threads have others.
 template<class Result>
 struct EigenCache {
   CNuMatrix matrix;
+  double tol;
   ENuStatus status;
   Result result;
 };
@@ -118,9 +120,8 @@ constinit EigenCache<CNuMatrix>* lastVectors = nullptr;
 
 // Elements within NuGetTol() squared. A matrix whose elements are themselves that small is compared by its own size:
 // otherwise it would be taken for any other of its kind.
-bool IsCached(const CNuMatrix& cached, const CNuMatrix& a) {
+bool IsCached(const CNuMatrix& cached, const CNuMatrix& a, double tol) {
   if (a.GetRowSize() != cached.GetRowSize() || a.GetColumnSize() != cached.GetColumnSize()) return false;
-  const double tol = NuGetTol();
   const Elements elements(a);
   const double largest =
       nu::internal::MeasureBlock(elements.Data(), a.GetRowSize(), a.GetColumnSize(), a.GetColumnSize()).largest;
@@ -129,9 +130,10 @@ bool IsCached(const CNuMatrix& cached, const CNuMatrix& a) {
 
 template<class Result, class Compute>
 Result ThroughCache(const CNuMatrix& a, EigenCache<Result>*& last, ENuStatus* status, const Compute& compute) {
+  const double tol = NuGetTol();
   {
     const std::lock_guard lock(cacheMutex);
-    if (last != nullptr && IsCached(last->matrix, a)) {
+    if (last != nullptr && last->tol == tol && IsCached(last->matrix, a, tol)) {
       SetStatus(status, last->status);
       return last->result;
     }
@@ -141,7 +143,7 @@ Result ThroughCache(const CNuMatrix& a, EigenCache<Result>*& last, ENuStatus* st
   Result result = compute(&reached);
   SetStatus(status, reached);
   // Everything that can fail comes before the exchange.
-  std::unique_ptr<EigenCache<Result>> entry(new EigenCache<Result>{a, reached, result});
+  std::unique_ptr<EigenCache<Result>> entry(new EigenCache<Result>{a, tol, reached, result});
   {
     const std::lock_guard lock(cacheMutex);
     EigenCache<Result>* old = last;
@@ -151,18 +153,29 @@ Result ThroughCache(const CNuMatrix& a, EigenCache<Result>*& last, ENuStatus* st
   return result;
 }
 
-// Symmetric within NuGetTol(); a matrix of elements below 1 / n must be so beside its own size as well.
+// Symmetric but for rounding. Elements are compared within NuGetTol(), and within n * NuGetTol() times the largest
+// element of their two rows where that is more: a product such as R^T D R is off by so much. For a matrix of elements
+// below 1 / n the first bound shrinks with the matrix. A small block beside large elements is judged by its own rows.
 bool IsSymmetricEnough(const CNuMatrix& a) {
-  const double tol = NuGetTol();
-  if (!a.IsSymmetric(tol)) return false;
   const int n = a.GetRowSize();
+  const double tol = NuGetTol();
+  Workspace<kSmall> sizes(static_cast<std::size_t>(n));
+  double* size = sizes.Data();
   double largest = 0.0;
-  for (int i = 0; i < n; ++i)
-    for (int j = 0; j < n; ++j) {
-      largest = std::max(largest, std::fabs(a.GetData()[i][j]));
-      if (n * largest >= 1.0) return true;
+  for (int i = 0; i < n; ++i) {
+    size[i] = 0.0;
+    for (int j = 0; j < n; ++j) size[i] = std::max(size[i], std::fabs(a.GetData()[i][j]));
+    largest = std::max(largest, size[i]);
+  }
+  if (largest == 0.0) return a.IsSymmetric(HUGE_VAL) == NuTrue;
+  const double least = tol * std::min(1.0, n * largest);
+  for (int i = 0; i < n; ++i) {
+    for (int j = i + 1; j < n; ++j) {
+      const double difference = std::fabs(a.GetData()[i][j] - a.GetData()[j][i]);
+      if (!(difference < std::max(least, n * tol * std::max(size[i], size[j])))) return false;
     }
-  return a.IsSymmetric(tol * n * largest) == NuTrue || largest == 0.0;
+  }
+  return true;
 }
 
 }  // namespace
