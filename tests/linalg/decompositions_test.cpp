@@ -140,6 +140,47 @@ TEST(Inverse, IsOneFromBothSides) {
   EXPECT_EQ(status, NuStatusNone);
 }
 
+// Both refuse, or both succeed.
+bool IsTakenAsSingular(CNuMatrix a) {
+  CNuLinearEquSys system(0);
+  system.Solve(a, CNuVector(a.GetRowSize()));
+  const bool refused = FailureOf([&] { a.Inverse(nullptr); }) == "operation 16 calculation|CNuMatrix::Inverse() [0,0]";
+  EXPECT_EQ(refused, !system.SolutionExists());
+  return refused;
+}
+
+// Rank n - 1 leaves pivots that rounding has lifted off zero; scales that differ do not make a matrix singular.
+TEST(Inverse, RefusesWhatRoundingAloneMakesRegular) {
+  Random random(8);
+  for (int n : {3, 4, 5, 8, 20, 50}) {
+    for (int k = 0; k < 20000 / (n * n); ++k) {
+      CNuMatrix exact(n, n);
+      for (int i = 0; i + 1 < n; ++i)
+        for (int j = 0; j < n; ++j) exact.Element(i, j) = random.Below(19) - 9;
+      for (int i = 0; i + 1 < n; ++i)
+        exact.SetRowVector(n - 1, exact.GetRowVector(n - 1) + (random.Below(7) - 3) * exact.GetRowVector(i));
+      exact.SetRowVector(n - 1, exact.GetRowVector(n - 1) + exact.GetRowVector(0));
+      CNuMatrix product = UniformMatrix(random, n, n - 1) * UniformMatrix(random, n - 1, n);
+      CNuMatrix regular = UniformMatrix(random, n, n);
+      for (int i = 0; i < n; ++i) {
+        const int row = random.Below(660) - 330, column = random.Below(660) - 330;
+        for (int j = 0; j < n; ++j)
+          for (CNuMatrix* m : {&product, &regular}) {
+            m->Element(i, j) = std::ldexp(m->Element(i, j), row);
+            m->Element(j, i) = std::ldexp(m->Element(j, i), column);
+          }
+      }
+      EXPECT_TRUE(IsTakenAsSingular(exact) && IsTakenAsSingular(product) && !IsTakenAsSingular(regular)) << n;
+    }
+  }
+  // The elements of this triangle determine its inverse, whose largest is 2^58, to all digits.
+  CNuMatrix triangle = CNuMatrix::Identity(60);
+  for (int i = 0; i < 60; ++i)
+    for (int j = i + 1; j < 60; ++j) triangle.Element(i, j) = -1.0;
+  EXPECT_FALSE(IsTakenAsSingular(triangle) || IsTakenAsSingular(Hilbert(11)) || IsTakenAsSingular(Pascal(16)));
+  EXPECT_TRUE(IsTakenAsSingular(Hilbert(13)) && IsTakenAsSingular(Pascal(20)));
+}
+
 TEST(Determinant, KnownValuesWithoutOverflowOnTheWay) {
   EXPECT_EQ(CNuMatrix::Identity(7).Determinant(), 1.0);
   EXPECT_NEAR(Pascal(12).Determinant(), 1.0, 1e-4);

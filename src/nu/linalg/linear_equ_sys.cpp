@@ -8,6 +8,7 @@
 
 #include "nu/foundation/internal/failures.h"
 #include "nu/linalg/internal/lu.h"
+#include "nu/linalg/internal/lu_singularity.h"
 #include "nu/linalg/internal/nnls.h"
 #include "nu/linalg/internal/svd.h"
 #include "nu/linalg/internal/tall_qr.h"
@@ -111,7 +112,9 @@ class ExactFactors final : public EquationFactors {
     m_pivots = m_morePivots ? m_morePivots.get() : m_fewPivots;
     double* row = m_lu.Data();
     for (int i = 0; i < m_rows; ++i) row = std::copy_n(a.GetData()[i], m_rows, row);
-    m_singular = FactorLu(m_lu.Data(), m_rows, m_rows, m_pivots, NuGetTol(), NuGetZero()).singular;
+    const double tol = NuGetTol();
+    const LuResult lu = FactorLu(m_lu.Data(), m_rows, m_rows, m_pivots, tol, NuGetZero());
+    m_singular = lu.singular || IsSingularToRounding(a.GetData(), m_lu.Data(), m_rows, m_rows, m_pivots, lu, tol);
   }
 
   bool IsSingular() const { return m_singular; }

@@ -30,8 +30,8 @@ class NU_EXPORT CNuLinearEquSys : public CNuAlgebra {
 
   // Factors A and solves; whatever an earlier solve left is gone, also when this one fails. Sizes of A and b differ:
   // cause 17, "solving a set of equations".
-  // Exact: A not square: cause 45, "solving an exact set of equations"; A singular: no exception, and no solution
-  // exists. Reads NuGetTol() and NuGetZero().
+  // Exact: A not square: cause 45, "solving an exact set of equations"; A singular, as for
+  // CNuMatrix::Inverse: no exception, and no solution exists. Reads NuGetTol() and NuGetZero().
   // Least squares: singular values that cannot be found, as for elements that are not finite: cause 46, "calculation",
   // "CNuMatrix::SVD()". With non-negative unknowns (see SetNonnegative) no solution exists when the exchanges do not
   // come to an end or A or b is not finite. After SetEquality, SetInequality and SetSingularSolvable least squares
@@ -48,7 +48,7 @@ class NU_EXPORT CNuLinearEquSys : public CNuAlgebra {
   // Least squares with x >= 0 (C. L. Lawson, R. J. Hanson, Solving Least Squares Problems, 1974, chapter 23): unknowns
   // enter while the residual's product with their column is above NuGetLengthTol(). At most 10 exchanges per unknown.
   virtual void SetNonnegative();
-  // The exact method substitutes even when A is singular, with the vanishing pivots replaced by small ones.
+  // The exact method substitutes even when A is singular, with vanishing pivots replaced by small ones.
   virtual void SetSingularSolvable();
   // Constraints are refused, cause 45, "solving a set of equations with equality/inequality constraints"; the request
   // is remembered all the same, and least squares then gives no solution.

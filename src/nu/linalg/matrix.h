@@ -109,7 +109,9 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   // By LU decomposition, without overflow or underflow on the way; exactly 0 only when a pivot is, NaN when an element
   // is not finite. Not square: cause 16.
   double Determinant() const;
-  // By LU decomposition; *status is 0 before and 1 after. Not square or singular: cause 16.
+  // By LU decomposition; *status is 0 before and 1 after. Not square or singular: cause 16. Singular is also, beyond
+  // LUD, what changes of the elements by n * NuGetTol() of themselves can make so (by an estimate in O(n^2) that a weak
+  // pivot starts; the scales of rows and columns do not matter).
   CNuMatrix Inverse(ENuStatus* status);
 
   // Eigenvalues and eigenvectors, the latter as columns of unit length in the order of the values.

@@ -12,6 +12,7 @@
 #include "nu/linalg/internal/eigen_symmetric.h"
 #include "nu/linalg/internal/householder.h"
 #include "nu/linalg/internal/lu.h"
+#include "nu/linalg/internal/lu_singularity.h"
 #include "nu/linalg/internal/matmul.h"
 #include "nu/linalg/internal/svd.h"
 #include "nu/linalg/internal/workspace.h"
@@ -254,7 +255,9 @@ CNuMatrix CNuMatrix::Inverse(ENuStatus* status) {
   SmallBlock a(ElementCount(*this));
   CopyOut(*this, a.Data());
   Permutation rows(m_rows);
-  if (nu::internal::FactorLu(a.Data(), m_rows, m_rows, rows.Data(), NuGetTol(), NuGetZero()).singular)
+  const double tol = NuGetTol();
+  const LuResult lu = nu::internal::FactorLu(a.Data(), m_rows, m_rows, rows.Data(), tol, NuGetZero());
+  if (lu.singular || nu::internal::IsSingularToRounding(m_data, a.Data(), m_rows, m_rows, rows.Data(), lu, tol))
     FailOperation(16, kCalculation, where);
   // The columns of the inverse solve A x = e(k); all of them at once.
   CNuMatrix inverse(m_rows, m_rows);

@@ -8,6 +8,7 @@ namespace nu::internal {
 struct LuResult {
   bool singular = false;  // a row or a pivot vanished
   int parity = 1;         // +1 or -1: sign of the permutation
+  int weakest = -1;       // the pivot that lost most beside its column, if one lost so much that the rank is in doubt
 };
 
 // Factors the n x n row-major block a (leading dimension ld) in place: P A = L U, L below the diagonal with its unit

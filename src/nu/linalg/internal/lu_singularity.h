@@ -1,0 +1,20 @@
+#ifndef NU_LINALG_INTERNAL_LU_SINGULARITY_H
+#define NU_LINALG_INTERNAL_LU_SINGULARITY_H
+
+#include <cstddef>
+
+#include "nu/linalg/internal/lu.h"
+
+namespace nu::internal {
+
+// Whether changes of the elements of A by at most n * `tolerance` of themselves can make it singular, as far as an
+// estimate in O(n^2) finds them: its inverse then holds no digit that the elements determine. A true answer is proven,
+// up to rounding, by a perturbation of that size; the scales of rows and columns do not matter. `rows` are the row
+// pointers of A; lu, ld, permutation and result come from FactorLu, which has found no vanishing pivot. Without a weak
+// pivot the answer is false at once.
+bool IsSingularToRounding(const double* const* rows, const double* lu, int n, std::ptrdiff_t ld, const int* permutation,
+                          const LuResult& result, double tolerance);
+
+}  // namespace nu::internal
+
+#endif
