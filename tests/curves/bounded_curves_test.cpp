@@ -497,4 +497,28 @@ TEST(Polyline, FindsTheNearestPairAmongMany) {
   EXPECT_EQ(q.z(), 0.25);
 }
 
+// Edges between scattered points cross the whole cloud; hardly any come as close as 1e-7, but for the pair made so.
+TEST(Polyline, FindsTheNearestPairOfTangles) {
+  Random random(83);
+  const int n = 2000;
+  const auto any = [&] { return CNuPoint(random.Uniform(-1, 1), random.Uniform(-1, 1), random.Uniform(-1, 1)); };
+  for (const double gap : {1e-9, 0.0}) {
+    CNuPointArray first(2 * n), second(n);
+    for (int i = 0; i < n; ++i) first.Add(any());
+    for (int i = 0; i < n; ++i) second.Add(any());
+    const int at = random.Below(n - 1);
+    const CNuPoint a = first[at], b = first[at + 1];
+    const auto between = [](double from, double to) { return from + 0.375 * (to - from); };
+    const CNuPoint on(between(a.x(), b.x()), between(a.y(), b.y()), between(a.z(), b.z()));
+    second[random.Below(n)] = CNuPoint(on.x(), on.y(), on.z() + gap);
+    const CNuPolyline one(first), other(second);
+    CNuPoint p, q;
+    EXPECT_LE(one.DistanceTo(&other, &p, &q), gap + 1e-15);
+    EXPECT_LT(p.DistanceTo(on) + q.DistanceTo(on), 1e-8);
+    EXPECT_FALSE(one.IsSelfIntersecting());
+    for (int i = 0; i < n; ++i) first.Add(second[i]);
+    EXPECT_EQ(CNuPolyline(first).IsSelfIntersecting(), gap == 0.0 ? NuTrue : NuFalse);
+  }
+}
+
 }  // namespace

@@ -1,8 +1,11 @@
 #include "nu/curves/internal/piece_chain.h"
 
+#include <cfloat>
+#include <cstdint>
 #include <limits>
 
 #include "nu/curves/internal/chain_tree.h"
+#include "nu/curves/internal/space_search.h"
 #include "nu/geometry/internal/enclosing_ball.h"
 #include "nu/geometry/internal/extents.h"
 
@@ -12,18 +15,39 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
+// The trees along the chains answer for measured curves in a few visits for each piece. Where many more do not do, as
+// for edges that join scattered points, the space is searched with the pair found so far.
 class Search {
  public:
   Search(const ChainTree& first, const ChainTree& second)
-      : m_first(first), m_second(second), m_best(PairOf(first.Chain().Ends(0).start, second.Chain().Ends(0).start)) {}
+      : m_first(first),
+        m_second(second),
+        m_contact(DBL_EPSILON * std::max(first.Chain().LargestCoordinate(), second.Chain().LargestCoordinate())),
+        m_visitsLeft(kVisitsPerPiece * (first.Chain().Size() + second.Chain().Size())),
+        m_best(PairOf(first.Chain().Ends(0).start, second.Chain().Ends(0).start)) {}
 
   NearPair Run() {
     Visit(0, 0);
+    if (m_visitsLeft < 0) SpaceSearch(m_first.Chain(), m_second.Chain(), *this).Run();
     return m_best;
   }
 
+  double Reach() const { return m_best.distance; }
+  bool CanReach(double gap) const { return CanWin(gap); }
+  // False when nothing nearer is left to find.
+  bool Compare(int i, int j) {
+    Offer(i, j);
+    return CanWin(0.0);
+  }
+
  private:
-  bool CanWin(double gap) const { return gap < m_best.distance || (std::isnan(m_best.distance) && gap < kInfinity); }
+  static constexpr std::int64_t kVisitsPerPiece = 50;
+
+  // Pairs closer than the rounding of their coordinates touch, and none is closer.
+  bool CanWin(double gap) const {
+    if (std::isnan(m_best.distance)) return gap < kInfinity;
+    return gap < m_best.distance && m_best.distance > m_contact;
+  }
 
   bool CanReach(const Box& box, const Arc3* arc) const { return arc == nullptr || CanWin(Gap(box, *arc)); }
   bool CanReach(const Box& box, const ChainTree& tree, const ChainTree::Node& node) const {
@@ -31,9 +55,10 @@ class Search {
   }
 
   void Visit(int a, int b) {
+    if (--m_visitsLeft < 0) return;
     if (!CanWin(Gap(m_first[a], m_second[b], m_best.distance))) return;
     if (!CanReach(m_first[a].box, m_second, m_second[b]) || !CanReach(m_second[b].box, m_first, m_first[a])) return;
-    if (m_first[a].IsLeaf() && m_second[b].IsLeaf()) return Compare(m_first[a], m_second[b]);
+    if (m_first[a].IsLeaf() && m_second[b].IsLeaf()) return CompareLeaves(m_first[a], m_second[b]);
     if (m_first[a].Size() >= m_second[b].Size()) return VisitNearerFirst(a + 1, b, m_first[a].right, b);
     VisitNearerFirst(a, b + 1, a, m_second[b].right);
   }
@@ -45,23 +70,29 @@ class Search {
     if (!swap) Visit(c, d);
   }
 
-  void Compare(const ChainTree::Node& a, const ChainTree::Node& b) {
+  void CompareLeaves(const ChainTree::Node& a, const ChainTree::Node& b) {
     for (int i = a.begin; i < a.end; ++i) {
       const Box box = m_first.Chain().BoxOf(i);
       for (int j = b.begin; j < b.end; ++j) {
         const Box other = m_second.Chain().BoxOf(j);
-        if (!CanWin(Gap(box, other)) || !CanReach(box, m_second.Chain().ArcAt(j)) ||
-            !CanReach(other, m_first.Chain().ArcAt(i))) {
-          continue;
+        if (CanWin(Gap(box, other)) && CanReach(box, m_second.Chain().ArcAt(j)) &&
+            CanReach(other, m_first.Chain().ArcAt(i))) {
+          Offer(i, j);
         }
-        const NearPair pair = ClosestPieces(m_first.Chain(), i, m_second.Chain(), j);
-        if (pair.IsNearerThan(m_best)) m_best = pair;
       }
     }
   }
 
+  void Offer(int i, int j) {
+    if (AreApart(m_first.Chain(), i, m_second.Chain(), j, m_best.distance, m_contact)) return;
+    const NearPair pair = ClosestPieces(m_first.Chain(), i, m_second.Chain(), j);
+    if (pair.IsNearerThan(m_best)) m_best = pair;
+  }
+
   const ChainTree& m_first;
   const ChainTree& m_second;
+  double m_contact;
+  std::int64_t m_visitsLeft;
   NearPair m_best;
 };
 
@@ -103,6 +134,22 @@ NearPair ClosestPieces(const PieceChain& first, int i, const PieceChain& second,
   if (other != nullptr) return ClosestBetween(first.Ends(i), *other);
   if (arc != nullptr) return ClosestBetween(second.Ends(j), *arc).Swapped();
   return ClosestBetween(first.Ends(i), second.Ends(j));
+}
+
+bool AreApart(const PieceChain& first, int i, const PieceChain& second, int j, double distance, double rounding) {
+  constexpr double kLeastSine = 1e-3;
+  constexpr double kRoundings = 16.0 / kLeastSine;  // of the products, along n
+  if (first.ArcAt(i) != nullptr || second.ArcAt(j) != nullptr) return false;
+  const Segment3& a = first.Ends(i);
+  const Segment3& b = second.Ends(j);
+  const Vec3 d1 = a.end - a.start;
+  const Vec3 d2 = b.end - b.start;
+  const Vec3 n = Cross(d1, d2);
+  const double square = Dot(n, n);
+  if (!(square > kLeastSine * kLeastSine * Dot(d1, d1) * Dot(d2, d2))) return false;
+  const double gap = Dot(b.start - a.start, n);
+  const double far = distance + kRoundings * rounding;
+  return gap * gap > far * far * square;
 }
 
 Box PieceChain::BoxOf(int i) const {

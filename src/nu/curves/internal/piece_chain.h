@@ -56,6 +56,10 @@ NearPair ClosestBetween(const PieceChain& first, const PieceChain& second);
 // The same for one piece of each.
 NearPair ClosestPieces(const PieceChain& first, int i, const PieceChain& second, int j);
 
+// True for two segments whose lines are farther apart than the distance, given the rounding of the coordinates: the
+// normal n = d1 x d2 leads from one line to the other. False where that is not certain.
+bool AreApart(const PieceChain& first, int i, const PieceChain& second, int j, double distance, double rounding);
+
 struct Ball {
   Vec3 centre;
   double radius;

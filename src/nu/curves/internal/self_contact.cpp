@@ -1,8 +1,10 @@
 #include "nu/curves/internal/self_contact.h"
 
+#include <cfloat>
+#include <cstdint>
 #include <limits>
 
-#include "nu/curves/internal/chain_tree.h"
+#include "nu/curves/internal/space_search.h"
 #include "nu/geometry/internal/incidence.h"
 
 namespace nu::internal {
@@ -39,32 +41,51 @@ Points2 MeetUnbounded(const PieceChain& chain, int i, int j, double tol) {
   return {};
 }
 
+// Measured curves are answered by the tree along the chain. What takes it more visits is searched in space.
 class SelfSearch {
  public:
   SelfSearch(const ChainTree& tree, double tol)
       : m_tree(tree),
         m_chain(tree.Chain()),
         m_tol(tol),
-        m_beyond(std::nextafter(tol, std::numeric_limits<double>::infinity())) {}
+        m_beyond(std::nextafter(tol, std::numeric_limits<double>::infinity())),
+        m_rounding(DBL_EPSILON * tree.Chain().LargestCoordinate()),
+        m_visitsLeft(kVisitsPerPiece * tree.Chain().Size()) {}
 
-  bool Within(int a) const {
-    const ChainTree::Node& node = m_tree[a];
-    if (node.IsLeaf()) return Compare(node, node);
-    return Within(a + 1) || Within(node.right) || Between(a + 1, node.right);
+  bool Run() {
+    m_touches = Within(0);
+    if (m_visitsLeft < 0) SpaceSearch(m_chain, m_chain, *this).Run();
+    return m_touches;
+  }
+
+  double Reach() const { return m_tol; }
+  bool CanReach(double gap) const { return gap <= m_tol; }
+  // False when a contact is found.
+  bool Compare(int i, int j) {
+    m_touches = m_touches || (i < j && Touch(i, j));
+    return !m_touches;
   }
 
  private:
+  static constexpr std::int64_t kVisitsPerPiece = 50;
+
+  bool Within(int a) {
+    const ChainTree::Node& node = m_tree[a];
+    if (node.IsLeaf()) return CompareLeaves(node, node);
+    return Within(a + 1) || Within(node.right) || Between(a + 1, node.right);
+  }
+
   // All pieces of node a come before those of node b.
-  bool Between(int a, int b) const {
+  bool Between(int a, int b) {
     const ChainTree::Node& first = m_tree[a];
     const ChainTree::Node& second = m_tree[b];
-    if (!(Gap(first, second, m_beyond) <= m_tol)) return false;
-    if (first.IsLeaf() && second.IsLeaf()) return Compare(first, second);
+    if (--m_visitsLeft < 0 || !(Gap(first, second, m_beyond) <= m_tol)) return false;
+    if (first.IsLeaf() && second.IsLeaf()) return CompareLeaves(first, second);
     if (first.Size() >= second.Size()) return Between(a + 1, b) || Between(first.right, b);
     return Between(a, b + 1) || Between(a, second.right);
   }
 
-  bool Compare(const ChainTree::Node& a, const ChainTree::Node& b) const {
+  bool CompareLeaves(const ChainTree::Node& a, const ChainTree::Node& b) const {
     for (int i = a.begin; i < a.end; ++i) {
       for (int j = std::max(i + 1, b.begin); j < b.end; ++j) {
         if (Touch(i, j)) return true;
@@ -80,6 +101,7 @@ class SelfSearch {
     if (next && around) return IsOn(MiddleOf(i), j) || MeetsAgain(i, j);
     if (next) return FoldsBack(i, j) || MeetsAgain(i, j);
     if (around) return FoldsBack(j, i) || MeetsAgain(j, i);
+    if (AreApart(m_chain, i, m_chain, j, m_tol, m_rounding)) return false;
     return ClosestPieces(m_chain, i, m_chain, j).distance <= m_tol;
   }
 
@@ -116,6 +138,9 @@ class SelfSearch {
   const PieceChain& m_chain;
   double m_tol;
   double m_beyond;
+  double m_rounding;
+  std::int64_t m_visitsLeft;
+  bool m_touches = false;
 };
 
 }  // namespace
@@ -124,7 +149,7 @@ bool TouchesItself(const PieceChain& chain, double tol) {
   const PieceChain kept = WithoutShortPieces(chain, tol);
   if (kept.Size() < 2) return false;
   const ChainTree tree(kept);
-  return SelfSearch(tree, tol).Within(0);
+  return SelfSearch(tree, tol).Run();
 }
 
 }  // namespace nu::internal
