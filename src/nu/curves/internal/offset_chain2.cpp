@@ -1,9 +1,7 @@
 #include "nu/curves/internal/offset_chain2.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <numeric>
-#include <unordered_map>
 
 #include "nu/curves/internal/offset_trace2.h"
 #include "nu/curves/internal/piece_tree2.h"
@@ -41,15 +39,110 @@ RawEnds AddBothSides(const std::vector<Piece2>& chain, bool closed, double dista
   return AddRawOffset(around, chain.size(), distance, corner, snap, raw);
 }
 
-// Leaves out pieces that are too close to one point of the chain all along: where the distance is far above the radii
-// of curvature those are most of them, and they cross each other many times.
-void DropCovered(const PieceTree2& chain, double distance, RawOffset& raw) {
+// A grid that knows one piece of a chain for most cells that the chain passes.
+class PassingPieces {
+ public:
+  PassingPieces(const std::vector<Piece2>& chain, double cell) {
+    for (const Piece2& piece : chain) m_bounds.Include(BoxOf(piece));
+    const double side = std::max(m_bounds.high.x - m_bounds.low.x, m_bounds.high.y - m_bounds.low.y);
+    // No more cells than sixteen times the pieces.
+    m_size = static_cast<int>(std::clamp(side / cell, 1.0, std::sqrt(16.0 * static_cast<double>(chain.size()))));
+    m_cell = side / m_size;
+    if (!(m_cell > 0.0)) return;
+    m_pieces.assign(Index(m_size) * Index(m_size), -1);
+    Fill(chain);
+  }
+
+  // A piece closer to p than the distance, from its cell and those around it; -1 where none is known.
+  int PieceWithin(const std::vector<Piece2>& chain, double distance, Vec2 p) const {
+    constexpr int kOrder[9] = {4, 1, 3, 5, 7, 0, 2, 6, 8};  // the own cell first
+    for (const int k : kOrder) {
+      if (m_pieces.empty()) break;
+      const int piece = m_pieces[CellOf({p.x + (k % 3 - 1) * m_cell, p.y + (k / 3 - 1) * m_cell})];
+      if (piece >= 0 && chain[Index(piece)].DistanceTo(p) < distance) return piece;
+    }
+    return -1;
+  }
+
+ private:
+  // Long pieces fill the grid before all of them are entered.
+  void Fill(const std::vector<Piece2>& chain) {
+    constexpr double kStepsPerCell = 4.0;
+    double stepsLeft = kStepsPerCell * static_cast<double>(m_pieces.size() + chain.size());
+    for (int i = 0; i < static_cast<int>(chain.size()) && stepsLeft > 0.0; ++i) {
+      const Piece2& piece = chain[Index(i)];
+      const double steps = std::ceil(piece.length / m_cell);
+      for (double k = 0.0; k < steps; k += 1.0) m_pieces[CellOf(piece.At((k + 0.5) / steps * piece.length))] = i;
+      stepsLeft -= steps;
+    }
+  }
+
+  std::size_t CellOf(Vec2 p) const {
+    const double last = m_size - 1.0;
+    const double x = std::clamp(std::floor((p.x - m_bounds.low.x) / m_cell), 0.0, last);
+    const double y = std::clamp(std::floor((p.y - m_bounds.low.y) / m_cell), 0.0, last);
+    return static_cast<std::size_t>(y) * Index(m_size) + static_cast<std::size_t>(x);
+  }
+
+  Box2 m_bounds;
+  int m_size = 0;
+  double m_cell = 0.0;
+  std::vector<int> m_pieces;
+};
+
+// Whether pieces are closer to a chain than the distance all along. A part is when all of it is that close to a point
+// of the chain near its middle, or when both its halves are.
+class Cover {
+ public:
+  Cover(const std::vector<Piece2>& chain, const PieceTree2& tree, double distance)
+      : m_chain(chain),
+        m_tree(tree),
+        m_distance(distance),
+        m_passing(chain, 0.5 * distance),
+        m_last(chain.front().start) {}
+
+  bool Holds(const Piece2& piece) {
+    constexpr int kMaxHalvings = 10;
+    return Holds(piece, 0.0, piece.length, kMaxHalvings);
+  }
+
+ private:
+  bool Holds(const Piece2& piece, double from, double to, int halvings) {
+    const Piece2 part = piece.Part(from, to);
+    if (part.ReachFrom(m_last) < m_distance) return true;
+    const double middle = from + 0.5 * (to - from);
+    if (!FindNear(piece.At(middle))) return false;
+    if (part.ReachFrom(m_last) < m_distance) return true;
+    return halvings > 0 && Holds(piece, from, middle, halvings - 1) && Holds(piece, middle, to, halvings - 1);
+  }
+
+  // A piece that is near enough is found sooner than the closest one, in a tangle by far.
+  bool FindNear(Vec2 p) {
+    const double near = 0.5 * m_distance;
+    int piece = m_passing.PieceWithin(m_chain, near, p);
+    if (piece < 0) piece = m_tree.PieceWithin(near, p);
+    const std::optional<Vec2> found =
+        piece >= 0 ? m_chain[Index(piece)].ClosestTo(p) : m_tree.ClosestWithin(m_distance, p);
+    if (found) m_last = *found;
+    return found.has_value();
+  }
+
+  const std::vector<Piece2>& m_chain;
+  const PieceTree2& m_tree;
+  double m_distance;
+  PassingPieces m_passing;
+  Vec2 m_last;  // the point that held the last part often holds the next one
+};
+
+// Leaves out pieces that are too close to the chain all along: where the distance is far above the radii of curvature
+// or above the gaps of a tangle those are most of them, and they cross each other many times.
+void DropCovered(const std::vector<Piece2>& chain, const PieceTree2& tree, double distance, RawOffset& raw) {
+  Cover cover(chain, tree, distance);
   std::vector<int> places(raw.pieces.size(), -1);
   int left = 0;
   for (int i = 0; i < static_cast<int>(raw.pieces.size()); ++i) {
     const Piece2& piece = raw.pieces[Index(i)];
-    const std::optional<Vec2> closest = chain.ClosestWithin(distance, piece.At(0.5 * piece.length));
-    if (closest && piece.ReachFrom(*closest) < distance) continue;
+    if (cover.Holds(piece)) continue;
     raw.pieces[Index(left)] = piece;
     raw.from[Index(left)] = raw.from[Index(i)];
     raw.to[Index(left)] = raw.to[Index(i)];
@@ -57,6 +150,9 @@ void DropCovered(const PieceTree2& chain, double distance, RawOffset& raw) {
     places[Index(i)] = left++;
   }
   raw.pieces.resize(Index(left));
+  raw.from.resize(Index(left));
+  raw.to.resize(Index(left));
+  raw.roles.resize(Index(left));
   std::vector<RawCut> cuts;
   for (std::size_t i = 0; i < raw.cuts.size(); i += 2) {
     const int first = places[Index(raw.cuts[i].piece)];
@@ -66,6 +162,27 @@ void DropCovered(const PieceTree2& chain, double distance, RawOffset& raw) {
     cuts.push_back({second, raw.cuts[i + 1].at, raw.cuts[i + 1].node});
   }
   raw.cuts = std::move(cuts);
+}
+
+// Leaves out the nodes that no piece, cut or end refers to.
+void DropNodes(RawOffset& raw, RawEnds& ends) {
+  std::vector<int> places(raw.nodes.size(), -1);
+  int left = 0;
+  const auto keep = [&](int& node) {
+    int& place = places[Index(node)];
+    if (place < 0) place = left++;
+    node = place;
+  };
+  for (int& node : raw.from) keep(node);
+  for (int& node : raw.to) keep(node);
+  for (RawCut& cut : raw.cuts) keep(cut.node);
+  keep(ends.start);
+  keep(ends.end);
+  std::vector<Vec2> nodes(Index(left));
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    if (places[i] >= 0) nodes[Index(places[i])] = raw.nodes[i];
+  }
+  raw.nodes = std::move(nodes);
 }
 
 // Cuts pieces where they cross others. Nodes at crossings with borders are marked.
@@ -153,45 +270,65 @@ class Cutter {
 };
 
 // Nodes no farther apart than the tolerance, directly or through others, are one: the least number stands for all.
+// Sorted along one axis, nodes fall into runs where the next one is farther away than the tolerance. Runs are split
+// along either axis in turn, which leaves few nodes together.
 class NodeMerger {
  public:
   NodeMerger(const std::vector<Vec2>& nodes, double tol) : m_nodes(nodes), m_tol(tol), m_parent(nodes.size()) {
     std::iota(m_parent.begin(), m_parent.end(), 0);
-    std::unordered_map<std::uint64_t, int> last;  // of the nodes in a cell
-    last.reserve(nodes.size());
-    std::vector<int> before(nodes.size(), -1);
-    for (int i = 0; i < static_cast<int>(nodes.size()); ++i) {
-      const std::int64_t x = CellOf(nodes[Index(i)].x);
-      const std::int64_t y = CellOf(nodes[Index(i)].y);
-      for (std::int64_t k = 0; k < 9; ++k) {
-        const auto cell = last.find(KeyOf(x + k / 3 - 1, y + k % 3 - 1));
-        // One node of each group in reach is enough, and most cells hold one.
-        for (int j = cell == last.end() ? -1 : cell->second; j >= 0; j = before[Index(j)]) {
-          if (Unite(i, j)) break;
-        }
-      }
-      const auto own = last.try_emplace(KeyOf(x, y), -1).first;
-      before[Index(i)] = own->second;
-      own->second = i;
-    }
+    m_order = m_parent;
+    SplitRun(0, m_order.size(), 0);
     for (int i = 0; i < static_cast<int>(nodes.size()); ++i) m_parent[Index(i)] = Root(i);
   }
 
   const std::vector<int>& Groups() const { return m_parent; }
 
  private:
-  std::int64_t CellOf(double x) const { return static_cast<std::int64_t>(std::floor(x / m_tol)); }
-  static std::uint64_t KeyOf(std::int64_t x, std::int64_t y) {
-    constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15u;
-    return static_cast<std::uint64_t>(x) * kSpread ^ static_cast<std::uint64_t>(y);
+  // Along x and y in turn.
+  double At(std::size_t place, int depth) const {
+    const Vec2 p = m_nodes[Index(m_order[place])];
+    return depth % 2 == 0 ? p.x : p.y;
   }
 
-  bool Unite(int i, int j) {
-    if (!(Norm(m_nodes[Index(i)] - m_nodes[Index(j)]) <= m_tol)) return false;
+  void SplitRun(std::size_t begin, std::size_t end, int depth) {
+    constexpr int kMaxDepth = 8;
+    const auto order = m_order.begin();
+    std::sort(order + static_cast<std::ptrdiff_t>(begin), order + static_cast<std::ptrdiff_t>(end), [&](int i, int j) {
+      const Vec2 p = m_nodes[Index(i)];
+      const Vec2 q = m_nodes[Index(j)];
+      const double ahead = depth % 2 == 0 ? q.x - p.x : q.y - p.y;
+      return ahead > 0.0 || (ahead == 0.0 && i < j);
+    });
+    if (depth == kMaxDepth) return UniteRun(begin, end, depth);
+    for (std::size_t first = begin, i = begin + 1; i <= end; ++i) {
+      if (i < end && At(i, depth) - At(i - 1, depth) <= m_tol) continue;
+      if (i - first == 2) {
+        Unite(m_order[first], m_order[first + 1]);
+      } else if (i - first > 2) {
+        SplitRun(first, i, depth + 1);
+      }
+      first = i;
+    }
+  }
+
+  void UniteRun(std::size_t begin, std::size_t end, int depth) {
+    const auto isNearFirst = [&](int i) { return Norm(m_nodes[Index(i)] - m_nodes[Index(m_order[begin])]) <= m_tol; };
+    const auto first = m_order.begin() + static_cast<std::ptrdiff_t>(begin);
+    const auto last = m_order.begin() + static_cast<std::ptrdiff_t>(end);
+    if (std::all_of(first, last, isNearFirst)) {
+      for (std::size_t i = begin + 1; i < end; ++i) Unite(m_order[begin], m_order[i]);
+      return;
+    }
+    for (std::size_t i = begin; i < end; ++i) {
+      for (std::size_t j = i + 1; j < end && At(j, depth) - At(i, depth) <= m_tol; ++j) Unite(m_order[i], m_order[j]);
+    }
+  }
+
+  void Unite(int i, int j) {
+    if (!(Norm(m_nodes[Index(i)] - m_nodes[Index(j)]) <= m_tol)) return;
     const int a = Root(i);
     const int b = Root(j);
     m_parent[Index(std::max(a, b))] = std::min(a, b);
-    return true;
   }
 
   int Root(int i) {
@@ -202,21 +339,26 @@ class NodeMerger {
   const std::vector<Vec2>& m_nodes;
   double m_tol;
   std::vector<int> m_parent;
+  std::vector<int> m_order;
 };
 
 // The parts between cuts that are not too close to the chain, and have some room to their right: where walls are just
 // two distances apart, both offsets run there and back between them. Short parts may do without, as they must where
 // offsets touch.
-std::vector<TraceEdge> FreeParts(const RawOffset& raw, const std::vector<int>& group, const PieceTree2& chain,
-                                 double distance, double mergeTol) {
+std::vector<TraceEdge> FreeParts(const RawOffset& raw, const std::vector<int>& group, const std::vector<Piece2>& chain,
+                                 const PieceTree2& tree, double distance, double mergeTol) {
   const double keepTol = 2.0 * mergeTol;
   const double room = keepTol + 0.5 * mergeTol;  // so that what is left out has ends that are one
   constexpr double kShort = 1e-5;  // curves of a size of about 1 that touch are no farther apart than `room` for that
+  int nearest = 0;  // a piece of the chain that was too close to the last part, and often is to the next one
   const auto isFree = [&](const Piece2& piece, double from, double to) {
     const double at = from + 0.5 * (to - from);
     const double aside = to - from > kShort ? room : 0.0;
     const Vec2 p = piece.At(at) - aside * Perpendicular(piece.DirectionAt(at));
-    return !chain.HasPieceWithin(distance - keepTol, p);
+    if (chain[Index(nearest)].DistanceTo(p) < distance - keepTol) return false;
+    const int near = tree.PieceWithin(distance - keepTol, p);
+    if (near >= 0) nearest = near;
+    return near < 0;
   };
   std::vector<std::vector<RawCut>> cuts(raw.pieces.size());
   for (const RawCut& cut : raw.cuts) cuts[Index(cut.piece)].push_back(cut);
@@ -300,17 +442,18 @@ OffsetChain OffsetPieces(const std::vector<Piece2>& chain, bool closed, double d
   const double mergeTol = std::max(1e-11, 2.0 * snap);
   OffsetChain result;
   RawOffset raw;
-  const RawEnds ends = AddBothSides(chain, closed, distance, corner, snap, raw);
+  RawEnds ends = AddBothSides(chain, closed, distance, corner, snap, raw);
   result.outcome = raw.foldsBack ? OffsetChain::Outcome::foldsBack : OffsetChain::Outcome::vanished;
   if (raw.foldsBack) return result;
   const PieceTree2 tree(chain);
-  DropCovered(tree, distance - 2.0 * mergeTol, raw);
+  DropCovered(chain, tree, distance - 2.0 * mergeTol, raw);
   if (raw.pieces.empty()) return result;
+  DropNodes(raw, ends);
   Cutter cutter(raw, 0.5 * mergeTol);
   cutter.Run();
   const NodeMerger merger(raw.nodes, mergeTol);
   const std::vector<int>& group = merger.Groups();
-  const std::vector<TraceEdge> edges = FreeParts(raw, group, tree, distance, mergeTol);
+  const std::vector<TraceEdge> edges = FreeParts(raw, group, chain, tree, distance, mergeTol);
   if (edges.empty()) return result;
   Trace trace(raw, group, edges);
   if (!closed) {

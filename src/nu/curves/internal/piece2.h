@@ -5,15 +5,16 @@
 
 namespace nu::internal {
 
+// Of coordinates of about 1: squares that vanish are of lengths far below their rounding.
 inline double Norm(Vec2 v) {
-  return std::hypot(v.x, v.y);
+  return std::sqrt(v.x * v.x + v.y * v.y);
 }
 // Turned to the left by an angle in radians.
 Vec2 Rotated(Vec2 v, double angle);
 
-// A segment or an arc in a plane, told from its start: with the unit direction t there and n a quarter turn to the left
-// of it, the points p of its curve are those with (p - start).n = curvature |p - start|^2 / 2. No centre far away costs
-// digits, and a segment is the arc without curvature.
+// A segment or an arc in a plane, given from its start: with the unit direction t there and n a quarter turn to the
+// left of it, the points p of its curve are those with (p - start).n = curvature |p - start|^2 / 2. No centre far away
+// costs digits, and a segment is the arc without curvature.
 struct Piece2 {
   Vec2 At(double s) const;
   Vec2 DirectionAt(double s) const { return curvature == 0.0 ? direction : Rotated(direction, curvature * s); }

@@ -63,14 +63,17 @@ bool PieceTree2::CanBeWithin(const Node& node, double distance, Vec2 p) const {
   return node.width == HUGE_VAL || node.way.DistanceTo(p) - node.width < distance;
 }
 
-bool PieceTree2::IsWithin(int a, double distance, Vec2 p) const {
+int PieceTree2::FindWithin(int a, double distance, Vec2 p) const {
   const Node& node = m_nodes[static_cast<std::size_t>(a)];
-  if (!CanBeWithin(node, distance, p)) return false;
-  if (!node.IsLeaf()) return IsWithin(a + 1, distance, p) || IsWithin(node.right, distance, p);
-  for (int i = node.begin; i < node.end; ++i) {
-    if (m_pieces[static_cast<std::size_t>(i)].DistanceTo(p) < distance) return true;
+  if (!CanBeWithin(node, distance, p)) return -1;
+  if (!node.IsLeaf()) {
+    const int found = FindWithin(a + 1, distance, p);
+    return found >= 0 ? found : FindWithin(node.right, distance, p);
   }
-  return false;
+  for (int i = node.begin; i < node.end; ++i) {
+    if (m_pieces[static_cast<std::size_t>(i)].DistanceTo(p) < distance) return i;
+  }
+  return -1;
 }
 
 std::optional<Vec2> PieceTree2::ClosestWithin(double distance, Vec2 p) const {

@@ -16,7 +16,8 @@ class PieceTree2 {
   // At least one piece. The pieces must outlive the tree.
   explicit PieceTree2(const std::vector<Piece2>& pieces);
 
-  bool HasPieceWithin(double distance, Vec2 p) const { return IsWithin(0, distance, p); }
+  // Some piece closer than the distance, or -1.
+  int PieceWithin(double distance, Vec2 p) const { return FindWithin(0, distance, p); }
   // The closest point, if it is within the distance.
   std::optional<Vec2> ClosestWithin(double distance, Vec2 p) const;
 
@@ -41,7 +42,7 @@ class PieceTree2 {
   void Build(int begin, int end);
   double WidthOf(const Node& node) const;
   bool CanBeWithin(const Node& node, double distance, Vec2 p) const;
-  bool IsWithin(int node, double distance, Vec2 p) const;
+  int FindWithin(int node, double distance, Vec2 p) const;
   void FindCloser(int node, Vec2 p, double& distance, int& closest) const;
 
   template<class Visit>
