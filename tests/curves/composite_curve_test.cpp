@@ -63,9 +63,32 @@ TEST(CompositeCurve, IsAChainOfCopies) {
   other.Rotate(90, CNuGeometry::X_AXIS, CNuPoint(7, 8, 9));
   EXPECT_LT(other.GetStartPoint().DistanceTo(CNuPoint(-43, 8, -1)), 1e-13);
   EXPECT_TRUE(other.IsClosed(1e-13) && other.IsPlanar(1e-13) && other.GetNumberSegments() == 5);
-  assigned.CopyPosition(other);
-  EXPECT_LT(assigned.GetSegment(1)->DistanceTo(other.GetSegment(1), &p, &p), 1e-14);
-  EXPECT_LT(assigned.GetEndPoint().DistanceTo(CNuPoint(-43, 8, -1)), 1e-13);
+  CNuCompositeCurve moved(assigned);
+  const CNuNonLinearGeometry& from = other;
+  static_cast<CNuNonLinearGeometry&>(assigned).CopyPosition(from);
+  static_cast<CNuBoundedCurve&>(moved) = other;
+  for (CNuCompositeCurve* chain : {&assigned, &moved}) {
+    EXPECT_LT(chain->GetSegment(1)->DistanceTo(other.GetSegment(1), &p, &p), 1e-14);
+    EXPECT_LT(chain->GetEndPoint().DistanceTo(CNuPoint(-43, 8, -1)), 1e-13);
+  }
+}
+
+TEST(CompositeCurve, IsEnclosedWithItsGaps) {
+  nu::test::Random random(5);
+  for (int i = 0; i < 200; ++i) {
+    const auto any = [&] { return CNuPoint(random.Uniform(-1, 1), random.Uniform(-1, 1), random.Uniform(-1, 1)); };
+    CNuCompositeCurve chain;
+    for (int k = 0; k < 1 + i % 3; ++k) chain.AddSegment(CNuLineSegment(any() * 5, any()), NuTrue);
+    if (i % 2 == 0) chain.AddSegment(CNuCircularArc(any() * 3, any(), any()), NuTrue);
+    CNuPoint centre;
+    double radius = 0;
+    chain.BoundingCircle(&radius, &centre);
+    const CNuPointArray points = chain.ToPolyline(1e-3).GetPoints();
+    double farthest = 0;
+    for (int k = 0; k < points.GetSize(); ++k) farthest = std::max(farthest, points[k].DistanceTo(centre));
+    EXPECT_LE(farthest, radius * (1 + 1e-14)) << i;
+    EXPECT_GE(farthest, radius * (1 - 2e-3)) << i;
+  }
 }
 
 TEST(CompositeCurve, RefusesWhatHasNoMeaning) {

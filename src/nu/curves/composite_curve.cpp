@@ -84,7 +84,8 @@ CNuCompositeCurve::CNuCompositeCurve() : CNuBoundedCurve(NuTypeCompositeCurve) {
   SetPosition(CNuPoint(), CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
 }
 
-CNuCompositeCurve::CNuCompositeCurve(const CNuCompositeCurve& other) : CNuBoundedCurve(other) {
+CNuCompositeCurve::CNuCompositeCurve(const CNuCompositeCurve& other)
+    : CNuBoundedCurve(other), m_carried(other.m_carried) {
   try {
     for (const auto& segment : other.m_segments) m_segments.push_back(CopyOf(*segment));
   } catch (const std::bad_alloc&) {
@@ -95,8 +96,9 @@ CNuCompositeCurve::CNuCompositeCurve(const CNuCompositeCurve& other) : CNuBounde
 CNuCompositeCurve& CNuCompositeCurve::operator=(const CNuCompositeCurve& other) {
   if (this != &other) {
     CNuCompositeCurve copy(other);
+    m_segments.clear();
     CNuBoundedCurve::operator=(copy);
-    m_segments.swap(copy.m_segments);
+    m_segments = std::move(copy.m_segments);
   }
   return *this;
 }
@@ -112,14 +114,13 @@ void CNuCompositeCurve::AddSegment(const CNuBoundedCurve& segment, ENuBoolean at
 }
 
 void CNuCompositeCurve::Add(std::unique_ptr<CNuBoundedCurve> segment, bool atEnd) {
-  CNuBoundedCurve& added = *segment;
+  // The frame comes first, or the segment would go along with it.
+  if (m_segments.empty()) SetPosition(segment->GetStartPoint(), CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
   if (atEnd) {
     m_segments.push_back(std::move(segment));
   } else {
     m_segments.push_front(std::move(segment));
   }
-  if (m_segments.size() > 1) return;
-  SetPosition(added.GetStartPoint(), CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
 }
 
 const CNuBoundedCurve* CNuCompositeCurve::GetSegment(int i) const {
@@ -191,51 +192,12 @@ CNuPolyline CNuCompositeCurve::ToPolyline(double tol) const {
   return CNuPolyline(points);
 }
 
-void CNuCompositeCurve::Translate(const CNuPoint& p) {
-  const Frame before = GetFrame();
-  CNuBoundedCurve::Translate(p);
-  Carry(before);
-}
-
-void CNuCompositeCurve::Translate(double dx, double dy, double dz) {
-  const Frame before = GetFrame();
-  CNuBoundedCurve::Translate(dx, dy, dz);
-  Carry(before);
-}
-
-void CNuCompositeCurve::Rotate(double angle, const CNuVector& axis, const CNuPoint& centre) {
-  const Frame before = GetFrame();
-  CNuBoundedCurve::Rotate(angle, axis, centre);
-  Carry(before);
-}
-
-void CNuCompositeCurve::Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre) {
-  const Frame before = GetFrame();
-  CNuBoundedCurve::Rotate(angle, axis, centre);
-  Carry(before);
-}
-
-void CNuCompositeCurve::Rotate(double angle, const CNuVector& axis) {
-  const Frame before = GetFrame();
-  CNuBoundedCurve::Rotate(angle, axis);
-  Carry(before);
-}
-
-void CNuCompositeCurve::Rotate(double angle, CNuGeometry::EAxisType axis) {
-  const Frame before = GetFrame();
-  CNuBoundedCurve::Rotate(angle, axis);
-  Carry(before);
-}
-
-void CNuCompositeCurve::CopyPosition(const CNuNonLinearGeometry& g) {
-  const Frame before = GetFrame();
-  CNuBoundedCurve::CopyPosition(g);
-  Carry(before);
-}
-
-// The frames of the segments go along with that of the curve, which was `before`.
-void CNuCompositeCurve::Carry(const Frame& before) {
-  const FrameMotion motion(before, GetFrame());
+// The frames of the segments go along with that of the curve.
+void CNuCompositeCurve::PositionChanged() {
+  const Frame before = m_carried;
+  m_carried = GetFrame();
+  if (m_segments.empty()) return;
+  const FrameMotion motion(before, m_carried);
   const auto carry = [&](auto& segment) {
     const Frame frame = segment.GetFrame();
     segment.SetPosition(ToPoint(motion.At(Components(frame.origin))), ToVector(motion.Turned(Components(frame.xaxis))),

@@ -55,14 +55,6 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   // for more points than an array can count: CNuOperationException cause 12, "conversion".
   CNuPolyline ToPolyline(double tol) const;
 
-  void Translate(const CNuPoint& p) override;
-  void Translate(double dx, double dy, double dz) override;
-  void Rotate(double angle, const CNuVector& axis, const CNuPoint& centre) override;
-  void Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre) override;
-  void Rotate(double angle, const CNuVector& axis) override;
-  void Rotate(double angle, CNuGeometry::EAxisType axis) override;
-  void CopyPosition(const CNuNonLinearGeometry& g);
-
   CNuPoint GetStartPoint() override;
   CNuPoint GetEndPoint() override;
   // The normal is that of the least-squares plane, on the side from which the curve runs counter-clockwise around what
@@ -103,13 +95,14 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
 
   void RequireSegments(const char* where) const;
   void Add(std::unique_ptr<CNuBoundedCurve> segment, bool atEnd);
-  void Carry(const Frame& before);
+  void PositionChanged() override;
   void ReadSegment(int type, std::ifstream& in);
   CNuVector PlaneNormal() const;
   static std::unique_ptr<CNuCompositeCurve> OffsetOf(const nu::internal::PieceChain& chain, double distance,
                                                      const nu::internal::Vec3& normal, int shape, const char* where);
 
   Segments m_segments;
+  Frame m_carried;  // where the frame was when the segments were last taken along
 };
 
 #endif

@@ -26,6 +26,13 @@ CNuMatrix Homogeneous(const CNuMatrix& rotation, const CNuVector& translation) {
 
 }  // namespace
 
+CNuNonLinearGeometry& CNuNonLinearGeometry::operator=(const CNuNonLinearGeometry& other) {
+  CNuGeometry::operator=(other);
+  m_position = other.m_position;
+  PositionChanged();
+  return *this;
+}
+
 void CNuNonLinearGeometry::Translate(const CNuPoint& p) {
   const Frame frame = GetFrame();
   SetPosition(p, frame.xaxis, frame.zaxis);
@@ -59,7 +66,9 @@ ENuBoolean CNuNonLinearGeometry::IsPositionSet() const {
 }
 
 void CNuNonLinearGeometry::CopyPosition(const CNuNonLinearGeometry& g) {
-  if (g.m_position && this != &g) m_position = g.m_position;
+  if (!g.m_position || this == &g) return;
+  m_position = g.m_position;
+  PositionChanged();
 }
 
 CNuMatrix CNuNonLinearGeometry::GetRotation() const {
@@ -96,6 +105,7 @@ void CNuNonLinearGeometry::SetPosition(const CNuPoint& origin, const CNuVector& 
   CNuCartesianCoord position;
   position.SetData(origin, xaxis, zaxis);
   m_position = position;
+  PositionChanged();
 }
 
 void CNuNonLinearGeometry::GetPosition(CNuPoint* origin, CNuVector* xaxis, CNuVector* zaxis) const {

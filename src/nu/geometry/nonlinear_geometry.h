@@ -15,7 +15,7 @@ class NU_EXPORT CNuNonLinearGeometry : public CNuGeometry {
  public:
   // Copies take over the presence and the absence of a position alike.
   CNuNonLinearGeometry(const CNuNonLinearGeometry&) = default;
-  CNuNonLinearGeometry& operator=(const CNuNonLinearGeometry&) = default;
+  CNuNonLinearGeometry& operator=(const CNuNonLinearGeometry& other);
   ~CNuNonLinearGeometry() override = default;
 
   // All motions act in the global frame and create the position where there is none.
@@ -62,6 +62,8 @@ class NU_EXPORT CNuNonLinearGeometry : public CNuGeometry {
   Frame GetFrame() const;
 
  private:
+  // Called after every change of the position, for geometries that consist of others. It must not throw.
+  virtual void PositionChanged() {}
   void Turn(const CNuMatrix& rotation, const CNuPoint& centre);
 
   std::optional<CNuCartesianCoord> m_position;

@@ -8,19 +8,6 @@ namespace nu::internal {
 
 namespace {
 
-std::vector<Vec3> PointsOf(const PieceChain& chain) {
-  std::vector<Vec3> points;
-  points.reserve(static_cast<std::size_t>(chain.Size()) + 1);
-  points.push_back(chain.Ends(0).start);
-  for (int i = 0; i < chain.Size(); ++i) {
-    if (const Arc3* arc = chain.ArcAt(i)) {
-      for (const double part : {0.25, 0.5, 0.75}) points.push_back(arc->At(part * arc->sweep));
-    }
-    points.push_back(chain.Ends(i).end);
-  }
-  return points;
-}
-
 bool IsOnLine(const std::vector<Vec3>& points, const Line3& line, double tol) {
   return std::all_of(points.begin(), points.end(),
                      [&](Vec3 p) { return SafeNorm(Rejection(p - line.point, line.direction)) <= tol; });
@@ -53,7 +40,7 @@ Vec3 VectorArea(const PieceChain& chain) {
 }
 
 Plane3 CarrierOf(const PieceChain& chain, double tol) {
-  const std::vector<Vec3> points = PointsOf(chain);
+  const std::vector<Vec3> points = PointsOf(chain, {0.25, 0.5, 0.75});
   PointBlocks blocks({&points[0].x, sizeof(Vec3), points.size()}, points[0]);
   const PrincipalDirection along = FindPrincipalDirection(blocks, Extent::largest);
   const Vec3 mean = blocks.InCallersFrame(along.mean);

@@ -201,6 +201,20 @@ NearPair ClosestBetween(const PieceChain& first, const PieceChain& second) {
   return {back * scaled.distance, back * scaled.first, back * scaled.second};
 }
 
+std::vector<Vec3> PointsOf(const PieceChain& chain, std::initializer_list<double> parts) {
+  std::vector<Vec3> points;
+  points.reserve(static_cast<std::size_t>(chain.Size()) + 1);
+  for (int i = 0; i < chain.Size(); ++i) {
+    const Segment3& ends = chain.Ends(i);
+    if (points.empty() || LargestComponent(ends.start - points.back()) != 0.0) points.push_back(ends.start);
+    if (const Arc3* arc = chain.ArcAt(i)) {
+      for (const double part : parts) points.push_back(arc->At(part * arc->sweep));
+    }
+    points.push_back(ends.end);
+  }
+  return points;
+}
+
 namespace {
 
 Ball SmallestBallAround(const std::vector<Vec3>& points) {
@@ -220,13 +234,7 @@ Ball SmallestBallAround(const std::vector<Vec3>& points) {
 Ball SmallestBallAround(const PieceChain& chain) {
   constexpr int kMaxRounds = 60;
   constexpr double kRoundings = 4.0 * DBL_EPSILON;
-  std::vector<Vec3> points;
-  points.reserve(static_cast<std::size_t>(chain.Size()) + 1);
-  points.push_back(chain.Ends(0).start);
-  for (int i = 0; i < chain.Size(); ++i) {
-    points.push_back(chain.Ends(i).end);
-    if (const Arc3* arc = chain.ArcAt(i)) points.push_back(arc->At(0.5 * arc->sweep));
-  }
+  std::vector<Vec3> points = PointsOf(chain, {0.5});
   Ball ball = SmallestBallAround(points);
   for (int round = 0; round < kMaxRounds; ++round) {
     const std::size_t known = points.size();

@@ -1,6 +1,7 @@
 #ifndef NU_CURVES_INTERNAL_PIECE_CHAIN_H
 #define NU_CURVES_INTERNAL_PIECE_CHAIN_H
 
+#include <initializer_list>
 #include <vector>
 
 #include "nu/curves/internal/arc3.h"
@@ -59,6 +60,9 @@ NearPair ClosestPieces(const PieceChain& first, int i, const PieceChain& second,
 // True for two segments whose lines are farther apart than the distance, given the rounding of the coordinates: the
 // normal n = d1 x d2 leads from one line to the other. False where that is not certain.
 bool AreApart(const PieceChain& first, int i, const PieceChain& second, int j, double distance, double rounding);
+
+// The ends of all pieces, where they meet once, and the points of arcs at these parts of their sweeps.
+std::vector<Vec3> PointsOf(const PieceChain& chain, std::initializer_list<double> parts);
 
 struct Ball {
   Vec3 centre;
