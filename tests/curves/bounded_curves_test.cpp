@@ -91,7 +91,15 @@ TEST(Polyline, RefusesWhatHasNoMeaning) {
   EXPECT_EQ(offset(square, -1.1, z, 0), "operation 28 Offset" + where);
   CNuPolyline slot =
       Chain({{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {6, 10, 0}, {5, 1, 0}, {4, 10, 0}, {0, 10, 0}, {0, 0, 0}});
-  EXPECT_EQ(offset(slot, -1, z, 0), "operation 30 Offset" + where);
+  for (const int shape : {0, 1}) {
+    CNuObjArray rooms(1);
+    EXPECT_EQ(offset(slot, -1, z, shape), "operation 30 Offset" + where);
+    ASSERT_TRUE(slot.OffsetAll(-1, z, shape, nullptr) == 2 && slot.OffsetAll(-1, z, shape, &rooms) == 2);
+    const std::unique_ptr<CNuObject> left(rooms[0]), right(rooms[1]);
+    EXPECT_NEAR(dynamic_cast<CNuBoundedCurve&>(*left).Length(), dynamic_cast<CNuBoundedCurve&>(*right).Length(), 1e-12);
+    EXPECT_EQ(left->GetType(), shape == 0 ? CNuObject::NuTypePolyline : CNuObject::NuTypeCompositeCurve);
+    EXPECT_EQ(square.OffsetAll(-1.1, z, shape, &rooms), 0);
+  }
   CNuPolyline back = Chain({{0, 0, 0}, {5, 0, 0}, {1, 0, 0}});
   EXPECT_EQ(offset(back, 1, z, 0), "operation 28 Offset" + where);
   EXPECT_EQ(FailureOf([] { CNuCircle(1).ToPolyline(1); }),

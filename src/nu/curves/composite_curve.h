@@ -11,7 +11,6 @@
 
 namespace nu::internal {
 class PieceChain;
-struct Vec3;
 }  // namespace nu::internal
 
 // A chain of line segments and circular arcs. Each is meant to start where the one before it ends, but need not: what
@@ -69,14 +68,16 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   double Length() const override;
   // A composite curve with sharp corners, `shape` 0, or round ones, 1: all points at the distance that are no closer to
   // another point of the curve. What vanishes is left out. A sharp corner goes on along the tangents until they meet.
-  // The offset of a curve that is not closed within NuGetLengthTol() ends where those of its ends do. Where the offset
-  // falls apart the result is, of a closed curve, the part that runs around the largest area, else the longest part.
-  // Not in one plane with that normal: cause 45, "Offset of non-planar curve"; another shape: cause 45, "Offset with
-  // different shape"; a gap between segments: cause 26, "Offset"; nothing is left, or of a closed curve nothing closed,
-  // as can be where it crosses itself, or a sharp corner folds back on itself: cause 28; what is left has gaps that no
-  // rounding explains: cause 30.
+  // The offset of a curve that is not closed within NuGetLengthTol() ends where those of its ends do. Not in one plane
+  // with that normal: cause 45, "Offset of non-planar curve"; another shape: cause 45, "Offset with different shape"; a
+  // gap between segments: cause 26, "Offset"; nothing is left, or of a closed curve nothing closed, as can be where it
+  // crosses itself, or a sharp corner folds back on itself: cause 28; coordinates of the result that are no doubles:
+  // cause 29; the result falls apart into several curves, or has gaps that no rounding explains: cause 30.
   CNuBoundedCurve* Offset(double distance, const CNuVector& normal, int shape) override;
   CNuBoundedCurve* Offset(double distance) override;
+  // All curves of which that consists, `corners` being the shape: composite curves that the caller owns, added to the
+  // array unless it is null; returns how many there are. None is no failure, and neither are several.
+  int OffsetAll(double distance, const CNuVector& normal, int corners, CNuObjArray* loops) const;
 
   // The curve's file: the tag "CompositeCurve" with its zero byte, the number of segments as int, and of each segment
   // its type code as int, a tag, its points and of an arc the sense, all little-endian. Writing: true on success; an
@@ -98,8 +99,7 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   void PositionChanged() override;
   void ReadSegment(int type, std::ifstream& in);
   CNuVector PlaneNormal() const;
-  static std::unique_ptr<CNuCompositeCurve> OffsetOf(const nu::internal::PieceChain& chain, double distance,
-                                                     const nu::internal::Vec3& normal, int shape, const char* where);
+  static std::unique_ptr<CNuCompositeCurve> CurveOf(const nu::internal::PieceChain& chain);
 
   Segments m_segments;
   Frame m_carried;  // where the frame was when the segments were last taken along

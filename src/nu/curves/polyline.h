@@ -1,13 +1,16 @@
 #ifndef NU_CURVES_POLYLINE_H
 #define NU_CURVES_POLYLINE_H
 
+#include <memory>
+
 #include "nu/curves/bounded_curve.h"
 #include "nu/export.h"
 #include "nu/geometry/point_array.h"
 
 namespace nu::internal {
+class PieceChain;
 class Placement;
-}
+}  // namespace nu::internal
 
 // The edges between consecutive points; a single point is a polyline too. It may be closed, cross itself and leave its
 // plane. Its frame has the axes of the global frame and its origin in the first of the points it was built from.
@@ -59,15 +62,17 @@ class NU_EXPORT CNuPolyline : public CNuBoundedCurve {
   double DistanceTo(const CNuPoint& p) const override;
   double Length() const override;
   // With sharp corners, `shape` 0, a polyline; edges that shrink to nothing, or below NuGetMinEdgeLength(), are left
-  // out. It ends where the first and the last edge do, unless the polyline is closed within NuGetLengthTol(). Not in
-  // one plane with that normal: cause 45, "Offset of non-planar curve"; nothing is left, an end edge of an open
-  // polyline shrinks to nothing, or a corner folds back on itself: cause 28, "Offset"; the result would come closer to
-  // the curve than the distance, as it does where an offset falls apart: cause 30. With round ones, 1, the composite
-  // curve that the composite curve of the edges would return. Another shape: cause 45, "Offset with different shape".
+  // out. With round ones, 1, a composite curve. What counts as the offset, and what fails, is as for the composite
+  // curve of the edges.
   CNuBoundedCurve* Offset(double distance, const CNuVector& normal, int shape) override;
   CNuBoundedCurve* Offset(double distance) override;
+  // All curves of which that consists, `corners` being the shape: polylines or composite curves that the caller owns,
+  // added to the array unless it is null; returns how many there are. None is no failure, and neither are several.
+  int OffsetAll(double distance, const CNuVector& normal, int corners, CNuObjArray* loops) const;
 
  private:
+  // Of line segments alone, without short edges.
+  static std::unique_ptr<CNuPolyline> CurveOf(const nu::internal::PieceChain& chain);
   nu::internal::Placement Place() const;
   void GetData(int at, int step, CNuPoint* point, CNuVector* tangent, CNuVector* normal) const;
 

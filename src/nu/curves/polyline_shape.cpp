@@ -10,9 +10,8 @@
 #include "nu/curves/composite_curve.h"
 #include "nu/curves/internal/chain_plane.h"
 #include "nu/curves/internal/curve_pieces.h"
-#include "nu/curves/internal/offset_polygon2.h"
+#include "nu/curves/internal/offset_curves.h"
 #include "nu/curves/internal/placement.h"
-#include "nu/curves/internal/plane_axes.h"
 #include "nu/curves/internal/self_contact.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/internal/failures.h"
@@ -22,17 +21,12 @@
 using nu::internal::BlockSums;
 using nu::internal::CoincidenceTol;
 using nu::internal::Components;
-using nu::internal::FailOperation;
-using nu::internal::OffsetPolygon;
 using nu::internal::PieceChain;
 using nu::internal::PiecesOf;
-using nu::internal::Plane3;
-using nu::internal::PlaneAxes;
 using nu::internal::SafeNorm;
 using nu::internal::Segment3;
 using nu::internal::ToPoint;
 using nu::internal::ToVector;
-using nu::internal::Vec2;
 using nu::internal::Vec3;
 
 namespace {
@@ -58,25 +52,6 @@ CNuPoint MiddleOfEdges(const CNuPointArray& points, double length) {
     sums.Add({moment.x, moment.y, moment.z});
   }
   return ToPoint(first + Vec3{sums[0], sums[1], sums[2]});
-}
-
-// Points that are as close as the tolerance make no edge to move.
-std::vector<Vec2> Corners(const CNuPointArray& points, const PlaneAxes& plane, bool closed, double tol) {
-  std::vector<Vec2> corners;
-  const auto isNew = [&](Vec2 p, Vec2 q) { return !(std::hypot(p.x - q.x, p.y - q.y) <= tol); };
-  for (int i = 0; i < points.GetSize(); ++i) {
-    const Vec2 p = plane.Local(At(points, i));
-    if (corners.empty() || isNew(corners.back(), p)) corners.push_back(p);
-  }
-  while (closed && corners.size() > 1 && !isNew(corners.back(), corners.front())) corners.pop_back();
-  return corners;
-}
-
-CNuPointArray GlobalPoints(const OffsetPolygon& moved, const PlaneAxes& plane, bool closed) {
-  CNuPointArray points(static_cast<int>(moved.vertices.size()) + 1);
-  for (const Vec2 p : moved.vertices) points.Add(ToPoint(plane.Global(p)));
-  if (closed) points.Add(points[0]);
-  return points;
 }
 
 }  // namespace
@@ -136,29 +111,34 @@ void CNuPolyline::GetData(int at, int step, CNuPoint* point, CNuVector* tangent,
   *point = points[at];
 }
 
+std::unique_ptr<CNuPolyline> CNuPolyline::CurveOf(const PieceChain& chain) {
+  CNuPointArray points(chain.Size() + 1);
+  points.Add(ToPoint(chain.Ends(0).start));
+  for (int i = 0; i < chain.Size(); ++i) points.Add(ToPoint(chain.Ends(i).end));
+  auto curve = std::make_unique<CNuPolyline>(points);
+  curve->RemoveShortEdges();
+  return curve;
+}
+
 CNuBoundedCurve* CNuPolyline::Offset(double distance, const CNuVector& normal, int shape) {
   const Vec3 given = nu::internal::RequireOffset(distance, normal, kOffset);
-  const PieceChain chain = PiecesOf(*this);
-  if (shape == 1) return CNuCompositeCurve::OffsetOf(chain, distance, given, shape, kOffset).release();
-  const CNuPointArray points = GetPoints();
-  const Plane3 plane{At(points, 0), given};
-  const double size = std::max(chain.LargestCoordinate(), std::fabs(distance));
-  const double tol = CoincidenceTol(NuGetLengthTol(), size);
-  if (!(LargestDistance(chain, plane) <= tol)) FailOperation(45, "Offset of non-planar curve", kOffset);
-  if (shape != 0) FailOperation(45, "Offset with different shape", kOffset);
-  const bool closed = IsClosed(tol) == NuTrue;
-  const PlaneAxes axes(plane);
-  const std::vector<Vec2> corners = Corners(points, axes, closed, tol);
-  if (corners.size() < (closed ? 3u : 2u)) FailOperation(28, "Offset", kOffset);
-  const OffsetPolygon moved = OffsetEdges(corners, closed, distance);
-  if (moved.vanished) FailOperation(28, "Offset", kOffset);
-  auto result = std::make_unique<CNuPolyline>(GlobalPoints(moved, axes, closed));
-  CNuPoint p, q;
-  constexpr double kRoundings = 64.0;  // of the corners' velocities, the way to the plane and back
-  const double slack = std::max(tol, kRoundings * DBL_EPSILON * size);
-  if (result->DistanceTo(this, &p, &q) < std::fabs(distance) - slack) FailOperation(30, "Offset", kOffset);
-  result->RemoveShortEdges();
-  return result.release();
+  const PieceChain curve = nu::internal::OneOffset(PiecesOf(*this), distance, given, shape, kOffset);
+  if (shape == 0) return CurveOf(curve).release();
+  return CNuCompositeCurve::CurveOf(curve).release();
+}
+
+int CNuPolyline::OffsetAll(double distance, const CNuVector& normal, int corners, CNuObjArray* loops) const {
+  constexpr const char* where = "CNuPolyline::OffsetAll()";
+  const Vec3 given = nu::internal::RequireOffset(distance, normal, where);
+  std::vector<std::unique_ptr<CNuBoundedCurve>> curves;
+  for (const PieceChain& chain : nu::internal::OffsetCurves(PiecesOf(*this), distance, given, corners, where)) {
+    if (corners == 0) {
+      curves.push_back(CurveOf(chain));
+    } else {
+      curves.push_back(CNuCompositeCurve::CurveOf(chain));
+    }
+  }
+  return nu::internal::HandOver(std::move(curves), loops);
 }
 
 CNuBoundedCurve* CNuPolyline::Offset(double distance) {

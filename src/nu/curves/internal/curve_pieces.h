@@ -1,8 +1,12 @@
 #ifndef NU_CURVES_INTERNAL_CURVE_PIECES_H
 #define NU_CURVES_INTERNAL_CURVE_PIECES_H
 
+#include <memory>
+#include <vector>
+
 #include "nu/curves/bounded_curve.h"
 #include "nu/curves/internal/piece_chain.h"
+#include "nu/foundation/object_array.h"
 
 namespace nu::internal {
 
@@ -22,6 +26,17 @@ Vec3 UprightNormal(Vec3 tangent);
 // The given normal of an offset at unit length. Not three components: CNuOperationException cause 10; zero or not
 // finite: cause 9; a distance that is not finite: cause 29.
 Vec3 RequireOffset(double distance, const CNuVector& normal, const char* where);
+
+// Adds the curves, which the caller then owns, to an array unless it is null; returns how many there are.
+template<class Curve>
+int HandOver(std::vector<std::unique_ptr<Curve>> curves, CNuObjArray* array) {
+  const int size = static_cast<int>(curves.size());
+  if (array == nullptr) return size;
+  const int needed = array->GetSize() + size;
+  if (needed > array->GetCapacity()) array->SetCapacity(needed);  // nothing fails from here on
+  for (std::unique_ptr<Curve>& curve : curves) array->Add(curve.release());
+  return size;
+}
 
 }  // namespace nu::internal
 

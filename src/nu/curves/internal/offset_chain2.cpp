@@ -463,10 +463,12 @@ OffsetChain OffsetPieces(const std::vector<Piece2>& chain, bool closed, double d
       if (cutter.IsBorderNode(i)) trace.AllowEnd(group[i]);
     }
   }
-  result.pieces = closed ? trace.LargestLoop() : trace.LongestPath();
-  if (result.pieces.empty()) return result;
-  result.outcome =
-      Join(result.pieces, tol, snap, mergeTol) ? OffsetChain::Outcome::moved : OffsetChain::Outcome::broken;
+  result.curves = closed ? trace.Loops() : trace.Paths();
+  if (result.curves.empty()) return result;
+  result.outcome = OffsetChain::Outcome::moved;
+  for (std::vector<Piece2>& curve : result.curves) {
+    if (!Join(curve, tol, snap, mergeTol)) result.outcome = OffsetChain::Outcome::broken;
+  }
   return result;
 }
 

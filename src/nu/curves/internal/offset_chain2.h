@@ -11,12 +11,12 @@ struct OffsetChain {
   enum class Outcome { moved, vanished, foldsBack, broken };
 
   Outcome outcome = Outcome::broken;
-  std::vector<Piece2> pieces;  // each starts where the one before it ends
+  std::vector<std::vector<Piece2>> curves;  // of pieces, each of which starts where the one before it ends
 };
 
 // The points at the distance, above 0, to the right of a chain that are no closer to any other point of it; at sharp
-// corners those of the tangents instead of the arcs. Where they fall apart, of closed curves the one that runs around
-// the largest area; of a chain that is not closed, the longest one.
+// corners those of the tangents instead of the arcs. They may make up several curves: closed ones, and of a chain that
+// is not closed also open ones, which come first.
 //
 // All pieces are moved and joined (offset_raw2), cut where they cross each other, and what is closer to the chain than
 // the distance is left out (B. Choi, S. Park, Computer-Aided Design 31, 1999, for polygons): the rest falls into curves

@@ -148,43 +148,35 @@ Trace::Path Trace::Walk(int first) {
   return path;
 }
 
-std::vector<Piece2> Trace::LargestLoop() {
+std::vector<std::vector<Piece2>> Trace::Loops() {
   Prune();
   Match();
+  std::vector<std::vector<Piece2>> loops;
+  AddLoops(loops);
+  return loops;
+}
+
+// Paths that have a start come first; what is left then is closed.
+std::vector<std::vector<Piece2>> Trace::Paths() {
+  Prune();
+  Match();
+  std::vector<std::vector<Piece2>> paths;
+  for (int e = 0; e < static_cast<int>(m_edges.size()); ++e) {
+    if (m_isGone[Index(e)] || m_previous[Index(e)] >= 0) continue;
+    paths.push_back(PiecesOf(Walk(e), false));
+  }
+  AddLoops(paths);
+  return paths;
+}
+
+void Trace::AddLoops(std::vector<std::vector<Piece2>>& loops) {
   constexpr double kLeastHeight = 1e-10;  // of a loop that is more than a way there and back, over its length
-  Path best;
-  double largest = 0.0;
   for (int e = 0; e < static_cast<int>(m_edges.size()); ++e) {
     if (m_isGone[Index(e)]) continue;
     const Path path = Walk(e);
     if (m_next[Index(path.back())] != e) continue;
-    const double area = std::fabs(AreaOf(path));
-    if (area > largest && area > kLeastHeight * LengthOf(path)) {
-      largest = area;
-      best = path;
-    }
+    if (std::fabs(AreaOf(path)) > kLeastHeight * LengthOf(path)) loops.push_back(PiecesOf(path, true));
   }
-  return PiecesOf(best, true);
-}
-
-// Paths that have a start come first; what is left then is closed.
-std::vector<Piece2> Trace::LongestPath() {
-  Prune();
-  Match();
-  Path best;
-  double longest = 0.0;
-  for (const bool closed : {false, true}) {
-    for (int e = 0; e < static_cast<int>(m_edges.size()); ++e) {
-      if (m_isGone[Index(e)] || (!closed && m_previous[Index(e)] >= 0)) continue;
-      const Path path = Walk(e);
-      const double length = LengthOf(path);
-      if (length > longest) {
-        longest = length;
-        best = path;
-      }
-    }
-  }
-  return PiecesOf(best, false);
 }
 
 double Trace::AreaOf(const Path& path) const {

@@ -24,9 +24,9 @@ class Trace {
   // A group of nodes where a curve may start and end.
   void AllowEnd(int group) { m_isEnd[static_cast<std::size_t>(group)] = 1; }
 
-  // Empty without any.
-  std::vector<Piece2> LargestLoop();
-  std::vector<Piece2> LongestPath();
+  // All closed curves; all curves, those that have two ends first.
+  std::vector<std::vector<Piece2>> Loops();
+  std::vector<std::vector<Piece2>> Paths();
 
  private:
   using Path = std::vector<int>;  // of edges
@@ -46,6 +46,7 @@ class Trace {
   void MatchAt(int node);
   void Match();
   Path Walk(int first);
+  void AddLoops(std::vector<std::vector<Piece2>>& loops);
   std::vector<Piece2> PiecesOf(const Path& path, bool closed) const;
   double AreaOf(const Path& path) const;
   double LengthOf(const Path& path) const;

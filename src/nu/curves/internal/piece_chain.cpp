@@ -96,18 +96,18 @@ class Search {
   NearPair m_best;
 };
 
-// Only coordinates of such sizes are scaled, whose products could leave the range of the doubles.
-double ScaleOf(double size) {
-  constexpr double kSafeSmall = 1e-30;  // to the sixth power
-  constexpr double kSafeLarge = 1e30;
-  return size > 0.0 && !(size >= kSafeSmall && size <= kSafeLarge) ? ScaleFor(size) : 1.0;
-}
-
 NearPair Closest(const PieceChain& first, const PieceChain& second) {
   return Search(ChainTree(first), ChainTree(second)).Run();
 }
 
 }  // namespace
+
+double SafeScale(double size) {
+  constexpr double kSafeSmall = 1e-30;  // to the sixth power
+  constexpr double kSafeLarge = 1e30;
+  const bool isSafe = !(size > 0.0) || (size >= kSafeSmall && size <= kSafeLarge);
+  return isSafe ? 1.0 : ScaleFor(std::min(size, std::numeric_limits<double>::max()));
+}
 
 Box EmptyBox() {
   return {{kInfinity, kInfinity, kInfinity}, {-kInfinity, -kInfinity, -kInfinity}};
@@ -194,7 +194,7 @@ PieceChain PieceChain::Scaled(double factor) const {
 }
 
 NearPair ClosestBetween(const PieceChain& first, const PieceChain& second) {
-  const double scale = ScaleOf(std::max(first.LargestCoordinate(), second.LargestCoordinate()));
+  const double scale = SafeScale(std::max(first.LargestCoordinate(), second.LargestCoordinate()));
   if (scale == 1.0) return Closest(first, second);
   const NearPair scaled = Closest(first.Scaled(scale), second.Scaled(scale));
   const double back = 1.0 / scale;

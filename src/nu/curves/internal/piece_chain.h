@@ -50,6 +50,10 @@ class PieceChain {
   std::vector<int> m_arcOf;  // empty without arcs
 };
 
+// 1 for sizes whose products, sums and powers stay in the range of the doubles, else a power of two that brings the
+// size to about 1. Infinity stands for sums that left that range.
+double SafeScale(double size);
+
 // At least one piece each. About n log n: neighbours along a curve are neighbours in space, so that nested boxes around
 // stretches of either curve rule out most pairs.
 NearPair ClosestBetween(const PieceChain& first, const PieceChain& second);
