@@ -219,6 +219,37 @@ TEST(ComplexMatrix, ProductsSumsAndPredicates) {
   EXPECT_TRUE(m.IsEqual(Factor::Identity(2), kExactly));
 }
 
+// What the parts give, as far as real matrices have it.
+TEST(ComplexMatrix, BlocksRowsAndColumnsAreThoseOfTheParts) {
+  Random random(3);
+  const CNuMatrix re = UniformMatrix(random, 4, 6), im = UniformMatrix(random, 4, 6);
+  const Factor m(re, im);
+  const auto isMade = [](const Factor& c, const CNuMatrix& a, const CNuMatrix& b) {
+    return c.RealPart().IsEqual(a, kExactly) && c.ImaginaryPart().IsEqual(b, kExactly);
+  };
+  EXPECT_TRUE(isMade(m.SubMatrix(1, 2, 3, 5), re.SubMatrix(1, 2, 3, 5), im.SubMatrix(1, 2, 3, 5)));
+  Factor target(m);
+  CNuMatrix targetRe(re), targetIm(im);
+  target.SetSubMatrix(0, 1, 1, 3, m.SubMatrix(1, 2, 3, 5));
+  targetRe.SetSubMatrix(0, 1, 1, 3, re.SubMatrix(1, 2, 3, 5));
+  targetIm.SetSubMatrix(0, 1, 1, 3, im.SubMatrix(1, 2, 3, 5));
+  target.SetRowVector(3, m.GetRowVector(0));
+  targetRe.SetRowVector(3, re.GetRowVector(0));
+  targetIm.SetRowVector(3, im.GetRowVector(0));
+  target.SetColumnVector(0, m.GetColumnVector(5));
+  targetRe.SetColumnVector(0, re.GetColumnVector(5));
+  targetIm.SetColumnVector(0, im.GetColumnVector(5));
+  target.SetElement(2, 2, m.GetElement(3, 1));
+  targetRe.SetElement(2, 2, re.GetElement(3, 1));
+  targetIm.SetElement(2, 2, im.GetElement(3, 1));
+  EXPECT_TRUE(isMade(target, targetRe, targetIm));
+  const Factor square = m.SubMatrix(0, 3, 1, 4);
+  EXPECT_TRUE(square.Trace().IsEqual({re.SubMatrix(0, 3, 1, 4).Trace(), im.SubMatrix(0, 3, 1, 4).Trace()}, kExactly));
+  EXPECT_TRUE(Factor::DiagonalMatrix(m.GetRowVector(1))
+                  .Trace()
+                  .IsEqual({re.GetRowVector(1).Sum(), im.GetRowVector(1).Sum()}, kExactly));
+}
+
 TEST(ComplexVector, Algebra) {
   const CNuComplexVector v(CNuVector(1, 2, 3), CNuVector(-1, 0, 2)), w(CNuVector(0, 1, 1), CNuVector(1, 1, 0));
   EXPECT_TRUE((v % w).IsEqual({6, 5}, kExactly) && v.InnerProduct(w).IsEqual({4, 1}, kExactly));
@@ -287,6 +318,14 @@ TEST(ComplexVectorAndMatrix, Failures) {
       {"operation 6 operator/=|CNuComplexVector [0,0]", [&] { v /= 1e-301; }},
       {"operation 3 operation|CNuComplexVector::SubVector(i, j) [0,2]", [&] { v.SubVector(1, 3); }},
       {"operation 15 operation|CNuComplexVector::SubVector(i, j) [0,0]", [&] { v.SubVector(2, 1); }},
+      {"operation 3 operation|CNuComplexMatrix::GetRowVector() [0,1]", [&] { m.GetRowVector(2); }},
+      {"operation 3 operation|CNuComplexMatrix::GetColumnVector() [0,2]", [&] { m.GetColumnVector(-1); }},
+      {"operation 5 operation|CNuComplexMatrix::SetRowVector() [0,0]", [&] { m.SetRowVector(1, two); }},
+      {"operation 5 operation|CNuComplexMatrix::SetColumnVector() [0,0]", [&] { m.SetColumnVector(1, v); }},
+      {"operation 15 operation|CNuComplexMatrix::SubMatrix() [0,0]", [&] { m.SubMatrix(9, 8, 0, 0); }},
+      {"operation 3 operation|CNuComplexMatrix::SetSubMatrix() [0,1]", [&] { m.SetSubMatrix(1, 2, 0, 0, m); }},
+      {"operation 5 operation|CNuComplexMatrix::SetSubMatrix() [0,0]", [&] { m.SetSubMatrix(0, 1, 0, 1, m); }},
+      {"operation 16 calculation|CNuComplexMatrix::Trace() [0,0]", [&] { m.Trace(); }},
       {"operation 5 operator+|CNuComplexMatrix [0,0]", [&] { m + turned; }},
       {"operation 5 operator-|CNuComplexMatrix [0,0]", [&] { m - turned; }},
       {"operation 5 operator+=|CNuComplexMatrix [0,0]", [&] { m += turned; }},

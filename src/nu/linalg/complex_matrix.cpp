@@ -6,6 +6,7 @@
 
 #include "nu/foundation/internal/array_rules.h"
 #include "nu/linalg/complex_vector.h"
+#include "nu/linalg/internal/block_checks.h"
 #include "nu/linalg/matrix.h"
 
 using nu::internal::FailOperation;
@@ -16,7 +17,7 @@ constexpr const char* kClass = "CNuComplexMatrix";
 
 template<class Matrix>
 void RequireSameShape(const Matrix& a, const Matrix& b, const char* what) {
-  if (a.GetRowSize() != b.GetRowSize() || a.GetColumnSize() != b.GetColumnSize()) FailOperation(5, what, kClass);
+  nu::internal::RequireSameShape(a, b, what, kClass);
 }
 
 }  // namespace
@@ -76,10 +77,69 @@ int CNuComplexMatrix::IndexOf(int i, int j) const {
   return i * m_columns + j;
 }
 
+CNuComplexVector CNuComplexMatrix::GetRowVector(int i) const {
+  nu::internal::RequireIndex(i, m_rows, "operation", "CNuComplexMatrix::GetRowVector()");
+  CNuComplexVector v(m_columns);
+  std::copy_n(m_data + i * m_columns, m_columns, v.GetData());
+  return v;
+}
+
+CNuComplexVector CNuComplexMatrix::GetColumnVector(int j) const {
+  nu::internal::RequireIndex(j, m_columns, "operation", "CNuComplexMatrix::GetColumnVector()");
+  CNuComplexVector v(m_rows);
+  for (int i = 0; i < m_rows; ++i) v.GetData()[i] = m_data[i * m_columns + j];
+  return v;
+}
+
+void CNuComplexMatrix::SetRowVector(int i, const CNuComplexVector& v) {
+  constexpr const char* where = "CNuComplexMatrix::SetRowVector()";
+  nu::internal::RequireIndex(i, m_rows, "operation", where);
+  if (v.GetSize() != m_columns) FailOperation(5, "operation", where);
+  std::copy_n(v.GetData(), m_columns, m_data + i * m_columns);
+}
+
+void CNuComplexMatrix::SetColumnVector(int j, const CNuComplexVector& v) {
+  constexpr const char* where = "CNuComplexMatrix::SetColumnVector()";
+  nu::internal::RequireIndex(j, m_columns, "operation", where);
+  if (v.GetSize() != m_rows) FailOperation(5, "operation", where);
+  for (int i = 0; i < m_rows; ++i) m_data[i * m_columns + j] = v.GetData()[i];
+}
+
+CNuComplexMatrix CNuComplexMatrix::SubMatrix(int r1, int r2, int c1, int c2) const {
+  nu::internal::RequireBlock(*this, r1, r2, c1, c2, "CNuComplexMatrix::SubMatrix()");
+  CNuComplexMatrix result(r2 - r1 + 1, c2 - c1 + 1);
+  for (int i = 0; i < result.m_rows; ++i)
+    std::copy_n(m_data + (r1 + i) * m_columns + c1, result.m_columns, result.m_data + i * result.m_columns);
+  return result;
+}
+
+// A block of the shape of the whole matrix that is the matrix itself changes nothing.
+void CNuComplexMatrix::SetSubMatrix(int r1, int r2, int c1, int c2, const CNuComplexMatrix& m) {
+  constexpr const char* where = "CNuComplexMatrix::SetSubMatrix()";
+  nu::internal::RequireBlock(*this, r1, r2, c1, c2, where);
+  if (m.m_rows != r2 - r1 + 1 || m.m_columns != c2 - c1 + 1) FailOperation(5, "operation", where);
+  if (this == &m) return;
+  for (int i = 0; i < m.m_rows; ++i)
+    std::copy_n(m.m_data + i * m.m_columns, m.m_columns, m_data + (r1 + i) * m_columns + c1);
+}
+
 CNuComplexMatrix CNuComplexMatrix::Identity(int n) {
   CNuComplexMatrix result(n, n);
   for (int i = 0; i < n; ++i) result.Element(i, i) = {1.0, 0.0};
   return result;
+}
+
+CNuComplexMatrix CNuComplexMatrix::DiagonalMatrix(const CNuComplexVector& v) {
+  CNuComplexMatrix result(v.GetSize(), v.GetSize());
+  for (int i = 0; i < v.GetSize(); ++i) result.Element(i, i) = v.GetData()[i];
+  return result;
+}
+
+CNuComplex CNuComplexMatrix::Trace() const {
+  if (m_rows != m_columns) FailOperation(16, "calculation", "CNuComplexMatrix::Trace()");
+  CNuComplex trace;
+  for (int i = 0; i < m_rows; ++i) trace += m_data[i * m_columns + i];
+  return trace;
 }
 
 CNuComplexMatrix CNuComplexMatrix::Transpose() const {

@@ -8,11 +8,11 @@
 #include "nu/linalg/complex.h"
 
 // A dense complex matrix of at least one row and column. Copies are deep. A failed operation leaves its operands and
-// outputs as they were; no memory: CNuMemoryException or std::bad_alloc.
+// outputs as they were; no memory: CNuMemoryException.
 class NU_EXPORT CNuComplexMatrix : public CNuAlgebra {
  public:
   // rows x columns zeros. Either below 1: CNuConstructionException cause 1, "number of rows/columns".
-  CNuComplexMatrix(int rows, int columns);
+  explicit CNuComplexMatrix(int rows, int columns);
   // The same elements with zero imaginary parts.
   explicit CNuComplexMatrix(const CNuMatrix& re);
   // re + i im. Shapes differ: cause 5, "operation".
@@ -28,9 +28,25 @@ class NU_EXPORT CNuComplexMatrix : public CNuAlgebra {
   // Element (i, j). Out of range: cause 3 with the valid range.
   CNuComplex& Element(int i, int j) { return m_data[IndexOf(i, j)]; }
   CNuComplex Element(int i, int j) const { return m_data[IndexOf(i, j)]; }
+  CNuComplex GetElement(int i, int j) const { return Element(i, j); }
+  void SetElement(int i, int j, const CNuComplex& value) { Element(i, j) = value; }
+
+  // One row or column. Out of range: cause 3; a vector of another size: cause 5.
+  CNuComplexVector GetRowVector(int i) const;
+  CNuComplexVector GetColumnVector(int j) const;
+  void SetRowVector(int i, const CNuComplexVector& v);
+  void SetColumnVector(int j, const CNuComplexVector& v);
+
+  // Rows r1 to r2 and columns c1 to c2, all included. r1 > r2 or c1 > c2: cause 15; then out of range: cause 3; then a
+  // block of another shape: cause 5. The block may be this matrix.
+  CNuComplexMatrix SubMatrix(int r1, int r2, int c1, int c2) const;
+  void SetSubMatrix(int r1, int r2, int c1, int c2, const CNuComplexMatrix& m);
 
   // n x n. n < 1 fails as the constructor does.
   static CNuComplexMatrix Identity(int n);
+  static CNuComplexMatrix DiagonalMatrix(const CNuComplexVector& v);
+  // Sum of the diagonal. Not square: cause 16, "calculation".
+  CNuComplex Trace() const;
   CNuComplexMatrix Transpose() const;
   CNuComplexMatrix ConjugateTranspose() const;
   CNuMatrix RealPart() const;

@@ -8,20 +8,16 @@
 #include <utility>
 
 #include "nu/foundation/internal/failures.h"
+#include "nu/linalg/internal/block_checks.h"
 #include "nu/linalg/vector.h"
 
 using nu::internal::FailOperation;
+using nu::internal::RequireBlock;
 
 namespace {
 
 void RequireSameShape(const CNuMatrix& a, const CNuMatrix& b, const char* what) {
-  if (a.GetRowSize() != b.GetRowSize() || a.GetColumnSize() != b.GetColumnSize()) FailOperation(5, what, "CNuMatrix");
-}
-
-void RequireBlock(const CNuMatrix& a, int r1, int r2, int c1, int c2, const char* where) {
-  if (r1 > r2 || c1 > c2) FailOperation(15, "operation", where);
-  if (r1 < 0 || r2 >= a.GetRowSize()) FailOperation(3, "operation", where, 0, a.GetRowSize() - 1);
-  if (c1 < 0 || c2 >= a.GetColumnSize()) FailOperation(3, "operation", where, 0, a.GetColumnSize() - 1);
+  nu::internal::RequireSameShape(a, b, what, "CNuMatrix");
 }
 
 }  // namespace
