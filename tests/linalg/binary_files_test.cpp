@@ -1,4 +1,7 @@
 #include <gtest/gtest.h>
+#if defined(__linux__)
+#include <sys/stat.h>
+#endif
 
 #include <cstdint>
 #include <cstring>
@@ -6,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <thread>
 
 #include "nu/linalg/matrix.h"
 #include "nu/linalg/vector.h"
@@ -97,6 +101,28 @@ TEST_F(BinaryFiles, HostileFilesAreRefusedAndChangeNothing) {
   EXPECT_EQ(m.GetRowSize(), 1);
   EXPECT_EQ(v.GetSize(), 1);
 }
+
+#if defined(__linux__)
+// A pipe has no length to check the head against: what has come bounds the memory.
+TEST_F(BinaryFiles, PipesAreRead) {
+  ASSERT_EQ(mkfifo(Name().c_str(), 0600), 0);
+  const auto readFromPipe = [this](const std::string& bytes, auto& target) {
+    std::thread writer([&] { Put(bytes); });
+    const bool read = target.BinaryRead(Name().c_str());
+    writer.join();
+    return read;
+  };
+  const std::string doubles(3 * 40000 * 8, '\1');
+  CNuMatrix m(1, 1);
+  EXPECT_TRUE(readFromPipe(std::string("Matrix\0", 7) + IntBytes({40000, 3}) + doubles, m));
+  EXPECT_TRUE(m.GetRowSize() == 40000 && m.GetElement(39999, 2) == m.GetElement(0, 0) && m.GetElement(0, 0) != 0.0);
+  CNuVector v(1);
+  EXPECT_TRUE(readFromPipe(std::string("Vector\0", 7) + IntBytes({120000}) + doubles, v));
+  EXPECT_EQ(v.GetSize(), 120000);
+  EXPECT_FALSE(readFromPipe(std::string("Matrix\0", 7) + IntBytes({0x7fffffffu, 0x7fffffffu}) + doubles, m));
+  EXPECT_EQ(m.GetRowSize(), 40000);
+}
+#endif
 
 TEST_F(BinaryFiles, WritingTellsUnopenedFromUnwritable) {
   const std::string nowhere = Name() + "/no/such/folder";

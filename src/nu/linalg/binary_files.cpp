@@ -1,3 +1,4 @@
+#include <new>
 #include <utility>
 
 #include "nu/foundation/exceptions.h"
@@ -13,9 +14,21 @@ namespace {
 constexpr char kMatrixTag[] = "Matrix";
 constexpr char kVectorTag[] = "Vector";
 
+// Reading throws nothing: no memory is a failure like any other.
+template<class Read>
+bool ReadUnlessNoMemory(const Read& read) {
+  try {
+    return read();
+  } catch (const CNuMemoryException&) {
+    return false;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
 }  // namespace
 
-bool CNuMatrix::BinaryDump(const char* fileName) const {
+bool CNuMatrix::BinaryDump(const char* fileName) const try {
   if (m_rows < 1 || m_columns < 1) return false;
   BinaryFileWriter file(fileName);
   file.Tag(kMatrixTag);
@@ -23,47 +36,47 @@ bool CNuMatrix::BinaryDump(const char* fileName) const {
   file.Int(m_columns);
   for (int i = 0; i < m_rows; ++i) file.Doubles(m_data[i], m_columns);
   return RequireWritten(file, "CNuMatrix");
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuMatrix::BinaryDump()");
 }
 
 // The elements are read into a matrix of their own: whatever fails leaves this one as it was.
 bool CNuMatrix::BinaryRead(const char* fileName) {
-  BinaryFileReader file(fileName);
-  int rows = 0;
-  int columns = 0;
-  if (!file.Tag(kMatrixTag) || !file.Int(&rows) || !file.Int(&columns)) return false;
-  if (rows < 1 || columns < 1 || !file.HoldsDoubles(rows, columns)) return false;
-  try {
+  return ReadUnlessNoMemory([&] {
+    BinaryFileReader file(fileName);
+    int rows = 0;
+    int columns = 0;
+    if (!file.Tag(kMatrixTag) || !file.Int(&rows) || !file.Int(&columns)) return false;
+    if (rows < 1 || columns < 1 || !file.HoldsDoubles(rows, columns)) return false;
     CNuMatrix read(rows, columns);
     for (int i = 0; i < rows; ++i) {
       if (!file.Doubles(read.m_data[i], columns)) return false;
     }
     *this = std::move(read);
-  } catch (const CNuMemoryException&) {
-    return false;
-  }
-  return true;
+    return true;
+  });
 }
 
-bool CNuVector::BinaryDump(const char* fileName) const {
+bool CNuVector::BinaryDump(const char* fileName) const try {
   if (m_size < 1) return false;
   BinaryFileWriter file(fileName);
   file.Tag(kVectorTag);
   file.Int(m_size);
   file.Doubles(m_data, m_size);
   return RequireWritten(file, "CNuVector");
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuVector::BinaryDump()");
 }
 
 bool CNuVector::BinaryRead(const char* fileName) {
-  BinaryFileReader file(fileName);
-  int size = 0;
-  if (!file.Tag(kVectorTag) || !file.Int(&size)) return false;
-  if (size < 1 || !file.HoldsDoubles(1, size)) return false;
-  try {
+  return ReadUnlessNoMemory([&] {
+    BinaryFileReader file(fileName);
+    int size = 0;
+    if (!file.Tag(kVectorTag) || !file.Int(&size)) return false;
+    if (size < 1 || !file.HoldsDoubles(1, size)) return false;
     CNuVector read(size);
     if (!file.Doubles(read.m_data, size)) return false;
     *this = std::move(read);
-  } catch (const CNuMemoryException&) {
-    return false;
-  }
-  return true;
+    return true;
+  });
 }

@@ -88,14 +88,35 @@ bool BinaryFileReader::Tag(const char* tag, int length) {
 
 bool BinaryFileReader::HoldsDoubles(int count1, int count2) {
   const std::streamoff here = m_file.tellg();
+  if (here < 0) return ReadAhead(static_cast<std::uint64_t>(count1) * static_cast<std::uint64_t>(count2));
   m_file.seekg(0, std::ios::end);
   const std::streamoff end = m_file.tellg();
   m_file.seekg(here);
-  if (!m_file || here < 0 || end < here) return false;
+  if (!m_file || end < here) return false;
   return (end - here) / 8 / count1 >= count2;
 }
 
+bool BinaryFileReader::ReadAhead(std::uint64_t count) {
+  constexpr int kBlock = 1 << 15;
+  while (count > 0) {
+    const int n = static_cast<int>(std::min<std::uint64_t>(count, kBlock));
+    const std::size_t size = m_ahead.size();
+    m_ahead.resize(size + static_cast<std::size_t>(n));
+    if (!ReadDoubles(m_ahead.data() + size, n)) return false;
+    count -= static_cast<std::uint64_t>(n);
+  }
+  return true;
+}
+
 bool BinaryFileReader::Doubles(double* values, int n) {
+  if (m_ahead.empty()) return ReadDoubles(values, n);
+  if (static_cast<std::size_t>(n) > m_ahead.size() - m_taken) return false;
+  std::copy_n(m_ahead.data() + m_taken, n, values);
+  m_taken += static_cast<std::size_t>(n);
+  return true;
+}
+
+bool BinaryFileReader::ReadDoubles(double* values, int n) {
   if (!m_file.read(reinterpret_cast<char*>(values), static_cast<std::streamsize>(n) * 8)) return false;
   if constexpr (std::endian::native == std::endian::big) {
     for (int i = 0; i < n; ++i) ToFileOrder<double>(reinterpret_cast<unsigned char*>(values + i));

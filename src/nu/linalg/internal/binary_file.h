@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <fstream>
+#include <vector>
 
 #include "nu/foundation/internal/failures.h"
 
@@ -40,13 +41,19 @@ class BinaryFileReader {
 
   bool Tag(const char* tag, int length = kTagLength);
   bool Int(int* value) { return ReadInt(m_file, value); }
-  // Whether count1 x count2 more doubles are really there: heads that promise more are refused before any allocation.
+  // Whether count1 x count2 more doubles are really there: heads that promise more are refused before the caller
+  // allocates. A pipe cannot tell; of that the doubles are read here, in memory that grows with what has come.
   bool HoldsDoubles(int count1, int count2);
   bool Doubles(double* values, int n);
   std::ifstream& Stream() { return m_file; }
 
  private:
+  bool ReadAhead(std::uint64_t count);
+  bool ReadDoubles(double* values, int n);
+
   std::ifstream m_file;
+  std::vector<double> m_ahead;  // the doubles of a pipe, of which `m_taken` have been handed out
+  std::size_t m_taken = 0;
 };
 
 // Closes the file, with the failures of the class whose file it is.
