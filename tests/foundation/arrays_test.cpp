@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/point.h"
 #include "nu/geometry/point_array.h"
+#include "nu/linalg/matrix.h"
 #include "nu/linalg/vector.h"
 #include "support/failing_new.h"
 #include "support/failures.h"
@@ -18,6 +20,16 @@
 namespace {
 
 CNuPoint pool[64];
+
+// Numbers in braces read as elements, but would be a capacity and an expand size, or rows and columns.
+template<class T>
+void Take(const T&);
+template<class T, class = void>
+constexpr bool kTakesBraces = false;
+template<class T>
+constexpr bool kTakesBraces<T, std::void_t<decltype(Take<T>({1, 2}))>> = true;
+static_assert(kTakesBraces<std::vector<int>> && !kTakesBraces<CNuDoubleArray> && !kTakesBraces<CNuIntArray> &&
+              !kTakesBraces<CNuObjArray> && !kTakesBraces<CNuPointArray> && !kTakesBraces<CNuMatrix>);
 
 // Element number i of each kind of array, and the number back.
 template<class Array>

@@ -16,7 +16,7 @@ class NU_EXPORT CNuDoubleArray {
   // Room for `capacity` elements, none in use. A negative capacity: CNuConstructionException cause 2, "size"; an expand
   // size below 1: cause 15, "nArrayExpandSize"; no memory: CNuMemoryException, as from every copy and growth.
   explicit CNuDoubleArray(int capacity);
-  CNuDoubleArray(int capacity, int expandSize);
+  explicit CNuDoubleArray(int capacity, int expandSize);
   CNuDoubleArray(const CNuDoubleArray& other);
   CNuDoubleArray(CNuDoubleArray&& other) noexcept;
   CNuDoubleArray& operator=(const CNuDoubleArray& other);
@@ -69,7 +69,8 @@ class NU_EXPORT CNuDoubleArray {
   int Find(double value, double tol) const;
   // Sizes equal and every |a[i] - b[i]| < tol.
   ENuBoolean IsEqual(const CNuDoubleArray& other, double tol) const;
-  // Extremes, not beyond -NuGetLarge() and NuGetLarge(), from which the search starts. Empty: cause 8.
+  // Extremes, not beyond -NuGetLarge() and NuGetLarge(), from which the search starts; NaN where an element is. Empty:
+  // cause 8.
   double Max() const;
   double Min() const;
   // The sum in index order; 0 when empty.

@@ -16,7 +16,7 @@ class NU_EXPORT CNuIntArray {
   // Room for `capacity` elements, none in use. A negative capacity: CNuConstructionException cause 2, "size"; an expand
   // size below 1: cause 15, "nArrayExpandSize"; no memory: CNuMemoryException, as from every copy and growth.
   explicit CNuIntArray(int capacity);
-  CNuIntArray(int capacity, int expandSize);
+  explicit CNuIntArray(int capacity, int expandSize);
   CNuIntArray(const CNuIntArray& other);
   CNuIntArray(CNuIntArray&& other) noexcept;
   CNuIntArray& operator=(const CNuIntArray& other);

@@ -16,7 +16,7 @@ class NU_EXPORT CNuObjArray {
   // Room for `capacity` elements, none in use. A negative capacity: CNuConstructionException cause 2, "size"; an expand
   // size below 1: cause 15, "nArrayExpandSize"; no memory: CNuMemoryException, as from every copy and growth.
   explicit CNuObjArray(int capacity);
-  CNuObjArray(int capacity, int expandSize);
+  explicit CNuObjArray(int capacity, int expandSize);
   CNuObjArray(const CNuObjArray& other);
   CNuObjArray(CNuObjArray&& other) noexcept;
   CNuObjArray& operator=(const CNuObjArray& other);

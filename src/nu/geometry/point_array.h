@@ -18,7 +18,7 @@ class NU_EXPORT CNuPointArray {
   // Room for `capacity` elements, none in use. A negative capacity: CNuConstructionException cause 2, "size"; an expand
   // size below 1: cause 15, "nArrayExpandSize"; no memory: CNuMemoryException, as from every copy and growth.
   explicit CNuPointArray(int capacity);
-  CNuPointArray(int capacity, int expandSize);
+  explicit CNuPointArray(int capacity, int expandSize);
   CNuPointArray(const CNuPointArray& other);
   CNuPointArray(CNuPointArray&& other) noexcept;
   CNuPointArray& operator=(const CNuPointArray& other);

@@ -17,7 +17,7 @@ class NU_EXPORT CNuComplexArray {
   // Room for `capacity` elements, none in use. A negative capacity: CNuConstructionException cause 2, "size"; an expand
   // size below 1: cause 15, "nArrayExpandSize"; no memory: CNuMemoryException, as from every copy and growth.
   explicit CNuComplexArray(int capacity);
-  CNuComplexArray(int capacity, int expandSize);
+  explicit CNuComplexArray(int capacity, int expandSize);
   CNuComplexArray(const CNuComplexArray& other);
   CNuComplexArray(CNuComplexArray&& other) noexcept;
   CNuComplexArray& operator=(const CNuComplexArray& other);
@@ -80,7 +80,7 @@ class NU_EXPORT CNuComplexPolarArray {
   // Room for `capacity` elements, none in use. A negative capacity: CNuConstructionException cause 2, "size"; an expand
   // size below 1: cause 15, "nArrayExpandSize"; no memory: CNuMemoryException, as from every copy and growth.
   explicit CNuComplexPolarArray(int capacity);
-  CNuComplexPolarArray(int capacity, int expandSize);
+  explicit CNuComplexPolarArray(int capacity, int expandSize);
   CNuComplexPolarArray(const CNuComplexPolarArray& other);
   CNuComplexPolarArray(CNuComplexPolarArray&& other) noexcept;
   CNuComplexPolarArray& operator=(const CNuComplexPolarArray& other);

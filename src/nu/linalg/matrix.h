@@ -19,7 +19,7 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   // 4 x 4 zeros
   CNuMatrix();
   // rows x columns zeros. Either below 1: CNuConstructionException cause 1, "number of rows/columns".
-  CNuMatrix(int rows, int columns);
+  explicit CNuMatrix(int rows, int columns);
   CNuMatrix(const CNuMatrix& other);
   CNuMatrix(CNuMatrix&& other) noexcept;
   CNuMatrix& operator=(const CNuMatrix& other);
@@ -131,8 +131,8 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
 
   // The matrix's file: the tag "Matrix" with its zero byte, rows and columns as int, the elements row by row as
   // doubles, all little-endian. Writing: true on success; cause 48 when the file cannot be written, cause 47 when it
-  // cannot be opened. Reading: false for anything that is not such a file; only a file with a sound head replaces the
-  // matrix.
+  // cannot be opened. Reading: false for anything that is not such a file, or for no memory; only a complete file
+  // replaces the matrix. A pipe is read as well. Memory stays below five times the bytes that are really there.
   bool BinaryDump(const char* fileName) const;
   bool BinaryRead(const char* fileName);
 
