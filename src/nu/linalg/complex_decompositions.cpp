@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "nu/foundation/internal/failures.h"
@@ -147,7 +148,7 @@ void CNuComplexMatrix::RequireSquare(const char* where) const {
   if (m_rows != m_columns || m_rows < 1) FailOperation(16, kCalculation, where);
 }
 
-CNuComplexMatrix CNuComplexMatrix::operator*(const CNuComplexMatrix& b) const {
+CNuComplexMatrix CNuComplexMatrix::operator*(const CNuComplexMatrix& b) const try {
   if (m_columns != b.m_rows) FailOperation(5, "operator*", "CNuComplexMatrix");
   if (m_columns <= kDirect && b.m_columns <= kDirect) {
     CNuComplexMatrix result(m_rows, b.m_columns);
@@ -165,9 +166,11 @@ CNuComplexMatrix CNuComplexMatrix::operator*(const CNuComplexMatrix& b) const {
   CopyOut(b.m_data, right);
   nu::internal::MultiplyComplex(left, right, product);
   return ToMatrix({product, 1.0});
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuComplexMatrix::operator*()");
 }
 
-void CNuComplexMatrix::QR(CNuComplexMatrix* q, CNuComplexMatrix* r) const {
+void CNuComplexMatrix::QR(CNuComplexMatrix* q, CNuComplexMatrix* r) const try {
   constexpr const char* where = "CNuComplexMatrix::QR()";
   if (m_rows < 1) FailOperation(16, kCalculation, where);
   const int count = std::min(m_rows, m_columns);
@@ -184,16 +187,20 @@ void CNuComplexMatrix::QR(CNuComplexMatrix* q, CNuComplexMatrix* r) const {
   if (q != nullptr) nu::internal::FormTransposedUnitary(v, tau, count, 0, qT);
   nu::internal::MakeDiagonalPositive(a.rows, q != nullptr ? &qT : nullptr);
   Store(a, r, qT, q);
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuComplexMatrix::QR()");
 }
 
-void CNuComplexMatrix::Hessenberg(CNuComplexMatrix* q, CNuComplexMatrix* h) const {
+void CNuComplexMatrix::Hessenberg(CNuComplexMatrix* q, CNuComplexMatrix* h) const try {
   constexpr const char* where = "CNuComplexMatrix::Hessenberg()";
   RequireSquare(where);
   const HessenbergForm form(m_data, m_rows, q != nullptr, where);
   Store(form.H(), h, form.QT(), q);
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuComplexMatrix::Hessenberg()");
 }
 
-void CNuComplexMatrix::Schur(CNuComplexMatrix* q, CNuComplexMatrix* t) const {
+void CNuComplexMatrix::Schur(CNuComplexMatrix* q, CNuComplexMatrix* t) const try {
   constexpr const char* where = "CNuComplexMatrix::Schur()";
   RequireSquare(where);
   const HessenbergForm form(m_data, m_rows, q != nullptr, where);
@@ -202,9 +209,11 @@ void CNuComplexMatrix::Schur(CNuComplexMatrix* q, CNuComplexMatrix* t) const {
   if (!nu::internal::ReduceToSchur(form.H().rows, t != nullptr, qT, room.Data()))
     FailOperation(46, kCalculation, where);
   Store(form.H(), t, form.QT(), q);
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuComplexMatrix::Schur()");
 }
 
-CNuComplexVector CNuComplexMatrix::EigenValues() const {
+CNuComplexVector CNuComplexMatrix::EigenValues() const try {
   constexpr const char* where = "CNuComplexMatrix::EigenValues()";
   RequireSquare(where);
   const HessenbergForm form(m_data, m_rows, false, where);
@@ -219,4 +228,6 @@ CNuComplexVector CNuComplexMatrix::EigenValues() const {
     return a.r() < b.r() || (a.r() == b.r() && a.i() < b.i());
   });
   return values;
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuComplexMatrix::EigenValues()");
 }

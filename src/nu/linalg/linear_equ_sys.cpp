@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -230,7 +231,7 @@ CNuLinearEquSys::CNuLinearEquSys(int method) : CNuAlgebra(NuTypeLinearEquSys), m
 
 CNuLinearEquSys::~CNuLinearEquSys() = default;
 
-void CNuLinearEquSys::Solve(const CNuMatrix& a, const CNuVector& b) {
+void CNuLinearEquSys::Solve(const CNuMatrix& a, const CNuVector& b) try {
   m_solved = NuFalse;
   m_solution = CNuVector();
   m_factors.reset();
@@ -239,6 +240,8 @@ void CNuLinearEquSys::Solve(const CNuMatrix& a, const CNuVector& b) {
   if (m_mode == 0) return SolveLeastSquares(a, b);
   if (m_mode == kNonnegative) return SolveNonnegative(a, b);
   if (m_mode == kLeastDistance) Solve();
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuLinearEquSys::Solve()");
 }
 
 void CNuLinearEquSys::SolveExact(const CNuMatrix& a, const CNuVector& b) {
@@ -267,11 +270,13 @@ void CNuLinearEquSys::SolveNonnegative(const CNuMatrix& a, const CNuVector& b) {
   m_solved = NuTrue;
 }
 
-void CNuLinearEquSys::SetRightHandSide(const CNuVector& b) {
+void CNuLinearEquSys::SetRightHandSide(const CNuVector& b) try {
   if (!m_factors || m_factors->Rows() != b.GetSize()) {
     FailOperation(17, kSolving, "CNuLinearEquSys::SetRightHandSide()");
   }
   m_solution = m_factors->Substitute(b);
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuLinearEquSys::SetRightHandSide()");
 }
 
 ENuBoolean CNuLinearEquSys::SolutionExists() {

@@ -3,6 +3,7 @@
 #include <limits>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <utility>
 
 #include "nu/foundation/int_array.h"
@@ -181,7 +182,7 @@ bool IsSymmetricEnough(const CNuMatrix& a) {
 
 }  // namespace
 
-CNuMatrix CNuMatrix::operator*(const CNuMatrix& b) const {
+CNuMatrix CNuMatrix::operator*(const CNuMatrix& b) const try {
   if (m_columns != b.m_rows) FailOperation(5, "operator*", "CNuMatrix");
   CNuMatrix result(m_rows, b.m_columns);
   const Elements left(*this);
@@ -189,9 +190,11 @@ CNuMatrix CNuMatrix::operator*(const CNuMatrix& b) const {
   nu::internal::Multiply({left.Data(), m_columns}, {right.Data(), b.m_columns}, result.m_data[0], b.m_columns, m_rows,
                          m_columns, b.m_columns);
   return result;
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuMatrix::operator*()");
 }
 
-void CNuMatrix::LUD(CNuIntArray* index, int* d, int* status) {
+void CNuMatrix::LUD(CNuIntArray* index, int* d, int* status) try {
   constexpr const char* where = "CNuMatrix::LUD()";
   RequireSquare(*this, where);
   CNuIntArray rows(m_rows);
@@ -203,6 +206,8 @@ void CNuMatrix::LUD(CNuIntArray* index, int* d, int* status) {
   if (d != nullptr) *d = lu.parity;
   if (status != nullptr) *status = lu.singular ? 1 : 0;
   if (lu.singular) FailOperation(16, kCalculation, where);
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuMatrix::LUD()");
 }
 
 void CNuMatrix::LUD2(CNuMatrix* L, CNuMatrix* U, CNuMatrix* P) const {
@@ -224,7 +229,7 @@ void CNuMatrix::LUD2(CNuMatrix* L, CNuMatrix* U, CNuMatrix* P) const {
   if (P != nullptr) *P = std::move(permutation);
 }
 
-void CNuMatrix::SVD(CNuVector* w, CNuMatrix* v) {
+void CNuMatrix::SVD(CNuVector* w, CNuMatrix* v) try {
   CNuVector values(m_columns);
   CNuMatrix right(m_columns, m_columns);
   MutableElements a(*this);
@@ -234,9 +239,11 @@ void CNuMatrix::SVD(CNuVector* w, CNuMatrix* v) {
   a.Store();
   if (w != nullptr) *w = std::move(values);
   if (v != nullptr) *v = std::move(right);
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuMatrix::SVD()");
 }
 
-double CNuMatrix::Determinant() const {
+double CNuMatrix::Determinant() const try {
   RequireSquare(*this, "CNuMatrix::Determinant()");
   SmallBlock a(ElementCount(*this));
   CopyOut(*this, a.Data());
@@ -246,9 +253,11 @@ double CNuMatrix::Determinant() const {
   // Only exact zeros make it 0: small pivots may meet large ones in the product.
   const LuResult lu = nu::internal::FactorLu(a.Data(), m_rows, m_rows, rows.Data(), 0.0, 0.0);
   return lu.singular ? 0.0 : nu::internal::LuDeterminant(a.Data(), m_rows, m_rows, lu.parity);
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuMatrix::Determinant()");
 }
 
-CNuMatrix CNuMatrix::Inverse(ENuStatus* status) {
+CNuMatrix CNuMatrix::Inverse(ENuStatus* status) try {
   constexpr const char* where = "CNuMatrix::Inverse()";
   SetStatus(status, NuStatusNone);
   RequireSquare(*this, where);
@@ -265,9 +274,11 @@ CNuMatrix CNuMatrix::Inverse(ENuStatus* status) {
   nu::internal::SolveLuPermuted(a.Data(), m_rows, m_rows, inverse.m_data[0], m_rows, m_rows);
   SetStatus(status, NuStatusComputed);
   return inverse;
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuMatrix::Inverse()");
 }
 
-void CNuMatrix::EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatrix* vectors) const {
+void CNuMatrix::EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatrix* vectors) const try {
   SetStatus(status, NuStatusNone);
   RequireSquare(*this, "CNuMatrix::EigenValuesVectors()");
   SetStatus(status, NuStatusComputed);
@@ -288,20 +299,26 @@ void CNuMatrix::EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatr
   if (complex) SetStatus(status, NuStatusComplex);
   if (values != nullptr) *values = std::move(real);
   if (vectors != nullptr) *vectors = std::move(columns);
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuMatrix::EigenValuesVectors()");
 }
 
-CNuVector CNuMatrix::EigenValues(ENuStatus* status) {
+CNuVector CNuMatrix::EigenValues(ENuStatus* status) try {
   return ThroughCache<CNuVector>(*this, lastValues, status, [this](ENuStatus* reached) {
     CNuVector values;
     EigenValuesVectors(reached, &values, nullptr);
     return values;
   });
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuMatrix::EigenValues()");
 }
 
-CNuMatrix CNuMatrix::EigenVectors(ENuStatus* status) {
+CNuMatrix CNuMatrix::EigenVectors(ENuStatus* status) try {
   return ThroughCache<CNuMatrix>(*this, lastVectors, status, [this](ENuStatus* reached) {
     CNuMatrix vectors;
     EigenValuesVectors(reached, nullptr, &vectors);
     return vectors;
   });
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuMatrix::EigenVectors()");
 }

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <new>
 
 #include "nu/foundation/double_array.h"
 #include "nu/foundation/internal/failures.h"
@@ -27,7 +28,7 @@ void CNuPolynomial::Fit(const CNuDoubleArray& x, const CNuDoubleArray& y) {
   Fit(x, y, &residualSum);
 }
 
-void CNuPolynomial::Fit(const CNuDoubleArray& x, const CNuDoubleArray& y, double* residualSum) {
+void CNuPolynomial::Fit(const CNuDoubleArray& x, const CNuDoubleArray& y, double* residualSum) try {
   if (x.GetSize() != y.GetSize()) FailOperation(5, "data checking", "CNuPolynomial::Fit()");
   if (x.GetSize() == 0) throw CNuConstructionException(1, "CNuMatrix", "number of rows/columns", 0, 0);
   const nu::internal::Samples samples = {x.GetData(), y.GetData(), x.GetSize()};
@@ -43,4 +44,6 @@ void CNuPolynomial::Fit(const CNuDoubleArray& x, const CNuDoubleArray& y, double
   const double sum = nu::internal::ResidualSum(samples, fitted.m_data, m_degree);
   Take(fitted);
   if (residualSum != nullptr) *residualSum = sum < tolerance ? 0.0 : sum;
+} catch (const std::bad_alloc&) {
+  throw CNuMemoryException("CNuPolynomial::Fit()");
 }
