@@ -59,6 +59,13 @@ TEST(Complex, PowersAndRootsInOrder) {
   for (int k = 0; k < 7; ++k) EXPECT_TRUE(roots[k].Power(7).IsEqual(c, 14 * Nu_PI * 8 * kEps));
   EXPECT_EQ(CNuComplexPolar(2, 3).Power(2).Argument(), 6.0);
   EXPECT_DOUBLE_EQ(CNuComplexPolar(8, -1).Roots(3)[2].Argument(), (4 * Nu_PI - 1) / 3);
+  // The modulus of the second is beyond the range of numbers, that of its roots is not.
+  for (const double size : {1.2e308, 1.5e308}) {
+    const CNuComplex large(size, -size), root = large.Roots(2)[0];
+    ExpectNear(root / 1e154 * (root / 1e154) / (size / 1e308), 1, -1);
+    ExpectNear(large.Roots(1)[0], size, -size);
+  }
+  EXPECT_DOUBLE_EQ(CNuComplex(1.2e308, -1.2e308).ToPolarForm().Argument(), 1.75 * Nu_PI);
   ExpectNear((CNuComplexPolar(6, 1) / CNuComplexPolar(3, 0.5) * CNuComplexPolar(1, -0.5)).ToCartesianForm(), 2, 0);
 }
 
@@ -77,6 +84,9 @@ TEST(Complex, Failures) {
       {"construction 5 modulus|CNuComplexPolar [0,0]", [] { CNuComplexPolar(kNaN, 0); }},
       {"construction 5 modulus|CNuComplexPolar [0,0]", [&] { zero.ToPolarForm(); }},
       {"construction 5 modulus|CNuComplexPolar [0,0]", [&] { zero.Roots(2); }},
+      {"construction 5 modulus|CNuComplexPolar [0,0]", [&] { tiny.Roots(2); }},
+      {"construction 5 modulus|CNuComplexPolar [0,0]", [] { CNuComplex(1.7e308, 1.7e308).ToPolarForm(); }},
+      {"operation 7 calculation|CNuComplexPolar::Power() [0,0]", [] { CNuComplex(1.7e308, 1.7e308).Power(2); }},
       {"operation 7 operator*|CNuComplex [0,0]", [&] { c * 1e301; }},
       {"operation 7 operator*=|CNuComplex [0,0]", [&] { c *= kNaN; }},
       {"operation 6 operator/|CNuComplex [0,0]", [&] { c / 0.0; }},
@@ -88,7 +98,7 @@ TEST(Complex, Failures) {
       {"operation 7 calculation|CNuComplexPolar::Power() [0,0]", [&] { huge.Power(0); }},
       {"operation 2 calculation|CNuComplexPolar::Power() [0,0]", [&] { p.Power(0); }},
       {"operation 2 calculation|CNuComplexPolar::Roots() [0,0]", [&] { p.Roots(-1); }},
-      {"operation 2 calculation|CNuComplexPolar::Roots() [0,0]", [&] { tiny.Roots(2); }},
+      {"operation 2 calculation|CNuComplexPolar::Roots() [0,0]", [&] { tiny.Roots(0); }},
       {"operation 8 First operator[]|CNuComplexArray [0,0]", [] { CNuComplexArray(0).First(); }},
       {"operation 8 Last operator[]|CNuComplexPolarArray::Last() [0,0]", [] { CNuComplexPolarArray(0).Last(); }},
       {"operation 3 operation|CNuComplexMatrix::Element() [0,2]", [] { CNuComplexMatrix(2, 3).Element(0, 3); }},

@@ -33,9 +33,10 @@ CNuComplex CNuComplex::Conjugate() const {
 }
 
 CNuComplexPolar CNuComplex::ToPolarForm() const {
-  // Zero has no polar form, and it is the polar constructor that says so.
-  if (IsZero(NuGetZero())) return {0.0, 0.0};
   const double modulus = Modulus();
+  // Neither zero nor a number whose modulus is beyond the range of double has a polar form, and it is the polar
+  // constructor that says so.
+  if (IsZero(NuGetZero()) || std::isinf(modulus)) return {0.0, 0.0};
   return {modulus, NuArcCosSin(m_re / modulus, m_im / modulus)};
 }
 
@@ -133,13 +134,21 @@ CNuComplex CNuComplex::Sqrt() const {
 
 CNuComplex CNuComplex::Power(int n) const {
   if (n < 1) FailOperation(2, "calculation", "CNuComplex::Power()");
+  if (std::isinf(Modulus())) FailOperation(7, "calculation", "CNuComplexPolar::Power()");
   return ToPolarForm().Power(n).ToCartesianForm();
 }
 
 CNuComplexArray CNuComplex::Roots(int n) const {
   if (n < 1) FailOperation(2, "calculation", "CNuComplex::Roots()", 1);
-  const CNuComplexPolarArray polar = ToPolarForm().Roots(n);
+  // Half of a number whose modulus is beyond the range of double has a polar form; its roots are in that range again.
+  const bool isBeyond = std::isinf(Modulus());
+  const CNuComplex within = isBeyond ? CNuComplex(0.5 * m_re, 0.5 * m_im) : *this;
+  const double factor = isBeyond ? std::pow(2.0, 1.0 / n) : 1.0;
+  const CNuComplexPolarArray polar = within.ToPolarForm().Roots(n);
   CNuComplexArray roots(n);
-  for (int k = 0; k < n; ++k) roots.Add(polar[k].ToCartesianForm());
+  for (int k = 0; k < n; ++k) {
+    const CNuComplex root = polar[k].ToCartesianForm();
+    roots.Add({factor * root.r(), factor * root.i()});
+  }
   return roots;
 }

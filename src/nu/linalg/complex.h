@@ -23,8 +23,8 @@ class NU_EXPORT CNuComplex : public CNuAlgebra {
   // sqrt(re^2 + im^2) without overflow; 0 when both parts are below NuGetZero() in magnitude.
   double Modulus() const;
   CNuComplex Conjugate() const;
-  // Modulus and argument, the argument in [0, 2 pi) radians. A number that is zero within NuGetZero() has no polar
-  // form: CNuConstructionException cause 5, "modulus". Reads NuGetZero().
+  // Modulus and argument, the argument in [0, 2 pi) radians. A number that is zero within NuGetZero(), or whose modulus
+  // is beyond the range of double or NaN, has no polar form: CNuConstructionException cause 5, "modulus".
   CNuComplexPolar ToPolarForm() const;
 
   // |re| < tol and |im| < tol
@@ -56,9 +56,9 @@ class NU_EXPORT CNuComplex : public CNuAlgebra {
   // The principal square root: its real part is never negative, and on the negative real axis the imaginary part is
   // positive whatever the sign of a zero imaginary part. Zero within NuGetZero() gives 0.
   CNuComplex Sqrt() const;
-  // The n-th power and all n-th roots, through the polar form. n < 1: cause 2, "calculation"; zero within NuGetZero()
-  // fails as ToPolarForm, a modulus out of range as the polar operation. The roots follow each other
-  // counter-clockwise, the first at 1/n of the argument.
+  // The n-th power and all n-th roots, through the polar form. n < 1: cause 2, "calculation"; what has no polar
+  // form fails as ToPolarForm, but a power of a modulus above NuGetLarge() as the polar operation, and the roots of a
+  // finite number always exist. They follow each other counter-clockwise, the first at 1/n of the argument.
   CNuComplex Power(int n) const;
   CNuComplexArray Roots(int n) const;
 

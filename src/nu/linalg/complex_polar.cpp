@@ -41,8 +41,9 @@ CNuComplexPolar CNuComplexPolar::Power(int n) const {
 }
 
 CNuComplexPolarArray CNuComplexPolar::Roots(int n) const {
-  if (n < 1 || !(m_modulus > NuGetZero())) FailOperation(2, "calculation", "CNuComplexPolar::Roots()");
-  const double modulus = std::pow(m_modulus, 1.0 / n);
+  if (n < 1) FailOperation(2, "calculation", "CNuComplexPolar::Roots()");
+  // The only root would be zero, and it is the polar constructor that says so.
+  const double modulus = m_modulus > NuGetZero() ? std::pow(m_modulus, 1.0 / n) : 0.0;
   CNuComplexPolarArray roots(n);
   for (int k = 0; k < n; ++k) roots.Add({modulus, (2.0 * k * Nu_PI + m_argument) / n});
   return roots;

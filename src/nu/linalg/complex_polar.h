@@ -31,8 +31,9 @@ class NU_EXPORT CNuComplexPolar : public CNuAlgebra {
   // modulus^n and n times the argument. Modulus above NuGetLarge(): cause 7; n < 1: cause 2; both "calculation".
   // Underflow as above.
   CNuComplexPolar Power(int n) const;
-  // The n roots of modulus^(1/n) at (argument + 2 k pi)/n, k = 0 .. n-1. n < 1, or a modulus that is not above
-  // NuGetZero() and so has no root but zero: cause 2, "calculation". No memory for n of them: CNuMemoryException.
+  // The n roots of modulus^(1/n) at (argument + 2 k pi)/n, k = 0 .. n-1. n < 1: cause 2, "calculation"; a modulus that
+  // is not above NuGetZero() and so has no root but zero, which has no polar form: the constructor's failure, cause 5.
+  // No memory for n of them: CNuMemoryException.
   CNuComplexPolarArray Roots(int n) const;
 
  private:
