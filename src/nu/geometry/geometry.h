@@ -40,8 +40,9 @@ class NU_EXPORT CNuGeometry : public CNuObject {
                                     const CNuVector& yaxis);
 
   // The 3 x 3 matrix M that turns a row vector v, as v * M, by `angle` degrees about a coordinate axis or a direction,
-  // right-handed: its rows are where the axes go. An axis that has not three components: CNuOperationException cause
-  // 10; a zero axis, within NuGetZero(): cause 9.
+  // right-handed: its rows are where the axes go. An angle whose cosine or sine rounds to 1 or -1, within 6e-7 degrees
+  // of a multiple of 90, gives that multiple, without the linear term of a small rotation. An axis that has not three
+  // components: CNuOperationException cause 10; a zero axis, within NuGetZero(): cause 9.
   static CNuMatrix RotationMatrix(double angle, EAxisType axis);
   static CNuMatrix RotationMatrix(double angle, const CNuVector& axis);
 

@@ -28,9 +28,10 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   // Sets the line's point to p: it is required not to add p, as for all features.
   void Translate(const CNuPoint& p);
   void Translate(double dx, double dy, double dz);
-  // By `angle` degrees, right-handed, about an axis through the global origin or through `centre`. An angle below
-  // NuGetZero() changes nothing. An axis that has not three components: CNuOperationException cause 10; a zero axis:
-  // cause 9.
+  // By `angle` degrees, right-handed, about an axis through the global origin or through `centre`. An angle within
+  // 6e-7 degrees of a multiple of 90 counts as that multiple: a smaller rotation does nothing. An axis that has not
+  // three components: CNuOperationException cause 10; a zero axis: cause 9; an angle below NuGetZero() changes nothing
+  // and is not checked for these.
   void Rotate(double angle, CNuGeometry::EAxisType axis);
   void Rotate(double angle, const CNuVector& axis);
   void Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre);

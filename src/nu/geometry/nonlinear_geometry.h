@@ -25,7 +25,8 @@ class NU_EXPORT CNuNonLinearGeometry : public CNuGeometry {
   virtual void Translate(double dx, double dy, double dz);
   // By `angle` degrees, right-handed, about an axis through `centre` or through the global origin. An axis that has not
   // three components: CNuOperationException cause 10; a zero axis, within NuGetZero(): cause 9; after these checks an
-  // angle below NuGetZero() changes nothing.
+  // angle below NuGetZero() changes nothing. An angle within 6e-7 degrees of a multiple of 90 counts as that multiple:
+  // a smaller rotation does nothing.
   virtual void Rotate(double angle, const CNuVector& axis, const CNuPoint& centre);
   virtual void Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre);
   virtual void Rotate(double angle, const CNuVector& axis);

@@ -118,8 +118,9 @@ class NU_EXPORT CNuPoint : public CNuObject {
   }
   // Places this point at p. It is required not to add p: all features are placed by this overload.
   void Translate(const CNuPoint& p) { *this = p; }
-  // By `angle` degrees, right-handed, about an axis through the global origin or through `centre`. An angle below
-  // NuGetZero() changes nothing. An axis that has not three components: cause 10; a zero axis: cause 9.
+  // By `angle` degrees, right-handed, about an axis through the global origin or through `centre`. An angle within
+  // 6e-7 degrees of a multiple of 90 counts as that multiple: a smaller rotation does nothing. An axis that has not
+  // three components: cause 10; a zero axis: cause 9; an angle below NuGetZero() is not checked for these.
   void Rotate(double angle, CNuGeometry::EAxisType axis);
   void Rotate(double angle, const CNuVector& axis);
   void Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre);

@@ -116,8 +116,9 @@ class NU_EXPORT CNuVector : public CNuObject {
   void OrthonormalXY(CNuVector* x, CNuVector* y);
 
   // Turns the direction by `angle` degrees about a coordinate axis or a direction, right-handed; a centre has no
-  // meaning for a direction. A zero vector and an angle below NuGetZero() change nothing. An axis that has not three
-  // components: cause 10; a zero axis: cause 9.
+  // meaning for a direction. A zero vector and an angle below NuGetZero() change nothing, and an angle within 6e-7
+  // degrees of a multiple of 90 counts as that multiple. An axis that has not three components: cause 10; a zero axis:
+  // cause 9.
   void Rotate(double angle, CNuGeometry::EAxisType axis);
   void Rotate(double angle, const CNuVector& axis);
   void Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre);
