@@ -100,12 +100,10 @@ TEST(PolynomialFit, BadInputEndsAsDocumented) {
       {failure(1, with(kNan, 0)), refused},
       {failure(1, with(-HUGE_VAL, 0)), refused},
       {failure(4, with(1e80, kNan)), refused},
-      {failure(3, with(0.5, HUGE_VAL)), "fitted"},
+      {failure(3, with(0.5, HUGE_VAL)), refused},
+      {failure(12, with(0.5, kNan)), refused},
   };
   for (const auto& c : cases) EXPECT_EQ(c[0], c[1]);
-  for (const double bad : {kNan, HUGE_VAL, -HUGE_VAL}) {
-    for (const double number : FitOf(12, with(0.5, bad))) EXPECT_TRUE(std::isnan(number));
-  }
   const double tol = NuGetTol(), zero = NuGetZero();
   for (const double t : {0.0, -1.0, 1.0, HUGE_VAL, kNan}) {
     NuSetTol(t);

@@ -48,7 +48,7 @@ double CNuDoubleArray::Max() const {
   RequireNotEmpty(m_size, "Max operation", "CNuDoubleArray::Max()");
   double max = -NuGetLarge();
   for (int i = 0; i < m_size; ++i) {
-    if (m_data[i] > max) max = m_data[i];
+    if (m_data[i] > max || std::isnan(m_data[i])) max = m_data[i];
   }
   return max;
 }
@@ -57,7 +57,7 @@ double CNuDoubleArray::Min() const {
   RequireNotEmpty(m_size, "Min operation", "CNuDoubleArray::Min()");
   double min = NuGetLarge();
   for (int i = 0; i < m_size; ++i) {
-    if (m_data[i] < min) min = m_data[i];
+    if (m_data[i] < min || std::isnan(m_data[i])) min = m_data[i];
   }
   return min;
 }

@@ -11,13 +11,17 @@
 
 namespace {
 
-// Beyond a million turns the rounding of the repeated subtraction is coarser than any angle and its time noticeable.
-constexpr double kTurnsOneByOne = 1e6;
-
-double SnappedToRange(double angle, double turn) {
+// The remainder is exact; a negative one is rounded once, when the turn is added, which may lead to the full turn.
+double ReducedAngle(double angle, double turn) {
+  double x = angle;
+  if (!(x >= 0.0 && x < turn)) {
+    x = std::fmod(x, turn);
+    if (x < 0.0) x += turn;
+    if (x >= turn) x -= turn;
+  }
   const double zero = NuGetZero();
-  if (std::fabs(angle) < zero || std::fabs(angle - turn) < zero) return 0.0;
-  return angle;
+  if (std::fabs(x) < zero || std::fabs(x - turn) < zero) return 0.0;
+  return x;
 }
 
 }  // namespace
@@ -25,7 +29,7 @@ double SnappedToRange(double angle, double turn) {
 ENuBoolean NuIsEqual(int na, int nb, const double* a, const double* b, double tol) {
   if (na < 0 || nb < 0 || a == nullptr || b == nullptr || na != nb) return NuFalse;
   for (int i = 0; i < na; ++i) {
-    if (std::fabs(a[i] - b[i]) >= tol) return NuFalse;
+    if (!(std::fabs(a[i] - b[i]) < tol)) return NuFalse;
   }
   return NuTrue;
 }
@@ -58,28 +62,16 @@ void NuSort(int n, double* a, double* b) {
   nu::internal::SortTogether(n, a, b);
 }
 
-// Every intermediate of the repeated subtraction of 360 is exact as long as it ends, so the remainder has its bits.
 double NuAngleIn360Degree(double deg) {
-  constexpr double turn = 360.0;
-  double x = deg;
-  if (!(x >= 0.0 && x < turn)) {
-    x = std::fmod(x, turn);
-    if (x < 0.0) x += turn;
-    if (x >= turn) x -= turn;
-  }
-  return SnappedToRange(x, turn);
+  return ReducedAngle(deg, 360.0);
 }
 
 double NuAngleIn2Pi(double rad) {
-  if (!std::isfinite(rad)) return std::nan("");
-  double x = rad;
-  if (std::fabs(x) > kTurnsOneByOne * Nu_2PI) x = std::fmod(x, Nu_2PI);
-  while (x < 0.0) x += Nu_2PI;
-  while (x >= Nu_2PI) x -= Nu_2PI;
-  return SnappedToRange(x, Nu_2PI);
+  return ReducedAngle(rad, Nu_2PI);
 }
 
 double NuArcCosSin(double c, double s) {
+  if (std::isnan(c) || std::isnan(s)) return c + s;
   const double zero = NuGetZero();
   if (std::fabs(c) < zero) return s <= 0.0 ? 1.5 * Nu_PI : 0.5 * Nu_PI;
   const double t = std::atan(s / c);
@@ -107,8 +99,7 @@ void NuCosSin(double angle, double* c, double* s) {
 }
 
 ENuBoolean NuIsTriangle(double a, double b, double c, double tol) {
-  if (c + tol >= a + b || a + tol >= b + c || b + tol >= a + c) return NuFalse;
-  return NuTrue;
+  return c + tol < a + b && a + tol < b + c && b + tol < a + c ? NuTrue : NuFalse;
 }
 
 double nu::acosh(double x) {

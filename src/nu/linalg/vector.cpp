@@ -235,7 +235,7 @@ double CNuVector::Sum() const {
 double CNuVector::Max() const {
   double max = -NuGetLarge();
   for (int i = 0; i < m_size; ++i) {
-    if (m_data[i] > max) max = m_data[i];
+    if (m_data[i] > max || std::isnan(m_data[i])) max = m_data[i];
   }
   return max;
 }
@@ -243,7 +243,7 @@ double CNuVector::Max() const {
 double CNuVector::Min() const {
   double min = NuGetLarge();
   for (int i = 0; i < m_size; ++i) {
-    if (m_data[i] < min) min = m_data[i];
+    if (m_data[i] < min || std::isnan(m_data[i])) min = m_data[i];
   }
   return min;
 }

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "nu/foundation/double_array.h"
-#include "nu/foundation/exceptions.h"
+#include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/sort.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/linalg/complex_array.h"
@@ -44,6 +44,11 @@ auto WithMemory(const char* where, Operation operation) {
   } catch (const std::bad_alloc&) {
     throw CNuMemoryException(where);
   }
+}
+
+// The effective degree is negative where a coefficient is not finite.
+void RequireFinite(int effectiveDegree) {
+  if (effectiveDegree < 0) nu::internal::FailOperation(46, "calculation", "CNuAlgEqu::Solve()");
 }
 
 bool IsReal(const FoundRoot& x) {
@@ -140,6 +145,7 @@ void CNuAlgEqu::Solve(const CNuPolynomial& p) {
   WithMemory("CNuAlgEqu::Solve()", [&] {
     Coefficients equation = {p.GetData(), nullptr, p.GetDegree()};
     equation.degree = EffectiveDegree(equation, NuGetZero());
+    RequireFinite(equation.degree);
     if (equation.degree < 1) return Release();
     RootRoom room(equation.degree);
     const int count = FindRoots(equation, true, HostRules(), room.Data());
@@ -163,8 +169,8 @@ void CNuAlgEqu::Solve(const CNuComplexArray& coefficients) {
     }
     Coefficients equation = {re, real ? nullptr : im, size - 1};
     equation.degree = EffectiveDegree(equation, NuGetZero());
+    RequireFinite(equation.degree);
     if (equation.degree == 0) return;
-    if (equation.degree < 0) return Release();
     RootRoom room(equation.degree);
     const int count = FindRoots(equation, false, HostRules(), room.Data());
     SortByRealPart(room.Data(), count);

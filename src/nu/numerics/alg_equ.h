@@ -25,7 +25,8 @@ class NU_EXPORT CNuAlgEqu : public CNuAlgebra {
   ~CNuAlgEqu() override;
 
   // Solves p(x) = 0 and replaces the roots. Leading coefficients that are 0 or below NuGetZero() in magnitude do not
-  // count; degree 0 and coefficients that are not finite give no roots; a root beyond the range of numbers is left out.
+  // count; degree 0 gives no roots; a root beyond the range of numbers is left out. A coefficient that is not finite:
+  // CNuOperationException cause 46, "calculation", and the roots stay as they were.
   // Degrees 2 to 4 in closed form, others by Laguerre's method; then real roots are polished. The complex ones are
   // exact conjugates. A pair whose real part is a root to rounding counts as two real roots: a double root is never
   // lost. So does, where a host sets NuGetTol() above its default, a pair with imaginary parts below it. Reads

@@ -57,10 +57,10 @@ class NU_EXPORT CNuPolynomial : public CNuAlgebra {
   // Least squares over the polynomials of this degree; drops the Chebyshev expression. Coefficients that the samples do
   // not determine (fewer samples than coefficients; singular values of the powers below 1e-10 of the largest, or below
   // NuGetTol() of it) come out as small as possible. Those below 1e-10 become exactly 0. residualSum, unless null,
-  // receives the sum of squared residuals, 0 where it is below NuGetTol(). A y that is not finite makes everything NaN.
+  // receives the sum of squared residuals, 0 where it is below NuGetTol().
   // Sizes differ: CNuOperationException cause 5, "data checking"; no samples: CNuConstructionException cause 1, that of
-  // a matrix without rows; a power of an x that is not finite, or a singular value that is not found: cause 46,
-  // "calculation"; no memory: CNuMemoryException or std::bad_alloc. A failure changes nothing.
+  // a matrix without rows; an x or y, or a power of an x, that is not finite, or a singular value that is not
+  // found: cause 46, "calculation"; no memory: CNuMemoryException. A failure changes nothing.
   void Fit(const CNuDoubleArray& x, const CNuDoubleArray& y);
   void Fit(const CNuDoubleArray& x, const CNuDoubleArray& y, double* residualSum);
 

@@ -27,14 +27,14 @@ struct Extent {
   double lowest;
   double highest;
   double largest;  // |y|
-  bool finite;     // all x
+  bool finite;     // all x and y
 };
 
 NU_ALWAYS_INLINE void Widen(double x, double y, double& low, double& high, double& size, double& difference) {
   low = x < low ? x : low;
   high = x > high ? x : high;
   size = std::fabs(y) > size ? std::fabs(y) : size;
-  difference += x - x;
+  difference += (x - x) + (y - y);
 }
 
 NU_KERNEL Extent Measure(const Samples& samples) {
