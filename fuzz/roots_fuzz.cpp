@@ -1,4 +1,5 @@
 // Any coefficients and tolerances: all roots are found or left out, none is invented, and every one is a number.
+// Coefficients that are not finite, and no others, are refused.
 
 #include <cmath>
 #include <cstdint>
@@ -13,6 +14,17 @@ void Require(bool holds) {
   if (!holds) std::abort();
 }
 
+template<class Coefficients>
+bool IsSolved(CNuAlgEqu& equation, const Coefficients& p, bool finite) {
+  try {
+    equation.Solve(p);
+  } catch (const CNuOperationException& e) {
+    Require(!finite && e.GetCause() == 46);
+    return false;
+  }
+  return true;
+}
+
 void Judge(const CNuAlgEqu& equation, int degree) {
   const CNuDoubleArray real = equation.GetRealRoots();
   const CNuComplexArray complex = equation.GetComplexRoots();
@@ -24,9 +36,9 @@ void Judge(const CNuAlgEqu& equation, int degree) {
   Require(equation.GetDistinctRealRoots().GetSize() <= real.GetSize());
 }
 
-void Solve(const CNuPolynomial& p) {
+void Solve(const CNuPolynomial& p, bool finite) {
   CNuAlgEqu equation;
-  equation.Solve(p);
+  if (!IsSolved(equation, p, finite)) return;
   Judge(equation, p.GetDegree());
   const CNuComplexArray complex = equation.GetComplexRoots();
   for (int i = 0; i + 1 < complex.GetSize(); i += 2) {
@@ -46,17 +58,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   };
   CNuPolynomial p(count - 1);
   CNuComplexArray even(count);
-  for (int i = 0; i < count; ++i) p[i] = value(i);
+  bool finite = true;
+  for (int i = 0; i < count; ++i) finite = std::isfinite(p[i] = value(i)) && finite;
   for (int i = 0; i + 1 < count; i += 2) even.Add(CNuComplex(value(i), value(i + 1)));
-  Solve(p);
+  Solve(p, finite);
   CNuAlgEqu equation;
-  equation.Solve(even);
-  Judge(equation, count);
+  if (IsSolved(equation, even, finite)) Judge(equation, count);
 
   const double tol = NuGetTol(), zero = NuGetZero();
   NuSetTol(value(0));
   NuSetZero(value(1));
-  Solve(p);
+  Solve(p, finite);
   NuSetTol(tol);
   NuSetZero(zero);
   return 0;
