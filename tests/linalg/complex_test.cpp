@@ -11,12 +11,15 @@
 #include <vector>
 
 #include "nu/foundation/constants.h"
+#include "nu/foundation/interval.h"
+#include "nu/foundation/numeric_helpers.h"
 #include "nu/linalg/complex_array.h"
 #include "nu/linalg/complex_matrix.h"
 #include "nu/linalg/complex_polar.h"
 #include "nu/linalg/complex_vector.h"
 #include "nu/linalg/matrix.h"
 #include "nu/linalg/vector.h"
+#include "nu/numerics/triag.h"
 #include "support/failures.h"
 
 namespace {
@@ -108,6 +111,38 @@ TEST(Complex, Failures) {
   };
   for (const auto& [failure, call] : cases) EXPECT_EQ(FailureOf(call), failure);
   EXPECT_TRUE(c.r() == 1 && c.i() == 1);
+}
+
+// Over the operations below the geometry: null is skipped, and of two outputs that are one object the later holds.
+TEST(Outputs, MayBeNullOrOneObject) {
+  CNuVector v(3, 0, 4), y;
+  CNuComplexMatrix square = CNuComplexMatrix::Identity(3) * CNuComplex(0, 2), product(square), q(1, 1);
+  const CNuMatrix real = 2.0 * CNuMatrix::Identity(3);
+  double one = 0.0;
+  CNuComplex(1, 2).GetData(nullptr, nullptr);
+  CNuComplex(1, 2).GetData(&one, &one);
+  EXPECT_EQ(one, 2.0);
+  CNuComplexPolar(1, 3).GetData(nullptr, &one);
+  EXPECT_EQ(one, 3.0);
+  CNuInterval(4, 5, 0, 0).GetBounds(nullptr, &one);
+  EXPECT_EQ(one, 5.0);
+  CNuTriag(6, 7, 8).GetData(nullptr, nullptr, &one);
+  EXPECT_EQ(one, 8.0);
+  NuCosSin(0.5, nullptr, nullptr);
+  NuCosSin(0.0, &one, &one);
+  EXPECT_EQ(one, 0.0);
+  v.Sort(static_cast<CNuIntArray*>(nullptr));
+  v.OrthonormalX(nullptr);
+  v.OrthonormalXY(nullptr, &y);
+  EXPECT_NEAR(v.Magnitude() + y.Magnitude(), 2.0, 4 * kEps);
+  v.OrthonormalXY(&v, &y);
+  EXPECT_NEAR(v % y, 0.0, kEps);
+  product.Schur(&product, &product);
+  square.Schur(nullptr, &q);
+  EXPECT_TRUE(product.IsEqual(q, 1e-300) && q.Element(0, 0).i() == 2.0);
+  CNuMatrix last(1, 1);
+  real.LUD2(&last, &last, nullptr);
+  EXPECT_EQ(last.Trace(), 6.0);
 }
 
 TEST(Complex, VectorsAndMatricesFromRealOnes) {

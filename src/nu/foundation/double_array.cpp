@@ -89,6 +89,7 @@ void CNuDoubleArray::Sort() {
 }
 
 void CNuDoubleArray::Sort(CNuIntArray* index) const {
+  if (index == nullptr) return;
   CNuIntArray order(m_size);
   for (int i = 0; i < m_size; ++i) order.Add(i);
   nu::internal::SortIndex(m_size, m_data, order.GetData());

@@ -45,6 +45,7 @@ void CNuIntArray::Sort() {
 
 // Positions with equal values are told apart by their order, which makes the plain sort a stable one.
 void CNuIntArray::Sort(CNuIntArray* index) const {
+  if (index == nullptr) return;
   CNuIntArray order(m_size);
   for (int i = 0; i < m_size; ++i) order.Add(i);
   const int* values = m_data;

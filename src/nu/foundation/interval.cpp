@@ -2,6 +2,7 @@
 
 #include "nu/foundation/constants.h"
 #include "nu/foundation/exceptions.h"
+#include "nu/foundation/internal/outputs.h"
 
 CNuInterval::CNuInterval() : CNuAlgebra(NuTypeInterval), m_lower(0.0), m_upper(Nu_2PI) {}
 
@@ -12,8 +13,8 @@ CNuInterval::CNuInterval(double lower, double upper, int leftOpen, int rightOpen
 }
 
 void CNuInterval::GetBounds(double* lower, double* upper) const {
-  *lower = m_lower;
-  *upper = m_upper;
+  nu::internal::Output(lower, m_lower);
+  nu::internal::Output(upper, m_upper);
 }
 
 // Hosts rely on the closed test: the open flags are not consulted here.

@@ -5,6 +5,7 @@
 
 #include "nu/foundation/constants.h"
 #include "nu/foundation/exceptions.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/internal/pythag.h"
 #include "nu/foundation/internal/sort.h"
 #include "nu/foundation/tolerances.h"
@@ -85,17 +86,18 @@ double NuArcCosSin(double c, double s) {
 }
 
 void NuCosSin(double angle, double* c, double* s) {
-  *c = std::cos(angle);
-  *s = std::sin(angle);
+  double cosine = std::cos(angle);
+  double sine = std::sin(angle);
   const double zero = NuGetZero();
-  if (std::fabs(std::fabs(*c) - 1.0) < zero) {
-    *s = 0.0;
-  } else if (std::fabs(std::fabs(*s) - 1.0) < zero) {
-    *c = 0.0;
-  } else if (std::fabs(*c - *s) < NuGetTol()) {
-    *c = (*c + *s) / 2.0;
-    *s = *c;
+  if (std::fabs(std::fabs(cosine) - 1.0) < zero) {
+    sine = 0.0;
+  } else if (std::fabs(std::fabs(sine) - 1.0) < zero) {
+    cosine = 0.0;
+  } else if (std::fabs(cosine - sine) < NuGetTol()) {
+    cosine = sine = (cosine + sine) / 2.0;
   }
+  nu::internal::Output(c, cosine);
+  nu::internal::Output(s, sine);
 }
 
 ENuBoolean NuIsTriangle(double a, double b, double c, double tol) {

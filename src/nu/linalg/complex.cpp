@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/linalg/complex_array.h"
 #include "nu/linalg/complex_polar.h"
@@ -20,8 +21,8 @@ void RequireNumericDivisor(double d, const char* what, const char* where) {
 }  // namespace
 
 void CNuComplex::GetData(double* re, double* im) const {
-  *re = m_re;
-  *im = m_im;
+  nu::internal::Output(re, m_re);
+  nu::internal::Output(im, m_im);
 }
 
 double CNuComplex::Modulus() const {

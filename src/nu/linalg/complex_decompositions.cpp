@@ -94,9 +94,9 @@ void MultiplyDirectly(const CNuComplex* a, const CNuComplex* b, int rows, int in
 // Both results exist before the first output changes.
 void Store(const Scaled& triangle, CNuComplexMatrix* target, const ComplexRows& qT, CNuComplexMatrix* q) {
   if (target != nullptr && q != nullptr) {
-    CNuComplexMatrix unitary = ToTransposedMatrix(qT);
-    *target = ToMatrix(triangle);
-    *q = std::move(unitary);
+    CNuComplexMatrix upper = ToMatrix(triangle);
+    *q = ToTransposedMatrix(qT);
+    *target = std::move(upper);
   } else if (q != nullptr) {
     *q = ToTransposedMatrix(qT);
   } else if (target != nullptr) {

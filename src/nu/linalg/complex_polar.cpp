@@ -4,6 +4,7 @@
 
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/linalg/complex.h"
 #include "nu/linalg/complex_array.h"
 
@@ -15,8 +16,8 @@ CNuComplexPolar::CNuComplexPolar(double modulus, double argument)
 }
 
 void CNuComplexPolar::GetData(double* modulus, double* argument) const {
-  *modulus = m_modulus;
-  *argument = m_argument;
+  nu::internal::Output(modulus, m_modulus);
+  nu::internal::Output(argument, m_argument);
 }
 
 CNuComplex CNuComplexPolar::ToCartesianForm() const {

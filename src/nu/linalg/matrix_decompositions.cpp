@@ -8,6 +8,7 @@
 
 #include "nu/foundation/int_array.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/linalg/internal/eigen_general.h"
 #include "nu/linalg/internal/eigen_symmetric.h"
@@ -22,6 +23,7 @@
 
 using nu::internal::FailOperation;
 using nu::internal::LuResult;
+using nu::internal::Output;
 using nu::internal::Workspace;
 
 namespace {
@@ -102,10 +104,6 @@ class Permutation {
   int m_local[kSmall];
 };
 
-void SetStatus(ENuStatus* status, ENuStatus value) {
-  if (status != nullptr) *status = value;
-}
-
 // What the eigen operations remember of their last call. The mutex is constant-initialised and the entries are never
 // freed, so that the operations serve from the first static constructor to the last static destructor. The tolerance is
 // part of the question: it decides which algorithm answers, and other threads have others.
@@ -136,14 +134,14 @@ Result ThroughCache(const CNuMatrix& a, EigenCache<Result>*& last, ENuStatus* st
   {
     const std::lock_guard lock(cacheMutex);
     if (last != nullptr && last->tol == tol && IsCached(last->matrix, a, tol)) {
-      SetStatus(status, last->status);
+      Output(status, last->status);
       return last->result;
     }
   }
   ENuStatus reached = NuStatusNone;
-  SetStatus(status, reached);
+  Output(status, reached);
   Result result = compute(&reached);
-  SetStatus(status, reached);
+  Output(status, reached);
   // Everything that can fail comes before the exchange.
   std::unique_ptr<EigenCache<Result>> entry(new EigenCache<Result>{a, tol, reached, result});
   {
@@ -202,9 +200,9 @@ void CNuMatrix::LUD(CNuIntArray* index, int* d, int* status) try {
   MutableElements a(*this);
   const LuResult lu = nu::internal::FactorLu(a.Data(), m_rows, m_rows, rows.GetData(), NuGetTol(), NuGetZero());
   a.Store();
-  if (index != nullptr) *index = std::move(rows);
-  if (d != nullptr) *d = lu.parity;
-  if (status != nullptr) *status = lu.singular ? 1 : 0;
+  Output(index, std::move(rows));
+  Output(d, lu.parity);
+  Output(status, lu.singular ? 1 : 0);
   if (lu.singular) FailOperation(16, kCalculation, where);
 } catch (const std::bad_alloc&) {
   throw CNuMemoryException("CNuMatrix::LUD()");
@@ -224,9 +222,9 @@ void CNuMatrix::LUD2(CNuMatrix* L, CNuMatrix* U, CNuMatrix* P) const {
     std::copy(factors.m_data[i] + i, factors.m_data[i] + m_rows, upper.m_data[i] + i);
     permutation.m_data[i][index.GetData()[i]] = 1.0;
   }
-  if (L != nullptr) *L = std::move(lower);
-  if (U != nullptr) *U = std::move(upper);
-  if (P != nullptr) *P = std::move(permutation);
+  Output(L, std::move(lower));
+  Output(U, std::move(upper));
+  Output(P, std::move(permutation));
 }
 
 void CNuMatrix::SVD(CNuVector* w, CNuMatrix* v) try {
@@ -237,8 +235,8 @@ void CNuMatrix::SVD(CNuVector* w, CNuMatrix* v) try {
                                                          right.m_data[0], m_columns, NuGetTol(), NuGetZero());
   if (!converged) FailOperation(46, kCalculation, "CNuMatrix::SVD()");
   a.Store();
-  if (w != nullptr) *w = std::move(values);
-  if (v != nullptr) *v = std::move(right);
+  Output(w, std::move(values));
+  Output(v, std::move(right));
 } catch (const std::bad_alloc&) {
   throw CNuMemoryException("CNuMatrix::SVD()");
 }
@@ -259,7 +257,7 @@ double CNuMatrix::Determinant() const try {
 
 CNuMatrix CNuMatrix::Inverse(ENuStatus* status) try {
   constexpr const char* where = "CNuMatrix::Inverse()";
-  SetStatus(status, NuStatusNone);
+  Output(status, NuStatusNone);
   RequireSquare(*this, where);
   SmallBlock a(ElementCount(*this));
   CopyOut(*this, a.Data());
@@ -272,16 +270,16 @@ CNuMatrix CNuMatrix::Inverse(ENuStatus* status) try {
   CNuMatrix inverse(m_rows, m_rows);
   for (int i = 0; i < m_rows; ++i) inverse.m_data[i][rows.Data()[i]] = 1.0;
   nu::internal::SolveLuPermuted(a.Data(), m_rows, m_rows, inverse.m_data[0], m_rows, m_rows);
-  SetStatus(status, NuStatusComputed);
+  Output(status, NuStatusComputed);
   return inverse;
 } catch (const std::bad_alloc&) {
   throw CNuMemoryException("CNuMatrix::Inverse()");
 }
 
 void CNuMatrix::EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatrix* vectors) const try {
-  SetStatus(status, NuStatusNone);
+  Output(status, NuStatusNone);
   RequireSquare(*this, "CNuMatrix::EigenValuesVectors()");
-  SetStatus(status, NuStatusComputed);
+  Output(status, NuStatusComputed);
   const int n = m_rows;
   CNuVector real(n);
   CNuMatrix columns(n, n);
@@ -296,9 +294,9 @@ void CNuMatrix::EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatr
     complex = converged && std::any_of(imaginary.Data(), imaginary.Data() + n, [](double im) { return im != 0.0; });
   }
   if (!converged) FailOperation(46, kCalculation, "CNuMatrix::EigenValues()");
-  if (complex) SetStatus(status, NuStatusComplex);
-  if (values != nullptr) *values = std::move(real);
-  if (vectors != nullptr) *vectors = std::move(columns);
+  if (complex) Output(status, NuStatusComplex);
+  Output(values, std::move(real));
+  Output(vectors, std::move(columns));
 } catch (const std::bad_alloc&) {
   throw CNuMemoryException("CNuMatrix::EigenValuesVectors()");
 }

@@ -9,12 +9,14 @@
 #include "nu/foundation/constants.h"
 #include "nu/foundation/int_array.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/internal/sort.h"
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/geometry/point.h"
 #include "nu/linalg/matrix.h"
 
 using nu::internal::FailOperation;
+using nu::internal::Output;
 
 namespace {
 
@@ -378,6 +380,7 @@ void CNuVector::Sort() {
 }
 
 void CNuVector::Sort(CNuIntArray* index) const {
+  if (index == nullptr) return;
   CNuIntArray order(m_size);
   for (int i = 0; i < m_size; ++i) order.Add(i);
   nu::internal::SortIndex(m_size, m_data, order.GetData());
@@ -408,26 +411,27 @@ void CNuVector::OrthonormalX(CNuVector* x) {
   CNuVector axis;
   axis.m_data[smallest] = 1.0;
   Normalise();
-  *x = Normalised(*this * axis);
+  Output(x, Normalised(*this * axis));
 }
 
 void CNuVector::OrthonormalY(CNuVector* y) {
   if (m_size == 2) {
     Normalise();
-    *y = Normalised(CNuVector(-m_data[1], m_data[0], 0.0));
+    Output(y, Normalised(CNuVector(-m_data[1], m_data[0], 0.0)));
     return;
   }
   if (m_size != 3) FailOperation(10, "calculation", "CNuVector::OrthonormalY()");
   CNuVector x;
   OrthonormalX(&x);
-  *y = *this * x;
+  Output(y, *this * x);
 }
 
 void CNuVector::OrthonormalXY(CNuVector* x, CNuVector* y) {
   CNuVector first;
   OrthonormalX(&first);
-  *y = *this * first;
-  *x = first;
+  const CNuVector second = *this * first;
+  Output(x, first);
+  Output(y, second);
 }
 
 void CNuVector::Turn(const CNuMatrix& rotation) {

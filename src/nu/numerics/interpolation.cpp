@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/numerics/internal/cubic_hermite.h"
 #include "nu/numerics/internal/interpolation_guards.h"
 #include "nu/numerics/internal/lagrange.h"
@@ -70,7 +71,7 @@ double CNuInterpolation::Polynomial(double x, double* error) const {
     const int first = std::clamp(nearest - count / 2, 0, GetSize() - count);
     result = nu::internal::LagrangeValue(m_x.GetData() + first, m_y.GetData() + first, count, x);
   }
-  if (error != nullptr) *error = result.error;
+  nu::internal::Output(error, result.error);
   return result.value;
 }
 

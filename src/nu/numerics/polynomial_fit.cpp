@@ -3,6 +3,7 @@
 
 #include "nu/foundation/double_array.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/numerics/internal/polynomial_least_squares.h"
 #include "nu/numerics/polynomial.h"
 
@@ -43,7 +44,7 @@ void CNuPolynomial::Fit(const CNuDoubleArray& x, const CNuDoubleArray& y, double
   }
   const double sum = nu::internal::ResidualSum(samples, fitted.m_data, m_degree);
   Take(fitted);
-  if (residualSum != nullptr) *residualSum = sum < tolerance ? 0.0 : sum;
+  nu::internal::Output(residualSum, sum < tolerance ? 0.0 : sum);
 } catch (const std::bad_alloc&) {
   throw CNuMemoryException("CNuPolynomial::Fit()");
 }

@@ -4,6 +4,7 @@
 
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/numerics/internal/trig_sum.h"
 
 using nu::internal::RequireDivisor;
@@ -14,9 +15,9 @@ CNuTriag::CNuTriag(double a, double b, double c) : CNuTrigonometry(NuTypeTriag),
 CNuTriag::~CNuTriag() = default;
 
 void CNuTriag::GetData(double* a, double* b, double* c) const {
-  *a = m_a;
-  *b = m_b;
-  *c = m_c;
+  nu::internal::Output(a, m_a);
+  nu::internal::Output(b, m_b);
+  nu::internal::Output(c, m_c);
 }
 
 double CNuTriag::ValueAt(double u) const {
