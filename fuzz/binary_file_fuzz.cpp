@@ -3,15 +3,15 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 
 #include "nu/linalg/matrix.h"
 #include "nu/linalg/vector.h"
+#include "support/scratch_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const std::string name = (std::filesystem::temp_directory_path() / "nu_binary_file_fuzz").string();
+  static const std::string name = nu::test::ScratchFile("binary_file_fuzz").string();
   for (const char* tag : {"Matrix", "Vector", ""}) {
     {
       std::ofstream file(name, std::ios::binary);

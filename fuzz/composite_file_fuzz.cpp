@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -13,6 +12,7 @@
 #include "nu/curves/composite_curve.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/exceptions.h"
+#include "support/scratch_file.h"
 
 namespace {
 
@@ -53,7 +53,7 @@ void Ask(CNuCompositeCurve& curve) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const std::string name = (std::filesystem::temp_directory_path() / "nu_composite_file_fuzz").string();
+  static const std::string name = nu::test::ScratchFile("composite_file_fuzz").string();
   for (const bool tagged : {true, false}) {
     for (const bool sound : {true, false}) {
       const std::string head = tagged ? std::string("CompositeCurve\0", 15) : std::string();

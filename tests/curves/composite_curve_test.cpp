@@ -12,6 +12,7 @@
 #include "nu/nu.h"
 #include "support/clouds.h"
 #include "support/failures.h"
+#include "support/scratch_file.h"
 
 namespace {
 
@@ -179,9 +180,7 @@ TEST(CompositeCurve, TellsCrossingsFromNeighbours) {
 
 class CompositeCurveFile : public testing::Test {
  protected:
-  CompositeCurveFile()
-      : m_path(std::filesystem::temp_directory_path() /
-               (std::string("nu_curve_") + testing::UnitTest::GetInstance()->current_test_info()->name())) {}
+  CompositeCurveFile() : m_path(nu::test::ScratchFile(testing::UnitTest::GetInstance()->current_test_info()->name())) {}
   ~CompositeCurveFile() override {
     std::error_code error;
     std::filesystem::remove_all(m_path, error);

@@ -15,6 +15,7 @@
 #include "nu/surfaces/sphere.h"
 #include "support/clouds.h"
 #include "support/failures.h"
+#include "support/scratch_file.h"
 
 namespace {
 
@@ -218,7 +219,7 @@ TEST(Point, Moves) {
 }
 
 TEST(Point, RecordsAreTwentyFiveBytes) {
-  const std::string file = (std::filesystem::temp_directory_path() / "nu_points_test.bin").string();
+  const std::string file = nu::test::ScratchFile("points_test").string();
   std::ofstream out(file, std::ios::binary);
   EXPECT_TRUE(CNuPoint(1.5, -2, 1e300).BinaryDump(out));
   out << "xp12345678p";

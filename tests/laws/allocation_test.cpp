@@ -13,6 +13,7 @@
 
 #include "nu/nu.h"
 #include "support/failing_new.h"
+#include "support/scratch_file.h"
 
 namespace {
 
@@ -192,7 +193,7 @@ TEST(FailingAllocations, ComplexMatrices) {
 }
 
 TEST(FailingAllocations, MatrixFiles) {
-  const std::string name = testing::TempDir() + "nu_failing_allocations";
+  const std::string name = nu::test::ScratchFile("failing_allocations").string();
   const CNuMatrix written = Dense(20, 30);
   FailEveryAllocation("matrix file", [&] { written.BinaryDump(name.c_str()); });
   CNuMatrix read(1, 1);

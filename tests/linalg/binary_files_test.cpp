@@ -14,14 +14,13 @@
 #include "nu/linalg/matrix.h"
 #include "nu/linalg/vector.h"
 #include "support/failures.h"
+#include "support/scratch_file.h"
 
 namespace {
 
 class BinaryFiles : public testing::Test {
  protected:
-  BinaryFiles()
-      : m_path(std::filesystem::temp_directory_path() /
-               (std::string("nu_") + testing::UnitTest::GetInstance()->current_test_info()->name())) {}
+  BinaryFiles() : m_path(nu::test::ScratchFile(testing::UnitTest::GetInstance()->current_test_info()->name())) {}
   ~BinaryFiles() override {
     std::error_code error;
     std::filesystem::remove_all(m_path, error);
