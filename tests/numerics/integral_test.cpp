@@ -170,7 +170,8 @@ TEST(Integral, OrientationStateAndLimits) {
     EXPECT_EQ(kept([&] { integral.Calculate(f, 0, bad, 1e-6); }), notFinite);
   }
   const auto step = [](double x) { return x < 0.3 ? 0.0 : 1.0; };
-  for (long limitOf : {-5L, 0L, 1L, 2L}) EXPECT_EQ(kept([&] { integral.Calculate(step, 0, 1, 1e-9, limitOf); }), limit);
+  const auto wave = [](double x) { return std::sin(1e5 * x); };
+  for (long limitOf : {-5L, 0L, 1L, 2L}) EXPECT_EQ(kept([&] { integral.Calculate(wave, 0, 1, 1e-9, limitOf); }), limit);
   EXPECT_THROW(integral.Calculate([](double) -> double { throw std::runtime_error("host"); }, 0, 1, 1e-6),
                std::runtime_error);
   EXPECT_THROW(integral.Calculate([](double x) -> double { return x < 1e-9 ? throw std::bad_alloc() : std::log(x); }, 0,
@@ -216,7 +217,9 @@ TEST(Integral2D, AreasOfConstantAndCurvedBounds) {
       {"corner", [](double x, double y) { return 1 / std::sqrt(x + y); }, Zero, [](double) { return 1.0; }, 0, 1,
        4.0 / 3 * (2 * std::sqrt(2.0) - 2), 1e-10},
       {"disc in square", [](double x, double y) { return x * x + y * y < 0.5 ? 1.0 : 0.0; }, Zero,
-       [](double) { return 1.0; }, 0, 1, kPi / 8, 1e-6},
+       [](double) { return 1.0; }, 0, 1, kPi / 8, 1e-12},
+      {"corner of products", [](double x, double y) { return 1 / std::sqrt(x * y); }, Zero, [](double) { return 1.0; },
+       0, 1, 4, 1e-12},
       {"peak", [](double x, double y) { return std::exp(-1e4 * (Square(x - 0.31) + Square(y - 0.72))); }, Zero,
        [](double) { return 1.0; }, 0, 1, kPi * 1e-4, 1e-10}};
   for (const Area& c : areas) {
@@ -233,6 +236,62 @@ TEST(Integral2D, AreasOfConstantAndCurvedBounds) {
   EXPECT_NEAR(integral.Calculate(f, 0, 1, 0, 2, 1e-12), exact, 1e-12);
   EXPECT_NEAR(integral.Calculate(f, 1, 0, 0, 2, 1e-12), -exact, 1e-12);
   EXPECT_NEAR(integral.Calculate(f, 1, 0, 2, 0, 1e-12), exact, 1e-12);
+}
+
+// The integral of max(0, a[0] x + a[1] y + ... + c)^q / q! over the unit cube of n dimensions.
+double OverCube(const double* a, int n, double c, int q) {
+  double sum = 0.0;
+  double divisor = 1.0;
+  for (int i = 0; i < n; ++i) divisor *= a[i];
+  for (int i = 2; i <= n + q; ++i) divisor *= i;
+  for (int corner = 0; corner < 1 << n; ++corner) {
+    double height = c;
+    double sign = 1.0;
+    for (int i = 0; i < n; ++i) (corner >> i & 1) != 0 ? height += a[i] : sign = -sign;
+    sum += sign * std::pow(std::fmax(0.0, height), n + q);
+  }
+  return sum / divisor;
+}
+
+double g_a[3];
+double g_c = 0.0;
+
+double Height(double x, double y, double z) {
+  return g_a[0] * x + g_a[1] * y + g_a[2] * z + g_c;
+}
+
+// A plane through a random place in the cube, every third time close to its side x = 1.
+void ChoosePlane(nu::test::Random& random, int n, int i) {
+  g_c = 0.0;
+  for (int k = 0; k < 3; ++k) {
+    g_a[k] = k < n ? random.Uniform(0.05, 1) * (random.Below(2) == 0 ? -1 : 1) : 0.0;
+    g_c -= g_a[k] * (k == 0 && i % 3 == 0 ? 1 - 1e-5 : random.Uniform(0, 1));
+  }
+}
+
+// No edge passes unseen, wherever it leaves the area: a value within the tolerance, or a failure.
+TEST(Integral2D, IsNotFooledByEdgesAndStrips) {
+  nu::test::Random random(12);
+  CNuIntegral2D integral;
+  int met = 0;
+  for (int i = 0; i < 30; ++i) {
+    ChoosePlane(random, 2, i);
+    const double w = g_width = std::pow(10.0, random.Uniform(-3, -2));
+    const double r = g_place = random.Uniform(0.01, 0.5);
+    const double tol = std::pow(10.0, random.Uniform(-10, -3));
+    const auto met2 = [&](const char* name, double exact, double (*f)(double, double)) {
+      return CauseOf(name, exact, tol, [&](double t) { return integral.Calculate(f, 0, 1, 0, 1, t); }) == 0 ? 1 : 0;
+    };
+    const double above = OverCube(g_a, 2, g_c, 0);
+    met += met2("step", above, [](double x, double y) { return Height(x, y, 0) > 0 ? 1.0 : 0.0; });
+    met += met2("kink", 2 * OverCube(g_a, 2, g_c, 1) - Height(0.5, 0.5, 0),
+                [](double x, double y) { return std::fabs(Height(x, y, 0)); });
+    met += met2("strip", above - OverCube(g_a, 2, g_c - w, 0),
+                [](double x, double y) { return Height(x, y, 0) > 0 && Height(x, y, 0) < g_width ? 1.0 : 0.0; });
+    met += met2("disc that touches the sides", kPi * r * r,
+                [](double x, double y) { return std::hypot(x - g_place, y - g_place) < g_place ? 1.0 : 0.0; });
+  }
+  EXPECT_GT(met, 115);
 }
 
 TEST(Integral2D, FailuresOfInnerIntegralsKeepTheirCause) {
@@ -268,6 +327,26 @@ TEST(Integral3D, VolumesOfConstantAndCurvedBounds) {
               integral.Calculate([](double, double, double z) { return std::log(-z); }, 0, 1, 0, 1, 0, 1, 1e-6);
             }),
             "operation 43 operation|CNuIntegral3D::Calculate() [0,0]");
+}
+
+long g_calls = 0;
+
+TEST(Integral3D, IsNotFooledByEdgesAndKeepsItsLimit) {
+  nu::test::Random random(13);
+  CNuIntegral3D integral;
+  const auto step = [](double x, double y, double z) {
+    ++g_calls;
+    return Height(x, y, z) > 0 ? 1.0 : 0.0;
+  };
+  for (int i = 0; i < 4; ++i) {
+    ChoosePlane(random, 3, i);
+    const double exact = OverCube(g_a, 3, g_c, 0);
+    EXPECT_EQ(CauseOf("step", exact, 1e-4, [&](double t) { return integral.Calculate(step, 0, 1, 0, 1, 0, 1, t); }), 0);
+    g_calls = 0;
+    EXPECT_EQ(CauseOf("step", exact, 0, [&](double t) { return integral.Calculate(step, 0, 1, 0, 1, 0, 1, t, 1); }),
+              44);
+    EXPECT_LT(g_calls, 2200000);
+  }
 }
 
 }  // namespace

@@ -17,17 +17,18 @@ class NU_EXPORT CNuIntegral : public CNuNumericalAnalysis {
   // 1, relative above, so that one tolerance serves every size of part. A tol that is not above 16 roundings (3.6e-15),
   // 0, negative or NaN counts as that. a > b negates; a == b gives 0 without a call of f.
   //
-  // f may oscillate, jump, or be singular at a and b, which are never sampled while there is a double between them. The
-  // interval is divided adaptively under the Gauss-Kronrod rule with 7 and 15 points, and panels at singular places go
-  // to the double-exponential rule (A. S. Kronrod, 1965; H. Takahasi, M. Mori, 1974). At least 1938 samples are taken,
-  // neighbours no farther apart than 1/1200 of the interval. A bell-shaped peak is found down to a width of 1/5000, one
-  // that ends abruptly down to 1/1000, a narrower one by luck. A singularity at c other than 0 is approached to the
-  // resolution of double, 1e-16 |c|; shift it to 0 for more.
+  // f may oscillate, jump, have kinks, or be singular at a and b, which are never sampled while there is a double
+  // between them. The interval is divided adaptively under the Gauss-Kronrod rule with 7 and 15 points, at places where
+  // f or its slope jumps once they are found; panels at singular places go to the double-exponential rule (A. S.
+  // Kronrod, 1965; H. Takahasi, M. Mori, 1974). At least 1958 samples are taken, neighbours no farther apart than
+  // 1/1200 of the interval, towards both ends at distances that fall to the resolution of double. A bell-shaped peak is
+  // found down to a width of 1/5000, one that ends abruptly down to 1/1000, a narrower one by luck. A singularity at c
+  // other than 0 is approached to the resolution of double, 1e-16 |c|; shift it to 0 for more.
   //
   // f is null, or f, a, b or the integral is not finite: CNuOperationException cause 43, "operation". The tolerance is
-  // not reached within maxIter levels of refinement, of up to three halvings and on average 262144 samples each: cause
-  // 44, "operation". No memory: CNuMemoryException. After a failure, and when f throws, value and error are as they
-  // were. Reads no tolerance of the library.
+  // not reached within maxIter levels of refinement, of up to three halvings and on average 262144 samples each (5.2
+  // million in all by default): cause 44, "operation". No memory: CNuMemoryException. After a failure, and when f
+  // throws, value and error are as they were. Reads no tolerance of the library.
   double Calculate(double (*f)(double), double a, double b, double tol, long maxIter = 20);
 
   // Of the last successful Calculate; 0 before.

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -22,7 +23,7 @@ namespace {
 constexpr int kLevels = 7;
 constexpr int kLeastLevels = 3;
 // A change that is smaller than this share of the one before may be so by coincidence.
-constexpr double kLeastShare = 1.0 / 16.0;
+constexpr double kLeastShare = 0.25;
 constexpr double kDivergence = 0.5;
 // A singularity inside the panel makes the changes fall slowly and by chance. The rule is at its work, and believed,
 // when two in succession fall below this share of the one before, or below what is known to be missing.
@@ -32,9 +33,12 @@ constexpr int kSteadyLevels = 2;
 constexpr double kSafety = 2.0;
 // exp(-pi sinh 6) is 1e-275 of the width; beyond, the distances are no normal numbers any more.
 constexpr double kLargestT = 6.0;
-// Nearer to the end than this share of the width an integrand may overflow on the way to its value, as a square in a
-// quotient does. The nodes end there, and the rest is estimated.
-constexpr double kOverflowDistance = 1e-140;
+// No node is nearer to the end than this share of the width, by the number of dimensions: the product of the distances
+// from the ends of all intervals is a number yet.
+constexpr std::array<double, 3> kNearest = {1e-300, 1e-150, 1e-100};
+// Nearer to the end than this share an integrand may overflow on the way to its value, as a square in a quotient does.
+// The nodes end there, and the rest is estimated.
+constexpr std::array<double, 3> kOverflowDistance = {1e-140, 1e-70, 1e-46};
 
 // The outermost node and the one before it, by d, the share of the width that lies beyond; g is |f| d.
 struct Tail {
@@ -64,7 +68,13 @@ struct Tail {
 
 class DoubleExponential {
  public:
-  DoubleExponential(const Integrand& f, double lo, double hi) : m_f(f), m_lo(lo), m_hi(hi), m_width(hi - lo) {}
+  DoubleExponential(const Integrand& f, double lo, double hi, int dimensions)
+      : m_f(f),
+        m_lo(lo),
+        m_hi(hi),
+        m_width(hi - lo),
+        m_nearest(kNearest[static_cast<std::size_t>(dimensions - 1)]),
+        m_overflowDistance(kOverflowDistance[static_cast<std::size_t>(dimensions - 1)]) {}
 
   // The first level takes t = 0, +-h, +-2h, ..., a later one the nodes between those that are there.
   void AddLevel(double h, bool first) {
@@ -114,11 +124,11 @@ class DoubleExponential {
     const double share = q / (1.0 + q);
     const double asked = m_width * share;
     const double x = end == m_lo ? m_lo + asked : m_hi - asked;
-    if (!(x > m_lo && x < m_hi)) return {false, 0.0};
+    if (!(x > m_lo && x < m_hi && share > m_nearest)) return {false, 0.0};
     const Sample sample = m_f(x);
     ++m_count;
     if (!std::isfinite(sample.value)) {
-      m_notFinite = !(share < kOverflowDistance);
+      m_notFinite = !(share < m_overflowDistance);
       return {false, 0.0};
     }
     const double weight = Nu_PI * std::cosh(t) * share / (1.0 + q);
@@ -134,6 +144,8 @@ class DoubleExponential {
   double m_lo;
   double m_hi;
   double m_width;
+  double m_nearest;
+  double m_overflowDistance;
   double m_h = 0.0;
   CompensatedSum m_sum;
   double m_absolute = 0.0;
@@ -149,8 +161,8 @@ class DoubleExponential {
 
 }  // namespace
 
-Panel DoubleExponentialPanel(const Integrand& f, double lo, double hi, double goal, long* samples) {
-  DoubleExponential rule(f, lo, hi);
+Panel DoubleExponentialPanel(const Integrand& f, double lo, double hi, double goal, int dimensions, long* samples) {
+  DoubleExponential rule(f, lo, hi, dimensions);
   double h = 1.0;
   rule.AddLevel(h, true);
   double before = rule.Sum();

@@ -80,7 +80,7 @@ constexpr Pairs LagrangeFactors() {
 }
 constexpr Pairs kLagrange = LagrangeFactors();
 
-// At the distance `rest` within the end t = 1, between it and the outermost node.
+// At the distance `rest` within the end t = 1.
 constexpr Pairs EvenPartAt(double rest) {
   const double t = 1.0 - rest;
   Pairs weight{};
@@ -93,6 +93,9 @@ constexpr Pairs EvenPartAt(double rest) {
   return weight;
 }
 constexpr Pairs kEvenEnd = EvenPartAt(0.0);
+// Half way between two nodes, beside the middle.
+constexpr double kCheckRest = 1.0 - 0.5 * (kNode[5] + kNode[6]);
+constexpr Pairs kEvenCheck = EvenPartAt(kCheckRest);
 
 double Dot(const Pairs& weight, const Pairs& values) {
   double sum = 0.0;
@@ -127,6 +130,28 @@ Samples Take(const Integrand& f, double centre, double half, Panel& panel) {
   return s;
 }
 
+// The neighbours of the sample at which the slope changes most.
+void FindBend(const Samples& s, double centre, double half, Panel& panel) {
+  std::array<double, 2 * kPairs + 1> t{};
+  std::array<double, 2 * kPairs + 1> value{};
+  for (std::size_t i = 0; i < kPairs; ++i) {
+    t[i] = -kNode[i];
+    value[i] = 0.5 * (s.sum[i] - s.difference[i]);
+    t[2 * kPairs - i] = kNode[i];
+    value[2 * kPairs - i] = 0.5 * (s.sum[i] + s.difference[i]);
+  }
+  double most = -1.0;
+  for (std::size_t i = 1; i < 2 * kPairs; ++i) {
+    const double left = (value[i] - value[i - 1]) / (t[i] - t[i - 1]);
+    const double right = (value[i + 1] - value[i]) / (t[i + 1] - t[i]);
+    const double bend = std::fabs(right - left);
+    if (!(bend > most)) continue;
+    most = bend;
+    panel.bendLo = centre + half * t[i - 1];
+    panel.bendHi = centre + half * t[i + 1];
+  }
+}
+
 double LargerOf(double a, double b) {
   return std::max(std::fabs(a), std::fabs(b));
 }
@@ -139,14 +164,17 @@ double ValueNear(const Samples& s, double sign, double rest, const Pairs& even) 
   return s.middle + 0.5 * (Dot(even, s.sum) + sign * Dot(odd, s.difference));
 }
 
-// What the probes beyond the outermost node tell about the integral there; infinite where one is not finite.
-double ErrorBeyond(const Samples& s, double sign, double half, Probes probes) {
+// What the probes beyond the outermost node tell about the integral there, if what they differ from the polynomial
+// grows no faster than the distance up to the probe before; infinite where one is not finite.
+double ErrorBeyond(const Samples& s, double sign, double half, double noise, Probes probes) {
   const double gap = half * (1.0 - kNode[0]);
   double error = 0.0;
   for (const Probe& probe : probes) {
     if (!(probe.distance < gap)) continue;
     const double rest = probe.distance / half;
-    error += std::fabs(probe.value - ValueNear(s, sign, rest, EvenPartAt(rest))) * std::min(probe.before, gap);
+    const double reach = std::min(probe.before, gap);
+    const double difference = std::fabs(probe.value - ValueNear(s, sign, rest, EvenPartAt(rest)));
+    if (difference > noise || !std::isfinite(difference)) error += difference * reach * (reach / probe.distance);
   }
   return std::isfinite(error) ? error : std::numeric_limits<double>::infinity();
 }
@@ -173,10 +201,15 @@ Panel KronrodPanel(const Integrand& f, double lo, double hi, int depth, Probes a
   panel.value = half * (2.0 * s.middle + Dot(kKronrod, s.sum));
   panel.absolute *= half;
   panel.carried *= half;
-  panel.error = half * ErrorOf(s, &panel.rough) + ErrorBeyond(s, -1.0, half, atLo) + ErrorBeyond(s, 1.0, half, atHi);
+  const double noise = kNoise * s.largest + panel.carried / half;
+  panel.error = half * ErrorOf(s, &panel.rough);
+  panel.error += ErrorBeyond(s, -1.0, half, noise, atLo) + ErrorBeyond(s, 1.0, half, noise, atHi);
   panel.atLo = ValueNear(s, -1.0, 0.0, kEvenEnd);
   panel.atHi = ValueNear(s, 1.0, 0.0, kEvenEnd);
+  panel.checkAt = lo + half * (2.0 - kCheckRest);
+  panel.checkValue = ValueNear(s, 1.0, kCheckRest, kEvenCheck);
   panel.gap = half * (1.0 - kNode[0]);
+  if (panel.rough) FindBend(s, lo + half, half, panel);
   panel.depth = depth;
   panel.notFinite = !std::isfinite(panel.value) || !std::isfinite(panel.absolute);
   return panel;

@@ -14,6 +14,8 @@ struct Sample {
 };
 using Integrand = FunctionRef<Sample(double)>;
 
+inline constexpr int kNoBreak = -1;
+
 // A part lo < hi of the interval of integration, with what one rule says about the integral over it.
 struct Panel {
   double lo;
@@ -24,8 +26,15 @@ struct Panel {
   double error = 0.0;     // estimate for the rule, without rounding
   double atLo = 0.0;      // the integrand at the ends, by extrapolation: no rule samples it there
   double atHi = 0.0;
+  double checkAt = 0.0;  // a place between the samples, and the polynomial through them there
+  double checkValue = 0.0;
+  bool checked = false;
   double gap = 0.0;        // from an end to the nearest sample
   int depth = 0;           // halvings that led to this panel
+  int breakLo = kNoBreak;  // whether an end is a break that is known, and which
+  int breakHi = kNoBreak;
+  double bendLo = 0.0;  // where rough: the neighbours of the sample at which the slope changes most
+  double bendHi = 0.0;
   bool rough = false;      // the samples do not look like those of a smooth function
   bool settled = false;    // not to be divided any more
   bool notFinite = false;  // a sample was not finite, or the integral overflowed
@@ -49,9 +58,9 @@ inline constexpr int kKronrodSamples = 15;
 inline constexpr double kKronrodGap = 0.5 * (1.0 - 0.9914553711208126392069);
 
 // Double-exponential rule for integrands that are singular at an end of the panel; the ends are approached as closely
-// as double allows and never reached. The panel is settled when its error is at most `goal`. *samples takes what was
-// spent.
-Panel DoubleExponentialPanel(const Integrand& f, double lo, double hi, double goal, long* samples);
+// as double allows and never reached, in an integral of several dimensions less closely. The panel is settled when its
+// error is at most `goal`. *samples takes what was spent.
+Panel DoubleExponentialPanel(const Integrand& f, double lo, double hi, double goal, int dimensions, long* samples);
 
 }  // namespace nu::internal
 

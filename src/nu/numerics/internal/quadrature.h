@@ -1,6 +1,10 @@
 #ifndef NU_NUMERICS_INTERNAL_QUADRATURE_H
 #define NU_NUMERICS_INTERNAL_QUADRATURE_H
 
+#include <array>
+#include <cstddef>
+#include <span>
+
 #include "nu/numerics/internal/panel_rules.h"
 
 namespace nu::internal {
@@ -21,6 +25,7 @@ struct QuadratureGoal {
 };
 
 struct QuadratureLimits {
+  int dimensions;     // of the whole integral
   int panels;         // at the start
   int probeHalvings;  // from one probe of an end to the next
   int confirmations;  // halvings of every panel that looks rough, however small its error is
@@ -28,8 +33,31 @@ struct QuadratureLimits {
   long samples;  // what is left, counted down; nested integrals share it
 };
 
+// Places in ascending order; what has no room is left out.
+class Places {
+ public:
+  void Add(double place);
+  void Add(const Places& places) {
+    for (double place : places.All()) Add(place);
+  }
+  std::span<const double> All() const { return {m_place.data(), m_count}; }
+
+ private:
+  std::array<double, 16> m_place{};
+  std::size_t m_count = 0;
+};
+
+// What lines beside the interval know about f, and are told.
+struct Surroundings {
+  Places expected = {};     // where f may break
+  Places* found = nullptr;  // takes where it does
+  bool recheck =
+      false;  // f may have learnt meanwhile: every panel is sampled once more before the integral is believed
+};
+
 // The integral of f from a to b; a > b negates.
-Quadrature Integrate(const Integrand& f, double a, double b, const QuadratureGoal& goal, QuadratureLimits& limits);
+Quadrature Integrate(const Integrand& f, double a, double b, const QuadratureGoal& goal, QuadratureLimits& limits,
+                     const Surroundings& surroundings = {});
 
 }  // namespace nu::internal
 
