@@ -40,17 +40,20 @@ class NU_EXPORT CNuHyperbola : public CNuCurve {
   CNuPolyline ToPolyline(int n, double t0, double t1, int branch) const;
 
   // Least-squares hyperbola in the least-squares plane of the points: the sum of the squared orthogonal distances in
-  // that plane is least. Points may be on one branch or both; the x axis points to the side of their mean.
-  // Direct algebraic fits start it, damped Gauss-Newton steps (S. J. Ahn, W. Rauh, H.-J. Warnecke, Pattern Recognition
-  // 34, 2001) refine it. The fit ends with a step, taken all the same, whose squared length is below NuGetTol(),
-  // relative to a size below 1, or that is down to rounding. `formError` receives the largest minus the smallest signed
-  // distance, `sumSquares` the sum of the squared ones, positive on the sides of the foci. CNuBestfitException, for
-  // which the hyperbola and the outputs stay as they were: cause 13 (size 0) for a limit below 1, before all else;
-  // cause 1 (size 5) below five points; cause 2 (size 5) without five that are NuGetLengthTol() apart; cause 3 of the
-  // plane, named "CNuPlane"; cause 11 (size 0) for coordinates that are not finite, points that no hyperbola fits and
-  // whatever else fails on the way; cause 12 (size 0) when no step before the last permitted one ended the fit, or
-  // after 100 000. FitEx throws cause 13 only: NuFitNoConvergence stands for cause 12, NuFitFailure for every other
-  // failure.
+  // that plane (S. J. Ahn, W. Rauh, H.-J. Warnecke, Pattern Recognition 34, 2001) is least. Points may be on one branch
+  // or both; the x axis points to the side of their mean. Direct algebraic fits start it; Gauss-Newton steps and, where
+  // those slow down, Newton steps in a trust region (J. J. More, D. C. Sorensen, SIAM J. Scientific and Statistical
+  // Computing 4, 1983) refine the coefficients of the equation. For points that are not clearly on one curve the best
+  // of some thirty descents is taken. The fit ends with a step, taken all the same, whose squared length is below
+  // NuGetTol(), relative to a spread of the points below 1, or that is down to rounding, or when ten steps have gained
+  // nothing. `formError` receives the largest minus the smallest signed distance, `sumSquares` the sum of the squared
+  // ones. CNuBestfitException, for which the hyperbola and the outputs stay as they were: cause 13 (size 0) for a limit
+  // below 1, before all else; cause 1 (size 5) below five points; cause 2 (size 5) without five that are
+  // NuGetLengthTol() apart; cause 3 of the plane, named "CNuPlane"; cause 11 (size 0) for coordinates that are not
+  // finite, points without a best hyperbola, because hyperbolas come the closer to them the more they are like some
+  // parabola or like lines, and whatever else fails on the way; cause 12 (size 0) when no step before the last
+  // permitted one ended the fit. FitEx throws cause 13 only: NuFitNoConvergence stands for cause 12, NuFitFailure for
+  // every other failure.
   void Fit(const CNuPointArray& points, long maxIter);
   void Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
   ENuFitResult FitEx(const CNuPointArray& points, long maxIter);

@@ -1,128 +1,152 @@
 #include "nu/curves/internal/conic_least_squares.h"
 
 #include <limits>
+#include <utility>
 
-#include "nu/curves/internal/conic_kernels.h"
-#include "nu/curves/internal/conic_start.h"
-#include "nu/geometry/internal/small_cholesky.h"
-#include "nu/geometry/internal/small_systems.h"
-
-// Gauss-Newton on the orthogonal distances (S. J. Ahn, W. Rauh, H.-J. Warnecke, Pattern Recognition 34, 2001) from the
-// best of some algebraic fits. The unknowns are the change of the origin along the axes of the conic, of its lengths
-// and of its direction. Those of an ellipse are the change of the symmetric matrix that maps the unit circle to it,
-//
-//   a' = a + s2, b' = b + s3, off the diagonal s4,
-//
-// whose eigenvalues and eigenvectors are the new semi-axes and axes: unlike an angle, the last one keeps its meaning
-// for a circle. The normal equations drive the steps; their right-hand side is the gradient itself, so they limit the
-// speed of convergence only. Where their columns are nearly dependent, the rows are reduced by orthogonal steps.
-//
-// A step after which the sum of squares is larger is taken back and repeated with more of the diagonal added
-// (D. W. Marquardt, J. SIAM 11, 1963), until the sum falls.
+// Least squares of the orthogonal distances from a conic (S. J. Ahn, W. Rauh, H.-J. Warnecke, Pattern Recognition 34,
+// 2001) by the coefficients of its equation. Gauss-Newton steps lead to the neighbourhood of the optimum; where they
+// slow down, exact second derivatives make them Newton steps. A trust region holds both.
 
 namespace nu::internal {
 namespace {
 
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// Smallest pivot, as a part of its diagonal entry, of a system that is taken for well-conditioned: half of the digits
-// are left.
-constexpr double kClearPivot = 1e-8;
-
 // A deviation is known to so many roundings of the coordinates.
-constexpr double kNoise = 16.0 * kEpsilon;
+constexpr double kNoise = 16.0 * std::numeric_limits<double>::epsilon();
 
-// An ellipse or a hyperbola whose centre moves away by more than this part of the squared distance at the start is on
-// its way to a parabola, from which rounding no longer tells it.
-constexpr double kFarthest = 0x1p52;
+// A step that gains less than the first part of what was predicted shortens those that follow it, one that gains more
+// than the second lets them grow.
+constexpr double kPoorGain = 0.25;
+constexpr double kGoodGain = 0.75;
+constexpr double kShorter = 0.25;
+constexpr double kLonger = 2.5;
+constexpr int kMostTrials = 30;
 
-constexpr double kFirstDamping = 1e-3;
-constexpr double kDampingFactor = 10.0;
-constexpr double kNoDamping = 1e-9;
-constexpr int kMostTrials = 40;
+// Where the full step should gain less than this part of the sum, it leads to the optimum.
+constexpr double kSettled = 1e-6;
+
+// Gauss-Newton steps suffice as long as the next one should gain so much less than the last one.
+constexpr double kFastGain = 1e-4;
+
+// In units of the spread. Rounding hardly tells an ellipse or a hyperbola with its centre or its vertices farther away
+// from a parabola or from lines.
+constexpr double kFarCentre = 0x1p26;
+
+// A descent that gains less than this part of the sum in so many steps has come as far as it gets: feet that jump from
+// one side to the other, where the points fill the plane, make the sum unsmooth. One that takes more steps than those
+// creeps towards lines.
+constexpr int kPatience = 10;
+constexpr double kIdleGain = 1e-10;
+constexpr int kMostSteps = 100;
 
 constexpr int TriangleSize(int n) {
   return n * (n + 1) / 2;
 }
 
-// The products of the columns, those with the deviation, the squared distance from the origin.
-template<int K>
-inline constexpr int kSums = TriangleSize(K) + K + 1;
+constexpr int kTriangle = TriangleSize(kConicUnknowns);
+constexpr int kSums = 2 * kTriangle + kConicUnknowns;
 
-template<class Curve, int K>
-NU_ALWAYS_INLINE void ProductsBody(const PointBlock& block, const ConicView<Curve>& given, double (&sums)[kSums<K>],
+// The lower triangles of the products of the first derivatives and of what the second ones add, and the gradient; what
+// is added remains 0 for Gauss-Newton steps.
+template<bool WithCurvature>
+NU_ALWAYS_INLINE void ProductsBody(const PointBlock& block, const ConicView& given, double (&sums)[kSums],
                                    Deviations& found) {
-  const ConicView<Curve> view = given;
-  Lanes product[TriangleSize(K)] = {};
-  Lanes right[K] = {};
-  Lanes reach = {};
+  const ConicView view = given;
+  Lanes metric[kTriangle] = {};
+  Lanes bend[kTriangle] = {};
+  Lanes gradient[kConicUnknowns] = {};
   Lanes square = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
-    Lanes x, y, e, weight;
-    Lanes column[K];
-    DeviateAt<true>(block, i, view, x, y, e, column);
+    LaneDeviation at;
+    Lanes weight;
+    Lanes w[kMonomials];
+    DeviateAt(block, i, view, at);
     Load(block.Weights(i), weight);
-    e *= weight;
-    square += e * e;
-    reach += weight * (x * x + y * y);
-    for (int j = 0; j < K; ++j) {
-      right[j] += column[j] * e;
-      column[j] *= weight;
-      for (int k = 0; k <= j; ++k) product[TriangleSize(j) + k] += column[j] * column[k];
+    at.e *= weight;
+    square += at.e * at.e;
+    Differentiate(at, w);
+    if constexpr (WithCurvature) {
+      LaneCurvature d;
+      DifferentiateTwice(view, at, w, d);
+      d.z[view.fixed] = d.z[kConicUnknowns];
+      d.v[view.fixed] = d.v[kConicUnknowns];
+      w[view.fixed] = w[kConicUnknowns];
+      for (int j = 0; j < kConicUnknowns; ++j) {
+        const Lanes v = d.v[j] * d.turn;
+        for (int k = 0; k <= j; ++k) bend[TriangleSize(j) + k] += w[j] * d.z[k] + d.z[j] * w[k] - v * d.v[k];
+      }
+    } else {
+      w[view.fixed] = w[kConicUnknowns];
+    }
+    for (int j = 0; j < kConicUnknowns; ++j) {
+      gradient[j] += w[j] * at.e;
+      w[j] *= weight;
+      for (int k = 0; k <= j; ++k) metric[TriangleSize(j) + k] += w[j] * w[k];
     }
   }
   double* out = sums;
-  for (int j = 0; j < TriangleSize(K); ++j) *out++ = Sum(product[j]);
-  for (int j = 0; j < K; ++j) *out++ = Sum(right[j]);
-  *out = Sum(reach);
+  for (int j = 0; j < kTriangle; ++j) *out++ = Sum(metric[j]);
+  for (int j = 0; j < kTriangle; ++j) *out++ = Sum(bend[j]);
+  for (int j = 0; j < kConicUnknowns; ++j) *out++ = Sum(gradient[j]);
   found.sumSquares = Sum(square);
 }
 
-template<class Curve, int K>
-NU_ALWAYS_INLINE void DeviationsBody(const PointBlock& block, const ConicView<Curve>& given, Deviations& found) {
-  const ConicView<Curve> view = given;
+NU_KERNEL void SumFirstOrder(const PointBlock& b, const ConicView& v, double (&s)[kSums], Deviations& d) {
+  ProductsBody<false>(b, v, s, d);
+}
+NU_KERNEL void SumSecondOrder(const PointBlock& b, const ConicView& v, double (&s)[kSums], Deviations& d) {
+  ProductsBody<true>(b, v, s, d);
+}
+
+NU_KERNEL void FindDeviations(const PointBlock& block, const ConicView& given, Deviations& found) {
+  const ConicView view = given;
   Lanes square = {};
   Lanes smallest = kInfinity - Lanes{};
   Lanes largest = -smallest;
   for (std::size_t i = 0; i < block.size; i += kLanes) {
-    Lanes x, y, e, weight;
-    Lanes column[K];
-    DeviateAt<false>(block, i, view, x, y, e, column);
-    smallest = e < smallest ? e : smallest;
-    largest = e > largest ? e : largest;
+    LaneDeviation at;
+    Lanes weight;
+    DeviateAt(block, i, view, at);
+    smallest = at.e < smallest ? at.e : smallest;
+    largest = at.e > largest ? at.e : largest;
     Load(block.Weights(i), weight);
-    e *= weight;
-    square += e * e;
+    at.e *= weight;
+    square += at.e * at.e;
   }
   found = {Sum(square), Smallest(smallest), Largest(largest)};
 }
 
-NU_KERNEL void SumProducts(const PointBlock& b, const ConicView<Ellipse2>& v, double (&s)[kSums<5>], Deviations& d) {
-  ProductsBody<Ellipse2, 5>(b, v, s, d);
+ConicKind KindOf(const Ellipse2&) {
+  return ConicKind::ellipse;
 }
-NU_KERNEL void SumProducts(const PointBlock& b, const ConicView<Hyperbola2>& v, double (&s)[kSums<5>], Deviations& d) {
-  ProductsBody<Hyperbola2, 5>(b, v, s, d);
+ConicKind KindOf(const Hyperbola2&) {
+  return ConicKind::hyperbola;
 }
-NU_KERNEL void SumProducts(const PointBlock& b, const ConicView<Parabola2>& v, double (&s)[kSums<4>], Deviations& d) {
-  ProductsBody<Parabola2, 4>(b, v, s, d);
-}
-NU_KERNEL void FindDeviations(const PointBlock& b, const ConicView<Ellipse2>& v, Deviations& d) {
-  DeviationsBody<Ellipse2, 5>(b, v, d);
-}
-NU_KERNEL void FindDeviations(const PointBlock& b, const ConicView<Hyperbola2>& v, Deviations& d) {
-  DeviationsBody<Hyperbola2, 5>(b, v, d);
-}
-NU_KERNEL void FindDeviations(const PointBlock& b, const ConicView<Parabola2>& v, Deviations& d) {
-  DeviationsBody<Parabola2, 4>(b, v, d);
+ConicKind KindOf(const Parabola2&) {
+  return ConicKind::parabola;
 }
 
-Vec3 InSpace(const PlaneAxes& axes, Vec2 p) {
-  return p.x * axes.u + p.y * axes.v;
+Ellipse2 CurveOf(const ConicShape& shape, double unit, const Ellipse2&) {
+  return {unit * shape.a, unit * shape.b};
+}
+Hyperbola2 CurveOf(const ConicShape& shape, double unit, const Hyperbola2&) {
+  return {unit * shape.a, unit * shape.b};
+}
+Parabola2 CurveOf(const ConicShape& shape, double unit, const Parabola2&) {
+  return {unit * shape.a};
 }
 
+// The squared change of the lengths of a curve, and the length in which its turns are counted.
+double SquaredChange(const Parabola2& p, const Parabola2& q) {
+  return (p.f - q.f) * (p.f - q.f);
+}
+template<class Curve>
+double SquaredChange(const Curve& p, const Curve& q) {
+  return (p.a - q.a) * (p.a - q.a) + (p.b - q.b) * (p.b - q.b);
+}
 double Lever(const Ellipse2& curve) {
-  return curve.a;
+  return curve.a - curve.b;
 }
 double Lever(const Hyperbola2& curve) {
   return std::sqrt(curve.a * curve.a + curve.b * curve.b);
@@ -131,230 +155,177 @@ double Lever(const Parabola2& curve) {
   return curve.f;
 }
 
-template<class Curve>
-ConicView<Curve> ViewIn(const PlaneAxes& axes, const PlacedConic<Curve>& conic) {
-  const Vec2 across = Perpendicular(conic.axis);
-  return {conic.curve,
-          InSpace(axes, conic.axis),
-          InSpace(axes, across),
-          Dot(conic.origin, conic.axis),
-          Dot(conic.origin, across),
-          Lever(conic.curve)};
-}
-
-bool IsUsable(const Ellipse2& curve) {
-  return curve.b > 0.0 && std::isfinite(curve.a);
-}
-bool IsUsable(const Hyperbola2& curve) {
-  return curve.a > 0.0 && curve.b > 0.0 && std::isfinite(curve.a) && std::isfinite(curve.b);
-}
-bool IsUsable(const Parabola2& curve) {
-  return curve.f > 0.0 && std::isfinite(curve.f);
-}
-
-template<class Curve, int K>
-Vec2 Shifted(const PlacedConic<Curve>& conic, const double (&step)[K]) {
-  return conic.origin + step[0] * conic.axis + step[1] * Perpendicular(conic.axis);
-}
-
-// The direction with these coordinates in the frame of the conic.
-template<class Curve>
-Vec2 Turned(const PlacedConic<Curve>& conic, double along, double across) {
-  const Vec2 turned = along * conic.axis + across * Perpendicular(conic.axis);
-  return (1.0 / std::sqrt(Dot(turned, turned))) * turned;
-}
-
-PlacedConic<Ellipse2> Moved(const PlacedConic<Ellipse2>& conic, const double (&step)[5]) {
-  const double first = conic.curve.a + step[2];
-  const double second = conic.curve.b + step[3];
-  const double across = step[4];
-  const double half = 0.5 * (first - second);
-  const double root = std::sqrt(half * half + across * across);
-  const double a = 0.5 * (first + second) + root;
-  const double b = (first * second - across * across) / a;
-  // The eigenvector of a is (half + root, across), or (across, root - half).
-  const bool leans = half < 0.0;
-  const double along = leans ? std::fabs(across) : root + half;
-  const double beside = leans ? std::copysign(root - half, across) : across;
-  return {{a, b}, Shifted(conic, step), root > 0.0 ? Turned(conic, along, beside) : conic.axis};
-}
-
-PlacedConic<Hyperbola2> Moved(const PlacedConic<Hyperbola2>& conic, const double (&step)[5]) {
-  return {{conic.curve.a + step[2], conic.curve.b + step[3]},
-          Shifted(conic, step),
-          Turned(conic, 1.0, step[4] / Lever(conic.curve))};
-}
-
-PlacedConic<Parabola2> Moved(const PlacedConic<Parabola2>& conic, const double (&step)[4]) {
-  return {{conic.curve.f + step[2]}, Shifted(conic, step), Turned(conic, 1.0, step[3] / Lever(conic.curve))};
-}
-
-Ellipse2 Scaled(const Ellipse2& curve, double scale) {
-  return {scale * curve.a, scale * curve.b};
-}
-Hyperbola2 Scaled(const Hyperbola2& curve, double scale) {
-  return {scale * curve.a, scale * curve.b};
-}
-Parabola2 Scaled(const Parabola2& curve, double scale) {
-  return {scale * curve.f};
-}
-
 }  // namespace
 
 template<class Curve>
-double ConicLeastSquares<Curve>::System::Rounding() const {
-  const double rounding = kNoise * kNoise * reach;
-  return 2.0 * std::sqrt(sumSquares * rounding) + rounding;
-}
-
-template<class Curve>
-ConicLeastSquares<Curve>::ConicLeastSquares(PointBlocks& points, const PlaneAxes& axes)
-    : m_points(points), m_axes(axes) {
+ConicLeastSquares<Curve>::ConicLeastSquares(PointBlocks& points, const ConicFrame& frame)
+    : m_points(points), m_frame(frame) {
   m_points.Keep();
+  const double n = static_cast<double>(m_points.Size());
+  m_rounding = kNoise * kNoise * n * (1.0 + frame.flatness * frame.flatness);
 }
 
 template<class Curve>
-bool ConicLeastSquares<Curve>::Start() {
-  PlacedConic<Curve> candidates[kMostCandidates];
-  const int count = AlgebraicFits(m_points, m_axes, candidates);
-  double least = kInfinity;
-  for (int i = 0; i < count; ++i) {
-    if (!IsUsable(candidates[i].curve)) continue;
-    m_now = candidates[i];
-    const double scale = m_points.Scale();
-    const double sum = count == 1 ? 0.0 : DeviationsNow().sumSquares * scale * scale;
-    if (!(sum < least)) continue;
-    least = sum;
-    m_best = m_now;
-  }
-  m_now = m_best;
-  m_started = false;
-  return least < kInfinity;
+ConicView ConicLeastSquares<Curve>::ViewOf(const ConicEquation& equation) const {
+  ConicView view;
+  const double unit = m_frame.unit;
+  view.x = (1.0 / unit) * m_frame.x;
+  view.y = (1.0 / unit) * m_frame.y;
+  view.xOffset = m_frame.xMean / unit;
+  view.yOffset = m_frame.yMean / unit;
+  view.equation = equation;
+  view.curvature = CurvatureAs<Curve>(equation, m_frame.flatness);
+  view.shape = ShapeOf(equation, view.curvature, kFarCentre);
+  view.fixed = FixedCoefficient(equation, m_frame.flatness);
+  return view;
 }
 
 template<class Curve>
-void ConicLeastSquares<Curve>::StartFrom(const PlacedConic<Curve>& conic) {
-  const double scale = m_points.Scale();
-  m_now = {Scaled(conic.curve, scale), scale * conic.origin, conic.axis};
-  m_started = m_isStuck = false;
-  m_damping = 0.0;
-}
-
-template<class Curve>
-PlacedConic<Curve> ConicLeastSquares<Curve>::Found() const {
-  const double unit = 1.0 / m_points.Scale();
-  return {Scaled(m_now.curve, unit), unit * m_now.origin, m_now.axis};
-}
-
-template<class Curve>
-bool ConicLeastSquares<Curve>::IsConic() const {
-  return IsUsable(m_now.curve);
-}
-
-template<class Curve>
-typename ConicLeastSquares<Curve>::System ConicLeastSquares<Curve>::SumSystem() const {
-  System system;
-  if (!IsUsable(m_now.curve)) {
-    system.sumSquares = kInfinity;
-    return system;
-  }
-  const ConicView<Curve> view = ViewIn(m_axes, m_now);
-  BlockSums<kSums<kUnknowns>> total;
+bool ConicLeastSquares<Curve>::Sum(const ConicEquation& equation, Model& model) {
+  const ConicView view = ViewOf(equation);
+  model.sumSquares = kInfinity;
+  if (view.shape.kind == ConicKind::none) return false;
+  BlockSums<kSums> total;
   CompensatedSum squares;
   m_points.ForEach([&](const PointBlock& block) {
-    double sums[kSums<kUnknowns>];
+    double sums[kSums];
     Deviations part;
-    SumProducts(block, view, sums, part);
+    (m_isExact ? SumSecondOrder : SumFirstOrder)(block, view, sums, part);
     total.Add(sums);
     squares.Add(part.sumSquares);
   });
-  for (int j = 0; j < kUnknowns; ++j) {
-    for (int k = 0; k <= j; ++k) system.product[j][k] = system.product[k][j] = total[TriangleSize(j) + k];
-    system.right[j] = total[TriangleSize(kUnknowns) + j];
+  ConicModel general;
+  for (int j = 0; j < kConicUnknowns; ++j) {
+    for (int k = 0; k <= j; ++k) {
+      const int at = TriangleSize(j) + k;
+      general.metric[j][k] = general.metric[k][j] = total[at];
+      general.hessian[j][k] = general.hessian[k][j] = total[at] + total[kTriangle + at];
+    }
+    general.gradient[j] = total[2 * kTriangle + j];
   }
-  system.reach = total[kSums<kUnknowns> - 1];
-  system.sumSquares = squares.Value();
-  return system;
+  general.sumSquares = squares.Value();
+  general.isCurved = m_isExact;
+  model = ModelFor<Curve>(general, equation, m_frame.flatness);
+  return std::isfinite(model.sumSquares);
 }
 
 template<class Curve>
-bool ConicLeastSquares<Curve>::Shortens(const System& next) const {
-  return next.reach <= m_farthest && next.sumSquares <= m_system.sumSquares + m_system.Rounding();
+bool ConicLeastSquares<Curve>::Start(const ConicEquation& equation) {
+  m_best = m_now = equation;
+  m_isPending = m_isExact = false;
+  m_steps = 0;
+  m_earlier = kInfinity;
+  m_started = Sum(equation, m_model) && m_region.Place(m_model);
+  m_radius = std::sqrt(m_model.sumSquares);
+  return m_started;
 }
 
 template<class Curve>
-void ConicLeastSquares<Curve>::Damp(double (&step)[kUnknowns]) const {
-  double damped[kUnknowns][kUnknowns];
-  for (int j = 0; j < kUnknowns; ++j)
-    for (int k = 0; k < kUnknowns; ++k) damped[j][k] = m_system.product[j][k] * (j == k ? 1.0 + m_damping : 1.0);
-  if (!(SolvePositive(damped, m_system.right, step) > 0.0)) std::fill_n(step, kUnknowns, 0.0);
+bool ConicLeastSquares<Curve>::Place(const ConicEquation& equation, PlacedConic<Curve>& conic) const {
+  const ConicShape shape = ShapeOf(equation, CurvatureAs<Curve>(equation, m_frame.flatness), kFarCentre);
+  if (shape.kind != KindOf(conic.curve)) return false;
+  if (!kIsParabola<Curve> && !(std::min(shape.a, shape.b) > kNoise && std::max(shape.a, shape.b) < kFarCentre))
+    return false;
+  const double unit = 1.0 / m_points.Scale();
+  conic.curve = CurveOf(shape, unit * m_frame.unit, conic.curve);
+  conic.origin = unit * ((m_frame.xMean + m_frame.unit * shape.origin.x) * m_frame.x +
+                         (m_frame.yMean + m_frame.unit * shape.origin.y) * m_frame.y);
+  conic.axis = shape.axis.x * m_frame.x + shape.axis.y * m_frame.y;
+  return true;
+}
+
+// Of the parameters; a turn counts by its effect on them.
+template<class Curve>
+double SquaredDistance(const PlacedConic<Curve>& from, const PlacedConic<Curve>& to) {
+  const Vec3 shift = to.origin - from.origin;
+  const Vec3 turn = Lever(from.curve) * Cross(from.axis, to.axis);
+  return Dot(shift, shift) + Dot(turn, turn) + SquaredChange(from.curve, to.curve);
+}
+
+// What rounding may add to the sum of squares.
+template<class Curve>
+double ConicLeastSquares<Curve>::Rounding() const {
+  return 2.0 * std::sqrt(m_model.sumSquares * m_rounding) + m_rounding;
+}
+
+template<class Curve>
+void ConicLeastSquares<Curve>::AdaptRadius(double sumSquares) {
+  const double gain = 0.5 * (m_model.sumSquares - sumSquares);
+  if (m_predicted.gain <= Rounding()) return;  // rounding hides it
+  if (!(gain >= kPoorGain * m_predicted.gain)) m_radius = kShorter * m_predicted.length;
+  if (gain > kGoodGain * m_predicted.gain) m_radius = std::max(m_radius, kLonger * m_predicted.length);
+}
+
+// Tries shorter and shorter steps until one leads to a place that is not above the best, and makes it the best.
+template<class Curve>
+bool ConicLeastSquares<Curve>::Descend() {
+  for (int trial = 0; trial < kMostTrials; ++trial) {
+    Model next;
+    Sum(m_now, next);
+    AdaptRadius(next.sumSquares);
+    TrustRegion<kUnknowns> region;
+    if (next.sumSquares <= m_model.sumSquares + Rounding() && region.Place(next)) {
+      m_isExact = m_isExact || !(region.FullGain() <= kFastGain * m_region.FullGain());
+      m_best = m_now;
+      m_model = next;
+      m_region = region;
+      return true;
+    }
+    m_radius = std::min(m_radius, kShorter * m_predicted.length);
+    m_predicted = m_region.StepWithin(m_radius, m_step);
+    m_now = Moved<Curve>(m_best, m_frame.flatness, m_step);
+  }
+  return false;
+}
+
+// Whether the last steps have gained nothing.
+template<class Curve>
+bool ConicLeastSquares<Curve>::IsIdle() {
+  if (m_steps % kPatience != 0) return false;
+  const double before = std::exchange(m_earlier, m_model.sumSquares);
+  return before - m_model.sumSquares <= kIdleGain * m_model.sumSquares;
 }
 
 template<class Curve>
 GaussNewtonStep ConicLeastSquares<Curve>::SolveStep() {
-  if (m_isStuck) return m_stuckStep;
-  System next = SumSystem();
   GaussNewtonStep step;
-  if (!m_started && !std::isfinite(next.sumSquares)) return step;
-  if (!m_started) m_farthest = kFarthest * next.reach;
-  bool shortens = !m_started || Shortens(next);
-  if (shortens) m_damping = m_damping < kNoDamping ? 0.0 : m_damping / kDampingFactor;
-  for (int trial = 0; trial < kMostTrials && !shortens; ++trial) {
-    m_damping = std::max(kFirstDamping, kDampingFactor * m_damping);
-    Damp(m_step);
-    m_now = Moved(m_best, m_step);
-    next = SumSystem();
-    shortens = Shortens(next);
-  }
-  m_isStuck = !shortens;
-  if (shortens) {
-    m_best = m_now;
-    m_system = next;
-  } else {
+  if (!m_started || ++m_steps > kMostSteps) return step;
+  if (m_isPending && !Descend()) {
     m_now = m_best;
+    return step;
   }
-  m_started = true;
-  step.solvable = SolvePositive(m_system.product, m_system.right, m_step) > kClearPivot || SolveByRows(m_step);
-  double gain = 0.0;
-  for (int j = 0; j < kUnknowns; ++j) {
-    gain += m_step[j] * m_system.right[j];
-    step.squaredLength += m_step[j] * m_step[j];
+  m_isPending = false;
+  step.solvable = true;
+  step.squaredLength = std::numeric_limits<double>::max();
+  step.atRoundingLevel = m_model.sumSquares <= m_rounding || IsIdle();
+  if (m_region.IsConvex() && !step.atRoundingLevel) {
+    double full[kUnknowns];
+    m_region.FullStep(full);
+    const double gain = m_region.FullGain();
+    step.atRoundingLevel = gain <= m_rounding;
+    PlacedConic<Curve> here, there;
+    if (Place(Moved<Curve>(m_best, m_frame.flatness, full), there)) {
+      if (Place(m_best, here)) step.squaredLength = SquaredDistance(here, there);
+    } else {
+      step.solvable = gain > std::max(kSettled * m_model.sumSquares, m_rounding);
+    }
   }
-  step.squaredLength /= m_points.Scale() * m_points.Scale();
-  step.atRoundingLevel = gain <= kNoise * kNoise * m_system.reach;
-  if (m_damping > 0.0 && !step.atRoundingLevel) Damp(m_step);
-  if (!m_isStuck) return step;
-  if (!step.atRoundingLevel) std::fill_n(m_step, kUnknowns, 0.0);
-  m_stuckStep = step;
+  m_predicted = m_region.StepWithin(m_radius, m_step);
   return step;
 }
 
 template<class Curve>
-bool ConicLeastSquares<Curve>::SolveByRows(double (&step)[kUnknowns]) const {
-  const ConicView<Curve> view = ViewIn(m_axes, m_best);
-  const auto fill = [&](const PointBlock& block, std::size_t begin, std::size_t end, TallReduction& reduction) {
-    for (std::size_t i = begin; i < end; i += kLanes) {
-      Lanes x, y, e;
-      Lanes column[kUnknowns];
-      DeviateAt<true>(block, i, view, x, y, e, column);
-      for (int j = 0; j < kUnknowns; ++j) Store(column[j], reduction.Column(j) + (i - begin));
-      Store(e, reduction.Column(kUnknowns) + (i - begin));
-    }
-  };
-  return SolveReduced(ReduceRows(m_points, kUnknowns + 1, fill), step).finite;
-}
-
-template<class Curve>
 void ConicLeastSquares<Curve>::TakeStep() {
-  m_now = Moved(m_best, m_step);
+  m_now = Moved<Curve>(m_best, m_frame.flatness, m_step);
+  m_isPending = true;
 }
 
 template<class Curve>
 Deviations ConicLeastSquares<Curve>::DeviationsNow() {
-  const ConicView<Curve> view = ViewIn(m_axes, m_now);
+  const ConicView view = ViewOf(m_now);
   const Deviations found =
       OverBlocks(m_points, [&](const PointBlock& block, Deviations& part) { FindDeviations(block, view, part); });
-  return InUnit(found, m_points.Scale());
+  return InUnit(found, m_points.Scale() / m_frame.unit);
 }
 
 template class ConicLeastSquares<Ellipse2>;

@@ -1,83 +1,76 @@
 #ifndef NU_CURVES_INTERNAL_CONIC_LEAST_SQUARES_H
 #define NU_CURVES_INTERNAL_CONIC_LEAST_SQUARES_H
 
-#include "nu/curves/internal/conics.h"
+#include "nu/curves/internal/conic_equation.h"
+#include "nu/curves/internal/conic_kernels.h"
+#include "nu/curves/internal/conic_unknowns.h"
 #include "nu/geometry/internal/form_statistics.h"
 #include "nu/geometry/internal/gauss_newton.h"
 #include "nu/geometry/internal/point_blocks.h"
 
 namespace nu::internal {
 
-// Orthonormal axes of the plane in which a conic is fitted; what is across it is not seen.
-struct PlaneAxes {
-  Vec3 u;
-  Vec3 v;
-};
-
-// A conic in plane coordinates: the origin of its frame and the direction, of unit length, of its x axis.
+// A conic in space: the origin of its frame, relative to that of the blocks, and the direction of its x axis. The curve
+// and the origin are in the unit of the points.
 template<class Curve>
 struct PlacedConic {
   Curve curve;
-  Vec2 origin;
-  Vec2 axis;
+  Vec3 origin;
+  Vec3 axis;
 };
-
-template<class Curve>
-inline constexpr int kConicUnknowns = 5;
-template<>
-inline constexpr int kConicUnknowns<Parabola2> = 4;
 
 // Least-squares conic: the one that minimises the sum of the squared distances from it. The mathematics is at the top
 // of the source.
 template<class Curve>
 class ConicLeastSquares {
  public:
-  ConicLeastSquares(PointBlocks& points, const PlaneAxes& axes);
+  ConicLeastSquares(PointBlocks& points, const ConicFrame& frame);
 
-  // The best of the algebraic fits. False when none is a conic of this kind.
-  bool Start();
-  // A conic in the unit of the points, relative to the origin of the blocks.
-  void StartFrom(const PlacedConic<Curve>& conic);
-  PlacedConic<Curve> Found() const;
-  // The last step has not led beyond the conics of this kind.
-  bool IsConic() const;
+  // Places the conic; false when no distances from it can be found.
+  bool Start(const ConicEquation& equation);
+  const ConicEquation& Equation() const { return m_now; }
+  const ConicFrame& Frame() const { return m_frame; }
+  double SumSquares() const { return m_model.sumSquares; }
+  // False when the conic is none of this kind.
+  bool Find(PlacedConic<Curve>& conic) const { return Place(m_now, conic); }
 
-  // For RunGaussNewton. The squared length is that of the undamped step, in the unit of the points; a rotation counts
-  // by its effect on the parameters or on the points.
+  // For RunGaussNewton. The squared length is that of the undamped step in the parameters of the conic, in the unit of
+  // the points; a rotation counts by its effect on them. Not solvable is a step from an optimum that is no conic of
+  // this kind.
   GaussNewtonStep SolveStep();
   void TakeStep();
 
   Deviations DeviationsNow();
 
  private:
-  static constexpr int kUnknowns = kConicUnknowns<Curve>;
+  static constexpr int kUnknowns = kUnknownsOf<Curve>;
+  using Model = SecondOrderModel<kUnknowns>;
 
-  struct System {
-    double product[kUnknowns][kUnknowns];
-    double right[kUnknowns];
-    double reach = 0.0;  // sum of the squared distances from the origin of the conic
-    double sumSquares = 0.0;
-
-    // What rounding of the coordinates may add to the sum of squares.
-    double Rounding() const;
-  };
-
-  System SumSystem() const;
-  bool Shortens(const System& next) const;
-  void Damp(double (&step)[kUnknowns]) const;
-  bool SolveByRows(double (&step)[kUnknowns]) const;
+  ConicView ViewOf(const ConicEquation& equation) const;
+  bool Sum(const ConicEquation& equation, Model& model);
+  bool Place(const ConicEquation& equation, PlacedConic<Curve>& conic) const;
+  double Rounding() const;
+  void AdaptRadius(double sumSquares);
+  bool Descend();
+  bool IsIdle();
 
   PointBlocks& m_points;
-  PlaneAxes m_axes;
-  PlacedConic<Curve> m_now;
+  ConicFrame m_frame;
+  double m_rounding = 0.0;  // the sum of squares that rounding errors of the coordinates make
   bool m_started = false;
-  PlacedConic<Curve> m_best;
-  System m_system;          // of the best
-  double m_farthest = 0.0;  // a larger reach is that of no conic near the points
-  double m_damping = 0.0;
+  // The best conic so far, what the sum of squares is around it, and how far steps from there may go.
+  ConicEquation m_best;
+  Model m_model;
+  TrustRegion<kUnknowns> m_region;
+  double m_radius = 0.0;
+  // The next one, by a step whose effect is not known yet if it is pending.
+  ConicEquation m_now;
   double m_step[kUnknowns] = {};
-  bool m_isStuck = false;  // no step lowers the sum, though it is above rounding: the same one again and again
-  GaussNewtonStep m_stuckStep;
+  typename TrustRegion<kUnknowns>::Step m_predicted;
+  bool m_isPending = false;
+  bool m_isExact = false;  // with second derivatives
+  int m_steps = 0;
+  double m_earlier = 0.0;  // the sum of squares some steps ago
 };
 
 extern template class ConicLeastSquares<Ellipse2>;

@@ -31,11 +31,6 @@ constexpr double kSafeLarge = 1e60;
 // M of exact data is singular; so much of its trace is added.
 constexpr double kRidge = 1e-13;
 
-// a x^2 + b x y + c y^2 + d x + e y + f.
-struct Quadratic {
-  double a, b, c, d, e, f;
-};
-
 // Coordinates along two directions, minus offsets.
 struct Chart {
   Vec3 x, y;
@@ -99,16 +94,14 @@ void MeanMoments(PointBlocks& points, const Chart& chart, double (&means)[N]) {
   for (int k = 0; k < N; ++k) means[k] = total[k] / static_cast<double>(points.Size());
 }
 
-// The chart in which the points have mean 0 and unit spread: x = (along . p - mean) / spread.
 struct Whitening {
   bool usable = false;
-  Vec2 axis[2];
-  double mean[2] = {};
-  double spread[2] = {};
+  ConicFrame frame;
 
-  Chart ChartOf(const PlaneAxes& axes) const {
-    const auto direction = [&](int k) { return (1.0 / spread[k]) * (axis[k].x * axes.u + axis[k].y * axes.v); };
-    return {direction(0), direction(1), mean[0] / spread[0], mean[1] / spread[1]};
+  // The points have mean 0 and unit spread in it.
+  Chart WhiteChart() const {
+    const double narrow = frame.unit * frame.flatness;
+    return {(1.0 / frame.unit) * frame.x, (1.0 / narrow) * frame.y, frame.xMean / frame.unit, frame.yMean / narrow};
   }
 };
 
@@ -127,12 +120,15 @@ Whitening Whiten(PointBlocks& points, const PlaneAxes& axes) {
   double values[2];
   double vectors[4];
   if (!DecomposeSymmetric(covariance, 2, 2, values, vectors, 2)) return found;
-  for (int k = 0; k < 2; ++k) {
-    found.axis[k] = {vectors[k], vectors[2 + k]};
-    found.mean[k] = Dot(found.axis[k], {m[0], m[1]});
-    found.spread[k] = std::sqrt(values[k]);
-  }
-  found.usable = values[0] > 0.0;
+  const Vec2 wide{vectors[1], vectors[3]};
+  const Vec2 narrow = Perpendicular(wide);
+  found.frame = {.x = wide.x * axes.u + wide.y * axes.v,
+                 .y = narrow.x * axes.u + narrow.y * axes.v,
+                 .xMean = Dot(wide, {m[0], m[1]}),
+                 .yMean = Dot(narrow, {m[0], m[1]}),
+                 .unit = std::sqrt(values[1]),
+                 .flatness = std::sqrt(values[0] / values[1])};
+  found.usable = found.frame.flatness > 0.0;
   return found;
 }
 
@@ -163,15 +159,7 @@ Reduced Reduce(const double (&s)[kFourth]) {
   return r;
 }
 
-// In plane coordinates (x along axis[0], y along axis[1], relative to the mean).
-Quadratic Unwhitened(const Whitening& white, const Reduced& reduced, const double (&q)[3]) {
-  double l[3] = {};
-  for (int k = 0; k < 3; ++k)
-    for (int j = 0; j < 3; ++j) l[k] += reduced.linear[k][j] * q[j];
-  const double sx = white.spread[0];
-  const double sy = white.spread[1];
-  return {q[0] / sx / sx, q[1] / sx / sy, q[2] / sy / sy, l[0] / sx, l[1] / sy, l[2]};
-}
+using QuadraticPart = double[3];
 
 // Eigenvectors of C q = mu M q: with M = L L^T, of the symmetric matrix L^-1 C L^-T. Ascending by mu, so that the last
 // one is an ellipse and the others are hyperbolas. False when M is not positive definite.
@@ -219,71 +207,8 @@ bool FreeFit(const double (&m)[3][3], double (&q)[3]) {
   return true;
 }
 
-Vec2 ToPlane(const Whitening& white, Vec2 p) {
-  return (p.x + white.mean[0]) * white.axis[0] + (p.y + white.mean[1]) * white.axis[1];
-}
-
-// The central conic lambda[0] x^2 + lambda[1] y^2 = 1 about its centre. False for a parabola and what is empty or
-// lines.
-struct Central {
-  double lambda[2];
-  Vec2 direction[2];
-  Vec2 centre;
-};
-
-bool AsCentral(const Quadratic& g, Central& central) {
-  const double determinant = 4.0 * g.a * g.c - g.b * g.b;
-  central.centre = {(g.b * g.e - 2.0 * g.c * g.d) / determinant, (g.b * g.d - 2.0 * g.a * g.e) / determinant};
-  const double value = g.f + 0.5 * (g.d * central.centre.x + g.e * central.centre.y);
-  const double form[4] = {-g.a / value, -0.5 * g.b / value, -0.5 * g.b / value, -g.c / value};
-  double vectors[4];
-  if (!DecomposeSymmetric(form, 2, 2, central.lambda, vectors, 2)) return false;
-  for (int k = 0; k < 2; ++k) central.direction[k] = {vectors[k], vectors[2 + k]};
-  return std::isfinite(central.centre.x) && std::isfinite(central.centre.y);
-}
-
-Vec2 Direction(const Whitening& white, Vec2 d) {
-  return d.x * white.axis[0] + d.y * white.axis[1];
-}
-
-bool Place(const Whitening& white, const Quadratic& g, PlacedConic<Ellipse2>& conic) {
-  Central central;
-  if (!AsCentral(g, central) || !(central.lambda[0] > 0.0)) return false;
-  conic = {{1.0 / std::sqrt(central.lambda[0]), 1.0 / std::sqrt(central.lambda[1])},
-           ToPlane(white, central.centre),
-           Direction(white, central.direction[0])};
-  return true;
-}
-
-bool Place(const Whitening& white, const Quadratic& g, PlacedConic<Hyperbola2>& conic) {
-  Central central;
-  if (!AsCentral(g, central) || !(central.lambda[0] < 0.0 && central.lambda[1] > 0.0)) return false;
-  conic = {{1.0 / std::sqrt(central.lambda[1]), 1.0 / std::sqrt(-central.lambda[0])},
-           ToPlane(white, central.centre),
-           Direction(white, central.direction[1])};
-  return true;
-}
-
-// The quadratic part is a multiple of (w . p)^2; along d across w the rest is linear.
-bool Place(const Whitening& white, const Quadratic& g, PlacedConic<Parabola2>& conic) {
-  const double trace = g.a + g.c;
-  const Vec2 w = g.a >= g.c ? Vec2{g.a, 0.5 * g.b} : Vec2{0.5 * g.b, g.c};
-  const Vec2 unit = (1.0 / std::sqrt(Dot(w, w))) * w;
-  Vec2 d = Perpendicular(unit);
-  const double across = Dot({g.d, g.e}, unit) / trace;
-  double along = Dot({g.d, g.e}, d) / trace;
-  if (along > 0.0) {
-    d = -1.0 * d;
-    along = -along;
-  }
-  const double t = -0.5 * across;
-  const double s = (t * t - g.f / trace) / along;
-  conic = {{-0.25 * along}, ToPlane(white, s * d + t * unit), Direction(white, d)};
-  return std::isfinite(s) && std::isfinite(t);
-}
-
 // Where q^T M q is least; the stationary angles are the roots of its derivative by 2 t.
-int ParabolicFits(const double (&m)[3][3], double (&q)[kMostCandidates][3]) {
+int ParabolicFits(const double (&m)[3][3], double (&q)[kMostAlgebraic][3]) {
   const double cosine1 = 0.5 * (m[0][0] - m[2][2]);
   const double sine1 = m[0][1] + m[1][2];
   const double cosine2 = 0.125 * (m[0][0] + m[2][2]) - 0.25 * m[0][2] - 0.5 * m[1][1];
@@ -292,7 +217,7 @@ int ParabolicFits(const double (&m)[3][3], double (&q)[kMostCandidates][3]) {
   const double derivativeSin[3] = {0.0, -cosine1, -2.0 * cosine2};
   int count = 0;
   for (const double angle : TrigRoots(derivativeCos, derivativeSin, 2)) {
-    if (count == kMostCandidates) break;
+    if (count == kMostAlgebraic) break;
     const double c = std::cos(0.5 * angle);
     const double s = std::sin(0.5 * angle);
     q[count][0] = c * c;
@@ -303,48 +228,71 @@ int ParabolicFits(const double (&m)[3][3], double (&q)[kMostCandidates][3]) {
   return count;
 }
 
-template<class Curve>
-int Candidates(const double (&m)[3][3], double (&q)[kMostCandidates][3]) {
-  if constexpr (std::is_same_v<Curve, Parabola2>) {
-    return ParabolicFits(m, q);
-  } else {
-    double constrained[3][3];
-    int count = 0;
-    if (ConstrainedFits(m, constrained)) {
-      for (const auto& fit : constrained) std::copy_n(fit, 3, q[count++]);
-    }
-    if (FreeFit(m, q[count])) ++count;
-    return count;
-  }
+// The algebraic fits that are likely to be near the best conic come first.
+int Candidates(const Parabola2&, const double (&m)[3][3], QuadraticPart (&q)[kMostAlgebraic]) {
+  const int count = ParabolicFits(m, q);
+  const auto value = [&](const QuadraticPart& part) {
+    double sum = 0.0;
+    for (int i = 0; i < 3; ++i)
+      for (int j = 0; j < 3; ++j) sum += part[i] * m[i][j] * part[j];
+    return sum;
+  };
+  for (int k = 1; k < count; ++k)
+    if (value(q[k]) < value(q[0])) std::swap(q[k], q[0]);
+  return count;
 }
-
 template<class Curve>
-int Fits(PointBlocks& points, const PlaneAxes& axes, PlacedConic<Curve> (&fits)[kMostCandidates]) {
-  const Whitening white = Whiten(points, axes);
-  if (!white.usable) return 0;
-  double means[kFourth];
-  MeanMoments(points, white.ChartOf(axes), means);
-  for (const double mean : means)
-    if (!std::isfinite(mean)) return 0;
-  const Reduced reduced = Reduce(means);
-  double q[kMostCandidates][3];
-  const int candidates = Candidates<Curve>(reduced.m, q);
+int Candidates(const Curve&, const double (&m)[3][3], QuadraticPart (&q)[kMostAlgebraic]) {
+  constexpr bool kIsEllipse = std::is_same_v<Curve, Ellipse2>;
   int count = 0;
-  for (int k = 0; k < candidates; ++k)
-    if (Place(white, Unwhitened(white, reduced, q[k]), fits[count])) ++count;
+  if (FreeFit(m, q[0])) ++count;
+  double constrained[3][3];
+  if (!ConstrainedFits(m, constrained)) return count;
+  const bool isEllipse = 4.0 * q[0][0] * q[0][2] > q[0][1] * q[0][1];
+  for (int k = 0; k < 3; ++k) std::copy_n(constrained[kIsEllipse ? 2 - k : k], 3, q[count++]);
+  if (count == 4 && isEllipse != kIsEllipse) std::swap(q[0], q[1]);
   return count;
 }
 
 }  // namespace
 
-int AlgebraicFits(PointBlocks& points, const PlaneAxes& axes, PlacedConic<Ellipse2> (&fits)[kMostCandidates]) {
-  return Fits(points, axes, fits);
+template<class Curve>
+ConicStarts AlgebraicFits(PointBlocks& points, const PlaneAxes& axes) {
+  ConicStarts starts;
+  const Whitening white = Whiten(points, axes);
+  if (!white.usable) return starts;
+  starts.frame = white.frame;
+  double means[kFourth];
+  MeanMoments(points, white.WhiteChart(), means);
+  for (const double mean : means)
+    if (!std::isfinite(mean)) return starts;
+  const Reduced reduced = Reduce(means);
+  std::copy_n(&reduced.linear[0][0], 9, &starts.linear[0][0]);
+  QuadraticPart q[kMostAlgebraic] = {};
+  const int count = Candidates(Curve(), reduced.m, q);
+  for (int k = 0; k < count; ++k) starts.Add(q[k]);
+  return starts;
 }
-int AlgebraicFits(PointBlocks& points, const PlaneAxes& axes, PlacedConic<Hyperbola2> (&fits)[kMostCandidates]) {
-  return Fits(points, axes, fits);
+
+void ConicStarts::Add(const double (&q)[3]) {
+  double l[3] = {};
+  for (int k = 0; k < 3; ++k)
+    for (int j = 0; j < 3; ++j) l[k] += linear[k][j] * q[j];
+  const double flat = frame.flatness;
+  equation[count++] = {{q[0], q[1] / flat, q[2] / flat / flat, l[0], l[1] / flat, l[2]}};
 }
-int AlgebraicFits(PointBlocks& points, const PlaneAxes& axes, PlacedConic<Parabola2> (&fits)[kMostCandidates]) {
-  return Fits(points, axes, fits);
+
+void ConicStarts::AddEven(double ratio, int directions) {
+  constexpr double kHalfTurn = 3.141592653589793;
+  for (int k = 0; k < directions; ++k) {
+    const double c = std::cos(kHalfTurn * k / directions);
+    const double s = std::sin(kHalfTurn * k / directions);
+    Add({c * c + ratio * s * s, 2.0 * (1.0 - ratio) * c * s, s * s + ratio * c * c});
+  }
 }
+
+template ConicStarts AlgebraicFits<Ellipse2>(PointBlocks&, const PlaneAxes&);
+template ConicStarts AlgebraicFits<Hyperbola2>(PointBlocks&, const PlaneAxes&);
+template ConicStarts AlgebraicFits<Parabola2>(PointBlocks&, const PlaneAxes&);
 
 }  // namespace nu::internal
