@@ -46,10 +46,12 @@ GaussNewtonRule RuleOf(double tolerance, double large, long limit) {
           .endsBeforeLimit = true};
 }
 
+// So few points as there are unknowns are on many curves.
 template<class Curve>
 bool IsClear(const ConicLeastSquares<Curve>& fit, std::size_t n) {
   const double spread = kClear * fit.Frame().flatness;
-  return fit.SumSquares() <= static_cast<double>(n) * spread * spread;
+  const double freedom = static_cast<double>(n) - kUnknownsOf<Curve>;
+  return fit.SumSquares() < freedom * spread * spread;
 }
 
 // More starts for points that are not clearly on one curve.
