@@ -16,6 +16,7 @@
 using nu::internal::ComplexRotation;
 using nu::internal::ComplexRows;
 using nu::internal::FailOperation;
+using nu::internal::WithMemory;
 using nu::internal::Workspace;
 
 namespace {
@@ -148,26 +149,26 @@ void CNuComplexMatrix::RequireSquare(const char* where) const {
   if (m_rows != m_columns || m_rows < 1) FailOperation(16, kCalculation, where);
 }
 
-CNuComplexMatrix CNuComplexMatrix::operator*(const CNuComplexMatrix& b) const try {
-  if (m_columns != b.m_rows) FailOperation(5, "operator*", "CNuComplexMatrix");
-  if (m_columns <= kDirect && b.m_columns <= kDirect) {
-    CNuComplexMatrix result(m_rows, b.m_columns);
-    MultiplyDirectly(m_data, b.m_data, m_rows, m_columns, b.m_columns, result.m_data);
-    return result;
-  }
-  const std::size_t leftSize = ComplexRows::Size(m_rows, m_columns);
-  const std::size_t rightSize = ComplexRows::Size(m_columns, b.m_columns);
-  const std::size_t size = ComplexRows::Size(m_rows, b.m_columns);
-  SmallSpace space(leftSize + rightSize + size);
-  const ComplexRows left(space.Take(leftSize), m_rows, m_columns);
-  const ComplexRows right(space.Take(rightSize), m_columns, b.m_columns);
-  const ComplexRows product(space.Take(size), m_rows, b.m_columns);
-  CopyOut(m_data, left);
-  CopyOut(b.m_data, right);
-  nu::internal::MultiplyComplex(left, right, product);
-  return ToMatrix({product, 1.0});
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuComplexMatrix::operator*()");
+CNuComplexMatrix CNuComplexMatrix::operator*(const CNuComplexMatrix& b) const {
+  return WithMemory("CNuComplexMatrix::operator*()", [&] {
+    if (m_columns != b.m_rows) FailOperation(5, "operator*", "CNuComplexMatrix");
+    if (m_columns <= kDirect && b.m_columns <= kDirect) {
+      CNuComplexMatrix result(m_rows, b.m_columns);
+      MultiplyDirectly(m_data, b.m_data, m_rows, m_columns, b.m_columns, result.m_data);
+      return result;
+    }
+    const std::size_t leftSize = ComplexRows::Size(m_rows, m_columns);
+    const std::size_t rightSize = ComplexRows::Size(m_columns, b.m_columns);
+    const std::size_t size = ComplexRows::Size(m_rows, b.m_columns);
+    SmallSpace space(leftSize + rightSize + size);
+    const ComplexRows left(space.Take(leftSize), m_rows, m_columns);
+    const ComplexRows right(space.Take(rightSize), m_columns, b.m_columns);
+    const ComplexRows product(space.Take(size), m_rows, b.m_columns);
+    CopyOut(m_data, left);
+    CopyOut(b.m_data, right);
+    nu::internal::MultiplyComplex(left, right, product);
+    return ToMatrix({product, 1.0});
+  });
 }
 
 void CNuComplexMatrix::QR(CNuComplexMatrix* q, CNuComplexMatrix* r) const try {
@@ -213,21 +214,21 @@ void CNuComplexMatrix::Schur(CNuComplexMatrix* q, CNuComplexMatrix* t) const try
   throw CNuMemoryException("CNuComplexMatrix::Schur()");
 }
 
-CNuComplexVector CNuComplexMatrix::EigenValues() const try {
-  constexpr const char* where = "CNuComplexMatrix::EigenValues()";
-  RequireSquare(where);
-  const HessenbergForm form(m_data, m_rows, false, where);
-  RotationRoom room(m_rows);
-  const ComplexRows& t = form.H().rows;
-  if (!nu::internal::ReduceToSchur(t, false, nullptr, room.Data())) FailOperation(46, kCalculation, where);
-  CNuComplexVector values(m_rows);
-  CNuComplex* value = values.GetData();
-  const double unscale = 1.0 / form.H().scale;
-  for (int i = 0; i < m_rows; ++i) value[i] = {unscale * t.Re(i, i), unscale * t.Im(i, i)};
-  std::sort(value, value + m_rows, [](const CNuComplex& a, const CNuComplex& b) {
-    return a.r() < b.r() || (a.r() == b.r() && a.i() < b.i());
+CNuComplexVector CNuComplexMatrix::EigenValues() const {
+  return WithMemory("CNuComplexMatrix::EigenValues()", [&] {
+    constexpr const char* where = "CNuComplexMatrix::EigenValues()";
+    RequireSquare(where);
+    const HessenbergForm form(m_data, m_rows, false, where);
+    RotationRoom room(m_rows);
+    const ComplexRows& t = form.H().rows;
+    if (!nu::internal::ReduceToSchur(t, false, nullptr, room.Data())) FailOperation(46, kCalculation, where);
+    CNuComplexVector values(m_rows);
+    CNuComplex* value = values.GetData();
+    const double unscale = 1.0 / form.H().scale;
+    for (int i = 0; i < m_rows; ++i) value[i] = {unscale * t.Re(i, i), unscale * t.Im(i, i)};
+    std::sort(value, value + m_rows, [](const CNuComplex& a, const CNuComplex& b) {
+      return a.r() < b.r() || (a.r() == b.r() && a.i() < b.i());
+    });
+    return values;
   });
-  return values;
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuComplexMatrix::EigenValues()");
 }

@@ -115,7 +115,7 @@ class ExactFactors final : public EquationFactors {
     for (int i = 0; i < m_rows; ++i) row = std::copy_n(a.GetData()[i], m_rows, row);
     const double tol = NuGetTol();
     const LuResult lu = FactorLu(m_lu.Data(), m_rows, m_rows, m_pivots, tol, NuGetZero());
-    m_singular = lu.singular || IsSingularToRounding(a.GetData(), m_lu.Data(), m_rows, m_rows, m_pivots, lu, tol);
+    m_singular = IsSingularToRounding(a.GetData(), m_lu.Data(), m_rows, m_rows, m_pivots, lu, tol);
   }
 
   bool IsSingular() const { return m_singular; }

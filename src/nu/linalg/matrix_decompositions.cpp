@@ -24,6 +24,7 @@
 using nu::internal::FailOperation;
 using nu::internal::LuResult;
 using nu::internal::Output;
+using nu::internal::WithMemory;
 using nu::internal::Workspace;
 
 namespace {
@@ -180,16 +181,16 @@ bool IsSymmetricEnough(const CNuMatrix& a) {
 
 }  // namespace
 
-CNuMatrix CNuMatrix::operator*(const CNuMatrix& b) const try {
-  if (m_columns != b.m_rows) FailOperation(5, "operator*", "CNuMatrix");
-  CNuMatrix result(m_rows, b.m_columns);
-  const Elements left(*this);
-  const Elements right(b);
-  nu::internal::Multiply({left.Data(), m_columns}, {right.Data(), b.m_columns}, result.m_data[0], b.m_columns, m_rows,
-                         m_columns, b.m_columns);
-  return result;
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuMatrix::operator*()");
+CNuMatrix CNuMatrix::operator*(const CNuMatrix& b) const {
+  return WithMemory("CNuMatrix::operator*()", [&] {
+    if (m_columns != b.m_rows) FailOperation(5, "operator*", "CNuMatrix");
+    CNuMatrix result(m_rows, b.m_columns);
+    const Elements left(*this);
+    const Elements right(b);
+    nu::internal::Multiply({left.Data(), m_columns}, {right.Data(), b.m_columns}, result.m_data[0], b.m_columns, m_rows,
+                           m_columns, b.m_columns);
+    return result;
+  });
 }
 
 void CNuMatrix::LUD(CNuIntArray* index, int* d, int* status) try {
@@ -255,25 +256,25 @@ double CNuMatrix::Determinant() const try {
   throw CNuMemoryException("CNuMatrix::Determinant()");
 }
 
-CNuMatrix CNuMatrix::Inverse(ENuStatus* status) try {
-  constexpr const char* where = "CNuMatrix::Inverse()";
-  Output(status, NuStatusNone);
-  RequireSquare(*this, where);
-  SmallBlock a(ElementCount(*this));
-  CopyOut(*this, a.Data());
-  Permutation rows(m_rows);
-  const double tol = NuGetTol();
-  const LuResult lu = nu::internal::FactorLu(a.Data(), m_rows, m_rows, rows.Data(), tol, NuGetZero());
-  if (lu.singular || nu::internal::IsSingularToRounding(m_data, a.Data(), m_rows, m_rows, rows.Data(), lu, tol))
-    FailOperation(16, kCalculation, where);
-  // The columns of the inverse solve A x = e(k); all of them at once.
-  CNuMatrix inverse(m_rows, m_rows);
-  for (int i = 0; i < m_rows; ++i) inverse.m_data[i][rows.Data()[i]] = 1.0;
-  nu::internal::SolveLuPermuted(a.Data(), m_rows, m_rows, inverse.m_data[0], m_rows, m_rows);
-  Output(status, NuStatusComputed);
-  return inverse;
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuMatrix::Inverse()");
+CNuMatrix CNuMatrix::Inverse(ENuStatus* status) {
+  return WithMemory("CNuMatrix::Inverse()", [&] {
+    constexpr const char* where = "CNuMatrix::Inverse()";
+    Output(status, NuStatusNone);
+    RequireSquare(*this, where);
+    SmallBlock a(ElementCount(*this));
+    CopyOut(*this, a.Data());
+    Permutation rows(m_rows);
+    const double tol = NuGetTol();
+    const LuResult lu = nu::internal::FactorLu(a.Data(), m_rows, m_rows, rows.Data(), tol, NuGetZero());
+    if (nu::internal::IsSingularToRounding(m_data, a.Data(), m_rows, m_rows, rows.Data(), lu, tol))
+      FailOperation(16, kCalculation, where);
+    // The columns of the inverse solve A x = e(k); all of them at once.
+    CNuMatrix inverse(m_rows, m_rows);
+    for (int i = 0; i < m_rows; ++i) inverse.m_data[i][rows.Data()[i]] = 1.0;
+    nu::internal::SolveLuPermuted(a.Data(), m_rows, m_rows, inverse.m_data[0], m_rows, m_rows);
+    Output(status, NuStatusComputed);
+    return inverse;
+  });
 }
 
 void CNuMatrix::EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatrix* vectors) const try {

@@ -17,6 +17,7 @@
 
 using nu::internal::Coefficients;
 using nu::internal::FoundRoot;
+using nu::internal::WithMemory;
 
 namespace {
 
@@ -36,15 +37,6 @@ class RootRoom {
   std::unique_ptr<FoundRoot[]> m_heap;
   FoundRoot m_few[kFewRoots];
 };
-
-template<class Operation>
-auto WithMemory(const char* where, Operation operation) {
-  try {
-    return operation();
-  } catch (const std::bad_alloc&) {
-    throw CNuMemoryException(where);
-  }
-}
 
 // The effective degree is negative where a coefficient is not finite.
 void RequireFinite(int effectiveDegree) {

@@ -2,6 +2,7 @@
 #define NU_FOUNDATION_INTERNAL_FAILURES_H
 
 #include <cmath>
+#include <new>
 
 #include "nu/foundation/exceptions.h"
 #include "nu/foundation/tolerances.h"
@@ -31,6 +32,17 @@ inline void RequireNumericFactor(double f, const char* what, const char* where) 
 // A divisor whose magnitude is below NuGetZero() is refused. A NaN is not below it and passes.
 inline void RequireDivisor(double d, const char* what, const char* where) {
   if (std::fabs(d) < NuGetZero()) FailOperation(6, what, where);
+}
+
+// Runs an operation that allocates outside the objects of the library: no memory is one failure, whatever asked for it.
+// A result returned through here is made in place, which it would not be if returned from a function-try-block.
+template<class Operation>
+auto WithMemory(const char* where, const Operation& operation) {
+  try {
+    return operation();
+  } catch (const std::bad_alloc&) {
+    throw CNuMemoryException(where);
+  }
 }
 
 }  // namespace nu::internal

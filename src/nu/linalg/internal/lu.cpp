@@ -35,7 +35,6 @@ struct Panel {
   int* rows;
   const double* columnFloor;  // a pivot of column j must exceed columnFloor[j]
   LuResult* result;
-  double* weakestShare;  // the weakest pivot as a multiple of its floor
 };
 
 // Exchanges whole rows, factored columns included, so that the permutation is that of complete rows.
@@ -62,22 +61,29 @@ int FindPivot(const Panel& p, int j) {
   return best;
 }
 
-void NoteWeakPivot(const Panel& p, int j, double size) {
-  const double share = size / p.columnFloor[j];
-  if (!(share < *p.weakestShare)) return;
-  *p.weakestShare = share;
-  p.result->weakest = j;
-}
-
 double SettlePivot(const Panel& p, int j) {
   double& pivot = p.a[j * p.ld + j];
-  if (std::fabs(pivot) < kWeak * p.columnFloor[j]) NoteWeakPivot(p, j, std::fabs(pivot));
   if (!(std::fabs(pivot) > p.columnFloor[j])) {
     p.result->singular = true;
     const double usable = p.columnFloor[j] > 0.0 && p.columnFloor[j] < DBL_MAX ? p.columnFloor[j] : DBL_EPSILON;
     pivot = std::signbit(pivot) ? -usable : usable;
   }
   return pivot;
+}
+
+// -1 where every pivot is far above its floor.
+template<int kN>
+int WeakestPivot(const double* a, int size, std::ptrdiff_t ld, const double* floor) {
+  const int n = kN > 0 ? kN : size;
+  int weakest = -1;
+  double share = kWeak;
+  for (int j = 0; j < n; ++j) {
+    const double pivot = std::fabs(a[j * ld + j]);
+    if (!(pivot < share * floor[j])) continue;
+    share = pivot / floor[j];
+    weakest = j;
+  }
+  return weakest;
 }
 
 // Columns first .. last-1 of the rows from `first` on, right-looking.
@@ -228,13 +234,13 @@ LuResult Factor(double* a, int size, std::ptrdiff_t ld, int* rows, double tolera
       for (int j = 0; j < n; ++j) a[i * ld + j] = std::ldexp(a[i * ld + j], -static_cast<int>(largest[i]));
   }
   ColumnFloors<kN>(a, n, ld, tolerance, floor);
-  double weakestShare = HUGE_VAL;
-  const Panel panel = {a, ld, n, rows, floor, &result, &weakestShare};
+  const Panel panel = {a, ld, n, rows, floor, &result};
   if constexpr (kN > 0) {
     FactorColumns<kN>(panel, 0, kN);
   } else {
     FactorRecursive(panel, 0, n);
   }
+  result.weakest = WeakestPivot<kN>(a, n, ld, floor);
   if (scaled) RestoreScales(a, n, ld, rows, largest);
   return result;
 }

@@ -53,16 +53,15 @@ double AbsoluteProduct(const double* row, const double* x, int n) {
 
 }  // namespace
 
-bool IsSingularToRounding(const double* const* rows, const double* lu, int n, std::ptrdiff_t ld, const int* permutation,
-                          const LuResult& result, double tolerance) {
-  if (result.weakest < 0) return false;
+bool HasSingularNeighbour(const double* const* rows, const double* lu, int n, std::ptrdiff_t ld, const int* permutation,
+                          int weakest, double tolerance) {
   const std::size_t count = static_cast<std::size_t>(n);
   Workspace<3 * kSmall> work(3 * count);
   double* x = work.Take(count);
   double* z = work.Take(count);
   double* b = work.Take(count);
-  RightVector(lu, n, ld, result.weakest, x);
-  LeftVector(lu, n, ld, result.weakest, z);
+  RightVector(lu, n, ld, weakest, x);
+  LeftVector(lu, n, ld, weakest, z);
   for (int i = 0; i < n; ++i) {
     const int row = permutation[i];
     b[row] = std::copysign(AbsoluteProduct(rows[row], x, n), z[i]);
