@@ -122,6 +122,25 @@ inline CNuPointArray SphereCloud(Random& random, int n, double radius, double ca
   return points;
 }
 
+// Two arcs of circles of latitude on a sphere, with radial noise: they lie near a cone and a torus, too.
+inline CNuPointArray TwoArcsCloud(Random& random, int n, double radius, double noise) {
+  double height[2], first[2], sweep[2];
+  for (int k = 0; k < 2; ++k) {
+    height[k] = random.Uniform(-0.95, 0.95);
+    first[k] = random.Uniform(0.0, 360.0);
+    sweep[k] = random.Uniform(5.0, 360.0);
+  }
+  CNuPointArray points(n);
+  for (int i = 0; i < n; ++i) {
+    const int k = i % 2;
+    const double angle = (first[k] + random.Uniform(0.0, sweep[k])) * kDegree;
+    const double r = radius + noise * random.Bell();
+    const double s = std::sqrt(1.0 - height[k] * height[k]);
+    points.Add({r * s * std::cos(angle), r * s * std::sin(angle), r * height[k]});
+  }
+  return points;
+}
+
 // A strip from 0 to `sweep` degrees about the z axis, centred along it, with radial noise.
 inline CNuPointArray CylinderCloud(Random& random, int n, double radius, double length, double sweep, double noise) {
   CNuPointArray points(n);

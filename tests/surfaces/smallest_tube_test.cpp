@@ -77,8 +77,10 @@ CNuPointArray Part(Random& random, int kind, int n) {
       return BoxCloud(random, n, 3.0, 2.0, 2.0 * part);
     case 5:
       return LineCloud(random, n, 100.0, std::pow(10.0, -4.0 * part));
-    default:
+    case 6:
       return SphereCloud(random, n, 1.0, 20.0 + 160.0 * part, 0.01);
+    default:
+      return TwoArcsCloud(random, n, 1.0, std::pow(10.0, -1.0 - 6.0 * part));
   }
 }
 
@@ -96,10 +98,10 @@ double LargestDistance(PointBlocks& points, const TubeDistance& tube) {
 // or with others, to make the tube thinner.
 TEST(SmallestTube, IsHeldByItsContacts) {
   Random random(82);
-  for (int k = 0; k < 1200; ++k) {
+  for (int k = 0; k < 900; ++k) {
     SCOPED_TRACE(k);
     const double size = std::pow(10.0, random.Uniform(-3.0, 5.0));
-    CNuPointArray part = RandomMotion(random, 0.0)(Part(random, k % 7, 4 + random.Below(k % 5 ? 60 : 900)));
+    CNuPointArray part = RandomMotion(random, 0.0)(Part(random, k % 8, 4 + random.Below(k % 5 ? 60 : 900)));
     for (int i = 0; i < part.GetSize(); ++i) part[i] = part[i] * size;
     PointBlocks blocks(ViewOf(part), MiddleOf(part));
     const MinimaxSolution<TubeDistance> found = SmallestTube(blocks, TubeStarts::many, 20000).solution;

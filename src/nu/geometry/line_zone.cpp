@@ -108,6 +108,7 @@ Zone ZoneInSpace(const CNuPointArray& pts, long limit) {
   const nu::internal::MinimaxSolution<nu::internal::AxisDistance> found =
       SmallestCylinder(blocks, least.mean, least.direction, limit);
   if (found.end == nu::internal::MinimaxEnd::limitReached) FailFit(nu::internal::kIterationLimit, kName);
+  if (found.end != nu::internal::MinimaxEnd::converged) FailFit(nu::internal::kNumericalFailure, kName);
   const nu::internal::AxisFrame& axis = found.model.frame;
   const Vec3 nearest = axis.origin + Dot(least.mean - axis.origin, axis.z) * axis.z;
   const double radius = SpaceLineDeviations(blocks, nearest, axis.z).largest;

@@ -5,6 +5,7 @@
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/mean.h"
+#include "nu/geometry/internal/round_minimax.h"
 #include "nu/surfaces/cone.h"
 #include "nu/surfaces/internal/far_point.h"
 
@@ -71,6 +72,9 @@ void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, double to
   double form, sumSquares;
   leastSquares.Fit(points, &form, &sumSquares, maxIter);
   const ConeZone found = FindZone(points, leastSquares, form, maxIter);
+  if (found.width > form + nu::internal::kFormRoundings * found.rounding) {
+    FailFit(nu::internal::kNumericalFailure, "CNuConSurf::FitMinZone");
+  }
   // Where the least-squares cone is the optimum, rounding decides which is better.
   if (form < found.width) {
     *this = leastSquares;

@@ -6,6 +6,7 @@
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/mean.h"
 #include "nu/geometry/internal/point_order.h"
+#include "nu/geometry/internal/round_minimax.h"
 #include "nu/geometry/line.h"
 #include "nu/surfaces/cylinder.h"
 
@@ -117,12 +118,16 @@ struct Zone {
   double width = 0.0;
 };
 
-// Where the least-squares cylinder is the optimum, rounding decides which is better.
+// Where the least-squares cylinder is the optimum, rounding decides which is better. An optimum that is worse is
+// another than the one next to it.
 Zone MinimumZone(const CNuPointArray& points, double tol, long maxIter) {
   if (IsCollinear(points, tol)) return {CylinderOnLine(points, tol)};
   return InOneOrder(points, [&](const CNuPointArray& data) -> Zone {
     const LeastSquares start = FitLeastSquares(data, maxIter);
     const CylinderMinimax found = Solve(data, start.cylinder, maxIter, nu::internal::NarrowestCylinderZone);
+    if (found.zone > start.form + nu::internal::kFormRoundings * found.rounding) {
+      FailFit(nu::internal::kNumericalFailure, kName);
+    }
     if (found.zone > start.form) return {start.cylinder, start.form};
     return {found.cylinder, found.zone};
   });

@@ -24,7 +24,7 @@ struct AxisDistance {
 
 // The smallest circular cylinder that holds all points: a local optimum reached from the axis given, which is through
 // `mean` along the unit `direction`; for points that are not much longer than wide the best of those reached from some
-// further axes. The limit is on the steps from each of them; only the first has to keep it.
+// further axes. The limit is on the steps from the first.
 MinimaxSolution<AxisDistance> SmallestCylinder(PointBlocks& points, const Vec3& mean, const Vec3& direction,
                                                long limit);
 

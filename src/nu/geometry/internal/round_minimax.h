@@ -11,6 +11,9 @@ namespace nu::internal {
 // The errors of a distance, in units of the farthest one.
 inline constexpr double kDistanceRoundings = 4.0;
 
+// A zone and the form of a least-squares feature that differ by so many errors of a distance may be the same.
+inline constexpr double kFormRoundings = 16.0;
+
 // The points nearest to a centre and farthest from it; of several at one distance the first.
 struct NearAndFar {
   Vec3 nearest;

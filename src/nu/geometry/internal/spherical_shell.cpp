@@ -24,9 +24,6 @@ namespace {
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// Points that are nothing like a sphere can make the steps creep. Measured spheres and caps need up to some tens.
-constexpr long kMostSteps = 1000;
-
 // A sphere so much larger than the set of points, the square root of the rounding unit, has its centre nowhere.
 constexpr double kLeastBend = 0x1p-26;
 
@@ -185,7 +182,7 @@ SphericalShell ThinnestShell(PointBlocks& points, const Vec3& mean, const Vec3& 
   const double scale = points.Scale();
   const ShellModel start = StartAt(points, scale * mean, scale * centre, scale * radius, seen);
   const double rounding = kDistanceRoundings * kEpsilon * seen.greatest;
-  Minimax<ShellModel> minimax(points, MinimaxSide::both, rounding, std::min(limit, kMostSteps));
+  Minimax<ShellModel> minimax(points, MinimaxSide::both, rounding, limit);
   const MinimaxSolution<ShellModel> solution = minimax.Solve(start);
   const double unit = 1.0 / scale;
   const double middle = 1.0 / std::fabs(solution.model.bend);

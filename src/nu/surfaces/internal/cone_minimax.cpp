@@ -9,10 +9,6 @@ namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
-// Points that are nothing like a cone may let it creep towards a plane or a cylinder. Measured parts need up to some
-// tens.
-constexpr long kMostSteps = 1000;
-
 // The cone comes with the rounding errors of an apex and an angle: its deviations are so many of them off.
 constexpr double kNoise = 64.0;
 
@@ -24,13 +20,14 @@ Cone3 Rescaled(Cone3 cone, double factor) {
 
 // What was found, in the callers' unit.
 template<class Model>
-ConeZone Described(const MinimaxSolution<Model>& found, double unit) {
+ConeZone Described(const MinimaxSolution<Model>& found, double unit, double rounding) {
   ConeZone zone;
   zone.linearised = true;
   zone.end = found.end;
   zone.steps = found.steps;
   zone.cone = Rescaled(found.model.Cone(), unit);
   zone.width = 2.0 * unit * found.value;
+  zone.rounding = unit * rounding;
   zone.contacts = found.contacts;
   for (int k = 0; k < found.contacts; ++k) {
     zone.contact[k] = unit * found.contact[k];
@@ -53,13 +50,12 @@ ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& s
       DistanceFromCone(points, Rescaled(start, scale), scale * form + kNoise * rounding, low, high);
   if (!model.IsFinite()) return {};
   const double middle = 0.5 * (low + high);
-  const long most = std::min(limit, kMostSteps);
   if (model.bothNappes) {
-    Minimax<NappesDistance> minimax(points, MinimaxSide::both, rounding, most);
-    return Described(minimax.Solve({model, middle}), 1.0 / scale);
+    Minimax<NappesDistance> minimax(points, MinimaxSide::both, rounding, limit);
+    return Described(minimax.Solve({model, middle}), 1.0 / scale, kNoise * rounding);
   }
-  Minimax<ConeDistance> minimax(points, MinimaxSide::both, rounding, most);
-  return Described(minimax.Solve(model.Moved({middle})), 1.0 / scale);
+  Minimax<ConeDistance> minimax(points, MinimaxSide::both, rounding, limit);
+  return Described(minimax.Solve(model.Moved({middle})), 1.0 / scale, kNoise * rounding);
 }
 
 }  // namespace nu::internal

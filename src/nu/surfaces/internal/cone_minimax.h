@@ -19,6 +19,7 @@ struct ConeZone {
   long steps = 0;
   Cone3 cone;  // half-way between the two
   double width = 0.0;
+  double rounding = 0.0;  // the error of a distance from it
   int contacts = 0;
   Vec3 contact[kMostContacts];
   double sign[kMostContacts] = {};

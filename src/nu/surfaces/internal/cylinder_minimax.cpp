@@ -13,12 +13,12 @@ namespace {
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// Points next to a plane make the radius of a zone creep towards infinity. Measured parts need up to some tens.
-constexpr long kMostSteps = 1000;
-
 // Of what the directions of the contacts, weighted, must cancel to; it is about the square root of the rounding of the
 // axis in units of the radius where the points are far from round.
 constexpr double kStationary = 1e-7;
+
+// A cylinder so much larger than the set of points, the square root of the rounding unit, has its axis nowhere.
+constexpr double kLeastBend = 0x1p-26;
 
 // The problem in the unit of the blocks, whose distances can be squared.
 struct Scene {
@@ -114,17 +114,29 @@ Range DeviationsFrom(PointBlocks& points, const CylinderDistance& surface) {
   return all;
 }
 
+// Half-way between the two cylinders about its axis that hold all points.
+CylinderDistance MiddleOfZone(PointBlocks& points, CylinderDistance surface) {
+  const Range all = DeviationsFrom(points, surface);
+  const double middle = 0.5 * (all.smallest + all.largest);
+  surface.frame.origin = surface.frame.origin + middle * surface.frame.x;
+  surface.radius += middle;
+  return surface;
+}
+
 }  // namespace
 
 CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit) {
   Scene scene;
   if (!Prepare(points, mean, start, scene)) return {};
-  const CylinderDistance model = SurfaceOf(points, scene);
-  Minimax<CylinderDistance> minimax(points, MinimaxSide::both, scene.rounding, std::min(limit, kMostSteps));
+  const CylinderDistance model = MiddleOfZone(points, SurfaceOf(points, scene));
+  Minimax<CylinderDistance> minimax(points, MinimaxSide::both, scene.rounding, limit);
   const MinimaxSolution<CylinderDistance> found = minimax.Solve(model);
   CylinderMinimax result = Described(found, found.model.AxisPoint(), found.model.frame.z, scene.mean, points.Scale());
   result.cylinder.radius = found.model.radius / points.Scale();
   result.zone = 2.0 * found.value / points.Scale();
+  result.rounding = (scene.rounding + kEpsilon * found.model.radius) / points.Scale();
+  const bool isRound = scene.seen.greatest > kLeastBend * found.model.radius;
+  if (result.end == MinimaxEnd::converged && !isRound) result.end = MinimaxEnd::stalled;
   return result;
 }
 
@@ -135,8 +147,7 @@ CylinderMinimax SmallestCylinderAround(PointBlocks& points, const Vec3& mean, co
   const bool isNear =
       Norm(Rejection(scene.start.axisPoint - scene.mean, scene.start.axisDirection)) <= scene.seen.greatest;
   const Vec3& through = isNear ? scene.start.axisPoint : scene.mean;
-  const MinimaxSolution<AxisDistance> found =
-      SmallestCylinder(points, through, scene.start.axisDirection, std::min(limit, kMostSteps));
+  const MinimaxSolution<AxisDistance> found = SmallestCylinder(points, through, scene.start.axisDirection, limit);
   return Described(found, found.model.frame.origin, found.model.frame.z, scene.mean, points.Scale());
 }
 
@@ -151,7 +162,7 @@ CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, con
   const AxisDistance axis{{surface.AxisPoint(), surface.frame.x, surface.frame.y, surface.frame.z}, surface.half};
   const BoreDistance widest{axis, scene.mean, scene.seen.greatest};
   if (!widest.IsInside()) return {};
-  Minimax<BoreDistance> minimax(points, MinimaxSide::inner, scene.rounding, std::min(limit, kMostSteps));
+  Minimax<BoreDistance> minimax(points, MinimaxSide::inner, scene.rounding, limit);
   MinimaxSolution<BoreDistance> found = minimax.Solve(widest);
   const bool again = found.end != MinimaxEnd::limitReached && !IsBore(found) && surface.Bulge() > oneSided;
   const Range form = again ? DeviationsFrom(points, surface) : Range{};

@@ -18,16 +18,17 @@ struct CylinderMinimax {
   static constexpr int kMostContacts = 6;
 
   MinimaxEnd end = MinimaxEnd::stalled;
-  Cylinder3 cylinder;  // the radius of a zone is half-way between the inner and the outer one
-  double zone = 0.0;   // the difference of these; else 0
+  Cylinder3 cylinder;     // the radius of a zone is half-way between the inner and the outer one
+  double zone = 0.0;      // the difference of these; else 0
+  double rounding = 0.0;  // the error of a distance from the axis
   int contacts = 0;
   Vec3 contact[kMostContacts];
   double sign[kMostContacts] = {};
   double multiplier[kMostContacts] = {};
 };
 
-// From the least-squares cylinder and the mean of the points. `stalled`: no optimum is near, or a coordinate is not
-// finite. The limit is on the steps of one search, none of which may take 1000.
+// From the least-squares cylinder and the mean of the points. `stalled`: no optimum is near, or the zone is that of
+// planes, or a coordinate is not finite. The limit is on the steps of one search, none of which may take 1000.
 
 // The two coaxial cylinders next to the start that hold all points between them at the least distance.
 CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit);
