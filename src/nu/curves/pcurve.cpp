@@ -73,7 +73,7 @@ ENuBoolean CNuPCurve::IsClosed() const {
 }
 
 double CNuPCurve::DistanceTo(const CNuPoint& p) const {
-  return m_scale * m_curve->DistanceTo((1.0 / m_scale) * AxesOf(GetFrame()).Local(Components(p)));
+  return m_scale * m_curve->FootOf((1.0 / m_scale) * AxesOf(GetFrame()).Local(Components(p))).distance;
 }
 
 CNuPointArray CNuPCurve::ToPointArray(int n) const {

@@ -19,10 +19,14 @@ CNuPCurve* NewPCurve(const QuadricCurve& curve, const AxisFrame& frame, double s
 // cylinder, cone or sphere, made by their IntersectWith(). It keeps the values of both surfaces. Its frame stands on
 // the one on whose generators it is described, with the z axis along that axis; motions carry the curve with its frame.
 //
-// The parameter u, in radians, grows around that axis with the generators. A curve that turns back at two of them goes
-// there and back again in one turn of 2 pi; one with a double point, which runs smoothly through it, may take 4 pi. A
-// branch that goes to infinity is cut off where it is a thousand times as far from the origin of its frame as the
-// surfaces are large and near each other; its range is open at both ends.
+// The parameter u grows with the angle around that axis, in radians, and with the way along its generators, evenly up
+// to the size of the surfaces and with its logarithm beyond that; it is continuous, however steep the curve is. A
+// closed curve takes a turn of 2 pi, one that passes a double point of its own twice takes 4 pi, smoothly through it.
+//
+// A branch that goes to infinity is cut off where it is as far along its generators, from the origin of its frame, as a
+// part can be whose coordinates are known to NuGetLengthTol(): this over DBL_EPSILON, 4504 by default, or a thousand
+// times the size of the surfaces and their distance where that is more. A branch that begins farther out is kept up to
+// a thousand times its least distance. The range is open at both ends.
 class NU_EXPORT CNuPCurve : public CNuCurve {
  public:
   // No memory: CNuMemoryException.

@@ -154,7 +154,7 @@ int CNuConSurf::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) con
     MeetCoaxialSphere(cone, ball, meeting);
   } else {
     const ConeContact contact{IsOn(ball, cone.point, meeting.Tol())};
-    MeetOnCone(QuadricStage(cone, ball, cone.point, meeting.Tol()), contact, &CNuConSurf::Intersect, meeting);
+    MeetOnCone(QuadricStage(cone, ball, cone.point, meeting), contact, &CNuConSurf::Intersect, meeting);
   }
   return meeting.HandOverTo(result);
 }
@@ -184,8 +184,8 @@ int CNuConSurf::Meet(const CNuConSurf& other, CNuObjArray* result) const {
     }
     if (common) meeting.AddLine(first.point, *common);
     const ConeContact contact{ownIsOn || otherIsOn, common.has_value()};
-    MeetOnCone(QuadricStage(base, takeOther ? first : second, base.point, meeting.Tol()), contact,
-               &CNuConSurf::Intersect, meeting);
+    MeetOnCone(QuadricStage(base, takeOther ? first : second, base.point, meeting), contact, &CNuConSurf::Intersect,
+               meeting);
   }
   return meeting.HandOverTo(result);
 }
@@ -215,7 +215,8 @@ bool CNuConSurf::MeetSpecially(const CNuConSurf& other, QuadricMeeting& meeting)
   } else if (IsOn(first, second.point, tol)) {
     meeting.AddLine(first.point, GeneratorNextTo(first, second.point));
   } else if (!meeting.AddSections(*this, {PlaneBetween(first, second)})) {
-    MeetOnCone(QuadricStage(first, second, first.point, tol), {false, false, true}, &CNuConSurf::Intersect, meeting);
+    MeetOnCone(QuadricStage(first, second, first.point, meeting), {false, false, true}, &CNuConSurf::Intersect,
+               meeting);
   }
   return true;
 }

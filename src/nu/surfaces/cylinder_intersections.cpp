@@ -56,8 +56,9 @@ void MeetOnCylinder(QuadricStage stage, bool isParallelToOther, Kernel kernel, Q
   const int count = (upright.*kernel)(stage.Quadric(), curve, ranges);
   stage.TakeCurve(curve);
   const auto branches =
-      isParallelToOther ? BranchesThroughInfinity(stage.pair, RootsOfSlope(curve[1], upright.GetRadius(), stage.tol))
-                        : BranchesOf(stage.pair, LowerEnds(ranges, count), {}, stage.tol);
+      isParallelToOther ? BranchesThroughInfinity(stage.pair, RootsOfSlope(curve[1], upright.GetRadius(), stage.tol),
+                                                  stage.tol, stage.reach)
+                        : BranchesOf(stage.pair, LowerEnds(ranges, count), {}, stage.tol, stage.reach);
   meeting.AddBranches(branches, stage.frame, stage.unit);
 }
 
@@ -89,12 +90,15 @@ void MeetCoaxialCone(const RoundQuadric& cylinder, const RoundQuadric& cone, Qua
   }
 }
 
-// On the smaller one, from where its axis is next to the other one.
-QuadricStage StageFor(const RoundQuadric& first, const RoundQuadric& second, double tol) {
+// On the smaller one, from where its axis is next to the other one. Axes that are nearly parallel come closest where no
+// part is, which is uncertain, too: no farther from their points than the place is known by.
+QuadricStage StageFor(const RoundQuadric& first, const RoundQuadric& second, const QuadricMeeting& meeting) {
+  constexpr double kFarthest = 100.0;  // times the larger radius
   const RoundQuadric& base = first.radius > second.radius ? second : first;
   const RoundQuadric& other = first.radius > second.radius ? first : second;
   const Approach approach = ClosestApproach(AxisOf(base), AxisOf(other), 0.0);
-  return QuadricStage(base, other, AxisOf(base).At(approach.alongFirst), tol);
+  const bool isNear = std::fabs(approach.alongFirst) <= kFarthest * other.radius;
+  return QuadricStage(base, other, AxisOf(base).At(isNear ? approach.alongFirst : 0.0), meeting);
 }
 
 }  // namespace
@@ -124,7 +128,7 @@ int CNuCylSurf::Meet(const CNuCylSurf& other, CNuObjArray* result) const {
   if (IsParallel(Norm(Cross(first.axis, second.axis)), NuGetDegreeTol())) {
     MeetParallel(first, second, meeting);
   } else if (!meeting.AddAroundCommonSphere(*this)) {
-    MeetOnCylinder(StageFor(first, second, meeting.Tol()), false, &CNuCylSurf::Intersect, meeting);
+    MeetOnCylinder(StageFor(first, second, meeting), false, &CNuCylSurf::Intersect, meeting);
   }
   return meeting.HandOverTo(result);
 }
@@ -138,7 +142,7 @@ int CNuCylSurf::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) con
   if (Norm(ball.point - foot) <= meeting.Tol()) {
     MeetCoaxialSphere(cylinder, ball, meeting);
   } else {
-    MeetOnCylinder(QuadricStage(cylinder, ball, foot, meeting.Tol()), false, &CNuCylSurf::Intersect, meeting);
+    MeetOnCylinder(QuadricStage(cylinder, ball, foot, meeting), false, &CNuCylSurf::Intersect, meeting);
   }
   return meeting.HandOverTo(result);
 }
@@ -158,12 +162,16 @@ int CNuCylSurf::IntersectWith(const CNuConSurf& other, CNuObjArray* result) cons
   }
   if (!isParallel && meeting.AddAroundCommonSphere(*this)) return meeting.HandOverTo(result);
   const bool isParallelToGenerator = AreSameAngles(angle, other.GetSemiAngle());
-  if (std::fabs(apexDistance - cylinder.radius) <= meeting.Tol()) {
-    if (isParallelToGenerator) meeting.AddLine(cone.point, cylinder.axis);
-    const QuadricStage stage(cone, cylinder, cone.point, meeting.Tol());
-    MeetOnCone(stage, {true, isParallelToGenerator}, &CNuConSurf::Intersect, meeting);
+  // Next to its apex the equation of a cone is of second order, and lost in its roundings: there the cone is the base.
+  constexpr double kNear = 1e-6;  // the square of which is well above rounding
+  const double apexOffset = std::fabs(apexDistance - cylinder.radius);
+  const bool isAtApex = apexOffset <= meeting.Tol();
+  if (isAtApex && isParallelToGenerator) meeting.AddLine(cone.point, cylinder.axis);
+  if (isAtApex || (apexOffset <= kNear * cylinder.radius && !isParallelToGenerator)) {
+    const QuadricStage stage(cone, cylinder, cone.point, meeting);
+    MeetOnCone(stage, {isAtApex, isAtApex && isParallelToGenerator}, &CNuConSurf::Intersect, meeting);
   } else {
-    const QuadricStage stage(cylinder, cone, foot, meeting.Tol());
+    const QuadricStage stage(cylinder, cone, foot, meeting);
     MeetOnCylinder(stage, isParallelToGenerator, &CNuCylSurf::Intersect, meeting);
   }
   return meeting.HandOverTo(result);

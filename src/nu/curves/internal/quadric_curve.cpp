@@ -6,9 +6,9 @@
 
 #include "nu/curves/internal/quadric_curve.h"
 
-#include <vector>
-
+#include "nu/curves/internal/quadric_equation.h"
 #include "nu/foundation/constants.h"
+#include "nu/geometry/internal/vec2.h"
 
 namespace nu::internal {
 
@@ -115,7 +115,7 @@ double QuadricCurve::RootAt(double v) const {
 
 // Of the two forms (root - h) / a = -c / (h + root) the second one is for roots that h takes away from the first; it
 // has the rounding of c.
-Vec3 QuadricCurve::RoughlyAt(double v) const {
+Vec3 QuadricCurve::OnPath(double v) const {
   const double u = path.AngleAt(v);
   const double h = pair.h.At(u);
   if (path.sheets == QuadricPath::Sheets::kThroughInfinity) return pair.On(u, -pair.c.At(u) / (2.0 * h));
@@ -131,17 +131,77 @@ Vec3 QuadricCurve::RoughlyAt(double v) const {
   return pair.On(u, cancels ? -pair.c.At(u) / (h + root) : (root - h) / a);
 }
 
+std::size_t QuadricCurve::StretchOf(double v) const {
+  const auto isBefore = [](double value, const QuadricNode& node) { return value < node.v; };
+  const auto next = std::upper_bound(nodes.begin() + 1, nodes.end() - 1, v, isBefore);
+  return static_cast<std::size_t>(next - nodes.begin()) - 1;
+}
+
+QuadricPlace QuadricCurve::PlaceAt(std::size_t stretch, double v) const {
+  const QuadricEquation equation(pair, path);
+  const QuadricNode& from = nodes[stretch];
+  const QuadricNode& to = nodes[stretch + 1];
+  const double share = (v - from.v) / (to.v - from.v);
+  if (from.chart == QuadricNode::Chart::kAcross) return PlaceAcross(from, to, share);
+  const double u = from.u + share * (to.u - from.u);
+  const double t = from.t + share * (to.t - from.t);
+  if (from.chart == QuadricNode::Chart::kAround) {
+    QuadricSpot spot;
+    return {u, equation.CrossingAt(u, from.sign, spot) ? spot.s / spot.c : t};
+  }
+  const double length = std::hypot(1.0, t);
+  const double lower = std::fmin(from.u, to.u) - from.width;
+  const double upper = std::fmax(from.u, to.u) + from.width;
+  return {equation.AngleAt(t / length, 1.0 / length, u, lower, upper), t};
+}
+
+QuadricPlace QuadricCurve::PlaceAcross(const QuadricNode& from, const QuadricNode& to, double share) const {
+  const QuadricEquation equation(pair, path);
+  const double scale = std::hypot(1.0, from.t);
+  const double x = to.u - from.u;
+  const double y = (to.t - from.t) / scale;
+  const double chord = std::hypot(x, y);
+  const auto tangentAt = [&](const QuadricNode& node) {
+    const double length = std::hypot(1.0, node.t);
+    const QuadricSpot spot{node.u, node.t / length, 1.0 / length};
+    const QuadricEquation::Jet k = equation.At(node.u);
+    const double du = equation.Slope(k.value, spot) * scale / (length * length);
+    const double dt = -equation.Value(k.slope, spot);
+    const double factor = std::copysign(chord / std::hypot(du, dt), du * x + dt * y);
+    return Vec2{factor * du, factor * dt};
+  };
+  const double rest = 1.0 - share;
+  const double reached = share * share * (1.0 + 2.0 * rest);
+  const Vec2 bend = share * rest * (rest * tangentAt(from) - share * tangentAt(to));
+  return {from.u + reached * x + bend.x, from.t + scale * (reached * y + bend.y)};
+}
+
+double QuadricCurve::LevelAt(double v) const {
+  return PlaceAt(StretchOf(v), v).t;
+}
+
 Vec3 QuadricCurve::At(double v) const {
-  return pair.OnBoth(RoughlyAt(AroundPath(path, v)));
+  const double around = AroundPath(path, v);
+  const std::size_t stretch = StretchOf(around);
+  if (nodes[stretch].chart == QuadricNode::Chart::kPath) return pair.OnBoth(OnPath(around));
+  const QuadricPlace place = PlaceAt(stretch, around);
+  return pair.OnBoth(pair.On(place.u, place.t));
+}
+
+void QuadricCurve::AddNodes() {
+  constexpr int kStretches = 96;
+  for (int i = 0; i <= kStretches; ++i) {
+    nodes.emplace_back().v = path.lower + i * ((path.upper - path.lower) / kStretches);
+  }
+  nodes.back().v = path.upper;
+  MeasureNodes();
+}
+
+void QuadricCurve::MeasureNodes() {
+  for (QuadricNode& node : nodes) node.point = At(node.v);
 }
 
 namespace {
-
-struct Sample {
-  double v = 0.0;
-  Vec3 point;
-  double distance = 0.0;
-};
 
 // The distances of a point from those of a curve. Between two samples nothing is nearer than an arc somewhat longer
 // than its chord lets it be.
@@ -149,53 +209,62 @@ class NearestPoint {
  public:
   NearestPoint(const QuadricCurve& curve, Vec3 p) : m_curve(curve), m_p(p) {}
 
-  double Distance() {
+  QuadricFoot Find() {
     SampleCurve();
     const std::size_t last = m_samples.size() - 1;
+    const bool isClosed = m_curve.path.closed;
+    const double wrap = m_curve.path.upper - m_curve.path.lower;
     for (std::size_t i = 0; i <= last; ++i) {
-      const Sample& before = m_samples[i > 0 ? i - 1 : (m_curve.path.closed ? last - 1 : 0)];
-      const Sample& after = m_samples[i < last ? i + 1 : (m_curve.path.closed ? 1 : last)];
-      if (m_samples[i].distance > before.distance || m_samples[i].distance > after.distance) continue;
-      const double wrap = m_curve.path.upper - m_curve.path.lower;
-      Descend(before.v > m_samples[i].v ? before.v - wrap : before.v,
-              after.v < m_samples[i].v ? after.v + wrap : after.v);
+      const QuadricFoot& before = m_samples[i > 0 ? i - 1 : (isClosed ? last - 1 : 0)];
+      const QuadricFoot& after = m_samples[i < last ? i + 1 : (isClosed ? 1 : last)];
+      const QuadricFoot& sample = m_samples[i];
+      if (sample.distance > before.distance || sample.distance > after.distance) continue;
+      if (!MayBeNearer(before, sample) && !MayBeNearer(sample, after)) continue;
+      Descend(before.v > sample.v ? before.v - wrap : before.v, after.v < sample.v ? after.v + wrap : after.v);
     }
     return m_best;
   }
 
  private:
-  static constexpr int kCoarse = 96;      // arcs to begin with
-  static constexpr int kHalvings = 10;    // of such an arc
+  static constexpr int kHalvings = 10;    // of a stretch between nodes
   static constexpr double kFine = 0.25;   // an arc that short, of its distance, is next to straight from there
   static constexpr double kBulge = 1.25;  // of an arc over its chord, halves of arcs being judged again
-  static constexpr int kMostSamples = 4000;
+  static constexpr std::size_t kMostSamples = 20000;
 
-  Sample At(double v) {
-    const Vec3 at = m_curve.At(v);
-    const double distance = Norm(at - m_p);
-    m_best = std::fmin(m_best, distance);
-    return {v, at, distance};
+  static double ArcOf(const QuadricFoot& first, const QuadricFoot& second) {
+    return kBulge * Norm(second.point - first.point);
   }
+
+  bool MayBeNearer(const QuadricFoot& first, const QuadricFoot& second) const {
+    return 0.5 * (first.distance + second.distance - ArcOf(first, second)) < m_best.distance;
+  }
+
+  QuadricFoot Taken(double v, Vec3 at) {
+    const QuadricFoot foot{v, at, Norm(at - m_p)};
+    if (foot.distance < m_best.distance) m_best = foot;
+    return foot;
+  }
+  QuadricFoot At(double v) { return Taken(v, m_curve.At(v)); }
 
   void SampleCurve() {
     const QuadricPath& path = m_curve.path;
-    std::vector<Sample> coarse;
-    for (int i = 0; i <= kCoarse; ++i) coarse.push_back(At(path.lower + i * ((path.upper - path.lower) / kCoarse)));
+    std::vector<QuadricFoot> coarse{At(path.lower)};
+    for (const QuadricNode& node : m_curve.nodes) {
+      if (node.v > path.lower && node.v < path.upper) coarse.push_back(Taken(node.v, node.point));
+    }
+    coarse.push_back(At(path.upper));
     m_samples.push_back(coarse.front());
-    for (int i = 1; i <= kCoarse; ++i) {
+    for (std::size_t i = 1; i < coarse.size(); ++i) {
       Halve(coarse[i - 1], coarse[i], kHalvings);
       m_samples.push_back(coarse[i]);
     }
   }
 
   // Adds the samples between two that may hide something nearer.
-  void Halve(const Sample& first, const Sample& second, int halvings) {
-    const double arc = kBulge * Norm(second.point - first.point);
-    const double nearer = std::fmin(first.distance, second.distance);
-    if (halvings == 0 || m_samples.size() > kMostSamples || !(arc > kFine * nearer) ||
-        !(0.5 * (first.distance + second.distance - arc) < m_best))
-      return;
-    const Sample between = At(0.5 * (first.v + second.v));
+  void Halve(const QuadricFoot& first, const QuadricFoot& second, int halvings) {
+    const bool isFine = !(ArcOf(first, second) > kFine * std::fmin(first.distance, second.distance));
+    if (halvings == 0 || m_samples.size() > kMostSamples || isFine || !MayBeNearer(first, second)) return;
+    const QuadricFoot between = At(0.5 * (first.v + second.v));
     Halve(first, between, halvings - 1);
     m_samples.push_back(between);
     Halve(between, second, halvings - 1);
@@ -205,8 +274,8 @@ class NearestPoint {
   void Descend(double left, double right) {
     constexpr double kGolden = 0.38196601125010515;  // (3 - sqrt 5) / 2
     constexpr int kSteps = 64;                       // to 1e-13 of the interval; the distance is stationary there
-    Sample first = At(left + kGolden * (right - left));
-    Sample second = At(right - kGolden * (right - left));
+    QuadricFoot first = At(left + kGolden * (right - left));
+    QuadricFoot second = At(right - kGolden * (right - left));
     for (int step = 0; step < kSteps; ++step) {
       if (first.distance < second.distance) {
         right = second.v;
@@ -222,14 +291,14 @@ class NearestPoint {
 
   const QuadricCurve& m_curve;
   Vec3 m_p;
-  double m_best = HUGE_VAL;
-  std::vector<Sample> m_samples;
+  QuadricFoot m_best;
+  std::vector<QuadricFoot> m_samples;
 };
 
 }  // namespace
 
-double QuadricCurve::DistanceTo(Vec3 p) const {
-  return NearestPoint(*this, p).Distance();
+QuadricFoot QuadricCurve::FootOf(Vec3 p) const {
+  return NearestPoint(*this, p).Find();
 }
 
 }  // namespace nu::internal

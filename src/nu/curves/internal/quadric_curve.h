@@ -1,6 +1,8 @@
 #ifndef NU_CURVES_INTERNAL_QUADRIC_CURVE_H
 #define NU_CURVES_INTERNAL_QUADRIC_CURVE_H
 
+#include <vector>
+
 #include "nu/curves/internal/round_quadric.h"
 
 // The curve in which a cylinder or cone, the base, meets another round quadric. The base stands upright: its axis is
@@ -15,6 +17,7 @@ struct Wave2 {
   double At(double u) const;
   // (f(u) - f(v)) / 2 sin((u - v) / 2), told by the middle of u and v and half their difference; nothing cancels.
   double Slope(double middle, double half) const;
+  Wave2 Derivative() const { return {0.0, s1, -c1, 2.0 * s2, -2.0 * c2}; }
   // No value is larger.
   double Bound() const { return std::fabs(c0) + std::fabs(c1) + std::fabs(s1) + std::fabs(c2) + std::fabs(s2); }
 
@@ -24,6 +27,10 @@ struct Wave2 {
   double c2 = 0.0;
   double s2 = 0.0;
 };
+
+inline Wave2 operator*(double f, const Wave2& wave) {
+  return {f * wave.c0, f * wave.c1, f * wave.s1, f * wave.c2, f * wave.s2};
+}
 
 struct QuadricPair {
   // The point t along the generator at the angle u.
@@ -71,16 +78,60 @@ struct QuadricPath {
   bool closed = true;
 };
 
+// The place t on the generator at u.
+struct QuadricPlace {
+  double u = 0.0;
+  double t = 0.0;
+};
+
+// Where a stretch of a curve begins that reaches to the next node, and the chart in which it is described.
+struct QuadricNode {
+  enum class Chart {
+    kPath,    // by the path
+    kAround,  // u grows evenly; of two crossings the one at which the quadratic in t rises (`sign` above 0) or falls
+    kAlong,   // t grows evenly; u stays as close as `width`
+    kAcross,  // through a double point, by the cubic that has the tangents at both ends
+  };
+  double v = 0.0;  // the parameter of the curve
+  double u = 0.0;
+  double t = 0.0;
+  Chart chart = Chart::kPath;
+  double sign = 1.0;
+  double width = 0.0;
+  Vec3 point;
+};
+
+// The point of a curve that is closest to another one.
+struct QuadricFoot {
+  double v = 0.0;
+  Vec3 point;
+  double distance = HUGE_VAL;
+};
+
 struct QuadricCurve {
   // h +- times the square root of the discriminant, with its sign along the path.
   double RootAt(double v) const;
-  Vec3 RoughlyAt(double v) const;
+  // On the path, before OnBoth.
+  Vec3 OnPath(double v) const;
+  // t on the generator, for a curve in charts around and along.
+  double LevelAt(double v) const;
   // v is taken around a closed curve, and to the nearest end of another one.
   Vec3 At(double v) const;
-  double DistanceTo(Vec3 p) const;
+  QuadricFoot FootOf(Vec3 p) const;
+
+  // Nodes for a curve that is described by its path.
+  void AddNodes();
+  // Their points.
+  void MeasureNodes();
 
   QuadricPair pair;
   QuadricPath path;
+  std::vector<QuadricNode> nodes;  // ascending in v, from the lower end or before it to the upper one or beyond
+
+ private:
+  std::size_t StretchOf(double v) const;
+  QuadricPlace PlaceAt(std::size_t stretch, double v) const;
+  QuadricPlace PlaceAcross(const QuadricNode& from, const QuadricNode& to, double share) const;
 };
 
 }  // namespace nu::internal

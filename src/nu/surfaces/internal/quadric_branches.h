@@ -17,15 +17,18 @@ struct QuadricBranches {
 // sign change between neighbours but one. `asymptotes` are those with a = 0 (all along: none). A generator that comes
 // within the tolerance of touching does touch.
 QuadricBranches BranchesOf(const QuadricPair& pair, const std::vector<double>& stationary,
-                           const std::vector<double>& asymptotes, double tol);
+                           const std::vector<double>& asymptotes, double tol, double reach);
 // With the apex of the base on the other quadric, so that c is taken as 0.
-QuadricBranches BranchesThroughApex(const QuadricPair& pair, const std::vector<double>& asymptotes, double tol);
+QuadricBranches BranchesThroughApex(const QuadricPair& pair, const std::vector<double>& asymptotes, double tol,
+                                    double reach);
 // The same for a base that has the generator at `commonLine`, with a = h = 0, in common with the other quadric; the
 // line itself is left out.
-QuadricBranches BranchesBesideLine(const QuadricPair& pair, const std::vector<double>& asymptotes, double commonLine);
+QuadricBranches BranchesBesideLine(const QuadricPair& pair, const std::vector<double>& asymptotes, double commonLine,
+                                   double tol, double reach);
 // With the generators of the base parallel to one of the other quadric, so that a is taken as 0; `asymptotes` are the
 // angles with h = 0.
-QuadricBranches BranchesThroughInfinity(const QuadricPair& pair, const std::vector<double>& asymptotes);
+QuadricBranches BranchesThroughInfinity(const QuadricPair& pair, const std::vector<double>& asymptotes, double tol,
+                                        double reach);
 
 }  // namespace nu::internal
 

@@ -215,7 +215,8 @@ void QuadricMeeting::AddBranches(const QuadricBranches& branches, const AxisFram
 }
 
 // A cylinder is taken at the point of its axis that is nearest to the origin.
-QuadricStage::QuadricStage(const RoundQuadric& base, const RoundQuadric& other, Vec3 origin, double meetingTol)
+QuadricStage::QuadricStage(const RoundQuadric& base, const RoundQuadric& other, Vec3 origin,
+                           const QuadricMeeting& meeting)
     : frame(AxisFrame::Along(origin, base.axis)) {
   pair.base = base;
   pair.base.point = {};
@@ -229,17 +230,36 @@ QuadricStage::QuadricStage(const RoundQuadric& base, const RoundQuadric& other, 
   unit = UnitFor(std::max({base.radius, other.radius, Norm(pair.other.point)}));
   pair.base = InUnit(pair.base, unit);
   pair.other = InUnit(pair.other, unit);
-  tol = CoincidenceTol(meetingTol, LargestComponent(origin)) / unit;
+  tol = CoincidenceTol(meeting.Tol(), LargestComponent(origin)) / unit;
+  constexpr double kLeastReach = 1000.0;            // of the size of both surfaces
+  constexpr double kMostReach = 1.0 / DBL_EPSILON;  // where their distance is lost beside the coordinates
+  reach = std::fmin(std::fmax(kLeastReach, meeting.LargestPart() / unit), kMostReach);
 }
 
+// With w = p - point the surface is |w|^2 - r^2, |w x d|^2 - r^2 or |w x d|^2 cos^2 a - (w d)^2 sin^2 a = 0. The
+// squares of d across a coordinate axis are added up: what is left of 1 beside an axis that is nearly parallel is lost.
 CNuMatrix QuadricStage::Quadric() const {
   const RoundQuadric& other = pair.other;
-  const CNuPoint point = ToPoint(other.point);
-  const double radius = std::max(other.radius, DBL_MIN);  // one that vanishes beside the other surface
-  if (other.kind == RoundQuadric::Kind::kSphere) return CNuSphSurf(radius, point).ToAlgebraicForm();
-  const CNuVector axis = ToVector(other.axis);
-  if (other.kind == RoundQuadric::Kind::kCylinder) return CNuCylSurf(radius, point, axis).ToAlgebraicForm();
-  return CNuConSurf(SemiAngleOf(other), point, axis).ToAlgebraicForm();
+  const bool isCone = other.kind == RoundQuadric::Kind::kCone;
+  const double across = isCone ? other.cosine * other.cosine : 1.0;
+  const double along = isCone ? other.sine * other.sine : 0.0;
+  const double d[] = {other.axis.x, other.axis.y, other.axis.z};
+  const double p[] = {other.point.x, other.point.y, other.point.z};
+  CNuMatrix q(4, 4);
+  double constant = -other.radius * other.radius;
+  for (int i = 0; i < 3; ++i) {
+    double linear = 0.0;
+    for (int k = 0; k < 3; ++k) {
+      const double square = d[(i + 1) % 3] * d[(i + 1) % 3] + d[(i + 2) % 3] * d[(i + 2) % 3];
+      const double onAxis = other.kind == RoundQuadric::Kind::kSphere ? 1.0 : square * across - d[i] * d[i] * along;
+      q.Element(i, k) = k == i ? onAxis : -d[i] * d[k] * (across + along);
+      linear -= q.Element(i, k) * p[k];
+    }
+    q.Element(i, 3) = q.Element(3, i) = linear;
+    constant -= linear * p[i];
+  }
+  q.Element(3, 3) = constant;
+  return q;
 }
 
 void QuadricStage::TakeCurve(const CNuTriagPolynomial* curve) {
@@ -343,15 +363,15 @@ void MeetOnCone(QuadricStage stage, const ConeContact& contact, ConeKernel kerne
   std::vector<double> asymptotes(angles, angles + simple + twofold);
   QuadricBranches branches;
   if (contact.atInfinity) {
-    branches = BranchesThroughInfinity(pair, RootsOf(curve[1]));
+    branches = BranchesThroughInfinity(pair, RootsOf(curve[1]), stage.tol, stage.reach);
   } else if (contact.alongGenerator) {
     const double common = AngleOfCommon(pair.other);
     if (pair.other.kind == RoundQuadric::Kind::kCone) Remove(common, asymptotes);
-    branches = BranchesBesideLine(pair, asymptotes, common);
+    branches = BranchesBesideLine(pair, asymptotes, common, stage.tol, stage.reach);
   } else if (contact.atApex || apexSide == 0) {
-    branches = BranchesThroughApex(pair, asymptotes, stage.tol);
+    branches = BranchesThroughApex(pair, asymptotes, stage.tol, stage.reach);
   } else {
-    branches = BranchesOf(pair, LowerEnds(ranges, count), asymptotes, stage.tol);
+    branches = BranchesOf(pair, LowerEnds(ranges, count), asymptotes, stage.tol, stage.reach);
   }
   meeting.AddBranches(branches, stage.frame, stage.unit);
 }

@@ -1,8 +1,11 @@
 #ifndef NU_SURFACES_INTERNAL_QUADRIC_MEETING_H
 #define NU_SURFACES_INTERNAL_QUADRIC_MEETING_H
 
+#include <cfloat>
+
 #include "nu/foundation/internal/new_objects.h"
 #include "nu/foundation/interval.h"
+#include "nu/foundation/tolerances.h"
 #include "nu/geometry/internal/axis_frame.h"
 #include "nu/linalg/matrix.h"
 #include "nu/numerics/triag_polynomial.h"
@@ -30,6 +33,8 @@ class QuadricMeeting {
   const RoundQuadric& Second() const { return m_second; }
   // How close surfaces that touch come.
   double Tol() const { return m_tol; }
+  // The size of a part whose coordinates are known to the length tolerance.
+  double LargestPart() const { return NuGetLengthTol() / DBL_EPSILON / m_unit; }
 
   void AddPoint(Vec3 p);
   // On both at the point and far from it on either side, where an uncertain direction shows.
@@ -63,7 +68,7 @@ class QuadricMeeting {
 
 // A base on whose generators the other surface is met, in its own upright frame and a unit of the size of both there.
 struct QuadricStage {
-  QuadricStage(const RoundQuadric& base, const RoundQuadric& other, Vec3 origin, double tol);
+  QuadricStage(const RoundQuadric& base, const RoundQuadric& other, Vec3 origin, const QuadricMeeting& meeting);
 
   // The other surface's matrix.
   CNuMatrix Quadric() const;
@@ -72,6 +77,7 @@ struct QuadricStage {
   AxisFrame frame;
   double unit = 1.0;
   double tol = 0.0;
+  double reach = 0.0;  // of the branches that go to infinity
   QuadricPair pair;
 };
 

@@ -1,0 +1,528 @@
+// Follows g(u, w) = 0 in the (u, w) plane, by steps that are proven. On a box around a point of the curve, l wide in
+// the angle of the step and m in the other one, the derivatives of g are within bounds that Taylor's formula gives. If
+// the one across the step keeps its sign there, and the slope of the curve times l is at most m, then the curve runs
+// through the box from end to end, and nothing else of it is inside: no strand is missed, taken for another one, or
+// left. A step is halved until that holds, and the next one is tried twice as long.
+//
+// Steps go around (in u) or along the generators (in w), wherever g varies more with the other angle. So a stretch
+// along a generator that both surfaces nearly share is as good as any other, however narrow it is in u.
+
+#include "nu/surfaces/internal/quadric_trace.h"
+
+#include <cfloat>
+
+#include "nu/curves/internal/quadric_equation.h"
+#include "nu/foundation/constants.h"
+
+namespace nu::internal {
+
+namespace {
+
+using Chart = QuadricNode::Chart;
+using Factors = QuadricEquation::Factors;
+
+double LevelOf(const QuadricSpot& spot) {
+  return spot.s / spot.c;
+}
+
+// The turn from one direction to another, as lines, in (-pi/2, pi/2].
+double TurnBetween(const QuadricSpot& from, const QuadricSpot& to) {
+  const double sine = to.s * from.c - to.c * from.s;
+  const double cosine = to.c * from.c + to.s * from.s;
+  return std::atan2(cosine < 0.0 ? -sine : sine, std::fabs(cosine));
+}
+
+// One step of the curve, proven.
+struct Step {
+  Chart chart = Chart::kAround;
+  double sign = 1.0;    // of the derivative of g by w
+  double length = 0.0;  // signed
+  double width = 0.0;   // the other angle stays so close
+  bool toInfinity = false;
+  QuadricSpot from;
+  QuadricSpot to;
+};
+
+class Tracer {
+ public:
+  // No step is shorter than `shortest`.
+  Tracer(const QuadricPair& pair, const QuadricTask& task, const std::vector<QuadricPlace>& nodes, double shortest)
+      : m_pair(pair),
+        m_path(task.path),
+        m_equation(m_pair, m_path),
+        m_bounds(m_equation.Bounds()),
+        m_sizes(m_equation.Sizes()),
+        m_nodes(nodes),
+        m_asymptotes(task.asymptotes),
+        m_reach(task.reach),
+        m_shortest(shortest) {
+    for (const QuadricSeed& seed : task.seeds) {
+      QuadricSpot spot;
+      if (m_equation.CrossingAt(seed.u, seed.sign, spot)) m_seeds.push_back({spot, false});
+    }
+  }
+
+  bool Trace() {
+    for (std::size_t i = 0; i < m_seeds.size(); ++i) {
+      if (m_seeds[i].isDone) continue;
+      m_seeds[i].isDone = true;
+      if (!TraceFrom(m_seeds[i].spot)) return false;
+    }
+    return true;
+  }
+
+  std::vector<QuadricCurve> Take() { return std::move(m_curves); }
+  // Where no step was found.
+  QuadricPlace End() const {
+    const QuadricSpot& at = m_steps.empty() ? m_from : m_steps.back().to;
+    return {at.u, LevelOf(at)};
+  }
+
+ private:
+  struct Seed {
+    QuadricSpot spot;
+    bool isDone = false;
+  };
+
+  enum class Ending { kClosed, kFarOut, kFailed };
+
+  // Around a component until it comes back to where it began. Beyond the reach, where a step is lost in the roundings,
+  // it ends; then it is followed from its beginning the other way, too.
+  bool TraceFrom(const QuadricSpot& seed) {
+    m_steps.clear();
+    Ending ending = Follow(seed, 1.0);
+    if (ending == Ending::kFarOut) {
+      std::vector<Step> forth;
+      forth.swap(m_steps);
+      ending = Follow(seed, -1.0);
+      if (ending != Ending::kFarOut) return false;
+      for (Step& step : m_steps) Reverse(step);
+      std::reverse(m_steps.begin(), m_steps.end());
+      m_steps.insert(m_steps.end(), forth.begin(), forth.end());
+      m_steps.emplace_back().toInfinity = true;
+    }
+    return ending != Ending::kFailed && Split();
+  }
+
+  static void Reverse(Step& step) {
+    std::swap(step.from, step.to);
+    step.length = -step.length;
+    step.width *= 2.0;
+  }
+
+  Ending Follow(const QuadricSpot& seed, double side) {
+    constexpr std::size_t kMostSteps = 20000;
+    m_from = seed;
+    m_side = side;
+    QuadricSpot at = seed;
+    double length = kLongestStep;
+    while (m_steps.size() < kMostSteps) {
+      Step step;
+      if (!FindStepAcross(at, step) && !FindStep(at, 2.0 * length, step)) {
+        return std::fabs(LevelOf(at)) >= m_reach ? Ending::kFarOut : Ending::kFailed;
+      }
+      length = std::fabs(step.length);
+      if (step.chart == Chart::kAcross) m_side = -m_side;
+      for (Seed& other : m_seeds) other.isDone = other.isDone || Passes(step, other.spot);
+      const bool isClosing = Passes(step, seed);
+      if (isClosing) step.to = {seed.u + Nu_2PI * std::round((step.from.u - seed.u) / Nu_2PI), seed.s, seed.c};
+      m_steps.push_back(step);
+      at = step.to;
+      if (isClosing) return Ending::kClosed;
+    }
+    return Ending::kFailed;
+  }
+
+  // Whether a point of the curve is on a step, its start apart.
+  static bool Passes(const Step& step, const QuadricSpot& spot) {
+    constexpr double kSlack = 1e-12;  // of angles, and of t, that are known to some roundings
+    if (step.chart == Chart::kAcross) return false;
+    const double around = std::remainder(spot.u - step.from.u, Nu_2PI);
+    const double along = TurnBetween(step.from, spot);
+    const double onto = step.chart == Chart::kAround ? around : along;
+    const double across = step.chart == Chart::kAround ? along : around;
+    const double share = step.length < 0.0 ? -onto : onto;
+    const double slackAlong = kSlack * std::fabs(spot.c);
+    const double slack = step.chart == Chart::kAround ? kSlack : slackAlong;
+    const double slackAcross = step.chart == Chart::kAround ? slackAlong : kSlack;
+    const bool isPassed = share > slack && share <= std::fabs(step.length) + slack;
+    return isPassed && std::fabs(across) <= step.width + slackAcross;
+  }
+
+  // u is known to the rounding of a full turn, t to its own: far out, steps around lose places and those along the
+  // generators are taken, unless they get nowhere.
+  bool FindStep(const QuadricSpot& at, double longest, Step& step) const {
+    constexpr double kLoss = 32.0;
+    constexpr double kLeastGrowth = 0.05;
+    const QuadricEquation::Jet k = m_equation.At(at.u);
+    const double byU = std::fabs(m_equation.Value(k.slope, at));
+    const double byW = std::fabs(m_equation.Slope(k.value, at));
+    const double scale = std::fabs(at.c);
+    const bool isFlat = byW >= byU;
+    if (scale * m_reach <= 1.0 && !TellsStrandsApart(isFlat ? byW : byU, isFlat, k, at)) return false;
+    if (isFlat && kLoss * scale * byW < byU && scale * m_reach > 1.0) {
+      if (FindStepIn(Chart::kAlong, k, at, longest, step) && std::fabs(step.length) >= kLeastGrowth * scale)
+        return true;
+    }
+    const Chart first = isFlat ? Chart::kAround : Chart::kAlong;
+    const Chart second = isFlat ? Chart::kAlong : Chart::kAround;
+    return FindStepIn(first, k, at, longest, step) || FindStepIn(second, k, at, longest, step);
+  }
+
+  // Whether g between this strand and a next one, up to half the square of its slope over its bend, is above rounding.
+  bool TellsStrandsApart(double slope, bool isAlongW, const QuadricEquation::Jet& k, const QuadricSpot& at) const {
+    constexpr double kRoundings = 64.0;
+    const double rounding =
+        kRoundings * DBL_EPSILON * m_equation.Value(m_sizes, {at.u, std::fabs(at.s), std::fabs(at.c)});
+    const double bend = isAlongW ? m_equation.Bend(k.value) : BendsNear(at, 0.0).byUU;
+    return slope * slope > 2.0 * bend * rounding;
+  }
+
+  bool FindStepIn(Chart chart, const QuadricEquation::Jet& k, const QuadricSpot& at, double longest, Step& step) const {
+    const double byU = m_equation.Value(k.slope, at);
+    const double byW = m_equation.Slope(k.value, at);
+    const double shortest = m_shortest * (chart == Chart::kAlong ? std::fabs(at.c) : 1.0);
+    step.chart = chart;
+    step.sign = byW;
+    step.from = at;
+    // The curve is followed in the direction (dg/dw, -dg/du), or against it behind a double point.
+    const double side = m_side * (chart == Chart::kAround ? byW : -byU) < 0.0 ? -1.0 : 1.0;
+    for (double length = std::fmin(longest, kLongestStep); length > shortest; length *= 0.5) {
+      step.width = WidthOf(k, at, chart, length);
+      step.length = side * length;
+      if (step.width >= 0.0 && GoTo(step)) return true;
+    }
+    return false;
+  }
+
+  // Straight on through a double point that is next to the place: from there to opposite it.
+  bool FindStepAcross(const QuadricSpot& at, Step& step) const {
+    if (!m_steps.empty() && m_steps.back().chart == Chart::kAcross) return false;
+    for (const QuadricPlace& node : m_nodes) {
+      const double x = std::remainder(at.u - node.u, Nu_2PI);
+      const double y = (LevelOf(at) - node.t) / std::hypot(1.0, node.t);
+      if (!(std::hypot(x, y) < kNearNode)) continue;
+      const QuadricEquation::Jet k = m_equation.At(at.u);
+      const double byU = m_equation.Value(k.slope, at);
+      const double byW = m_equation.Slope(k.value, at);
+      const double opposite = 2.0 * node.t - LevelOf(at);
+      const double length = std::hypot(1.0, opposite);
+      step = {Chart::kAcross, 1.0, std::hypot(x, y), 0.0, false, at, {at.u - 2.0 * x, opposite / length, 1.0 / length}};
+      if (std::fabs(at.c * byW) >= std::fabs(byU)) {
+        if (!m_equation.CrossingAt(step.to.u, -byW, step.to)) return false;
+        if (step.to.c < 0.0) step.to.s = -step.to.s, step.to.c = -step.to.c;
+      } else {
+        step.to.u = m_equation.AngleAt(step.to.s, step.to.c, step.to.u, step.to.u - 0.5 * kNearNode,
+                                       step.to.u + 0.5 * kNearNode);
+      }
+      const double missed = (LevelOf(step.to) - opposite) / std::hypot(1.0, node.t);
+      return std::hypot(missed, step.to.u - (at.u - 2.0 * x)) < 0.5 * kNearNode;
+    }
+    return false;
+  }
+
+  // How far the curve may leave its start in the other angle over a step; negative where nothing is proven.
+  double WidthOf(const QuadricEquation::Jet& k, const QuadricSpot& at, Chart chart, double length) const {
+    constexpr int kTries = 4;
+    const bool isAround = chart == Chart::kAround;
+    const double byU = std::fabs(m_equation.Value(k.slope, at));
+    const double byW = std::fabs(m_equation.Slope(k.value, at));
+    const double mixed = std::fabs(m_equation.Slope(k.slope, at));
+    const double bend = m_equation.Bend(k.value);
+    const double bendSlope = m_equation.Bend(k.slope);
+    const double main = isAround ? byW : byU;
+    const double other = isAround ? byU : byW;
+    // With du and dt / t the curve turns as it does in space, which does not matter beyond the reach.
+    const double scale = std::fabs(at.c) * m_reach > 1.0 ? std::fabs(at.c) : 1.0;
+    const auto isStraight = [&](double change) { return change <= std::fmax(byU, scale * byW); };
+    double width = 2.0 * length * other / main;
+    for (int i = 0; i < kTries; ++i) {
+      const double x = isAround ? length : width;
+      const double y = isAround ? width : length;
+      const Bends bends = BendsNear(at, y);
+      const double moreByU = x * bends.byUU + y * mixed + 0.5 * y * y * bendSlope;
+      const double moreByW =
+          x * mixed + 0.5 * x * x * bends.byUUW + y * (bend + x * bendSlope + 0.5 * x * x * bends.byUUWW);
+      const double moreMain = isAround ? moreByW : moreByU;
+      const double moreOther = isAround ? moreByU : moreByW;
+      if (!(moreMain <= kMostChange * main) || !isStraight(isAround ? moreByU : scale * moreByW)) return -1.0;
+      const double needed = length * (other + moreOther) / (main - moreMain);
+      if (needed <= width) return width;
+      width = 2.0 * needed;
+    }
+    return -1.0;
+  }
+
+  // No derivatives of g are larger so close to a place, in w.
+  struct Bends {
+    double byUU = 0.0;
+    double byUUW = 0.0;
+    double byUUWW = 0.0;
+  };
+  Bends BendsNear(const QuadricSpot& at, double y) const {
+    const double s = std::fmin(1.0, std::fabs(at.s) + y);
+    const double c = std::fmin(1.0, std::fabs(at.c) + y);
+    const Factors& k = m_bounds;
+    if (!m_equation.IsQuadratic()) return {k.a * s + k.c * c, k.a * c + k.c * s, k.a * s + k.c * c};
+    return {k.a * s * s + 2.0 * k.h * s * c + k.c * c * c, 2.0 * ((k.a + k.c) * s * c + k.h),
+            2.0 * (k.a + k.c + 2.0 * k.h)};
+  }
+
+  // The end of a proven step; false for one that comes too far out or in at once.
+  bool GoTo(Step& step) const {
+    const QuadricSpot& from = step.from;
+    if (step.chart == Chart::kAround) {
+      if (!m_equation.CrossingAt(from.u + step.length, step.sign, step.to)) return false;
+    } else {
+      const double sine = std::sin(step.length);
+      const double cosine = std::cos(step.length);
+      step.to = {from.u, from.s * cosine + from.c * sine, from.c * cosine - from.s * sine};
+      step.to.u = m_equation.AngleAt(step.to.s, step.to.c, from.u, from.u - step.width, from.u + step.width);
+    }
+    if (step.to.s * from.s + step.to.c * from.c < 0.0) step.to.s = -step.to.s, step.to.c = -step.to.c;
+    step.toInfinity = IsThroughInfinity(step);
+    const double before = std::fabs(LevelOf(from));
+    const double after = std::fabs(LevelOf(step.to));
+    if (step.toInfinity || std::fmin(before, after) >= m_reach) return std::fmin(before, after) >= m_reach;
+    const double nearer = std::fmax(1.0, std::fmin(before, after));
+    return std::fmax(before, after) <= kMostGrowth * nearer;
+  }
+
+  // Whether the curve passes cos w = 0, or comes so close to it that this is rounding.
+  bool IsThroughInfinity(const Step& step) const {
+    constexpr double kVanishing = DBL_EPSILON;
+    constexpr int kSteps = 40;
+    if (step.from.c * step.to.c <= 0.0 || PassesAsymptote(step)) return true;
+    if (step.chart == Chart::kAlong || std::fmax(std::fabs(step.from.c), std::fabs(step.to.c)) * m_reach > 1.0)
+      return false;
+    double left = 0.0;
+    double right = step.length;
+    const auto at = [&](double x) {
+      QuadricSpot spot;
+      if (!m_equation.CrossingAt(step.from.u + x, step.sign, spot)) return 0.0;
+      const double c = spot.s * step.from.s + spot.c * step.from.c < 0.0 ? -spot.c : spot.c;
+      return step.from.c < 0.0 ? -c : c;
+    };
+    for (int i = 0; i < kSteps; ++i) {
+      const double first = left + (right - left) / 3.0;
+      const double second = right - (right - left) / 3.0;
+      if (at(first) < at(second)) {
+        right = second;
+      } else {
+        left = first;
+      }
+    }
+    return at(0.5 * (left + right)) <= kVanishing;
+  }
+
+  // Far out, a crossing that goes to infinity there, if only to rounding.
+  bool PassesAsymptote(const Step& step) const {
+    if (std::fmin(std::fabs(LevelOf(step.from)), std::fabs(LevelOf(step.to))) < m_reach) return false;
+    const double middle = 0.5 * (step.from.u + step.to.u);
+    const double half = 0.5 * std::fabs(step.to.u - step.from.u);
+    return std::any_of(m_asymptotes.begin(), m_asymptotes.end(),
+                       [&](double u) { return std::fabs(std::remainder(u - middle, Nu_2PI)) <= half; });
+  }
+
+  // The component between its passages through infinity.
+  bool Split() {
+    const std::size_t count = m_steps.size();
+    std::size_t gap = 0;
+    while (gap < count && !m_steps[gap].toInfinity) ++gap;
+    if (gap == count) {
+      AddCurve(0, count, true);
+      return true;
+    }
+    for (std::size_t first = gap + 1; first <= gap + count;) {
+      std::size_t last = first;
+      while (!m_steps[last % count].toInfinity) ++last;
+      if (last > first) AddCurve(first, last, false);
+      first = last + 1;
+    }
+    return true;
+  }
+
+  void AddCurve(std::size_t first, std::size_t last, bool isClosed) {
+    QuadricCurve curve{m_pair, m_path, {}};
+    curve.path.closed = isClosed;
+    double v = 0.0;
+    double turned = 0.0;
+    for (std::size_t i = first; i < last; ++i) {
+      const Step& step = m_steps[i % m_steps.size()];
+      if (i > first) turned += m_steps[(i - 1) % m_steps.size()].to.u - step.from.u;
+      const double t = LevelOf(step.from);
+      curve.nodes.push_back({v, step.from.u + turned, t, step.chart, step.sign, step.width, {}});
+      v += std::hypot(step.to.u - step.from.u, std::asinh(LevelOf(step.to)) - std::asinh(t));
+    }
+    const Step& end = m_steps[(last - 1) % m_steps.size()];
+    curve.nodes.push_back({v, end.to.u + turned, LevelOf(end.to), Chart::kAround, 1.0, 0.0, {}});
+    curve.path.lower = 0.0;
+    curve.path.upper = v;
+    if (isClosed) ScaleToTurns(curve);
+    if (!isClosed) CutAtReach(curve);
+    if (!(curve.path.lower < curve.path.upper)) return;
+    curve.MeasureNodes();
+    m_curves.push_back(std::move(curve));
+  }
+
+  // One turn, or two for a curve through a double point of its own.
+  void ScaleToTurns(QuadricCurve& curve) const {
+    bool isTwofold = false;
+    for (const QuadricPlace& node : m_nodes) {
+      int passes = 0;
+      for (const QuadricNode& stretch : curve.nodes) {
+        const double x = std::remainder(stretch.u - node.u, Nu_2PI);
+        const double y = (stretch.t - node.t) / std::hypot(1.0, node.t);
+        if (stretch.chart == Chart::kAcross && std::hypot(x, y) < kNearNode) ++passes;
+      }
+      isTwofold = isTwofold || passes > 1;
+    }
+    const double turns = isTwofold ? 2.0 * Nu_2PI : Nu_2PI;
+    const double length = curve.path.upper;
+    for (QuadricNode& node : curve.nodes) node.v = turns * (node.v / length);
+    curve.nodes.back().v = turns;
+    curve.path.upper = turns;
+  }
+
+  // A branch all of which is farther away gets a reach of its own.
+  void CutAtReach(QuadricCurve& curve) const {
+    double nearest = HUGE_VAL;
+    for (const QuadricNode& node : curve.nodes) nearest = std::fmin(nearest, std::fabs(node.t));
+    const double reach = nearest < m_reach ? m_reach : kOwnReach * nearest;
+    const auto isInside = [reach](const QuadricNode& node) { return std::fabs(node.t) <= reach; };
+    std::vector<QuadricNode>& nodes = curve.nodes;
+    std::size_t first = 0;
+    while (first + 2 < nodes.size() && !isInside(nodes[first + 1])) ++first;
+    std::size_t last = nodes.size() - 1;
+    while (last > first + 1 && !isInside(nodes[last - 1])) --last;
+    nodes = std::vector<QuadricNode>(nodes.begin() + static_cast<std::ptrdiff_t>(first),
+                                     nodes.begin() + static_cast<std::ptrdiff_t>(last + 1));
+    curve.path.lower = EndAt(curve, reach, nodes[1].v, nodes.front().v);
+    curve.path.upper = EndAt(curve, reach, nodes[nodes.size() - 2].v, nodes.back().v);
+  }
+
+  static double EndAt(const QuadricCurve& curve, double reach, double inside, double outside) {
+    constexpr int kHalvings = 50;
+    const auto levelAt = [&](double v) { return std::fabs(curve.LevelAt(v)); };
+    if (levelAt(outside) <= reach) return outside;
+    for (int i = 0; i < kHalvings; ++i) {
+      const double middle = 0.5 * (inside + outside);
+      (levelAt(middle) <= reach ? inside : outside) = middle;
+    }
+    return inside;
+  }
+
+  static constexpr double kLongestStep = 0.25;
+  static constexpr double kMostChange = 0.5;  // of the derivative across a step
+  static constexpr double kMostGrowth = 4.0;  // of t over a step beyond 1
+  static constexpr double kOwnReach = 1000.0;
+  static constexpr double kNearNode = 3e-4;  // over twice that, a cubic has no error left
+
+  const QuadricPair& m_pair;
+  const QuadricPath& m_path;
+  QuadricEquation m_equation;
+  Factors m_bounds;
+  Factors m_sizes;
+  const std::vector<QuadricPlace>& m_nodes;
+  const std::vector<double>& m_asymptotes;
+  double m_reach;
+  double m_shortest;
+  double m_side = 1.0;
+  QuadricSpot m_from;
+  std::vector<Seed> m_seeds;
+  std::vector<Step> m_steps;
+  std::vector<QuadricCurve> m_curves;
+};
+
+// The equation f(u, t) = a t^2 + 2 b t + c of all crossings, or of a single sheet, 2 b t + c.
+struct PlaneEquation {
+  PlaneEquation(const QuadricPair& pair, const QuadricPath& path) : waves{pair.a, pair.h, pair.c} {
+    if (path.sheets == QuadricPath::Sheets::kBoth) return;
+    const bool throughApex = path.sheets == QuadricPath::Sheets::kThroughApex;
+    waves[0] = {};
+    waves[1] = throughApex ? 0.5 * pair.a : pair.h;
+    waves[2] = throughApex ? 2.0 * pair.h : pair.c;
+  }
+  static double Of(const Wave2* waves, QuadricPlace at) {
+    return (waves[0].At(at.u) * at.t + 2.0 * waves[1].At(at.u)) * at.t + waves[2].At(at.u);
+  }
+
+  Wave2 waves[3];
+};
+
+// The double point, but for the tolerance, next to a place, where f is stationary in u and t: by Newton's method.
+std::optional<QuadricPlace> NodeNextTo(const QuadricTask& task, QuadricPlace place) {
+  constexpr int kSteps = 10;
+  constexpr double kNear = 0.01;
+  constexpr double kShares = 4.0;  // of both surfaces, as they move
+  if (task.path.hasCommonLine) return std::nullopt;
+  const PlaneEquation f(task.pair, task.path);
+  const Wave2* w = f.waves;
+  const Wave2 slopes[] = {w[0].Derivative(), w[1].Derivative(), w[2].Derivative()};
+  const Wave2 bends[] = {slopes[0].Derivative(), slopes[1].Derivative(), slopes[2].Derivative()};
+  QuadricPlace at = place;
+  double determinant = 0.0;
+  for (int step = 0; step < kSteps; ++step) {
+    const double a = w[0].At(at.u);
+    const double byT = a * at.t + w[1].At(at.u);
+    const double byU = 0.5 * PlaneEquation::Of(slopes, at);
+    const double mixed = slopes[0].At(at.u) * at.t + slopes[1].At(at.u);
+    const double byUU = 0.5 * PlaneEquation::Of(bends, at);
+    determinant = mixed * mixed - a * byUU;
+    at.u -= (mixed * byT - a * byU) / determinant;
+    at.t -= (mixed * byU - byUU * byT) / determinant;
+  }
+  const double size = std::hypot(1.0, place.t);
+  if (!(determinant > 0.0) || !(std::hypot(at.u - place.u, (at.t - place.t) / size) <= kNear)) return std::nullopt;
+  const Vec3 p = task.pair.On(at.u, at.t);
+  const double distance = std::fabs(task.pair.other.OffsetOf(p).distance);
+  if (!(distance <= kShares * CoincidenceTol(task.tol, LargestComponent(p)))) return std::nullopt;
+  return at;
+}
+
+// The pair with the other surface moved, within its tolerance, so that it touches at the nodes.
+QuadricPair TouchingAt(const std::vector<QuadricPlace>& nodes, const QuadricTask& task) {
+  QuadricPair pair = task.pair;
+  if (nodes.empty()) return pair;
+  const PlaneEquation f(task.pair, task.path);
+  double sum = 0.0;
+  for (const QuadricPlace& node : nodes) sum += PlaneEquation::Of(f.waves, node);
+  const double shift = sum / static_cast<double>(nodes.size());
+  if (task.path.sheets == QuadricPath::Sheets::kThroughApex) {
+    pair.h.c0 -= 0.5 * shift;
+  } else {
+    pair.c.c0 -= shift;
+  }
+  return pair;
+}
+
+}  // namespace
+
+// A curve that asks for short steps may have a double point there, to the tolerance.
+std::optional<std::vector<QuadricCurve>> TraceBranches(const QuadricTask& task) {
+  constexpr int kTries = 8;
+  constexpr double kSuspicious = 1e-7;
+  constexpr double kShortest = 1e-13;  // a curve that asks for less is singular to rounding
+  std::vector<QuadricPlace> nodes;
+  const auto add = [&](QuadricPlace at) {
+    const std::optional<QuadricPlace> node = NodeNextTo(task, at);
+    const bool isNew = node && std::none_of(nodes.begin(), nodes.end(), [&](const QuadricPlace& known) {
+                         const double x = std::remainder(known.u - node->u, Nu_2PI);
+                         return std::hypot(x, (known.t - node->t) / std::hypot(1.0, known.t)) < kSuspicious;
+                       });
+    if (isNew) nodes.push_back(*node);
+    return isNew;
+  };
+  for (const double u : task.contacts) add({u, -task.pair.h.At(u) / task.pair.a.At(u)});
+  double shortest = kSuspicious;
+  for (int i = 0; i < kTries; ++i) {
+    const QuadricPair pair = TouchingAt(nodes, task);
+    Tracer tracer(pair, task, nodes, shortest);
+    if (tracer.Trace()) return tracer.Take();
+    if (shortest == kShortest) break;
+    if (!add(tracer.End())) shortest = kShortest;
+  }
+  return std::nullopt;
+}
+
+}  // namespace nu::internal
