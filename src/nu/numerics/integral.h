@@ -22,8 +22,9 @@ class NU_EXPORT CNuIntegral : public CNuNumericalAnalysis {
   // f or its slope jumps once they are found; panels at singular places go to the double-exponential rule (A. S.
   // Kronrod, 1965; H. Takahasi, M. Mori, 1974). At least 1958 samples are taken, neighbours no farther apart than
   // 1/1200 of the interval, towards both ends at distances that fall to the resolution of double. A bell-shaped peak is
-  // found down to a width of 1/5000, one that ends abruptly down to 1/1000, a narrower one by luck. A singularity at c
-  // other than 0 is approached to the resolution of double, 1e-16 |c|; shift it to 0 for more.
+  // found down to a width of 1/5000, one that ends abruptly down to 1/1000, a narrower one by luck. At a
+  // singularity at c other than 0 distances are known to 1e-16 |c|; the integral is extrapolated there (P. Wynn, 1956),
+  // of inverse roots to about 1e-10, of stronger singularities to less. Shift it to 0 for more.
   //
   // f is null, or f, a, b or the integral is not finite: CNuOperationException cause 43, "operation". The tolerance is
   // not reached within maxIter levels of refinement, of up to three halvings and on average 262144 samples each (5.2

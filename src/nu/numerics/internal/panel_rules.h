@@ -62,6 +62,10 @@ inline constexpr double kKronrodGap = 0.5 * (1.0 - 0.9914553711208126392069);
 // error is at most `goal`. *samples takes what was spent.
 Panel DoubleExponentialPanel(const Integrand& f, double lo, double hi, double goal, int dimensions, long* samples);
 
+// The limit of Gauss-Kronrod sums for integrands that are singular at one end of the panel, which is not 0: there the
+// double-exponential rule lacks digits. The probes belong to that end.
+Panel ExtrapolatedPanel(const Integrand& f, double lo, double hi, bool atLo, double goal, Probes probes, long* samples);
+
 }  // namespace nu::internal
 
 #endif

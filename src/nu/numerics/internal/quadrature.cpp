@@ -17,7 +17,7 @@
 // the panels with the largest errors are divided, those that the goal can bear stay. Where the samples of a panel are
 // not those of a smooth function, the place is searched at which the integrand breaks, and the panel ends there.
 // Otherwise it is halved. A panel at an end of the interval or at a break that carries much of the error, or one that
-// halving has isolated, is given to the double-exponential rule first.
+// halving has isolated, is given to the double-exponential rule first, and where it fails, to extrapolation.
 //
 // No rule sees what lies between its last sample and its end. Therefore the panels are extrapolated to their common
 // joint, and where they disagree there, a jump may hide between the two nearest samples: its height times the wider gap
@@ -165,9 +165,7 @@ class Subdivision {
   }
 
   void AddKronrod(double lo, double hi, int depth, int breakLo, int breakHi) {
-    const Probes atLo = breakLo == kNoBreak ? Probes() : m_breaks[static_cast<std::size_t>(breakLo)].above.All();
-    const Probes atHi = breakHi == kNoBreak ? Probes() : m_breaks[static_cast<std::size_t>(breakHi)].below.All();
-    m_next.push_back(KronrodPanel(m_f, lo, hi, depth, atLo, atHi));
+    m_next.push_back(KronrodPanel(m_f, lo, hi, depth, ProbesAbove(breakLo), ProbesBelow(breakHi)));
     m_next.back().breakLo = breakLo;
     m_next.back().breakHi = breakHi;
     m_limits.samples -= kKronrodSamples;
@@ -289,19 +287,31 @@ class Subdivision {
     return hi - lo > kLeastWidth * kEpsilon * std::max(std::fabs(lo), std::fabs(hi));
   }
 
-  // By the double-exponential rule, where it is due and does it.
+  // By the double-exponential rule or by extrapolation, where it is due and one does it.
   bool Settle(const Panel& panel, double goal) {
     const bool atEnd = panel.breakLo != kNoBreak || panel.breakHi != kNoBreak;
     const int since = atEnd ? panel.depth : panel.depth - kIsolated;
     if (since < 0 || since % kTrialPeriod != 0) return false;
     long spent = 0;
     Panel tried = DoubleExponentialPanel(m_f, panel.lo, panel.hi, goal, m_limits.dimensions, &spent);
-    m_limits.samples -= spent;
     m_notFinite = m_notFinite || tried.notFinite;
+    if (!tried.settled && !m_notFinite && (panel.breakLo == kNoBreak) != (panel.breakHi == kNoBreak)) {
+      const bool atLo = panel.breakLo != kNoBreak;
+      const Probes probes = atLo ? ProbesAbove(panel.breakLo) : ProbesBelow(panel.breakHi);
+      tried = ExtrapolatedPanel(m_f, panel.lo, panel.hi, atLo, goal, probes, &spent);
+    }
+    m_limits.samples -= spent;
     tried.breakLo = panel.breakLo;
     tried.breakHi = panel.breakHi;
     if (tried.settled) m_next.push_back(tried);
     return tried.settled;
+  }
+
+  Probes ProbesAbove(int index) const {
+    return index == kNoBreak ? Probes() : m_breaks[static_cast<std::size_t>(index)].above.All();
+  }
+  Probes ProbesBelow(int index) const {
+    return index == kNoBreak ? Probes() : m_breaks[static_cast<std::size_t>(index)].below.All();
   }
 
   const Integrand& m_f;
