@@ -11,9 +11,8 @@
 //   x = lo + w q / (1 + q),  q = exp(-pi sinh t),  dx/dt = -w pi cosh t q / (1 + q)^2,
 // summed over t = k h with h halved from level to level. The nodes approach the ends as far as double tells them from
 // the ends. The error is what the last level changed, or a share of what the one before did, and
-// - what lies beyond the outermost nodes: there the integrand is taken as a power of the distance d from the end, so
-// that
-//   |f| d ~ d^s and the rest is |f| d / s, with s from the two outermost nodes;
+// - what lies beyond the outermost nodes: there the integrand is taken as a power of the distance d from the end;
+//   with |f| d ~ d^s the rest is |f| d / s, s being that of the two outermost nodes;
 // - that a node's distance from the end is not the one asked for, by the rounding of x.
 
 namespace nu::internal {

@@ -5,14 +5,13 @@
 #include "nu/geometry/internal/lanes.h"
 #include "nu/geometry/internal/round_minimax.h"
 
-// With (x, t, z) a point in the frame, whose origin is on the cylinder, X = x + r and d = sqrt(X^2 + t^2), the
-// deviation
+// Let (x, t, z) be a point in the frame, whose origin is on the cylinder, X = x + r and d = sqrt(X^2 + t^2). Then
 //
 //   f = d - r = (x (X + r) + t^2) / (d + r)
 //
-// loses nothing on a narrow strip. The unknowns shift the cylinder along x, shift it along t, lengthen r with the
-// apex held, and tilt the axis about the apex towards x and towards t. With cos = X / d and sin = t / d the derivatives
-// of f are
+// is the deviation, and loses nothing on a narrow strip. The unknowns shift the cylinder along x, shift it along t,
+// lengthen r with the apex held, and tilt the axis about the apex towards x and towards t. With the cosine X / d and
+// the sine t / d the derivatives of f are
 //
 //   -cos, -sin, cos - 1 = (x - f) / d, -z cos, -z sin.
 //
