@@ -105,6 +105,14 @@ TEST(Polyline, RefusesWhatHasNoMeaning) {
   EXPECT_EQ(FailureOf([] { CNuCircle(1).ToPolyline(1); }),
             "operation 12 conversion|CNuCircle::ToPolyline/PointArray() [0,0]");
   EXPECT_EQ(CNuCircle(1).ToPolyline(2).GetSize(), 2);
+  // Every curve has the same bounds on the number of its samples.
+  const CNuCircularArc arc(CNuPoint(), CNuPoint(1, 0, 0), CNuPoint(0, 1, 0), NuTrue);
+  for (const int n : {-1, 1, 10'000'001, std::numeric_limits<int>::max()}) {
+    EXPECT_NE(FailureOf([&] { CNuLineSegment().ToPolyline(n); }).find("operation 12 conversion"), std::string::npos);
+    EXPECT_NE(FailureOf([&] { arc.ToPointArray(n); }).find("operation 12 conversion"), std::string::npos);
+    EXPECT_NE(FailureOf([&] { CNuCircle(1).ToPointArray(n); }).find("operation 12 conversion"), std::string::npos);
+    EXPECT_NE(FailureOf([&] { CNuEllipse(2, 1).ToPointArray(n); }).find("operation 12 conversion"), std::string::npos);
+  }
 }
 
 TEST(Polyline, OffsetsWithSharpCorners) {
@@ -307,6 +315,23 @@ TEST(BoundedCurves, KeepTheLawsOfMotionAndEnclosure) {
     EXPECT_EQ(first->Length(), length);
     first->Translate(target);
     EXPECT_EQ(first->GetTranslation().To3DPoint().DistanceTo(target), 0);
+  }
+}
+
+// However flat it is, the arc passes through its points, and is rebuilt from its centre, ends and sense.
+TEST(CircularArc, PassesThroughItsThreePoints) {
+  nu::test::Random random(23);
+  for (int i = 0; i < 2000; ++i) {
+    const auto any = [&](double size) {
+      return CNuPoint(random.Uniform(-size, size), random.Uniform(-size, size), random.Uniform(-size, size));
+    };
+    const CNuPoint p1 = any(3), p3 = any(3);
+    const CNuPoint p2 = p1 + (p3 - p1) * random.Uniform(0.05, 0.95) + any(std::pow(10, random.Uniform(-8, 1)));
+    const CNuCircularArc arc(p1, p2, p3);
+    const double rounding = 10 * kEps * (3 + arc.GetRadius());
+    EXPECT_LT(arc.DistanceTo(p2), rounding) << i << " " << arc.GetRadius();
+    const CNuCircularArc again(arc.GetCentre(), arc.GetStartPoint(), arc.GetEndPoint(), arc.GetSense());
+    EXPECT_LT(again.DistanceTo(p2), rounding + (arc.GetSweep() < 179 ? 0 : 1e-6)) << i << " " << arc.GetSweep();
   }
 }
 

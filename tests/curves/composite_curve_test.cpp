@@ -117,6 +117,9 @@ TEST(CompositeCurve, RefusesWhatHasNoMeaning) {
     EXPECT_EQ(FailureOf([&] { curve.ToPolyline(tol); }),
               "operation 12 conversion|CNuCompositeCurve::ToPolyline() [0,0]");
   }
+  CNuCompositeCurve huge;
+  huge.AddSegment(CNuCircularArc(At(0, 0), At(1e300, 0), At(0, 1e300), NuTrue), NuTrue);
+  EXPECT_EQ(FailureOf([&] { huge.ToPolyline(0.01); }), "operation 12 conversion|CNuCompositeCurve::ToPolyline() [0,0]");
   EXPECT_TRUE(!empty.IsClosed(1) && empty.IsPlanar() && !empty.IsSelfIntersecting() && empty.Length() == 0);
   empty.Reverse();
   empty.Rotate(30, CNuGeometry::Z_AXIS);
@@ -253,12 +256,12 @@ TEST_F(CompositeCurveFile, IsReadAsFarAsItGoes) {
                {kTag + Int(0x7fffffff) + line + arc, true, 2, std::sqrt(8) + Nu_PI},
                {kTag + Int(3) + Int(28) + line + Int(-1) + line, true, 1, std::sqrt(8)},
                {kTag + Int(2) + Int(29) + "x" + line, true, 2, 1 + std::sqrt(8)},
-               {kTag + Int(2) + Int(30) + "l" + line, true, 2, 1 + std::sqrt(8)},
-               {kTag + Int(2) + nan + line, true, 2, 1 + std::sqrt(8)},
+               {kTag + Int(2) + Int(30) + "l" + line, true, 2, 2 * Nu_PI + std::sqrt(8)},
+               {kTag + Int(2) + nan + line, true, 2, 2 * Nu_PI + std::sqrt(8)},
                {kTag + Int(2) + point + line, true, 2, std::sqrt(8)},
                {kTag + Int(2) + line + Int(29), true, 2, std::sqrt(8) + 1},
                {kTag + Int(2) + line + Int(29).substr(1), true, 1, std::sqrt(8)},
-               {kTag + Int(2) + arc.substr(0, 83), true, 1, 1},
+               {kTag + Int(2) + arc.substr(0, 83), true, 1, 2 * Nu_PI},
                {kTag + Int(2) + line.substr(0, 30) + "q", true, 1, 2},        // to (1, 0, 0)
                {kTag + Int(9) + line.substr(0, 39), true, 1, std::sqrt(8)}};  // to (3, 0, 0)
   for (const auto& row : cases) {
@@ -273,6 +276,57 @@ TEST_F(CompositeCurveFile, IsReadAsFarAsItGoes) {
       EXPECT_EQ(curve.GetNumberSegments(), row.segments) << k;
       EXPECT_TRUE(tol != 1e-12 || std::fabs(curve.Length() - row.length) < 1e-14) << k;
     }
+  }
+}
+
+// Slots, whose half turns take their plane from the sides, and ways there and back with full and near half turns, in
+// any plane; an upright circle alone. What is read is what was written, in its bytes and in every place.
+TEST_F(CompositeCurveFile, RestoresThePlanesOfItsArcs) {
+  nu::test::Random random(11);
+  const std::string name = m_path.string();
+  for (int i = 0; i < 300; ++i) {
+    CNuCompositeCurve curve, read;
+    const double w = random.Uniform(0.1, 3), bend = i % 3 == 2 ? std::pow(10, random.Uniform(-12, -3)) : 0;
+    if (i % 3 == 1) {
+      curve.AddSegment(CNuCircularArc(At(0, w), At(0, 0), At(0, 0), i % 2 ? NuTrue : NuFalse), NuTrue);
+      curve.AddSegment(CNuLineSegment(At(0, 0), At(0, -1)), NuTrue);
+      curve.AddSegment(CNuLineSegment(At(0, -1), At(2, 5)), NuTrue);
+    } else {
+      curve.AddSegment(CNuLineSegment(At(0, 0), At(4, 0)), NuTrue);
+      curve.AddSegment(CNuCircularArc(At(4, 0), At(4 + w * (1 + bend), w), At(4, 2 * w)), NuTrue);
+      curve.AddSegment(CNuLineSegment(At(4, 2 * w), At(0, 2 * w)), NuTrue);
+      curve.AddSegment(CNuCircularArc(At(0, 2 * w), At(-w, w), At(0, 0)), NuTrue);
+    }
+    const CNuVector axis(random.Uniform(-1, 1), random.Uniform(-1, 1), random.Uniform(-1, 1));
+    const double angle = i % 4 == 0 ? 90 : random.Uniform(0, 360);
+    curve.Rotate(angle, i % 4 == 0 ? CNuVector(1, 0, 0) : axis, CNuPoint(1, 2, 3));
+    ASSERT_TRUE(curve.BinaryDump(name.c_str()) && read.BinaryRead(name.c_str()));
+    for (int k = 0; k < curve.GetNumberSegments(); ++k) {
+      if (curve.GetSegment(k)->GetType() == CNuObject::NuTypeLineSegment) continue;
+      const CNuPointArray before = static_cast<const CNuCircularArc*>(curve.GetSegment(k))->ToPointArray(5);
+      const CNuPointArray after = static_cast<const CNuCircularArc*>(read.GetSegment(k))->ToPointArray(5);
+      for (int j = 0; j < 5; ++j) EXPECT_LT(before[j].DistanceTo(after[j]), 1e-13) << i << " " << k << " " << bend;
+    }
+    const std::string bytes = BytesOf(m_path);
+    ASSERT_TRUE(read.BinaryDump(name.c_str()));
+    EXPECT_EQ(BytesOf(m_path), bytes) << i;
+  }
+}
+
+TEST_F(CompositeCurveFile, SharesWhatRecordsLeaveOut) {
+  std::string bytes = kTag + Int(0x7fffffff);
+  for (int i = 0; i < 1000; ++i) bytes += Int(29) + "x" + Int(30) + "x";
+  CNuCompositeCurve curve;
+  ASSERT_TRUE(Read(curve, bytes));
+  ASSERT_EQ(curve.GetNumberSegments(), 2000);
+  EXPECT_EQ(curve.GetSegment(0), curve.GetSegment(1998));
+  curve.Reverse();
+  curve.Translate(1.0, 2.0, 0.0);
+  const CNuCompositeCurve copy(curve);
+  for (const CNuCompositeCurve* chain : {&std::as_const(curve), &copy}) {
+    EXPECT_NEAR(chain->Length(), 1000 * (1 + 2 * Nu_PI), 1e-9);
+    EXPECT_LT(chain->GetSegment(1)->GetStartPoint().DistanceTo(At(2, 2)), 1e-15);
+    EXPECT_LT(chain->GetSegment(999)->GetEndPoint().DistanceTo(At(1, 2)), 1e-15);
   }
 }
 

@@ -15,6 +15,9 @@ class NU_EXPORT CNuBoundedCurve : public CNuCurve {
 
   virtual CNuPoint GetStartPoint() = 0;
   virtual CNuPoint GetEndPoint() = 0;
+  // The same of a constant curve: the operations above change none, though their interface does not say so.
+  CNuPoint GetStartPoint() const { return const_cast<CNuBoundedCurve*>(this)->GetStartPoint(); }
+  CNuPoint GetEndPoint() const { return const_cast<CNuBoundedCurve*>(this)->GetEndPoint(); }
   // The end point with the unit tangent, in the direction of the curve, and the unit normal of the curve's plane.
   virtual void GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const = 0;
   virtual void GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const = 0;

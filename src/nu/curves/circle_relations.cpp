@@ -3,16 +3,15 @@
 #include <cmath>
 
 #include "nu/curves/circle.h"
+#include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/constants.h"
-#include "nu/foundation/internal/failures.h"
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/point_array.h"
 
 using nu::internal::Components;
 using nu::internal::DataOf;
-using nu::internal::FailOperation;
 using nu::internal::Store;
 using nu::internal::ToPoint;
 using nu::internal::TouchTol;
@@ -37,7 +36,7 @@ int CNuCircle::IntersectWith(const CNuPlane& pl, CNuPoint* p1, CNuPoint* p2) con
 
 // Each point from its own angle: a chain of rotations would carry the roundings of a million steps to the last one.
 CNuPointArray CNuCircle::ToPointArray(int n) const {
-  if (n <= 1) FailOperation(12, "conversion", "CNuCircle::ToPolyline/PointArray()");
+  nu::internal::RequireSamples(n, "CNuCircle::ToPolyline/PointArray()");
   const Frame frame = GetFrame();
   const Vec3 origin = Components(frame.origin);
   const Vec3 x = Components(frame.xaxis);

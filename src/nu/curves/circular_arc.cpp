@@ -6,15 +6,18 @@
 #include "nu/curves/circle.h"
 #include "nu/curves/internal/curve_pieces.h"
 #include "nu/curves/internal/placement.h"
+#include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/geometry/internal/double_double.h"
 #include "nu/geometry/internal/extents.h"
 #include "nu/geometry/internal/feature_data.h"
 
 using nu::internal::Arc3;
 using nu::internal::Components;
 using nu::internal::DataOf;
+using nu::internal::DoubleDouble;
 using nu::internal::FailOperation;
 using nu::internal::IsParallel;
 using nu::internal::LargestComponent;
@@ -51,10 +54,15 @@ Vec3 Upwards(Vec3 n) {
   return PointsUp(n) ? n : -1.0 * n;
 }
 
-Vec3 NormalOf(Vec3 toStart, Vec3 toEnd, double tol) {
+// From the start over the chord to the end, which is known better than the angle between the radii of a flat arc. In a
+// half turn both are on one line; a full turn has no chord.
+Vec3 NormalOf(Vec3 toStart, Vec3 chord, double tol) {
   const Vec3 x = Unit(toStart);
-  const Vec3 across = Cross(x, Unit(toEnd));
-  return IsParallel(SafeNorm(across), tol) ? nu::internal::UprightNormal(x) : Upwards(Unit(across));
+  const Vec3 across = Cross(x, Unit(chord));
+  const double sine = 2.0 * SafeNorm(across);  // of the sweep, near a half turn
+  if (IsParallel(sine, tol)) return nu::internal::UprightNormal(x);
+  // Near a half turn the product is small and off a right angle by its roundings.
+  return Upwards(Unit(Rejection(Unit(across), x)));
 }
 
 double TurnBetween(Vec3 toStart, Vec3 toEnd, Vec3 axis) {
@@ -64,17 +72,44 @@ double TurnBetween(Vec3 toStart, Vec3 toEnd, Vec3 axis) {
   return angle > 0.0 ? angle : angle + Nu_2PI;
 }
 
-// The centre relative to the common corner of two sides: (|u|^2 v - |v|^2 u) x (u x v) / 2 |u x v|^2, turned to u, v.
-Vec3 CircumCentre(Vec3 u, Vec3 v) {
+// In about 100 bits: of flat arcs all digits of doubles cancel in what follows.
+struct WideVec3 {
+  DoubleDouble x, y, z;
+};
+WideVec3 Wide(Vec3 v) {
+  return {{v.x}, {v.y}, {v.z}};
+}
+Vec3 Rounded(const WideVec3& v) {
+  return {v.x.high, v.y.high, v.z.high};
+}
+WideVec3 Cross(const WideVec3& a, const WideVec3& b) {
+  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+DoubleDouble Dot(const WideVec3& a, const WideVec3& b) {
+  return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
+// The circle through the common corner of two sides and their ends: its axis, and from the corner its centre,
+// (|u|^2 v - |v|^2 u) x (u x v) / 2 |u x v|^2, turned to u, v.
+struct CornerCircle {
+  Vec3 axis, toCentre;
+};
+CornerCircle CircleThrough(Vec3 u, Vec3 v) {
   const double scale = nu::internal::ScaleFor(std::max(LargestComponent(u), LargestComponent(v)));
-  const Vec3 a = scale * u;
-  const Vec3 b = scale * v;
-  const Vec3 n = Cross(a, b);
-  const Vec3 sum = Cross(Dot(a, a) * b - Dot(b, b) * a, n);
-  return (0.5 / (Dot(n, n) * scale)) * sum;
+  const WideVec3 a = Wide(scale * u);
+  const WideVec3 b = Wide(scale * v);
+  const WideVec3 n = Cross(a, b);
+  const DoubleDouble aa = Dot(a, a);
+  const DoubleDouble bb = Dot(b, b);
+  const WideVec3 sum = Cross({aa * b.x - bb * a.x, aa * b.y - bb * a.y, aa * b.z - bb * a.z}, n);
+  return {Unit(Rounded(n)), (0.5 / (Dot(n, n).high * scale)) * Rounded(sum)};
 }
 
 }  // namespace
+
+CNuCircularArc::CNuCircularArc()
+    : CNuCircularArc(CNuPoint(), CNuPoint(1.0, 0.0, 0.0), CNuPoint(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0), 1.0,
+                     Nu_2PI) {}
 
 CNuCircularArc::CNuCircularArc(const CNuPoint& centre, const CNuPoint& start, const CNuPoint& end, ENuBoolean sense)
     : CNuBoundedCurve(NuTypeCircularArc), m_centre(centre), m_start(start), m_end(end) {
@@ -86,7 +121,8 @@ CNuCircularArc::CNuCircularArc(const CNuPoint& centre, const CNuPoint& start, co
   const double tol = TouchTol(0.0, c, Components(start), Components(end));
   if (!(std::fabs(first - second) <= tol) || !(first > tol) || !(second > tol)) FailArc(12);
   const bool full = IsNull(Components(end - start), tol);
-  const Vec3 normal = NormalOf(toStart, full ? toStart : toEnd, AngularTol(LargestComponent(c) + first, first));
+  const Vec3 chord = full ? Vec3{} : Components(end - start);
+  const Vec3 normal = NormalOf(toStart, chord, AngularTol(LargestComponent(c) + first, first));
   const Vec3 axis = sense != NuFalse ? normal : -1.0 * normal;
   m_axis = ToVector(axis);
   m_radius = 0.5 * first + 0.5 * second;
@@ -103,10 +139,9 @@ CNuCircularArc::CNuCircularArc(const CNuPoint& p1, const CNuPoint& p2, const CNu
   const Vec3 across = Cross(Unit(u), Unit(v));
   const double size = std::max({LargestComponent(Components(p1)), LargestComponent(u), LargestComponent(v)});
   if (!(SafeNorm(across) > AngularTol(size, std::min(SafeNorm(u), SafeNorm(v))))) FailArc(12);
-  const Vec3 toCentre = CircumCentre(u, v);
+  const auto [axis, toCentre] = CircleThrough(u, v);
   m_radius = SafeNorm(toCentre);
   if (!std::isfinite(m_radius)) FailArc(12);
-  const Vec3 axis = Unit(across);
   m_axis = ToVector(axis);
   m_centre = p1 + ToPoint(toCentre);
   m_sweep = TurnBetween(-1.0 * toCentre, v - toCentre, axis);
@@ -165,8 +200,17 @@ void CNuCircularArc::Reverse() {
   m_axis = -m_axis;
 }
 
+void CNuCircularArc::TurnInto(const CNuVector& normal) {
+  const Vec3 centre = Components(m_centre);
+  const Vec3 toStart = Components(m_start) - centre;
+  const Vec3 upwards = Upwards(Unit(Rejection(Components(normal), Unit(toStart))));
+  const Vec3 axis = GetSense() == NuTrue ? upwards : -1.0 * upwards;
+  m_axis = ToVector(axis);
+  if (m_sweep != Nu_2PI) m_sweep = TurnBetween(toStart, Components(m_end) - centre, axis);
+}
+
 CNuPointArray CNuCircularArc::ToPointArray(int n) const {
-  if (n <= 1) FailOperation(12, "conversion", "CNuCircularArc::ToPolyline/PointArray()");
+  nu::internal::RequireSamples(n, "CNuCircularArc::ToPolyline/PointArray()");
   const Arc3 arc = DataOf(*this);
   CNuPointArray points(n);
   points.Add(ToPoint(arc.start));

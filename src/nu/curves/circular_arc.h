@@ -40,10 +40,13 @@ class NU_EXPORT CNuCircularArc : public CNuBoundedCurve {
   CNuCircle GetCircle() const;
   void Reverse();
 
-  // n points that divide the arc evenly, both ends included. n < 2: CNuOperationException cause 12.
+  // n points that divide the arc evenly, both ends included. n not from 2 to 10,000,000: CNuOperationException
+  // cause 12.
   CNuPointArray ToPointArray(int n) const;
   CNuPolyline ToPolyline(int n) const;
 
+  using CNuBoundedCurve::GetEndPoint;
+  using CNuBoundedCurve::GetStartPoint;
   CNuPoint GetStartPoint() override;
   CNuPoint GetEndPoint() override;
   void GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const override;
@@ -62,13 +65,18 @@ class NU_EXPORT CNuCircularArc : public CNuBoundedCurve {
   friend class CNuCompositeCurve;
   friend nu::internal::Arc3 nu::internal::DataOf(const CNuCircularArc& arc);
 
-  CNuCircularArc() : CNuBoundedCurve(NuTypeCircularArc) {}
+  // Once around the unit circle, from (1, 0, 0) on.
+  CNuCircularArc();
   // What is known to be an arc.
   CNuCircularArc(const CNuPoint& centre, const CNuPoint& start, const CNuPoint& end, const CNuVector& axis,
                  double radius, double sweep);
 
+  // The same points and sense in the plane through the start with that normal, either way.
+  void TurnInto(const CNuVector& normal);
+
   // One record of the composite curve's file: the character 'a', the records of centre, start and end, and the sense as
-  // int. Reading returns false when the next byte, which it consumes, is no 'a', or what follows makes no arc.
+  // int. Reading returns false, and leaves the arc, when the next byte, which it consumes, is no 'a', or what
+  // follows makes no arc.
   bool BinaryDump(std::ofstream& out) const;
   bool BinaryRead(std::ifstream& in);
 

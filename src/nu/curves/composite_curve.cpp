@@ -7,6 +7,7 @@
 #include "nu/curves/circular_arc.h"
 #include "nu/curves/internal/chain_plane.h"
 #include "nu/curves/internal/curve_pieces.h"
+#include "nu/curves/internal/sampling.h"
 #include "nu/curves/internal/self_contact.h"
 #include "nu/curves/line_segment.h"
 #include "nu/curves/polyline.h"
@@ -30,14 +31,50 @@ using nu::internal::Vec3;
 
 namespace {
 
-std::unique_ptr<CNuBoundedCurve> CopyOf(const CNuBoundedCurve& segment) {
+std::shared_ptr<CNuBoundedCurve> CopyOf(const CNuBoundedCurve& segment) {
   switch (segment.GetType()) {
     case CNuObject::NuTypeLineSegment:
-      return std::make_unique<CNuLineSegment>(static_cast<const CNuLineSegment&>(segment));
+      return std::make_shared<CNuLineSegment>(static_cast<const CNuLineSegment&>(segment));
     case CNuObject::NuTypeCircularArc:
-      return std::make_unique<CNuCircularArc>(static_cast<const CNuCircularArc&>(segment));
+      return std::make_shared<CNuCircularArc>(static_cast<const CNuCircularArc&>(segment));
     default:
       FailOperation(45, "Add segment of specified type", "CNuCompositeCurve::AddSegment()");
+  }
+}
+
+// The objects that several segments share, which are the default ones of either type.
+class SharedObjects {
+ public:
+  static constexpr std::size_t kMost = 2;
+  struct Found {
+    std::size_t number;
+    bool isNew;
+  };
+
+  Found Find(const CNuBoundedCurve* object) {
+    for (std::size_t i = 0; i < m_size; ++i) {
+      if (m_objects[i] == object) return {i, false};
+    }
+    m_objects[m_size] = object;
+    return {m_size++, true};
+  }
+
+ private:
+  const CNuBoundedCurve* m_objects[kMost] = {};
+  std::size_t m_size = 0;
+};
+
+// Takes every object once to visit.
+template<class Segments, class Visit>
+void VisitObjects(const Segments& segments, const Visit& visit) {
+  SharedObjects shared;
+  for (const auto& segment : segments) {
+    if (segment.use_count() > 1 && !shared.Find(segment.get()).isNew) continue;
+    if (segment->GetType() == CNuObject::NuTypeLineSegment) {
+      visit(static_cast<CNuLineSegment&>(*segment));
+    } else {
+      visit(static_cast<CNuCircularArc&>(*segment));
+    }
   }
 }
 
@@ -66,6 +103,7 @@ class FrameMotion {
         m_after{Components(after.xaxis), Components(after.zaxis * after.xaxis), Components(after.zaxis)},
         m_turned(LargestComponent(m_before[0] - m_after[0]) + LargestComponent(m_before[2] - m_after[2]) > 0.0) {}
 
+  bool Moves() const { return m_turned || LargestComponent(m_to - m_from) != 0.0; }
   Vec3 At(Vec3 p) const { return m_to + Turned(p - m_from); }
   Vec3 Turned(Vec3 v) const {
     if (!m_turned) return v;
@@ -87,7 +125,17 @@ CNuCompositeCurve::CNuCompositeCurve() : CNuBoundedCurve(NuTypeCompositeCurve) {
 CNuCompositeCurve::CNuCompositeCurve(const CNuCompositeCurve& other)
     : CNuBoundedCurve(other), m_carried(other.m_carried) {
   try {
-    for (const auto& segment : other.m_segments) m_segments.push_back(CopyOf(*segment));
+    SharedObjects shared;
+    std::shared_ptr<CNuBoundedCurve> copies[SharedObjects::kMost];
+    for (const auto& segment : other.m_segments) {
+      if (segment.use_count() == 1) {
+        m_segments.push_back(CopyOf(*segment));
+        continue;
+      }
+      const auto [number, isNew] = shared.Find(segment.get());
+      if (isNew) copies[number] = CopyOf(*segment);
+      m_segments.push_back(copies[number]);
+    }
   } catch (const std::bad_alloc&) {
     throw CNuMemoryException("CNuCompositeCurve::Copy()");
   }
@@ -113,14 +161,16 @@ void CNuCompositeCurve::AddSegment(const CNuBoundedCurve& segment, ENuBoolean at
   }
 }
 
-void CNuCompositeCurve::Add(std::unique_ptr<CNuBoundedCurve> segment, bool atEnd) {
-  // The frame comes first, or the segment would go along with it.
-  if (m_segments.empty()) SetPosition(segment->GetStartPoint(), CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+void CNuCompositeCurve::Add(std::shared_ptr<CNuBoundedCurve> segment, bool atEnd) {
+  const CNuPoint start = segment->GetStartPoint();
   if (atEnd) {
     m_segments.push_back(std::move(segment));
   } else {
     m_segments.push_front(std::move(segment));
   }
+  if (m_segments.size() > 1) return;
+  m_carried = {start, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0)};
+  SetPosition(m_carried.origin, m_carried.xaxis, m_carried.zaxis);
 }
 
 const CNuBoundedCurve* CNuCompositeCurve::GetSegment(int i) const {
@@ -159,13 +209,7 @@ ENuBoolean CNuCompositeCurve::IsSelfIntersecting() const {
 
 void CNuCompositeCurve::Reverse() {
   std::reverse(m_segments.begin(), m_segments.end());
-  for (const auto& segment : m_segments) {
-    if (segment->GetType() == NuTypeLineSegment) {
-      static_cast<CNuLineSegment&>(*segment).Reverse();
-    } else {
-      static_cast<CNuCircularArc&>(*segment).Reverse();
-    }
-  }
+  VisitObjects(m_segments, [](auto& segment) { segment.Reverse(); });
 }
 
 CNuPolyline CNuCompositeCurve::ToPolyline(double tol) const {
@@ -174,12 +218,12 @@ CNuPolyline CNuCompositeCurve::ToPolyline(double tol) const {
   if (!(tol > 0.0)) FailOperation(12, "conversion", where);
   const PieceChain chain = PiecesOf(*this);
   const double joinTol = TolOf(chain);
-  double size = 2.0 * chain.Size();
+  double parts = 2.0;
   for (int i = 0; i < chain.Size(); ++i) {
-    if (const Arc3* arc = chain.ArcAt(i)) size += Chords(*arc, tol);
+    if (const Arc3* arc = chain.ArcAt(i)) parts += Chords(*arc, tol) - 1.0;
   }
-  if (!(size < std::numeric_limits<int>::max())) FailOperation(12, "conversion", where);
-  CNuPointArray points(static_cast<int>(size));
+  nu::internal::RequireSamples(parts, where);
+  CNuPointArray points(static_cast<int>(parts) + 2 * chain.Size());
   for (int i = 0; i < chain.Size(); ++i) {
     const Segment3& ends = chain.Ends(i);
     if (i == 0 || !(SafeNorm(ends.start - Components(points.Last())) <= joinTol)) points.Add(ToPoint(ends.start));
@@ -196,20 +240,13 @@ CNuPolyline CNuCompositeCurve::ToPolyline(double tol) const {
 void CNuCompositeCurve::PositionChanged() {
   const Frame before = m_carried;
   m_carried = GetFrame();
-  if (m_segments.empty()) return;
   const FrameMotion motion(before, m_carried);
-  const auto carry = [&](auto& segment) {
+  if (m_segments.empty() || !motion.Moves()) return;
+  VisitObjects(m_segments, [&](auto& segment) {
     const Frame frame = segment.GetFrame();
     segment.SetPosition(ToPoint(motion.At(Components(frame.origin))), ToVector(motion.Turned(Components(frame.xaxis))),
                         ToVector(motion.Turned(Components(frame.zaxis))));
-  };
-  for (const auto& segment : m_segments) {
-    if (segment->GetType() == NuTypeLineSegment) {
-      carry(static_cast<CNuLineSegment&>(*segment));
-    } else {
-      carry(static_cast<CNuCircularArc&>(*segment));
-    }
-  }
+  });
 }
 
 CNuPoint CNuCompositeCurve::GetStartPoint() {

@@ -50,10 +50,12 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
 
   void Reverse();
   // A polyline that no arc leaves by more than tol, or by the rounding of its coordinates: the ends of all segments,
-  // and points that divide the arcs evenly, into quarter turns at least. A tol that is not above 0, or one that asks
-  // for more points than an array can count: CNuOperationException cause 12, "conversion".
+  // and points that divide the arcs evenly, into quarter turns at least. A tol that is not above 0, or one that divides
+  // the arcs into more than 10,000,000 parts: CNuOperationException cause 12, "conversion".
   CNuPolyline ToPolyline(double tol) const;
 
+  using CNuBoundedCurve::GetEndPoint;
+  using CNuBoundedCurve::GetStartPoint;
   CNuPoint GetStartPoint() override;
   CNuPoint GetEndPoint() override;
   // The normal is that of the least-squares plane, on the side from which the curve runs counter-clockwise around what
@@ -83,21 +85,29 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   // its type code as int, a tag, its points and of an arc the sense, all little-endian. Writing: true on success; an
   // empty curve writes no file and returns false; CNuOperationException cause 48 when the file cannot be written, cause
   // 47 when it cannot be opened. Reading throws nothing. It replaces the curve, and returns false and leaves it empty
-  // for anything that is not such a file. A segment whose record is no record, or makes no arc, is a line segment from
-  // (0, 0, 0) to (1, 0, 0); type codes of other curves are passed over; the end of the file is the end of the curve.
-  // False also without memory for all segments, with those read until then.
+  // for anything that is not such a file. A line segment whose record is none goes from (0, 0, 0) to (1, 0, 0), an arc
+  // whose record is none, or makes no arc, around the unit circle from (1, 0, 0); type codes of other curves are passed
+  // over; the end of the file is the end of the curve. False also without memory for all segments, with those read
+  // until then.
+  //
+  // What is written is read back to the bit, but for the planes of half and full turns, within NuGetRadianTol(): the
+  // record holds none. They get that of the nearest segment before or behind, in a chain without a gap, which spans one
+  // with their diameter; where both sides do so and disagree, or none does, the one of CNuCircularArc's constructor.
+  // So circles that stand alone come back upright, and half turns out of the plane of their neighbours turn into it.
   bool BinaryDump(const char* fileName) const;
   bool BinaryRead(const char* fileName);
 
  private:
   friend class CNuPolyline;
 
-  using Segments = std::deque<std::unique_ptr<CNuBoundedCurve>>;
+  // Records of a file that are none share the default segment of their type, which takes no more room than they did.
+  using Segments = std::deque<std::shared_ptr<CNuBoundedCurve>>;
 
   void RequireSegments(const char* where) const;
-  void Add(std::unique_ptr<CNuBoundedCurve> segment, bool atEnd);
+  void Add(std::shared_ptr<CNuBoundedCurve> segment, bool atEnd);
   void PositionChanged() override;
-  void ReadSegment(int type, std::ifstream& in);
+  void ReadSegments(int size, std::ifstream& in);
+  void FindPlanesOfArcs();
   CNuVector PlaneNormal() const;
   static std::unique_ptr<CNuCompositeCurve> CurveOf(const nu::internal::PieceChain& chain);
 

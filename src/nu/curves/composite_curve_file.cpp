@@ -4,7 +4,10 @@
 
 #include "nu/curves/circular_arc.h"
 #include "nu/curves/composite_curve.h"
+#include "nu/curves/internal/arc_planes.h"
+#include "nu/curves/internal/curve_pieces.h"
 #include "nu/curves/line_segment.h"
+#include "nu/geometry/internal/directions.h"
 #include "nu/linalg/internal/binary_file.h"
 
 using nu::internal::BinaryFileReader;
@@ -25,9 +28,8 @@ bool ReadTag(std::ifstream& in, char tag) {
 }  // namespace
 
 bool CNuLineSegment::BinaryDump(std::ofstream& out) const {
-  CNuLineSegment placed(*this);
   out.put(kSegmentTag);
-  return placed.GetStartPoint().BinaryDump(out) && placed.GetEndPoint().BinaryDump(out);
+  return GetStartPoint().BinaryDump(out) && GetEndPoint().BinaryDump(out);
 }
 
 // The ends are taken as they are read: points that coincide or are no numbers do not stop a file from being read.
@@ -41,11 +43,10 @@ bool CNuLineSegment::BinaryRead(std::ifstream& in) {
 }
 
 bool CNuCircularArc::BinaryDump(std::ofstream& out) const {
-  CNuCircularArc placed(*this);
   out.put(kArcTag);
   GetCentre().BinaryDump(out);
-  placed.GetStartPoint().BinaryDump(out);
-  placed.GetEndPoint().BinaryDump(out);
+  GetStartPoint().BinaryDump(out);
+  GetEndPoint().BinaryDump(out);
   nu::internal::WriteInt(out, GetSense());
   return true;
 }
@@ -89,9 +90,7 @@ bool CNuCompositeCurve::BinaryRead(const char* fileName) {
     BinaryFileReader file(fileName);
     if (!file.Tag(kFileTag, sizeof kFileTag)) return false;
     int size = 0;
-    int type = 0;
-    file.Int(&size);
-    for (int i = 0; i < size && file.Int(&type); ++i) ReadSegment(type, file.Stream());
+    if (file.Int(&size)) ReadSegments(size, file.Stream());
   } catch (const std::bad_alloc&) {
     return false;
   }
@@ -99,17 +98,36 @@ bool CNuCompositeCurve::BinaryRead(const char* fileName) {
 }
 
 // It is required that a record which is none leaves a default segment: the segments behind it keep their numbers.
-void CNuCompositeCurve::ReadSegment(int type, std::ifstream& in) {
-  if (type == NuTypeLineSegment) {
-    auto segment = std::make_unique<CNuLineSegment>();
-    segment->BinaryRead(in);
-    Add(std::move(segment), true);
-  } else if (type == NuTypeCircularArc) {
-    CNuCircularArc arc;
-    if (arc.BinaryRead(in)) {
-      Add(std::make_unique<CNuCircularArc>(arc), true);
-    } else {
-      Add(std::make_unique<CNuLineSegment>(), true);
-    }
+void CNuCompositeCurve::ReadSegments(int size, std::ifstream& in) {
+  std::shared_ptr<CNuBoundedCurve> defaultSegment, defaultArc;
+  const auto read = [&]<class Segment>(Segment segment, std::shared_ptr<CNuBoundedCurve>& ofType) {
+    if (segment.BinaryRead(in)) return Add(std::make_shared<Segment>(segment), true);
+    if (!ofType) ofType = std::make_shared<Segment>(segment);
+    Add(ofType, true);
+  };
+  int type = 0;
+  for (int i = 0; i < size && nu::internal::ReadInt(in, &type); ++i) {
+    if (type == NuTypeLineSegment) read(CNuLineSegment(), defaultSegment);
+    if (type == NuTypeCircularArc) read(CNuCircularArc(), defaultArc);
+  }
+  FindPlanesOfArcs();
+}
+
+// The record of an arc does not hold its plane; see BinaryRead. Default segments, which are shared, have no neighbours.
+void CNuCompositeCurve::FindPlanesOfArcs() {
+  nu::internal::PieceChain chain;
+  std::vector<CNuBoundedCurve*> segments;
+  for (const auto& segment : m_segments) {
+    if (segment.use_count() > 1) continue;
+    nu::internal::AddPiece(*segment, chain);
+    segments.push_back(segment.get());
+  }
+  if (segments.empty()) return;
+  const double joinTol = nu::internal::CoincidenceTol(NuGetLengthTol(), chain.LargestCoordinate());
+  const nu::internal::ArcPlanes planes(chain, joinTol, NuGetRadianTol());
+  for (int i = 0; i < chain.Size(); ++i) {
+    const std::optional<nu::internal::Vec3> normal = planes.NormalOf(i);
+    if (!normal) continue;
+    static_cast<CNuCircularArc&>(*segments[static_cast<std::size_t>(i)]).TurnInto(nu::internal::ToVector(*normal));
   }
 }

@@ -26,11 +26,11 @@ std::unique_ptr<CNuCompositeCurve> CNuCompositeCurve::CurveOf(const PieceChain& 
     const CNuPoint start = ToPoint(chain.Ends(i).start), end = ToPoint(chain.Ends(i).end);
     const Arc3* arc = chain.ArcAt(i);
     if (arc == nullptr) {
-      curve->Add(std::make_unique<CNuLineSegment>(start, end), true);
+      curve->Add(std::make_shared<CNuLineSegment>(start, end), true);
       continue;
     }
     const CNuCircularArc copy(ToPoint(arc->centre), start, end, ToVector(Unit(arc->Axis())), arc->radius, arc->sweep);
-    curve->Add(std::make_unique<CNuCircularArc>(copy), true);
+    curve->Add(std::make_shared<CNuCircularArc>(copy), true);
   }
   return curve;
 }

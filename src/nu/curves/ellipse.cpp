@@ -2,6 +2,7 @@
 
 #include "nu/curves/internal/conic_class.h"
 #include "nu/curves/internal/conic_relations.h"
+#include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/numeric_helpers.h"
@@ -71,7 +72,7 @@ int CNuEllipse::IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2)
 }
 
 CNuPointArray CNuEllipse::ToPointArray(int n) const {
-  if (n <= 1) nu::internal::FailOperation(12, "conversion", kSampling);
+  nu::internal::RequireSamples(n, kSampling);
   CNuPointArray points = SampledPoints(nu::internal::DataOf(*this), n, 0.0, Nu_2PI, [this](double u) {
     double c = 0.0;
     double s = 0.0;

@@ -5,6 +5,7 @@
 #include "nu/curves/circular_arc.h"
 #include "nu/curves/internal/curve_pieces.h"
 #include "nu/curves/internal/placement.h"
+#include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/feature_data.h"
@@ -82,7 +83,7 @@ void CNuLineSegment::Reverse() {
 }
 
 CNuPolyline CNuLineSegment::ToPolyline(int n) const {
-  if (n <= 1) FailOperation(12, "conversion", "CNuLineSegment::ToPolyline()");
+  nu::internal::RequireSamples(n, "CNuLineSegment::ToPolyline()");
   const Segment3 s = Data();
   CNuPointArray points(n);
   for (int i = 0; i < n; ++i) points.Add(ToPoint(s.At(static_cast<double>(i) / (n - 1))));

@@ -24,7 +24,7 @@ class NU_EXPORT CNuLineSegment : public CNuBoundedCurve {
   CNuLine GetLine() const;
   CNuPoint MidPoint() const;
   void Reverse();
-  // n points that divide it evenly, both ends included. n < 2: CNuOperationException cause 12.
+  // n points that divide it evenly, both ends included. n not from 2 to 10,000,000: CNuOperationException cause 12.
   CNuPolyline ToPolyline(int n) const;
 
   // The points common to both, in the order of this segment; returns how many there are. What comes as close as
@@ -34,6 +34,8 @@ class NU_EXPORT CNuLineSegment : public CNuBoundedCurve {
   int IntersectWith(const CNuCircularArc& arc, CNuPoint* p1, CNuPoint* p2) const;
   int IntersectWith(const CNuLine& l, CNuPoint* p) const;
 
+  using CNuBoundedCurve::GetEndPoint;
+  using CNuBoundedCurve::GetStartPoint;
   CNuPoint GetStartPoint() override;
   CNuPoint GetEndPoint() override;
   // Of the normals of the segment the one closest to the z axis; of a segment along the z axis, the x axis.

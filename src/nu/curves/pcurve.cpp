@@ -3,14 +3,13 @@
 #include <new>
 
 #include "nu/curves/internal/quadric_curve.h"
+#include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
-#include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/axis_frame.h"
 #include "nu/geometry/internal/directions.h"
 
 using nu::internal::AxisFrame;
 using nu::internal::Components;
-using nu::internal::FailOperation;
 using nu::internal::QuadricCurve;
 using nu::internal::ToPoint;
 using nu::internal::ToVector;
@@ -77,7 +76,7 @@ double CNuPCurve::DistanceTo(const CNuPoint& p) const {
 }
 
 CNuPointArray CNuPCurve::ToPointArray(int n) const {
-  if (n <= 1) FailOperation(12, "conversion", "CNuPCurve::ToPolyline/PointArray()");
+  nu::internal::RequireSamples(n, "CNuPCurve::ToPolyline/PointArray()");
   const AxisFrame frame = AxesOf(GetFrame());
   const double lower = m_curve->path.lower;
   const double upper = m_curve->path.upper;

@@ -44,7 +44,7 @@ class NU_EXPORT CNuPCurve : public CNuCurve {
   double DistanceTo(const CNuPoint& p) const;
 
   // n points in even steps of u over the range, both ends included; the last of a closed curve is the first again.
-  // n < 2: CNuOperationException cause 12.
+  // n not from 2 to 10,000,000: CNuOperationException cause 12.
   CNuPointArray ToPointArray(int n) const;
   CNuPolyline ToPolyline(int n) const;
 

@@ -49,6 +49,8 @@ class NU_EXPORT CNuPolyline : public CNuBoundedCurve {
   // unless all that is left is shorter.
   void RemoveShortEdges();
 
+  using CNuBoundedCurve::GetEndPoint;
+  using CNuBoundedCurve::GetStartPoint;
   CNuPoint GetStartPoint() override;
   CNuPoint GetEndPoint() override;
   // The tangent is that of the first (last) edge that has a length, zero without one. The normal is that of the

@@ -6,6 +6,7 @@
 #include "nu/curves/ellipse.h"
 #include "nu/curves/hyperbola.h"
 #include "nu/curves/internal/conics.h"
+#include "nu/curves/internal/sampling.h"
 #include "nu/curves/parabola.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/directions.h"
@@ -77,7 +78,7 @@ inline Conic3<Parabola2> DataOf(const CNuParabola& parabola) {
 
 // The guards of sampling the open conics, whose parts are numbered 0 and 1.
 inline void RequireSamples(int n, double t0, double t1, int part, const char* where) {
-  if (n <= 1) FailOperation(12, "conversion", where);
+  RequireSamples(n, where);
   if (!std::isfinite(t0) || !std::isfinite(t1)) FailOperation(14, "conversion", where);
   if (!(t0 < t1)) FailOperation(15, "conversion", where);
   if (part != 0 && part != 1) FailOperation(14, "conversion", where);

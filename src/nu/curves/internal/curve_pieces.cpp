@@ -27,19 +27,7 @@ PieceChain PiecesOf(const CNuPointArray& points) {
 }
 
 Segment3 EndsOf(const CNuLineSegment& segment) {
-  CNuPoint start, end;
-  CNuVector tangent, normal;
-  segment.GetStartData(&start, &tangent, &normal);
-  segment.GetEndData(&end, &tangent, &normal);
-  return {Components(start), Components(end)};
-}
-
-void AddPiece(const CNuBoundedCurve& curve, PieceChain& chain) {
-  if (curve.GetType() == CNuObject::NuTypeLineSegment) {
-    chain.Add(EndsOf(static_cast<const CNuLineSegment&>(curve)));
-  } else {
-    chain.Add(DataOf(static_cast<const CNuCircularArc&>(curve)));
-  }
+  return {Components(segment.GetStartPoint()), Components(segment.GetEndPoint())};
 }
 
 PieceChain PiecesOf(const CNuCompositeCurve& curve) {
@@ -51,6 +39,14 @@ PieceChain PiecesOf(const CNuCompositeCurve& curve) {
 }
 
 }  // namespace
+
+void AddPiece(const CNuBoundedCurve& curve, PieceChain& chain) {
+  if (curve.GetType() == CNuObject::NuTypeLineSegment) {
+    chain.Add(EndsOf(static_cast<const CNuLineSegment&>(curve)));
+  } else {
+    chain.Add(DataOf(static_cast<const CNuCircularArc&>(curve)));
+  }
+}
 
 PieceChain PiecesOf(const CNuBoundedCurve& curve) {
   PieceChain chain;

@@ -13,6 +13,8 @@ namespace nu::internal {
 // What any bounded curve of the library consists of. Another one: CNuOperationException cause 45; a
 // composite curve without segments: cause 8.
 PieceChain PiecesOf(const CNuBoundedCurve& curve);
+// Of a line segment or a circular arc.
+void AddPiece(const CNuBoundedCurve& curve, PieceChain& chain);
 
 // The operations that all bounded curves answer in the same way.
 double StoreClosest(const NearPair& pair, CNuPoint* p1, CNuPoint* p2);
