@@ -252,6 +252,34 @@ TEST(CompositeCurveOffset, KeepsTheDistanceAndCrossesNowhere) {
   EXPECT_TRUE(counts[0] > 50 && counts[1] > 500 && counts[2] > 10) << counts[0] << " " << counts[1] << " " << counts[2];
 }
 
+// A power of two changes nothing but the size, where powers of the coordinates leave the doubles.
+TEST(CompositeCurveOffset, WorksAtAnySize) {
+  const double lengthTol = NuGetLengthTol();
+  for (const double s : {0x1p-900, 0x1p-400, 0x1p-100, 0x1p100, 0x1p415, 0x1p800}) {
+    const auto scaled = [&](const CNuPoint& p) { return CNuPoint(p.x() * s, p.y() * s, p.z() * s); };
+    NuSetLengthTol(lengthTol * std::min(s, 1.0));
+    CNuCompositeCurve chain, unit = Chain({{-3, -1, 0.5}, {3, -1, 0}, {3, 1, 0.5}, {-3, 1, 0}}, true);
+    for (int i = 0; i < 4; ++i) {
+      const CNuPointArray p = Samples(*unit.GetSegment(i), 3);
+      if (i % 2 == 0) chain.AddSegment(CNuCircularArc(scaled(p[0]), scaled(p[1]), scaled(p[2])), NuTrue);
+      if (i % 2 == 1) chain.AddSegment(CNuLineSegment(scaled(p[0]), scaled(p[2])), NuTrue);
+    }
+    EXPECT_TRUE(chain.IsPlanar(1e-12 * s) && !chain.IsSelfIntersecting()) << s;
+    CNuPoint centre;
+    double radius = 0, expected = 0;
+    unit.BoundingCircle(&expected, &centre);
+    chain.BoundingCircle(&radius, &centre);
+    EXPECT_NEAR(radius / s, expected, 1e-13);
+    for (const int shape : {0, 1}) {
+      NuSetLengthTol(lengthTol);
+      const double length = OffsetOf(unit, 0.5, shape).Length();
+      NuSetLengthTol(lengthTol * std::min(s, 1.0));
+      EXPECT_NEAR(OffsetOf(chain, 0.5 * s, shape).Length() / s, length, 1e-12) << s;
+    }
+  }
+  NuSetLengthTol(lengthTol);
+}
+
 // J. Steiner: around what is convex the length grows by 2 pi d, and the area by length d + pi d^2. What has grown
 // shrinks back.
 TEST(CompositeCurveOffset, GrowsConvexShapesByTheBook) {

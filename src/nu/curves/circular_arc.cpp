@@ -43,7 +43,7 @@ double AngularTol(double size, double distance) {
   return std::max(NuGetRadianTol(), kRoundings * DBL_EPSILON * std::max(1.0, size / distance));
 }
 
-// The one of two opposite normals that an arc is told by.
+// The one of two opposite normals that stands for the plane.
 bool PointsUp(Vec3 n) {
   const double tol = NuGetRadianTol();
   if (std::fabs(n.z) > tol) return n.z > 0.0;

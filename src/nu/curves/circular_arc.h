@@ -14,7 +14,7 @@ struct Arc3;
 Arc3 DataOf(const CNuCircularArc& arc);
 }  // namespace nu::internal
 
-// A part of a circle, up to all of it. It is told by its centre, its ends, its normal and whether it runs
+// A part of a circle, up to all of it. It is defined by its centre, its ends, its normal and whether it runs
 // counter-clockwise seen from the tip of that: so that an arc in a plane z = const has the normal (0, 0, 1) whatever
 // its sweep, normals have a positive z component; where that is 0 within NuGetRadianTol() a positive y, then x
 // component. A motion may so turn normal and sense around, together. Its frame has the axes of the global frame and its

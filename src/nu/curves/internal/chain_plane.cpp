@@ -39,7 +39,9 @@ Vec3 VectorArea(const PieceChain& chain) {
   return 0.5 * Vec3{sums[0], sums[1], sums[2]};
 }
 
-Plane3 CarrierOf(const PieceChain& chain, double tol) {
+namespace {
+
+Plane3 PlaneOf(const PieceChain& chain, double tol) {
   const std::vector<Vec3> points = PointsOf(chain, {0.25, 0.5, 0.75});
   PointBlocks blocks({&points[0].x, sizeof(Vec3), points.size()}, points[0]);
   const PrincipalDirection along = FindPrincipalDirection(blocks, Extent::largest);
@@ -50,6 +52,15 @@ Plane3 CarrierOf(const PieceChain& chain, double tol) {
   const double side = Dot(VectorArea(chain), normal);
   const bool down = side != 0.0 ? side < 0.0 : normal.z < 0.0;
   return {mean, down ? -1.0 * normal : normal};
+}
+
+}  // namespace
+
+Plane3 CarrierOf(const PieceChain& chain, double tol) {
+  const double scale = SafeScale(chain.LargestCoordinate());
+  if (scale == 1.0) return PlaneOf(chain, tol);
+  const Plane3 scaled = PlaneOf(chain.Scaled(scale), scale * tol);
+  return {(1.0 / scale) * scaled.point, scaled.normal};
 }
 
 double LargestDistance(const PieceChain& chain, const Plane3& plane) {

@@ -147,7 +147,7 @@ std::vector<Piece2> MovedEdges(const std::vector<Piece2>& pieces, bool closed, d
   return edges;
 }
 
-// A chain on its way through its plane.
+// The offset of one chain, in the coordinates of its plane.
 class OffsetTask {
  public:
   OffsetTask(const PieceChain& chain, double distance, Vec3 normal, int shape, const char* where, double lengthTol)
@@ -185,7 +185,7 @@ class OffsetTask {
   }
 
  private:
-  // Edges that went their way without running into others, as most do.
+  // Whether the moved edges are all of the offset, as is usual: they run into nothing.
   bool IsWhole(const PieceChain& moved) const {
     constexpr double kRoundings = 64.0;  // of the corners' velocities, the way to the plane and back
     if (moved.Size() == 0) return false;

@@ -139,12 +139,10 @@ void Trace::Match() {
 // Until it comes back to its first edge, or does not go on.
 Trace::Path Trace::Walk(int first) {
   Path path;
-  int edge = first;
-  do {
+  for (int edge = first; edge >= 0 && !m_isGone[Index(edge)]; edge = m_next[Index(edge)]) {
     path.push_back(edge);
     m_isGone[Index(edge)] = 1;
-    edge = m_next[Index(edge)];
-  } while (edge >= 0 && edge != first);
+  }
   return path;
 }
 

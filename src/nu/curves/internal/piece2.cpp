@@ -173,7 +173,10 @@ Box2 BoxOf(const Piece2& piece) {
   const double heading = std::atan2(piece.direction.y, piece.direction.x) / quarter;
   const double turn = piece.curvature * piece.length / quarter;
   const double from = std::min(heading, heading + turn);
-  for (double k = std::ceil(from); k <= from + std::fabs(turn); ++k) {
+  constexpr int kMostQuarters = 5;  // of a turn, both ends included
+  for (int i = 0; i < kMostQuarters; ++i) {
+    const double k = std::ceil(from) + i;
+    if (!(k <= from + std::fabs(turn))) break;
     box.Include(piece.At((k - heading) * quarter / piece.curvature));
   }
   return box;

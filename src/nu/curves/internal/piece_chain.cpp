@@ -217,7 +217,7 @@ std::vector<Vec3> PointsOf(const PieceChain& chain, std::initializer_list<double
 
 namespace {
 
-Ball SmallestBallAround(const std::vector<Vec3>& points) {
+Ball BallAround(const std::vector<Vec3>& points) {
   PointBlocks blocks({&points[0].x, sizeof(Vec3), points.size()}, points[0]);
   const Vec3 axes[3] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
   const EnclosingBall ball = SmallestEnclosingBall<3>(blocks, axes);
@@ -226,16 +226,14 @@ Ball SmallestBallAround(const std::vector<Vec3>& points) {
   return {points[0] + ball.centre, ball.radius};
 }
 
-}  // namespace
-
 // Arcs are known by some of their points, to which the farthest one outside is added until none is. The radius grows
 // to the smallest one that encloses the arcs, and quickly: each point added is where its arc touches the ball, but for
 // the square of what the centre still has to go.
-Ball SmallestBallAround(const PieceChain& chain) {
+Ball BallAround(const PieceChain& chain) {
   constexpr int kMaxRounds = 60;
   constexpr double kRoundings = 4.0 * DBL_EPSILON;
   std::vector<Vec3> points = PointsOf(chain, {0.5});
-  Ball ball = SmallestBallAround(points);
+  Ball ball = BallAround(points);
   for (int round = 0; round < kMaxRounds; ++round) {
     const std::size_t known = points.size();
     for (int i = 0; i < chain.Size(); ++i) {
@@ -245,9 +243,18 @@ Ball SmallestBallAround(const PieceChain& chain) {
       if (SafeNorm(farthest - ball.centre) > ball.radius * (1.0 + kRoundings)) points.push_back(farthest);
     }
     if (points.size() == known) break;
-    ball = SmallestBallAround(points);
+    ball = BallAround(points);
   }
   return ball;
+}
+
+}  // namespace
+
+Ball SmallestBallAround(const PieceChain& chain) {
+  const double scale = SafeScale(chain.LargestCoordinate());
+  if (scale == 1.0) return BallAround(chain);
+  const Ball scaled = BallAround(chain.Scaled(scale));
+  return {(1.0 / scale) * scaled.centre, scaled.radius / scale};
 }
 
 }  // namespace nu::internal

@@ -143,13 +143,18 @@ class SelfSearch {
   bool m_touches = false;
 };
 
-}  // namespace
-
-bool TouchesItself(const PieceChain& chain, double tol) {
+bool HasContact(const PieceChain& chain, double tol) {
   const PieceChain kept = WithoutShortPieces(chain, tol);
   if (kept.Size() < 2) return false;
   const ChainTree tree(kept);
   return SelfSearch(tree, tol).Run();
+}
+
+}  // namespace
+
+bool TouchesItself(const PieceChain& chain, double tol) {
+  const double scale = SafeScale(chain.LargestCoordinate());
+  return scale == 1.0 ? HasContact(chain, tol) : HasContact(chain.Scaled(scale), scale * tol);
 }
 
 }  // namespace nu::internal
