@@ -31,10 +31,11 @@ constexpr double kTrust = 6.0;
 constexpr double kAmplification = 6.0;
 // The halvings end where distances have this relative error.
 constexpr double kRoughest = 1e-6;
-// Third difference of the logarithms that mixtures of two powers reach; and the rounding errors of the distances that
-// the probes may have, in units of double.
-constexpr double kLawful = 0.1;
+// Third difference of the logarithms that mixtures of two powers and logarithms reach; and the rounding errors of the
+// probes' distances, in units of double, and relative to them when the probes say nothing any more.
+constexpr double kLawful = 0.02;
 constexpr double kProbeRoundings = 16.0;
+constexpr double kMostRoundings = 0.1;
 
 // The limit of a sequence whose elements come one by one.
 class Epsilon {
@@ -66,20 +67,41 @@ class Epsilon {
   int m_count = 0;
 };
 
-bool FollowOneLaw(Probes probes, double farthest, double resolution) {
-  std::array<double, 4> logarithm{};
-  int known = 0;
-  for (const Probe& probe : probes) {
-    if (!(probe.distance < farthest)) continue;
-    const double roundings = kProbeRoundings * resolution / probe.distance;
-    if (roundings > kLawful) break;
-    if (!std::isfinite(probe.value) || probe.value == 0.0) return false;
-    std::rotate(logarithm.begin(), logarithm.begin() + 1, logarithm.end());
-    logarithm[3] = std::log(std::fabs(probe.value));
-    const double third = (logarithm[3] - logarithm[0]) - 3.0 * (logarithm[2] - logarithm[1]);
-    if (++known >= 4 && !(std::fabs(third) <= kLawful + roundings)) return false;
+// The third difference of the logarithms of values whose distances form a geometric sequence.
+class Law {
+ public:
+  bool Holds(double value, double roundings) {
+    if (!std::isfinite(value) || value == 0.0) return false;
+    std::rotate(m_logarithm.begin(), m_logarithm.begin() + 1, m_logarithm.end());
+    m_logarithm[3] = std::log(std::fabs(value));
+    const double third = (m_logarithm[3] - m_logarithm[0]) - 3.0 * (m_logarithm[2] - m_logarithm[1]);
+    return ++m_known < 4 || std::fabs(third) <= kLawful + roundings;
   }
-  return known >= 4;
+  bool IsKnown() const { return m_known >= 4; }
+
+ private:
+  std::array<double, 4> m_logarithm{};
+  int m_known = 0;
+};
+
+// From the panel's own reach down to the last double that tells its distance.
+bool FollowOneLaw(const Integrand& f, double c, double signedWidth, double resolution, Probes probes, long* samples) {
+  Law law;
+  if (probes.empty()) return false;
+  const double nearest = probes.front().distance;
+  const double ratio = probes.front().before / nearest;
+  double distance = nearest;
+  while (distance * ratio < 0.5 * std::fabs(signedWidth)) distance *= ratio;
+  for (; distance > nearest * std::sqrt(ratio); distance /= ratio) {
+    ++*samples;
+    if (!law.Holds(f(c + std::copysign(distance, signedWidth)).value, 0.0)) return false;
+  }
+  for (const Probe& probe : probes) {
+    const double roundings = kProbeRoundings * resolution / probe.distance;
+    if (roundings > kMostRoundings) break;
+    if (!law.Holds(probe.value, roundings)) return false;
+  }
+  return law.IsKnown();
 }
 
 }  // namespace
@@ -89,7 +111,7 @@ Panel ExtrapolatedPanel(const Integrand& f, double lo, double hi, bool atLo, dou
   Panel panel{.lo = lo, .hi = hi};
   const double c = atLo ? lo : hi;
   const double resolution = kEpsilon * std::fabs(c);
-  if (!FollowOneLaw(probes, hi - lo, resolution)) return panel;
+  if (!FollowOneLaw(f, c, atLo ? hi - lo : lo - hi, resolution, probes, samples)) return panel;
   Epsilon limit;
   CompensatedSum sum;
   double error = 0.0;
