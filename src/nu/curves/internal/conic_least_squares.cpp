@@ -137,6 +137,15 @@ Parabola2 CurveOf(const ConicShape& shape, double unit, const Parabola2&) {
   return {unit * shape.a};
 }
 
+// In the unit of the points a length may overflow or vanish.
+bool IsInRange(const Parabola2& curve) {
+  return curve.f > 0.0 && std::isfinite(curve.f);
+}
+template<class Curve>
+bool IsInRange(const Curve& curve) {
+  return curve.a > 0.0 && curve.b > 0.0 && std::isfinite(curve.a) && std::isfinite(curve.b);
+}
+
 // The squared change of the lengths of a curve, and the length in which its turns are counted.
 double SquaredChange(const Parabola2& p, const Parabola2& q) {
   return (p.f - q.f) * (p.f - q.f);
@@ -231,7 +240,7 @@ bool ConicLeastSquares<Curve>::Place(const ConicEquation& equation, PlacedConic<
   conic.origin = unit * ((m_frame.xMean + m_frame.unit * shape.origin.x) * m_frame.x +
                          (m_frame.yMean + m_frame.unit * shape.origin.y) * m_frame.y);
   conic.axis = shape.axis.x * m_frame.x + shape.axis.y * m_frame.y;
-  return true;
+  return IsInRange(conic.curve);
 }
 
 // Of the parameters; a turn counts by its effect on them.
