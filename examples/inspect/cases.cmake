@@ -104,6 +104,9 @@ expect_text(0 "${plane}" "a 1 2 3\nb 4 5 9\nc 7 8 1\n" --columns 2,3,4)
 expect_text(0 "${plane}" "1st line\n+1. 2e0 .3e1 0 0 1\n4 5 9 0 0 1\n7 8 1 0 0 1\n" --skip 1)
 expect_text(0 "point z +0\\.0+ " "1 2\n4 5\n7 9\n")
 
+# An inscribed circle of an arc up to half a turn is not the circle of the arc.
+expect_text(0 "warning +the points cover half a circle at most" "5 0\n4 3\n3 4\n0 5\n" --feature circle --criterion mi)
+
 # What is refused, with the place and the expectation.
 expect_text(2 "points.txt: no points" "")
 expect_text(2 "no points in 2 lines" "a b c\n# 1 2 3\n")

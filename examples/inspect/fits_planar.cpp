@@ -184,11 +184,32 @@ Inspection CircumscribedCircle(const std::vector<Vec3>& points) {
       DescribeCircle);
 }
 
+// Seen from the centre of their least-squares circle, no point lies within half a turn.
+bool IsHalfCircleAtMost(const CNuPointArray& points) {
+  CNuCircle circle(1.0);
+  if (circle.FitEx(points, kMaxIterations) != NuFitSuccess) return false;
+  const Frame frame = FrameAlong(circle.GetCentre(), circle.GetNormal());
+  std::vector<double> angles;
+  for (int i = 0; i < points.GetSize(); ++i) {
+    const Vec3 from = ToVec3(points[i] - circle.GetCentre());
+    angles.push_back(std::atan2(Dot(from, frame.y), Dot(from, frame.x)));
+  }
+  std::sort(angles.begin(), angles.end());
+  double gap = Nu_2PI - (angles.back() - angles.front());
+  for (std::size_t i = 1; i < angles.size(); ++i) gap = std::max(gap, angles[i] - angles[i - 1]);
+  return gap >= Nu_PI;
+}
+
 Inspection InscribedCircle(const std::vector<Vec3>& points) {
   const double tol = SameLength(points);
   return FitAndDescribe(
       points, CNuCircle(1.0),
-      [tol](const CNuPointArray& array, CNuCircle* circle, Inspection*) { circle->FitMax(InTheirPlane(array), tol); },
+      [tol](const CNuPointArray& array, CNuCircle* circle, Inspection* result) {
+        const CNuPointArray planar = InTheirPlane(array);
+        circle->FitMax(planar, tol);
+        if (IsHalfCircleAtMost(planar))
+          result->warning = "the points cover half a circle at most: not the circle of the arc";
+      },
       DescribeCircle);
 }
 

@@ -71,6 +71,7 @@ struct Inspection {
   double sumSquares = 0;
   double seconds = 0;
   bool zoneIsRound = false;
+  std::string warning;  // what the result must not be taken for; mostly empty
   Frame frame;
   std::vector<Vec3> local;
   std::vector<double> deviations;

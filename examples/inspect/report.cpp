@@ -118,6 +118,7 @@ std::vector<Row> ReportRows(const Inspection& inspection, const ReportContext& c
     rows.push_back({"tolerance", Fixed(*context.tolerance, decimals), symbol});
     rows.push_back({"verdict", context.WithinTolerance(inspection) ? "within tolerance" : "OUT OF TOLERANCE", ""});
   }
+  if (!inspection.warning.empty()) rows.push_back({"warning", inspection.warning, ""});
   return rows;
 }
 

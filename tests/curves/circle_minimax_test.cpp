@@ -308,6 +308,14 @@ TEST(ZoneCircle, IsThatOfTheTorusForPointsInSpace) {
     EXPECT_EQ(circle.FitMinZoneEx(points, &again, 10.0, 1000), NuFitSuccess);
     EXPECT_LE(again, 1.2 * form);
   }
+  // No ring: the tube is thicker than its circle, and the inner circle shrinks to its centre.
+  CNuPointArray lattice(64);
+  for (int i = 0; i < 64; ++i) lattice.Add({i % 4 + 0.0, 0.9 * (i / 4 % 4), 0.8 * (i / 16)});
+  CNuCircle circle(7.0), inner(7.0), outer(7.0);
+  double form = -1.0;
+  circle.FitMinZone(lattice, &form, &inner, &outer, 1e-9, 1000);
+  EXPECT_GT(form, 2.0 * circle.GetRadius());
+  EXPECT_EQ(inner.GetRadius(), 0.0);
 }
 
 // Rigid motion, scale and order carry all three circles along; what encloses encloses, and the zone is never wider than

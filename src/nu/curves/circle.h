@@ -65,7 +65,9 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   // Maximum inscribed circle: the largest one in the least-squares plane of the points that has its centre in their
   // convex hull and none of them in its interior (M. I. Shamos, D. Hoey, FOCS 1975). Global, to rounding; of circles of
   // the same radius the one whose centre has the least coordinate along the x axis of the result, then along its y
-  // axis, whatever the order of the points. CNuBestfitException, named "CNuCircle", for which the circle stays as it
+  // axis, whatever the order of the points. Warning: points on an arc of up to 180 degrees have the centre of their
+  // circle outside their hull, so the result is a small circle beside the arc, not the circle of the arc: check that
+  // the points go farther around. CNuBestfitException, named "CNuCircle", for which the circle stays as it
   // was: cause 1 (size 3) below three points; cause 3 (size 3) for points on one line within `tol`; then as FitMin.
   // FitMaxEx does not throw; it makes `tol` the thread's NuGetLengthTol() for as long as it runs.
   void FitMax(const CNuPointArray& pts, double tol);
@@ -79,14 +81,14 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   // one whose centre has the least coordinate along the x axis of the result, then along its y axis. Points that are
   // not in one plane within `tol` get the circle and the position of the thinnest torus that holds them,
   // CNuTorSurf::FitMin; `form` is the diameter of its tube, and `inner` and `outer` are smaller and larger by half of
-  // that. Points on one line, or all closer together than `tol`, get the circle on their longest edge and form 0.
-  // CNuBestfitException, for which the circle and the outputs stay as they were: cause 13 for a limit below 1, before
-  // all else; cause 1 (size 1) without a point; cause 9 when rounding leaves no such centre, which takes points next to
-  // one line; cause 11 for coordinates that are not finite; cause 12 when the least-squares circle takes more than
-  // `maxiter` steps (above 50 it is used as far as it has come) or, named "FindMinimalAnnulus", the exchange looks at
-  // all points more than `maxiter` times; those of the torus, named as there. All others are named "CNuCircle"; where
-  // nothing is said the size is 0. FitMinZoneEx throws cause 13 only and makes `tol` the thread's NuGetLengthTol() for
-  // as long as it runs.
+  // that, with 0 for an `inner` that would be negative. Points on one line, or all closer together than `tol`, get the
+  // circle on their longest edge and form 0. CNuBestfitException, for which the circle and the outputs stay as they
+  // were: cause 13 for a limit below 1, before all else; cause 1 (size 1) without a point; cause 9 when rounding leaves
+  // no such centre, which takes points next to one line; cause 11 for coordinates that are not finite; cause 12 when
+  // the least-squares circle takes more than `maxiter` steps (above 50 it is used as far as it has come) or, named
+  // "FindMinimalAnnulus", the exchange looks at all points more than `maxiter` times; those of the torus, named as
+  // there. All others are named "CNuCircle"; where nothing is said the size is 0. FitMinZoneEx throws cause 13 only and
+  // makes `tol` the thread's NuGetLengthTol() for as long as it runs.
   void FitMinZone(const CNuPointArray& pts, double* form, double tol, long maxiter);
   void FitMinZone(const CNuPointArray& pts, double* form, CNuCircle* inner, CNuCircle* outer, double tol, long maxiter);
   ENuFitResult FitMinZoneEx(const CNuPointArray& pts, double* form, double tol, long maxiter);

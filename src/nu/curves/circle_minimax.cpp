@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 
 #include "nu/curves/circle.h"
@@ -166,7 +167,7 @@ Zone ZoneInSpace(const CNuPointArray& pts, double tol, long maxiter) {
   const double half = torus.GetMinorRadius();
   const Placement middle{radius, torus.GetAxis().GetPoint(), torus.GetRotation().GetRowVector(0),
                          torus.GetAxisDirection()};
-  return {middle, radius - half, radius + half, 2.0 * half};
+  return {middle, std::max(0.0, radius - half), radius + half, 2.0 * half};
 }
 
 Zone ZoneInPlane(const CNuPointArray& pts, const PlaneFrame& frame, long maxiter) {

@@ -1,5 +1,6 @@
 #include "nu/surfaces/internal/cylinder_minimax.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "nu/curves/circle.h"
@@ -177,7 +178,7 @@ void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuCylSur
   *inner = *this;
   *outer = *this;
   if (!(std::fabs(*zone) >= NuGetTol())) return;
-  inner->m_radius = middle - 0.5 * *zone;
+  inner->m_radius = std::max(0.0, middle - 0.5 * *zone);
   outer->m_radius = middle + 0.5 * *zone;
 }
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 
 #include "nu/curves/circle.h"
@@ -164,7 +165,7 @@ void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuSphSur
   *inner = *this;
   *outer = *this;
   if (!(std::fabs(*zone) >= NuGetTol())) return;
-  inner->m_radius = middle - 0.5 * *zone;
+  inner->m_radius = std::max(0.0, middle - 0.5 * *zone);
   outer->m_radius = middle + 0.5 * *zone;
 }
 
