@@ -576,6 +576,62 @@ TEST(PCurves, AreReadMovedAndCopied) {
   EXPECT_EQ(FailureOf([&] { eight.ToPolyline(-3); }), refused);
 }
 
+// What a caller needs of a curve that is millions long, or of any size, within a part.
+TEST(PCurves, AreUsedAtPartScale) {
+  Random random(708);
+  const CNuPoint low(-1.2, -0.9, -1.5), high(0.8, 1.1, 1.3);
+  const auto isInside = [&](const CNuPoint& p, double margin) {
+    return p.x() > low.x() - margin && p.x() < high.x() + margin && p.y() > low.y() - margin &&
+           p.y() < high.y() + margin && p.z() > low.z() - margin && p.z() < high.z() + margin;
+  };
+  int parts = 0;
+  for (int run = 0; run < 40; ++run) {
+    const double spread = run % 4 == 0 ? 1e-5 : 10.0;
+    const Surface a = RandomSurface(random, run % 2, 1.0, spread);
+    for (const auto& object : Common(a, RandomSurface(random, run % 3, 1.0, spread))) {
+      const auto& curve = As<CNuPCurve>(object);
+      double lower = 0.0, upper = 0.0, u = 0.0;
+      curve.GetRange().GetBounds(&lower, &upper);
+      const CNuPoint p = curve.ValueAt(random.Uniform(lower, upper));
+      const CNuPoint foot = curve.ClosestPoint(p, &u);
+      ASSERT_LE(p.DistanceTo(foot), 1e-13 * (1.0 + Size(p))) << run;
+      ASSERT_EQ(foot.DistanceTo(curve.ValueAt(u)), 0.0) << run;
+      CNuObjArray clipped(1);
+      Objects inside;
+      for (int i = 0, count = curve.ClipTo(low, high, &clipped); i < count; ++i) inside.emplace_back(clipped[i]);
+      parts += static_cast<int>(inside.size());
+      for (const auto& part : inside) {
+        const CNuPointArray points = As<CNuPCurve>(part).ToPointArray(50);
+        for (int i = 0; i < 50; ++i) ASSERT_TRUE(isInside(points[i], 1e-12)) << run;
+        const CNuPointArray chords = As<CNuPCurve>(part).ToPointArrayWithin(1e-3);
+        for (int i = 0; i < 50; ++i) {
+          double least = kInf;
+          for (int k = 1; k < chords.GetSize(); ++k) {
+            const CNuVector way = (chords[k] - chords[k - 1]).To3DVector();
+            const double t = ((points[i] - chords[k - 1]).To3DVector() % way) / (way % way);
+            least = std::min(least, points[i].DistanceTo(Along(chords[k - 1], way * std::min(1.0, std::max(0.0, t)))));
+          }
+          ASSERT_LE(least, 1e-3) << run;
+        }
+      }
+      for (int i = 0; i < 300; ++i) {
+        const CNuPoint q = curve.ValueAt(lower + i * ((upper - lower) / 300));
+        if (!isInside(q, -1e-9)) continue;
+        ASSERT_LE(DistanceTo(inside, q), 1e-13) << run;
+      }
+      const CNuPCurve part = curve.Part(CNuInterval(upper - 0.5, upper + 0.5, 0, 0));
+      EXPECT_LE(part.ValueAt(upper + 0.25).DistanceTo(curve.ValueAt(upper + 0.25)),
+                1e-13 * (1.0 + Size(curve.ValueAt(upper + 0.25))))
+          << run;
+    }
+  }
+  EXPECT_GT(parts, 20);
+  const CNuPCurve eight = OnlyCurve(CNuCylSurf(1.0), CNuSphSurf(2.0, {1, 0, 0}));
+  const std::string refused = "operation 12 conversion|CNuPCurve::ToPolyline/PointArray() [0,0]";
+  for (const double tol : {0.0, kNaN}) EXPECT_EQ(FailureOf([&] { eight.ToPolylineWithin(tol); }), refused);
+  EXPECT_TRUE(std::isnan(eight.ClosestPoint({kNaN, 0, 0}, nullptr).x()));
+}
+
 // Never above the distance of a sample, and on the way from the point to the curve, as far as it says.
 TEST(PCurves, DistancesAreLeast) {
   Random random(705);

@@ -5,6 +5,8 @@
 #include "nu/curves/internal/quadric_curve.h"
 #include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
+#include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/new_objects.h"
 #include "nu/geometry/internal/axis_frame.h"
 #include "nu/geometry/internal/directions.h"
 
@@ -89,4 +91,67 @@ CNuPointArray CNuPCurve::ToPointArray(int n) const {
 
 CNuPolyline CNuPCurve::ToPolyline(int n) const {
   return CNuPolyline(ToPointArray(n));
+}
+
+CNuPoint CNuPCurve::ClosestPoint(const CNuPoint& p, double* u) const {
+  const AxisFrame frame = AxesOf(GetFrame());
+  const Vec3 local = (1.0 / m_scale) * frame.Local(Components(p));
+  nu::internal::QuadricFoot foot{std::nan(""), {std::nan(""), std::nan(""), std::nan("")}};
+  if (nu::internal::IsFinite(local)) foot = m_curve->FootOf(local);
+  const nu::internal::QuadricPath& path = m_curve->path;
+  if (path.closed && foot.v >= path.upper) foot.v -= path.upper - path.lower;
+  if (path.closed && foot.v < path.lower) foot.v += path.upper - path.lower;
+  if (u) *u = path.closed ? foot.v : std::fmin(std::fmax(foot.v, path.lower), path.upper);
+  return World(frame, m_scale * foot.point);
+}
+
+CNuPointArray CNuPCurve::ToPointArrayWithin(double tol) const {
+  std::vector<double> samples;
+  if (tol > 0.0) samples = m_curve->SamplesWithin(tol / m_scale, nu::internal::kMostSamples);
+  if (samples.empty()) nu::internal::FailOperation(12, "conversion", "CNuPCurve::ToPolyline/PointArray()");
+  const AxisFrame frame = AxesOf(GetFrame());
+  CNuPointArray points(static_cast<int>(samples.size()));
+  for (const double u : samples) points.Add(World(frame, m_scale * m_curve->At(u)));
+  return points;
+}
+
+CNuPolyline CNuPCurve::ToPolylineWithin(double tol) const {
+  return CNuPolyline(ToPointArrayWithin(tol));
+}
+
+CNuPCurve CNuPCurve::Part(const CNuInterval& range) const {
+  const nu::internal::QuadricPath& path = m_curve->path;
+  double lower = 0.0;
+  double upper = 0.0;
+  range.GetBounds(&lower, &upper);
+  if (path.closed) {
+    upper = std::fmin(upper, lower + (path.upper - path.lower));
+  } else {
+    lower = std::fmax(lower, path.lower);
+    upper = std::fmin(upper, path.upper);
+  }
+  if (!(lower < upper) || !std::isfinite(lower + upper))
+    nu::internal::FailOperation(45, "calculation", "CNuPCurve::Part()");
+  const std::unique_ptr<CNuPCurve> part(
+      nu::internal::NewPCurve(m_curve->Part(lower, upper), AxesOf(GetFrame()), m_scale));
+  return *part;
+}
+
+int CNuPCurve::ClipTo(const CNuPoint& lower, const CNuPoint& upper, CNuObjArray* parts) const {
+  const AxisFrame frame = AxesOf(GetFrame());
+  const Vec3 axes[] = {
+      {frame.x.x, frame.y.x, frame.z.x}, {frame.x.y, frame.y.y, frame.z.y}, {frame.x.z, frame.y.z, frame.z.z}};
+  const Vec3 least = (1.0 / m_scale) * (Components(lower) - frame.origin);
+  const Vec3 most = (1.0 / m_scale) * (Components(upper) - frame.origin);
+  const std::vector<nu::internal::HalfSpace> box = {{axes[0], most.x},          {axes[1], most.y},
+                                                    {axes[2], most.z},          {-1.0 * axes[0], -least.x},
+                                                    {-1.0 * axes[1], -least.y}, {-1.0 * axes[2], -least.z}};
+  nu::internal::NewObjects found;
+  const nu::internal::QuadricPath& path = m_curve->path;
+  for (const nu::internal::QuadricRange& range : m_curve->Inside(box)) {
+    const bool isWhole = range.lower == path.lower && range.upper == path.upper;
+    found.push_back(std::unique_ptr<CNuObject>(
+        nu::internal::NewPCurve(isWhole ? *m_curve : m_curve->Part(range.lower, range.upper), frame, m_scale)));
+  }
+  return nu::internal::HandOver(std::move(found), parts);
 }

@@ -42,11 +42,28 @@ class NU_EXPORT CNuPCurve : public CNuCurve {
 
   // From the nearest point of the range.
   double DistanceTo(const CNuPoint& p) const;
+  // That point, of several as near one of them; `u` receives its parameter, unless it is null. NaN for a NaN.
+  CNuPoint ClosestPoint(const CNuPoint& p, double* u) const;
 
   // n points in even steps of u over the range, both ends included; the last of a closed curve is the first again.
   // n not from 2 to 10,000,000: CNuOperationException cause 12.
   CNuPointArray ToPointArray(int n) const;
   CNuPolyline ToPolyline(int n) const;
+  // Points, both ends included, whose polyline the curve leaves by no more than tol, or by the rounding of its
+  // coordinates. A tol that is not above 0, or one that asks for more than 10^7 points: CNuOperationException
+  // cause 12, "conversion".
+  CNuPointArray ToPointArrayWithin(double tol) const;
+  CNuPolyline ToPolylineWithin(double tol) const;
+
+  // The part with parameters in the range, which keep their meaning; it is not closed. The range is cut to that of an
+  // open curve. On a closed one it may begin anywhere, beyond the end too, and is cut to one turn. Nothing in common:
+  // CNuOperationException cause 45, "calculation".
+  CNuPCurve Part(const CNuInterval& range) const;
+  // Replaces the contents of the array by the parts inside the box between two corners in global coordinates, ordered
+  // by the parameter, as new CNuPCurve that the caller owns; returns their number. A closed curve that is inside is
+  // one. A part that is shorter than rounding, or touches the box from outside, is left out. A box with a NaN holds
+  // nothing.
+  int ClipTo(const CNuPoint& lower, const CNuPoint& upper, CNuObjArray* parts) const;
 
  private:
   friend CNuPCurve* nu::internal::NewPCurve(const nu::internal::QuadricCurve& curve,

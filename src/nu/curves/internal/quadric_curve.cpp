@@ -222,6 +222,7 @@ class NearestPoint {
       if (!MayBeNearer(before, sample) && !MayBeNearer(sample, after)) continue;
       Descend(before.v > sample.v ? before.v - wrap : before.v, after.v < sample.v ? after.v + wrap : after.v);
     }
+    Polish(wrap);
     return m_best;
   }
 
@@ -287,6 +288,32 @@ class NearestPoint {
         second = At(right - kGolden * (right - left));
       }
     }
+  }
+
+  // The way along the tangent of the curve, which points as the parameter grows, that is left to the foot.
+  double Ahead(double v, Vec3 forwards) {
+    const Vec3 at = m_curve.At(v);
+    const Vec3 along = Cross(m_curve.pair.base.OffsetOf(at).normal, m_curve.pair.other.OffsetOf(at).normal);
+    return Dot(m_p - at, Dot(along, forwards) < 0.0 ? -1.0 * along : along);
+  }
+
+  // The distance is stationary at the foot, and tells its parameter to half the digits; the tangent tells it to all.
+  void Polish(double range) {
+    constexpr double kHalf = 1e-7;
+    constexpr int kSteps = 60;
+    const double guess = m_best.v;
+    double left = guess - kHalf * range;
+    double right = guess + kHalf * range;
+    const Vec3 forwards = m_curve.At(right) - m_curve.At(left);
+    if (!(Ahead(left, forwards) > 0.0) || !(Ahead(right, forwards) < 0.0)) return;
+    for (int step = 0; step < kSteps; ++step) {
+      const double middle = 0.5 * (left + right);
+      (Ahead(middle, forwards) > 0.0 ? left : right) = middle;
+    }
+    const double v = 0.5 * (left + right);
+    const Vec3 at = m_curve.At(v);
+    const double distance = Norm(at - m_p);
+    if (distance <= m_best.distance * (1.0 + kHalf)) m_best = {v, at, std::fmin(distance, m_best.distance)};
   }
 
   const QuadricCurve& m_curve;

@@ -108,6 +108,17 @@ struct QuadricFoot {
   double distance = HUGE_VAL;
 };
 
+// The points p with normal p <= height.
+struct HalfSpace {
+  Vec3 normal;  // of unit length
+  double height = 0.0;
+};
+
+struct QuadricRange {
+  double lower = 0.0;
+  double upper = 0.0;
+};
+
 struct QuadricCurve {
   // h +- times the square root of the discriminant, with its sign along the path.
   double RootAt(double v) const;
@@ -119,6 +130,14 @@ struct QuadricCurve {
   Vec3 At(double v) const;
   QuadricFoot FootOf(Vec3 p) const;
 
+  // Between two parameters, no more than a turn of a closed curve apart; they keep their meaning.
+  QuadricCurve Part(double from, double to) const;
+  // Parameters, both ends included, between which no chord is farther from the curve than the tolerance; none where
+  // more than `most` are needed.
+  std::vector<double> SamplesWithin(double tol, std::size_t most) const;
+  // The ranges on which the curve is inside all half-spaces.
+  std::vector<QuadricRange> Inside(const std::vector<HalfSpace>& spaces) const;
+
   // Nodes for a curve that is described by its path.
   void AddNodes();
   // Their points.
@@ -129,6 +148,7 @@ struct QuadricCurve {
   std::vector<QuadricNode> nodes;  // ascending in v, from the lower end or before it to the upper one or beyond
 
  private:
+  std::vector<double> NodesWithin() const;
   std::size_t StretchOf(double v) const;
   QuadricPlace PlaceAt(std::size_t stretch, double v) const;
   QuadricPlace PlaceAcross(const QuadricNode& from, const QuadricNode& to, double share) const;
