@@ -12,8 +12,9 @@
 // a power of the distance times a power series, also with a logarithm, they are sums of geometric sequences, which it
 // removes one by one. The error is what the last two steps changed, and what rounding of the distances leaves.
 //
-// The limit says nothing about an edge between the last half and c. Therefore the probes, which go on to the last
-// double, must follow one law: on a logarithmic scale, their third differences vanish.
+// The limit says nothing about an edge between the last half and c. Therefore the values at distances that fall
+// geometrically from the width of the panel to the last double, where the probes are, must follow one law, and what
+// they differ from it counts as error.
 
 namespace nu::internal {
 
@@ -31,8 +32,11 @@ constexpr double kTrust = 6.0;
 constexpr double kAmplification = 6.0;
 // The halvings end where distances have this relative error.
 constexpr double kRoughest = 1e-6;
-// Third difference of the logarithms that mixtures of two powers and logarithms reach; and the rounding errors of the
-// probes' distances, in units of double, and relative to them when the probes say nothing any more.
+// Distances fall by this ratio, that of the probes, from this share of the width.
+constexpr double kRatio = 4.0;
+constexpr double kFarthest = 0.125;
+// No law is so loose; and the rounding errors of the probes' distances, in units of double, and relative to them when
+// the probes say nothing any more.
 constexpr double kLawful = 0.02;
 constexpr double kProbeRoundings = 16.0;
 constexpr double kMostRoundings = 0.1;
@@ -67,41 +71,54 @@ class Epsilon {
   int m_count = 0;
 };
 
-// The third difference of the logarithms of values whose distances form a geometric sequence.
+// The value at a distance that is a quarter of the one before, and whether the logarithm of four such follows
+//   a + b log d + c d,
+// a power times a straight line. A jump by a share of the value shows as that share.
 class Law {
  public:
-  bool Holds(double value, double roundings) {
-    if (!std::isfinite(value) || value == 0.0) return false;
-    std::rotate(m_logarithm.begin(), m_logarithm.begin() + 1, m_logarithm.end());
-    m_logarithm[3] = std::log(std::fabs(value));
-    const double third = (m_logarithm[3] - m_logarithm[0]) - 3.0 * (m_logarithm[2] - m_logarithm[1]);
-    return ++m_known < 4 || std::fabs(third) <= kLawful + roundings;
+  // What is not so, beyond rounding.
+  double Excess(double value, double roundings) {
+    if (!std::isfinite(value) || value == 0.0) return std::numeric_limits<double>::infinity();
+    std::rotate(m_log.begin(), m_log.begin() + 1, m_log.end());
+    m_log[3] = std::log(std::fabs(value));
+    if (++m_known < 4) return 0.0;
+    const double before = (m_log[2] - m_log[1]) - (m_log[1] - m_log[0]);
+    const double now = (m_log[3] - m_log[2]) - (m_log[2] - m_log[1]);
+    return std::max(std::fabs(now - 0.25 * before) - roundings, 0.0);
   }
   bool IsKnown() const { return m_known >= 4; }
 
  private:
-  std::array<double, 4> m_logarithm{};
+  std::array<double, 4> m_log{};
   int m_known = 0;
 };
 
-// From the panel's own reach down to the last double that tells its distance.
-bool FollowOneLaw(const Integrand& f, double c, double signedWidth, double resolution, Probes probes, long* samples) {
+// What may be missed between the distances that are seen, from the panel's own reach down to the last double that tells
+// its distance: the excess over the law times all that lies nearer. Infinite where there is no law. A jump shows at
+// three places in succession, so the first probe, whose law reaches too far into the panel, need not count.
+double ErrorOfLaw(const Integrand& f, double c, double signedWidth, double resolution, Probes probes, long* samples) {
+  constexpr double kInfinite = std::numeric_limits<double>::infinity();
   Law law;
-  if (probes.empty()) return false;
+  if (probes.empty()) return kInfinite;
   const double nearest = probes.front().distance;
-  const double ratio = probes.front().before / nearest;
   double distance = nearest;
-  while (distance * ratio < 0.5 * std::fabs(signedWidth)) distance *= ratio;
-  for (; distance > nearest * std::sqrt(ratio); distance /= ratio) {
+  while (distance < kFarthest * std::fabs(signedWidth)) distance *= kRatio;
+  for (; distance > 2.0 * nearest; distance /= kRatio) {
     ++*samples;
-    if (!law.Holds(f(c + std::copysign(distance, signedWidth)).value, 0.0)) return false;
+    if (law.Excess(f(c + std::copysign(distance, signedWidth)).value, 0.0) > kLawful) return kInfinite;
   }
+  double nearer = 0.0;
+  for (const Probe& probe : probes) nearer += std::fabs(probe.value) * probe.before;
+  double error = 0.0;
   for (const Probe& probe : probes) {
     const double roundings = kProbeRoundings * resolution / probe.distance;
     if (roundings > kMostRoundings) break;
-    if (!law.Holds(probe.value, roundings)) return false;
+    const double excess = law.Excess(probe.value, roundings);
+    if (!(excess <= kLawful)) return kInfinite;
+    if (probe.distance < nearest) error += excess * nearer;
+    nearer -= std::fabs(probe.value) * probe.before;
   }
-  return law.IsKnown();
+  return law.IsKnown() && std::isfinite(error) ? error : kInfinite;
 }
 
 }  // namespace
@@ -111,10 +128,11 @@ Panel ExtrapolatedPanel(const Integrand& f, double lo, double hi, bool atLo, dou
   Panel panel{.lo = lo, .hi = hi};
   const double c = atLo ? lo : hi;
   const double resolution = kEpsilon * std::fabs(c);
-  if (!FollowOneLaw(f, c, atLo ? hi - lo : lo - hi, resolution, probes, samples)) return panel;
+  const double unseen = ErrorOfLaw(f, c, atLo ? hi - lo : lo - hi, resolution, probes, samples);
+  if (!(unseen <= goal)) return panel;
   Epsilon limit;
   CompensatedSum sum;
-  double error = 0.0;
+  double error = unseen;
   double best = std::numeric_limits<double>::infinity();
   std::array<double, 4> estimate{};
   double before = 0.0;
