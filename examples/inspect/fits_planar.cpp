@@ -51,7 +51,7 @@ CNuPointArray InTheirPlane(const CNuPointArray& points) {
 template<typename Conic>
 double SignedDistance(const Vec3& p, const Conic& curve) {
   const CNuPoint inPlane(p[0], p[1], 0);
-  const double distance = inPlane.DistanceTo(curve);
+  const double distance = curve.DistanceTo(inPlane);
   return inPlane.CurveSide(curve, 0) == CNuGeometry::SIDE_OUTSIDE ? distance : -distance;
 }
 

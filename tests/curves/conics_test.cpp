@@ -86,8 +86,8 @@ struct Shape {
                        : CNuPoint(t * t, 2 * t);
   }
   double DistanceFrom(const CNuPoint& p) const {
-    if (kind == 0) return p.DistanceTo(CNuEllipse(1, b));
-    return kind == 1 ? p.DistanceTo(CNuHyperbola(1, b)) : p.DistanceTo(CNuParabola(1));
+    if (kind == 0) return CNuEllipse(1, b).DistanceTo(p);
+    return kind == 1 ? CNuHyperbola(1, b).DistanceTo(p) : CNuParabola(1).DistanceTo(p);
   }
   int SideOf(const CNuPoint& p, double tol) const {
     if (kind == 0) return p.CurveSide(CNuEllipse(1, b), tol);
@@ -156,9 +156,9 @@ TEST(Conics, NoPointOfTheCurveIsCloser) {
 TEST(Conics, DistancesInSpaceAndAtTheLimits) {
   const CNuVector x(0, 1, 0), normal(1, 0, 0);
   const CNuEllipse ellipse(5, 3, CNuPoint(1000, 0, 0), x, normal);
-  EXPECT_EQ(CNuPoint(1004, 0, 0).DistanceTo(ellipse), 5.0);
-  EXPECT_EQ(CNuPoint(1000, 8, 0).DistanceTo(ellipse), 3.0);
-  EXPECT_EQ(CNuPoint(1004, 8, 0).DistanceTo(ellipse), 5.0);
+  EXPECT_EQ(ellipse.DistanceTo(CNuPoint(1004, 0, 0)), 5.0);
+  EXPECT_EQ(ellipse.DistanceTo(CNuPoint(1000, 8, 0)), 3.0);
+  EXPECT_EQ(ellipse.DistanceTo(CNuPoint(1004, 8, 0)), 5.0);
   EXPECT_EQ(CNuPoint(1000 + 1e-13, 8, 0).CurveSide(ellipse, 1e-3), CNuGeometry::SIDE_OUTSIDE);
   EXPECT_EQ(FailureOf([] { CNuPoint().CurveSide(CNuPlane(), 1.0); }),
             "operation 45 calculation|CNuPoint::CurveSide() [0,0]");
@@ -166,9 +166,9 @@ TEST(Conics, DistancesInSpaceAndAtTheLimits) {
   for (const double large : {1e-310, 1e-160, 1e160, 1e308, kInf, kNan}) {
     for (const double b : {1e-300, 1.0, 1e300}) {
       for (const CNuPoint& p : {CNuPoint(large, 0), CNuPoint(0, large), CNuPoint(large, -large), CNuPoint(1, 1)}) {
-        p.DistanceTo(CNuEllipse(std::fmax(b, 1.0), std::fmin(b, 1.0)));
-        p.DistanceTo(CNuHyperbola(1, b));
-        p.DistanceTo(CNuParabola(b));
+        CNuEllipse(std::fmax(b, 1.0), std::fmin(b, 1.0)).DistanceTo(p);
+        CNuHyperbola(1, b).DistanceTo(p);
+        CNuParabola(b).DistanceTo(p);
       }
     }
   }
@@ -264,8 +264,8 @@ TEST(Conics, SamplesLieOnTheCurveFromEndToEnd) {
     const CNuPolyline branch = hyperbola.ToPolyline(7, -1.5, 2.5, part);
     const CNuPointArray side = parabola.ToPointArray(7, -3, 6, part);
     for (int i = 0; i < 7; ++i) {
-      EXPECT_LE(branch[i].DistanceTo(hyperbola), 1e-13);
-      EXPECT_LE(side[i].DistanceTo(parabola), 1e-13);
+      EXPECT_LE(hyperbola.DistanceTo(branch[i]), 1e-13);
+      EXPECT_LE(parabola.DistanceTo(side[i]), 1e-13);
     }
     EXPECT_LE(branch[6].DistanceTo(CNuPoint(10, 20 + sign * 5 * std::cosh(2.5), 30 + 3 * std::sinh(2.5))), 1e-13);
     EXPECT_LE(branch[0].DistanceTo(CNuPoint(10, 20 + sign * 5 * std::cosh(1.5), 30 - 3 * std::sinh(1.5))), 1e-13);
@@ -306,9 +306,9 @@ struct Fitted {
     const CNuHyperbola hyperbola(a, kind == 1 ? b : 1, origin, x, normal);
     const CNuParabola parabola(a, origin, x, normal);
     for (int i = 0; i < points.GetSize(); ++i) {
-      const double d = kind == 0   ? points[i].DistanceTo(ellipse)
-                       : kind == 1 ? points[i].DistanceTo(hyperbola)
-                                   : points[i].DistanceTo(parabola);
+      const double d = kind == 0   ? ellipse.DistanceTo(points[i])
+                       : kind == 1 ? hyperbola.DistanceTo(points[i])
+                                   : parabola.DistanceTo(points[i]);
       sum += d * d;
     }
     return sum;

@@ -6,12 +6,20 @@
 #include <functional>
 #include <string>
 
-#include "nu/curves/bounded_curve.h"
 #include "nu/curves/circle.h"
+#include "nu/curves/circular_arc.h"
+#include "nu/curves/composite_curve.h"
+#include "nu/curves/ellipse.h"
+#include "nu/curves/hyperbola.h"
+#include "nu/curves/line_segment.h"
+#include "nu/curves/parabola.h"
+#include "nu/curves/polyline.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/line.h"
 #include "nu/geometry/plane.h"
 #include "nu/geometry/point.h"
+#include "nu/surfaces/cone.h"
+#include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/sphere.h"
 #include "support/clouds.h"
 #include "support/failures.h"
@@ -162,6 +170,54 @@ TEST(PointRelations, DispatchByTypeAndRefuseWhatIsMissing) {
     EXPECT_EQ(FailureOf([&] { p.ProjectionOn(OneSurface(type)); }), missing("ProjectionOn")) << type;
     EXPECT_EQ(FailureOf([&] { p.SurfaceSide(OneSurface(type), 0.1); }), missing("SurfaceSide")) << type;
   }
+  EXPECT_EQ(FailureOf([&] { p.DistanceTo(CNuEllipse(2, 1)); }), missing("DistanceTo")) << "conics have their own";
+  EXPECT_EQ(FailureOf([&] { p.DistanceTo(CNuHyperbola(2, 1)); }), missing("DistanceTo"));
+  EXPECT_EQ(FailureOf([&] { p.DistanceTo(CNuParabola(1)); }), missing("DistanceTo"));
+}
+
+// A copy of a base class keeps the type code of its source without being one, and so does an object to which another
+// class was assigned through a base. None is taken for what its code says.
+TEST(PointRelations, RefuseSlices) {
+  CNuCompositeCurve chain;
+  chain.AddSegment(CNuLineSegment(CNuPoint(), CNuPoint(1, 0, 0)), NuTrue);
+  const CNuCircle circle(1);
+  const CNuEllipse ellipse(2, 1);
+  const CNuHyperbola hyperbola(2, 1);
+  const CNuParabola parabola(1);
+  const CNuLineSegment segment;
+  const CNuCircularArc arc(CNuPoint(), CNuPoint(1, 0, 0), CNuPoint(0, 1, 0), NuTrue);
+  const CNuPolyline polyline = circle.ToPolyline(9);
+  const CNuPlane plane;
+  const CNuSphSurf sphere(1);
+  const CNuCylSurf cylinder(1);
+  const CNuConSurf cone(30);
+  const CNuPoint p(3, 4, 5);
+  CNuPolyline posing = polyline;
+  CNuPoint q;
+  const auto refuses = [](auto call) { return FailureOf(call).substr(0, 13) == "operation 45 "; };
+  const std::initializer_list<const CNuCurve*> curves = {&circle,  &ellipse, &hyperbola, &parabola,
+                                                         &segment, &arc,     &polyline,  &chain};
+  for (const CNuCurve* curve : curves) {
+    const CNuCurve slice(*curve);
+    EXPECT_EQ(slice.GetType(), curve->GetType());
+    EXPECT_TRUE(refuses([&] { p.DistanceTo(slice); })) << slice.GetType();
+    EXPECT_TRUE(refuses([&] { p.CurveSide(slice, 0.1); })) << slice.GetType();
+    CNuCircle changed(7);
+    static_cast<CNuObject&>(changed) = *curve;
+    EXPECT_EQ(refuses([&] { p.DistanceTo(changed); }), curve != &circle) << curve->GetType();
+    EXPECT_EQ(refuses([&] { p.CurveSide(changed, 0.1); }), curve != &circle) << curve->GetType();
+    if (curve == &polyline || curve == &chain) continue;
+    static_cast<CNuObject&>(posing) = *curve;
+    EXPECT_TRUE(refuses([&] { chain.AddSegment(posing, NuTrue); })) << curve->GetType();
+    EXPECT_TRUE(refuses([&] { segment.DistanceTo(&posing, &q, &q); })) << curve->GetType();
+  }
+  for (const CNuSurface* surface : std::initializer_list<const CNuSurface*>{&sphere, &cylinder, &cone}) {
+    const CNuSurface slice(*surface);
+    EXPECT_TRUE(refuses([&] { p.DistanceTo(slice); })) << slice.GetType();
+    EXPECT_TRUE(refuses([&] { p.ProjectionOn(slice); })) << slice.GetType();
+    EXPECT_TRUE(refuses([&] { p.SurfaceSide(slice, 0.1); })) << slice.GetType();
+  }
+  EXPECT_TRUE(refuses([&] { p.SurfaceSide(CNuGeometry(plane), 0.1); }));
 }
 
 TEST(PointRelations, Sides) {

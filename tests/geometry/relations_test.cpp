@@ -7,12 +7,14 @@
 #include <tuple>
 
 #include "nu/curves/circle.h"
+#include "nu/curves/line_segment.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/object_array.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/line.h"
 #include "nu/geometry/plane.h"
 #include "nu/geometry/point_array.h"
+#include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/sphere.h"
 #include "support/clouds.h"
 #include "support/failures.h"
@@ -333,24 +335,69 @@ TEST(Relations, TellAnglesAndParallelismInTheirUnits) {
   EXPECT_EQ(x.AngleWith(xy), 90.0);
   EXPECT_EQ(xy.AngleWith(below), 180.0);
   const CNuLine nearly(CNuPoint(0, 7, 3), CNuVector(-1, 1e-3, 0));
-  EXPECT_EQ(x.IsParallelTo(nearly, 1.001e-3), NuTrue);
-  EXPECT_EQ(x.IsParallelTo(nearly, 0.999e-3), NuFalse);
+  const double off = 1e-3 * 180 / Nu_PI;  // degrees
+  EXPECT_EQ(x.IsParallelTo(nearly, 1.001 * off), NuTrue);
+  EXPECT_EQ(x.IsParallelTo(nearly, 0.999 * off), NuFalse);
   EXPECT_EQ(x.IsParallelTo(xy, 1e-12), NuTrue);
-  EXPECT_EQ(x.IsParallelTo(CNuPlane(CNuPoint(), CNuVector(1e-3, 0, 1)), 0.999e-3), NuFalse);
+  EXPECT_EQ(x.IsParallelTo(CNuPlane(CNuPoint(), CNuVector(1e-3, 0, 1)), 0.999 * off), NuFalse);
   EXPECT_EQ(x.IsCoplanarWith(nearly, 1e-12, 1e-9), NuTrue);
   EXPECT_EQ(x.IsCoplanarWith(tilted, 1e-12, 3.0), NuFalse);  // the distance is exactly 3: not below
   EXPECT_EQ(x.IsCoplanarWith(tilted, 1e-12, 3.1), NuTrue);
-  EXPECT_EQ(x.IsCoplanarWith(tilted, 0.8, 1e-9), NuTrue);
+  EXPECT_EQ(x.IsCoplanarWith(tilted, 45.1, 1e-9), NuTrue);
   EXPECT_EQ(xy.DistanceTo(below), 2.0);
   EXPECT_EQ(x.DistanceTo(below), 2.0);
   EXPECT_EQ(x.DistanceTo(CNuPlane(CNuPoint(9, 9, 9), CNuVector(1, 0, 1))), 0.0);
   EXPECT_EQ(xy.IsEqual(below, 1e-12, 2.1), NuTrue);
   EXPECT_EQ(xy.IsEqual(below, 1e-12, 2.0), NuFalse);
-  EXPECT_EQ(xy.IsEqual(CNuPlane(CNuPoint(0, 0, 3), CNuVector(0, 1e-3, 1)), 0.999e-3, 1e-9), NuFalse);
+  EXPECT_EQ(xy.IsEqual(CNuPlane(CNuPoint(0, 0, 3), CNuVector(0, 1e-3, 1)), 0.999 * off, 1e-9), NuFalse);
   const CNuLine z(CNuPoint(1, 1, 1), CNuVector(0, 0, 1));
   EXPECT_EQ(FailureOf([&] { z.MidLine(xy); }), "operation 22 calculation|CNuLine::MidLine(CNuPlane) [0,0]");
   EXPECT_EQ(FailureOf([&] { x.MidPlane(x); }), "operation 23 calculation|CNuLine::MidPlane(CNuLine) [0,0]");
   EXPECT_EQ(FailureOf([&] { xy.MidPlane(z); }), "operation 24 calculation|CNuPlane::MidPlane(CNuLine) [0,0]");
+}
+
+// One tolerance, in degrees, decides for all pairs of features; each row says 1 for parallel ones.
+TEST(Relations, DecideOnParallelismByDegrees) {
+  const double tol = 1.0;
+  NuSetDegreeTol(tol);
+  NuSetRadianTol(1.0);
+  for (const double angle : {0.99 * tol, 1.01 * tol}) {
+    const int parallel = angle < tol ? 1 : 0;
+    const double c = std::cos(angle * Nu_PI / 180), s = std::sin(angle * Nu_PI / 180);
+    const CNuVector z(0, 0, 1), tilted(0, s, c), flat(c, 0, s);
+    const CNuPoint o, p(3, 0, 0);
+    const CNuLine axis(o, z), line(p, tilted), nearlyIn(CNuPoint(0, 0, 1), flat);
+    const CNuPlane plane(o, z), leaning(CNuPoint(0, 0, 2), tilted);
+    const CNuLineSegment segment(o, CNuPoint(0, 0, 1));
+    CNuPoint q;
+    CNuLine common;
+    CNuObjArray found(2);
+    EXPECT_EQ(axis.IsParallelTo(line, tol), parallel);
+    EXPECT_EQ(nearlyIn.IsParallelTo(plane, tol), parallel);
+    EXPECT_EQ(plane.IsParallelTo(leaning, tol), parallel);
+    EXPECT_EQ(plane.IsEqual(leaning, tol, 2.1), parallel);
+    EXPECT_EQ(axis.IsCoplanarWith(line, tol, 1e-9), parallel);
+    EXPECT_EQ(axis.ClosestPointsTo(line, &q), 1 - parallel);
+    EXPECT_EQ(nearlyIn.IntersectWith(plane, &q), 1 - parallel);
+    EXPECT_EQ(nearlyIn.DistanceTo(plane) > 0, parallel);
+    EXPECT_EQ(plane.IntersectWith(leaning, &common), 1 - parallel);
+    EXPECT_EQ(plane.DistanceTo(leaning) > 0, parallel);
+    EXPECT_EQ(segment.IntersectWith(CNuLine(o, tilted), &q), 1 - parallel);
+    EXPECT_EQ(line.IntersectWith(CNuCylSurf(5), &q, &q), 2 * (1 - parallel));
+    EXPECT_EQ(line.DistanceTo(CNuCylSurf(5)) > 0, parallel);
+    const auto expectFirst = [&](CNuObject::ENuObjectType type) {
+      ASSERT_GT(found.GetSize(), 0);
+      EXPECT_EQ(found[0]->GetType(), type);
+      for (int i = 0; i < found.GetSize(); ++i) delete found[i];
+    };
+    CNuPlane(o, CNuVector(0, c, -s)).IntersectWith(CNuCylSurf(5), &found);
+    expectFirst(parallel ? CNuObject::NuTypeLine : CNuObject::NuTypeEllipse);
+    const CNuCylSurf tube(5, p, tilted);  // a common line of so coarse a tolerance is on neither
+    EXPECT_EQ(FailureOf([&] { CNuCylSurf(5).IntersectWith(tube, &found); }) != "nothing", parallel);
+    if (!parallel) expectFirst(CNuObject::NuTypePCurve);
+  }
+  NuSetDegreeTol(2.777777777778e-10);
+  NuSetRadianTol(4.848136811094e-12);
 }
 
 TEST(Circles, DivideEvenlyFromTheirXAxis) {
@@ -388,7 +435,7 @@ TEST(Relations, EndOnAnyInput) {
     CNuLine common;
     CNuObjArray found(1);
     NuSetLengthTol(pick());
-    NuSetRadianTol(pick());
+    NuSetDegreeTol(pick());
     const auto run = [&](auto call) { answers += FailureOf(call) == "nothing" ? 1 : 0; };
     const CNuLine line(c, CNuVector(1, 2, 3)), second(d, CNuVector(1, 2, random.Below(2) + 2.0));
     const CNuPlane plane(d, CNuVector(3, 2, 1)), other(c, CNuVector(3, 2, random.Below(2) + 1.0));
@@ -405,7 +452,7 @@ TEST(Relations, EndOnAnyInput) {
     for (int k = 0; k < found.GetSize(); ++k) delete found[k];
   }
   NuSetLengthTol(1e-12);
-  NuSetRadianTol(4.848136811094e-12);
+  NuSetDegreeTol(2.777777777778e-10);
   EXPECT_GT(answers, 8000);
 }
 

@@ -9,6 +9,7 @@
 #include "nu/nu.h"
 #include "support/clouds.h"
 #include "support/failures.h"
+#include "support/object_distance.h"
 
 namespace {
 
@@ -58,12 +59,6 @@ CNuPointArray PointsOf(const CNuObject& object, double size) {
   return points;
 }
 
-double DistanceTo(const CNuObject& object, const CNuPoint& p) {
-  if (object.GetType() == CNuObject::NuTypePoint) return p.DistanceTo(As<CNuPoint>(object));
-  if (object.GetType() == CNuObject::NuTypeLine) return p.DistanceTo(As<CNuLine>(object));
-  return p.DistanceTo(As<CNuCurve>(object));
-}
-
 double Largest(const CNuPoint& p) {
   return std::max({std::fabs(p.x()), std::fabs(p.y()), std::fabs(p.z())});
 }
@@ -86,7 +81,7 @@ double WorstOf(const Objects& section, const CNuPlane& plane, const Surface& sur
     if (std::fabs(generator.GetDirection() % plane.GetNormal()) < kSteep) continue;
     if (plane.IntersectWith(generator, &p) == 0) continue;
     double nearest = std::numeric_limits<double>::infinity();
-    for (const auto& object : section) nearest = std::min(nearest, DistanceTo(*object, p));
+    for (const auto& object : section) nearest = std::min(nearest, DistanceToObject(*object, p));
     worst = std::max(worst, kSteep * nearest / std::max(extent, Largest(p)));
   }
   return worst;
@@ -211,7 +206,7 @@ TEST(PlaneSections, EndOnAnyInput) {
   const auto pick = [&] { return odd[random.Below(7)]; };
   for (int run = 0; run < 3000; ++run) {
     NuSetLengthTol(pick());
-    NuSetRadianTol(pick());
+    NuSetDegreeTol(pick());
     const CNuPlane plane(CNuPoint(pick(), pick(), pick()), CNuVector(1, random.Below(2), random.Below(2)));
     const CNuPoint p(pick(), pick(), pick());
     const CNuConSurf cone(angles[random.Below(4)], p, CNuVector(0, 1, random.Below(2)));
@@ -227,7 +222,7 @@ TEST(PlaneSections, EndOnAnyInput) {
               "nothing");
   }
   NuSetLengthTol(1e-12);
-  NuSetRadianTol(4.848136811094e-12);
+  NuSetDegreeTol(2.777777777778e-10);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "nu/nu.h"
 #include "support/clouds.h"
 #include "support/failures.h"
+#include "support/object_distance.h"
 
 namespace {
 
@@ -91,13 +92,7 @@ CNuPointArray PointsOf(const std::unique_ptr<CNuObject>& object) {
 
 double DistanceTo(const Objects& objects, const CNuPoint& p) {
   double least = kInf;
-  for (const auto& object : objects) {
-    const auto type = object->GetType();
-    least = std::min(least, type == CNuObject::NuTypePoint    ? p.DistanceTo(As<CNuPoint>(object))
-                            : type == CNuObject::NuTypeLine   ? p.DistanceTo(As<CNuLine>(object))
-                            : type == CNuObject::NuTypePCurve ? As<CNuPCurve>(object).DistanceTo(p)
-                                                              : p.DistanceTo(As<CNuCurve>(object)));
-  }
+  for (const auto& object : objects) least = std::min(least, DistanceToObject(*object, p));
   return least;
 }
 

@@ -21,6 +21,7 @@ using nu::internal::DoubleDouble;
 using nu::internal::FailOperation;
 using nu::internal::IsParallel;
 using nu::internal::LargestComponent;
+using nu::internal::ParallelTol;
 using nu::internal::Placement;
 using nu::internal::SafeNorm;
 using nu::internal::ToPoint;
@@ -40,12 +41,12 @@ constexpr const char* kOffset = "CNuCircularArc::Offset()";
 // Directions that come from coordinates of this size at this distance are off by some roundings of that.
 double AngularTol(double size, double distance) {
   constexpr double kRoundings = 8.0;
-  return std::max(NuGetRadianTol(), kRoundings * DBL_EPSILON * std::max(1.0, size / distance));
+  return std::max(ParallelTol(), kRoundings * DBL_EPSILON * std::max(1.0, size / distance));
 }
 
 // The one of two opposite normals that stands for the plane.
 bool PointsUp(Vec3 n) {
-  const double tol = NuGetRadianTol();
+  const double tol = ParallelTol();
   if (std::fabs(n.z) > tol) return n.z > 0.0;
   return std::fabs(n.y) > tol ? n.y > 0.0 : n.x > 0.0;
 }

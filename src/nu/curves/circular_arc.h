@@ -16,19 +16,19 @@ Arc3 DataOf(const CNuCircularArc& arc);
 
 // A part of a circle, up to all of it. It is defined by its centre, its ends, its normal and whether it runs
 // counter-clockwise seen from the tip of that: so that an arc in a plane z = const has the normal (0, 0, 1) whatever
-// its sweep, normals have a positive z component; where that is 0 within NuGetRadianTol() a positive y, then x
+// its sweep, normals have a positive z component; where that is 0 within NuGetDegreeTol() a positive y, then x
 // component. A motion may so turn normal and sense around, together. Its frame has the axes of the global frame and its
 // origin in the centre.
 class NU_EXPORT CNuCircularArc : public CNuBoundedCurve {
  public:
   // From start to end around the centre, NuTrue counter-clockwise about the normal. Ends that coincide make a full
-  // turn. A full and a half turn, the latter within NuGetRadianTol(), leave the plane open: they get the normal
+  // turn. A full and a half turn, the latter within NuGetDegreeTol(), leave the plane open: they get the normal
   // (0, 0, 1) or the one closest to it; around a diameter along the z axis, the x axis. Distances of the ends from the
   // centre that differ by more than NuGetLengthTol(), or the rounding of the coordinates, that are zero within it or
   // not finite: CNuConstructionException cause 12.
   CNuCircularArc(const CNuPoint& centre, const CNuPoint& start, const CNuPoint& end, ENuBoolean sense);
   // From p1 over p2 to p3. Two points that coincide, no coordinate NuGetLengthTol() or more apart:
-  // CNuConstructionException cause 10; points on one line, within NuGetRadianTol(), or not finite: cause 12.
+  // CNuConstructionException cause 10; points on one line, within NuGetDegreeTol(), or not finite: cause 12.
   CNuCircularArc(const CNuPoint& p1, const CNuPoint& p2, const CNuPoint& p3);
 
   CNuPoint GetCentre() const;
@@ -56,7 +56,7 @@ class NU_EXPORT CNuCircularArc : public CNuBoundedCurve {
   double DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const override;
   double DistanceTo(const CNuPoint& p) const override;
   double Length() const override;
-  // An arc around the same centre. A normal that is not the arc's, either way, within NuGetRadianTol(): cause 45,
+  // An arc around the same centre. A normal that is not the arc's, either way, within NuGetDegreeTol(): cause 45,
   // "Offset of non-planar curve"; no radius above NuGetLengthTol() would be left: cause 27, "Offset".
   CNuBoundedCurve* Offset(double distance, const CNuVector& normal, int shape) override;
   CNuBoundedCurve* Offset(double distance) override;

@@ -12,12 +12,14 @@
 #include "nu/curves/line_segment.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/downcast.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/internal/incidence.h"
 #include "nu/geometry/internal/point_blocks.h"
 
 using nu::internal::Arc3;
+using nu::internal::As;
 using nu::internal::CoincidenceTol;
 using nu::internal::Components;
 using nu::internal::FailOperation;
@@ -32,14 +34,9 @@ using nu::internal::Vec3;
 namespace {
 
 std::shared_ptr<CNuBoundedCurve> CopyOf(const CNuBoundedCurve& segment) {
-  switch (segment.GetType()) {
-    case CNuObject::NuTypeLineSegment:
-      return std::make_shared<CNuLineSegment>(static_cast<const CNuLineSegment&>(segment));
-    case CNuObject::NuTypeCircularArc:
-      return std::make_shared<CNuCircularArc>(static_cast<const CNuCircularArc&>(segment));
-    default:
-      FailOperation(45, "Add segment of specified type", "CNuCompositeCurve::AddSegment()");
-  }
+  if (const auto* line = As<CNuLineSegment>(segment)) return std::make_shared<CNuLineSegment>(*line);
+  if (const auto* arc = As<CNuCircularArc>(segment)) return std::make_shared<CNuCircularArc>(*arc);
+  FailOperation(45, "Add segment of specified type", "CNuCompositeCurve::AddSegment()");
 }
 
 // The objects that several segments share, which are the default ones of either type.
@@ -70,11 +67,8 @@ void VisitObjects(const Segments& segments, const Visit& visit) {
   SharedObjects shared;
   for (const auto& segment : segments) {
     if (segment.use_count() > 1 && !shared.Find(segment.get()).isNew) continue;
-    if (segment->GetType() == CNuObject::NuTypeLineSegment) {
-      visit(static_cast<CNuLineSegment&>(*segment));
-    } else {
-      visit(static_cast<CNuCircularArc&>(*segment));
-    }
+    if (auto* line = As<CNuLineSegment>(*segment)) visit(*line);
+    if (auto* arc = As<CNuCircularArc>(*segment)) visit(*arc);
   }
 }
 

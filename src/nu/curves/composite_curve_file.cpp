@@ -7,9 +7,11 @@
 #include "nu/curves/internal/arc_planes.h"
 #include "nu/curves/internal/curve_pieces.h"
 #include "nu/curves/line_segment.h"
+#include "nu/foundation/internal/downcast.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/linalg/internal/binary_file.h"
 
+using nu::internal::As;
 using nu::internal::BinaryFileReader;
 using nu::internal::BinaryFileWriter;
 
@@ -74,11 +76,8 @@ bool CNuCompositeCurve::BinaryDump(const char* fileName) const {
   file.Int(GetNumberSegments());
   for (const auto& segment : m_segments) {
     file.Int(segment->GetType());
-    if (segment->GetType() == NuTypeLineSegment) {
-      static_cast<const CNuLineSegment&>(*segment).BinaryDump(file.Stream());
-    } else {
-      static_cast<const CNuCircularArc&>(*segment).BinaryDump(file.Stream());
-    }
+    if (const auto* line = As<CNuLineSegment>(*segment)) line->BinaryDump(file.Stream());
+    if (const auto* arc = As<CNuCircularArc>(*segment)) arc->BinaryDump(file.Stream());
   }
   return RequireWritten(file, "CNuCompositeCurve");
 }

@@ -63,6 +63,10 @@ void CNuEllipse::GetData(double* a, double* b, CNuPoint* centre, CNuVector* xAxi
   *b = m_b;
 }
 
+double CNuEllipse::DistanceTo(const CNuPoint& p) const {
+  return nu::internal::CoordinatesFor(p, *this).Distance();
+}
+
 int CNuEllipse::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const {
   return line.IntersectWith(*this, p1, p2);
 }

@@ -27,6 +27,9 @@ class NU_EXPORT CNuEllipse : public CNuCurve {
   CNuPlane GetPlane() const;
   void GetData(double* a, double* b, CNuPoint* centre, CNuVector* xAxis, CNuVector* normal) const;
 
+  // Of a point from the curve; one within NuGetLengthTol() of its plane counts as lying in it.
+  double DistanceTo(const CNuPoint& p) const;
+
   // The points common to both, 0 to 2; returns how many there are. What comes as close as NuGetLengthTol(), or as the
   // rounding of the coordinates, touches. With a line as CNuLine says, in its order; with a plane in the
   // order of this normal x the plane's, none for a plane that holds the ellipse in the same sense.

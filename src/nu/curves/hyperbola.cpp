@@ -59,6 +59,10 @@ void CNuHyperbola::GetData(double* a, double* b, CNuPoint* centre, CNuVector* xA
   *b = m_b;
 }
 
+double CNuHyperbola::DistanceTo(const CNuPoint& p) const {
+  return nu::internal::CoordinatesFor(p, *this).Distance();
+}
+
 int CNuHyperbola::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const {
   return line.IntersectWith(*this, p1, p2);
 }

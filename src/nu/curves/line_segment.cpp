@@ -17,6 +17,7 @@ using nu::internal::FailOperation;
 using nu::internal::IsParallel;
 using nu::internal::Line3;
 using nu::internal::NearPair;
+using nu::internal::ParallelTol;
 using nu::internal::Placement;
 using nu::internal::SafeNorm;
 using nu::internal::Segment3;
@@ -97,7 +98,7 @@ int CNuLineSegment::IntersectWith(const CNuLineSegment& segment, CNuPoint* p) co
   const NearPair pair = ClosestBetween(first, second);
   if (!(pair.distance <= tol)) return 0;
   const double sine = SafeNorm(Cross(DirectionOf(first), DirectionOf(second)));
-  if (IsParallel(sine, NuGetRadianTol()) && Overlap(first, second) > tol) return 0;
+  if (IsParallel(sine, ParallelTol()) && Overlap(first, second) > tol) return 0;
   *p = MiddleOf(pair);
   return 1;
 }
@@ -123,7 +124,7 @@ int CNuLineSegment::IntersectWith(const CNuCircularArc& arc, CNuPoint* p1, CNuPo
 int CNuLineSegment::IntersectWith(const CNuLine& l, CNuPoint* p) const {
   const Segment3 s = Data();
   const Line3 line = DataOf(l);
-  const auto approach = ClosestApproach({s.start, DirectionOf(s)}, line, NuGetRadianTol());
+  const auto approach = ClosestApproach({s.start, DirectionOf(s)}, line, ParallelTol());
   if (approach.parallel) return 0;
   const double t = std::clamp(approach.alongFirst / SafeNorm(s.end - s.start), 0.0, 1.0);
   const Vec3 here = s.At(t);
@@ -177,7 +178,7 @@ double CNuLineSegment::Length() const {
 
 CNuBoundedCurve* CNuLineSegment::Offset(double distance, const CNuVector& normal, int) {
   const Vec3 across = Cross(DirectionOf(Data()), nu::internal::RequireOffset(distance, normal, kOffset));
-  if (IsParallel(SafeNorm(across), NuGetRadianTol())) FailOperation(26, "Offset", kOffset);
+  if (IsParallel(SafeNorm(across), ParallelTol())) FailOperation(26, "Offset", kOffset);
   const Vec3 way = distance * Unit(across);
   auto moved = std::make_unique<CNuLineSegment>(*this);
   moved->CNuNonLinearGeometry::Translate(way.x, way.y, way.z);

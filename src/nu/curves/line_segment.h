@@ -29,7 +29,7 @@ class NU_EXPORT CNuLineSegment : public CNuBoundedCurve {
 
   // The points common to both, in the order of this segment; returns how many there are. What comes as close as
   // NuGetLengthTol(), or as the rounding of the coordinates, touches. None for a line parallel to it within
-  // NuGetRadianTol(), and for segments that share more than a point.
+  // NuGetDegreeTol(), and for segments that share more than a point.
   int IntersectWith(const CNuLineSegment& segment, CNuPoint* p) const;
   int IntersectWith(const CNuCircularArc& arc, CNuPoint* p1, CNuPoint* p2) const;
   int IntersectWith(const CNuLine& l, CNuPoint* p) const;
@@ -46,7 +46,7 @@ class NU_EXPORT CNuLineSegment : public CNuBoundedCurve {
   double DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const override;
   double DistanceTo(const CNuPoint& p) const override;
   double Length() const override;
-  // A line segment, moved at a right angle to itself. A normal along the segment, within NuGetRadianTol(): cause 26.
+  // A line segment, moved at a right angle to itself. A normal along the segment, within NuGetDegreeTol(): cause 26.
   CNuBoundedCurve* Offset(double distance, const CNuVector& normal, int shape) override;
   CNuBoundedCurve* Offset(double distance) override;
 

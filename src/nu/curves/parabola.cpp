@@ -54,6 +54,10 @@ void CNuParabola::GetData(double* f, CNuPoint* vertex, CNuVector* xAxis, CNuVect
   *f = m_f;
 }
 
+double CNuParabola::DistanceTo(const CNuPoint& p) const {
+  return nu::internal::CoordinatesFor(p, *this).Distance();
+}
+
 int CNuParabola::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const {
   return line.IntersectWith(*this, p1, p2);
 }

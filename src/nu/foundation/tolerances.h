@@ -31,11 +31,13 @@ NU_EXPORT void NuSetLengthTol(double value);
 NU_EXPORT double NuGetMinEdgeLength();
 NU_EXPORT void NuSetMinEdgeLength(double value);
 
-// Directions closer than this are parallel, in degrees: one millionth of a second of arc. 2.777777777778e-10.
+// Directions closer than this are parallel, in degrees: one millionth of a second of arc. All features read this
+// one. 2.777777777778e-10.
 NU_EXPORT double NuGetDegreeTol();
 NU_EXPORT void NuSetDegreeTol(double value);
 
-// The same in radians, a value of its own. 4.848136811094e-12.
+// The same in radians, a value of its own: what the x axis of a conic may be off a right angle to the
+// normal. 4.848136811094e-12.
 NU_EXPORT double NuGetRadianTol();
 NU_EXPORT void NuSetRadianTol(double value);
 

@@ -45,16 +45,16 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   double AngleWith(const CNuLine& l) const;
   double AngleWith(const CNuPlane& pl) const;
   double AngleWith(const CNuLine& l, const CNuVector& axis) const;
-  // Within an angle of tol radians, either way.
+  // Within an angle of tol degrees, either way, or the rounding of unit vectors.
   ENuBoolean IsParallelTo(const CNuLine& l, double tol) const;
   ENuBoolean IsParallelTo(const CNuPlane& pl, double tol) const;
-  // Parallel within radianTol radians, or closer to each other than lengthTol.
-  ENuBoolean IsCoplanarWith(const CNuLine& l, double radianTol, double lengthTol) const;
+  // Parallel within degreeTol degrees, or closer to each other than lengthTol.
+  ENuBoolean IsCoplanarWith(const CNuLine& l, double degreeTol, double lengthTol) const;
 
   // Halfway between this line and a point: parallel to this line. Between two lines, the bisector of their smaller
   // angle in the middle of their common perpendicular; for perpendicular directions the one along their sum. Between
   // this line and a plane, the bisector of the line and its projection; a line perpendicular to the plane within
-  // NuGetRadianTol(): CNuOperationException cause 22.
+  // NuGetDegreeTol(): CNuOperationException cause 22.
   CNuLine MidLine(const CNuPoint& p) const;
   CNuLine MidLine(const CNuLine& l) const;
   CNuLine MidLine(const CNuPlane& pl) const;
@@ -62,18 +62,18 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   // closer than NuGetLengthTol(): CNuOperationException cause 23.
   CNuPlane MidPlane(const CNuLine& l) const;
 
-  // Least distances, 0 where the features meet. Lines and planes are parallel within NuGetRadianTol().
+  // Least distances, 0 where the features meet. Lines and planes are parallel within NuGetDegreeTol().
   double DistanceTo(const CNuLine& l) const;
   double DistanceTo(const CNuCircle& circle) const;
   double DistanceTo(const CNuPlane& pl) const;
   double DistanceTo(const CNuSphSurf& sphere) const;
   // Of a line that is parallel to the axis, from inside too.
   double DistanceTo(const CNuCylSurf& cylinder) const;
-  // 0 for a line parallel to a generator within NuGetRadianTol(), which comes ever closer to the cone.
+  // 0 for a line parallel to a generator within NuGetDegreeTol(), which comes ever closer to the cone.
   double DistanceTo(const CNuConSurf& cone) const;
 
   // The points of this line that are closest to the other feature, in the order of the line; returns how many there
-  // are: for a line one, or none when they are parallel within NuGetRadianTol(); for a circle two when both are equally
+  // are: for a line one, or none when they are parallel within NuGetDegreeTol(); for a circle two when both are equally
   // close, and not the same, within NuGetLengthTol() or the rounding of the coordinates, else one; for a sphere, a
   // cylinder or a cone the points in which the line meets it, or else one, two where both nappes of the cone are
   // equally close, but none for a line that is parallel to the axis of a cylinder or, where it does not meet the cone,
@@ -86,10 +86,10 @@ class NU_EXPORT CNuLine : public CNuGeometry {
 
   // The points common to both, in the order of this line; returns how many there are. What comes as close as
   // NuGetLengthTol(), or as the rounding of the coordinates, touches. None for parallel lines, planes and cylinders,
-  // within NuGetRadianTol(), also when one lies in the other. A line counts as one of the plane of a circle or a conic
+  // within NuGetDegreeTol(), also when one lies in the other. A line counts as one of the plane of a circle or a conic
   // when none of its points that are within the radius, the larger semi-axis or the focal length of the centre or
   // vertex is farther from that plane than this. In the plane, a line parallel to an asymptote or to the axis of a
-  // parabola, within NuGetRadianTol(), has one point, the asymptote itself none. So has a line parallel to a generator
+  // parabola, within NuGetDegreeTol(), has one point, the asymptote itself none. So has a line parallel to a generator
   // of a cone, and none where the plane along that generator touches the cone.
   int IntersectWith(const CNuLine& l, CNuPoint* p) const;
   int IntersectWith(const CNuPlane& pl, CNuPoint* p) const;

@@ -23,7 +23,9 @@ using nu::internal::DataOf;
 using nu::internal::FailOperation;
 using nu::internal::IsParallel;
 using nu::internal::Line3;
+using nu::internal::ParallelTol;
 using nu::internal::Plane3;
+using nu::internal::SineTol;
 using nu::internal::Store;
 using nu::internal::ToPoint;
 using nu::internal::TouchTol;
@@ -37,7 +39,7 @@ ENuBoolean Truth(bool value) {
 }
 
 Approach Approaching(const CNuLine& first, const CNuLine& second) {
-  return ClosestApproach(DataOf(first), DataOf(second), NuGetRadianTol());
+  return ClosestApproach(DataOf(first), DataOf(second), ParallelTol());
 }
 
 nu::internal::NearLine Nearest(const CNuLine& l, const CNuCircle& circle) {
@@ -47,7 +49,7 @@ nu::internal::NearLine Nearest(const CNuLine& l, const CNuCircle& circle) {
 }
 
 nu::internal::ConeApproach Approaching(const CNuLine& l, const CNuConSurf& cone) {
-  return ApproachTo(DataOf(cone), DataOf(l), NuGetLengthTol(), NuGetRadianTol());
+  return ApproachTo(DataOf(cone), DataOf(l), NuGetLengthTol(), ParallelTol());
 }
 
 CNuLine Bisector(const Line3& first, Vec3 secondPoint, Vec3 secondDirection) {
@@ -72,15 +74,15 @@ double CNuLine::AngleWith(const CNuLine& l, const CNuVector& axis) const {
 }
 
 ENuBoolean CNuLine::IsParallelTo(const CNuLine& l, double tol) const {
-  return m_direction.IsParallelTo(l.m_direction, tol);
+  return Truth(Norm(Cross(Components(m_direction), Components(l.m_direction))) <= SineTol(tol));
 }
 
 ENuBoolean CNuLine::IsParallelTo(const CNuPlane& pl, double tol) const {
-  return m_direction.IsOrthogonalTo(pl.GetNormal(), tol);
+  return Truth(std::fabs(Dot(Components(m_direction), Components(pl.GetNormal()))) <= SineTol(tol));
 }
 
-ENuBoolean CNuLine::IsCoplanarWith(const CNuLine& l, double radianTol, double lengthTol) const {
-  return Truth(IsParallelTo(l, radianTol) == NuTrue || DistanceTo(l) < lengthTol);
+ENuBoolean CNuLine::IsCoplanarWith(const CNuLine& l, double degreeTol, double lengthTol) const {
+  return Truth(IsParallelTo(l, degreeTol) == NuTrue || DistanceTo(l) < lengthTol);
 }
 
 CNuLine CNuLine::MidLine(const CNuPoint& p) const {
@@ -98,7 +100,7 @@ CNuLine CNuLine::MidLine(const CNuPlane& pl) const {
   const Line3 line = DataOf(*this);
   const Plane3 plane = DataOf(pl);
   const Vec3 projected = Rejection(line.direction, plane.normal);
-  if (IsParallel(Norm(projected), NuGetRadianTol())) FailOperation(22, "calculation", "CNuLine::MidLine(CNuPlane)");
+  if (IsParallel(Norm(projected), ParallelTol())) FailOperation(22, "calculation", "CNuLine::MidLine(CNuPlane)");
   const Vec3 foot = line.point - plane.Height(line.point) * plane.normal;
   return Bisector(line, foot, Unit(projected));
 }
@@ -125,7 +127,7 @@ double CNuLine::DistanceTo(const CNuCircle& circle) const {
 }
 
 double CNuLine::DistanceTo(const CNuPlane& pl) const {
-  if (!IsParallel(std::fabs(Dot(Components(m_direction), Components(pl.GetNormal()))), NuGetRadianTol())) return 0.0;
+  if (!IsParallel(std::fabs(Dot(Components(m_direction), Components(pl.GetNormal()))), ParallelTol())) return 0.0;
   return m_point.DistanceTo(pl);
 }
 
@@ -188,7 +190,7 @@ int CNuLine::IntersectWith(const CNuPlane& pl, CNuPoint* p) const {
   const Line3 line = DataOf(*this);
   const Plane3 plane = DataOf(pl);
   const double slope = Dot(line.direction, plane.normal);
-  if (IsParallel(std::fabs(slope), NuGetRadianTol())) return 0;
+  if (IsParallel(std::fabs(slope), ParallelTol())) return 0;
   *p = ToPoint(line.At(-plane.Height(line.point) / slope));
   return 1;
 }
@@ -221,7 +223,7 @@ int CNuLine::IntersectWith(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2)
 int CNuLine::IntersectWith(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p2) const {
   const Line3 line = DataOf(*this);
   const Line3 axis = DataOf(cylinder.GetAxis());
-  const Approach approach = ClosestApproach(line, axis, NuGetRadianTol());
+  const Approach approach = ClosestApproach(line, axis, ParallelTol());
   const double tol = TouchTol(cylinder.GetRadius(), line.point, axis.point, line.At(approach.alongFirst));
   return Store(MeetCylinder(line, axis, approach, cylinder.GetRadius(), tol), p1, p2);
 }

@@ -37,35 +37,35 @@ class NU_EXPORT CNuPlane : public CNuGeometry {
 
   // The angle between the normals in degrees, in [0, 180].
   double AngleWith(const CNuPlane& pl) const;
-  // 0 for planes that are not parallel within NuGetRadianTol().
+  // 0 for planes that are not parallel within NuGetDegreeTol().
   double DistanceTo(const CNuPlane& pl) const;
-  // The same set of points, whichever way the normals point: parallel within radianTol radians and, at the points of
+  // The same set of points, whichever way the normals point: parallel within degreeTol degrees and, at the points of
   // both, closer than lengthTol.
-  ENuBoolean IsEqual(const CNuPlane& pl, double radianTol, double lengthTol) const;
-  // Within an angle of tol radians, either way.
+  ENuBoolean IsEqual(const CNuPlane& pl, double degreeTol, double lengthTol) const;
+  // As for lines, within an angle of tol degrees.
   ENuBoolean IsParallelTo(const CNuPlane& pl, double tol) const;
 
   // Halfway between this plane and a point: parallel to this plane. Between a line and this plane, the plane through
   // their bisector that stands as the line's projection does; a line perpendicular to the plane within
-  // NuGetRadianTol(): CNuOperationException cause 24. Between two planes, the bisector of their smaller angle. The
+  // NuGetDegreeTol(): CNuOperationException cause 24. Between two planes, the bisector of their smaller angle. The
   // normals point to the side of this normal.
   CNuPlane MidPlane(const CNuPoint& p) const;
   CNuPlane MidPlane(const CNuLine& l) const;
   CNuPlane MidPlane(const CNuPlane& pl) const;
 
-  // What is common to both; returns 1, or 0 for parallel features within NuGetRadianTol(), also when one lies in the
+  // What is common to both; returns 1, or 0 for parallel features within NuGetDegreeTol(), also when one lies in the
   // other. Two planes meet in a line along this normal x the other, whose point is near the points of both.
   int IntersectWith(const CNuLine& l, CNuPoint* p) const;
   int IntersectWith(const CNuPlane& pl, CNuLine* l) const;
   // The curves in which this plane cuts a surface, as new objects that the caller owns: the contents of `curves` are
   // replaced by them, and their number is returned. The normals of conics are this one. What comes as close as
-  // NuGetLengthTol(), or as the rounding of the coordinates, touches. A plane across the axis within NuGetRadianTol()
+  // NuGetLengthTol(), or as the rounding of the coordinates, touches. A plane across the axis within NuGetDegreeTol()
   // makes a circle, and so does an ellipse whose semi-axes are equal to rounding. Conics of infinite size are left out.
   // - A sphere: a CNuCircle, the CNuPoint of a plane that touches it, or nothing.
-  // - A cylinder: a CNuEllipse or a CNuCircle; of a plane parallel to the axis within NuGetRadianTol(), two CNuLine in
+  // - A cylinder: a CNuEllipse or a CNuCircle; of a plane parallel to the axis within NuGetDegreeTol(), two CNuLine in
   //   the order of this normal x axis, one where it touches, or nothing.
   // - A cone, with both nappes: a CNuEllipse, a CNuCircle or both branches of a CNuHyperbola; of a plane parallel to a
-  //   generator within NuGetRadianTol(), a CNuParabola; of one through the apex, two CNuLine in the order of this
+  //   generator within NuGetDegreeTol(), a CNuParabola; of one through the apex, two CNuLine in the order of this
   //   normal x axis, the one along which it touches, or the apex as a CNuPoint.
   // Lines, and the x axis of ellipses and hyperbolas, run along the axis of the surface as it appears in the plane.
   int IntersectWith(const CNuSphSurf& sphere, CNuObjArray* curves) const;

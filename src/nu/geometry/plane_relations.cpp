@@ -10,38 +10,34 @@
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/feature_data.h"
 
+using nu::internal::AreParallel;
+using nu::internal::Components;
 using nu::internal::DataOf;
 using nu::internal::FailOperation;
 using nu::internal::IsParallel;
 using nu::internal::Line3;
+using nu::internal::ParallelTol;
 using nu::internal::Plane3;
+using nu::internal::SineTol;
 using nu::internal::ToPoint;
 using nu::internal::ToVector;
 using nu::internal::Vec3;
-
-namespace {
-
-bool AreParallel(const Plane3& first, const Plane3& second) {
-  return IsParallel(Norm(Cross(first.normal, second.normal)), NuGetRadianTol());
-}
-
-}  // namespace
 
 double CNuPlane::AngleWith(const CNuPlane& pl) const {
   return m_normal.AngleWith(pl.m_normal);
 }
 
 double CNuPlane::DistanceTo(const CNuPlane& pl) const {
-  return AreParallel(DataOf(*this), DataOf(pl)) ? pl.m_point.DistanceTo(*this) : 0.0;
+  return AreParallel(Components(m_normal), Components(pl.m_normal)) ? pl.m_point.DistanceTo(*this) : 0.0;
 }
 
-ENuBoolean CNuPlane::IsEqual(const CNuPlane& pl, double radianTol, double lengthTol) const {
+ENuBoolean CNuPlane::IsEqual(const CNuPlane& pl, double degreeTol, double lengthTol) const {
   const bool close = pl.m_point.DistanceTo(*this) < lengthTol && m_point.DistanceTo(pl) < lengthTol;
-  return close ? IsParallelTo(pl, radianTol) : NuFalse;
+  return close ? IsParallelTo(pl, degreeTol) : NuFalse;
 }
 
 ENuBoolean CNuPlane::IsParallelTo(const CNuPlane& pl, double tol) const {
-  return m_normal.IsParallelTo(pl.m_normal, tol);
+  return Norm(Cross(Components(m_normal), Components(pl.m_normal))) <= SineTol(tol) ? NuTrue : NuFalse;
 }
 
 CNuPlane CNuPlane::MidPlane(const CNuPoint& p) const {
@@ -53,7 +49,7 @@ CNuPlane CNuPlane::MidPlane(const CNuLine& l) const {
   const Plane3 plane = DataOf(*this);
   const double rise = Dot(line.direction, plane.normal);
   const Vec3 projected = Rejection(line.direction, plane.normal);
-  if (IsParallel(Norm(projected), NuGetRadianTol())) FailOperation(24, "calculation", "CNuPlane::MidPlane(CNuLine)");
+  if (IsParallel(Norm(projected), ParallelTol())) FailOperation(24, "calculation", "CNuPlane::MidPlane(CNuLine)");
   const Vec3 q = Unit(projected);
   const Vec3 normal = (1.0 + Dot(line.direction, q)) * plane.normal - rise * q;
   return CNuPlane(l.MidLine(*this).GetPoint(), ToVector(normal));
@@ -75,7 +71,7 @@ int CNuPlane::IntersectWith(const CNuLine& l, CNuPoint* p) const {
 int CNuPlane::IntersectWith(const CNuPlane& pl, CNuLine* l) const {
   const Plane3 first = DataOf(*this);
   const Plane3 second = DataOf(pl);
-  if (AreParallel(first, second)) return 0;
+  if (AreParallel(first.normal, second.normal)) return 0;
   const Line3 common = Meet(first, second);
   *l = CNuLine(ToPoint(common.point), ToVector(common.direction));
   return 1;

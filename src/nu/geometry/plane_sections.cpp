@@ -18,6 +18,7 @@ using nu::internal::DataOf;
 using nu::internal::HandOver;
 using nu::internal::Line3;
 using nu::internal::NewObjects;
+using nu::internal::ParallelTol;
 using nu::internal::Plane3;
 using nu::internal::PlaneSection;
 using nu::internal::ToPoint;
@@ -99,11 +100,11 @@ int CNuPlane::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* curves) const
 
 int CNuPlane::IntersectWith(const CNuCylSurf& cylinder, CNuObjArray* curves) const {
   const Line3 axis = DataOf(cylinder.GetAxis());
-  const auto section = Cut(DataOf(*this), axis, cylinder.GetRadius(), NuGetLengthTol(), NuGetRadianTol());
+  const auto section = Cut(DataOf(*this), axis, cylinder.GetRadius(), NuGetLengthTol(), ParallelTol());
   return HandOver(ObjectsOf(section, m_normal), curves);
 }
 
 int CNuPlane::IntersectWith(const CNuConSurf& cone, CNuObjArray* curves) const {
-  const auto section = Cut(DataOf(*this), DataOf(cone), NuGetLengthTol(), NuGetRadianTol());
+  const auto section = Cut(DataOf(*this), DataOf(cone), NuGetLengthTol(), ParallelTol());
   return HandOver(ObjectsOf(section, m_normal), curves);
 }

@@ -76,8 +76,9 @@ class NU_EXPORT CNuPoint : public CNuObject {
   // To the infinite line and plane.
   double DistanceTo(const CNuLine& l) const;
   double DistanceTo(const CNuPlane& pl) const;
-  // To a circle or a conic, as a curve (a point within NuGetLengthTol() of its plane counts as lying in it), and to the
-  // bounded curves by their own operation. Other curves: cause 45.
+  // To a circle, as a curve (a point within NuGetLengthTol() of its plane counts as lying in it), and to the bounded
+  // curves by their own operation. Other curves, conics among them, which have a DistanceTo of their own: cause 45, as
+  // for objects that are not of the class whose type code they carry, here and in all that follows.
   double DistanceTo(const CNuCurve& c) const;
   // To a sphere, a cylinder or the nearer nappe of a cone. Other surfaces: cause 45.
   double DistanceTo(const CNuSurface& s) const;

@@ -4,7 +4,6 @@
 //   line    r = w - (w.d) d     distance |r|         foot P0 + (w.d) d
 //   plane   s = w.n             distance |s|         foot p - s n
 //   circle  h = w.n, rho = |w - h n|, distance |(h, rho - R)|
-//   conic   h = w.n, q = w - h n,   distance |(h, q - foot of q in the plane)|
 //   sphere  rho = |w|           distance |rho - R|   foot P0 + (R / rho) w
 //   cylinder    rho = |r|       distance |rho - R|   foot p + (R / rho - 1) r
 //   cone    e = |r| cos g - |w.d| sin g, g the semi-angle: distance |e|, foot p - e (cos g r / |r| -+ sin g d) for w.d
@@ -17,7 +16,8 @@
 
 #include "nu/curves/bounded_curve.h"
 #include "nu/curves/circle.h"
-#include "nu/curves/internal/conic_class.h"
+#include "nu/curves/internal/conic_relations.h"
+#include "nu/foundation/internal/downcast.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/geometry/internal/directions.h"
@@ -28,7 +28,10 @@
 #include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/sphere.h"
 
+using nu::internal::As;
 using nu::internal::Components;
+using nu::internal::ConicCoordinates;
+using nu::internal::CoordinatesFor;
 using nu::internal::FailOperation;
 using nu::internal::ToPoint;
 using nu::internal::ToVector;
@@ -68,10 +71,6 @@ struct ConeCoordinates {
   Vec3 way;
 };
 
-const CNuConSurf* AsCone(const CNuGeometry& surface) {
-  return surface.GetType() == CNuObject::NuTypeConSurf ? static_cast<const CNuConSurf*>(&surface) : nullptr;
-}
-
 // The way that counts for a round surface, from its centre or axis to the point, and the radius, which of a cone is the
 // one at the height of the point.
 struct RadialCoordinates {
@@ -82,15 +81,13 @@ struct RadialCoordinates {
 };
 
 std::optional<RadialCoordinates> AcrossSurface(const CNuPoint& p, const CNuGeometry& surface) {
-  if (surface.GetType() == CNuObject::NuTypeSphSurf) {
-    const CNuSphSurf& sphere = static_cast<const CNuSphSurf&>(surface);
-    return RadialCoordinates{Components(p - sphere.GetCentre()), sphere.GetRadius()};
+  if (const auto* sphere = As<CNuSphSurf>(surface)) {
+    return RadialCoordinates{Components(p - sphere->GetCentre()), sphere->GetRadius()};
   }
-  if (surface.GetType() == CNuObject::NuTypeCylSurf) {
-    const CNuCylSurf& cylinder = static_cast<const CNuCylSurf&>(surface);
-    return RadialCoordinates{FromLine(p, cylinder.GetAxis()), cylinder.GetRadius()};
+  if (const auto* cylinder = As<CNuCylSurf>(surface)) {
+    return RadialCoordinates{FromLine(p, cylinder->GetAxis()), cylinder->GetRadius()};
   }
-  if (const CNuConSurf* cone = AsCone(surface)) {
+  if (const auto* cone = As<CNuConSurf>(surface)) {
     const ConeCoordinates at(p, *cone);
     return RadialCoordinates{at.way, std::fabs(at.height) * std::tan(cone->GetSemiAngle() * (Nu_PI / 180.0))};
   }
@@ -128,27 +125,11 @@ double DistanceToCircle(const CircleCoordinates& at) {
   return NuPythag(at.height, at.radial - at.radius);
 }
 
-// As in the frame of a circle, with what lies in the plane told by its foot on the curve.
-struct ConicCoordinates {
-  double inPlane;
-  double height;
-  bool outside;
-};
-
-template<class Conic>
-ConicCoordinates CoordinatesFor(const CNuPoint& p, const Conic& conic) {
-  const auto data = nu::internal::DataOf(conic);
-  const Vec3 world = Components(p);
-  const nu::internal::Vec2 at = data.InPlane(world);
-  const nu::internal::Vec2 way = at - FootOn(data.curve, at);
-  const double height = data.Height(world);
-  return {NuPythag(way.x, way.y), std::fabs(height) < NuGetLengthTol() ? 0.0 : height, !data.curve.Holds(at)};
-}
-
-ConicCoordinates InConicFrame(const CNuPoint& p, const CNuGeometry& conic) {
-  if (conic.GetType() == CNuObject::NuTypeEllipse) return CoordinatesFor(p, static_cast<const CNuEllipse&>(conic));
-  if (conic.GetType() == CNuObject::NuTypeHyperbola) return CoordinatesFor(p, static_cast<const CNuHyperbola&>(conic));
-  return CoordinatesFor(p, static_cast<const CNuParabola&>(conic));
+std::optional<ConicCoordinates> InConicFrame(const CNuPoint& p, const CNuGeometry& conic) {
+  if (const auto* ellipse = As<CNuEllipse>(conic)) return CoordinatesFor(p, *ellipse);
+  if (const auto* hyperbola = As<CNuHyperbola>(conic)) return CoordinatesFor(p, *hyperbola);
+  if (const auto* parabola = As<CNuParabola>(conic)) return CoordinatesFor(p, *parabola);
+  return std::nullopt;
 }
 
 CNuGeometry::ESideType Side(bool on, bool outside) {
@@ -171,27 +152,13 @@ double CNuPoint::DistanceTo(const CNuPlane& pl) const {
 }
 
 double CNuPoint::DistanceTo(const CNuCurve& c) const {
-  switch (c.GetType()) {
-    case NuTypeCircle:
-      return DistanceToCircle(InCircleFrame(*this, static_cast<const CNuCircle&>(c)));
-    case NuTypeEllipse:
-    case NuTypeHyperbola:
-    case NuTypeParabola: {
-      const ConicCoordinates at = InConicFrame(*this, c);
-      return NuPythag(at.height, at.inPlane);
-    }
-    case NuTypePolyline:
-    case NuTypeLineSegment:
-    case NuTypeCircularArc:
-    case NuTypeCompositeCurve:
-      return static_cast<const CNuBoundedCurve&>(c).DistanceTo(*this);
-    default:
-      FailUnsupported("CNuPoint::DistanceTo()");
-  }
+  if (const auto* circle = As<CNuCircle>(c)) return DistanceToCircle(InCircleFrame(*this, *circle));
+  if (const auto* bounded = As<CNuBoundedCurve>(c)) return bounded->DistanceTo(*this);
+  FailUnsupported("CNuPoint::DistanceTo()");
 }
 
 double CNuPoint::DistanceTo(const CNuSurface& s) const {
-  if (const CNuConSurf* cone = AsCone(s)) return std::fabs(ConeCoordinates(*this, *cone).SignedDistance());
+  if (const auto* cone = As<CNuConSurf>(s)) return std::fabs(ConeCoordinates(*this, *cone).SignedDistance());
   const auto at = AcrossSurface(*this, s);
   if (!at) FailUnsupported("CNuPoint::DistanceTo()");
   return std::fabs(at->SignedDistance());
@@ -208,7 +175,7 @@ CNuPoint CNuPoint::ProjectionOn(const CNuPlane& pl) const {
 }
 
 CNuPoint CNuPoint::ProjectionOn(const CNuSurface& s) const {
-  if (const CNuConSurf* cone = AsCone(s)) return FootOnCone(*this, *cone);
+  if (const auto* cone = As<CNuConSurf>(s)) return FootOnCone(*this, *cone);
   const auto at = AcrossSurface(*this, s);
   if (!at) FailUnsupported("CNuPoint::ProjectionOn()");
   if (IsNull(at->way, NuGetZero())) FailOperation(9, "calculation", "CNuPoint::ProjectionOn()");
@@ -254,25 +221,18 @@ CNuGeometry::ELineSideType CNuPoint::LineSide(const CNuLine& l, const CNuVector&
 }
 
 CNuGeometry::ECurveSideType CNuPoint::CurveSide(const CNuGeometry& curve, double tol) const {
-  switch (curve.GetType()) {
-    case NuTypeCircle: {
-      const CircleCoordinates at = InCircleFrame(*this, static_cast<const CNuCircle&>(curve));
-      return Side(DistanceToCircle(at) < tol, at.radial > at.radius);
-    }
-    case NuTypeEllipse:
-    case NuTypeHyperbola:
-    case NuTypeParabola: {
-      const ConicCoordinates at = InConicFrame(*this, curve);
-      return Side(NuPythag(at.height, at.inPlane) < tol, at.outside);
-    }
-    default:
-      FailUnsupported("CNuPoint::CurveSide()");
+  if (const auto* circle = As<CNuCircle>(curve)) {
+    const CircleCoordinates at = InCircleFrame(*this, *circle);
+    return Side(DistanceToCircle(at) < tol, at.radial > at.radius);
   }
+  const auto at = InConicFrame(*this, curve);
+  if (!at) FailUnsupported("CNuPoint::CurveSide()");
+  return Side(at->Distance() < tol, at->outside);
 }
 
 CNuGeometry::ESurfaceSideType CNuPoint::SurfaceSide(const CNuGeometry& surface, double tol) const {
-  if (surface.GetType() == NuTypePlane) {
-    const double s = SignedDistance(*this, static_cast<const CNuPlane&>(surface));
+  if (const auto* plane = As<CNuPlane>(surface)) {
+    const double s = SignedDistance(*this, *plane);
     return Side(std::fabs(s) < tol, s > 0.0);
   }
   const auto at = AcrossSurface(*this, surface);

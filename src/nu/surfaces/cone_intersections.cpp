@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "nu/foundation/tolerances.h"
+#include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/internal/surface_data.h"
 #include "nu/numerics/triag.h"
 #include "nu/surfaces/cylinder.h"
@@ -12,6 +13,7 @@
 #include "nu/surfaces/sphere.h"
 
 using nu::internal::AngleBetween;
+using nu::internal::AreParallel;
 using nu::internal::AreSameAngles;
 using nu::internal::ConeContact;
 using nu::internal::MeetOnCone;
@@ -195,8 +197,7 @@ bool CNuConSurf::MeetSpecially(const CNuConSurf& other, QuadricMeeting& meeting)
   const RoundQuadric& first = meeting.First();
   const RoundQuadric& second = meeting.Second();
   const double tol = meeting.Tol();
-  const double between = AngleBetween(first.axis, second.axis);
-  const bool areParallel = AreSameAngles(between, 0.0);
+  const bool areParallel = AreParallel(first.axis, second.axis);
   const bool haveSameAngle = AreSameAngles(m_semiAngle, other.m_semiAngle);
   const Vec3 way = second.point - first.point;
   if (Norm(way) <= tol) {

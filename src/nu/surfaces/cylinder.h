@@ -22,17 +22,16 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
 
   // The points common to the line and the cylinder, in the order of the line; returns how many there are, 0 to 2. What
   // comes as close as NuGetLengthTol(), or as the rounding of the coordinates, touches. None for a line that is
-  // parallel to the axis within NuGetRadianTol(), also when it lies on the cylinder.
+  // parallel to the axis within NuGetDegreeTol(), also when it lies on the cylinder.
   int IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const;
   // As CNuPlane::IntersectWith.
   int IntersectWith(const CNuPlane& plane, CNuObjArray* result) const;
   // Where the two surfaces meet, as new objects that the caller owns: the contents of `result` are replaced by them,
   // and their number is returned. Each connected branch is one CNuPCurve, but where it is a conic or a line it is that,
   // and a contact in a single point, within NuGetLengthTol() or the rounding of the coordinates, is a CNuPoint.
-  // - Cylinders with parallel axes, within NuGetDegreeTol() radians: their common CNuLine, none to two; none for equal
-  //   ones. Cylinders of one radius whose axes meet: two ellipses.
-  // - A cone with the same axis, within NuGetDegreeTol() degrees: two CNuCircle. One around a sphere that the cylinder
-  // is
+  // - Cylinders with parallel axes, within NuGetDegreeTol(): their common CNuLine, none to two; none for equal ones.
+  //   Cylinders of one radius whose axes meet: two ellipses.
+  // - A cone with the same axis, within NuGetDegreeTol(): two CNuCircle. One around a sphere that the cylinder is
   //   around, too: the two conics, or a conic and the line along which they touch. One that shares a generator: that
   //   CNuLine and the other branches.
   // - A sphere around a point of the axis: none to two CNuCircle.

@@ -6,6 +6,7 @@
 
 #include "nu/foundation/constants.h"
 #include "nu/foundation/tolerances.h"
+#include "nu/geometry/internal/feature_data.h"
 #include "nu/numerics/triag.h"
 #include "nu/surfaces/cone.h"
 #include "nu/surfaces/cylinder.h"
@@ -14,11 +15,11 @@
 
 using nu::internal::AngleBetween;
 using nu::internal::Approach;
+using nu::internal::AreParallel;
 using nu::internal::AreSameAngles;
 using nu::internal::AxisOf;
 using nu::internal::Circle3;
 using nu::internal::ClosestApproach;
-using nu::internal::IsParallel;
 using nu::internal::kMostRanges;
 using nu::internal::LowerEnds;
 using nu::internal::MeetOnCone;
@@ -125,7 +126,7 @@ int CNuCylSurf::Meet(const CNuCylSurf& other, CNuObjArray* result) const {
   if (!meeting.IsFinite()) return meeting.HandOverTo(result);
   const RoundQuadric& first = meeting.First();
   const RoundQuadric& second = meeting.Second();
-  if (IsParallel(Norm(Cross(first.axis, second.axis)), NuGetDegreeTol())) {
+  if (AreParallel(first.axis, second.axis)) {
     MeetParallel(first, second, meeting);
   } else if (!meeting.AddAroundCommonSphere(*this)) {
     MeetOnCylinder(StageFor(first, second, meeting), false, &CNuCylSurf::Intersect, meeting);
@@ -155,7 +156,7 @@ int CNuCylSurf::IntersectWith(const CNuConSurf& other, CNuObjArray* result) cons
   const Vec3 foot = NearestOfAxis(cylinder, cone.point);
   const double apexDistance = Norm(cone.point - foot);
   const double angle = AngleBetween(cylinder.axis, cone.axis);
-  const bool isParallel = AreSameAngles(angle, 0.0);
+  const bool isParallel = AreParallel(cylinder.axis, cone.axis);
   if (isParallel && apexDistance <= meeting.Tol()) {
     MeetCoaxialCone(cylinder, cone, meeting);
     return meeting.HandOverTo(result);

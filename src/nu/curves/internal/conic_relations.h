@@ -2,9 +2,10 @@
 #define NU_CURVES_INTERNAL_CONIC_RELATIONS_H
 
 #include "nu/curves/internal/conic_class.h"
+#include "nu/foundation/numeric_helpers.h"
 #include "nu/geometry/internal/feature_data.h"
 
-// Conics of the interface against lines and planes.
+// Conics of the interface against points, lines and planes.
 namespace nu::internal {
 
 // A line (Line3) or a plane (Plane3).
@@ -13,9 +14,29 @@ int StoreCommon(const Other& other, const Conic& conic, CNuPoint* p1, CNuPoint* 
   const auto data = DataOf(conic);
   const double tol = TouchTol(data.curve.Size(), data.origin, other.point);
   if constexpr (std::is_same_v<Other, Line3>)
-    return Store(Meet(other, data, tol, NuGetRadianTol()), p1, p2);
+    return Store(Meet(other, data, tol, ParallelTol()), p1, p2);
   else
-    return Store(Meet(data, other, tol, NuGetRadianTol()), p1, p2);
+    return Store(Meet(data, other, tol, ParallelTol()), p1, p2);
+}
+
+// A point seen from a conic: the distance in the plane from its foot on the curve, the height over the plane, 0 within
+// NuGetLengthTol(), and whether it is outside.
+struct ConicCoordinates {
+  double Distance() const { return NuPythag(height, inPlane); }
+
+  double inPlane;
+  double height;
+  bool outside;
+};
+
+template<class Conic>
+ConicCoordinates CoordinatesFor(const CNuPoint& p, const Conic& conic) {
+  const auto data = DataOf(conic);
+  const Vec3 world = Components(p);
+  const Vec2 at = data.InPlane(world);
+  const Vec2 way = at - FootOn(data.curve, at);
+  const double height = data.Height(world);
+  return {NuPythag(way.x, way.y), std::fabs(height) < NuGetLengthTol() ? 0.0 : height, !data.curve.Holds(at)};
 }
 
 }  // namespace nu::internal

@@ -147,7 +147,7 @@ Crossings Meet(const Line2& line, const Ellipse2& curve, double tol, double) {
 
 // As for the ellipse with -b^2 for b^2: there are tangents along d where h^2 is positive, and the line has to be
 // outside them. Lengths are relative to a.
-Crossings Meet(const Line2& line, const Hyperbola2& curve, double tol, double radianTol) {
+Crossings Meet(const Line2& line, const Hyperbola2& curve, double tol, double sineTol) {
   const Vec2 d = line.direction;
   const double b = curve.b / curve.a;
   const double offset = line.offset / curve.a;
@@ -155,7 +155,7 @@ Crossings Meet(const Line2& line, const Hyperbola2& curve, double tol, double ra
   const double square = (std::fabs(d.y) - b * std::fabs(d.x)) * (std::fabs(d.y) + b * std::fabs(d.x));
   const double B = -offset * d.x * d.y * slope * slope;
   const double C = offset * offset * (b * d.y - d.x) * (b * d.y + d.x) - b * b;
-  if (IsParallel(std::fabs(std::fabs(d.y) - b * std::fabs(d.x)) / slope, radianTol)) {
+  if (IsParallel(std::fabs(std::fabs(d.y) - b * std::fabs(d.x)) / slope, sineTol)) {
     if (std::fabs(line.offset) <= tol) return {};
     return OneRoot(-0.5 * C / B * curve.a);
   }
@@ -168,12 +168,12 @@ Crossings Meet(const Line2& line, const Hyperbola2& curve, double tol, double ra
 }
 
 // The tangent along d has the offset f d.x^2 / d.y.
-Crossings Meet(const Line2& line, const Parabola2& curve, double tol, double radianTol) {
+Crossings Meet(const Line2& line, const Parabola2& curve, double tol, double sineTol) {
   const Vec2 d = line.direction;
   const double offset = line.offset / curve.f;
   const double B = offset * d.x * d.y - 2.0 * d.x;
   const double C = offset * (offset * d.x * d.x + 4.0 * d.y);
-  if (IsParallel(std::fabs(d.y), radianTol)) return OneRoot(-0.5 * C / B * curve.f);
+  if (IsParallel(std::fabs(d.y), sineTol)) return OneRoot(-0.5 * C / B * curve.f);
   const double inside = d.x * d.x / d.y - offset;
   if (std::fabs(inside) * curve.f <= tol) return OneRoot(-B / (d.y * d.y) * curve.f);
   if (!(inside * d.y > 0.0)) return {};

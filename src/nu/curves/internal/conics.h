@@ -49,10 +49,10 @@ struct Crossings {
 };
 
 // A line touches when the tangent beside it is no farther away than `tol`. One that is parallel to an asymptote or to
-// the axis of a parabola within `radianTol` crosses once; an asymptote does not cross.
-Crossings Meet(const Line2& line, const Ellipse2& curve, double tol, double radianTol);
-Crossings Meet(const Line2& line, const Hyperbola2& curve, double tol, double radianTol);
-Crossings Meet(const Line2& line, const Parabola2& curve, double tol, double radianTol);
+// the axis of a parabola within `sineTol` crosses once; an asymptote does not cross.
+Crossings Meet(const Line2& line, const Ellipse2& curve, double tol, double sineTol);
+Crossings Meet(const Line2& line, const Hyperbola2& curve, double tol, double sineTol);
+Crossings Meet(const Line2& line, const Parabola2& curve, double tol, double sineTol);
 
 // A conic in space, in the plane of the unit vectors x and y.
 template<class Curve>
@@ -70,7 +70,7 @@ struct Conic3 {
 
 // The same line within the plane; what leaves the plane is dropped.
 template<class Curve>
-Points2 MeetInPlane(const Line3& line, const Conic3<Curve>& conic, double tol, double radianTol) {
+Points2 MeetInPlane(const Line3& line, const Conic3<Curve>& conic, double tol, double sineTol) {
   Points2 points;
   const Vec2 through = conic.InPlane(line.point);
   const Vec2 along{Dot(line.direction, conic.x), Dot(line.direction, conic.y)};
@@ -78,7 +78,7 @@ Points2 MeetInPlane(const Line3& line, const Conic3<Curve>& conic, double tol, d
   if (!(length > 0.0)) return points;
   const Vec2 d = (1.0 / length) * along;
   const double offset = Cross(d, through);
-  const Crossings crossings = Meet(Line2{d, offset}, conic.curve, tol, radianTol);
+  const Crossings crossings = Meet(Line2{d, offset}, conic.curve, tol, sineTol);
   for (int i = 0; i < crossings.count; ++i) points.Add(conic.At(offset * Perpendicular(d) + crossings.s[i] * d));
   return points;
 }
@@ -92,12 +92,12 @@ bool IsInPlane(const Conic3<Curve>& conic, double height, double slope, double t
 
 // In the order of the line.
 template<class Curve>
-Points2 Meet(const Line3& line, const Conic3<Curve>& conic, double tol, double radianTol) {
+Points2 Meet(const Line3& line, const Conic3<Curve>& conic, double tol, double sineTol) {
   Points2 points;
   const double slope = Dot(line.direction, conic.Normal());
   const Line3 near{line.At(Dot(conic.origin - line.point, line.direction)), line.direction};
   const double height = conic.Height(near.point);
-  if (IsInPlane(conic, height, slope, tol)) return MeetInPlane(near, conic, tol, radianTol);
+  if (IsInPlane(conic, height, slope, tol)) return MeetInPlane(near, conic, tol, sineTol);
   if (slope == 0.0) return points;
   const Vec3 p = near.At(-height / slope);
   const Vec2 inPlane = conic.InPlane(p);
@@ -108,7 +108,7 @@ Points2 Meet(const Line3& line, const Conic3<Curve>& conic, double tol, double r
 
 // In the order of conic normal x plane normal. None for a conic in the plane.
 template<class Curve>
-Points2 Meet(const Conic3<Curve>& conic, const Plane3& plane, double tol, double radianTol) {
+Points2 Meet(const Conic3<Curve>& conic, const Plane3& plane, double tol, double sineTol) {
   const Vec3 normal = conic.Normal();
   const Vec3 along = Cross(normal, plane.normal);
   const double sine = Norm(along);
@@ -116,7 +116,7 @@ Points2 Meet(const Conic3<Curve>& conic, const Plane3& plane, double tol, double
   if (!(sine > 0.0) || IsInPlane(conic, height, sine, tol)) return {};
   const Vec3 uphill = Rejection(plane.normal, normal);
   const Line3 trace{conic.origin - (height / (sine * sine)) * uphill, (1.0 / sine) * along};
-  return MeetInPlane(trace, conic, tol, radianTol);
+  return MeetInPlane(trace, conic, tol, sineTol);
 }
 
 }  // namespace nu::internal

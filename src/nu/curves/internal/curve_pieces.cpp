@@ -5,6 +5,7 @@
 #include "nu/curves/internal/placement.h"
 #include "nu/curves/line_segment.h"
 #include "nu/curves/polyline.h"
+#include "nu/foundation/internal/downcast.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/incidence.h"
 
@@ -41,29 +42,21 @@ PieceChain PiecesOf(const CNuCompositeCurve& curve) {
 }  // namespace
 
 void AddPiece(const CNuBoundedCurve& curve, PieceChain& chain) {
-  if (curve.GetType() == CNuObject::NuTypeLineSegment) {
-    chain.Add(EndsOf(static_cast<const CNuLineSegment&>(curve)));
-  } else {
-    chain.Add(DataOf(static_cast<const CNuCircularArc&>(curve)));
-  }
+  if (const auto* segment = As<CNuLineSegment>(curve)) return chain.Add(EndsOf(*segment));
+  if (const auto* arc = As<CNuCircularArc>(curve)) return chain.Add(DataOf(*arc));
+  FailOperation(45, "calculation", "CNuBoundedCurve::DistanceTo()");
 }
 
 PieceChain PiecesOf(const CNuBoundedCurve& curve) {
   PieceChain chain;
-  switch (curve.GetType()) {
-    case CNuObject::NuTypeLineSegment:
-    case CNuObject::NuTypeCircularArc:
-      AddPiece(curve, chain);
-      return chain;
-    case CNuObject::NuTypePolyline:
-      return PiecesOf(static_cast<const CNuPolyline&>(curve).GetPoints());
-    case CNuObject::NuTypeCompositeCurve:
-      chain = PiecesOf(static_cast<const CNuCompositeCurve&>(curve));
-      if (chain.Size() == 0) FailOperation(8, "operation", "CNuCompositeCurve");
-      return chain;
-    default:
-      FailOperation(45, "calculation", "CNuBoundedCurve::DistanceTo()");
+  if (const auto* polyline = As<CNuPolyline>(curve)) return PiecesOf(polyline->GetPoints());
+  if (const auto* composite = As<CNuCompositeCurve>(curve)) {
+    chain = PiecesOf(*composite);
+    if (chain.Size() == 0) FailOperation(8, "operation", "CNuCompositeCurve");
+  } else {
+    AddPiece(curve, chain);
   }
+  return chain;
 }
 
 double StoreClosest(const NearPair& pair, CNuPoint* p1, CNuPoint* p2) {
@@ -88,7 +81,7 @@ void StoreBall(const Ball& ball, double* radius, CNuPoint* centre) {
 
 Vec3 UprightNormal(Vec3 tangent) {
   const Vec3 upright = Rejection({0.0, 0.0, 1.0}, tangent);
-  if (IsParallel(Norm(upright), NuGetRadianTol())) return Unit(Rejection({1.0, 0.0, 0.0}, tangent));
+  if (IsParallel(Norm(upright), ParallelTol())) return Unit(Rejection({1.0, 0.0, 0.0}, tangent));
   return Unit(upright);
 }
 

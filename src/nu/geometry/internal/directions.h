@@ -1,6 +1,10 @@
 #ifndef NU_GEOMETRY_INTERNAL_DIRECTIONS_H
 #define NU_GEOMETRY_INTERNAL_DIRECTIONS_H
 
+#include <cfloat>
+#include <limits>
+
+#include "nu/foundation/constants.h"
 #include "nu/foundation/exceptions.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/internal/vec3.h"
@@ -22,6 +26,21 @@ inline CNuPoint ToPoint(Vec3 v) {
 }
 inline CNuVector ToVector(Vec3 v) {
   return CNuVector(v.x, v.y, v.z);
+}
+
+// Angle tolerances of features are degrees. This bounds the sine of the angle between directions that are parallel
+// within one; the rounding of unit vectors needs no tolerance, and within a right angle all directions are parallel.
+inline double SineTol(double degrees) {
+  constexpr double kRounding = 8.0 * DBL_EPSILON;  // of the product of two unit vectors
+  constexpr double kRightAngle = 90.0;
+  if (!(degrees > 0.0)) return kRounding;
+  if (degrees >= kRightAngle) return std::numeric_limits<double>::infinity();
+  return std::max(std::sin(degrees * (Nu_PI / 180.0)), kRounding);
+}
+
+// The one that decides wherever the caller passes none.
+inline double ParallelTol() {
+  return SineTol(NuGetDegreeTol());
 }
 
 // A direction that is zero within NuGetZero() or not finite: CNuConstructionException without a parameter word.

@@ -86,10 +86,10 @@ ConeApproach Closest(const Course& course, double tol) {
 
 }  // namespace
 
-ConeApproach ApproachTo(const DoubleCone& cone, const Line3& line, double lengthTol, double radianTol) {
+ConeApproach ApproachTo(const DoubleCone& cone, const Line3& line, double lengthTol, double sineTol) {
   const Course course(cone, line);
   double tol = CoincidenceTol(lengthTol, LargestOf(cone, line, course.foot));
-  if (IsParallel(std::fabs(course.lead), radianTol)) return AlongGenerator(course, tol);
+  if (IsParallel(std::fabs(course.lead), sineTol)) return AlongGenerator(course, tol);
   ConeApproach approach{true, 0.0, {}};
   if (course.m <= tol) {
     approach.points.Add(course.foot);

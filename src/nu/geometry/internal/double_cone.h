@@ -36,7 +36,7 @@ struct ConeApproach {
 // What comes as close as the tolerance of lengths, or as the rounding of the coordinates, touches, and one passing the
 // apex as close touches it there. A line that is parallel to a generator has one common point, and none when it is in
 // the plane along that generator that touches the cone.
-ConeApproach ApproachTo(const DoubleCone& cone, const Line3& line, double lengthTol, double radianTol);
+ConeApproach ApproachTo(const DoubleCone& cone, const Line3& line, double lengthTol, double sineTol);
 
 }  // namespace nu::internal
 

@@ -21,6 +21,11 @@ inline Circle3 DataOf(const CNuCircle& circle) {
   return {Components(circle.GetCentre()), Components(circle.GetNormal()), circle.GetRadius()};
 }
 
+// Lines, normals or axes that are parallel within NuGetDegreeTol().
+inline bool AreParallel(Vec3 first, Vec3 second) {
+  return IsParallel(Norm(Cross(first, second)), ParallelTol());
+}
+
 // The tolerance of what touches between features of that many coordinates.
 template<class... Points>
 double TouchTol(double radius, Points... points) {

@@ -79,11 +79,11 @@ bool LiesInPlaneOf(const Circle3& circle, const Circle3& other, double tol) {
 }  // namespace
 
 // With w from the first point to the second and n = d1 x d2, the approach solves w + t2 d2 - t1 d1 = h n.
-Approach ClosestApproach(const Line3& first, const Line3& second, double radianTol) {
+Approach ClosestApproach(const Line3& first, const Line3& second, double sineTol) {
   const Vec3 w = second.point - first.point;
   const double sine = Sine(first.direction, second.direction);
   Approach approach;
-  if (IsParallel(sine, radianTol)) {
+  if (IsParallel(sine, sineTol)) {
     approach.parallel = true;
     approach.alongSecond = -Dot(w, second.direction);
     approach.distance = Norm(Rejection(w, first.direction));

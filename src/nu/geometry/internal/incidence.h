@@ -43,10 +43,9 @@ inline double CoincidenceTol(double lengthTol, double size) {
   return std::max(lengthTol, kRoundings * DBL_EPSILON * size);
 }
 
-// A sine that is not above the tolerance. A tolerance that is no number makes everything parallel, and exact
-// parallelism needs none.
-inline bool IsParallel(double sine, double radianTol) {
-  return !(sine > radianTol);
+// Directions are parallel when the sine of the angle between them is not above the tolerance.
+inline bool IsParallel(double sine, double sineTol) {
+  return !(sine > sineTol);
 }
 
 // The unit vector across two that are not parallel, along a x b. The product of nearly parallel ones has lost its last
@@ -62,7 +61,7 @@ struct Approach {
   double alongSecond = 0.0;
   double distance = 0.0;
 };
-Approach ClosestApproach(const Line3& first, const Line3& second, double radianTol);
+Approach ClosestApproach(const Line3& first, const Line3& second, double sineTol);
 
 // A line across a ball or disk whose centre has the distance h from it, the foot standing opposite the centre: how many
 // points it has on the border, and how far they are from the foot.

@@ -81,8 +81,8 @@ PlaneSection CutAlong(const Plane3& plane, const Line3& axis, const Tilt& tilt, 
   return TwoLines({middle - chord.half * tilt.v, tilt.u}, {middle + chord.half * tilt.v, tilt.u});
 }
 
-PlaneSection CutThroughApex(const DoubleCone& cone, const Tilt& tilt, double lead, double K, double radianTol) {
-  if (IsParallel(std::fabs(lead), radianTol)) return OneLine(cone.apex, tilt.u);
+PlaneSection CutThroughApex(const DoubleCone& cone, const Tilt& tilt, double lead, double K, double sineTol) {
+  if (IsParallel(std::fabs(lead), sineTol)) return OneLine(cone.apex, tilt.u);
   if (K > 0.0) return Point(cone.apex);
   const Vec3 along = (cone.cosine / tilt.cosine) * tilt.u;
   const Vec3 apart = (std::sqrt(-K) / tilt.cosine) * tilt.v;
@@ -91,17 +91,17 @@ PlaneSection CutThroughApex(const DoubleCone& cone, const Tilt& tilt, double lea
 
 }  // namespace
 
-PlaneSection Cut(const Plane3& plane, const Line3& axis, double radius, double lengthTol, double radianTol) {
+PlaneSection Cut(const Plane3& plane, const Line3& axis, double radius, double lengthTol, double sineTol) {
   const Tilt tilt(plane, axis.direction);
-  if (IsParallel(tilt.sine, radianTol)) {
+  if (IsParallel(tilt.sine, sineTol)) {
     const double tol = CoincidenceTol(lengthTol, std::max(radius, LargestOf(plane, axis.point)));
     return CutAlong(plane, axis, tilt, radius, tol);
   }
   const Vec3 pierced = axis.At(-plane.Height(axis.point) / tilt.rise);
-  return EllipseOrCircle(pierced, tilt.u, radius / tilt.sine, radius, IsParallel(tilt.cosine, radianTol));
+  return EllipseOrCircle(pierced, tilt.u, radius / tilt.sine, radius, IsParallel(tilt.cosine, sineTol));
 }
 
-PlaneSection Cut(const Plane3& plane, const DoubleCone& cone, double lengthTol, double radianTol) {
+PlaneSection Cut(const Plane3& plane, const DoubleCone& cone, double lengthTol, double sineTol) {
   const Tilt tilt(plane, cone.axis);
   const double tol = CoincidenceTol(lengthTol, LargestOf(plane, cone.apex));
   const double height = plane.Height(cone.apex);
@@ -110,20 +110,20 @@ PlaneSection Cut(const Plane3& plane, const DoubleCone& cone, double lengthTol, 
   const double sum = tilt.sine * cone.cosine + tilt.cosine * cone.sine;
   const double K = lead * sum;
   if (!std::isfinite(height)) return {};
-  if (!(H > tol)) return CutThroughApex(cone, tilt, lead, K, radianTol);
+  if (!(H > tol)) return CutThroughApex(cone, tilt, lead, K, sineTol);
 
   const Vec3 foot = cone.apex - height * plane.normal;
   const double side = std::copysign(1.0, height * tilt.rise);
   const double nearVertex = -side * H * (tilt.cosine * cone.cosine - tilt.sine * cone.sine) / sum;
   const Vec3 vertex = foot + nearVertex * tilt.u;
-  if (IsParallel(std::fabs(lead), radianTol)) {
+  if (IsParallel(std::fabs(lead), sineTol)) {
     const double f = 0.5 * H * (cone.sine / cone.cosine);
     return Conic(PlaneSection::kParabola, vertex, -side * tilt.u, f, f);
   }
   const double a = H * cone.sine * (cone.cosine / std::fabs(K));
   const double b = H * (cone.sine / std::sqrt(std::fabs(K)));
   if (K < 0.0) return Conic(PlaneSection::kHyperbola, vertex + (side * a) * tilt.u, tilt.u, a, b);
-  return EllipseOrCircle(vertex - (side * a) * tilt.u, tilt.u, a, b, IsParallel(tilt.cosine, radianTol));
+  return EllipseOrCircle(vertex - (side * a) * tilt.u, tilt.u, a, b, IsParallel(tilt.cosine, sineTol));
 }
 
 }  // namespace nu::internal

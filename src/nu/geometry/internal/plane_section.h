@@ -18,13 +18,13 @@ struct PlaneSection {
   Line3 lines[2]{};  // in the order of plane normal x axis
 };
 
-// A plane that is parallel to the axis within `radianTol` cuts a cylinder in lines, one where it touches within
+// A plane that is parallel to the axis within `sineTol` cuts a cylinder in lines, one where it touches within
 // `lengthTol` or the rounding of the coordinates. A plane closer to the apex of a cone than that goes through it, and
-// one parallel to a generator within `radianTol` makes a parabola, or touches along that generator. A plane across
-// the axis within `radianTol` makes a circle, and so does an ellipse with semi-axes that are equal to the rounding of
+// one parallel to a generator within `sineTol` makes a parabola, or touches along that generator. A plane across
+// the axis within `sineTol` makes a circle, and so does an ellipse with semi-axes that are equal to the rounding of
 // the coordinates. A conic too large for a double is nothing.
-PlaneSection Cut(const Plane3& plane, const Line3& axis, double radius, double lengthTol, double radianTol);
-PlaneSection Cut(const Plane3& plane, const DoubleCone& cone, double lengthTol, double radianTol);
+PlaneSection Cut(const Plane3& plane, const Line3& axis, double radius, double lengthTol, double sineTol);
+PlaneSection Cut(const Plane3& plane, const DoubleCone& cone, double lengthTol, double sineTol);
 
 }  // namespace nu::internal
 

@@ -8,6 +8,7 @@
 #include "nu/curves/pcurve.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/double_array.h"
+#include "nu/foundation/internal/downcast.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/internal/feature_data.h"
@@ -61,33 +62,21 @@ double SemiAngleOf(const RoundQuadric& cone) {
 CNuPointArray SomePointsOf(const CNuObject& conic, double size) {
   constexpr int kPoints = 9;
   constexpr double kReach = 2.0;
-  switch (conic.GetType()) {
-    case CNuObject::NuTypeCircle:
-      return static_cast<const CNuCircle&>(conic).ToPointArray(kPoints);
-    case CNuObject::NuTypeEllipse:
-      return static_cast<const CNuEllipse&>(conic).ToPointArray(kPoints);
-    case CNuObject::NuTypeParabola: {
-      const auto& parabola = static_cast<const CNuParabola&>(conic);
-      return parabola.ToPointArray(kPoints, 0.0, kReach * parabola.GetFocalLength(), 0);
-    }
-    case CNuObject::NuTypeHyperbola: {
-      const auto& hyperbola = static_cast<const CNuHyperbola&>(conic);
-      CNuPointArray points = hyperbola.ToPointArray(kPoints, -kReach, kReach, 0);
-      points.Append(hyperbola.ToPointArray(kPoints, -kReach, kReach, 1));
-      return points;
-    }
-    case CNuObject::NuTypeLine: {
-      const Line3 line = DataOf(static_cast<const CNuLine&>(conic));
-      CNuPointArray points(2);
-      points.Add(ToPoint(line.point));
-      points.Add(ToPoint(line.At(size)));
-      return points;
-    }
-    default:
-      CNuPointArray points(1);
-      points.Add(static_cast<const CNuPoint&>(conic));
-      return points;
+  if (const auto* circle = As<CNuCircle>(conic)) return circle->ToPointArray(kPoints);
+  if (const auto* ellipse = As<CNuEllipse>(conic)) return ellipse->ToPointArray(kPoints);
+  if (const auto* parabola = As<CNuParabola>(conic)) {
+    return parabola->ToPointArray(kPoints, 0.0, kReach * parabola->GetFocalLength(), 0);
   }
+  CNuPointArray points(2);
+  if (const auto* hyperbola = As<CNuHyperbola>(conic)) {
+    for (const int branch : {0, 1}) points.Append(hyperbola->ToPointArray(kPoints, -kReach, kReach, branch));
+  } else if (const auto* line = As<CNuLine>(conic)) {
+    points.Add(line->GetPoint());
+    points.Add(ToPoint(DataOf(*line).At(size)));
+  } else if (const auto* point = As<CNuPoint>(conic)) {
+    points.Add(*point);
+  }
+  return points;
 }
 
 double InscribedRadius(const RoundQuadric& surface, double along) {
