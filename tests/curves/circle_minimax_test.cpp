@@ -259,10 +259,10 @@ TEST(ZoneCircle, FailsInOrderAndLeavesEverything) {
   EXPECT_EQ(failure(CNuPointArray(1), 0), "bestfit 13 |CNuCircle [0,0]");
   EXPECT_EQ(failure(CNuPointArray(1)), "bestfit 1 |CNuCircle [1,0]");
   const CNuPointArray solid = CircleCloud(random, 30, 10.0, 360.0, 0.05, 0.05);
-  EXPECT_EQ(failure(solid, 1), "bestfit 12 |CNuTorSurf [0,0]");
+  EXPECT_EQ(failure(solid, 1), "bestfit 12 |CNuCircle [0,0]");
   CNuPointArray shaft(40);
   for (int i = 0; i < 40; ++i) shaft.Add(CNuPoint(i % 2, i / 2 % 2, i / 4));
-  EXPECT_EQ(failure(shaft), "bestfit 11 |CNuTorSurf::FitMin [0,0]");
+  EXPECT_EQ(failure(shaft), "bestfit 11 |CNuCircle [0,0]");
   EXPECT_EQ(failure(PointsOf({{0, 0}, {1, 0}, {0, 1}, {kNaN, 1}})), "bestfit 11 |CNuCircle [0,0]");
   EXPECT_EQ(failure(PointsOf({{0, 0}, {kNaN, 1}})), "bestfit 11 |CNuCircle [0,0]");
   EXPECT_EQ(failure(noisy, 1), "bestfit 12 |CNuCircle [0,0]");

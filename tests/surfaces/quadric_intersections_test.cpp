@@ -512,8 +512,12 @@ TEST(QuadricIntersections, OfAnyNumbersEnd) {
   EXPECT_EQ(FailureOf([&] { CNuCylSurf(1e-200).IntersectWith(CNuSphSurf(1e200), &found); }), refused);
   EXPECT_EQ(found[0], &old) << "a failure leaves the array alone";
   for (const double bad : {kNaN, kInf, -kInf}) {
-    EXPECT_EQ(Common(CNuCylSurf(1.0), CNuSphSurf(1.0, CNuPoint(bad, 0, 0))).size(), 0);
-    EXPECT_EQ(Common(Cone(30, {0, bad, 0}, {0, 0, 1}), CNuCylSurf(1.0)).size(), 0);
+    EXPECT_EQ(FailureOf([&] { Common(CNuCylSurf(1.0), CNuSphSurf(1.0, CNuPoint(bad, 0, 0))); }),
+              "operation 45 calculation|CNuCylSurf::IntersectWith(CNuSphSurf) [0,0]");
+    EXPECT_EQ(FailureOf([&] {
+                Common(Cone(30, {0, bad, 0}, {0, 0, 1}), CNuCylSurf(1.0));
+              }),
+              "operation 45 calculation|CNuCylSurf::IntersectWith(CNuConSurf) [0,0]");
   }
   for (const double unit : {1e-300, 1e-100, 1e100, 1e300}) {
     const bool vanishes = unit < 1e-12;  // beside the tolerance

@@ -92,7 +92,10 @@ TEST(SphereIntersections, TouchingWithoutACommonPointFails) {
             "operation 46 calculation|CNuSphSurf::IntersectWith(CNuSphSurf) [0,0]");
   EXPECT_EQ(found[0], &old);
   NuSetLengthTol(1e-12);
-  for (const double bad : {kNaN, kInf, -kInf}) EXPECT_EQ(Common(a, CNuSphSurf(1.0, CNuPoint(bad, 0, 0))), nullptr);
+  for (const double bad : {kNaN, kInf, -kInf}) {
+    EXPECT_EQ(FailureOf([&] { a.IntersectWith(CNuSphSurf(1.0, CNuPoint(bad, 0, 0)), &found); }),
+              "operation 45 calculation|CNuSphSurf::IntersectWith(CNuSphSurf) [0,0]");
+  }
 }
 
 TEST(SphereIntersections, WithLinesAndPlanes) {

@@ -40,11 +40,11 @@ TEST(Torus, HoldsTwoRadiiAndAnAxis) {
   const auto failure = [](double major, double minor, const CNuVector& axis) {
     return FailureOf([&] { CNuTorSurf t(major, minor, CNuPoint(), axis); });
   };
-  for (const double bad : {0.0, -1.0, kNaN}) {
+  for (const double bad : {0.0, -1.0, kNaN, kInf}) {
     EXPECT_EQ(failure(bad, 1.0, flat), "construction 5 radius|CNuTorSurf [0,0]");
     EXPECT_EQ(failure(0.5, bad, flat), "construction 5 radius|CNuTorSurf [0,0]");
   }
-  for (const double bad : {2.0, 3.0, 1e308 * 10.0}) {
+  for (const double bad : {2.0, 3.0}) {
     EXPECT_EQ(failure(2.0, bad, flat), "construction 7 radius|CNuTorSurf [0,0]");
     EXPECT_EQ(FailureOf([&] { CNuTorSurf t(2.0, bad); }), "construction 7 radius|CNuTorSurf [0,0]");
   }

@@ -7,10 +7,8 @@ namespace {
 
 constexpr const char* kName = "CNuCircle";
 
-// A NaN is no radius either.
 double RequireRadius(double radius) {
-  if (!(radius > 0.0)) throw CNuConstructionException(5, kName, "radius", 0, 0);
-  return radius;
+  return nu::internal::RequireLength(radius, kName, "radius");
 }
 
 }  // namespace

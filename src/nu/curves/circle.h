@@ -11,9 +11,9 @@
 // origin and the normal as z axis; without one it lies in the global xy plane around the global origin.
 class NU_EXPORT CNuCircle : public CNuCurve {
  public:
-  // A radius that is not above 0, or NaN: CNuConstructionException cause 5, "radius"; after that a normal that has not
-  // three components, is zero within NuGetZero() or is not finite: cause 4. The normal is normalised, (0, 0, 1) if not
-  // given; a radius alone leaves the circle without a position.
+  // A radius that is not above 0 and finite: CNuConstructionException cause 5, "radius"; after that a normal that has
+  // not three components, is zero within NuGetZero() or is not finite: cause 4. The normal is normalised, (0, 0, 1) if
+  // not given; a radius alone leaves the circle without a position.
   explicit CNuCircle(double radius);
   CNuCircle(double radius, const CNuPoint& centre);
   CNuCircle(double radius, const CNuPoint& centre, const CNuVector& normal);
@@ -25,10 +25,11 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   CNuPlane GetPlane() const;
   void GetData(double* radius, CNuPoint* centre, CNuVector* normal) const;
 
-  // The points common to both, 0 to 2; returns how many there are. What comes as close as NuGetLengthTol(), or as the
-  // rounding of the coordinates, touches. With a line in its order, with a plane in the order of this normal x the
-  // plane's. None for a circle in the plane. With a circle: none for circles that coincide; of two in one plane the
-  // first point lies to the left of the way from this centre to the other, seen from the tip of this normal.
+  // The points common to both, 0 to 2; returns how many there are. As for lines, cause 45 for what is not finite. What
+  // comes as close as NuGetLengthTol(), or as the rounding of the coordinates, touches. With a line in its order, with
+  // a plane in the order of this normal x the plane's. None for a circle in the plane. With a circle: none for circles
+  // that coincide; of two in one plane the first point lies to the left of the way from this centre to the other, seen
+  // from the tip of this normal.
   int IntersectWith(const CNuLine& l, CNuPoint* p1, CNuPoint* p2) const;
   int IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const;
   int IntersectWith(const CNuPlane& pl, CNuPoint* p1, CNuPoint* p2) const;
@@ -86,8 +87,8 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   // were: cause 13 for a limit below 1, before all else; cause 1 (size 1) without a point; cause 9 when rounding leaves
   // no such centre, which takes points next to one line; cause 11 for coordinates that are not finite; cause 12 when
   // the least-squares circle takes more than `maxiter` steps (above 50 it is used as far as it has come) or, named
-  // "FindMinimalAnnulus", the exchange looks at all points more than `maxiter` times; those of the torus, named as
-  // there. All others are named "CNuCircle"; where nothing is said the size is 0. FitMinZoneEx throws cause 13 only and
+  // "FindMinimalAnnulus", the exchange looks at all points more than `maxiter` times; those of the torus.
+  // All others are named "CNuCircle"; where nothing is said the size is 0. FitMinZoneEx throws cause 13 only and
   // makes `tol` the thread's NuGetLengthTol() for as long as it runs.
   void FitMinZone(const CNuPointArray& pts, double* form, double tol, long maxiter);
   void FitMinZone(const CNuPointArray& pts, double* form, CNuCircle* inner, CNuCircle* outer, double tol, long maxiter);

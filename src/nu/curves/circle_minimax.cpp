@@ -162,11 +162,14 @@ Annulus FindMinimalAnnulus(const CNuPointArray& pts, const PlaneFrame& frame, lo
 // Points in space are held by the thinnest tube around a circle.
 Zone ZoneInSpace(const CNuPointArray& pts, double tol, long maxiter) {
   CNuTorSurf torus(2.0, 1.0);
-  torus.FitMin(pts, tol, maxiter);
+  try {
+    torus.FitMin(pts, tol, maxiter);
+  } catch (const CNuBestfitException& failure) {
+    throw CNuBestfitException(failure.GetCause(), kName, failure.GetSize());
+  }
   const double radius = torus.GetMajorRadius();
   const double half = torus.GetMinorRadius();
-  const Placement middle{radius, torus.GetAxis().GetPoint(), torus.GetRotation().GetRowVector(0),
-                         torus.GetAxisDirection()};
+  const Placement middle{radius, torus.GetCentre(), torus.GetRotation().GetRowVector(0), torus.GetAxisDirection()};
   return {middle, std::max(0.0, radius - half), radius + half, 2.0 * half};
 }
 

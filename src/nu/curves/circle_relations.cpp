@@ -12,6 +12,7 @@
 
 using nu::internal::Components;
 using nu::internal::DataOf;
+using nu::internal::RequireFinite;
 using nu::internal::Store;
 using nu::internal::ToPoint;
 using nu::internal::TouchTol;
@@ -24,14 +25,18 @@ int CNuCircle::IntersectWith(const CNuLine& l, CNuPoint* p1, CNuPoint* p2) const
 int CNuCircle::IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const {
   const auto first = DataOf(*this);
   const auto second = DataOf(circle);
+  constexpr const char* where = "CNuCircle::IntersectWith(CNuCircle)";
+  RequireFinite(where, first, second);
   const double size = std::fmax(first.radius, second.radius);
-  return Store(Meet(first, second, TouchTol(size, first.centre, second.centre)), p1, p2);
+  return Store(Meet(first, second, TouchTol(size, first.centre, second.centre)), p1, p2, where);
 }
 
 int CNuCircle::IntersectWith(const CNuPlane& pl, CNuPoint* p1, CNuPoint* p2) const {
   const auto circle = DataOf(*this);
   const auto plane = DataOf(pl);
-  return Store(Meet(circle, plane, TouchTol(circle.radius, circle.centre, plane.point)), p1, p2);
+  constexpr const char* where = "CNuCircle::IntersectWith(CNuPlane)";
+  RequireFinite(where, circle, plane);
+  return Store(Meet(circle, plane, TouchTol(circle.radius, circle.centre, plane.point)), p1, p2, where);
 }
 
 // Each point from its own angle: a chain of rotations would carry the roundings of a million steps to the last one.

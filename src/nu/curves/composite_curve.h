@@ -90,7 +90,7 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   // over; the end of the file is the end of the curve. False also without memory for all segments, with those read
   // until then.
   //
-  // What is written is read back to the bit, but for the planes of half and full turns, within NuGetRadianTol(): the
+  // What is written is read back to the bit, but for the planes of half and full turns, within NuGetDegreeTol(): the
   // record holds none. They get that of the nearest segment before or behind, in a chain without a gap, which spans one
   // with their diameter; where both sides do so and disagree, or none does, the one of CNuCircularArc's constructor.
   // So circles that stand alone come back upright, and half turns out of the plane of their neighbours turn into it.

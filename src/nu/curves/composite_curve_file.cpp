@@ -123,10 +123,10 @@ void CNuCompositeCurve::FindPlanesOfArcs() {
   }
   if (segments.empty()) return;
   const double joinTol = nu::internal::CoincidenceTol(NuGetLengthTol(), chain.LargestCoordinate());
-  const nu::internal::ArcPlanes planes(chain, joinTol, NuGetRadianTol());
+  const nu::internal::ArcPlanes planes(chain, joinTol, nu::internal::ParallelTol());
   for (int i = 0; i < chain.Size(); ++i) {
     const std::optional<nu::internal::Vec3> normal = planes.NormalOf(i);
     if (!normal) continue;
-    static_cast<CNuCircularArc&>(*segments[static_cast<std::size_t>(i)]).TurnInto(nu::internal::ToVector(*normal));
+    As<CNuCircularArc>(*segments[static_cast<std::size_t>(i)])->TurnInto(nu::internal::ToVector(*normal));
   }
 }

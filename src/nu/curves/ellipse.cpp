@@ -17,7 +17,7 @@ constexpr const char* kName = "CNuEllipse";
 constexpr const char* kSampling = "CNuEllipse::ToPolyline/PointArray()";
 
 double RequireSemiAxis(double length) {
-  return nu::internal::RequirePositive(length, kName, "semi-axis");
+  return nu::internal::RequireLength(length, kName, "semi-axis");
 }
 
 }  // namespace
@@ -72,18 +72,18 @@ int CNuEllipse::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) c
 }
 
 int CNuEllipse::IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const {
-  return StoreCommon(nu::internal::DataOf(plane), *this, p1, p2);
+  return StoreCommon(nu::internal::DataOf(plane), *this, p1, p2, "CNuEllipse::IntersectWith(CNuPlane)");
 }
 
 CNuPointArray CNuEllipse::ToPointArray(int n) const {
   nu::internal::RequireSamples(n, kSampling);
-  CNuPointArray points = SampledPoints(nu::internal::DataOf(*this), n, 0.0, Nu_2PI, [this](double u) {
+  CNuPointArray points = SampledPoints(nu::internal::DataOf(*this), n, 0.0, Nu_2PI, kSampling, [this](double u) {
     double c = 0.0;
     double s = 0.0;
     NuCosSin(u, &c, &s);
     return nu::internal::Vec2{m_a * c, m_b * s};
   });
-  if (points.GetSize() > 1) points[points.GetSize() - 1] = points[0];
+  points[n - 1] = points[0];
   return points;
 }
 

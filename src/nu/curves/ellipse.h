@@ -11,7 +11,7 @@
 // direction of the semi-axis a. Without a position its frame is the global one.
 class NU_EXPORT CNuEllipse : public CNuCurve {
  public:
-  // A semi-axis that is not above 0, or NaN: cause 5, "semi-axis"; a below b: cause 7, "semi-axis",
+  // A semi-axis that is not above 0 and finite: cause 5, "semi-axis"; a below b: cause 7, "semi-axis",
   // CNuConstructionException; after that, for both vectors: not three components, cause 4; zero within NuGetZero() or
   // not finite, cause 3; not orthogonal within NuGetRadianTol(), cause 8. They are normalised, and the x axis made
   // orthogonal to the normal; it is (1, 0, 0), or any direction across a given normal, if not given, and the normal (0,
@@ -21,6 +21,9 @@ class NU_EXPORT CNuEllipse : public CNuCurve {
   CNuEllipse(double a, double b, const CNuPoint& centre, const CNuVector& normal);
   CNuEllipse(double a, double b, const CNuPoint& centre, const CNuVector& xAxis, const CNuVector& normal);
 
+  // Along the x axis and across it.
+  double GetSemiAxisA() const { return m_a; }
+  double GetSemiAxisB() const { return m_b; }
   CNuPoint GetCentre() const;
   CNuVector GetNormal() const;
   CNuVector GetXaxis() const;
@@ -30,9 +33,10 @@ class NU_EXPORT CNuEllipse : public CNuCurve {
   // Of a point from the curve; one within NuGetLengthTol() of its plane counts as lying in it.
   double DistanceTo(const CNuPoint& p) const;
 
-  // The points common to both, 0 to 2; returns how many there are. What comes as close as NuGetLengthTol(), or as the
-  // rounding of the coordinates, touches. With a line as CNuLine says, in its order; with a plane in the
-  // order of this normal x the plane's, none for a plane that holds the ellipse in the same sense.
+  // The points common to both, 0 to 2; returns how many there are. As for lines, cause 45 for what is not finite. What
+  // comes as close as NuGetLengthTol(), or as the rounding of the coordinates, touches. With a line as CNuLine says, in
+  // its order; with a plane in the order of this normal x the plane's, none for a plane that holds the ellipse in the
+  // same sense.
   int IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const;
   int IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const;
 

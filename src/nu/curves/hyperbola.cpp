@@ -14,7 +14,7 @@ constexpr const char* kName = "CNuHyperbola";
 constexpr const char* kSampling = "CNuHyperbola::ToPolyline/PointArray()";
 
 double RequireSemiAxis(double length) {
-  return nu::internal::RequirePositive(length, kName, "semi-axis");
+  return nu::internal::RequireLength(length, kName, "semi-axis");
 }
 
 }  // namespace
@@ -68,17 +68,15 @@ int CNuHyperbola::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2)
 }
 
 int CNuHyperbola::IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const {
-  return StoreCommon(nu::internal::DataOf(plane), *this, p1, p2);
+  return StoreCommon(nu::internal::DataOf(plane), *this, p1, p2, "CNuHyperbola::IntersectWith(CNuPlane)");
 }
 
 CNuPointArray CNuHyperbola::ToPointArray(int n, double t0, double t1, int branch) const {
   nu::internal::RequireSamples(n, t0, t1, branch, kSampling);
   const double a = branch == 0 ? m_a : -m_a;
-  CNuPointArray points = SampledPoints(nu::internal::DataOf(*this), n, t0, t1, [this, a](double t) {
+  return SampledPoints(nu::internal::DataOf(*this), n, t0, t1, kSampling, [this, a](double t) {
     return nu::internal::Vec2{a * std::cosh(t), m_b * std::sinh(t)};
   });
-  if (points.GetSize() == 0) nu::internal::FailOperation(14, "conversion", kSampling);
-  return points;
 }
 
 CNuPolyline CNuHyperbola::ToPolyline(int n, double t0, double t1, int branch) const {

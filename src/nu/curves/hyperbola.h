@@ -11,7 +11,7 @@
 // axis points to the vertex of branch 0. Without a position its frame is the global one.
 class NU_EXPORT CNuHyperbola : public CNuCurve {
  public:
-  // A semi-axis that is not above 0, or NaN: cause 5, "semi-axis",
+  // A semi-axis that is not above 0 and finite: cause 5, "semi-axis",
   // after that, for both vectors: not three components, cause 4; zero within NuGetZero() or not finite, cause 3; not
   // orthogonal within NuGetRadianTol(), cause 8. They are normalised, and the x axis made orthogonal to the normal; it
   // is (1, 0, 0), or any direction across a given normal, if not given, and the normal (0, 0, 1). Semi-axes alone
@@ -21,6 +21,9 @@ class NU_EXPORT CNuHyperbola : public CNuCurve {
   CNuHyperbola(double a, double b, const CNuPoint& centre, const CNuVector& normal);
   CNuHyperbola(double a, double b, const CNuPoint& centre, const CNuVector& xAxis, const CNuVector& normal);
 
+  // Along the x axis and across it.
+  double GetSemiAxisA() const { return m_a; }
+  double GetSemiAxisB() const { return m_b; }
   CNuPoint GetCentre() const;
   CNuVector GetNormal() const;
   CNuVector GetXaxis() const;
@@ -30,15 +33,16 @@ class NU_EXPORT CNuHyperbola : public CNuCurve {
   // Of a point from the curve, either branch; one within NuGetLengthTol() of its plane counts as lying in it.
   double DistanceTo(const CNuPoint& p) const;
 
-  // The points common to both, 0 to 2; returns how many there are. What comes as close as NuGetLengthTol(), or as the
-  // rounding of the coordinates, touches. With a line as CNuLine says, in its order; with a plane in the
-  // order of this normal x the plane's, none for a plane that holds the hyperbola in the same sense.
+  // The points common to both, 0 to 2; returns how many there are. As for lines, cause 45 for what is not finite. What
+  // comes as close as NuGetLengthTol(), or as the rounding of the coordinates, touches. With a line as CNuLine says, in
+  // its order; with a plane in the order of this normal x the plane's, none for a plane that holds the hyperbola in the
+  // same sense, or that is parallel to its plane within NuGetDegreeTol().
   int IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const;
   int IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const;
 
-  // The n points +-a cosh t, b sinh t for t in even steps from t0 to t1, with + on branch 0 and - on branch 1; what
-  // overflows is left out. CNuOperationException: n not from 2 to 10,000,000: cause 12; a range that is not finite,
-  // another branch, or no point left: cause 14; t0 not below t1: cause 15.
+  // The n points +-a cosh t, b sinh t for t in even steps from t0 to t1, with + on branch 0 and - on branch 1.
+  // CNuOperationException: n not from 2 to 10,000,000: cause 12; a range that is not finite or on which a point
+  // overflows, or another branch: cause 14; t0 not below t1: cause 15.
   CNuPointArray ToPointArray(int n, double t0, double t1, int branch) const;
   CNuPolyline ToPolyline(int n, double t0, double t1, int branch) const;
 

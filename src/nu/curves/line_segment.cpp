@@ -114,7 +114,7 @@ int CNuLineSegment::IntersectWith(const CNuCircularArc& arc, CNuPoint* p1, CNuPo
     const Vec3 p = met.at[i];
     if (SafeNorm(p - ClosestOn(s, p)) <= tol && SafeNorm(p - ClosestOn(a, p)) <= tol) common.Add(p);
   }
-  if (common.count > 0) return Store(common, p1, p2);
+  if (common.count > 0) return Store(common, p1, p2, "CNuLineSegment::IntersectWith(CNuCircularArc)");
   const NearPair pair = ClosestBetween(s, a);
   if (!(pair.distance <= tol)) return 0;
   *p1 = MiddleOf(pair);

@@ -16,7 +16,7 @@ constexpr const char* kSampling = "CNuParabola::ToPolyline/PointArray()";
 }  // namespace
 
 CNuParabola::CNuParabola(double f)
-    : CNuCurve(NuTypeParabola), m_f(nu::internal::RequirePositive(f, kName, "focal-length")) {}
+    : CNuCurve(NuTypeParabola), m_f(nu::internal::RequireLength(f, kName, "focal-length")) {}
 
 CNuParabola::CNuParabola(double f, const CNuPoint& vertex) : CNuParabola(f) {
   SetPosition(vertex, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
@@ -63,18 +63,16 @@ int CNuParabola::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) 
 }
 
 int CNuParabola::IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const {
-  return StoreCommon(nu::internal::DataOf(plane), *this, p1, p2);
+  return StoreCommon(nu::internal::DataOf(plane), *this, p1, p2, "CNuParabola::IntersectWith(CNuPlane)");
 }
 
 CNuPointArray CNuParabola::ToPointArray(int n, double t0, double t1, int side) const {
   nu::internal::RequireSamples(n, t0, t1, side, kSampling);
-  if (t1 < 0.0) nu::internal::FailOperation(14, "conversion", kSampling);
+  if (!(t1 > 0.0)) nu::internal::FailOperation(14, "conversion", kSampling);
   const double root = (side == 0 ? 2.0 : -2.0) * std::sqrt(m_f);
-  CNuPointArray points = SampledPoints(nu::internal::DataOf(*this), n, std::fmax(t0, 0.0), t1, [root](double t) {
+  return SampledPoints(nu::internal::DataOf(*this), n, std::fmax(t0, 0.0), t1, kSampling, [root](double t) {
     return nu::internal::Vec2{t, root * std::sqrt(t)};
   });
-  if (points.GetSize() == 0) nu::internal::FailOperation(14, "conversion", kSampling);
-  return points;
 }
 
 CNuPolyline CNuParabola::ToPolyline(int n, double t0, double t1, int side) const {

@@ -11,7 +11,7 @@
 // in the direction in which it opens, f the focal length. Without a position its frame is the global one.
 class NU_EXPORT CNuParabola : public CNuCurve {
  public:
-  // A focal length that is not above 0, or NaN: cause 5, "focal-length",
+  // A focal length that is not above 0 and finite: cause 5, "focal-length",
   // after that, for both vectors: not three components, cause 4; zero within NuGetZero() or not finite, cause 3; not
   // orthogonal within NuGetRadianTol(), cause 8. They are normalised, and the x axis made orthogonal to the normal; it
   // is (1, 0, 0), or any direction across a given normal, if not given, and the normal (0, 0, 1). A focal length alone
@@ -31,15 +31,17 @@ class NU_EXPORT CNuParabola : public CNuCurve {
   // Of a point from the curve; one within NuGetLengthTol() of its plane counts as lying in it.
   double DistanceTo(const CNuPoint& p) const;
 
-  // The points common to both, 0 to 2; returns how many there are. What comes as close as NuGetLengthTol(), or as the
-  // rounding of the coordinates, touches. With a line as CNuLine says, in its order; with a plane in the
-  // order of this normal x the plane's, none for a plane that holds the parabola in the same sense.
+  // The points common to both, 0 to 2; returns how many there are. As for lines, cause 45 for what is not finite. What
+  // comes as close as NuGetLengthTol(), or as the rounding of the coordinates, touches. With a line as CNuLine says, in
+  // its order; with a plane in the order of this normal x the plane's, none for a plane that holds the parabola in the
+  // same sense, or that is parallel to its plane within NuGetDegreeTol().
   int IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const;
   int IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const;
 
   // The n points t, +-2 sqrt(f t) for t in even steps from t0 to t1, with + on side 0 and - on side 1. There is nothing
   // at t < 0, so a range that starts there is taken from 0 on. CNuOperationException: n not from 2 to 10,000,000: cause
-  // 12; a range that is not finite or ends below 0, or another side: cause 14; t0 not below t1: cause 15.
+  // 12; a range that is not finite, ends at 0 or below or on which a point overflows, or another side: cause 14; t0 not
+  // below t1: cause 15.
   CNuPointArray ToPointArray(int n, double t0, double t1, int side) const;
   CNuPolyline ToPolyline(int n, double t0, double t1, int side) const;
 

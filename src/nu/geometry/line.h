@@ -51,6 +51,9 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   // Parallel within degreeTol degrees, or closer to each other than lengthTol.
   ENuBoolean IsCoplanarWith(const CNuLine& l, double degreeTol, double lengthTol) const;
 
+  // What follows fails for features that are not finite, and for ones so large that the result overflows:
+  // CNuOperationException cause 45, "calculation", named by the operation. A distance is NaN or infinite instead.
+  //
   // Halfway between this line and a point: parallel to this line. Between two lines, the bisector of their smaller
   // angle in the middle of their common perpendicular; for perpendicular directions the one along their sum. Between
   // this line and a plane, the bisector of the line and its projection; a line perpendicular to the plane within
@@ -88,9 +91,10 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   // NuGetLengthTol(), or as the rounding of the coordinates, touches. None for parallel lines, planes and cylinders,
   // within NuGetDegreeTol(), also when one lies in the other. A line counts as one of the plane of a circle or a conic
   // when none of its points that are within the radius, the larger semi-axis or the focal length of the centre or
-  // vertex is farther from that plane than this. In the plane, a line parallel to an asymptote or to the axis of a
-  // parabola, within NuGetDegreeTol(), has one point, the asymptote itself none. So has a line parallel to a generator
-  // of a cone, and none where the plane along that generator touches the cone.
+  // vertex is farther from that plane than this; any other one that is parallel
+  // to the plane of a hyperbola or a parabola, within NuGetDegreeTol(), has no point. In the plane, a line parallel to
+  // an asymptote or to the axis of a parabola, within NuGetDegreeTol(), has one point, the asymptote itself none. So
+  // has a line parallel to a generator of a cone, and none where the plane along that generator touches the cone.
   int IntersectWith(const CNuLine& l, CNuPoint* p) const;
   int IntersectWith(const CNuPlane& pl, CNuPoint* p) const;
   int IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const;

@@ -13,23 +13,29 @@
 #include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/internal/line_circle.h"
 #include "nu/geometry/internal/surface_data.h"
-#include "nu/surfaces/cylinder.h"
-#include "nu/surfaces/sphere.h"
 
 using nu::internal::Approach;
+using nu::internal::Circle3;
 using nu::internal::ClosestApproach;
 using nu::internal::Components;
 using nu::internal::DataOf;
+using nu::internal::DistanceOrNaN;
+using nu::internal::DoubleCone;
 using nu::internal::FailOperation;
+using nu::internal::InfiniteCylinder;
 using nu::internal::IsParallel;
 using nu::internal::Line3;
+using nu::internal::LineFor;
 using nu::internal::ParallelTol;
 using nu::internal::Plane3;
+using nu::internal::PlaneFor;
+using nu::internal::Points2;
+using nu::internal::RequireFinite;
 using nu::internal::SineTol;
+using nu::internal::Sphere3;
 using nu::internal::Store;
 using nu::internal::ToPoint;
 using nu::internal::TouchTol;
-using nu::internal::ToVector;
 using nu::internal::Vec3;
 
 namespace {
@@ -38,25 +44,43 @@ ENuBoolean Truth(bool value) {
   return value ? NuTrue : NuFalse;
 }
 
-Approach Approaching(const CNuLine& first, const CNuLine& second) {
-  return ClosestApproach(DataOf(first), DataOf(second), ParallelTol());
+Approach Approaching(const Line3& first, const Line3& second) {
+  return ClosestApproach(first, second, ParallelTol());
 }
 
-nu::internal::NearLine Nearest(const CNuLine& l, const CNuCircle& circle) {
-  const Line3 line = DataOf(l);
-  const auto data = DataOf(circle);
-  return ClosestTo(line, data, TouchTol(data.radius, line.point, data.centre));
+nu::internal::NearLine Nearest(const Line3& line, const Circle3& circle) {
+  return ClosestTo(line, circle, TouchTol(circle.radius, line.point, circle.centre));
 }
 
-nu::internal::ConeApproach Approaching(const CNuLine& l, const CNuConSurf& cone) {
-  return ApproachTo(DataOf(cone), DataOf(l), NuGetLengthTol(), ParallelTol());
+nu::internal::ConeApproach Approaching(const Line3& line, const DoubleCone& cone) {
+  return ApproachTo(cone, line, NuGetLengthTol(), ParallelTol());
 }
 
-CNuLine Bisector(const Line3& first, Vec3 secondPoint, Vec3 secondDirection) {
+// From the surface of a ball, or of a tube across.
+double Outside(double distance, double radius) {
+  return distance < radius ? 0.0 : distance - radius;
+}
+
+Line3 Bisector(const Line3& first, Vec3 secondPoint, Vec3 secondDirection) {
   const Vec3 sum = first.direction + secondDirection;
   const double s = Dot(first.point - secondPoint, sum) / Dot(secondDirection, sum);
   const Vec3 q = secondPoint + s * secondDirection;
-  return CNuLine(ToPoint(first.point + 0.5 * (q - first.point)), ToVector(sum));
+  return {first.point + 0.5 * (q - first.point), sum};
+}
+
+Points2 Common(const Line3& line, const Sphere3& sphere) {
+  return Meet(line, sphere, TouchTol(sphere.radius, line.point, sphere.centre));
+}
+
+Points2 Common(const Line3& line, const InfiniteCylinder& cylinder, const Approach& approach) {
+  const Vec3 nearest = line.At(approach.alongFirst);
+  return Meet(line, cylinder, approach, TouchTol(cylinder.radius, line.point, cylinder.axis.point, nearest));
+}
+
+int StoreOne(Vec3 found, CNuPoint* p, const char* where) {
+  RequireFinite(where, found);
+  *p = ToPoint(found);
+  return 1;
 }
 
 }  // namespace
@@ -86,149 +110,198 @@ ENuBoolean CNuLine::IsCoplanarWith(const CNuLine& l, double degreeTol, double le
 }
 
 CNuLine CNuLine::MidLine(const CNuPoint& p) const {
-  return CNuLine(p.MidPoint(*this), m_direction);
+  return LineFor(Components(p.MidPoint(*this)), Components(m_direction), "CNuLine::MidLine(CNuPoint)");
 }
 
 CNuLine CNuLine::MidLine(const CNuLine& l) const {
   const Line3 first = DataOf(*this);
   const Line3 second = DataOf(l);
   const bool obtuse = Dot(first.direction, second.direction) < 0.0;
-  return Bisector(first, second.point, obtuse ? -1.0 * second.direction : second.direction);
+  const Line3 mid = Bisector(first, second.point, obtuse ? -1.0 * second.direction : second.direction);
+  return LineFor(mid.point, mid.direction, "CNuLine::MidLine(CNuLine)");
 }
 
 CNuLine CNuLine::MidLine(const CNuPlane& pl) const {
+  constexpr const char* where = "CNuLine::MidLine(CNuPlane)";
   const Line3 line = DataOf(*this);
   const Plane3 plane = DataOf(pl);
+  RequireFinite(where, line, plane);
   const Vec3 projected = Rejection(line.direction, plane.normal);
-  if (IsParallel(Norm(projected), ParallelTol())) FailOperation(22, "calculation", "CNuLine::MidLine(CNuPlane)");
+  if (IsParallel(Norm(projected), ParallelTol())) FailOperation(22, "calculation", where);
   const Vec3 foot = line.point - plane.Height(line.point) * plane.normal;
-  return Bisector(line, foot, Unit(projected));
+  const Line3 mid = Bisector(line, foot, Unit(projected));
+  return LineFor(mid.point, mid.direction, where);
 }
 
 // The common normal is the direction of the shortest way, which may lie far off: the plane is put up at this line's
 // point.
 CNuPlane CNuLine::MidPlane(const CNuLine& l) const {
-  const Approach approach = Approaching(*this, l);
-  if (approach.distance < NuGetLengthTol()) FailOperation(23, "calculation", "CNuLine::MidPlane(CNuLine)");
+  constexpr const char* where = "CNuLine::MidPlane(CNuLine)";
   const Line3 first = DataOf(*this);
-  const Vec3 back = first.point - Components(l.m_point);
-  const Vec3 direction = Components(l.m_direction);
-  const Vec3 normal = Unit(approach.parallel ? Rejection(back, direction) : Cross(first.direction, direction));
+  const Line3 second = DataOf(l);
+  RequireFinite(where, first, second);
+  const Approach approach = Approaching(first, second);
+  if (approach.distance < NuGetLengthTol()) FailOperation(23, "calculation", where);
+  const Vec3 back = first.point - second.point;
+  const Vec3 across = approach.parallel ? Rejection(back, second.direction) : Cross(first.direction, second.direction);
+  const Vec3 normal = Unit(across);
   const double height = Dot(back, normal);
-  return CNuPlane(ToPoint(first.point - 0.5 * height * normal), ToVector(height < 0.0 ? -1.0 * normal : normal));
+  return PlaneFor(first.point - 0.5 * height * normal, height < 0.0 ? -1.0 * normal : normal, where);
 }
 
 double CNuLine::DistanceTo(const CNuLine& l) const {
-  return Approaching(*this, l).distance;
+  const Line3 first = DataOf(*this);
+  const Line3 second = DataOf(l);
+  return DistanceOrNaN([&] { return Approaching(first, second).distance; }, first, second);
 }
 
 double CNuLine::DistanceTo(const CNuCircle& circle) const {
-  return Nearest(*this, circle).distance;
+  const Line3 line = DataOf(*this);
+  const Circle3 data = DataOf(circle);
+  return DistanceOrNaN([&] { return Nearest(line, data).distance; }, line, data);
 }
 
 double CNuLine::DistanceTo(const CNuPlane& pl) const {
-  if (!IsParallel(std::fabs(Dot(Components(m_direction), Components(pl.GetNormal()))), ParallelTol())) return 0.0;
-  return m_point.DistanceTo(pl);
+  const Line3 line = DataOf(*this);
+  const Plane3 plane = DataOf(pl);
+  const auto distance = [&] {
+    const bool parallel = IsParallel(std::fabs(Dot(line.direction, plane.normal)), ParallelTol());
+    return parallel ? std::fabs(plane.Height(line.point)) : 0.0;
+  };
+  return DistanceOrNaN(distance, line, plane);
 }
 
 double CNuLine::DistanceTo(const CNuSphSurf& sphere) const {
-  return std::fmax(sphere.GetCentre().DistanceTo(*this) - sphere.GetRadius(), 0.0);
+  return Outside(sphere.GetCentre().DistanceTo(*this), sphere.GetRadius());
 }
 
 double CNuLine::DistanceTo(const CNuCylSurf& cylinder) const {
-  const Approach approach = Approaching(*this, cylinder.GetAxis());
-  if (approach.parallel) return std::fabs(approach.distance - cylinder.GetRadius());
-  return std::fmax(approach.distance - cylinder.GetRadius(), 0.0);
+  const Line3 line = DataOf(*this);
+  const InfiniteCylinder tube = DataOf(cylinder);
+  const auto distance = [&] {
+    const Approach approach = Approaching(line, tube.axis);
+    return approach.parallel ? std::fabs(approach.distance - tube.radius) : Outside(approach.distance, tube.radius);
+  };
+  return DistanceOrNaN(distance, line, tube);
 }
 
 double CNuLine::DistanceTo(const CNuConSurf& cone) const {
-  return Approaching(*this, cone).distance;
+  const Line3 line = DataOf(*this);
+  const DoubleCone data = DataOf(cone);
+  return DistanceOrNaN([&] { return Approaching(line, data).distance; }, line, data);
 }
 
 int CNuLine::ClosestPointsTo(const CNuLine& l, CNuPoint* p) const {
-  const Approach approach = Approaching(*this, l);
-  if (approach.parallel) return 0;
-  *p = ToPoint(DataOf(*this).At(approach.alongFirst));
-  return 1;
+  constexpr const char* where = "CNuLine::ClosestPointsTo(CNuLine)";
+  const Line3 first = DataOf(*this);
+  const Line3 second = DataOf(l);
+  RequireFinite(where, first, second);
+  const Approach approach = Approaching(first, second);
+  return approach.parallel ? 0 : StoreOne(first.At(approach.alongFirst), p, where);
 }
 
 int CNuLine::ClosestPointsTo(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const {
-  return Store(Nearest(*this, circle).points, p1, p2);
+  constexpr const char* where = "CNuLine::ClosestPointsTo(CNuCircle)";
+  const Line3 line = DataOf(*this);
+  const Circle3 data = DataOf(circle);
+  RequireFinite(where, line, data);
+  return Store(Nearest(line, data).points, p1, p2, where);
 }
 
 int CNuLine::ClosestPointsTo(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2) const {
-  const int common = IntersectWith(sphere, p1, p2);
-  if (common > 0) return common;
-  *p1 = sphere.GetCentre().ProjectionOn(*this);
-  return 1;
+  constexpr const char* where = "CNuLine::ClosestPointsTo(CNuSphSurf)";
+  const Line3 line = DataOf(*this);
+  const Sphere3 ball = DataOf(sphere);
+  RequireFinite(where, line, ball);
+  const Points2 common = Common(line, ball);
+  if (common.count > 0) return Store(common, p1, p2, where);
+  return StoreOne(line.At(Dot(ball.centre - line.point, line.direction)), p1, where);
 }
 
 int CNuLine::ClosestPointsTo(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p2) const {
-  const Approach approach = Approaching(*this, cylinder.GetAxis());
+  constexpr const char* where = "CNuLine::ClosestPointsTo(CNuCylSurf)";
+  const Line3 line = DataOf(*this);
+  const InfiniteCylinder tube = DataOf(cylinder);
+  RequireFinite(where, line, tube);
+  const Approach approach = Approaching(line, tube.axis);
   if (approach.parallel) return 0;
-  const int common = IntersectWith(cylinder, p1, p2);
-  if (common > 0) return common;
-  *p1 = ToPoint(DataOf(*this).At(approach.alongFirst));
-  return 1;
+  const Points2 common = Common(line, tube, approach);
+  if (common.count > 0) return Store(common, p1, p2, where);
+  return StoreOne(line.At(approach.alongFirst), p1, where);
 }
 
 int CNuLine::ClosestPointsTo(const CNuConSurf& cone, CNuPoint* p1, CNuPoint* p2) const {
-  return Store(Approaching(*this, cone).points, p1, p2);
+  constexpr const char* where = "CNuLine::ClosestPointsTo(CNuConSurf)";
+  const Line3 line = DataOf(*this);
+  const DoubleCone data = DataOf(cone);
+  RequireFinite(where, line, data);
+  return Store(Approaching(line, data).points, p1, p2, where);
 }
 
 int CNuLine::IntersectWith(const CNuLine& l, CNuPoint* p) const {
-  const Approach approach = Approaching(*this, l);
-  const Vec3 here = DataOf(*this).At(approach.alongFirst);
-  const Vec3 there = DataOf(l).At(approach.alongSecond);
-  const double tol = TouchTol(0.0, Components(m_point), Components(l.m_point), here);
-  if (approach.parallel || !(approach.distance <= tol)) return 0;
-  *p = ToPoint(here + 0.5 * (there - here));
-  return 1;
+  constexpr const char* where = "CNuLine::IntersectWith(CNuLine)";
+  const Line3 first = DataOf(*this);
+  const Line3 second = DataOf(l);
+  RequireFinite(where, first, second);
+  const Approach approach = Approaching(first, second);
+  const Vec3 here = first.At(approach.alongFirst);
+  const Vec3 there = second.At(approach.alongSecond);
+  const double tol = TouchTol(0.0, first.point, second.point, here);
+  if (approach.parallel || approach.distance > tol) return 0;
+  return StoreOne(here + 0.5 * (there - here), p, where);
 }
 
 int CNuLine::IntersectWith(const CNuPlane& pl, CNuPoint* p) const {
+  constexpr const char* where = "CNuLine::IntersectWith(CNuPlane)";
   const Line3 line = DataOf(*this);
   const Plane3 plane = DataOf(pl);
+  RequireFinite(where, line, plane);
   const double slope = Dot(line.direction, plane.normal);
   if (IsParallel(std::fabs(slope), ParallelTol())) return 0;
-  *p = ToPoint(line.At(-plane.Height(line.point) / slope));
-  return 1;
+  return StoreOne(line.At(-plane.Height(line.point) / slope), p, where);
 }
 
 int CNuLine::IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const {
+  constexpr const char* where = "CNuLine::IntersectWith(CNuCircle)";
   const Line3 line = DataOf(*this);
-  const auto data = DataOf(circle);
-  return Store(Meet(line, data, TouchTol(data.radius, line.point, data.centre)), p1, p2);
+  const Circle3 data = DataOf(circle);
+  RequireFinite(where, line, data);
+  return Store(Meet(line, data, TouchTol(data.radius, line.point, data.centre)), p1, p2, where);
 }
 
 int CNuLine::IntersectWith(const CNuEllipse& ellipse, CNuPoint* p1, CNuPoint* p2) const {
-  return StoreCommon(DataOf(*this), ellipse, p1, p2);
+  return StoreCommon(DataOf(*this), ellipse, p1, p2, "CNuLine::IntersectWith(CNuEllipse)");
 }
 
 int CNuLine::IntersectWith(const CNuHyperbola& hyperbola, CNuPoint* p1, CNuPoint* p2) const {
-  return StoreCommon(DataOf(*this), hyperbola, p1, p2);
+  return StoreCommon(DataOf(*this), hyperbola, p1, p2, "CNuLine::IntersectWith(CNuHyperbola)");
 }
 
 int CNuLine::IntersectWith(const CNuParabola& parabola, CNuPoint* p1, CNuPoint* p2) const {
-  return StoreCommon(DataOf(*this), parabola, p1, p2);
+  return StoreCommon(DataOf(*this), parabola, p1, p2, "CNuLine::IntersectWith(CNuParabola)");
 }
 
 int CNuLine::IntersectWith(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2) const {
+  constexpr const char* where = "CNuLine::IntersectWith(CNuSphSurf)";
   const Line3 line = DataOf(*this);
-  const Vec3 centre = Components(sphere.GetCentre());
-  const double tol = TouchTol(sphere.GetRadius(), line.point, centre);
-  return Store(MeetSphere(line, centre, sphere.GetRadius(), tol), p1, p2);
+  const Sphere3 ball = DataOf(sphere);
+  RequireFinite(where, line, ball);
+  return Store(Common(line, ball), p1, p2, where);
 }
 
 int CNuLine::IntersectWith(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p2) const {
+  constexpr const char* where = "CNuLine::IntersectWith(CNuCylSurf)";
   const Line3 line = DataOf(*this);
-  const Line3 axis = DataOf(cylinder.GetAxis());
-  const Approach approach = ClosestApproach(line, axis, ParallelTol());
-  const double tol = TouchTol(cylinder.GetRadius(), line.point, axis.point, line.At(approach.alongFirst));
-  return Store(MeetCylinder(line, axis, approach, cylinder.GetRadius(), tol), p1, p2);
+  const InfiniteCylinder tube = DataOf(cylinder);
+  RequireFinite(where, line, tube);
+  return Store(Common(line, tube, Approaching(line, tube.axis)), p1, p2, where);
 }
 
 int CNuLine::IntersectWith(const CNuConSurf& cone, CNuPoint* p1, CNuPoint* p2) const {
-  const auto approach = Approaching(*this, cone);
-  return approach.meets ? Store(approach.points, p1, p2) : 0;
+  constexpr const char* where = "CNuLine::IntersectWith(CNuConSurf)";
+  const Line3 line = DataOf(*this);
+  const DoubleCone data = DataOf(cone);
+  RequireFinite(where, line, data);
+  const auto approach = Approaching(line, data);
+  return approach.meets ? Store(approach.points, p1, p2, where) : 0;
 }

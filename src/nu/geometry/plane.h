@@ -45,6 +45,9 @@ class NU_EXPORT CNuPlane : public CNuGeometry {
   // As for lines, within an angle of tol degrees.
   ENuBoolean IsParallelTo(const CNuPlane& pl, double tol) const;
 
+  // What follows fails for features that are not finite, and for ones so large that the result overflows:
+  // CNuOperationException cause 45, "calculation", named by the operation.
+  //
   // Halfway between this plane and a point: parallel to this plane. Between a line and this plane, the plane through
   // their bisector that stands as the line's projection does; a line perpendicular to the plane within
   // NuGetDegreeTol(): CNuOperationException cause 24. Between two planes, the bisector of their smaller angle. The

@@ -13,14 +13,16 @@
 using nu::internal::AreParallel;
 using nu::internal::Components;
 using nu::internal::DataOf;
+using nu::internal::DistanceOrNaN;
 using nu::internal::FailOperation;
 using nu::internal::IsParallel;
 using nu::internal::Line3;
+using nu::internal::LineFor;
 using nu::internal::ParallelTol;
 using nu::internal::Plane3;
+using nu::internal::PlaneFor;
+using nu::internal::RequireFinite;
 using nu::internal::SineTol;
-using nu::internal::ToPoint;
-using nu::internal::ToVector;
 using nu::internal::Vec3;
 
 double CNuPlane::AngleWith(const CNuPlane& pl) const {
@@ -28,7 +30,12 @@ double CNuPlane::AngleWith(const CNuPlane& pl) const {
 }
 
 double CNuPlane::DistanceTo(const CNuPlane& pl) const {
-  return AreParallel(Components(m_normal), Components(pl.m_normal)) ? pl.m_point.DistanceTo(*this) : 0.0;
+  const Plane3 first = DataOf(*this);
+  const Plane3 second = DataOf(pl);
+  const auto distance = [&] {
+    return AreParallel(first.normal, second.normal) ? std::fabs(first.Height(second.point)) : 0.0;
+  };
+  return DistanceOrNaN(distance, first, second);
 }
 
 ENuBoolean CNuPlane::IsEqual(const CNuPlane& pl, double degreeTol, double lengthTol) const {
@@ -41,18 +48,20 @@ ENuBoolean CNuPlane::IsParallelTo(const CNuPlane& pl, double tol) const {
 }
 
 CNuPlane CNuPlane::MidPlane(const CNuPoint& p) const {
-  return CNuPlane(p.MidPoint(*this), m_normal);
+  return PlaneFor(Components(p.MidPoint(*this)), Components(m_normal), "CNuPlane::MidPlane(CNuPoint)");
 }
 
 CNuPlane CNuPlane::MidPlane(const CNuLine& l) const {
+  constexpr const char* where = "CNuPlane::MidPlane(CNuLine)";
   const Line3 line = DataOf(l);
   const Plane3 plane = DataOf(*this);
+  RequireFinite(where, line, plane);
   const double rise = Dot(line.direction, plane.normal);
   const Vec3 projected = Rejection(line.direction, plane.normal);
-  if (IsParallel(Norm(projected), ParallelTol())) FailOperation(24, "calculation", "CNuPlane::MidPlane(CNuLine)");
+  if (IsParallel(Norm(projected), ParallelTol())) FailOperation(24, "calculation", where);
   const Vec3 q = Unit(projected);
   const Vec3 normal = (1.0 + Dot(line.direction, q)) * plane.normal - rise * q;
-  return CNuPlane(l.MidLine(*this).GetPoint(), ToVector(normal));
+  return PlaneFor(Components(l.MidLine(*this).GetPoint()), normal, where);
 }
 
 CNuPlane CNuPlane::MidPlane(const CNuPlane& pl) const {
@@ -61,7 +70,7 @@ CNuPlane CNuPlane::MidPlane(const CNuPlane& pl) const {
   const Vec3 other = Dot(first.normal, second.normal) < 0.0 ? -1.0 * second.normal : second.normal;
   const Vec3 sum = first.normal + other;
   const double way = Dot(other, second.point - first.point) / Dot(sum, sum);
-  return CNuPlane(ToPoint(first.point + way * sum), ToVector(sum));
+  return PlaneFor(first.point + way * sum, sum, "CNuPlane::MidPlane(CNuPlane)");
 }
 
 int CNuPlane::IntersectWith(const CNuLine& l, CNuPoint* p) const {
@@ -71,8 +80,10 @@ int CNuPlane::IntersectWith(const CNuLine& l, CNuPoint* p) const {
 int CNuPlane::IntersectWith(const CNuPlane& pl, CNuLine* l) const {
   const Plane3 first = DataOf(*this);
   const Plane3 second = DataOf(pl);
+  constexpr const char* where = "CNuPlane::IntersectWith(CNuPlane)";
+  RequireFinite(where, first, second);
   if (AreParallel(first.normal, second.normal)) return 0;
   const Line3 common = Meet(first, second);
-  *l = CNuLine(ToPoint(common.point), ToVector(common.direction));
+  *l = LineFor(common.point, common.direction, where);
   return 1;
 }

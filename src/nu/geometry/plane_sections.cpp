@@ -9,18 +9,20 @@
 #include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/internal/plane_section.h"
 #include "nu/geometry/internal/surface_data.h"
-#include "nu/surfaces/cylinder.h"
-#include "nu/surfaces/sphere.h"
 
 using nu::internal::ChordAt;
-using nu::internal::Components;
 using nu::internal::DataOf;
+using nu::internal::DoubleCone;
 using nu::internal::HandOver;
+using nu::internal::InfiniteCylinder;
 using nu::internal::Line3;
+using nu::internal::LineFor;
 using nu::internal::NewObjects;
 using nu::internal::ParallelTol;
 using nu::internal::Plane3;
 using nu::internal::PlaneSection;
+using nu::internal::RequireFinite;
+using nu::internal::Sphere3;
 using nu::internal::ToPoint;
 using nu::internal::TouchTol;
 using nu::internal::ToVector;
@@ -49,35 +51,38 @@ NewObjects One(Arguments&&... arguments) {
   return objects;
 }
 
-NewObjects SphereSection(const Plane3& plane, Vec3 centre, double radius) {
-  const double height = plane.Height(centre);
-  const CNuPoint foot = ToPoint(centre - height * plane.normal);
-  const auto chord = ChordAt(std::fabs(height), radius, TouchTol(radius, plane.point, centre));
+NewObjects SphereSection(const Plane3& plane, const Sphere3& sphere, const char* where) {
+  RequireFinite(where, plane, sphere);
+  const double height = plane.Height(sphere.centre);
+  const Vec3 foot = sphere.centre - height * plane.normal;
+  RequireFinite(where, foot);
+  const double tol = TouchTol(sphere.radius, plane.point, sphere.centre);
+  const auto chord = ChordAt(std::fabs(height), sphere.radius, tol);
   if (chord.count == 0) return {};
-  if (chord.count == 1) return One<CNuPoint>(foot);
-  return One<CNuCircle>(chord.half, foot, ToVector(plane.normal));
+  if (chord.count == 1) return One<CNuPoint>(ToPoint(foot));
+  return One<CNuCircle>(chord.half, ToPoint(foot), ToVector(plane.normal));
 }
 
-CNuLine ToLine(const Line3& line) {
-  return CNuLine(ToPoint(line.point), ToVector(line.direction));
+NewObjects OneLine(const Line3& line, const char* where) {
+  return One<CNuLine>(LineFor(line.point, line.direction, where));
 }
 
-NewObjects TwoLines(const Line3& first, const Line3& second) {
-  NewObjects objects = One<CNuLine>(ToLine(first));
-  objects.push_back(std::make_unique<CNuLine>(ToLine(second)));
+NewObjects TwoLines(const Line3& first, const Line3& second, const char* where) {
+  NewObjects objects = OneLine(first, where);
+  objects.push_back(std::move(OneLine(second, where).front()));
   return objects;
 }
 
-NewObjects ObjectsOf(const PlaneSection& section, const CNuVector& normal) {
+NewObjects ObjectsOf(const PlaneSection& section, const CNuVector& normal, const char* where) {
   const OrthogonalAxesScope scope;
   const CNuPoint origin = ToPoint(section.origin);
   switch (section.kind) {
     case PlaneSection::kPoint:
       return One<CNuPoint>(origin);
     case PlaneSection::kLine:
-      return One<CNuLine>(ToLine(section.lines[0]));
+      return OneLine(section.lines[0], where);
     case PlaneSection::kTwoLines:
-      return TwoLines(section.lines[0], section.lines[1]);
+      return TwoLines(section.lines[0], section.lines[1], where);
     case PlaneSection::kCircle:
       return One<CNuCircle>(section.a, origin, normal);
     case PlaneSection::kEllipse:
@@ -95,16 +100,25 @@ NewObjects ObjectsOf(const PlaneSection& section, const CNuVector& normal) {
 }  // namespace
 
 int CNuPlane::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* curves) const {
-  return HandOver(SphereSection(DataOf(*this), Components(sphere.GetCentre()), sphere.GetRadius()), curves);
+  const Plane3 plane = DataOf(*this);
+  const Sphere3 ball = DataOf(sphere);
+  return HandOver(SphereSection(plane, ball, "CNuPlane::IntersectWith(CNuSphSurf)"), curves);
 }
 
 int CNuPlane::IntersectWith(const CNuCylSurf& cylinder, CNuObjArray* curves) const {
-  const Line3 axis = DataOf(cylinder.GetAxis());
-  const auto section = Cut(DataOf(*this), axis, cylinder.GetRadius(), NuGetLengthTol(), ParallelTol());
-  return HandOver(ObjectsOf(section, m_normal), curves);
+  const Plane3 plane = DataOf(*this);
+  const InfiniteCylinder tube = DataOf(cylinder);
+  constexpr const char* where = "CNuPlane::IntersectWith(CNuCylSurf)";
+  RequireFinite(where, plane, tube);
+  const auto section = Cut(plane, tube.axis, tube.radius, NuGetLengthTol(), ParallelTol());
+  return HandOver(ObjectsOf(section, m_normal, where), curves);
 }
 
 int CNuPlane::IntersectWith(const CNuConSurf& cone, CNuObjArray* curves) const {
-  const auto section = Cut(DataOf(*this), DataOf(cone), NuGetLengthTol(), ParallelTol());
-  return HandOver(ObjectsOf(section, m_normal), curves);
+  const Plane3 plane = DataOf(*this);
+  const DoubleCone data = DataOf(cone);
+  constexpr const char* where = "CNuPlane::IntersectWith(CNuConSurf)";
+  RequireFinite(where, plane, data);
+  const auto section = Cut(plane, data, NuGetLengthTol(), ParallelTol());
+  return HandOver(ObjectsOf(section, m_normal, where), curves);
 }

@@ -95,11 +95,12 @@ class NU_EXPORT CNuPoint : public CNuObject {
   CNuPoint MidPoint(const CNuLine& l) const;
   CNuPoint MidPoint(const CNuPlane& pl) const;
   // The plane through the mid point that is perpendicular to the way there; its normal points to this point. No way to
-  // go, within NuGetZero(): cause 19 for the point, 21 for the line.
+  // go, within NuGetZero(): cause 19 for the point, 21 for the line. Results
+  // that are not finite: cause 45.
   CNuPlane MidPlane(const CNuPoint& p) const;
   CNuPlane MidPlane(const CNuLine& l) const;
 
-  // Sides. Closer than tol is "on"; a distance of exactly tol is not.
+  // Sides. Closer than tol is "on"; a distance of exactly tol is not. A distance that is NaN has no side: cause 45.
   //
   // Left or right of a line, seen from the tip of `ref` (0, 0, 1 if not given) in the direction of the line; a point in
   // the plane of the line and `ref` counts as left. `ref` has not three components: cause 10; is zero: cause 9.

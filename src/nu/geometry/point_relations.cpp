@@ -33,6 +33,8 @@ using nu::internal::Components;
 using nu::internal::ConicCoordinates;
 using nu::internal::CoordinatesFor;
 using nu::internal::FailOperation;
+using nu::internal::InfiniteCylinder;
+using nu::internal::PlaneFor;
 using nu::internal::ToPoint;
 using nu::internal::ToVector;
 using nu::internal::Vec3;
@@ -85,7 +87,8 @@ std::optional<RadialCoordinates> AcrossSurface(const CNuPoint& p, const CNuGeome
     return RadialCoordinates{Components(p - sphere->GetCentre()), sphere->GetRadius()};
   }
   if (const auto* cylinder = As<CNuCylSurf>(surface)) {
-    return RadialCoordinates{FromLine(p, cylinder->GetAxis()), cylinder->GetRadius()};
+    const InfiniteCylinder tube = nu::internal::DataOf(*cylinder);
+    return RadialCoordinates{Rejection(Components(p) - tube.axis.point, tube.axis.direction), tube.radius};
   }
   if (const auto* cone = As<CNuConSurf>(surface)) {
     const ConeCoordinates at(p, *cone);
@@ -132,8 +135,10 @@ std::optional<ConicCoordinates> InConicFrame(const CNuPoint& p, const CNuGeometr
   return std::nullopt;
 }
 
-CNuGeometry::ESideType Side(bool on, bool outside) {
-  if (on) return CNuGeometry::SIDE_ON;
+// A distance that is no number has no side.
+CNuGeometry::ESideType Side(double distance, double tol, bool outside, const char* where) {
+  if (std::isnan(distance)) FailUnsupported(where);
+  if (std::fabs(distance) < tol) return CNuGeometry::SIDE_ON;
   return outside ? CNuGeometry::SIDE_OUTSIDE : CNuGeometry::SIDE_INSIDE;
 }
 
@@ -198,13 +203,13 @@ CNuPoint CNuPoint::MidPoint(const CNuPlane& pl) const {
 CNuPlane CNuPoint::MidPlane(const CNuPoint& p) const {
   const CNuPoint way = *this - p;
   if (way.IsZero(NuGetZero())) FailOperation(19, "calculation", "CNuPoint::MidPlane(CNuPoint)");
-  return CNuPlane(MidPoint(p), way.To3DVector());
+  return PlaneFor(Components(MidPoint(p)), Components(way), "CNuPoint::MidPlane(CNuPoint)");
 }
 
 CNuPlane CNuPoint::MidPlane(const CNuLine& l) const {
   const Vec3 way = FromLine(*this, l);
   if (IsNull(way, NuGetZero())) FailOperation(21, "calculation", "CNuPoint::MidPlane(CNuLine)");
-  return CNuPlane(MidPoint(l), ToVector(way));
+  return PlaneFor(Components(MidPoint(l)), way, "CNuPoint::MidPlane(CNuLine)");
 }
 
 CNuGeometry::ELineSideType CNuPoint::LineSide(const CNuLine& l, double tol) const {
@@ -214,29 +219,32 @@ CNuGeometry::ELineSideType CNuPoint::LineSide(const CNuLine& l, double tol) cons
 CNuGeometry::ELineSideType CNuPoint::LineSide(const CNuLine& l, const CNuVector& ref, double tol) const {
   const Vec3 fromLine = FromLine(*this, l);
   if (Length(fromLine) < tol) return CNuGeometry::SIDE_ON;
-  const Vec3 c = Cross(Components(l.GetDirection()), fromLine);
+  const Vec3 c = Cross(Components(l.GetDirection()), Rescaled(fromLine));
+  if (!IsFinite(c)) FailUnsupported("CNuPoint::LineSide()");
   // On the line itself, under a tolerance that lets nothing be "on", the angle has no value and counts as a right one.
   if (IsNull(c, NuGetZero())) return CNuGeometry::SIDE_LEFT;
   return ToVector(c).AngleWith(ref) <= 90.0 ? CNuGeometry::SIDE_LEFT : CNuGeometry::SIDE_RIGHT;
 }
 
 CNuGeometry::ECurveSideType CNuPoint::CurveSide(const CNuGeometry& curve, double tol) const {
+  constexpr const char* where = "CNuPoint::CurveSide()";
   if (const auto* circle = As<CNuCircle>(curve)) {
     const CircleCoordinates at = InCircleFrame(*this, *circle);
-    return Side(DistanceToCircle(at) < tol, at.radial > at.radius);
+    return Side(DistanceToCircle(at), tol, at.radial > at.radius, where);
   }
   const auto at = InConicFrame(*this, curve);
-  if (!at) FailUnsupported("CNuPoint::CurveSide()");
-  return Side(at->Distance() < tol, at->outside);
+  if (!at) FailUnsupported(where);
+  return Side(at->Distance(), tol, at->outside, where);
 }
 
 CNuGeometry::ESurfaceSideType CNuPoint::SurfaceSide(const CNuGeometry& surface, double tol) const {
+  constexpr const char* where = "CNuPoint::SurfaceSide()";
   if (const auto* plane = As<CNuPlane>(surface)) {
     const double s = SignedDistance(*this, *plane);
-    return Side(std::fabs(s) < tol, s > 0.0);
+    return Side(s, tol, s > 0.0, where);
   }
   const auto at = AcrossSurface(*this, surface);
-  if (!at) FailUnsupported("CNuPoint::SurfaceSide()");
+  if (!at) FailUnsupported(where);
   const double signedDistance = at->SignedDistance();
-  return Side(std::fabs(signedDistance) < tol, signedDistance > 0.0);
+  return Side(signedDistance, tol, signedDistance > 0.0, where);
 }

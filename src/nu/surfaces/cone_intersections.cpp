@@ -149,7 +149,6 @@ int CNuConSurf::Intersect(const CNuMatrix& quadric, CNuTriagPolynomial* curve, C
 
 int CNuConSurf::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) const {
   QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(sphere), "CNuConSurf::IntersectWith(CNuSphSurf)");
-  if (!meeting.IsFinite()) return meeting.HandOverTo(result);
   const RoundQuadric& cone = meeting.First();
   const RoundQuadric& ball = meeting.Second();
   if (Norm(Rejection(ball.point - cone.point, cone.axis)) <= meeting.Tol()) {
@@ -172,7 +171,7 @@ int CNuConSurf::IntersectWith(const CNuConSurf& other, CNuObjArray* result) cons
 
 int CNuConSurf::Meet(const CNuConSurf& other, CNuObjArray* result) const {
   QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(other), "CNuConSurf::IntersectWith(CNuConSurf)");
-  if (meeting.IsFinite() && !MeetSpecially(other, meeting)) {
+  if (!MeetSpecially(other, meeting)) {
     const RoundQuadric& first = meeting.First();
     const RoundQuadric& second = meeting.Second();
     const bool ownIsOn = IsOn(second, first.point, meeting.Tol());

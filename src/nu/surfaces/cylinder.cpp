@@ -1,6 +1,5 @@
 #include "nu/surfaces/cylinder.h"
 
-#include "nu/foundation/exceptions.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/line.h"
 
@@ -10,10 +9,8 @@ namespace {
 
 constexpr const char* kName = "CNuCylSurf";
 
-// A NaN is no radius either.
 double RequireRadius(double radius) {
-  if (!(radius > 0.0)) throw CNuConstructionException(5, kName, "radius", 0, 0);
-  return radius;
+  return nu::internal::RequireLength(radius, kName, "radius");
 }
 
 }  // namespace
@@ -31,6 +28,10 @@ void CNuCylSurf::Place(double radius, const CNuPoint& axisPoint, const CNuVector
   zaxis.OrthonormalX(&xaxis);
   SetPosition(axisPoint, xaxis, zaxis);
   m_radius = radius;
+}
+
+CNuPoint CNuCylSurf::GetAxisPoint() const {
+  return GetFrame().origin;
 }
 
 CNuVector CNuCylSurf::GetAxisDirection() const {

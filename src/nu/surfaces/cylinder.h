@@ -9,13 +9,14 @@
 // position. The x axis of the position is any direction across, and the origin any point of the axis.
 class NU_EXPORT CNuCylSurf : public CNuSurface {
  public:
-  // CNuConstructionException, checked in this order: cause 5, "radius", for a radius that is not above 0, or NaN; cause
-  // 4 for a direction that has not three components; cause 3 for one that is zero within NuGetZero() or not finite. The
-  // direction is normalised. A radius alone leaves the cylinder without a position, around the z axis.
+  // CNuConstructionException, checked in this order: cause 5, "radius", for a radius that is not above 0 and finite;
+  // cause 4 for a direction that has not three components; cause 3 for one that is zero within NuGetZero() or not
+  // finite. The direction is normalised. A radius alone leaves the cylinder without a position, around the z axis.
   explicit CNuCylSurf(double radius);
   CNuCylSurf(double radius, const CNuPoint& axisPoint, const CNuVector& axisDirection);
 
   double GetRadius() const { return m_radius; }
+  CNuPoint GetAxisPoint() const;
   CNuVector GetAxisDirection() const;
   CNuLine GetAxis() const;
   void GetData(double* radius, CNuPoint* axisPoint, CNuVector* axisDirection) const;
@@ -35,7 +36,7 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
   //   around, too: the two conics, or a conic and the line along which they touch. One that shares a generator: that
   //   CNuLine and the other branches.
   // - A sphere around a point of the axis: none to two CNuCircle.
-  // Surfaces that are not finite have nothing in common. A contact, line or circle that is not on both surfaces by this
+  // Surfaces that are not finite: cause 45. A contact, line or circle that is not on both surfaces by this
   // tolerance, which takes a large one: CNuOperationException cause 46, "calculation", and `result` stays as it was.
   int IntersectWith(const CNuCylSurf& other, CNuObjArray* result) const;
   int IntersectWith(const CNuConSurf& other, CNuObjArray* result) const;

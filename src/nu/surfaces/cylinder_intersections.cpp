@@ -123,7 +123,6 @@ int CNuCylSurf::IntersectWith(const CNuCylSurf& other, CNuObjArray* result) cons
 
 int CNuCylSurf::Meet(const CNuCylSurf& other, CNuObjArray* result) const {
   QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(other), "CNuCylSurf::IntersectWith(CNuCylSurf)");
-  if (!meeting.IsFinite()) return meeting.HandOverTo(result);
   const RoundQuadric& first = meeting.First();
   const RoundQuadric& second = meeting.Second();
   if (AreParallel(first.axis, second.axis)) {
@@ -136,7 +135,6 @@ int CNuCylSurf::Meet(const CNuCylSurf& other, CNuObjArray* result) const {
 
 int CNuCylSurf::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) const {
   QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(sphere), "CNuCylSurf::IntersectWith(CNuSphSurf)");
-  if (!meeting.IsFinite()) return meeting.HandOverTo(result);
   const RoundQuadric& cylinder = meeting.First();
   const RoundQuadric& ball = meeting.Second();
   const Vec3 foot = NearestOfAxis(cylinder, ball.point);
@@ -150,7 +148,6 @@ int CNuCylSurf::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) con
 
 int CNuCylSurf::IntersectWith(const CNuConSurf& other, CNuObjArray* result) const {
   QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(other), "CNuCylSurf::IntersectWith(CNuConSurf)");
-  if (!meeting.IsFinite()) return meeting.HandOverTo(result);
   const RoundQuadric& cylinder = meeting.First();
   const RoundQuadric& cone = meeting.Second();
   const Vec3 foot = NearestOfAxis(cylinder, cone.point);

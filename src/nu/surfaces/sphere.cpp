@@ -1,15 +1,13 @@
 #include "nu/surfaces/sphere.h"
 
-#include "nu/foundation/exceptions.h"
+#include "nu/geometry/internal/directions.h"
 
 namespace {
 
 constexpr const char* kName = "CNuSphSurf";
 
-// A NaN is no radius either.
 double RequireRadius(double radius) {
-  if (!(radius > 0.0)) throw CNuConstructionException(5, kName, "radius", 0, 0);
-  return radius;
+  return nu::internal::RequireLength(radius, kName, "radius");
 }
 
 }  // namespace

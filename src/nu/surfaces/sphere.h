@@ -9,8 +9,8 @@
 // The sphere: a radius and, as the origin of its position, a centre. Its orientation has no meaning.
 class NU_EXPORT CNuSphSurf : public CNuSurface {
  public:
-  // A radius that is not above 0, or NaN: CNuConstructionException cause 5, "radius". A radius alone leaves the sphere
-  // without a position, around the origin.
+  // A radius that is not above 0 and finite: CNuConstructionException cause 5, "radius". A radius alone leaves the
+  // sphere without a position, around the origin.
   explicit CNuSphSurf(double radius);
   CNuSphSurf(double radius, const CNuPoint& centre);
 

@@ -10,13 +10,14 @@
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/object_array.h"
 #include "nu/geometry/internal/feature_data.h"
+#include "nu/geometry/internal/surface_data.h"
 #include "nu/linalg/matrix.h"
-#include "nu/surfaces/sphere.h"
 
-using nu::internal::Components;
+using nu::internal::DataOf;
 using nu::internal::FailOperation;
 using nu::internal::Line3;
 using nu::internal::Points2;
+using nu::internal::Sphere3;
 using nu::internal::ToPoint;
 using nu::internal::TouchTol;
 using nu::internal::ToVector;
@@ -24,21 +25,16 @@ using nu::internal::Vec3;
 
 namespace {
 
-struct Sphere3 {
-  explicit Sphere3(const CNuSphSurf& sphere) : centre(Components(sphere.GetCentre())), radius(sphere.GetRadius()) {}
-
-  Vec3 centre;
-  double radius;
-};
+constexpr const char* kWithSphere = "CNuSphSurf::IntersectWith(CNuSphSurf)";
 
 // The point in which two spheres touch: one of those in which the line of their centres meets the first.
 std::unique_ptr<CNuObject> Touch(const Sphere3& first, const Sphere3& second, Vec3 way, double tol) {
-  const Points2 met = MeetSphere(Line3{first.centre, way}, first.centre, first.radius, tol);
+  const Points2 met = Meet(Line3{first.centre, way}, first, tol);
   for (int k = 0; k < met.count; ++k) {
     const CNuPoint p = ToPoint(met.at[k]);
     if (std::fabs(Norm(met.at[k] - second.centre) - second.radius) < tol) return std::make_unique<CNuPoint>(p);
   }
-  FailOperation(46, "calculation", "CNuSphSurf::IntersectWith(CNuSphSurf)");
+  FailOperation(46, "calculation", kWithSphere);
 }
 
 std::unique_ptr<CNuObject> Section(const Sphere3& first, const Sphere3& second) {
@@ -47,7 +43,9 @@ std::unique_ptr<CNuObject> Section(const Sphere3& first, const Sphere3& second) 
   const Vec3 between = second.centre - first.centre;
   const double d = std::hypot(between.x, between.y, between.z);
   const double tol = TouchTol(std::max(r1, r2), first.centre, second.centre);
-  if (!(d > tol) || !std::isfinite(d + r1 + r2)) return nullptr;
+  RequireFinite(kWithSphere, first, second);
+  if (!std::isfinite(d + r1 + r2)) nu::internal::FailUnrelated(kWithSphere);
+  if (!(d > tol)) return nullptr;
   const Vec3 way = Unit(between);
   if (std::fabs(d - (r1 + r2)) <= tol || std::fabs(d - std::fabs(r1 - r2)) <= tol)
     return Touch(first, second, way, tol);
@@ -69,7 +67,7 @@ int CNuSphSurf::IntersectWith(const CNuPlane& plane, CNuObjArray* result) const 
 }
 
 int CNuSphSurf::IntersectWith(const CNuSphSurf& other, CNuObjArray* result) const {
-  std::unique_ptr<CNuObject> section = Section(Sphere3(*this), Sphere3(other));
+  std::unique_ptr<CNuObject> section = Section(DataOf(*this), DataOf(other));
   result->Clear();
   if (!section) return 0;
   result->Add(section.get());

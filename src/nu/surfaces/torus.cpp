@@ -1,6 +1,5 @@
 #include "nu/surfaces/torus.h"
 
-#include "nu/foundation/exceptions.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/line.h"
@@ -11,10 +10,8 @@ namespace {
 
 constexpr const char* kName = "CNuTorSurf";
 
-// A NaN is no radius either.
 double RequireRadius(double radius) {
-  if (!(radius > 0.0)) throw CNuConstructionException(5, kName, "radius", 0, 0);
-  return radius;
+  return nu::internal::RequireLength(radius, kName, "radius");
 }
 
 }  // namespace
@@ -42,6 +39,10 @@ void CNuTorSurf::Place(double majorRadius, double minorRadius, const CNuPoint& c
   SetPosition(centre, xaxis, zaxis);
   m_majorRadius = majorRadius;
   m_minorRadius = minorRadius;
+}
+
+CNuPoint CNuTorSurf::GetCentre() const {
+  return GetFrame().origin;
 }
 
 CNuVector CNuTorSurf::GetAxisDirection() const {

@@ -9,8 +9,8 @@
 // the origin of the position, its axis the position's z axis.
 class NU_EXPORT CNuTorSurf : public CNuSurface {
  public:
-  // CNuConstructionException, checked in this order: cause 5, "radius", for a radius that is not above 0, or NaN; cause
-  // 7, "radius", for a minor radius that is not below the major one; cause 4 for a direction that has not three
+  // CNuConstructionException, checked in this order: cause 5, "radius", for a radius that is not above 0 and finite;
+  // cause 7, "radius", for a minor radius that is not below the major one; cause 4 for a direction that has not three
   // components; cause 3 for one that is zero within NuGetZero() or not finite. The direction is normalised. Radii alone
   // leave the torus without a position, around the origin and the z axis, which is also the axis about a given centre.
   CNuTorSurf(double majorRadius, double minorRadius);
@@ -19,6 +19,7 @@ class NU_EXPORT CNuTorSurf : public CNuSurface {
 
   double GetMajorRadius() const { return m_majorRadius; }
   double GetMinorRadius() const { return m_minorRadius; }
+  CNuPoint GetCentre() const;
   CNuVector GetAxisDirection() const;
   CNuLine GetAxis() const;
   void GetData(double* majorRadius, double* minorRadius, CNuPoint* centre, CNuVector* axisDirection) const;

@@ -26,8 +26,8 @@ double SineBetween(Vec3 u, Vec3 v) {
 
 }  // namespace
 
-ArcPlanes::ArcPlanes(const PieceChain& chain, double joinTol, double radianTol)
-    : m_chain(chain), m_joinTol(joinTol), m_radianTol(radianTol) {
+ArcPlanes::ArcPlanes(const PieceChain& chain, double joinTol, double sineTol)
+    : m_chain(chain), m_joinTol(joinTol), m_sineTol(sineTol) {
   m_hints.reserve(Index(chain.Size()));
   for (int i = 0; i < chain.Size(); ++i) m_hints.push_back(HintOf(i));
   FindOthers(-1, m_before);
@@ -43,7 +43,7 @@ double ArcPlanes::ArcDoubt(const Arc3& arc) const {
   if (arc.sweep == Nu_2PI) return kOpen;
   const double doubt = DirectionDoubt(arc.centre, arc.radius);
   const double sine = 2.0 * SineBetween(arc.x, Unit(arc.end - arc.start));
-  return sine > std::max(m_radianTol, doubt) ? doubt / sine : kOpen;
+  return sine > std::max(m_sineTol, doubt) ? doubt / sine : kOpen;
 }
 
 ArcPlanes::Hint ArcPlanes::HintOf(int i) const {

@@ -13,9 +13,9 @@ namespace nu::internal {
 // that leaves the line of the diameter spans the plane with it. O(n) for all arcs of a chain.
 class ArcPlanes {
  public:
-  // Ends that are no farther apart than joinTol meet; arcs within radianTol of a half turn are half turns. The chain
-  // must outlive this.
-  ArcPlanes(const PieceChain& chain, double joinTol, double radianTol);
+  // Ends that are no farther apart than joinTol meet; arcs within the angle with the sine sineTol of a half turn are
+  // half turns. The chain must outlive this.
+  ArcPlanes(const PieceChain& chain, double joinTol, double sineTol);
 
   // The normal of arc i, either way, that the pieces around it know better than its own points. None where they do not,
   // or contradict each other or the arc.
@@ -44,7 +44,7 @@ class ArcPlanes {
 
   const PieceChain& m_chain;
   double m_joinTol;
-  double m_radianTol;
+  double m_sineTol;
   std::vector<Hint> m_hints;
   std::vector<int> m_before, m_behind;  // the nearest piece of another direction, or -1
 };

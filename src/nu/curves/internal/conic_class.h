@@ -15,12 +15,6 @@
 // What the classes of the conics share. Only sources include this.
 namespace nu::internal {
 
-// A semi-axis or a focal length; a NaN is none either.
-inline double RequirePositive(double length, const char* className, const char* what) {
-  if (!(length > 0.0)) throw CNuConstructionException(5, className, what, 0, 0);
-  return length;
-}
-
 struct ConicAxes {
   CNuVector x;
   CNuVector normal;
@@ -84,14 +78,16 @@ inline void RequireSamples(int n, double t0, double t1, int part, const char* wh
   if (part != 0 && part != 1) FailOperation(14, "conversion", where);
 }
 
-// The points pointAt(t) for t in n even steps from t0 to t1, both included; what is not finite is left out.
+// The points pointAt(t) for t in n even steps from t0 to t1, both included. One that is not finite: cause 14.
 template<class Curve, class PointAt>
-CNuPointArray SampledPoints(const Conic3<Curve>& conic, int n, double t0, double t1, PointAt pointAt) {
+CNuPointArray SampledPoints(const Conic3<Curve>& conic, int n, double t0, double t1, const char* where,
+                            PointAt pointAt) {
   CNuPointArray points(n);
   for (int i = 0; i < n; ++i) {
     const double part = static_cast<double>(i) / (n - 1);
     const Vec3 p = conic.At(pointAt(i == n - 1 ? t1 : (1.0 - part) * t0 + part * t1));
-    if (IsFinite(p)) points.Add(ToPoint(p));
+    if (!IsFinite(p)) FailOperation(14, "conversion", where);
+    points.Add(ToPoint(p));
   }
   return points;
 }

@@ -10,13 +10,14 @@ namespace nu::internal {
 
 // A line (Line3) or a plane (Plane3).
 template<class Other, class Conic>
-int StoreCommon(const Other& other, const Conic& conic, CNuPoint* p1, CNuPoint* p2) {
+int StoreCommon(const Other& other, const Conic& conic, CNuPoint* p1, CNuPoint* p2, const char* where) {
   const auto data = DataOf(conic);
+  RequireFinite(where, other, data);
   const double tol = TouchTol(data.curve.Size(), data.origin, other.point);
   if constexpr (std::is_same_v<Other, Line3>)
-    return Store(Meet(other, data, tol, ParallelTol()), p1, p2);
+    return Store(Meet(other, data, tol, ParallelTol()), p1, p2, where);
   else
-    return Store(Meet(data, other, tol, ParallelTol()), p1, p2);
+    return Store(Meet(data, other, tol, ParallelTol()), p1, p2, where);
 }
 
 // A point seen from a conic: the distance in the plane from its foot on the curve, the height over the plane, 0 within

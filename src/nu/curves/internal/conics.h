@@ -8,6 +8,7 @@
 namespace nu::internal {
 
 struct Ellipse2 {
+  static constexpr bool kIsBounded = true;
   double a = 1.0;
   double b = 1.0;
 
@@ -16,6 +17,7 @@ struct Ellipse2 {
 };
 
 struct Hyperbola2 {
+  static constexpr bool kIsBounded = false;
   double a = 1.0;
   double b = 1.0;
 
@@ -24,6 +26,7 @@ struct Hyperbola2 {
 };
 
 struct Parabola2 {
+  static constexpr bool kIsBounded = false;
   double f = 1.0;
 
   bool Holds(Vec2 p) const;  // p is on the side of the focus
@@ -83,6 +86,18 @@ Points2 MeetInPlane(const Line3& line, const Conic3<Curve>& conic, double tol, d
   return points;
 }
 
+template<class Curve>
+bool IsFinite(const Conic3<Curve>& conic) {
+  return IsFinite(conic.origin) && IsFinite(conic.x) && IsFinite(conic.y);
+}
+
+// Out of its plane, a conic without an end meets nothing that is parallel to that: where rounding lets them cross is as
+// far away as the angle between them is small. An ellipse does not reach that far.
+template<class Curve>
+bool IsOutOfReach(double sine, double sineTol) {
+  return sine == 0.0 || (!Curve::kIsBounded && IsParallel(sine, sineTol));
+}
+
 // A line or plane counts as in the plane of a conic when it is within the tolerance of it as far from the origin of the
 // conic as its larger semi-axis or its focal length; that asks for no tolerance of angles.
 template<class Curve>
@@ -98,7 +113,7 @@ Points2 Meet(const Line3& line, const Conic3<Curve>& conic, double tol, double s
   const Line3 near{line.At(Dot(conic.origin - line.point, line.direction)), line.direction};
   const double height = conic.Height(near.point);
   if (IsInPlane(conic, height, slope, tol)) return MeetInPlane(near, conic, tol, sineTol);
-  if (slope == 0.0) return points;
+  if (IsOutOfReach<Curve>(std::fabs(slope), sineTol)) return points;
   const Vec3 p = near.At(-height / slope);
   const Vec2 inPlane = conic.InPlane(p);
   const Vec2 way = inPlane - FootOn(conic.curve, inPlane);
@@ -113,7 +128,7 @@ Points2 Meet(const Conic3<Curve>& conic, const Plane3& plane, double tol, double
   const Vec3 along = Cross(normal, plane.normal);
   const double sine = Norm(along);
   const double height = plane.Height(conic.origin);
-  if (!(sine > 0.0) || IsInPlane(conic, height, sine, tol)) return {};
+  if (IsInPlane(conic, height, sine, tol) || IsOutOfReach<Curve>(sine, sineTol)) return {};
   const Vec3 uphill = Rejection(plane.normal, normal);
   const Line3 trace{conic.origin - (height / (sine * sine)) * uphill, (1.0 / sine) * along};
   return MeetInPlane(trace, conic, tol, sineTol);

@@ -43,6 +43,12 @@ inline double ParallelTol() {
   return SineTol(NuGetDegreeTol());
 }
 
+// A radius, a semi-axis or a focal length is above 0 and finite: CNuConstructionException cause 5 for any other.
+inline double RequireLength(double length, const char* className, const char* what) {
+  if (!(length > 0.0) || !std::isfinite(length)) throw CNuConstructionException(5, className, what, 0, 0);
+  return length;
+}
+
 // A direction that is zero within NuGetZero() or not finite: CNuConstructionException without a parameter word.
 inline CNuVector RequireDirection(Vec3 direction, int cause, const char* className) {
   if (IsNull(direction, NuGetZero()) || !IsFinite(direction)) {

@@ -17,6 +17,10 @@ struct DoubleCone {
   double cosine = 1.0;
 };
 
+inline bool IsFinite(const DoubleCone& cone) {
+  return IsFinite(cone.apex) && IsFinite(cone.axis);
+}
+
 // Each from the smaller of the angle and its complement, which is exact: a flat cone keeps the digits of its cosine.
 inline DoubleCone DoubleCone::OfDegrees(Vec3 apex, Vec3 axis, double semiAngle) {
   const double degree = Nu_PI / 180.0;

@@ -2,12 +2,13 @@
 #define NU_GEOMETRY_INTERNAL_FEATURE_DATA_H
 
 #include "nu/curves/circle.h"
+#include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/internal/incidence.h"
 #include "nu/geometry/line.h"
 #include "nu/geometry/plane.h"
 
-// Features of the interface on plain doubles, and points on their way back. Only sources of relations include this: it
+// Features of the interface on plain doubles, and results on their way back. Only sources of relations include this: it
 // knows the curves.
 namespace nu::internal {
 
@@ -32,10 +33,40 @@ double TouchTol(double radius, Points... points) {
   return CoincidenceTol(NuGetLengthTol(), std::max({radius, LargestComponent(points)...}));
 }
 
-inline int Store(const Points2& points, CNuPoint* p1, CNuPoint* p2) {
+// What is not finite is related to nothing, and neither are features so large that the result overflows:
+// CNuOperationException cause 45, named by the operation.
+[[noreturn]] inline void FailUnrelated(const char* where) {
+  FailOperation(45, "calculation", where);
+}
+
+template<class... Features>
+void RequireFinite(const char* where, const Features&... features) {
+  if (!(IsFinite(features) && ...)) FailUnrelated(where);
+}
+
+inline int Store(const Points2& points, CNuPoint* p1, CNuPoint* p2, const char* where) {
+  for (int i = 0; i < points.count; ++i) RequireFinite(where, points.at[i]);
   if (points.count > 0) *p1 = ToPoint(points.at[0]);
   if (points.count > 1) *p2 = ToPoint(points.at[1]);
   return points.count;
+}
+
+// Distances of features that are not finite are no numbers.
+template<class Distance, class... Features>
+double DistanceOrNaN(Distance distance, const Features&... features) {
+  return (IsFinite(features) && ...) ? distance() : std::numeric_limits<double>::quiet_NaN();
+}
+
+inline bool IsDirection(Vec3 v) {
+  return IsFinite(v) && !IsNull(v, NuGetZero());
+}
+inline CNuLine LineFor(Vec3 point, Vec3 direction, const char* where) {
+  if (!IsFinite(point) || !IsDirection(direction)) FailUnrelated(where);
+  return CNuLine(ToPoint(point), ToVector(direction));
+}
+inline CNuPlane PlaneFor(Vec3 point, Vec3 normal, const char* where) {
+  if (!IsFinite(point) || !IsDirection(normal)) FailUnrelated(where);
+  return CNuPlane(ToPoint(point), ToVector(normal));
 }
 
 }  // namespace nu::internal

@@ -35,7 +35,7 @@ Points2 Pierce(const Line3& line, const Circle3& circle, double height, double s
     points.Add(p);
     return points;
   }
-  const Points2 onSphere = MeetSphere(line, circle.centre, circle.radius, tol);
+  const Points2 onSphere = Meet(line, Sphere3{circle.centre, circle.radius}, tol);
   for (int i = 0; i < onSphere.count; ++i) {
     if (IsOn(onSphere.at[i], circle, tol)) points.Add(onSphere.at[i]);
   }
@@ -99,7 +99,8 @@ Approach ClosestApproach(const Line3& first, const Line3& second, double sineTol
 Chord ChordAt(double h, double radius, double tol) {
   if (std::fabs(h - radius) <= tol) return {1, 0.0};
   if (!(h < radius)) return {};
-  return {2, std::sqrt((radius - h) * (radius + h))};
+  const double squared = (radius - h) * (radius + h);
+  return {2, std::isnormal(squared) ? std::sqrt(squared) : std::sqrt(radius - h) * std::sqrt(radius + h)};
 }
 
 // The line counts as one of the plane when no point of it inside the circle leaves the plane by more than the
@@ -115,17 +116,17 @@ Points2 Meet(const Line3& line, const Circle3& circle, double tol) {
   return Pierce({line.At(foot), line.direction}, circle, height, slope, tol);
 }
 
-Points2 MeetSphere(const Line3& line, Vec3 centre, double radius, double tol) {
-  const Vec3 w = centre - line.point;
-  return OnLine(line, Dot(w, line.direction), ChordAt(Norm(Rejection(w, line.direction)), radius, tol));
+Points2 Meet(const Line3& line, const Sphere3& sphere, double tol) {
+  const Vec3 w = sphere.centre - line.point;
+  return OnLine(line, Dot(w, line.direction), ChordAt(Norm(Rejection(w, line.direction)), sphere.radius, tol));
 }
 
 // Seen along the axis, the line passes the circle's centre at its distance from the axis; its way appears shortened by
 // the sine between them.
-Points2 MeetCylinder(const Line3& line, const Line3& axis, const Approach& approach, double radius, double tol) {
+Points2 Meet(const Line3& line, const InfiniteCylinder& cylinder, const Approach& approach, double tol) {
   if (approach.parallel) return {};
-  Chord chord = ChordAt(approach.distance, radius, tol);
-  chord.half /= Sine(line.direction, axis.direction);
+  Chord chord = ChordAt(approach.distance, cylinder.radius, tol);
+  chord.half /= Sine(line.direction, cylinder.axis.direction);
   return OnLine(line, approach.alongFirst, chord);
 }
 

@@ -29,12 +29,38 @@ struct Circle3 {
   double radius = 0.0;
 };
 
+struct Sphere3 {
+  Vec3 centre;
+  double radius = 0.0;
+};
+
+struct InfiniteCylinder {
+  Line3 axis;
+  double radius = 0.0;
+};
+
 inline double Norm(Vec3 v) {
   return std::sqrt(Dot(v, v));
 }
 
 inline double LargestComponent(Vec3 v) {
   return std::max({std::fabs(v.x), std::fabs(v.y), std::fabs(v.z)});
+}
+
+inline bool IsFinite(const Line3& l) {
+  return IsFinite(l.point) && IsFinite(l.direction);
+}
+inline bool IsFinite(const Plane3& pl) {
+  return IsFinite(pl.point) && IsFinite(pl.normal);
+}
+inline bool IsFinite(const Circle3& circle) {
+  return IsFinite(circle.centre) && IsFinite(circle.normal) && std::isfinite(circle.radius);
+}
+inline bool IsFinite(const Sphere3& sphere) {
+  return IsFinite(sphere.centre) && std::isfinite(sphere.radius);
+}
+inline bool IsFinite(const InfiniteCylinder& cylinder) {
+  return IsFinite(cylinder.axis) && std::isfinite(cylinder.radius);
 }
 
 // Coordinates of this size are known to their last place only: no coincidence is told apart below that.
@@ -81,9 +107,9 @@ struct Points2 {
 
 // In the order of the line.
 Points2 Meet(const Line3& line, const Circle3& circle, double tol);
-Points2 MeetSphere(const Line3& line, Vec3 centre, double radius, double tol);
+Points2 Meet(const Line3& line, const Sphere3& sphere, double tol);
 // None for lines that are parallel. `approach` is that of the line to the axis.
-Points2 MeetCylinder(const Line3& line, const Line3& axis, const Approach& approach, double radius, double tol);
+Points2 Meet(const Line3& line, const InfiniteCylinder& cylinder, const Approach& approach, double tol);
 // In the order of circle normal x plane normal. None for a circle in the plane.
 Points2 Meet(const Circle3& circle, const Plane3& plane, double tol);
 // None for circles that share more than two points. Circles in one plane: first the point to the left of the way from

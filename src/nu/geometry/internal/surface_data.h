@@ -4,9 +4,19 @@
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/internal/double_cone.h"
 #include "nu/surfaces/cone.h"
+#include "nu/surfaces/cylinder.h"
+#include "nu/surfaces/sphere.h"
 
 // Surfaces of the interface on plain doubles. Only sources of relations include this.
 namespace nu::internal {
+
+inline Sphere3 DataOf(const CNuSphSurf& sphere) {
+  return {Components(sphere.GetCentre()), sphere.GetRadius()};
+}
+
+inline InfiniteCylinder DataOf(const CNuCylSurf& cylinder) {
+  return {{Components(cylinder.GetAxisPoint()), Components(cylinder.GetAxisDirection())}, cylinder.GetRadius()};
+}
 
 inline DoubleCone DataOf(const CNuConSurf& cone) {
   double semiAngle = 0.0;

@@ -21,8 +21,8 @@
 namespace nu::internal {
 
 RoundQuadric RoundDataOf(const CNuCylSurf& cylinder) {
-  const Line3 axis = DataOf(cylinder.GetAxis());
-  return {RoundQuadric::Kind::kCylinder, axis.point, axis.direction, cylinder.GetRadius()};
+  const InfiniteCylinder data = DataOf(cylinder);
+  return {RoundQuadric::Kind::kCylinder, data.axis.point, data.axis.direction, data.radius};
 }
 
 RoundQuadric RoundDataOf(const CNuConSurf& cone) {
@@ -107,9 +107,8 @@ QuadricMeeting::QuadricMeeting(const RoundQuadric& first, const RoundQuadric& se
     : m_where(where) {
   const double size =
       std::max({first.radius, second.radius, LargestComponent(first.point), LargestComponent(second.point)});
-  m_isFinite = std::isfinite(first.radius + second.radius) && nu::internal::IsFinite(first.point) &&
-               nu::internal::IsFinite(second.point);
-  if (!m_isFinite) return;
+  RequireFinite(where, InfiniteCylinder{{first.point, first.axis}, first.radius},
+                InfiniteCylinder{{second.point, second.axis}, second.radius});
   m_unit = UnitFor(size);
   m_first = InUnit(first, m_unit);
   m_second = InUnit(second, m_unit);

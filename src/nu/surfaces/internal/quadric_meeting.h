@@ -22,13 +22,13 @@ RoundQuadric RoundDataOf(const CNuSphSurf& sphere);
 bool Precedes(const RoundQuadric& first, const RoundQuadric& second);
 
 // Two surfaces in a unit of length of about their largest coordinate or radius, a power of two, and what they have in
-// common in the caller's unit. What is added must be on both surfaces, by the tolerance they touch by: else
-// CNuOperationException cause 46, "calculation", at the operation that `where` names.
+// common in the caller's unit. Surfaces that are not finite: CNuOperationException cause 45. What is added must be on
+// both surfaces, by the tolerance they touch by: else CNuOperationException cause 46, "calculation", at the operation
+// that `where` names.
 class QuadricMeeting {
  public:
   QuadricMeeting(const RoundQuadric& first, const RoundQuadric& second, const char* where);
 
-  bool IsFinite() const { return m_isFinite; }
   const RoundQuadric& First() const { return m_first; }
   const RoundQuadric& Second() const { return m_second; }
   // How close surfaces that touch come.
@@ -58,7 +58,6 @@ class QuadricMeeting {
   CNuPoint World(Vec3 p) const;
 
   double m_unit = 1.0;
-  bool m_isFinite = false;
   RoundQuadric m_first;
   RoundQuadric m_second;
   double m_tol = 0.0;
