@@ -38,7 +38,8 @@ const auto kPoints = [](const Cloud& cloud) {
   for (const Xyz& p : cloud) placed.push_back(bench::OnTable(p.x, p.y, p.z));
   return bench::ToPoints(placed);
 };
-const auto kCloud = [](const Cloud& cloud) { return cloud; };
+// Peers, if there are any, take the points as they are.
+[[maybe_unused]] const auto kCloud = [](const Cloud& cloud) { return cloud; };
 const auto kOne = [](double x) { return Numbers{x}; };
 
 double Zone(const CNuPointArray& points) {

@@ -59,7 +59,8 @@ Numbers Judged(const Roots& roots) {
   return {static_cast<double>(roots.x.size()), all ? 1.0 : 0.0};
 }
 
-const auto kPlain = [](const Numbers& c) { return c; };
+// Peers, if there are any, take the numbers as they are.
+[[maybe_unused]] const auto kPlain = [](const Numbers& c) { return c; };
 
 struct NuProblem {
   CNuPolynomial p;
