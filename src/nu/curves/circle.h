@@ -35,7 +35,7 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   int IntersectWith(const CNuPlane& pl, CNuPoint* p1, CNuPoint* p2) const;
 
   // n points that divide the circle evenly, counter-clockwise about the normal from the x axis; the last is the first
-  // again. n not from 2 to 10,000,000: CNuOperationException cause 12.
+  // again. n below 2 or above 10,000,000: CNuOperationException cause 12.
   CNuPointArray ToPointArray(int n) const;
   CNuPolyline ToPolyline(int n) const;
 

@@ -40,7 +40,7 @@ class NU_EXPORT CNuCircularArc : public CNuBoundedCurve {
   CNuCircle GetCircle() const;
   void Reverse();
 
-  // n points that divide the arc evenly, both ends included. n not from 2 to 10,000,000: CNuOperationException
+  // n points that divide the arc evenly, both ends included. n below 2 or above 10,000,000: CNuOperationException
   // cause 12.
   CNuPointArray ToPointArray(int n) const;
   CNuPolyline ToPolyline(int n) const;

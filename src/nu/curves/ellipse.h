@@ -41,7 +41,7 @@ class NU_EXPORT CNuEllipse : public CNuCurve {
   int IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const;
 
   // The n points a cos u, b sin u for u in even steps of a full turn, counter-clockwise about the normal; the last is
-  // the first again. n not from 2 to 10,000,000: CNuOperationException cause 12.
+  // the first again. n below 2 or above 10,000,000: CNuOperationException cause 12.
   CNuPointArray ToPointArray(int n) const;
   CNuPolyline ToPolyline(int n) const;
 

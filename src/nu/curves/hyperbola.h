@@ -41,7 +41,7 @@ class NU_EXPORT CNuHyperbola : public CNuCurve {
   int IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const;
 
   // The n points +-a cosh t, b sinh t for t in even steps from t0 to t1, with + on branch 0 and - on branch 1.
-  // CNuOperationException: n not from 2 to 10,000,000: cause 12; a range that is not finite or on which a point
+  // CNuOperationException: n below 2 or above 10,000,000: cause 12; a range that is not finite or on which a point
   // overflows, or another branch: cause 14; t0 not below t1: cause 15.
   CNuPointArray ToPointArray(int n, double t0, double t1, int branch) const;
   CNuPolyline ToPolyline(int n, double t0, double t1, int branch) const;

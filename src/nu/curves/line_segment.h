@@ -24,7 +24,7 @@ class NU_EXPORT CNuLineSegment : public CNuBoundedCurve {
   CNuLine GetLine() const;
   CNuPoint MidPoint() const;
   void Reverse();
-  // n points that divide it evenly, both ends included. n not from 2 to 10,000,000: CNuOperationException cause 12.
+  // n points that divide it evenly, both ends included. n below 2 or above 10,000,000: CNuOperationException cause 12.
   CNuPolyline ToPolyline(int n) const;
 
   // The points common to both, in the order of this segment; returns how many there are. What comes as close as

@@ -39,9 +39,9 @@ class NU_EXPORT CNuParabola : public CNuCurve {
   int IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const;
 
   // The n points t, +-2 sqrt(f t) for t in even steps from t0 to t1, with + on side 0 and - on side 1. There is nothing
-  // at t < 0, so a range that starts there is taken from 0 on. CNuOperationException: n not from 2 to 10,000,000: cause
-  // 12; a range that is not finite, ends at 0 or below or on which a point overflows, or another side: cause 14; t0 not
-  // below t1: cause 15.
+  // at t < 0, so a range that starts there is taken from 0 on. CNuOperationException: n below 2 or above 10,000,000:
+  // cause 12; a range that is not finite, ends at 0 or below or on which a point overflows, or another side: cause 14;
+  // t0 not below t1: cause 15.
   CNuPointArray ToPointArray(int n, double t0, double t1, int side) const;
   CNuPolyline ToPolyline(int n, double t0, double t1, int side) const;
 

@@ -46,7 +46,7 @@ class NU_EXPORT CNuPCurve : public CNuCurve {
   CNuPoint ClosestPoint(const CNuPoint& p, double* u) const;
 
   // n points in even steps of u over the range, both ends included; the last of a closed curve is the first again.
-  // n not from 2 to 10,000,000: CNuOperationException cause 12.
+  // n below 2 or above 10,000,000: CNuOperationException cause 12.
   CNuPointArray ToPointArray(int n) const;
   CNuPolyline ToPolyline(int n) const;
   // Points, both ends included, whose polyline the curve leaves by no more than tol, or by the rounding of its
