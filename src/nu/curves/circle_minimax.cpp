@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "nu/curves/circle.h"
+#include "nu/geometry/internal/alignment.h"
 #include "nu/geometry/internal/annulus2.h"
 #include "nu/geometry/internal/empty_circle2.h"
 #include "nu/geometry/internal/enclosing_ball.h"
@@ -65,8 +66,7 @@ struct Zone {
 };
 
 bool IsDegenerate(const CNuPointArray& pts, double tol) {
-  CNuVector normal;
-  return CNuGeometry::AreCollinear(pts, &normal, tol) == 1 || CNuGeometry::NumberDistinctPoints(pts, 2, tol) == 0;
+  return LieOnOneLine(ViewOf(pts), tol) || CNuGeometry::NumberDistinctPoints(pts, 2, tol) == 0;
 }
 
 // The longest edge of points on one line joins the two extreme ones.
@@ -114,13 +114,14 @@ PlaneFrame FrameOf(const CNuPointArray& pts, double tol) {
   return frame;
 }
 
-bool IsInPlane(const PlaneFrame& frame, double tol) {
-  return frame.form <= tol || frame.form == 0.0;
+// What rounding errors of the coordinates make of a plane is no form.
+bool IsInPlane(const CNuPointArray& pts, const PlaneFrame& frame, double tol) {
+  return frame.form <= tol || LieInOnePlane(ViewOf(pts), tol);
 }
 
 PlaneFrame RequirePlane(const CNuPointArray& pts, double tol) {
   const PlaneFrame frame = FrameOf(pts, tol);
-  if (!IsInPlane(frame, tol)) FailFit(nu::internal::kPointsNotInPlane, kName, kLeastPoints);
+  if (!IsInPlane(pts, frame, tol)) FailFit(nu::internal::kPointsNotInPlane, kName, kLeastPoints);
   return frame;
 }
 
@@ -186,7 +187,7 @@ Zone ZoneOf(const CNuPointArray& pts, double tol, long maxiter) {
     return {circle, circle.radius, circle.radius, 0.0};
   }
   const PlaneFrame frame = FrameOf(pts, tol);
-  return IsInPlane(frame, tol) ? ZoneInPlane(pts, frame, maxiter) : ZoneInSpace(pts, tol, maxiter);
+  return IsInPlane(pts, frame, tol) ? ZoneInPlane(pts, frame, maxiter) : ZoneInSpace(pts, tol, maxiter);
 }
 
 }  // namespace
@@ -217,8 +218,7 @@ void CNuCircle::FitMax(const CNuPointArray& pts, double tol) {
   nu::internal::TranslateForeign(kName, [&] {
     RequireCount(pts, kLeastPoints, kName);
     RequireFinite(pts, kName);
-    CNuVector normal;
-    if (AreCollinear(pts, &normal, tol) == 1) FailFit(nu::internal::kCollinearPoints, kName, kLeastPoints);
+    if (LieOnOneLine(ViewOf(pts), tol)) FailFit(nu::internal::kCollinearPoints, kName, kLeastPoints);
     const PlaneFrame frame = RequirePlane(pts, tol);
     PointBlocks blocks(ViewOf(pts), frame.origin);
     const EmptyCircle found = nu::internal::LargestEmptyCircle(blocks, {Components(frame.x), Components(frame.y)});

@@ -1,6 +1,14 @@
 #ifndef NU_GEOMETRY_FIT_RESULT_H
 #define NU_GEOMETRY_FIT_RESULT_H
 
+// What all fits share.
+//
+// Extent. Points are on one line when none is farther than the length tolerance of the fit from their least-squares
+// line; they are in one plane when their signed distances from their least-squares plane differ by that tolerance at
+// most. It is the argument `tol` where there is one, else NuGetLengthTol(). What the rounding errors of the coordinates
+// make counts as no extent, whatever the tolerance. So a part has the same fits in metres and in micrometres when its
+// tolerances are converted with it.
+
 // What the fits that do not throw return: success, the iteration limit was reached, any other failure.
 enum ENuFitResult { NuFitSuccess = 0, NuFitNoConvergence = 1, NuFitFailure = 2 };
 

@@ -22,7 +22,7 @@ class NU_EXPORT CNuGeometry : public CNuObject {
 
   // 1 when the points lie on one line, else 0 and the unit normal of the plane that they span is written to `normal`,
   // in the canonical sign of CNuVector::SymmetricAxis. tol bounds coordinates of differences and of their cross
-  // product, not a distance.
+  // product, not a distance; the fits judge by distances instead, see nu/geometry/fit_result.h.
   static int AreCollinear(const CNuPointArray& pts, CNuVector* normal, double tol);
   // 1 when the points lie in one plane within the distance tol, else 0. `plane` receives a plane through the first
   // point: the common one, or for collinear points one across their line; it is left alone below four points.

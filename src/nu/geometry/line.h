@@ -118,9 +118,9 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   // Minimum-zone line: the one whose farthest point is nearest. The direction has the canonical sign of
   // CNuVector::SymmetricAxis with NuGetTol(); the point is the nearest to the mean point. `form` receives the width of
   // the zone, `l1` and `l2` its boundary lines, parallel to this one on opposite sides at half of `form`.
-  // - Points on one line by CNuGeometry::AreCollinear with `tol`: the least-squares line; the zone is 0 wide.
-  // - Points with one z, or in one plane by CNuGeometry::AreCoplanar with NuGetLengthTol(): the middle line of the
-  //   narrowest strip in that plane, exactly (M. I. Shamos, 1978); the boundary lines are those of the strip.
+  // - Points on one line within `tol`: the least-squares line; the zone is 0 wide.
+  // - Points with one z, or in one plane within NuGetLengthTol(): the middle line of the narrowest strip in that plane,
+  //   exactly (M. I. Shamos, 1978); the boundary lines are those of the strip.
   // - Others: the axis of the smallest circular cylinder that holds the points, and its diameter, which is never more
   //   than the `form` of Fit. It is a local optimum next to the least-squares line, by linear programs within a
   //   shrinking bound on the step and Newton's method on the contacts (M. R. Osborne and G. A. Watson, 1969; K. Madsen,

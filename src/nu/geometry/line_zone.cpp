@@ -4,6 +4,7 @@
 #include <tuple>
 #include <vector>
 
+#include "nu/geometry/internal/alignment.h"
 #include "nu/geometry/internal/enclosing_cylinder.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/form_statistics.h"
@@ -41,11 +42,6 @@ void RequireTwoDistinct(const CNuPointArray& pts, double tol) {
   if (CNuGeometry::NumberDistinctPoints(pts, 2, tol) == 0) {
     FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
   }
-}
-
-bool LieOnOneLine(const CNuPointArray& pts, double tol) {
-  CNuVector normal;
-  return CNuGeometry::AreCollinear(pts, &normal, tol) == 1;
 }
 
 CNuVector Canonical(const Vec3& direction) {
@@ -119,16 +115,15 @@ Zone ZoneInSpace(const CNuPointArray& pts, long limit) {
           2.0 * (better ? radius : leastRadius), SideOf(found)};
 }
 
-// The test for a common plane takes the points as they come, as everywhere; `data` are the same points.
-Zone ZoneOf(const CNuPointArray& pts, const CNuPointArray& data, long limit) {
-  if (pts.Is2D() == NuTrue) return ZoneInPlaneZ(data, Components(data.MeanPoint()));
-  if (CNuGeometry::AreCoplanar(pts, NuGetLengthTol()) == 1) return ZoneInPlane(data);
-  return ZoneInSpace(data, limit);
+Zone ZoneOf(const CNuPointArray& pts, long limit) {
+  if (pts.Is2D() == NuTrue) return ZoneInPlaneZ(pts, Components(pts.MeanPoint()));
+  if (LieInOnePlane(ViewOf(pts), NuGetLengthTol())) return ZoneInPlane(pts);
+  return ZoneInSpace(pts, limit);
 }
 
 Zone ZoneInAnyOrder(const CNuPointArray& pts, long limit) {
-  if (!nu::internal::IsOrderToBeMade(pts)) return ZoneOf(pts, pts, limit);
-  return ZoneOf(pts, nu::internal::Ordered(pts), limit);
+  if (!nu::internal::IsOrderToBeMade(pts)) return ZoneOf(pts, limit);
+  return ZoneOf(nu::internal::Ordered(pts), limit);
 }
 
 void RequireFinite(const Zone& zone) {
@@ -152,7 +147,7 @@ void CNuLine::FitMinZone(const CNuPointArray& pts, double* form, CNuLine* l1, CN
     CNuLine line;
     line.Fit(pts);
     Zone zone;
-    if (!LieOnOneLine(pts, tol)) {
+    if (!LieOnOneLine(ViewOf(pts), tol)) {
       zone = ZoneInAnyOrder(pts, maxiter);
       RequireFinite(zone);
       line = CNuLine(ToPoint(zone.point), Canonical(zone.direction));

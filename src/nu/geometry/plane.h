@@ -79,8 +79,8 @@ class NU_EXPORT CNuPlane : public CNuGeometry {
   // canonical sign of CNuVector::SymmetricAxis with NuGetTol(). `form` receives the largest minus the smallest signed
   // distance, `sumsq` the sum of the squared ones; both are 0 for three points.
   // CNuBestfitException, named "CNuPlane", for which the plane and the outputs stay as they were: cause 1 (size 3)
-  // below three points; cause 3 (size 3) for points on one line by CNuGeometry::AreCollinear with NuGetLengthTol();
-  // cause 11 (size 0) for coordinates that are not finite.
+  // below three points; cause 3 (size 3) for points on one line within NuGetLengthTol(); cause 11 (size 0) for
+  // coordinates that are not finite.
   void Fit(const CNuPointArray& pts);
   void Fit(const CNuPointArray& pts, double* form, double* sumsq);
 

@@ -1,3 +1,4 @@
+#include "nu/geometry/internal/alignment.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/form_statistics.h"
 #include "nu/geometry/internal/principal_direction.h"
@@ -22,12 +23,19 @@ namespace {
 constexpr const char* kName = "CNuPlane";
 constexpr int kLeastPoints = 3;
 
-// `ofThree` is the normal of the first three points that are not on one line: of exactly three points, the plane's.
-PrincipalDirection Solve(PointBlocks& blocks, const CNuPointArray& pts, const CNuVector& ofThree) {
+// Zero, or not finite, when differences of the coordinates overflow.
+Vec3 NormalOfThree(const CNuPointArray& pts) {
+  const Vec3 p = Components(pts[0]);
+  return Unit(Cross(Rescaled(Components(pts[1]) - p), Rescaled(Components(pts[2]) - p)));
+}
+
+PrincipalDirection Solve(PointBlocks& blocks, const CNuPointArray& pts) {
   PrincipalDirection found = FindPrincipalDirection(blocks, nu::internal::Extent::smallest);
-  // Differences that overflow leave no normal; the mean and the moments are scaled and do not.
-  const Vec3 spanned = Components(ofThree);
-  if (pts.GetSize() == kLeastPoints && IsFinite(spanned)) found.direction = Unit(spanned);
+  if (pts.GetSize() == kLeastPoints) {
+    // The mean and the moments are scaled and do not overflow.
+    const Vec3 spanned = NormalOfThree(pts);
+    if (IsFinite(spanned) && !IsNull(spanned, NuGetZero())) found.direction = spanned;
+  }
   if (!found.finite || !IsFinite(found.direction)) FailFit(nu::internal::kNumericalFailure, kName);
   CNuVector normal = ToVector(found.direction);
   normal.SymmetricAxis(NuGetTol(), 1);
@@ -43,12 +51,11 @@ void CNuPlane::Fit(const CNuPointArray& pts) {
 
 void CNuPlane::Fit(const CNuPointArray& pts, double* form, double* sumsq) {
   nu::internal::TranslateForeign(kName, [&] {
-    CNuVector normal;
-    const bool collinear = AreCollinear(pts, &normal, NuGetLengthTol()) == 1;
     RequireCount(pts, kLeastPoints, kName);
+    const bool collinear = LieOnOneLine(ViewOf(pts), NuGetLengthTol());
     if (collinear) FailFit(nu::internal::kCollinearPoints, kName, kLeastPoints);
     PointBlocks blocks(ViewOf(pts), MiddleOf(pts));
-    const PrincipalDirection found = Solve(blocks, pts, normal);
+    const PrincipalDirection found = Solve(blocks, pts);
     Deviations d;
     if (form != nullptr && pts.GetSize() > kLeastPoints) d = PlaneDeviations(blocks, found.mean, found.direction);
     m_point = ToPoint(blocks.InCallersFrame(found.mean));

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "nu/foundation/constants.h"
+#include "nu/geometry/internal/alignment.h"
 #include "nu/surfaces/cone.h"
 #include "nu/surfaces/internal/axis_direction.h"
 #include "nu/surfaces/internal/cone_start.h"
@@ -122,12 +123,12 @@ void CNuConSurf::Fit(const CNuPointArray& points, double* formError, double* sum
   nu::internal::RequireIterations(maxIter, kName);
   if (formError != nullptr) *formError = *sumSquares = 0.0;
   nu::internal::RequireCount(points, kLeastPoints, kName);
-  PointBlocks blocks(ViewOf(points), nu::internal::MiddleOf(points));
-  const bool coplanar = AreCoplanar(points, NuGetLengthTol()) == 1;
-  const bool distinct = NumberDistinctPoints(points, kLeastPoints, NuGetLengthTol()) == 1;
-  // What is not finite has no distance from a plane or from each other, so it may pass for either.
-  if ((coplanar || !distinct) && !blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
+  const bool coplanar = LieInOnePlane(ViewOf(points), NuGetLengthTol());
   if (coplanar) FailFit(nu::internal::kCoplanarPoints, kName, 4);
+  PointBlocks blocks(ViewOf(points), nu::internal::MiddleOf(points));
+  const bool distinct = NumberDistinctPoints(points, kLeastPoints, NuGetLengthTol()) == 1;
+  // What is not finite has no distance from each other.
+  if (!distinct && !blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
   if (!distinct) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
   const Solution found = ConeInAnyOrder(ViewOf(points), blocks, formError != nullptr, maxIter);
   const bool finite = IsFinite(found.axisPoint + found.toApex * found.axisDirection);

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "nu/foundation/internal/failures.h"
+#include "nu/geometry/internal/alignment.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/mean.h"
 #include "nu/geometry/internal/round_minimax.h"
@@ -32,11 +33,11 @@ constexpr double kRadians = 3.14159265358979323846 / 180.0;
 
 void RequirePoints(const CNuPointArray& points, double tol) {
   nu::internal::RequireCount(points, kLeastPoints, kName);
-  const bool coplanar = CNuGeometry::AreCoplanar(points, tol) == 1;
-  const bool distinct = CNuGeometry::NumberDistinctPoints(points, kLeastPoints, tol) == 1;
-  // What is not finite has no distance from a plane or from each other, so it may pass for either.
-  if (coplanar || !distinct) nu::internal::RequireFinite(points, kName);
+  const bool coplanar = LieInOnePlane(ViewOf(points), tol);
   if (coplanar) FailFit(nu::internal::kCoplanarPoints, kName, 4);
+  const bool distinct = CNuGeometry::NumberDistinctPoints(points, kLeastPoints, tol) == 1;
+  // What is not finite has no distance from each other.
+  if (!distinct) nu::internal::RequireFinite(points, kName);
   if (!distinct) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
 }
 

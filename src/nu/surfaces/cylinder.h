@@ -56,11 +56,11 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
   // limit is found good.
   // CNuBestfitException, for which the cylinder stays as it was, named "CNuCylSurf" but for cause 12: cause 13 (size 0)
   // for a limit below 1, before all else; cause 1 (size 5) below five points; cause 4 (size 4) for points in one plane
-  // by CNuGeometry::AreCoplanar and cause 2 (size 5) for fewer than five distinct ones by
-  // CNuGeometry::NumberDistinctPoints, both with NuGetLengthTol(); cause 11 (size 0) for points that do not determine a
-  // cylinder or are not finite; cause 12 (size 0, named "CNuCircle") when the limit, or 100 000 steps, is reached.
-  // The failure of QuadricAxes and lack of memory pass through as they are. FitEx throws cause 13 only:
-  // NuFitNoConvergence stands for cause 12, NuFitFailure for every other failure.
+  // and cause 2 (size 5) for fewer than five distinct ones by CNuGeometry::NumberDistinctPoints, both within
+  // NuGetLengthTol(); cause 11 (size 0) for points that do not determine a cylinder or are not finite; cause 12 (size
+  // 0, named "CNuCircle") when the limit, or 100 000 steps, is reached. The failure of QuadricAxes and lack of memory
+  // pass through as they are. FitEx throws cause 13 only: NuFitNoConvergence stands for cause 12, NuFitFailure for
+  // every other failure.
   void Fit(const CNuPointArray& points, long maxIter);
   void Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
   ENuFitResult FitEx(const CNuPointArray& points, long maxIter);

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "nu/geometry/internal/alignment.h"
 #include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/internal/axis_direction.h"
 #include "nu/surfaces/internal/cylinder_start.h"
@@ -68,13 +69,13 @@ void CNuCylSurf::Fit(const CNuPointArray& points, long maxIter) {
 void CNuCylSurf::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
   nu::internal::RequireIterations(maxIter, kName);
   if (formError != nullptr) *formError = *sumSquares = 0.0;
-  const bool coplanar = AreCoplanar(points, NuGetLengthTol()) == 1;
-  const bool distinct = NumberDistinctPoints(points, kLeastPoints, NuGetLengthTol()) == 1;
   nu::internal::RequireCount(points, kLeastPoints, kName);
-  PointBlocks blocks(ViewOf(points), nu::internal::MiddleOf(points));
-  // What is not finite has no distance from a plane or from each other, so it may pass for either.
-  if ((coplanar || !distinct) && !blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
+  const bool coplanar = LieInOnePlane(ViewOf(points), NuGetLengthTol());
   if (coplanar) FailFit(nu::internal::kCoplanarPoints, kName, kLeastPoints - 1);
+  const bool distinct = NumberDistinctPoints(points, kLeastPoints, NuGetLengthTol()) == 1;
+  PointBlocks blocks(ViewOf(points), nu::internal::MiddleOf(points));
+  // What is not finite has no distance from each other.
+  if (!distinct && !blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
   if (!distinct) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
   const Solution found = LeastSquaresCylinder(ViewOf(points), blocks, formError != nullptr, maxIter);
   if (!IsFinite(found.axisPoint) || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);

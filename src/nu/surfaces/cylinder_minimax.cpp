@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "nu/curves/circle.h"
+#include "nu/geometry/internal/alignment.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/mean.h"
 #include "nu/geometry/internal/point_order.h"
@@ -31,12 +32,7 @@ namespace {
 
 constexpr const char* kName = "CNuCylSurf";
 
-bool IsCollinear(const CNuPointArray& points, double tol) {
-  CNuVector normal;
-  return CNuGeometry::AreCollinear(points, &normal, tol) == 1;
-}
-
-// Coordinates that are not finite fail first: they pass for points on one line.
+// Two points that are not finite count as a line, too.
 Cylinder3 CylinderOnLine(const CNuPointArray& points, double tol) {
   nu::internal::RequireFinite(points, kName);
   if (CNuGeometry::NumberDistinctPoints(points, 2, tol) == 0) return {Components(points[0]), {0.0, 0.0, 1.0}, 0.0};
@@ -104,13 +100,13 @@ Cylinder3 FromLeastSquares(const CNuPointArray& points, long maxIter, Problem pr
 }
 
 Cylinder3 Circumscribed(const CNuPointArray& points, double tol, long maxIter) {
-  if (IsCollinear(points, tol)) return CylinderOnLine(points, tol);
+  if (LieOnOneLine(ViewOf(points), tol)) return CylinderOnLine(points, tol);
   return FromLeastSquares(points, maxIter, nu::internal::SmallestCylinderAround);
 }
 
 Cylinder3 Inscribed(const CNuPointArray& points, double tol, long maxIter) {
-  if (IsCollinear(points, tol)) return CylinderOnLine(points, tol);
-  if (CNuGeometry::AreCoplanar(points, tol) == 1) return InscribedCircle(points, tol);
+  if (LieOnOneLine(ViewOf(points), tol)) return CylinderOnLine(points, tol);
+  if (LieInOnePlane(ViewOf(points), tol)) return InscribedCircle(points, tol);
   return FromLeastSquares(points, maxIter, nu::internal::LargestCylinderInside);
 }
 
@@ -122,7 +118,7 @@ struct Zone {
 // Where the least-squares cylinder is the optimum, rounding decides which is better. An optimum that is worse is
 // another than the one next to it.
 Zone MinimumZone(const CNuPointArray& points, double tol, long maxIter) {
-  if (IsCollinear(points, tol)) return {CylinderOnLine(points, tol)};
+  if (LieOnOneLine(ViewOf(points), tol)) return {CylinderOnLine(points, tol)};
   return InOneOrder(points, [&](const CNuPointArray& data) -> Zone {
     const LeastSquares start = FitLeastSquares(data, maxIter);
     const CylinderMinimax found = Solve(data, start.cylinder, maxIter, nu::internal::NarrowestCylinderZone);

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "nu/geometry/internal/alignment.h"
 #include "nu/geometry/internal/round_least_squares.h"
 #include "nu/surfaces/internal/surface_fits.h"
 #include "nu/surfaces/sphere.h"
@@ -82,13 +83,9 @@ void CNuSphSurf::Fit(const CNuPointArray& points, long maxIter) {
 void CNuSphSurf::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
   nu::internal::RequireIterations(maxIter, kName);
   if (formError != nullptr) *formError = *sumSquares = 0.0;
-  const bool coplanar = AreCoplanar(points, NuGetLengthTol()) == 1;
   nu::internal::RequireCount(points, kLeastPoints, kName);
-  if (coplanar) {
-    // What is not finite has no distance from a plane, so it passes for coplanar.
-    nu::internal::RequireFinite(points, kName);
-    FailFit(nu::internal::kCoplanarPoints, kName, kLeastPoints);
-  }
+  const bool coplanar = LieInOnePlane(ViewOf(points), NuGetLengthTol());
+  if (coplanar) FailFit(nu::internal::kCoplanarPoints, kName, kLeastPoints);
   PointBlocks blocks(ViewOf(points), MiddleOf(points));
   const bool exact = points.GetSize() == kLeastPoints;
   const Solution found = exact ? SphereThroughFour(points) : LeastSquaresSphere(blocks, formError != nullptr, maxIter);

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "nu/curves/circle.h"
+#include "nu/geometry/internal/alignment.h"
 #include "nu/geometry/internal/empty_ball.h"
 #include "nu/geometry/internal/enclosing_ball.h"
 #include "nu/geometry/internal/fit_guards.h"
@@ -37,12 +38,7 @@ struct Ball {
   double radius = 0.0;
 };
 
-bool IsCollinear(const CNuPointArray& points, double tol) {
-  CNuVector normal;
-  return CNuGeometry::AreCollinear(points, &normal, tol) == 1;
-}
-
-// Coordinates that are not finite fail first: they pass for points on one line or in one plane.
+// Two points that are not finite count as a line, too.
 Ball BallOnLine(const CNuPointArray& points, double tol) {
   RequireFinite(points, kName);
   if (CNuGeometry::NumberDistinctPoints(points, 2, tol) == 0) return {Components(points[0]), 0.0};
@@ -93,7 +89,7 @@ Ball FindMinimalSphericalShell(const CNuPointArray& points, const Ball& start, d
 }
 
 Ball MinimumZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  if (CNuGeometry::AreCoplanar(points, tol) == 1) return MinimumZoneCircle(points, zone, tol, maxIter);
+  if (LieInOnePlane(ViewOf(points), tol)) return MinimumZoneCircle(points, zone, tol, maxIter);
   double form;
   const Ball ball = LeastSquaresBall(points, &form, maxIter);
   *zone = 0.0;
@@ -111,7 +107,7 @@ void CNuSphSurf::Place(double radius, const CNuPoint& centre) {
 
 void CNuSphSurf::FitMin(const CNuPointArray& points, double tol) {
   RequireCount(points, 1, kName);
-  if (IsCollinear(points, tol)) {
+  if (LieOnOneLine(ViewOf(points), tol)) {
     const Ball ball = BallOnLine(points, tol);
     return Place(ball.radius, ToPoint(ball.centre));
   }
@@ -131,10 +127,7 @@ ENuFitResult CNuSphSurf::FitMinEx(const CNuPointArray& points, double tol) {
 
 void CNuSphSurf::FitMax(const CNuPointArray& points, double tol) {
   RequireCount(points, kLeastPoints, kName);
-  if (IsCollinear(points, tol)) {
-    RequireFinite(points, kName);
-    FailFit(nu::internal::kCollinearPoints, kName, 3);
-  }
+  if (LieOnOneLine(ViewOf(points), tol)) FailFit(nu::internal::kCollinearPoints, kName, 3);
   constexpr long passesPerPoint = 10;
   const Vec3 origin = MiddleOf(points);
   PointBlocks blocks(ViewOf(points), origin);
