@@ -237,4 +237,30 @@ TEST(QuadricAxes, FailsUnderItsOwnName) {
   EXPECT_TRUE(onAxis.y() == 2.0 && direction[1] == 8.0);
 }
 
+// A plane to rounding, which is one within no length tolerance; lines that no cylinder suits, whose steps creep.
+TEST(CylinderFit, RefusesWhatDeterminesNoCylinder) {
+  Random random(61);
+  NuSetLengthTol(1e-200);
+  for (const double rounding : {0.0, 1e-15}) {
+    CNuPointArray mesh(96);
+    for (int i = 0; i < 96; ++i) {
+      const double around = i % 12 * 30.0 * kDegree, tube = 5.0 + std::cos(i / 12 * 45.0 * kDegree);
+      mesh.Add({tube * std::cos(around), tube * std::sin(around), rounding * random.Bell()});
+    }
+    CNuCylSurf cylinder(1.0);
+    const std::string failure = FailureOf([&] { cylinder.Fit(RandomMotion(random, 10.0)(mesh), 1000); });
+    EXPECT_TRUE(failure == "bestfit 4 |CNuCylSurf [4,0]" || failure == "bestfit 11 |CNuCylSurf [0,0]") << failure;
+  }
+  NuSetLengthTol(1e-12);
+  CNuPointArray skew(600);
+  for (int i = 0; i < 600; ++i) {
+    const double t = random.Uniform(-5.0, 5.0);
+    skew.Add(i % 2 == 0 ? CNuPoint(t, 1, 0) : CNuPoint(0, -1, t));
+  }
+  CNuCylSurf cylinder(1.0);
+  CNuConSurf cone(45.0);
+  EXPECT_EQ(cylinder.FitEx(skew, std::numeric_limits<long>::max()), NuFitNoConvergence);
+  EXPECT_NE(cone.FitEx(skew, std::numeric_limits<long>::max()), NuFitSuccess);
+}
+
 }  // namespace

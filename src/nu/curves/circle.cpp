@@ -1,5 +1,6 @@
 #include "nu/curves/circle.h"
 
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/plane.h"
 
@@ -45,7 +46,7 @@ CNuPlane CNuCircle::GetPlane() const {
 void CNuCircle::GetData(double* radius, CNuPoint* centre, CNuVector* normal) const {
   CNuVector xaxis;
   GetPosition(centre, &xaxis, normal);
-  *radius = m_radius;
+  nu::internal::Output(radius, m_radius);
 }
 
 void CNuCircle::Place(double radius, const CNuPoint& centre, const CNuVector& xaxis, const CNuVector& normal) {

@@ -65,7 +65,7 @@ Solution LeastSquaresCircle(PointBlocks& blocks, const Axes& axes, bool wantsDev
                              .takesLastStep = true,
                              .endsAtGrowth = false,
                              .endsBeforeLimit = false};
-  const GaussNewtonEnd end = RunGaussNewton(fit, rule);
+  const GaussNewtonEnd end = fit.Run(rule);
   if (end == GaussNewtonEnd::unsolvable) FailFit(nu::internal::kNumericalFailure, kName);
   if (end == GaussNewtonEnd::limitReached) FailFit(nu::internal::kIterationLimit, kName);
   return {fit.Centre(), fit.Radius(), wantsDeviations ? fit.DeviationsNow() : Deviations{}};
@@ -86,14 +86,12 @@ void CNuCircle::Fit(const CNuPointArray& pts, double* form, double* sumsq, long 
     const bool exact = pts.GetSize() == kLeastPoints;
     const Vec3 origin = Components(exact ? pts[0] : plane.GetPoint());
     PointBlocks blocks(ViewOf(pts), origin);
-    const Solution found =
-        exact ? CircleThroughThree(pts, axes) : LeastSquaresCircle(blocks, axes, form != nullptr, maxiter);
+    const Solution found = exact ? CircleThroughThree(pts, axes)
+                                 : LeastSquaresCircle(blocks, axes, form != nullptr || sumsq != nullptr, maxiter);
     const Vec3 centre = origin + found.centre;
     if (!IsFinite(centre) || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
     Place(found.radius, ToPoint(centre), axes.x, axes.normal);
-    if (form == nullptr) return;
-    *form = found.deviations.largest - found.deviations.smallest;
-    *sumsq = found.deviations.sumSquares;
+    nu::internal::StoreForm(found.deviations, form, sumsq);
   });
 }
 

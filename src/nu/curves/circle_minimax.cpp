@@ -139,7 +139,7 @@ Vec2 LeastSquaresCentre(PointBlocks& blocks, const PlaneFrame& frame, long maxit
                                            .takesLastStep = true,
                                            .endsAtGrowth = false,
                                            .endsBeforeLimit = false};
-  const nu::internal::GaussNewtonEnd end = RunGaussNewton(fit, rule);
+  const nu::internal::GaussNewtonEnd end = fit.Run(rule);
   if (end == nu::internal::GaussNewtonEnd::limitReached && maxiter <= kMostStartSteps) {
     FailFit(nu::internal::kIterationLimit, kName);
   }
@@ -245,7 +245,7 @@ void CNuCircle::FitMinZone(const CNuPointArray& pts, double* form, CNuCircle* in
     const Zone zone = ZoneOf(pts, tol, maxiter);
     const Placement& m = zone.middle;
     Place(m.radius, m.centre, m.xaxis, m.normal);
-    *form = zone.width;
+    nu::internal::Output(form, zone.width);
     if (inner != nullptr) inner->Place(zone.inner, m.centre, m.xaxis, m.normal);
     if (outer != nullptr) outer->Place(zone.outer, m.centre, m.xaxis, m.normal);
   });

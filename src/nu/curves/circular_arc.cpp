@@ -10,6 +10,7 @@
 #include "nu/curves/polyline.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/double_double.h"
 #include "nu/geometry/internal/extents.h"
 #include "nu/geometry/internal/feature_data.h"
@@ -234,16 +235,16 @@ CNuPoint CNuCircularArc::GetEndPoint() {
 
 void CNuCircularArc::GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
   const Arc3 arc = DataOf(*this);
-  *point = ToPoint(arc.start);
-  *tangent = ToVector(arc.y);
-  *normal = ToVector(Upwards(arc.Axis()));
+  nu::internal::Output(point, ToPoint(arc.start));
+  nu::internal::Output(tangent, ToVector(arc.y));
+  nu::internal::Output(normal, ToVector(Upwards(arc.Axis())));
 }
 
 void CNuCircularArc::GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
   const Arc3 arc = DataOf(*this);
-  *point = ToPoint(arc.end);
-  *tangent = ToVector(Unit(Cross(arc.Axis(), arc.end - arc.centre)));
-  *normal = ToVector(Upwards(arc.Axis()));
+  nu::internal::Output(point, ToPoint(arc.end));
+  nu::internal::Output(tangent, ToVector(Unit(Cross(arc.Axis(), arc.end - arc.centre))));
+  nu::internal::Output(normal, ToVector(Upwards(arc.Axis())));
 }
 
 void CNuCircularArc::BoundingBox(CNuPoint* min, CNuPoint* max) const {

@@ -14,6 +14,7 @@
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/downcast.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/internal/incidence.h"
 #include "nu/geometry/internal/point_blocks.h"
@@ -261,13 +262,13 @@ CNuVector CNuCompositeCurve::PlaneNormal() const {
 void CNuCompositeCurve::GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
   RequireSegments("CNuCompositeCurve::GetStartData()");
   m_segments.front()->GetStartData(point, tangent, normal);
-  *normal = PlaneNormal();
+  nu::internal::Output(normal, PlaneNormal());
 }
 
 void CNuCompositeCurve::GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
   RequireSegments("CNuCompositeCurve::GetEndData()");
   m_segments.back()->GetEndData(point, tangent, normal);
-  *normal = PlaneNormal();
+  nu::internal::Output(normal, PlaneNormal());
 }
 
 void CNuCompositeCurve::BoundingBox(CNuPoint* min, CNuPoint* max) const {

@@ -2,6 +2,7 @@
 
 #include "nu/curves/internal/sinusoid_fit.h"
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/fit_guards.h"
 
 using nu::internal::CosineAt;
@@ -21,10 +22,10 @@ CNuCosineCurve::CNuCosineCurve(double a, double b, double c, double d)
 CNuCosineCurve::~CNuCosineCurve() = default;
 
 void CNuCosineCurve::GetData(double* a, double* b, double* c, double* d) const {
-  *a = m_a;
-  *b = m_b;
-  *c = m_c;
-  *d = m_d;
+  nu::internal::Output(a, m_a);
+  nu::internal::Output(b, m_b);
+  nu::internal::Output(c, m_c);
+  nu::internal::Output(d, m_d);
 }
 
 double CNuCosineCurve::ValueAt(double x) const {
@@ -46,14 +47,13 @@ void CNuCosineCurve::Fit(const CNuPointArray& points, long maxIter) {
 void CNuCosineCurve::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
   nu::internal::RequireIterations(maxIter, kName);
   nu::internal::TranslateForeign(kName, [&] {
-    const nu::internal::FittedSinusoid found = nu::internal::FitSinusoid(points, kName, formError != nullptr, maxIter);
+    const nu::internal::FittedSinusoid found =
+        nu::internal::FitSinusoid(points, kName, formError != nullptr || sumSquares != nullptr, maxIter);
     m_a = found.a;
     m_b = found.b;
     m_c = nu::internal::PhaseOf(found.cosine, -found.sine);
     m_d = found.d;
-    if (formError == nullptr) return;
-    *formError = found.deviations.largest - found.deviations.smallest;
-    *sumSquares = found.deviations.sumSquares;
+    nu::internal::StoreForm(found.deviations, formError, sumSquares);
   });
 }
 

@@ -2,6 +2,7 @@
 
 #include "nu/curves/internal/quadratic_curve.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/linalg/vector.h"
 
@@ -31,7 +32,7 @@ void CNuCurve::FitQuadratic(const CNuPointArray& xy, CNuVector* six) {
       if (!std::isfinite(coefficients[i])) FailFit(nu::internal::kNumericalFailure, kName);
       found[i] = coefficients[i];
     }
-    *six = found;
+    nu::internal::Output(six, found);
   });
 }
 

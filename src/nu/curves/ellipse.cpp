@@ -5,6 +5,7 @@
 #include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/geometry/plane.h"
 
@@ -59,8 +60,8 @@ CNuPlane CNuEllipse::GetPlane() const {
 
 void CNuEllipse::GetData(double* a, double* b, CNuPoint* centre, CNuVector* xAxis, CNuVector* normal) const {
   GetPosition(centre, xAxis, normal);
-  *a = m_a;
-  *b = m_b;
+  nu::internal::Output(a, m_a);
+  nu::internal::Output(b, m_b);
 }
 
 double CNuEllipse::DistanceTo(const CNuPoint& p) const {

@@ -3,6 +3,7 @@
 #include "nu/curves/internal/conic_class.h"
 #include "nu/curves/internal/conic_relations.h"
 #include "nu/curves/polyline.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/plane.h"
 
 using nu::internal::ConicAxes;
@@ -55,8 +56,8 @@ CNuPlane CNuHyperbola::GetPlane() const {
 
 void CNuHyperbola::GetData(double* a, double* b, CNuPoint* centre, CNuVector* xAxis, CNuVector* normal) const {
   GetPosition(centre, xAxis, normal);
-  *a = m_a;
-  *b = m_b;
+  nu::internal::Output(a, m_a);
+  nu::internal::Output(b, m_b);
 }
 
 double CNuHyperbola::DistanceTo(const CNuPoint& p) const {

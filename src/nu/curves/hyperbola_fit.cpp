@@ -20,13 +20,12 @@ void CNuHyperbola::Fit(const CNuPointArray& points, double* formError, double* s
   nu::internal::TranslateForeign(kName, [&] {
     nu::internal::RequireCount(points, kLeastPoints, kName);
     nu::internal::RequireDistinct(points, kLeastDistinct, kName);
-    const auto found = nu::internal::FitConic<nu::internal::Hyperbola2>(points, kName, formError != nullptr, maxIter);
+    const auto found = nu::internal::FitConic<nu::internal::Hyperbola2>(
+        points, kName, formError != nullptr || sumSquares != nullptr, maxIter);
     SetPosition(ToPoint(found.origin), ToVector(found.xAxis), found.normal);
     m_a = found.curve.a;
     m_b = found.curve.b;
-    if (formError == nullptr) return;
-    *formError = found.deviations.largest - found.deviations.smallest;
-    *sumSquares = found.deviations.sumSquares;
+    nu::internal::StoreForm(found.deviations, formError, sumSquares);
   });
 }
 

@@ -8,6 +8,7 @@
 #include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/feature_data.h"
 
 using nu::internal::Arc3;
@@ -99,7 +100,7 @@ int CNuLineSegment::IntersectWith(const CNuLineSegment& segment, CNuPoint* p) co
   if (!(pair.distance <= tol)) return 0;
   const double sine = SafeNorm(Cross(DirectionOf(first), DirectionOf(second)));
   if (IsParallel(sine, ParallelTol()) && Overlap(first, second) > tol) return 0;
-  *p = MiddleOf(pair);
+  nu::internal::Output(p, MiddleOf(pair));
   return 1;
 }
 
@@ -117,7 +118,7 @@ int CNuLineSegment::IntersectWith(const CNuCircularArc& arc, CNuPoint* p1, CNuPo
   if (common.count > 0) return Store(common, p1, p2, "CNuLineSegment::IntersectWith(CNuCircularArc)");
   const NearPair pair = ClosestBetween(s, a);
   if (!(pair.distance <= tol)) return 0;
-  *p1 = MiddleOf(pair);
+  nu::internal::Output(p1, MiddleOf(pair));
   return 1;
 }
 
@@ -130,7 +131,7 @@ int CNuLineSegment::IntersectWith(const CNuLine& l, CNuPoint* p) const {
   const Vec3 here = s.At(t);
   const Vec3 there = line.At(Dot(here - line.point, line.direction));
   if (!(SafeNorm(here - there) <= TouchTol(0.0, s.start, s.end, line.point))) return 0;
-  *p = ToPoint(here + 0.5 * (there - here));
+  nu::internal::Output(p, ToPoint(here + 0.5 * (there - here)));
   return 1;
 }
 
@@ -144,14 +145,14 @@ CNuPoint CNuLineSegment::GetEndPoint() {
 
 void CNuLineSegment::GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
   GetEndData(point, tangent, normal);
-  *point = ToPoint(Data().start);
+  nu::internal::Output(point, ToPoint(Data().start));
 }
 
 void CNuLineSegment::GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
   const Segment3 s = Data();
-  *point = ToPoint(s.end);
-  *tangent = ToVector(DirectionOf(s));
-  *normal = ToVector(nu::internal::UprightNormal(DirectionOf(s)));
+  nu::internal::Output(point, ToPoint(s.end));
+  nu::internal::Output(tangent, ToVector(DirectionOf(s)));
+  nu::internal::Output(normal, ToVector(nu::internal::UprightNormal(DirectionOf(s))));
 }
 
 void CNuLineSegment::BoundingBox(CNuPoint* min, CNuPoint* max) const {

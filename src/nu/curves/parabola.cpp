@@ -3,6 +3,7 @@
 #include "nu/curves/internal/conic_class.h"
 #include "nu/curves/internal/conic_relations.h"
 #include "nu/curves/polyline.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/plane.h"
 
 using nu::internal::ConicAxes;
@@ -51,7 +52,7 @@ CNuPlane CNuParabola::GetPlane() const {
 
 void CNuParabola::GetData(double* f, CNuPoint* vertex, CNuVector* xAxis, CNuVector* normal) const {
   GetPosition(vertex, xAxis, normal);
-  *f = m_f;
+  nu::internal::Output(f, m_f);
 }
 
 double CNuParabola::DistanceTo(const CNuPoint& p) const {

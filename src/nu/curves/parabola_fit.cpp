@@ -21,12 +21,11 @@ void CNuParabola::Fit(const CNuPointArray& points, double* formError, double* su
   nu::internal::TranslateForeign(kName, [&] {
     nu::internal::RequireCount(points, kLeastPoints, kName);
     nu::internal::RequireDistinct(points, kLeastDistinct, kName);
-    const auto found = nu::internal::FitConic<nu::internal::Parabola2>(points, kName, formError != nullptr, maxIter);
+    const auto found = nu::internal::FitConic<nu::internal::Parabola2>(
+        points, kName, formError != nullptr || sumSquares != nullptr, maxIter);
     SetPosition(ToPoint(found.origin), ToVector(found.xAxis), found.normal);
     m_f = found.curve.f;
-    if (formError == nullptr) return;
-    *formError = found.deviations.largest - found.deviations.smallest;
-    *sumSquares = found.deviations.sumSquares;
+    nu::internal::StoreForm(found.deviations, formError, sumSquares);
   });
 }
 

@@ -15,6 +15,7 @@
 #include "nu/curves/internal/self_contact.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/incidence.h"
 #include "nu/geometry/internal/point_blocks.h"
 
@@ -106,9 +107,9 @@ void CNuPolyline::GetData(int at, int step, CNuPoint* point, CNuVector* tangent,
     way = static_cast<double>(step) * (At(points, i) - end);
   }
   const PieceChain chain = PiecesOf(*this);
-  *normal = ToVector(CarrierOf(chain, TolOf(chain)).normal);
-  *tangent = ToVector(Unit(way));
-  *point = points[at];
+  nu::internal::Output(point, points[at]);
+  nu::internal::Output(tangent, ToVector(Unit(way)));
+  nu::internal::Output(normal, ToVector(CarrierOf(chain, TolOf(chain)).normal));
 }
 
 std::unique_ptr<CNuPolyline> CNuPolyline::CurveOf(const PieceChain& chain) {

@@ -1,5 +1,7 @@
 #include "nu/geometry/cartesian_coord.h"
 
+#include "nu/foundation/internal/outputs.h"
+
 CNuCartesianCoord::CNuCartesianCoord()
     : CNuGeometry(NuTypeCartesianCoord), m_xaxis(1.0, 0.0, 0.0), m_zaxis(0.0, 0.0, 1.0) {}
 
@@ -10,9 +12,9 @@ void CNuCartesianCoord::SetData(const CNuPoint& origin, const CNuVector& xaxis, 
 }
 
 void CNuCartesianCoord::GetData(CNuPoint* origin, CNuVector* xaxis, CNuVector* zaxis) const {
-  *origin = m_origin;
-  *xaxis = m_xaxis;
-  *zaxis = m_zaxis;
+  nu::internal::Output(origin, m_origin);
+  nu::internal::Output(xaxis, m_xaxis);
+  nu::internal::Output(zaxis, m_zaxis);
 }
 
 void CNuCartesianCoord::SetLocalXaxis(const CNuVector& xaxis) {

@@ -9,6 +9,10 @@
 // make counts as no extent, whatever the tolerance. So a part has the same fits in metres and in micrometres when its
 // tolerances are converted with it.
 
+// Outputs. A null pointer to a result is skipped, as everywhere in the library; so `Fit(points, nullptr, &sumsq, ...)`
+// gives the sum alone. The feature is stored first, then the outputs in the order of the parameters: an output that is
+// the feature itself makes it that boundary, and of two outputs that are one object the later holds its result.
+
 // What the fits that do not throw return: success, the iteration limit was reached, any other failure.
 enum ENuFitResult { NuFitSuccess = 0, NuFitNoConvergence = 1, NuFitFailure = 2 };
 

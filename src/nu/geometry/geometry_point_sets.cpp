@@ -1,4 +1,5 @@
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/geometry.h"
 #include "nu/geometry/internal/coincidence.h"
@@ -43,7 +44,7 @@ int CNuGeometry::AreCollinear(const CNuPointArray& pts, CNuVector* normal, doubl
     if (IsNull(c, NuGetZero())) continue;
     CNuVector axis = ToVector(Unit(c));
     axis.SymmetricAxis(NuGetLengthTol(), 1);
-    *normal = axis;
+    nu::internal::Output(normal, axis);
     return 0;
   }
   return 1;
@@ -61,12 +62,13 @@ int CNuGeometry::AreCoplanar(const CNuPointArray& pts, CNuPlane* plane, double t
   CNuVector normal;
   if (AreCollinear(pts, &normal, tol) == 1) {
     const Vec3 along = Components(p[n - 1]) - Components(p[0]);
-    *plane = PlaneThrough(p[0], IsNull(along, tol) ? Vec3{0.0, 0.0, 1.0} : along);
+    nu::internal::Output(plane, PlaneThrough(p[0], IsNull(along, tol) ? Vec3{0.0, 0.0, 1.0} : along));
     return 1;
   }
-  *plane = PlaneThrough(p[0], Components(normal));
+  const CNuPlane spanned = PlaneThrough(p[0], Components(normal));
+  nu::internal::Output(plane, spanned);
   // The first three points span the plane.
-  const Vec3 axis = Components(plane->GetNormal());
+  const Vec3 axis = Components(spanned.GetNormal());
   return nu::internal::LastBeyond(nu::internal::ViewOf(pts), 3, Components(p[0]), axis, tol) < 0 ? 1 : 0;
 }
 

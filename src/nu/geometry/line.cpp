@@ -1,5 +1,6 @@
 #include "nu/geometry/line.h"
 
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/nonlinear_geometry.h"
 #include "nu/linalg/matrix.h"
@@ -28,8 +29,8 @@ CNuLine::CNuLine(const CNuPoint& p, const CNuPoint& q)
     : CNuGeometry(NuTypeLine), m_point(p), m_direction(DirectionThrough(p, q)) {}
 
 void CNuLine::GetData(CNuPoint* point, CNuVector* direction) const {
-  *point = m_point;
-  *direction = m_direction;
+  nu::internal::Output(point, m_point);
+  nu::internal::Output(direction, m_direction);
 }
 
 void CNuLine::Translate(const CNuPoint& p) {

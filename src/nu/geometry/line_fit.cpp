@@ -11,6 +11,7 @@ using nu::internal::Components;
 using nu::internal::Deviations;
 using nu::internal::FailFit;
 using nu::internal::MiddleOf;
+using nu::internal::Output;
 using nu::internal::PointBlocks;
 using nu::internal::PrincipalDirection;
 using nu::internal::RequireCount;
@@ -63,14 +64,14 @@ void CNuLine::Fit(const CNuPointArray& pts, double* form, double* sumsq) {
     const PrincipalDirection found = Solve(blocks, pts);
     const bool planar = pts.Is2D() == NuTrue;
     Deviations d;
-    if (form != nullptr && pts.GetSize() > kLeastPoints) {
+    const bool wanted = form != nullptr || sumsq != nullptr;
+    if (wanted && pts.GetSize() > kLeastPoints) {
       d = planar ? PlanarLineDeviations(blocks, found.mean, found.direction)
                  : SpaceLineDeviations(blocks, found.mean, found.direction);
     }
     m_point = ToPoint(blocks.InCallersFrame(found.mean));
     m_direction = ToVector(found.direction);
-    if (form == nullptr) return;
-    *form = FormOf(d, planar);
-    *sumsq = d.sumSquares;
+    Output(form, FormOf(d, planar));
+    Output(sumsq, d.sumSquares);
   });
 }

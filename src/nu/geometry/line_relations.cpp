@@ -10,6 +10,7 @@
 
 #include "nu/curves/internal/conic_relations.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/internal/line_circle.h"
 #include "nu/geometry/internal/surface_data.h"
@@ -79,7 +80,7 @@ Points2 Common(const Line3& line, const InfiniteCylinder& cylinder, const Approa
 
 int StoreOne(Vec3 found, CNuPoint* p, const char* where) {
   RequireFinite(where, found);
-  *p = ToPoint(found);
+  nu::internal::Output(p, ToPoint(found));
   return 1;
 }
 

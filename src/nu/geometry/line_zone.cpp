@@ -158,9 +158,9 @@ void CNuLine::FitMinZone(const CNuPointArray& pts, double* form, CNuLine* l1, CN
     first.Translate(way.x, way.y, way.z);
     second.Translate(-way.x, -way.y, -way.z);
     *this = line;
-    *form = zone.width;
-    if (l1 != nullptr) *l1 = first;
-    if (l2 != nullptr) *l2 = second;
+    nu::internal::Output(form, zone.width);
+    nu::internal::Output(l1, first);
+    nu::internal::Output(l2, second);
   });
 }
 

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/line.h"
 
@@ -32,8 +33,8 @@ CNuPlane::CNuPlane(const CNuPoint& point, const CNuLine& line)
     : CNuGeometry(NuTypePlane), m_point(point), m_normal(NormalThrough(point, line)) {}
 
 void CNuPlane::GetData(CNuPoint* point, CNuVector* normal) const {
-  *point = m_point;
-  *normal = m_normal;
+  nu::internal::Output(point, m_point);
+  nu::internal::Output(normal, m_normal);
 }
 
 void CNuPlane::Translate(const CNuPoint& p) {

@@ -12,6 +12,7 @@ using nu::internal::Components;
 using nu::internal::Deviations;
 using nu::internal::FailFit;
 using nu::internal::MiddleOf;
+using nu::internal::Output;
 using nu::internal::PointBlocks;
 using nu::internal::PrincipalDirection;
 using nu::internal::RequireCount;
@@ -57,13 +58,13 @@ void CNuPlane::Fit(const CNuPointArray& pts, double* form, double* sumsq) {
     PointBlocks blocks(ViewOf(pts), MiddleOf(pts));
     const PrincipalDirection found = Solve(blocks, pts);
     Deviations d;
-    if (form != nullptr && pts.GetSize() > kLeastPoints) d = PlaneDeviations(blocks, found.mean, found.direction);
+    const bool wanted = form != nullptr || sumsq != nullptr;
+    if (wanted && pts.GetSize() > kLeastPoints) d = PlaneDeviations(blocks, found.mean, found.direction);
     m_point = ToPoint(blocks.InCallersFrame(found.mean));
     m_normal = ToVector(found.direction);
-    if (form == nullptr) return;
     // The extremes start at 0.0, as for the line in a plane:
     // hosts rely on a form that is never below the largest one-sided deviation.
-    *form = std::max(d.largest, 0.0) - std::min(d.smallest, 0.0);
-    *sumsq = d.sumSquares;
+    Output(form, std::max(d.largest, 0.0) - std::min(d.smallest, 0.0));
+    Output(sumsq, d.sumSquares);
   });
 }

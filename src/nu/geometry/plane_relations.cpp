@@ -8,6 +8,7 @@
 #include <cmath>
 
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/feature_data.h"
 
 using nu::internal::AreParallel;
@@ -84,6 +85,6 @@ int CNuPlane::IntersectWith(const CNuPlane& pl, CNuLine* l) const {
   RequireFinite(where, first, second);
   if (AreParallel(first.normal, second.normal)) return 0;
   const Line3 common = Meet(first, second);
-  *l = LineFor(common.point, common.direction, where);
+  nu::internal::Output(l, LineFor(common.point, common.direction, where));
   return 1;
 }

@@ -51,9 +51,9 @@ void CNuPlane::FitMinZone(const CNuPointArray& pts, double* form, CNuPlane* p1, 
       plane->m_point = ToPoint(point);
       plane->m_normal = normal;
     };
+    store(this, middle);
+    nu::internal::Output(form, slab.width);
     store(p1, middle - half);
     store(p2, middle + half);
-    store(this, middle);
-    if (form != nullptr) *form = slab.width;
   });
 }

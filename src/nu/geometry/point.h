@@ -18,9 +18,9 @@ class NU_EXPORT CNuPoint : public CNuObject {
   CNuPoint& operator=(const CNuPoint&) = default;
 
   void GetData(double* x, double* y, double* z) const {
-    *x = m_xyz[0];
-    *y = m_xyz[1];
-    *z = m_xyz[2];
+    if (x != nullptr) *x = m_xyz[0];
+    if (y != nullptr) *y = m_xyz[1];
+    if (z != nullptr) *z = m_xyz[2];
   }
   double x() const { return m_xyz[0]; }
   double y() const { return m_xyz[1]; }

@@ -6,6 +6,7 @@
 #include "nu/foundation/constants.h"
 #include "nu/foundation/int_array.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/internal/sort.h"
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/foundation/tolerances.h"
@@ -52,7 +53,7 @@ void Express(CNuPointArray& points, Vec3 origin, const CNuVector& zaxis) {
 void Assign(CNuIntArray* target, const std::vector<int>& indices) {
   CNuIntArray result(static_cast<int>(indices.size()));
   for (const int i : indices) result.Add(i);
-  *target = std::move(result);
+  nu::internal::Output(target, std::move(result));
 }
 
 // The first point that is not equal to point 0, or the size.
@@ -210,31 +211,32 @@ ENuBoolean CNuPointArray::IsEqual(const CNuPointArray& other, double tol) const 
 double CNuPointArray::MaxEdge(int* m, int* n) const {
   RequirePoints(*this, "MaxEdge operation", "CNuPointArray::MaxEdge(int* m, int* n) const");
   const Edge edge = m_size == 1 ? Edge{0.0} : nu::internal::LongestEdge(ViewOf(*this), NuGetZero());
-  *m = edge.m;
-  *n = edge.n;
+  nu::internal::Output(m, edge.m);
+  nu::internal::Output(n, edge.n);
   return edge.length;
 }
 
 double CNuPointArray::MinEdge(int* m, int* n) const {
   RequirePoints(*this, "MinEdge operation", "CNuPointArray::MinEdge(int* m, int* n) const");
   const Edge edge = m_size == 1 ? Edge{0.0} : nu::internal::ShortestEdge(ViewOf(*this), NuGetZero(), NuGetLarge());
-  *m = edge.m;
-  *n = edge.n;
+  nu::internal::Output(m, edge.m);
+  nu::internal::Output(n, edge.n);
   return edge.length;
 }
 
 void CNuPointArray::BoundingBox(CNuPoint* min, CNuPoint* max) const {
   nu::internal::Box box{};
   if (m_size > 0) box = nu::internal::ExtentsOf(ViewOf(*this)).box;
-  *min = CNuPoint(box.low[0], box.low[1], box.low[2]);
-  *max = CNuPoint(box.high[0], box.high[1], box.high[2]);
+  nu::internal::Output(min, CNuPoint(box.low[0], box.low[1], box.low[2]));
+  nu::internal::Output(max, CNuPoint(box.high[0], box.high[1], box.high[2]));
 }
 
 void CNuPointArray::BoundingSphere(double* radius, CNuPoint* centre) const {
   CNuPoint low, high;
   BoundingBox(&low, &high);
-  *centre = low.MidPoint(high);
-  *radius = centre->DistanceTo(low);
+  const CNuPoint middle = low.MidPoint(high);
+  nu::internal::Output(radius, middle.DistanceTo(low));
+  nu::internal::Output(centre, middle);
 }
 
 void CNuPointArray::ConvexHull(CNuIntArray* hull) const {

@@ -1,6 +1,7 @@
 #include "nu/surfaces/cone.h"
 
 #include "nu/foundation/exceptions.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/line.h"
 
@@ -48,7 +49,7 @@ CNuLine CNuConSurf::GetAxis() const {
 
 void CNuConSurf::GetData(double* semiAngle, CNuPoint* apex, CNuVector* axisDirection) const {
   const Frame frame = GetFrame();
-  *semiAngle = m_semiAngle;
-  *apex = frame.origin;
-  *axisDirection = frame.zaxis;
+  nu::internal::Output(semiAngle, m_semiAngle);
+  nu::internal::Output(apex, frame.origin);
+  nu::internal::Output(axisDirection, frame.zaxis);
 }

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "nu/foundation/constants.h"
@@ -41,8 +40,6 @@ namespace {
 constexpr const char* kName = "CNuConSurf";
 constexpr int kLeastPoints = 6;
 
-// What a distance may be off by through the rounding errors of coordinates, with room for a few of them.
-constexpr double kRoundings = 16.0 * std::numeric_limits<double>::epsilon();
 // The mean is this close to the apex, in parts of the size of the points, when they are balanced about it.
 constexpr double kBalanced = 0.1;
 
@@ -57,10 +54,8 @@ struct Solution {
 // Whether its radius grows, and its height, by more over the points than rounding errors of their coordinates make of a
 // cylinder or a plane.
 bool IsCone(const ConeModel& m, const PointBlocks& blocks, double meanSquare) {
-  const Vec3 mean = blocks.InCallersFrame(m.pivot);
-  const double size = std::sqrt(meanSquare);
-  const double rounding = kRoundings * (size + blocks.Scale() * std::sqrt(Dot(mean, mean)));
-  return size * std::min(std::fabs(std::sin(m.angle)), std::cos(m.angle)) > rounding;
+  const double slope = std::min(std::fabs(std::sin(m.angle)), std::cos(m.angle));
+  return std::sqrt(meanSquare) * slope > RoundingAt(blocks, m.pivot, meanSquare);
 }
 
 // The cone with the semi-angle below 90 degrees and the axis from the apex into the data. Of points balanced about the
@@ -82,7 +77,8 @@ Solution LeastSquaresCone(PointView points, PointBlocks& blocks, bool wantsDevia
                              .limit = maxIter,
                              .takesLastStep = true,
                              .endsAtGrowth = false,
-                             .endsBeforeLimit = true};
+                             .endsBeforeLimit = true,
+                             .stopsCreeping = true};
   const GaussNewtonEnd end = RunGaussNewton(fit, rule);
   if (end == GaussNewtonEnd::limitReached) FailFit(nu::internal::kIterationLimit, kName);
   const double meanSquare = fit.MeanSquare();
@@ -121,7 +117,8 @@ void CNuConSurf::Fit(const CNuPointArray& points, long maxIter) {
 
 void CNuConSurf::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
   nu::internal::RequireIterations(maxIter, kName);
-  if (formError != nullptr) *formError = *sumSquares = 0.0;
+  nu::internal::Output(formError, 0.0);
+  nu::internal::Output(sumSquares, 0.0);
   nu::internal::RequireCount(points, kLeastPoints, kName);
   const bool coplanar = LieInOnePlane(ViewOf(points), NuGetLengthTol());
   if (coplanar) FailFit(nu::internal::kCoplanarPoints, kName, 4);
@@ -130,12 +127,12 @@ void CNuConSurf::Fit(const CNuPointArray& points, double* formError, double* sum
   // What is not finite has no distance from each other.
   if (!distinct && !blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
   if (!distinct) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
-  const Solution found = ConeInAnyOrder(ViewOf(points), blocks, formError != nullptr, maxIter);
+  const Solution found = ConeInAnyOrder(ViewOf(points), blocks, formError != nullptr || sumSquares != nullptr, maxIter);
   const bool finite = IsFinite(found.axisPoint + found.toApex * found.axisDirection);
   if (!finite || !(found.semiAngle < 90.0)) FailFit(nu::internal::kNumericalFailure, kName);
   Place(found.semiAngle, ToPoint(found.axisPoint), ToVector(found.axisDirection));
   Translate(ToPoint(PointAlong(found.axisPoint, Components(GetAxisDirection()), found.toApex)));
-  if (formError != nullptr) StoreForm(found.deviations, formError, sumSquares);
+  StoreFormWithin(found.deviations, formError, sumSquares);
 }
 
 ENuFitResult CNuConSurf::FitEx(const CNuPointArray& points, long maxIter) {

@@ -79,7 +79,7 @@ void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, double to
   // Where the least-squares cone is the optimum, rounding decides which is better.
   if (form < found.width) {
     *this = leastSquares;
-    *zone = form;
+    nu::internal::Output(zone, form);
     return;
   }
   const Cone3& cone = found.cone;
@@ -87,22 +87,26 @@ void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, double to
   if (!(degrees > 0.0 && degrees < 90.0 && IsFinite(cone.Apex()))) FailFit(nu::internal::kNumericalFailure, kName);
   Place(degrees, ToPoint(cone.axisPoint), ToVector(cone.axisDirection));
   Translate(ToPoint(PointAlong(cone.axisPoint, Components(GetAxisDirection()), cone.toApex)));
-  *zone = found.width;
+  nu::internal::Output(zone, found.width);
 }
 
 // The boundaries are parallel surfaces: they differ in the apex only.
 void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuConSurf* inner, CNuConSurf* outer, double tol,
                             long maxIter) {
-  FitMinZone(points, zone, tol, maxIter);
-  const CNuConSurf middle(*this);
-  *inner = middle;
-  *outer = middle;
-  if (!(std::fabs(*zone) >= NuGetTol())) return;
-  const double way = 0.5 * *zone / std::sin(m_semiAngle * kRadians);
-  const Vec3 apex = Components(middle.GetApex());
-  const Vec3 axis = Components(middle.GetAxisDirection());
-  inner->Translate(ToPoint(PointAlong(apex, axis, way)));
-  outer->Translate(ToPoint(PointAlong(apex, axis, -way)));
+  double width;
+  FitMinZone(points, &width, tol, maxIter);
+  CNuConSurf innermost(*this);
+  CNuConSurf outermost(*this);
+  if (std::fabs(width) >= NuGetTol()) {
+    const double way = 0.5 * width / std::sin(m_semiAngle * kRadians);
+    const Vec3 apex = Components(GetApex());
+    const Vec3 axis = Components(GetAxisDirection());
+    innermost.Translate(ToPoint(PointAlong(apex, axis, way)));
+    outermost.Translate(ToPoint(PointAlong(apex, axis, -way)));
+  }
+  nu::internal::Output(zone, width);
+  nu::internal::Output(inner, innermost);
+  nu::internal::Output(outer, outermost);
 }
 
 ENuFitResult CNuConSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {

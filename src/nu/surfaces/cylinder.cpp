@@ -1,5 +1,6 @@
 #include "nu/surfaces/cylinder.h"
 
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/line.h"
 
@@ -45,7 +46,7 @@ CNuLine CNuCylSurf::GetAxis() const {
 
 void CNuCylSurf::GetData(double* radius, CNuPoint* axisPoint, CNuVector* axisDirection) const {
   const Frame frame = GetFrame();
-  *radius = m_radius;
-  *axisPoint = frame.origin;
-  *axisDirection = frame.zaxis;
+  nu::internal::Output(radius, m_radius);
+  nu::internal::Output(axisPoint, frame.origin);
+  nu::internal::Output(axisDirection, frame.zaxis);
 }

@@ -40,6 +40,13 @@ struct Solution {
   Deviations deviations;
 };
 
+// Whether it bulges across its axis by more than rounding errors of the coordinates make of a plane.
+bool IsCurved(const CylinderLeastSquares& fit, const PointBlocks& blocks) {
+  const CylinderModel& m = fit.Model();
+  const double meanAcross = fit.Equations().product[1][1] / fit.Equations().count;  // of (t / d)^2
+  return (m.height + m.rise) * meanAcross > RoundingAt(blocks, m.pivot, fit.MeanSquare());
+}
+
 Solution LeastSquaresCylinder(PointView points, PointBlocks& blocks, bool wantsDeviations, long maxIter) {
   blocks.Keep();
   CylinderLeastSquares fit(blocks);
@@ -49,11 +56,13 @@ Solution LeastSquaresCylinder(PointView points, PointBlocks& blocks, bool wantsD
                              .limit = maxIter,
                              .takesLastStep = true,
                              .endsAtGrowth = false,
-                             .endsBeforeLimit = true};
+                             .endsBeforeLimit = true,
+                             .stopsCreeping = true};
   const GaussNewtonEnd end = RunGaussNewton(fit, rule);
   // Required: the limit is reported under the name of the circle, and hosts look for that name.
   if (end == GaussNewtonEnd::limitReached) FailFit(nu::internal::kIterationLimit, "CNuCircle");
-  if (end == GaussNewtonEnd::unsolvable || !fit.Determined()) FailFit(nu::internal::kNumericalFailure, kName);
+  if (end == GaussNewtonEnd::unsolvable || !fit.Determined() || !IsCurved(fit, blocks))
+    FailFit(nu::internal::kNumericalFailure, kName);
   const CylinderModel& model = fit.Model();
   const Vec3 onAxis = model.pivot - model.height * model.u + fit.MeanAlong() * model.w;
   return {blocks.InCallersFrame(onAxis), WithLargestPositive(model.w), (model.height + model.rise) / blocks.Scale(),
@@ -68,7 +77,8 @@ void CNuCylSurf::Fit(const CNuPointArray& points, long maxIter) {
 
 void CNuCylSurf::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
   nu::internal::RequireIterations(maxIter, kName);
-  if (formError != nullptr) *formError = *sumSquares = 0.0;
+  nu::internal::Output(formError, 0.0);
+  nu::internal::Output(sumSquares, 0.0);
   nu::internal::RequireCount(points, kLeastPoints, kName);
   const bool coplanar = LieInOnePlane(ViewOf(points), NuGetLengthTol());
   if (coplanar) FailFit(nu::internal::kCoplanarPoints, kName, kLeastPoints - 1);
@@ -77,10 +87,11 @@ void CNuCylSurf::Fit(const CNuPointArray& points, double* formError, double* sum
   // What is not finite has no distance from each other.
   if (!distinct && !blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
   if (!distinct) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
-  const Solution found = LeastSquaresCylinder(ViewOf(points), blocks, formError != nullptr, maxIter);
+  const Solution found =
+      LeastSquaresCylinder(ViewOf(points), blocks, formError != nullptr || sumSquares != nullptr, maxIter);
   if (!IsFinite(found.axisPoint) || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
   Place(found.radius, ToPoint(found.axisPoint), ToVector(found.axisDirection));
-  if (formError != nullptr) StoreForm(found.deviations, formError, sumSquares);
+  StoreFormWithin(found.deviations, formError, sumSquares);
 }
 
 ENuFitResult CNuCylSurf::FitEx(const CNuPointArray& points, long maxIter) {

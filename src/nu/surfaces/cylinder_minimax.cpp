@@ -164,18 +164,21 @@ void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, double to
   const Cylinder3& middle = found.cylinder;
   if (!IsFinite(middle) || !std::isfinite(found.width)) FailFit(nu::internal::kNumericalFailure, kName);
   Place(middle.radius, ToPoint(middle.axisPoint), ToVector(middle.axisDirection));
-  *zone = found.width;
+  nu::internal::Output(zone, found.width);
 }
 
 void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuCylSurf* inner, CNuCylSurf* outer, double tol,
                             long maxIter) {
-  FitMinZone(points, zone, tol, maxIter);
-  const double middle = m_radius;  // one of the two may be this one
-  *inner = *this;
-  *outer = *this;
-  if (!(std::fabs(*zone) >= NuGetTol())) return;
-  inner->m_radius = std::max(0.0, middle - 0.5 * *zone);
-  outer->m_radius = middle + 0.5 * *zone;
+  double width;
+  FitMinZone(points, &width, tol, maxIter);
+  const double half = std::fabs(width) >= NuGetTol() ? 0.5 * width : 0.0;
+  CNuCylSurf innermost(*this);
+  CNuCylSurf outermost(*this);
+  innermost.m_radius = std::max(0.0, m_radius - half);
+  outermost.m_radius += half;
+  nu::internal::Output(zone, width);
+  nu::internal::Output(inner, innermost);
+  nu::internal::Output(outer, outermost);
 }
 
 ENuFitResult CNuCylSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {

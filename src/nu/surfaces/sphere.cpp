@@ -1,5 +1,6 @@
 #include "nu/surfaces/sphere.h"
 
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
 
 namespace {
@@ -27,6 +28,6 @@ void CNuSphSurf::GetCentre(double* x, double* y, double* z) const {
 }
 
 void CNuSphSurf::GetData(double* radius, CNuPoint* centre) const {
-  *radius = m_radius;
-  *centre = GetCentre();
+  nu::internal::Output(radius, m_radius);
+  nu::internal::Output(centre, GetCentre());
 }

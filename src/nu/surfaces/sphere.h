@@ -39,15 +39,16 @@ class NU_EXPORT CNuSphSurf : public CNuSurface {
   CNuMatrix ToAlgebraicForm(const CNuNonLinearGeometry& frame) const;
 
   // Least-squares sphere, by Gauss-Newton steps on the distances from it. The iteration ends with a step of the centre
-  // whose squared length is below NuGetTol(), which is not applied, or with one that is not shorter than the step
-  // before; it fails when `maxIter` steps were used up, even by one that ended it, so a limit of 1 suffices for four
-  // points only, which need no step. `formError` receives the largest minus the smallest signed distance, `sumSquares`
-  // the sum of the squared ones; both are set to 0 once the limit is found good, and stay 0 for four points.
-  // CNuBestfitException, named "CNuSphSurf", for which the sphere stays as it was: cause 13 (size 0) for a limit below
-  // 1, before all else; cause 1 (size 4) below four points; cause 4 (size 4) for points in one plane
-  // within NuGetLengthTol(); cause 11 (size 0) for points that do not determine a sphere or are
-  // not finite; cause 12 (size 0) when the limit, or 100 000 steps, is reached. Lack of memory passes through as it is.
-  // FitEx throws cause 13 only: NuFitNoConvergence stands for cause 12, NuFitFailure for every other failure.
+  // whose squared length is below NuGetTol(), which is not applied. Where a step is not shorter than the one before, or
+  // the steps shrink slowly, damped Newton steps go on to the optimum, within the same limit; it fails when `maxIter`
+  // steps were used up, even by one that ended it, so a limit of 1 suffices for four points only, which need no step.
+  // `formError` receives the largest minus the smallest signed distance, `sumSquares` the sum of the squared ones; both
+  // are set to 0 once the limit is found good, and stay 0 for four points. CNuBestfitException, named "CNuSphSurf", for
+  // which the sphere stays as it was: cause 13 (size 0) for a limit below 1, before all else; cause 1 (size 4) below
+  // four points; cause 4 (size 4) for points in one plane within NuGetLengthTol(); cause 11 (size 0) for points that do
+  // not determine a sphere or are not finite; cause 12 (size 0) when the limit, or 100 000 steps, is reached. Lack of
+  // memory passes through as it is. FitEx throws cause 13 only: NuFitNoConvergence stands for cause 12, NuFitFailure
+  // for every other failure.
   void Fit(const CNuPointArray& points, long maxIter);
   void Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
   ENuFitResult FitEx(const CNuPointArray& points, long maxIter);

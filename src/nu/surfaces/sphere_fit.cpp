@@ -66,7 +66,7 @@ Solution LeastSquaresSphere(PointBlocks& blocks, bool wantsDeviations, long maxI
                              .takesLastStep = false,
                              .endsAtGrowth = true,
                              .endsBeforeLimit = true};
-  const GaussNewtonEnd end = RunGaussNewton(fit, rule);
+  const GaussNewtonEnd end = fit.Run(rule);
   if (end == GaussNewtonEnd::unsolvable) FailFit(nu::internal::kNumericalFailure, kName);
   if (end == GaussNewtonEnd::limitReached) FailFit(nu::internal::kIterationLimit, kName);
   const Vec3 centre = fit.Centre();
@@ -82,17 +82,19 @@ void CNuSphSurf::Fit(const CNuPointArray& points, long maxIter) {
 
 void CNuSphSurf::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
   nu::internal::RequireIterations(maxIter, kName);
-  if (formError != nullptr) *formError = *sumSquares = 0.0;
+  nu::internal::Output(formError, 0.0);
+  nu::internal::Output(sumSquares, 0.0);
   nu::internal::RequireCount(points, kLeastPoints, kName);
   const bool coplanar = LieInOnePlane(ViewOf(points), NuGetLengthTol());
   if (coplanar) FailFit(nu::internal::kCoplanarPoints, kName, kLeastPoints);
   PointBlocks blocks(ViewOf(points), MiddleOf(points));
   const bool exact = points.GetSize() == kLeastPoints;
-  const Solution found = exact ? SphereThroughFour(points) : LeastSquaresSphere(blocks, formError != nullptr, maxIter);
+  const Solution found = exact ? SphereThroughFour(points)
+                               : LeastSquaresSphere(blocks, formError != nullptr || sumSquares != nullptr, maxIter);
   if (!IsFinite(found.centre) || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
   SetPosition(ToPoint(found.centre), CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
   m_radius = found.radius;
-  if (formError != nullptr && !exact) StoreForm(found.deviations, formError, sumSquares);
+  if (!exact) StoreFormWithin(found.deviations, formError, sumSquares);
 }
 
 ENuFitResult CNuSphSurf::FitEx(const CNuPointArray& points, long maxIter) {

@@ -148,18 +148,21 @@ void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, double to
   double width;
   const Ball ball = MinimumZone(points, &width, tol, maxIter);
   Place(ball.radius, ToPoint(ball.centre));
-  *zone = width;
+  nu::internal::Output(zone, width);
 }
 
 void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuSphSurf* inner, CNuSphSurf* outer, double tol,
                             long maxIter) {
-  FitMinZone(points, zone, tol, maxIter);
-  const double middle = m_radius;  // one of the two may be this one
-  *inner = *this;
-  *outer = *this;
-  if (!(std::fabs(*zone) >= NuGetTol())) return;
-  inner->m_radius = std::max(0.0, middle - 0.5 * *zone);
-  outer->m_radius = middle + 0.5 * *zone;
+  double width;
+  FitMinZone(points, &width, tol, maxIter);
+  const double half = std::fabs(width) >= NuGetTol() ? 0.5 * width : 0.0;
+  CNuSphSurf innermost(*this);
+  CNuSphSurf outermost(*this);
+  innermost.m_radius = std::max(0.0, m_radius - half);
+  outermost.m_radius += half;
+  nu::internal::Output(zone, width);
+  nu::internal::Output(inner, innermost);
+  nu::internal::Output(outer, outermost);
 }
 
 ENuFitResult CNuSphSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {

@@ -6,8 +6,10 @@
 
 #include <cmath>
 #include <memory>
+#include <utility>
 
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/new_objects.h"
 #include "nu/foundation/object_array.h"
 #include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/internal/surface_data.h"
@@ -67,12 +69,9 @@ int CNuSphSurf::IntersectWith(const CNuPlane& plane, CNuObjArray* result) const 
 }
 
 int CNuSphSurf::IntersectWith(const CNuSphSurf& other, CNuObjArray* result) const {
-  std::unique_ptr<CNuObject> section = Section(DataOf(*this), DataOf(other));
-  result->Clear();
-  if (!section) return 0;
-  result->Add(section.get());
-  section.release();
-  return 1;
+  nu::internal::NewObjects found;
+  if (std::unique_ptr<CNuObject> section = Section(DataOf(*this), DataOf(other))) found.push_back(std::move(section));
+  return nu::internal::HandOver(std::move(found), result);
 }
 
 // Transformations act on rows: (p, 1) T is the local point, so Q = T Q0 T^T.

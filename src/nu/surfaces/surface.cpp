@@ -1,6 +1,7 @@
 #include "nu/surfaces/surface.h"
 
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/internal/point_set.h"
 #include "nu/surfaces/internal/axis_direction.h"
@@ -33,6 +34,6 @@ void CNuSurface::QuadricAxes(const CNuPointArray& points, const CNuPoint& meanPo
   }
   if (!found.solvable || !IsFinite(fromMean)) FailOperation(46, "calculation", "CNuSurface::QuadricAxes()");
   const Vec3 direction = nu::internal::WithLargestPositive(found.axis[0]);
-  *axisPoint = meanPoint + ToPoint(Rejection(fromMean, direction));
-  *axisDirection = ToVector(direction);
+  nu::internal::Output(axisPoint, meanPoint + ToPoint(Rejection(fromMean, direction)));
+  nu::internal::Output(axisDirection, ToVector(direction));
 }

@@ -1,6 +1,7 @@
 #include "nu/surfaces/torus.h"
 
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/line.h"
 
@@ -56,10 +57,10 @@ CNuLine CNuTorSurf::GetAxis() const {
 
 void CNuTorSurf::GetData(double* majorRadius, double* minorRadius, CNuPoint* centre, CNuVector* axisDirection) const {
   const Frame frame = GetFrame();
-  *majorRadius = m_majorRadius;
-  *minorRadius = m_minorRadius;
-  *centre = frame.origin;
-  *axisDirection = frame.zaxis;
+  nu::internal::Output(majorRadius, m_majorRadius);
+  nu::internal::Output(minorRadius, m_minorRadius);
+  nu::internal::Output(centre, frame.origin);
+  nu::internal::Output(axisDirection, frame.zaxis);
 }
 
 // Required: the torus offers these but computes none of them. Hosts that walk over pairs of surfaces rely on the

@@ -7,6 +7,7 @@
 #include "nu/curves/polyline.h"
 #include "nu/foundation/internal/downcast.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/incidence.h"
 
 namespace nu::internal {
@@ -60,8 +61,8 @@ PieceChain PiecesOf(const CNuBoundedCurve& curve) {
 }
 
 double StoreClosest(const NearPair& pair, CNuPoint* p1, CNuPoint* p2) {
-  *p1 = ToPoint(pair.first);
-  *p2 = ToPoint(pair.second);
+  Output(p1, ToPoint(pair.first));
+  Output(p2, ToPoint(pair.second));
   return pair.distance;
 }
 
@@ -70,13 +71,13 @@ double DistanceBetween(const CNuBoundedCurve& first, const CNuBoundedCurve& seco
 }
 
 void StoreBox(const Box& box, CNuPoint* min, CNuPoint* max) {
-  *min = CNuPoint(box.low[0], box.low[1], box.low[2]);
-  *max = CNuPoint(box.high[0], box.high[1], box.high[2]);
+  Output(min, CNuPoint(box.low[0], box.low[1], box.low[2]));
+  Output(max, CNuPoint(box.high[0], box.high[1], box.high[2]));
 }
 
 void StoreBall(const Ball& ball, double* radius, CNuPoint* centre) {
-  *radius = ball.radius;
-  *centre = ToPoint(ball.centre);
+  Output(radius, ball.radius);
+  Output(centre, ToPoint(ball.centre));
 }
 
 Vec3 UprightNormal(Vec3 tangent) {

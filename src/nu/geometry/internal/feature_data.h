@@ -3,6 +3,7 @@
 
 #include "nu/curves/circle.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/internal/incidence.h"
 #include "nu/geometry/line.h"
@@ -46,8 +47,8 @@ void RequireFinite(const char* where, const Features&... features) {
 
 inline int Store(const Points2& points, CNuPoint* p1, CNuPoint* p2, const char* where) {
   for (int i = 0; i < points.count; ++i) RequireFinite(where, points.at[i]);
-  if (points.count > 0) *p1 = ToPoint(points.at[0]);
-  if (points.count > 1) *p2 = ToPoint(points.at[1]);
+  if (points.count > 0) Output(p1, ToPoint(points.at[0]));
+  if (points.count > 1) Output(p2, ToPoint(points.at[1]));
   return points.count;
 }
 

@@ -2,10 +2,12 @@
 #define NU_GEOMETRY_INTERNAL_FIT_GUARDS_H
 
 #include "nu/foundation/exceptions.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/fit_result.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/internal/extents.h"
+#include "nu/geometry/internal/form_statistics.h"
 #include "nu/geometry/internal/point_blocks.h"
 #include "nu/geometry/internal/point_set.h"
 
@@ -87,6 +89,11 @@ ENuFitResult ResultWithin(double tol, long limit, const char* name, Fit fit) {
   RequireIterations(limit, name);
   const LengthToleranceScope scope(tol);
   return ResultOf(fit);
+}
+
+inline void StoreForm(const Deviations& deviations, double* form, double* sumSquares) {
+  Output(form, deviations.largest - deviations.smallest);
+  Output(sumSquares, deviations.sumSquares);
 }
 
 // The middle one of at least one point: the origin of the blocks. In a scan it lies nearer to the mean than the ends

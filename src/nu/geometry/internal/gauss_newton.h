@@ -21,9 +21,12 @@ struct GaussNewtonRule {
   bool endsAtGrowth;
   // The iteration has failed when it ends with the last permitted step, even by convergence.
   bool endsBeforeLimit;
+  // Steps that creep count as too many.
+  bool stopsCreeping = false;
 };
 
-enum class GaussNewtonEnd { converged, limitReached, unsolvable };
+// `grew`: the rule ends at growth, and a step was not shorter than the one before without being down to rounding.
+enum class GaussNewtonEnd { converged, grew, limitReached, unsolvable };
 
 struct GaussNewtonStep {
   bool solvable = false;
@@ -31,10 +34,39 @@ struct GaussNewtonStep {
   bool atRoundingLevel = false;  // moves no deviation by more than some rounding errors
 };
 
+// Watches what an iteration has to bring down to a target. It creeps when, at the rate at which that fell over a
+// stretch of steps, the target is more than a thousand steps away, four times in a row.
+class CreepWatch {
+ public:
+  bool Creeps(double value, double target) {
+    m_least = std::min(m_least, value);
+    m_largest = std::max(m_largest, value);
+    if (++m_count % kStretch != 0) return false;
+    constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+    const double ahead = std::log(m_least / std::max(target, kEpsilon * kEpsilon * m_largest));
+    const double gone = std::log(m_before / m_least);
+    m_slow = gone * kMostFurther > ahead * kStretch ? 0 : m_slow + 1;
+    m_before = m_least;
+    m_least = std::numeric_limits<double>::infinity();
+    return m_slow >= kMostSlow;
+  }
+
+ private:
+  static constexpr int kStretch = 50;
+  static constexpr double kMostFurther = 1000.0;
+  static constexpr int kMostSlow = 4;
+
+  double m_least = std::numeric_limits<double>::infinity();
+  double m_largest = 0.0;
+  double m_before = std::numeric_limits<double>::infinity();
+  long m_count = 0;
+  int m_slow = 0;
+};
+
 // Drives a problem with `GaussNewtonStep SolveStep()`, which finds the step from the current parameters, and
-// `void TakeStep()`, which adds it to them.
+// `void TakeStep()`, which adds it to them; `count` receives the number of steps.
 template<class Problem>
-GaussNewtonEnd RunGaussNewton(Problem& problem, const GaussNewtonRule& rule) {
+GaussNewtonEnd RunGaussNewton(Problem& problem, const GaussNewtonRule& rule, long& count) {
   constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
   // Steps on points that are no circle at all may creep or go round for ever, whatever limit a host passes.
   constexpr long kMostSteps = 100'000;
@@ -42,8 +74,10 @@ GaussNewtonEnd RunGaussNewton(Problem& problem, const GaussNewtonRule& rule) {
   const double tolerance = rule.tolerance < kEpsilon * kEpsilon ? 0.0 : rule.tolerance;
   double previous = rule.large;
   double current = 0.1 * rule.large;
-  long count = 0;
+  count = 0;
   bool ended = !(current < previous);
+  bool grew = false;
+  CreepWatch watch;
   while (!ended && count < limit) {
     ++count;
     previous = current;
@@ -52,10 +86,19 @@ GaussNewtonEnd RunGaussNewton(Problem& problem, const GaussNewtonRule& rule) {
     current = step.squaredLength;
     const bool converged = current < tolerance;
     if (!converged || rule.takesLastStep) problem.TakeStep();
-    ended = converged || (!(current < previous) && (rule.endsAtGrowth || step.atRoundingLevel));
+    const bool longer = !converged && !(current < previous);
+    grew = longer && !step.atRoundingLevel;
+    ended = converged || (longer && (rule.endsAtGrowth || step.atRoundingLevel));
+    if (!ended && rule.stopsCreeping && watch.Creeps(current, tolerance)) return GaussNewtonEnd::limitReached;
   }
   if (!ended || (rule.endsBeforeLimit && count >= limit)) return GaussNewtonEnd::limitReached;
-  return GaussNewtonEnd::converged;
+  return grew ? GaussNewtonEnd::grew : GaussNewtonEnd::converged;
+}
+
+template<class Problem>
+GaussNewtonEnd RunGaussNewton(Problem& problem, const GaussNewtonRule& rule) {
+  long count;
+  return RunGaussNewton(problem, rule, count);
 }
 
 }  // namespace nu::internal

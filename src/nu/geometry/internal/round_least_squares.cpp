@@ -28,6 +28,12 @@
 // parameters. The normal equations drive the steps; their right-hand side is the gradient itself, so they do not limit
 // the accuracy of the result, only the speed of convergence. Where even these columns are nearly dependent (points in a
 // few clusters) the rows are reduced by orthogonal steps instead.
+//
+// Newton. On rough parts the second derivatives of e matter, without which the steps creep or swing:
+//
+//   d2e/ds_j ds_k = (delta_jk - p_j p_k) / d,   d2e/ds_j dH = p_j h / d^2,   d2e/dH^2 = |p|^2 / d,   p = t / d.
+//
+// Damped steps with these end every fit whose plain ones grow or do not shrink fast.
 
 namespace nu::internal {
 namespace {
@@ -40,6 +46,15 @@ constexpr double kClearPivot = 1e-8;
 
 // A step that moves the deviations by no more than this many roundings of the coordinates is noise.
 constexpr double kNoise = 16.0 * kEpsilon;
+
+// So many plain steps are made. Where the last one is not shorter than this part of the one before, in squares, the
+// points are rough, and further ones would creep.
+constexpr long kPlainSteps = 12;
+constexpr double kSlow = 1e-2;
+// Damped Newton steps that have not arrived after so many lead nowhere.
+constexpr long kMostNewtonSteps = 1000;
+// A step leaves at least this part of the curvature of a cap.
+constexpr double kLeastCurvature = 1e-3;
 
 // Sums outside have overflowed or vanished, or are about to in a product.
 constexpr double kSafeSmall = 1e-80;
@@ -57,6 +72,9 @@ inline constexpr int kPowers = D + TriangleSize(D) + D;
 // deviation and its square.
 template<int D>
 inline constexpr int kProducts = D + TriangleSize(D) + D + 2;
+
+template<int D>
+inline constexpr int kCurvatures = 1 + (D - 1) + TriangleSize(D - 1) + 1;
 
 template<int D>
 NU_ALWAYS_INLINE void LoadCoordinates(const PointBlock& block, std::size_t i, const RoundModel<D>& model,
@@ -170,6 +188,54 @@ NU_ALWAYS_INLINE void ProductsBody(const PointBlock& block, const RoundModel<D>&
 }
 
 template<int D>
+NU_ALWAYS_INLINE void SumDeviationsBody(const PointBlock& block, const RoundModel<D>& given, double (&sums)[1]) {
+  const RoundModel<D> model = given;
+  double offset[D];
+  OffsetsOf(model, offset);
+  Lanes sum = {};
+  for (std::size_t i = 0; i < block.size; i += kLanes) {
+    Lanes e, weight;
+    Lanes column[D];
+    Deviate<D, false>(block, i, model, offset, e, column);
+    Load(block.Weights(i), weight);
+    sum += weight * e;
+  }
+  sums[0] = Sum(sum);
+}
+
+// With w = e / d and p = t / d: the sums of w; per shift of p h / d w, then of the products of the p with w; last of
+// the squared distances from M.
+template<int D>
+NU_ALWAYS_INLINE void CurvaturesBody(const PointBlock& block, const RoundModel<D>& given,
+                                     double (&sums)[kCurvatures<D>]) {
+  const RoundModel<D> model = given;
+  double offset[D];
+  OffsetsOf(model, offset);
+  Lanes sum[kCurvatures<D>] = {};
+  for (std::size_t i = 0; i < block.size; i += kLanes) {
+    Lanes u[D], e, weight;
+    Lanes column[D];
+    Deviate<D, true>(block, i, model, offset, e, column);
+    LoadCoordinates(block, i, model, model.mean, u);
+    Load(block.Weights(i), weight);
+    Lanes square = u[0] * u[0];
+    for (int j = 1; j < D; ++j) square += u[j] * u[j];
+    const Lanes d = e + (model.height + model.rise);
+    const Lanes quotient = e / d;
+    const Lanes w = weight * (d > 0.0 ? quotient : Lanes{});
+    int next = 0;
+    sum[next++] += w;
+    for (int j = 1; j < D; ++j) {
+      const Lanes product = w * column[j];
+      sum[next++] += product * (1.0 - column[0]);
+      for (int k = 1; k <= j; ++k) sum[next++] += product * column[k];
+    }
+    sum[next] += weight * square;
+  }
+  for (int k = 0; k < kCurvatures<D>; ++k) sums[k] = Sum(sum[k]);
+}
+
+template<int D>
 NU_ALWAYS_INLINE void DeviationsBody(const PointBlock& block, const RoundModel<D>& given, Deviations& found) {
   const RoundModel<D> model = given;
   double offset[D];
@@ -219,6 +285,18 @@ NU_KERNEL void SumProducts(const PointBlock& b, const RoundModel<2>& m, double (
 }
 NU_KERNEL void SumProducts(const PointBlock& b, const RoundModel<3>& m, double (&s)[kProducts<3>], Deviations& e) {
   ProductsBody(b, m, s, e);
+}
+NU_KERNEL void SumCurvatures(const PointBlock& b, const RoundModel<2>& m, double (&s)[kCurvatures<2>]) {
+  CurvaturesBody(b, m, s);
+}
+NU_KERNEL void SumCurvatures(const PointBlock& b, const RoundModel<3>& m, double (&s)[kCurvatures<3>]) {
+  CurvaturesBody(b, m, s);
+}
+NU_KERNEL void SumDeviations(const PointBlock& b, const RoundModel<2>& m, double (&s)[1]) {
+  SumDeviationsBody(b, m, s);
+}
+NU_KERNEL void SumDeviations(const PointBlock& b, const RoundModel<3>& m, double (&s)[1]) {
+  SumDeviationsBody(b, m, s);
 }
 NU_KERNEL void FindDeviations(const PointBlock& b, const RoundModel<2>& m, Deviations& e) {
   DeviationsBody(b, m, e);
@@ -270,6 +348,36 @@ CentralPowers<D> PowersAbout(PointBlocks& points, const RoundModel<D>& model) {
   return found;
 }
 
+template<int D>
+StepSystem<D + 1> SumSystem(PointBlocks& points, const RoundModel<D>& model) {
+  StepSystem<D + 1> system;
+  const auto kernel = [&](const PointBlock& block, double(&sums)[kProducts<D>], Deviations& part) {
+    SumProducts(block, model, sums, part);
+  };
+  const BlockSums<kProducts<D>> total = SumOverBlocks<kProducts<D>>(points, system.deviations, kernel);
+  system.deviations.sumSquares = total[kProducts<D> - 1];
+  system.count = static_cast<double>(points.Size());
+  // Unknown 0 is the rise, then the shifts, last the height; the kernel has the height first.
+  system.product[0][0] = system.count;
+  system.right[0] = total[kProducts<D> - 2];
+  for (int j = 0; j < D; ++j) {
+    const int row = j == 0 ? D : j;
+    system.product[row][0] = system.product[0][row] = total[j];
+    system.right[row] = total[D + TriangleSize(D) + j];
+    for (int k = 0; k <= j; ++k) {
+      const int column = k == 0 ? D : k;
+      system.product[row][column] = system.product[column][row] = total[D + TriangleSize(j) + k];
+    }
+  }
+  return system;
+}
+
+// The points lie to one side of the centre.
+template<int D>
+bool IsCap(const StepSystem<D + 1>& system, const RoundModel<D>& model) {
+  return model.height > std::sqrt(system.MeanSquare());
+}
+
 // Turns an orthonormal set onto the combinations given by the rows of `mix`.
 template<int D>
 void Combine(const double (&mix)[D][D], const Vec3 (&axes)[D], Vec3 (&turned)[D]) {
@@ -280,6 +388,37 @@ void Combine(const double (&mix)[D][D], const Vec3 (&axes)[D], Vec3 (&turned)[D]
 }
 
 }  // namespace
+
+template<int D>
+void RoundModel<D>::TurnAxes(const Vec3 (&axes)[D]) {
+  Vec3 place;
+  for (int j = 0; j < D; ++j) place = place + mean[j] * axis[j];
+  for (int j = 0; j < D; ++j) {
+    axis[j] = axes[j];
+    mean[j] = Dot(place, axes[j]);
+  }
+}
+
+template<int D>
+void RoundModel<D>::PlaceCentre(const double (&centre)[D]) {
+  double square = 0.0;
+  for (const double c : centre) square += c * c;
+  height = std::sqrt(square);
+  std::fill_n(shift, D, 0.0);
+  if (!(height > 0.0)) return;
+  double mix[D][D] = {};
+  for (int j = 0; j < D; ++j) mix[0][j] = -centre[j] / height;
+  mix[1][0] = -mix[0][1];
+  mix[1][1] = mix[0][0];
+  Vec3 turned[D];
+  Combine(mix, axis, turned);
+  turned[0] = Unit(turned[0]);
+  if constexpr (D == 3) {
+    turned[1] = AnyOrthogonal(turned[0]);
+    turned[2] = Cross(turned[0], turned[1]);
+  }
+  TurnAxes(turned);
+}
 
 template<int D>
 RoundLeastSquares<D>::RoundLeastSquares(PointBlocks& points, const Vec3 (&axes)[D]) : m_points(points) {
@@ -297,7 +436,7 @@ bool RoundLeastSquares<D>::Start() {
     if (pass > 0 && pivot >= 0.0) {
       Vec3 turned[D];
       Combine(SvdOfColumns(powers.product).axis, m_model.axis, turned);
-      TurnAxes(turned);
+      m_model.TurnAxes(turned);
     }
     powers = PowersAbout(m_points, m_model);
     if (!(powers.rawTrace >= kSafeSmall && powers.rawTrace <= kSafeLarge)) {
@@ -315,39 +454,12 @@ bool RoundLeastSquares<D>::Start() {
   return std::isfinite(m_model.height) && std::isfinite(m_model.rise);
 }
 
-template<int D>
-void RoundLeastSquares<D>::TurnAxes(const Vec3 (&axes)[D]) {
-  Vec3 mean;
-  for (int j = 0; j < D; ++j) mean = mean + m_model.mean[j] * m_model.axis[j];
-  for (int j = 0; j < D; ++j) {
-    m_model.axis[j] = axes[j];
-    m_model.mean[j] = Dot(mean, axes[j]);
-  }
-}
-
 // Puts the centre at these coordinates from M and the radius to sqrt(|centre|^2 + meanSquare).
 template<int D>
 void RoundLeastSquares<D>::PlaceCentre(const double (&centre)[D], double meanSquare) {
-  double square = 0.0;
-  for (const double c : centre) square += c * c;
-  const double height = std::sqrt(square);
-  if (height > 0.0) {
-    double mix[D][D] = {};
-    for (int j = 0; j < D; ++j) mix[0][j] = -centre[j] / height;
-    mix[1][0] = -mix[0][1];
-    mix[1][1] = mix[0][0];
-    Vec3 turned[D];
-    Combine(mix, m_model.axis, turned);
-    turned[0] = Unit(turned[0]);
-    if constexpr (D == 3) {
-      turned[1] = AnyOrthogonal(turned[0]);
-      turned[2] = Cross(turned[0], turned[1]);
-    }
-    TurnAxes(turned);
-  }
-  std::fill_n(m_model.shift, D, 0.0);
-  m_model.height = height;
-  m_model.rise = meanSquare / (std::sqrt(square + meanSquare) + height);
+  m_model.PlaceCentre(centre);
+  const double height = m_model.height;
+  m_model.rise = meanSquare / (std::sqrt(height * height + meanSquare) + height);
   m_deviationsAreCurrent = false;
 }
 
@@ -376,52 +488,167 @@ void RoundLeastSquares<D>::MoveCentre(const Vec3& centre) {
 }
 
 template<int D>
-typename RoundLeastSquares<D>::System RoundLeastSquares<D>::SumSystem() {
-  const auto kernel = [&](const PointBlock& block, double(&sums)[kProducts<D>], Deviations& part) {
-    SumProducts(block, m_model, sums, part);
-  };
-  const BlockSums<kProducts<D>> total = SumOverBlocks<kProducts<D>>(m_points, m_deviations, kernel);
-  m_deviations.sumSquares = total[kProducts<D> - 1];
-  m_deviationsAreCurrent = true;
-  // Unknown 0 is the rise, then the shifts, last the height; the kernel has the height first.
-  System system;
-  system.product[0][0] = static_cast<double>(m_points.Size());
-  system.right[0] = total[kProducts<D> - 2];
-  for (int j = 0; j < D; ++j) {
-    const int row = j == 0 ? D : j;
-    system.product[row][0] = system.product[0][row] = total[j];
-    system.right[row] = total[D + TriangleSize(D) + j];
-    for (int k = 0; k <= j; ++k) {
-      const int column = k == 0 ? D : k;
-      system.product[row][column] = system.product[column][row] = total[D + TriangleSize(j) + k];
+void RoundProblem<D>::Complete(Model& model) {
+  double centre[D] = {-model.height};
+  double square = 0.0;
+  for (int j = 1; j < D; ++j) {
+    centre[j] = model.shift[j];
+    square += centre[j] * centre[j];
+  }
+  const double height = model.height;
+  model.PlaceCentre(centre);
+  // The radius less the height, without the rounding of a radius that is far larger than the extent of the points.
+  if (square > 0.0) model.rise -= square / (model.height + height);
+}
+
+template<int D>
+typename RoundProblem<D>::System RoundProblem<D>::Sum(PointBlocks& points, const Model& model) {
+  System system = SumSystem<D>(points, model);
+  BlockSums<kCurvatures<D>> total;
+  points.ForEach([&](const PointBlock& block) {
+    double sums[kCurvatures<D>];
+    SumCurvatures(block, model, sums);
+    total.Add(sums);
+  });
+  int next = 1;
+  for (int j = 1; j < D; ++j) {
+    system.second[j][D] = system.second[D][j] = total[next++];
+    for (int k = 1; k <= j; ++k) {
+      const double product = total[next++];
+      system.second[j][k] = system.second[k][j] = (j == k ? total[0] : 0.0) - product;
+      if (j == k) system.second[D][D] += product;
     }
+  }
+  system.spread = total[next];
+  if (IsCap(system, model)) {
+    // To second order Move changes the height by y + y^2 / H, and a shift by s + s y / H.
+    for (int j = 1; j < D; ++j) {
+      system.second[j][D] -= system.right[j] / model.height;
+      system.second[D][j] = system.second[j][D];
+    }
+    system.second[D][D] -= 2.0 * system.right[D] / model.height;
   }
   return system;
 }
 
 template<int D>
+TallReduction RoundProblem<D>::Reduce(PointBlocks& points, const Model& model) {
+  const auto fill = [&](const PointBlock& block, std::size_t begin, std::size_t end, TallReduction& reduction) {
+    double* columns[kUnknowns + 1];
+    for (int j = 0; j <= kUnknowns; ++j) columns[j] = reduction.Column(j);
+    FillRows<D>(block, begin, end, model, columns);
+  };
+  return ReduceRows(points, kUnknowns + 1, fill);
+}
+
+template<int D>
+Deviations RoundProblem<D>::DeviationsFrom(PointBlocks& points, const Model& model) {
+  return OverBlocks(points, [&](const PointBlock& block, Deviations& part) { FindDeviations(block, model, part); });
+}
+
+template<int D>
+double RoundProblem<D>::SquaredLength(const Model&, const System&, const double (&step)[kUnknowns]) {
+  double square = D == 2 ? (step[0] + step[D]) * (step[0] + step[D]) : 0.0;
+  for (int j = 1; j < kUnknowns; ++j) square += step[j] * step[j];
+  return square;
+}
+
+// A cap knows its rise, tilt and curvature: these are what changes, and the centre may pass through infinity to its
+// other side. Of points all around, the centre moves and the radius changes.
+template<int D>
+void RoundProblem<D>::Move(PointBlocks& points, const System& system, const double (&step)[kUnknowns], Model& model) {
+  MoveCentre(system, step, model);
+  // The radius that suits the centre is the mean distance: the steps need not follow the curved valley that both make.
+  BlockSums<1> deviation;
+  points.ForEach([&](const PointBlock& block) {
+    double sums[1];
+    SumDeviations(block, model, sums);
+    deviation.Add(sums);
+  });
+  model.rise += deviation[0] / system.count;
+}
+
+template<int D>
+void RoundProblem<D>::MoveCentre(const System& system, const double (&step)[kUnknowns], Model& model) {
+  model.rise += step[0];
+  if (!IsCap(system, model)) {
+    const double radius = model.height + step[D] + model.rise;
+    double centre[D] = {-(model.height + step[D])};
+    for (int j = 1; j < D; ++j) centre[j] = step[j];
+    model.PlaceCentre(centre);
+    model.rise = radius - model.height;
+    return;
+  }
+  const double part = 1.0 - step[D] / model.height;
+  const double grown = 1.0 / std::max(std::fabs(part), kLeastCurvature);
+  model.height *= grown;
+  for (int j = 1; j < D; ++j) model.shift[j] = step[j] * grown;
+  if (part < 0.0) {
+    // The other side is seen from behind.
+    model.rise = -model.rise;
+    model.axis[0] = -1.0 * model.axis[0];
+    model.mean[0] = -model.mean[0];
+    for (int j = 1; j < D; ++j) model.shift[j] = -model.shift[j];
+  }
+  Complete(model);
+}
+
+template<int D>
 GaussNewtonStep RoundLeastSquares<D>::SolveStep() {
-  const System system = SumSystem();
+  const System system = SumSystem<D>(m_points, m_model);
+  m_deviations = system.deviations;
+  m_deviationsAreCurrent = true;
   GaussNewtonStep step;
   if (!std::isfinite(m_deviations.sumSquares)) return step;
   step.solvable = SolvePositive(system.product, system.right, m_step) > kClearPivot || SolveByRows(m_step);
   double gain = 0.0;
   for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * system.right[j];
-  for (int j = 1; j < kUnknowns; ++j) step.squaredLength += m_step[j] * m_step[j];
-  if (D == 2) step.squaredLength += (m_step[0] + m_step[D]) * (m_step[0] + m_step[D]);
-  step.squaredLength /= m_points.Scale() * m_points.Scale();
+  const double squaredLength = RoundProblem<D>::SquaredLength(m_model, system, m_step);
+  m_slowness = squaredLength / m_squaredLength;
+  m_squaredLength = squaredLength;
+  step.squaredLength = squaredLength / (m_points.Scale() * m_points.Scale());
   step.atRoundingLevel = gain <= kNoise * kNoise * m_spread;
   return step;
 }
 
 template<int D>
 bool RoundLeastSquares<D>::SolveByRows(double (&step)[kUnknowns]) {
-  const auto fill = [&](const PointBlock& block, std::size_t begin, std::size_t end, TallReduction& reduction) {
-    double* columns[kUnknowns + 1];
-    for (int j = 0; j <= kUnknowns; ++j) columns[j] = reduction.Column(j);
-    FillRows<D>(block, begin, end, m_model, columns);
-  };
-  return SolveReduced(ReduceRows(m_points, kUnknowns + 1, fill), step).finite;
+  return SolveReduced(RoundProblem<D>::Reduce(m_points, m_model), step).finite;
+}
+
+template<int D>
+GaussNewtonEnd RoundLeastSquares<D>::Run(const GaussNewtonRule& rule) {
+  GaussNewtonRule plain = rule;
+  plain.limit = std::min(rule.limit, kPlainSteps);
+  long used;
+  GaussNewtonEnd end = RunGaussNewton(*this, plain, used);
+  const bool falls = end == GaussNewtonEnd::converged && !(m_slowness > kSlow);
+  if (!falls && end != GaussNewtonEnd::unsolvable) end = Settle(rule, used);
+  return end == GaussNewtonEnd::converged && !IsRound() ? GaussNewtonEnd::unsolvable : end;
+}
+
+// Newton's steps, once they lead down, are few.
+template<int D>
+GaussNewtonEnd RoundLeastSquares<D>::Settle(GaussNewtonRule rule, long used) {
+  rule.limit = std::min(rule.limit - used, kMostNewtonSteps);
+  rule.takesLastStep = true;
+  rule.endsAtGrowth = false;
+  if (rule.limit < 1) return GaussNewtonEnd::limitReached;
+  DampedGaussNewton<RoundProblem<D>> damped(m_points);
+  damped.Place(m_model);
+  const GaussNewtonEnd end = RunGaussNewton(damped, rule);
+  m_model = damped.Model();
+  m_deviationsAreCurrent = false;
+  return end;
+}
+
+// Whether the points bulge by more than rounding errors of their coordinates.
+template<int D>
+bool RoundLeastSquares<D>::IsRound() const {
+  Vec3 mean;
+  for (int j = 0; j < D; ++j) mean = mean + m_model.mean[j] * m_model.axis[j];
+  const double meanSquare = m_spread / static_cast<double>(m_points.Size());
+  return meanSquare > RoundingAt(m_points, mean, meanSquare) * m_model.height;
 }
 
 template<int D>
@@ -435,13 +662,14 @@ void RoundLeastSquares<D>::TakeStep() {
 template<int D>
 Deviations RoundLeastSquares<D>::DeviationsNow() {
   if (!m_deviationsAreCurrent) {
-    m_deviations =
-        OverBlocks(m_points, [&](const PointBlock& block, Deviations& part) { FindDeviations(block, m_model, part); });
+    m_deviations = RoundProblem<D>::DeviationsFrom(m_points, m_model);
     m_deviationsAreCurrent = true;
   }
   return InUnit(m_deviations, m_points.Scale());
 }
 
+template struct RoundProblem<2>;
+template struct RoundProblem<3>;
 template class RoundLeastSquares<2>;
 template class RoundLeastSquares<3>;
 

@@ -1,9 +1,7 @@
 #ifndef NU_GEOMETRY_INTERNAL_ROUND_LEAST_SQUARES_H
 #define NU_GEOMETRY_INTERNAL_ROUND_LEAST_SQUARES_H
 
-#include "nu/geometry/internal/form_statistics.h"
-#include "nu/geometry/internal/gauss_newton.h"
-#include "nu/geometry/internal/point_blocks.h"
+#include "nu/geometry/internal/damped_gauss_newton.h"
 
 namespace nu::internal {
 
@@ -17,6 +15,32 @@ struct RoundModel {
   double shift[D] = {};  // shift[0] is not used
   double height = 0.0;
   double rise = 0.0;
+
+  // The same M along other axes.
+  void TurnAxes(const Vec3 (&axes)[D]);
+  // Puts the centre at these coordinates from M and turns the axes so that axis[0] points from there to M.
+  void PlaceCentre(const double (&centre)[D]);
+};
+
+// For the damped steps that end what Gauss-Newton steps leave.
+template<int D>
+struct RoundProblem {
+  using Model = RoundModel<D>;
+  static constexpr int kUnknowns = D + 1;  // rise, shifts, height
+  static constexpr bool kHasSecond = true;
+  using System = StepSystem<kUnknowns>;
+
+  // The axis points from the centre to M: no shift is left.
+  static void Complete(Model& model);
+  static System Sum(PointBlocks& points, const Model& model);
+  static TallReduction Reduce(PointBlocks& points, const Model& model);
+  static Deviations DeviationsFrom(PointBlocks& points, const Model& model);
+  // That of the step of the centre; for a circle the radius counts too.
+  static double SquaredLength(const Model& model, const System& system, const double (&step)[kUnknowns]);
+  static void Move(PointBlocks& points, const System& system, const double (&step)[kUnknowns], Model& model);
+
+ private:
+  static void MoveCentre(const System& system, const double (&step)[kUnknowns], Model& model);
 };
 
 // Least-squares circle or sphere: the centre and radius that minimise the sum of (distance from centre - radius)^2.
@@ -36,7 +60,11 @@ class RoundLeastSquares {
   // Moves the centre, for example onto a round value, and keeps the radius.
   void MoveCentre(const Vec3& centre);
 
-  // For RunGaussNewton. The squared length is that of the centre's step; for a circle the radius counts too.
+  // Gauss-Newton as the rule says. Where it ends at growth, or its steps shrink slowly, damped Newton steps go on to
+  // the optimum; all steps count. Unsolvable, too, when what is found is as straight as rounding can tell.
+  GaussNewtonEnd Run(const GaussNewtonRule& rule);
+
+  // For RunGaussNewton.
   GaussNewtonStep SolveStep();
   void TakeStep();
 
@@ -46,20 +74,19 @@ class RoundLeastSquares {
  private:
   static constexpr int kUnknowns = D + 1;
 
-  struct System {
-    double product[kUnknowns][kUnknowns];
-    double right[kUnknowns];
-  };
+  using System = StepSystem<kUnknowns>;
 
-  void TurnAxes(const Vec3 (&axes)[D]);
   void PlaceCentre(const double (&centre)[D], double meanSquare);
-  System SumSystem();
   bool SolveByRows(double (&step)[kUnknowns]);
+  GaussNewtonEnd Settle(GaussNewtonRule rule, long used);
+  bool IsRound() const;
 
   PointBlocks& m_points;
   RoundModel<D> m_model;
   double m_spread = 0.0;  // sum of the squared distances from M
   double m_step[kUnknowns] = {};
+  double m_squaredLength = std::numeric_limits<double>::infinity();  // of the last step
+  double m_slowness = 0.0;                                           // the last squared length over the one before
   Deviations m_deviations;
   bool m_deviationsAreCurrent = false;
 };

@@ -380,7 +380,7 @@ double ConeProblem::SquaredLength(const ConeModel& model, const System& system, 
   return shift * shift + height * height + turned * system.MeanSquare();
 }
 
-void ConeProblem::Move(const System& system, const double (&step)[kUnknowns], ConeModel& model) {
+void ConeProblem::Move(PointBlocks&, const System& system, const double (&step)[kUnknowns], ConeModel& model) {
   const bool strip = std::fabs(model.rise) * std::cos(model.angle) < kStrip * model.height && !model.bothNappes;
   const double foot = model.foot + system.along;
   strip ? TurnStrip(step, model) : MoveSphere(step, model);

@@ -1,7 +1,7 @@
 #ifndef NU_SURFACES_INTERNAL_CONE_LEAST_SQUARES_H
 #define NU_SURFACES_INTERNAL_CONE_LEAST_SQUARES_H
 
-#include "nu/surfaces/internal/damped_gauss_newton.h"
+#include "nu/geometry/internal/damped_gauss_newton.h"
 #include "nu/surfaces/internal/pivot_frame.h"
 
 namespace nu::internal {
@@ -24,6 +24,7 @@ ConeModel ConeAbout(const Vec3& pivot, const Vec3& direction, const Vec3& toAxis
 struct ConeProblem {
   using Model = ConeModel;
   static constexpr int kUnknowns = 6;
+  static constexpr bool kHasSecond = false;
   using System = StepSystem<kUnknowns>;
 
   static void Complete(ConeModel& model);
@@ -32,7 +33,7 @@ struct ConeProblem {
   static Deviations DeviationsFrom(PointBlocks& points, const ConeModel& model);
   // That of the axis' shift across and of what its turn and the change of the angle move at the points.
   static double SquaredLength(const ConeModel& model, const System& system, const double (&step)[kUnknowns]);
-  static void Move(const System& system, const double (&step)[kUnknowns], ConeModel& model);
+  static void Move(PointBlocks& points, const System& system, const double (&step)[kUnknowns], ConeModel& model);
   static bool IsEnough(const StepGains& gains, double sumSquares);
 };
 

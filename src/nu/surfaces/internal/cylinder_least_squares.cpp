@@ -191,7 +191,7 @@ double CylinderProblem::SquaredLength(const CylinderModel&, const System& system
   return shift * shift + height * height + turned * system.spread;
 }
 
-void CylinderProblem::Move(const System&, const double (&step)[kUnknowns], CylinderModel& model) {
+void CylinderProblem::Move(PointBlocks&, const System&, const double (&step)[kUnknowns], CylinderModel& model) {
   const auto [rise, shift, height, tiltU, tiltV] = step;
   const double lifted = model.height + height;
   const double radius = lifted + model.rise + rise;

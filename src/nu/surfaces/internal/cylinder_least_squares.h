@@ -1,7 +1,7 @@
 #ifndef NU_SURFACES_INTERNAL_CYLINDER_LEAST_SQUARES_H
 #define NU_SURFACES_INTERNAL_CYLINDER_LEAST_SQUARES_H
 
-#include "nu/surfaces/internal/damped_gauss_newton.h"
+#include "nu/geometry/internal/damped_gauss_newton.h"
 #include "nu/surfaces/internal/pivot_frame.h"
 
 namespace nu::internal {
@@ -17,6 +17,7 @@ CylinderModel CylinderAbout(const Vec3& pivot, const Vec3& direction, const Vec3
 struct CylinderProblem {
   using Model = CylinderModel;
   static constexpr int kUnknowns = 5;
+  static constexpr bool kHasSecond = false;
   using System = StepSystem<kUnknowns>;
 
   static void Complete(CylinderModel&) {}
@@ -25,7 +26,7 @@ struct CylinderProblem {
   static Deviations DeviationsFrom(PointBlocks& points, const CylinderModel& model);
   // That of the axis' shift across and of what its turn moves at the points.
   static double SquaredLength(const CylinderModel& model, const System& system, const double (&step)[kUnknowns]);
-  static void Move(const System& system, const double (&step)[kUnknowns], CylinderModel& model);
+  static void Move(PointBlocks& points, const System& system, const double (&step)[kUnknowns], CylinderModel& model);
   static bool IsEnough(const StepGains& gains, double sumSquares);
 };
 

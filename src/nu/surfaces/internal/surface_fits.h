@@ -17,11 +17,11 @@ namespace nu::internal {
   FailOperation(46, "calculation", "CNuSurface::QuadricAxes()");
 }
 
-inline void StoreForm(const Deviations& deviations, double* formError, double* sumSquares) {
+inline void StoreFormWithin(const Deviations& deviations, double* formError, double* sumSquares) {
   // The extremes start at -NuGetLarge() and NuGetLarge(): required, and hosts that narrow the range see it.
   const double large = NuGetLarge();
-  *formError = std::max(deviations.largest, -large) - std::min(deviations.smallest, large);
-  *sumSquares = deviations.sumSquares;
+  Output(formError, std::max(deviations.largest, -large) - std::min(deviations.smallest, large));
+  Output(sumSquares, deviations.sumSquares);
 }
 
 }  // namespace nu::internal

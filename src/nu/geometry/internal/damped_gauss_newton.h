@@ -1,5 +1,5 @@
-#ifndef NU_SURFACES_INTERNAL_DAMPED_GAUSS_NEWTON_H
-#define NU_SURFACES_INTERNAL_DAMPED_GAUSS_NEWTON_H
+#ifndef NU_GEOMETRY_INTERNAL_DAMPED_GAUSS_NEWTON_H
+#define NU_GEOMETRY_INTERNAL_DAMPED_GAUSS_NEWTON_H
 
 #include <algorithm>
 #include <cmath>
@@ -17,6 +17,7 @@ namespace nu::internal {
 template<int N>
 struct StepSystem {
   double product[N][N];
+  double second[N][N] = {};  // what the second derivatives of the deviations add to it, where the feature gives them
   double right[N];
   Deviations deviations;
   double count = 0.0;   // of the points
@@ -25,6 +26,14 @@ struct StepSystem {
 
   double MeanSquare() const { return spread / count; }
 };
+
+// What a distance between points may be off by through the rounding errors of their coordinates, with room for a few of
+// them. `place` is among the points, `meanSquare` that of their distances from there; lengths are those of the blocks.
+inline double RoundingAt(const PointBlocks& points, const Vec3& place, double meanSquare) {
+  constexpr double kRoundings = 16.0 * std::numeric_limits<double>::epsilon();
+  const Vec3 far = points.InCallersFrame(place);
+  return kRoundings * (std::sqrt(meanSquare) + points.Scale() * std::sqrt(Dot(far, far)));
+}
 
 // By how much two steps of a descent should lower the sum of squares.
 struct StepGains {
@@ -36,17 +45,19 @@ struct StepGains {
 // Least squares by Gauss-Newton steps from a start that is given. The normal equations drive the steps; their
 // right-hand side is the gradient itself, so they do not limit the accuracy of the result. Where their columns are
 // nearly dependent the rows are reduced by orthogonal steps instead. A step that leads uphill is taken back and
-// shortened (D. W. Marquardt, J. SIAM 11, 1963).
+// shortened (D. W. Marquardt, J. SIAM 11, 1963). Where a feature gives its second derivatives, and they show a valley,
+// the steps are Newton's: on points that are no such feature Gauss-Newton creeps.
 //
 // A feature is static functions; lengths in it are scaled as the blocks are:
 //
 //   Model, kUnknowns                         what is moved, and by how many parameters
+//   kHasSecond                               whether Sum gives the second derivatives
 //   void Complete(Model&)                    fills in what steps need and a start does not give
 //   StepSystem<kUnknowns> Sum(points, model)
 //   TallReduction Reduce(points, model)      the finished rows (columns | deviation)
 //   Deviations DeviationsFrom(points, model)
 //   double SquaredLength(model, system, step)
-//   void Move(system, step, Model&)
+//   void Move(points, system, step, Model&)
 //   bool IsEnough(StepGains, sumSquares)     whether a descent ends with this step
 template<class Feature>
 class DampedGaussNewton {
@@ -60,7 +71,8 @@ class DampedGaussNewton {
   GaussNewtonStep SolveStep();
   void TakeStep();
 
-  // Goes downhill by at most so many steps, until one is not worth its pass. False when there were not enough of them.
+  // Goes downhill by at most so many steps, until one is not worth its pass. False when there were not enough of them,
+  // or they creep.
   bool Descend(int mostSteps);
 
   // In the unit of the points, from the current model; known already after a step that was not taken.
@@ -72,6 +84,7 @@ class DampedGaussNewton {
   // Of the points, from the pivot; known after a step was solved.
   double MeanAlong() const { return m_system.along; }
   double MeanSquare() const { return m_system.MeanSquare(); }
+  const StepSystem<Feature::kUnknowns>& Equations() const { return m_system; }
 
  private:
   static constexpr int kUnknowns = Feature::kUnknowns;
@@ -85,8 +98,8 @@ class DampedGaussNewton {
 
   // Damping after the first step that leads uphill or gains too small a part of what was predicted, its change after
   // further ones, and after steps that gain nearly all of it.
-  static constexpr double kFirstDamping = 1e-2;
-  static constexpr double kMoreDamping = 5.0;
+  static constexpr double kFirstDamping = Feature::kHasSecond ? 1e-6 : 1e-2;
+  static constexpr double kMoreDamping = Feature::kHasSecond ? 10.0 : 5.0;
   static constexpr double kLessDamping = 0.1;
   static constexpr double kLeastDamping = 1e-7;
   static constexpr double kPoorGain = 0.4;
@@ -100,6 +113,7 @@ class DampedGaussNewton {
   void MoreDamping() { m_damping = std::max(kFirstDamping, kMoreDamping * m_damping); }
   void AdaptDamping(double sumSquares);
   double PredictedGain() const;
+  bool SolveNewton();
 
   PointBlocks& m_points;
   typename Feature::Model m_model;
@@ -110,6 +124,7 @@ class DampedGaussNewton {
   double m_damping = 0.0;
   double m_predicted = 0.0;  // by how much the last step should have lowered the sum of squares
   double m_step[kUnknowns] = {};
+  double m_matrix[kUnknowns][kUnknowns] = {};  // that the step solves, undamped
   bool m_determined = false;
   std::optional<Deviations> m_deviations;  // from the current model
 };
@@ -131,7 +146,16 @@ bool DampedGaussNewton<Feature>::LeadsUphill(const System& system) const {
 }
 
 template<class Feature>
+bool DampedGaussNewton<Feature>::SolveNewton() {
+  for (int i = 0; i < kUnknowns; ++i)
+    for (int j = 0; j < kUnknowns; ++j) m_matrix[i][j] = m_system.product[i][j] + m_system.second[i][j];
+  return SolvePositive(m_matrix, m_system.right, m_step) > kClearPivot;
+}
+
+template<class Feature>
 bool DampedGaussNewton<Feature>::Solve() {
+  if (Feature::kHasSecond && SolveNewton()) return m_determined = true;
+  std::copy_n(&m_system.product[0][0], kUnknowns * kUnknowns, &m_matrix[0][0]);
   m_determined = SolvePositive(m_system.product, m_system.right, m_step) > kClearPivot;
   if (m_determined) return true;
   const ReducedSolution found = SolveReduced(Feature::Reduce(m_points, m_model), m_step);
@@ -145,7 +169,8 @@ void DampedGaussNewton<Feature>::Damp() {
   double heavier[kUnknowns][kUnknowns];
   double shorter[kUnknowns];
   for (int i = 0; i < kUnknowns; ++i)
-    for (int j = 0; j < kUnknowns; ++j) heavier[i][j] = m_system.product[i][j] * (i == j ? 1.0 + m_damping : 1.0);
+    for (int j = 0; j < kUnknowns; ++j)
+      heavier[i][j] = m_matrix[i][j] + (i == j ? m_damping * m_system.product[i][j] : 0.0);
   if (SolvePositive(heavier, m_system.right, shorter) > 0.0) std::copy_n(shorter, kUnknowns, m_step);
 }
 
@@ -163,7 +188,7 @@ double DampedGaussNewton<Feature>::PredictedGain() const {
   double gain = 0.0;
   for (int i = 0; i < kUnknowns; ++i) {
     gain += 2.0 * m_step[i] * m_system.right[i];
-    for (int j = 0; j < kUnknowns; ++j) gain -= m_step[i] * m_system.product[i][j] * m_step[j];
+    for (int j = 0; j < kUnknowns; ++j) gain -= m_step[i] * m_matrix[i][j] * m_step[j];
   }
   return gain;
 }
@@ -197,13 +222,14 @@ GaussNewtonStep DampedGaussNewton<Feature>::SolveStep() {
 
 template<class Feature>
 void DampedGaussNewton<Feature>::TakeStep() {
-  Feature::Move(m_system, m_step, m_model);
+  Feature::Move(m_points, m_system, m_step, m_model);
   m_deviations.reset();
 }
 
 template<class Feature>
 bool DampedGaussNewton<Feature>::Descend(int mostSteps) {
   StepGains gains;
+  CreepWatch watch;
   for (int k = 0; k < mostSteps; ++k) {
     const GaussNewtonStep step = SolveStep();
     if (!step.solvable || !std::isfinite(step.squaredLength) || step.atRoundingLevel) return true;
@@ -211,6 +237,7 @@ bool DampedGaussNewton<Feature>::Descend(int mostSteps) {
     gains.damped = m_damping > 0.0;
     TakeStep();
     if (Feature::IsEnough(gains, m_system.deviations.sumSquares)) return true;
+    if (watch.Creeps(gains.now, RoundingLevel())) return false;
     gains.before = gains.now;
   }
   return false;
