@@ -224,7 +224,7 @@ TEST(Intersections, CountTouchingMissingAndCoincidentFeatures) {
 
 // Whatever rounding makes of the angle between them: features without an end do not meet in the distance.
 TEST(Intersections, OfParallelFeaturesApartDoNotExist) {
-  ForPlaces(60, [](Place& place) {
+  ForPlaces(4000, [](Place& place) {
     const double size = place.size;
     const CNuHyperbola hyperbola(size, 0.3 * size, place.Point(), place.Direction());
     const CNuVector n = hyperbola.GetNormal(), x = hyperbola.GetXaxis();
@@ -235,7 +235,8 @@ TEST(Intersections, OfParallelFeaturesApartDoNotExist) {
     const double turn = place.random.Uniform(0, Nu_2PI);
     const CNuVector inPlane = std::cos(turn) * x + std::sin(turn) * (n * x);
     const CNuPoint apart = Along(c, n, size * place.random.Uniform(0.1, 10));
-    const CNuPlane plane(apart, (1.0 - 2.0 * place.random.Below(2)) * n + 4e-16 * place.Direction());
+    const CNuPlane plane(apart,
+                         (1.0 - 2.0 * place.random.Below(2)) * n + 4e-16 * place.random.Below(2) * place.Direction());
     const CNuCylSurf cylinder(0.5 * size, c, inPlane);
     const CNuLine along(Along(c, n * inPlane, size), inPlane);
     CNuPoint p, q;

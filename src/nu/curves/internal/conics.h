@@ -125,12 +125,12 @@ Points2 Meet(const Line3& line, const Conic3<Curve>& conic, double tol, double s
 template<class Curve>
 Points2 Meet(const Conic3<Curve>& conic, const Plane3& plane, double tol, double sineTol) {
   const Vec3 normal = conic.Normal();
-  const Vec3 along = Cross(normal, plane.normal);
-  const double sine = Norm(along);
+  const double sine = Norm(Cross(normal, plane.normal));
   const double height = plane.Height(conic.origin);
   if (IsInPlane(conic, height, sine, tol) || IsOutOfReach<Curve>(sine, sineTol)) return {};
-  const Vec3 uphill = Rejection(plane.normal, normal);
-  const Line3 trace{conic.origin - (height / (sine * sine)) * uphill, (1.0 / sine) * along};
+  const Vec3 along = UnitAcross(normal, plane.normal);
+  const Vec3 uphill = Cross(along, normal);
+  const Line3 trace{conic.origin - (height / sine) * uphill, along};
   return MeetInPlane(trace, conic, tol, sineTol);
 }
 
