@@ -9,6 +9,7 @@
 #include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/double_double.h"
@@ -70,7 +71,7 @@ Vec3 NormalOf(Vec3 toStart, Vec3 chord, double tol) {
 double TurnBetween(Vec3 toStart, Vec3 toEnd, Vec3 axis) {
   const Vec3 x = Unit(toStart);
   const Vec3 e = Unit(toEnd);
-  const double angle = std::atan2(Dot(Cross(axis, x), e), Dot(x, e));
+  const double angle = nu::internal::Atan2(Dot(Cross(axis, x), e), Dot(x, e));
   return angle > 0.0 ? angle : angle + Nu_2PI;
 }
 

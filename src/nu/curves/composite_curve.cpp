@@ -13,6 +13,7 @@
 #include "nu/curves/polyline.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/downcast.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
@@ -83,7 +84,7 @@ double Chords(const Arc3& arc, double tol) {
   constexpr double kRounding = std::numeric_limits<double>::epsilon();
   const double quarterTurn = 0.5 * Nu_PI;
   const double reach = std::max(tol, kRounding * (arc.radius + LargestComponent(arc.centre)));
-  const double step = 4.0 * std::asin(std::sqrt(std::min(1.0, 0.5 * reach / arc.radius)));
+  const double step = 4.0 * nu::internal::Asin(std::sqrt(std::min(1.0, 0.5 * reach / arc.radius)));
   return std::max(1.0, std::ceil(arc.sweep / std::min(step, quarterTurn)));
 }
 

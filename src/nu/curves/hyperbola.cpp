@@ -3,6 +3,7 @@
 #include "nu/curves/internal/conic_class.h"
 #include "nu/curves/internal/conic_relations.h"
 #include "nu/curves/polyline.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/plane.h"
 
@@ -76,7 +77,7 @@ CNuPointArray CNuHyperbola::ToPointArray(int n, double t0, double t1, int branch
   nu::internal::RequireSamples(n, t0, t1, branch, kSampling);
   const double a = branch == 0 ? m_a : -m_a;
   return SampledPoints(nu::internal::DataOf(*this), n, t0, t1, kSampling, [this, a](double t) {
-    return nu::internal::Vec2{a * std::cosh(t), m_b * std::sinh(t)};
+    return nu::internal::Vec2{a * nu::internal::Cosh(t), m_b * nu::internal::Sinh(t)};
   });
 }
 

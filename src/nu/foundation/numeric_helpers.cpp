@@ -5,6 +5,7 @@
 
 #include "nu/foundation/constants.h"
 #include "nu/foundation/exceptions.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/internal/pythag.h"
 #include "nu/foundation/internal/sort.h"
@@ -75,7 +76,7 @@ double NuArcCosSin(double c, double s) {
   if (std::isnan(c) || std::isnan(s)) return c + s;
   const double zero = NuGetZero();
   if (std::fabs(c) < zero) return s <= 0.0 ? 1.5 * Nu_PI : 0.5 * Nu_PI;
-  const double t = std::atan(s / c);
+  const double t = nu::internal::Atan(s / c);
   // A quotient that vanishes has lost the side of the axis on which s lies, but not the one on which c does.
   if (std::fabs(s) < zero || t == 0.0) return c <= 0.0 ? Nu_PI : 0.0;
   if (t > 0.0) return s < 0.0 ? t + Nu_PI : t;
@@ -86,8 +87,8 @@ double NuArcCosSin(double c, double s) {
 }
 
 void NuCosSin(double angle, double* c, double* s) {
-  double cosine = std::cos(angle);
-  double sine = std::sin(angle);
+  double cosine = nu::internal::Cos(angle);
+  double sine = nu::internal::Sin(angle);
   const double zero = NuGetZero();
   if (std::fabs(std::fabs(cosine) - 1.0) < zero) {
     sine = 0.0;
@@ -107,5 +108,5 @@ ENuBoolean NuIsTriangle(double a, double b, double c, double tol) {
 double nu::acosh(double x) {
   if (!(x >= 1.0)) throw CNuOperationException(1, "calculation", "acosh", 0, 0, 0.0, 0.0);
   // ln(x + sqrt(x^2 - 1)), without the overflow of the square and the cancellation near 1.
-  return std::acosh(x);
+  return nu::internal::Acosh(x);
 }

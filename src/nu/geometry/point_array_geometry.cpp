@@ -5,6 +5,7 @@
 
 #include "nu/foundation/constants.h"
 #include "nu/foundation/int_array.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/internal/sort.h"
@@ -85,7 +86,7 @@ std::vector<Offset> FromCentroid(const CNuPoint* points, const std::vector<int>&
 
 // Counter-clockwise from the direction (1, 0, 0), in degrees, as CNuVector::AngleWith measures it about (0, 0, 1).
 double AngleOf(const Offset& v) {
-  const double length = std::hypot(v.x, v.y);
+  const double length = nu::internal::Hypot(v.x, v.y);
   const double angle = NuArcCosSin(v.x / length, std::fabs(v.y) / length) / Nu_PI * 180.0;
   return v.y < 0.0 ? 360.0 - angle : angle;
 }

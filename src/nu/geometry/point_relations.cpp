@@ -18,6 +18,7 @@
 #include "nu/curves/circle.h"
 #include "nu/curves/internal/conic_relations.h"
 #include "nu/foundation/internal/downcast.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/geometry/internal/directions.h"
@@ -92,7 +93,7 @@ std::optional<RadialCoordinates> AcrossSurface(const CNuPoint& p, const CNuGeome
   }
   if (const auto* cone = As<CNuConSurf>(surface)) {
     const ConeCoordinates at(p, *cone);
-    return RadialCoordinates{at.way, std::fabs(at.height) * std::tan(cone->GetSemiAngle() * (Nu_PI / 180.0))};
+    return RadialCoordinates{at.way, std::fabs(at.height) * nu::internal::Tan(cone->GetSemiAngle() * (Nu_PI / 180.0))};
   }
   return std::nullopt;
 }

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/numeric_helpers.h"
@@ -144,7 +145,7 @@ CNuComplexArray CNuComplex::Roots(int n) const {
   // Half of a number whose modulus is beyond the range of double has a polar form; its roots are in that range again.
   const bool isBeyond = std::isinf(Modulus());
   const CNuComplex within = isBeyond ? CNuComplex(0.5 * m_re, 0.5 * m_im) : *this;
-  const double factor = isBeyond ? std::pow(2.0, 1.0 / n) : 1.0;
+  const double factor = isBeyond ? nu::internal::Pow(2.0, 1.0 / n) : 1.0;
   const CNuComplexPolarArray polar = within.ToPolarForm().Roots(n);
   CNuComplexArray roots(n);
   for (int k = 0; k < n; ++k) {

@@ -1,8 +1,7 @@
 #include "nu/linalg/complex_polar.h"
 
-#include <cmath>
-
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/linalg/complex.h"
@@ -21,7 +20,7 @@ void CNuComplexPolar::GetData(double* modulus, double* argument) const {
 }
 
 CNuComplex CNuComplexPolar::ToCartesianForm() const {
-  return {m_modulus * std::cos(m_argument), m_modulus * std::sin(m_argument)};
+  return {m_modulus * nu::internal::Cos(m_argument), m_modulus * nu::internal::Sin(m_argument)};
 }
 
 CNuComplexPolar CNuComplexPolar::operator*(const CNuComplexPolar& c) const {
@@ -38,13 +37,13 @@ CNuComplexPolar CNuComplexPolar::operator/(const CNuComplexPolar& c) const {
 CNuComplexPolar CNuComplexPolar::Power(int n) const {
   nu::internal::RequireNumericFactor(m_modulus, "calculation", "CNuComplexPolar::Power()");
   if (n < 1) FailOperation(2, "calculation", "CNuComplexPolar::Power()");
-  return {std::pow(m_modulus, n), n * m_argument};
+  return {nu::internal::Pow(m_modulus, n), n * m_argument};
 }
 
 CNuComplexPolarArray CNuComplexPolar::Roots(int n) const {
   if (n < 1) FailOperation(2, "calculation", "CNuComplexPolar::Roots()");
   // The only root would be zero, and it is the polar constructor that says so.
-  const double modulus = m_modulus > NuGetZero() ? std::pow(m_modulus, 1.0 / n) : 0.0;
+  const double modulus = m_modulus > NuGetZero() ? nu::internal::Pow(m_modulus, 1.0 / n) : 0.0;
   CNuComplexPolarArray roots(n);
   for (int k = 0; k < n; ++k) roots.Add({modulus, (2.0 * k * Nu_PI + m_argument) / n});
   return roots;

@@ -8,6 +8,7 @@
 
 #include "nu/foundation/constants.h"
 #include "nu/foundation/int_array.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/internal/sort.h"
@@ -277,12 +278,12 @@ ENuBoolean CNuVector::IsEqual(const CNuVector& v, double tol) const {
 
 ENuBoolean CNuVector::IsParallelTo(const CNuVector& v, double angle) const {
   const CNuVector cross = Normalised(*this) * Normalised(v);
-  return cross.Magnitude() < std::sin(angle) ? NuTrue : NuFalse;
+  return cross.Magnitude() < nu::internal::Sin(angle) ? NuTrue : NuFalse;
 }
 
 ENuBoolean CNuVector::IsOrthogonalTo(const CNuVector& v, double angle) const {
   const double dot = Normalised(*this) % Normalised(v);
-  return std::fabs(dot) < std::cos(Nu_PI / 2.0 - angle) ? NuTrue : NuFalse;
+  return std::fabs(dot) < nu::internal::Cos(Nu_PI / 2.0 - angle) ? NuTrue : NuFalse;
 }
 
 void CNuVector::RequireDirection(const char* what, const char* where) const {

@@ -7,6 +7,7 @@
 
 #include "nu/foundation/constants.h"
 #include "nu/foundation/double_array.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/numerics/internal/chebyshev_series.h"
 
@@ -51,7 +52,7 @@ class Cosines {
   explicit Cosines(int nodes) : m_nodes(nodes), m_values(nodes + 1) {
     const double step = 0.5 * Nu_PI / nodes;
     for (int i = 0; i <= nodes; ++i) {
-      m_values.Add(2 * i <= nodes ? std::cos(i * step) : std::sin((nodes - i) * step));
+      m_values.Add(2 * i <= nodes ? nu::internal::Cos(i * step) : nu::internal::Sin((nodes - i) * step));
     }
   }
 

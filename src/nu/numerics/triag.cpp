@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/numerics/internal/trig_sum.h"
@@ -33,14 +34,14 @@ double CNuTriag::DerivativeAt(double u) const {
 }
 
 double CNuTriag::Amplitude() const {
-  return std::hypot(m_a, m_b);
+  return nu::internal::Hypot(m_a, m_b);
 }
 
 // A tiny negative angle plus a full turn rounds to the full turn, which is no angle of the range. The atan2 of zeros
 // would tell their signs.
 double CNuTriag::Phase() const {
   if (m_a == 0.0 && m_b == 0.0) return 0.0;
-  const double angle = std::atan2(m_b, m_a);
+  const double angle = nu::internal::Atan2(m_b, m_a);
   const double turned = angle < 0.0 ? angle + Nu_2PI : angle;
   return turned >= Nu_2PI ? 0.0 : turned;
 }

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/internal/alignment.h"
 #include "nu/surfaces/cone.h"
 #include "nu/surfaces/internal/axis_direction.h"
@@ -54,14 +55,14 @@ struct Solution {
 // Whether its radius grows, and its height, by more over the points than rounding errors of their coordinates make of a
 // cylinder or a plane.
 bool IsCone(const ConeModel& m, const PointBlocks& blocks, double meanSquare) {
-  const double slope = std::min(std::fabs(std::sin(m.angle)), std::cos(m.angle));
+  const double slope = std::min(std::fabs(nu::internal::Sin(m.angle)), nu::internal::Cos(m.angle));
   return std::sqrt(meanSquare) * slope > RoundingAt(blocks, m.pivot, meanSquare);
 }
 
 // The cone with the semi-angle below 90 degrees and the axis from the apex into the data. Of points balanced about the
 // apex neither end is the one with the data.
 Solution InCallersFrame(const ConeModel& m, const PointBlocks& blocks, double meanSquare) {
-  const double fromApex = (m.rise + m.height * std::cos(m.angle)) / std::sin(m.angle);
+  const double fromApex = (m.rise + m.height * nu::internal::Cos(m.angle)) / nu::internal::Sin(m.angle);
   const bool balanced = m.bothNappes && std::fabs(fromApex) <= kBalanced * std::sqrt(meanSquare);
   const Vec3 direction = balanced ? WithLargestPositive(m.w) : std::copysign(1.0, fromApex) * m.w;
   return {blocks.InCallersFrame(m.pivot - m.height * m.u), direction, -fromApex * Dot(direction, m.w) / blocks.Scale(),

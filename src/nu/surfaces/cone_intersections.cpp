@@ -4,6 +4,7 @@
 
 #include <optional>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/internal/surface_data.h"
@@ -77,18 +78,18 @@ class CommonDirections {
   void AddTowards(Vec3 axis, double own, double other, double between) {
     if (AreSameAngles(between, own + other) || AreSameAngles(between, own - other)) return AddAt(axis, 0.0);
     if (AreSameAngles(between, other - own)) return AddAt(axis, Nu_PI);
-    const auto sineOfHalf = [](double degrees) { return std::sin(degrees * (0.5 * Nu_PI / 180.0)); };
+    const auto sineOfHalf = [](double degrees) { return nu::internal::Sin(degrees * (0.5 * Nu_PI / 180.0)); };
     const double above = sineOfHalf(other + between - own) * sineOfHalf(other - between + own);
     const double below = sineOfHalf(own + between + other) * sineOfHalf(own + between - other);
     if (!(above > 0.0) || !(below > 0.0)) return;
-    const double v = 2.0 * std::atan2(std::sqrt(above), std::sqrt(below));
+    const double v = 2.0 * nu::internal::Atan2(std::sqrt(above), std::sqrt(below));
     AddAt(axis, -v);
     AddAt(axis, v);
   }
 
   void AddAt(Vec3 axis, double v) {
     const Vec3 across = Unit(Rejection(axis, m_first.axis));
-    const Vec3 outwards = std::cos(v) * across + std::sin(v) * Cross(m_first.axis, across);
+    const Vec3 outwards = nu::internal::Cos(v) * across + nu::internal::Sin(v) * Cross(m_first.axis, across);
     m_found.push_back(Unit(m_first.sine * outwards + m_first.cosine * m_first.axis));
   }
 

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/alignment.h"
 #include "nu/geometry/internal/fit_guards.h"
@@ -98,7 +99,7 @@ void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuConSur
   CNuConSurf innermost(*this);
   CNuConSurf outermost(*this);
   if (std::fabs(width) >= NuGetTol()) {
-    const double way = 0.5 * width / std::sin(m_semiAngle * kRadians);
+    const double way = 0.5 * width / nu::internal::Sin(m_semiAngle * kRadians);
     const Vec3 apex = Components(GetApex());
     const Vec3 axis = Components(GetAxisDirection());
     innermost.Translate(ToPoint(PointAlong(apex, axis, way)));

@@ -1,8 +1,7 @@
 // Cones against lines and planes, and the cone as a quadric.
 
-#include <cmath>
-
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/line.h"
 #include "nu/geometry/plane.h"
 #include "nu/linalg/matrix.h"
@@ -18,7 +17,7 @@ int CNuConSurf::IntersectWith(const CNuPlane& plane, CNuObjArray* result) const 
 
 // Transformations act on rows: (p, 1) T is the local point, so Q = T Q0 T^T.
 CNuMatrix CNuConSurf::ToAlgebraicForm() const {
-  const double slope = std::tan(m_semiAngle * (Nu_PI / 180.0));
+  const double slope = nu::internal::Tan(m_semiAngle * (Nu_PI / 180.0));
   const double diagonal[4] = {1.0, 1.0, -slope * slope, 0.0};
   CNuMatrix local(4, 4);
   for (int i = 0; i < 4; ++i) local.Element(i, i) = diagonal[i];

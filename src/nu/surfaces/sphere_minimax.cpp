@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "nu/curves/circle.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/internal/alignment.h"
 #include "nu/geometry/internal/empty_ball.h"
 #include "nu/geometry/internal/enclosing_ball.h"
@@ -57,7 +58,7 @@ Ball BallOnLine(const CNuPointArray& points, double tol) {
   }
   const Vec3 p = Components(points[first]);
   const Vec3 half = 0.5 * Components(points[last]) - 0.5 * p;
-  return {p + half, std::hypot(half.x, half.y, half.z)};
+  return {p + half, nu::internal::Hypot(half.x, half.y, half.z)};
 }
 
 // Four points or more that are not in one plane: fewer count as coplanar.

@@ -8,6 +8,7 @@
 #include <memory>
 #include <utility>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/new_objects.h"
 #include "nu/foundation/object_array.h"
@@ -43,7 +44,7 @@ std::unique_ptr<CNuObject> Section(const Sphere3& first, const Sphere3& second) 
   const double r1 = first.radius;
   const double r2 = second.radius;
   const Vec3 between = second.centre - first.centre;
-  const double d = std::hypot(between.x, between.y, between.z);
+  const double d = nu::internal::Hypot(between.x, between.y, between.z);
   const double tol = TouchTol(std::max(r1, r2), first.centre, second.centre);
   RequireFinite(kWithSphere, first, second);
   if (!std::isfinite(d + r1 + r2)) nu::internal::FailUnrelated(kWithSphere);

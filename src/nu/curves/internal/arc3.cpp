@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/numerics/internal/trig_roots.h"
 
 namespace nu::internal {
@@ -40,7 +41,7 @@ struct LineMotion {
 
 struct CircleMotion {
   Vec3 At(double u) const { return arc.At(u); }
-  Vec3 First(double u) const { return arc.radius * (std::cos(u) * arc.y - std::sin(u) * arc.x); }
+  Vec3 First(double u) const { return arc.radius * (Cos(u) * arc.y - Sin(u) * arc.x); }
   Vec3 Second(double u) const { return arc.centre - arc.At(u); }
   double ParameterOf(Vec3 p) const { return arc.AngleOf(p); }
   bool Contains(double u) const { return arc.Contains(InTurn(u)); }
@@ -111,8 +112,8 @@ std::vector<double> RootsOf(const Function& f) {
     total += std::fabs(value);
     for (int k = 0; k <= kDegree; ++k) {
       const double angle = (i * k % kSamples) * Nu_2PI / kSamples;
-      cosines[k] += value * std::cos(angle) * (k == 0 ? 1.0 : 2.0) / kSamples;
-      sines[k] += value * std::sin(angle) * 2.0 / kSamples;
+      cosines[k] += value * Cos(angle) * (k == 0 ? 1.0 : 2.0) / kSamples;
+      sines[k] += value * Sin(angle) * 2.0 / kSamples;
     }
   }
   if (!std::isfinite(total)) return {};
@@ -173,14 +174,14 @@ void OfferStationary(const CircleMotion& circle, const Other& other, NearPair& b
 
 double Arc3::AngleOf(Vec3 p) const {
   const Vec3 w = p - centre;
-  return InTurn(std::atan2(Dot(w, y), Dot(w, x)));
+  return InTurn(Atan2(Dot(w, y), Dot(w, x)));
 }
 
 Vec3 ClosestOn(const Arc3& arc, Vec3 p) {
   const Vec3 w = p - arc.centre;
   const double a = Dot(w, arc.x);
   const double b = Dot(w, arc.y);
-  const double across = std::hypot(a, b);
+  const double across = Hypot(a, b);
   if (across > 0.0 && std::isfinite(across) && arc.Contains(arc.AngleOf(p))) {
     return arc.centre + arc.radius * ((a / across) * arc.x + (b / across) * arc.y);
   }
@@ -201,8 +202,8 @@ Box BoxOf(const Arc3& arc) {
   const double end[3] = {arc.end.x, arc.end.y, arc.end.z};
   Box box;
   for (int k = 0; k < 3; ++k) {
-    const double reach = arc.radius * std::hypot(x[k], y[k]);
-    const double top = InTurn(std::atan2(y[k], x[k]));
+    const double reach = arc.radius * Hypot(x[k], y[k]);
+    const double top = InTurn(Atan2(y[k], x[k]));
     const double bottom = InTurn(top + Nu_PI);
     box.low[k] = arc.Contains(bottom) ? centre[k] - reach : std::fmin(start[k], end[k]);
     box.high[k] = arc.Contains(top) ? centre[k] + reach : std::fmax(start[k], end[k]);

@@ -2,6 +2,7 @@
 
 #include "nu/curves/internal/curve_pieces.h"
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/internal/principal_direction.h"
 
 namespace nu::internal {
@@ -15,7 +16,7 @@ bool IsOnLine(const std::vector<Vec3>& points, const Line3& line, double tol) {
 
 // Of the ends, and of the two points of the circle that are farthest from the plane where the arc reaches them.
 double LargestDistance(const Arc3& arc, const Plane3& plane) {
-  const double top = std::atan2(Dot(arc.y, plane.normal), Dot(arc.x, plane.normal));
+  const double top = Atan2(Dot(arc.y, plane.normal), Dot(arc.x, plane.normal));
   double largest = 0.0;
   for (const double angle : {top, top - Nu_PI, top + Nu_PI, top + Nu_2PI}) {
     if (angle >= 0.0 && arc.Contains(angle)) largest = std::max(largest, std::fabs(plane.Height(arc.At(angle))));
@@ -32,7 +33,7 @@ Vec3 VectorArea(const PieceChain& chain) {
   for (int i = 0; i < chain.Size(); ++i) {
     Vec3 twice = Cross(chain.Ends(i).start - first, chain.Ends(i).end - first);
     if (const Arc3* arc = chain.ArcAt(i)) {
-      twice = twice + (arc->radius * arc->radius * (arc->sweep - std::sin(arc->sweep))) * arc->Axis();
+      twice = twice + (arc->radius * arc->radius * (arc->sweep - Sin(arc->sweep))) * arc->Axis();
     }
     sums.Add({twice.x, twice.y, twice.z});
   }

@@ -1,6 +1,7 @@
 #include "nu/curves/internal/chain_tree.h"
 
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 
 namespace nu::internal {
 
@@ -12,7 +13,7 @@ constexpr int kLeafPieces = 4;
 // How far an arc leaves the way between its ends, at most.
 double Bulge(const Arc3& arc) {
   if (arc.sweep > Nu_PI) return 2.0 * arc.radius;
-  const double s = std::sin(0.25 * arc.sweep);
+  const double s = Sin(0.25 * arc.sweep);
   return 2.0 * arc.radius * s * s;
 }
 

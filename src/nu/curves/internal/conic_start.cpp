@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/internal/lanes.h"
 #include "nu/geometry/internal/small_cholesky.h"
 #include "nu/linalg/internal/eigen_symmetric.h"
@@ -218,8 +219,8 @@ int ParabolicFits(const double (&m)[3][3], double (&q)[kMostAlgebraic][3]) {
   int count = 0;
   for (const double angle : TrigRoots(derivativeCos, derivativeSin, 2)) {
     if (count == kMostAlgebraic) break;
-    const double c = std::cos(0.5 * angle);
-    const double s = std::sin(0.5 * angle);
+    const double c = Cos(0.5 * angle);
+    const double s = Sin(0.5 * angle);
     q[count][0] = c * c;
     q[count][1] = 2.0 * c * s;
     q[count][2] = s * s;
@@ -285,8 +286,8 @@ void ConicStarts::Add(const double (&q)[3]) {
 void ConicStarts::AddEven(double ratio, int directions) {
   constexpr double kHalfTurn = 3.141592653589793;
   for (int k = 0; k < directions; ++k) {
-    const double c = std::cos(kHalfTurn * k / directions);
-    const double s = std::sin(kHalfTurn * k / directions);
+    const double c = Cos(kHalfTurn * k / directions);
+    const double s = Sin(kHalfTurn * k / directions);
     Add({c * c + ratio * s * s, 2.0 * (1.0 - ratio) * c * s, s * s + ratio * c * c});
   }
 }

@@ -17,6 +17,8 @@
 
 #include <algorithm>
 
+#include "nu/foundation/internal/elementary.h"
+
 namespace nu::internal {
 namespace {
 
@@ -73,7 +75,7 @@ double Ordinate(const Parabola2& curve, Vec2 p) {
   const double linear = 8.0 - 4.0 * (p.x / curve.f);
   const double right = 8.0 * (p.y / curve.f);
   if (right == 0.0) return linear < 0.0 ? std::sqrt(-linear) : 0.0;
-  const double start = std::cbrt(right) + std::sqrt(std::max(-linear, 0.0));
+  const double start = Cbrt(right) + std::sqrt(std::max(-linear, 0.0));
   return MonotoneRoot(start, false, [&](double q) { return ((q * q + linear) * q - right) / (3.0 * q * q + linear); });
 }
 

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <numbers>
 
+#include "nu/foundation/internal/elementary.h"
+
 namespace nu::internal {
 namespace {
 
@@ -24,7 +26,7 @@ constexpr std::size_t kTurnBlock = 64;
 constexpr std::size_t kCachedPart = 4096;
 
 Phasor Turn(double angle) {
-  return {std::cos(angle), std::sin(angle)};
+  return {Cos(angle), Sin(angle)};
 }
 
 // The factors of all levels of a cached part: those of size s from s / 2 on.
@@ -92,7 +94,7 @@ FourierSums::FourierSums(std::size_t reach) {
   while (size < 4 * reach) size *= 2;
   m_grid.resize(size);
   while (size >>= 1) ++m_levels;
-  for (int l = 0; l <= kSpread; ++l) m_fall[l] = std::exp(-kSteepness * l * l);
+  for (int l = 0; l <= kSpread; ++l) m_fall[l] = Exp(-kSteepness * l * l);
 }
 
 // e^(-s (d - l)^2) = e^(-s d^2) e^(2 s d)^l e^(-s l^2), with d the place of the sample between two grid points.
@@ -101,9 +103,9 @@ void FourierSums::Add(double gridAngle, Phasor value) {
   const double floor = std::floor(gridAngle);
   const double d = gridAngle - floor;
   const auto nearest = static_cast<std::size_t>(static_cast<std::int64_t>(floor));
-  const double growth = std::exp(2.0 * kSteepness * d);
+  const double growth = Exp(2.0 * kSteepness * d);
   const double shrink = 1.0 / growth;
-  double up = std::exp(-kSteepness * d * d);
+  double up = Exp(-kSteepness * d * d);
   double down = up;
   const auto add = [&](std::size_t at, double weight) {
     m_grid[at & mask].re += weight * value.re;
@@ -125,7 +127,7 @@ void FourierSums::Transform() {
 
 double FourierSums::Factor(std::ptrdiff_t k) const {
   const double turn = kPi * static_cast<double>(k) / static_cast<double>(m_grid.size());
-  return std::sqrt(kSteepness / kPi) * std::exp(turn * turn / kSteepness);
+  return std::sqrt(kSteepness / kPi) * Exp(turn * turn / kSteepness);
 }
 
 Phasor FourierSums::operator[](std::ptrdiff_t k) const {

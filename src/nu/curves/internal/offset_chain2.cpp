@@ -5,6 +5,7 @@
 
 #include "nu/curves/internal/offset_trace2.h"
 #include "nu/curves/internal/piece_tree2.h"
+#include "nu/foundation/internal/elementary.h"
 
 namespace nu::internal {
 
@@ -404,10 +405,10 @@ void CentreBetweenEnds(Piece2& arc, double farthest) {
   const double side = std::copysign(1.0, arc.curvature);
   const double height = side * Dot(toCentre, Perpendicular(along));
   if (!(height >= 0.0 || std::fabs(Dot(toCentre, along) - half) <= farthest)) return;
-  const double radius = std::hypot(half, height);
+  const double radius = Hypot(half, height);
   arc.direction = (height / radius) * along - (side * half / radius) * Perpendicular(along);
   arc.curvature = side / radius;
-  arc.length = 2.0 * radius * std::atan2(half, height);
+  arc.length = 2.0 * radius * Atan2(half, height);
 }
 
 // The ends of pieces made to meet, without pieces too short to be any. False where a gap is no rounding.

@@ -3,6 +3,8 @@
 #include <cfloat>
 #include <queue>
 
+#include "nu/foundation/internal/elementary.h"
+
 namespace nu::internal {
 
 namespace {
@@ -48,7 +50,7 @@ class Front {
       const Vec2 from = vertices[Index(i)];
       const Vec2 way = vertices[Index((i + 1) % size)] - from;
       Edge2 edge;
-      edge.direction = (1.0 / std::hypot(way.x, way.y)) * way;
+      edge.direction = (1.0 / Hypot(way.x, way.y)) * way;
       edge.motion = (distance < 0.0 ? 1.0 : -1.0) * Perpendicular(edge.direction);
       edge.start = {from, edge.motion};
       edge.end = {from + way, edge.motion};

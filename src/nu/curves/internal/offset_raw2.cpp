@@ -4,6 +4,7 @@
 #include <cfloat>
 
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 
 namespace nu::internal {
 
@@ -72,7 +73,7 @@ class Builder {
     corner.after = next.direction;
     corner.end = m_chain[i].end - m_distance * Perpendicular(corner.before);
     corner.start = next.start - m_distance * Perpendicular(corner.after);
-    corner.turn = std::atan2(Cross(corner.before, corner.after), Dot(corner.before, corner.after));
+    corner.turn = Atan2(Cross(corner.before, corner.after), Dot(corner.before, corner.after));
     if (corner.turn < kFoldTurn - Nu_PI) corner.turn = Nu_PI;
     corner.kind = corner.turn > 0.0 ? Kind::outer : Kind::inner;
     if (Norm(corner.start - corner.end) <= SmoothGap(m_chain[i], next)) corner.kind = Kind::smooth;
@@ -84,9 +85,9 @@ class Builder {
 
   void Sharpen(Corner& corner) {
     constexpr double kLeastSum = 4.0 * DBL_EPSILON;  // the rounding of 1 + cosine
-    if (!(1.0 + std::cos(corner.turn) > kLeastSum)) m_raw.foldsBack = true;
+    if (!(1.0 + Cos(corner.turn) > kLeastSum)) m_raw.foldsBack = true;
     corner.isSharp = true;
-    corner.reach = m_distance * std::tan(0.5 * corner.turn);
+    corner.reach = m_distance * Tan(0.5 * corner.turn);
     corner.tipNode = AddNode(corner.end + corner.reach * corner.before);
   }
 
@@ -142,7 +143,7 @@ class Builder {
     if (m_rawOf[i] < 0 || m_rawOf[Next(i)] < 0 || corner.turn < -kSharpest) return;
     const Piece2& first = m_raw.pieces[static_cast<std::size_t>(m_rawOf[i])];
     const Piece2& second = m_raw.pieces[static_cast<std::size_t>(m_rawOf[Next(i)])];
-    const double x = -m_distance * std::tan(0.5 * corner.turn);
+    const double x = -m_distance * Tan(0.5 * corner.turn);
     const Vec2 m = Perpendicular(corner.before);
     const Vec2 n = Perpendicular(corner.after);
     Vec2 v = -x * corner.before;  // from the end of the first offset

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 
 namespace nu::internal {
 
@@ -17,7 +18,7 @@ double AreaOf(const Piece2& piece) {
   const double area = 0.5 * Cross(piece.start, piece.end);
   if (piece.curvature == 0.0) return area;
   const double turn = piece.curvature * piece.length;
-  return area + 0.5 * (turn - std::sin(turn)) / (piece.curvature * piece.curvature);
+  return area + 0.5 * (turn - Sin(turn)) / (piece.curvature * piece.curvature);
 }
 
 }  // namespace
@@ -100,7 +101,7 @@ std::vector<Trace::Ray> Trace::RaysAt(int node) const {
     for (const int e : edges) {
       if (m_isGone[Index(e)]) continue;
       const Vec2 direction = Away(e, isIn).direction;
-      rays.push_back({std::atan2(direction.y, direction.x), e, isIn});
+      rays.push_back({Atan2(direction.y, direction.x), e, isIn});
     }
   };
   add(m_in[Index(node)], true);

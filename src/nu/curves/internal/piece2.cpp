@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 
 namespace nu::internal {
 
@@ -79,21 +80,21 @@ Crossings2 CrossCurved(const Piece2& first, const Piece2& second, double roundin
 }  // namespace
 
 Vec2 Rotated(Vec2 v, double angle) {
-  return std::cos(angle) * v + std::sin(angle) * Perpendicular(v);
+  return Cos(angle) * v + Sin(angle) * Perpendicular(v);
 }
 
 Vec2 Piece2::At(double s) const {
   if (s == length) return end;
   const double half = 0.5 * curvature * s;
   if (half == 0.0) return start + s * direction;
-  return start + (s * std::sin(half) / half) * Rotated(direction, half);
+  return start + (s * Sin(half) / half) * Rotated(direction, half);
 }
 
 double Piece2::ParameterOf(Vec2 p) const {
   const Vec2 w = p - start;
   const double along = Dot(w, direction);
   if (curvature == 0.0) return along;
-  const double turn = std::atan2(curvature * along, 1.0 - curvature * Dot(w, Perpendicular(direction)));
+  const double turn = Atan2(curvature * along, 1.0 - curvature * Dot(w, Perpendicular(direction)));
   const double s = turn / curvature;
   if (s >= 0.0) return s;
   const double around = s + Nu_2PI / std::fabs(curvature);
@@ -170,7 +171,7 @@ Box2 BoxOf(const Piece2& piece) {
   box.Include(piece.end);
   if (piece.curvature == 0.0) return box;
   const double quarter = 0.5 * Nu_PI;
-  const double heading = std::atan2(piece.direction.y, piece.direction.x) / quarter;
+  const double heading = Atan2(piece.direction.y, piece.direction.x) / quarter;
   const double turn = piece.curvature * piece.length / quarter;
   const double from = std::min(heading, heading + turn);
   constexpr int kMostQuarters = 5;  // of a turn, both ends included

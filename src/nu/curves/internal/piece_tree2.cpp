@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 
 namespace nu::internal {
 
@@ -15,7 +16,7 @@ constexpr int kLeafPieces = 4;
 double Bulge(const Piece2& piece) {
   if (piece.curvature == 0.0) return 0.0;
   const double turn = std::fabs(piece.curvature * piece.length);
-  const double s = turn > Nu_PI ? 1.0 : std::sin(0.25 * turn);
+  const double s = turn > Nu_PI ? 1.0 : Sin(0.25 * turn);
   return 2.0 * s * s / std::fabs(piece.curvature);
 }
 

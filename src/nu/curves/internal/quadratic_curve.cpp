@@ -5,6 +5,7 @@
 #include <initializer_list>
 #include <limits>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/internal/extents.h"
 #include "nu/geometry/internal/mean.h"
 #include "nu/geometry/internal/small_svd.h"
@@ -108,12 +109,12 @@ struct Axes {
 Axes AxesOf(const Quadratic2& g) {
   const double mean = 0.5 * (g.a + g.c);
   const double half = 0.5 * (g.a - g.c);
-  const double root = std::hypot(half, 0.5 * g.b);
+  const double root = Hypot(half, 0.5 * g.b);
   const double first = mean + std::copysign(root, mean);
   // Their product is a c - b^2 / 4.
   const double second = DifferenceOfProducts(g.a, g.c, 0.5 * g.b, 0.5 * g.b) / first;
-  const double angle = 0.5 * std::atan2(g.b, g.a - g.c);
-  const Vec2 larger{std::cos(angle), std::sin(angle)};
+  const double angle = 0.5 * Atan2(g.b, g.a - g.c);
+  const Vec2 larger{Cos(angle), Sin(angle)};
   return {first, second, std::signbit(mean) ? Perpendicular(larger) : larger};
 }
 

@@ -8,26 +8,27 @@
 
 #include "nu/curves/internal/quadric_equation.h"
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/internal/vec2.h"
 
 namespace nu::internal {
 
 double Wave2::At(double u) const {
-  const double x = std::cos(u);
-  const double y = std::sin(u);
+  const double x = Cos(u);
+  const double y = Sin(u);
   return c0 + (c1 * x + s1 * y) + (c2 * (x - y) * (x + y) + s2 * (2.0 * x * y));
 }
 
 double Wave2::Slope(double middle, double half) const {
-  const double x = std::cos(middle);
-  const double y = std::sin(middle);
+  const double x = Cos(middle);
+  const double y = Sin(middle);
   const double second = s2 * (x - y) * (x + y) - c2 * (2.0 * x * y);
-  return (s1 * x - c1 * y) + 2.0 * std::cos(half) * second;
+  return (s1 * x - c1 * y) + 2.0 * Cos(half) * second;
 }
 
 Vec3 QuadricPair::On(double u, double t) const {
-  const double x = std::cos(u);
-  const double y = std::sin(u);
+  const double x = Cos(u);
+  const double y = Sin(u);
   if (base.kind == RoundQuadric::Kind::kCylinder) return {base.radius * x, base.radius * y, t};
   return {t * base.sine * x, t * base.sine * y, t * base.cosine};
 }
@@ -68,7 +69,7 @@ struct Reference {
 };
 
 bool IsNearer(const Reference& first, const Reference& second) {
-  return std::fabs(std::sin(0.5 * first.difference)) < std::fabs(std::sin(0.5 * second.difference));
+  return std::fabs(Sin(0.5 * first.difference)) < std::fabs(Sin(0.5 * second.difference));
 }
 
 double DiscriminantSince(const QuadricPair& pair, double u, const Reference& reference) {
@@ -76,7 +77,7 @@ double DiscriminantSince(const QuadricPair& pair, double u, const Reference& ref
   const double middle = reference.u + half;
   const double slope = pair.h.Slope(middle, half) * (pair.h.At(u) + pair.h.At(reference.u)) -
                        pair.a.At(u) * pair.c.Slope(middle, half) - pair.c.At(reference.u) * pair.a.Slope(middle, half);
-  return 2.0 * std::sin(half) * slope;
+  return 2.0 * Sin(half) * slope;
 }
 
 double AroundPath(const QuadricPath& path, double v) {
@@ -94,8 +95,8 @@ double QuadricCurve::RootAt(double v) const {
   bool isSet = false;
   Reference nearest;
   if (path.swings) {
-    const double sine = std::sin(0.5 * v);
-    const double cosine = std::cos(0.5 * v);
+    const double sine = Sin(0.5 * v);
+    const double cosine = Cos(0.5 * v);
     nearest = {path.middle - path.half, 2.0 * path.half * sine * sine};
     const Reference end{path.middle + path.half, -2.0 * path.half * cosine * cosine};
     if (IsNearer(end, nearest)) nearest = end;
@@ -104,7 +105,7 @@ double QuadricCurve::RootAt(double v) const {
   }
   for (int k = 0; k < path.nodes; ++k) {
     const Reference node{path.node[k], u - path.node[k]};
-    if (std::sin(0.5 * node.difference) < 0.0) sign = -sign;
+    if (Sin(0.5 * node.difference) < 0.0) sign = -sign;
     if (!isSet || IsNearer(node, nearest)) nearest = node;
     isSet = true;
   }
@@ -149,7 +150,7 @@ QuadricPlace QuadricCurve::PlaceAt(std::size_t stretch, double v) const {
     QuadricSpot spot;
     return {u, equation.CrossingAt(u, from.sign, spot) ? spot.s / spot.c : t};
   }
-  const double length = std::hypot(1.0, t);
+  const double length = Hypot(1.0, t);
   const double lower = std::fmin(from.u, to.u) - from.width;
   const double upper = std::fmax(from.u, to.u) + from.width;
   return {equation.AngleAt(t / length, 1.0 / length, u, lower, upper), t};
@@ -157,17 +158,17 @@ QuadricPlace QuadricCurve::PlaceAt(std::size_t stretch, double v) const {
 
 QuadricPlace QuadricCurve::PlaceAcross(const QuadricNode& from, const QuadricNode& to, double share) const {
   const QuadricEquation equation(pair, path);
-  const double scale = std::hypot(1.0, from.t);
+  const double scale = Hypot(1.0, from.t);
   const double x = to.u - from.u;
   const double y = (to.t - from.t) / scale;
-  const double chord = std::hypot(x, y);
+  const double chord = Hypot(x, y);
   const auto tangentAt = [&](const QuadricNode& node) {
-    const double length = std::hypot(1.0, node.t);
+    const double length = Hypot(1.0, node.t);
     const QuadricSpot spot{node.u, node.t / length, 1.0 / length};
     const QuadricEquation::Jet k = equation.At(node.u);
     const double du = equation.Slope(k.value, spot) * scale / (length * length);
     const double dt = -equation.Value(k.slope, spot);
-    const double factor = std::copysign(chord / std::hypot(du, dt), du * x + dt * y);
+    const double factor = std::copysign(chord / Hypot(du, dt), du * x + dt * y);
     return Vec2{factor * du, factor * dt};
   };
   const double rest = 1.0 - share;

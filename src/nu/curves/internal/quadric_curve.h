@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "nu/curves/internal/round_quadric.h"
+#include "nu/foundation/internal/elementary.h"
 
 // The curve in which a cylinder or cone, the base, meets another round quadric. The base stands upright: its axis is
 // the z axis, and its generators are told by their angle u around it,
@@ -58,7 +59,7 @@ struct QuadricPath {
     kThroughApex,      // c = 0: the apex of the base is on the other quadric; t = -2 h / a is left
     kThroughInfinity,  // a = 0: the generators are parallel to one of the other cone; t = -c / 2 h is left
   };
-  double AngleAt(double v) const { return swings ? middle - half * std::cos(v) : v; }
+  double AngleAt(double v) const { return swings ? middle - half * Cos(v) : v; }
 
   Sheets sheets = Sheets::kBoth;
   // Between two generators that touch, u = middle - half cos v: forth on + and back on -. Else u = v, on one of them.

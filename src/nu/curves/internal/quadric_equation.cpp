@@ -2,6 +2,8 @@
 
 #include <cfloat>
 
+#include "nu/foundation/internal/elementary.h"
+
 namespace nu::internal {
 
 namespace {
@@ -21,26 +23,26 @@ ValueAndSlope On(const Wave2& wave, double x, double y) {
 }
 
 double BendOf(const Wave2& wave) {
-  return std::hypot(wave.c1, wave.s1) + 4.0 * std::hypot(wave.c2, wave.s2);
+  return Hypot(wave.c1, wave.s1) + 4.0 * Hypot(wave.c2, wave.s2);
 }
 
 // Wave2::Slope between the angle v of a common line and u = v + 2 half.
 ValueAndSlope SinceLine(const Wave2& wave, double v, double half) {
-  const double x = std::cos(v + half);
-  const double y = std::sin(v + half);
+  const double x = Cos(v + half);
+  const double y = Sin(v + half);
   const double x2 = (x - y) * (x + y);
   const double y2 = 2.0 * x * y;
   const double second = wave.s2 * x2 - wave.c2 * y2;
   const double secondSlope = -2.0 * (wave.s2 * y2 + wave.c2 * x2);
-  return {(wave.s1 * x - wave.c1 * y) + 2.0 * std::cos(half) * second,
-          -0.5 * (wave.s1 * y + wave.c1 * x) - std::sin(half) * second + std::cos(half) * secondSlope};
+  return {(wave.s1 * x - wave.c1 * y) + 2.0 * Cos(half) * second,
+          -0.5 * (wave.s1 * y + wave.c1 * x) - Sin(half) * second + Cos(half) * secondSlope};
 }
 
 // No second derivative of that by u is larger.
 double BendSinceLine(const Wave2& wave) {
   constexpr double kOfFirst = 0.25;  // the squares of the frequencies 1/2 and 3/2
   constexpr double kOfSecond = 2.0 * 2.25;
-  return kOfFirst * std::hypot(wave.c1, wave.s1) + kOfSecond * std::hypot(wave.c2, wave.s2);
+  return kOfFirst * Hypot(wave.c1, wave.s1) + kOfSecond * Hypot(wave.c2, wave.s2);
 }
 
 }  // namespace
@@ -58,8 +60,8 @@ QuadricEquation::Jet QuadricEquation::At(double u) const {
     a = SinceLine(m_pair.a, m_path.commonLine, half);
     h = SinceLine(m_pair.h, m_path.commonLine, half);
   } else {
-    const double x = std::cos(u);
-    const double y = std::sin(u);
+    const double x = Cos(u);
+    const double y = Sin(u);
     a = On(m_pair.a, x, y);
     h = On(m_pair.h, x, y);
     c = On(m_pair.c, x, y);
@@ -87,7 +89,7 @@ double QuadricEquation::Slope(const Factors& k, const QuadricSpot& at) const {
 }
 
 double QuadricEquation::Bend(const Factors& k) const {
-  return IsQuadratic() ? 2.0 * std::hypot(k.a - k.c, 2.0 * k.h) : std::hypot(k.a, k.c);
+  return IsQuadratic() ? 2.0 * Hypot(k.a - k.c, 2.0 * k.h) : Hypot(k.a, k.c);
 }
 
 // Of a quadratic that rises with w, a t + h is the positive root of h^2 - a c. t is (root - h) / a or -c / (h + root),
@@ -101,7 +103,7 @@ bool QuadricEquation::CrossingAt(double u, double sign, QuadricSpot& at) const {
     const double root = std::copysign(std::sqrt(discriminant), sign);
     at = k.h * root > 0.0 ? QuadricSpot{u, -k.c, k.h + root} : QuadricSpot{u, root - k.h, k.a};
   }
-  const double length = std::hypot(at.s, at.c);
+  const double length = Hypot(at.s, at.c);
   at.s /= length;
   at.c /= length;
   return length > 0.0;

@@ -2,6 +2,8 @@
 
 #include <cfloat>
 
+#include "nu/foundation/internal/elementary.h"
+
 namespace nu::internal {
 
 namespace {
@@ -90,7 +92,7 @@ void Offer(Vec3 first, Vec3 second, NearPair& best) {
 double SafeNorm(Vec3 v) {
   const double square = Dot(v, v);
   if (IsSafe(square)) return std::sqrt(square);
-  return std::hypot(std::hypot(v.x, v.y), v.z);
+  return Hypot(Hypot(v.x, v.y), v.z);
 }
 
 double ClosestParameter(const Segment3& segment, Vec3 p) {

@@ -7,6 +7,7 @@
 #include "nu/curves/internal/sinusoid_least_squares.h"
 #include "nu/curves/internal/sinusoid_scan.h"
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/sort.h"
 #include "nu/geometry/internal/double_double.h"
 #include "nu/geometry/internal/fit_guards.h"
@@ -113,21 +114,21 @@ FittedSinusoid Placed(const Wave& wave, Centring x, Centring y, double mean) {
   const double b = wave.frequency * x.scale;
   const double s = SineAt(b, x.origin, 0.0);
   const double k = CosineAt(b, x.origin, 0.0);
-  return {
-      std::hypot(wave.sine, wave.cosine) / y.scale, b, wave.sine * k + wave.cosine * s, wave.cosine * k - wave.sine * s,
-      y.origin + (wave.offset + mean) / y.scale,    {}};
+  return {Hypot(wave.sine, wave.cosine) / y.scale,   b,
+          wave.sine * k + wave.cosine * s,           wave.cosine * k - wave.sine * s,
+          y.origin + (wave.offset + mean) / y.scale, {}};
 }
 
 }  // namespace
 
 double SineAt(double b, double x, double c) {
   const DoubleDouble angle = AngleOf(b, x, c);
-  return std::sin(angle.high) + angle.low * std::cos(angle.high);
+  return Sin(angle.high) + angle.low * Cos(angle.high);
 }
 
 double CosineAt(double b, double x, double c) {
   const DoubleDouble angle = AngleOf(b, x, c);
-  return std::cos(angle.high) - angle.low * std::sin(angle.high);
+  return Cos(angle.high) - angle.low * Sin(angle.high);
 }
 
 void RequireSinusoid(double a, double b, const char* name) {
@@ -137,7 +138,7 @@ void RequireSinusoid(double a, double b, const char* name) {
 
 // A tiny negative angle plus a full turn rounds to the full turn.
 double PhaseOf(double cosine, double sine) {
-  const double angle = std::atan2(sine, cosine);
+  const double angle = Atan2(sine, cosine);
   const double turned = angle < 0.0 ? angle + Nu_2PI : angle;
   return turned >= Nu_2PI ? 0.0 : turned;
 }

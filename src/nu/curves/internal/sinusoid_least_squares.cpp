@@ -5,6 +5,7 @@
 #include <limits>
 #include <numbers>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/internal/small_svd.h"
 
 // Variable projection (G. H. Golub, V. Pereyra, SIAM J. Numer. Anal. 10, 1973): for a frequency w the best wave
@@ -68,8 +69,8 @@ Shapes SeriesAt(double z) {
 Shapes ShapesAt(double t) {
   const double z = t * t;
   if (!(std::fabs(t) >= kSmallAngle)) return SeriesAt(z);
-  const double s = std::sin(0.5 * t);
-  const double c = std::cos(0.5 * t);
+  const double s = Sin(0.5 * t);
+  const double c = Cos(0.5 * t);
   const double sine = 2.0 * s * c;
   const double versine = 2.0 * s * s;
   const double inverse = 1.0 / z;

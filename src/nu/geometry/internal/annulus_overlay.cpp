@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/internal/convex_polygon2.h"
 #include "nu/geometry/internal/farthest_corner2.h"
 #include "nu/geometry/internal/grid2.h"
@@ -51,7 +52,7 @@ bool Surround(const std::vector<Vec2>& outer, const std::vector<Vec2>& inner) {
   for (const Vec2& u : outer) {
     for (const Vec2& v : inner) {
       const Vec2 difference = u - v;
-      if (Length(difference) > kSameDirection) angles.push_back(std::atan2(difference.y, difference.x));
+      if (Length(difference) > kSameDirection) angles.push_back(Atan2(difference.y, difference.x));
     }
   }
   if (angles.size() < 3) return false;
@@ -69,7 +70,7 @@ class Overlay {
     constexpr int kDirections = 8;
     for (int k = 0; k < kDirections; ++k) {
       const double angle = 2.0 * 3.14159265358979323846 * k / kDirections;
-      m_outposts.push_back(Corner(m_hull.ExtremeCorner({std::cos(angle), std::sin(angle)})));
+      m_outposts.push_back(Corner(m_hull.ExtremeCorner({Cos(angle), Sin(angle)})));
     }
   }
 
@@ -197,7 +198,7 @@ class Overlay {
   static double AngleAt(const VoronoiEdge2& edge, double t, Vec2 point) {
     const double side = t > 0.0 ? -1.0 : 1.0;
     const Vec2 way = point - edge.middle;
-    return std::atan2(side * Cross(edge.normal, way), side * (Dot(edge.normal, way) - t * edge.square));
+    return Atan2(side * Cross(edge.normal, way), side * (Dot(edge.normal, way) - t * edge.square));
   }
 
   // The four points have to alternate: one of h and k is seen between p and q, the other is not.

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/internal/enclosing_ball.h"
 #include "nu/geometry/internal/lanes.h"
 
@@ -138,8 +139,8 @@ class Cap {
     const double angle = kQuarterTurn * (turned - std::floor(turned));
     const double cosine = 1.0 - m_fall * (4 * level + 2);
     const double sine = std::sqrt(1.0 - cosine * cosine);
-    const double x = k % 2 == 0 ? std::cos(angle) : -std::cos(angle);
-    const double y = k / 2 % 2 == 0 ? std::sin(angle) : -std::sin(angle);
+    const double x = k % 2 == 0 ? Cos(angle) : -Cos(angle);
+    const double y = k / 2 % 2 == 0 ? Sin(angle) : -Sin(angle);
     const Vec3 way = x * m_frame.x + y * m_frame.y;
     return {Unit(cosine * m_frame.z + sine * way), cosine * way - sine * m_frame.z};
   }
@@ -166,7 +167,7 @@ AxisCandidates::AxisCandidates(PointBlocks& points, const AxisFrame& frame, doub
     seen[count] = outline.SmallestAlong(place.direction, place.across);
     if (!(seen[count].radius > widest)) ++count;
   }
-  const double near = std::cos(std::min(kNeighbour * cap.Spacing(), 1.0));
+  const double near = Cos(std::min(kNeighbour * cap.Spacing(), 1.0));
   for (int i = 1; i < count; ++i) {
     const bool bettered = std::any_of(seen, seen + count, [&](const AxisCandidate& other) {
       return other.radius < seen[i].radius && std::fabs(Dot(other.frame.z, seen[i].frame.z)) > near;

@@ -6,6 +6,7 @@
 
 #include "nu/foundation/constants.h"
 #include "nu/foundation/exceptions.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/internal/vec3.h"
 #include "nu/geometry/point.h"
@@ -35,7 +36,7 @@ inline double SineTol(double degrees) {
   constexpr double kRightAngle = 90.0;
   if (!(degrees > 0.0)) return kRounding;
   if (degrees >= kRightAngle) return std::numeric_limits<double>::infinity();
-  return std::max(std::sin(degrees * (Nu_PI / 180.0)), kRounding);
+  return std::max(Sin(degrees * (Nu_PI / 180.0)), kRounding);
 }
 
 // The one that decides wherever the caller passes none.

@@ -2,6 +2,7 @@
 #define NU_GEOMETRY_INTERNAL_DOUBLE_CONE_H
 
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/internal/incidence.h"
 
 namespace nu::internal {
@@ -25,9 +26,9 @@ inline bool IsFinite(const DoubleCone& cone) {
 inline DoubleCone DoubleCone::OfDegrees(Vec3 apex, Vec3 axis, double semiAngle) {
   const double degree = Nu_PI / 180.0;
   constexpr double kHalf = 45.0;
-  if (semiAngle <= kHalf) return {apex, axis, std::sin(semiAngle * degree), std::cos(semiAngle * degree)};
+  if (semiAngle <= kHalf) return {apex, axis, Sin(semiAngle * degree), Cos(semiAngle * degree)};
   const double complement = (90.0 - semiAngle) * degree;
-  return {apex, axis, std::cos(complement), std::sin(complement)};
+  return {apex, axis, Cos(complement), Sin(complement)};
 }
 
 // A line seen from a cone.

@@ -3,6 +3,8 @@
 
 #include <cmath>
 
+#include "nu/foundation/internal/error_free.h"
+
 namespace nu::internal {
 
 // A number of about 106 bits: the unevaluated sum of two doubles, of which the second is at most half a unit in the
@@ -26,8 +28,7 @@ inline DoubleDouble OrderedSumOf(double a, double b) {
 }
 // Exact.
 inline DoubleDouble ProductOf(double a, double b) {
-  const double product = a * b;
-  return {product, std::fma(a, b, -product)};
+  return {a * b, ProductError(a, b)};
 }
 
 inline DoubleDouble operator-(DoubleDouble a) {

@@ -3,6 +3,7 @@
 #include <bit>
 #include <limits>
 
+#include "nu/foundation/internal/error_free.h"
 #include "nu/geometry/internal/lanes.h"
 #include "nu/geometry/internal/vec2.h"
 
@@ -107,9 +108,9 @@ double DotOf(Vec3 a, Vec3 b, bool accurate) {
   CompensatedSum sum;
   const double products[] = {a.x * b.x, a.y * b.y, a.z * b.z};
   for (const double product : products) sum.Add(product);
-  sum.Add(std::fma(a.x, b.x, -products[0]));
-  sum.Add(std::fma(a.y, b.y, -products[1]));
-  sum.Add(std::fma(a.z, b.z, -products[2]));
+  sum.Add(ProductError(a.x, b.x));
+  sum.Add(ProductError(a.y, b.y));
+  sum.Add(ProductError(a.z, b.z));
   return sum.Value();
 }
 

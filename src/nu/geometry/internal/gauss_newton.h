@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+#include "nu/foundation/internal/elementary.h"
+
 namespace nu::internal {
 
 // How the iteration of a feature ends; the features differ in it, and hosts see the difference at small limits.
@@ -43,8 +45,8 @@ class CreepWatch {
     m_largest = std::max(m_largest, value);
     if (++m_count % kStretch != 0) return false;
     constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-    const double ahead = std::log(m_least / std::max(target, kEpsilon * kEpsilon * m_largest));
-    const double gone = std::log(m_before / m_least);
+    const double ahead = Log(m_least / std::max(target, kEpsilon * kEpsilon * m_largest));
+    const double gone = Log(m_before / m_least);
     m_slow = gone * kMostFurther > ahead * kStretch ? 0 : m_slow + 1;
     m_before = m_least;
     m_least = std::numeric_limits<double>::infinity();

@@ -8,6 +8,7 @@
 
 #include <vector>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/numerics/internal/trig_roots.h"
 
 namespace nu::internal {
@@ -31,10 +32,10 @@ struct Distance {
         xAcross(Rejection(x, line.direction)),
         yAcross(Rejection(y, line.direction)) {}
 
-  Vec3 At(double u) const { return offset + radius * (std::cos(u) * xAcross + std::sin(u) * yAcross); }
-  Vec3 DerivativeAt(double u) const { return radius * (std::cos(u) * yAcross - std::sin(u) * xAcross); }
+  Vec3 At(double u) const { return offset + radius * (Cos(u) * xAcross + Sin(u) * yAcross); }
+  Vec3 DerivativeAt(double u) const { return radius * (Cos(u) * yAcross - Sin(u) * xAcross); }
   double AlongLine(double u) const {
-    const Vec3 p = centre + radius * (std::cos(u) * x + std::sin(u) * y);
+    const Vec3 p = centre + radius * (Cos(u) * x + Sin(u) * y);
     return Dot(p - line.point, line.direction);
   }
 

@@ -4,12 +4,12 @@
 #include <array>
 #include <bit>
 #include <cfloat>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
 #include <vector>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/internal/box_tree.h"
 #include "nu/geometry/internal/extents.h"
 #include "nu/geometry/internal/unbounded_points.h"
@@ -194,9 +194,9 @@ double EvenSide(const Extents& extents, std::size_t n) {
   double side = 0.0;
   for (int skipped = 0; skipped < 3; ++skipped) {
     const double dimension = 3 - skipped;
-    double logarithm = std::log(kPointsPerCell / static_cast<double>(n));
-    for (int k = skipped; k < 3; ++k) logarithm += std::log(sides[k]);
-    side = std::exp(logarithm / dimension);
+    double logarithm = Log(kPointsPerCell / static_cast<double>(n));
+    for (int k = skipped; k < 3; ++k) logarithm += Log(sides[k]);
+    side = Exp(logarithm / dimension);
     if (side > 0.0 && side <= sides[skipped]) break;
   }
   return side;

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/internal/point_blocks.h"
 #include "nu/geometry/internal/small_svd.h"
 #include "nu/linalg/internal/tall_qr.h"
@@ -44,7 +45,7 @@ ReducedSolution SolveReduced(const TallReduction& reduction, double (&x)[N]) {
   double norm[N];
   for (int j = 0; j < N; ++j) {
     norm[j] = 0.0;
-    for (int i = 0; i <= j; ++i) norm[j] = std::hypot(norm[j], reduction.R(i, j));
+    for (int i = 0; i <= j; ++i) norm[j] = Hypot(norm[j], reduction.R(i, j));
     for (int i = 0; i <= j && norm[j] > 0.0; ++i) scaled[j][i] = reduction.R(i, j) / norm[j];
   }
   const SmallSvd<N> svd = SvdOfColumns(scaled);

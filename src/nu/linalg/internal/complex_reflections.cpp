@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/linalg/internal/householder.h"
 
 namespace nu::internal {
@@ -222,7 +223,7 @@ void FormTransposedUnitary(const ComplexRows& v, const double* tau, int count, i
 void MakeDiagonalPositive(const ComplexRows& r, const ComplexRows* qT) {
   for (int k = 0; k < std::min(r.rows, r.columns); ++k) {
     const Complex diagonal = {r.Re(k, k), r.Im(k, k)};
-    const double size = std::hypot(diagonal.re, diagonal.im);
+    const double size = Hypot(diagonal.re, diagonal.im);
     if (!(size > kNegligible)) {
       // Of so small a number the phase is not known.
       Put({}, r.Row(k), r.width, k);

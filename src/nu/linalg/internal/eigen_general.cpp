@@ -5,6 +5,7 @@
 #include <cmath>
 #include <memory>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/linalg/internal/householder.h"
 #include "nu/linalg/internal/matmul.h"
 #include "nu/linalg/internal/row_kernels.h"
@@ -291,7 +292,7 @@ class SchurIteration {
     if (!(discriminant >= 0.0)) return;
     // (value - d, c) is an eigenvector; the root of larger size avoids cancellation.
     const double first = half + std::copysign(std::sqrt(discriminant), half);
-    const double r = std::hypot(first, c);
+    const double r = Hypot(first, c);
     const double cosine = first / r;
     const double sine = c / r;
     RotateRows(m_t.Row(k), m_t.width, k, m_t.n, cosine, sine);

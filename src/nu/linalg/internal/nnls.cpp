@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/simd.h"
 
 namespace nu::internal {
@@ -171,7 +172,7 @@ class ActiveSet {
     for (int i = k; i < m_positive; ++i) {
       const double a = Row(i)[i];
       const double b = Row(i + 1)[i];
-      const double norm = std::hypot(a, b);
+      const double norm = Hypot(a, b);
       if (norm == 0.0) continue;
       RotateRows(a / norm, b / norm, Row(i) + i, Row(i + 1) + i, m_ld - i);
       Row(i + 1)[i] = 0.0;

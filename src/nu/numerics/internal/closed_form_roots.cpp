@@ -6,7 +6,8 @@
 #include <limits>
 #include <utility>
 
-#include "nu/numerics/internal/error_free.h"
+#include "nu/foundation/internal/elementary.h"
+#include "nu/foundation/internal/error_free.h"
 #include "nu/numerics/internal/power_scale.h"
 
 namespace nu::internal {
@@ -20,8 +21,8 @@ struct Factor {
 
 // p^2 - a c, of which even the sign is right where the two products are close.
 double ExactDifference(double p, double a, double c) {
-  const Rounded square = TwoProduct(p, p);
-  const Rounded product = TwoProduct(a, c);
+  const ValueAndError square = TwoProduct(p, p);
+  const ValueAndError product = TwoProduct(a, c);
   return (square.value - product.value) + (square.error - product.error);
 }
 
@@ -31,9 +32,9 @@ double OuterRoot(double p, double q) {
   if (discriminant < 0.0) {
     const double radius = std::sqrt(-p);
     const double cosine = std::min(std::fabs(q) / (radius * -p), 1.0);
-    return -std::copysign(2.0 * radius * std::cos(std::acos(cosine) * (1.0 / 3.0)), q);
+    return -std::copysign(2.0 * radius * Cos(Acos(cosine) * (1.0 / 3.0)), q);
   }
-  const double u = std::cbrt(std::fabs(q) + std::sqrt(discriminant));
+  const double u = Cbrt(std::fabs(q) + std::sqrt(discriminant));
   if (u == 0.0) return 0.0;
   const double v = p / u;
   // With p > 0 the sum of the two cube roots would cancel.
@@ -71,7 +72,7 @@ double LargestResolventRoot(double p, double q, double r) {
   }
   const double radius = std::sqrt(-cubicP);
   const double cosine = std::clamp(-cubicQ / (radius * -cubicP), -1.0, 1.0);
-  return 2.0 * radius * std::cos(std::acos(cosine) * (1.0 / 3.0)) - shift;
+  return 2.0 * radius * Cos(Acos(cosine) * (1.0 / 3.0)) - shift;
 }
 
 // Factors of y^4 + p y^2 + q y + r.

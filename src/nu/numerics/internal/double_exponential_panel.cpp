@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/numerics/internal/compensated_sum.h"
 #include "nu/numerics/internal/panel_rules.h"
 
@@ -59,7 +60,7 @@ struct Tail {
   }
   double Rest() const {
     if (outerG == 0.0) return 0.0;
-    const double s = std::log(innerG / outerG) / std::log(innerD / outerD);
+    const double s = Log(innerG / outerG) / Log(innerD / outerD);
     if (!(s > 0.0)) return std::numeric_limits<double>::infinity();
     return outerG / std::min(s, 1.0);
   }
@@ -104,7 +105,7 @@ class DoubleExponential {
  private:
   void AddSide(double start, double step, double end, Tail* tail) {
     for (double t = start; t <= kLargestT && !m_notFinite; t += step) {
-      const double q = std::exp(-Nu_PI * std::sinh(t));
+      const double q = Exp(-Nu_PI * Sinh(t));
       const double distance = q / (1.0 + q);
       const Node node = AddNode(t, end);
       if (!node.inside) return;
@@ -119,7 +120,7 @@ class DoubleExponential {
   };
 
   Node AddNode(double t, double end) {
-    const double q = std::exp(-Nu_PI * std::sinh(t));
+    const double q = Exp(-Nu_PI * Sinh(t));
     const double share = q / (1.0 + q);
     const double asked = m_width * share;
     const double x = end == m_lo ? m_lo + asked : m_hi - asked;
@@ -130,7 +131,7 @@ class DoubleExponential {
       m_notFinite = !(share < m_overflowDistance);
       return {false, 0.0};
     }
-    const double weight = Nu_PI * std::cosh(t) * share / (1.0 + q);
+    const double weight = Nu_PI * Cosh(t) * share / (1.0 + q);
     const double size = weight * std::fabs(sample.value);
     m_sum.Add(weight * sample.value);
     m_absolute += size;

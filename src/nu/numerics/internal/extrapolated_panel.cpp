@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/numerics/internal/compensated_sum.h"
 #include "nu/numerics/internal/panel_rules.h"
 
@@ -80,7 +81,7 @@ class Law {
   double Excess(double value, double roundings) {
     if (!std::isfinite(value) || value == 0.0) return std::numeric_limits<double>::infinity();
     std::rotate(m_log.begin(), m_log.begin() + 1, m_log.end());
-    m_log[3] = std::log(std::fabs(value));
+    m_log[3] = Log(std::fabs(value));
     if (++m_known < 4) return 0.0;
     const double before = (m_log[2] - m_log[1]) - (m_log[1] - m_log[0]);
     const double now = (m_log[3] - m_log[2]) - (m_log[2] - m_log[1]);

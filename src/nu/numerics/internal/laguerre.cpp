@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/numerics/internal/closed_form_roots.h"
 #include "nu/numerics/internal/complex_number.h"
 #include "nu/numerics/internal/power_scale.h"
@@ -85,11 +86,11 @@ struct SmallestRoots {
   double size;   // |c_i / c_0|, about
   double reach;  // one of the roots is nearer to 0
 
-  double Radius() const { return std::pow(size, -1.0 / index); }
+  double Radius() const { return Pow(size, -1.0 / index); }
 };
 
 Number OnCircle(double radius, int k) {
-  return {radius * std::cos(k), radius * std::sin(k)};
+  return {radius * Cos(k), radius * Sin(k)};
 }
 
 // A step beyond the reach leads away from the smallest roots, from where p is almost constant + c x^m, and the way back
@@ -172,13 +173,13 @@ SmallestRoots ScaleToSmallestRoots(const double* w, int degree, int stride, doub
   // c_i / c_0 is the sum of the products of i reciprocal roots: the smallest root is below C(n, i)^(1/i) radii, with
   // C(n, i) < (e n / i)^i.
   constexpr double kTwiceE = 5.44;
-  const double size = stride == 0 ? std::fabs(v[touching]) : std::hypot(v[touching], v[touching + stride]);
+  const double size = stride == 0 ? std::fabs(v[touching]) : Hypot(v[touching], v[touching + stride]);
   return {k, touching, size, kTwiceE * degree / touching};
 }
 
 // Where |c_i| |x|^i is largest.
 int LargestTerm(const double* v, int degree, int stride, Number x) {
-  const double logarithm = 0.5 * std::log2(Squares(x));
+  const double logarithm = 0.5 * Log2(Squares(x));
   int largest = 0;
   double most = -std::numeric_limits<double>::infinity();
   for (int i = 0; i <= degree; ++i) {

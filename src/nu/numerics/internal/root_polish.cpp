@@ -4,8 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "nu/foundation/internal/error_free.h"
 #include "nu/foundation/internal/simd.h"
-#include "nu/numerics/internal/error_free.h"
 #include "nu/numerics/internal/power_scale.h"
 
 namespace nu::internal {
@@ -32,8 +32,8 @@ Local EvaluateCompensated(const double* c, int degree, double x) {
   double slope = 0.0;
   for (int i = degree - 1; i >= 0; --i) {
     slope = slope * x + value;
-    const Rounded product = TwoProduct(x, halves, value);
-    const Rounded sum = TwoSum(product.value, c[i]);
+    const ValueAndError product = TwoProduct(x, halves, value);
+    const ValueAndError sum = TwoSum(product.value, c[i]);
     error = error * x + (product.error + sum.error);
     value = sum.value;
   }

@@ -6,6 +6,8 @@
 #include <numeric>
 
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
+#include "nu/foundation/internal/error_free.h"
 #include "nu/numerics/internal/trig_isolation.h"
 #include "nu/numerics/internal/trig_series.h"
 #include "nu/numerics/internal/trig_sum.h"
@@ -186,13 +188,13 @@ std::vector<Root> GeneralRoots(const TrigSeries& f) {
 std::vector<Root> FirstDegreeRoots(double a, double b, double c) {
   const auto [smaller, larger] = std::minmax({a * a, b * b});
   const double squares = larger + smaller;
-  const double lost = smaller - (squares - larger) + std::fma(a, a, -(a * a)) + std::fma(b, b, -(b * b));
-  const double discriminant = (squares - c * c) + (lost - std::fma(c, c, -(c * c)));
+  const double lost = smaller - (squares - larger) + ProductError(a, a) + ProductError(b, b);
+  const double discriminant = (squares - c * c) + (lost - ProductError(c, c));
   const double size = std::sqrt(squares) + std::fabs(c);
-  const double top = std::atan2(b, a);
+  const double top = Atan2(b, a);
   if (std::fabs(discriminant) <= kCoefficientRoundings * kEps * size * size) return {{c > 0.0 ? top + Nu_PI : top, 2}};
   if (discriminant < 0.0) return {};
-  const double half = std::atan2(std::sqrt(discriminant), -c);
+  const double half = Atan2(std::sqrt(discriminant), -c);
   return {{top - half, 1}, {top + half, 1}};
 }
 

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <limits>
 
+#include "nu/foundation/internal/elementary.h"
+
 namespace nu::internal {
 namespace {
 
@@ -14,7 +16,7 @@ constexpr double kRoundingsOfTerm = 4.0;
 
 // cos ku and sin ku, k = 1, 2, ...
 struct Turning {
-  explicit Turning(double u) : c(std::cos(u)), s(std::sin(u)), stepCos(c), stepSin(s) {}
+  explicit Turning(double u) : c(Cos(u)), s(Sin(u)), stepCos(c), stepSin(s) {}
 
   void Next() {
     const double turned = c * stepCos - s * stepSin;

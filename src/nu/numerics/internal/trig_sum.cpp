@@ -2,6 +2,9 @@
 
 #include <cmath>
 
+#include "nu/foundation/internal/elementary.h"
+#include "nu/foundation/internal/error_free.h"
+
 namespace nu::internal {
 namespace {
 
@@ -15,9 +18,8 @@ class CompensatedSum {
     m_sum = sum;
   }
   void AddProduct(double x, double y) {
-    const double product = x * y;
-    Add(product);
-    m_lost += std::fma(x, y, -product);
+    Add(x * y);
+    m_lost += ProductError(x, y);
   }
   void AddSmall(double x) { m_lost += x; }
   // A sum that overflowed has lost nothing that could be told.
@@ -31,9 +33,9 @@ class CompensatedSum {
 // Adds a cos ku + b sin ku, with ku = angle + rest.
 void AddHarmonic(double a, double b, double k, double u, CompensatedSum& sum) {
   const double angle = k * u;
-  const double rest = std::fma(k, u, -angle);
-  const double c = std::cos(angle);
-  const double s = std::sin(angle);
+  const double rest = ProductError(k, u);
+  const double c = Cos(angle);
+  const double s = Sin(angle);
   sum.AddProduct(a, c);
   sum.AddProduct(b, s);
   sum.AddSmall(rest * (b * c - a * s));

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/internal/lanes.h"
 
 // Pivot P on the cone, semi-angle a, c = cos a, s = sin a; outward normal n at P, generator g, v = g x n across; then
@@ -256,8 +257,8 @@ ConeDistance PlaceOn(PointBlocks& points, const Cone3& cone, bool& behind) {
   const AxisFrame axis = AxisFrame::Along(apex, cone.axisDirection);
   ConeDistance model;
   model.angle = cone.semiAngle;
-  model.cosine = std::cos(model.angle);
-  model.sine = std::sin(model.angle);
+  model.cosine = Cos(model.angle);
+  model.sine = Sin(model.angle);
   Reach reach;
   points.ForEach([&](const PointBlock& block) {
     Reach part;
@@ -384,10 +385,10 @@ ConeDistance ConeDistance::Moved(const double (&step)[kUnknowns]) const {
   ConeDistance moved = *this;
   moved.frame = AxisFrame::Along(frame.origin + step[0] * frame.x, Unit(Turned(frame.z, turn)), Turned(frame.x, turn));
   moved.angle = std::clamp(angle + (opening + change), -most, most);
-  moved.cosine = std::cos(moved.angle);
-  moved.sine = std::sin(moved.angle);
+  moved.cosine = Cos(moved.angle);
+  moved.sine = Sin(moved.angle);
   const double bent = radius / (1.0 - std::min(flatter, 1.0 - kLeastPart));
-  moved.radius = std::max((bent + cosine * step[0]) * (std::cos(angle + change) / cosine), kLeastPart * radius);
+  moved.radius = std::max((bent + cosine * step[0]) * (Cos(angle + change) / cosine), kLeastPart * radius);
   return moved;
 }
 

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/internal/lanes.h"
 
 // Gauss-Newton on the distance e of the points from the cone. A part of a cone says little about apex and angle but
@@ -55,8 +56,8 @@ constexpr int kSums = kProducts + kColumns + 2;
 // What the kernels need of a model.
 struct Surface {
   explicit Surface(const ConeModel& m)
-      : cosine(std::cos(m.angle)),
-        sine(std::sin(m.angle)),
+      : cosine(Cos(m.angle)),
+        sine(Sin(m.angle)),
         normal(cosine * m.u - sine * m.w),
         generator(sine * m.u + cosine * m.w),
         across(m.v),
@@ -229,8 +230,8 @@ Vec3 Turned(const Vec3& v, const Vec3& by) {
   const double angle = std::sqrt(Dot(by, by));
   if (!(angle > 0.0)) return v;
   const Vec3 axis = (1.0 / angle) * by;
-  const double half = std::sin(0.5 * angle);
-  return v + std::sin(angle) * Cross(axis, v) + (2.0 * half * half) * Cross(axis, Cross(axis, v));
+  const double half = Sin(0.5 * angle);
+  return v + Sin(angle) * Cross(axis, v) + (2.0 * half * half) * Cross(axis, Cross(axis, v));
 }
 
 // Not through the plane by one step: its axis is anywhere.
@@ -242,8 +243,8 @@ double NextAngle(double angle, double change) {
 // Where the points' feet are when their deviations are about 0 and M is their mean. On both nappes the apex stands for
 // them.
 double FootOf(const ConeModel& m) {
-  if (!m.bothNappes) return m.rise * std::tan(m.angle);
-  const double sine = std::sin(m.angle), cosine = std::cos(m.angle);
+  if (!m.bothNappes) return m.rise * Tan(m.angle);
+  const double sine = Sin(m.angle), cosine = Cos(m.angle);
   return -(m.rise + m.height * cosine) * cosine / sine - m.height * sine;
 }
 
@@ -304,13 +305,13 @@ ConeProblem::System SumByRows(PointBlocks& points, const ConeModel& model) {
 
 // The points are on a strip over M: turns are about M, and curvature is what changes.
 void TurnStrip(const double (&step)[kColumns], ConeModel& m) {
-  const double cosine = std::cos(m.angle), lever = m.height * std::sin(m.angle) + m.foot;
+  const double cosine = Cos(m.angle), lever = m.height * Sin(m.angle) + m.foot;
   const double tiltU = -step[5], tiltV = step[4];
   const double shift = (step[2] - step[4] * lever) / cosine;
   const double bend = (step[3] - step[5] * m.foot) / cosine;
   const double angle = NextAngle(m.angle, step[1] + step[5]);
   const double lifted =
-      std::cos(NextAngle(m.angle, step[5])) / cosine *
+      Cos(NextAngle(m.angle, step[5])) / cosine *
       (bend > 0.0 ? m.height / std::max(1.0 - bend / m.height, kLeastPart) : m.height * m.height / (m.height - bend));
   const Vec3 turn = tiltU * m.v - tiltV * m.u - (shift / m.height) * m.w;
   m.Turn(Unit(Turned(m.w, turn)), Turned(m.u, turn));
@@ -322,7 +323,7 @@ void TurnStrip(const double (&step)[kColumns], ConeModel& m) {
 // The points are all around: turns are about the centre of the sphere that touches the cone where their feet are, so
 // that it goes on touching it, and the sphere moves and grows.
 void MoveSphere(const double (&step)[kColumns], ConeModel& m) {
-  const double sine = std::sin(m.angle), cosine = std::cos(m.angle);
+  const double sine = Sin(m.angle), cosine = Cos(m.angle);
   const double along = (m.foot + m.height * sine) / cosine;
   const Vec3 centre = along * m.w - m.height * m.u;
   const Vec3 shift = (step[2] / cosine) * m.v - (step[3] / cosine) * m.u;
@@ -331,11 +332,10 @@ void MoveSphere(const double (&step)[kColumns], ConeModel& m) {
   // The changes and not the values are what is added up: far from M the values are large.
   const double further = Dot(centre, direction - m.w) + Dot(shift, direction);
   const double grown = step[0] + step[3];
-  const double offset =
-      m.rise + m.height * cosine + grown - further * std::sin(angle) - along * (std::sin(angle) - sine);
+  const double offset = m.rise + m.height * cosine + grown - further * Sin(angle) - along * (Sin(angle) - sine);
   m.PlaceAxis(direction, centre + shift);
   m.angle = angle;
-  m.rise = offset - m.height * std::cos(angle);
+  m.rise = offset - m.height * Cos(angle);
 }
 
 }  // namespace
@@ -345,7 +345,7 @@ ConeModel ConeAbout(const Vec3& pivot, const Vec3& direction, const Vec3& toAxis
   model.pivot = pivot;
   model.PlaceAxis(direction, toAxis);
   model.angle = angle;
-  model.rise = (radius - model.height) * std::cos(angle);
+  model.rise = (radius - model.height) * Cos(angle);
   return model;
 }
 
@@ -373,7 +373,7 @@ Deviations ConeProblem::DeviationsFrom(PointBlocks& points, const ConeModel& mod
 }
 
 double ConeProblem::SquaredLength(const ConeModel& model, const System& system, const double (&step)[kUnknowns]) {
-  const double cosine = std::cos(model.angle);
+  const double cosine = Cos(model.angle);
   const double shift = step[2] / cosine, height = step[3] / cosine;
   const double opened = step[1] + step[5];
   const double turned = step[4] * step[4] + step[5] * step[5] + opened * opened;
@@ -381,7 +381,7 @@ double ConeProblem::SquaredLength(const ConeModel& model, const System& system, 
 }
 
 void ConeProblem::Move(PointBlocks&, const System& system, const double (&step)[kUnknowns], ConeModel& model) {
-  const bool strip = std::fabs(model.rise) * std::cos(model.angle) < kStrip * model.height && !model.bothNappes;
+  const bool strip = std::fabs(model.rise) * Cos(model.angle) < kStrip * model.height && !model.bothNappes;
   const double foot = model.foot + system.along;
   strip ? TurnStrip(step, model) : MoveSphere(step, model);
   model.foot = model.bothNappes ? FootOf(model) : foot;

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/surfaces/internal/direction_search.h"
 #include "nu/surfaces/internal/quadric_axes.h"
 
@@ -122,7 +123,7 @@ DirectionJudge::DirectionJudge(const FourthMoments& m) : m_unit(m.spread[0]) {
       constexpr double kFactorial[] = {1.0, 1.0, 2.0, 6.0, 24.0};
       const int c = 4 - a - b;
       const double ways = kFactorial[4] / (kFactorial[a] * kFactorial[b] * kFactorial[c]);
-      m_along[next++] = ways * std::pow(s[1], b) * std::pow(s[2], c) * m.Of(a, b, c);
+      m_along[next++] = ways * Pow(s[1], b) * Pow(s[2], c) * m.Of(a, b, c);
     }
   }
 }
@@ -260,7 +261,7 @@ class ConeSearch {
 };
 
 double SizeOf(const ConeModel& m) {
-  return std::fabs(m.rise + m.height * std::cos(m.angle));
+  return std::fabs(m.rise + m.height * Cos(m.angle));
 }
 
 // Sums within the rounding errors of the coordinates are as good as each other, and then the smaller cone counts: the
@@ -291,7 +292,7 @@ void ConeSearch::TryQuadric(const QuadricAxes& quadric) {
   const double all = square[0] + square[1] + square[2] + Dot(quadric.centre, quadric.centre);
   const double slope = std::sqrt((all - along) / along);
   TryFrom(ConeAbout(m_moments.mean, quadric.axis[0], quadric.centre, slope * std::fabs(height),
-                    std::atan(std::copysign(slope, height))));
+                    Atan(std::copysign(slope, height))));
 }
 
 void ConeSearch::Try(const Vec3& direction) {
@@ -299,10 +300,10 @@ void ConeSearch::Try(const Vec3& direction) {
   const RevolutionQuadric found = m_judge->Judge(local, m_bothNappes);
   const double radius = m_bothNappes ? found.farSlope * std::fabs(found.height) : found.radius;
   const double slope = m_bothNappes ? std::copysign(found.farSlope, found.height) : found.slope;
-  TryFrom(ConeAbout(m_moments.mean, direction, m_moments.Along(found.toAxis), radius, std::atan(slope)));
+  TryFrom(ConeAbout(m_moments.mean, direction, m_moments.Along(found.toAxis), radius, Atan(slope)));
   if (m_bothNappes) return;
   const RevolutionQuadric other = m_judge->Regress(local);
-  TryFrom(ConeAbout(m_moments.mean, direction, m_moments.Along(other.toAxis), other.radius, std::atan(other.slope)));
+  TryFrom(ConeAbout(m_moments.mean, direction, m_moments.Along(other.toAxis), other.radius, Atan(other.slope)));
 }
 
 double ConeSearch::Least() const {

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/internal/small_svd.h"
 #include "nu/surfaces/internal/direction_search.h"
 #include "nu/surfaces/internal/quadric_axes.h"
@@ -165,7 +166,7 @@ double DirectionJudge::Judge(const Vec3& w) const {
                              m[0][2] * (m[0][1] * m[1][2] - b * m[0][2]));
   const double cosine = std::clamp(half / (p * std::sqrt(p)), -1.0, 1.0);
   constexpr double kThirdTurn = 2.0943951023931953;
-  return third + 2.0 * std::sqrt(p) * std::cos(std::acos(cosine) / 3.0 + kThirdTurn);
+  return third + 2.0 * std::sqrt(p) * Cos(Acos(cosine) / 3.0 + kThirdTurn);
 }
 
 DirectionJudge::Circle DirectionJudge::CircleAcross(const Vec3& w) const {

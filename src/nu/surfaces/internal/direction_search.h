@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 
+#include "nu/foundation/internal/elementary.h"
 #include "nu/surfaces/internal/fourth_moments.h"
 
 // How the starts look for the direction of an axis: many directions are judged, and the best ones refined.
@@ -29,8 +30,7 @@ inline Directions EvenDirections() {
   for (int k = 0; k < kDirections; ++k) {
     const double z = (k + 0.5) / kDirections;
     const double across = std::sqrt(1.0 - z * z);
-    directions[static_cast<std::size_t>(k)] = {across * std::cos(kGoldenAngle * k), across * std::sin(kGoldenAngle * k),
-                                               z};
+    directions[static_cast<std::size_t>(k)] = {across * Cos(kGoldenAngle * k), across * Sin(kGoldenAngle * k), z};
   }
   return directions;
 }

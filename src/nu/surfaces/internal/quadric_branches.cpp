@@ -8,6 +8,7 @@
 #include "nu/surfaces/internal/quadric_branches.h"
 
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/surfaces/internal/quadric_trace.h"
 
 namespace nu::internal {
@@ -64,7 +65,7 @@ std::vector<double> CutsOf(const QuadricCurve& curve, const std::vector<double>&
     }
     const double around = std::remainder(asymptote - path.middle, Nu_2PI);
     if (!(std::fabs(around) <= path.half)) continue;
-    const double v = std::acos(-around / path.half);
+    const double v = Acos(-around / path.half);
     add(v);
     if (v > 0.0 && v < Nu_PI) add(Nu_2PI - v);
   }
@@ -263,8 +264,8 @@ QuadricBranches BranchesThroughApex(const QuadricPair& pair, const std::vector<d
                                     double reach) {
   QuadricBranches branches;
   AddSingleSheet(SingleSheet(pair, Sheets::kThroughApex), asymptotes, tol, reach, branches.curves);
-  const double least = std::fabs(pair.h.c0) - std::hypot(pair.h.c1, pair.h.s1);
-  const double steepest = std::fabs(pair.a.c0) + std::hypot(pair.a.c1, pair.a.s1) + std::hypot(pair.a.c2, pair.a.s2);
+  const double least = std::fabs(pair.h.c0) - Hypot(pair.h.c1, pair.h.s1);
+  const double steepest = std::fabs(pair.a.c0) + Hypot(pair.a.c1, pair.a.s1) + Hypot(pair.a.c2, pair.a.s2);
   if (least > tol * steepest) branches.points.push_back(pair.base.point);
   return branches;
 }

@@ -9,6 +9,7 @@
 #include "nu/foundation/constants.h"
 #include "nu/foundation/double_array.h"
 #include "nu/foundation/internal/downcast.h"
+#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/internal/feature_data.h"
@@ -56,7 +57,7 @@ RoundQuadric InUnit(RoundQuadric surface, double unit) {
 }
 
 double SemiAngleOf(const RoundQuadric& cone) {
-  return std::atan2(cone.sine, cone.cosine) * (180.0 / Nu_PI);
+  return Atan2(cone.sine, cone.cosine) * (180.0 / Nu_PI);
 }
 
 CNuPointArray SomePointsOf(const CNuObject& conic, double size) {
@@ -323,7 +324,7 @@ namespace {
 
 // Without the one nearest to an angle.
 void Remove(double u, std::vector<double>& angles) {
-  const auto distance = [u](double angle) { return std::fabs(std::sin(0.5 * (angle - u))); };
+  const auto distance = [u](double angle) { return std::fabs(Sin(0.5 * (angle - u))); };
   const auto nearest =
       std::min_element(angles.begin(), angles.end(), [&](double a, double b) { return distance(a) < distance(b); });
   if (nearest != angles.end()) angles.erase(nearest);
@@ -332,7 +333,7 @@ void Remove(double u, std::vector<double>& angles) {
 // The generator that a cylinder, along its axis, or a cone, through its apex, has in common with the base.
 double AngleOfCommon(const RoundQuadric& other) {
   const Vec3 way = other.kind == RoundQuadric::Kind::kCylinder ? other.axis : other.point;
-  return way.z < 0.0 ? std::atan2(-way.y, -way.x) : std::atan2(way.y, way.x);
+  return way.z < 0.0 ? Atan2(-way.y, -way.x) : Atan2(way.y, way.x);
 }
 
 }  // namespace
@@ -365,7 +366,7 @@ void MeetOnCone(QuadricStage stage, const ConeContact& contact, ConeKernel kerne
 }
 
 double AngleBetween(Vec3 a, Vec3 b) {
-  return std::atan2(Norm(Cross(a, b)), std::fabs(Dot(a, b))) * (180.0 / Nu_PI);
+  return Atan2(Norm(Cross(a, b)), std::fabs(Dot(a, b))) * (180.0 / Nu_PI);
 }
 
 bool AreSameAngles(double a, double b) {

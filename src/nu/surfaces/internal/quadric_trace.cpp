@@ -13,6 +13,7 @@
 
 #include "nu/curves/internal/quadric_equation.h"
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/elementary.h"
 
 namespace nu::internal {
 
@@ -29,7 +30,7 @@ double LevelOf(const QuadricSpot& spot) {
 double TurnBetween(const QuadricSpot& from, const QuadricSpot& to) {
   const double sine = to.s * from.c - to.c * from.s;
   const double cosine = to.c * from.c + to.s * from.s;
-  return std::atan2(cosine < 0.0 ? -sine : sine, std::fabs(cosine));
+  return Atan2(cosine < 0.0 ? -sine : sine, std::fabs(cosine));
 }
 
 // One step of the curve, proven.
@@ -200,14 +201,14 @@ class Tracer {
     if (!m_steps.empty() && m_steps.back().chart == Chart::kAcross) return false;
     for (const QuadricPlace& node : m_nodes) {
       const double x = std::remainder(at.u - node.u, Nu_2PI);
-      const double y = (LevelOf(at) - node.t) / std::hypot(1.0, node.t);
-      if (!(std::hypot(x, y) < kNearNode)) continue;
+      const double y = (LevelOf(at) - node.t) / Hypot(1.0, node.t);
+      if (!(Hypot(x, y) < kNearNode)) continue;
       const QuadricEquation::Jet k = m_equation.At(at.u);
       const double byU = m_equation.Value(k.slope, at);
       const double byW = m_equation.Slope(k.value, at);
       const double opposite = 2.0 * node.t - LevelOf(at);
-      const double length = std::hypot(1.0, opposite);
-      step = {Chart::kAcross, 1.0, std::hypot(x, y), 0.0, false, at, {at.u - 2.0 * x, opposite / length, 1.0 / length}};
+      const double length = Hypot(1.0, opposite);
+      step = {Chart::kAcross, 1.0, Hypot(x, y), 0.0, false, at, {at.u - 2.0 * x, opposite / length, 1.0 / length}};
       if (std::fabs(at.c * byW) >= std::fabs(byU)) {
         if (!m_equation.CrossingAt(step.to.u, -byW, step.to)) return false;
         if (step.to.c < 0.0) step.to.s = -step.to.s, step.to.c = -step.to.c;
@@ -215,8 +216,8 @@ class Tracer {
         step.to.u = m_equation.AngleAt(step.to.s, step.to.c, step.to.u, step.to.u - 0.5 * kNearNode,
                                        step.to.u + 0.5 * kNearNode);
       }
-      const double missed = (LevelOf(step.to) - opposite) / std::hypot(1.0, node.t);
-      return std::hypot(missed, step.to.u - (at.u - 2.0 * x)) < 0.5 * kNearNode;
+      const double missed = (LevelOf(step.to) - opposite) / Hypot(1.0, node.t);
+      return Hypot(missed, step.to.u - (at.u - 2.0 * x)) < 0.5 * kNearNode;
     }
     return false;
   }
@@ -274,8 +275,8 @@ class Tracer {
     if (step.chart == Chart::kAround) {
       if (!m_equation.CrossingAt(from.u + step.length, step.sign, step.to)) return false;
     } else {
-      const double sine = std::sin(step.length);
-      const double cosine = std::cos(step.length);
+      const double sine = Sin(step.length);
+      const double cosine = Cos(step.length);
       step.to = {from.u, from.s * cosine + from.c * sine, from.c * cosine - from.s * sine};
       step.to.u = m_equation.AngleAt(step.to.s, step.to.c, from.u, from.u - step.width, from.u + step.width);
     }
@@ -352,7 +353,7 @@ class Tracer {
       if (i > first) turned += m_steps[(i - 1) % m_steps.size()].to.u - step.from.u;
       const double t = LevelOf(step.from);
       curve.nodes.push_back({v, step.from.u + turned, t, step.chart, step.sign, step.width, {}});
-      v += std::hypot(step.to.u - step.from.u, std::asinh(LevelOf(step.to)) - std::asinh(t));
+      v += Hypot(step.to.u - step.from.u, Asinh(LevelOf(step.to)) - Asinh(t));
     }
     const Step& end = m_steps[(last - 1) % m_steps.size()];
     curve.nodes.push_back({v, end.to.u + turned, LevelOf(end.to), Chart::kAround, 1.0, 0.0, {}});
@@ -372,8 +373,8 @@ class Tracer {
       int passes = 0;
       for (const QuadricNode& stretch : curve.nodes) {
         const double x = std::remainder(stretch.u - node.u, Nu_2PI);
-        const double y = (stretch.t - node.t) / std::hypot(1.0, node.t);
-        if (stretch.chart == Chart::kAcross && std::hypot(x, y) < kNearNode) ++passes;
+        const double y = (stretch.t - node.t) / Hypot(1.0, node.t);
+        if (stretch.chart == Chart::kAcross && Hypot(x, y) < kNearNode) ++passes;
       }
       isTwofold = isTwofold || passes > 1;
     }
@@ -472,8 +473,8 @@ std::optional<QuadricPlace> NodeNextTo(const QuadricTask& task, QuadricPlace pla
     at.u -= (mixed * byT - a * byU) / determinant;
     at.t -= (mixed * byU - byUU * byT) / determinant;
   }
-  const double size = std::hypot(1.0, place.t);
-  if (!(determinant > 0.0) || !(std::hypot(at.u - place.u, (at.t - place.t) / size) <= kNear)) return std::nullopt;
+  const double size = Hypot(1.0, place.t);
+  if (!(determinant > 0.0) || !(Hypot(at.u - place.u, (at.t - place.t) / size) <= kNear)) return std::nullopt;
   const Vec3 p = task.pair.On(at.u, at.t);
   const double distance = std::fabs(task.pair.other.OffsetOf(p).distance);
   if (!(distance <= kShares * CoincidenceTol(task.tol, LargestComponent(p)))) return std::nullopt;
@@ -508,7 +509,7 @@ std::optional<std::vector<QuadricCurve>> TraceBranches(const QuadricTask& task) 
     const std::optional<QuadricPlace> node = NodeNextTo(task, at);
     const bool isNew = node && std::none_of(nodes.begin(), nodes.end(), [&](const QuadricPlace& known) {
                          const double x = std::remainder(known.u - node->u, Nu_2PI);
-                         return std::hypot(x, (known.t - node->t) / std::hypot(1.0, known.t)) < kSuspicious;
+                         return Hypot(x, (known.t - node->t) / Hypot(1.0, known.t)) < kSuspicious;
                        });
     if (isNew) nodes.push_back(*node);
     return isNew;

@@ -1,5 +1,7 @@
-#ifndef NU_NUMERICS_INTERNAL_ERROR_FREE_H
-#define NU_NUMERICS_INTERNAL_ERROR_FREE_H
+#ifndef NU_FOUNDATION_INTERNAL_ERROR_FREE_H
+#define NU_FOUNDATION_INTERNAL_ERROR_FREE_H
+
+#include <cmath>
 
 // Sums and products with their rounding errors (T. J. Dekker, A floating-point technique for extending the available
 // precision, Numerische Mathematik 18, 1971). They do without a fused multiply-add, which is a call of the library on
@@ -7,12 +9,12 @@
 namespace nu::internal {
 
 // value + error is the exact result.
-struct Rounded {
+struct ValueAndError {
   double value;
   double error;
 };
 
-inline Rounded TwoSum(double a, double b) {
+inline ValueAndError TwoSum(double a, double b) {
   const double sum = a + b;
   const double share = sum - a;
   return {sum, (a - (sum - share)) + (b - share)};
@@ -30,15 +32,20 @@ struct Halves {
   double low;
 };
 
-inline Rounded TwoProduct(double a, Halves halvesOfA, double b) {
+inline ValueAndError TwoProduct(double a, Halves halvesOfA, double b) {
   const double product = a * b;
   const Halves y(b);
   const Halves& x = halvesOfA;
   return {product, x.low * y.low - (((product - x.high * y.high) - x.low * y.high) - x.high * y.low)};
 }
 
-inline Rounded TwoProduct(double a, double b) {
+inline ValueAndError TwoProduct(double a, double b) {
   return TwoProduct(a, Halves(a), b);
+}
+
+// What rounding takes from a * b; exact while it neither overflows nor falls below the normal numbers.
+inline double ProductError(double a, double b) {
+  return std::fma(a, b, -(a * b));
 }
 
 }  // namespace nu::internal
