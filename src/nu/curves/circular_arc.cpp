@@ -9,10 +9,10 @@
 #include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/double_double.h"
 #include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/double_double.h"
 #include "nu/geometry/internal/extents.h"
 #include "nu/geometry/internal/feature_data.h"
 

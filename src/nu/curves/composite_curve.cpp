@@ -301,12 +301,9 @@ double CNuCompositeCurve::DistanceTo(const CNuPoint& p) const {
 
 double CNuCompositeCurve::Length() const {
   nu::internal::CompensatedSum sum;
-  double plain = 0.0;
   for (const auto& segment : m_segments) {
     const double length = segment->Length();
     sum.Add(length);
-    plain += length;
   }
-  // A sum beyond the doubles has no rounding errors to keep.
-  return std::isfinite(plain) ? sum.Value() : plain;
+  return sum.Value();
 }

@@ -123,12 +123,9 @@ double CNuPolyline::DistanceTo(const CNuPoint& p) const {
 // A motion changes no length.
 double CNuPolyline::Length() const {
   nu::internal::CompensatedSum sum;
-  double plain = 0.0;
   for (int i = 1; i < GetSize(); ++i) {
     const double length = SafeNorm(Components(m_points.GetData()[i]) - Components(m_points.GetData()[i - 1]));
     sum.Add(length);
-    plain += length;
   }
-  // A sum beyond the doubles has no rounding errors to keep.
-  return std::isfinite(plain) ? sum.Value() : plain;
+  return sum.Value();
 }

@@ -7,9 +7,9 @@
 #include "nu/curves/internal/sinusoid_least_squares.h"
 #include "nu/curves/internal/sinusoid_scan.h"
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/double_double.h"
 #include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/sort.h"
-#include "nu/geometry/internal/double_double.h"
 #include "nu/geometry/internal/fit_guards.h"
 
 namespace nu::internal {
@@ -104,8 +104,8 @@ Minimum LeastOf(const WaveSamples& samples, double level, long maxIter) {
 }
 
 DoubleDouble AngleOf(double b, double x, double c) {
-  const DoubleDouble product = ProductOf(b, x);
-  const DoubleDouble sum = SumOf(product.high, c);
+  const DoubleDouble product = TwoProduct(b, x);
+  const DoubleDouble sum = TwoSum(product.high, c);
   return {sum.high, sum.low + product.low};
 }
 

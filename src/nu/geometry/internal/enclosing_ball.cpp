@@ -3,7 +3,7 @@
 #include <bit>
 #include <limits>
 
-#include "nu/foundation/internal/error_free.h"
+#include "nu/foundation/internal/compensated_sum.h"
 #include "nu/geometry/internal/lanes.h"
 #include "nu/geometry/internal/vec2.h"
 
@@ -102,15 +102,12 @@ Vec3 CrossOf(Vec3 a, Vec3 b, bool accurate) {
           DifferenceOfProducts(a.x, b.y, a.y, b.x)};
 }
 
-// T. Ogita, S. M. Rump, S. Oishi, Accurate sum and dot product, SIAM J. Sci. Comput. 26 (2005).
 double DotOf(Vec3 a, Vec3 b, bool accurate) {
   if (!accurate) return Dot(a, b);
   CompensatedSum sum;
-  const double products[] = {a.x * b.x, a.y * b.y, a.z * b.z};
-  for (const double product : products) sum.Add(product);
-  sum.Add(ProductError(a.x, b.x));
-  sum.Add(ProductError(a.y, b.y));
-  sum.Add(ProductError(a.z, b.z));
+  sum.AddProduct(a.x, b.x);
+  sum.AddProduct(a.y, b.y);
+  sum.AddProduct(a.z, b.z);
   return sum.Value();
 }
 

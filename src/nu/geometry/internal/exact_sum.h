@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-#include "nu/geometry/internal/double_double.h"
+#include "nu/foundation/internal/double_double.h"
 
 namespace nu::internal {
 
@@ -17,7 +17,7 @@ class ExactSum {
   void Add(double value) {
     int kept = 0;
     for (int i = 0; i < m_size; ++i) {
-      const DoubleDouble sum = SumOf(value, m_parts[i]);
+      const DoubleDouble sum = TwoSum(value, m_parts[i]);
       if (sum.low != 0.0) m_parts[kept++] = sum.low;
       value = sum.high;
     }
@@ -25,7 +25,7 @@ class ExactSum {
     m_size = kept;
   }
   void AddProduct(double x, double y) {
-    const DoubleDouble product = ProductOf(x, y);
+    const DoubleDouble product = TwoProduct(x, y);
     Add(product.low);
     Add(product.high);
   }

@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "nu/geometry/internal/double_double.h"
+#include "nu/foundation/internal/double_double.h"
 
 namespace nu::internal {
 

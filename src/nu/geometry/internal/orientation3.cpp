@@ -9,7 +9,7 @@ namespace {
 // x y z without rounding, as four doubles.
 template<int kCapacity>
 void AddProduct(ExactSum<kCapacity>& sum, double x, double y, double z) {
-  const DoubleDouble xy = ProductOf(x, y);
+  const DoubleDouble xy = TwoProduct(x, y);
   sum.AddProduct(xy.low, z);
   sum.AddProduct(xy.high, z);
 }

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "nu/geometry/internal/double_double.h"
+#include "nu/foundation/internal/double_double.h"
 #include "nu/geometry/internal/vec3.h"
 
 namespace nu::internal {
@@ -14,7 +14,7 @@ namespace nu::internal {
 int ExactTurn3(const double* p, const double* q, const double* r, const double* s, const double* t, const double* u);
 
 inline DoubleDouble Difference(double a, double b) {
-  return SumOf(a, -b);
+  return TwoSum(a, -b);
 }
 
 // The direction (q - p) x (s - r): a face's normal, or that of a plane along two edges. It keeps the places of the

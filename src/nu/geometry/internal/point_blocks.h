@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <memory>
 
+#include "nu/foundation/internal/compensated_sum.h"
 #include "nu/foundation/internal/simd.h"
 #include "nu/geometry/internal/point_view.h"
 #include "nu/geometry/internal/vec3.h"
@@ -87,23 +88,7 @@ class PointBlocks {
   PointBlock m_block;
 };
 
-// A running sum that keeps the rounding errors of its additions (Knuth's two-sum).
-class CompensatedSum {
- public:
-  void Add(double value) {
-    const double sum = m_sum + value;
-    const double added = sum - m_sum;
-    m_rest += (m_sum - (sum - added)) + (value - added);
-    m_sum = sum;
-  }
-  double Value() const { return m_sum + m_rest; }
-
- private:
-  double m_sum = 0.0;
-  double m_rest = 0.0;
-};
-
-// The same for several sums that a kernel delivers per block.
+// Compensated sums of what a kernel delivers per block.
 template<int N>
 class BlockSums {
  public:

@@ -58,7 +58,7 @@ ExactVec3 operator-(const ExactVec3& a) {
 // The number is positive.
 DoubleDouble SquareRoot(DoubleDouble a) {
   const double root = std::sqrt(a.high);
-  return DoubleDouble{root} + DoubleDouble{(a - ProductOf(root, root)).high / (2.0 * root)};
+  return DoubleDouble{root} + DoubleDouble{(a - TwoProduct(root, root)).high / (2.0 * root)};
 }
 ExactVec3 Unit(const ExactVec3& a) {
   const DoubleDouble length = SquareRoot(Dot(a, a));

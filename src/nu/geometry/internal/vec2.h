@@ -1,7 +1,7 @@
 #ifndef NU_GEOMETRY_INTERNAL_VEC2_H
 #define NU_GEOMETRY_INTERNAL_VEC2_H
 
-#include <cmath>
+#include "nu/foundation/internal/error_free.h"
 
 namespace nu::internal {
 
@@ -33,13 +33,7 @@ inline bool operator==(Vec2 a, Vec2 b) {
   return a.x == b.x && a.y == b.y;
 }
 
-// a b - c d to about one rounding, however much cancels (W. Kahan; C.-P. Jeannerod, N. Louvet, J.-M. Muller,
-// Mathematics of Computation 82, 2013).
-inline double DifferenceOfProducts(double a, double b, double c, double d) {
-  const double product = c * d;
-  const double error = std::fma(-c, d, product);
-  return std::fma(a, b, -product) + error;
-}
+// To about one rounding, however much cancels.
 inline double AccurateCross(Vec2 a, Vec2 b) {
   return DifferenceOfProducts(a.x, b.y, a.y, b.x);
 }

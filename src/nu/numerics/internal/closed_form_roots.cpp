@@ -19,13 +19,6 @@ struct Factor {
   double constant;
 };
 
-// p^2 - a c, of which even the sign is right where the two products are close.
-double ExactDifference(double p, double a, double c) {
-  const ValueAndError square = TwoProduct(p, p);
-  const ValueAndError product = TwoProduct(a, c);
-  return (square.value - product.value) + (square.error - product.error);
-}
-
 // The root of t^3 + 3 p t + 2 q that is furthest from the middle of the three, or the only real one.
 double OuterRoot(double p, double q) {
   const double discriminant = q * q + p * p * p;
@@ -148,7 +141,7 @@ void ImproveFactors(const double* m, Factor* first, Factor* second) {
 
 // a x^2 - 2 half x + constant, in the unit 2^k of x.
 int SolveModerateQuadratic(double a, double half, double constant, int k, FoundRoot* roots) {
-  const double discriminant = ExactDifference(half, a, constant);
+  const double discriminant = DifferenceOfProducts(half, half, a, constant);
   // The share of a rounding by which the three terms at half / a would have to change: 4 c_0 c_2 = c_1^2 up to it.
   constexpr double kHalfRounding = 0.5 * kRounding;
   if (-discriminant > 4.0 * kHalfRounding * half * half) {

@@ -4,8 +4,8 @@
 #include <limits>
 
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/compensated_sum.h"
 #include "nu/foundation/internal/elementary.h"
-#include "nu/numerics/internal/compensated_sum.h"
 #include "nu/numerics/internal/panel_rules.h"
 
 // The double-exponential rule (H. Takahasi, M. Mori, Publ. RIMS Kyoto Univ. 9, 1974) on a panel of width w:

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <limits>
 
+#include "nu/foundation/internal/compensated_sum.h"
 #include "nu/foundation/internal/elementary.h"
-#include "nu/numerics/internal/compensated_sum.h"
 #include "nu/numerics/internal/panel_rules.h"
 
 // An integrand that is singular at c = lo or hi, where c is not 0, is known near c only to the digits that double

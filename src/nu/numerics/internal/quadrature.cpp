@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "nu/foundation/internal/compensated_sum.h"
 #include "nu/numerics/internal/break_search.h"
-#include "nu/numerics/internal/compensated_sum.h"
 
 // Globally adaptive integration. The interval starts as equal panels, each under a Gauss-Kronrod rule. In every round
 // the panels with the largest errors are divided, those that the goal can bear stay. Where the samples of a panel are

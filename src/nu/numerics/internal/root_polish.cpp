@@ -26,16 +26,15 @@ struct Local {
 // Horner's rule with the sum of its rounding errors (S. Graillat, Ph. Langlois and N. Louvet, Compensated Horner
 // scheme, 2005): the value is that of twice the working precision, rounded.
 Local EvaluateCompensated(const double* c, int degree, double x) {
-  const Halves halves(x);
   double value = c[degree];
   double error = 0.0;
   double slope = 0.0;
   for (int i = degree - 1; i >= 0; --i) {
     slope = slope * x + value;
-    const ValueAndError product = TwoProduct(x, halves, value);
-    const ValueAndError sum = TwoSum(product.value, c[i]);
-    error = error * x + (product.error + sum.error);
-    value = sum.value;
+    const DoubleDouble product = TwoProduct(x, value);
+    const DoubleDouble sum = TwoSum(product.high, c[i]);
+    error = error * x + (product.low + sum.low);
+    value = sum.high;
   }
   return {value + error, slope};
 }

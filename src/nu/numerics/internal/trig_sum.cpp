@@ -1,34 +1,11 @@
 #include "nu/numerics/internal/trig_sum.h"
 
-#include <cmath>
-
+#include "nu/foundation/internal/compensated_sum.h"
 #include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/error_free.h"
 
 namespace nu::internal {
 namespace {
-
-// A sum and what rounding took from it.
-class CompensatedSum {
- public:
-  void Add(double x) {
-    const double sum = m_sum + x;
-    const double taken = sum - m_sum;
-    m_lost += (m_sum - (sum - taken)) + (x - taken);
-    m_sum = sum;
-  }
-  void AddProduct(double x, double y) {
-    Add(x * y);
-    m_lost += ProductError(x, y);
-  }
-  void AddSmall(double x) { m_lost += x; }
-  // A sum that overflowed has lost nothing that could be told.
-  double Value() const { return std::isfinite(m_sum) ? m_sum + m_lost : m_sum; }
-
- private:
-  double m_sum = 0.0;
-  double m_lost = 0.0;
-};
 
 // Adds a cos ku + b sin ku, with ku = angle + rest.
 void AddHarmonic(double a, double b, double k, double u, CompensatedSum& sum) {
