@@ -211,6 +211,75 @@ CNuPointArray Cloud(P p, P q) {
   return points;
 }
 
+CNuLineSegment SegmentAt(P p) {
+  return Changed(CNuLineSegment(), [&](auto& s) { s.Translate(p); });
+}
+CNuCircularArc ArcAt(P p) {
+  return Changed(CNuCircularArc(CNuPoint(), {2, 0, 0}, {0, 2, 0}, NuTrue), [&](auto& a) { a.Translate(p); });
+}
+CNuPolyline PolylineAt(P p) {
+  return CNuPolyline(Cloud(CNuPoint(), p));
+}
+CNuCompositeCurve ChainAt(P p) {
+  CNuCompositeCurve chain;
+  chain.AddSegment(SegmentAt(CNuPoint()), NuTrue);
+  chain.AddSegment(CNuCircularArc({1, 1, 0}, {1, 0, 0}, {2, 1, 0}, NuTrue), NuTrue);
+  chain.Translate(p);
+  return chain;
+}
+// Of two cylinders.
+CNuPCurve CommonAt(P p) {
+  CNuObjArray found(4);
+  CNuCylSurf(1).IntersectWith(CNuCylSurf(2, CNuPoint(), kAxis), &found);
+  CNuPCurve curve = dynamic_cast<CNuPCurve&>(*found[0]);
+  for (int i = 0; i < found.GetSize(); ++i) delete found[i];
+  curve.Translate(p);
+  return curve;
+}
+
+// Operations of a bounded curve at a point.
+template<class Place>
+std::vector<Row> OfBoundedCurve(Place at) {
+  const auto box = [at](P p, P q) {
+    CNuPoint low, high;
+    at(p + q).BoundingBox(&low, &high);
+    return std::isnan(high.x()) ? Of(low) : Numbers();
+  };
+  const auto ball = [at](P p, P q) {
+    CNuPoint centre;
+    double radius = 0;
+    at(p + q).BoundingCircle(&radius, &centre);
+    return std::isnan(radius) ? Of(centre) : Numbers();
+  };
+  const auto normal = [at](P p, P q) {
+    CNuVector n(3);
+    at(p + q).GetStartData(nullptr, nullptr, &n);
+    return Numbers{n[0], n[1], n[2]};
+  };
+  const auto between = [at](P p, P q) {
+    CNuPoint a, b;
+    const CNuPolyline other = PolylineAt(q);
+    const double distance = at(p).DistanceTo(&other, &a, &b);
+    return std::isnan(distance) ? Of(a) : Numbers();
+  };
+  return {{"box", box},
+          {"ball", ball},
+          {"normal", normal},
+          {"distance between curves", between},
+          {"distance of a point", [at](P p, P q) { return Of(at(p).DistanceTo(q)); }},
+          {"offset", [at](P p, P q) {
+             const std::unique_ptr<CNuBoundedCurve> moved(at(p + q).Offset(0.1));
+             return Of(moved->GetStartPoint());
+           }}};
+}
+
+template<class Feature, class... Limit>
+Numbers Zone(Feature feature, const CNuPointArray& points, Limit... limit) {
+  double form = 0;
+  feature.FitMinZone(points, &form, 1e-9, limit...);
+  return Of(form);
+}
+
 const Row kOthers[] = {
     {"sum", [](P p, P q) { return Of(p + q); }},
     {"turn", [](P p, P q) { return Of(Changed(p, [&](auto& r) { r.Rotate(20, kAxis, q); })); }},
@@ -226,17 +295,34 @@ const Row kOthers[] = {
     {"mean", [](P p, P q) { return Of(Cloud(p, q).MeanPoint()); }},
     {"projection of points", [](P p, P q) { return Of(CNuGeometry::Projection2D(Cloud(p, q), p, kAxis, kAcross)); }},
     {"radius", [](P p, P q) { return Of(CNuCircle(p.x() + q.x() + p.y() + q.y() + p.z() + q.z()).GetRadius()); }},
-    {"segment, point", [](P p, P q) { return Of(CNuLineSegment(p, CNuPoint(9, 9, 9)).DistanceTo(q)); }},
-    {"segment, length", [](P p, P q) { return Of(CNuLineSegment(p, q).Length()); }},
-    {"arc, point", [](P p, P q) { return Of(CNuCircularArc(p, CNuPoint(0, 5, 1), CNuPoint(5, 0, 1)).DistanceTo(q)); }},
-    {"polyline, point", [](P p, P q) { return Of(CNuPolyline(Cloud(CNuPoint(), CNuPoint())).DistanceTo(p + q)); }},
+    {"segment", [](P p, P q) { return Of(CNuLineSegment(p, q).Length()); }},
+    {"arc", [](P p, P q) { return Of(CNuCircularArc(p, q, CNuPoint(5, 0, 1)).Length()); }},
     {"polyline, length", [](P p, P q) { return Of(CNuPolyline(Cloud(p, q)).Length()); }},
+    {"polyline, area", [](P p, P q) { return Of(CNuPolyline(Cloud(p, q)).Area()); }},
+    {"polyline, centroid", [](P p, P q) { return Of(CNuPolyline(Cloud(p, q)).Centroid()); }},
+    {"simplified curve", [](P p, P q) { return Of(CNuSimplifiedCurve(Cloud(p, q), 1).GetMaxDeviation()); }},
+    {"simplified points", [](P p, P q) { return Of(CNuSimplifiedCurve(Cloud(p, q), 1).GetPoints()); }},
+    {"segments meet", [](P p, P q) { return Single(SegmentAt(p), SegmentAt(q), CNuPoint()); }},
+    {"segment meets arc", [](P p, P q) { return Crossing(SegmentAt(p), ArcAt(q)); }},
+    {"segment meets line", [](P p, P q) { return Single(SegmentAt(p), LineAt(q), CNuPoint()); }},
+    {"common curve, point", [](P p, P q) { return Of(CommonAt(p).DistanceTo(q)); }},
+    {"common curve, closest", [](P p, P q) { return Of(CommonAt(p).ClosestPoint(q, nullptr)); }},
+    {"common curve, parameter",
+     [](P p, P q) {
+       double u = 0;
+       CommonAt(p).ClosestPoint(q, &u);
+       return Of(u);
+     }},
+    {"common curve, value", [](P p, P q) { return Of(CommonAt(p).ValueAt(q.x() + q.y() + q.z())); }},
+    {"common curve, points", [](P p, P q) { return Of(CommonAt(p + q).ToPointArray(9)); }},
+    {"common curve, polyline", [](P p, P q) { return Of(CommonAt(p + q).ToPointArrayWithin(0.1)); }},
+    {"common curve, clipped", [](P p, P q) { return CommonAt(CNuPoint()).ClipTo(p, q, nullptr), Numbers(); }},
+    {"common curve, in a box",
+     [](P p, P q) {
+       return CommonAt(p + q).ClipTo(q, {9, 9, 9}, nullptr), Numbers();
+     }},
     {"line fit", [](P p, P q) { return Done([&] { CNuLine().Fit(Cloud(p, q)); }); }},
     {"plane fit", [](P p, P q) { return Done([&] { CNuPlane().Fit(Cloud(p, q)); }); }},
-    {"line zone",
-     [](P p, P q) { return Done([&, f = 0.0]() mutable { CNuLine().FitMinZone(Cloud(p, q), &f, 1e-9, 99); }); }},
-    {"plane zone",
-     [](P p, P q) { return Done([&, f = 0.0]() mutable { CNuPlane().FitMinZone(Cloud(p, q), &f, 1e-9); }); }},
     {"circle fit", [](P p, P q) { return Done([&] { CNuCircle(1).Fit(Cloud(p, q), 99); }); }},
     {"ellipse fit", [](P p, P q) { return Done([&] { CNuEllipse(1, 1).Fit(Cloud(p, q), 99); }); }},
     {"hyperbola fit", [](P p, P q) { return Done([&] { CNuHyperbola(1, 1).Fit(Cloud(p, q), 99); }); }},
@@ -248,7 +334,15 @@ const Row kOthers[] = {
     {"circumscribed circle", [](P p, P q) { return Done([&] { CNuCircle(1).FitMin(Cloud(p, q), 1e-9); }); }},
     {"inscribed circle", [](P p, P q) { return Done([&] { CNuCircle(1).FitMax(Cloud(p, q), 1e-9); }); }},
     {"circumscribed sphere", [](P p, P q) { return Done([&] { CNuSphSurf(1).FitMin(Cloud(p, q), 1e-9); }); }},
+    {"inscribed sphere", [](P p, P q) { return Done([&] { CNuSphSurf(1).FitMax(Cloud(p, q), 1e-9); }); }},
+    {"circumscribed cylinder", [](P p, P q) { return Done([&] { CNuCylSurf(1).FitMin(Cloud(p, q), 1e-9, 99); }); }},
     {"inscribed cylinder", [](P p, P q) { return Done([&] { CNuCylSurf(1).FitMax(Cloud(p, q), 1e-9, 99); }); }},
+    {"line zone", [](P p, P q) { return Zone(CNuLine(), Cloud(p, q), 99); }},
+    {"plane zone", [](P p, P q) { return Zone(CNuPlane(), Cloud(p, q)); }},
+    {"circle zone", [](P p, P q) { return Zone(CNuCircle(1), Cloud(p, q), 99); }},
+    {"sphere zone", [](P p, P q) { return Zone(CNuSphSurf(1), Cloud(p, q), 99); }},
+    {"cylinder zone", [](P p, P q) { return Zone(CNuCylSurf(1), Cloud(p, q), 99); }},
+    {"cone zone", [](P p, P q) { return Zone(CNuConSurf(30), Cloud(p, q), 99); }},
 };
 
 // Calls with one coordinate replaced after the other.
@@ -273,6 +367,17 @@ TEST(NotANumber, GivesOneOrFails) {
   };
   for (const Row& row : kRelations) check(row);
   for (const Row& row : kOthers) check(row);
+  for (const Row& row : OfBoundedCurve(SegmentAt)) check(row);
+  for (const Row& row : OfBoundedCurve(ArcAt)) check(row);
+  for (const Row& row : OfBoundedCurve(PolylineAt)) check(row);
+  for (const Row& row : OfBoundedCurve(ChainAt)) check(row);
+}
+
+TEST(NotANumber, ComesOfNoDifferenceThatOverflows) {
+  const double far = 1.7e308;
+  CNuPointArray corners(2);
+  for (const double x : {-far, far}) corners.Add(CNuPoint(x, 0, 0));
+  EXPECT_EQ(CNuPolyline(corners).DistanceTo(CNuPoint(0, 0.5 * far, 0)), 0.5 * far);
 }
 
 // What relations of features that are too large, or turned by no number, cannot answer is their own failure.
@@ -304,6 +409,8 @@ TEST(NotANumber, HoldsForNoComparison) {
                plane.IsEqual(plane, 1, 1));
   const CNuPoint p(1, kNaN, 2);
   EXPECT_FALSE(p.IsEqual(p, 1) || CNuPoint(kNaN).IsZero(1));
+  const CNuPolyline loop = PolylineAt(p);
+  EXPECT_FALSE(loop.IsSelfIntersecting() || loop.IsPlanar(9) || loop.IsClosed(9));
 }
 
 TEST(NotANumber, InfiniteSizesAreRefused) {

@@ -249,7 +249,7 @@ void CNuCircularArc::GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* 
 }
 
 void CNuCircularArc::BoundingBox(CNuPoint* min, CNuPoint* max) const {
-  StoreBox(BoxOf(DataOf(*this)), min, max);
+  nu::internal::StoreBounds(*this, min, max);
 }
 
 void CNuCircularArc::BoundingCircle(double* radius, CNuPoint* centre) const {

@@ -274,7 +274,7 @@ void CNuCompositeCurve::GetEndData(CNuPoint* point, CNuVector* tangent, CNuVecto
 
 void CNuCompositeCurve::BoundingBox(CNuPoint* min, CNuPoint* max) const {
   RequireSegments("CNuCompositeCurve::BoundingBox()");
-  StoreBox(PiecesOf(*this).Bounds(), min, max);
+  nu::internal::StoreBounds(*this, min, max);
 }
 
 void CNuCompositeCurve::BoundingCircle(double* radius, CNuPoint* centre) const {
@@ -293,10 +293,9 @@ double CNuCompositeCurve::DistanceTo(const CNuPoint& p) const {
   nu::internal::NearPair best = nu::internal::PairOf(target, chain.Ends(0).start);
   for (int i = 0; i < chain.Size(); ++i) {
     const Arc3* arc = chain.ArcAt(i);
-    const auto pair = nu::internal::PairOf(target, arc ? ClosestOn(*arc, target) : ClosestOn(chain.Ends(i), target));
-    if (pair.IsNearerThan(best)) best = pair;
+    best.Include(nu::internal::PairOf(target, arc ? ClosestOn(*arc, target) : ClosestOn(chain.Ends(i), target)));
   }
-  return best.distance;
+  return std::isnan(best.distance) ? nu::internal::DistanceAtAnySize(*this, target) : best.distance;
 }
 
 double CNuCompositeCurve::Length() const {

@@ -95,6 +95,7 @@ CNuPolyline CNuLineSegment::ToPolyline(int n) const {
 int CNuLineSegment::IntersectWith(const CNuLineSegment& segment, CNuPoint* p) const {
   const Segment3 first = Data();
   const Segment3 second = segment.Data();
+  RequireFinite("CNuLineSegment::IntersectWith(CNuLineSegment)", first.start, first.end, second.start, second.end);
   const double tol = TouchTol(0.0, first.start, first.end, second.start, second.end);
   const NearPair pair = ClosestBetween(first, second);
   if (!(pair.distance <= tol)) return 0;
@@ -106,8 +107,10 @@ int CNuLineSegment::IntersectWith(const CNuLineSegment& segment, CNuPoint* p) co
 
 // Crossings of the line with the circle that are on both, or else an end that touches.
 int CNuLineSegment::IntersectWith(const CNuCircularArc& arc, CNuPoint* p1, CNuPoint* p2) const {
+  constexpr const char* where = "CNuLineSegment::IntersectWith(CNuCircularArc)";
   const Segment3 s = Data();
   const Arc3 a = DataOf(arc);
+  RequireFinite(where, s.start, s.end, a.centre);
   const double tol = TouchTol(a.radius, s.start, s.end, a.centre);
   const auto met = Meet(Line3{s.start, DirectionOf(s)}, a.Circle(), tol);
   nu::internal::Points2 common;
@@ -115,7 +118,7 @@ int CNuLineSegment::IntersectWith(const CNuCircularArc& arc, CNuPoint* p1, CNuPo
     const Vec3 p = met.at[i];
     if (SafeNorm(p - ClosestOn(s, p)) <= tol && SafeNorm(p - ClosestOn(a, p)) <= tol) common.Add(p);
   }
-  if (common.count > 0) return Store(common, p1, p2, "CNuLineSegment::IntersectWith(CNuCircularArc)");
+  if (common.count > 0) return Store(common, p1, p2, where);
   const NearPair pair = ClosestBetween(s, a);
   if (!(pair.distance <= tol)) return 0;
   nu::internal::Output(p1, MiddleOf(pair));
@@ -125,6 +128,7 @@ int CNuLineSegment::IntersectWith(const CNuCircularArc& arc, CNuPoint* p1, CNuPo
 int CNuLineSegment::IntersectWith(const CNuLine& l, CNuPoint* p) const {
   const Segment3 s = Data();
   const Line3 line = DataOf(l);
+  RequireFinite("CNuLineSegment::IntersectWith(CNuLine)", s.start, s.end, line);
   const auto approach = ClosestApproach({s.start, DirectionOf(s)}, line, ParallelTol());
   if (approach.parallel) return 0;
   const double t = std::clamp(approach.alongFirst / SafeNorm(s.end - s.start), 0.0, 1.0);
@@ -156,7 +160,7 @@ void CNuLineSegment::GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* 
 }
 
 void CNuLineSegment::BoundingBox(CNuPoint* min, CNuPoint* max) const {
-  nu::internal::StoreBox(nu::internal::PiecesOf(*this).BoxOf(0), min, max);
+  nu::internal::StoreBounds(*this, min, max);
 }
 
 void CNuLineSegment::BoundingCircle(double* radius, CNuPoint* centre) const {

@@ -96,12 +96,11 @@ CNuPolyline CNuPCurve::ToPolyline(int n) const {
 CNuPoint CNuPCurve::ClosestPoint(const CNuPoint& p, double* u) const {
   const AxisFrame frame = AxesOf(GetFrame());
   const Vec3 local = (1.0 / m_scale) * frame.Local(Components(p));
-  nu::internal::QuadricFoot foot{std::nan(""), {std::nan(""), std::nan(""), std::nan("")}};
-  if (nu::internal::IsFinite(local)) foot = m_curve->FootOf(local);
+  nu::internal::QuadricFoot foot = m_curve->FootOf(local);
   const nu::internal::QuadricPath& path = m_curve->path;
   if (path.closed && foot.v >= path.upper) foot.v -= path.upper - path.lower;
   if (path.closed && foot.v < path.lower) foot.v += path.upper - path.lower;
-  if (u) *u = path.closed ? foot.v : std::fmin(std::fmax(foot.v, path.lower), path.upper);
+  if (u) *u = path.closed ? foot.v : std::clamp(foot.v, path.lower, path.upper);  // a NaN stays
   return World(frame, m_scale * foot.point);
 }
 
@@ -146,6 +145,9 @@ int CNuPCurve::ClipTo(const CNuPoint& lower, const CNuPoint& upper, CNuObjArray*
   const std::vector<nu::internal::HalfSpace> box = {{axes[0], most.x},          {axes[1], most.y},
                                                     {axes[2], most.z},          {-1.0 * axes[0], -least.x},
                                                     {-1.0 * axes[1], -least.y}, {-1.0 * axes[2], -least.z}};
+  for (const nu::internal::HalfSpace& half : box) {
+    if (std::isnan(half.height)) nu::internal::FailOperation(45, "calculation", "CNuPCurve::ClipTo()");
+  }
   nu::internal::NewObjects found;
   const nu::internal::QuadricPath& path = m_curve->path;
   for (const nu::internal::QuadricRange& range : m_curve->Inside(box)) {

@@ -61,8 +61,8 @@ class NU_EXPORT CNuPCurve : public CNuCurve {
   CNuPCurve Part(const CNuInterval& range) const;
   // Replaces the contents of the array by the parts inside the box between two corners in global coordinates, ordered
   // by the parameter, as new CNuPCurve that the caller owns; returns their number. A closed curve that is inside is
-  // one. A part that is shorter than rounding, or touches the box from outside, is left out. A box with a NaN holds
-  // nothing.
+  // one. A part that is shorter than rounding, or touches the box from outside, is left out. A NaN:
+  // CNuOperationException cause 45, "calculation".
   int ClipTo(const CNuPoint& lower, const CNuPoint& upper, CNuObjArray* parts) const;
 
  private:

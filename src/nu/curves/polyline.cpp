@@ -95,7 +95,7 @@ CNuPoint CNuPolyline::GetEndPoint() {
 }
 
 void CNuPolyline::BoundingBox(CNuPoint* min, CNuPoint* max) const {
-  GetPoints().BoundingBox(min, max);
+  nu::internal::StoreBounds(*this, min, max);
 }
 
 void CNuPolyline::BoundingCircle(double* radius, CNuPoint* centre) const {
@@ -113,11 +113,10 @@ double CNuPolyline::DistanceTo(const CNuPoint& p) const {
   NearPair best = nu::internal::PairOf(target, last);
   for (int i = 1; i < GetSize(); ++i) {
     const Vec3 next = place.At(Components(m_points.GetData()[i]));
-    const NearPair pair = nu::internal::PairOf(target, ClosestOn(Segment3{last, next}, target));
-    if (pair.IsNearerThan(best)) best = pair;
+    best.Include(nu::internal::PairOf(target, ClosestOn(Segment3{last, next}, target)));
     last = next;
   }
-  return best.distance;
+  return std::isnan(best.distance) ? nu::internal::DistanceAtAnySize(*this, target) : best.distance;
 }
 
 // A motion changes no length.

@@ -44,7 +44,7 @@ double TolOf(const PieceChain& chain) {
 
 CNuPoint MiddleOfEdges(const CNuPointArray& points, double length) {
   const Vec3 first = At(points, 0);
-  if (!(length > 0.0)) return points[0];
+  if (length == 0.0) return points[0];
   BlockSums<3> sums;
   for (int i = 1; i < points.GetSize(); ++i) {
     const Vec3 before = At(points, i - 1) - first;

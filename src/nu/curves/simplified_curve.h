@@ -31,7 +31,7 @@ class NU_EXPORT CNuSimplifiedCurve : public CNuCurve {
   CNuPoint GetPoint(int i) const;
   CNuPointArray GetPoints() const;
 
-  // The largest distance of a point left out from its edge.
+  // The largest distance of a point left out from its edge; NaN when a point holds one.
   double GetMaxDeviation() const { return m_maxDeviation; }
 
  private:

@@ -47,7 +47,9 @@ Plane3 PlaneOf(const PieceChain& chain, double tol) {
   PointBlocks blocks({&points[0].x, sizeof(Vec3), points.size()}, points[0]);
   const PrincipalDirection along = FindPrincipalDirection(blocks, Extent::largest);
   const Vec3 mean = blocks.InCallersFrame(along.mean);
-  if (!along.finite || !IsFinite(along.direction)) return {points[0], {0.0, 0.0, 1.0}};
+  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+  if (!along.finite) return {{nan, nan, nan}, {nan, nan, nan}};
+  if (!IsFinite(along.direction)) return {points[0], {0.0, 0.0, 1.0}};
   if (IsOnLine(points, {mean, along.direction}, tol)) return {mean, UprightNormal(along.direction)};
   const Vec3 normal = FindPrincipalDirection(blocks, Extent::smallest).direction;
   const double side = Dot(VectorArea(chain), normal);

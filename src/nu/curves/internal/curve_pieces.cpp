@@ -70,7 +70,14 @@ double DistanceBetween(const CNuBoundedCurve& first, const CNuBoundedCurve& seco
   return StoreClosest(ClosestBetween(PiecesOf(first), PiecesOf(second)), p1, p2);
 }
 
-void StoreBox(const Box& box, CNuPoint* min, CNuPoint* max) {
+double DistanceAtAnySize(const CNuBoundedCurve& curve, Vec3 p) {
+  PieceChain point;
+  point.Add(Segment3{p, p});
+  return ClosestBetween(PiecesOf(curve), point).distance;
+}
+
+void StoreBounds(const CNuBoundedCurve& curve, CNuPoint* min, CNuPoint* max) {
+  const Box box = PiecesOf(curve).Bounds();
   Output(min, CNuPoint(box.low[0], box.low[1], box.low[2]));
   Output(max, CNuPoint(box.high[0], box.high[1], box.high[2]));
 }

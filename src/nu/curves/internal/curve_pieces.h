@@ -19,7 +19,9 @@ void AddPiece(const CNuBoundedCurve& curve, PieceChain& chain);
 // The operations that all bounded curves answer in the same way.
 double StoreClosest(const NearPair& pair, CNuPoint* p1, CNuPoint* p2);
 double DistanceBetween(const CNuBoundedCurve& first, const CNuBoundedCurve& second, CNuPoint* p1, CNuPoint* p2);
-void StoreBox(const Box& box, CNuPoint* min, CNuPoint* max);
+// Of coordinates whose differences may overflow; NaN for a NaN.
+double DistanceAtAnySize(const CNuBoundedCurve& curve, Vec3 p);
+void StoreBounds(const CNuBoundedCurve& curve, CNuPoint* min, CNuPoint* max);
 void StoreBall(const Ball& ball, double* radius, CNuPoint* centre);
 
 // A normal of a direction: as near to the z axis as it can be, or the x axis for the z axis itself.

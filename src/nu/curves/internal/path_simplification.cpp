@@ -334,6 +334,7 @@ SimplifiedPath SimplifyPath(const std::vector<Vec3>& points, double tolerance) {
     while (isFinite && end < points.size() && IsFinite(points[end])) ++end;
     run.assign(points.begin() + static_cast<std::ptrdiff_t>(begin), points.begin() + static_cast<std::ptrdiff_t>(end));
     AddRun(run, begin, tolerance, path);
+    if (HasNaN(points[begin])) path.deviation = std::numeric_limits<double>::quiet_NaN();  // and stays
   }
   return path;
 }

@@ -14,6 +14,9 @@ namespace nu::internal {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr Vec3 kNoPoint{kNaN, kNaN, kNaN};
+constexpr NearPair kNoPair{kNaN, kNoPoint, kNoPoint};
 
 // The trees along the chains answer for measured curves in a few visits for each piece. Where many more do not do, as
 // for edges that join scattered points, the space is searched with the pair found so far.
@@ -152,6 +155,13 @@ bool AreApart(const PieceChain& first, int i, const PieceChain& second, int j, d
   return gap * gap > far * far * square;
 }
 
+// A motion by a NaN shows in the ends of an arc, too.
+bool PieceChain::HasNaN() const {
+  return std::any_of(m_ends.begin(), m_ends.end(), [](const Segment3& ends) {
+    return nu::internal::HasNaN(ends.start) || nu::internal::HasNaN(ends.end);
+  });
+}
+
 Box PieceChain::BoxOf(int i) const {
   if (const Arc3* arc = ArcAt(i)) return nu::internal::BoxOf(*arc);
   Box box = EmptyBox();
@@ -164,8 +174,7 @@ Box PieceChain::Bounds() const {
   Box bounds = EmptyBox();
   for (int i = 0; i < Size(); ++i) {
     if (!IsFinite(Ends(i).start) || !IsFinite(Ends(i).end)) {
-      constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-      return {{nan, nan, nan}, {nan, nan, nan}};
+      return {{kNaN, kNaN, kNaN}, {kNaN, kNaN, kNaN}};
     }
     Include(BoxOf(i), bounds);
   }
@@ -194,6 +203,7 @@ PieceChain PieceChain::Scaled(double factor) const {
 }
 
 NearPair ClosestBetween(const PieceChain& first, const PieceChain& second) {
+  if (first.HasNaN() || second.HasNaN()) return kNoPair;
   const double scale = SafeScale(std::max(first.LargestCoordinate(), second.LargestCoordinate()));
   if (scale == 1.0) return Closest(first, second);
   const NearPair scaled = Closest(first.Scaled(scale), second.Scaled(scale));
@@ -221,8 +231,7 @@ Ball BallAround(const std::vector<Vec3>& points) {
   PointBlocks blocks({&points[0].x, sizeof(Vec3), points.size()}, points[0]);
   const Vec3 axes[3] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
   const EnclosingBall ball = SmallestEnclosingBall<3>(blocks, axes);
-  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-  if (!ball.found) return {{nan, nan, nan}, nan};
+  if (!ball.found) return {kNoPoint, kNaN};
   return {points[0] + ball.centre, ball.radius};
 }
 

@@ -29,6 +29,7 @@ class PieceChain {
   // Null for a segment.
   const Arc3* ArcAt(int i) const { return m_arcOf.empty() || m_arcOf[i] == kNoArc ? nullptr : &m_arcs[m_arcOf[i]]; }
 
+  bool HasNaN() const;
   Box BoxOf(int i) const;
   // Around all pieces; NaN when a coordinate is not finite.
   Box Bounds() const;

@@ -84,7 +84,7 @@ double AroundPath(const QuadricPath& path, double v) {
   if (!path.closed) return std::clamp(v, path.lower, path.upper);
   const double period = path.upper - path.lower;
   const double around = v - period * std::floor((v - path.lower) / period);
-  return around < path.upper ? around : path.lower;
+  return around >= path.upper ? path.lower : around;  // a NaN stays
 }
 
 }  // namespace
@@ -326,6 +326,8 @@ class NearestPoint {
 }  // namespace
 
 QuadricFoot QuadricCurve::FootOf(Vec3 p) const {
+  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+  if (!IsFinite(p)) return {nan, {nan, nan, nan}, nan};
   return NearestPoint(*this, p).Find();
 }
 

@@ -17,6 +17,10 @@ struct NearPair {
   bool IsNearerThan(const NearPair& other) const {
     return distance < other.distance || (std::isnan(other.distance) && !std::isnan(distance));
   }
+  // The nearest so far. A NaN stays.
+  void Include(const NearPair& pair) {
+    if (pair.distance < distance || std::isnan(pair.distance)) *this = pair;
+  }
   NearPair Swapped() const { return {distance, second, first}; }
 
   double distance;

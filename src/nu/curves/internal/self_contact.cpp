@@ -153,6 +153,7 @@ bool HasContact(const PieceChain& chain, double tol) {
 }  // namespace
 
 bool TouchesItself(const PieceChain& chain, double tol) {
+  if (chain.HasNaN()) return false;
   const double scale = SafeScale(chain.LargestCoordinate());
   return scale == 1.0 ? HasContact(chain, tol) : HasContact(chain.Scaled(scale), scale * tol);
 }

@@ -43,6 +43,9 @@ NU_ALWAYS_INLINE Vec3 Rejection(Vec3 v, Vec3 d) {
 inline bool IsFinite(Vec3 v) {
   return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
+inline bool HasNaN(Vec3 v) {
+  return std::isnan(v.x) || std::isnan(v.y) || std::isnan(v.z);
+}
 // Every |component| < tol.
 inline bool IsNull(Vec3 v, double tol) {
   return std::fabs(v.x) < tol && std::fabs(v.y) < tol && std::fabs(v.z) < tol;
