@@ -178,15 +178,15 @@ TEST(NarrowestSlab, AgreesForWorkingSets) {
 }
 
 TEST(NarrowestSlab, TakesAnyInput) {
-  EXPECT_FALSE(SlabOf({{0, 0, 0}, {1, kNaN, 0}}, {}).isFinite);
-  EXPECT_FALSE(SlabOf({{0, 0, 0}, {1, -1.0 / 0.0, 0}}, {}).isFinite);
+  EXPECT_FALSE(SlabOf({{0, 0, 0}, {1, kNaN, 0}}, {}).found);
+  EXPECT_FALSE(SlabOf({{0, 0, 0}, {1, -1.0 / 0.0, 0}}, {}).found);
   EXPECT_EQ(SlabOf({{3, 4, 5}, {3, 4, 5}}, {}).height, 5.0);
   const Slab3 line = SlabOf({{0, 0, 0}, {1, 1, 1}, {4, 4, 4}}, {});
   EXPECT_NEAR(line.normal.x + line.normal.y + line.normal.z, 0.0, 1e-15);
   EXPECT_EQ(SlabOf({{0, 0, 1}, {0, 0, 4}}, {}).normal.x, 1.0);
   // Coordinates of all sizes: what is too small for the largest does not count.
   const Slab3 mixed = SlabOf({{1e300, 0, 0}, {0, 1e-300, 0}, {0, 0, 1}, {-1, 5e-324, 1e-200}, {0, 2, 0}}, {});
-  EXPECT_TRUE(mixed.isFinite);
+  EXPECT_TRUE(mixed.found);
   EXPECT_GE(mixed.width, 0.0);
   // Equal slabs: the normal nearest to z.
   Set cube;

@@ -45,7 +45,7 @@ void CNuPlane::FitMinZone(const CNuPointArray& pts, double* form, CNuPlane* p1, 
     CNuVector normal = ToVector(slab.normal);
     normal.SymmetricAxis(NuGetTol(), 1);
     const Vec3 half = 0.5 * slab.width * Components(normal);
-    if (!slab.isFinite || !IsFinite(middle) || !IsFinite(half)) FailFit(nu::internal::kNumericalFailure, kName);
+    if (!slab.found || !IsFinite(middle) || !IsFinite(half)) FailFit(nu::internal::kNumericalFailure, kName);
     const auto store = [&normal](CNuPlane* plane, const Vec3& point) {
       if (plane == nullptr) return;
       plane->m_point = ToPoint(point);

@@ -65,8 +65,7 @@ std::vector<std::size_t> BlockTree::HullOf(std::size_t begin, std::size_t end) c
     points.push_back({{m_points[i].x, m_points[i].y, m_points[i].z}, static_cast<int>(i)});
   }
   Hull3 hull;
-  hull.Add(points);
-  return hull.Dimension() == 3 ? CornersOfHull3(hull) : corners;
+  return hull.Add(points) && hull.Dimension() == 3 ? CornersOfHull3(hull) : corners;
 }
 
 Vec3 BlockTree::MeanOf(std::size_t begin, std::size_t end) const {

@@ -13,25 +13,28 @@ int Mark(int apex, bool isSeen) {
 
 }  // namespace
 
-void Hull3::Add(const std::vector<IndexedPoint>& points) {
+bool Hull3::Add(const std::vector<IndexedPoint>& points) {
   const int first = static_cast<int>(m_points.size());
   m_points.insert(m_points.end(), points.begin(), points.end());
   m_next.resize(m_points.size(), -1);
   m_faceOf.resize(m_points.size(), -1);
   const bool hadFaces = m_dimension == 3;
-  if (!hadFaces && !MakeSimplex()) return;
+  if (!hadFaces && !MakeSimplex()) return true;
   // Signs of corners against their own faces would take all digits.
   const auto isPlaced = [&](int i) { return std::find(m_simplex.begin(), m_simplex.end(), i) != m_simplex.end(); };
   for (int i = hadFaces ? first : 0; i < static_cast<int>(m_points.size()); ++i) {
     if (hadFaces || !isPlaced(i)) PlaceOnAnyFace(i);
   }
-  Grow();
+  return Grow();
 }
 
 // Where no point is off the space of the first ones by rounded arithmetic, exact signs have the last word.
 int Hull3::AnyPointOff(int dimension, int guess) const {
   const auto isOff = [&](int i) {
     const double* p = At(m_simplex[0]);
+    if (std::find(m_simplex.begin(), m_simplex.begin() + dimension + 1, i) != m_simplex.begin() + dimension + 1) {
+      return false;
+    }
     if (dimension == 0) return !std::equal(p, p + 3, At(i));
     if (dimension == 1) return !AreCollinear3(p, At(m_simplex[1]), At(i));
     return Normal3(p, At(m_simplex[1]), p, At(m_simplex[2])).SignOfHeight(p, At(i)) != 0;
@@ -128,17 +131,18 @@ void Hull3::PlaceOnAnyFace(int point) {
 // Every turn makes one point a corner, for good or until it is covered. The oldest face comes first, so that the hull
 // grows on all sides alike: one half of two rings, done before the other, would hang on few corners of that in fans, of
 // which every further point sees a large part.
-void Hull3::Grow() {
+bool Hull3::Grow() {
   for (std::size_t i = 0; i < m_open.size(); ++i) {
     const int f = m_open[i];
     if (!m_faces[f].isAlive || m_outside[f].first < 0) continue;
     // Rounded heights may all vanish where exact ones do not.
     const int apex = m_outside[f].farthest >= 0 ? m_outside[f].farthest : m_outside[f].first;
     CollectVisible(f, apex);
-    Cap(apex);
+    if (!Cap(apex)) return false;
     Redistribute(apex);
   }
   m_open.clear();
+  return true;
 }
 
 // The faces that see the apex, which hang together, and the edges round them.
@@ -161,8 +165,9 @@ void Hull3::CollectVisible(int f, int apex) {
   }
 }
 
-// New faces from the apex to the edges of the horizon, which is one ring.
-void Hull3::Cap(int apex) {
+// New faces from the apex to the edges of the horizon. Where that is one ring the surface stays a sphere: it has two
+// faces less than twice its corners, every corner lies in one round of faces, and every turn above ends.
+bool Hull3::Cap(int apex) {
   m_fresh.clear();
   for (const Edge& edge : m_horizon) {
     const int f = MakeFace(edge.from, edge.to, apex);
@@ -176,6 +181,20 @@ void Hull3::Cap(int apex) {
     Link(m_fresh[i], m_horizon[i].to, next);
     Link(next, apex, m_fresh[i]);
   }
+  return IsOneRing(apex);
+}
+
+bool Hull3::IsOneRing(int apex) const {
+  if (m_horizon.empty()) return false;
+  const int start = m_horizon.front().from;
+  int v = start;
+  for (std::size_t k = 1; k <= m_horizon.size(); ++k) {
+    const Face& face = m_faces[m_faceOf[v]];
+    if (face.corner[0] != v || face.corner[2] != apex) return false;
+    v = face.corner[1];
+    if (v == start) return k == m_horizon.size();
+  }
+  return false;
 }
 
 // Points that only faces of the past saw are seen by a new one, or lie inside.

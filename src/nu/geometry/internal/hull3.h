@@ -22,14 +22,16 @@ class Hull3 {
     bool isAlive;
   };
 
-  // More points, up to 2^30 in all; the coordinates are near 2^100 or smaller. A point may be added again.
-  void Add(const std::vector<IndexedPoint>& points);
+  // More points, up to 2^30 in all; the coordinates are near 2^100 or smaller. A point may be added again. False when
+  // signs contradict each other, as no exact ones do; then there is no hull.
+  [[nodiscard]] bool Add(const std::vector<IndexedPoint>& points);
 
   // Of the space that the points span: 0 one place, 1 a line, 2 a plane, 3; -1 without points.
   int Dimension() const { return m_dimension; }
   // Dimension() + 1 points that span it. Of dimension 3 there are faces, else none.
   const std::array<int, 4>& Simplex() const { return m_simplex; }
 
+  int Size() const { return static_cast<int>(m_points.size()); }
   const std::vector<Face>& Faces() const { return m_faces; }
   const IndexedPoint& PointAt(int i) const { return m_points[i]; }
   const double* At(int i) const { return PointAt(i).xyz; }
@@ -71,9 +73,10 @@ class Hull3 {
   void Link(int f, int from, int g);
   bool Offer(int f, const Normal3& normal, int point);
   void PlaceOnAnyFace(int point);
-  void Grow();
+  bool Grow();
   void CollectVisible(int f, int apex);
-  void Cap(int apex);
+  bool Cap(int apex);
+  bool IsOneRing(int apex) const;
   void Redistribute(int apex);
 
   int m_dimension = -1;

@@ -106,18 +106,19 @@ class SlabSearch {
   // Slabs clearly wider than `limit` are of no interest.
   SlabSearch(const Hull3& hull, double limit) : m_hull(hull), m_limit(limit) {}
 
-  // Its square stays infinite when no slab is within the limit.
-  Candidate Narrowest() {
+  // Its square stays infinite when no slab is within the limit. False when signs contradict each other.
+  bool FindNarrowest(Candidate& narrowest) {
     FindLandmarks();
     FindAntipodes();
     const auto& faces = m_hull.Faces();
-    for (int f = 0; f < static_cast<int>(faces.size()); ++f) {
+    for (int f = 0; f < static_cast<int>(faces.size()) && !m_contradicts; ++f) {
       if (!faces[f].isAlive) continue;
       for (int k = 0; k < 3; ++k) {
         if (f < faces[f].across[k]) AlongEdge(f, k);
       }
     }
-    return m_best;
+    narrowest = m_best;
+    return !m_contradicts;
   }
 
  private:
@@ -143,10 +144,10 @@ class SlabSearch {
   }
 
   // The lowest corner along the normal, from corner v on downhill: on a convex surface that ends at the bottom. A
-  // corner that is known to be as high as v need not be compared, which would take all digits.
-  int Lowest(const Normal3& normal, int v, int level = -1) const {
+  // corner that is known to be as high as v need not be compared, which would take all digits. No corner comes twice.
+  int Lowest(const Normal3& normal, int v, int level = -1) {
     constexpr int kShortWay = 24;
-    for (int steps = 0;; ++steps) {
+    for (int steps = 0; steps < m_hull.Size(); ++steps) {
       if (steps == kShortWay) {
         for (const int w : m_landmarks) {
           if (normal.SignOfHeight(At(v), At(w)) < 0) v = w;
@@ -159,6 +160,8 @@ class SlabSearch {
       });
       if (v == start) return v;
     }
+    m_contradicts = true;
+    return v;
   }
 
   // Within a flat face all is level: the way down starts beside the top one.
@@ -181,7 +184,7 @@ class SlabSearch {
     while (!faces[f].isAlive) ++f;
     m_antipode[f] = Lowest(m_hull.NormalOf(faces[f]), CornerBelow(faces[f]));
     queue.push_back(f);
-    for (std::size_t i = 0; i < queue.size(); ++i) {
+    for (std::size_t i = 0; i < queue.size() && !m_contradicts; ++i) {
       const Hull3::Face& face = faces[queue[i]];
       const int antipode = m_antipode[queue[i]];
       OfferFace(face, antipode);
@@ -205,10 +208,12 @@ class SlabSearch {
     const int beyond = Opposite(faces[g], a, b);
     if (first.SignOfHeight(At(a), At(beyond)) == 0) return;
     m_parts.push_back({Direction(first), Direction(m_hull.NormalOf(faces[g])), m_antipode[f], m_antipode[g]});
-    while (!m_parts.empty()) {
+    // Along an arc no vertex is across in two places.
+    for (int cuts = 0; !m_parts.empty() && !m_contradicts; ++cuts) {
       const Part part = m_parts.back();
       m_parts.pop_back();
       AlongPart(a, b, part);
+      m_contradicts = m_contradicts || cuts > 2 * m_hull.Size();
     }
   }
 
@@ -328,6 +333,7 @@ class SlabSearch {
   std::vector<int> m_landmarks;
   std::vector<int> m_antipode;  // per face: a corner farthest from its plane
   std::vector<Part> m_parts;
+  bool m_contradicts = false;
   Candidate m_best;
 };
 
@@ -510,18 +516,19 @@ std::vector<IndexedPoint> Sample(const Frame& frame, std::size_t count) {
   return sample;
 }
 
-Candidate SlabOf(const Hull3& hull, double limit) {
-  if (hull.Dimension() == 3) {
-    const Candidate narrowest = SlabSearch(hull, limit).Narrowest();
-    if (narrowest.high != nullptr) return narrowest;
-  }
-  return FlatSlab(hull);
-}
-
 struct Solution {
   Hull3 hull;
   Candidate slab;
 };
+
+// Of the hull of more points. False when signs contradict each other.
+bool Extend(Solution& solution, const std::vector<IndexedPoint>& more, double limit) {
+  if (!solution.hull.Add(more)) return false;
+  solution.slab = {};
+  if (solution.hull.Dimension() == 3 && !SlabSearch(solution.hull, limit).FindNarrowest(solution.slab)) return false;
+  if (solution.slab.high == nullptr) solution.slab = FlatSlab(solution.hull);
+  return true;
+}
 
 // False when the turns run out; then the slab is not wider than `limit`.
 bool SolveByFew(const Frame& frame, Solution& solution, double& limit) {
@@ -529,8 +536,7 @@ bool SolveByFew(const Frame& frame, Solution& solution, double& limit) {
   constexpr int kTurns = 24;
   std::vector<IndexedPoint> more = Sample(frame, kSampleSize);
   for (int turn = 0; turn < kTurns; ++turn) {
-    solution.hull.Add(more);
-    solution.slab = SlabOf(solution.hull, limit);
+    if (!Extend(solution, more, limit)) return false;
     OutsideScan scan(frame, solution.slab);
     more = scan.Farthest();
     if (more.empty()) return true;
@@ -539,13 +545,12 @@ bool SolveByFew(const Frame& frame, Solution& solution, double& limit) {
   return false;
 }
 
-void Solve(const Frame& frame, Solution& solution) {
+bool Solve(const Frame& frame, Solution& solution) {
   constexpr std::size_t kFew = 40;
   double limit = std::numeric_limits<double>::infinity();
-  if (frame.points.Size() > kFew && SolveByFew(frame, solution, limit)) return;
+  if (frame.points.Size() > kFew && SolveByFew(frame, solution, limit)) return true;
   solution.hull = Hull3();
-  solution.hull.Add(AllPoints(frame));
-  solution.slab = SlabOf(solution.hull, limit);
+  return Extend(solution, AllPoints(frame), limit);
 }
 
 void NormaliseShares(double* share, int count) {
@@ -568,10 +573,10 @@ Slab3 NarrowestSlab(const PointView& points, const Vec3& origin) {
   for (int k = 0; k < 3; ++k) frame.reach += (box.high[k] * frame.scale) - (box.low[k] * frame.scale);
 
   Solution solution;
-  Solve(frame, solution);
+  if (!Solve(frame, solution)) return {};
   const Candidate& found = solution.slab;
   Slab3 slab;
-  slab.isFinite = true;
+  slab.found = true;
   slab.normal = Rounded(found.normal);
   const double scaled[] = {origin.x * frame.scale, origin.y * frame.scale, origin.z * frame.scale};
   const DoubleDouble top = Dot(found.normal, ExactDifference(found.high, scaled));

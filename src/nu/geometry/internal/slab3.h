@@ -8,7 +8,8 @@ namespace nu::internal {
 
 // The space between two parallel planes, with the points on them that hold it.
 struct Slab3 {
-  bool isFinite = false;  // else a coordinate is NaN or infinite, and there is no slab
+  // Else a coordinate is NaN or infinite, or signs contradict each other, as no exact ones do.
+  bool found = false;
   // Unit length; the last of its components that is not zero is positive.
   Vec3 normal{0.0, 0.0, 1.0};
   // Signed distance along the normal from the given origin to the middle plane.
