@@ -16,15 +16,24 @@ need_header() {
   missing+=("$2")
 }
 
+# As root, or by sudo where it needs no password or can ask for one.
+may_install() {
+  command -v apt-get > /dev/null || return 1
+  if [ "$(id -u)" = 0 ]; then return 0; fi
+  asRoot=(sudo)
+  command -v sudo > /dev/null && { [ -t 0 ] || sudo -n true 2> /dev/null; }
+}
+
 install_needed() {
   if [ ${#missing[@]} -eq 0 ]; then return 0; fi
-  if [ "$(id -u)" != 0 ] || ! command -v apt-get > /dev/null; then
-    echo "Missing: ${missing[*]} (names of Debian packages). Install them, or run this as root." >&2
+  local -a asRoot=()
+  if ! may_install; then
+    echo "Packages are missing: sudo apt-get install ${missing[*]}" >&2
     exit 1
   fi
   echo "Installing ${missing[*]}"
-  apt-get update -q
-  DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}"
+  "${asRoot[@]}" apt-get update -q
+  "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}"
   missing=()
 }
 

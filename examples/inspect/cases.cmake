@@ -1,4 +1,5 @@
-# Runs the program on good and bad input: cmake -DPROGRAM=... -DPARTS=data/parts -DSCRATCH=directory -P cases.cmake
+# Runs the program on good and bad input: cmake -DPROGRAM=... -DPARTS=data/parts -DSCRATCH=directory -P cases.cmake;
+# EMULATOR starts programs of another platform.
 cmake_minimum_required(VERSION 3.25)
 file(REMOVE_RECURSE ${SCRATCH})
 file(MAKE_DIRECTORY ${SCRATCH})
@@ -6,7 +7,7 @@ set(failures 0)
 
 # expect(CODE PATTERN ARGUMENTS...): the exit code, and what the output must match.
 function(expect code pattern)
-  execute_process(COMMAND ${PROGRAM} ${ARGN} WORKING_DIRECTORY ${SCRATCH}
+  execute_process(COMMAND ${EMULATOR} ${PROGRAM} ${ARGN} WORKING_DIRECTORY ${SCRATCH}
     RESULT_VARIABLE actual OUTPUT_VARIABLE output ERROR_VARIABLE output TIMEOUT 60)
   if(NOT actual STREQUAL code OR NOT output MATCHES "${pattern}")
     message("inspect ${ARGN}\n  exit code ${actual}, expected ${code}; expected to match: ${pattern}\n${output}")

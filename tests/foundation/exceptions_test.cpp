@@ -2,7 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
+#include <exception>
+#include <stdexcept>
 #include <string>
+
+#include "nu/nu.h"
+#include "support/failures.h"
 
 namespace {
 
@@ -36,6 +42,43 @@ TEST(Exceptions, KeepTheirFieldsAndTellTheirKindsApart) {
        "109 0 0 " + what + "|" + where + " -> 9"},
   };
   for (const auto& c : cases) EXPECT_EQ(c.fields, c.expected);
+}
+
+double Throw(double) {
+  throw std::length_error("a host's own");
+}
+
+// What the library throws is caught by its class in the host, what a callback throws passes through the library, and
+// destructors in between see an exception on its way.
+TEST(Exceptions, CrossTheBorderOfTheLibraryByTheirClass) {
+  const struct {
+    void (*call)();
+    std::string expected;
+  } cases[] = {
+      {[] { CNuMatrix(-1, 2); }, "construction 1 "},
+      {[] { nu::acosh(0.5); }, "operation 1 "},
+      {[] { CNuCircle(1.0).Fit(CNuPointArray(1), 50); }, "bestfit 1 "},
+      {[] { CNuMatrix(INT_MAX, INT_MAX); }, "memory 301 "},
+      {[] { CNuIntegral().Calculate(Throw, 0.0, 1.0, 1e-9); }, "a host's own"},
+  };
+  for (const auto& c : cases) {
+    struct Witness {
+      ~Witness() { *seen = std::uncaught_exceptions(); }
+      int* seen;
+    };
+    int onItsWay = -1;
+    std::string failure;
+    try {
+      failure = FailureOf([&] {
+        const Witness witness{&onItsWay};
+        c.call();
+      });
+    } catch (const std::length_error& e) {
+      failure = e.what();
+    }
+    EXPECT_EQ(failure.substr(0, c.expected.size()), c.expected);
+    EXPECT_TRUE(onItsWay == 1 && std::uncaught_exceptions() == 0) << c.expected << onItsWay;
+  }
 }
 
 TEST(Exceptions, TheAssertFlagStaysOnceSet) {

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cmath>
+#include <numbers>
 #include <string>
 #include <thread>
 #include <vector>
@@ -59,7 +60,8 @@ TEST(SymmetricEigen, KnownValues) {
       if (i > 0) a.Element(i, i - 1) = a.Element(i - 1, i) = -1.0;
     }
     const CNuVector values = a.EigenValues(nullptr);
-    for (int k = 1; k <= n; ++k) EXPECT_NEAR(values[k - 1], 2.0 - 2.0 * std::cos(k * M_PI / (n + 1)), 1e-14);
+    for (int k = 1; k <= n; ++k)
+      EXPECT_NEAR(values[k - 1], 2.0 - 2.0 * std::cos(k * std::numbers::pi / (n + 1)), 1e-14);
   }
   // Asymmetry within the tolerance: still the symmetric road, on the mean of the two triangles.
   CNuMatrix a = FromRows({{2.0, 1.0}, {1.0 + 2e-16, 2.0}});

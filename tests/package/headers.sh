@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # headers.sh COMPILER INCLUDE_ROOT LIST: every header that LIST names compiles alone, as C++17 and C++20, and all of them
-# after <windows.h>-style macros. Static and shared declarations take turns.
+# after <windows.h>-style macros, for Windows after <windows.h>. Static and shared declarations take turns.
 set -euo pipefail
 compiler=$1
 root=$2
@@ -33,4 +33,9 @@ done < "$list"
   echo 'int main() { return 0; }'
 } > "$work/macros.cpp"
 check -std=c++17 "$work/macros.cpp"
+
+if "$compiler" -dumpmachine | grep -q mingw; then
+  { echo '#include <windows.h>'; cat "$work/macros.cpp"; } > "$work/windows.cpp"
+  check -std=c++17 "$work/windows.cpp"
+fi
 echo "$(wc -l < "$list") headers"

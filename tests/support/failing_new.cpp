@@ -3,11 +3,31 @@
 #include <cstddef>
 #include <cstdlib>
 #include <new>
+#ifdef _WIN32
+#include <malloc.h>
+#endif
 
 namespace {
 
 thread_local long allocationsUntilFailure = -1;
 thread_local long liveAllocations = 0;
+
+// Windows has no aligned_alloc, and what it aligns it wants back by a function of its own.
+void* Allocate(std::size_t unit, std::size_t size) {
+#ifdef _WIN32
+  return _aligned_malloc(size, unit);
+#else
+  return std::aligned_alloc(unit, size);
+#endif
+}
+
+void Release(void* memory) {
+#ifdef _WIN32
+  _aligned_free(memory);
+#else
+  std::free(memory);
+#endif
+}
 
 }  // namespace
 
@@ -27,7 +47,7 @@ long nu::test::LiveAllocations() {
 void* operator new(std::size_t size, std::align_val_t alignment) {
   if (allocationsUntilFailure >= 0 && allocationsUntilFailure-- == 0) throw std::bad_alloc();
   const std::size_t unit = static_cast<std::size_t>(alignment);
-  void* memory = std::aligned_alloc(unit, (size / unit + 1) * unit);
+  void* memory = Allocate(unit, (size / unit + 1) * unit);
   if (memory == nullptr) throw std::bad_alloc();
   ++liveAllocations;
   return memory;
@@ -67,7 +87,7 @@ void* operator new[](std::size_t size, std::align_val_t alignment, const std::no
 
 void operator delete(void* memory) noexcept {
   if (memory != nullptr) --liveAllocations;
-  std::free(memory);
+  Release(memory);
 }
 
 void operator delete(void* memory, std::size_t) noexcept {
