@@ -5,7 +5,7 @@ add_library(nu_rounding INTERFACE)
 if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   # SHELL keeps the order: -fno-fast-math turns errno back on, and with it square roots would stay scalar.
   target_compile_options(nu_rounding INTERFACE -ffp-contract=off "SHELL:-fno-fast-math -fno-math-errno")
-  if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86" AND NOT EMSCRIPTEN)
     target_compile_options(nu_rounding INTERFACE -msse2 -mfpmath=sse)
   endif()
 elseif(MSVC)
@@ -26,7 +26,7 @@ endif()
 add_library(nu_sanitize INTERFACE)
 if(NU_SANITIZE)
   target_compile_options(nu_sanitize INTERFACE -fsanitize=${NU_SANITIZE} -fno-sanitize-recover=all
-    -fno-omit-frame-pointer -g)
+    -fno-omit-frame-pointer)
   target_link_options(nu_sanitize INTERFACE -fsanitize=${NU_SANITIZE})
   # Load-time selection of kernels runs before a sanitizer is ready.
   target_compile_definitions(nu_sanitize INTERFACE NU_NO_KERNEL_CLONES)

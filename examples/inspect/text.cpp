@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 
 namespace {
 
@@ -34,6 +35,21 @@ std::size_t SequenceLength(std::string_view text, std::size_t at) {
   return IsContinuation(text, at + 3) ? 4 : 0;
 }
 
+// Reads all of the text; decimal digits only where a standard library cannot read doubles, as libc++ before its version
+// 20. No locale is ever set, so strtod takes a point there.
+bool ReadDouble(std::string_view text, double* value) {
+#ifdef __cpp_lib_to_chars
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *value);
+  return error == std::errc() && end == text.data() + text.size();
+#else
+  const std::string copy(text);
+  if (copy.empty() || copy[0] == '+' || copy.find_first_not_of("+-.0123456789eE") != std::string::npos) return false;
+  char* end = nullptr;
+  *value = std::strtod(copy.c_str(), &end);
+  return end == copy.c_str() + copy.size();
+#endif
+}
+
 bool IsControl(char c) {
   return static_cast<unsigned char>(c) < 0x20U || c == 0x7F;
 }
@@ -58,8 +74,7 @@ std::string General(double value, int significantDigits) {
 
 bool ParseNumber(std::string_view text, double* value) {
   if (text.starts_with('+') && text.size() > 1 && text[1] != '-') text.remove_prefix(1);
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *value);
-  return error == std::errc() && end == text.data() + text.size() && std::isfinite(*value);
+  return ReadDouble(text, value) && std::isfinite(*value);
 }
 
 bool ParseWhole(std::string_view text, long* value) {

@@ -45,8 +45,8 @@ TEST(Integral, MeetsItsToleranceOrThrows) {
       {"degree 5", [](double x) { return x * x * x * x * x; }, 0, 2, 64.0 / 6, 0},
       {"exp", [](double x) { return std::exp(x); }, 0, 10, std::exp(10.0) - 1, 0},
       {"Runge", [](double x) { return 1 / (1 + 25 * x * x); }, -1, 1, 0.4 * std::atan(5.0), 0},
-      {"Bessel", [](double x) { return std::cos(50 * std::sin(x) - 20 * x) / kPi; }, 0, kPi, std::cyl_bessel_j(20, 50),
-       1e-14},
+      {"Bessel", [](double x) { return std::cos(50 * std::sin(x) - 20 * x) / kPi; }, 0, kPi, -0.116704352759579737,
+       1e-14},  // J_20(50)
       {"sin 200 x", [](double x) { return std::sin(200 * x); }, 0, 1, (1 - std::cos(200.0)) / 200, 1e-14},
       {"sin 1e4 x", [](double x) { return std::sin(1e4 * x); }, 0, 1, (1 - std::cos(1e4)) / 1e4, 1e-10},
       {"1/sqrt", [](double x) { return 1 / std::sqrt(x); }, 0, 1, 2, 1e-14},

@@ -18,6 +18,23 @@ void CopyText(const char* text, char (&field)[N]) {
   field[i] = '\0';
 }
 
+// libc++ has no atomic_ref before its version 19; its compiler has the operations.
+void Store(int* flag, int value) {
+#ifdef __cpp_lib_atomic_ref
+  std::atomic_ref(*flag).store(value, std::memory_order_relaxed);
+#else
+  __atomic_store_n(flag, value, __ATOMIC_RELAXED);
+#endif
+}
+
+int Load(int* flag) {
+#ifdef __cpp_lib_atomic_ref
+  return std::atomic_ref(*flag).load(std::memory_order_relaxed);
+#else
+  return __atomic_load_n(flag, __ATOMIC_RELAXED);
+#endif
+}
+
 }  // namespace
 
 // The destructors stand here to anchor the type information that exceptions are caught by in the library itself.
@@ -30,11 +47,11 @@ CNuMemoryException::~CNuMemoryException() = default;
 constinit int CNuException::m_nAssert = 0;
 
 void CNuException::SetAssert() {
-  std::atomic_ref(m_nAssert).store(1, std::memory_order_relaxed);
+  Store(&m_nAssert, 1);
 }
 
 int CNuException::IsAssertEnabled() {
-  return std::atomic_ref(m_nAssert).load(std::memory_order_relaxed);
+  return Load(&m_nAssert);
 }
 
 void CNuException::SetWhat(const char* text) {
