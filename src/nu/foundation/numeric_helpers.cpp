@@ -87,8 +87,7 @@ double NuArcCosSin(double c, double s) {
 }
 
 void NuCosSin(double angle, double* c, double* s) {
-  double cosine = nu::internal::Cos(angle);
-  double sine = nu::internal::Sin(angle);
+  auto [sine, cosine] = nu::internal::SinCos(angle);
   const double zero = NuGetZero();
   if (std::fabs(std::fabs(cosine) - 1.0) < zero) {
     sine = 0.0;

@@ -20,7 +20,8 @@ void CNuComplexPolar::GetData(double* modulus, double* argument) const {
 }
 
 CNuComplex CNuComplexPolar::ToCartesianForm() const {
-  return {m_modulus * nu::internal::Cos(m_argument), m_modulus * nu::internal::Sin(m_argument)};
+  const auto [sine, cosine] = nu::internal::SinCos(m_argument);
+  return {m_modulus * cosine, m_modulus * sine};
 }
 
 CNuComplexPolar CNuComplexPolar::operator*(const CNuComplexPolar& c) const {

@@ -89,7 +89,8 @@ class CommonDirections {
 
   void AddAt(Vec3 axis, double v) {
     const Vec3 across = Unit(Rejection(axis, m_first.axis));
-    const Vec3 outwards = nu::internal::Cos(v) * across + nu::internal::Sin(v) * Cross(m_first.axis, across);
+    const auto [sine, cosine] = nu::internal::SinCos(v);
+    const Vec3 outwards = cosine * across + sine * Cross(m_first.axis, across);
     m_found.push_back(Unit(m_first.sine * outwards + m_first.cosine * m_first.axis));
   }
 

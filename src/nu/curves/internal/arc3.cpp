@@ -41,7 +41,10 @@ struct LineMotion {
 
 struct CircleMotion {
   Vec3 At(double u) const { return arc.At(u); }
-  Vec3 First(double u) const { return arc.radius * (Cos(u) * arc.y - Sin(u) * arc.x); }
+  Vec3 First(double u) const {
+    const auto [s, c] = SinCos(u);
+    return arc.radius * (c * arc.y - s * arc.x);
+  }
   Vec3 Second(double u) const { return arc.centre - arc.At(u); }
   double ParameterOf(Vec3 p) const { return arc.AngleOf(p); }
   bool Contains(double u) const { return arc.Contains(InTurn(u)); }
@@ -111,9 +114,9 @@ std::vector<double> RootsOf(const Function& f) {
     const double value = f(i * Nu_2PI / kSamples);
     total += std::fabs(value);
     for (int k = 0; k <= kDegree; ++k) {
-      const double angle = (i * k % kSamples) * Nu_2PI / kSamples;
-      cosines[k] += value * Cos(angle) * (k == 0 ? 1.0 : 2.0) / kSamples;
-      sines[k] += value * Sin(angle) * 2.0 / kSamples;
+      const auto [s, c] = SinCos((i * k % kSamples) * Nu_2PI / kSamples);
+      cosines[k] += value * c * (k == 0 ? 1.0 : 2.0) / kSamples;
+      sines[k] += value * s * 2.0 / kSamples;
     }
   }
   if (!std::isfinite(total)) return {};

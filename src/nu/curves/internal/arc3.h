@@ -11,7 +11,10 @@ namespace nu::internal {
 // The points centre + radius * (cos u x + sin u y) for u from 0 to the sweep, in radians; x points to the start. The
 // ends are kept as they are known, which may be off that by rounding or by a tolerance.
 struct Arc3 {
-  Vec3 At(double u) const { return centre + radius * (Cos(u) * x + Sin(u) * y); }
+  Vec3 At(double u) const {
+    const auto [s, c] = SinCos(u);
+    return centre + radius * (c * x + s * y);
+  }
   // In [0, 2 pi); 0 for a point on the axis.
   double AngleOf(Vec3 p) const;
   bool Contains(double angle) const { return angle <= sweep; }

@@ -219,8 +219,7 @@ int ParabolicFits(const double (&m)[3][3], double (&q)[kMostAlgebraic][3]) {
   int count = 0;
   for (const double angle : TrigRoots(derivativeCos, derivativeSin, 2)) {
     if (count == kMostAlgebraic) break;
-    const double c = Cos(0.5 * angle);
-    const double s = Sin(0.5 * angle);
+    const auto [s, c] = SinCos(0.5 * angle);
     q[count][0] = c * c;
     q[count][1] = 2.0 * c * s;
     q[count][2] = s * s;
@@ -286,8 +285,7 @@ void ConicStarts::Add(const double (&q)[3]) {
 void ConicStarts::AddEven(double ratio, int directions) {
   constexpr double kHalfTurn = 3.141592653589793;
   for (int k = 0; k < directions; ++k) {
-    const double c = Cos(kHalfTurn * k / directions);
-    const double s = Sin(kHalfTurn * k / directions);
+    const auto [s, c] = SinCos(kHalfTurn * k / directions);
     Add({c * c + ratio * s * s, 2.0 * (1.0 - ratio) * c * s, s * s + ratio * c * c});
   }
 }

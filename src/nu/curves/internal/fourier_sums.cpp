@@ -26,7 +26,8 @@ constexpr std::size_t kTurnBlock = 64;
 constexpr std::size_t kCachedPart = 4096;
 
 Phasor Turn(double angle) {
-  return {Cos(angle), Sin(angle)};
+  const auto [sine, cosine] = SinCos(angle);
+  return {cosine, sine};
 }
 
 // The factors of all levels of a cached part: those of size s from s / 2 on.

@@ -80,7 +80,8 @@ Crossings2 CrossCurved(const Piece2& first, const Piece2& second, double roundin
 }  // namespace
 
 Vec2 Rotated(Vec2 v, double angle) {
-  return Cos(angle) * v + Sin(angle) * Perpendicular(v);
+  const auto [sine, cosine] = SinCos(angle);
+  return cosine * v + sine * Perpendicular(v);
 }
 
 Vec2 Piece2::At(double s) const {

@@ -113,8 +113,8 @@ Axes AxesOf(const Quadratic2& g) {
   const double first = mean + std::copysign(root, mean);
   // Their product is a c - b^2 / 4.
   const double second = DifferenceOfProducts(g.a, g.c, 0.5 * g.b, 0.5 * g.b) / first;
-  const double angle = 0.5 * Atan2(g.b, g.a - g.c);
-  const Vec2 larger{Cos(angle), Sin(angle)};
+  const auto [sine, cosine] = SinCos(0.5 * Atan2(g.b, g.a - g.c));
+  const Vec2 larger{cosine, sine};
   return {first, second, std::signbit(mean) ? Perpendicular(larger) : larger};
 }
 

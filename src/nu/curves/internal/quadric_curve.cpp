@@ -14,21 +14,18 @@
 namespace nu::internal {
 
 double Wave2::At(double u) const {
-  const double x = Cos(u);
-  const double y = Sin(u);
+  const auto [y, x] = SinCos(u);
   return c0 + (c1 * x + s1 * y) + (c2 * (x - y) * (x + y) + s2 * (2.0 * x * y));
 }
 
 double Wave2::Slope(double middle, double half) const {
-  const double x = Cos(middle);
-  const double y = Sin(middle);
+  const auto [y, x] = SinCos(middle);
   const double second = s2 * (x - y) * (x + y) - c2 * (2.0 * x * y);
   return (s1 * x - c1 * y) + 2.0 * Cos(half) * second;
 }
 
 Vec3 QuadricPair::On(double u, double t) const {
-  const double x = Cos(u);
-  const double y = Sin(u);
+  const auto [y, x] = SinCos(u);
   if (base.kind == RoundQuadric::Kind::kCylinder) return {base.radius * x, base.radius * y, t};
   return {t * base.sine * x, t * base.sine * y, t * base.cosine};
 }
@@ -95,8 +92,7 @@ double QuadricCurve::RootAt(double v) const {
   bool isSet = false;
   Reference nearest;
   if (path.swings) {
-    const double sine = Sin(0.5 * v);
-    const double cosine = Cos(0.5 * v);
+    const auto [sine, cosine] = SinCos(0.5 * v);
     nearest = {path.middle - path.half, 2.0 * path.half * sine * sine};
     const Reference end{path.middle + path.half, -2.0 * path.half * cosine * cosine};
     if (IsNearer(end, nearest)) nearest = end;

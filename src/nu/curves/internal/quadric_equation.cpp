@@ -28,14 +28,14 @@ double BendOf(const Wave2& wave) {
 
 // Wave2::Slope between the angle v of a common line and u = v + 2 half.
 ValueAndSlope SinceLine(const Wave2& wave, double v, double half) {
-  const double x = Cos(v + half);
-  const double y = Sin(v + half);
+  const auto [y, x] = SinCos(v + half);
+  const auto [sine, cosine] = SinCos(half);
   const double x2 = (x - y) * (x + y);
   const double y2 = 2.0 * x * y;
   const double second = wave.s2 * x2 - wave.c2 * y2;
   const double secondSlope = -2.0 * (wave.s2 * y2 + wave.c2 * x2);
-  return {(wave.s1 * x - wave.c1 * y) + 2.0 * Cos(half) * second,
-          -0.5 * (wave.s1 * y + wave.c1 * x) - Sin(half) * second + Cos(half) * secondSlope};
+  return {(wave.s1 * x - wave.c1 * y) + 2.0 * cosine * second,
+          -0.5 * (wave.s1 * y + wave.c1 * x) - sine * second + cosine * secondSlope};
 }
 
 // No second derivative of that by u is larger.
@@ -60,8 +60,7 @@ QuadricEquation::Jet QuadricEquation::At(double u) const {
     a = SinceLine(m_pair.a, m_path.commonLine, half);
     h = SinceLine(m_pair.h, m_path.commonLine, half);
   } else {
-    const double x = Cos(u);
-    const double y = Sin(u);
+    const auto [y, x] = SinCos(u);
     a = On(m_pair.a, x, y);
     h = On(m_pair.h, x, y);
     c = On(m_pair.c, x, y);

@@ -123,12 +123,14 @@ FittedSinusoid Placed(const Wave& wave, Centring x, Centring y, double mean) {
 
 double SineAt(double b, double x, double c) {
   const DoubleDouble angle = AngleOf(b, x, c);
-  return Sin(angle.high) + angle.low * Cos(angle.high);
+  const auto [sine, cosine] = SinCos(angle.high);
+  return sine + angle.low * cosine;
 }
 
 double CosineAt(double b, double x, double c) {
   const DoubleDouble angle = AngleOf(b, x, c);
-  return Cos(angle.high) - angle.low * Sin(angle.high);
+  const auto [sine, cosine] = SinCos(angle.high);
+  return cosine - angle.low * sine;
 }
 
 void RequireSinusoid(double a, double b, const char* name) {

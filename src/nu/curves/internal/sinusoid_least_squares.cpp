@@ -69,8 +69,7 @@ Shapes SeriesAt(double z) {
 Shapes ShapesAt(double t) {
   const double z = t * t;
   if (!(std::fabs(t) >= kSmallAngle)) return SeriesAt(z);
-  const double s = Sin(0.5 * t);
-  const double c = Cos(0.5 * t);
+  const auto [s, c] = SinCos(0.5 * t);
   const double sine = 2.0 * s * c;
   const double versine = 2.0 * s * s;
   const double inverse = 1.0 / z;

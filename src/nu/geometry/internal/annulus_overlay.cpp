@@ -69,8 +69,8 @@ class Overlay {
       : m_points(points), m_hull(points), m_farthest(m_hull.Corners()), m_mesh(points), m_bound(bound) {
     constexpr int kDirections = 8;
     for (int k = 0; k < kDirections; ++k) {
-      const double angle = 2.0 * 3.14159265358979323846 * k / kDirections;
-      m_outposts.push_back(Corner(m_hull.ExtremeCorner({Cos(angle), Sin(angle)})));
+      const auto [sine, cosine] = SinCos(2.0 * 3.14159265358979323846 * k / kDirections);
+      m_outposts.push_back(Corner(m_hull.ExtremeCorner({cosine, sine})));
     }
   }
 

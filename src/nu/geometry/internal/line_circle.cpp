@@ -32,10 +32,17 @@ struct Distance {
         xAcross(Rejection(x, line.direction)),
         yAcross(Rejection(y, line.direction)) {}
 
-  Vec3 At(double u) const { return offset + radius * (Cos(u) * xAcross + Sin(u) * yAcross); }
-  Vec3 DerivativeAt(double u) const { return radius * (Cos(u) * yAcross - Sin(u) * xAcross); }
+  Vec3 At(double u) const {
+    const auto [s, c] = SinCos(u);
+    return offset + radius * (c * xAcross + s * yAcross);
+  }
+  Vec3 DerivativeAt(double u) const {
+    const auto [s, c] = SinCos(u);
+    return radius * (c * yAcross - s * xAcross);
+  }
   double AlongLine(double u) const {
-    const Vec3 p = centre + radius * (Cos(u) * x + Sin(u) * y);
+    const auto [s, c] = SinCos(u);
+    const Vec3 p = centre + radius * (c * x + s * y);
     return Dot(p - line.point, line.direction);
   }
 

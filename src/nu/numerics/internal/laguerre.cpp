@@ -90,7 +90,8 @@ struct SmallestRoots {
 };
 
 Number OnCircle(double radius, int k) {
-  return {radius * Cos(k), radius * Sin(k)};
+  const auto [sine, cosine] = SinCos(k);
+  return {radius * cosine, radius * sine};
 }
 
 // A step beyond the reach leads away from the smallest roots, from where p is almost constant + c x^m, and the way back
@@ -179,7 +180,8 @@ SmallestRoots ScaleToSmallestRoots(const double* w, int degree, int stride, doub
 
 // Where |c_i| |x|^i is largest.
 int LargestTerm(const double* v, int degree, int stride, Number x) {
-  const double logarithm = 0.5 * Log2(Squares(x));
+  constexpr double kLog2 = 0.69314718055994530942;
+  const double logarithm = 0.5 / kLog2 * Log(Squares(x));  // of |x|, to base 2
   int largest = 0;
   double most = -std::numeric_limits<double>::infinity();
   for (int i = 0; i <= degree; ++i) {

@@ -16,7 +16,8 @@ constexpr double kRoundingsOfTerm = 4.0;
 
 // cos ku and sin ku, k = 1, 2, ...
 struct Turning {
-  explicit Turning(double u) : c(Cos(u)), s(Sin(u)), stepCos(c), stepSin(s) {}
+  explicit Turning(double u) : Turning(SinCos(u)) {}
+  explicit Turning(const SineCosine& step) : c(step.cosine), s(step.sine), stepCos(step.cosine), stepSin(step.sine) {}
 
   void Next() {
     const double turned = c * stepCos - s * stepSin;

@@ -11,8 +11,7 @@ namespace {
 void AddHarmonic(double a, double b, double k, double u, CompensatedSum& sum) {
   const double angle = k * u;
   const double rest = ProductError(k, u);
-  const double c = Cos(angle);
-  const double s = Sin(angle);
+  const auto [s, c] = SinCos(angle);
   sum.AddProduct(a, c);
   sum.AddProduct(b, s);
   sum.AddSmall(rest * (b * c - a * s));

@@ -30,7 +30,8 @@ inline Directions EvenDirections() {
   for (int k = 0; k < kDirections; ++k) {
     const double z = (k + 0.5) / kDirections;
     const double across = std::sqrt(1.0 - z * z);
-    directions[static_cast<std::size_t>(k)] = {across * Cos(kGoldenAngle * k), across * Sin(kGoldenAngle * k), z};
+    const auto [sine, cosine] = SinCos(kGoldenAngle * k);
+    directions[static_cast<std::size_t>(k)] = {across * cosine, across * sine, z};
   }
   return directions;
 }

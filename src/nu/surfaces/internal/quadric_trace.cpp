@@ -275,8 +275,7 @@ class Tracer {
     if (step.chart == Chart::kAround) {
       if (!m_equation.CrossingAt(from.u + step.length, step.sign, step.to)) return false;
     } else {
-      const double sine = Sin(step.length);
-      const double cosine = Cos(step.length);
+      const auto [sine, cosine] = SinCos(step.length);
       step.to = {from.u, from.s * cosine + from.c * sine, from.c * cosine - from.s * sine};
       step.to.u = m_equation.AngleAt(step.to.s, step.to.c, from.u, from.u - step.width, from.u + step.width);
     }
