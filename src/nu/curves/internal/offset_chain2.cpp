@@ -464,8 +464,9 @@ OffsetChain OffsetPieces(const std::vector<Piece2>& chain, bool closed, double d
       if (cutter.IsBorderNode(i)) trace.AllowEnd(group[i]);
     }
   }
-  result.curves = closed ? trace.Loops() : trace.Paths();
-  if (result.curves.empty()) return result;
+  result.curves = trace.Curves();
+  if (trace.IsTorn()) result.outcome = OffsetChain::Outcome::broken;
+  if (result.curves.empty() || trace.IsTorn()) return result;
   result.outcome = OffsetChain::Outcome::moved;
   for (std::vector<Piece2>& curve : result.curves) {
     if (!Join(curve, tol, snap, mergeTol)) result.outcome = OffsetChain::Outcome::broken;

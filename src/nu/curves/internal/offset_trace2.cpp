@@ -31,7 +31,8 @@ Trace::Trace(const RawOffset& raw, const std::vector<int>& group, const std::vec
       m_isEnd(group.size(), 0),
       m_isGone(edges.size(), 0),
       m_next(edges.size(), -1),
-      m_previous(edges.size(), -1) {
+      m_previous(edges.size(), -1),
+      m_isPassed(group.size(), 0) {
   for (int e = 0; e < static_cast<int>(edges.size()); ++e) {
     const std::vector<int>& out = m_out[Index(edges[Index(e)].start)];
     m_isGone[Index(e)] = std::any_of(out.begin(), out.end(), [&](int other) { return IsSame(e, other); }) ? 1 : 0;
@@ -137,6 +138,44 @@ void Trace::Match() {
   for (int node = 0; node < static_cast<int>(m_out.size()); ++node) MatchAt(node);
 }
 
+// Where crossings of several pieces are closer together than the tolerance tells them apart, ways between two nodes
+// that are the same within it remain, and the angles at their ends can choose different ones: the curve then runs into
+// an end of one and goes on from the start of another. Of the edges that go out from such a start, the one from which
+// the end is reached first is left out, so that the others go on.
+void Trace::MendAt(int open) {
+  constexpr int kMaxSteps = 1000;  // of ways around a few crossings
+  const int node = m_edges[Index(open)].start;
+  std::vector<int> starts{open};
+  for (const int e : m_out[Index(node)]) {
+    if (!m_isGone[Index(e)] && m_previous[Index(e)] >= 0) starts.push_back(e);
+  }
+  std::vector<int> heads = starts;
+  for (int step = 0; step < kMaxSteps; ++step) {
+    for (std::size_t k = 0; k < heads.size(); ++k) {
+      const int next = m_next[Index(heads[k])];
+      if (next < 0 && !m_isEnd[Index(m_edges[Index(heads[k])].end)]) {
+        const int before = m_previous[Index(starts[k])];
+        if (k == 0) return;
+        m_previous[Index(starts[k])] = -1;
+        m_previous[Index(open)] = before;
+        m_next[Index(before)] = open;
+        return;
+      }
+      if (next >= 0) heads[k] = next;
+    }
+  }
+}
+
+void Trace::Mend() {
+  for (int e = 0; e < static_cast<int>(m_edges.size()); ++e) {
+    if (IsOpen(e) && !m_isEnd[Index(m_edges[Index(e)].start)]) MendAt(e);
+  }
+}
+
+bool Trace::IsOpen(int edge) const {
+  return !m_isGone[Index(edge)] && m_previous[Index(edge)] < 0;
+}
+
 // Until it comes back to its first edge, or does not go on.
 Trace::Path Trace::Walk(int first) {
   Path path;
@@ -147,25 +186,41 @@ Trace::Path Trace::Walk(int first) {
   return path;
 }
 
-std::vector<std::vector<Piece2>> Trace::Loops() {
-  Prune();
-  Match();
-  std::vector<std::vector<Piece2>> loops;
-  AddLoops(loops);
-  return loops;
+void Trace::MarkPassed(const Path& path) {
+  for (const int e : path) {
+    m_isPassed[Index(m_edges[Index(e)].start)] = 1;
+    m_isPassed[Index(m_edges[Index(e)].end)] = 1;
+  }
+}
+
+bool Trace::IsTorn() const {
+  return std::any_of(m_leftOut.begin(), m_leftOut.end(), [&](int node) { return !m_isPassed[Index(node)]; });
 }
 
 // Paths that have a start come first; what is left then is closed.
-std::vector<std::vector<Piece2>> Trace::Paths() {
+std::vector<std::vector<Piece2>> Trace::Curves() {
   Prune();
   Match();
-  std::vector<std::vector<Piece2>> paths;
+  Mend();
+  std::vector<std::vector<Piece2>> curves;
+  TakeOpen(curves);
+  AddLoops(curves);
+  return curves;
+}
+
+void Trace::TakeOpen(std::vector<std::vector<Piece2>>& paths) {
   for (int e = 0; e < static_cast<int>(m_edges.size()); ++e) {
-    if (m_isGone[Index(e)] || m_previous[Index(e)] >= 0) continue;
-    paths.push_back(PiecesOf(Walk(e), false));
+    if (!IsOpen(e)) continue;
+    const Path path = Walk(e);
+    const int start = m_edges[Index(e)].start;
+    const int end = m_edges[Index(path.back())].end;
+    if (m_isEnd[Index(start)] || m_isEnd[Index(end)]) {
+      MarkPassed(path);
+      paths.push_back(PiecesOf(path, false));
+    } else {
+      m_leftOut.insert(m_leftOut.end(), {start, end});
+    }
   }
-  AddLoops(paths);
-  return paths;
 }
 
 void Trace::AddLoops(std::vector<std::vector<Piece2>>& loops) {
@@ -173,7 +228,7 @@ void Trace::AddLoops(std::vector<std::vector<Piece2>>& loops) {
   for (int e = 0; e < static_cast<int>(m_edges.size()); ++e) {
     if (m_isGone[Index(e)]) continue;
     const Path path = Walk(e);
-    if (m_next[Index(path.back())] != e) continue;
+    MarkPassed(path);
     if (std::fabs(AreaOf(path)) > kLeastHeight * LengthOf(path)) loops.push_back(PiecesOf(path, true));
   }
 }

@@ -24,9 +24,10 @@ class Trace {
   // A group of nodes where a curve may start and end.
   void AllowEnd(int group) { m_isEnd[static_cast<std::size_t>(group)] = 1; }
 
-  // All closed curves; all curves, those that have two ends first.
-  std::vector<std::vector<Piece2>> Loops();
-  std::vector<std::vector<Piece2>> Paths();
+  // All curves, those that are not closed first.
+  std::vector<std::vector<Piece2>> Curves();
+  // Whether these leave out edges that do more than join two of their nodes a second time.
+  bool IsTorn() const;
 
  private:
   using Path = std::vector<int>;  // of edges
@@ -45,7 +46,12 @@ class Trace {
   std::vector<Ray> RaysAt(int node) const;
   void MatchAt(int node);
   void Match();
+  void MendAt(int open);
+  void Mend();
   Path Walk(int first);
+  bool IsOpen(int edge) const;
+  void TakeOpen(std::vector<std::vector<Piece2>>& paths);
+  void MarkPassed(const Path& path);
   void AddLoops(std::vector<std::vector<Piece2>>& loops);
   std::vector<Piece2> PiecesOf(const Path& path, bool closed) const;
   double AreaOf(const Path& path) const;
@@ -57,6 +63,8 @@ class Trace {
   std::vector<char> m_isEnd;
   std::vector<char> m_isGone;           // dropped or used
   std::vector<int> m_next, m_previous;  // of each edge, or -1
+  std::vector<char> m_isPassed;         // groups of nodes on the curves found
+  std::vector<int> m_leftOut;           // groups of nodes where ways that are no curves start and end
 };
 
 }  // namespace nu::internal
