@@ -253,6 +253,28 @@ TEST(CompositeCurveOffset, KeepsTheDistanceAndCrossesNowhere) {
 }
 
 // A power of two changes nothing but the size, where powers of the coordinates leave the doubles.
+// A rough outline, whose arcs cross several times within the tolerance: exactly one curve, at the distance.
+TEST(CompositeCurveOffset, HoldsWhereCrossingsCoincide) {
+  for (const double tol : {1e-9, 1e-8}) {
+    Random random(8);
+    CNuPointArray points(10000);
+    for (int i = 0; i < 9999; ++i) {
+      const double t = Nu_2PI * i / 9999, r = 0.5 + 1e-5 * random.Bell();
+      points.Add(CNuPoint(r * std::cos(t), r * std::sin(t)));
+    }
+    points.Add(CNuPoint(points[0]));
+    CNuPolyline outline(points);
+    NuSetLengthTol(tol);
+    const CNuCompositeCurve moved = OffsetOf(outline, -0.1, 1);
+    NuSetLengthTol(1e-12);
+    EXPECT_TRUE(moved.IsClosed(1e-300));
+    EXPECT_NEAR(moved.Length(), 0.8 * Nu_PI, 1e-3);
+    for (int i = 0; i < moved.GetNumberSegments(); i += 10) {
+      EXPECT_NEAR(outline.DistanceTo(moved.GetSegment(i)->GetStartPoint()), 0.1, 20 * tol);
+    }
+  }
+}
+
 TEST(CompositeCurveOffset, WorksAtAnySize) {
   const double lengthTol = NuGetLengthTol();
   for (const double s : {0x1p-900, 0x1p-400, 0x1p-100, 0x1p100, 0x1p415, 0x1p800}) {

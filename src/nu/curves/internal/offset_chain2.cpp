@@ -465,8 +465,10 @@ OffsetChain OffsetPieces(const std::vector<Piece2>& chain, bool closed, double d
     }
   }
   result.curves = trace.Curves();
-  if (trace.IsTorn()) result.outcome = OffsetChain::Outcome::broken;
-  if (result.curves.empty() || trace.IsTorn()) return result;
+  // Curves of a size of about 1 that are this close to each other are hardly longer. Behind sharp corners others end.
+  const bool isTorn = corner == OffsetCorner::round && trace.IsTorn(10.0 * std::sqrt(mergeTol));
+  if (isTorn) result.outcome = OffsetChain::Outcome::broken;
+  if (isTorn || result.curves.empty()) return result;
   result.outcome = OffsetChain::Outcome::moved;
   for (std::vector<Piece2>& curve : result.curves) {
     if (!Join(curve, tol, snap, mergeTol)) result.outcome = OffsetChain::Outcome::broken;

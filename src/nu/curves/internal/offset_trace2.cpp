@@ -142,7 +142,7 @@ void Trace::Match() {
 // that are the same within it remain, and the angles at their ends can choose different ones: the curve then runs into
 // an end of one and goes on from the start of another. Of the edges that go out from such a start, the one from which
 // the end is reached first is left out, so that the others go on.
-void Trace::MendAt(int open) {
+bool Trace::MendAt(int open) {
   constexpr int kMaxSteps = 1000;  // of ways around a few crossings
   const int node = m_edges[Index(open)].start;
   std::vector<int> starts{open};
@@ -155,20 +155,27 @@ void Trace::MendAt(int open) {
       const int next = m_next[Index(heads[k])];
       if (next < 0 && !m_isEnd[Index(m_edges[Index(heads[k])].end)]) {
         const int before = m_previous[Index(starts[k])];
-        if (k == 0) return;
+        if (k == 0) return false;
         m_previous[Index(starts[k])] = -1;
         m_previous[Index(open)] = before;
         m_next[Index(before)] = open;
-        return;
+        return true;
       }
       if (next >= 0) heads[k] = next;
     }
   }
+  return false;
 }
 
+// What is mended first may still end at the next such place.
 void Trace::Mend() {
-  for (int e = 0; e < static_cast<int>(m_edges.size()); ++e) {
-    if (IsOpen(e) && !m_isEnd[Index(m_edges[Index(e)].start)]) MendAt(e);
+  constexpr int kMaxPasses = 20;
+  bool goesOn = true;
+  for (int pass = 0; pass < kMaxPasses && goesOn; ++pass) {
+    goesOn = false;
+    for (int e = 0; e < static_cast<int>(m_edges.size()); ++e) {
+      if (IsOpen(e) && !m_isEnd[Index(m_edges[Index(e)].start)]) goesOn = MendAt(e) || goesOn;
+    }
   }
 }
 
@@ -193,8 +200,33 @@ void Trace::MarkPassed(const Path& path) {
   }
 }
 
-bool Trace::IsTorn() const {
-  return std::any_of(m_leftOut.begin(), m_leftOut.end(), [&](int node) { return !m_isPassed[Index(node)]; });
+// From nodes of the curves by ways that were left out, against the sense of those unless they are run from the start.
+std::vector<char> Trace::NodesReached(bool fromStart) const {
+  constexpr int kMaxPasses = 20;
+  std::vector<char> reached = m_isPassed;
+  bool grows = true;
+  for (int pass = 0; pass < kMaxPasses && grows; ++pass) {
+    grows = false;
+    for (const Path& path : m_leftOut) {
+      if (!reached[Index(fromStart ? m_edges[Index(path.front())].start : m_edges[Index(path.back())].end)]) continue;
+      for (const int e : path) {
+        char& node = reached[Index(fromStart ? m_edges[Index(e)].end : m_edges[Index(e)].start)];
+        grows = grows || node == 0;
+        node = 1;
+      }
+    }
+  }
+  return reached;
+}
+
+bool Trace::IsTorn(double longest) const {
+  const std::vector<char> follows = NodesReached(true);
+  const std::vector<char> leads = NodesReached(false);
+  return std::any_of(m_leftOut.begin(), m_leftOut.end(), [&](const Path& path) {
+    const bool joins =
+        follows[Index(m_edges[Index(path.front())].start)] != 0 && leads[Index(m_edges[Index(path.back())].end)] != 0;
+    return !joins || LengthOf(path) > longest;
+  });
 }
 
 // Paths that have a start come first; what is left then is closed.
@@ -218,7 +250,7 @@ void Trace::TakeOpen(std::vector<std::vector<Piece2>>& paths) {
       MarkPassed(path);
       paths.push_back(PiecesOf(path, false));
     } else {
-      m_leftOut.insert(m_leftOut.end(), {start, end});
+      m_leftOut.push_back(path);
     }
   }
 }

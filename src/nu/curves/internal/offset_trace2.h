@@ -26,8 +26,8 @@ class Trace {
 
   // All curves, those that are not closed first.
   std::vector<std::vector<Piece2>> Curves();
-  // Whether these leave out edges that do more than join two of their nodes a second time.
-  bool IsTorn() const;
+  // Whether these leave out more than ways up to a length that join nodes of theirs once more.
+  bool IsTorn(double longest) const;
 
  private:
   using Path = std::vector<int>;  // of edges
@@ -46,7 +46,7 @@ class Trace {
   std::vector<Ray> RaysAt(int node) const;
   void MatchAt(int node);
   void Match();
-  void MendAt(int open);
+  bool MendAt(int open);
   void Mend();
   Path Walk(int first);
   bool IsOpen(int edge) const;
@@ -54,6 +54,7 @@ class Trace {
   void MarkPassed(const Path& path);
   void AddLoops(std::vector<std::vector<Piece2>>& loops);
   std::vector<Piece2> PiecesOf(const Path& path, bool closed) const;
+  std::vector<char> NodesReached(bool fromStart) const;
   double AreaOf(const Path& path) const;
   double LengthOf(const Path& path) const;
 
@@ -64,7 +65,7 @@ class Trace {
   std::vector<char> m_isGone;           // dropped or used
   std::vector<int> m_next, m_previous;  // of each edge, or -1
   std::vector<char> m_isPassed;         // groups of nodes on the curves found
-  std::vector<int> m_leftOut;           // groups of nodes where ways that are no curves start and end
+  std::vector<Path> m_leftOut;          // ways that are no curves
 };
 
 }  // namespace nu::internal
