@@ -2,10 +2,12 @@
 
 #include <cmath>
 
+#include "nu/geometry/internal/enclosing_cylinder.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/incidence.h"
 #include "nu/geometry/internal/mean.h"
 #include "nu/geometry/internal/point_order.h"
+#include "nu/geometry/internal/round_minimax.h"
 #include "nu/geometry/line.h"
 #include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/internal/cylinder_minimax.h"
@@ -115,6 +117,28 @@ TEST(CylinderContacts, HoldWhateverIsReturned) {
   }
   EXPECT_GT(zones, 580);
   EXPECT_GT(bores, 350);
+}
+
+// Short sets have many local optima.
+TEST(CylinderContacts, NoOtherStartLeadsToASmallerCylinder) {
+  Random random(757);
+  for (int run = 0; run < 60; ++run) {
+    SCOPED_TRACE(run);
+    const int n = 10 + random.Below(150);
+    const double flat = random.Uniform(0.02, 1.0);
+    const Case c(RandomMotion(random, 1.0)(run % 3 == 0   ? BoxCloud(random, n, 1.0, random.Uniform(0.5, 1.0), flat)
+                                           : run % 3 == 1 ? CylinderCloud(random, n, 0.5, 0.5 * flat, 360.0, 0.05)
+                                                          : SphereCloud(random, n, 0.5, 180.0, 0.05)));
+    const double radius = c.Solve(SmallestCylinderAround).cylinder.radius;
+    PointBlocks blocks(ViewOf(c.points), MeanOf(ViewOf(c.points)));
+    Minimax<AxisDistance> minimax(blocks, MinimaxSide::outer, kDistanceRoundings * kEps, 1000);
+    for (int start = 0; start < 30; ++start) {
+      const Vec3 direction = Components(RandomMotion(random, 0.0).Direction({0.0, 0.0, 1.0}));
+      const MinimaxSolution<AxisDistance> other = minimax.Solve({AxisFrame::Along({}, direction), 1.0});
+      if (other.end != MinimaxEnd::converged) continue;
+      ASSERT_LE(radius, other.value * (1.0 + 1e-6));
+    }
+  }
 }
 
 // Required: hosts count on a limit that is not used up.

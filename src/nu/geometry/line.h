@@ -122,10 +122,10 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   // - Points with one z, or in one plane within NuGetLengthTol(): the middle line of the narrowest strip in that plane,
   //   exactly (M. I. Shamos, 1978); the boundary lines are those of the strip.
   // - Others: the axis of the smallest circular cylinder that holds the points, and its diameter, which is never more
-  //   than the `form` of Fit. It is a local optimum next to the least-squares line, by linear programs within a
-  //   shrinking bound on the step and Newton's method on the contacts (M. R. Osborne and G. A. Watson, 1969; K. Madsen,
-  //   1975); for points not much longer than wide it is the best of several. One boundary line goes through a contact
-  //   point, the other lies across.
+  //   than the `form` of Fit. It is a local optimum, by linear programs within a shrinking bound on the step and
+  //   Newton's method on the contacts (M. R. Osborne and G. A. Watson, 1969; K. Madsen, 1975), and the global one by
+  //   branch and bound over all directions, but where thousands of points lie on a sphere. One boundary line goes
+  //   through a contact point, the other lies across.
   // maxiter counts the steps of the parameters, some ten for measured points; only the last case takes any. More than
   // 100 000 count as 100 000.
   // CNuBestfitException, named "CNuLine", for which the line and the outputs stay as they were: cause 13 (size 0) for a

@@ -16,7 +16,7 @@
 // Minimum-zone line: of all lines the one with the least largest distance to a point. For points in one plane it is the
 // middle line of the narrowest strip, which lies along an edge of their convex hull. In space it is the axis of the
 // smallest circular cylinder that holds the points: a minimax problem of four parameters, solved next to the
-// least-squares line and, for points not much longer than wide, next to some other lines around it.
+// least-squares line and wherever else a search over all directions finds less.
 
 using nu::internal::Components;
 using nu::internal::FailFit;

@@ -77,8 +77,8 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
   // and lack of memory pass through as they are. The twins throw cause 13 only: NuFitNoConvergence stands for cause 12,
   // NuFitFailure for every other failure. They make `tol` the thread's NuGetLengthTol() for as long as they run.
 
-  // Minimum circumscribed cylinder: the smallest one that holds all points. There may be several that no small move
-  // makes smaller: the best of those that are reached from the least-squares axis and from directions around it.
+  // Minimum circumscribed cylinder: the smallest one that holds all points, by branch and bound over all directions of
+  // its axis. Of thousands of points on a sphere it may not be quite the smallest.
   void FitMin(const CNuPointArray& points, double tol, long maxIter);
   ENuFitResult FitMinEx(const CNuPointArray& points, double tol, long maxIter);
 

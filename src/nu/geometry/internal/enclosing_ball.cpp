@@ -1,5 +1,6 @@
 #include "nu/geometry/internal/enclosing_ball.h"
 
+#include <array>
 #include <bit>
 #include <limits>
 
@@ -149,7 +150,10 @@ Circumscribed ThroughFour(Vec3 o, Vec3 p, Vec3 q, Vec3 r, bool accurate) {
 template<int D>
 class Pivoting {
  public:
-  Pivoting(PointBlocks& points, const Vec3 (&axes)[D]) : m_points(points) { std::copy_n(axes, D, m_gauge.axis); }
+  Pivoting(PointBlocks& points, const Vec3 (&axes)[D], BallPrecision precision)
+      : m_points(points), m_precision(precision) {
+    std::copy_n(axes, D, m_gauge.axis);
+  }
 
   // False when a squared distance is not finite.
   bool Run() {
@@ -160,8 +164,9 @@ class Pivoting {
     m_accurate = false;
     m_changed = true;
     for (int walk = 0; walk < kMostWalks && m_changed && m_finite; ++walk) {
-      if (walk == 1) Refine();
+      if (walk == 1 && m_precision == BallPrecision::full) Refine();
       m_changed = false;
+      m_begin = 0;
       m_points.ForEach([this](const PointBlock& block) { Enclose(block); });
     }
     return m_finite;
@@ -181,16 +186,17 @@ class Pivoting {
 
  private:
   void Enclose(const PointBlock& block) {
-    if (m_square < 0.0) Begin(PointOf(block, 0));
+    if (m_square < 0.0) Begin(PointOf(block, 0), 0);
     Reach reach{0.0, 0, 0.0};
     Farthest(block, m_gauge, reach);
     while (m_finite && reach.square > m_square) {
       // A point that rounding keeps outside is enclosed by the radius alone.
-      if (!Add(PointOf(block, reach.index))) m_square = reach.square;
+      if (!Add(PointOf(block, reach.index), m_begin + reach.index)) m_square = reach.square;
       m_changed = true;
       Farthest(block, m_gauge, reach);
     }
     m_finite = m_finite && reach.blind == 0.0;
+    m_begin += block.size;
   }
 
   Vec3 PointOf(const PointBlock& block, std::size_t i) const {
@@ -205,10 +211,11 @@ class Pivoting {
     return square;
   }
 
-  void Begin(const Vec3& first) {
+  void Begin(const Vec3& first, std::size_t index) {
     m_ball = {};
     m_ball.contacts = 1;
     m_ball.contact[0] = first;
+    m_ball.index[0] = index;
     m_ball.multiplier[0] = 1.0;
     m_ball.centre = m_gauge.centre = first;
     m_square = 0.0;
@@ -218,23 +225,20 @@ class Pivoting {
     m_accurate = true;
     m_standing = 0;
     const EnclosingBall rough = m_ball;
-    Begin(rough.contact[0]);
+    Begin(rough.contact[0], rough.index[0]);
     for (int k = 1; k < rough.contacts; ++k) {
-      if (SquareOf(m_ball.centre, rough.contact[k]) > m_square) Add(rough.contact[k]);
+      if (SquareOf(m_ball.centre, rough.contact[k]) > m_square) Add(rough.contact[k], rough.index[k]);
     }
   }
 
   // The smallest ball around the contacts and a point outside. False, and no change, when rounding has kept the radius
   // from growing too often.
-  bool Add(const Vec3& point) {
+  bool Add(const Vec3& point, std::size_t index) {
     const EnclosingBall old = m_ball;
     double best = std::numeric_limits<double>::infinity();
-    // The subsets of the old contacts, by ascending size; the new point belongs to all.
-    for (int size = 1; size <= D; ++size) {
-      for (unsigned subset = 1; subset < (1u << old.contacts); ++subset) {
-        if (std::popcount(subset) == size) Try(old, subset, point, best);
-      }
-    }
+    // The subsets of the old contacts; the new point belongs to all.
+    for (const unsigned subset : kSubsets)
+      if (subset < (1u << old.contacts)) Try(old, subset, point, index, best);
     const bool grows = best > m_square;
     if (!std::isfinite(best) || (!grows && ++m_standing > kMostStanding)) {
       m_ball = old;
@@ -245,35 +249,59 @@ class Pivoting {
     return true;
   }
 
-  static double LeastMultiplier(const EnclosingBall& ball) {
-    return *std::min_element(ball.multiplier, ball.multiplier + ball.contacts);
+  // Of up to D + 1 contacts, those of up to D by ascending size.
+  static constexpr std::array<unsigned, D == 2 ? 6 : 14> kSubsets = [] {
+    std::array<unsigned, D == 2 ? 6 : 14> subsets{};
+    std::size_t count = 0;
+    for (int size = 1; size <= D; ++size)
+      for (unsigned subset = 1; subset < (1u << (D + 1)); ++subset)
+        if (std::popcount(subset) == size) subsets[count++] = subset;
+    return subsets;
+  }();
+
+  static double LeastMultiplier(const double* multiplier, int count) {
+    return *std::min_element(multiplier, multiplier + count);
   }
 
-  void Try(const EnclosingBall& old, unsigned subset, const Vec3& point, double& best) {
-    EnclosingBall ball;
-    ball.contact[ball.contacts++] = point;
+  void Try(const EnclosingBall& old, unsigned subset, const Vec3& point, std::size_t index, double& best) {
+    Vec3 p[D + 1] = {point};
+    std::size_t place[D + 1] = {index};
+    int count = 1;
     for (int k = 0; k < old.contacts; ++k) {
-      if ((subset >> k & 1u) != 0) ball.contact[ball.contacts++] = old.contact[k];
+      if ((subset >> k & 1u) == 0) continue;
+      place[count] = old.index[k];
+      p[count++] = old.contact[k];
     }
-    const Vec3(&p)[EnclosingBall::kMostContacts] = ball.contact;
-    const Circumscribed around = ball.contacts == 2   ? ThroughTwo(p[0], p[1])
-                                 : ball.contacts == 3 ? ThroughThree(p[0], p[1], p[2], m_accurate)
-                                                      : ThroughFour(p[0], p[1], p[2], p[3], m_accurate);
+    const Circumscribed around = Around(p, count);
     double farthest = SquareOf(around.centre, point);
     for (int k = 0; k < old.contacts; ++k) farthest = std::max(farthest, SquareOf(around.centre, old.contact[k]));
-    std::copy_n(around.multiplier, EnclosingBall::kMostContacts, ball.multiplier);
     const bool smaller = farthest < best * (1.0 - kSameRadius);
     const bool same = farthest <= best * (1.0 + kSameRadius);
-    if (!smaller && !(same && LeastMultiplier(ball) > LeastMultiplier(m_ball))) return;
+    if (!smaller &&
+        !(same && LeastMultiplier(around.multiplier, count) > LeastMultiplier(m_ball.multiplier, m_ball.contacts)))
+      return;
     best = farthest;
-    ball.centre = around.centre;
-    m_ball = ball;
+    m_ball.centre = around.centre;
+    m_ball.contacts = count;
+    std::copy_n(p, count, m_ball.contact);
+    std::copy_n(place, count, m_ball.index);
+    std::copy_n(around.multiplier, count, m_ball.multiplier);
+  }
+
+  Circumscribed Around(const Vec3 (&p)[D + 1], int count) const {
+    if (count == 2) return ThroughTwo(p[0], p[1]);
+    if constexpr (D == 3) {
+      if (count == 4) return ThroughFour(p[0], p[1], p[2], p[3], m_accurate);
+    }
+    return ThroughThree(p[0], p[1], p[2], m_accurate);
   }
 
   PointBlocks& m_points;
+  BallPrecision m_precision;
   Gauge<D> m_gauge;
   EnclosingBall m_ball;
   double m_square = -1.0;
+  std::size_t m_begin = 0;  // of the block that passes
   bool m_finite = true;
   bool m_accurate = false;
   int m_standing = 0;
@@ -283,8 +311,8 @@ class Pivoting {
 }  // namespace
 
 template<int D>
-EnclosingBall SmallestEnclosingBall(PointBlocks& points, const Vec3 (&axes)[D]) {
-  Pivoting<D> pivoting(points, axes);
+EnclosingBall SmallestEnclosingBall(PointBlocks& points, const Vec3 (&axes)[D], BallPrecision precision) {
+  Pivoting<D> pivoting(points, axes, precision);
   const bool finite = pivoting.Run();
   const double square = pivoting.Square();
   if (!finite || (!(square >= kSafeSmall && square <= kSafeLarge) && points.Size() > 1)) {
@@ -293,7 +321,7 @@ EnclosingBall SmallestEnclosingBall(PointBlocks& points, const Vec3 (&axes)[D]) 
   return pivoting.InCallersUnit();
 }
 
-template EnclosingBall SmallestEnclosingBall<2>(PointBlocks&, const Vec3 (&)[2]);
-template EnclosingBall SmallestEnclosingBall<3>(PointBlocks&, const Vec3 (&)[3]);
+template EnclosingBall SmallestEnclosingBall<2>(PointBlocks&, const Vec3 (&)[2], BallPrecision);
+template EnclosingBall SmallestEnclosingBall<3>(PointBlocks&, const Vec3 (&)[3], BallPrecision);
 
 }  // namespace nu::internal

