@@ -201,7 +201,7 @@ TEST(NarrowestSlab, TakesAnyInput) {
 TEST(NarrowestSlab, EndsWhereManyDirectionsCompete) {
   Random random(53);
   const int n = 4000;
-  Set sphere, bar, arcs;
+  Set sphere, bar, arcs, helix, saddle;
   for (int i = 0; i < n; ++i) {
     const double t = random.Uniform(0, 360) * kDegree, c = random.Uniform(-1, 1);
     const double s = std::sqrt(1 - c * c);
@@ -210,6 +210,14 @@ TEST(NarrowestSlab, EndsWhereManyDirectionsCompete) {
     const double a = random.Uniform(-1, 1);
     arcs.push_back(i % 2 == 0 ? Xyz{std::sin(a), 0, std::cos(a)} : Xyz{0, std::sin(a), -std::cos(a)});
   }
+  // Either end of a helix is a neighbour of very many corners, and round a closed curve the ways across are long.
+  for (int i = 0; i < 5 * n; ++i) {
+    const double t = random.Uniform(0, 360) * kDegree;
+    helix.push_back({std::cos(3 * t), std::sin(3 * t), t});
+    saddle.push_back({std::cos(t), std::sin(t), std::cos(2 * t)});
+  }
+  CheckContacts(helix, SlabOf(helix, {}), {0, 0, 0});
+  CheckContacts(saddle, SlabOf(saddle, {}), {0, 0, 0});
   // Below the diameter by about the depth of the largest gap between the points.
   EXPECT_NEAR(SlabOf(sphere, {}).width, 2.0 - 20.0 / n, 20.0 / n);
   EXPECT_NEAR(SlabOf(bar, {}).width, 2.0 - 1e-4, 1e-4);

@@ -1,6 +1,9 @@
 #include "nu/geometry/internal/hull3.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <limits>
 #include <utility>
 
 namespace nu::internal {
@@ -11,6 +14,65 @@ int Mark(int apex, bool isSeen) {
   return 2 * apex + (isSeen ? 1 : 0);
 }
 
+// Sets up to this size grow at once, and so do the first points of larger ones. Measured, and so is the growth.
+constexpr std::size_t kFirstStage = 1000;
+constexpr int kGrowthBits = 3;  // each stage takes 2^3 times the points before
+
+int StagesFor(std::size_t size) {
+  int stages = 0;
+  for (; size > kFirstStage; size >>= kGrowthBits) ++stages;
+  return stages;
+}
+
+// By a fixed hash, so that no pattern of the data decides (T. Wang, integer hash functions, 1997).
+int StageOf(std::uint32_t i, int last) {
+  i = (i ^ 61u) ^ (i >> 16);
+  i *= 9u;
+  i ^= i >> 4;
+  i *= 0x27d4eb2du;
+  i ^= i >> 15;
+  return last - std::min(last, std::countl_zero(i) / kGrowthBits);
+}
+
+// Along a space-filling curve (G. M. Morton, 1966) in the coordinates that a simplex spans.
+class SpaceOrder {
+ public:
+  SpaceOrder(const std::vector<IndexedPoint>& points, const Vec3 (&simplex)[4]) : m_origin(simplex[0]) {
+    const Vec3 a = simplex[1] - m_origin, b = simplex[2] - m_origin, c = simplex[3] - m_origin;
+    m_across[0] = Unit(Cross(b, c)), m_across[1] = Unit(Cross(c, a)), m_across[2] = Unit(Cross(a, b));
+    for (const IndexedPoint& p : points) {
+      for (int k = 0; k < 3; ++k) {
+        const double t = Along(p, k);
+        m_least[k] = std::min(m_least[k], t);
+        m_most[k] = std::max(m_most[k], t);
+      }
+    }
+  }
+
+  static constexpr int kBits = 10;  // of a coordinate
+  std::uint64_t CodeOf(const IndexedPoint& p) const {
+    std::uint32_t cell[3];
+    for (int k = 0; k < 3; ++k) {
+      constexpr double kLast = (1 << kBits) - 1;
+      const double t = (Along(p, k) - m_least[k]) / (m_most[k] - m_least[k]) * kLast;
+      cell[k] = t > 0.0 ? static_cast<std::uint32_t>(std::min(t, kLast)) : 0u;
+    }
+    std::uint64_t code = 0;
+    for (int bit = kBits - 1; bit >= 0; --bit) {
+      for (const std::uint32_t c : cell) code = 2 * code + ((c >> bit) & 1u);
+    }
+    return code;
+  }
+
+ private:
+  double Along(const IndexedPoint& p, int k) const { return Dot(m_across[k], LoadVec3(p.xyz) - m_origin); }
+
+  Vec3 m_origin;
+  Vec3 m_across[3];
+  double m_least[3] = {};
+  double m_most[3] = {};
+};
+
 }  // namespace
 
 bool Hull3::Add(const std::vector<IndexedPoint>& points) {
@@ -19,13 +81,100 @@ bool Hull3::Add(const std::vector<IndexedPoint>& points) {
   m_next.resize(m_points.size(), -1);
   m_faceOf.resize(m_points.size(), -1);
   const bool hadFaces = m_dimension == 3;
-  if (!hadFaces && !MakeSimplex()) return true;
+  if (!hadFaces && !FindSimplex()) return true;
+  if (!hadFaces && m_points.size() > kFirstStage && FindInside()) return GrowInStages();
+  if (!hadFaces) MakeSimplex();
   // Signs of corners against their own faces would take all digits.
   const auto isPlaced = [&](int i) { return std::find(m_simplex.begin(), m_simplex.end(), i) != m_simplex.end(); };
   for (int i = hadFaces ? first : 0; i < static_cast<int>(m_points.size()); ++i) {
     if (hadFaces || !isPlaced(i)) PlaceOnAnyFace(i);
   }
   return Grow();
+}
+
+// The middle of the simplex is inside all that grows from it, unless rounding brings it to a side.
+bool Hull3::FindInside() {
+  const Vec3 middle = 0.25 * (LoadVec3(At(m_simplex[0])) + LoadVec3(At(m_simplex[1])) + LoadVec3(At(m_simplex[2])) +
+                              LoadVec3(At(m_simplex[3])));
+  m_inside[0] = middle.x, m_inside[1] = middle.y, m_inside[2] = middle.z;
+  for (int k = 0; k < 4; ++k) {
+    const double* p = At(m_simplex[k]);
+    const double* q = At(m_simplex[(k + 1) % 4]);
+    const double* r = At(m_simplex[(k + 2) % 4]);
+    const Normal3 normal(p, q, p, r);
+    if (normal.SignOfHeight(p, m_inside) * normal.SignOfHeight(p, At(m_simplex[(k + 3) % 4])) <= 0) return false;
+  }
+  return true;
+}
+
+// The simplex first, then all points in stages, each along a space-filling curve: what comes together is near in memory
+// and in space (N. Amenta, S. Choi, G. Rote, Incremental constructions con BRIO, SCG 2003).
+std::vector<int> Hull3::ArrangeInStages() {
+  const int last = StagesFor(m_points.size());
+  const Vec3 simplex[] = {LoadVec3(At(m_simplex[0])), LoadVec3(At(m_simplex[1])), LoadVec3(At(m_simplex[2])),
+                          LoadVec3(At(m_simplex[3]))};
+  const SpaceOrder order(m_points, simplex);
+  constexpr int kIndexBits = 30;
+  std::vector<std::uint64_t> keys(m_points.size());
+  std::vector<int> ends(static_cast<std::size_t>(last) + 1, 0);
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    const bool isInSimplex = std::find(m_simplex.begin(), m_simplex.end(), static_cast<int>(i)) != m_simplex.end();
+    const int stage = isInSimplex ? 0 : StageOf(static_cast<std::uint32_t>(i), last);
+    ++ends[static_cast<std::size_t>(stage)];
+    const std::uint64_t block = isInSimplex ? 0u : static_cast<std::uint64_t>(stage) + 1u;
+    keys[i] = (((block << (3 * SpaceOrder::kBits)) | order.CodeOf(m_points[i])) << kIndexBits) | i;
+  }
+  std::sort(keys.begin(), keys.end());
+  std::vector<IndexedPoint> arranged;
+  arranged.reserve(m_points.size());
+  for (const std::uint64_t key : keys) arranged.push_back(m_points[key & ((std::uint64_t{1} << kIndexBits) - 1)]);
+  m_points.swap(arranged);
+  m_simplex = {0, 1, 2, 3};
+  for (std::size_t k = 1; k < ends.size(); ++k) ends[k] += ends[k - 1];
+  return ends;
+}
+
+// Of many points most are covered, or find their place on the surface, by a few faces near them: the hull of an eighth
+// of them leads to it.
+bool Hull3::GrowInStages() {
+  const std::vector<int> ends = ArrangeInStages();
+  MakeSimplex();
+  int i = 4;
+  for (const int end : ends) {
+    int f = 0;
+    while (!m_faces[f].isAlive) ++f;
+    for (; i < end; ++i) {
+      if (WalkTowards(i, f)) {
+        Offer(f, NormalOf(m_faces[f]), i);
+      } else {
+        PlaceOnAnyFace(i);
+      }
+    }
+    if (!Grow()) return false;
+  }
+  return true;
+}
+
+// From face f to that through which the way from the inside point to a point leads; a point beyond the surface is
+// beyond this face. Seen from inside, the faces are a regular triangulation of the directions, in which no walk returns
+// (H. Edelsbrunner, An acyclicity theorem for cell complexes in d dimensions, Combinatorica 10, 1990). False after as
+// many steps as there are faces, which flat parts of the surface might cause.
+bool Hull3::WalkTowards(int point, int& f) const {
+  int before = -1;
+  for (std::size_t step = 0; step < m_faces.size(); ++step) {
+    const Face& face = m_faces[f];
+    const auto leadsOn = [&](int k) {
+      if (face.across[k] == before) return false;
+      const Normal3 side(m_inside, At(face.corner[k]), m_inside, At(face.corner[kNext[k]]));
+      return side.SignOfHeight(m_inside, At(point)) < 0;
+    };
+    int k = 0;
+    while (k < 3 && !leadsOn(k)) ++k;
+    if (k == 3) return true;
+    before = f;
+    f = face.across[k];
+  }
+  return false;
 }
 
 // Where no point is off the space of the first ones by rounded arithmetic, exact signs have the last word.
@@ -46,7 +195,7 @@ int Hull3::AnyPointOff(int dimension, int guess) const {
   return -1;
 }
 
-bool Hull3::MakeSimplex() {
+bool Hull3::FindSimplex() {
   m_dimension = m_points.empty() ? -1 : 0;
   if (m_points.empty()) return false;
   m_simplex[0] = 0;
@@ -71,6 +220,10 @@ bool Hull3::MakeSimplex() {
     if (m_dimension == 0) line = LoadVec3(At(next)) - origin;
     if (m_dimension == 1) normal = Cross(line, LoadVec3(At(next)) - origin);
   }
+  return true;
+}
+
+void Hull3::MakeSimplex() {
   auto [a, b, c, d] = m_simplex;
   if (Normal3(At(a), At(b), At(a), At(c)).SignOfHeight(At(a), At(d)) > 0) std::swap(b, c);
   const int base = MakeFace(a, b, c);
@@ -82,7 +235,6 @@ bool Hull3::MakeSimplex() {
     Link(side[k], corner[k], side[kNext[kNext[k]]]);
     Link(side[k], d, side[kNext[k]]);
   }
-  return true;
 }
 
 int Hull3::MakeFace(int a, int b, int c) {

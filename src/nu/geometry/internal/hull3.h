@@ -2,6 +2,7 @@
 #define NU_GEOMETRY_INTERNAL_HULL3_H
 
 #include <array>
+#include <cstddef>
 #include <vector>
 
 #include "nu/geometry/internal/box_tree.h"
@@ -67,7 +68,12 @@ class Hull3 {
     int beyond;
   };
 
-  bool MakeSimplex();
+  bool FindSimplex();
+  void MakeSimplex();
+  bool FindInside();
+  std::vector<int> ArrangeInStages();
+  bool GrowInStages();
+  bool WalkTowards(int point, int& f) const;
   int AnyPointOff(int dimension, int guess) const;
   int MakeFace(int a, int b, int c);
   void Link(int f, int from, int g);
@@ -81,6 +87,7 @@ class Hull3 {
 
   int m_dimension = -1;
   std::array<int, 4> m_simplex{-1, -1, -1, -1};
+  double m_inside[3] = {};  // strictly inside, for the walks of large sets
   std::vector<IndexedPoint> m_points;
   std::vector<int> m_next;    // per point: the next one in its list
   std::vector<int> m_faceOf;  // per point: a face at that corner; while capping, the new face that starts there

@@ -47,6 +47,8 @@ class Normal3 {
   double HeightError(const double* t, const double* u) const {
     return m_error.x * std::fabs(u[0] - t[0]) + m_error.y * std::fabs(u[1] - t[1]) + m_error.z * std::fabs(u[2] - t[2]);
   }
+  // The same for any two points that are not farther apart.
+  double MostHeightError(double distance) const { return std::sqrt(Dot(m_error, m_error)) * distance; }
   int SignOfHeight(const double* t, const double* u) const {
     const double height = Height(t, u);
     const double error = HeightError(t, u);

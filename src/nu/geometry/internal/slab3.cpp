@@ -4,12 +4,14 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <utility>
 #include <vector>
 
 #include "nu/foundation/internal/simd.h"
 #include "nu/geometry/internal/extents.h"
 #include "nu/geometry/internal/hull3.h"
+#include "nu/geometry/internal/oriented_boxes.h"
 
 // While a slab turns about two edges or vertices that it rests on, its width has no minimum: the narrowest slab rests
 // on a face and a vertex of the hull, or on two edges (M. E. Houle, G. T. Toussaint, Computing the width of a set, IEEE
@@ -108,7 +110,6 @@ class SlabSearch {
 
   // Its square stays infinite when no slab is within the limit. False when signs contradict each other.
   bool FindNarrowest(Candidate& narrowest) {
-    FindLandmarks();
     FindAntipodes();
     const auto& faces = m_hull.Faces();
     for (int f = 0; f < static_cast<int>(faces.size()) && !m_contradicts; ++f) {
@@ -122,46 +123,137 @@ class SlabSearch {
   }
 
  private:
+  // A corner so far across from a face that slabs along its normal are too wide, or else the farthest one.
+  struct Across {
+    int corner = -1;
+    bool isLowest = false;
+  };
   // A part of an edge's arc, with the vertices across at its ends.
   struct Part {
     Direction first, last;
     int firstAcross, lastAcross;
   };
 
+  // A box that is still to be searched, with a bound on the height of its corners.
+  struct Pending {
+    int node;
+    double least;
+  };
+  // Above the rounding of a box's height, in units of the error of the normal.
+  static constexpr double kDescentError = 8.0;
+
   const double* At(int i) const { return m_hull.At(i); }
 
   // ---- vertices across
 
-  // Some corners, from which the way to any other is short, for hulls on which it is not short anyhow.
-  void FindLandmarks() {
-    constexpr std::size_t kLargeHull = 1000;
-    const auto& faces = m_hull.Faces();
-    if (faces.size() < kLargeHull) return;
-    const auto step = static_cast<std::size_t>(std::sqrt(static_cast<double>(faces.size())));
-    for (std::size_t f = 0; f < faces.size(); f += step) {
-      if (faces[f].isAlive) m_landmarks.push_back(faces[f].corner[0]);
-    }
-  }
-
   // The lowest corner along the normal, from corner v on downhill: on a convex surface that ends at the bottom. A
-  // corner that is known to be as high as v need not be compared, which would take all digits. No corner comes twice.
+  // corner that is known to be as high as v need not be compared, which would take all digits. On a long way, as round
+  // a curve, the boxes lead to the bottom but for rounding. Where v has very many neighbours, as the ends of a helix
+  // have, they show that none is lower: to compare all of them for each of their faces would take quadratic time.
+  // Before and after the boxes no corner comes twice.
   int Lowest(const Normal3& normal, int v, int level = -1) {
-    constexpr int kShortWay = 24;
-    for (int steps = 0; steps < m_hull.Size(); ++steps) {
-      if (steps == kShortWay) {
-        for (const int w : m_landmarks) {
-          if (normal.SignOfHeight(At(v), At(w)) < 0) v = w;
-        }
+    constexpr int kShortWay = 8;
+    constexpr int kManyNeighbours = 64;
+    bool isNear = false;
+    for (int steps = 0; steps < 2 * m_hull.Size(); ++steps) {
+      if (steps >= kShortWay && !isNear && IsWorthBoxes()) {
+        v = LowButForRounding(normal, v);
+        isNear = true;
       }
       const int start = v;
-      m_hull.ForNeighbours(start, [&](int w) {
-        if (w != level && normal.SignOfHeight(At(start), At(w)) < 0) v = w;
-        return v != start;
-      });
-      if (v == start) return v;
+      if (!FindLowerNeighbour(normal, v, level, kManyNeighbours)) return v;
+      if (v == start && IsLowestInBoxes(normal, v, level)) return v;
+      if (v == start && !FindLowerNeighbour(normal, v, level, std::numeric_limits<int>::max())) return v;
     }
     m_contradicts = true;
     return v;
+  }
+
+  // False when all neighbours are compared and none is lower. Where v stays the same, only `most` are compared.
+  bool FindLowerNeighbour(const Normal3& normal, int& v, int level, int most) const {
+    const int start = v;
+    int count = 0;
+    m_hull.ForNeighbours(start, [&](int w) {
+      if (w != level && normal.SignOfHeight(At(start), At(w)) < 0) v = w;
+      return v != start || ++count == most;
+    });
+    return v != start || count == most;
+  }
+
+  // A few long ways take less time than the boxes.
+  bool IsWorthBoxes() { return m_boxes || ++m_longSteps > m_hull.Size(); }
+
+  // All corners, each with its number in the hull as the index.
+  void PackCorners() {
+    std::vector<IndexedPoint> corners;
+    std::vector<bool> isTaken(static_cast<std::size_t>(m_hull.Size()));
+    for (const Hull3::Face& face : m_hull.Faces()) {
+      for (const int v : face.corner) {
+        const auto place = static_cast<std::size_t>(v);
+        if (!face.isAlive || isTaken[place]) continue;
+        isTaken[place] = true;
+        corners.push_back(m_hull.PointAt(v));
+        corners.back().index = v;
+      }
+    }
+    m_boxes.emplace(std::move(corners));
+  }
+
+  // Takes boxes to visit(box) that may hold a corner more than `slack`, times the error of its height, below the height
+  // `best` over v, which falls on the way. Returns false when `most` boxes are not enough.
+  template<class Visit>
+  bool SearchBoxes(const Normal3& normal, int v, double slack, int most, const double& best, Visit visit) {
+    if (!m_boxes) PackCorners();
+    const auto push = [&](int node) {
+      const OrientedBoxes::Descent descent = m_boxes->DescentTo(node, LoadVec3(At(v)), normal.Rounded());
+      m_way.push_back({node, descent.height - slack * kDescentError * normal.MostHeightError(descent.distance)});
+    };
+    m_way.clear();
+    push(0);
+    for (int count = 0; !m_way.empty(); ++count) {
+      const Pending next = m_way.back();
+      m_way.pop_back();
+      if (next.least > best) continue;
+      if (count == most) return false;
+      const BoxTree::Node& node = m_boxes->Nodes()[static_cast<std::size_t>(next.node)];
+      if (node.IsLeaf()) {
+        visit(node);
+        continue;
+      }
+      push(next.node + 1);
+      push(node.right);
+      if (m_way.back().least > m_way[m_way.size() - 2].least) std::swap(m_way.back(), m_way[m_way.size() - 2]);
+    }
+    return true;
+  }
+
+  int LowButForRounding(const Normal3& normal, int v) {
+    double best = 0.0;
+    int lowest = v;
+    SearchBoxes(normal, v, -1.0, std::numeric_limits<int>::max(), best, [&](const BoxTree::Node& node) {
+      for (int k = node.begin; k < node.end; ++k) {
+        const IndexedPoint& p = m_boxes->PointAt(k);
+        const double height = normal.Height(At(v), p.xyz);
+        if (height < best) best = height, lowest = p.index;
+      }
+    });
+    return lowest;
+  }
+
+  // Leads to a lower corner v when there is one. False also where too many corners are as low within rounding.
+  bool IsLowestInBoxes(const Normal3& normal, int& v, int level) {
+    constexpr int kMostBoxes = 1000;
+    const int start = v;
+    double best = 0.0;
+    const bool isAll = SearchBoxes(normal, start, 1.0, kMostBoxes, best, [&](const BoxTree::Node& node) {
+      for (int k = node.begin; v == start && k < node.end; ++k) {
+        const IndexedPoint& p = m_boxes->PointAt(k);
+        if (p.index == start || p.index == level || normal.SignOfHeight(At(start), p.xyz) >= 0) continue;
+        v = p.index;
+        best = -std::numeric_limits<double>::infinity();
+      }
+    });
+    return isAll && v == start;
   }
 
   // Within a flat face all is level: the way down starts beside the top one.
@@ -175,25 +267,31 @@ class SlabSearch {
     return face.corner[0];
   }
 
-  // Each face's, from that of a neighbour.
+  // Of each face, from that of a neighbour.
   void FindAntipodes() {
     const auto& faces = m_hull.Faces();
-    m_antipode.assign(faces.size(), -1);
+    m_across.assign(faces.size(), {});
     std::vector<int> queue;
     int f = 0;
     while (!faces[f].isAlive) ++f;
-    m_antipode[f] = Lowest(m_hull.NormalOf(faces[f]), CornerBelow(faces[f]));
+    FindLowest(f, CornerBelow(faces[f]));
     queue.push_back(f);
     for (std::size_t i = 0; i < queue.size() && !m_contradicts; ++i) {
-      const Hull3::Face& face = faces[queue[i]];
-      const int antipode = m_antipode[queue[i]];
-      OfferFace(face, antipode);
-      for (const int g : face.across) {
-        if (m_antipode[g] >= 0) continue;
-        m_antipode[g] = Lowest(m_hull.NormalOf(faces[g]), antipode);
+      const int v = m_across[queue[i]].corner;
+      for (const int g : faces[queue[i]].across) {
+        if (m_across[g].corner >= 0) continue;
+        m_across[g].corner = v;
+        if (!IsTooWide(m_hull.NormalOf(faces[g]), At(v), At(faces[g].corner[0]))) FindLowest(g, v);
         queue.push_back(g);
       }
     }
+  }
+
+  void FindLowest(int f, int start) {
+    if (m_across[f].isLowest) return;
+    const Hull3::Face& face = m_hull.Faces()[f];
+    m_across[f] = {Lowest(m_hull.NormalOf(face), start), true};
+    OfferFace(face, m_across[f].corner);
   }
 
   // ---- pairs of edges
@@ -201,13 +299,20 @@ class SlabSearch {
   void AlongEdge(int f, int k) {
     const auto& faces = m_hull.Faces();
     const int g = faces[f].across[k];
-    if (m_antipode[f] == m_antipode[g]) return;
+    if (m_across[f].corner == m_across[g].corner) return;
     const int a = faces[f].corner[k];
     const int b = faces[f].corner[Hull3::kNext[k]];
     const Normal3 first = m_hull.NormalOf(faces[f]);
+    const Normal3 last = m_hull.NormalOf(faces[g]);
+    for (const int v : {m_across[f].corner, m_across[g].corner}) {
+      if (IsTooWide(first, At(v), At(a)) && IsTooWide(last, At(v), At(a))) return;
+    }
+    FindLowest(f, m_across[f].corner);
+    FindLowest(g, m_across[g].corner);
+    if (m_across[f].corner == m_across[g].corner) return;
     const int beyond = Opposite(faces[g], a, b);
     if (first.SignOfHeight(At(a), At(beyond)) == 0) return;
-    m_parts.push_back({Direction(first), Direction(m_hull.NormalOf(faces[g])), m_antipode[f], m_antipode[g]});
+    m_parts.push_back({Direction(first), Direction(last), m_across[f].corner, m_across[g].corner});
     // Along an arc no vertex is across in two places.
     for (int cuts = 0; !m_parts.empty() && !m_contradicts; ++cuts) {
       const Part part = m_parts.back();
@@ -230,6 +335,8 @@ class SlabSearch {
     const double* first = At(part.firstAcross);
     const double* last = At(part.lastAcross);
     const Normal3 normal(At(a), At(b), first, last);
+    // On either side of this direction one of the two keeps the slab at least as wide as at the ends.
+    if (IsTooWide(normal, first, At(a))) return;
     const int lowest = Lowest(normal, part.firstAcross, part.lastAcross);
     if (normal.SignOfHeight(first, At(lowest)) == 0) return OfferEdges(a, b, part.firstAcross, part.lastAcross);
     const Direction middle(normal);
@@ -330,8 +437,10 @@ class SlabSearch {
 
   const Hull3& m_hull;
   double m_limit;
-  std::vector<int> m_landmarks;
-  std::vector<int> m_antipode;  // per face: a corner farthest from its plane
+  std::optional<OrientedBoxes> m_boxes;  // of the corners, once they are needed
+  int m_longSteps = 0;                   // that were taken without them
+  std::vector<Pending> m_way;
+  std::vector<Across> m_across;  // per face
   std::vector<Part> m_parts;
   bool m_contradicts = false;
   Candidate m_best;
