@@ -23,10 +23,10 @@ CNuPCurve* NewPCurve(const QuadricCurve& curve, const AxisFrame& frame, double s
 // to the size of the surfaces and with its logarithm beyond that; it is continuous, however steep the curve is. A
 // closed curve takes a turn of 2 pi, one that passes a double point of its own twice takes 4 pi, smoothly through it.
 //
-// A branch that goes to infinity is cut off where it is as far along its generators, from the origin of its frame, as a
-// part can be whose coordinates are known to NuGetLengthTol(): this over DBL_EPSILON, 4504 by default, or a thousand
-// times the size of the surfaces and their distance where that is more. A branch that begins farther out is kept up to
-// a thousand times its least distance. The range is open at both ends.
+// A branch that goes to infinity is cut off where it is as far along its generators, from the origin of its frame or
+// from the apex of a second cone, as a part can be whose coordinates are known to NuGetLengthTol(): this over
+// DBL_EPSILON, 4504 by default, or a thousand times the size of the surfaces and their distance where that is more. A
+// branch that begins farther out is kept up to a thousand times its least distance. The range is open at both ends.
 class NU_EXPORT CNuPCurve : public CNuCurve {
  public:
   // No memory: CNuMemoryException.

@@ -37,7 +37,8 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
   //   CNuLine and the other branches.
   // - A sphere around a point of the axis: none to two CNuCircle.
   // Surfaces that are not finite: cause 45. A contact, line or circle that is not on both surfaces by this
-  // tolerance, which takes a large one: CNuOperationException cause 46, "calculation", and `result` stays as it was.
+  // tolerance, which takes a large one, or a branch that cannot be followed, as where roundings decide how it runs:
+  // CNuOperationException cause 46, "calculation", and `result` stays as it was.
   int IntersectWith(const CNuCylSurf& other, CNuObjArray* result) const;
   int IntersectWith(const CNuConSurf& other, CNuObjArray* result) const;
   int IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) const;

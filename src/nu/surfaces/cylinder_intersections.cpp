@@ -50,12 +50,11 @@ std::vector<double> RootsOfSlope(const CNuTriagPolynomial& h, double radius, dou
 }
 
 // On the generators of the cylinder; with those parallel to one of a cone, nothing is quadratic.
-void MeetOnCylinder(QuadricStage stage, bool isParallelToOther, Kernel kernel, QuadricMeeting& meeting) {
+void MeetOnCylinder(const QuadricStage& stage, bool isParallelToOther, Kernel kernel, QuadricMeeting& meeting) {
   CNuTriagPolynomial curve[3];
   CNuInterval ranges[kMostRanges];
   const CNuCylSurf upright(std::max(stage.pair.base.radius, DBL_MIN));
   const int count = (upright.*kernel)(stage.Quadric(), curve, ranges);
-  stage.TakeCurve(curve);
   const auto branches =
       isParallelToOther ? BranchesThroughInfinity(stage.pair, RootsOfSlope(curve[1], upright.GetRadius(), stage.tol),
                                                   stage.tol, stage.reach)
@@ -160,14 +159,11 @@ int CNuCylSurf::IntersectWith(const CNuConSurf& other, CNuObjArray* result) cons
   }
   if (!isParallel && meeting.AddAroundCommonSphere(*this)) return meeting.HandOverTo(result);
   const bool isParallelToGenerator = AreSameAngles(angle, other.GetSemiAngle());
-  // Next to its apex the equation of a cone is of second order, and lost in its roundings: there the cone is the base.
-  constexpr double kNear = 1e-6;  // the square of which is well above rounding
-  const double apexOffset = std::fabs(apexDistance - cylinder.radius);
-  const bool isAtApex = apexOffset <= meeting.Tol();
+  const bool isAtApex = std::fabs(apexDistance - cylinder.radius) <= meeting.Tol();
   if (isAtApex && isParallelToGenerator) meeting.AddLine(cone.point, cylinder.axis);
-  if (isAtApex || (apexOffset <= kNear * cylinder.radius && !isParallelToGenerator)) {
+  if (isAtApex) {
     const QuadricStage stage(cone, cylinder, cone.point, meeting);
-    MeetOnCone(stage, {isAtApex, isAtApex && isParallelToGenerator}, &CNuConSurf::Intersect, meeting);
+    MeetOnCone(stage, {true, isParallelToGenerator}, &CNuConSurf::Intersect, meeting);
   } else {
     const QuadricStage stage(cylinder, cone, foot, meeting);
     MeetOnCylinder(stage, isParallelToGenerator, &CNuCylSurf::Intersect, meeting);

@@ -1,10 +1,7 @@
-// The square root of the discriminant d = h^2 - a c carries a point smoothly through the generators that touch, where
-// d = 0, if it is taken with a sign that changes there. So that it vanishes exactly there, and does not jump by the
-// root of a rounding, d is summed up from its rise since the nearest of these,
-//   d(u) - d(e) = (h - h_e)(h + h_e) - a (c - c_e) - c_e (a - a_e), each difference of which has the factor
-// sin((u - e) / 2). On a path that swings, u - e itself is known as 2 half sin^2(v/2), without a difference.
-
 #include "nu/curves/internal/quadric_curve.h"
+
+#include <cfloat>
+#include <limits>
 
 #include "nu/curves/internal/quadric_equation.h"
 #include "nu/foundation/constants.h"
@@ -14,30 +11,112 @@
 namespace nu::internal {
 
 double Wave2::At(double u) const {
-  const auto [y, x] = SinCos(u);
-  return c0 + (c1 * x + s1 * y) + (c2 * (x - y) * (x + y) + s2 * (2.0 * x * y));
+  const auto [half, cosine] = SinCos(0.5 * u);
+  const double sine = 2.0 * half * cosine;
+  const double rest = 2.0 * half * half;
+  return value + (sine * (slope + mixed * rest + square * sine) + versed * rest);
 }
 
-double Wave2::Slope(double middle, double half) const {
-  const auto [y, x] = SinCos(middle);
-  const double second = s2 * (x - y) * (x + y) - c2 * (2.0 * x * y);
-  return (s1 * x - c1 * y) + 2.0 * Cos(half) * second;
+Wave2 Wave2::Derivative() const {
+  return {slope, versed + 2.0 * square, -slope - mixed, -2.0 * square, 2.0 * mixed};
+}
+
+double Wave2::Bound() const {
+  return std::fabs(value) + std::fabs(slope) + 2.0 * std::fabs(versed) + 2.0 * std::fabs(mixed) + std::fabs(square);
+}
+
+void Wave2::ToPolynomial(double (&p)[5]) const {
+  p[0] = value;
+  p[1] = 2.0 * slope;
+  p[2] = 2.0 * (value + versed) + 4.0 * square;
+  p[3] = 2.0 * slope + 4.0 * mixed;
+  p[4] = value + 2.0 * versed;
+}
+
+namespace {
+
+// A point or direction, turned around the z axis: at[0] + at[1] sin u + at[2] (1 - cos u).
+struct TurnedVector {
+  Vec3 at[3];
+};
+
+TurnedVector Turned(Vec3 v, Vec3 difference) {
+  return {{difference, {-v.y, v.x, 0.0}, {-v.x, -v.y, 0.0}}};
+}
+
+// The quadratic part of a quadric, as a bilinear form of v and w: |w x d|^2 of a cylinder, |w x d|^2 cos^2 a -
+// (w d)^2 sin^2 a of a cone. With the cross product, nothing cancels for directions that are nearly parallel.
+double Form(const RoundQuadric& surface, Vec3 v, Vec3 w) {
+  if (surface.kind == RoundQuadric::Kind::kSphere) return Dot(v, w);
+  const double across = Dot(Cross(v, surface.axis), Cross(w, surface.axis));
+  if (surface.kind == RoundQuadric::Kind::kCylinder) return across;
+  const double along = Dot(v, surface.axis) * Dot(w, surface.axis);
+  return surface.cosine * surface.cosine * across - surface.sine * surface.sine * along;
+}
+
+// Form(w, w) - radius^2 is the product of two factors; the first one is the distance from the surface.
+struct SquareFactors {
+  double difference = 0.0;
+  double sum = 0.0;
+};
+
+SquareFactors FactorsOf(const RoundQuadric& surface, Vec3 w, double radius) {
+  const bool isSphere = surface.kind == RoundQuadric::Kind::kSphere;
+  const double across = surface.cosine * (isSphere ? Norm(w) : Norm(Cross(w, surface.axis)));
+  const double rest = radius + surface.sine * std::fabs(Dot(w, surface.axis));
+  return {across - rest, across + rest};
+}
+
+double Square(const RoundQuadric& surface, Vec3 w, double radius) {
+  const SquareFactors factors = FactorsOf(surface, w, radius);
+  return factors.difference * factors.sum;
+}
+
+// Form(v, w) for all u but its value at 0, with (1 - cos u)^2 = 2 (1 - cos u) - sin^2 u.
+Wave2 FormOf(const RoundQuadric& surface, const TurnedVector& v, const TurnedVector& w, double value) {
+  const auto form = [&](int i, int k) { return Form(surface, v.at[i], w.at[k]); };
+  const double last = form(2, 2);
+  return {value, form(0, 1) + form(1, 0), form(0, 2) + form(2, 0) + 2.0 * last, form(1, 2) + form(2, 1),
+          form(1, 1) - last};
+}
+
+}  // namespace
+
+void QuadricPair::SetWaves() {
+  const bool isCylinder = base.kind == RoundQuadric::Kind::kCylinder;
+  const Vec3 direction = isCylinder ? Vec3{0.0, 0.0, 1.0} : Vec3{base.sine, 0.0, base.cosine};
+  const Vec3 first = isCylinder ? Vec3{base.radius, 0.0, 0.0} : start * direction;
+  const Vec3 difference = first - other.point;
+  const TurnedVector point = Turned(first, difference);
+  const TurnedVector generator = Turned(direction, direction);
+  a = FormOf(other, generator, generator, Square(other, direction, 0.0));
+  h = FormOf(other, generator, point, Form(other, direction, difference));
+  c = FormOf(other, point, point, Square(other, difference, other.radius));
 }
 
 Vec3 QuadricPair::On(double u, double t) const {
   const auto [y, x] = SinCos(u);
   if (base.kind == RoundQuadric::Kind::kCylinder) return {base.radius * x, base.radius * y, t};
-  return {t * base.sine * x, t * base.sine * y, t * base.cosine};
+  const double along = start + t;
+  return {along * base.sine * x, along * base.sine * y, along * base.cosine};
 }
 
+// Middle is c - h^2 / a = -d / a inside the quadric, in its equation.
 double QuadricPair::Depth(double u) const {
   constexpr double kClear = 1e-6;  // far above the roundings of the two products
+  constexpr double kRoundings = 16.0;
+  const double onGenerator = a.At(u);
   const double slope = h.At(u);
-  const double discriminant = slope * slope - a.At(u) * c.At(u);
+  const double product = onGenerator * c.At(u);
+  const double discriminant = slope * slope - product;
   const double largest = h.Bound() * h.Bound() + a.Bound() * c.Bound();
   if (std::fabs(discriminant) > kClear * largest) return std::copysign(HUGE_VAL, discriminant);
-  const double outside = other.OffsetOf(Middle(u)).distance;
-  return a.At(u) > 0.0 ? -outside : outside;
+  const SquareFactors factors = FactorsOf(other, Middle(u) - other.point, other.radius);
+  if (std::fabs(discriminant) > kRoundings * DBL_EPSILON * (slope * slope + std::fabs(product))) {
+    const double depth = discriminant / std::fabs(onGenerator) / factors.sum;
+    return std::isfinite(depth) ? depth : std::copysign(HUGE_VAL, discriminant);
+  }
+  return onGenerator > 0.0 ? -factors.difference : factors.difference;
 }
 
 // Newton's method with the shortest step to both tangent planes.
@@ -57,25 +136,12 @@ Vec3 QuadricPair::OnBoth(Vec3 p) const {
   return p;
 }
 
+double AngleNear(double u, double other) {
+  const double turns = std::round((u - other) / Nu_2PI);
+  return turns == 0.0 ? u : u - turns * Nu_2PI;
+}
+
 namespace {
-
-// A generator with d = 0, and how far another one is from it.
-struct Reference {
-  double u = 0.0;
-  double difference = 0.0;
-};
-
-bool IsNearer(const Reference& first, const Reference& second) {
-  return std::fabs(Sin(0.5 * first.difference)) < std::fabs(Sin(0.5 * second.difference));
-}
-
-double DiscriminantSince(const QuadricPair& pair, double u, const Reference& reference) {
-  const double half = 0.5 * reference.difference;
-  const double middle = reference.u + half;
-  const double slope = pair.h.Slope(middle, half) * (pair.h.At(u) + pair.h.At(reference.u)) -
-                       pair.a.At(u) * pair.c.Slope(middle, half) - pair.c.At(reference.u) * pair.a.Slope(middle, half);
-  return 2.0 * Sin(half) * slope;
-}
 
 double AroundPath(const QuadricPath& path, double v) {
   if (!path.closed) return std::clamp(v, path.lower, path.upper);
@@ -85,48 +151,6 @@ double AroundPath(const QuadricPath& path, double v) {
 }
 
 }  // namespace
-
-double QuadricCurve::RootAt(double v) const {
-  const double u = path.AngleAt(v);
-  double sign = path.sign;
-  bool isSet = false;
-  Reference nearest;
-  if (path.swings) {
-    const auto [sine, cosine] = SinCos(0.5 * v);
-    nearest = {path.middle - path.half, 2.0 * path.half * sine * sine};
-    const Reference end{path.middle + path.half, -2.0 * path.half * cosine * cosine};
-    if (IsNearer(end, nearest)) nearest = end;
-    if (sine * cosine < 0.0) sign = -sign;
-    isSet = true;
-  }
-  for (int k = 0; k < path.nodes; ++k) {
-    const Reference node{path.node[k], u - path.node[k]};
-    if (Sin(0.5 * node.difference) < 0.0) sign = -sign;
-    if (!isSet || IsNearer(node, nearest)) nearest = node;
-    isSet = true;
-  }
-  const double h = pair.h.At(u);
-  const double discriminant = isSet ? DiscriminantSince(pair, u, nearest) : h * h - pair.a.At(u) * pair.c.At(u);
-  return sign * std::sqrt(std::max(discriminant, 0.0));
-}
-
-// Of the two forms (root - h) / a = -c / (h + root) the second one is for roots that h takes away from the first; it
-// has the rounding of c.
-Vec3 QuadricCurve::OnPath(double v) const {
-  const double u = path.AngleAt(v);
-  const double h = pair.h.At(u);
-  if (path.sheets == QuadricPath::Sheets::kThroughInfinity) return pair.On(u, -pair.c.At(u) / (2.0 * h));
-  if (path.hasCommonLine) {
-    const double half = 0.5 * (u - path.commonLine);
-    const double middle = path.commonLine + half;
-    return pair.On(u, -2.0 * pair.h.Slope(middle, half) / pair.a.Slope(middle, half));
-  }
-  if (path.sheets == QuadricPath::Sheets::kThroughApex) return pair.On(u, -2.0 * h / pair.a.At(u));
-  const double root = RootAt(v);
-  const double a = pair.a.At(u);
-  const bool cancels = root * h > 0.0 && h * (h + root) > std::fabs(a) * pair.c.Bound();
-  return pair.On(u, cancels ? -pair.c.At(u) / (h + root) : (root - h) / a);
-}
 
 std::size_t QuadricCurve::StretchOf(double v) const {
   const auto isBefore = [](double value, const QuadricNode& node) { return value < node.v; };
@@ -140,22 +164,23 @@ QuadricPlace QuadricCurve::PlaceAt(std::size_t stretch, double v) const {
   const QuadricNode& to = nodes[stretch + 1];
   const double share = (v - from.v) / (to.v - from.v);
   if (from.chart == QuadricNode::Chart::kAcross) return PlaceAcross(from, to, share);
-  const double u = from.u + share * (to.u - from.u);
-  const double t = from.t + share * (to.t - from.t);
+  const double end = AngleNear(to.u, from.u);
+  const double u = (1.0 - share) * from.u + share * end;
+  const double t = (1.0 - share) * from.t + share * to.t;
   if (from.chart == QuadricNode::Chart::kAround) {
     QuadricSpot spot;
     return {u, equation.CrossingAt(u, from.sign, spot) ? spot.s / spot.c : t};
   }
   const double length = Hypot(1.0, t);
-  const double lower = std::fmin(from.u, to.u) - from.width;
-  const double upper = std::fmax(from.u, to.u) + from.width;
+  const double lower = std::fmin(from.u, end) - from.width;
+  const double upper = std::fmax(from.u, end) + from.width;
   return {equation.AngleAt(t / length, 1.0 / length, u, lower, upper), t};
 }
 
 QuadricPlace QuadricCurve::PlaceAcross(const QuadricNode& from, const QuadricNode& to, double share) const {
   const QuadricEquation equation(pair, path);
   const double scale = Hypot(1.0, from.t);
-  const double x = to.u - from.u;
+  const double x = AngleNear(to.u, from.u) - from.u;
   const double y = (to.t - from.t) / scale;
   const double chord = Hypot(x, y);
   const auto tangentAt = [&](const QuadricNode& node) {
@@ -179,19 +204,8 @@ double QuadricCurve::LevelAt(double v) const {
 
 Vec3 QuadricCurve::At(double v) const {
   const double around = AroundPath(path, v);
-  const std::size_t stretch = StretchOf(around);
-  if (nodes[stretch].chart == QuadricNode::Chart::kPath) return pair.OnBoth(OnPath(around));
-  const QuadricPlace place = PlaceAt(stretch, around);
+  const QuadricPlace place = PlaceAt(StretchOf(around), around);
   return pair.OnBoth(pair.On(place.u, place.t));
-}
-
-void QuadricCurve::AddNodes() {
-  constexpr int kStretches = 96;
-  for (int i = 0; i <= kStretches; ++i) {
-    nodes.emplace_back().v = path.lower + i * ((path.upper - path.lower) / kStretches);
-  }
-  nodes.back().v = path.upper;
-  MeasureNodes();
 }
 
 void QuadricCurve::MeasureNodes() {

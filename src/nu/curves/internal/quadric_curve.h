@@ -7,72 +7,72 @@
 #include "nu/foundation/internal/elementary.h"
 
 // The curve in which a cylinder or cone, the base, meets another round quadric. The base stands upright: its axis is
-// the z axis, and its generators are told by their angle u around it,
-//   (r cos u, r sin u, t) of a cylinder, t (sin a cos u, sin a sin u, cos a) of a cone, which has its apex at the
+// the z axis, and its generators are identified by their angle u around it,
+//   (r cos u, r sin u, t) of a cylinder, (t0 + t)(sin a cos u, sin a sin u, cos a) of a cone, which has its apex at the
 //   origin.
 // The other quadric makes it a(u) t^2 + 2 h(u) t + c(u) = 0 on each of them, of degree two in cos u and sin u.
+//
+// Surfaces that nearly share a generator do so next to u = 0, and an apex of the other surface is next to u = t = 0:
+// numbers are densest at 0, so that coordinates and coefficients keep all their digits there.
 namespace nu::internal {
 
-// c0 + c1 cos u + s1 sin u + c2 cos 2u + s2 sin 2u.
+// value + slope sin u + versed (1 - cos u) + mixed sin u (1 - cos u) + square sin^2 u: any trigonometric polynomial of
+// degree two, by terms that vanish with u of higher and higher order.
 struct Wave2 {
   double At(double u) const;
-  // (f(u) - f(v)) / 2 sin((u - v) / 2), told by the middle of u and v and half their difference; nothing cancels.
-  double Slope(double middle, double half) const;
-  Wave2 Derivative() const { return {0.0, s1, -c1, 2.0 * s2, -2.0 * c2}; }
+  Wave2 Derivative() const;
   // No value is larger.
-  double Bound() const { return std::fabs(c0) + std::fabs(c1) + std::fabs(s1) + std::fabs(c2) + std::fabs(s2); }
+  double Bound() const;
+  // (1 + z^2)^2 times the wave is sum p[i] z^i for z = tan(u / 2).
+  void ToPolynomial(double (&p)[5]) const;
 
-  double c0 = 0.0;
-  double c1 = 0.0;
-  double s1 = 0.0;
-  double c2 = 0.0;
-  double s2 = 0.0;
+  double value = 0.0;
+  double slope = 0.0;
+  double versed = 0.0;
+  double mixed = 0.0;
+  double square = 0.0;
 };
 
+inline Wave2 operator+(const Wave2& f, const Wave2& g) {
+  return {f.value + g.value, f.slope + g.slope, f.versed + g.versed, f.mixed + g.mixed, f.square + g.square};
+}
 inline Wave2 operator*(double f, const Wave2& wave) {
-  return {f * wave.c0, f * wave.c1, f * wave.s1, f * wave.c2, f * wave.s2};
+  return {f * wave.value, f * wave.slope, f * wave.versed, f * wave.mixed, f * wave.square};
 }
 
 struct QuadricPair {
+  // The equation on the generators from the two surfaces, the base upright.
+  void SetWaves();
   // The point t along the generator at the angle u.
   Vec3 On(double u, double t) const;
   // Where the generator comes deepest into the other quadric, or closest to it: halfway between both crossings.
   Vec3 Middle(double u) const { return On(u, -h.At(u) / a.At(u)); }
-  // Above 0 where the generator crosses the other quadric, below 0 where it misses it. Where it all but touches, this
-  // is the distance of Middle from the quadric, to a few roundings; the discriminant h^2 - a c has lost its places
-  // there.
+  // Above 0 where the generator crosses the other quadric, below 0 where it misses it. Where it all but touches, the
+  // size is the distance of Middle from the quadric, to a few roundings; the discriminant h^2 - a c has lost its
+  // digits there.
   double Depth(double u) const;
   // A point next to both surfaces, on both of them, unless they are next to tangent there.
   Vec3 OnBoth(Vec3 p) const;
 
   RoundQuadric base;
   RoundQuadric other;
+  double start = 0.0;  // t0, of a cone
   Wave2 a;
   Wave2 h;
   Wave2 c;
 };
 
-// How the parameter v of a curve runs over the generators and their crossings t = (-h +- sqrt(h^2 - a c)) / a.
+// What is known of a curve, and the parameters that are kept of it.
 struct QuadricPath {
   enum class Sheets {
-    kBoth,             // the crossings +- alternate as below
-    kThroughApex,      // c = 0: the apex of the base is on the other quadric; t = -2 h / a is left
-    kThroughInfinity,  // a = 0: the generators are parallel to one of the other cone; t = -c / 2 h is left
+    kBoth,             // all crossings
+    kThroughApex,      // the apex of the base is on the other quadric: a t + 2 h = 0 is left
+    kThroughInfinity,  // a = 0: the generators are parallel to one of the other cone; 2 h t + c = 0 is left
   };
-  double AngleAt(double v) const { return swings ? middle - half * Cos(v) : v; }
 
   Sheets sheets = Sheets::kBoth;
-  // Between two generators that touch, u = middle - half cos v: forth on + and back on -. Else u = v, on one of them.
-  bool swings = false;
-  double middle = 0.0;
-  double half = 0.0;
-  double sign = 1.0;
-  // Generators through a double point, where the curve goes over from one crossing to the other.
-  int nodes = 0;
-  double node[2] = {};
-  // A generator that is on both surfaces, through the apex of the base: a and h vanish there together.
+  // The generator at u = 0 is on both surfaces, through the apex of the base: a and h vanish there together.
   bool hasCommonLine = false;
-  double commonLine = 0.0;
   // One turn of a closed curve; the part of an unbounded one that is kept.
   double lower = 0.0;
   double upper = 0.0;
@@ -85,10 +85,13 @@ struct QuadricPlace {
   double t = 0.0;
 };
 
-// Where a stretch of a curve begins that reaches to the next node, and the chart in which it is described.
+// The angle u, whole turns away, that is nearest to another one.
+double AngleNear(double u, double other);
+
+// Where a stretch of a curve begins that reaches to the next node, and the chart in which it is described. The angles
+// are within half a turn and a step of 0.
 struct QuadricNode {
   enum class Chart {
-    kPath,    // by the path
     kAround,  // u grows evenly; of two crossings the one at which the quadratic in t rises (`sign` above 0) or falls
     kAlong,   // t grows evenly; u stays as close as `width`
     kAcross,  // through a double point, by the cubic that has the tangents at both ends
@@ -96,7 +99,7 @@ struct QuadricNode {
   double v = 0.0;  // the parameter of the curve
   double u = 0.0;
   double t = 0.0;
-  Chart chart = Chart::kPath;
+  Chart chart = Chart::kAround;
   double sign = 1.0;
   double width = 0.0;
   Vec3 point;
@@ -121,11 +124,7 @@ struct QuadricRange {
 };
 
 struct QuadricCurve {
-  // h +- times the square root of the discriminant, with its sign along the path.
-  double RootAt(double v) const;
-  // On the path, before OnBoth.
-  Vec3 OnPath(double v) const;
-  // t on the generator, for a curve in charts around and along.
+  // t on the generator.
   double LevelAt(double v) const;
   // v is taken around a closed curve, and to the nearest end of another one.
   Vec3 At(double v) const;
@@ -139,9 +138,7 @@ struct QuadricCurve {
   // The ranges on which the curve is inside all half-spaces.
   std::vector<QuadricRange> Inside(const std::vector<HalfSpace>& spaces) const;
 
-  // Nodes for a curve that is described by its path.
-  void AddNodes();
-  // Their points.
+  // Sets the points of the nodes.
   void MeasureNodes();
 
   QuadricPair pair;

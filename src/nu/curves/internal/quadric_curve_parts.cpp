@@ -130,7 +130,6 @@ std::vector<double> QuadricCurve::NodesWithin() const {
 QuadricCurve QuadricCurve::Part(double from, double to) const {
   QuadricCurve part{pair, path, {}};
   const double period = path.upper - path.lower;
-  const double turn = nodes.back().u - nodes.front().u;
   const double first = path.closed ? std::floor((from - path.lower) / period) : 0.0;
   const int turns = path.closed ? 2 : 1;
   for (int i = 0; i < turns; ++i) {
@@ -138,7 +137,6 @@ QuadricCurve QuadricCurve::Part(double from, double to) const {
       if (k + 1 == nodes.size() && i + 1 < turns) break;
       part.nodes.push_back(nodes[k]);
       part.nodes.back().v += (first + i) * period;
-      part.nodes.back().u += (first + i) * turn;
     }
   }
   std::vector<QuadricNode>& kept = part.nodes;

@@ -10,39 +10,75 @@ namespace {
 
 using Sheets = QuadricPath::Sheets;
 
-struct ValueAndSlope {
+// A wave at an angle, its first two derivatives, and the sum of the sizes of its terms.
+struct WaveJet {
   double value = 0.0;
   double slope = 0.0;
+  double bend = 0.0;
+  double size = 0.0;
 };
 
-ValueAndSlope On(const Wave2& wave, double x, double y) {
-  const double x2 = (x - y) * (x + y);
-  const double y2 = 2.0 * x * y;
-  return {wave.c0 + (wave.c1 * x + wave.s1 * y) + (wave.c2 * x2 + wave.s2 * y2),
-          (wave.s1 * x - wave.c1 * y) + 2.0 * (wave.s2 * x2 - wave.c2 * y2)};
+// An angle, by the sines and cosines of itself and its half.
+struct Angle {
+  explicit Angle(double u) {
+    const auto [sineOfHalf, cosineOfHalf] = SinCos(0.5 * u);
+    half = sineOfHalf;
+    halfCosine = cosineOfHalf;
+    sine = 2.0 * half * halfCosine;
+    versed = 2.0 * half * half;
+  }
+
+  double half = 0.0;
+  double halfCosine = 0.0;
+  double sine = 0.0;
+  double versed = 0.0;  // 1 - cos u
+};
+
+WaveJet On(const Wave2& f, const Angle& u) {
+  const double cosine = 1.0 - u.versed;
+  const double factor = f.slope + f.mixed * u.versed + f.square * u.sine;
+  const double size = std::fabs(f.slope) + std::fabs(f.mixed) * u.versed + std::fabs(f.square * u.sine);
+  return {f.value + (u.sine * factor + f.versed * u.versed),
+          cosine * factor + u.sine * (f.versed + f.mixed * u.sine + f.square * cosine),
+          f.versed * cosine - u.sine * (f.slope + f.mixed * (1.0 - 4.0 * cosine)) +
+              f.square * (2.0 - 4.0 * u.sine * u.sine),
+          std::fabs(f.value) + std::fabs(u.sine) * size + std::fabs(f.versed) * u.versed};
 }
 
-double BendOf(const Wave2& wave) {
-  return Hypot(wave.c1, wave.s1) + 4.0 * Hypot(wave.c2, wave.s2);
+// A wave that vanishes with u, divided by 2 sin(u / 2).
+WaveJet SinceLine(const Wave2& f, const Angle& u) {
+  const double cosine = 1.0 - u.versed;
+  const double factor = f.slope + f.mixed * u.versed + f.square * u.sine;
+  const double factorSlope = f.mixed * u.sine + f.square * cosine;
+  const double factorBend = f.mixed * cosine - f.square * u.sine;
+  const double size = std::fabs(f.slope) + std::fabs(f.mixed) * u.versed + std::fabs(f.square * u.sine);
+  return {u.halfCosine * factor + u.half * f.versed,
+          u.halfCosine * (factorSlope + 0.5 * f.versed) - 0.5 * u.half * factor,
+          u.halfCosine * (factorBend - 0.25 * factor) - u.half * (factorSlope + 0.25 * f.versed),
+          std::fabs(u.halfCosine) * size + std::fabs(u.half * f.versed)};
 }
 
-// Wave2::Slope between the angle v of a common line and u = v + 2 half.
-ValueAndSlope SinceLine(const Wave2& wave, double v, double half) {
-  const auto [y, x] = SinCos(v + half);
-  const auto [sine, cosine] = SinCos(half);
-  const double x2 = (x - y) * (x + y);
-  const double y2 = 2.0 * x * y;
-  const double second = wave.s2 * x2 - wave.c2 * y2;
-  const double secondSlope = -2.0 * (wave.s2 * y2 + wave.c2 * x2);
-  return {(wave.s1 * x - wave.c1 * y) + 2.0 * cosine * second,
-          -0.5 * (wave.s1 * y + wave.c1 * x) - sine * second + cosine * secondSlope};
+// The amplitudes of the frequencies of a wave, 1 and 2, and of one that is divided by 2 sin(u / 2), 1/2 and 3/2, in
+// the units of second derivatives of the wave.
+double FirstAmplitude(const Wave2& f) {
+  return Hypot(f.versed, f.slope + f.mixed);
+}
+double SecondAmplitude(const Wave2& f) {
+  return Hypot(f.square, f.mixed);
 }
 
-// No second derivative of that by u is larger.
-double BendSinceLine(const Wave2& wave) {
-  constexpr double kOfFirst = 0.25;  // the squares of the frequencies 1/2 and 3/2
-  constexpr double kOfSecond = 2.0 * 2.25;
-  return kOfFirst * Hypot(wave.c1, wave.s1) + kOfSecond * Hypot(wave.c2, wave.s2);
+// No second and third derivatives are larger.
+double BendOf(const Wave2& f) {
+  return FirstAmplitude(f) + 2.0 * SecondAmplitude(f);
+}
+double TwistOf(const Wave2& f) {
+  return FirstAmplitude(f) + 4.0 * SecondAmplitude(f);
+}
+double BendSinceLine(const Wave2& f) {
+  return 0.25 * FirstAmplitude(f) + 2.25 * SecondAmplitude(f);
+}
+double TwistSinceLine(const Wave2& f) {
+  return 0.125 * FirstAmplitude(f) + 3.375 * SecondAmplitude(f);
 }
 
 }  // namespace
@@ -54,27 +90,23 @@ QuadricEquation::Factors QuadricEquation::OfSheets(const Factors& waves) const {
 }
 
 QuadricEquation::Jet QuadricEquation::At(double u) const {
-  ValueAndSlope a, h, c;
-  if (m_path.hasCommonLine) {
-    const double half = 0.5 * (u - m_path.commonLine);
-    a = SinceLine(m_pair.a, m_path.commonLine, half);
-    h = SinceLine(m_pair.h, m_path.commonLine, half);
-  } else {
-    const auto [y, x] = SinCos(u);
-    a = On(m_pair.a, x, y);
-    h = On(m_pair.h, x, y);
-    c = On(m_pair.c, x, y);
-  }
-  return {OfSheets({a.value, h.value, c.value}), OfSheets({a.slope, h.slope, c.slope})};
+  const Angle angle(u);
+  const auto at = [&](const Wave2& wave) { return m_path.hasCommonLine ? SinceLine(wave, angle) : On(wave, angle); };
+  const WaveJet a = at(m_pair.a);
+  const WaveJet h = at(m_pair.h);
+  const WaveJet c = m_path.hasCommonLine ? WaveJet() : at(m_pair.c);
+  return {OfSheets({a.value, h.value, c.value}), OfSheets({a.slope, h.slope, c.slope}),
+          OfSheets({a.bend, h.bend, c.bend}), OfSheets({a.size, h.size, c.size})};
 }
 
-QuadricEquation::Factors QuadricEquation::Bounds() const {
+QuadricEquation::Factors QuadricEquation::BendBounds() const {
   if (m_path.hasCommonLine) return OfSheets({BendSinceLine(m_pair.a), BendSinceLine(m_pair.h), 0.0});
   return OfSheets({BendOf(m_pair.a), BendOf(m_pair.h), BendOf(m_pair.c)});
 }
 
-QuadricEquation::Factors QuadricEquation::Sizes() const {
-  return OfSheets({m_pair.a.Bound(), m_pair.h.Bound(), m_path.hasCommonLine ? 0.0 : m_pair.c.Bound()});
+QuadricEquation::Factors QuadricEquation::TwistBounds() const {
+  if (m_path.hasCommonLine) return OfSheets({TwistSinceLine(m_pair.a), TwistSinceLine(m_pair.h), 0.0});
+  return OfSheets({TwistOf(m_pair.a), TwistOf(m_pair.h), TwistOf(m_pair.c)});
 }
 
 double QuadricEquation::Value(const Factors& k, const QuadricSpot& at) const {
@@ -87,7 +119,12 @@ double QuadricEquation::Slope(const Factors& k, const QuadricSpot& at) const {
   return 2.0 * ((k.a - k.c) * at.s * at.c + k.h * (at.c - at.s) * (at.c + at.s));
 }
 
-double QuadricEquation::Bend(const Factors& k) const {
+double QuadricEquation::Bend(const Factors& k, const QuadricSpot& at) const {
+  if (!IsQuadratic()) return -Value(k, at);
+  return 2.0 * ((k.a - k.c) * (at.c - at.s) * (at.c + at.s) - 4.0 * k.h * at.s * at.c);
+}
+
+double QuadricEquation::BendBound(const Factors& k) const {
   return IsQuadratic() ? 2.0 * Hypot(k.a - k.c, 2.0 * k.h) : Hypot(k.a, k.c);
 }
 
@@ -122,7 +159,7 @@ double QuadricEquation::AngleAt(double s, double c, double guess, double lower, 
     if (!(next >= lower && next <= upper)) next = 0.5 * (lower + upper);
     const double moved = std::fabs(next - u);
     u = next;
-    if (!(moved > DBL_EPSILON * std::fmax(1.0, std::fabs(u)))) break;
+    if (!(moved > DBL_EPSILON * std::fabs(u))) break;
   }
   return u;
 }

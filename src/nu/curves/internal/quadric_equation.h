@@ -23,26 +23,29 @@ class QuadricEquation {
     double h = 0.0;
     double c = 0.0;
   };
-  // The factors of g at an angle u, and their derivatives.
+  // The factors of g at an angle u, their first and second derivatives, and no less than the roundings are parts of.
   struct Jet {
     Factors value;
     Factors slope;
+    Factors bend;
+    Factors size;
   };
 
   QuadricEquation(const QuadricPair& pair, const QuadricPath& path) : m_pair(pair), m_path(path) {}
 
   bool IsQuadratic() const { return m_path.sheets == QuadricPath::Sheets::kBoth; }
   Jet At(double u) const;
-  // No second derivatives of the factors are larger.
-  Factors Bounds() const;
-  // No factors are larger.
-  Factors Sizes() const;
+  // No second and third derivatives of the factors are larger.
+  Factors BendBounds() const;
+  Factors TwistBounds() const;
 
-  // g and its derivative by w.
+  // g and its derivatives by w.
   double Value(const Factors& k, const QuadricSpot& at) const;
   double Slope(const Factors& k, const QuadricSpot& at) const;
-  // No second derivative of g by w is larger.
-  double Bend(const Factors& k) const;
+  double Bend(const Factors& k, const QuadricSpot& at) const;
+  // No second derivative of g by w is larger, nor a third one divided by the frequency.
+  double BendBound(const Factors& k) const;
+  double Frequency() const { return IsQuadratic() ? 2.0 : 1.0; }
 
   // The root of g on the generator at u at which g rises with w (`sign` above 0) or falls; false where there is none.
   bool CrossingAt(double u, double sign, QuadricSpot& at) const;

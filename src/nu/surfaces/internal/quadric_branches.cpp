@@ -1,9 +1,12 @@
 // The generators that touch the other quadric part those that cross it, twice each, from those that miss it. A range of
 // crossed ones between two of them gives a curve that goes there on one sheet of crossings and returns on the other;
-// all generators crossed give a curve on each sheet. A generator that touches amid crossed ones, within the tolerance,
-// carries a double point, where the sheets change over; amid others it carries a point of contact.
+// all generators crossed give a curve on each sheet. So both crossings of one generator in each range begin all
+// branches. A generator that touches amid crossed ones, within the tolerance, carries a double point, where the sheets
+// change over; amid others it carries a point of contact.
 //
-// A crossing goes to infinity where a = 0, unless it is the one that is -c / 2 h there; the curve is cut there.
+// With z = tan(u/2) the discriminant is N(z) / (1 + z^2)^2 with a polynomial N of degree 4, and it is stationary where
+// N'(z) (1 + z^2) = 4 z N(z). Next to u = 0 these are polynomials with small coefficients of low order, which are known
+// to all digits.
 
 #include "nu/surfaces/internal/quadric_branches.h"
 
@@ -23,14 +26,70 @@ struct Touch {
   bool isContact = false;
 };
 
-double Bisect(const QuadricPair& pair, double left, double right) {
-  const bool rises = pair.Depth(right) > 0.0;
-  constexpr int kSteps = 60;
+// The number between two of a range that is the middle one by its digits: of numbers of different size, by their
+// exponents.
+double MiddleByDigits(double left, double right) {
+  constexpr double kLeast = 1e-30;  // no angle has a meaning below that
+  if (left < 0.0 && right > 0.0) return 0.0;
+  if (left < 0.0) return -MiddleByDigits(-right, -left);
+  const double lower = std::fmax(left, kLeast);
+  return right > 2.0 * lower ? std::sqrt(lower * right) : 0.5 * (left + right);
+}
+
+// Where a condition begins to hold that does so at the right end only.
+template<class Condition>
+double BisectByDigits(double left, double right, const Condition& holds) {
+  constexpr int kSteps = 64;
   for (int step = 0; step < kSteps; ++step) {
-    const double middle = 0.5 * (left + right);
-    ((pair.Depth(middle) > 0.0) == rises ? right : left) = middle;
+    const double middle = MiddleByDigits(left, right);
+    (holds(middle) ? right : left) = middle;
   }
-  return 0.5 * (left + right);
+  return right;
+}
+
+// The real roots between two numbers, ascending. Between the roots of the derivative there is one at most.
+std::vector<double> RootsBetween(double lower, double upper, const double* c, int degree) {
+  if (degree == 0) return {};
+  double slope[4] = {};
+  for (int i = 1; i <= degree; ++i) slope[i - 1] = i * c[i];
+  const auto value = [&](double z) {
+    double sum = c[degree];
+    for (int i = degree; i > 0; --i) sum = sum * z + c[i - 1];
+    return sum;
+  };
+  std::vector<double> ends = RootsBetween(lower, upper, slope, degree - 1);
+  ends.insert(ends.begin(), lower);
+  ends.push_back(upper);
+  std::vector<double> roots;
+  for (std::size_t i = 1; i < ends.size(); ++i) {
+    const bool isAbove = value(ends[i]) > 0.0;
+    if ((value(ends[i - 1]) > 0.0) == isAbove) continue;
+    roots.push_back(BisectByDigits(ends[i - 1], ends[i], [&](double z) { return (value(z) > 0.0) == isAbove; }));
+  }
+  return roots;
+}
+
+void AddStationaryNextTo0(const QuadricPair& pair, std::vector<double>& angles) {
+  constexpr double kNear = 0.01;  // farther away, angles of a full turn have enough digits
+  double a[5], h[5], c[5], n[5];
+  pair.a.ToPolynomial(a);
+  pair.h.ToPolynomial(h);
+  pair.c.ToPolynomial(c);
+  for (int k = 0; k < 5; ++k) {
+    n[k] = 0.0;
+    for (int i = 0; i <= k; ++i) n[k] += h[i] * h[k - i] - a[i] * c[k - i];
+    // h^2 - a c by polynomials of degree 8 has the factor (1 + z^2)^2.
+    if (k > 1) n[k] -= 2.0 * n[k - 2];
+    if (k > 3) n[k] -= n[k - 4];
+  }
+  const double stationary[] = {n[1], 2.0 * (n[2] - 2.0 * n[0]), 3.0 * (n[3] - n[1]), 4.0 * n[4] - 2.0 * n[2], -n[3]};
+  angles.erase(std::remove_if(angles.begin(), angles.end(),
+                              [](double u) { return std::fabs(std::remainder(u, Nu_2PI)) <= kNear; }),
+               angles.end());
+  const double bound = Tan(0.5 * kNear);
+  for (const double z : RootsBetween(-bound, bound, stationary, 4)) angles.push_back(2.0 * Atan(z));
+  for (double& u : angles) u = AngleNear(u, 0.0);
+  std::sort(angles.begin(), angles.end());
 }
 
 std::vector<Touch> TouchesOf(const QuadricPair& pair, const std::vector<double>& stationary, double tol) {
@@ -44,93 +103,11 @@ std::vector<Touch> TouchesOf(const QuadricPair& pair, const std::vector<double>&
     if (std::fabs(depth) <= tol) {
       touches.push_back({u, true});
     } else if (std::fabs(nextDepth) > tol && (depth > 0.0) != (nextDepth > 0.0)) {
-      touches.push_back({Bisect(pair, u, next), false});
+      const bool isIn = nextDepth > 0.0;
+      touches.push_back({BisectByDigits(u, next, [&](double v) { return (pair.Depth(v) > 0.0) == isIn; }), false});
     }
   }
   return touches;
-}
-
-// Where the branch goes to infinity, in the parameter of the path.
-std::vector<double> CutsOf(const QuadricCurve& curve, const std::vector<double>& asymptotes) {
-  const QuadricPath& path = curve.path;
-  std::vector<double> cuts;
-  const auto add = [&](double v) {
-    const bool isFinite = path.sheets == Sheets::kBoth && curve.RootAt(v) * curve.pair.h.At(path.AngleAt(v)) > 0.0;
-    if (!isFinite && v < path.upper) cuts.push_back(v);
-  };
-  for (const double asymptote : asymptotes) {
-    if (!path.swings) {
-      for (double v = asymptote; v < path.upper; v += Nu_2PI) add(v);
-      continue;
-    }
-    const double around = std::remainder(asymptote - path.middle, Nu_2PI);
-    if (!(std::fabs(around) <= path.half)) continue;
-    const double v = Acos(-around / path.half);
-    add(v);
-    if (v > 0.0 && v < Nu_PI) add(Nu_2PI - v);
-  }
-  std::sort(cuts.begin(), cuts.end());
-  cuts.erase(std::unique(cuts.begin(), cuts.end()), cuts.end());
-  return cuts;
-}
-
-double Reach(const QuadricCurve& curve, double v) {
-  return Norm(curve.OnPath(v));
-}
-
-// The end of the part of a branch that is within the reach, from a point within towards a cut.
-double EndTowards(const QuadricCurve& curve, double within, double cut, double reach) {
-  constexpr int kHalvings = 50;
-  double inside = within;
-  double outside = cut;
-  for (int k = kHalvings; k > 0; --k) {
-    const double v = cut + std::ldexp(within - cut, -k);
-    if (Reach(curve, v) <= reach) {
-      inside = v;
-      break;
-    }
-    outside = v;
-  }
-  for (int k = 0; k < kHalvings; ++k) {
-    const double v = 0.5 * (inside + outside);
-    (Reach(curve, v) <= reach ? inside : outside) = v;
-  }
-  return inside;
-}
-
-// A branch from one cut to the next. A part all of which is farther away than the reach gets one of its own.
-void AddOpen(QuadricCurve curve, double left, double right, double leastReach, std::vector<QuadricCurve>& found) {
-  constexpr double kOwnReach = 1000.0;
-  constexpr int kProbes = 64;
-  double nearest = HUGE_VAL;
-  double within = 0.5 * (left + right);
-  for (int i = 1; i < kProbes; ++i) {
-    const double v = left + i * ((right - left) / kProbes);
-    const double distance = Reach(curve, v);
-    if (!(distance < nearest)) continue;
-    nearest = distance;
-    within = v;
-  }
-  const double reach = std::fmax(leastReach, kOwnReach * nearest);
-  curve.path.lower = EndTowards(curve, within, left, reach);
-  curve.path.upper = EndTowards(curve, within, right, reach);
-  curve.path.closed = false;
-  if (!(curve.path.lower < curve.path.upper)) return;
-  curve.AddNodes();
-  found.push_back(curve);
-}
-
-void AddBranches(const QuadricCurve& curve, const std::vector<double>& asymptotes, double reach,
-                 std::vector<QuadricCurve>& found) {
-  const std::vector<double> cuts = CutsOf(curve, asymptotes);
-  if (cuts.empty()) {
-    found.push_back(curve);
-    found.back().AddNodes();
-  }
-  const double period = curve.path.upper - curve.path.lower;
-  for (std::size_t i = 0; i < cuts.size(); ++i) {
-    AddOpen(curve, cuts[i], i + 1 < cuts.size() ? cuts[i + 1] : cuts[0] + period, reach, found);
-  }
 }
 
 class BranchFinder {
@@ -138,93 +115,46 @@ class BranchFinder {
   BranchFinder(const QuadricPair& pair, const std::vector<Touch>& touches, const std::vector<double>& asymptotes,
                double tol, double reach)
       : m_pair(pair), m_touches(touches), m_asymptotes(asymptotes), m_tol(tol), m_reach(reach) {
-    const std::size_t count = touches.size();
-    for (std::size_t i = 0; i < count; ++i) {
-      const double next = i + 1 < count ? touches[i + 1].u : touches[0].u + Nu_2PI;
-      m_middles.push_back(0.5 * (touches[i].u + next));
-      m_crossesAfter.push_back(pair.Depth(m_middles.back()) > 0.0);
+    for (std::size_t i = 0; i < touches.size(); ++i) {
+      m_crossesAfter.push_back(pair.Depth(0.5 * (touches[i].u + NextTouch(i))) > 0.0);
     }
   }
 
-  // A curve that cannot be traced is described by its path.
-  QuadricBranches Find() {
+  std::optional<QuadricBranches> Find() {
     std::vector<double> doublePoints;
     for (std::size_t i = 0; i < m_touches.size(); ++i) {
       if (!m_touches[i].isContact) continue;
-      if (CrossesBefore(i) || m_crossesAfter[i]) {
+      const bool crossesBefore = m_crossesAfter[i > 0 ? i - 1 : m_touches.size() - 1];
+      if (crossesBefore || m_crossesAfter[i]) {
         doublePoints.push_back(m_touches[i].u);
       } else {
-        AddContact(m_touches[i].u);
+        m_branches.points.push_back(m_pair.Middle(m_touches[i].u));
       }
     }
-    if (!Trace(doublePoints)) FollowPaths();
+    if (!Trace(doublePoints)) return std::nullopt;
     return m_branches;
   }
 
  private:
+  double NextTouch(std::size_t i) const {
+    return i + 1 < m_touches.size() ? m_touches[i + 1].u : m_touches[0].u + Nu_2PI;
+  }
+
   bool Trace(const std::vector<double>& doublePoints) {
     std::vector<QuadricSeed> seeds;
     const auto add = [&](double u) {
-      for (const double sign : {-1.0, 1.0}) seeds.push_back({u, sign});
+      for (const double sign : {-1.0, 1.0}) seeds.push_back({AngleNear(u, 0.0), sign});
     };
-    for (std::size_t i = 0; i < m_touches.size(); ++i) {
-      if (m_crossesAfter[i]) add(m_middles[i]);
+    // Three generators, as one may be next to a double point.
+    for (const double share : {0.5, 0.25, 0.75}) {
+      for (std::size_t i = 0; i < m_touches.size(); ++i) {
+        if (m_crossesAfter[i]) add((1.0 - share) * m_touches[i].u + share * NextTouch(i));
+      }
+      if (m_touches.empty() && m_pair.Depth(Nu_PI * share) > 0.0) add(Nu_PI * share);
     }
-    if (m_touches.empty() && m_pair.Depth(0.0) > 0.0) add(0.0);
     auto curves = TraceBranches({m_pair, {}, seeds, doublePoints, m_asymptotes, m_tol, m_reach});
     if (curves) m_branches.curves = std::move(*curves);
     return curves.has_value();
-  }
-
-  void FollowPaths() {
-    bool swings = false;
-    for (std::size_t i = 0; i < m_touches.size(); ++i) {
-      if (CrossesBefore(i) || !m_crossesAfter[i]) continue;
-      AddSwing(i);
-      swings = true;
-    }
-    const bool isCrossed = m_touches.empty() ? m_pair.Depth(0.0) > 0.0 : m_crossesAfter[0];
-    if (!swings && isCrossed) AddTurns();
-  }
-
-  bool CrossesBefore(std::size_t i) const { return m_crossesAfter[i > 0 ? i - 1 : m_touches.size() - 1]; }
-
-  void AddContact(double u) { m_branches.points.push_back(m_pair.Middle(u)); }
-
-  static void AddNode(double u, QuadricPath& path) {
-    if (path.nodes < 2) path.node[path.nodes++] = u;
-  }
-
-  // From the generator that touches, over the crossed ones, to the next one behind which there are none.
-  void AddSwing(std::size_t first) {
-    QuadricCurve curve{m_pair, {}, {}};
-    std::size_t i = first;
-    double turns = 0.0;
-    const auto step = [&] {
-      if (++i < m_touches.size()) return;
-      i = 0;
-      turns = Nu_2PI;
-    };
-    for (step(); m_crossesAfter[i] && i != first; step()) AddNode(m_touches[i].u + turns, curve.path);
-    const double left = m_touches[first].u;
-    const double right = m_touches[i].u + turns;
-    curve.path.swings = true;
-    curve.path.middle = 0.5 * (left + right);
-    curve.path.half = 0.5 * (right - left);
-    curve.path.upper = Nu_2PI;
-    if (curve.path.half > 0.0) AddBranches(curve, m_asymptotes, m_reach, m_branches.curves);
-  }
-
-  // Both sheets, or one curve over both if they change over once.
-  void AddTurns() {
-    QuadricCurve curve{m_pair, {}, {}};
-    for (const Touch& touch : m_touches) AddNode(touch.u, curve.path);
-    const bool isOne = curve.path.nodes == 1;
-    curve.path.upper = isOne ? 2.0 * Nu_2PI : Nu_2PI;
-    AddBranches(curve, m_asymptotes, m_reach, m_branches.curves);
-    if (isOne) return;
-    curve.path.sign = -1.0;
-    AddBranches(curve, m_asymptotes, m_reach, m_branches.curves);
   }
 
   const QuadricPair& m_pair;
@@ -232,59 +162,58 @@ class BranchFinder {
   const std::vector<double>& m_asymptotes;
   double m_tol;
   double m_reach;
-  std::vector<double> m_middles;  // behind each touch, before the next one
-  std::vector<bool> m_crossesAfter;
+  std::vector<bool> m_crossesAfter;  // behind each touch, before the next one
   QuadricBranches m_branches;
 };
 
-QuadricCurve SingleSheet(const QuadricPair& pair, Sheets sheets) {
-  QuadricCurve curve{pair, {}, {}};
-  curve.path.sheets = sheets;
-  curve.path.upper = Nu_2PI;
-  return curve;
+// One crossing on each generator.
+std::optional<QuadricBranches> SingleSheet(const QuadricPair& pair, const QuadricPath& path,
+                                           const std::vector<double>& asymptotes, double tol, double reach) {
+  auto curves = TraceBranches({pair, path, {{0.5 * Nu_PI, 1.0}}, {}, asymptotes, tol, reach});
+  if (!curves) return std::nullopt;
+  return QuadricBranches{std::move(*curves), {}};
 }
 
-// One crossing on each generator.
-void AddSingleSheet(const QuadricCurve& curve, const std::vector<double>& asymptotes, double tol, double reach,
-                    std::vector<QuadricCurve>& found) {
-  auto curves = TraceBranches({curve.pair, curve.path, {{0.0, 1.0}}, {}, asymptotes, tol, reach});
-  if (!curves) return AddBranches(curve, asymptotes, reach, found);
-  found = std::move(*curves);
+// With h such that a t + 2 h = 0 without the crossings at the apex: c is taken as 0 there. Far from the apex this is c
+// over the distance, which is known to all digits next to another apex.
+QuadricPair WithoutApex(QuadricPair pair) {
+  if (pair.start != 0.0) pair.h = (0.5 / pair.start) * pair.c;
+  return pair;
 }
 
 }  // namespace
 
-QuadricBranches BranchesOf(const QuadricPair& pair, const std::vector<double>& stationary,
-                           const std::vector<double>& asymptotes, double tol, double reach) {
+std::optional<QuadricBranches> BranchesOf(const QuadricPair& pair, std::vector<double> stationary,
+                                          const std::vector<double>& asymptotes, double tol, double reach) {
+  AddStationaryNextTo0(pair, stationary);
   return BranchFinder(pair, TouchesOf(pair, stationary, tol), asymptotes, tol, reach).Find();
 }
 
 // The curve comes to the apex where h = 0. Where that is nowhere, the apex is a point by itself.
-QuadricBranches BranchesThroughApex(const QuadricPair& pair, const std::vector<double>& asymptotes, double tol,
-                                    double reach) {
-  QuadricBranches branches;
-  AddSingleSheet(SingleSheet(pair, Sheets::kThroughApex), asymptotes, tol, reach, branches.curves);
-  const double least = std::fabs(pair.h.c0) - Hypot(pair.h.c1, pair.h.s1);
-  const double steepest = std::fabs(pair.a.c0) + Hypot(pair.a.c1, pair.a.s1) + Hypot(pair.a.c2, pair.a.s2);
-  if (least > tol * steepest) branches.points.push_back(pair.base.point);
+std::optional<QuadricBranches> BranchesThroughApex(const QuadricPair& pair, const std::vector<double>& asymptotes,
+                                                   double tol, double reach) {
+  QuadricPath path;
+  path.sheets = Sheets::kThroughApex;
+  auto branches = SingleSheet(WithoutApex(pair), path, asymptotes, tol, reach);
+  const Wave2 h = pair.h + -pair.start * pair.a;  // at the apex, of degree one
+  const double least = std::fabs(h.value + h.versed) - Hypot(h.versed, h.slope);
+  if (branches && least > tol * pair.a.Bound()) branches->points.push_back(pair.base.point);
   return branches;
 }
 
-QuadricBranches BranchesBesideLine(const QuadricPair& pair, const std::vector<double>& asymptotes, double commonLine,
-                                   double tol, double reach) {
-  QuadricBranches branches;
-  QuadricCurve curve = SingleSheet(pair, Sheets::kThroughApex);
-  curve.path.hasCommonLine = true;
-  curve.path.commonLine = commonLine;
-  AddSingleSheet(curve, asymptotes, tol, reach, branches.curves);
-  return branches;
+std::optional<QuadricBranches> BranchesBesideLine(const QuadricPair& pair, const std::vector<double>& asymptotes,
+                                                  double tol, double reach) {
+  QuadricPath path;
+  path.sheets = Sheets::kThroughApex;
+  path.hasCommonLine = true;
+  return SingleSheet(WithoutApex(pair), path, asymptotes, tol, reach);
 }
 
-QuadricBranches BranchesThroughInfinity(const QuadricPair& pair, const std::vector<double>& asymptotes, double tol,
-                                        double reach) {
-  QuadricBranches branches;
-  AddSingleSheet(SingleSheet(pair, Sheets::kThroughInfinity), asymptotes, tol, reach, branches.curves);
-  return branches;
+std::optional<QuadricBranches> BranchesThroughInfinity(const QuadricPair& pair, const std::vector<double>& asymptotes,
+                                                       double tol, double reach) {
+  QuadricPath path;
+  path.sheets = Sheets::kThroughInfinity;
+  return SingleSheet(pair, path, asymptotes, tol, reach);
 }
 
 }  // namespace nu::internal

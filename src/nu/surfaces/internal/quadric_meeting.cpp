@@ -192,21 +192,49 @@ bool QuadricMeeting::AddAroundCommonSphere(const Surface& surface) {
 template bool QuadricMeeting::AddAroundCommonSphere(const CNuCylSurf& surface);
 template bool QuadricMeeting::AddAroundCommonSphere(const CNuConSurf& surface);
 
-void QuadricMeeting::AddBranches(const QuadricBranches& branches, const AxisFrame& frame, double unit) {
+void QuadricMeeting::AddBranches(const std::optional<QuadricBranches>& branches, const AxisFrame& frame, double unit) {
+  Require(branches.has_value());
   AxisFrame world = frame;
   world.origin = m_unit * frame.origin;
-  for (const QuadricCurve& curve : branches.curves) {
+  for (const QuadricCurve& curve : branches->curves) {
     m_found.push_back(std::unique_ptr<CNuObject>(NewPCurve(curve, world, m_unit * unit)));
   }
-  for (const Vec3& p : branches.points) {
+  for (const Vec3& p : branches->points) {
     AddPoint(frame.origin + unit * (p.x * frame.x + p.y * frame.y + p.z * frame.z));
   }
 }
 
+namespace {
+
+// Towards the generator of the base that the other surface may nearly share: a cylinder along its axis, a cone through
+// its apex.
+Vec3 TowardsCommon(const RoundQuadric& base, const RoundQuadric& other, Vec3 origin) {
+  const Vec3 direction = other.kind == RoundQuadric::Kind::kCylinder ? other.axis : other.point - origin;
+  const bool isOtherNappe = base.kind == RoundQuadric::Kind::kCone && Dot(direction, base.axis) < 0.0;
+  return isOtherNappe ? -1.0 * direction : direction;
+}
+
+AxisFrame FrameTowards(Vec3 origin, Vec3 axis, Vec3 direction) {
+  constexpr double kLeastSine = 1e-6;
+  const Vec3 across = Rejection(direction, axis);
+  if (!(Norm(across) > kLeastSine * Norm(direction))) return AxisFrame::Along(origin, axis);
+  return AxisFrame::Along(origin, axis, Unit(across));
+}
+
+// The place on the generator at u = 0 of a cone that is next to the apex of another one, if any is.
+double StartOf(const QuadricPair& pair) {
+  constexpr double kNear = 0.5;
+  const bool areCones = pair.base.kind == RoundQuadric::Kind::kCone && pair.other.kind == RoundQuadric::Kind::kCone;
+  const double along = pair.base.sine * pair.other.point.x + pair.base.cosine * pair.other.point.z;
+  return areCones && std::fabs(along) > kNear * Norm(pair.other.point) ? along : 0.0;
+}
+
+}  // namespace
+
 // A cylinder is taken at the point of its axis that is nearest to the origin.
 QuadricStage::QuadricStage(const RoundQuadric& base, const RoundQuadric& other, Vec3 origin,
                            const QuadricMeeting& meeting)
-    : frame(AxisFrame::Along(origin, base.axis)) {
+    : frame(FrameTowards(origin, base.axis, TowardsCommon(base, other, origin))) {
   pair.base = base;
   pair.base.point = {};
   pair.base.axis = {0.0, 0.0, 1.0};
@@ -223,6 +251,8 @@ QuadricStage::QuadricStage(const RoundQuadric& base, const RoundQuadric& other, 
   constexpr double kLeastReach = 1000.0;            // of the size of both surfaces
   constexpr double kMostReach = 1.0 / DBL_EPSILON;  // where their distance is lost beside the coordinates
   reach = std::fmin(std::fmax(kLeastReach, meeting.LargestPart() / unit), kMostReach);
+  pair.start = StartOf(pair);
+  pair.SetWaves();
 }
 
 // With w = p - point the surface is |w|^2 - r^2, |w x d|^2 - r^2 or |w x d|^2 cos^2 a - (w d)^2 sin^2 a = 0. The
@@ -249,17 +279,6 @@ CNuMatrix QuadricStage::Quadric() const {
   }
   q.Element(3, 3) = constant;
   return q;
-}
-
-void QuadricStage::TakeCurve(const CNuTriagPolynomial* curve) {
-  Wave2* waves[] = {&pair.a, &pair.h, &pair.c};
-  for (int i = 0; i < 3; ++i) {
-    const CNuTriagPolynomial& p = curve[i];
-    *waves[i] = {};
-    waves[i]->c0 = p.Cos(0);
-    if (p.GetDegree() > 0) waves[i]->c1 = p.Cos(1), waves[i]->s1 = p.Sin(1);
-    if (p.GetDegree() > 1) waves[i]->c2 = p.Cos(2), waves[i]->s2 = p.Sin(2);
-  }
 }
 
 namespace {
@@ -322,23 +341,16 @@ std::vector<double> LowerEnds(const CNuInterval* ranges, int count) {
 
 namespace {
 
-// Without the one nearest to an angle.
-void Remove(double u, std::vector<double>& angles) {
+void RemoveNearest(double u, std::vector<double>& angles) {
   const auto distance = [u](double angle) { return std::fabs(Sin(0.5 * (angle - u))); };
   const auto nearest =
       std::min_element(angles.begin(), angles.end(), [&](double a, double b) { return distance(a) < distance(b); });
   if (nearest != angles.end()) angles.erase(nearest);
 }
 
-// The generator that a cylinder, along its axis, or a cone, through its apex, has in common with the base.
-double AngleOfCommon(const RoundQuadric& other) {
-  const Vec3 way = other.kind == RoundQuadric::Kind::kCylinder ? other.axis : other.point;
-  return way.z < 0.0 ? Atan2(-way.y, -way.x) : Atan2(way.y, way.x);
-}
-
 }  // namespace
 
-void MeetOnCone(QuadricStage stage, const ConeContact& contact, ConeKernel kernel, QuadricMeeting& meeting) {
+void MeetOnCone(const QuadricStage& stage, const ConeContact& contact, ConeKernel kernel, QuadricMeeting& meeting) {
   CNuTriagPolynomial curve[3];
   CNuInterval ranges[kMostRanges];
   double angles[kMostRanges];
@@ -347,16 +359,14 @@ void MeetOnCone(QuadricStage stage, const ConeContact& contact, ConeKernel kerne
   int apexSide = 0;
   const CNuConSurf upright(SemiAngleOf(stage.pair.base));
   const int count = (upright.*kernel)(stage.Quadric(), curve, ranges, angles, &simple, &twofold, &apexSide);
-  stage.TakeCurve(curve);
   const QuadricPair& pair = stage.pair;
   std::vector<double> asymptotes(angles, angles + simple + twofold);
-  QuadricBranches branches;
+  std::optional<QuadricBranches> branches;
   if (contact.atInfinity) {
     branches = BranchesThroughInfinity(pair, RootsOf(curve[1]), stage.tol, stage.reach);
   } else if (contact.alongGenerator) {
-    const double common = AngleOfCommon(pair.other);
-    if (pair.other.kind == RoundQuadric::Kind::kCone) Remove(common, asymptotes);
-    branches = BranchesBesideLine(pair, asymptotes, common, stage.tol, stage.reach);
+    if (pair.other.kind == RoundQuadric::Kind::kCone) RemoveNearest(0.0, asymptotes);
+    branches = BranchesBesideLine(pair, asymptotes, stage.tol, stage.reach);
   } else if (contact.atApex || apexSide == 0) {
     branches = BranchesThroughApex(pair, asymptotes, stage.tol, stage.reach);
   } else {

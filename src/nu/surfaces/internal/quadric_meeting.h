@@ -46,8 +46,8 @@ class QuadricMeeting {
   // The same for cylinders and cones around a common sphere, which meet in two planes; false for others.
   template<class Surface>
   bool AddAroundCommonSphere(const Surface& surface);
-  // Curves and points in a frame of their own, in the given unit.
-  void AddBranches(const QuadricBranches& branches, const AxisFrame& frame, double unit);
+  // Curves and points in a frame of their own, in the given unit. Nothing: CNuOperationException cause 46 as above.
+  void AddBranches(const std::optional<QuadricBranches>& branches, const AxisFrame& frame, double unit);
 
   int HandOverTo(CNuObjArray* result) { return HandOver(std::move(m_found), result); }
 
@@ -71,7 +71,6 @@ struct QuadricStage {
 
   // The other surface's matrix.
   CNuMatrix Quadric() const;
-  void TakeCurve(const CNuTriagPolynomial* curve);
 
   AxisFrame frame;
   double unit = 1.0;
@@ -106,7 +105,7 @@ struct ConeContact {
 using ConeKernel = int (CNuConSurf::*)(const CNuMatrix&, CNuTriagPolynomial*, CNuInterval*, double*, int*, int*,
                                        int*) const;
 // Adds the branches on the generators of the cone that is the base, but for a common one.
-void MeetOnCone(QuadricStage stage, const ConeContact& contact, ConeKernel kernel, QuadricMeeting& meeting);
+void MeetOnCone(const QuadricStage& stage, const ConeContact& contact, ConeKernel kernel, QuadricMeeting& meeting);
 
 // The undirected angle between two unit directions, in degrees.
 double AngleBetween(Vec3 a, Vec3 b);

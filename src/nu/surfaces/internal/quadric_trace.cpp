@@ -1,11 +1,16 @@
 // Follows g(u, w) = 0 in the (u, w) plane, by steps that are proven. On a box around a point of the curve, l wide in
-// the angle of the step and m in the other one, the derivatives of g are within bounds that Taylor's formula gives. If
-// the one across the step keeps its sign there, and the slope of the curve times l is at most m, then the curve runs
-// through the box from end to end, and nothing else of it is inside: no strand is missed, taken for another one, or
-// left. A step is halved until that holds, and the next one is tried twice as long.
+// the angle of the step and m in the other one, the first derivatives of g are within bounds that Taylor's formula
+// gives, with the second derivatives at the point and bounds of the third ones on the box. If the derivative across the
+// step keeps its sign there, and the slope of the curve times l is at most m, then the curve runs through the box from
+// end to end, and nothing else of it is inside: no strand is missed, taken for another one, or left. A step is halved
+// until that holds, and the next one is tried twice as long.
 //
 // Steps go around (in u) or along the generators (in w), wherever g varies more with the other angle. So a stretch
-// along a generator that both surfaces nearly share is as good as any other, however narrow it is in u.
+// along a generator that both surfaces nearly share is as good as any other, however narrow it is in u. Next to
+// u = t = 0, where that happens, numbers are as dense as the steps are short; u is kept within half a turn of 0.
+//
+// A double point is left to the cubic that has the tangents of the curve on both sides; both strands through it are
+// followed.
 
 #include "nu/surfaces/internal/quadric_trace.h"
 
@@ -14,6 +19,7 @@
 #include "nu/curves/internal/quadric_equation.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/elementary.h"
+#include "nu/geometry/internal/vec2.h"
 
 namespace nu::internal {
 
@@ -24,6 +30,11 @@ using Factors = QuadricEquation::Factors;
 
 double LevelOf(const QuadricSpot& spot) {
   return spot.s / spot.c;
+}
+
+// Of the two angles w of one t, the nearer one to another; g of a single sheet changes its sign between them.
+void AlignWith(const QuadricSpot& from, QuadricSpot& to) {
+  if (to.s * from.s + to.c * from.c < 0.0) to.s = -to.s, to.c = -to.c;
 }
 
 // The turn from one direction to another, as lines, in (-pi/2, pi/2].
@@ -51,8 +62,8 @@ class Tracer {
       : m_pair(pair),
         m_path(task.path),
         m_equation(m_pair, m_path),
-        m_bounds(m_equation.Bounds()),
-        m_sizes(m_equation.Sizes()),
+        m_bendBounds(m_equation.BendBounds()),
+        m_twistBounds(m_equation.TwistBounds()),
         m_nodes(nodes),
         m_asymptotes(task.asymptotes),
         m_reach(task.reach),
@@ -61,11 +72,12 @@ class Tracer {
       QuadricSpot spot;
       if (m_equation.CrossingAt(seed.u, seed.sign, spot)) m_seeds.push_back({spot, false});
     }
+    for (const QuadricPlace& node : nodes) AddSeedsAround(node);
   }
 
   bool Trace() {
     for (std::size_t i = 0; i < m_seeds.size(); ++i) {
-      if (m_seeds[i].isDone) continue;
+      if (m_seeds[i].isDone || NodeNextTo(m_seeds[i].spot)) continue;
       m_seeds[i].isDone = true;
       if (!TraceFrom(m_seeds[i].spot)) return false;
     }
@@ -84,6 +96,38 @@ class Tracer {
     QuadricSpot spot;
     bool isDone = false;
   };
+
+  // On both strands through a double point, on either side, where g is a quadratic form that vanishes.
+  void AddSeedsAround(const QuadricPlace& node) {
+    const double length = Hypot(1.0, node.t);
+    const QuadricSpot at{node.u, node.t / length, 1.0 / length};
+    const QuadricEquation::Jet k = m_equation.At(node.u);
+    const double byUU = m_equation.Value(k.bend, at);
+    const double byUW = m_equation.Slope(k.slope, at);
+    const double byWW = m_equation.Bend(k.value, at);
+    const double rest = -(byUW + std::copysign(std::sqrt(byUW * byUW - byUU * byWW), byUW));
+    for (const Vec2 tangent : {Vec2{rest, byUU}, Vec2{byWW, rest}}) {
+      const double distance = Hypot(tangent.x, length * tangent.y);
+      if (!(distance > 0.0)) continue;
+      for (const double share : {-2.0 * kNearNode / distance, 2.0 * kNearNode / distance}) {
+        AddSeedNextTo(at, share * tangent.x, share * tangent.y);
+      }
+    }
+  }
+
+  void AddSeedNextTo(const QuadricSpot& node, double around, double along) {
+    const auto [sine, cosine] = SinCos(along);
+    QuadricSpot at{node.u + around, node.s * cosine + node.c * sine, node.c * cosine - node.s * sine};
+    const QuadricEquation::Jet k = m_equation.At(at.u);
+    const double byU = m_equation.Value(k.slope, at);
+    const double byW = m_equation.Slope(k.value, at);
+    if (std::fabs(byU) > std::fabs(byW)) {
+      at.u = m_equation.AngleAt(at.s, at.c, at.u, at.u - kNearNode, at.u + kNearNode);
+    } else if (!m_equation.CrossingAt(at.u, byW, at)) {
+      return;
+    }
+    m_seeds.push_back({at, false});
+  }
 
   enum class Ending { kClosed, kFarOut, kFailed };
 
@@ -125,29 +169,31 @@ class Tracer {
       length = std::fabs(step.length);
       if (step.chart == Chart::kAcross) m_side = -m_side;
       for (Seed& other : m_seeds) other.isDone = other.isDone || Passes(step, other.spot);
-      const bool isClosing = Passes(step, seed);
-      if (isClosing) step.to = {seed.u + Nu_2PI * std::round((step.from.u - seed.u) / Nu_2PI), seed.s, seed.c};
+      const bool isClosing = !m_steps.empty() && Passes(step, seed);
+      if (isClosing) step.to = seed;
       m_steps.push_back(step);
-      at = step.to;
       if (isClosing) return Ending::kClosed;
+      at = step.to;
+      at.u = AngleNear(at.u, 0.0);
+      // What is left of g beside a common line changes its sign over a turn.
+      if (m_path.hasCommonLine && at.u != step.to.u) m_side = -m_side;
     }
     return Ending::kFailed;
   }
 
   // Whether a point of the curve is on a step, its start apart.
   static bool Passes(const Step& step, const QuadricSpot& spot) {
-    constexpr double kSlack = 1e-12;  // of angles, and of t, that are known to some roundings
+    constexpr double kSlack = 1e-12;  // of u and t, which are known to some roundings
     if (step.chart == Chart::kAcross) return false;
+    const bool isAround = step.chart == Chart::kAround;
     const double around = std::remainder(spot.u - step.from.u, Nu_2PI);
     const double along = TurnBetween(step.from, spot);
-    const double onto = step.chart == Chart::kAround ? around : along;
-    const double across = step.chart == Chart::kAround ? along : around;
-    const double share = step.length < 0.0 ? -onto : onto;
+    const double slackAround = kSlack * std::fabs(spot.u);
     const double slackAlong = kSlack * std::fabs(spot.c);
-    const double slack = step.chart == Chart::kAround ? kSlack : slackAlong;
-    const double slackAcross = step.chart == Chart::kAround ? slackAlong : kSlack;
-    const bool isPassed = share > slack && share <= std::fabs(step.length) + slack;
-    return isPassed && std::fabs(across) <= step.width + slackAcross;
+    const double length = std::fabs(step.length) + (isAround ? slackAround : slackAlong);
+    const double width = step.width + (isAround ? slackAlong : slackAround);
+    const double onto = std::copysign(1.0, step.length) * (isAround ? around : along);
+    return onto > 0.0 && onto <= length && std::fabs(isAround ? along : around) <= width;
   }
 
   // u is known to the rounding of a full turn, t to its own: far out, steps around lose places and those along the
@@ -174,15 +220,16 @@ class Tracer {
   bool TellsStrandsApart(double slope, bool isAlongW, const QuadricEquation::Jet& k, const QuadricSpot& at) const {
     constexpr double kRoundings = 64.0;
     const double rounding =
-        kRoundings * DBL_EPSILON * m_equation.Value(m_sizes, {at.u, std::fabs(at.s), std::fabs(at.c)});
-    const double bend = isAlongW ? m_equation.Bend(k.value) : BendsNear(at, 0.0).byUU;
+        kRoundings * DBL_EPSILON * m_equation.Value(k.size, {at.u, std::fabs(at.s), std::fabs(at.c)});
+    const double bend = isAlongW ? m_equation.BendBound(k.value) : ValueNear(m_bendBounds, at, 0.0);
     return slope * slope > 2.0 * bend * rounding;
   }
 
   bool FindStepIn(Chart chart, const QuadricEquation::Jet& k, const QuadricSpot& at, double longest, Step& step) const {
     const double byU = m_equation.Value(k.slope, at);
     const double byW = m_equation.Slope(k.value, at);
-    const double shortest = m_shortest * (chart == Chart::kAlong ? std::fabs(at.c) : 1.0);
+    const bool isFarOut = std::fabs(at.c) * m_reach <= 1.0;
+    const double shortest = m_shortest * (chart == Chart::kAlong || isFarOut ? std::fabs(at.c) : 1.0);
     step.chart = chart;
     step.sign = byW;
     step.from = at;
@@ -196,30 +243,38 @@ class Tracer {
     return false;
   }
 
-  // Straight on through a double point that is next to the place: from there to opposite it.
-  bool FindStepAcross(const QuadricSpot& at, Step& step) const {
-    if (!m_steps.empty() && m_steps.back().chart == Chart::kAcross) return false;
-    for (const QuadricPlace& node : m_nodes) {
+  const QuadricPlace* NodeNextTo(const QuadricSpot& at) const {
+    const auto isNear = [&](const QuadricPlace& node) {
       const double x = std::remainder(at.u - node.u, Nu_2PI);
       const double y = (LevelOf(at) - node.t) / Hypot(1.0, node.t);
-      if (!(Hypot(x, y) < kNearNode)) continue;
-      const QuadricEquation::Jet k = m_equation.At(at.u);
-      const double byU = m_equation.Value(k.slope, at);
-      const double byW = m_equation.Slope(k.value, at);
-      const double opposite = 2.0 * node.t - LevelOf(at);
-      const double length = Hypot(1.0, opposite);
-      step = {Chart::kAcross, 1.0, Hypot(x, y), 0.0, false, at, {at.u - 2.0 * x, opposite / length, 1.0 / length}};
-      if (std::fabs(at.c * byW) >= std::fabs(byU)) {
-        if (!m_equation.CrossingAt(step.to.u, -byW, step.to)) return false;
-        if (step.to.c < 0.0) step.to.s = -step.to.s, step.to.c = -step.to.c;
-      } else {
-        step.to.u = m_equation.AngleAt(step.to.s, step.to.c, step.to.u, step.to.u - 0.5 * kNearNode,
-                                       step.to.u + 0.5 * kNearNode);
-      }
-      const double missed = (LevelOf(step.to) - opposite) / Hypot(1.0, node.t);
-      return Hypot(missed, step.to.u - (at.u - 2.0 * x)) < 0.5 * kNearNode;
+      return Hypot(x, y) < kNearNode;
+    };
+    const auto found = std::find_if(m_nodes.begin(), m_nodes.end(), isNear);
+    return found == m_nodes.end() ? nullptr : &*found;
+  }
+
+  // Straight on through a double point that is next to the place, where the last step has come close to it: from there
+  // to opposite it.
+  bool FindStepAcross(const QuadricSpot& at, Step& step) const {
+    const QuadricPlace* node = NodeNextTo(at);
+    if (!node || m_steps.empty() || NodeNextTo(m_steps.back().from) == node) return false;
+    const double x = std::remainder(at.u - node->u, Nu_2PI);
+    const double y = (LevelOf(at) - node->t) / Hypot(1.0, node->t);
+    const QuadricEquation::Jet k = m_equation.At(at.u);
+    const double byU = m_equation.Value(k.slope, at);
+    const double byW = m_equation.Slope(k.value, at);
+    const double opposite = 2.0 * node->t - LevelOf(at);
+    const double length = Hypot(1.0, opposite);
+    step = {Chart::kAcross, 1.0, Hypot(x, y), 0.0, false, at, {at.u - 2.0 * x, opposite / length, 1.0 / length}};
+    if (std::fabs(at.c * byW) >= std::fabs(byU)) {
+      if (!m_equation.CrossingAt(step.to.u, -byW, step.to)) return false;
+    } else {
+      step.to.u =
+          m_equation.AngleAt(step.to.s, step.to.c, step.to.u, step.to.u - 0.5 * kNearNode, step.to.u + 0.5 * kNearNode);
     }
-    return false;
+    AlignWith(at, step.to);
+    const double missed = (LevelOf(step.to) - opposite) / Hypot(1.0, node->t);
+    return Hypot(missed, step.to.u - (at.u - 2.0 * x)) < 0.5 * kNearNode;
   }
 
   // How far the curve may leave its start in the other angle over a step; negative where nothing is proven.
@@ -228,9 +283,6 @@ class Tracer {
     const bool isAround = chart == Chart::kAround;
     const double byU = std::fabs(m_equation.Value(k.slope, at));
     const double byW = std::fabs(m_equation.Slope(k.value, at));
-    const double mixed = std::fabs(m_equation.Slope(k.slope, at));
-    const double bend = m_equation.Bend(k.value);
-    const double bendSlope = m_equation.Bend(k.slope);
     const double main = isAround ? byW : byU;
     const double other = isAround ? byU : byW;
     // With du and dt / t the curve turns as it does in space, which does not matter beyond the reach.
@@ -238,15 +290,10 @@ class Tracer {
     const auto isStraight = [&](double change) { return change <= std::fmax(byU, scale * byW); };
     double width = 2.0 * length * other / main;
     for (int i = 0; i < kTries; ++i) {
-      const double x = isAround ? length : width;
-      const double y = isAround ? width : length;
-      const Bends bends = BendsNear(at, y);
-      const double moreByU = x * bends.byUU + y * mixed + 0.5 * y * y * bendSlope;
-      const double moreByW =
-          x * mixed + 0.5 * x * x * bends.byUUW + y * (bend + x * bendSlope + 0.5 * x * x * bends.byUUWW);
-      const double moreMain = isAround ? moreByW : moreByU;
-      const double moreOther = isAround ? moreByU : moreByW;
-      if (!(moreMain <= kMostChange * main) || !isStraight(isAround ? moreByU : scale * moreByW)) return -1.0;
+      const Changes more = isAround ? ChangesWithin(k, at, length, width) : ChangesWithin(k, at, width, length);
+      const double moreMain = isAround ? more.byW : more.byU;
+      const double moreOther = isAround ? more.byU : more.byW;
+      if (!(moreMain <= kMostChange * main) || !isStraight(isAround ? more.byU : scale * more.byW)) return -1.0;
       const double needed = length * (other + moreOther) / (main - moreMain);
       if (needed <= width) return width;
       width = 2.0 * needed;
@@ -254,32 +301,54 @@ class Tracer {
     return -1.0;
   }
 
-  // No derivatives of g are larger so close to a place, in w.
-  struct Bends {
-    double byUU = 0.0;
-    double byUUW = 0.0;
-    double byUUWW = 0.0;
+  // No derivatives of g change by more within x of a place in u and y in w: by the second derivatives there, and bounds
+  // of the third ones nearby.
+  struct Changes {
+    double byU = 0.0;
+    double byW = 0.0;
   };
-  Bends BendsNear(const QuadricSpot& at, double y) const {
-    const double s = std::fmin(1.0, std::fabs(at.s) + y);
-    const double c = std::fmin(1.0, std::fabs(at.c) + y);
-    const Factors& k = m_bounds;
-    if (!m_equation.IsQuadratic()) return {k.a * s + k.c * c, k.a * c + k.c * s, k.a * s + k.c * c};
-    return {k.a * s * s + 2.0 * k.h * s * c + k.c * c * c, 2.0 * ((k.a + k.c) * s * c + k.h),
-            2.0 * (k.a + k.c + 2.0 * k.h)};
+  Changes ChangesWithin(const QuadricEquation::Jet& k, const QuadricSpot& at, double x, double y) const {
+    const double mixed = std::fabs(m_equation.Slope(k.slope, at));
+    const double byUU = std::fabs(m_equation.Value(k.bend, at));
+    const double byWW = std::fabs(m_equation.Bend(k.value, at));
+    const double byUUU = ValueNear(m_twistBounds, at, y);
+    const double byUUW = SlopeNear(m_bendBounds, at, y);
+    const double byUUWW = BendSum(m_bendBounds);
+    const double byUWW = m_equation.BendBound(k.slope) + x * byUUWW;
+    const double bend = m_equation.BendBound(k.value) + x * (m_equation.BendBound(k.slope) + 0.5 * x * byUUWW);
+    const double byWWW = m_equation.Frequency() * bend;
+    return {x * byUU + y * mixed + 0.5 * (x * x * byUUU + y * (2.0 * x * byUUW + y * byUWW)),
+            x * mixed + y * byWW + 0.5 * (x * x * byUUW + y * (2.0 * x * byUWW + y * byWWW))};
   }
 
-  // The end of a proven step; false for one that comes too far out or in at once.
+  // No values and derivatives by w are larger, of a g with factors that are no larger, so close to a place in w.
+  double ValueNear(const Factors& k, const QuadricSpot& at, double y) const {
+    const double s = std::fmin(1.0, std::fabs(at.s) + y);
+    const double c = std::fmin(1.0, std::fabs(at.c) + y);
+    return m_equation.Value(k, {at.u, s, c});
+  }
+  double SlopeNear(const Factors& k, const QuadricSpot& at, double y) const {
+    const double s = std::fmin(1.0, std::fabs(at.s) + y);
+    const double c = std::fmin(1.0, std::fabs(at.c) + y);
+    return m_equation.IsQuadratic() ? 2.0 * ((k.a + k.c) * s * c + k.h) : k.a * c + k.c * s;
+  }
+  double BendSum(const Factors& k) const {
+    return m_equation.IsQuadratic() ? 2.0 * (k.a + k.c + 2.0 * k.h) : k.a + k.c;
+  }
+
+  // The end of a proven step; false for one that comes too far out or in at once, or is lost in the roundings.
   bool GoTo(Step& step) const {
     const QuadricSpot& from = step.from;
     if (step.chart == Chart::kAround) {
-      if (!m_equation.CrossingAt(from.u + step.length, step.sign, step.to)) return false;
+      if (from.u + step.length == from.u || !m_equation.CrossingAt(from.u + step.length, step.sign, step.to))
+        return false;
     } else {
       const auto [sine, cosine] = SinCos(step.length);
       step.to = {from.u, from.s * cosine + from.c * sine, from.c * cosine - from.s * sine};
+      if (step.to.s == from.s && step.to.c == from.c) return false;
       step.to.u = m_equation.AngleAt(step.to.s, step.to.c, from.u, from.u - step.width, from.u + step.width);
     }
-    if (step.to.s * from.s + step.to.c * from.c < 0.0) step.to.s = -step.to.s, step.to.c = -step.to.c;
+    AlignWith(from, step.to);
     step.toInfinity = IsThroughInfinity(step);
     const double before = std::fabs(LevelOf(from));
     const double after = std::fabs(LevelOf(step.to));
@@ -318,8 +387,9 @@ class Tracer {
   // Far out, a crossing that goes to infinity there, if only to rounding.
   bool PassesAsymptote(const Step& step) const {
     if (std::fmin(std::fabs(LevelOf(step.from)), std::fabs(LevelOf(step.to))) < m_reach) return false;
-    const double middle = 0.5 * (step.from.u + step.to.u);
-    const double half = 0.5 * std::fabs(step.to.u - step.from.u);
+    const double end = AngleNear(step.to.u, step.from.u);
+    const double middle = 0.5 * (step.from.u + end);
+    const double half = 0.5 * std::fabs(end - step.from.u);
     return std::any_of(m_asymptotes.begin(), m_asymptotes.end(),
                        [&](double u) { return std::fabs(std::remainder(u - middle, Nu_2PI)) <= half; });
   }
@@ -346,16 +416,14 @@ class Tracer {
     QuadricCurve curve{m_pair, m_path, {}};
     curve.path.closed = isClosed;
     double v = 0.0;
-    double turned = 0.0;
     for (std::size_t i = first; i < last; ++i) {
       const Step& step = m_steps[i % m_steps.size()];
-      if (i > first) turned += m_steps[(i - 1) % m_steps.size()].to.u - step.from.u;
       const double t = LevelOf(step.from);
-      curve.nodes.push_back({v, step.from.u + turned, t, step.chart, step.sign, step.width, {}});
-      v += Hypot(step.to.u - step.from.u, Asinh(LevelOf(step.to)) - Asinh(t));
+      curve.nodes.push_back({v, step.from.u, t, step.chart, step.sign, step.width, {}});
+      v += Hypot(AngleNear(step.to.u, step.from.u) - step.from.u, Asinh(LevelOf(step.to)) - Asinh(t));
     }
     const Step& end = m_steps[(last - 1) % m_steps.size()];
-    curve.nodes.push_back({v, end.to.u + turned, LevelOf(end.to), Chart::kAround, 1.0, 0.0, {}});
+    curve.nodes.push_back({v, end.to.u, LevelOf(end.to), Chart::kAround, 1.0, 0.0, {}});
     curve.path.lower = 0.0;
     curve.path.upper = v;
     if (isClosed) ScaleToTurns(curve);
@@ -421,8 +489,8 @@ class Tracer {
   const QuadricPair& m_pair;
   const QuadricPath& m_path;
   QuadricEquation m_equation;
-  Factors m_bounds;
-  Factors m_sizes;
+  Factors m_bendBounds;
+  Factors m_twistBounds;
   const std::vector<QuadricPlace>& m_nodes;
   const std::vector<double>& m_asymptotes;
   double m_reach;
@@ -489,9 +557,9 @@ QuadricPair TouchingAt(const std::vector<QuadricPlace>& nodes, const QuadricTask
   for (const QuadricPlace& node : nodes) sum += PlaneEquation::Of(f.waves, node);
   const double shift = sum / static_cast<double>(nodes.size());
   if (task.path.sheets == QuadricPath::Sheets::kThroughApex) {
-    pair.h.c0 -= 0.5 * shift;
+    pair.h.value -= 0.5 * shift;
   } else {
-    pair.c.c0 -= shift;
+    pair.c.value -= shift;
   }
   return pair;
 }
@@ -502,7 +570,7 @@ QuadricPair TouchingAt(const std::vector<QuadricPlace>& nodes, const QuadricTask
 std::optional<std::vector<QuadricCurve>> TraceBranches(const QuadricTask& task) {
   constexpr int kTries = 8;
   constexpr double kSuspicious = 1e-7;
-  constexpr double kShortest = 1e-13;  // a curve that asks for less is singular to rounding
+  constexpr double kShortest = 0x1p-100;  // next to u = t = 0 numbers are as dense
   std::vector<QuadricPlace> nodes;
   const auto add = [&](QuadricPlace at) {
     const std::optional<QuadricPlace> node = NodeNextTo(task, at);
