@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <limits>
 #include <new>
 #ifdef _WIN32
 #include <malloc.h>
@@ -11,6 +12,7 @@ namespace {
 
 thread_local long allocationsUntilFailure = -1;
 thread_local long liveAllocations = 0;
+thread_local std::size_t largestAllocation = std::numeric_limits<std::size_t>::max();
 
 // Windows has no aligned_alloc, and what it aligns it wants back by a function of its own.
 void* Allocate(std::size_t unit, std::size_t size) {
@@ -39,6 +41,10 @@ bool nu::test::AllocationHasFailed() {
   return allocationsUntilFailure < 0;
 }
 
+void nu::test::FailAllocationsAbove(std::size_t bytes) {
+  largestAllocation = bytes;
+}
+
 long nu::test::LiveAllocations() {
   return liveAllocations;
 }
@@ -46,6 +52,7 @@ long nu::test::LiveAllocations() {
 // The array and nothrow forms of the standard library end in these two; those of a sanitizer do not, so all are here.
 void* operator new(std::size_t size, std::align_val_t alignment) {
   if (allocationsUntilFailure >= 0 && allocationsUntilFailure-- == 0) throw std::bad_alloc();
+  if (size > largestAllocation) throw std::bad_alloc();
   const std::size_t unit = static_cast<std::size_t>(alignment);
   void* memory = Allocate(unit, (size / unit + 1) * unit);
   if (memory == nullptr) throw std::bad_alloc();

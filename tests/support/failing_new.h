@@ -1,6 +1,8 @@
 #ifndef NU_TESTS_SUPPORT_FAILING_NEW_H
 #define NU_TESTS_SUPPORT_FAILING_NEW_H
 
+#include <cstddef>
+
 // For programs that are linked with failing_new.cpp, which replaces their allocation functions. Both count for the
 // calling thread only.
 namespace nu::test {
@@ -9,6 +11,8 @@ namespace nu::test {
 void FailAllocation(long k);
 // Whether the allocation that was last told to fail has done so.
 bool AllocationHasFailed();
+// Lets all larger allocations fail.
+void FailAllocationsAbove(std::size_t bytes);
 // What has been allocated and not released.
 long LiveAllocations();
 

@@ -282,7 +282,8 @@ void Search::LookFrom(std::size_t i) {
 std::vector<std::size_t> Search::Path() {
   const std::size_t last = m_points.size() - 1;
   std::vector<std::size_t> frontier{0};
-  while (m_before[last] == last) {
+  // The next point after one that is reached is always reached, so a round adds one at least.
+  while (m_before[last] == last && !frontier.empty()) {
     m_next.clear();
     for (const std::size_t i : frontier) {
       if (Reach(i, last)) break;
@@ -291,6 +292,7 @@ std::vector<std::size_t> Search::Path() {
     frontier.swap(m_next);
     std::sort(frontier.begin(), frontier.end(), std::greater<>());
   }
+  for (std::size_t i = last; i > 0 && m_before[i] == i; --i) m_before[i] = i - 1;
   std::vector<std::size_t> path{last};
   while (path.back() != 0) path.push_back(m_before[path.back()]);
   std::reverse(path.begin(), path.end());

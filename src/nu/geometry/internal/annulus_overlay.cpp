@@ -74,11 +74,14 @@ class Overlay {
     }
   }
 
+  // Finds nothing when signs or values contradict each other.
   GridAnnulus Run() {
+    if (!m_mesh.IsSound()) return {};
     for (Delaunay2::Edge e = 0; e < m_mesh.Edges(); e += 2) {
       if (m_mesh.InUse(e)) Search(VoronoiEdge2(m_mesh, e));
     }
     GridAnnulus best;
+    if (m_contradicts) return best;
     for (const GridAnnulus& candidate : m_candidates) {
       if (!(candidate.width <= Limit())) continue;
       if (!best.found || Precedes(candidate.centre, best.centre)) best = candidate;
@@ -147,10 +150,13 @@ class Overlay {
     const double end = edge.end[0] + Beyond(edge, edge.end[0]);
     if (!(begin < end)) return;
     m_open.assign(1, {begin, FarthestAt(edge, begin), end, FarthestAt(edge, end)});
-    while (!m_open.empty()) {
+    // Along an edge no corner is the farthest in two places; values that agree to rounding may add some.
+    const std::size_t most = 4 * m_hull.Corners().size() + 64;
+    for (std::size_t parts = 0; !m_open.empty() && !m_contradicts; ++parts) {
       const Part part = m_open.back();
       m_open.pop_back();
       Divide(edge, part);
+      m_contradicts = parts > most;
     }
   }
 
@@ -232,6 +238,7 @@ class Overlay {
   Delaunay2 m_mesh;
   double m_bound;  // the least width so far
   int m_scans = 0;
+  bool m_contradicts = false;
   std::vector<Vec2> m_outposts;
   std::vector<Part> m_open;
   std::vector<GridAnnulus> m_candidates;

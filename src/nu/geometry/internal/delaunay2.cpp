@@ -1,6 +1,7 @@
 #include "nu/geometry/internal/delaunay2.h"
 
 #include <algorithm>
+#include <bit>
 #include <new>
 #include <utility>
 
@@ -13,11 +14,21 @@
 
 namespace nu::internal {
 
+namespace {
+
+// On each level of halving a merge walks over the edges of two hulls, makes fewer than two edges per point, and deletes
+// fewer than three.
+constexpr std::uint64_t kStepsPerPoint = 16;
+
+}  // namespace
+
 Delaunay2::Delaunay2(std::vector<Vec2> points) : m_points(std::move(points)) {
   // A triangulation has fewer than three edges per point; six half-edges are to be numbered.
   if (m_points.size() >= kNoSite / 6) throw std::bad_alloc();
   m_edges.reserve(6 * m_points.size());
+  m_stepsLeft = kStepsPerPoint * m_points.size() * static_cast<std::uint64_t>(std::bit_width(m_points.size()));
   Triangulate(0, static_cast<Site>(m_points.size()), Axis::x);
+  for (const Edge e : m_free) m_edges[e].origin = m_edges[e ^ 1u].origin = kNoSite;
   m_free = {};
 }
 
@@ -60,7 +71,6 @@ Delaunay2::Edge Delaunay2::Connect(Edge a, Edge b) {
 void Delaunay2::Delete(Edge e) {
   Splice(e, m_edges[e].previous);
   Splice(e ^ 1u, m_edges[e ^ 1u].previous);
-  m_edges[e].origin = m_edges[e ^ 1u].origin = kNoSite;
   m_free.push_back(e & ~1u);
 }
 
@@ -108,9 +118,9 @@ Delaunay2::Edge Delaunay2::ThreePoints(Site first) {
 }
 
 // The counter-clockwise hull edge from the first or the last point along an axis.
-Delaunay2::Edge Delaunay2::OutermostFrom(Edge hull, Axis axis, bool first) const {
+Delaunay2::Edge Delaunay2::OutermostFrom(Edge hull, Axis axis, bool first) {
   Edge outermost = hull;
-  for (Edge e = RightPrevious(hull); e != hull; e = RightPrevious(e)) {
+  for (Edge e = RightPrevious(hull); e != hull && MayStep(); e = RightPrevious(e)) {
     const Vec2& here = At(Origin(e));
     const Vec2& there = At(Origin(outermost));
     if (first ? Precedes(axis, here, there) : Precedes(axis, there, here)) outermost = e;
@@ -121,22 +131,24 @@ Delaunay2::Edge Delaunay2::OutermostFrom(Edge hull, Axis axis, bool first) const
 // From right to left, given the clockwise hull edge from the last point on the left and the counter-clockwise one from
 // the first point on the right.
 Delaunay2::Edge Delaunay2::LowerTangent(Edge inLeft, Edge inRight) {
-  while (true) {
+  while (MayStep()) {
     if (Side(Origin(inRight), inLeft) > 0) {
       inLeft = LeftNext(inLeft);
     } else if (Side(Origin(inLeft), inRight) < 0) {
       inRight = RightPrevious(inRight);
     } else {
-      return Connect(inRight ^ 1u, inLeft);
+      break;
     }
   }
+  return Connect(inRight ^ 1u, inLeft);
 }
 
 // The next edge of the left triangulation above the base, without those that its circles reject.
 Delaunay2::Edge Delaunay2::LeftCandidate(Edge base) {
   Edge candidate = m_edges[base ^ 1u].next;
   if (Side(Destination(candidate), base) >= 0) return candidate;
-  while (InCircle(Destination(base), Origin(base), Destination(candidate), Destination(m_edges[candidate].next))) {
+  while (InCircle(Destination(base), Origin(base), Destination(candidate), Destination(m_edges[candidate].next)) &&
+         MayStep()) {
     const Edge next = m_edges[candidate].next;
     Delete(candidate);
     candidate = next;
@@ -147,7 +159,8 @@ Delaunay2::Edge Delaunay2::LeftCandidate(Edge base) {
 Delaunay2::Edge Delaunay2::RightCandidate(Edge base) {
   Edge candidate = m_edges[base].previous;
   if (Side(Destination(candidate), base) >= 0) return candidate;
-  while (InCircle(Destination(base), Origin(base), Destination(candidate), Destination(m_edges[candidate].previous))) {
+  while (InCircle(Destination(base), Origin(base), Destination(candidate), Destination(m_edges[candidate].previous)) &&
+         MayStep()) {
     const Edge next = m_edges[candidate].previous;
     Delete(candidate);
     candidate = next;
@@ -159,16 +172,17 @@ Delaunay2::Edge Delaunay2::Merge(Edge left, Edge right, Axis axis) {
   const Edge inLeft = m_edges[OutermostFrom(left, axis, false)].previous;
   const Edge tangent = LowerTangent(inLeft, OutermostFrom(right, axis, true));
   Edge base = tangent;
-  while (true) {
+  while (MayStep()) {
     const Edge fromLeft = LeftCandidate(base);
     const Edge fromRight = RightCandidate(base);
     const bool hasLeft = Side(Destination(fromLeft), base) < 0;
     const bool hasRight = Side(Destination(fromRight), base) < 0;
-    if (!hasLeft && !hasRight) return tangent ^ 1u;
+    if (!hasLeft && !hasRight) break;
     const bool takesRight = !hasLeft || (hasRight && InCircle(Destination(fromLeft), Origin(fromLeft),
                                                               Origin(fromRight), Destination(fromRight)));
     base = takesRight ? Connect(fromRight, base ^ 1u) : Connect(base ^ 1u, fromLeft ^ 1u);
   }
+  return tangent ^ 1u;
 }
 
 }  // namespace nu::internal

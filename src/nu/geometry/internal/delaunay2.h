@@ -23,6 +23,8 @@ class Delaunay2 {
   // At least two points, no two the same, which are numbered anew. Throws std::bad_alloc also for more points than can
   // be numbered.
   explicit Delaunay2(std::vector<Vec2> points);
+  // False when signs contradicted each other, as no exact ones do; then the edges are none of a triangulation.
+  bool IsSound() const { return m_stepsLeft > 0; }
 
   // One more than the largest half-edge; some numbers below may not be in use.
   Edge Edges() const { return static_cast<Edge>(m_edges.size()); }
@@ -58,14 +60,17 @@ class Delaunay2 {
   Edge Triangulate(Site begin, Site end, Axis axis);
   Edge ThreePoints(Site first);
   Edge Merge(Edge left, Edge right, Axis axis);
-  Edge OutermostFrom(Edge hull, Axis axis, bool first) const;
+  Edge OutermostFrom(Edge hull, Axis axis, bool first);
   Edge LowerTangent(Edge inLeft, Edge inRight);
   Edge LeftCandidate(Edge base);
   Edge RightCandidate(Edge base);
+  // Whether a merge may go on; once it may not, all of them end.
+  bool MayStep() { return m_stepsLeft > 0 && --m_stepsLeft > 0; }
 
   std::vector<Vec2> m_points;
   std::vector<HalfEdge> m_edges;
   std::vector<Edge> m_free;
+  std::uint64_t m_stepsLeft = 0;
 };
 
 }  // namespace nu::internal

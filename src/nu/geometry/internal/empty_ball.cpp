@@ -216,6 +216,8 @@ class Ascent {
   // Of the products in the search for the next contact, in units of the lengths of the factors.
   static constexpr double kSlack = 64.0 * kEpsilon;
   static constexpr double kMoreSlack = 16.0;
+  // Then it is above all products.
+  static constexpr int kMostSlackenings = 16;
   // Of what four contacts tell about the ball, in units of a distance's rounding: they may lie close together.
   static constexpr double kBallRoundings = 64.0;
 
@@ -251,8 +253,11 @@ class Ascent {
     Way way{m_centre, m_contact[0], step, kSlack * size * m_reach};
     Meeting next = Search(way);
     // A contact does not come nearer but for rounding.
-    for (; next.t < kInfinity && IsContact(next.point); next = Search(way)) way.slack *= kMoreSlack;
-    if (!(next.t < kInfinity)) return false;
+    for (int k = 0; k < kMostSlackenings && next.t < kInfinity && IsContact(next.point); ++k) {
+      way.slack *= kMoreSlack;
+      next = Search(way);
+    }
+    if (!(next.t < kInfinity) || IsContact(next.point)) return false;
     const Vec3 e = next.point - way.contact;
     const double excess = Dot(e, (next.point - m_centre) + radius);
     m_centre = m_centre + (std::max(0.0, excess) / (2.0 * Dot(e, step))) * step;

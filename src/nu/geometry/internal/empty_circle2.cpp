@@ -45,7 +45,9 @@ class Search {
  public:
   explicit Search(const std::vector<Vec2>& points) : m_hull(points), m_mesh(points) {}
 
+  // Finds nothing when signs contradict each other.
   EmptyCircle Run() {
+    if (!m_mesh.IsSound()) return {};
     for (Delaunay2::Edge e = 0; e < m_mesh.Edges(); e += 2) {
       if (m_mesh.InUse(e)) Consider(e);
     }

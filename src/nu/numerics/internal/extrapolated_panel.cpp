@@ -102,6 +102,7 @@ double ErrorOfLaw(const Integrand& f, double c, double signedWidth, double resol
   Law law;
   if (probes.empty()) return kInfinite;
   const double nearest = probes.front().distance;
+  if (!(nearest > 0.0)) return kInfinite;
   double distance = nearest;
   while (distance < kFarthest * std::fabs(signedWidth)) distance *= kRatio;
   for (; distance > 2.0 * nearest; distance /= kRatio) {
