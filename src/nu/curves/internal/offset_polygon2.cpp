@@ -2,6 +2,7 @@
 
 #include <cfloat>
 #include <queue>
+#include <tuple>
 
 #include "nu/foundation/internal/elementary.h"
 
@@ -33,7 +34,10 @@ struct Edge2 {
 };
 
 struct Collapse {
-  bool operator<(const Collapse& other) const { return reach > other.reach; }  // the queue gives the greatest first
+  // The queue gives the greatest first.
+  bool operator<(const Collapse& other) const {
+    return std::tie(reach, edge, version) > std::tie(other.reach, other.edge, other.version);
+  }
 
   double reach;
   int edge;

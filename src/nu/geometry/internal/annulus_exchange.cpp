@@ -1,6 +1,7 @@
 #include "nu/geometry/internal/annulus_exchange.h"
 
 #include <limits>
+#include <tuple>
 
 #include "nu/geometry/internal/lanes.h"
 
@@ -177,7 +178,9 @@ void AnnulusExchange::TakeSample(Vec2 start) {
   std::vector<std::pair<double, Vec2>> byAngle;
   byAngle.reserve(m_sample.size());
   for (const Vec2& p : m_sample) byAngle.emplace_back(DiamondAngle(p - start), p);
-  std::sort(byAngle.begin(), byAngle.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::sort(byAngle.begin(), byAngle.end(), [](const auto& a, const auto& b) {
+    return std::tie(a.first, a.second.x, a.second.y) < std::tie(b.first, b.second.x, b.second.y);
+  });
   for (std::size_t k = 0; k < byAngle.size(); ++k) m_sample[k] = byAngle[k].second;
 }
 
@@ -262,7 +265,9 @@ double AnnulusExchange::Coverage(std::size_t step) const {
   std::vector<Vec2> directions;
   for (std::size_t k = 0; k < m_sample.size(); k += step) directions.push_back(Direction(m_sample[k] - m_centre));
   // In order from the start, but hardly ever from here.
-  std::sort(directions.begin(), directions.end(), [](Vec2 a, Vec2 b) { return DiamondAngle(a) < DiamondAngle(b); });
+  std::sort(directions.begin(), directions.end(), [](Vec2 a, Vec2 b) {
+    return std::make_tuple(DiamondAngle(a), a.x) < std::make_tuple(DiamondAngle(b), b.x);
+  });
   double narrowest = 2.0;
   for (std::size_t k = 0; k < directions.size(); ++k) {
     const Vec2 side = directions[(k + 1) % directions.size()] - directions[k];

@@ -1,6 +1,7 @@
 #ifndef NU_GEOMETRY_INTERNAL_AXIS_SEARCH_H
 #define NU_GEOMETRY_INTERNAL_AXIS_SEARCH_H
 
+#include <tuple>
 #include <vector>
 
 #include "nu/geometry/internal/enclosing_cylinder.h"
@@ -98,7 +99,9 @@ class AxisSearch {
   };
 
   static double Least(const KnownCylinder& known);
-  static bool IsLater(const Cell& a, const Cell& b) { return a.bound > b.bound; }
+  static bool IsLater(const Cell& a, const Cell& b) {
+    return std::tie(a.bound, a.face, a.u, a.v) > std::tie(b.bound, b.face, b.u, b.v);
+  }
   void Push(const Cell& cell);
   Cell Pop();
   DirectionCap CapAround(const Cell& cell) const;

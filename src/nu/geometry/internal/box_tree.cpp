@@ -50,7 +50,9 @@ void BoxTree::Build(int begin, int end) {
   }
   const int middle = begin + (end - begin) / 2;
   std::nth_element(m_points.begin() + begin, m_points.begin() + middle, m_points.begin() + end,
-                   [axis](const IndexedPoint& p, const IndexedPoint& q) { return p.xyz[axis] < q.xyz[axis]; });
+                   [axis](const IndexedPoint& p, const IndexedPoint& q) {
+                     return p.xyz[axis] != q.xyz[axis] ? p.xyz[axis] < q.xyz[axis] : p.index < q.index;
+                   });
   Build(begin, middle);
   m_nodes[place].right = static_cast<int>(m_nodes.size());
   Build(middle, end);

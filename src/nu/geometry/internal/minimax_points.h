@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <tuple>
 
 #include "nu/geometry/internal/minimax_rows.h"
 #include "nu/geometry/internal/point_blocks.h"
@@ -111,7 +112,10 @@ class MinimaxPoints {
     });
     m_range = largest - smallest;
     Candidate* end = std::remove_if(worst, worst + kPlaces, [](const Candidate& c) { return c.sign == 0.0; });
-    std::sort(worst, end, [](const Candidate& a, const Candidate& b) { return a.value > b.value; });
+    std::sort(worst, end, [](const Candidate& a, const Candidate& b) {
+      if (a.value != b.value) return a.value > b.value;
+      return std::tie(a.point.x, a.point.y, a.point.z) < std::tie(b.point.x, b.point.y, b.point.z);
+    });
     m_added = static_cast<int>(std::min<std::ptrdiff_t>(end - worst, most));
     m_renumbered = m_set.size + static_cast<std::size_t>(m_added) > kMostRows;
     if (m_renumbered) KeepLargest(model);

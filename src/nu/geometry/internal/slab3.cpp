@@ -539,8 +539,9 @@ class OutsideScan {
     for (const Side side : {kUp, kDown}) {
       std::vector<Block>& blocks = m_blocks[side];
       const auto most = blocks.begin() + static_cast<std::ptrdiff_t>(std::min(blocks.size(), kMostPerSide));
-      std::partial_sort(blocks.begin(), most, blocks.end(),
-                        [](const Block& a, const Block& b) { return a.distance > b.distance; });
+      std::partial_sort(blocks.begin(), most, blocks.end(), [](const Block& a, const Block& b) {
+        return a.distance != b.distance ? a.distance > b.distance : a.begin < b.begin;
+      });
       const std::size_t before = farthest.size();
       for (auto block = blocks.begin(); block != blocks.end(); ++block) {
         // What the best blocks only seemed to have may be in the others.
