@@ -105,7 +105,8 @@ CornerCircle CircleThrough(Vec3 u, Vec3 v) {
   const DoubleDouble aa = Dot(a, a);
   const DoubleDouble bb = Dot(b, b);
   const WideVec3 sum = Cross({aa * b.x - bb * a.x, aa * b.y - bb * a.y, aa * b.z - bb * a.z}, n);
-  return {Unit(Rounded(n)), (0.5 / (Dot(n, n).high * scale)) * Rounded(sum)};
+  // The scale comes last: of large coordinates its product with the other divisor may vanish.
+  return {Unit(Rounded(n)), (1.0 / scale) * ((0.5 / Dot(n, n).high) * Rounded(sum))};
 }
 
 }  // namespace
