@@ -333,6 +333,8 @@ TEST(CircularArc, PassesThroughItsThreePoints) {
     const CNuCircularArc again(arc.GetCentre(), arc.GetStartPoint(), arc.GetEndPoint(), arc.GetSense());
     EXPECT_LT(again.DistanceTo(p2), rounding + (arc.GetSweep() < 179 ? 0 : 1e-6)) << i << " " << arc.GetSweep();
   }
+  const auto far = [](double angle) { return CNuPoint(1e306 * std::cos(angle), 1e306 * std::sin(angle), 0); };
+  EXPECT_NEAR(CNuCircularArc(far(0.0), far(0.2), far(0.4)).GetRadius() / 1e306, 1.0, 1e-13);
 }
 
 TEST(CircularArc, KnowsWhereItRuns) {

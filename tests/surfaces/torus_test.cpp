@@ -63,6 +63,31 @@ TEST(Torus, HoldsTwoRadiiAndAnAxis) {
   EXPECT_EQ(torus.GetType(), 36);
 }
 
+// Single values of features that have been moved are those of all their data.
+TEST(Accessors, FollowTheFrame) {
+  const CNuPoint start(1, 2, 3), end(4, 2, -1);
+  const CNuVector axis(0, 0, 1), x(1, 0, 0);
+  CNuTorSurf torus(5.0, 3.0, start, axis);
+  CNuCylSurf cylinder(5.0, start, axis);
+  CNuEllipse ellipse(5.0, 3.0, start, x, axis);
+  CNuHyperbola hyperbola(5.0, 3.0, start, x, axis);
+  CNuLineSegment segment(start, end);
+  CNuNonLinearGeometry* const all[] = {&torus, &cylinder, &ellipse, &hyperbola, &segment};
+  for (CNuNonLinearGeometry* g : all) g->Rotate(30.0, CNuGeometry::X_AXIS), g->Translate(1.0, 2.0, 3.0);
+  const auto moved = [](const CNuPoint& p) {
+    const double c = std::cos(30.0 * kDegree), s = 0.5;
+    return CNuPoint(p.x() + 1.0, c * p.y() - s * p.z() + 2.0, s * p.y() + c * p.z() + 3.0);
+  };
+  const CNuBoundedCurve& curve = segment;
+  for (const CNuPoint& p : {torus.GetCentre(), cylinder.GetAxisPoint(), ellipse.GetCentre(), hyperbola.GetCentre(),
+                            curve.GetStartPoint()}) {
+    EXPECT_LE(p.DistanceTo(moved(start)), 1e-14);
+  }
+  EXPECT_LE(curve.GetEndPoint().DistanceTo(moved(end)), 1e-14);
+  EXPECT_TRUE(ellipse.GetSemiAxisA() == 5.0 && hyperbola.GetSemiAxisA() == 5.0);
+  EXPECT_TRUE(ellipse.GetSemiAxisB() == 3.0 && hyperbola.GetSemiAxisB() == 3.0);
+}
+
 // Required: hosts that walk over pairs of surfaces rely on these failures.
 TEST(Torus, MeetsNothing) {
   const CNuTorSurf torus(2.0, 0.5);
