@@ -642,13 +642,24 @@ GaussNewtonEnd RoundLeastSquares<D>::Settle(GaussNewtonRule rule, long used) {
   return end;
 }
 
-// Whether the points bulge by more than rounding errors of their coordinates.
+// Whether the points bulge by more than rounding errors of their coordinates, and as the model does: where a line or a
+// plane fits best, every further step takes most of the curvature that is left, though it changes no deviation.
 template<int D>
 bool RoundLeastSquares<D>::IsRound() const {
+  constexpr double kFlat = 1e-8;
+  constexpr double kMost = 0.5;
   Vec3 mean;
   for (int j = 0; j < D; ++j) mean = mean + m_model.mean[j] * m_model.axis[j];
   const double meanSquare = m_spread / static_cast<double>(m_points.Size());
-  return meanSquare > RoundingAt(m_points, mean, meanSquare) * m_model.height;
+  if (!(meanSquare > RoundingAt(m_points, mean, meanSquare) * m_model.height)) return false;
+  if (meanSquare > kFlat * m_model.height * m_model.height) return true;
+  RoundModel<D> model = m_model;
+  RoundProblem<D>::Complete(model);
+  System system = RoundProblem<D>::Sum(m_points, model);
+  for (int i = 0; i < kUnknowns; ++i)
+    for (int j = 0; j < kUnknowns; ++j) system.product[i][j] += system.second[i][j];
+  double step[kUnknowns];
+  return !(SolvePositive(system.product, system.right, step) > 0.0) || std::fabs(step[D]) < kMost * model.height;
 }
 
 template<int D>
