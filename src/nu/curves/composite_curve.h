@@ -74,7 +74,9 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   // with that normal: cause 45, "Offset of non-planar curve"; another shape: cause 45, "Offset with different shape"; a
   // gap between segments: cause 26, "Offset"; nothing is left, or of a closed curve nothing closed, as can be where it
   // crosses itself, or a sharp corner folds back on itself: cause 28; coordinates of the result that are no doubles:
-  // cause 29; the result falls apart into several curves, or has gaps that no rounding explains: cause 30.
+  // cause 29; the result falls apart into several curves, or has gaps that no rounding explains: cause 30; a
+  // tangle, as thousands of long edges across each other are, with more than 4,000,000 crossings of moved pieces and 20
+  // for each segment, or 1,000,000,000 comparisons with boxes and 5,000 for each segment: cause 45, "calculation".
   CNuBoundedCurve* Offset(double distance, const CNuVector& normal, int shape) override;
   CNuBoundedCurve* Offset(double distance) override;
   // All curves of which that consists, `corners` being the shape: composite curves that the caller owns, added to the

@@ -135,6 +135,14 @@ class Cover {
   Vec2 m_last;  // the point that held the last part often holds the next one
 };
 
+// Whether points have been looked for among the pieces of a tangle for so long that there is no end to wait for: long
+// edges in each other's boxes make every search one through all of them. Others take some hundreds for each piece.
+bool IsTangle(const PieceTree2& tree, std::size_t pieces) {
+  constexpr std::int64_t kMostVisits = 1'000'000'000;
+  constexpr std::int64_t kMostVisitsPerPiece = 5'000;
+  return tree.Visits() > kMostVisits + kMostVisitsPerPiece * static_cast<std::int64_t>(pieces);
+}
+
 // Leaves out pieces that are too close to the chain all along: where the distance is far above the radii of curvature
 // or above the gaps of a tangle those are most of them, and they cross each other many times.
 void DropCovered(const std::vector<Piece2>& chain, const PieceTree2& tree, double distance, RawOffset& raw) {
@@ -143,6 +151,7 @@ void DropCovered(const std::vector<Piece2>& chain, const PieceTree2& tree, doubl
   int left = 0;
   for (int i = 0; i < static_cast<int>(raw.pieces.size()); ++i) {
     const Piece2& piece = raw.pieces[Index(i)];
+    if (IsTangle(tree, chain.size())) return;
     if (cover.Holds(piece)) continue;
     raw.pieces[Index(left)] = piece;
     raw.from[Index(left)] = raw.from[Index(i)];
@@ -195,13 +204,18 @@ class Cutter {
     for (std::size_t i = 0; i < raw.cuts.size(); i += 2) m_cornerOf[Index(raw.cuts[i].piece)] = static_cast<int>(i);
   }
 
-  void Run() {
+  // False when there are too many crossings: those of long edges grow with the square of their number.
+  bool Run(std::size_t pieces) {
+    constexpr std::size_t kMostCuts = 8'000'000;
+    constexpr std::size_t kMostCutsPerPiece = 40;
+    const std::size_t most = kMostCuts + kMostCutsPerPiece * pieces;
     const PieceTree2 tree(m_raw.pieces);
-    tree.VisitPairs(m_touchTol, [&](int i, int j) {
-      if (!IsKept(i) && !IsKept(j)) return;
+    return tree.VisitPairs(m_touchTol, [&](int i, int j) {
+      if (!IsKept(i) && !IsKept(j)) return true;
       CutPair(i, j);
       CutAtEnds(i, j);
       CutAtEnds(j, i);
+      return m_raw.cuts.size() <= most;
     });
   }
 
@@ -365,6 +379,7 @@ std::vector<TraceEdge> FreeParts(const RawOffset& raw, const std::vector<int>& g
   for (const RawCut& cut : raw.cuts) cuts[Index(cut.piece)].push_back(cut);
   std::vector<TraceEdge> edges;
   for (int i = 0; i < static_cast<int>(raw.pieces.size()); ++i) {
+    if (IsTangle(tree, chain.size())) break;
     if (raw.roles[Index(i)] != RawRole::kept) continue;
     const Piece2& piece = raw.pieces[Index(i)];
     std::vector<RawCut>& on = cuts[Index(i)];
@@ -435,6 +450,10 @@ bool Join(std::vector<Piece2>& pieces, double tol, double snap, double mergeTol)
   return joined;
 }
 
+OffsetChain Vanished() {
+  return {OffsetChain::Outcome::vanished, {}};
+}
+
 }  // namespace
 
 OffsetChain OffsetPieces(const std::vector<Piece2>& chain, bool closed, double distance, OffsetCorner corner,
@@ -444,18 +463,21 @@ OffsetChain OffsetPieces(const std::vector<Piece2>& chain, bool closed, double d
   OffsetChain result;
   RawOffset raw;
   RawEnds ends = AddBothSides(chain, closed, distance, corner, snap, raw);
-  result.outcome = raw.foldsBack ? OffsetChain::Outcome::foldsBack : OffsetChain::Outcome::vanished;
+  result.outcome = OffsetChain::Outcome::foldsBack;
   if (raw.foldsBack) return result;
+  result.outcome = OffsetChain::Outcome::tangle;
   const PieceTree2 tree(chain);
   DropCovered(chain, tree, distance - 2.0 * mergeTol, raw);
-  if (raw.pieces.empty()) return result;
+  if (IsTangle(tree, chain.size())) return result;
+  if (raw.pieces.empty()) return Vanished();
   DropNodes(raw, ends);
   Cutter cutter(raw, 0.5 * mergeTol);
-  cutter.Run();
+  if (!cutter.Run(chain.size())) return result;
   const NodeMerger merger(raw.nodes, mergeTol);
   const std::vector<int>& group = merger.Groups();
   const std::vector<TraceEdge> edges = FreeParts(raw, group, chain, tree, distance, mergeTol);
-  if (edges.empty()) return result;
+  if (IsTangle(tree, chain.size())) return result;
+  if (edges.empty()) return Vanished();
   Trace trace(raw, group, edges);
   if (!closed) {
     trace.AllowEnd(group[Index(ends.start)]);
@@ -467,7 +489,7 @@ OffsetChain OffsetPieces(const std::vector<Piece2>& chain, bool closed, double d
   result.curves = trace.Curves();
   // Curves of a size of about 1 that are this close to each other are hardly longer. Behind sharp corners others end.
   const bool isTorn = corner == OffsetCorner::round && trace.IsTorn(10.0 * std::sqrt(mergeTol));
-  if (isTorn) result.outcome = OffsetChain::Outcome::broken;
+  result.outcome = isTorn ? OffsetChain::Outcome::broken : OffsetChain::Outcome::vanished;
   if (isTorn || result.curves.empty()) return result;
   result.outcome = OffsetChain::Outcome::moved;
   for (std::vector<Piece2>& curve : result.curves) {

@@ -8,7 +8,7 @@
 namespace nu::internal {
 
 struct OffsetChain {
-  enum class Outcome { moved, vanished, foldsBack, broken };
+  enum class Outcome { moved, vanished, foldsBack, broken, tangle };
 
   Outcome outcome = Outcome::broken;
   std::vector<std::vector<Piece2>> curves;  // of pieces, each of which starts where the one before it ends

@@ -179,6 +179,7 @@ class OffsetTask {
     const OffsetChain moved = OffsetPieces(pieces, m_closed, reach, corner, m_scale * m_tol);
     if (moved.outcome == OffsetChain::Outcome::broken) FailOperation(30, "Offset", m_where);
     if (moved.outcome == OffsetChain::Outcome::foldsBack) FailOperation(28, "Offset", m_where);
+    if (moved.outcome == OffsetChain::Outcome::tangle) FailOperation(45, "calculation", m_where);
     std::vector<PieceChain> curves;
     for (const std::vector<Piece2>& curve : moved.curves) curves.push_back(m_frame.Global(curve));
     return curves;

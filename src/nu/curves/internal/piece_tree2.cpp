@@ -60,6 +60,7 @@ double PieceTree2::WidthOf(const Node& node) const {
 }
 
 bool PieceTree2::CanBeWithin(const Node& node, double distance, Vec2 p) const {
+  ++m_visits;
   if (!(node.box.DistanceTo(p) < distance)) return false;
   return node.width == HUGE_VAL || node.way.DistanceTo(p) - node.width < distance;
 }

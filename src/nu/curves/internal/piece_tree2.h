@@ -2,6 +2,7 @@
 #define NU_CURVES_INTERNAL_PIECE_TREE2_H
 
 #include <algorithm>
+#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -20,11 +21,13 @@ class PieceTree2 {
   int PieceWithin(double distance, Vec2 p) const { return FindWithin(0, distance, p); }
   // The closest point, if it is within the distance.
   std::optional<Vec2> ClosestWithin(double distance, Vec2 p) const;
+  // The nodes that these two have looked at since the tree was built.
+  std::int64_t Visits() const { return m_visits; }
 
-  // Takes every pair i < j whose boxes are no farther apart than the gap to visit(i, j).
+  // Takes every pair i < j whose boxes are no farther apart than the gap to visit(i, j), until that returns false.
   template<class Visit>
-  void VisitPairs(double gap, const Visit& visit) const {
-    VisitWithin(0, gap, visit);
+  bool VisitPairs(double gap, const Visit& visit) const {
+    return VisitWithin(0, gap, visit);
   }
 
  private:
@@ -46,37 +49,33 @@ class PieceTree2 {
   void FindCloser(int node, Vec2 p, double& distance, int& closest) const;
 
   template<class Visit>
-  void VisitWithin(int a, double gap, const Visit& visit) const {
+  bool VisitWithin(int a, double gap, const Visit& visit) const {
     const Node& node = m_nodes[static_cast<std::size_t>(a)];
     if (node.IsLeaf()) return VisitLeaves(node, node, gap, visit);
-    VisitWithin(a + 1, gap, visit);
-    VisitWithin(node.right, gap, visit);
-    VisitBetween(a + 1, node.right, gap, visit);
+    return VisitWithin(a + 1, gap, visit) && VisitWithin(node.right, gap, visit) &&
+           VisitBetween(a + 1, node.right, gap, visit);
   }
 
   // All pieces of node a come before those of node b.
   template<class Visit>
-  void VisitBetween(int a, int b, double gap, const Visit& visit) const {
+  bool VisitBetween(int a, int b, double gap, const Visit& visit) const {
     const Node& first = m_nodes[static_cast<std::size_t>(a)];
     const Node& second = m_nodes[static_cast<std::size_t>(b)];
-    if (first.box.IsApart(second.box, gap)) return;
+    if (first.box.IsApart(second.box, gap)) return true;
     if (first.IsLeaf() && second.IsLeaf()) return VisitLeaves(first, second, gap, visit);
-    if (first.Size() >= second.Size()) {
-      VisitBetween(a + 1, b, gap, visit);
-      VisitBetween(first.right, b, gap, visit);
-    } else {
-      VisitBetween(a, b + 1, gap, visit);
-      VisitBetween(a, second.right, gap, visit);
-    }
+    if (first.Size() >= second.Size())
+      return VisitBetween(a + 1, b, gap, visit) && VisitBetween(first.right, b, gap, visit);
+    return VisitBetween(a, b + 1, gap, visit) && VisitBetween(a, second.right, gap, visit);
   }
 
   template<class Visit>
-  void VisitLeaves(const Node& a, const Node& b, double gap, const Visit& visit) const {
+  bool VisitLeaves(const Node& a, const Node& b, double gap, const Visit& visit) const {
     for (int i = a.begin; i < a.end; ++i) {
       for (int j = std::max(i + 1, b.begin); j < b.end; ++j) {
-        if (!BoxAt(i).IsApart(BoxAt(j), gap)) visit(i, j);
+        if (!BoxAt(i).IsApart(BoxAt(j), gap) && !visit(i, j)) return false;
       }
     }
+    return true;
   }
 
   const Box2& BoxAt(int i) const { return m_boxes[static_cast<std::size_t>(i)]; }
@@ -84,6 +83,7 @@ class PieceTree2 {
   const std::vector<Piece2>& m_pieces;
   std::vector<Box2> m_boxes;
   std::vector<Node> m_nodes;
+  mutable std::int64_t m_visits = 0;
 };
 
 }  // namespace nu::internal
