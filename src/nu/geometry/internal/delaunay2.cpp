@@ -94,10 +94,9 @@ Delaunay2::Edge Delaunay2::Triangulate(Site begin, Site end, Axis axis) {
   const auto first = m_points.begin() + begin;
   const auto last = m_points.begin() + end;
   const auto precedes = [axis](const Vec2& a, const Vec2& b) { return Precedes(axis, a, b); };
-  if (count == 2) return MakeEdge(begin, begin + 1);
-  if (count == 3) {
+  if (count <= 3) {
     std::sort(first, last, precedes);
-    return ThreePoints(begin);
+    return count == 2 ? MakeEdge(begin, begin + 1) : ThreePoints(begin);
   }
   const Site middle = begin + count / 2;
   std::nth_element(first, m_points.begin() + middle, last, precedes);

@@ -539,7 +539,7 @@ class OutsideScan {
     for (const Side side : {kUp, kDown}) {
       std::vector<Block>& blocks = m_blocks[side];
       const auto most = blocks.begin() + static_cast<std::ptrdiff_t>(std::min(blocks.size(), kMostPerSide));
-      std::partial_sort(blocks.begin(), most, blocks.end(), [](const Block& a, const Block& b) {
+      std::sort(blocks.begin(), blocks.end(), [](const Block& a, const Block& b) {
         return a.distance != b.distance ? a.distance > b.distance : a.begin < b.begin;
       });
       const std::size_t before = farthest.size();
