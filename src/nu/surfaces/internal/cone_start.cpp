@@ -117,13 +117,18 @@ DirectionJudge::DirectionJudge(const FourthMoments& m) : m_unit(m.spread[0]) {
     }
     m_fourthTrace += m_fourth[i][i];
   }
+  const auto power = [](double x, int n) {
+    double result = 1.0;
+    for (int k = 0; k < n; ++k) result *= x;
+    return result;
+  };
   int next = 0;
   for (int a = 0; a <= 4; ++a) {
     for (int b = 0; a + b <= 4; ++b) {
       constexpr double kFactorial[] = {1.0, 1.0, 2.0, 6.0, 24.0};
       const int c = 4 - a - b;
       const double ways = kFactorial[4] / (kFactorial[a] * kFactorial[b] * kFactorial[c]);
-      m_along[next++] = ways * Pow(s[1], b) * Pow(s[2], c) * m.Of(a, b, c);
+      m_along[next++] = ways * power(s[1], b) * power(s[2], c) * m.Of(a, b, c);
     }
   }
 }
