@@ -120,6 +120,11 @@ TEST(CompositeCurveOffset, RefusesWhatHasNoMeaning) {
   EXPECT_EQ(offset(square, 1, CNuVector(3), 0), "operation 9 Offset" + where);
   EXPECT_EQ(offset(square, 1, CNuVector(4), 0), "operation 10 Offset" + where);
   EXPECT_EQ(offset(square, std::nan(""), z, 0), "operation 29 Offset" + where);
+  CNuCompositeCurve huge = Chain({{0, 0, 0}, {1.7e308, 0, 0}, {1.7e308, 1.7e308, 0}, {0, 1.7e308, 0}}, true);
+  for (const int shape : {0, 1}) {
+    EXPECT_EQ(offset(huge, 1e308, z, shape), "operation 29 Offset" + where);
+    EXPECT_EQ(offset(huge, -1e307, z, shape), "nothing");
+  }
   EXPECT_EQ(offset(square, 1, CNuVector(0, 1, 1), 0), "operation 45 Offset of non-planar curve" + where);
   EXPECT_EQ(offset(space, 1, z, 0), "operation 45 Offset of non-planar curve" + where);
   EXPECT_EQ(offset(square, 1, z, 2), "operation 45 Offset with different shape" + where);
@@ -277,7 +282,7 @@ TEST(CompositeCurveOffset, HoldsWhereCrossingsCoincide) {
 
 TEST(CompositeCurveOffset, WorksAtAnySize) {
   const double lengthTol = NuGetLengthTol();
-  for (const double s : {0x1p-900, 0x1p-400, 0x1p-100, 0x1p100, 0x1p415, 0x1p800}) {
+  for (const double s : {0x1p-900, 0x1p-400, 0x1p-100, 0x1p100, 0x1p415, 0x1p800, 0x1p1019}) {
     const auto scaled = [&](const CNuPoint& p) { return CNuPoint(p.x() * s, p.y() * s, p.z() * s); };
     NuSetLengthTol(lengthTol * std::min(s, 1.0));
     CNuCompositeCurve chain, unit = Chain({{-3, -1, 0.5}, {3, -1, 0}, {3, 1, 0.5}, {-3, 1, 0}}, true);

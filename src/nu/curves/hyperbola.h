@@ -11,11 +11,11 @@
 // axis points to the vertex of branch 0. Without a position its frame is the global one.
 class NU_EXPORT CNuHyperbola : public CNuCurve {
  public:
-  // A semi-axis that is not above 0 and finite: cause 5, "semi-axis",
-  // after that, for both vectors: not three components, cause 4; zero within NuGetZero() or not finite, cause 3; not
-  // orthogonal within NuGetRadianTol(), cause 8. They are normalised, and the x axis made orthogonal to the normal; it
-  // is (1, 0, 0), or any direction across a given normal, if not given, and the normal (0, 0, 1). Semi-axes alone
-  // leave the hyperbola without a position.
+  // A semi-axis that is not above 0 and finite: cause 5, "semi-axis"; after that, for both
+  // vectors: not three components, cause 4; zero within NuGetZero() or not finite, cause 3;
+  // not orthogonal within NuGetRadianTol(), cause 8. They are normalised, and the x axis made
+  // orthogonal to the normal; it is (1, 0, 0), or any direction across a given normal, if not
+  // given, and the normal (0, 0, 1). Semi-axes alone leave the hyperbola without a position.
   CNuHyperbola(double a, double b);
   CNuHyperbola(double a, double b, const CNuPoint& centre);
   CNuHyperbola(double a, double b, const CNuPoint& centre, const CNuVector& normal);

@@ -11,11 +11,11 @@
 // in the direction in which it opens, f the focal length. Without a position its frame is the global one.
 class NU_EXPORT CNuParabola : public CNuCurve {
  public:
-  // A focal length that is not above 0 and finite: cause 5, "focal-length",
-  // after that, for both vectors: not three components, cause 4; zero within NuGetZero() or not finite, cause 3; not
-  // orthogonal within NuGetRadianTol(), cause 8. They are normalised, and the x axis made orthogonal to the normal; it
-  // is (1, 0, 0), or any direction across a given normal, if not given, and the normal (0, 0, 1). A focal length alone
-  // leaves the parabola without a position.
+  // A focal length that is not above 0 and finite: cause 5, "focal-length"; after that, for both
+  // vectors: not three components, cause 4; zero within NuGetZero() or not finite, cause 3; not
+  // orthogonal within NuGetRadianTol(), cause 8. They are normalised, and the x axis made
+  // orthogonal to the normal; it is (1, 0, 0), or any direction across a given normal, if not
+  // given, and the normal (0, 0, 1). A focal length alone leaves the parabola without a position.
   explicit CNuParabola(double f);
   CNuParabola(double f, const CNuPoint& vertex);
   CNuParabola(double f, const CNuPoint& vertex, const CNuVector& normal);

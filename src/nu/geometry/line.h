@@ -88,13 +88,13 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   int ClosestPointsTo(const CNuConSurf& cone, CNuPoint* p1, CNuPoint* p2) const;
 
   // The points common to both, in the order of this line; returns how many there are. What comes as close as
-  // NuGetLengthTol(), or as the rounding of the coordinates, touches. None for parallel lines, planes and cylinders,
-  // within NuGetDegreeTol(), also when one lies in the other. A line counts as one of the plane of a circle or a conic
-  // when none of its points that are within the radius, the larger semi-axis or the focal length of the centre or
-  // vertex is farther from that plane than this; any other one that is parallel
-  // to the plane of a hyperbola or a parabola, within NuGetDegreeTol(), has no point. In the plane, a line parallel to
-  // an asymptote or to the axis of a parabola, within NuGetDegreeTol(), has one point, the asymptote itself none. So
-  // has a line parallel to a generator of a cone, and none where the plane along that generator touches the cone.
+  // NuGetLengthTol(), or as the rounding of the coordinates, touches. None for parallel lines, planes and
+  // cylinders, within NuGetDegreeTol(), also when one lies in the other. A line counts as one of the plane of a
+  // circle or a conic when none of its points that are within the radius, the larger semi-axis or the focal length
+  // of the centre or vertex is farther from that plane than this; any other one that is parallel to the plane of a
+  // hyperbola or a parabola, within NuGetDegreeTol(), has no point. In the plane, a line parallel to an asymptote
+  // or to the axis of a parabola, within NuGetDegreeTol(), has one point, the asymptote itself none. So has a line
+  // parallel to a generator of a cone, and none where the plane along that generator touches the cone.
   int IntersectWith(const CNuLine& l, CNuPoint* p) const;
   int IntersectWith(const CNuPlane& pl, CNuPoint* p) const;
   int IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const;

@@ -94,9 +94,9 @@ class NU_EXPORT CNuPoint : public CNuObject {
   CNuPoint MidPoint(const CNuPoint& p) const;
   CNuPoint MidPoint(const CNuLine& l) const;
   CNuPoint MidPoint(const CNuPlane& pl) const;
-  // The plane through the mid point that is perpendicular to the way there; its normal points to this point. No way to
-  // go, within NuGetZero(): cause 19 for the point, 21 for the line. Results
-  // that are not finite: cause 45.
+  // The plane through the mid point that is perpendicular to the way there;
+  // its normal points to this point. No way to go, within NuGetZero(): cause
+  // 19 for the point, 21 for the line. Results that are not finite: cause 45.
   CNuPlane MidPlane(const CNuPoint& p) const;
   CNuPlane MidPlane(const CNuLine& l) const;
 
