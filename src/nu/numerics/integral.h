@@ -23,8 +23,10 @@ class NU_EXPORT CNuIntegral : public CNuNumericalAnalysis {
   // Kronrod, 1965; H. Takahasi, M. Mori, 1974). At least 1958 samples are taken, neighbours no farther apart than
   // 1/1200 of the interval, towards both ends at distances that fall to the resolution of double. A bell-shaped peak is
   // found down to a width of 1/5000, one that ends abruptly down to 1/1000, a narrower one by luck. At a
-  // singularity at c other than 0 distances are known to 1e-16 |c|; the integral is extrapolated there (P. Wynn, 1956),
-  // of inverse roots to about 1e-10, of stronger singularities to less. Shift it to 0 for more.
+  // singularity at c other than 0 distances are known to 1e-16 |c| only; there the integral is extrapolated up to the
+  // singularity itself (P. Wynn, 1956; R. Piessens et al., 1983). A tol of 1e-12 is reached for powers of the distance
+  // above -0.95, for logarithms, and for a logarithm times a power above -0.8; 1e-10 for the others above -0.95. An
+  // edge beside such a singularity is found if it changes f by a share above 4e-15 |c| / its distance from c.
   //
   // f is null, or f, a, b or the integral is not finite: CNuOperationException cause 43, "operation". The tolerance is
   // not reached within maxIter levels of refinement, of up to three halvings and on average 262144 samples each (5.2

@@ -29,6 +29,9 @@ constexpr double kDivergence = 0.5;
 // when two in succession fall below this share of the one before, or below what is known to be missing.
 constexpr double kSteady = 0.1;
 constexpr int kSteadyLevels = 2;
+// The changes of an integrand that is smooth inside fall by a share that squares from level to level. One that falls by
+// less than the root of the share before, and exceeds rounding, is not believed.
+constexpr double kRounding = 8.0 * std::numeric_limits<double>::epsilon();
 // At the last doubles before an end its distance is known to a factor of 2.
 constexpr double kSafety = 2.0;
 // exp(-pi sinh 6) is 1e-275 of the width; beyond, the distances are no normal numbers any more.
@@ -86,6 +89,7 @@ class DoubleExponential {
   }
 
   double Sum() const { return m_h * m_sum.Value(); }
+  double Absolute() const { return m_h * m_absolute; }
   double Rest() const { return kSafety * (m_tailLo.Rest() + m_tailHi.Rest() + m_h * m_misplaced); }
   long Count() const { return m_count; }
   bool NotFinite() const { return m_notFinite; }
@@ -167,6 +171,7 @@ Panel DoubleExponentialPanel(const Integrand& f, double lo, double hi, double go
   rule.AddLevel(h, true);
   double before = rule.Sum();
   double changeBefore = std::numeric_limits<double>::infinity();
+  double shareBefore = 1.0;
   double error = changeBefore;
   bool settled = false;
   int steady = 0;
@@ -175,11 +180,14 @@ Panel DoubleExponentialPanel(const Integrand& f, double lo, double hi, double go
     rule.AddLevel(h, false);
     const double change = std::fabs(rule.Sum() - before);
     const double rest = rule.Rest();
-    steady = change <= std::max(kSteady * changeBefore, rest) ? steady + 1 : 0;
+    const double floor = std::max(rest, kRounding * rule.Absolute());
+    const bool slower = change > std::max(changeBefore * std::sqrt(shareBefore), floor);
+    steady = change <= std::max(kSteady * changeBefore, rest) && !slower ? steady + 1 : 0;
     error = std::max(change, kLeastShare * changeBefore) + rest;
     settled = level >= kLeastLevels && steady >= kSteadyLevels && (hi - lo) * error <= goal;
     if (level >= kLeastLevels && change > kDivergence * changeBefore) break;
     before = rule.Sum();
+    if (level > 1) shareBefore = change / changeBefore;
     changeBefore = change;
   }
   *samples += rule.Count();

@@ -63,8 +63,10 @@ inline constexpr double kKronrodGap = 0.5 * (1.0 - 0.9914553711208126392069);
 Panel DoubleExponentialPanel(const Integrand& f, double lo, double hi, double goal, int dimensions, long* samples);
 
 // The limit of Gauss-Kronrod sums for integrands that are singular at one end of the panel, which is not 0: there the
-// double-exponential rule lacks digits. The probes belong to that end.
-Panel ExtrapolatedPanel(const Integrand& f, double lo, double hi, bool atLo, double goal, Probes probes, long* samples);
+// double-exponential rule lacks digits. The integrand is sampled up to the distance `reach` from that end, which is at
+// least the width of the panel and exceeds no distance from another break. The probes belong to that end.
+Panel ExtrapolatedPanel(const Integrand& f, double lo, double hi, bool atLo, double reach, double goal, Probes probes,
+                        long* samples);
 
 }  // namespace nu::internal
 

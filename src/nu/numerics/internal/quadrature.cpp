@@ -37,9 +37,12 @@ constexpr double kLeastWidth = 256.0;
 // Halvings after which a panel inside the interval counts as isolated, and between two trials of the same place.
 constexpr int kIsolated = 6;
 constexpr int kTrialPeriod = 4;
-// A panel is tried when it carries this share of the error, and is settled within this share of the goal.
+// Halvings after which two panels that are both rough are searched for a break on their joint.
+constexpr int kJointDepth = 3;
+// A panel is tried when it carries this share of the error, divided among the intervals between breaks, and is settled
+// within this share of the goal, divided likewise.
 constexpr double kDominant = 0.25;
-constexpr double kSettledShare = 0.25;
+constexpr double kSettledShare = 0.4;
 // The panels that stay may carry this share of the goal; the halved ones need the rest.
 constexpr double kStayingShare = 0.5;
 
@@ -231,12 +234,14 @@ class Subdivision {
   // Whether anything was divided.
   bool Refine(const Totals& totals, double target, bool reached, bool confirm) {
     const double threshold = reached ? std::numeric_limits<double>::infinity() : Threshold(kStayingShare * target);
+    const auto intervals = static_cast<double>(m_breaks.size() - 1);
+    const double dominant = kDominant * totals.error / intervals;
     bool changed = false;
     m_next.clear();
     for (std::size_t i = 0; i < m_panels.size(); ++i) {
       const Panel& panel = m_panels[i];
       const bool mayGoOn = m_limits.samples > 0 && !m_notFinite;
-      if (mayGoOn && MayHideBreak(i, threshold) &&
+      if (mayGoOn && (MayHideBreak(i, threshold) || HasRoughJoint(i)) &&
           SplitAtBreak(panel, m_panels[i + 1], panel.hi - panel.gap, panel.hi + m_panels[i + 1].gap)) {
         changed = true;
         ++i;
@@ -249,7 +254,7 @@ class Subdivision {
       }
       changed = true;
       if (panel.rough && SplitAtBreak(panel, panel, panel.bendLo, panel.bendHi)) continue;
-      if (!reached && m_shares[i] >= kDominant * totals.error && Settle(panel, kSettledShare * target)) continue;
+      if (!reached && m_shares[i] >= dominant && Settle(panel, kSettledShare * target / intervals)) continue;
       const double middle = panel.lo + 0.5 * (panel.hi - panel.lo);
       AddKronrod(panel.lo, middle, panel.depth + 1, panel.breakLo, kNoBreak);
       AddKronrod(middle, panel.hi, panel.depth + 1, kNoBreak, panel.breakHi);
@@ -263,6 +268,14 @@ class Subdivision {
     const double disagreement = 0.5 * Disagreement(i);
     return disagreement > 0.0 && disagreement >= 0.5 * threshold &&
            disagreement >= std::max(m_panels[i].error, m_panels[i + 1].error);
+  }
+
+  // Whether halving has found nothing but what is wrong beside the joint of panel i and the one after it. A singularity
+  // on the joint may look the same from both sides.
+  bool HasRoughJoint(std::size_t i) const {
+    if (i + 1 >= m_panels.size() || m_panels[i].breakHi != kNoBreak) return false;
+    const auto isolated = [](const Panel& p) { return p.rough && !p.settled && p.depth >= kJointDepth; };
+    return isolated(m_panels[i]) && isolated(m_panels[i + 1]);
   }
 
   // From the start of one panel to the end of another, with a break between bendLo and bendHi.
@@ -298,13 +311,24 @@ class Subdivision {
     if (!tried.settled && !m_notFinite && (panel.breakLo == kNoBreak) != (panel.breakHi == kNoBreak)) {
       const bool atLo = panel.breakLo != kNoBreak;
       const Probes probes = atLo ? ProbesAbove(panel.breakLo) : ProbesBelow(panel.breakHi);
-      tried = ExtrapolatedPanel(m_f, panel.lo, panel.hi, atLo, goal, probes, &spent);
+      tried = ExtrapolatedPanel(m_f, panel.lo, panel.hi, atLo, Reach(panel, atLo), goal, probes, &spent);
     }
     m_limits.samples -= spent;
     tried.breakLo = panel.breakLo;
     tried.breakHi = panel.breakHi;
     if (tried.settled) m_next.push_back(tried);
     return tried.settled;
+  }
+
+  // From the end of the panel that is a break to the next break.
+  double Reach(const Panel& panel, bool atLo) const {
+    const double c = atLo ? panel.lo : panel.hi;
+    double reach = atLo ? m_b - c : c - m_a;
+    for (const Break& other : m_breaks) {
+      const double distance = atLo ? other.place - c : c - other.place;
+      if (distance > 0.0) reach = std::min(reach, distance);
+    }
+    return reach;
   }
 
   Probes ProbesAbove(int index) const {
