@@ -174,10 +174,11 @@ std::optional<QuadricBranches> SingleSheet(const QuadricPair& pair, const Quadri
   return QuadricBranches{std::move(*curves), {}};
 }
 
-// With h such that a t + 2 h = 0 without the crossings at the apex: c is taken as 0 there. Far from the apex this is c
-// over the distance, which is known to all digits next to another apex.
+// With h such that a t + 2 h = 0 without the crossings at the apex, where c is taken as 0. Next to a second apex this
+// is c over the distance from the first one, which is known to all digits there.
 QuadricPair WithoutApex(QuadricPair pair) {
-  if (pair.start != 0.0) pair.h = (0.5 / pair.start) * pair.c;
+  const bool hasSecondApex = pair.other.kind == RoundQuadric::Kind::kCone && pair.start != 0.0;
+  pair.h = hasSecondApex ? (0.5 / pair.start) * pair.c : pair.h + (-0.5 * pair.start) * pair.a;
   return pair;
 }
 

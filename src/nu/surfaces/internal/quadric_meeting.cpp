@@ -221,12 +221,15 @@ AxisFrame FrameTowards(Vec3 origin, Vec3 axis, Vec3 direction) {
   return AxisFrame::Along(origin, axis, Unit(across));
 }
 
-// The place on the generator at u = 0 of a cone that is next to the apex of another one, if any is.
+// The place on the generator at u = 0 of a cone that is next to the apex of another one, if any is, or to the centre of
+// a sphere, which may touch all generators there.
 double StartOf(const QuadricPair& pair) {
   constexpr double kNear = 0.5;
-  const bool areCones = pair.base.kind == RoundQuadric::Kind::kCone && pair.other.kind == RoundQuadric::Kind::kCone;
+  if (pair.base.kind != RoundQuadric::Kind::kCone) return 0.0;
   const double along = pair.base.sine * pair.other.point.x + pair.base.cosine * pair.other.point.z;
-  return areCones && std::fabs(along) > kNear * Norm(pair.other.point) ? along : 0.0;
+  const bool isNextToApex =
+      pair.other.kind == RoundQuadric::Kind::kCone && std::fabs(along) > kNear * Norm(pair.other.point);
+  return isNextToApex || pair.other.kind == RoundQuadric::Kind::kSphere ? along : 0.0;
 }
 
 }  // namespace
