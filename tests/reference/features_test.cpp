@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <type_traits>
 #include <utility>
 
 #include "support/clouds.h"
@@ -99,27 +100,14 @@ TEST(LeastSquaresReference, RefusesWhatCannotBeFitted) {
   EXPECT_GE(sets, 8);
 }
 
-template<class Feature>
-Found Circumscribed(const CNuPointArray& points, double tol, long limit) {
+template<class Feature, bool kInscribed>
+Found Enclosing(const CNuPointArray& points, double tol, long limit) {
   Found found;
   Feature feature(1.0);
-  if constexpr (requires { feature.FitMin(points, tol, limit); }) {
-    feature.FitMin(points, tol, limit);
+  if constexpr (std::is_same_v<Feature, CNuCylSurf>) {
+    kInscribed ? feature.FitMax(points, tol, limit) : feature.FitMin(points, tol, limit);
   } else {
-    feature.FitMin(points, tol);
-  }
-  Read(feature, found);
-  return found;
-}
-
-template<class Feature>
-Found Inscribed(const CNuPointArray& points, double tol, long limit) {
-  Found found;
-  Feature feature(1.0);
-  if constexpr (requires { feature.FitMax(points, tol, limit); }) {
-    feature.FitMax(points, tol, limit);
-  } else {
-    feature.FitMax(points, tol);
+    kInscribed ? feature.FitMax(points, tol) : feature.FitMin(points, tol);
   }
   Read(feature, found);
   return found;
@@ -138,27 +126,17 @@ Found Zone(const CNuPointArray& points, double tol, long limit) {
   return found;
 }
 
-Found ZoneOfLine(const CNuPointArray& points, double tol, long limit) {
+// Of another one.
+template<class Feature>
+Found PlainZone(const CNuPointArray& points, double tol, long limit) {
   Found found;
-  CNuLine line;
-  line.FitMinZone(points, &found.form, tol, limit);
-  Read(line, found);
-  return found;
-}
-
-Found ZoneOfPlane(const CNuPointArray& points, double tol, long) {
-  Found found;
-  CNuPlane plane;
-  plane.FitMinZone(points, &found.form, tol);
-  Read(plane, found);
-  return found;
-}
-
-Found ZoneOfCone(const CNuPointArray& points, double tol, long limit) {
-  Found found;
-  CNuConSurf cone(45.0);
-  cone.FitMinZone(points, &found.form, tol, limit);
-  Read(cone, found);
+  const auto fit = [&](Feature feature, auto... limits) {
+    feature.FitMinZone(points, &found.form, tol, limits...);
+    Read(feature, found);
+  };
+  if constexpr (std::is_same_v<Feature, CNuPlane>) fit(Feature());
+  if constexpr (std::is_same_v<Feature, CNuLine>) fit(Feature(), limit);
+  if constexpr (std::is_same_v<Feature, CNuConSurf>) fit(Feature(45.0), limit);
   return found;
 }
 
@@ -170,18 +148,18 @@ struct Criterion {
 };
 
 constexpr Criterion kCriteria[] = {
-    {"mc-circle-", Circumscribed<CNuCircle>, 11, 1},
-    {"mi-circle-", Inscribed<CNuCircle>, 8, 3},
+    {"mc-circle-", Enclosing<CNuCircle, false>, 11, 1},
+    {"mi-circle-", Enclosing<CNuCircle, true>, 8, 3},
     {"mz-circle-", Zone<CNuCircle>, 8, 1},
-    {"mc-sphere-", Circumscribed<CNuSphSurf>, 9, 0},
-    {"mi-sphere-", Inscribed<CNuSphSurf>, 5, 0},
+    {"mc-sphere-", Enclosing<CNuSphSurf, false>, 9, 0},
+    {"mi-sphere-", Enclosing<CNuSphSurf, true>, 5, 0},
     {"mz-sphere-", Zone<CNuSphSurf>, 7, 0},
-    {"mc-cylinder-", Circumscribed<CNuCylSurf>, 5, 1},
-    {"mi-cylinder-", Inscribed<CNuCylSurf>, 5, 0},
+    {"mc-cylinder-", Enclosing<CNuCylSurf, false>, 5, 1},
+    {"mi-cylinder-", Enclosing<CNuCylSurf, true>, 5, 0},
     {"mz-cylinder-", Zone<CNuCylSurf>, 9, 0},
-    {"mz-line", ZoneOfLine, 13, 1},
-    {"mz-plane-", ZoneOfPlane, 8, 0},
-    {"mz-cone-", ZoneOfCone, 9, 2},
+    {"mz-line", PlainZone<CNuLine>, 13, 1},
+    {"mz-plane-", PlainZone<CNuPlane>, 8, 0},
+    {"mz-cone-", PlainZone<CNuConSurf>, 9, 2},
 };
 
 Found FitOf(const Criterion& criterion, const Json& set) {
