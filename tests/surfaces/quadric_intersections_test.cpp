@@ -429,6 +429,21 @@ TEST(QuadricIntersections, NextToContacts) {
   }
 }
 
+// All around the circle along which they would touch, strands are closer than the root of a rounding.
+TEST(QuadricIntersections, OfSpheresThatNearlyTouchConesAllAround) {
+  Random random(709);
+  for (int run = 0; run < 100; ++run) {
+    const auto tiny = [&] { return random.Uniform(-1.0, 1.0) * std::pow(10.0, random.Uniform(-11.0, -3.0)); };
+    const double angle = random.Uniform(10.0, 70.0), radius = 2 * std::sin(angle * kDegree) * (1.0 + tiny());
+    const double x = tiny(), y = tiny();
+    const Motion motion = RandomMotion(random, 1.0);
+    const Surface a = Moved(motion, CNuConSurf(angle));
+    const Surface b = Moved(motion, CNuSphSurf(radius, {x, y, 2.0 + tiny()}));
+    ExpectCommon(Common(a, b), a, b, 3.0, 1e-13);
+    if (HasFatalFailure()) FAIL() << run;
+  }
+}
+
 // Apexes some tolerances apart do not tell the direction of a generator; neither surface is the first. The axes are in
 // any direction, parallel with equal angles, or such that the cones share a generator along which the apex moves.
 TEST(QuadricIntersections, OfConesWithCloseApexes) {
