@@ -171,6 +171,30 @@ TEST(InscribedCircle, AgreesWithAllSupportSets) {
   }
 }
 
+// Twice the points have the same circle, though of many points only few are solved: a rough ring, an arc, an oval with
+// all points on its hull, two clusters, a square with sides of equal distance, a filled disc.
+TEST(InscribedCircle, OfManyPointsIsThatOfTheFewThatMatter) {
+  Random random(504);
+  for (int kind = 0; kind < 6; ++kind) {
+    const int n = 20000;
+    CNuPointArray points(2 * n);
+    for (int i = 0; i < n; ++i) {
+      const double t = random.Uniform(0.0, kind == 1 ? 250.0 : 360.0) * kDegree, u = random.Uniform(-1.0, 1.0);
+      const double r = kind < 2 ? 18.0 + 0.05 * u : kind == 5 ? 5.0 * std::sqrt(std::fabs(u)) : 5.0;
+      CNuPoint p(r * std::cos(t) + 3.0, (kind == 2 ? 0.6 : 1.0) * r * std::sin(t));
+      if (kind == 3) p = CNuPoint(p.x() * u + (i % 2) * 40.0, p.y());
+      if (kind == 4) p = i % 2 == 0 ? CNuPoint(u, i % 4 - 1.0) : CNuPoint(i % 4 - 2.0, u);
+      points.Add(p);
+    }
+    CNuCircle all(1.0), few(1.0);
+    all.FitMax(points, 1e-9);
+    for (int i = 0; i < n; ++i) points.Add(points[i]);
+    few.FitMax(points, 1e-9);
+    EXPECT_NEAR(few.GetRadius(), all.GetRadius(), 1e-14 * 18.0) << kind;
+    EXPECT_NEAR(DistancesFrom(few.GetCentre(), points).nearest, few.GetRadius(), 1e-14 * 18.0) << kind;
+  }
+}
+
 TEST(InscribedCircle, FailsInOrderAndLeavesTheCircle) {
   CNuCircle circle(7.0, CNuPoint(1, 2, 3));
   const auto failure = [&](const CNuPointArray& points) { return FailureOf([&] { circle.FitMax(points, 1e-9); }); };

@@ -5,18 +5,6 @@
 #include "nu/geometry/internal/grid2.h"
 
 namespace nu::internal {
-namespace {
-
-// Above 0 to 4, ascending counter-clockwise from the negative y axis, which has 4 itself: the last side may lead down
-// to the least point. Without trigonometry: equal steps along the diamond |x| + |y| = 1.
-double DiamondAngle(Vec2 v) {
-  const double height = v.y / (std::fabs(v.x) + std::fabs(v.y));
-  if (v.x > 0.0) return 1.0 + height;
-  return 3.0 - height;
-}
-
-}  // namespace
-
 // The lower chain from left to right, then the upper one back (A. M. Andrew, Information Processing Letters 9, 1979).
 ConvexPolygon2::ConvexPolygon2(const std::vector<Vec2>& points) {
   const auto extend = [this](Vec2 p, std::size_t fixed) {

@@ -18,7 +18,8 @@ struct EmptyCircle {
 };
 
 // Along two axes, relative to the origin of the blocks. Global; of circles whose radii agree to rounding the one with
-// the least x of the centre, of these the one with the least y. n log n.
+// the least x of the centre, of these the one with the least y. A few passes over many points of which few matter, as
+// on a measured outline; else n log n.
 EmptyCircle LargestEmptyCircle(PointBlocks& points, const Vec3 (&axes)[2]);
 
 }  // namespace nu::internal

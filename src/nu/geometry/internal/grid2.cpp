@@ -34,17 +34,30 @@ struct Box2 {
   double Extent() const { return std::max(greatest.x - least.x, greatest.y - least.y); }
 };
 
-// A NaN or an infinite coordinate leaves an extent that is not finite.
-Box2 BoxOf(const std::vector<Vec2>& points) {
-  Box2 box{points[0], points[0]};
-  double blind = 0.0;
-  for (const Vec2& p : points) {
+struct Box2Builder {
+  explicit Box2Builder(Vec2 first) : box{first, first} {}
+
+  void Add(Vec2 p) {
     box.least = {std::min(box.least.x, p.x), std::min(box.least.y, p.y)};
     box.greatest = {std::max(box.greatest.x, p.x), std::max(box.greatest.y, p.y)};
-    blind += (p.x - p.x) + (p.y - p.y);
+    nonFinite += (p.x - p.x) + (p.y - p.y);
   }
-  box.greatest = {box.greatest.x + blind, box.greatest.y + blind};
-  return box;
+  // A NaN or an infinite coordinate leaves an extent that is not finite.
+  Box2 Result() const { return {box.least, {box.greatest.x + nonFinite, box.greatest.y + nonFinite}}; }
+
+  Box2 box;
+  double nonFinite = 0.0;
+};
+
+GridFrame FrameOf(const Box2& box) {
+  GridFrame frame;
+  const double half = 0.5 * box.Extent();
+  const bool isPoint = box.Extent() == 0.0;
+  if (!isPoint && !(box.Extent() >= kSafeSmall && box.Extent() <= kSafeLarge)) return frame;
+  frame.middle = box.least + 0.5 * (box.greatest - box.least);
+  frame.unit = isPoint ? 1.0 : std::ldexp(1.0, std::ilogb(half) + 1) / kGridReach;
+  frame.finite = true;
+  return frame;
 }
 
 // ---- exact signs
@@ -135,24 +148,37 @@ int ExactInCircle(Vec2 a, Vec2 b, Vec2 c) {
 
 }  // namespace
 
+void SortOnGrid(std::vector<Vec2>& points) {
+  std::sort(points.begin(), points.end(), [](Vec2 a, Vec2 b) { return a.x < b.x || (a.x == b.x && a.y < b.y); });
+  points.erase(std::unique(points.begin(), points.end()), points.end());
+}
+
 Grid2 GridOf(std::vector<Vec2> points) {
   Grid2 grid;
-  const Box2 box = BoxOf(points);
-  const double half = 0.5 * box.Extent();
-  const bool isPoint = box.Extent() == 0.0;
-  if (!isPoint && !(box.Extent() >= kSafeSmall && box.Extent() <= kSafeLarge)) return grid;
+  Box2Builder box(points[0]);
+  for (const Vec2& p : points) box.Add(p);
+  const GridFrame frame = FrameOf(box.Result());
+  if (!frame.finite) return grid;
   grid.points = std::move(points);
-  grid.middle = box.least + 0.5 * (box.greatest - box.least);
-  grid.unit = isPoint ? 1.0 : std::ldexp(1.0, std::ilogb(half) + 1) / kGridReach;
-  for (Vec2& p : grid.points) {
-    const Vec2 steps = (1.0 / grid.unit) * (p - grid.middle);
-    p = {std::nearbyint(steps.x), std::nearbyint(steps.y)};
-  }
-  std::sort(grid.points.begin(), grid.points.end(),
-            [](Vec2 a, Vec2 b) { return a.x < b.x || (a.x == b.x && a.y < b.y); });
-  grid.points.erase(std::unique(grid.points.begin(), grid.points.end()), grid.points.end());
+  grid.middle = frame.middle;
+  grid.unit = frame.unit;
+  for (Vec2& p : grid.points) p = GridFrame::Rounded(frame.InSteps(p));
+  SortOnGrid(grid.points);
   grid.finite = true;
   return grid;
+}
+
+GridFrame GridFrameOf(PointBlocks& points, const Vec3 (&axes)[2]) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  Box2Builder box({kInfinity, kInfinity});
+  box.box.greatest = {-kInfinity, -kInfinity};
+  points.ForEach([&](const PointBlock& block) {
+    for (std::size_t i = 0; i < block.size; ++i) {
+      const Vec3 p{block.x[i], block.y[i], block.z[i]};
+      box.Add({Dot(p, axes[0]), Dot(p, axes[1])});
+    }
+  });
+  return FrameOf(box.Result());
 }
 
 Grid2 GridOf(PointBlocks& points, const Vec3 (&axes)[2]) {

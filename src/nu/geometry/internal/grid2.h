@@ -1,6 +1,7 @@
 #ifndef NU_GEOMETRY_INTERNAL_GRID2_H
 #define NU_GEOMETRY_INTERNAL_GRID2_H
 
+#include <cmath>
 #include <vector>
 
 #include "nu/geometry/internal/point_blocks.h"
@@ -22,6 +23,19 @@ struct Grid2 {
 };
 
 inline constexpr double kGridReach = 0x1p52;
+
+// Where the grid lies, without its points.
+struct GridFrame {
+  Vec2 InSteps(Vec2 p) const { return (1.0 / unit) * (p - middle); }
+  static Vec2 Rounded(Vec2 steps) { return {std::nearbyint(steps.x), std::nearbyint(steps.y)}; }
+
+  Vec2 middle;
+  double unit = 1.0;
+  bool finite = false;
+};
+GridFrame GridFrameOf(PointBlocks& points, const Vec3 (&axes)[2]);
+// The order of the grid, each point once.
+void SortOnGrid(std::vector<Vec2>& points);
 
 // Of at least one point. Extents whose inverse would overflow are refused as if they were not finite.
 Grid2 GridOf(std::vector<Vec2> points);

@@ -1,13 +1,10 @@
 #include "nu/geometry/internal/voronoi_edge2.h"
 
 namespace nu::internal {
-namespace {
 
 double HalfCotangent(Vec2 p, Vec2 q, Vec2 apex) {
   return 0.5 * AccurateDot(p - apex, q - apex) / AccurateCross(p - apex, q - apex);
 }
-
-}  // namespace
 
 VoronoiEdge2::VoronoiEdge2(const Delaunay2& mesh, Delaunay2::Edge e)
     : p(mesh.At(mesh.Origin(e))),

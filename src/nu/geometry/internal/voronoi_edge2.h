@@ -5,6 +5,9 @@
 
 namespace nu::internal {
 
+// cot(c) / 2 for the angle c at the apex over pq, positive to the left.
+double HalfCotangent(Vec2 p, Vec2 q, Vec2 apex);
+
 // The Voronoi edge of a Delaunay edge pq is the set of the points
 //
 //   m + t n,   m = (p + q) / 2,   n = q - p turned to the left,
