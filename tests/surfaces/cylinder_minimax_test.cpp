@@ -172,8 +172,8 @@ TEST(MinimaxCylinders, HaveBoundaries) {
   }
 }
 
-// Eight contacts on a line, a point on the axis, hardly more than half of the circumference, and equal optima, among
-// which no order of the points may choose.
+// Eight contacts on a line, a point on the axis, hardly more than half of the circumference, plates, and equal optima,
+// among which no order of the points may choose.
 TEST(MinimaxCylinders, FindTheirWayInAwkwardSets) {
   Random random(744);
   CNuCylSurf a(7.0), b(7.0);
@@ -184,6 +184,13 @@ TEST(MinimaxCylinders, FindTheirWayInAwkwardSets) {
   EXPECT_GT(a.GetRadius(), 0.4) << "away from the axis";
   for (int run = 0; run < 100; ++run)
     EXPECT_EQ(a.FitMaxEx(CylinderCloud(random, 200, 1.0, 2.0, 200.0, 1e-3), 1e-9, 1000), NuFitSuccess) << run;
+  for (int run = 0; run < 30; ++run) {
+    const CNuPointArray plate = BoxCloud(random, 20 + 5 * run, 1.0, 0.6, 0.1);
+    double zone, form, sumSquares;
+    b.Fit(plate, &form, &sumSquares, 1000);
+    EXPECT_EQ(a.FitMinZoneEx(plate, &zone, 1e-9, 5000), NuFitSuccess) << run;
+    EXPECT_LE(zone, form) << run;
+  }
   for (int run = 0; run < 100; ++run) {
     CNuPointArray lattice = BoxCloud(random, 6 + random.Below(30), 5.0, 5.0, 5.0);
     for (int i = 0; i < lattice.GetSize(); ++i)

@@ -91,9 +91,9 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
   ENuFitResult FitMaxEx(const CNuPointArray& points, double tol, long maxIter);
 
   // Minimum-zone cylinder: half-way between the two coaxial cylinders that hold all points between them at the least
-  // distance, `zone`; those next to the least-squares cylinder, and never farther apart than its form. `inner` and
-  // `outer` receive the two, or both the result where `zone` is below NuGetTol(). The inner radius of points that fill
-  // a cylinder is not above 0.
+  // distance, `zone`; those next to the least-squares cylinder, or of flat points next to one that bends otherwise, and
+  // never farther apart than its form. `inner` and `outer` receive the two, or both the result where `zone` is below
+  // NuGetTol(). The inner radius of points that fill a cylinder is not above 0.
   void FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter);
   void FitMinZone(const CNuPointArray& points, double* zone, CNuCylSurf* inner, CNuCylSurf* outer, double tol,
                   long maxIter);

@@ -114,6 +114,10 @@ Range DeviationsFrom(PointBlocks& points, const CylinderDistance& surface) {
   return all;
 }
 
+bool IsRound(const Scene& scene, const CylinderDistance& surface) {
+  return scene.seen.greatest > kLeastBend * surface.radius;
+}
+
 // Half-way between the two cylinders about its axis that hold all points.
 CylinderDistance MiddleOfZone(PointBlocks& points, CylinderDistance surface) {
   const Range all = DeviationsFrom(points, surface);
@@ -123,6 +127,31 @@ CylinderDistance MiddleOfZone(PointBlocks& points, CylinderDistance surface) {
   return surface;
 }
 
+// Flat points may lead the search to a cylinder that is a plane, where it finds no optimum. Others lie next to the
+// cylinders that bend to the other side, across, or less: the best of them that is below the start, if there is one.
+MinimaxSolution<CylinderDistance> ZoneElsewhere(PointBlocks& points, const Scene& scene, double value,
+                                                Minimax<CylinderDistance>& minimax,
+                                                const MinimaxSolution<CylinderDistance>& failed) {
+  constexpr double radii[] = {1.0, 4.0, 16.0};
+  const CylinderDistance surface = SurfaceOf(points, scene);
+  const Vec3& out = surface.frame.x;
+  MinimaxSolution<CylinderDistance> best = failed;
+  for (const Vec3& direction : {surface.frame.z, surface.frame.y}) {
+    for (const double side : {1.0, -1.0}) {
+      for (const double radius : radii) {
+        const double r = radius * surface.radius;
+        const Vec3 axisPoint = surface.frame.origin - (side * r) * out;
+        const MinimaxSolution<CylinderDistance> other =
+            minimax.Improve(DistanceFromCylinder(points, axisPoint, direction, r, side * out), value);
+        if (other.end != MinimaxEnd::converged || !IsRound(scene, other.model)) continue;
+        best = other;
+        value = other.value - scene.rounding;
+      }
+    }
+  }
+  return best;
+}
+
 }  // namespace
 
 CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit) {
@@ -130,13 +159,16 @@ CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, con
   if (!Prepare(points, mean, start, scene)) return {};
   const CylinderDistance model = MiddleOfZone(points, SurfaceOf(points, scene));
   Minimax<CylinderDistance> minimax(points, MinimaxSide::both, scene.rounding, limit);
-  const MinimaxSolution<CylinderDistance> found = minimax.Solve(model);
+  MinimaxSolution<CylinderDistance> found = minimax.Solve(model);
+  if (found.end == MinimaxEnd::converged && !IsRound(scene, found.model)) found.end = MinimaxEnd::stalled;
+  if (found.end != MinimaxEnd::converged && found.steps < limit) {
+    const Range form = DeviationsFrom(points, model);
+    found = ZoneElsewhere(points, scene, 0.5 * (form.largest - form.smallest), minimax, found);
+  }
   CylinderMinimax result = Described(found, found.model.AxisPoint(), found.model.frame.z, scene.mean, points.Scale());
   result.cylinder.radius = found.model.radius / points.Scale();
   result.zone = 2.0 * found.value / points.Scale();
   result.rounding = (scene.rounding + kEpsilon * found.model.radius) / points.Scale();
-  const bool isRound = scene.seen.greatest > kLeastBend * found.model.radius;
-  if (result.end == MinimaxEnd::converged && !isRound) result.end = MinimaxEnd::stalled;
   return result;
 }
 
