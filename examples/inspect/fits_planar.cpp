@@ -18,7 +18,7 @@ void DescribeLine(const std::vector<Vec3>& points, const CNuLine& line, Inspecti
   result->frame = {ToVec3(line.GetPoint()), direction, Cross(up, direction), up};
   const bool round = result->zoneIsRound;
   AddDeviations(
-      points, [round](const Vec3& p) { return round ? std::hypot(p[1], p[2]) : p[1]; }, result);
+      points, [round](const Vec3& p) { return round ? NuPythag(p[1], p[2]) : p[1]; }, result);
 }
 
 void DescribePlane(const std::vector<Vec3>& points, const CNuPlane& plane, Inspection* result) {
@@ -34,7 +34,7 @@ void DescribeCircle(const std::vector<Vec3>& points, const CNuCircle& circle, In
   result->frame = FrameAlong(circle.GetCentre(), circle.GetNormal());
   const double radius = circle.GetRadius();
   AddDeviations(
-      points, [radius](const Vec3& p) { return std::hypot(p[0], p[1]) - radius; }, result);
+      points, [radius](const Vec3& p) { return NuPythag(p[0], p[1]) - radius; }, result);
 }
 
 // The other criteria ask for points in one plane, and roundness is what is seen along the axis: the points go to their

@@ -13,7 +13,7 @@ void DescribeSphere(const std::vector<Vec3>& points, const CNuSphSurf& sphere, I
   result->frame.origin = ToVec3(sphere.GetCentre());
   const double radius = sphere.GetRadius();
   AddDeviations(
-      points, [radius](const Vec3& p) { return std::hypot(p[0], p[1], p[2]) - radius; }, result);
+      points, [radius](const Vec3& p) { return NuPythag(p[0], p[1], p[2]) - radius; }, result);
 }
 
 void DescribeCylinder(const std::vector<Vec3>& points, const CNuCylSurf& cylinder, Inspection* result) {
@@ -23,7 +23,7 @@ void DescribeCylinder(const std::vector<Vec3>& points, const CNuCylSurf& cylinde
   result->frame = FrameAlong(axis.GetPoint(), axis.GetDirection());
   const double radius = cylinder.GetRadius();
   AddDeviations(
-      points, [radius](const Vec3& p) { return std::hypot(p[0], p[1]) - radius; }, result);
+      points, [radius](const Vec3& p) { return NuPythag(p[0], p[1]) - radius; }, result);
 }
 
 void DescribeCone(const std::vector<Vec3>& points, const CNuConSurf& cone, Inspection* result) {
@@ -34,7 +34,7 @@ void DescribeCone(const std::vector<Vec3>& points, const CNuConSurf& cone, Inspe
   const double s = std::sin(cone.GetSemiAngle() * kRadian);
   const double c = std::cos(cone.GetSemiAngle() * kRadian);
   AddDeviations(
-      points, [s, c](const Vec3& p) { return std::hypot(p[0], p[1]) * c - p[2] * s; }, result);
+      points, [s, c](const Vec3& p) { return NuPythag(p[0], p[1]) * c - p[2] * s; }, result);
 }
 
 void DescribeTorus(const std::vector<Vec3>& points, const CNuTorSurf& torus, Inspection* result) {
@@ -48,8 +48,7 @@ void DescribeTorus(const std::vector<Vec3>& points, const CNuTorSurf& torus, Ins
   result->frame = FrameAlong(centre, axis);
   result->tubeCircle = major;
   AddDeviations(
-      points, [major, minor](const Vec3& p) { return std::hypot(std::hypot(p[0], p[1]) - major, p[2]) - minor; },
-      result);
+      points, [major, minor](const Vec3& p) { return NuPythag(NuPythag(p[0], p[1]) - major, p[2]) - minor; }, result);
 }
 
 }  // namespace
