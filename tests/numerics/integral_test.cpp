@@ -54,7 +54,7 @@ TEST(Integral, MeetsItsToleranceOrThrows) {
       {"with a pole outside", [](double x) { return 1 / ((x + 1.5) * std::sqrt(1 - x * x)); }, -1, 1,
        kPi / std::sqrt(1.25), 1e-12},
       {"with waves", [](double x) { return std::cos(256 * x) / std::sqrt(x * (1 - x)); }, 0, 1,
-       kPi * std::cos(128.0) * std::cyl_bessel_j(0, 128), 1e-12},
+       kPi * std::cos(128.0) * 0.001472222328185149752, 1e-12},  // J_0(128)
       {"root of the tangent", [](double x) { return std::sqrt(std::tan(x)); }, 0, kPi / 2, kPi / std::sqrt(2.0), 1e-12},
       {"root over root", [](double x) { return std::sqrt(x) / std::sqrt(1 - x * x); }, 0, 1,
        std::tgamma(0.75) * std::tgamma(0.5) / (2 * std::tgamma(1.25)), 1e-12},
