@@ -190,15 +190,33 @@ std::optional<QuadricBranches> BranchesOf(const QuadricPair& pair, std::vector<d
   return BranchFinder(pair, TouchesOf(pair, stationary, tol), asymptotes, tol, reach).Find();
 }
 
+namespace {
+
+// Whether the curve a t + 2 h = 0 comes to t = 0 within the tolerance: next to where |h| is least, with h of degree
+// one.
+bool ComesToApex(const Wave2& a, const Wave2& h, double tol) {
+  const double middle = h.value + h.versed;
+  const double amplitude = Hypot(h.versed, h.slope);
+  const double least = std::fabs(middle) - amplitude;
+  if (!(least > 0.0)) return true;
+  const double u = middle > 0.0 ? Atan2(-h.slope, h.versed) : Atan2(h.slope, -h.versed);
+  const double nearby = std::fmin(std::sqrt(2.0 * least / amplitude), Nu_PI);
+  for (const double v : {u - nearby, u, u + nearby}) {
+    if (2.0 * std::fabs(h.At(v)) <= tol * std::fabs(a.At(v))) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
 // The curve comes to the apex where h = 0. Where that is nowhere, the apex is a point by itself.
 std::optional<QuadricBranches> BranchesThroughApex(const QuadricPair& pair, const std::vector<double>& asymptotes,
                                                    double tol, double reach) {
   QuadricPath path;
   path.sheets = Sheets::kThroughApex;
   auto branches = SingleSheet(WithoutApex(pair), path, asymptotes, tol, reach);
-  const Wave2 h = pair.h + -pair.start * pair.a;  // at the apex, of degree one
-  const double least = std::fabs(h.value + h.versed) - Hypot(h.versed, h.slope);
-  if (branches && least > tol * pair.a.Bound()) branches->points.push_back(pair.base.point);
+  const Wave2 h = pair.h + -pair.start * pair.a;  // at the apex
+  if (branches && !ComesToApex(pair.a, h, tol)) branches->points.push_back(pair.base.point);
   return branches;
 }
 

@@ -133,7 +133,7 @@ class Tracer {
   enum class Ending { kClosed, kFarOut, kFailed };
 
   // Around a component until it comes back to where it began. Beyond the reach, where a step is lost in the roundings,
-  // it ends; then it is followed from its beginning the other way, too.
+  // it ends; then it is followed from its beginning the other way, too, where it may come around.
   bool TraceFrom(const QuadricSpot& seed) {
     m_steps.clear();
     Ending ending = Follow(seed, 1.0);
@@ -141,11 +141,12 @@ class Tracer {
       std::vector<Step> forth;
       forth.swap(m_steps);
       ending = Follow(seed, -1.0);
-      if (ending != Ending::kFarOut) return false;
-      for (Step& step : m_steps) Reverse(step);
-      std::reverse(m_steps.begin(), m_steps.end());
-      m_steps.insert(m_steps.end(), forth.begin(), forth.end());
-      m_steps.emplace_back().toInfinity = true;
+      if (ending == Ending::kFarOut) {
+        for (Step& step : m_steps) Reverse(step);
+        std::reverse(m_steps.begin(), m_steps.end());
+        m_steps.insert(m_steps.end(), forth.begin(), forth.end());
+        m_steps.emplace_back().toInfinity = true;
+      }
     }
     return ending != Ending::kFailed && Split();
   }
