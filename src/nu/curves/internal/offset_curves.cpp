@@ -168,12 +168,12 @@ class OffsetTask {
   std::vector<PieceChain> Run() const {
     const std::vector<Piece2> pieces = LocalPieces(m_chain, m_frame, m_scale * m_tol);
     if (pieces.empty()) return {};
-    if (m_distance == 0.0) return {m_frame.Global(pieces)};
+    if (m_distance == 0.0) return Single(m_frame.Global(pieces));
     const double reach = m_scale * std::fabs(m_distance);
     if (m_shape == 0) {
       const std::vector<Piece2> edges = MovedEdges(pieces, m_closed, reach, m_scale * m_tol);
-      const PieceChain moved = m_frame.Global(edges);
-      if (IsWhole(moved)) return {moved};
+      PieceChain moved = m_frame.Global(edges);
+      if (IsWhole(moved)) return Single(std::move(moved));
     }
     const OffsetCorner corner = m_shape == 0 ? OffsetCorner::sharp : OffsetCorner::round;
     const OffsetChain moved = OffsetPieces(pieces, m_closed, reach, corner, m_scale * m_tol);
@@ -186,6 +186,13 @@ class OffsetTask {
   }
 
  private:
+  // A braced list would copy the chain.
+  static std::vector<PieceChain> Single(PieceChain&& chain) {
+    std::vector<PieceChain> curves;
+    curves.push_back(std::move(chain));
+    return curves;
+  }
+
   // Whether the moved edges are all of the offset, as is usual: they run into nothing.
   bool IsWhole(const PieceChain& moved) const {
     constexpr double kRoundings = 64.0;  // of the corners' velocities, the way to the plane and back
