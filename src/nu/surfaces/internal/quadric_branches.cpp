@@ -10,6 +10,8 @@
 
 #include "nu/surfaces/internal/quadric_branches.h"
 
+#include <utility>
+
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/elementary.h"
 #include "nu/surfaces/internal/quadric_trace.h"
@@ -120,7 +122,7 @@ class BranchFinder {
     }
   }
 
-  std::optional<QuadricBranches> Find() {
+  std::optional<QuadricBranches> Find() && {
     std::vector<double> doublePoints;
     for (std::size_t i = 0; i < m_touches.size(); ++i) {
       if (!m_touches[i].isContact) continue;
@@ -132,7 +134,7 @@ class BranchFinder {
       }
     }
     if (!Trace(doublePoints)) return std::nullopt;
-    return m_branches;
+    return std::move(m_branches);
   }
 
  private:
