@@ -1,22 +1,15 @@
 #ifndef NU_FOUNDATION_INTERNAL_ELEMENTARY_PARTS_H
 #define NU_FOUNDATION_INTERNAL_ELEMENTARY_PARTS_H
 
-#include <bit>
 #include <cstdint>
 #include <limits>
 
+#include "nu/foundation/internal/bits.h"
 #include "nu/foundation/internal/error_free.h"
 
 // What the elementary functions share. Each evaluates its result as a sum of two doubles: a leading one that is exact
 // or nearly so, and a correction at least some seven binary places smaller, whose rounding errors then hardly count.
 namespace nu::internal {
-
-inline std::uint64_t BitsOf(double x) {
-  return std::bit_cast<std::uint64_t>(x);
-}
-inline double FromBits(std::uint64_t bits) {
-  return std::bit_cast<double>(bits);
-}
 
 inline double SumOf(const DoubleDouble& value) {
   return value.high + value.low;

@@ -1,4 +1,5 @@
 #include <array>
+#include <bit>
 #include <cmath>
 
 #include "nu/foundation/internal/elementary.h"

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -10,6 +9,8 @@
 #include <new>
 #include <type_traits>
 #include <utility>
+
+#include "nu/foundation/internal/bits.h"
 
 // Radix sort from the least significant digit on, over the upper half of the keys only: in most data that leaves runs
 // of one or two elements, which an insertion sort finishes; a longer run goes through the lower half as well.
@@ -45,7 +46,7 @@ double Key(const KeyWithCompanion& record) {
 
 // Unsigned words in the order of the doubles: the magnitude with its sign as a two's complement, so both zeros are one.
 std::uint64_t Word(double x) {
-  const auto bits = std::bit_cast<std::uint64_t>(x);
+  const auto bits = BitsOf(x);
   constexpr std::uint64_t signBit = std::uint64_t{1} << (kWordBits - 1);
   const std::uint64_t negative = std::uint64_t{0} - (bits >> (kWordBits - 1));
   return (((bits & ~signBit) ^ negative) - negative) ^ signBit;

@@ -11,6 +11,7 @@
 #include <optional>
 #include <utility>
 
+#include "nu/foundation/internal/bits.h"
 #include "nu/geometry/internal/box_tree.h"
 #include "nu/geometry/internal/edge.h"
 #include "nu/geometry/internal/extents.h"
@@ -92,7 +93,7 @@ class CellTable {
   // A cell grows with the coordinate; rounding toward zero makes the one about 0 twice as wide, which does no harm.
   std::uint64_t CellOf(double v) const {
     const double place = v * m_perSide;
-    if (!(std::fabs(place) < kMostCells)) return std::bit_cast<std::uint64_t>(v);
+    if (!(std::fabs(place) < kMostCells)) return BitsOf(v);
     return static_cast<std::uint64_t>(static_cast<std::int64_t>(place));
   }
 
