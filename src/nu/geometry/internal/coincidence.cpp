@@ -127,7 +127,7 @@ class CellTable {
   // Cells with one tag share a slot; their points tell themselves apart.
   Slot& SlotOf(std::uint64_t hash) {
     const std::uint32_t tag = TagOf(hash);
-    std::size_t i = hash >> m_shift;
+    auto i = static_cast<std::size_t>(hash >> m_shift);
     while (m_slots[i].tag != tag && m_slots[i].tag != 0) i = (i + 1) & (m_slots.size() - 1);
     return m_slots[i];
   }
