@@ -25,6 +25,14 @@ constexpr double kEps = std::numeric_limits<double>::epsilon();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
+// Less whole turns, by more digits of 2 pi than some C libraries take. Exact up to 2^29 turns but for the last digits.
+long double WithoutTurns(long double angle) {
+  constexpr long double kTurn = 0x6487ED511p-32L;
+  constexpr long double kRest = 0xB4611A62633145C0p-100L;
+  const long double turns = std::nearbyint(angle / kTurn);
+  return (angle - turns * kTurn) - turns * kRest;
+}
+
 // A sum of a_k cos ku + b_k sin ku with more digits than the library has: to build polynomials from their roots, and to
 // look at the library's values and roots.
 struct Exact {
@@ -59,7 +67,8 @@ struct Exact {
   long double Derivative(int order, long double u) const {
     long double sum = 0;
     for (int k = 0; k <= Degree(); ++k) {
-      const long double c = std::cos(k * u), s = std::sin(k * u);
+      const long double angle = WithoutTurns(k * u);
+      const long double c = std::cos(angle), s = std::sin(angle);
       sum += order == 0 ? a[k] * c + b[k] * s : k * (b[k] * c - a[k] * s);
     }
     return sum;
