@@ -243,8 +243,16 @@ double Asinh(double x) {
 }
 
 double Acosh(double x) {
+  constexpr double kSeries = 32.0;  // above it five terms of the series in 1 / x^2 are enough
   if (!(x > 1.0)) return x == 1.0 ? 0.0 : Undefined(x);
   if (x > kSquareAlone) return x < kInfinity ? SumOf(QuickLogarithm(x, 1)) : x;
+  if (x > kSeries) {
+    const double t = 1.0 / (x * x);
+    const double higher =
+        t * (1.0 / 4.0 + t * (3.0 / 32.0 + t * (5.0 / 96.0 + t * (35.0 / 1024.0 + t * 63.0 / 2560.0))));
+    const DoubleDouble logarithm = QuickLogarithm(x, 1);
+    return logarithm.high + (logarithm.low - higher);
+  }
   const double square = x * x;
   const double difference = square - 1.0;
   const Root root = RootOf(difference, ((square - difference) - 1.0) + ProductError(x, x));
