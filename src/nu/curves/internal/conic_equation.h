@@ -7,7 +7,7 @@
 namespace nu::internal {
 
 // Orthonormal axes of the plane in which a conic is fitted; what is across it is not seen.
-struct PlaneAxes {
+struct PlaneBasis {
   Vec3 u;
   Vec3 v;
 };

@@ -104,7 +104,7 @@ Optima OptimaFrom(PointBlocks& points, ConicStarts starts) {
 // Where other conics are better than the best ellipse or hyperbola, those between them, the parabolas, may be as well:
 // then ellipses or hyperbolas approach the best parabola, and none is the best.
 template<class Curve>
-bool IsOptimum(PointBlocks& points, const PlaneAxes& axes, const Optima& optima) {
+bool IsOptimum(PointBlocks& points, const PlaneBasis& axes, const Optima& optima) {
   if (!(optima.own.sumSquares < std::numeric_limits<double>::infinity())) return false;
   if (kIsParabola<Curve> || optima.own.sumSquares <= optima.other.sumSquares) return true;
   const Optima parabolas = OptimaFrom<Parabola2>(points, AlgebraicFits<Parabola2>(points, axes));
@@ -113,14 +113,14 @@ bool IsOptimum(PointBlocks& points, const PlaneAxes& axes, const Optima& optima)
 
 // The best of all optima, or the best other conic where there is none.
 template<class Curve>
-ConicEquation BestStart(PointBlocks& points, const PlaneAxes& axes, const ConicStarts& starts) {
+ConicEquation BestStart(PointBlocks& points, const PlaneBasis& axes, const ConicStarts& starts) {
   const Optima optima = OptimaFrom<Curve>(points, starts);
   return (IsOptimum<Curve>(points, axes, optima) ? optima.own : optima.other).equation;
 }
 
 // The start that the sample gives for all points, whose blocks keep their unit.
 template<class Curve>
-ConicStarts StartFromSample(PointView points, const Vec3& origin, const PlaneAxes& axes) {
+ConicStarts StartFromSample(PointView points, const Vec3& origin, const PlaneBasis& axes) {
   const std::vector<double> sample = SampleOf(points);
   PointBlocks few({sample.data(), 3 * sizeof(double), kSampleSize}, origin);
   ConicStarts starts = AlgebraicFits<Curve>(few, axes);
@@ -159,7 +159,7 @@ FittedConic<Curve> FitConic(const CNuPointArray& points, const char* name, bool 
   CNuVector normal = plane.GetNormal();
   CNuVector u, v;
   normal.OrthonormalXY(&u, &v);
-  const PlaneAxes axes{Components(u), Components(v)};
+  const PlaneBasis axes{Components(u), Components(v)};
   const PointView view = ViewOf(points);
   PointBlocks blocks(view, Components(plane.GetPoint()));
   const bool isSampled = view.Size() >= kManyPoints;

@@ -106,7 +106,7 @@ struct Whitening {
   }
 };
 
-Whitening Whiten(PointBlocks& points, const PlaneAxes& axes) {
+Whitening Whiten(PointBlocks& points, const PlaneBasis& axes) {
   Whitening found;
   double m[kSecond];
   MeanMoments(points, {axes.u, axes.v}, m);
@@ -257,7 +257,7 @@ int Candidates(const Curve&, const double (&m)[3][3], QuadraticPart (&q)[kMostAl
 }  // namespace
 
 template<class Curve>
-ConicStarts AlgebraicFits(PointBlocks& points, const PlaneAxes& axes) {
+ConicStarts AlgebraicFits(PointBlocks& points, const PlaneBasis& axes) {
   ConicStarts starts;
   const Whitening white = Whiten(points, axes);
   if (!white.usable) return starts;
@@ -290,8 +290,8 @@ void ConicStarts::AddEven(double ratio, int directions) {
   }
 }
 
-template ConicStarts AlgebraicFits<Ellipse2>(PointBlocks&, const PlaneAxes&);
-template ConicStarts AlgebraicFits<Hyperbola2>(PointBlocks&, const PlaneAxes&);
-template ConicStarts AlgebraicFits<Parabola2>(PointBlocks&, const PlaneAxes&);
+template ConicStarts AlgebraicFits<Ellipse2>(PointBlocks&, const PlaneBasis&);
+template ConicStarts AlgebraicFits<Hyperbola2>(PointBlocks&, const PlaneBasis&);
+template ConicStarts AlgebraicFits<Parabola2>(PointBlocks&, const PlaneBasis&);
 
 }  // namespace nu::internal

@@ -26,7 +26,7 @@ struct ConicStarts {
 // The algebraic fits, the most likely one first: of all kinds for an ellipse or a hyperbola, parabolas for a parabola.
 // Sets the scale of the blocks where their points need one. None for points that are not finite or are on one line.
 template<class Curve>
-ConicStarts AlgebraicFits(PointBlocks& points, const PlaneAxes& axes);
+ConicStarts AlgebraicFits(PointBlocks& points, const PlaneBasis& axes);
 
 }  // namespace nu::internal
 

@@ -27,10 +27,10 @@ NU_KERNEL void MultiplyShort(const ComplexRows& a, const ComplexRows& b, const C
 
 void MultiplyComplex(const ComplexRows& a, const ComplexRows& b, const ComplexRows& c) {
   if (b.rows <= kShort) return MultiplyShort(a, b, c);
-  const Block aRe = {a.data, 2 * a.width};
-  const Block aIm = {a.data + a.width, 2 * a.width};
-  const Block bRe = {b.data, 2 * b.width};
-  const Block bIm = {b.data + b.width, 2 * b.width};
+  const MatrixView aRe = {a.data, 2 * a.width};
+  const MatrixView aIm = {a.data + a.width, 2 * a.width};
+  const MatrixView bRe = {b.data, 2 * b.width};
+  const MatrixView bIm = {b.data + b.width, 2 * b.width};
   double* re = c.data;
   double* im = c.data + c.width;
   Multiply(aRe, bRe, re, 2 * c.width, a.rows, b.rows, b.columns);

@@ -482,7 +482,7 @@ void SchurVectors(const Square& t, const double* real, const double* imaginary, 
 double LargestResidual(const Square& a, const double* real, const double* imaginary, const double* vt,
                        double* product) {
   const int n = a.n;
-  Multiply({vt, a.width}, Block{a.data, a.width}.Transposed(), product, a.width, n, n, n);
+  Multiply({vt, a.width}, MatrixView{a.data, a.width}.Transposed(), product, a.width, n, n, n);
   double largest = 0.0;
   for (int k = 0; k < n; ++k) {
     // Columns (u, v) of a pair: A u = re u - im v and A v = re v + im u.

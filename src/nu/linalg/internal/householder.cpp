@@ -179,12 +179,12 @@ void FormTransposedProduct(const double* v, std::ptrdiff_t ldv, const double* ta
     const int size = std::min(kBlock, count - k);
     const int first = k + offset;
     const int from = first / kLanes * kLanes;
-    const Block vectors = {v + k * ldv + from, ldv};
+    const MatrixView vectors = {v + k * ldv + from, ldv};
     FormTriangle(v + k * ldv, ldv, tau + k, size, from, width, t);
     double* rows = q + first * ldq + from;
     const int height = n - first;
     Multiply({rows, ldq}, vectors.Transposed(), product, kBlock, height, width - from, size);
-    Multiply({product, kBlock}, Block{t, kBlock}.Transposed(), turned, kBlock, height, size, size);
+    Multiply({product, kBlock}, MatrixView{t, kBlock}.Transposed(), turned, kBlock, height, size, size);
     SubtractProduct({turned, kBlock}, vectors, rows, ldq, height, size, width - from);
   }
 }

@@ -72,7 +72,7 @@ NU_KERNEL void UpdatePanel(const double* a, const double* b, int rows, int depth
 }
 
 // Strips of kTileRows rows, one value per row for each k, missing rows as zeros; sign is exact.
-void PackRows(Block a, int rows, int depth, double sign, double* packed) {
+void PackRows(MatrixView a, int rows, int depth, double sign, double* packed) {
   for (int i = 0; i < rows; i += kTileRows) {
     const int height = std::min(kTileRows, rows - i);
     const double* strip = a.data + i * a.rowStep;
@@ -81,7 +81,7 @@ void PackRows(Block a, int rows, int depth, double sign, double* packed) {
   }
 }
 
-void PackColumns(Block b, int depth, int columns, double* packed) {
+void PackColumns(MatrixView b, int depth, int columns, double* packed) {
   for (int j = 0; j < columns; j += kTileColumns) {
     const int width = std::min(kTileColumns, columns - j);
     const double* strip = b.data + j * b.columnStep;
@@ -96,7 +96,8 @@ void PackColumns(Block b, int depth, int columns, double* packed) {
   }
 }
 
-void UpdatePacked(Block a, Block b, double sign, double* c, std::ptrdiff_t ldc, int rows, int inner, int columns) {
+void UpdatePacked(MatrixView a, MatrixView b, double sign, double* c, std::ptrdiff_t ldc, int rows, int inner,
+                  int columns) {
   const int depthLimit = std::min(kDepth, inner);
   const auto roundUp = [](int n, int step) { return (n + step - 1) / step * step; };
   const std::size_t aSize = static_cast<std::size_t>(roundUp(std::min(kPanelRows, rows), kTileRows)) * depthLimit;
@@ -121,7 +122,8 @@ void UpdatePacked(Block a, Block b, double sign, double* c, std::ptrdiff_t ldc, 
 
 // Rows of b are added one after the other; the clones pay off only once a row fills some registers.
 template<bool kSubtract>
-NU_ALWAYS_INLINE void UpdateRows(Block a, Block b, double* c, std::ptrdiff_t ldc, int rows, int inner, int columns) {
+NU_ALWAYS_INLINE void UpdateRows(MatrixView a, MatrixView b, double* c, std::ptrdiff_t ldc, int rows, int inner,
+                                 int columns) {
   for (int i = 0; i < rows; ++i) {
     double* row = c + i * ldc;
     for (int k = 0; k < inner; ++k) {
@@ -140,7 +142,7 @@ NU_ALWAYS_INLINE void UpdateRows(Block a, Block b, double* c, std::ptrdiff_t ldc
 
 // Small products with a constant inner size and width stay in registers.
 template<int kN>
-NU_ALWAYS_INLINE void MultiplySmall(Block a, Block b, double* c, std::ptrdiff_t ldc, int rows) {
+NU_ALWAYS_INLINE void MultiplySmall(MatrixView a, MatrixView b, double* c, std::ptrdiff_t ldc, int rows) {
   for (int i = 0; i < rows; ++i) {
     double sum[kN] = {};
     for (int k = 0; k < kN; ++k)
@@ -151,7 +153,7 @@ NU_ALWAYS_INLINE void MultiplySmall(Block a, Block b, double* c, std::ptrdiff_t 
 
 // c = a * b for up to two packs of columns and kTileColumns rows of b, which are copied to whole packs.
 template<int kPacks>
-NU_ALWAYS_INLINE void MultiplyPacks(Block a, const double* b, double* c, std::ptrdiff_t ldc, int rows, int inner,
+NU_ALWAYS_INLINE void MultiplyPacks(MatrixView a, const double* b, double* c, std::ptrdiff_t ldc, int rows, int inner,
                                     int columns) {
   constexpr int width = kPacks * kLanes;
   for (int i = 0; i < rows; ++i) {
@@ -170,7 +172,8 @@ NU_ALWAYS_INLINE void MultiplyPacks(Block a, const double* b, double* c, std::pt
   }
 }
 
-NU_KERNEL void MultiplyNarrow(Block a, Block b, double* c, std::ptrdiff_t ldc, int rows, int inner, int columns) {
+NU_KERNEL void MultiplyNarrow(MatrixView a, MatrixView b, double* c, std::ptrdiff_t ldc, int rows, int inner,
+                              int columns) {
   alignas(64) double padded[kTileColumns * kTileColumns];
   const int width = Padded(columns);
   for (int k = 0; k < inner; ++k)
@@ -189,17 +192,17 @@ bool IsPackingWorthwhile(int rows, int inner, int columns) {
 
 }  // namespace
 
-void AddProduct(Block a, Block b, double* c, std::ptrdiff_t ldc, int rows, int inner, int columns) {
+void AddProduct(MatrixView a, MatrixView b, double* c, std::ptrdiff_t ldc, int rows, int inner, int columns) {
   if (IsPackingWorthwhile(rows, inner, columns)) return UpdatePacked(a, b, 1.0, c, ldc, rows, inner, columns);
   UpdateRows<false>(a, b, c, ldc, rows, inner, columns);
 }
 
-void SubtractProduct(Block a, Block b, double* c, std::ptrdiff_t ldc, int rows, int inner, int columns) {
+void SubtractProduct(MatrixView a, MatrixView b, double* c, std::ptrdiff_t ldc, int rows, int inner, int columns) {
   if (IsPackingWorthwhile(rows, inner, columns)) return UpdatePacked(a, b, -1.0, c, ldc, rows, inner, columns);
   UpdateRows<true>(a, b, c, ldc, rows, inner, columns);
 }
 
-void Multiply(Block a, Block b, double* c, std::ptrdiff_t ldc, int rows, int inner, int columns) {
+void Multiply(MatrixView a, MatrixView b, double* c, std::ptrdiff_t ldc, int rows, int inner, int columns) {
   if (inner == columns && b.columnStep == 1) {
     if (inner == 3) return MultiplySmall<3>(a, b, c, ldc, rows);
     if (inner == 4) return MultiplySmall<4>(a, b, c, ldc, rows);
