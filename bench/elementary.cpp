@@ -1,6 +1,6 @@
 // What do the library's elementary functions cost, beside those of the C library?
 
-#include "nu/foundation/internal/elementary.h"
+#include "nu/engine/base/elementary.h"
 
 #include <cmath>
 

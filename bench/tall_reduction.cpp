@@ -1,7 +1,7 @@
 // What does it cost to reduce a tall matrix to its triangle, rows read once?
 
 #include "inputs.h"
-#include "nu/linalg/internal/tall_qr.h"
+#include "nu/engine/linear/tall_qr.h"
 #include "question.h"
 
 namespace {

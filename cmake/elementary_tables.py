@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes src/nu/foundation/internal/elementary_tables.h from mpmath: python3 cmake/elementary_tables.py > THE_HEADER."""
+"""Writes src/nu/engine/base/elementary_tables.h from mpmath: python3 cmake/elementary_tables.py > THE_HEADER."""
 from mpmath import mp, mpf, atan, asin, cos, exp, log, nint, pi, sin, sqrt
 
 mp.prec = 1400

@@ -1,4 +1,4 @@
-#include "nu/foundation/internal/elementary.h"
+#include "nu/engine/base/elementary.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "nu/foundation/internal/error_free.h"
+#include "nu/engine/base/error_free.h"
 
 #include <gtest/gtest.h>
 

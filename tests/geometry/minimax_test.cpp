@@ -5,9 +5,9 @@
 #include <limits>
 #include <numeric>
 
-#include "nu/geometry/internal/enclosing_cylinder.h"
+#include "nu/engine/minimax/enclosing_cylinder.h"
+#include "nu/engine/points/principal_direction.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/principal_direction.h"
 #include "support/clouds.h"
 
 namespace {

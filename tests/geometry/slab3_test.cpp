@@ -1,4 +1,4 @@
-#include "nu/geometry/internal/slab3.h"
+#include "nu/engine/minimax/slab3.h"
 
 #include <gtest/gtest.h>
 

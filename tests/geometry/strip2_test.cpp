@@ -1,4 +1,4 @@
-#include "nu/geometry/internal/strip2.h"
+#include "nu/engine/minimax/strip2.h"
 
 #include <gtest/gtest.h>
 

@@ -11,7 +11,7 @@
 #include <pmmintrin.h>
 #endif
 
-#include "nu/foundation/internal/error_free.h"
+#include "nu/engine/base/error_free.h"
 #include "nu/nu.h"
 #include "support/clouds.h"
 #include "support/failing_new.h"

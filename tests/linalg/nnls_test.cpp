@@ -1,4 +1,4 @@
-#include "nu/linalg/internal/nnls.h"
+#include "nu/engine/linear/nnls.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "nu/linalg/internal/tall_qr.h"
+#include "nu/engine/linear/tall_qr.h"
 
 #include <gtest/gtest.h>
 

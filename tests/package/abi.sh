@@ -9,7 +9,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 # Only what a host can name counts.
-(cd "$here/../../src" && find nu -name '*.h' -not -path '*/internal/*' -exec cp -t "$work" --parents {} +)
+(cd "$here/../../src" && find nu -name '*.h' -not -path '*/internal/*' -not -path '*/engine/*' -exec cp -t "$work" --parents {} +)
 abidw --headers-dir "$work/nu" --drop-private-types --no-show-locs --no-corpus-path --no-comp-dir-path \
   --out-file "$work/now.xml" "$library"
 if [ "${2-}" = --accept ]; then

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # arithmetic.sh SOURCE_ROOT: no source calls a function whose last digits the C library chooses. The elementary functions
-# come from foundation/internal/elementary.h, the fused product from foundation/internal/error_free.h.
+# come from engine/base/elementary.h, the fused product from engine/base/error_free.h.
 set -euo pipefail
 cd "$1"
 
@@ -10,8 +10,8 @@ calls() {
     grep -vE '^[^:]*:[0-9]*: *(//|NU_EXPORT )' || true
 }
 elementary=$(calls 'a?(sin|cos|tan)h?|atan2|exp2?|expm1|log(2|10|1p)?|pow|hypot|cbrt|erfc?|[lt]gamma' |
-  grep -v '^nu/foundation/internal/elementary\.' || true)
-fused=$(calls 'fma' | grep -v '^nu/foundation/internal/error_free\.h:' || true)
+  grep -v '^nu/engine/base/elementary\.' || true)
+fused=$(calls 'fma' | grep -v '^nu/engine/base/error_free\.h:' || true)
 if [ -n "$elementary$fused" ]; then
   printf '%s\n' "$elementary" "$fused" 'Take these from elementary.h and error_free.h' >&2
   exit 1

@@ -2,11 +2,11 @@
 
 #include <cmath>
 
+#include "nu/engine/minimax/cone_minimax.h"
+#include "nu/engine/points/mean.h"
+#include "nu/engine/shapes/incidence.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/incidence.h"
-#include "nu/geometry/internal/mean.h"
 #include "nu/surfaces/cone.h"
-#include "nu/surfaces/internal/cone_minimax.h"
 #include "support/clouds.h"
 #include "support/minimax_laws.h"
 

@@ -2,15 +2,15 @@
 
 #include <cmath>
 
-#include "nu/geometry/internal/enclosing_cylinder.h"
+#include "nu/engine/minimax/cylinder_minimax.h"
+#include "nu/engine/minimax/enclosing_cylinder.h"
+#include "nu/engine/minimax/round_minimax.h"
+#include "nu/engine/points/mean.h"
+#include "nu/engine/shapes/incidence.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/incidence.h"
-#include "nu/geometry/internal/mean.h"
 #include "nu/geometry/internal/point_order.h"
-#include "nu/geometry/internal/round_minimax.h"
 #include "nu/geometry/line.h"
 #include "nu/surfaces/cylinder.h"
-#include "nu/surfaces/internal/cylinder_minimax.h"
 #include "support/clouds.h"
 #include "support/minimax_laws.h"
 

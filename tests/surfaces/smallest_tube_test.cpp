@@ -1,4 +1,4 @@
-#include "nu/surfaces/internal/smallest_tube.h"
+#include "nu/engine/minimax/smallest_tube.h"
 
 #include <gtest/gtest.h>
 

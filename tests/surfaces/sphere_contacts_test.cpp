@@ -2,11 +2,11 @@
 
 #include <cmath>
 
-#include "nu/geometry/internal/empty_ball.h"
+#include "nu/engine/minimax/empty_ball.h"
+#include "nu/engine/minimax/spherical_shell.h"
+#include "nu/engine/points/mean.h"
+#include "nu/engine/shapes/incidence.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/incidence.h"
-#include "nu/geometry/internal/mean.h"
-#include "nu/geometry/internal/spherical_shell.h"
 #include "nu/surfaces/sphere.h"
 #include "support/clouds.h"
 #include "support/minimax_laws.h"

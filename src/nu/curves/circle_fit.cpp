@@ -2,8 +2,8 @@
 
 #include "nu/curves/circle.h"
 #include "nu/curves/internal/carrier_plane.h"
+#include "nu/engine/least_squares/round_least_squares.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/round_least_squares.h"
 
 // Least-squares circle. The carrier plane is the least-squares plane of the points; in it, with the points projected
 // onto the in-plane axes X and Y, the centre (a, b) and the radius r minimise the sum of

@@ -2,12 +2,12 @@
 #include <cmath>
 
 #include "nu/curves/circle.h"
-#include "nu/geometry/internal/alignment.h"
-#include "nu/geometry/internal/annulus2.h"
-#include "nu/geometry/internal/empty_circle2.h"
-#include "nu/geometry/internal/enclosing_ball.h"
+#include "nu/engine/least_squares/round_least_squares.h"
+#include "nu/engine/minimax/annulus2.h"
+#include "nu/engine/minimax/empty_circle2.h"
+#include "nu/engine/minimax/enclosing_ball.h"
+#include "nu/engine/points/alignment.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/round_least_squares.h"
 #include "nu/geometry/line.h"
 #include "nu/geometry/plane.h"
 #include "nu/linalg/matrix.h"

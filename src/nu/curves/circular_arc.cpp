@@ -8,12 +8,12 @@
 #include "nu/curves/internal/placement.h"
 #include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
+#include "nu/engine/base/double_double.h"
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/points/extents.h"
 #include "nu/foundation/constants.h"
-#include "nu/foundation/internal/double_double.h"
-#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/extents.h"
 #include "nu/geometry/internal/feature_data.h"
 
 using nu::internal::Arc3;

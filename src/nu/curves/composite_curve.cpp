@@ -8,17 +8,17 @@
 #include "nu/curves/internal/chain_plane.h"
 #include "nu/curves/internal/curve_pieces.h"
 #include "nu/curves/internal/sampling.h"
-#include "nu/curves/internal/self_contact.h"
 #include "nu/curves/line_segment.h"
 #include "nu/curves/polyline.h"
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/chains/self_contact.h"
+#include "nu/engine/points/point_blocks.h"
+#include "nu/engine/shapes/incidence.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/downcast.h"
-#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
-#include "nu/geometry/internal/incidence.h"
-#include "nu/geometry/internal/point_blocks.h"
 
 using nu::internal::Arc3;
 using nu::internal::As;

@@ -4,9 +4,9 @@
 
 #include "nu/curves/circular_arc.h"
 #include "nu/curves/composite_curve.h"
-#include "nu/curves/internal/arc_planes.h"
 #include "nu/curves/internal/curve_pieces.h"
 #include "nu/curves/line_segment.h"
+#include "nu/engine/chains/arc_planes.h"
 #include "nu/foundation/internal/downcast.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/linalg/internal/binary_file.h"

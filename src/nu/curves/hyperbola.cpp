@@ -3,7 +3,7 @@
 #include "nu/curves/internal/conic_class.h"
 #include "nu/curves/internal/conic_relations.h"
 #include "nu/curves/polyline.h"
-#include "nu/foundation/internal/elementary.h"
+#include "nu/engine/base/elementary.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/plane.h"
 

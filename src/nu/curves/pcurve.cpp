@@ -2,12 +2,12 @@
 
 #include <new>
 
-#include "nu/curves/internal/quadric_curve.h"
 #include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
+#include "nu/engine/shapes/axis_frame.h"
+#include "nu/engine/shapes/quadric_curve.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/new_objects.h"
-#include "nu/geometry/internal/axis_frame.h"
 #include "nu/geometry/internal/directions.h"
 
 using nu::internal::AxisFrame;

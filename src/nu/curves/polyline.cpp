@@ -4,8 +4,8 @@
 
 #include "nu/curves/internal/curve_pieces.h"
 #include "nu/curves/internal/placement.h"
+#include "nu/engine/points/point_blocks.h"
 #include "nu/foundation/internal/failures.h"
-#include "nu/geometry/internal/point_blocks.h"
 
 using nu::internal::Components;
 using nu::internal::NearPair;

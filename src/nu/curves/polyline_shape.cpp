@@ -12,12 +12,12 @@
 #include "nu/curves/internal/curve_pieces.h"
 #include "nu/curves/internal/offset_curves.h"
 #include "nu/curves/internal/placement.h"
-#include "nu/curves/internal/self_contact.h"
 #include "nu/curves/polyline.h"
+#include "nu/engine/chains/self_contact.h"
+#include "nu/engine/points/point_blocks.h"
+#include "nu/engine/shapes/incidence.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/incidence.h"
-#include "nu/geometry/internal/point_blocks.h"
 
 using nu::internal::BlockSums;
 using nu::internal::CoincidenceTol;

@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
-#include "nu/curves/internal/path_simplification.h"
 #include "nu/curves/internal/placement.h"
+#include "nu/engine/chains/path_simplification.h"
 #include "nu/foundation/internal/failures.h"
 
 using nu::internal::Components;

@@ -1,8 +1,8 @@
 #include "nu/foundation/double_array.h"
 
+#include "nu/engine/base/sort.h"
 #include "nu/foundation/int_array.h"
 #include "nu/foundation/internal/array_definitions.h"
-#include "nu/foundation/internal/sort.h"
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/linalg/vector.h"
 

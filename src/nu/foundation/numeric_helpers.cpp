@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/base/pythag.h"
+#include "nu/engine/base/sort.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/exceptions.h"
-#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/foundation/internal/pythag.h"
-#include "nu/foundation/internal/sort.h"
 #include "nu/foundation/tolerances.h"
 
 namespace {

@@ -1,6 +1,6 @@
+#include "nu/engine/points/form_statistics.h"
+#include "nu/engine/points/principal_direction.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/form_statistics.h"
-#include "nu/geometry/internal/principal_direction.h"
 #include "nu/geometry/line.h"
 
 // Least-squares line. The line through P0 along the unit direction d that minimises the sum of |d x (p - P0)|^2 passes

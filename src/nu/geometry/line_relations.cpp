@@ -9,10 +9,10 @@
 #include <cmath>
 
 #include "nu/curves/internal/conic_relations.h"
+#include "nu/engine/shapes/line_circle.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/feature_data.h"
-#include "nu/geometry/internal/line_circle.h"
 #include "nu/geometry/internal/surface_data.h"
 
 using nu::internal::Approach;

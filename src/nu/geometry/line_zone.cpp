@@ -4,13 +4,13 @@
 #include <tuple>
 #include <vector>
 
-#include "nu/geometry/internal/alignment.h"
-#include "nu/geometry/internal/enclosing_cylinder.h"
+#include "nu/engine/minimax/enclosing_cylinder.h"
+#include "nu/engine/minimax/strip2.h"
+#include "nu/engine/points/alignment.h"
+#include "nu/engine/points/form_statistics.h"
+#include "nu/engine/points/principal_direction.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/form_statistics.h"
 #include "nu/geometry/internal/point_order.h"
-#include "nu/geometry/internal/principal_direction.h"
-#include "nu/geometry/internal/strip2.h"
 #include "nu/geometry/line.h"
 
 // Minimum-zone line: of all lines the one with the least largest distance to a point. For points in one plane it is the

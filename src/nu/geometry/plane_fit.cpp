@@ -1,7 +1,7 @@
-#include "nu/geometry/internal/alignment.h"
+#include "nu/engine/points/alignment.h"
+#include "nu/engine/points/form_statistics.h"
+#include "nu/engine/points/principal_direction.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/form_statistics.h"
-#include "nu/geometry/internal/principal_direction.h"
 #include "nu/geometry/plane.h"
 
 // Least-squares plane. The plane through P0 with the unit normal n that minimises the sum of ((p - P0) . n)^2 passes

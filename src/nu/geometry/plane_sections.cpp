@@ -5,9 +5,9 @@
 #include "nu/curves/ellipse.h"
 #include "nu/curves/hyperbola.h"
 #include "nu/curves/parabola.h"
+#include "nu/engine/shapes/plane_section.h"
 #include "nu/foundation/internal/new_objects.h"
 #include "nu/geometry/internal/feature_data.h"
-#include "nu/geometry/internal/plane_section.h"
 #include "nu/geometry/internal/surface_data.h"
 
 using nu::internal::ChordAt;

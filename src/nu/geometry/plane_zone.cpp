@@ -1,7 +1,7 @@
+#include "nu/engine/minimax/slab3.h"
+#include "nu/engine/points/mean.h"
 #include "nu/foundation/int_array.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/mean.h"
-#include "nu/geometry/internal/slab3.h"
 #include "nu/geometry/plane.h"
 
 // Minimum-zone plane. Of all pairs of parallel planes with the points between them the two that are least apart rest on

@@ -3,23 +3,23 @@
 #include <utility>
 #include <vector>
 
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/base/sort.h"
+#include "nu/engine/hulls/hull2.h"
+#include "nu/engine/points/coincidence.h"
+#include "nu/engine/points/extents.h"
+#include "nu/engine/points/heights.h"
+#include "nu/engine/points/longest_edge.h"
+#include "nu/engine/points/mean.h"
+#include "nu/engine/points/shortest_edge.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/int_array.h"
-#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/foundation/internal/sort.h"
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/foundation/tolerances.h"
-#include "nu/geometry/internal/coincidence.h"
 #include "nu/geometry/internal/directions.h"
-#include "nu/geometry/internal/extents.h"
-#include "nu/geometry/internal/heights.h"
-#include "nu/geometry/internal/hull2.h"
-#include "nu/geometry/internal/longest_edge.h"
-#include "nu/geometry/internal/mean.h"
 #include "nu/geometry/internal/point_set.h"
-#include "nu/geometry/internal/shortest_edge.h"
 #include "nu/geometry/point_array.h"
 
 using nu::internal::Components;

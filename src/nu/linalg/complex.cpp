@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "nu/foundation/internal/elementary.h"
+#include "nu/engine/base/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/numeric_helpers.h"

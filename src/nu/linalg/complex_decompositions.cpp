@@ -3,15 +3,15 @@
 #include <new>
 #include <utility>
 
+#include "nu/engine/base/workspace.h"
+#include "nu/engine/linear/complex_product.h"
+#include "nu/engine/linear/complex_reflections.h"
+#include "nu/engine/linear/complex_rows.h"
+#include "nu/engine/linear/complex_schur.h"
+#include "nu/engine/linear/householder.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/linalg/complex_matrix.h"
 #include "nu/linalg/complex_vector.h"
-#include "nu/linalg/internal/complex_product.h"
-#include "nu/linalg/internal/complex_reflections.h"
-#include "nu/linalg/internal/complex_rows.h"
-#include "nu/linalg/internal/complex_schur.h"
-#include "nu/linalg/internal/householder.h"
-#include "nu/linalg/internal/workspace.h"
 
 using nu::internal::ComplexRotation;
 using nu::internal::ComplexRows;

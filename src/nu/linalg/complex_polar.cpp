@@ -1,7 +1,7 @@
 #include "nu/linalg/complex_polar.h"
 
+#include "nu/engine/base/elementary.h"
 #include "nu/foundation/constants.h"
-#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/linalg/complex.h"

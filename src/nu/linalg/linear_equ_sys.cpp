@@ -7,12 +7,12 @@
 #include <optional>
 #include <utility>
 
+#include "nu/engine/linear/lu.h"
+#include "nu/engine/linear/lu_singularity.h"
+#include "nu/engine/linear/nnls.h"
+#include "nu/engine/linear/svd.h"
+#include "nu/engine/linear/tall_qr.h"
 #include "nu/foundation/internal/failures.h"
-#include "nu/linalg/internal/lu.h"
-#include "nu/linalg/internal/lu_singularity.h"
-#include "nu/linalg/internal/nnls.h"
-#include "nu/linalg/internal/svd.h"
-#include "nu/linalg/internal/tall_qr.h"
 #include "nu/linalg/matrix.h"
 
 using nu::internal::FailOperation;

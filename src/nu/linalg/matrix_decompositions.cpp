@@ -6,18 +6,18 @@
 #include <new>
 #include <utility>
 
+#include "nu/engine/base/workspace.h"
+#include "nu/engine/linear/eigen_general.h"
+#include "nu/engine/linear/eigen_symmetric.h"
+#include "nu/engine/linear/householder.h"
+#include "nu/engine/linear/lu.h"
+#include "nu/engine/linear/lu_singularity.h"
+#include "nu/engine/linear/matmul.h"
+#include "nu/engine/linear/svd.h"
 #include "nu/foundation/int_array.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/tolerances.h"
-#include "nu/linalg/internal/eigen_general.h"
-#include "nu/linalg/internal/eigen_symmetric.h"
-#include "nu/linalg/internal/householder.h"
-#include "nu/linalg/internal/lu.h"
-#include "nu/linalg/internal/lu_singularity.h"
-#include "nu/linalg/internal/matmul.h"
-#include "nu/linalg/internal/svd.h"
-#include "nu/linalg/internal/workspace.h"
 #include "nu/linalg/matrix.h"
 #include "nu/linalg/vector.h"
 

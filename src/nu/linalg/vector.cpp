@@ -6,12 +6,12 @@
 #include <new>
 #include <utility>
 
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/base/sort.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/int_array.h"
-#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/foundation/internal/sort.h"
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/geometry/point.h"
 #include "nu/linalg/matrix.h"

@@ -6,13 +6,13 @@
 #include <new>
 #include <utility>
 
+#include "nu/engine/base/sort.h"
+#include "nu/engine/base/workspace.h"
+#include "nu/engine/roots/polynomial_roots.h"
 #include "nu/foundation/double_array.h"
 #include "nu/foundation/internal/failures.h"
-#include "nu/foundation/internal/sort.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/linalg/complex_array.h"
-#include "nu/linalg/internal/workspace.h"
-#include "nu/numerics/internal/polynomial_roots.h"
 #include "nu/numerics/polynomial.h"
 
 using nu::internal::Coefficients;

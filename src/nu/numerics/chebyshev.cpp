@@ -5,11 +5,11 @@
 #include <cmath>
 #include <utility>
 
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/roots/chebyshev_series.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/double_array.h"
-#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
-#include "nu/numerics/internal/chebyshev_series.h"
 
 // The fit interpolates f at the N = n + 11 zeros of T_N, where the cosines are orthogonal:
 //

@@ -1,6 +1,6 @@
 #include "nu/numerics/integral.h"
 
-#include "nu/numerics/internal/cubature.h"
+#include "nu/engine/quadrature/cubature.h"
 #include "nu/numerics/internal/integration_outcome.h"
 
 namespace {

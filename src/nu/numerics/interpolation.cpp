@@ -5,12 +5,12 @@
 #include <new>
 #include <utility>
 
+#include "nu/engine/quadrature/cubic_hermite.h"
+#include "nu/engine/quadrature/lagrange.h"
+#include "nu/engine/quadrature/natural_spline.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/numerics/internal/cubic_hermite.h"
 #include "nu/numerics/internal/interpolation_guards.h"
-#include "nu/numerics/internal/lagrange.h"
-#include "nu/numerics/internal/natural_spline.h"
 
 using nu::internal::Locate;
 using nu::internal::Place;

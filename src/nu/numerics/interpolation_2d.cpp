@@ -4,10 +4,10 @@
 #include <new>
 #include <utility>
 
+#include "nu/engine/quadrature/cubic_hermite.h"
+#include "nu/engine/quadrature/natural_spline.h"
 #include "nu/foundation/internal/failures.h"
-#include "nu/numerics/internal/cubic_hermite.h"
 #include "nu/numerics/internal/interpolation_guards.h"
-#include "nu/numerics/internal/natural_spline.h"
 
 // Four families of natural splines give the derivatives at the nodes: of z along x and along y, and of the derivatives
 // by x along y. Within a cell the spline is then the bicubic Hermite polynomial: cubic along y on both sides of the

@@ -1,10 +1,10 @@
 #include <cmath>
 #include <new>
 
+#include "nu/engine/roots/polynomial_least_squares.h"
 #include "nu/foundation/double_array.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/numerics/internal/polynomial_least_squares.h"
 #include "nu/numerics/polynomial.h"
 
 // Least squares over the powers 1, x, ..., x^n with the singular value decomposition (Golub and Reinsch, Numerische

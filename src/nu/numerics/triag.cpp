@@ -2,11 +2,11 @@
 
 #include <cmath>
 
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/roots/trig_sum.h"
 #include "nu/foundation/constants.h"
-#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/numerics/internal/trig_sum.h"
 
 using nu::internal::RequireDivisor;
 using nu::internal::RequireFactor;

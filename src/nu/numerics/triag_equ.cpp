@@ -5,9 +5,9 @@
 #include <utility>
 #include <vector>
 
+#include "nu/engine/roots/trig_roots.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/failures.h"
-#include "nu/numerics/internal/trig_roots.h"
 #include "nu/numerics/triag.h"
 #include "nu/numerics/triag_polynomial.h"
 

@@ -5,9 +5,9 @@
 #include <cmath>
 #include <utility>
 
+#include "nu/engine/roots/trig_sum.h"
 #include "nu/foundation/internal/array_rules.h"
 #include "nu/foundation/internal/failures.h"
-#include "nu/numerics/internal/trig_sum.h"
 #include "nu/numerics/triag.h"
 
 using nu::internal::FailOperation;

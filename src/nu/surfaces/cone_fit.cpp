@@ -2,14 +2,14 @@
 #include <cmath>
 #include <vector>
 
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/least_squares/cone_start.h"
+#include "nu/engine/least_squares/sampled_start.h"
+#include "nu/engine/points/alignment.h"
+#include "nu/engine/shapes/axis_direction.h"
+#include "nu/engine/shapes/far_point.h"
 #include "nu/foundation/constants.h"
-#include "nu/foundation/internal/elementary.h"
-#include "nu/geometry/internal/alignment.h"
 #include "nu/surfaces/cone.h"
-#include "nu/surfaces/internal/axis_direction.h"
-#include "nu/surfaces/internal/cone_start.h"
-#include "nu/surfaces/internal/far_point.h"
-#include "nu/surfaces/internal/sampled_start.h"
 #include "nu/surfaces/internal/surface_fits.h"
 
 // Least-squares cone. Apex, axis and semi-angle a minimise the sum of squares of d cos a - h sin a, where d is the

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "nu/foundation/internal/elementary.h"
+#include "nu/engine/base/elementary.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/internal/surface_data.h"

@@ -1,17 +1,17 @@
-#include "nu/surfaces/internal/cone_minimax.h"
+#include "nu/engine/minimax/cone_minimax.h"
 
 #include <cmath>
 
-#include "nu/foundation/internal/elementary.h"
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/minimax/round_minimax.h"
+#include "nu/engine/points/alignment.h"
+#include "nu/engine/points/mean.h"
+#include "nu/engine/shapes/far_point.h"
 #include "nu/foundation/internal/failures.h"
-#include "nu/geometry/internal/alignment.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/mean.h"
-#include "nu/geometry/internal/round_minimax.h"
 #include "nu/surfaces/cone.h"
-#include "nu/surfaces/internal/far_point.h"
 
-// Minimum-zone cone; the problem behind it is that of nu/surfaces/internal/cone_minimax.h.
+// Minimum-zone cone; the problem behind it is that of nu/engine/minimax/cone_minimax.h.
 
 using nu::internal::Components;
 using nu::internal::Cone3;

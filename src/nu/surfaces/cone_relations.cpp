@@ -1,7 +1,7 @@
 // Cones against lines and planes, and the cone as a quadric.
 
+#include "nu/engine/base/elementary.h"
 #include "nu/foundation/constants.h"
-#include "nu/foundation/internal/elementary.h"
 #include "nu/geometry/line.h"
 #include "nu/geometry/plane.h"
 #include "nu/linalg/matrix.h"

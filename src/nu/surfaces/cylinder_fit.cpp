@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "nu/geometry/internal/alignment.h"
-#include "nu/geometry/internal/small_cholesky.h"
+#include "nu/engine/least_squares/cylinder_start.h"
+#include "nu/engine/least_squares/sampled_start.h"
+#include "nu/engine/linear/small_cholesky.h"
+#include "nu/engine/points/alignment.h"
+#include "nu/engine/shapes/axis_direction.h"
 #include "nu/surfaces/cylinder.h"
-#include "nu/surfaces/internal/axis_direction.h"
-#include "nu/surfaces/internal/cylinder_start.h"
-#include "nu/surfaces/internal/sampled_start.h"
 #include "nu/surfaces/internal/surface_fits.h"
 
 // Least-squares cylinder. The axis and the radius r minimise the sum of (distance from the axis - r)^2: a start from a

@@ -1,18 +1,18 @@
-#include "nu/surfaces/internal/cylinder_minimax.h"
+#include "nu/engine/minimax/cylinder_minimax.h"
 
 #include <algorithm>
 #include <cmath>
 
 #include "nu/curves/circle.h"
-#include "nu/geometry/internal/alignment.h"
+#include "nu/engine/minimax/round_minimax.h"
+#include "nu/engine/points/alignment.h"
+#include "nu/engine/points/mean.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/mean.h"
 #include "nu/geometry/internal/point_order.h"
-#include "nu/geometry/internal/round_minimax.h"
 #include "nu/geometry/line.h"
 #include "nu/surfaces/cylinder.h"
 
-// Minimax cylinders; the problems behind them are those of nu/surfaces/internal/cylinder_minimax.h.
+// Minimax cylinders; the problems behind them are those of nu/engine/minimax/cylinder_minimax.h.
 
 using nu::internal::Components;
 using nu::internal::Cylinder3;

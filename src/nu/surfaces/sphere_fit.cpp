@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "nu/geometry/internal/alignment.h"
-#include "nu/geometry/internal/round_least_squares.h"
+#include "nu/engine/least_squares/round_least_squares.h"
+#include "nu/engine/points/alignment.h"
 #include "nu/surfaces/internal/surface_fits.h"
 #include "nu/surfaces/sphere.h"
 

@@ -2,13 +2,13 @@
 #include <cmath>
 
 #include "nu/curves/circle.h"
-#include "nu/foundation/internal/elementary.h"
-#include "nu/geometry/internal/alignment.h"
-#include "nu/geometry/internal/empty_ball.h"
-#include "nu/geometry/internal/enclosing_ball.h"
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/minimax/empty_ball.h"
+#include "nu/engine/minimax/enclosing_ball.h"
+#include "nu/engine/minimax/spherical_shell.h"
+#include "nu/engine/points/alignment.h"
+#include "nu/engine/points/mean.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/mean.h"
-#include "nu/geometry/internal/spherical_shell.h"
 #include "nu/geometry/line.h"
 #include "nu/surfaces/sphere.h"
 

@@ -8,7 +8,7 @@
 #include <memory>
 #include <utility>
 
-#include "nu/foundation/internal/elementary.h"
+#include "nu/engine/base/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/new_objects.h"
 #include "nu/foundation/object_array.h"

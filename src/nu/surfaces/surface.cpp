@@ -1,12 +1,12 @@
 #include "nu/surfaces/surface.h"
 
+#include "nu/engine/least_squares/quadric_axes.h"
+#include "nu/engine/points/point_sample.h"
+#include "nu/engine/shapes/axis_direction.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/internal/point_set.h"
-#include "nu/surfaces/internal/axis_direction.h"
-#include "nu/surfaces/internal/point_sample.h"
-#include "nu/surfaces/internal/quadric_axes.h"
 
 using nu::internal::Components;
 using nu::internal::FailOperation;

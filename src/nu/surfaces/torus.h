@@ -25,7 +25,7 @@ class NU_EXPORT CNuTorSurf : public CNuSurface {
   void GetData(double* majorRadius, double* minorRadius, CNuPoint* centre, CNuVector* axisDirection) const;
 
   // Minimum torus: the thinnest tube around a circle that holds all points (a minimax problem, solved as described in
-  // nu/geometry/internal/minimax.h). Its minor radius is 0 for three points, and may exceed the major one for points
+  // nu/engine/minimax/minimax.h). Its minor radius is 0 for three points, and may exceed the major one for points
   // that fill a ball. It is a local optimum to rounding; where the shape of the points leaves doubt it is the best of
   // those reached from sixteen different circles and lines, whatever the order of the points. The direction of the axis
   // has its component of largest magnitude positive.

@@ -1,10 +1,10 @@
 #include <cmath>
 
+#include "nu/engine/minimax/smallest_tube.h"
+#include "nu/engine/shapes/axis_direction.h"
 #include "nu/foundation/int_array.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/point_order.h"
-#include "nu/surfaces/internal/axis_direction.h"
-#include "nu/surfaces/internal/smallest_tube.h"
 #include "nu/surfaces/torus.h"
 
 // Minimum torus: the circle in space whose largest distance to a point is the least.

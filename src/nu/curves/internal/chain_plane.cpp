@@ -1,9 +1,9 @@
 #include "nu/curves/internal/chain_plane.h"
 
 #include "nu/curves/internal/curve_pieces.h"
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/points/principal_direction.h"
 #include "nu/foundation/constants.h"
-#include "nu/foundation/internal/elementary.h"
-#include "nu/geometry/internal/principal_direction.h"
 
 namespace nu::internal {
 

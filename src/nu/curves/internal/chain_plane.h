@@ -1,7 +1,7 @@
 #ifndef NU_CURVES_INTERNAL_CHAIN_PLANE_H
 #define NU_CURVES_INTERNAL_CHAIN_PLANE_H
 
-#include "nu/curves/internal/piece_chain.h"
+#include "nu/engine/chains/piece_chain.h"
 
 namespace nu::internal {
 

@@ -5,9 +5,9 @@
 
 #include "nu/curves/ellipse.h"
 #include "nu/curves/hyperbola.h"
-#include "nu/curves/internal/conics.h"
 #include "nu/curves/internal/sampling.h"
 #include "nu/curves/parabola.h"
+#include "nu/engine/shapes/conics.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/point_array.h"

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "nu/curves/internal/carrier_plane.h"
-#include "nu/curves/internal/conic_least_squares.h"
-#include "nu/curves/internal/conic_start.h"
+#include "nu/engine/least_squares/conic_least_squares.h"
+#include "nu/engine/least_squares/conic_start.h"
 
 namespace nu::internal {
 namespace {

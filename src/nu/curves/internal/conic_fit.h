@@ -1,10 +1,10 @@
 #ifndef NU_CURVES_INTERNAL_CONIC_FIT_H
 #define NU_CURVES_INTERNAL_CONIC_FIT_H
 
-#include "nu/curves/internal/conics.h"
+#include "nu/engine/points/form_statistics.h"
+#include "nu/engine/shapes/conics.h"
 #include "nu/geometry/geometry.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/form_statistics.h"
 
 // The fit of a conic from checked points to its place in space. `name` is the class of the conic.
 namespace nu::internal {

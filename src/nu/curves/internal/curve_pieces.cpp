@@ -5,10 +5,10 @@
 #include "nu/curves/internal/placement.h"
 #include "nu/curves/line_segment.h"
 #include "nu/curves/polyline.h"
+#include "nu/engine/shapes/incidence.h"
 #include "nu/foundation/internal/downcast.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/incidence.h"
 
 namespace nu::internal {
 

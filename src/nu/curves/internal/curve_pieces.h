@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "nu/curves/bounded_curve.h"
-#include "nu/curves/internal/piece_chain.h"
+#include "nu/engine/chains/piece_chain.h"
 #include "nu/foundation/object_array.h"
 
 namespace nu::internal {

@@ -9,13 +9,13 @@
 #include <cmath>
 
 #include "nu/curves/internal/chain_plane.h"
-#include "nu/curves/internal/offset_chain2.h"
-#include "nu/curves/internal/offset_polygon2.h"
 #include "nu/curves/internal/plane_axes.h"
-#include "nu/curves/internal/self_contact.h"
+#include "nu/engine/chains/offset_chain2.h"
+#include "nu/engine/chains/offset_polygon2.h"
+#include "nu/engine/chains/self_contact.h"
+#include "nu/engine/points/extents.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/tolerances.h"
-#include "nu/geometry/internal/extents.h"
 
 namespace nu::internal {
 

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "nu/curves/internal/piece_chain.h"
+#include "nu/engine/chains/piece_chain.h"
 
 namespace nu::internal {
 

@@ -1,9 +1,9 @@
 #ifndef NU_CURVES_INTERNAL_PLANE_AXES_H
 #define NU_CURVES_INTERNAL_PLANE_AXES_H
 
+#include "nu/engine/shapes/incidence.h"
+#include "nu/engine/shapes/vec2.h"
 #include "nu/geometry/internal/directions.h"
-#include "nu/geometry/internal/incidence.h"
-#include "nu/geometry/internal/vec2.h"
 
 namespace nu::internal {
 

@@ -4,12 +4,12 @@
 #include <cmath>
 #include <limits>
 
-#include "nu/curves/internal/sinusoid_least_squares.h"
-#include "nu/curves/internal/sinusoid_scan.h"
+#include "nu/engine/base/double_double.h"
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/base/sort.h"
+#include "nu/engine/least_squares/sinusoid_least_squares.h"
+#include "nu/engine/least_squares/sinusoid_scan.h"
 #include "nu/foundation/constants.h"
-#include "nu/foundation/internal/double_double.h"
-#include "nu/foundation/internal/elementary.h"
-#include "nu/foundation/internal/sort.h"
 #include "nu/geometry/internal/fit_guards.h"
 
 namespace nu::internal {

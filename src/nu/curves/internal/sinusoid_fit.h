@@ -1,8 +1,8 @@
 #ifndef NU_CURVES_INTERNAL_SINUSOID_FIT_H
 #define NU_CURVES_INTERNAL_SINUSOID_FIT_H
 
+#include "nu/engine/points/form_statistics.h"
 #include "nu/fwd.h"
-#include "nu/geometry/internal/form_statistics.h"
 
 // What the sine and the cosine curve share. `name` is the class.
 namespace nu::internal {

@@ -4,11 +4,11 @@
 #include <cfloat>
 #include <limits>
 
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/shapes/vec3.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/exceptions.h"
-#include "nu/foundation/internal/elementary.h"
 #include "nu/foundation/tolerances.h"
-#include "nu/geometry/internal/vec3.h"
 #include "nu/geometry/point.h"
 #include "nu/linalg/vector.h"
 

@@ -2,10 +2,10 @@
 #define NU_GEOMETRY_INTERNAL_FEATURE_DATA_H
 
 #include "nu/curves/circle.h"
+#include "nu/engine/shapes/incidence.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
-#include "nu/geometry/internal/incidence.h"
 #include "nu/geometry/line.h"
 #include "nu/geometry/plane.h"
 

@@ -1,14 +1,14 @@
 #ifndef NU_GEOMETRY_INTERNAL_FIT_GUARDS_H
 #define NU_GEOMETRY_INTERNAL_FIT_GUARDS_H
 
+#include "nu/engine/points/extents.h"
+#include "nu/engine/points/form_statistics.h"
+#include "nu/engine/points/point_blocks.h"
 #include "nu/foundation/exceptions.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/fit_result.h"
 #include "nu/geometry/internal/directions.h"
-#include "nu/geometry/internal/extents.h"
-#include "nu/geometry/internal/form_statistics.h"
-#include "nu/geometry/internal/point_blocks.h"
 #include "nu/geometry/internal/point_set.h"
 
 // What the fits of all features share: their checks, the translation of foreign exceptions, and the twins that do not

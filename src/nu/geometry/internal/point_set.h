@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "nu/geometry/internal/point_view.h"
+#include "nu/engine/points/point_view.h"
 #include "nu/geometry/point_array.h"
 
 namespace nu::internal {

@@ -1,8 +1,8 @@
 #ifndef NU_GEOMETRY_INTERNAL_SURFACE_DATA_H
 #define NU_GEOMETRY_INTERNAL_SURFACE_DATA_H
 
+#include "nu/engine/shapes/double_cone.h"
 #include "nu/geometry/internal/directions.h"
-#include "nu/geometry/internal/double_cone.h"
 #include "nu/surfaces/cone.h"
 #include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/sphere.h"

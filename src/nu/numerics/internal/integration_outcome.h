@@ -1,8 +1,8 @@
 #ifndef NU_NUMERICS_INTERNAL_INTEGRATION_OUTCOME_H
 #define NU_NUMERICS_INTERNAL_INTEGRATION_OUTCOME_H
 
+#include "nu/engine/quadrature/quadrature.h"
 #include "nu/foundation/internal/failures.h"
-#include "nu/numerics/internal/quadrature.h"
 
 namespace nu::internal {
 

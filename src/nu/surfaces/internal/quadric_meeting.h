@@ -3,13 +3,13 @@
 
 #include <cfloat>
 
+#include "nu/engine/shapes/axis_frame.h"
+#include "nu/engine/shapes/quadric_branches.h"
 #include "nu/foundation/internal/new_objects.h"
 #include "nu/foundation/interval.h"
 #include "nu/foundation/tolerances.h"
-#include "nu/geometry/internal/axis_frame.h"
 #include "nu/linalg/matrix.h"
 #include "nu/numerics/triag_polynomial.h"
-#include "nu/surfaces/internal/quadric_branches.h"
 
 // What the intersections of cylinders, cones and spheres share. Only their sources include this.
 namespace nu::internal {

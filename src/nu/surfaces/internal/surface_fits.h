@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
+#include "nu/engine/points/form_statistics.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/form_statistics.h"
 
 // What the fits of several surfaces share. `name` is the class of the feature.
 namespace nu::internal {

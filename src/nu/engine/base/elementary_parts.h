@@ -1,0 +1,60 @@
+#ifndef NU_ENGINE_BASE_ELEMENTARY_PARTS_H
+#define NU_ENGINE_BASE_ELEMENTARY_PARTS_H
+
+#include <cstdint>
+#include <limits>
+
+#include "nu/engine/base/bits.h"
+#include "nu/engine/base/error_free.h"
+
+// What the elementary functions share. Each evaluates its result as a sum of two doubles: a leading one that is exact
+// or nearly so, and a correction at least some seven binary places smaller, whose rounding errors then hardly count.
+namespace nu::internal {
+
+inline double SumOf(const DoubleDouble& value) {
+  return value.high + value.low;
+}
+
+// 2^exponent of a normal number.
+inline double PowerOfTwoAt(std::int64_t exponent) {
+  return FromBits(static_cast<std::uint64_t>(exponent + 1023) << 52);
+}
+
+// The leading 26 digits: their square is exact.
+inline double UpperDigits(double x) {
+  return FromBits(BitsOf(x) & ~((std::uint64_t{1} << 27) - 1));
+}
+
+struct NearestMultiple {
+  double value;
+  std::int64_t count;
+};
+// The multiple of 2^-places next to x, ties to even: the addition rounds there. For |x| below 2^(51 - places).
+template<int places>
+inline NearestMultiple RoundToMultiple(double x) {
+  constexpr double kShift =
+      6755399441055744.0 / static_cast<double>(std::int64_t{1} << places);  // 1.5 * 2^(52 - places)
+  const double shifted = x + kShift;
+  return {shifted - kShift, static_cast<std::int64_t>(BitsOf(shifted) - BitsOf(kShift))};
+}
+
+// (x.high + x.low) 2^exponent, x.high positive, the exponent from -1080 to 0. Below the normal numbers it
+// is the addition of a power of two whose last digit is the smallest double that rounds.
+inline double RoundOnceBelow(const DoubleDouble& x, int exponent) {
+  const double shift = PowerOfTwoAt(52 - 1074 - exponent);
+  double sum = x.high + x.low;
+  if (sum < shift) {
+    const DoubleDouble shifted = FastTwoSum(shift, x.high);
+    sum = (shifted.high + (shifted.low + x.low)) - shift;
+  }
+  return sum * 0x1p-500 * PowerOfTwoAt(exponent + 500);
+}
+
+// The result outside the domain, and for a NaN.
+inline double Undefined(double x) {
+  return x + std::numeric_limits<double>::quiet_NaN();
+}
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,45 @@
+#ifndef NU_ENGINE_BASE_WORKSPACE_H
+#define NU_ENGINE_BASE_WORKSPACE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+namespace nu::internal {
+
+// Scratch doubles, not initialised: on the stack while there are few of them, one heap block beyond. The matrices of
+// metrology have up to ten rows, and for those an allocation costs more than the arithmetic.
+template<int kInline>
+class Workspace {
+ public:
+  explicit Workspace(std::size_t count)
+      : m_heap(count > kInline ? new double[count + kLine] : nullptr),
+        m_data(m_heap ? FirstOfLine(m_heap.get()) : m_inline) {}
+  Workspace(const Workspace&) = delete;
+  Workspace& operator=(const Workspace&) = delete;
+
+  double* Data() { return m_data; }
+  // Hands out the next `count` doubles of the block.
+  double* Take(std::size_t count) {
+    double* part = m_data + m_taken;
+    m_taken += count;
+    return part;
+  }
+
+ private:
+  // A cache line: padded rows then never straddle two.
+  static constexpr std::size_t kLine = 64 / sizeof(double);
+  static double* FirstOfLine(double* block) {
+    const std::size_t past = reinterpret_cast<std::uintptr_t>(block) / sizeof(double) % kLine;
+    return block + (kLine - past) % kLine;
+  }
+
+  std::unique_ptr<double[]> m_heap;
+  double* m_data;
+  std::size_t m_taken = 0;
+  alignas(64) double m_inline[kInline];
+};
+
+}  // namespace nu::internal
+
+#endif

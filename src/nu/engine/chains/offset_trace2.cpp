@@ -1,0 +1,305 @@
+#include "nu/engine/chains/offset_trace2.h"
+
+#include <algorithm>
+
+#include "nu/engine/base/elementary.h"
+#include "nu/foundation/constants.h"
+
+namespace nu::internal {
+
+namespace {
+
+std::size_t Index(int i) {
+  return static_cast<std::size_t>(i);
+}
+
+// Of what is between a piece, the origin and the ways there.
+double AreaOf(const Piece2& piece) {
+  const double area = 0.5 * Cross(piece.start, piece.end);
+  if (piece.curvature == 0.0) return area;
+  const double turn = piece.curvature * piece.length;
+  return area + 0.5 * (turn - Sin(turn)) / (piece.curvature * piece.curvature);
+}
+
+}  // namespace
+
+Trace::Trace(const RawOffset& raw, const std::vector<int>& group, const std::vector<TraceEdge>& edges)
+    : m_raw(raw),
+      m_edges(edges),
+      m_out(group.size()),
+      m_in(group.size()),
+      m_isEnd(group.size(), 0),
+      m_isGone(edges.size(), 0),
+      m_next(edges.size(), -1),
+      m_previous(edges.size(), -1),
+      m_isPassed(group.size(), 0) {
+  for (int e = 0; e < static_cast<int>(edges.size()); ++e) {
+    const std::vector<int>& out = m_out[Index(edges[Index(e)].start)];
+    m_isGone[Index(e)] = std::any_of(out.begin(), out.end(), [&](int other) { return IsSame(e, other); }) ? 1 : 0;
+    if (m_isGone[Index(e)]) continue;
+    m_out[Index(edges[Index(e)].start)].push_back(e);
+    m_in[Index(edges[Index(e)].end)].push_back(e);
+  }
+}
+
+// Offsets of different pieces can run along each other; two edges from one node are the same then.
+bool Trace::IsSame(int e, int other) const {
+  constexpr double kApart = 1e-11;
+  if (m_edges[Index(e)].end != m_edges[Index(other)].end) return false;
+  const Piece2 first = Away(e, false);
+  const Piece2 second = Away(other, false);
+  return std::fabs(first.length - second.length) <= kApart &&
+         Norm(first.At(0.5 * first.length) - second.At(0.5 * second.length)) <= kApart;
+}
+
+// What leads nowhere, or comes from nowhere, is no part of a curve: roundings leave such stubs.
+void Trace::Prune() {
+  std::vector<int> nodes;
+  for (int node = 0; node < static_cast<int>(m_out.size()); ++node) nodes.push_back(node);
+  while (!nodes.empty()) {
+    const int node = nodes.back();
+    nodes.pop_back();
+    if (!m_isEnd[Index(node)]) DropWithout(node, nodes);
+  }
+}
+
+void Trace::DropWithout(int node, std::vector<int>& open) {
+  const auto isLeft = [&](int e) { return !m_isGone[Index(e)]; };
+  const std::vector<int>& in = m_in[Index(node)];
+  const std::vector<int>& out = m_out[Index(node)];
+  const bool comes = std::any_of(in.begin(), in.end(), isLeft);
+  const bool goes = std::any_of(out.begin(), out.end(), isLeft);
+  if (comes == goes) return;
+  for (const int e : comes ? in : out) {
+    if (!isLeft(e)) continue;
+    m_isGone[Index(e)] = 1;
+    open.push_back(comes ? m_edges[Index(e)].start : m_edges[Index(e)].end);
+  }
+}
+
+// The part of an edge's piece, run away from the node where the edge ends or starts.
+Piece2 Trace::Away(int e, bool isIn) const {
+  const TraceEdge& edge = m_edges[Index(e)];
+  const Piece2 part = m_raw.pieces[Index(edge.piece)].Part(edge.from, edge.to);
+  return isIn ? part.Reversed() : part;
+}
+
+// Whether two rays of about one direction stand in the wrong order: they touch, and halfway along the shorter one tells
+// on which side the second one leaves. Of those that never do, the one that goes comes first.
+bool Trace::IsSwapped(const Ray& first, const Ray& second) const {
+  constexpr double kTouching = 1e-6;  // radians
+  constexpr double kApart = 1e-11;
+  if (std::fabs(std::remainder(second.angle - first.angle, Nu_2PI)) > kTouching) return false;
+  const Piece2 a = Away(first.edge, first.isIn);
+  const Piece2 b = Away(second.edge, second.isIn);
+  const double height = a.HeightOf(b.At(0.5 * std::min(a.length, b.length)));
+  return std::fabs(height) > kApart ? height < 0.0 : first.isIn && !second.isIn;
+}
+
+std::vector<Trace::Ray> Trace::RaysAt(int node) const {
+  std::vector<Ray> rays;
+  const auto add = [&](const std::vector<int>& edges, bool isIn) {
+    for (const int e : edges) {
+      if (m_isGone[Index(e)]) continue;
+      const Vec2 direction = Away(e, isIn).direction;
+      rays.push_back({Atan2(direction.y, direction.x), e, isIn});
+    }
+  };
+  add(m_in[Index(node)], true);
+  add(m_out[Index(node)], false);
+  return rays;
+}
+
+// The free side is to the right. From an edge that comes in, counter-clockwise, the next one that goes out goes on with
+// it, and takes those in between out of account, as brackets do: curves may touch at a node but do not cross there.
+void Trace::MatchAt(int node) {
+  std::vector<Ray> rays = RaysAt(node);
+  if (rays.size() > 2) {
+    std::stable_sort(rays.begin(), rays.end(), [](const Ray& a, const Ray& b) { return a.angle < b.angle; });
+    for (std::size_t i = 0; i < rays.size(); ++i) {
+      Ray& next = rays[(i + 1) % rays.size()];
+      if (IsSwapped(rays[i], next)) std::swap(rays[i], next);
+    }
+  }
+  std::vector<int> open;
+  for (std::size_t i = 0; i < 2 * rays.size(); ++i) {
+    const Ray& ray = rays[i % rays.size()];
+    if (ray.isIn) {
+      if (i < rays.size()) open.push_back(ray.edge);
+    } else if (!open.empty() && m_previous[Index(ray.edge)] < 0) {
+      m_previous[Index(ray.edge)] = open.back();
+      m_next[Index(open.back())] = ray.edge;
+      open.pop_back();
+    }
+  }
+}
+
+void Trace::Match() {
+  for (int node = 0; node < static_cast<int>(m_out.size()); ++node) MatchAt(node);
+}
+
+// Where crossings of several pieces are closer together than the tolerance tells them apart, ways between two nodes
+// that are the same within it remain, and the angles at their ends can choose different ones: the curve then runs into
+// an end of one and goes on from the start of another. Of the edges that go out from such a start, the one from which
+// the end is reached first is left out, so that the others go on.
+bool Trace::MendAt(int open) {
+  constexpr int kMaxSteps = 1000;  // of ways around a few crossings
+  const int node = m_edges[Index(open)].start;
+  std::vector<int> starts{open};
+  for (const int e : m_out[Index(node)]) {
+    if (!m_isGone[Index(e)] && m_previous[Index(e)] >= 0) starts.push_back(e);
+  }
+  std::vector<int> heads = starts;
+  for (int step = 0; step < kMaxSteps; ++step) {
+    for (std::size_t k = 0; k < heads.size(); ++k) {
+      const int next = m_next[Index(heads[k])];
+      if (next < 0 && !m_isEnd[Index(m_edges[Index(heads[k])].end)]) {
+        const int before = m_previous[Index(starts[k])];
+        if (k == 0) return false;
+        m_previous[Index(starts[k])] = -1;
+        m_previous[Index(open)] = before;
+        m_next[Index(before)] = open;
+        return true;
+      }
+      if (next >= 0) heads[k] = next;
+    }
+  }
+  return false;
+}
+
+// What is mended first may still end at the next such place.
+void Trace::Mend() {
+  constexpr int kMaxPasses = 20;
+  bool goesOn = true;
+  for (int pass = 0; pass < kMaxPasses && goesOn; ++pass) {
+    goesOn = false;
+    for (int e = 0; e < static_cast<int>(m_edges.size()); ++e) {
+      if (IsOpen(e) && !m_isEnd[Index(m_edges[Index(e)].start)]) goesOn = MendAt(e) || goesOn;
+    }
+  }
+}
+
+bool Trace::IsOpen(int edge) const {
+  return !m_isGone[Index(edge)] && m_previous[Index(edge)] < 0;
+}
+
+// Until it comes back to its first edge, or does not go on.
+Trace::Path Trace::Walk(int first) {
+  Path path;
+  for (int edge = first; edge >= 0 && !m_isGone[Index(edge)]; edge = m_next[Index(edge)]) {
+    path.push_back(edge);
+    m_isGone[Index(edge)] = 1;
+  }
+  return path;
+}
+
+void Trace::MarkPassed(const Path& path) {
+  for (const int e : path) {
+    m_isPassed[Index(m_edges[Index(e)].start)] = 1;
+    m_isPassed[Index(m_edges[Index(e)].end)] = 1;
+  }
+}
+
+// From nodes of the curves by ways that were left out, against the sense of those unless they are run from the start.
+std::vector<char> Trace::NodesReached(bool fromStart) const {
+  constexpr int kMaxPasses = 20;
+  std::vector<char> reached = m_isPassed;
+  bool grows = true;
+  for (int pass = 0; pass < kMaxPasses && grows; ++pass) {
+    grows = false;
+    for (const Path& path : m_leftOut) {
+      if (!reached[Index(fromStart ? m_edges[Index(path.front())].start : m_edges[Index(path.back())].end)]) continue;
+      for (const int e : path) {
+        char& node = reached[Index(fromStart ? m_edges[Index(e)].end : m_edges[Index(e)].start)];
+        grows = grows || node == 0;
+        node = 1;
+      }
+    }
+  }
+  return reached;
+}
+
+bool Trace::IsTorn(double longest) const {
+  const std::vector<char> follows = NodesReached(true);
+  const std::vector<char> leads = NodesReached(false);
+  return std::any_of(m_leftOut.begin(), m_leftOut.end(), [&](const Path& path) {
+    const bool joins =
+        follows[Index(m_edges[Index(path.front())].start)] != 0 && leads[Index(m_edges[Index(path.back())].end)] != 0;
+    return !joins || LengthOf(path) > longest;
+  });
+}
+
+// Paths that have a start come first; what is left then is closed.
+std::vector<std::vector<Piece2>> Trace::Curves() {
+  Prune();
+  Match();
+  Mend();
+  std::vector<std::vector<Piece2>> curves;
+  TakeOpen(curves);
+  AddLoops(curves);
+  return curves;
+}
+
+void Trace::TakeOpen(std::vector<std::vector<Piece2>>& paths) {
+  for (int e = 0; e < static_cast<int>(m_edges.size()); ++e) {
+    if (!IsOpen(e)) continue;
+    const Path path = Walk(e);
+    const int start = m_edges[Index(e)].start;
+    const int end = m_edges[Index(path.back())].end;
+    if (m_isEnd[Index(start)] || m_isEnd[Index(end)]) {
+      MarkPassed(path);
+      paths.push_back(PiecesOf(path, false));
+    } else {
+      m_leftOut.push_back(path);
+    }
+  }
+}
+
+void Trace::AddLoops(std::vector<std::vector<Piece2>>& loops) {
+  constexpr double kLeastHeight = 1e-10;  // of a loop that is more than a way there and back, over its length
+  for (int e = 0; e < static_cast<int>(m_edges.size()); ++e) {
+    if (m_isGone[Index(e)]) continue;
+    const Path path = Walk(e);
+    MarkPassed(path);
+    if (std::fabs(AreaOf(path)) > kLeastHeight * LengthOf(path)) loops.push_back(PiecesOf(path, true));
+  }
+}
+
+double Trace::AreaOf(const Path& path) const {
+  double area = 0.0;
+  for (const int e : path) {
+    const TraceEdge& edge = m_edges[Index(e)];
+    area += nu::internal::AreaOf(m_raw.pieces[Index(edge.piece)].Part(edge.from, edge.to));
+  }
+  return area;
+}
+
+double Trace::LengthOf(const Path& path) const {
+  double length = 0.0;
+  for (const int e : path) length += m_edges[Index(e)].to - m_edges[Index(e)].from;
+  return length;
+}
+
+// Edges that go on along the same piece are one.
+std::vector<Piece2> Trace::PiecesOf(const Path& path, bool closed) const {
+  std::vector<TraceEdge> parts;
+  for (const int e : path) {
+    const TraceEdge& edge = m_edges[Index(e)];
+    const bool goesOn = !parts.empty() && parts.back().piece == edge.piece && parts.back().to == edge.from;
+    if (goesOn) {
+      parts.back().to = edge.to;
+    } else {
+      parts.push_back(edge);
+    }
+  }
+  if (closed && parts.size() > 1 && parts.back().piece == parts.front().piece &&
+      parts.back().to == parts.front().from) {
+    parts.front().from = parts.back().from;
+    parts.pop_back();
+  }
+  std::vector<Piece2> pieces;
+  for (const TraceEdge& part : parts) pieces.push_back(m_raw.pieces[Index(part.piece)].Part(part.from, part.to));
+  return pieces;
+}
+
+}  // namespace nu::internal

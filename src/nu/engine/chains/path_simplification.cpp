@@ -1,0 +1,344 @@
+#include "nu/engine/chains/path_simplification.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <numeric>
+
+#include "nu/engine/chains/block_tree.h"
+#include "nu/engine/points/extents.h"
+
+// The shortest path in the graph whose edges are the allowed shortcuts (H. Imai, M. Iri, Computational Morphology,
+// 1988), found in breadth: from the points reached with k edges, the latest first, those that k + 1 edges reach. Only
+// few of the edges are ever looked at.
+//
+// Points on the way from a point narrow the cone of directions that an edge from it may take (W. S. Chan, F. Chin, Int.
+// J. Computational Geometry & Applications 6, 1996): in the projections onto coordinate planes, a wedge. Each also
+// bounds from below how long the edge must be. What lies outside is passed over in whole blocks of consecutive points,
+// and nothing is left once a wedge is empty. Blocks that are passed over narrow the wedge by a few of their points.
+//
+// An edge that remains is tested against all points on its way, again in blocks: a block whose points are all close to
+// a segment of its own is, when the ends of that segment are close enough to the edge; and so is one whose corners, the
+// vertices of its convex hull, are.
+
+namespace nu::internal {
+namespace {
+
+// A block closer to the start than so many times its size is taken apart.
+constexpr std::size_t kNear = 4;
+
+// The wedges are wider than exact ones by this part of the size of the points: they only choose what is tested.
+constexpr double kWidening = 1e-12;
+
+// The bound for a block is trusted up to this part of that size.
+constexpr double kTrust = 16.0 * std::numeric_limits<double>::epsilon();
+
+// Tests edges between two of the points.
+class EdgeTest {
+ public:
+  EdgeTest(const std::vector<Vec3>& points, BlockTree& tree, double tolerance)
+      : m_points(points), m_tree(tree), m_tolerance(tolerance), m_squared(tolerance * tolerance) {}
+
+  // Whether no point between is farther than the tolerance. Otherwise Offender() is one that is.
+  bool Allows(std::size_t i, std::size_t j) {
+    m_edge = {m_points[i], m_points[j]};
+    for (const std::size_t k : m_offenders)
+      if (k > i && k < j && !Holds(k)) return false;
+    if (j - i > kLeafPoints && !Holds(i + (j - i) / 2)) return Remember();
+    const bool holds = m_tree.Walk(
+        i + 1, j, [&](std::size_t k) { return Holds(k); },
+        [&](std::size_t level, std::size_t index) { return HoldsBlock(level, index); });
+    return holds || Remember();
+  }
+  std::size_t Offender() const { return m_offender; }
+
+  // Whether none of the points of a block that starts at `begin` can be the end of an allowed edge from i, as far as
+  // is known: moving an end of an edge moves no point of it farther.
+  bool Refuses(std::size_t i, std::size_t begin, const Block& block) const {
+    const double far = m_tolerance + block.radius + kTrust;
+    return std::any_of(m_offenders.begin(), m_offenders.end(), [&](std::size_t k) {
+      return k > i && k < begin && SquaredDistance(m_points[k], m_points[i], block.centre) > far * far;
+    });
+  }
+
+ private:
+  // Points that spoilt an edge are likely to spoil the next one.
+  bool Remember() {
+    m_offenders[m_oldest] = m_offender;
+    m_oldest = (m_oldest + 1) % m_offenders.size();
+    return false;
+  }
+
+  double Distance(Vec3 p) const { return std::sqrt(SquaredDistance(p, m_edge.start, m_edge.end)); }
+
+  bool Holds(std::size_t k) {
+    if (SquaredDistance(m_points[k], m_edge.start, m_edge.end) <= m_squared) return true;
+    m_offender = k;
+    return false;
+  }
+
+  bool HoldsBlock(std::size_t level, std::size_t index) {
+    const Block& block = m_tree.At(level, index);
+    const double byCore = std::max(Distance(block.core.start), Distance(block.core.end)) + block.width;
+    if (byCore <= m_tolerance - kTrust || Distance(block.centre) + block.radius <= m_tolerance - kTrust) return true;
+    if (const std::vector<std::size_t>* corners = m_tree.CornersOf(level, index)) {
+      return std::all_of(corners->begin(), corners->end(), [&](std::size_t k) { return Holds(k); });
+    }
+    if (level > 0) return HoldsBlock(level - 1, 2 * index) && HoldsBlock(level - 1, 2 * index + 1);
+    for (std::size_t k = m_tree.Begin(0, index); k < m_tree.End(0, index); ++k)
+      if (!Holds(k)) return false;
+    return true;
+  }
+
+  const std::vector<Vec3>& m_points;
+  BlockTree& m_tree;
+  double m_tolerance;
+  double m_squared;
+  Edge3 m_edge;
+  std::size_t m_offender = 0;
+  std::array<std::size_t, 8> m_offenders{};
+  std::size_t m_oldest = 0;
+};
+
+// The directions, in a plane, of the rays from the origin that come within a tolerance of all points added.
+class Wedge {
+ public:
+  void Add(double x, double y, double tolerance) {
+    if (m_isBounded && Touches(m_low, x, y, tolerance) && Touches(m_high, x, y, tolerance)) return;
+    const double squared = x * x + y * y;
+    if (!(squared > tolerance * tolerance)) return;
+    const double across = tolerance / squared;
+    const double along = std::sqrt(squared - tolerance * tolerance) / squared;
+    const Direction low{x * along + y * across, y * along - x * across};
+    const Direction high{x * along - y * across, y * along + x * across};
+    if (!m_isBounded) {
+      *this = Wedge(low, high);
+      return;
+    }
+    const Wedge added(low, high);
+    const bool takesLow = Contains(low);
+    const bool takesHigh = Contains(high);
+    m_isEmpty = (!takesLow && !added.Contains(m_low)) || (!takesHigh && !added.Contains(m_high));
+    if (takesLow) m_low = low;
+    if (takesHigh) m_high = high;
+  }
+
+  bool IsEmpty() const { return m_isEmpty; }
+
+  // False only when no point of the disc is in one of the directions.
+  bool MayMeet(double x, double y, double radius) const {
+    return !m_isBounded || (m_low.x * y - m_low.y * x >= -radius && x * m_high.y - y * m_high.x >= -radius);
+  }
+
+  Wedge() = default;
+
+ private:
+  struct Direction {
+    double x = 0.0;
+    double y = 0.0;
+  };
+
+  Wedge(Direction low, Direction high) : m_low(low), m_high(high), m_isBounded(true) {}
+
+  static bool Touches(Direction d, double x, double y, double tolerance) {
+    return std::fabs(d.x * y - d.y * x) <= tolerance && d.x * x + d.y * y > 0.0;
+  }
+  bool Contains(Direction d) const { return MayMeet(d.x, d.y, 0.0); }
+
+  Direction m_low;
+  Direction m_high;
+  bool m_isBounded = false;
+  bool m_isEmpty = false;
+};
+
+// Where an edge from one point may lead.
+class Outlook {
+ public:
+  Outlook(Vec3 from, double tolerance, int planes) : m_from(from), m_tolerance(tolerance), m_planes(planes) {}
+
+  // False when nothing is left.
+  bool Add(Vec3 p) {
+    const Vec3 d = p - m_from;
+    m_reach = std::max(m_reach, Dot(d, d));
+    bool isOpen = true;
+    for (int k = 0; k < m_planes; ++k) {
+      m_wedge[k].Add(First(d, k), Second(d, k), m_tolerance);
+      isOpen = isOpen && !m_wedge[k].IsEmpty();
+    }
+    return isOpen;
+  }
+
+  bool MayHold(Vec3 centre, double radius) const {
+    const Vec3 d = centre - m_from;
+    const double far = std::sqrt(Dot(d, d)) + radius + m_tolerance;
+    if (far * far < m_reach) return false;
+    for (int k = 0; k < m_planes; ++k)
+      if (!m_wedge[k].MayMeet(First(d, k), Second(d, k), radius + kWidening)) return false;
+    return true;
+  }
+
+ private:
+  static double First(Vec3 d, int plane) { return plane == 1 ? d.z : d.x; }
+  static double Second(Vec3 d, int plane) { return plane == 2 ? d.z : d.y; }
+
+  Vec3 m_from;
+  double m_tolerance;
+  int m_planes;
+  double m_reach = 0.0;  // squared
+  std::array<Wedge, 3> m_wedge;
+};
+
+class Search {
+ public:
+  Search(const std::vector<Vec3>& points, double tolerance);
+
+  // The path to the last point, which is not the first one.
+  std::vector<std::size_t> Path();
+
+ private:
+  bool Reach(std::size_t from, std::size_t to);
+  void LookFrom(std::size_t i);
+  bool VisitPoint(std::size_t j, Outlook& outlook);
+  bool VisitBlock(std::size_t level, std::size_t index, Outlook& outlook);
+
+  const std::vector<Vec3>& m_points;
+  BlockTree m_tree;
+  EdgeTest m_test;
+  double m_tolerance;
+  int m_planes;
+  std::size_t m_from = 0;
+  std::vector<std::size_t> m_before;             // the point before it on the path; itself while it is not reached
+  std::vector<std::vector<std::size_t>> m_open;  // how many points of a block are not reached
+  std::vector<std::size_t> m_next;
+};
+
+Search::Search(const std::vector<Vec3>& points, double tolerance)
+    : m_points(points), m_tree(points), m_test(points, m_tree, tolerance), m_tolerance(tolerance + kWidening) {
+  double low = points[0].z;
+  double high = low;
+  for (const Vec3& p : points) {
+    low = std::min(low, p.z);
+    high = std::max(high, p.z);
+  }
+  m_planes = high - low <= tolerance ? 1 : 3;
+  m_before.resize(points.size());
+  for (std::size_t i = 0; i < points.size(); ++i) m_before[i] = i;
+  for (std::size_t level = 0; level < m_tree.Levels(); ++level) {
+    std::vector<std::size_t> open;
+    for (std::size_t k = 0; m_tree.Begin(level, k) < points.size(); ++k) {
+      open.push_back(m_tree.End(level, k) - m_tree.Begin(level, k));
+    }
+    m_open.push_back(std::move(open));
+  }
+}
+
+bool Search::Reach(std::size_t from, std::size_t to) {
+  if (!m_test.Allows(from, to)) return false;
+  m_before[to] = from;
+  m_next.push_back(to);
+  for (std::size_t level = 0; level < m_tree.Levels(); ++level) --m_open[level][to / (kLeafPoints << level)];
+  return true;
+}
+
+bool Search::VisitPoint(std::size_t j, Outlook& outlook) {
+  const bool isOpen = m_before[j] == j;
+  if (isOpen && outlook.MayHold(m_points[j], 0.0) && !Reach(m_from, j) && !outlook.Add(m_points[m_test.Offender()])) {
+    return false;
+  }
+  return outlook.Add(m_points[j]);
+}
+
+bool Search::VisitBlock(std::size_t level, std::size_t index, Outlook& outlook) {
+  const std::size_t begin = m_tree.Begin(level, index);
+  const std::size_t end = m_tree.End(level, index);
+  const Block& block = m_tree.At(level, index);
+  const auto isClosed = [&] {
+    return m_open[level][index] == 0 || !outlook.MayHold(block.centre, block.radius) ||
+           m_test.Refuses(m_from, begin, block);
+  };
+  if (begin - m_from >= kNear * (end - begin) && isClosed()) {
+    return outlook.Add(m_points[begin]) && outlook.Add(m_points[begin + (end - begin) / 2]) &&
+           outlook.Add(m_points[end - 1]);
+  }
+  if (level > 0) {
+    if (!VisitBlock(level - 1, 2 * index, outlook)) return false;
+    return m_tree.Begin(level - 1, 2 * index + 1) >= end || VisitBlock(level - 1, 2 * index + 1, outlook);
+  }
+  for (std::size_t j = begin; j < end; ++j)
+    if (!VisitPoint(j, outlook)) return false;
+  return true;
+}
+
+void Search::LookFrom(std::size_t i) {
+  m_from = i;
+  Outlook outlook(m_points[i], m_tolerance, m_planes);
+  m_tree.Walk(
+      i + 1, m_points.size(), [&](std::size_t j) { return VisitPoint(j, outlook); },
+      [&](std::size_t level, std::size_t index) { return VisitBlock(level, index, outlook); });
+}
+
+std::vector<std::size_t> Search::Path() {
+  const std::size_t last = m_points.size() - 1;
+  std::vector<std::size_t> frontier{0};
+  // The next point after one that is reached is always reached, so a round adds one at least.
+  while (m_before[last] == last && !frontier.empty()) {
+    m_next.clear();
+    for (const std::size_t i : frontier) {
+      if (Reach(i, last)) break;
+      LookFrom(i);
+    }
+    frontier.swap(m_next);
+    std::sort(frontier.begin(), frontier.end(), std::greater<>());
+  }
+  for (std::size_t i = last; i > 0 && m_before[i] == i; --i) m_before[i] = i - 1;
+  std::vector<std::size_t> path{last};
+  while (path.back() != 0) path.push_back(m_before[path.back()]);
+  std::reverse(path.begin(), path.end());
+  return path;
+}
+
+double LargestDistance(const std::vector<Vec3>& points, const std::vector<std::size_t>& kept) {
+  double largest = 0.0;
+  for (std::size_t e = 1; e < kept.size(); ++e) {
+    for (std::size_t k = kept[e - 1] + 1; k < kept[e]; ++k) {
+      largest = std::max(largest, SquaredDistance(points[k], points[kept[e - 1]], points[kept[e]]));
+    }
+  }
+  return std::sqrt(largest);
+}
+
+std::vector<std::size_t> KeptPoints(const std::vector<Vec3>& points, double tolerance) {
+  if (tolerance >= 0.0 && points.size() > 1) return Search(points, tolerance).Path();
+  std::vector<std::size_t> all(points.size());
+  std::iota(all.begin(), all.end(), std::size_t{0});
+  return all;
+}
+
+// Some consecutive points of the path; lengths are scaled so that their squares neither overflow nor vanish.
+void AddRun(std::vector<Vec3>& run, std::size_t begin, double tolerance, SimplifiedPath& path) {
+  const double scale = ScaleFor(ExtentsOf({&run[0].x, sizeof(Vec3), run.size()}).Side());
+  for (Vec3& p : run) p = scale * p;
+  const std::vector<std::size_t> kept = KeptPoints(run, scale * tolerance);
+  for (const std::size_t k : kept) path.kept.push_back(begin + k);
+  path.deviation = std::max(path.deviation, LargestDistance(run, kept) / scale);
+}
+
+}  // namespace
+
+SimplifiedPath SimplifyPath(const std::vector<Vec3>& points, double tolerance) {
+  SimplifiedPath path;
+  std::vector<Vec3> run;
+  for (std::size_t begin = 0; begin < points.size(); begin += run.size()) {
+    const bool isFinite = IsFinite(points[begin]);
+    std::size_t end = begin + 1;
+    while (isFinite && end < points.size() && IsFinite(points[end])) ++end;
+    run.assign(points.begin() + static_cast<std::ptrdiff_t>(begin), points.begin() + static_cast<std::ptrdiff_t>(end));
+    AddRun(run, begin, tolerance, path);
+    if (HasNaN(points[begin])) path.deviation = std::numeric_limits<double>::quiet_NaN();  // and stays
+  }
+  return path;
+}
+
+}  // namespace nu::internal

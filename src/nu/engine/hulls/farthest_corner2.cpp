@@ -1,0 +1,56 @@
+#include "nu/engine/hulls/farthest_corner2.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace nu::internal {
+
+FarthestCorner2::FarthestCorner2(const std::vector<Vec2>& corners) : m_corners(corners) {
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  while (m_leaves * kLeaf < corners.size()) m_leaves *= 2;
+  m_boxes.assign(2 * m_leaves, {{infinity, infinity}, {-infinity, -infinity}});
+  const auto cover = [](Box& box, const Box& other) {
+    box.least = {std::min(box.least.x, other.least.x), std::min(box.least.y, other.least.y)};
+    box.greatest = {std::max(box.greatest.x, other.greatest.x), std::max(box.greatest.y, other.greatest.y)};
+  };
+  for (std::size_t i = 0; i < corners.size(); ++i) cover(m_boxes[m_leaves + i / kLeaf], {corners[i], corners[i]});
+  for (std::size_t k = m_leaves - 1; k > 0; --k) {
+    cover(m_boxes[k], m_boxes[2 * k]);
+    cover(m_boxes[k], m_boxes[2 * k + 1]);
+  }
+}
+
+double FarthestCorner2::Bound(const Place& place, const Box& box) {
+  if (box.least.x > box.greatest.x) return -std::numeric_limits<double>::infinity();  // holds nothing
+  const Vec2 low = box.least - place.middle;
+  const Vec2 high = box.greatest - place.middle;
+  return std::max(low.x * (low.x - place.shift.x), high.x * (high.x - place.shift.x)) +
+         std::max(low.y * (low.y - place.shift.y), high.y * (high.y - place.shift.y));
+}
+
+std::size_t FarthestCorner2::From(const Place& place) const {
+  double best = -std::numeric_limits<double>::infinity();
+  std::size_t found = 0;
+  Visit(place, 1, best, found);
+  return found;
+}
+
+// As deep as the tree.
+void FarthestCorner2::Visit(const Place& place, std::size_t node, double& best, std::size_t& found) const {
+  if (node >= m_leaves) {
+    const std::size_t begin = (node - m_leaves) * kLeaf;
+    const std::size_t end = std::min(begin + kLeaf, m_corners.size());
+    for (std::size_t i = begin; i < end; ++i) {
+      const double value = Value(place, m_corners[i]);
+      if (value > best) best = value, found = i;
+    }
+    return;
+  }
+  double bound[2] = {Bound(place, m_boxes[2 * node]), Bound(place, m_boxes[2 * node + 1])};
+  const std::size_t first = bound[1] > bound[0] ? 1 : 0;
+  for (const std::size_t child : {first, 1 - first}) {
+    if (bound[child] > best) Visit(place, 2 * node + child, best, found);
+  }
+}
+
+}  // namespace nu::internal

@@ -1,0 +1,46 @@
+#ifndef NU_ENGINE_HULLS_FARTHEST_CORNER2_H
+#define NU_ENGINE_HULLS_FARTHEST_CORNER2_H
+
+#include <cstddef>
+#include <vector>
+
+#include "nu/engine/shapes/vec2.h"
+
+namespace nu::internal {
+
+// Finds the corner of a convex polygon that is farthest from a place on a line m + t n, by a tree of boxes over runs of
+// corners. The squared distance less t^2 |n|^2, which all corners h share, is (h - m)^2 - 2 t n . (h - m): far out on
+// the line nothing cancels.
+class FarthestCorner2 {
+ public:
+  explicit FarthestCorner2(const std::vector<Vec2>& corners);
+
+  struct Place {
+    Vec2 middle;
+    Vec2 shift;  // 2 t n
+  };
+  static double Value(const Place& place, Vec2 corner) {
+    const Vec2 way = corner - place.middle;
+    return Dot(way, way - place.shift);
+  }
+  std::size_t From(const Place& place) const;
+
+ private:
+  struct Box {
+    Vec2 least;
+    Vec2 greatest;
+  };
+  static constexpr std::size_t kLeaf = 8;
+
+  // Above every corner in a box: the value is convex in each coordinate.
+  static double Bound(const Place& place, const Box& box);
+  void Visit(const Place& place, std::size_t node, double& best, std::size_t& found) const;
+
+  const std::vector<Vec2>& m_corners;
+  std::size_t m_leaves = 1;  // a power of two; node k has the children 2k and 2k + 1, the leaves come last
+  std::vector<Box> m_boxes;
+};
+
+}  // namespace nu::internal
+
+#endif

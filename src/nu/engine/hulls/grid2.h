@@ -1,0 +1,55 @@
+#ifndef NU_ENGINE_HULLS_GRID2_H
+#define NU_ENGINE_HULLS_GRID2_H
+
+#include <cmath>
+#include <vector>
+
+#include "nu/engine/points/point_blocks.h"
+#include "nu/engine/shapes/vec2.h"
+
+namespace nu::internal {
+
+// Points of a plane on a fine grid: their coordinates are whole numbers up to 2^52, so that differences are exact and
+// the sign of a determinant can be had from integers. A step of the grid is about a rounding of the extent of the
+// points. They ascend in x, then in y, and no two coincide: what is made from them does not depend on the order of the
+// points.
+struct Grid2 {
+  std::vector<Vec2> points;
+  Vec2 middle;        // of the bounding box, in the frame of the points
+  double unit = 1.0;  // length of a step, a power of two
+  bool finite = false;
+
+  Vec2 InPlane(Vec2 onGrid) const { return middle + unit * onGrid; }
+};
+
+inline constexpr double kGridReach = 0x1p52;
+
+// Where the grid lies, without its points.
+struct GridFrame {
+  Vec2 InSteps(Vec2 p) const { return (1.0 / unit) * (p - middle); }
+  static Vec2 Rounded(Vec2 steps) { return {std::nearbyint(steps.x), std::nearbyint(steps.y)}; }
+
+  Vec2 middle;
+  double unit = 1.0;
+  bool finite = false;
+};
+GridFrame GridFrameOf(PointBlocks& points, const Vec3 (&axes)[2]);
+// The order of the grid, each point once.
+void SortOnGrid(std::vector<Vec2>& points);
+
+// Of at least one point. Extents whose inverse would overflow are refused as if they were not finite.
+Grid2 GridOf(std::vector<Vec2> points);
+
+// The points' coordinates along two axes, relative to the origin of the blocks.
+Grid2 GridOf(PointBlocks& points, const Vec3 (&axes)[2]);
+
+// 1 when a, b, c turn counter-clockwise, -1 when clockwise, 0 when they lie on one line; exact.
+int GridOrientation(Vec2 a, Vec2 b, Vec2 c);
+
+// 1 when d is inside the circle through the counter-clockwise a, b, c, -1 when it is outside, 0 when it is on it;
+// exact.
+int GridInCircle(Vec2 a, Vec2 b, Vec2 c, Vec2 d);
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,17 @@
+#ifndef NU_ENGINE_LEAST_SQUARES_CONE_START_H
+#define NU_ENGINE_LEAST_SQUARES_CONE_START_H
+
+#include "nu/engine/least_squares/cone_least_squares.h"
+
+namespace nu::internal {
+
+// With so few points a wrong cone may pass close to all of them.
+inline constexpr std::size_t kFewPoints = 14;
+
+// Finds the cone next to the points and leaves it in `fit`, which runs over the same points. False when the points are
+// not finite or determine no quadric.
+bool StartCone(PointBlocks& points, ConeLeastSquares& fit);
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,266 @@
+#include "nu/engine/least_squares/cylinder_start.h"
+
+#include <limits>
+
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/least_squares/direction_search.h"
+#include "nu/engine/least_squares/quadric_axes.h"
+#include "nu/engine/linear/small_svd.h"
+
+// The axis of the quadric through the points is the first direction to be tried. It is enough when the cylinder that is
+// found from there follows the points far better than a plane does. Otherwise (points in two cross-sections or on few
+// lines, narrow strips, rough parts, few points) many directions are judged, and the best ones refined.
+//
+// A direction w is judged by the circle that fits the points' projections across it. With q the projection from the
+// mean and s = |q|^2, the circle A (s - E s) + B . q = 0 that minimises E[(A (s - E s) + B . q)^2] with mean squared
+// gradient 1 (G. Taubin, IEEE Trans. PAMI 13, 1991) leaves about the mean square of the deviations. With A' = 2 A
+// sqrt(E s) it is the smallest eigenvalue of
+//
+//   | var(s) / (4 E s)   E[s q]^T / (2 sqrt(E s)) |
+//   | .                  E[q q^T]                 |
+//
+// All its entries come from moments of the points up to degree 4: judging a direction does not look at the points.
+
+namespace nu::internal {
+namespace {
+
+// With so few points a wrong cylinder may pass close to all of them.
+constexpr std::size_t kFewPoints = 12;
+
+// Steps of the refinement that is kept.
+constexpr int kFinalSteps = 1000;
+// Directions of each kind that are refined.
+constexpr int kTrials = 4;
+
+class DirectionJudge {
+ public:
+  explicit DirectionJudge(const FourthMoments& m);
+
+  // Directions in the principal frame. The mean square of the deviations, in units of the largest spread.
+  double Judge(const Vec3& w) const;
+  // The circle's centre from the mean, in the principal frame, and its radius.
+  struct Circle {
+    Vec3 centre;
+    double radius = 0.0;
+  };
+  Circle CircleAcross(const Vec3& w) const;
+
+ private:
+  struct Section {
+    Vec3 e1;
+    Vec3 e2;
+    double matrix[3][3];
+    double meanSquare;
+  };
+  Section SectionAcross(const Vec3& w) const;
+
+  double m_square[3];
+  double m_fourth[15];  // with the multinomial factors, in the order of the loops
+  double m_third[3][6];
+  double m_mixed[3][3];
+  double m_cubic[3];
+  double m_fourthTrace = 0.0;
+  double m_unit;
+};
+
+constexpr int kPairs[6][2] = {{0, 0}, {1, 1}, {2, 2}, {0, 1}, {0, 2}, {1, 2}};
+
+DirectionJudge::DirectionJudge(const FourthMoments& m) : m_unit(m.spread[0]) {
+  const double s[3] = {1.0, m.spread[1] / m_unit, m.spread[2] / m_unit};
+  // E of the product of up to four coordinates.
+  const auto moment = [&](std::initializer_list<int> coordinates) {
+    int power[3] = {};
+    double factor = 1.0;
+    for (const int c : coordinates) {
+      ++power[c];
+      factor *= s[c];
+    }
+    return factor * m.Of(power[0], power[1], power[2]);
+  };
+  for (int i = 0; i < 3; ++i) {
+    m_square[i] = moment({i, i});
+    m_cubic[i] = 0.0;
+    for (int j = 0; j < 3; ++j) {
+      m_cubic[i] += moment({i, j, j});
+      m_mixed[i][j] = 0.0;
+      for (int k = 0; k < 3; ++k) m_mixed[i][j] += moment({i, j, k, k});
+    }
+    for (int k = 0; k < 6; ++k) {
+      const auto [p, q] = kPairs[k];
+      m_third[i][k] = moment({i, p, q}) * (p == q ? 1.0 : 2.0);
+    }
+    m_fourthTrace += m_mixed[i][i];
+  }
+  double power[3][5];
+  for (int i = 1; i < 3; ++i) {
+    power[i][0] = 1.0;
+    for (int k = 1; k <= 4; ++k) power[i][k] = power[i][k - 1] * s[i];
+  }
+  int next = 0;
+  for (int a = 0; a <= 4; ++a) {
+    for (int b = 0; a + b <= 4; ++b) {
+      constexpr double kFactorial[] = {1.0, 1.0, 2.0, 6.0, 24.0};
+      const int c = 4 - a - b;
+      const double ways = kFactorial[4] / (kFactorial[a] * kFactorial[b] * kFactorial[c]);
+      m_fourth[next++] = ways * power[1][b] * power[2][c] * m.Of(a, b, c);
+    }
+  }
+}
+
+DirectionJudge::Section DirectionJudge::SectionAcross(const Vec3& w) const {
+  Section section;
+  const double along[3] = {w.x, w.y, w.z};
+  double pairs[6];
+  for (int k = 0; k < 6; ++k) pairs[k] = along[kPairs[k][0]] * along[kPairs[k][1]];
+  double alongFourth = 0.0;
+  double powers[3][5];
+  for (int i = 0; i < 3; ++i) {
+    powers[i][0] = 1.0;
+    for (int k = 1; k <= 4; ++k) powers[i][k] = powers[i][k - 1] * along[i];
+  }
+  int next = 0;
+  for (int a = 0; a <= 4; ++a)
+    for (int b = 0; a + b <= 4; ++b)
+      alongFourth += m_fourth[next++] * powers[0][a] * powers[1][b] * powers[2][4 - a - b];
+  double cubic[3];
+  double mixed = 0.0;
+  double alongSquare = 0.0;
+  for (int i = 0; i < 3; ++i) {
+    cubic[i] = m_cubic[i];
+    for (int k = 0; k < 6; ++k) cubic[i] -= m_third[i][k] * pairs[k];
+    for (int j = 0; j < 3; ++j) mixed += m_mixed[i][j] * along[i] * along[j];
+    alongSquare += m_square[i] * pairs[i];
+  }
+  section.meanSquare = m_square[0] + m_square[1] + m_square[2] - alongSquare;
+  const double variance = m_fourthTrace - 2.0 * mixed + alongFourth - section.meanSquare * section.meanSquare;
+
+  // Any two directions across; the smallest component leaves the longest product.
+  const double x = std::fabs(w.x), y = std::fabs(w.y), z = std::fabs(w.z);
+  const Vec3 helper = x <= y && x <= z ? Vec3{1.0, 0.0, 0.0} : y <= z ? Vec3{0.0, 1.0, 0.0} : Vec3{0.0, 0.0, 1.0};
+  section.e1 = Unit(Cross(w, helper));
+  section.e2 = Cross(w, section.e1);
+  const Vec3 cubicSum = LoadVec3(cubic);
+  const double scale = 0.5 / std::sqrt(section.meanSquare);
+  const auto product = [&](const Vec3& a, const Vec3& b) {
+    return m_square[0] * a.x * b.x + m_square[1] * a.y * b.y + m_square[2] * a.z * b.z;
+  };
+  auto& m = section.matrix;
+  m[0][0] = variance * scale * scale;
+  m[0][1] = m[1][0] = scale * Dot(cubicSum, section.e1);
+  m[0][2] = m[2][0] = scale * Dot(cubicSum, section.e2);
+  m[1][1] = product(section.e1, section.e1);
+  m[1][2] = m[2][1] = product(section.e1, section.e2);
+  m[2][2] = product(section.e2, section.e2);
+  return section;
+}
+
+// The smallest root of the characteristic polynomial, by the cosine of a third of an angle.
+double DirectionJudge::Judge(const Vec3& w) const {
+  const Section section = SectionAcross(w);
+  const auto& m = section.matrix;
+  const double third = (m[0][0] + m[1][1] + m[2][2]) / 3.0;
+  const double a = m[0][0] - third, b = m[1][1] - third, c = m[2][2] - third;
+  const double p = (a * a + b * b + c * c) / 6.0 + (m[0][1] * m[0][1] + m[0][2] * m[0][2] + m[1][2] * m[1][2]) / 3.0;
+  if (!(p > 0.0)) return third;
+  const double half = 0.5 * (a * (b * c - m[1][2] * m[1][2]) - m[0][1] * (m[0][1] * c - m[1][2] * m[0][2]) +
+                             m[0][2] * (m[0][1] * m[1][2] - b * m[0][2]));
+  const double cosine = std::clamp(half / (p * std::sqrt(p)), -1.0, 1.0);
+  constexpr double kThirdTurn = 2.0943951023931953;
+  return third + 2.0 * std::sqrt(p) * Cos(Acos(cosine) / 3.0 + kThirdTurn);
+}
+
+DirectionJudge::Circle DirectionJudge::CircleAcross(const Vec3& w) const {
+  const Section section = SectionAcross(w);
+  const SmallSvd<3> svd = SvdOfColumns(section.matrix);
+  const double* vector = svd.axis[2];
+  // Nearly a line: a circle whose curvature can just be told from none.
+  constexpr double kFlat = 1e-6;
+  double a = vector[0];
+  if (std::fabs(a) < kFlat) a = kFlat;
+  const double root = std::sqrt(section.meanSquare);
+  const double c1 = -vector[1] / a * root;
+  const double c2 = -vector[2] / a * root;
+  return {m_unit * (c1 * section.e1 + c2 * section.e2), m_unit * std::sqrt(c1 * c1 + c2 * c2 + section.meanSquare)};
+}
+
+class CylinderSearch {
+ public:
+  CylinderSearch(const FourthMoments& moments, PointBlocks& points, CylinderLeastSquares& fit)
+      : m_moments(moments), m_judge(moments), m_points(points), m_fit(fit) {}
+
+  // In the frame of the blocks. False when the cylinder could be refined further.
+  bool Try(const Vec3& direction, int steps);
+  void TryAll(const QuadricAxes& quadric);
+  bool IsClear() const;
+  void Keep();
+
+ private:
+  bool Improves(double sumSquares, double radius) const;
+
+  const FourthMoments& m_moments;
+  DirectionJudge m_judge;
+  PointBlocks& m_points;
+  CylinderLeastSquares& m_fit;
+  CylinderModel m_best;
+  double m_sumSquares = std::numeric_limits<double>::infinity();
+};
+
+// Sums within the rounding errors of the coordinates are as good as each other, and then the smaller cylinder counts:
+// the order in which they are found must not.
+bool CylinderSearch::Improves(double sumSquares, double radius) const {
+  const double level = m_fit.RoundingLevel();
+  if (sumSquares <= level && m_sumSquares <= level) return radius < m_best.height + m_best.rise;
+  return sumSquares < m_sumSquares;
+}
+
+bool CylinderSearch::Try(const Vec3& direction, int steps) {
+  const auto& axis = m_moments.axis;
+  const Vec3 local = Unit({Dot(direction, axis[0]), Dot(direction, axis[1]), Dot(direction, axis[2])});
+  const DirectionJudge::Circle circle = m_judge.CircleAcross(local);
+  m_fit.Place(
+      CylinderAbout(m_moments.mean, Unit(m_moments.Along(local)), m_moments.Along(circle.centre), circle.radius));
+  const bool settled = m_fit.Descend(steps);
+  const double scale = m_points.Scale();
+  const double sumSquares = m_fit.DeviationsNow().sumSquares * scale * scale;
+  const CylinderModel& found = m_fit.Model();
+  if (Improves(sumSquares, found.height + found.rise)) {
+    m_best = found;
+    m_sumSquares = sumSquares;
+  }
+  return settled;
+}
+
+bool CylinderSearch::IsClear() const {
+  const double fromPlane = m_moments.spread[2] * m_moments.spread[2] * static_cast<double>(m_points.Size());
+  return m_points.Size() > kFewPoints && m_sumSquares <= kClear * kClear * fromPlane;
+}
+
+void CylinderSearch::TryAll(const QuadricAxes& quadric) {
+  Try(quadric.axis[1], kTrialSteps);
+  Try(quadric.axis[2], kTrialSteps);
+  for (const Vec3& axis : m_moments.axis) Try(axis, kTrialSteps);
+  TryDirections(
+      m_moments, kTrials, [this](const Vec3& w) { return m_judge.Judge(w); },
+      [this](const Vec3& w) { Try(m_moments.Along(w), kTrialSteps); });
+}
+
+void CylinderSearch::Keep() {
+  m_fit.Place(m_best);
+  m_fit.Descend(kFinalSteps);
+}
+
+}  // namespace
+
+bool StartCylinder(PointBlocks& points, CylinderLeastSquares& fit) {
+  const FourthMoments moments = FindFourthMoments(points);
+  const QuadricAxes quadric = FindQuadricAxes(moments);
+  if (!quadric.solvable) return false;
+  CylinderSearch search(moments, points, fit);
+  const bool settled = search.Try(quadric.axis[0], kTrialSteps);
+  const bool clear = search.IsClear();
+  if (!clear) search.TryAll(quadric);
+  if (!clear || !settled) search.Keep();
+  return true;
+}
+
+}  // namespace nu::internal

@@ -1,0 +1,254 @@
+#ifndef NU_ENGINE_LEAST_SQUARES_DAMPED_GAUSS_NEWTON_H
+#define NU_ENGINE_LEAST_SQUARES_DAMPED_GAUSS_NEWTON_H
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <optional>
+
+#include "nu/engine/least_squares/gauss_newton.h"
+#include "nu/engine/linear/small_cholesky.h"
+#include "nu/engine/points/form_statistics.h"
+#include "nu/engine/points/small_systems.h"
+
+namespace nu::internal {
+
+// The normal equations of a step from a model, and sums over the points. Lengths are scaled as the blocks are.
+template<int N>
+struct StepSystem {
+  double product[N][N];
+  double second[N][N] = {};  // what the second derivatives of the deviations add to it, where the feature gives them
+  double right[N];
+  Deviations deviations;
+  double count = 0.0;   // of the points
+  double spread = 0.0;  // sum of their squared distances from the pivot of the model
+  double along = 0.0;   // mean of their coordinates along the axis, or along the generator
+
+  double MeanSquare() const { return spread / count; }
+};
+
+// What a distance between points may be off by through the rounding errors of their coordinates, with room for a few of
+// them. `place` is among the points, `meanSquare` that of their distances from there; lengths are those of the blocks.
+inline double RoundingAt(const PointBlocks& points, const Vec3& place, double meanSquare) {
+  constexpr double kRoundings = 16.0 * std::numeric_limits<double>::epsilon();
+  const Vec3 far = points.InCallersFrame(place);
+  return kRoundings * (std::sqrt(meanSquare) + points.Scale() * std::sqrt(Dot(far, far)));
+}
+
+// By how much two steps of a descent should lower the sum of squares.
+struct StepGains {
+  double now = 0.0;
+  double before = std::numeric_limits<double>::infinity();  // for the first step
+  bool damped = false;
+};
+
+// Least squares by Gauss-Newton steps from a start that is given. The normal equations drive the steps; their
+// right-hand side is the gradient itself, so they do not limit the accuracy of the result. Where their columns are
+// nearly dependent the rows are reduced by orthogonal steps instead. A step that leads uphill is taken back and
+// shortened (D. W. Marquardt, J. SIAM 11, 1963). Where a feature gives its second derivatives, and they show a valley,
+// the steps are Newton's: on points that are no such feature Gauss-Newton creeps.
+//
+// A feature is static functions; lengths in it are scaled as the blocks are:
+//
+//   Model, kUnknowns                         what is moved, and by how many parameters
+//   kHasSecond                               whether Sum gives the second derivatives
+//   void Complete(Model&)                    fills in what steps need and a start does not give
+//   StepSystem<kUnknowns> Sum(points, model)
+//   TallReduction Reduce(points, model)      the finished rows (columns | deviation)
+//   Deviations DeviationsFrom(points, model)
+//   double SquaredLength(model, system, step)
+//   void Move(points, system, step, Model&)
+//   bool IsEnough(StepGains, sumSquares)     whether a descent ends with this step
+template<class Feature>
+class DampedGaussNewton {
+ public:
+  explicit DampedGaussNewton(PointBlocks& points) : m_points(points) {}
+
+  void Place(const typename Feature::Model& model);
+  const typename Feature::Model& Model() const { return m_model; }
+
+  // For RunGaussNewton.
+  GaussNewtonStep SolveStep();
+  void TakeStep();
+
+  // Goes downhill by at most so many steps, until one is not worth its pass. False when there were not enough of them,
+  // or they creep.
+  bool Descend(int mostSteps);
+
+  // In the unit of the points, from the current model; known already after a step that was not taken.
+  Deviations DeviationsNow();
+  // Whether the points determined all parameters when the last step was solved.
+  bool Determined() const { return m_determined; }
+  // Sum of the squared deviations that rounding errors of the coordinates make.
+  double RoundingLevel() const { return kNoise * kNoise * m_system.spread; }
+  // Of the points, from the pivot; known after a step was solved.
+  double MeanAlong() const { return m_system.along; }
+  double MeanSquare() const { return m_system.MeanSquare(); }
+  const StepSystem<Feature::kUnknowns>& Equations() const { return m_system; }
+
+ private:
+  static constexpr int kUnknowns = Feature::kUnknowns;
+
+  // Smallest pivot, as a part of its diagonal entry, of a system that is taken for well-conditioned: half of the digits
+  // are left.
+  static constexpr double kClearPivot = 1e-8;
+
+  // A step that moves the deviations by no more than this many roundings of the coordinates is noise.
+  static constexpr double kNoise = 16.0 * std::numeric_limits<double>::epsilon();
+
+  // Damping after the first step that leads uphill or gains too small a part of what was predicted, its change after
+  // further ones, and after steps that gain nearly all of it.
+  static constexpr double kFirstDamping = Feature::kHasSecond ? 1e-6 : 1e-2;
+  static constexpr double kMoreDamping = Feature::kHasSecond ? 10.0 : 5.0;
+  static constexpr double kLessDamping = 0.1;
+  static constexpr double kLeastDamping = 1e-7;
+  static constexpr double kPoorGain = 0.4;
+  static constexpr double kGoodGain = 0.75;
+
+  using System = StepSystem<kUnknowns>;
+
+  bool LeadsUphill(const System& system) const;
+  bool Solve();
+  void Damp();
+  void MoreDamping() { m_damping = std::max(kFirstDamping, kMoreDamping * m_damping); }
+  void AdaptDamping(double sumSquares);
+  double PredictedGain() const;
+  bool SolveNewton();
+
+  PointBlocks& m_points;
+  typename Feature::Model m_model;
+  // The best place so far, to which a step that led uphill returns, its equations, and how much steps are shortened.
+  typename Feature::Model m_best;
+  System m_system;
+  bool m_hasBest = false;
+  double m_damping = 0.0;
+  double m_predicted = 0.0;  // by how much the last step should have lowered the sum of squares
+  double m_step[kUnknowns] = {};
+  double m_matrix[kUnknowns][kUnknowns] = {};  // that the step solves, undamped
+  bool m_determined = false;
+  std::optional<Deviations> m_deviations;  // from the current model
+};
+
+template<class Feature>
+void DampedGaussNewton<Feature>::Place(const typename Feature::Model& model) {
+  m_model = model;
+  Feature::Complete(m_model);
+  m_hasBest = false;
+  m_damping = 0.0;
+  m_deviations.reset();
+}
+
+// The root of a sum of squares is known to the rounding errors of its terms.
+template<class Feature>
+bool DampedGaussNewton<Feature>::LeadsUphill(const System& system) const {
+  return m_hasBest && !(std::sqrt(system.deviations.sumSquares) <=
+                        std::sqrt(m_system.deviations.sumSquares) + kNoise * std::sqrt(m_system.spread));
+}
+
+template<class Feature>
+bool DampedGaussNewton<Feature>::SolveNewton() {
+  for (int i = 0; i < kUnknowns; ++i)
+    for (int j = 0; j < kUnknowns; ++j) m_matrix[i][j] = m_system.product[i][j] + m_system.second[i][j];
+  return SolvePositive(m_matrix, m_system.right, m_step) > kClearPivot;
+}
+
+template<class Feature>
+bool DampedGaussNewton<Feature>::Solve() {
+  if (Feature::kHasSecond && SolveNewton()) return m_determined = true;
+  std::copy_n(&m_system.product[0][0], kUnknowns * kUnknowns, &m_matrix[0][0]);
+  m_determined = SolvePositive(m_system.product, m_system.right, m_step) > kClearPivot;
+  if (m_determined) return true;
+  const ReducedSolution found = SolveReduced(Feature::Reduce(m_points, m_model), m_step);
+  m_determined = found.determined;
+  return found.finite;
+}
+
+// The damped step solves the equations with a heavier diagonal, which is positive definite.
+template<class Feature>
+void DampedGaussNewton<Feature>::Damp() {
+  double heavier[kUnknowns][kUnknowns];
+  double shorter[kUnknowns];
+  for (int i = 0; i < kUnknowns; ++i)
+    for (int j = 0; j < kUnknowns; ++j)
+      heavier[i][j] = m_matrix[i][j] + (i == j ? m_damping * m_system.product[i][j] : 0.0);
+  if (SolvePositive(heavier, m_system.right, shorter) > 0.0) std::copy_n(shorter, kUnknowns, m_step);
+}
+
+// On rough parts full steps may swing from one side of the minimum to the other; as long as they do, they stay damped.
+template<class Feature>
+void DampedGaussNewton<Feature>::AdaptDamping(double sumSquares) {
+  const double gained = m_system.deviations.sumSquares - sumSquares;
+  if (m_predicted <= kNoise * std::sqrt(m_system.deviations.sumSquares * m_system.spread)) return;  // rounding hides it
+  if (gained < kPoorGain * m_predicted) MoreDamping();
+  if (gained > kGoodGain * m_predicted) m_damping = m_damping > kLeastDamping ? kLessDamping * m_damping : 0.0;
+}
+
+template<class Feature>
+double DampedGaussNewton<Feature>::PredictedGain() const {
+  double gain = 0.0;
+  for (int i = 0; i < kUnknowns; ++i) {
+    gain += 2.0 * m_step[i] * m_system.right[i];
+    for (int j = 0; j < kUnknowns; ++j) gain -= m_step[i] * m_matrix[i][j] * m_step[j];
+  }
+  return gain;
+}
+
+template<class Feature>
+GaussNewtonStep DampedGaussNewton<Feature>::SolveStep() {
+  const System system = Feature::Sum(m_points, m_model);
+  m_deviations = system.deviations;
+  GaussNewtonStep step;
+  if (LeadsUphill(system)) {
+    m_model = m_best;
+    MoreDamping();
+    m_deviations.reset();
+  } else {
+    if (!std::isfinite(system.deviations.sumSquares)) return step;
+    if (m_hasBest) AdaptDamping(system.deviations.sumSquares);
+    m_best = m_model;
+    m_system = system;
+    m_hasBest = true;
+  }
+  step.solvable = Solve();
+  // Convergence is judged by the full step: a damped one is short without having arrived.
+  double gain = 0.0;
+  for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * m_system.right[j];
+  step.squaredLength = Feature::SquaredLength(m_model, m_system, m_step) / (m_points.Scale() * m_points.Scale());
+  step.atRoundingLevel = gain <= RoundingLevel();
+  if (m_damping > 0.0) Damp();
+  m_predicted = PredictedGain();
+  return step;
+}
+
+template<class Feature>
+void DampedGaussNewton<Feature>::TakeStep() {
+  Feature::Move(m_points, m_system, m_step, m_model);
+  m_deviations.reset();
+}
+
+template<class Feature>
+bool DampedGaussNewton<Feature>::Descend(int mostSteps) {
+  StepGains gains;
+  CreepWatch watch;
+  for (int k = 0; k < mostSteps; ++k) {
+    const GaussNewtonStep step = SolveStep();
+    if (!step.solvable || !std::isfinite(step.squaredLength) || step.atRoundingLevel) return true;
+    gains.now = m_predicted;
+    gains.damped = m_damping > 0.0;
+    TakeStep();
+    if (Feature::IsEnough(gains, m_system.deviations.sumSquares)) return true;
+    if (watch.Creeps(gains.now, RoundingLevel())) return false;
+    gains.before = gains.now;
+  }
+  return false;
+}
+
+template<class Feature>
+Deviations DampedGaussNewton<Feature>::DeviationsNow() {
+  if (!m_deviations) m_deviations = Feature::DeviationsFrom(m_points, m_model);
+  return InUnit(*m_deviations, m_points.Scale());
+}
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,45 @@
+#ifndef NU_ENGINE_LEAST_SQUARES_FOURIER_SUMS_H
+#define NU_ENGINE_LEAST_SQUARES_FOURIER_SUMS_H
+
+#include <cstddef>
+#include <vector>
+
+namespace nu::internal {
+
+struct Phasor {
+  double re = 0.0;
+  double im = 0.0;
+};
+
+// Sums of c_j e^(i k a_j) over samples with complex c_j and angles a_j, for all integers k with |k| <= Reach(), to
+// about 1e-6 of the sum of |c_j|: the samples are spread over a grid with a Gaussian, the grid is transformed, and the
+// Gaussian divided out (A. Dutt, V. Rokhlin, SIAM J. Sci. Comput. 14, 1993; L. Greengard, J.-Y. Lee, SIAM Review 46,
+// 2004). The time is that of the transform, and a dozen operations for each sample.
+class FourierSums {
+ public:
+  static constexpr int kSpread = 6;
+
+  // Throws std::bad_alloc, or std::length_error for a reach that no memory would hold.
+  explicit FourierSums(std::size_t reach);
+
+  std::size_t Reach() const { return m_grid.size() / 4; }
+
+  // The angle is any finite number of grid units; Size() units are a full turn. Before Transform.
+  void Add(double gridAngle, Phasor value);
+  std::size_t Size() const { return m_grid.size(); }
+
+  void Transform();
+  // After it: the sum for k from -Reach() to Reach() is Factor(k), which depends on Size() and |k| only, times
+  // (*this)[k].
+  double Factor(std::ptrdiff_t k) const;
+  Phasor operator[](std::ptrdiff_t k) const;
+
+ private:
+  std::vector<Phasor> m_grid;
+  int m_levels = 0;
+  double m_fall[kSpread + 1];
+};
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,165 @@
+#include "nu/engine/least_squares/sinusoid_scan.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include "nu/engine/least_squares/fourier_sums.h"
+#include "nu/foundation/constants.h"
+
+// What a wave explains of the sum of squares, at even steps of the frequency: from sums over the samples (the
+// generalised periodogram of M. Zechmeister, M. Kuerster, Astronomy & Astrophysics 496, 2009), all of them from two
+// transforms. Below two periods, where the wave and the constant are nearly dependent, each frequency has its
+// own orthogonal reduction, over a part of the samples; so it has for few samples.
+
+namespace nu::internal {
+namespace {
+
+constexpr double kSamePlace = 1.0 / 1000.0;  // of the mean spacing
+constexpr double kLeastSpacing = 1.0 / 4.0;
+
+// Up to so many samples everything is cheap, and every local minimum may be the least one.
+constexpr std::size_t kFewSamples = 8;
+constexpr int kFewSteps = 128;  // to a period more in the range
+constexpr std::size_t kManySamples = 1024;
+constexpr int kSteps = 8;
+constexpr int kManySteps = 4;
+
+constexpr int kLowPeriods = 2;
+constexpr std::size_t kLowSamples = 1024;
+
+// A step of the scan can miss this much of what the best wave explains, and noise moves it from where the scan over a
+// part of the samples saw it.
+constexpr double kClose = 0.8;
+constexpr std::size_t kMostCandidates = 32;
+
+// Below this determinant, relative to the trace, sine and cosine are one column.
+constexpr double kDependent = 1e-3;
+
+std::vector<double> GapsAbove(const std::vector<double>& u, double least) {
+  std::vector<double> gaps;
+  for (std::size_t i = 1; i < u.size(); ++i)
+    if (u[i] - u[i - 1] > least) gaps.push_back(u[i] - u[i - 1]);
+  return gaps;
+}
+
+// One sample from each of as many runs of consecutive ones, at places that no regular pattern shares (multiplicative
+// hashing by the golden ratio).
+WaveSamples PartOf(const WaveSamples& samples, std::size_t size) {
+  if (samples.Size() <= size) return samples;
+  WaveSamples part;
+  const std::size_t run = samples.Size() / size;
+  for (std::size_t k = 0; k < size; ++k) {
+    const std::uint64_t hash = (k + 1) * std::uint64_t{0x9E3779B97F4A7C15};
+    const std::size_t i = k * run + static_cast<std::size_t>(hash >> 32) % run;
+    part.u.push_back(samples.u[i]);
+    part.y.push_back(samples.y[i]);
+  }
+  return part;
+}
+
+// The sums over the samples for the frequencies k * step.
+class Spectrum {
+ public:
+  Spectrum(const WaveSamples& samples, double step, std::size_t count)
+      : m_size(static_cast<double>(samples.Size())), m_simple(count), m_double(count) {
+    const double simple = step * static_cast<double>(m_simple.Size()) / Nu_2PI;
+    const double doubled = 2.0 * step * static_cast<double>(m_double.Size()) / Nu_2PI;
+    for (std::size_t i = 0; i < samples.Size(); ++i) {
+      const double y = samples.y[i];
+      m_squares += y * y;
+      m_simple.Add(simple * samples.u[i], {y, 1.0});
+      m_double.Add(doubled * samples.u[i], {1.0, 0.0});
+    }
+    m_simple.Transform();
+    m_double.Transform();
+  }
+
+  // The part of the sum of the squared y that the best wave explains.
+  double ExplainedPart(std::size_t at) const {
+    const auto k = static_cast<std::ptrdiff_t>(at);
+    const Phasor plus = m_simple[k];
+    const Phasor minus = m_simple[-k];
+    const double half = 0.5 * m_simple.Factor(k);
+    const Phasor y{half * (plus.re + minus.re), half * (plus.im - minus.im)};
+    const Phasor one{half * (plus.im + minus.im), half * (minus.re - plus.re)};
+    const Phasor square{half * m_double[k].re, half * m_double[k].im};
+    const double cc = 0.5 * m_size + square.re - one.re * one.re / m_size;
+    const double ss = 0.5 * m_size - square.re - one.im * one.im / m_size;
+    const double cs = square.im - one.re * one.im / m_size;
+    const double trace = cc + ss;
+    const double determinant = cc * ss - cs * cs;
+    const double explained = determinant > kDependent * trace * trace
+                                 ? (y.re * y.re * ss - 2.0 * y.re * y.im * cs + y.im * y.im * cc) / determinant
+                                 : (y.re * y.re + y.im * y.im) / trace;
+    return explained / m_squares;
+  }
+
+ private:
+  double m_size;
+  double m_squares = 0.0;
+  FourierSums m_simple;
+  FourierSums m_double;
+};
+
+std::vector<double> ExplainedParts(const WaveSamples& samples, double step, int steps, double limit) {
+  const auto count = static_cast<std::size_t>(std::ceil(limit / step)) + 1;
+  const bool few = samples.Size() <= kFewSamples;
+  const std::size_t low = few ? count : std::min(count, static_cast<std::size_t>(kLowPeriods * steps));
+  std::vector<double> parts(count);
+  const WaveSamples some = PartOf(samples, kLowSamples);
+  for (std::size_t k = 0; k < low; ++k) {
+    parts[k] = 1.0 - UnexplainedPart(some, std::min(static_cast<double>(k) * step, limit));
+  }
+  if (low == count) return parts;
+  const Spectrum spectrum(samples, step, count);
+  for (std::size_t k = low; k < count; ++k) parts[k] = spectrum.ExplainedPart(k);
+  return parts;
+}
+
+// The local maxima that may be the greatest one, in their order.
+std::vector<std::size_t> Peaks(const std::vector<double>& parts, double close) {
+  const double least = close * *std::max_element(parts.begin(), parts.end());
+  std::vector<std::size_t> peaks;
+  for (std::size_t k = 0; k < parts.size(); ++k) {
+    const bool rises = k == 0 || parts[k] >= parts[k - 1];
+    const bool falls = k + 1 == parts.size() || parts[k] > parts[k + 1];
+    if (rises && falls && parts[k] >= least) peaks.push_back(k);
+  }
+  const auto isHigher = [&](std::size_t a, std::size_t b) { return parts[a] > parts[b]; };
+  if (peaks.size() > kMostCandidates) {
+    std::stable_sort(peaks.begin(), peaks.end(), isHigher);
+    peaks.resize(kMostCandidates);
+    std::sort(peaks.begin(), peaks.end());
+  }
+  return peaks;
+}
+
+}  // namespace
+
+double NyquistFrequency(const std::vector<double>& u) {
+  const double range = u.back() - u.front();
+  const double meanOfAll = range / static_cast<double>(GapsAbove(u, 0.0).size());
+  std::vector<double> gaps = GapsAbove(u, kSamePlace * meanOfAll);
+  const double mean = range / static_cast<double>(gaps.size());
+  const auto middle = gaps.begin() + static_cast<std::ptrdiff_t>(gaps.size() / 2);
+  std::nth_element(gaps.begin(), middle, gaps.end());
+  return Nu_PI / std::clamp(*middle, kLeastSpacing * mean, mean);
+}
+
+FrequencyScan ScanFrequencies(const WaveSamples& samples) {
+  const std::size_t size = samples.Size();
+  const int steps = size <= kFewSamples ? kFewSteps : size <= kManySamples ? kSteps : kManySteps;
+  FrequencyScan scan;
+  scan.limit = NyquistFrequency(samples.u);
+  scan.step = Nu_2PI / ((samples.u.back() - samples.u.front()) * steps);
+  const std::vector<double> parts = ExplainedParts(samples, scan.step, steps, scan.limit);
+  // Next to the limit the sum of squares of evenly spaced samples hardly changes, whatever they are.
+  const double last = std::max(scan.limit - 0.5 * scan.step, 0.0);
+  for (const std::size_t k : Peaks(parts, size <= kFewSamples ? 0.0 : kClose)) {
+    scan.candidates.push_back(std::min(static_cast<double>(k) * scan.step, last));
+  }
+  return scan;
+}
+
+}  // namespace nu::internal

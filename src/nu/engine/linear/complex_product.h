@@ -1,0 +1,13 @@
+#ifndef NU_ENGINE_LINEAR_COMPLEX_PRODUCT_H
+#define NU_ENGINE_LINEAR_COMPLEX_PRODUCT_H
+
+#include "nu/engine/linear/complex_rows.h"
+
+namespace nu::internal {
+
+// c = a b; c overlaps neither factor. Every element is summed in increasing inner index.
+void MultiplyComplex(const ComplexRows& a, const ComplexRows& b, const ComplexRows& c);
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,39 @@
+#ifndef NU_ENGINE_MINIMAX_ANNULUS2_H
+#define NU_ENGINE_MINIMAX_ANNULUS2_H
+
+#include "nu/engine/points/point_blocks.h"
+#include "nu/engine/shapes/vec2.h"
+
+namespace nu::internal {
+
+enum class AnnulusEnd {
+  found,
+  limitReached,
+  noOptimum,  // its centre is so far away that rounding hides it
+  notFinite,
+};
+
+// The ring between two concentric circles that holds some points, with the points that determine it: the sum of
+// multiplier * direction over the outer contacts, seen from the centre, is that over the inner ones; each pair of
+// multipliers is not negative and adds up to 1.
+struct Annulus {
+  AnnulusEnd end = AnnulusEnd::notFinite;
+  Vec2 centre;
+  double inner = 0.0;
+  double outer = 0.0;
+  Vec2 outerContact[2];
+  Vec2 innerContact[2];
+  double outerMultiplier[2] = {};
+  double innerMultiplier[2] = {};
+  bool certified = false;  // known to be the only one from a bound, without the search over all candidates
+};
+
+// The narrowest annulus. Its centre is at a finite place: the narrowest strip, an annulus around infinity, becomes
+// narrower when the centre comes nearer on one of its sides. Along two axes, relative to the origin of the blocks.
+// `start` is a first guess of the centre, for example that of the least-squares circle; `limit` bounds the exchanges.
+// Of annuli whose widths agree to rounding the one with the least x of the centre, of these the one with the least y.
+Annulus NarrowestAnnulus(PointBlocks& points, const Vec3 (&axes)[2], Vec2 start, long limit);
+
+}  // namespace nu::internal
+
+#endif

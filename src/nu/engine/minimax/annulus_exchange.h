@@ -1,0 +1,59 @@
+#ifndef NU_ENGINE_MINIMAX_ANNULUS_EXCHANGE_H
+#define NU_ENGINE_MINIMAX_ANNULUS_EXCHANGE_H
+
+#include <vector>
+
+#include "nu/engine/minimax/annulus2.h"
+
+namespace nu::internal {
+
+// The exchange that finds an annulus next to a start, and a bound that proves it the narrowest one for points near a
+// circle or an arc. The mathematics is at the top of the source. Here everything is in the unit of the blocks.
+class AnnulusExchange {
+ public:
+  AnnulusExchange(PointBlocks& points, const Vec3 (&axes)[2]);
+
+  enum class Outcome { converged, limitReached, lost };
+  Outcome Run(Vec2 start, long limit);
+
+  // After convergence; certified where the bound holds.
+  Annulus Found() const;
+
+  struct Extremes {
+    Vec2 farthest;
+    Vec2 nearest;
+    double outer = 0.0;
+    double inner = 0.0;
+  };
+  Extremes ExtremesFrom(Vec2 centre) const;
+
+  // Some hundred points that tell most about annuli: the sample, and the farthest and the nearest one, from a centre,
+  // of each of many runs of points.
+  std::vector<Vec2> TellingPoints(Vec2 centre) const;
+
+ private:
+  void TakeSample(Vec2 start);
+  bool Solve();
+  Outcome Exchange(const Extremes& seen);
+  bool Replace(Vec2 (&pair)[2], const Vec2 (&other)[2], Vec2 point) const;
+  Extremes ExtremesOfSample() const;
+  double Sharpness() const;
+  double Coverage(std::size_t step) const;
+  bool IsProven() const;
+
+  PointBlocks& m_points;
+  Vec3 m_axis[2];
+  std::vector<Vec2> m_sample;  // by direction from the start
+  Vec2 m_outer[2];
+  Vec2 m_inner[2];
+  Vec2 m_centre;
+  double m_level = 0.0;  // distance of the two circles through the contacts
+  Extremes m_extremes;
+};
+
+// Of unit directions: the weights with which two pairs of them meet.
+void SetMultipliers(Annulus& annulus);
+
+}  // namespace nu::internal
+
+#endif

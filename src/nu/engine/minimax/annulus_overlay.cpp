@@ -1,0 +1,253 @@
+#include "nu/engine/minimax/annulus_overlay.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/hulls/convex_polygon2.h"
+#include "nu/engine/hulls/farthest_corner2.h"
+#include "nu/engine/hulls/grid2.h"
+#include "nu/engine/hulls/voronoi_edge2.h"
+
+// The centre of an annulus that cannot be made narrower by a small move lies where an edge of the Voronoi diagram of
+// the nearest points crosses one of the farthest points (H. Ebara, N. Fukuyama, H. Nakano, Y. Nakanishi, Roundness
+// algorithms using the Voronoi diagrams, 1st Canadian Conference on Computational Geometry, 1989), and the four points
+// of these edges alternate as seen from there. Along a nearest-point edge m + t n the squared distance from a corner h
+// of the hull, less t^2 |n|^2, is linear in t; so the farthest corner changes where the upper envelope of these lines
+// does. The changes are found by halving: between two places with the farthest corners h and k there is none if h = k;
+// otherwise the lines of h and k cross in between, and either no other corner is farther there, or there are two parts.
+//
+// A part is left out when its annuli are all too wide. The distance from h less that from p, along the edge, has its
+// least value at an end of the part or where h and p are seen from the edge under the same angle.
+
+namespace nu::internal {
+namespace {
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+
+// Widths, and coordinates of centres, that differ by no more steps of the grid are equal within the rounding of the
+// points' coordinates.
+constexpr double kSameWidth = 8.0;
+constexpr double kSameCentre = 64.0;
+// Voronoi vertices are known to about this many steps, or to this part of their distance; so far beyond an edge's end
+// its crossings still count.
+constexpr double kEndSteps = 64.0;
+constexpr double kEndShare = 64.0 * kEpsilon;
+// Values of lines that differ by less, relatively, are equal within their rounding.
+constexpr double kSameValue = 64.0 * kEpsilon;
+// Angles closer than this, relative to the largest one, are the same.
+constexpr double kSameDirection = 1e-7;
+// Contacts on common rays are rare but for lattices, where the bound soon leaves few places to look at; these limits
+// keep points made for it from taking quadratic time.
+constexpr int kMostScans = 1000;
+constexpr std::size_t kMostDifferences = 1'000'000;
+
+double Length(Vec2 v) {
+  return std::sqrt(Dot(v, v));
+}
+
+// Whether 0 is inside the convex hull of the differences of directions, beyond a doubt: they leave no half-plane free.
+bool Surround(const std::vector<Vec2>& outer, const std::vector<Vec2>& inner) {
+  std::vector<double> angles;
+  for (const Vec2& u : outer) {
+    for (const Vec2& v : inner) {
+      const Vec2 difference = u - v;
+      if (Length(difference) > kSameDirection) angles.push_back(Atan2(difference.y, difference.x));
+    }
+  }
+  if (angles.size() < 3) return false;
+  std::sort(angles.begin(), angles.end());
+  constexpr double halfTurn = 3.14159265358979323846;
+  double gap = angles.front() + 2.0 * halfTurn - angles.back();
+  for (std::size_t k = 1; k < angles.size(); ++k) gap = std::max(gap, angles[k] - angles[k - 1]);
+  return gap < halfTurn - kSameDirection;
+}
+
+class Overlay {
+ public:
+  Overlay(const std::vector<Vec2>& points, double bound)
+      : m_points(points), m_hull(points), m_farthest(m_hull.Corners()), m_mesh(points), m_bound(bound) {
+    constexpr int kDirections = 8;
+    for (int k = 0; k < kDirections; ++k) {
+      const auto [sine, cosine] = SinCos(2.0 * 3.14159265358979323846 * k / kDirections);
+      m_outposts.push_back(Corner(m_hull.ExtremeCorner({cosine, sine})));
+    }
+  }
+
+  // Finds nothing when signs or values contradict each other.
+  GridAnnulus Run() {
+    if (!m_mesh.IsSound()) return {};
+    for (Delaunay2::Edge e = 0; e < m_mesh.Edges(); e += 2) {
+      if (m_mesh.InUse(e)) Search(VoronoiEdge2(m_mesh, e));
+    }
+    GridAnnulus best;
+    if (m_contradicts) return best;
+    for (const GridAnnulus& candidate : m_candidates) {
+      if (!(candidate.width <= Limit())) continue;
+      if (!best.found || Precedes(candidate.centre, best.centre)) best = candidate;
+    }
+    return best;
+  }
+
+ private:
+  // A part of a Voronoi edge, with the farthest corners at its ends.
+  struct Part {
+    double begin;
+    std::size_t first;
+    double end;
+    std::size_t last;
+  };
+
+  const Vec2& Corner(std::size_t i) const { return m_hull.Corners()[i]; }
+  double Limit() const { return m_bound + kSameWidth; }
+  static bool Precedes(Vec2 a, Vec2 b) {
+    return a.x < b.x - kSameCentre || (a.x <= b.x + kSameCentre && a.y < b.y - kSameCentre);
+  }
+
+  std::size_t FarthestAt(const VoronoiEdge2& edge, double t) const {
+    if (std::isinf(t)) return m_hull.ExtremeCorner((t < 0.0 ? 1.0 : -1.0) * edge.normal);
+    return m_farthest.From({edge.middle, 2.0 * t * edge.normal});
+  }
+
+  // The distance from a corner less that from the nearest points.
+  double WidthAt(const VoronoiEdge2& edge, double t, std::size_t corner) const {
+    if (std::isinf(t)) {
+      return (t < 0.0 ? 1.0 : -1.0) * Dot(edge.normal, Corner(corner) - edge.middle) / std::sqrt(edge.square);
+    }
+    const double value = FarthestCorner2::Value({edge.middle, 2.0 * t * edge.normal}, Corner(corner));
+    const double outer = std::sqrt(std::max(0.0, value + t * t * edge.square));
+    return (value - 0.25 * edge.square) / (outer + std::sqrt(edge.SquareAt(t)));
+  }
+
+  double LeastWidthOn(const VoronoiEdge2& edge, const Part& part, std::size_t corner) const {
+    double least = std::min(WidthAt(edge, part.begin, corner), WidthAt(edge, part.end, corner));
+    const Vec2 way = Corner(corner) - edge.middle;
+    const double foot = Dot(edge.normal, way) / edge.square;
+    const double offset = std::fabs(Cross(edge.normal, way)) / edge.square;
+    const double sameAngle = 0.5 * foot / (0.5 - offset);
+    if (sameAngle > part.begin && sameAngle < part.end) least = std::min(least, WidthAt(edge, sameAngle, corner));
+    return least;
+  }
+
+  // Every place on a short edge has a corner at some distance; its points are at most at that of the ends.
+  bool IsTooWide(const VoronoiEdge2& edge) const {
+    if (std::isinf(edge.end[0]) || std::isinf(edge.end[1])) return false;
+    const Vec2 middle = edge.PointAt(0.5 * (edge.end[0] + edge.end[1]));
+    const double half = 0.5 * std::fabs(edge.end[0] - edge.end[1]) * std::sqrt(edge.square);
+    const double nearest = std::sqrt(std::max(edge.SquareAt(edge.end[0]), edge.SquareAt(edge.end[1])));
+    double farthest = 0.0;
+    for (const Vec2& outpost : m_outposts) farthest = std::max(farthest, Length(outpost - middle));
+    return farthest - half - nearest - kEndSteps > Limit();
+  }
+
+  static double Beyond(const VoronoiEdge2& edge, double t) {
+    return kEndSteps / std::sqrt(edge.square) + kEndShare * std::fabs(t);
+  }
+
+  void Search(const VoronoiEdge2& edge) {
+    if (IsTooWide(edge)) return;
+    const double begin = edge.end[1] - Beyond(edge, edge.end[1]);
+    const double end = edge.end[0] + Beyond(edge, edge.end[0]);
+    if (!(begin < end)) return;
+    m_open.assign(1, {begin, FarthestAt(edge, begin), end, FarthestAt(edge, end)});
+    // Along an edge no corner is the farthest in two places; values that agree to rounding may add some.
+    const std::size_t most = 4 * m_hull.Corners().size() + 64;
+    for (std::size_t parts = 0; !m_open.empty() && !m_contradicts; ++parts) {
+      const Part part = m_open.back();
+      m_open.pop_back();
+      Divide(edge, part);
+      m_contradicts = parts > most;
+    }
+  }
+
+  void Divide(const VoronoiEdge2& edge, const Part& part) {
+    if (part.first == part.last) return;
+    const double least = std::max(LeastWidthOn(edge, part, part.first), LeastWidthOn(edge, part, part.last));
+    if (least > Limit()) return;
+    const Vec2 h = Corner(part.first);
+    const Vec2 k = Corner(part.last);
+    const Vec2 way = 0.5 * ((h - edge.middle) + (k - edge.middle));
+    const double crossing = AccurateDot(h - k, way) / AccurateDot(edge.normal, h - k);
+    const double t = std::clamp(crossing, part.begin, part.end);
+    if (!std::isfinite(t)) return;
+    const std::size_t farthest = FarthestAt(edge, t);
+    if (farthest == part.first || farthest == part.last || IsNoFarther(edge, t, farthest, part)) {
+      return Judge(edge, t, h, k);
+    }
+    m_open.push_back({part.begin, part.first, t, farthest});
+    m_open.push_back({t, farthest, part.end, part.last});
+  }
+
+  bool IsNoFarther(const VoronoiEdge2& edge, double t, std::size_t corner, const Part& than) const {
+    const FarthestCorner2::Place place{edge.middle, 2.0 * t * edge.normal};
+    const Vec2 way = Corner(corner) - edge.middle;
+    const double rounding = kSameValue * Length(way) * (Length(way) + Length(place.shift));
+    const double other =
+        std::max(FarthestCorner2::Value(place, Corner(than.first)), FarthestCorner2::Value(place, Corner(than.last)));
+    return FarthestCorner2::Value(place, Corner(corner)) <= other + rounding;
+  }
+
+  void Judge(const VoronoiEdge2& edge, double t, Vec2 h, Vec2 k) {
+    const Vec2 centre = edge.PointAt(t);
+    const double outer = Length(h - centre);
+    const double inner = std::sqrt(edge.SquareAt(t));
+    const double value = FarthestCorner2::Value({edge.middle, 2.0 * t * edge.normal}, h);
+    const double width = (value - 0.25 * edge.square) / (outer + inner);
+    if (!(width <= Limit()) || !std::isfinite(outer)) return;
+    if (width > kSameWidth && !IsLocalOptimum(edge, t, h, k)) return;
+    if (width < m_bound) m_bound = std::max(width, 0.0);
+    m_candidates.push_back({true, centre, width, {h, k}, {edge.p, edge.q}});
+  }
+
+  // The angle of a point as seen from the edge at t, from the direction in which p and q are mirrored; accurate also
+  // for a centre far away, where all angles are small.
+  static double AngleAt(const VoronoiEdge2& edge, double t, Vec2 point) {
+    const double side = t > 0.0 ? -1.0 : 1.0;
+    const Vec2 way = point - edge.middle;
+    return Atan2(side * Cross(edge.normal, way), side * (Dot(edge.normal, way) - t * edge.square));
+  }
+
+  // The four points have to alternate: one of h and k is seen between p and q, the other is not.
+  bool IsLocalOptimum(const VoronoiEdge2& edge, double t, Vec2 h, Vec2 k) {
+    const double inner = std::fabs(AngleAt(edge, t, edge.p));
+    const double outer[2] = {std::fabs(AngleAt(edge, t, h)), std::fabs(AngleAt(edge, t, k))};
+    const double same = kSameDirection * std::max({inner, outer[0], outer[1]});
+    const bool isShared = std::fabs(outer[0] - inner) <= same || std::fabs(outer[1] - inner) <= same;
+    if (!isShared) return (outer[0] < inner) != (outer[1] < inner);
+    return ++m_scans <= kMostScans &&
+           IsHeldByMore(edge.PointAt(t), Length(h - edge.PointAt(t)), std::sqrt(edge.SquareAt(t)));
+  }
+
+  // Where contacts lie on common rays from the centre, others have to hold it as well.
+  bool IsHeldByMore(Vec2 centre, double outer, double inner) const {
+    const double reach = kEndSteps + kEndShare * outer;
+    std::vector<Vec2> out, in;
+    const auto add = [&](std::vector<Vec2>& to, Vec2 p) { to.push_back((1.0 / Length(p - centre)) * (p - centre)); };
+    for (const Vec2& corner : m_hull.Corners()) {
+      if (Length(corner - centre) >= outer - reach) add(out, corner);
+    }
+    for (const Vec2& point : m_points) {
+      if (Length(point - centre) <= inner + reach) add(in, point);
+    }
+    return out.size() * in.size() <= kMostDifferences && Surround(out, in);
+  }
+
+  const std::vector<Vec2>& m_points;
+  ConvexPolygon2 m_hull;
+  FarthestCorner2 m_farthest;
+  Delaunay2 m_mesh;
+  double m_bound;  // the least width so far
+  int m_scans = 0;
+  bool m_contradicts = false;
+  std::vector<Vec2> m_outposts;
+  std::vector<Part> m_open;
+  std::vector<GridAnnulus> m_candidates;
+};
+
+}  // namespace
+
+GridAnnulus NarrowestGridAnnulus(const std::vector<Vec2>& points, double bound) {
+  return Overlay(points, bound).Run();
+}
+
+}  // namespace nu::internal

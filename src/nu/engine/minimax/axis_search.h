@@ -1,0 +1,126 @@
+#ifndef NU_ENGINE_MINIMAX_AXIS_SEARCH_H
+#define NU_ENGINE_MINIMAX_AXIS_SEARCH_H
+
+#include <tuple>
+#include <vector>
+
+#include "nu/engine/minimax/enclosing_cylinder.h"
+
+namespace nu::internal {
+
+// Directions within an angle of up to 90 degrees from one.
+struct DirectionCap {
+  Vec3 direction;
+  double sine = 0.0;
+  double cosine = 1.0;
+
+  bool Holds(const DirectionCap& other) const;  // whichever sign directions have
+};
+
+// A lower bound on the radii of all cylinders around some points p_i, from weights w_i that are not negative and add up
+// to 1. The largest squared distance from an axis is at least the weighted mean of all of them, and that is least where
+// the axis passes through the weighted mean m of the points. With M the sum of w_i (p_i - m)(p_i - m)^T,
+//
+//   radius^2 >= trace M - d . M d
+//
+// for an axis along the unit vector d. With the multipliers of the smallest circle around the projections along d0 this
+// is an equation for d = d0; with those of a locally smallest cylinder both sides have the same derivatives there, too.
+class RadiusBound {
+ public:
+  // Without points the bound is 0.
+  RadiusBound(const Vec3* point, const double* weight, int count);
+
+  // Of the squared radius.
+  double Within(const DirectionCap& cap) const;
+  double Everywhere() const { return Within({{0.0, 0.0, 1.0}, 1.0, 0.0}); }
+
+ private:
+  double m_diagonal[3] = {};     // xx, yy, zz
+  double m_offDiagonal[3] = {};  // yz, zx, xy
+  double m_trace = 0.0;
+  double m_squares = 0.0;  // of all nine
+};
+
+// What the contacts of a locally smallest cylinder say of others.
+//
+// Along its axis d0, of all weights of the contacts that keep their mean on the axis the bound is an equation. Those of
+// three contacts are the corners of all such weights, and the b of Within, across d0, of all of them fill the hull of
+// those of the corners. In it is 0, from the multipliers. Let the hull reach as far as r in all directions. For a
+// direction at an angle of phi from d0 there are weights whose b is r long and opposite, so
+//
+//   radius^2 >= radius0^2 + 2 r sin phi cos phi - radius0^2 sin^2 phi:
+//
+// no cylinder is smaller up to tan phi = 2 r / radius0^2.
+class KnownCylinder {
+ public:
+  explicit KnownCylinder(const MinimaxSolution<AxisDistance>& found);
+
+  double Radius() const { return m_radius; }
+  const RadiusBound& Bound() const { return m_bound; }
+  // All cylinders with these directions are at least as large.
+  bool IsSmallestIn(const DirectionCap& cap) const { return m_own.Holds(cap); }
+
+ private:
+  double m_radius;
+  RadiusBound m_bound;
+  DirectionCap m_own;
+};
+
+// A search for smaller cylinders around points than one known: branch and bound over the directions of the axis (A. H.
+// Land, A. G. Doig, Econometrica 28, 1960). They are the points of three faces of a cube, in squares. The square with
+// the lowest bound is cut in four, and those parts are left whose bounds are below what is known. The smallest circles
+// behind the bounds are found for some of the points, the outline, which grows where their circle does not hold all; a
+// bound for some of the points is one for all.
+class AxisSearch {
+ public:
+  // The frame of what has been found makes the squares follow the points.
+  AxisSearch(PointBlocks& points, const MinimaxSolution<AxisDistance>& found);
+
+  // No cylinder is smaller by more than what the search neglects, a millionth of the squared radius.
+  static bool IsProven(const KnownCylinder& known);
+
+  // An axis from which all points are nearer than the radius known. False when that is proven to be the smallest, or
+  // when the work permitted for all calls is done. What is known must not grow from call to call.
+  bool FindSmaller(const KnownCylinder& known, AxisDistance& found);
+
+ private:
+  struct Cell {
+    double bound = 0.0;  // on the squared radius
+    int face = 0;
+    double u = 0.0;  // of the middle, on a face that reaches from -1 to 1
+    double v = 0.0;
+    double half = 1.0;
+  };
+  struct Circle {
+    AxisFrame frame;
+    double square = 0.0;  // of the radius
+    RadiusBound bound;
+    bool holdsAll = false;  // nearer than the radius in question
+  };
+
+  static double Least(const KnownCylinder& known);
+  static bool IsLater(const Cell& a, const Cell& b) {
+    return std::tie(a.bound, a.face, a.u, a.v) > std::tie(b.bound, b.face, b.u, b.v);
+  }
+  void Push(const Cell& cell);
+  Cell Pop();
+  DirectionCap CapAround(const Cell& cell) const;
+  void Split(const Cell& cell, const RadiusBound& here, const KnownCylinder& known);
+  bool IsExhausted() const;
+  Circle CircleAround(const Vec3& direction, double least);
+  Circle CircleAroundOutline(const Vec3& direction) const;
+  double ExtendOutline(const Circle& circle);
+  AxisDistance AxisOf(const Circle& circle) const;
+
+  PointBlocks& m_points;
+  AxisFrame m_frame;
+  std::vector<Vec3> m_outline;
+  mutable PointBlocks m_blocks;  // of the outline
+  std::vector<Cell> m_cells;     // a heap, the lowest bound on top
+  int m_circles = 0;             // found so far
+  int m_passes = 0;              // over all points
+};
+
+}  // namespace nu::internal
+
+#endif

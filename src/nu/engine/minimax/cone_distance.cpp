@@ -1,0 +1,433 @@
+#include "nu/engine/minimax/cone_distance.h"
+
+#include <limits>
+
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/base/lanes.h"
+
+// Pivot P on the cone, semi-angle a, c = cos a, s = sin a; outward normal n at P, generator g, v = g x n across; then
+// u = c n + s g points away from the axis and w = c g - s n along it. With N, T, G the coordinates of a point along
+// n, v, g from P, and R the distance of P from the axis,
+//
+//   h = R + c N + s G,   d = sqrt(h^2 + T^2),   l = d - h = T^2 / (d + h),   f = N + c l
+//
+// is the deviation: c (d - R) less s times the height along w, in a form in which nothing of the size of R cancels.
+// With sin = T / d, ver = l / d = 1 - cos the sine and the versed sine of the angle around the axis, and y = G + s l
+// the way along the generator, the six unknowns change f by
+//
+//   -1, -sin / S, -ver / V, -y / L, -y sin / (L S), -y ver / (L V)
+//
+// where S, V and L are the largest of each factor: on a narrow sector these are like 1, t, t^2, y, y t, y t^2, and on a
+// full cone no two of them are nearly dependent either. What they move:
+//
+//   1  the cone to a parallel one: P by e along n, R by c e
+//   2  the axis across: a turn about the parallel to the axis through P
+//   3  the curvature of the cross-section, with P and n held: 1 / R
+//   4  the semi-angle, with the axis held: a turn about v, and a by as much
+//   5  the generators' twist: a turn about n
+//   6  how fast the curvature changes along the generator: a, with n, g and the normal curvature c / R held
+//
+// All of them are lengths at the points. For a point that counts from the nappe behind the apex, d is minus its
+// distance from the axis, and f and all derivatives change their sign.
+
+namespace nu::internal {
+namespace {
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kRightAngle = 1.5707963267948966;
+
+// A step leaves this part of the radius and of what the semi-angle is short of 90 degrees.
+constexpr double kLeastPart = 0.125;
+
+// The pivot is so far from the apex, as a part of the farthest point, when points are on both nappes.
+constexpr double kLeastWay = 0.25;
+
+constexpr int K = ConeDistance::kUnknowns;
+
+struct Coordinates {
+  double n, v, g;
+};
+Coordinates operator+(const Coordinates& a, const Coordinates& b) {
+  return {a.n + b.n, a.v + b.v, a.g + b.g};
+}
+Coordinates operator*(double f, const Coordinates& a) {
+  return {f * a.n, f * a.v, f * a.g};
+}
+Coordinates Cross(const Coordinates& a, const Coordinates& b) {
+  return {a.v * b.g - a.g * b.v, a.g * b.n - a.n * b.g, a.n * b.v - a.v * b.n};
+}
+
+// q turned by the angle and about the axis of a rotation vector, to second order, and by less than half a turn whatever
+// the vector is (Cayley's map).
+Vec3 Turned(const Vec3& q, const Vec3& rotation) {
+  const Vec3 half = 0.5 * rotation;
+  const Vec3 moved = Cross(half, q);
+  return q + (2.0 / (1.0 + Dot(half, half))) * (moved + Cross(half, moved));
+}
+
+struct Reach {
+  double low = kInfinity;  // along the generators
+  double high = -kInfinity;
+  double x = 0.0;  // the sum of the directions from the axis
+  double y = 0.0;
+};
+
+// From the apex.
+NU_KERNEL void FindReach(const PointBlock& block, const AxisFrame& axis, double cosine, double sine, Reach& found) {
+  const AxisFrame f = axis;
+  Lanes low = kInfinity - Lanes{};
+  Lanes high = -low;
+  Lanes sumX = {};
+  Lanes sumY = {};
+  for (std::size_t i = 0; i < block.size; i += kLanes) {
+    Lanes px, py, pz, weight;
+    Load(block.x + i, px);
+    Load(block.y + i, py);
+    Load(block.z + i, pz);
+    Load(block.Weights(i), weight);
+    px -= f.origin.x;
+    py -= f.origin.y;
+    pz -= f.origin.z;
+    const Lanes x = px * f.x.x + py * f.x.y + pz * f.x.z;
+    const Lanes y = px * f.y.x + py * f.y.y + pz * f.y.z;
+    const Lanes z = px * f.z.x + py * f.z.y + pz * f.z.z;
+    Lanes d = x * x + y * y;
+    TakeSquareRoot(d);
+    const Lanes way = (z < 0.0 ? -d : d) * sine + z * cosine;
+    low = way < low ? way : low;
+    high = way > high ? way : high;
+    weight = z < 0.0 ? -weight : weight;
+    sumX += x * weight;
+    sumY += y * weight;
+  }
+  found = {Smallest(low), Largest(high), Sum(sumX), Sum(sumY)};
+}
+
+struct Extremes {
+  double low = kInfinity;  // deviations
+  double high = -kInfinity;
+  double across = 0.0;  // |T|
+  double lift = 0.0;    // l
+  double distance = 0.0;
+  double way = 0.0;  // |y|
+};
+
+void Widen(Extremes& extremes, const Extremes& part) {
+  extremes.low = std::min(extremes.low, part.low);
+  extremes.high = std::max(extremes.high, part.high);
+  extremes.across = std::max(extremes.across, part.across);
+  extremes.lift = std::max(extremes.lift, part.lift);
+  extremes.distance = std::max(extremes.distance, part.distance);
+  extremes.way = std::max(extremes.way, part.way);
+}
+
+struct LocalLanes {
+  Lanes t, g, d, lift, deviation, side;
+};
+
+template<bool kBothNappes>
+NU_ALWAYS_INLINE void LoadLocal(const PointBlock& block, std::size_t i, const ConeDistance& m, LocalLanes& p) {
+  const AxisFrame& f = m.frame;
+  Lanes px, py, pz;
+  Load(block.x + i, px);
+  Load(block.y + i, py);
+  Load(block.z + i, pz);
+  px -= f.origin.x;
+  py -= f.origin.y;
+  pz -= f.origin.z;
+  const Lanes n = px * f.x.x + py * f.x.y + pz * f.x.z;
+  p.t = px * f.y.x + py * f.y.y + pz * f.y.z;
+  p.g = px * f.z.x + py * f.z.y + pz * f.z.z;
+  const Lanes h = n * m.cosine + p.g * m.sine + m.radius;
+  const Lanes square = p.t * p.t;
+  p.d = h * h + square;
+  TakeSquareRoot(p.d);
+  const Lanes zero = {};
+  p.side = zero + 1.0;
+  if (kBothNappes) {
+    const Lanes fromApex = (p.g * m.cosine - n * m.sine) * m.sine + m.radius * m.cosine;
+    p.side = fromApex < zero ? zero - 1.0 : p.side;
+    p.d *= p.side;
+  }
+  const Lanes far = p.d + h;
+  p.lift = h * p.side > zero ? square / far : p.d - h;
+  p.deviation = n + p.lift * m.cosine;
+  if (kBothNappes) p.deviation *= p.side;
+}
+
+template<bool kBothNappes>
+NU_ALWAYS_INLINE void FindDeviationsFrom(const PointBlock& block, const ConeDistance& model, double* deviation,
+                                         double& smallest, double& largest) {
+  const ConeDistance m = model;
+  Lanes low = kInfinity - Lanes{};
+  Lanes high = -low;
+  for (std::size_t i = 0; i < block.size; i += kLanes) {
+    LocalLanes p;
+    LoadLocal<kBothNappes>(block, i, m, p);
+    Store(p.deviation, deviation + i);
+    low = p.deviation < low ? p.deviation : low;
+    high = p.deviation > high ? p.deviation : high;
+  }
+  smallest = Smallest(low);
+  largest = Largest(high);
+}
+
+NU_KERNEL void FindDeviations(const PointBlock& block, const ConeDistance& model, double* deviation, double& smallest,
+                              double& largest) {
+  if (model.bothNappes) return FindDeviationsFrom<true>(block, model, deviation, smallest, largest);
+  FindDeviationsFrom<false>(block, model, deviation, smallest, largest);
+}
+
+template<bool kBothNappes>
+NU_ALWAYS_INLINE void FindGradientsOf(const PointBlock& block, const ConeDistance& model, double* deviation,
+                                      double (*gradient)[kMostRows]) {
+  const ConeDistance m = model;
+  const double sineScale = 1.0 / m.breadth;
+  const double verScale = 1.0 / m.bulge;
+  const double wayScale = 1.0 / m.length;
+  const Lanes zero = {};
+  for (std::size_t i = 0; i < block.size; i += kLanes) {
+    LocalLanes p;
+    LoadLocal<kBothNappes>(block, i, m, p);
+    Store(p.deviation, deviation + i);
+    // On the axis any direction leads away.
+    const Lanes inverse = p.d != zero ? 1.0 / p.d : zero;
+    const Lanes downwards = -p.side;
+    const Lanes sine = p.t * inverse * sineScale * downwards;
+    const Lanes ver = p.lift * inverse * verScale * downwards;
+    const Lanes way = (p.g + p.lift * m.sine) * wayScale;
+    Store(downwards, gradient[0] + i);
+    Store(sine, gradient[1] + i);
+    Store(ver, gradient[2] + i);
+    Store(way * downwards, gradient[3] + i);
+    Store(way * sine, gradient[4] + i);
+    Store(way * ver, gradient[5] + i);
+  }
+}
+
+NU_KERNEL void FindGradients(const PointBlock& block, const ConeDistance& model, double* deviation,
+                             double (*gradient)[kMostRows]) {
+  if (model.bothNappes) return FindGradientsOf<true>(block, model, deviation, gradient);
+  FindGradientsOf<false>(block, model, deviation, gradient);
+}
+
+template<bool kBothNappes>
+NU_ALWAYS_INLINE void FindExtremesFrom(const PointBlock& block, const ConeDistance& model, Extremes& found) {
+  const ConeDistance m = model;
+  const Lanes zero = {};
+  Lanes low = kInfinity - Lanes{};
+  Lanes high = -low;
+  Lanes across = {}, lift = {}, distance = {}, way = {};
+  for (std::size_t i = 0; i < block.size; i += kLanes) {
+    LocalLanes p;
+    LoadLocal<kBothNappes>(block, i, m, p);
+    low = p.deviation < low ? p.deviation : low;
+    high = p.deviation > high ? p.deviation : high;
+    const Lanes signedWay = p.g + p.lift * m.sine;
+    const Lanes t = p.t < zero ? -p.t : p.t;
+    const Lanes l = p.lift < zero ? -p.lift : p.lift;
+    const Lanes d = p.d < zero ? -p.d : p.d;
+    const Lanes y = signedWay < zero ? -signedWay : signedWay;
+    across = t > across ? t : across;
+    lift = l > lift ? l : lift;
+    distance = d > distance ? d : distance;
+    way = y > way ? y : way;
+  }
+  found = {Smallest(low), Largest(high), Largest(across), Largest(lift), Largest(distance), Largest(way)};
+}
+
+NU_KERNEL void FindExtremes(const PointBlock& block, const ConeDistance& model, Extremes& found) {
+  if (model.bothNappes) return FindExtremesFrom<true>(block, model, found);
+  FindExtremesFrom<false>(block, model, found);
+}
+
+Extremes ExtremesFrom(PointBlocks& points, const ConeDistance& model) {
+  Extremes seen;
+  points.ForEach([&](const PointBlock& block) {
+    Extremes part;
+    FindExtremes(block, model, part);
+    Widen(seen, part);
+  });
+  return seen;
+}
+
+ConeDistance PlaceOn(PointBlocks& points, const Cone3& cone, bool& behind) {
+  const Vec3 apex = cone.Apex();
+  const AxisFrame axis = AxisFrame::Along(apex, cone.axisDirection);
+  ConeDistance model;
+  model.angle = cone.semiAngle;
+  model.cosine = Cos(model.angle);
+  model.sine = Sin(model.angle);
+  Reach reach;
+  points.ForEach([&](const PointBlock& block) {
+    Reach part;
+    FindReach(block, axis, model.cosine, model.sine, part);
+    reach.low = std::min(reach.low, part.low);
+    reach.high = std::max(reach.high, part.high);
+    reach.x += part.x;
+    reach.y += part.y;
+  });
+  behind = reach.low < 0.0;
+  const double farthest = std::max(reach.high, -reach.low);
+  const double way = std::max(0.5 * (reach.low + reach.high), kLeastWay * farthest);
+  const Vec3 across = reach.x * axis.x + reach.y * axis.y;
+  const Vec3 u = Dot(across, across) > 0.0 ? Unit(across) : axis.x;
+  const Vec3 g = Unit(model.cosine * axis.z + model.sine * u);
+  model.frame = AxisFrame::Along(apex + way * g, g, model.cosine * u - model.sine * axis.z);
+  model.radius = model.sine * way;
+  return model;
+}
+
+}  // namespace
+
+ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone, double form, double& low, double& high) {
+  bool behind;
+  ConeDistance model = PlaceOn(points, cone, behind);
+  Extremes seen = ExtremesFrom(points, model);
+  if (behind && seen.high - seen.low > form) {
+    model.bothNappes = true;
+    seen = ExtremesFrom(points, model);
+  }
+  model.breadth = std::max(seen.across / seen.distance, kEpsilon);
+  model.bulge = std::max(seen.lift / seen.distance, kEpsilon);
+  model.length = std::max(seen.way, kEpsilon * seen.distance);
+  low = seen.low;
+  high = seen.high;
+  return model;
+}
+
+Cone3 ConeDistance::Cone() const {
+  const Vec3 outwards = cosine * frame.x + sine * frame.z;
+  const Vec3 along = cosine * frame.z - sine * frame.x;
+  return {frame.origin - radius * outwards, Unit(angle < 0.0 ? -1.0 * along : along),
+          -radius * cosine / std::fabs(sine), std::fabs(angle)};
+}
+
+bool ConeDistance::IsFinite() const {
+  const bool scaled = std::isfinite(radius / (breadth * bulge * length));
+  return scaled && nu::internal::IsFinite(frame.origin) && nu::internal::IsFinite(frame.x);
+}
+
+void ConeDistance::Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const {
+  FindDeviations(block, *this, deviation, smallest, largest);
+}
+
+void ConeDistance::Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const {
+  FindGradients(block, *this, deviation, gradient);
+}
+
+// A turn W changes the coordinates Q of a point by -W x Q + W x (W x Q) / 2. Derivatives of these, of the semi-angle
+// and of the radius give those of h and T, and they those of l and f.
+void ConeDistance::AddCurvature(const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]) const {
+  const double c = cosine;
+  const double s = sine;
+  const Vec3 local = frame.Local(point);
+  const Coordinates q{local.x, local.y, local.z};
+  const double h = radius + c * q.n + s * q.g;
+  const double height = c * q.g - s * q.n;
+  const double side = bothNappes && s * height + c * radius < 0.0 ? -1.0 : 1.0;
+  const double d = side * std::sqrt(h * h + q.v * q.v);
+  if (d == 0.0) return;
+  const double lift = side * h > 0.0 ? q.v * q.v / (d + h) : d - h;
+  const double ver = lift / d;
+  const double cosPhi = h / d;
+  const double sinPhi = q.v / d;
+
+  const double change = 1.0 / (length * bulge);
+  const double bend = 1.0 / (c * bulge);
+  const Coordinates turn[K] = {{},
+                               {s / (c * breadth * radius), 0.0, -1.0 / (breadth * radius)},
+                               {},
+                               {0.0, 1.0 / length, 0.0},
+                               {-1.0 / (c * breadth * length), 0.0, 0.0},
+                               {}};
+  const double opening[K] = {0.0, 0.0, 0.0, 1.0 / length, 0.0, change};
+  const double widening[K] = {c, 0.0, bend, 0.0, 0.0, -s / c * radius * change};
+  double widening2[K][K] = {};
+  widening2[2][2] = 2.0 * bend * bend / radius;
+  widening2[5][0] = -s * change;
+  widening2[5][2] = -s / c * bend * change;
+  widening2[5][5] = -radius * change * change;
+
+  Coordinates moved[K];
+  double dh[K], dl[K], drop[K];
+  for (int i = 0; i < K; ++i) {
+    moved[i] = Cross(q, turn[i]);
+    if (i == 0) moved[i].n = -1.0;
+    dh[i] = widening[i] + c * moved[i].n + s * moved[i].g + opening[i] * height;
+    dl[i] = sinPhi * moved[i].v - ver * dh[i];
+    drop[i] = sinPhi * dh[i] - cosPhi * moved[i].v;
+  }
+  for (int i = 0; i < K; ++i) {
+    for (int j = 0; j <= i; ++j) {
+      Coordinates second = 0.5 * (Cross(turn[i], Cross(turn[j], q)) + Cross(turn[j], Cross(turn[i], q)));
+      if (j == 0) second = second + Cross(turn[i], {1.0, 0.0, 0.0});
+      const double h2 = widening2[i][j] + c * second.n + s * second.g + opening[i] * (c * moved[j].g - s * moved[j].n) +
+                        opening[j] * (c * moved[i].g - s * moved[i].n) - opening[i] * opening[j] * (h - radius);
+      const double l2 = sinPhi * second.v - ver * h2 + drop[i] * drop[j] / d;
+      const double f2 =
+          second.n + c * l2 - s * (opening[i] * dl[j] + opening[j] * dl[i]) - c * lift * opening[i] * opening[j];
+      sum[i][j] += side * weight * f2;
+      if (j < i) sum[j][i] += side * weight * f2;
+    }
+  }
+}
+
+ConeDistance ConeDistance::Moved(const double (&step)[kUnknowns]) const {
+  const double across = step[1] / (breadth * radius);
+  const double flatter = step[2] / (cosine * bulge * radius);
+  const double opening = step[3] / length;
+  const double twist = step[4] / (breadth * length);
+  const double change = step[5] / (length * bulge);
+  const Vec3 turn = ((sine * across - twist) / cosine) * frame.x + opening * frame.y - across * frame.z;
+  const double most = kRightAngle - kLeastPart * (kRightAngle - std::fabs(angle));
+  ConeDistance moved = *this;
+  moved.frame = AxisFrame::Along(frame.origin + step[0] * frame.x, Unit(Turned(frame.z, turn)), Turned(frame.x, turn));
+  moved.angle = std::clamp(angle + (opening + change), -most, most);
+  moved.cosine = Cos(moved.angle);
+  moved.sine = Sin(moved.angle);
+  const double bent = radius / (1.0 - std::min(flatter, 1.0 - kLeastPart));
+  moved.radius = std::max((bent + cosine * step[0]) * (Cos(angle + change) / cosine), kLeastPart * radius);
+  return moved;
+}
+
+// Quarters of the length, eight parts around.
+int ConeDistance::Stratum(const Vec3& point) const {
+  const Vec3 q = frame.Local(point);
+  const double h = radius + cosine * q.x + sine * q.z;
+  const double d = std::sqrt(h * h + q.y * q.y);
+  const double lift = d - h;
+  const double way = q.z + sine * lift;
+  const int quarter = way < 0.0 ? (way < -0.5 * length ? 0 : 1) : (way < 0.5 * length ? 2 : 3);
+  // On a narrow sector these are even steps of the angle.
+  const double part = 16.0 * lift / (bulge * d);
+  const int place = part < 1.0 ? 0 : (part < 4.0 ? 1 : (part < 9.0 ? 2 : 3));
+  return 8 * quarter + 2 * place + (q.y < 0.0 ? 1 : 0);
+}
+
+void NappesDistance::Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const {
+  cone.Deviations(block, deviation, smallest, largest);
+  for (std::size_t i = 0; i < block.size; ++i) deviation[i] -= middle;
+  smallest -= middle;
+  largest -= middle;
+}
+
+void NappesDistance::Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const {
+  cone.Gradients(block, deviation, gradient);
+  for (std::size_t i = 0; i < block.size; ++i) deviation[i] -= middle;
+  std::fill_n(gradient[kUnknowns - 1], block.size, -1.0);
+}
+
+void NappesDistance::AddCurvature(const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]) const {
+  double part[K][K] = {};
+  cone.AddCurvature(point, weight, part);
+  for (int i = 0; i < K; ++i)
+    for (int j = 0; j < K; ++j) sum[i][j] += part[i][j];
+}
+
+NappesDistance NappesDistance::Moved(const double (&step)[kUnknowns]) const {
+  return {cone.Moved({step[0], step[1], step[2], step[3], step[4], step[5]}), middle + step[K]};
+}
+
+}  // namespace nu::internal

@@ -1,0 +1,35 @@
+#ifndef NU_ENGINE_MINIMAX_CONE_MINIMAX_H
+#define NU_ENGINE_MINIMAX_CONE_MINIMAX_H
+
+#include "nu/engine/minimax/cone_distance.h"
+#include "nu/engine/minimax/minimax.h"
+
+namespace nu::internal {
+
+// The space between two parallel cones that no small move makes narrower, and the points that hold it: the multipliers
+// are not negative and add up to 1. With phi the angle around the axis and y the way along the generator, the sums of
+// sign * multiplier times 1, sin phi, cos phi, and of the same times y, are zero. Everything is in the unit of the
+// points, from the origin of the blocks. Of points on both nappes the zone is between the extreme distances from the
+// cone, and need not be in the middle of them.
+struct ConeZone {
+  static constexpr int kMostContacts = 8;
+
+  MinimaxEnd end = MinimaxEnd::stalled;
+  bool linearised = false;  // the deviations from the start and their derivatives are finite
+  long steps = 0;
+  Cone3 cone;  // half-way between the two
+  double width = 0.0;
+  double rounding = 0.0;  // the error of a distance from it
+  int contacts = 0;
+  Vec3 contact[kMostContacts];
+  double sign[kMostContacts] = {};
+  double multiplier[kMostContacts] = {};
+};
+
+// The narrowest zone next to a cone with deviations over a range of `form`, and not wider; `mean` is that of the
+// points. A limit above 1000 is 1000.
+ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& start, double form, long limit);
+
+}  // namespace nu::internal
+
+#endif

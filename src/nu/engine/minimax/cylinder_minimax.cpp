@@ -1,0 +1,209 @@
+#include "nu/engine/minimax/cylinder_minimax.h"
+
+#include <limits>
+
+#include "nu/engine/minimax/cylinder_distance.h"
+#include "nu/engine/minimax/enclosing_cylinder.h"
+#include "nu/engine/minimax/round_minimax.h"
+#include "nu/engine/shapes/axis_direction.h"
+
+namespace nu::internal {
+namespace {
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+// Of what the directions of the contacts, weighted, must cancel to; it is about the square root of the rounding of the
+// axis in units of the radius where the points are far from round.
+constexpr double kStationary = 1e-7;
+
+// A cylinder so much larger than the set of points, the square root of the rounding unit, has its axis nowhere.
+constexpr double kLeastBend = 0x1p-26;
+
+// The problem in the unit of the blocks, whose distances can be squared.
+struct Scene {
+  Vec3 mean;
+  Cylinder3 start;
+  NearAndFar seen;  // from the mean
+  double rounding = 0.0;
+};
+
+bool Prepare(PointBlocks& points, const Vec3& mean, const Cylinder3& start, Scene& scene) {
+  points.Keep();
+  if (!FindNearAndFar(points, mean, scene.seen)) return false;
+  const double scale = points.Scale();
+  scene.mean = scale * mean;
+  scene.start = {scale * start.axisPoint, start.axisDirection, scale * start.radius};
+  scene.rounding = kDistanceRoundings * kEpsilon * scene.seen.greatest;
+  return true;
+}
+
+// Seen from among the points.
+CylinderDistance SurfaceOf(PointBlocks& points, const Scene& scene) {
+  const Cylinder3& c = scene.start;
+  const Vec3 outwards = Rejection(scene.mean - c.axisPoint, c.axisDirection);
+  const Vec3 towards = Norm(outwards) > kEpsilon * c.radius ? outwards : scene.seen.farthest - scene.mean;
+  return DistanceFromCylinder(points, c.axisPoint, c.axisDirection, c.radius, towards);
+}
+
+// An axis through this point, with the result in the callers' unit.
+template<class Model>
+CylinderMinimax Described(const MinimaxSolution<Model>& solution, const Vec3& axisPoint, const Vec3& direction,
+                          const Vec3& mean, double scale) {
+  CylinderMinimax result;
+  const double unit = 1.0 / scale;
+  const Vec3 nearest = axisPoint + Dot(mean - axisPoint, direction) * direction;
+  result.end = solution.end;
+  result.cylinder = {unit * nearest, WithLargestPositive(direction), unit * std::fabs(solution.value)};
+  result.contacts = solution.contacts;
+  for (int k = 0; k < solution.contacts; ++k) {
+    result.contact[k] = unit * solution.contact[k];
+    result.sign[k] = solution.sign[k];
+    result.multiplier[k] = solution.multiplier[k];
+  }
+  return result;
+}
+
+// What a step away from the points leads to: no step is taken whose deviations are NaN.
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr Vec3 kNowhere{kNaN, kNaN, kNaN};
+
+// The distances from an axis that does not leave a ball.
+struct BoreDistance : AxisDistance {
+  Vec3 centre;
+  double reach = 0.0;
+
+  bool IsInside() const { return Norm(Rejection(centre - frame.origin, frame.z)) <= reach; }
+  BoreDistance Moved(const double (&step)[kUnknowns]) const {
+    BoreDistance moved{AxisDistance::Moved(step), centre, reach};
+    if (!moved.IsInside()) moved.frame.origin = kNowhere;
+    return moved;
+  }
+};
+
+// The contacts hold the axis between them.
+bool IsBore(const MinimaxSolution<BoreDistance>& solution) {
+  if (solution.end != MinimaxEnd::converged) return false;
+  double sum[4] = {};
+  for (int k = 0; k < solution.contacts; ++k) {
+    const Vec3 q = solution.model.frame.Local(solution.contact[k]);
+    const double weight = solution.multiplier[k] / std::sqrt(q.x * q.x + q.y * q.y);
+    const double w = q.z / solution.model.half;
+    sum[0] += weight * q.x;
+    sum[1] += weight * q.y;
+    sum[2] += weight * q.x * w;
+    sum[3] += weight * q.y * w;
+  }
+  return std::all_of(sum, sum + 4, [](double s) { return std::fabs(s) <= kStationary; });
+}
+
+struct Range {
+  double smallest = kInfinity;
+  double largest = -kInfinity;
+};
+
+Range DeviationsFrom(PointBlocks& points, const CylinderDistance& surface) {
+  Range all;
+  double deviation[kBlockPoints];
+  points.ForEach([&](const PointBlock& block) {
+    Range part;
+    surface.Deviations(block, deviation, part.smallest, part.largest);
+    all.smallest = std::min(all.smallest, part.smallest);
+    all.largest = std::max(all.largest, part.largest);
+  });
+  return all;
+}
+
+bool IsRound(const Scene& scene, const CylinderDistance& surface) {
+  return scene.seen.greatest > kLeastBend * surface.radius;
+}
+
+// Half-way between the two cylinders about its axis that hold all points.
+CylinderDistance MiddleOfZone(PointBlocks& points, CylinderDistance surface) {
+  const Range all = DeviationsFrom(points, surface);
+  const double middle = 0.5 * (all.smallest + all.largest);
+  surface.frame.origin = surface.frame.origin + middle * surface.frame.x;
+  surface.radius += middle;
+  return surface;
+}
+
+// Flat points may lead the search to a cylinder that is a plane, where it finds no optimum. Others lie next to the
+// cylinders that bend to the other side, across, or less: the best of them that is below the start, if there is one.
+MinimaxSolution<CylinderDistance> ZoneElsewhere(PointBlocks& points, const Scene& scene, double value,
+                                                Minimax<CylinderDistance>& minimax,
+                                                const MinimaxSolution<CylinderDistance>& failed) {
+  constexpr double radii[] = {1.0, 4.0, 16.0};
+  const CylinderDistance surface = SurfaceOf(points, scene);
+  const Vec3& out = surface.frame.x;
+  MinimaxSolution<CylinderDistance> best = failed;
+  for (const Vec3& direction : {surface.frame.z, surface.frame.y}) {
+    for (const double side : {1.0, -1.0}) {
+      for (const double radius : radii) {
+        const double r = radius * surface.radius;
+        const Vec3 axisPoint = surface.frame.origin - (side * r) * out;
+        const MinimaxSolution<CylinderDistance> other =
+            minimax.Improve(DistanceFromCylinder(points, axisPoint, direction, r, side * out), value);
+        if (other.end != MinimaxEnd::converged || !IsRound(scene, other.model)) continue;
+        best = other;
+        value = other.value - scene.rounding;
+      }
+    }
+  }
+  return best;
+}
+
+}  // namespace
+
+CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit) {
+  Scene scene;
+  if (!Prepare(points, mean, start, scene)) return {};
+  const CylinderDistance model = MiddleOfZone(points, SurfaceOf(points, scene));
+  Minimax<CylinderDistance> minimax(points, MinimaxSide::both, scene.rounding, limit);
+  MinimaxSolution<CylinderDistance> found = minimax.Solve(model);
+  if (found.end == MinimaxEnd::converged && !IsRound(scene, found.model)) found.end = MinimaxEnd::stalled;
+  if (found.end != MinimaxEnd::converged && found.steps < limit) {
+    const Range form = DeviationsFrom(points, model);
+    found = ZoneElsewhere(points, scene, 0.5 * (form.largest - form.smallest), minimax, found);
+  }
+  CylinderMinimax result = Described(found, found.model.AxisPoint(), found.model.frame.z, scene.mean, points.Scale());
+  result.cylinder.radius = found.model.radius / points.Scale();
+  result.zone = 2.0 * found.value / points.Scale();
+  result.rounding = (scene.rounding + kEpsilon * found.model.radius) / points.Scale();
+  return result;
+}
+
+CylinderMinimax SmallestCylinderAround(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit) {
+  Scene scene;
+  if (!Prepare(points, mean, start, scene)) return {};
+  // An axis far outside, as that of a narrow strip, is no start.
+  const bool isNear =
+      Norm(Rejection(scene.start.axisPoint - scene.mean, scene.start.axisDirection)) <= scene.seen.greatest;
+  const Vec3& through = isNear ? scene.start.axisPoint : scene.mean;
+  const MinimaxSolution<AxisDistance> found = SmallestCylinder(points, through, scene.start.axisDirection, limit);
+  return Described(found, found.model.frame.origin, found.model.frame.z, scene.mean, points.Scale());
+}
+
+// Within the ball that holds all points. Where that leads out of the bore, as it may if hardly more than half of the
+// circumference is there, again with less and less room around the axis.
+CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit) {
+  constexpr double mostRoom = 64.0;  // in units of the form
+  constexpr double oneSided = 0.9;   // the points are within about 84 degrees of one direction
+  Scene scene;
+  if (!Prepare(points, mean, start, scene)) return {};
+  const CylinderDistance surface = SurfaceOf(points, scene);
+  const AxisDistance axis{{surface.AxisPoint(), surface.frame.x, surface.frame.y, surface.frame.z}, surface.half};
+  const BoreDistance widest{axis, scene.mean, scene.seen.greatest};
+  if (!widest.IsInside()) return {};
+  Minimax<BoreDistance> minimax(points, MinimaxSide::inner, scene.rounding, limit);
+  MinimaxSolution<BoreDistance> found = minimax.Solve(widest);
+  const bool again = found.end != MinimaxEnd::limitReached && !IsBore(found) && surface.Bulge() > oneSided;
+  const Range form = again ? DeviationsFrom(points, surface) : Range{};
+  for (double room = mostRoom; again && room >= 1.0 && !IsBore(found); room *= 0.5) {
+    const BoreDistance narrower{axis, axis.frame.origin, room * (form.largest - form.smallest)};
+    found = minimax.Improve(narrower, -(surface.radius + form.smallest));
+  }
+  if (found.end != MinimaxEnd::limitReached && !IsBore(found)) found.end = MinimaxEnd::stalled;
+  return Described(found, found.model.frame.origin, found.model.frame.z, scene.mean, points.Scale());
+}
+
+}  // namespace nu::internal

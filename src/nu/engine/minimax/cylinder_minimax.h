@@ -1,0 +1,45 @@
+#ifndef NU_ENGINE_MINIMAX_CYLINDER_MINIMAX_H
+#define NU_ENGINE_MINIMAX_CYLINDER_MINIMAX_H
+
+#include "nu/engine/minimax/minimax.h"
+
+namespace nu::internal {
+
+struct Cylinder3 {
+  Vec3 axisPoint;
+  Vec3 axisDirection;  // unit length
+  double radius = 0.0;
+};
+
+// A cylinder that no small move betters, and the points that hold it: the multipliers are not negative and add up to 1;
+// the sums of sign * multiplier * direction from the axis, and of the same times the place along the axis, are zero.
+// Everything is in the unit of the points, from the origin of the blocks; the axis point is next to the mean.
+struct CylinderMinimax {
+  static constexpr int kMostContacts = 6;
+
+  MinimaxEnd end = MinimaxEnd::stalled;
+  Cylinder3 cylinder;     // the radius of a zone is half-way between the inner and the outer one
+  double zone = 0.0;      // the difference of these; else 0
+  double rounding = 0.0;  // the error of a distance from the axis
+  int contacts = 0;
+  Vec3 contact[kMostContacts];
+  double sign[kMostContacts] = {};
+  double multiplier[kMostContacts] = {};
+};
+
+// From the least-squares cylinder and the mean of the points. `stalled`: no optimum is near, or the zone is that of
+// planes, or a coordinate is not finite. The limit is on the steps of one search, none of which may take 1000.
+
+// The two coaxial cylinders next to the start that hold all points between them at the least distance.
+CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit);
+
+// The smallest cylinder around all points: the best of those reached from several directions.
+CylinderMinimax SmallestCylinderAround(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit);
+
+// The largest cylinder next to the start with no point inside whose axis is held between points; `stalled` when it
+// escapes from among them.
+CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit);
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,327 @@
+#include "nu/engine/minimax/empty_ball.h"
+
+#include <limits>
+
+#include "nu/engine/base/lanes.h"
+#include "nu/engine/minimax/enclosing_ball.h"
+#include "nu/engine/minimax/minimax.h"
+#include "nu/engine/minimax/round_minimax.h"
+
+// Steepest ascent of the least distance of the points from the centre c. Its contacts are the points at that distance;
+// it rises fastest along c - z where z is the centre of the smallest ball around the contacts, and the contacts that
+// hold this ball, up to four, stay the nearest points on the way, all at one distance. The way ends where a further
+// point p is as near as a contact q, at c + t (c - z) with
+//
+//   t = (p - q) . ((p - c) + (q - c)) / (2 (p - q) . (c - z)),
+//
+// and p joins the contacts: the smallest ball around them grows, so no set of contacts returns. It ends where four
+// contacts hold c between them: then c is z. (The nearest points of a set of balls: H. Edelsbrunner, The union of balls
+// and its dual shape, Discrete Comput. Geom. 13, 1995.)
+//
+// Where fewer than four contacts hold c between them, as in points with symmetries, c may be a saddle. Such a point is
+// left, or found to be an optimum, by the minimax problem of minus the distances d(p) = |p - c|. The derivative of d by
+// c is the unit vector -u from p to c, the second derivative is (1 - u u^T) / d. At the optimum the u of the contacts
+// hold the origin between them.
+
+namespace nu::internal {
+namespace {
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+// Of what the u of the contacts, weighted, must cancel to; it is about the square root of the rounding of the centre in
+// units of the radius where the points are far from round.
+constexpr double kStationary = 1e-7;
+
+NU_ALWAYS_INLINE void LoadFrom(const PointBlock& block, std::size_t i, const Vec3& c, Lanes& x, Lanes& y, Lanes& z,
+                               Lanes& d) {
+  Load(block.x + i, x);
+  Load(block.y + i, y);
+  Load(block.z + i, z);
+  x -= c.x;
+  y -= c.y;
+  z -= c.z;
+  d = x * x + y * y + z * z;
+  TakeSquareRoot(d);
+}
+
+NU_KERNEL void FindDistances(const PointBlock& block, const Vec3& centre, double* distance, double& smallest,
+                             double& largest) {
+  const Vec3 c = centre;
+  Lanes low = kInfinity - Lanes{};
+  Lanes high = -low;
+  for (std::size_t i = 0; i < block.size; i += kLanes) {
+    Lanes x, y, z, d;
+    LoadFrom(block, i, c, x, y, z, d);
+    Store(d, distance + i);
+    low = d < low ? d : low;
+    high = d > high ? d : high;
+  }
+  smallest = Smallest(low);
+  largest = Largest(high);
+}
+
+NU_KERNEL void FindGradients(const PointBlock& block, const AxisFrame& frame, double* distance,
+                             double (*gradient)[kMostRows]) {
+  const AxisFrame f = frame;
+  const Lanes zero = {};
+  for (std::size_t i = 0; i < block.size; i += kLanes) {
+    Lanes x, y, z, d;
+    LoadFrom(block, i, f.origin, x, y, z, d);
+    Store(d, distance + i);
+    // From the point itself any direction leads away.
+    const Lanes inverse = d > zero ? -1.0 / d : zero;
+    Store((x * f.x.x + y * f.x.y + z * f.x.z) * inverse, gradient[0] + i);
+    Store((x * f.y.x + y * f.y.y + z * f.y.z) * inverse, gradient[1] + i);
+    Store((x * f.z.x + y * f.z.y + z * f.z.z) * inverse, gradient[2] + i);
+  }
+}
+
+// What a step out of the ball that holds all points leads to: no step is taken whose deviations are NaN.
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr Vec3 kNowhere{kNaN, kNaN, kNaN};
+
+// The distances of points from the origin of the frame; the unknowns are its shifts along the axes.
+struct CentreDistance {
+  static constexpr int kUnknowns = 3;
+  static constexpr int kStrata = kDirectionCells;
+
+  AxisFrame frame;
+  Vec3 mean;
+  double reach = 0.0;  // of the points from the mean
+
+  void Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const {
+    FindDistances(block, frame.origin, deviation, smallest, largest);
+  }
+  void Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const {
+    FindGradients(block, frame, deviation, gradient);
+  }
+  void AddCurvature(const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]) const {
+    const Vec3 q = frame.Local(point);
+    const double distance = Norm(q);
+    if (distance == 0.0) return;
+    const double u[] = {q.x / distance, q.y / distance, q.z / distance};
+    for (int i = 0; i < kUnknowns; ++i)
+      for (int j = 0; j < kUnknowns; ++j) sum[i][j] += weight / distance * ((i == j ? 1.0 : 0.0) - u[i] * u[j]);
+  }
+  CentreDistance Moved(const double (&step)[kUnknowns]) const {
+    CentreDistance moved = *this;
+    const Vec3 origin = frame.origin + (step[0] * frame.x + step[1] * frame.y + step[2] * frame.z);
+    moved.frame.origin = Norm(origin - mean) <= reach ? origin : kNowhere;
+    return moved;
+  }
+  int Stratum(const Vec3& point) const { return DirectionCell(frame.Local(point)); }
+};
+
+// The contacts hold the centre between them.
+bool IsHeld(const MinimaxSolution<CentreDistance>& solution) {
+  Vec3 sum;
+  double weight = 0.0;
+  for (int k = 0; k < solution.contacts; ++k) {
+    sum = sum + solution.multiplier[k] * Unit(solution.contact[k] - solution.model.frame.origin);
+    weight += solution.multiplier[k];
+  }
+  return Norm(sum) <= kStationary * weight;
+}
+
+EmptyBall InCallersUnit(const MinimaxSolution<CentreDistance>& solution, double unit) {
+  EmptyBall ball;
+  ball.found = true;
+  ball.centre = unit * solution.model.frame.origin;
+  ball.radius = -unit * solution.value;
+  ball.contacts = solution.contacts;
+  for (int k = 0; k < solution.contacts; ++k) {
+    ball.contact[k] = unit * solution.contact[k];
+    ball.multiplier[k] = solution.multiplier[k];
+  }
+  return ball;
+}
+
+// The way from a centre and one of its contacts.
+struct Way {
+  Vec3 centre;
+  Vec3 contact;
+  Vec3 step;
+  double slack;  // of products with e
+};
+
+struct Meeting {
+  double t = kInfinity;
+  Vec3 point;
+};
+
+// A little later than it meets a point; of the points that it meets within rounding at the same time, the one that it
+// approaches fastest comes first (P. M. J. Harris, Pivot selection methods of the Devex LP code, 1973).
+NU_KERNEL void FindMeeting(const PointBlock& block, const Way& way, double& earliest, std::size_t& index) {
+  const Way w = way;
+  const Vec3 towards = w.contact - w.centre;
+  const Lanes zero = {};
+  const Lanes never = kInfinity - Lanes{};
+  Lanes least = never;
+  Lanes places = {};
+  for (std::size_t i = 0; i < block.size; i += kLanes) {
+    Lanes x, y, z;
+    Load(block.x + i, x);
+    Load(block.y + i, y);
+    Load(block.z + i, z);
+    const Lanes ex = x - w.contact.x;
+    const Lanes ey = y - w.contact.y;
+    const Lanes ez = z - w.contact.z;
+    const Lanes excess =
+        ex * ((x - w.centre.x) + towards.x) + ey * ((y - w.centre.y) + towards.y) + ez * ((z - w.centre.z) + towards.z);
+    const Lanes approach = 2.0 * (ex * w.step.x + ey * w.step.y + ez * w.step.z);
+    const Lanes t = approach > w.slack ? ((excess > zero ? excess : zero) + w.slack) / approach : never;
+    places = t < least ? static_cast<double>(i) - Lanes{} : places;
+    least = t < least ? t : least;
+  }
+  earliest = Smallest(least);
+  index = block.size - 1;
+  for (int l = 0; l < kLanes; ++l)
+    if (least[l] == earliest) index = std::min(index, static_cast<std::size_t>(places[l]) + l);
+}
+
+class Ascent {
+ public:
+  // `rounding` is that of a distance.
+  Ascent(PointBlocks& points, const Vec3& mean, double reach, double rounding)
+      : m_points(points), m_mean(mean), m_reach(reach), m_rounding(rounding), m_centre(mean) {}
+
+  enum class End { optimum, saddle, none };
+
+  End Run(const NearAndFar& seen, long limit) {
+    Begin(seen.nearest);
+    for (long pass = 0; pass < std::min(limit, kMostPasses); ++pass) {
+      m_ball = SmallestBallAround();
+      if (!m_ball.found) return End::none;
+      if (m_ball.contacts == EnclosingBall::kMostContacts) {
+        if (Settle()) return End::optimum;
+        continue;
+      }
+      Vec3 step = m_centre - m_ball.centre;
+      const bool held = Norm(step) <= m_rounding;
+      if (held && m_ball.contacts > 1) return End::saddle;
+      // From a point of the set any way leads up.
+      if (held) step = seen.farthest - m_centre;
+      if (!Advance(step)) return End::none;
+    }
+    return End::none;
+  }
+
+  const Vec3& Centre() const { return m_centre; }
+  const EnclosingBall& Ball() const { return m_ball; }
+
+ private:
+  // Points without any roundness take some hundred.
+  static constexpr long kMostPasses = 10'000;
+  // Of the products in the search for the next contact, in units of the lengths of the factors.
+  static constexpr double kSlack = 64.0 * kEpsilon;
+  static constexpr double kMoreSlack = 16.0;
+  // Then it is above all products.
+  static constexpr int kMostSlackenings = 16;
+  // Of what four contacts tell about the ball, in units of a distance's rounding: they may lie close together.
+  static constexpr double kBallRoundings = 64.0;
+
+  void Begin(const Vec3& nearest) {
+    m_count = 1;
+    m_contact[0] = nearest;
+  }
+
+  EnclosingBall SmallestBallAround() const {
+    const Vec3& origin = m_contact[0];
+    PointBlocks contacts(PointView(&m_contact[0].x, sizeof(Vec3), static_cast<std::size_t>(m_count)), origin);
+    EnclosingBall ball = SmallestEnclosingBall<3>(contacts, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}});
+    ball.centre = origin + ball.centre;
+    for (int k = 0; k < ball.contacts; ++k) ball.contact[k] = origin + ball.contact[k];
+    return ball;
+  }
+
+  // Goes to the centre of the ball. False when a point is inside, which rounding has hidden so far: a new beginning.
+  bool Settle() {
+    m_centre = m_ball.centre;
+    const NearAndFar seen = NearAndFarFrom(m_points, m_centre);
+    if (seen.least >= m_ball.radius - kBallRoundings * m_rounding) return true;
+    Begin(seen.nearest);
+    return false;
+  }
+
+  // False when the way leads out of the hull of the points.
+  bool Advance(const Vec3& step) {
+    m_count = m_ball.contacts;
+    std::copy_n(m_ball.contact, m_count, m_contact);
+    const Vec3 radius = m_contact[0] - m_centre;
+    const double size = std::max(Norm(radius), Norm(step));
+    Way way{m_centre, m_contact[0], step, kSlack * size * m_reach};
+    Meeting next = Search(way);
+    // A contact does not come nearer but for rounding.
+    for (int k = 0; k < kMostSlackenings && next.t < kInfinity && IsContact(next.point); ++k) {
+      way.slack *= kMoreSlack;
+      next = Search(way);
+    }
+    if (!(next.t < kInfinity) || IsContact(next.point)) return false;
+    const Vec3 e = next.point - way.contact;
+    const double excess = Dot(e, (next.point - m_centre) + radius);
+    m_centre = m_centre + (std::max(0.0, excess) / (2.0 * Dot(e, step))) * step;
+    m_contact[m_count++] = next.point;
+    return Norm(m_centre - m_mean) <= m_reach;
+  }
+
+  bool IsContact(const Vec3& p) const {
+    return std::any_of(m_contact, m_contact + m_count,
+                       [&](const Vec3& q) { return p.x == q.x && p.y == q.y && p.z == q.z; });
+  }
+
+  Meeting Search(const Way& way) const {
+    Meeting next;
+    m_points.ForEach([&](const PointBlock& block) {
+      double t;
+      std::size_t index;
+      FindMeeting(block, way, t, index);
+      if (t < next.t) next = {t, {block.x[index], block.y[index], block.z[index]}};
+    });
+    return next;
+  }
+
+  PointBlocks& m_points;
+  Vec3 m_mean;
+  double m_reach;
+  double m_rounding;
+  Vec3 m_centre;
+  int m_count = 0;
+  Vec3 m_contact[EnclosingBall::kMostContacts];
+  EnclosingBall m_ball;
+};
+
+EmptyBall InCallersUnit(const EnclosingBall& held, double unit) {
+  EmptyBall ball;
+  ball.found = true;
+  ball.centre = unit * held.centre;
+  ball.radius = unit * held.radius;
+  ball.contacts = held.contacts;
+  for (int k = 0; k < held.contacts; ++k) {
+    ball.contact[k] = unit * held.contact[k];
+    ball.multiplier[k] = held.multiplier[k];
+  }
+  return ball;
+}
+
+}  // namespace
+
+EmptyBall GrowEmptyBall(PointBlocks& points, const Vec3& mean, long limit) {
+  points.Keep();
+  NearAndFar seen;
+  if (!FindNearAndFar(points, mean, seen)) return {};
+  const Vec3 centre = points.Scale() * mean;
+  const double unit = 1.0 / points.Scale();
+  const double rounding = kDistanceRoundings * kEpsilon * seen.greatest;
+  Ascent ascent(points, centre, seen.greatest, rounding);
+  const Ascent::End end = ascent.Run(seen, limit);
+  if (end == Ascent::End::none) return {};
+  if (end == Ascent::End::optimum) return InCallersUnit(ascent.Ball(), unit);
+  const AxisFrame frame = FrameAlong(ascent.Centre(), seen.farthest - centre, seen.nearest - centre);
+  Minimax<CentreDistance> minimax(points, MinimaxSide::inner, rounding, limit);
+  const MinimaxSolution<CentreDistance> solution = minimax.Solve({frame, centre, seen.greatest});
+  if (solution.end != MinimaxEnd::converged || !IsHeld(solution)) return {};
+  return InCallersUnit(solution, unit);
+}
+
+}  // namespace nu::internal

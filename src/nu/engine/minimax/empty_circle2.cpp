@@ -1,0 +1,361 @@
+#include "nu/engine/minimax/empty_circle2.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "nu/engine/hulls/convex_polygon2.h"
+#include "nu/engine/hulls/voronoi_edge2.h"
+
+// The distance from the nearest point has its largest values within the hull at Voronoi vertices and where Voronoi
+// edges leave the hull (M. I. Shamos, D. Hoey, Closest-point problems, FOCS 1975; G. T. Toussaint, Computing largest
+// empty circles with location constraints, 1983). Both are the ends of a Voronoi edge, cut off where it leaves the
+// hull.
+
+namespace nu::internal {
+namespace {
+
+// Radii, and coordinates of centres, that differ by no more are equal within the rounding of the points' coordinates,
+// which is up to two steps of the grid.
+constexpr double kSameRadius = 4.0;
+constexpr double kSameCentre = 64.0;
+
+void SetThreeContacts(EmptyCircle& circle, Vec2 p, Vec2 q, Vec2 r) {
+  Vec2 corner[] = {p, q, r, p, q};
+  std::sort(corner, corner + 3, [](Vec2 a, Vec2 b) { return a.x < b.x || (a.x == b.x && a.y < b.y); });
+  corner[3] = corner[0], corner[4] = corner[1];
+  double sum = 0.0;
+  circle.contacts = 3;
+  for (int k = 0; k < 3; ++k) {
+    const Vec2 across = corner[k + 2] - corner[k + 1];
+    circle.contact[k] = corner[k];
+    circle.multiplier[k] = Dot(across, across) * AccurateDot(corner[k + 1] - corner[k], corner[k + 2] - corner[k]);
+    sum += circle.multiplier[k];
+  }
+  for (double& multiplier : circle.multiplier) multiplier /= sum;
+}
+
+void SetTwoContacts(EmptyCircle& circle, Vec2 p, Vec2 q, Vec2 alongBorder) {
+  const double reachP = Dot(p - circle.centre, alongBorder);
+  const double reachQ = Dot(q - circle.centre, alongBorder);
+  circle.contacts = 2;
+  circle.contact[0] = p;
+  circle.contact[1] = q;
+  circle.multiplier[0] = reachQ / (reachQ - reachP);
+  circle.multiplier[1] = 1.0 - circle.multiplier[0];
+}
+
+// By the longest side, from which the centre is least far: with the same bits from whatever triangulation.
+void SetCentreOnThree(EmptyCircle& circle) {
+  const Vec2* corner = circle.contact;
+  int apex = 2;
+  double longest = 0.0;
+  for (int k = 0; k < 3; ++k) {
+    const Vec2 side = corner[(k + 2) % 3] - corner[(k + 1) % 3];
+    if (Dot(side, side) > longest) longest = Dot(side, side), apex = k;
+  }
+  const Vec2 p = corner[apex == 0 ? 1 : 0];
+  const Vec2 q = corner[apex == 2 ? 1 : 2];
+  const double t = HalfCotangent(p, q, corner[apex]);
+  circle.centre = 0.5 * (p + q) + t * Perpendicular(q - p);
+  circle.radius = std::sqrt(longest * (0.25 + t * t));
+}
+
+class Search {
+ public:
+  explicit Search(const std::vector<Vec2>& points) : m_hull(points), m_mesh(points) {}
+
+  const std::vector<Vec2>& Corners() const { return m_hull.Corners(); }
+
+  // Finds nothing when signs contradict each other.
+  EmptyCircle Run() {
+    if (!m_mesh.IsSound()) return {};
+    for (Delaunay2::Edge e = 0; e < m_mesh.Edges(); e += 2) {
+      if (m_mesh.InUse(e)) Consider(e);
+    }
+    EmptyCircle best;
+    for (const Candidate& candidate : m_candidates) {
+      if (!MayReach(candidate.square)) continue;
+      const VoronoiEdge2 edge(m_mesh, candidate.edge);
+      if (best.found && !Precedes(edge.PointAt(candidate.t), best.centre)) continue;
+      best = CircleAt(edge, candidate.t);
+    }
+    return best;
+  }
+
+ private:
+  struct Candidate {
+    Delaunay2::Edge edge;
+    double t;
+    double square;
+  };
+
+  // Keeps the ends within the hull that may be as far from the points as the farthest so far.
+  void Consider(Delaunay2::Edge e) {
+    const VoronoiEdge2 edge(m_mesh, e);
+    if (!MayReach(edge.SquareAt(edge.end[0])) && !MayReach(edge.SquareAt(edge.end[1]))) return;
+    const double left = std::min(edge.end[0], m_hull.ExitOf(edge.middle, edge.normal).way);
+    const double right = std::max(edge.end[1], -m_hull.ExitOf(edge.middle, -1.0 * edge.normal).way);
+    if (!(left >= right)) return;
+    for (const double t : {left, right}) {
+      const double square = edge.SquareAt(t);
+      if (!MayReach(square)) continue;
+      if (square > m_largest) Raise(square);
+      m_candidates.push_back({e, t, square});
+    }
+  }
+  bool MayReach(double square) const { return square >= m_limit; }
+  void Raise(double square) {
+    const double before = m_largest;
+    m_largest = square;
+    const double limit = std::max(0.0, std::sqrt(square) - kSameRadius);
+    m_limit = limit * limit;
+    if (!MayReach(before)) m_candidates.clear();
+  }
+
+  static bool Precedes(Vec2 a, Vec2 b) {
+    return a.x < b.x - kSameCentre || (a.x <= b.x + kSameCentre && a.y < b.y - kSameCentre);
+  }
+
+  EmptyCircle CircleAt(const VoronoiEdge2& edge, double t) const {
+    EmptyCircle circle;
+    circle.found = true;
+    circle.centre = edge.PointAt(t);
+    circle.radius = std::sqrt(edge.SquareAt(t));
+    for (const int side : {0, 1}) {
+      if (t == edge.end[side] && edge.apex[side] != Delaunay2::kNoSite) {
+        SetThreeContacts(circle, edge.p, edge.q, m_mesh.At(edge.apex[side]));
+        SetCentreOnThree(circle);
+        return circle;
+      }
+    }
+    const Vec2 outward = t < 0.0 ? -1.0 * edge.normal : edge.normal;
+    SetTwoContacts(circle, edge.p, edge.q, m_hull.ExitOf(edge.middle, outward).alongBorder);
+    return circle;
+  }
+
+  ConvexPolygon2 m_hull;
+  Delaunay2 m_mesh;
+  double m_largest = 0.0;               // squared radius
+  double m_limit = 0.0;                 // the least squared radius that counts as the same
+  std::vector<Candidate> m_candidates;  // the last ones, which agree about the radius
+};
+
+// ---- many points
+
+// A polygon seen from the origin, which is inside, by equal steps of the diamond angle.
+class SeenPolygon {
+ public:
+  static constexpr std::size_t kCells = 1024;
+  static std::size_t CellOf(Vec2 p) {
+    const double angle = DiamondAngle(p);
+    return angle > 0.0 ? std::min(static_cast<std::size_t>(angle * (kCells / 4.0)), kCells - 1) : 0;
+  }
+
+  // For an empty circle of the radius given. False when the origin is not clearly inside.
+  bool See(const std::vector<Vec2>& corners, double radius) {
+    m_radius = radius;
+    m_long.clear();
+    m_corners = corners;
+    const std::size_t n = corners.size();
+    const auto byCell = [](Vec2 a, Vec2 b) { return CellOf(a) < CellOf(b); };
+    const auto first = std::min_element(m_corners.begin(), m_corners.end(), byCell);
+    std::rotate(m_corners.begin(), first, m_corners.end());
+    m_near.assign(kCells, std::numeric_limits<double>::infinity());
+    m_begin.assign(kCells + 1, 0);
+    for (std::size_t i = 0; i < n; ++i) {
+      const Vec2 p = m_corners[i], q = m_corners[(i + 1) % n];
+      const double distance = AccurateCross(p, q) / std::sqrt(Dot(q - p, q - p)) - kGridSlack;
+      if (!(distance > 0.0)) return false;
+      if (Dot(q - p, q - p) > 4.0 * (1.0 - 2.0 * kShare) * (1.0 - 2.0 * kShare) * radius * radius) {
+        m_long.push_back(static_cast<int>(i));
+      }
+      const std::size_t last = i + 1 < n ? CellOf(q) : CellOf(q) + kCells;
+      for (std::size_t cell = CellOf(p); cell <= last; ++cell) {
+        m_near[cell % kCells] = std::min(m_near[cell % kCells], distance * distance);
+      }
+      if (i + 1 < n) {
+        for (std::size_t cell = CellOf(p) + 1; cell <= CellOf(q); ++cell) m_begin[cell] = static_cast<int>(i + 1);
+      }
+    }
+    for (std::size_t cell = CellOf(m_corners[n - 1]) + 1; cell <= kCells; ++cell) m_begin[cell] = static_cast<int>(n);
+    m_reach = 0.0;
+    for (const Vec2& p : m_corners) m_reach = std::max(m_reach, std::sqrt(Dot(p, p)));
+    m_least = *std::min_element(m_near.begin(), m_near.end());
+    return true;
+  }
+
+  // Whether a point, given in steps and not yet rounded, lets the hull grow so that a larger empty circle might be
+  // about a new place. When no point does, all are in the polygon blown up by a share of its distance from the origin,
+  // and none is beyond a long side. A new place is then beyond a short side: no farther from one of its ends than half
+  // its length and that share of the polygon's reach, which is less than the radius.
+  bool Matters(Vec2 steps) const {
+    const double square = Dot(steps, steps);
+    if (square <= m_least) return false;
+    const std::size_t cell = CellOf(steps);
+    if (square <= m_near[cell]) return false;
+    // The sides of the cell and of its neighbours.
+    const int n = static_cast<int>(m_corners.size());
+    const int from = (cell > 0 ? m_begin[cell - 1] : m_begin[kCells - 1] - n) - 1;
+    const int to = cell + 2 <= kCells ? m_begin[cell + 2] : n + m_begin[1];
+    const Vec2 p = GridFrame::Rounded(steps);
+    bool isOutside = false;
+    for (int i = from; i < to; ++i) {
+      const Vec2 a = Corner(i), b = Corner(i + 1);
+      if (GridOrientation(a, b, p) >= 0) continue;
+      isOutside = true;
+      if (AccurateCross(b - a, a - p) * m_reach > kShare * m_radius * AccurateCross(a, b)) return true;
+    }
+    if (!isOutside) return false;
+    return m_long.size() > kMostLong || std::any_of(m_long.begin(), m_long.end(), [&](int i) {
+             return GridOrientation(Corner(i), Corner(i + 1), p) < 0;
+           });
+  }
+
+ private:
+  // Roundings of the grid, of distances on it and of angles.
+  static constexpr double kGridSlack = 16.0;
+  // Of the radius: how far the hull may lie beyond the polygon.
+  static constexpr double kShare = 0.25;
+  // More would take longer than to let the hull grow.
+  static constexpr std::size_t kMostLong = 64;
+
+  Vec2 Corner(int i) const {
+    const int n = static_cast<int>(m_corners.size());
+    return m_corners[static_cast<std::size_t>((i % n + n) % n)];
+  }
+
+  std::vector<Vec2> m_corners;  // in the order of their cells
+  std::vector<double> m_near;   // per cell: the squared distance from which on a point may be outside
+  std::vector<int> m_begin;     // per cell: its first corner, or the next one
+  double m_least = 0.0;
+  std::vector<int> m_long;  // sides that are not short against the radius
+  double m_reach = 0.0;     // of the corners
+  double m_radius = 0.0;
+};
+
+// Of measured outlines few points matter: those of the hull and those next to the empty circle. The largest empty
+// circle of a part of the points with the same hull is no smaller than that of all; when no point of all is inside, it
+// is theirs. So the nearest and the farthest points in all directions are solved, and points found inside the circle
+// or, where that matters, outside the hull join them.
+class FewPoints {
+ public:
+  FewPoints(PointBlocks& points, const Vec3 (&axes)[2])
+      : m_points(points), m_axes{axes[0], axes[1]}, m_frame(GridFrameOf(points, axes)) {}
+
+  const GridFrame& Frame() const { return m_frame; }
+
+  // On the grid; not found when too many points matter.
+  EmptyCircle Run() {
+    constexpr int kRounds = 12;
+    if (!m_frame.finite) return {};
+    AddExtremes();
+    for (int round = 0; round < kRounds && m_few.size() >= 2 && m_few.size() < m_points.Size() / 16; ++round) {
+      Search search(m_few);
+      const EmptyCircle circle = search.Run();
+      if (!circle.found || !m_polygon.See(search.Corners(), circle.radius)) return {};
+      const std::size_t before = m_few.size();
+      const std::size_t offenders = AddOffenders(circle);
+      if (offenders == 0) return circle;
+      if (m_few.size() == before || (round >= kPatience && offenders > m_points.Size() / 64)) return {};
+    }
+    return {};
+  }
+
+ private:
+  static constexpr int kPatience = 2;
+
+  // The nearest or the farthest points, one in each cell.
+  struct Extreme {
+    double square;
+    Vec2 steps;
+  };
+  using Extremes = std::vector<Extreme>;
+  static Extremes None(double square) { return Extremes(SeenPolygon::kCells, {square, {}}); }
+
+  template<class Visit>
+  void ForEach(Visit visit) {
+    m_points.ForEach([&](const PointBlock& block) {
+      for (std::size_t i = 0; i < block.size; ++i) {
+        const Vec3 p{block.x[i], block.y[i], block.z[i]};
+        visit(m_frame.InSteps({Dot(p, m_axes[0]), Dot(p, m_axes[1])}));
+      }
+    });
+  }
+
+  void AddExtremes() {
+    Extremes nearest = None(kInfinity), farthest = None(-1.0);
+    ForEach([&](Vec2 steps) {
+      const double square = Dot(steps, steps);
+      const std::size_t cell = SeenPolygon::CellOf(steps);
+      if (square < nearest[cell].square) nearest[cell] = {square, steps};
+      if (square > farthest[cell].square) farthest[cell] = {square, steps};
+    });
+    Add(nearest);
+    Add(farthest);
+    SortOnGrid(m_few);
+  }
+
+  std::size_t AddOffenders(const EmptyCircle& circle) {
+    Extremes inside = None(kInfinity), outside = None(-1.0);
+    const double reach = std::max(0.0, circle.radius - kSameRadius);
+    std::size_t count = 0;
+    ForEach([&](Vec2 steps) {
+      const Vec2 way = steps - circle.centre;
+      const double square = Dot(way, way);
+      if (square < reach * reach) {
+        Extreme& deepest = inside[SeenPolygon::CellOf(way)];
+        if (square < deepest.square) deepest = {square, steps};
+        ++count;
+      }
+      if (m_polygon.Matters(steps)) {
+        Extreme& highest = outside[SeenPolygon::CellOf(steps)];
+        const double height = Dot(steps, steps);
+        if (height > highest.square) highest = {height, steps};
+        ++count;
+      }
+    });
+    Add(inside);
+    Add(outside);
+    SortOnGrid(m_few);
+    return count;
+  }
+
+  void Add(const Extremes& extremes) {
+    for (const Extreme& e : extremes) {
+      if (e.square >= 0.0 && e.square < kInfinity) m_few.push_back(GridFrame::Rounded(e.steps));
+    }
+  }
+
+  static constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+  PointBlocks& m_points;
+  Vec3 m_axes[2];
+  GridFrame m_frame;
+  SeenPolygon m_polygon;
+  std::vector<Vec2> m_few;
+};
+
+// From the grid to the frame of the blocks.
+EmptyCircle InPlane(EmptyCircle circle, Vec2 middle, double unit) {
+  const auto inPlane = [&](Vec2 onGrid) { return middle + unit * onGrid; };
+  circle.centre = inPlane(circle.centre);
+  circle.radius *= unit;
+  for (Vec2& contact : circle.contact) contact = inPlane(contact);
+  return circle;
+}
+
+}  // namespace
+
+EmptyCircle LargestEmptyCircle(PointBlocks& points, const Vec3 (&axes)[2]) {
+  constexpr std::size_t kMany = std::size_t{1} << 15;
+  if (points.Size() > kMany) {
+    FewPoints few(points, axes);
+    const EmptyCircle circle = few.Run();
+    if (circle.found) return InPlane(circle, few.Frame().middle, few.Frame().unit);
+  }
+  const Grid2 grid = GridOf(points, axes);
+  if (!grid.finite || grid.points.size() < 2) return {};
+  return InPlane(Search(grid.points).Run(), grid.middle, grid.unit);
+}
+
+}  // namespace nu::internal

@@ -1,0 +1,180 @@
+#ifndef NU_ENGINE_MINIMAX_MINIMAX_POINTS_H
+#define NU_ENGINE_MINIMAX_MINIMAX_POINTS_H
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <tuple>
+
+#include "nu/engine/minimax/minimax_rows.h"
+#include "nu/engine/points/point_blocks.h"
+
+namespace nu::internal {
+
+enum class MinimaxSide {
+  outer,  // the largest deviation
+  inner,  // minus the smallest one
+  both,   // the largest absolute one
+};
+
+// The points of a minimax problem, and the working set of those that are known to matter. For Model see minimax.h.
+template<class Model>
+class MinimaxPoints {
+ public:
+  static constexpr int K = Model::kUnknowns;
+
+  MinimaxPoints(PointBlocks& all, MinimaxSide side) : m_all(all), m_side(side) {}
+  MinimaxPoints(const MinimaxPoints&) = delete;
+  MinimaxPoints& operator=(const MinimaxPoints&) = delete;
+
+  Vec3 Point(int row) const { return {m_set.x[row], m_set.y[row], m_set.z[row]}; }
+  double Sign(int row) const { return m_sign[row]; }
+  // Of all points' deviations, at the last pass.
+  double Range() const { return m_range; }
+  // What the last pass has done: how many points have joined, and whether rows have changed places to make room.
+  int Added() const { return m_added; }
+  bool IsRenumbered() const { return m_renumbered; }
+
+  // The working set gets all of few points, or extreme ones of all strata, none where no deviation is a number; returns
+  // the largest deviation.
+  double Seed(const Model& model) {
+    m_set.size = 0;
+    const double infinity = std::numeric_limits<double>::infinity();
+    const double largest = Collect(model, infinity, 0);
+    if (m_all.Size() > kFewPoints) {
+      const double range = m_all.Size() > kManyPoints ? kSeedRangeOfMany : kSeedRange;
+      // Deviations may all be the same.
+      Collect(model, std::nextafter(largest - range * m_range, -infinity), kMostSeeds);
+      return largest;
+    }
+    m_all.ForEach([&](const PointBlock& block) {
+      for (std::size_t i = 0; i < block.size; ++i) {
+        if (m_side != MinimaxSide::inner) Append(PointAt(block, i), 1.0);
+        if (m_side != MinimaxSide::outer) Append(PointAt(block, i), -1.0);
+      }
+    });
+    FillLanes();
+    return largest;
+  }
+
+  // One pass. Those points whose deviation is above the threshold join the working set, up to kMostAdded, the worst of
+  // each stratum, the worst first. Returns the largest deviation of all points.
+  double Collect(const Model& model, double threshold) { return Collect(model, threshold, kMostAdded); }
+
+  void Linearise(const Model& model, MinimaxRows<K>& rows) const {
+    rows.size = static_cast<int>(m_set.size);
+    model.Gradients(m_set, rows.value, rows.gradient);
+    for (int i = 0; i < rows.size; ++i) rows.value[i] *= m_sign[i];
+    for (int k = 0; k < K; ++k)
+      for (int i = 0; i < rows.size; ++i) rows.gradient[k][i] *= m_sign[i];
+  }
+
+ private:
+  static constexpr std::size_t kFewPoints = 24;
+  static constexpr int kMostSeeds = 32;
+  static constexpr int kMostAdded = 16;
+  // Seeds are taken from the points whose deviation is in the upper half of the range; of many, which would all have
+  // to be sorted into their strata, from the uppermost quarter.
+  static constexpr double kSeedRange = 0.5;
+  static constexpr std::size_t kManyPoints = 512;
+  static constexpr double kSeedRangeOfMany = 0.25;
+
+  struct Candidate {
+    double value = 0.0;
+    double sign = 0.0;
+    Vec3 point;
+  };
+
+  static Vec3 PointAt(const PointBlock& block, std::size_t i) { return {block.x[i], block.y[i], block.z[i]}; }
+
+  bool IsOutside(double deviation) const {
+    return m_side == MinimaxSide::outer || (m_side == MinimaxSide::both && deviation >= 0.0);
+  }
+
+  double Extreme(double smallest, double largest) const {
+    if (m_side == MinimaxSide::outer) return largest;
+    return m_side == MinimaxSide::inner ? -smallest : std::max(largest, -smallest);
+  }
+
+  double Collect(const Model& model, double threshold, int most) {
+    constexpr int kPlaces = 2 * Model::kStrata;
+    Candidate worst[kPlaces];
+    for (Candidate& c : worst) c.value = threshold;
+    double smallest = std::numeric_limits<double>::infinity();
+    double largest = -smallest;
+    m_all.ForEach([&](const PointBlock& block) {
+      double low, high;
+      model.Deviations(block, m_deviation, low, high);
+      smallest = std::min(smallest, low);
+      largest = std::max(largest, high);
+      if (Extreme(low, high) > threshold) FindWorst(model, block, threshold, worst);
+    });
+    m_range = largest - smallest;
+    Candidate* end = std::remove_if(worst, worst + kPlaces, [](const Candidate& c) { return c.sign == 0.0; });
+    std::sort(worst, end, [](const Candidate& a, const Candidate& b) {
+      if (a.value != b.value) return a.value > b.value;
+      return std::tie(a.point.x, a.point.y, a.point.z) < std::tie(b.point.x, b.point.y, b.point.z);
+    });
+    m_added = static_cast<int>(std::min<std::ptrdiff_t>(end - worst, most));
+    m_renumbered = m_set.size + static_cast<std::size_t>(m_added) > kMostRows;
+    if (m_renumbered) KeepLargest(model);
+    for (int i = 0; i < m_added; ++i) Append(worst[i].point, worst[i].sign);
+    FillLanes();
+    return Extreme(smallest, largest);
+  }
+
+  void FindWorst(const Model& model, const PointBlock& block, double threshold, Candidate* worst) const {
+    for (std::size_t i = 0; i < block.size; ++i) {
+      const bool outside = IsOutside(m_deviation[i]);
+      const double value = outside ? m_deviation[i] : -m_deviation[i];
+      if (!(value > threshold)) continue;
+      const Vec3 point = PointAt(block, i);
+      Candidate& place = worst[2 * model.Stratum(point) + (outside ? 0 : 1)];
+      if (value > place.value) place = {value, outside ? 1.0 : -1.0, point};
+    }
+  }
+
+  // Those below the middle hold nothing for long.
+  void KeepLargest(const Model& model) {
+    const std::size_t size = m_set.size;
+    double low, high;
+    model.Deviations(m_set, m_deviation, low, high);
+    for (std::size_t i = 0; i < size; ++i) m_deviation[i] *= m_sign[i];
+    double ordered[kMostRows];
+    std::copy_n(m_deviation, size, ordered);
+    std::nth_element(ordered, ordered + size / 2, ordered + size);
+    const double middle = ordered[size / 2];
+    m_set.size = 0;
+    for (std::size_t i = 0; i < size; ++i)
+      if (m_deviation[i] > middle) Append(PointAt(m_set, i), m_sign[i]);
+  }
+
+  void Put(std::size_t i, const Vec3& p, double sign) {
+    m_set.x[i] = p.x;
+    m_set.y[i] = p.y;
+    m_set.z[i] = p.z;
+    m_sign[i] = sign;
+  }
+
+  void Append(const Vec3& p, double sign) { Put(m_set.size++, p, sign); }
+
+  void FillLanes() {
+    if (m_set.size == 0) return;
+    const std::size_t last = m_set.size - 1;
+    for (std::size_t i = m_set.size; i % kLanes != 0; ++i) Put(i, PointAt(m_set, last), m_sign[last]);
+  }
+
+  PointBlocks& m_all;
+  MinimaxSide m_side;
+  double m_range = 0.0;
+  int m_added = 0;
+  bool m_renumbered = false;
+  PointBlock m_set;
+  double m_sign[kBlockPoints];
+  double m_deviation[kBlockPoints];
+};
+
+}  // namespace nu::internal
+
+#endif

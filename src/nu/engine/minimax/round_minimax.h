@@ -1,0 +1,40 @@
+#ifndef NU_ENGINE_MINIMAX_ROUND_MINIMAX_H
+#define NU_ENGINE_MINIMAX_ROUND_MINIMAX_H
+
+#include "nu/engine/points/point_blocks.h"
+#include "nu/engine/shapes/axis_frame.h"
+#include "nu/engine/shapes/incidence.h"
+
+// What the minimax problems of spheres share.
+namespace nu::internal {
+
+// The errors of a distance, in units of the farthest one.
+inline constexpr double kDistanceRoundings = 4.0;
+
+// A zone and the form of a least-squares feature that differ by so many errors of a distance may be the same.
+inline constexpr double kFormRoundings = 16.0;
+
+// The points nearest to a centre and farthest from it; of several at one distance the first.
+struct NearAndFar {
+  Vec3 nearest;
+  Vec3 farthest;
+  double least = 0.0;
+  double greatest = 0.0;  // not finite when a coordinate is not, or a square overflows
+};
+NearAndFar NearAndFarFrom(PointBlocks& points, const Vec3& centre);
+
+// The same, after the blocks have got a scale at which distances can be squared, with the centre in the callers' unit.
+// False when a coordinate is not finite.
+bool FindNearAndFar(PointBlocks& points, const Vec3& centre, NearAndFar& found);
+
+// A frame that turns with the points: what is found in it does, too. Its z is along `direction`, which is not zero, and
+// its x as near to `across` as it can be; where that is hardly different from z, the coordinate axes give x.
+AxisFrame FrameAlong(const Vec3& origin, const Vec3& direction, const Vec3& across);
+
+// The cell of a direction on the faces of a cube, each divided in four.
+inline constexpr int kDirectionCells = 24;
+int DirectionCell(const Vec3& v);
+
+}  // namespace nu::internal
+
+#endif

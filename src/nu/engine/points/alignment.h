@@ -1,0 +1,19 @@
+#ifndef NU_ENGINE_POINTS_ALIGNMENT_H
+#define NU_ENGINE_POINTS_ALIGNMENT_H
+
+#include "nu/engine/points/point_view.h"
+
+// Whether points have the extent that a fit needs. `tol` is a length, so the same part in another unit, with `tol`
+// converted as well, gets the same answer. What the rounding errors of the coordinates make is no extent, whatever
+// `tol` is. Points that are not finite are on no line and in no plane. Both throw std::bad_alloc.
+namespace nu::internal {
+
+// No point is farther than `tol` from the least-squares line of the points; always so for two of them.
+bool LieOnOneLine(PointView points, double tol);
+
+// The signed distances of the points from their least-squares plane differ by `tol` at most; always so for three.
+bool LieInOnePlane(PointView points, double tol);
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,72 @@
+#ifndef NU_ENGINE_POINTS_FORM_STATISTICS_H
+#define NU_ENGINE_POINTS_FORM_STATISTICS_H
+
+#include <limits>
+
+#include "nu/engine/points/point_blocks.h"
+
+namespace nu::internal {
+
+// Sum of the squared deviations of a point set from a feature, and the extreme deviations, in the unit of the points.
+struct Deviations {
+  double sumSquares = 0.0;
+  double smallest = 0.0;
+  double largest = 0.0;
+};
+
+// Of no points.
+inline constexpr Deviations kNoDeviations{0.0, std::numeric_limits<double>::infinity(),
+                                          -std::numeric_limits<double>::infinity()};
+
+inline void WidenExtremes(const Deviations& part, Deviations& total) {
+  total.smallest = std::min(total.smallest, part.smallest);
+  total.largest = std::max(total.largest, part.largest);
+}
+
+// In the unit of the points, of those of the blocks.
+inline Deviations InUnit(const Deviations& d, double scale) {
+  return {d.sumSquares / scale / scale, d.smallest / scale, d.largest / scale};
+}
+
+// Of all points, in the unit of the blocks: `kernel(block, part)` finds those of a block.
+template<class Kernel>
+Deviations OverBlocks(PointBlocks& points, Kernel kernel) {
+  CompensatedSum sum;
+  Deviations total = kNoDeviations;
+  points.ForEach([&](const PointBlock& block) {
+    Deviations part;
+    kernel(block, part);
+    sum.Add(part.sumSquares);
+    WidenExtremes(part, total);
+  });
+  total.sumSquares = sum.Value();
+  return total;
+}
+
+// Of all points, N sums and the extremes: `kernel(block, sums, part)` finds those of a block.
+template<int N, class Kernel>
+BlockSums<N> SumOverBlocks(PointBlocks& points, Deviations& extremes, Kernel kernel) {
+  BlockSums<N> total;
+  extremes = kNoDeviations;
+  points.ForEach([&](const PointBlock& block) {
+    double sums[N];
+    Deviations part;
+    kernel(block, sums, part);
+    total.Add(sums);
+    WidenExtremes(part, extremes);
+  });
+  return total;
+}
+
+// From a plane through `mean` (as the blocks have it: relative to their origin, scaled), along its unit normal.
+Deviations PlaneDeviations(PointBlocks& points, const Vec3& mean, const Vec3& normal);
+
+// From a line in a plane z = const: the z component of direction x (p - mean).
+Deviations PlanarLineDeviations(PointBlocks& points, const Vec3& mean, const Vec3& direction);
+
+// Distances from a line in space; the smallest is given as 0.
+Deviations SpaceLineDeviations(PointBlocks& points, const Vec3& mean, const Vec3& direction);
+
+}  // namespace nu::internal
+
+#endif

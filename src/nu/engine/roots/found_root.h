@@ -1,0 +1,31 @@
+#ifndef NU_ENGINE_ROOTS_FOUND_ROOT_H
+#define NU_ENGINE_ROOTS_FOUND_ROOT_H
+
+namespace nu::internal {
+
+// A root, or a root of a real polynomial together with its conjugate: both carry the same digits then. A pair has
+// im >= 0, and im = 0 makes it a double real root.
+struct FoundRoot {
+  double re;
+  double im;
+  bool pair;
+};
+
+// c_0 + c_1 x + ... + c_n x^n; im is null where all coefficients are real.
+struct Coefficients {
+  const double* re;
+  const double* im;
+  int degree;
+};
+
+// The relative residual |p(x)| / sum |c_i| |x|^i is compared with multiples of this.
+inline constexpr double kRounding = 0x1p-52;
+
+// Below this multiple of the rounding a polynomial of this degree cannot be told from one that vanishes at x.
+inline double ResidualLimit(int degree) {
+  return 2.0 * degree * kRounding;
+}
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,46 @@
+#ifndef NU_ENGINE_SHAPES_VEC2_H
+#define NU_ENGINE_SHAPES_VEC2_H
+
+#include "nu/engine/base/error_free.h"
+
+namespace nu::internal {
+
+struct Vec2 {
+  double x = 0.0;
+  double y = 0.0;
+};
+
+inline Vec2 operator+(Vec2 a, Vec2 b) {
+  return {a.x + b.x, a.y + b.y};
+}
+inline Vec2 operator-(Vec2 a, Vec2 b) {
+  return {a.x - b.x, a.y - b.y};
+}
+inline Vec2 operator*(double f, Vec2 a) {
+  return {f * a.x, f * a.y};
+}
+inline double Dot(Vec2 a, Vec2 b) {
+  return a.x * b.x + a.y * b.y;
+}
+inline double Cross(Vec2 a, Vec2 b) {
+  return a.x * b.y - a.y * b.x;
+}
+// A quarter turn to the left.
+inline Vec2 Perpendicular(Vec2 a) {
+  return {-a.y, a.x};
+}
+inline bool operator==(Vec2 a, Vec2 b) {
+  return a.x == b.x && a.y == b.y;
+}
+
+// To about one rounding, however much cancels.
+inline double AccurateCross(Vec2 a, Vec2 b) {
+  return DifferenceOfProducts(a.x, b.y, a.y, b.x);
+}
+inline double AccurateDot(Vec2 a, Vec2 b) {
+  return DifferenceOfProducts(a.x, b.x, -a.y, b.y);
+}
+
+}  // namespace nu::internal
+
+#endif
