@@ -11,8 +11,7 @@
 
 namespace {
 
-using nu::internal::ProductError;
-using nu::internal::ProductErrorByHalves;
+using namespace nu::internal;
 
 // Whatever the processor offers, both ways to the error of a product give the same bits.
 void ExpectSameBits(double a, double b) {

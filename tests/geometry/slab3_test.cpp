@@ -11,9 +11,7 @@
 
 namespace {
 
-using nu::internal::NarrowestSlab;
-using nu::internal::Slab3;
-using nu::internal::Vec3;
+using namespace nu::internal;
 using namespace nu::test;
 
 struct Xyz {

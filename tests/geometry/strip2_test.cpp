@@ -11,9 +11,7 @@
 
 namespace {
 
-using nu::internal::NarrowestStrip;
-using nu::internal::PointView;
-using nu::internal::Strip2;
+using namespace nu::internal;
 using namespace nu::test;
 
 struct Pair {

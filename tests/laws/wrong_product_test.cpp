@@ -24,7 +24,7 @@ long g_asked = 0;
 
 }  // namespace
 
-namespace nu::internal {
+namespace nu::engine::base {
 
 #if defined(__x86_64__) && defined(__GNUC__)
 extern const bool hasFusedProducts = false;
@@ -35,7 +35,7 @@ double ProductErrorByHalves(double a, double b) {
   return g_error(a, b);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 namespace {
 

@@ -12,7 +12,7 @@ namespace {
 
 using namespace nu::test;
 
-using nu::internal::TallReduction;
+using namespace nu::internal;
 using Columns = std::vector<std::vector<double>>;
 
 Columns Draw(std::size_t rows, const std::vector<double>& scale, std::uint64_t seed) {

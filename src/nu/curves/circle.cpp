@@ -4,12 +4,14 @@
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/plane.h"
 
+using namespace nu::internal;
+
 namespace {
 
 constexpr const char* kName = "CNuCircle";
 
 double RequireRadius(double radius) {
-  return nu::internal::RequireLength(radius, kName, "radius");
+  return RequireLength(radius, kName, "radius");
 }
 
 }  // namespace
@@ -46,7 +48,7 @@ CNuPlane CNuCircle::GetPlane() const {
 void CNuCircle::GetData(double* radius, CNuPoint* centre, CNuVector* normal) const {
   CNuVector xaxis;
   GetPosition(centre, &xaxis, normal);
-  nu::internal::Output(radius, m_radius);
+  Output(radius, m_radius);
 }
 
 void CNuCircle::Place(double radius, const CNuPoint& centre, const CNuVector& xaxis, const CNuVector& normal) {

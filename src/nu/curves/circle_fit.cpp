@@ -10,15 +10,7 @@
 // (sqrt((u - a)^2 + (v - b)^2) - r)^2: an algebraic start, then Gauss-Newton until the squared length of the correction
 // to (a, b, r) is below NuGetTol(). The correction is applied each time.
 
-using nu::internal::Components;
-using nu::internal::Deviations;
-using nu::internal::FailFit;
-using nu::internal::GaussNewtonEnd;
-using nu::internal::GaussNewtonRule;
-using nu::internal::PointBlocks;
-using nu::internal::RoundLeastSquares;
-using nu::internal::Vec3;
-using nu::internal::ViewOf;
+using namespace nu::internal;
 
 namespace {
 
@@ -58,7 +50,7 @@ Solution CircleThroughThree(const CNuPointArray& pts, const Axes& axes) {
 Solution LeastSquaresCircle(PointBlocks& blocks, const Axes& axes, bool wantsDeviations, long maxiter) {
   RoundLeastSquares<2> fit(blocks, {Components(axes.x), Components(axes.y)});
   const double large = NuGetLarge();
-  if (!fit.Start() || !(fit.Radius() < 0.1 * large)) FailFit(nu::internal::kNumericalFailure, kName);
+  if (!fit.Start() || !(fit.Radius() < 0.1 * large)) FailFit(kNumericalFailure, kName);
   const GaussNewtonRule rule{.tolerance = NuGetTol(),
                              .large = large,
                              .limit = maxiter,
@@ -66,8 +58,8 @@ Solution LeastSquaresCircle(PointBlocks& blocks, const Axes& axes, bool wantsDev
                              .endsAtGrowth = false,
                              .endsBeforeLimit = false};
   const GaussNewtonEnd end = fit.Run(rule);
-  if (end == GaussNewtonEnd::unsolvable) FailFit(nu::internal::kNumericalFailure, kName);
-  if (end == GaussNewtonEnd::limitReached) FailFit(nu::internal::kIterationLimit, kName);
+  if (end == GaussNewtonEnd::unsolvable) FailFit(kNumericalFailure, kName);
+  if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, kName);
   return {fit.Centre(), fit.Radius(), wantsDeviations ? fit.DeviationsNow() : Deviations{}};
 }
 
@@ -78,9 +70,9 @@ void CNuCircle::Fit(const CNuPointArray& pts, long maxiter) {
 }
 
 void CNuCircle::Fit(const CNuPointArray& pts, double* form, double* sumsq, long maxiter) {
-  nu::internal::RequireIterations(maxiter, kName);
-  nu::internal::TranslateForeign(kName, [&] {
-    const CNuPlane plane = nu::internal::CarrierPlane(pts, kName);
+  RequireIterations(maxiter, kName);
+  TranslateForeign(kName, [&] {
+    const CNuPlane plane = CarrierPlane(pts, kName);
     Axes axes{{}, {}, plane.GetNormal()};
     axes.normal.OrthonormalXY(&axes.x, &axes.y);
     const bool exact = pts.GetSize() == kLeastPoints;
@@ -89,9 +81,9 @@ void CNuCircle::Fit(const CNuPointArray& pts, double* form, double* sumsq, long 
     const Solution found = exact ? CircleThroughThree(pts, axes)
                                  : LeastSquaresCircle(blocks, axes, form != nullptr || sumsq != nullptr, maxiter);
     const Vec3 centre = origin + found.centre;
-    if (!IsFinite(centre) || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
+    if (!IsFinite(centre) || !std::isfinite(found.radius)) FailFit(kNumericalFailure, kName);
     Place(found.radius, ToPoint(centre), axes.x, axes.normal);
-    nu::internal::StoreForm(found.deviations, form, sumsq);
+    StoreForm(found.deviations, form, sumsq);
   });
 }
 
@@ -100,6 +92,6 @@ ENuFitResult CNuCircle::FitEx(const CNuPointArray& pts, long maxiter) {
 }
 
 ENuFitResult CNuCircle::FitEx(const CNuPointArray& pts, double* form, double* sumsq, long maxiter) {
-  nu::internal::RequireIterations(maxiter, kName);
-  return nu::internal::ResultOf([&] { Fit(pts, form, sumsq, maxiter); });
+  RequireIterations(maxiter, kName);
+  return ResultOf([&] { Fit(pts, form, sumsq, maxiter); });
 }

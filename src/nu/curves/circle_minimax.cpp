@@ -17,20 +17,7 @@
 // there are those of nu/geometry/internal. Points that share one z need no projection: their plane is z = const. Only
 // the zone knows points that are not in one plane: theirs is a torus.
 
-using nu::internal::Annulus;
-using nu::internal::AnnulusEnd;
-using nu::internal::Components;
-using nu::internal::EmptyCircle;
-using nu::internal::EnclosingBall;
-using nu::internal::FailFit;
-using nu::internal::LengthToleranceScope;
-using nu::internal::PointBlocks;
-using nu::internal::RequireCount;
-using nu::internal::RequireFinite;
-using nu::internal::RequireIterations;
-using nu::internal::Vec2;
-using nu::internal::Vec3;
-using nu::internal::ViewOf;
+using namespace nu::internal;
 
 namespace {
 
@@ -46,7 +33,7 @@ struct PlaneFrame {
 
   CNuPoint PointAt(double u, double v) const {
     const Vec3 p = origin + (u * Components(x) + v * Components(y));
-    if (!IsFinite(p)) FailFit(nu::internal::kNumericalFailure, kName);
+    if (!IsFinite(p)) FailFit(kNumericalFailure, kName);
     return ToPoint(p);
   }
 };
@@ -73,7 +60,7 @@ bool IsDegenerate(const CNuPointArray& pts, double tol) {
 Placement CircleOnLongestEdge(const CNuPointArray& pts) {
   int m, n;
   const double length = pts.MaxEdge(&m, &n);
-  if (!std::isfinite(length)) FailFit(nu::internal::kNumericalFailure, kName);
+  if (!std::isfinite(length)) FailFit(kNumericalFailure, kName);
   const Vec3 p = Components(pts[m]);
   const Vec3 q = Components(pts[n]);
   Placement circle{0.5 * length, ToPoint(0.5 * p + 0.5 * q), CNuVector(1, 0, 0), CNuVector(0, 0, 1)};
@@ -95,14 +82,14 @@ CNuPlane FlatCarrier(const CNuPointArray& pts, double tol, double* form) {
   try {
     plane.Fit(pts, form, &sumsq);
   } catch (const CNuBestfitException&) {
-    FailFit(nu::internal::kNumericalFailure, kName);
+    FailFit(kNumericalFailure, kName);
   }
   return plane;
 }
 
 PlaneFrame FrameOf(const CNuPointArray& pts, double tol) {
   PlaneFrame frame;
-  frame.origin = nu::internal::MiddleOf(pts);
+  frame.origin = MiddleOf(pts);
   frame.normal = CNuVector(0.0, 0.0, 1.0);
   frame.form = 0.0;
   if (pts.Is2D() == NuFalse) {
@@ -121,7 +108,7 @@ bool IsInPlane(const CNuPointArray& pts, const PlaneFrame& frame, double tol) {
 
 PlaneFrame RequirePlane(const CNuPointArray& pts, double tol) {
   const PlaneFrame frame = FrameOf(pts, tol);
-  if (!IsInPlane(pts, frame, tol)) FailFit(nu::internal::kPointsNotInPlane, kName, kLeastPoints);
+  if (!IsInPlane(pts, frame, tol)) FailFit(kPointsNotInPlane, kName, kLeastPoints);
   return frame;
 }
 
@@ -131,17 +118,17 @@ constexpr long kMostStartSteps = 50;
 // The centre of the least-squares circle, or where its iteration has come to.
 Vec2 LeastSquaresCentre(PointBlocks& blocks, const PlaneFrame& frame, long maxiter) {
   const Vec3 axes[] = {Components(frame.x), Components(frame.y)};
-  nu::internal::RoundLeastSquares<2> fit(blocks, {axes[0], axes[1]});
+  RoundLeastSquares<2> fit(blocks, {axes[0], axes[1]});
   if (!fit.Start()) return {};
-  const nu::internal::GaussNewtonRule rule{.tolerance = NuGetTol(),
-                                           .large = NuGetLarge(),
-                                           .limit = std::min(maxiter, kMostStartSteps),
-                                           .takesLastStep = true,
-                                           .endsAtGrowth = false,
-                                           .endsBeforeLimit = false};
-  const nu::internal::GaussNewtonEnd end = fit.Run(rule);
-  if (end == nu::internal::GaussNewtonEnd::limitReached && maxiter <= kMostStartSteps) {
-    FailFit(nu::internal::kIterationLimit, kName);
+  const GaussNewtonRule rule{.tolerance = NuGetTol(),
+                             .large = NuGetLarge(),
+                             .limit = std::min(maxiter, kMostStartSteps),
+                             .takesLastStep = true,
+                             .endsAtGrowth = false,
+                             .endsBeforeLimit = false};
+  const GaussNewtonEnd end = fit.Run(rule);
+  if (end == GaussNewtonEnd::limitReached && maxiter <= kMostStartSteps) {
+    FailFit(kIterationLimit, kName);
   }
   return {Dot(fit.Centre(), axes[0]), Dot(fit.Centre(), axes[1])};
 }
@@ -153,10 +140,9 @@ Annulus FindMinimalAnnulus(const CNuPointArray& pts, const PlaneFrame& frame, lo
   PointBlocks blocks(ViewOf(pts), frame.origin);
   const Vec2 start = LeastSquaresCentre(blocks, frame, maxiter);
   const Annulus found = NarrowestAnnulus(blocks, {Components(frame.x), Components(frame.y)}, start, maxiter);
-  if (found.end == AnnulusEnd::limitReached) FailFit(nu::internal::kIterationLimit, step);
-  if (found.end == AnnulusEnd::noOptimum) FailFit(nu::internal::kExchangeFailed, kName);
-  if (found.end == AnnulusEnd::notFinite || !std::isfinite(found.outer))
-    FailFit(nu::internal::kNumericalFailure, kName);
+  if (found.end == AnnulusEnd::limitReached) FailFit(kIterationLimit, step);
+  if (found.end == AnnulusEnd::noOptimum) FailFit(kExchangeFailed, kName);
+  if (found.end == AnnulusEnd::notFinite || !std::isfinite(found.outer)) FailFit(kNumericalFailure, kName);
   return found;
 }
 
@@ -193,7 +179,7 @@ Zone ZoneOf(const CNuPointArray& pts, double tol, long maxiter) {
 }  // namespace
 
 void CNuCircle::FitMin(const CNuPointArray& pts, double tol) {
-  nu::internal::TranslateForeign(kName, [&] {
+  TranslateForeign(kName, [&] {
     RequireCount(pts, 1, kName);
     RequireFinite(pts, kName);
     if (IsDegenerate(pts, tol)) {
@@ -202,34 +188,33 @@ void CNuCircle::FitMin(const CNuPointArray& pts, double tol) {
     }
     const PlaneFrame frame = RequirePlane(pts, tol);
     PointBlocks blocks(ViewOf(pts), frame.origin);
-    const EnclosingBall found =
-        nu::internal::SmallestEnclosingBall<2>(blocks, {Components(frame.x), Components(frame.y)});
-    if (!found.found || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
+    const EnclosingBall found = SmallestEnclosingBall<2>(blocks, {Components(frame.x), Components(frame.y)});
+    if (!found.found || !std::isfinite(found.radius)) FailFit(kNumericalFailure, kName);
     Place(found.radius, frame.PointAt(found.centre.x, found.centre.y), frame.x, frame.normal);
   });
 }
 
 ENuFitResult CNuCircle::FitMinEx(const CNuPointArray& pts, double tol) {
   const LengthToleranceScope scope(tol);
-  return nu::internal::ResultOf([&] { FitMin(pts, tol); });
+  return ResultOf([&] { FitMin(pts, tol); });
 }
 
 void CNuCircle::FitMax(const CNuPointArray& pts, double tol) {
-  nu::internal::TranslateForeign(kName, [&] {
+  TranslateForeign(kName, [&] {
     RequireCount(pts, kLeastPoints, kName);
     RequireFinite(pts, kName);
-    if (LieOnOneLine(ViewOf(pts), tol)) FailFit(nu::internal::kCollinearPoints, kName, kLeastPoints);
+    if (LieOnOneLine(ViewOf(pts), tol)) FailFit(kCollinearPoints, kName, kLeastPoints);
     const PlaneFrame frame = RequirePlane(pts, tol);
     PointBlocks blocks(ViewOf(pts), frame.origin);
-    const EmptyCircle found = nu::internal::LargestEmptyCircle(blocks, {Components(frame.x), Components(frame.y)});
-    if (!found.found || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
+    const EmptyCircle found = LargestEmptyCircle(blocks, {Components(frame.x), Components(frame.y)});
+    if (!found.found || !std::isfinite(found.radius)) FailFit(kNumericalFailure, kName);
     Place(found.radius, frame.PointAt(found.centre.x, found.centre.y), frame.x, frame.normal);
   });
 }
 
 ENuFitResult CNuCircle::FitMaxEx(const CNuPointArray& pts, double tol) {
   const LengthToleranceScope scope(tol);
-  return nu::internal::ResultOf([&] { FitMax(pts, tol); });
+  return ResultOf([&] { FitMax(pts, tol); });
 }
 
 void CNuCircle::FitMinZone(const CNuPointArray& pts, double* form, double tol, long maxiter) {
@@ -239,13 +224,13 @@ void CNuCircle::FitMinZone(const CNuPointArray& pts, double* form, double tol, l
 void CNuCircle::FitMinZone(const CNuPointArray& pts, double* form, CNuCircle* inner, CNuCircle* outer, double tol,
                            long maxiter) {
   RequireIterations(maxiter, kName);
-  nu::internal::TranslateForeign(kName, [&] {
+  TranslateForeign(kName, [&] {
     RequireCount(pts, 1, kName);
     RequireFinite(pts, kName);
     const Zone zone = ZoneOf(pts, tol, maxiter);
     const Placement& m = zone.middle;
     Place(m.radius, m.centre, m.xaxis, m.normal);
-    nu::internal::Output(form, zone.width);
+    Output(form, zone.width);
     if (inner != nullptr) inner->Place(zone.inner, m.centre, m.xaxis, m.normal);
     if (outer != nullptr) outer->Place(zone.outer, m.centre, m.xaxis, m.normal);
   });
@@ -257,5 +242,5 @@ ENuFitResult CNuCircle::FitMinZoneEx(const CNuPointArray& pts, double* form, dou
 
 ENuFitResult CNuCircle::FitMinZoneEx(const CNuPointArray& pts, double* form, CNuCircle* inner, CNuCircle* outer,
                                      double tol, long maxiter) {
-  return nu::internal::ResultWithin(tol, maxiter, kName, [&] { FitMinZone(pts, form, inner, outer, tol, maxiter); });
+  return ResultWithin(tol, maxiter, kName, [&] { FitMinZone(pts, form, inner, outer, tol, maxiter); });
 }

@@ -10,13 +10,7 @@
 #include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/point_array.h"
 
-using nu::internal::Components;
-using nu::internal::DataOf;
-using nu::internal::RequireFinite;
-using nu::internal::Store;
-using nu::internal::ToPoint;
-using nu::internal::TouchTol;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 int CNuCircle::IntersectWith(const CNuLine& l, CNuPoint* p1, CNuPoint* p2) const {
   return l.IntersectWith(*this, p1, p2);
@@ -41,7 +35,7 @@ int CNuCircle::IntersectWith(const CNuPlane& pl, CNuPoint* p1, CNuPoint* p2) con
 
 // Each point from its own angle: a chain of rotations would carry the roundings of a million steps to the last one.
 CNuPointArray CNuCircle::ToPointArray(int n) const {
-  nu::internal::RequireSamples(n, "CNuCircle::ToPolyline/PointArray()");
+  RequireSamples(n, "CNuCircle::ToPolyline/PointArray()");
   const Frame frame = GetFrame();
   const Vec3 origin = Components(frame.origin);
   const Vec3 x = Components(frame.xaxis);

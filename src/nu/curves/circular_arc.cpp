@@ -16,20 +16,7 @@
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/feature_data.h"
 
-using nu::internal::Arc3;
-using nu::internal::Components;
-using nu::internal::DataOf;
-using nu::internal::DoubleDouble;
-using nu::internal::FailOperation;
-using nu::internal::IsParallel;
-using nu::internal::LargestComponent;
-using nu::internal::ParallelTol;
-using nu::internal::Placement;
-using nu::internal::SafeNorm;
-using nu::internal::ToPoint;
-using nu::internal::TouchTol;
-using nu::internal::ToVector;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -63,7 +50,7 @@ Vec3 NormalOf(Vec3 toStart, Vec3 chord, double tol) {
   const Vec3 x = Unit(toStart);
   const Vec3 across = Cross(x, Unit(chord));
   const double sine = 2.0 * SafeNorm(across);  // of the sweep, near a half turn
-  if (IsParallel(sine, tol)) return nu::internal::UprightNormal(x);
+  if (IsParallel(sine, tol)) return UprightNormal(x);
   // Near a half turn the product is small and off a right angle by its roundings.
   return Upwards(Unit(Rejection(Unit(across), x)));
 }
@@ -71,7 +58,7 @@ Vec3 NormalOf(Vec3 toStart, Vec3 chord, double tol) {
 double TurnBetween(Vec3 toStart, Vec3 toEnd, Vec3 axis) {
   const Vec3 x = Unit(toStart);
   const Vec3 e = Unit(toEnd);
-  const double angle = nu::internal::Atan2(Dot(Cross(axis, x), e), Dot(x, e));
+  const double angle = Atan2(Dot(Cross(axis, x), e), Dot(x, e));
   return angle > 0.0 ? angle : angle + Nu_2PI;
 }
 
@@ -98,7 +85,7 @@ struct CornerCircle {
   Vec3 axis, toCentre;
 };
 CornerCircle CircleThrough(Vec3 u, Vec3 v) {
-  const double scale = nu::internal::ScaleFor(std::max(LargestComponent(u), LargestComponent(v)));
+  const double scale = ScaleFor(std::max(LargestComponent(u), LargestComponent(v)));
   const WideVec3 a = Wide(scale * u);
   const WideVec3 b = Wide(scale * v);
   const WideVec3 n = Cross(a, b);
@@ -214,7 +201,7 @@ void CNuCircularArc::TurnInto(const CNuVector& normal) {
 }
 
 CNuPointArray CNuCircularArc::ToPointArray(int n) const {
-  nu::internal::RequireSamples(n, "CNuCircularArc::ToPolyline/PointArray()");
+  RequireSamples(n, "CNuCircularArc::ToPolyline/PointArray()");
   const Arc3 arc = DataOf(*this);
   CNuPointArray points(n);
   points.Add(ToPoint(arc.start));
@@ -237,28 +224,28 @@ CNuPoint CNuCircularArc::GetEndPoint() {
 
 void CNuCircularArc::GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
   const Arc3 arc = DataOf(*this);
-  nu::internal::Output(point, ToPoint(arc.start));
-  nu::internal::Output(tangent, ToVector(arc.y));
-  nu::internal::Output(normal, ToVector(Upwards(arc.Axis())));
+  Output(point, ToPoint(arc.start));
+  Output(tangent, ToVector(arc.y));
+  Output(normal, ToVector(Upwards(arc.Axis())));
 }
 
 void CNuCircularArc::GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
   const Arc3 arc = DataOf(*this);
-  nu::internal::Output(point, ToPoint(arc.end));
-  nu::internal::Output(tangent, ToVector(Unit(Cross(arc.Axis(), arc.end - arc.centre))));
-  nu::internal::Output(normal, ToVector(Upwards(arc.Axis())));
+  Output(point, ToPoint(arc.end));
+  Output(tangent, ToVector(Unit(Cross(arc.Axis(), arc.end - arc.centre))));
+  Output(normal, ToVector(Upwards(arc.Axis())));
 }
 
 void CNuCircularArc::BoundingBox(CNuPoint* min, CNuPoint* max) const {
-  nu::internal::StoreBounds(*this, min, max);
+  StoreBounds(*this, min, max);
 }
 
 void CNuCircularArc::BoundingCircle(double* radius, CNuPoint* centre) const {
-  StoreBall(SmallestBallAround(nu::internal::PiecesOf(*this)), radius, centre);
+  StoreBall(SmallestBallAround(PiecesOf(*this)), radius, centre);
 }
 
 double CNuCircularArc::DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const {
-  return nu::internal::DistanceBetween(*this, *other, p1, p2);
+  return DistanceBetween(*this, *other, p1, p2);
 }
 
 double CNuCircularArc::DistanceTo(const CNuPoint& p) const {
@@ -272,7 +259,7 @@ double CNuCircularArc::Length() const {
 
 // The arc about whose axis it runs counter-clockwise has its centre to the left.
 CNuBoundedCurve* CNuCircularArc::Offset(double distance, const CNuVector& normal, int) {
-  const Vec3 given = nu::internal::RequireOffset(distance, normal, kOffset);
+  const Vec3 given = RequireOffset(distance, normal, kOffset);
   const Vec3 axis = DataOf(*this).Axis();
   if (!IsParallel(SafeNorm(Cross(given, axis)), AngularTol(1.0, 1.0))) {
     FailOperation(45, "Offset of non-planar curve", kOffset);

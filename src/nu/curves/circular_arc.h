@@ -9,10 +9,12 @@
 #include "nu/geometry/point.h"
 #include "nu/linalg/vector.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 struct Arc3;
-Arc3 DataOf(const CNuCircularArc& arc);
-}  // namespace nu::internal
+}
+namespace nu::internal {
+engine::chains::Arc3 DataOf(const CNuCircularArc& arc);
+}
 
 // A part of a circle, up to all of it. It is defined by its centre, its ends, its normal and whether it runs
 // counter-clockwise seen from the tip of that: so that an arc in a plane z = const has the normal (0, 0, 1) whatever
@@ -63,7 +65,7 @@ class NU_EXPORT CNuCircularArc : public CNuBoundedCurve {
 
  private:
   friend class CNuCompositeCurve;
-  friend nu::internal::Arc3 nu::internal::DataOf(const CNuCircularArc& arc);
+  friend nu::engine::chains::Arc3 nu::internal::DataOf(const CNuCircularArc& arc);
 
   // Once around the unit circle, from (1, 0, 0) on.
   CNuCircularArc();

@@ -20,18 +20,7 @@
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
 
-using nu::internal::Arc3;
-using nu::internal::As;
-using nu::internal::CoincidenceTol;
-using nu::internal::Components;
-using nu::internal::FailOperation;
-using nu::internal::PieceChain;
-using nu::internal::PiecesOf;
-using nu::internal::SafeNorm;
-using nu::internal::Segment3;
-using nu::internal::ToPoint;
-using nu::internal::ToVector;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -84,7 +73,7 @@ double Chords(const Arc3& arc, double tol) {
   constexpr double kRounding = std::numeric_limits<double>::epsilon();
   const double quarterTurn = 0.5 * Nu_PI;
   const double reach = std::max(tol, kRounding * (arc.radius + LargestComponent(arc.centre)));
-  const double step = 4.0 * nu::internal::Asin(std::sqrt(std::min(1.0, 0.5 * reach / arc.radius)));
+  const double step = 4.0 * Asin(std::sqrt(std::min(1.0, 0.5 * reach / arc.radius)));
   return std::max(1.0, std::ceil(arc.sweep / std::min(step, quarterTurn)));
 }
 
@@ -170,7 +159,7 @@ void CNuCompositeCurve::Add(std::shared_ptr<CNuBoundedCurve> segment, bool atEnd
 }
 
 const CNuBoundedCurve* CNuCompositeCurve::GetSegment(int i) const {
-  nu::internal::RequireIndex(i, GetNumberSegments(), "operation", "CNuCompositeCurve::GetSegment()");
+  RequireIndex(i, GetNumberSegments(), "operation", "CNuCompositeCurve::GetSegment()");
   return m_segments[static_cast<std::size_t>(i)].get();
 }
 
@@ -218,7 +207,7 @@ CNuPolyline CNuCompositeCurve::ToPolyline(double tol) const {
   for (int i = 0; i < chain.Size(); ++i) {
     if (const Arc3* arc = chain.ArcAt(i)) parts += Chords(*arc, tol) - 1.0;
   }
-  nu::internal::RequireSamples(parts, where);
+  RequireSamples(parts, where);
   CNuPointArray points(static_cast<int>(parts) + 2 * chain.Size());
   for (int i = 0; i < chain.Size(); ++i) {
     const Segment3& ends = chain.Ends(i);
@@ -263,18 +252,18 @@ CNuVector CNuCompositeCurve::PlaneNormal() const {
 void CNuCompositeCurve::GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
   RequireSegments("CNuCompositeCurve::GetStartData()");
   m_segments.front()->GetStartData(point, tangent, normal);
-  nu::internal::Output(normal, PlaneNormal());
+  Output(normal, PlaneNormal());
 }
 
 void CNuCompositeCurve::GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
   RequireSegments("CNuCompositeCurve::GetEndData()");
   m_segments.back()->GetEndData(point, tangent, normal);
-  nu::internal::Output(normal, PlaneNormal());
+  Output(normal, PlaneNormal());
 }
 
 void CNuCompositeCurve::BoundingBox(CNuPoint* min, CNuPoint* max) const {
   RequireSegments("CNuCompositeCurve::BoundingBox()");
-  nu::internal::StoreBounds(*this, min, max);
+  StoreBounds(*this, min, max);
 }
 
 void CNuCompositeCurve::BoundingCircle(double* radius, CNuPoint* centre) const {
@@ -283,23 +272,23 @@ void CNuCompositeCurve::BoundingCircle(double* radius, CNuPoint* centre) const {
 }
 
 double CNuCompositeCurve::DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const {
-  return nu::internal::DistanceBetween(*this, *other, p1, p2);
+  return DistanceBetween(*this, *other, p1, p2);
 }
 
 double CNuCompositeCurve::DistanceTo(const CNuPoint& p) const {
   RequireSegments("CNuCompositeCurve::DistanceTo()");
   const PieceChain chain = PiecesOf(*this);
   const Vec3 target = Components(p);
-  nu::internal::NearPair best = nu::internal::PairOf(target, chain.Ends(0).start);
+  NearPair best = PairOf(target, chain.Ends(0).start);
   for (int i = 0; i < chain.Size(); ++i) {
     const Arc3* arc = chain.ArcAt(i);
-    best.Include(nu::internal::PairOf(target, arc ? ClosestOn(*arc, target) : ClosestOn(chain.Ends(i), target)));
+    best.Include(PairOf(target, arc ? ClosestOn(*arc, target) : ClosestOn(chain.Ends(i), target)));
   }
-  return std::isnan(best.distance) ? nu::internal::DistanceAtAnySize(*this, target) : best.distance;
+  return std::isnan(best.distance) ? DistanceAtAnySize(*this, target) : best.distance;
 }
 
 double CNuCompositeCurve::Length() const {
-  nu::internal::CompensatedSum sum;
+  CompensatedSum sum;
   for (const auto& segment : m_segments) {
     const double length = segment->Length();
     sum.Add(length);

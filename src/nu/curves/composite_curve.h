@@ -9,9 +9,9 @@
 #include "nu/export.h"
 #include "nu/foundation/boolean.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 class PieceChain;
-}  // namespace nu::internal
+}
 
 // A chain of line segments and circular arcs. Each is meant to start where the one before it ends, but need not: what
 // cannot do with gaps says so. The curve may be closed, cross itself and leave its plane. Its frame has the axes of the
@@ -111,7 +111,7 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   void ReadSegments(int size, std::ifstream& in);
   void FindPlanesOfArcs();
   CNuVector PlaneNormal() const;
-  static std::unique_ptr<CNuCompositeCurve> CurveOf(const nu::internal::PieceChain& chain);
+  static std::unique_ptr<CNuCompositeCurve> CurveOf(const nu::engine::chains::PieceChain& chain);
 
   Segments m_segments;
   Frame m_carried;  // where the frame was when the segments were last taken along

@@ -11,9 +11,7 @@
 #include "nu/geometry/internal/directions.h"
 #include "nu/linalg/internal/binary_file.h"
 
-using nu::internal::As;
-using nu::internal::BinaryFileReader;
-using nu::internal::BinaryFileWriter;
+using namespace nu::internal;
 
 namespace {
 
@@ -49,7 +47,7 @@ bool CNuCircularArc::BinaryDump(std::ofstream& out) const {
   GetCentre().BinaryDump(out);
   GetStartPoint().BinaryDump(out);
   GetEndPoint().BinaryDump(out);
-  nu::internal::WriteInt(out, GetSense());
+  WriteInt(out, GetSense());
   return true;
 }
 
@@ -60,7 +58,7 @@ bool CNuCircularArc::BinaryRead(std::ifstream& in) {
   centre.BinaryRead(in);
   start.BinaryRead(in);
   end.BinaryRead(in);
-  if (!nu::internal::ReadInt(in, &sense)) return false;
+  if (!ReadInt(in, &sense)) return false;
   try {
     *this = CNuCircularArc(centre, start, end, sense != NuFalse ? NuTrue : NuFalse);
   } catch (const CNuConstructionException&) {
@@ -105,7 +103,7 @@ void CNuCompositeCurve::ReadSegments(int size, std::ifstream& in) {
     Add(ofType, true);
   };
   int type = 0;
-  for (int i = 0; i < size && nu::internal::ReadInt(in, &type); ++i) {
+  for (int i = 0; i < size && ReadInt(in, &type); ++i) {
     if (type == NuTypeLineSegment) read(CNuLineSegment(), defaultSegment);
     if (type == NuTypeCircularArc) read(CNuCircularArc(), defaultArc);
   }
@@ -114,18 +112,18 @@ void CNuCompositeCurve::ReadSegments(int size, std::ifstream& in) {
 
 // The record of an arc does not hold its plane; see BinaryRead. Default segments, which are shared, have no neighbours.
 void CNuCompositeCurve::FindPlanesOfArcs() {
-  nu::internal::PieceChain chain;
+  PieceChain chain;
   std::vector<CNuBoundedCurve*> segments;
   for (const auto& segment : m_segments) {
     if (segment.use_count() > 1) continue;
-    nu::internal::AddPiece(*segment, chain);
+    AddPiece(*segment, chain);
     segments.push_back(segment.get());
   }
   if (segments.empty()) return;
-  const double joinTol = nu::internal::CoincidenceTol(NuGetLengthTol(), chain.LargestCoordinate());
-  const nu::internal::ArcPlanes planes(chain, joinTol, nu::internal::ParallelTol());
+  const double joinTol = CoincidenceTol(NuGetLengthTol(), chain.LargestCoordinate());
+  const ArcPlanes planes(chain, joinTol, ParallelTol());
   for (int i = 0; i < chain.Size(); ++i) {
-    const std::optional<nu::internal::Vec3> normal = planes.NormalOf(i);
+    const std::optional<Vec3> normal = planes.NormalOf(i);
     if (!normal) continue;
     As<CNuCircularArc>(*segments[static_cast<std::size_t>(i)])->TurnInto(nu::internal::ToVector(*normal));
   }

@@ -7,12 +7,7 @@
 #include "nu/curves/line_segment.h"
 #include "nu/geometry/internal/directions.h"
 
-using nu::internal::Arc3;
-using nu::internal::PieceChain;
-using nu::internal::PiecesOf;
-using nu::internal::ToPoint;
-using nu::internal::ToVector;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -37,8 +32,8 @@ std::unique_ptr<CNuCompositeCurve> CNuCompositeCurve::CurveOf(const PieceChain& 
 
 CNuBoundedCurve* CNuCompositeCurve::Offset(double distance, const CNuVector& normal, int shape) {
   RequireSegments(kOffset);
-  const Vec3 given = nu::internal::RequireOffset(distance, normal, kOffset);
-  return CurveOf(nu::internal::OneOffset(PiecesOf(*this), distance, given, shape, kOffset)).release();
+  const Vec3 given = RequireOffset(distance, normal, kOffset);
+  return CurveOf(OneOffset(PiecesOf(*this), distance, given, shape, kOffset)).release();
 }
 
 CNuBoundedCurve* CNuCompositeCurve::Offset(double distance) {
@@ -49,10 +44,10 @@ CNuBoundedCurve* CNuCompositeCurve::Offset(double distance) {
 int CNuCompositeCurve::OffsetAll(double distance, const CNuVector& normal, int corners, CNuObjArray* loops) const {
   constexpr const char* where = "CNuCompositeCurve::OffsetAll()";
   RequireSegments(where);
-  const Vec3 given = nu::internal::RequireOffset(distance, normal, where);
+  const Vec3 given = RequireOffset(distance, normal, where);
   std::vector<std::unique_ptr<CNuCompositeCurve>> curves;
-  for (const PieceChain& chain : nu::internal::OffsetCurves(PiecesOf(*this), distance, given, corners, where)) {
+  for (const PieceChain& chain : OffsetCurves(PiecesOf(*this), distance, given, corners, where)) {
     curves.push_back(CurveOf(chain));
   }
-  return nu::internal::HandOver(std::move(curves), loops);
+  return HandOver(std::move(curves), loops);
 }

@@ -5,8 +5,7 @@
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/fit_guards.h"
 
-using nu::internal::CosineAt;
-using nu::internal::SineAt;
+using namespace nu::internal;
 
 namespace {
 
@@ -16,16 +15,16 @@ constexpr const char* kName = "CNuCosineCurve";
 
 CNuCosineCurve::CNuCosineCurve(double a, double b, double c, double d)
     : CNuTrigonometry(NuTypeCosineCurve), m_a(a), m_b(b), m_c(c), m_d(d) {
-  nu::internal::RequireSinusoid(a, b, kName);
+  RequireSinusoid(a, b, kName);
 }
 
 CNuCosineCurve::~CNuCosineCurve() = default;
 
 void CNuCosineCurve::GetData(double* a, double* b, double* c, double* d) const {
-  nu::internal::Output(a, m_a);
-  nu::internal::Output(b, m_b);
-  nu::internal::Output(c, m_c);
-  nu::internal::Output(d, m_d);
+  Output(a, m_a);
+  Output(b, m_b);
+  Output(c, m_c);
+  Output(d, m_d);
 }
 
 double CNuCosineCurve::ValueAt(double x) const {
@@ -45,15 +44,14 @@ void CNuCosineCurve::Fit(const CNuPointArray& points, long maxIter) {
 }
 
 void CNuCosineCurve::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
-  nu::internal::RequireIterations(maxIter, kName);
-  nu::internal::TranslateForeign(kName, [&] {
-    const nu::internal::FittedSinusoid found =
-        nu::internal::FitSinusoid(points, kName, formError != nullptr || sumSquares != nullptr, maxIter);
+  RequireIterations(maxIter, kName);
+  TranslateForeign(kName, [&] {
+    const FittedSinusoid found = FitSinusoid(points, kName, formError != nullptr || sumSquares != nullptr, maxIter);
     m_a = found.a;
     m_b = found.b;
-    m_c = nu::internal::PhaseOf(found.cosine, -found.sine);
+    m_c = PhaseOf(found.cosine, -found.sine);
     m_d = found.d;
-    nu::internal::StoreForm(found.deviations, formError, sumSquares);
+    StoreForm(found.deviations, formError, sumSquares);
   });
 }
 
@@ -62,6 +60,6 @@ ENuFitResult CNuCosineCurve::FitEx(const CNuPointArray& points, long maxIter) {
 }
 
 ENuFitResult CNuCosineCurve::FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
-  nu::internal::RequireIterations(maxIter, kName);
-  return nu::internal::ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
+  RequireIterations(maxIter, kName);
+  return ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
 }

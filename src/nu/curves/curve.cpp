@@ -6,8 +6,7 @@
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/linalg/vector.h"
 
-using nu::internal::FailFit;
-using nu::internal::FailOperation;
+using namespace nu::internal;
 
 namespace {
 
@@ -17,38 +16,38 @@ constexpr int kLeastPoints = 5;
 }  // namespace
 
 void CNuCurve::FitQuadratic(const CNuPointArray& xy, CNuVector* six) {
-  nu::internal::RequireCount(xy, kLeastPoints, kName);
-  nu::internal::RequireFinite(xy, kName);
-  const nu::internal::Box box = nu::internal::ExtentsOf(nu::internal::ViewOf(xy)).box;
+  RequireCount(xy, kLeastPoints, kName);
+  RequireFinite(xy, kName);
+  const Box box = ExtentsOf(ViewOf(xy)).box;
   if (!(box.high[2] - box.low[2] <= NuGetLengthTol())) FailOperation(45, "3D calculation", "CNuCurve::FitQuadratic()");
   if (CNuGeometry::NumberDistinctPoints(xy, kLeastPoints, NuGetLengthTol()) == 0) {
-    FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
+    FailFit(kDegeneratePoints, kName, kLeastPoints);
   }
-  nu::internal::TranslateForeign(kName, [&] {
-    const nu::internal::Quadratic2 g = nu::internal::FittedQuadratic(nu::internal::ViewOf(xy));
+  TranslateForeign(kName, [&] {
+    const Quadratic2 g = FittedQuadratic(ViewOf(xy));
     CNuVector found(6);
     const double coefficients[] = {g.a, g.b, g.c, g.d, g.e, g.f};
     for (int i = 0; i < 6; ++i) {
-      if (!std::isfinite(coefficients[i])) FailFit(nu::internal::kNumericalFailure, kName);
+      if (!std::isfinite(coefficients[i])) FailFit(kNumericalFailure, kName);
       found[i] = coefficients[i];
     }
-    nu::internal::Output(six, found);
+    Output(six, found);
   });
 }
 
 int CNuCurve::ClassifyQuadratic(const CNuVector& six, double tol) {
   constexpr const char* kWhere = "CNuCurve::ClassifyQuadratic()";
   if (six.GetSize() != 6) FailOperation(5, "data checking", kWhere);
-  switch (nu::internal::KindOf({six[0], six[1], six[2], six[3], six[4], six[5]}, tol)) {
-    case nu::internal::QuadraticKind::ellipse:
+  switch (KindOf({six[0], six[1], six[2], six[3], six[4], six[5]}, tol)) {
+    case QuadraticKind::ellipse:
       return 1;
-    case nu::internal::QuadraticKind::hyperbola:
+    case QuadraticKind::hyperbola:
       return 2;
-    case nu::internal::QuadraticKind::parabola:
+    case QuadraticKind::parabola:
       return 3;
-    case nu::internal::QuadraticKind::lines:
+    case QuadraticKind::lines:
       return 4;
-    case nu::internal::QuadraticKind::none:
+    case QuadraticKind::none:
       break;
   }
   FailOperation(46, "classification", kWhere);

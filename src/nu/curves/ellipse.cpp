@@ -9,8 +9,7 @@
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/geometry/plane.h"
 
-using nu::internal::ConicAxes;
-using nu::internal::RequireAxes;
+using namespace nu::internal;
 
 namespace {
 
@@ -18,7 +17,7 @@ constexpr const char* kName = "CNuEllipse";
 constexpr const char* kSampling = "CNuEllipse::ToPolyline/PointArray()";
 
 double RequireSemiAxis(double length) {
-  return nu::internal::RequireLength(length, kName, "semi-axis");
+  return RequireLength(length, kName, "semi-axis");
 }
 
 }  // namespace
@@ -60,12 +59,12 @@ CNuPlane CNuEllipse::GetPlane() const {
 
 void CNuEllipse::GetData(double* a, double* b, CNuPoint* centre, CNuVector* xAxis, CNuVector* normal) const {
   GetPosition(centre, xAxis, normal);
-  nu::internal::Output(a, m_a);
-  nu::internal::Output(b, m_b);
+  Output(a, m_a);
+  Output(b, m_b);
 }
 
 double CNuEllipse::DistanceTo(const CNuPoint& p) const {
-  return nu::internal::CoordinatesFor(p, *this).Distance();
+  return CoordinatesFor(p, *this).Distance();
 }
 
 int CNuEllipse::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const {
@@ -77,12 +76,12 @@ int CNuEllipse::IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2)
 }
 
 CNuPointArray CNuEllipse::ToPointArray(int n) const {
-  nu::internal::RequireSamples(n, kSampling);
+  RequireSamples(n, kSampling);
   CNuPointArray points = SampledPoints(nu::internal::DataOf(*this), n, 0.0, Nu_2PI, kSampling, [this](double u) {
     double c = 0.0;
     double s = 0.0;
     NuCosSin(u, &c, &s);
-    return nu::internal::Vec2{m_a * c, m_b * s};
+    return Vec2{m_a * c, m_b * s};
   });
   points[n - 1] = points[0];
   return points;

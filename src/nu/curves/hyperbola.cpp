@@ -7,8 +7,7 @@
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/plane.h"
 
-using nu::internal::ConicAxes;
-using nu::internal::RequireAxes;
+using namespace nu::internal;
 
 namespace {
 
@@ -16,7 +15,7 @@ constexpr const char* kName = "CNuHyperbola";
 constexpr const char* kSampling = "CNuHyperbola::ToPolyline/PointArray()";
 
 double RequireSemiAxis(double length) {
-  return nu::internal::RequireLength(length, kName, "semi-axis");
+  return RequireLength(length, kName, "semi-axis");
 }
 
 }  // namespace
@@ -57,12 +56,12 @@ CNuPlane CNuHyperbola::GetPlane() const {
 
 void CNuHyperbola::GetData(double* a, double* b, CNuPoint* centre, CNuVector* xAxis, CNuVector* normal) const {
   GetPosition(centre, xAxis, normal);
-  nu::internal::Output(a, m_a);
-  nu::internal::Output(b, m_b);
+  Output(a, m_a);
+  Output(b, m_b);
 }
 
 double CNuHyperbola::DistanceTo(const CNuPoint& p) const {
-  return nu::internal::CoordinatesFor(p, *this).Distance();
+  return CoordinatesFor(p, *this).Distance();
 }
 
 int CNuHyperbola::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const {
@@ -74,10 +73,10 @@ int CNuHyperbola::IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p
 }
 
 CNuPointArray CNuHyperbola::ToPointArray(int n, double t0, double t1, int branch) const {
-  nu::internal::RequireSamples(n, t0, t1, branch, kSampling);
+  RequireSamples(n, t0, t1, branch, kSampling);
   const double a = branch == 0 ? m_a : -m_a;
   return SampledPoints(nu::internal::DataOf(*this), n, t0, t1, kSampling, [this, a](double t) {
-    return nu::internal::Vec2{a * nu::internal::Cosh(t), m_b * nu::internal::Sinh(t)};
+    return Vec2{a * Cosh(t), m_b * Sinh(t)};
   });
 }
 

@@ -1,6 +1,8 @@
 #include "nu/curves/hyperbola.h"
 #include "nu/curves/internal/conic_fit.h"
 
+using namespace nu::internal;
+
 // Least-squares hyperbola in the least-squares plane of the points.
 
 namespace {
@@ -16,16 +18,15 @@ void CNuHyperbola::Fit(const CNuPointArray& points, long maxIter) {
 }
 
 void CNuHyperbola::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
-  nu::internal::RequireIterations(maxIter, kName);
-  nu::internal::TranslateForeign(kName, [&] {
-    nu::internal::RequireCount(points, kLeastPoints, kName);
-    nu::internal::RequireDistinct(points, kLeastDistinct, kName);
-    const auto found = nu::internal::FitConic<nu::internal::Hyperbola2>(
-        points, kName, formError != nullptr || sumSquares != nullptr, maxIter);
+  RequireIterations(maxIter, kName);
+  TranslateForeign(kName, [&] {
+    RequireCount(points, kLeastPoints, kName);
+    RequireDistinct(points, kLeastDistinct, kName);
+    const auto found = FitConic<Hyperbola2>(points, kName, formError != nullptr || sumSquares != nullptr, maxIter);
     SetPosition(ToPoint(found.origin), ToVector(found.xAxis), found.normal);
     m_a = found.curve.a;
     m_b = found.curve.b;
-    nu::internal::StoreForm(found.deviations, formError, sumSquares);
+    StoreForm(found.deviations, formError, sumSquares);
   });
 }
 
@@ -34,6 +35,6 @@ ENuFitResult CNuHyperbola::FitEx(const CNuPointArray& points, long maxIter) {
 }
 
 ENuFitResult CNuHyperbola::FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
-  nu::internal::RequireIterations(maxIter, kName);
-  return nu::internal::ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
+  RequireIterations(maxIter, kName);
+  return ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
 }

@@ -11,21 +11,7 @@
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/feature_data.h"
 
-using nu::internal::Arc3;
-using nu::internal::Components;
-using nu::internal::DataOf;
-using nu::internal::FailOperation;
-using nu::internal::IsParallel;
-using nu::internal::Line3;
-using nu::internal::NearPair;
-using nu::internal::ParallelTol;
-using nu::internal::Placement;
-using nu::internal::SafeNorm;
-using nu::internal::Segment3;
-using nu::internal::ToPoint;
-using nu::internal::TouchTol;
-using nu::internal::ToVector;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -85,7 +71,7 @@ void CNuLineSegment::Reverse() {
 }
 
 CNuPolyline CNuLineSegment::ToPolyline(int n) const {
-  nu::internal::RequireSamples(n, "CNuLineSegment::ToPolyline()");
+  RequireSamples(n, "CNuLineSegment::ToPolyline()");
   const Segment3 s = Data();
   CNuPointArray points(n);
   for (int i = 0; i < n; ++i) points.Add(ToPoint(s.At(static_cast<double>(i) / (n - 1))));
@@ -101,7 +87,7 @@ int CNuLineSegment::IntersectWith(const CNuLineSegment& segment, CNuPoint* p) co
   if (!(pair.distance <= tol)) return 0;
   const double sine = SafeNorm(Cross(DirectionOf(first), DirectionOf(second)));
   if (IsParallel(sine, ParallelTol()) && Overlap(first, second) > tol) return 0;
-  nu::internal::Output(p, MiddleOf(pair));
+  Output(p, MiddleOf(pair));
   return 1;
 }
 
@@ -113,7 +99,7 @@ int CNuLineSegment::IntersectWith(const CNuCircularArc& arc, CNuPoint* p1, CNuPo
   RequireFinite(where, s.start, s.end, a.centre);
   const double tol = TouchTol(a.radius, s.start, s.end, a.centre);
   const auto met = Meet(Line3{s.start, DirectionOf(s)}, a.Circle(), tol);
-  nu::internal::Points2 common;
+  Points2 common;
   for (int i = 0; i < met.count; ++i) {
     const Vec3 p = met.at[i];
     if (SafeNorm(p - ClosestOn(s, p)) <= tol && SafeNorm(p - ClosestOn(a, p)) <= tol) common.Add(p);
@@ -121,7 +107,7 @@ int CNuLineSegment::IntersectWith(const CNuCircularArc& arc, CNuPoint* p1, CNuPo
   if (common.count > 0) return Store(common, p1, p2, where);
   const NearPair pair = ClosestBetween(s, a);
   if (!(pair.distance <= tol)) return 0;
-  nu::internal::Output(p1, MiddleOf(pair));
+  Output(p1, MiddleOf(pair));
   return 1;
 }
 
@@ -135,7 +121,7 @@ int CNuLineSegment::IntersectWith(const CNuLine& l, CNuPoint* p) const {
   const Vec3 here = s.At(t);
   const Vec3 there = line.At(Dot(here - line.point, line.direction));
   if (!(SafeNorm(here - there) <= TouchTol(0.0, s.start, s.end, line.point))) return 0;
-  nu::internal::Output(p, ToPoint(here + 0.5 * (there - here)));
+  Output(p, ToPoint(here + 0.5 * (there - here)));
   return 1;
 }
 
@@ -149,27 +135,27 @@ CNuPoint CNuLineSegment::GetEndPoint() {
 
 void CNuLineSegment::GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
   GetEndData(point, tangent, normal);
-  nu::internal::Output(point, ToPoint(Data().start));
+  Output(point, ToPoint(Data().start));
 }
 
 void CNuLineSegment::GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
   const Segment3 s = Data();
-  nu::internal::Output(point, ToPoint(s.end));
-  nu::internal::Output(tangent, ToVector(DirectionOf(s)));
-  nu::internal::Output(normal, ToVector(nu::internal::UprightNormal(DirectionOf(s))));
+  Output(point, ToPoint(s.end));
+  Output(tangent, ToVector(DirectionOf(s)));
+  Output(normal, ToVector(UprightNormal(DirectionOf(s))));
 }
 
 void CNuLineSegment::BoundingBox(CNuPoint* min, CNuPoint* max) const {
-  nu::internal::StoreBounds(*this, min, max);
+  StoreBounds(*this, min, max);
 }
 
 void CNuLineSegment::BoundingCircle(double* radius, CNuPoint* centre) const {
   const Segment3 s = Data();
-  nu::internal::StoreBall({s.At(0.5), 0.5 * SafeNorm(s.end - s.start)}, radius, centre);
+  StoreBall({s.At(0.5), 0.5 * SafeNorm(s.end - s.start)}, radius, centre);
 }
 
 double CNuLineSegment::DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const {
-  return nu::internal::DistanceBetween(*this, *other, p1, p2);
+  return DistanceBetween(*this, *other, p1, p2);
 }
 
 double CNuLineSegment::DistanceTo(const CNuPoint& p) const {
@@ -182,7 +168,7 @@ double CNuLineSegment::Length() const {
 }
 
 CNuBoundedCurve* CNuLineSegment::Offset(double distance, const CNuVector& normal, int) {
-  const Vec3 across = Cross(DirectionOf(Data()), nu::internal::RequireOffset(distance, normal, kOffset));
+  const Vec3 across = Cross(DirectionOf(Data()), RequireOffset(distance, normal, kOffset));
   if (IsParallel(SafeNorm(across), ParallelTol())) FailOperation(26, "Offset", kOffset);
   const Vec3 way = distance * Unit(across);
   auto moved = std::make_unique<CNuLineSegment>(*this);
@@ -191,5 +177,5 @@ CNuBoundedCurve* CNuLineSegment::Offset(double distance, const CNuVector& normal
 }
 
 CNuBoundedCurve* CNuLineSegment::Offset(double distance) {
-  return Offset(distance, ToVector(nu::internal::UprightNormal(DirectionOf(Data()))), 0);
+  return Offset(distance, ToVector(UprightNormal(DirectionOf(Data()))), 0);
 }

@@ -6,8 +6,7 @@
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/plane.h"
 
-using nu::internal::ConicAxes;
-using nu::internal::RequireAxes;
+using namespace nu::internal;
 
 namespace {
 
@@ -16,8 +15,7 @@ constexpr const char* kSampling = "CNuParabola::ToPolyline/PointArray()";
 
 }  // namespace
 
-CNuParabola::CNuParabola(double f)
-    : CNuCurve(NuTypeParabola), m_f(nu::internal::RequireLength(f, kName, "focal-length")) {}
+CNuParabola::CNuParabola(double f) : CNuCurve(NuTypeParabola), m_f(RequireLength(f, kName, "focal-length")) {}
 
 CNuParabola::CNuParabola(double f, const CNuPoint& vertex) : CNuParabola(f) {
   SetPosition(vertex, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
@@ -52,11 +50,11 @@ CNuPlane CNuParabola::GetPlane() const {
 
 void CNuParabola::GetData(double* f, CNuPoint* vertex, CNuVector* xAxis, CNuVector* normal) const {
   GetPosition(vertex, xAxis, normal);
-  nu::internal::Output(f, m_f);
+  Output(f, m_f);
 }
 
 double CNuParabola::DistanceTo(const CNuPoint& p) const {
-  return nu::internal::CoordinatesFor(p, *this).Distance();
+  return CoordinatesFor(p, *this).Distance();
 }
 
 int CNuParabola::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const {
@@ -68,11 +66,11 @@ int CNuParabola::IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2
 }
 
 CNuPointArray CNuParabola::ToPointArray(int n, double t0, double t1, int side) const {
-  nu::internal::RequireSamples(n, t0, t1, side, kSampling);
-  if (!(t1 > 0.0)) nu::internal::FailOperation(14, "conversion", kSampling);
+  RequireSamples(n, t0, t1, side, kSampling);
+  if (!(t1 > 0.0)) FailOperation(14, "conversion", kSampling);
   const double root = (side == 0 ? 2.0 : -2.0) * std::sqrt(m_f);
   return SampledPoints(nu::internal::DataOf(*this), n, std::fmax(t0, 0.0), t1, kSampling, [root](double t) {
-    return nu::internal::Vec2{t, root * std::sqrt(t)};
+    return Vec2{t, root * std::sqrt(t)};
   });
 }
 

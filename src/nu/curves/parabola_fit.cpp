@@ -1,6 +1,8 @@
 #include "nu/curves/internal/conic_fit.h"
 #include "nu/curves/parabola.h"
 
+using namespace nu::internal;
+
 // Least-squares parabola in the least-squares plane of the points. It has four parameters, so four distinct points say
 // where it is; that five points are asked for all the same is required, as hosts rely on one count for all conics.
 
@@ -17,15 +19,14 @@ void CNuParabola::Fit(const CNuPointArray& points, long maxIter) {
 }
 
 void CNuParabola::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
-  nu::internal::RequireIterations(maxIter, kName);
-  nu::internal::TranslateForeign(kName, [&] {
-    nu::internal::RequireCount(points, kLeastPoints, kName);
-    nu::internal::RequireDistinct(points, kLeastDistinct, kName);
-    const auto found = nu::internal::FitConic<nu::internal::Parabola2>(
-        points, kName, formError != nullptr || sumSquares != nullptr, maxIter);
+  RequireIterations(maxIter, kName);
+  TranslateForeign(kName, [&] {
+    RequireCount(points, kLeastPoints, kName);
+    RequireDistinct(points, kLeastDistinct, kName);
+    const auto found = FitConic<Parabola2>(points, kName, formError != nullptr || sumSquares != nullptr, maxIter);
     SetPosition(ToPoint(found.origin), ToVector(found.xAxis), found.normal);
     m_f = found.curve.f;
-    nu::internal::StoreForm(found.deviations, formError, sumSquares);
+    StoreForm(found.deviations, formError, sumSquares);
   });
 }
 
@@ -34,6 +35,6 @@ ENuFitResult CNuParabola::FitEx(const CNuPointArray& points, long maxIter) {
 }
 
 ENuFitResult CNuParabola::FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
-  nu::internal::RequireIterations(maxIter, kName);
-  return nu::internal::ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
+  RequireIterations(maxIter, kName);
+  return ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
 }

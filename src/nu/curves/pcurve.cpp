@@ -10,12 +10,7 @@
 #include "nu/foundation/internal/new_objects.h"
 #include "nu/geometry/internal/directions.h"
 
-using nu::internal::AxisFrame;
-using nu::internal::Components;
-using nu::internal::QuadricCurve;
-using nu::internal::ToPoint;
-using nu::internal::ToVector;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -78,7 +73,7 @@ double CNuPCurve::DistanceTo(const CNuPoint& p) const {
 }
 
 CNuPointArray CNuPCurve::ToPointArray(int n) const {
-  nu::internal::RequireSamples(n, "CNuPCurve::ToPolyline/PointArray()");
+  RequireSamples(n, "CNuPCurve::ToPolyline/PointArray()");
   const AxisFrame frame = AxesOf(GetFrame());
   const double lower = m_curve->path.lower;
   const double upper = m_curve->path.upper;
@@ -96,8 +91,8 @@ CNuPolyline CNuPCurve::ToPolyline(int n) const {
 CNuPoint CNuPCurve::ClosestPoint(const CNuPoint& p, double* u) const {
   const AxisFrame frame = AxesOf(GetFrame());
   const Vec3 local = (1.0 / m_scale) * frame.Local(Components(p));
-  nu::internal::QuadricFoot foot = m_curve->FootOf(local);
-  const nu::internal::QuadricPath& path = m_curve->path;
+  QuadricFoot foot = m_curve->FootOf(local);
+  const QuadricPath& path = m_curve->path;
   if (path.closed && foot.v >= path.upper) foot.v -= path.upper - path.lower;
   if (path.closed && foot.v < path.lower) foot.v += path.upper - path.lower;
   if (u) *u = path.closed ? foot.v : std::clamp(foot.v, path.lower, path.upper);  // a NaN stays
@@ -106,8 +101,8 @@ CNuPoint CNuPCurve::ClosestPoint(const CNuPoint& p, double* u) const {
 
 CNuPointArray CNuPCurve::ToPointArrayWithin(double tol) const {
   std::vector<double> samples;
-  if (tol > 0.0) samples = m_curve->SamplesWithin(tol / m_scale, nu::internal::kMostSamples);
-  if (samples.empty()) nu::internal::FailOperation(12, "conversion", "CNuPCurve::ToPolyline/PointArray()");
+  if (tol > 0.0) samples = m_curve->SamplesWithin(tol / m_scale, kMostSamples);
+  if (samples.empty()) FailOperation(12, "conversion", "CNuPCurve::ToPolyline/PointArray()");
   const AxisFrame frame = AxesOf(GetFrame());
   CNuPointArray points(static_cast<int>(samples.size()));
   for (const double u : samples) points.Add(World(frame, m_scale * m_curve->At(u)));
@@ -119,7 +114,7 @@ CNuPolyline CNuPCurve::ToPolylineWithin(double tol) const {
 }
 
 CNuPCurve CNuPCurve::Part(const CNuInterval& range) const {
-  const nu::internal::QuadricPath& path = m_curve->path;
+  const QuadricPath& path = m_curve->path;
   double lower = 0.0;
   double upper = 0.0;
   range.GetBounds(&lower, &upper);
@@ -129,8 +124,7 @@ CNuPCurve CNuPCurve::Part(const CNuInterval& range) const {
     lower = std::fmax(lower, path.lower);
     upper = std::fmin(upper, path.upper);
   }
-  if (!(lower < upper) || !std::isfinite(lower + upper))
-    nu::internal::FailOperation(45, "calculation", "CNuPCurve::Part()");
+  if (!(lower < upper) || !std::isfinite(lower + upper)) FailOperation(45, "calculation", "CNuPCurve::Part()");
   const std::unique_ptr<CNuPCurve> part(
       nu::internal::NewPCurve(m_curve->Part(lower, upper), AxesOf(GetFrame()), m_scale));
   return *part;
@@ -142,18 +136,18 @@ int CNuPCurve::ClipTo(const CNuPoint& lower, const CNuPoint& upper, CNuObjArray*
       {frame.x.x, frame.y.x, frame.z.x}, {frame.x.y, frame.y.y, frame.z.y}, {frame.x.z, frame.y.z, frame.z.z}};
   const Vec3 least = (1.0 / m_scale) * (Components(lower) - frame.origin);
   const Vec3 most = (1.0 / m_scale) * (Components(upper) - frame.origin);
-  const std::vector<nu::internal::HalfSpace> box = {{axes[0], most.x},          {axes[1], most.y},
-                                                    {axes[2], most.z},          {-1.0 * axes[0], -least.x},
-                                                    {-1.0 * axes[1], -least.y}, {-1.0 * axes[2], -least.z}};
-  for (const nu::internal::HalfSpace& half : box) {
-    if (std::isnan(half.height)) nu::internal::FailOperation(45, "calculation", "CNuPCurve::ClipTo()");
+  const std::vector<HalfSpace> box = {{axes[0], most.x},          {axes[1], most.y},
+                                      {axes[2], most.z},          {-1.0 * axes[0], -least.x},
+                                      {-1.0 * axes[1], -least.y}, {-1.0 * axes[2], -least.z}};
+  for (const HalfSpace& half : box) {
+    if (std::isnan(half.height)) FailOperation(45, "calculation", "CNuPCurve::ClipTo()");
   }
-  nu::internal::NewObjects found;
-  const nu::internal::QuadricPath& path = m_curve->path;
-  for (const nu::internal::QuadricRange& range : m_curve->Inside(box)) {
+  NewObjects found;
+  const QuadricPath& path = m_curve->path;
+  for (const QuadricRange& range : m_curve->Inside(box)) {
     const bool isWhole = range.lower == path.lower && range.upper == path.upper;
     found.push_back(std::unique_ptr<CNuObject>(
         nu::internal::NewPCurve(isWhole ? *m_curve : m_curve->Part(range.lower, range.upper), frame, m_scale)));
   }
-  return nu::internal::HandOver(std::move(found), parts);
+  return HandOver(std::move(found), parts);
 }

@@ -9,11 +9,13 @@
 #include "nu/foundation/interval.h"
 #include "nu/geometry/point.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 struct AxisFrame;
 struct QuadricCurve;
-CNuPCurve* NewPCurve(const QuadricCurve& curve, const AxisFrame& frame, double scale);
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
+namespace nu::internal {
+CNuPCurve* NewPCurve(const engine::shapes::QuadricCurve& curve, const engine::shapes::AxisFrame& frame, double scale);
+}
 
 // The curve in which two quadrics meet: one connected branch of what a cylinder or a cone has in common with another
 // cylinder, cone or sphere, made by their IntersectWith(). It keeps the values of both surfaces. Its frame stands on
@@ -66,11 +68,11 @@ class NU_EXPORT CNuPCurve : public CNuCurve {
   int ClipTo(const CNuPoint& lower, const CNuPoint& upper, CNuObjArray* parts) const;
 
  private:
-  friend CNuPCurve* nu::internal::NewPCurve(const nu::internal::QuadricCurve& curve,
-                                            const nu::internal::AxisFrame& frame, double scale);
-  CNuPCurve(const nu::internal::QuadricCurve& curve, double scale);
+  friend CNuPCurve* nu::internal::NewPCurve(const nu::engine::shapes::QuadricCurve& curve,
+                                            const nu::engine::shapes::AxisFrame& frame, double scale);
+  CNuPCurve(const nu::engine::shapes::QuadricCurve& curve, double scale);
 
-  std::unique_ptr<const nu::internal::QuadricCurve> m_curve;
+  std::unique_ptr<const nu::engine::shapes::QuadricCurve> m_curve;
   double m_scale;  // the unit of length of the curve's data
 };
 

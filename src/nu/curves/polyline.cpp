@@ -7,14 +7,7 @@
 #include "nu/engine/points/point_blocks.h"
 #include "nu/foundation/internal/failures.h"
 
-using nu::internal::Components;
-using nu::internal::NearPair;
-using nu::internal::Placement;
-using nu::internal::RequireIndex;
-using nu::internal::SafeNorm;
-using nu::internal::Segment3;
-using nu::internal::ToPoint;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -95,33 +88,33 @@ CNuPoint CNuPolyline::GetEndPoint() {
 }
 
 void CNuPolyline::BoundingBox(CNuPoint* min, CNuPoint* max) const {
-  nu::internal::StoreBounds(*this, min, max);
+  StoreBounds(*this, min, max);
 }
 
 void CNuPolyline::BoundingCircle(double* radius, CNuPoint* centre) const {
-  StoreBall(SmallestBallAround(nu::internal::PiecesOf(*this)), radius, centre);
+  StoreBall(SmallestBallAround(PiecesOf(*this)), radius, centre);
 }
 
 double CNuPolyline::DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const {
-  return nu::internal::DistanceBetween(*this, *other, p1, p2);
+  return DistanceBetween(*this, *other, p1, p2);
 }
 
 double CNuPolyline::DistanceTo(const CNuPoint& p) const {
   const Placement place = Place();
   const Vec3 target = Components(p);
   Vec3 last = place.At(Components(m_points[0]));
-  NearPair best = nu::internal::PairOf(target, last);
+  NearPair best = PairOf(target, last);
   for (int i = 1; i < GetSize(); ++i) {
     const Vec3 next = place.At(Components(m_points.GetData()[i]));
-    best.Include(nu::internal::PairOf(target, ClosestOn(Segment3{last, next}, target)));
+    best.Include(PairOf(target, ClosestOn(Segment3{last, next}, target)));
     last = next;
   }
-  return std::isnan(best.distance) ? nu::internal::DistanceAtAnySize(*this, target) : best.distance;
+  return std::isnan(best.distance) ? DistanceAtAnySize(*this, target) : best.distance;
 }
 
 // A motion changes no length.
 double CNuPolyline::Length() const {
-  nu::internal::CompensatedSum sum;
+  CompensatedSum sum;
   for (int i = 1; i < GetSize(); ++i) {
     const double length = SafeNorm(Components(m_points.GetData()[i]) - Components(m_points.GetData()[i - 1]));
     sum.Add(length);

@@ -7,10 +7,12 @@
 #include "nu/export.h"
 #include "nu/geometry/point_array.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 class PieceChain;
+}
+namespace nu::internal {
 class Placement;
-}  // namespace nu::internal
+}
 
 // The edges between consecutive points; a single point is a polyline too. It may be closed, cross itself and leave its
 // plane. Its frame has the axes of the global frame and its origin in the first of the points it was built from.
@@ -74,7 +76,7 @@ class NU_EXPORT CNuPolyline : public CNuBoundedCurve {
 
  private:
   // Of line segments alone, without short edges.
-  static std::unique_ptr<CNuPolyline> CurveOf(const nu::internal::PieceChain& chain);
+  static std::unique_ptr<CNuPolyline> CurveOf(const nu::engine::chains::PieceChain& chain);
   nu::internal::Placement Place() const;
   void GetData(int at, int step, CNuPoint* point, CNuVector* tangent, CNuVector* normal) const;
 

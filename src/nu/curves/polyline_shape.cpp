@@ -19,16 +19,7 @@
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 
-using nu::internal::BlockSums;
-using nu::internal::CoincidenceTol;
-using nu::internal::Components;
-using nu::internal::PieceChain;
-using nu::internal::PiecesOf;
-using nu::internal::SafeNorm;
-using nu::internal::Segment3;
-using nu::internal::ToPoint;
-using nu::internal::ToVector;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -107,9 +98,9 @@ void CNuPolyline::GetData(int at, int step, CNuPoint* point, CNuVector* tangent,
     way = static_cast<double>(step) * (At(points, i) - end);
   }
   const PieceChain chain = PiecesOf(*this);
-  nu::internal::Output(point, points[at]);
-  nu::internal::Output(tangent, ToVector(Unit(way)));
-  nu::internal::Output(normal, ToVector(CarrierOf(chain, TolOf(chain)).normal));
+  Output(point, points[at]);
+  Output(tangent, ToVector(Unit(way)));
+  Output(normal, ToVector(CarrierOf(chain, TolOf(chain)).normal));
 }
 
 std::unique_ptr<CNuPolyline> CNuPolyline::CurveOf(const PieceChain& chain) {
@@ -122,24 +113,24 @@ std::unique_ptr<CNuPolyline> CNuPolyline::CurveOf(const PieceChain& chain) {
 }
 
 CNuBoundedCurve* CNuPolyline::Offset(double distance, const CNuVector& normal, int shape) {
-  const Vec3 given = nu::internal::RequireOffset(distance, normal, kOffset);
-  const PieceChain curve = nu::internal::OneOffset(PiecesOf(*this), distance, given, shape, kOffset);
+  const Vec3 given = RequireOffset(distance, normal, kOffset);
+  const PieceChain curve = OneOffset(PiecesOf(*this), distance, given, shape, kOffset);
   if (shape == 0) return CurveOf(curve).release();
   return CNuCompositeCurve::CurveOf(curve).release();
 }
 
 int CNuPolyline::OffsetAll(double distance, const CNuVector& normal, int corners, CNuObjArray* loops) const {
   constexpr const char* where = "CNuPolyline::OffsetAll()";
-  const Vec3 given = nu::internal::RequireOffset(distance, normal, where);
+  const Vec3 given = RequireOffset(distance, normal, where);
   std::vector<std::unique_ptr<CNuBoundedCurve>> curves;
-  for (const PieceChain& chain : nu::internal::OffsetCurves(PiecesOf(*this), distance, given, corners, where)) {
+  for (const PieceChain& chain : OffsetCurves(PiecesOf(*this), distance, given, corners, where)) {
     if (corners == 0) {
       curves.push_back(CurveOf(chain));
     } else {
       curves.push_back(CNuCompositeCurve::CurveOf(chain));
     }
   }
-  return nu::internal::HandOver(std::move(curves), loops);
+  return HandOver(std::move(curves), loops);
 }
 
 CNuBoundedCurve* CNuPolyline::Offset(double distance) {

@@ -8,9 +8,7 @@
 #include "nu/engine/chains/path_simplification.h"
 #include "nu/foundation/internal/failures.h"
 
-using nu::internal::Components;
-using nu::internal::Placement;
-using nu::internal::ToPoint;
+using namespace nu::internal;
 
 namespace {
 
@@ -21,12 +19,12 @@ const CNuPointArray& RequirePoints(const CNuPointArray& points) {
   return points;
 }
 
-nu::internal::SimplifiedPath Simplified(const CNuPointArray& points, double tol) {
+SimplifiedPath Simplified(const CNuPointArray& points, double tol) {
   try {
-    std::vector<nu::internal::Vec3> path;
+    std::vector<Vec3> path;
     path.reserve(static_cast<std::size_t>(points.GetSize()));
     for (int i = 0; i < points.GetSize(); ++i) path.push_back(Components(points.GetData()[i]));
-    return nu::internal::SimplifyPath(path, tol);
+    return SimplifyPath(path, tol);
   } catch (const std::bad_alloc&) {
     throw CNuMemoryException(kName);
   }
@@ -36,7 +34,7 @@ nu::internal::SimplifiedPath Simplified(const CNuPointArray& points, double tol)
 
 CNuSimplifiedCurve::CNuSimplifiedCurve(const CNuPointArray& points, double tol)
     : CNuCurve(NuTypeSimplifiedCurve), m_points(0), m_anchor(RequirePoints(points)[0]) {
-  const nu::internal::SimplifiedPath path = Simplified(points, tol);
+  const SimplifiedPath path = Simplified(points, tol);
   m_points = CNuPointArray(static_cast<int>(path.kept.size()));
   for (const std::size_t k : path.kept) m_points.Add(points.GetData()[k]);
   m_maxDeviation = path.deviation;
@@ -58,7 +56,7 @@ Placement CNuSimplifiedCurve::Place() const {
 }
 
 CNuPoint CNuSimplifiedCurve::GetPoint(int i) const {
-  nu::internal::RequireIndex(i, GetSize(), "operation", "CNuSimplifiedCurve::GetPoint()");
+  RequireIndex(i, GetSize(), "operation", "CNuSimplifiedCurve::GetPoint()");
   return ToPoint(Place().At(Components(m_points[i])));
 }
 

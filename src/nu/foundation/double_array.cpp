@@ -6,18 +6,20 @@
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/linalg/vector.h"
 
+using namespace nu::internal;
+
 namespace {
 
 // Hosts tell an empty first or last element by the wording of the int array; this class shares it on purpose.
-constexpr nu::internal::ArrayTexts kTexts = [] {
-  nu::internal::ArrayTexts texts = NU_ARRAY_TEXTS("CNuDoubleArray");
+constexpr ArrayTexts kTexts = [] {
+  ArrayTexts texts = NU_ARRAY_TEXTS("CNuDoubleArray");
   texts.first = "CNuIntArray::First()";
   texts.last = "CNuIntArray::Last()";
   return texts;
 }();
 
 void RequireNotEmpty(int size, const char* what, const char* where) {
-  if (size == 0) nu::internal::FailOperation(8, what, where);
+  if (size == 0) FailOperation(8, what, where);
 }
 
 }  // namespace
@@ -92,7 +94,7 @@ void CNuDoubleArray::Sort(CNuIntArray* index) const {
   if (index == nullptr) return;
   CNuIntArray order(m_size);
   for (int i = 0; i < m_size; ++i) order.Add(i);
-  nu::internal::SortIndex(m_size, m_data, order.GetData());
+  SortIndex(m_size, m_data, order.GetData());
   index->Truncate(0);  // the assignment would keep larger room
   *index = std::move(order);
 }

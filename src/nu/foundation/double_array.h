@@ -8,7 +8,7 @@
 namespace nu::internal {
 template<class T>
 struct ArrayFields;
-}
+}  // namespace nu::internal
 
 // A growable array of double: abscissae, ordinates, roots. New room is zero-filled.
 class NU_EXPORT CNuDoubleArray {

@@ -4,11 +4,13 @@
 
 #include "nu/foundation/internal/array_definitions.h"
 
+using namespace nu::internal;
+
 namespace {
 
 // This class words some of its failures in its own way.
-constexpr nu::internal::ArrayTexts kTexts = [] {
-  nu::internal::ArrayTexts texts = NU_ARRAY_TEXTS("CNuIntArray");
+constexpr ArrayTexts kTexts = [] {
+  ArrayTexts texts = NU_ARRAY_TEXTS("CNuIntArray");
   texts.setSize = "CNuIntArray::SetSize(int NewSize)";
   texts.setExpandSize = "CNuIntArray::SetExpandSize(int NewXSize)";
   return texts;

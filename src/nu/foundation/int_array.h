@@ -8,7 +8,7 @@
 namespace nu::internal {
 template<class T>
 struct ArrayFields;
-}
+}  // namespace nu::internal
 
 // A growable array of int: index lists, permutations, masks. New room is zero-filled.
 class NU_EXPORT CNuIntArray {

@@ -4,6 +4,8 @@
 #include "nu/foundation/exceptions.h"
 #include "nu/foundation/internal/outputs.h"
 
+using namespace nu::internal;
+
 CNuInterval::CNuInterval() : CNuAlgebra(NuTypeInterval), m_lower(0.0), m_upper(Nu_2PI) {}
 
 // A NaN bound keeps no order and is refused with the rest: lower < upper always holds.
@@ -13,8 +15,8 @@ CNuInterval::CNuInterval(double lower, double upper, int leftOpen, int rightOpen
 }
 
 void CNuInterval::GetBounds(double* lower, double* upper) const {
-  nu::internal::Output(lower, m_lower);
-  nu::internal::Output(upper, m_upper);
+  Output(lower, m_lower);
+  Output(upper, m_upper);
 }
 
 // Hosts rely on the closed test: the open flags are not consulted here.

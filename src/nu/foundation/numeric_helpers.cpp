@@ -11,6 +11,8 @@
 #include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/tolerances.h"
 
+using namespace nu::internal;
+
 namespace {
 
 // The remainder is exact; a negative one is rounded once, when the turn is added, which may lead to the full turn.
@@ -49,7 +51,7 @@ double NuPythag(double a, double b) {
 }
 
 double NuPythag(double a, double b, double c) {
-  return nu::internal::Pythag(a, b, c, NuGetZero());
+  return Pythag(a, b, c, NuGetZero());
 }
 
 void NuSort(int n, double* a) {
@@ -57,11 +59,11 @@ void NuSort(int n, double* a) {
 }
 
 void NuSort(int n, const double* a, int* index) {
-  nu::internal::SortIndex(n, a, index);
+  SortIndex(n, a, index);
 }
 
 void NuSort(int n, double* a, double* b) {
-  nu::internal::SortTogether(n, a, b);
+  SortTogether(n, a, b);
 }
 
 double NuAngleIn360Degree(double deg) {
@@ -76,7 +78,7 @@ double NuArcCosSin(double c, double s) {
   if (std::isnan(c) || std::isnan(s)) return c + s;
   const double zero = NuGetZero();
   if (std::fabs(c) < zero) return s <= 0.0 ? 1.5 * Nu_PI : 0.5 * Nu_PI;
-  const double t = nu::internal::Atan(s / c);
+  const double t = Atan(s / c);
   // A quotient that vanishes has lost the side of the axis on which s lies, but not the one on which c does.
   if (std::fabs(s) < zero || t == 0.0) return c <= 0.0 ? Nu_PI : 0.0;
   if (t > 0.0) return s < 0.0 ? t + Nu_PI : t;
@@ -87,7 +89,7 @@ double NuArcCosSin(double c, double s) {
 }
 
 void NuCosSin(double angle, double* c, double* s) {
-  auto [sine, cosine] = nu::internal::SinCos(angle);
+  auto [sine, cosine] = SinCos(angle);
   const double zero = NuGetZero();
   if (std::fabs(std::fabs(cosine) - 1.0) < zero) {
     sine = 0.0;
@@ -96,8 +98,8 @@ void NuCosSin(double angle, double* c, double* s) {
   } else if (std::fabs(cosine - sine) < NuGetTol()) {
     cosine = sine = (cosine + sine) / 2.0;
   }
-  nu::internal::Output(c, cosine);
-  nu::internal::Output(s, sine);
+  Output(c, cosine);
+  Output(s, sine);
 }
 
 ENuBoolean NuIsTriangle(double a, double b, double c, double tol) {
@@ -107,5 +109,5 @@ ENuBoolean NuIsTriangle(double a, double b, double c, double tol) {
 double nu::acosh(double x) {
   if (!(x >= 1.0)) throw CNuOperationException(1, "calculation", "acosh", 0, 0, 0.0, 0.0);
   // ln(x + sqrt(x^2 - 1)), without the overflow of the square and the cancellation near 1.
-  return nu::internal::Acosh(x);
+  return Acosh(x);
 }

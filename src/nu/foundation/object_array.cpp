@@ -2,9 +2,11 @@
 
 #include "nu/foundation/internal/array_definitions.h"
 
+using namespace nu::internal;
+
 namespace {
 
-constexpr nu::internal::ArrayTexts kTexts = NU_ARRAY_TEXTS("CNuObjArray");
+constexpr ArrayTexts kTexts = NU_ARRAY_TEXTS("CNuObjArray");
 
 }  // namespace
 

@@ -8,7 +8,7 @@
 namespace nu::internal {
 template<class T>
 struct ArrayFields;
-}
+}  // namespace nu::internal
 
 // A growable array of pointers to objects that its caller owns: nothing here ever deletes a pointed-to object.
 class NU_EXPORT CNuObjArray {

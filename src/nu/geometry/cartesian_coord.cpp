@@ -2,6 +2,8 @@
 
 #include "nu/foundation/internal/outputs.h"
 
+using namespace nu::internal;
+
 CNuCartesianCoord::CNuCartesianCoord()
     : CNuGeometry(NuTypeCartesianCoord), m_xaxis(1.0, 0.0, 0.0), m_zaxis(0.0, 0.0, 1.0) {}
 
@@ -12,9 +14,9 @@ void CNuCartesianCoord::SetData(const CNuPoint& origin, const CNuVector& xaxis, 
 }
 
 void CNuCartesianCoord::GetData(CNuPoint* origin, CNuVector* xaxis, CNuVector* zaxis) const {
-  nu::internal::Output(origin, m_origin);
-  nu::internal::Output(xaxis, m_xaxis);
-  nu::internal::Output(zaxis, m_zaxis);
+  Output(origin, m_origin);
+  Output(xaxis, m_xaxis);
+  Output(zaxis, m_zaxis);
 }
 
 void CNuCartesianCoord::SetLocalXaxis(const CNuVector& xaxis) {

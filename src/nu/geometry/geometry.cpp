@@ -6,7 +6,7 @@
 #include "nu/geometry/internal/directions.h"
 #include "nu/linalg/matrix.h"
 
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -50,9 +50,9 @@ CNuMatrix CNuGeometry::RotationMatrix(double angle, EAxisType axis) {
 
 CNuMatrix CNuGeometry::RotationMatrix(double angle, const CNuVector& axis) {
   constexpr const char* kWhere = "CNuGeometry::RotationMatrix()";
-  if (axis.GetSize() != 3) nu::internal::FailOperation(10, "rotation", kWhere);
-  if (axis.IsZero(NuGetZero())) nu::internal::FailOperation(9, "rotation", kWhere);
-  const auto [a, b, w] = Unit(nu::internal::Components(axis));
+  if (axis.GetSize() != 3) FailOperation(10, "rotation", kWhere);
+  if (axis.IsZero(NuGetZero())) FailOperation(9, "rotation", kWhere);
+  const auto [a, b, w] = Unit(Components(axis));
   const auto [c, s] = TurnByDegrees(angle);
   const double t = 1.0 - c;
   return FromRows({a * a * t + c, a * b * t + w * s, a * w * t - b * s},

@@ -10,9 +10,7 @@
 #include "nu/geometry/point_array.h"
 #include "nu/linalg/vector.h"
 
-using nu::internal::Components;
-using nu::internal::ToVector;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -44,7 +42,7 @@ int CNuGeometry::AreCollinear(const CNuPointArray& pts, CNuVector* normal, doubl
     if (IsNull(c, NuGetZero())) continue;
     CNuVector axis = ToVector(Unit(c));
     axis.SymmetricAxis(NuGetLengthTol(), 1);
-    nu::internal::Output(normal, axis);
+    Output(normal, axis);
     return 0;
   }
   return 1;
@@ -62,18 +60,18 @@ int CNuGeometry::AreCoplanar(const CNuPointArray& pts, CNuPlane* plane, double t
   CNuVector normal;
   if (AreCollinear(pts, &normal, tol) == 1) {
     const Vec3 along = Components(p[n - 1]) - Components(p[0]);
-    nu::internal::Output(plane, PlaneThrough(p[0], IsNull(along, tol) ? Vec3{0.0, 0.0, 1.0} : along));
+    Output(plane, PlaneThrough(p[0], IsNull(along, tol) ? Vec3{0.0, 0.0, 1.0} : along));
     return 1;
   }
   const CNuPlane spanned = PlaneThrough(p[0], Components(normal));
-  nu::internal::Output(plane, spanned);
+  Output(plane, spanned);
   // The first three points span the plane.
   const Vec3 axis = Components(spanned.GetNormal());
-  return nu::internal::LastBeyond(nu::internal::ViewOf(pts), 3, Components(p[0]), axis, tol) < 0 ? 1 : 0;
+  return LastBeyond(ViewOf(pts), 3, Components(p[0]), axis, tol) < 0 ? 1 : 0;
 }
 
 int CNuGeometry::NumberDistinctPoints(const CNuPointArray& pts, int n, double tol) {
-  return nu::internal::HasDistinct(nu::internal::ViewOf(pts), n, tol, NuGetZero()) ? 1 : 0;
+  return HasDistinct(ViewOf(pts), n, tol, NuGetZero()) ? 1 : 0;
 }
 
 CNuPointArray CNuGeometry::Projection2D(const CNuPointArray& pts, CNuVector& normal) {
@@ -84,7 +82,7 @@ CNuPointArray CNuGeometry::Projection2D(const CNuPointArray& pts, CNuVector& nor
 
 CNuPointArray CNuGeometry::Projection2D(const CNuPointArray& pts, const CNuPoint& origin, const CNuVector& xaxis,
                                         const CNuVector& yaxis) {
-  if (xaxis.GetSize() != 3 || yaxis.GetSize() != 3) nu::internal::FailOperation(5, "operator%", "CNuVector");
+  if (xaxis.GetSize() != 3 || yaxis.GetSize() != 3) FailOperation(5, "operator%", "CNuVector");
   CNuPointArray projected(pts.GetSize());
   const Vec3 start = Components(origin);
   const Vec3 x = Components(xaxis);

@@ -5,8 +5,7 @@
 #include "nu/geometry/nonlinear_geometry.h"
 #include "nu/linalg/matrix.h"
 
-using nu::internal::RequireDirection;
-using nu::internal::TurnedDirection;
+using namespace nu::internal;
 
 namespace {
 
@@ -29,8 +28,8 @@ CNuLine::CNuLine(const CNuPoint& p, const CNuPoint& q)
     : CNuGeometry(NuTypeLine), m_point(p), m_direction(DirectionThrough(p, q)) {}
 
 void CNuLine::GetData(CNuPoint* point, CNuVector* direction) const {
-  nu::internal::Output(point, m_point);
-  nu::internal::Output(direction, m_direction);
+  Output(point, m_point);
+  Output(direction, m_direction);
 }
 
 void CNuLine::Translate(const CNuPoint& p) {
@@ -63,6 +62,6 @@ void CNuLine::Rotate(double angle, const CNuVector& axis, const CNuPoint& centre
 }
 
 void CNuLine::MoveTo(const CNuNonLinearGeometry& g) {
-  m_direction = ToVector(Unit(nu::internal::Components(m_direction * g.GetInverseRotation())));
+  m_direction = ToVector(Unit(Components(m_direction * g.GetInverseRotation())));
   m_point.MoveTo(g);
 }

@@ -7,16 +7,7 @@
 // through the mean point, and d is the right singular vector of the largest singular value of the matrix of the rows
 // p - P0 (K. Pearson, On lines and planes of closest fit, Phil. Mag. 2, 1901).
 
-using nu::internal::Components;
-using nu::internal::Deviations;
-using nu::internal::FailFit;
-using nu::internal::MiddleOf;
-using nu::internal::Output;
-using nu::internal::PointBlocks;
-using nu::internal::PrincipalDirection;
-using nu::internal::RequireCount;
-using nu::internal::Vec3;
-using nu::internal::ViewOf;
+using namespace nu::internal;
 
 namespace {
 
@@ -28,17 +19,17 @@ Vec3 DirectionOfTwo(const CNuPointArray& pts) {
   const Vec3 d = Components(way);
   // Equal points have no direction whatever the tolerance.
   const bool isNone = d.x == 0.0 && d.y == 0.0 && d.z == 0.0;
-  if (isNone || way.IsZero(NuGetLengthTol())) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
-  if (!IsFinite(d)) FailFit(nu::internal::kNumericalFailure, kName);
+  if (isNone || way.IsZero(NuGetLengthTol())) FailFit(kDegeneratePoints, kName, kLeastPoints);
+  if (!IsFinite(d)) FailFit(kNumericalFailure, kName);
   return Unit(d);
 }
 
 PrincipalDirection Solve(PointBlocks& blocks, const CNuPointArray& pts) {
-  PrincipalDirection found = FindPrincipalDirection(blocks, nu::internal::Extent::largest);
+  PrincipalDirection found = FindPrincipalDirection(blocks, Extent::largest);
   const bool exact = pts.GetSize() == kLeastPoints;
   if (exact) found.direction = DirectionOfTwo(pts);
-  if (!found.finite) FailFit(nu::internal::kNumericalFailure, kName);
-  if (!exact && found.largestSingular < NuGetZero()) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
+  if (!found.finite) FailFit(kNumericalFailure, kName);
+  if (!exact && found.largestSingular < NuGetZero()) FailFit(kDegeneratePoints, kName, kLeastPoints);
   CNuVector direction = ToVector(found.direction);
   direction.SymmetricAxis(NuGetTol(), 1);
   found.direction = Components(direction);
@@ -58,7 +49,7 @@ void CNuLine::Fit(const CNuPointArray& pts) {
 }
 
 void CNuLine::Fit(const CNuPointArray& pts, double* form, double* sumsq) {
-  nu::internal::TranslateForeign(kName, [&] {
+  TranslateForeign(kName, [&] {
     RequireCount(pts, kLeastPoints, kName);
     PointBlocks blocks(ViewOf(pts), MiddleOf(pts));
     const PrincipalDirection found = Solve(blocks, pts);

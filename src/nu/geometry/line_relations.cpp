@@ -15,29 +15,7 @@
 #include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/internal/surface_data.h"
 
-using nu::internal::Approach;
-using nu::internal::Circle3;
-using nu::internal::ClosestApproach;
-using nu::internal::Components;
-using nu::internal::DataOf;
-using nu::internal::DistanceOrNaN;
-using nu::internal::DoubleCone;
-using nu::internal::FailOperation;
-using nu::internal::InfiniteCylinder;
-using nu::internal::IsParallel;
-using nu::internal::Line3;
-using nu::internal::LineFor;
-using nu::internal::ParallelTol;
-using nu::internal::Plane3;
-using nu::internal::PlaneFor;
-using nu::internal::Points2;
-using nu::internal::RequireFinite;
-using nu::internal::SineTol;
-using nu::internal::Sphere3;
-using nu::internal::Store;
-using nu::internal::ToPoint;
-using nu::internal::TouchTol;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -49,11 +27,11 @@ Approach Approaching(const Line3& first, const Line3& second) {
   return ClosestApproach(first, second, ParallelTol());
 }
 
-nu::internal::NearLine Nearest(const Line3& line, const Circle3& circle) {
+NearLine Nearest(const Line3& line, const Circle3& circle) {
   return ClosestTo(line, circle, TouchTol(circle.radius, line.point, circle.centre));
 }
 
-nu::internal::ConeApproach Approaching(const Line3& line, const DoubleCone& cone) {
+ConeApproach Approaching(const Line3& line, const DoubleCone& cone) {
   return ApproachTo(cone, line, NuGetLengthTol(), ParallelTol());
 }
 
@@ -80,7 +58,7 @@ Points2 Common(const Line3& line, const InfiniteCylinder& cylinder, const Approa
 
 int StoreOne(Vec3 found, CNuPoint* p, const char* where) {
   RequireFinite(where, found);
-  nu::internal::Output(p, ToPoint(found));
+  Output(p, ToPoint(found));
   return 1;
 }
 

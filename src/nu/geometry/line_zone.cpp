@@ -18,13 +18,7 @@
 // smallest circular cylinder that holds the points: a minimax problem of four parameters, solved next to the
 // least-squares line and wherever else a search over all directions finds less.
 
-using nu::internal::Components;
-using nu::internal::FailFit;
-using nu::internal::MiddleOf;
-using nu::internal::PointBlocks;
-using nu::internal::PrincipalDirection;
-using nu::internal::Vec3;
-using nu::internal::ViewOf;
+using namespace nu::internal;
 
 namespace {
 
@@ -40,7 +34,7 @@ struct Zone {
 
 void RequireTwoDistinct(const CNuPointArray& pts, double tol) {
   if (CNuGeometry::NumberDistinctPoints(pts, 2, tol) == 0) {
-    FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
+    FailFit(kDegeneratePoints, kName, kLeastPoints);
   }
 }
 
@@ -52,7 +46,7 @@ CNuVector Canonical(const Vec3& direction) {
 
 // The plane z = const needs no frame: the strip is that of the coordinates as they are.
 Zone ZoneInPlaneZ(const CNuPointArray& pts, const Vec3& mean) {
-  const nu::internal::Strip2 strip = nu::internal::NarrowestStrip(ViewOf(pts));
+  const Strip2 strip = NarrowestStrip(ViewOf(pts));
   const Vec3 normal{strip.normal[0], strip.normal[1], 0.0};
   const Vec3 middle{strip.middle[0], strip.middle[1], mean.z};
   return {mean + Dot(middle - mean, normal) * normal, {normal.y, -normal.x, 0.0}, strip.width, normal};
@@ -62,21 +56,21 @@ Zone ZoneInPlaneZ(const CNuPointArray& pts, const Vec3& mean) {
 // Its plane is their least-squares plane, which fits no worse than one through three of them and leans less.
 Zone ZoneInPlane(const CNuPointArray& pts) {
   PointBlocks blocks(ViewOf(pts), MiddleOf(pts));
-  const PrincipalDirection flat = FindPrincipalDirection(blocks, nu::internal::Extent::smallest);
-  const Vec3 along = FindPrincipalDirection(blocks, nu::internal::Extent::largest).direction;
+  const PrincipalDirection flat = FindPrincipalDirection(blocks, Extent::smallest);
+  const Vec3 along = FindPrincipalDirection(blocks, Extent::largest).direction;
   const Vec3 z = Components(Canonical(flat.direction));
   const Vec3 x = Components(Canonical(Unit(Rejection(along, z))));
   const Vec3 y = Cross(z, x);
   std::vector<std::array<double, 2>> local;
   local.reserve(blocks.Size());
-  blocks.ForEach([&](const nu::internal::PointBlock& block) {
+  blocks.ForEach([&](const PointBlock& block) {
     for (std::size_t i = 0; i < block.size; ++i) {
       const Vec3 q = Vec3{block.x[i], block.y[i], block.z[i]} - flat.mean;
       local.push_back({Dot(q, x), Dot(q, y)});
     }
   });
-  const nu::internal::PointView view(local.front().data(), sizeof(local.front()), local.size());
-  const nu::internal::Strip2 strip = nu::internal::NarrowestStrip(view);
+  const PointView view(local.front().data(), sizeof(local.front()), local.size());
+  const Strip2 strip = NarrowestStrip(view);
   const Vec3 normal = strip.normal[0] * x + strip.normal[1] * y;
   const double offset = strip.middle[0] * strip.normal[0] + strip.middle[1] * strip.normal[1];
   return {blocks.InCallersFrame(flat.mean + offset * normal), Unit(strip.normal[1] * x - strip.normal[0] * y),
@@ -84,8 +78,8 @@ Zone ZoneInPlane(const CNuPointArray& pts) {
 }
 
 // Towards the contact point that is least by its coordinates.
-Vec3 SideOf(const nu::internal::MinimaxSolution<nu::internal::AxisDistance>& found) {
-  const nu::internal::AxisFrame& frame = found.model.frame;
+Vec3 SideOf(const MinimaxSolution<AxisDistance>& found) {
+  const AxisFrame& frame = found.model.frame;
   const Vec3* end = found.contact + found.contacts;
   const Vec3* contact = std::min_element(found.contact, end, [](const Vec3& p, const Vec3& q) {
     return std::tie(p.x, p.y, p.z) < std::tie(q.x, q.y, q.z);
@@ -100,12 +94,11 @@ Vec3 SideOf(const nu::internal::MinimaxSolution<nu::internal::AxisDistance>& fou
 Zone ZoneInSpace(const CNuPointArray& pts, long limit) {
   PointBlocks blocks(ViewOf(pts), MiddleOf(pts));
   blocks.Keep();
-  const PrincipalDirection least = FindPrincipalDirection(blocks, nu::internal::Extent::largest);
-  const nu::internal::MinimaxSolution<nu::internal::AxisDistance> found =
-      SmallestCylinder(blocks, least.mean, least.direction, limit);
-  if (found.end == nu::internal::MinimaxEnd::limitReached) FailFit(nu::internal::kIterationLimit, kName);
-  if (found.end != nu::internal::MinimaxEnd::converged) FailFit(nu::internal::kNumericalFailure, kName);
-  const nu::internal::AxisFrame& axis = found.model.frame;
+  const PrincipalDirection least = FindPrincipalDirection(blocks, Extent::largest);
+  const MinimaxSolution<AxisDistance> found = SmallestCylinder(blocks, least.mean, least.direction, limit);
+  if (found.end == MinimaxEnd::limitReached) FailFit(kIterationLimit, kName);
+  if (found.end != MinimaxEnd::converged) FailFit(kNumericalFailure, kName);
+  const AxisFrame& axis = found.model.frame;
   const Vec3 nearest = axis.origin + Dot(least.mean - axis.origin, axis.z) * axis.z;
   const double radius = SpaceLineDeviations(blocks, nearest, axis.z).largest;
   const double leastRadius = SpaceLineDeviations(blocks, least.mean, least.direction).largest;
@@ -122,13 +115,13 @@ Zone ZoneOf(const CNuPointArray& pts, long limit) {
 }
 
 Zone ZoneInAnyOrder(const CNuPointArray& pts, long limit) {
-  if (!nu::internal::IsOrderToBeMade(pts)) return ZoneOf(pts, limit);
-  return ZoneOf(nu::internal::Ordered(pts), limit);
+  if (!IsOrderToBeMade(pts)) return ZoneOf(pts, limit);
+  return ZoneOf(Ordered(pts), limit);
 }
 
 void RequireFinite(const Zone& zone) {
   if (!IsFinite(zone.point) || !IsFinite(zone.direction) || !std::isfinite(zone.width)) {
-    FailFit(nu::internal::kNumericalFailure, kName);
+    FailFit(kNumericalFailure, kName);
   }
 }
 
@@ -139,10 +132,10 @@ void CNuLine::FitMinZone(const CNuPointArray& pts, double* form, double tol, lon
 }
 
 void CNuLine::FitMinZone(const CNuPointArray& pts, double* form, CNuLine* l1, CNuLine* l2, double tol, long maxiter) {
-  nu::internal::RequireIterations(maxiter, kName);
-  nu::internal::TranslateForeign(kName, [&] {
-    nu::internal::RequireCount(pts, kLeastPoints, kName);
-    nu::internal::RequireFinite(pts, kName);
+  RequireIterations(maxiter, kName);
+  TranslateForeign(kName, [&] {
+    RequireCount(pts, kLeastPoints, kName);
+    RequireFinite(pts, kName);
     RequireTwoDistinct(pts, tol);
     CNuLine line;
     line.Fit(pts);
@@ -158,9 +151,9 @@ void CNuLine::FitMinZone(const CNuPointArray& pts, double* form, CNuLine* l1, CN
     first.Translate(way.x, way.y, way.z);
     second.Translate(-way.x, -way.y, -way.z);
     *this = line;
-    nu::internal::Output(form, zone.width);
-    nu::internal::Output(l1, first);
-    nu::internal::Output(l2, second);
+    Output(form, zone.width);
+    Output(l1, first);
+    Output(l2, second);
   });
 }
 
@@ -170,5 +163,5 @@ ENuFitResult CNuLine::FitMinZoneEx(const CNuPointArray& pts, double* form, doubl
 
 ENuFitResult CNuLine::FitMinZoneEx(const CNuPointArray& pts, double* form, CNuLine* l1, CNuLine* l2, double tol,
                                    long maxiter) {
-  return nu::internal::ResultWithin(tol, maxiter, kName, [&] { FitMinZone(pts, form, l1, l2, tol, maxiter); });
+  return ResultWithin(tol, maxiter, kName, [&] { FitMinZone(pts, form, l1, l2, tol, maxiter); });
 }

@@ -6,10 +6,7 @@
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/line.h"
 
-using nu::internal::Components;
-using nu::internal::RequireDirection;
-using nu::internal::TurnedDirection;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -33,8 +30,8 @@ CNuPlane::CNuPlane(const CNuPoint& point, const CNuLine& line)
     : CNuGeometry(NuTypePlane), m_point(point), m_normal(NormalThrough(point, line)) {}
 
 void CNuPlane::GetData(CNuPoint* point, CNuVector* normal) const {
-  nu::internal::Output(point, m_point);
-  nu::internal::Output(normal, m_normal);
+  Output(point, m_point);
+  Output(normal, m_normal);
 }
 
 void CNuPlane::Translate(const CNuPoint& p) {

@@ -8,16 +8,7 @@
 // through the mean point, and n is the right singular vector of the smallest singular value of the matrix of the rows
 // p - P0 (K. Pearson, On lines and planes of closest fit, Phil. Mag. 2, 1901).
 
-using nu::internal::Components;
-using nu::internal::Deviations;
-using nu::internal::FailFit;
-using nu::internal::MiddleOf;
-using nu::internal::Output;
-using nu::internal::PointBlocks;
-using nu::internal::PrincipalDirection;
-using nu::internal::RequireCount;
-using nu::internal::Vec3;
-using nu::internal::ViewOf;
+using namespace nu::internal;
 
 namespace {
 
@@ -31,13 +22,13 @@ Vec3 NormalOfThree(const CNuPointArray& pts) {
 }
 
 PrincipalDirection Solve(PointBlocks& blocks, const CNuPointArray& pts) {
-  PrincipalDirection found = FindPrincipalDirection(blocks, nu::internal::Extent::smallest);
+  PrincipalDirection found = FindPrincipalDirection(blocks, Extent::smallest);
   if (pts.GetSize() == kLeastPoints) {
     // The mean and the moments are scaled and do not overflow.
     const Vec3 spanned = NormalOfThree(pts);
     if (IsFinite(spanned) && !IsNull(spanned, NuGetZero())) found.direction = spanned;
   }
-  if (!found.finite || !IsFinite(found.direction)) FailFit(nu::internal::kNumericalFailure, kName);
+  if (!found.finite || !IsFinite(found.direction)) FailFit(kNumericalFailure, kName);
   CNuVector normal = ToVector(found.direction);
   normal.SymmetricAxis(NuGetTol(), 1);
   found.direction = Components(normal);
@@ -51,10 +42,10 @@ void CNuPlane::Fit(const CNuPointArray& pts) {
 }
 
 void CNuPlane::Fit(const CNuPointArray& pts, double* form, double* sumsq) {
-  nu::internal::TranslateForeign(kName, [&] {
+  TranslateForeign(kName, [&] {
     RequireCount(pts, kLeastPoints, kName);
     const bool collinear = LieOnOneLine(ViewOf(pts), NuGetLengthTol());
-    if (collinear) FailFit(nu::internal::kCollinearPoints, kName, kLeastPoints);
+    if (collinear) FailFit(kCollinearPoints, kName, kLeastPoints);
     PointBlocks blocks(ViewOf(pts), MiddleOf(pts));
     const PrincipalDirection found = Solve(blocks, pts);
     Deviations d;

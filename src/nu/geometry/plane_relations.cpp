@@ -11,20 +11,7 @@
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/feature_data.h"
 
-using nu::internal::AreParallel;
-using nu::internal::Components;
-using nu::internal::DataOf;
-using nu::internal::DistanceOrNaN;
-using nu::internal::FailOperation;
-using nu::internal::IsParallel;
-using nu::internal::Line3;
-using nu::internal::LineFor;
-using nu::internal::ParallelTol;
-using nu::internal::Plane3;
-using nu::internal::PlaneFor;
-using nu::internal::RequireFinite;
-using nu::internal::SineTol;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 double CNuPlane::AngleWith(const CNuPlane& pl) const {
   return m_normal.AngleWith(pl.m_normal);
@@ -85,6 +72,6 @@ int CNuPlane::IntersectWith(const CNuPlane& pl, CNuLine* l) const {
   RequireFinite(where, first, second);
   if (AreParallel(first.normal, second.normal)) return 0;
   const Line3 common = Meet(first, second);
-  nu::internal::Output(l, LineFor(common.point, common.direction, where));
+  Output(l, LineFor(common.point, common.direction, where));
   return 1;
 }

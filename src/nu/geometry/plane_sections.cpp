@@ -10,23 +10,7 @@
 #include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/internal/surface_data.h"
 
-using nu::internal::ChordAt;
-using nu::internal::DataOf;
-using nu::internal::DoubleCone;
-using nu::internal::HandOver;
-using nu::internal::InfiniteCylinder;
-using nu::internal::Line3;
-using nu::internal::LineFor;
-using nu::internal::NewObjects;
-using nu::internal::ParallelTol;
-using nu::internal::Plane3;
-using nu::internal::PlaneSection;
-using nu::internal::RequireFinite;
-using nu::internal::Sphere3;
-using nu::internal::ToPoint;
-using nu::internal::TouchTol;
-using nu::internal::ToVector;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 

@@ -10,13 +10,7 @@
 // them has the least largest distance from the points. Every such pair of the hull that may be the narrowest is
 // measured, so the result is the global optimum.
 
-using nu::internal::Components;
-using nu::internal::FailFit;
-using nu::internal::RequireCount;
-using nu::internal::RequireFinite;
-using nu::internal::Slab3;
-using nu::internal::Vec3;
-using nu::internal::ViewOf;
+using namespace nu::internal;
 
 namespace {
 
@@ -25,7 +19,7 @@ constexpr int kLeastPoints = 3;
 
 void RequireNotCollinear(const CNuPointArray& pts, double tol) {
   CNuIntArray corners(kLeastPoints);
-  if (pts.IsNoncollinear(&corners, tol) == NuFalse) FailFit(nu::internal::kCollinearPoints, kName, kLeastPoints);
+  if (pts.IsNoncollinear(&corners, tol) == NuFalse) FailFit(kCollinearPoints, kName, kLeastPoints);
 }
 
 }  // namespace
@@ -35,24 +29,24 @@ void CNuPlane::FitMinZone(const CNuPointArray& pts, double* form, double tol) {
 }
 
 void CNuPlane::FitMinZone(const CNuPointArray& pts, double* form, CNuPlane* p1, CNuPlane* p2, double tol) {
-  nu::internal::TranslateForeign(kName, [&] {
+  TranslateForeign(kName, [&] {
     RequireCount(pts, kLeastPoints, kName);
     RequireFinite(pts, kName);
     RequireNotCollinear(pts, tol);
-    const Vec3 mean = nu::internal::MeanOf(ViewOf(pts));
+    const Vec3 mean = MeanOf(ViewOf(pts));
     const Slab3 slab = NarrowestSlab(ViewOf(pts), mean);
     const Vec3 middle = mean + slab.height * slab.normal;
     CNuVector normal = ToVector(slab.normal);
     normal.SymmetricAxis(NuGetTol(), 1);
     const Vec3 half = 0.5 * slab.width * Components(normal);
-    if (!slab.found || !IsFinite(middle) || !IsFinite(half)) FailFit(nu::internal::kNumericalFailure, kName);
+    if (!slab.found || !IsFinite(middle) || !IsFinite(half)) FailFit(kNumericalFailure, kName);
     const auto store = [&normal](CNuPlane* plane, const Vec3& point) {
       if (plane == nullptr) return;
       plane->m_point = ToPoint(point);
       plane->m_normal = normal;
     };
     store(this, middle);
-    nu::internal::Output(form, slab.width);
+    Output(form, slab.width);
     store(p1, middle - half);
     store(p2, middle + half);
   });

@@ -10,10 +10,7 @@
 #include "nu/geometry/nonlinear_geometry.h"
 #include "nu/linalg/matrix.h"
 
-using nu::internal::Components;
-using nu::internal::FailOperation;
-using nu::internal::LoadVec3;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -23,7 +20,7 @@ template<class Axis>
 CNuPoint Turned(const CNuPoint& p, double angle, const Axis& axis) {
   CNuVector v = p;
   v.Rotate(angle, axis);
-  return nu::internal::ToPoint(Components(v));
+  return ToPoint(Components(v));
 }
 
 // Without a turn the way to the centre and back would round the coordinates.

@@ -4,9 +4,11 @@
 #include "nu/foundation/int_array.h"
 #include "nu/foundation/internal/array_definitions.h"
 
+using namespace nu::internal;
+
 namespace {
 
-constexpr nu::internal::ArrayTexts kTexts = NU_ARRAY_TEXTS("CNuPointArray");
+constexpr ArrayTexts kTexts = NU_ARRAY_TEXTS("CNuPointArray");
 
 }  // namespace
 

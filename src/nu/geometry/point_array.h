@@ -9,7 +9,7 @@
 namespace nu::internal {
 template<class T>
 struct ArrayFields;
-}
+}  // namespace nu::internal
 
 // A growable array of points: measured data and everything that is asked of a set of points. Operations that rewrite
 // the points keep their order unless they say otherwise.

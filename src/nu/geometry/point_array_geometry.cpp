@@ -22,12 +22,7 @@
 #include "nu/geometry/internal/point_set.h"
 #include "nu/geometry/point_array.h"
 
-using nu::internal::Components;
-using nu::internal::Edge;
-using nu::internal::FailOperation;
-using nu::internal::ToPoint;
-using nu::internal::Vec3;
-using nu::internal::ViewOf;
+using namespace nu::internal;
 
 namespace {
 
@@ -54,7 +49,7 @@ void Express(CNuPointArray& points, Vec3 origin, const CNuVector& zaxis) {
 void Assign(CNuIntArray* target, const std::vector<int>& indices) {
   CNuIntArray result(static_cast<int>(indices.size()));
   for (const int i : indices) result.Add(i);
-  nu::internal::Output(target, std::move(result));
+  Output(target, std::move(result));
 }
 
 // The first point that is not equal to point 0, or the size.
@@ -86,7 +81,7 @@ std::vector<Offset> FromCentroid(const CNuPoint* points, const std::vector<int>&
 
 // Counter-clockwise from the direction (1, 0, 0), in degrees, as CNuVector::AngleWith measures it about (0, 0, 1).
 double AngleOf(const Offset& v) {
-  const double length = nu::internal::Hypot(v.x, v.y);
+  const double length = Hypot(v.x, v.y);
   const double angle = NuArcCosSin(v.x / length, std::fabs(v.y) / length) / Nu_PI * 180.0;
   return v.y < 0.0 ? 360.0 - angle : angle;
 }
@@ -120,7 +115,7 @@ std::vector<int> ByAngle(const CNuPoint* points, const std::vector<int>& hull) {
   angles.reserve(offsets.size());
   for (const Offset& v : offsets) angles.push_back(AngleOf(v));
   std::vector<int> places(hull.size());
-  nu::internal::SortIndex(n, angles.data(), places.data());
+  SortIndex(n, angles.data(), places.data());
   for (int i = 0; i < n; ++i) order[i] = hull[places[i]];
   return order;
 }
@@ -129,7 +124,7 @@ std::vector<int> ByAngle(const CNuPoint* points, const std::vector<int>& hull) {
 
 CNuPoint CNuPointArray::MeanPoint() const {
   RequirePoints(*this, "MeanPoint operation", "CNuPointArray::MeanPoint()");
-  return ToPoint(nu::internal::MeanOf(ViewOf(*this)));
+  return ToPoint(MeanOf(ViewOf(*this)));
 }
 
 void CNuPointArray::MoveTo(const CNuPoint& origin) {
@@ -183,7 +178,7 @@ ENuBoolean CNuPointArray::IsNoncoplanar(CNuIntArray* idx, double tol) const {
   while (k > i && IsNull(Cross(d, Components(m_data[k]) - start), tol)) --k;
   if (k == i) return NuFalse;
   const Vec3 normal = Unit(Cross(d, Components(m_data[k]) - start));
-  const int m = nu::internal::LastBeyond(ViewOf(*this), i + 1, start, normal, tol);
+  const int m = LastBeyond(ViewOf(*this), i + 1, start, normal, tol);
   if (m < 0) return NuFalse;
   Assign(idx, {0, i, k, m});
   return NuTrue;
@@ -203,55 +198,54 @@ ENuBoolean CNuPointArray::IsIn(const CNuPoint& p, double tol) const {
 ENuBoolean CNuPointArray::IsEqual(const CNuPointArray& other, double tol) const {
   if (m_size != other.m_size) return NuFalse;
   if (m_size == 0) return NuTrue;
-  const nu::internal::PointView these = ViewOf(*this);
-  const nu::internal::PointView those = ViewOf(other);
-  return nu::internal::AllCoincide(those, these, tol) && nu::internal::AllCoincide(these, those, tol) ? NuTrue
-                                                                                                      : NuFalse;
+  const PointView these = ViewOf(*this);
+  const PointView those = ViewOf(other);
+  return AllCoincide(those, these, tol) && AllCoincide(these, those, tol) ? NuTrue : NuFalse;
 }
 
 double CNuPointArray::MaxEdge(int* m, int* n) const {
   RequirePoints(*this, "MaxEdge operation", "CNuPointArray::MaxEdge(int* m, int* n) const");
-  const Edge edge = m_size == 1 ? Edge{0.0} : nu::internal::LongestEdge(ViewOf(*this), NuGetZero());
-  nu::internal::Output(m, edge.m);
-  nu::internal::Output(n, edge.n);
+  const Edge edge = m_size == 1 ? Edge{0.0} : LongestEdge(ViewOf(*this), NuGetZero());
+  Output(m, edge.m);
+  Output(n, edge.n);
   return edge.length;
 }
 
 double CNuPointArray::MinEdge(int* m, int* n) const {
   RequirePoints(*this, "MinEdge operation", "CNuPointArray::MinEdge(int* m, int* n) const");
-  const Edge edge = m_size == 1 ? Edge{0.0} : nu::internal::ShortestEdge(ViewOf(*this), NuGetZero(), NuGetLarge());
-  nu::internal::Output(m, edge.m);
-  nu::internal::Output(n, edge.n);
+  const Edge edge = m_size == 1 ? Edge{0.0} : ShortestEdge(ViewOf(*this), NuGetZero(), NuGetLarge());
+  Output(m, edge.m);
+  Output(n, edge.n);
   return edge.length;
 }
 
 void CNuPointArray::BoundingBox(CNuPoint* min, CNuPoint* max) const {
-  nu::internal::Box box{};
-  if (m_size > 0) box = nu::internal::ExtentsOf(ViewOf(*this)).box;
-  nu::internal::Output(min, CNuPoint(box.low[0], box.low[1], box.low[2]));
-  nu::internal::Output(max, CNuPoint(box.high[0], box.high[1], box.high[2]));
+  Box box{};
+  if (m_size > 0) box = ExtentsOf(ViewOf(*this)).box;
+  Output(min, CNuPoint(box.low[0], box.low[1], box.low[2]));
+  Output(max, CNuPoint(box.high[0], box.high[1], box.high[2]));
 }
 
 void CNuPointArray::BoundingSphere(double* radius, CNuPoint* centre) const {
   CNuPoint low, high;
   BoundingBox(&low, &high);
   const CNuPoint middle = low.MidPoint(high);
-  nu::internal::Output(radius, middle.DistanceTo(low));
-  nu::internal::Output(centre, middle);
+  Output(radius, middle.DistanceTo(low));
+  Output(centre, middle);
 }
 
 void CNuPointArray::ConvexHull(CNuIntArray* hull) const {
   std::vector<int> vertices;
   if (m_size > 0) {
     if (Is2D() == NuFalse) FailOperation(45, "calculation of 3D convex hull", "CNuPointArray");
-    vertices = nu::internal::ConvexHull2(ViewOf(*this));
+    vertices = ConvexHull2(ViewOf(*this));
     if (vertices.size() >= 3) vertices = ByAngle(m_data, vertices);
   }
   Assign(hull, vertices);
 }
 
 void CNuPointArray::RemoveDuplicate(double tol) {
-  const std::vector<int> kept = nu::internal::WithoutCoincident(ViewOf(*this), tol);
+  const std::vector<int> kept = WithoutCoincident(ViewOf(*this), tol);
   for (std::size_t k = 0; k < kept.size(); ++k) m_data[k] = m_data[kept[k]];
   m_size = static_cast<int>(kept.size());
 }

@@ -29,16 +29,7 @@
 #include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/sphere.h"
 
-using nu::internal::As;
-using nu::internal::Components;
-using nu::internal::ConicCoordinates;
-using nu::internal::CoordinatesFor;
-using nu::internal::FailOperation;
-using nu::internal::InfiniteCylinder;
-using nu::internal::PlaneFor;
-using nu::internal::ToPoint;
-using nu::internal::ToVector;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -69,7 +60,7 @@ struct ConeCoordinates {
   double SignedDistance() const { return Length(way) * cone.cosine - std::fabs(height) * cone.sine; }
   bool IsAtApex() const { return IsNull(way, NuGetZero()) && std::fabs(height) < NuGetZero(); }
 
-  nu::internal::DoubleCone cone;
+  DoubleCone cone;
   double height;
   Vec3 way;
 };
@@ -93,7 +84,7 @@ std::optional<RadialCoordinates> AcrossSurface(const CNuPoint& p, const CNuGeome
   }
   if (const auto* cone = As<CNuConSurf>(surface)) {
     const ConeCoordinates at(p, *cone);
-    return RadialCoordinates{at.way, std::fabs(at.height) * nu::internal::Tan(cone->GetSemiAngle() * (Nu_PI / 180.0))};
+    return RadialCoordinates{at.way, std::fabs(at.height) * Tan(cone->GetSemiAngle() * (Nu_PI / 180.0))};
   }
   return std::nullopt;
 }

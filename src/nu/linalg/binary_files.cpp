@@ -6,8 +6,7 @@
 #include "nu/linalg/matrix.h"
 #include "nu/linalg/vector.h"
 
-using nu::internal::BinaryFileReader;
-using nu::internal::BinaryFileWriter;
+using namespace nu::internal;
 
 namespace {
 

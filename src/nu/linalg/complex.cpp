@@ -9,8 +9,7 @@
 #include "nu/linalg/complex_array.h"
 #include "nu/linalg/complex_polar.h"
 
-using nu::internal::FailOperation;
-using nu::internal::RequireNumericFactor;
+using namespace nu::internal;
 
 namespace {
 
@@ -22,8 +21,8 @@ void RequireNumericDivisor(double d, const char* what, const char* where) {
 }  // namespace
 
 void CNuComplex::GetData(double* re, double* im) const {
-  nu::internal::Output(re, m_re);
-  nu::internal::Output(im, m_im);
+  Output(re, m_re);
+  Output(im, m_im);
 }
 
 double CNuComplex::Modulus() const {
@@ -145,7 +144,7 @@ CNuComplexArray CNuComplex::Roots(int n) const {
   // Half of a number whose modulus is beyond the range of double has a polar form; its roots are in that range again.
   const bool isBeyond = std::isinf(Modulus());
   const CNuComplex within = isBeyond ? CNuComplex(0.5 * m_re, 0.5 * m_im) : *this;
-  const double factor = isBeyond ? nu::internal::Pow(2.0, 1.0 / n) : 1.0;
+  const double factor = isBeyond ? Pow(2.0, 1.0 / n) : 1.0;
   const CNuComplexPolarArray polar = within.ToPolarForm().Roots(n);
   CNuComplexArray roots(n);
   for (int k = 0; k < n; ++k) {

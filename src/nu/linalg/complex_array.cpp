@@ -2,16 +2,18 @@
 
 #include "nu/foundation/internal/array_definitions.h"
 
+using namespace nu::internal;
+
 namespace {
 
 // An empty CNuComplexArray names the class, not the operation.
-constexpr nu::internal::ArrayTexts kComplexTexts = [] {
-  nu::internal::ArrayTexts texts = NU_ARRAY_TEXTS("CNuComplexArray");
+constexpr ArrayTexts kComplexTexts = [] {
+  ArrayTexts texts = NU_ARRAY_TEXTS("CNuComplexArray");
   texts.first = texts.last = texts.className;
   return texts;
 }();
 
-constexpr nu::internal::ArrayTexts kPolarTexts = NU_ARRAY_TEXTS("CNuComplexPolarArray");
+constexpr ArrayTexts kPolarTexts = NU_ARRAY_TEXTS("CNuComplexPolarArray");
 
 }  // namespace
 

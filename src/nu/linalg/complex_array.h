@@ -9,7 +9,7 @@
 namespace nu::internal {
 template<class T>
 struct ArrayFields;
-}
+}  // namespace nu::internal
 
 // A growable array of complex numbers.
 class NU_EXPORT CNuComplexArray {

@@ -13,17 +13,13 @@
 #include "nu/linalg/complex_matrix.h"
 #include "nu/linalg/complex_vector.h"
 
-using nu::internal::ComplexRotation;
-using nu::internal::ComplexRows;
-using nu::internal::FailOperation;
-using nu::internal::WithMemory;
-using nu::internal::Workspace;
+using namespace nu::internal;
 
 namespace {
 
 // Three blocks of this many rows, and some vectors, stay on the stack.
 constexpr int kSmall = 10;
-using SmallSpace = Workspace<(3 * kSmall + 6) * 2 * nu::internal::Padded(kSmall)>;
+using SmallSpace = Workspace<(3 * kSmall + 6) * 2 * Padded(kSmall)>;
 
 constexpr const char* kCalculation = "calculation";
 
@@ -46,9 +42,9 @@ void CopyOut(const CNuComplex* elements, const ComplexRows& a) {
 
 Scaled TakeScaled(const CNuComplex* elements, const ComplexRows& a, const char* where) {
   CopyOut(elements, a);
-  const nu::internal::BlockSize size = nu::internal::MeasureBlock(a.data, a.rows, 2 * a.width, 2 * a.width);
+  const BlockSize size = MeasureBlock(a.data, a.rows, 2 * a.width, 2 * a.width);
   if (!size.finite) FailOperation(46, kCalculation, where);
-  const double scale = nu::internal::ScaleToWorkingSize(size.largest);
+  const double scale = ScaleToWorkingSize(size.largest);
   const std::size_t count = ComplexRows::Size(a.rows, a.columns);
   for (std::size_t k = 0; k < count; ++k) a.data[k] *= scale;
   return {a, scale};
@@ -115,8 +111,8 @@ class HessenbergForm {
     const ComplexRows v = Block(n);
     double* work = m_space.Take(ComplexRows::Size(5, n));
     double* tau = m_space.Take(static_cast<std::size_t>(n));
-    nu::internal::ReduceToComplexHessenberg(m_h.rows, v, tau, work);
-    if (wantsQ) nu::internal::FormTransposedUnitary(v, tau, std::max(n - 2, 0), 1, m_qT);
+    ReduceToComplexHessenberg(m_h.rows, v, tau, work);
+    if (wantsQ) FormTransposedUnitary(v, tau, std::max(n - 2, 0), 1, m_qT);
   }
   const Scaled& H() const { return m_h; }
   const ComplexRows& QT() const { return m_qT; }
@@ -133,13 +129,12 @@ class HessenbergForm {
 class RotationRoom {
  public:
   explicit RotationRoom(int n)
-      : m_heap(n > kSmall ? new ComplexRotation[nu::internal::kWaitingSweeps * static_cast<std::size_t>(n)] : nullptr) {
-  }
+      : m_heap(n > kSmall ? new ComplexRotation[kWaitingSweeps * static_cast<std::size_t>(n)] : nullptr) {}
   ComplexRotation* Data() { return m_heap ? m_heap.get() : m_local; }
 
  private:
   std::unique_ptr<ComplexRotation[]> m_heap;
-  ComplexRotation m_local[nu::internal::kWaitingSweeps * kSmall];
+  ComplexRotation m_local[kWaitingSweeps * kSmall];
 };
 
 }  // namespace
@@ -166,7 +161,7 @@ CNuComplexMatrix CNuComplexMatrix::operator*(const CNuComplexMatrix& b) const {
     const ComplexRows product(space.Take(size), m_rows, b.m_columns);
     CopyOut(m_data, left);
     CopyOut(b.m_data, right);
-    nu::internal::MultiplyComplex(left, right, product);
+    MultiplyComplex(left, right, product);
     return ToMatrix({product, 1.0});
   });
 }
@@ -184,9 +179,9 @@ void CNuComplexMatrix::QR(CNuComplexMatrix* q, CNuComplexMatrix* r) const try {
   const ComplexRows qT(space.Take(qSize), m_rows, m_rows);
   double* sum = space.Take(ComplexRows::Size(1, m_columns));
   double* tau = space.Take(static_cast<std::size_t>(count));
-  nu::internal::ReduceToTriangle(a.rows, v, tau, sum);
-  if (q != nullptr) nu::internal::FormTransposedUnitary(v, tau, count, 0, qT);
-  nu::internal::MakeDiagonalPositive(a.rows, q != nullptr ? &qT : nullptr);
+  ReduceToTriangle(a.rows, v, tau, sum);
+  if (q != nullptr) FormTransposedUnitary(v, tau, count, 0, qT);
+  MakeDiagonalPositive(a.rows, q != nullptr ? &qT : nullptr);
   Store(a, r, qT, q);
 } catch (const std::bad_alloc&) {
   throw CNuMemoryException("CNuComplexMatrix::QR()");
@@ -207,8 +202,7 @@ void CNuComplexMatrix::Schur(CNuComplexMatrix* q, CNuComplexMatrix* t) const try
   const HessenbergForm form(m_data, m_rows, q != nullptr, where);
   RotationRoom room(m_rows);
   const ComplexRows* qT = q != nullptr ? &form.QT() : nullptr;
-  if (!nu::internal::ReduceToSchur(form.H().rows, t != nullptr, qT, room.Data()))
-    FailOperation(46, kCalculation, where);
+  if (!ReduceToSchur(form.H().rows, t != nullptr, qT, room.Data())) FailOperation(46, kCalculation, where);
   Store(form.H(), t, form.QT(), q);
 } catch (const std::bad_alloc&) {
   throw CNuMemoryException("CNuComplexMatrix::Schur()");
@@ -221,7 +215,7 @@ CNuComplexVector CNuComplexMatrix::EigenValues() const {
     const HessenbergForm form(m_data, m_rows, false, where);
     RotationRoom room(m_rows);
     const ComplexRows& t = form.H().rows;
-    if (!nu::internal::ReduceToSchur(t, false, nullptr, room.Data())) FailOperation(46, kCalculation, where);
+    if (!ReduceToSchur(t, false, nullptr, room.Data())) FailOperation(46, kCalculation, where);
     CNuComplexVector values(m_rows);
     CNuComplex* value = values.GetData();
     const double unscale = 1.0 / form.H().scale;

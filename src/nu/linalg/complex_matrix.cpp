@@ -9,7 +9,7 @@
 #include "nu/linalg/internal/block_checks.h"
 #include "nu/linalg/matrix.h"
 
-using nu::internal::FailOperation;
+using namespace nu::internal;
 
 namespace {
 
@@ -61,31 +61,31 @@ CNuComplexMatrix& CNuComplexMatrix::operator=(CNuComplexMatrix other) noexcept {
 }
 
 CNuComplexMatrix::~CNuComplexMatrix() {
-  nu::internal::ReleaseElements(m_data, m_rows * m_columns);
+  ReleaseElements(m_data, m_rows * m_columns);
 }
 
 void CNuComplexMatrix::Init(int rows, int columns) {
   if (rows > INT_MAX / columns) throw CNuMemoryException("CNuComplexMatrix::Init()");
-  m_data = nu::internal::AllocateElements<CNuComplex>(rows * columns, "CNuComplexMatrix::Init()");
+  m_data = AllocateElements<CNuComplex>(rows * columns, "CNuComplexMatrix::Init()");
   m_rows = rows;
   m_columns = columns;
 }
 
 int CNuComplexMatrix::IndexOf(int i, int j) const {
-  nu::internal::RequireIndex(i, m_rows, "operation", "CNuComplexMatrix::Element()");
-  nu::internal::RequireIndex(j, m_columns, "operation", "CNuComplexMatrix::Element()");
+  RequireIndex(i, m_rows, "operation", "CNuComplexMatrix::Element()");
+  RequireIndex(j, m_columns, "operation", "CNuComplexMatrix::Element()");
   return i * m_columns + j;
 }
 
 CNuComplexVector CNuComplexMatrix::GetRowVector(int i) const {
-  nu::internal::RequireIndex(i, m_rows, "operation", "CNuComplexMatrix::GetRowVector()");
+  RequireIndex(i, m_rows, "operation", "CNuComplexMatrix::GetRowVector()");
   CNuComplexVector v(m_columns);
   std::copy_n(m_data + i * m_columns, m_columns, v.GetData());
   return v;
 }
 
 CNuComplexVector CNuComplexMatrix::GetColumnVector(int j) const {
-  nu::internal::RequireIndex(j, m_columns, "operation", "CNuComplexMatrix::GetColumnVector()");
+  RequireIndex(j, m_columns, "operation", "CNuComplexMatrix::GetColumnVector()");
   CNuComplexVector v(m_rows);
   for (int i = 0; i < m_rows; ++i) v.GetData()[i] = m_data[i * m_columns + j];
   return v;
@@ -93,20 +93,20 @@ CNuComplexVector CNuComplexMatrix::GetColumnVector(int j) const {
 
 void CNuComplexMatrix::SetRowVector(int i, const CNuComplexVector& v) {
   constexpr const char* where = "CNuComplexMatrix::SetRowVector()";
-  nu::internal::RequireIndex(i, m_rows, "operation", where);
+  RequireIndex(i, m_rows, "operation", where);
   if (v.GetSize() != m_columns) FailOperation(5, "operation", where);
   std::copy_n(v.GetData(), m_columns, m_data + i * m_columns);
 }
 
 void CNuComplexMatrix::SetColumnVector(int j, const CNuComplexVector& v) {
   constexpr const char* where = "CNuComplexMatrix::SetColumnVector()";
-  nu::internal::RequireIndex(j, m_columns, "operation", where);
+  RequireIndex(j, m_columns, "operation", where);
   if (v.GetSize() != m_rows) FailOperation(5, "operation", where);
   for (int i = 0; i < m_rows; ++i) m_data[i * m_columns + j] = v.GetData()[i];
 }
 
 CNuComplexMatrix CNuComplexMatrix::SubMatrix(int r1, int r2, int c1, int c2) const {
-  nu::internal::RequireBlock(*this, r1, r2, c1, c2, "CNuComplexMatrix::SubMatrix()");
+  RequireBlock(*this, r1, r2, c1, c2, "CNuComplexMatrix::SubMatrix()");
   CNuComplexMatrix result(r2 - r1 + 1, c2 - c1 + 1);
   for (int i = 0; i < result.m_rows; ++i)
     std::copy_n(m_data + (r1 + i) * m_columns + c1, result.m_columns, result.m_data + i * result.m_columns);
@@ -116,7 +116,7 @@ CNuComplexMatrix CNuComplexMatrix::SubMatrix(int r1, int r2, int c1, int c2) con
 // A block of the shape of the whole matrix that is the matrix itself changes nothing.
 void CNuComplexMatrix::SetSubMatrix(int r1, int r2, int c1, int c2, const CNuComplexMatrix& m) {
   constexpr const char* where = "CNuComplexMatrix::SetSubMatrix()";
-  nu::internal::RequireBlock(*this, r1, r2, c1, c2, where);
+  RequireBlock(*this, r1, r2, c1, c2, where);
   if (m.m_rows != r2 - r1 + 1 || m.m_columns != c2 - c1 + 1) FailOperation(5, "operation", where);
   if (this == &m) return;
   for (int i = 0; i < m.m_rows; ++i)
@@ -210,19 +210,19 @@ CNuComplexVector CNuComplexMatrix::operator*(const CNuComplexVector& v) const {
 }
 
 CNuComplexMatrix CNuComplexMatrix::operator*(double f) const {
-  nu::internal::RequireFactor(f, "operator*", kClass);
+  RequireFactor(f, "operator*", kClass);
   CNuComplexMatrix result(*this);
   return std::move(result *= f);
 }
 
 CNuComplexMatrix CNuComplexMatrix::operator*(const CNuComplex& f) const {
-  nu::internal::RequireFactor(f.Modulus(), "operator*", kClass);
+  RequireFactor(f.Modulus(), "operator*", kClass);
   CNuComplexMatrix result(*this);
   return std::move(result *= f);
 }
 
 CNuComplexMatrix& CNuComplexMatrix::operator*=(double f) {
-  nu::internal::RequireFactor(f, "operator*=", kClass);
+  RequireFactor(f, "operator*=", kClass);
   for (int k = 0; k < m_rows * m_columns; ++k) m_data[k] = {m_data[k].r() * f, m_data[k].i() * f};
   return *this;
 }
@@ -230,7 +230,7 @@ CNuComplexMatrix& CNuComplexMatrix::operator*=(double f) {
 // The factor may be an element of this matrix.
 CNuComplexMatrix& CNuComplexMatrix::operator*=(const CNuComplex& f) {
   const CNuComplex factor = f;
-  nu::internal::RequireFactor(factor.Modulus(), "operator*=", kClass);
+  RequireFactor(factor.Modulus(), "operator*=", kClass);
   for (int k = 0; k < m_rows * m_columns; ++k) m_data[k] = m_data[k] * factor;
   return *this;
 }
@@ -244,26 +244,26 @@ CNuComplexMatrix operator*(const CNuComplex& f, const CNuComplexMatrix& m) {
 }
 
 CNuComplexMatrix CNuComplexMatrix::operator/(double d) const {
-  nu::internal::RequireDivisor(d, "operator/", kClass);
+  RequireDivisor(d, "operator/", kClass);
   CNuComplexMatrix result(*this);
   return std::move(result /= d);
 }
 
 CNuComplexMatrix CNuComplexMatrix::operator/(const CNuComplex& d) const {
-  nu::internal::RequireDivisor(d.Modulus(), "operator/", kClass);
+  RequireDivisor(d.Modulus(), "operator/", kClass);
   CNuComplexMatrix result(*this);
   return std::move(result /= d);
 }
 
 CNuComplexMatrix& CNuComplexMatrix::operator/=(double d) {
-  nu::internal::RequireDivisor(d, "operator/=", kClass);
+  RequireDivisor(d, "operator/=", kClass);
   for (int k = 0; k < m_rows * m_columns; ++k) m_data[k] = {m_data[k].r() / d, m_data[k].i() / d};
   return *this;
 }
 
 CNuComplexMatrix& CNuComplexMatrix::operator/=(const CNuComplex& d) {
   const CNuComplex divisor = d;
-  nu::internal::RequireDivisor(divisor.Modulus(), "operator/=", kClass);
+  RequireDivisor(divisor.Modulus(), "operator/=", kClass);
   for (int k = 0; k < m_rows * m_columns; ++k) m_data[k] = m_data[k] / divisor;
   return *this;
 }

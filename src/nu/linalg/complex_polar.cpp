@@ -7,7 +7,7 @@
 #include "nu/linalg/complex.h"
 #include "nu/linalg/complex_array.h"
 
-using nu::internal::FailOperation;
+using namespace nu::internal;
 
 CNuComplexPolar::CNuComplexPolar(double modulus, double argument)
     : CNuAlgebra(NuTypeComplexPolar), m_modulus(modulus), m_argument(argument) {
@@ -15,36 +15,36 @@ CNuComplexPolar::CNuComplexPolar(double modulus, double argument)
 }
 
 void CNuComplexPolar::GetData(double* modulus, double* argument) const {
-  nu::internal::Output(modulus, m_modulus);
-  nu::internal::Output(argument, m_argument);
+  Output(modulus, m_modulus);
+  Output(argument, m_argument);
 }
 
 CNuComplex CNuComplexPolar::ToCartesianForm() const {
-  const auto [sine, cosine] = nu::internal::SinCos(m_argument);
+  const auto [sine, cosine] = SinCos(m_argument);
   return {m_modulus * cosine, m_modulus * sine};
 }
 
 CNuComplexPolar CNuComplexPolar::operator*(const CNuComplexPolar& c) const {
-  nu::internal::RequireNumericFactor(m_modulus, "operator*", "CNuComplexPolar");
-  nu::internal::RequireNumericFactor(c.m_modulus, "operator*", "CNuComplexPolar");
+  RequireNumericFactor(m_modulus, "operator*", "CNuComplexPolar");
+  RequireNumericFactor(c.m_modulus, "operator*", "CNuComplexPolar");
   return {m_modulus * c.m_modulus, m_argument + c.m_argument};
 }
 
 CNuComplexPolar CNuComplexPolar::operator/(const CNuComplexPolar& c) const {
-  nu::internal::RequireDivisor(c.m_modulus, "operator/", "CNuComplexPolar");
+  RequireDivisor(c.m_modulus, "operator/", "CNuComplexPolar");
   return {m_modulus / c.m_modulus, m_argument - c.m_argument};
 }
 
 CNuComplexPolar CNuComplexPolar::Power(int n) const {
-  nu::internal::RequireNumericFactor(m_modulus, "calculation", "CNuComplexPolar::Power()");
+  RequireNumericFactor(m_modulus, "calculation", "CNuComplexPolar::Power()");
   if (n < 1) FailOperation(2, "calculation", "CNuComplexPolar::Power()");
-  return {nu::internal::Pow(m_modulus, n), n * m_argument};
+  return {Pow(m_modulus, n), n * m_argument};
 }
 
 CNuComplexPolarArray CNuComplexPolar::Roots(int n) const {
   if (n < 1) FailOperation(2, "calculation", "CNuComplexPolar::Roots()");
   // The only root would be zero, and it is the polar constructor that says so.
-  const double modulus = m_modulus > NuGetZero() ? nu::internal::Pow(m_modulus, 1.0 / n) : 0.0;
+  const double modulus = m_modulus > NuGetZero() ? Pow(m_modulus, 1.0 / n) : 0.0;
   CNuComplexPolarArray roots(n);
   for (int k = 0; k < n; ++k) roots.Add({modulus, (2.0 * k * Nu_PI + m_argument) / n});
   return roots;

@@ -8,7 +8,7 @@
 #include "nu/linalg/complex_matrix.h"
 #include "nu/linalg/vector.h"
 
-using nu::internal::FailOperation;
+using namespace nu::internal;
 
 namespace {
 
@@ -53,16 +53,16 @@ CNuComplexVector& CNuComplexVector::operator=(CNuComplexVector other) noexcept {
 }
 
 CNuComplexVector::~CNuComplexVector() {
-  nu::internal::ReleaseElements(m_data, m_size);
+  ReleaseElements(m_data, m_size);
 }
 
 void CNuComplexVector::Init(int n) {
-  m_data = nu::internal::AllocateElements<CNuComplex>(n, "CNuComplexVector::Init()");
+  m_data = AllocateElements<CNuComplex>(n, "CNuComplexVector::Init()");
   m_size = n;
 }
 
 void CNuComplexVector::CheckIndex(int i) const {
-  nu::internal::RequireIndex(i, m_size, "element operator[]", "CNuComplexVector");
+  RequireIndex(i, m_size, "element operator[]", "CNuComplexVector");
 }
 
 CNuComplex& CNuComplexVector::operator[](int i) {
@@ -130,19 +130,19 @@ CNuComplexVector CNuComplexVector::operator*(const CNuComplexMatrix& m) const {
 }
 
 CNuComplexVector CNuComplexVector::operator*(double f) const {
-  nu::internal::RequireNumericFactor(f, "operator*", kClass);
+  RequireNumericFactor(f, "operator*", kClass);
   CNuComplexVector result(*this);
   return std::move(result *= f);
 }
 
 CNuComplexVector CNuComplexVector::operator*(const CNuComplex& f) const {
-  nu::internal::RequireNumericFactor(f.Modulus(), "operator*", kClass);
+  RequireNumericFactor(f.Modulus(), "operator*", kClass);
   CNuComplexVector result(*this);
   return std::move(result *= f);
 }
 
 CNuComplexVector& CNuComplexVector::operator*=(double f) {
-  nu::internal::RequireNumericFactor(f, "operator*=", kClass);
+  RequireNumericFactor(f, "operator*=", kClass);
   for (int i = 0; i < m_size; ++i) m_data[i] = {m_data[i].r() * f, m_data[i].i() * f};
   return *this;
 }
@@ -150,7 +150,7 @@ CNuComplexVector& CNuComplexVector::operator*=(double f) {
 // The factor may be a component of this vector.
 CNuComplexVector& CNuComplexVector::operator*=(const CNuComplex& f) {
   const CNuComplex factor = f;
-  nu::internal::RequireNumericFactor(factor.Modulus(), "operator*=", kClass);
+  RequireNumericFactor(factor.Modulus(), "operator*=", kClass);
   for (int i = 0; i < m_size; ++i) m_data[i] = m_data[i] * factor;
   return *this;
 }
@@ -164,26 +164,26 @@ CNuComplexVector operator*(const CNuComplex& f, const CNuComplexVector& v) {
 }
 
 CNuComplexVector CNuComplexVector::operator/(double d) const {
-  nu::internal::RequireDivisor(d, "operator/", kClass);
+  RequireDivisor(d, "operator/", kClass);
   CNuComplexVector result(*this);
   return std::move(result /= d);
 }
 
 CNuComplexVector CNuComplexVector::operator/(const CNuComplex& d) const {
-  nu::internal::RequireDivisor(d.Modulus(), "operator/", kClass);
+  RequireDivisor(d.Modulus(), "operator/", kClass);
   CNuComplexVector result(*this);
   return std::move(result /= d);
 }
 
 CNuComplexVector& CNuComplexVector::operator/=(double d) {
-  nu::internal::RequireDivisor(d, "operator/=", kClass);
+  RequireDivisor(d, "operator/=", kClass);
   for (int i = 0; i < m_size; ++i) m_data[i] = {m_data[i].r() / d, m_data[i].i() / d};
   return *this;
 }
 
 CNuComplexVector& CNuComplexVector::operator/=(const CNuComplex& d) {
   const CNuComplex divisor = d;
-  nu::internal::RequireDivisor(divisor.Modulus(), "operator/=", kClass);
+  RequireDivisor(divisor.Modulus(), "operator/=", kClass);
   for (int i = 0; i < m_size; ++i) m_data[i] = m_data[i] / divisor;
   return *this;
 }

@@ -15,9 +15,7 @@
 #include "nu/foundation/internal/failures.h"
 #include "nu/linalg/matrix.h"
 
-using nu::internal::FailOperation;
-using nu::internal::TallReduction;
-using nu::internal::TallReflectors;
+using namespace nu::internal;
 
 namespace {
 
@@ -224,9 +222,6 @@ class LeastSquaresFactors final : public EquationFactors {
 
 }  // namespace nu::internal
 
-using nu::internal::ExactFactors;
-using nu::internal::LeastSquaresFactors;
-
 CNuLinearEquSys::CNuLinearEquSys(int method) : CNuAlgebra(NuTypeLinearEquSys), m_method(method) {}
 
 CNuLinearEquSys::~CNuLinearEquSys() = default;
@@ -265,7 +260,7 @@ void CNuLinearEquSys::SolveNonnegative(const CNuMatrix& a, const CNuVector& b) {
   reduction.AddRows(a.GetData(), b.GetData(), a.GetRowSize());
   reduction.Finish();
   CNuVector x(a.GetColumnSize());
-  if (!nu::internal::SolveNonNegative(reduction, NuGetLengthTol(), x.GetData())) return;
+  if (!SolveNonNegative(reduction, NuGetLengthTol(), x.GetData())) return;
   m_solution = std::move(x);
   m_solved = NuTrue;
 }

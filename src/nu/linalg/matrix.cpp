@@ -11,8 +11,7 @@
 #include "nu/linalg/internal/block_checks.h"
 #include "nu/linalg/vector.h"
 
-using nu::internal::FailOperation;
-using nu::internal::RequireBlock;
+using namespace nu::internal;
 
 namespace {
 
@@ -126,14 +125,14 @@ void CNuMatrix::FailIndex(int i) const {
 }
 
 CNuVector CNuMatrix::GetRowVector(int i) const {
-  nu::internal::RequireIndex(i, m_rows, "operation", "CNuMatrix::GetRowVector()");
+  RequireIndex(i, m_rows, "operation", "CNuMatrix::GetRowVector()");
   CNuVector v(m_columns);
   std::copy_n(m_data[i], m_columns, v.GetData());
   return v;
 }
 
 CNuVector CNuMatrix::GetColumnVector(int j) const {
-  nu::internal::RequireIndex(j, m_columns, "operation", "CNuMatrix::GetColumnVector()");
+  RequireIndex(j, m_columns, "operation", "CNuMatrix::GetColumnVector()");
   CNuVector v(m_rows);
   for (int i = 0; i < m_rows; ++i) v.GetData()[i] = m_data[i][j];
   return v;
@@ -141,14 +140,14 @@ CNuVector CNuMatrix::GetColumnVector(int j) const {
 
 void CNuMatrix::SetRowVector(int i, const CNuVector& v) {
   constexpr const char* where = "CNuMatrix::SetRowVector()";
-  nu::internal::RequireIndex(i, m_rows, "operation", where);
+  RequireIndex(i, m_rows, "operation", where);
   if (v.GetSize() != m_columns) FailOperation(5, "operation", where);
   std::copy_n(v.GetData(), m_columns, m_data[i]);
 }
 
 void CNuMatrix::SetColumnVector(int j, const CNuVector& v) {
   constexpr const char* where = "CNuMatrix::SetColumnVector()";
-  nu::internal::RequireIndex(j, m_columns, "operation", where);
+  RequireIndex(j, m_columns, "operation", where);
   if (v.GetSize() != m_rows) FailOperation(5, "operation", where);
   for (int i = 0; i < m_rows; ++i) m_data[i][j] = v.GetData()[i];
 }
@@ -280,13 +279,13 @@ CNuVector CNuMatrix::operator*(const CNuVector& v) const {
 }
 
 CNuMatrix CNuMatrix::operator*(double f) const {
-  nu::internal::RequireFactor(f, "operator*", "CNuMatrix");
+  RequireFactor(f, "operator*", "CNuMatrix");
   CNuMatrix result(*this);
   return std::move(result *= f);
 }
 
 CNuMatrix& CNuMatrix::operator*=(double f) {
-  nu::internal::RequireFactor(f, "operator*=", "CNuMatrix");
+  RequireFactor(f, "operator*=", "CNuMatrix");
   for (int i = 0; i < m_rows; ++i) {
     for (int j = 0; j < m_columns; ++j) m_data[i][j] *= f;
   }
@@ -298,13 +297,13 @@ CNuMatrix operator*(double f, const CNuMatrix& m) {
 }
 
 CNuMatrix CNuMatrix::operator/(double d) const {
-  nu::internal::RequireDivisor(d, "operator/", "CNuMatrix");
+  RequireDivisor(d, "operator/", "CNuMatrix");
   CNuMatrix result(*this);
   return std::move(result /= d);
 }
 
 CNuMatrix& CNuMatrix::operator/=(double d) {
-  nu::internal::RequireDivisor(d, "operator/=", "CNuMatrix");
+  RequireDivisor(d, "operator/=", "CNuMatrix");
   for (int i = 0; i < m_rows; ++i) {
     for (int j = 0; j < m_columns; ++j) m_data[i][j] /= d;
   }

@@ -21,11 +21,7 @@
 #include "nu/linalg/matrix.h"
 #include "nu/linalg/vector.h"
 
-using nu::internal::FailOperation;
-using nu::internal::LuResult;
-using nu::internal::Output;
-using nu::internal::WithMemory;
-using nu::internal::Workspace;
+using namespace nu::internal;
 
 namespace {
 
@@ -124,8 +120,7 @@ constinit EigenCache<CNuMatrix>* lastVectors = nullptr;
 bool IsCached(const CNuMatrix& cached, const CNuMatrix& a, double tol) {
   if (a.GetRowSize() != cached.GetRowSize() || a.GetColumnSize() != cached.GetColumnSize()) return false;
   const Elements elements(a);
-  const double largest =
-      nu::internal::MeasureBlock(elements.Data(), a.GetRowSize(), a.GetColumnSize(), a.GetColumnSize()).largest;
+  const double largest = MeasureBlock(elements.Data(), a.GetRowSize(), a.GetColumnSize(), a.GetColumnSize()).largest;
   return a.IsEqual(cached, std::min(tol * tol, tol * largest)) == NuTrue;
 }
 
@@ -187,8 +182,8 @@ CNuMatrix CNuMatrix::operator*(const CNuMatrix& b) const {
     CNuMatrix result(m_rows, b.m_columns);
     const Elements left(*this);
     const Elements right(b);
-    nu::internal::Multiply({left.Data(), m_columns}, {right.Data(), b.m_columns}, result.m_data[0], b.m_columns, m_rows,
-                           m_columns, b.m_columns);
+    Multiply({left.Data(), m_columns}, {right.Data(), b.m_columns}, result.m_data[0], b.m_columns, m_rows, m_columns,
+             b.m_columns);
     return result;
   });
 }
@@ -199,7 +194,7 @@ void CNuMatrix::LUD(CNuIntArray* index, int* d, int* status) try {
   CNuIntArray rows(m_rows);
   for (int i = 0; i < m_rows; ++i) rows.Add(i);
   MutableElements a(*this);
-  const LuResult lu = nu::internal::FactorLu(a.Data(), m_rows, m_rows, rows.GetData(), NuGetTol(), NuGetZero());
+  const LuResult lu = FactorLu(a.Data(), m_rows, m_rows, rows.GetData(), NuGetTol(), NuGetZero());
   a.Store();
   Output(index, std::move(rows));
   Output(d, lu.parity);
@@ -232,8 +227,8 @@ void CNuMatrix::SVD(CNuVector* w, CNuMatrix* v) try {
   CNuVector values(m_columns);
   CNuMatrix right(m_columns, m_columns);
   MutableElements a(*this);
-  const bool converged = nu::internal::DecomposeSingular(a.Data(), m_rows, m_columns, m_columns, values.GetData(),
-                                                         right.m_data[0], m_columns, NuGetTol(), NuGetZero());
+  const bool converged = DecomposeSingular(a.Data(), m_rows, m_columns, m_columns, values.GetData(), right.m_data[0],
+                                           m_columns, NuGetTol(), NuGetZero());
   if (!converged) FailOperation(46, kCalculation, "CNuMatrix::SVD()");
   a.Store();
   Output(w, std::move(values));
@@ -246,12 +241,11 @@ double CNuMatrix::Determinant() const try {
   RequireSquare(*this, "CNuMatrix::Determinant()");
   SmallBlock a(ElementCount(*this));
   CopyOut(*this, a.Data());
-  if (!nu::internal::MeasureBlock(a.Data(), m_rows, m_rows, m_rows).finite)
-    return std::numeric_limits<double>::quiet_NaN();
+  if (!MeasureBlock(a.Data(), m_rows, m_rows, m_rows).finite) return std::numeric_limits<double>::quiet_NaN();
   Permutation rows(m_rows);
   // Only exact zeros make it 0: small pivots may meet large ones in the product.
-  const LuResult lu = nu::internal::FactorLu(a.Data(), m_rows, m_rows, rows.Data(), 0.0, 0.0);
-  return lu.singular ? 0.0 : nu::internal::LuDeterminant(a.Data(), m_rows, m_rows, lu.parity);
+  const LuResult lu = FactorLu(a.Data(), m_rows, m_rows, rows.Data(), 0.0, 0.0);
+  return lu.singular ? 0.0 : LuDeterminant(a.Data(), m_rows, m_rows, lu.parity);
 } catch (const std::bad_alloc&) {
   throw CNuMemoryException("CNuMatrix::Determinant()");
 }
@@ -265,13 +259,13 @@ CNuMatrix CNuMatrix::Inverse(ENuStatus* status) {
     CopyOut(*this, a.Data());
     Permutation rows(m_rows);
     const double tol = NuGetTol();
-    const LuResult lu = nu::internal::FactorLu(a.Data(), m_rows, m_rows, rows.Data(), tol, NuGetZero());
-    if (nu::internal::IsSingularToRounding(m_data, a.Data(), m_rows, m_rows, rows.Data(), lu, tol))
+    const LuResult lu = FactorLu(a.Data(), m_rows, m_rows, rows.Data(), tol, NuGetZero());
+    if (IsSingularToRounding(m_data, a.Data(), m_rows, m_rows, rows.Data(), lu, tol))
       FailOperation(16, kCalculation, where);
     // The columns of the inverse solve A x = e(k); all of them at once.
     CNuMatrix inverse(m_rows, m_rows);
     for (int i = 0; i < m_rows; ++i) inverse.m_data[i][rows.Data()[i]] = 1.0;
-    nu::internal::SolveLuPermuted(a.Data(), m_rows, m_rows, inverse.m_data[0], m_rows, m_rows);
+    SolveLuPermuted(a.Data(), m_rows, m_rows, inverse.m_data[0], m_rows, m_rows);
     Output(status, NuStatusComputed);
     return inverse;
   });
@@ -288,10 +282,10 @@ void CNuMatrix::EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatr
   bool converged = false;
   bool complex = false;
   if (IsSymmetricEnough(*this)) {
-    converged = nu::internal::DecomposeSymmetric(a.Data(), n, n, real.GetData(), columns.m_data[0], n);
+    converged = DecomposeSymmetric(a.Data(), n, n, real.GetData(), columns.m_data[0], n);
   } else {
     Workspace<kSmall> imaginary(static_cast<std::size_t>(n));
-    converged = nu::internal::DecomposeGeneral(a.Data(), n, n, real.GetData(), imaginary.Data(), columns.m_data[0], n);
+    converged = DecomposeGeneral(a.Data(), n, n, real.GetData(), imaginary.Data(), columns.m_data[0], n);
     complex = converged && std::any_of(imaginary.Data(), imaginary.Data() + n, [](double im) { return im != 0.0; });
   }
   if (!converged) FailOperation(46, kCalculation, "CNuMatrix::EigenValues()");

@@ -16,8 +16,7 @@
 #include "nu/geometry/point.h"
 #include "nu/linalg/matrix.h"
 
-using nu::internal::FailOperation;
-using nu::internal::Output;
+using namespace nu::internal;
 
 namespace {
 
@@ -194,14 +193,14 @@ CNuVector CNuVector::operator*(const CNuMatrix& m) const {
 }
 
 CNuVector CNuVector::operator*(double f) const {
-  nu::internal::RequireNumericFactor(f, "operator*", "CNuVector");
+  RequireNumericFactor(f, "operator*", "CNuVector");
   CNuVector result(*this);
   for (int i = 0; i < m_size; ++i) result.m_data[i] *= f;
   return result;
 }
 
 CNuVector& CNuVector::operator*=(double f) {
-  nu::internal::RequireNumericFactor(f, "operator*=", "CNuVector");
+  RequireNumericFactor(f, "operator*=", "CNuVector");
   for (int i = 0; i < m_size; ++i) m_data[i] *= f;
   return *this;
 }
@@ -211,14 +210,14 @@ CNuVector operator*(double f, const CNuVector& v) {
 }
 
 CNuVector CNuVector::operator/(double d) const {
-  nu::internal::RequireDivisor(d, "operator/", "CNuVector");
+  RequireDivisor(d, "operator/", "CNuVector");
   CNuVector result(*this);
   for (int i = 0; i < m_size; ++i) result.m_data[i] /= d;
   return result;
 }
 
 CNuVector& CNuVector::operator/=(double d) {
-  nu::internal::RequireDivisor(d, "operator/=", "CNuVector");
+  RequireDivisor(d, "operator/=", "CNuVector");
   for (int i = 0; i < m_size; ++i) m_data[i] /= d;
   return *this;
 }
@@ -384,7 +383,7 @@ void CNuVector::Sort(CNuIntArray* index) const {
   if (index == nullptr) return;
   CNuIntArray order(m_size);
   for (int i = 0; i < m_size; ++i) order.Add(i);
-  nu::internal::SortIndex(m_size, m_data, order.GetData());
+  SortIndex(m_size, m_data, order.GetData());
   index->Truncate(0);  // the assignment would keep larger room
   *index = std::move(order);
 }

@@ -15,15 +15,13 @@
 #include "nu/linalg/complex_array.h"
 #include "nu/numerics/polynomial.h"
 
-using nu::internal::Coefficients;
-using nu::internal::FoundRoot;
-using nu::internal::WithMemory;
+using namespace nu::internal;
 
 namespace {
 
 constexpr int kFewRoots = 30;
 
-nu::internal::RootRules HostRules() {
+RootRules HostRules() {
   return {NuGetTol(), NuGetSqrtTol(), NuGetZero(), NuGetLarge(), NuGetLengthTol()};
 }
 
@@ -40,7 +38,7 @@ class RootRoom {
 
 // The effective degree is negative where a coefficient is not finite.
 void RequireFinite(int effectiveDegree) {
-  if (effectiveDegree < 0) nu::internal::FailOperation(46, "calculation", "CNuAlgEqu::Solve()");
+  if (effectiveDegree < 0) FailOperation(46, "calculation", "CNuAlgEqu::Solve()");
 }
 
 bool IsReal(const FoundRoot& x) {
@@ -150,7 +148,7 @@ void CNuAlgEqu::Solve(const CNuComplexArray& coefficients) {
   WithMemory("CNuAlgEqu::Solve()", [&] {
     const int size = coefficients.GetSize();
     if (size < 2) return;
-    nu::internal::Workspace<2 * (kFewRoots + 1)> parts(2 * static_cast<std::size_t>(size));
+    Workspace<2 * (kFewRoots + 1)> parts(2 * static_cast<std::size_t>(size));
     double* re = parts.Take(static_cast<std::size_t>(size));
     double* im = parts.Take(static_cast<std::size_t>(size));
     bool real = true;

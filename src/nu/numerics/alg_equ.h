@@ -5,7 +5,7 @@
 #include "nu/foundation/object.h"
 #include "nu/fwd.h"
 
-namespace nu::internal {
+namespace nu::engine::roots {
 struct FoundRoot;
 }
 
@@ -49,7 +49,7 @@ class NU_EXPORT CNuAlgEqu : public CNuAlgebra {
  private:
   static constexpr int kLocal = 8;
 
-  void Store(const nu::internal::FoundRoot* roots, int count);
+  void Store(const nu::engine::roots::FoundRoot* roots, int count);
   void Take(CNuAlgEqu& other) noexcept;
   void Release() noexcept;
 

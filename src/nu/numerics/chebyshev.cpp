@@ -22,7 +22,7 @@
 
 namespace {
 
-using nu::internal::FailOperation;
+using namespace nu::internal;
 
 constexpr const char* kDataChecking = "data checking";
 constexpr const char* kFit = "CNuChebyshevPolynomialExpression::FitMinMax()";
@@ -149,7 +149,7 @@ double CNuChebyshevPolynomialExpression::DerivativeAt(double x) const {
 CNuPolynomial CNuChebyshevPolynomialExpression::ToPolynomial() const {
   if (!IsFitted()) return CNuPolynomial(0);
   CNuPolynomial powers(m_degree), work(m_degree);
-  nu::internal::SeriesToPowers(0.5 * m_coefficients[0], m_coefficients.GetData(), m_degree,
-                               {0.5 * m_a + 0.5 * m_b, 2.0 / (m_b - m_a)}, powers.GetData(), work.GetData());
+  SeriesToPowers(0.5 * m_coefficients[0], m_coefficients.GetData(), m_degree,
+                 {0.5 * m_a + 0.5 * m_b, 2.0 / (m_b - m_a)}, powers.GetData(), work.GetData());
   return powers;
 }

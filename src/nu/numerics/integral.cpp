@@ -3,6 +3,8 @@
 #include "nu/engine/quadrature/cubature.h"
 #include "nu/numerics/internal/integration_outcome.h"
 
+using namespace nu::internal;
+
 namespace {
 
 constexpr const char* kWhere = "CNuIntegral::Calculate()";
@@ -13,8 +15,8 @@ CNuIntegral::~CNuIntegral() = default;
 
 double CNuIntegral::Calculate(double (*f)(double), double a, double b, double tol, long maxIter) {
   m_type = NuTypeIntegral;
-  nu::internal::RequireFunctions(kWhere, f);
-  const nu::internal::Quadrature q = nu::internal::IntegrateLine(f, a, b, tol, maxIter);
+  RequireFunctions(kWhere, f);
+  const Quadrature q = IntegrateLine(f, a, b, tol, maxIter);
   RequireConverged(q, kWhere);
   m_value = q.value;
   m_error = q.error;

@@ -3,6 +3,8 @@
 #include "nu/engine/quadrature/cubature.h"
 #include "nu/numerics/internal/integration_outcome.h"
 
+using namespace nu::internal;
+
 namespace {
 
 constexpr const char* kWhere = "CNuIntegral2D::Calculate()";
@@ -14,20 +16,20 @@ CNuIntegral2D::~CNuIntegral2D() = default;
 double CNuIntegral2D::Calculate(double (*f)(double, double), double ax, double bx, double ay, double by, double tol,
                                 long maxIter) {
   m_type = NuTypeIntegral2D;
-  nu::internal::RequireFunctions(kWhere, f);
+  RequireFunctions(kWhere, f);
   const auto lower = [ay](double) { return ay; };
   const auto upper = [by](double) { return by; };
-  return Store(nu::internal::IntegrateArea(f, {ax, bx, lower, upper}, tol, maxIter));
+  return Store(IntegrateArea(f, {ax, bx, lower, upper}, tol, maxIter));
 }
 
 double CNuIntegral2D::Calculate(double (*f)(double, double), double ax, double bx, double (*ay)(double),
                                 double (*by)(double), double tol, long maxIter) {
   m_type = NuTypeIntegral2D;
-  nu::internal::RequireFunctions(kWhere, f, ay, by);
-  return Store(nu::internal::IntegrateArea(f, {ax, bx, ay, by}, tol, maxIter));
+  RequireFunctions(kWhere, f, ay, by);
+  return Store(IntegrateArea(f, {ax, bx, ay, by}, tol, maxIter));
 }
 
-double CNuIntegral2D::Store(const nu::internal::Quadrature& q) {
+double CNuIntegral2D::Store(const Quadrature& q) {
   RequireConverged(q, kWhere);
   m_value = q.value;
   m_error = q.error;

@@ -4,7 +4,7 @@
 #include "nu/export.h"
 #include "nu/foundation/object.h"
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 struct Quadrature;
 }
 
@@ -35,7 +35,7 @@ class NU_EXPORT CNuIntegral3D : public CNuNumericalAnalysis {
   double GetErrorEstimate() const { return m_error; }
 
  private:
-  double Store(const nu::internal::Quadrature& q);
+  double Store(const nu::engine::quadrature::Quadrature& q);
 
   double m_value = 0.0;
   double m_error = 0.0;

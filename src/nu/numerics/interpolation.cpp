@@ -12,8 +12,7 @@
 #include "nu/foundation/internal/outputs.h"
 #include "nu/numerics/internal/interpolation_guards.h"
 
-using nu::internal::Locate;
-using nu::internal::Place;
+using namespace nu::internal;
 
 namespace {
 
@@ -23,9 +22,9 @@ constexpr const char* kInit = "CNuInterpolation::Init()";
 constexpr int kMostPolynomialPoints = 512;
 
 const CNuDoubleArray& Checked(const CNuDoubleArray& x, const CNuDoubleArray& y) {
-  if (x.GetSize() != y.GetSize()) nu::internal::FailOperation(5, nu::internal::kArrayChecking, kName);
-  nu::internal::RequireGrid(x, nu::internal::kArrayChecking, kName);
-  nu::internal::RequireFinite(y.GetData(), y.GetSize(), nu::internal::kArrayChecking, kName);
+  if (x.GetSize() != y.GetSize()) FailOperation(5, kArrayChecking, kName);
+  RequireGrid(x, kArrayChecking, kName);
+  RequireFinite(y.GetData(), y.GetSize(), kArrayChecking, kName);
   return x;
 }
 
@@ -34,7 +33,7 @@ const CNuDoubleArray& Checked(const CNuDoubleArray& x, const CNuDoubleArray& y) 
 CNuInterpolation::CNuInterpolation(const CNuDoubleArray& x, const CNuDoubleArray& y)
     : CNuNumericalAnalysis(NuTypeInterpolation), m_x(Checked(x, y)), m_y(y), m_slopes(y) {
   try {
-    nu::internal::NaturalSpline(m_x.GetData(), GetSize()).Derivatives(m_y.GetData(), m_slopes.GetData());
+    NaturalSpline(m_x.GetData(), GetSize()).Derivatives(m_y.GetData(), m_slopes.GetData());
   } catch (const std::bad_alloc&) {
     throw CNuMemoryException(kInit);
   }
@@ -65,13 +64,13 @@ double CNuInterpolation::Polynomial(double x, double* error) const {
   RequireInside(x, "CNuInterpolation::Polynomial()");
   const Place p = Locate(m_x.GetData(), GetSize(), x);
   const int nearest = p.t < 0.5 ? p.i : p.i + 1;
-  nu::internal::PolynomialValue result{m_y.GetData()[nearest], 0.0};
+  PolynomialValue result{m_y.GetData()[nearest], 0.0};
   if (m_x.GetData()[nearest] != x) {
     const int count = std::min(GetSize(), kMostPolynomialPoints);
     const int first = std::clamp(nearest - count / 2, 0, GetSize() - count);
-    result = nu::internal::LagrangeValue(m_x.GetData() + first, m_y.GetData() + first, count, x);
+    result = LagrangeValue(m_x.GetData() + first, m_y.GetData() + first, count, x);
   }
-  nu::internal::Output(error, result.error);
+  Output(error, result.error);
   return result.value;
 }
 
@@ -80,7 +79,7 @@ double CNuInterpolation::Spline(double x) const {
   const Place p = Locate(m_x.GetData(), GetSize(), x);
   const double* y = m_y.GetData() + p.i;
   const double* k = m_slopes.GetData() + p.i;
-  return nu::internal::CubicValue(p, y[0], y[1], k[0], k[1]);
+  return CubicValue(p, y[0], y[1], k[0], k[1]);
 }
 
 double CNuInterpolation::SplineDerivative(double x) const {
@@ -88,5 +87,5 @@ double CNuInterpolation::SplineDerivative(double x) const {
   const Place p = Locate(m_x.GetData(), GetSize(), x);
   const double* y = m_y.GetData() + p.i;
   const double* k = m_slopes.GetData() + p.i;
-  return nu::internal::CubicDerivative(p, y[0], y[1], k[0], k[1]);
+  return CubicDerivative(p, y[0], y[1], k[0], k[1]);
 }

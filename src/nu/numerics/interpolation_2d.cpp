@@ -13,10 +13,7 @@
 // by x along y. Within a cell the spline is then the bicubic Hermite polynomial: cubic along y on both sides of the
 // cell, for the values and for the derivatives by x, and with these cubic along x.
 
-using nu::internal::CubicValue;
-using nu::internal::Locate;
-using nu::internal::NaturalSpline;
-using nu::internal::Place;
+using namespace nu::internal;
 
 namespace {
 
@@ -25,12 +22,10 @@ constexpr const char* kInit = "CNuInterpolation2D::Init()";
 constexpr const char* kChecking = "matrix and array data checking";
 
 const CNuDoubleArray& Checked(const CNuDoubleArray& x, const CNuDoubleArray& y, const CNuMatrix& z) {
-  if (z.GetRowSize() != x.GetSize() || z.GetColumnSize() != y.GetSize())
-    nu::internal::FailOperation(5, kChecking, kName);
-  nu::internal::RequireGrid(x, kChecking, kName);
-  nu::internal::RequireGrid(y, kChecking, kName);
-  for (int i = 0; i < z.GetRowSize(); ++i)
-    nu::internal::RequireFinite(z.GetData()[i], z.GetColumnSize(), kChecking, kName);
+  if (z.GetRowSize() != x.GetSize() || z.GetColumnSize() != y.GetSize()) FailOperation(5, kChecking, kName);
+  RequireGrid(x, kChecking, kName);
+  RequireGrid(y, kChecking, kName);
+  for (int i = 0; i < z.GetRowSize(); ++i) RequireFinite(z.GetData()[i], z.GetColumnSize(), kChecking, kName);
   return x;
 }
 

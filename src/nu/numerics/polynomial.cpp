@@ -11,6 +11,8 @@
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/numerics/chebyshev.h"
 
+using namespace nu::internal;
+
 namespace {
 
 constexpr const char* kClass = "CNuPolynomial";
@@ -93,7 +95,7 @@ double CNuPolynomial::operator[](int i) const {
 }
 
 void CNuPolynomial::FailIndex() const {
-  nu::internal::FailOperation(3, "element operator[]", kClass, 0, m_degree);
+  FailOperation(3, "element operator[]", kClass, 0, m_degree);
 }
 
 ENuBoolean CNuPolynomial::IsZero(double tol) const {
@@ -146,13 +148,13 @@ CNuPolynomial CNuPolynomial::operator-(double s) const {
 }
 
 CNuPolynomial CNuPolynomial::operator*(double s) const {
-  nu::internal::RequireFactor(s, "operator*", kClass);
+  RequireFactor(s, "operator*", kClass);
   CNuPolynomial product(WithoutExpression());
   return std::move(product *= s);
 }
 
 CNuPolynomial CNuPolynomial::operator/(double s) const {
-  nu::internal::RequireDivisor(s, "operator/", kClass);
+  RequireDivisor(s, "operator/", kClass);
   CNuPolynomial quotient(WithoutExpression());
   return std::move(quotient /= s);
 }
@@ -168,13 +170,13 @@ CNuPolynomial& CNuPolynomial::operator-=(double s) {
 }
 
 CNuPolynomial& CNuPolynomial::operator*=(double s) {
-  nu::internal::RequireFactor(s, "operator*=", kClass);
+  RequireFactor(s, "operator*=", kClass);
   for (int i = 0; i <= m_degree; ++i) m_data[i] *= s;
   return *this;
 }
 
 CNuPolynomial& CNuPolynomial::operator/=(double s) {
-  nu::internal::RequireDivisor(s, "operator/=", kClass);
+  RequireDivisor(s, "operator/=", kClass);
   for (int i = 0; i <= m_degree; ++i) m_data[i] /= s;
   return *this;
 }

@@ -13,7 +13,7 @@
 
 namespace {
 
-using nu::internal::FailOperation;
+using namespace nu::internal;
 
 // Directions of the coefficients that the samples determine worse than this, relative to the best one, are left out.
 constexpr double kSingular = 1e-10;
@@ -32,19 +32,19 @@ void CNuPolynomial::Fit(const CNuDoubleArray& x, const CNuDoubleArray& y) {
 void CNuPolynomial::Fit(const CNuDoubleArray& x, const CNuDoubleArray& y, double* residualSum) try {
   if (x.GetSize() != y.GetSize()) FailOperation(5, "data checking", "CNuPolynomial::Fit()");
   if (x.GetSize() == 0) throw CNuConstructionException(1, "CNuMatrix", "number of rows/columns", 0, 0);
-  const nu::internal::Samples samples = {x.GetData(), y.GetData(), x.GetSize()};
+  const Samples samples = {x.GetData(), y.GetData(), x.GetSize()};
   const double tolerance = NuGetTol();
   const double cut = tolerance > kSingular ? tolerance : kSingular;
   CNuPolynomial fitted(m_degree);
-  if (!nu::internal::SolvePolynomial(samples, m_degree, cut, NuGetZero(), fitted.m_data)) {
+  if (!SolvePolynomial(samples, m_degree, cut, NuGetZero(), fitted.m_data)) {
     FailOperation(46, "calculation", "CNuMatrix::SVD()");
   }
   for (int i = 0; i <= m_degree; ++i) {
     if (std::fabs(fitted.m_data[i]) < kVanishing) fitted.m_data[i] = 0.0;
   }
-  const double sum = nu::internal::ResidualSum(samples, fitted.m_data, m_degree);
+  const double sum = ResidualSum(samples, fitted.m_data, m_degree);
   Take(fitted);
-  nu::internal::Output(residualSum, sum < tolerance ? 0.0 : sum);
+  Output(residualSum, sum < tolerance ? 0.0 : sum);
 } catch (const std::bad_alloc&) {
   throw CNuMemoryException("CNuPolynomial::Fit()");
 }

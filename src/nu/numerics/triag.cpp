@@ -8,40 +8,39 @@
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 
-using nu::internal::RequireDivisor;
-using nu::internal::RequireFactor;
+using namespace nu::internal;
 
 CNuTriag::CNuTriag(double a, double b, double c) : CNuTrigonometry(NuTypeTriag), m_a(a), m_b(b), m_c(c) {}
 
 CNuTriag::~CNuTriag() = default;
 
 void CNuTriag::GetData(double* a, double* b, double* c) const {
-  nu::internal::Output(a, m_a);
-  nu::internal::Output(b, m_b);
-  nu::internal::Output(c, m_c);
+  Output(a, m_a);
+  Output(b, m_b);
+  Output(c, m_c);
 }
 
 double CNuTriag::ValueAt(double u) const {
   const double cosines[] = {m_c, m_a};
   const double sines[] = {0.0, m_b};
-  return nu::internal::TrigValue(cosines, sines, 1, u);
+  return TrigValue(cosines, sines, 1, u);
 }
 
 double CNuTriag::DerivativeAt(double u) const {
   const double cosines[] = {m_c, m_a};
   const double sines[] = {0.0, m_b};
-  return nu::internal::TrigDerivative(cosines, sines, 1, u);
+  return TrigDerivative(cosines, sines, 1, u);
 }
 
 double CNuTriag::Amplitude() const {
-  return nu::internal::Hypot(m_a, m_b);
+  return Hypot(m_a, m_b);
 }
 
 // A tiny negative angle plus a full turn rounds to the full turn, which is no angle of the range. The atan2 of zeros
 // would tell their signs.
 double CNuTriag::Phase() const {
   if (m_a == 0.0 && m_b == 0.0) return 0.0;
-  const double angle = nu::internal::Atan2(m_b, m_a);
+  const double angle = Atan2(m_b, m_a);
   const double turned = angle < 0.0 ? angle + Nu_2PI : angle;
   return turned >= Nu_2PI ? 0.0 : turned;
 }

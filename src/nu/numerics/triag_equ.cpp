@@ -11,6 +11,8 @@
 #include "nu/numerics/triag.h"
 #include "nu/numerics/triag_polynomial.h"
 
+using namespace nu::internal;
+
 namespace {
 
 constexpr const char* kSolve = "CNuTriagEqu::Solve()";
@@ -44,11 +46,10 @@ void CNuTriagEqu::Solve(const CNuTriag& t) {
 
 void CNuTriagEqu::Store(const double* cosines, const double* sines, int degree) {
   for (int k = 0; k <= degree; ++k) {
-    if (!std::isfinite(cosines[k]) || (k > 0 && !std::isfinite(sines[k])))
-      nu::internal::FailOperation(46, "calculation", kSolve);
+    if (!std::isfinite(cosines[k]) || (k > 0 && !std::isfinite(sines[k]))) FailOperation(46, "calculation", kSolve);
   }
   try {
-    const std::vector<double> found = nu::internal::TrigRoots(cosines, sines, degree);
+    const std::vector<double> found = TrigRoots(cosines, sines, degree);
     CNuDoubleArray roots(static_cast<int>(found.size()));
     for (const double root : found) roots.Add(root);
     m_roots = std::move(roots);

@@ -10,9 +10,7 @@
 #include "nu/foundation/internal/failures.h"
 #include "nu/numerics/triag.h"
 
-using nu::internal::FailOperation;
-using nu::internal::RequireDivisor;
-using nu::internal::RequireFactor;
+using namespace nu::internal;
 
 namespace {
 
@@ -41,7 +39,7 @@ CNuTriagPolynomial::CNuTriagPolynomial(int n)
     : CNuTrigonometry(NuTypeTriagPolynomial),
       m_degree(n),
       m_reserved(CoefficientsOf(n)),
-      m_cos(nu::internal::AllocateElements<double>(m_reserved, kInit)),
+      m_cos(AllocateElements<double>(m_reserved, kInit)),
       m_sin(m_cos + n + 1) {}
 
 CNuTriagPolynomial::CNuTriagPolynomial(const CNuTriag& t) : CNuTriagPolynomial(1) {
@@ -62,7 +60,7 @@ CNuTriagPolynomial& CNuTriagPolynomial::operator=(CNuTriagPolynomial other) noex
 }
 
 CNuTriagPolynomial::~CNuTriagPolynomial() {
-  nu::internal::ReleaseElements(m_cos, m_reserved);
+  ReleaseElements(m_cos, m_reserved);
 }
 
 double& CNuTriagPolynomial::Cos(int k) {
@@ -86,11 +84,11 @@ double CNuTriagPolynomial::Sin(int k) const {
 }
 
 double CNuTriagPolynomial::ValueAt(double u) const {
-  return nu::internal::TrigValue(m_cos, m_sin, m_degree, u);
+  return TrigValue(m_cos, m_sin, m_degree, u);
 }
 
 double CNuTriagPolynomial::DerivativeAt(double u) const {
-  return nu::internal::TrigDerivative(m_cos, m_sin, m_degree, u);
+  return TrigDerivative(m_cos, m_sin, m_degree, u);
 }
 
 void CNuTriagPolynomial::AddScaled(const CNuTriagPolynomial& p, double f) {

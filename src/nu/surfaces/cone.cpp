@@ -5,7 +5,7 @@
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/line.h"
 
-using nu::internal::RequireDirection;
+using namespace nu::internal;
 
 namespace {
 
@@ -49,7 +49,7 @@ CNuLine CNuConSurf::GetAxis() const {
 
 void CNuConSurf::GetData(double* semiAngle, CNuPoint* apex, CNuVector* axisDirection) const {
   const Frame frame = GetFrame();
-  nu::internal::Output(semiAngle, m_semiAngle);
-  nu::internal::Output(apex, frame.origin);
-  nu::internal::Output(axisDirection, frame.zaxis);
+  Output(semiAngle, m_semiAngle);
+  Output(apex, frame.origin);
+  Output(axisDirection, frame.zaxis);
 }

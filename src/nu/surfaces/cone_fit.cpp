@@ -16,25 +16,7 @@
 // distance of a point from the axis and h its height over the apex: a start from a sample of the points, which is
 // refined on that sample first, then Gauss-Newton steps on all points.
 
-using nu::internal::Components;
-using nu::internal::ConeLeastSquares;
-using nu::internal::ConeModel;
-using nu::internal::Deviations;
-using nu::internal::FailFit;
-using nu::internal::FailStart;
-using nu::internal::GaussNewtonEnd;
-using nu::internal::GaussNewtonRule;
-using nu::internal::LoadVec3;
-using nu::internal::PointAlong;
-using nu::internal::PointBlocks;
-using nu::internal::PointView;
-using nu::internal::StartCone;
-using nu::internal::StartFit;
-using nu::internal::ToPoint;
-using nu::internal::ToVector;
-using nu::internal::Vec3;
-using nu::internal::ViewOf;
-using nu::internal::WithLargestPositive;
+using namespace nu::internal;
 
 namespace {
 
@@ -81,10 +63,10 @@ Solution LeastSquaresCone(PointView points, PointBlocks& blocks, bool wantsDevia
                              .endsBeforeLimit = true,
                              .stopsCreeping = true};
   const GaussNewtonEnd end = RunGaussNewton(fit, rule);
-  if (end == GaussNewtonEnd::limitReached) FailFit(nu::internal::kIterationLimit, kName);
+  if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, kName);
   const double meanSquare = fit.MeanSquare();
   if (end == GaussNewtonEnd::unsolvable || !fit.Determined() || !IsCone(fit.Model(), blocks, meanSquare))
-    FailFit(nu::internal::kNumericalFailure, kName);
+    FailFit(kNumericalFailure, kName);
   Solution found = InCallersFrame(fit.Model(), blocks, meanSquare);
   if (wantsDeviations) found.deviations = fit.DeviationsNow();
   return found;
@@ -102,8 +84,8 @@ std::vector<Vec3> InOneOrder(PointView points) {
 }
 
 Solution ConeInAnyOrder(PointView points, PointBlocks& blocks, bool wantsDeviations, long maxIter) {
-  if (points.Size() > nu::internal::kFewPoints) return LeastSquaresCone(points, blocks, wantsDeviations, maxIter);
-  if (!blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
+  if (points.Size() > kFewPoints) return LeastSquaresCone(points, blocks, wantsDeviations, maxIter);
+  if (!blocks.AllFinite()) FailFit(kNumericalFailure, kName);
   const std::vector<Vec3> ordered = InOneOrder(points);
   const PointView view(&ordered[0].x, sizeof(Vec3), ordered.size());
   PointBlocks orderedBlocks(view, ordered[ordered.size() / 2]);
@@ -117,20 +99,20 @@ void CNuConSurf::Fit(const CNuPointArray& points, long maxIter) {
 }
 
 void CNuConSurf::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
-  nu::internal::RequireIterations(maxIter, kName);
-  nu::internal::Output(formError, 0.0);
-  nu::internal::Output(sumSquares, 0.0);
-  nu::internal::RequireCount(points, kLeastPoints, kName);
+  RequireIterations(maxIter, kName);
+  Output(formError, 0.0);
+  Output(sumSquares, 0.0);
+  RequireCount(points, kLeastPoints, kName);
   const bool coplanar = LieInOnePlane(ViewOf(points), NuGetLengthTol());
-  if (coplanar) FailFit(nu::internal::kCoplanarPoints, kName, 4);
-  PointBlocks blocks(ViewOf(points), nu::internal::MiddleOf(points));
+  if (coplanar) FailFit(kCoplanarPoints, kName, 4);
+  PointBlocks blocks(ViewOf(points), MiddleOf(points));
   const bool distinct = NumberDistinctPoints(points, kLeastPoints, NuGetLengthTol()) == 1;
   // What is not finite has no distance from each other.
-  if (!distinct && !blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
-  if (!distinct) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
+  if (!distinct && !blocks.AllFinite()) FailFit(kNumericalFailure, kName);
+  if (!distinct) FailFit(kDegeneratePoints, kName, kLeastPoints);
   const Solution found = ConeInAnyOrder(ViewOf(points), blocks, formError != nullptr || sumSquares != nullptr, maxIter);
   const bool finite = IsFinite(found.axisPoint + found.toApex * found.axisDirection);
-  if (!finite || !(found.semiAngle < 90.0)) FailFit(nu::internal::kNumericalFailure, kName);
+  if (!finite || !(found.semiAngle < 90.0)) FailFit(kNumericalFailure, kName);
   Place(found.semiAngle, ToPoint(found.axisPoint), ToVector(found.axisDirection));
   Translate(ToPoint(PointAlong(found.axisPoint, Components(GetAxisDirection()), found.toApex)));
   StoreFormWithin(found.deviations, formError, sumSquares);
@@ -141,6 +123,6 @@ ENuFitResult CNuConSurf::FitEx(const CNuPointArray& points, long maxIter) {
 }
 
 ENuFitResult CNuConSurf::FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
-  nu::internal::RequireIterations(maxIter, kName);
-  return nu::internal::ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
+  RequireIterations(maxIter, kName);
+  return ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
 }

@@ -13,18 +13,7 @@
 #include "nu/surfaces/internal/quadric_meeting.h"
 #include "nu/surfaces/sphere.h"
 
-using nu::internal::AngleBetween;
-using nu::internal::AreParallel;
-using nu::internal::AreSameAngles;
-using nu::internal::ConeContact;
-using nu::internal::MeetOnCone;
-using nu::internal::Plane3;
-using nu::internal::Precedes;
-using nu::internal::QuadricMeeting;
-using nu::internal::QuadricStage;
-using nu::internal::RoundDataOf;
-using nu::internal::RoundQuadric;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -82,14 +71,14 @@ class CommonDirections {
     const double above = sineOfHalf(other + between - own) * sineOfHalf(other - between + own);
     const double below = sineOfHalf(own + between + other) * sineOfHalf(own + between - other);
     if (!(above > 0.0) || !(below > 0.0)) return;
-    const double v = 2.0 * nu::internal::Atan2(std::sqrt(above), std::sqrt(below));
+    const double v = 2.0 * Atan2(std::sqrt(above), std::sqrt(below));
     AddAt(axis, -v);
     AddAt(axis, v);
   }
 
   void AddAt(Vec3 axis, double v) {
     const Vec3 across = Unit(Rejection(axis, m_first.axis));
-    const auto [sine, cosine] = nu::internal::SinCos(v);
+    const auto [sine, cosine] = SinCos(v);
     const Vec3 outwards = cosine * across + sine * Cross(m_first.axis, across);
     m_found.push_back(Unit(m_first.sine * outwards + m_first.cosine * m_first.axis));
   }
@@ -136,7 +125,7 @@ bool IsOn(const RoundQuadric& surface, Vec3 p, double tol) {
 int CNuConSurf::Intersect(const CNuMatrix& quadric, CNuTriagPolynomial* curve, CNuInterval* range, double* asymptotes,
                           int* simple, int* twofold, int* apexSide) const {
   const auto q = [&](int i, int j) { return quadric.Element(i, j); };
-  const nu::internal::DoubleCone cone = nu::internal::DataOf(*this);
+  const DoubleCone cone = nu::internal::DataOf(*this);
   const CNuTriagPolynomial x(CNuTriag(cone.sine, 0.0, 0.0));
   const CNuTriagPolynomial y(CNuTriag(0.0, cone.sine, 0.0));
   const CNuTriagPolynomial z(CNuTriag(0.0, 0.0, cone.cosine));
@@ -145,8 +134,8 @@ int CNuConSurf::Intersect(const CNuMatrix& quadric, CNuTriagPolynomial* curve, C
   curve[1] = q(0, 3) * x + q(1, 3) * y + q(2, 3) * z;
   curve[2] = CNuTriagPolynomial(CNuTriag(0.0, 0.0, q(3, 3)));
   *apexSide = q(3, 3) > 0.0 ? 1 : (q(3, 3) < 0.0 ? -1 : 0);
-  nu::internal::FindAsymptotes(curve[0], asymptotes, simple, twofold);
-  return nu::internal::MonotoneRanges(curve, range);
+  FindAsymptotes(curve[0], asymptotes, simple, twofold);
+  return MonotoneRanges(curve, range);
 }
 
 int CNuConSurf::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) const {

@@ -13,18 +13,7 @@
 
 // Minimum-zone cone; the problem behind it is that of nu/engine/minimax/cone_minimax.h.
 
-using nu::internal::Components;
-using nu::internal::Cone3;
-using nu::internal::ConeZone;
-using nu::internal::FailFit;
-using nu::internal::FailOperation;
-using nu::internal::MiddleOf;
-using nu::internal::MinimaxEnd;
-using nu::internal::PointBlocks;
-using nu::internal::ToPoint;
-using nu::internal::ToVector;
-using nu::internal::Vec3;
-using nu::internal::ViewOf;
+using namespace nu::internal;
 
 namespace {
 
@@ -33,30 +22,30 @@ constexpr int kLeastPoints = 6;
 constexpr double kRadians = 3.14159265358979323846 / 180.0;
 
 void RequirePoints(const CNuPointArray& points, double tol) {
-  nu::internal::RequireCount(points, kLeastPoints, kName);
+  RequireCount(points, kLeastPoints, kName);
   const bool coplanar = LieInOnePlane(ViewOf(points), tol);
-  if (coplanar) FailFit(nu::internal::kCoplanarPoints, kName, 4);
+  if (coplanar) FailFit(kCoplanarPoints, kName, 4);
   const bool distinct = CNuGeometry::NumberDistinctPoints(points, kLeastPoints, tol) == 1;
   // What is not finite has no distance from each other.
-  if (!distinct) nu::internal::RequireFinite(points, kName);
-  if (!distinct) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
+  if (!distinct) RequireFinite(points, kName);
+  if (!distinct) FailFit(kDegeneratePoints, kName, kLeastPoints);
 }
 
 // What a search that found no optimum ran into. Required: the limit is reached by the step that ends the search, too;
 // hosts count on a limit that is never used up.
 void RequireOptimum(const ConeZone& found, long maxIter) {
   if (!found.linearised) FailOperation(46, "calculation", "CNuConSurf::FitMinZone()::mzconp()");
-  if (found.end == MinimaxEnd::limitReached || found.steps >= maxIter) FailFit(nu::internal::kIterationLimit, kName);
+  if (found.end == MinimaxEnd::limitReached || found.steps >= maxIter) FailFit(kIterationLimit, kName);
   if (found.end == MinimaxEnd::unsolved)
     FailOperation(17, "solving a linear system with inequality constraints", "CNuConSurf::acm552m()");
-  if (found.end != MinimaxEnd::converged) FailFit(nu::internal::kNumericalFailure, "CNuConSurf::FitMinZone");
+  if (found.end != MinimaxEnd::converged) FailFit(kNumericalFailure, "CNuConSurf::FitMinZone");
 }
 
 // Starts from this cone.
 ConeZone FindZone(const CNuPointArray& points, const CNuConSurf& start, double form, long maxIter) {
   const Vec3 origin = MiddleOf(points);
   PointBlocks blocks(ViewOf(points), origin);
-  const Vec3 mean = nu::internal::MeanOf(ViewOf(points)) - origin;
+  const Vec3 mean = MeanOf(ViewOf(points)) - origin;
   const Cone3 cone{Components(start.GetApex()) - origin, Components(start.GetAxisDirection()), 0.0,
                    start.GetSemiAngle() * kRadians};
   ConeZone found = NarrowestConeZone(blocks, mean, cone, form, maxIter);
@@ -68,27 +57,27 @@ ConeZone FindZone(const CNuPointArray& points, const CNuConSurf& start, double f
 }  // namespace
 
 void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  nu::internal::RequireIterations(maxIter, kName);
+  RequireIterations(maxIter, kName);
   RequirePoints(points, tol);
   CNuConSurf leastSquares(*this);
   double form, sumSquares;
   leastSquares.Fit(points, &form, &sumSquares, maxIter);
   const ConeZone found = FindZone(points, leastSquares, form, maxIter);
-  if (found.width > form + nu::internal::kFormRoundings * found.rounding) {
-    FailFit(nu::internal::kNumericalFailure, "CNuConSurf::FitMinZone");
+  if (found.width > form + kFormRoundings * found.rounding) {
+    FailFit(kNumericalFailure, "CNuConSurf::FitMinZone");
   }
   // Where the least-squares cone is the optimum, rounding decides which is better.
   if (form < found.width) {
     *this = leastSquares;
-    nu::internal::Output(zone, form);
+    Output(zone, form);
     return;
   }
   const Cone3& cone = found.cone;
   const double degrees = cone.semiAngle / kRadians;
-  if (!(degrees > 0.0 && degrees < 90.0 && IsFinite(cone.Apex()))) FailFit(nu::internal::kNumericalFailure, kName);
+  if (!(degrees > 0.0 && degrees < 90.0 && IsFinite(cone.Apex()))) FailFit(kNumericalFailure, kName);
   Place(degrees, ToPoint(cone.axisPoint), ToVector(cone.axisDirection));
   Translate(ToPoint(PointAlong(cone.axisPoint, Components(GetAxisDirection()), cone.toApex)));
-  nu::internal::Output(zone, found.width);
+  Output(zone, found.width);
 }
 
 // The boundaries are parallel surfaces: they differ in the apex only.
@@ -105,16 +94,16 @@ void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuConSur
     innermost.Translate(ToPoint(PointAlong(apex, axis, way)));
     outermost.Translate(ToPoint(PointAlong(apex, axis, -way)));
   }
-  nu::internal::Output(zone, width);
-  nu::internal::Output(inner, innermost);
-  nu::internal::Output(outer, outermost);
+  Output(zone, width);
+  Output(inner, innermost);
+  Output(outer, outermost);
 }
 
 ENuFitResult CNuConSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, tol, maxIter); });
+  return ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, tol, maxIter); });
 }
 
 ENuFitResult CNuConSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, CNuConSurf* inner, CNuConSurf* outer,
                                       double tol, long maxIter) {
-  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, inner, outer, tol, maxIter); });
+  return ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, inner, outer, tol, maxIter); });
 }

@@ -4,14 +4,14 @@
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/line.h"
 
-using nu::internal::RequireDirection;
+using namespace nu::internal;
 
 namespace {
 
 constexpr const char* kName = "CNuCylSurf";
 
 double RequireRadius(double radius) {
-  return nu::internal::RequireLength(radius, kName, "radius");
+  return RequireLength(radius, kName, "radius");
 }
 
 }  // namespace
@@ -46,7 +46,7 @@ CNuLine CNuCylSurf::GetAxis() const {
 
 void CNuCylSurf::GetData(double* radius, CNuPoint* axisPoint, CNuVector* axisDirection) const {
   const Frame frame = GetFrame();
-  nu::internal::Output(radius, m_radius);
-  nu::internal::Output(axisPoint, frame.origin);
-  nu::internal::Output(axisDirection, frame.zaxis);
+  Output(radius, m_radius);
+  Output(axisPoint, frame.origin);
+  Output(axisDirection, frame.zaxis);
 }

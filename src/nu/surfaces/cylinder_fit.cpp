@@ -12,22 +12,7 @@
 // Least-squares cylinder. The axis and the radius r minimise the sum of (distance from the axis - r)^2: a start from a
 // sample of the points, which is refined on that sample first, then Gauss-Newton steps on all points.
 
-using nu::internal::CylinderLeastSquares;
-using nu::internal::CylinderModel;
-using nu::internal::Deviations;
-using nu::internal::FailFit;
-using nu::internal::FailStart;
-using nu::internal::GaussNewtonEnd;
-using nu::internal::GaussNewtonRule;
-using nu::internal::PointBlocks;
-using nu::internal::PointView;
-using nu::internal::StartCylinder;
-using nu::internal::StartFit;
-using nu::internal::ToPoint;
-using nu::internal::ToVector;
-using nu::internal::Vec3;
-using nu::internal::ViewOf;
-using nu::internal::WithLargestPositive;
+using namespace nu::internal;
 
 namespace {
 
@@ -52,7 +37,7 @@ double HeightNoise(const CylinderLeastSquares& fit, double rounding) {
   const double scatter = std::sqrt(system.deviations.sumSquares / degrees);
   const double unit[kUnknowns] = {0.0, 0.0, 1.0};  // rise, shift, height, tilts
   double column[kUnknowns];
-  if (!(nu::internal::SolvePositive(system.product, unit, column) > 0.0)) return 0.0;
+  if (!(SolvePositive(system.product, unit, column) > 0.0)) return 0.0;
   return std::clamp(scatter, kLeast * rounding, kMost * rounding) * std::sqrt(column[2]);
 }
 
@@ -80,9 +65,9 @@ Solution LeastSquaresCylinder(PointView points, PointBlocks& blocks, bool wantsD
                              .stopsCreeping = true};
   const GaussNewtonEnd end = RunGaussNewton(fit, rule);
   // Required: the limit is reported under the name of the circle, and hosts look for that name.
-  if (end == GaussNewtonEnd::limitReached) FailFit(nu::internal::kIterationLimit, "CNuCircle");
+  if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, "CNuCircle");
   if (end == GaussNewtonEnd::unsolvable || !fit.Determined() || !IsCurved(fit, blocks))
-    FailFit(nu::internal::kNumericalFailure, kName);
+    FailFit(kNumericalFailure, kName);
   const CylinderModel& model = fit.Model();
   const Vec3 onAxis = model.pivot - model.height * model.u + fit.MeanAlong() * model.w;
   return {blocks.InCallersFrame(onAxis), WithLargestPositive(model.w), (model.height + model.rise) / blocks.Scale(),
@@ -96,20 +81,20 @@ void CNuCylSurf::Fit(const CNuPointArray& points, long maxIter) {
 }
 
 void CNuCylSurf::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
-  nu::internal::RequireIterations(maxIter, kName);
-  nu::internal::Output(formError, 0.0);
-  nu::internal::Output(sumSquares, 0.0);
-  nu::internal::RequireCount(points, kLeastPoints, kName);
+  RequireIterations(maxIter, kName);
+  Output(formError, 0.0);
+  Output(sumSquares, 0.0);
+  RequireCount(points, kLeastPoints, kName);
   const bool coplanar = LieInOnePlane(ViewOf(points), NuGetLengthTol());
-  if (coplanar) FailFit(nu::internal::kCoplanarPoints, kName, kLeastPoints - 1);
+  if (coplanar) FailFit(kCoplanarPoints, kName, kLeastPoints - 1);
   const bool distinct = NumberDistinctPoints(points, kLeastPoints, NuGetLengthTol()) == 1;
-  PointBlocks blocks(ViewOf(points), nu::internal::MiddleOf(points));
+  PointBlocks blocks(ViewOf(points), MiddleOf(points));
   // What is not finite has no distance from each other.
-  if (!distinct && !blocks.AllFinite()) FailFit(nu::internal::kNumericalFailure, kName);
-  if (!distinct) FailFit(nu::internal::kDegeneratePoints, kName, kLeastPoints);
+  if (!distinct && !blocks.AllFinite()) FailFit(kNumericalFailure, kName);
+  if (!distinct) FailFit(kDegeneratePoints, kName, kLeastPoints);
   const Solution found =
       LeastSquaresCylinder(ViewOf(points), blocks, formError != nullptr || sumSquares != nullptr, maxIter);
-  if (!IsFinite(found.axisPoint) || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
+  if (!IsFinite(found.axisPoint) || !std::isfinite(found.radius)) FailFit(kNumericalFailure, kName);
   Place(found.radius, ToPoint(found.axisPoint), ToVector(found.axisDirection));
   StoreFormWithin(found.deviations, formError, sumSquares);
 }
@@ -119,6 +104,6 @@ ENuFitResult CNuCylSurf::FitEx(const CNuPointArray& points, long maxIter) {
 }
 
 ENuFitResult CNuCylSurf::FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
-  nu::internal::RequireIterations(maxIter, kName);
-  return nu::internal::ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
+  RequireIterations(maxIter, kName);
+  return ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
 }

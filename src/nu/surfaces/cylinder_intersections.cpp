@@ -13,23 +13,7 @@
 #include "nu/surfaces/internal/quadric_meeting.h"
 #include "nu/surfaces/sphere.h"
 
-using nu::internal::AngleBetween;
-using nu::internal::Approach;
-using nu::internal::AreParallel;
-using nu::internal::AreSameAngles;
-using nu::internal::AxisOf;
-using nu::internal::Circle3;
-using nu::internal::ClosestApproach;
-using nu::internal::kMostRanges;
-using nu::internal::LowerEnds;
-using nu::internal::MeetOnCone;
-using nu::internal::Points2;
-using nu::internal::Precedes;
-using nu::internal::QuadricMeeting;
-using nu::internal::QuadricStage;
-using nu::internal::RoundDataOf;
-using nu::internal::RoundQuadric;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -44,7 +28,7 @@ std::vector<double> RootsOfSlope(const CNuTriagPolynomial& h, double radius, dou
   if (h.GetDegree() < 1) return {};
   const CNuTriag wave(h.Cos(1), h.Sin(1), h.Cos(0));
   const double beyond = std::fabs(std::fabs(h.Cos(0)) / wave.Amplitude() - 1.0);
-  if (!(beyond * radius <= tol)) return nu::internal::RootsOf(h);
+  if (!(beyond * radius <= tol)) return RootsOf(h);
   const double u = h.Cos(0) > 0.0 ? wave.Phase() + Nu_PI : wave.Phase();
   return {u < Nu_2PI ? u : u - Nu_2PI};
 }
@@ -112,7 +96,7 @@ int CNuCylSurf::Intersect(const CNuMatrix& quadric, CNuTriagPolynomial* curve, C
   curve[1] = q(0, 2) * x + q(1, 2) * y + q(2, 3) * one;
   curve[2] = q(0, 0) * (x * x) + 2.0 * q(0, 1) * (x * y) + q(1, 1) * (y * y) + 2.0 * q(0, 3) * x + 2.0 * q(1, 3) * y +
              q(3, 3) * one;
-  return nu::internal::MonotoneRanges(curve, range);
+  return MonotoneRanges(curve, range);
 }
 
 // One order for both, so that the result does not depend on which is asked.

@@ -14,19 +14,7 @@
 
 // Minimax cylinders; the problems behind them are those of nu/engine/minimax/cylinder_minimax.h.
 
-using nu::internal::Components;
-using nu::internal::Cylinder3;
-using nu::internal::CylinderMinimax;
-using nu::internal::FailFit;
-using nu::internal::MiddleOf;
-using nu::internal::MinimaxEnd;
-using nu::internal::PointBlocks;
-using nu::internal::RequireCount;
-using nu::internal::RequireIterations;
-using nu::internal::ToPoint;
-using nu::internal::ToVector;
-using nu::internal::Vec3;
-using nu::internal::ViewOf;
+using namespace nu::internal;
 
 namespace {
 
@@ -34,7 +22,7 @@ constexpr const char* kName = "CNuCylSurf";
 
 // Two points that are not finite count as a line, too.
 Cylinder3 CylinderOnLine(const CNuPointArray& points, double tol) {
-  nu::internal::RequireFinite(points, kName);
+  RequireFinite(points, kName);
   if (CNuGeometry::NumberDistinctPoints(points, 2, tol) == 0) return {Components(points[0]), {0.0, 0.0, 1.0}, 0.0};
   CNuLine line;
   line.Fit(points);
@@ -42,7 +30,7 @@ Cylinder3 CylinderOnLine(const CNuPointArray& points, double tol) {
 }
 
 Cylinder3 InscribedCircle(const CNuPointArray& points, double tol) {
-  nu::internal::RequireFinite(points, kName);
+  RequireFinite(points, kName);
   CNuCircle circle(1.0);
   circle.FitMax(points, tol);
   return {Components(circle.GetCentre()), Components(circle.GetNormal()), circle.GetRadius()};
@@ -74,17 +62,17 @@ CylinderMinimax Solve(const CNuPointArray& points, const Cylinder3& start, long 
   Cylinder3 local = start;
   local.axisPoint = start.axisPoint - origin;
   // Required: the limit is reached by the step that ends the search, too; hosts count on a limit that is never used up.
-  CylinderMinimax found = problem(blocks, nu::internal::MeanOf(ViewOf(points)) - origin, local, maxIter - 1);
-  if (found.end == MinimaxEnd::limitReached) FailFit(nu::internal::kIterationLimit, kName);
-  if (found.end != MinimaxEnd::converged) FailFit(nu::internal::kNumericalFailure, kName);
+  CylinderMinimax found = problem(blocks, MeanOf(ViewOf(points)) - origin, local, maxIter - 1);
+  if (found.end == MinimaxEnd::limitReached) FailFit(kIterationLimit, kName);
+  if (found.end != MinimaxEnd::converged) FailFit(kNumericalFailure, kName);
   found.cylinder.axisPoint = origin + found.cylinder.axisPoint;
   return found;
 }
 
 template<class Fit>
 auto InOneOrder(const CNuPointArray& points, Fit fit) {
-  const bool few = nu::internal::IsOrderToBeMade(points) && nu::internal::ExtentsOf(ViewOf(points)).isFinite;
-  return few ? fit(nu::internal::Ordered(points)) : fit(points);
+  const bool few = IsOrderToBeMade(points) && ExtentsOf(ViewOf(points)).isFinite;
+  return few ? fit(Ordered(points)) : fit(points);
 }
 
 void RequireArguments(const CNuPointArray& points, long maxIter) {
@@ -101,13 +89,13 @@ Cylinder3 FromLeastSquares(const CNuPointArray& points, long maxIter, Problem pr
 
 Cylinder3 Circumscribed(const CNuPointArray& points, double tol, long maxIter) {
   if (LieOnOneLine(ViewOf(points), tol)) return CylinderOnLine(points, tol);
-  return FromLeastSquares(points, maxIter, nu::internal::SmallestCylinderAround);
+  return FromLeastSquares(points, maxIter, SmallestCylinderAround);
 }
 
 Cylinder3 Inscribed(const CNuPointArray& points, double tol, long maxIter) {
   if (LieOnOneLine(ViewOf(points), tol)) return CylinderOnLine(points, tol);
   if (LieInOnePlane(ViewOf(points), tol)) return InscribedCircle(points, tol);
-  return FromLeastSquares(points, maxIter, nu::internal::LargestCylinderInside);
+  return FromLeastSquares(points, maxIter, LargestCylinderInside);
 }
 
 struct Zone {
@@ -121,9 +109,9 @@ Zone MinimumZone(const CNuPointArray& points, double tol, long maxIter) {
   if (LieOnOneLine(ViewOf(points), tol)) return {CylinderOnLine(points, tol)};
   return InOneOrder(points, [&](const CNuPointArray& data) -> Zone {
     const LeastSquares start = FitLeastSquares(data, maxIter);
-    const CylinderMinimax found = Solve(data, start.cylinder, maxIter, nu::internal::NarrowestCylinderZone);
-    if (found.zone > start.form + nu::internal::kFormRoundings * found.rounding) {
-      FailFit(nu::internal::kNumericalFailure, kName);
+    const CylinderMinimax found = Solve(data, start.cylinder, maxIter, NarrowestCylinderZone);
+    if (found.zone > start.form + kFormRoundings * found.rounding) {
+      FailFit(kNumericalFailure, kName);
     }
     if (found.zone > start.form) return {start.cylinder, start.form};
     return {found.cylinder, found.zone};
@@ -131,7 +119,7 @@ Zone MinimumZone(const CNuPointArray& points, double tol, long maxIter) {
 }
 
 bool IsFinite(const Cylinder3& c) {
-  return nu::internal::IsFinite(c.axisPoint) && nu::internal::IsFinite(c.axisDirection) && std::isfinite(c.radius);
+  return IsFinite(c.axisPoint) && IsFinite(c.axisDirection) && std::isfinite(c.radius);
 }
 
 }  // namespace
@@ -139,32 +127,32 @@ bool IsFinite(const Cylinder3& c) {
 void CNuCylSurf::FitMin(const CNuPointArray& points, double tol, long maxIter) {
   RequireArguments(points, maxIter);
   const Cylinder3 found = Circumscribed(points, tol, maxIter);
-  if (!IsFinite(found)) FailFit(nu::internal::kNumericalFailure, kName);
+  if (!IsFinite(found)) FailFit(kNumericalFailure, kName);
   Place(found.radius, ToPoint(found.axisPoint), ToVector(found.axisDirection));
 }
 
 ENuFitResult CNuCylSurf::FitMinEx(const CNuPointArray& points, double tol, long maxIter) {
-  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMin(points, tol, maxIter); });
+  return ResultWithin(tol, maxIter, kName, [&] { FitMin(points, tol, maxIter); });
 }
 
 void CNuCylSurf::FitMax(const CNuPointArray& points, double tol, long maxIter) {
   RequireArguments(points, maxIter);
   const Cylinder3 found = Inscribed(points, tol, maxIter);
-  if (!IsFinite(found)) FailFit(nu::internal::kNumericalFailure, kName);
+  if (!IsFinite(found)) FailFit(kNumericalFailure, kName);
   Place(found.radius, ToPoint(found.axisPoint), ToVector(found.axisDirection));
 }
 
 ENuFitResult CNuCylSurf::FitMaxEx(const CNuPointArray& points, double tol, long maxIter) {
-  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMax(points, tol, maxIter); });
+  return ResultWithin(tol, maxIter, kName, [&] { FitMax(points, tol, maxIter); });
 }
 
 void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
   RequireArguments(points, maxIter);
   const Zone found = MinimumZone(points, tol, maxIter);
   const Cylinder3& middle = found.cylinder;
-  if (!IsFinite(middle) || !std::isfinite(found.width)) FailFit(nu::internal::kNumericalFailure, kName);
+  if (!IsFinite(middle) || !std::isfinite(found.width)) FailFit(kNumericalFailure, kName);
   Place(middle.radius, ToPoint(middle.axisPoint), ToVector(middle.axisDirection));
-  nu::internal::Output(zone, found.width);
+  Output(zone, found.width);
 }
 
 void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuCylSurf* inner, CNuCylSurf* outer, double tol,
@@ -176,16 +164,16 @@ void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuCylSur
   CNuCylSurf outermost(*this);
   innermost.m_radius = std::max(0.0, m_radius - half);
   outermost.m_radius += half;
-  nu::internal::Output(zone, width);
-  nu::internal::Output(inner, innermost);
-  nu::internal::Output(outer, outermost);
+  Output(zone, width);
+  Output(inner, innermost);
+  Output(outer, outermost);
 }
 
 ENuFitResult CNuCylSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, tol, maxIter); });
+  return ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, tol, maxIter); });
 }
 
 ENuFitResult CNuCylSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, CNuCylSurf* inner, CNuCylSurf* outer,
                                       double tol, long maxIter) {
-  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, inner, outer, tol, maxIter); });
+  return ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, inner, outer, tol, maxIter); });
 }

@@ -3,12 +3,14 @@
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/directions.h"
 
+using namespace nu::internal;
+
 namespace {
 
 constexpr const char* kName = "CNuSphSurf";
 
 double RequireRadius(double radius) {
-  return nu::internal::RequireLength(radius, kName, "radius");
+  return RequireLength(radius, kName, "radius");
 }
 
 }  // namespace
@@ -28,6 +30,6 @@ void CNuSphSurf::GetCentre(double* x, double* y, double* z) const {
 }
 
 void CNuSphSurf::GetData(double* radius, CNuPoint* centre) const {
-  nu::internal::Output(radius, m_radius);
-  nu::internal::Output(centre, GetCentre());
+  Output(radius, m_radius);
+  Output(centre, GetCentre());
 }

@@ -10,16 +10,7 @@
 // Gauss-Newton while the squared step of the centre keeps shrinking. A step below NuGetTol() is not applied; one that
 // is not shorter than the step before ends the iteration, and so does the limit.
 
-using nu::internal::Components;
-using nu::internal::Deviations;
-using nu::internal::FailFit;
-using nu::internal::GaussNewtonEnd;
-using nu::internal::GaussNewtonRule;
-using nu::internal::MiddleOf;
-using nu::internal::PointBlocks;
-using nu::internal::RoundLeastSquares;
-using nu::internal::Vec3;
-using nu::internal::ViewOf;
+using namespace nu::internal;
 
 namespace {
 
@@ -56,7 +47,7 @@ Vec3 WithoutTraces(Vec3 centre) {
 Solution LeastSquaresSphere(PointBlocks& blocks, bool wantsDeviations, long maxIter) {
   const Vec3 origin = blocks.Origin();
   RoundLeastSquares<3> fit(blocks, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}});
-  if (!fit.Start()) FailFit(nu::internal::kNumericalFailure, kName);
+  if (!fit.Start()) FailFit(kNumericalFailure, kName);
   const Vec3 startWorld = WithoutTraces(origin + fit.Centre());
   if (startWorld.x == 0.0 || startWorld.y == 0.0 || startWorld.z == 0.0) fit.MoveCentre(startWorld - origin);
   const Vec3 start = fit.Centre();
@@ -67,8 +58,8 @@ Solution LeastSquaresSphere(PointBlocks& blocks, bool wantsDeviations, long maxI
                              .endsAtGrowth = true,
                              .endsBeforeLimit = true};
   const GaussNewtonEnd end = fit.Run(rule);
-  if (end == GaussNewtonEnd::unsolvable) FailFit(nu::internal::kNumericalFailure, kName);
-  if (end == GaussNewtonEnd::limitReached) FailFit(nu::internal::kIterationLimit, kName);
+  if (end == GaussNewtonEnd::unsolvable) FailFit(kNumericalFailure, kName);
+  if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, kName);
   const Vec3 centre = fit.Centre();
   const bool stayed = centre.x == start.x && centre.y == start.y && centre.z == start.z;
   return {stayed ? startWorld : origin + centre, fit.Radius(), wantsDeviations ? fit.DeviationsNow() : Deviations{}};
@@ -81,17 +72,17 @@ void CNuSphSurf::Fit(const CNuPointArray& points, long maxIter) {
 }
 
 void CNuSphSurf::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
-  nu::internal::RequireIterations(maxIter, kName);
-  nu::internal::Output(formError, 0.0);
-  nu::internal::Output(sumSquares, 0.0);
-  nu::internal::RequireCount(points, kLeastPoints, kName);
+  RequireIterations(maxIter, kName);
+  Output(formError, 0.0);
+  Output(sumSquares, 0.0);
+  RequireCount(points, kLeastPoints, kName);
   const bool coplanar = LieInOnePlane(ViewOf(points), NuGetLengthTol());
-  if (coplanar) FailFit(nu::internal::kCoplanarPoints, kName, kLeastPoints);
+  if (coplanar) FailFit(kCoplanarPoints, kName, kLeastPoints);
   PointBlocks blocks(ViewOf(points), MiddleOf(points));
   const bool exact = points.GetSize() == kLeastPoints;
   const Solution found = exact ? SphereThroughFour(points)
                                : LeastSquaresSphere(blocks, formError != nullptr || sumSquares != nullptr, maxIter);
-  if (!IsFinite(found.centre) || !std::isfinite(found.radius)) FailFit(nu::internal::kNumericalFailure, kName);
+  if (!IsFinite(found.centre) || !std::isfinite(found.radius)) FailFit(kNumericalFailure, kName);
   SetPosition(ToPoint(found.centre), CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
   m_radius = found.radius;
   if (!exact) StoreFormWithin(found.deviations, formError, sumSquares);
@@ -102,6 +93,6 @@ ENuFitResult CNuSphSurf::FitEx(const CNuPointArray& points, long maxIter) {
 }
 
 ENuFitResult CNuSphSurf::FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
-  nu::internal::RequireIterations(maxIter, kName);
-  return nu::internal::ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
+  RequireIterations(maxIter, kName);
+  return ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
 }

@@ -14,20 +14,7 @@
 
 // Minimax spheres; the problems behind them are those of nu/geometry/internal.
 
-using nu::internal::Components;
-using nu::internal::EmptyBall;
-using nu::internal::EnclosingBall;
-using nu::internal::FailFit;
-using nu::internal::LengthToleranceScope;
-using nu::internal::MiddleOf;
-using nu::internal::MinimaxEnd;
-using nu::internal::PointBlocks;
-using nu::internal::RequireCount;
-using nu::internal::RequireFinite;
-using nu::internal::RequireIterations;
-using nu::internal::SphericalShell;
-using nu::internal::Vec3;
-using nu::internal::ViewOf;
+using namespace nu::internal;
 
 namespace {
 
@@ -58,7 +45,7 @@ Ball BallOnLine(const CNuPointArray& points, double tol) {
   }
   const Vec3 p = Components(points[first]);
   const Vec3 half = 0.5 * Components(points[last]) - 0.5 * p;
-  return {p + half, nu::internal::Hypot(half.x, half.y, half.z)};
+  return {p + half, Hypot(half.x, half.y, half.z)};
 }
 
 // Four points or more that are not in one plane: fewer count as coplanar.
@@ -80,11 +67,11 @@ Ball FindMinimalSphericalShell(const CNuPointArray& points, const Ball& start, d
   RequireIterations(maxIter, "FindMinimalSphericalShell");
   const Vec3 origin = MiddleOf(points);
   PointBlocks blocks(ViewOf(points), origin);
-  const Vec3 mean = nu::internal::MeanOf(ViewOf(points)) - origin;
+  const Vec3 mean = MeanOf(ViewOf(points)) - origin;
   const SphericalShell shell = ThinnestShell(blocks, mean, start.centre - origin, start.radius, maxIter);
   // Required: the limit is reached by the step that ends the search, too; hosts count on a limit that is never used up.
-  if (shell.end == MinimaxEnd::limitReached || shell.steps >= maxIter) FailFit(nu::internal::kIterationLimit, kName);
-  if (shell.end != MinimaxEnd::converged) FailFit(nu::internal::kNumericalFailure, kName);
+  if (shell.end == MinimaxEnd::limitReached || shell.steps >= maxIter) FailFit(kIterationLimit, kName);
+  if (shell.end != MinimaxEnd::converged) FailFit(kNumericalFailure, kName);
   *zone = shell.outer - shell.inner;
   return {origin + shell.centre, 0.5 * shell.inner + 0.5 * shell.outer};
 }
@@ -101,7 +88,7 @@ Ball MinimumZone(const CNuPointArray& points, double* zone, double tol, long max
 }  // namespace
 
 void CNuSphSurf::Place(double radius, const CNuPoint& centre) {
-  if (!IsFinite(Components(centre)) || !std::isfinite(radius)) FailFit(nu::internal::kNumericalFailure, kName);
+  if (!IsFinite(Components(centre)) || !std::isfinite(radius)) FailFit(kNumericalFailure, kName);
   SetPosition(centre, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
   m_radius = radius;
 }
@@ -114,9 +101,8 @@ void CNuSphSurf::FitMin(const CNuPointArray& points, double tol) {
   }
   const Vec3 origin = MiddleOf(points);
   PointBlocks blocks(ViewOf(points), origin);
-  const EnclosingBall found =
-      nu::internal::SmallestEnclosingBall<3>(blocks, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}});
-  if (!found.found) FailFit(nu::internal::kNumericalFailure, kName);
+  const EnclosingBall found = SmallestEnclosingBall<3>(blocks, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}});
+  if (!found.found) FailFit(kNumericalFailure, kName);
   Place(found.radius, ToPoint(origin + found.centre));
 }
 
@@ -128,19 +114,19 @@ ENuFitResult CNuSphSurf::FitMinEx(const CNuPointArray& points, double tol) {
 
 void CNuSphSurf::FitMax(const CNuPointArray& points, double tol) {
   RequireCount(points, kLeastPoints, kName);
-  if (LieOnOneLine(ViewOf(points), tol)) FailFit(nu::internal::kCollinearPoints, kName, 3);
+  if (LieOnOneLine(ViewOf(points), tol)) FailFit(kCollinearPoints, kName, 3);
   constexpr long passesPerPoint = 10;
   const Vec3 origin = MiddleOf(points);
   PointBlocks blocks(ViewOf(points), origin);
-  const Vec3 mean = nu::internal::MeanOf(ViewOf(points)) - origin;
+  const Vec3 mean = MeanOf(ViewOf(points)) - origin;
   const EmptyBall found = GrowEmptyBall(blocks, mean, passesPerPoint * points.GetSize());
-  if (!found.found) FailFit(nu::internal::kNumericalFailure, kName);
+  if (!found.found) FailFit(kNumericalFailure, kName);
   Place(found.radius, ToPoint(origin + found.centre));
 }
 
 ENuFitResult CNuSphSurf::FitMaxEx(const CNuPointArray& points, double tol) {
   const LengthToleranceScope scope(tol);
-  return nu::internal::ResultOf([&] { FitMax(points, tol); }) == NuFitSuccess ? NuFitSuccess : NuFitFailure;
+  return ResultOf([&] { FitMax(points, tol); }) == NuFitSuccess ? NuFitSuccess : NuFitFailure;
 }
 
 void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
@@ -149,7 +135,7 @@ void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, double to
   double width;
   const Ball ball = MinimumZone(points, &width, tol, maxIter);
   Place(ball.radius, ToPoint(ball.centre));
-  nu::internal::Output(zone, width);
+  Output(zone, width);
 }
 
 void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuSphSurf* inner, CNuSphSurf* outer, double tol,
@@ -161,16 +147,16 @@ void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuSphSur
   CNuSphSurf outermost(*this);
   innermost.m_radius = std::max(0.0, m_radius - half);
   outermost.m_radius += half;
-  nu::internal::Output(zone, width);
-  nu::internal::Output(inner, innermost);
-  nu::internal::Output(outer, outermost);
+  Output(zone, width);
+  Output(inner, innermost);
+  Output(outer, outermost);
 }
 
 ENuFitResult CNuSphSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, tol, maxIter); });
+  return ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, tol, maxIter); });
 }
 
 ENuFitResult CNuSphSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, CNuSphSurf* inner, CNuSphSurf* outer,
                                       double tol, long maxIter) {
-  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, inner, outer, tol, maxIter); });
+  return ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, inner, outer, tol, maxIter); });
 }

@@ -16,15 +16,7 @@
 #include "nu/geometry/internal/surface_data.h"
 #include "nu/linalg/matrix.h"
 
-using nu::internal::DataOf;
-using nu::internal::FailOperation;
-using nu::internal::Line3;
-using nu::internal::Points2;
-using nu::internal::Sphere3;
-using nu::internal::ToPoint;
-using nu::internal::TouchTol;
-using nu::internal::ToVector;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -44,10 +36,10 @@ std::unique_ptr<CNuObject> Section(const Sphere3& first, const Sphere3& second) 
   const double r1 = first.radius;
   const double r2 = second.radius;
   const Vec3 between = second.centre - first.centre;
-  const double d = nu::internal::Hypot(between.x, between.y, between.z);
+  const double d = Hypot(between.x, between.y, between.z);
   const double tol = TouchTol(std::max(r1, r2), first.centre, second.centre);
   RequireFinite(kWithSphere, first, second);
-  if (!std::isfinite(d + r1 + r2)) nu::internal::FailUnrelated(kWithSphere);
+  if (!std::isfinite(d + r1 + r2)) FailUnrelated(kWithSphere);
   if (!(d > tol)) return nullptr;
   const Vec3 way = Unit(between);
   if (std::fabs(d - (r1 + r2)) <= tol || std::fabs(d - std::fabs(r1 - r2)) <= tol)
@@ -70,9 +62,9 @@ int CNuSphSurf::IntersectWith(const CNuPlane& plane, CNuObjArray* result) const 
 }
 
 int CNuSphSurf::IntersectWith(const CNuSphSurf& other, CNuObjArray* result) const {
-  nu::internal::NewObjects found;
+  NewObjects found;
   if (std::unique_ptr<CNuObject> section = Section(DataOf(*this), DataOf(other))) found.push_back(std::move(section));
-  return nu::internal::HandOver(std::move(found), result);
+  return HandOver(std::move(found), result);
 }
 
 // Transformations act on rows: (p, 1) T is the local point, so Q = T Q0 T^T.

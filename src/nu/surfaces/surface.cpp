@@ -8,22 +8,11 @@
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/internal/point_set.h"
 
-using nu::internal::Components;
-using nu::internal::FailOperation;
-using nu::internal::FindFourthMoments;
-using nu::internal::FindQuadricAxes;
-using nu::internal::FourthMoments;
-using nu::internal::LoadVec3;
-using nu::internal::PointBlocks;
-using nu::internal::PointSample;
-using nu::internal::Rejection;
-using nu::internal::ToPoint;
-using nu::internal::ToVector;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 void CNuSurface::QuadricAxes(const CNuPointArray& points, const CNuPoint& meanPoint, CNuPoint* axisPoint,
                              CNuVector* axisDirection) {
-  const PointSample sample(nu::internal::ViewOf(points));
+  const PointSample sample(ViewOf(points));
   nu::internal::QuadricAxes found;
   Vec3 fromMean;
   if (sample.View().Size() > 0) {
@@ -33,7 +22,7 @@ void CNuSurface::QuadricAxes(const CNuPointArray& points, const CNuPoint& meanPo
     fromMean = blocks.InCallersFrame(moments.mean + found.centre) - Components(meanPoint);
   }
   if (!found.solvable || !IsFinite(fromMean)) FailOperation(46, "calculation", "CNuSurface::QuadricAxes()");
-  const Vec3 direction = nu::internal::WithLargestPositive(found.axis[0]);
-  nu::internal::Output(axisPoint, meanPoint + ToPoint(Rejection(fromMean, direction)));
-  nu::internal::Output(axisDirection, ToVector(direction));
+  const Vec3 direction = WithLargestPositive(found.axis[0]);
+  Output(axisPoint, meanPoint + ToPoint(Rejection(fromMean, direction)));
+  Output(axisDirection, ToVector(direction));
 }

@@ -5,14 +5,14 @@
 #include "nu/geometry/internal/directions.h"
 #include "nu/geometry/line.h"
 
-using nu::internal::RequireDirection;
+using namespace nu::internal;
 
 namespace {
 
 constexpr const char* kName = "CNuTorSurf";
 
 double RequireRadius(double radius) {
-  return nu::internal::RequireLength(radius, kName, "radius");
+  return RequireLength(radius, kName, "radius");
 }
 
 }  // namespace
@@ -57,26 +57,26 @@ CNuLine CNuTorSurf::GetAxis() const {
 
 void CNuTorSurf::GetData(double* majorRadius, double* minorRadius, CNuPoint* centre, CNuVector* axisDirection) const {
   const Frame frame = GetFrame();
-  nu::internal::Output(majorRadius, m_majorRadius);
-  nu::internal::Output(minorRadius, m_minorRadius);
-  nu::internal::Output(centre, frame.origin);
-  nu::internal::Output(axisDirection, frame.zaxis);
+  Output(majorRadius, m_majorRadius);
+  Output(minorRadius, m_minorRadius);
+  Output(centre, frame.origin);
+  Output(axisDirection, frame.zaxis);
 }
 
 // Required: the torus offers these but computes none of them. Hosts that walk over pairs of surfaces rely on the
 // failure to go another way.
 int CNuTorSurf::IntersectWith(const CNuPlane&, CNuObjArray*) const {
-  nu::internal::FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuPlane)");
+  FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuPlane)");
 }
 
 int CNuTorSurf::IntersectWith(const CNuCylSurf&, CNuObjArray*) const {
-  nu::internal::FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuCylSurf)");
+  FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuCylSurf)");
 }
 
 int CNuTorSurf::IntersectWith(const CNuConSurf&, CNuObjArray*) const {
-  nu::internal::FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuConSurf)");
+  FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuConSurf)");
 }
 
 int CNuTorSurf::IntersectWith(const CNuSphSurf&, CNuObjArray*) const {
-  nu::internal::FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuSphSurf)");
+  FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuSphSurf)");
 }

@@ -9,13 +9,7 @@
 
 // Minimum torus: the circle in space whose largest distance to a point is the least.
 
-using nu::internal::FailFit;
-using nu::internal::MinimaxEnd;
-using nu::internal::PointBlocks;
-using nu::internal::Tube;
-using nu::internal::TubeDistance;
-using nu::internal::TubeStarts;
-using nu::internal::Vec3;
+using namespace nu::internal;
 
 namespace {
 
@@ -33,42 +27,42 @@ struct Torus {
 
 void RequireNoncollinear(const CNuPointArray& points, double tol) {
   CNuIntArray index(0);
-  if (points.IsNoncollinear(&index, tol) == NuFalse) FailFit(nu::internal::kCollinearPoints, kName, kLeastPoints);
+  if (points.IsNoncollinear(&index, tol) == NuFalse) FailFit(kCollinearPoints, kName, kLeastPoints);
 }
 
 Torus SmallestTorus(const CNuPointArray& points, TubeStarts starts, long maxIter) {
-  PointBlocks blocks(nu::internal::ViewOf(points), nu::internal::MiddleOf(points));
+  PointBlocks blocks(ViewOf(points), MiddleOf(points));
   blocks.Keep();
   const Tube tube = SmallestTube(blocks, starts, maxIter);
-  if (tube.solution.end == MinimaxEnd::limitReached) FailFit(nu::internal::kIterationLimit, kName);
+  if (tube.solution.end == MinimaxEnd::limitReached) FailFit(kIterationLimit, kName);
   const TubeDistance& circle = tube.solution.model;
   const Vec3 centre = blocks.InCallersFrame(circle.frame.origin - circle.Radius() * circle.frame.x);
   const double major = circle.Radius() / blocks.Scale();
   const double minor = tube.solution.value / blocks.Scale();
   const bool isRound = tube.solution.end == MinimaxEnd::converged && circle.IsRound();
-  if (!isRound || !IsFinite(centre) || !std::isfinite(major + minor)) FailFit(nu::internal::kNumericalFailure, kFitMin);
-  return {major, minor, centre, nu::internal::WithLargestPositive(circle.frame.z), tube.isClear};
+  if (!isRound || !IsFinite(centre) || !std::isfinite(major + minor)) FailFit(kNumericalFailure, kFitMin);
+  return {major, minor, centre, WithLargestPositive(circle.frame.z), tube.isClear};
 }
 
 // Few points that leave doubt are taken once more, in an order of their own.
 Torus SmallestTorusInAnyOrder(const CNuPointArray& points, long maxIter) {
-  if (!nu::internal::IsOrderToBeMade(points)) return SmallestTorus(points, TubeStarts::many, maxIter);
+  if (!IsOrderToBeMade(points)) return SmallestTorus(points, TubeStarts::many, maxIter);
   const Torus nearest = SmallestTorus(points, TubeStarts::one, maxIter);
-  return nearest.isClear ? nearest : SmallestTorus(nu::internal::Ordered(points), TubeStarts::many, maxIter);
+  return nearest.isClear ? nearest : SmallestTorus(Ordered(points), TubeStarts::many, maxIter);
 }
 
 }  // namespace
 
 void CNuTorSurf::FitMin(const CNuPointArray& points, double tol, long maxIter) {
   // Required: the limit is reported under the name of the sphere, and hosts look for that name.
-  nu::internal::RequireIterations(maxIter, "CNuSphSurf");
-  nu::internal::RequireCount(points, kLeastPoints, kName);
-  nu::internal::RequireFinite(points, kFitMin);
+  RequireIterations(maxIter, "CNuSphSurf");
+  RequireCount(points, kLeastPoints, kName);
+  RequireFinite(points, kFitMin);
   RequireNoncollinear(points, tol);
   const Torus torus = SmallestTorusInAnyOrder(points, maxIter);
   Place(torus.majorRadius, torus.minorRadius, ToPoint(torus.centre), ToVector(torus.axis));
 }
 
 ENuFitResult CNuTorSurf::FitMinEx(const CNuPointArray& points, double tol, long maxIter) {
-  return nu::internal::ResultWithin(tol, maxIter, kName, [&] { FitMin(points, tol, maxIter); });
+  return ResultWithin(tol, maxIter, kName, [&] { FitMin(points, tol, maxIter); });
 }

@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <cstring>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::base {
 
 // The representation of a double and back: std::bit_cast, which older standard libraries lack.
 inline std::uint64_t BitsOf(double x) {
@@ -18,6 +20,6 @@ inline double FromBits(std::uint64_t bits) {
   return x;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

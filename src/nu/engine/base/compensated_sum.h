@@ -5,7 +5,7 @@
 
 #include "nu/engine/base/error_free.h"
 
-namespace nu::internal {
+namespace nu::engine::base {
 
 // A sum that carries its rounding errors along (T. Ogita, S. M. Rump, S. Oishi, Accurate sum and dot product, SIAM J.
 // Sci. Comput. 26, 2005).
@@ -30,6 +30,6 @@ class CompensatedSum {
   double m_lost = 0.0;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

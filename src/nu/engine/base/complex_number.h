@@ -5,7 +5,7 @@
 
 #include "nu/engine/base/simd.h"
 
-namespace nu::internal {
+namespace nu::engine::base {
 
 // A complex number in the loops of the root finder. Products are the plain ones, which overflow where their parts do.
 struct Number {
@@ -45,6 +45,6 @@ inline Number Reciprocal(Number a) {
   return {ratio / den, -1.0 / den};
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

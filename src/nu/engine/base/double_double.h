@@ -3,7 +3,7 @@
 
 #include "nu/engine/base/error_free.h"
 
-namespace nu::internal {
+namespace nu::engine::base {
 
 // Numbers of about 106 bits. Operations keep about 100 bits while nothing overflows or falls below the normal numbers
 // (T. J. Dekker, A floating-point technique for extending the available precision, Numerische Mathematik 18, 1971).
@@ -36,6 +36,6 @@ inline bool operator<(DoubleDouble a, DoubleDouble b) {
   return a.high < b.high || (a.high == b.high && a.low < b.low);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

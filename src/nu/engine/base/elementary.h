@@ -1,11 +1,13 @@
 #ifndef NU_ENGINE_BASE_ELEMENTARY_H
 #define NU_ENGINE_BASE_ELEMENTARY_H
 
+#include "nu/engine/rooms.h"
+
 // Elementary functions with the same bits on every machine; those of the C library differ in the last digit from one
 // to the next. Errors stay below 0.52 units in the last place. Special values are those of ISO C, Annex F; there is no
 // errno. Square roots, remainders and roundings to integers are exact everywhere and are taken from the standard
 // library.
-namespace nu::internal {
+namespace nu::engine::base {
 
 double Sin(double x);
 double Cos(double x);
@@ -37,6 +39,6 @@ double Cbrt(double x);
 double Hypot(double x, double y);
 double Hypot(double x, double y, double z);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

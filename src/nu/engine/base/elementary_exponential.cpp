@@ -11,7 +11,7 @@
 //                                                       (P. T. P. Tang, ACM TOMS 16, 1990)
 // z is a sum of two doubles without error, of which the first has at most 19 digits. It is a multiple of 2^-42, as are
 // the leading parts of log(2) and log(b): their sum is exact.
-namespace nu::internal {
+namespace nu::engine::base {
 
 namespace {
 
@@ -259,4 +259,4 @@ double Acosh(double x) {
   return LogarithmOfSum(FastTwoSum(x, root.value), root);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base

@@ -12,7 +12,7 @@
 //   |x| > 1:      atan(x) = pi / 2 - atan(1 / x)
 //   |x| > 1 / 2:  asin(x) = pi / 2 - 2 asin(sqrt((1 - x) / 2)), where 1 - x is exact
 // Quotients and roots are taken with their rounding errors.
-namespace nu::internal {
+namespace nu::engine::base {
 
 namespace {
 
@@ -187,4 +187,4 @@ double Acos(double x) {
   return Undefined(x);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base

@@ -9,7 +9,7 @@
 
 // What the elementary functions share. Each evaluates its result as a sum of two doubles: a leading one that is exact
 // or nearly so, and a correction at least some seven binary places smaller, whose rounding errors then hardly count.
-namespace nu::internal {
+namespace nu::engine::base {
 
 inline double SumOf(const DoubleDouble& value) {
   return value.high + value.low;
@@ -55,6 +55,6 @@ inline double Undefined(double x) {
   return x + std::numeric_limits<double>::quiet_NaN();
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

@@ -8,7 +8,7 @@
 // Cube roots and lengths: an approximation to nearly all digits, then one step of Newton's method whose residual is
 // evaluated with the digits that cancel (W. Kahan, Computing a real cube root, 1991; C. F. Borges, Algorithm 1014: An
 // improved algorithm for hypot(x,y), ACM TOMS 47, 2020).
-namespace nu::internal {
+namespace nu::engine::base {
 
 namespace {
 
@@ -130,4 +130,4 @@ double Cbrt(double x) {
   return std::copysign(value * PowerOfTwoAt((exponent - exponent % 3 - bias) / 3), x);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base

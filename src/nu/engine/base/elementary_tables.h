@@ -3,8 +3,10 @@
 
 #include <cstdint>
 
+#include "nu/engine/rooms.h"
+
 // Written by cmake/elementary_tables.py. A value of two or more doubles is their exact sum.
-namespace nu::internal {
+namespace nu::engine::base {
 
 struct SineAndCosine {
   double sine, sineLow, cosine, cosineLow;
@@ -426,6 +428,6 @@ inline constexpr Reciprocal kReciprocals[129] = {
     {0x1.6ap-1, 0x1.630030b3abp-2, -0x1.db623e731aep-45},
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

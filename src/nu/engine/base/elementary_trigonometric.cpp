@@ -16,7 +16,7 @@
 // as they need (M. Payne, R. Hanek, Radian reduction for trigonometric functions, SIGNUM Newsletter 18, 1983).
 // Tables and remainders: P. T. P. Tang, Table-lookup algorithms for elementary functions and their error analysis,
 // 1991.
-namespace nu::internal {
+namespace nu::engine::base {
 
 namespace {
 
@@ -182,4 +182,4 @@ double Tan(double x) {
   return SignOfStep(at.step) * SignOfStep(at.step + kQuarterTurn) * (quotient + rest * inverse);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base

@@ -1,6 +1,6 @@
 #include "nu/engine/base/error_free.h"
 
-namespace nu::internal {
+namespace nu::engine::base {
 namespace {
 
 // The upper and the lower half of the digits (G. W. Veltkamp; Dekker).
@@ -70,4 +70,4 @@ double ProductErrorByHalves(double a, double b) {
   return ErrorByScaling(a, b, product);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base

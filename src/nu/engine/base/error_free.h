@@ -4,6 +4,8 @@
 #include <cfloat>
 #include <cmath>
 
+#include "nu/engine/rooms.h"
+
 #ifdef __FAST_MATH__
 #error "Exact arithmetic needs the rounding of IEEE 754: compile without -ffast-math"
 #endif
@@ -11,7 +13,7 @@
 // Sums and products with their rounding errors (T. J. Dekker, A floating-point technique for extending the available
 // precision, Numerische Mathematik 18, 1971; D. E. Knuth, The Art of Computer Programming 2). The function fma of the C
 // library is not used: some of them round the product first.
-namespace nu::internal {
+namespace nu::engine::base {
 
 static_assert(FLT_EVAL_METHOD == 0, "Every operation rounds to double: compile for SSE2, not for x87");
 
@@ -76,6 +78,6 @@ inline double DifferenceOfProducts(double a, double b, double c, double d) {
   return difference.high + (difference.low + (first.low - second.low));
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

@@ -6,7 +6,7 @@
 
 #include "nu/engine/base/double_double.h"
 
-namespace nu::internal {
+namespace nu::engine::base {
 
 // A sum of doubles without rounding, as components that do not overlap, in ascending magnitude (J. R. Shewchuk,
 // Adaptive precision floating-point arithmetic and fast robust geometric predicates, Discrete & Computational Geometry
@@ -46,6 +46,6 @@ class ExactSum {
   int m_size = 0;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

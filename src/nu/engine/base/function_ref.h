@@ -1,7 +1,9 @@
 #ifndef NU_ENGINE_BASE_FUNCTION_REF_H
 #define NU_ENGINE_BASE_FUNCTION_REF_H
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::base {
 
 template<class Signature>
 class FunctionRef;
@@ -23,6 +25,6 @@ class FunctionRef<Result(Arguments...)> {
   Result (*m_call)(const void*, Arguments...);
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

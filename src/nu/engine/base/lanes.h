@@ -6,7 +6,7 @@
 
 #include "nu/engine/base/simd.h"
 
-namespace nu::internal {
+namespace nu::engine::base {
 
 // Eight doubles that travel together, for kernels whose accumulators have to stay in registers. The compiler splits
 // them where registers are narrower; the bits are the same. Operators act lane by lane, comparisons select with ?:.
@@ -43,6 +43,6 @@ NU_ALWAYS_INLINE double Largest(const Lanes& lanes) {
   return largest;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

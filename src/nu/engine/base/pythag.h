@@ -4,7 +4,9 @@
 #include <cmath>
 #include <utility>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::base {
 
 // NuPythag with the value of NuGetZero(), for loops that read it once. The ratio of equal magnitudes is 1 also where
 // both are infinite, so that the result is infinite and not a NaN. Every comparison is written so that a NaN among the
@@ -21,6 +23,6 @@ inline double Pythag(double a, double b, double c, double zero) {
   return p * std::sqrt(rp * rp + qp * qp + 1.0);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

@@ -1,6 +1,8 @@
 #ifndef NU_ENGINE_BASE_SIMD_H
 #define NU_ENGINE_BASE_SIMD_H
 
+#include "nu/engine/rooms.h"
+
 // Hot loops run over eight lanes whatever the register width of the machine is. The lanes are summed in one fixed
 // order and nothing is contracted, so a clone for wider registers gives the bits of the plain one.
 
@@ -26,7 +28,7 @@
 #define NU_LANE_LOOP
 #endif
 
-namespace nu::internal {
+namespace nu::engine::base {
 
 inline constexpr int kLanes = 8;
 
@@ -35,6 +37,6 @@ NU_ALWAYS_INLINE double SumLanes(const double* lane) {
   return ((lane[0] + lane[4]) + (lane[2] + lane[6])) + ((lane[1] + lane[5]) + (lane[3] + lane[7]));
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

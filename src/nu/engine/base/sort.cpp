@@ -15,7 +15,7 @@
 // Radix sort from the least significant digit on, over the upper half of the keys only: in most data that leaves runs
 // of one or two elements, which an insertion sort finishes; a longer run goes through the lower half as well.
 
-namespace nu::internal {
+namespace nu::engine::base {
 namespace {
 
 constexpr int kWordBits = 64;
@@ -262,4 +262,4 @@ void SortTogether(int n, double* a, double* b) noexcept {
   SortStretches(Together{a, b}, n);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base

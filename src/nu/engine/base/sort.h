@@ -1,7 +1,9 @@
 #ifndef NU_ENGINE_BASE_SORT_H
 #define NU_ENGINE_BASE_SORT_H
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::base {
 
 // Ascending and stable: the result of a straight insertion sort in which an element moves left only past strictly
 // greater ones, for every input. The two zeros are equal; a NaN is never crossed, so the stretches between NaNs are
@@ -12,6 +14,6 @@ void SortIndex(int n, const double* a, int* index) noexcept;
 // b follows a.
 void SortTogether(int n, double* a, double* b) noexcept;
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

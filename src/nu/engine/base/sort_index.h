@@ -5,7 +5,9 @@
 #include <numeric>
 #include <utility>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::base {
 
 // The stable permutation that puts 0 .. n-1 in the order of `before`; a few elements are inserted, which allocates
 // nothing.
@@ -30,6 +32,6 @@ inline void ChooseOrder(const double* rowLargest, int n, int* order) {
   }
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

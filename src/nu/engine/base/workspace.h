@@ -5,7 +5,9 @@
 #include <cstdint>
 #include <memory>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::base {
 
 // Scratch doubles, not initialised: on the stack while there are few of them, one heap block beyond. The matrices of
 // metrology have up to ten rows, and for those an allocation costs more than the arithmetic.
@@ -40,6 +42,6 @@ class Workspace {
   alignas(64) double m_inline[kInline];
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::base
 
 #endif

@@ -16,7 +16,7 @@
 #include "nu/engine/roots/trig_roots.h"
 #include "nu/foundation/constants.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 namespace {
 
@@ -234,4 +234,4 @@ NearPair ClosestBetween(const Arc3& first, const Arc3& second) {
   return best;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains

@@ -6,7 +6,7 @@
 #include "nu/engine/points/box_tree.h"
 #include "nu/engine/shapes/incidence.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 // The points centre + radius * (cos u x + sin u y) for u from 0 to the sweep, in radians; x points to the start. The
 // ends are kept as they are known, which may be off that by rounding or by a tolerance.
@@ -36,6 +36,6 @@ Box BoxOf(const Arc3& arc);
 NearPair ClosestBetween(const Segment3& segment, const Arc3& arc);
 NearPair ClosestBetween(const Arc3& first, const Arc3& second);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains
 
 #endif

@@ -5,7 +5,7 @@
 
 #include "nu/foundation/constants.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 namespace {
 
@@ -110,4 +110,4 @@ std::optional<Vec3> ArcPlanes::NormalOf(int i) const {
   return best.normal;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains

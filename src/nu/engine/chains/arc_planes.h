@@ -6,7 +6,7 @@
 
 #include "nu/engine/chains/piece_chain.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 // Centre and ends of an arc tell its plane, but those of a half or full turn only its diameter, and those of nearly a
 // half turn the plane with few digits. The pieces that run on from either end of the arc, without a gap, do: a piece
@@ -49,6 +49,6 @@ class ArcPlanes {
   std::vector<int> m_before, m_behind;  // the nearest piece of another direction, or -1
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains
 
 #endif

@@ -5,7 +5,7 @@
 #include "nu/engine/hulls/hull2.h"
 #include "nu/engine/hulls/hull3.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 namespace {
 
 // A block is worth its convex hull when it has been asked for so often, is so large, and the hull has no more than this
@@ -105,4 +105,4 @@ Block BlockTree::BlockOf(std::size_t begin, std::size_t end) const {
   return block;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains

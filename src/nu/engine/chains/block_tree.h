@@ -7,7 +7,7 @@
 
 #include "nu/engine/shapes/vec3.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 struct Edge3 {
   Vec3 start;
@@ -85,6 +85,6 @@ class BlockTree {
   std::vector<std::vector<Corners>> m_corners;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains
 
 #endif

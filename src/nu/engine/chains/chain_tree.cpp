@@ -3,7 +3,7 @@
 #include "nu/engine/base/elementary.h"
 #include "nu/foundation/constants.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 namespace {
 
@@ -76,4 +76,4 @@ double Gap(const ChainTree::Node& a, const ChainTree::Node& b, double limit) {
   return std::max(gap, ClosestBetween(a.way, b.way).distance - a.width - b.width);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains

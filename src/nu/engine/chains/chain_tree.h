@@ -3,7 +3,7 @@
 
 #include "nu/engine/chains/piece_chain.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 // No point of one box is nearer to the other, or to the arc, than this.
 double Gap(const Box& a, const Box& b);
@@ -41,6 +41,6 @@ class ChainTree {
 // No point of one stretch is nearer to the other than this; the boxes alone answer when that is not below the limit.
 double Gap(const ChainTree::Node& a, const ChainTree::Node& b, double limit);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains
 
 #endif

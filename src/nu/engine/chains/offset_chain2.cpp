@@ -7,7 +7,7 @@
 #include "nu/engine/chains/offset_trace2.h"
 #include "nu/engine/chains/piece_tree2.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 namespace {
 
@@ -498,4 +498,4 @@ OffsetChain OffsetPieces(const std::vector<Piece2>& chain, bool closed, double d
   return result;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains

@@ -5,7 +5,7 @@
 
 #include "nu/engine/chains/offset_raw2.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 struct OffsetChain {
   enum class Outcome { moved, vanished, foldsBack, broken, tangle };
@@ -26,6 +26,6 @@ struct OffsetChain {
 OffsetChain OffsetPieces(const std::vector<Piece2>& chain, bool closed, double distance, OffsetCorner corner,
                          double tol);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains
 
 #endif

@@ -6,7 +6,7 @@
 
 #include "nu/engine/base/elementary.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 namespace {
 
@@ -159,4 +159,4 @@ OffsetPolygon OffsetEdges(const std::vector<Vec2>& vertices, bool closed, double
   return Front(vertices, closed, distance).Run(vertices);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains

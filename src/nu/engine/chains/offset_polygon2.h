@@ -5,7 +5,7 @@
 
 #include "nu/engine/shapes/vec2.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 struct OffsetPolygon {
   bool vanished = false;  // nothing is left, an end edge of an open polygon is lost, or a corner folds back
@@ -18,6 +18,6 @@ struct OffsetPolygon {
 // polygon has its first vertex once. n log n.
 OffsetPolygon OffsetEdges(const std::vector<Vec2>& vertices, bool closed, double distance);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains
 
 #endif

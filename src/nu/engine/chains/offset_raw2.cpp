@@ -6,7 +6,7 @@
 #include "nu/engine/base/elementary.h"
 #include "nu/foundation/constants.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 namespace {
 
@@ -187,4 +187,4 @@ RawEnds AddRawOffset(const std::vector<Piece2>& chain, std::size_t kept, double 
   return Builder(chain, kept, distance, corner, snap, raw).Run();
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains

@@ -5,7 +5,7 @@
 
 #include "nu/engine/chains/piece2.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 // Beyond the outer side of a corner the offset goes around it at the distance, or straight on until both sides meet.
 enum class OffsetCorner { round, sharp };
@@ -41,6 +41,6 @@ struct RawEnds {
 RawEnds AddRawOffset(const std::vector<Piece2>& chain, std::size_t kept, double distance, OffsetCorner corner,
                      double snap, RawOffset& raw);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains
 
 #endif

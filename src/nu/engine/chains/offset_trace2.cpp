@@ -5,7 +5,7 @@
 #include "nu/engine/base/elementary.h"
 #include "nu/foundation/constants.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 namespace {
 
@@ -269,7 +269,7 @@ double Trace::AreaOf(const Path& path) const {
   double area = 0.0;
   for (const int e : path) {
     const TraceEdge& edge = m_edges[Index(e)];
-    area += nu::internal::AreaOf(m_raw.pieces[Index(edge.piece)].Part(edge.from, edge.to));
+    area += chains::AreaOf(m_raw.pieces[Index(edge.piece)].Part(edge.from, edge.to));
   }
   return area;
 }
@@ -302,4 +302,4 @@ std::vector<Piece2> Trace::PiecesOf(const Path& path, bool closed) const {
   return pieces;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains

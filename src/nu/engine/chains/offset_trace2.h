@@ -5,7 +5,7 @@
 
 #include "nu/engine/chains/offset_raw2.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 // A part of a raw piece that runs from one group of nodes to another.
 struct TraceEdge {
@@ -68,6 +68,6 @@ class Trace {
   std::vector<Path> m_leftOut;          // ways that are no curves
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains
 
 #endif

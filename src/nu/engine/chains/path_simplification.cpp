@@ -23,7 +23,7 @@
 // a segment of its own is, when the ends of that segment are close enough to the edge; and so is one whose corners, the
 // vertices of its convex hull, are.
 
-namespace nu::internal {
+namespace nu::engine::chains {
 namespace {
 
 // A block closer to the start than so many times its size is taken apart.
@@ -341,4 +341,4 @@ SimplifiedPath SimplifyPath(const std::vector<Vec3>& points, double tolerance) {
   return path;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains

@@ -6,7 +6,7 @@
 
 #include "nu/engine/shapes/vec3.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 struct SimplifiedPath {
   std::vector<std::size_t> kept;  // ascending, from the first to the last point
@@ -17,6 +17,6 @@ struct SimplifiedPath {
 // kept ones around it. The mathematics is at the top of the source. Throws std::bad_alloc.
 SimplifiedPath SimplifyPath(const std::vector<Vec3>& points, double tolerance);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains
 
 #endif

@@ -6,7 +6,7 @@
 #include "nu/engine/base/elementary.h"
 #include "nu/foundation/constants.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 namespace {
 
@@ -195,4 +195,4 @@ Crossings2 Cross(const Piece2& first, const Piece2& second, double rounding) {
   return found;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains

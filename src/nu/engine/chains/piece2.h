@@ -3,7 +3,7 @@
 
 #include "nu/engine/shapes/vec2.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 // Of coordinates of about 1: squares that vanish are of lengths far below their rounding.
 inline double Norm(Vec2 v) {
@@ -66,6 +66,6 @@ struct Crossings2 {
 };
 Crossings2 Cross(const Piece2& first, const Piece2& second, double rounding);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains
 
 #endif

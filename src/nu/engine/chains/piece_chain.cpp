@@ -9,7 +9,7 @@
 #include "nu/engine/minimax/enclosing_ball.h"
 #include "nu/engine/points/extents.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 namespace {
 
@@ -157,13 +157,12 @@ bool AreApart(const PieceChain& first, int i, const PieceChain& second, int j, d
 
 // A motion by a NaN shows in the ends of an arc, too.
 bool PieceChain::HasNaN() const {
-  return std::any_of(m_ends.begin(), m_ends.end(), [](const Segment3& ends) {
-    return nu::internal::HasNaN(ends.start) || nu::internal::HasNaN(ends.end);
-  });
+  return std::any_of(m_ends.begin(), m_ends.end(),
+                     [](const Segment3& ends) { return shapes::HasNaN(ends.start) || shapes::HasNaN(ends.end); });
 }
 
 Box PieceChain::BoxOf(int i) const {
-  if (const Arc3* arc = ArcAt(i)) return nu::internal::BoxOf(*arc);
+  if (const Arc3* arc = ArcAt(i)) return chains::BoxOf(*arc);
   Box box = EmptyBox();
   Include(Ends(i).start, box);
   Include(Ends(i).end, box);
@@ -266,4 +265,4 @@ Ball SmallestBallAround(const PieceChain& chain) {
   return {(1.0 / scale) * scaled.centre, scaled.radius / scale};
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains

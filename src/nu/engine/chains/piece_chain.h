@@ -6,7 +6,7 @@
 
 #include "nu/engine/chains/arc3.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 // The box of nothing, and a point or a box added to one.
 Box EmptyBox();
@@ -76,6 +76,6 @@ struct Ball {
 // The smallest one around the chain; NaN when a coordinate is not finite.
 Ball SmallestBallAround(const PieceChain& chain);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains
 
 #endif

@@ -5,7 +5,7 @@
 #include "nu/engine/base/elementary.h"
 #include "nu/foundation/constants.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 namespace {
 
@@ -103,4 +103,4 @@ void PieceTree2::FindCloser(int a, Vec2 p, double& distance, int& closest) const
   }
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains

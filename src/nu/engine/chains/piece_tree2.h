@@ -8,7 +8,7 @@
 
 #include "nu/engine/chains/piece2.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 // Halves of halves of a chain, each in a box, and within a width around the way between its ends: stretches of smooth
 // curves hardly leave that, so that it tells what is just not near.
@@ -86,6 +86,6 @@ class PieceTree2 {
   mutable std::int64_t m_visits = 0;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains
 
 #endif

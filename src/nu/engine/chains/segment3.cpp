@@ -4,7 +4,7 @@
 
 #include "nu/engine/base/elementary.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 namespace {
 
@@ -119,4 +119,4 @@ NearPair ClosestBetween(const Segment3& first, const Segment3& second) {
   return best;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains

@@ -3,7 +3,7 @@
 
 #include "nu/engine/shapes/vec3.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 struct Segment3 {
   Vec3 start, end;
@@ -43,6 +43,6 @@ inline Vec3 ClosestOn(const Segment3& segment, Vec3 p) {
 
 NearPair ClosestBetween(const Segment3& first, const Segment3& second);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains
 
 #endif

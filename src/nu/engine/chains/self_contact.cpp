@@ -7,7 +7,7 @@
 #include "nu/engine/chains/space_search.h"
 #include "nu/engine/shapes/incidence.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 namespace {
 
@@ -158,4 +158,4 @@ bool TouchesItself(const PieceChain& chain, double tol) {
   return scale == 1.0 ? HasContact(chain, tol) : HasContact(chain.Scaled(scale), scale * tol);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains

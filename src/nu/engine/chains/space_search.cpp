@@ -1,6 +1,6 @@
 #include "nu/engine/chains/space_search.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 namespace {
 
@@ -46,4 +46,4 @@ Passing PassingBall(const PieceChain& chain, const std::vector<int>& among, cons
   return passing;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains

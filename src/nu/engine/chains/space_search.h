@@ -5,7 +5,7 @@
 
 #include "nu/engine/chains/chain_tree.h"
 
-namespace nu::internal {
+namespace nu::engine::chains {
 
 // The pieces of a chain that pass a ball, and a box around what they have in it.
 struct Passing {
@@ -88,6 +88,6 @@ class SpaceSearch {
   Search& m_search;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::chains
 
 #endif

@@ -4,7 +4,7 @@
 
 #include "nu/engine/hulls/grid2.h"
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 // The lower chain from left to right, then the upper one back (A. M. Andrew, Information Processing Letters 9, 1979).
 ConvexPolygon2::ConvexPolygon2(const std::vector<Vec2>& points) {
   const auto extend = [this](Vec2 p, std::size_t fixed) {
@@ -43,4 +43,4 @@ ConvexPolygon2::Exit ConvexPolygon2::ExitOf(Vec2 inside, Vec2 direction) const {
   return {way > 0.0 && std::isfinite(way) ? way : 0.0, side};
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls

@@ -7,7 +7,7 @@
 
 #include "nu/engine/shapes/vec2.h"
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 
 // Above 0 to 4, ascending counter-clockwise from the negative y axis, which has 4 itself: the last side may lead down
 // to the least point. Without trigonometry: equal steps along the diamond |x| + |y| = 1.
@@ -44,6 +44,6 @@ class ConvexPolygon2 {
   std::vector<double> m_sideAngles;  // ascending
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls
 
 #endif

@@ -12,7 +12,7 @@
 // Delaunay are deleted on the way (L. Guibas, J. Stolfi, Primitives for the manipulation of general subdivisions and
 // the computation of Voronoi diagrams, ACM Transactions on Graphics 4, 1985).
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 
 namespace {
 
@@ -184,4 +184,4 @@ Delaunay2::Edge Delaunay2::Merge(Edge left, Edge right, Axis axis) {
   return tangent ^ 1u;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls

@@ -7,7 +7,7 @@
 
 #include "nu/engine/shapes/vec2.h"
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 
 // The Delaunay triangulation of the points of a grid, exact: no point is inside the circle through the corners of a
 // triangle. Where more than three points share such an empty circle, one of their triangulations. Points on one line
@@ -73,6 +73,6 @@ class Delaunay2 {
   std::uint64_t m_stepsLeft = 0;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls
 
 #endif

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 
 FarthestCorner2::FarthestCorner2(const std::vector<Vec2>& corners) : m_corners(corners) {
   constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -53,4 +53,4 @@ void FarthestCorner2::Visit(const Place& place, std::size_t node, double& best, 
   }
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls

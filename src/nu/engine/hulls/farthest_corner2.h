@@ -6,7 +6,7 @@
 
 #include "nu/engine/shapes/vec2.h"
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 
 // Finds the corner of a convex polygon that is farthest from a place on a line m + t n, by a tree of boxes over runs of
 // corners. The squared distance less t^2 |n|^2, which all corners h share, is (h - m)^2 - 2 t n . (h - m): far out on
@@ -41,6 +41,6 @@ class FarthestCorner2 {
   std::vector<Box> m_boxes;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls
 
 #endif

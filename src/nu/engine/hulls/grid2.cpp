@@ -6,7 +6,7 @@
 #include <limits>
 #include <utility>
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 namespace {
 
 constexpr double kRoundoff = std::numeric_limits<double>::epsilon() / 2.0;
@@ -216,4 +216,4 @@ int GridInCircle(Vec2 a, Vec2 b, Vec2 c, Vec2 d) {
   return ExactInCircle(p, q, r);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls

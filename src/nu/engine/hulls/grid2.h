@@ -7,7 +7,7 @@
 #include "nu/engine/points/point_blocks.h"
 #include "nu/engine/shapes/vec2.h"
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 
 // Points of a plane on a fine grid: their coordinates are whole numbers up to 2^52, so that differences are exact and
 // the sign of a determinant can be had from integers. A step of the grid is about a rounding of the extent of the
@@ -50,6 +50,6 @@ int GridOrientation(Vec2 a, Vec2 b, Vec2 c);
 // exact.
 int GridInCircle(Vec2 a, Vec2 b, Vec2 c, Vec2 d);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls
 
 #endif

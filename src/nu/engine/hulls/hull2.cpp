@@ -15,7 +15,7 @@
 // chain are drawn through the lowest and highest point of each x (A. M. Andrew, Information Processing Letters 9,
 // 1979).
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 namespace {
 
 struct Candidate {
@@ -333,4 +333,4 @@ std::vector<int> ConvexHull2(const PointView& points) {
   return HullOf(std::move(candidates));
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls

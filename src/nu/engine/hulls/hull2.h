@@ -5,7 +5,7 @@
 
 #include "nu/engine/points/point_view.h"
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 
 // The vertices of the convex hull of the points' x and y, counter-clockwise from the least x (ties: least y). The hull
 // is that of the given doubles, without rounding: no vertex lies on the line of its neighbours. Of coincident points
@@ -13,6 +13,6 @@ namespace nu::internal {
 // they lie on one line. n log n at worst, linear where few points are near the hull.
 std::vector<int> ConvexHull2(const PointView& points);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls
 
 #endif

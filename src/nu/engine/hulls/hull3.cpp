@@ -6,7 +6,7 @@
 #include <limits>
 #include <utility>
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 namespace {
 
 // A face's mark holds twice the apex, and one more where the face sees it.
@@ -367,4 +367,4 @@ void Hull3::Redistribute(int apex) {
   }
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls

@@ -8,7 +8,7 @@
 #include "nu/engine/hulls/orientation3.h"
 #include "nu/engine/points/box_tree.h"
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 
 // The convex hull of points in space, as triangles, without rounding: no point lies outside by the given doubles. Flat
 // faces are cut into triangles, and a corner may lie inside a flat face or an edge, where it does no harm. It grows by
@@ -100,6 +100,6 @@ class Hull3 {
   std::vector<Edge> m_horizon;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls
 
 #endif

@@ -2,7 +2,7 @@
 
 #include "nu/engine/base/exact_sum.h"
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 
 DoubleDouble ExactCross2(const double* p, const double* q, const double* r, const double* s) {
   ExactSum<16> sum;
@@ -18,4 +18,4 @@ DoubleDouble ExactCross2(const double* p, const double* q, const double* r, cons
   return sum.Value();
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls

@@ -5,7 +5,7 @@
 
 #include "nu/engine/base/double_double.h"
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 
 // (q - p) x (s - r), exact but for the last of about 100 bits; its sign is right. Here and below: as long as no product
 // of two coordinates overflows or falls below the smallest normal numbers.
@@ -30,6 +30,6 @@ inline int Orientation2(const double* a, const double* b, const double* c) {
   return Turn2(c, a, c, b);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls
 
 #endif

@@ -3,7 +3,7 @@
 #include "nu/engine/base/exact_sum.h"
 #include "nu/engine/hulls/orientation2.h"
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 namespace {
 
 // x y z without rounding, as four doubles.
@@ -77,4 +77,4 @@ bool AreCollinear3(const double* a, const double* b, const double* c) {
   return Orientation2(ax, bx, cx) == 0;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls

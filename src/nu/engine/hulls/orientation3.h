@@ -7,7 +7,7 @@
 #include "nu/engine/base/double_double.h"
 #include "nu/engine/shapes/vec3.h"
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 
 // The sign, as -1, 0 or 1, of ((q - p) x (s - r)) . (u - t), without error as long as no product of three coordinates
 // overflows or falls below the smallest normal numbers.
@@ -70,6 +70,6 @@ class Normal3 {
 // Whether three points lie on one line, without error.
 bool AreCollinear3(const double* a, const double* b, const double* c);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls
 
 #endif

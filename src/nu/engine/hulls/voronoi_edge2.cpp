@@ -1,6 +1,6 @@
 #include "nu/engine/hulls/voronoi_edge2.h"
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 
 double HalfCotangent(Vec2 p, Vec2 q, Vec2 apex) {
   return 0.5 * AccurateDot(p - apex, q - apex) / AccurateCross(p - apex, q - apex);
@@ -18,4 +18,4 @@ VoronoiEdge2::VoronoiEdge2(const Delaunay2& mesh, Delaunay2::Edge e)
   end[1] = apex[1] == Delaunay2::kNoSite ? -none : -HalfCotangent(q, p, mesh.At(apex[1]));
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls

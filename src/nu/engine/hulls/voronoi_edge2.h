@@ -3,7 +3,7 @@
 
 #include "nu/engine/hulls/delaunay2.h"
 
-namespace nu::internal {
+namespace nu::engine::hulls {
 
 // cot(c) / 2 for the angle c at the apex over pq, positive to the left.
 double HalfCotangent(Vec2 p, Vec2 q, Vec2 apex);
@@ -28,6 +28,6 @@ struct VoronoiEdge2 {
   double end[2];            // t, to the left and to the right
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::hulls
 
 #endif

@@ -32,7 +32,7 @@
 // On both nappes e = d cos a - |z sin a + k'| with z along w and k' = k + H cos a: the rows of points behind the apex
 // follow from the same unknowns.
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -395,4 +395,4 @@ bool ConeProblem::IsEnough(const StepGains& gains, double sumSquares) {
 
 template class DampedGaussNewton<ConeProblem>;
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares

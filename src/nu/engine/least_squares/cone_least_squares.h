@@ -4,7 +4,7 @@
 #include "nu/engine/least_squares/damped_gauss_newton.h"
 #include "nu/engine/shapes/pivot_frame.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // A cone seen from a point M among the data: through M - height * u its radius times the cosine of the angle is
 // rise + height * cosine; along w the radius grows by the tangent of the angle. All of it stays of the size of the data
@@ -40,6 +40,6 @@ struct ConeProblem {
 using ConeLeastSquares = DampedGaussNewton<ConeProblem>;
 extern template class DampedGaussNewton<ConeProblem>;
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

@@ -26,7 +26,7 @@
 // which is diagonal but for its border in the principal frame. All its entries come from moments of the points up to
 // degree 4: judging a direction does not look at the points.
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -365,4 +365,4 @@ bool StartCone(PointBlocks& points, ConeLeastSquares& fit) {
   return true;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares

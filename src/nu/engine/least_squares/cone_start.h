@@ -3,7 +3,7 @@
 
 #include "nu/engine/least_squares/cone_least_squares.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // With so few points a wrong cone may pass close to all of them.
 inline constexpr std::size_t kFewPoints = 14;
@@ -12,6 +12,6 @@ inline constexpr std::size_t kFewPoints = 14;
 // not finite or determine no quadric.
 bool StartCone(PointBlocks& points, ConeLeastSquares& fit);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

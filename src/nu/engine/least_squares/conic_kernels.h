@@ -25,7 +25,7 @@
 //
 // where indices stand for derivatives in that direction: the curve moves by -w along its normal and turns by -v, and
 // the foot moves with it.
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // A conic as the kernels see it: a coordinate is the component along x or y minus the offset.
 struct ConicView {
@@ -233,6 +233,6 @@ NU_ALWAYS_INLINE void DifferentiateTwice(const ConicView& view, const LaneDeviat
   d.v[5] = -w[5] * mixed;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

@@ -7,7 +7,7 @@
 // 2001) by the coefficients of its equation. Gauss-Newton steps lead to the neighbourhood of the optimum; where they
 // slow down, exact second derivatives make them Newton steps. A trust region holds both.
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -341,4 +341,4 @@ template class ConicLeastSquares<Ellipse2>;
 template class ConicLeastSquares<Hyperbola2>;
 template class ConicLeastSquares<Parabola2>;
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares

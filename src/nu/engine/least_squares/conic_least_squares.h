@@ -8,7 +8,7 @@
 #include "nu/engine/points/point_blocks.h"
 #include "nu/engine/shapes/conic_equation.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // A conic in space: the origin of its frame, relative to that of the blocks, and the direction of its x axis. The curve
 // and the origin are in the unit of the points.
@@ -77,6 +77,6 @@ extern template class ConicLeastSquares<Ellipse2>;
 extern template class ConicLeastSquares<Hyperbola2>;
 extern template class ConicLeastSquares<Parabola2>;
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

@@ -22,7 +22,7 @@
 // trigonometric polynomial of degree two in 2 t is least. The eigenvector of the least eigenvalue of M, which keeps no
 // kind, is a candidate too: it is less drawn to small ellipses.
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 namespace {
 
 // Sums outside have overflowed or vanished, or are about to in a product.
@@ -294,4 +294,4 @@ template ConicStarts AlgebraicFits<Ellipse2>(PointBlocks&, const PlaneBasis&);
 template ConicStarts AlgebraicFits<Hyperbola2>(PointBlocks&, const PlaneBasis&);
 template ConicStarts AlgebraicFits<Parabola2>(PointBlocks&, const PlaneBasis&);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares

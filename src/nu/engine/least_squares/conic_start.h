@@ -4,7 +4,7 @@
 #include "nu/engine/points/point_blocks.h"
 #include "nu/engine/shapes/conic_equation.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // A trigonometric polynomial of degree two has so many stationary angles.
 inline constexpr int kMostAlgebraic = 4;
@@ -28,6 +28,6 @@ struct ConicStarts {
 template<class Curve>
 ConicStarts AlgebraicFits(PointBlocks& points, const PlaneBasis& axes);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

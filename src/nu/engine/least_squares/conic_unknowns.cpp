@@ -14,7 +14,7 @@
 // Of a parabola the quadratic part is a square, (x cos t + y sin t)^2, again with y in units of its spread, and the
 // unknowns are t, d, e and f.
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 namespace {
 
 // Of an unknown: the last coefficient takes the place of the fixed one.
@@ -154,4 +154,4 @@ template ConicCurvature CurvatureAs<Parabola2>(const ConicEquation&, double);
 template ConicEquation Moved<Parabola2>(const ConicEquation&, double, const double (&)[kUnknownsOf<Parabola2>]);
 template SecondOrderModel<kUnknownsOf<Parabola2>> ModelFor<Parabola2>(const ConicModel&, const ConicEquation&, double);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares

@@ -7,7 +7,7 @@
 #include "nu/engine/shapes/conic_equation.h"
 
 // How a fit moves a conic. The mathematics is at the top of the source. `flatness` is that of the frame.
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 inline constexpr int kConicUnknowns = kMonomials - 1;
 
@@ -31,6 +31,6 @@ ConicEquation Moved(const ConicEquation& equation, double flatness, const double
 template<class Curve>
 SecondOrderModel<kUnknownsOf<Curve>> ModelFor(const ConicModel& model, const ConicEquation& equation, double flatness);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

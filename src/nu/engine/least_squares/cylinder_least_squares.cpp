@@ -16,7 +16,7 @@
 // and the columns are about as independent as 1, t, t^2, z and z t. A step turns the axis about M and not about its own
 // point, which may be far away: so it moves the points' deviations as the derivatives say.
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -209,4 +209,4 @@ bool CylinderProblem::IsEnough(const StepGains& gains, double sumSquares) {
 
 template class DampedGaussNewton<CylinderProblem>;
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares

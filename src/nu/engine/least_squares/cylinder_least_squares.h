@@ -4,7 +4,7 @@
 #include "nu/engine/least_squares/damped_gauss_newton.h"
 #include "nu/engine/shapes/pivot_frame.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // A cylinder seen from a point M among the data; its radius is height + rise.
 struct CylinderModel : PivotFrame {};
@@ -33,6 +33,6 @@ struct CylinderProblem {
 using CylinderLeastSquares = DampedGaussNewton<CylinderProblem>;
 extern template class DampedGaussNewton<CylinderProblem>;
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

@@ -21,7 +21,7 @@
 //
 // All its entries come from moments of the points up to degree 4: judging a direction does not look at the points.
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 namespace {
 
 // With so few points a wrong cylinder may pass close to all of them.
@@ -263,4 +263,4 @@ bool StartCylinder(PointBlocks& points, CylinderLeastSquares& fit) {
   return true;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares

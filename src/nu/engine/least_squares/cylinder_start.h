@@ -3,12 +3,12 @@
 
 #include "nu/engine/least_squares/cylinder_least_squares.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // Finds the cylinder next to the points and leaves it in `fit`, which runs over the same points. False when the points
 // are not finite or determine no quadric.
 bool StartCylinder(PointBlocks& points, CylinderLeastSquares& fit);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

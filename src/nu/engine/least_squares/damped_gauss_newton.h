@@ -11,7 +11,7 @@
 #include "nu/engine/points/form_statistics.h"
 #include "nu/engine/points/small_systems.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // The normal equations of a step from a model, and sums over the points. Lengths are scaled as the blocks are.
 template<int N>
@@ -249,6 +249,6 @@ Deviations DampedGaussNewton<Feature>::DeviationsNow() {
   return InUnit(*m_deviations, m_points.Scale());
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

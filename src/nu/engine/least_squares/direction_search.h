@@ -10,7 +10,7 @@
 #include "nu/engine/points/fourth_moments.h"
 
 // How the starts look for the direction of an axis: many directions are judged, and the best ones refined.
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // A surface is clear when the root mean square of its deviations is this part of that from the best plane: what makes a
 // wrong direction wrong is of the size of the latter.
@@ -69,6 +69,6 @@ void TryDirections(const FourthMoments& moments, int trials, Judge judge, Try tr
     TryBestOf(even, stretch, trials, judge, tryDirection);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

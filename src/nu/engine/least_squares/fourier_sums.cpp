@@ -7,7 +7,7 @@
 
 #include "nu/engine/base/elementary.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 namespace {
 
 constexpr double kPi = std::numbers::pi;
@@ -135,4 +135,4 @@ Phasor FourierSums::operator[](std::ptrdiff_t k) const {
   return m_grid[ReversedBits(static_cast<std::size_t>(k) & (m_grid.size() - 1), m_levels)];
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares

@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <vector>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::least_squares {
 
 struct Phasor {
   double re = 0.0;
@@ -40,6 +42,6 @@ class FourierSums {
   double m_fall[kSpread + 1];
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

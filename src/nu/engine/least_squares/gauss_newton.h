@@ -7,7 +7,7 @@
 
 #include "nu/engine/base/elementary.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // How the iteration of a feature ends; the features differ in it, and hosts see the difference at small limits.
 struct GaussNewtonRule {
@@ -103,6 +103,6 @@ GaussNewtonEnd RunGaussNewton(Problem& problem, const GaussNewtonRule& rule) {
   return RunGaussNewton(problem, rule, count);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

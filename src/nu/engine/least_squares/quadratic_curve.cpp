@@ -20,7 +20,7 @@
 // and the best q = (a, b / sqrt(2), c) of unit length is the right singular vector of the least singular value of R2;
 // the rest of the equation solves R1 l = -R12 q.
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 namespace {
 
 constexpr double kRoot2 = 1.4142135623730950488;
@@ -174,4 +174,4 @@ QuadraticKind KindOf(const Quadratic2& equation, double tol) {
   return isParabolic ? KindAlongAxis(g, axes, tol) : KindAboutCentre(g, axes, tol);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares

@@ -3,7 +3,7 @@
 
 #include "nu/engine/points/point_view.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // a x^2 + b x y + c y^2 + d x + e y + f = 0.
 struct Quadratic2 {
@@ -22,6 +22,6 @@ Quadratic2 FittedQuadratic(const PointView& points);
 // without solutions, are none of the kinds; a single line is lines.
 QuadraticKind KindOf(const Quadratic2& equation, double tol);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

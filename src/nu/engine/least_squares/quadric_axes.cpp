@@ -17,7 +17,7 @@
 // A cylinder has the eigenvalues 1, 1, 0 of M, a cone 1, 1 and a negative one: the one that is farther from its
 // neighbour belongs to the axis.
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -126,4 +126,4 @@ QuadricAxes FindQuadricAxes(const FourthMoments& moments) {
   return axes;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares

@@ -3,7 +3,7 @@
 
 #include "nu/engine/points/fourth_moments.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // The axes of the quadric that fits a point set algebraically. The mathematics is at the top of the source.
 struct QuadricAxes {
@@ -14,6 +14,6 @@ struct QuadricAxes {
 
 QuadricAxes FindQuadricAxes(const FourthMoments& moments);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

@@ -35,7 +35,7 @@
 //
 // Damped steps with these end every fit whose plain ones grow or do not shrink fast.
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -684,4 +684,4 @@ template struct RoundProblem<3>;
 template class RoundLeastSquares<2>;
 template class RoundLeastSquares<3>;
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares

@@ -3,7 +3,7 @@
 
 #include "nu/engine/least_squares/damped_gauss_newton.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // A circle in a plane (D = 2) or a sphere (D = 3), with coordinates along orthonormal axes and relative to a point M
 // among the data. axis[0] points roughly from the centre to M. The centre is M - height * axis[0] + the sum of
@@ -94,6 +94,6 @@ class RoundLeastSquares {
 extern template class RoundLeastSquares<2>;
 extern template class RoundLeastSquares<3>;
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

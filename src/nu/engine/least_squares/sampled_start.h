@@ -4,7 +4,7 @@
 #include "nu/engine/points/point_blocks.h"
 #include "nu/engine/points/point_sample.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // Places `fit` where it has come to on a sample of a large set. False when the sample does not determine it.
 template<class Fit>
@@ -31,6 +31,6 @@ bool StartFit(PointView points, PointBlocks& blocks, Fit& fit, bool (*start)(Poi
   return start(blocks, fit);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

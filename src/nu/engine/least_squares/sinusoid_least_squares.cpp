@@ -21,7 +21,7 @@
 // p dS + q dC that the linear fit does not follow. J . e is minus half the derivative of the sum of squares; its root
 // is found from Gauss-Newton and secant steps that never leave the bracket known so far.
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -280,4 +280,4 @@ double UnexplainedPart(const WaveSamples& samples, double frequency) {
   return left / all;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares

@@ -8,7 +8,7 @@
 #include "nu/engine/linear/tall_qr.h"
 #include "nu/engine/points/form_statistics.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // Samples y over u in [-1, 1].
 struct WaveSamples {
@@ -84,6 +84,6 @@ class SinusoidLeastSquares {
 // The part of the sum of the squared y that the best wave of this frequency, which may be 0, leaves.
 double UnexplainedPart(const WaveSamples& samples, double frequency);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

@@ -12,7 +12,7 @@
 // transforms. Below two periods, where the wave and the constant are nearly dependent, each frequency has its
 // own orthogonal reduction, over a part of the samples; so it has for few samples.
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 namespace {
 
 constexpr double kSamePlace = 1.0 / 1000.0;  // of the mean spacing
@@ -162,4 +162,4 @@ FrequencyScan ScanFrequencies(const WaveSamples& samples) {
   return scan;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares

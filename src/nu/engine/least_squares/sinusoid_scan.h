@@ -5,7 +5,7 @@
 
 #include "nu/engine/least_squares/sinusoid_least_squares.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // Where the sum of squares may be least.
 struct FrequencyScan {
@@ -23,6 +23,6 @@ double NyquistFrequency(const std::vector<double>& u);
 // n log n. u ascends, the y have mean 0; neither is all the same. Throws std::bad_alloc.
 FrequencyScan ScanFrequencies(const WaveSamples& samples);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

@@ -6,7 +6,7 @@
 
 #include "nu/engine/linear/eigen_symmetric.h"
 
-namespace nu::internal {
+namespace nu::engine::least_squares {
 
 // Half a sum of squared deviations to second order in N unknowns.
 template<int N>
@@ -192,6 +192,6 @@ void TrustRegion<N>::ToUnknowns(const double (&along)[N], double (&step)[N]) con
   }
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::least_squares
 
 #endif

@@ -2,7 +2,7 @@
 
 #include "nu/engine/linear/matmul.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 namespace {
 
 // Beyond this many rows of b, packed products of the real parts gain more than they copy.
@@ -39,4 +39,4 @@ void MultiplyComplex(const ComplexRows& a, const ComplexRows& b, const ComplexRo
   AddProduct(aIm, bRe, im, 2 * c.width, a.rows, b.rows, b.columns);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear

@@ -3,11 +3,11 @@
 
 #include "nu/engine/linear/complex_rows.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 
 // c = a b; c overlaps neither factor. Every element is summed in increasing inner index.
 void MultiplyComplex(const ComplexRows& a, const ComplexRows& b, const ComplexRows& c);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

@@ -6,7 +6,7 @@
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/linear/householder.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 namespace {
 
 Complex At(const double* row, int width, int j) {
@@ -237,4 +237,4 @@ void MakeDiagonalPositive(const ComplexRows& r, const ComplexRows* qT) {
   }
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear

@@ -3,7 +3,7 @@
 
 #include "nu/engine/linear/complex_rows.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 
 // Complex reflections H = I - tau v v^H with real tau, Hermitian and unitary, the first component of v being 1, and the
 // reductions made of them. Blocks come in the working size of householder.h; row k of `v` takes the vector of
@@ -25,6 +25,6 @@ void FormTransposedUnitary(const ComplexRows& v, const double* tau, int count, i
 // negative.
 void MakeDiagonalPositive(const ComplexRows& r, const ComplexRows* qT);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

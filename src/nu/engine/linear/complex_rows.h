@@ -5,7 +5,7 @@
 
 #include "nu/engine/linear/row_kernels.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 
 // A complex block whose rows hold the real parts first and the imaginary parts behind them, each padded with zeros to
 // whole packs: a loop over a row fills registers without shuffling. A complex vector is one such row.
@@ -83,6 +83,6 @@ NU_ALWAYS_INLINE Complex SumPack(const ComplexPack& pack) {
   return {SumPack(pack.re), SumPack(pack.im)};
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

@@ -6,7 +6,7 @@
 
 #include "nu/engine/linear/householder.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 namespace {
 
 // Sweeps without a value after which the shift is exchanged for another and only the norm decides what is negligible.
@@ -322,4 +322,4 @@ bool ReduceToSchur(const ComplexRows& h, bool wantsForm, const ComplexRows* zT, 
   return SchurIteration(h, wantsForm, zT, waiting).Run();
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear

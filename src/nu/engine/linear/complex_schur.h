@@ -5,7 +5,7 @@
 
 #include "nu/engine/linear/complex_rows.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 
 // One rotation of two neighbours: x <- c x + s y, y <- c y - conj(s) x.
 struct ComplexRotation {
@@ -25,6 +25,6 @@ constexpr std::size_t kWaitingSweeps = 8;
 // Problem, 1965, chapter 8); neglect of couplings after Ahues and Tisseur, LAPACK Working Note 122, 1997.
 bool ReduceToSchur(const ComplexRows& h, bool wantsForm, const ComplexRows* zT, ComplexRotation* waiting);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

@@ -12,7 +12,7 @@
 #include "nu/engine/linear/matmul.h"
 #include "nu/engine/linear/row_kernels.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 namespace {
 
 constexpr int kIterations = 30;
@@ -628,4 +628,4 @@ bool DecomposeGeneral(const double* a, int n, std::ptrdiff_t ld, double* real, d
   return true;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear

@@ -3,7 +3,9 @@
 
 #include <cstddef>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::linear {
 
 // Eigenvalues real[j] + i imaginary[j] of the n x n row-major block a, by ascending real part, of a complex pair the
 // one with the positive imaginary part first. Column j of `vectors` (leading dimension ldv) belongs to value j and has
@@ -17,6 +19,6 @@ namespace nu::internal {
 bool DecomposeGeneral(const double* a, int n, std::ptrdiff_t ld, double* real, double* imaginary, double* vectors,
                       std::ptrdiff_t ldv);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

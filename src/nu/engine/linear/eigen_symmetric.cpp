@@ -11,7 +11,7 @@
 #include "nu/engine/linear/rotations.h"
 #include "nu/engine/linear/row_kernels.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 namespace {
 
 constexpr int kIterations = 30;
@@ -182,4 +182,4 @@ bool DecomposeSymmetric(const double* a, int n, std::ptrdiff_t ld, double* value
   return true;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear

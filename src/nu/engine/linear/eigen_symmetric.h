@@ -3,7 +3,9 @@
 
 #include <cstddef>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::linear {
 
 // Eigenvalues in ascending order, equal ones in the order in which they were found, and the orthonormal eigenvectors as
 // the columns of `vectors` (n x n, leading dimension ldv) unless that is null. The symmetric part of the row-major
@@ -13,6 +15,6 @@ namespace nu::internal {
 // Mathematik 11 (1968) 181; Dubrulle, Martin and Wilkinson, 12 (1968) 377).
 bool DecomposeSymmetric(const double* a, int n, std::ptrdiff_t ld, double* values, double* vectors, std::ptrdiff_t ldv);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

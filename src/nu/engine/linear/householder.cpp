@@ -7,7 +7,7 @@
 #include "nu/engine/linear/matmul.h"
 #include "nu/engine/linear/row_kernels.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 namespace {
 
 constexpr int kWorkingExponent = 400;
@@ -202,4 +202,4 @@ void RowsToColumns(const double* from, std::ptrdiff_t ldFrom, const int* order, 
   }
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear

@@ -3,7 +3,9 @@
 
 #include <cstddef>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::linear {
 
 // Elementary reflections H = I - tau v v^T, and the passes over a block that apply them. All rows are padded with zeros
 // to whole packs; a column range starts at the pack that holds its first column, where vectors are zero as well.
@@ -53,6 +55,6 @@ void FormTransposedProduct(const double* v, std::ptrdiff_t ldv, const double* ta
 void RowsToColumns(const double* from, std::ptrdiff_t ldFrom, const int* order, const int* place, int rows, int columns,
                    double* to, std::ptrdiff_t ldTo);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

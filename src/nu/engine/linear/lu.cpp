@@ -10,7 +10,7 @@
 #include "nu/engine/linear/matmul.h"
 #include "nu/engine/linear/row_kernels.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 namespace {
 
 // Row sizes within this ratio are pivoted as they are, so that the multipliers of ordinary matrices stay below 1.
@@ -338,4 +338,4 @@ double LuDeterminant(const double* lu, int n, std::ptrdiff_t ld, int parity) {
   return std::ldexp(mantissa, static_cast<int>(std::clamp(exponent, -kBeyondAnyDouble, kBeyondAnyDouble)));
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear

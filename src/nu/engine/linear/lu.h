@@ -3,7 +3,9 @@
 
 #include <cstddef>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::linear {
 
 struct LuResult {
   bool singular = false;  // a row or a pivot vanished
@@ -31,6 +33,6 @@ void SolveLuPermuted(const double* lu, int n, std::ptrdiff_t ld, double* x, int 
 // if the result itself does.
 double LuDeterminant(const double* lu, int n, std::ptrdiff_t ld, int parity);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

@@ -15,7 +15,7 @@
 // Near a matrix of rank n - 1, A^-1 is nearly x0 y^T / sigma. The best x then solves A x = (|A| |x0|) with the signs of
 // y: every row takes its equal share of the change. The weakest pivot, k, shows both vectors: x0 solves U x0 = u_kk
 // e_k, and y is row k of A^-1.
-namespace nu::internal {
+namespace nu::engine::linear {
 namespace {
 
 constexpr std::size_t kSmall = 16;
@@ -75,4 +75,4 @@ bool HasSingularNeighbour(const double* const* rows, const double* lu, int n, st
   return true;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear

@@ -5,7 +5,7 @@
 
 #include "nu/engine/linear/lu.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 
 // Whether changes of the elements of A by at most n * `tolerance` of themselves can make it singular, as far as an
 // estimate in O(n^2) finds them: its inverse then holds no digit that the elements determine. A true answer is proven,
@@ -21,6 +21,6 @@ inline bool IsSingularToRounding(const double* const* rows, const double* lu, in
          (result.weakest >= 0 && HasSingularNeighbour(rows, lu, n, ld, permutation, result.weakest, tolerance));
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

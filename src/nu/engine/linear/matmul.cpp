@@ -7,7 +7,7 @@
 #include "nu/engine/base/workspace.h"
 #include "nu/engine/linear/row_kernels.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 namespace {
 
 // One register tile of c is kTileRows x kTileColumns: 8 accumulators of 512 bits, 16 of 256.
@@ -212,4 +212,4 @@ void Multiply(MatrixView a, MatrixView b, double* c, std::ptrdiff_t ldc, int row
   AddProduct(a, b, c, ldc, rows, inner, columns);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear

@@ -3,7 +3,9 @@
 
 #include <cstddef>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::linear {
 
 // A block of doubles seen as a matrix: element (i, j) is data[i * rowStep + j * columnStep], so that a transpose costs
 // nothing.
@@ -23,6 +25,6 @@ void Multiply(MatrixView a, MatrixView b, double* c, std::ptrdiff_t ldc, int row
 void AddProduct(MatrixView a, MatrixView b, double* c, std::ptrdiff_t ldc, int rows, int inner, int columns);
 void SubtractProduct(MatrixView a, MatrixView b, double* c, std::ptrdiff_t ldc, int rows, int inner, int columns);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

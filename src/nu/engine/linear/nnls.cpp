@@ -10,7 +10,7 @@
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/base/simd.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 namespace {
 
 // Lawson and Hanson allow three; data made to be degenerate need a few more.
@@ -198,4 +198,4 @@ bool SolveNonNegative(const TallReduction& reduction, double tolerance, double* 
   return ActiveSet(reduction, tolerance, x).Solve();
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear

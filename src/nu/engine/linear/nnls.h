@@ -3,7 +3,7 @@
 
 #include "nu/engine/linear/tall_qr.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 
 // min |A x - b| subject to x >= 0, from the finished reduction of [A b] (Lawson & Hanson, Solving Least Squares
 // Problems, 1974, chapter 23). An unknown enters while its share of the gradient, A_j . (b - A x), is above
@@ -13,6 +13,6 @@ namespace nu::internal {
 // std::bad_alloc.
 bool SolveNonNegative(const TallReduction& reduction, double tolerance, double* x);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

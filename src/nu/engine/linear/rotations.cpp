@@ -2,7 +2,7 @@
 
 #include "nu/engine/linear/row_kernels.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 namespace {
 
 // Enough columns to hide the latency from one rotation to the next, few enough for 500 rows in second-level cache.
@@ -79,4 +79,4 @@ void RotationQueue::Flush() {
   m_size = 0;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear

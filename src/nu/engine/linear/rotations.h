@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <memory>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::linear {
 
 // Plane rotations of rows of a block, collected and applied many at a time to one strip of columns after the other: the
 // strip stays in cache while the rotations pass over it, and the iteration that makes them never waits for the block.
@@ -60,6 +62,6 @@ class RotationQueue {
   int m_size = 0;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

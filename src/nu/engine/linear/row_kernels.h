@@ -5,7 +5,7 @@
 
 #include "nu/engine/base/simd.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 
 // Pieces of hot loops over contiguous rows, meant to be inlined into NU_KERNEL functions.
 
@@ -99,6 +99,6 @@ NU_ALWAYS_INLINE double DotRow(const double* x, const double* y, int n) {
   return sum;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

@@ -3,7 +3,9 @@
 
 #include <algorithm>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::linear {
 
 // Solves the symmetric positive definite system a x = b by L D L^T. The result is the smallest pivot as a part of its
 // diagonal entry: what a system scaled to ones on the diagonal would show. x is to be used only when it is positive.
@@ -34,6 +36,6 @@ double SolvePositive(const double (&a)[N][N], const double (&b)[N], double (&x)[
   return smallest;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

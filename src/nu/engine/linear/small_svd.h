@@ -6,7 +6,9 @@
 #include <limits>
 #include <utility>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::linear {
 
 // Singular values, descending, and right singular vectors of an N x N matrix; axis[k] belongs to value[k]. `work[k]` is
 // the matrix times axis[k].
@@ -71,6 +73,6 @@ SmallSvd<N> SvdOfColumns(const double (&columns)[N][N]) {
   return svd;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

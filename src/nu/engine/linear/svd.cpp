@@ -9,7 +9,7 @@
 #include "nu/engine/linear/row_kernels.h"
 #include "nu/engine/linear/tall_factor.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 namespace {
 
 // The count starts at 1: sweep 124 must not be needed.
@@ -278,4 +278,4 @@ bool DecomposeSingular(double* a, int rows, int columns, std::ptrdiff_t ld, doub
   return true;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear

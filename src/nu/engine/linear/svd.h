@@ -3,7 +3,9 @@
 
 #include <cstddef>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::linear {
 
 // A = U diag(w) V^T of the rows x columns block a (row-major, leading dimension ld), which U replaces; w takes
 // `columns` values >= 0 in no order, v (leading dimension ldv) the square orthogonal V. With fewer rows than columns
@@ -16,6 +18,6 @@ namespace nu::internal {
 bool DecomposeSingular(double* a, int rows, int columns, std::ptrdiff_t ld, double* w, double* v, std::ptrdiff_t ldv,
                        double tolerance, double zero);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

@@ -4,7 +4,7 @@
 
 #include "nu/engine/linear/householder.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 namespace {
 
 // Columns first .. last-1 times I - tau w w^T, where w is 1 in the row of `heads` and v below it.
@@ -106,4 +106,4 @@ void TallFactor::Expand(double* x, std::ptrdiff_t ldx) {
   }
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear

@@ -7,7 +7,7 @@
 #include "nu/engine/base/workspace.h"
 #include "nu/engine/linear/row_kernels.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 
 // Q R of a row-major block with more rows than columns, in place and in two passes over memory. The first `columns`
 // rows are reduced to a triangle; every further chunk of rows is reduced against it, and its reflections take its
@@ -41,6 +41,6 @@ class TallFactor {
   Workspace<2 * kInline> m_buffer;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

@@ -9,7 +9,7 @@
 
 #include "nu/engine/base/simd.h"
 
-namespace nu::internal {
+namespace nu::engine::linear {
 namespace {
 
 // While the squared norm of a pivot column lies between these, its products with columns of any other usual size
@@ -306,4 +306,4 @@ void TallReflectors::Apply(const double* b, double* projected) const {
   }
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear

@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <memory>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::linear {
 
 class TallReflectors;
 
@@ -83,6 +85,6 @@ class TallReflectors {
   std::unique_ptr<double[]> m_values;  // block by block: the columns, then heads, then factors
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::linear
 
 #endif

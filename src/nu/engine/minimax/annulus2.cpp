@@ -13,7 +13,7 @@
 // narrowest of all, provided that the strip of the subset, an annulus around infinity, is no narrower; and if it does
 // not hold them, the subset has to grow. Points that fill an area take the last road, the search among all.
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 // Fewer points are searched at once.
@@ -150,4 +150,4 @@ Annulus NarrowestAnnulus(PointBlocks& points, const Vec3 (&axes)[2], Vec2 start,
   return Search(points, axes).Run(start, limit);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

@@ -4,7 +4,7 @@
 #include "nu/engine/points/point_blocks.h"
 #include "nu/engine/shapes/vec2.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 enum class AnnulusEnd {
   found,
@@ -34,6 +34,6 @@ struct Annulus {
 // Of annuli whose widths agree to rounding the one with the least x of the centre, of these the one with the least y.
 Annulus NarrowestAnnulus(PointBlocks& points, const Vec3 (&axes)[2], Vec2 start, long limit);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

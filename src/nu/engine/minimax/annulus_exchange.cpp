@@ -22,7 +22,7 @@
 // a q from c + x differ by at least s q |x| / (q + |x|), which grows with |x|. So nothing is narrower anywhere,
 // infinity included, when s q D / (q + D) >= 2 w.
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -320,4 +320,4 @@ void SetMultipliers(Annulus& annulus) {
   annulus.innerMultiplier[0] = 1.0 - annulus.innerMultiplier[1];
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

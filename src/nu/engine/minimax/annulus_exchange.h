@@ -5,7 +5,7 @@
 
 #include "nu/engine/minimax/annulus2.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // The exchange that finds an annulus next to a start, and a bound that proves it the narrowest one for points near a
 // circle or an arc. The mathematics is at the top of the source. Here everything is in the unit of the blocks.
@@ -54,6 +54,6 @@ class AnnulusExchange {
 // Of unit directions: the weights with which two pairs of them meet.
 void SetMultipliers(Annulus& annulus);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

@@ -20,7 +20,7 @@
 // A part is left out when its annuli are all too wide. The distance from h less that from p, along the edge, has its
 // least value at an end of the part or where h and p are seen from the edge under the same angle.
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -250,4 +250,4 @@ GridAnnulus NarrowestGridAnnulus(const std::vector<Vec2>& points, double bound) 
   return Overlay(points, bound).Run();
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

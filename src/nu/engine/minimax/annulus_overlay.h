@@ -5,7 +5,7 @@
 
 #include "nu/engine/shapes/vec2.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // The narrowest annulus around the points of a grid, in its steps.
 struct GridAnnulus {
@@ -20,6 +20,6 @@ struct GridAnnulus {
 // points, in the order of the grid.
 GridAnnulus NarrowestGridAnnulus(const std::vector<Vec2>& points, double bound);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

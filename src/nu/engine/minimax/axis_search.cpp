@@ -6,7 +6,7 @@
 #include "nu/engine/minimax/enclosing_ball.h"
 #include "nu/engine/shapes/vec2.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -339,4 +339,4 @@ AxisDistance AxisSearch::AxisOf(const Circle& circle) const {
   return {frame, 0.5 * (high - low)};
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

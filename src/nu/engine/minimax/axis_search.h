@@ -6,7 +6,7 @@
 
 #include "nu/engine/minimax/enclosing_cylinder.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // Directions within an angle of up to 90 degrees from one.
 struct DirectionCap {
@@ -121,6 +121,6 @@ class AxisSearch {
   int m_passes = 0;              // over all points
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

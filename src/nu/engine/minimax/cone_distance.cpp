@@ -30,7 +30,7 @@
 // All of them are lengths at the points. For a point that counts from the nappe behind the apex, d is minus its
 // distance from the axis, and f and all derivatives change their sign.
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -306,7 +306,7 @@ Cone3 ConeDistance::Cone() const {
 
 bool ConeDistance::IsFinite() const {
   const bool scaled = std::isfinite(radius / (breadth * bulge * length));
-  return scaled && nu::internal::IsFinite(frame.origin) && nu::internal::IsFinite(frame.x);
+  return scaled && shapes::IsFinite(frame.origin) && shapes::IsFinite(frame.x);
 }
 
 void ConeDistance::Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const {
@@ -430,4 +430,4 @@ NappesDistance NappesDistance::Moved(const double (&step)[kUnknowns]) const {
   return {cone.Moved({step[0], step[1], step[2], step[3], step[4], step[5]}), middle + step[K]};
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

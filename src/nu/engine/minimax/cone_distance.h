@@ -4,7 +4,7 @@
 #include "nu/engine/minimax/minimax.h"
 #include "nu/engine/shapes/axis_frame.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 struct Cone3 {
   Vec3 axisPoint;
@@ -66,6 +66,6 @@ struct NappesDistance {
 // apex make it one of both nappes where the range of the deviations is below `form` no other way.
 ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone, double form, double& low, double& high);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

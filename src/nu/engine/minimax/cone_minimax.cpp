@@ -4,7 +4,7 @@
 
 #include "nu/engine/minimax/round_minimax.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -58,4 +58,4 @@ ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& s
   return Described(minimax.Solve(model.Moved({middle})), 1.0 / scale, kNoise * rounding);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

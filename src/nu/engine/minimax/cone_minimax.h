@@ -4,7 +4,7 @@
 #include "nu/engine/minimax/cone_distance.h"
 #include "nu/engine/minimax/minimax.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // The space between two parallel cones that no small move makes narrower, and the points that hold it: the multipliers
 // are not negative and add up to 1. With phi the angle around the axis and y the way along the generator, the sums of
@@ -30,6 +30,6 @@ struct ConeZone {
 // points. A limit above 1000 is 1000.
 ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& start, double form, long limit);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

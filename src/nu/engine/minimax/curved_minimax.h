@@ -7,7 +7,7 @@
 
 #include "nu/engine/minimax/minimax_rows.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // The quadratic program of a minimax step: the least t + s . H s / 2 with value[i] + gradient[i] . s <= t for all rows.
 // With H the curvature of the rows that hold the solution, weighted with their multipliers, its step is Newton's for
@@ -249,6 +249,6 @@ class CurvedMinimax {
   bool m_indefinite = false;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

@@ -18,7 +18,7 @@
 // On a narrow strip sin and cos - 1 are small: what goes with them is divided by the largest of each. Tilts count by
 // the way at half of the length. All are lengths at the points then.
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -181,4 +181,4 @@ CylinderDistance DistanceFromCylinder(PointBlocks& points, const Vec3& axisPoint
   return model;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

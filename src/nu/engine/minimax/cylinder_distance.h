@@ -4,7 +4,7 @@
 #include "nu/engine/minimax/minimax.h"
 #include "nu/engine/shapes/axis_frame.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // The signed distances of points from a cylinder, as a model of minimax.h. It is seen from the apex, the line on it
 // that lies in the middle of the points, so that nothing is lost on a narrow strip, however large the radius is. The
@@ -35,6 +35,6 @@ struct CylinderDistance {
 CylinderDistance DistanceFromCylinder(PointBlocks& points, const Vec3& axisPoint, const Vec3& direction, double radius,
                                       const Vec3& towards);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

@@ -7,7 +7,7 @@
 #include "nu/engine/minimax/round_minimax.h"
 #include "nu/engine/shapes/axis_direction.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -206,4 +206,4 @@ CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, con
   return Described(found, found.model.frame.origin, found.model.frame.z, scene.mean, points.Scale());
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

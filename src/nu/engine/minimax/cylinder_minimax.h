@@ -3,7 +3,7 @@
 
 #include "nu/engine/minimax/minimax.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 struct Cylinder3 {
   Vec3 axisPoint;
@@ -40,6 +40,6 @@ CylinderMinimax SmallestCylinderAround(PointBlocks& points, const Vec3& mean, co
 // escapes from among them.
 CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

@@ -23,7 +23,7 @@
 // c is the unit vector -u from p to c, the second derivative is (1 - u u^T) / d. At the optimum the u of the contacts
 // hold the origin between them.
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -324,4 +324,4 @@ EmptyBall GrowEmptyBall(PointBlocks& points, const Vec3& mean, long limit) {
   return InCallersUnit(solution, unit);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

@@ -3,7 +3,7 @@
 
 #include "nu/engine/points/point_blocks.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // A ball with no point in its interior that cannot grow by a small move of its centre, with the points that hold it:
 // the centre is the sum of multiplier * contact, the multipliers are not negative and add up to 1.
@@ -23,6 +23,6 @@ struct EmptyBall {
 // ever; or more than `limit` steps; or a coordinate is not finite. Throws std::bad_alloc.
 EmptyBall GrowEmptyBall(PointBlocks& points, const Vec3& mean, long limit);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

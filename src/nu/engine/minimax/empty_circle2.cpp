@@ -11,7 +11,7 @@
 // empty circles with location constraints, 1983). Both are the ends of a Voronoi edge, cut off where it leaves the
 // hull.
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 // Radii, and coordinates of centres, that differ by no more are equal within the rounding of the points' coordinates,
@@ -358,4 +358,4 @@ EmptyCircle LargestEmptyCircle(PointBlocks& points, const Vec3 (&axes)[2]) {
   return InPlane(Search(grid.points).Run(), grid.middle, grid.unit);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

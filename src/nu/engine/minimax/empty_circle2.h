@@ -3,7 +3,7 @@
 
 #include "nu/engine/hulls/grid2.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // The largest circle without a point in its interior whose centre is in the convex hull of the points. With three
 // contacts the centre is the sum of multiplier * contact; with two it is on the border of the hull, and
@@ -22,6 +22,6 @@ struct EmptyCircle {
 // on a measured outline; else n log n.
 EmptyCircle LargestEmptyCircle(PointBlocks& points, const Vec3 (&axes)[2]);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

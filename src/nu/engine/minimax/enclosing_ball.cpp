@@ -20,7 +20,7 @@
 // may cancel are computed as if in twice the precision: the weights of contacts that lie close together, or on one
 // diameter, then are as good as the points.
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -339,4 +339,4 @@ EnclosingBall SmallestEnclosingBall(PointBlocks& points, const Vec3 (&axes)[D], 
 template EnclosingBall SmallestEnclosingBall<2>(PointBlocks&, const Vec3 (&)[2], BallPrecision);
 template EnclosingBall SmallestEnclosingBall<3>(PointBlocks&, const Vec3 (&)[3], BallPrecision);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

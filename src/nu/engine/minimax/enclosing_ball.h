@@ -3,7 +3,7 @@
 
 #include "nu/engine/points/point_blocks.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // The smallest ball around some points, with the points that determine it: the centre is the sum of multiplier *
 // contact, the multipliers are not negative and add up to 1.
@@ -34,6 +34,6 @@ EnclosingBall SmallestEnclosingBall(PointBlocks& points, const Vec3 (&axes)[D],
 extern template EnclosingBall SmallestEnclosingBall<2>(PointBlocks&, const Vec3 (&)[2], BallPrecision);
 extern template EnclosingBall SmallestEnclosingBall<3>(PointBlocks&, const Vec3 (&)[3], BallPrecision);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

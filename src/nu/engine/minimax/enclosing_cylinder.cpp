@@ -6,7 +6,7 @@
 #include "nu/engine/minimax/axis_search.h"
 #include "nu/engine/points/principal_direction.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -189,4 +189,4 @@ MinimaxSolution<AxisDistance> SmallestCylinder(PointBlocks& points, const Vec3& 
   return best;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

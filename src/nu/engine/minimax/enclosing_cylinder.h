@@ -4,7 +4,7 @@
 #include "nu/engine/minimax/minimax.h"
 #include "nu/engine/shapes/axis_frame.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // The distances of points from an axis. The unknowns are the shift (a, b) across and the tilt, as the way that the axis
 // makes at `half`, half of the length of the points along it, from the frame's origin.
@@ -28,6 +28,6 @@ struct AxisDistance {
 MinimaxSolution<AxisDistance> SmallestCylinder(PointBlocks& points, const Vec3& mean, const Vec3& direction,
                                                long limit);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

@@ -7,7 +7,7 @@
 
 #include "nu/engine/minimax/minimax_rows.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // The linear program of a minimax step: the least t with value[i] + gradient[i] . s <= t for all rows and every
 // component of s within +-bound.
@@ -179,6 +179,6 @@ class LinearMinimax {
   MinimaxContacts<K> m_contacts;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

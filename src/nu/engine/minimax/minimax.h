@@ -26,7 +26,7 @@
 // Working set. The problem is solved for some of the points; then one pass over all adds the worst of those that
 // deviate more, and after many steps also before the optimum of the few is known. It ends when none does: the optimum
 // of the few is then one of all. It counts as one only where the multipliers of its contacts balance their gradients.
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 enum class MinimaxEnd {
   converged,
@@ -519,6 +519,6 @@ class Minimax {
   MinimaxContacts<K> m_contacts;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

@@ -10,7 +10,7 @@
 #include "nu/engine/minimax/minimax_rows.h"
 #include "nu/engine/points/point_blocks.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 enum class MinimaxSide {
   outer,  // the largest deviation
@@ -175,6 +175,6 @@ class MinimaxPoints {
   double m_deviation[kBlockPoints];
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

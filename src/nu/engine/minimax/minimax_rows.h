@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <limits>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::minimax {
 
 // So many rows at most take part in a step of a minimax problem.
 inline constexpr int kMostRows = 256;
@@ -67,6 +69,6 @@ struct MinimaxContacts {
   }
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

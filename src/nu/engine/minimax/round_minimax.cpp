@@ -4,7 +4,7 @@
 
 #include "nu/engine/base/lanes.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -103,4 +103,4 @@ int DirectionCell(const Vec3& v) {
   return y >= z ? cell(1, v.y, v.z, v.x) : cell(2, v.z, v.x, v.y);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

@@ -6,7 +6,7 @@
 #include "nu/engine/shapes/incidence.h"
 
 // What the minimax problems of spheres share.
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // The errors of a distance, in units of the farthest one.
 inline constexpr double kDistanceRoundings = 4.0;
@@ -35,6 +35,6 @@ AxisFrame FrameAlong(const Vec3& origin, const Vec3& direction, const Vec3& acro
 inline constexpr int kDirectionCells = 24;
 int DirectionCell(const Vec3& v);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

@@ -25,7 +25,7 @@
 // against the result, the farthest outside join the few, and when none is outside the slab is that of all points. Sets
 // with about the same width in very many directions would need very many turns; for them the hull of all is built.
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 // The largest coordinate is brought near 2^kExponent: sixth powers of lengths do not overflow, products of three
@@ -379,7 +379,7 @@ class SlabSearch {
     for (int k = 0; k < 3; ++k) {
       const Vec3 from = LoadVec3(At(face.corner[Hull3::kNext[k]]));
       const Vec3 to = LoadVec3(At(face.corner[Hull3::kNext[Hull3::kNext[k]]]));
-      found.share[k] = Dot(n, nu::internal::Cross(from - v, to - v)) / square;
+      found.share[k] = Dot(n, Cross(from - v, to - v)) / square;
     }
     found.share[3] = 1.0;
     Offer(normal, found);
@@ -396,8 +396,8 @@ class SlabSearch {
     const double square = Dot(n, n);
     // Edges along each other span no direction.
     if (square <= kParallel * Dot(e, e) * Dot(f, f)) return;
-    found.share[1] = Dot(n, nu::internal::Cross(way, f)) / square;
-    found.share[3] = Dot(n, nu::internal::Cross(way, e)) / square;
+    found.share[1] = Dot(n, Cross(way, f)) / square;
+    found.share[3] = Dot(n, Cross(way, e)) / square;
     found.share[0] = 1.0 - found.share[1];
     found.share[2] = 1.0 - found.share[3];
     Offer(normal, found);
@@ -705,4 +705,4 @@ Slab3 NarrowestSlab(const PointView& points, const Vec3& origin) {
   return slab;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

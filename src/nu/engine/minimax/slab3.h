@@ -4,7 +4,7 @@
 #include "nu/engine/points/point_view.h"
 #include "nu/engine/shapes/vec3.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // The space between two parallel planes, with the points on them that hold it.
 struct Slab3 {
@@ -32,6 +32,6 @@ struct Slab3 {
 // over the points as a rule; n log n when most of them lie on the hull.
 Slab3 NarrowestSlab(const PointView& points, const Vec3& origin);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

@@ -2,7 +2,7 @@
 
 #include "nu/engine/points/fourth_moments.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -153,4 +153,4 @@ Tube SmallestTube(PointBlocks& points, TubeStarts starts, long limit) {
   return best;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

@@ -4,7 +4,7 @@
 #include "nu/engine/minimax/minimax.h"
 #include "nu/engine/minimax/tube_distance.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 enum class TubeStarts {
   one,
@@ -22,6 +22,6 @@ struct Tube {
 // the first start.
 Tube SmallestTube(PointBlocks& points, TubeStarts starts, long limit);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

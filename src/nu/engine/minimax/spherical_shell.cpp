@@ -18,7 +18,7 @@
 //
 // They are scaled to lengths at the points.
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -201,4 +201,4 @@ SphericalShell ThinnestShell(PointBlocks& points, const Vec3& mean, const Vec3& 
   return shell;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

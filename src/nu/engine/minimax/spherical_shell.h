@@ -3,7 +3,7 @@
 
 #include "nu/engine/minimax/minimax.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // The space between two concentric spheres that holds some points, and the points that hold it: the multipliers are not
 // negative and add up to 1, those of the outer contacts (sign 1) to as much as those of the inner ones (sign -1), and
@@ -27,6 +27,6 @@ struct SphericalShell {
 // blocks.
 SphericalShell ThinnestShell(PointBlocks& points, const Vec3& mean, const Vec3& centre, double radius, long limit);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

@@ -14,7 +14,7 @@
 // does (M. I. Shamos, Computational Geometry, thesis, Yale 1978; G. Toussaint, Solving geometric problems with the
 // rotating calipers, MELECON 1983).
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 // The largest coordinate is brought near 2^kExponent: fourth and sixth powers of lengths neither overflow nor, for
@@ -143,4 +143,4 @@ Strip2 NarrowestStrip(const PointView& points) {
   return strip;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

@@ -3,7 +3,7 @@
 
 #include "nu/engine/points/point_view.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // A strip of the plane with its contact points: an edge of the hull lies on one boundary, a vertex on the other.
 struct Strip2 {
@@ -28,6 +28,6 @@ struct Strip2 {
 // whatever the order of the points. n log n at worst.
 Strip2 NarrowestStrip(const PointView& points);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

@@ -28,7 +28,7 @@
 //
 //   q dG = y dy - G^2 d(k^2) / 2 - G ds
 //   q d2G = dy^2 + y d2y - G^2 d2(k^2) / 2 - G d2s - 2 G dG d(k^2) - 2 dG ds - k^2 dG^2.
-namespace nu::internal {
+namespace nu::engine::minimax {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -193,4 +193,4 @@ int TubeDistance::Stratum(const Vec3& point) const {
   return 4 * part + (outside ? 2 : 0) + (p.z > 0.0 ? 1 : 0);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax

@@ -5,7 +5,7 @@
 #include "nu/engine/points/point_blocks.h"
 #include "nu/engine/shapes/axis_frame.h"
 
-namespace nu::internal {
+namespace nu::engine::minimax {
 
 // The distances of points from a circle in space, the line in the middle of a tube. The circle is given by one of its
 // points, which lies among the data: so straight tubes are nothing special, and short arcs of large circles lose no
@@ -36,6 +36,6 @@ struct TubeDistance {
   double Sweep() const;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::minimax
 
 #endif

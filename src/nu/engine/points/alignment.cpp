@@ -11,7 +11,7 @@
 // height, the area's double over the longest edge; a slab that holds a tetrahedron at least as wide as its volume,
 // times six, over the square of the longest edge. Half of that is what a line or a plane misses some corner by.
 
-namespace nu::internal {
+namespace nu::engine::points {
 namespace {
 
 // Correctly rounded coordinates put a point at most so many of their roundings off its line or plane, with room for
@@ -90,4 +90,4 @@ bool LieInOnePlane(PointView points, double tol) {
   });
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points

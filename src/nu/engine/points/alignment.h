@@ -6,7 +6,7 @@
 // Whether points have the extent that a fit needs. `tol` is a length, so the same part in another unit, with `tol`
 // converted as well, gets the same answer. What the rounding errors of the coordinates make is no extent, whatever
 // `tol` is. Points that are not finite are on no line and in no plane. Both throw std::bad_alloc.
-namespace nu::internal {
+namespace nu::engine::points {
 
 // No point is farther than `tol` from the least-squares line of the points; always so for two of them.
 bool LieOnOneLine(PointView points, double tol);
@@ -14,6 +14,6 @@ bool LieOnOneLine(PointView points, double tol);
 // The signed distances of the points from their least-squares plane differ by `tol` at most; always so for three.
 bool LieInOnePlane(PointView points, double tol);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points
 
 #endif

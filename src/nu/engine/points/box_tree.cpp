@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <utility>
 
-namespace nu::internal {
+namespace nu::engine::points {
 namespace {
 
 // Halving further costs more than comparing the points; measured.
@@ -58,4 +58,4 @@ void BoxTree::Build(int begin, int end) {
   Build(middle, end);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points

@@ -6,7 +6,7 @@
 
 #include "nu/engine/points/edge.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 
 struct IndexedPoint {
   double xyz[3];
@@ -83,6 +83,6 @@ void VisitBetween(const BoxTree& tree, Search& search, int a, int b) {
   }
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points
 
 #endif

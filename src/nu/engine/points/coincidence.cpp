@@ -17,7 +17,7 @@
 #include "nu/engine/points/extents.h"
 #include "nu/engine/points/unbounded_points.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 namespace {
 
 // Up to here the loops over all pairs are the fastest; measured.
@@ -267,4 +267,4 @@ bool HasDistinct(const PointView& points, int count, double distance, double zer
   return static_cast<int>(kept.Indices().size()) >= count;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points

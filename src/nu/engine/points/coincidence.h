@@ -8,7 +8,7 @@
 
 // Points coincide when each coordinate differs by strictly less than a tolerance: a box test. It is not transitive, so
 // the order in which points are taken matters.
-namespace nu::internal {
+namespace nu::engine::points {
 
 inline bool Coincide(const double* p, const double* q, double tol) {
   return std::fabs(p[0] - q[0]) < tol && std::fabs(p[1] - q[1]) < tol && std::fabs(p[2] - q[2]) < tol;
@@ -23,6 +23,6 @@ bool AllCoincide(const PointView& points, const PointView& others, double tol);
 // Whether at least `count` points, taken in order, have an EdgeLength of at least `distance` to all taken before them.
 bool HasDistinct(const PointView& points, int count, double distance, double zero);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points
 
 #endif

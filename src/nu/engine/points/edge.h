@@ -6,7 +6,7 @@
 #include "nu/engine/base/pythag.h"
 #include "nu/engine/points/point_view.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 
 // CNuPoint::DistanceTo, to the bit: 0 when no coordinate differs by `zero`.
 inline double EdgeLength(const double* p, const double* q, double zero) {
@@ -34,6 +34,6 @@ inline void OfferShorter(Edge& best, double length, int i, int j) {
   if (length < best.length || (length == best.length && best.IsPair() && best.ComesAfter(i, j))) best = {length, i, j};
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points
 
 #endif

@@ -6,7 +6,7 @@
 
 #include "nu/engine/base/simd.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 namespace {
 
 // Per lane: the least and the greatest coordinates, and a sum that is 0 as long as every coordinate is finite.
@@ -73,4 +73,4 @@ double ScaleFor(double size) {
   return std::ldexp(1.0, std::clamp(-std::ilogb(size) - 1, -kExponentLimit, kExponentLimit));
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points

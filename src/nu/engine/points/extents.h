@@ -4,7 +4,7 @@
 #include "nu/engine/points/box_tree.h"
 #include "nu/engine/points/point_view.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 
 struct Extents {
   Box box;
@@ -21,6 +21,6 @@ Extents ExtentsOf(const PointView& points);
 // The largest power of two not above 1 / size, in the normal range: with it lengths of up to `size` can be squared.
 double ScaleFor(double size);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points
 
 #endif

@@ -4,7 +4,7 @@
 
 #include "nu/engine/base/lanes.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -73,4 +73,4 @@ Deviations SpaceLineDeviations(PointBlocks& points, const Vec3& mean, const Vec3
   return InUnit(found, points.Scale());
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points

@@ -5,7 +5,7 @@
 
 #include "nu/engine/points/point_blocks.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 
 // Sum of the squared deviations of a point set from a feature, and the extreme deviations, in the unit of the points.
 struct Deviations {
@@ -67,6 +67,6 @@ Deviations PlanarLineDeviations(PointBlocks& points, const Vec3& mean, const Vec
 // Distances from a line in space; the smallest is given as 0.
 Deviations SpaceLineDeviations(PointBlocks& points, const Vec3& mean, const Vec3& direction);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points
 
 #endif

@@ -5,7 +5,7 @@
 #include "nu/engine/base/lanes.h"
 #include "nu/engine/linear/small_svd.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -128,4 +128,4 @@ FourthMoments FindFourthMoments(PointBlocks& points) {
   return found;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points

@@ -3,7 +3,7 @@
 
 #include "nu/engine/points/point_blocks.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 
 // The place of each triple of exponents up to degree 4.
 struct MomentIndex {
@@ -37,6 +37,6 @@ struct FourthMoments {
 // May rescale the blocks; points that are not finite give no moments.
 FourthMoments FindFourthMoments(PointBlocks& points);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points
 
 #endif

@@ -6,7 +6,7 @@
 
 #include "nu/engine/base/simd.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 namespace {
 
 // Most sets show a height beyond among their last points; a set that has none is read in long stretches, forward,
@@ -52,4 +52,4 @@ int LastBeyond(const PointView& points, int from, Vec3 origin, Vec3 normal, doub
   return -1;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points

@@ -4,11 +4,11 @@
 #include "nu/engine/points/point_view.h"
 #include "nu/engine/shapes/vec3.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 
 // The highest index from `from` on of a point p with |(p - origin) . normal| > tol; -1 when there is none.
 int LastBeyond(const PointView& points, int from, Vec3 origin, Vec3 normal, double tol);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points
 
 #endif

@@ -21,7 +21,7 @@
 // directions from c that tell: an edge that subtends the angle a at c, between points at the distances s and t, has the
 // square s^2 + t^2 - 2 s t cos a.
 
-namespace nu::internal {
+namespace nu::engine::points {
 namespace {
 
 constexpr double kStart = -0.1;
@@ -334,4 +334,4 @@ Edge LongestEdge(const PointView& points, double zero) {
   return best;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points

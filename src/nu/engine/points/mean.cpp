@@ -6,7 +6,7 @@
 
 #include "nu/engine/base/simd.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 namespace {
 
 // Few additions to each lane; what they lose is a few roundings of the points' spread.
@@ -75,4 +75,4 @@ Vec3 MeanOf(const PointView& points) {
   return IsFinite(result) ? result : PlainMean(points);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points

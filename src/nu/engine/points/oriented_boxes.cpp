@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-namespace nu::internal {
+namespace nu::engine::points {
 namespace {
 
 // Of a box's middle and sides, in units of the coordinates: far above the rounding of some ten operations.
@@ -81,4 +81,4 @@ OrientedBoxes::Descent OrientedBoxes::DescentTo(int node, const Vec3& start, con
   return descent;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points

@@ -6,7 +6,7 @@
 #include "nu/engine/points/box_tree.h"
 #include "nu/engine/shapes/vec3.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 
 // Points in nested boxes that are turned to lie along their points: on a smooth curve or surface a box is thin across,
 // as the square of its length, so that few boxes near the lowest point along a direction reach below it (S. Gottschalk,
@@ -40,6 +40,6 @@ class OrientedBoxes {
   std::vector<OrientedBox> m_boxes;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points
 
 #endif

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <new>
 
-namespace nu::internal {
+namespace nu::engine::points {
 namespace {
 
 // How far ahead of the points the processor is told to fetch, in bytes: far enough to hide the way from memory, near
@@ -93,4 +93,4 @@ bool PointBlocks::FitScale() {
   return true;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points

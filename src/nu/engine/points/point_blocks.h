@@ -10,7 +10,7 @@
 #include "nu/engine/points/point_view.h"
 #include "nu/engine/shapes/vec3.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 
 // Up to so many points are repacked once: 24 KB, which stay in a first-level cache.
 inline constexpr std::size_t kBlockPoints = 1024;
@@ -101,6 +101,6 @@ class BlockSums {
   CompensatedSum m_total[N];
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points
 
 #endif

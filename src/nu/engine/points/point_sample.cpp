@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
-namespace nu::internal {
+namespace nu::engine::points {
 
 PointSample::PointSample(PointView points) : m_view(points) {
   const std::size_t n = points.Size();
@@ -21,4 +21,4 @@ PointSample::PointSample(PointView points) : m_view(points) {
   m_view = {m_copy.get(), 3 * sizeof(double), kMostPoints};
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points

@@ -6,7 +6,7 @@
 
 #include "nu/engine/points/point_view.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 
 // Start values ask for no more points than these: those of a larger set move by less than its noise. One point is taken
 // from each of as many equal parts of the set, at a place that looks random: a regular step could always meet the same
@@ -25,6 +25,6 @@ class PointSample {
   PointView m_view;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points
 
 #endif

@@ -3,7 +3,9 @@
 
 #include <cstddef>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::points {
 
 // A read-only view of points that lie at a fixed distance in memory, three coordinates in a row each: an array of
 // points read in place, or a packed copy. It owns nothing and is passed by value.
@@ -31,6 +33,6 @@ class PointView {
   std::size_t m_count = 0;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points
 
 #endif

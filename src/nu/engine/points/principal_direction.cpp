@@ -13,7 +13,7 @@
 // A singular vector of the matrix itself is off by epsilon times the square root of that. Where the difference would
 // show, a second pass reduces the rows of the matrix by orthogonal steps to a triangle with the same singular vectors.
 
-namespace nu::internal {
+namespace nu::engine::points {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -169,4 +169,4 @@ PrincipalDirection FindPrincipalDirection(PointBlocks& points, Extent extent) {
   return found;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points

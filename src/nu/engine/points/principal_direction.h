@@ -3,7 +3,7 @@
 
 #include "nu/engine/points/point_blocks.h"
 
-namespace nu::internal {
+namespace nu::engine::points {
 
 // The direction in which a point set extends farthest (the least-squares line) or least (the normal of the
 // least-squares plane): a right singular vector of the matrix whose rows are the points relative to their mean.
@@ -19,6 +19,6 @@ struct PrincipalDirection {
 // Sets the scale of the blocks. Throws std::bad_alloc.
 PrincipalDirection FindPrincipalDirection(PointBlocks& points, Extent extent);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points
 
 #endif

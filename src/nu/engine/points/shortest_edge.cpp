@@ -18,7 +18,7 @@
 // is left is to look across the sides of the cells that are nearer to a point than that length. Sets that no cell size
 // spreads (many coincident points, clusters within clusters) go through a tree of boxes.
 
-namespace nu::internal {
+namespace nu::engine::points {
 namespace {
 
 // Up to here the loop over all pairs is the fastest; measured.
@@ -275,4 +275,4 @@ Edge ShortestEdge(const PointView& points, double zero, double large) {
   return best;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points

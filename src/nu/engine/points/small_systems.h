@@ -11,7 +11,7 @@
 #include "nu/engine/points/point_blocks.h"
 
 // The few equations that a step of a fit comes down to.
-namespace nu::internal {
+namespace nu::engine::points {
 
 // The finished reduction of all points' rows: `fill(block, begin, end, reduction)` writes those of the points from
 // `begin` to `end` from the top of its columns on. It may write on to the next multiple of kLanes.
@@ -61,6 +61,6 @@ ReducedSolution SolveReduced(const TallReduction& reduction, double (&x)[N]) {
   return {.finite = true, .determined = svd.value[N - 1] > kUndetermined * svd.value[0]};
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points
 
 #endif

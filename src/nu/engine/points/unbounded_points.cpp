@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <limits>
 
-namespace nu::internal {
+namespace nu::engine::points {
 namespace {
 
 bool IsFinite(const double* p) {
@@ -65,4 +65,4 @@ Edge FirstInfiniteEdge(const PointView& points, double zero) {
   return {0.0};
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::points

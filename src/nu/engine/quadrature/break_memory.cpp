@@ -5,7 +5,7 @@
 #include <new>
 #include <span>
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 namespace {
 
@@ -61,4 +61,4 @@ void BreakMemory::Note(double x, const Places& places) {
   }
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature

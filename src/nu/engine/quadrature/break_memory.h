@@ -6,7 +6,7 @@
 
 #include "nu/engine/quadrature/quadrature.h"
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 // Where the integrals over parallel lines met breaks, by the place x of the line. Breaks of a function of several
 // variables move with x continuously, so neighbouring lines say where to look; without them a line would miss what is
@@ -34,6 +34,6 @@ class BreakMemory {
   std::vector<Line> m_lines;  // in ascending order
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature
 
 #endif

@@ -10,7 +10,7 @@
 // the integral, the change times the square of the width, is a rounding error of the integral over the first three
 // points.
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 namespace {
 
@@ -124,4 +124,4 @@ std::optional<BreakPlace> FindBreak(const Integrand& f, double lo, double hi, lo
   return found && found->place > lo && found->place < hi ? found : std::nullopt;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature

@@ -5,7 +5,7 @@
 
 #include "nu/engine/quadrature/panel_rules.h"
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 // The place strictly between lo and hi where the integrand jumps, has a kink, or its slope grows without bound, to the
 // resolution of double or of its noise: what is continuous on either side of it lies apart. Nothing where the integrand
@@ -16,6 +16,6 @@ struct BreakPlace {
 };
 std::optional<BreakPlace> FindBreak(const Integrand& f, double lo, double hi, long* samples);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature
 
 #endif

@@ -15,7 +15,7 @@
 // neighbours where they met breaks; an outer panel, whose lines may have known less than those that came later, is
 // sampled once more before it is believed.
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 namespace {
 
@@ -209,4 +209,4 @@ Quadrature IntegrateVolume(const Function3& f, const Bounds3& bounds, double tol
   return volume.Run(GoalOf(tol));
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature

@@ -3,7 +3,7 @@
 
 #include "nu/engine/quadrature/quadrature.h"
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 using Function1 = FunctionRef<double(double)>;
 using Function2 = FunctionRef<double(double, double)>;
@@ -25,6 +25,6 @@ struct Bounds3 {
 };
 Quadrature IntegrateVolume(const Function3& f, const Bounds3& bounds, double tol, long maxIter);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature
 
 #endif

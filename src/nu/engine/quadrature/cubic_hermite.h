@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <cmath>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::quadrature {
 
 // A place x among ascending nodes: between node i and the next one, the share t of the way.
 struct Place {
@@ -39,6 +41,6 @@ inline double CubicDerivative(const Place& p, double y0, double y1, double k0, d
   return slope + rest * (1.0 - 3.0 * p.t) * (k0 - slope) + p.t * (3.0 * p.t - 2.0) * (k1 - slope);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature
 
 #endif

@@ -16,7 +16,7 @@
 //   with |f| d ~ d^s the rest is |f| d / s, s being that of the two outermost nodes;
 // - that a node's distance from the end is not the one asked for, by the rounding of x.
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 namespace {
 
@@ -196,4 +196,4 @@ Panel DoubleExponentialPanel(const Integrand& f, double lo, double hi, double go
   return panel;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature

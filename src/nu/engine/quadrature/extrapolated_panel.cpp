@@ -23,7 +23,7 @@
 // are positive, since they are the coefficients of the square of prod (t - r) / (1 - r), or of the product itself where
 // the ratios r are given. So one derivative in the direction of alternating errors bounds what they do.
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 namespace {
 
@@ -242,4 +242,4 @@ Panel ExtrapolatedPanel(const Integrand& f, double lo, double hi, bool atLo, dou
   return panel;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature

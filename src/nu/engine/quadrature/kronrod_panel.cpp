@@ -15,7 +15,7 @@
 // as large as the coefficients themselves; for jumps, kinks, roots and inverse roots anywhere in the panel this is at
 // least 2.5 times the true error. Where they fall, their decay is extrapolated.
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 namespace {
 
@@ -215,4 +215,4 @@ Panel KronrodPanel(const Integrand& f, double lo, double hi, int depth, Probes a
   return panel;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature

@@ -13,7 +13,7 @@
 // both, is the estimate of the error: one alone contributes nothing where symmetry makes the highest coefficient
 // vanish.
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 namespace {
 
@@ -47,4 +47,4 @@ PolynomialValue LagrangeValue(const double* x, const double* y, int n, double at
   return {value, std::max(std::fabs(value - withoutOne), both) + rounding};
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature

@@ -1,7 +1,9 @@
 #ifndef NU_ENGINE_QUADRATURE_LAGRANGE_H
 #define NU_ENGINE_QUADRATURE_LAGRANGE_H
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::quadrature {
 
 struct PolynomialValue {
   double value;
@@ -12,6 +14,6 @@ struct PolynomialValue {
 // is none of them. n^2 steps.
 PolynomialValue LagrangeValue(const double* x, const double* y, int n, double at);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature
 
 #endif

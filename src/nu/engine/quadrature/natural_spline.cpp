@@ -1,6 +1,6 @@
 #include "nu/engine/quadrature/natural_spline.h"
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 NaturalSpline::NaturalSpline(const double* x, int n) {
   const auto size = static_cast<std::size_t>(n);
@@ -53,4 +53,4 @@ void NaturalSpline::Derivatives(const double* const* y, double* const* k, int co
       count, [y](std::size_t i, int j) { return y[i][j]; }, [k](std::size_t i, int j) -> double& { return k[i][j]; });
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature

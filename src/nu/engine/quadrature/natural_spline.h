@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <vector>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::quadrature {
 
 // The natural cubic spline: twice continuously differentiable, second derivative 0 at both ends. It is kept as its
 // first derivatives k_i at the nodes x_i, which solve the tridiagonal system (J. H. Ahlberg, E. N. Nilson, J. L. Walsh,
@@ -35,6 +37,6 @@ class NaturalSpline {
   std::vector<double> m_inverse;  // 1 / pivot
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature
 
 #endif

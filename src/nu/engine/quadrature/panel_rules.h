@@ -5,7 +5,7 @@
 
 #include "nu/engine/base/function_ref.h"
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 // A value of the integrand. Where it is an integral itself, its own error estimate comes along.
 struct Sample {
@@ -68,6 +68,6 @@ Panel DoubleExponentialPanel(const Integrand& f, double lo, double hi, double go
 Panel ExtrapolatedPanel(const Integrand& f, double lo, double hi, bool atLo, double reach, double goal, Probes probes,
                         long* samples);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature
 
 #endif

@@ -24,7 +24,7 @@
 // counts as error of both. The ends of the interval and the breaks are probed instead, at distances that fall
 // geometrically to the resolution of double.
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 namespace {
 
@@ -375,4 +375,4 @@ Quadrature Integrate(const Integrand& f, double a, double b, const QuadratureGoa
   return q;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature

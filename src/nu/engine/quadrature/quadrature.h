@@ -7,7 +7,7 @@
 
 #include "nu/engine/quadrature/panel_rules.h"
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 enum class QuadratureEnd { converged, notFinite, limitReached, noMemory };
 
@@ -59,6 +59,6 @@ struct Surroundings {
 Quadrature Integrate(const Integrand& f, double a, double b, const QuadratureGoal& goal, QuadratureLimits& limits,
                      const Surroundings& surroundings = {});
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature
 
 #endif

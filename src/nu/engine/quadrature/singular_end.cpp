@@ -22,7 +22,7 @@
 // is measured: by eighth differences over small equal steps of log d, which leave nothing of the law, and by what the
 // nearest values differ from it.
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 namespace {
 
@@ -313,4 +313,4 @@ double SingularEnd::ExponentAt(double distance) const {
   return std::isfinite(m_start) && steps > 0.0 ? exponent - 1.0 / (steps * kLogRatio) : exponent;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature

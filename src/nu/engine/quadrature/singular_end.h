@@ -6,7 +6,7 @@
 
 #include "nu/engine/quadrature/panel_rules.h"
 
-namespace nu::internal {
+namespace nu::engine::quadrature {
 
 // The integral over the distances from `from` to 2 from.
 struct Shell {
@@ -83,6 +83,6 @@ class SingularEnd {
   double m_distanceNoise = 0.0;  // of the distance on which a value depends, in units of the resolution
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::quadrature
 
 #endif

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace nu::internal {
+namespace nu::engine::roots {
 
 void SeriesToPowers(double constant, const double* c, int n, const SeriesFrame& frame, double* p, double* work) {
   // Clenshaw's recurrence on polynomials in y, which never forms the large coefficients of T_n: p becomes 2y p - work
@@ -26,4 +26,4 @@ void SeriesToPowers(double constant, const double* c, int n, const SeriesFrame& 
   }
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots

@@ -1,7 +1,9 @@
 #ifndef NU_ENGINE_ROOTS_CHEBYSHEV_SERIES_H
 #define NU_ENGINE_ROOTS_CHEBYSHEV_SERIES_H
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::roots {
 
 // The variable of a series: y = stretch (x - centre).
 struct SeriesFrame {
@@ -13,6 +15,6 @@ struct SeriesFrame {
 // c[0] is not read.
 void SeriesToPowers(double constant, const double* c, int n, const SeriesFrame& frame, double* p, double* work);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots
 
 #endif

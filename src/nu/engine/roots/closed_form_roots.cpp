@@ -10,7 +10,7 @@
 #include "nu/engine/base/error_free.h"
 #include "nu/engine/roots/power_scale.h"
 
-namespace nu::internal {
+namespace nu::engine::roots {
 namespace {
 
 // a quadratic x^2 + linear x + constant
@@ -224,4 +224,4 @@ int SolveQuartic(const double* c, double lengthTol, FoundRoot* roots) {
   return count;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots

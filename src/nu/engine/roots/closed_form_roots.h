@@ -3,7 +3,7 @@
 
 #include "nu/engine/roots/found_root.h"
 
-namespace nu::internal {
+namespace nu::engine::roots {
 
 // Real polynomials c_0 + c_1 x + ... of degree 1 to 4 with p(0) and the leading coefficient not 0. Each returns how
 // many entries it wrote.
@@ -22,6 +22,6 @@ int SolveCubic(const double* c, FoundRoot* roots);
 // linear term.
 int SolveQuartic(const double* c, double lengthTol, FoundRoot* roots);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots
 
 #endif

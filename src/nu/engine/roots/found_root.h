@@ -1,7 +1,9 @@
 #ifndef NU_ENGINE_ROOTS_FOUND_ROOT_H
 #define NU_ENGINE_ROOTS_FOUND_ROOT_H
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::roots {
 
 // A root, or a root of a real polynomial together with its conjugate: both carry the same digits then. A pair has
 // im >= 0, and im = 0 makes it a double real root.
@@ -26,6 +28,6 @@ inline double ResidualLimit(int degree) {
   return 2.0 * degree * kRounding;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots
 
 #endif

@@ -14,7 +14,7 @@
 // with the sign of the larger denominator; this is the usual form in g = d / b and h = g^2 - 2 f / b times b, without
 // its divisions (E. N. Laguerre, Oeuvres I, 1898; fractional steps against cycles).
 
-namespace nu::internal {
+namespace nu::engine::roots {
 namespace {
 
 constexpr int kMaxSteps = 80;
@@ -311,4 +311,4 @@ int FindByComplexDeflation(double* w, int degree, double* scratch, const Laguerr
   return count;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots

@@ -3,7 +3,7 @@
 
 #include "nu/engine/roots/found_root.h"
 
-namespace nu::internal {
+namespace nu::engine::roots {
 
 struct LaguerreRules {
   double tol;      // steps shorter than this end the iteration
@@ -22,6 +22,6 @@ int FindByDeflation(double* w, int degree, double* scratch, const LaguerreRules&
 // The same for complex coefficients: w and scratch hold the real parts and, degree + 1 later, the imaginary ones.
 int FindByComplexDeflation(double* w, int degree, double* scratch, const LaguerreRules& rules, FoundRoot* roots);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots
 
 #endif

@@ -20,7 +20,7 @@
 // vectors and the minimum-norm solution of A. With full rank the series z = R^-1 Q^T y is solved for and written in
 // powers of x.
 
-namespace nu::internal {
+namespace nu::engine::roots {
 namespace {
 
 struct Extent {
@@ -195,4 +195,4 @@ NU_KERNEL double ResidualSum(const Samples& samples, const double* a, int degree
   return SumLanes(lane);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots

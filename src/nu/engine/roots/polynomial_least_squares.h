@@ -1,7 +1,9 @@
 #ifndef NU_ENGINE_ROOTS_POLYNOMIAL_LEAST_SQUARES_H
 #define NU_ENGINE_ROOTS_POLYNOMIAL_LEAST_SQUARES_H
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::roots {
 
 struct Samples {
   const double* x;
@@ -18,6 +20,6 @@ bool SolvePolynomial(const Samples& samples, int degree, double tolerance, doubl
 // Sum of (y - p(x))^2 for the polynomial with coefficients a[0..degree].
 double ResidualSum(const Samples& samples, const double* a, int degree);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots
 
 #endif

@@ -12,7 +12,7 @@
 #include "nu/engine/roots/root_polish.h"
 #include "nu/engine/roots/root_refinement.h"
 
-namespace nu::internal {
+namespace nu::engine::roots {
 namespace {
 
 // Parts of a root below this are set to 0, unless the residual says that they are not rounding.
@@ -265,4 +265,4 @@ int FindRoots(const Coefficients& p, bool closedFormsAndPolish, const RootRules&
   return zeros + Finder(rest, rules, roots + zeros).Run(closedFormsAndPolish);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots

@@ -3,7 +3,7 @@
 
 #include "nu/engine/roots/found_root.h"
 
-namespace nu::internal {
+namespace nu::engine::roots {
 
 // The tolerances of the host. Any of them may be 0, negative, infinite or NaN.
 struct RootRules {
@@ -23,6 +23,6 @@ int EffectiveDegree(const Coefficients& p, double zero);
 // entries were written; roots beyond the range of numbers are left out. Throws std::bad_alloc.
 int FindRoots(const Coefficients& p, bool closedFormsAndPolish, const RootRules& rules, FoundRoot* roots);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots
 
 #endif

@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <cstring>
 
+#include "nu/engine/rooms.h"
+
 // Exponents and powers of two. Changing the unit of x and of p(x) by powers of two brings coefficients of any size into
 // range without rounding.
-namespace nu::internal {
+namespace nu::engine::roots {
 
 // The exponent e with 2^e <= |x| < 2^(e+1) of a normal number; at most -1022 for smaller ones, 1024 for others.
 inline int ExponentOf(double x) {
@@ -25,6 +27,6 @@ inline double TimesPower(double x, int e) {
   return x * power;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots
 
 #endif

@@ -8,7 +8,7 @@
 #include "nu/engine/base/simd.h"
 #include "nu/engine/roots/power_scale.h"
 
-namespace nu::internal {
+namespace nu::engine::roots {
 namespace {
 
 // A quadruple root needs some 50 steps to come from its first digits to its last one.
@@ -247,4 +247,4 @@ int PolishRealRoots(const double* c, int degree, const PolishRules& rules, Found
   return count;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots

@@ -3,7 +3,7 @@
 
 #include "nu/engine/roots/found_root.h"
 
-namespace nu::internal {
+namespace nu::engine::roots {
 
 // In the units of the polynomial that is polished.
 struct PolishRules {
@@ -20,6 +20,6 @@ struct PolishRules {
 int PolishRealRoots(const double* c, int degree, const PolishRules& rules, FoundRoot* roots, int count,
                     double* scratch);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots
 
 #endif

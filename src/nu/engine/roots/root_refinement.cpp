@@ -6,7 +6,7 @@
 #include "nu/engine/base/complex_number.h"
 #include "nu/engine/base/simd.h"
 
-namespace nu::internal {
+namespace nu::engine::roots {
 namespace {
 
 constexpr int kMaxSweeps = 60;
@@ -253,4 +253,4 @@ bool RefineRoots(const Coefficients& p, const Coefficients& reversed, double eno
   return within;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots

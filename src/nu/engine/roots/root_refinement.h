@@ -3,7 +3,7 @@
 
 #include "nu/engine/roots/found_root.h"
 
-namespace nu::internal {
+namespace nu::engine::roots {
 
 // Improves approximate roots on the polynomial itself: Laguerre's step with all other roots divided out, which leaves
 // m = 1 and therefore x' = x - 1 / (p'/p - sum 1 / (x - x_j)) (O. Aberth, Iteration methods for finding all zeros of a
@@ -18,6 +18,6 @@ bool RefineRoots(const Coefficients& p, const Coefficients& reversed, double eno
 void RelativeResiduals(const Coefficients& p, const Coefficients& reversed, const FoundRoot* points, int count,
                        double* ratios);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots
 
 #endif

@@ -6,7 +6,7 @@
 
 #include "nu/foundation/constants.h"
 
-namespace nu::internal {
+namespace nu::engine::roots {
 namespace {
 
 // The first cells are a quarter of the shortest period long: most of them then are settled at once.
@@ -118,4 +118,4 @@ int TrigIsolation::SettledConvex(const TrigPoint& left, const TrigPoint& right) 
   return l + leftSlope * crossing > Noise(0) + width * Noise(1) ? 0 : 2;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots

@@ -5,7 +5,7 @@
 
 #include "nu/engine/roots/trig_series.h"
 
-namespace nu::internal {
+namespace nu::engine::roots {
 
 // An end of a cell: the derivatives with respect to t = n u at u, and the order of the cell to its right, the order of
 // a derivative that keeps its sign there. On a cell of order 0 the function has no root; on one of order 1 it has at
@@ -59,6 +59,6 @@ class TrigIsolation {
   std::vector<TrigPoint> m_points;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots
 
 #endif

@@ -18,7 +18,7 @@
 // between neighbours is a bracket with exactly one root. Where a critical point touches zero within the rounding of the
 // coefficients, there is a multiple root.
 
-namespace nu::internal {
+namespace nu::engine::roots {
 namespace {
 
 constexpr double kEps = std::numeric_limits<double>::epsilon();
@@ -260,4 +260,4 @@ std::vector<double> TrigRoots(const double* a, const double* b, int n) {
   return roots;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots

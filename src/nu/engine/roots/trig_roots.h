@@ -3,7 +3,9 @@
 
 #include <vector>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::roots {
 
 // The roots in [0, 2 pi) of the sum of a[k] cos ku + b[k] sin ku for k = 0..n, ascending, each as often as its
 // multiplicity; b[0] is not read. The coefficients must be finite. A constant, 0 as well, has none.
@@ -16,6 +18,6 @@ inline constexpr double kCoefficientRoundings = 16.0;
 
 std::vector<double> TrigRoots(const double* a, const double* b, int n);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots
 
 #endif

@@ -5,7 +5,7 @@
 
 #include "nu/engine/base/elementary.h"
 
-namespace nu::internal {
+namespace nu::engine::roots {
 namespace {
 
 // A product of complex numbers of modulus 1 adds an error of sqrt(5) / 2 eps to the turned harmonic, its use in the sum
@@ -107,4 +107,4 @@ double TrigSeries::EvaluationError(int j) const {
   return (kRoundingsOfTerm + j + kRoundingsPerHarmonic * m_degree) * std::numeric_limits<double>::epsilon();
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots

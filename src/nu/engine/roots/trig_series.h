@@ -3,7 +3,9 @@
 
 #include <vector>
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::roots {
 
 // f(u) = sum of a_k cos ku + b_k sin ku for k = 0..n, and its derivatives with respect to t = n u, so that all of them
 // are of one size. Harmonics are turned one from the other, which costs a few multiplications each; what that and the
@@ -42,6 +44,6 @@ class TrigSeries {
   std::vector<double> m_weight;  // k/n
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots
 
 #endif

@@ -4,7 +4,7 @@
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/base/error_free.h"
 
-namespace nu::internal {
+namespace nu::engine::roots {
 namespace {
 
 // Adds a cos ku + b sin ku, with ku = angle + rest.
@@ -32,4 +32,4 @@ double TrigDerivative(const double* a, const double* b, int n, double u) {
   return sum.Value();
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots

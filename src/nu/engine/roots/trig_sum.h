@@ -1,7 +1,9 @@
 #ifndef NU_ENGINE_ROOTS_TRIG_SUM_H
 #define NU_ENGINE_ROOTS_TRIG_SUM_H
 
-namespace nu::internal {
+#include "nu/engine/rooms.h"
+
+namespace nu::engine::roots {
 
 // The sum of a[k] cos ku + b[k] sin ku for k = 0..n, u in radians, and its derivative. b[0] is not read.
 //
@@ -12,6 +14,6 @@ namespace nu::internal {
 double TrigValue(const double* a, const double* b, int n, double u);
 double TrigDerivative(const double* a, const double* b, int n, double u);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::roots
 
 #endif

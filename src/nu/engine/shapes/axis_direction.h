@@ -3,7 +3,7 @@
 
 #include "nu/engine/shapes/vec3.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 // The one of d and -d whose component of largest magnitude, the first of equals, is positive.
 inline Vec3 WithLargestPositive(Vec3 d) {
@@ -12,6 +12,6 @@ inline Vec3 WithLargestPositive(Vec3 d) {
   return largest < 0.0 ? -1.0 * d : d;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

@@ -3,7 +3,7 @@
 
 #include "nu/engine/shapes/vec3.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 // A unit vector.
 inline Vec3 AnyOrthogonal(Vec3 unit) {
@@ -43,6 +43,6 @@ struct AxisFrame {
   }
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

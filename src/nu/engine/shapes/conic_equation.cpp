@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 namespace {
 
 ConicShape ParabolaOf(const ConicEquation& g, const ConicCurvature& curvature) {
@@ -71,4 +71,4 @@ Vec2 FootOn(const ConicShape& shape, Vec2 p) {
   return shape.origin + foot.x * shape.axis + foot.y * across;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes

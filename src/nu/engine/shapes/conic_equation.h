@@ -4,7 +4,7 @@
 #include "nu/engine/shapes/conics.h"
 
 // Conics of any kind, as a fit moves them: by the coefficients of their equation in a frame that fits the points.
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 // Orthonormal axes of the plane in which a conic is fitted; what is across it is not seen.
 struct PlaneBasis {
@@ -56,6 +56,6 @@ ConicShape ShapeOf(const ConicEquation& equation, const ConicCurvature& curvatur
 // The closest point of the conic.
 Vec2 FootOn(const ConicShape& shape, Vec2 p);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

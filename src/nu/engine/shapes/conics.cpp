@@ -19,7 +19,7 @@
 
 #include "nu/engine/base/elementary.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 namespace {
 
 // Newton's method converges quadratically but towards a cusp of the evolute, where two or three roots meet: each step
@@ -184,4 +184,4 @@ Crossings Meet(const Line2& line, const Parabola2& curve, double tol, double sin
   return crossings;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes

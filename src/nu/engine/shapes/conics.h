@@ -5,7 +5,7 @@
 #include "nu/engine/shapes/vec2.h"
 
 // The conics in their own frames: x^2/a^2 + y^2/b^2 = 1 with a >= b, x^2/a^2 - y^2/b^2 = 1, and y^2 = 4 f x.
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 struct Ellipse2 {
   static constexpr bool kIsBounded = true;
@@ -134,6 +134,6 @@ Points2 Meet(const Conic3<Curve>& conic, const Plane3& plane, double tol, double
   return MeetInPlane(trace, conic, tol, sineTol);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

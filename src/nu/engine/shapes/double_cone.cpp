@@ -11,7 +11,7 @@
 
 #include "nu/engine/shapes/double_cone.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 namespace {
 
@@ -104,4 +104,4 @@ ConeApproach ApproachTo(const DoubleCone& cone, const Line3& line, double length
   return approach;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes

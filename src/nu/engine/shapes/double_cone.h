@@ -5,7 +5,7 @@
 #include "nu/engine/shapes/incidence.h"
 #include "nu/foundation/constants.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 // The double cone of the lines through the apex that make the semi-angle, between 0 and a right angle, with the unit
 // axis.
@@ -43,6 +43,6 @@ struct ConeApproach {
 // the plane along that generator that touches the cone.
 ConeApproach ApproachTo(const DoubleCone& cone, const Line3& line, double lengthTol, double sineTol);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

@@ -6,7 +6,7 @@
 #include "nu/engine/base/double_double.h"
 #include "nu/engine/shapes/vec3.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 // The point of a line at about this distance from `point`, where the coordinate that says most about it is a double:
 // an apex far away, whose rounding errors would otherwise move the axis at the data.
@@ -26,6 +26,6 @@ inline Vec3 PointAlong(const Vec3& point, const Vec3& direction, double distance
   return LoadVec3(found);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 namespace {
 
@@ -171,4 +171,4 @@ Line3 Meet(const Plane3& first, const Plane3& second) {
   return {first.point + (inFirst + way * t), along};
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes

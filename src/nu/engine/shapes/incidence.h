@@ -7,7 +7,7 @@
 
 // Where lines, planes, circles and spheres meet and come closest. Directions and normals are unit vectors. Differences
 // of points come first, so a common offset cancels.
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 struct Line3 {
   Vec3 At(double t) const { return point + t * direction; }
@@ -119,6 +119,6 @@ Points2 Meet(const Circle3& first, const Circle3& second, double tol);
 // The line in which two planes meet, near their points. The sine between the normals must not be zero.
 Line3 Meet(const Plane3& first, const Plane3& second);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

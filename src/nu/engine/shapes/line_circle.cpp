@@ -11,7 +11,7 @@
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/roots/trig_roots.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 namespace {
 
@@ -118,4 +118,4 @@ NearLine ClosestTo(const Line3& line, const Circle3& circle, double tol) {
   return nearest;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes

@@ -3,7 +3,7 @@
 
 #include "nu/engine/shapes/incidence.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 // The least distance between a line and a circle, as a curve, and the points of the line that have it within the
 // tolerance, in the order of the line: one, or two that are farther apart than the tolerance.
@@ -13,6 +13,6 @@ struct NearLine {
 };
 NearLine ClosestTo(const Line3& line, const Circle3& circle, double tol);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

@@ -5,7 +5,7 @@
 
 #include "nu/engine/shapes/axis_frame.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 // A surface of revolution seen from a point M among the data. u points from the axis to M, v = w x u. The axis runs
 // along w through M - height * u. Lengths stay of the size of the data when only the height is larger.
@@ -40,6 +40,6 @@ struct PivotFrame {
   }
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

@@ -15,7 +15,7 @@
 
 #include "nu/engine/shapes/plane_section.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 namespace {
 
@@ -126,4 +126,4 @@ PlaneSection Cut(const Plane3& plane, const DoubleCone& cone, double lengthTol, 
   return EllipseOrCircle(vertex - (side * a) * tilt.u, tilt.u, a, b, IsParallel(tilt.cosine, sineTol));
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes

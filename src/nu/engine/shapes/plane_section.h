@@ -3,7 +3,7 @@
 
 #include "nu/engine/shapes/double_cone.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 // What a plane has in common with a cylinder or a cone. The frame is that of the curve, right-handed with the normal of
 // the plane: its x axis is the axis of the surface as it appears in the plane or, for a parabola, the way it opens.
@@ -26,6 +26,6 @@ struct PlaneSection {
 PlaneSection Cut(const Plane3& plane, const Line3& axis, double radius, double lengthTol, double sineTol);
 PlaneSection Cut(const Plane3& plane, const DoubleCone& cone, double lengthTol, double sineTol);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

@@ -16,7 +16,7 @@
 #include "nu/engine/shapes/quadric_trace.h"
 #include "nu/foundation/constants.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 namespace {
 
@@ -237,4 +237,4 @@ std::optional<QuadricBranches> BranchesThroughInfinity(const QuadricPair& pair, 
   return SingleSheet(pair, path, asymptotes, tol, reach);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes

@@ -6,7 +6,7 @@
 
 #include "nu/engine/shapes/quadric_curve.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 // What two quadrics of a size about 1 have in common.
 struct QuadricBranches {
@@ -31,6 +31,6 @@ std::optional<QuadricBranches> BranchesBesideLine(const QuadricPair& pair, const
 std::optional<QuadricBranches> BranchesThroughInfinity(const QuadricPair& pair, const std::vector<double>& asymptotes,
                                                        double tol, double reach);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

@@ -8,7 +8,7 @@
 #include "nu/engine/shapes/vec2.h"
 #include "nu/foundation/constants.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 double Wave2::At(double u) const {
   const auto [half, cosine] = SinCos(0.5 * u);
@@ -341,4 +341,4 @@ QuadricFoot QuadricCurve::FootOf(Vec3 p) const {
   return NearestPoint(*this, p).Find();
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes

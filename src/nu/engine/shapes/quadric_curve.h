@@ -14,7 +14,7 @@
 //
 // Surfaces that nearly share a generator do so next to u = 0, and an apex of the other surface is next to u = t = 0:
 // numbers are densest at 0, so that coordinates and coefficients keep all their digits there.
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 // value + slope sin u + versed (1 - cos u) + mixed sin u (1 - cos u) + square sin^2 u: any trigonometric polynomial of
 // degree two, by terms that vanish with u of higher and higher order.
@@ -152,6 +152,6 @@ struct QuadricCurve {
   QuadricPlace PlaceAcross(const QuadricNode& from, const QuadricNode& to, double share) const;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

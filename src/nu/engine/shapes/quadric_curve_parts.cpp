@@ -5,7 +5,7 @@
 
 #include "nu/engine/shapes/quadric_curve.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 namespace {
 
@@ -179,4 +179,4 @@ std::vector<QuadricRange> QuadricCurve::Inside(const std::vector<HalfSpace>& spa
   return ranges;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes

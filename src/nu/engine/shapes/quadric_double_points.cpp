@@ -2,7 +2,7 @@
 
 #include "nu/engine/base/elementary.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 namespace {
 
@@ -69,4 +69,4 @@ QuadricPair TouchingAt(const std::vector<QuadricPlace>& nodes, const QuadricTask
   return pair;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes

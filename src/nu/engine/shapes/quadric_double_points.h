@@ -6,7 +6,7 @@
 
 #include "nu/engine/shapes/quadric_trace.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 // The double point of a common curve next to a place, but for the tolerance.
 std::optional<QuadricPlace> DoublePointNextTo(const QuadricTask& task, QuadricPlace place);
@@ -15,6 +15,6 @@ std::optional<QuadricPlace> DoublePointNextTo(const QuadricTask& task, QuadricPl
 // points.
 QuadricPair TouchingAt(const std::vector<QuadricPlace>& nodes, const QuadricTask& task);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

@@ -4,7 +4,7 @@
 
 #include "nu/engine/base/elementary.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 namespace {
 
@@ -164,4 +164,4 @@ double QuadricEquation::AngleAt(double s, double c, double guess, double lower, 
   return u;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes

@@ -7,7 +7,7 @@
 //   g(u, w) = a(u) sin^2 w + 2 h(u) sin w cos w + c(u) cos^2 w = 0,
 // and on a curve of a single sheet, a t + c = 0, g(u, w) = a(u) sin w + c(u) cos w. In these angles the curve is
 // bounded and smooth: it goes through infinity at cos w = 0, and along a generator at du = 0.
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 // A point of the (u, w) plane, with s = sin w and c = cos w.
 struct QuadricSpot {
@@ -59,6 +59,6 @@ class QuadricEquation {
   const QuadricPath& m_path;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

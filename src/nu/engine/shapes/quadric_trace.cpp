@@ -22,7 +22,7 @@
 #include "nu/engine/shapes/vec2.h"
 #include "nu/foundation/constants.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 namespace {
 
@@ -533,4 +533,4 @@ std::optional<std::vector<QuadricCurve>> TraceBranches(const QuadricTask& task) 
   return std::nullopt;
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes

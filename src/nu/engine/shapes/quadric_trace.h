@@ -6,7 +6,7 @@
 
 #include "nu/engine/shapes/quadric_curve.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 // A generator, and on which of its crossings a branch begins, as in QuadricEquation::CrossingAt.
 struct QuadricSeed {
@@ -29,6 +29,6 @@ struct QuadricTask {
 // double points. Nothing where a step cannot be proven. The mathematics is at the top of the source.
 std::optional<std::vector<QuadricCurve>> TraceBranches(const QuadricTask& task);
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

@@ -3,7 +3,7 @@
 
 #include "nu/engine/shapes/incidence.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 // A surface of revolution of degree two: a sphere around the point, a cylinder around the axis through it, or the cone
 // with its apex there and both nappes.
@@ -33,6 +33,6 @@ struct RoundQuadric {
   double cosine = 1.0;
 };
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

@@ -3,7 +3,7 @@
 
 #include "nu/engine/base/error_free.h"
 
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 struct Vec2 {
   double x = 0.0;
@@ -41,6 +41,6 @@ inline double AccurateDot(Vec2 a, Vec2 b) {
   return DifferenceOfProducts(a.x, b.x, -a.y, b.y);
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif

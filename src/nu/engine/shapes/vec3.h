@@ -7,7 +7,7 @@
 #include "nu/engine/base/simd.h"
 
 // Three components on plain doubles, for the mathematics behind points and directions.
-namespace nu::internal {
+namespace nu::engine::shapes {
 
 struct Vec3 {
   double x = 0.0;
@@ -71,6 +71,6 @@ inline Vec3 Unit(Vec3 v) {
   return {u.x / magnitude, u.y / magnitude, u.z / magnitude};
 }
 
-}  // namespace nu::internal
+}  // namespace nu::engine::shapes
 
 #endif
