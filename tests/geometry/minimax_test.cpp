@@ -154,8 +154,8 @@ TEST(Minimax, SaddlesAreRecognised) {
   contacts.Add(1, 0.5);
   EXPECT_FALSE(curved.Solve(rows, h, 1e-15, contacts));
   EXPECT_TRUE(curved.IsIndefinite());
-  EXPECT_EQ(std::fabs(curved.HollowDirection()[1]), 1.0);
-  EXPECT_EQ(curved.HollowDirection()[0], 0.0);
+  EXPECT_EQ(std::fabs(curved.NegativeCurvatureDirection()[1]), 1.0);
+  EXPECT_EQ(curved.NegativeCurvatureDirection()[0], 0.0);
 }
 
 // The distance from an axis less a radius: what a cylinder adds to the model of the line.

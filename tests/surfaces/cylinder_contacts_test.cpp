@@ -27,7 +27,7 @@ struct Case {
     const int n = run % 4 == 0 ? 3000 : 6 + random.Below(200);
     const double length = size * std::pow(10.0, random.Uniform(-0.5, 1.0));
     points = CylinderCloud(random, n, size, length, sweeps[run % 6], size * std::pow(0.1, run / 6 % 6 + 3));
-    if (IsOrderToBeMade(points)) points = Ordered(points);  // as the fits do
+    if (NeedsCanonicalOrder(points)) points = Ordered(points);  // as the fits do
     FitStart();
   }
   explicit Case(const CNuPointArray& set) : size(1.0), points(set) { FitStart(); }

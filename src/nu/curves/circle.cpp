@@ -1,7 +1,7 @@
 #include "nu/curves/circle.h"
 
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 #include "nu/geometry/plane.h"
 
 using namespace nu::internal;

@@ -22,7 +22,7 @@ int CNuCircle::IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2
   constexpr const char* where = "CNuCircle::IntersectWith(CNuCircle)";
   RequireFinite(where, first, second);
   const double size = std::fmax(first.radius, second.radius);
-  return Store(Meet(first, second, TouchTol(size, first.centre, second.centre)), p1, p2, where);
+  return Store(Intersect(first, second, TouchTol(size, first.centre, second.centre)), p1, p2, where);
 }
 
 int CNuCircle::IntersectWith(const CNuPlane& pl, CNuPoint* p1, CNuPoint* p2) const {
@@ -30,7 +30,7 @@ int CNuCircle::IntersectWith(const CNuPlane& pl, CNuPoint* p1, CNuPoint* p2) con
   const auto plane = DataOf(pl);
   constexpr const char* where = "CNuCircle::IntersectWith(CNuPlane)";
   RequireFinite(where, circle, plane);
-  return Store(Meet(circle, plane, TouchTol(circle.radius, circle.centre, plane.point)), p1, p2, where);
+  return Store(Intersect(circle, plane, TouchTol(circle.radius, circle.centre, plane.point)), p1, p2, where);
 }
 
 // Each point from its own angle: a chain of rotations would carry the roundings of a million steps to the last one.

@@ -18,7 +18,7 @@
 #include "nu/foundation/internal/downcast.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 
 using namespace nu::internal;
 

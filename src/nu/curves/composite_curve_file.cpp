@@ -8,7 +8,7 @@
 #include "nu/curves/line_segment.h"
 #include "nu/engine/chains/arc_planes.h"
 #include "nu/foundation/internal/downcast.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 #include "nu/linalg/internal/binary_file.h"
 
 using namespace nu::internal;

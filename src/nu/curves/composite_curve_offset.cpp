@@ -5,7 +5,7 @@
 #include "nu/curves/internal/curve_pieces.h"
 #include "nu/curves/internal/offset_curves.h"
 #include "nu/curves/line_segment.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 
 using namespace nu::internal;
 

@@ -1,6 +1,6 @@
 #include "nu/curves/curve.h"
 
-#include "nu/engine/least_squares/quadratic_curve.h"
+#include "nu/engine/least_squares/algebraic_conic.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/fit_guards.h"

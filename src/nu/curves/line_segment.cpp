@@ -98,7 +98,7 @@ int CNuLineSegment::IntersectWith(const CNuCircularArc& arc, CNuPoint* p1, CNuPo
   const Arc3 a = DataOf(arc);
   RequireFinite(where, s.start, s.end, a.centre);
   const double tol = TouchTol(a.radius, s.start, s.end, a.centre);
-  const auto met = Meet(Line3{s.start, DirectionOf(s)}, a.Circle(), tol);
+  const auto met = Intersect(Line3{s.start, DirectionOf(s)}, a.Circle(), tol);
   Points2 common;
   for (int i = 0; i < met.count; ++i) {
     const Vec3 p = met.at[i];

@@ -5,18 +5,18 @@
 #include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
 #include "nu/engine/shapes/axis_frame.h"
-#include "nu/engine/shapes/quadric_curve.h"
+#include "nu/engine/shapes/quadric_intersection_curve.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/new_objects.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 
 using namespace nu::internal;
 
 namespace {
 
-std::unique_ptr<const QuadricCurve> CopyOf(const QuadricCurve& curve) {
+std::unique_ptr<const QuadricIntersectionCurve> CopyOf(const QuadricIntersectionCurve& curve) {
   try {
-    return std::make_unique<const QuadricCurve>(curve);
+    return std::make_unique<const QuadricIntersectionCurve>(curve);
   } catch (const std::bad_alloc&) {
     throw CNuMemoryException("CNuPCurve::Copy()");
   }
@@ -35,21 +35,21 @@ CNuPoint World(const AxisFrame& frame, Vec3 p) {
 
 }  // namespace
 
-CNuPCurve::CNuPCurve(const QuadricCurve& curve, double scale)
+CNuPCurve::CNuPCurve(const QuadricIntersectionCurve& curve, double scale)
     : CNuCurve(NuTypePCurve), m_curve(CopyOf(curve)), m_scale(scale) {}
 CNuPCurve::CNuPCurve(const CNuPCurve& other)
     : CNuCurve(other), m_curve(CopyOf(*other.m_curve)), m_scale(other.m_scale) {}
 CNuPCurve::~CNuPCurve() = default;
 
 CNuPCurve& CNuPCurve::operator=(const CNuPCurve& other) {
-  std::unique_ptr<const QuadricCurve> curve = CopyOf(*other.m_curve);
+  std::unique_ptr<const QuadricIntersectionCurve> curve = CopyOf(*other.m_curve);
   CNuCurve::operator=(other);
   m_curve = std::move(curve);
   m_scale = other.m_scale;
   return *this;
 }
 
-CNuPCurve* nu::internal::NewPCurve(const QuadricCurve& curve, const AxisFrame& frame, double scale) {
+CNuPCurve* nu::internal::NewPCurve(const QuadricIntersectionCurve& curve, const AxisFrame& frame, double scale) {
   std::unique_ptr<CNuPCurve> made(new CNuPCurve(curve, scale));
   made->SetPosition(ToPoint(frame.origin), ToVector(frame.x), ToVector(frame.z));
   return made.release();

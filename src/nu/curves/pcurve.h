@@ -11,10 +11,11 @@
 
 namespace nu::engine::shapes {
 struct AxisFrame;
-struct QuadricCurve;
+struct QuadricIntersectionCurve;
 }  // namespace nu::engine::shapes
 namespace nu::internal {
-CNuPCurve* NewPCurve(const engine::shapes::QuadricCurve& curve, const engine::shapes::AxisFrame& frame, double scale);
+CNuPCurve* NewPCurve(const engine::shapes::QuadricIntersectionCurve& curve, const engine::shapes::AxisFrame& frame,
+                     double scale);
 }
 
 // The curve in which two quadrics meet: one connected branch of what a cylinder or a cone has in common with another
@@ -68,11 +69,11 @@ class NU_EXPORT CNuPCurve : public CNuCurve {
   int ClipTo(const CNuPoint& lower, const CNuPoint& upper, CNuObjArray* parts) const;
 
  private:
-  friend CNuPCurve* nu::internal::NewPCurve(const nu::engine::shapes::QuadricCurve& curve,
+  friend CNuPCurve* nu::internal::NewPCurve(const nu::engine::shapes::QuadricIntersectionCurve& curve,
                                             const nu::engine::shapes::AxisFrame& frame, double scale);
-  CNuPCurve(const nu::engine::shapes::QuadricCurve& curve, double scale);
+  CNuPCurve(const nu::engine::shapes::QuadricIntersectionCurve& curve, double scale);
 
-  std::unique_ptr<const nu::engine::shapes::QuadricCurve> m_curve;
+  std::unique_ptr<const nu::engine::shapes::QuadricIntersectionCurve> m_curve;
   double m_scale;  // the unit of length of the curve's data
 };
 

@@ -3,7 +3,7 @@
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/numeric_helpers.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 #include "nu/linalg/matrix.h"
 
 using namespace nu::internal;

@@ -1,7 +1,7 @@
 #include "nu/geometry/line.h"
 
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 #include "nu/geometry/nonlinear_geometry.h"
 #include "nu/linalg/matrix.h"
 

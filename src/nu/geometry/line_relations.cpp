@@ -19,7 +19,7 @@ using namespace nu::internal;
 
 namespace {
 
-ENuBoolean Truth(bool value) {
+ENuBoolean ToENuBoolean(bool value) {
   return value ? NuTrue : NuFalse;
 }
 
@@ -48,12 +48,12 @@ Line3 Bisector(const Line3& first, Vec3 secondPoint, Vec3 secondDirection) {
 }
 
 Points2 Common(const Line3& line, const Sphere3& sphere) {
-  return Meet(line, sphere, TouchTol(sphere.radius, line.point, sphere.centre));
+  return Intersect(line, sphere, TouchTol(sphere.radius, line.point, sphere.centre));
 }
 
 Points2 Common(const Line3& line, const InfiniteCylinder& cylinder, const Approach& approach) {
   const Vec3 nearest = line.At(approach.alongFirst);
-  return Meet(line, cylinder, approach, TouchTol(cylinder.radius, line.point, cylinder.axis.point, nearest));
+  return Intersect(line, cylinder, approach, TouchTol(cylinder.radius, line.point, cylinder.axis.point, nearest));
 }
 
 int StoreOne(Vec3 found, CNuPoint* p, const char* where) {
@@ -77,15 +77,15 @@ double CNuLine::AngleWith(const CNuLine& l, const CNuVector& axis) const {
 }
 
 ENuBoolean CNuLine::IsParallelTo(const CNuLine& l, double tol) const {
-  return Truth(Norm(Cross(Components(m_direction), Components(l.m_direction))) <= SineTol(tol));
+  return ToENuBoolean(Norm(Cross(Components(m_direction), Components(l.m_direction))) <= SineTol(tol));
 }
 
 ENuBoolean CNuLine::IsParallelTo(const CNuPlane& pl, double tol) const {
-  return Truth(std::fabs(Dot(Components(m_direction), Components(pl.GetNormal()))) <= SineTol(tol));
+  return ToENuBoolean(std::fabs(Dot(Components(m_direction), Components(pl.GetNormal()))) <= SineTol(tol));
 }
 
 ENuBoolean CNuLine::IsCoplanarWith(const CNuLine& l, double degreeTol, double lengthTol) const {
-  return Truth(IsParallelTo(l, degreeTol) == NuTrue || DistanceTo(l) < lengthTol);
+  return ToENuBoolean(IsParallelTo(l, degreeTol) == NuTrue || DistanceTo(l) < lengthTol);
 }
 
 CNuLine CNuLine::MidLine(const CNuPoint& p) const {
@@ -245,7 +245,7 @@ int CNuLine::IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) 
   const Line3 line = DataOf(*this);
   const Circle3 data = DataOf(circle);
   RequireFinite(where, line, data);
-  return Store(Meet(line, data, TouchTol(data.radius, line.point, data.centre)), p1, p2, where);
+  return Store(Intersect(line, data, TouchTol(data.radius, line.point, data.centre)), p1, p2, where);
 }
 
 int CNuLine::IntersectWith(const CNuEllipse& ellipse, CNuPoint* p1, CNuPoint* p2) const {

@@ -115,7 +115,7 @@ Zone ZoneOf(const CNuPointArray& pts, long limit) {
 }
 
 Zone ZoneInAnyOrder(const CNuPointArray& pts, long limit) {
-  if (!IsOrderToBeMade(pts)) return ZoneOf(pts, limit);
+  if (!NeedsCanonicalOrder(pts)) return ZoneOf(pts, limit);
   return ZoneOf(Ordered(pts), limit);
 }
 

@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 #include "nu/geometry/line.h"
 
 using namespace nu::internal;

@@ -71,7 +71,7 @@ int CNuPlane::IntersectWith(const CNuPlane& pl, CNuLine* l) const {
   constexpr const char* where = "CNuPlane::IntersectWith(CNuPlane)";
   RequireFinite(where, first, second);
   if (AreParallel(first.normal, second.normal)) return 0;
-  const Line3 common = Meet(first, second);
+  const Line3 common = Intersect(first, second);
   Output(l, LineFor(common.point, common.direction, where));
   return 1;
 }

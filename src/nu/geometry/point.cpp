@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "nu/foundation/internal/failures.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 #include "nu/geometry/nonlinear_geometry.h"
 #include "nu/linalg/matrix.h"
 

@@ -8,7 +8,7 @@
 #include "nu/engine/hulls/hull2.h"
 #include "nu/engine/points/coincidence.h"
 #include "nu/engine/points/extents.h"
-#include "nu/engine/points/heights.h"
+#include "nu/engine/points/last_beyond.h"
 #include "nu/engine/points/longest_edge.h"
 #include "nu/engine/points/mean.h"
 #include "nu/engine/points/shortest_edge.h"
@@ -18,7 +18,7 @@
 #include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/numeric_helpers.h"
 #include "nu/foundation/tolerances.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 #include "nu/geometry/internal/point_set.h"
 #include "nu/geometry/point_array.h"
 

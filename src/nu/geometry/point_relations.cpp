@@ -21,7 +21,7 @@
 #include "nu/foundation/internal/downcast.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/numeric_helpers.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 #include "nu/geometry/internal/surface_data.h"
 #include "nu/geometry/line.h"
 #include "nu/geometry/plane.h"

@@ -6,7 +6,7 @@
 #include "nu/surfaces/surface.h"
 
 namespace nu::internal {
-class QuadricMeeting;
+class QuadricIntersection;
 }
 
 // The infinite circular cone with both of its nappes: the lines through the apex that make the semi-angle with the
@@ -91,13 +91,13 @@ class NU_EXPORT CNuConSurf : public CNuSurface {
 
   void Place(double semiAngle, const CNuPoint& apex, const CNuVector& axisDirection);
   // IntersectWith() of a pair that is in order.
-  int Meet(const CNuConSurf& other, CNuObjArray* result) const;
+  int IntersectOrdered(const CNuConSurf& other, CNuObjArray* result) const;
   // As CNuCylSurf::Intersect, with the distance t from the apex along the generator. `asymptotes` receives the up to
   // four angles where curve[0] = 0, so that a crossing goes to infinity: first `simple` ones, where it changes its
   // sign, then `twofold` ones. `apexSide` is the sign of the quadric at the apex.
   int Intersect(const CNuMatrix& quadric, CNuTriagPolynomial* curve, CNuInterval* range, double* asymptotes,
                 int* simple, int* twofold, int* apexSide) const;
-  bool MeetSpecially(const CNuConSurf& other, nu::internal::QuadricMeeting& meeting) const;
+  bool IntersectSpecialCase(const CNuConSurf& other, nu::internal::QuadricIntersection& intersection) const;
 
   double m_semiAngle;
 };

@@ -6,8 +6,8 @@
 #include "nu/engine/least_squares/cone_start.h"
 #include "nu/engine/least_squares/sampled_start.h"
 #include "nu/engine/points/alignment.h"
+#include "nu/engine/shapes/apex_rounding.h"
 #include "nu/engine/shapes/axis_direction.h"
-#include "nu/engine/shapes/far_point.h"
 #include "nu/foundation/constants.h"
 #include "nu/surfaces/cone.h"
 #include "nu/surfaces/internal/surface_fits.h"
@@ -74,7 +74,7 @@ Solution LeastSquaresCone(PointView points, PointBlocks& blocks, bool wantsDevia
 
 // With few points several cones may be as good as each other, and rounding would let the order of the points choose:
 // they are taken in one that is theirs.
-std::vector<Vec3> InOneOrder(PointView points) {
+std::vector<Vec3> CanonicalOrder(PointView points) {
   std::vector<Vec3> ordered(points.Size());
   for (std::size_t i = 0; i < ordered.size(); ++i) ordered[i] = LoadVec3(points[i]);
   std::sort(ordered.begin(), ordered.end(), [](const Vec3& p, const Vec3& q) {
@@ -86,7 +86,7 @@ std::vector<Vec3> InOneOrder(PointView points) {
 Solution ConeInAnyOrder(PointView points, PointBlocks& blocks, bool wantsDeviations, long maxIter) {
   if (points.Size() > kFewPoints) return LeastSquaresCone(points, blocks, wantsDeviations, maxIter);
   if (!blocks.AllFinite()) FailFit(kNumericalFailure, kName);
-  const std::vector<Vec3> ordered = InOneOrder(points);
+  const std::vector<Vec3> ordered = CanonicalOrder(points);
   const PointView view(&ordered[0].x, sizeof(Vec3), ordered.size());
   PointBlocks orderedBlocks(view, ordered[ordered.size() / 2]);
   return LeastSquaresCone(view, orderedBlocks, wantsDeviations, maxIter);

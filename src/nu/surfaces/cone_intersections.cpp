@@ -10,7 +10,7 @@
 #include "nu/geometry/internal/surface_data.h"
 #include "nu/numerics/triag.h"
 #include "nu/surfaces/cylinder.h"
-#include "nu/surfaces/internal/quadric_meeting.h"
+#include "nu/surfaces/internal/quadric_intersection.h"
 #include "nu/surfaces/sphere.h"
 
 using namespace nu::internal;
@@ -19,14 +19,14 @@ namespace {
 
 // A sphere around a point of the axis, at the distance l from the apex, cuts every generator at t = l cos a +- root
 // with root^2 = (r - l sin a)(r + l sin a).
-void MeetCoaxialSphere(const RoundQuadric& cone, const RoundQuadric& sphere, QuadricMeeting& meeting) {
+void IntersectCoaxialSphere(const RoundQuadric& cone, const RoundQuadric& sphere, QuadricIntersection& intersection) {
   const double along = Dot(sphere.point - cone.point, cone.axis);
   const double inscribed = std::fabs(along) * cone.sine;
   const auto add = [&](double t) {
-    if (std::fabs(t) <= meeting.Tol()) return meeting.AddPoint(cone.point);
-    meeting.AddCircle(cone.point + t * cone.cosine * cone.axis, cone.axis, std::fabs(t) * cone.sine);
+    if (std::fabs(t) <= intersection.Tol()) return intersection.AddPoint(cone.point);
+    intersection.AddCircle(cone.point + t * cone.cosine * cone.axis, cone.axis, std::fabs(t) * cone.sine);
   };
-  if (std::fabs(sphere.radius - inscribed) <= meeting.Tol()) return add(along * cone.cosine);
+  if (std::fabs(sphere.radius - inscribed) <= intersection.Tol()) return add(along * cone.cosine);
   if (!(sphere.radius > inscribed)) return;
   const double root = std::sqrt(sphere.radius - inscribed) * std::sqrt(sphere.radius + inscribed);
   const double farther = along * cone.cosine + std::copysign(root, along);
@@ -36,12 +36,13 @@ void MeetCoaxialSphere(const RoundQuadric& cone, const RoundQuadric& sphere, Qua
 }
 
 // Where the radii |z| tan a1 and |z - d| tan a2 are equal.
-void MeetCoaxialCones(const RoundQuadric& first, const RoundQuadric& second, bool areSame, QuadricMeeting& meeting) {
+void IntersectCoaxialCones(const RoundQuadric& first, const RoundQuadric& second, bool areSame,
+                           QuadricIntersection& intersection) {
   const double distance = Dot(second.point - first.point, first.axis);
   const double slope1 = first.sine / first.cosine;
   const double slope2 = second.sine / second.cosine;
   const auto add = [&](double z) {
-    meeting.AddCircle(first.point + z * first.axis, first.axis, std::fabs(z) * slope1);
+    intersection.AddCircle(first.point + z * first.axis, first.axis, std::fabs(z) * slope1);
   };
   add(distance * (slope2 / (slope1 + slope2)));
   if (!areSame) add(distance * (slope2 / (slope2 - slope1)));
@@ -139,16 +140,16 @@ int CNuConSurf::Intersect(const CNuMatrix& quadric, CNuTriagPolynomial* curve, C
 }
 
 int CNuConSurf::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) const {
-  QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(sphere), "CNuConSurf::IntersectWith(CNuSphSurf)");
-  const RoundQuadric& cone = meeting.First();
-  const RoundQuadric& ball = meeting.Second();
-  if (Norm(Rejection(ball.point - cone.point, cone.axis)) <= meeting.Tol()) {
-    MeetCoaxialSphere(cone, ball, meeting);
+  QuadricIntersection intersection(RoundDataOf(*this), RoundDataOf(sphere), "CNuConSurf::IntersectWith(CNuSphSurf)");
+  const RoundQuadric& cone = intersection.First();
+  const RoundQuadric& ball = intersection.Second();
+  if (Norm(Rejection(ball.point - cone.point, cone.axis)) <= intersection.Tol()) {
+    IntersectCoaxialSphere(cone, ball, intersection);
   } else {
-    const ConeContact contact{IsOn(ball, cone.point, meeting.Tol())};
-    MeetOnCone(QuadricStage(cone, ball, cone.point, meeting), contact, &CNuConSurf::Intersect, meeting);
+    const ConeContact contact{IsOn(ball, cone.point, intersection.Tol())};
+    IntersectOnCone(QuadricStage(cone, ball, cone.point, intersection), contact, &CNuConSurf::Intersect, intersection);
   }
-  return meeting.HandOverTo(result);
+  return intersection.HandOverTo(result);
 }
 
 int CNuConSurf::IntersectWith(const CNuCylSurf& cylinder, CNuObjArray* result) const {
@@ -157,36 +158,37 @@ int CNuConSurf::IntersectWith(const CNuCylSurf& cylinder, CNuObjArray* result) c
 
 // One order for both, so that the result does not depend on which is asked.
 int CNuConSurf::IntersectWith(const CNuConSurf& other, CNuObjArray* result) const {
-  return Precedes(RoundDataOf(other), RoundDataOf(*this)) ? other.Meet(*this, result) : Meet(other, result);
+  return Precedes(RoundDataOf(other), RoundDataOf(*this)) ? other.IntersectOrdered(*this, result)
+                                                          : IntersectOrdered(other, result);
 }
 
-int CNuConSurf::Meet(const CNuConSurf& other, CNuObjArray* result) const {
-  QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(other), "CNuConSurf::IntersectWith(CNuConSurf)");
-  if (!MeetSpecially(other, meeting)) {
-    const RoundQuadric& first = meeting.First();
-    const RoundQuadric& second = meeting.Second();
-    const bool ownIsOn = IsOn(second, first.point, meeting.Tol());
-    const bool otherIsOn = IsOn(first, second.point, meeting.Tol());
+int CNuConSurf::IntersectOrdered(const CNuConSurf& other, CNuObjArray* result) const {
+  QuadricIntersection intersection(RoundDataOf(*this), RoundDataOf(other), "CNuConSurf::IntersectWith(CNuConSurf)");
+  if (!IntersectSpecialCase(other, intersection)) {
+    const RoundQuadric& first = intersection.First();
+    const RoundQuadric& second = intersection.Second();
+    const bool ownIsOn = IsOn(second, first.point, intersection.Tol());
+    const bool otherIsOn = IsOn(first, second.point, intersection.Tol());
     const bool takeOther = ownIsOn == otherIsOn ? m_semiAngle > other.m_semiAngle : otherIsOn;
     const RoundQuadric& base = takeOther ? second : first;
     std::optional<Vec3> common;
     if (ownIsOn && otherIsOn && !AreSameAngles(AngleBetween(first.axis, second.axis), 0.0)) {
       const CommonDirections directions(first, m_semiAngle, second, other.m_semiAngle);
-      common = DirectionAlong(directions.Found(), second.point - first.point, meeting.Tol());
+      common = DirectionAlong(directions.Found(), second.point - first.point, intersection.Tol());
     }
-    if (common) meeting.AddLine(first.point, *common);
+    if (common) intersection.AddLine(first.point, *common);
     const ConeContact contact{ownIsOn || otherIsOn, common.has_value()};
-    MeetOnCone(QuadricStage(base, takeOther ? first : second, base.point, meeting), contact, &CNuConSurf::Intersect,
-               meeting);
+    IntersectOnCone(QuadricStage(base, takeOther ? first : second, base.point, intersection), contact,
+                    &CNuConSurf::Intersect, intersection);
   }
-  return meeting.HandOverTo(result);
+  return intersection.HandOverTo(result);
 }
 
 // True where it has dealt with the pair.
-bool CNuConSurf::MeetSpecially(const CNuConSurf& other, QuadricMeeting& meeting) const {
-  const RoundQuadric& first = meeting.First();
-  const RoundQuadric& second = meeting.Second();
-  const double tol = meeting.Tol();
+bool CNuConSurf::IntersectSpecialCase(const CNuConSurf& other, QuadricIntersection& intersection) const {
+  const RoundQuadric& first = intersection.First();
+  const RoundQuadric& second = intersection.Second();
+  const double tol = intersection.Tol();
   const bool areParallel = AreParallel(first.axis, second.axis);
   const bool haveSameAngle = AreSameAngles(m_semiAngle, other.m_semiAngle);
   const Vec3 way = second.point - first.point;
@@ -194,20 +196,20 @@ bool CNuConSurf::MeetSpecially(const CNuConSurf& other, QuadricMeeting& meeting)
     if (areParallel && haveSameAngle) return true;
     std::vector<Vec3> lines;
     if (!areParallel) lines = CommonDirections(first, m_semiAngle, second, other.m_semiAngle).Found();
-    for (const Vec3& direction : lines) meeting.AddLine(first.point, direction);
-    if (lines.empty()) meeting.AddPoint(first.point);
+    for (const Vec3& direction : lines) intersection.AddLine(first.point, direction);
+    if (lines.empty()) intersection.AddPoint(first.point);
     return true;
   }
-  if (!areParallel) return meeting.AddAroundCommonSphere(*this);
+  if (!areParallel) return intersection.AddAroundCommonSphere(*this);
   if (Norm(Rejection(way, first.axis)) <= tol) {
-    MeetCoaxialCones(first, second, haveSameAngle, meeting);
+    IntersectCoaxialCones(first, second, haveSameAngle, intersection);
   } else if (!haveSameAngle) {
     return false;
   } else if (IsOn(first, second.point, tol)) {
-    meeting.AddLine(first.point, GeneratorNextTo(first, second.point));
-  } else if (!meeting.AddSections(*this, {PlaneBetween(first, second)})) {
-    MeetOnCone(QuadricStage(first, second, first.point, meeting), {false, false, true}, &CNuConSurf::Intersect,
-               meeting);
+    intersection.AddLine(first.point, GeneratorNextTo(first, second.point));
+  } else if (!intersection.AddSections(*this, {PlaneBetween(first, second)})) {
+    IntersectOnCone(QuadricStage(first, second, first.point, intersection), {false, false, true},
+                    &CNuConSurf::Intersect, intersection);
   }
   return true;
 }

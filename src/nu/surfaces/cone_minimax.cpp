@@ -6,7 +6,7 @@
 #include "nu/engine/minimax/round_minimax.h"
 #include "nu/engine/points/alignment.h"
 #include "nu/engine/points/mean.h"
-#include "nu/engine/shapes/far_point.h"
+#include "nu/engine/shapes/apex_rounding.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "nu/surfaces/cone.h"

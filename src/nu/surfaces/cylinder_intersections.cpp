@@ -10,7 +10,7 @@
 #include "nu/numerics/triag.h"
 #include "nu/surfaces/cone.h"
 #include "nu/surfaces/cylinder.h"
-#include "nu/surfaces/internal/quadric_meeting.h"
+#include "nu/surfaces/internal/quadric_intersection.h"
 #include "nu/surfaces/sphere.h"
 
 using namespace nu::internal;
@@ -34,7 +34,8 @@ std::vector<double> RootsOfSlope(const CNuTriagPolynomial& h, double radius, dou
 }
 
 // On the generators of the cylinder; with those parallel to one of a cone, nothing is quadratic.
-void MeetOnCylinder(const QuadricStage& stage, bool isParallelToOther, Kernel kernel, QuadricMeeting& meeting) {
+void IntersectOnCylinder(const QuadricStage& stage, bool isParallelToOther, Kernel kernel,
+                         QuadricIntersection& intersection) {
   CNuTriagPolynomial curve[3];
   CNuInterval ranges[kMostRanges];
   const CNuCylSurf upright(std::max(stage.pair.base.radius, DBL_MIN));
@@ -43,46 +44,48 @@ void MeetOnCylinder(const QuadricStage& stage, bool isParallelToOther, Kernel ke
       isParallelToOther ? BranchesThroughInfinity(stage.pair, RootsOfSlope(curve[1], upright.GetRadius(), stage.tol),
                                                   stage.tol, stage.reach)
                         : BranchesOf(stage.pair, LowerEnds(ranges, count), {}, stage.tol, stage.reach);
-  meeting.AddBranches(branches, stage.frame, stage.unit);
+  intersection.AddBranches(branches, stage.frame, stage.unit);
 }
 
 // Each point that the cross-sections have in common is one of a line. Axes that are parallel within the tolerance only
 // leave both sections in one plane.
-void MeetParallel(const RoundQuadric& first, const RoundQuadric& second, QuadricMeeting& meeting) {
+void IntersectParallel(const RoundQuadric& first, const RoundQuadric& second, QuadricIntersection& intersection) {
   const Vec3 across = Rejection(NearestOfAxis(second, first.point) - first.point, first.axis);
   const Circle3 own{first.point, first.axis, first.radius};
   const Circle3 other{first.point + across, first.axis, second.radius};
-  const Points2 common = Meet(own, other, meeting.Tol());
-  for (int i = 0; i < common.count; ++i) meeting.AddLine(common.at[i], first.axis);
+  const Points2 common = Intersect(own, other, intersection.Tol());
+  for (int i = 0; i < common.count; ++i) intersection.AddLine(common.at[i], first.axis);
 }
 
 // A sphere around a point of the axis.
-void MeetCoaxialSphere(const RoundQuadric& cylinder, const RoundQuadric& sphere, QuadricMeeting& meeting) {
+void IntersectCoaxialSphere(const RoundQuadric& cylinder, const RoundQuadric& sphere,
+                            QuadricIntersection& intersection) {
   const double r = cylinder.radius;
   const Vec3 centre = NearestOfAxis(cylinder, sphere.point);
-  if (std::fabs(sphere.radius - r) <= meeting.Tol()) return meeting.AddCircle(centre, cylinder.axis, r);
+  if (std::fabs(sphere.radius - r) <= intersection.Tol()) return intersection.AddCircle(centre, cylinder.axis, r);
   if (!(sphere.radius > r)) return;
   const double height = std::sqrt(sphere.radius - r) * std::sqrt(sphere.radius + r);
-  for (const double side : {-1.0, 1.0}) meeting.AddCircle(centre + side * height * cylinder.axis, cylinder.axis, r);
+  for (const double side : {-1.0, 1.0})
+    intersection.AddCircle(centre + side * height * cylinder.axis, cylinder.axis, r);
 }
 
-void MeetCoaxialCone(const RoundQuadric& cylinder, const RoundQuadric& cone, QuadricMeeting& meeting) {
+void IntersectCoaxialCone(const RoundQuadric& cylinder, const RoundQuadric& cone, QuadricIntersection& intersection) {
   const Vec3 apex = NearestOfAxis(cylinder, cone.point);
   const double height = cylinder.radius * (cone.cosine / cone.sine);
   for (const double side : {-1.0, 1.0}) {
-    meeting.AddCircle(apex + side * height * cylinder.axis, cylinder.axis, cylinder.radius);
+    intersection.AddCircle(apex + side * height * cylinder.axis, cylinder.axis, cylinder.radius);
   }
 }
 
 // On the smaller one, from where its axis is next to the other one. Axes that are nearly parallel come closest where no
 // part is, which is uncertain, too: no farther from their points than the place is known by.
-QuadricStage StageFor(const RoundQuadric& first, const RoundQuadric& second, const QuadricMeeting& meeting) {
+QuadricStage StageFor(const RoundQuadric& first, const RoundQuadric& second, const QuadricIntersection& intersection) {
   constexpr double kFarthest = 100.0;  // times the larger radius
   const RoundQuadric& base = first.radius > second.radius ? second : first;
   const RoundQuadric& other = first.radius > second.radius ? first : second;
   const Approach approach = ClosestApproach(AxisOf(base), AxisOf(other), 0.0);
   const bool isNear = std::fabs(approach.alongFirst) <= kFarthest * other.radius;
-  return QuadricStage(base, other, AxisOf(base).At(isNear ? approach.alongFirst : 0.0), meeting);
+  return QuadricStage(base, other, AxisOf(base).At(isNear ? approach.alongFirst : 0.0), intersection);
 }
 
 }  // namespace
@@ -101,56 +104,57 @@ int CNuCylSurf::Intersect(const CNuMatrix& quadric, CNuTriagPolynomial* curve, C
 
 // One order for both, so that the result does not depend on which is asked.
 int CNuCylSurf::IntersectWith(const CNuCylSurf& other, CNuObjArray* result) const {
-  return Precedes(RoundDataOf(other), RoundDataOf(*this)) ? other.Meet(*this, result) : Meet(other, result);
+  return Precedes(RoundDataOf(other), RoundDataOf(*this)) ? other.IntersectOrdered(*this, result)
+                                                          : IntersectOrdered(other, result);
 }
 
-int CNuCylSurf::Meet(const CNuCylSurf& other, CNuObjArray* result) const {
-  QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(other), "CNuCylSurf::IntersectWith(CNuCylSurf)");
-  const RoundQuadric& first = meeting.First();
-  const RoundQuadric& second = meeting.Second();
+int CNuCylSurf::IntersectOrdered(const CNuCylSurf& other, CNuObjArray* result) const {
+  QuadricIntersection intersection(RoundDataOf(*this), RoundDataOf(other), "CNuCylSurf::IntersectWith(CNuCylSurf)");
+  const RoundQuadric& first = intersection.First();
+  const RoundQuadric& second = intersection.Second();
   if (AreParallel(first.axis, second.axis)) {
-    MeetParallel(first, second, meeting);
-  } else if (!meeting.AddAroundCommonSphere(*this)) {
-    MeetOnCylinder(StageFor(first, second, meeting), false, &CNuCylSurf::Intersect, meeting);
+    IntersectParallel(first, second, intersection);
+  } else if (!intersection.AddAroundCommonSphere(*this)) {
+    IntersectOnCylinder(StageFor(first, second, intersection), false, &CNuCylSurf::Intersect, intersection);
   }
-  return meeting.HandOverTo(result);
+  return intersection.HandOverTo(result);
 }
 
 int CNuCylSurf::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) const {
-  QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(sphere), "CNuCylSurf::IntersectWith(CNuSphSurf)");
-  const RoundQuadric& cylinder = meeting.First();
-  const RoundQuadric& ball = meeting.Second();
+  QuadricIntersection intersection(RoundDataOf(*this), RoundDataOf(sphere), "CNuCylSurf::IntersectWith(CNuSphSurf)");
+  const RoundQuadric& cylinder = intersection.First();
+  const RoundQuadric& ball = intersection.Second();
   const Vec3 foot = NearestOfAxis(cylinder, ball.point);
-  if (Norm(ball.point - foot) <= meeting.Tol()) {
-    MeetCoaxialSphere(cylinder, ball, meeting);
+  if (Norm(ball.point - foot) <= intersection.Tol()) {
+    IntersectCoaxialSphere(cylinder, ball, intersection);
   } else {
-    MeetOnCylinder(QuadricStage(cylinder, ball, foot, meeting), false, &CNuCylSurf::Intersect, meeting);
+    IntersectOnCylinder(QuadricStage(cylinder, ball, foot, intersection), false, &CNuCylSurf::Intersect, intersection);
   }
-  return meeting.HandOverTo(result);
+  return intersection.HandOverTo(result);
 }
 
 int CNuCylSurf::IntersectWith(const CNuConSurf& other, CNuObjArray* result) const {
-  QuadricMeeting meeting(RoundDataOf(*this), RoundDataOf(other), "CNuCylSurf::IntersectWith(CNuConSurf)");
-  const RoundQuadric& cylinder = meeting.First();
-  const RoundQuadric& cone = meeting.Second();
+  QuadricIntersection intersection(RoundDataOf(*this), RoundDataOf(other), "CNuCylSurf::IntersectWith(CNuConSurf)");
+  const RoundQuadric& cylinder = intersection.First();
+  const RoundQuadric& cone = intersection.Second();
   const Vec3 foot = NearestOfAxis(cylinder, cone.point);
   const double apexDistance = Norm(cone.point - foot);
   const double angle = AngleBetween(cylinder.axis, cone.axis);
   const bool isParallel = AreParallel(cylinder.axis, cone.axis);
-  if (isParallel && apexDistance <= meeting.Tol()) {
-    MeetCoaxialCone(cylinder, cone, meeting);
-    return meeting.HandOverTo(result);
+  if (isParallel && apexDistance <= intersection.Tol()) {
+    IntersectCoaxialCone(cylinder, cone, intersection);
+    return intersection.HandOverTo(result);
   }
-  if (!isParallel && meeting.AddAroundCommonSphere(*this)) return meeting.HandOverTo(result);
+  if (!isParallel && intersection.AddAroundCommonSphere(*this)) return intersection.HandOverTo(result);
   const bool isParallelToGenerator = AreSameAngles(angle, other.GetSemiAngle());
-  const bool isAtApex = std::fabs(apexDistance - cylinder.radius) <= meeting.Tol();
-  if (isAtApex && isParallelToGenerator) meeting.AddLine(cone.point, cylinder.axis);
+  const bool isAtApex = std::fabs(apexDistance - cylinder.radius) <= intersection.Tol();
+  if (isAtApex && isParallelToGenerator) intersection.AddLine(cone.point, cylinder.axis);
   if (isAtApex) {
-    const QuadricStage stage(cone, cylinder, cone.point, meeting);
-    MeetOnCone(stage, {true, isParallelToGenerator}, &CNuConSurf::Intersect, meeting);
+    const QuadricStage stage(cone, cylinder, cone.point, intersection);
+    IntersectOnCone(stage, {true, isParallelToGenerator}, &CNuConSurf::Intersect, intersection);
   } else {
-    const QuadricStage stage(cylinder, cone, foot, meeting);
-    MeetOnCylinder(stage, isParallelToGenerator, &CNuCylSurf::Intersect, meeting);
+    const QuadricStage stage(cylinder, cone, foot, intersection);
+    IntersectOnCylinder(stage, isParallelToGenerator, &CNuCylSurf::Intersect, intersection);
   }
-  return meeting.HandOverTo(result);
+  return intersection.HandOverTo(result);
 }

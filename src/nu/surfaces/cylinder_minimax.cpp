@@ -70,8 +70,8 @@ CylinderMinimax Solve(const CNuPointArray& points, const Cylinder3& start, long 
 }
 
 template<class Fit>
-auto InOneOrder(const CNuPointArray& points, Fit fit) {
-  const bool few = IsOrderToBeMade(points) && ExtentsOf(ViewOf(points)).isFinite;
+auto CanonicalOrder(const CNuPointArray& points, Fit fit) {
+  const bool few = NeedsCanonicalOrder(points) && ExtentsOf(ViewOf(points)).isFinite;
   return few ? fit(Ordered(points)) : fit(points);
 }
 
@@ -82,7 +82,7 @@ void RequireArguments(const CNuPointArray& points, long maxIter) {
 
 template<class Problem>
 Cylinder3 FromLeastSquares(const CNuPointArray& points, long maxIter, Problem problem) {
-  return InOneOrder(points, [&](const CNuPointArray& data) {
+  return CanonicalOrder(points, [&](const CNuPointArray& data) {
     return Solve(data, FitLeastSquares(data, maxIter).cylinder, maxIter, problem).cylinder;
   });
 }
@@ -107,7 +107,7 @@ struct Zone {
 // another than the one next to it.
 Zone MinimumZone(const CNuPointArray& points, double tol, long maxIter) {
   if (LieOnOneLine(ViewOf(points), tol)) return {CylinderOnLine(points, tol)};
-  return InOneOrder(points, [&](const CNuPointArray& data) -> Zone {
+  return CanonicalOrder(points, [&](const CNuPointArray& data) -> Zone {
     const LeastSquares start = FitLeastSquares(data, maxIter);
     const CylinderMinimax found = Solve(data, start.cylinder, maxIter, NarrowestCylinderZone);
     if (found.zone > start.form + kFormRoundings * found.rounding) {

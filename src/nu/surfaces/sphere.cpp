@@ -1,7 +1,7 @@
 #include "nu/surfaces/sphere.h"
 
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 
 using namespace nu::internal;
 

@@ -37,7 +37,7 @@ Solution SphereThroughFour(const CNuPointArray& points) {
 
 // A coordinate of the start within NuGetLengthTol() of zero becomes exactly 0: hosts rely on it for points that lie
 // on a sphere about the origin, whose start no step moves.
-Vec3 WithoutTraces(Vec3 centre) {
+Vec3 SnapNearZero(Vec3 centre) {
   const double lengthTol = NuGetLengthTol();
   for (double* c : {&centre.x, &centre.y, &centre.z})
     if (std::fabs(*c) < lengthTol) *c = 0.0;
@@ -48,7 +48,7 @@ Solution LeastSquaresSphere(PointBlocks& blocks, bool wantsDeviations, long maxI
   const Vec3 origin = blocks.Origin();
   RoundLeastSquares<3> fit(blocks, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}});
   if (!fit.Start()) FailFit(kNumericalFailure, kName);
-  const Vec3 startWorld = WithoutTraces(origin + fit.Centre());
+  const Vec3 startWorld = SnapNearZero(origin + fit.Centre());
   if (startWorld.x == 0.0 || startWorld.y == 0.0 || startWorld.z == 0.0) fit.MoveCentre(startWorld - origin);
   const Vec3 start = fit.Centre();
   const GaussNewtonRule rule{.tolerance = NuGetTol(),

@@ -24,7 +24,7 @@ constexpr const char* kWithSphere = "CNuSphSurf::IntersectWith(CNuSphSurf)";
 
 // The point in which two spheres touch: one of those in which the line of their centres meets the first.
 std::unique_ptr<CNuObject> Touch(const Sphere3& first, const Sphere3& second, Vec3 way, double tol) {
-  const Points2 met = Meet(Line3{first.centre, way}, first, tol);
+  const Points2 met = Intersect(Line3{first.centre, way}, first, tol);
   for (int k = 0; k < met.count; ++k) {
     const CNuPoint p = ToPoint(met.at[k]);
     if (std::fabs(Norm(met.at[k] - second.centre) - second.radius) < tol) return std::make_unique<CNuPoint>(p);

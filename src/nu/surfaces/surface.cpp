@@ -5,7 +5,7 @@
 #include "nu/engine/shapes/axis_direction.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 #include "nu/geometry/internal/point_set.h"
 
 using namespace nu::internal;

@@ -46,7 +46,7 @@ Torus SmallestTorus(const CNuPointArray& points, TubeStarts starts, long maxIter
 
 // Few points that leave doubt are taken once more, in an order of their own.
 Torus SmallestTorusInAnyOrder(const CNuPointArray& points, long maxIter) {
-  if (!IsOrderToBeMade(points)) return SmallestTorus(points, TubeStarts::many, maxIter);
+  if (!NeedsCanonicalOrder(points)) return SmallestTorus(points, TubeStarts::many, maxIter);
   const Torus nearest = SmallestTorus(points, TubeStarts::one, maxIter);
   return nearest.isClear ? nearest : SmallestTorus(Ordered(points), TubeStarts::many, maxIter);
 }

@@ -9,7 +9,7 @@
 #include "nu/curves/parabola.h"
 #include "nu/engine/shapes/conics.h"
 #include "nu/foundation/internal/failures.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 #include "nu/geometry/point_array.h"
 
 // What the classes of the conics share. Only sources include this.

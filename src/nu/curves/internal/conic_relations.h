@@ -15,9 +15,9 @@ int StoreCommon(const Other& other, const Conic& conic, CNuPoint* p1, CNuPoint* 
   RequireFinite(where, other, data);
   const double tol = TouchTol(data.curve.Size(), data.origin, other.point);
   if constexpr (std::is_same_v<Other, Line3>)
-    return Store(Meet(other, data, tol, ParallelTol()), p1, p2, where);
+    return Store(Intersect(other, data, tol, ParallelTol()), p1, p2, where);
   else
-    return Store(Meet(data, other, tol, ParallelTol()), p1, p2, where);
+    return Store(Intersect(data, other, tol, ParallelTol()), p1, p2, where);
 }
 
 // A point seen from a conic: the distance in the plane from its foot on the curve, the height over the plane, 0 within

@@ -1,7 +1,7 @@
 #ifndef NU_CURVES_INTERNAL_PLACEMENT_H
 #define NU_CURVES_INTERNAL_PLACEMENT_H
 
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 
 namespace nu::internal {
 

@@ -3,7 +3,7 @@
 
 #include "nu/engine/shapes/incidence.h"
 #include "nu/engine/shapes/vec2.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 
 namespace nu::internal {
 

@@ -31,13 +31,13 @@ PieceChain WithoutShortPieces(const PieceChain& chain, double tol) {
 }
 
 // Where the unbounded curves of two pieces meet; nothing for two segments, which neighbours are only once.
-Points2 MeetUnbounded(const PieceChain& chain, int i, int j, double tol) {
+Points2 IntersectUnbounded(const PieceChain& chain, int i, int j, double tol) {
   const Arc3* first = chain.ArcAt(i);
   const Arc3* second = chain.ArcAt(j);
   const auto line = [&](int k) { return Line3{chain.Ends(k).start, Unit(chain.Ends(k).end - chain.Ends(k).start)}; };
-  if (first != nullptr && second != nullptr) return Meet(first->Circle(), second->Circle(), tol);
-  if (first != nullptr) return Meet(line(j), first->Circle(), tol);
-  if (second != nullptr) return Meet(line(i), second->Circle(), tol);
+  if (first != nullptr && second != nullptr) return Intersect(first->Circle(), second->Circle(), tol);
+  if (first != nullptr) return Intersect(line(j), first->Circle(), tol);
+  if (second != nullptr) return Intersect(line(i), second->Circle(), tol);
   return {};
 }
 
@@ -125,7 +125,7 @@ class SelfSearch {
 
   // Piece i ends where piece j starts.
   bool MeetsAgain(int i, int j) const {
-    const Points2 met = MeetUnbounded(m_chain, i, j, m_tol);
+    const Points2 met = IntersectUnbounded(m_chain, i, j, m_tol);
     for (int k = 0; k < met.count; ++k) {
       const Vec3 p = met.at[k];
       const bool shared = IsNear(p, m_chain.Ends(i).end) || (Follows(j, i) && IsNear(p, m_chain.Ends(i).start));

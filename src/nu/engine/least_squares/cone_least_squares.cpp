@@ -40,7 +40,7 @@ constexpr double kRightAngle = 1.5707963267948966;
 
 // A descent ends with a step after which, at the rate at which the gains of the steps fall, the next would lower the
 // sum of squares by less than this part.
-constexpr double kWorthAPass = 1e-18;
+constexpr double kGainTolerance = 1e-18;
 
 // A step leaves at least this part of the angle's complement, and of the curvature.
 constexpr double kLeastPart = 0.1;
@@ -226,7 +226,7 @@ void FillRows(const PointBlock& block, std::size_t begin, std::size_t end, const
 }
 
 // v turned about the origin by the length of `by`, around its direction (the formula of O. Rodrigues).
-Vec3 Turned(const Vec3& v, const Vec3& by) {
+Vec3 RotatedRodrigues(const Vec3& v, const Vec3& by) {
   const double angle = std::sqrt(Dot(by, by));
   if (!(angle > 0.0)) return v;
   const Vec3 axis = (1.0 / angle) * by;
@@ -314,7 +314,7 @@ void TurnStrip(const double (&step)[kColumns], ConeModel& m) {
       Cos(NextAngle(m.angle, step[5])) / cosine *
       (bend > 0.0 ? m.height / std::max(1.0 - bend / m.height, kLeastPart) : m.height * m.height / (m.height - bend));
   const Vec3 turn = tiltU * m.v - tiltV * m.u - (shift / m.height) * m.w;
-  m.Turn(Unit(Turned(m.w, turn)), Turned(m.u, turn));
+  m.Turn(Unit(RotatedRodrigues(m.w, turn)), RotatedRodrigues(m.u, turn));
   m.rise += step[0] - step[1] * m.foot;
   m.height = lifted;
   m.angle = angle;
@@ -327,7 +327,7 @@ void MoveSphere(const double (&step)[kColumns], ConeModel& m) {
   const double along = (m.foot + m.height * sine) / cosine;
   const Vec3 centre = along * m.w - m.height * m.u;
   const Vec3 shift = (step[2] / cosine) * m.v - (step[3] / cosine) * m.u;
-  const Vec3 direction = Unit(Turned(m.w, -step[5] * m.v - step[4] * m.u));
+  const Vec3 direction = Unit(RotatedRodrigues(m.w, -step[5] * m.v - step[4] * m.u));
   const double angle = NextAngle(m.angle, step[1] + step[5]);
   // The changes and not the values are what is added up: far from M the values are large.
   const double further = Dot(centre, direction - m.w) + Dot(shift, direction);
@@ -390,7 +390,7 @@ void ConeProblem::Move(PointBlocks&, const System& system, const double (&step)[
 bool ConeProblem::IsEnough(const StepGains& gains, double sumSquares) {
   const bool falls = !gains.damped && std::isfinite(gains.before) && gains.now < gains.before;
   const double rate = falls ? gains.now / gains.before : 1.0;
-  return rate * gains.now <= kWorthAPass * sumSquares;
+  return rate * gains.now <= kGainTolerance * sumSquares;
 }
 
 template class DampedGaussNewton<ConeProblem>;

@@ -68,15 +68,15 @@ class DirectionJudge {
 
  private:
   // Mean values of products with z, the height along the direction.
-  struct Sight {
+  struct DirectionMoments {
     Vec3 direction;
     double square = 0.0;   // z^2
     double fourth = 0.0;   // z^4
     double mixed = 0.0;    // |p|^2 z^2
     double third[3] = {};  // p z^2
   };
-  Sight Along(const Vec3& w) const;
-  RevolutionQuadric QuadricAlong(const Sight& sight, double slope, double root) const;
+  DirectionMoments Along(const Vec3& w) const;
+  RevolutionQuadric QuadricAlong(const DirectionMoments& moments, double slope, double root) const;
 
   double m_square[3];
   double m_fourth[3][3];  // E[p_i^2 |p|^2] and so on: E[p_i p_j |p|^2]
@@ -162,8 +162,8 @@ double SmallestRoot(double a, const double (&c)[3], const double (&d)[3]) {
   return found;
 }
 
-DirectionJudge::Sight DirectionJudge::Along(const Vec3& w) const {
-  Sight sight{w};
+DirectionJudge::DirectionMoments DirectionJudge::Along(const Vec3& w) const {
+  DirectionMoments moments{w};
   const double along[3] = {w.x, w.y, w.z};
   double pairs[6];
   for (int k = 0; k < 6; ++k) pairs[k] = along[kPairs[k][0]] * along[kPairs[k][1]];
@@ -175,53 +175,53 @@ DirectionJudge::Sight DirectionJudge::Along(const Vec3& w) const {
   int next = 0;
   for (int a = 0; a <= 4; ++a)
     for (int b = 0; a + b <= 4; ++b)
-      sight.fourth += m_along[next++] * powers[0][a] * powers[1][b] * powers[2][4 - a - b];
+      moments.fourth += m_along[next++] * powers[0][a] * powers[1][b] * powers[2][4 - a - b];
   for (int i = 0; i < 3; ++i) {
-    for (int k = 0; k < 6; ++k) sight.third[i] += m_third[i][k] * pairs[k];
-    for (int j = 0; j < 3; ++j) sight.mixed += m_fourth[i][j] * along[i] * along[j];
-    sight.square += m_square[i] * pairs[i];
+    for (int k = 0; k < 6; ++k) moments.third[i] += m_third[i][k] * pairs[k];
+    for (int j = 0; j < 3; ++j) moments.mixed += m_fourth[i][j] * along[i] * along[j];
+    moments.square += m_square[i] * pairs[i];
   }
-  return sight;
+  return moments;
 }
 
 // With the mean square given by the eigenvalue.
-RevolutionQuadric DirectionJudge::QuadricAlong(const Sight& sight, double slope, double root) const {
+RevolutionQuadric DirectionJudge::QuadricAlong(const DirectionMoments& moments, double slope, double root) const {
   const double g = 1.0 + slope * slope;
-  const double mean = m_trace - g * sight.square;
+  const double mean = m_trace - g * moments.square;
   double linear[3];
-  for (int i = 0; i < 3; ++i) linear[i] = -(m_cubic[i] - g * sight.third[i]) / (m_square[i] - root);
+  for (int i = 0; i < 3; ++i) linear[i] = -(m_cubic[i] - g * moments.third[i]) / (m_square[i] - root);
   const Vec3 b = LoadVec3(linear);
-  const double along = Dot(b, sight.direction);
-  const Vec3 across = -0.5 * (b - along * sight.direction);
-  const double radius = std::sqrt(std::max(Dot(across, across) + mean, 0.25 * (m_trace - sight.square)));
+  const double along = Dot(b, moments.direction);
+  const Vec3 across = -0.5 * (b - along * moments.direction);
+  const double radius = std::sqrt(std::max(Dot(across, across) + mean, 0.25 * (m_trace - moments.square)));
   const double height = slope > 0.0 ? -0.5 * along / (slope * slope) : 0.0;
   return {root, m_unit * across, m_unit * radius, -0.5 * along / radius, slope, m_unit * height};
 }
 
 RevolutionQuadric DirectionJudge::Judge(const Vec3& w, bool bothNappes) const {
-  const Sight sight = Along(w);
+  const DirectionMoments moments = Along(w);
   double least = kInfinity;
   double best = 0.0;
   for (const double slope : kSlopes) {
     if (bothNappes && slope == 0.0) continue;
     const double g = 1.0 + slope * slope;
-    const double mean = m_trace - g * sight.square;
-    const double variance = m_fourthTrace - 2.0 * g * sight.mixed + g * g * sight.fourth - mean * mean;
-    const double gradient = 4.0 * (m_trace - sight.square + slope * slope * slope * slope * sight.square);
+    const double mean = m_trace - g * moments.square;
+    const double variance = m_fourthTrace - 2.0 * g * moments.mixed + g * g * moments.fourth - mean * mean;
+    const double gradient = 4.0 * (m_trace - moments.square + slope * slope * slope * slope * moments.square);
     const double scale = 1.0 / std::sqrt(gradient);
     double border[3];
-    for (int i = 0; i < 3; ++i) border[i] = scale * (m_cubic[i] - g * sight.third[i]);
+    for (int i = 0; i < 3; ++i) border[i] = scale * (m_cubic[i] - g * moments.third[i]);
     const double root = SmallestRoot(variance * scale * scale, border, m_square);
     if (!(root < least)) continue;
     least = root;
     best = slope;
   }
-  return QuadricAlong(sight, best, least);
+  return QuadricAlong(moments, best, least);
 }
 
 RevolutionQuadric DirectionJudge::Regress(const Vec3& w) const {
-  const Sight sight = Along(w);
-  return QuadricAlong(sight, QuadricAlong(sight, 0.0, 0.0).slope, 0.0);
+  const DirectionMoments moments = Along(w);
+  return QuadricAlong(moments, QuadricAlong(moments, 0.0, 0.0).slope, 0.0);
 }
 
 class ConeSearch {

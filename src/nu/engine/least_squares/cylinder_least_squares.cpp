@@ -23,7 +23,7 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // A descent ends with a step that would lower the sum of squares by less than this part. Where each step gains not much
 // less than the one before, as on flat and rough parts, many more lie ahead, and it goes on.
-constexpr double kWorthAPass = 1e-9;
+constexpr double kGainTolerance = 1e-9;
 constexpr double kFast = 1e-3;
 constexpr double kWorthASlowPass = 1e-18;
 
@@ -204,7 +204,7 @@ void CylinderProblem::Move(PointBlocks&, const System&, const double (&step)[kUn
 
 bool CylinderProblem::IsEnough(const StepGains& gains, double sumSquares) {
   const bool fast = !gains.damped && gains.now <= kFast * gains.before;
-  return gains.now <= (fast ? kWorthAPass : kWorthASlowPass) * sumSquares;
+  return gains.now <= (fast ? kGainTolerance : kWorthASlowPass) * sumSquares;
 }
 
 template class DampedGaussNewton<CylinderProblem>;

@@ -58,7 +58,7 @@ class Search {
 
   bool SearchSubset(Vec2 start) {
     if (m_points.Size() < kSubsetWorth) return false;
-    std::vector<Vec2> subset = m_exchange.TellingPoints(HasOptimum() ? m_best.centre : start);
+    std::vector<Vec2> subset = m_exchange.RepresentativePoints(HasOptimum() ? m_best.centre : start);
     if (HasOptimum()) {
       subset.insert(subset.end(), m_best.outerContact, m_best.outerContact + 2);
       subset.insert(subset.end(), m_best.innerContact, m_best.innerContact + 2);
@@ -88,7 +88,7 @@ class Search {
     const double outer = distance(grid.InPlane(found.outerContact[0]));
     const double inner = distance(grid.InPlane(found.innerContact[0]));
     const double same = Rounding(grid, outer);
-    for (const Vec2& p : m_exchange.TellingPoints(centre)) {
+    for (const Vec2& p : m_exchange.RepresentativePoints(centre)) {
       if (distance(p) > outer + same || distance(p) < inner - same) subset.push_back(p);
     }
     subset.push_back(extremes.farthest);

@@ -139,7 +139,7 @@ AnnulusExchange::Extremes AnnulusExchange::ExtremesOfSample() const {
   return extremes;
 }
 
-std::vector<Vec2> AnnulusExchange::TellingPoints(Vec2 centre) const {
+std::vector<Vec2> AnnulusExchange::RepresentativePoints(Vec2 centre) const {
   struct Run {
     Vec2 farthest, nearest;
     double far = -1.0;

@@ -29,7 +29,7 @@ class AnnulusExchange {
 
   // Some hundred points that tell most about annuli: the sample, and the farthest and the nearest one, from a centre,
   // of each of many runs of points.
-  std::vector<Vec2> TellingPoints(Vec2 centre) const;
+  std::vector<Vec2> RepresentativePoints(Vec2 centre) const;
 
  private:
   void TakeSample(Vec2 start);

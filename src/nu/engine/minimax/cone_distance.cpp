@@ -60,7 +60,7 @@ Coordinates Cross(const Coordinates& a, const Coordinates& b) {
 
 // q turned by the angle and about the axis of a rotation vector, to second order, and by less than half a turn whatever
 // the vector is (Cayley's map).
-Vec3 Turned(const Vec3& q, const Vec3& rotation) {
+Vec3 RotatedCayley(const Vec3& q, const Vec3& rotation) {
   const Vec3 half = 0.5 * rotation;
   const Vec3 moved = Cross(half, q);
   return q + (2.0 / (1.0 + Dot(half, half))) * (moved + Cross(half, moved));
@@ -383,7 +383,8 @@ ConeDistance ConeDistance::Moved(const double (&step)[kUnknowns]) const {
   const Vec3 turn = ((sine * across - twist) / cosine) * frame.x + opening * frame.y - across * frame.z;
   const double most = kRightAngle - kLeastPart * (kRightAngle - std::fabs(angle));
   ConeDistance moved = *this;
-  moved.frame = AxisFrame::Along(frame.origin + step[0] * frame.x, Unit(Turned(frame.z, turn)), Turned(frame.x, turn));
+  moved.frame = AxisFrame::Along(frame.origin + step[0] * frame.x, Unit(RotatedCayley(frame.z, turn)),
+                                 RotatedCayley(frame.x, turn));
   moved.angle = std::clamp(angle + (opening + change), -most, most);
   moved.cosine = Cos(moved.angle);
   moved.sine = Sin(moved.angle);

@@ -54,7 +54,7 @@ class CurvedMinimax {
   }
   // The contacts left a direction free in which the curvature is not positive.
   bool IsIndefinite() const { return m_indefinite; }
-  const double (&HollowDirection() const)[K] { return m_hollow; }
+  const double (&NegativeCurvatureDirection() const)[K] { return m_hollow; }
 
  private:
   static constexpr double kEpsilon = std::numeric_limits<double>::epsilon();

@@ -21,28 +21,28 @@ constexpr double kStationary = 1e-7;
 constexpr double kLeastBend = 0x1p-26;
 
 // The problem in the unit of the blocks, whose distances can be squared.
-struct Scene {
+struct ScaledProblem {
   Vec3 mean;
   Cylinder3 start;
   NearAndFar seen;  // from the mean
   double rounding = 0.0;
 };
 
-bool Prepare(PointBlocks& points, const Vec3& mean, const Cylinder3& start, Scene& scene) {
+bool Prepare(PointBlocks& points, const Vec3& mean, const Cylinder3& start, ScaledProblem& problem) {
   points.Keep();
-  if (!FindNearAndFar(points, mean, scene.seen)) return false;
+  if (!FindNearAndFar(points, mean, problem.seen)) return false;
   const double scale = points.Scale();
-  scene.mean = scale * mean;
-  scene.start = {scale * start.axisPoint, start.axisDirection, scale * start.radius};
-  scene.rounding = kDistanceRoundings * kEpsilon * scene.seen.greatest;
+  problem.mean = scale * mean;
+  problem.start = {scale * start.axisPoint, start.axisDirection, scale * start.radius};
+  problem.rounding = kDistanceRoundings * kEpsilon * problem.seen.greatest;
   return true;
 }
 
 // Seen from among the points.
-CylinderDistance SurfaceOf(PointBlocks& points, const Scene& scene) {
-  const Cylinder3& c = scene.start;
-  const Vec3 outwards = Rejection(scene.mean - c.axisPoint, c.axisDirection);
-  const Vec3 towards = Norm(outwards) > kEpsilon * c.radius ? outwards : scene.seen.farthest - scene.mean;
+CylinderDistance SurfaceOf(PointBlocks& points, const ScaledProblem& problem) {
+  const Cylinder3& c = problem.start;
+  const Vec3 outwards = Rejection(problem.mean - c.axisPoint, c.axisDirection);
+  const Vec3 towards = Norm(outwards) > kEpsilon * c.radius ? outwards : problem.seen.farthest - problem.mean;
   return DistanceFromCylinder(points, c.axisPoint, c.axisDirection, c.radius, towards);
 }
 
@@ -114,8 +114,8 @@ Range DeviationsFrom(PointBlocks& points, const CylinderDistance& surface) {
   return all;
 }
 
-bool IsRound(const Scene& scene, const CylinderDistance& surface) {
-  return scene.seen.greatest > kLeastBend * surface.radius;
+bool IsRound(const ScaledProblem& problem, const CylinderDistance& surface) {
+  return problem.seen.greatest > kLeastBend * surface.radius;
 }
 
 // Half-way between the two cylinders about its axis that hold all points.
@@ -129,11 +129,11 @@ CylinderDistance MiddleOfZone(PointBlocks& points, CylinderDistance surface) {
 
 // Flat points may lead the search to a cylinder that is a plane, where it finds no optimum. Others lie next to the
 // cylinders that bend to the other side, across, or less: the best of them that is below the start, if there is one.
-MinimaxSolution<CylinderDistance> ZoneElsewhere(PointBlocks& points, const Scene& scene, double value,
+MinimaxSolution<CylinderDistance> ZoneElsewhere(PointBlocks& points, const ScaledProblem& problem, double value,
                                                 Minimax<CylinderDistance>& minimax,
                                                 const MinimaxSolution<CylinderDistance>& failed) {
   constexpr double radii[] = {1.0, 4.0, 16.0};
-  const CylinderDistance surface = SurfaceOf(points, scene);
+  const CylinderDistance surface = SurfaceOf(points, problem);
   const Vec3& out = surface.frame.x;
   MinimaxSolution<CylinderDistance> best = failed;
   for (const Vec3& direction : {surface.frame.z, surface.frame.y}) {
@@ -143,9 +143,9 @@ MinimaxSolution<CylinderDistance> ZoneElsewhere(PointBlocks& points, const Scene
         const Vec3 axisPoint = surface.frame.origin - (side * r) * out;
         const MinimaxSolution<CylinderDistance> other =
             minimax.Improve(DistanceFromCylinder(points, axisPoint, direction, r, side * out), value);
-        if (other.end != MinimaxEnd::converged || !IsRound(scene, other.model)) continue;
+        if (other.end != MinimaxEnd::converged || !IsRound(problem, other.model)) continue;
         best = other;
-        value = other.value - scene.rounding;
+        value = other.value - problem.rounding;
       }
     }
   }
@@ -155,32 +155,32 @@ MinimaxSolution<CylinderDistance> ZoneElsewhere(PointBlocks& points, const Scene
 }  // namespace
 
 CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit) {
-  Scene scene;
-  if (!Prepare(points, mean, start, scene)) return {};
-  const CylinderDistance model = MiddleOfZone(points, SurfaceOf(points, scene));
-  Minimax<CylinderDistance> minimax(points, MinimaxSide::both, scene.rounding, limit);
+  ScaledProblem problem;
+  if (!Prepare(points, mean, start, problem)) return {};
+  const CylinderDistance model = MiddleOfZone(points, SurfaceOf(points, problem));
+  Minimax<CylinderDistance> minimax(points, MinimaxSide::both, problem.rounding, limit);
   MinimaxSolution<CylinderDistance> found = minimax.Solve(model);
-  if (found.end == MinimaxEnd::converged && !IsRound(scene, found.model)) found.end = MinimaxEnd::stalled;
+  if (found.end == MinimaxEnd::converged && !IsRound(problem, found.model)) found.end = MinimaxEnd::stalled;
   if (found.end != MinimaxEnd::converged && found.steps < limit) {
     const Range form = DeviationsFrom(points, model);
-    found = ZoneElsewhere(points, scene, 0.5 * (form.largest - form.smallest), minimax, found);
+    found = ZoneElsewhere(points, problem, 0.5 * (form.largest - form.smallest), minimax, found);
   }
-  CylinderMinimax result = Described(found, found.model.AxisPoint(), found.model.frame.z, scene.mean, points.Scale());
+  CylinderMinimax result = Described(found, found.model.AxisPoint(), found.model.frame.z, problem.mean, points.Scale());
   result.cylinder.radius = found.model.radius / points.Scale();
   result.zone = 2.0 * found.value / points.Scale();
-  result.rounding = (scene.rounding + kEpsilon * found.model.radius) / points.Scale();
+  result.rounding = (problem.rounding + kEpsilon * found.model.radius) / points.Scale();
   return result;
 }
 
 CylinderMinimax SmallestCylinderAround(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit) {
-  Scene scene;
-  if (!Prepare(points, mean, start, scene)) return {};
+  ScaledProblem problem;
+  if (!Prepare(points, mean, start, problem)) return {};
   // An axis far outside, as that of a narrow strip, is no start.
   const bool isNear =
-      Norm(Rejection(scene.start.axisPoint - scene.mean, scene.start.axisDirection)) <= scene.seen.greatest;
-  const Vec3& through = isNear ? scene.start.axisPoint : scene.mean;
-  const MinimaxSolution<AxisDistance> found = SmallestCylinder(points, through, scene.start.axisDirection, limit);
-  return Described(found, found.model.frame.origin, found.model.frame.z, scene.mean, points.Scale());
+      Norm(Rejection(problem.start.axisPoint - problem.mean, problem.start.axisDirection)) <= problem.seen.greatest;
+  const Vec3& through = isNear ? problem.start.axisPoint : problem.mean;
+  const MinimaxSolution<AxisDistance> found = SmallestCylinder(points, through, problem.start.axisDirection, limit);
+  return Described(found, found.model.frame.origin, found.model.frame.z, problem.mean, points.Scale());
 }
 
 // Within the ball that holds all points. Where that leads out of the bore, as it may if hardly more than half of the
@@ -188,13 +188,13 @@ CylinderMinimax SmallestCylinderAround(PointBlocks& points, const Vec3& mean, co
 CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit) {
   constexpr double mostRoom = 64.0;  // in units of the form
   constexpr double oneSided = 0.9;   // the points are within about 84 degrees of one direction
-  Scene scene;
-  if (!Prepare(points, mean, start, scene)) return {};
-  const CylinderDistance surface = SurfaceOf(points, scene);
+  ScaledProblem problem;
+  if (!Prepare(points, mean, start, problem)) return {};
+  const CylinderDistance surface = SurfaceOf(points, problem);
   const AxisDistance axis{{surface.AxisPoint(), surface.frame.x, surface.frame.y, surface.frame.z}, surface.half};
-  const BoreDistance widest{axis, scene.mean, scene.seen.greatest};
+  const BoreDistance widest{axis, problem.mean, problem.seen.greatest};
   if (!widest.IsInside()) return {};
-  Minimax<BoreDistance> minimax(points, MinimaxSide::inner, scene.rounding, limit);
+  Minimax<BoreDistance> minimax(points, MinimaxSide::inner, problem.rounding, limit);
   MinimaxSolution<BoreDistance> found = minimax.Solve(widest);
   const bool again = found.end != MinimaxEnd::limitReached && !IsBore(found) && surface.Bulge() > oneSided;
   const Range form = again ? DeviationsFrom(points, surface) : Range{};
@@ -203,7 +203,7 @@ CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, con
     found = minimax.Improve(narrower, -(surface.radius + form.smallest));
   }
   if (found.end != MinimaxEnd::limitReached && !IsBore(found)) found.end = MinimaxEnd::stalled;
-  return Described(found, found.model.frame.origin, found.model.frame.z, scene.mean, points.Scale());
+  return Described(found, found.model.frame.origin, found.model.frame.z, problem.mean, points.Scale());
 }
 
 }  // namespace nu::engine::minimax

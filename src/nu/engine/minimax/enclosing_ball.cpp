@@ -66,7 +66,7 @@ NU_ALWAYS_INLINE void SquareFrom(const Vec3& centre, const Number (&u)[3], Numbe
 struct Reach {
   double square;      // of the largest distance from the centre
   std::size_t index;  // of the point there
-  double blind;       // 0 or, when a square is not finite, NaN
+  double nonFinite;   // 0 or, when a square is not finite, NaN
 };
 
 template<int D>
@@ -87,7 +87,7 @@ NU_ALWAYS_INLINE void FarthestBody(const PointBlock& block, const Gauge<D>& give
     lost += s - s;
   }
   reach.square = Largest(largest);
-  reach.blind = Sum(lost);
+  reach.nonFinite = Sum(lost);
   // Lanes beyond the last point are copies of it.
   for (int l = kLanes - 1; l >= 0; --l) {
     if (largest[l] == reach.square) reach.index = std::min(static_cast<std::size_t>(place[l]) + l, block.size - 1);
@@ -201,7 +201,7 @@ class Pivoting {
       m_finite = --m_changesLeft > 0;
       Farthest(block, m_gauge, reach);
     }
-    m_finite = m_finite && reach.blind == 0.0;
+    m_finite = m_finite && reach.nonFinite == 0.0;
     m_begin += block.size;
   }
 

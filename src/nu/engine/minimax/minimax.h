@@ -362,7 +362,7 @@ class Minimax {
     for (int k = 0; k < K; ++k) m_raised[k][k] += damping * scale;
     m_contacts = contacts;
     m_solved = m_curved.Solve(*m_rows, m_raised, m_rounding, m_contacts);
-    if (m_curved.IsIndefinite()) std::copy_n(m_curved.HollowDirection(), K, m_hollow);
+    if (m_curved.IsIndefinite()) std::copy_n(m_curved.NegativeCurvatureDirection(), K, m_hollow);
     return m_solved && Length(m_curved.Step()) <= m_reach;
   }
 
@@ -450,7 +450,7 @@ class Minimax {
     MinimaxContacts<K> contacts = m_contacts;
     if (m_curved.Solve(*m_rows, curvature, m_rounding, contacts) || !m_curved.IsIndefinite()) return false;
     double away[K];
-    std::copy_n(m_curved.HollowDirection(), K, away);
+    std::copy_n(m_curved.NegativeCurvatureDirection(), K, away);
     const Model here = m_model;
     const double value = m_value;
     const double unit = Scale();

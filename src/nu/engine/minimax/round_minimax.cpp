@@ -16,7 +16,7 @@ constexpr double kSafeLarge = 1e70;
 struct LaneExtremes {
   double farSquare, nearSquare;
   std::size_t farIndex, nearIndex;
-  double blind;  // 0 or, when a square is not finite, NaN
+  double nonFinite;  // 0 or, when a square is not finite, NaN
 };
 
 NU_KERNEL void FindExtremes(const PointBlock& block, const Vec3& centre, LaneExtremes& found) {
@@ -56,12 +56,12 @@ NU_KERNEL void FindExtremes(const PointBlock& block, const Vec3& centre, LaneExt
 NearAndFar NearAndFarFrom(PointBlocks& points, const Vec3& centre) {
   double far = -1.0;
   double near = kInfinity;
-  double blind = 0.0;
+  double nonFinite = 0.0;
   NearAndFar result;
   points.ForEach([&](const PointBlock& block) {
     LaneExtremes found;
     FindExtremes(block, centre, found);
-    blind += found.blind;
+    nonFinite += found.nonFinite;
     if (found.farSquare > far) {
       far = found.farSquare;
       result.farthest = {block.x[found.farIndex], block.y[found.farIndex], block.z[found.farIndex]};
@@ -72,7 +72,7 @@ NearAndFar NearAndFarFrom(PointBlocks& points, const Vec3& centre) {
     }
   });
   result.least = std::sqrt(near);
-  result.greatest = std::sqrt(far) + blind;
+  result.greatest = std::sqrt(far) + nonFinite;
   return result;
 }
 

@@ -134,7 +134,7 @@ Vec2 FootOn(const Parabola2& curve, Vec2 p) {
 
 // The tangents along d have the offsets +-h, h^2 = a^2 d.y^2 + b^2 d.x^2. The roots' discriminant is (a b)^2 times
 // h^2 - offset^2, so nothing cancels but where the line touches.
-Crossings Meet(const Line2& line, const Ellipse2& curve, double tol, double) {
+Crossings Intersect(const Line2& line, const Ellipse2& curve, double tol, double) {
   const Vec2 d = line.direction;
   const double b = curve.b / curve.a;
   const double offset = line.offset / curve.a;
@@ -149,7 +149,7 @@ Crossings Meet(const Line2& line, const Ellipse2& curve, double tol, double) {
 
 // As for the ellipse with -b^2 for b^2: there are tangents along d where h^2 is positive, and the line has to be
 // outside them. Lengths are relative to a.
-Crossings Meet(const Line2& line, const Hyperbola2& curve, double tol, double sineTol) {
+Crossings Intersect(const Line2& line, const Hyperbola2& curve, double tol, double sineTol) {
   const Vec2 d = line.direction;
   const double b = curve.b / curve.a;
   const double offset = line.offset / curve.a;
@@ -170,7 +170,7 @@ Crossings Meet(const Line2& line, const Hyperbola2& curve, double tol, double si
 }
 
 // The tangent along d has the offset f d.x^2 / d.y.
-Crossings Meet(const Line2& line, const Parabola2& curve, double tol, double sineTol) {
+Crossings Intersect(const Line2& line, const Parabola2& curve, double tol, double sineTol) {
   const Vec2 d = line.direction;
   const double offset = line.offset / curve.f;
   const double B = offset * d.x * d.y - 2.0 * d.x;

@@ -53,9 +53,9 @@ struct Crossings {
 
 // A line touches when the tangent beside it is no farther away than `tol`. One that is parallel to an asymptote or to
 // the axis of a parabola within `sineTol` crosses once; an asymptote does not cross.
-Crossings Meet(const Line2& line, const Ellipse2& curve, double tol, double sineTol);
-Crossings Meet(const Line2& line, const Hyperbola2& curve, double tol, double sineTol);
-Crossings Meet(const Line2& line, const Parabola2& curve, double tol, double sineTol);
+Crossings Intersect(const Line2& line, const Ellipse2& curve, double tol, double sineTol);
+Crossings Intersect(const Line2& line, const Hyperbola2& curve, double tol, double sineTol);
+Crossings Intersect(const Line2& line, const Parabola2& curve, double tol, double sineTol);
 
 // A conic in space, in the plane of the unit vectors x and y.
 template<class Curve>
@@ -73,7 +73,7 @@ struct Conic3 {
 
 // The same line within the plane; what leaves the plane is dropped.
 template<class Curve>
-Points2 MeetInPlane(const Line3& line, const Conic3<Curve>& conic, double tol, double sineTol) {
+Points2 IntersectInPlane(const Line3& line, const Conic3<Curve>& conic, double tol, double sineTol) {
   Points2 points;
   const Vec2 through = conic.InPlane(line.point);
   const Vec2 along{Dot(line.direction, conic.x), Dot(line.direction, conic.y)};
@@ -81,7 +81,7 @@ Points2 MeetInPlane(const Line3& line, const Conic3<Curve>& conic, double tol, d
   if (!(length > 0.0)) return points;
   const Vec2 d = (1.0 / length) * along;
   const double offset = Cross(d, through);
-  const Crossings crossings = Meet(Line2{d, offset}, conic.curve, tol, sineTol);
+  const Crossings crossings = Intersect(Line2{d, offset}, conic.curve, tol, sineTol);
   for (int i = 0; i < crossings.count; ++i) points.Add(conic.At(offset * Perpendicular(d) + crossings.s[i] * d));
   return points;
 }
@@ -107,12 +107,12 @@ bool IsInPlane(const Conic3<Curve>& conic, double height, double slope, double t
 
 // In the order of the line.
 template<class Curve>
-Points2 Meet(const Line3& line, const Conic3<Curve>& conic, double tol, double sineTol) {
+Points2 Intersect(const Line3& line, const Conic3<Curve>& conic, double tol, double sineTol) {
   Points2 points;
   const double slope = Dot(line.direction, conic.Normal());
   const Line3 near{line.At(Dot(conic.origin - line.point, line.direction)), line.direction};
   const double height = conic.Height(near.point);
-  if (IsInPlane(conic, height, slope, tol)) return MeetInPlane(near, conic, tol, sineTol);
+  if (IsInPlane(conic, height, slope, tol)) return IntersectInPlane(near, conic, tol, sineTol);
   if (IsOutOfReach<Curve>(std::fabs(slope), sineTol)) return points;
   const Vec3 p = near.At(-height / slope);
   const Vec2 inPlane = conic.InPlane(p);
@@ -123,7 +123,7 @@ Points2 Meet(const Line3& line, const Conic3<Curve>& conic, double tol, double s
 
 // In the order of conic normal x plane normal. None for a conic in the plane.
 template<class Curve>
-Points2 Meet(const Conic3<Curve>& conic, const Plane3& plane, double tol, double sineTol) {
+Points2 Intersect(const Conic3<Curve>& conic, const Plane3& plane, double tol, double sineTol) {
   const Vec3 normal = conic.Normal();
   const double sine = Norm(Cross(normal, plane.normal));
   const double height = plane.Height(conic.origin);
@@ -131,7 +131,7 @@ Points2 Meet(const Conic3<Curve>& conic, const Plane3& plane, double tol, double
   const Vec3 along = UnitAcross(normal, plane.normal);
   const Vec3 uphill = Cross(along, normal);
   const Line3 trace{conic.origin - (height / sine) * uphill, along};
-  return MeetInPlane(trace, conic, tol, sineTol);
+  return IntersectInPlane(trace, conic, tol, sineTol);
 }
 
 }  // namespace nu::engine::shapes

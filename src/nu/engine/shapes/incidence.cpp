@@ -35,7 +35,7 @@ Points2 Pierce(const Line3& line, const Circle3& circle, double height, double s
     points.Add(p);
     return points;
   }
-  const Points2 onSphere = Meet(line, Sphere3{circle.centre, circle.radius}, tol);
+  const Points2 onSphere = Intersect(line, Sphere3{circle.centre, circle.radius}, tol);
   for (int i = 0; i < onSphere.count; ++i) {
     if (IsOn(onSphere.at[i], circle, tol)) points.Add(onSphere.at[i]);
   }
@@ -44,7 +44,7 @@ Points2 Pierce(const Line3& line, const Circle3& circle, double height, double s
 
 // Circles in one plane, d and `way` the distance and direction from centre to centre. The triangle of both radii and d
 // has the height that Heron's formula gives in factors, none of which cancels but the one that vanishes.
-Points2 MeetInPlane(const Circle3& first, const Circle3& second, double tol) {
+Points2 IntersectInPlane(const Circle3& first, const Circle3& second, double tol) {
   Points2 points;
   const double r1 = first.radius;
   const double r2 = second.radius;
@@ -105,7 +105,7 @@ Chord ChordAt(double h, double radius, double tol) {
 
 // The line counts as one of the plane when no point of it inside the circle leaves the plane by more than the
 // tolerance; that asks for no tolerance of angles.
-Points2 Meet(const Line3& line, const Circle3& circle, double tol) {
+Points2 Intersect(const Line3& line, const Circle3& circle, double tol) {
   const Vec3 w = circle.centre - line.point;
   const double foot = Dot(w, line.direction);
   const double height = Dot(line.At(foot) - circle.centre, circle.normal);
@@ -116,14 +116,14 @@ Points2 Meet(const Line3& line, const Circle3& circle, double tol) {
   return Pierce({line.At(foot), line.direction}, circle, height, slope, tol);
 }
 
-Points2 Meet(const Line3& line, const Sphere3& sphere, double tol) {
+Points2 Intersect(const Line3& line, const Sphere3& sphere, double tol) {
   const Vec3 w = sphere.centre - line.point;
   return OnLine(line, Dot(w, line.direction), ChordAt(Norm(Rejection(w, line.direction)), sphere.radius, tol));
 }
 
 // Seen along the axis, the line passes the circle's centre at its distance from the axis; its way appears shortened by
 // the sine between them.
-Points2 Meet(const Line3& line, const InfiniteCylinder& cylinder, const Approach& approach, double tol) {
+Points2 Intersect(const Line3& line, const InfiniteCylinder& cylinder, const Approach& approach, double tol) {
   if (approach.parallel) return {};
   Chord chord = ChordAt(approach.distance, cylinder.radius, tol);
   chord.half /= Sine(line.direction, cylinder.axis.direction);
@@ -132,7 +132,7 @@ Points2 Meet(const Line3& line, const InfiniteCylinder& cylinder, const Approach
 
 // The trace of the plane in the plane of the circle runs along n x m; its distance from the centre is the height of the
 // centre over the plane divided by the sine between the normals.
-Points2 Meet(const Circle3& circle, const Plane3& plane, double tol) {
+Points2 Intersect(const Circle3& circle, const Plane3& plane, double tol) {
   const double sine = Sine(circle.normal, plane.normal);
   const double height = plane.Height(circle.centre);
   if (!(sine > 0.0) || std::fabs(height) + circle.radius * sine <= tol) return {};
@@ -144,14 +144,15 @@ Points2 Meet(const Circle3& circle, const Plane3& plane, double tol) {
 
 // In different planes only the two points of either circle in the plane of the other can be common. Near a tangent one
 // circle gives them better than the other, so both are asked.
-Points2 Meet(const Circle3& first, const Circle3& second, double tol) {
-  if (LiesInPlaneOf(first, second, tol) || LiesInPlaneOf(second, first, tol)) return MeetInPlane(first, second, tol);
+Points2 Intersect(const Circle3& first, const Circle3& second, double tol) {
+  if (LiesInPlaneOf(first, second, tol) || LiesInPlaneOf(second, first, tol))
+    return IntersectInPlane(first, second, tol);
   Points2 common;
-  const Points2 ofFirst = Meet(first, Plane3{second.centre, second.normal}, tol);
+  const Points2 ofFirst = Intersect(first, Plane3{second.centre, second.normal}, tol);
   for (int i = 0; i < ofFirst.count; ++i) {
     if (IsOn(ofFirst.at[i], second, tol)) AddIfNew(ofFirst.at[i], tol, common);
   }
-  const Points2 ofSecond = Meet(second, Plane3{first.centre, first.normal}, tol);
+  const Points2 ofSecond = Intersect(second, Plane3{first.centre, first.normal}, tol);
   for (int i = ofSecond.count - 1; i >= 0; --i) {
     if (IsOn(ofSecond.at[i], first, tol)) AddIfNew(ofSecond.at[i], tol, common);
   }
@@ -162,7 +163,7 @@ Points2 Meet(const Circle3& first, const Circle3& second, double tol) {
 
 // The point of the line that is nearest to the middle M of both points. With the unit vector t across n1 and the line,
 // n2 = cosine n1 + sine t; M - h1 n1 is in the first plane, and from there the second one is reached along t.
-Line3 Meet(const Plane3& first, const Plane3& second) {
+Line3 Intersect(const Plane3& first, const Plane3& second) {
   const Vec3 along = UnitAcross(first.normal, second.normal);
   const Vec3 t = Cross(along, first.normal);
   const Vec3 between = second.point - first.point;

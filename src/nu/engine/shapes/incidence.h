@@ -106,18 +106,18 @@ struct Points2 {
 };
 
 // In the order of the line.
-Points2 Meet(const Line3& line, const Circle3& circle, double tol);
-Points2 Meet(const Line3& line, const Sphere3& sphere, double tol);
+Points2 Intersect(const Line3& line, const Circle3& circle, double tol);
+Points2 Intersect(const Line3& line, const Sphere3& sphere, double tol);
 // None for lines that are parallel. `approach` is that of the line to the axis.
-Points2 Meet(const Line3& line, const InfiniteCylinder& cylinder, const Approach& approach, double tol);
+Points2 Intersect(const Line3& line, const InfiniteCylinder& cylinder, const Approach& approach, double tol);
 // In the order of circle normal x plane normal. None for a circle in the plane.
-Points2 Meet(const Circle3& circle, const Plane3& plane, double tol);
+Points2 Intersect(const Circle3& circle, const Plane3& plane, double tol);
 // None for circles that share more than two points. Circles in one plane: first the point to the left of the way from
 // centre to centre, seen from the tip of the first normal; else in the order of first normal x second normal.
-Points2 Meet(const Circle3& first, const Circle3& second, double tol);
+Points2 Intersect(const Circle3& first, const Circle3& second, double tol);
 
 // The line in which two planes meet, near their points. The sine between the normals must not be zero.
-Line3 Meet(const Plane3& first, const Plane3& second);
+Line3 Intersect(const Plane3& first, const Plane3& second);
 
 }  // namespace nu::engine::shapes
 

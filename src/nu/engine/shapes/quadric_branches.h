@@ -4,14 +4,14 @@
 #include <optional>
 #include <vector>
 
-#include "nu/engine/shapes/quadric_curve.h"
+#include "nu/engine/shapes/quadric_intersection_curve.h"
 
 namespace nu::engine::shapes {
 
 // What two quadrics of a size about 1 have in common.
 struct QuadricBranches {
-  std::vector<QuadricCurve> curves;  // one per connected branch
-  std::vector<Vec3> points;          // where they touch from outside each other
+  std::vector<QuadricIntersectionCurve> curves;  // one per connected branch
+  std::vector<Vec3> points;                      // where they touch from outside each other
 };
 
 // `stationary` are the angles at which the discriminant h^2 - a c is stationary; it has no sign change between

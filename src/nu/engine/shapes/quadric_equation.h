@@ -1,7 +1,7 @@
 #ifndef NU_ENGINE_SHAPES_QUADRIC_EQUATION_H
 #define NU_ENGINE_SHAPES_QUADRIC_EQUATION_H
 
-#include "nu/engine/shapes/quadric_curve.h"
+#include "nu/engine/shapes/quadric_intersection_curve.h"
 
 // The common curve of a pair of quadrics in the angles u of the generators and w of the places along them, t = tan w:
 //   g(u, w) = a(u) sin^2 w + 2 h(u) sin w cos w + c(u) cos^2 w = 0,

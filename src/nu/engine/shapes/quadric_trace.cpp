@@ -85,7 +85,7 @@ class Tracer {
     return true;
   }
 
-  std::vector<QuadricCurve> Take() { return std::move(m_curves); }
+  std::vector<QuadricIntersectionCurve> Take() { return std::move(m_curves); }
   // Where no step was found.
   QuadricPlace End() const {
     const QuadricSpot& at = m_steps.empty() ? m_from : m_steps.back().to;
@@ -415,7 +415,7 @@ class Tracer {
   }
 
   void AddCurve(std::size_t first, std::size_t last, bool isClosed) {
-    QuadricCurve curve{m_pair, m_path, {}};
+    QuadricIntersectionCurve curve{m_pair, m_path, {}};
     curve.path.closed = isClosed;
     double v = 0.0;
     for (std::size_t i = first; i < last; ++i) {
@@ -436,7 +436,7 @@ class Tracer {
   }
 
   // One turn, or two for a curve through a double point of its own.
-  void ScaleToTurns(QuadricCurve& curve) const {
+  void ScaleToTurns(QuadricIntersectionCurve& curve) const {
     bool isTwofold = false;
     for (const QuadricPlace& node : m_nodes) {
       int passes = 0;
@@ -455,7 +455,7 @@ class Tracer {
   }
 
   // A branch all of which is farther away gets a reach of its own.
-  void CutAtReach(QuadricCurve& curve) const {
+  void CutAtReach(QuadricIntersectionCurve& curve) const {
     double nearest = HUGE_VAL;
     for (const QuadricNode& node : curve.nodes) nearest = std::fmin(nearest, std::fabs(node.t));
     const double reach = nearest < m_reach ? m_reach : kOwnReach * nearest;
@@ -471,7 +471,7 @@ class Tracer {
     curve.path.upper = EndAt(curve, reach, nodes[nodes.size() - 2].v, nodes.back().v);
   }
 
-  static double EndAt(const QuadricCurve& curve, double reach, double inside, double outside) {
+  static double EndAt(const QuadricIntersectionCurve& curve, double reach, double inside, double outside) {
     constexpr int kHalvings = 50;
     const auto levelAt = [&](double v) { return std::fabs(curve.LevelAt(v)); };
     if (levelAt(outside) <= reach) return outside;
@@ -501,13 +501,13 @@ class Tracer {
   QuadricSpot m_from;
   std::vector<Seed> m_seeds;
   std::vector<Step> m_steps;
-  std::vector<QuadricCurve> m_curves;
+  std::vector<QuadricIntersectionCurve> m_curves;
 };
 
 }  // namespace
 
 // A curve that asks for short steps may have a double point there, to the tolerance.
-std::optional<std::vector<QuadricCurve>> TraceBranches(const QuadricTask& task) {
+std::optional<std::vector<QuadricIntersectionCurve>> TraceBranches(const QuadricTask& task) {
   constexpr int kTries = 8;
   constexpr double kSuspicious = 1e-7;
   constexpr double kShortest = 0x1p-100;  // next to u = t = 0 numbers are as dense

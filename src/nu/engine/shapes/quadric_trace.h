@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "nu/engine/shapes/quadric_curve.h"
+#include "nu/engine/shapes/quadric_intersection_curve.h"
 
 namespace nu::engine::shapes {
 
@@ -27,7 +27,7 @@ struct QuadricTask {
 
 // The branches through the seeds, each once, cut at infinity and then at the reach. A branch runs straight through
 // double points. Nothing where a step cannot be proven. The mathematics is at the top of the source.
-std::optional<std::vector<QuadricCurve>> TraceBranches(const QuadricTask& task);
+std::optional<std::vector<QuadricIntersectionCurve>> TraceBranches(const QuadricTask& task);
 
 }  // namespace nu::engine::shapes
 

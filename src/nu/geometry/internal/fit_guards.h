@@ -8,7 +8,7 @@
 #include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/fit_result.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 #include "nu/geometry/internal/point_set.h"
 
 // What the fits of all features share: their checks, the translation of foreign exceptions, and the twins that do not

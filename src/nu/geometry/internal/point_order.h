@@ -10,7 +10,7 @@ namespace nu::internal {
 
 // Only few and regular points, those of a lattice, have several optima that are equal to the last digit. There rounding
 // would let the order of the points choose, so it is made the same for all.
-inline bool IsOrderToBeMade(const CNuPointArray& points) {
+inline bool NeedsCanonicalOrder(const CNuPointArray& points) {
   constexpr int kFewPoints = 256;
   return points.GetSize() <= kFewPoints;
 }

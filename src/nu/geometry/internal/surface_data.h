@@ -2,7 +2,7 @@
 #define NU_GEOMETRY_INTERNAL_SURFACE_DATA_H
 
 #include "nu/engine/shapes/double_cone.h"
-#include "nu/geometry/internal/directions.h"
+#include "nu/geometry/internal/conversions.h"
 #include "nu/surfaces/cone.h"
 #include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/sphere.h"

@@ -1,4 +1,4 @@
-#include "nu/engine/shapes/quadric_curve.h"
+#include "nu/engine/shapes/quadric_intersection_curve.h"
 
 #include <cfloat>
 #include <limits>
@@ -152,13 +152,13 @@ double AroundPath(const QuadricPath& path, double v) {
 
 }  // namespace
 
-std::size_t QuadricCurve::StretchOf(double v) const {
+std::size_t QuadricIntersectionCurve::StretchOf(double v) const {
   const auto isBefore = [](double value, const QuadricNode& node) { return value < node.v; };
   const auto next = std::upper_bound(nodes.begin() + 1, nodes.end() - 1, v, isBefore);
   return static_cast<std::size_t>(next - nodes.begin()) - 1;
 }
 
-QuadricPlace QuadricCurve::PlaceAt(std::size_t stretch, double v) const {
+QuadricPlace QuadricIntersectionCurve::PlaceAt(std::size_t stretch, double v) const {
   const QuadricEquation equation(pair, path);
   const QuadricNode& from = nodes[stretch];
   const QuadricNode& to = nodes[stretch + 1];
@@ -177,7 +177,7 @@ QuadricPlace QuadricCurve::PlaceAt(std::size_t stretch, double v) const {
   return {equation.AngleAt(t / length, 1.0 / length, u, lower, upper), t};
 }
 
-QuadricPlace QuadricCurve::PlaceAcross(const QuadricNode& from, const QuadricNode& to, double share) const {
+QuadricPlace QuadricIntersectionCurve::PlaceAcross(const QuadricNode& from, const QuadricNode& to, double share) const {
   const QuadricEquation equation(pair, path);
   const double scale = Hypot(1.0, from.t);
   const double x = AngleNear(to.u, from.u) - from.u;
@@ -198,17 +198,17 @@ QuadricPlace QuadricCurve::PlaceAcross(const QuadricNode& from, const QuadricNod
   return {from.u + reached * x + bend.x, from.t + scale * (reached * y + bend.y)};
 }
 
-double QuadricCurve::LevelAt(double v) const {
+double QuadricIntersectionCurve::LevelAt(double v) const {
   return PlaceAt(StretchOf(v), v).t;
 }
 
-Vec3 QuadricCurve::At(double v) const {
+Vec3 QuadricIntersectionCurve::At(double v) const {
   const double around = AroundPath(path, v);
   const QuadricPlace place = PlaceAt(StretchOf(around), around);
   return pair.OnBoth(pair.On(place.u, place.t));
 }
 
-void QuadricCurve::MeasureNodes() {
+void QuadricIntersectionCurve::MeasureNodes() {
   for (QuadricNode& node : nodes) node.point = At(node.v);
 }
 
@@ -218,7 +218,7 @@ namespace {
 // than its chord lets it be.
 class NearestPoint {
  public:
-  NearestPoint(const QuadricCurve& curve, Vec3 p) : m_curve(curve), m_p(p) {}
+  NearestPoint(const QuadricIntersectionCurve& curve, Vec3 p) : m_curve(curve), m_p(p) {}
 
   QuadricFoot Find() {
     SampleCurve();
@@ -327,7 +327,7 @@ class NearestPoint {
     if (distance <= m_best.distance * (1.0 + kHalf)) m_best = {v, at, std::fmin(distance, m_best.distance)};
   }
 
-  const QuadricCurve& m_curve;
+  const QuadricIntersectionCurve& m_curve;
   Vec3 m_p;
   QuadricFoot m_best;
   std::vector<QuadricFoot> m_samples;
@@ -335,7 +335,7 @@ class NearestPoint {
 
 }  // namespace
 
-QuadricFoot QuadricCurve::FootOf(Vec3 p) const {
+QuadricFoot QuadricIntersectionCurve::FootOf(Vec3 p) const {
   constexpr double nan = std::numeric_limits<double>::quiet_NaN();
   if (!IsFinite(p)) return {nan, {nan, nan, nan}, nan};
   return NearestPoint(*this, p).Find();

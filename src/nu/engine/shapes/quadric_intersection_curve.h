@@ -1,5 +1,5 @@
-#ifndef NU_ENGINE_SHAPES_QUADRIC_CURVE_H
-#define NU_ENGINE_SHAPES_QUADRIC_CURVE_H
+#ifndef NU_ENGINE_SHAPES_QUADRIC_INTERSECTION_CURVE_H
+#define NU_ENGINE_SHAPES_QUADRIC_INTERSECTION_CURVE_H
 
 #include <vector>
 
@@ -123,7 +123,7 @@ struct QuadricRange {
   double upper = 0.0;
 };
 
-struct QuadricCurve {
+struct QuadricIntersectionCurve {
   // t on the generator.
   double LevelAt(double v) const;
   // v is taken around a closed curve, and to the nearest end of another one.
@@ -131,7 +131,7 @@ struct QuadricCurve {
   QuadricFoot FootOf(Vec3 p) const;
 
   // Between two parameters, no more than a turn of a closed curve apart; they keep their meaning.
-  QuadricCurve Part(double from, double to) const;
+  QuadricIntersectionCurve Part(double from, double to) const;
   // Parameters, both ends included, between which no chord is farther from the curve than the tolerance; none where
   // more than `most` are needed.
   std::vector<double> SamplesWithin(double tol, std::size_t most) const;

@@ -1,4 +1,4 @@
-#include "nu/engine/points/heights.h"
+#include "nu/engine/points/last_beyond.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,5 @@
-#ifndef NU_SURFACES_INTERNAL_QUADRIC_MEETING_H
-#define NU_SURFACES_INTERNAL_QUADRIC_MEETING_H
+#ifndef NU_SURFACES_INTERNAL_QUADRIC_INTERSECTION_H
+#define NU_SURFACES_INTERNAL_QUADRIC_INTERSECTION_H
 
 #include <cfloat>
 
@@ -25,9 +25,9 @@ bool Precedes(const RoundQuadric& first, const RoundQuadric& second);
 // common in the caller's unit. Surfaces that are not finite: CNuOperationException cause 45. What is added must be on
 // both surfaces, by the tolerance they touch by: else CNuOperationException cause 46, "calculation", at the operation
 // that `where` names.
-class QuadricMeeting {
+class QuadricIntersection {
  public:
-  QuadricMeeting(const RoundQuadric& first, const RoundQuadric& second, const char* where);
+  QuadricIntersection(const RoundQuadric& first, const RoundQuadric& second, const char* where);
 
   const RoundQuadric& First() const { return m_first; }
   const RoundQuadric& Second() const { return m_second; }
@@ -67,7 +67,8 @@ class QuadricMeeting {
 
 // A base on whose generators the other surface is met, in its own upright frame and a unit of the size of both there.
 struct QuadricStage {
-  QuadricStage(const RoundQuadric& base, const RoundQuadric& other, Vec3 origin, const QuadricMeeting& meeting);
+  QuadricStage(const RoundQuadric& base, const RoundQuadric& other, Vec3 origin,
+               const QuadricIntersection& intersection);
 
   // The other surface's matrix.
   CNuMatrix Quadric() const;
@@ -105,7 +106,8 @@ struct ConeContact {
 using ConeKernel = int (CNuConSurf::*)(const CNuMatrix&, CNuTriagPolynomial*, CNuInterval*, double*, int*, int*,
                                        int*) const;
 // Adds the branches on the generators of the cone that is the base, but for a common one.
-void MeetOnCone(const QuadricStage& stage, const ConeContact& contact, ConeKernel kernel, QuadricMeeting& meeting);
+void IntersectOnCone(const QuadricStage& stage, const ConeContact& contact, ConeKernel kernel,
+                     QuadricIntersection& intersection);
 
 // The undirected angle between two unit directions, in degrees.
 double AngleBetween(Vec3 a, Vec3 b);

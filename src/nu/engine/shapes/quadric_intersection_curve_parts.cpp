@@ -3,7 +3,7 @@
 
 #include <cfloat>
 
-#include "nu/engine/shapes/quadric_curve.h"
+#include "nu/engine/shapes/quadric_intersection_curve.h"
 
 namespace nu::engine::shapes {
 
@@ -20,7 +20,8 @@ double DistanceToChord(Vec3 p, Vec3 from, Vec3 to) {
 
 class ChordSampler {
  public:
-  ChordSampler(const QuadricCurve& curve, double tol, std::size_t most) : m_curve(curve), m_tol(tol), m_most(most) {}
+  ChordSampler(const QuadricIntersectionCurve& curve, double tol, std::size_t most)
+      : m_curve(curve), m_tol(tol), m_most(most) {}
 
   // False when there are too many.
   bool Add(double from, double to) {
@@ -47,7 +48,7 @@ class ChordSampler {
     return Split(from, first, middle, between, halvings - 1) && Split(middle, between, to, last, halvings - 1);
   }
 
-  const QuadricCurve& m_curve;
+  const QuadricIntersectionCurve& m_curve;
   double m_tol;
   std::size_t m_most;
   std::vector<double> m_samples;
@@ -55,7 +56,8 @@ class ChordSampler {
 
 class BorderFinder {
  public:
-  BorderFinder(const QuadricCurve& curve, const std::vector<HalfSpace>& spaces) : m_curve(curve), m_spaces(spaces) {}
+  BorderFinder(const QuadricIntersectionCurve& curve, const std::vector<HalfSpace>& spaces)
+      : m_curve(curve), m_spaces(spaces) {}
 
   // How far outside, negative inside; a NaN counts as outside.
   double Excess(Vec3 p) const {
@@ -110,7 +112,7 @@ class BorderFinder {
     return inside;
   }
 
-  const QuadricCurve& m_curve;
+  const QuadricIntersectionCurve& m_curve;
   const std::vector<HalfSpace>& m_spaces;
   int m_count = 0;
   std::vector<double> m_crossings;
@@ -118,7 +120,7 @@ class BorderFinder {
 
 }  // namespace
 
-std::vector<double> QuadricCurve::NodesWithin() const {
+std::vector<double> QuadricIntersectionCurve::NodesWithin() const {
   std::vector<double> all{path.lower};
   for (const QuadricNode& node : nodes) {
     if (node.v > path.lower && node.v < path.upper) all.push_back(node.v);
@@ -127,8 +129,8 @@ std::vector<double> QuadricCurve::NodesWithin() const {
   return all;
 }
 
-QuadricCurve QuadricCurve::Part(double from, double to) const {
-  QuadricCurve part{pair, path, {}};
+QuadricIntersectionCurve QuadricIntersectionCurve::Part(double from, double to) const {
+  QuadricIntersectionCurve part{pair, path, {}};
   const double period = path.upper - path.lower;
   const double first = path.closed ? std::floor((from - path.lower) / period) : 0.0;
   const int turns = path.closed ? 2 : 1;
@@ -150,7 +152,7 @@ QuadricCurve QuadricCurve::Part(double from, double to) const {
   return part;
 }
 
-std::vector<double> QuadricCurve::SamplesWithin(double tol, std::size_t most) const {
+std::vector<double> QuadricIntersectionCurve::SamplesWithin(double tol, std::size_t most) const {
   ChordSampler sampler(*this, tol, most);
   const std::vector<double> ends = NodesWithin();
   for (std::size_t i = 1; i < ends.size(); ++i) {
@@ -159,7 +161,7 @@ std::vector<double> QuadricCurve::SamplesWithin(double tol, std::size_t most) co
   return sampler.Take();
 }
 
-std::vector<QuadricRange> QuadricCurve::Inside(const std::vector<HalfSpace>& spaces) const {
+std::vector<QuadricRange> QuadricIntersectionCurve::Inside(const std::vector<HalfSpace>& spaces) const {
   BorderFinder finder(*this, spaces);
   const std::vector<double> ends = NodesWithin();
   for (std::size_t i = 1; i < ends.size(); ++i) finder.Add(ends[i - 1], ends[i]);

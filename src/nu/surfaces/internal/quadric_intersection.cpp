@@ -1,4 +1,4 @@
-#include "nu/surfaces/internal/quadric_meeting.h"
+#include "nu/surfaces/internal/quadric_intersection.h"
 
 #include <array>
 
@@ -104,7 +104,7 @@ std::vector<Plane3> PlanesAroundSphere(const RoundQuadric& first, const RoundQua
 
 }  // namespace
 
-QuadricMeeting::QuadricMeeting(const RoundQuadric& first, const RoundQuadric& second, const char* where)
+QuadricIntersection::QuadricIntersection(const RoundQuadric& first, const RoundQuadric& second, const char* where)
     : m_where(where) {
   const double size =
       std::max({first.radius, second.radius, LargestComponent(first.point), LargestComponent(second.point)});
@@ -116,20 +116,20 @@ QuadricMeeting::QuadricMeeting(const RoundQuadric& first, const RoundQuadric& se
   m_tol = CoincidenceTol(NuGetLengthTol() / m_unit, size / m_unit);
 }
 
-CNuPoint QuadricMeeting::World(Vec3 p) const {
+CNuPoint QuadricIntersection::World(Vec3 p) const {
   return ToPoint(m_unit * p);
 }
 
 // Two surfaces that touch within the tolerance, in a place that is as far from either. So far from where they were
 // compared, directions that count as equal lead apart.
-bool QuadricMeeting::IsOnBoth(Vec3 p, double distance) const {
+bool QuadricIntersection::IsOnBoth(Vec3 p, double distance) const {
   constexpr double kShares = 4.0;  // of the surfaces, their axes and radii
   const double turned = distance * (NuGetDegreeTol() * (Nu_PI / 180.0));
   const double tol = kShares * (CoincidenceTol(m_tol, LargestComponent(p)) + std::fmax(turned, 0.0));
   return std::fabs(m_first.OffsetOf(p).distance) <= tol && std::fabs(m_second.OffsetOf(p).distance) <= tol;
 }
 
-bool QuadricMeeting::IsOnBoth(const CNuObject& object) const {
+bool QuadricIntersection::IsOnBoth(const CNuObject& object) const {
   const CNuPointArray points = SomePointsOf(object, m_unit);
   for (int i = 0; i < points.GetSize(); ++i) {
     if (!IsOnBoth((1.0 / m_unit) * Components(points[i]))) return false;
@@ -137,30 +137,30 @@ bool QuadricMeeting::IsOnBoth(const CNuObject& object) const {
   return true;
 }
 
-void QuadricMeeting::Require(bool isOnBoth) const {
+void QuadricIntersection::Require(bool isOnBoth) const {
   if (!isOnBoth) FailOperation(46, "calculation", m_where);
 }
 
-void QuadricMeeting::AddPoint(Vec3 p) {
+void QuadricIntersection::AddPoint(Vec3 p) {
   Require(IsOnBoth(p));
   m_found.push_back(std::make_unique<CNuPoint>(World(p)));
 }
 
-void QuadricMeeting::AddLine(Vec3 point, Vec3 direction) {
+void QuadricIntersection::AddLine(Vec3 point, Vec3 direction) {
   constexpr double kFar = 1000.0;  // times the largest coordinate or radius
   Require(IsOnBoth(point));
   for (const double side : {-kFar, kFar}) Require(IsOnBoth(point + side * direction, kFar));
   m_found.push_back(std::make_unique<CNuLine>(World(point), ToVector(direction)));
 }
 
-void QuadricMeeting::AddCircle(Vec3 centre, Vec3 normal, double radius) {
+void QuadricIntersection::AddCircle(Vec3 centre, Vec3 normal, double radius) {
   const AxisFrame frame = AxisFrame::Along(centre, normal);
   Require(radius > 0.0 && IsOnBoth(centre + radius * frame.x) && IsOnBoth(centre + radius * frame.y));
   m_found.push_back(std::make_unique<CNuCircle>(m_unit * radius, World(centre), ToVector(normal)));
 }
 
 template<class Surface>
-bool QuadricMeeting::AddSections(const Surface& surface, const std::vector<Plane3>& planes) {
+bool QuadricIntersection::AddSections(const Surface& surface, const std::vector<Plane3>& planes) {
   constexpr int kMost = 2;  // of one plane
   NewObjects sections;
   sections.reserve(kMost * planes.size());  // so that each is owned at once
@@ -177,10 +177,10 @@ bool QuadricMeeting::AddSections(const Surface& surface, const std::vector<Plane
   for (auto& section : sections) m_found.push_back(std::move(section));
   return true;
 }
-template bool QuadricMeeting::AddSections(const CNuConSurf& surface, const std::vector<Plane3>& planes);
+template bool QuadricIntersection::AddSections(const CNuConSurf& surface, const std::vector<Plane3>& planes);
 
 template<class Surface>
-bool QuadricMeeting::AddAroundCommonSphere(const Surface& surface) {
+bool QuadricIntersection::AddAroundCommonSphere(const Surface& surface) {
   const Approach approach = ClosestApproach(AxisOf(m_first), AxisOf(m_second), 0.0);
   const Vec3 centre = 0.5 * (AxisOf(m_first).At(approach.alongFirst) + AxisOf(m_second).At(approach.alongSecond));
   const double tol = CoincidenceTol(m_tol, LargestComponent(centre));
@@ -189,14 +189,15 @@ bool QuadricMeeting::AddAroundCommonSphere(const Surface& surface) {
   if (!(std::fabs(radius - InscribedRadius(m_second, approach.alongSecond)) <= tol)) return false;
   return AddSections(surface, PlanesAroundSphere(m_first, m_second, centre, radius));
 }
-template bool QuadricMeeting::AddAroundCommonSphere(const CNuCylSurf& surface);
-template bool QuadricMeeting::AddAroundCommonSphere(const CNuConSurf& surface);
+template bool QuadricIntersection::AddAroundCommonSphere(const CNuCylSurf& surface);
+template bool QuadricIntersection::AddAroundCommonSphere(const CNuConSurf& surface);
 
-void QuadricMeeting::AddBranches(const std::optional<QuadricBranches>& branches, const AxisFrame& frame, double unit) {
+void QuadricIntersection::AddBranches(const std::optional<QuadricBranches>& branches, const AxisFrame& frame,
+                                      double unit) {
   Require(branches.has_value());
   AxisFrame world = frame;
   world.origin = m_unit * frame.origin;
-  for (const QuadricCurve& curve : branches->curves) {
+  for (const QuadricIntersectionCurve& curve : branches->curves) {
     m_found.push_back(std::unique_ptr<CNuObject>(NewPCurve(curve, world, m_unit * unit)));
   }
   for (const Vec3& p : branches->points) {
@@ -236,7 +237,7 @@ double StartOf(const QuadricPair& pair) {
 
 // A cylinder is taken at the point of its axis that is nearest to the origin.
 QuadricStage::QuadricStage(const RoundQuadric& base, const RoundQuadric& other, Vec3 origin,
-                           const QuadricMeeting& meeting)
+                           const QuadricIntersection& intersection)
     : frame(FrameTowards(origin, base.axis, TowardsCommon(base, other, origin))) {
   pair.base = base;
   pair.base.point = {};
@@ -250,10 +251,10 @@ QuadricStage::QuadricStage(const RoundQuadric& base, const RoundQuadric& other, 
   unit = UnitFor(std::max({base.radius, other.radius, Norm(pair.other.point)}));
   pair.base = InUnit(pair.base, unit);
   pair.other = InUnit(pair.other, unit);
-  tol = CoincidenceTol(meeting.Tol(), LargestComponent(origin)) / unit;
+  tol = CoincidenceTol(intersection.Tol(), LargestComponent(origin)) / unit;
   constexpr double kLeastReach = 1000.0;            // of the size of both surfaces
   constexpr double kMostReach = 1.0 / DBL_EPSILON;  // where their distance is lost beside the coordinates
-  reach = std::fmin(std::fmax(kLeastReach, meeting.LargestPart() / unit), kMostReach);
+  reach = std::fmin(std::fmax(kLeastReach, intersection.LargestPart() / unit), kMostReach);
   pair.start = StartOf(pair);
   pair.SetWaves();
 }
@@ -353,7 +354,8 @@ void RemoveNearest(double u, std::vector<double>& angles) {
 
 }  // namespace
 
-void MeetOnCone(const QuadricStage& stage, const ConeContact& contact, ConeKernel kernel, QuadricMeeting& meeting) {
+void IntersectOnCone(const QuadricStage& stage, const ConeContact& contact, ConeKernel kernel,
+                     QuadricIntersection& intersection) {
   CNuTriagPolynomial curve[3];
   CNuInterval ranges[kMostRanges];
   double angles[kMostRanges];
@@ -375,7 +377,7 @@ void MeetOnCone(const QuadricStage& stage, const ConeContact& contact, ConeKerne
   } else {
     branches = BranchesOf(pair, LowerEnds(ranges, count), asymptotes, stage.tol, stage.reach);
   }
-  meeting.AddBranches(branches, stage.frame, stage.unit);
+  intersection.AddBranches(branches, stage.frame, stage.unit);
 }
 
 double AngleBetween(Vec3 a, Vec3 b) {

@@ -1,4 +1,4 @@
-#include "nu/engine/least_squares/quadratic_curve.h"
+#include "nu/engine/least_squares/algebraic_conic.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,5 @@
-#ifndef NU_ENGINE_POINTS_HEIGHTS_H
-#define NU_ENGINE_POINTS_HEIGHTS_H
+#ifndef NU_ENGINE_POINTS_LAST_BEYOND_H
+#define NU_ENGINE_POINTS_LAST_BEYOND_H
 
 #include "nu/engine/points/point_view.h"
 #include "nu/engine/shapes/vec3.h"
