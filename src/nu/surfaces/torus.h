@@ -24,19 +24,18 @@ class NU_EXPORT CNuTorSurf : public CNuSurface {
   CNuLine GetAxis() const;
   void GetData(double* majorRadius, double* minorRadius, CNuPoint* centre, CNuVector* axisDirection) const;
 
-  // Minimum torus: the thinnest tube around a circle that holds all points (a minimax problem, solved as described in
-  // nu/engine/minimax/minimax.h). Its minor radius is 0 for three points, and may exceed the major one for points
-  // that fill a ball. It is a local optimum to rounding; where the shape of the points leaves doubt it is the best of
-  // those reached from sixteen different circles and lines, whatever the order of the points. The direction of the axis
-  // has its component of largest magnitude positive.
-  // CNuBestfitException, for which the torus stays as it was, named "CNuTorSurf" unless stated otherwise: cause 13
-  // (size 0, named "CNuSphSurf") for a limit below 1, before all else; cause 1 (size 3) below three points; cause 3
-  // (size 3) for points of which no three, by CNuPointArray::IsNoncollinear with `tol`, are off one line; cause 12
-  // (size 0) when the steps from the first start reach `maxIter`; cause 11 (size 0, named "CNuTorSurf::FitMin") for
-  // coordinates that are not finite, for steps that lead nowhere, and for points in a tube so straight that its circle
-  // is hidden by rounding. Lack of memory passes through as it is. FitMinEx throws cause 13 only, named "CNuTorSurf":
-  // NuFitNoConvergence stands for cause 12, NuFitFailure for every other failure. It makes `tol` the thread's
-  // NuGetLengthTol() for as long as it runs.
+  // Minimum torus: the thinnest tube around a circle that holds all points (a minimax problem, solved by a
+  // shrinking sequence of linear programs on a working set of the points). Its minor radius is 0 for three points, and
+  // may exceed the major one for points that fill a ball. It is a local optimum to rounding; where the shape of the
+  // points leaves doubt it is the best of those reached from sixteen different circles and lines, whatever the order of
+  // the points. The direction of the axis has its component of largest magnitude positive. CNuBestfitException, for
+  // which the torus stays as it was, named "CNuTorSurf" unless stated otherwise: cause 13 (size 0, named "CNuSphSurf")
+  // for a limit below 1, before all else; cause 1 (size 3) below three points; cause 3 (size 3) for points of which no
+  // three, by CNuPointArray::IsNoncollinear with `tol`, are off one line; cause 12 (size 0) when the steps from the
+  // first start reach `maxIter`; cause 11 (size 0, named "CNuTorSurf::FitMin") for coordinates that are not finite, for
+  // steps that lead nowhere, and for points in a tube so straight that its circle is hidden by rounding. Lack of memory
+  // passes through as it is. FitMinEx throws cause 13 only, named "CNuTorSurf": NuFitNoConvergence stands for cause 12,
+  // NuFitFailure for every other failure. It makes `tol` the thread's NuGetLengthTol() for as long as it runs.
   void FitMin(const CNuPointArray& points, double tol, long maxIter);
   ENuFitResult FitMinEx(const CNuPointArray& points, double tol, long maxIter);
 
