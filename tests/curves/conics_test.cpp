@@ -473,38 +473,6 @@ TEST(ConicFits, OrderMotionAndScaleCarryOver) {
   NuSetTol(4.45e-16);
 }
 
-TEST(ConicFits, ChecksComeInOrderAndFailuresLeaveTheConic) {
-  Random random(65);
-  CNuEllipse ellipse(7, 3, CNuPoint(1, 2, 3));
-  const CNuPointArray noisy = PointsOn(random, kParts[1], 40, 1e-2);
-  CNuPointArray four(6), line(9), bad(noisy), hyperbolic = PointsOn(random, {1, 1, -1, 1, 0}, 60, 0.0);
-  for (int i = 0; i < 6; ++i) four.Add(CNuPoint(i % 4, i % 4 * (i % 4)));
-  for (int i = 0; i < 9; ++i) line.Add(CNuPoint(i, 2 * i, 3 * i));
-  bad[7].y() = kNan;
-  double form = -1, sumsq = -1;
-  const auto failure = [&](const CNuPointArray& points, long limit) {
-    return FailureOf([&] { ellipse.Fit(points, &form, &sumsq, limit); });
-  };
-  EXPECT_EQ(failure(CNuPointArray(1), 0), "bestfit 13 |CNuEllipse [0,0]");
-  EXPECT_EQ(FailureOf([&] { ellipse.FitEx(noisy, -1); }), "bestfit 13 |CNuEllipse [0,0]");
-  EXPECT_EQ(failure(CNuPointArray(1), 9), "bestfit 1 |CNuEllipse [5,0]");
-  EXPECT_EQ(failure(four, 9), "bestfit 2 |CNuEllipse [5,0]");
-  EXPECT_EQ(failure(line, 9), "bestfit 3 |CNuPlane [3,0]");
-  EXPECT_EQ(failure(bad, 9), "bestfit 11 |CNuEllipse [0,0]");
-  EXPECT_EQ(failure(noisy, 2), "bestfit 12 |CNuEllipse [0,0]");
-  EXPECT_EQ(ellipse.FitEx(noisy, 2), NuFitNoConvergence);
-  EXPECT_NE(ellipse.FitEx(hyperbolic, 50), NuFitSuccess);
-  double a = 0, b = 0;
-  CNuPoint centre;
-  CNuVector x, normal;
-  ellipse.GetData(&a, &b, &centre, &x, &normal);
-  EXPECT_TRUE(a == 7 && b == 3 && centre.z() == 3 && form == -1 && sumsq == -1);
-  EXPECT_EQ(ellipse.FitEx(noisy, 100), NuFitSuccess);
-  // Four distinct points are enough for a parabola.
-  EXPECT_EQ(CNuParabola(1).FitEx(four, 50), NuFitSuccess);
-  EXPECT_EQ(FailureOf([&] { CNuHyperbola(1, 1).Fit(four, 9); }), "bestfit 2 |CNuHyperbola [5,0]");
-}
-
 // More points than a sample, sizes at the ends of the range of doubles.
 TEST(ConicFits, ManyPointsAndExtremeSizes) {
   Random random(66);

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <vector>
 
 #include "nu/nu.h"
 #include "support/clouds.h"
@@ -163,36 +162,6 @@ TEST(SineFit, TheLimitIsThatOfTheSpacing) {
     EXPECT_NEAR(frequency(b, 150, [](int i) { return i + i / 3 * 2; }), b, 1e-2) << "two of five are missing";
     EXPECT_NEAR(frequency(b, 300, [](int i) { return i < 100 ? 0.01 * i : i - 99; }), b, 1e-2) << "a burst";
   }
-}
-
-TEST(SineFit, ChecksComeInOrderAndFailuresLeaveTheCurve) {
-  CNuSineCurve curve(5, 6, 7, 8);
-  CNuPointArray three(3), same(9), flat(9), line(9), bad(9), wave(30);
-  for (int i = 0; i < 9; ++i) {
-    if (i < 3) three.Add({1.0 * i, 1.0 * i});
-    same.Add({1.0 * (i % 3), 1.0 * i});
-    flat.Add({1.0 * i, 5 + 1e-13 * i});
-    line.Add({1.0 * i, 2.0 * i});
-    bad.Add({1.0 * i, i == 4 ? kNan : i * i});
-  }
-  for (int i = 0; i < 30; ++i) wave.Add({0.1 * i, std::sin(7 * i)});
-  double form = -1, sum = -1;
-  const auto failure = [&](const CNuPointArray& points, long limit) {
-    return FailureOf([&] { curve.Fit(points, &form, &sum, limit); });
-  };
-  EXPECT_EQ(failure(three, 0), "bestfit 13 |CNuSineCurve [0,0]");
-  EXPECT_EQ(FailureOf([&] { CNuCosineCurve(1, 1, 0, 0).FitEx(three, -1); }), "bestfit 13 |CNuCosineCurve [0,0]");
-  EXPECT_EQ(failure(three, 9), "bestfit 1 |CNuSineCurve [4,0]");
-  EXPECT_EQ(failure(bad, 9), "bestfit 11 |CNuSineCurve [0,0]");
-  EXPECT_EQ(failure(same, 9), "bestfit 2 |CNuSineCurve [4,0]");
-  EXPECT_EQ(failure(flat, 9), "bestfit 6 |CNuSineCurve [0,0]");
-  EXPECT_EQ(failure(line, 99), "bestfit 11 |CNuSineCurve [0,0]") << "the longer the period, the better";
-  EXPECT_EQ(failure(wave, 1), "bestfit 12 |CNuSineCurve [0,0]");
-  EXPECT_EQ(curve.FitEx(wave, 1), NuFitNoConvergence);
-  EXPECT_EQ(curve.FitEx(line, 99), NuFitFailure);
-  EXPECT_TRUE(DataOf(curve).a == 5 && DataOf(curve).d == 8 && form == -1 && sum == -1);
-  EXPECT_EQ(curve.FitEx(wave, &form, &sum, 99), NuFitSuccess);
-  EXPECT_NEAR(sum, 0.0, 1e-24);
 }
 
 // Whatever the numbers and the tolerances, an answer comes; powers of two and the order carry over exactly.

@@ -4,7 +4,6 @@
 
 #include "nu/nu.h"
 #include "support/clouds.h"
-#include "support/failures.h"
 
 namespace {
 
@@ -109,39 +108,6 @@ TEST(MinimumZonePlane, IsExactForFlatAndForKnownParts) {
   for (int k = 0; k < 4; ++k) tetrahedron.Add(CNuPoint(k < 2 ? 1 : -1, k % 2 == 0 ? 1 : -1, k == 0 || k == 3 ? 1 : -1));
   EXPECT_EQ(ZoneOf(tetrahedron).form, 2.0);
   EXPECT_EQ(ZoneOf(tetrahedron).plane.GetNormal()[2], 1.0);
-}
-
-TEST(MinimumZonePlane, RefusesInOrderAndLeavesEverythingAsItWas) {
-  CNuPointArray two(0), line(0), broken(0), brokenLine(0);
-  for (int i = 0; i < 100; ++i) {
-    const CNuPoint p(i, 2 * i, 3 * i);
-    if (i < 2) two.Add(p);
-    line.Add(p);
-    broken.Add(i == 70 ? CNuPoint(kInf, 1, 1) : CNuPoint(i, i % 3, i % 5));
-    brokenLine.Add(i == 99 ? CNuPoint(0, std::nan(""), 0) : CNuPoint(1, 2, 3));
-  }
-  CNuPlane plane(CNuPoint(7, 7, 7), CNuVector(0, 1, 0)), p1(plane), p2(plane);
-  double form = -7.0;
-  const auto refusal = [&](const CNuPointArray& points, double tol) {
-    return FailureOf([&] { plane.FitMinZone(points, &form, &p1, &p2, tol); });
-  };
-  EXPECT_EQ(refusal(CNuPointArray(0), kTol), "bestfit 1 |CNuPlane [3,0]");
-  EXPECT_EQ(refusal(two, kTol), "bestfit 1 |CNuPlane [3,0]");
-  EXPECT_EQ(refusal(line, kTol), "bestfit 3 |CNuPlane [3,0]");
-  EXPECT_EQ(refusal(broken, 1e9), "bestfit 11 |CNuPlane [0,0]");
-  EXPECT_EQ(refusal(broken, kTol), "bestfit 11 |CNuPlane [0,0]");
-  EXPECT_EQ(refusal(brokenLine, kTol), "bestfit 11 |CNuPlane [0,0]");
-  for (const CNuPlane* p : {&plane, &p1, &p2}) {
-    EXPECT_EQ(p->GetPoint().x(), 7.0);
-    EXPECT_EQ(p->GetNormal()[1], 1.0);
-  }
-  EXPECT_EQ(form, -7.0);
-  // A tolerance decides about lines only: with any at all the fit ends.
-  for (const double tol : {0.0, -1.0, kInf, std::nan("")}) {
-    Random random(62);
-    const std::string outcome = refusal(BoxCloud(random, 60, 3, 2, 1), tol);
-    EXPECT_TRUE(outcome == "nothing" || outcome == "bestfit 3 |CNuPlane [3,0]") << outcome;
-  }
 }
 
 }  // namespace

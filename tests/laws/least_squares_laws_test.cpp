@@ -190,23 +190,6 @@ TEST_F(LeastSquaresLaws, CopiesOfThePointsChangeNothingButTheSum) {
   }
 }
 
-TEST_F(LeastSquaresLaws, PointsThatAreNotFiniteAreRefused) {
-  for (const Case& c : kOneOfEach) {
-    const CNuPointArray points = c.Points(m_random, 9);
-    for (int k = 0; k < 9 * points.GetSize(); ++k) {
-      CNuPointArray spoilt(points);
-      CNuPoint& p = spoilt[k / 9];
-      (k % 3 == 0   ? p.x()
-       : k % 3 == 1 ? p.y()
-                    : p.z()) = k / 3 % 3 == 0        ? std::nan("")
-                               : k / 3 % 3 - 1.5 < 0 ? HUGE_VAL
-                                                     : -HUGE_VAL;
-      EXPECT_EQ(FailureOf([&] { FitOf(c.feature, spoilt); }),
-                std::string("bestfit 11 |") + kClassNames[c.feature] + " [0,0]");
-    }
-  }
-}
-
 // Sizes whose squares and cubes leave the range of a double.
 TEST_F(LeastSquaresLaws, AnySizeCanBeFitted) {
   for (Case c : kOneOfEach) {

@@ -273,13 +273,6 @@ std::vector<Row> OfBoundedCurve(Place at) {
            }}};
 }
 
-template<class Feature, class... Limit>
-Numbers Zone(Feature feature, const CNuPointArray& points, Limit... limit) {
-  double form = 0;
-  feature.FitMinZone(points, &form, 1e-9, limit...);
-  return Of(form);
-}
-
 const Row kOthers[] = {
     {"sum", [](P p, P q) { return Of(p + q); }},
     {"turn", [](P p, P q) { return Of(Changed(p, [&](auto& r) { r.Rotate(20, kAxis, q); })); }},
@@ -321,28 +314,6 @@ const Row kOthers[] = {
      [](P p, P q) {
        return CommonAt(p + q).ClipTo(q, {9, 9, 9}, nullptr), Numbers();
      }},
-    {"line fit", [](P p, P q) { return Done([&] { CNuLine().Fit(Cloud(p, q)); }); }},
-    {"plane fit", [](P p, P q) { return Done([&] { CNuPlane().Fit(Cloud(p, q)); }); }},
-    {"circle fit", [](P p, P q) { return Done([&] { CNuCircle(1).Fit(Cloud(p, q), 99); }); }},
-    {"ellipse fit", [](P p, P q) { return Done([&] { CNuEllipse(1, 1).Fit(Cloud(p, q), 99); }); }},
-    {"hyperbola fit", [](P p, P q) { return Done([&] { CNuHyperbola(1, 1).Fit(Cloud(p, q), 99); }); }},
-    {"parabola fit", [](P p, P q) { return Done([&] { CNuParabola(1).Fit(Cloud(p, q), 99); }); }},
-    {"sphere fit", [](P p, P q) { return Done([&] { CNuSphSurf(1).Fit(Cloud(p, q), 99); }); }},
-    {"cylinder fit", [](P p, P q) { return Done([&] { CNuCylSurf(1).Fit(Cloud(p, q), 99); }); }},
-    {"cone fit", [](P p, P q) { return Done([&] { CNuConSurf(1).Fit(Cloud(p, q), 99); }); }},
-    {"torus fit", [](P p, P q) { return Done([&] { CNuTorSurf(2, 1).FitMin(Cloud(p, q), 1e-9, 99); }); }},
-    {"circumscribed circle", [](P p, P q) { return Done([&] { CNuCircle(1).FitMin(Cloud(p, q), 1e-9); }); }},
-    {"inscribed circle", [](P p, P q) { return Done([&] { CNuCircle(1).FitMax(Cloud(p, q), 1e-9); }); }},
-    {"circumscribed sphere", [](P p, P q) { return Done([&] { CNuSphSurf(1).FitMin(Cloud(p, q), 1e-9); }); }},
-    {"inscribed sphere", [](P p, P q) { return Done([&] { CNuSphSurf(1).FitMax(Cloud(p, q), 1e-9); }); }},
-    {"circumscribed cylinder", [](P p, P q) { return Done([&] { CNuCylSurf(1).FitMin(Cloud(p, q), 1e-9, 99); }); }},
-    {"inscribed cylinder", [](P p, P q) { return Done([&] { CNuCylSurf(1).FitMax(Cloud(p, q), 1e-9, 99); }); }},
-    {"line zone", [](P p, P q) { return Zone(CNuLine(), Cloud(p, q), 99); }},
-    {"plane zone", [](P p, P q) { return Zone(CNuPlane(), Cloud(p, q)); }},
-    {"circle zone", [](P p, P q) { return Zone(CNuCircle(1), Cloud(p, q), 99); }},
-    {"sphere zone", [](P p, P q) { return Zone(CNuSphSurf(1), Cloud(p, q), 99); }},
-    {"cylinder zone", [](P p, P q) { return Zone(CNuCylSurf(1), Cloud(p, q), 99); }},
-    {"cone zone", [](P p, P q) { return Zone(CNuConSurf(30), Cloud(p, q), 99); }},
 };
 
 // Calls with one coordinate replaced after the other.

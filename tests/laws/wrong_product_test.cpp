@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <map>
 #include <string>
@@ -12,10 +11,9 @@
 #endif
 
 #include "nu/engine/base/error_free.h"
-#include "nu/nu.h"
-#include "support/clouds.h"
 #include "support/failing_new.h"
 #include "support/failures.h"
+#include "support/fitted.h"
 
 namespace {
 
@@ -51,13 +49,6 @@ CNuPointArray Lattice(int n, int layers) {
   return points;
 }
 
-template<class Feature>
-double FittedRadius(void (Feature::*fit)(const CNuPointArray&, double), const CNuPointArray& points, double tol) {
-  Feature feature(1.0);
-  (feature.*fit)(points, tol);
-  return feature.GetRadius();
-}
-
 // Flat sets, lattices and points on one circle: most signs need exact arithmetic.
 std::map<std::string, CNuPointArray> DegenerateSets() {
   Random random(20);
@@ -72,29 +63,6 @@ std::map<std::string, CNuPointArray> DegenerateSets() {
   sets.emplace("cubic lattice", Lattice(6, 6));
   sets.emplace("tiny lattice", Scaled(Lattice(5, 5), 1e-310));
   return sets;
-}
-
-using Fit = std::function<void(const CNuPointArray&, double* size)>;
-
-std::map<std::string, Fit> Fits() {
-  constexpr double kTol = 1e-9;
-  constexpr long kLimit = 200;
-  return {
-      {"line zone", [](const auto& p, double* size) { CNuLine().FitMinZone(p, size, kTol, kLimit); }},
-      {"plane zone", [](const auto& p, double* size) { CNuPlane().FitMinZone(p, size, kTol); }},
-      {"circle min", [](const auto& p, double* size) { *size = FittedRadius(&CNuCircle::FitMin, p, kTol); }},
-      {"circle max", [](const auto& p, double* size) { *size = FittedRadius(&CNuCircle::FitMax, p, kTol); }},
-      {"circle zone", [](const auto& p, double* size) { CNuCircle(1.0).FitMinZone(p, size, kTol, kLimit); }},
-      {"sphere min", [](const auto& p, double* size) { *size = FittedRadius(&CNuSphSurf::FitMin, p, kTol); }},
-      {"sphere max", [](const auto& p, double* size) { *size = FittedRadius(&CNuSphSurf::FitMax, p, kTol); }},
-      {"sphere zone", [](const auto& p, double* size) { CNuSphSurf(1.0).FitMinZone(p, size, kTol, kLimit); }},
-      {"hull",
-       [](const auto& p, double*) {
-         CNuIntArray hull(1);
-         p.ConvexHull(&hull);
-       }},
-      {"simplified", [](const auto& p, double*) { CNuSimplifiedCurve(p, 0.02); }},
-  };
 }
 
 double Wrong(double a, double b, double error) {
@@ -113,17 +81,23 @@ const std::map<std::string, double (*)(double, double)> kErrors = {
 
 // A hang runs into the time limit of the test, growth without bound into that of an allocation.
 void ExpectAllToEnd(const std::string& error) {
-  constexpr std::size_t kLargest = 1 << 20;
+  const auto expectEnd = [&](const std::string& name, auto run) {
+    FailAllocationsAbove(1 << 20);
+    const std::string failure = FailureOf(run);
+    FailAllocationsAbove(std::numeric_limits<std::size_t>::max());
+    const bool hasEnded = failure.rfind("memory", 0) != 0 && failure.rfind("construction", 0) != 0;
+    EXPECT_TRUE(hasEnded) << error << ", " << name << ": " << failure;
+  };
   for (const auto& [set, points] : DegenerateSets()) {
-    for (const auto& [name, fit] : Fits()) {
-      double size = 0.0;
-      FailAllocationsAbove(kLargest);
-      const std::string failure = FailureOf([&fit = fit, &points = points, &size] { fit(points, &size); });
-      FailAllocationsAbove(std::numeric_limits<std::size_t>::max());
-      const bool hasEnded = failure.rfind("memory", 0) != 0 && failure.rfind("construction", 0) != 0;
-      EXPECT_TRUE(hasEnded) << error << ", " << set << ", " << name << ": " << failure;
-      EXPECT_TRUE(std::isfinite(size)) << error << ", " << set << ", " << name << ": " << size;
+    for (const AnyFit& fit : kAllFits) {
+      if (fit.criterion == kLeastSquares || fit.Is("CNuConSurf", kZone)) continue;
+      Fitted f;
+      expectEnd(fit.Name() + " of " + set, [&fit = fit, &points = points, &f] { fit.run(points, 1e-9, 200, f); });
+      for (const double number : f.Numbers(1.0)) EXPECT_TRUE(std::isfinite(number)) << fit.Name() << " of " << set;
     }
+    CNuIntArray hull(1);
+    expectEnd("hull of " + set, [&points = points, &hull] { points.ConvexHull(&hull); });
+    expectEnd("simplified " + set, [&points = points] { CNuSimplifiedCurve(points, 0.02); });
   }
 }
 

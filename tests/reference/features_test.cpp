@@ -1,10 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <type_traits>
 #include <utility>
 
-#include "support/clouds.h"
 #include "support/failures.h"
 #include "support/fitted.h"
 #include "support/reference_score.h"
@@ -17,10 +15,6 @@ using nu::test::Fitted;
 using nu::test::ForEachSet;
 using nu::test::Json;
 using nu::test::VectorOf;
-
-struct Found : Fitted {
-  double inner = 0.0, outer = 0.0;  // radii of a zone's boundaries
-};
 
 // How far the axis of a cone passes the reference's axis point, which is at the foot of the mean point. The apex may be
 // far away: doubles hold it, but not the difference.
@@ -39,7 +33,7 @@ double FromAxis(const CNuVector& point, const Fitted& cone) {
   return static_cast<double>(std::sqrt(distance));
 }
 
-void Check(const Json& set, const Found& f, bool full = true) {
+void Check(const Json& set, const Fitted& f, bool full = true) {
   const Json& result = set["result"];
   const nu::test::Score score(set, full);
   const bool round = result.Has("centre");
@@ -49,7 +43,7 @@ void Check(const Json& set, const Found& f, bool full = true) {
   const CNuVector truth = VectorOf(result[place]);
   score.Length(place, (f.place.To3DVector() - truth).Magnitude(), truth.Magnitude());
   for (const auto& [key, radius] :
-       {std::pair("radius", f.radius), {"inner_radius", f.inner}, {"outer_radius", f.outer}})
+       {std::pair("radius", f.radius), {"inner_radius", f.inner.radius}, {"outer_radius", f.outer.radius}})
     if (result.Has(key)) score.Length("radius", std::fabs(radius - result[key].Number()), radius);
   if (conical) {
     score.Turn("semi_angle_rad", std::fabs(f.angle - result["semi_angle_deg"].Number()) * nu::test::kDegree);
@@ -74,7 +68,7 @@ void CheckLeastSquares(bool full) {
   int sets = 0;
   for (const auto& [feature, name] : kFeatures) {
     sets += ForEachSet({"ls-", "lit-ls-", "hard-ls-"}, name,
-                       [&, fitted = feature](const Json& set) { Check(set, {FitOf(fitted, PointsOf(set))}, full); });
+                       [&, fitted = feature](const Json& set) { Check(set, FitOf(fitted, PointsOf(set)), full); });
   }
   EXPECT_GE(sets, 53);
 }
@@ -100,84 +94,49 @@ TEST(LeastSquaresReference, RefusesWhatCannotBeFitted) {
   EXPECT_GE(sets, 8);
 }
 
-template<class Feature, bool kInscribed>
-Found Enclosing(const CNuPointArray& points, double tol, long limit) {
-  Found found;
-  Feature feature(1.0);
-  if constexpr (std::is_same_v<Feature, CNuCylSurf>) {
-    kInscribed ? feature.FitMax(points, tol, limit) : feature.FitMin(points, tol, limit);
-  } else {
-    kInscribed ? feature.FitMax(points, tol) : feature.FitMin(points, tol);
-  }
-  Read(feature, found);
-  return found;
-}
-
-// Of a feature with a radius, whose boundaries are about its place.
-template<class Feature>
-Found Zone(const CNuPointArray& points, double tol, long limit) {
-  Found found, bounds[2];
-  Feature feature(1.0), inner(1.0), outer(1.0);
-  feature.FitMinZone(points, &found.form, &inner, &outer, tol, limit);
-  Read(feature, found), Read(inner, bounds[0]), Read(outer, bounds[1]);
-  for (const Found& bound : bounds) EXPECT_EQ(bound.place.DistanceTo(found.place), 0.0);
-  found.inner = bounds[0].radius;
-  found.outer = bounds[1].radius;
-  return found;
-}
-
-// Of another one.
-template<class Feature>
-Found PlainZone(const CNuPointArray& points, double tol, long limit) {
-  Found found;
-  const auto fit = [&](Feature feature, auto... limits) {
-    feature.FitMinZone(points, &found.form, tol, limits...);
-    Read(feature, found);
-  };
-  if constexpr (std::is_same_v<Feature, CNuPlane>) fit(Feature());
-  if constexpr (std::is_same_v<Feature, CNuLine>) fit(Feature(), limit);
-  if constexpr (std::is_same_v<Feature, CNuConSurf>) fit(Feature(45.0), limit);
-  return found;
-}
-
-struct Criterion {
+struct Sets {
   const char* name;
-  Found (*fit)(const CNuPointArray&, double tol, long limit);
-  int sets;
-  int refusals;
+  const char* className;
+  nu::test::Criterion by;
+  int sets, refusals;
 };
 
-constexpr Criterion kCriteria[] = {
-    {"mc-circle-", Enclosing<CNuCircle, false>, 11, 1},
-    {"mi-circle-", Enclosing<CNuCircle, true>, 8, 3},
-    {"mz-circle-", Zone<CNuCircle>, 8, 1},
-    {"mc-sphere-", Enclosing<CNuSphSurf, false>, 9, 0},
-    {"mi-sphere-", Enclosing<CNuSphSurf, true>, 5, 0},
-    {"mz-sphere-", Zone<CNuSphSurf>, 7, 0},
-    {"mc-cylinder-", Enclosing<CNuCylSurf, false>, 5, 1},
-    {"mi-cylinder-", Enclosing<CNuCylSurf, true>, 5, 0},
-    {"mz-cylinder-", Zone<CNuCylSurf>, 9, 0},
-    {"mz-line", PlainZone<CNuLine>, 13, 1},
-    {"mz-plane-", PlainZone<CNuPlane>, 8, 0},
-    {"mz-cone-", PlainZone<CNuConSurf>, 9, 2},
+constexpr Sets kMinimaxSets[] = {
+    {"mc-circle-", "CNuCircle", nu::test::kCircumscribed, 11, 1},
+    {"mi-circle-", "CNuCircle", nu::test::kInscribed, 8, 3},
+    {"mz-circle-", "CNuCircle", nu::test::kZone, 8, 1},
+    {"mc-sphere-", "CNuSphSurf", nu::test::kCircumscribed, 9, 0},
+    {"mi-sphere-", "CNuSphSurf", nu::test::kInscribed, 5, 0},
+    {"mz-sphere-", "CNuSphSurf", nu::test::kZone, 7, 0},
+    {"mc-cylinder-", "CNuCylSurf", nu::test::kCircumscribed, 5, 1},
+    {"mi-cylinder-", "CNuCylSurf", nu::test::kInscribed, 5, 0},
+    {"mz-cylinder-", "CNuCylSurf", nu::test::kZone, 9, 0},
+    {"mz-line", "CNuLine", nu::test::kZone, 13, 1},
+    {"mz-plane-", "CNuPlane", nu::test::kZone, 8, 0},
+    {"mz-cone-", "CNuConSurf", nu::test::kZone, 9, 2},
 };
 
-Found FitOf(const Criterion& criterion, const Json& set) {
+Fitted FitOf(const Sets& sets, const Json& set) {
   const Json& arguments = set["arguments"];
-  return criterion.fit(PointsOf(set), arguments["tol"].Number(), static_cast<long>(arguments["maxiter"].Number()));
+  const Fitted f = FitOf(nu::test::TheFit(sets.className, sets.by), PointsOf(set), arguments["tol"].Number(),
+                         static_cast<long>(arguments["maxiter"].Number()));
+  if (sets.by == nu::test::kZone && f.radius > 0.0) {
+    EXPECT_EQ(f.inner.place.DistanceTo(f.place) + f.outer.place.DistanceTo(f.place), 0.0);
+  }
+  return f;
 }
 
 TEST(MinimaxReference, MeetsFullBounds) {
-  for (const Criterion& criterion : kCriteria) {
-    const auto check = [&](const Json& set) { Check(set, FitOf(criterion, set)); };
-    EXPECT_EQ(ForEachSet({"", "lit-", "hard-"}, criterion.name, check), criterion.sets) << criterion.name;
+  for (const Sets& sets : kMinimaxSets) {
+    const auto check = [&](const Json& set) { Check(set, FitOf(sets, set)); };
+    EXPECT_EQ(ForEachSet({"", "lit-", "hard-"}, sets.name, check), sets.sets) << sets.name;
   }
 }
 
 TEST(MinimaxReference, RefusesWhatCannotBeFitted) {
-  for (const Criterion& criterion : kCriteria) {
-    const auto check = [&](const Json& set) { EXPECT_EQ(FailureOf([&] { FitOf(criterion, set); }), RefusalOf(set)); };
-    EXPECT_EQ(ForEachSet({"err-"}, criterion.name, check), criterion.refusals) << criterion.name;
+  for (const Sets& sets : kMinimaxSets) {
+    const auto check = [&](const Json& set) { EXPECT_EQ(FailureOf([&] { FitOf(sets, set); }), RefusalOf(set)); };
+    EXPECT_EQ(ForEachSet({"err-"}, sets.name, check), sets.refusals) << sets.name;
   }
 }
 

@@ -19,37 +19,6 @@ CNuPoint On(double angle, double along, double turn, double e = 0.0) {
   return {rho * std::cos(turn), rho * std::sin(turn), along * std::cos(angle) - e * std::sin(angle)};
 }
 
-TEST(ConeFit, ChecksComeInOrderAndFailuresLeaveTheCone) {
-  CNuConSurf cone(7.0, CNuPoint(1, 2, 3), CNuVector(0, 1, 0));
-  double form = -1.0;
-  double sumsq = -1.0;
-  const auto failure = [&](const CNuPointArray& pts, long limit) {
-    return FailureOf([&] { cone.Fit(pts, &form, &sumsq, limit); });
-  };
-  Random random(61);
-  CNuPointArray noisy(30);
-  for (int i = 0; i < 30; ++i) noisy.Add(On(0.5, random.Uniform(10, 20), random.Uniform(0, 6.3), 0.05 * random.Bell()));
-  EXPECT_EQ(failure(CNuPointArray(1), 0), "bestfit 13 |CNuConSurf [0,0]");
-  EXPECT_EQ(form, -1.0);
-  EXPECT_EQ(FailureOf([&] { cone.FitEx(noisy, 0); }), "bestfit 13 |CNuConSurf [0,0]");
-  CNuPointArray plane = PlaneCloud(random, 3, 1.0, 1.0, 0.0);
-  plane.Append(PlaneCloud(random, 2, 1.0, 1.0, 0.0));
-  EXPECT_EQ(failure(plane, 9), "bestfit 1 |CNuConSurf [6,0]");
-  EXPECT_EQ(form, 0.0) << "outputs are cleared once the limit is found good";
-  plane.Append(plane.SubArray(0, 4));
-  EXPECT_EQ(failure(plane, 9), "bestfit 4 |CNuConSurf [4,0]") << "before the points are found to be too few";
-  CNuPointArray five = noisy.SubArray(0, 4);
-  five.Append(noisy.SubArray(0, 4));
-  EXPECT_EQ(failure(five, 9), "bestfit 2 |CNuConSurf [6,0]");
-  EXPECT_EQ(failure(noisy, 1), "bestfit 12 |CNuConSurf [0,0]");
-  EXPECT_EQ(cone.FitEx(noisy, 1), NuFitNoConvergence);
-  EXPECT_EQ(cone.FitEx(plane, 9), NuFitFailure);
-  EXPECT_TRUE(cone.GetSemiAngle() == 7.0 && cone.GetAxisDirection()[1] == 1.0 && cone.GetApex().z() == 3.0);
-  EXPECT_EQ(cone.FitEx(noisy, &form, &sumsq, 100), NuFitSuccess);
-  EXPECT_NEAR(sumsq / 30.0, 0.05 * 0.05, 2e-3);
-  EXPECT_EQ(cone.FitEx(noisy, 100), NuFitSuccess);
-}
-
 // The apex of a cylinder is nowhere, the axis of two planes as well.
 TEST(ConeFit, RefusesWhatIsNoCone) {
   Random random(62);

@@ -4,7 +4,6 @@
 
 #include "nu/nu.h"
 #include "support/clouds.h"
-#include "support/failures.h"
 
 namespace {
 
@@ -28,47 +27,6 @@ Extremes DeviationsFrom(const CNuConSurf& cone, const CNuPointArray& points, boo
     e.largest = std::max(e.largest, d);
   }
   return e;
-}
-
-TEST(MinimumZoneCone, FailsInOrderAndLeavesEverything) {
-  Random random(771);
-  const CNuPointArray noisy = ConeCloud(random, 30, 20.0, 10.0, 20.0, 360.0, 0.05);
-  const CNuPointArray five = noisy.SubArray(0, 4), plane = PlaneCloud(random, 9, 1.0, 1.0, 0.0);
-  CNuPointArray doubled(five);
-  doubled.Append(five);
-  CNuConSurf cone(7.0), inner(7.0), outer(7.0);
-  double zone = -1.0;
-  const auto fit = [&](const CNuPointArray& points, double tol = 1e-9, long limit = 1000) {
-    return FailureOf([&] { cone.FitMinZone(points, &zone, &inner, &outer, tol, limit); });
-  };
-  EXPECT_EQ(fit(five, 1e-9, 0), "bestfit 13 |CNuConSurf [0,0]");
-  EXPECT_EQ(FailureOf([&] { cone.FitMinZoneEx(noisy, &zone, 1e-9, -1); }), "bestfit 13 |CNuConSurf [0,0]");
-  EXPECT_EQ(fit(five), "bestfit 1 |CNuConSurf [6,0]");
-  EXPECT_EQ(fit(plane), "bestfit 4 |CNuConSurf [4,0]");
-  EXPECT_EQ(fit(doubled), "bestfit 2 |CNuConSurf [6,0]");
-  EXPECT_EQ(fit(noisy, 1e9), "bestfit 4 |CNuConSurf [4,0]") << "tol decides";
-  EXPECT_EQ(fit(noisy, 1e-9, 1), "bestfit 12 |CNuConSurf [0,0]");
-  for (const double bad : {kNaN, kInf, -kInf}) {
-    for (const CNuPoint& p : {CNuPoint(bad, 0), CNuPoint(0, bad), CNuPoint(0, 0, bad), CNuPoint(bad, bad, bad)}) {
-      CNuPointArray points(noisy), same(6);
-      points[7] = p;
-      for (int i = 0; i < 6; ++i) same.Add(p);
-      EXPECT_EQ(fit(points), "bestfit 11 |CNuConSurf [0,0]");
-      EXPECT_EQ(fit(same), "bestfit 11 |CNuConSurf [0,0]");
-    }
-  }
-  NuSetLengthTol(1e-5);
-  EXPECT_EQ(cone.FitMinZoneEx(noisy, &zone, &inner, &outer, 1e-9, 2), NuFitNoConvergence);
-  EXPECT_EQ(cone.FitMinZoneEx(noisy, &zone, 1e9, 99), NuFitFailure);
-  EXPECT_EQ(NuGetLengthTol(), 1e-5);
-  NuSetLengthTol(1e-12);
-  EXPECT_EQ(cone.GetSemiAngle() + inner.GetSemiAngle() + outer.GetSemiAngle() + zone, 20.0);
-  // Tolerances that mean nothing spoil a result at most.
-  for (const double tol : {0.0, -1.0, kInf, kNaN}) {
-    FailureOf([&] { cone.FitMinZone(noisy, &zone, tol, 100); });
-    cone.FitMinZoneEx(noisy, &zone, &inner, &outer, tol, 100);
-    EXPECT_EQ(NuGetLengthTol(), 1e-12);
-  }
 }
 
 // A zone below NuGetTol() leaves both boundaries where the cone is.

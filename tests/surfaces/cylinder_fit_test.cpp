@@ -14,35 +14,6 @@ namespace {
 
 using namespace nu::test;
 
-TEST(CylinderFit, ChecksComeInOrderAndFailuresLeaveTheCylinder) {
-  CNuCylSurf cylinder(7.0, CNuPoint(1, 2, 3), CNuVector(0, 1, 0));
-  double form = -1.0;
-  double sumsq = -1.0;
-  const auto failure = [&](const CNuPointArray& pts, long limit) {
-    return FailureOf([&] { cylinder.Fit(pts, &form, &sumsq, limit); });
-  };
-  Random random(61);
-  const CNuPointArray noisy = CylinderCloud(random, 30, 10.0, 20.0, 360.0, 0.05);
-  EXPECT_EQ(failure(CNuPointArray(1), 0), "bestfit 13 |CNuCylSurf [0,0]");
-  EXPECT_EQ(form, -1.0);
-  EXPECT_EQ(FailureOf([&] { cylinder.FitEx(noisy, 0); }), "bestfit 13 |CNuCylSurf [0,0]");
-  const CNuPointArray plane = PlaneCloud(random, 9, 1.0, 1.0, 0.0);
-  EXPECT_EQ(failure(plane.SubArray(0, 3), 9), "bestfit 1 |CNuCylSurf [5,0]");
-  EXPECT_EQ(form, 0.0) << "outputs are cleared once the limit is found good";
-  EXPECT_EQ(failure(plane, 9), "bestfit 4 |CNuCylSurf [4,0]");
-  CNuPointArray four = noisy.SubArray(0, 3);
-  four.Append(noisy.SubArray(0, 3));
-  EXPECT_EQ(failure(four, 9), "bestfit 2 |CNuCylSurf [5,0]");
-  EXPECT_EQ(failure(noisy, 1), "bestfit 12 |CNuCircle [0,0]") << "required: the limit is reported by that name";
-  EXPECT_EQ(cylinder.FitEx(noisy, 1), NuFitNoConvergence);
-  EXPECT_EQ(cylinder.FitEx(plane, 9), NuFitFailure);
-  EXPECT_EQ(cylinder.GetRadius(), 7.0);
-  EXPECT_EQ(cylinder.GetAxisDirection()[1], 1.0);
-  EXPECT_EQ(cylinder.FitEx(noisy, &form, &sumsq, 100), NuFitSuccess);
-  EXPECT_NEAR(sumsq / 30.0, 0.05 * 0.05, 2e-3);
-  EXPECT_EQ(cylinder.FitEx(noisy, 100), NuFitSuccess);
-}
-
 CNuPoint At(double radius, double angle, double z) {
   return {radius * std::cos(angle), radius * std::sin(angle), z};
 }

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <string>
 #include <utility>
 
 #include "nu/nu.h"
@@ -12,70 +11,6 @@
 namespace {
 
 using namespace nu::test;
-
-TEST(MinimaxCylinders, FailInOrderAndLeaveEverything) {
-  Random random(741);
-  const CNuPointArray none(1), noisy = CylinderCloud(random, 30, 10.0, 20.0, 360.0, 0.05);
-  CNuCylSurf cylinder(7.0, CNuPoint(1, 2, 3), CNuVector(0, 1, 0)), inner(7.0), outer(7.0);
-  double zone = -1.0;
-  const auto min = [&](const CNuPointArray& points, long limit = 1000) {
-    return FailureOf([&] { cylinder.FitMin(points, 1e-9, limit); });
-  };
-  const auto max = [&](const CNuPointArray& points, long limit = 1000) {
-    return FailureOf([&] { cylinder.FitMax(points, 1e-9, limit); });
-  };
-  const auto minZone = [&](const CNuPointArray& points, long limit = 1000) {
-    return FailureOf([&] { cylinder.FitMinZone(points, &zone, &inner, &outer, 1e-9, limit); });
-  };
-  const auto all = [&](const CNuPointArray& points, const std::string& failure, long limit = 1000) {
-    EXPECT_EQ(min(points, limit), failure);
-    EXPECT_EQ(max(points, limit), failure);
-    EXPECT_EQ(minZone(points, limit), failure);
-  };
-  all(none, "bestfit 13 |CNuCylSurf [0,0]", 0);
-  all(none, "bestfit 1 |CNuCylSurf [1,0]");
-  EXPECT_EQ(FailureOf([&] { cylinder.FitMinEx(noisy, 1e-9, 0); }), "bestfit 13 |CNuCylSurf [0,0]");
-  EXPECT_EQ(FailureOf([&] { cylinder.FitMaxEx(noisy, 1e-9, 0); }), "bestfit 13 |CNuCylSurf [0,0]");
-  EXPECT_EQ(FailureOf([&] { cylinder.FitMinZoneEx(noisy, &zone, 1e-9, -1); }), "bestfit 13 |CNuCylSurf [0,0]");
-  // Those of the least-squares start, cause 12 under the name that it has there.
-  const CNuPointArray plane = PlaneCloud(random, 9, 1.0, 1.0, 0.0);
-  all(PointsOf({{0, 0}, {1, 0}, {0, 1}, {0, 0, 1}}), "bestfit 1 |CNuCylSurf [5,0]");
-  EXPECT_EQ(min(plane) + minZone(plane), "bestfit 4 |CNuCylSurf [4,0]bestfit 4 |CNuCylSurf [4,0]");
-  CNuPointArray four = noisy.SubArray(0, 3);
-  four.Append(noisy.SubArray(0, 3));
-  all(four, "bestfit 2 |CNuCylSurf [5,0]");
-  all(noisy, "bestfit 12 |CNuCircle [0,0]", 1);
-  EXPECT_EQ(max(PointsOf({{0, 0}, {1, 0}, {0, 1}})), "nothing") << "three points are in one plane";
-  cylinder = CNuCylSurf(7.0, CNuPoint(1, 2, 3), CNuVector(0, 1, 0));
-  for (const double sweep : {20.0, 90.0, 170.0}) {
-    EXPECT_EQ(max(CylinderCloud(random, 300, 10.0, 20.0, sweep, 1e-3)), "bestfit 11 |CNuCylSurf [0,0]") << sweep;
-  }
-  for (const double bad : {kNaN, kInf, -kInf}) {
-    for (const CNuPoint& p : {CNuPoint(bad, 0), CNuPoint(0, bad), CNuPoint(0, 0, bad), CNuPoint(bad, bad, bad)}) {
-      all(PointsOf({p}), "bestfit 11 |CNuCylSurf [0,0]");
-      all(PointsOf({p, p, p, p, p, p}), "bestfit 11 |CNuCylSurf [0,0]");
-      all(PointsOf({{0, 0}, {1, 0}, {0, 1}, {1, 1, 1}, {1, 0, 1}, p}), "bestfit 11 |CNuCylSurf [0,0]");
-    }
-  }
-  NuSetLengthTol(1e-5);
-  EXPECT_EQ(cylinder.FitMinEx(noisy, 1e-9, 2), NuFitNoConvergence);
-  EXPECT_EQ(cylinder.FitMaxEx(noisy, 1e-9, 2), NuFitNoConvergence);
-  EXPECT_EQ(cylinder.FitMinZoneEx(noisy, &zone, &inner, &outer, 1e-9, 2), NuFitNoConvergence);
-  EXPECT_EQ(cylinder.FitMinEx(four, 1e-9, 99), NuFitFailure);
-  EXPECT_EQ(cylinder.FitMaxEx(none, 1e-9, 99), NuFitFailure);
-  EXPECT_EQ(cylinder.FitMinZoneEx(noisy, &zone, 1e9, 99), NuFitSuccess) << "all of them within the tolerance";
-  EXPECT_EQ(zone + cylinder.GetRadius(), 0.0);
-  EXPECT_EQ(NuGetLengthTol(), 1e-5);
-  NuSetLengthTol(1e-12);
-  EXPECT_EQ(inner.GetRadius() + outer.GetRadius(), 14.0);
-  // Tolerances that mean nothing spoil a result at most.
-  for (const double tol : {0.0, -1.0, kInf, kNaN}) {
-    FailureOf([&] { cylinder.FitMin(noisy, tol, 100), cylinder.FitMax(noisy, tol, 100); });
-    cylinder.FitMinEx(noisy, tol, 100), cylinder.FitMaxEx(noisy, tol, 100);
-    cylinder.FitMinZoneEx(noisy, &zone, tol, 1000);
-    EXPECT_EQ(NuGetLengthTol(), 1e-12);
-  }
-}
 
 TEST(MinimaxCylinders, OfPointsOnALineOrInAPlane) {
   CNuCylSurf a(7.0), b(7.0), c(7.0), inner(7.0), outer(7.0);

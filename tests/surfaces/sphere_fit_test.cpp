@@ -4,35 +4,10 @@
 
 #include "nu/nu.h"
 #include "support/clouds.h"
-#include "support/failures.h"
 
 namespace {
 
 using namespace nu::test;
-
-TEST(SphereFit, ChecksComeInOrderAndFailuresLeaveTheSphere) {
-  CNuSphSurf sphere(7.0, CNuPoint(1, 2, 3));
-  double form = -1.0;
-  double sumsq = -1.0;
-  const auto failure = [&](const CNuPointArray& pts, long limit) {
-    return FailureOf([&] { sphere.Fit(pts, &form, &sumsq, limit); });
-  };
-  Random random(41);
-  const CNuPointArray noisy = SphereCloud(random, 30, 10.0, 70.0, 0.05);
-  EXPECT_EQ(failure(CNuPointArray(1), 0), "bestfit 13 |CNuSphSurf [0,0]");
-  EXPECT_EQ(form, -1.0);
-  EXPECT_EQ(FailureOf([&] { sphere.FitEx(noisy, 0); }), "bestfit 13 |CNuSphSurf [0,0]");
-  EXPECT_EQ(failure(noisy.SubArray(0, 2), 9), "bestfit 1 |CNuSphSurf [4,0]");
-  EXPECT_EQ(form, 0.0) << "outputs are cleared once the limit is found good";
-  EXPECT_EQ(failure(PlaneCloud(random, 9, 1.0, 1.0, 0.0), 9), "bestfit 4 |CNuSphSurf [4,0]");
-  EXPECT_EQ(failure(noisy, 2), "bestfit 12 |CNuSphSurf [0,0]");
-  EXPECT_EQ(sphere.FitEx(noisy, 2), NuFitNoConvergence);
-  EXPECT_EQ(sphere.FitEx(CNuPointArray(1), 2), NuFitFailure);
-  EXPECT_EQ(sphere.GetRadius(), 7.0);
-  EXPECT_EQ(sphere.GetCentre().z(), 3.0);
-  EXPECT_EQ(sphere.FitEx(noisy, &form, &sumsq, 100), NuFitSuccess);
-  EXPECT_NEAR(sumsq / 30.0, 0.05 * 0.05, 1e-3);
-}
 
 // Required: the limit counts the step that confirms convergence, so one step never suffices and two do for points that
 // lie on a sphere; and the algebraic start then stays, with coordinates near zero made zero.

@@ -102,38 +102,6 @@ TEST(Torus, MeetsNothing) {
             "operation 45 calculation|CNuTorSurf::IntersectWith(CNuSphSurf) [0,0]");
 }
 
-TEST(TorusFit, RefusesInOrderAndStaysAsItWas) {
-  Random random(91);
-  const CNuPointArray good = TorusCloud(random, 40, 4.0, 1.0, 240.0, 360.0, 0.01);
-  const CNuPointArray straight = LineCloud(random, 10, 10.0, 0.1);
-  // The corners of a square, again and again along a line: every circle is worse than a straight tube.
-  CNuPointArray shaft(40);
-  for (int i = 0; i < 40; ++i) shaft.Add(CNuPoint(i % 2, i / 2 % 2, i / 4));
-  CNuPointArray two(2), spoilt(good);
-  two.Add({0, 0, 0}), two.Add({kNaN, 0, 0});
-  spoilt[39].y() = kNaN;
-  CNuTorSurf torus(2.0, 1.0, CNuPoint(7, 7, 7));
-  NuSetLengthTol(3e-7);
-  const auto expect = [&](const CNuPointArray& points, double tol, long limit, const char* failure,
-                          ENuFitResult result) {
-    EXPECT_EQ(FailureOf([&] { torus.FitMin(points, tol, limit); }), failure);
-    EXPECT_EQ(torus.FitMinEx(points, tol, limit), result);
-    EXPECT_EQ(NuGetLengthTol(), 3e-7);
-  };
-  // Required: the plain fit names the sphere, its twin the torus.
-  EXPECT_EQ(FailureOf([&] { torus.FitMin(two, kTol, 0); }), "bestfit 13 |CNuSphSurf [0,0]");
-  EXPECT_EQ(FailureOf([&] { torus.FitMinEx(two, kTol, 0); }), "bestfit 13 |CNuTorSurf [0,0]");
-  expect(two, kTol, 1, "bestfit 1 |CNuTorSurf [3,0]", NuFitFailure);
-  expect(spoilt, 100.0, 1, "bestfit 11 |CNuTorSurf::FitMin [0,0]", NuFitFailure);
-  expect(straight, 5.0, 1, "bestfit 3 |CNuTorSurf [3,0]", NuFitFailure);
-  expect(good, kTol, 1, "bestfit 12 |CNuTorSurf [0,0]", NuFitNoConvergence);
-  expect(shaft, kTol, kLimit, "bestfit 11 |CNuTorSurf::FitMin [0,0]", NuFitFailure);
-  const Data data(torus);
-  EXPECT_TRUE(data.major == 2.0 && data.minor == 1.0 && data.centre.x() == 7.0);
-  expect(good, kTol, kLimit, "nothing", NuFitSuccess);
-  NuSetLengthTol(1e-12);
-}
-
 // Points on a circle, three of them or many, near and far, small and large, on short arcs, too.
 TEST(TorusFit, PassesThroughPointsOfACircle) {
   Random random(92);
