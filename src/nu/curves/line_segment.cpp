@@ -170,9 +170,9 @@ double CNuLineSegment::Length() const {
 CNuBoundedCurve* CNuLineSegment::Offset(double distance, const CNuVector& normal, int) {
   const Vec3 across = Cross(DirectionOf(Data()), RequireOffset(distance, normal, kOffset));
   if (IsParallel(SafeNorm(across), ParallelTol())) FailOperation(26, "Offset", kOffset);
-  const Vec3 way = distance * Unit(across);
+  const Vec3 shift = distance * Unit(across);
   auto moved = std::make_unique<CNuLineSegment>(*this);
-  moved->CNuNonLinearGeometry::Translate(way.x, way.y, way.z);
+  moved->CNuNonLinearGeometry::Translate(shift.x, shift.y, shift.z);
   return moved.release();
 }
 

@@ -93,13 +93,13 @@ void CNuPolyline::GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* nor
 void CNuPolyline::GetData(int at, int step, CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
   const CNuPointArray points = GetPoints();
   const Vec3 end = At(points, at);
-  Vec3 way;
-  for (int i = at + step; i >= 0 && i < GetSize() && SafeNorm(way) == 0.0; i += step) {
-    way = static_cast<double>(step) * (At(points, i) - end);
+  Vec3 edge;
+  for (int i = at + step; i >= 0 && i < GetSize() && SafeNorm(edge) == 0.0; i += step) {
+    edge = static_cast<double>(step) * (At(points, i) - end);
   }
   const PieceChain chain = PiecesOf(*this);
   Output(point, points[at]);
-  Output(tangent, ToVector(Unit(way)));
+  Output(tangent, ToVector(Unit(edge)));
   Output(normal, ToVector(CarrierOf(chain, TolOf(chain)).normal));
 }
 

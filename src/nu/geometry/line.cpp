@@ -12,9 +12,9 @@ namespace {
 constexpr const char* kName = "CNuLine";
 
 CNuVector DirectionThrough(const CNuPoint& p, const CNuPoint& q) {
-  const CNuPoint way = q - p;
-  if (way.IsZero(NuGetLengthTol())) throw CNuConstructionException(10, kName, nullptr, 0, 0);
-  return RequireDirection(way.To3DVector(), 10, kName);
+  const CNuPoint difference = q - p;
+  if (difference.IsZero(NuGetLengthTol())) throw CNuConstructionException(10, kName, nullptr, 0, 0);
+  return RequireDirection(difference.To3DVector(), 10, kName);
 }
 
 }  // namespace

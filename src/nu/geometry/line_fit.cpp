@@ -15,11 +15,11 @@ constexpr const char* kName = "CNuLine";
 constexpr int kLeastPoints = 2;
 
 Vec3 DirectionOfTwo(const CNuPointArray& pts) {
-  const CNuPoint way = pts[1] - pts[0];
-  const Vec3 d = Components(way);
+  const CNuPoint difference = pts[1] - pts[0];
+  const Vec3 d = Components(difference);
   // Equal points have no direction whatever the tolerance.
   const bool isNone = d.x == 0.0 && d.y == 0.0 && d.z == 0.0;
-  if (isNone || way.IsZero(NuGetLengthTol())) FailFit(kDegeneratePoints, kName, kLeastPoints);
+  if (isNone || difference.IsZero(NuGetLengthTol())) FailFit(kDegeneratePoints, kName, kLeastPoints);
   if (!IsFinite(d)) FailFit(kNumericalFailure, kName);
   return Unit(d);
 }

@@ -147,9 +147,9 @@ void CNuLine::FitMinZone(const CNuPointArray& pts, double* form, CNuLine* l1, CN
     }
     CNuLine first(line);
     CNuLine second(line);
-    const Vec3 way = (0.5 * zone.width) * zone.side;
-    first.Translate(way.x, way.y, way.z);
-    second.Translate(-way.x, -way.y, -way.z);
+    const Vec3 shift = (0.5 * zone.width) * zone.side;
+    first.Translate(shift.x, shift.y, shift.z);
+    second.Translate(-shift.x, -shift.y, -shift.z);
     *this = line;
     Output(form, zone.width);
     Output(l1, first);

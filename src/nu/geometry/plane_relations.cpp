@@ -57,8 +57,8 @@ CNuPlane CNuPlane::MidPlane(const CNuPlane& pl) const {
   const Plane3 second = DataOf(pl);
   const Vec3 other = Dot(first.normal, second.normal) < 0.0 ? -1.0 * second.normal : second.normal;
   const Vec3 sum = first.normal + other;
-  const double way = Dot(other, second.point - first.point) / Dot(sum, sum);
-  return PlaneFor(first.point + way * sum, sum, "CNuPlane::MidPlane(CNuPlane)");
+  const double factor = Dot(other, second.point - first.point) / Dot(sum, sum);
+  return PlaneFor(first.point + factor * sum, sum, "CNuPlane::MidPlane(CNuPlane)");
 }
 
 int CNuPlane::IntersectWith(const CNuLine& l, CNuPoint* p) const {

@@ -50,27 +50,27 @@ double SignedDistance(const CNuPoint& p, const CNuPlane& pl) {
   return Dot(Components(p - pl.GetPoint()), Components(pl.GetNormal()));
 }
 
-// A point seen from a cone: the way across from the axis, and the signed height over the apex.
+// A point in coordinates of a cone: the vector from the axis to it, and the signed height over the apex.
 struct ConeCoordinates {
   ConeCoordinates(const CNuPoint& p, const CNuConSurf& surface)
       : cone(nu::internal::DataOf(surface)),
         height(Dot(Components(p) - cone.apex, cone.axis)),
-        way(Rejection(Components(p) - cone.apex, cone.axis)) {}
+        across(Rejection(Components(p) - cone.apex, cone.axis)) {}
 
-  double SignedDistance() const { return Length(way) * cone.cosine - std::fabs(height) * cone.sine; }
-  bool IsAtApex() const { return IsNull(way, NuGetZero()) && std::fabs(height) < NuGetZero(); }
+  double SignedDistance() const { return Length(across) * cone.cosine - std::fabs(height) * cone.sine; }
+  bool IsAtApex() const { return IsNull(across, NuGetZero()) && std::fabs(height) < NuGetZero(); }
 
   DoubleCone cone;
   double height;
-  Vec3 way;
+  Vec3 across;
 };
 
-// The way that counts for a round surface, from its centre or axis to the point, and the radius, which of a cone is the
-// one at the height of the point.
+// The vector from the centre or the axis of a round surface to a point, and the radius there: of a cone, at the height
+// of the point.
 struct RadialCoordinates {
-  double SignedDistance() const { return Length(way) - radius; }
+  double SignedDistance() const { return Length(across) - radius; }
 
-  Vec3 way;
+  Vec3 across;
   double radius;
 };
 
@@ -84,7 +84,7 @@ std::optional<RadialCoordinates> AcrossSurface(const CNuPoint& p, const CNuGeome
   }
   if (const auto* cone = As<CNuConSurf>(surface)) {
     const ConeCoordinates at(p, *cone);
-    return RadialCoordinates{at.way, std::fabs(at.height) * Tan(cone->GetSemiAngle() * (Nu_PI / 180.0))};
+    return RadialCoordinates{at.across, std::fabs(at.height) * Tan(cone->GetSemiAngle() * (Nu_PI / 180.0))};
   }
   return std::nullopt;
 }
@@ -92,9 +92,9 @@ std::optional<RadialCoordinates> AcrossSurface(const CNuPoint& p, const CNuGeome
 CNuPoint FootOnCone(const CNuPoint& p, const CNuConSurf& surface) {
   const ConeCoordinates at(p, surface);
   if (at.IsAtApex()) return p;
-  if (IsNull(at.way, NuGetZero())) FailOperation(9, "calculation", "CNuPoint::ProjectionOn()");
+  if (IsNull(at.across, NuGetZero())) FailOperation(9, "calculation", "CNuPoint::ProjectionOn()");
   const double downhill = at.height < 0.0 ? at.cone.sine : -at.cone.sine;
-  return p - ToPoint(at.SignedDistance() * (at.cone.cosine * Unit(at.way) + downhill * at.cone.axis));
+  return p - ToPoint(at.SignedDistance() * (at.cone.cosine * Unit(at.across) + downhill * at.cone.axis));
 }
 
 // How far a point lies from the axis of a circle, and how high above its plane.
@@ -175,8 +175,8 @@ CNuPoint CNuPoint::ProjectionOn(const CNuSurface& s) const {
   if (const auto* cone = As<CNuConSurf>(s)) return FootOnCone(*this, *cone);
   const auto at = AcrossSurface(*this, s);
   if (!at) FailUnsupported("CNuPoint::ProjectionOn()");
-  if (IsNull(at->way, NuGetZero())) FailOperation(9, "calculation", "CNuPoint::ProjectionOn()");
-  return *this - ToPoint(at->way) + ToPoint(at->radius * Unit(at->way));
+  if (IsNull(at->across, NuGetZero())) FailOperation(9, "calculation", "CNuPoint::ProjectionOn()");
+  return *this - ToPoint(at->across) + ToPoint(at->radius * Unit(at->across));
 }
 
 CNuPoint CNuPoint::MidPoint(const CNuPoint& p) const {
@@ -193,15 +193,15 @@ CNuPoint CNuPoint::MidPoint(const CNuPlane& pl) const {
 }
 
 CNuPlane CNuPoint::MidPlane(const CNuPoint& p) const {
-  const CNuPoint way = *this - p;
-  if (way.IsZero(NuGetZero())) FailOperation(19, "calculation", "CNuPoint::MidPlane(CNuPoint)");
-  return PlaneFor(Components(MidPoint(p)), Components(way), "CNuPoint::MidPlane(CNuPoint)");
+  const CNuPoint difference = *this - p;
+  if (difference.IsZero(NuGetZero())) FailOperation(19, "calculation", "CNuPoint::MidPlane(CNuPoint)");
+  return PlaneFor(Components(MidPoint(p)), Components(difference), "CNuPoint::MidPlane(CNuPoint)");
 }
 
 CNuPlane CNuPoint::MidPlane(const CNuLine& l) const {
-  const Vec3 way = FromLine(*this, l);
-  if (IsNull(way, NuGetZero())) FailOperation(21, "calculation", "CNuPoint::MidPlane(CNuLine)");
-  return PlaneFor(Components(MidPoint(l)), way, "CNuPoint::MidPlane(CNuLine)");
+  const Vec3 offset = FromLine(*this, l);
+  if (IsNull(offset, NuGetZero())) FailOperation(21, "calculation", "CNuPoint::MidPlane(CNuLine)");
+  return PlaneFor(Components(MidPoint(l)), offset, "CNuPoint::MidPlane(CNuLine)");
 }
 
 CNuGeometry::ELineSideType CNuPoint::LineSide(const CNuLine& l, double tol) const {

@@ -88,13 +88,13 @@ class CommonDirections {
   std::vector<Vec3> m_found;
 };
 
-// The direction of a set that the way between the apexes follows within the tolerance. That way alone does not tell it:
-// over apexes that are close together it is as uncertain as the tolerance is large beside it.
-std::optional<Vec3> DirectionAlong(const std::vector<Vec3>& directions, Vec3 way, double tol) {
+// The direction of a set that the difference of the apexes follows within the tolerance. The difference alone does not
+// determine it: for apexes that are close together its direction is uncertain by the tolerance over its length.
+std::optional<Vec3> DirectionAlong(const std::vector<Vec3>& directions, Vec3 difference, double tol) {
   std::optional<Vec3> found;
   double least = tol;
   for (const Vec3& direction : directions) {
-    const double distance = Norm(Rejection(way, direction));
+    const double distance = Norm(Rejection(difference, direction));
     if (!(distance <= least)) continue;
     least = distance;
     found = direction;
@@ -110,11 +110,11 @@ Vec3 GeneratorNextTo(const RoundQuadric& cone, Vec3 p) {
 
 // Cones of one semi-angle with parallel axes: the difference of |q|^2 = (1 + tan^2 a)(z.q)^2 for both apexes is linear.
 Plane3 PlaneBetween(const RoundQuadric& first, const RoundQuadric& second) {
-  const Vec3 way = second.point - first.point;
-  const double along = Dot(way, first.axis);
+  const Vec3 difference = second.point - first.point;
+  const double along = Dot(difference, first.axis);
   const double slope = first.sine / first.cosine;
-  const Vec3 normal = way - along * (1.0 + slope * slope) * first.axis;
-  return {first.point + 0.5 * way, Unit(normal)};
+  const Vec3 normal = difference - along * (1.0 + slope * slope) * first.axis;
+  return {first.point + 0.5 * difference, Unit(normal)};
 }
 
 bool IsOn(const RoundQuadric& surface, Vec3 p, double tol) {
@@ -191,8 +191,8 @@ bool CNuConSurf::IntersectSpecialCase(const CNuConSurf& other, QuadricIntersecti
   const double tol = intersection.Tol();
   const bool areParallel = AreParallel(first.axis, second.axis);
   const bool haveSameAngle = AreSameAngles(m_semiAngle, other.m_semiAngle);
-  const Vec3 way = second.point - first.point;
-  if (Norm(way) <= tol) {
+  const Vec3 difference = second.point - first.point;
+  if (Norm(difference) <= tol) {
     if (areParallel && haveSameAngle) return true;
     std::vector<Vec3> lines;
     if (!areParallel) lines = CommonDirections(first, m_semiAngle, second, other.m_semiAngle).Found();
@@ -201,7 +201,7 @@ bool CNuConSurf::IntersectSpecialCase(const CNuConSurf& other, QuadricIntersecti
     return true;
   }
   if (!areParallel) return intersection.AddAroundCommonSphere(*this);
-  if (Norm(Rejection(way, first.axis)) <= tol) {
+  if (Norm(Rejection(difference, first.axis)) <= tol) {
     IntersectCoaxialCones(first, second, haveSameAngle, intersection);
   } else if (!haveSameAngle) {
     return false;

@@ -23,8 +23,8 @@ namespace {
 constexpr const char* kWithSphere = "CNuSphSurf::IntersectWith(CNuSphSurf)";
 
 // The point in which two spheres touch: one of those in which the line of their centres meets the first.
-std::unique_ptr<CNuObject> Touch(const Sphere3& first, const Sphere3& second, Vec3 way, double tol) {
-  const Points2 met = Intersect(Line3{first.centre, way}, first, tol);
+std::unique_ptr<CNuObject> Touch(const Sphere3& first, const Sphere3& second, Vec3 direction, double tol) {
+  const Points2 met = Intersect(Line3{first.centre, direction}, first, tol);
   for (int k = 0; k < met.count; ++k) {
     const CNuPoint p = ToPoint(met.at[k]);
     if (std::fabs(Norm(met.at[k] - second.centre) - second.radius) < tol) return std::make_unique<CNuPoint>(p);
@@ -41,14 +41,15 @@ std::unique_ptr<CNuObject> Section(const Sphere3& first, const Sphere3& second) 
   RequireFinite(kWithSphere, first, second);
   if (!std::isfinite(d + r1 + r2)) FailUnrelated(kWithSphere);
   if (!(d > tol)) return nullptr;
-  const Vec3 way = Unit(between);
+  const Vec3 direction = Unit(between);
   if (std::fabs(d - (r1 + r2)) <= tol || std::fabs(d - std::fabs(r1 - r2)) <= tol)
-    return Touch(first, second, way, tol);
+    return Touch(first, second, direction, tol);
   if (!(d < r1 + r2) || !(d > std::fabs(r1 - r2))) return nullptr;
   const double along = 0.5 * (d + (r1 - r2) * ((r1 + r2) / d));
   const double beyond = std::sqrt(r1 + r2 + d) * std::sqrt(r1 + r2 - d);
   const double within = std::sqrt(d - r1 + r2) * std::sqrt(d + r1 - r2);
-  return std::make_unique<CNuCircle>(0.5 * within * (beyond / d), ToPoint(first.centre + along * way), ToVector(way));
+  return std::make_unique<CNuCircle>(0.5 * within * (beyond / d), ToPoint(first.centre + along * direction),
+                                     ToVector(direction));
 }
 
 }  // namespace

@@ -35,9 +35,9 @@ ConicCoordinates CoordinatesFor(const CNuPoint& p, const Conic& conic) {
   const auto data = DataOf(conic);
   const Vec3 world = Components(p);
   const Vec2 at = data.InPlane(world);
-  const Vec2 way = at - FootOn(data.curve, at);
+  const Vec2 offset = at - FootOn(data.curve, at);
   const double height = data.Height(world);
-  return {NuPythag(way.x, way.y), std::fabs(height) < NuGetLengthTol() ? 0.0 : height, !data.curve.Holds(at)};
+  return {NuPythag(offset.x, offset.y), std::fabs(height) < NuGetLengthTol() ? 0.0 : height, !data.curve.Holds(at)};
 }
 
 }  // namespace nu::internal

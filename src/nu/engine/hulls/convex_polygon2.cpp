@@ -38,9 +38,9 @@ ConvexPolygon2::Exit ConvexPolygon2::ExitOf(Vec2 inside, Vec2 direction) const {
     (Cross(direction, Corner(middle) - inside) > 0.0 ? left : right) = middle;
   }
   const Vec2 side = Side(right);
-  const double way = AccurateCross(Corner(right) - inside, side) / AccurateCross(direction, side);
+  const double multiple = AccurateCross(Corner(right) - inside, side) / AccurateCross(direction, side);
   // On the border the way out may be lost in rounding.
-  return {way > 0.0 && std::isfinite(way) ? way : 0.0, side};
+  return {multiple > 0.0 && std::isfinite(multiple) ? multiple : 0.0, side};
 }
 
 }  // namespace nu::engine::hulls

@@ -27,7 +27,7 @@ class ConvexPolygon2 {
   const std::vector<Vec2>& Corners() const { return m_corners; }
 
   struct Exit {
-    double way;        // in multiples of the direction, 0 or more
+    double multiple;   // in multiples of the direction, 0 or more
     Vec2 alongBorder;  // the side there, as a difference of corners
   };
   // Where a ray from a point inside or on the border leaves the polygon; log n.

@@ -20,8 +20,8 @@ class FarthestCorner2 {
     Vec2 shift;  // 2 t n
   };
   static double Value(const Place& place, Vec2 corner) {
-    const Vec2 way = corner - place.middle;
-    return Dot(way, way - place.shift);
+    const Vec2 offset = corner - place.middle;
+    return Dot(offset, offset - place.shift);
   }
   std::size_t From(const Place& place) const;
 

@@ -93,8 +93,8 @@ class Search {
   void Consider(Delaunay2::Edge e) {
     const VoronoiEdge2 edge(m_mesh, e);
     if (!MayReach(edge.SquareAt(edge.end[0])) && !MayReach(edge.SquareAt(edge.end[1]))) return;
-    const double left = std::min(edge.end[0], m_hull.ExitOf(edge.middle, edge.normal).way);
-    const double right = std::max(edge.end[1], -m_hull.ExitOf(edge.middle, -1.0 * edge.normal).way);
+    const double left = std::min(edge.end[0], m_hull.ExitOf(edge.middle, edge.normal).multiple);
+    const double right = std::max(edge.end[1], -m_hull.ExitOf(edge.middle, -1.0 * edge.normal).multiple);
     if (!(left >= right)) return;
     for (const double t : {left, right}) {
       const double square = edge.SquareAt(t);

@@ -72,8 +72,8 @@ OrientedBoxes::OrientedBox OrientedBoxes::BoxOf(const BoxTree::Node& node) const
 
 OrientedBoxes::Descent OrientedBoxes::DescentTo(int node, const Vec3& start, const Vec3& along) const {
   const OrientedBox& box = m_boxes[static_cast<std::size_t>(node)];
-  const Vec3 way = box.middle - start;
-  Descent descent{Dot(along, way), std::fabs(way.x) + std::fabs(way.y) + std::fabs(way.z)};
+  const Vec3 offset = box.middle - start;
+  Descent descent{Dot(along, offset), std::fabs(offset.x) + std::fabs(offset.y) + std::fabs(offset.z)};
   for (int k = 0; k < 3; ++k) {
     descent.height -= box.half[k] * std::fabs(Dot(along, box.axis[k]));
     descent.distance += box.half[k];

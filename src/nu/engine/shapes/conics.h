@@ -116,8 +116,8 @@ Points2 Intersect(const Line3& line, const Conic3<Curve>& conic, double tol, dou
   if (IsOutOfReach<Curve>(std::fabs(slope), sineTol)) return points;
   const Vec3 p = near.At(-height / slope);
   const Vec2 inPlane = conic.InPlane(p);
-  const Vec2 way = inPlane - FootOn(conic.curve, inPlane);
-  if (std::sqrt(Dot(way, way)) <= tol) points.Add(p);
+  const Vec2 offset = inPlane - FootOn(conic.curve, inPlane);
+  if (std::sqrt(Dot(offset, offset)) <= tol) points.Add(p);
   return points;
 }
 

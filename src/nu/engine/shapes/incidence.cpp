@@ -42,8 +42,8 @@ Points2 Pierce(const Line3& line, const Circle3& circle, double height, double s
   return points;
 }
 
-// Circles in one plane, d and `way` the distance and direction from centre to centre. The triangle of both radii and d
-// has the height that Heron's formula gives in factors, none of which cancels but the one that vanishes.
+// Circles in one plane, d and `direction` the distance and direction from centre to centre. The triangle of both radii
+// and d has the height that Heron's formula gives in factors, none of which cancels but the one that vanishes.
 Points2 IntersectInPlane(const Circle3& first, const Circle3& second, double tol) {
   Points2 points;
   const double r1 = first.radius;
@@ -51,17 +51,17 @@ Points2 IntersectInPlane(const Circle3& first, const Circle3& second, double tol
   const Vec3 between = Rejection(second.centre - first.centre, first.normal);
   const double d = Norm(between);
   if (!(d > tol) || d > r1 + r2 + tol || d < std::fabs(r1 - r2) - tol) return points;
-  const Vec3 way = (1.0 / d) * between;
+  const Vec3 direction = (1.0 / d) * between;
   if (std::fabs(d - (r1 + r2)) <= tol || std::fabs(d - std::fabs(r1 - r2)) <= tol) {
     const bool behind = d < r2 && r1 < r2;
-    points.Add(first.centre + (behind ? -r1 : r1) * way);
+    points.Add(first.centre + (behind ? -r1 : r1) * direction);
     return points;
   }
   const double along = 0.5 * (d + (r1 - r2) * ((r1 + r2) / d));
   const double across = std::sqrt((r1 + r2 + d) * (r1 + r2 - d)) * std::sqrt((d - r1 + r2) * (d + r1 - r2)) / (2.0 * d);
-  const Vec3 left = Cross(first.normal, way);
-  points.Add(first.centre + along * way + across * left);
-  points.Add(first.centre + along * way - across * left);
+  const Vec3 left = Cross(first.normal, direction);
+  points.Add(first.centre + along * direction + across * left);
+  points.Add(first.centre + along * direction - across * left);
   return points;
 }
 
@@ -168,8 +168,8 @@ Line3 Intersect(const Plane3& first, const Plane3& second) {
   const Vec3 t = Cross(along, first.normal);
   const Vec3 between = second.point - first.point;
   const Vec3 inFirst = Rejection(0.5 * between, first.normal);
-  const double way = Dot(between - inFirst, second.normal) / Dot(second.normal, t);
-  return {first.point + (inFirst + way * t), along};
+  const double step = Dot(between - inFirst, second.normal) / Dot(second.normal, t);
+  return {first.point + (inFirst + step * t), along};
 }
 
 }  // namespace nu::engine::shapes
