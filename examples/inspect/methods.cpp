@@ -9,23 +9,23 @@ namespace {
 
 std::string Explain(const CNuBestfitException& failure) {
   switch (failure.GetCause()) {
-    case 1:
+    case NuBestfitTooFewPoints:
       return "too few points: at least " + std::to_string(failure.GetSize()) + " are needed";
-    case 2:
+    case NuBestfitTooFewDistinct:
       return "the points coincide or have no dominant direction";
-    case 3:
+    case NuBestfitCollinearPoints:
       return "the points lie on one line";
-    case 4:
+    case NuBestfitCoplanarPoints:
       return "the points lie in one plane";
-    case 5:
+    case NuBestfitNotCoplanar:
       return "the points do not lie in one plane";
-    case 6:
+    case NuBestfitNoVariation:
       return "the points do not vary as the feature needs";
-    case 9:
+    case NuBestfitExchange:
       return "the search for the zone failed";
-    case 11:
+    case NuBestfitNumericalFailure:
       return "a numerical step failed: the points do not determine the feature";
-    case 12:
+    case NuBestfitIterationLimit:
       return "no convergence within " + std::to_string(kMaxIterations) + " iterations";
     default:
       return "the fit failed with cause " + std::to_string(failure.GetCause());

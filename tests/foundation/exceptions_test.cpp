@@ -20,7 +20,7 @@ std::string Fields(const CNuException& e) {
 }
 
 TEST(Exceptions, KeepTheirFieldsAndTellTheirKindsApart) {
-  const CNuOperationException operation(3, "operation", "CNuMatrix::Element()", 0, 4, 0.5, -7.25);
+  const CNuOperationException operation(NuOperationIndex, "operation", "CNuMatrix::Element()", 0, 4, 0.5, -7.25);
   CNuOperationException copy;
   EXPECT_EQ(Fields(copy), "0 0 0 | -> 0");
   copy = operation;
@@ -29,9 +29,9 @@ TEST(Exceptions, KeepTheirFieldsAndTellTheirKindsApart) {
   const struct {
     std::string fields, expected;
   } cases[] = {
-      {Fields(CNuConstructionException(1, "CNuMatrix", "size", 1, 2)), "1 1 2 size|CNuMatrix -> 1"},
+      {Fields(CNuConstructionException(NuConstructionSize, "CNuMatrix", "size", 1, 2)), "1 1 2 size|CNuMatrix -> 1"},
       {Fields(copy), "103 0 4 operation|CNuMatrix::Element() -> 3"},
-      {Fields(CNuBestfitException(13, "CNuCircle", 5)), "213 5 0 |CNuCircle -> 13"},
+      {Fields(CNuBestfitException(NuBestfitInvalidLimit, "CNuCircle", 5)), "213 5 0 |CNuCircle -> 13"},
       {Fields(CNuMemoryException("CNuMatrix::Init()")), "301 0 0 |CNuMatrix::Init() -> 301"},
       {Fields(CNuConstructionException(0, "CNuMatrix", "size", 1, 2)), "0 0 0 | -> 0"},
       {Fields(CNuOperationException(0, "operation", "here", 1, 2, 3.0, 4.0)), "0 0 0 | -> 0"},

@@ -80,9 +80,9 @@ void CNuCylSurf::Fit(const CNuPointArray& points, long maxIter) {
   Fit(points, nullptr, nullptr, maxIter);
 }
 
-void CNuCylSurf::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+void CNuCylSurf::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   RequireIterations(maxIter, kName);
-  Output(formError, 0.0);
+  Output(form, 0.0);
   Output(sumSquares, 0.0);
   RequireCount(points, kLeastPoints, kName);
   const bool coplanar = LieInOnePlane(ViewOf(points), NuGetLengthTol());
@@ -93,17 +93,17 @@ void CNuCylSurf::Fit(const CNuPointArray& points, double* formError, double* sum
   if (!distinct && !blocks.AllFinite()) FailFit(kNumericalFailure, kName);
   if (!distinct) FailFit(kDegeneratePoints, kName, kLeastPoints);
   const Solution found =
-      LeastSquaresCylinder(ViewOf(points), blocks, formError != nullptr || sumSquares != nullptr, maxIter);
+      LeastSquaresCylinder(ViewOf(points), blocks, form != nullptr || sumSquares != nullptr, maxIter);
   if (!IsFinite(found.axisPoint) || !std::isfinite(found.radius)) FailFit(kNumericalFailure, kName);
   Place(found.radius, ToPoint(found.axisPoint), ToVector(found.axisDirection));
-  StoreFormWithin(found.deviations, formError, sumSquares);
+  StoreFormWithin(found.deviations, form, sumSquares);
 }
 
 ENuFitResult CNuCylSurf::FitEx(const CNuPointArray& points, long maxIter) {
   return FitEx(points, nullptr, nullptr, maxIter);
 }
 
-ENuFitResult CNuCylSurf::FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+ENuFitResult CNuCylSurf::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   RequireIterations(maxIter, kName);
-  return ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
+  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
 }
