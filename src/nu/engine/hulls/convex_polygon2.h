@@ -1,21 +1,12 @@
 #ifndef NU_ENGINE_HULLS_CONVEX_POLYGON2_H
 #define NU_ENGINE_HULLS_CONVEX_POLYGON2_H
 
-#include <cmath>
 #include <cstddef>
 #include <vector>
 
 #include "nu/engine/shapes/vec2.h"
 
 namespace nu::engine::hulls {
-
-// Above 0 to 4, ascending counter-clockwise from the negative y axis, which has 4 itself: the last side may lead down
-// to the least point. Without trigonometry: equal steps along the diamond |x| + |y| = 1.
-inline double DiamondAngle(Vec2 v) {
-  const double height = v.y / (std::fabs(v.x) + std::fabs(v.y));
-  if (v.x > 0.0) return 1.0 + height;
-  return 3.0 - height;
-}
 
 // The convex hull of the points of a grid, counter-clockwise from the least point; no corner is on the line of its
 // neighbours. Two corners when all points are on one line.

@@ -4,7 +4,11 @@
 #include <bit>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <utility>
+
+#include "nu/engine/shapes/axis_frame.h"
+#include "nu/engine/shapes/vec2.h"
 
 namespace nu::engine::hulls {
 namespace {
@@ -104,6 +108,7 @@ bool Hull3::FindInside() {
     const Normal3 normal(p, q, p, r);
     if (normal.SignOfHeight(p, m_inside) * normal.SignOfHeight(p, At(m_simplex[(k + 3) % 4])) <= 0) return false;
   }
+  m_hasInside = true;
   return true;
 }
 
@@ -349,17 +354,69 @@ bool Hull3::IsOneRing(int apex) const {
   return false;
 }
 
-// Points that only faces of the past saw are seen by a new one, or lie inside.
+// The new faces by the angle, about the line from inside to the apex, at which they begin; it is rounded.
+class Hull3::Fan {
+ public:
+  Fan(const Hull3& hull, int apex)
+      : m_hull(hull),
+        m_frame(AxisFrame::Along(LoadVec3(hull.m_inside), Unit(LoadVec3(hull.At(apex)) - LoadVec3(hull.m_inside)))) {
+    m_faces.reserve(hull.m_fresh.size());
+    for (const int f : hull.m_fresh) m_faces.emplace_back(AngleOf(hull.m_faces[f].corner[0]), f);
+    std::sort(m_faces.begin(), m_faces.end());
+  }
+
+  // The face in the direction of a point from inside, or one near it.
+  int FaceTowards(int point) const {
+    const auto next = std::upper_bound(m_faces.begin(), m_faces.end(), AngleOf(point),
+                                       [](double angle, const auto& face) { return angle < face.first; });
+    return (next == m_faces.begin() ? m_faces.back() : next[-1]).second;
+  }
+
+ private:
+  double AngleOf(int point) const {
+    const Vec3 q = m_frame.Local(LoadVec3(m_hull.At(point)));
+    return DiamondAngle({q.x, q.y});
+  }
+
+  const Hull3& m_hull;
+  AxisFrame m_frame;
+  std::vector<std::pair<double, int>> m_faces;
+};
+
+// Points that only faces of the past saw are seen by a new one, or lie inside. A few new faces are tested one by one;
+// of many, as round the ends of a helix, the one in the point's direction is found by its angle about the apex.
 void Hull3::Redistribute(int apex) {
+  constexpr std::size_t kFewFaces = 32;
+  if (m_hasInside && m_fresh.size() > kFewFaces) {
+    std::optional<Fan> fan;
+    ClearVisible(apex, [&](int point) {
+      if (!fan) fan.emplace(*this, apex);
+      int f = fan->FaceTowards(point);
+      if (WalkTowards(point, f)) {
+        Offer(f, NormalOf(m_faces[f]), point);
+      } else {
+        PlaceOnAnyFace(point);
+      }
+    });
+    return;
+  }
   std::vector<Normal3> normals;
   normals.reserve(m_fresh.size());
   for (const int f : m_fresh) normals.push_back(NormalOf(m_faces[f]));
+  ClearVisible(apex, [&](int point) {
+    for (std::size_t i = 0; i < m_fresh.size() && !Offer(m_fresh[i], normals[i], point); ++i) {
+    }
+  });
+}
+
+// Frees the faces that see the apex; takes all other points of theirs to place(point).
+template<class Place>
+void Hull3::ClearVisible(int apex, Place place) {
+  for (const int f : m_visible) m_faces[f].isAlive = false;
   for (const int f : m_visible) {
-    m_faces[f].isAlive = false;
     for (int point = m_outside[f].first; point >= 0;) {
       const int next = m_next[point];
-      for (std::size_t i = 0; point != apex && i < m_fresh.size() && !Offer(m_fresh[i], normals[i], point); ++i) {
-      }
+      if (point != apex) place(point);
       point = next;
     }
     m_outside[f] = {};

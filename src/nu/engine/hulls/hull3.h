@@ -63,6 +63,7 @@ class Hull3 {
     int farthest = -1;
     double distance = -1.0;
   };
+  class Fan;
   struct Edge {
     int from, to;  // as in the face that gives way
     int beyond;
@@ -84,9 +85,12 @@ class Hull3 {
   bool Cap(int apex);
   bool IsOneRing(int apex) const;
   void Redistribute(int apex);
+  template<class Place>
+  void ClearVisible(int apex, Place place);
 
   int m_dimension = -1;
   std::array<int, 4> m_simplex{-1, -1, -1, -1};
+  bool m_hasInside = false;
   double m_inside[3] = {};  // strictly inside, for the walks of large sets
   std::vector<IndexedPoint> m_points;
   std::vector<int> m_next;    // per point: the next one in its list

@@ -88,14 +88,6 @@ Vec2 Direction(Vec2 v) {
   return (1.0 / Length(v)) * v;
 }
 
-// Steps along the diamond |x| + |y| = 1: the order of angles without trigonometry. Zero has some place in it, too.
-double DiamondAngle(Vec2 v) {
-  const double size = std::fabs(v.x) + std::fabs(v.y);
-  if (!(size > 0.0)) return 0.0;
-  const double height = v.y / size;
-  return v.x > 0.0 ? 1.0 + height : 3.0 - height;
-}
-
 double SideOf(Vec2 from, Vec2 to, Vec2 point) {
   return Cross(to - from, point - from);
 }

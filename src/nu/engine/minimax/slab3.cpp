@@ -128,6 +128,11 @@ class SlabSearch {
     int corner = -1;
     bool isLowest = false;
   };
+  // From a face to a neighbour.
+  struct Turn {
+    int from, to;
+  };
+  static constexpr int kTurnClasses = 24;
   // A part of an edge's arc, with the vertices across at its ends.
   struct Part {
     Direction first, last;
@@ -267,24 +272,49 @@ class SlabSearch {
     return face.corner[0];
   }
 
-  // Of each face, from that of a neighbour.
+  // Of each face, from that of a neighbour; the smallest turns first, as in R. C. Prim's algorithm for spanning trees
+  // (1957). A way over a wide flat side would lead to all its edges, far from the vertices across from them.
   void FindAntipodes() {
     const auto& faces = m_hull.Faces();
     m_across.assign(faces.size(), {});
-    std::vector<int> queue;
     int f = 0;
     while (!faces[f].isAlive) ++f;
     FindLowest(f, CornerBelow(faces[f]));
-    queue.push_back(f);
-    for (std::size_t i = 0; i < queue.size() && !m_contradicts; ++i) {
-      const int v = m_across[queue[i]].corner;
-      for (const int g : faces[queue[i]].across) {
-        if (m_across[g].corner >= 0) continue;
-        m_across[g].corner = v;
-        if (!IsTooWide(m_hull.NormalOf(faces[g]), At(v), At(faces[g].corner[0]))) FindLowest(g, v);
-        queue.push_back(g);
-      }
+    QueueNeighbours(f);
+    Turn turn;
+    while (!m_contradicts && TakeSmallest(turn)) {
+      if (m_across[turn.to].corner >= 0) continue;
+      const int v = m_across[turn.from].corner;
+      m_across[turn.to].corner = v;
+      const Hull3::Face& face = faces[turn.to];
+      if (!IsTooWide(m_hull.NormalOf(face), At(v), At(face.corner[0]))) FindLowest(turn.to, v);
+      QueueNeighbours(turn.to);
     }
+  }
+
+  void QueueNeighbours(int f) {
+    const Vec3 normal = m_hull.NormalOf(m_hull.Faces()[f]).Rounded();
+    for (const int g : m_hull.Faces()[f].across) {
+      if (m_across[g].corner >= 0) continue;
+      m_turns[TurnClass(normal, m_hull.NormalOf(m_hull.Faces()[g]).Rounded())].push_back({f, g});
+    }
+  }
+
+  bool TakeSmallest(Turn& turn) {
+    const auto turns = std::find_if(m_turns, m_turns + kTurnClasses, [](const auto& queue) { return !queue.empty(); });
+    if (turns == m_turns + kTurnClasses) return false;
+    turn = turns->back();
+    turns->pop_back();
+    return true;
+  }
+
+  // Each class holds turns up to twice as large as the one before; the first also those that rounding hides.
+  static int TurnClass(const Vec3& a, const Vec3& b) {
+    constexpr int kLast = kTurnClasses - 1;
+    const Vec3 cross = nu::engine::shapes::Cross(a, b);
+    const double squaredSine = Dot(cross, cross) / (Dot(a, a) * Dot(b, b));
+    if (!(squaredSine > 0.0)) return 0;
+    return Dot(a, b) > 0.0 ? std::clamp(kLast + std::ilogb(squaredSine) / 2, 0, kLast) : kLast;
   }
 
   void FindLowest(int f, int start) {
@@ -441,6 +471,7 @@ class SlabSearch {
   int m_longSteps = 0;                   // that were taken without them
   std::vector<Pending> m_way;
   std::vector<Across> m_across;  // per face
+  std::vector<Turn> m_turns[kTurnClasses];
   std::vector<Part> m_parts;
   bool m_contradicts = false;
   Candidate m_best;
@@ -640,17 +671,28 @@ bool Extend(Solution& solution, const std::vector<IndexedPoint>& more, double li
   return true;
 }
 
-// False when the turns run out; then the slab is not wider than `limit`.
+// False when it takes too many turns; then the slab is not wider than `limit`.
 bool SolveByFew(const Frame& frame, Solution& solution, double& limit) {
   constexpr std::size_t kSampleSize = 24;
   constexpr int kTurns = 24;
+  constexpr int kMostTurns = 400;
+  // From there on as long as the hull is small against the points and so many turns halve what is left between the
+  // bounds: where some slabs compete each of them takes its own turns.
+  constexpr int kHalving = 8;
+  constexpr std::size_t kSmallHull = 16;
   std::vector<IndexedPoint> more = Sample(frame, kSampleSize);
-  for (int turn = 0; turn < kTurns; ++turn) {
+  double leftBefore = std::numeric_limits<double>::infinity();
+  for (int turn = 0; turn < kMostTurns; ++turn) {
     if (!Extend(solution, more, limit)) return false;
     OutsideScan scan(frame, solution.slab);
     more = scan.Farthest();
     if (more.empty()) return true;
     limit = std::min(limit, scan.MostWidth());
+    if (turn % kHalving != 0) continue;
+    const double left = limit - solution.slab.width.high;
+    const bool isSmall = kSmallHull * static_cast<std::size_t>(solution.hull.Size()) < frame.points.Size();
+    if (turn >= kTurns && !(isSmall && left <= 0.5 * leftBefore)) return false;
+    leftBefore = left;
   }
   return false;
 }

@@ -1,6 +1,8 @@
 #ifndef NU_ENGINE_SHAPES_VEC2_H
 #define NU_ENGINE_SHAPES_VEC2_H
 
+#include <cmath>
+
 #include "nu/engine/base/error_free.h"
 
 namespace nu::engine::shapes {
@@ -31,6 +33,15 @@ inline Vec2 Perpendicular(Vec2 a) {
 }
 inline bool operator==(Vec2 a, Vec2 b) {
   return a.x == b.x && a.y == b.y;
+}
+
+// The order of angles without trigonometry, by steps along the diamond |x| + |y| = 1: above 0 to 4, ascending
+// counter-clockwise from the negative y axis, which has 4 itself. 0 for the zero vector.
+inline double DiamondAngle(Vec2 v) {
+  const double size = std::fabs(v.x) + std::fabs(v.y);
+  if (!(size > 0.0)) return 0.0;
+  const double height = v.y / size;
+  return v.x > 0.0 ? 1.0 + height : 3.0 - height;
 }
 
 // To about one rounding, however much cancels.
