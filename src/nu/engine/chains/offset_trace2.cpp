@@ -5,6 +5,33 @@
 #include "nu/engine/base/elementary.h"
 #include "nu/foundation/constants.h"
 
+// Where a chain turns towards its offset, here to the right, the moved pieces run past each other:
+//
+//            /\              chain
+//           /  \           .
+//          / \/ \          .
+//         /  /\  \           node
+//        /  /  \  \        .
+//       /  /    \  \        raw offset
+//
+// Beyond the node both moved pieces are closer to the other side of the chain than the distance: these parts are left
+// out before the trace begins.
+//
+// What remains is a directed graph of edges with the free side on their right. Its curves are found node by node.
+// Counter-clockwise around a node, an edge that comes in goes on with the next unmatched one that goes out, as brackets
+// match, so that curves which touch at a node do not cross there:
+//
+//     out 1   in 2
+//         \   /
+//          \ /             2 goes on with 1, 4 with 3.
+//           *
+//          / \             .
+//         /   \            .
+//      in 4   out 3
+//
+// Edges without a successor or a predecessor are left by rounding; they are pruned before. Crossings that are closer
+// together than the tolerance may leave an edge unmatched; they are mended after.
+
 namespace nu::engine::chains {
 
 namespace {
@@ -13,7 +40,7 @@ std::size_t Index(int i) {
   return static_cast<std::size_t>(i);
 }
 
-// Of what is between a piece, the origin and the ways there.
+// The area between a piece and the segments from the origin to its ends, positive counter-clockwise.
 double AreaOf(const Piece2& piece) {
   const double area = 0.5 * Cross(piece.start, piece.end);
   if (piece.curvature == 0.0) return area;
@@ -52,7 +79,7 @@ bool Trace::IsSame(int e, int other) const {
          Norm(first.At(0.5 * first.length) - second.At(0.5 * second.length)) <= kApart;
 }
 
-// What leads nowhere, or comes from nowhere, is no part of a curve: roundings leave such stubs.
+// An edge that has no successor, or no predecessor, is no part of a curve: rounding leaves such edges.
 void Trace::Prune() {
   std::vector<int> nodes;
   for (int node = 0; node < static_cast<int>(m_out.size()); ++node) nodes.push_back(node);
@@ -77,15 +104,15 @@ void Trace::DropWithout(int node, std::vector<int>& open) {
   }
 }
 
-// The part of an edge's piece, run away from the node where the edge ends or starts.
+// The part of its piece that an edge covers, directed away from the node where the edge ends or starts.
 Piece2 Trace::Away(int e, bool isIn) const {
   const TraceEdge& edge = m_edges[Index(e)];
   const Piece2 part = m_raw.pieces[Index(edge.piece)].Part(edge.from, edge.to);
   return isIn ? part.Reversed() : part;
 }
 
-// Whether two rays of about one direction stand in the wrong order: they touch, and halfway along the shorter one tells
-// on which side the second one leaves. Of those that never do, the one that goes comes first.
+// Whether two rays of nearly one direction are in the wrong order. They touch at the node; the point halfway along the
+// shorter one decides on which side of the first the second lies. Of rays that coincide, the outgoing one comes first.
 bool Trace::IsSwapped(const Ray& first, const Ray& second) const {
   constexpr double kTouching = 1e-6;  // radians
   constexpr double kApart = 1e-11;
@@ -110,8 +137,7 @@ std::vector<Trace::Ray> Trace::RaysAt(int node) const {
   return rays;
 }
 
-// The free side is to the right. From an edge that comes in, counter-clockwise, the next one that goes out goes on with
-// it, and takes those in between out of account, as brackets do: curves may touch at a node but do not cross there.
+// Matches incoming and outgoing edges counter-clockwise, as brackets.
 void Trace::MatchAt(int node) {
   std::vector<Ray> rays = RaysAt(node);
   if (rays.size() > 2) {
@@ -138,12 +164,11 @@ void Trace::Match() {
   for (int node = 0; node < static_cast<int>(m_out.size()); ++node) MatchAt(node);
 }
 
-// Where crossings of several pieces are closer together than the tolerance tells them apart, ways between two nodes
-// that are the same within it remain, and the angles at their ends can choose different ones: the curve then runs into
-// an end of one and goes on from the start of another. Of the edges that go out from such a start, the one from which
-// the end is reached first is left out, so that the others go on.
+// Several crossings closer together than the tolerance leave parallel paths between two nodes, equal within it. The
+// angles at either end may choose different ones of them: the curve then ends at the end of one path and continues from
+// the start of another. Of the edges that leave such a start, the one from which the end is reached first is left out.
 bool Trace::MendAt(int open) {
-  constexpr int kMaxSteps = 1000;  // of ways around a few crossings
+  constexpr int kMaxSteps = 1000;  // edges of a path around a few crossings
   const int node = m_edges[Index(open)].start;
   std::vector<int> starts{open};
   for (const int e : m_out[Index(node)]) {
@@ -167,7 +192,7 @@ bool Trace::MendAt(int open) {
   return false;
 }
 
-// What is mended first may still end at the next such place.
+// A path that was mended may end at the next such place: hence several passes.
 void Trace::Mend() {
   constexpr int kMaxPasses = 20;
   bool goesOn = true;
@@ -200,7 +225,7 @@ void Trace::MarkPassed(const Path& path) {
   }
 }
 
-// From nodes of the curves by ways that were left out, against the sense of those unless they are run from the start.
+// The nodes that are reached from nodes of the curves by paths that were left out: along them, or against them.
 std::vector<char> Trace::NodesReached(bool fromStart) const {
   constexpr int kMaxPasses = 20;
   std::vector<char> reached = m_isPassed;
@@ -256,7 +281,7 @@ void Trace::TakeOpen(std::vector<std::vector<Piece2>>& paths) {
 }
 
 void Trace::AddLoops(std::vector<std::vector<Piece2>>& loops) {
-  constexpr double kLeastHeight = 1e-10;  // of a loop that is more than a way there and back, over its length
+  constexpr double kLeastHeight = 1e-10;  // area over length of a loop; below, it only runs there and back
   for (int e = 0; e < static_cast<int>(m_edges.size()); ++e) {
     if (m_isGone[Index(e)]) continue;
     const Path path = Walk(e);

@@ -26,7 +26,7 @@ class Trace {
 
   // All curves, those that are not closed first.
   std::vector<std::vector<Piece2>> Curves();
-  // Whether these leave out more than ways up to a length that join nodes of theirs once more.
+  // Whether these leave out more than short paths, up to a length, that join two of their nodes once more.
   bool IsTorn(double longest) const;
 
  private:
@@ -65,7 +65,7 @@ class Trace {
   std::vector<char> m_isGone;           // dropped or used
   std::vector<int> m_next, m_previous;  // of each edge, or -1
   std::vector<char> m_isPassed;         // groups of nodes on the curves found
-  std::vector<Path> m_leftOut;          // ways that are no curves
+  std::vector<Path> m_leftOut;          // paths that are no curves
 };
 
 }  // namespace nu::engine::chains
