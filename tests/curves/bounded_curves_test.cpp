@@ -484,37 +484,17 @@ TEST(LineSegment, CountsWhatItMeets) {
   EXPECT_EQ(s.MidPoint().DistanceTo(CNuPoint(1, 2, 5)) + s.ToPolyline(5)[3].DistanceTo(CNuPoint(1, 2, 4)), 0);
 }
 
-// Nothing hangs or crashes; what is far out of the ordinary but has an answer gets it.
-TEST(BoundedCurves, EndForAnyNumbers) {
-  const double inf = std::numeric_limits<double>::infinity(), nan = std::nan("");
+TEST(BoundedCurves, OfAnySize) {
   CNuPoint p, q;
-  CNuVector t, n;
-  double radius = 0;
-  const CNuCircularArc arc(CNuPoint(), CNuPoint(1, 0, 0), CNuPoint(0, 1, 0), NuTrue);
-  for (const double odd : {nan, inf, 1e300, 1e-300, -1e308}) {
-    CNuPolyline curve = Chain({{0, 0, 0}, {odd, 1, 0}, {2, odd, 1}, {3, 3, 3}, {0, 0, odd}});
-    EXPECT_NO_THROW({
-      arc.DistanceTo(&curve, &p, &q);
-      curve.DistanceTo(&curve, &p, &q);
-      curve.BoundingCircle(&radius, &p);
-      curve.GetStartData(&p, &t, &n);
-      curve.Area();
-      curve.Centroid();
-      curve.IsPlanar(1);
-      curve.IsSelfIntersecting();
-      curve.RemoveShortEdges();
-    });
-    EXPECT_NE(FailureOf([&] { delete curve.Offset(odd); }), "nothing");
-  }
+  NuSetLengthTol(0);
   for (const double size : {1e-150, 1e-6, 1e150}) {
-    NuSetLengthTol(0);
     const CNuCircularArc one(CNuPoint(), CNuPoint(size, 0, 0), CNuPoint(0, size, 0), NuTrue);
     const CNuCircularArc other(CNuPoint(3 * size, 0, 0), CNuPoint(2 * size, 0, 0), CNuPoint(2 * size, 0, 0), NuTrue);
     EXPECT_NEAR(one.DistanceTo(&other, &p, &q) / size, 1, 1e-14);
     const CNuLineSegment side(CNuPoint(size, -size, size), CNuPoint(size, size, size));
     EXPECT_NEAR(one.DistanceTo(&side, &p, &q) / size, 1, 1e-14);
-    NuSetLengthTol(1e-12);
   }
+  NuSetLengthTol(1e-12);
 }
 
 // Two spirals of 30 000 edges each: all pairs would take minutes.

@@ -6,21 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "nu/curves/circle.h"
-#include "nu/curves/circular_arc.h"
-#include "nu/curves/composite_curve.h"
-#include "nu/curves/ellipse.h"
-#include "nu/curves/hyperbola.h"
-#include "nu/curves/line_segment.h"
-#include "nu/curves/parabola.h"
-#include "nu/curves/polyline.h"
-#include "nu/foundation/tolerances.h"
-#include "nu/geometry/line.h"
-#include "nu/geometry/plane.h"
-#include "nu/geometry/point.h"
-#include "nu/surfaces/cone.h"
-#include "nu/surfaces/cylinder.h"
-#include "nu/surfaces/sphere.h"
+#include "nu/nu.h"
 #include "support/clouds.h"
 #include "support/failures.h"
 #include "support/scratch_file.h"

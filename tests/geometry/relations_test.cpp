@@ -2,23 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <memory>
 #include <tuple>
 
-#include "nu/curves/circle.h"
-#include "nu/curves/ellipse.h"
-#include "nu/curves/hyperbola.h"
-#include "nu/curves/line_segment.h"
-#include "nu/curves/parabola.h"
-#include "nu/foundation/constants.h"
-#include "nu/foundation/object_array.h"
-#include "nu/foundation/tolerances.h"
-#include "nu/geometry/line.h"
-#include "nu/geometry/plane.h"
-#include "nu/geometry/point_array.h"
-#include "nu/surfaces/cylinder.h"
-#include "nu/surfaces/sphere.h"
+#include "nu/nu.h"
 #include "support/clouds.h"
 #include "support/failures.h"
 
@@ -458,40 +445,6 @@ TEST(Circles, DivideEvenlyFromTheirXAxis) {
     EXPECT_EQ(FailureOf([&] { circle.ToPointArray(n); }),
               "operation 12 conversion|CNuCircle::ToPolyline/PointArray() [0,0]");
   }
-}
-
-// Whatever the numbers, a relation answers or says why not.
-TEST(Relations, EndOnAnyInput) {
-  const double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
-  const double odd[] = {0.0, 1.0, -1e300, 1e308, 5e-324, inf, nan};
-  Random random(21);
-  const auto pick = [&] { return odd[random.Below(7)]; };
-  int answers = 0;
-  for (int i = 0; i < 3000; ++i) {
-    const CNuPoint c(pick(), pick(), pick()), d(pick(), pick(), pick());
-    CNuPoint p, q;
-    CNuLine common;
-    CNuObjArray found(1);
-    NuSetLengthTol(pick());
-    NuSetDegreeTol(pick());
-    const auto run = [&](auto call) { answers += FailureOf(call) == "nothing" ? 1 : 0; };
-    const CNuLine line(c, CNuVector(1, 2, 3)), second(d, CNuVector(1, 2, random.Below(2) + 2.0));
-    const CNuPlane plane(d, CNuVector(3, 2, 1)), other(c, CNuVector(3, 2, random.Below(2) + 1.0));
-    const CNuCircle circle(5, d), large(random.Below(2) == 0 ? 1e300 : 1e308, c, CNuVector(1, 1, 0));
-    const CNuSphSurf sphere(7, d);
-    run([&] { line.MidLine(second), line.MidLine(plane), line.MidLine(d); });
-    run([&] { line.MidPlane(second); });
-    run([&] { plane.MidPlane(other), plane.MidPlane(line), plane.MidPlane(c); });
-    run([&] { line.DistanceTo(circle), line.DistanceTo(large), line.DistanceTo(second), line.DistanceTo(sphere); });
-    run([&] { line.ClosestPointsTo(circle, &p, &q), line.ClosestPointsTo(second, &p); });
-    run([&] { line.IntersectWith(circle, &p, &q), large.IntersectWith(circle, &p, &q); });
-    run([&] { large.IntersectWith(plane, &p, &q), plane.IntersectWith(other, &common); });
-    run([&] { plane.IntersectWith(sphere, &found); });
-    for (int k = 0; k < found.GetSize(); ++k) delete found[k];
-  }
-  NuSetLengthTol(1e-12);
-  NuSetDegreeTol(2.777777777778e-10);
-  EXPECT_GT(answers, 5000);
 }
 
 }  // namespace

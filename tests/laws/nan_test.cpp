@@ -2,19 +2,21 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
-#include <limits>
+#include <iterator>
 #include <string>
 #include <vector>
 
 #include "nu/nu.h"
+#include "support/clouds.h"
 #include "support/failures.h"
+#include "support/relations.h"
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
+using namespace nu::test;
 
 using Numbers = std::vector<double>;
 
@@ -45,68 +47,14 @@ Numbers Of(const CNuPointArray& points) {
   return all;
 }
 
+using P = const CNuPoint&;
+
 // An operation on two features, one at p and the other one at q. A count is no NaN: such an operation has to fail.
 struct Row {
-  const char* name;
-  std::function<Numbers(const CNuPoint& p, const CNuPoint& q)> run;
+  std::string name;
+  std::function<Numbers(P p, P q)> run;
 };
 
-const CNuVector kAxis(1, 2, 3), kAcross(3, 0, -1), kOther(2, -1, 1);
-
-CNuLine LineAt(const CNuPoint& p) {
-  return CNuLine(p, kAxis);
-}
-CNuPlane PlaneAt(const CNuPoint& p) {
-  return CNuPlane(p, kOther);
-}
-CNuCircle CircleAt(const CNuPoint& p) {
-  return CNuCircle(2, p, kOther);
-}
-CNuEllipse EllipseAt(const CNuPoint& p) {
-  return CNuEllipse(2, 1, p, kOther);
-}
-CNuHyperbola HyperbolaAt(const CNuPoint& p) {
-  return CNuHyperbola(2, 1, p, kOther);
-}
-CNuParabola ParabolaAt(const CNuPoint& p) {
-  return CNuParabola(2, p, kOther);
-}
-CNuSphSurf SphereAt(const CNuPoint& p) {
-  return CNuSphSurf(2, p);
-}
-CNuCylSurf CylinderAt(const CNuPoint& p) {
-  return CNuCylSurf(2, p, kOther);
-}
-CNuConSurf ConeAt(const CNuPoint& p) {
-  return CNuConSurf(30, p, kOther);
-}
-
-// Of any operation with two outputs for points, and of one with an array.
-template<class First, class Second>
-Numbers Crossing(const First& first, const Second& second) {
-  CNuPoint a, b;
-  first.IntersectWith(second, &a, &b);
-  return {};
-}
-template<class Second>
-Numbers Closest(const CNuLine& first, const Second& second) {
-  CNuPoint a, b;
-  first.ClosestPointsTo(second, &a, &b);
-  return {};
-}
-template<class First, class Second>
-Numbers Meeting(const First& first, const Second& second) {
-  CNuObjArray found(4);
-  first.IntersectWith(second, &found);
-  for (int i = 0; i < found.GetSize(); ++i) delete found[i];
-  return {};
-}
-
-template<class First, class Second, class Result>
-Numbers Single(const First& first, const Second& second, Result found) {
-  first.IntersectWith(second, &found);
-  return {};
-}
 template<class Call>
 Numbers Done(Call call) {
   call();
@@ -118,87 +66,50 @@ Feature Changed(Feature feature, Change change) {
   return feature;
 }
 
-using P = const CNuPoint&;
-
-const Row kRelations[] = {
-    {"point, point", [](P p, P q) { return Of(p.DistanceTo(q)); }},
-    {"point, line", [](P p, P q) { return Of(p.DistanceTo(LineAt(q))); }},
-    {"point, plane", [](P p, P q) { return Of(p.DistanceTo(PlaneAt(q))); }},
-    {"point, circle", [](P p, P q) { return Of(p.DistanceTo(CircleAt(q))); }},
-    {"point, sphere", [](P p, P q) { return Of(p.DistanceTo(SphereAt(q))); }},
-    {"point, cylinder", [](P p, P q) { return Of(p.DistanceTo(CylinderAt(q))); }},
-    {"point, cone", [](P p, P q) { return Of(p.DistanceTo(ConeAt(q))); }},
-    {"ellipse, point", [](P p, P q) { return Of(EllipseAt(p).DistanceTo(q)); }},
-    {"hyperbola, point", [](P p, P q) { return Of(HyperbolaAt(p).DistanceTo(q)); }},
-    {"parabola, point", [](P p, P q) { return Of(ParabolaAt(p).DistanceTo(q)); }},
-    {"line, line", [](P p, P q) { return Of(LineAt(p).DistanceTo(CNuLine(q, kOther))); }},
-    {"line, parallel line", [](P p, P q) { return Of(LineAt(p).DistanceTo(LineAt(q))); }},
-    {"line, circle", [](P p, P q) { return Of(LineAt(p).DistanceTo(CircleAt(q))); }},
-    {"line, plane", [](P p, P q) { return Of(LineAt(p).DistanceTo(PlaneAt(q))); }},
-    {"line, parallel plane", [](P p, P q) { return Of(LineAt(p).DistanceTo(CNuPlane(q, kAcross))); }},
-    {"line, sphere", [](P p, P q) { return Of(LineAt(p).DistanceTo(SphereAt(q))); }},
-    {"line, cylinder", [](P p, P q) { return Of(LineAt(p).DistanceTo(CylinderAt(q))); }},
-    {"line, cone", [](P p, P q) { return Of(LineAt(p).DistanceTo(ConeAt(q))); }},
-    {"plane, plane", [](P p, P q) { return Of(PlaneAt(p).DistanceTo(CNuPlane(q, kAxis))); }},
-    {"plane, parallel plane", [](P p, P q) { return Of(PlaneAt(p).DistanceTo(PlaneAt(q))); }},
-    {"projection on line", [](P p, P q) { return Of(p.ProjectionOn(LineAt(q))); }},
-    {"projection on plane", [](P p, P q) { return Of(p.ProjectionOn(PlaneAt(q))); }},
-    {"projection on sphere", [](P p, P q) { return Of(p.ProjectionOn(SphereAt(q))); }},
-    {"projection on cylinder", [](P p, P q) { return Of(p.ProjectionOn(CylinderAt(q))); }},
-    {"projection on cone", [](P p, P q) { return Of(p.ProjectionOn(ConeAt(q))); }},
-    {"middle of points", [](P p, P q) { return Of(p.MidPoint(q)); }},
-    {"middle of point and line", [](P p, P q) { return Of(p.MidPoint(LineAt(q))); }},
-    {"middle of point and plane", [](P p, P q) { return Of(p.MidPoint(PlaneAt(q))); }},
-    {"plane between points", [](P p, P q) { return Of(p.MidPlane(q)); }},
-    {"plane between point and line", [](P p, P q) { return Of(p.MidPlane(LineAt(q))); }},
-    {"line between line and point", [](P p, P q) { return Of(LineAt(p).MidLine(q)); }},
-    {"line between lines", [](P p, P q) { return Of(LineAt(p).MidLine(CNuLine(q, kOther))); }},
-    {"line between line and plane", [](P p, P q) { return Of(LineAt(p).MidLine(PlaneAt(q))); }},
-    {"plane between lines", [](P p, P q) { return Of(LineAt(p).MidPlane(CNuLine(q, kOther))); }},
-    {"plane between plane and point", [](P p, P q) { return Of(PlaneAt(p).MidPlane(q)); }},
-    {"plane between plane and line", [](P p, P q) { return Of(PlaneAt(p).MidPlane(LineAt(q))); }},
-    {"plane between planes", [](P p, P q) { return Of(PlaneAt(p).MidPlane(CNuPlane(q, kAxis))); }},
-    {"side of line", [](P p, P q) { return p.LineSide(LineAt(q), 1e-9), Numbers(); }},
-    {"side of circle", [](P p, P q) { return p.CurveSide(CircleAt(q), 1e-9), Numbers(); }},
-    {"side of ellipse", [](P p, P q) { return p.CurveSide(EllipseAt(q), 1e-9), Numbers(); }},
-    {"side of hyperbola", [](P p, P q) { return p.CurveSide(HyperbolaAt(q), 1e-9), Numbers(); }},
-    {"side of parabola", [](P p, P q) { return p.CurveSide(ParabolaAt(q), 1e-9), Numbers(); }},
-    {"side of plane", [](P p, P q) { return p.SurfaceSide(PlaneAt(q), 1e-9), Numbers(); }},
-    {"side of sphere", [](P p, P q) { return p.SurfaceSide(SphereAt(q), 1e-9), Numbers(); }},
-    {"side of cylinder", [](P p, P q) { return p.SurfaceSide(CylinderAt(q), 1e-9), Numbers(); }},
-    {"side of cone", [](P p, P q) { return p.SurfaceSide(ConeAt(q), 1e-9), Numbers(); }},
-    {"line meets line", [](P p, P q) { return Single(LineAt(p), CNuLine(q, kOther), CNuPoint()); }},
-    {"line meets plane", [](P p, P q) { return Single(LineAt(p), PlaneAt(q), CNuPoint()); }},
-    {"plane meets plane", [](P p, P q) { return Single(PlaneAt(p), CNuPlane(q, kAxis), CNuLine()); }},
-    {"line meets circle", [](P p, P q) { return Crossing(LineAt(p), CircleAt(q)); }},
-    {"line meets ellipse", [](P p, P q) { return Crossing(LineAt(p), EllipseAt(q)); }},
-    {"line meets hyperbola", [](P p, P q) { return Crossing(LineAt(p), HyperbolaAt(q)); }},
-    {"line meets parabola", [](P p, P q) { return Crossing(LineAt(p), ParabolaAt(q)); }},
-    {"line meets sphere", [](P p, P q) { return Crossing(LineAt(p), SphereAt(q)); }},
-    {"line meets cylinder", [](P p, P q) { return Crossing(LineAt(p), CylinderAt(q)); }},
-    {"line meets cone", [](P p, P q) { return Crossing(LineAt(p), ConeAt(q)); }},
-    {"circle meets circle", [](P p, P q) { return Crossing(CircleAt(p), CNuCircle(3, q, kAxis)); }},
-    {"circle meets plane", [](P p, P q) { return Crossing(CircleAt(p), CNuPlane(q, kAxis)); }},
-    {"ellipse meets plane", [](P p, P q) { return Crossing(EllipseAt(p), CNuPlane(q, kAxis)); }},
-    {"hyperbola meets plane", [](P p, P q) { return Crossing(HyperbolaAt(p), CNuPlane(q, kAxis)); }},
-    {"parabola meets plane", [](P p, P q) { return Crossing(ParabolaAt(p), CNuPlane(q, kAxis)); }},
-    {"closest to line",
-     [](P p,
-        P q) { return Done([&, f = CNuPoint()]() mutable { LineAt(p).ClosestPointsTo(CNuLine(q, kOther), &f); }); }},
-    {"closest to circle", [](P p, P q) { return Closest(LineAt(p), CircleAt(q)); }},
-    {"closest to sphere", [](P p, P q) { return Closest(LineAt(p), SphereAt(q)); }},
-    {"closest to cylinder", [](P p, P q) { return Closest(LineAt(p), CylinderAt(q)); }},
-    {"closest to cone", [](P p, P q) { return Closest(LineAt(p), ConeAt(q)); }},
-    {"plane meets sphere", [](P p, P q) { return Meeting(PlaneAt(p), SphereAt(q)); }},
-    {"plane meets cylinder", [](P p, P q) { return Meeting(PlaneAt(p), CylinderAt(q)); }},
-    {"plane meets cone", [](P p, P q) { return Meeting(PlaneAt(p), ConeAt(q)); }},
-    {"sphere meets sphere", [](P p, P q) { return Meeting(SphereAt(p), SphereAt(q)); }},
-    {"cylinder meets sphere", [](P p, P q) { return Meeting(CylinderAt(p), SphereAt(q)); }},
-    {"cylinder meets cylinder", [](P p, P q) { return Meeting(CylinderAt(p), CNuCylSurf(1, q, kAxis)); }},
-    {"cylinder meets cone", [](P p, P q) { return Meeting(CylinderAt(p), CNuConSurf(20, q, kAxis)); }},
-    {"cone meets sphere", [](P p, P q) { return Meeting(ConeAt(p), SphereAt(q)); }},
-    {"cone meets cone", [](P p, P q) { return Meeting(ConeAt(p), CNuConSurf(20, q, kAxis)); }},
-};
+// Whatever the first feature can be asked about the second.
+std::vector<Row> Relations() {
+  std::vector<Row> rows;
+  ForAllPairs([&](const auto& first, const auto& second) {
+    const auto add = [&](const std::string& what, auto call) {
+      rows.push_back({first.name + what + second.name,
+                      [call, a = first.at, b = second.at](P p, P q) { return call(a(p), b(q)); }});
+    };
+    using A = decltype(first.at(CNuPoint()));
+    using B = decltype(second.at(CNuPoint()));
+    if constexpr (requires(A a, B b) { a.DistanceTo(b); }) add(" to ", [](A a, B b) { return Of(a.DistanceTo(b)); });
+    if constexpr (requires(A a, B b) { a.ProjectionOn(b); })
+      add(" onto ", [](A a, B b) { return Of(a.ProjectionOn(b)); });
+    if constexpr (requires(A a, B b) { a.MidPoint(b); })
+      add(", mid point, ", [](A a, B b) { return Of(a.MidPoint(b)); });
+    if constexpr (requires(A a, B b) { a.MidLine(b); }) add(", mid line, ", [](A a, B b) { return Of(a.MidLine(b)); });
+    if constexpr (requires(A a, B b) { a.MidPlane(b); })
+      add(", mid plane, ", [](A a, B b) { return Of(a.MidPlane(b)); });
+    if constexpr (requires(A a, B b) { a.LineSide(b, 1e-9); })
+      add(" beside ", [](A a, B b) { return a.LineSide(b, 1e-9), Numbers(); });
+    if constexpr (requires(A a, B b) { a.CurveSide(b, 1e-9); }) {
+      add(" in ", [](A a, B b) { return a.CurveSide(b, 1e-9), Numbers(); });
+      add(" inside ", [](A a, B b) { return a.SurfaceSide(b, 1e-9), Numbers(); });
+    }
+    if constexpr (requires(A a, B b, CNuPoint p) { a.IntersectWith(b, &p); })
+      add(" meets ", [](A a, B b) { return Done([&, p = CNuPoint()]() mutable { a.IntersectWith(b, &p); }); });
+    if constexpr (requires(A a, B b, CNuPoint p) { a.IntersectWith(b, &p, &p); })
+      add(" crosses ", [](A a, B b) { return Done([&, p = CNuPoint()]() mutable { a.IntersectWith(b, &p, &p); }); });
+    if constexpr (requires(A a, B b, CNuLine l) { a.IntersectWith(b, &l); })
+      add(" meets ", [](A a, B b) { return Done([&, l = CNuLine()]() mutable { a.IntersectWith(b, &l); }); });
+    if constexpr (requires(A a, B b, CNuPoint p) { a.ClosestPointsTo(b, &p); })
+      add(" next to ", [](A a, B b) { return Done([&, p = CNuPoint()]() mutable { a.ClosestPointsTo(b, &p); }); });
+    if constexpr (requires(A a, B b, CNuPoint p) { a.ClosestPointsTo(b, &p, &p); })
+      add(" next to ", [](A a, B b) { return Done([&, p = CNuPoint()]() mutable { a.ClosestPointsTo(b, &p, &p); }); });
+    if constexpr (requires(A a, B b, CNuObjArray o) { a.IntersectWith(b, &o); })
+      add(" cuts ", [](A a, B b) {
+        CNuObjArray found(4);
+        a.IntersectWith(b, &found);
+        for (int i = 0; i < found.GetSize(); ++i) delete found[i];
+        return Numbers();
+      });
+  });
+  return rows;
+}
 
 // Points of no feature, one of them p and one q.
 CNuPointArray Cloud(P p, P q) {
@@ -211,6 +122,12 @@ CNuPointArray Cloud(P p, P q) {
   return points;
 }
 
+CNuLine LineAt(P p) {
+  return CNuLine(p, kAxis);
+}
+CNuCircle CircleAt(P p) {
+  return CNuCircle(2, p, kOther);
+}
 CNuLineSegment SegmentAt(P p) {
   return Changed(CNuLineSegment(), [&](auto& s) { s.Translate(p); });
 }
@@ -281,8 +198,10 @@ const Row kOthers[] = {
     {"circle to points",
      [](P p, P q) { return Of(Changed(CircleAt(p), [&](auto& c) { c.Rotate(2, kAxis, q); }).ToPointArray(5)); }},
     {"ellipse to points",
-     [](P p, P q) { return Of(Changed(EllipseAt(p), [&](auto& c) { c.Rotate(2, kAxis, q); }).ToPointArray(5)); }},
-    {"cylinder to matrix", [](P p, P q) { return Of(CylinderAt(p).ToAlgebraicForm(CircleAt(q))); }},
+     [](P p, P q) {
+       return Of(Changed(CNuEllipse(2, 1, p, kOther), [&](auto& c) { c.Rotate(2, kAxis, q); }).ToPointArray(5));
+     }},
+    {"cylinder to matrix", [](P p, P q) { return Of(CNuCylSurf(2, p, kOther).ToAlgebraicForm(CircleAt(q))); }},
     {"line through points", [](P p, P q) { return Of(CNuLine(p, q)); }},
     {"plane through point and line", [](P p, P q) { return Of(CNuPlane(p, LineAt(q))); }},
     {"mean", [](P p, P q) { return Of(Cloud(p, q).MeanPoint()); }},
@@ -295,9 +214,12 @@ const Row kOthers[] = {
     {"polyline, centroid", [](P p, P q) { return Of(CNuPolyline(Cloud(p, q)).Centroid()); }},
     {"simplified curve", [](P p, P q) { return Of(CNuSimplifiedCurve(Cloud(p, q), 1).GetMaxDeviation()); }},
     {"simplified points", [](P p, P q) { return Of(CNuSimplifiedCurve(Cloud(p, q), 1).GetPoints()); }},
-    {"segments meet", [](P p, P q) { return Single(SegmentAt(p), SegmentAt(q), CNuPoint()); }},
-    {"segment meets arc", [](P p, P q) { return Crossing(SegmentAt(p), ArcAt(q)); }},
-    {"segment meets line", [](P p, P q) { return Single(SegmentAt(p), LineAt(q), CNuPoint()); }},
+    {"segments meet",
+     [](P p, P q) { return Done([&, a = CNuPoint()]() mutable { SegmentAt(p).IntersectWith(SegmentAt(q), &a); }); }},
+    {"segment meets arc",
+     [](P p, P q) { return Done([&, a = CNuPoint()]() mutable { SegmentAt(p).IntersectWith(ArcAt(q), &a, &a); }); }},
+    {"segment meets line",
+     [](P p, P q) { return Done([&, a = CNuPoint()]() mutable { SegmentAt(p).IntersectWith(LineAt(q), &a); }); }},
     {"common curve, point", [](P p, P q) { return Of(CommonAt(p).DistanceTo(q)); }},
     {"common curve, closest", [](P p, P q) { return Of(CommonAt(p).ClosestPoint(q, nullptr)); }},
     {"common curve, parameter",
@@ -326,22 +248,24 @@ void ForEachCoordinate(double value, Call call) {
   }
 }
 
+std::vector<Row> Others() {
+  std::vector<Row> rows(std::begin(kOthers), std::end(kOthers));
+  for (const auto& more :
+       {OfBoundedCurve(SegmentAt), OfBoundedCurve(ArcAt), OfBoundedCurve(PolylineAt), OfBoundedCurve(ChainAt)})
+    rows.insert(rows.end(), more.begin(), more.end());
+  return rows;
+}
+
 TEST(NotANumber, GivesOneOrFails) {
-  const auto check = [](const Row& row) {
-    ForEachCoordinate(kNaN, [&row](P p, P q) {
-      Numbers numbers;
-      if (FailureOf([&] { numbers = row.run(p, q); }) != "nothing") return;
-      bool any = false;
-      for (const double x : numbers) any = any || std::isnan(x);
-      EXPECT_TRUE(any) << row.name;
-    });
-  };
-  for (const Row& row : kRelations) check(row);
-  for (const Row& row : kOthers) check(row);
-  for (const Row& row : OfBoundedCurve(SegmentAt)) check(row);
-  for (const Row& row : OfBoundedCurve(ArcAt)) check(row);
-  for (const Row& row : OfBoundedCurve(PolylineAt)) check(row);
-  for (const Row& row : OfBoundedCurve(ChainAt)) check(row);
+  for (const auto& rows : {Relations(), Others()}) {
+    for (const Row& row : rows) {
+      ForEachCoordinate(kNaN, [&row](P p, P q) {
+        Numbers numbers;
+        if (FailureOf([&] { numbers = row.run(p, q); }) != "nothing") return;
+        EXPECT_TRUE(std::any_of(numbers.begin(), numbers.end(), [](double x) { return std::isnan(x); })) << row.name;
+      });
+    }
+  }
 }
 
 TEST(NotANumber, ComesOfNoDifferenceThatOverflows) {
@@ -351,16 +275,22 @@ TEST(NotANumber, ComesOfNoDifferenceThatOverflows) {
   EXPECT_EQ(CNuPolyline(corners).DistanceTo(CNuPoint(0, 0.5 * far, 0)), 0.5 * far);
 }
 
-// What relations of features that are too large, or turned by no number, cannot answer is their own failure.
+bool IsOwn(const std::string& failure) {
+  return failure == "nothing" || (failure.rfind("operation", 0) == 0 && failure.find("::") != std::string::npos);
+}
+
+// What relations of features that are too large, or turned by no number, cannot answer is their own failure; all other
+// operations end.
 TEST(NotANumber, RelationsNameThemselvesWhenTheyFail) {
-  for (const Row& row : kRelations) {
-    for (const double value : {kNaN, kInf, -kInf, 1e308, -1.7e308, 1e160}) {
-      ForEachCoordinate(value, [&](P p, P q) {
+  const std::vector<Row> relations = Relations(), others = Others();
+  for (const double value : {kNaN, kInf, -kInf, 1e308, -1.7e308, 1e160}) {
+    ForEachCoordinate(value, [&](P p, P q) {
+      for (const Row& row : relations) {
         const std::string failure = FailureOf([&] { row.run(p, q); });
-        const bool isOwn = failure.rfind("operation", 0) == 0 && failure.find("::") != std::string::npos;
-        EXPECT_TRUE(failure == "nothing" || isOwn) << row.name << " of " << value << ": " << failure;
-      });
-    }
+        EXPECT_TRUE(IsOwn(failure)) << row.name << " of " << value << ": " << failure;
+      }
+      for (const Row& row : others) FailureOf([&] { row.run(p, q); });
+    });
   }
   CNuCylSurf turned(1, CNuPoint(), kAxis);
   turned.Rotate(kNaN, kOther);
@@ -370,9 +300,31 @@ TEST(NotANumber, RelationsNameThemselvesWhenTheyFail) {
             "operation 45 calculation|CNuLine::IntersectWith(CNuCylSurf) [0,0]");
 }
 
+// Whatever the numbers and the tolerances.
+TEST(NotANumber, RelationsAnswerOrSayWhyNot) {
+  const double odd[] = {0.0, 1.0, -1e300, 1e308, 5e-324, kInf, kNaN};
+  Random random(21);
+  const auto pick = [&] { return odd[random.Below(7)]; };
+  const std::vector<Row> relations = Relations();
+  int answers = 0;
+  for (int i = 0; i < 300; ++i) {
+    const CNuPoint p(pick(), pick(), pick()), q(pick(), pick(), pick());
+    NuSetLengthTol(pick());
+    NuSetDegreeTol(pick());
+    for (const Row& row : relations) {
+      const std::string failure = FailureOf([&] { row.run(p, q); });
+      EXPECT_TRUE(IsOwn(failure)) << row.name << ": " << failure;
+      answers += failure == "nothing";
+    }
+  }
+  NuSetLengthTol(1e-12);
+  NuSetDegreeTol(2.777777777778e-10);
+  EXPECT_GT(answers, 10000);
+}
+
 TEST(NotANumber, HoldsForNoComparison) {
   CNuLine line = LineAt(CNuPoint());
-  CNuPlane plane = PlaneAt(CNuPoint());
+  CNuPlane plane = CNuPlane(CNuPoint(), kOther);
   line.Rotate(kNaN, kOther);
   plane.Rotate(kNaN, kAxis);
   EXPECT_FALSE(line.IsParallelTo(LineAt(CNuPoint()), 1) || LineAt(CNuPoint()).IsParallelTo(plane, 1));

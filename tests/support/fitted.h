@@ -34,8 +34,7 @@ struct Fitted : Shape {
   bool operator==(const Fitted& f) const = default;
   // The same for the same fit in another unit of length.
   std::vector<double> Numbers(double unit) const {
-    std::vector<double> numbers{form};
-    if (form >= 0.0) numbers = {form / unit, sumsq < 0.0 ? sumsq : sumsq / (unit * unit)};
+    std::vector<double> numbers{form < 0.0 ? form : form / unit, sumsq < 0.0 ? sumsq : sumsq / (unit * unit)};
     for (const Shape* s : {static_cast<const Shape*>(this), &inner, &outer}) {
       for (const double length : s->Lengths()) numbers.push_back(length / unit);
       for (const double ratio : s->Ratios()) numbers.push_back(ratio);
