@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <string>
 
 #include "nu/nu.h"
 #include "support/clouds.h"
+#include "support/failures.h"
 
 namespace {
 
@@ -93,6 +95,29 @@ TEST(MinimumZoneCone, OfPointsOnBothNappes) {
       ASSERT_GE(near.largest - near.smallest, zone - 1e-13);
     }
   }
+}
+
+// From their least-squares cones the way leads to a plane; there are optima next to other cones.
+TEST(MinimumZoneCone, OfNearlyFlatPoints) {
+  Random random(776);
+  int found = 0, sets = 0;
+  for (int run = 0; run < 14; ++run) {
+    const bool isTorus = run % 2 == 0;
+    const CNuPointArray points = isTorus ? TorusCloud(random, 20 + 12 * run, 1.0, 0.3, 360.0, 360.0, 0.02)
+                                         : BoxCloud(random, 20 + 9 * run, 1.0, 0.6, 0.1);
+    CNuConSurf cone(45.0);
+    double zone = 0.0, form = 0.0, sumsq = 0.0;
+    if (cone.FitEx(points, &form, &sumsq, 1000) != NuFitSuccess) continue;
+    ++sets;
+    const std::string failure = FailureOf([&] { cone.FitMinZone(points, &zone, 1e-9, 1000); });
+    if (failure == "nothing")
+      ++found;
+    else
+      EXPECT_EQ(failure, "bestfit 11 |CNuConSurf::FitMinZone [0,0]") << run;
+    EXPECT_LE(zone, form) << run;
+  }
+  EXPECT_GE(sets, 12);
+  EXPECT_GE(found, sets - 1);
 }
 
 // Rigid motion, size and order carry the zone along, sizes whose squares overflow or vanish included; the axis points

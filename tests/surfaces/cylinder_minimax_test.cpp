@@ -123,7 +123,7 @@ TEST(MinimaxCylinders, FindTheirWayInAwkwardSets) {
     const CNuPointArray plate = BoxCloud(random, 20 + 5 * run, 1.0, 0.6, 0.1);
     double zone, form, sumSquares;
     b.Fit(plate, &form, &sumSquares, 1000);
-    EXPECT_EQ(a.FitMinZoneEx(plate, &zone, 1e-9, 5000), NuFitSuccess) << run;
+    EXPECT_EQ(a.FitMinZoneEx(plate, &zone, 1e-9, 1000), NuFitSuccess) << run;
     EXPECT_LE(zone, form) << run;
   }
   for (int run = 0; run < 100; ++run) {

@@ -45,16 +45,16 @@ class NU_EXPORT CNuConSurf : public CNuSurface {
   ENuFitResult FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
 
   // Minimum-zone cone: half-way between the two parallel cones, of the same axis and semi-angle, that hold all points
-  // between them at the least distance, `zone`, along the normal; those next to the least-squares cone, and never
-  // farther apart than its form. `inner` and `outer` receive the two, or both the result where `zone` is below
-  // NuGetTol(): their apexes are zone / (2 sin semi-angle) from that of the result along the axis. Of points on both
-  // nappes, each counted from the nappe that it is next to, `zone` is the range of the deviations; the cone need not be
-  // in the middle of it, as no parallel surface of two nappes is a cone.
+  // between them at the least distance, `zone`, along the normal; those next to the least-squares cone or, where none
+  // are next to it, next to another one, and never farther apart than its form. `inner` and `outer` receive the two, or
+  // both the result where `zone` is below NuGetTol(): their apexes are zone / (2 sin semi-angle) from that of the
+  // result along the axis. Of points on both nappes, each counted from the nappe that it is next to, `zone` is the
+  // range of the deviations; the cone need not be in the middle of it, as no parallel surface of two nappes is a cone.
   // The start is that of Fit with the same limit; `tol` decides whether points are in one plane or coincide.
   // CNuBestfitException, for which the cone and the outputs stay as they were: cause 13 (size 0) for a limit below 1,
   // before all else; cause 1 (size 6) for fewer than six points; cause 4 (size 4) for points in one plane; cause 2
   // (size 6) for fewer than six distinct ones; the causes of Fit; cause 12 (size 0) when the steps use up the limit,
-  // even the one that ends the search, or are 1000; cause 11 (size 0) for coordinates that are not finite and for
+  // even the one that ends the search; cause 11 (size 0) for coordinates that are not finite and for
   // points along which the cone becomes a plane or a cylinder, and named "CNuConSurf::FitMinZone" when no step leads
   // down although one should. CNuOperationException: cause 46 when the deviations cannot be linearised, cause 17 when a
   // linear program of the search is not solved; neither has been seen to occur. The twins throw cause 13 only:

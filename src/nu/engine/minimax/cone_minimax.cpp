@@ -1,13 +1,17 @@
 #include "nu/engine/minimax/cone_minimax.h"
 
 #include <limits>
+#include <type_traits>
 
+#include "nu/engine/base/elementary.h"
 #include "nu/engine/minimax/round_minimax.h"
+#include "nu/engine/points/principal_direction.h"
 
 namespace nu::engine::minimax {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // The cone comes with the rounding errors of an apex and an angle: its deviations are so many of them off.
 constexpr double kNoise = 64.0;
@@ -37,6 +41,92 @@ ConeZone Described(const MinimaxSolution<Model>& found, double unit, double roun
   return zone;
 }
 
+// The problem in the unit of the blocks, whose distances can be squared.
+struct ScaledProblem {
+  PointBlocks& points;
+  Vec3 mean;
+  double reach = 0.0;  // of the points from there
+  double rounding = 0.0;
+  double form = 0.0;  // the range of the deviations to be bettered
+};
+
+// Seen from the middle of its zone.
+template<class Model>
+Model InMiddle(const ConeDistance& cone, double middle) {
+  if constexpr (std::is_same_v<Model, NappesDistance>)
+    return {cone, middle};
+  else
+    return cone.Moved({middle});
+}
+
+const ConeDistance& ConeOf(const ConeDistance& model) {
+  return model;
+}
+const ConeDistance& ConeOf(const NappesDistance& model) {
+  return model.cone;
+}
+
+// The points are near enough to it, beside its radius of curvature, for a bend.
+bool IsBent(const ScaledProblem& problem, const ConeDistance& cone) {
+  return problem.reach * cone.cosine > kLeastBend * cone.radius;
+}
+
+template<class Model>
+bool IsOptimum(const ScaledProblem& problem, const MinimaxSolution<Model>& found) {
+  return found.end == MinimaxEnd::converged && IsBent(problem, ConeOf(found.model));
+}
+
+// The cone that touches a plane along a line: the apex is `way` before the point, and the radius of curvature there is
+// `bend`.
+Cone3 TouchingCone(const Vec3& point, const Vec3& normal, const Vec3& line, double way, double bend) {
+  const double angle = Atan2(bend, way);
+  return {point - way * line, Cos(angle) * line - Sin(angle) * normal, 0.0, angle};
+}
+
+// Points that are nearly flat may lead the search to a cone that is a plane, where it finds no optimum. Others lie next
+// to cones that touch the plane through the points from either side, along several lines, and bend more or less: the
+// best of the first kind of cones that brings any.
+template<class Model>
+void SearchElsewhere(const ScaledProblem& problem, Minimax<Model>& minimax, MinimaxSolution<Model>& found) {
+  constexpr bool bothNappes = std::is_same_v<Model, NappesDistance>;
+  // The way from the apex, in units of the reach, and the radius of curvature, 1 where the cone bulges by the form.
+  constexpr double kKinds[][2] = {{0.8, 12.0}, {0.8, 3.0}, {0.3, 3.0}, {1.6, 12.0}, {0.3, 12.0}, {0.8, 0.5}};
+  const Vec3 normal = FindPrincipalDirection(problem.points, Extent::smallest).direction;
+  const Vec3 longest = FindPrincipalDirection(problem.points, Extent::largest).direction;
+  const AxisFrame plane = AxisFrame::Along(problem.mean, normal, longest);
+  const double bend = 0.5 * problem.reach * problem.reach / problem.form;
+  const long steps = found.steps;
+  double value = 0.5 * problem.form;
+  for (const auto& [way, radius] : kKinds) {
+    for (const Vec3& line : {plane.x, plane.y, -1.0 * plane.x, -1.0 * plane.y}) {
+      for (const double side : {1.0, -1.0}) {
+        const Cone3 cone = TouchingCone(problem.mean, side * normal, line, way * problem.reach, radius * bend);
+        double low, high;
+        const ConeDistance model = DistanceFromCone(problem.points, cone, bothNappes ? 0.0 : kInfinity, low, high);
+        if (!model.IsFinite() || model.bothNappes != bothNappes) continue;
+        const MinimaxSolution<Model> other =
+            minimax.Improve(InMiddle<Model>(model, 0.5 * (low + high)), value, kMostTrialSteps);
+        if (!IsOptimum(problem, other)) continue;
+        found = other;
+        found.steps = steps;
+        value = other.value - problem.rounding;
+      }
+    }
+    if (found.end == MinimaxEnd::converged) return;
+  }
+}
+
+template<class Model>
+ConeZone Search(const ScaledProblem& problem, const Model& start, long limit) {
+  Minimax<Model> minimax(problem.points, MinimaxSide::both, problem.rounding, std::min(limit, kMostZoneSteps));
+  MinimaxSolution<Model> found = minimax.Solve(start);
+  if (!IsOptimum(problem, found) && found.steps < limit) {
+    found.end = MinimaxEnd::stalled;
+    SearchElsewhere(problem, minimax, found);
+  }
+  return Described(found, 1.0 / problem.points.Scale(), kNoise * problem.rounding);
+}
+
 }  // namespace
 
 ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& start, double form, long limit) {
@@ -45,17 +135,14 @@ ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& s
   if (!FindNearAndFar(points, mean, seen)) return {};
   const double scale = points.Scale();
   const double rounding = kDistanceRoundings * kEpsilon * seen.greatest;
+  const ScaledProblem problem{points, scale * mean, seen.greatest, rounding, scale * form};
   double low, high;
   const ConeDistance model =
-      DistanceFromCone(points, Rescaled(start, scale), scale * form + kNoise * rounding, low, high);
+      DistanceFromCone(points, Rescaled(start, scale), problem.form + kNoise * rounding, low, high);
   if (!model.IsFinite()) return {};
   const double middle = 0.5 * (low + high);
-  if (model.bothNappes) {
-    Minimax<NappesDistance> minimax(points, MinimaxSide::both, rounding, limit);
-    return Described(minimax.Solve({model, middle}), 1.0 / scale, kNoise * rounding);
-  }
-  Minimax<ConeDistance> minimax(points, MinimaxSide::both, rounding, limit);
-  return Described(minimax.Solve(model.Moved({middle})), 1.0 / scale, kNoise * rounding);
+  if (model.bothNappes) return Search(problem, InMiddle<NappesDistance>(model, middle), limit);
+  return Search(problem, InMiddle<ConeDistance>(model, middle), limit);
 }
 
 }  // namespace nu::engine::minimax

@@ -17,9 +17,6 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 // axis in units of the radius where the points are far from round.
 constexpr double kStationary = 1e-7;
 
-// A cylinder so much larger than the set of points, the square root of the rounding unit, has its axis nowhere.
-constexpr double kLeastBend = 0x1p-26;
-
 // The problem in the unit of the blocks, whose distances can be squared.
 struct ScaledProblem {
   Vec3 mean;
@@ -158,10 +155,11 @@ CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, con
   ScaledProblem problem;
   if (!Prepare(points, mean, start, problem)) return {};
   const CylinderDistance model = MiddleOfZone(points, SurfaceOf(points, problem));
-  Minimax<CylinderDistance> minimax(points, MinimaxSide::both, problem.rounding, limit);
+  Minimax<CylinderDistance> minimax(points, MinimaxSide::both, problem.rounding, std::min(limit, kMostZoneSteps));
   MinimaxSolution<CylinderDistance> found = minimax.Solve(model);
-  if (found.end == MinimaxEnd::converged && !IsRound(problem, found.model)) found.end = MinimaxEnd::stalled;
-  if (found.end != MinimaxEnd::converged && found.steps < limit) {
+  const bool isOptimum = found.end == MinimaxEnd::converged && IsRound(problem, found.model);
+  if (!isOptimum && found.steps < limit) {
+    found.end = MinimaxEnd::stalled;
     const Range form = DeviationsFrom(points, model);
     found = ZoneElsewhere(points, problem, 0.5 * (form.largest - form.smallest), minimax, found);
   }

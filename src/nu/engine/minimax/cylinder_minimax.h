@@ -30,7 +30,8 @@ struct CylinderMinimax {
 // From the least-squares cylinder and the mean of the points. `stalled`: no optimum is near, or the zone is that of
 // planes, or a coordinate is not finite. The limit is on the steps of one search, none of which may take 1000.
 
-// The two coaxial cylinders next to the start that hold all points between them at the least distance.
+// The two coaxial cylinders next to the start, or, where none are next to it, next to another cylinder, that hold all
+// points between them at the least distance.
 CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit);
 
 // The smallest cylinder around all points: the best of those reached from several directions.

@@ -83,8 +83,8 @@ class Minimax {
 
   // After Solve, from another start: `stalled` as soon as the points known so far cannot get below `value`.
   // The limit is not that of Solve, so that its optimum does not depend on the limit.
-  MinimaxSolution<Model> Improve(const Model& start, double value) {
-    m_runLimit = kMostSteps;
+  MinimaxSolution<Model> Improve(const Model& start, double value, long limit = kMostSteps) {
+    m_runLimit = limit;
     return Run(start, value, value);
   }
 

@@ -5,7 +5,7 @@
 #include "nu/engine/shapes/axis_frame.h"
 #include "nu/engine/shapes/incidence.h"
 
-// What the minimax problems of spheres share.
+// What the minimax problems of round surfaces share.
 namespace nu::engine::minimax {
 
 // The errors of a distance, in units of the farthest one.
@@ -13,6 +13,16 @@ inline constexpr double kDistanceRoundings = 4.0;
 
 // A zone and the form of a least-squares feature that differ by so many errors of a distance may be the same.
 inline constexpr double kFormRoundings = 16.0;
+
+// Beside a round surface this much larger, the inverse of the square root of the rounding unit, the points cannot tell
+// it from a plane.
+inline constexpr double kLeastBend = 0x1p-26;
+
+// Of a search for a zone. No optimum of some thousand random sets took more steps; what creeps on leads to a plane.
+inline constexpr long kMostZoneSteps = 600;
+
+// And from one of many further starts.
+inline constexpr long kMostTrialSteps = 120;
 
 // The points nearest to a centre and farthest from it; of several at one distance the first.
 struct NearAndFar {
