@@ -9,11 +9,11 @@
 #include "nu/geometry/point.h"
 #include "nu/linalg/vector.h"
 
-namespace nu::engine::chains {
+namespace nu::engine::shapes {
 struct Arc3;
 }
 namespace nu::internal {
-engine::chains::Arc3 DataOf(const CNuCircularArc& arc);
+engine::shapes::Arc3 DataOf(const CNuCircularArc& arc);
 }
 
 // A part of a circle, up to all of it. It is defined by its centre, its ends, its normal and whether it runs
@@ -65,7 +65,7 @@ class NU_EXPORT CNuCircularArc : public CNuBoundedCurve {
 
  private:
   friend class CNuCompositeCurve;
-  friend nu::engine::chains::Arc3 nu::internal::DataOf(const CNuCircularArc& arc);
+  friend nu::engine::shapes::Arc3 nu::internal::DataOf(const CNuCircularArc& arc);
 
   // Once around the unit circle, from (1, 0, 0) on.
   CNuCircularArc();

@@ -7,7 +7,7 @@
 #include "nu/export.h"
 #include "nu/geometry/point.h"
 
-namespace nu::engine::chains {
+namespace nu::engine::shapes {
 struct Segment3;
 }
 
@@ -53,7 +53,7 @@ class NU_EXPORT CNuLineSegment : public CNuBoundedCurve {
  private:
   friend class CNuCompositeCurve;
 
-  nu::engine::chains::Segment3 Data() const;
+  nu::engine::shapes::Segment3 Data() const;
 
   // One record of the composite curve's file: the character 'l' and the records of the ends. Reading returns false when
   // the next byte, which it consumes, is no 'l'; ends that have no record keep what they are.

@@ -10,20 +10,14 @@ namespace {
 // Below this number of pieces a box of their own costs more than it rules out.
 constexpr int kLeafPieces = 4;
 
-// How far an arc leaves the way between its ends, at most.
-double Bulge(const Arc3& arc) {
+// How far an arc leaves its chord, at most.
+double Sagitta(const Arc3& arc) {
   if (arc.sweep > Nu_PI) return 2.0 * arc.radius;
   const double s = Sin(0.25 * arc.sweep);
   return 2.0 * arc.radius * s * s;
 }
 
 }  // namespace
-
-double Gap(const Box& a, const Box& b) {
-  double gap[3];
-  for (int k = 0; k < 3; ++k) gap[k] = std::max({0.0, a.low[k] - b.high[k], b.low[k] - a.high[k]});
-  return std::sqrt(gap[0] * gap[0] + gap[1] * gap[1] + gap[2] * gap[2]);
-}
 
 // An arc does not fill its box: no point of another box is nearer to it than its middle, but for half the diagonal.
 double Gap(const Box& box, const Arc3& arc) {
@@ -33,47 +27,39 @@ double Gap(const Box& box, const Arc3& arc) {
   return SafeNorm(middle - ClosestOn(arc, middle)) - SafeNorm(half);
 }
 
-ChainTree::ChainTree(const PieceChain& chain) : m_chain(chain) {
-  m_nodes.reserve(static_cast<std::size_t>(chain.Size()));
-  Build(0, chain.Size());
+ChainTree::ChainTree(const PieceChain& chain)
+    : m_chain(chain),
+      m_tree(
+          chain.Size(), kLeafPieces, [this](int begin, int end, bool isLeaf) { return StretchOf(begin, end, isLeaf); },
+          [](const Stretch3& half, Stretch3& whole) { Include(half.box, whole.box); }) {}
+
+// The box of more than a leaf is that of its halves.
+Stretch3 ChainTree::StretchOf(int begin, int end, bool isLeaf) const {
+  const Segment3 chord{m_chain.Ends(begin).start, m_chain.Ends(end - 1).end};
+  Stretch3 stretch{EmptyBox(), chord, WidthAround(chord, begin, end)};
+  for (int i = begin; isLeaf && i < end; ++i) Include(m_chain.BoxOf(i), stretch.box);
+  return stretch;
 }
 
-void ChainTree::Build(int begin, int end) {
-  const std::size_t here = m_nodes.size();
-  m_nodes.push_back({EmptyBox(), begin, end, 0, {m_chain.Ends(begin).start, m_chain.Ends(end - 1).end}, 0.0});
-  m_nodes[here].width = WidthOf(m_nodes[here]);
-  if (end - begin <= kLeafPieces) {
-    for (int i = begin; i < end; ++i) Include(m_chain.BoxOf(i), m_nodes[here].box);
-    return;
-  }
-  const int middle = begin + (end - begin) / 2;
-  Build(begin, middle);
-  const std::size_t right = m_nodes.size();
-  m_nodes[here].right = static_cast<int>(right);
-  Build(middle, end);
-  Include(m_nodes[here + 1].box, m_nodes[here].box);
-  Include(m_nodes[right].box, m_nodes[here].box);
-}
-
-double ChainTree::WidthOf(const Node& node) const {
+double ChainTree::WidthAround(const Segment3& chord, int begin, int end) const {
   double width = 0.0;
-  const auto include = [&](Vec3 p, double bulge) {
-    const double reach = SafeNorm(p - ClosestOn(node.way, p)) + bulge;
+  const auto include = [&](Vec3 p, double sagitta) {
+    const double reach = SafeNorm(p - ClosestOn(chord, p)) + sagitta;
     if (reach > width) width = reach;
   };
-  for (int i = node.begin; i < node.end; ++i) {
+  for (int i = begin; i < end; ++i) {
     const Arc3* arc = m_chain.ArcAt(i);
-    const double bulge = arc != nullptr ? Bulge(*arc) : 0.0;
-    include(m_chain.Ends(i).start, bulge);
-    include(m_chain.Ends(i).end, bulge);
+    const double sagitta = arc != nullptr ? Sagitta(*arc) : 0.0;
+    include(m_chain.Ends(i).start, sagitta);
+    include(m_chain.Ends(i).end, sagitta);
   }
   return width;
 }
 
-double Gap(const ChainTree::Node& a, const ChainTree::Node& b, double limit) {
+double Gap(const Stretch3& a, const Stretch3& b, double limit) {
   const double gap = Gap(a.box, b.box);
   if (!(gap < limit)) return gap;
-  return std::max(gap, ClosestBetween(a.way, b.way).distance - a.width - b.width);
+  return std::max(gap, ClosestBetween(a.chord, b.chord).distance - a.width - b.width);
 }
 
 }  // namespace nu::engine::chains

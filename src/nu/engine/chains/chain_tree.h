@@ -1,45 +1,45 @@
 #ifndef NU_ENGINE_CHAINS_CHAIN_TREE_H
 #define NU_ENGINE_CHAINS_CHAIN_TREE_H
 
+#include "nu/engine/base/halving_tree.h"
 #include "nu/engine/chains/piece_chain.h"
 
 namespace nu::engine::chains {
 
-// No point of one box is nearer to the other, or to the arc, than this.
-double Gap(const Box& a, const Box& b);
+// No point of the box is nearer to the arc than this.
 double Gap(const Box& box, const Arc3& arc);
 
-// Halves of halves of a chain, each in a box, and within a width around the way between its ends: stretches of smooth
-// curves hardly leave that, so that it tells curves at a constant distance apart where boxes overlap.
+// A box around consecutive pieces, and the chord between their ends, from which none of them is farther than the width.
+struct Stretch3 {
+  Box box;
+  Segment3 chord;
+  double width;
+};
+
+// The stretches of a chain, halved down to a few pieces. A stretch of a smooth curve hardly leaves its chord, so that
+// the widths separate curves at a constant distance whose boxes overlap.
 class ChainTree {
  public:
-  struct Node {
-    bool IsLeaf() const { return right == 0; }
-    int Size() const { return end - begin; }
-
-    Box box;
-    int begin, end;
-    int right;  // its second child; the first one follows the node
-    Segment3 way;
-    double width;
-  };
+  using Tree = HalvingTree<Stretch3>;
+  using Node = Tree::Node;
 
   // At least one piece. The chain must outlive the tree.
   explicit ChainTree(const PieceChain& chain);
 
   const PieceChain& Chain() const { return m_chain; }
-  const Node& operator[](int i) const { return m_nodes[static_cast<std::size_t>(i)]; }
+  const Tree& Halves() const { return m_tree; }
+  const Node& operator[](int i) const { return m_tree[i]; }
 
  private:
-  void Build(int begin, int end);
-  double WidthOf(const Node& node) const;
+  Stretch3 StretchOf(int begin, int end, bool isLeaf) const;
+  double WidthAround(const Segment3& chord, int begin, int end) const;
 
   const PieceChain& m_chain;
-  std::vector<Node> m_nodes;
+  Tree m_tree;
 };
 
 // No point of one stretch is nearer to the other than this; the boxes alone answer when that is not below the limit.
-double Gap(const ChainTree::Node& a, const ChainTree::Node& b, double limit);
+double Gap(const Stretch3& a, const Stretch3& b, double limit);
 
 }  // namespace nu::engine::chains
 

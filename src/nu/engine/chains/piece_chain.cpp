@@ -30,13 +30,33 @@ class Search {
         m_best(PairOf(first.Chain().Ends(0).start, second.Chain().Ends(0).start)) {}
 
   NearPair Run() {
-    Visit(0, 0);
+    VisitPairs(m_first.Halves(), 0, m_second.Halves(), 0, *this);
     if (m_visitsLeft < 0) SpaceSearch(m_first.Chain(), m_second.Chain(), *this).Run();
     return m_best;
   }
 
   double Reach() const { return m_best.distance; }
   bool CanReach(double gap) const { return CanWin(gap); }
+  bool CanHold(int a, int b) {
+    return --m_visitsLeft >= 0 && CanWin(Gap(m_first[a], m_second[b], m_best.distance)) &&
+           CanReach(m_first[a].box, m_second, m_second[b]) && CanReach(m_second[b].box, m_first, m_first[a]);
+  }
+  bool ComesFirst(int c, int d, int a, int b) const {
+    return Gap(m_first[c].box, m_second[d].box) < Gap(m_first[a].box, m_second[b].box);
+  }
+  bool VisitLeaves(const ChainTree::Node& a, const ChainTree::Node& b) {
+    for (int i = a.begin; i < a.end; ++i) {
+      const Box box = m_first.Chain().BoxOf(i);
+      for (int j = b.begin; j < b.end; ++j) {
+        const Box other = m_second.Chain().BoxOf(j);
+        if (CanWin(Gap(box, other)) && CanReach(box, m_second.Chain().ArcAt(j)) &&
+            CanReach(other, m_first.Chain().ArcAt(i))) {
+          Offer(i, j);
+        }
+      }
+    }
+    return true;
+  }
   // False when nothing nearer is left to find.
   bool Compare(int i, int j) {
     Offer(i, j);
@@ -55,35 +75,6 @@ class Search {
   bool CanReach(const Box& box, const Arc3* arc) const { return arc == nullptr || CanWin(Gap(box, *arc)); }
   bool CanReach(const Box& box, const ChainTree& tree, const ChainTree::Node& node) const {
     return node.Size() > 1 || CanReach(box, tree.Chain().ArcAt(node.begin));
-  }
-
-  void Visit(int a, int b) {
-    if (--m_visitsLeft < 0) return;
-    if (!CanWin(Gap(m_first[a], m_second[b], m_best.distance))) return;
-    if (!CanReach(m_first[a].box, m_second, m_second[b]) || !CanReach(m_second[b].box, m_first, m_first[a])) return;
-    if (m_first[a].IsLeaf() && m_second[b].IsLeaf()) return CompareLeaves(m_first[a], m_second[b]);
-    if (m_first[a].Size() >= m_second[b].Size()) return VisitNearerFirst(a + 1, b, m_first[a].right, b);
-    VisitNearerFirst(a, b + 1, a, m_second[b].right);
-  }
-
-  void VisitNearerFirst(int a, int b, int c, int d) {
-    const bool swap = Gap(m_first[c].box, m_second[d].box) < Gap(m_first[a].box, m_second[b].box);
-    if (swap) Visit(c, d);
-    Visit(a, b);
-    if (!swap) Visit(c, d);
-  }
-
-  void CompareLeaves(const ChainTree::Node& a, const ChainTree::Node& b) {
-    for (int i = a.begin; i < a.end; ++i) {
-      const Box box = m_first.Chain().BoxOf(i);
-      for (int j = b.begin; j < b.end; ++j) {
-        const Box other = m_second.Chain().BoxOf(j);
-        if (CanWin(Gap(box, other)) && CanReach(box, m_second.Chain().ArcAt(j)) &&
-            CanReach(other, m_first.Chain().ArcAt(i))) {
-          Offer(i, j);
-        }
-      }
-    }
   }
 
   void Offer(int i, int j) {
@@ -110,24 +101,6 @@ double SafeScale(double size) {
   constexpr double kSafeLarge = 1e30;
   const bool isSafe = !(size > 0.0) || (size >= kSafeSmall && size <= kSafeLarge);
   return isSafe ? 1.0 : ScaleFor(std::min(size, std::numeric_limits<double>::max()));
-}
-
-Box EmptyBox() {
-  return {{kInfinity, kInfinity, kInfinity}, {-kInfinity, -kInfinity, -kInfinity}};
-}
-
-// Comparisons pass over coordinates that are no numbers.
-void Include(Vec3 p, Box& box) {
-  const double xyz[3] = {p.x, p.y, p.z};
-  for (int k = 0; k < 3; ++k) {
-    if (xyz[k] < box.low[k]) box.low[k] = xyz[k];
-    if (xyz[k] > box.high[k]) box.high[k] = xyz[k];
-  }
-}
-
-void Include(const Box& part, Box& box) {
-  Include(Vec3{part.low[0], part.low[1], part.low[2]}, box);
-  Include(Vec3{part.high[0], part.high[1], part.high[2]}, box);
 }
 
 NearPair ClosestPieces(const PieceChain& first, int i, const PieceChain& second, int j) {

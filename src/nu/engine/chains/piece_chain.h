@@ -4,14 +4,9 @@
 #include <initializer_list>
 #include <vector>
 
-#include "nu/engine/chains/arc3.h"
+#include "nu/engine/shapes/arc3.h"
 
 namespace nu::engine::chains {
-
-// The box of nothing, and a point or a box added to one.
-Box EmptyBox();
-void Include(Vec3 p, Box& box);
-void Include(const Box& part, Box& box);
 
 // A bounded curve as the pieces it consists of, segments and arcs, in the order of the curve, in the global frame.
 class PieceChain {

@@ -12,95 +12,82 @@ namespace {
 // Below this number of pieces a box of their own costs more than it rules out.
 constexpr int kLeafPieces = 4;
 
-// How far an arc leaves the way between its ends, at most.
-double Bulge(const Piece2& piece) {
+// How far an arc leaves its chord, at most.
+double Sagitta(const Piece2& piece) {
   if (piece.curvature == 0.0) return 0.0;
   const double turn = std::fabs(piece.curvature * piece.length);
   const double s = turn > Nu_PI ? 1.0 : Sin(0.25 * turn);
   return 2.0 * s * s / std::fabs(piece.curvature);
 }
 
+std::vector<Box2> BoxesOf(const std::vector<Piece2>& pieces) {
+  std::vector<Box2> boxes;
+  boxes.reserve(pieces.size());
+  for (const Piece2& piece : pieces) boxes.push_back(BoxOf(piece));
+  return boxes;
+}
+
 }  // namespace
 
-PieceTree2::PieceTree2(const std::vector<Piece2>& pieces) : m_pieces(pieces) {
-  m_boxes.reserve(pieces.size());
-  m_nodes.reserve(pieces.size());
-  for (const Piece2& piece : pieces) m_boxes.push_back(BoxOf(piece));
-  Build(0, static_cast<int>(pieces.size()));
+PieceTree2::PieceTree2(const std::vector<Piece2>& pieces)
+    : m_pieces(pieces),
+      m_boxes(BoxesOf(pieces)),
+      m_tree(
+          static_cast<int>(pieces.size()), kLeafPieces,
+          [this](int begin, int end, bool isLeaf) { return StretchOf(begin, end, isLeaf); },
+          [](const Stretch2& half, Stretch2& whole) { whole.box.Include(half.box); }) {}
+
+// The box of more than a leaf is that of its halves.
+Stretch2 PieceTree2::StretchOf(int begin, int end, bool isLeaf) const {
+  const Piece2 chord = SegmentBetween(PieceAt(begin).start, PieceAt(end - 1).end);
+  Stretch2 stretch{{}, chord, WidthAround(chord, begin, end)};
+  for (int i = begin; isLeaf && i < end; ++i) stretch.box.Include(BoxAt(i));
+  return stretch;
 }
 
-void PieceTree2::Build(int begin, int end) {
-  const std::size_t here = m_nodes.size();
-  const auto at = [&](int i) -> const Piece2& { return m_pieces[static_cast<std::size_t>(i)]; };
-  m_nodes.push_back({{}, begin, end, 0, SegmentBetween(at(begin).start, at(end - 1).end), 0.0});
-  m_nodes[here].width = WidthOf(m_nodes[here]);
-  if (end - begin <= kLeafPieces) {
-    for (int i = begin; i < end; ++i) m_nodes[here].box.Include(BoxAt(i));
-    return;
-  }
-  const int middle = begin + (end - begin) / 2;
-  Build(begin, middle);
-  const std::size_t right = m_nodes.size();
-  m_nodes[here].right = static_cast<int>(right);
-  Build(middle, end);
-  m_nodes[here].box.Include(m_nodes[here + 1].box);
-  m_nodes[here].box.Include(m_nodes[right].box);
-}
-
-// A way that leads back to its start has no direction, and its box alone must do.
-double PieceTree2::WidthOf(const Node& node) const {
-  if (!(node.way.length > 0.0)) return HUGE_VAL;
+// The chord of a closed stretch has no direction, so that only the box bounds it.
+double PieceTree2::WidthAround(const Piece2& chord, int begin, int end) const {
+  if (!(chord.length > 0.0)) return HUGE_VAL;
   double width = 0.0;
-  for (int i = node.begin; i < node.end; ++i) {
-    const Piece2& piece = m_pieces[static_cast<std::size_t>(i)];
-    const double reach = std::max(node.way.DistanceTo(piece.start), node.way.DistanceTo(piece.end));
-    width = std::max(width, reach + Bulge(piece));
+  for (int i = begin; i < end; ++i) {
+    const Piece2& piece = PieceAt(i);
+    const double reach = std::max(chord.DistanceTo(piece.start), chord.DistanceTo(piece.end));
+    width = std::max(width, reach + Sagitta(piece));
   }
   return width;
 }
 
-bool PieceTree2::CanBeWithin(const Node& node, double distance, Vec2 p) const {
+bool PieceTree2::CanBeWithin(const Stretch2& stretch, double distance, Vec2 p) const {
   ++m_visits;
-  if (!(node.box.DistanceTo(p) < distance)) return false;
-  return node.width == HUGE_VAL || node.way.DistanceTo(p) - node.width < distance;
+  if (!(stretch.box.DistanceTo(p) < distance)) return false;
+  return stretch.width == HUGE_VAL || stretch.chord.DistanceTo(p) - stretch.width < distance;
 }
 
-int PieceTree2::FindWithin(int a, double distance, Vec2 p) const {
-  const Node& node = m_nodes[static_cast<std::size_t>(a)];
-  if (!CanBeWithin(node, distance, p)) return -1;
-  if (!node.IsLeaf()) {
-    const int found = FindWithin(a + 1, distance, p);
-    return found >= 0 ? found : FindWithin(node.right, distance, p);
-  }
-  for (int i = node.begin; i < node.end; ++i) {
-    if (m_pieces[static_cast<std::size_t>(i)].DistanceTo(p) < distance) return i;
-  }
-  return -1;
+int PieceTree2::PieceWithin(double distance, Vec2 p) const {
+  int found = -1;
+  m_tree.Descend([&](const Tree::Node& node) { return CanBeWithin(node, distance, p); },
+                 [&](const Tree::Node& leaf) {
+                   for (int i = leaf.begin; i < leaf.end && found < 0; ++i) {
+                     if (PieceAt(i).DistanceTo(p) < distance) found = i;
+                   }
+                   return found < 0;
+                 });
+  return found;
 }
 
 std::optional<Vec2> PieceTree2::ClosestWithin(double distance, Vec2 p) const {
   int closest = -1;
-  FindCloser(0, p, distance, closest);
+  m_tree.Descend([&](const Tree::Node& node) { return CanBeWithin(node, distance, p); },
+                 [&](const Tree::Node& leaf) {
+                   for (int i = leaf.begin; i < leaf.end; ++i) {
+                     const double here = PieceAt(i).DistanceTo(p);
+                     if (here < distance) distance = here, closest = i;
+                   }
+                   return true;
+                 },
+                 [p](const Tree::Node& a, const Tree::Node& b) { return a.box.DistanceTo(p) < b.box.DistanceTo(p); });
   if (closest < 0) return std::nullopt;
-  return m_pieces[static_cast<std::size_t>(closest)].ClosestTo(p);
-}
-
-void PieceTree2::FindCloser(int a, Vec2 p, double& distance, int& closest) const {
-  const Node& node = m_nodes[static_cast<std::size_t>(a)];
-  if (!CanBeWithin(node, distance, p)) return;
-  if (!node.IsLeaf()) {
-    const Node& left = m_nodes[static_cast<std::size_t>(a) + 1];
-    const Node& right = m_nodes[static_cast<std::size_t>(node.right)];
-    const bool rightFirst = right.box.DistanceTo(p) < left.box.DistanceTo(p);
-    FindCloser(rightFirst ? node.right : a + 1, p, distance, closest);
-    return FindCloser(rightFirst ? a + 1 : node.right, p, distance, closest);
-  }
-  for (int i = node.begin; i < node.end; ++i) {
-    const double here = m_pieces[static_cast<std::size_t>(i)].DistanceTo(p);
-    if (!(here < distance)) continue;
-    distance = here;
-    closest = i;
-  }
+  return PieceAt(closest).ClosestTo(p);
 }
 
 }  // namespace nu::engine::chains

@@ -1,24 +1,31 @@
 #ifndef NU_ENGINE_CHAINS_PIECE_TREE2_H
 #define NU_ENGINE_CHAINS_PIECE_TREE2_H
 
-#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <vector>
 
+#include "nu/engine/base/halving_tree.h"
 #include "nu/engine/chains/piece2.h"
 
 namespace nu::engine::chains {
 
-// Halves of halves of a chain, each in a box, and within a width around the way between its ends: stretches of smooth
-// curves hardly leave that, so that it tells what is just not near.
+// A box around consecutive pieces, and the chord between their ends, from which none of them is farther than the width.
+struct Stretch2 {
+  Box2 box;
+  Piece2 chord;
+  double width;
+};
+
+// The stretches of a chain, halved down to a few pieces. A stretch of a smooth curve hardly leaves its chord, so that
+// the width rules out points which the box does not.
 class PieceTree2 {
  public:
   // At least one piece. The pieces must outlive the tree.
   explicit PieceTree2(const std::vector<Piece2>& pieces);
 
   // Some piece closer than the distance, or -1.
-  int PieceWithin(double distance, Vec2 p) const { return FindWithin(0, distance, p); }
+  int PieceWithin(double distance, Vec2 p) const;
   // The closest point, if it is within the distance.
   std::optional<Vec2> ClosestWithin(double distance, Vec2 p) const;
   // The nodes that these two have looked at since the tree was built.
@@ -27,62 +34,32 @@ class PieceTree2 {
   // Takes every pair i < j whose boxes are no farther apart than the gap to visit(i, j), until that returns false.
   template<class Visit>
   bool VisitPairs(double gap, const Visit& visit) const {
-    return VisitWithin(0, gap, visit);
+    struct Search {
+      bool CanHold(int a, int b) const { return a == b || !tree.m_tree[a].box.IsApart(tree.m_tree[b].box, gap); }
+      bool VisitLeaves(const Tree::Node& a, const Tree::Node& b) const {
+        return VisitItems(a, b, [&](int i, int j) { return tree.BoxAt(i).IsApart(tree.BoxAt(j), gap) || visit(i, j); });
+      }
+      const PieceTree2& tree;
+      double gap;
+      const Visit& visit;
+    };
+    Search search{*this, gap, visit};
+    return base::VisitPairs(m_tree, 0, m_tree, 0, search);
   }
 
  private:
-  struct Node {
-    bool IsLeaf() const { return right == 0; }
-    int Size() const { return end - begin; }
+  using Tree = HalvingTree<Stretch2>;
 
-    Box2 box;
-    int begin, end;
-    int right;  // its second child; the first one follows the node
-    Piece2 way;
-    double width;
-  };
-
-  void Build(int begin, int end);
-  double WidthOf(const Node& node) const;
-  bool CanBeWithin(const Node& node, double distance, Vec2 p) const;
-  int FindWithin(int node, double distance, Vec2 p) const;
-  void FindCloser(int node, Vec2 p, double& distance, int& closest) const;
-
-  template<class Visit>
-  bool VisitWithin(int a, double gap, const Visit& visit) const {
-    const Node& node = m_nodes[static_cast<std::size_t>(a)];
-    if (node.IsLeaf()) return VisitLeaves(node, node, gap, visit);
-    return VisitWithin(a + 1, gap, visit) && VisitWithin(node.right, gap, visit) &&
-           VisitBetween(a + 1, node.right, gap, visit);
-  }
-
-  // All pieces of node a come before those of node b.
-  template<class Visit>
-  bool VisitBetween(int a, int b, double gap, const Visit& visit) const {
-    const Node& first = m_nodes[static_cast<std::size_t>(a)];
-    const Node& second = m_nodes[static_cast<std::size_t>(b)];
-    if (first.box.IsApart(second.box, gap)) return true;
-    if (first.IsLeaf() && second.IsLeaf()) return VisitLeaves(first, second, gap, visit);
-    if (first.Size() >= second.Size())
-      return VisitBetween(a + 1, b, gap, visit) && VisitBetween(first.right, b, gap, visit);
-    return VisitBetween(a, b + 1, gap, visit) && VisitBetween(a, second.right, gap, visit);
-  }
-
-  template<class Visit>
-  bool VisitLeaves(const Node& a, const Node& b, double gap, const Visit& visit) const {
-    for (int i = a.begin; i < a.end; ++i) {
-      for (int j = std::max(i + 1, b.begin); j < b.end; ++j) {
-        if (!BoxAt(i).IsApart(BoxAt(j), gap) && !visit(i, j)) return false;
-      }
-    }
-    return true;
-  }
+  Stretch2 StretchOf(int begin, int end, bool isLeaf) const;
+  double WidthAround(const Piece2& chord, int begin, int end) const;
+  bool CanBeWithin(const Stretch2& stretch, double distance, Vec2 p) const;
 
   const Box2& BoxAt(int i) const { return m_boxes[static_cast<std::size_t>(i)]; }
+  const Piece2& PieceAt(int i) const { return m_pieces[static_cast<std::size_t>(i)]; }
 
   const std::vector<Piece2>& m_pieces;
   std::vector<Box2> m_boxes;
-  std::vector<Node> m_nodes;
+  Tree m_tree;
   mutable std::int64_t m_visits = 0;
 };
 

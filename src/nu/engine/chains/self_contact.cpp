@@ -53,13 +53,17 @@ class SelfSearch {
         m_visitsLeft(kVisitsPerPiece * tree.Chain().Size()) {}
 
   bool Run() {
-    m_touches = Within(0);
+    m_touches = !VisitPairs(m_tree.Halves(), 0, m_tree.Halves(), 0, *this);
     if (m_visitsLeft < 0) SpaceSearch(m_chain, m_chain, *this).Run();
     return m_touches;
   }
 
   double Reach() const { return m_tol; }
   bool CanReach(double gap) const { return gap <= m_tol; }
+  bool CanHold(int a, int b) { return a == b || (--m_visitsLeft >= 0 && Gap(m_tree[a], m_tree[b], m_beyond) <= m_tol); }
+  bool VisitLeaves(const ChainTree::Node& a, const ChainTree::Node& b) const {
+    return VisitItems(a, b, [&](int i, int j) { return !Touch(i, j); });
+  }
   // False when a contact is found.
   bool Compare(int i, int j) {
     m_touches = m_touches || (i < j && Touch(i, j));
@@ -68,31 +72,6 @@ class SelfSearch {
 
  private:
   static constexpr std::int64_t kVisitsPerPiece = 50;
-
-  bool Within(int a) {
-    const ChainTree::Node& node = m_tree[a];
-    if (node.IsLeaf()) return CompareLeaves(node, node);
-    return Within(a + 1) || Within(node.right) || Between(a + 1, node.right);
-  }
-
-  // All pieces of node a come before those of node b.
-  bool Between(int a, int b) {
-    const ChainTree::Node& first = m_tree[a];
-    const ChainTree::Node& second = m_tree[b];
-    if (--m_visitsLeft < 0 || !(Gap(first, second, m_beyond) <= m_tol)) return false;
-    if (first.IsLeaf() && second.IsLeaf()) return CompareLeaves(first, second);
-    if (first.Size() >= second.Size()) return Between(a + 1, b) || Between(first.right, b);
-    return Between(a, b + 1) || Between(a, second.right);
-  }
-
-  bool CompareLeaves(const ChainTree::Node& a, const ChainTree::Node& b) const {
-    for (int i = a.begin; i < a.end; ++i) {
-      for (int j = std::max(i + 1, b.begin); j < b.end; ++j) {
-        if (Touch(i, j)) return true;
-      }
-    }
-    return false;
-  }
 
   bool Touch(int i, int j) const {
     if (!(Gap(m_chain.BoxOf(i), m_chain.BoxOf(j)) <= m_tol)) return false;

@@ -1,21 +1,17 @@
 #ifndef NU_ENGINE_POINTS_BOX_TREE_H
 #define NU_ENGINE_POINTS_BOX_TREE_H
 
-#include <utility>
 #include <vector>
 
+#include "nu/engine/base/halving_tree.h"
 #include "nu/engine/points/edge.h"
+#include "nu/engine/shapes/box.h"
 
 namespace nu::engine::points {
 
 struct IndexedPoint {
   double xyz[3];
   int index;
-};
-
-struct Box {
-  double low[3];
-  double high[3];
 };
 
 // What the rounded coordinate differences |p - q| can be for p in one box and q in another: rounding is monotone, so
@@ -37,50 +33,51 @@ inline Edge InIndicesOf(const std::vector<IndexedPoint>& points, const Edge& edg
   return edge.IsPair() ? Edge{edge.length, points[edge.m].index, points[edge.n].index} : edge;
 }
 
+// A box around points, and the two least indices among them; the second is INT_MAX for one point.
+struct PointBound {
+  Box box;
+  int lowest, nextLowest;
+};
+
 // Points in nested boxes, halved along the longest side. The points are finite.
 class BoxTree {
  public:
-  struct Node {
-    Box box;
-    int begin, end;          // its points
-    int right;               // its second child; the first one follows the node; 0 in a leaf
-    int lowest, nextLowest;  // the two least indices of its points; the second is meaningless for one point
-
-    bool IsLeaf() const { return right == 0; }
-    int Size() const { return end - begin; }
-  };
+  using Tree = HalvingTree<PointBound>;
+  using Node = Tree::Node;
 
   // At least one point.
   explicit BoxTree(std::vector<IndexedPoint> points);
 
-  const std::vector<Node>& Nodes() const { return m_nodes; }
+  const Tree& Halves() const { return m_tree; }
+  const std::vector<Node>& Nodes() const { return m_tree.Nodes(); }
   const IndexedPoint& PointAt(int i) const { return m_points[i]; }
 
  private:
-  void Build(int begin, int end);
+  PointBound BoundOf(int begin, int end) const;
+  void Halve(int begin, int end, const Box& box);
 
   std::vector<IndexedPoint> m_points;
-  std::vector<Node> m_nodes;
+  Tree m_tree;
 };
 
-// Takes every pair of points from two nodes to search.Compare(p, q), but for pairs of boxes that, with the least index
-// of either, search.CanWin(a, b, i, j) rules out.
+// Calls search.Compare(p, q) for all pairs of points, but for those of two nodes that, with the least index of either,
+// search.CanWin(a, b, i, j) rules out.
 template<class Search>
-void VisitBetween(const BoxTree& tree, Search& search, int a, int b) {
-  const std::vector<BoxTree::Node>& nodes = tree.Nodes();
-  if (!search.CanWin(a, b, nodes[a].lowest, nodes[b].lowest)) return;
-  if (nodes[a].Size() < nodes[b].Size()) std::swap(a, b);
-  if (!nodes[a].IsLeaf()) {
-    VisitBetween(tree, search, a + 1, b);
-    VisitBetween(tree, search, nodes[a].right, b);
-  } else if (!nodes[b].IsLeaf()) {
-    VisitBetween(tree, search, a, b + 1);
-    VisitBetween(tree, search, a, nodes[b].right);
-  } else {
-    for (int p = nodes[a].begin; p < nodes[a].end; ++p) {
-      for (int q = nodes[b].begin; q < nodes[b].end; ++q) search.Compare(p, q);
+void ComparePairs(const BoxTree& tree, Search& search) {
+  struct Visitor {
+    bool CanHold(int a, int b) const {
+      const BoxTree::Node& node = tree[a];
+      if (a == b) return node.Size() > 1 && search.CanWin(a, a, node.lowest, node.nextLowest);
+      return search.CanWin(a, b, node.lowest, tree[b].lowest);
     }
-  }
+    bool VisitLeaves(const BoxTree::Node& a, const BoxTree::Node& b) const {
+      return VisitItems(a, b, [&](int p, int q) { return search.Compare(p, q), true; });
+    }
+    const BoxTree::Tree& tree;
+    Search& search;
+  };
+  Visitor visitor{tree.Halves(), search};
+  VisitPairs(tree.Halves(), 0, tree.Halves(), 0, visitor);
 }
 
 }  // namespace nu::engine::points

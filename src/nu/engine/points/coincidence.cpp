@@ -181,19 +181,22 @@ class KeptPoints {
 };
 
 // Whether a point in the tree coincides with p.
-bool AnyCoincides(const BoxTree& tree, int at, const double* p, double tol) {
-  const BoxTree::Node& node = tree.Nodes()[static_cast<std::size_t>(at)];
-  bool holdsBox = true;
-  for (int k = 0; k < 3; ++k) {
-    if (p[k] - node.box.high[k] >= tol || node.box.low[k] - p[k] >= tol) return false;
-    holdsBox = holdsBox && std::fabs(p[k] - node.box.low[k]) < tol && std::fabs(p[k] - node.box.high[k]) < tol;
-  }
-  if (holdsBox) return true;
-  if (!node.IsLeaf()) return AnyCoincides(tree, at + 1, p, tol) || AnyCoincides(tree, node.right, p, tol);
-  for (int q = node.begin; q < node.end; ++q) {
-    if (Coincide(p, tree.PointAt(q).xyz, tol)) return true;
-  }
-  return false;
+bool AnyCoincides(const BoxTree& tree, const double* p, double tol) {
+  bool found = false;
+  const auto canHold = [&](const BoxTree::Node& node) {
+    bool holdsBox = true;
+    for (int k = 0; k < 3; ++k) {
+      if (p[k] - node.box.high[k] >= tol || node.box.low[k] - p[k] >= tol) return false;
+      holdsBox = holdsBox && std::fabs(p[k] - node.box.low[k]) < tol && std::fabs(p[k] - node.box.high[k]) < tol;
+    }
+    found = found || holdsBox;
+    return !found;
+  };
+  tree.Halves().Descend(canHold, [&](const BoxTree::Node& leaf) {
+    for (int q = leaf.begin; q < leaf.end && !found; ++q) found = Coincide(p, tree.PointAt(q).xyz, tol);
+    return !found;
+  });
+  return found;
 }
 
 }  // namespace
@@ -240,7 +243,7 @@ bool AllCoincide(const PointView& points, const PointView& others, double tol) {
   if (i == n) return true;
   const BoxTree tree(FinitePoints(others));
   for (; i < n; ++i) {
-    if (!IsFinite(points[i]) || !AnyCoincides(tree, 0, points[i], tol)) return false;
+    if (!IsFinite(points[i]) || !AnyCoincides(tree, points[i], tol)) return false;
   }
   return true;
 }

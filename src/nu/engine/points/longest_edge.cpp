@@ -135,7 +135,7 @@ class PairSearch {
     for (std::size_t i = m_cones.size(); i-- > 0;) MakeCone(static_cast<int>(i));
   }
 
-  void Run() { VisitWithin(0); }
+  void Run() { ComparePairs(m_tree, *this); }
 
   // Whether some edge between the two boxes may replace the best one, of which (i, j) comes first. Edges that are all
   // equal are settled here.
@@ -212,20 +212,6 @@ class PairSearch {
     const double g = std::max(0.0, std::sqrt(ScaledSquare(a.axis, opposite, 1.0)) - a.radius - b.radius);
     const double most = a.reach * a.reach + b.reach * b.reach + a.reach * b.reach * (2.0 - std::min(g * g, 2.0));
     return most * (1.0 + kMargin) < ScaledBest() * ScaledBest();
-  }
-
-  void VisitWithin(int a) {
-    const BoxTree::Node& node = Node(a);
-    if (node.Size() < 2 || !CanWin(a, a, node.lowest, node.nextLowest)) return;
-    if (node.IsLeaf()) {
-      for (int p = node.begin; p < node.end; ++p) {
-        for (int q = p + 1; q < node.end; ++q) Compare(p, q);
-      }
-      return;
-    }
-    VisitBetween(m_tree, *this, a + 1, node.right);
-    VisitWithin(a + 1);
-    VisitWithin(node.right);
   }
 
   BoxTree m_tree;

@@ -208,7 +208,7 @@ class TreeSearch {
  public:
   TreeSearch(const PointView& points, Incumbent& incumbent) : m_tree(FinitePoints(points)), m_incumbent(incumbent) {}
 
-  void Run() { VisitWithin(0); }
+  void Run() { ComparePairs(m_tree, *this); }
 
   // Whether an edge between the two boxes may replace the best one; (i, j) comes first of them. Edges that are all
   // equal are settled here.
@@ -227,20 +227,6 @@ class TreeSearch {
 
  private:
   const BoxTree::Node& Node(int i) const { return m_tree.Nodes()[i]; }
-
-  void VisitWithin(int a) {
-    const BoxTree::Node& node = Node(a);
-    if (node.Size() < 2 || !CanWin(a, a, node.lowest, node.nextLowest)) return;
-    if (node.IsLeaf()) {
-      for (int p = node.begin; p < node.end; ++p) {
-        for (int q = p + 1; q < node.end; ++q) Compare(p, q);
-      }
-      return;
-    }
-    VisitWithin(a + 1);
-    VisitWithin(node.right);
-    VisitBetween(m_tree, *this, a + 1, node.right);
-  }
 
   BoxTree m_tree;
   Incumbent& m_incumbent;

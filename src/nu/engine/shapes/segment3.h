@@ -1,9 +1,9 @@
-#ifndef NU_ENGINE_CHAINS_SEGMENT3_H
-#define NU_ENGINE_CHAINS_SEGMENT3_H
+#ifndef NU_ENGINE_SHAPES_SEGMENT3_H
+#define NU_ENGINE_SHAPES_SEGMENT3_H
 
 #include "nu/engine/shapes/vec3.h"
 
-namespace nu::engine::chains {
+namespace nu::engine::shapes {
 
 struct Segment3 {
   Vec3 start, end;
@@ -43,6 +43,6 @@ inline Vec3 ClosestOn(const Segment3& segment, Vec3 p) {
 
 NearPair ClosestBetween(const Segment3& first, const Segment3& second);
 
-}  // namespace nu::engine::chains
+}  // namespace nu::engine::shapes
 
 #endif

@@ -8,7 +8,7 @@
 // them; what it takes away has left a wide minimum, which samples around the circle find as well. Newton's method on
 // both parameters brings each to rounding.
 
-#include "nu/engine/chains/arc3.h"
+#include "nu/engine/shapes/arc3.h"
 
 #include <vector>
 
@@ -16,7 +16,7 @@
 #include "nu/engine/roots/trig_roots.h"
 #include "nu/foundation/constants.h"
 
-namespace nu::engine::chains {
+namespace nu::engine::shapes {
 
 namespace {
 
@@ -234,4 +234,4 @@ NearPair ClosestBetween(const Arc3& first, const Arc3& second) {
   return best;
 }
 
-}  // namespace nu::engine::chains
+}  // namespace nu::engine::shapes

@@ -1,12 +1,12 @@
-#ifndef NU_ENGINE_CHAINS_ARC3_H
-#define NU_ENGINE_CHAINS_ARC3_H
+#ifndef NU_ENGINE_SHAPES_ARC3_H
+#define NU_ENGINE_SHAPES_ARC3_H
 
 #include "nu/engine/base/elementary.h"
-#include "nu/engine/chains/segment3.h"
-#include "nu/engine/points/box_tree.h"
+#include "nu/engine/shapes/box.h"
 #include "nu/engine/shapes/incidence.h"
+#include "nu/engine/shapes/segment3.h"
 
-namespace nu::engine::chains {
+namespace nu::engine::shapes {
 
 // The points centre + radius * (cos u x + sin u y) for u from 0 to the sweep, in radians; x points to the start. The
 // ends are kept as they are known, which may be off that by rounding or by a tolerance.
@@ -36,6 +36,6 @@ Box BoxOf(const Arc3& arc);
 NearPair ClosestBetween(const Segment3& segment, const Arc3& arc);
 NearPair ClosestBetween(const Arc3& first, const Arc3& second);
 
-}  // namespace nu::engine::chains
+}  // namespace nu::engine::shapes
 
 #endif

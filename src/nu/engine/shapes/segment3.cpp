@@ -1,10 +1,10 @@
-#include "nu/engine/chains/segment3.h"
+#include "nu/engine/shapes/segment3.h"
 
 #include <cfloat>
 
 #include "nu/engine/base/elementary.h"
 
-namespace nu::engine::chains {
+namespace nu::engine::shapes {
 
 namespace {
 
@@ -119,4 +119,4 @@ NearPair ClosestBetween(const Segment3& first, const Segment3& second) {
   return best;
 }
 
-}  // namespace nu::engine::chains
+}  // namespace nu::engine::shapes
