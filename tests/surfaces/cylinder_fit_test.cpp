@@ -208,7 +208,8 @@ TEST(QuadricAxes, FailsUnderItsOwnName) {
   EXPECT_TRUE(onAxis.y() == 2.0 && direction[1] == 8.0);
 }
 
-// A plane to rounding, which is one within no length tolerance; lines that no cylinder suits, whose steps creep.
+// A plane to rounding, which is one within no length tolerance, as a cylinder or a sphere, of four points, too; lines
+// that no cylinder suits, whose steps creep.
 TEST(CylinderFit, RefusesWhatDeterminesNoCylinder) {
   Random random(61);
   NuSetLengthTol(1e-200);
@@ -216,8 +217,13 @@ TEST(CylinderFit, RefusesWhatDeterminesNoCylinder) {
     const double rounding = run % 2 == 0 ? 0.0 : 5e-15;
     CNuCylSurf cylinder(1.0);
     const CNuPointArray plane = RandomMotion(random, 1.0)(PlaneCloud(random, 10 + run, 1.0, 1.0, rounding));
-    const std::string failure = FailureOf([&] { cylinder.Fit(plane, 1000); });
-    EXPECT_TRUE(failure == "bestfit 4 |CNuCylSurf [4,0]" || failure == "bestfit 11 |CNuCylSurf [0,0]") << failure;
+    CNuSphSurf sphere(1.0);
+    const auto expectNone = [](const std::string& failure, const std::string& name) {
+      EXPECT_TRUE(failure == "bestfit 4 |" + name + " [4,0]" || failure == "bestfit 11 |" + name + " [0,0]") << failure;
+    };
+    expectNone(FailureOf([&] { cylinder.Fit(plane, 1000); }), "CNuCylSurf");
+    expectNone(FailureOf([&] { sphere.Fit(plane, 1000); }), "CNuSphSurf");
+    if (rounding == 0.0) expectNone(FailureOf([&] { sphere.Fit(plane.SubArray(0, 3), 1000); }), "CNuSphSurf");
   }
   NuSetLengthTol(1e-12);
   CNuPointArray skew(600);

@@ -3,7 +3,6 @@
 
 #include "nu/engine/least_squares/cylinder_start.h"
 #include "nu/engine/least_squares/sampled_start.h"
-#include "nu/engine/linear/small_cholesky.h"
 #include "nu/engine/points/alignment.h"
 #include "nu/engine/shapes/axis_direction.h"
 #include "nu/surfaces/cylinder.h"
@@ -26,30 +25,16 @@ struct Solution {
   Deviations deviations;
 };
 
-// The standard deviation of the height, with the scatter of the points where that is of the size of rounding errors. Of
-// a flat cylinder the height is the radius.
-double HeightNoise(const CylinderLeastSquares& fit, double rounding) {
-  constexpr double kLeast = 1.0 / 16.0;  // of RoundingAt, which has room for several
-  constexpr double kMost = 4.0;
-  constexpr int kUnknowns = 5;
-  const auto& system = fit.Equations();
-  const double degrees = std::max(1.0, system.count - kUnknowns);
-  const double scatter = std::sqrt(system.deviations.sumSquares / degrees);
-  const double unit[kUnknowns] = {0.0, 0.0, 1.0};  // rise, shift, height, tilts
-  double column[kUnknowns];
-  if (!(SolvePositive(system.product, unit, column) > 0.0)) return 0.0;
-  return std::clamp(scatter, kLeast * rounding, kMost * rounding) * std::sqrt(column[2]);
-}
-
-// Whether it bulges across its axis by more than rounding errors of the coordinates make of a plane. Noise above them
-// is no reason to refuse: the least-squares cylinder of noisy points is what was asked for, however flat.
+// Whether it bulges across its axis by more than rounding errors of the coordinates make of a plane; of a flat cylinder
+// the height is the radius. Noise above them is no reason to refuse: the least-squares cylinder of noisy points is what
+// was asked for, however flat.
 bool IsCurved(const CylinderLeastSquares& fit, const PointBlocks& blocks) {
-  constexpr double kSignificant = 6.0;  // standard deviations, of the best of all directions
+  constexpr int kHeight = 2;  // among the unknowns: rise, shift, height, tilts
   const CylinderModel& m = fit.Model();
   const double radius = m.height + m.rise;
   const double rounding = RoundingAt(blocks, m.pivot, fit.MeanSquare());
   const double meanAcross = fit.Equations().product[1][1] / fit.Equations().count;  // of (t / d)^2
-  return radius * meanAcross > rounding && radius > kSignificant * HeightNoise(fit, rounding);
+  return radius * meanAcross > rounding && StandsOut(fit.Equations(), kHeight, radius, rounding);
 }
 
 Solution LeastSquaresCylinder(PointView points, PointBlocks& blocks, bool wantsDeviations, long maxIter) {

@@ -3,6 +3,7 @@
 
 #include "nu/engine/least_squares/round_least_squares.h"
 #include "nu/engine/points/alignment.h"
+#include "nu/engine/shapes/incidence.h"
 #include "nu/surfaces/internal/surface_fits.h"
 #include "nu/surfaces/sphere.h"
 
@@ -24,14 +25,18 @@ struct Solution {
 };
 
 // From the first point p0, which is on the sphere: the planes 2 q . (c - p0) = |q|^2 with q = p - p0 meet in the
-// centre.
-Solution SphereThroughFour(const CNuPointArray& points) {
+// centre. Refused where a point is no farther from the plane of the others than rounding errors of the coordinates.
+Solution SphereThroughFour(const CNuPointArray& points, const PointBlocks& blocks) {
   const Vec3 q1 = Components(points[1] - points[0]);
   const Vec3 q2 = Components(points[2] - points[0]);
   const Vec3 q3 = Components(points[3] - points[0]);
   const Vec3 across = Cross(q2, q3);
+  const double volume = Dot(q1, across);
+  const double face = std::max({Norm(across), Norm(Cross(q3, q1)), Norm(Cross(q1, q2)), Norm(Cross(q2 - q1, q3 - q1))});
+  const double meanSquare = 0.25 * (Dot(q1, q1) + Dot(q2, q2) + Dot(q3, q3));
+  if (!(std::fabs(volume) > RoundingAt(blocks, {}, meanSquare) * face)) FailFit(kNumericalFailure, kName);
   const Vec3 sum = Dot(q1, q1) * across + Dot(q2, q2) * Cross(q3, q1) + Dot(q3, q3) * Cross(q1, q2);
-  const Vec3 fromFirst = (0.5 / Dot(q1, across)) * sum;
+  const Vec3 fromFirst = (0.5 / volume) * sum;
   return {Components(points[0]) + fromFirst, std::sqrt(Dot(fromFirst, fromFirst)), {}};
 }
 
@@ -80,7 +85,7 @@ void CNuSphSurf::Fit(const CNuPointArray& points, double* formError, double* sum
   if (coplanar) FailFit(kCoplanarPoints, kName, kLeastPoints);
   PointBlocks blocks(ViewOf(points), MiddleOf(points));
   const bool exact = points.GetSize() == kLeastPoints;
-  const Solution found = exact ? SphereThroughFour(points)
+  const Solution found = exact ? SphereThroughFour(points, blocks)
                                : LeastSquaresSphere(blocks, formError != nullptr || sumSquares != nullptr, maxIter);
   if (!IsFinite(found.centre) || !std::isfinite(found.radius)) FailFit(kNumericalFailure, kName);
   SetPosition(ToPoint(found.centre), CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));

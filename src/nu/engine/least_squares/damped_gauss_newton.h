@@ -35,6 +35,22 @@ inline double RoundingAt(const PointBlocks& points, const Vec3& place, double me
   return kRoundings * (std::sqrt(meanSquare) + points.Scale() * std::sqrt(Dot(far, far)));
 }
 
+// Whether an unknown of this size stands out by six standard deviations, those of the best of all directions, from the
+// scatter of the points, where that is of the size of rounding errors. Noise above them refuses nothing.
+template<int N>
+bool StandsOut(const StepSystem<N>& system, int unknown, double size, double rounding) {
+  constexpr double kSignificant = 6.0;
+  constexpr double kLeast = 1.0 / 16.0;  // of RoundingAt, which has room for several
+  constexpr double kMost = 4.0;
+  const double degrees = std::max(1.0, system.count - N);
+  const double scatter = std::sqrt(system.deviations.sumSquares / degrees);
+  double unit[N] = {};
+  unit[unknown] = 1.0;
+  double column[N];
+  if (!(SolvePositive(system.product, unit, column) > 0.0)) return true;
+  return size > kSignificant * std::clamp(scatter, kLeast * rounding, kMost * rounding) * std::sqrt(column[unknown]);
+}
+
 // By how much two steps of a descent should lower the sum of squares.
 struct StepGains {
   double now = 0.0;

@@ -651,11 +651,13 @@ bool RoundLeastSquares<D>::IsRound() const {
   Vec3 mean;
   for (int j = 0; j < D; ++j) mean = mean + m_model.mean[j] * m_model.axis[j];
   const double meanSquare = m_spread / static_cast<double>(m_points.Size());
-  if (!(meanSquare > RoundingAt(m_points, mean, meanSquare) * m_model.height)) return false;
+  const double rounding = RoundingAt(m_points, mean, meanSquare);
+  if (!(meanSquare > rounding * m_model.height)) return false;
   if (meanSquare > kFlat * m_model.height * m_model.height) return true;
   RoundModel<D> model = m_model;
   RoundProblem<D>::Complete(model);
   System system = RoundProblem<D>::Sum(m_points, model);
+  if (!StandsOut(system, D, model.height, rounding)) return false;
   for (int i = 0; i < kUnknowns; ++i)
     for (int j = 0; j < kUnknowns; ++j) system.product[i][j] += system.second[i][j];
   double step[kUnknowns];
