@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/least_squares/direction_moments.h"
 #include "nu/engine/least_squares/direction_search.h"
 #include "nu/engine/least_squares/quadric_axes.h"
 
@@ -58,7 +59,7 @@ struct RevolutionQuadric {
 
 class DirectionJudge {
  public:
-  explicit DirectionJudge(const FourthMoments& m);
+  explicit DirectionJudge(const FourthMoments& m) : m_moments(m) {}
 
   // Directions in the principal frame. The best over all slopes, but for the cylinder's when both nappes are wanted.
   RevolutionQuadric Judge(const Vec3& w, bool bothNappes) const;
@@ -67,71 +68,10 @@ class DirectionJudge {
   RevolutionQuadric Regress(const Vec3& w) const;
 
  private:
-  // Mean values of products with z, the height along the direction.
-  struct DirectionMoments {
-    Vec3 direction;
-    double square = 0.0;   // z^2
-    double fourth = 0.0;   // z^4
-    double mixed = 0.0;    // |p|^2 z^2
-    double third[3] = {};  // p z^2
-  };
-  DirectionMoments Along(const Vec3& w) const;
-  RevolutionQuadric QuadricAlong(const DirectionMoments& moments, double slope, double root) const;
+  RevolutionQuadric QuadricAlong(const Vec3& direction, const DirectionMoments& along, double slope, double root) const;
 
-  double m_square[3];
-  double m_fourth[3][3];  // E[p_i^2 |p|^2] and so on: E[p_i p_j |p|^2]
-  double m_cubic[3];      // E[p_i |p|^2]
-  double m_third[3][6];   // E[p_i p_j p_k], products of different factors twice
-  double m_along[15];     // E[p_i^a p_j^b p_k^c] of degree 4 with the multinomial factors
-  double m_trace = 0.0;
-  double m_fourthTrace = 0.0;
-  double m_unit;
+  JudgingMoments m_moments;
 };
-
-constexpr int kPairs[6][2] = {{0, 0}, {1, 1}, {2, 2}, {0, 1}, {0, 2}, {1, 2}};
-
-DirectionJudge::DirectionJudge(const FourthMoments& m) : m_unit(m.spread[0]) {
-  const double s[3] = {1.0, m.spread[1] / m_unit, m.spread[2] / m_unit};
-  // E of the product of up to four coordinates.
-  const auto moment = [&](std::initializer_list<int> coordinates) {
-    int power[3] = {};
-    double factor = 1.0;
-    for (const int c : coordinates) {
-      ++power[c];
-      factor *= s[c];
-    }
-    return factor * m.Of(power[0], power[1], power[2]);
-  };
-  for (int i = 0; i < 3; ++i) {
-    m_square[i] = moment({i, i});
-    m_trace += m_square[i];
-    m_cubic[i] = 0.0;
-    for (int j = 0; j < 3; ++j) {
-      m_cubic[i] += moment({i, j, j});
-      m_fourth[i][j] = 0.0;
-      for (int k = 0; k < 3; ++k) m_fourth[i][j] += moment({i, j, k, k});
-    }
-    for (int k = 0; k < 6; ++k) {
-      const auto [p, q] = kPairs[k];
-      m_third[i][k] = moment({i, p, q}) * (p == q ? 1.0 : 2.0);
-    }
-    m_fourthTrace += m_fourth[i][i];
-  }
-  const auto power = [](double x, int n) {
-    double result = 1.0;
-    for (int k = 0; k < n; ++k) result *= x;
-    return result;
-  };
-  int next = 0;
-  for (int a = 0; a <= 4; ++a) {
-    for (int b = 0; a + b <= 4; ++b) {
-      constexpr double kFactorial[] = {1.0, 1.0, 2.0, 6.0, 24.0};
-      const int c = 4 - a - b;
-      const double ways = kFactorial[4] / (kFactorial[a] * kFactorial[b] * kFactorial[c]);
-      m_along[next++] = ways * power(s[1], b) * power(s[2], c) * m.Of(a, b, c);
-    }
-  }
-}
 
 // The smallest root of a - r - sum of c_i^2 / (d_i - r), which falls and is concave from 0 to the least d: halving
 // finds a place behind the root, from where Newton's steps come down to it.
@@ -162,66 +102,48 @@ double SmallestRoot(double a, const double (&c)[3], const double (&d)[3]) {
   return found;
 }
 
-DirectionJudge::DirectionMoments DirectionJudge::Along(const Vec3& w) const {
-  DirectionMoments moments{w};
-  const double along[3] = {w.x, w.y, w.z};
-  double pairs[6];
-  for (int k = 0; k < 6; ++k) pairs[k] = along[kPairs[k][0]] * along[kPairs[k][1]];
-  double powers[3][5];
-  for (int i = 0; i < 3; ++i) {
-    powers[i][0] = 1.0;
-    for (int k = 1; k <= 4; ++k) powers[i][k] = powers[i][k - 1] * along[i];
-  }
-  int next = 0;
-  for (int a = 0; a <= 4; ++a)
-    for (int b = 0; a + b <= 4; ++b)
-      moments.fourth += m_along[next++] * powers[0][a] * powers[1][b] * powers[2][4 - a - b];
-  for (int i = 0; i < 3; ++i) {
-    for (int k = 0; k < 6; ++k) moments.third[i] += m_third[i][k] * pairs[k];
-    for (int j = 0; j < 3; ++j) moments.mixed += m_fourth[i][j] * along[i] * along[j];
-    moments.square += m_square[i] * pairs[i];
-  }
-  return moments;
-}
-
 // With the mean square given by the eigenvalue.
-RevolutionQuadric DirectionJudge::QuadricAlong(const DirectionMoments& moments, double slope, double root) const {
+RevolutionQuadric DirectionJudge::QuadricAlong(const Vec3& direction, const DirectionMoments& moments, double slope,
+                                               double root) const {
   const double g = 1.0 + slope * slope;
-  const double mean = m_trace - g * moments.square;
+  const double mean = m_moments.trace - g * moments.square;
   double linear[3];
-  for (int i = 0; i < 3; ++i) linear[i] = -(m_cubic[i] - g * moments.third[i]) / (m_square[i] - root);
+  for (int i = 0; i < 3; ++i) {
+    linear[i] = -(m_moments.cubic[i] - g * moments.third[i]) / (m_moments.square[i] - root);
+  }
   const Vec3 b = LoadVec3(linear);
-  const double along = Dot(b, moments.direction);
-  const Vec3 across = -0.5 * (b - along * moments.direction);
-  const double radius = std::sqrt(std::max(Dot(across, across) + mean, 0.25 * (m_trace - moments.square)));
+  const double along = Dot(b, direction);
+  const Vec3 across = -0.5 * (b - along * direction);
+  const double radius = std::sqrt(std::max(Dot(across, across) + mean, 0.25 * (m_moments.trace - moments.square)));
   const double height = slope > 0.0 ? -0.5 * along / (slope * slope) : 0.0;
-  return {root, m_unit * across, m_unit * radius, -0.5 * along / radius, slope, m_unit * height};
+  const double unit = m_moments.unit;
+  return {root, unit * across, unit * radius, -0.5 * along / radius, slope, unit * height};
 }
 
 RevolutionQuadric DirectionJudge::Judge(const Vec3& w, bool bothNappes) const {
-  const DirectionMoments moments = Along(w);
+  const DirectionMoments moments = m_moments.Along(w);
   double least = kInfinity;
   double best = 0.0;
   for (const double slope : kSlopes) {
     if (bothNappes && slope == 0.0) continue;
     const double g = 1.0 + slope * slope;
-    const double mean = m_trace - g * moments.square;
-    const double variance = m_fourthTrace - 2.0 * g * moments.mixed + g * g * moments.fourth - mean * mean;
-    const double gradient = 4.0 * (m_trace - moments.square + slope * slope * slope * slope * moments.square);
+    const double mean = m_moments.trace - g * moments.square;
+    const double variance = m_moments.fourthTrace - 2.0 * g * moments.mixed + g * g * moments.fourth - mean * mean;
+    const double gradient = 4.0 * (m_moments.trace - moments.square + slope * slope * slope * slope * moments.square);
     const double scale = 1.0 / std::sqrt(gradient);
     double border[3];
-    for (int i = 0; i < 3; ++i) border[i] = scale * (m_cubic[i] - g * moments.third[i]);
-    const double root = SmallestRoot(variance * scale * scale, border, m_square);
+    for (int i = 0; i < 3; ++i) border[i] = scale * (m_moments.cubic[i] - g * moments.third[i]);
+    const double root = SmallestRoot(variance * scale * scale, border, m_moments.square);
     if (!(root < least)) continue;
     least = root;
     best = slope;
   }
-  return QuadricAlong(moments, best, least);
+  return QuadricAlong(w, moments, best, least);
 }
 
 RevolutionQuadric DirectionJudge::Regress(const Vec3& w) const {
-  const DirectionMoments moments = Along(w);
-  return QuadricAlong(moments, QuadricAlong(moments, 0.0, 0.0).slope, 0.0);
+  const DirectionMoments moments = m_moments.Along(w);
+  return QuadricAlong(w, moments, QuadricAlong(w, moments, 0.0, 0.0).slope, 0.0);
 }
 
 class ConeSearch {

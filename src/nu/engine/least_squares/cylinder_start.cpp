@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/least_squares/direction_moments.h"
 #include "nu/engine/least_squares/direction_search.h"
 #include "nu/engine/least_squares/quadric_axes.h"
 #include "nu/engine/linear/small_svd.h"
@@ -34,7 +35,7 @@ constexpr int kTrials = 4;
 
 class DirectionJudge {
  public:
-  explicit DirectionJudge(const FourthMoments& m);
+  explicit DirectionJudge(const FourthMoments& m) : m_moments(m) {}
 
   // Directions in the principal frame. The mean square of the deviations, in units of the largest spread.
   double Judge(const Vec3& w) const;
@@ -54,85 +55,18 @@ class DirectionJudge {
   };
   Section SectionAcross(const Vec3& w) const;
 
-  double m_square[3];
-  double m_fourth[15];  // with the multinomial factors, in the order of the loops
-  double m_third[3][6];
-  double m_mixed[3][3];
-  double m_cubic[3];
-  double m_fourthTrace = 0.0;
-  double m_unit;
+  JudgingMoments m_moments;
 };
-
-constexpr int kPairs[6][2] = {{0, 0}, {1, 1}, {2, 2}, {0, 1}, {0, 2}, {1, 2}};
-
-DirectionJudge::DirectionJudge(const FourthMoments& m) : m_unit(m.spread[0]) {
-  const double s[3] = {1.0, m.spread[1] / m_unit, m.spread[2] / m_unit};
-  // E of the product of up to four coordinates.
-  const auto moment = [&](std::initializer_list<int> coordinates) {
-    int power[3] = {};
-    double factor = 1.0;
-    for (const int c : coordinates) {
-      ++power[c];
-      factor *= s[c];
-    }
-    return factor * m.Of(power[0], power[1], power[2]);
-  };
-  for (int i = 0; i < 3; ++i) {
-    m_square[i] = moment({i, i});
-    m_cubic[i] = 0.0;
-    for (int j = 0; j < 3; ++j) {
-      m_cubic[i] += moment({i, j, j});
-      m_mixed[i][j] = 0.0;
-      for (int k = 0; k < 3; ++k) m_mixed[i][j] += moment({i, j, k, k});
-    }
-    for (int k = 0; k < 6; ++k) {
-      const auto [p, q] = kPairs[k];
-      m_third[i][k] = moment({i, p, q}) * (p == q ? 1.0 : 2.0);
-    }
-    m_fourthTrace += m_mixed[i][i];
-  }
-  double power[3][5];
-  for (int i = 1; i < 3; ++i) {
-    power[i][0] = 1.0;
-    for (int k = 1; k <= 4; ++k) power[i][k] = power[i][k - 1] * s[i];
-  }
-  int next = 0;
-  for (int a = 0; a <= 4; ++a) {
-    for (int b = 0; a + b <= 4; ++b) {
-      constexpr double kFactorial[] = {1.0, 1.0, 2.0, 6.0, 24.0};
-      const int c = 4 - a - b;
-      const double ways = kFactorial[4] / (kFactorial[a] * kFactorial[b] * kFactorial[c]);
-      m_fourth[next++] = ways * power[1][b] * power[2][c] * m.Of(a, b, c);
-    }
-  }
-}
 
 DirectionJudge::Section DirectionJudge::SectionAcross(const Vec3& w) const {
   Section section;
-  const double along[3] = {w.x, w.y, w.z};
-  double pairs[6];
-  for (int k = 0; k < 6; ++k) pairs[k] = along[kPairs[k][0]] * along[kPairs[k][1]];
-  double alongFourth = 0.0;
-  double powers[3][5];
-  for (int i = 0; i < 3; ++i) {
-    powers[i][0] = 1.0;
-    for (int k = 1; k <= 4; ++k) powers[i][k] = powers[i][k - 1] * along[i];
-  }
-  int next = 0;
-  for (int a = 0; a <= 4; ++a)
-    for (int b = 0; a + b <= 4; ++b)
-      alongFourth += m_fourth[next++] * powers[0][a] * powers[1][b] * powers[2][4 - a - b];
+  const DirectionMoments along = m_moments.Along(w);
+  const double* square = m_moments.square;
   double cubic[3];
-  double mixed = 0.0;
-  double alongSquare = 0.0;
-  for (int i = 0; i < 3; ++i) {
-    cubic[i] = m_cubic[i];
-    for (int k = 0; k < 6; ++k) cubic[i] -= m_third[i][k] * pairs[k];
-    for (int j = 0; j < 3; ++j) mixed += m_mixed[i][j] * along[i] * along[j];
-    alongSquare += m_square[i] * pairs[i];
-  }
-  section.meanSquare = m_square[0] + m_square[1] + m_square[2] - alongSquare;
-  const double variance = m_fourthTrace - 2.0 * mixed + alongFourth - section.meanSquare * section.meanSquare;
+  for (int i = 0; i < 3; ++i) cubic[i] = m_moments.cubic[i] - along.third[i];
+  section.meanSquare = m_moments.trace - along.square;
+  const double variance =
+      m_moments.fourthTrace - 2.0 * along.mixed + along.fourth - section.meanSquare * section.meanSquare;
 
   // Any two directions across; the smallest component leaves the longest product.
   const double x = std::fabs(w.x), y = std::fabs(w.y), z = std::fabs(w.z);
@@ -142,7 +76,7 @@ DirectionJudge::Section DirectionJudge::SectionAcross(const Vec3& w) const {
   const Vec3 cubicSum = LoadVec3(cubic);
   const double scale = 0.5 / std::sqrt(section.meanSquare);
   const auto product = [&](const Vec3& a, const Vec3& b) {
-    return m_square[0] * a.x * b.x + m_square[1] * a.y * b.y + m_square[2] * a.z * b.z;
+    return square[0] * a.x * b.x + square[1] * a.y * b.y + square[2] * a.z * b.z;
   };
   auto& m = section.matrix;
   m[0][0] = variance * scale * scale;
@@ -180,7 +114,8 @@ DirectionJudge::Circle DirectionJudge::CircleAcross(const Vec3& w) const {
   const double root = std::sqrt(section.meanSquare);
   const double c1 = -vector[1] / a * root;
   const double c2 = -vector[2] / a * root;
-  return {m_unit * (c1 * section.e1 + c2 * section.e2), m_unit * std::sqrt(c1 * c1 + c2 * c2 + section.meanSquare)};
+  const double unit = m_moments.unit;
+  return {unit * (c1 * section.e1 + c2 * section.e2), unit * std::sqrt(c1 * c1 + c2 * c2 + section.meanSquare)};
 }
 
 class CylinderSearch {

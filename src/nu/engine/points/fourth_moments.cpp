@@ -4,6 +4,7 @@
 
 #include "nu/engine/base/lanes.h"
 #include "nu/engine/linear/small_svd.h"
+#include "nu/engine/points/low_moments.h"
 
 namespace nu::engine::points {
 namespace {
@@ -13,33 +14,6 @@ constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 // Sums outside have overflowed or vanished, or are about to in a product.
 constexpr double kSafeSmall = 1e-80;
 constexpr double kSafeLarge = 1e80;
-
-// x, y, z, xx, yy, zz, xy, xz, yz
-constexpr int kLowSums = 9;
-
-NU_KERNEL void SumLowPowers(const PointBlock& block, double (&sums)[kLowSums]) {
-  Lanes sum[kLowSums] = {};
-  for (std::size_t i = 0; i < block.size; i += kLanes) {
-    Lanes weight, x, y, z;
-    Load(block.Weights(i), weight);
-    Load(block.x + i, x);
-    Load(block.y + i, y);
-    Load(block.z + i, z);
-    x *= weight;
-    y *= weight;
-    z *= weight;
-    sum[0] += x;
-    sum[1] += y;
-    sum[2] += z;
-    sum[3] += x * x;
-    sum[4] += y * y;
-    sum[5] += z * z;
-    sum[6] += x * y;
-    sum[7] += x * z;
-    sum[8] += y * z;
-  }
-  for (int k = 0; k < kLowSums; ++k) sums[k] = Sum(sum[k]);
-}
 
 // The coordinates that are summed: row . p - offset.
 struct Whitening {
@@ -78,17 +52,6 @@ NU_KERNEL void SumHighPowers(const PointBlock& block, const Whitening& given, do
   for (int k = 0; k < FourthMoments::kCount; ++k) sums[k] = Sum(sum[k]);
 }
 
-template<int N, class Kernel>
-BlockSums<N> SumOver(PointBlocks& points, Kernel kernel) {
-  BlockSums<N> total;
-  points.ForEach([&](const PointBlock& block) {
-    double sums[N];
-    kernel(block, sums);
-    total.Add(sums);
-  });
-  return total;
-}
-
 double TraceOf(const BlockSums<kLowSums>& sums) {
   return sums[3] + sums[4] + sums[5];
 }
@@ -97,10 +60,10 @@ double TraceOf(const BlockSums<kLowSums>& sums) {
 
 FourthMoments FindFourthMoments(PointBlocks& points) {
   FourthMoments found;
-  BlockSums<kLowSums> low = SumOver<kLowSums>(points, SumLowPowers);
+  BlockSums<kLowSums> low = SumLowPowers(points);
   if (!(TraceOf(low) >= kSafeSmall && TraceOf(low) <= kSafeLarge)) {
     if (!points.FitScale()) return found;
-    low = SumOver<kLowSums>(points, SumLowPowers);
+    low = SumLowPowers(points);
   }
   const double n = static_cast<double>(points.Size());
   found.finite = true;

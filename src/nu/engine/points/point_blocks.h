@@ -101,6 +101,18 @@ class BlockSums {
   CompensatedSum m_total[N];
 };
 
+// What `kernel(block, sums)` delivers, over all blocks.
+template<int N, class Kernel>
+BlockSums<N> SumOver(PointBlocks& points, Kernel kernel) {
+  BlockSums<N> total;
+  points.ForEach([&](const PointBlock& block) {
+    double sums[N];
+    kernel(block, sums);
+    total.Add(sums);
+  });
+  return total;
+}
+
 }  // namespace nu::engine::points
 
 #endif

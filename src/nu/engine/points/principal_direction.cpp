@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "nu/engine/base/lanes.h"
+#include "nu/engine/points/low_moments.h"
 #include "nu/engine/points/small_systems.h"
 
 // One pass sums the first and second moments. They square the condition of the matrix, so the eigenvector that they
@@ -40,40 +40,8 @@ struct Moments {
   double rawTrace;     // about the origin: rounding errors are in units of it
 };
 
-// x, y, z, xx, yy, zz, xy, xz, yz
-constexpr int kSums = 9;
-
-NU_KERNEL void SumPowers(const PointBlock& block, double (&sums)[kSums]) {
-  Lanes sum[kSums] = {};
-  for (std::size_t i = 0; i < block.size; i += kLanes) {
-    Lanes weight, x, y, z;
-    Load(block.Weights(i), weight);
-    Load(block.x + i, x);
-    Load(block.y + i, y);
-    Load(block.z + i, z);
-    x *= weight;
-    y *= weight;
-    z *= weight;
-    sum[0] += x;
-    sum[1] += y;
-    sum[2] += z;
-    sum[3] += x * x;
-    sum[4] += y * y;
-    sum[5] += z * z;
-    sum[6] += x * y;
-    sum[7] += x * z;
-    sum[8] += y * z;
-  }
-  for (int k = 0; k < kSums; ++k) sums[k] = Sum(sum[k]);
-}
-
 Moments MomentsOf(PointBlocks& points) {
-  BlockSums<kSums> total;
-  points.ForEach([&](const PointBlock& block) {
-    double sums[kSums];
-    SumPowers(block, sums);
-    total.Add(sums);
-  });
+  const BlockSums<kLowSums> total = SumLowPowers(points);
   const double n = static_cast<double>(points.Size());
   const Vec3 sum{total[0], total[1], total[2]};
   const Vec3 mean{sum.x / n, sum.y / n, sum.z / n};
