@@ -398,6 +398,8 @@ TEST(BoundedCurves, RefuseWhatTheyCannotBe) {
   CNuLineSegment s;
   CNuCircularArc a(o, x, y, NuTrue);
   EXPECT_EQ(FailureOf([&] { s.ToPolyline(1); }), "operation 12 conversion|CNuLineSegment::ToPolyline() [0,0]");
+  EXPECT_EQ(FailureOf([&] { s.DistanceTo(nullptr, nullptr, nullptr); }),
+            "operation 45 calculation|CNuBoundedCurve::DistanceTo() [0,0]");
   EXPECT_EQ(FailureOf([&] { a.ToPointArray(1); }),
             "operation 12 conversion|CNuCircularArc::ToPolyline/PointArray() [0,0]");
   const auto offset = [](CNuBoundedCurve& curve, double d, const CNuVector& n) {

@@ -30,11 +30,11 @@ struct Solution {
 };
 
 // From the first point, which is on the circle.
-Solution CircleThroughThree(const CNuPointArray& pts, const Axes& axes) {
+Solution CircleThroughThree(const CNuPointArray& points, const Axes& axes) {
   const Vec3 x = Components(axes.x);
   const Vec3 y = Components(axes.y);
-  const Vec3 p = Components(pts[1] - pts[0]);
-  const Vec3 q = Components(pts[2] - pts[0]);
+  const Vec3 p = Components(points[1] - points[0]);
+  const Vec3 q = Components(points[2] - points[0]);
   const double pu = Dot(p, x);
   const double pv = Dot(p, y);
   const double qu = Dot(q, x);
@@ -47,13 +47,13 @@ Solution CircleThroughThree(const CNuPointArray& pts, const Axes& axes) {
   return {a * x + b * y, std::sqrt(a * a + b * b), {}};
 }
 
-Solution LeastSquaresCircle(PointBlocks& blocks, const Axes& axes, bool wantsDeviations, long maxiter) {
+Solution LeastSquaresCircle(PointBlocks& blocks, const Axes& axes, bool wantsDeviations, long maxIter) {
   RoundLeastSquares<2> fit(blocks, {Components(axes.x), Components(axes.y)});
   const double large = NuGetLarge();
   if (!fit.Start() || !(fit.Radius() < 0.1 * large)) FailFit(kNumericalFailure, kName);
   const GaussNewtonRule rule{.tolerance = NuGetTol(),
                              .large = large,
-                             .limit = maxiter,
+                             .limit = maxIter,
                              .takesLastStep = true,
                              .endsAtGrowth = false,
                              .endsBeforeLimit = false};
@@ -65,33 +65,33 @@ Solution LeastSquaresCircle(PointBlocks& blocks, const Axes& axes, bool wantsDev
 
 }  // namespace
 
-void CNuCircle::Fit(const CNuPointArray& pts, long maxiter) {
-  Fit(pts, nullptr, nullptr, maxiter);
+void CNuCircle::Fit(const CNuPointArray& points, long maxIter) {
+  Fit(points, nullptr, nullptr, maxIter);
 }
 
-void CNuCircle::Fit(const CNuPointArray& pts, double* form, double* sumsq, long maxiter) {
-  RequireIterations(maxiter, kName);
+void CNuCircle::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
+  RequireIterations(maxIter, kName);
   TranslateForeign(kName, [&] {
-    const CNuPlane plane = CarrierPlane(pts, kName);
+    const CNuPlane plane = CarrierPlane(points, kName);
     Axes axes{{}, {}, plane.GetNormal()};
     axes.normal.OrthonormalXY(&axes.x, &axes.y);
-    const bool exact = pts.GetSize() == kLeastPoints;
-    const Vec3 origin = Components(exact ? pts[0] : plane.GetPoint());
-    PointBlocks blocks(ViewOf(pts), origin);
-    const Solution found = exact ? CircleThroughThree(pts, axes)
-                                 : LeastSquaresCircle(blocks, axes, form != nullptr || sumsq != nullptr, maxiter);
+    const bool exact = points.GetSize() == kLeastPoints;
+    const Vec3 origin = Components(exact ? points[0] : plane.GetPoint());
+    PointBlocks blocks(ViewOf(points), origin);
+    const Solution found = exact ? CircleThroughThree(points, axes)
+                                 : LeastSquaresCircle(blocks, axes, form != nullptr || sumSquares != nullptr, maxIter);
     const Vec3 centre = origin + found.centre;
     if (!IsFinite(centre) || !std::isfinite(found.radius)) FailFit(kNumericalFailure, kName);
     Place(found.radius, ToPoint(centre), axes.x, axes.normal);
-    StoreForm(found.deviations, form, sumsq);
+    StoreForm(found.deviations, form, sumSquares);
   });
 }
 
-ENuFitResult CNuCircle::FitEx(const CNuPointArray& pts, long maxiter) {
-  return FitEx(pts, nullptr, nullptr, maxiter);
+ENuFitResult CNuCircle::FitEx(const CNuPointArray& points, long maxIter) {
+  return FitEx(points, nullptr, nullptr, maxIter);
 }
 
-ENuFitResult CNuCircle::FitEx(const CNuPointArray& pts, double* form, double* sumsq, long maxiter) {
-  RequireIterations(maxiter, kName);
-  return ResultOf([&] { Fit(pts, form, sumsq, maxiter); });
+ENuFitResult CNuCircle::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
+  RequireIterations(maxIter, kName);
+  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
 }

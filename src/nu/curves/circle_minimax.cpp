@@ -52,17 +52,17 @@ struct Zone {
   double width;
 };
 
-bool IsDegenerate(const CNuPointArray& pts, double tol) {
-  return LieOnOneLine(ViewOf(pts), tol) || CNuGeometry::NumberDistinctPoints(pts, 2, tol) == 0;
+bool IsDegenerate(const CNuPointArray& points, double tol) {
+  return LieOnOneLine(ViewOf(points), tol) || CNuGeometry::NumberDistinctPoints(points, 2, tol) == 0;
 }
 
 // The longest edge of points on one line joins the two extreme ones.
-Placement CircleOnLongestEdge(const CNuPointArray& pts) {
+Placement CircleOnLongestEdge(const CNuPointArray& points) {
   int m, n;
-  const double length = pts.MaxEdge(&m, &n);
+  const double length = points.MaxEdge(&m, &n);
   if (!std::isfinite(length)) FailFit(kNumericalFailure, kName);
-  const Vec3 p = Components(pts[m]);
-  const Vec3 q = Components(pts[n]);
+  const Vec3 p = Components(points[m]);
+  const Vec3 q = Components(points[n]);
   Placement circle{0.5 * length, ToPoint(0.5 * p + 0.5 * q), CNuVector(1, 0, 0), CNuVector(0, 0, 1)};
   if (!(length > 0.0)) return circle;
   circle.xaxis = ToVector(Unit(q - p));
@@ -75,25 +75,25 @@ Placement CircleOnLongestEdge(const CNuPointArray& pts) {
 
 // The points are known to be finite and, within `tol`, not on one line: the plane's only failure is a numerical one.
 // The tolerance of the circle decides in its plane, too, which points are on one line.
-CNuPlane FlatCarrier(const CNuPointArray& pts, double tol, double* form) {
+CNuPlane FlatCarrier(const CNuPointArray& points, double tol, double* form) {
   const LengthToleranceScope scope(tol);
   CNuPlane plane;
-  double sumsq;
+  double sumSquares;
   try {
-    plane.Fit(pts, form, &sumsq);
+    plane.Fit(points, form, &sumSquares);
   } catch (const CNuBestfitException&) {
     FailFit(kNumericalFailure, kName);
   }
   return plane;
 }
 
-PlaneFrame FrameOf(const CNuPointArray& pts, double tol) {
+PlaneFrame FrameOf(const CNuPointArray& points, double tol) {
   PlaneFrame frame;
-  frame.origin = MiddleOf(pts);
+  frame.origin = MiddleOf(points);
   frame.normal = CNuVector(0.0, 0.0, 1.0);
   frame.form = 0.0;
-  if (pts.Is2D() == NuFalse) {
-    const CNuPlane plane = FlatCarrier(pts, tol, &frame.form);
+  if (points.Is2D() == NuFalse) {
+    const CNuPlane plane = FlatCarrier(points, tol, &frame.form);
     frame.origin = Components(plane.GetPoint());
     frame.normal = plane.GetNormal();
   }
@@ -102,13 +102,13 @@ PlaneFrame FrameOf(const CNuPointArray& pts, double tol) {
 }
 
 // What rounding errors of the coordinates make of a plane is no form.
-bool IsInPlane(const CNuPointArray& pts, const PlaneFrame& frame, double tol) {
-  return frame.form <= tol || LieInOnePlane(ViewOf(pts), tol);
+bool IsInPlane(const CNuPointArray& points, const PlaneFrame& frame, double tol) {
+  return frame.form <= tol || LieInOnePlane(ViewOf(points), tol);
 }
 
-PlaneFrame RequirePlane(const CNuPointArray& pts, double tol) {
-  const PlaneFrame frame = FrameOf(pts, tol);
-  if (!IsInPlane(pts, frame, tol)) FailFit(kPointsNotInPlane, kName, kLeastPoints);
+PlaneFrame RequirePlane(const CNuPointArray& points, double tol) {
+  const PlaneFrame frame = FrameOf(points, tol);
+  if (!IsInPlane(points, frame, tol)) FailFit(kPointsNotInPlane, kName, kLeastPoints);
   return frame;
 }
 
@@ -116,30 +116,30 @@ PlaneFrame RequirePlane(const CNuPointArray& pts, double tol) {
 constexpr long kMostStartSteps = 50;
 
 // The centre of the least-squares circle, or where its iteration has come to.
-Vec2 LeastSquaresCentre(PointBlocks& blocks, const PlaneFrame& frame, long maxiter) {
+Vec2 LeastSquaresCentre(PointBlocks& blocks, const PlaneFrame& frame, long maxIter) {
   const Vec3 axes[] = {Components(frame.x), Components(frame.y)};
   RoundLeastSquares<2> fit(blocks, {axes[0], axes[1]});
   if (!fit.Start()) return {};
   const GaussNewtonRule rule{.tolerance = NuGetTol(),
                              .large = NuGetLarge(),
-                             .limit = std::min(maxiter, kMostStartSteps),
+                             .limit = std::min(maxIter, kMostStartSteps),
                              .takesLastStep = true,
                              .endsAtGrowth = false,
                              .endsBeforeLimit = false};
   const GaussNewtonEnd end = fit.Run(rule);
-  if (end == GaussNewtonEnd::limitReached && maxiter <= kMostStartSteps) {
+  if (end == GaussNewtonEnd::limitReached && maxIter <= kMostStartSteps) {
     FailFit(kIterationLimit, kName);
   }
   return {Dot(fit.Centre(), axes[0]), Dot(fit.Centre(), axes[1])};
 }
 
-Annulus FindMinimalAnnulus(const CNuPointArray& pts, const PlaneFrame& frame, long maxiter) {
+Annulus FindMinimalAnnulus(const CNuPointArray& points, const PlaneFrame& frame, long maxIter) {
   constexpr const char* step = "FindMinimalAnnulus";
-  RequireIterations(maxiter, step);
-  RequireCount(pts, kLeastPoints, step);
-  PointBlocks blocks(ViewOf(pts), frame.origin);
-  const Vec2 start = LeastSquaresCentre(blocks, frame, maxiter);
-  const Annulus found = NarrowestAnnulus(blocks, {Components(frame.x), Components(frame.y)}, start, maxiter);
+  RequireIterations(maxIter, step);
+  RequireCount(points, kLeastPoints, step);
+  PointBlocks blocks(ViewOf(points), frame.origin);
+  const Vec2 start = LeastSquaresCentre(blocks, frame, maxIter);
+  const Annulus found = NarrowestAnnulus(blocks, {Components(frame.x), Components(frame.y)}, start, maxIter);
   if (found.end == AnnulusEnd::limitReached) FailFit(kIterationLimit, step);
   if (found.end == AnnulusEnd::noOptimum) FailFit(kExchangeFailed, kName);
   if (found.end == AnnulusEnd::notFinite || !std::isfinite(found.outer)) FailFit(kNumericalFailure, kName);
@@ -147,10 +147,10 @@ Annulus FindMinimalAnnulus(const CNuPointArray& pts, const PlaneFrame& frame, lo
 }
 
 // Points in space are held by the thinnest tube around a circle.
-Zone ZoneInSpace(const CNuPointArray& pts, double tol, long maxiter) {
+Zone ZoneInSpace(const CNuPointArray& points, double tol, long maxIter) {
   CNuTorSurf torus(2.0, 1.0);
   try {
-    torus.FitMin(pts, tol, maxiter);
+    torus.FitMin(points, tol, maxIter);
   } catch (const CNuBestfitException& failure) {
     throw CNuBestfitException(failure.GetCause(), kName, failure.GetSize());
   }
@@ -160,87 +160,87 @@ Zone ZoneInSpace(const CNuPointArray& pts, double tol, long maxiter) {
   return {middle, std::max(0.0, radius - half), radius + half, 2.0 * half};
 }
 
-Zone ZoneInPlane(const CNuPointArray& pts, const PlaneFrame& frame, long maxiter) {
-  const Annulus found = FindMinimalAnnulus(pts, frame, maxiter);
+Zone ZoneInPlane(const CNuPointArray& points, const PlaneFrame& frame, long maxIter) {
+  const Annulus found = FindMinimalAnnulus(points, frame, maxIter);
   const CNuPoint centre = frame.PointAt(found.centre.x, found.centre.y);
   const double radius = 0.5 * found.inner + 0.5 * found.outer;
   return {{radius, centre, frame.x, frame.normal}, found.inner, found.outer, found.outer - found.inner};
 }
 
-Zone ZoneOf(const CNuPointArray& pts, double tol, long maxiter) {
-  if (IsDegenerate(pts, tol)) {
-    const Placement circle = CircleOnLongestEdge(pts);
+Zone ZoneOf(const CNuPointArray& points, double tol, long maxIter) {
+  if (IsDegenerate(points, tol)) {
+    const Placement circle = CircleOnLongestEdge(points);
     return {circle, circle.radius, circle.radius, 0.0};
   }
-  const PlaneFrame frame = FrameOf(pts, tol);
-  return IsInPlane(pts, frame, tol) ? ZoneInPlane(pts, frame, maxiter) : ZoneInSpace(pts, tol, maxiter);
+  const PlaneFrame frame = FrameOf(points, tol);
+  return IsInPlane(points, frame, tol) ? ZoneInPlane(points, frame, maxIter) : ZoneInSpace(points, tol, maxIter);
 }
 
 }  // namespace
 
-void CNuCircle::FitMin(const CNuPointArray& pts, double tol) {
+void CNuCircle::FitMin(const CNuPointArray& points, double tol) {
   TranslateForeign(kName, [&] {
-    RequireCount(pts, 1, kName);
-    RequireFinite(pts, kName);
-    if (IsDegenerate(pts, tol)) {
-      const Placement circle = CircleOnLongestEdge(pts);
+    RequireCount(points, 1, kName);
+    RequireFinite(points, kName);
+    if (IsDegenerate(points, tol)) {
+      const Placement circle = CircleOnLongestEdge(points);
       return Place(circle.radius, circle.centre, circle.xaxis, circle.normal);
     }
-    const PlaneFrame frame = RequirePlane(pts, tol);
-    PointBlocks blocks(ViewOf(pts), frame.origin);
+    const PlaneFrame frame = RequirePlane(points, tol);
+    PointBlocks blocks(ViewOf(points), frame.origin);
     const EnclosingBall found = SmallestEnclosingBall<2>(blocks, {Components(frame.x), Components(frame.y)});
     if (!found.found || !std::isfinite(found.radius)) FailFit(kNumericalFailure, kName);
     Place(found.radius, frame.PointAt(found.centre.x, found.centre.y), frame.x, frame.normal);
   });
 }
 
-ENuFitResult CNuCircle::FitMinEx(const CNuPointArray& pts, double tol) {
+ENuFitResult CNuCircle::FitMinEx(const CNuPointArray& points, double tol) {
   const LengthToleranceScope scope(tol);
-  return ResultOf([&] { FitMin(pts, tol); });
+  return ResultOf([&] { FitMin(points, tol); });
 }
 
-void CNuCircle::FitMax(const CNuPointArray& pts, double tol) {
+void CNuCircle::FitMax(const CNuPointArray& points, double tol) {
   TranslateForeign(kName, [&] {
-    RequireCount(pts, kLeastPoints, kName);
-    RequireFinite(pts, kName);
-    if (LieOnOneLine(ViewOf(pts), tol)) FailFit(kCollinearPoints, kName, kLeastPoints);
-    const PlaneFrame frame = RequirePlane(pts, tol);
-    PointBlocks blocks(ViewOf(pts), frame.origin);
+    RequireCount(points, kLeastPoints, kName);
+    RequireFinite(points, kName);
+    if (LieOnOneLine(ViewOf(points), tol)) FailFit(kCollinearPoints, kName, kLeastPoints);
+    const PlaneFrame frame = RequirePlane(points, tol);
+    PointBlocks blocks(ViewOf(points), frame.origin);
     const EmptyCircle found = LargestEmptyCircle(blocks, {Components(frame.x), Components(frame.y)});
     if (!found.found || !std::isfinite(found.radius)) FailFit(kNumericalFailure, kName);
     Place(found.radius, frame.PointAt(found.centre.x, found.centre.y), frame.x, frame.normal);
   });
 }
 
-ENuFitResult CNuCircle::FitMaxEx(const CNuPointArray& pts, double tol) {
+ENuFitResult CNuCircle::FitMaxEx(const CNuPointArray& points, double tol) {
   const LengthToleranceScope scope(tol);
-  return ResultOf([&] { FitMax(pts, tol); });
+  return ResultOf([&] { FitMax(points, tol); });
 }
 
-void CNuCircle::FitMinZone(const CNuPointArray& pts, double* form, double tol, long maxiter) {
-  FitMinZone(pts, form, nullptr, nullptr, tol, maxiter);
+void CNuCircle::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+  FitMinZone(points, zone, nullptr, nullptr, tol, maxIter);
 }
 
-void CNuCircle::FitMinZone(const CNuPointArray& pts, double* form, CNuCircle* inner, CNuCircle* outer, double tol,
-                           long maxiter) {
-  RequireIterations(maxiter, kName);
+void CNuCircle::FitMinZone(const CNuPointArray& points, double* zone, CNuCircle* inner, CNuCircle* outer, double tol,
+                           long maxIter) {
+  RequireIterations(maxIter, kName);
   TranslateForeign(kName, [&] {
-    RequireCount(pts, 1, kName);
-    RequireFinite(pts, kName);
-    const Zone zone = ZoneOf(pts, tol, maxiter);
-    const Placement& m = zone.middle;
+    RequireCount(points, 1, kName);
+    RequireFinite(points, kName);
+    const Zone found = ZoneOf(points, tol, maxIter);
+    const Placement& m = found.middle;
     Place(m.radius, m.centre, m.xaxis, m.normal);
-    Output(form, zone.width);
-    if (inner != nullptr) inner->Place(zone.inner, m.centre, m.xaxis, m.normal);
-    if (outer != nullptr) outer->Place(zone.outer, m.centre, m.xaxis, m.normal);
+    Output(zone, found.width);
+    if (inner != nullptr) inner->Place(found.inner, m.centre, m.xaxis, m.normal);
+    if (outer != nullptr) outer->Place(found.outer, m.centre, m.xaxis, m.normal);
   });
 }
 
-ENuFitResult CNuCircle::FitMinZoneEx(const CNuPointArray& pts, double* form, double tol, long maxiter) {
-  return FitMinZoneEx(pts, form, nullptr, nullptr, tol, maxiter);
+ENuFitResult CNuCircle::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+  return FitMinZoneEx(points, zone, nullptr, nullptr, tol, maxIter);
 }
 
-ENuFitResult CNuCircle::FitMinZoneEx(const CNuPointArray& pts, double* form, CNuCircle* inner, CNuCircle* outer,
-                                     double tol, long maxiter) {
-  return ResultWithin(tol, maxiter, kName, [&] { FitMinZone(pts, form, inner, outer, tol, maxiter); });
+ENuFitResult CNuCircle::FitMinZoneEx(const CNuPointArray& points, double* zone, CNuCircle* inner, CNuCircle* outer,
+                                     double tol, long maxIter) {
+  return ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, inner, outer, tol, maxIter); });
 }

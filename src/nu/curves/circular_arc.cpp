@@ -245,7 +245,7 @@ void CNuCircularArc::BoundingCircle(double* radius, CNuPoint* centre) const {
 }
 
 double CNuCircularArc::DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const {
-  return DistanceBetween(*this, *other, p1, p2);
+  return DistanceBetween(*this, other, p1, p2);
 }
 
 double CNuCircularArc::DistanceTo(const CNuPoint& p) const {

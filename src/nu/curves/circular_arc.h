@@ -17,20 +17,22 @@ engine::shapes::Arc3 DataOf(const CNuCircularArc& arc);
 }
 
 // A part of a circle, up to all of it. It is defined by its centre, its ends, its normal and whether it runs
-// counter-clockwise seen from the tip of that: so that an arc in a plane z = const has the normal (0, 0, 1) whatever
-// its sweep, normals have a positive z component; where that is 0 within NuGetDegreeTol() a positive y, then x
-// component. A motion may so turn normal and sense around, together. Its frame has the axes of the global frame and its
-// origin in the centre.
+// counter-clockwise seen from the tip of that. Normals have a positive z component, or, where that is 0 within
+// NuGetDegreeTol(), a positive y, then x component: an arc in a plane z = const has the normal (0, 0, 1) whatever its
+// sweep. So a motion may reverse normal and sense together. The frame of the arc has the axes of the global frame and
+// its origin in the centre.
 class NU_EXPORT CNuCircularArc : public CNuBoundedCurve {
  public:
   // From start to end around the centre, NuTrue counter-clockwise about the normal. Ends that coincide make a full
-  // turn. A full and a half turn, the latter within NuGetDegreeTol(), leave the plane open: they get the normal
-  // (0, 0, 1) or the one closest to it; around a diameter along the z axis, the x axis. Distances of the ends from the
-  // centre that differ by more than NuGetLengthTol(), or the rounding of the coordinates, that are zero within it or
-  // not finite: CNuConstructionException cause 12.
+  // turn. A full and a half turn, the latter within NuGetDegreeTol(), do not determine the plane: they get the normal
+  // (0, 0, 1) or the one closest to it; around a diameter along the z axis, the x axis.
+  // Fails with CNuConstructionException ("CNuCircularArc"):
+  //   12  the distances of the ends from the centre differ by more than NuGetLengthTol() or the rounding of the
+  //       coordinates, are zero within it, or are not finite
   CNuCircularArc(const CNuPoint& centre, const CNuPoint& start, const CNuPoint& end, ENuBoolean sense);
-  // From p1 over p2 to p3. Two points that coincide, no coordinate NuGetLengthTol() or more apart:
-  // CNuConstructionException cause 10; points on one line, within NuGetDegreeTol(), or not finite: cause 12.
+  // From p1 through p2 to p3. Fails with CNuConstructionException ("CNuCircularArc"), checked in this order:
+  //   10  every coordinate of two points differs by less than NuGetLengthTol()
+  //   12  the points are on one line within NuGetDegreeTol(), or not finite
   CNuCircularArc(const CNuPoint& p1, const CNuPoint& p2, const CNuPoint& p3);
 
   CNuPoint GetCentre() const;
@@ -42,8 +44,9 @@ class NU_EXPORT CNuCircularArc : public CNuBoundedCurve {
   CNuCircle GetCircle() const;
   void Reverse();
 
-  // n points that divide the arc evenly, both ends included. n below 2 or above 10,000,000: CNuOperationException
-  // cause 12.
+  // n points that divide the arc evenly, both ends included.
+  // Fails with CNuOperationException ("CNuCircularArc::ToPolyline/PointArray()", "conversion"):
+  //   12  n < 2 or n > 10,000,000
   CNuPointArray ToPointArray(int n) const;
   CNuPolyline ToPolyline(int n) const;
 
@@ -58,8 +61,9 @@ class NU_EXPORT CNuCircularArc : public CNuBoundedCurve {
   double DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const override;
   double DistanceTo(const CNuPoint& p) const override;
   double Length() const override;
-  // An arc around the same centre. A normal that is not the arc's, either way, within NuGetDegreeTol(): cause 45,
-  // "Offset of non-planar curve"; no radius above NuGetLengthTol() would be left: cause 27, "Offset".
+  // An arc around the same centre. Fails:
+  //   45  "Offset of non-planar curve": normal is not the arc's, in either sense, within NuGetDegreeTol()
+  //   27  "Offset": the radius would not be above NuGetLengthTol()
   CNuBoundedCurve* Offset(double distance, const CNuVector& normal, int shape) override;
   CNuBoundedCurve* Offset(double distance) override;
 
@@ -77,8 +81,8 @@ class NU_EXPORT CNuCircularArc : public CNuBoundedCurve {
   void TurnInto(const CNuVector& normal);
 
   // One record of the composite curve's file: the character 'a', the records of centre, start and end, and the sense as
-  // int. Reading returns false, and leaves the arc, when the next byte, which it consumes, is no 'a', or what
-  // follows makes no arc.
+  // int. Reading returns false when the next byte, which it consumes, is not 'a', or the data make no arc; the arc is
+  // unchanged.
   bool BinaryDump(std::ofstream& out) const;
   bool BinaryRead(std::ifstream& in);
 

@@ -272,7 +272,7 @@ void CNuCompositeCurve::BoundingCircle(double* radius, CNuPoint* centre) const {
 }
 
 double CNuCompositeCurve::DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const {
-  return DistanceBetween(*this, *other, p1, p2);
+  return DistanceBetween(*this, other, p1, p2);
 }
 
 double CNuCompositeCurve::DistanceTo(const CNuPoint& p) const {

@@ -13,10 +13,11 @@ namespace nu::engine::chains {
 class PieceChain;
 }
 
-// A chain of line segments and circular arcs. Each is meant to start where the one before it ends, but need not: what
-// cannot do with gaps says so. The curve may be closed, cross itself and leave its plane. Its frame has the axes of the
-// global frame and its origin in the start point of the segment that was added first; that of an empty curve is the
-// global frame. What has no meaning without a segment: CNuOperationException cause 8, "operation".
+// A chain of line segments and circular arcs. Each should start where the one before it ends, but need not; only
+// offsets fail where there is a gap. The curve may be closed, cross itself and leave its plane. Its frame has the axes
+// of the global frame and its origin in the start point of the segment that was added first; that of an empty curve is
+// the global frame. Failures are CNuOperationException, named by the operation and "operation" unless stated otherwise:
+//   8  ends, boxes, distances, ToPolyline and offsets of an empty curve
 class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
  public:
   // Without segments.
@@ -27,12 +28,12 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   CNuCompositeCurve& operator=(CNuCompositeCurve&& other) = default;
   ~CNuCompositeCurve() override;
 
-  // Adds a copy of a line segment or a circular arc behind the last segment or, NuFalse, before the first one. Another
-  // curve: CNuOperationException cause 45, "Add segment of specified type".
+  // Adds a copy of a line segment or a circular arc behind the last segment or, NuFalse, before the first one. Fails:
+  //   45  "Add segment of specified type": another curve
   void AddSegment(const CNuBoundedCurve& segment, ENuBoolean atEnd);
   int GetNumberSegments() const { return static_cast<int>(m_segments.size()); }
-  // A line segment or a circular arc, owned by the curve; it lives until the curve is assigned to, read or destroyed.
-  // Out of range: CNuOperationException cause 3 with the valid range.
+  // A line segment or a circular arc, owned by the curve; it is valid until the curve is assigned to, read or
+  // destroyed. Fails: cause 3, i is out of range, with the valid range.
   const CNuBoundedCurve* GetSegment(int i) const;
 
   // Whether the end point is CNuPoint::IsEqual to the start point; never for an empty curve. Without a tolerance, with
@@ -49,9 +50,9 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   ENuBoolean IsSelfIntersecting() const;
 
   void Reverse();
-  // A polyline that no arc leaves by more than tol, or by the rounding of its coordinates: the ends of all segments,
-  // and points that divide the arcs evenly, into quarter turns at least. A tol that is not above 0, or one that divides
-  // the arcs into more than 10,000,000 parts: CNuOperationException cause 12, "conversion".
+  // A polyline within `tol`, or the rounding of the coordinates, of all arcs: the ends of all segments, and points that
+  // divide the arcs evenly, into quarter turns at least. Fails ("conversion"):
+  //   12  tol is not above 0, or divides the arcs into more than 10,000,000 parts
   CNuPolyline ToPolyline(double tol) const;
 
   using CNuBoundedCurve::GetEndPoint;
@@ -69,33 +70,35 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   // Of all segments; 0 for an empty curve.
   double Length() const override;
   // A composite curve with sharp corners, `shape` 0, or round ones, 1: all points at the distance that are no closer to
-  // another point of the curve. What vanishes is left out. A sharp corner goes on along the tangents until they meet.
-  // The offset of a curve that is not closed within NuGetLengthTol() ends where those of its ends do. Not in one plane
-  // with that normal: cause 45, "Offset of non-planar curve"; another shape: cause 45, "Offset with different shape"; a
-  // gap between segments: cause 26, "Offset"; nothing is left, or of a closed curve nothing closed, as can be where it
-  // crosses itself, or a sharp corner folds back on itself: cause 28; coordinates of the result that are no doubles:
-  // cause 29; the result falls apart into several curves, or has gaps that no rounding explains: cause 30; a
-  // tangle, as thousands of long edges across each other are, with more than 4,000,000 crossings of moved pieces and 20
-  // for each segment, or 1,000,000,000 comparisons with boxes and 5,000 for each segment: cause 45, "calculation".
+  // another point of the curve. Parts that vanish are left out. A sharp corner extends along the tangents until they
+  // meet. The offset of a curve that is not closed within NuGetLengthTol() ends at the offsets of its ends. Fails:
+  //   45  "Offset of non-planar curve": not in one plane with that normal
+  //   45  "Offset with different shape": shape is neither 0 nor 1     26  "Offset": a gap between segments
+  //   30  "Offset": the result has gaps that rounding does not explain     28  "Offset": a sharp corner folds back
+  //   45  "calculation": more than 4,000,000 crossings of offset pieces and 20 for each segment, or 1,000,000,000
+  //       comparisons with boxes and 5,000 for each segment, as for thousands of long edges across each other
+  //   29  "Offset": coordinates of the result overflow
+  //   28  "Offset": nothing is left, or nothing closed of a closed curve     30  "Offset": the result is several curves
   CNuBoundedCurve* Offset(double distance, const CNuVector& normal, int shape) override;
   CNuBoundedCurve* Offset(double distance) override;
-  // All curves of which that consists, `corners` being the shape: composite curves that the caller owns, added to the
-  // array unless it is null; returns how many there are. None is no failure, and neither are several.
+  // All curves of that offset, with `corners` as the shape: composite curves that the caller owns, added to the array
+  // unless it is null; returns their number. Neither none nor several are a failure.
   int OffsetAll(double distance, const CNuVector& normal, int corners, CNuObjArray* loops) const;
 
   // The curve's file: the tag "CompositeCurve" with its zero byte, the number of segments as int, and of each segment
-  // its type code as int, a tag, its points and of an arc the sense, all little-endian. Writing: true on success; an
-  // empty curve writes no file and returns false; CNuOperationException cause 48 when the file cannot be written, cause
-  // 47 when it cannot be opened. Reading throws nothing. It replaces the curve, and returns false and leaves it empty
-  // for anything that is not such a file. A line segment whose record is none goes from (0, 0, 0) to (1, 0, 0), an arc
-  // whose record is none, or makes no arc, around the unit circle from (1, 0, 0); type codes of other curves are passed
-  // over; the end of the file is the end of the curve. False also without memory for all segments, with those read
-  // until then.
+  // its type code as int, a tag, its points and of an arc the sense, all little-endian. Writing returns true; for an
+  // empty curve it writes no file and returns false. Reading never throws. It replaces the curve; for anything that is
+  // not such a file it returns false and leaves the curve empty. A missing record of a line segment stands for (0, 0,
+  // 0) to (1, 0, 0), a missing or invalid one of an arc for the unit circle from (1, 0, 0); type codes of other curves
+  // are skipped; the end of the file is the end of the curve. Reading also returns false, with the segments read so
+  // far, for lack of memory. Writing fails ("CNuCompositeCurve"):
+  //   48  the file cannot be written     47  the file cannot be opened
   //
-  // What is written is read back to the bit, but for the planes of half and full turns, within NuGetDegreeTol(): the
-  // record holds none. They get that of the nearest segment before or behind, in a chain without a gap, which spans one
-  // with their diameter; where both sides do so and disagree, or none does, the one of CNuCircularArc's constructor.
-  // So circles that stand alone come back upright, and half turns out of the plane of their neighbours turn into it.
+  // Reading restores the curve to the bit, but for the planes of half and full turns, within NuGetDegreeTol(), which
+  // the record does not hold. They get that of the nearest segment before or behind, in a chain without a gap, which
+  // spans one with their diameter. Where both sides do so and disagree, or neither does, they get that of
+  // CNuCircularArc's constructor. So circles that stand alone are read upright, and half turns out of the plane of
+  // their neighbours are rotated into it.
   bool BinaryDump(const char* fileName) const;
   bool BinaryRead(const char* fileName);
 

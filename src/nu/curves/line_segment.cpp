@@ -155,7 +155,7 @@ void CNuLineSegment::BoundingCircle(double* radius, CNuPoint* centre) const {
 }
 
 double CNuLineSegment::DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const {
-  return DistanceBetween(*this, *other, p1, p2);
+  return DistanceBetween(*this, other, p1, p2);
 }
 
 double CNuLineSegment::DistanceTo(const CNuPoint& p) const {

@@ -18,54 +18,53 @@ CNuPCurve* NewPCurve(const engine::shapes::QuadricIntersectionCurve& curve, cons
                      double scale);
 }
 
-// The curve in which two quadrics meet: one connected branch of what a cylinder or a cone has in common with another
-// cylinder, cone or sphere, made by their IntersectWith(). It keeps the values of both surfaces. Its frame stands on
-// the one on whose generators it is described, with the z axis along that axis; motions carry the curve with its frame.
+// The intersection curve of two quadrics: one connected branch of the points common to a cylinder or a cone and another
+// cylinder, cone or sphere, made by their IntersectWith(). It stores the data of both surfaces. Its frame is that of
+// the surface whose generators describe it, with the z axis along that axis; motions move the curve with its frame.
 //
-// The parameter u grows with the angle around that axis, in radians, and with the way along its generators, evenly up
-// to the size of the surfaces and with its logarithm beyond that; it is continuous, however steep the curve is. A
-// closed curve takes a turn of 2 pi, one that passes a double point of its own twice takes 4 pi, smoothly through it.
+// The parameter u grows with the angle around that axis, in radians, and with the distance along its generators,
+// linearly up to the size of the surfaces and with its logarithm beyond; it is continuous, however steep the curve is.
+// A closed curve has a range of 2 pi; one that passes a double point of its own twice has 4 pi, and is smooth there.
 //
-// A branch that goes to infinity is cut off where it is as far along its generators, from the origin of its frame or
-// from the apex of a second cone, as a part can be whose coordinates are known to NuGetLengthTol(): this over
-// DBL_EPSILON, 4504 by default, or a thousand times the size of the surfaces and their distance where that is more. A
-// branch that begins farther out is kept up to a thousand times its least distance. The range is open at both ends.
+// A branch that goes to infinity is cut off at a distance along its generators, from the origin of its frame or from
+// the apex of a second cone. That is NuGetLengthTol() over DBL_EPSILON, 4504 by default, the largest coordinates known
+// to this tolerance, or a thousand times the size of the surfaces and their distance where that is more. A branch that
+// begins farther out is kept up to a thousand times its least distance. The range is open at both ends.
 class NU_EXPORT CNuPCurve : public CNuCurve {
  public:
-  // No memory: CNuMemoryException.
+  // Lack of memory is CNuMemoryException.
   CNuPCurve(const CNuPCurve& other);
   CNuPCurve& operator=(const CNuPCurve& other);
   ~CNuPCurve() override;
 
-  // On both surfaces, to some roundings of the coordinates. Where they touch, as far apart there as their contact is
-  // judged by. A closed curve takes u around; beyond the range of another one is its end. NaN for a NaN.
+  // The point at u, on both surfaces to some roundings of the coordinates; at a contact, to the tolerance of that
+  // contact. u wraps around on a closed curve and is clamped to the range of an open one. NaN for a NaN.
   CNuPoint ValueAt(double u) const;
   CNuInterval GetRange() const;
   ENuBoolean IsClosed() const;
 
-  // From the nearest point of the range.
+  // The distance to the nearest point of the range.
   double DistanceTo(const CNuPoint& p) const;
-  // That point, of several as near one of them; `u` receives its parameter, unless it is null. NaN for a NaN.
+  // That point, or one of several that are equally near; `u` receives its parameter. NaN for a NaN.
   CNuPoint ClosestPoint(const CNuPoint& p, double* u) const;
 
-  // n points in even steps of u over the range, both ends included; the last of a closed curve is the first again.
-  // n below 2 or above 10,000,000: CNuOperationException cause 12.
+  // n points in equal steps of u over the range, both ends included; the last of a closed curve is the first again.
+  // Fails with CNuOperationException ("CNuPCurve::ToPolyline/PointArray()", "conversion"), as the two below do:
+  //   12  n < 2 or n > 10,000,000; tol is not above 0, or needs more than 10,000,000 points
   CNuPointArray ToPointArray(int n) const;
   CNuPolyline ToPolyline(int n) const;
-  // Points, both ends included, whose polyline the curve leaves by no more than tol, or by the rounding of its
-  // coordinates. A tol that is not above 0, or one that asks for more than 10^7 points: CNuOperationException
-  // cause 12, "conversion".
+  // Points, both ends included, whose polyline is within `tol`, or the rounding of the coordinates, of the curve.
   CNuPointArray ToPointArrayWithin(double tol) const;
   CNuPolyline ToPolylineWithin(double tol) const;
 
-  // The part with parameters in the range, which keep their meaning; it is not closed. The range is cut to that of an
-  // open curve. On a closed one it may begin anywhere, beyond the end too, and is cut to one turn. Nothing in common:
-  // CNuOperationException cause 45, "calculation".
+  // The part of the curve with parameters in `range`, which keep their meaning; it is not closed. The range is clipped
+  // to that of an open curve. On a closed one it may begin anywhere, even beyond the end, and is clipped to one turn.
+  // Fails with CNuOperationException ("CNuPCurve::Part()", "calculation"): cause 45, nothing in common, or infinite.
   CNuPCurve Part(const CNuInterval& range) const;
   // Replaces the contents of the array by the parts inside the box between two corners in global coordinates, ordered
-  // by the parameter, as new CNuPCurve that the caller owns; returns their number. A closed curve that is inside is
-  // one. A part that is shorter than rounding, or touches the box from outside, is left out. A NaN:
-  // CNuOperationException cause 45, "calculation".
+  // by the parameter, as new CNuPCurve that the caller owns; returns their number. A closed curve inside the box stays
+  // one part. Parts shorter than rounding, or that touch the box from outside, are ignored.
+  // Fails with CNuOperationException ("CNuPCurve::ClipTo()", "calculation"): cause 45, a corner is NaN.
   int ClipTo(const CNuPoint& lower, const CNuPoint& upper, CNuObjArray* parts) const;
 
  private:

@@ -96,7 +96,7 @@ void CNuPolyline::BoundingCircle(double* radius, CNuPoint* centre) const {
 }
 
 double CNuPolyline::DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const {
-  return DistanceBetween(*this, *other, p1, p2);
+  return DistanceBetween(*this, other, p1, p2);
 }
 
 double CNuPolyline::DistanceTo(const CNuPoint& p) const {

@@ -18,7 +18,7 @@ class Placement;
 // plane. Its frame has the axes of the global frame and its origin in the first of the points it was built from.
 class NU_EXPORT CNuPolyline : public CNuBoundedCurve {
  public:
-  // No points: CNuConstructionException cause 1, "size of CNuPointArray".
+  // Fails with CNuConstructionException ("CNuPolyline"): cause 1, "size of CNuPointArray": no points.
   explicit CNuPolyline(const CNuPointArray& points);
   CNuPolyline(const CNuPolyline& other) = default;
   CNuPolyline(CNuPolyline&& other) = default;
@@ -26,7 +26,7 @@ class NU_EXPORT CNuPolyline : public CNuBoundedCurve {
   CNuPolyline& operator=(CNuPolyline&& other) = default;
 
   int GetSize() const { return m_points.GetSize(); }
-  // Point i. Out of range: CNuOperationException cause 3 with the valid range.
+  // Point i. Fail with CNuOperationException: cause 3, i is out of range, with the valid range.
   CNuPoint GetPoint(int i) const;
   CNuPoint operator[](int i) const;
   CNuPointArray GetPoints() const;
@@ -39,16 +39,15 @@ class NU_EXPORT CNuPolyline : public CNuBoundedCurve {
   // neighbours share; the ends of a closed polyline are neighbours. About n log n.
   ENuBoolean IsSelfIntersecting() const;
 
-  // The area enclosed, never negative, where the last point is joined to the first one: what the curve runs around
-  // clockwise counts against the rest. Out of plane, the largest such area of a projection.
+  // The area enclosed by the curve and the edge from the last point to the first one, never negative: parts that the
+  // curve runs around in opposite senses are subtracted. Of a curve in space, the largest such area of a projection.
   double Area() const;
-  // The centroid of that area; where it is zero but for rounding, of the edges; where these have no length, the first
-  // point.
+  // The centroid of that area; if it is zero to rounding, that of the edges; if these have no length, the first point.
   CNuPoint Centroid() const;
 
   void Reverse();
-  // Leaves out points so that no edge is below NuGetMinEdgeLength(); the first and the last point stay, the last one
-  // unless all that is left is shorter.
+  // Removes points so that no edge is below NuGetMinEdgeLength(). The first and the last point are kept, the last one
+  // unless all that remains is shorter.
   void RemoveShortEdges();
 
   using CNuBoundedCurve::GetEndPoint;
@@ -65,13 +64,12 @@ class NU_EXPORT CNuPolyline : public CNuBoundedCurve {
   double DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const override;
   double DistanceTo(const CNuPoint& p) const override;
   double Length() const override;
-  // With sharp corners, `shape` 0, a polyline; edges that shrink to nothing, or below NuGetMinEdgeLength(), are left
-  // out. With round ones, 1, a composite curve. What counts as the offset, and what fails, is as for the composite
-  // curve of the edges.
+  // With sharp corners, `shape` 0, a polyline without edges that vanish or are below NuGetMinEdgeLength(). With round
+  // ones, 1, a composite curve. Result and failures are those of CNuCompositeCurve::Offset for the edges.
   CNuBoundedCurve* Offset(double distance, const CNuVector& normal, int shape) override;
   CNuBoundedCurve* Offset(double distance) override;
-  // All curves of which that consists, `corners` being the shape: polylines or composite curves that the caller owns,
-  // added to the array unless it is null; returns how many there are. None is no failure, and neither are several.
+  // All curves of that offset, with `corners` as the shape: polylines or composite curves that the caller owns, added
+  // to the array unless it is null; returns their number. Neither none nor several are a failure.
   int OffsetAll(double distance, const CNuVector& normal, int corners, CNuObjArray* loops) const;
 
  private:

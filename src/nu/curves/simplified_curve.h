@@ -14,12 +14,12 @@ class Placement;
 // last one among them. Its frame has the axes of the global frame and its origin in the first point.
 class NU_EXPORT CNuSimplifiedCurve : public CNuCurve {
  public:
-  // No point is left out that is farther than tol from the edge which joins the vertices before and after it, and no
-  // other choice of vertices is smaller. A closed sequence keeps its ends like any other. With a tolerance of 0 only
-  // points on an edge are left out, below that, or with NaN, none; a point that is not finite stays. No points:
-  // CNuConstructionException cause 1, "size of CNuPointArray"; no memory: CNuMemoryException. The shortest path in the
-  // graph of all allowed edges (H. Imai, M. Iri, Computational Morphology, 1988), of which few are looked at: about
-  // n log n for a measured curve, more where the points scatter by about the tolerance.
+  // The fewest vertices such that every point removed is within `tol` of the edge between the vertices before and after
+  // it. A closed sequence keeps its ends like any other. With a tolerance of 0 only points on an edge are removed,
+  // below 0 or with NaN none; a point that is not finite is kept. The result is the shortest path in the graph of all
+  // allowed edges (H. Imai, M. Iri, Computational Morphology, 1988), of which few are tested: about n log n for a
+  // measured curve, more where the points scatter by about the tolerance. Lack of memory is CNuMemoryException. Fails
+  // with CNuConstructionException ("CNuSimplifiedCurve"): cause 1, "size of CNuPointArray": no points.
   CNuSimplifiedCurve(const CNuPointArray& points, double tol);
   CNuSimplifiedCurve(const CNuSimplifiedCurve& other) = default;
   CNuSimplifiedCurve(CNuSimplifiedCurve&& other) = default;
@@ -27,11 +27,11 @@ class NU_EXPORT CNuSimplifiedCurve : public CNuCurve {
   CNuSimplifiedCurve& operator=(CNuSimplifiedCurve&& other) = default;
 
   int GetSize() const { return m_points.GetSize(); }
-  // Vertex i. Out of range: CNuOperationException cause 3 with the valid range.
+  // Vertex i. Fails with CNuOperationException: cause 3, i is out of range, with the valid range.
   CNuPoint GetPoint(int i) const;
   CNuPointArray GetPoints() const;
 
-  // The largest distance of a point left out from its edge; NaN when a point holds one.
+  // The largest distance of a removed point from its edge; NaN if a point is not a number.
   double GetMaxDeviation() const { return m_maxDeviation; }
 
  private:

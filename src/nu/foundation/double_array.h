@@ -10,11 +10,10 @@ template<class T>
 struct ArrayFields;
 }  // namespace nu::internal
 
-// A growable array of double: abscissae, ordinates, roots. New room is zero-filled.
+// A growable array of double: abscissae, ordinates, roots.
 class NU_EXPORT CNuDoubleArray {
  public:
-  // Room for `capacity` elements, none in use. A negative capacity: CNuConstructionException cause 2, "size"; an expand
-  // size below 1: cause 15, "nArrayExpandSize"; no memory: CNuMemoryException, as from every copy and growth.
+  // Construction, capacity, elements and failures are those of CNuIntArray.
   explicit CNuDoubleArray(int capacity);
   explicit CNuDoubleArray(int capacity, int expandSize);
   CNuDoubleArray(const CNuDoubleArray& other);
@@ -29,13 +28,10 @@ class NU_EXPORT CNuDoubleArray {
   const double* GetData() const { return m_data; }
   double* GetData() { return m_data; }
 
-  // Both enlarge the capacity and leave the size. A capacity that is not above the present one: cause 14.
   void SetCapacity(int capacity);
   void SetSize(int capacity);
-  // How much Add adds to a full capacity. Below 1: cause 14.
   void SetExpandSize(int expandSize);
 
-  // Elements by index. Out of range: cause 3 with the valid range; empty: cause 8.
   double operator[](int i) const {
     if (i < 0 || i >= m_size) FailIndex(i);
     return m_data[i];
@@ -48,42 +44,36 @@ class NU_EXPORT CNuDoubleArray {
   double Last() const;
 
   void Add(double value);
-  // Appends all elements of another array; of itself: cause 18.
   void Append(const CNuDoubleArray& other);
-  // Removes the element at index i. Out of range: cause 3 with the valid range; empty: cause 8.
   void Remove(int i);
-  // Keeps the first `size` elements and exactly their room. Outside 0 to the size: cause 14.
   void Truncate(int size);
-  // Shrinks the capacity to the size.
   void FreeExtra();
-  // Size 0; the room is kept.
   void Clear();
 
-  // The elements i to j, both included. Out of range: cause 3 with the valid range; i > j: cause 15.
   CNuDoubleArray SubArray(int i, int j) const;
-  // The elements whose entry in the mask of the same size is not 0, in order, in an array whose capacity is the sum of
-  // the mask. Sizes differ: cause 5.
+  // The elements whose entry in the mask is not 0, in order, in an array whose capacity is the sum of the mask.
   CNuDoubleArray SubArray(const CNuIntArray& mask) const;
 
   // Index of the first element with |element - value| < tol, -1 when there is none.
   int Find(double value, double tol) const;
-  // Sizes equal and every |a[i] - b[i]| < tol.
+  // Whether the sizes are equal and every |a[i] - b[i]| < tol.
   ENuBoolean IsEqual(const CNuDoubleArray& other, double tol) const;
-  // Extremes, not beyond -NuGetLarge() and NuGetLarge(), from which the search starts; NaN where an element is. Empty:
-  // cause 8.
+  // Extremes, not beyond -NuGetLarge() and NuGetLarge(), from which the search starts; NaN if an element is. Fail, as
+  // IsMonotonicIncreasing and IsStrictlyIncreasing do: cause 8, the array is empty.
   double Max() const;
   double Min() const;
   // The sum in index order; 0 when empty.
   double Sum() const;
-  // a[i - 1] <= a[i], or <, for all i, without tolerance. Empty: cause 8.
+  // Whether a[i - 1] <= a[i], or <, for all i, without tolerance.
   ENuBoolean IsMonotonicIncreasing() const;
   ENuBoolean IsStrictlyIncreasing() const;
 
-  // Ascending, stable, n log n, as NuSort: in place; as the permutation that sorts this array, which replaces *index.
+  // Sorts ascending and stably in n log n, as NuSort: in place, or as the permutation that sorts, which replaces
+  // *index.
   void Sort();
   void Sort(CNuIntArray* index) const;
 
-  // A vector of the same components. Empty: CNuConstructionException cause 1, "CNuVector", "size".
+  // A vector of the same components. Fails with CNuConstructionException ("CNuVector"): cause 1, "size": empty.
   CNuVector ToVector() const;
 
  private:

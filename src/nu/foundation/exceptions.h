@@ -3,9 +3,10 @@
 
 #include "nu/export.h"
 
-// What the library throws, by value; catch by reference. An exception owns nothing, so copying it cannot fail. The
-// fields are read directly; a text longer than its field is cut to fit. A cause of 0, or a null text for a memory
-// exception, builds an empty exception; a null text leaves its field empty.
+// The root of the exceptions that the library throws by value; catch by reference. An exception owns no memory, so
+// copying it cannot fail. The fields are read directly; a text longer than its field is truncated. A cause of 0, or a
+// null text for a memory exception, builds an empty exception; a null text leaves its field empty. The causes are named
+// in nu/foundation/causes.h.
 class NU_EXPORT CNuException {
  public:
   CNuException(const CNuException&) = default;

@@ -10,11 +10,22 @@ template<class T>
 struct ArrayFields;
 }  // namespace nu::internal
 
-// A growable array of int: index lists, permutations, masks. New room is zero-filled.
+// A growable array of int: index lists, permutations, masks.
+//
+// What all growable arrays share. An array has room for GetCapacity() elements, of which the first GetSize() are in
+// use; Add enlarges a full capacity by GetExpandSize(). Room for numbers and pointers is zero-filled. A failure leaves
+// the array as it was. Lack of memory is CNuMemoryException. Construction fails with CNuConstructionException (the
+// class), checked in this order:
+//   2  "size": capacity < 0     15  "nArrayExpandSize": expandSize < 1
+// All else fails with CNuOperationException:
+//   8  operator[], First, Last, Remove, SubArray(i, j): the array is empty
+//   3  operator[], Remove: i is out of range     3  SubArray(i, j): i < 0 or j is beyond the end; with the valid range
+//   15  SubArray(i, j): i > j     5  SubArray(mask): the mask has another size     18  Append: the array itself
+//   14  SetCapacity, SetSize: capacity is not above the present one     14  SetExpandSize: expandSize < 1
+//   14  Truncate: size < 0, or above the present one     14  Add, Append: more elements than an int can count
 class NU_EXPORT CNuIntArray {
  public:
-  // Room for `capacity` elements, none in use. A negative capacity: CNuConstructionException cause 2, "size"; an expand
-  // size below 1: cause 15, "nArrayExpandSize"; no memory: CNuMemoryException, as from every copy and growth.
+  // Room for `capacity` elements, none in use.
   explicit CNuIntArray(int capacity);
   explicit CNuIntArray(int capacity, int expandSize);
   CNuIntArray(const CNuIntArray& other);
@@ -29,13 +40,12 @@ class NU_EXPORT CNuIntArray {
   const int* GetData() const { return m_data; }
   int* GetData() { return m_data; }
 
-  // Both enlarge the capacity and leave the size. A capacity that is not above the present one: cause 14.
+  // Both enlarge the capacity and leave the size.
   void SetCapacity(int capacity);
   void SetSize(int capacity);
-  // How much Add adds to a full capacity. Below 1: cause 14.
+  // The number of elements by which Add enlarges a full capacity.
   void SetExpandSize(int expandSize);
 
-  // Elements by index. Out of range: cause 3 with the valid range; empty: cause 8.
   int operator[](int i) const {
     if (i < 0 || i >= m_size) FailIndex(i);
     return m_data[i];
@@ -48,27 +58,25 @@ class NU_EXPORT CNuIntArray {
   int Last() const;
 
   void Add(int value);
-  // Appends all elements of another array; of itself: cause 18.
   void Append(const CNuIntArray& other);
-  // Removes the element at index i. Out of range: cause 3 with the valid range; empty: cause 8.
   void Remove(int i);
-  // Keeps the first `size` elements and exactly their room. Outside 0 to the size: cause 14.
+  // Keeps the first `size` elements and exactly their room.
   void Truncate(int size);
   // Shrinks the capacity to the size.
   void FreeExtra();
-  // Size 0; the room is kept.
+  // Size 0; the capacity is kept.
   void Clear();
 
-  // The elements i to j, both included. Out of range: cause 3 with the valid range; i > j: cause 15.
+  // The elements i to j, both included.
   CNuIntArray SubArray(int i, int j) const;
 
   // Index of the first element equal to the value, -1 when there is none.
   int Find(int value) const;
   ENuBoolean IsEqual(const CNuIntArray& other) const;
-  // The sum in index order, modulo 2^32; 0 when empty.
+  // The sum in index order, modulo 2^32; 0 for an empty array.
   int Sum() const;
 
-  // Ascending, stable, n log n: in place; as the permutation that sorts this array, which replaces *index.
+  // Sorts ascending and stably in n log n: in place, or as the permutation that sorts, which replaces *index.
   void Sort();
   void Sort(CNuIntArray* index) const;
 

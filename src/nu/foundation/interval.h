@@ -5,12 +5,12 @@
 #include "nu/foundation/object.h"
 
 // A range of real numbers lower..upper with lower < upper, each end closed or open: the parameter range of a curve.
-// Membership takes the range as closed; the flags are stored for callers that need open ends.
+// IsIn takes the range as closed; the flags are stored for callers that need open ends.
 class NU_EXPORT CNuInterval : public CNuAlgebra {
  public:
   // [0, Nu_2PI], both ends closed: the full turn.
   CNuInterval();
-  // lower >= upper, or a NaN: CNuConstructionException cause 11.
+  // Fails with CNuConstructionException ("CNuInterval"): cause 11, lower >= upper, or a NaN.
   CNuInterval(double lower, double upper, int leftOpen, int rightOpen);
 
   void GetBounds(double* lower, double* upper) const;

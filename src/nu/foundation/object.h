@@ -3,8 +3,7 @@
 
 #include "nu/export.h"
 
-// The root of the value classes: an object that knows its class at run time. The code is set by the constructors of the
-// concrete classes and travels with every copy.
+// The root of the value classes, with a type code. The constructors of the concrete classes set it, and copies keep it.
 class NU_EXPORT CNuObject {
  public:
   // The values are part of the interface and never change.
@@ -65,7 +64,7 @@ class NU_EXPORT CNuObject {
   ENuObjectType m_type = NuTypeNone;
 };
 
-// The family roots without an interface of their own. CNuGeometry stands in geometry/geometry.h.
+// The family roots without an interface of their own. CNuGeometry is in nu/geometry/geometry.h.
 
 class NU_EXPORT CNuAlgebra : public CNuObject {
  public:

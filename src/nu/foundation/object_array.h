@@ -13,8 +13,7 @@ struct ArrayFields;
 // A growable array of pointers to objects that its caller owns: nothing here ever deletes a pointed-to object.
 class NU_EXPORT CNuObjArray {
  public:
-  // Room for `capacity` elements, none in use. A negative capacity: CNuConstructionException cause 2, "size"; an expand
-  // size below 1: cause 15, "nArrayExpandSize"; no memory: CNuMemoryException, as from every copy and growth.
+  // Construction, capacity, elements and failures are those of CNuIntArray.
   explicit CNuObjArray(int capacity);
   explicit CNuObjArray(int capacity, int expandSize);
   CNuObjArray(const CNuObjArray& other);
@@ -29,13 +28,10 @@ class NU_EXPORT CNuObjArray {
   CNuObject* const* GetData() const { return m_data; }
   CNuObject** GetData() { return m_data; }
 
-  // Both enlarge the capacity and leave the size. A capacity that is not above the present one: cause 14.
   void SetCapacity(int capacity);
   void SetSize(int capacity);
-  // How much Add adds to a full capacity. Below 1: cause 14.
   void SetExpandSize(int expandSize);
 
-  // Elements by index. Out of range: cause 3 with the valid range; empty: cause 8.
   CNuObject* operator[](int i) const {
     if (i < 0 || i >= m_size) FailIndex(i);
     return m_data[i];
@@ -48,13 +44,9 @@ class NU_EXPORT CNuObjArray {
   CNuObject* Last() const;
 
   void Add(CNuObject* value);
-  // Appends all elements of another array; of itself: cause 18.
   void Append(const CNuObjArray& other);
-  // Keeps the first `size` elements and exactly their room. Outside 0 to the size: cause 14.
   void Truncate(int size);
-  // Shrinks the capacity to the size.
   void FreeExtra();
-  // Size 0; the room is kept.
   void Clear();
 
  private:

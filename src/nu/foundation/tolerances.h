@@ -11,7 +11,7 @@
 NU_EXPORT double NuGetTol();
 NU_EXPORT void NuSetTol(double value);
 
-// Too large to be meaningful: scalar factors beyond it are refused, searches start from it. 1e300.
+// Numbers above it are too large: scalar factors are refused, searches for extremes start from it. 1e300.
 NU_EXPORT double NuGetLarge();
 NU_EXPORT void NuSetLarge(double value);
 
@@ -31,13 +31,13 @@ NU_EXPORT void NuSetLengthTol(double value);
 NU_EXPORT double NuGetMinEdgeLength();
 NU_EXPORT void NuSetMinEdgeLength(double value);
 
-// Directions closer than this are parallel, in degrees: one millionth of a second of arc. All features read this
-// one. 2.777777777778e-10.
+// Directions closer than this are parallel, in degrees: one millionth of a second of arc. All features read it.
+// 2.777777777778e-10.
 NU_EXPORT double NuGetDegreeTol();
 NU_EXPORT void NuSetDegreeTol(double value);
 
-// The same in radians, a value of its own: what the x axis of a conic may be off a right angle to the
-// normal. 4.848136811094e-12.
+// A separate value in radians: how far the angle between the x axis of a conic and its normal may differ from a right
+// angle. 4.848136811094e-12.
 NU_EXPORT double NuGetRadianTol();
 NU_EXPORT void NuSetRadianTol(double value);
 

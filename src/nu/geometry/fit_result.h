@@ -7,7 +7,9 @@
 // - `points`: the measured points. `tol`: the length tolerance of the fit; without it NuGetLengthTol() is read.
 // - `form`, `sumSquares`: the largest minus the smallest signed deviation, and the sum of the squared deviations.
 // - `zone`, `inner`, `outer`: the width of the minimum zone and its boundaries.
-// - `maxIter`: the limit of the iteration, at least 1.
+// - `maxIter`: the limit on the steps of the iteration, at least 1. Fits of spheres, cylinders and cones reach it,
+// which
+//   is cause 12, even when the last permitted step converges.
 //
 // Failures. A fit that cannot be carried out throws CNuBestfitException; the feature and the outputs stay as they were.
 // Each contract gives the name in m_szWhere and lists the causes with their conditions: row by row, and from left to

@@ -25,9 +25,9 @@ CNuPlane PlaneThrough(const CNuPoint& point, Vec3 normal) {
 
 }  // namespace
 
-int CNuGeometry::AreCollinear(const CNuPointArray& pts, CNuVector* normal, double tol) {
-  const CNuPoint* p = pts.GetData();
-  const int n = pts.GetSize();
+int CNuGeometry::AreCollinear(const CNuPointArray& points, CNuVector* normal, double tol) {
+  const CNuPoint* p = points.GetData();
+  const int n = points.GetSize();
   if (n < 3) return 1;
   const Vec3 start = Components(p[0]);
   int i = 1;
@@ -48,17 +48,17 @@ int CNuGeometry::AreCollinear(const CNuPointArray& pts, CNuVector* normal, doubl
   return 1;
 }
 
-int CNuGeometry::AreCoplanar(const CNuPointArray& pts, double tol) {
+int CNuGeometry::AreCoplanar(const CNuPointArray& points, double tol) {
   CNuPlane plane;
-  return AreCoplanar(pts, &plane, tol);
+  return AreCoplanar(points, &plane, tol);
 }
 
-int CNuGeometry::AreCoplanar(const CNuPointArray& pts, CNuPlane* plane, double tol) {
-  const int n = pts.GetSize();
+int CNuGeometry::AreCoplanar(const CNuPointArray& points, CNuPlane* plane, double tol) {
+  const int n = points.GetSize();
   if (n < 4) return 1;
-  const CNuPoint* p = pts.GetData();
+  const CNuPoint* p = points.GetData();
   CNuVector normal;
-  if (AreCollinear(pts, &normal, tol) == 1) {
+  if (AreCollinear(points, &normal, tol) == 1) {
     const Vec3 along = Components(p[n - 1]) - Components(p[0]);
     Output(plane, PlaneThrough(p[0], IsNull(along, tol) ? Vec3{0.0, 0.0, 1.0} : along));
     return 1;
@@ -67,28 +67,28 @@ int CNuGeometry::AreCoplanar(const CNuPointArray& pts, CNuPlane* plane, double t
   Output(plane, spanned);
   // The first three points span the plane.
   const Vec3 axis = Components(spanned.GetNormal());
-  return LastBeyond(ViewOf(pts), 3, Components(p[0]), axis, tol) < 0 ? 1 : 0;
+  return LastBeyond(ViewOf(points), 3, Components(p[0]), axis, tol) < 0 ? 1 : 0;
 }
 
-int CNuGeometry::NumberDistinctPoints(const CNuPointArray& pts, int n, double tol) {
-  return HasDistinct(ViewOf(pts), n, tol, NuGetZero()) ? 1 : 0;
+int CNuGeometry::NumberDistinctPoints(const CNuPointArray& points, int n, double tol) {
+  return HasDistinct(ViewOf(points), n, tol, NuGetZero()) ? 1 : 0;
 }
 
-CNuPointArray CNuGeometry::Projection2D(const CNuPointArray& pts, CNuVector& normal) {
+CNuPointArray CNuGeometry::Projection2D(const CNuPointArray& points, CNuVector& normal) {
   CNuVector x, y;
   normal.OrthonormalXY(&x, &y);
-  return Projection2D(pts, CNuPoint(), x, y);
+  return Projection2D(points, CNuPoint(), x, y);
 }
 
-CNuPointArray CNuGeometry::Projection2D(const CNuPointArray& pts, const CNuPoint& origin, const CNuVector& xaxis,
+CNuPointArray CNuGeometry::Projection2D(const CNuPointArray& points, const CNuPoint& origin, const CNuVector& xaxis,
                                         const CNuVector& yaxis) {
   if (xaxis.GetSize() != 3 || yaxis.GetSize() != 3) FailOperation(5, "operator%", "CNuVector");
-  CNuPointArray projected(pts.GetSize());
+  CNuPointArray projected(points.GetSize());
   const Vec3 start = Components(origin);
   const Vec3 x = Components(xaxis);
   const Vec3 y = Components(yaxis);
-  for (int i = 0; i < pts.GetSize(); ++i) {
-    const Vec3 v = Components(pts.GetData()[i]) - start;
+  for (int i = 0; i < points.GetSize(); ++i) {
+    const Vec3 v = Components(points.GetData()[i]) - start;
     projected.Add(CNuPoint(Dot(v, x), Dot(v, y), 0.0));
   }
   return projected;

@@ -14,8 +14,8 @@ namespace {
 constexpr const char* kName = "CNuLine";
 constexpr int kLeastPoints = 2;
 
-Vec3 DirectionOfTwo(const CNuPointArray& pts) {
-  const CNuPoint difference = pts[1] - pts[0];
+Vec3 DirectionOfTwo(const CNuPointArray& points) {
+  const CNuPoint difference = points[1] - points[0];
   const Vec3 d = Components(difference);
   // Equal points have no direction whatever the tolerance.
   const bool isNone = d.x == 0.0 && d.y == 0.0 && d.z == 0.0;
@@ -24,10 +24,10 @@ Vec3 DirectionOfTwo(const CNuPointArray& pts) {
   return Unit(d);
 }
 
-PrincipalDirection Solve(PointBlocks& blocks, const CNuPointArray& pts) {
+PrincipalDirection Solve(PointBlocks& blocks, const CNuPointArray& points) {
   PrincipalDirection found = FindPrincipalDirection(blocks, Extent::largest);
-  const bool exact = pts.GetSize() == kLeastPoints;
-  if (exact) found.direction = DirectionOfTwo(pts);
+  const bool exact = points.GetSize() == kLeastPoints;
+  if (exact) found.direction = DirectionOfTwo(points);
   if (!found.finite) FailFit(kNumericalFailure, kName);
   if (!exact && found.largestSingular < NuGetZero()) FailFit(kDegeneratePoints, kName, kLeastPoints);
   CNuVector direction = ToVector(found.direction);
@@ -44,25 +44,25 @@ double FormOf(const Deviations& d, bool planar) {
 
 }  // namespace
 
-void CNuLine::Fit(const CNuPointArray& pts) {
-  Fit(pts, nullptr, nullptr);
+void CNuLine::Fit(const CNuPointArray& points) {
+  Fit(points, nullptr, nullptr);
 }
 
-void CNuLine::Fit(const CNuPointArray& pts, double* form, double* sumsq) {
+void CNuLine::Fit(const CNuPointArray& points, double* form, double* sumSquares) {
   TranslateForeign(kName, [&] {
-    RequireCount(pts, kLeastPoints, kName);
-    PointBlocks blocks(ViewOf(pts), MiddleOf(pts));
-    const PrincipalDirection found = Solve(blocks, pts);
-    const bool planar = pts.Is2D() == NuTrue;
+    RequireCount(points, kLeastPoints, kName);
+    PointBlocks blocks(ViewOf(points), MiddleOf(points));
+    const PrincipalDirection found = Solve(blocks, points);
+    const bool planar = points.Is2D() == NuTrue;
     Deviations d;
-    const bool wanted = form != nullptr || sumsq != nullptr;
-    if (wanted && pts.GetSize() > kLeastPoints) {
+    const bool wanted = form != nullptr || sumSquares != nullptr;
+    if (wanted && points.GetSize() > kLeastPoints) {
       d = planar ? PlanarLineDeviations(blocks, found.mean, found.direction)
                  : SpaceLineDeviations(blocks, found.mean, found.direction);
     }
     m_point = ToPoint(blocks.InCallersFrame(found.mean));
     m_direction = ToVector(found.direction);
     Output(form, FormOf(d, planar));
-    Output(sumsq, d.sumSquares);
+    Output(sumSquares, d.sumSquares);
   });
 }

@@ -32,8 +32,8 @@ struct Zone {
   Vec3 side;  // unit length, from the middle line to the first boundary
 };
 
-void RequireTwoDistinct(const CNuPointArray& pts, double tol) {
-  if (CNuGeometry::NumberDistinctPoints(pts, 2, tol) == 0) {
+void RequireTwoDistinct(const CNuPointArray& points, double tol) {
+  if (CNuGeometry::NumberDistinctPoints(points, 2, tol) == 0) {
     FailFit(kDegeneratePoints, kName, kLeastPoints);
   }
 }
@@ -45,8 +45,8 @@ CNuVector Canonical(const Vec3& direction) {
 }
 
 // The plane z = const needs no frame: the strip is that of the coordinates as they are.
-Zone ZoneInPlaneZ(const CNuPointArray& pts, const Vec3& mean) {
-  const Strip2 strip = NarrowestStrip(ViewOf(pts));
+Zone ZoneInPlaneZ(const CNuPointArray& points, const Vec3& mean) {
+  const Strip2 strip = NarrowestStrip(ViewOf(points));
   const Vec3 normal{strip.normal[0], strip.normal[1], 0.0};
   const Vec3 middle{strip.middle[0], strip.middle[1], mean.z};
   return {mean + Dot(middle - mean, normal) * normal, {normal.y, -normal.x, 0.0}, strip.width, normal};
@@ -54,8 +54,8 @@ Zone ZoneInPlaneZ(const CNuPointArray& pts, const Vec3& mean) {
 
 // The axes of the frame are the principal ones of the points, in canonical sign, so it does not depend on their order.
 // Its plane is their least-squares plane, which fits no worse than one through three of them and leans less.
-Zone ZoneInPlane(const CNuPointArray& pts) {
-  PointBlocks blocks(ViewOf(pts), MiddleOf(pts));
+Zone ZoneInPlane(const CNuPointArray& points) {
+  PointBlocks blocks(ViewOf(points), MiddleOf(points));
   const PrincipalDirection flat = FindPrincipalDirection(blocks, Extent::smallest);
   const Vec3 along = FindPrincipalDirection(blocks, Extent::largest).direction;
   const Vec3 z = Components(Canonical(flat.direction));
@@ -91,8 +91,8 @@ Vec3 SideOf(const MinimaxSolution<AxisDistance>& found) {
   return (local.x / distance) * frame.x + (local.y / distance) * frame.y;
 }
 
-Zone ZoneInSpace(const CNuPointArray& pts, long limit) {
-  PointBlocks blocks(ViewOf(pts), MiddleOf(pts));
+Zone ZoneInSpace(const CNuPointArray& points, long limit) {
+  PointBlocks blocks(ViewOf(points), MiddleOf(points));
   blocks.Keep();
   const PrincipalDirection least = FindPrincipalDirection(blocks, Extent::largest);
   const MinimaxSolution<AxisDistance> found = SmallestCylinder(blocks, least.mean, least.direction, limit);
@@ -108,15 +108,15 @@ Zone ZoneInSpace(const CNuPointArray& pts, long limit) {
           2.0 * (better ? radius : leastRadius), SideOf(found)};
 }
 
-Zone ZoneOf(const CNuPointArray& pts, long limit) {
-  if (pts.Is2D() == NuTrue) return ZoneInPlaneZ(pts, Components(pts.MeanPoint()));
-  if (LieInOnePlane(ViewOf(pts), NuGetLengthTol())) return ZoneInPlane(pts);
-  return ZoneInSpace(pts, limit);
+Zone ZoneOf(const CNuPointArray& points, long limit) {
+  if (points.Is2D() == NuTrue) return ZoneInPlaneZ(points, Components(points.MeanPoint()));
+  if (LieInOnePlane(ViewOf(points), NuGetLengthTol())) return ZoneInPlane(points);
+  return ZoneInSpace(points, limit);
 }
 
-Zone ZoneInAnyOrder(const CNuPointArray& pts, long limit) {
-  if (!NeedsCanonicalOrder(pts)) return ZoneOf(pts, limit);
-  return ZoneOf(Ordered(pts), limit);
+Zone ZoneInAnyOrder(const CNuPointArray& points, long limit) {
+  if (!NeedsCanonicalOrder(points)) return ZoneOf(points, limit);
+  return ZoneOf(Ordered(points), limit);
 }
 
 void RequireFinite(const Zone& zone) {
@@ -127,41 +127,42 @@ void RequireFinite(const Zone& zone) {
 
 }  // namespace
 
-void CNuLine::FitMinZone(const CNuPointArray& pts, double* form, double tol, long maxiter) {
-  FitMinZone(pts, form, nullptr, nullptr, tol, maxiter);
+void CNuLine::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+  FitMinZone(points, zone, nullptr, nullptr, tol, maxIter);
 }
 
-void CNuLine::FitMinZone(const CNuPointArray& pts, double* form, CNuLine* l1, CNuLine* l2, double tol, long maxiter) {
-  RequireIterations(maxiter, kName);
+void CNuLine::FitMinZone(const CNuPointArray& points, double* zone, CNuLine* l1, CNuLine* l2, double tol,
+                         long maxIter) {
+  RequireIterations(maxIter, kName);
   TranslateForeign(kName, [&] {
-    RequireCount(pts, kLeastPoints, kName);
-    RequireFinite(pts, kName);
-    RequireTwoDistinct(pts, tol);
+    RequireCount(points, kLeastPoints, kName);
+    RequireFinite(points, kName);
+    RequireTwoDistinct(points, tol);
     CNuLine line;
-    line.Fit(pts);
-    Zone zone;
-    if (!LieOnOneLine(ViewOf(pts), tol)) {
-      zone = ZoneInAnyOrder(pts, maxiter);
-      RequireFinite(zone);
-      line = CNuLine(ToPoint(zone.point), Canonical(zone.direction));
+    line.Fit(points);
+    Zone found;
+    if (!LieOnOneLine(ViewOf(points), tol)) {
+      found = ZoneInAnyOrder(points, maxIter);
+      RequireFinite(found);
+      line = CNuLine(ToPoint(found.point), Canonical(found.direction));
     }
     CNuLine first(line);
     CNuLine second(line);
-    const Vec3 shift = (0.5 * zone.width) * zone.side;
+    const Vec3 shift = (0.5 * found.width) * found.side;
     first.Translate(shift.x, shift.y, shift.z);
     second.Translate(-shift.x, -shift.y, -shift.z);
     *this = line;
-    Output(form, zone.width);
+    Output(zone, found.width);
     Output(l1, first);
     Output(l2, second);
   });
 }
 
-ENuFitResult CNuLine::FitMinZoneEx(const CNuPointArray& pts, double* form, double tol, long maxiter) {
-  return FitMinZoneEx(pts, form, nullptr, nullptr, tol, maxiter);
+ENuFitResult CNuLine::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+  return FitMinZoneEx(points, zone, nullptr, nullptr, tol, maxIter);
 }
 
-ENuFitResult CNuLine::FitMinZoneEx(const CNuPointArray& pts, double* form, CNuLine* l1, CNuLine* l2, double tol,
-                                   long maxiter) {
-  return ResultWithin(tol, maxiter, kName, [&] { FitMinZone(pts, form, l1, l2, tol, maxiter); });
+ENuFitResult CNuLine::FitMinZoneEx(const CNuPointArray& points, double* zone, CNuLine* l1, CNuLine* l2, double tol,
+                                   long maxIter) {
+  return ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, l1, l2, tol, maxIter); });
 }

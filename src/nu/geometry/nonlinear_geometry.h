@@ -23,10 +23,10 @@ class NU_EXPORT CNuNonLinearGeometry : public CNuGeometry {
   // Places the frame at p: it is required not to add p, as for all features.
   virtual void Translate(const CNuPoint& p);
   virtual void Translate(double dx, double dy, double dz);
-  // By `angle` degrees, right-handed, about an axis through `centre` or through the global origin. An axis that has not
-  // three components: CNuOperationException cause 10; a zero axis, within NuGetZero(): cause 9; after these checks an
-  // angle below NuGetZero() changes nothing. An angle within 6e-7 degrees of a multiple of 90 counts as that multiple:
-  // a smaller rotation does nothing.
+  // By `angle` degrees, right-handed, about an axis through `centre` or through the global origin. An angle within 6e-7
+  // degrees of a multiple of 90 counts as that multiple: a smaller rotation does nothing.
+  // Fails with CNuOperationException ("CNuNonLinearGeometry", "rotation"):
+  //   10  axis has not three components     9  axis is zero within NuGetZero()
   virtual void Rotate(double angle, const CNuVector& axis, const CNuPoint& centre);
   virtual void Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre);
   virtual void Rotate(double angle, const CNuVector& axis);

@@ -16,16 +16,16 @@ constexpr const char* kName = "CNuPlane";
 constexpr int kLeastPoints = 3;
 
 // Zero, or not finite, when differences of the coordinates overflow.
-Vec3 NormalOfThree(const CNuPointArray& pts) {
-  const Vec3 p = Components(pts[0]);
-  return Unit(Cross(Rescaled(Components(pts[1]) - p), Rescaled(Components(pts[2]) - p)));
+Vec3 NormalOfThree(const CNuPointArray& points) {
+  const Vec3 p = Components(points[0]);
+  return Unit(Cross(Rescaled(Components(points[1]) - p), Rescaled(Components(points[2]) - p)));
 }
 
-PrincipalDirection Solve(PointBlocks& blocks, const CNuPointArray& pts) {
+PrincipalDirection Solve(PointBlocks& blocks, const CNuPointArray& points) {
   PrincipalDirection found = FindPrincipalDirection(blocks, Extent::smallest);
-  if (pts.GetSize() == kLeastPoints) {
+  if (points.GetSize() == kLeastPoints) {
     // The mean and the moments are scaled and do not overflow.
-    const Vec3 spanned = NormalOfThree(pts);
+    const Vec3 spanned = NormalOfThree(points);
     if (IsFinite(spanned) && !IsNull(spanned, NuGetZero())) found.direction = spanned;
   }
   if (!found.finite || !IsFinite(found.direction)) FailFit(kNumericalFailure, kName);
@@ -37,25 +37,25 @@ PrincipalDirection Solve(PointBlocks& blocks, const CNuPointArray& pts) {
 
 }  // namespace
 
-void CNuPlane::Fit(const CNuPointArray& pts) {
-  Fit(pts, nullptr, nullptr);
+void CNuPlane::Fit(const CNuPointArray& points) {
+  Fit(points, nullptr, nullptr);
 }
 
-void CNuPlane::Fit(const CNuPointArray& pts, double* form, double* sumsq) {
+void CNuPlane::Fit(const CNuPointArray& points, double* form, double* sumSquares) {
   TranslateForeign(kName, [&] {
-    RequireCount(pts, kLeastPoints, kName);
-    const bool collinear = LieOnOneLine(ViewOf(pts), NuGetLengthTol());
+    RequireCount(points, kLeastPoints, kName);
+    const bool collinear = LieOnOneLine(ViewOf(points), NuGetLengthTol());
     if (collinear) FailFit(kCollinearPoints, kName, kLeastPoints);
-    PointBlocks blocks(ViewOf(pts), MiddleOf(pts));
-    const PrincipalDirection found = Solve(blocks, pts);
+    PointBlocks blocks(ViewOf(points), MiddleOf(points));
+    const PrincipalDirection found = Solve(blocks, points);
     Deviations d;
-    const bool wanted = form != nullptr || sumsq != nullptr;
-    if (wanted && pts.GetSize() > kLeastPoints) d = PlaneDeviations(blocks, found.mean, found.direction);
+    const bool wanted = form != nullptr || sumSquares != nullptr;
+    if (wanted && points.GetSize() > kLeastPoints) d = PlaneDeviations(blocks, found.mean, found.direction);
     m_point = ToPoint(blocks.InCallersFrame(found.mean));
     m_normal = ToVector(found.direction);
     // The extremes start at 0.0, as for the line in a plane:
     // hosts rely on a form that is never below the largest one-sided deviation.
     Output(form, std::max(d.largest, 0.0) - std::min(d.smallest, 0.0));
-    Output(sumsq, d.sumSquares);
+    Output(sumSquares, d.sumSquares);
   });
 }

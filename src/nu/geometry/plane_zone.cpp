@@ -17,24 +17,24 @@ namespace {
 constexpr const char* kName = "CNuPlane";
 constexpr int kLeastPoints = 3;
 
-void RequireNotCollinear(const CNuPointArray& pts, double tol) {
+void RequireNotCollinear(const CNuPointArray& points, double tol) {
   CNuIntArray corners(kLeastPoints);
-  if (pts.IsNoncollinear(&corners, tol) == NuFalse) FailFit(kCollinearPoints, kName, kLeastPoints);
+  if (points.IsNoncollinear(&corners, tol) == NuFalse) FailFit(kCollinearPoints, kName, kLeastPoints);
 }
 
 }  // namespace
 
-void CNuPlane::FitMinZone(const CNuPointArray& pts, double* form, double tol) {
-  FitMinZone(pts, form, nullptr, nullptr, tol);
+void CNuPlane::FitMinZone(const CNuPointArray& points, double* zone, double tol) {
+  FitMinZone(points, zone, nullptr, nullptr, tol);
 }
 
-void CNuPlane::FitMinZone(const CNuPointArray& pts, double* form, CNuPlane* p1, CNuPlane* p2, double tol) {
+void CNuPlane::FitMinZone(const CNuPointArray& points, double* zone, CNuPlane* p1, CNuPlane* p2, double tol) {
   TranslateForeign(kName, [&] {
-    RequireCount(pts, kLeastPoints, kName);
-    RequireFinite(pts, kName);
-    RequireNotCollinear(pts, tol);
-    const Vec3 mean = MeanOf(ViewOf(pts));
-    const Slab3 slab = NarrowestSlab(ViewOf(pts), mean);
+    RequireCount(points, kLeastPoints, kName);
+    RequireFinite(points, kName);
+    RequireNotCollinear(points, tol);
+    const Vec3 mean = MeanOf(ViewOf(points));
+    const Slab3 slab = NarrowestSlab(ViewOf(points), mean);
     const Vec3 middle = mean + slab.height * slab.normal;
     CNuVector normal = ToVector(slab.normal);
     normal.SymmetricAxis(NuGetTol(), 1);
@@ -46,7 +46,7 @@ void CNuPlane::FitMinZone(const CNuPointArray& pts, double* form, CNuPlane* p1, 
       plane->m_normal = normal;
     };
     store(this, middle);
-    Output(form, slab.width);
+    Output(zone, slab.width);
     store(p1, middle - half);
     store(p2, middle + half);
   });

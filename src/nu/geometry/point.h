@@ -9,8 +9,8 @@
 #include "nu/fwd.h"
 #include "nu/geometry/geometry.h"
 
-// A point in space: three coordinates in the caller's frame and length unit. Failures are CNuOperationException with
-// the cause that is named, and leave the point as it was.
+// A point in space: three coordinates in the caller's frame and length unit. All failures are CNuOperationException,
+// named by the operation, and leave the point as it was.
 class NU_EXPORT CNuPoint : public CNuObject {
  public:
   CNuPoint(double x = 0.0, double y = 0.0, double z = 0.0) : CNuObject(NuTypePoint), m_xyz{x, y, z} {}
@@ -34,7 +34,7 @@ class NU_EXPORT CNuPoint : public CNuObject {
   operator CNuVector() const;
   CNuVector To4DVector() const;
 
-  // Every |coordinate|, or difference of coordinates, strictly below tol: a box test, not a distance.
+  // Whether every |coordinate|, or difference of coordinates, is strictly below `tol`: a box test, not a distance.
   ENuBoolean IsZero(double tol) const { return IsEqual(CNuPoint(), tol); }
   ENuBoolean IsEqual(const CNuPoint& p, double tol) const {
     return IsBelow(m_xyz[0] - p.m_xyz[0], tol) && IsBelow(m_xyz[1] - p.m_xyz[1], tol) &&
@@ -60,16 +60,16 @@ class NU_EXPORT CNuPoint : public CNuObject {
     Translate(-p.m_xyz[0], -p.m_xyz[1], -p.m_xyz[2]);
     return *this;
   }
-  // The limits are required to differ: a factor of exactly NuGetLarge() is refused by * and taken by *=, a divisor of
-  // exactly NuGetZero() is taken by / and refused by /=. A NaN is refused by * and /= and taken by the other two.
-  // Factor too large: cause 7; divisor too small: cause 6, each named by the operator.
+  // Fails, with limits that are required to differ:
+  //   7  * by a NaN or |s| >= NuGetLarge(), *= by |s| > NuGetLarge()
+  //   6  / by |s| < NuGetZero(), /= by a NaN or |s| <= NuGetZero()
   CNuPoint operator*(double s) const;
   CNuPoint operator/(double s) const;
   CNuPoint& operator*=(double s);
   CNuPoint& operator/=(double s);
 
-  // Distances, never negative. The differences of coordinates come first, so they are as good far from the origin as
-  // near it.
+  // Distances, never negative. The differences of coordinates are taken first, so the accuracy does not depend on the
+  // distance from the origin.
   //
   // To a point: without overflow; 0 when every difference is below NuGetZero().
   double DistanceTo(const CNuPoint& p) const;
@@ -77,40 +77,42 @@ class NU_EXPORT CNuPoint : public CNuObject {
   double DistanceTo(const CNuLine& l) const;
   double DistanceTo(const CNuPlane& pl) const;
   // To a circle, as a curve (a point within NuGetLengthTol() of its plane counts as lying in it), and to the bounded
-  // curves by their own operation. Other curves, conics among them, which have a DistanceTo of their own: cause 45, as
-  // for objects that are not of the class whose type code they carry, here and in all that follows.
+  // curves by their own operation. Conics have a DistanceTo of their own. Fails, here and below:
+  //   45  any other class, or an object that is not of the class of its type code
   double DistanceTo(const CNuCurve& c) const;
-  // To a sphere, a cylinder or the nearer nappe of a cone. Other surfaces: cause 45.
+  // To a sphere, a cylinder or the nearer nappe of a cone. Fails: cause 45, any other surface.
   double DistanceTo(const CNuSurface& s) const;
 
-  // The closest point. On a sphere from its centre and on a cylinder or a cone from its axis, where many are equally
-  // close: cause 9, but the apex has itself; as far from both nappes of a cone: on the one to which the axis points. On
-  // other surfaces: cause 45.
+  // The closest point. The apex of a cone is its own; where both nappes are equally close it is on the one to which the
+  // axis points. Fails:
+  //   45  any other surface     9  the centre of a sphere, a point of the axis of a cylinder or a cone
   CNuPoint ProjectionOn(const CNuLine& l) const;
   CNuPoint ProjectionOn(const CNuPlane& pl) const;
   CNuPoint ProjectionOn(const CNuSurface& s) const;
 
-  // Halfway to a point, or to the projection on a line or plane.
+  // Half-way to a point, or to the projection on a line or plane.
   CNuPoint MidPoint(const CNuPoint& p) const;
   CNuPoint MidPoint(const CNuLine& l) const;
   CNuPoint MidPoint(const CNuPlane& pl) const;
-  // The plane through the mid point that is perpendicular to the way there;
-  // its normal points to this point. No way to go, within NuGetZero(): cause
-  // 19 for the point, 21 for the line. Results that are not finite: cause 45.
+  // The plane through the mid point that is perpendicular to the connection; its normal points to this point. Fails:
+  //   19  the points coincide within NuGetZero()     21  the point is on the line within NuGetZero()
+  //   45  the result is not finite
   CNuPlane MidPlane(const CNuPoint& p) const;
   CNuPlane MidPlane(const CNuLine& l) const;
 
-  // Sides. Closer than tol is "on"; a distance of exactly tol is not. A distance that is NaN has no side: cause 45.
+  // Sides. A distance strictly below `tol` is "on". All of them fail:
+  //   45  the distance is NaN, or the geometry is of another class
   //
   // Left or right of a line, seen from the tip of `ref` (0, 0, 1 if not given) in the direction of the line; a point in
-  // the plane of the line and `ref` counts as left. `ref` has not three components: cause 10; is zero: cause 9.
+  // the plane of the line and `ref` counts as left. Fails:
+  //   10  ref has not three components     9  ref is zero within NuGetZero()
   CNuGeometry::ELineSideType LineSide(const CNuLine& l, double tol) const;
   CNuGeometry::ELineSideType LineSide(const CNuLine& l, const CNuVector& ref, double tol) const;
-  // Inside or outside a circle or a conic, whose inside holds the foci; away from the plane that is decided by the
-  // projection on it. Other geometry: cause 45.
+  // Inside or outside a circle or a conic, whose inside holds the foci. The projection decides for a point that is not
+  // in the plane.
   CNuGeometry::ECurveSideType CurveSide(const CNuGeometry& curve, double tol) const;
-  // Inside or outside a sphere, a cylinder or a cone, which is "on" where it is closer than tol across its axis; of a
-  // plane, outside is where the normal points to. Other geometry: cause 45.
+  // Inside or outside a sphere, a cylinder or a cone, whose distance is taken perpendicular to the axis. The normal of
+  // a plane points to its outside.
   CNuGeometry::ESurfaceSideType SurfaceSide(const CNuGeometry& surface, double tol) const;
 
   void Translate(double dx, double dy, double dz) {
@@ -120,21 +122,19 @@ class NU_EXPORT CNuPoint : public CNuObject {
   }
   // Places this point at p. It is required not to add p: all features are placed by this overload.
   void Translate(const CNuPoint& p) { *this = p; }
-  // By `angle` degrees, right-handed, about an axis through the global origin or through `centre`. An angle within
-  // 6e-7 degrees of a multiple of 90 counts as that multiple: a smaller rotation does nothing. An axis that has not
-  // three components: cause 10; a zero axis: cause 9; an angle below NuGetZero() is not checked for these.
+  // As CNuLine::Rotate, in degrees. A point at the centre stays where it is, whatever the axis.
   void Rotate(double angle, CNuGeometry::EAxisType axis);
   void Rotate(double angle, const CNuVector& axis);
   void Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre);
   void Rotate(double angle, const CNuVector& axis, const CNuPoint& centre);
   // Expresses this point in a frame. The axes are normalised but not made orthogonal: the new coordinates are the
-  // products with x, z * x and z. An axis that has not three components: cause 10.
+  // products with x, z * x and z. Fails: cause 10, an axis has not three components.
   void MoveTo(const CNuPoint& origin, const CNuVector& xaxis, const CNuVector& zaxis);
   void MoveTo(const CNuNonLinearGeometry& g);
 
   // One record: the character 'p' and three doubles in the byte order of the machine, 25 bytes. Writing returns true;
-  // the caller looks at the stream. Reading returns false when the next byte is no 'p', which it consumes, and leaves
-  // the point; coordinates that are missing at the end of the file keep their value.
+  // the state of the stream tells whether it succeeded. Reading returns false when the next byte is not 'p'; it
+  // consumes that byte and leaves the point unchanged. Coordinates missing at the end of the file keep their value.
   bool BinaryDump(std::ofstream& out) const;
   bool BinaryRead(std::ifstream& in);
 

@@ -11,12 +11,11 @@ template<class T>
 struct ArrayFields;
 }  // namespace nu::internal
 
-// A growable array of points: measured data and everything that is asked of a set of points. Operations that rewrite
-// the points keep their order unless they say otherwise.
+// A growable array of points: measured data, and the operations on a set of points. Those that rewrite the points keep
+// their order. All failures but those of construction are CNuOperationException and leave the array as it was.
 class NU_EXPORT CNuPointArray {
  public:
-  // Room for `capacity` elements, none in use. A negative capacity: CNuConstructionException cause 2, "size"; an expand
-  // size below 1: cause 15, "nArrayExpandSize"; no memory: CNuMemoryException, as from every copy and growth.
+  // Construction, capacity, elements and failures are those of CNuIntArray.
   explicit CNuPointArray(int capacity);
   explicit CNuPointArray(int capacity, int expandSize);
   CNuPointArray(const CNuPointArray& other);
@@ -31,13 +30,10 @@ class NU_EXPORT CNuPointArray {
   const CNuPoint* GetData() const { return m_data; }
   CNuPoint* GetData() { return m_data; }
 
-  // Both enlarge the capacity and leave the size. A capacity that is not above the present one: cause 14.
   void SetCapacity(int capacity);
   void SetSize(int capacity);
-  // How much Add adds to a full capacity. Below 1: cause 14.
   void SetExpandSize(int expandSize);
 
-  // Elements by index. Out of range: cause 3 with the valid range; empty: cause 8.
   CNuPoint operator[](int i) const {
     if (i < 0 || i >= m_size) FailIndex(i);
     return m_data[i];
@@ -50,21 +46,14 @@ class NU_EXPORT CNuPointArray {
   CNuPoint Last() const;
 
   void Add(const CNuPoint& value);
-  // Appends all elements of another array; of itself: cause 18.
   void Append(const CNuPointArray& other);
-  // Removes the element at index i. Out of range: cause 3 with the valid range; empty: cause 8.
   void Remove(int i);
-  // Keeps the first `size` elements and exactly their room. Outside 0 to the size: cause 14.
   void Truncate(int size);
-  // Shrinks the capacity to the size.
   void FreeExtra();
-  // Size 0; the room is kept.
   void Clear();
 
-  // The elements i to j, both included. Out of range: cause 3 with the valid range; i > j: cause 15.
   CNuPointArray SubArray(int i, int j) const;
-  // The points whose entry in the mask of the same size is not 0, in order, in an array whose capacity is the sum of
-  // the mask. Sizes differ: cause 5.
+  // The points whose entry in the mask is not 0, in order, in an array whose capacity is the sum of the mask.
   CNuPointArray SubArray(const CNuIntArray& mask) const;
 
   // The coordinates of all points, in order.
@@ -72,36 +61,36 @@ class NU_EXPORT CNuPointArray {
   CNuDoubleArray GetDataY() const;
   CNuDoubleArray GetDataZ() const;
 
-  // The arithmetic mean, good to about the rounding of its coordinates however many and however far out the points are.
-  // From here to MinEdge an empty array: CNuOperationException cause 8.
+  // The arithmetic mean, accurate to about the rounding of its coordinates, whatever their number and distance from the
+  // origin. Fails, as MoveTo, IsNoncollinear, IsNoncoplanar, Is2D, MaxEdge and MinEdge do: cause 8, the array is empty.
   CNuPoint MeanPoint() const;
 
   // Every point p becomes p - origin, or its coordinates in a frame. A frame without an x axis takes the in-plane axes
-  // of CNuVector::OrthonormalXY and expects a unit z axis; otherwise both axes are normalised and y = z * x. Axes that
-  // have not three components: cause 10; a zero z axis of a frame without an x axis: cause 9.
+  // of CNuVector::OrthonormalXY and expects a unit z axis; otherwise both axes are normalised and y = z * x. Fails:
+  //   10  an axis has not three components     9  zaxis is zero, in a frame without an x axis
   void MoveTo(const CNuPoint& origin);
   void MoveTo(const CNuVector& zaxis);
   void MoveTo(const CNuPoint& origin, const CNuVector& zaxis);
   void MoveTo(const CNuPoint& origin, const CNuVector& xaxis, const CNuVector& zaxis);
 
   // Whether three (four) points do not lie on a line (in a plane); *idx, written only then, receives their indices. The
-  // first is 0, the second the first point that differs from it by tol or more in a coordinate; no other second point
-  // is tried. With the unit direction d between them the third of a line is the first, that of a plane the last behind
-  // them for which a component of d * (p - p0) reaches tol; the fourth is the last one more than tol off their plane.
+  // first is 0, the second the first point that differs from it by `tol` or more in a coordinate; no other second point
+  // is tried. With the unit direction d between them, a component of d * (p - p0) reaches `tol` for the third: the
+  // first such point for a line, the last for a plane. The fourth is the last one more than `tol` off their plane.
   ENuBoolean IsNoncollinear(CNuIntArray* idx, double tol) const;
   ENuBoolean IsNoncoplanar(CNuIntArray* idx, double tol) const;
   // Whether all points have exactly the same z; for a lone point, whether its z is 0.
   ENuBoolean Is2D() const;
   // Whether some point is CNuPoint::IsEqual to p: each coordinate differs by strictly less than tol.
   ENuBoolean IsIn(const CNuPoint& p, double tol) const;
-  // Whether both arrays have the same size and every point of each is in the other. How often does not count. About
-  // linear in the size.
+  // Whether both arrays have the same size and every point of each is in the other, however often. About linear in the
+  // size.
   ENuBoolean IsEqual(const CNuPointArray& other, double tol) const;
 
   // The largest and the smallest CNuPoint::DistanceTo between two points and their indices *m < *n; of equal distances
-  // the pair with the least m, then the least n. One point: 0, with m = n = 0. Distances that are NaN take no part;
-  // when nothing is left, or for MinEdge nothing below NuGetLarge(), the results are -0.1 and NuGetLarge(), with
-  // m = n = 0. About n log n or better; reads NuGetZero() as DistanceTo does.
+  // the pair with the least m, then the least n. One point: 0, with m = n = 0. Distances that are NaN are ignored; when
+  // none is left, or for MinEdge none below NuGetLarge(), the results are -0.1 and NuGetLarge(), with m = n = 0. About
+  // n log n or better. Reads NuGetZero() as DistanceTo does.
   double MaxEdge(int* m, int* n) const;
   double MinEdge(int* m, int* n) const;
   // The least and the greatest coordinates, and the sphere about that box: its centre and half its diagonal, not the
@@ -110,13 +99,14 @@ class NU_EXPORT CNuPointArray {
   void BoundingSphere(double* radius, CNuPoint* centre) const;
   // The indices of the corners of the convex hull of points that share one z, counter-clockwise seen from +z, by their
   // angle about the mean of the corners from the x direction on; fewer than three corners come from the least x on.
-  // Exact: points on the line between two others are no corners, and of coincident points the first one counts. Points
-  // with a non-finite x or y are left out. Not Is2D(): CNuOperationException cause 45; an empty array has no corners.
-  // n log n, linear where few points are near the hull. W. F. Eddy, ACM Algorithm 523 (1977), in its choice of corners.
+  // Exact: points on the line between two others are not corners, and of coincident points the first one counts. Points
+  // with a non-finite x or y are ignored; an empty array has no corners. n log n, linear where few points are near the
+  // hull. The corners are chosen as by W. F. Eddy, ACM Algorithm 523 (1977). Fails ("calculation of 3D convex hull"):
+  //   45  the points do not share one z
   void ConvexHull(CNuIntArray* hull) const;
 
-  // Keep, in order, the points that are not equal (as by IsIn) to any point, or to the last point, kept before them.
-  // The first is about linear in the size.
+  // Keep, in order, the points that are not equal, as by IsIn, to any point kept before them, or to the last one.
+  // RemoveDuplicate is about linear in the size.
   void RemoveDuplicate(double tol);
   void RemoveAdjacentDuplicate(double tol);
 

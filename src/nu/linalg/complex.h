@@ -6,8 +6,8 @@
 #include "nu/foundation/object.h"
 #include "nu/fwd.h"
 
-// A complex number in Cartesian form. Results are new values; only the compound assignments change the object, and a
-// failed operation leaves its operands as they were.
+// A complex number in Cartesian form. Results are new values; only the compound assignments change the object. Failures
+// are CNuOperationException, unless stated otherwise, and leave the operands as they were.
 class NU_EXPORT CNuComplex : public CNuAlgebra {
  public:
   CNuComplex() : CNuComplex(0.0, 0.0) {}
@@ -23,8 +23,8 @@ class NU_EXPORT CNuComplex : public CNuAlgebra {
   // sqrt(re^2 + im^2) without overflow; 0 when both parts are below NuGetZero() in magnitude.
   double Modulus() const;
   CNuComplex Conjugate() const;
-  // Modulus and argument, the argument in [0, 2 pi) radians. A number that is zero within NuGetZero(), or whose modulus
-  // is beyond the range of double or NaN, has no polar form: CNuConstructionException cause 5, "modulus".
+  // Modulus and argument, the argument in [0, 2 pi) radians. Fails with CNuConstructionException ("CNuComplexPolar"):
+  //   5  "modulus": zero within NuGetZero(), beyond the range of double, or NaN
   CNuComplexPolar ToPolarForm() const;
 
   // |re| < tol and |im| < tol
@@ -46,19 +46,19 @@ class NU_EXPORT CNuComplex : public CNuAlgebra {
   // Scaled by the larger part of the divisor (R. L. Smith, Algorithm 116, Comm. ACM 5, 1962). A zero divisor is not
   // refused and gives parts that are not finite.
   CNuComplex operator/(const CNuComplex& c) const;
-  // |f| > NuGetLarge(): cause 7. A NaN factor is refused as well.
+  // Fail, named by the operator:
+  //   7  factor: |f| > NuGetLarge(), or NaN     6  divisor: |d| < NuGetZero(), or NaN
   CNuComplex operator*(double f) const;
   CNuComplex& operator*=(double f);
-  // |d| < NuGetZero(): cause 6.
   CNuComplex operator/(double d) const;
   CNuComplex& operator/=(double d);
 
   // The principal square root: its real part is never negative, and on the negative real axis the imaginary part is
   // positive whatever the sign of a zero imaginary part. Zero within NuGetZero() gives 0.
   CNuComplex Sqrt() const;
-  // The n-th power and all n-th roots, through the polar form. n < 1: cause 2, "calculation"; what has no polar
-  // form fails as ToPolarForm, but a power of a modulus above NuGetLarge() as the polar operation, and the roots of a
-  // finite number always exist. They follow each other counter-clockwise, the first at 1/n of the argument.
+  // The n-th power, and all n-th roots counter-clockwise, the first at 1/n of the argument. Both use the polar form,
+  // but the roots of a finite number always exist. Fail ("calculation"):
+  //   2  n < 1     7  Power: the modulus is above NuGetLarge()     else as ToPolarForm
   CNuComplex Power(int n) const;
   CNuComplexArray Roots(int n) const;
 

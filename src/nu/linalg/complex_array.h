@@ -14,8 +14,7 @@ struct ArrayFields;
 // A growable array of complex numbers.
 class NU_EXPORT CNuComplexArray {
  public:
-  // Room for `capacity` elements, none in use. A negative capacity: CNuConstructionException cause 2, "size"; an expand
-  // size below 1: cause 15, "nArrayExpandSize"; no memory: CNuMemoryException, as from every copy and growth.
+  // Construction, capacity, elements and failures are those of CNuIntArray.
   explicit CNuComplexArray(int capacity);
   explicit CNuComplexArray(int capacity, int expandSize);
   CNuComplexArray(const CNuComplexArray& other);
@@ -30,13 +29,10 @@ class NU_EXPORT CNuComplexArray {
   const CNuComplex* GetData() const { return m_data; }
   CNuComplex* GetData() { return m_data; }
 
-  // Both enlarge the capacity and leave the size. A capacity that is not above the present one: cause 14.
   void SetCapacity(int capacity);
   void SetSize(int capacity);
-  // How much Add adds to a full capacity. Below 1: cause 14.
   void SetExpandSize(int expandSize);
 
-  // Elements by index. Out of range: cause 3 with the valid range; empty: cause 8.
   CNuComplex operator[](int i) const {
     if (i < 0 || i >= m_size) FailIndex(i);
     return m_data[i];
@@ -49,18 +45,12 @@ class NU_EXPORT CNuComplexArray {
   CNuComplex Last() const;
 
   void Add(const CNuComplex& value);
-  // Appends all elements of another array; of itself: cause 18.
   void Append(const CNuComplexArray& other);
-  // Removes the element at index i. Out of range: cause 3 with the valid range; empty: cause 8.
   void Remove(int i);
-  // Keeps the first `size` elements and exactly their room. Outside 0 to the size: cause 14.
   void Truncate(int size);
-  // Shrinks the capacity to the size.
   void FreeExtra();
-  // Size 0; the room is kept.
   void Clear() { m_size = 0; }
 
-  // The elements i to j, both included. Out of range: cause 3 with the valid range; i > j: cause 15.
   CNuComplexArray SubArray(int i, int j) const;
 
  private:
@@ -77,8 +67,7 @@ class NU_EXPORT CNuComplexArray {
 // A growable array of complex numbers in polar form.
 class NU_EXPORT CNuComplexPolarArray {
  public:
-  // Room for `capacity` elements, none in use. A negative capacity: CNuConstructionException cause 2, "size"; an expand
-  // size below 1: cause 15, "nArrayExpandSize"; no memory: CNuMemoryException, as from every copy and growth.
+  // Construction, capacity, elements and failures are those of CNuIntArray.
   explicit CNuComplexPolarArray(int capacity);
   explicit CNuComplexPolarArray(int capacity, int expandSize);
   CNuComplexPolarArray(const CNuComplexPolarArray& other);
@@ -93,13 +82,10 @@ class NU_EXPORT CNuComplexPolarArray {
   const CNuComplexPolar* GetData() const { return m_data; }
   CNuComplexPolar* GetData() { return m_data; }
 
-  // Both enlarge the capacity and leave the size. A capacity that is not above the present one: cause 14.
   void SetCapacity(int capacity);
   void SetSize(int capacity);
-  // How much Add adds to a full capacity. Below 1: cause 14.
   void SetExpandSize(int expandSize);
 
-  // Elements by index. Out of range: cause 3 with the valid range; empty: cause 8.
   CNuComplexPolar operator[](int i) const {
     if (i < 0 || i >= m_size) FailIndex(i);
     return m_data[i];
@@ -112,18 +98,12 @@ class NU_EXPORT CNuComplexPolarArray {
   CNuComplexPolar Last() const;
 
   void Add(const CNuComplexPolar& value);
-  // Appends all elements of another array; of itself: cause 18.
   void Append(const CNuComplexPolarArray& other);
-  // Removes the element at index i. Out of range: cause 3 with the valid range; empty: cause 8.
   void Remove(int i);
-  // Keeps the first `size` elements and exactly their room. Outside 0 to the size: cause 14.
   void Truncate(int size);
-  // Shrinks the capacity to the size.
   void FreeExtra();
-  // Size 0; the room is kept.
   void Clear() { m_size = 0; }
 
-  // The elements i to j, both included. Out of range: cause 3 with the valid range; i > j: cause 15.
   CNuComplexPolarArray SubArray(int i, int j) const;
 
  private:

@@ -10,7 +10,8 @@
 class NU_EXPORT CNuComplexPolar : public CNuAlgebra {
  public:
   CNuComplexPolar() : CNuComplexPolar(1.0, 0.0) {}
-  // A modulus that is not above 0, or NaN: CNuConstructionException cause 5, "modulus".
+  // Fails with CNuConstructionException ("CNuComplexPolar"), as all results that underflow do:
+  //   5  "modulus": not above 0, or NaN
   CNuComplexPolar(double modulus, double argument);
   CNuComplexPolar(const CNuComplexPolar&) = default;
   CNuComplexPolar& operator=(const CNuComplexPolar&) = default;
@@ -22,18 +23,18 @@ class NU_EXPORT CNuComplexPolar : public CNuAlgebra {
 
   CNuComplex ToCartesianForm() const;
 
-  // Either modulus above NuGetLarge(): cause 7. A product that underflows has no polar form: CNuConstructionException
-  // cause 5.
+  // Fail with CNuOperationException, named by the operator:
+  //   7  product: a modulus above NuGetLarge()     6  quotient: the divisor's modulus is below NuGetZero()
   CNuComplexPolar operator*(const CNuComplexPolar& c) const;
-  // The divisor's modulus below NuGetZero(): cause 6. Underflow as above.
   CNuComplexPolar operator/(const CNuComplexPolar& c) const;
 
-  // modulus^n and n times the argument. Modulus above NuGetLarge(): cause 7; n < 1: cause 2; both "calculation".
-  // Underflow as above.
+  // modulus^n and n times the argument. Fails with CNuOperationException ("calculation"):
+  //   7  the modulus is above NuGetLarge()     2  n < 1
   CNuComplexPolar Power(int n) const;
-  // The n roots of modulus^(1/n) at (argument + 2 k pi)/n, k = 0 .. n-1. n < 1: cause 2, "calculation"; a modulus that
-  // is not above NuGetZero() and so has no root but zero, which has no polar form: the constructor's failure, cause 5.
-  // No memory for n of them: CNuMemoryException.
+  // The n roots of modulus^(1/n) at (argument + 2 k pi)/n, k = 0 .. n-1. For a modulus that is not above NuGetZero()
+  // the only root is zero, so the constructor fails. Lack of memory is CNuMemoryException. Fails with
+  // CNuOperationException ("calculation"):
+  //   2  n < 1
   CNuComplexPolarArray Roots(int n) const;
 
  private:

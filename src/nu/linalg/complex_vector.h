@@ -8,12 +8,13 @@
 #include "nu/linalg/complex.h"
 
 // A dense complex vector of at least one component; as a row vector it is multiplied by a matrix on its right. Copies
-// are deep. A failed operation leaves the vector as it was; no memory: CNuMemoryException.
+// are deep. Failures are CNuOperationException, unless stated otherwise, and leave the vector as it was. Operators have
+// their own name as the text and "CNuComplexVector" as the place. Lack of memory is CNuMemoryException.
 class NU_EXPORT CNuComplexVector : public CNuAlgebra {
  public:
-  // n zeros. n < 1: CNuConstructionException cause 1, "size".
+  // n zeros. Fails with CNuConstructionException ("CNuComplexVector"): cause 1, "size": n < 1.
   explicit CNuComplexVector(int n);
-  // re, and re + i im. Sizes differ: cause 5, "operation".
+  // re, and re + i im. Fails ("operation"): cause 5, the sizes differ.
   explicit CNuComplexVector(const CNuVector& re);
   CNuComplexVector(const CNuVector& re, const CNuVector& im);
   CNuComplexVector(const CNuComplexVector& other);
@@ -25,28 +26,28 @@ class NU_EXPORT CNuComplexVector : public CNuAlgebra {
   CNuComplex* GetData() { return m_data; }
   const CNuComplex* GetData() const { return m_data; }
 
-  // Component i. Out of range: cause 3 with the valid range.
+  // Component i. Fail: cause 3, i is out of range, with the valid range.
   CNuComplex& operator[](int i);
   CNuComplex operator[](int i) const;
 
-  // Sizes differ: cause 5, named by the operator.
+  // Sums, products and quotients fail:
+  //   5  the sizes differ; vector * matrix: the size is not the number of rows
+  //   7  factor: |f| > NuGetLarge(), or NaN     6  divisor: |d| < NuGetZero()
   CNuComplexVector operator+(const CNuComplexVector& b) const;
   CNuComplexVector operator-(const CNuComplexVector& b) const;
   CNuComplexVector operator-() const;
   CNuComplexVector& operator+=(const CNuComplexVector& b);
   CNuComplexVector& operator-=(const CNuComplexVector& b);
-  // The sum of products without conjugation, from index 0. It is no length: (1, i) % (1, i) is 0.
+  // The sum of products without conjugation, from index 0. It is not a squared length: (1, i) % (1, i) is 0.
   CNuComplex operator%(const CNuComplexVector& b) const;
-  // The scalar product sum conj(this[i]) * v[i], from index 0. Sizes differ: cause 5, "operation".
+  // The scalar product sum conj(this[i]) * v[i], from index 0.
   CNuComplex InnerProduct(const CNuComplexVector& v) const;
-  // Row vector times matrix. The size is not the row count: cause 5.
+  // Row vector times matrix.
   CNuComplexVector operator*(const CNuComplexMatrix& m) const;
-  // A factor whose magnitude is above NuGetLarge(), or NaN: cause 7.
   CNuComplexVector operator*(double f) const;
   CNuComplexVector operator*(const CNuComplex& f) const;
   CNuComplexVector& operator*=(double f);
   CNuComplexVector& operator*=(const CNuComplex& f);
-  // A divisor whose magnitude is below NuGetZero(): cause 6.
   CNuComplexVector operator/(double d) const;
   CNuComplexVector operator/(const CNuComplex& d) const;
   CNuComplexVector& operator/=(double d);
@@ -54,20 +55,21 @@ class NU_EXPORT CNuComplexVector : public CNuAlgebra {
 
   // Square root of the sum of |component|^2; it overflows only if it is itself too large.
   double Magnitude() const;
-  // Divides by the magnitude, at any size, when that is above NuGetZero(). A zero vector, and one with a component that
-  // is not finite, stays as it is.
+  // Divides by the magnitude, at any size, if that is above NuGetZero(). A zero vector, and one with a component that
+  // is not finite, is unchanged.
   void Normalise();
   CNuComplexVector Conjugate() const;
   CNuVector RealPart() const;
   CNuVector ImaginaryPart() const;
 
-  // Both parts of every component below tol in magnitude; the imaginary parts alone.
+  // Whether both parts of every component, or the imaginary parts alone, are below tol in magnitude.
   ENuBoolean IsZero(double tol) const;
   ENuBoolean IsReal(double tol) const;
-  // Sizes equal and both parts of every difference below tol.
+  // Whether the sizes are equal and both parts of every difference are below tol.
   ENuBoolean IsEqual(const CNuComplexVector& v, double tol) const;
 
-  // Components i to j, both included. Out of range: cause 3; i > j: cause 15.
+  // Components i to j, both included. Fails ("operation"):
+  //   15  i > j     3  i or j is out of range, with the valid range
   CNuComplexVector SubVector(int i, int j) const;
 
  private:

@@ -13,32 +13,32 @@ namespace nu::internal {
 class EquationFactors;
 }
 
-// The system A x = b for a real matrix A: solved exactly, in the sense of least squares, or so with unknowns that are
-// not negative. It keeps the factors of A, so that further right-hand sides cost little.
+// The system A x = b for a real matrix A: solved exactly, by least squares, or by least squares with x >= 0. It keeps
+// the factors of A, so that further right-hand sides cost little. Failures are CNuOperationException.
 //
-// Least squares goes by orthogonal factors of A, never by A^T A. Rows stream through the reduction once, in constant
-// memory; what is kept for further right-hand sides is about as large as A itself. Singular values that are not above
+// Least squares uses orthogonal factors of A, never A^T A. Rows stream through the reduction once, in constant memory;
+// the data kept for further right-hand sides is about as large as A itself. Singular values that are not above
 // NuGetTol() times the largest times the larger dimension count as zero, and the solution is the shortest of those that
 // fit best.
 class NU_EXPORT CNuLinearEquSys : public CNuAlgebra {
  public:
-  // method 0: exact solution of square systems; any other: least squares for any shape.
+  // method 0: exact solution of square systems; any other value: least squares for any shape.
   explicit CNuLinearEquSys(int method);
   CNuLinearEquSys(const CNuLinearEquSys&) = default;
   CNuLinearEquSys& operator=(const CNuLinearEquSys&) = default;
   ~CNuLinearEquSys() override;
 
-  // Factors A and solves; whatever an earlier solve left is gone, also when this one fails. Sizes of A and b differ:
-  // cause 17, "solving a set of equations".
-  // Exact: A not square: cause 45, "solving an exact set of equations"; A singular, as for
-  // CNuMatrix::Inverse: no exception, and no solution exists. Reads NuGetTol() and NuGetZero().
-  // Least squares: singular values that cannot be found, as for elements that are not finite: cause 46, "calculation",
-  // "CNuMatrix::SVD()". With non-negative unknowns (see SetNonnegative) no solution exists when the exchanges do not
-  // come to an end or A or b is not finite. After SetEquality, SetInequality and SetSingularSolvable least squares
-  // gives no solution; after SetLeastDistance it throws as that does.
+  // Factors A and solves. The result of an earlier solve is discarded, even when this one fails. Fails:
+  //   17  "solving a set of equations": the sizes of A and b differ
+  //   45  "solving an exact set of equations": A is not square     45  least squares after SetLeastDistance
+  //   46  "CNuMatrix::SVD()", "calculation": least squares, and an element of A is not finite
+  // No solution exists, without a failure, where A is singular as for CNuMatrix::Inverse (exact), after SetEquality,
+  // SetInequality and SetSingularSolvable (least squares), and where A or b is not finite or the exchanges do not end
+  // (non-negative). The exact method reads NuGetTol() and NuGetZero().
   virtual void Solve(const CNuMatrix& a, const CNuVector& b);
-  // Solves for another right-hand side, to the bits that Solve would give. No factors kept, which is so after a failed
-  // solve and with non-negative unknowns, or another size: cause 17, "solving a set of equations"; the solution stays.
+  // Solves for another right-hand side, to the bits that Solve would give. Fails, the solution unchanged:
+  //   17  "solving a set of equations": b has another size, or there are no factors, after a failed or non-negative
+  //   solve
   virtual void SetRightHandSide(const CNuVector& b);
 
   ENuBoolean SolutionExists();
@@ -46,15 +46,16 @@ class NU_EXPORT CNuLinearEquSys : public CNuAlgebra {
   CNuVector GetSolution() const;
 
   // Least squares with x >= 0 (C. L. Lawson, R. J. Hanson, Solving Least Squares Problems, 1974, chapter 23): unknowns
-  // enter while the residual's product with their column is above NuGetLengthTol(). At most 10 exchanges per unknown.
+  // enter while the product of the residual with their column is above NuGetLengthTol(). At most 10 exchanges per
+  // unknown.
   virtual void SetNonnegative();
   // The exact method substitutes even when A is singular, with vanishing pivots replaced by small ones.
   virtual void SetSingularSolvable();
-  // Constraints are refused, cause 45, "solving a set of equations with equality/inequality constraints"; the request
-  // is remembered all the same, and least squares then gives no solution.
+  // Not supported; the request is remembered, and least squares then gives no solution. Fail always:
+  //   45  "solving a set of equations with equality/inequality constraints"
   virtual void SetEquality(const CNuMatrix& a, const CNuVector& b);
   virtual void SetInequality(const CNuMatrix& a, const CNuVector& b);
-  // Least distance programming is refused, cause 45, "least distance programming"; the request is remembered.
+  // Not supported; the request is remembered. Fail always: cause 45, "least distance programming".
   virtual void SetLeastDistance();
   virtual void Solve();
 

@@ -11,14 +11,16 @@
 enum ENuStatus { NuStatusNone = 0, NuStatusComputed = 1, NuStatusComplex = 2 };
 
 // A dense real matrix of at least one row and column. Elements are addressed by row pointers, data[row][column], which
-// the host may use and even exchange; behind them lies one block, inside the object up to 4 x 4. Copies are deep.
-// Checks come before the first element is written, so a failed operation leaves its operands as they were, but for the
-// decompositions in place; no memory: CNuMemoryException.
+// the host may use and even exchange; they point into one block, inside the object up to 4 x 4. Copies are deep.
+// Failures are CNuOperationException, unless stated otherwise, and leave the operands as they were, but for the
+// decompositions in place. Operators have their own name as the text and "CNuMatrix" as the place. Lack of memory is
+// CNuMemoryException.
 class NU_EXPORT CNuMatrix : public CNuAlgebra {
  public:
   // 4 x 4 zeros
   CNuMatrix();
-  // rows x columns zeros. Either below 1: CNuConstructionException cause 1, "number of rows/columns".
+  // rows x columns zeros. Fails with CNuConstructionException ("CNuMatrix"):
+  //   1  "number of rows/columns": one is below 1
   explicit CNuMatrix(int rows, int columns);
   CNuMatrix(const CNuMatrix& other);
   CNuMatrix(CNuMatrix&& other) noexcept;
@@ -31,7 +33,7 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   double** GetData() { return m_data; }
   const double* const* GetData() const { return m_data; }
 
-  // Element (i, j). Out of range: cause 3 with the valid range.
+  // Element (i, j). Fails ("operation"): cause 3, i or j is out of range, with the valid range.
   double& Element(int i, int j) {
     CheckRowColumnIndex(i, j);
     return m_data[i][j];
@@ -43,14 +45,15 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   double GetElement(int i, int j) const { return Element(i, j); }
   void SetElement(int i, int j, double value) { Element(i, j) = value; }
 
-  // One row or column. Out of range: cause 3; a vector of another size: cause 5.
+  // One row or column. Fail ("operation"):
+  //   3  the index is out of range, with the valid range     5  the vector has another size
   CNuVector GetRowVector(int i) const;
   CNuVector GetColumnVector(int j) const;
   void SetRowVector(int i, const CNuVector& v);
   void SetColumnVector(int j, const CNuVector& v);
 
-  // Rows r1 to r2 and columns c1 to c2, all included. r1 > r2 or c1 > c2: cause 15; then out of range: cause 3; then a
-  // block of another shape: cause 5.
+  // Rows r1 to r2 and columns c1 to c2, all included. Fail ("operation"):
+  //   15  r1 > r2 or c1 > c2     3  an index is out of range, with the valid range     5  m has another shape
   CNuMatrix SubMatrix(int r1, int r2, int c1, int c2) const;
   void SetSubMatrix(int r1, int r2, int c1, int c2, const CNuMatrix& m);
 
@@ -61,28 +64,26 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   // A^T A, columns x columns, and A A^T, rows x rows; both exactly symmetric.
   CNuMatrix PreMultiplyTranspose() const;
   CNuMatrix PostMultiplyTranspose() const;
-  // Sum of the diagonal. Not square: cause 16.
+  // Sum of the diagonal. Fails ("calculation"): cause 16, not square.
   double Trace() const;
   operator CNuComplexMatrix() const;
 
-  // Shapes do not fit: cause 5, named by the operator.
+  // Every element of a product is summed from index 0 on. Sums, products and quotients fail:
+  //   5  the shapes do not match     7  factor: |f| > NuGetLarge()     6  divisor: |d| < NuGetZero()
   CNuMatrix operator+(const CNuMatrix& b) const;
   CNuMatrix operator-(const CNuMatrix& b) const;
   CNuMatrix& operator+=(const CNuMatrix& b);
   CNuMatrix& operator-=(const CNuMatrix& b);
   CNuMatrix operator-() const;
-  // Every element is summed from index 0 on.
   CNuMatrix operator*(const CNuMatrix& b) const;
   CNuVector operator*(const CNuVector& v) const;
-  // |f| > NuGetLarge(): cause 7.
   CNuMatrix operator*(double f) const;
   CNuMatrix& operator*=(double f);
-  // |d| < NuGetZero(): cause 6.
   CNuMatrix operator/(double d) const;
   CNuMatrix& operator/=(double d);
 
-  // Every |element|, or difference of elements, below tol. A matrix that is not square is neither symmetric nor
-  // orthogonal.
+  // Whether every |element|, or difference of elements, is below tol. A matrix that is not square is neither symmetric
+  // nor orthogonal.
   ENuBoolean IsZero(double tol) const;
   ENuBoolean IsEqual(const CNuMatrix& b, double tol) const;
   ENuBoolean IsSymmetric(double tol) const;
@@ -92,9 +93,8 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   // and above. Row i of P A is row index[i] of A; *d is the sign of the permutation, *status 0, or 1 when the matrix is
   // singular. Rows whose sizes differ by more than 1024 compete for the pivot by their share of their own largest
   // element. Singular: a row without an element of NuGetZero(), or a pivot not above n * NuGetTol() times the largest
-  // element of its column (both measured in such shares). Null outputs are skipped.
-  // Not square or singular: cause 16; the factors of a singular matrix are left with a small value for each vanished
-  // pivot.
+  // element of its column (both measured in such shares), or not a number. A singular matrix is left with its factors,
+  // each vanished pivot replaced by a small value. Fails ("calculation"): cause 16, not square, or singular.
   void LUD(CNuIntArray* index, int* d, int* status);
   // The same as three matrices with P * A = L * U.
   void LUD2(CNuMatrix* L, CNuMatrix* U, CNuMatrix* P) const;
@@ -102,16 +102,17 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   // A = U diag(w) V^T after Golub and Reinsch: U, of the shape of A, replaces this matrix; w takes as many values as
   // there are columns, all >= 0, in no order; v is square and orthogonal. Values below NuGetTol() * largest value *
   // larger dimension are exactly 0. With fewer rows than columns the missing rows count as zeros. A coupling is
-  // negligible when it changes the norm by less than NuGetZero() times the norm, or not at all. Not converged within
-  // 124 sweeps per value, or an element that is not finite: cause 46; the matrix may then be partly overwritten.
+  // negligible when it changes the norm by less than NuGetZero() times the norm, or not at all. Fails ("calculation"),
+  // the matrix possibly overwritten in part:
+  //   46  no convergence within 124 sweeps per value, or an element is not finite
   void SVD(CNuVector* w, CNuMatrix* v);
 
-  // By LU decomposition, without overflow or underflow on the way; exactly 0 only when a pivot is, NaN when an element
-  // is not finite. Not square: cause 16.
+  // By LU decomposition, without intermediate overflow or underflow; exactly 0 only when a pivot is, NaN when an
+  // element is not finite. Fails ("calculation"): cause 16, not square.
   double Determinant() const;
-  // By LU decomposition; *status is 0 before and 1 after. Not square or singular: cause 16. Singular is also, beyond
-  // LUD, what changes of the elements by n * NuGetTol() of themselves can make so (by an estimate in O(n^2) that a weak
-  // pivot starts; the scales of rows and columns do not matter).
+  // By LU decomposition; *status is 0 before and 1 after. Beyond LUD, a matrix is singular when changes of its elements
+  // by n * NuGetTol() of themselves can make it so, by an estimate in O(n^2) that a weak pivot starts; the scales of
+  // rows and columns do not matter. Fails ("calculation"): cause 16, not square, or singular.
   CNuMatrix Inverse(ENuStatus* status);
 
   // Eigenvalues and eigenvectors, the latter as columns of unit length in the order of the values.
@@ -120,8 +121,8 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   // Householder reduction and implicit QL. Else by balancing, reduction to Hessenberg form and double-shift QR: values
   // in ascending order of their real parts. A complex pair a +- ib gives the value a twice and, in its two columns, the
   // real part x and the imaginary part y of the vector of a + ib, of unit length together: A x = a x - b y,
-  // A y = a y + b x; *status is then 2. Not square: cause 16. 30 iterations in succession that bring no value nearer,
-  // or an element that is not finite: cause 46.
+  // A y = a y + b x; *status is then 2. Fails ("calculation"):
+  //   16  not square     46  30 iterations in succession without progress, or an element is not finite
   void EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatrix* vectors) const;
   // The same one by one. Each operation keeps the last matrix, NuGetTol() and result of the process, whatever the
   // thread, and answers from there when the tolerance is the same and no element differs by its square (for smaller
@@ -130,9 +131,10 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   CNuMatrix EigenVectors(ENuStatus* status);
 
   // The matrix's file: the tag "Matrix" with its zero byte, rows and columns as int, the elements row by row as
-  // doubles, all little-endian. Writing: true on success; cause 48 when the file cannot be written, cause 47 when it
-  // cannot be opened. Reading: false for anything that is not such a file, or for no memory; only a complete file
-  // replaces the matrix. A pipe is read as well. Memory stays below five times the bytes that are really there.
+  // doubles, all little-endian. Writing returns true. Reading returns false for anything that is not such a file, or
+  // for lack of memory; only a complete file replaces the matrix. A pipe can be read. The memory used stays below five
+  // times the bytes that are in the file. Writing fails:
+  //   48  the file cannot be written     47  the file cannot be opened
   bool BinaryDump(const char* fileName) const;
   bool BinaryRead(const char* fileName);
 

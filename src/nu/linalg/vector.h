@@ -8,15 +8,16 @@
 #include "nu/geometry/geometry.h"
 
 // A dense real vector of any length; with three components a direction in space. Vectors are row vectors: a matrix M
-// acts as v * M. Up to four components live inside the object, more in one block of their own; copies are deep. A
-// failed operation leaves the vector as it was; no memory: CNuMemoryException.
+// acts as v * M. Up to four components are stored inside the object, more in one block; copies are deep.
+// Failures are CNuOperationException, unless stated otherwise, and leave the vector as it was. Operators have their
+// own name as the text and "CNuVector" as the place. Lack of memory is CNuMemoryException.
 class NU_EXPORT CNuVector : public CNuObject {
  public:
   // (0, 0, 0)
   CNuVector() : CNuVector(0.0, 0.0, 0.0) {}
   CNuVector(double x, double y, double z)
       : CNuObject(NuTypeVector), m_data(m_local), m_size(3), m_capacity(kLocal), m_local{x, y, z, 0.0} {}
-  // n zeros. n < 1: CNuConstructionException cause 1, "size".
+  // n zeros. Fails with CNuConstructionException ("CNuVector"): cause 1, "size": n < 1.
   explicit CNuVector(int n);
   CNuVector(const CNuVector& other);
   CNuVector(CNuVector&& other) noexcept;
@@ -30,7 +31,7 @@ class NU_EXPORT CNuVector : public CNuObject {
   double* GetData() { return m_data; }
   const double* GetData() const { return m_data; }
 
-  // Component i. Out of range: cause 3 with the valid range.
+  // Component i. Fails: cause 3, i is out of range, with the valid range.
   double& operator[](int i) {
     CheckIndex(i);
     return m_data[i];
@@ -40,24 +41,21 @@ class NU_EXPORT CNuVector : public CNuObject {
     return m_data[i];
   }
 
-  // Sizes differ: cause 5, named by the operator.
+  // Sums, products and quotients fail:
+  //   5  the sizes differ     10  cross product: not three components
+  //   5  vector * matrix: the size is not the number of rows
+  //   7  factor: |f| > NuGetLarge(), or NaN     6  divisor: |d| < NuGetZero()
   CNuVector operator+(const CNuVector& b) const;
   CNuVector operator-(const CNuVector& b) const;
   CNuVector operator-() const;
   CNuVector& operator+=(const CNuVector& b);
   CNuVector& operator-=(const CNuVector& b);
-  // Dot product, summed from index 0.
-  double operator%(const CNuVector& b) const;
-  // Component by component.
-  CNuVector operator&(const CNuVector& b) const;
-  // Cross product. Sizes differ: cause 5; not three components: cause 10.
-  CNuVector operator*(const CNuVector& b) const;
-  // Row vector times matrix. The size is not the row count: cause 5.
-  CNuVector operator*(const CNuMatrix& m) const;
-  // |f| > NuGetLarge() or NaN: cause 7.
+  double operator%(const CNuVector& b) const;     // dot product, summed from index 0
+  CNuVector operator&(const CNuVector& b) const;  // component by component
+  CNuVector operator*(const CNuVector& b) const;  // cross product
+  CNuVector operator*(const CNuMatrix& m) const;  // row vector times matrix
   CNuVector operator*(double f) const;
   CNuVector& operator*=(double f);
-  // |d| < NuGetZero(): cause 6.
   CNuVector operator/(double d) const;
   CNuVector& operator/=(double d);
 
@@ -68,57 +66,62 @@ class NU_EXPORT CNuVector : public CNuObject {
   double Max() const;
   double Min() const;
 
-  // Every |component| < tol.
+  // Whether every |component| < tol.
   ENuBoolean IsZero(double tol) const;
   ENuBoolean IsPositive() const;
   ENuBoolean IsNonNegative() const;
-  // Sizes equal and every difference below tol.
+  // Whether the sizes are equal and every difference is below tol.
   ENuBoolean IsEqual(const CNuVector& v, double tol) const;
-  // Directions within `angle`, in radians, of parallel or orthogonal, either way. Sizes differ: cause 5; not three
-  // components, for parallel only: cause 10; both named by the product.
+  // Whether the directions are within `angle`, in radians, of parallel or orthogonal, in either sense. Fails:
+  //   5  the sizes differ ("operator*", "operator%")     10  IsParallelTo: not three components ("operator*")
   ENuBoolean IsParallelTo(const CNuVector& v, double angle) const;
   ENuBoolean IsOrthogonalTo(const CNuVector& v, double angle) const;
 
-  // The angle between two directions in degrees, in [0, 180]. Not three components: cause 10; zero within NuGetZero():
-  // cause 9.
+  // The angle between two directions in degrees, in [0, 180]. About an axis: the angle in degrees, in [0, 360), of the
+  // right-handed rotation about it that carries this direction to v; directions along the axis, in either sense, give
+  // 0. Fails ("calculation"):
+  //   10  a vector has not three components     9  a vector is zero within NuGetZero()
+  //   14  the angles of the two with the axis differ by NuGetDegreeTol() or more
   double AngleWith(const CNuVector& v) const;
-  // The angle in degrees, in [0, 360), that turns this direction about the axis onto v, right-handed. The two must make
-  // the same angle with the axis within NuGetDegreeTol(), else cause 14; directions along the axis, either way, give 0.
-  // Failures of the angle with the axis as above.
   double AngleWith(const CNuVector& v, const CNuVector& axis) const;
 
-  // Components i to j, both included. Out of range: cause 3; i > j: cause 15.
+  // Components i to j, both included. Fails ("operation"):
+  //   15  i > j     3  i or j is out of range, with the valid range
   CNuVector SubVector(int i, int j) const;
-  // The point of three components, or of four homogeneous ones. Other sizes: cause 11.
+  // The point of three components, or of four homogeneous ones. Fails as NonHomogeneous.
   CNuPoint To3DPoint() const;
   operator CNuComplexVector() const;
 
-  // Divides by the magnitude, at any size, when that is above NuGetZero(); a zero vector stays as it is.
+  // Divides by the magnitude, at any size, if that is above NuGetZero(); a zero vector is unchanged.
   void Normalise();
-  // Three components to four, the last 1, and back, divided by the last (by 1 when it is below NuGetZero()). Other
-  // sizes: cause 11.
+  // Three components to four, the last 1, and back, divided by the last (by 1 if it is below NuGetZero()). Fail
+  // ("calculation"):
+  //   11  neither three nor four components
   void Homogeneous();
   void NonHomogeneous();
 
-  // Ascending and stable, as NuSort: in place; as the permutation that sorts, which replaces *index.
+  // Sorts ascending and stably as NuSort: in place, or as the permutation that sorts, which replaces *index.
   void Sort();
   void Sort(CNuIntArray* index) const;
 
-  // The canonical form of an axis direction: components below tol become 0; when `orient` is not 0, the component of
+  // The canonical form of an axis direction: components below tol become 0. If `orient` is not 0, the component of
   // largest magnitude (the first of equals) is made positive.
   void SymmetricAxis(double tol, int orient);
 
   // Normalises this vector and completes it: x is orthogonal to it and to the coordinate axis of its smallest
-  // component, y = this * x. OrthonormalY accepts two components as well: (-v, u, 0) for (u, v). Wrong size: cause 10;
-  // zero within NuGetZero(): cause 9.
+  // component, y = this * x. OrthonormalY accepts two components as well: (-v, u, 0) for (u, v), also for a zero
+  // vector. Fail
+  // ("calculation"):
+  //   10  not three components     9  zero within NuGetZero()
   void OrthonormalX(CNuVector* x);
   void OrthonormalY(CNuVector* y);
   void OrthonormalXY(CNuVector* x, CNuVector* y);
 
-  // Turns the direction by `angle` degrees about a coordinate axis or a direction, right-handed; a centre has no
+  // Rotates the direction by `angle` degrees about a coordinate axis or a direction, right-handed; a centre has no
   // meaning for a direction. A zero vector and an angle below NuGetZero() change nothing, and an angle within 6e-7
-  // degrees of a multiple of 90 counts as that multiple. An axis that has not three components: cause 10; a zero axis:
-  // cause 9.
+  // degrees of a multiple of 90 counts as that multiple. Fail:
+  //   10  "rotation": axis has not three components     9  "rotation": axis is zero
+  //   5  "operator*": this vector has not three components
   void Rotate(double angle, CNuGeometry::EAxisType axis);
   void Rotate(double angle, const CNuVector& axis);
   void Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre);
@@ -129,8 +132,9 @@ class NU_EXPORT CNuVector : public CNuObject {
   void Translate(const CNuPoint& p) const;
 
   // The vector's file: the tag "Vector" with its zero byte, the size as int, the components as doubles, all
-  // little-endian. Writing: true on success; cause 48 when the file cannot be written, cause 47 when it cannot be
-  // opened. Reading: false for anything that is not such a file; only a file with a sound head replaces the vector.
+  // little-endian. Writing returns true. Reading returns false for anything that is not such a file; only a file with a
+  // sound head replaces the vector. Writing fails:
+  //   48  the file cannot be written     47  the file cannot be opened
   bool BinaryDump(const char* fileName) const;
   bool BinaryRead(const char* fileName);
 

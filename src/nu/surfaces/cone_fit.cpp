@@ -98,9 +98,9 @@ void CNuConSurf::Fit(const CNuPointArray& points, long maxIter) {
   Fit(points, nullptr, nullptr, maxIter);
 }
 
-void CNuConSurf::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+void CNuConSurf::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   RequireIterations(maxIter, kName);
-  Output(formError, 0.0);
+  Output(form, 0.0);
   Output(sumSquares, 0.0);
   RequireCount(points, kLeastPoints, kName);
   const bool coplanar = LieInOnePlane(ViewOf(points), NuGetLengthTol());
@@ -110,19 +110,19 @@ void CNuConSurf::Fit(const CNuPointArray& points, double* formError, double* sum
   // What is not finite has no distance from each other.
   if (!distinct && !blocks.AllFinite()) FailFit(kNumericalFailure, kName);
   if (!distinct) FailFit(kDegeneratePoints, kName, kLeastPoints);
-  const Solution found = ConeInAnyOrder(ViewOf(points), blocks, formError != nullptr || sumSquares != nullptr, maxIter);
+  const Solution found = ConeInAnyOrder(ViewOf(points), blocks, form != nullptr || sumSquares != nullptr, maxIter);
   const bool finite = IsFinite(found.axisPoint + found.toApex * found.axisDirection);
   if (!finite || !(found.semiAngle < 90.0)) FailFit(kNumericalFailure, kName);
   Place(found.semiAngle, ToPoint(found.axisPoint), ToVector(found.axisDirection));
   Translate(ToPoint(PointAlong(found.axisPoint, Components(GetAxisDirection()), found.toApex)));
-  StoreFormWithin(found.deviations, formError, sumSquares);
+  StoreFormWithin(found.deviations, form, sumSquares);
 }
 
 ENuFitResult CNuConSurf::FitEx(const CNuPointArray& points, long maxIter) {
   return FitEx(points, nullptr, nullptr, maxIter);
 }
 
-ENuFitResult CNuConSurf::FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+ENuFitResult CNuConSurf::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   RequireIterations(maxIter, kName);
-  return ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
+  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
 }

@@ -37,7 +37,7 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
   //   around as well: two conics, or a conic and the line of contact. A cone with a common generator: that CNuLine and
   //   the other branches.
   // - A sphere with its centre on the axis: none to two CNuCircle.
-  // Fails with CNuOperationException ("CNuCylSurf::IntersectWith(...)", "calculation"), `result` unchanged:
+  // Fails with CNuOperationException (the operation, "calculation"), `result` unchanged:
   //   45  a surface is not finite
   //   46  a contact, line or circle is not on both surfaces within a large tolerance; rounding decides about a branch
   int IntersectWith(const CNuCylSurf& other, CNuObjArray* result) const;
@@ -56,7 +56,7 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
   // Fails with CNuBestfitException ("CNuCylSurf"), the cylinder unchanged, `form` and `sumSquares` 0 but for cause 13:
   //   13  maxIter < 1     1  fewer than 5 points     4  points in one plane     2  fewer than 5 distinct points
   //   11  the points do not determine a cylinder
-  //   12  maxIter, or 100 000, steps were used up, even by the one that converged; named "CNuCircle" (required)
+  //   12  maxIter, or 100 000, steps were used up; named "CNuCircle" (required)
   // The failure of QuadricAxes passes through.
   void Fit(const CNuPointArray& points, long maxIter);
   void Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter);
@@ -68,7 +68,7 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
   // line, or about the direction z through the first point where no two of them are distinct.
   // Fails with CNuBestfitException ("CNuCylSurf"), the cylinder and the outputs unchanged:
   //   13  maxIter < 1     1  no point     4, 2, 11, 12  as Fit, 12 named "CNuCircle"     2  as CNuLine::Fit, for a line
-  //   11  no optimum was found     12  maxIter, or 1000, steps were used up, even by the one that converged
+  //   11  no optimum was found     12  maxIter steps, or 1000 but for a zone, were used up
   // The failure of QuadricAxes passes through.
 
   // Minimum circumscribed cylinder: the smallest one that holds all points, by branch and bound over all directions of
@@ -85,7 +85,7 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
 
   // Minimum-zone cylinder: half-way between the two coaxial cylinders that hold all points between them at the least
   // distance, `zone`, which is never above the form of the least-squares cylinder. It is the optimum next to that
-  // cylinder, or for flat points next to one that bends otherwise. `inner` and `outer` receive the two, or both the
+  // cylinder or, where there is none, next to another one. `inner` and `outer` receive the two, or both the
   // result where `zone` is below NuGetTol(). The inner radius of points that fill a cylinder is not above 0.
   void FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter);
   void FitMinZone(const CNuPointArray& points, double* zone, CNuCylSurf* inner, CNuCylSurf* outer, double tol,

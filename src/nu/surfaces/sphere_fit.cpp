@@ -76,9 +76,9 @@ void CNuSphSurf::Fit(const CNuPointArray& points, long maxIter) {
   Fit(points, nullptr, nullptr, maxIter);
 }
 
-void CNuSphSurf::Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+void CNuSphSurf::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   RequireIterations(maxIter, kName);
-  Output(formError, 0.0);
+  Output(form, 0.0);
   Output(sumSquares, 0.0);
   RequireCount(points, kLeastPoints, kName);
   const bool coplanar = LieInOnePlane(ViewOf(points), NuGetLengthTol());
@@ -86,18 +86,18 @@ void CNuSphSurf::Fit(const CNuPointArray& points, double* formError, double* sum
   PointBlocks blocks(ViewOf(points), MiddleOf(points));
   const bool exact = points.GetSize() == kLeastPoints;
   const Solution found = exact ? SphereThroughFour(points, blocks)
-                               : LeastSquaresSphere(blocks, formError != nullptr || sumSquares != nullptr, maxIter);
+                               : LeastSquaresSphere(blocks, form != nullptr || sumSquares != nullptr, maxIter);
   if (!IsFinite(found.centre) || !std::isfinite(found.radius)) FailFit(kNumericalFailure, kName);
   SetPosition(ToPoint(found.centre), CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
   m_radius = found.radius;
-  if (!exact) StoreFormWithin(found.deviations, formError, sumSquares);
+  if (!exact) StoreFormWithin(found.deviations, form, sumSquares);
 }
 
 ENuFitResult CNuSphSurf::FitEx(const CNuPointArray& points, long maxIter) {
   return FitEx(points, nullptr, nullptr, maxIter);
 }
 
-ENuFitResult CNuSphSurf::FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter) {
+ENuFitResult CNuSphSurf::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   RequireIterations(maxIter, kName);
-  return ResultOf([&] { Fit(points, formError, sumSquares, maxIter); });
+  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
 }

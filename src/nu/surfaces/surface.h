@@ -16,9 +16,10 @@ class NU_EXPORT CNuSurface : public CNuNonLinearGeometry {
   explicit CNuSurface(ENuObjectType type) : CNuNonLinearGeometry(type) {}
 
   // The axis of the quadric that fits the points algebraically, as a start for cylinders and cones: a unit direction
-  // whose component of largest magnitude is positive, and the point of the axis that is nearest to `meanPoint`, the
-  // mean of the points. Of more than some thousand points a sample is asked. No points, points that all coincide, and
-  // coordinates that are not finite: CNuOperationException cause 46, "calculation", and no output is written.
+  // whose component of largest magnitude is positive, and the point of the axis nearest to `meanPoint`, the mean of the
+  // points. Of more than some thousand points a sample is taken.
+  // Fails with CNuOperationException ("CNuSurface::QuadricAxes()", "calculation"), the outputs unchanged:
+  //   46  no points, points that all coincide, or a coordinate that is not finite
   static void QuadricAxes(const CNuPointArray& points, const CNuPoint& meanPoint, CNuPoint* axisPoint,
                           CNuVector* axisDirection);
 };

@@ -9,10 +9,11 @@
 // the origin of the position, its axis the position's z axis.
 class NU_EXPORT CNuTorSurf : public CNuSurface {
  public:
-  // CNuConstructionException, checked in this order: cause 5, "radius", for a radius that is not above 0 and finite;
-  // cause 7, "radius", for a minor radius that is not below the major one; cause 4 for a direction that has not three
-  // components; cause 3 for one that is zero within NuGetZero() or not finite. The direction is normalised. Radii alone
-  // leave the torus without a position, around the origin and the z axis, which is also the axis about a given centre.
+  // The direction is normalised; about a given centre it is z. Radii alone leave the torus without a position, around
+  // the origin and the z axis.
+  // Fails with CNuConstructionException ("CNuTorSurf"), checked in this order:
+  //   5  "radius": one is not above 0, or not finite     7  "radius": the minor one is not below the major one
+  //   4  axisDirection has not three components     3  axisDirection is zero within NuGetZero(), or not finite
   CNuTorSurf(double majorRadius, double minorRadius);
   CNuTorSurf(double majorRadius, double minorRadius, const CNuPoint& centre);
   CNuTorSurf(double majorRadius, double minorRadius, const CNuPoint& centre, const CNuVector& axisDirection);
@@ -24,22 +25,20 @@ class NU_EXPORT CNuTorSurf : public CNuSurface {
   CNuLine GetAxis() const;
   void GetData(double* majorRadius, double* minorRadius, CNuPoint* centre, CNuVector* axisDirection) const;
 
-  // Minimum torus: the thinnest tube around a circle that holds all points (a minimax problem, solved by a
-  // shrinking sequence of linear programs on a working set of the points). Its minor radius is 0 for three points, and
-  // may exceed the major one for points that fill a ball. It is a local optimum to rounding; where the shape of the
-  // points leaves doubt it is the best of those reached from sixteen different circles and lines, whatever the order of
-  // the points. The direction of the axis has its component of largest magnitude positive. CNuBestfitException, for
-  // which the torus stays as it was, named "CNuTorSurf" unless stated otherwise: cause 13 (size 0, named "CNuSphSurf")
-  // for a limit below 1, before all else; cause 1 (size 3) below three points; cause 3 (size 3) for points of which no
-  // three, by CNuPointArray::IsNoncollinear with `tol`, are off one line; cause 12 (size 0) when the steps from the
-  // first start reach `maxIter`; cause 11 (size 0, named "CNuTorSurf::FitMin") for coordinates that are not finite, for
-  // steps that lead nowhere, and for points in a tube so straight that its circle is hidden by rounding. Lack of memory
-  // passes through as it is. FitMinEx throws cause 13 only, named "CNuTorSurf": NuFitNoConvergence stands for cause 12,
-  // NuFitFailure for every other failure. It makes `tol` the thread's NuGetLengthTol() for as long as it runs.
+  // Minimum torus: the thinnest tube around a circle that holds all points. This is a minimax problem, solved by linear
+  // programs within a step bound (M. R. Osborne, G. A. Watson, Computer Journal 12, 1969). The minor radius is 0 for
+  // three points, and may exceed the major one for points that fill a ball. The result is a local optimum to rounding;
+  // where that is ambiguous it is the best of those reached from sixteen circles and lines, whatever the order of the
+  // points. The direction of the axis has its component of largest magnitude positive.
+  // Fails with CNuBestfitException ("CNuTorSurf"), the torus unchanged:
+  //   13  maxIter < 1; FitMin names it "CNuSphSurf" (required)
+  //   1  fewer than 3 points     3  no three points are off one line, by CNuPointArray::IsNoncollinear with `tol`
+  //   12  the steps from the first start reached maxIter
+  //   11  a coordinate is not finite, no step leads on, or the tube is straight to rounding: "CNuTorSurf::FitMin"
   void FitMin(const CNuPointArray& points, double tol, long maxIter);
   ENuFitResult FitMinEx(const CNuPointArray& points, double tol, long maxIter);
 
-  // Required to fail always, with CNuOperationException cause 45, "calculation".
+  // Fails always (required) with CNuOperationException (the operation, "calculation"): cause 45.
   int IntersectWith(const CNuPlane& plane, CNuObjArray* result) const;
   int IntersectWith(const CNuCylSurf& cylinder, CNuObjArray* result) const;
   int IntersectWith(const CNuConSurf& cone, CNuObjArray* result) const;

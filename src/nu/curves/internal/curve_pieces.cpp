@@ -28,6 +28,10 @@ PieceChain PiecesOf(const CNuPointArray& points) {
   return chain;
 }
 
+[[noreturn]] void FailUnsupportedCurve() {
+  FailOperation(45, "calculation", "CNuBoundedCurve::DistanceTo()");
+}
+
 Segment3 EndsOf(const CNuLineSegment& segment) {
   return {Components(segment.GetStartPoint()), Components(segment.GetEndPoint())};
 }
@@ -45,7 +49,7 @@ PieceChain PiecesOf(const CNuCompositeCurve& curve) {
 void AddPiece(const CNuBoundedCurve& curve, PieceChain& chain) {
   if (const auto* segment = As<CNuLineSegment>(curve)) return chain.Add(EndsOf(*segment));
   if (const auto* arc = As<CNuCircularArc>(curve)) return chain.Add(DataOf(*arc));
-  FailOperation(45, "calculation", "CNuBoundedCurve::DistanceTo()");
+  FailUnsupportedCurve();
 }
 
 PieceChain PiecesOf(const CNuBoundedCurve& curve) {
@@ -66,8 +70,9 @@ double StoreClosest(const NearPair& pair, CNuPoint* p1, CNuPoint* p2) {
   return pair.distance;
 }
 
-double DistanceBetween(const CNuBoundedCurve& first, const CNuBoundedCurve& second, CNuPoint* p1, CNuPoint* p2) {
-  return StoreClosest(ClosestBetween(PiecesOf(first), PiecesOf(second)), p1, p2);
+double DistanceBetween(const CNuBoundedCurve& first, const CNuBoundedCurve* second, CNuPoint* p1, CNuPoint* p2) {
+  if (second == nullptr) FailUnsupportedCurve();
+  return StoreClosest(ClosestBetween(PiecesOf(first), PiecesOf(*second)), p1, p2);
 }
 
 double DistanceAtAnySize(const CNuBoundedCurve& curve, Vec3 p) {

@@ -18,7 +18,7 @@ void AddPiece(const CNuBoundedCurve& curve, PieceChain& chain);
 
 // The operations that all bounded curves answer in the same way.
 double StoreClosest(const NearPair& pair, CNuPoint* p1, CNuPoint* p2);
-double DistanceBetween(const CNuBoundedCurve& first, const CNuBoundedCurve& second, CNuPoint* p1, CNuPoint* p2);
+double DistanceBetween(const CNuBoundedCurve& first, const CNuBoundedCurve* second, CNuPoint* p1, CNuPoint* p2);
 // Of coordinates whose differences may overflow; NaN for a NaN.
 double DistanceAtAnySize(const CNuBoundedCurve& curve, Vec3 p);
 void StoreBounds(const CNuBoundedCurve& curve, CNuPoint* min, CNuPoint* max);

@@ -17,10 +17,10 @@ namespace nu::internal {
   FailOperation(46, "calculation", "CNuSurface::QuadricAxes()");
 }
 
-inline void StoreFormWithin(const Deviations& deviations, double* formError, double* sumSquares) {
+inline void StoreFormWithin(const Deviations& deviations, double* form, double* sumSquares) {
   // The extremes start at -NuGetLarge() and NuGetLarge(): required, and hosts that narrow the range see it.
   const double large = NuGetLarge();
-  Output(formError, std::max(deviations.largest, -large) - std::min(deviations.smallest, large));
+  Output(form, std::max(deviations.largest, -large) - std::min(deviations.smallest, large));
   Output(sumSquares, deviations.sumSquares);
 }
 
