@@ -11,12 +11,11 @@ namespace {
 
 using namespace nu::test;
 
-const double kNan = std::nan("");
 const CNuPoint kOrigin;
 
 TEST(Conics, ConstructorsCheckInOrder) {
   const CNuVector x(1, 0, 0), z(0, 0, 1), flat(2), null(0, 0, 0), skew(1, 0, 1e-3), endless(0, 0, kInf);
-  for (const double bad : {0.0, -1.0, kNan}) {
+  for (const double bad : {0.0, -1.0, kNaN}) {
     EXPECT_EQ(FailureOf([=] { CNuEllipse(bad, 1); }), "construction 5 semi-axis|CNuEllipse [0,0]");
     EXPECT_EQ(FailureOf([=] { CNuEllipse(1, bad, kOrigin, flat); }), "construction 5 semi-axis|CNuEllipse [0,0]");
     EXPECT_EQ(FailureOf([=] { CNuHyperbola(1, bad, kOrigin); }), "construction 5 semi-axis|CNuHyperbola [0,0]");
@@ -163,7 +162,7 @@ TEST(Conics, DistancesInSpaceAndAtTheLimits) {
   EXPECT_EQ(FailureOf([] { CNuPoint().CurveSide(CNuPlane(), 1.0); }),
             "operation 45 calculation|CNuPoint::CurveSide() [0,0]");
   // Whatever the numbers, an answer comes.
-  for (const double large : {1e-310, 1e-160, 1e160, 1e308, kInf, kNan}) {
+  for (const double large : {1e-310, 1e-160, 1e160, 1e308, kInf, kNaN}) {
     for (const double b : {1e-300, 1.0, 1e300}) {
       for (const CNuPoint& p : {CNuPoint(large, 0), CNuPoint(0, large), CNuPoint(large, -large), CNuPoint(1, 1)}) {
         CNuEllipse(std::fmax(b, 1.0), std::fmin(b, 1.0)).DistanceTo(p);
@@ -276,9 +275,9 @@ TEST(Conics, SamplesLieOnTheCurveFromEndToEnd) {
     int n;
     double t0, t1;
     int part, ofHyperbola, ofParabola;
-  } rows[] = {{1, 0, 1, 0, 12, 12},     {2, kNan, 1, 0, 14, 14}, {2, 0, kInf, 0, 14, 14}, {2, 1, 1, 0, 15, 15},
+  } rows[] = {{1, 0, 1, 0, 12, 12},     {2, kNaN, 1, 0, 14, 14}, {2, 0, kInf, 0, 14, 14}, {2, 1, 1, 0, 15, 15},
               {2, 2, 1, 5, 15, 15},     {2, 0, 1, 2, 14, 14},    {2, -2, -1, 0, 0, 14},   {3, -4, 0, 1, 0, 14},
-              {3, -800, 800, 0, 14, 0}, {2, 800, 900, 0, 14, 0}, {0, kNan, 1, 7, 12, 12}};
+              {3, -800, 800, 0, 14, 0}, {2, 800, 900, 0, 14, 0}, {0, kNaN, 1, 7, 12, 12}};
   const auto expected = [](int cause, const char* name) {
     if (cause == 0) return std::string("nothing");
     return "operation " + std::to_string(cause) + " conversion|" + name + "::ToPolyline/PointArray() [0,0]";
@@ -522,7 +521,7 @@ TEST(QuadraticCurves, KindsAreToldWhateverTheUnit) {
               {{1, 0, 0, 2, 1e-12, 1}, "4"}, {{0, 0, 0, 1, 2, 3}, "4"},    {{1, 2, 1, 2, 2, 1}, "4"},
               {{1, 0, 1, 0, 0, 0}, none},    {{1, 0, 1, 0, 0, 1}, none},   {{1, 0, 1, -2, -4, 5}, none},
               {{1, 0, 0, 0, 0, 1}, none},    {{0, 0, 0, 0, 0, 1}, none},   {{0, 0, 0, 0, 0, 0}, none},
-              {{1, 0, kNan, 0, 0, 1}, none}, {{kInf, 0, 1, 0, 0, 1}, none}};
+              {{1, 0, kNaN, 0, 0, 1}, none}, {{kInf, 0, 1, 0, 0, 1}, none}};
   for (const auto& row : rows) {
     const double* g = row.six;
     for (const double unit : {1.0, 1e-9, 1e9}) {
@@ -589,7 +588,7 @@ TEST(QuadraticCurves, WhatIsNotPlanarOrTooLittleFails) {
   EXPECT_EQ(failure(), "bestfit 2 |CNuCurve [5,0]");
   points.Add({5, 5, 1e-9});
   EXPECT_EQ(failure(), "operation 45 3D calculation|CNuCurve::FitQuadratic() [0,0]");
-  points[5] = CNuPoint(5, kNan, 0);
+  points[5] = CNuPoint(5, kNaN, 0);
   EXPECT_EQ(failure(), "bestfit 11 |CNuCurve [0,0]");
   EXPECT_EQ(six.GetSize(), 2);
   points[5] = CNuPoint(5, 25, 0);

@@ -11,7 +11,6 @@ namespace {
 using namespace nu::test;
 
 constexpr double kPi = 3.14159265358979323846;
-const double kNan = std::nan("");
 
 struct Data {
   double a = 0, b = 0, c = 0, d = 0;
@@ -25,7 +24,7 @@ Data DataOf(const Curve& curve) {
 }
 
 TEST(SineCurve, HoldsItsParametersAndIsExactFarOut) {
-  for (const double bad : {0.0, -1.0, kNan, kInf}) {
+  for (const double bad : {0.0, -1.0, kNaN, kInf}) {
     EXPECT_EQ(FailureOf([=] { CNuSineCurve(bad, 1, 0, 0); }), "construction 8 |CNuSineCurve [0,0]");
     EXPECT_EQ(FailureOf([=] { CNuCosineCurve(1, bad, 0, 0); }), "construction 8 |CNuCosineCurve [0,0]");
   }
@@ -179,8 +178,8 @@ TEST(SineFit, ExtremesEndAndScalesCarryOver) {
     EXPECT_EQ(FailureOf([&] { scaled.Fit(points, 100); }), "nothing") << size;
     EXPECT_TRUE(DataOf(scaled).a == DataOf(unit).a * size && DataOf(scaled).b == DataOf(unit).b * size) << size;
   }
-  const double values[] = {0, 1, -1, 1e-320, 1e300, -1e308, 1.7e308, kInf, kNan};
-  for (const double tol : {1e-12, 0.0, -1.0, kInf, kNan}) {
+  const double values[] = {0, 1, -1, 1e-320, 1e300, -1e308, 1.7e308, kInf, kNaN};
+  for (const double tol : {1e-12, 0.0, -1.0, kInf, kNaN}) {
     NuSetTol(tol);
     for (int k = 0; k < 300; ++k) {
       NuSetLengthTol(k % 2 == 0 ? tol : 0.0);

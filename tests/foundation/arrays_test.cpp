@@ -6,14 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "nu/foundation/double_array.h"
-#include "nu/foundation/int_array.h"
-#include "nu/foundation/object_array.h"
-#include "nu/foundation/tolerances.h"
-#include "nu/geometry/point.h"
-#include "nu/geometry/point_array.h"
-#include "nu/linalg/matrix.h"
-#include "nu/linalg/vector.h"
+#include "nu/nu.h"
 #include "support/failing_new.h"
 #include "support/failures.h"
 

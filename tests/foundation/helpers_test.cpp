@@ -7,13 +7,12 @@
 #include "nu/foundation/constants.h"
 #include "nu/foundation/interval.h"
 #include "nu/foundation/numeric_helpers.h"
+#include "support/clouds.h"
 #include "support/failures.h"
 
 namespace {
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kEps = std::numeric_limits<double>::epsilon();
+using namespace nu::test;
 
 TEST(Helpers, ConstantsAndComparisons) {
   EXPECT_TRUE(Nu_PI == std::acos(-1.0) && Nu_2PI == 2 * Nu_PI && Nu_E == std::exp(1.0) && Nu_SQRT2 == std::sqrt(2.0));

@@ -3,17 +3,16 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <random>
 #include <vector>
 
 #include "nu/foundation/numeric_helpers.h"
+#include "support/clouds.h"
 #include "support/failing_new.h"
 
 namespace {
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using namespace nu::test;
 
 std::vector<int> InsertionOrder(const std::vector<double>& a) {
   std::vector<int> index;
@@ -34,13 +33,13 @@ void ExpectSortedAsByInsertion(const std::vector<double>& a, bool shortOfMemory)
   std::vector<double> companions;
   for (int i = 0; i < n; ++i) companions.push_back(i);
   const long failing = shortOfMemory ? 0 : -1;
-  nu::test::FailAllocation(failing);
+  FailAllocation(failing);
   NuSort(n, a.data(), index.data());
-  nu::test::FailAllocation(failing);
+  FailAllocation(failing);
   NuSort(n, values.data());
-  nu::test::FailAllocation(failing);
+  FailAllocation(failing);
   NuSort(n, keys.data(), companions.data());
-  nu::test::FailAllocation(-1);
+  FailAllocation(-1);
   ASSERT_EQ(index, expected);
   for (int i = 0; i < n; ++i) {
     const auto bits = std::bit_cast<std::uint64_t>(a[expected[i]]);

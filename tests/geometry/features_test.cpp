@@ -1,20 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
-#include <string>
 
-#include "nu/curves/circle.h"
-#include "nu/geometry/line.h"
-#include "nu/geometry/plane.h"
-#include "nu/geometry/point.h"
-#include "nu/surfaces/sphere.h"
+#include "nu/nu.h"
+#include "support/clouds.h"
 #include "support/failures.h"
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
+using namespace nu::test;
+
 const CNuPoint kOrigin;
 
 bool Near(const CNuVector& v, double x, double y, double z) {

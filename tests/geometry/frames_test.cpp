@@ -3,13 +3,7 @@
 #include <cmath>
 #include <string>
 
-#include "nu/curves/circle.h"
-#include "nu/geometry/cartesian_coord.h"
-#include "nu/geometry/line.h"
-#include "nu/geometry/plane.h"
-#include "nu/geometry/point.h"
-#include "nu/linalg/matrix.h"
-#include "nu/surfaces/sphere.h"
+#include "nu/nu.h"
 #include "support/clouds.h"
 #include "support/failures.h"
 

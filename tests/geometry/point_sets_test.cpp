@@ -2,18 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <new>
 #include <numeric>
 #include <vector>
 
-#include "nu/foundation/int_array.h"
-#include "nu/foundation/tolerances.h"
-#include "nu/geometry/geometry.h"
-#include "nu/geometry/plane.h"
-#include "nu/geometry/point_array.h"
-#include "nu/linalg/vector.h"
+#include "nu/nu.h"
 #include "support/clouds.h"
-#include "support/failing_new.h"
 #include "support/failures.h"
 
 namespace {
@@ -473,40 +466,6 @@ TEST(PointSet, SaysWhatItCannotDo) {
               PointsOf({{0, 0, 1}, {0, 0, 2}}).ConvexHull(&idx);
             }),
             "operation 45 calculation of 3D convex hull|CNuPointArray [0,0]");
-}
-
-TEST(PointSet, StaysAsItIsWithoutMemory) {
-  Random random(2);
-  const CNuPointArray points = BoxCloud(random, 500, 1.0, 1.0, 0.0);
-  CNuPointArray reduced = points;
-  int i = 0;
-  CNuIntArray hull(0);
-  const auto failsAtEveryAllocation = [](auto call) {
-    for (long k = 0;; ++k) {
-      const long live = LiveAllocations();
-      FailAllocation(k);
-      try {
-        call();
-        FailAllocation(-1);
-        return k > 0;
-      } catch (const std::bad_alloc&) {
-        EXPECT_EQ(LiveAllocations(), live);
-      } catch (const CNuMemoryException&) {
-      }
-    }
-  };
-  EXPECT_TRUE(failsAtEveryAllocation([&] {
-    try {
-      reduced.RemoveDuplicate(0.1);
-    } catch (...) {
-      EXPECT_EQ(reduced.GetSize(), 500);
-      throw;
-    }
-  }));
-  EXPECT_LT(reduced.GetSize(), 500);
-  EXPECT_TRUE(failsAtEveryAllocation([&] { points.MaxEdge(&i, &i); }));
-  EXPECT_TRUE(failsAtEveryAllocation([&] { points.MinEdge(&i, &i); }));
-  EXPECT_TRUE(failsAtEveryAllocation([&] { points.ConvexHull(&hull); }));
 }
 
 }  // namespace

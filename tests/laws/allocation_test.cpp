@@ -151,7 +151,7 @@ TEST(FailingAllocations, Decompositions) {
       CNuVector w;
       u.SVD(&w, &v);
     });
-    FailEveryAllocation("cached values", [&] { (a * 2.0).EigenValues(nullptr); });
+    FailEveryAllocation("cached values", [&] { (a * 2.0).EigenValues(nullptr), (a * 3.0).EigenVectors(nullptr); });
     FailEveryAllocation("matrix times matrix", [&] { a* a; });
     FailEveryAllocation("Determinant", [&] { a.Determinant(); });
     ENuStatus status{};

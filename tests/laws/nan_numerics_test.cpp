@@ -5,14 +5,14 @@
 
 #include <cmath>
 #include <functional>
-#include <limits>
 #include <vector>
 
 #include "nu/nu.h"
+#include "support/clouds.h"
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using namespace nu::test;
 
 struct Operation {
   const char* text;

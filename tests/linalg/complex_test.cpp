@@ -1,31 +1,19 @@
-#include "nu/linalg/complex.h"
-
 #include <gtest/gtest.h>
 
 #include <climits>
 #include <cmath>
 #include <functional>
-#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "nu/foundation/constants.h"
-#include "nu/foundation/interval.h"
-#include "nu/foundation/numeric_helpers.h"
-#include "nu/linalg/complex_array.h"
-#include "nu/linalg/complex_matrix.h"
-#include "nu/linalg/complex_polar.h"
-#include "nu/linalg/complex_vector.h"
-#include "nu/linalg/matrix.h"
-#include "nu/linalg/vector.h"
-#include "nu/numerics/triag.h"
+#include "nu/nu.h"
+#include "support/clouds.h"
 #include "support/failures.h"
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kEps = std::numeric_limits<double>::epsilon();
+using namespace nu::test;
 
 void ExpectNear(const CNuComplex& c, double re, double im) {
   const double bound = 8 * kEps * std::hypot(re, im);

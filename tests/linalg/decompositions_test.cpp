@@ -4,12 +4,7 @@
 #include <cmath>
 #include <string>
 
-#include "nu/foundation/int_array.h"
-#include "nu/foundation/tolerances.h"
-#include "nu/linalg/linear_equ_sys.h"
-#include "nu/linalg/matrix.h"
-#include "nu/linalg/vector.h"
-#include "support/failing_new.h"
+#include "nu/nu.h"
 #include "support/failures.h"
 #include "support/matrix_clouds.h"
 
@@ -296,49 +291,6 @@ TEST(Decompositions, UnsoundTolerancesEnd) {
       NuSetZero(1e-300);
     }
   }
-}
-
-// An allocation that fails at any point leaves nothing behind, and the next call works.
-TEST(Decompositions, SurviveFailingAllocations) {
-  Random random(11);
-  const CNuMatrix symmetric = Symmetric(UniformMatrix(random, 20, 20));
-  const CNuMatrix general = UniformMatrix(random, 40, 20);
-  const auto all = [&] {
-    CNuMatrix l, u, p, a(general), s(symmetric);
-    CNuVector w;
-    s.LUD2(&l, &u, &p);
-    a.SVD(&w, &p);
-    s.Inverse(nullptr);
-    s.Determinant();
-    CNuLinearEquSys exact(0), least(1);
-    exact.Solve(s, w);
-    least.Solve(s, w);
-    least.SetNonnegative();
-    least.Solve(s, w);
-    s.EigenValues(nullptr);
-    s.EigenVectors(nullptr);
-    general.SubMatrix(0, 19, 0, 19).EigenValuesVectors(nullptr, &w, &p);
-    (general * symmetric).EigenValues(nullptr);
-  };
-  long failures = 0;
-  for (bool failed = true; failed; ++failures) {
-    CNuMatrix(symmetric).EigenValues(nullptr);
-    CNuMatrix(symmetric).EigenVectors(nullptr);
-    const long live = LiveAllocations();
-    failed = false;
-    FailAllocation(failures);
-    try {
-      all();
-    } catch (const CNuMemoryException&) {
-      failed = true;
-    } catch (const std::bad_alloc&) {
-      failed = true;
-    } catch (const CNuOperationException&) {
-    }
-    FailAllocation(-1);
-    EXPECT_EQ(LiveAllocations(), live) << failures;
-  }
-  EXPECT_GT(failures, 20);
 }
 
 }  // namespace

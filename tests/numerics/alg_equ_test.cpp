@@ -1,26 +1,19 @@
-#include "nu/numerics/alg_equ.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
-#include <random>
 #include <string>
 #include <vector>
 
-#include "nu/foundation/double_array.h"
-#include "nu/foundation/tolerances.h"
-#include "nu/linalg/complex_array.h"
-#include "nu/numerics/polynomial.h"
+#include "nu/nu.h"
+#include "support/clouds.h"
 #include "support/failures.h"
 
 namespace {
 
+using namespace nu::test;
+
 using Numbers = std::vector<double>;
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 CNuPolynomial Polynomial(const Numbers& c) {
   CNuPolynomial p(static_cast<int>(c.size()) - 1);
@@ -63,7 +56,7 @@ double Residual(const std::vector<CNuComplex>& c, double re, double im) {
     sum = sum * size + std::hypot(c[i].r(), c[i].i());
   }
   if (pRe == 0 && pIm == 0) return 0.0;
-  return static_cast<double>(std::hypot(pRe, pIm) / sum) / (kEpsilon * static_cast<double>(c.size() - 1));
+  return static_cast<double>(std::hypot(pRe, pIm) / sum) / (kEps * static_cast<double>(c.size() - 1));
 }
 
 // As many roots as the degree says, real ones ascending, complex ones in exact pairs (for real coefficients), and every
@@ -98,32 +91,29 @@ CNuComplexArray ArrayOf(const Numbers& re, const Numbers& im) {
   return array;
 }
 
-struct Random {
-  explicit Random(unsigned seed) : engine(seed) {}
-  double In(double a, double b) { return std::uniform_real_distribution<double>(a, b)(engine); }
-  int Below(int n) { return static_cast<int>(engine() % static_cast<unsigned>(n)); }
-  double Over(double decades) { return (Below(2) == 0 ? 1 : -1) * std::pow(10.0, In(-0.5, 0.5) * decades); }
-  std::mt19937 engine;
-};
+// Of either sign, over so many decades.
+double Over(Random& random, double decades) {
+  return (random.Below(2) == 0 ? 1 : -1) * std::pow(10.0, random.Uniform(-0.5, 0.5) * decades);
+}
 
 constexpr int kKinds = 8;
 Numbers RandomPolynomial(int kind, int degree, Random& random) {
   Numbers c(static_cast<std::size_t>(degree) + 1);
-  const double middle = random.In(-3, 3), radius = std::pow(10.0, random.In(-9, -1));
+  const double middle = random.Uniform(-3, 3), radius = std::pow(10.0, random.Uniform(-9, -1));
   switch (kind) {
     case 0:
-      for (double& x : c) x = random.Over(12);
+      for (double& x : c) x = Over(random, 12);
       return c;
     case 1:  // many missing
-      for (double& x : c) x = random.Below(3) == 0 ? random.Over(12) : 0.0;
-      c.back() = random.Over(12);
+      for (double& x : c) x = random.Below(3) == 0 ? Over(random, 12) : 0.0;
+      c.back() = Over(random, 12);
       return c;
     case 2:  // leading coefficients near 0, or so near that they do not count
-      for (double& x : c) x = random.Over(12);
-      c.back() = std::pow(10.0, random.Below(3) == 0 ? -305 : random.In(-250, -10));
+      for (double& x : c) x = Over(random, 12);
+      c.back() = std::pow(10.0, random.Below(3) == 0 ? -305 : random.Uniform(-250, -10));
       return c;
     case 3:  // all of very different size
-      for (double& x : c) x = random.Over(300);
+      for (double& x : c) x = Over(random, 300);
       return c;
     default:
       break;
@@ -131,10 +121,10 @@ Numbers RandomPolynomial(int kind, int degree, Random& random) {
   c = {1.0};
   while (static_cast<int>(c.size()) <= degree) {
     const bool pair = static_cast<int>(c.size()) < degree && random.Below(2) == 0;
-    const double re = random.Over(3), im = random.Over(3);
-    const double nearRe = middle + radius * random.In(-1, 1);
+    const double re = Over(random, 3), im = Over(random, 3);
+    const double nearRe = middle + radius * random.Uniform(-1, 1);
     if (kind == 4) c = Product(c, pair ? Pair(re, im) : Numbers{-re, 1.0});
-    if (kind == 5) c = Product(c, pair ? Pair(nearRe, radius * random.In(0, 1)) : Numbers{-nearRe, 1.0});
+    if (kind == 5) c = Product(c, pair ? Pair(nearRe, radius * random.Uniform(0, 1)) : Numbers{-nearRe, 1.0});
     if (kind == 6) c = Product(c, random.Below(3) == 0 ? Numbers{0.0, 1.0} : Numbers{-re, 1.0});
     if (kind == 7) c = Product(c, {2.0 - random.Below(5), 1.0});
   }
@@ -155,7 +145,7 @@ TEST(AlgEqu, RootsOfRandomPolynomialsSatisfyTheirEquation) {
       Numbers im(c.size());
       std::vector<CNuComplex> both;
       for (std::size_t i = 0; i < c.size(); ++i) {
-        im[i] = random.Over(6);
+        im[i] = Over(random, 6);
         both.emplace_back(c[i], im[i]);
       }
       equation.Solve(ArrayOf(c, im));
@@ -169,9 +159,10 @@ TEST(AlgEqu, SeparateRealRootsAreAllFound) {
   for (int k = 0; k < 2000; ++k) {
     Numbers roots;
     const int degree = 1 + k % 8;
-    for (int i = 0; i < degree; ++i) roots.push_back((random.Below(2) == 0 ? 1 : -1) * (1.0 + i) * random.In(0.8, 1.2));
+    for (int i = 0; i < degree; ++i)
+      roots.push_back((random.Below(2) == 0 ? 1 : -1) * (1.0 + i) * random.Uniform(0.8, 1.2));
     Numbers c = FromRoots(roots);
-    if (k % 3 == 0) c = Product(c, Pair(random.In(-5, 5), random.In(1, 5)));
+    if (k % 3 == 0) c = Product(c, Pair(random.Uniform(-5, 5), random.Uniform(1, 5)));
     std::sort(roots.begin(), roots.end());
     const Numbers found = RealRoots(Solved(c));
     ASSERT_EQ(found.size(), roots.size());
@@ -220,9 +211,9 @@ TEST(AlgEqu, SmallRootsAreNotLost) {
 TEST(AlgEqu, NearlyDoubleRootsOfQuartics) {
   Random random(8);
   for (int k = 0; k < 3000; ++k) {
-    const double r = random.In(-2, 2), d = std::pow(10.0, random.In(-9, -2));
-    const Numbers others =
-        k % 2 == 0 ? Pair(random.In(-2, 2), random.In(0.5, 2)) : FromRoots({r + random.In(1, 3), r - random.In(1, 3)});
+    const double r = random.Uniform(-2, 2), d = std::pow(10.0, random.Uniform(-9, -2));
+    const Numbers others = k % 2 == 0 ? Pair(random.Uniform(-2, 2), random.Uniform(0.5, 2))
+                                      : FromRoots({r + random.Uniform(1, 3), r - random.Uniform(1, 3)});
     const Numbers c = Product(others, FromRoots({r - d, r + d}));
     const CNuAlgEqu equation = Solved(c);
     Check(equation, c);
@@ -230,7 +221,7 @@ TEST(AlgEqu, NearlyDoubleRootsOfQuartics) {
     // What the rounding of the coefficients does to a root.
     double sum = 0.0;
     for (std::size_t i = 0; i < c.size(); ++i) sum += std::fabs(c[i] * std::pow(r, i));
-    const double error = 4.0 * kEpsilon * sum / std::fabs(Polynomial(c).DerivativeAt(r + d));
+    const double error = 4.0 * kEps * sum / std::fabs(Polynomial(c).DerivativeAt(r + d));
     int found = 0;
     for (const double x : RealRoots(equation)) found += std::fabs(std::fabs(x - r) - d) < error;
     EXPECT_EQ(found, 2) << "r " << r << " d " << d;
@@ -267,7 +258,7 @@ TEST(AlgEqu, WilkinsonsPolynomialAndDegree100) {
   EXPECT_LE(Check(Solved(wilkinson), wilkinson), 1.0);
   Random random(9);
   Numbers c(101), unity(101);
-  for (double& x : c) x = random.In(-1, 1) + random.In(-1, 1) + random.In(-1, 1);
+  for (double& x : c) x = random.Uniform(-1, 1) + random.Uniform(-1, 1) + random.Uniform(-1, 1);
   EXPECT_LE(Check(Solved(c), c), 1.0);
   unity[0] = -1.0;
   unity[100] = 1.0;
@@ -292,7 +283,7 @@ TEST(AlgEqu, WhatHasNoRootsAndWhatKeepsThem) {
   equation.Solve(CNuComplexArray(0));
   equation.Solve(ArrayOf({1.0, 0.0, 1e-301}, {0.0, 0.0, 0.0}));
   EXPECT_EQ(count(), 2);
-  for (const double bad : {kNan, kInfinity}) {
+  for (const double bad : {kNaN, kInf}) {
     const std::string failure = "operation 46 calculation|CNuAlgEqu::Solve() [0,0]";
     EXPECT_EQ(FailureOf([&] { equation.Solve(Polynomial({1.0, bad, 1.0})); }), failure);
     EXPECT_EQ(FailureOf([&] { equation.Solve(ArrayOf({1.0, 1.0}, {0.0, bad})); }), failure);
@@ -309,7 +300,7 @@ TEST(AlgEqu, WhatHasNoRootsAndWhatKeepsThem) {
 TEST(AlgEqu, AnyTolerancesEnd) {
   const double tol = NuGetTol(), sqrtTol = NuGetSqrtTol(), zero = NuGetZero(), large = NuGetLarge();
   const double lengthTol = NuGetLengthTol();
-  for (const double value : {0.0, -1.0, 1e-3, kInfinity, -kInfinity, kNan}) {
+  for (const double value : {0.0, -1.0, 1e-3, kInf, -kInf, kNaN}) {
     for (int which = 0; which < 5; ++which) {
       if (which == 0) NuSetTol(value);
       if (which == 1) NuSetSqrtTol(value);
@@ -321,7 +312,7 @@ TEST(AlgEqu, AnyTolerancesEnd) {
         const Numbers c = RandomPolynomial(4, degree, random);
         const CNuAlgEqu equation = Solved(c);
         EXPECT_LE(equation.GetNumberRealRoots() + equation.GetNumberComplexRoots(), degree);
-        if (which == 0 && value == kInfinity) {
+        if (which == 0 && value == kInf) {
           EXPECT_EQ(equation.GetNumberRealRoots(), degree);
         } else if (which != 2) {
           Check(equation, c);

@@ -5,16 +5,16 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <stdexcept>
 #include <string>
 
 #include "nu/foundation/constants.h"
+#include "support/clouds.h"
 #include "support/failures.h"
 
 namespace {
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+using namespace nu::test;
 
 using Function = double (*)(double);
 using Expression = CNuChebyshevPolynomialExpression;
@@ -124,7 +124,7 @@ TEST(ChebyshevExpression, Failures) {
       {FailureOf([] { CNuChebyshevPolynomial(-1); }), "construction 2 degree|CNuChebyshevPolynomial [0,0]"},
       {FailureOf([] { Expression(-1); }), "construction 2 degree|CNuChebyshevPolynomialExpression [0,0]"},
       {FailureOf([&] { e.FitMinMax(1, 1, Cube); }), refused},
-      {FailureOf([&] { e.FitMinMax(kNan, 1, Cube); }), refused},
+      {FailureOf([&] { e.FitMinMax(kNaN, 1, Cube); }), refused},
       {FailureOf([&] { e.FitMinMax(0, 1, nullptr); }), refused},
       {FailureOf([&] { e.FitMinMax(-HUGE_VAL, 1, Cube); }), refused},
       {FailureOf([&] { e.FitMinMax(-1e308, 1e308, Cube); }), refused},
@@ -141,8 +141,8 @@ TEST(ChebyshevExpression, Failures) {
   const auto throwing = [](double x) { return x < 0.5 ? throw std::runtime_error("host") : x; };
   EXPECT_THROW(e.FitMinMax(0, 1, throwing), std::runtime_error);
   EXPECT_EQ(e.ValueAt(1.5), inside);
-  EXPECT_TRUE(std::isnan(e.ValueAt(kNan)));
-  EXPECT_TRUE(std::isnan(FittedTo([](double) { return kNan; }, 0, 1, 3).ValueAt(0.5)));
+  EXPECT_TRUE(std::isnan(e.ValueAt(kNaN)));
+  EXPECT_TRUE(std::isnan(FittedTo([](double) { return kNaN; }, 0, 1, 3).ValueAt(0.5)));
 }
 
 }  // namespace

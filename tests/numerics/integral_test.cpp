@@ -10,8 +10,9 @@
 
 namespace {
 
+using namespace nu::test;
+
 constexpr double kPi = 3.14159265358979323846;
-constexpr double kInf = std::numeric_limits<double>::infinity();
 // What tolerances below it count as.
 constexpr double kLeastTolerance = 16 * std::numeric_limits<double>::epsilon();
 
@@ -112,7 +113,7 @@ double g_place = 0.0;
 double g_width = 0.0;
 
 // Anywhere in [0, 1], every third time within 1e-12 to 1e-3 of an end.
-double RandomPlace(nu::test::Random& random, int i) {
+double RandomPlace(Random& random, int i) {
   if (i % 3 != 0) return random.Uniform(0.001, 0.999);
   const double distance = std::pow(10.0, random.Uniform(-12, -3));
   return i % 2 == 0 ? distance : 1 - distance;
@@ -121,7 +122,7 @@ double RandomPlace(nu::test::Random& random, int i) {
 // Random places and tolerances: no coincidence may pass for convergence.
 TEST(Integral, IsNotFooledByChance) {
   const auto over = [](double p, double c) { return (std::pow(c, p) + std::pow(1 - c, p)) / p; };
-  nu::test::Random random(11);
+  Random random(11);
   CNuIntegral integral;
   int met = 0;
   for (int i = 0; i < 1500; ++i) {
@@ -277,7 +278,7 @@ double Height(double x, double y, double z) {
 }
 
 // A plane through a random place in the cube, every third time close to its side x = 1.
-void ChoosePlane(nu::test::Random& random, int n, int i) {
+void ChoosePlane(Random& random, int n, int i) {
   g_c = 0.0;
   for (int k = 0; k < 3; ++k) {
     g_a[k] = k < n ? random.Uniform(0.05, 1) * (random.Below(2) == 0 ? -1 : 1) : 0.0;
@@ -287,7 +288,7 @@ void ChoosePlane(nu::test::Random& random, int n, int i) {
 
 // No edge passes unseen, wherever it leaves the area: a value within the tolerance, or a failure.
 TEST(Integral2D, IsNotFooledByEdgesAndStrips) {
-  nu::test::Random random(12);
+  Random random(12);
   CNuIntegral2D integral;
   int met = 0;
   for (int i = 0; i < 30; ++i) {
@@ -348,7 +349,7 @@ TEST(Integral3D, VolumesOfConstantAndCurvedBounds) {
 long g_calls = 0;
 
 TEST(Integral3D, IsNotFooledByEdgesAndKeepsItsLimit) {
-  nu::test::Random random(13);
+  Random random(13);
   CNuIntegral3D integral;
   const auto step = [](double x, double y, double z) {
     ++g_calls;

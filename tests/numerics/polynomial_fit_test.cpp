@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstddef>
 #include <functional>
-#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,11 +10,12 @@
 #include "nu/foundation/double_array.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/numerics/polynomial.h"
+#include "support/clouds.h"
 #include "support/failures.h"
 
 namespace {
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+using namespace nu::test;
 
 struct Samples {
   CNuDoubleArray x{0}, y{0};
@@ -97,15 +97,15 @@ TEST(PolynomialFit, BadInputEndsAsDocumented) {
   const std::string cases[][2] = {
       {failure(1, {CNuDoubleArray(0), with(0, 0).y}), "operation 5 data checking|CNuPolynomial::Fit() [0,0]"},
       {failure(1, {}), "construction 1 number of rows/columns|CNuMatrix [0,0]"},
-      {failure(1, with(kNan, 0)), refused},
+      {failure(1, with(kNaN, 0)), refused},
       {failure(1, with(-HUGE_VAL, 0)), refused},
-      {failure(4, with(1e80, kNan)), refused},
+      {failure(4, with(1e80, kNaN)), refused},
       {failure(3, with(0.5, HUGE_VAL)), refused},
-      {failure(12, with(0.5, kNan)), refused},
+      {failure(12, with(0.5, kNaN)), refused},
   };
   for (const auto& c : cases) EXPECT_EQ(c[0], c[1]);
   const double tol = NuGetTol(), zero = NuGetZero();
-  for (const double t : {0.0, -1.0, 1.0, HUGE_VAL, kNan}) {
+  for (const double t : {0.0, -1.0, 1.0, HUGE_VAL, kNaN}) {
     NuSetTol(t);
     NuSetZero(t);
     EXPECT_EQ(FailureOf([&] { FitOf(3, with(0.5, 2)); }), "nothing") << t;

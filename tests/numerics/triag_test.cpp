@@ -1,29 +1,20 @@
-#include "nu/numerics/triag.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <climits>
 #include <cmath>
 #include <functional>
-#include <limits>
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "nu/foundation/constants.h"
-#include "nu/foundation/double_array.h"
-#include "nu/foundation/exceptions.h"
-#include "nu/numerics/triag_equ.h"
-#include "nu/numerics/triag_polynomial.h"
+#include "nu/nu.h"
+#include "support/clouds.h"
 #include "support/failures.h"
 
 namespace {
 
-constexpr double kEps = std::numeric_limits<double>::epsilon();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
+using namespace nu::test;
 
 // Less whole turns, by more digits of 2 pi than some C libraries take. Exact up to 2^29 turns but for the last digits.
 long double WithoutTurns(long double angle) {
@@ -96,23 +87,14 @@ Exact FromLibrary(const CNuTriagPolynomial& p) {
   return f;
 }
 
-class Random {
- public:
-  explicit Random(unsigned seed) : m_engine(seed) {}
-  double In(double low, double high) { return low + (high - low) * static_cast<double>(m_engine()) / 4294967296.0; }
-  int Below(int n) { return static_cast<int>(m_engine() % static_cast<unsigned>(n)); }
-  CNuTriagPolynomial Polynomial(int degree) {
-    CNuTriagPolynomial p(degree);
-    for (int k = 0; k <= degree; ++k) {
-      p.Cos(k) = In(-1, 1);
-      p.Sin(k) = k == 0 ? 0 : In(-1, 1);
-    }
-    return p;
+CNuTriagPolynomial AnyPolynomial(Random& random, int degree) {
+  CNuTriagPolynomial p(degree);
+  for (int k = 0; k <= degree; ++k) {
+    p.Cos(k) = random.Uniform(-1, 1);
+    p.Sin(k) = k == 0 ? 0 : random.Uniform(-1, 1);
   }
-
- private:
-  std::mt19937 m_engine;
-};
+  return p;
+}
 
 std::vector<double> ToVector(const CNuDoubleArray& a) {
   return {a.GetData(), a.GetData() + a.GetSize()};
@@ -172,8 +154,8 @@ TEST(Triag, WaveWithAmplitudeAndPhase) {
 TEST(TriagPolynomial, AlgebraHoldsPointwise) {
   Random random(1);
   for (int i = 0; i < 200; ++i) {
-    const CNuTriagPolynomial p = random.Polynomial(random.Below(9)), q = random.Polynomial(random.Below(9));
-    const double u = random.In(-10, 10), f = p.ValueAt(u), g = q.ValueAt(u), bound = 300 * kEps;
+    const CNuTriagPolynomial p = AnyPolynomial(random, random.Below(9)), q = AnyPolynomial(random, random.Below(9));
+    const double u = random.Uniform(-10, 10), f = p.ValueAt(u), g = q.ValueAt(u), bound = 300 * kEps;
     EXPECT_EQ((p * q).GetDegree(), p.GetDegree() + q.GetDegree());
     EXPECT_NEAR((p * q).ValueAt(u), f * g, bound);
     EXPECT_NEAR((p * q).DerivativeAt(u), p.DerivativeAt(u) * g + f * q.DerivativeAt(u), 30 * bound);
@@ -195,13 +177,14 @@ TEST(TriagPolynomial, AlgebraHoldsPointwise) {
 TEST(TriagPolynomial, ValuesWithinTheirBound) {
   Random random(2);
   for (int i = 0; i < 200; ++i) {
-    const CNuTriagPolynomial p = random.Polynomial(1 + random.Below(200));
+    const CNuTriagPolynomial p = AnyPolynomial(random, 1 + random.Below(200));
     const Exact f = FromLibrary(p);
-    const double u = i % 2 == 0 ? random.In(-7, 7) : random.In(-1e5, 1e5);
+    const double u = i % 2 == 0 ? random.Uniform(-7, 7) : random.Uniform(-1e5, 1e5);
     EXPECT_NEAR(p.ValueAt(u), static_cast<double>(f.Derivative(0, u)), static_cast<double>(kEps * f.Size()));
     EXPECT_NEAR(p.DerivativeAt(u), static_cast<double>(f.Derivative(1, u)), static_cast<double>(2 * kEps * f.Size(1)));
   }
-  EXPECT_TRUE(std::isnan(random.Polynomial(3).ValueAt(kInf)) && std::isnan(random.Polynomial(3).DerivativeAt(kNaN)));
+  EXPECT_TRUE(std::isnan(AnyPolynomial(random, 3).ValueAt(kInf)) &&
+              std::isnan(AnyPolynomial(random, 3).DerivativeAt(kNaN)));
 }
 
 TEST(Triag, Failures) {
@@ -239,15 +222,16 @@ TEST(TriagEqu, FindsTheRootsItIsBuiltFrom) {
     for (int left = 2 * pairs; left > 0; left -= multiplicities.back())
       multiplicities.push_back(left > 1 && random.Below(5) == 0 ? 2 : 1);
     std::vector<Wanted> wanted;
-    const double start = random.In(1, 2), spread = Nu_2PI / static_cast<double>(multiplicities.size());
+    const double start = random.Uniform(1, 2), spread = Nu_2PI / static_cast<double>(multiplicities.size());
     for (std::size_t slot = 0; slot < multiplicities.size(); ++slot) {
-      const double u = std::fmod((start + static_cast<double>(slot) + random.In(-0.25, 0.25)) * spread, Nu_2PI);
+      const double u = std::fmod((start + static_cast<double>(slot) + random.Uniform(-0.25, 0.25)) * spread, Nu_2PI);
       wanted.insert(wanted.end(), multiplicities[slot], {u, multiplicities[slot] == 1 ? 1e-12 : 1e-7});
     }
     Exact f;
     // Factors of roots next to each other would let the coefficients of the first products grow.
     for (int pair = 0; pair < pairs; ++pair) f.MultiplyRoots(wanted[pair].u, wanted[pair + pairs].u);
-    for (int k = pairs; k < degree; ++k) f.MultiplyPositive(1 + std::pow(10, random.In(-2, 1)), random.In(0, Nu_2PI));
+    for (int k = pairs; k < degree; ++k)
+      f.MultiplyPositive(1 + std::pow(10, random.Uniform(-2, 1)), random.Uniform(0, Nu_2PI));
     // What the rounding of the coefficients moves, where it is more than a few digits.
     for (Wanted& w : wanted) {
       const double rounding = static_cast<double>(kEps * f.Size() / std::fabs(f.Derivative(1, w.u)));
@@ -267,7 +251,7 @@ TEST(TriagEqu, FindsTheRootsItIsBuiltFrom) {
 TEST(TriagEqu, FindsEverySignChange) {
   Random random(4);
   for (int i = 0; i < 300; ++i) {
-    const CNuTriagPolynomial p = random.Polynomial(1 + i % 40);
+    const CNuTriagPolynomial p = AnyPolynomial(random, 1 + i % 40);
     const Exact f = FromLibrary(p);
     const std::vector<double> roots = RootsOf(p);
     const int samples = 40 * p.GetDegree();
