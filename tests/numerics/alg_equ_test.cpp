@@ -154,6 +154,13 @@ TEST(AlgEqu, RootsOfRandomPolynomialsSatisfyTheirEquation) {
   }
 }
 
+// What the rounding of the coefficients does to a root.
+double ErrorOfRoot(const Numbers& c, double x) {
+  double sum = 0.0;
+  for (std::size_t i = 0; i < c.size(); ++i) sum += std::fabs(c[i] * std::pow(x, i));
+  return 4.0 * kEps * sum / std::fabs(Polynomial(c).DerivativeAt(x));
+}
+
 TEST(AlgEqu, SeparateRealRootsAreAllFound) {
   Random random(3);
   for (int k = 0; k < 2000; ++k) {
@@ -166,7 +173,7 @@ TEST(AlgEqu, SeparateRealRootsAreAllFound) {
     std::sort(roots.begin(), roots.end());
     const Numbers found = RealRoots(Solved(c));
     ASSERT_EQ(found.size(), roots.size());
-    for (std::size_t i = 0; i < roots.size(); ++i) EXPECT_NEAR(found[i], roots[i], 1e-9);
+    for (std::size_t i = 0; i < roots.size(); ++i) EXPECT_NEAR(found[i], roots[i], ErrorOfRoot(c, roots[i]));
   }
 }
 
@@ -218,10 +225,7 @@ TEST(AlgEqu, NearlyDoubleRootsOfQuartics) {
     const CNuAlgEqu equation = Solved(c);
     Check(equation, c);
     if (d < 1e-6) continue;
-    // What the rounding of the coefficients does to a root.
-    double sum = 0.0;
-    for (std::size_t i = 0; i < c.size(); ++i) sum += std::fabs(c[i] * std::pow(r, i));
-    const double error = 4.0 * kEps * sum / std::fabs(Polynomial(c).DerivativeAt(r + d));
+    const double error = ErrorOfRoot(c, r + d) + ErrorOfRoot(c, r - d);
     int found = 0;
     for (const double x : RealRoots(equation)) found += std::fabs(std::fabs(x - r) - d) < error;
     EXPECT_EQ(found, 2) << "r " << r << " d " << d;
