@@ -279,41 +279,22 @@ TEST(ZoneCircle, IsThatOfTheTorusForPointsInSpace) {
   EXPECT_EQ(inner.GetRadius(), 0.0);
 }
 
-// Rigid motion, scale and order carry all three circles along; what encloses encloses, and the zone is never wider than
-// the least-squares form.
+struct Circles {
+  using Feature = CNuCircle;
+  static constexpr double kWhole = 360.0, kTouch = 1e-13;
+  static CNuPointArray Cloud(Random& random, int n, double sweep) { return CircleCloud(random, n, 10.0, sweep, 0.02); }
+  static void Min(CNuCircle& a, const CNuPointArray& points, double tol) { a.FitMin(points, tol); }
+  static void Max(CNuCircle& a, const CNuPointArray& points, double tol) { a.FitMax(points, tol); }
+  static CNuPoint Place(const CNuCircle& a) { return a.GetCentre(); }
+  static void ExpectMoved(const Motion& motion, double size, const CNuCircle& a, const CNuCircle& b, double tol) {
+    EXPECT_NEAR(motion(a.GetCentre()).DistanceTo(b.GetCentre() * (1.0 / size)), 0.0, tol);
+    EXPECT_NEAR((motion.Direction(CNuPoint(0, 0, 1)).To3DVector() * b.GetNormal()).Magnitude(), 0.0, 1e-12);
+  }
+};
+
 TEST(MinimaxCircles, FollowTheirPoints) {
   Random random(506);
-  for (const double sweep : {360.0, 200.0, 60.0}) {
-    for (const int n : {10, 300, 5000}) {
-      const CNuPointArray flat = CircleCloud(random, n, 10.0, sweep, 0.02);
-      const Motion motion = RandomMotion(random, 100.0);
-      CNuPointArray moved = Shuffled(random, motion(flat));
-      CNuCircle a(1.0), b(1.0), inner(1.0), outer(1.0);
-      double form = 0.0, formMoved = 0.0, sumsq = 0.0;
-      const auto same = [&](double tol) {
-        EXPECT_NEAR(a.GetRadius(), b.GetRadius(), tol);
-        EXPECT_NEAR(motion(a.GetCentre()).DistanceTo(b.GetCentre()), 0.0, tol);
-        EXPECT_NEAR((motion.Direction(CNuPoint(0, 0, 1)).To3DVector() * b.GetNormal()).Magnitude(), 0.0, 1e-12);
-      };
-      a.FitMin(flat, 1e-9), b.FitMin(moved, 1e-9);
-      same(1e-11);
-      const Extremes around = DistancesFrom(a.GetCentre(), flat);
-      EXPECT_NEAR(around.farthest, a.GetRadius(), 1e-14);
-      a.FitMax(flat, 1e-9), b.FitMax(moved, 1e-9);
-      same(1e-10);
-      EXPECT_NEAR(DistancesFrom(a.GetCentre(), flat).nearest, a.GetRadius(), 1e-13);
-      EXPECT_LE(a.GetRadius(), around.farthest);
-      a.FitMinZone(flat, &form, &inner, &outer, 1e-9, 1000), b.FitMinZone(moved, &formMoved, 1e-9, 1000);
-      same(1e-9);
-      EXPECT_NEAR(form, formMoved, 1e-12);
-      EXPECT_NEAR(DistancesFrom(a.GetCentre(), flat).Width(), form, 1e-13);
-      EXPECT_EQ(outer.GetRadius() - inner.GetRadius(), form);
-      EXPECT_EQ(inner.GetCentre().DistanceTo(outer.GetCentre()), 0.0);
-      EXPECT_NEAR(0.5 * (inner.GetRadius() + outer.GetRadius()), a.GetRadius(), 1e-14);
-      a.Fit(flat, &formMoved, &sumsq, 1000);
-      EXPECT_LE(form, formMoved);
-    }
-  }
+  ExpectFollowing<Circles>(random, {360.0, 200.0, 60.0});
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <new>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "support/failing_new.h"
 #include "support/fitted.h"
@@ -282,21 +283,26 @@ TEST(FailingAllocations, PointSets) {
 TEST(FailingAllocations, Fits) {
   const Geometry geometry;
   Random random(7);
+  std::vector<CNuPointArray> sets;
   for (int n : {20, 1000}) {
-    const CNuPointArray flat = Arc(n, 0.0), space = Arc(n, 3.0), filled = PlaneCloud(random, n, 2.0, 2.0, 0.0);
-    for (const AnyFit& fit : kAllFits) {
-      for (const CNuPointArray& points : {fit.points(random, n), space, flat, Tilted(flat), filled}) {
-        Fitted f;
-        const auto run = [&] { f = fit.start, fit.run(points, 1e-9, 1000, f); };
-        if (OutcomeOf(run) != Outcome::kDone) continue;
-        FailEveryAllocation(fit.Name(), run, [&] {
-          f.form = f.sumsq = fit.start.form;  // some clear these first
-          return f == fit.start;
-        });
-      }
-    }
-    FailEveryAllocation("simplified curve", [&] { CNuSimplifiedCurve curve(space, 0.01); });
+    const CNuPointArray flat = Arc(n, 0.0);
+    for (const CNuPointArray& set : {Arc(n, 3.0), flat, Tilted(flat), PlaneCloud(random, n, 2.0, 2.0, 0.0)})
+      sets.push_back(set);
   }
+  for (const AnyFit& fit : kAllFits) {
+    std::vector<CNuPointArray> all{fit.points(random, 20), fit.points(random, 2100)};
+    all.insert(all.end(), sets.begin(), sets.end());
+    for (const CNuPointArray& points : all) {
+      Fitted f;
+      const auto run = [&] { f = fit.start, fit.run(points, 1e-9, 1000, f); };
+      if (OutcomeOf(run) != Outcome::kDone) continue;
+      FailEveryAllocation(fit.Name(), run, [&] {
+        f.form = f.sumsq = fit.start.form;  // some clear these first
+        return f == fit.start;
+      });
+    }
+  }
+  FailEveryAllocation("simplified curve", [&] { CNuSimplifiedCurve curve(sets[0], 0.01); });
 }
 
 TEST(FailingAllocations, Sections) {
