@@ -12,14 +12,12 @@
 
 namespace {
 
-CNuPointArray Points(const std::vector<CNuPoint>& list) {
-  CNuPointArray points(static_cast<int>(list.size()));
-  for (const CNuPoint& p : list) points.Add(p);
-  return points;
-}
+using namespace nu::test;
 
 CNuPolyline Chain(const std::vector<CNuPoint>& list) {
-  return CNuPolyline(Points(list));
+  CNuPointArray points(1);
+  for (const CNuPoint& p : list) points.Add(p);
+  return CNuPolyline(points);
 }
 
 CNuPolyline Square(double side) {
@@ -74,7 +72,6 @@ TEST(Polyline, MovesWithItsFrame) {
 TEST(Polyline, RefusesWhatHasNoMeaning) {
   CNuPolyline square = Square(2), space = Chain({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {1, 1, 1}});
   const CNuVector z(0, 0, 1);
-  const double nan = std::nan("");
   const auto offset = [](CNuPolyline& curve, double d, const CNuVector& normal, int shape) {
     return FailureOf([&] { delete curve.Offset(d, normal, shape); });
   };
@@ -84,7 +81,7 @@ TEST(Polyline, RefusesWhatHasNoMeaning) {
   EXPECT_EQ(FailureOf([&] { square[-1]; }), "operation 3 element operator[]|CNuPolyline [0,4]");
   EXPECT_EQ(offset(square, 1, CNuVector(0, 0, 0), 0), "operation 9 Offset" + where);
   EXPECT_EQ(offset(square, 1, CNuVector(4), 0), "operation 10 Offset" + where);
-  EXPECT_EQ(offset(square, nan, z, 0), "operation 29 Offset" + where);
+  EXPECT_EQ(offset(square, kNaN, z, 0), "operation 29 Offset" + where);
   EXPECT_EQ(offset(square, 1, CNuVector(0, 1, 1), 0), "operation 45 Offset of non-planar curve" + where);
   EXPECT_EQ(offset(space, 1, z, 0), "operation 45 Offset of non-planar curve" + where);
   EXPECT_EQ(offset(square, 1, z, 2), "operation 45 Offset with different shape" + where);
@@ -102,8 +99,6 @@ TEST(Polyline, RefusesWhatHasNoMeaning) {
   }
   CNuPolyline back = Chain({{0, 0, 0}, {5, 0, 0}, {1, 0, 0}});
   EXPECT_EQ(offset(back, 1, z, 0), "operation 28 Offset" + where);
-  EXPECT_EQ(FailureOf([] { CNuCircle(1).ToPolyline(1); }),
-            "operation 12 conversion|CNuCircle::ToPolyline/PointArray() [0,0]");
   EXPECT_EQ(CNuCircle(1).ToPolyline(2).GetSize(), 2);
   // Every curve has the same bounds on the number of its samples.
   const CNuCircularArc arc(CNuPoint(), CNuPoint(1, 0, 0), CNuPoint(0, 1, 0), NuTrue);
@@ -186,17 +181,11 @@ TEST(Polyline, KeepsNoShortEdge) {
   }
 }
 
-using namespace nu::test;
-
-CNuPoint Anywhere(Random& random, double reach) {
-  return CNuPoint(random.Uniform(-reach, reach), random.Uniform(-reach, reach), random.Uniform(-reach, reach));
-}
-
 // A law that every bounded curve keeps is asked of every kind: 0 a segment, 1 an arc, 2 a polyline, 3 a composite
 // curve, flat ones (all in z = 0) too.
 std::unique_ptr<CNuBoundedCurve> AnyCurve(Random& random, int kind, bool flat) {
   const auto point = [&] {
-    CNuPoint p = Anywhere(random, 2);
+    CNuPoint p = RandomPoint(random, 2);
     if (flat) p.z() = 0;
     return p;
   };
@@ -204,7 +193,7 @@ std::unique_ptr<CNuBoundedCurve> AnyCurve(Random& random, int kind, bool flat) {
   if (kind == 1 && random.Below(4) == 0) {
     const CNuPoint c = point(), start = c + CNuPoint(random.Uniform(0.1, 2), 0, 0);
     auto turn = std::make_unique<CNuCircularArc>(c, start, start, NuTrue);
-    if (!flat) turn->Rotate(random.Uniform(0, 360), Anywhere(random, 1).To3DVector(), c);
+    if (!flat) turn->Rotate(random.Uniform(0, 360), RandomPoint(random, 1).To3DVector(), c);
     return turn;
   }
   if (kind == 1) return std::make_unique<CNuCircularArc>(point(), point(), point());
@@ -275,8 +264,8 @@ TEST(BoundedCurves, KeepTheLawsOfMotionAndEnclosure) {
   for (int i = 0; i < 300; ++i) {
     const bool flat = i % 2 == 0;
     const auto first = AnyCurve(random, i % 4, flat), second = AnyCurve(random, i / 4 % 4, flat);
-    const CNuPoint target = Anywhere(random, 3), centre = Anywhere(random, 3);
-    const CNuVector axis = Anywhere(random, 1).To3DVector();
+    const CNuPoint target = RandomPoint(random, 3), centre = RandomPoint(random, 3);
+    const CNuVector axis = RandomPoint(random, 1).To3DVector();
     CNuPoint p, q, low, high, middle, turned = target;
     CNuVector tangent, normal, tangentAfter, normalAfter;
     double radius = 0, radiusAfter = 0;
@@ -320,11 +309,9 @@ TEST(BoundedCurves, KeepTheLawsOfMotionAndEnclosure) {
 
 // However flat it is, the arc passes through its points, and is rebuilt from its centre, ends and sense.
 TEST(CircularArc, PassesThroughItsThreePoints) {
-  nu::test::Random random(23);
+  Random random(23);
   for (int i = 0; i < 2000; ++i) {
-    const auto any = [&](double size) {
-      return CNuPoint(random.Uniform(-size, size), random.Uniform(-size, size), random.Uniform(-size, size));
-    };
+    const auto any = [&](double size) { return RandomPoint(random, size); };
     const CNuPoint p1 = any(3), p3 = any(3);
     const CNuPoint p2 = p1 + (p3 - p1) * random.Uniform(0.05, 0.95) + any(std::pow(10, random.Uniform(-8, 1)));
     const CNuCircularArc arc(p1, p2, p3);
@@ -373,19 +360,10 @@ TEST(CircularArc, KnowsWhereItRuns) {
     EXPECT_LT(arc.ToPointArray(3)[1].DistanceTo(row.middle), 1e-14) << row.sweep;
     EXPECT_NE(arc.GetSense(), row.sense);
   }
-  Random random(33);
-  for (int i = 0; i < 200; ++i) {
-    const CNuPoint p1 = Anywhere(random, 5), p2 = Anywhere(random, 5), p3 = Anywhere(random, 5);
-    CNuCircularArc arc(p1, p2, p3);
-    const double tol = 1e3 * kEps * (1 + arc.GetRadius() * arc.GetRadius());
-    EXPECT_LT(p2.DistanceTo(arc), tol);
-    EXPECT_LT(std::fabs(arc.GetCentre().DistanceTo(p1) - arc.GetRadius()), tol);
-    EXPECT_LT(std::fabs(arc.GetCentre().DistanceTo(p3) - arc.GetRadius()), tol);
-  }
 }
 
 TEST(BoundedCurves, RefuseWhatTheyCannotBe) {
-  const CNuPoint o, x(1, 0, 0), y(0, 1, 0), nan(std::nan(""), 0, 0);
+  const CNuPoint o, x(1, 0, 0), y(0, 1, 0), nan(kNaN, 0, 0);
   const std::string segment = "construction 10 |CNuLineSegment [0,0]", arc = "construction 12 |CNuCircularArc [0,0]";
   EXPECT_EQ(FailureOf([&] { CNuLineSegment(x, x + CNuPoint(0, 1e-13, 0)); }), segment);
   EXPECT_EQ(FailureOf([&] { CNuLineSegment(x, nan); }), segment);
@@ -518,7 +496,7 @@ TEST(Polyline, FindsTheNearestPairAmongMany) {
 TEST(Polyline, FindsTheNearestPairOfTangles) {
   Random random(83);
   const int n = 2000;
-  const auto any = [&] { return CNuPoint(random.Uniform(-1, 1), random.Uniform(-1, 1), random.Uniform(-1, 1)); };
+  const auto any = [&] { return RandomPoint(random, 1); };
   for (const double gap : {1e-9, 0.0}) {
     CNuPointArray first(2 * n), second(n);
     for (int i = 0; i < n; ++i) first.Add(any());

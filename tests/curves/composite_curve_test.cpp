@@ -77,7 +77,7 @@ TEST(CompositeCurve, IsAChainOfCopies) {
 TEST(CompositeCurve, IsEnclosedWithItsGaps) {
   nu::test::Random random(5);
   for (int i = 0; i < 200; ++i) {
-    const auto any = [&] { return CNuPoint(random.Uniform(-1, 1), random.Uniform(-1, 1), random.Uniform(-1, 1)); };
+    const auto any = [&] { return nu::test::RandomPoint(random, 1); };
     CNuCompositeCurve chain;
     for (int k = 0; k < 1 + i % 3; ++k) chain.AddSegment(CNuLineSegment(any() * 5, any()), NuTrue);
     if (i % 2 == 0) chain.AddSegment(CNuCircularArc(any() * 3, any(), any()), NuTrue);

@@ -158,38 +158,6 @@ TEST(Minimax, SaddlesAreRecognised) {
   EXPECT_EQ(curved.NegativeCurvatureDirection()[0], 0.0);
 }
 
-// The distance from an axis less a radius: what a cylinder adds to the model of the line.
-struct CylinderDistance {
-  static constexpr int kUnknowns = 5;
-  static constexpr int kStrata = AxisDistance::kStrata;
-  AxisDistance axis;
-  double radius = 0.0;
-
-  void Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const {
-    axis.Deviations(block, deviation, smallest, largest);
-    for (std::size_t i = 0; i < block.size; ++i) deviation[i] -= radius;
-    smallest -= radius;
-    largest -= radius;
-  }
-  void Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const {
-    axis.Gradients(block, deviation, gradient);
-    for (std::size_t i = 0; i < block.size; ++i) {
-      deviation[i] -= radius;
-      gradient[4][i] = -1.0;
-    }
-  }
-  void AddCurvature(const Vec3& point, double weight, double (&sum)[5][5]) const {
-    double part[4][4] = {};
-    axis.AddCurvature(point, weight, part);
-    for (int i = 0; i < 4; ++i)
-      for (int j = 0; j < 4; ++j) sum[i][j] += part[i][j];
-  }
-  CylinderDistance Moved(const double (&step)[5]) const {
-    return {axis.Moved({step[0], step[1], step[2], step[3]}), radius + step[4]};
-  }
-  int Stratum(const Vec3& point) const { return axis.Stratum(point); }
-};
-
 // All points are inside, the contacts on the boundary, and their gradients balance.
 template<class Model>
 void ExpectOptimum(PointBlocks& blocks, const MinimaxSolution<Model>& found, double least, double most,
@@ -223,8 +191,8 @@ void ExpectOptimum(PointBlocks& blocks, const MinimaxSolution<Model>& found, dou
   }
 }
 
-// A shaft with form deviations: the smallest cylinder around it, the largest inside, the narrowest between two.
-TEST(Minimax, ReachesTheOptimumOnEverySide) {
+// A shaft with form deviations: the smallest cylinder around it and the largest inside.
+TEST(Minimax, ReachesTheOptimumOnEitherSide) {
   constexpr double kRounding = 1e-14;
   Random random(12);
   for (int c = 0; c < 150; ++c) {
@@ -243,9 +211,6 @@ TEST(Minimax, ReachesTheOptimumOnEverySide) {
     ExpectOptimum(blocks, outer, 0.0, outer.value, 1e-12);
     const auto inner = Minimax<AxisDistance>(blocks, MinimaxSide::inner, kRounding, 1000).Solve(start);
     ExpectOptimum(blocks, inner, -inner.value, kInf, 1e-12);
-    const auto both = Minimax<CylinderDistance>(blocks, MinimaxSide::both, kRounding, 1000).Solve({start, 5.0});
-    ExpectOptimum(blocks, both, -both.value, both.value, 1e-12);
-    EXPECT_LE(2.0 * both.value, outer.value + inner.value + 0.1);
   }
 }
 

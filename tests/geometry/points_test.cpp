@@ -95,7 +95,7 @@ TEST(PointRelations, DistancesDoNotFeelSizeOrOffset) {
 
 TEST(PointRelations, ProjectionsAreFeetAndMidElementsLieHalfway) {
   Random random(3);
-  const auto any = [&random] { return CNuPoint(random.Uniform(-9, 9), random.Uniform(-9, 9), random.Uniform(-9, 9)); };
+  const auto any = [&random] { return RandomPoint(random, 9); };
   constexpr double tol = 1e-13;
   for (int i = 0; i < 100; ++i) {
     const CNuPoint p = any(), q = any();

@@ -19,15 +19,12 @@ struct Place {
   Place(Random& source, double length, double offset)
       : random(source),
         size(length),
-        base(Anywhere(source) * (length * offset)),
+        base(RandomPoint(source, 1.0) * (length * offset)),
         rounding(kEps * size * (1 + offset)) {}
 
-  static CNuPoint Anywhere(Random& random) {
-    return CNuPoint(random.Uniform(-1, 1), random.Uniform(-1, 1), random.Uniform(-1, 1));
-  }
-  CNuPoint Point() { return base + Anywhere(random) * size; }
+  CNuPoint Point() { return base + RandomPoint(random, 1.0) * size; }
   CNuVector Direction() {
-    CNuVector v = Anywhere(random).To3DVector();
+    CNuVector v = RandomPoint(random, 1.0).To3DVector();
     v.Normalise();
     return v;
   }
@@ -50,10 +47,6 @@ void ForPlaces(int count, Case check) {
       }
     }
   }
-}
-
-CNuPoint Along(const CNuPoint& p, const CNuVector& direction, double t) {
-  return p + CNuPoint(direction[0], direction[1], direction[2]) * t;
 }
 
 // A circle in some plane that passes through both points.

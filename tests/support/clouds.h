@@ -11,6 +11,7 @@
 
 #include "nu/geometry/point.h"
 #include "nu/geometry/point_array.h"
+#include "nu/linalg/vector.h"
 
 // Seeded clouds of points, the same on every platform: the distributions of the standard library are not.
 namespace nu::test {
@@ -195,13 +196,24 @@ inline CNuPointArray BoxCloud(Random& random, int n, double dx, double dy, doubl
   return points;
 }
 
+// Evenly in a cube about the origin.
+inline CNuPoint RandomPoint(Random& random, double reach) {
+  const double x = random.Uniform(-reach, reach);
+  const double y = random.Uniform(-reach, reach);
+  return {x, y, random.Uniform(-reach, reach)};
+}
+
+// By any factor: the product of a point refuses large ones.
+inline CNuPoint Along(const CNuPoint& p, const CNuVector& direction, double t = 1.0) {
+  return {p.x() + t * direction[0], p.y() + t * direction[1], p.z() + t * direction[2]};
+}
+
 inline CNuPointArray PointsOf(std::initializer_list<CNuPoint> list) {
   CNuPointArray points(static_cast<int>(list.size()));
   for (const CNuPoint& p : list) points.Add(p);
   return points;
 }
 
-// By any factor: the product of a point refuses large ones.
 inline CNuPointArray Scaled(CNuPointArray points, double factor) {
   for (int i = 0; i < points.GetSize(); ++i)
     points[i] = {points[i].x() * factor, points[i].y() * factor, points[i].z() * factor};

@@ -11,11 +11,6 @@ namespace {
 
 using namespace nu::test;
 
-CNuPoint Along(const CNuLine& line, double t) {
-  const CNuVector d = line.GetDirection();
-  return line.GetPoint() + CNuPoint(t * d[0], t * d[1], t * d[2]);
-}
-
 // Points at a known place of a cone that is turned at random: `up` along a generator from the apex, `out` across it.
 TEST(Cone, PointsKnowTheirDistanceFootAndSide) {
   Random random(61);
@@ -83,7 +78,7 @@ TEST(Cone, LinesMeetItOrComeClose) {
     const double middle = (cone.GetApex() - line.GetPoint()).To3DVector() % line.GetDirection();
     int changes = 0, side = -1;
     for (double u = -1.56; u <= 1.56; u += 0.02) {
-      const CNuPoint on = Along(line, middle + size * std::tan(u));
+      const CNuPoint on = Along(line.GetPoint(), line.GetDirection(), middle + size * std::tan(u));
       ASSERT_GE(on.DistanceTo(cone), distance * (1.0 - 1e-9)) << run;
       const int here = on.SurfaceSide(cone, 1e-10 * size);
       if (here == CNuGeometry::SIDE_ON) continue;

@@ -10,33 +10,6 @@ namespace {
 
 using namespace nu::test;
 
-TEST(Cylinder, HoldsAnAxisAndARadius) {
-  const CNuVector flat(2);
-  for (const double radius : {0.0, -1.0, std::nan("")}) {
-    EXPECT_EQ(FailureOf([&] { CNuCylSurf c(radius); }), "construction 5 radius|CNuCylSurf [0,0]");
-    EXPECT_EQ(FailureOf([&] { CNuCylSurf c(radius, CNuPoint(), flat); }), "construction 5 radius|CNuCylSurf [0,0]");
-  }
-  EXPECT_EQ(FailureOf([&] { CNuCylSurf c(1.0, CNuPoint(), flat); }), "construction 4 |CNuCylSurf [0,0]");
-  EXPECT_EQ(FailureOf([] { CNuCylSurf c(1.0, CNuPoint(), CNuVector(0, 0, 0)); }), "construction 3 |CNuCylSurf [0,0]");
-
-  EXPECT_EQ(CNuCylSurf(2.0).IsPositionSet(), NuFalse);
-  EXPECT_EQ(CNuCylSurf(2.0).GetAxisDirection()[2], 1.0);
-  CNuCylSurf cylinder(2.0, CNuPoint(1, 2, 3), CNuVector(0, 4, 0));
-  const CNuCylSurf copy(cylinder);
-  EXPECT_EQ(copy.GetType(), 33);
-  CNuPoint point;
-  CNuVector direction;
-  double radius = 0.0;
-  copy.GetData(&radius, &point, &direction);
-  EXPECT_TRUE(radius == 2.0 && copy.GetRadius() == 2.0 && point.y() == 2.0 && direction[1] == 1.0);
-  cylinder.Rotate(90.0, CNuGeometry::X_AXIS, CNuPoint(1, 2, 3));
-  cylinder.Translate(1.0, 0.0, 0.0);
-  EXPECT_LE(cylinder.GetAxis().GetPoint().DistanceTo(CNuPoint(2, 2, 3)), 4 * kEps);
-  EXPECT_NEAR(cylinder.GetAxis().GetDirection()[2], 1.0, 4 * kEps);
-  cylinder = copy;
-  EXPECT_EQ(cylinder.GetAxis().GetDirection()[1], 1.0);
-}
-
 // Points at a known place of a cylinder that is turned at random: p = axis point + rho along `across` + h along the
 // axis.
 TEST(Cylinder, PointsKnowTheirDistanceFootAndSide) {
@@ -64,12 +37,9 @@ TEST(Cylinder, LinesMeetItInTheirOrder) {
   int met[3] = {};
   for (int k = 0; k < 500; ++k) {
     const Motion motion = RandomMotion(random, 100.0);
-    const auto any = [&](double reach) {
-      return CNuPoint(random.Uniform(-reach, reach), random.Uniform(-reach, reach), random.Uniform(-reach, reach));
-    };
     const double radius = random.Uniform(1.0, 10.0);
-    const CNuCylSurf cylinder(radius, motion(any(5.0)), any(1.0));
-    const CNuLine line(motion(any(10.0)), any(1.0).To3DVector());
+    const CNuCylSurf cylinder(radius, motion(RandomPoint(random, 5.0)), RandomPoint(random, 1.0));
+    const CNuLine line(motion(RandomPoint(random, 10.0)), RandomPoint(random, 1.0).To3DVector());
     CNuPoint p[2], closest[2];
     const int count = cylinder.IntersectWith(line, &p[0], &p[1]);
     ++met[count];
@@ -95,24 +65,6 @@ TEST(Cylinder, LinesMeetItInTheirOrder) {
   EXPECT_EQ(inside.IntersectWith(upright, &p, &q) + inside.ClosestPointsTo(upright, &p, &q), 0);
   EXPECT_EQ(inside.DistanceTo(upright), 1.5);
   EXPECT_EQ(CNuLine(CNuPoint(2, 0, 0), CNuVector(0, 0, 1)).IntersectWith(upright, &p, &q), 0);
-}
-
-TEST(Cylinder, IsTheQuadricOfItsMatrix) {
-  const Motion motion{{{0.6, 0.8, 0.0}, {0.0, 0.0, -1.0}, {-0.8, 0.6, 0.0}}, {4, -7, 2}};
-  const CNuCylSurf cylinder(3.0, motion(CNuPoint()), motion.Direction(CNuPoint(0, 0, 1)));
-  CNuCylSurf frame(1.0, CNuPoint(1, 2, 3), CNuVector(1, 2, 2));
-  const CNuMatrix world = cylinder.ToAlgebraicForm();
-  const CNuMatrix local = cylinder.ToAlgebraicForm(frame);
-  for (const double rho : {3.0, 4.0}) {
-    for (int k = 0; k < 12; ++k) {
-      const CNuPoint p = motion(CNuPoint(rho * std::cos(k), rho * std::sin(k), 2.0 * k - 9.0));
-      CNuPoint inFrame = p;
-      inFrame.MoveTo(frame);
-      const double expected = rho * rho - 9.0;
-      EXPECT_NEAR(p.To4DVector() * world % p.To4DVector(), expected, 1e-12);
-      EXPECT_NEAR(inFrame.To4DVector() * local % inFrame.To4DVector(), expected, 1e-12);
-    }
-  }
 }
 
 }  // namespace

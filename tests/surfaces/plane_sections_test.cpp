@@ -20,10 +20,6 @@ const T& As(const CNuObject& object) {
   return static_cast<const T&>(object);
 }
 
-CNuPoint Along(const CNuPoint& p, const CNuVector& direction, double t) {
-  return p + CNuPoint(t * direction[0], t * direction[1], t * direction[2]);
-}
-
 // The array held something before; the surface answers as the plane does.
 template<class Surface>
 Objects SectionOf(const CNuPlane& plane, const Surface& surface) {
@@ -42,21 +38,6 @@ Objects SectionOf(const CNuPlane& plane, const Surface& surface) {
   return objects;
 }
 
-CNuPointArray PointsOf(const CNuObject& object, double size) {
-  const int type = object.GetType();
-  if (type == CNuObject::NuTypeCircle) return As<CNuCircle>(object).ToPointArray(17);
-  if (type == CNuObject::NuTypeEllipse) return As<CNuEllipse>(object).ToPointArray(17);
-  CNuPointArray points(18);
-  if (type == CNuObject::NuTypePoint) points.Add(As<CNuPoint>(object));
-  for (const int side : {0, 1}) {
-    if (type == CNuObject::NuTypeHyperbola) points.Append(As<CNuHyperbola>(object).ToPointArray(9, -3.0, 3.0, side));
-    if (type == CNuObject::NuTypeParabola) points.Append(As<CNuParabola>(object).ToPointArray(9, 0.0, size, side));
-    if (type != CNuObject::NuTypeLine) continue;
-    points.Add(Along(As<CNuLine>(object).GetPoint(), As<CNuLine>(object).GetDirection(), (0.5 - side) * size));
-  }
-  return points;
-}
-
 double Largest(const CNuPoint& p) {
   return std::max({std::fabs(p.x()), std::fabs(p.y()), std::fabs(p.z())});
 }
@@ -69,7 +50,7 @@ double WorstOf(const Objects& section, const CNuPlane& plane, const Surface& sur
   constexpr double kSteep = 0.01;
   double worst = 0.0, extent = size;
   for (const auto& object : section) {
-    const CNuPointArray points = PointsOf(*object, size);
+    const CNuPointArray points = PointsOfObject(*object, size);
     for (int i = 0; i < points.GetSize(); ++i) extent = std::max(extent, Largest(points[i]));
     for (int i = 0; i < points.GetSize(); ++i)
       worst = std::max({worst, points[i].DistanceTo(plane) / extent, points[i].DistanceTo(surface) / extent});

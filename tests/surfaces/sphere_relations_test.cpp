@@ -12,12 +12,6 @@ namespace {
 
 using namespace nu::test;
 
-CNuPoint RandomPoint(Random& random, double reach) {
-  const double x = random.Uniform(-reach, reach);
-  const double y = random.Uniform(-reach, reach);
-  return {x, y, random.Uniform(-reach, reach)};
-}
-
 CNuSphSurf RandomSphere(Random& random, double size) {
   const double radius = size * random.Uniform(0.01, 2.0);
   return {radius, RandomPoint(random, size)};
