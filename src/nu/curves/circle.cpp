@@ -23,7 +23,7 @@ CNuCircle::CNuCircle(double radius, const CNuPoint& centre) : CNuCircle(radius) 
 }
 
 CNuCircle::CNuCircle(double radius, const CNuPoint& centre, const CNuVector& normal) : CNuCircle(radius) {
-  CNuVector zaxis = nu::internal::RequireDirection(normal, 4, kName);
+  CNuVector zaxis = nu::internal::RequireDirection(normal, NuConstructionDirection, kName);
   CNuVector xaxis;
   zaxis.OrthonormalX(&xaxis);
   SetPosition(centre, xaxis, zaxis);

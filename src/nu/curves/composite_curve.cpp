@@ -27,7 +27,7 @@ namespace {
 std::shared_ptr<CNuBoundedCurve> CopyOf(const CNuBoundedCurve& segment) {
   if (const auto* line = As<CNuLineSegment>(segment)) return std::make_shared<CNuLineSegment>(*line);
   if (const auto* arc = As<CNuCircularArc>(segment)) return std::make_shared<CNuCircularArc>(*arc);
-  FailOperation(45, "Add segment of specified type", "CNuCompositeCurve::AddSegment()");
+  FailOperation(NuOperationUnsupported, "Add segment of specified type", "CNuCompositeCurve::AddSegment()");
 }
 
 // The objects that several segments share, which are the default ones of either type.
@@ -164,7 +164,7 @@ const CNuBoundedCurve* CNuCompositeCurve::GetSegment(int i) const {
 }
 
 void CNuCompositeCurve::RequireSegments(const char* where) const {
-  if (m_segments.empty()) FailOperation(8, "operation", where);
+  if (m_segments.empty()) FailOperation(NuOperationEmpty, "operation", where);
 }
 
 ENuBoolean CNuCompositeCurve::IsClosed(double tol) const {
@@ -200,7 +200,7 @@ void CNuCompositeCurve::Reverse() {
 CNuPolyline CNuCompositeCurve::ToPolyline(double tol) const {
   constexpr const char* where = "CNuCompositeCurve::ToPolyline()";
   RequireSegments(where);
-  if (!(tol > 0.0)) FailOperation(12, "conversion", where);
+  if (!(tol > 0.0)) FailOperation(NuOperationCount, "conversion", where);
   const PieceChain chain = PiecesOf(*this);
   const double joinTol = TolOf(chain);
   double parts = 2.0;

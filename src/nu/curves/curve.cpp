@@ -19,7 +19,8 @@ void CNuCurve::FitQuadratic(const CNuPointArray& xy, CNuVector* six) {
   RequireCount(xy, kLeastPoints, kName);
   RequireFinite(xy, kName);
   const Box box = ExtentsOf(ViewOf(xy)).box;
-  if (!(box.high[2] - box.low[2] <= NuGetLengthTol())) FailOperation(45, "3D calculation", "CNuCurve::FitQuadratic()");
+  if (!(box.high[2] - box.low[2] <= NuGetLengthTol()))
+    FailOperation(NuOperationUnsupported, "3D calculation", "CNuCurve::FitQuadratic()");
   if (CNuGeometry::NumberDistinctPoints(xy, kLeastPoints, NuGetLengthTol()) == 0) {
     FailFit(kDegeneratePoints, kName, kLeastPoints);
   }
@@ -37,7 +38,7 @@ void CNuCurve::FitQuadratic(const CNuPointArray& xy, CNuVector* six) {
 
 int CNuCurve::ClassifyQuadratic(const CNuVector& six, double tol) {
   constexpr const char* kWhere = "CNuCurve::ClassifyQuadratic()";
-  if (six.GetSize() != 6) FailOperation(5, "data checking", kWhere);
+  if (six.GetSize() != 6) FailOperation(NuOperationSizeMismatch, "data checking", kWhere);
   switch (KindOf({six[0], six[1], six[2], six[3], six[4], six[5]}, tol)) {
     case QuadraticKind::ellipse:
       return 1;
@@ -50,5 +51,5 @@ int CNuCurve::ClassifyQuadratic(const CNuVector& six, double tol) {
     case QuadraticKind::none:
       break;
   }
-  FailOperation(46, "classification", kWhere);
+  FailOperation(NuOperationFailed, "classification", kWhere);
 }

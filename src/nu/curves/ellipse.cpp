@@ -23,7 +23,7 @@ double RequireSemiAxis(double length) {
 }  // namespace
 
 CNuEllipse::CNuEllipse(double a, double b) : CNuCurve(NuTypeEllipse), m_a(RequireSemiAxis(a)), m_b(RequireSemiAxis(b)) {
-  if (a < b) throw CNuConstructionException(7, kName, "semi-axis", 0, 0);
+  if (a < b) throw CNuConstructionException(NuConstructionLengthOrder, kName, "semi-axis", 0, 0);
 }
 
 CNuEllipse::CNuEllipse(double a, double b, const CNuPoint& centre) : CNuEllipse(a, b) {

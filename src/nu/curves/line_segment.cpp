@@ -20,7 +20,7 @@ constexpr const char* kOffset = "CNuLineSegment::Offset()";
 
 const CNuPoint& RequireApart(const CNuPoint& start, const CNuPoint& end) {
   if (start.IsEqual(end, NuGetLengthTol()) || !IsFinite(Components(end - start))) {
-    throw CNuConstructionException(10, kName, nullptr, 0, 0);
+    throw CNuConstructionException(NuConstructionCoincident, kName, nullptr, 0, 0);
   }
   return start;
 }
@@ -169,7 +169,7 @@ double CNuLineSegment::Length() const {
 
 CNuBoundedCurve* CNuLineSegment::Offset(double distance, const CNuVector& normal, int) {
   const Vec3 across = Cross(DirectionOf(Data()), RequireOffset(distance, normal, kOffset));
-  if (IsParallel(SafeNorm(across), ParallelTol())) FailOperation(26, "Offset", kOffset);
+  if (IsParallel(SafeNorm(across), ParallelTol())) FailOperation(NuOperationOffsetDirection, "Offset", kOffset);
   const Vec3 shift = distance * Unit(across);
   auto moved = std::make_unique<CNuLineSegment>(*this);
   moved->CNuNonLinearGeometry::Translate(shift.x, shift.y, shift.z);

@@ -67,7 +67,7 @@ int CNuParabola::IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2
 
 CNuPointArray CNuParabola::ToPointArray(int n, double t0, double t1, int side) const {
   RequireSamples(n, t0, t1, side, kSampling);
-  if (!(t1 > 0.0)) FailOperation(14, "conversion", kSampling);
+  if (!(t1 > 0.0)) FailOperation(NuOperationArgument, "conversion", kSampling);
   const double root = (side == 0 ? 2.0 : -2.0) * std::sqrt(m_f);
   return SampledPoints(nu::internal::DataOf(*this), n, std::fmax(t0, 0.0), t1, kSampling, [root](double t) {
     return Vec2{t, root * std::sqrt(t)};

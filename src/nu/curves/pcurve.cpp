@@ -102,7 +102,7 @@ CNuPoint CNuPCurve::ClosestPoint(const CNuPoint& p, double* u) const {
 CNuPointArray CNuPCurve::ToPointArrayWithin(double tol) const {
   std::vector<double> samples;
   if (tol > 0.0) samples = m_curve->SamplesWithin(tol / m_scale, kMostSamples);
-  if (samples.empty()) FailOperation(12, "conversion", "CNuPCurve::ToPolyline/PointArray()");
+  if (samples.empty()) FailOperation(NuOperationCount, "conversion", "CNuPCurve::ToPolyline/PointArray()");
   const AxisFrame frame = AxesOf(GetFrame());
   CNuPointArray points(static_cast<int>(samples.size()));
   for (const double u : samples) points.Add(World(frame, m_scale * m_curve->At(u)));
@@ -124,7 +124,8 @@ CNuPCurve CNuPCurve::Part(const CNuInterval& range) const {
     lower = std::fmax(lower, path.lower);
     upper = std::fmin(upper, path.upper);
   }
-  if (!(lower < upper) || !std::isfinite(lower + upper)) FailOperation(45, "calculation", "CNuPCurve::Part()");
+  if (!(lower < upper) || !std::isfinite(lower + upper))
+    FailOperation(NuOperationUnsupported, "calculation", "CNuPCurve::Part()");
   const std::unique_ptr<CNuPCurve> part(
       nu::internal::NewPCurve(m_curve->Part(lower, upper), AxesOf(GetFrame()), m_scale));
   return *part;
@@ -140,7 +141,7 @@ int CNuPCurve::ClipTo(const CNuPoint& lower, const CNuPoint& upper, CNuObjArray*
                                       {axes[2], most.z},          {-1.0 * axes[0], -least.x},
                                       {-1.0 * axes[1], -least.y}, {-1.0 * axes[2], -least.z}};
   for (const HalfSpace& half : box) {
-    if (std::isnan(half.height)) FailOperation(45, "calculation", "CNuPCurve::ClipTo()");
+    if (std::isnan(half.height)) FailOperation(NuOperationUnsupported, "calculation", "CNuPCurve::ClipTo()");
   }
   NewObjects found;
   const QuadricPath& path = m_curve->path;

@@ -12,7 +12,8 @@ using namespace nu::internal;
 namespace {
 
 const CNuPointArray& RequirePoints(const CNuPointArray& points) {
-  if (points.GetSize() == 0) throw CNuConstructionException(1, "CNuPolyline", "size of CNuPointArray", 0, 0);
+  if (points.GetSize() == 0)
+    throw CNuConstructionException(NuConstructionSize, "CNuPolyline", "size of CNuPointArray", 0, 0);
   return points;
 }
 

@@ -15,7 +15,7 @@ namespace {
 constexpr const char* kName = "CNuSimplifiedCurve";
 
 const CNuPointArray& RequirePoints(const CNuPointArray& points) {
-  if (points.GetSize() == 0) throw CNuConstructionException(1, kName, "size of CNuPointArray", 0, 0);
+  if (points.GetSize() == 0) throw CNuConstructionException(NuConstructionSize, kName, "size of CNuPointArray", 0, 0);
   return points;
 }
 

@@ -35,7 +35,7 @@ enum ENuOperationCause {
   NuOperationNotThreeComponents = 10,  // a vector that has not three components
   NuOperationHomogeneous = 11,         // a vector that has neither three nor four components
   NuOperationCount = 12,               // a number of samples or a tolerance that gives no polyline
-  NuOperationCapacity = 14,            // a size that an array cannot have; a range without points
+  NuOperationArgument = 14,            // a size that an array cannot have; a range without points
   NuOperationRange = 15,               // a range that ends before it starts
   NuOperationMatrix = 16,              // a matrix that is singular or not square
   NuOperationUnsolvable = 17,          // a system of equations that cannot be solved

@@ -19,7 +19,7 @@ constexpr ArrayTexts kTexts = [] {
 }();
 
 void RequireNotEmpty(int size, const char* what, const char* where) {
-  if (size == 0) FailOperation(8, what, where);
+  if (size == 0) FailOperation(NuOperationEmpty, what, where);
 }
 
 }  // namespace

@@ -8,7 +8,6 @@ namespace {
 // Added to the cause, so that the stored code tells the kinds apart.
 constexpr int kOperation = 100;
 constexpr int kBestfit = 200;
-constexpr int kMemory = 301;
 
 template<std::size_t N>
 void CopyText(const char* text, char (&field)[N]) {
@@ -106,7 +105,7 @@ int CNuBestfitException::GetCause() const {
 
 CNuMemoryException::CNuMemoryException(const char* where) : CNuException(0) {
   if (where == nullptr) return;
-  m_nCause = kMemory;
+  m_nCause = NuMemoryExhausted;
   SetWhere(where);
 }
 

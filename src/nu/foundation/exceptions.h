@@ -2,6 +2,7 @@
 #define NU_FOUNDATION_EXCEPTIONS_H
 
 #include "nu/export.h"
+#include "nu/foundation/causes.h"
 
 // The root of the exceptions that the library throws by value; catch by reference. An exception owns no memory, so
 // copying it cannot fail. The fields are read directly; a text longer than its field is truncated. A cause of 0, or a

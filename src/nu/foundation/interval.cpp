@@ -11,7 +11,7 @@ CNuInterval::CNuInterval() : CNuAlgebra(NuTypeInterval), m_lower(0.0), m_upper(N
 // A NaN bound keeps no order and is refused with the rest: lower < upper always holds.
 CNuInterval::CNuInterval(double lower, double upper, int leftOpen, int rightOpen)
     : CNuAlgebra(NuTypeInterval), m_leftOpen(leftOpen), m_rightOpen(rightOpen), m_lower(lower), m_upper(upper) {
-  if (!(lower < upper)) throw CNuConstructionException(11, "CNuInterval", nullptr, 0, 0);
+  if (!(lower < upper)) throw CNuConstructionException(NuConstructionInterval, "CNuInterval", nullptr, 0, 0);
 }
 
 void CNuInterval::GetBounds(double* lower, double* upper) const {

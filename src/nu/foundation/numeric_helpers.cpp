@@ -107,7 +107,7 @@ ENuBoolean NuIsTriangle(double a, double b, double c, double tol) {
 }
 
 double nu::acosh(double x) {
-  if (!(x >= 1.0)) throw CNuOperationException(1, "calculation", "acosh", 0, 0, 0.0, 0.0);
+  if (!(x >= 1.0)) throw CNuOperationException(NuOperationDomain, "calculation", "acosh", 0, 0, 0.0, 0.0);
   // ln(x + sqrt(x^2 - 1)), without the overflow of the square and the cancellation near 1.
   return Acosh(x);
 }

@@ -50,8 +50,8 @@ CNuMatrix CNuGeometry::RotationMatrix(double angle, EAxisType axis) {
 
 CNuMatrix CNuGeometry::RotationMatrix(double angle, const CNuVector& axis) {
   constexpr const char* kWhere = "CNuGeometry::RotationMatrix()";
-  if (axis.GetSize() != 3) FailOperation(10, "rotation", kWhere);
-  if (axis.IsZero(NuGetZero())) FailOperation(9, "rotation", kWhere);
+  if (axis.GetSize() != 3) FailOperation(NuOperationNotThreeComponents, "rotation", kWhere);
+  if (axis.IsZero(NuGetZero())) FailOperation(NuOperationZeroVector, "rotation", kWhere);
   const auto [a, b, w] = Unit(Components(axis));
   const auto [c, s] = TurnByDegrees(angle);
   const double t = 1.0 - c;

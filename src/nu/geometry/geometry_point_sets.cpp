@@ -82,7 +82,7 @@ CNuPointArray CNuGeometry::Projection2D(const CNuPointArray& points, CNuVector& 
 
 CNuPointArray CNuGeometry::Projection2D(const CNuPointArray& points, const CNuPoint& origin, const CNuVector& xaxis,
                                         const CNuVector& yaxis) {
-  if (xaxis.GetSize() != 3 || yaxis.GetSize() != 3) FailOperation(5, "operator%", "CNuVector");
+  if (xaxis.GetSize() != 3 || yaxis.GetSize() != 3) FailOperation(NuOperationSizeMismatch, "operator%", "CNuVector");
   CNuPointArray projected(points.GetSize());
   const Vec3 start = Components(origin);
   const Vec3 x = Components(xaxis);

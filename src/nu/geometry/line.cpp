@@ -13,8 +13,9 @@ constexpr const char* kName = "CNuLine";
 
 CNuVector DirectionThrough(const CNuPoint& p, const CNuPoint& q) {
   const CNuPoint difference = q - p;
-  if (difference.IsZero(NuGetLengthTol())) throw CNuConstructionException(10, kName, nullptr, 0, 0);
-  return RequireDirection(difference.To3DVector(), 10, kName);
+  if (difference.IsZero(NuGetLengthTol()))
+    throw CNuConstructionException(NuConstructionCoincident, kName, nullptr, 0, 0);
+  return RequireDirection(difference.To3DVector(), NuConstructionCoincident, kName);
 }
 
 }  // namespace
@@ -22,7 +23,9 @@ CNuVector DirectionThrough(const CNuPoint& p, const CNuPoint& q) {
 CNuLine::CNuLine() : CNuGeometry(NuTypeLine), m_direction(1.0, 0.0, 0.0) {}
 
 CNuLine::CNuLine(const CNuPoint& point, const CNuVector& direction)
-    : CNuGeometry(NuTypeLine), m_point(point), m_direction(RequireDirection(direction, 3, kName)) {}
+    : CNuGeometry(NuTypeLine),
+      m_point(point),
+      m_direction(RequireDirection(direction, NuConstructionZeroDirection, kName)) {}
 
 CNuLine::CNuLine(const CNuPoint& p, const CNuPoint& q)
     : CNuGeometry(NuTypeLine), m_point(p), m_direction(DirectionThrough(p, q)) {}

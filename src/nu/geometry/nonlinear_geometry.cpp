@@ -14,8 +14,8 @@ bool IsNoTurn(double angle) {
 }
 
 void RequireRotationAxis(const CNuVector& axis) {
-  if (axis.GetSize() != 3) FailOperation(10, "rotation", "CNuNonLinearGeometry");
-  if (axis.IsZero(NuGetZero())) FailOperation(9, "rotation", "CNuNonLinearGeometry");
+  if (axis.GetSize() != 3) FailOperation(NuOperationNotThreeComponents, "rotation", "CNuNonLinearGeometry");
+  if (axis.IsZero(NuGetZero())) FailOperation(NuOperationZeroVector, "rotation", "CNuNonLinearGeometry");
 }
 
 // The 4 x 4 matrix that takes the row (q, 1) to (q * R + T, 1).

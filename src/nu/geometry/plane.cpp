@@ -15,8 +15,9 @@ constexpr const char* kName = "CNuPlane";
 CNuVector NormalThrough(const CNuPoint& point, const CNuLine& line) {
   const Vec3 direction = Components(line.GetDirection());
   const Vec3 fromLine = Rejection(Components(point - line.GetPoint()), direction);
-  if (point.DistanceTo(line) < NuGetLengthTol()) throw CNuConstructionException(9, kName, nullptr, 0, 0);
-  return RequireDirection(Cross(direction, fromLine), 9, kName);
+  if (point.DistanceTo(line) < NuGetLengthTol())
+    throw CNuConstructionException(NuConstructionPlane, kName, nullptr, 0, 0);
+  return RequireDirection(Cross(direction, fromLine), NuConstructionPlane, kName);
 }
 
 }  // namespace
@@ -24,7 +25,7 @@ CNuVector NormalThrough(const CNuPoint& point, const CNuLine& line) {
 CNuPlane::CNuPlane() : CNuGeometry(NuTypePlane), m_normal(0.0, 0.0, 1.0) {}
 
 CNuPlane::CNuPlane(const CNuPoint& point, const CNuVector& normal)
-    : CNuGeometry(NuTypePlane), m_point(point), m_normal(RequireDirection(normal, 4, kName)) {}
+    : CNuGeometry(NuTypePlane), m_point(point), m_normal(RequireDirection(normal, NuConstructionDirection, kName)) {}
 
 CNuPlane::CNuPlane(const CNuPoint& point, const CNuLine& line)
     : CNuGeometry(NuTypePlane), m_point(point), m_normal(NormalThrough(point, line)) {}

@@ -46,7 +46,7 @@ CNuPlane CNuPlane::MidPlane(const CNuLine& l) const {
   RequireFinite(where, line, plane);
   const double rise = Dot(line.direction, plane.normal);
   const Vec3 projected = Rejection(line.direction, plane.normal);
-  if (IsParallel(Norm(projected), ParallelTol())) FailOperation(24, "calculation", where);
+  if (IsParallel(Norm(projected), ParallelTol())) FailOperation(NuOperationPlaneAcrossLine, "calculation", where);
   const Vec3 q = Unit(projected);
   const Vec3 normal = (1.0 + Dot(line.direction, q)) * plane.normal - rise * q;
   return PlaneFor(Components(l.MidLine(*this).GetPoint()), normal, where);

@@ -53,23 +53,23 @@ void CNuPoint::Swap(CNuPoint& a, CNuPoint& b) {
 // Hosts rely on where each of the four limits lies, so they are not made alike.
 
 CNuPoint CNuPoint::operator*(double s) const {
-  if (!(std::fabs(s) < NuGetLarge())) FailOperation(7, "operator*", "CNuPoint");
+  if (!(std::fabs(s) < NuGetLarge())) FailOperation(NuOperationLargeFactor, "operator*", "CNuPoint");
   return CNuPoint(m_xyz[0] * s, m_xyz[1] * s, m_xyz[2] * s);
 }
 
 CNuPoint CNuPoint::operator/(double s) const {
-  if (std::fabs(s) < NuGetZero()) FailOperation(6, "operator/", "CNuPoint");
+  if (std::fabs(s) < NuGetZero()) FailOperation(NuOperationZeroDivisor, "operator/", "CNuPoint");
   return CNuPoint(m_xyz[0] / s, m_xyz[1] / s, m_xyz[2] / s);
 }
 
 CNuPoint& CNuPoint::operator*=(double s) {
-  if (std::fabs(s) > NuGetLarge()) FailOperation(7, "operator*=", "CNuPoint");
+  if (std::fabs(s) > NuGetLarge()) FailOperation(NuOperationLargeFactor, "operator*=", "CNuPoint");
   for (double& coordinate : m_xyz) coordinate *= s;
   return *this;
 }
 
 CNuPoint& CNuPoint::operator/=(double s) {
-  if (!(std::fabs(s) > NuGetZero())) FailOperation(6, "operator/=", "CNuPoint");
+  if (!(std::fabs(s) > NuGetZero())) FailOperation(NuOperationZeroDivisor, "operator/=", "CNuPoint");
   for (double& coordinate : m_xyz) coordinate /= s;
   return *this;
 }
@@ -91,7 +91,8 @@ void CNuPoint::Rotate(double angle, const CNuVector& axis, const CNuPoint& centr
 }
 
 void CNuPoint::MoveTo(const CNuPoint& origin, const CNuVector& xaxis, const CNuVector& zaxis) {
-  if (xaxis.GetSize() != 3 || zaxis.GetSize() != 3) FailOperation(10, "calculation", "CNuPoint::MoveTo()");
+  if (xaxis.GetSize() != 3 || zaxis.GetSize() != 3)
+    FailOperation(NuOperationNotThreeComponents, "calculation", "CNuPoint::MoveTo()");
   const Vec3 v = Components(*this - origin);
   const Vec3 x = Unit(Components(xaxis));
   const Vec3 z = Unit(Components(zaxis));

@@ -27,7 +27,7 @@ using namespace nu::internal;
 namespace {
 
 void RequirePoints(const CNuPointArray& points, const char* what, const char* where) {
-  if (points.GetSize() == 0) FailOperation(8, what, where);
+  if (points.GetSize() == 0) FailOperation(NuOperationEmpty, what, where);
 }
 
 // Each point in the frame of three axes at `origin`.
@@ -146,7 +146,8 @@ void CNuPointArray::MoveTo(const CNuPoint& origin, const CNuVector& zaxis) {
 void CNuPointArray::MoveTo(const CNuPoint& origin, const CNuVector& xaxis, const CNuVector& zaxis) {
   RequirePoints(*this, "MoveTo operation",
                 "CNuPointArray::MoveTo(const CNuPoint& origin, const CNuVector& xaxis, const CNuVector& zaxis)");
-  if (xaxis.GetSize() != 3 || zaxis.GetSize() != 3) FailOperation(10, "calculation", "CNuPoint::MoveTo()");
+  if (xaxis.GetSize() != 3 || zaxis.GetSize() != 3)
+    FailOperation(NuOperationNotThreeComponents, "calculation", "CNuPoint::MoveTo()");
   const Vec3 x = Unit(Components(xaxis));
   const Vec3 z = Unit(Components(zaxis));
   Express(*this, Components(origin), x, Cross(z, x), z);
@@ -237,7 +238,7 @@ void CNuPointArray::BoundingSphere(double* radius, CNuPoint* centre) const {
 void CNuPointArray::ConvexHull(CNuIntArray* hull) const {
   std::vector<int> vertices;
   if (m_size > 0) {
-    if (Is2D() == NuFalse) FailOperation(45, "calculation of 3D convex hull", "CNuPointArray");
+    if (Is2D() == NuFalse) FailOperation(NuOperationUnsupported, "calculation of 3D convex hull", "CNuPointArray");
     vertices = ConvexHull2(ViewOf(*this));
     if (vertices.size() >= 3) vertices = ByAngle(m_data, vertices);
   }

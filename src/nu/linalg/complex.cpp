@@ -15,7 +15,7 @@ namespace {
 
 // Unlike the divisors of vectors and matrices a NaN is refused.
 void RequireNumericDivisor(double d, const char* what, const char* where) {
-  if (!(std::fabs(d) >= NuGetZero())) FailOperation(6, what, where);
+  if (!(std::fabs(d) >= NuGetZero())) FailOperation(NuOperationZeroDivisor, what, where);
 }
 
 }  // namespace
@@ -134,13 +134,13 @@ CNuComplex CNuComplex::Sqrt() const {
 }
 
 CNuComplex CNuComplex::Power(int n) const {
-  if (n < 1) FailOperation(2, "calculation", "CNuComplex::Power()");
-  if (std::isinf(Modulus())) FailOperation(7, "calculation", "CNuComplexPolar::Power()");
+  if (n < 1) FailOperation(NuOperationRoot, "calculation", "CNuComplex::Power()");
+  if (std::isinf(Modulus())) FailOperation(NuOperationLargeFactor, "calculation", "CNuComplexPolar::Power()");
   return ToPolarForm().Power(n).ToCartesianForm();
 }
 
 CNuComplexArray CNuComplex::Roots(int n) const {
-  if (n < 1) FailOperation(2, "calculation", "CNuComplex::Roots()", 1);
+  if (n < 1) FailOperation(NuOperationRoot, "calculation", "CNuComplex::Roots()", 1);
   // Half of a number whose modulus is beyond the range of double has a polar form; its roots are in that range again.
   const bool isBeyond = std::isinf(Modulus());
   const CNuComplex within = isBeyond ? CNuComplex(0.5 * m_re, 0.5 * m_im) : *this;

@@ -43,7 +43,7 @@ void CopyOut(const CNuComplex* elements, const ComplexRows& a) {
 Scaled TakeScaled(const CNuComplex* elements, const ComplexRows& a, const char* where) {
   CopyOut(elements, a);
   const BlockSize size = MeasureBlock(a.data, a.rows, 2 * a.width, 2 * a.width);
-  if (!size.finite) FailOperation(46, kCalculation, where);
+  if (!size.finite) FailOperation(NuOperationFailed, kCalculation, where);
   const double scale = ScaleToWorkingSize(size.largest);
   const std::size_t count = ComplexRows::Size(a.rows, a.columns);
   for (std::size_t k = 0; k < count; ++k) a.data[k] *= scale;
@@ -141,12 +141,12 @@ class RotationRoom {
 
 // A matrix that has been moved from has no rows and is refused as well.
 void CNuComplexMatrix::RequireSquare(const char* where) const {
-  if (m_rows != m_columns || m_rows < 1) FailOperation(16, kCalculation, where);
+  if (m_rows != m_columns || m_rows < 1) FailOperation(NuOperationMatrix, kCalculation, where);
 }
 
 CNuComplexMatrix CNuComplexMatrix::operator*(const CNuComplexMatrix& b) const {
   return WithMemory("CNuComplexMatrix::operator*()", [&] {
-    if (m_columns != b.m_rows) FailOperation(5, "operator*", "CNuComplexMatrix");
+    if (m_columns != b.m_rows) FailOperation(NuOperationSizeMismatch, "operator*", "CNuComplexMatrix");
     if (m_columns <= kDirect && b.m_columns <= kDirect) {
       CNuComplexMatrix result(m_rows, b.m_columns);
       MultiplyDirectly(m_data, b.m_data, m_rows, m_columns, b.m_columns, result.m_data);
@@ -168,7 +168,7 @@ CNuComplexMatrix CNuComplexMatrix::operator*(const CNuComplexMatrix& b) const {
 
 void CNuComplexMatrix::QR(CNuComplexMatrix* q, CNuComplexMatrix* r) const try {
   constexpr const char* where = "CNuComplexMatrix::QR()";
-  if (m_rows < 1) FailOperation(16, kCalculation, where);
+  if (m_rows < 1) FailOperation(NuOperationMatrix, kCalculation, where);
   const int count = std::min(m_rows, m_columns);
   const std::size_t qSize = q != nullptr ? ComplexRows::Size(m_rows, m_rows) : 0;
   SmallSpace space(ComplexRows::Size(m_rows, m_columns) + ComplexRows::Size(count, m_rows) + qSize +
@@ -202,7 +202,8 @@ void CNuComplexMatrix::Schur(CNuComplexMatrix* q, CNuComplexMatrix* t) const try
   const HessenbergForm form(m_data, m_rows, q != nullptr, where);
   RotationRoom room(m_rows);
   const ComplexRows* qT = q != nullptr ? &form.QT() : nullptr;
-  if (!ReduceToSchur(form.H().rows, t != nullptr, qT, room.Data())) FailOperation(46, kCalculation, where);
+  if (!ReduceToSchur(form.H().rows, t != nullptr, qT, room.Data()))
+    FailOperation(NuOperationFailed, kCalculation, where);
   Store(form.H(), t, form.QT(), q);
 } catch (const std::bad_alloc&) {
   throw CNuMemoryException("CNuComplexMatrix::Schur()");
@@ -215,7 +216,7 @@ CNuComplexVector CNuComplexMatrix::EigenValues() const {
     const HessenbergForm form(m_data, m_rows, false, where);
     RotationRoom room(m_rows);
     const ComplexRows& t = form.H().rows;
-    if (!ReduceToSchur(t, false, nullptr, room.Data())) FailOperation(46, kCalculation, where);
+    if (!ReduceToSchur(t, false, nullptr, room.Data())) FailOperation(NuOperationFailed, kCalculation, where);
     CNuComplexVector values(m_rows);
     CNuComplex* value = values.GetData();
     const double unscale = 1.0 / form.H().scale;

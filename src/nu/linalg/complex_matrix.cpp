@@ -23,7 +23,8 @@ void RequireSameShape(const Matrix& a, const Matrix& b, const char* what) {
 }  // namespace
 
 CNuComplexMatrix::CNuComplexMatrix(int rows, int columns) : CNuAlgebra(NuTypeComplexMatrix) {
-  if (rows < 1 || columns < 1) throw CNuConstructionException(1, "CNuComplexMatrix", "number of rows/columns", 0, 0);
+  if (rows < 1 || columns < 1)
+    throw CNuConstructionException(NuConstructionSize, "CNuComplexMatrix", "number of rows/columns", 0, 0);
   Init(rows, columns);
 }
 
@@ -94,14 +95,14 @@ CNuComplexVector CNuComplexMatrix::GetColumnVector(int j) const {
 void CNuComplexMatrix::SetRowVector(int i, const CNuComplexVector& v) {
   constexpr const char* where = "CNuComplexMatrix::SetRowVector()";
   RequireIndex(i, m_rows, "operation", where);
-  if (v.GetSize() != m_columns) FailOperation(5, "operation", where);
+  if (v.GetSize() != m_columns) FailOperation(NuOperationSizeMismatch, "operation", where);
   std::copy_n(v.GetData(), m_columns, m_data + i * m_columns);
 }
 
 void CNuComplexMatrix::SetColumnVector(int j, const CNuComplexVector& v) {
   constexpr const char* where = "CNuComplexMatrix::SetColumnVector()";
   RequireIndex(j, m_columns, "operation", where);
-  if (v.GetSize() != m_rows) FailOperation(5, "operation", where);
+  if (v.GetSize() != m_rows) FailOperation(NuOperationSizeMismatch, "operation", where);
   for (int i = 0; i < m_rows; ++i) m_data[i * m_columns + j] = v.GetData()[i];
 }
 
@@ -117,7 +118,7 @@ CNuComplexMatrix CNuComplexMatrix::SubMatrix(int r1, int r2, int c1, int c2) con
 void CNuComplexMatrix::SetSubMatrix(int r1, int r2, int c1, int c2, const CNuComplexMatrix& m) {
   constexpr const char* where = "CNuComplexMatrix::SetSubMatrix()";
   RequireBlock(*this, r1, r2, c1, c2, where);
-  if (m.m_rows != r2 - r1 + 1 || m.m_columns != c2 - c1 + 1) FailOperation(5, "operation", where);
+  if (m.m_rows != r2 - r1 + 1 || m.m_columns != c2 - c1 + 1) FailOperation(NuOperationSizeMismatch, "operation", where);
   if (this == &m) return;
   for (int i = 0; i < m.m_rows; ++i)
     std::copy_n(m.m_data + i * m.m_columns, m.m_columns, m_data + (r1 + i) * m_columns + c1);
@@ -136,7 +137,7 @@ CNuComplexMatrix CNuComplexMatrix::DiagonalMatrix(const CNuComplexVector& v) {
 }
 
 CNuComplex CNuComplexMatrix::Trace() const {
-  if (m_rows != m_columns) FailOperation(16, "calculation", "CNuComplexMatrix::Trace()");
+  if (m_rows != m_columns) FailOperation(NuOperationMatrix, "calculation", "CNuComplexMatrix::Trace()");
   CNuComplex trace;
   for (int i = 0; i < m_rows; ++i) trace += m_data[i * m_columns + i];
   return trace;
@@ -199,7 +200,7 @@ CNuComplexMatrix CNuComplexMatrix::operator-() const {
 }
 
 CNuComplexVector CNuComplexMatrix::operator*(const CNuComplexVector& v) const {
-  if (m_columns != v.GetSize()) FailOperation(5, "operator*", kClass);
+  if (m_columns != v.GetSize()) FailOperation(NuOperationSizeMismatch, "operator*", kClass);
   CNuComplexVector result(m_rows);
   for (int i = 0; i < m_rows; ++i) {
     CNuComplex sum;

@@ -11,7 +11,7 @@ using namespace nu::internal;
 
 CNuComplexPolar::CNuComplexPolar(double modulus, double argument)
     : CNuAlgebra(NuTypeComplexPolar), m_modulus(modulus), m_argument(argument) {
-  if (!(modulus > 0.0)) throw CNuConstructionException(5, "CNuComplexPolar", "modulus", 0, 0);
+  if (!(modulus > 0.0)) throw CNuConstructionException(NuConstructionLength, "CNuComplexPolar", "modulus", 0, 0);
 }
 
 void CNuComplexPolar::GetData(double* modulus, double* argument) const {
@@ -37,12 +37,12 @@ CNuComplexPolar CNuComplexPolar::operator/(const CNuComplexPolar& c) const {
 
 CNuComplexPolar CNuComplexPolar::Power(int n) const {
   RequireNumericFactor(m_modulus, "calculation", "CNuComplexPolar::Power()");
-  if (n < 1) FailOperation(2, "calculation", "CNuComplexPolar::Power()");
+  if (n < 1) FailOperation(NuOperationRoot, "calculation", "CNuComplexPolar::Power()");
   return {Pow(m_modulus, n), n * m_argument};
 }
 
 CNuComplexPolarArray CNuComplexPolar::Roots(int n) const {
-  if (n < 1) FailOperation(2, "calculation", "CNuComplexPolar::Roots()");
+  if (n < 1) FailOperation(NuOperationRoot, "calculation", "CNuComplexPolar::Roots()");
   // The only root would be zero, and it is the polar constructor that says so.
   const double modulus = m_modulus > NuGetZero() ? Pow(m_modulus, 1.0 / n) : 0.0;
   CNuComplexPolarArray roots(n);

@@ -18,13 +18,13 @@ constexpr const char* kClass = "CNuComplexVector";
 constexpr int kWidestScale = 1000;
 
 void RequireSameSize(const CNuComplexVector& a, const CNuComplexVector& b, const char* what) {
-  if (a.GetSize() != b.GetSize()) FailOperation(5, what, kClass);
+  if (a.GetSize() != b.GetSize()) FailOperation(NuOperationSizeMismatch, what, kClass);
 }
 
 }  // namespace
 
 CNuComplexVector::CNuComplexVector(int n) : CNuAlgebra(NuTypeComplexVector) {
-  if (n < 1) throw CNuConstructionException(1, "CNuComplexVector", "size", 0, 0);
+  if (n < 1) throw CNuConstructionException(NuConstructionSize, "CNuComplexVector", "size", 0, 0);
   Init(n);
 }
 
@@ -33,7 +33,7 @@ CNuComplexVector::CNuComplexVector(const CNuVector& re) : CNuComplexVector(re.Ge
 }
 
 CNuComplexVector::CNuComplexVector(const CNuVector& re, const CNuVector& im) : CNuComplexVector(re.GetSize()) {
-  if (im.GetSize() != m_size) FailOperation(5, "operation", "CNuComplexVector");
+  if (im.GetSize() != m_size) FailOperation(NuOperationSizeMismatch, "operation", "CNuComplexVector");
   for (int i = 0; i < m_size; ++i) m_data[i] = {re[i], im[i]};
 }
 
@@ -113,14 +113,14 @@ CNuComplex CNuComplexVector::operator%(const CNuComplexVector& b) const {
 }
 
 CNuComplex CNuComplexVector::InnerProduct(const CNuComplexVector& v) const {
-  if (m_size != v.m_size) FailOperation(5, "operation", "CNuComplexVector::InnerProduct()");
+  if (m_size != v.m_size) FailOperation(NuOperationSizeMismatch, "operation", "CNuComplexVector::InnerProduct()");
   CNuComplex sum;
   for (int i = 0; i < m_size; ++i) sum += m_data[i].Conjugate() * v.m_data[i];
   return sum;
 }
 
 CNuComplexVector CNuComplexVector::operator*(const CNuComplexMatrix& m) const {
-  if (m_size != m.GetRowSize()) FailOperation(5, "operator*", kClass);
+  if (m_size != m.GetRowSize()) FailOperation(NuOperationSizeMismatch, "operator*", kClass);
   CNuComplexVector result(m.GetColumnSize());
   for (int i = 0; i < m_size; ++i) {
     const CNuComplex* row = m.m_data + i * result.m_size;
@@ -264,8 +264,8 @@ ENuBoolean CNuComplexVector::IsEqual(const CNuComplexVector& v, double tol) cons
 
 CNuComplexVector CNuComplexVector::SubVector(int i, int j) const {
   constexpr const char* where = "CNuComplexVector::SubVector(i, j)";
-  if (i < 0 || j >= m_size) FailOperation(3, "operation", where, 0, m_size - 1);
-  if (i > j) FailOperation(15, "operation", where);
+  if (i < 0 || j >= m_size) FailOperation(NuOperationIndex, "operation", where, 0, m_size - 1);
+  if (i > j) FailOperation(NuOperationRange, "operation", where);
   CNuComplexVector result(j - i + 1);
   std::copy(m_data + i, m_data + j + 1, result.m_data);
   return result;

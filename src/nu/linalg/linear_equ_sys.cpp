@@ -190,7 +190,7 @@ class LeastSquaresFactors final : public EquationFactors {
     const double share = static_cast<double>(std::max(m_rows, m_unknowns)) / m_unknowns;
     if (!DecomposeSingular(s.u.Data(), m_innerRows, m_unknowns, m_unknowns, s.w.Data(), s.v.Data(), m_unknowns,
                            NuGetTol() * share, NuGetZero())) {
-      FailOperation(46, "calculation", "CNuMatrix::SVD()");
+      FailOperation(NuOperationFailed, "calculation", "CNuMatrix::SVD()");
     }
     const double* w = s.w.Data();
     if (m_rows >= m_unknowns && std::none_of(w, w + m_unknowns, [](double value) { return value == 0.0; }))
@@ -230,7 +230,7 @@ void CNuLinearEquSys::Solve(const CNuMatrix& a, const CNuVector& b) try {
   m_solved = NuFalse;
   m_solution = CNuVector();
   m_factors.reset();
-  if (a.GetRowSize() != b.GetSize()) FailOperation(17, kSolving, "CNuLinearEquSys::Solve()");
+  if (a.GetRowSize() != b.GetSize()) FailOperation(NuOperationUnsolvable, kSolving, "CNuLinearEquSys::Solve()");
   if (m_method == 0) return SolveExact(a, b);
   if (m_mode == 0) return SolveLeastSquares(a, b);
   if (m_mode == kNonnegative) return SolveNonnegative(a, b);
@@ -240,7 +240,8 @@ void CNuLinearEquSys::Solve(const CNuMatrix& a, const CNuVector& b) try {
 }
 
 void CNuLinearEquSys::SolveExact(const CNuMatrix& a, const CNuVector& b) {
-  if (a.GetRowSize() != a.GetColumnSize()) FailOperation(45, "solving an exact set of equations", kClass);
+  if (a.GetRowSize() != a.GetColumnSize())
+    FailOperation(NuOperationUnsupported, "solving an exact set of equations", kClass);
   auto factors = std::make_shared<const ExactFactors>(a);
   if (factors->IsSingular() && m_mode != kSingularSolvable) return;
   m_solution = factors->Substitute(b);
@@ -267,7 +268,7 @@ void CNuLinearEquSys::SolveNonnegative(const CNuMatrix& a, const CNuVector& b) {
 
 void CNuLinearEquSys::SetRightHandSide(const CNuVector& b) try {
   if (!m_factors || m_factors->Rows() != b.GetSize()) {
-    FailOperation(17, kSolving, "CNuLinearEquSys::SetRightHandSide()");
+    FailOperation(NuOperationUnsolvable, kSolving, "CNuLinearEquSys::SetRightHandSide()");
   }
   m_solution = m_factors->Substitute(b);
 } catch (const std::bad_alloc&) {
@@ -292,12 +293,12 @@ void CNuLinearEquSys::SetSingularSolvable() {
 
 void CNuLinearEquSys::SetEquality(const CNuMatrix&, const CNuVector&) {
   m_mode = m_mode == kInequality ? kBothConstraints : kEquality;
-  FailOperation(45, "solving a set of equations with equality/inequality constraints", kClass);
+  FailOperation(NuOperationUnsupported, "solving a set of equations with equality/inequality constraints", kClass);
 }
 
 void CNuLinearEquSys::SetInequality(const CNuMatrix&, const CNuVector&) {
   m_mode = m_mode == kEquality ? kBothConstraints : kInequality;
-  FailOperation(45, "solving a set of equations with equality/inequality constraints", kClass);
+  FailOperation(NuOperationUnsupported, "solving a set of equations with equality/inequality constraints", kClass);
 }
 
 void CNuLinearEquSys::SetLeastDistance() {
@@ -306,5 +307,5 @@ void CNuLinearEquSys::SetLeastDistance() {
 }
 
 void CNuLinearEquSys::Solve() {
-  FailOperation(45, "least distance programming", kClass);
+  FailOperation(NuOperationUnsupported, "least distance programming", kClass);
 }

@@ -37,8 +37,7 @@ class NU_EXPORT CNuLinearEquSys : public CNuAlgebra {
   // (non-negative). The exact method reads NuGetTol() and NuGetZero().
   virtual void Solve(const CNuMatrix& a, const CNuVector& b);
   // Solves for another right-hand side, to the bits that Solve would give. Fails, the solution unchanged:
-  //   17  "solving a set of equations": b has another size, or there are no factors, after a failed or non-negative
-  //   solve
+  //   17  "solving a set of equations": b has another size, or the last solve failed or was non-negative
   virtual void SetRightHandSide(const CNuVector& b);
 
   ENuBoolean SolutionExists();

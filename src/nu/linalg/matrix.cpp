@@ -26,7 +26,8 @@ CNuMatrix::CNuMatrix() : CNuAlgebra(NuTypeMatrix) {
 }
 
 CNuMatrix::CNuMatrix(int rows, int columns) : CNuAlgebra(NuTypeMatrix) {
-  if (rows < 1 || columns < 1) throw CNuConstructionException(1, "CNuMatrix", "number of rows/columns", 0, 0);
+  if (rows < 1 || columns < 1)
+    throw CNuConstructionException(NuConstructionSize, "CNuMatrix", "number of rows/columns", 0, 0);
   Init(rows, columns);
 }
 
@@ -121,7 +122,7 @@ void CNuMatrix::Take(CNuMatrix& other) noexcept {
 
 void CNuMatrix::FailIndex(int i) const {
   const int upper = i < 0 || i >= m_rows ? m_rows - 1 : m_columns - 1;
-  FailOperation(3, "operation", "CNuMatrix::Element()", 0, upper);
+  FailOperation(NuOperationIndex, "operation", "CNuMatrix::Element()", 0, upper);
 }
 
 CNuVector CNuMatrix::GetRowVector(int i) const {
@@ -141,14 +142,14 @@ CNuVector CNuMatrix::GetColumnVector(int j) const {
 void CNuMatrix::SetRowVector(int i, const CNuVector& v) {
   constexpr const char* where = "CNuMatrix::SetRowVector()";
   RequireIndex(i, m_rows, "operation", where);
-  if (v.GetSize() != m_columns) FailOperation(5, "operation", where);
+  if (v.GetSize() != m_columns) FailOperation(NuOperationSizeMismatch, "operation", where);
   std::copy_n(v.GetData(), m_columns, m_data[i]);
 }
 
 void CNuMatrix::SetColumnVector(int j, const CNuVector& v) {
   constexpr const char* where = "CNuMatrix::SetColumnVector()";
   RequireIndex(j, m_columns, "operation", where);
-  if (v.GetSize() != m_rows) FailOperation(5, "operation", where);
+  if (v.GetSize() != m_rows) FailOperation(NuOperationSizeMismatch, "operation", where);
   for (int i = 0; i < m_rows; ++i) m_data[i][j] = v.GetData()[i];
 }
 
@@ -162,7 +163,7 @@ CNuMatrix CNuMatrix::SubMatrix(int r1, int r2, int c1, int c2) const {
 void CNuMatrix::SetSubMatrix(int r1, int r2, int c1, int c2, const CNuMatrix& m) {
   constexpr const char* where = "CNuMatrix::SetSubMatrix()";
   RequireBlock(*this, r1, r2, c1, c2, where);
-  if (m.m_rows != r2 - r1 + 1 || m.m_columns != c2 - c1 + 1) FailOperation(5, "operation", where);
+  if (m.m_rows != r2 - r1 + 1 || m.m_columns != c2 - c1 + 1) FailOperation(NuOperationSizeMismatch, "operation", where);
   for (int i = 0; i < m.m_rows; ++i) std::copy_n(m.m_data[i], m.m_columns, m_data[r1 + i] + c1);
 }
 
@@ -224,7 +225,7 @@ CNuMatrix CNuMatrix::PostMultiplyTranspose() const {
 }
 
 double CNuMatrix::Trace() const {
-  if (m_rows != m_columns) FailOperation(16, "calculation", "CNuMatrix::Trace()");
+  if (m_rows != m_columns) FailOperation(NuOperationMatrix, "calculation", "CNuMatrix::Trace()");
   double trace = 0.0;
   for (int i = 0; i < m_rows; ++i) trace += m_data[i][i];
   return trace;
@@ -267,7 +268,7 @@ CNuMatrix CNuMatrix::operator-() const {
 }
 
 CNuVector CNuMatrix::operator*(const CNuVector& v) const {
-  if (m_columns != v.GetSize()) FailOperation(5, "operator*", "CNuMatrix");
+  if (m_columns != v.GetSize()) FailOperation(NuOperationSizeMismatch, "operator*", "CNuMatrix");
   CNuVector result(m_rows);
   const double* x = v.GetData();
   for (int i = 0; i < m_rows; ++i) {

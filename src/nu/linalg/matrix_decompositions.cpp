@@ -32,7 +32,7 @@ constexpr const char* kCalculation = "calculation";
 
 // A matrix that has been moved from has no rows and is refused as well.
 void RequireSquare(const CNuMatrix& a, const char* where) {
-  if (a.GetRowSize() != a.GetColumnSize() || a.GetRowSize() < 1) FailOperation(16, kCalculation, where);
+  if (a.GetRowSize() != a.GetColumnSize() || a.GetRowSize() < 1) FailOperation(NuOperationMatrix, kCalculation, where);
 }
 
 std::size_t ElementCount(const CNuMatrix& a) {
@@ -178,7 +178,7 @@ bool IsSymmetricEnough(const CNuMatrix& a) {
 
 CNuMatrix CNuMatrix::operator*(const CNuMatrix& b) const {
   return WithMemory("CNuMatrix::operator*()", [&] {
-    if (m_columns != b.m_rows) FailOperation(5, "operator*", "CNuMatrix");
+    if (m_columns != b.m_rows) FailOperation(NuOperationSizeMismatch, "operator*", "CNuMatrix");
     CNuMatrix result(m_rows, b.m_columns);
     const Elements left(*this);
     const Elements right(b);
@@ -199,7 +199,7 @@ void CNuMatrix::LUD(CNuIntArray* index, int* d, int* status) try {
   Output(index, std::move(rows));
   Output(d, lu.parity);
   Output(status, lu.singular ? 1 : 0);
-  if (lu.singular) FailOperation(16, kCalculation, where);
+  if (lu.singular) FailOperation(NuOperationMatrix, kCalculation, where);
 } catch (const std::bad_alloc&) {
   throw CNuMemoryException("CNuMatrix::LUD()");
 }
@@ -229,7 +229,7 @@ void CNuMatrix::SVD(CNuVector* w, CNuMatrix* v) try {
   MutableElements a(*this);
   const bool converged = DecomposeSingular(a.Data(), m_rows, m_columns, m_columns, values.GetData(), right.m_data[0],
                                            m_columns, NuGetTol(), NuGetZero());
-  if (!converged) FailOperation(46, kCalculation, "CNuMatrix::SVD()");
+  if (!converged) FailOperation(NuOperationFailed, kCalculation, "CNuMatrix::SVD()");
   a.Store();
   Output(w, std::move(values));
   Output(v, std::move(right));
@@ -261,7 +261,7 @@ CNuMatrix CNuMatrix::Inverse(ENuStatus* status) {
     const double tol = NuGetTol();
     const LuResult lu = FactorLu(a.Data(), m_rows, m_rows, rows.Data(), tol, NuGetZero());
     if (IsSingularToRounding(m_data, a.Data(), m_rows, m_rows, rows.Data(), lu, tol))
-      FailOperation(16, kCalculation, where);
+      FailOperation(NuOperationMatrix, kCalculation, where);
     // The columns of the inverse solve A x = e(k); all of them at once.
     CNuMatrix inverse(m_rows, m_rows);
     for (int i = 0; i < m_rows; ++i) inverse.m_data[i][rows.Data()[i]] = 1.0;
@@ -288,7 +288,7 @@ void CNuMatrix::EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatr
     converged = DecomposeGeneral(a.Data(), n, n, real.GetData(), imaginary.Data(), columns.m_data[0], n);
     complex = converged && std::any_of(imaginary.Data(), imaginary.Data() + n, [](double im) { return im != 0.0; });
   }
-  if (!converged) FailOperation(46, kCalculation, "CNuMatrix::EigenValues()");
+  if (!converged) FailOperation(NuOperationFailed, kCalculation, "CNuMatrix::EigenValues()");
   if (complex) Output(status, NuStatusComplex);
   Output(values, std::move(real));
   Output(vectors, std::move(columns));

@@ -29,7 +29,7 @@ double* AllocateComponents(int n, const char* where) {
 }
 
 void RequireSameSize(const CNuVector& a, const CNuVector& b, const char* what) {
-  if (a.GetSize() != b.GetSize()) FailOperation(5, what, "CNuVector");
+  if (a.GetSize() != b.GetSize()) FailOperation(NuOperationSizeMismatch, what, "CNuVector");
 }
 
 // A direction brought to the order of magnitude of 1 by a power of two, which changes no bit of its angles but keeps
@@ -59,7 +59,7 @@ CNuVector Normalised(CNuVector v) {
 }  // namespace
 
 CNuVector::CNuVector(int n) : CNuObject(NuTypeVector), m_data(m_local) {
-  if (n < 1) throw CNuConstructionException(1, "CNuVector", "size", 0, 0);
+  if (n < 1) throw CNuConstructionException(NuConstructionSize, "CNuVector", "size", 0, 0);
   Init(n);
 }
 
@@ -125,7 +125,7 @@ void CNuVector::Take(CNuVector& other) noexcept {
 }
 
 void CNuVector::FailIndex() const {
-  FailOperation(3, "element operator[]", "CNuVector", 0, m_size - 1);
+  FailOperation(NuOperationIndex, "element operator[]", "CNuVector", 0, m_size - 1);
 }
 
 CNuVector CNuVector::operator+(const CNuVector& b) const {
@@ -176,14 +176,14 @@ CNuVector CNuVector::operator&(const CNuVector& b) const {
 
 CNuVector CNuVector::operator*(const CNuVector& b) const {
   RequireSameSize(*this, b, "operator*");
-  if (m_size != 3) FailOperation(10, "operator*", "CNuVector");
+  if (m_size != 3) FailOperation(NuOperationNotThreeComponents, "operator*", "CNuVector");
   const double* p = m_data;
   const double* q = b.m_data;
   return CNuVector(p[1] * q[2] - p[2] * q[1], p[2] * q[0] - p[0] * q[2], p[0] * q[1] - p[1] * q[0]);
 }
 
 CNuVector CNuVector::operator*(const CNuMatrix& m) const {
-  if (m_size != m.GetRowSize()) FailOperation(5, "operator*", "CNuVector");
+  if (m_size != m.GetRowSize()) FailOperation(NuOperationSizeMismatch, "operator*", "CNuVector");
   CNuVector result(m.GetColumnSize());
   const double* const* rows = m.GetData();
   for (int i = 0; i < m_size; ++i) {
@@ -286,13 +286,13 @@ ENuBoolean CNuVector::IsOrthogonalTo(const CNuVector& v, double angle) const {
 }
 
 void CNuVector::RequireDirection(const char* what, const char* where) const {
-  if (m_size != 3) FailOperation(10, what, where);
-  if (IsZero(NuGetZero())) FailOperation(9, what, where);
+  if (m_size != 3) FailOperation(NuOperationNotThreeComponents, what, where);
+  if (IsZero(NuGetZero())) FailOperation(NuOperationZeroVector, what, where);
 }
 
 double CNuVector::AngleWith(const CNuVector& v) const {
   constexpr const char* where = "CNuVector::AngleWith()";
-  if (m_size != 3 || v.m_size != 3) FailOperation(10, "calculation", where);
+  if (m_size != 3 || v.m_size != 3) FailOperation(NuOperationNotThreeComponents, "calculation", where);
   RequireDirection("calculation", where);
   v.RequireDirection("calculation", where);
   const CNuVector a = Scaled(*this);
@@ -306,7 +306,8 @@ double CNuVector::AngleWith(const CNuVector& v) const {
 double CNuVector::AngleWith(const CNuVector& v, const CNuVector& axis) const {
   const double angle1 = AngleWith(axis);
   const double angle2 = v.AngleWith(axis);
-  if (std::fabs(angle1 - angle2) >= NuGetDegreeTol()) FailOperation(14, "calculation", "CNuVector::AngleWith()");
+  if (std::fabs(angle1 - angle2) >= NuGetDegreeTol())
+    FailOperation(NuOperationArgument, "calculation", "CNuVector::AngleWith()");
   const double zero = NuGetZero();
   if (std::fabs(angle1) < zero) return 0.0;
   const CNuVector unitAxis = Normalised(axis);
@@ -328,8 +329,8 @@ double CNuVector::AngleWith(const CNuVector& v, const CNuVector& axis) const {
 
 CNuVector CNuVector::SubVector(int i, int j) const {
   constexpr const char* where = "CNuVector::SubVector(i, j)";
-  if (i < 0 || j >= m_size) FailOperation(3, "operation", where, 0, m_size - 1);
-  if (i > j) FailOperation(15, "operation", where);
+  if (i < 0 || j >= m_size) FailOperation(NuOperationIndex, "operation", where, 0, m_size - 1);
+  if (i > j) FailOperation(NuOperationRange, "operation", where);
   CNuVector result(j - i + 1);
   std::copy(m_data + i, m_data + j + 1, result.m_data);
   return result;
@@ -360,14 +361,14 @@ void CNuVector::Normalise() {
 }
 
 void CNuVector::Homogeneous() {
-  if (m_size != 3 && m_size != 4) FailOperation(11, "calculation", "CNuVector::Homogeneous()");
+  if (m_size != 3 && m_size != 4) FailOperation(NuOperationHomogeneous, "calculation", "CNuVector::Homogeneous()");
   if (m_size == 4) return;
   m_data[3] = 1.0;  // three components always lie in the room for four
   m_size = 4;
 }
 
 void CNuVector::NonHomogeneous() {
-  if (m_size != 3 && m_size != 4) FailOperation(11, "calculation", "CNuVector::NonHomogeneous()");
+  if (m_size != 3 && m_size != 4) FailOperation(NuOperationHomogeneous, "calculation", "CNuVector::NonHomogeneous()");
   if (m_size == 3) return;
   // A point at infinity is taken as it stands.
   const double w = std::fabs(m_data[3]) < NuGetZero() ? 1.0 : m_data[3];
@@ -420,7 +421,7 @@ void CNuVector::OrthonormalY(CNuVector* y) {
     Output(y, Normalised(CNuVector(-m_data[1], m_data[0], 0.0)));
     return;
   }
-  if (m_size != 3) FailOperation(10, "calculation", "CNuVector::OrthonormalY()");
+  if (m_size != 3) FailOperation(NuOperationNotThreeComponents, "calculation", "CNuVector::OrthonormalY()");
   CNuVector x;
   OrthonormalX(&x);
   Output(y, *this * x);

@@ -13,7 +13,8 @@ constexpr const char* kName = "CNuConSurf";
 
 // A NaN is no angle either.
 double RequireSemiAngle(double semiAngle) {
-  if (!(semiAngle > 0.0 && semiAngle < 90.0)) throw CNuConstructionException(6, kName, nullptr, 0, 0);
+  if (!(semiAngle > 0.0 && semiAngle < 90.0))
+    throw CNuConstructionException(NuConstructionConeAngle, kName, nullptr, 0, 0);
   return semiAngle;
 }
 
@@ -22,8 +23,8 @@ double RequireSemiAngle(double semiAngle) {
 CNuConSurf::CNuConSurf(double semiAngle) : CNuSurface(NuTypeConSurf), m_semiAngle(RequireSemiAngle(semiAngle)) {}
 
 CNuConSurf::CNuConSurf(double semiAngle, const CNuPoint& apex, const CNuVector& axisDirection) : CNuConSurf(semiAngle) {
-  if (axisDirection.GetSize() != 3) throw CNuConstructionException(4, kName, nullptr, 0, 0);
-  Place(semiAngle, apex, RequireDirection(axisDirection, 3, kName));
+  if (axisDirection.GetSize() != 3) throw CNuConstructionException(NuConstructionDirection, kName, nullptr, 0, 0);
+  Place(semiAngle, apex, RequireDirection(axisDirection, NuConstructionZeroDirection, kName));
 }
 
 void CNuConSurf::Place(double semiAngle, const CNuPoint& apex, const CNuVector& axisDirection) {

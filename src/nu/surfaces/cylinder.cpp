@@ -19,8 +19,8 @@ double RequireRadius(double radius) {
 CNuCylSurf::CNuCylSurf(double radius) : CNuSurface(NuTypeCylSurf), m_radius(RequireRadius(radius)) {}
 
 CNuCylSurf::CNuCylSurf(double radius, const CNuPoint& axisPoint, const CNuVector& axisDirection) : CNuCylSurf(radius) {
-  if (axisDirection.GetSize() != 3) throw CNuConstructionException(4, kName, nullptr, 0, 0);
-  Place(radius, axisPoint, RequireDirection(axisDirection, 3, kName));
+  if (axisDirection.GetSize() != 3) throw CNuConstructionException(NuConstructionDirection, kName, nullptr, 0, 0);
+  Place(radius, axisPoint, RequireDirection(axisDirection, NuConstructionZeroDirection, kName));
 }
 
 void CNuCylSurf::Place(double radius, const CNuPoint& axisPoint, const CNuVector& axisDirection) {

@@ -67,8 +67,9 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
   // and direction as there. Points on one line within `tol` get the cylinder of radius 0 about their least-squares
   // line, or about the direction z through the first point where no two of them are distinct.
   // Fails with CNuBestfitException ("CNuCylSurf"), the cylinder and the outputs unchanged:
-  //   13  maxIter < 1     1  no point     4, 2, 11, 12  as Fit, 12 named "CNuCircle"     2  as CNuLine::Fit, for a line
-  //   11  no optimum was found     12  maxIter steps, or 1000 but for a zone, were used up
+  //   13  maxIter < 1     1  no point     2  as CNuLine::Fit and named as there, for points on one line
+  //   1, 4, 2, 11, 12  as Fit, 12 named "CNuCircle"     11  no optimum was found
+  //   12  maxIter steps, or 1000 but for a zone, were used up
   // The failure of QuadricAxes passes through.
 
   // Minimum circumscribed cylinder: the smallest one that holds all points, by branch and bound over all directions of

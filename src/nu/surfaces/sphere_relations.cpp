@@ -29,7 +29,7 @@ std::unique_ptr<CNuObject> Touch(const Sphere3& first, const Sphere3& second, Ve
     const CNuPoint p = ToPoint(met.at[k]);
     if (std::fabs(Norm(met.at[k] - second.centre) - second.radius) < tol) return std::make_unique<CNuPoint>(p);
   }
-  FailOperation(46, "calculation", kWithSphere);
+  FailOperation(NuOperationFailed, "calculation", kWithSphere);
 }
 
 std::unique_ptr<CNuObject> Section(const Sphere3& first, const Sphere3& second) {

@@ -21,7 +21,8 @@ void CNuSurface::QuadricAxes(const CNuPointArray& points, const CNuPoint& meanPo
     found = FindQuadricAxes(moments);
     fromMean = blocks.InCallersFrame(moments.mean + found.centre) - Components(meanPoint);
   }
-  if (!found.solvable || !IsFinite(fromMean)) FailOperation(46, "calculation", "CNuSurface::QuadricAxes()");
+  if (!found.solvable || !IsFinite(fromMean))
+    FailOperation(NuOperationFailed, "calculation", "CNuSurface::QuadricAxes()");
   const Vec3 direction = WithLargestPositive(found.axis[0]);
   Output(axisPoint, meanPoint + ToPoint(Rejection(fromMean, direction)));
   Output(axisDirection, ToVector(direction));

@@ -19,7 +19,7 @@ double RequireRadius(double radius) {
 
 CNuTorSurf::CNuTorSurf(double majorRadius, double minorRadius)
     : CNuSurface(NuTypeTorSurf), m_majorRadius(RequireRadius(majorRadius)), m_minorRadius(RequireRadius(minorRadius)) {
-  if (!(minorRadius < majorRadius)) throw CNuConstructionException(7, kName, "radius", 0, 0);
+  if (!(minorRadius < majorRadius)) throw CNuConstructionException(NuConstructionLengthOrder, kName, "radius", 0, 0);
 }
 
 CNuTorSurf::CNuTorSurf(double majorRadius, double minorRadius, const CNuPoint& centre)
@@ -29,8 +29,8 @@ CNuTorSurf::CNuTorSurf(double majorRadius, double minorRadius, const CNuPoint& c
 
 CNuTorSurf::CNuTorSurf(double majorRadius, double minorRadius, const CNuPoint& centre, const CNuVector& axisDirection)
     : CNuTorSurf(majorRadius, minorRadius) {
-  if (axisDirection.GetSize() != 3) throw CNuConstructionException(4, kName, nullptr, 0, 0);
-  Place(majorRadius, minorRadius, centre, RequireDirection(axisDirection, 3, kName));
+  if (axisDirection.GetSize() != 3) throw CNuConstructionException(NuConstructionDirection, kName, nullptr, 0, 0);
+  Place(majorRadius, minorRadius, centre, RequireDirection(axisDirection, NuConstructionZeroDirection, kName));
 }
 
 void CNuTorSurf::Place(double majorRadius, double minorRadius, const CNuPoint& centre, const CNuVector& axisDirection) {
@@ -66,17 +66,17 @@ void CNuTorSurf::GetData(double* majorRadius, double* minorRadius, CNuPoint* cen
 // Required: the torus offers these but computes none of them. Hosts that walk over pairs of surfaces rely on the
 // failure to go another way.
 int CNuTorSurf::IntersectWith(const CNuPlane&, CNuObjArray*) const {
-  FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuPlane)");
+  FailOperation(NuOperationUnsupported, "calculation", "CNuTorSurf::IntersectWith(CNuPlane)");
 }
 
 int CNuTorSurf::IntersectWith(const CNuCylSurf&, CNuObjArray*) const {
-  FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuCylSurf)");
+  FailOperation(NuOperationUnsupported, "calculation", "CNuTorSurf::IntersectWith(CNuCylSurf)");
 }
 
 int CNuTorSurf::IntersectWith(const CNuConSurf&, CNuObjArray*) const {
-  FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuConSurf)");
+  FailOperation(NuOperationUnsupported, "calculation", "CNuTorSurf::IntersectWith(CNuConSurf)");
 }
 
 int CNuTorSurf::IntersectWith(const CNuSphSurf&, CNuObjArray*) const {
-  FailOperation(45, "calculation", "CNuTorSurf::IntersectWith(CNuSphSurf)");
+  FailOperation(NuOperationUnsupported, "calculation", "CNuTorSurf::IntersectWith(CNuSphSurf)");
 }

@@ -21,21 +21,23 @@ struct ConicAxes {
 };
 
 inline ConicAxes RequireAxes(const CNuVector& normal, const char* className) {
-  if (normal.GetSize() != 3) throw CNuConstructionException(4, className, nullptr, 0, 0);
-  ConicAxes axes{{}, RequireDirection(normal, 3, className)};
+  if (normal.GetSize() != 3) throw CNuConstructionException(NuConstructionDirection, className, nullptr, 0, 0);
+  ConicAxes axes{{}, RequireDirection(normal, NuConstructionZeroDirection, className)};
   axes.normal.OrthonormalX(&axes.x);
   return axes;
 }
 
 inline ConicAxes RequireAxes(const CNuVector& xAxis, const CNuVector& normal, const char* className) {
-  if (xAxis.GetSize() != 3 || normal.GetSize() != 3) throw CNuConstructionException(4, className, nullptr, 0, 0);
-  ConicAxes axes{RequireDirection(xAxis, 3, className), RequireDirection(normal, 3, className)};
+  if (xAxis.GetSize() != 3 || normal.GetSize() != 3)
+    throw CNuConstructionException(NuConstructionDirection, className, nullptr, 0, 0);
+  ConicAxes axes{RequireDirection(xAxis, NuConstructionZeroDirection, className),
+                 RequireDirection(normal, NuConstructionZeroDirection, className)};
   if (axes.x.IsOrthogonalTo(axes.normal, NuGetRadianTol()) == NuFalse) {
-    throw CNuConstructionException(8, className, nullptr, 0, 0);
+    throw CNuConstructionException(NuConstructionShape, className, nullptr, 0, 0);
   }
   // A coarse tolerance may let the two be parallel.
   const Vec3 across = Rejection(Components(axes.x), Components(axes.normal));
-  if (IsNull(across, NuGetZero())) throw CNuConstructionException(8, className, nullptr, 0, 0);
+  if (IsNull(across, NuGetZero())) throw CNuConstructionException(NuConstructionShape, className, nullptr, 0, 0);
   axes.x = ToVector(Unit(across));
   return axes;
 }
@@ -73,9 +75,9 @@ inline Conic3<Parabola2> DataOf(const CNuParabola& parabola) {
 // The guards of sampling the open conics, whose parts are numbered 0 and 1.
 inline void RequireSamples(int n, double t0, double t1, int part, const char* where) {
   RequireSamples(n, where);
-  if (!std::isfinite(t0) || !std::isfinite(t1)) FailOperation(14, "conversion", where);
-  if (!(t0 < t1)) FailOperation(15, "conversion", where);
-  if (part != 0 && part != 1) FailOperation(14, "conversion", where);
+  if (!std::isfinite(t0) || !std::isfinite(t1)) FailOperation(NuOperationArgument, "conversion", where);
+  if (!(t0 < t1)) FailOperation(NuOperationRange, "conversion", where);
+  if (part != 0 && part != 1) FailOperation(NuOperationArgument, "conversion", where);
 }
 
 // The points pointAt(t) for t in n even steps from t0 to t1, both included. One that is not finite: cause 14.
@@ -86,7 +88,7 @@ CNuPointArray SampledPoints(const Conic3<Curve>& conic, int n, double t0, double
   for (int i = 0; i < n; ++i) {
     const double part = static_cast<double>(i) / (n - 1);
     const Vec3 p = conic.At(pointAt(i == n - 1 ? t1 : (1.0 - part) * t0 + part * t1));
-    if (!IsFinite(p)) FailOperation(14, "conversion", where);
+    if (!IsFinite(p)) FailOperation(NuOperationArgument, "conversion", where);
     points.Add(ToPoint(p));
   }
   return points;

@@ -29,7 +29,7 @@ PieceChain PiecesOf(const CNuPointArray& points) {
 }
 
 [[noreturn]] void FailUnsupportedCurve() {
-  FailOperation(45, "calculation", "CNuBoundedCurve::DistanceTo()");
+  FailOperation(NuOperationUnsupported, "calculation", "CNuBoundedCurve::DistanceTo()");
 }
 
 Segment3 EndsOf(const CNuLineSegment& segment) {
@@ -57,7 +57,7 @@ PieceChain PiecesOf(const CNuBoundedCurve& curve) {
   if (const auto* polyline = As<CNuPolyline>(curve)) return PiecesOf(polyline->GetPoints());
   if (const auto* composite = As<CNuCompositeCurve>(curve)) {
     chain = PiecesOf(*composite);
-    if (chain.Size() == 0) FailOperation(8, "operation", "CNuCompositeCurve");
+    if (chain.Size() == 0) FailOperation(NuOperationEmpty, "operation", "CNuCompositeCurve");
   } else {
     AddPiece(curve, chain);
   }
@@ -99,9 +99,10 @@ Vec3 UprightNormal(Vec3 tangent) {
 }
 
 Vec3 RequireOffset(double distance, const CNuVector& normal, const char* where) {
-  if (normal.GetSize() != 3) FailOperation(10, "Offset", where);
-  if (normal.IsZero(NuGetZero()) || !IsFinite(Components(normal))) FailOperation(9, "Offset", where);
-  if (!std::isfinite(distance)) FailOperation(29, "Offset", where);
+  if (normal.GetSize() != 3) FailOperation(NuOperationNotThreeComponents, "Offset", where);
+  if (normal.IsZero(NuGetZero()) || !IsFinite(Components(normal)))
+    FailOperation(NuOperationZeroVector, "Offset", where);
+  if (!std::isfinite(distance)) FailOperation(NuOperationOffsetNotFinite, "Offset", where);
   return Unit(Components(normal));
 }
 

@@ -160,9 +160,9 @@ class OffsetTask {
         m_closed(EndsMeet(chain, m_tol)),
         m_frame(PlaneAxes({chain.Ends(0).start, normal}), m_scale, distance < 0.0) {
     const double height = LargestDistance(chain, {chain.Ends(0).start, normal});
-    if (!(height <= m_tol)) FailOperation(45, "Offset of non-planar curve", where);
-    if (shape != 0 && shape != 1) FailOperation(45, "Offset with different shape", where);
-    if (HasGap(chain, m_tol)) FailOperation(26, "Offset", where);
+    if (!(height <= m_tol)) FailOperation(NuOperationUnsupported, "Offset of non-planar curve", where);
+    if (shape != 0 && shape != 1) FailOperation(NuOperationUnsupported, "Offset with different shape", where);
+    if (HasGap(chain, m_tol)) FailOperation(NuOperationOffsetDirection, "Offset", where);
   }
 
   std::vector<PieceChain> Run() const {
@@ -177,9 +177,9 @@ class OffsetTask {
     }
     const OffsetCorner corner = m_shape == 0 ? OffsetCorner::sharp : OffsetCorner::round;
     const OffsetChain moved = OffsetPieces(pieces, m_closed, reach, corner, m_scale * m_tol);
-    if (moved.outcome == OffsetChain::Outcome::broken) FailOperation(30, "Offset", m_where);
-    if (moved.outcome == OffsetChain::Outcome::foldsBack) FailOperation(28, "Offset", m_where);
-    if (moved.outcome == OffsetChain::Outcome::tangle) FailOperation(45, "calculation", m_where);
+    if (moved.outcome == OffsetChain::Outcome::broken) FailOperation(NuOperationOffsetParts, "Offset", m_where);
+    if (moved.outcome == OffsetChain::Outcome::foldsBack) FailOperation(NuOperationOffsetVanishes, "Offset", m_where);
+    if (moved.outcome == OffsetChain::Outcome::tangle) FailOperation(NuOperationUnsupported, "calculation", m_where);
     std::vector<PieceChain> curves;
     for (const std::vector<Piece2>& curve : moved.curves) curves.push_back(m_frame.Global(curve));
     return curves;
@@ -224,15 +224,15 @@ std::vector<PieceChain> OffsetCurves(const PieceChain& chain, double distance, V
       OffsetTask(scaled, factor * distance, normal, shape, where, factor * NuGetLengthTol()).Run();
   for (PieceChain& curve : curves) {
     curve = curve.Scaled(1.0 / factor);
-    if (!IsFinite(curve)) FailOperation(29, "Offset", where);
+    if (!IsFinite(curve)) FailOperation(NuOperationOffsetNotFinite, "Offset", where);
   }
   return curves;
 }
 
 PieceChain OneOffset(const PieceChain& chain, double distance, Vec3 normal, int shape, const char* where) {
   std::vector<PieceChain> curves = OffsetCurves(chain, distance, normal, shape, where);
-  if (curves.empty()) FailOperation(28, "Offset", where);
-  if (curves.size() > 1) FailOperation(30, "Offset", where);
+  if (curves.empty()) FailOperation(NuOperationOffsetVanishes, "Offset", where);
+  if (curves.size() > 1) FailOperation(NuOperationOffsetParts, "Offset", where);
   return std::move(curves.front());
 }
 

@@ -11,7 +11,7 @@ inline constexpr int kMostSamples = 10'000'000;
 
 // A curve is sampled at its two ends at least.
 inline void RequireSamples(double n, const char* where) {
-  if (!(n > 1.0 && n <= kMostSamples)) FailOperation(12, "conversion", where);
+  if (!(n > 1.0 && n <= kMostSamples)) FailOperation(NuOperationCount, "conversion", where);
 }
 
 }  // namespace nu::internal

@@ -45,14 +45,14 @@
   }                                                                                                         \
   void Class::FailIndex(int i) const {                                                                      \
     nu::internal::ArrayRules<Element>::RequireElement(i, m_size, "element operator[]", (texts).className);  \
-    nu::internal::FailOperation(3, "element operator[]", (texts).className, 0, m_size - 1);                 \
+    nu::internal::FailOperation(NuOperationIndex, "element operator[]", (texts).className, 0, m_size - 1);  \
   }                                                                                                         \
   Element Class::First() const {                                                                            \
-    if (m_size == 0) nu::internal::FailOperation(8, "First operator[]", (texts).first);                     \
+    if (m_size == 0) nu::internal::FailOperation(NuOperationEmpty, "First operator[]", (texts).first);      \
     return m_data[0];                                                                                       \
   }                                                                                                         \
   Element Class::Last() const {                                                                             \
-    if (m_size == 0) nu::internal::FailOperation(8, "Last operator[]", (texts).last);                       \
+    if (m_size == 0) nu::internal::FailOperation(NuOperationEmpty, "Last operator[]", (texts).last);        \
     return m_data[m_size - 1];                                                                              \
   }                                                                                                         \
   void Class::Add(Argument value) {                                                                         \
@@ -89,16 +89,17 @@
   }
 
 // SubArray(mask): the room is the sum of the mask, which is meant to hold 0 and 1.
-#define NU_DEFINE_ARRAY_MASK(Class, texts)                                                              \
-  Class Class::SubArray(const CNuIntArray& mask) const {                                                \
-    if (mask.GetSize() != m_size) {                                                                     \
-      nu::internal::FailOperation(5, "SubArray operation", #Class "::SubArray(const CNuIntArray& ip)"); \
-    }                                                                                                   \
-    Class result(mask.Sum());                                                                           \
-    for (int i = 0; i < m_size; ++i) {                                                                  \
-      if (mask[i] != 0) result.Add(m_data[i]);                                                          \
-    }                                                                                                   \
-    return result;                                                                                      \
+#define NU_DEFINE_ARRAY_MASK(Class, texts)                                       \
+  Class Class::SubArray(const CNuIntArray& mask) const {                         \
+    if (mask.GetSize() != m_size) {                                              \
+      nu::internal::FailOperation(NuOperationSizeMismatch, "SubArray operation", \
+                                  #Class "::SubArray(const CNuIntArray& ip)");   \
+    }                                                                            \
+    Class result(mask.Sum());                                                    \
+    for (int i = 0; i < m_size; ++i) {                                           \
+      if (mask[i] != 0) result.Add(m_data[i]);                                   \
+    }                                                                            \
+    return result;                                                               \
   }
 
 #endif

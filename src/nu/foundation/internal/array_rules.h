@@ -80,8 +80,9 @@ struct ArrayRules {
   using Fields = ArrayFields<T>;
 
   static void Construct(Fields a, int capacity, int expandSize, const ArrayTexts& texts) {
-    if (capacity < 0) throw CNuConstructionException(2, texts.className, "size", 0, 0);
-    if (expandSize < 1) throw CNuConstructionException(15, texts.className, "nArrayExpandSize", 0, 0);
+    if (capacity < 0) throw CNuConstructionException(NuConstructionNegativeSize, texts.className, "size", 0, 0);
+    if (expandSize < 1)
+      throw CNuConstructionException(NuConstructionExpandSize, texts.className, "nArrayExpandSize", 0, 0);
     a.data = capacity == 0 ? nullptr : AllocateElements<T>(capacity, texts.constructor);
     a.size = 0;
     a.capacity = a.reserved = capacity;
@@ -124,19 +125,19 @@ struct ArrayRules {
 
   // Only ever enlarges: a capacity that is not above the present one is refused.
   static void SetCapacity(Fields a, int capacity, const ArrayTexts& texts) {
-    if (capacity < 0 || capacity <= a.capacity) FailOperation(14, "SetSize operation", texts.setSize);
+    if (capacity < 0 || capacity <= a.capacity) FailOperation(NuOperationArgument, "SetSize operation", texts.setSize);
     if (capacity > a.reserved) Reallocate(a, capacity, texts.setSize);
     a.capacity = capacity;
   }
 
   static void SetExpandSize(Fields a, int expandSize, const ArrayTexts& texts) {
-    if (expandSize < 1) FailOperation(14, "SetExpandSize operation", texts.setExpandSize);
+    if (expandSize < 1) FailOperation(NuOperationArgument, "SetExpandSize operation", texts.setExpandSize);
     a.expandSize = expandSize;
   }
 
   // The value comes as a copy: it may be an element of the array that is about to move.
   static void Grow(Fields a, const ArrayTexts& texts) {
-    if (a.expandSize > INT_MAX - a.size) FailOperation(14, "SetSize operation", texts.setSize);
+    if (a.expandSize > INT_MAX - a.size) FailOperation(NuOperationArgument, "SetSize operation", texts.setSize);
     const int capacity = a.size + a.expandSize;
     if (capacity > a.reserved) {
       const int ample = a.size < INT_MAX / 2 ? a.size + a.size / 2 : capacity;
@@ -146,15 +147,15 @@ struct ArrayRules {
   }
 
   static void Append(Fields a, const T* data, int size, bool itself, const ArrayTexts& texts) {
-    if (itself) FailOperation(18, "Append operation", texts.append);
-    if (size > INT_MAX - a.size) FailOperation(14, "SetSize operation", texts.setSize);
+    if (itself) FailOperation(NuOperationAppend, "Append operation", texts.append);
+    if (size > INT_MAX - a.size) FailOperation(NuOperationArgument, "SetSize operation", texts.setSize);
     if (a.size + size > a.capacity) SetCapacity(a, a.size + size, texts);
     std::copy_n(data, size, a.data + a.size);
     a.size += size;
   }
 
   static void RequireElement(int i, int size, const char* what, const char* where) {
-    if (size == 0) FailOperation(8, what, where);
+    if (size == 0) FailOperation(NuOperationEmpty, what, where);
     RequireIndex(i, size, what, where);
   }
 
@@ -165,7 +166,8 @@ struct ArrayRules {
   }
 
   static void Truncate(Fields a, int size, const ArrayTexts& texts) {
-    if (size < 0 || size > a.size) FailOperation(14, "Truncate operation", texts.truncate, 0, a.size - 1);
+    if (size < 0 || size > a.size)
+      FailOperation(NuOperationArgument, "Truncate operation", texts.truncate, 0, a.size - 1);
     ShrinkTo(a, size, texts.truncate);
   }
 
@@ -173,9 +175,9 @@ struct ArrayRules {
 
   // The checks of SubArray(i, j): the range first, then the order of the two.
   static void RequireRange(int i, int j, int size, const ArrayTexts& texts) {
-    if (size == 0) FailOperation(8, "SubArray operation", texts.subArray);
-    if (i < 0 || j >= size) FailOperation(3, "SubArray operation", texts.subArray, 0, size - 1);
-    if (i > j) FailOperation(15, "SubArray operation", texts.subArray);
+    if (size == 0) FailOperation(NuOperationEmpty, "SubArray operation", texts.subArray);
+    if (i < 0 || j >= size) FailOperation(NuOperationIndex, "SubArray operation", texts.subArray, 0, size - 1);
+    if (i > j) FailOperation(NuOperationRange, "SubArray operation", texts.subArray);
   }
 
  private:

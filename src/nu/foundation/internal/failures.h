@@ -16,22 +16,22 @@ namespace nu::internal {
 
 // An index range that ends at size - 1.
 inline void RequireIndex(int i, int size, const char* what, const char* where) {
-  if (i < 0 || i >= size) FailOperation(3, what, where, 0, size - 1);
+  if (i < 0 || i >= size) FailOperation(NuOperationIndex, what, where, 0, size - 1);
 }
 
 // The factor of a product. A NaN is not above the limit and passes.
 inline void RequireFactor(double f, const char* what, const char* where) {
-  if (std::fabs(f) > NuGetLarge()) FailOperation(7, what, where);
+  if (std::fabs(f) > NuGetLarge()) FailOperation(NuOperationLargeFactor, what, where);
 }
 
 // The same for classes that refuse a NaN as well.
 inline void RequireNumericFactor(double f, const char* what, const char* where) {
-  if (!(std::fabs(f) <= NuGetLarge())) FailOperation(7, what, where);
+  if (!(std::fabs(f) <= NuGetLarge())) FailOperation(NuOperationLargeFactor, what, where);
 }
 
 // A divisor whose magnitude is below NuGetZero() is refused. A NaN is not below it and passes.
 inline void RequireDivisor(double d, const char* what, const char* where) {
-  if (std::fabs(d) < NuGetZero()) FailOperation(6, what, where);
+  if (std::fabs(d) < NuGetZero()) FailOperation(NuOperationZeroDivisor, what, where);
 }
 
 // Runs an operation that allocates outside the objects of the library: no memory is one failure, whatever asked for it.

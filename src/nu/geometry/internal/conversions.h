@@ -46,12 +46,13 @@ inline double ParallelTol() {
 
 // A radius, a semi-axis or a focal length is above 0 and finite: CNuConstructionException cause 5 for any other.
 inline double RequireLength(double length, const char* className, const char* what) {
-  if (!(length > 0.0) || !std::isfinite(length)) throw CNuConstructionException(5, className, what, 0, 0);
+  if (!(length > 0.0) || !std::isfinite(length))
+    throw CNuConstructionException(NuConstructionLength, className, what, 0, 0);
   return length;
 }
 
 // A direction that is zero within NuGetZero() or not finite: CNuConstructionException without a parameter word.
-inline CNuVector RequireDirection(Vec3 direction, int cause, const char* className) {
+inline CNuVector RequireDirection(Vec3 direction, ENuConstructionCause cause, const char* className) {
   if (IsNull(direction, NuGetZero()) || !IsFinite(direction)) {
     throw CNuConstructionException(cause, className, nullptr, 0, 0);
   }
@@ -59,7 +60,7 @@ inline CNuVector RequireDirection(Vec3 direction, int cause, const char* classNa
 }
 
 // The same for a vector of any size; three components are required.
-inline CNuVector RequireDirection(const CNuVector& direction, int cause, const char* className) {
+inline CNuVector RequireDirection(const CNuVector& direction, ENuConstructionCause cause, const char* className) {
   if (direction.GetSize() != 3) throw CNuConstructionException(cause, className, nullptr, 0, 0);
   return RequireDirection(Components(direction), cause, className);
 }

@@ -37,7 +37,7 @@ double TouchTol(double radius, Points... points) {
 // What is not finite is related to nothing, and neither are features so large that the result overflows:
 // CNuOperationException cause 45, named by the operation.
 [[noreturn]] inline void FailUnrelated(const char* where) {
-  FailOperation(45, "calculation", where);
+  FailOperation(NuOperationUnsupported, "calculation", where);
 }
 
 template<class... Features>

@@ -60,9 +60,9 @@ class BinaryFileReader {
 inline bool RequireWritten(BinaryFileWriter& file, const char* className) {
   switch (file.Close()) {
     case BinaryFileWriter::Outcome::kReadOnly:
-      FailOperation(48, "Read only file.. Unable to write into file", className);
+      FailOperation(NuOperationFileReadOnly, "Read only file.. Unable to write into file", className);
     case BinaryFileWriter::Outcome::kNotOpened:
-      FailOperation(47, "Open a Binary file", className);
+      FailOperation(NuOperationFileOpen, "Open a Binary file", className);
     case BinaryFileWriter::Outcome::kWritten:
       break;
   }

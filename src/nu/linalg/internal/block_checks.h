@@ -8,15 +8,16 @@ namespace nu::internal {
 
 template<class Matrix>
 void RequireSameShape(const Matrix& a, const Matrix& b, const char* what, const char* where) {
-  if (a.GetRowSize() != b.GetRowSize() || a.GetColumnSize() != b.GetColumnSize()) FailOperation(5, what, where);
+  if (a.GetRowSize() != b.GetRowSize() || a.GetColumnSize() != b.GetColumnSize())
+    FailOperation(NuOperationSizeMismatch, what, where);
 }
 
 // Rows r1 to r2 and columns c1 to c2, all included.
 template<class Matrix>
 void RequireBlock(const Matrix& a, int r1, int r2, int c1, int c2, const char* where) {
-  if (r1 > r2 || c1 > c2) FailOperation(15, "operation", where);
-  if (r1 < 0 || r2 >= a.GetRowSize()) FailOperation(3, "operation", where, 0, a.GetRowSize() - 1);
-  if (c1 < 0 || c2 >= a.GetColumnSize()) FailOperation(3, "operation", where, 0, a.GetColumnSize() - 1);
+  if (r1 > r2 || c1 > c2) FailOperation(NuOperationRange, "operation", where);
+  if (r1 < 0 || r2 >= a.GetRowSize()) FailOperation(NuOperationIndex, "operation", where, 0, a.GetRowSize() - 1);
+  if (c1 < 0 || c2 >= a.GetColumnSize()) FailOperation(NuOperationIndex, "operation", where, 0, a.GetColumnSize() - 1);
 }
 
 }  // namespace nu::internal
