@@ -4,9 +4,8 @@
 
 #include "nu/engine/minimax/cone_minimax.h"
 #include "nu/engine/points/mean.h"
-#include "nu/engine/shapes/incidence.h"
-#include "nu/geometry/internal/fit_guards.h"
 #include "nu/surfaces/cone.h"
+#include "nu/surfaces/internal/surface_fits.h"
 #include "support/clouds.h"
 #include "support/minimax_laws.h"
 
@@ -30,11 +29,10 @@ struct Case {
   }
 
   ConeZone Solve(long limit = 1000) const {
-    const Vec3 origin = MiddleOf(points);
-    PointBlocks blocks(ViewOf(points), origin);
-    const Cone3 local{Components(start.GetApex()) - origin, Components(start.GetAxisDirection()), 0.0,
-                      start.GetSemiAngle() * kDegree};
-    return NarrowestConeZone(blocks, MeanOf(ViewOf(points)) - origin, local, form, limit);
+    PointBlocks blocks = BlocksOf(points);
+    Cone3 local = FitCone(points, blocks, false, 1000).surface;
+    local.axis.point = local.axis.point - blocks.Origin();
+    return NarrowestConeZone(blocks, MeanOf(ViewOf(points)) - blocks.Origin(), local, form, limit);
   }
 
   double size;
@@ -49,7 +47,7 @@ void ExpectHeld(const ConeZone& found, double tol) {
   const Cone3& cone = found.cone;
   const double c = std::cos(cone.semiAngle);
   const double s = std::sin(cone.semiAngle);
-  const AxisFrame axis = AxisFrame::Along(cone.axisPoint, cone.axisDirection);
+  const AxisFrame axis = AxisFrame::Along(cone.axis.point, cone.axis.direction);
   const double radius = -cone.toApex * s / c;
   double weight = 0.0, reach = 0.0;
   double sum[6] = {};
@@ -81,7 +79,7 @@ TEST(ConeContacts, HoldZones) {
     ASSERT_EQ(zone.end, MinimaxEnd::converged);
     ASSERT_GE(zone.contacts, 3);
     ASSERT_LE(zone.width, c.form);
-    ExpectHeld(zone, 1e-13 * (c.size + Norm(zone.cone.axisPoint) - zone.cone.toApex * std::sin(zone.cone.semiAngle)));
+    ExpectHeld(zone, 1e-13 * (c.size + Norm(zone.cone.axis.point) - zone.cone.toApex * std::sin(zone.cone.semiAngle)));
   }
 }
 

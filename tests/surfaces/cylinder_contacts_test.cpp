@@ -7,10 +7,9 @@
 #include "nu/engine/minimax/round_minimax.h"
 #include "nu/engine/points/mean.h"
 #include "nu/engine/shapes/incidence.h"
-#include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/point_order.h"
-#include "nu/geometry/line.h"
 #include "nu/surfaces/cylinder.h"
+#include "nu/surfaces/internal/surface_fits.h"
 #include "support/clouds.h"
 #include "support/minimax_laws.h"
 
@@ -39,11 +38,10 @@ struct Case {
 
   template<class Problem>
   CylinderMinimax Solve(Problem problem, long limit = 1000) const {
-    const Vec3 origin = MiddleOf(points);
-    PointBlocks blocks(ViewOf(points), origin);
-    const CNuLine axis = start.GetAxis();
-    const Cylinder3 local{Components(axis.GetPoint()) - origin, Components(axis.GetDirection()), start.GetRadius()};
-    return problem(blocks, MeanOf(ViewOf(points)) - origin, local, limit);
+    PointBlocks blocks = BlocksOf(points);
+    Cylinder3 local = FitCylinder(points, blocks, false, 1000).surface;
+    local.axis.point = local.axis.point - blocks.Origin();
+    return problem(blocks, MeanOf(ViewOf(points)) - blocks.Origin(), local, limit);
   }
 
   double size;
@@ -55,11 +53,11 @@ struct Case {
 // The directions from the axis, weighted, cancel, and so do their moments; the contacts are where they should be.
 void ExpectHeld(const CylinderMinimax& found, double tol, double balance = 1e-9) {
   ASSERT_EQ(found.end, MinimaxEnd::converged);
-  const Vec3& axis = found.cylinder.axisDirection;
+  const Vec3& axis = found.cylinder.axis.direction;
   double reach = 0.0, weight = 0.0, difference = 0.0;
   Vec3 sum, moment;
   for (int k = 0; k < found.contacts; ++k) {
-    const Vec3 q = found.contact[k] - found.cylinder.axisPoint;
+    const Vec3 q = found.contact[k] - found.cylinder.axis.point;
     const Vec3 from = Rejection(q, axis);
     ASSERT_NEAR(Norm(from), found.cylinder.radius + 0.5 * found.sign[k] * found.zone, tol);
     ASSERT_GE(found.multiplier[k], 0.0);

@@ -51,7 +51,7 @@ Points2 Common(const Line3& line, const Sphere3& sphere) {
   return Intersect(line, sphere, TouchTol(sphere.radius, line.point, sphere.centre));
 }
 
-Points2 Common(const Line3& line, const InfiniteCylinder& cylinder, const Approach& approach) {
+Points2 Common(const Line3& line, const Cylinder3& cylinder, const Approach& approach) {
   const Vec3 nearest = line.At(approach.alongFirst);
   return Intersect(line, cylinder, approach, TouchTol(cylinder.radius, line.point, cylinder.axis.point, nearest));
 }
@@ -156,7 +156,7 @@ double CNuLine::DistanceTo(const CNuSphSurf& sphere) const {
 
 double CNuLine::DistanceTo(const CNuCylSurf& cylinder) const {
   const Line3 line = DataOf(*this);
-  const InfiniteCylinder tube = DataOf(cylinder);
+  const Cylinder3 tube = DataOf(cylinder);
   const auto distance = [&] {
     const Approach approach = Approaching(line, tube.axis);
     return approach.parallel ? std::fabs(approach.distance - tube.radius) : Outside(approach.distance, tube.radius);
@@ -200,7 +200,7 @@ int CNuLine::ClosestPointsTo(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p
 int CNuLine::ClosestPointsTo(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p2) const {
   constexpr const char* where = "CNuLine::ClosestPointsTo(CNuCylSurf)";
   const Line3 line = DataOf(*this);
-  const InfiniteCylinder tube = DataOf(cylinder);
+  const Cylinder3 tube = DataOf(cylinder);
   RequireFinite(where, line, tube);
   const Approach approach = Approaching(line, tube.axis);
   if (approach.parallel) return 0;
@@ -271,7 +271,7 @@ int CNuLine::IntersectWith(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2)
 int CNuLine::IntersectWith(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p2) const {
   constexpr const char* where = "CNuLine::IntersectWith(CNuCylSurf)";
   const Line3 line = DataOf(*this);
-  const InfiniteCylinder tube = DataOf(cylinder);
+  const Cylinder3 tube = DataOf(cylinder);
   RequireFinite(where, line, tube);
   return Store(Common(line, tube, Approaching(line, tube.axis)), p1, p2, where);
 }

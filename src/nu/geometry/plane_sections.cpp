@@ -91,7 +91,7 @@ int CNuPlane::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* curves) const
 
 int CNuPlane::IntersectWith(const CNuCylSurf& cylinder, CNuObjArray* curves) const {
   const Plane3 plane = DataOf(*this);
-  const InfiniteCylinder tube = DataOf(cylinder);
+  const Cylinder3 tube = DataOf(cylinder);
   constexpr const char* where = "CNuPlane::IntersectWith(CNuCylSurf)";
   RequireFinite(where, plane, tube);
   const auto section = Cut(plane, tube.axis, tube.radius, NuGetLengthTol(), ParallelTol());

@@ -79,7 +79,7 @@ std::optional<RadialCoordinates> AcrossSurface(const CNuPoint& p, const CNuGeome
     return RadialCoordinates{Components(p - sphere->GetCentre()), sphere->GetRadius()};
   }
   if (const auto* cylinder = As<CNuCylSurf>(surface)) {
-    const InfiniteCylinder tube = nu::internal::DataOf(*cylinder);
+    const Cylinder3 tube = nu::internal::DataOf(*cylinder);
     return RadialCoordinates{Rejection(Components(p) - tube.axis.point, tube.axis.direction), tube.radius};
   }
   if (const auto* cone = As<CNuConSurf>(surface)) {

@@ -4,12 +4,10 @@
 
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/minimax/round_minimax.h"
-#include "nu/engine/points/alignment.h"
 #include "nu/engine/points/mean.h"
 #include "nu/engine/shapes/apex_rounding.h"
-#include "nu/foundation/internal/failures.h"
-#include "nu/geometry/internal/fit_guards.h"
 #include "nu/surfaces/cone.h"
+#include "nu/surfaces/internal/surface_fits.h"
 
 // Minimum-zone cone; the problem behind it is that of nu/engine/minimax/cone_minimax.h.
 
@@ -19,17 +17,6 @@ namespace {
 
 constexpr const char* kName = "CNuConSurf";
 constexpr int kLeastPoints = 6;
-constexpr double kRadians = 3.14159265358979323846 / 180.0;
-
-void RequirePoints(const CNuPointArray& points, double tol) {
-  RequireCount(points, kLeastPoints, kName);
-  const bool coplanar = LieInOnePlane(ViewOf(points), tol);
-  if (coplanar) FailFit(kCoplanarPoints, kName, 4);
-  const bool distinct = CNuGeometry::NumberDistinctPoints(points, kLeastPoints, tol) == 1;
-  // What is not finite has no distance from each other.
-  if (!distinct) RequireFinite(points, kName);
-  if (!distinct) FailFit(kDegeneratePoints, kName, kLeastPoints);
-}
 
 // What a search that found no optimum ran into. Required: the limit is reached by the step that ends the search, too;
 // hosts count on a limit that is never used up.
@@ -41,16 +28,13 @@ void RequireOptimum(const ConeZone& found, long maxIter) {
   if (found.end != MinimaxEnd::converged) FailFit(kNumericalFailure, "CNuConSurf::FitMinZone");
 }
 
-// Starts from this cone.
-ConeZone FindZone(const CNuPointArray& points, const CNuConSurf& start, double form, long maxIter) {
-  const Vec3 origin = MiddleOf(points);
-  PointBlocks blocks(ViewOf(points), origin);
-  const Vec3 mean = MeanOf(ViewOf(points)) - origin;
-  const Cone3 cone{Components(start.GetApex()) - origin, Components(start.GetAxisDirection()), 0.0,
-                   start.GetSemiAngle() * kRadians};
-  ConeZone found = NarrowestConeZone(blocks, mean, cone, form, maxIter);
+ConeZone FindZone(const CNuPointArray& points, PointBlocks& blocks, const LeastSquaresFit<Cone3>& start, long maxIter) {
+  const Vec3& origin = blocks.Origin();
+  Cone3 local = start.surface;
+  local.axis.point = local.axis.point - origin;
+  ConeZone found = NarrowestConeZone(blocks, MeanOf(ViewOf(points)) - origin, local, start.Form(), maxIter);
   RequireOptimum(found, maxIter);
-  found.cone.axisPoint = origin + found.cone.axisPoint;
+  found.cone.axis.point = origin + found.cone.axis.point;
   return found;
 }
 
@@ -58,26 +42,20 @@ ConeZone FindZone(const CNuPointArray& points, const CNuConSurf& start, double f
 
 void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
   RequireIterations(maxIter, kName);
-  RequirePoints(points, tol);
-  CNuConSurf leastSquares(*this);
-  double form, sumSquares;
-  leastSquares.Fit(points, &form, &sumSquares, maxIter);
-  const ConeZone found = FindZone(points, leastSquares, form, maxIter);
-  if (found.width > form + kFormRoundings * found.rounding) {
-    FailFit(kNumericalFailure, "CNuConSurf::FitMinZone");
-  }
+  RequireSolid(points, kLeastPoints, 4, tol, kName);
+  PointBlocks blocks = BlocksOf(points);
+  const auto start = FitCone(points, blocks, true, maxIter);
+  const double form = start.Form();
+  const ConeZone found = FindZone(points, blocks, start, maxIter);
+  if (found.width > form + kFormRoundings * found.rounding) FailFit(kNumericalFailure, "CNuConSurf::FitMinZone");
   // Where the least-squares cone is the optimum, rounding decides which is better.
-  if (form < found.width) {
-    *this = leastSquares;
-    Output(zone, form);
-    return;
-  }
-  const Cone3& cone = found.cone;
-  const double degrees = cone.semiAngle / kRadians;
+  const bool stays = form < found.width;
+  const Cone3& cone = stays ? start.surface : found.cone;
+  const double degrees = DegreesOf(cone);
   if (!(degrees > 0.0 && degrees < 90.0 && IsFinite(cone.Apex()))) FailFit(kNumericalFailure, kName);
-  Place(degrees, ToPoint(cone.axisPoint), ToVector(cone.axisDirection));
-  Translate(ToPoint(PointAlong(cone.axisPoint, Components(GetAxisDirection()), cone.toApex)));
-  Output(zone, found.width);
+  Place(degrees, ToPoint(cone.axis.point), ToVector(cone.axis.direction));
+  Translate(ToPoint(PointAlong(cone.axis.point, Components(GetAxisDirection()), cone.toApex)));
+  Output(zone, stays ? form : found.width);
 }
 
 // The boundaries are parallel surfaces: they differ in the apex only.
@@ -88,7 +66,7 @@ void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuConSur
   CNuConSurf innermost(*this);
   CNuConSurf outermost(*this);
   if (std::fabs(width) >= NuGetTol()) {
-    const double way = 0.5 * width / nu::internal::Sin(m_semiAngle * kRadians);
+    const double way = 0.5 * width / nu::internal::Sin(m_semiAngle * (Nu_PI / 180.0));
     const Vec3 apex = Components(GetApex());
     const Vec3 axis = Components(GetAxisDirection());
     innermost.Translate(ToPoint(PointAlong(apex, axis, way)));

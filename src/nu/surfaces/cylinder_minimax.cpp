@@ -5,12 +5,11 @@
 
 #include "nu/curves/circle.h"
 #include "nu/engine/minimax/round_minimax.h"
-#include "nu/engine/points/alignment.h"
 #include "nu/engine/points/mean.h"
-#include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/internal/point_order.h"
 #include "nu/geometry/line.h"
 #include "nu/surfaces/cylinder.h"
+#include "nu/surfaces/internal/surface_fits.h"
 
 // Minimax cylinders; the problems behind them are those of nu/engine/minimax/cylinder_minimax.h.
 
@@ -23,49 +22,30 @@ constexpr const char* kName = "CNuCylSurf";
 // Two points that are not finite count as a line, too.
 Cylinder3 CylinderOnLine(const CNuPointArray& points, double tol) {
   RequireFinite(points, kName);
-  if (CNuGeometry::NumberDistinctPoints(points, 2, tol) == 0) return {Components(points[0]), {0.0, 0.0, 1.0}, 0.0};
+  if (CNuGeometry::NumberDistinctPoints(points, 2, tol) == 0) return {{Components(points[0]), {0.0, 0.0, 1.0}}, 0.0};
   CNuLine line;
   line.Fit(points);
-  return {Components(line.GetPoint()), Components(line.GetDirection()), 0.0};
+  return {{Components(line.GetPoint()), Components(line.GetDirection())}, 0.0};
 }
 
 Cylinder3 InscribedCircle(const CNuPointArray& points, double tol) {
   RequireFinite(points, kName);
   CNuCircle circle(1.0);
   circle.FitMax(points, tol);
-  return {Components(circle.GetCentre()), Components(circle.GetNormal()), circle.GetRadius()};
-}
-
-struct LeastSquares {
-  Cylinder3 cylinder;
-  double form = 0.0;
-};
-
-LeastSquares FitLeastSquares(const CNuPointArray& points, long maxIter) {
-  CNuCylSurf surface(1.0);
-  LeastSquares found;
-  double sumSquares;
-  surface.Fit(points, &found.form, &sumSquares, maxIter);
-  CNuPoint axisPoint;
-  CNuVector direction;
-  surface.GetData(&found.cylinder.radius, &axisPoint, &direction);
-  found.cylinder.axisPoint = Components(axisPoint);
-  found.cylinder.axisDirection = Components(direction);
-  return found;
+  return {{Components(circle.GetCentre()), Components(circle.GetNormal())}, circle.GetRadius()};
 }
 
 // `problem` is one of those of cylinder_minimax.h; the result is in the frame of the points.
 template<class Problem>
-CylinderMinimax Solve(const CNuPointArray& points, const Cylinder3& start, long maxIter, Problem problem) {
-  const Vec3 origin = MiddleOf(points);
-  PointBlocks blocks(ViewOf(points), origin);
-  Cylinder3 local = start;
-  local.axisPoint = start.axisPoint - origin;
+CylinderMinimax Solve(const CNuPointArray& points, PointBlocks& blocks, const Cylinder3& start, long maxIter,
+                      Problem problem) {
+  const Vec3& origin = blocks.Origin();
+  const Cylinder3 local{{start.axis.point - origin, start.axis.direction}, start.radius};
   // Required: the limit is reached by the step that ends the search, too; hosts count on a limit that is never used up.
   CylinderMinimax found = problem(blocks, MeanOf(ViewOf(points)) - origin, local, maxIter - 1);
   if (found.end == MinimaxEnd::limitReached) FailFit(kIterationLimit, kName);
   if (found.end != MinimaxEnd::converged) FailFit(kNumericalFailure, kName);
-  found.cylinder.axisPoint = origin + found.cylinder.axisPoint;
+  found.cylinder.axis.point = origin + found.cylinder.axis.point;
   return found;
 }
 
@@ -83,7 +63,9 @@ void RequireArguments(const CNuPointArray& points, long maxIter) {
 template<class Problem>
 Cylinder3 FromLeastSquares(const CNuPointArray& points, long maxIter, Problem problem) {
   return CanonicalOrder(points, [&](const CNuPointArray& data) {
-    return Solve(data, FitLeastSquares(data, maxIter).cylinder, maxIter, problem).cylinder;
+    PointBlocks blocks = BlocksOf(data);
+    const Cylinder3 start = FitCylinder(data, blocks, false, maxIter).surface;
+    return Solve(data, blocks, start, maxIter, problem).cylinder;
   });
 }
 
@@ -108,18 +90,14 @@ struct Zone {
 Zone MinimumZone(const CNuPointArray& points, double tol, long maxIter) {
   if (LieOnOneLine(ViewOf(points), tol)) return {CylinderOnLine(points, tol)};
   return CanonicalOrder(points, [&](const CNuPointArray& data) -> Zone {
-    const LeastSquares start = FitLeastSquares(data, maxIter);
-    const CylinderMinimax found = Solve(data, start.cylinder, maxIter, NarrowestCylinderZone);
-    if (found.zone > start.form + kFormRoundings * found.rounding) {
-      FailFit(kNumericalFailure, kName);
-    }
-    if (found.zone > start.form) return {start.cylinder, start.form};
+    PointBlocks blocks = BlocksOf(data);
+    const auto start = FitCylinder(data, blocks, true, maxIter);
+    const double form = start.Form();
+    const CylinderMinimax found = Solve(data, blocks, start.surface, maxIter, NarrowestCylinderZone);
+    if (found.zone > form + kFormRoundings * found.rounding) FailFit(kNumericalFailure, kName);
+    if (found.zone > form) return {start.surface, form};
     return {found.cylinder, found.zone};
   });
-}
-
-bool IsFinite(const Cylinder3& c) {
-  return IsFinite(c.axisPoint) && IsFinite(c.axisDirection) && std::isfinite(c.radius);
 }
 
 }  // namespace
@@ -128,7 +106,7 @@ void CNuCylSurf::FitMin(const CNuPointArray& points, double tol, long maxIter) {
   RequireArguments(points, maxIter);
   const Cylinder3 found = Circumscribed(points, tol, maxIter);
   if (!IsFinite(found)) FailFit(kNumericalFailure, kName);
-  Place(found.radius, ToPoint(found.axisPoint), ToVector(found.axisDirection));
+  Place(found.radius, ToPoint(found.axis.point), ToVector(found.axis.direction));
 }
 
 ENuFitResult CNuCylSurf::FitMinEx(const CNuPointArray& points, double tol, long maxIter) {
@@ -139,7 +117,7 @@ void CNuCylSurf::FitMax(const CNuPointArray& points, double tol, long maxIter) {
   RequireArguments(points, maxIter);
   const Cylinder3 found = Inscribed(points, tol, maxIter);
   if (!IsFinite(found)) FailFit(kNumericalFailure, kName);
-  Place(found.radius, ToPoint(found.axisPoint), ToVector(found.axisDirection));
+  Place(found.radius, ToPoint(found.axis.point), ToVector(found.axis.direction));
 }
 
 ENuFitResult CNuCylSurf::FitMaxEx(const CNuPointArray& points, double tol, long maxIter) {
@@ -151,7 +129,7 @@ void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, double to
   const Zone found = MinimumZone(points, tol, maxIter);
   const Cylinder3& middle = found.cylinder;
   if (!IsFinite(middle) || !std::isfinite(found.width)) FailFit(kNumericalFailure, kName);
-  Place(middle.radius, ToPoint(middle.axisPoint), ToVector(middle.axisDirection));
+  Place(middle.radius, ToPoint(middle.axis.point), ToVector(middle.axis.direction));
   Output(zone, found.width);
 }
 

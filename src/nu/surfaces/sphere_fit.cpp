@@ -2,8 +2,6 @@
 #include <cmath>
 
 #include "nu/engine/least_squares/round_least_squares.h"
-#include "nu/engine/points/alignment.h"
-#include "nu/engine/shapes/incidence.h"
 #include "nu/surfaces/internal/surface_fits.h"
 #include "nu/surfaces/sphere.h"
 
@@ -18,15 +16,9 @@ namespace {
 constexpr const char* kName = "CNuSphSurf";
 constexpr int kLeastPoints = 4;
 
-struct Solution {
-  Vec3 centre;
-  double radius = 0.0;
-  Deviations deviations;
-};
-
 // From the first point p0, which is on the sphere: the planes 2 q . (c - p0) = |q|^2 with q = p - p0 meet in the
 // centre. Refused where a point is no farther from the plane of the others than rounding errors of the coordinates.
-Solution SphereThroughFour(const CNuPointArray& points, const PointBlocks& blocks) {
+LeastSquaresFit<Sphere3> SphereThroughFour(const CNuPointArray& points, const PointBlocks& blocks) {
   const Vec3 q1 = Components(points[1] - points[0]);
   const Vec3 q2 = Components(points[2] - points[0]);
   const Vec3 q3 = Components(points[3] - points[0]);
@@ -37,7 +29,7 @@ Solution SphereThroughFour(const CNuPointArray& points, const PointBlocks& block
   if (!(std::fabs(volume) > RoundingAt(blocks, {}, meanSquare) * face)) FailFit(kNumericalFailure, kName);
   const Vec3 sum = Dot(q1, q1) * across + Dot(q2, q2) * Cross(q3, q1) + Dot(q3, q3) * Cross(q1, q2);
   const Vec3 fromFirst = (0.5 / volume) * sum;
-  return {Components(points[0]) + fromFirst, std::sqrt(Dot(fromFirst, fromFirst)), {}};
+  return {{Components(points[0]) + fromFirst, std::sqrt(Dot(fromFirst, fromFirst))}, {}};
 }
 
 // A coordinate of the start within NuGetLengthTol() of zero becomes exactly 0: hosts rely on it for points that lie
@@ -49,7 +41,7 @@ Vec3 SnapNearZero(Vec3 centre) {
   return centre;
 }
 
-Solution LeastSquaresSphere(PointBlocks& blocks, bool wantsDeviations, long maxIter) {
+LeastSquaresFit<Sphere3> LeastSquaresSphere(PointBlocks& blocks, bool wantsDeviations, long maxIter) {
   const Vec3 origin = blocks.Origin();
   RoundLeastSquares<3> fit(blocks, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}});
   if (!fit.Start()) FailFit(kNumericalFailure, kName);
@@ -67,10 +59,21 @@ Solution LeastSquaresSphere(PointBlocks& blocks, bool wantsDeviations, long maxI
   if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, kName);
   const Vec3 centre = fit.Centre();
   const bool stayed = centre.x == start.x && centre.y == start.y && centre.z == start.z;
-  return {stayed ? startWorld : origin + centre, fit.Radius(), wantsDeviations ? fit.DeviationsNow() : Deviations{}};
+  return {{stayed ? startWorld : origin + centre, fit.Radius()}, wantsDeviations ? fit.DeviationsNow() : Deviations{}};
 }
 
 }  // namespace
+
+LeastSquaresFit<Sphere3> nu::internal::FitSphere(const CNuPointArray& points, PointBlocks& blocks, bool wantsDeviations,
+                                                 long maxIter) {
+  RequireIterations(maxIter, kName);
+  RequireCount(points, kLeastPoints, kName);
+  if (LieInOnePlane(ViewOf(points), NuGetLengthTol())) FailFit(kCoplanarPoints, kName, kLeastPoints);
+  const bool exact = points.GetSize() == kLeastPoints;
+  const auto found = exact ? SphereThroughFour(points, blocks) : LeastSquaresSphere(blocks, wantsDeviations, maxIter);
+  if (!IsFinite(found.surface)) FailFit(kNumericalFailure, kName);
+  return found;
+}
 
 void CNuSphSurf::Fit(const CNuPointArray& points, long maxIter) {
   Fit(points, nullptr, nullptr, maxIter);
@@ -80,17 +83,10 @@ void CNuSphSurf::Fit(const CNuPointArray& points, double* form, double* sumSquar
   RequireIterations(maxIter, kName);
   Output(form, 0.0);
   Output(sumSquares, 0.0);
-  RequireCount(points, kLeastPoints, kName);
-  const bool coplanar = LieInOnePlane(ViewOf(points), NuGetLengthTol());
-  if (coplanar) FailFit(kCoplanarPoints, kName, kLeastPoints);
-  PointBlocks blocks(ViewOf(points), MiddleOf(points));
-  const bool exact = points.GetSize() == kLeastPoints;
-  const Solution found = exact ? SphereThroughFour(points, blocks)
-                               : LeastSquaresSphere(blocks, form != nullptr || sumSquares != nullptr, maxIter);
-  if (!IsFinite(found.centre) || !std::isfinite(found.radius)) FailFit(kNumericalFailure, kName);
-  SetPosition(ToPoint(found.centre), CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
-  m_radius = found.radius;
-  if (!exact) StoreFormWithin(found.deviations, form, sumSquares);
+  PointBlocks blocks = BlocksOf(points);
+  const auto found = FitSphere(points, blocks, form != nullptr || sumSquares != nullptr, maxIter);
+  Place(found.surface.radius, ToPoint(found.surface.centre));
+  if (points.GetSize() != kLeastPoints) StoreForm(found, form, sumSquares);
 }
 
 ENuFitResult CNuSphSurf::FitEx(const CNuPointArray& points, long maxIter) {

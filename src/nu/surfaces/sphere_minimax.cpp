@@ -8,11 +8,11 @@
 #include "nu/engine/minimax/spherical_shell.h"
 #include "nu/engine/points/alignment.h"
 #include "nu/engine/points/mean.h"
-#include "nu/geometry/internal/fit_guards.h"
 #include "nu/geometry/line.h"
+#include "nu/surfaces/internal/surface_fits.h"
 #include "nu/surfaces/sphere.h"
 
-// Minimax spheres; the problems behind them are those of nu/geometry/internal.
+// Minimax spheres; the problems behind them are those of nu/engine/minimax.
 
 using namespace nu::internal;
 
@@ -21,13 +21,8 @@ namespace {
 constexpr const char* kName = "CNuSphSurf";
 constexpr int kLeastPoints = 4;
 
-struct Ball {
-  Vec3 centre;
-  double radius = 0.0;
-};
-
 // Two points that are not finite count as a line, too.
-Ball BallOnLine(const CNuPointArray& points, double tol) {
+Sphere3 BallOnLine(const CNuPointArray& points, double tol) {
   RequireFinite(points, kName);
   if (CNuGeometry::NumberDistinctPoints(points, 2, tol) == 0) return {Components(points[0]), 0.0};
   CNuLine line;
@@ -48,25 +43,16 @@ Ball BallOnLine(const CNuPointArray& points, double tol) {
   return {p + half, Hypot(half.x, half.y, half.z)};
 }
 
-// Four points or more that are not in one plane: fewer count as coplanar.
-Ball LeastSquaresBall(const CNuPointArray& points, double* form, long maxIter) {
-  CNuSphSurf sphere(1.0);
-  double sumSquares;
-  sphere.Fit(points, form, &sumSquares, maxIter);
-  return {Components(sphere.GetCentre()), sphere.GetRadius()};
-}
-
-Ball MinimumZoneCircle(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+Sphere3 MinimumZoneCircle(const CNuPointArray& points, double* zone, double tol, long maxIter) {
   RequireFinite(points, kName);
   CNuCircle circle(1.0);
   circle.FitMinZone(points, zone, tol, maxIter);
   return {Components(circle.GetCentre()), circle.GetRadius()};
 }
 
-Ball FindMinimalSphericalShell(const CNuPointArray& points, const Ball& start, double* zone, long maxIter) {
-  RequireIterations(maxIter, "FindMinimalSphericalShell");
-  const Vec3 origin = MiddleOf(points);
-  PointBlocks blocks(ViewOf(points), origin);
+Sphere3 FindMinimalSphericalShell(const CNuPointArray& points, PointBlocks& blocks, const Sphere3& start, double* zone,
+                                  long maxIter) {
+  const Vec3& origin = blocks.Origin();
   const Vec3 mean = MeanOf(ViewOf(points)) - origin;
   const SphericalShell shell = ThinnestShell(blocks, mean, start.centre - origin, start.radius, maxIter);
   // Required: the limit is reached by the step that ends the search, too; hosts count on a limit that is never used up.
@@ -76,13 +62,14 @@ Ball FindMinimalSphericalShell(const CNuPointArray& points, const Ball& start, d
   return {origin + shell.centre, 0.5 * shell.inner + 0.5 * shell.outer};
 }
 
-Ball MinimumZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+// Fewer than four points count as coplanar.
+Sphere3 MinimumZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
   if (LieInOnePlane(ViewOf(points), tol)) return MinimumZoneCircle(points, zone, tol, maxIter);
-  double form;
-  const Ball ball = LeastSquaresBall(points, &form, maxIter);
+  PointBlocks blocks = BlocksOf(points);
+  const auto start = FitSphere(points, blocks, true, maxIter);
   *zone = 0.0;
-  if (form < tol) return ball;
-  return FindMinimalSphericalShell(points, ball, zone, maxIter);
+  if (start.Form() < tol) return start.surface;
+  return FindMinimalSphericalShell(points, blocks, start.surface, zone, maxIter);
 }
 
 }  // namespace
@@ -96,14 +83,13 @@ void CNuSphSurf::Place(double radius, const CNuPoint& centre) {
 void CNuSphSurf::FitMin(const CNuPointArray& points, double tol) {
   RequireCount(points, 1, kName);
   if (LieOnOneLine(ViewOf(points), tol)) {
-    const Ball ball = BallOnLine(points, tol);
+    const Sphere3 ball = BallOnLine(points, tol);
     return Place(ball.radius, ToPoint(ball.centre));
   }
-  const Vec3 origin = MiddleOf(points);
-  PointBlocks blocks(ViewOf(points), origin);
+  PointBlocks blocks = BlocksOf(points);
   const EnclosingBall found = SmallestEnclosingBall<3>(blocks, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}});
   if (!found.found) FailFit(kNumericalFailure, kName);
-  Place(found.radius, ToPoint(origin + found.centre));
+  Place(found.radius, ToPoint(blocks.Origin() + found.centre));
 }
 
 // Required: this runs FitMax and not FitMin. Hosts written for it expect the inscribed sphere, and a failure where
@@ -116,12 +102,11 @@ void CNuSphSurf::FitMax(const CNuPointArray& points, double tol) {
   RequireCount(points, kLeastPoints, kName);
   if (LieOnOneLine(ViewOf(points), tol)) FailFit(kCollinearPoints, kName, 3);
   constexpr long passesPerPoint = 10;
-  const Vec3 origin = MiddleOf(points);
-  PointBlocks blocks(ViewOf(points), origin);
-  const Vec3 mean = MeanOf(ViewOf(points)) - origin;
+  PointBlocks blocks = BlocksOf(points);
+  const Vec3 mean = MeanOf(ViewOf(points)) - blocks.Origin();
   const EmptyBall found = GrowEmptyBall(blocks, mean, passesPerPoint * points.GetSize());
   if (!found.found) FailFit(kNumericalFailure, kName);
-  Place(found.radius, ToPoint(origin + found.centre));
+  Place(found.radius, ToPoint(blocks.Origin() + found.centre));
 }
 
 ENuFitResult CNuSphSurf::FitMaxEx(const CNuPointArray& points, double tol) {
@@ -133,7 +118,7 @@ void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, double to
   RequireIterations(maxIter, kName);
   RequireCount(points, 1, kName);
   double width;
-  const Ball ball = MinimumZone(points, &width, tol, maxIter);
+  const Sphere3 ball = MinimumZone(points, &width, tol, maxIter);
   Place(ball.radius, ToPoint(ball.centre));
   Output(zone, width);
 }

@@ -73,9 +73,11 @@ struct Reach {
   double y = 0.0;
 };
 
-// From the apex.
-NU_KERNEL void FindReach(const PointBlock& block, const AxisFrame& axis, double cosine, double sine, Reach& found) {
+// From the circle of this radius around the origin of the frame, which is at the height `toApex` below.
+NU_KERNEL void FindReach(const PointBlock& block, const AxisFrame& axis, const ConeDistance& cone, double toApex,
+                         Reach& found) {
   const AxisFrame f = axis;
+  const double cosine = cone.cosine, sine = cone.sine, radius = cone.radius;
   Lanes low = kInfinity - Lanes{};
   Lanes high = -low;
   Lanes sumX = {};
@@ -94,10 +96,10 @@ NU_KERNEL void FindReach(const PointBlock& block, const AxisFrame& axis, double 
     const Lanes z = px * f.z.x + py * f.z.y + pz * f.z.z;
     Lanes d = x * x + y * y;
     TakeSquareRoot(d);
-    const Lanes way = (z < 0.0 ? -d : d) * sine + z * cosine;
+    const Lanes way = ((z < toApex ? -d : d) - radius) * sine + z * cosine;
     low = way < low ? way : low;
     high = way > high ? way : high;
-    weight = z < 0.0 ? -weight : weight;
+    weight = z < toApex ? -weight : weight;
     sumX += x * weight;
     sumY += y * weight;
   }
@@ -252,30 +254,33 @@ Extremes ExtremesFrom(PointBlocks& points, const ConeDistance& model) {
   return seen;
 }
 
+// All of it from where the axis is next to the points, not from the apex, which may be far away.
 ConeDistance PlaceOn(PointBlocks& points, const Cone3& cone, bool& behind) {
-  const Vec3 apex = cone.Apex();
-  const AxisFrame axis = AxisFrame::Along(apex, cone.axisDirection);
+  const AxisFrame axis = AxisFrame::Along(cone.axis.point, cone.axis.direction);
   ConeDistance model;
   model.angle = cone.semiAngle;
   model.cosine = Cos(model.angle);
   model.sine = Sin(model.angle);
+  model.radius = -cone.toApex * model.sine / model.cosine;
   Reach reach;
   points.ForEach([&](const PointBlock& block) {
     Reach part;
-    FindReach(block, axis, model.cosine, model.sine, part);
+    FindReach(block, axis, model, cone.toApex, part);
     reach.low = std::min(reach.low, part.low);
     reach.high = std::max(reach.high, part.high);
     reach.x += part.x;
     reach.y += part.y;
   });
-  behind = reach.low < 0.0;
-  const double farthest = std::max(reach.high, -reach.low);
-  const double way = std::max(0.5 * (reach.low + reach.high), kLeastWay * farthest);
+  const double apex = cone.toApex / model.cosine;
+  behind = reach.low < apex;
+  const double least = apex + kLeastWay * std::max(reach.high - apex, apex - reach.low);
+  const double way = std::max(0.5 * (reach.low + reach.high), least);
   const Vec3 across = reach.x * axis.x + reach.y * axis.y;
   const Vec3 u = Dot(across, across) > 0.0 ? Unit(across) : axis.x;
   const Vec3 g = Unit(model.cosine * axis.z + model.sine * u);
-  model.frame = AxisFrame::Along(apex + way * g, g, model.cosine * u - model.sine * axis.z);
-  model.radius = model.sine * way;
+  const Vec3 pivot = axis.origin + model.radius * u + way * g;
+  model.frame = AxisFrame::Along(pivot, g, model.cosine * u - model.sine * axis.z);
+  model.radius += model.sine * way;
   return model;
 }
 
@@ -300,8 +305,9 @@ ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone, double for
 Cone3 ConeDistance::Cone() const {
   const Vec3 outwards = cosine * frame.x + sine * frame.z;
   const Vec3 along = cosine * frame.z - sine * frame.x;
-  return {frame.origin - radius * outwards, Unit(angle < 0.0 ? -1.0 * along : along),
-          -radius * cosine / std::fabs(sine), std::fabs(angle)};
+  return {{frame.origin - radius * outwards, Unit(angle < 0.0 ? -1.0 * along : along)},
+          -radius * cosine / std::fabs(sine),
+          std::fabs(angle)};
 }
 
 bool ConeDistance::IsFinite() const {

@@ -3,17 +3,9 @@
 
 #include "nu/engine/minimax/minimax.h"
 #include "nu/engine/shapes/axis_frame.h"
+#include "nu/engine/shapes/incidence.h"
 
 namespace nu::engine::minimax {
-
-struct Cone3 {
-  Vec3 axisPoint;
-  Vec3 axisDirection;      // unit length, from the apex into the nappe that is meant
-  double toApex = 0.0;     // along the axis from its point, which may be near the data when the apex is far away
-  double semiAngle = 0.0;  // radians
-
-  Vec3 Apex() const { return axisPoint + toApex * axisDirection; }
-};
 
 // The signed distances of points from a cone, rho cos a - h sin a, as a model of minimax.h. It is seen from a pivot on
 // the cone in the middle of the points, so that nothing is lost on a narrow sector or far from the apex. The

@@ -13,13 +13,17 @@ namespace {
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// The cone comes with the rounding errors of an apex and an angle: its deviations are so many of them off.
-constexpr double kNoise = 64.0;
-
 Cone3 Rescaled(Cone3 cone, double factor) {
-  cone.axisPoint = factor * cone.axisPoint;
+  cone.axis.point = factor * cone.axis.point;
   cone.toApex *= factor;
   return cone;
+}
+
+const ConeDistance& ConeOf(const ConeDistance& model) {
+  return model;
+}
+const ConeDistance& ConeOf(const NappesDistance& model) {
+  return model.cone;
 }
 
 // What was found, in the callers' unit.
@@ -31,7 +35,7 @@ ConeZone Described(const MinimaxSolution<Model>& found, double unit, double roun
   zone.steps = found.steps;
   zone.cone = Rescaled(found.model.Cone(), unit);
   zone.width = 2.0 * unit * found.value;
-  zone.rounding = unit * rounding;
+  zone.rounding = unit * (rounding + kEpsilon * ConeOf(found.model).radius);
   zone.contacts = found.contacts;
   for (int k = 0; k < found.contacts; ++k) {
     zone.contact[k] = unit * found.contact[k];
@@ -59,13 +63,6 @@ Model InMiddle(const ConeDistance& cone, double middle) {
     return cone.Moved({middle});
 }
 
-const ConeDistance& ConeOf(const ConeDistance& model) {
-  return model;
-}
-const ConeDistance& ConeOf(const NappesDistance& model) {
-  return model.cone;
-}
-
 // The points are near enough to it, beside its radius of curvature, for a bend.
 bool IsBent(const ScaledProblem& problem, const ConeDistance& cone) {
   return problem.reach * cone.cosine > kLeastBend * cone.radius;
@@ -80,7 +77,7 @@ bool IsOptimum(const ScaledProblem& problem, const MinimaxSolution<Model>& found
 // `bend`.
 Cone3 TouchingCone(const Vec3& point, const Vec3& normal, const Vec3& line, double way, double bend) {
   const double angle = Atan2(bend, way);
-  return {point - way * line, Cos(angle) * line - Sin(angle) * normal, 0.0, angle};
+  return {{point - way * line, Cos(angle) * line - Sin(angle) * normal}, 0.0, angle};
 }
 
 // Points that are nearly flat may lead the search to a cone that is a plane, where it finds no optimum. Others lie next
@@ -124,7 +121,7 @@ ConeZone Search(const ScaledProblem& problem, const Model& start, long limit) {
     found.end = MinimaxEnd::stalled;
     SearchElsewhere(problem, minimax, found);
   }
-  return Described(found, 1.0 / problem.points.Scale(), kNoise * problem.rounding);
+  return Described(found, 1.0 / problem.points.Scale(), problem.rounding);
 }
 
 }  // namespace
@@ -138,7 +135,7 @@ ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& s
   const ScaledProblem problem{points, scale * mean, seen.greatest, rounding, scale * form};
   double low, high;
   const ConeDistance model =
-      DistanceFromCone(points, Rescaled(start, scale), problem.form + kNoise * rounding, low, high);
+      DistanceFromCone(points, Rescaled(start, scale), problem.form + kFormRoundings * rounding, low, high);
   if (!model.IsFinite()) return {};
   const double middle = 0.5 * (low + high);
   if (model.bothNappes) return Search(problem, InMiddle<NappesDistance>(model, middle), limit);

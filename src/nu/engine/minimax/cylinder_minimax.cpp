@@ -30,7 +30,7 @@ bool Prepare(PointBlocks& points, const Vec3& mean, const Cylinder3& start, Scal
   if (!FindNearAndFar(points, mean, problem.seen)) return false;
   const double scale = points.Scale();
   problem.mean = scale * mean;
-  problem.start = {scale * start.axisPoint, start.axisDirection, scale * start.radius};
+  problem.start = {{scale * start.axis.point, start.axis.direction}, scale * start.radius};
   problem.rounding = kDistanceRoundings * kEpsilon * problem.seen.greatest;
   return true;
 }
@@ -38,9 +38,9 @@ bool Prepare(PointBlocks& points, const Vec3& mean, const Cylinder3& start, Scal
 // Seen from among the points.
 CylinderDistance SurfaceOf(PointBlocks& points, const ScaledProblem& problem) {
   const Cylinder3& c = problem.start;
-  const Vec3 outwards = Rejection(problem.mean - c.axisPoint, c.axisDirection);
+  const Vec3 outwards = Rejection(problem.mean - c.axis.point, c.axis.direction);
   const Vec3 towards = Norm(outwards) > kEpsilon * c.radius ? outwards : problem.seen.farthest - problem.mean;
-  return DistanceFromCylinder(points, c.axisPoint, c.axisDirection, c.radius, towards);
+  return DistanceFromCylinder(points, c.axis.point, c.axis.direction, c.radius, towards);
 }
 
 // An axis through this point, with the result in the callers' unit.
@@ -51,7 +51,7 @@ CylinderMinimax Described(const MinimaxSolution<Model>& solution, const Vec3& ax
   const double unit = 1.0 / scale;
   const Vec3 nearest = axisPoint + Dot(mean - axisPoint, direction) * direction;
   result.end = solution.end;
-  result.cylinder = {unit * nearest, WithLargestPositive(direction), unit * std::fabs(solution.value)};
+  result.cylinder = {{unit * nearest, WithLargestPositive(direction)}, unit * std::fabs(solution.value)};
   result.contacts = solution.contacts;
   for (int k = 0; k < solution.contacts; ++k) {
     result.contact[k] = unit * solution.contact[k];
@@ -174,10 +174,10 @@ CylinderMinimax SmallestCylinderAround(PointBlocks& points, const Vec3& mean, co
   ScaledProblem problem;
   if (!Prepare(points, mean, start, problem)) return {};
   // An axis far outside, as that of a narrow strip, is no start.
-  const bool isNear =
-      Norm(Rejection(problem.start.axisPoint - problem.mean, problem.start.axisDirection)) <= problem.seen.greatest;
-  const Vec3& through = isNear ? problem.start.axisPoint : problem.mean;
-  const MinimaxSolution<AxisDistance> found = SmallestCylinder(points, through, problem.start.axisDirection, limit);
+  const Line3& axis = problem.start.axis;
+  const bool isNear = Norm(Rejection(axis.point - problem.mean, axis.direction)) <= problem.seen.greatest;
+  const Vec3& through = isNear ? axis.point : problem.mean;
+  const MinimaxSolution<AxisDistance> found = SmallestCylinder(points, through, axis.direction, limit);
   return Described(found, found.model.frame.origin, found.model.frame.z, problem.mean, points.Scale());
 }
 

@@ -2,14 +2,9 @@
 #define NU_ENGINE_MINIMAX_CYLINDER_MINIMAX_H
 
 #include "nu/engine/minimax/minimax.h"
+#include "nu/engine/shapes/incidence.h"
 
 namespace nu::engine::minimax {
-
-struct Cylinder3 {
-  Vec3 axisPoint;
-  Vec3 axisDirection;  // unit length
-  double radius = 0.0;
-};
 
 // A cylinder that no small move betters, and the points that hold it: the multipliers are not negative and add up to 1;
 // the sums of sign * multiplier * direction from the axis, and of the same times the place along the axis, are zero.

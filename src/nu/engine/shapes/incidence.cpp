@@ -123,7 +123,7 @@ Points2 Intersect(const Line3& line, const Sphere3& sphere, double tol) {
 
 // Seen along the axis, the line passes the circle's centre at its distance from the axis; its way appears shortened by
 // the sine between them.
-Points2 Intersect(const Line3& line, const InfiniteCylinder& cylinder, const Approach& approach, double tol) {
+Points2 Intersect(const Line3& line, const Cylinder3& cylinder, const Approach& approach, double tol) {
   if (approach.parallel) return {};
   Chord chord = ChordAt(approach.distance, cylinder.radius, tol);
   chord.half /= Sine(line.direction, cylinder.axis.direction);

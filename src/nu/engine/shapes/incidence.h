@@ -34,9 +34,19 @@ struct Sphere3 {
   double radius = 0.0;
 };
 
-struct InfiniteCylinder {
+struct Cylinder3 {
   Line3 axis;
   double radius = 0.0;
+};
+
+// The nappe into which the axis points from the apex. The point of the axis may be near the data when the apex is far
+// away.
+struct Cone3 {
+  Vec3 Apex() const { return axis.At(toApex); }
+
+  Line3 axis;
+  double toApex = 0.0;     // along the axis from its point
+  double semiAngle = 0.0;  // radians
 };
 
 inline double Norm(Vec3 v) {
@@ -59,7 +69,7 @@ inline bool IsFinite(const Circle3& circle) {
 inline bool IsFinite(const Sphere3& sphere) {
   return IsFinite(sphere.centre) && std::isfinite(sphere.radius);
 }
-inline bool IsFinite(const InfiniteCylinder& cylinder) {
+inline bool IsFinite(const Cylinder3& cylinder) {
   return IsFinite(cylinder.axis) && std::isfinite(cylinder.radius);
 }
 
@@ -109,7 +119,7 @@ struct Points2 {
 Points2 Intersect(const Line3& line, const Circle3& circle, double tol);
 Points2 Intersect(const Line3& line, const Sphere3& sphere, double tol);
 // None for lines that are parallel. `approach` is that of the line to the axis.
-Points2 Intersect(const Line3& line, const InfiniteCylinder& cylinder, const Approach& approach, double tol);
+Points2 Intersect(const Line3& line, const Cylinder3& cylinder, const Approach& approach, double tol);
 // In the order of circle normal x plane normal. None for a circle in the plane.
 Points2 Intersect(const Circle3& circle, const Plane3& plane, double tol);
 // None for circles that share more than two points. Circles in one plane: first the point to the left of the way from

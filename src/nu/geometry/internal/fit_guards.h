@@ -102,6 +102,10 @@ inline Vec3 MiddleOf(const CNuPointArray& points) {
   return Components(points.GetData()[points.GetSize() / 2]);
 }
 
+inline PointBlocks BlocksOf(const CNuPointArray& points) {
+  return {ViewOf(points), points.GetSize() > 0 ? MiddleOf(points) : Vec3{}};
+}
+
 }  // namespace nu::internal
 
 #endif

@@ -14,7 +14,7 @@ inline Sphere3 DataOf(const CNuSphSurf& sphere) {
   return {Components(sphere.GetCentre()), sphere.GetRadius()};
 }
 
-inline InfiniteCylinder DataOf(const CNuCylSurf& cylinder) {
+inline Cylinder3 DataOf(const CNuCylSurf& cylinder) {
   return {{Components(cylinder.GetAxisPoint()), Components(cylinder.GetAxisDirection())}, cylinder.GetRadius()};
 }
 

@@ -22,7 +22,7 @@
 namespace nu::internal {
 
 RoundQuadric RoundDataOf(const CNuCylSurf& cylinder) {
-  const InfiniteCylinder data = DataOf(cylinder);
+  const Cylinder3 data = DataOf(cylinder);
   return {RoundQuadric::Kind::kCylinder, data.axis.point, data.axis.direction, data.radius};
 }
 
@@ -108,8 +108,8 @@ QuadricIntersection::QuadricIntersection(const RoundQuadric& first, const RoundQ
     : m_where(where) {
   const double size =
       std::max({first.radius, second.radius, LargestComponent(first.point), LargestComponent(second.point)});
-  RequireFinite(where, InfiniteCylinder{{first.point, first.axis}, first.radius},
-                InfiniteCylinder{{second.point, second.axis}, second.radius});
+  RequireFinite(where, Cylinder3{{first.point, first.axis}, first.radius},
+                Cylinder3{{second.point, second.axis}, second.radius});
   m_unit = UnitFor(size);
   m_first = InUnit(first, m_unit);
   m_second = InUnit(second, m_unit);
