@@ -67,6 +67,12 @@ TEST(Integral, MeetsItsToleranceOrThrows) {
        2 * (std::sqrt(1.0 / 3) + std::sqrt(2.0 / 3)), 1e-12},
       {"1/sqrt at a joint", [](double x) { return 1 / std::sqrt(std::fabs(x - 0.375)); }, 0, 1,
        2 * (std::sqrt(0.375) + std::sqrt(0.625)), 1e-12},
+      {"1/sqrt that is hit", [](double x) { return 1 / std::sqrt(std::fabs(x - 1.0 / 256)); }, 0, 1,
+       (1 + std::sqrt(255.0)) / 8, 1e-12},
+      {"1/sqrt at three places", [](double x) { return 1 / std::sqrt(std::fabs((x - 0.2) * (x - 0.55) * (x - 0.7))); },
+       0, 1, 15.6038678411125971, 1e-12},
+      {"0/0 that is hit", [](double x) { return std::sin(x - 1.0 / 256) / (x - 1.0 / 256); }, 0, 1,
+       0.946700025664033665, 0},
       {"1/sqrt at the joint", [](double x) { return 1 / std::sqrt(std::fabs(x)); }, -1, 1, 4, 1e-12},
       {"x^-0.9", [](double x) { return std::pow(x, -0.9); }, 0, 1, 10, 1e-12},
       {"x^-0.99", [](double x) { return std::pow(x, -0.99); }, 0, 1, 100, 1},
@@ -157,6 +163,7 @@ TEST(Integral, DivergentIntegralsThrow) {
     EXPECT_EQ(failure([](double x) { return 1 / x; }, 0, 1), limit);
     EXPECT_EQ(failure([](double x) { return 1 / x; }, -1, 1), limit);
     EXPECT_EQ(failure([](double x) { return 1 / x; }, -1, 2), limit);
+    EXPECT_EQ(failure([](double x) { return 1 / (x - 1.0 / 256); }, 0, 1), limit);
     EXPECT_EQ(failure([](double x) { return std::tan(x); }, 0, 3), limit);
   }
 }
@@ -182,6 +189,8 @@ TEST(Integral, OrientationStateAndLimits) {
   EXPECT_EQ(kept([&] { integral.Calculate(none, 0, 1, 1e-6); }), notFinite);
   EXPECT_EQ(kept([&] { integral.Calculate([](double x) { return std::sqrt(x - 0.5); }, 0, 1, 1e-6); }), notFinite);
   EXPECT_EQ(kept([&] { integral.Calculate([](double) { return 1e308; }, 0, 10, 1e-6); }), notFinite);
+  const auto hole = [](double x) { return std::fabs(x - 1.0 / 256) < 1e-9 ? std::nan("") : 1.0; };
+  EXPECT_EQ(kept([&] { integral.Calculate(hole, 0, 1, 1e-6); }), notFinite);
   for (double bad : {kInf, -kInf, std::nan("")}) {
     EXPECT_EQ(kept([&] { integral.Calculate(f, bad, 1, 1e-6); }), notFinite);
     EXPECT_EQ(kept([&] { integral.Calculate(f, 0, bad, 1e-6); }), notFinite);
@@ -237,6 +246,8 @@ TEST(Integral2D, AreasOfConstantAndCurvedBounds) {
        [](double) { return 1.0; }, 0, 1, kPi / 8, 1e-12},
       {"corner of products", [](double x, double y) { return 1 / std::sqrt(x * y); }, Zero, [](double) { return 1.0; },
        0, 1, 4, 1e-12},
+      {"edge that is hit", [](double x, double y) { return y / std::sqrt(std::fabs(x - 1.0 / 32)); }, Zero,
+       [](double) { return 1.0; }, 0, 1, std::sqrt(1.0 / 32) + std::sqrt(31.0 / 32), 1e-12},
       {"peak", [](double x, double y) { return std::exp(-1e4 * (Square(x - 0.31) + Square(y - 0.72))); }, Zero,
        [](double) { return 1.0; }, 0, 1, kPi * 1e-4, 1e-10}};
   for (const Area& c : areas) {

@@ -62,7 +62,7 @@ class Search {
     double peak = 0.0;
     double before = std::numeric_limits<double>::infinity();
     for (int step = 0, since = 0; step < kMostSteps; ++step, ++since, peak *= kFall) {
-      if (m_infinite) return BreakPlace{*m_infinite, 0.0};
+      if (m_hit) return BreakPlace{*m_hit, 0.0};
       const double bend = m_at.Bend();
       if (!(bend >= 0.0)) return std::nullopt;
       if (m_at.Drowned()) return step < kPatience ? std::nullopt : Here();
@@ -79,11 +79,11 @@ class Search {
  private:
   std::optional<BreakPlace> Here() const { return BreakPlace{m_at.q.x, m_at.Open()}; }
 
-  // An infinite value is a singularity that was hit.
+  // A value that is not finite is a singularity that was hit.
   Point PointAt(double x) {
     ++*m_samples;
     const Point point = {x, m_f(x)};
-    if (std::isinf(point.f.value)) m_infinite = x;
+    if (!std::isfinite(point.f.value)) m_hit = x;
     return point;
   }
 
@@ -114,7 +114,7 @@ class Search {
   const Integrand& m_f;
   long* m_samples;
   Triple m_at{};
-  std::optional<double> m_infinite;
+  std::optional<double> m_hit;
 };
 
 }  // namespace

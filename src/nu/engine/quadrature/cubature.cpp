@@ -67,7 +67,8 @@ QuadratureGoal InnerGoal(const QuadratureGoal& goal, double width) {
   return {kInnerShare * goal.absolute / width, std::max(kInnerShare * goal.ofValue, kLeastTolerance), kLeastTolerance};
 }
 
-// Inner: Quadrature(double x, const QuadratureGoal&).
+// Inner: Quadrature(double x, const QuadratureGoal&). An inner integral that is not finite may be a singularity that x
+// hit.
 template<class Inner>
 Quadrature IntegrateOuter(double a, double b, const QuadratureGoal& goal, QuadratureLimits& limits, const Inner& inner,
                           const Surroundings& surroundings) {
@@ -76,7 +77,7 @@ Quadrature IntegrateOuter(double a, double b, const QuadratureGoal& goal, Quadra
   const auto slice = [&](double x) -> Sample {
     if (failure != QuadratureEnd::converged) return {std::numeric_limits<double>::quiet_NaN()};
     const Quadrature q = inner(x, innerGoal);
-    failure = q.end;
+    if (q.end != QuadratureEnd::notFinite) failure = q.end;
     return {q.end == QuadratureEnd::converged ? q.value : std::numeric_limits<double>::quiet_NaN(), q.error};
   };
   Quadrature q = Integrate(slice, a, b, goal, limits, surroundings);

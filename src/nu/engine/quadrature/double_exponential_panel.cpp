@@ -30,7 +30,7 @@ constexpr double kDivergence = 0.5;
 constexpr double kSteady = 0.1;
 constexpr int kSteadyLevels = 2;
 // The changes of an integrand that is smooth inside fall by a share that squares from level to level. One that falls by
-// less than the root of the share before, and exceeds rounding, is not believed.
+// less than the share before, and exceeds rounding, is not believed.
 constexpr double kRounding = 8.0 * std::numeric_limits<double>::epsilon();
 // At the last doubles before an end its distance is known to a factor of 2.
 constexpr double kSafety = 2.0;
@@ -102,6 +102,7 @@ class DoubleExponential {
     panel.error = m_width * error;
     panel.atLo = m_atLo;
     panel.atHi = m_atHi;
+    panel.hit = m_hit;
     panel.notFinite = m_notFinite || !std::isfinite(panel.value) || !std::isfinite(panel.absolute);
     return panel;
   }
@@ -133,6 +134,7 @@ class DoubleExponential {
     ++m_count;
     if (!std::isfinite(sample.value)) {
       m_notFinite = !(share < m_overflowDistance);
+      if (m_notFinite) m_hit = x;
       return {false, 0.0};
     }
     const double weight = Nu_PI * Cosh(t) * share / (1.0 + q);
@@ -161,6 +163,7 @@ class DoubleExponential {
   Tail m_tailHi;
   long m_count = 0;
   bool m_notFinite = false;
+  double m_hit = std::numeric_limits<double>::quiet_NaN();
 };
 
 }  // namespace
@@ -181,7 +184,7 @@ Panel DoubleExponentialPanel(const Integrand& f, double lo, double hi, double go
     const double change = std::fabs(rule.Sum() - before);
     const double rest = rule.Rest();
     const double floor = std::max(rest, kRounding * rule.Absolute());
-    const bool slower = change > std::max(changeBefore * std::sqrt(shareBefore), floor);
+    const bool slower = change > std::max(changeBefore * shareBefore, floor);
     steady = change <= std::max(kSteady * changeBefore, rest) && !slower ? steady + 1 : 0;
     error = std::max(change, kLeastShare * changeBefore) + rest;
     settled = level >= kLeastLevels && steady >= kSteadyLevels && (hi - lo) * error <= goal;
@@ -192,7 +195,7 @@ Panel DoubleExponentialPanel(const Integrand& f, double lo, double hi, double go
   }
   *samples += rule.Count();
   Panel panel = rule.Result(error);
-  panel.settled = settled;
+  panel.settled = settled && !panel.notFinite;
   return panel;
 }
 

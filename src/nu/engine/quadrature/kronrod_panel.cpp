@@ -113,14 +113,19 @@ struct Samples {
 
 Samples Take(const Integrand& f, double centre, double half, Panel& panel) {
   Samples s{};
-  const Sample middle = f(centre);
+  const auto sampleAt = [&](double x) {
+    const Sample sample = f(x);
+    if (!std::isfinite(sample.value)) panel.hit = x;
+    return sample;
+  };
+  const Sample middle = sampleAt(centre);
   s.middle = middle.value;
   s.largest = std::fabs(middle.value);
   panel.absolute = kKronrodMiddle * s.largest;
   panel.carried = kKronrodMiddle * middle.error;
   for (std::size_t i = 0; i < kPairs; ++i) {
-    const Sample left = f(centre - half * kNode[i]);
-    const Sample right = f(centre + half * kNode[i]);
+    const Sample left = sampleAt(centre - half * kNode[i]);
+    const Sample right = sampleAt(centre + half * kNode[i]);
     panel.absolute += kKronrod[i] * (std::fabs(left.value) + std::fabs(right.value));
     panel.carried += kKronrod[i] * (left.error + right.error);
     s.largest = std::max({s.largest, std::fabs(left.value), std::fabs(right.value)});

@@ -16,8 +16,9 @@
 // Globally adaptive integration. The interval starts as equal panels, each under a Gauss-Kronrod rule. In every round
 // the panels with the largest errors are divided, those that the goal can bear stay. Where the samples of a panel are
 // not those of a smooth function, the place is searched at which the integrand breaks, and the panel ends there.
-// Otherwise it is halved. A panel at an end of the interval or at a break that carries much of the error, or one that
-// halving has isolated, is given to the double-exponential rule first, and where it fails, to extrapolation.
+// Otherwise it is halved. A rough panel at an end of the interval or at a break that carries much of the error, or any
+// panel that halving has isolated, is given to the double-exponential rule first; where that fails, a rough one is
+// extrapolated. A sample that is not finite is taken for a singularity that was hit, and its place for a break.
 //
 // No rule sees what lies between its last sample and its end. Therefore the panels are extrapolated to their common
 // joint, and where they disagree there, a jump may hide between the two nearest samples: its height times the wider gap
@@ -60,6 +61,17 @@ struct Break {
   double place;
   ProbedSide below;
   ProbedSide above;
+
+  // The place of a probe that is not finite: a singularity, beside which the break was found.
+  std::optional<double> Hit() const {
+    for (const Probe& probe : below.All()) {
+      if (!std::isfinite(probe.value)) return place - probe.distance;
+    }
+    for (const Probe& probe : above.All()) {
+      if (!std::isfinite(probe.value)) return place + probe.distance;
+    }
+    return std::nullopt;
+  }
 };
 constexpr int kBreakA = 0;
 constexpr int kBreakB = 1;
@@ -84,6 +96,7 @@ class Subdivision {
     Start(expected);
     for (long round = 0;; ++round) {
       if (m_notFinite) return {QuadratureEnd::notFinite};
+      if (m_unresolved) return {QuadratureEnd::limitReached};
       const Totals totals = Sum();
       if (!std::isfinite(totals.value)) return {QuadratureEnd::notFinite};
       const double target =
@@ -109,6 +122,7 @@ class Subdivision {
   // All memory that a round needs, so that whatever else fails comes from the integrand.
   bool MakeRoom(std::size_t panels) {
     try {
+      panels += kMostHits;
       m_next.reserve(panels);
       m_panels.reserve(panels);
       m_shares.reserve(panels);
@@ -168,11 +182,35 @@ class Subdivision {
   }
 
   void AddKronrod(double lo, double hi, int depth, int breakLo, int breakHi) {
-    m_next.push_back(KronrodPanel(m_f, lo, hi, depth, ProbesAbove(breakLo), ProbesBelow(breakHi)));
-    m_next.back().breakLo = breakLo;
-    m_next.back().breakHi = breakHi;
+    Panel panel = KronrodPanel(m_f, lo, hi, depth, ProbesAbove(breakLo), ProbesBelow(breakHi));
+    panel.breakLo = breakLo;
+    panel.breakHi = breakHi;
     m_limits.samples -= kKronrodSamples;
-    m_notFinite = m_notFinite || m_next.back().notFinite;
+    if (panel.notFinite && SplitAtHit(panel, panel.hit)) return;
+    m_next.push_back(panel);
+    const bool unresolved = std::isfinite(panel.hit) && !HasRoomAround(panel, panel.hit);
+    m_unresolved = m_unresolved || unresolved;
+    m_notFinite = m_notFinite || (panel.notFinite && !unresolved);
+  }
+
+  // Divides a panel at a sample that was not finite, if there is room and there were few. The panels may be hit again.
+  bool SplitAtHit(const Panel& panel, double hit) {
+    if (m_breaks.size() >= kMostBreaks || m_limits.hits <= 0 || !HasRoomAround(panel, hit)) return false;
+    --m_limits.hits;
+    DivideAt(BreakAt(hit, panel.lo, panel.hi), panel, panel);
+    return true;
+  }
+
+  // From the start of one panel to the end of another.
+  void DivideAt(const Break& at, const Panel& first, const Panel& last) {
+    const int here = static_cast<int>(m_breaks.size());
+    m_breaks.push_back(at);
+    AddKronrod(first.lo, at.place, 0, first.breakLo, here);
+    AddKronrod(at.place, last.hi, 0, here, last.breakHi);
+  }
+
+  Break BreakAt(double place, double lo, double hi) {
+    return {place, ProbeSide(place, place - lo, -1.0), ProbeSide(place, hi - place, 1.0)};
   }
 
   // Of panel i and the one after it, which may differ at a known break.
@@ -287,11 +325,10 @@ class Subdivision {
     m_limits.samples -= spent;
     if (!found || !HasRoom(first.lo, found->place) || !HasRoom(found->place, last.hi)) return false;
     --m_searches;
-    const double place = found->place;
-    const int here = static_cast<int>(m_breaks.size());
-    m_breaks.push_back({place, ProbeSide(place, place - first.lo, -1.0), ProbeSide(place, last.hi - place, 1.0)});
-    AddKronrod(first.lo, place, 0, first.breakLo, here);
-    AddKronrod(place, last.hi, 0, here, last.breakHi);
+    Break at = BreakAt(found->place, first.lo, last.hi);
+    const std::optional<double> hit = at.Hit();
+    if (hit && HasRoom(first.lo, *hit) && HasRoom(*hit, last.hi)) at = BreakAt(*hit, first.lo, last.hi);
+    DivideAt(at, first, last);
     m_open += found->open;
     return true;
   }
@@ -300,15 +337,20 @@ class Subdivision {
     return hi - lo > kLeastWidth * kEpsilon * std::max(std::fabs(lo), std::fabs(hi));
   }
 
+  static bool HasRoomAround(const Panel& panel, double x) { return HasRoom(panel.lo, x) && HasRoom(x, panel.hi); }
+
   // By the double-exponential rule or by extrapolation, where it is due and one does it.
   bool Settle(const Panel& panel, double goal) {
     const bool atEnd = panel.breakLo != kNoBreak || panel.breakHi != kNoBreak;
-    const int since = atEnd ? panel.depth : panel.depth - kIsolated;
+    const int since = atEnd && panel.rough ? panel.depth : panel.depth - kIsolated;
     if (since < 0 || since % kTrialPeriod != 0) return false;
     long spent = 0;
     Panel tried = DoubleExponentialPanel(m_f, panel.lo, panel.hi, goal, m_limits.dimensions, &spent);
-    m_notFinite = m_notFinite || tried.notFinite;
-    if (!tried.settled && !m_notFinite && (panel.breakLo == kNoBreak) != (panel.breakHi == kNoBreak)) {
+    if (tried.notFinite && SplitAtHit(panel, tried.hit)) {
+      m_limits.samples -= spent;
+      return true;
+    }
+    if (!tried.settled && panel.rough && (panel.breakLo == kNoBreak) != (panel.breakHi == kNoBreak)) {
       const bool atLo = panel.breakLo != kNoBreak;
       const Probes probes = atLo ? ProbesAbove(panel.breakLo) : ProbesBelow(panel.breakHi);
       tried = ExtrapolatedPanel(m_f, panel.lo, panel.hi, atLo, Reach(panel, atLo), goal, probes, &spent);
@@ -344,6 +386,7 @@ class Subdivision {
   QuadratureLimits& m_limits;
   bool m_notFinite = false;
   int m_searches = 0;            // in vain
+  bool m_unresolved = false;     // a singularity was hit too close to another break
   double m_open = 0.0;           // error that the breaks leave
   std::vector<Break> m_breaks;   // a, b, and those inside
   std::vector<Panel> m_panels;   // from a to b

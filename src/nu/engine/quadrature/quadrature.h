@@ -24,13 +24,17 @@ struct QuadratureGoal {
   double ofAbsolute;  // share of the integral of the absolute value
 };
 
+// A sample that is not finite may be a singularity that was hit. After so many the integrand is not finite.
+inline constexpr int kMostHits = 64;
+
 struct QuadratureLimits {
   int dimensions;     // of the whole integral
   int panels;         // at the start
   int probeHalvings;  // from one probe of an end to the next
   int confirmations;  // halvings of every panel that looks rough, however small its error is
   long halvings;
-  long samples;  // what is left, counted down; nested integrals share it
+  long samples;          // what is left, counted down; nested integrals share it
+  int hits = kMostHits;  // what is left likewise
 };
 
 // Places in ascending order; what has no room is left out.
