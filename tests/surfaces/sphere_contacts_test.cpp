@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "nu/engine/minimax/empty_ball.h"
@@ -37,7 +38,7 @@ struct Case {
 
   EmptyBall Ball() const {
     PointBlocks blocks(ViewOf(points), MiddleOf(points));
-    return GrowEmptyBall(blocks, MeanOf(ViewOf(points)) - MiddleOf(points), 1000);
+    return GrowEmptyBall(blocks, MeanOf(ViewOf(points)) - MiddleOf(points), 10 * points.GetSize());
   }
   SphericalShell Shell() const {
     const Vec3 origin = MiddleOf(points);
@@ -89,6 +90,26 @@ TEST(SphereContacts, HoldBallsAndShells) {
     ExpectShellHeld(c);
   }
   EXPECT_GT(balls, 150);
+}
+
+// Within a coil the ball rolls from point to point; more turns make its contacts pairs of neighbours.
+TEST(SphereContacts, HoldBallsInCoils) {
+  Random random(727);
+  for (const double turns : {3.0, 10.0}) {
+    CNuPointArray coil(100'000);
+    for (int i = 0; i < 100'000; ++i) {
+      const double t = random.Uniform(0.0, 360.0) * kDegree;
+      coil.Add(CNuPoint(std::cos(turns * t), std::sin(turns * t), t));
+    }
+    const Case c(coil);
+    const EmptyBall ball = c.Ball();
+    ASSERT_TRUE(ball.found);
+    ExpectHeld(ball, {1, 1, 1, 1, 1}, ball.radius, ball.radius, 1e-13);
+    double nearest = ball.radius;
+    const Vec3 centre = MiddleOf(coil) + ball.centre;
+    for (int i = 0; i < coil.GetSize(); ++i) nearest = std::min(nearest, Norm(Components(coil[i]) - centre));
+    EXPECT_NEAR(nearest, ball.radius, 1e-13);
+  }
 }
 
 // Of two arcs the optimum of few points is often far below that of all, along a flat valley.

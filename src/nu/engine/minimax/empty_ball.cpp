@@ -5,6 +5,7 @@
 #include "nu/engine/base/lanes.h"
 #include "nu/engine/minimax/enclosing_ball.h"
 #include "nu/engine/minimax/minimax.h"
+#include "nu/engine/minimax/near_points.h"
 #include "nu/engine/minimax/round_minimax.h"
 
 // Steepest ascent of the least distance of the points from the centre c. Its contacts are the points at that distance;
@@ -184,17 +185,23 @@ class Ascent {
  public:
   // `rounding` is that of a distance.
   Ascent(PointBlocks& points, const Vec3& mean, double reach, double rounding)
-      : m_points(points), m_mean(mean), m_reach(reach), m_rounding(rounding), m_centre(mean) {}
+      : m_points(points),
+        m_near(points, mean, rounding),
+        m_mean(mean),
+        m_reach(reach),
+        m_rounding(rounding),
+        m_centre(mean) {}
 
   enum class End { optimum, saddle, none };
 
   End Run(const NearAndFar& seen, long limit) {
     Begin(seen.nearest);
-    for (long pass = 0; pass < std::min(limit, kMostPasses); ++pass) {
+    for (long pass = 0; pass < limit; ++pass) {
       m_ball = SmallestBallAround();
       if (!m_ball.found) return End::none;
       if (m_ball.contacts == EnclosingBall::kMostContacts) {
         if (Settle()) return End::optimum;
+        if (!m_isRising) return End::saddle;
         continue;
       }
       Vec3 step = m_centre - m_ball.centre;
@@ -211,8 +218,6 @@ class Ascent {
   const EnclosingBall& Ball() const { return m_ball; }
 
  private:
-  // Points without any roundness take some hundred.
-  static constexpr long kMostPasses = 10'000;
   // Of the products in the search for the next contact, in units of the lengths of the factors.
   static constexpr double kSlack = 64.0 * kEpsilon;
   static constexpr double kMoreSlack = 16.0;
@@ -235,11 +240,14 @@ class Ascent {
     return ball;
   }
 
-  // Goes to the centre of the ball. False when a point is inside, which rounding has hidden so far: a new beginning.
+  // Goes to the centre of the ball. False when a point is inside, which rounding has hidden so far: a new beginning,
+  // and where it is no higher than the one before, the end of the ascent, which would go round in circles.
   bool Settle() {
     m_centre = m_ball.centre;
     const NearAndFar seen = NearAndFarFrom(m_points, m_centre);
     if (seen.least >= m_ball.radius - kBallRoundings * m_rounding) return true;
+    m_isRising = seen.least > m_leastAtBegin;
+    m_leastAtBegin = seen.least;
     Begin(seen.nearest);
     return false;
   }
@@ -251,6 +259,7 @@ class Ascent {
     const Vec3 radius = m_contact[0] - m_centre;
     const double size = std::max(Norm(radius), Norm(step));
     Way way{m_centre, m_contact[0], step, kSlack * size * m_reach};
+    m_near.Follow(m_centre, m_contact, m_count);
     Meeting next = Search(way);
     // A contact does not come nearer but for rounding.
     for (int k = 0; k < kMostSlackenings && next.t < kInfinity && IsContact(next.point); ++k) {
@@ -270,9 +279,19 @@ class Ascent {
                        [&](const Vec3& q) { return p.x == q.x && p.y == q.y && p.z == q.z; });
   }
 
-  Meeting Search(const Way& way) const {
+  // Of points that are not in a level the ball meets none before its centre has left the reach of the level.
+  Meeting Search(const Way& way) {
+    int level = m_near.Levels() - 1;
+    Meeting next = Search(way, level);
+    while (level > 0 && !(next.t < kInfinity && m_near.Covers(level, way.centre + next.t * way.step))) {
+      next = Search(way, --level);
+    }
+    return next;
+  }
+
+  Meeting Search(const Way& way, int level) {
     Meeting next;
-    m_points.ForEach([&](const PointBlock& block) {
+    m_near.Points(level).ForEach([&](const PointBlock& block) {
       double t;
       std::size_t index;
       FindMeeting(block, way, t, index);
@@ -282,10 +301,13 @@ class Ascent {
   }
 
   PointBlocks& m_points;
+  NearPoints m_near;
   Vec3 m_mean;
   double m_reach;
   double m_rounding;
   Vec3 m_centre;
+  double m_leastAtBegin = 0.0;  // the least distance of a point at the last new beginning
+  bool m_isRising = true;
   int m_count = 0;
   Vec3 m_contact[EnclosingBall::kMostContacts];
   EnclosingBall m_ball;

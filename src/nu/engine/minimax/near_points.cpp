@@ -1,0 +1,122 @@
+#include "nu/engine/minimax/near_points.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace nu::engine::minimax {
+namespace {
+
+// A level takes about this share of the points before. It costs some searches of those, so it comes after as many, and
+// it has to serve for more: about this many steps of the centre fit into its reach.
+constexpr std::size_t kShare = 8;
+constexpr int kUses = 8;
+constexpr double kSteps = 32.0;
+// So few points are searched in less time than the ball around the contacts is found.
+constexpr std::size_t kSmallLevel = 2048;
+
+double Length(const Vec3& v) {
+  return std::sqrt(Dot(v, v));
+}
+
+Vec3 PointIn(const PointBlock& block, std::size_t i) {
+  return {block.x[i], block.y[i], block.z[i]};
+}
+
+}  // namespace
+
+double NearPoints::Region::SizeOf(const Vec3& way) const {
+  return std::max(std::fabs(Dot(way, along)), Length(Rejection(way, along)) / across);
+}
+
+double NearPoints::Region::Support(const Vec3& e) const {
+  return std::fabs(Dot(e, along)) + across * Length(Rejection(e, along));
+}
+
+struct NearPoints::Ball {
+  // So far the centre may go, in the measure of the region, before it is as near to the point as to a contact.
+  double LeewayOf(const Vec3& p) const {
+    const Vec3* nearest = contact;
+    double square = std::numeric_limits<double>::infinity();
+    for (const Vec3* q = contact; q < contact + contacts; ++q) {
+      const Vec3 e = p - *q;
+      if (Dot(e, e) < square) square = Dot(e, e), nearest = q;
+    }
+    const Vec3 e = p - *nearest;
+    const double support = region.Support(e);
+    // A contact itself stays.
+    return support > 0.0 ? Dot(e, (p - region.centre) + (*nearest - region.centre)) / (2.0 * support) : 0.0;
+  }
+
+  Region region;
+  const Vec3* contact;
+  int contacts;
+};
+
+NearPoints::Level::Level(std::vector<Vec3> near, const Region& where, double size)
+    : points(std::move(near)),
+      blocks(PointView(&points[0].x, sizeof(Vec3), points.size()), Vec3{}),
+      region(where),
+      reach(size) {
+  blocks.Keep();
+}
+
+bool NearPoints::Covers(int level, const Vec3& centre) const {
+  return std::all_of(m_levels.begin(), m_levels.begin() + level,
+                     [&](const auto& l) { return l->region.SizeOf(centre - l->region.centre) <= l->reach; });
+}
+
+void NearPoints::Follow(const Vec3& centre, const Vec3* contact, int contacts) {
+  m_way += Length(centre - m_centre);
+  m_centre = centre;
+  while (!Covers(Levels() - 1, centre)) {
+    m_levels.pop_back();
+    StartCount();
+  }
+  if (++m_uses > kUses && LastPoints().Size() > kSmallLevel) Narrow(contact, contacts);
+}
+
+// As slender as the last steps, which may run along one direction.
+NearPoints::Region NearPoints::RegionOfSteps() const {
+  constexpr double kMostSlender = 1.0 / 16.0;
+  const Vec3 way = m_centre - m_start;
+  const double length = Length(way);
+  if (!(length > 0.0)) return {m_centre, {0.0, 0.0, 1.0}, 1.0};
+  const double straight = std::min(length / m_way, 1.0);
+  return {m_centre, Unit(way), std::clamp(2.0 * std::sqrt(1.0 - straight * straight), kMostSlender, 1.0)};
+}
+
+// About one in kShare of the points has less.
+double NearPoints::SampledLeeway(const Ball& ball) {
+  constexpr std::size_t kSampleSize = 1024;
+  const std::size_t step = LastPoints().Size() / kSampleSize + 1;
+  std::vector<double> leeways;
+  std::size_t next = 0;
+  LastPoints().ForEach([&](const PointBlock& block) {
+    for (; next < block.size; next += step) leeways.push_back(ball.LeewayOf(PointIn(block, next)));
+    next -= block.size;
+  });
+  const auto wanted = leeways.begin() + static_cast<std::ptrdiff_t>(leeways.size() / kShare);
+  std::nth_element(leeways.begin(), wanted, leeways.end());
+  return *wanted;
+}
+
+void NearPoints::Narrow(const Vec3* contact, int contacts) {
+  // Of the reach, far above the rounding of distances and far below what would cost searches.
+  constexpr double kMargin = 1e-3;
+  constexpr double kLeastReach = 0x1p20;  // in roundings
+  const Ball ball{RegionOfSteps(), contact, contacts};
+  const double reach =
+      std::max({SampledLeeway(ball), kSteps / kUses * m_way, kLeastReach * m_rounding / ball.region.across});
+  StartCount();
+  std::vector<Vec3> near;
+  LastPoints().ForEach([&](const PointBlock& block) {
+    for (std::size_t i = 0; i < block.size; ++i) {
+      if (!(ball.LeewayOf(PointIn(block, i)) > reach)) near.push_back(PointIn(block, i));
+    }
+  });
+  if (near.empty() || near.size() > LastPoints().Size() / 2) return;
+  m_levels.push_back(std::make_unique<Level>(std::move(near), ball.region, (1.0 - kMargin) * reach));
+}
+
+}  // namespace nu::engine::minimax

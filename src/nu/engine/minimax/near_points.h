@@ -1,0 +1,74 @@
+#ifndef NU_ENGINE_MINIMAX_NEAR_POINTS_H
+#define NU_ENGINE_MINIMAX_NEAR_POINTS_H
+
+#include <memory>
+#include <vector>
+
+#include "nu/engine/points/point_blocks.h"
+
+namespace nu::engine::minimax {
+
+// The points that may touch an empty ball whose centre c moves by small steps, in levels of fewer and fewer points. For
+// two points p and q
+//
+//   |p - c|^2 - |q - c|^2
+//
+// changes by 2 (q - p) . d when the centre moves by d. So points p for which that is too little for all d of some
+// region, against a contact q at its middle, stay outside while the centre is in the region; a level is made of the
+// others.
+class NearPoints {
+ public:
+  // From the centre on; `rounding` is that of a distance.
+  NearPoints(PointBlocks& all, const Vec3& centre, double rounding)
+      : m_all(all), m_rounding(rounding), m_centre(centre), m_start(centre) {}
+
+  // Level 0 is all points; each level is in the order of all points.
+  int Levels() const { return static_cast<int>(m_levels.size()) + 1; }
+  PointBlocks& Points(int level) { return level == 0 ? m_all : m_levels[level - 1]->blocks; }
+  // Whether a level stands for all points about this centre.
+  bool Covers(int level, const Vec3& centre) const;
+
+  // To be called at each step. Takes away the levels that the centre has left, or adds one when the last level is large
+  // and has served several times.
+  void Follow(const Vec3& centre, const Vec3* contact, int contacts);
+
+ private:
+  // A cylinder about `along` with the half length 1 and the radius `across`, in units of a level's reach.
+  struct Region {
+    double SizeOf(const Vec3& way) const;
+    // How far products with unit ways in it can go.
+    double Support(const Vec3& e) const;
+
+    Vec3 centre;
+    Vec3 along;
+    double across;
+  };
+  struct Level {
+    Level(std::vector<Vec3> near, const Region& where, double size);
+
+    std::vector<Vec3> points;
+    PointBlocks blocks;
+    Region region;
+    double reach;
+  };
+  struct Ball;
+
+  Region RegionOfSteps() const;
+  void Narrow(const Vec3* contact, int contacts);
+  double SampledLeeway(const Ball& ball);
+  PointBlocks& LastPoints() { return Points(Levels() - 1); }
+  void StartCount() { m_uses = 0, m_way = 0.0, m_start = m_centre; }
+
+  PointBlocks& m_all;
+  double m_rounding;
+  std::vector<std::unique_ptr<Level>> m_levels;
+  Vec3 m_centre;
+  // Since the last level came or refused to be narrowed: how often it served, how far the centre went, and from where.
+  int m_uses = 0;
+  double m_way = 0.0;
+  Vec3 m_start;
+};
+
+}  // namespace nu::engine::minimax
+
+#endif
