@@ -86,7 +86,7 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   // - Points on one line, or of which no two are distinct, get the circle on their longest edge and `zone` 0.
   // Fails with CNuBestfitException ("CNuCircle"), the circle and the outputs unchanged:
   //   13  maxIter < 1     1  no point     3, 11, 12  as CNuTorSurf::FitMin, for points not in one plane
-  //   12  the least-squares circle takes more than maxIter steps; above 50 it is used as far as it has converged
+  //   12  the least-squares circle needs more than maxIter steps, for a maxIter of at most 50
   //   12  the exchange takes more than maxIter passes over all points, named "FindMinimalAnnulus"
   //   9  rounding leaves no centre, as for points next to one line     11  a numerical failure
   void FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter);

@@ -129,7 +129,7 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   // Only the last case iterates; measured points take some ten steps.
   // Fails with CNuBestfitException ("CNuLine"), the line and the outputs unchanged:
   //   13  maxIter < 1     1  fewer than 2 points     2  fewer than 2 distinct points     2  as Fit
-  //   12  maxIter, or 100 000, steps were used up     11  a numerical failure
+  //   12  maxIter, or 1000, steps did not converge     11  a numerical failure
   void FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter);
   void FitMinZone(const CNuPointArray& points, double* zone, CNuLine* l1, CNuLine* l2, double tol, long maxIter);
   ENuFitResult FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter);

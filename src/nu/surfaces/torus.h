@@ -33,7 +33,7 @@ class NU_EXPORT CNuTorSurf : public CNuSurface {
   // Fails with CNuBestfitException ("CNuTorSurf"), the torus unchanged:
   //   13  maxIter < 1; FitMin names it "CNuSphSurf" (required)
   //   1  fewer than 3 points     3  no three points are off one line, by CNuPointArray::IsNoncollinear with `tol`
-  //   12  the steps from the first start reached maxIter
+  //   12  maxIter, or 1000, steps from the first start did not converge
   //   11  a coordinate is not finite, no step leads on, or the tube is straight to rounding: "CNuTorSurf::FitMin"
   void FitMin(const CNuPointArray& points, double tol, long maxIter);
   ENuFitResult FitMinEx(const CNuPointArray& points, double tol, long maxIter);

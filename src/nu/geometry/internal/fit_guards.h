@@ -11,21 +11,22 @@
 #include "nu/geometry/internal/conversions.h"
 #include "nu/geometry/internal/point_set.h"
 
-// What the fits of all features share: their checks, the translation of foreign exceptions, and the twins that do not
-// throw. `name` is the class of the feature.
+// What the fits of all features share: their checks, the translation of foreign exceptions, and the variants that do
+// not throw. `name` is the class of the feature.
 namespace nu::internal {
 
+// The causes by short names.
 enum FitCause {
-  kTooFewPoints = 1,
-  kDegeneratePoints = 2,
-  kCollinearPoints = 3,
-  kCoplanarPoints = 4,
-  kPointsNotInPlane = 5,
-  kNoVariation = 6,
-  kExchangeFailed = 9,
-  kNumericalFailure = 11,
-  kIterationLimit = 12,
-  kBadIterationLimit = 13,
+  kTooFewPoints = NuBestfitTooFewPoints,
+  kDegeneratePoints = NuBestfitTooFewDistinct,
+  kCollinearPoints = NuBestfitCollinearPoints,
+  kCoplanarPoints = NuBestfitCoplanarPoints,
+  kPointsNotInPlane = NuBestfitNotCoplanar,
+  kNoVariation = NuBestfitNoVariation,
+  kExchangeFailed = NuBestfitExchange,
+  kNumericalFailure = NuBestfitNumericalFailure,
+  kIterationLimit = NuBestfitIterationLimit,
+  kBadIterationLimit = NuBestfitInvalidLimit,
 };
 
 [[noreturn]] inline void FailFit(FitCause cause, const char* name, int count = 0) {
@@ -82,8 +83,8 @@ class LengthToleranceScope {
   double m_saved;
 };
 
-// The twin of a fit with an iteration limit and a tolerance, which is the length tolerance while the fit runs. Only a
-// limit that is not positive throws, before anything else is done.
+// The variant that does not throw, for a fit with an iteration limit and a tolerance, which is the length tolerance
+// while the fit runs. Only a limit that is not positive throws, before anything else is done.
 template<class Fit>
 ENuFitResult ResultWithin(double tol, long limit, const char* name, Fit fit) {
   RequireIterations(limit, name);
