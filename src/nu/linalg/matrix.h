@@ -125,8 +125,8 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   //   16  not square     46  30 iterations in succession without progress, or an element is not finite
   void EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatrix* vectors) const;
   // The same one by one. Each operation keeps the last matrix, NuGetTol() and result of the process, whatever the
-  // thread, and answers from there when the tolerance is the same and no element differs by its square (for smaller
-  // elements: NuGetTol() times the largest).
+  // thread, and returns that result when the tolerance is the same and every element differs by less than NuGetTol()^2
+  // and NuGetTol() times the largest element.
   CNuVector EigenValues(ENuStatus* status);
   CNuMatrix EigenVectors(ENuStatus* status);
 
