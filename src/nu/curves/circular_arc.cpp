@@ -8,9 +8,9 @@
 #include "nu/curves/internal/placement.h"
 #include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
-#include "nu/engine/base/double_double.h"
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/points/extents.h"
+#include "nu/engine/shapes/wide_vec3.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
@@ -62,25 +62,9 @@ double TurnBetween(Vec3 toStart, Vec3 toEnd, Vec3 axis) {
   return angle > 0.0 ? angle : angle + Nu_2PI;
 }
 
-// In about 100 bits: of flat arcs all digits of doubles cancel in what follows.
-struct WideVec3 {
-  DoubleDouble x, y, z;
-};
-WideVec3 Wide(Vec3 v) {
-  return {{v.x}, {v.y}, {v.z}};
-}
-Vec3 Rounded(const WideVec3& v) {
-  return {v.x.high, v.y.high, v.z.high};
-}
-WideVec3 Cross(const WideVec3& a, const WideVec3& b) {
-  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-DoubleDouble Dot(const WideVec3& a, const WideVec3& b) {
-  return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-
 // The circle through the common corner of two sides and their ends: its axis, and from the corner its centre,
-// (|u|^2 v - |v|^2 u) x (u x v) / 2 |u x v|^2, turned to u, v.
+// (|u|^2 v - |v|^2 u) x (u x v) / 2 |u x v|^2, turned to u, v. On a flat arc all digits of doubles cancel
+// in these products.
 struct CornerCircle {
   Vec3 axis, toCentre;
 };

@@ -32,6 +32,11 @@ inline DoubleDouble operator/(DoubleDouble a, DoubleDouble b) {
   const DoubleDouble rest2 = rest - DoubleDouble{second} * b;
   return FastTwoSum(first, second) + DoubleDouble{rest2.high / b.high};
 }
+// The square root of a positive number.
+inline DoubleDouble SquareRoot(DoubleDouble a) {
+  const double root = std::sqrt(a.high);
+  return DoubleDouble{root} + DoubleDouble{(a - TwoProduct(root, root)).high / (2.0 * root)};
+}
 inline bool operator<(DoubleDouble a, DoubleDouble b) {
   return a.high < b.high || (a.high == b.high && a.low < b.low);
 }

@@ -29,7 +29,11 @@ inline DoubleDouble TwoSum(double a, double b) {
   const double share = sum - a;
   return {sum, (a - (sum - share)) + (b - share)};
 }
-// The same for an |a| that is not below |b|.
+// a - b in the same way.
+inline DoubleDouble Difference(double a, double b) {
+  return TwoSum(a, -b);
+}
+// a + b for an |a| that is not below |b|.
 inline DoubleDouble FastTwoSum(double a, double b) {
   const double sum = a + b;
   return {sum, b - (sum - a)};

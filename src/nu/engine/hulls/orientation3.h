@@ -13,10 +13,6 @@ namespace nu::engine::hulls {
 // overflows or falls below the smallest normal numbers.
 int ExactTurn3(const double* p, const double* q, const double* r, const double* s, const double* t, const double* u);
 
-inline DoubleDouble Difference(double a, double b) {
-  return TwoSum(a, -b);
-}
-
 // The direction (q - p) x (s - r): a face's normal, or that of a plane along two edges. It keeps the places of the
 // points; signs of heights along it are those of the given doubles, decided by the rounded normal where its error bound
 // allows (J. R. Shewchuk, Adaptive precision floating-point arithmetic and fast robust geometric predicates, Discrete &

@@ -6,6 +6,18 @@
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/linear/householder.h"
 
+// Unitary reflections H = I - tau v v^H with real tau and v_0 = 1 (R. B. Lehoucq, The computation of elementary unitary
+// matrices, ACM TOMS 22, 1996, compares the choices). For x with the first component x_0 = |x_0| phase,
+//   beta = -phase |x|,   v = x / (x_0 - beta) behind v_0 = 1,   tau = (|x_0| + |x|) / |x|   give   H x = (beta, 0, ...,
+//   0).
+// H is Hermitian as tau is real; beta is complex, and MakeDiagonalPositive removes the phases afterwards.
+//
+// QR: reflection k clears column k below the diagonal and updates the columns behind it, A <- A - v (tau v^H A).
+//
+// Hessenberg form A = Q H Q^H: reflection k clears column k below the subdiagonal from both sides,
+//   H A H = A - v y - x v^H,   x = tau A v - h v,   y = tau v^H A - h v^H,   2 h = tau^2 v^H A v.
+// The update waits for the next vector: one pass over the memory subtracts it and forms the next A v and v^H A (the
+// update of rank 2 is that of J. J. Dongarra, S. J. Hammarling, D. C. Sorensen, J. Comput. Appl. Math. 27, 1989).
 namespace nu::engine::linear {
 namespace {
 
@@ -23,7 +35,7 @@ struct ComplexReflection {
   Complex beta = {};  // what H makes of x: beta in front, zeros behind
 };
 
-// Replaces components first .. n-1 of the row x by v. A tail that is negligible against the working size is dropped.
+// Replaces components first .. n-1 of the row x by v. A tail that is negligible beside the working size is dropped.
 ComplexReflection MakeComplexReflection(double* x, int width, int first, int n) {
   const Complex head = At(x, width, first);
   double tail = 0.0;
@@ -38,7 +50,7 @@ ComplexReflection MakeComplexReflection(double* x, int width, int first, int n) 
   const double size = headSquares > kNegligibleSquares ? std::sqrt(headSquares) : 0.0;
   const Complex phase = size > 0.0 ? (1.0 / size) * head : Complex{1.0, 0.0};
   const double norm = std::sqrt(size * size + tail);
-  // v is x / (x0 - beta) behind its first component, and x0 - beta = phase * (|x0| + norm).
+  // x_0 - beta = phase (|x_0| + |x|)
   const Complex scale = (1.0 / (size + norm)) * Conjugate(phase);
   for (int j = first + 1; j < n; ++j) Put(scale * At(x, width, j), x, width, j);
   return {(size + norm) / norm, -norm * phase};
@@ -48,7 +60,7 @@ int PackStart(int j) {
   return j / kLanes * kLanes;
 }
 
-// Rows first .. of `a` times H from the left: sum = tau v^H a, then a -= v sum.
+// Multiplies rows first .. of `a` by H from the left: sum = tau v^H a, then a -= v sum.
 NU_KERNEL void ReflectColumns(const ComplexRows& a, int first, int from, const double* v, int vWidth, double tau,
                               double* sum) {
   const int width = a.width;
@@ -77,7 +89,7 @@ NU_KERNEL void ReflectColumns(const ComplexRows& a, int first, int from, const d
   }
 }
 
-// Rows first .. of `a` times H^T = I - tau conj(v) v^T from the right.
+// Multiplies rows first .. of `a` by H^T = I - tau conj(v) v^T from the right.
 NU_KERNEL void ReflectRows(const ComplexRows& a, int first, int from, const double* v, double tau) {
   const int width = a.width;
   for (int i = first; i < a.rows; ++i) {
@@ -89,7 +101,7 @@ NU_KERNEL void ReflectRows(const ComplexRows& a, int first, int from, const doub
       Load(v + j, width, factor);
       AddConjugateProducts(dots, x, factor);
     }
-    const Complex f = -tau * SumPack(dots);
+    const Complex f = -tau * Sum(dots);
     for (int j = from; j < width; j += kLanes) {
       ComplexPack x, factor;
       Load(row + j, width, x);
@@ -100,9 +112,9 @@ NU_KERNEL void ReflectRows(const ComplexRows& a, int first, int from, const doub
   }
 }
 
-// The rows of one step of the reduction to Hessenberg form. What waits from the step before, a -= u y + x u^H, and the
-// products with the new vector v share one pass over the memory: dot = a v and sum += v^H a. The vectors u, x, v and
-// dot are addressed by row, y, u, v and sum by column.
+// One step of the reduction to Hessenberg form: the update a -= u y + x u^H of the step before, with u its vector, and
+// the products dot = a v and sum += v^H a with the new vector v. The components of u, x, v and dot belong to rows,
+// those of y, u, v and sum to columns.
 struct TwoSidedStep {
   const double* u;
   const double* x;
@@ -137,7 +149,7 @@ NU_ALWAYS_INLINE void PassRow(const ComplexRows& a, int i, int from, const TwoSi
       Store(total, s.sum + j, width);
     }
   }
-  const Complex product = SumPack(dots);
+  const Complex product = Sum(dots);
   s.dot[i] = product.re;
   s.dot[width + i] = product.im;
 }
@@ -148,7 +160,7 @@ NU_KERNEL void PassRows(const ComplexRows& a, int first, int from, const TwoSide
   for (int i = first; i < a.rows; ++i) PassRow<true>(a, i, from, step);
 }
 
-// Element (i, j) with the waiting update.
+// Element (i, j) after the update that the next pass will make.
 Complex Updated(const ComplexRows& a, int i, int j, const TwoSidedStep& s) {
   const int w = a.width;
   const Complex update = At(s.u, w, i) * At(s.y, w, j) + At(s.x, w, i) * Conjugate(At(s.u, w, j));
@@ -179,7 +191,7 @@ void ReduceToComplexHessenberg(const ComplexRows& a, const ComplexRows& v, doubl
   double* sum = work + 6 * width;
   double* column = work + 8 * width;
   std::fill_n(work, 10 * width, 0.0);
-  TwoSidedStep step = {x, x, y, nullptr, dot, sum};  // zeros: nothing waits yet
+  TwoSidedStep step = {x, x, y, nullptr, dot, sum};  // zeros: there is no update yet
   for (int k = 0; k + 2 < n; ++k) {
     double* own = v.Row(k);
     std::fill_n(own, 2 * width, 0.0);
@@ -194,7 +206,6 @@ void ReduceToComplexHessenberg(const ComplexRows& a, const ComplexRows& v, doubl
     for (int i = 0; i < n; ++i) Put(i <= k ? At(column, width, i) : Complex{}, a.Row(i), width, k);
     Put(h.beta, a.Row(k + 1), width, k);
 
-    // H A H = A - v y - x v^H with x = tau A v - half v and y = tau v^H A - half v^H, 2 half = tau^2 v^H A v.
     Complex product = {};
     for (int i = k + 1; i < n; ++i) product = product + Conjugate(At(own, width, i)) * At(dot, width, i);
     const Complex half = 0.5 * h.tau * h.tau * product;
@@ -225,7 +236,7 @@ void MakeDiagonalPositive(const ComplexRows& r, const ComplexRows* qT) {
     const Complex diagonal = {r.Re(k, k), r.Im(k, k)};
     const double size = Hypot(diagonal.re, diagonal.im);
     if (!(size > kNegligible)) {
-      // Of so small a number the phase is not known.
+      // The phase of so small a number is lost to rounding.
       Put({}, r.Row(k), r.width, k);
       continue;
     }

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 
+#include "nu/engine/base/complex_number.h"
 #include "nu/engine/linear/row_kernels.h"
 
 namespace nu::engine::linear {
@@ -25,33 +26,14 @@ struct ComplexRows {
   double& Im(int i, int j) const { return Row(i)[width + j]; }
 };
 
-struct Complex {
-  double re;
-  double im;
-};
-
-inline Complex operator+(Complex a, Complex b) {
-  return {a.re + b.re, a.im + b.im};
-}
-inline Complex operator-(Complex a, Complex b) {
-  return {a.re - b.re, a.im - b.im};
-}
-inline Complex operator*(Complex a, Complex b) {
-  return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
-}
-inline Complex operator*(double f, Complex a) {
-  return {f * a.re, f * a.im};
-}
-inline Complex Conjugate(Complex a) {
-  return {a.re, -a.im};
-}
-inline double Squares(Complex a) {
-  return a.re * a.re + a.im * a.im;
-}
+// Overloaded for complex packs below.
+using base::Load;
+using base::Store;
+using base::Sum;
 
 // A pack of complex numbers and the steps of the loops over rows.
 struct ComplexPack {
-  Pack re, im;
+  Lanes re, im;
 };
 NU_ALWAYS_INLINE void Load(const double* from, int width, ComplexPack& pack) {
   Load(from, pack.re);
@@ -79,8 +61,8 @@ NU_ALWAYS_INLINE void AddConjugateProducts(ComplexPack& sum, const ComplexPack& 
   sum.re += a.re * x.re + a.im * x.im;
   sum.im += a.im * x.re - a.re * x.im;
 }
-NU_ALWAYS_INLINE Complex SumPack(const ComplexPack& pack) {
-  return {SumPack(pack.re), SumPack(pack.im)};
+NU_ALWAYS_INLINE Complex Sum(const ComplexPack& pack) {
+  return {Sum(pack.re), Sum(pack.im)};
 }
 
 }  // namespace nu::engine::linear

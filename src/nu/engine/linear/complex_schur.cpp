@@ -20,18 +20,6 @@ constexpr double kRoundoff = 0.5 * DBL_EPSILON;
 // Packs of a row that are rotated together while their chain runs down the rows.
 constexpr int kStrip = 4;
 
-double Size(Complex z) {
-  return std::fabs(z.re) + std::fabs(z.im);
-}
-
-Complex SquareRoot(Complex z) {
-  const double modulus = std::sqrt(Squares(z));
-  const double larger = std::sqrt(0.5 * (modulus + std::fabs(z.re)));
-  if (!(larger > 0.0)) return {};
-  const double smaller = 0.5 * z.im / larger;
-  return z.re >= 0.0 ? Complex{larger, smaller} : Complex{std::fabs(smaller), std::copysign(larger, z.im)};
-}
-
 // The eigenvalue of (a b; c d) next to d. Scaled to elements of size 1: the shift of a sweep may be rounded, but must
 // not overflow.
 Complex NearestEigenvalue(Complex a, Complex b, Complex c, Complex d) {
@@ -131,14 +119,14 @@ NU_KERNEL void Sweep(const ComplexRows& t, int first, int last, int to, Complex 
 // One element from each of kLanes rows, and back.
 NU_ALWAYS_INLINE void Gather(const double* from, std::ptrdiff_t ld, int width, ComplexPack& pack) {
   for (int l = 0; l < kLanes; ++l) {
-    SetLane(pack.re, l, from[l * ld]);
-    SetLane(pack.im, l, from[l * ld + width]);
+    pack.re[l] = from[l * ld];
+    pack.im[l] = from[l * ld + width];
   }
 }
 NU_ALWAYS_INLINE void Scatter(const ComplexPack& pack, double* to, std::ptrdiff_t ld, int width) {
   for (int l = 0; l < kLanes; ++l) {
-    to[l * ld] = Lane(pack.re, l);
-    to[l * ld + width] = Lane(pack.im, l);
+    to[l * ld] = pack.re[l];
+    to[l * ld + width] = pack.im[l];
   }
 }
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <memory>
 
+#include "nu/engine/base/complex_number.h"
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/base/sort_index.h"
 #include "nu/engine/base/workspace.h"
@@ -12,6 +13,29 @@
 #include "nu/engine/linear/matmul.h"
 #include "nu/engine/linear/row_kernels.h"
 
+// A x = lambda x for a real square matrix A, in six steps:
+//
+// 1. A is scaled by a power of two to the working size (householder.h). Rows and columns of a graded matrix are put in
+//    descending order of their sizes, which keeps small eigenvalues accurate.
+// 2. Balancing: D^-1 A D, with powers of two in D, brings each row to about the length of its column.
+// 3. Hessenberg form Q^T A Q = H by reflections I - tau v v^T. With u = v and both sides at once,
+//      (I - tau u u^T) A (I - tau u u^T) = A - u y^T - x u^T,
+//      x = tau A u - h u,   y = tau A^T u - h u,   2 h = tau^2 u^T A u.
+// 4. Real Schur form Z^T H Z = T by QR steps with two shifts. A sweep starts with the reflection that maps the first
+//    column of (H - s_1 I)(H - s_2 I) to a multiple of e_1, s_1 and s_2 the eigenvalues of the last 2 x 2 block, and
+//    restores the Hessenberg form with reflections of three rows. A subdiagonal element is set to 0 when
+//      |t_{i,i-1}| <= eps/2 (|t_ii| + |t_{i-1,i-1}|).
+//    Steps 10 and 20 without progress take exceptional shifts; 30 end the iteration.
+// 5. A 2 x 2 block with real eigenvalues is split by a rotation; a complex pair remains a block.
+// 6. (T - lambda I) y = 0 by back substitution, x = D Q Z y, at unit length.
+//
+// The result is accepted when no element of A X - X Lambda exceeds 8 n eps max |a_ij|. Otherwise steps 2 to 6 are done
+// again without balancing, and then for the similar matrix M A M with a reflection M.
+//
+// B. N. Parlett, C. Reinsch, Numerische Mathematik 13 (1969) 293 (balancing); J. G. F. Francis, The Computer Journal 4
+// (1961) 265 and (1962) 332; R. S. Martin, G. Peters, J. H. Wilkinson, Numerische Mathematik 14 (1970) 219 (QR steps);
+// G. Peters, J. H. Wilkinson, Numerische Mathematik 16 (1970) 181 (vectors); G. H. Golub, C. F. Van Loan, Matrix
+// Computations, 4th ed., 7.4 to 7.6.
 namespace nu::engine::linear {
 namespace {
 
@@ -19,14 +43,15 @@ constexpr int kIterations = 30;
 constexpr int kExceptionalFirst = 10;
 constexpr int kExceptionalSecond = 20;
 constexpr int kSmall = 16;
-// A balancing factor is worth its while when it shortens row plus column by 5 %.
+// A balancing factor is applied when it shortens row plus column by 5 % at least.
 constexpr double kBalanceGain = 0.95;
-// Rounds after which balancing has always settled; each factor stays within powers of two whose ratios are safe.
+// Balancing has always ended before this number of rounds. The exponents of the factors are bounded so that their
+// ratios do not overflow.
 constexpr int kBalanceRounds = 60;
 constexpr int kWidestBalance = 200;
-// A residual above this many n eps |A| means that balancing has let rounding errors of small elements grow.
+// A residual above this many n eps |A| shows that balancing has magnified the rounding errors of small elements.
 constexpr double kResidual = 8.0;
-// Components are brought down before they can overflow the next sum.
+// A vector with a component above this is scaled down, so that the next sum cannot overflow.
 constexpr double kLargeComponent = 0x1p20;
 
 struct Square {
@@ -37,7 +62,7 @@ struct Square {
   double& At(int i, int j) const { return Row(i)[j]; }
 };
 
-// a <- D^-1 a D with powers of two that make each row about as long as its column.
+// Replaces a by D^-1 a D with powers of two in D that bring each row to about the length of its column.
 void Balance(const Square& a, double* factor) {
   const int n = a.n;
   std::fill_n(factor, n, 1.0);
@@ -65,8 +90,8 @@ void Balance(const Square& a, double* factor) {
   }
 }
 
-// Hessenberg form of a; row k of v becomes the vector of reflection k. The update of each step, from both sides at
-// once, a -= u y^T + x u^T, waits for the next vector: one pass does both.
+// Reduces a to Hessenberg form; row k of v becomes the vector of reflection k. The update a -= u y^T + x u^T of a step
+// waits for the next vector: one pass over the memory makes it and forms the products with that vector.
 void ReduceToHessenberg(const Square& a, double* v, double* tau, double* work) {
   const int n = a.n;
   const int width = a.width;
@@ -76,7 +101,7 @@ void ReduceToHessenberg(const Square& a, double* v, double* tau, double* work) {
   double* sum = work + 3 * width;
   double* column = work + 4 * width;
   std::fill_n(work, 5 * width, 0.0);
-  const double* u = x;  // zeros: nothing waits yet
+  const double* u = x;  // zeros: there is no update yet
   for (int k = 0; k + 2 < n; ++k) {
     double* own = v + static_cast<std::ptrdiff_t>(k) * width;
     std::fill_n(own, width, 0.0);
@@ -164,9 +189,9 @@ class SchurIteration {
   }
 
  private:
-  // Sweeps until one value or a pair has come off at the end of the part that ends at `last`; its first row, or -1.
-  // Iterations count while nothing converges: a part may lose values at its other end, and the couplings of defective
-  // values do fall, but by no more than a factor of 2 to 4 each time.
+  // Sweeps until the active block that ends at `last` has one or two rows, and returns its first row; -1 when there is
+  // no convergence. The count of iterations starts anew with every progress: a block may split elsewhere, and the
+  // subdiagonal elements of defective eigenvalues decrease, but by no more than a factor of 2 to 4 in a sweep.
   int Isolate(int last) {
     int farthest = -1;
     double smallest = m_norm;
@@ -184,8 +209,9 @@ class SchurIteration {
     }
   }
 
-  // A coupling is negligible beside its two neighbours; when that does not come about, as with a multiple value 0,
-  // whose neighbours are rounding noise themselves, beside the norm.
+  // The first row of the active block. A subdiagonal element is negligible beside its two neighbours on the diagonal.
+  // Where that test is never met, as for a multiple eigenvalue 0 whose neighbours are rounding errors, it is compared
+  // with the norm.
   int FindStart(int last, bool patient) {
     int first = last;
     for (; first > 0; --first) {
@@ -207,21 +233,21 @@ class SchurIteration {
     return smallest;
   }
 
-  // Sum and product of the two shifts relative to their centres, as x, y and w of (h - x)(h - y) - w.
+  // The two shifts are the zeros s of (s - x)(s - y) - w.
   struct Shifts {
     double x, y, w;
   };
   Shifts ChooseShifts(int last, bool exceptional) const {
     const double x = m_t.At(last, last);
     if (exceptional) {
-      // Constants of Martin, Peters and Wilkinson: any shift of this size breaks a cycle.
+      // The constants are those of Martin, Peters and Wilkinson; any shift of this size ends a cycle.
       const double s = std::fabs(m_t.At(last, last - 1)) + std::fabs(m_t.At(last - 1, last - 2));
       return {x + 0.75 * s, x + 0.75 * s, -0.4375 * s * s};
     }
     return {x, m_t.At(last - 1, last - 1), m_t.At(last, last - 1) * m_t.At(last - 1, last)};
   }
 
-  // Normalised to a sum of 1, so that squares are safe; all zero when there is nothing to reflect.
+  // Three components with sum of magnitudes 1, so that no square overflows, and that sum; all 0 for a zero vector.
   struct Triple {
     double p, q, r, scale;
   };
@@ -240,7 +266,7 @@ class SchurIteration {
                       below * m_t.At(row + 2, row + 1));
   }
 
-  // Two small couplings in succession let the sweep start below them.
+  // A sweep may start at a row whose subdiagonal element and the one below have a negligible product.
   bool MayStartAt(int row, const Triple& t) const {
     const double u = std::fabs(m_t.At(row, row - 1)) * (std::fabs(t.q) + std::fabs(t.r));
     const double v = std::fabs(t.p) * (std::fabs(m_t.At(row - 1, row - 1)) + std::fabs(m_t.At(row, row)) +
@@ -280,7 +306,7 @@ class SchurIteration {
     ReflectThreeRows(m_zt.Row(k), m_zt.width, 0, m_zt.width, h, three);
   }
 
-  // A 2 x 2 block with real eigenvalues becomes a triangle; a complex pair stays.
+  // Makes a 2 x 2 block with real eigenvalues triangular; a block with a complex pair remains.
   void SplitPair(int k) {
     const double a = m_t.At(k, k);
     const double b = m_t.At(k, k + 1);
@@ -290,7 +316,7 @@ class SchurIteration {
     const double half = 0.5 * (a - d);
     const double discriminant = half * half + b * c;
     if (!(discriminant >= 0.0)) return;
-    // (value - d, c) is an eigenvector; the root of larger size avoids cancellation.
+    // (lambda - d, c) is an eigenvector; the root of larger size avoids cancellation.
     const double first = half + std::copysign(std::sqrt(discriminant), half);
     const double r = Hypot(first, c);
     const double cosine = first / r;
@@ -337,29 +363,8 @@ void SchurValues(const Square& t, double* real, double* imaginary) {
   }
 }
 
-struct Complex {
-  double re, im;
-  double Size() const { return std::max(std::fabs(re), std::fabs(im)); }
-};
-
-Complex operator-(Complex a, Complex b) {
-  return {a.re - b.re, a.im - b.im};
-}
-Complex operator*(Complex a, Complex b) {
-  return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
-}
-Complex operator*(double f, Complex a) {
-  return {f * a.re, f * a.im};
-}
-Complex operator/(Complex a, Complex b) {
-  const double scale = b.Size();
-  const double re = b.re / scale;
-  const double im = b.im / scale;
-  const double length = (re * re + im * im) * scale;
-  return {(a.re * re + a.im * im) / length, (a.im * re - a.re * im) / length};
-}
-
-// Back substitution (T - value) x = 0 from row `k` up, in the row `re` and, for a complex value, the row `im`.
+// Solves (T - lambda I) x = 0 by back substitution from row k up. The real part of x goes to the row `re`, the
+// imaginary part, for a complex lambda, to the row `im`.
 class SchurVector {
  public:
   SchurVector(const Square& t, double valueRe, double valueIm, double* re, double* im)
@@ -374,14 +379,15 @@ class SchurVector {
     SolveAbove(k - 1);
   }
 
-  // The pair in rows k and k + 1: the larger of its two couplings decides which component is set.
+  // The block in rows k and k + 1 has a complex pair. The component that its smaller off-diagonal element multiplies
+  // is set to 1.
   void SolvePair(int k) {
     m_top = k;
     m_bottom = k + 1;
     const double upper = m_t.At(k, k + 1);
     const double lower = m_t.At(k + 1, k);
     if (std::fabs(upper) >= std::fabs(lower)) {
-      // Row k: (a - value) x0 + upper x1 = 0 with x0 = 1.
+      // Row k: (a - lambda) x_0 + upper x_1 = 0 with x_0 = 1.
       m_re[k] = 1.0;
       m_re[k + 1] = (m_value.re - m_t.At(k, k)) / upper;
       m_im[k + 1] = m_value.im / upper;
@@ -404,10 +410,10 @@ class SchurVector {
 
   Complex Shifted(int i) const { return {m_t.At(i, i) - m_value.re, -m_value.im}; }
 
-  // Of a multiple value's pivot rounding leaves nothing, or noise of the size of its terms.
+  // The pivot of a multiple eigenvalue is 0 or a rounding error of its terms; it is replaced by the size of that.
   static Complex Usable(Complex pivot, double terms) {
     const double floor = DBL_EPSILON * terms + kNegligible;
-    return pivot.Size() < floor ? Complex{floor, 0.0} : pivot;
+    return LargerPart(pivot) < floor ? Complex{floor, 0.0} : pivot;
   }
 
   void SolveAbove(int i) {
@@ -423,17 +429,17 @@ class SchurVector {
     }
   }
 
-  // Rows i and i + 1 with their 2 x 2 block, by elimination with the larger pivot.
+  // Solves rows i and i + 1 with their 2 x 2 block by elimination with the larger pivot.
   void SolveTwo(int i) {
     struct Row {
       Complex left, right, side;
     };
     Row upper = {Shifted(i), {m_t.At(i, i + 1), 0.0}, RightSide(i)};
     Row lower = {{m_t.At(i + 1, i), 0.0}, Shifted(i + 1), RightSide(i + 1)};
-    if (upper.left.Size() < lower.left.Size()) std::swap(upper, lower);
+    if (LargerPart(upper.left) < LargerPart(lower.left)) std::swap(upper, lower);
     const Complex factor = lower.left / upper.left;
     const Complex product = factor * upper.right;
-    const Complex pivot = Usable(lower.right - product, lower.right.Size() + product.Size());
+    const Complex pivot = Usable(lower.right - product, LargerPart(lower.right) + LargerPart(product));
     Put(i + 1, (lower.side - factor * upper.side) / pivot);
     const double scale = Limit(i + 1);
     Put(i, (scale * upper.side - upper.right * Complex{m_re[i + 1], m_im[i + 1]}) / upper.left);
@@ -445,7 +451,7 @@ class SchurVector {
     m_im[i] = x.im;
   }
 
-  // Brings the vector down when the component just found is large; returns the factor.
+  // Scales the vector down when component i is large; returns the factor.
   double Limit(int i) {
     const double size = std::max(std::fabs(m_re[i]), std::fabs(m_im[i]));
     if (!(size > kLargeComponent)) return 1.0;
@@ -465,7 +471,7 @@ class SchurVector {
   int m_bottom = 0;
 };
 
-// Row k of x: the vector of value k in the basis of the Schur form; both rows for a pair.
+// Row k of x becomes the vector of eigenvalue k in the basis of the Schur form; a pair takes two rows.
 void SchurVectors(const Square& t, const double* real, const double* imaginary, double* x, double* spare) {
   for (int k = 0; k < t.n; ++k) {
     double* row = x + static_cast<std::ptrdiff_t>(k) * t.width;
@@ -478,14 +484,14 @@ void SchurVectors(const Square& t, const double* real, const double* imaginary, 
   }
 }
 
-// Largest element of A V - V diag(values), by rows of V^T, which have unit length.
+// The largest element of A V - V Lambda; the rows of V^T have unit length.
 double LargestResidual(const Square& a, const double* real, const double* imaginary, const double* vt,
                        double* product) {
   const int n = a.n;
   Multiply({vt, a.width}, MatrixView{a.data, a.width}.Transposed(), product, a.width, n, n, n);
   double largest = 0.0;
   for (int k = 0; k < n; ++k) {
-    // Columns (u, v) of a pair: A u = re u - im v and A v = re v + im u.
+    // The columns u, v of a pair satisfy A u = re u - im v and A v = re v + im u.
     const int partner = imaginary[k] > 0.0 ? k + 1 : k - 1;
     const double* own = vt + static_cast<std::ptrdiff_t>(k) * a.width;
     const double* other = imaginary[k] == 0.0 ? own : vt + static_cast<std::ptrdiff_t>(partner) * a.width;
@@ -496,7 +502,7 @@ double LargestResidual(const Square& a, const double* real, const double* imagin
   return largest;
 }
 
-// Rows of vt to unit length, those of a pair together.
+// Scales the rows of vt to unit length, the two rows of a pair together.
 void Normalise(const Square& vt, const double* imaginary) {
   for (int k = 0; k < vt.n; ++k) {
     const int rows = imaginary[k] > 0.0 ? 2 : 1;
@@ -523,40 +529,40 @@ struct Work {
   double* rows;  // 8 padded rows
 };
 
-// The mirror I - 2 u u^T / u^T u with u = (1, 1/2, 1/3, ...), whose elements no small numbers have in common.
-struct Mirror {
-  explicit Mirror(int n) {
+// The reflection I - 2 u u^T / u^T u with u = (1, 1/2, 1/3, ...), which leaves a matrix no symmetry.
+struct Reflector {
+  explicit Reflector(int n) {
     for (int j = 0; j < n; ++j) squares += At(j) * At(j);
   }
   static double At(int j) { return 1.0 / (j + 1); }
   double squares = 0.0;
 };
 
-void MirrorRows(const Square& a) {
-  const Mirror u(a.n);
+void ReflectAllRows(const Square& a) {
+  const Reflector u(a.n);
   for (int i = 0; i < a.n; ++i) {
     double sum = 0.0;
-    for (int j = 0; j < a.n; ++j) sum += a.At(i, j) * Mirror::At(j);
-    for (int j = 0; j < a.n; ++j) a.At(i, j) -= 2.0 * sum / u.squares * Mirror::At(j);
+    for (int j = 0; j < a.n; ++j) sum += a.At(i, j) * Reflector::At(j);
+    for (int j = 0; j < a.n; ++j) a.At(i, j) -= 2.0 * sum / u.squares * Reflector::At(j);
   }
 }
 
-void MirrorColumns(const Square& a) {
-  const Mirror u(a.n);
+void ReflectAllColumns(const Square& a) {
+  const Reflector u(a.n);
   for (int j = 0; j < a.n; ++j) {
     double sum = 0.0;
-    for (int i = 0; i < a.n; ++i) sum += a.At(i, j) * Mirror::At(i);
-    for (int i = 0; i < a.n; ++i) a.At(i, j) -= 2.0 * sum / u.squares * Mirror::At(i);
+    for (int i = 0; i < a.n; ++i) sum += a.At(i, j) * Reflector::At(i);
+    for (int i = 0; i < a.n; ++i) a.At(i, j) -= 2.0 * sum / u.squares * Reflector::At(i);
   }
 }
 
-// Roads from the matrix to its Schur form. Balancing comes first, but may let rounding errors of small elements grow;
-// the plain matrix is backward stable; mirrored, a matrix of few different elements loses the symmetries that can keep
-// the iteration from converging.
-enum class Road { kBalanced, kPlain, kMirrored };
+// Ways from the matrix to its Schur form, in the order of trial. Balancing may magnify the rounding errors of small
+// elements; without it the reduction is backward stable. A reflection removes the symmetries of a matrix of few
+// different elements, which can keep the iteration from converging.
+enum class Preparation { kBalanced, kPlain, kReflected };
 
 // Values and unit vectors (rows of work.vt) of the scaled matrix a.
-bool Decompose(const Square& a, Road road, const Work& work, double* real, double* imaginary) {
+bool Decompose(const Square& a, Preparation preparation, const Work& work, double* real, double* imaginary) {
   const int n = a.n;
   const int width = a.width;
   const Square t = {work.t, n, width};
@@ -566,10 +572,10 @@ bool Decompose(const Square& a, Road road, const Work& work, double* real, doubl
   double* tau = work.rows + width;
   double* scratch = work.rows + 2 * width;
   std::copy_n(a.data, static_cast<std::ptrdiff_t>(n) * width, t.data);
-  if (road == Road::kBalanced) Balance(t, factor);
-  if (road == Road::kMirrored) {
-    MirrorRows(t);
-    MirrorColumns(t);
+  if (preparation == Preparation::kBalanced) Balance(t, factor);
+  if (preparation == Preparation::kReflected) {
+    ReflectAllRows(t);
+    ReflectAllColumns(t);
   }
   ReduceToHessenberg(t, work.v, tau, scratch);
   FormTransposedProduct(work.v, width, tau, std::max(n - 2, 0), 1, zt.data, width, n);
@@ -579,9 +585,9 @@ bool Decompose(const Square& a, Road road, const Work& work, double* real, doubl
   Multiply({work.v, width}, {zt.data, width}, vt.data, width, n, n, n);
   for (int k = 0; k < n; ++k) {
     std::fill(vt.Row(k) + n, vt.Row(k) + width, 0.0);
-    for (int j = 0; road == Road::kBalanced && j < n; ++j) vt.At(k, j) *= factor[j];
+    for (int j = 0; preparation == Preparation::kBalanced && j < n; ++j) vt.At(k, j) *= factor[j];
   }
-  if (road == Road::kMirrored) MirrorRows(vt);
+  if (preparation == Preparation::kReflected) ReflectAllRows(vt);
   Normalise(vt, imaginary);
   return true;
 }
@@ -612,8 +618,8 @@ bool DecomposeGeneral(const double* a, int n, std::ptrdiff_t ld, double* real, d
   }
   const double bound = kResidual * n * DBL_EPSILON * scale * size.largest;
   bool converged = false;
-  for (Road road : {Road::kBalanced, Road::kPlain, Road::kMirrored}) {
-    converged = Decompose(scaled, road, work, re, im);
+  for (Preparation preparation : {Preparation::kBalanced, Preparation::kPlain, Preparation::kReflected}) {
+    converged = Decompose(scaled, preparation, work, re, im);
     if (converged && LargestResidual(scaled, re, im, work.vt, work.v) <= bound) break;
   }
   if (!converged) return false;

@@ -7,40 +7,53 @@
 #include "nu/engine/linear/matmul.h"
 #include "nu/engine/linear/row_kernels.h"
 
+// Householder reflections H = I - tau v v^T with v_0 = 1 (G. H. Golub, C. F. Van Loan, Matrix Computations, 4th ed.,
+// 5.1). For x = (x_0, t), with the sign of beta chosen so that nothing cancels,
+//   beta = -sign(x_0) |x|,   v = (1, t / (x_0 - beta)),   tau = (beta - x_0) / beta   give   H x = (beta, 0, ..., 0).
+// A matrix is scaled by a power of two to elements of up to 2^400 before anything is squared, so that no square
+// overflows, and those that underflow belong to elements which are negligible beside the largest.
+//
+// The product of reflections takes the compact form (R. Schreiber, C. F. Van Loan, SIAM J. Sci. Stat. Comput. 10, 1989)
+//   H_0 H_1 ... H_{m-1} = I - V T V^T,
+// where the rows of the array v are the columns of V, and T is upper triangular with columns
+//   T_jj = tau_j,   (T_0j, ..., T_{j-1,j}) = -tau_j T V^T v_j.
+// The transposed product grows from the identity by Q <- Q - (Q V) T^T V^T, 32 reflections at a time, the last block
+// first: reflection k leaves the rows and columns before its first component alone, so that each block works on the
+// trailing part of Q only, by three matrix products. Small matrices apply their reflections one by one.
 namespace nu::engine::linear {
 namespace {
 
 constexpr int kWorkingExponent = 400;
-// 2^1000 is the largest factor that never meets the ends of the exponent range on its way.
+// The largest exponent of a factor such that neither the factor nor its inverse overflows or underflows.
 constexpr int kWidestScale = 1000;
-// Reflections per block of the compact form; fewer columns than kBlocked are not worth the triangles.
+// The number of reflections in a block of the compact form; below kBlocked columns forming T costs more than it saves.
 constexpr int kBlock = 32;
 constexpr int kBlocked = 48;
 
 template<bool kDot, bool kSum>
 NU_ALWAYS_INLINE void PassRow(double* row, int from, int to, double f, const double* y, double g, const double* v,
                               const double* r, double* dot, double s, double* sum) {
-  Pack dots = {};
+  Lanes dots = {};
   for (int j = from; j < to; j += kLanes) {
-    Pack a, left, right;
+    Lanes a, left, right;
     Load(row + j, a);
     Load(y + j, left);
     Load(v + j, right);
     a -= f * left + g * right;
     Store(a, row + j);
     if constexpr (kDot) {
-      Pack factor;
+      Lanes factor;
       Load(r + j, factor);
       dots += a * factor;
     }
     if constexpr (kSum) {
-      Pack total;
+      Lanes total;
       Load(sum + j, total);
       total += s * a;
       Store(total, sum + j);
     }
   }
-  if constexpr (kDot) *dot = SumPack(dots);
+  if constexpr (kDot) *dot = Sum(dots);
 }
 
 }  // namespace
@@ -52,7 +65,7 @@ double ScaleToWorkingSize(double largest) {
 
 NU_KERNEL BlockSize MeasureBlock(const double* a, int rows, int columns, std::ptrdiff_t ld, double* rowLargest) {
   double largest = 0.0;
-  double poison = 0.0;  // stays 0 for finite elements, turns NaN otherwise
+  double poison = 0.0;  // 0 while all elements are finite, else NaN
   for (int i = 0; i < rows; ++i) {
     const double* row = a + i * ld;
     double lane[kLanes] = {};
@@ -124,14 +137,14 @@ NU_KERNEL void DotRows(const double* a, std::ptrdiff_t ld, int first, int last, 
 
 namespace {
 
-// Rows first .. n-1 of q times I - tau v v^T.
+// Multiplies rows first .. n-1 of q by I - tau v v^T from the right.
 NU_KERNEL void ReflectRows(double* q, std::ptrdiff_t ldq, int first, int n, int from, int to, const double* v,
                            double tau) {
   for (int i = first; i < n; ++i) {
     double* row = q + i * ldq;
     const double f = tau * DotRow(row + from, v + from, to - from);
     for (int j = from; j < to; j += kLanes) {
-      Pack a, factor;
+      Lanes a, factor;
       Load(row + j, a);
       Load(v + j, factor);
       a -= f * factor;
@@ -140,7 +153,7 @@ NU_KERNEL void ReflectRows(double* q, std::ptrdiff_t ldq, int first, int n, int 
   }
 }
 
-// The upper triangle T of H_0 ... H_{count-1} = I - V T V^T.
+// Forms the upper triangle T of H_0 ... H_{count-1} = I - V T V^T.
 void FormTriangle(const double* v, std::ptrdiff_t ldv, const double* tau, int count, int from, int to, double* t) {
   double projection[kBlock];
   for (int j = 0; j < count; ++j) {

@@ -10,12 +10,12 @@ namespace nu::engine::linear {
 // Elementary reflections H = I - tau v v^T, and the passes over a block that apply them. All rows are padded with zeros
 // to whole packs; a column range starts at the pack that holds its first column, where vectors are zero as well.
 
-// Finite blocks are brought to this size (largest element) by a power of two before anything is squared: squares
-// neither overflow nor, down to 1e-260 of the largest element, lose digits.
+// The power of two that brings the largest element of a finite block to the working size, before anything is squared:
+// squares neither overflow nor, down to 1e-260 of the largest element, lose digits.
 double ScaleToWorkingSize(double largest);
 
-// Sums of squares below this have lost digits to underflow; beside the working size their roots are
-// nothing.
+// Sums of squares below kNegligibleSquares may have lost digits to underflow; their roots are negligible beside the
+// working size.
 inline constexpr double kNegligible = 0x1p-480;
 inline constexpr double kNegligibleSquares = kNegligible * kNegligible;
 
@@ -30,7 +30,7 @@ struct Reflection {
   double tau = 0.0;   // 0: the identity
   double beta = 0.0;  // what H makes of x: beta in front, zeros behind
 };
-// Replaces x[0 .. n-1] by v, whose first component is 1. A tail that is negligible against the working size is dropped.
+// Replaces x[0 .. n-1] by v, whose first component is 1. A tail that is negligible beside the working size is dropped.
 Reflection MakeReflection(double* x, int n);
 
 // One row-wise update a(i) -= f[i] * y + g[i] * v of rows first .. last-1, columns from .. to, and in the same pass

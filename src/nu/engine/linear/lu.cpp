@@ -261,7 +261,7 @@ void SubstituteSquare(const double* lu, std::ptrdiff_t ld, double* x, std::ptrdi
 template<int kPacks>
 NU_ALWAYS_INLINE void SubstitutePacks(const double* lu, int n, std::ptrdiff_t ld, double* x) {
   constexpr int width = kPacks * kLanes;
-  Pack sum[kPacks], other;
+  Lanes sum[kPacks], other;
   for (int i = 0; i < n; ++i) {
     for (int p = 0; p < kPacks; ++p) Load(x + i * width + p * kLanes, sum[p]);
     for (int k = 0; k < i; ++k)

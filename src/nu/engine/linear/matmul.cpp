@@ -24,23 +24,23 @@ constexpr int kInlineDoubles = 512;
 
 // tile += a * b over packed strips; a holds kTileRows values per k, b kTileColumns.
 NU_ALWAYS_INLINE void UpdateTile(const double* a, const double* b, int depth, double* c, std::ptrdiff_t ldc) {
-  Pack sum[kTileRows][2];
+  Lanes sum[kTileRows][2];
   for (int i = 0; i < kTileRows; ++i) {
-    std::memcpy(&sum[i][0], c + i * ldc, sizeof(Pack));
-    std::memcpy(&sum[i][1], c + i * ldc + kLanes, sizeof(Pack));
+    std::memcpy(&sum[i][0], c + i * ldc, sizeof(Lanes));
+    std::memcpy(&sum[i][1], c + i * ldc + kLanes, sizeof(Lanes));
   }
   for (int k = 0; k < depth; ++k, a += kTileRows, b += kTileColumns) {
-    Pack left, right;
-    std::memcpy(&left, b, sizeof(Pack));
-    std::memcpy(&right, b + kLanes, sizeof(Pack));
+    Lanes left, right;
+    std::memcpy(&left, b, sizeof(Lanes));
+    std::memcpy(&right, b + kLanes, sizeof(Lanes));
     for (int i = 0; i < kTileRows; ++i) {
       sum[i][0] += a[i] * left;
       sum[i][1] += a[i] * right;
     }
   }
   for (int i = 0; i < kTileRows; ++i) {
-    std::memcpy(c + i * ldc, &sum[i][0], sizeof(Pack));
-    std::memcpy(c + i * ldc + kLanes, &sum[i][1], sizeof(Pack));
+    std::memcpy(c + i * ldc, &sum[i][0], sizeof(Lanes));
+    std::memcpy(c + i * ldc + kLanes, &sum[i][1], sizeof(Lanes));
   }
 }
 
@@ -157,11 +157,11 @@ NU_ALWAYS_INLINE void MultiplyPacks(MatrixView a, const double* b, double* c, st
                                     int columns) {
   constexpr int width = kPacks * kLanes;
   for (int i = 0; i < rows; ++i) {
-    Pack sum[kPacks] = {};
+    Lanes sum[kPacks] = {};
     for (int k = 0; k < inner; ++k) {
       const double factor = a.data[i * a.rowStep + k * a.columnStep];
       for (int p = 0; p < kPacks; ++p) {
-        Pack other;
+        Lanes other;
         Load(b + k * width + p * kLanes, other);
         sum[p] += factor * other;
       }

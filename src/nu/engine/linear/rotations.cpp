@@ -12,7 +12,7 @@ constexpr int kStrip = 8;  // packs
 // chain the `row` of one is the `other` of the next, in a falling chain it is the reverse. Returns the chain's end.
 template<int kPacks>
 NU_ALWAYS_INLINE int RotateRising(double* block, std::ptrdiff_t ld, const Rotation* queue, int first, int size) {
-  Pack carried[kPacks];
+  Lanes carried[kPacks];
   for (int p = 0; p < kPacks; ++p) Load(block + queue[first].other * ld + p * kLanes, carried[p]);
   int k = first;
   for (;;) {
@@ -21,9 +21,9 @@ NU_ALWAYS_INLINE int RotateRising(double* block, std::ptrdiff_t ld, const Rotati
     const double* row = block + queue[k].row * ld;
     double* other = block + queue[k].other * ld;
     for (int p = 0; p < kPacks; ++p) {
-      Pack x;
+      Lanes x;
       Load(row + p * kLanes, x);
-      const Pack turned = c * carried[p] - s * x;
+      const Lanes turned = c * carried[p] - s * x;
       carried[p] = c * x + s * carried[p];
       Store(turned, other + p * kLanes);
     }
@@ -35,7 +35,7 @@ NU_ALWAYS_INLINE int RotateRising(double* block, std::ptrdiff_t ld, const Rotati
 
 template<int kPacks>
 NU_ALWAYS_INLINE int RotateFalling(double* block, std::ptrdiff_t ld, const Rotation* queue, int first, int size) {
-  Pack carried[kPacks];
+  Lanes carried[kPacks];
   for (int p = 0; p < kPacks; ++p) Load(block + queue[first].row * ld + p * kLanes, carried[p]);
   int k = first;
   for (;;) {
@@ -44,9 +44,9 @@ NU_ALWAYS_INLINE int RotateFalling(double* block, std::ptrdiff_t ld, const Rotat
     double* row = block + queue[k].row * ld;
     const double* other = block + queue[k].other * ld;
     for (int p = 0; p < kPacks; ++p) {
-      Pack y;
+      Lanes y;
       Load(other + p * kLanes, y);
-      const Pack turned = c * carried[p] + s * y;
+      const Lanes turned = c * carried[p] + s * y;
       carried[p] = c * y - s * carried[p];
       Store(turned, row + p * kLanes);
     }

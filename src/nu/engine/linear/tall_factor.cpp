@@ -15,7 +15,7 @@ NU_KERNEL void ReflectColumns(const double* v, double tau, int length, double* c
     const double f = tau * (heads[k * headStep] + DotRow(v, column, length));
     heads[k * headStep] -= f;
     for (int i = 0; i < length; i += kLanes) {
-      Pack x, y;
+      Lanes x, y;
       Load(column + i, x);
       Load(v + i, y);
       x -= f * y;

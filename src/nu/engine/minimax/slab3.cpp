@@ -12,6 +12,7 @@
 #include "nu/engine/hulls/hull3.h"
 #include "nu/engine/points/extents.h"
 #include "nu/engine/points/oriented_boxes.h"
+#include "nu/engine/shapes/wide_vec3.h"
 
 // While a slab turns about two edges or vertices that it rests on, its width has no minimum: the narrowest slab rests
 // on a face and a vertex of the hull, or on two edges (M. E. Houle, G. T. Toussaint, Computing the width of a set, IEEE
@@ -39,34 +40,6 @@ constexpr double kParallel = 0x1p-160;
 // Relative, far above the rounding of a square or a root.
 constexpr double kMargin = 1e-12;
 
-struct ExactVec3 {
-  DoubleDouble x, y, z;
-};
-ExactVec3 ExactDifference(const double* a, const double* b) {
-  return {Difference(a[0], b[0]), Difference(a[1], b[1]), Difference(a[2], b[2])};
-}
-ExactVec3 Cross(const ExactVec3& a, const ExactVec3& b) {
-  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-DoubleDouble Dot(const ExactVec3& a, const ExactVec3& b) {
-  return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-Vec3 Rounded(const ExactVec3& a) {
-  return {a.x.high, a.y.high, a.z.high};
-}
-ExactVec3 operator-(const ExactVec3& a) {
-  return {-a.x, -a.y, -a.z};
-}
-// The number is positive.
-DoubleDouble SquareRoot(DoubleDouble a) {
-  const double root = std::sqrt(a.high);
-  return DoubleDouble{root} + DoubleDouble{(a - TwoProduct(root, root)).high / (2.0 * root)};
-}
-ExactVec3 Unit(const ExactVec3& a) {
-  const DoubleDouble length = SquareRoot(Dot(a, a));
-  return {a.x / length, a.y / length, a.z / length};
-}
-
 // Whether the last component that is not zero is positive.
 bool IsCanonical(const Vec3& v) {
   if (v.z != 0.0) return v.z > 0.0;
@@ -84,7 +57,7 @@ struct Candidate {
   Candidate() = default;
   Candidate(int a, int b, int c, int d, int countAbove) : corner{a, b, c, d}, above(countAbove) {}
 
-  ExactVec3 normal;  // unit length
+  WideVec3 normal;  // unit length
   DoubleDouble width;
   DoubleDouble square{std::numeric_limits<double>::infinity()};  // of the width
   const double* high = nullptr;
@@ -401,7 +374,7 @@ class SlabSearch {
   void OfferFace(const Hull3::Face& face, int antipode) {
     const auto [a, b, c] = face.corner;
     if (IsTooWide(m_hull.NormalOf(face), At(antipode), At(a))) return;
-    const ExactVec3 normal = Cross(ExactDifference(At(b), At(a)), ExactDifference(At(c), At(a)));
+    const WideVec3 normal = Cross(WideDifference(At(b), At(a)), WideDifference(At(c), At(a)));
     Candidate found(a, b, c, antipode, 3);
     const Vec3 n = Rounded(normal);
     const Vec3 v = LoadVec3(At(antipode));
@@ -417,7 +390,7 @@ class SlabSearch {
 
   void OfferEdges(int a, int b, int c, int d) {
     if (IsTooWide(Normal3(At(a), At(b), At(c), At(d)), At(c), At(a))) return;
-    const ExactVec3 normal = Cross(ExactDifference(At(b), At(a)), ExactDifference(At(d), At(c)));
+    const WideVec3 normal = Cross(WideDifference(At(b), At(a)), WideDifference(At(d), At(c)));
     Candidate found(a, b, c, d, 2);
     const Vec3 n = Rounded(normal);
     const Vec3 e = LoadVec3(At(b)) - LoadVec3(At(a));
@@ -433,11 +406,11 @@ class SlabSearch {
     Offer(normal, found);
   }
 
-  void Offer(const ExactVec3& normal, Candidate& found) {
+  void Offer(const WideVec3& normal, Candidate& found) {
     found.high = At(found.corner[0]);
     found.low = At(found.corner[found.above]);
     found.normal = Unit(normal);
-    found.width = Dot(found.normal, ExactDifference(found.high, found.low));
+    found.width = Dot(found.normal, WideDifference(found.high, found.low));
     // Of slivers thinner than all digits no normal is left.
     if (!std::isfinite(found.width.high)) return;
     found.square = found.width * found.width;
@@ -484,12 +457,12 @@ Candidate FlatSlab(const Hull3& hull) {
   Candidate flat;
   flat.high = flat.low = hull.At(corner[0]);
   flat.width = flat.square = {0.0, 0.0};
-  ExactVec3 normal{{}, {}, {1.0}};
+  WideVec3 normal{{}, {}, {1.0}};
   if (hull.Dimension() >= 1) {
-    const ExactVec3 line = ExactDifference(hull.At(corner[1]), hull.At(corner[0]));
-    const ExactVec3 level = Cross(normal, line);
+    const WideVec3 line = WideDifference(hull.At(corner[1]), hull.At(corner[0]));
+    const WideVec3 level = Cross(normal, line);
     if (hull.Dimension() >= 2) {
-      normal = Cross(line, ExactDifference(hull.At(corner[2]), hull.At(corner[0])));
+      normal = Cross(line, WideDifference(hull.At(corner[2]), hull.At(corner[0])));
     } else if (Dot(level, level).high > 0.0) {
       normal = Cross(line, level);
     } else {
@@ -623,7 +596,7 @@ class OutsideScan {
     for (std::size_t i = block.begin; i < block.begin + block.count; ++i) {
       const IndexedPoint p = m_frame.PointAt(static_cast<int>(i));
       if (Dot(LoadVec3(p.xyz) - plane, normal) < block.distance - 2.0 * m_band) continue;
-      const double distance = sign * Dot(m_slab.normal, ExactDifference(p.xyz, Plane(side))).high;
+      const double distance = sign * Dot(m_slab.normal, WideDifference(p.xyz, Plane(side))).high;
       if (distance > farthest) farthest = distance, index = p.index;
     }
     if (index >= 0) outside.push_back(m_frame.PointAt(index));
@@ -731,7 +704,7 @@ Slab3 NarrowestSlab(const PointView& points, const Vec3& origin) {
   slab.found = true;
   slab.normal = Rounded(found.normal);
   const double scaled[] = {origin.x * frame.scale, origin.y * frame.scale, origin.z * frame.scale};
-  const DoubleDouble top = Dot(found.normal, ExactDifference(found.high, scaled));
+  const DoubleDouble top = Dot(found.normal, WideDifference(found.high, scaled));
   slab.height = std::ldexp((top - DoubleDouble{0.5} * found.width).high, -shift);
   // Of slivers a width below all digits may have lost its sign.
   slab.width = std::ldexp(std::max(found.width.high, 0.0), -shift);

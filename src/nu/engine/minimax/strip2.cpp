@@ -88,9 +88,9 @@ class Calipers {
     const double* p = At(edge);
     const double* q = At(Next(edge));
     const double* a = At(apex);
-    const DoubleDouble d[] = {TwoSum(q[0], -p[0]), TwoSum(q[1], -p[1])};
+    const DoubleDouble d[] = {Difference(q[0], p[0]), Difference(q[1], p[1])};
     const DoubleDouble lengthSquare = d[0] * d[0] + d[1] * d[1];
-    const DoubleDouble along = d[0] * TwoSum(a[0], -p[0]) + d[1] * TwoSum(a[1], -p[1]);
+    const DoubleDouble along = d[0] * Difference(a[0], p[0]) + d[1] * Difference(a[1], p[1]);
     const DoubleDouble cross = ExactCross2(p, q, p, a);
     const Candidate found{edge, apex, cross * cross / lengthSquare, (along / lengthSquare).high};
     if (IsBetter(found)) m_best = found;
@@ -105,8 +105,8 @@ Strip2 StripOn(const double* p, const double* q, const double* a, double share) 
   Strip2 strip;
   strip.share[1] = std::clamp(share, 0.0, 1.0);
   strip.share[0] = 1.0 - strip.share[1];
-  const DoubleDouble dx = TwoSum(q[0], -p[0]);
-  const DoubleDouble dy = TwoSum(q[1], -p[1]);
+  const DoubleDouble dx = Difference(q[0], p[0]);
+  const DoubleDouble dy = Difference(q[1], p[1]);
   const double length = std::sqrt((dx * dx + dy * dy).high);
   if (!(length > 0.0)) return strip;
   strip.normal[0] = -dy.high / length;

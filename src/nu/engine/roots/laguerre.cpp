@@ -23,34 +23,31 @@ constexpr double kFractions[] = {0.0, 0.5, 0.25, 0.75, 0.13, 0.38, 0.62, 0.88, 1
 // What remains of a step that ended where p(x) overflows.
 constexpr double kRetreat = 0.0625;
 
-Number SquareRoot(Number a) {
-  if (a.im == 0.0) return a.re >= 0.0 ? Number{std::sqrt(a.re), 0.0} : Number{0.0, std::sqrt(-a.re)};
-  const double w = std::sqrt(0.5 * (std::sqrt(Squares(a)) + std::fabs(a.re)));
-  if (w == 0.0) return {0.0, 0.0};
-  const double other = 0.5 * a.im / w;
-  if (a.re >= 0.0) return {w, other};
-  return {std::fabs(other), std::copysign(w, a.im)};
+// Real numbers are common here and take one root.
+Complex QuickSquareRoot(Complex a) {
+  if (a.im != 0.0) return SquareRoot(a);
+  return a.re >= 0.0 ? Complex{std::sqrt(a.re), 0.0} : Complex{0.0, std::sqrt(-a.re)};
 }
 
-Number Quotient(Number a, Number b) {
+Complex Quotient(Complex a, Complex b) {
   const double scale = 1.0 / Squares(b);
   return {scale * (a.re * b.re + a.im * b.im), scale * (a.im * b.re - a.re * b.im)};
 }
 
 // p, p' and p''/2 at x, and what the rounding errors of p are relative to.
 struct Expansion {
-  Number b;
-  Number d;
-  Number f;
+  Complex b;
+  Complex d;
+  Complex f;
   double size;
 };
 
 template<bool kReal>
-Expansion Expand(const Coefficients& p, Number x) {
+Expansion Expand(const Coefficients& p, Complex x) {
   const double modulus = std::sqrt(Squares(x));
-  Number b = {p.re[p.degree], kReal ? 0.0 : p.im[p.degree]};
-  Number d = {0.0, 0.0};
-  Number f = {0.0, 0.0};
+  Complex b = {p.re[p.degree], kReal ? 0.0 : p.im[p.degree]};
+  Complex d = {0.0, 0.0};
+  Complex f = {0.0, 0.0};
   double size = Size(b);
   for (int i = p.degree - 1; i >= 0; --i) {
     f = x * f + d;
@@ -89,20 +86,20 @@ struct SmallestRoots {
   double Radius() const { return Pow(size, -1.0 / index); }
 };
 
-Number OnCircle(double radius, int k) {
+Complex OnCircle(double radius, int k) {
   const auto [sine, cosine] = SinCos(k);
   return {radius * cosine, radius * sine};
 }
 
 // A step beyond the reach leads away from the smallest roots, from where p is almost constant + c x^m, and the way back
 // would close a cycle: it ends on their circle instead, each time elsewhere.
-Number StepFrom(const Expansion& e, Number x, double m, int k, double sqrtTol, const SmallestRoots& smallest) {
-  const Number inner = (m - 1.0) * ((m - 1.0) * (e.d * e.d) - 2.0 * m * (e.b * e.f));
-  const Number root = SquareRoot(inner);
+Complex StepFrom(const Expansion& e, Complex x, double m, int k, double sqrtTol, const SmallestRoots& smallest) {
+  const Complex inner = (m - 1.0) * ((m - 1.0) * (e.d * e.d) - 2.0 * m * (e.b * e.f));
+  const Complex root = QuickSquareRoot(inner);
   const bool plus = e.d.re * root.re + e.d.im * root.im >= 0.0;
-  const Number den = plus ? e.d + root : e.d - root;
+  const Complex den = plus ? e.d + root : e.d - root;
   if (Squares(den) > sqrtTol * sqrtTol * Squares(e.b)) {
-    const Number dx = Quotient(m * e.b, den);
+    const Complex dx = Quotient(m * e.b, den);
     if (Size(x - dx) <= smallest.reach) return dx;
     return x - OnCircle(smallest.Radius(), k);
   }
@@ -111,7 +108,7 @@ Number StepFrom(const Expansion& e, Number x, double m, int k, double sqrtTol, c
 }
 
 // A long step back to where the last one came from closes a cycle that shorter steps need not break.
-bool TurnsBack(Number last, Number x, Number dx) {
+bool TurnsBack(Complex last, Complex x, Complex dx) {
   constexpr double kLong = 0x1p-6;
   constexpr double kSame = 0x1p-3;
   const double length = Size(dx);
@@ -119,12 +116,12 @@ bool TurnsBack(Number last, Number x, Number dx) {
 }
 
 template<bool kReal>
-Number Iterate(const Coefficients& p, const LaguerreRules& rules, const SmallestRoots& smallest) {
+Complex Iterate(const Coefficients& p, const LaguerreRules& rules, const SmallestRoots& smallest) {
   const double squaredTol = rules.tol * rules.tol;
   const double bound = squaredTol > kRounding ? squaredTol : kRounding;
-  Number x = {0.0, 0.0};
-  Number last = x;
-  Number best = x;
+  Complex x = {0.0, 0.0};
+  Complex last = x;
+  Complex best = x;
   double bestRatio = std::numeric_limits<double>::infinity();
   for (int k = 1; k <= kMaxSteps; ++k) {
     const Expansion e = kReal && x.im == 0.0 ? ExpandOnAxis(p.re, p.degree, x.re) : Expand<kReal>(p, x);
@@ -138,7 +135,7 @@ Number Iterate(const Coefficients& p, const LaguerreRules& rules, const Smallest
       best = x;
       bestRatio = ratio;
     }
-    Number dx = StepFrom(e, x, p.degree, k, rules.sqrtTol, smallest);
+    Complex dx = StepFrom(e, x, p.degree, k, rules.sqrtTol, smallest);
     if (TurnsBack(last, x, dx)) dx = x - OnCircle(smallest.Radius(), k);
     if (std::fabs(dx.re) < rules.tol && std::fabs(dx.im) < rules.tol) return x - dx;
     last = x;
@@ -179,7 +176,7 @@ SmallestRoots ScaleToSmallestRoots(const double* w, int degree, int stride, doub
 }
 
 // Where |c_i| |x|^i is largest.
-int LargestTerm(const double* v, int degree, int stride, Number x) {
+int LargestTerm(const double* v, int degree, int stride, Complex x) {
   constexpr double kLog2 = 0.69314718055994530942;
   const double logarithm = 0.5 / kLog2 * Log(Squares(x));  // of |x|, to base 2
   int largest = 0;
@@ -237,20 +234,20 @@ void DivideByPair(double* w, int degree, double s, double t, int meet) {
 }
 
 // Both halves of w, from the top alone where the root is among the smallest and from both ends otherwise.
-void DivideByComplexRoot(double* w, int degree, int stride, Number x, int meet) {
+void DivideByComplexRoot(double* w, int degree, int stride, Complex x, int meet) {
   meet = std::min(meet, degree - 1);
-  Number below = {w[0], w[stride]};
-  const Number inverse = Reciprocal(x);
+  Complex below = {w[0], w[stride]};
+  const Complex inverse = Reciprocal(x);
   for (int i = 0; i < meet; ++i) {
-    const Number next = {w[i + 1], w[i + 1 + stride]};
-    const Number q = -1.0 * (below * inverse);
+    const Complex next = {w[i + 1], w[i + 1 + stride]};
+    const Complex q = -1.0 * (below * inverse);
     w[i] = q.re;
     w[i + stride] = q.im;
     below = next - q;
   }
-  Number q = {w[degree], w[degree + stride]};
+  Complex q = {w[degree], w[degree + stride]};
   for (int i = degree - 1; i >= meet; --i) {
-    const Number c = {w[i], w[i + stride]};
+    const Complex c = {w[i], w[i + stride]};
     w[i] = q.re;
     w[i + stride] = q.im;
     q = c + x * q;
@@ -276,7 +273,7 @@ int FindByDeflation(double* w, int degree, double* scratch, const LaguerreRules&
     }
     const SmallestRoots smallest = ScaleToSmallestRoots(w, degree, 0, scratch);
     const int k = smallest.exponent;
-    Number x = Iterate<true>({scratch, nullptr, degree}, rules, smallest);
+    Complex x = Iterate<true>({scratch, nullptr, degree}, rules, smallest);
     if (x.im != 0.0 && VanishesOnAxis(scratch, degree, x.re)) x.im = 0.0;
     const int meet = LargestTerm(scratch, degree, 0, x);
     const FoundRoot found = {TimesPower(x.re, k), std::fabs(TimesPower(x.im, k)), x.im != 0.0};
@@ -296,7 +293,7 @@ int FindByComplexDeflation(double* w, int degree, double* scratch, const Laguerr
   const int stride = degree + 1;
   int count = 0;
   for (; degree > 0; --degree) {
-    Number x = {0.0, 0.0};
+    Complex x = {0.0, 0.0};
     SmallestRoots smallest = {};
     int meet = 0;
     if (w[0] != 0.0 || w[stride] != 0.0) {

@@ -13,9 +13,9 @@ constexpr int kMaxSweeps = 60;
 
 // What is known at one point: x, or 1 / x with the reversed polynomial.
 struct Values {
-  Number x;
-  Number p;
-  Number d;
+  Complex x;
+  Complex p;
+  Complex d;
   double size;
 };
 
@@ -77,10 +77,10 @@ NU_KERNEL void EvaluateComplex(const Coefficients& p, Batch* batch) {
 
 // The same for one point: a few roots do not fill the lanes.
 template<bool kReal>
-Values EvaluatePoint(const Coefficients& p, Number x) {
+Values EvaluatePoint(const Coefficients& p, Complex x) {
   const double modulus = std::sqrt(x.re * x.re + x.im * x.im);
-  Number b = {p.re[p.degree], kReal ? 0.0 : p.im[p.degree]};
-  Number d = {0.0, 0.0};
+  Complex b = {p.re[p.degree], kReal ? 0.0 : p.im[p.degree]};
+  Complex d = {0.0, 0.0};
   double size = std::fabs(b.re) + std::fabs(b.im);
   for (int i = p.degree - 1; i >= 0; --i) {
     const double im = kReal ? 0.0 : p.im[i];
@@ -103,7 +103,7 @@ Values EvaluateOnAxis(const double* c, int degree, double x) {
   return {{x, 0.0}, {b, 0.0}, {d, 0.0}, size};
 }
 
-Values Evaluate(const Coefficients& p, Number x) {
+Values Evaluate(const Coefficients& p, Complex x) {
   if (p.im != nullptr) return EvaluatePoint<false>(p, x);
   return x.im == 0.0 ? EvaluateOnAxis(p.re, p.degree, x.re) : EvaluatePoint<true>(p, x);
 }
@@ -112,8 +112,8 @@ bool IsOuter(const FoundRoot& x) {
   return std::fabs(x.re) > 1.0 || std::fabs(x.im) > 1.0 || x.re * x.re + x.im * x.im > 1.0;
 }
 
-Number InDisc(const FoundRoot& x, bool outer) {
-  return outer ? Reciprocal({x.re, x.im}) : Number{x.re, x.im};
+Complex InDisc(const FoundRoot& x, bool outer) {
+  return outer ? Reciprocal({x.re, x.im}) : Complex{x.re, x.im};
 }
 
 // Calls use(i, outer, values) for every point that is wanted, inner points first where there are many.
@@ -126,7 +126,7 @@ void ForAllValues(const Coefficients& p, const Coefficients& reversed, const Fou
       if (wanted != nullptr && wanted[i] == 0.0) continue;
       const bool outer = IsOuter(points[i]);
       const Coefficients& side = outer ? reversed : p;
-      const Number x = InDisc(points[i], outer);
+      const Complex x = InDisc(points[i], outer);
       use(i, outer, Evaluate(side, x));
     }
     return;
@@ -150,7 +150,7 @@ void ForAllValues(const Coefficients& p, const Coefficients& reversed, const Fou
     };
     for (int i = 0; i < count; ++i) {
       if ((wanted != nullptr && wanted[i] == 0.0) || IsOuter(points[i]) != outer) continue;
-      const Number x = InDisc(points[i], outer);
+      const Complex x = InDisc(points[i], outer);
       member[filled] = i;
       batch.xRe[filled] = x.re;
       batch.xIm[filled] = x.im;
@@ -168,21 +168,21 @@ double RatioOf(const Values& v) {
 }
 
 // p'(x) / p(x). Of an outer point the values are those of q(w) = w^n p(1 / w), and p'/p = w (n - w q'/q).
-Number LogarithmicDerivative(const Values& v, bool outer, int degree) {
-  const Number g = v.d * Reciprocal(v.p);
+Complex LogarithmicDerivative(const Values& v, bool outer, int degree) {
+  const Complex g = v.d * Reciprocal(v.p);
   if (!outer) return g;
-  const Number product = v.x * g;
-  return v.x * Number{degree - product.re, -product.im};
+  const Complex product = v.x * g;
+  return v.x * Complex{degree - product.re, -product.im};
 }
 
 // The sum of 1 / (x - x_j) over all other roots, conjugates included. Coincident ones are one multiple root and say
 // nothing about the direction.
-Number Repulsion(const FoundRoot* roots, int count, int self) {
-  Number sum = {0.0, 0.0};
+Complex Repulsion(const FoundRoot* roots, int count, int self) {
+  Complex sum = {0.0, 0.0};
   const FoundRoot& x = roots[self];
   const auto add = [&sum](double re, double im) {
     if (re == 0.0 && im == 0.0) return;
-    const Number inverse = Reciprocal({re, im});
+    const Complex inverse = Reciprocal({re, im});
     sum.re += inverse.re;
     sum.im += inverse.im;
   };
@@ -193,9 +193,9 @@ Number Repulsion(const FoundRoot* roots, int count, int self) {
   return sum;
 }
 
-FoundRoot Improved(const FoundRoot* roots, int count, int i, Number logarithmic, bool onAxis) {
-  const Number sum = Repulsion(roots, count, i);
-  const Number step = Reciprocal({logarithmic.re - sum.re, logarithmic.im - sum.im});
+FoundRoot Improved(const FoundRoot* roots, int count, int i, Complex logarithmic, bool onAxis) {
+  const Complex sum = Repulsion(roots, count, i);
+  const Complex step = Reciprocal({logarithmic.re - sum.re, logarithmic.im - sum.im});
   FoundRoot next = roots[i];
   next.re -= step.re;
   next.im -= step.im;
