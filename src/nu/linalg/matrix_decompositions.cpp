@@ -23,6 +23,22 @@
 
 using namespace nu::internal;
 
+// The operations of a matrix that need more than one pass over its elements; the methods are in engine/linear.
+//
+// A B: products of packed blocks that stay in the cache (K. Goto, R. A. van de Geijn, ACM TOMS 34, 2008), each element
+// summed in increasing inner index; matmul.cpp.
+//
+// P A = L U: Gaussian elimination with partial pivoting, by recursion over the columns (S. Toledo, SIAM J. Matrix Anal.
+// Appl. 18, 1997); lu.cpp. The determinant is the sign of P times the product of the diagonal of U. The inverse solves
+// L U X = P. A matrix counts as singular when a pivot vanishes or when relative changes of its elements by n NuGetTol()
+// make it singular; lu_singularity.cpp.
+//
+// A = U diag(w) V^T: Householder reduction to bidiagonal form, then QR sweeps (G. H. Golub, C. Reinsch, Numerische
+// Mathematik 14, 1970); svd.cpp. A tall A is first reduced to a triangle in panels of rows; tall_factor.cpp.
+//
+// A x = lambda x: for a symmetric A, Householder reduction to tridiagonal form, then QL sweeps; eigen_symmetric.cpp.
+// Otherwise balancing, Hessenberg form, QR sweeps with double shifts and back substitution; eigen_general.cpp.
+
 namespace {
 
 constexpr int kSmall = 16;
@@ -67,7 +83,7 @@ class Elements {
   const double* m_data;
 };
 
-// The same for a matrix that is changed in place; Store brings a copy back.
+// The elements of a matrix that is changed in place; Store copies them back where they are a copy.
 class MutableElements {
  public:
   explicit MutableElements(CNuMatrix& a)
@@ -90,7 +106,7 @@ class MutableElements {
   double* m_data;
 };
 
-// Room for a permutation; short ones live on the stack.
+// Memory for a permutation, on the stack for a short one.
 class Permutation {
  public:
   explicit Permutation(int n) : m_heap(n > kSmall ? new int[static_cast<std::size_t>(n)] : nullptr) {}
@@ -101,9 +117,9 @@ class Permutation {
   int m_local[kSmall];
 };
 
-// What the eigen operations remember of their last call. The mutex is constant-initialised and the entries are never
+// The last call of an eigen operation and its result. The mutex is constant-initialised and the entries are never
 // freed, so that the operations serve from the first static constructor to the last static destructor. The tolerance is
-// part of the question: it decides which algorithm answers, and other threads have others.
+// part of the key: it decides which algorithm is used, and other threads may have another one.
 template<class Result>
 struct EigenCache {
   CNuMatrix matrix;
@@ -149,9 +165,10 @@ Result ThroughCache(const CNuMatrix& a, EigenCache<Result>*& last, ENuStatus* st
   return result;
 }
 
-// Symmetric but for rounding. Elements are compared within NuGetTol(), and within n * NuGetTol() times the largest
-// element of their two rows where that is more: a product such as R^T D R is off by so much. For a matrix of elements
-// below 1 / n the first bound shrinks with the matrix. A small block beside large elements is judged by its own rows.
+// Whether the matrix is symmetric within rounding. Elements are compared within NuGetTol(), and within n * NuGetTol()
+// times the largest element of their two rows where that is more: a product such as R^T D R is off by so much. For a
+// matrix of elements below 1 / n the first bound shrinks with the matrix. A small block beside large elements is judged
+// by its own rows.
 bool IsSymmetricEnough(const CNuMatrix& a) {
   const int n = a.GetRowSize();
   const double tol = NuGetTol();

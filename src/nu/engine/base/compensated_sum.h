@@ -20,9 +20,9 @@ class CompensatedSum {
     Add(x * y);
     AddSmall(ProductError(x, y));
   }
-  // A term of the size of the rounding errors.
+  // Adds a term of the size of the rounding errors.
   void AddSmall(double term) { m_lost += term; }
-  // Of a sum beyond the doubles no rounding errors are left.
+  // The rounding errors of a sum that has overflowed are meaningless.
   double Value() const { return std::isfinite(m_sum) ? m_sum + m_lost : m_sum; }
 
  private:

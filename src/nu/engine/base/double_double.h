@@ -24,7 +24,7 @@ inline DoubleDouble operator*(DoubleDouble a, DoubleDouble b) {
   const DoubleDouble product = TwoProduct(a.high, b.high);
   return FastTwoSum(product.high, product.low + (a.high * b.low + a.low * b.high));
 }
-// The divisor is not zero.
+// The divisor must not be zero.
 inline DoubleDouble operator/(DoubleDouble a, DoubleDouble b) {
   const double first = a.high / b.high;
   const DoubleDouble rest = a - DoubleDouble{first} * b;

@@ -17,7 +17,7 @@ struct SineCosine {
   double sine;
   double cosine;
 };
-// The bits of Sin and Cos for little more than the time of one.
+// Gives the bits of Sin and Cos for little more than the time of one of them.
 SineCosine SinCos(double x);
 
 double Asin(double x);
@@ -35,7 +35,7 @@ double Asinh(double x);
 double Acosh(double x);
 
 double Cbrt(double x);
-// The same for every order of the arguments.
+// The result is the same for every order of the arguments.
 double Hypot(double x, double y);
 double Hypot(double x, double y, double z);
 

@@ -18,19 +18,19 @@ namespace {
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kSmallestNormal = std::numeric_limits<double>::min();
 
-// (high + low) 2^exponent, high from 1/4 to 2.
+// Stands for (high + low) 2^exponent, with high from 1/4 to 2.
 struct Scaled {
   double high, low;
   std::int64_t exponent;
 };
 
-// exp(+-x) = 2^(+-step / 128) (1 + even +- odd).
+// Stands for exp(+-x) = 2^(+-step / 128) (1 + even +- odd).
 struct ExponentialParts {
   std::int64_t step;
   double even, odd;
 };
 
-// Of x + low, |low| < 0.005: |r| < 0.008.
+// Expands exp(x + low) for |low| < 0.005, where |r| < 0.008.
 inline ExponentialParts ReduceExponent(double x, double low) {
   const NearestMultiple k = RoundToMultiple<0>(x * kLog2StepInverse);
   const double r = ((x - k.value * kLog2Step1) - k.value * kLog2Step2) + low;
@@ -48,7 +48,7 @@ inline Scaled ExponentialOf(const ExponentialParts& parts) {
   return TimesPowerOfTwo(parts.step, parts.odd + parts.even);
 }
 
-// The largest and the subnormal results; these are rounded once.
+// Finishes the largest and the subnormal results, which are rounded once.
 double UnscaledAtEdge(const Scaled& value) {
   if (value.exponent > 1025) return kInfinity;
   if (value.exponent > 0) return (value.high + value.low) * 0x1p1000 * PowerOfTwoAt(value.exponent - 1000);
@@ -65,7 +65,7 @@ struct LogarithmParts {
   double leading, constants, zHigh, zLow;
 };
 
-// Of x 2^exponent, for a positive normal x.
+// Expands the logarithm of x 2^exponent for a positive normal x.
 inline LogarithmParts ReduceLogarithm(double x, std::int64_t exponent) {
   constexpr std::uint64_t kLeastM = 0x3fe6a00000000000;  // 0.70703125: 1 is a centre
   constexpr std::uint64_t kMantissa = (std::uint64_t{1} << 52) - 1;
@@ -78,7 +78,7 @@ inline LogarithmParts ReduceLogarithm(double x, std::int64_t exponent) {
   return {(k * kLog2High + at.logarithm) + zHigh, k * kLog2Low + at.logarithmLow, zHigh, (m - upper) * at.inverse};
 }
 
-// The correction is up to 2^-8 of the leading part.
+// The correction is at most 2^-8 of the leading part.
 inline DoubleDouble QuickLogarithm(double x, std::int64_t exponent) {
   const LogarithmParts parts = ReduceLogarithm(x, exponent);
   const double z = parts.zHigh + parts.zLow;
@@ -89,7 +89,7 @@ inline DoubleDouble QuickLogarithm(double x, std::int64_t exponent) {
   return {leading.high, leading.low + (t * higher + parts.constants)};
 }
 
-// With an error below 2^-68 of the logarithm, and a low part below 2^-17 of it. -zHigh^2 / 2 is exact.
+// The error is below 2^-68 of the logarithm, and the low part below 2^-17 of it. -zHigh^2 / 2 is exact.
 inline DoubleDouble AccurateLogarithm(double x, std::int64_t exponent) {
   const LogarithmParts parts = ReduceLogarithm(x, exponent);
   const double z = parts.zHigh + parts.zLow;
@@ -102,25 +102,25 @@ inline DoubleDouble AccurateLogarithm(double x, std::int64_t exponent) {
   return {leading.high, (leading.low + first.low) + (square + (z * t * higher + parts.constants))};
 }
 
-// For arguments that are no positive normal numbers.
+// Returns the logarithm of arguments that are no positive normal numbers.
 double LogarithmAtEdge(double x) {
   if (x == 0.0) return -kInfinity;
   if (x == kInfinity) return x;
   return x > 0.0 ? SumOf(QuickLogarithm(x * 0x1p54, -54)) : Undefined(x);
 }
 
-// A square root with what its square lacks.
+// A square root and the difference between the radicand and its square.
 struct Root {
   double value, residual;
 };
 
-// sqrt(square + rest), |rest| < 2^-26 square.
+// Returns sqrt(square + rest) for |rest| < 2^-26 square.
 inline Root RootOf(double square, double rest) {
   const double root = std::sqrt(square);
   return {root, ((square - root * root) - ProductError(root, root)) + rest};
 }
 
-// log(sum), of which the root is a part: the errors e of the sum add e / sum.
+// Returns log(sum), where the root is a part of the sum: the error e of the sum adds e / sum.
 inline double LogarithmOfSum(const DoubleDouble& sum, const Root& root) {
   const DoubleDouble logarithm = QuickLogarithm(sum.high, 0);
   const double twice = 2.0 * root.value;
@@ -138,7 +138,7 @@ Parity ParityOf(double y) {
   return {isInteger, isInteger && (integer & 1) != 0};
 }
 
-// (x 2^exponent)^y for a positive normal x.
+// Returns (x 2^exponent)^y for a positive normal x.
 inline double PowerOf(double x, std::int64_t exponent, double y) {
   constexpr double kBeyond = 800.0;  // arguments of the exponential whose results are zero and infinity
   const DoubleDouble logarithm = AccurateLogarithm(x, exponent);
@@ -148,7 +148,7 @@ inline double PowerOf(double x, std::int64_t exponent, double y) {
   return Unscaled(ExponentialOf(ReduceExponent(product, low)));
 }
 
-// All powers but those of positive normal numbers with finite exponents.
+// Returns all powers but those of positive normal numbers with finite exponents.
 double PowerAtEdge(double x, double y) {
   if (y == 0.0 || x == 1.0) return 1.0;
   if (std::isnan(x) || std::isnan(y)) return x + y;
@@ -169,7 +169,7 @@ double PowerAtEdge(double x, double y) {
   return std::signbit(x) && parity.isOdd ? -power : power;
 }
 
-// (exp(|x|) + factor exp(-|x|)) / 2. With a factor of -1 for 1/4 <= |x|: nothing cancels.
+// Returns (exp(|x|) + factor exp(-|x|)) / 2. With the factor -1, |x| must be at least 1/4, so that nothing cancels.
 inline double HalfSum(double magnitude, double factor) {
   constexpr double kAlone = 40.0;  // from here on the second is below 2^-115 of the first
   constexpr double kOverflow = 720.0;
@@ -188,7 +188,7 @@ inline double HalfSum(double magnitude, double factor) {
   return leading.high + (leading.low + (first.low * firstScale + second.low * secondScale));
 }
 
-// Beyond it x^2 +- 1 rounds to x^2, and the inverses of sinh and cosh to log(2 x).
+// Beyond this x^2 +- 1 rounds to x^2, and the inverses of sinh and cosh to log(2 x).
 constexpr double kSquareAlone = 0x1p30;
 
 }  // namespace

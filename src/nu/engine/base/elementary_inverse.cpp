@@ -18,20 +18,20 @@ namespace {
 
 constexpr int kDegree = 8;
 
-// f(c + h) = high + low + h + h slopeLessOne + h^2 (higher[0] + higher[1] h + ...).
+// Stands for f(c + h) = high + low + h + h slopeLessOne + h^2 (higher[0] + higher[1] h + ...).
 struct Expansion {
   double high, low, slopeLessOne;
   double higher[kDegree - 1];
 };
 
-// f'(c + h) = sum of slope_n h^n, of which the first two are given.
+// The coefficients of f'(c + h) = sum of slope_n h^n, of which the first two are given.
 constexpr Expansion MakeExpansion(const Angle& at, double slopeLessOne, const double (&slopes)[kDegree]) {
   Expansion made{at.high, at.low, slopeLessOne, {}};
   for (int n = 1; n < kDegree; ++n) made.higher[n - 1] = slopes[n] / (n + 1);
   return made;
 }
 
-// (1 + (c + h)^2) f'(c + h) = 1
+// atan: (1 + (c + h)^2) f'(c + h) = 1.
 constexpr std::array<Expansion, 65> MakeArcTangents() {
   std::array<Expansion, 65> made{};
   for (int i = 0; i <= 64; ++i) {
@@ -51,7 +51,7 @@ constexpr double SquareRoot(double a) {
   return root;
 }
 
-// (1 - (c + h)^2) f''(c + h) = (c + h) f'(c + h)
+// asin: (1 - (c + h)^2) f''(c + h) = (c + h) f'(c + h).
 constexpr std::array<Expansion, 33> MakeArcSines() {
   std::array<Expansion, 33> made{};
   for (int i = 0; i <= 32; ++i) {
@@ -69,7 +69,7 @@ constexpr std::array<Expansion, 33> MakeArcSines() {
 constexpr std::array<Expansion, 65> kArcTangentAt = MakeArcTangents();
 constexpr std::array<Expansion, 33> kArcSineAt = MakeArcSines();
 
-// f(x + low), x >= 0.
+// Returns f(x + low) for x >= 0.
 template<std::size_t n>
 inline DoubleDouble Expand(const std::array<Expansion, n>& expansions, double x, double low) {
   const NearestMultiple c = RoundToMultiple<6>(x);
@@ -82,7 +82,7 @@ inline DoubleDouble Expand(const std::array<Expansion, n>& expansions, double x,
   return {leading.high, leading.low + (((at.slopeLessOne * h + at.low) + (low + at.slopeLessOne * low)) + h2 * higher)};
 }
 
-// base + factor * part, |base| >= |part| or base = 0.
+// Returns base + factor * part, where |base| >= |part| or base = 0.
 inline double Combine(const Angle& base, double factor, const DoubleDouble& part) {
   const DoubleDouble leading = FastTwoSum(base.high, factor * part.high);
   return leading.high + (leading.low + (base.low + factor * part.low));
@@ -95,7 +95,7 @@ constexpr Angle kHalfTurn = {kPiHigh, kPiLow};
 // Arguments below this round to themselves; zeros keep their signs.
 constexpr double kOwnArc = 0x1p-27;
 
-// asin(sqrt((1 - x) / 2)), 1/2 <= x < 1.
+// Returns asin(sqrt((1 - x) / 2)) for 1/2 <= x < 1.
 inline DoubleDouble HalfArcCosine(double x) {
   const double square = 0.5 * (1.0 - x);
   const double root = std::sqrt(square);
@@ -104,7 +104,7 @@ inline DoubleDouble HalfArcCosine(double x) {
   return Expand(kArcSineAt, root, rest * (root * (0.5 / square)));
 }
 
-// atan(y / x), x >= y > 0.
+// Returns atan(y / x) for x >= y > 0.
 inline DoubleDouble ArcTangentOfQuotient(double y, double x) {
   const double inverse = 1.0 / x;
   const double quotient = y * inverse;
@@ -117,7 +117,7 @@ struct Sector {
   double factor;
 };
 
-// Neither quotient may be below 2^-64, nor a coordinate far from 1.
+// Both quotients must be 2^-64 at least, and both coordinates must not be far from 1.
 inline double AngleOf(double y, double x) {
   static constexpr Sector kSectors[4] = {
       {kNoTurn, 1.0}, {kHalfTurn, -1.0}, {kQuarterTurn, -1.0}, {kQuarterTurn, 1.0}};  // x < 0 in every other one
@@ -133,7 +133,7 @@ inline double AngleOf(double y, double x) {
 // Quotients below this and above its inverse turn an axis by less than rounding does.
 constexpr double kNoTilt = 0x1p-64;
 
-// Zeros, infinities, NaN, coordinates far from 1, directions close to an axis.
+// Handles zeros, infinities, NaN, coordinates far from 1 and directions close to an axis.
 double Atan2AtEdge(double y, double x) {
   if (std::isnan(x) || std::isnan(y)) return x + y;
   double v = std::fabs(x);

@@ -15,12 +15,12 @@ inline double SumOf(const DoubleDouble& value) {
   return value.high + value.low;
 }
 
-// 2^exponent of a normal number.
+// Returns 2^exponent, which must be a normal number.
 inline double PowerOfTwoAt(std::int64_t exponent) {
   return FromBits(static_cast<std::uint64_t>(exponent + 1023) << 52);
 }
 
-// The leading 26 digits: their square is exact.
+// Returns the leading 26 binary digits of x, whose square is exact.
 inline double UpperDigits(double x) {
   return FromBits(BitsOf(x) & ~((std::uint64_t{1} << 27) - 1));
 }
@@ -29,7 +29,8 @@ struct NearestMultiple {
   double value;
   std::int64_t count;
 };
-// The multiple of 2^-places next to x, ties to even: the addition rounds there. For |x| below 2^(51 - places).
+// Rounds x to a multiple of 2^-places, ties to even, by an addition that rounds there. |x| must be below 2^(51 -
+// places).
 template<int places>
 inline NearestMultiple RoundToMultiple(double x) {
   constexpr double kShift =
@@ -38,8 +39,8 @@ inline NearestMultiple RoundToMultiple(double x) {
   return {shifted - kShift, static_cast<std::int64_t>(BitsOf(shifted) - BitsOf(kShift))};
 }
 
-// (x.high + x.low) 2^exponent, x.high positive, the exponent from -1080 to 0. Below the normal numbers it
-// is the addition of a power of two whose last digit is the smallest double that rounds.
+// Returns (x.high + x.low) 2^exponent for a positive x.high and an exponent from -1080 to 0. Below the normal numbers
+// the sum is rounded once, by the addition of a power of two whose last digit is the smallest double.
 inline double RoundOnceBelow(const DoubleDouble& x, int exponent) {
   const double shift = PowerOfTwoAt(52 - 1074 - exponent);
   double sum = x.high + x.low;
@@ -50,7 +51,7 @@ inline double RoundOnceBelow(const DoubleDouble& x, int exponent) {
   return sum * 0x1p-500 * PowerOfTwoAt(exponent + 500);
 }
 
-// The result outside the domain, and for a NaN.
+// Returns the result outside the domain, and for a NaN.
 inline double Undefined(double x) {
   return x + std::numeric_limits<double>::quiet_NaN();
 }

@@ -22,7 +22,7 @@ inline bool IsPlain(double largest) {
   return largest < kLargestPlain && largest > kSmallestPlain;
 }
 
-// One instruction each.
+// Each of these compiles to one instruction.
 inline double Larger(double x, double y) {
   return x > y ? x : y;
 }
@@ -30,12 +30,13 @@ inline double Smaller(double x, double y) {
   return x > y ? y : x;
 }
 
-// The square of x without that of its upper digits.
+// Returns the square of x minus that of its upper digits.
 inline double LowerSquare(double x, double upper) {
   return (x + upper) * (x - upper);
 }
 
-// The square root of square + rest, where square is the sum of squares of upper digits and rest is below 2^-24 of it.
+// Returns the square root of square + rest, where square is the sum of squares of upper digits and rest is below 2^-24
+// of it.
 inline DoubleDouble RootOfSquares(double square, double rest) {
   const double root = std::sqrt(square + rest);
   const double upper = UpperDigits(root);
@@ -43,7 +44,7 @@ inline DoubleDouble RootOfSquares(double square, double rest) {
   return {root, residual * (root * (0.5 / square))};
 }
 
-// For magnitudes, the greatest first.
+// The arguments are magnitudes, the greatest one first.
 inline DoubleDouble PlainHypot(double a, double b) {
   const double upperA = UpperDigits(a);
   const double upperB = UpperDigits(b);
@@ -108,13 +109,13 @@ double Cbrt(double x) {
     magnitude *= 0x1p54;
     bias += 54;
   }
-  // x = a 8^q, 1 <= a < 8; the bias of the exponent is a multiple of three.
+  // Writes x = a 8^q with 1 <= a < 8; the bias of the exponent is a multiple of three.
   constexpr std::uint64_t kMantissa = (std::uint64_t{1} << 52) - 1;
   const std::uint64_t bits = BitsOf(magnitude);
   const auto exponent = static_cast<std::int64_t>(bits >> 52);
   const double m = FromBits((bits & kMantissa) | BitsOf(1.0));
   const double a = m * PowerOfTwoAt(exponent % 3);
-  // The inverse root: a polynomial to 2^-14, by Chebyshev interpolation, then a step of fourth order.
+  // The inverse root comes from a polynomial to 2^-14, found by Chebyshev interpolation, and a step of fourth order.
   const double start =
       1.6662787377309156 +
       m * (-1.1623973573078166 + m * (0.6846527077322325 + m * (-0.21636185469244387 + m * 0.02778280101858424)));

@@ -20,7 +20,7 @@ namespace nu::engine::base {
 
 namespace {
 
-// The sine of i pi / 256, and its cosine as factor + rest.
+// Holds the sine of i pi / 256, and its cosine as factor + rest.
 struct Direction {
   double sine, sineLow, factor, rest;
 };
@@ -29,7 +29,7 @@ constexpr double NearestHalf(double cosine) {
   return cosine > 0.75 ? 1.0 : cosine > 0.25 ? 0.5 : 0.0;
 }
 
-// Half a turn, from an eighth.
+// Extends the table from an eighth of a turn to half a turn.
 constexpr std::array<Direction, 256> MakeDirections() {
   std::array<Direction, 256> made{};
   for (int i = 0; i <= 128; ++i) {
@@ -49,13 +49,13 @@ constexpr std::array<Direction, 256> MakeDirections() {
 
 constexpr std::array<Direction, 256> kDirections = MakeDirections();
 
-// step pi / 256 + high + low, modulo 2 pi.
+// Stands for step pi / 256 + high + low, modulo 2 pi.
 struct ReducedAngle {
   double high, low;
   std::uint64_t step;
 };
 
-// The upper word of the product.
+// Returns the upper word of the product.
 std::uint64_t MultiplyHigh(std::uint64_t a, std::uint64_t b) {
   constexpr std::uint64_t kHalf = 0xffffffff;
   const std::uint64_t low = (a & kHalf) * (b & kHalf);
@@ -64,8 +64,8 @@ std::uint64_t MultiplyHigh(std::uint64_t a, std::uint64_t b) {
   return (a >> 32) * (b >> 32) + (first >> 32) + (second >> 32);
 }
 
-// x = m 2^e. Of 2 / pi only the digits count that neither make multiples of 2 pi nor fall below the result: from the
-// place e - 2 on, 192 of them. The product with m then has nine digits before the binary point. For |x| >= 1/2.
+// Let x = m 2^e with |x| >= 1/2. Only those digits of 2 / pi count which neither make multiples of 2 pi nor fall below
+// the result: 192 of them, from the place e - 2 on. Their product with m has nine digits before the binary point.
 ReducedAngle ReduceWithAllDigits(double x) {
   const std::uint64_t bits = BitsOf(x);
   const std::uint64_t m = (bits & ((std::uint64_t{1} << 52) - 1)) | (std::uint64_t{1} << 52);
@@ -85,7 +85,7 @@ ReducedAngle ReduceWithAllDigits(double x) {
   high = high << 9 | middle >> 55;
   middle = middle << 9 | low >> 55;
   low <<= 9;
-  const bool isAbove = (high >> 63) != 0;  // more than half a step: count back from the next one
+  const bool isAbove = (high >> 63) != 0;  // more than half a step: counts back from the next one
   if (isAbove) {
     ++step;
     low = ~low + 1;
@@ -125,7 +125,7 @@ inline ReducedAngle Reduce(double x) {
   return ReduceWithAllDigits(x);
 }
 
-// The sine of step pi / 256 + high + low, but for the sign: -1 in the odd half turns.
+// Returns the sine of step pi / 256 + high + low with the sign changed in every odd half turn.
 inline DoubleDouble SineBySteps(std::uint64_t step, double high, double low) {
   const Direction& at = kDirections[step % 256];
   const double t = high * high;
@@ -151,7 +151,7 @@ inline double SineOf(const ReducedAngle& at, std::uint64_t ahead) {
 }
 
 constexpr std::uint64_t kQuarterTurn = 128;
-// The sine and the tangent of arguments below this round to the argument, zeros keep their signs.
+// The sine and the tangent of arguments below this round to the argument; zeros keep their signs.
 constexpr double kOwnSine = 0x1p-27;
 
 }  // namespace

@@ -3,7 +3,7 @@
 namespace nu::engine::base {
 namespace {
 
-// The upper and the lower half of the digits (G. W. Veltkamp; Dekker).
+// Splits x into the upper and the lower half of its digits (G. W. Veltkamp; Dekker).
 DoubleDouble Split(double x) {
   constexpr double kSplitter = 0x1p27 + 1.0;
   const double spread = kSplitter * x;
@@ -17,19 +17,19 @@ double ErrorInRange(double a, double b, double product) {
   return (((x.high * y.high - product) + x.high * y.low) + x.low * y.high) + x.low * y.low;
 }
 
-// In two steps of a size that a double has.
+// Scales in two steps, so that each factor is a double.
 double TimesPowerOfTwo(double x, int exponent) {
   const int half = exponent / 2;
   return x * std::ldexp(1.0, half) * std::ldexp(1.0, exponent - half);
 }
 
-// Of factors whose halves or whose error may leave the range: with both between 1/2 and 1 nothing does.
+// Serves factors whose halves, or whose error, may leave the range: with both scaled to between 1/2 and 1 nothing does.
 double ErrorByScaling(double a, double b, double product) {
   int shiftOfA, shiftOfB;
   const double x = std::frexp(a, &shiftOfA);
   const double y = std::frexp(b, &shiftOfB);
   const int shift = shiftOfA + shiftOfB;
-  // Of a product below the normal numbers rounding took more than of x * y.
+  // Below the normal numbers rounding takes more from the product than from x * y: the difference of the two.
   const double taken = x * y - TimesPowerOfTwo(product, -shift);
   return TimesPowerOfTwo(taken + ErrorInRange(x, y, x * y), shift);
 }
@@ -65,7 +65,7 @@ double ProductErrorByHalves(double a, double b) {
   }
   if (a == 0.0 || b == 0.0) return product - product;
   if (!std::isfinite(product)) return std::isfinite(a) && std::isfinite(b) ? -product : product - product;
-  // Less than half of the smallest number is left.
+  // The error is less than half of the smallest number.
   if (product == 0.0) return product;
   return ErrorByScaling(a, b, product);
 }

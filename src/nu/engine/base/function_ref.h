@@ -8,7 +8,7 @@ namespace nu::engine::base {
 template<class Signature>
 class FunctionRef;
 
-// A callable that is borrowed for the duration of a call: two pointers, no allocation, no template in its users.
+// A reference to a callable for the duration of a call: two pointers, no allocation, no template in its users.
 template<class Result, class... Arguments>
 class FunctionRef<Result(Arguments...)> {
  public:

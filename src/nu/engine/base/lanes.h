@@ -8,9 +8,9 @@
 
 namespace nu::engine::base {
 
-// Eight doubles that travel together, for kernels whose accumulators have to stay in registers. The compiler splits
-// them where registers are narrower; the bits are the same. Operators act lane by lane, comparisons select with ?:.
-// They are handed on by reference only, because the calling convention depends on the instruction set.
+// Eight doubles for kernels whose accumulators have to stay in registers. The compiler splits them where registers are
+// narrower; the bits are the same. Operators act lane by lane, comparisons select with ?:. They are passed by reference
+// only, because the calling convention depends on the instruction set.
 using Lanes = double __attribute__((vector_size(kLanes * sizeof(double))));
 
 NU_ALWAYS_INLINE void Load(const double* from, Lanes& lanes) {

@@ -8,8 +8,8 @@
 
 namespace nu::engine::base {
 
-// NuPythag with the value of NuGetZero(), for loops that read it once. The ratio of equal magnitudes is 1 also where
-// both are infinite, so that the result is infinite and not a NaN. Every comparison is written so that a NaN among the
+// NuPythag for a given value of NuGetZero(), which loops read once. The ratio of equal magnitudes is 1 also where both
+// are infinite, so that the result is infinite and not NaN. Every comparison is written so that a NaN among the
 // arguments reaches the result.
 inline double Pythag(double a, double b, double c, double zero) {
   double p = std::fabs(a);

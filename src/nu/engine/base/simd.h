@@ -20,8 +20,8 @@
 #define NU_ALWAYS_INLINE inline
 #endif
 
-// Stands before a loop over the lanes. GCC would unroll it first and then vectorise across the outer loop, with
-// shuffles; kept a loop, it becomes one vector instruction per operation.
+// To be put before a loop over the lanes. GCC would otherwise unroll it and vectorise across the outer loop, with
+// shuffles; as a loop it becomes one vector instruction per operation.
 #if defined(__GNUC__) && !defined(__clang__)
 #define NU_LANE_LOOP _Pragma("GCC unroll 1")
 #else
@@ -32,7 +32,7 @@ namespace nu::engine::base {
 
 inline constexpr int kLanes = 8;
 
-// One fixed tree: neighbours at distance 4, then 2, then 1.
+// Adds in one fixed tree: neighbours at distance 4, then 2, then 1.
 NU_ALWAYS_INLINE double SumLanes(const double* lane) {
   return ((lane[0] + lane[4]) + (lane[2] + lane[6])) + ((lane[1] + lane[5]) + (lane[3] + lane[7]));
 }

@@ -44,7 +44,8 @@ double Key(const KeyWithCompanion& record) {
   return record.key;
 }
 
-// Unsigned words in the order of the doubles: the magnitude with its sign as a two's complement, so both zeros are one.
+// Maps doubles to unsigned words in the same order: the magnitude with its sign as a two's complement, so that both
+// zeros become one.
 std::uint64_t Word(double x) {
   const auto bits = BitsOf(x);
   constexpr std::uint64_t signBit = std::uint64_t{1} << (kWordBits - 1);
@@ -62,7 +63,7 @@ void InsertionSort(Record* a, std::size_t n) {
   }
 }
 
-// Digits of the words from a first bit up.
+// A digit of the words from a first bit up.
 template<int kBits, int kDigits>
 struct Digits {
   static constexpr int kDigitBits = kBits;
@@ -73,7 +74,7 @@ struct Digits {
 using NarrowDigits = Digits<8, 3>;
 using WideDigits = Digits<11, 3>;
 
-// Stable order by the digits that start at bit `low`.
+// Sorts stably by the digit that starts at bit `low`.
 template<class D, class Record>
 void SortByDigits(Record* a, Record* scratch, std::size_t n, int low) {
   typename D::Counts counts{};
@@ -98,7 +99,7 @@ void SortByDigits(Record* a, Record* scratch, std::size_t n, int low) {
   if (from != a) std::copy_n(from, n, a);
 }
 
-// Everything below bit `high` of the words: they agree from there on.
+// Sorts by the bits below `high`; the words agree in all others.
 template<class D, class Record>
 void SortBelow(Record* a, Record* scratch, std::size_t n, int high) {
   const int low = std::max(high - D::kSpan, 0);
@@ -125,8 +126,8 @@ void RadixSort(Record* a, Record* scratch, std::size_t n) {
   }
 }
 
-// What is sorted, for the three forms: records are loaded from a stretch without NaN and stored back; where there is no
-// memory for them, the stretch is merged in place.
+// The three forms of the input. Records are loaded from a stretch without NaN and stored back; where there is no memory
+// for them, the stretch is merged in place.
 struct Values {
   using Record = double;
   double* a;
@@ -166,7 +167,7 @@ struct Together {
   }
 };
 
-// The first position in [first, last) whose key is above (or, not `above`, not below) the given one.
+// Returns the first position in [first, last) whose key is greater than the given one or, unless `above`, not less.
 template<class Sequence>
 std::size_t Bound(const Sequence& s, std::size_t first, std::size_t last, double key, bool above) {
   while (first < last) {

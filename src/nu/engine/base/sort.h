@@ -11,7 +11,7 @@ namespace nu::engine::base {
 void Sort(int n, double* a) noexcept;
 // index[0..n-1] becomes the permutation that sorts a.
 void SortIndex(int n, const double* a, int* index) noexcept;
-// b follows a.
+// Applies the same permutation to b.
 void SortTogether(int n, double* a, double* b) noexcept;
 
 }  // namespace nu::engine::base

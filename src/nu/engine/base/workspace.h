@@ -9,8 +9,8 @@
 
 namespace nu::engine::base {
 
-// Scratch doubles, not initialised: on the stack while there are few of them, one heap block beyond. The matrices of
-// metrology have up to ten rows, and for those an allocation costs more than the arithmetic.
+// Scratch doubles, not initialised: on the stack while there are few of them, else in one heap block. The matrices of
+// metrology have up to ten rows, for which an allocation costs more than the arithmetic.
 template<int kInline>
 class Workspace {
  public:
@@ -21,7 +21,7 @@ class Workspace {
   Workspace& operator=(const Workspace&) = delete;
 
   double* Data() { return m_data; }
-  // Hands out the next `count` doubles of the block.
+  // Returns the next `count` doubles of the block.
   double* Take(std::size_t count) {
     double* part = m_data + m_taken;
     m_taken += count;
@@ -29,7 +29,7 @@ class Workspace {
   }
 
  private:
-  // A cache line: padded rows then never straddle two.
+  // The size of a cache line, so that padded rows never straddle two.
   static constexpr std::size_t kLine = 64 / sizeof(double);
   static double* FirstOfLine(double* block) {
     const std::size_t past = reinterpret_cast<std::uintptr_t>(block) / sizeof(double) % kLine;

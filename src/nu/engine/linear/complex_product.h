@@ -5,7 +5,7 @@
 
 namespace nu::engine::linear {
 
-// c = a b; c overlaps neither factor. Every element is summed in increasing inner index.
+// Computes c = a b; c overlaps neither factor. Every element is summed in increasing inner index.
 void MultiplyComplex(const ComplexRows& a, const ComplexRows& b, const ComplexRows& c);
 
 }  // namespace nu::engine::linear

@@ -9,19 +9,19 @@
 namespace nu::engine::linear {
 namespace {
 
-// Sweeps without a value after which the shift is exchanged for another and only the norm decides what is negligible.
+// After this many sweeps without an eigenvalue the shift is replaced, and only the norm decides what is negligible.
 constexpr int kPatience = 10;
 constexpr int kSweepsPerValue = 30;
-// Small matrices share what the average over many values would give.
+// Small matrices may take the sweeps of this many eigenvalues.
 constexpr int kFewValues = 10;
-// Any shift of the size of a coupling breaks a cycle; the constant is that of Martin, Peters and Wilkinson.
+// Any shift of the size of a subdiagonal element ends a cycle; the constant is that of Martin, Peters and Wilkinson.
 constexpr double kExceptionalShift = 0.75;
 constexpr double kRoundoff = 0.5 * DBL_EPSILON;
-// Packs of a row that are rotated together while their chain runs down the rows.
+// The number of packs of a row that are rotated together while the chain of rotations moves down the rows.
 constexpr int kStrip = 4;
 
-// The eigenvalue of (a b; c d) next to d. Scaled to elements of size 1: the shift of a sweep may be rounded, but must
-// not overflow.
+// Returns the eigenvalue of (a b; c d) that is nearest to d. The elements are scaled to size 1: the shift of a sweep
+// may be rounded, but must not overflow.
 Complex NearestEigenvalue(Complex a, Complex b, Complex c, Complex d) {
   const double scale = std::max({Size(a - d), Size(b), Size(c)});
   if (!(scale > 0.0)) return d;
@@ -33,12 +33,12 @@ Complex NearestEigenvalue(Complex a, Complex b, Complex c, Complex d) {
   const Complex sum = half + root;
   const double squares = Squares(sum);
   if (!(squares > 0.0)) return d;
-  // A quotient is taken before it meets the scale: the inverse of small squares may overflow.
+  // The quotient is formed before it is scaled, as the inverse of small squares may overflow.
   const Complex quotient = product * Conjugate(sum);
   return d - scale * Complex{quotient.re / squares, quotient.im / squares};
 }
 
-// The rotation that turns (x, y) into (r, 0). A part that is negligible against the working size counts as 0.
+// Returns the rotation that maps (x, y) to (r, 0). A part that is negligible beside the working size counts as 0.
 NU_ALWAYS_INLINE ComplexRotation MakeRotation(Complex x, Complex y, Complex& r) {
   const double ySquares = Squares(y);
   if (!(ySquares > kNegligibleSquares)) {
@@ -79,7 +79,7 @@ NU_ALWAYS_INLINE void RotateRows(const ComplexRows& t, int k, int to, const Comp
   }
 }
 
-// Columns k and k + 1 of one row times the conjugate transpose of the rotation.
+// Multiplies columns k and k + 1 of one row by the conjugate transpose of the rotation.
 NU_ALWAYS_INLINE void RotateElements(const ComplexRows& t, int i, int k, const ComplexRotation& g) {
   double* re = t.Row(i) + k;
   double* im = re + t.width;
@@ -93,8 +93,9 @@ NU_ALWAYS_INLINE void RotateElements(const ComplexRows& t, int i, int k, const C
   im[1] = right.im;
 }
 
-// One sweep over the part first .. last: rotation k, which goes to rotation[k - first], turns rows k and k + 1, up to
-// column `to`, and those elements of the two columns on which the next one depends. The rest of the columns waits.
+// Sweeps over the rows first .. last. Rotation k, which goes to rotation[k - first], is applied to rows k and k + 1 up
+// to column `to`, and to those elements of the two columns on which the next rotation depends. RotateColumns applies it
+// to the rest of the columns.
 NU_KERNEL void Sweep(const ComplexRows& t, int first, int last, int to, Complex shift, ComplexRotation* rotation) {
   for (int k = first; k < last; ++k) {
     const int column = std::max(k - 1, first);
@@ -116,7 +117,7 @@ NU_KERNEL void Sweep(const ComplexRows& t, int first, int last, int to, Complex 
   }
 }
 
-// One element from each of kLanes rows, and back.
+// Gather takes one element from each of kLanes rows, Scatter puts it back.
 NU_ALWAYS_INLINE void Gather(const double* from, std::ptrdiff_t ld, int width, ComplexPack& pack) {
   for (int l = 0; l < kLanes; ++l) {
     pack.re[l] = from[l * ld];
@@ -130,7 +131,7 @@ NU_ALWAYS_INLINE void Scatter(const ComplexPack& pack, double* to, std::ptrdiff_
   }
 }
 
-// Columns first .. last of kLanes rows, side by side: the chain of a row alone would wait for itself.
+// Rotates columns first .. last of kLanes rows at a time: in one row alone every rotation waits for the one before.
 NU_ALWAYS_INLINE void RotateStrip(double* row, int width, int first, int last, const ComplexRotation* rotation) {
   const std::ptrdiff_t ld = 2 * width;
   ComplexPack x = {};
@@ -146,7 +147,7 @@ NU_ALWAYS_INLINE void RotateStrip(double* row, int width, int first, int last, c
   Scatter(x, row + last, ld, width);
 }
 
-// The columns that a sweep has left: row i still lacks the rotations from max(i, first) on.
+// Finishes the columns of a sweep: row i still lacks the rotations from max(i, first) on.
 NU_KERNEL void RotateColumns(const ComplexRows& t, int top, int first, int last, const ComplexRotation* rotation) {
   for (int i0 = top; i0 < last; i0 += kLanes) {
     const int end = std::min(i0 + kLanes, last);
@@ -158,7 +159,8 @@ NU_KERNEL void RotateColumns(const ComplexRows& t, int top, int first, int last,
   }
 }
 
-// The chain of rotations of rows first, first + 1, ... of zT, which hold columns of Z: these turn as the columns of T.
+// Applies a chain of rotations to rows first, first + 1, ... of zT, which hold columns of Z and are rotated as the
+// columns of T.
 template<int kPacks>
 NU_ALWAYS_INLINE void RotateChain(double* block, std::ptrdiff_t ld, int width, const ComplexRotation* rotation,
                                   int first, int count) {
@@ -178,14 +180,14 @@ NU_ALWAYS_INLINE void RotateChain(double* block, std::ptrdiff_t ld, int width, c
   for (int p = 0; p < kPacks; ++p) Store(carried[p], row + p * kLanes, width);
 }
 
-// The rotations of some sweeps, waiting for the rows of zT: these are then turned strip by strip, each of which stays
-// in the first-level cache.
+// Collects the rotations of several sweeps for the rows of zT, and applies them strip by strip, so that each strip
+// stays in the first-level cache.
 class WaitingRotations {
  public:
   WaitingRotations(const ComplexRows* zT, int n, ComplexRotation* room)
       : m_zT(zT), m_room(room), m_capacity(static_cast<int>(kWaitingSweeps) * n) {}
 
-  // Room for the rotations of the rows first .. last.
+  // Reserves room for the rotations of the rows first .. last.
   ComplexRotation* Take(int first, int last) {
     if (m_chains == static_cast<int>(kWaitingSweeps) || m_used + last - first > m_capacity) Flush();
     m_chain[m_chains++] = {first, last - first};
@@ -266,9 +268,9 @@ class SchurIteration {
     return first;
   }
 
-  // The coupling of rows i - 1 and i. First it must be small beside its two neighbours, in the product with the element
-  // across the diagonal as well; when that does not come about, as with a multiple value 0, whose neighbours are
-  // rounding noise themselves, beside the norm.
+  // Whether the subdiagonal element of row i is negligible. First it must be small beside its two neighbours on the
+  // diagonal, also in the product with the element across the diagonal. Where that is never met, as for a multiple
+  // eigenvalue 0 whose neighbours are rounding errors, it is compared with the norm.
   bool IsNegligible(int i, bool patient) const {
     const double lower = Size(At(i, i - 1));
     if (!(lower > kNegligible)) return true;
@@ -290,7 +292,7 @@ class SchurIteration {
   Complex ChooseShift(int first, int last, int sweep) const {
     const Complex corner = At(last, last);
     if (sweep % kPatience == kPatience - 1) {
-      // In turns beside the last and the first value of the part.
+      // The shift is taken in turns near the last and near the first eigenvalue of the active block.
       const bool atEnd = sweep / kPatience % 2 == 0;
       const Complex coupling = atEnd ? At(last, last - 1) : At(first + 1, first);
       return Complex{kExceptionalShift * Size(coupling), 0.0} + (atEnd ? corner : At(first, first));

@@ -7,13 +7,13 @@
 
 namespace nu::engine::linear {
 
-// One rotation of two neighbours: x <- c x + s y, y <- c y - conj(s) x.
+// A rotation of two neighbours: x <- c x + s y, y <- c y - conj(s) x.
 struct ComplexRotation {
   double c;
   Complex s;
 };
 
-// Sweeps whose rotations wait to be applied to the unitary factor together.
+// The number of sweeps whose rotations are collected before they are applied to the unitary factor.
 constexpr std::size_t kWaitingSweeps = 8;
 
 // The Schur form T = Z^H H Z of a Hessenberg matrix in working size, which T replaces: upper triangular, exact zeros

@@ -17,13 +17,14 @@ namespace {
 constexpr int kIterations = 30;
 constexpr int kSmall = 16;
 
-// Tridiagonal form of the padded symmetric block a: diagonal d, e[i] between i and i + 1. Row k of v becomes the vector
-// of reflection k. The update of each step, a -= v w^T + w v^T, waits for the next vector: one pass does both.
+// Reduces the padded symmetric block a to tridiagonal form: diagonal d, e[i] between i and i + 1. Row k of v becomes
+// the vector of reflection k. The update of a step, a -= v w^T + w v^T, waits for the next vector: one pass over the
+// memory makes it and forms the product with that vector.
 void Tridiagonalise(double* a, int n, int ld, double* d, double* e, double* v, double* tau, double* work) {
   double* w = work;
   double* p = work + ld;
   std::fill_n(w, 2 * ld, 0.0);
-  const double* last = w;  // vector of the last reflection; none yet
+  const double* last = w;  // the vector of the last reflection; zeros at first
   for (int k = 0; k + 2 < n; ++k) {
     double* row = a + static_cast<std::ptrdiff_t>(k) * ld;
     double* own = v + static_cast<std::ptrdiff_t>(k) * ld;
@@ -49,7 +50,7 @@ void Tridiagonalise(double* a, int n, int ld, double* d, double* e, double* v, d
   }
 }
 
-// One QL sweep over the unreduced part first .. last; writes one rotation per step.
+// Makes one QL sweep over the unreduced block first .. last and writes one rotation per step.
 void SweepQl(double* d, double* e, int first, int last, Rotation* out) {
   const double spread = (d[first + 1] - d[first]) / (2.0 * e[first]);
   const double root = std::sqrt(spread * spread + 1.0);
@@ -63,7 +64,7 @@ void SweepQl(double* d, double* e, int first, int last, Rotation* out) {
     const double b = c * e[i];
     const double squares = f * f + g * g;
     if (!(squares > kNegligibleSquares)) {
-      // The part has split above i + 1: what is left of the bulge is nothing beside the working size.
+      // The block has split above i + 1, where the bulge is negligible beside the working size.
       for (int k = i; k >= first; --k) *out++ = {1.0, 0.0, k, k + 1};
       e[i + 1] = 0.0;
       d[i + 1] = upper - p;
@@ -96,7 +97,7 @@ int UnreducedEnd(const double* d, const double* e, int n, int first) {
   return m;
 }
 
-// Two coupled values at once: the rotation that zeroes the coupling.
+// Diagonalises a 2 x 2 block by the rotation that zeroes its off-diagonal element.
 void SolvePair(double* d, double* e, int first, Rotation* out) {
   const double ratio = (d[first + 1] - d[first]) / (2.0 * e[first]);
   const double t = std::copysign(1.0, ratio) / (std::fabs(ratio) + std::sqrt(ratio * ratio + 1.0));
@@ -107,8 +108,8 @@ void SolvePair(double* d, double* e, int first, Rotation* out) {
   *out = {c, -t * c, first, first + 1};
 }
 
-// A part may also lose a value at its far end: in a strongly graded matrix every sweep does, as no shift that fits the
-// near end survives the rounding at the far one. That is progress as well and starts the count again.
+// A block may also split at its far end: in a strongly graded matrix every sweep does that, as no shift that fits the
+// near end survives the rounding at the far one. This is progress as well and resets the count.
 bool DiagonaliseTridiagonal(double* d, double* e, int n, RotationQueue* queue) {
   for (int first = 0; first < n; ++first) {
     int nearest = n;
@@ -129,7 +130,7 @@ bool DiagonaliseTridiagonal(double* d, double* e, int n, RotationQueue* queue) {
   return true;
 }
 
-// QL finds the small values of a graded matrix first, and cleanly, when they stand on top.
+// QL finds the small eigenvalues of a graded matrix first, and accurately, when they stand on top.
 void PutSmallEndFirst(double* d, double* e, int n, double* rows, int ld) {
   if (!(std::fabs(d[0]) > std::fabs(d[n - 1]))) return;
   std::reverse(d, d + n);

@@ -42,7 +42,7 @@ void UpdateAndSum(double* a, std::ptrdiff_t ld, int first, int last, int from, i
 void UpdateDotAndSum(double* a, std::ptrdiff_t ld, int first, int last, int from, int to, const double* f,
                      const double* y, const double* g, const double* v, const double* r, double* dot, const double* s,
                      double* sum);
-// dot[i] = a(i) . r.
+// Computes dot[i] = a(i) . r.
 void DotRows(const double* a, std::ptrdiff_t ld, int first, int last, int from, int to, const double* r, double* dot);
 double Dot(const double* x, const double* y, int n);
 

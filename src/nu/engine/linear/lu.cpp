@@ -13,23 +13,25 @@
 namespace nu::engine::linear {
 namespace {
 
-// Row sizes within this ratio are pivoted as they are, so that the multipliers of ordinary matrices stay below 1.
+// Rows whose sizes are within this ratio are pivoted as they are, so that the multipliers of ordinary matrices stay
+// below 1.
 constexpr double kRowSpread = 1024.0;
 // Beyond these sizes a product of two elements overflows or loses digits to underflow.
 constexpr double kLargestSafe = 0x1p500;
 constexpr double kSmallestSafe = 0x1p-500;
-// Rows are brought together by at most this power of two: ratios of their scales stay representable.
+// The scale of a row is at most this power of two, so that ratios of scales remain representable.
 constexpr int kWidestExponent = 1020;
-// Narrow enough for its columns to stay in registers and first-level cache, wide enough to feed the product kernel.
+// A panel is narrow enough for its columns to stay in registers and the first-level cache, and wide enough for the
+// product kernel.
 constexpr int kPanel = 16;
 constexpr int kSmall = 16;
-// A pivot within this multiple of its floor, some 1e-6 n of its column at the default tolerance, puts the rank in
-// doubt. One in 1e4 random matrices has such a pivot, and the matrices of rank n - 1 that kept all pivots above their
-// floors were below it by 1e4, at every size up to 200.
+// A pivot within this multiple of its floor, some 1e-6 n of its column at the default tolerance, makes the rank
+// uncertain. One in 1e4 random matrices has such a pivot, and the matrices of rank n - 1 that kept all pivots above
+// their floors were below it by 1e4, at every size up to 200.
 constexpr double kWeak = 0x1p30;
 
 struct Panel {
-  double* a;  // top left of the whole block
+  double* a;  // the top left of the whole block
   std::ptrdiff_t ld;
   int n;
   int* rows;
@@ -45,7 +47,7 @@ void ExchangeRows(const Panel& p, int i, int j) {
   p.result->parity = -p.result->parity;
 }
 
-// kN > 0 fixes the size for the unrolled small cases.
+// A kN above 0 fixes the size for the unrolled small cases.
 template<int kN>
 int FindPivot(const Panel& p, int j) {
   const int n = kN > 0 ? kN : p.n;
@@ -71,7 +73,7 @@ double SettlePivot(const Panel& p, int j) {
   return pivot;
 }
 
-// -1 where every pivot is far above its floor.
+// Returns the weakest pivot, -1 where every pivot is far above its floor.
 template<int kN>
 int WeakestPivot(const double* a, int size, std::ptrdiff_t ld, const double* floor) {
   const int n = kN > 0 ? kN : size;
@@ -86,7 +88,7 @@ int WeakestPivot(const double* a, int size, std::ptrdiff_t ld, const double* flo
   return weakest;
 }
 
-// Columns first .. last-1 of the rows from `first` on, right-looking.
+// Factors columns first .. last-1 of the rows from `first` on, right-looking.
 template<int kN>
 void FactorColumns(const Panel& p, int first, int last) {
   const int n = kN > 0 ? kN : p.n;
@@ -103,7 +105,8 @@ void FactorColumns(const Panel& p, int first, int last) {
   }
 }
 
-// L X = B for the unit lower triangle of a, B overwritten; halves until the product kernel has done nearly all.
+// Solves L X = B for the unit lower triangle of a and overwrites B; halves the triangle until the product kernel does
+// nearly all the work.
 void SolveLower(const double* a, std::ptrdiff_t ld, int n, double* x, int count, std::ptrdiff_t ldx) {
   if (n > kPanel) {
     const int half = n / 2;
@@ -131,7 +134,8 @@ void SolveUpper(const double* a, std::ptrdiff_t ld, int n, double* x, int count,
   }
 }
 
-// Recursion over columns (Toledo, "Locality of reference in LU decomposition with partial pivoting", 1997).
+// Factors by recursion over the columns (S. Toledo, Locality of reference in LU decomposition with partial pivoting,
+// SIAM J. Matrix Anal. Appl. 18, 1997).
 void FactorRecursive(const Panel& p, int first, int last) {
   if (last - first <= kPanel) return FactorColumns<0>(p, first, last);
   const int middle = first + (last - first) / 2;
@@ -162,13 +166,13 @@ RowSizes MeasureRows(const double* a, int size, std::ptrdiff_t ld, double* large
   return all;
 }
 
-// The exponents of the row scales; zero rows are left alone.
+// Sets the exponents of the row scales; zero rows keep theirs.
 void RowExponents(const double* size, int n, double largest, double* exponent) {
   const int top = std::ilogb(largest);
   for (int i = 0; i < n; ++i) exponent[i] = size[i] > 0.0 ? std::max(std::ilogb(size[i]), top - kWidestExponent) : top;
 }
 
-// Undoes the row scales in the factors: U grows by the scale of its row, L by the ratio of two.
+// Removes the row scales from the factors: U is multiplied by the scale of its row, L by the ratio of two.
 void RestoreScales(double* a, int n, std::ptrdiff_t ld, const int* rows, const double* exponent) {
   for (int i = 0; i < n; ++i) {
     const int own = static_cast<int>(exponent[rows[i]]);
@@ -187,7 +191,7 @@ void ColumnFloors(const double* a, int size, std::ptrdiff_t ld, double tolerance
   for (int j = 0; j < n; ++j) floor[j] *= share;
 }
 
-// The newest unknown enters each sum last, so that the sums of later rows are under way while it is being divided.
+// The newest unknown enters each sum last, so that the sums of later rows are formed while it is being divided.
 template<int kN>
 void SubstituteSmall(const double* lu, int size, std::ptrdiff_t ld, double* x) {
   const int n = kN > 0 ? kN : size;
@@ -245,7 +249,7 @@ LuResult Factor(double* a, int size, std::ptrdiff_t ld, int* rows, double tolera
   return result;
 }
 
-// A x = P b for the columns of x at once, in registers or a padded copy.
+// Solves A x = P b for the columns of x at once, in registers or a padded copy.
 template<int kN>
 void SubstituteSquare(const double* lu, std::ptrdiff_t ld, double* x, std::ptrdiff_t ldx) {
   for (int i = 1; i < kN; ++i)

@@ -8,9 +8,9 @@
 namespace nu::engine::linear {
 
 struct LuResult {
-  bool singular = false;  // a row or a pivot vanished
+  bool singular = false;  // a row or a pivot vanishes
   int parity = 1;         // +1 or -1: sign of the permutation
-  int weakest = -1;       // the pivot that lost most beside its column, if one lost so much that the rank is in doubt
+  int weakest = -1;       // the smallest pivot beside its column, where that makes the rank uncertain, else -1
 };
 
 // Factors the n x n row-major block a (leading dimension ld) in place: P A = L U, L below the diagonal with its unit
@@ -23,14 +23,14 @@ struct LuResult {
 // Any input ends: a NaN pivot counts as vanishing.
 LuResult FactorLu(double* a, int n, std::ptrdiff_t ld, int* rows, double tolerance, double zero);
 
-// x = A^-1 b from the factors of FactorLu; x and b are distinct arrays of n.
+// Computes x = A^-1 b from the factors of FactorLu; x and b are distinct arrays of n elements.
 void SolveLu(const double* lu, int n, std::ptrdiff_t ld, const int* rows, const double* b, double* x);
 
 // Replaces the n x count row-major block x (leading dimension ldx), which holds P B, by A^-1 B.
 void SolveLuPermuted(const double* lu, int n, std::ptrdiff_t ld, double* x, int count, std::ptrdiff_t ldx);
 
-// The determinant as parity * product of the diagonal of U, with the exponent kept apart: it overflows or vanishes only
-// if the result itself does.
+// Returns the determinant, parity * product of the diagonal of U. The exponent is accumulated apart, so that it
+// overflows or vanishes only if the result itself does.
 double LuDeterminant(const double* lu, int n, std::ptrdiff_t ld, int parity);
 
 }  // namespace nu::engine::linear

@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::size_t kSmall = 16;
 
-// U x = u_kk e_k.
+// Solves U x = u_kk e_k.
 void RightVector(const double* lu, int n, std::ptrdiff_t ld, int k, double* x) {
   std::fill_n(x, n, 0.0);
   x[k] = 1.0;
@@ -32,7 +32,7 @@ void RightVector(const double* lu, int n, std::ptrdiff_t ld, int k, double* x) {
   }
 }
 
-// Row k of (L U)^-1: z^T L U = e_k^T. The rows of the factors are taken one after the other.
+// Returns row k of (L U)^-1 from z^T L U = e_k^T, by one row of the factors after the other.
 void LeftVector(const double* lu, int n, std::ptrdiff_t ld, int k, double* z) {
   std::fill_n(z, n, 0.0);
   z[k] = 1.0;
@@ -44,7 +44,7 @@ void LeftVector(const double* lu, int n, std::ptrdiff_t ld, int k, double* z) {
     for (int i = 0; i < j; ++i) z[i] -= lu[j * ld + i] * z[j];
 }
 
-// Component i of |A| |x|.
+// Returns component i of |A| |x|.
 double AbsoluteProduct(const double* row, const double* x, int n) {
   double sum = 0.0;
   for (int j = 0; j < n; ++j) sum += std::fabs(row[j] * x[j]);

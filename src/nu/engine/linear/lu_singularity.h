@@ -14,7 +14,7 @@ namespace nu::engine::linear {
 bool HasSingularNeighbour(const double* const* rows, const double* lu, int n, std::ptrdiff_t ld, const int* permutation,
                           int weakest, double tolerance);
 
-// Without a weak pivot the rank is beyond doubt.
+// Without a weak pivot the rank is certain.
 inline bool IsSingularToRounding(const double* const* rows, const double* lu, int n, std::ptrdiff_t ld,
                                  const int* permutation, const LuResult& result, double tolerance) {
   return result.singular ||

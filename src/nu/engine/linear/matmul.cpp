@@ -22,7 +22,7 @@ constexpr double kPackedWork = 512.0;
 // Packed operands of up to 16 rows stay on the stack.
 constexpr int kInlineDoubles = 512;
 
-// tile += a * b over packed strips; a holds kTileRows values per k, b kTileColumns.
+// Computes tile += a * b over packed strips; a holds kTileRows values per k, b kTileColumns.
 NU_ALWAYS_INLINE void UpdateTile(const double* a, const double* b, int depth, double* c, std::ptrdiff_t ldc) {
   Lanes sum[kTileRows][2];
   for (int i = 0; i < kTileRows; ++i) {
@@ -44,7 +44,7 @@ NU_ALWAYS_INLINE void UpdateTile(const double* a, const double* b, int depth, do
   }
 }
 
-// A tile that hangs over the edge of c is updated in a copy.
+// Updates a tile that exceeds the edge of c, in a copy.
 NU_ALWAYS_INLINE void UpdateEdge(const double* a, const double* b, int depth, double* c, std::ptrdiff_t ldc, int rows,
                                  int columns) {
   double tile[kTileRows * kTileColumns] = {};
@@ -71,7 +71,8 @@ NU_KERNEL void UpdatePanel(const double* a, const double* b, int rows, int depth
   }
 }
 
-// Strips of kTileRows rows, one value per row for each k, missing rows as zeros; sign is exact.
+// Packs strips of kTileRows rows, one value per row for each k, with zeros for missing rows; the factor `sign` is
+// exact.
 void PackRows(MatrixView a, int rows, int depth, double sign, double* packed) {
   for (int i = 0; i < rows; i += kTileRows) {
     const int height = std::min(kTileRows, rows - i);
@@ -120,7 +121,7 @@ void UpdatePacked(MatrixView a, MatrixView b, double sign, double* c, std::ptrdi
   }
 }
 
-// Rows of b are added one after the other; the clones pay off only once a row fills some registers.
+// Adds the rows of b one after the other; the clones are faster only once a row fills several registers.
 template<bool kSubtract>
 NU_ALWAYS_INLINE void UpdateRows(MatrixView a, MatrixView b, double* c, std::ptrdiff_t ldc, int rows, int inner,
                                  int columns) {
@@ -140,7 +141,7 @@ NU_ALWAYS_INLINE void UpdateRows(MatrixView a, MatrixView b, double* c, std::ptr
   }
 }
 
-// Small products with a constant inner size and width stay in registers.
+// Products with a small constant inner size and width stay in registers.
 template<int kN>
 NU_ALWAYS_INLINE void MultiplySmall(MatrixView a, MatrixView b, double* c, std::ptrdiff_t ldc, int rows) {
   for (int i = 0; i < rows; ++i) {
@@ -151,7 +152,7 @@ NU_ALWAYS_INLINE void MultiplySmall(MatrixView a, MatrixView b, double* c, std::
   }
 }
 
-// c = a * b for up to two packs of columns and kTileColumns rows of b, which are copied to whole packs.
+// Computes c = a * b for up to two packs of columns and kTileColumns rows of b, which are copied to whole packs.
 template<int kPacks>
 NU_ALWAYS_INLINE void MultiplyPacks(MatrixView a, const double* b, double* c, std::ptrdiff_t ldc, int rows, int inner,
                                     int columns) {

@@ -13,14 +13,14 @@
 namespace nu::engine::linear {
 namespace {
 
-// Lawson and Hanson allow three; data made to be degenerate need a few more.
+// Lawson and Hanson allow three exchanges per unknown; degenerate data need a few more.
 constexpr int kExchangesPerUnknown = 10;
 
 NU_ALWAYS_INLINE void AddScaled(double f, const double* __restrict x, double* __restrict y, int n) {
   for (int j = 0; j < n; ++j) y[j] += f * x[j];
 }
 
-// sum += Householder vector times the rows; then rows -= tau * vector * sum. Row i starts at a + i * ld.
+// Adds the Householder vector times the rows to sum; then rows -= tau * vector * sum. Row i starts at a + i * ld.
 NU_KERNEL void ApplyReflector(double* a, std::ptrdiff_t ld, const double* v, double tau, int rows, int columns,
                               double* sum) {
   std::fill_n(sum, columns, 0.0);
@@ -28,7 +28,7 @@ NU_KERNEL void ApplyReflector(double* a, std::ptrdiff_t ld, const double* v, dou
   for (int i = 0; i < rows; ++i) AddScaled(-tau * v[i], sum, a + i * ld, columns);
 }
 
-// sum = weight_i * row i, summed; the weight of a row stands `weightOffset` behind its start.
+// Sets sum to the sum of weight_i * row i; the weight of a row stands `weightOffset` behind its start.
 NU_KERNEL void WeightRows(const double* a, std::ptrdiff_t ld, int rows, int columns, int weightOffset, double* sum) {
   std::fill_n(sum, columns, 0.0);
   for (int i = 0; i < rows; ++i) AddScaled(a[i * ld + weightOffset], a + i * ld, sum, columns);
@@ -42,9 +42,9 @@ NU_KERNEL void RotateRows(double c, double s, double* __restrict x, double* __re
   }
 }
 
-// The triangle is kept with the columns of the positive unknowns in front and triangular, and every exchange of a
-// column works its rotations or its reflector into all columns and the right-hand side: what the free rows hold of the
-// other columns then gives their gradients, and no product with A is needed.
+// The columns of the positive unknowns stand in front and are triangular. Every exchange of a column applies its
+// rotations or its reflector to all columns and the right-hand side, so that the rows below the triangle give the
+// gradients of the other unknowns, and no product with A is needed.
 class ActiveSet {
  public:
   ActiveSet(const TallReduction& reduction, double tolerance, double* x)
@@ -79,7 +79,7 @@ class ActiveSet {
       while (!SettlePositive()) {
         if (--exchanges < 0) return false;
       }
-      // An unknown that came and went at once would do so again: it waits until another one has stayed.
+      // An unknown that entered and left at once would do so again: it is barred until another one has stayed.
       if (m_x[entered] > 0.0) {
         std::fill(m_blocked.begin(), m_blocked.end(), char{0});
       } else {
@@ -93,7 +93,7 @@ class ActiveSet {
  private:
   double* Row(int i) { return m_rows.data() + static_cast<std::ptrdiff_t>(i) * m_ld; }
 
-  // Lets the unknown of steepest gradient in; -1 when none may come.
+  // Returns the unknown with the steepest gradient that may enter; -1 when there is none.
   int EnterBest() {
     double* gradient = m_work.data();
     const int p = m_positive;
@@ -112,8 +112,8 @@ class ActiveSet {
     }
   }
 
-  // Brings column t to the end of the positive ones. Refused when what is new in it is only rounding, or when its
-  // unknown would not become positive, which the sign of the gradient promises but for rounding.
+  // Moves column t to the end of the positive ones. Refuses when what is new in it is only rounding, or when its
+  // unknown would not become positive, as the sign of the gradient promises but for rounding.
   bool Enter(int t) {
     const int p = m_positive;
     const int rows = m_n - p;
@@ -138,8 +138,8 @@ class ActiveSet {
     return true;
   }
 
-  // Solves for the positive unknowns. When one would not stay positive, goes as far as all do, lets those that reached
-  // zero leave and returns false.
+  // Solves for the positive unknowns. When one of them would not stay positive, takes the longest step with all of them
+  // non-negative, removes those that reached zero and returns false.
   bool SettlePositive() {
     double* z = m_work.data();
     double step = 1.0;
@@ -187,7 +187,7 @@ class ActiveSet {
   double* m_x;
   std::vector<double> m_rows;
   std::vector<double> m_work;
-  std::vector<int> m_unknown;  // the unknown of each column
+  std::vector<int> m_unknown;  // the unknown that each column belongs to
   std::vector<double> m_columnNorm;
   std::vector<char> m_blocked;
 };

@@ -5,11 +5,12 @@
 namespace nu::engine::linear {
 namespace {
 
-// Enough columns to hide the latency from one rotation to the next, few enough for 500 rows in second-level cache.
+// A strip has enough columns to hide the latency from one rotation to the next, and is narrow enough for 500 rows to
+// stay in the second-level cache.
 constexpr int kStrip = 8;  // packs
 
-// Rotations come in chains of neighbouring rows. The row that two of them share is carried in registers: in a rising
-// chain the `row` of one is the `other` of the next, in a falling chain it is the reverse. Returns the chain's end.
+// Rotations come in chains of neighbouring rows. The row that two of them share is kept in registers: in a rising chain
+// the `row` of one is the `other` of the next, in a falling chain the reverse. Returns the end of the chain.
 template<int kPacks>
 NU_ALWAYS_INLINE int RotateRising(double* block, std::ptrdiff_t ld, const Rotation* queue, int first, int size) {
   Lanes carried[kPacks];

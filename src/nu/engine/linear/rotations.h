@@ -8,14 +8,14 @@
 
 namespace nu::engine::linear {
 
-// Plane rotations of rows of a block, collected and applied many at a time to one strip of columns after the other: the
-// strip stays in cache while the rotations pass over it, and the iteration that makes them never waits for the block.
+// Plane rotations of rows of a block, collected and then applied to one strip of columns after the other: a strip stays
+// in the cache while the rotations pass over it, and the iteration that computes them never waits for the block.
 struct Rotation {
   double c, s;
   int row, other;
 };
 
-// Room for the rotations of a block of n rows: some sweeps' worth when n is large.
+// Memory for the rotations of a block of n rows: of several sweeps when n is large.
 class RotationStore {
  public:
   explicit RotationStore(int n)
@@ -36,16 +36,16 @@ class RotationStore {
 
 class RotationQueue {
  public:
-  // Rotates rows of `width` doubles (whole packs) of the block.
+  // The block has rows of `width` doubles, in whole packs.
   RotationQueue(double* block, std::ptrdiff_t ld, int width, RotationStore& store)
       : m_block(block), m_ld(ld), m_width(width), m_queue(store.Data()), m_capacity(store.Capacity()) {}
 
-  // row <- c * row + s * other, other <- c * other - s * row.
+  // Sets row <- c * row + s * other, other <- c * other - s * row.
   void Rotate(int row, int other, double c, double s) {
     if (m_size == m_capacity) Flush();
     m_queue[m_size++] = {c, s, row, other};
   }
-  // Room for the next `count` rotations, all of which the caller fills in; at most a row count.
+  // Returns the place of the next `count` rotations, all of which the caller fills in; at most the number of rows.
   Rotation* Take(int count) {
     if (m_size + count > m_capacity) Flush();
     m_size += count;

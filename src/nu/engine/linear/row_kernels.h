@@ -5,14 +5,14 @@
 
 namespace nu::engine::linear {
 
-// Pieces of hot loops over contiguous rows, meant to be inlined into NU_KERNEL functions.
+// Parts of hot loops over contiguous rows, inlined into NU_KERNEL functions.
 
-// Length of a row that is filled up with zeros to whole packs, so that no loop has a tail.
+// The length of a row that is filled up with zeros to whole packs of kLanes, so that no loop has a tail.
 constexpr int Padded(int n) {
   return (n + kLanes - 1) / kLanes * kLanes;
 }
 
-// Keeps the compiler from forming vectors of values that have just been stored one by one: such a load waits for all
+// Prevents the compiler from forming vectors of values that have just been stored one by one: such a load waits for all
 // the stores to leave the core, which in short substitutions costs more than the arithmetic.
 NU_ALWAYS_INLINE double KeepScalar(double value) {
 #if defined(__GNUC__) && defined(__SSE2__)
@@ -21,7 +21,7 @@ NU_ALWAYS_INLINE double KeepScalar(double value) {
   return value;
 }
 
-// Sum of x(i) * y(i) over kLanes interleaved partial sums; short rows are summed in order.
+// Returns the sum of x(i) * y(i) in kLanes interleaved partial sums; short rows are summed in order.
 NU_ALWAYS_INLINE double DotRow(const double* x, const double* y, int n) {
   int i = 0;
   double sum = 0.0;

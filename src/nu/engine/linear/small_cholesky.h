@@ -7,8 +7,8 @@
 
 namespace nu::engine::linear {
 
-// Solves the symmetric positive definite system a x = b by L D L^T. The result is the smallest pivot as a part of its
-// diagonal entry: what a system scaled to ones on the diagonal would show. x is to be used only when it is positive.
+// Solves the symmetric positive definite system a x = b by L D L^T. Returns the smallest pivot relative to its diagonal
+// element: the pivot of a system scaled to ones on the diagonal. x is to be used only when it is positive.
 template<int N>
 double SolvePositive(const double (&a)[N][N], const double (&b)[N], double (&x)[N]) {
   double lower[N][N];

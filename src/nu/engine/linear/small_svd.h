@@ -19,13 +19,13 @@ struct SmallSvd {
   double work[N][N];
 };
 
-// One-sided Jacobi rotations (Hestenes, J. SIAM 6, 1958): columns are turned in pairs until all are orthogonal, which
-// also gets the small singular values of graded matrices right. columns[j][i] is entry (i, j); entries should be within
-// 1e+-100. NaN gives NaN.
+// One-sided Jacobi rotations (M. R. Hestenes, J. SIAM 6, 1958): pairs of columns are rotated until all are orthogonal,
+// which is also accurate for the small singular values of graded matrices. columns[j][i] is entry (i, j); entries
+// should be within 1e+-100. NaN gives NaN.
 template<int N>
 SmallSvd<N> SvdOfColumns(const double (&columns)[N][N]) {
   constexpr double kOrthogonal = std::numeric_limits<double>::epsilon();
-  constexpr int kMaxSweeps = 40;  // five or six are enough; the bound makes sure that NaN leaves
+  constexpr int kMaxSweeps = 40;  // five or six are enough; the bound ends the loop for NaN
   SmallSvd<N> svd;
   std::copy_n(&columns[0][0], N * N, &svd.work[0][0]);
   for (int i = 0; i < N; ++i)

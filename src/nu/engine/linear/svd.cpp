@@ -16,9 +16,9 @@ namespace {
 constexpr int kSweeps = 124;
 constexpr int kSmall = 16;
 
-// Upper bidiagonal form of the padded n x n block a: diagonal d, e[i] between i and i + 1. Row k of left and right
-// becomes the vector of the k-th reflection of columns and rows. Each step leaves its update, a -= f y^T + g v^T, to
-// the first of the two passes of the next.
+// The upper bidiagonal form of the padded n x n block a: diagonal d, e[i] between i and i + 1. Row k of left and right
+// becomes the vector of the k-th reflection of columns and rows. The update of a step, a -= f y^T + g v^T, is made in
+// the first of the two passes of the next step.
 struct Bidiagonal {
   double* d;
   double* e;
@@ -83,7 +83,7 @@ struct Rotor {
   double r = 0.0;
 };
 
-// c * f + s * h = r and c * h - s * f = 0.
+// Returns the rotation with c * f + s * h = r and c * h - s * f = 0.
 Rotor MakeRotor(double f, double h) {
   const double squares = f * f + h * h;
   if (!(squares > kNegligibleSquares)) return {};
@@ -115,13 +115,13 @@ class BidiagonalQr {
   }
 
  private:
-  // Adding the element to the norm changes nothing, or less than what counts as zero.
+  // The element is negligible when adding it does not change the norm, or when it is below `zero`.
   bool IsNegligible(double x) const {
     const double change = std::fabs((std::fabs(x) + m_norm) - m_norm);
     return change == 0.0 || change < m_zero * m_norm;
   }
 
-  // First index of the part that ends at `last` and has no negligible coupling.
+  // Returns the first index of the unreduced block that ends at `last`.
   int FindStart(int last) {
     int first = last;
     for (; first > 0; --first) {
@@ -137,7 +137,8 @@ class BidiagonalQr {
     return first;
   }
 
-  // The diagonal value of the row vanished: rotations with the rows below move its coupling out to the right.
+  // The diagonal element of the row is zero: rotations with the rows below move its superdiagonal element out to the
+  // right.
   void Decouple(int row, int last) {
     double f = m_e[row];
     m_e[row] = 0.0;
@@ -150,7 +151,8 @@ class BidiagonalQr {
     }
   }
 
-  // First column of B^T B - shift, divided by its diagonal value; the shift is an eigenvalue of the last 2 x 2 block.
+  // The first column of B^T B - shift I, divided by the first diagonal element; the shift is an eigenvalue of the last
+  // 2 x 2 block.
   double ShiftedStart(int first, int last) const {
     const double x = m_d[first];
     const double y = m_d[last - 1];
@@ -162,7 +164,7 @@ class BidiagonalQr {
     return ((x - z) * (x + z) + h * (y / (ratio + std::copysign(root, ratio)) - h)) / x;
   }
 
-  // Two coupled values at once: a rotation from the left makes the block symmetric, one from both sides diagonal.
+  // Diagonalises a 2 x 2 block: a rotation from the left makes it symmetric, one from both sides diagonal.
   void SolvePair(int first) {
     const double f = m_d[first];
     const double g = m_e[first];
@@ -215,7 +217,7 @@ class BidiagonalQr {
   RotationQueue& m_right;
 };
 
-// Decomposes the square block a, which is at working size: d >= 0, U^T replaces a, V^T goes to vt.
+// Decomposes the square block a, scaled to the working size: d >= 0, U^T replaces a, V^T goes to vt.
 bool DecomposeSquare(double* a, double* vt, double* d, int n, int width, double zero) {
   const std::size_t block = static_cast<std::size_t>(n) * width;
   Workspace<2 * kSmall * kSmall + 7 * kSmall> work(2 * block + 7 * static_cast<std::size_t>(width));
@@ -267,7 +269,7 @@ bool DecomposeSingular(double* a, int rows, int columns, std::ptrdiff_t ld, doub
     if (!DecomposeSquare(square, vt, d, n, width, zero)) return false;
     tall.Expand(square, width);
   } else {
-    // Missing rows count as zeros.
+    // Missing rows are filled with zeros.
     for (int i = 0; i < rows; ++i)
       for (int j = 0; j < n; ++j) square[static_cast<std::ptrdiff_t>(i) * width + j] = scale * a[i * ld + j];
     if (!DecomposeSquare(square, vt, d, n, width, zero)) return false;

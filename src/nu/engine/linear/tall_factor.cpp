@@ -7,7 +7,7 @@
 namespace nu::engine::linear {
 namespace {
 
-// Columns first .. last-1 times I - tau w w^T, where w is 1 in the row of `heads` and v below it.
+// Multiplies columns first .. last-1 by I - tau w w^T, where w is 1 in the row of `heads` and v below it.
 NU_KERNEL void ReflectColumns(const double* v, double tau, int length, double* columns, int first, int last,
                               double* heads, std::ptrdiff_t headStep) {
   for (int k = first; k < last; ++k) {
@@ -24,7 +24,7 @@ NU_KERNEL void ReflectColumns(const double* v, double tau, int length, double* c
   }
 }
 
-// The reflection that moves all of (head, v) into the head; v becomes its vector below the leading 1.
+// Makes the reflection that maps (head, v) to a multiple of e_1; v becomes its vector below the leading 1.
 Reflection MakeSplitReflection(double head, double* v, int length) {
   const double tail = Dot(v, v, length);
   if (!(tail > kNegligibleSquares)) {
@@ -73,7 +73,7 @@ void TallFactor::Reduce(double scale, double* r, std::ptrdiff_t ldr) {
       double* heads = r + j * ldr;
       std::ptrdiff_t headStep = 1;
       if (chunk == 0) {
-        // The triangle still stands in the chunk: what lies above the reflection is final.
+        // The triangle is still part of the chunk; the rows above the reflection are final.
         for (int i = 0; i < m_columns; ++i) r[i * ldr + j] = i <= j ? own[i] : 0.0;
         std::fill_n(own, j + 1, 0.0);
         heads = columns + j;

@@ -9,9 +9,9 @@
 
 namespace nu::engine::linear {
 
-// Q R of a row-major block with more rows than columns, in place and in two passes over memory. The first `columns`
-// rows are reduced to a triangle; every further chunk of rows is reduced against it, and its reflections take its
-// place. The way back forms Q times a small matrix, chunk by chunk in reverse.
+// The QR factorisation of a row-major block with more rows than columns, in place and in two passes over the memory.
+// The first `columns` rows are reduced to a triangle; every further chunk of rows is reduced against it and replaced by
+// its reflections. The second pass forms Q times a small matrix, chunk by chunk in reverse.
 class TallFactor {
  public:
   TallFactor(double* a, int rows, int columns, std::ptrdiff_t ld);
@@ -36,7 +36,7 @@ class TallFactor {
   int m_rows;
   int m_columns;
   std::ptrdiff_t m_ld;
-  int m_length;  // of a column of a chunk, padded
+  int m_length;  // the padded length of a column of a chunk
   Workspace<kInline> m_tau;
   Workspace<2 * kInline> m_buffer;
 };

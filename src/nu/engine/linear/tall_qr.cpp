@@ -13,11 +13,11 @@ namespace nu::engine::linear {
 namespace {
 
 // While the squared norm of a pivot column lies between these, its products with columns of any other usual size
-// neither overflow nor sink to where digits are lost; other pivots are scaled first.
+// neither overflow nor lose digits to underflow; other pivots are scaled first.
 constexpr double kSafeSquareLow = 1e-40;
 constexpr double kSafeSquareHigh = 1e200;
 
-// Powers of two beyond these could not be undone in one multiplication.
+// A larger power of two could not be undone by one multiplication.
 constexpr int kLargestExponent = 1000;
 
 // The reflector I - tau v v^T with v = (head, pivot column of the block).
@@ -27,7 +27,7 @@ struct Reflector {
   double diagonal;
 };
 
-// One step of one column: column -= weight p, and its product with q on the sums.
+// Updates one column, column -= weight p, and adds its product with q to the sums.
 NU_ALWAYS_INLINE void Step(const double* __restrict p, double weight, const double* __restrict q,
                            double* __restrict column, double* __restrict sum) {
   NU_LANE_LOOP
@@ -37,7 +37,7 @@ NU_ALWAYS_INLINE void Step(const double* __restrict p, double weight, const doub
   }
 }
 
-// The same for the column that is q itself.
+// Does the same for the column that is q itself.
 NU_ALWAYS_INLINE void OwnStep(const double* __restrict p, double weight, double* __restrict column,
                               double* __restrict sum) {
   NU_LANE_LOOP
@@ -60,7 +60,7 @@ NU_ALWAYS_INLINE void Totals(const double* s0, const double* s1, const double* s
   if constexpr (W > 3) dot[3] = SumLanes(s3);
 }
 
-// W columns from c on lose their share of the reflector p; dot[i] = q . column i.
+// Applies the reflector p to W columns from c on; dot[i] = q . column i.
 template<int W>
 NU_ALWAYS_INLINE void UpdateAndDot(const double* __restrict p, const double* __restrict q, double* __restrict c,
                                    std::ptrdiff_t stride, int rows, const double* weight, double* dot) {
@@ -78,7 +78,7 @@ NU_ALWAYS_INLINE void UpdateAndDot(const double* __restrict p, const double* __r
   Totals<W>(s0, s1, s2, s3, dot);
 }
 
-// The next pivot column first: the others need its new values.
+// Updates the next pivot column first, as the others need its new values.
 NU_ALWAYS_INLINE void UpdateNext(const double* __restrict p, double* __restrict q, int rows, double weight,
                                  double* dot) {
   double s0[kLanes] = {}, s1[kLanes] = {};
@@ -92,7 +92,7 @@ NU_ALWAYS_INLINE void UpdateNext(const double* __restrict p, double* __restrict 
   *dot = SumLanes(s0);
 }
 
-// dot[i] = q . column i, for the first pass, and for a pivot column that had to be scaled.
+// Computes dot[i] = q . column i, for the first pass and for a pivot column that had to be scaled.
 template<int W>
 NU_ALWAYS_INLINE void Dots(const double* q, const double* c, std::ptrdiff_t stride, int rows, double* dot) {
   double s0[kLanes] = {}, s1[kLanes] = {}, s2[kLanes] = {}, s3[kLanes] = {};
@@ -111,7 +111,7 @@ NU_ALWAYS_INLINE Reflector MakeReflector(double alpha, double square) {
   return {head, 1.0 / (norm * std::fabs(head)), -std::copysign(norm, alpha)};
 }
 
-// Brings the pivot column to moderate size by a power of two, which changes the length of v and nothing else.
+// Scales the pivot column to moderate size by a power of two, which changes the length of v and nothing else.
 Reflector MakeScaledReflector(double alpha, double* p, int rows) {
   double largest = std::fabs(alpha);
   double anyNaN = alpha;
@@ -136,7 +136,7 @@ Reflector MakeScaledReflector(double alpha, double* p, int rows) {
   return h;
 }
 
-// The columns from `first` on, four at a time.
+// Updates the columns from `first` on, four at a time.
 NU_ALWAYS_INLINE void DotsFrom(int first, int columns, const double* q, const double* block, std::ptrdiff_t stride,
                                int rows, double* dot) {
   int c = first;
@@ -191,7 +191,7 @@ NU_KERNEL void ReduceStack(double* triangle, double* block, std::ptrdiff_t strid
   }
 }
 
-// One block of reflectors on the stacked [top; b], with the operations of ReduceStack for its last column.
+// Applies one block of reflectors to the stacked [top; b], with the operations of ReduceStack for its last column.
 NU_KERNEL void ReflectStack(const double* reflectors, const double* head, const double* tau, int columns, int rows,
                             double* top, double* b) {
   double dot;
@@ -204,7 +204,7 @@ NU_KERNEL void ReflectStack(const double* reflectors, const double* head, const 
   }
 }
 
-// Rows into columns, four rows at a time so that the stores are as wide.
+// Copies rows to columns, four rows at a time for wide stores.
 NU_KERNEL void Transpose(const double* const* row, int rows, int width, double* to, std::ptrdiff_t stride) {
   int r = 0;
   for (; r + 4 <= rows; r += 4) {
@@ -232,13 +232,13 @@ int Padded(int rows) {
 TallReduction::TallReduction(int columns, int rows)
     : m_columns(columns),
       m_blockRows(std::clamp(rows, 1, kBlockRows)),
-      // Off the powers of two, so that neighbouring columns do not share cache sets.
+      // The stride avoids powers of two, so that neighbouring columns do not share cache sets.
       m_stride(Padded(m_blockRows) + kLanes) {
   const std::size_t n = static_cast<std::size_t>(columns);
   const std::size_t blockSize = n * static_cast<std::size_t>(m_stride);
   if (n > SIZE_MAX / sizeof(double) / (n + kBlockRows + 2 * kLanes)) throw std::bad_alloc();
   const std::size_t size = blockSize + n * n + 4 * n;
-  // Aligned by hand: aligned allocation is slow where the fits of few points call.
+  // The memory is aligned by hand, as aligned allocation is slow for the fits of few points.
   std::size_t room = (size + kLanes) * sizeof(double);
   m_memory.reset(new double[size + kLanes]);
   void* start = m_memory.get();

@@ -30,19 +30,19 @@ class TallReduction {
  public:
   static constexpr int kBlockRows = 256;
 
-  // `columns` counts the right-hand sides too and is at least 1; `rows` is the most that a block will hold. Throws
+  // `columns` includes the right-hand sides and is at least 1; `rows` is the largest number of rows in a block. Throws
   // std::bad_alloc.
   explicit TallReduction(int columns, int rows = kBlockRows);
 
   int Columns() const { return m_columns; }
 
-  // Keeps the reflectors of every block, for right-hand sides that come later. Before the first row.
+  // Keeps the reflectors of every block, for later right-hand sides. To be called before the first row.
   void KeepReflectors(TallReflectors* reflectors) { m_reflectors = reflectors; }
 
-  // Room for a block of values of column j, aligned to a cache line. AbsorbBlock spoils it.
+  // The place for a block of values of column j, aligned to a cache line. AbsorbBlock destroys them.
   double* Column(int j) { return m_block + j * m_stride; }
 
-  // Stacks the first `rows` values of every column under the triangle and reduces.
+  // Stacks the first `rows` values of every column under the triangle and reduces the stack.
   void AbsorbBlock(int rows);
 
   // Adds rows given by their pointers, the first columns from row[i] and, unless null, the last one from rhs[i].
@@ -65,14 +65,14 @@ class TallReduction {
   double* m_triangle;
 };
 
-// The orthogonal factor of a reduction of `rows` x `unknowns` in whole blocks, as its reflectors: as many doubles as
-// the matrix, about.
+// The orthogonal factor of a reduction of `rows` x `unknowns` in whole blocks, as its reflectors; takes about as many
+// doubles as the matrix.
 class TallReflectors {
  public:
   TallReflectors(int unknowns, int rows);
 
-  // The first `unknowns` components of Q^T b for b of `rows` components: the bits that the reduction leaves in the last
-  // column when b travels with it.
+  // Computes the first `unknowns` components of Q^T b for b of `rows` components, with the bits that the reduction
+  // gives for b as its last column.
   void Apply(const double* b, double* projected) const;
 
  private:

@@ -20,7 +20,7 @@ void SeriesToPowers(double constant, const double* c, int n, const SeriesFrame& 
   double power = 1.0;
   for (int i = 1; i <= n; ++i) p[i] *= power *= frame.stretch;
   if (frame.centre == 0.0) return;
-  // The shift, by synthetic division.
+  // Shifts the polynomial by synthetic division.
   for (int j = 0; j < n; ++j) {
     for (int i = n - 1; i >= j; --i) p[i] -= frame.centre * p[i + 1];
   }

@@ -11,8 +11,8 @@ struct SeriesFrame {
   double stretch;
 };
 
-// The polynomial constant + c_1 T_1(y) + ... + c_n T_n(y) in powers of x: p[0..n]. `work` is room for n + 1 values;
-// c[0] is not read.
+// Writes constant + c_1 T_1(y) + ... + c_n T_n(y) in powers of x: p[0..n]. `work` has room for n + 1 values; c[0] is
+// not read.
 void SeriesToPowers(double constant, const double* c, int n, const SeriesFrame& frame, double* p, double* work);
 
 }  // namespace nu::engine::roots

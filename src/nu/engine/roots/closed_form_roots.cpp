@@ -19,7 +19,7 @@ struct Factor {
   double constant;
 };
 
-// The root of t^3 + 3 p t + 2 q that is furthest from the middle of the three, or the only real one.
+// Returns the root of t^3 + 3 p t + 2 q that is farthest from the middle of the three, or the only real one.
 double OuterRoot(double p, double q) {
   const double discriminant = q * q + p * p * p;
   if (discriminant < 0.0) {
@@ -34,7 +34,7 @@ double OuterRoot(double p, double q) {
   return p > 0.0 ? -2.0 * q / (u * u + v * v + p) : -std::copysign(u - v, q);
 }
 
-// Newton's method on the cubic itself: depressing it cost the digits of a root that is small beside the others.
+// Newton's method on the cubic itself, as its depressed form has lost digits of a root that is small beside the others.
 double ImproveCubicRoot(const double* c, double x) {
   constexpr int kMaxSteps = 10;
   for (int k = 0; k < kMaxSteps; ++k) {
@@ -52,7 +52,7 @@ double ImproveCubicRoot(const double* c, double x) {
 }
 
 double LargestResolventRoot(double p, double q, double r) {
-  // z^3 + 2 p z^2 + (p^2 - 4 r) z - q^2, with z = t - 2 p / 3.
+  // Returns the largest root of z^3 + 2 p z^2 + (p^2 - 4 r) z - q^2, with z = t - 2 p / 3.
   const double shift = p * (2.0 / 3.0);
   const double linear = p * p - 4.0 * r;
   const double cubicP = linear * (1.0 / 3.0) - shift * shift;
@@ -60,7 +60,7 @@ double LargestResolventRoot(double p, double q, double r) {
   const double discriminant = cubicQ * cubicQ + cubicP * cubicP * cubicP;
   if (!(discriminant < 0.0)) {
     const double outer = OuterRoot(cubicP, cubicQ);
-    // The resolvent has a root that is not negative; beside a negative outer one it is the double root.
+    // The resolvent has a root that is not negative; where the outer root is negative, that is the double root.
     return outer >= shift ? outer - shift : -0.5 * outer - shift;
   }
   const double radius = std::sqrt(-cubicP);
@@ -68,7 +68,7 @@ double LargestResolventRoot(double p, double q, double r) {
   return 2.0 * radius * Cos(Acos(cosine) * (1.0 / 3.0)) - shift;
 }
 
-// Factors of y^4 + p y^2 + q y + r.
+// Returns the factors of y^4 + p y^2 + q y + r.
 std::pair<Factor, Factor> FactorsOfDepressed(double p, double q, double r, double lengthTol) {
   const double z = LargestResolventRoot(p, q, r);
   const double u = std::sqrt(std::max(z, 0.0));
@@ -87,8 +87,8 @@ std::pair<Factor, Factor> FactorsOfDepressed(double p, double q, double r, doubl
   return {{u, v}, {-u, w}};
 }
 
-// The coefficients of x^3, x^2, x and 1 that (x^2 + a x + b) (x^2 + c x + d) lacks to x^4 + m_3 x^3 + ... + m_0, and
-// the sum of what they are relative to the terms of each.
+// The differences of the coefficients of x^3, x^2, x and 1 between x^4 + m_3 x^3 + ... + m_0 and (x^2 + a x + b) (x^2 +
+// c x + d), and the sum of their sizes relative to the terms of each.
 struct Lack {
   double e3, e2, e1, e0;
   double relative;
@@ -104,7 +104,7 @@ Lack LackOf(const double* m, const Factor& f, const Factor& g) {
   return lack;
 }
 
-// Newton's step; the corrections of c and d follow from those of a and b.
+// Makes a Newton step; the corrections of c and d follow from those of a and b.
 void StepFactors(const Lack& lack, Factor* f, Factor* g) {
   const double a = f->linear, b = f->constant, c = g->linear, d = g->constant;
   const double k2 = lack.e2 - a * lack.e3;
@@ -121,7 +121,7 @@ void StepFactors(const Lack& lack, Factor* f, Factor* g) {
   *g = {c + (lack.e3 - da), d + (k2 - db + (a - c) * da)};
 }
 
-// Newton's method on the coefficients of the product, while the error gets smaller.
+// Improves the factors by Newton's method on the coefficients of the product, while the error decreases.
 void ImproveFactors(const double* m, Factor* first, Factor* second) {
   constexpr int kMaxSteps = 8;
   constexpr double kEnough = 8.0 * kRounding;
@@ -139,10 +139,10 @@ void ImproveFactors(const double* m, Factor* first, Factor* second) {
   }
 }
 
-// a x^2 - 2 half x + constant, in the unit 2^k of x.
+// Solves a x^2 - 2 half x + constant = 0, with x in the unit 2^k.
 int SolveModerateQuadratic(double a, double half, double constant, int k, FoundRoot* roots) {
   const double discriminant = DifferenceOfProducts(half, half, a, constant);
-  // The share of a rounding by which the three terms at half / a would have to change: 4 c_0 c_2 = c_1^2 up to it.
+  // There is a double root when 4 c_0 c_2 = c_1^2 up to changes of the coefficients by this share of a rounding.
   constexpr double kHalfRounding = 0.5 * kRounding;
   if (-discriminant > 4.0 * kHalfRounding * half * half) {
     roots[0] = {TimesPower(half / a, k), TimesPower(std::sqrt(-discriminant) / std::fabs(a), k), true};
@@ -166,13 +166,13 @@ int SolveLinear(const double* c, FoundRoot* roots) {
 }
 
 int SolveQuadratic(const double* c, FoundRoot* roots) {
-  // Products in this range have errors that are exact.
+  // The errors of products in this range are exact.
   constexpr int kSafe = 200;
   const auto isModerate = [](double x) { return std::abs(ExponentOf(x)) < kSafe; };
   if (isModerate(c[0]) && isModerate(c[2]) && (c[1] == 0.0 || isModerate(c[1]))) {
     return SolveModerateQuadratic(c[2], -0.5 * c[1], c[0], 0, roots);
   }
-  // In the unit of x in which the outer coefficients are of the same size.
+  // Takes the unit of x in which the outer coefficients are of the same size.
   const int k = (ExponentOf(c[0]) - ExponentOf(c[2])) / 2;
   const int e = std::max({ExponentOf(c[0]), c[1] == 0.0 ? std::numeric_limits<int>::min() : ExponentOf(c[1]) + k,
                           ExponentOf(c[2]) + 2 * k});
@@ -188,7 +188,7 @@ int SolveCubic(const double* c, FoundRoot* roots) {
   const double q = b * b * b - 0.5 * (b * linear - c[0] * inverse);
   const double x = ImproveCubicRoot(c, OuterRoot(p, q) - b);
   roots[0] = {x, 0.0, false};
-  // Divided from both ends, which meet at the largest term.
+  // Divides from both ends, which meet at the largest term.
   double quotient[3] = {0.0, c[2] + x * c[3], c[3]};
   quotient[0] = c[1] + x * quotient[1];
   const double first = std::fabs(c[1] * x);
@@ -207,7 +207,7 @@ int SolveQuartic(const double* c, double lengthTol, FoundRoot* roots) {
   const double q = m[1] - 2.0 * m[2] * s + 8.0 * s * s * s;
   const double r = ((-3.0 * s * s + m[2]) * s - m[1]) * s + m[0];
   auto [f, g] = FactorsOfDepressed(p, q, r, lengthTol);
-  // Back from y = x + s.
+  // Replaces y by x + s.
   f = {f.linear + 2.0 * s, f.constant + s * (f.linear + s)};
   g = {g.linear + 2.0 * s, g.constant + s * (g.linear + s)};
   ImproveFactors(m, &f, &g);

@@ -9,17 +9,18 @@ namespace nu::engine::roots {
 // many entries it wrote.
 int SolveLinear(const double* c, FoundRoot* roots);
 
-// By the larger root and an exact discriminant. A pair whose real part is a double root of coefficients half a rounding
-// away counts as a double real root.
+// Solves by the larger root and an exact discriminant. A pair whose real part is a double root of coefficients half a
+// rounding away counts as a double real root.
 int SolveQuadratic(const double* c, FoundRoot* roots);
 
-// One root by Cardano's formula or, where the discriminant says that all three are real, by its trigonometric form;
-// improved by Newton's method and divided out. The coefficients are of moderate size and so are their ratios.
+// Finds one root by Cardano's formula or, where the discriminant shows that all three are real, by its trigonometric
+// form, improves it by Newton's method and divides by it. The coefficients are of moderate size and so are their
+// ratios.
 int SolveCubic(const double* c, FoundRoot* roots);
 
-// As two quadratics, by the largest root of the resolvent cubic (Ferrari); improved by Newton's method on the two.
-// The coefficients are of moderate size and so are their ratios. A root of the resolvent not above lengthTol gives no
-// linear term.
+// Factors into two quadratics by the largest root of the resolvent cubic (Ferrari) and improves both by Newton's
+// method. The coefficients are of moderate size and so are their ratios. A root of the resolvent not above lengthTol
+// gives no linear term.
 int SolveQuartic(const double* c, double lengthTol, FoundRoot* roots);
 
 }  // namespace nu::engine::roots

@@ -5,15 +5,15 @@
 
 namespace nu::engine::roots {
 
-// A root, or a root of a real polynomial together with its conjugate: both carry the same digits then. A pair has
-// im >= 0, and im = 0 makes it a double real root.
+// A root, or a root of a real polynomial together with its conjugate, which has the same digits. A pair has im >= 0,
+// and im = 0 makes it a double real root.
 struct FoundRoot {
   double re;
   double im;
   bool pair;
 };
 
-// c_0 + c_1 x + ... + c_n x^n; im is null where all coefficients are real.
+// The polynomial c_0 + c_1 x + ... + c_n x^n; im is null where all coefficients are real.
 struct Coefficients {
   const double* re;
   const double* im;
@@ -23,7 +23,7 @@ struct Coefficients {
 // The relative residual |p(x)| / sum |c_i| |x|^i is compared with multiples of this.
 inline constexpr double kRounding = 0x1p-52;
 
-// Below this multiple of the rounding a polynomial of this degree cannot be told from one that vanishes at x.
+// Below this multiple of the rounding the residual of a polynomial of this degree is not distinguished from 0.
 inline double ResidualLimit(int degree) {
   return 2.0 * degree * kRounding;
 }

@@ -20,10 +20,10 @@ namespace {
 constexpr int kMaxSteps = 80;
 constexpr int kFractionalEvery = 10;
 constexpr double kFractions[] = {0.0, 0.5, 0.25, 0.75, 0.13, 0.38, 0.62, 0.88, 1.0};
-// What remains of a step that ended where p(x) overflows.
+// The factor by which a step is shortened that ended where p(x) overflows.
 constexpr double kRetreat = 0.0625;
 
-// Real numbers are common here and take one root.
+// Real numbers are common here and need one root only.
 Complex QuickSquareRoot(Complex a) {
   if (a.im != 0.0) return SquareRoot(a);
   return a.re >= 0.0 ? Complex{std::sqrt(a.re), 0.0} : Complex{0.0, std::sqrt(-a.re)};
@@ -34,7 +34,7 @@ Complex Quotient(Complex a, Complex b) {
   return {scale * (a.re * b.re + a.im * b.im), scale * (a.im * b.re - a.re * b.im)};
 }
 
-// p, p' and p''/2 at x, and what the rounding errors of p are relative to.
+// The values of p, p' and p''/2 at x, and the sum of magnitudes to which the rounding errors of p are relative.
 struct Expansion {
   Complex b;
   Complex d;
@@ -80,7 +80,7 @@ Expansion ExpandOnAxis(const double* c, int degree, double x) {
 struct SmallestRoots {
   int exponent;
   int index;     // the i of the radius
-  double size;   // |c_i / c_0|, about
+  double size;   // about |c_i / c_0|
   double reach;  // one of the roots is nearer to 0
 
   double Radius() const { return Pow(size, -1.0 / index); }
@@ -91,8 +91,8 @@ Complex OnCircle(double radius, int k) {
   return {radius * cosine, radius * sine};
 }
 
-// A step beyond the reach leads away from the smallest roots, from where p is almost constant + c x^m, and the way back
-// would close a cycle: it ends on their circle instead, each time elsewhere.
+// A step beyond the reach leads away from the smallest roots, to where p is almost constant + c x^m, and the step back
+// from there would close a cycle: it ends on the circle of those roots instead, each time at another angle.
 Complex StepFrom(const Expansion& e, Complex x, double m, int k, double sqrtTol, const SmallestRoots& smallest) {
   const Complex inner = (m - 1.0) * ((m - 1.0) * (e.d * e.d) - 2.0 * m * (e.b * e.f));
   const Complex root = QuickSquareRoot(inner);
@@ -107,7 +107,7 @@ Complex StepFrom(const Expansion& e, Complex x, double m, int k, double sqrtTol,
   return OnCircle(far, k);
 }
 
-// A long step back to where the last one came from closes a cycle that shorter steps need not break.
+// A long step back to the last point closes a cycle that shorter steps may not end.
 bool TurnsBack(Complex last, Complex x, Complex dx) {
   constexpr double kLong = 0x1p-6;
   constexpr double kSame = 0x1p-3;
@@ -162,7 +162,7 @@ SmallestRoots ScaleToSmallestRoots(const double* w, int degree, int stride, doub
     k = drop >= 0 ? drop / i : -((i - 1 - drop) / i);
     touching = i;
   }
-  // The leading coefficient fell below the range of numbers, and so did all others.
+  // The leading coefficient is below the range of numbers, and so are all others.
   if (k == std::numeric_limits<int>::max()) k = 0;
   for (int i = 0; i <= degree; ++i) {
     v[i] = TimesPower(w[i], k * i - e0);
@@ -175,7 +175,7 @@ SmallestRoots ScaleToSmallestRoots(const double* w, int degree, int stride, doub
   return {k, touching, size, kTwiceE * degree / touching};
 }
 
-// Where |c_i| |x|^i is largest.
+// Returns the i for which |c_i| |x|^i is largest.
 int LargestTerm(const double* v, int degree, int stride, Complex x) {
   constexpr double kLog2 = 0.69314718055994530942;
   const double logarithm = 0.5 / kLog2 * Log(Squares(x));  // of |x|, to base 2
@@ -208,7 +208,7 @@ void DivideByRoot(double* w, int degree, double x, int meet) {
   }
 }
 
-// By x^2 - s x + t.
+// Divides by x^2 - s x + t.
 void DivideByPair(double* w, int degree, double s, double t, int meet) {
   meet = std::clamp(meet - 1, 0, degree - 2);
   double q1 = 0.0;
@@ -233,7 +233,7 @@ void DivideByPair(double* w, int degree, double s, double t, int meet) {
   }
 }
 
-// Both halves of w, from the top alone where the root is among the smallest and from both ends otherwise.
+// Divides both halves of w: from the top alone where the root is among the smallest, else from both ends.
 void DivideByComplexRoot(double* w, int degree, int stride, Complex x, int meet) {
   meet = std::min(meet, degree - 1);
   Complex below = {w[0], w[stride]};
@@ -254,7 +254,7 @@ void DivideByComplexRoot(double* w, int degree, int stride, Complex x, int meet)
   }
 }
 
-// Whether the polynomial cannot be told from one that vanishes at the real part.
+// Whether the polynomial at the real part is 0 within rounding.
 bool VanishesOnAxis(const double* v, int degree, double x) {
   const Expansion e = ExpandOnAxis(v, degree, x);
   return std::fabs(e.b.re) <= 2.0 * kRounding * e.size;

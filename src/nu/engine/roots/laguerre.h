@@ -19,7 +19,7 @@ struct LaguerreRules {
 // J. Inst. Math. Appl. 8, 1971).
 int FindByDeflation(double* w, int degree, double* scratch, const LaguerreRules& rules, FoundRoot* roots);
 
-// The same for complex coefficients: w and scratch hold the real parts and, degree + 1 later, the imaginary ones.
+// Does the same for complex coefficients: w and scratch hold the real parts and, degree + 1 later, the imaginary ones.
 int FindByComplexDeflation(double* w, int degree, double* scratch, const LaguerreRules& rules, FoundRoot* roots);
 
 }  // namespace nu::engine::roots

@@ -53,11 +53,11 @@ NU_KERNEL Extent Measure(const Samples& samples) {
 
 SeriesFrame FrameOf(const Extent& extent) {
   const double stretch = 1.0 / (0.5 * extent.highest - 0.5 * extent.lowest);
-  // Where all x are the same, any frame tells them apart as little.
+  // Where all x are the same, any frame serves.
   return {0.5 * extent.lowest + 0.5 * extent.highest, std::isfinite(stretch) ? stretch : 1.0};
 }
 
-// Huge y come down to 1 by a power of two, which changes no digit of the solution.
+// Huge y are scaled to 1 by a power of two, which changes no digit of the solution.
 int ExponentOf(double largest) {
   return largest > 1.0 && std::isfinite(largest) ? std::ilogb(largest) : 0;
 }
@@ -88,7 +88,7 @@ void Reduce(const Samples& samples, const SeriesFrame& frame, double scale, Tall
   }
 }
 
-// A square block, row by row.
+// A square block, stored row by row.
 class Square {
  public:
   explicit Square(int size)
@@ -101,7 +101,8 @@ class Square {
   std::vector<double> m_elements;
 };
 
-// R C. Row j of `powers` is column j of C: x^j = (centre + t / stretch) x^(j-1), with t T_k = (T_(k-1) + T_(k+1)) / 2.
+// Forms R C. Row j of `powers` is column j of C: x^j = (centre + t / stretch) x^(j-1), with t T_k = (T_(k-1) + T_(k+1))
+// / 2.
 Square TriangleOfPowers(const TallReduction& reduction, const SeriesFrame& frame, int size) {
   Square powers(size);
   Square triangle(size);
@@ -124,7 +125,7 @@ Square TriangleOfPowers(const TallReduction& reduction, const SeriesFrame& frame
   return triangle;
 }
 
-// z = R^-1 Q^T y.
+// Solves z = R^-1 Q^T y.
 void SolveSeries(const TallReduction& reduction, int size, double* z) {
   for (int i = size - 1; i >= 0; --i) {
     double sum = reduction.R(i, size);
@@ -133,7 +134,7 @@ void SolveSeries(const TallReduction& reduction, int size, double* z) {
   }
 }
 
-// a = V W^-1 U^T Q^T y, without what belongs to vanished singular values.
+// Solves a = V W^-1 U^T Q^T y without the vanished singular values.
 void SolveMinimumNorm(const TallReduction& reduction, const Square& u, const std::vector<double>& w, const Square& v,
                       int size, double* a) {
   std::fill_n(a, size, 0.0);
@@ -160,7 +161,7 @@ bool SolvePolynomial(const Samples& samples, int degree, double tolerance, doubl
   Square u = TriangleOfPowers(reduction, frame, size);
   Square v(size);
   std::vector<double> w(static_cast<std::size_t>(size));
-  // The decomposition's cut grows with the dimension; the one asked for does not.
+  // The threshold of the decomposition grows with the dimension; the one of the caller does not.
   if (!DecomposeSingular(u[0], size, size, size, w.data(), v[0], size, tolerance / size, zero)) return false;
   if (std::find(w.begin(), w.end(), 0.0) == w.end()) {
     SolveSeries(reduction, size, w.data());

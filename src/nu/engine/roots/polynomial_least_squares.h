@@ -17,7 +17,7 @@ struct Samples {
 // found; `zero` is the decomposition's. Throws std::bad_alloc.
 bool SolvePolynomial(const Samples& samples, int degree, double tolerance, double zero, double* a);
 
-// Sum of (y - p(x))^2 for the polynomial with coefficients a[0..degree].
+// Returns the sum of (y - p(x))^2 for the polynomial with coefficients a[0..degree].
 double ResidualSum(const Samples& samples, const double* a, int degree);
 
 }  // namespace nu::engine::roots

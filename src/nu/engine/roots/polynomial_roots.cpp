@@ -17,17 +17,17 @@ namespace {
 
 // Parts of a root below this are set to 0, unless the residual says that they are not rounding.
 constexpr double kChop = 6.5e-6;
-// Imaginary parts above this share of a root are no rounding, whatever the polynomial.
+// An imaginary part above this share of a root is not a rounding error, whatever the polynomial.
 constexpr double kNearAxis = 0x1p-5;
-// First step of the search: 4e-8 * 0.05, times 10 for every two degrees above 2.
+// The first step of the search is 4e-8 * 0.05, times 10 for every two degrees above 2.
 constexpr double kSearchStep = 2e-9;
-// Coefficients within this power of two of each other leave room for the discriminant of the resolvent cubic, of
-// degree 12 in their ratios.
+// Coefficients within this power of two of each other keep the discriminant of the resolvent cubic in range, which is
+// of degree 12 in their ratios.
 constexpr int kModerate = 75;
 
 constexpr int kRegroupings = 4;
-// The defaults of the tolerances that the iteration reads. A host that sets the first one higher says what it takes for
-// rounding of an imaginary part; below, the residual says so.
+// The defaults of the tolerances that the iteration reads. A host that sets the first one higher states which imaginary
+// parts are rounding errors; below the default the residual decides.
 constexpr LaguerreRules kOwnRules = {4.45e-16, 1.5e-8};
 
 double SearchStep(int degree) {
@@ -51,7 +51,7 @@ class LevelPolynomial {
     m_reversed = {back, real ? nullptr : back + m_size, p.degree};
     const int n = p.degree;
     m_exponent = (ExponentOf(LargestPart(p, 0)) - ExponentOf(LargestPart(p, n))) / n;
-    // The unit is left alone where nothing can overflow in it.
+    // The unit is kept where nothing can overflow in it.
     constexpr int kHarmless = 20;
     if (std::abs(m_exponent) * n < kHarmless) m_exponent = 0;
     int lowest = ExponentOf(LargestPart(p, 0));
@@ -74,7 +74,7 @@ class LevelPolynomial {
   const Coefficients& Level() const { return m_level; }
   const Coefficients& Reversed() const { return m_reversed; }
   bool IsModerate() const { return m_moderate; }
-  // Between the caller's x and p(x) and those of the level polynomial.
+  // Converts between the caller's x and p(x) and those of the level polynomial.
   double In(double x) const { return TimesPower(x, -m_exponent); }
   double Out(double x) const { return TimesPower(x, m_exponent); }
   double ValueIn(double p) const { return TimesPower(p, -m_shift); }
@@ -122,7 +122,7 @@ class Finder {
     return RefineRoots(m_p.Level(), m_p.Reversed(), enough, m_roots, m_count, m_ratios, m_scratch);
   }
 
-  // False when the closed form is not precise enough, as for roots of very different size.
+  // Returns false when the closed form is not precise enough, as for roots of very different size.
   bool SolveInClosedForm() {
     const double* c = m_p.Level().re;
     if (m_n == 1) {
@@ -138,7 +138,7 @@ class Finder {
     return Refine(0.5 * ResidualLimit(m_n));
   }
 
-  // A second time by the library's own rules where those of the host do not lead to the roots.
+  // Tries a second time with the default tolerances where those of the host do not lead to the roots.
   void SolveByDeflation() {
     const Coefficients& level = m_p.Level();
     for (const LaguerreRules& rules : {LaguerreRules{m_rules.tol, m_rules.sqrtTol}, kOwnRules}) {
@@ -156,7 +156,7 @@ class Finder {
   }
 
   // Real approximations that no step improves belong to pairs, and pairs near the axis may be two real roots. At high
-  // degrees the deflation tells them apart wrongly; here they are joined anew, neighbour to neighbour.
+  // degrees the deflation assigns them wrongly; here they are joined anew, neighbour to neighbour.
   void Regroup(int round) {
     const double limit = ResidualLimit(m_n);
     int kept = 0;
@@ -182,7 +182,7 @@ class Finder {
     m_count = kept;
   }
 
-  // The residual at a changed root decides whether the change was one of rounding.
+  // The residual at a changed root decides whether the change was within rounding.
   bool TakeIfRoot(int i, FoundRoot changed, double limit) {
     double ratio;
     RelativeResiduals(m_p.Level(), m_p.Reversed(), &changed, 1, &ratio);
@@ -193,7 +193,7 @@ class Finder {
 
   bool IsRealToHost(double im) const { return m_rules.tol > kOwnRules.tol && std::fabs(m_p.Out(im)) < m_rules.tol; }
 
-  // A pair whose real part is a root to rounding is a double real root; a real part that is rounding becomes 0.
+  // A pair whose real part is a root to rounding is a double real root; a real part within rounding of 0 becomes 0.
   void SettleAxis() {
     const double limit = 0.25 * ResidualLimit(m_n);
     const double chop = m_p.In(kChop);

@@ -11,14 +11,14 @@
 // range without rounding.
 namespace nu::engine::roots {
 
-// The exponent e with 2^e <= |x| < 2^(e+1) of a normal number; at most -1022 for smaller ones, 1024 for others.
+// Returns the exponent e with 2^e <= |x| < 2^(e+1) of a normal number; at most -1022 for smaller ones, 1024 for others.
 inline int ExponentOf(double x) {
   std::uint64_t bits;
   std::memcpy(&bits, &x, sizeof bits);
   return static_cast<int>(bits >> 52 & 0x7ff) - 1023 + (bits << 1 < std::uint64_t{1} << 53 ? 1 : 0);
 }
 
-// x * 2^e, rounded once if it leaves the normal numbers.
+// Returns x * 2^e, rounded once if it leaves the normal numbers.
 inline double TimesPower(double x, int e) {
   if (e < -1022 || e > 1023) return std::ldexp(x, e);
   const std::uint64_t bits = static_cast<std::uint64_t>(e + 1023) << 52;

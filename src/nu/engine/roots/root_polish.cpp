@@ -11,7 +11,7 @@
 namespace nu::engine::roots {
 namespace {
 
-// A quadruple root needs some 50 steps to come from its first digits to its last one.
+// A quadruple root takes some 50 steps from its first digits to its last one.
 constexpr int kMaxNewtonSteps = 80;
 constexpr int kTrials = 20;
 constexpr int kTrialLanes = 3 * kLanes;
@@ -51,7 +51,7 @@ double HalfCurvature(const double* c, int degree, double x) {
   return f;
 }
 
-// Values in working precision at x + step, ..., x + 20 step; the last lanes run on.
+// Evaluates in working precision at x + step, ..., x + 20 step; the last lanes go beyond.
 NU_KERNEL void EvaluateTrials(const double* c, int degree, double x, double step, double* values) {
   double at[kTrialLanes], value[kTrialLanes];
   NU_LANE_LOOP for (int l = 0; l < kTrialLanes; ++l) {
@@ -70,7 +70,7 @@ double SumOfSizes(const double* c, int degree, double x) {
   return sum;
 }
 
-// Of the trial points nearer than `reach`, the last one where |p| is not larger than at all before.
+// Returns, of the trial points nearer than `reach`, the last one where |p| is not larger than at all before.
 double Search(const double* c, int degree, double x, double best, double step, double reach) {
   double plain[kTrialLanes];
   EvaluateTrials(c, degree, x, step, plain);
@@ -88,13 +88,13 @@ double Search(const double* c, int degree, double x, double best, double step, d
 }
 
 // Whether no trial point can have a smaller value: within reach all other roots are at least as far from it as it is
-// from x, so that |p| has fallen to no less than 2^(1-n) of what the slope says.
+// from x, so that |p| has decreased to no less than 2^(1-n) of what the slope predicts.
 bool IsSimple(int degree, double error, double step, double reach) {
   return std::fabs(step) > reach || TimesPower(error, degree) < std::fabs(step);
 }
 
 double Polish(const double* c, int degree, const PolishRules& rules, double x, double reach) {
-  // In the middle of its neighbourhood a root is reached to the last digit by a step of a few roundings.
+  // In the middle of its neighbourhood a simple root is found to the last digit by a step of a few roundings.
   constexpr double kLast = 4.0 * kRounding;
   constexpr double kMiddle = 0x1p-20;
   double previous = rules.large;
@@ -133,9 +133,9 @@ double HalfDistanceToNext(const FoundRoot* roots, int count, int self) {
   return 0.5 * nearest;
 }
 
-// The roots of the parabola that fits at the middle of two roots found to working precision: the two roots of a near
-// tangent, or a double root where it has none. Both must have smaller values than the middle, or this is not the
-// neighbourhood of two roots but of more.
+// Returns the roots of the parabola that fits at the middle of two roots found to working precision: the two roots of a
+// near tangent, or a double root where it has none. Both must have smaller values than the middle, else there are more
+// than two roots nearby.
 bool SplitDouble(const double* c, int degree, double middle, double* lower, double* upper) {
   const Local at = EvaluateCompensated(c, degree, middle);
   const double curvature = HalfCurvature(c, degree, middle);
@@ -177,7 +177,7 @@ bool IsReal(const FoundRoot& x) {
   return x.im == 0.0;
 }
 
-// Moves two roots from their middle to where they are, if that is much nearer than any other root.
+// Moves two roots from their middle to their places, if these are much nearer than any other root.
 void SplitAt(const double* c, int degree, double middle, FoundRoot* roots, int count, int i, int j, double* scratch) {
   constexpr double kFar = 8.0;
   const LocalPolynomial local(c, degree, middle, scratch);
@@ -193,7 +193,7 @@ void SplitAt(const double* c, int degree, double middle, FoundRoot* roots, int c
   roots[j].re = second;
 }
 
-// Double real roots that came as pairs become two roots each.
+// Makes two roots of every double real root that came as a pair.
 int SplitPairs(const double* c, int degree, FoundRoot* roots, int count, double* scratch) {
   const int given = count;
   for (int i = 0; i < given; ++i) {
@@ -206,8 +206,8 @@ int SplitPairs(const double* c, int degree, FoundRoot* roots, int count, double*
   return count;
 }
 
-// Two real roots that are close together are found to working precision as two errors from their middle, which is much
-// better known.
+// Two real roots that are close together are found to working precision as two differences from their middle, which is
+// much better known.
 void SplitClose(const double* c, int degree, FoundRoot* roots, int count, double* scratch) {
   constexpr double kClose = 0x1p-16;
   for (int i = 0; i < count; ++i) {

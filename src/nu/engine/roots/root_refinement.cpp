@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kMaxSweeps = 60;
 
-// What is known at one point: x, or 1 / x with the reversed polynomial.
+// The values at one point: at x, or at 1 / x of the reversed polynomial.
 struct Values {
   Complex x;
   Complex p;
@@ -19,7 +19,7 @@ struct Values {
   double size;
 };
 
-// Up to eight points at once, of the unit disc: larger ones come as 1 / x, with the reversed polynomial.
+// Evaluates up to eight points of the unit disc at once: larger ones come as 1 / x, with the reversed polynomial.
 struct Batch {
   double xRe[kLanes];
   double xIm[kLanes];
@@ -75,7 +75,7 @@ NU_KERNEL void EvaluateComplex(const Coefficients& p, Batch* batch) {
   EvaluateLanes<false>(p, batch);
 }
 
-// The same for one point: a few roots do not fill the lanes.
+// Does the same for one point, as a few roots do not fill the lanes.
 template<bool kReal>
 Values EvaluatePoint(const Coefficients& p, Complex x) {
   const double modulus = std::sqrt(x.re * x.re + x.im * x.im);
@@ -167,7 +167,7 @@ double RatioOf(const Values& v) {
   return std::sqrt(re * re + im * im);
 }
 
-// p'(x) / p(x). Of an outer point the values are those of q(w) = w^n p(1 / w), and p'/p = w (n - w q'/q).
+// Returns p'(x) / p(x). For an outer point the values are those of q(w) = w^n p(1 / w), and p'/p = w (n - w q'/q).
 Complex LogarithmicDerivative(const Values& v, bool outer, int degree) {
   const Complex g = v.d * Reciprocal(v.p);
   if (!outer) return g;
@@ -175,8 +175,8 @@ Complex LogarithmicDerivative(const Values& v, bool outer, int degree) {
   return v.x * Complex{degree - product.re, -product.im};
 }
 
-// The sum of 1 / (x - x_j) over all other roots, conjugates included. Coincident ones are one multiple root and say
-// nothing about the direction.
+// Returns the sum of 1 / (x - x_j) over all other roots, conjugates included. Coincident ones are one multiple root and
+// are left out.
 Complex Repulsion(const FoundRoot* roots, int count, int self) {
   Complex sum = {0.0, 0.0};
   const FoundRoot& x = roots[self];

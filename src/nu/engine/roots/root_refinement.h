@@ -14,7 +14,7 @@ namespace nu::engine::roots {
 bool RefineRoots(const Coefficients& p, const Coefficients& reversed, double enough, FoundRoot* roots, int count,
                  double* ratios, double* scratch);
 
-// |p(x)| / sum |c_i| |x|^i at the given points; no step.
+// Computes |p(x)| / sum |c_i| |x|^i at the given points, without a step.
 void RelativeResiduals(const Coefficients& p, const Coefficients& reversed, const FoundRoot* points, int count,
                        double* ratios);
 

@@ -9,15 +9,15 @@
 namespace nu::engine::roots {
 namespace {
 
-// The first cells are a quarter of the shortest period long: most of them then are settled at once.
+// The first cells are a quarter of the shortest period long; most of them are then settled at once.
 constexpr int kCellsPerHarmonic = 4;
-// The errors of a derivative and of the next two in its Taylor polynomial, on half of a cell, beside the error of the
-// derivative: 1 + h + h^2 / 2 with h < 0.8, and the higher orders err a little more.
+// The sum of the errors of a derivative and of the next two in its Taylor polynomial on half of a cell, relative to the
+// error of the derivative: 1 + h + h^2 / 2 with h < 0.8, where the higher orders have slightly larger errors.
 constexpr double kNoiseOfTaylor = 2.5;
-// Cutting ends where the cells are as short as the roots are exact.
+// Cells are cut until they are as short as the error of a root.
 constexpr int kDeepest = 48;
-// No polynomial of small degree comes near it; one of high degree that vanishes within rounding on a part of the circle
-// would otherwise be cut there to the end.
+// A bound that no polynomial of small degree reaches; one of high degree that vanishes within rounding on a part of the
+// circle would otherwise be cut there to the end.
 constexpr std::size_t kMostCellsPerHarmonic = 256;
 
 }  // namespace
@@ -34,8 +34,8 @@ TrigIsolation::TrigIsolation(const TrigSeries& f, double coefficientRoundings)
     grid[i].u = Nu_2PI * static_cast<double>(i) / static_cast<double>(cells);
     f.Sample(grid[i].u, grid[i].d);
   }
-  // Where |f| is large no root and no extremum that touches is near: the turn may start there. A turn added to an angle
-  // rounds it, which moves an end of a cell by less than roots are told apart.
+  // Where |f| is large no root and no extremum that touches is near, so that the turn may start there. A turn added to
+  // an angle rounds it, which moves an end of a cell by less than the distance at which roots are distinguished.
   const auto start = std::max_element(grid.begin(), grid.end() - 1, [](const TrigPoint& p, const TrigPoint& q) {
     return std::fabs(p.d[0]) < std::fabs(q.d[0]);
   });
@@ -66,7 +66,8 @@ void TrigIsolation::Cut(const TrigPoint& left, const TrigPoint& right, int depth
   m_highestOrder = std::max(m_highestOrder, order);
 }
 
-// Above kHighestOrder when none is found. Low orders cost least, so longer cells are cut rather than raised.
+// Returns an order above kHighestOrder when none is found. Low orders cost least, so longer cells are cut rather than
+// raised.
 int TrigIsolation::OrderOf(const TrigPoint& left, const TrigPoint& right, int depth) const {
   const double half = 0.5 * (right.u - left.u) * m_f.Degree();
   const int sampled = TrigSeries::kSamples - 3;
@@ -90,7 +91,7 @@ bool TrigIsolation::KeepsSign(int order, const double* left, const double* right
   return ProvesSign(order, sign, left, 1.0, half) && ProvesSign(order, sign, right, -1.0, half);
 }
 
-// d[0..2]: the derivative of the order and the next two.
+// d[0..2] are the derivative of the order and the next two.
 bool TrigIsolation::ProvesSign(int order, double sign, const double* d, double direction, double half) const {
   const double fall = std::max(0.0, -sign * direction * d[1]);
   const double bend = std::max(0.0, -sign * d[2]);
@@ -98,7 +99,7 @@ bool TrigIsolation::ProvesSign(int order, double sign, const double* d, double d
   return least > kNoiseOfTaylor * Noise(order);
 }
 
-// What the values at the ends say beyond that: whether there is a root at all.
+// The values at the ends decide the rest: whether there is a root at all.
 int TrigIsolation::Settled(int order, const TrigPoint& left, const TrigPoint& right) const {
   const double noise = Noise(0);
   if (order == 0 || std::fabs(left.d[0]) <= noise || std::fabs(right.d[0]) <= noise) return order;
@@ -106,7 +107,7 @@ int TrigIsolation::Settled(int order, const TrigPoint& left, const TrigPoint& ri
   return order == 1 ? 0 : SettledConvex(left, right);
 }
 
-// The ends have one sign; f is convex or concave. It lies beyond its chord or beyond its tangents at both ends.
+// The ends have one sign and f is convex or concave: it lies beyond its chord, or beyond its tangents at both ends.
 int TrigIsolation::SettledConvex(const TrigPoint& left, const TrigPoint& right) const {
   const double sign = left.d[0] > 0.0 ? 1.0 : -1.0;
   const double leftSlope = sign * left.d[1];

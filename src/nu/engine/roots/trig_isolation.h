@@ -26,7 +26,7 @@ class TrigIsolation {
   // coefficientRoundings: how many roundings of themselves the coefficients are uncertain by.
   TrigIsolation(const TrigSeries& f, double coefficientRoundings);
 
-  // In ascending order from some u in [0, 2 pi) to u + 2 pi.
+  // The cells in ascending order from some u in [0, 2 pi) to u + 2 pi.
   const std::vector<TrigPoint>& Points() const { return m_points; }
   int HighestOrder() const { return m_highestOrder; }
 

@@ -26,18 +26,18 @@ constexpr double kEps = std::numeric_limits<double>::epsilon();
 // Harmonics that together are below a quarter of a rounding of the whole are left out.
 constexpr double kNegligibleShare = kEps / 4;
 
-// Half the distance of doubles next to 2 pi: no root can be told better.
+// Half the distance of doubles next to 2 pi; no root can be known better.
 constexpr double kAngleResolution = 2 * kEps;
 // Roots so close below 2 pi are 0: the error of a root and of 2 pi as a double.
 constexpr double kSeam = 8 * kEps;
 
-// Newton's method takes half a dozen steps. After more than that many bisection takes over, which needs 54 from a full
+// Newton's method takes half a dozen steps. After more than that many bisection follows, which needs 54 from a full
 // turn to the resolution.
 constexpr int kMostNewtonSteps = 60;
 constexpr int kMostSteps = kMostNewtonSteps + 54;
-// From this error on one step on the accurate sum leaves rounding where the curvature is not much above the slope.
+// From this error on one step on the accurate sum leaves only rounding where the curvature is not much above the slope.
 constexpr double kPolishable = 1e-9;
-// Newton's method on the accurate sum: one step is the rule, the rest is for roots that almost are double.
+// Newton's method on the accurate sum takes one step as a rule; more are for roots that are almost double.
 constexpr int kMostPolishingSteps = 6;
 
 struct Root {
@@ -96,7 +96,8 @@ class Descent {
     m_touching = {0.0, 0};
   }
 
-  // Newton's method from the secant's root, kept in a bracket that shrinks, until what is left is for Polished.
+  // Newton's method from the root of the secant, kept in a shrinking bracket, until the error is small enough for
+  // Polished.
   double Bracketed(const Point& left, const Point& right) const {
     double low = left.u, high = right.u;
     const double floor = m_isolation.EvaluationError(m_order);
@@ -116,7 +117,7 @@ class Descent {
     return u;
   }
 
-  // Newton's method on the accurate sum.
+  // Polishes a root by Newton's method on the accurate sum.
   double Polished(double u, double low, double high) const {
     const int n = m_f.Degree();
     for (int step = 0; step < kMostPolishingSteps; ++step) {
@@ -130,7 +131,8 @@ class Descent {
     return u;
   }
 
-  // Bounds what a Newton step leaves, which with the second derivative f'' is f'' / (2 slope) times the step's square.
+  // Bounds the error after a Newton step, which with the second derivative f'' is f'' / (2 slope) times the square of
+  // the step.
   double ErrorAfter(double change, double slope) const {
     const int n = m_f.Degree();
     return 0.5 * m_isolation.Bound(m_order + 2) * n * n * change * change / std::fabs(slope);
@@ -144,7 +146,7 @@ class Descent {
   Point m_last = {0.0, 0.0};
 };
 
-// The roots of the derivative `order` from those of the next one, on all cells where it may have some.
+// Finds the roots of the derivative `order` from those of the next one, on all cells where it may have some.
 std::vector<Root> Descend(const TrigIsolation& isolation, const TrigSeries& f, int order,
                           const std::vector<Root>& criticals) {
   const std::vector<TrigPoint>& points = isolation.Points();
@@ -171,7 +173,7 @@ std::vector<Root> Descend(const TrigIsolation& isolation, const TrigSeries& f, i
   return roots;
 }
 
-// n > 1, coefficients of size 1. In no order and up to one turn beyond the circle.
+// Requires n > 1 and coefficients of size 1. The roots are in no order and up to one turn beyond the circle.
 std::vector<Root> GeneralRoots(const TrigSeries& f) {
   const TrigIsolation isolation(f, kCoefficientRoundings);
   std::vector<TrigSeries> derivatives;
@@ -183,8 +185,8 @@ std::vector<Root> GeneralRoots(const TrigSeries& f) {
   return Descend(isolation, f, 0, roots);
 }
 
-// a cos u + b sin u + c, with a maximum at the angle of (a, b): the roots lie symmetrically about it. Their distance
-// from it depends on A^2 - c^2, A^2 = a^2 + b^2, which is formed without cancellation.
+// Solves a cos u + b sin u + c = 0, which has a maximum at the angle of (a, b): the roots lie symmetrically about it.
+// Their distance from it depends on A^2 - c^2, A^2 = a^2 + b^2, which is formed without cancellation.
 std::vector<Root> FirstDegreeRoots(double a, double b, double c) {
   const auto [smaller, larger] = std::minmax({a * a, b * b});
   const double squares = larger + smaller;
@@ -204,8 +206,8 @@ double InCircle(double u) {
   return u < Nu_2PI - kSeam ? std::max(u, 0.0) : 0.0;
 }
 
-// The coefficients by powers of two to size 1, negligible harmonics left out. The largest of them that is left, and the
-// greatest divisor of all.
+// The coefficients, scaled by powers of two to size 1, without negligible harmonics; the highest harmonic that is left,
+// and the greatest common divisor of all.
 struct Prepared {
   std::vector<double> a, b;
   int highest = 0;

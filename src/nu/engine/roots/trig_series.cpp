@@ -11,10 +11,10 @@ namespace {
 // A product of complex numbers of modulus 1 adds an error of sqrt(5) / 2 eps to the turned harmonic, its use in the sum
 // and the summation another 1/2 each: below 2 eps for every harmonic up to the k-th, in every term of the sum.
 constexpr double kRoundingsPerHarmonic = 2.0;
-// The cosine and sine at the start, the two products and the sum of a term.
+// The errors counted are those of the cosine and sine at the start, the two products and the sum of a term.
 constexpr double kRoundingsOfTerm = 4.0;
 
-// cos ku and sin ku, k = 1, 2, ...
+// Produces cos ku and sin ku, k = 1, 2, ...
 struct Turning {
   explicit Turning(double u) : Turning(SinCos(u)) {}
   explicit Turning(const SineCosine& step) : c(step.cosine), s(step.sine), stepCos(step.cosine), stepSin(step.sine) {}

@@ -21,7 +21,7 @@ class TrigSeries {
   // The derivative with respect to t.
   TrigSeries Derivative() const;
 
-  // The derivatives from order 0 on at u.
+  // Returns the derivatives from order 0 on at u.
   static constexpr int kSamples = 5;
   void Sample(double u, double* d) const;
   struct ValueAndSlope {
@@ -29,7 +29,7 @@ class TrigSeries {
     double slope;  // with respect to t
   };
   ValueAndSlope At(double u) const;
-  // The same for any number of them.
+  // Does the same for any number of them.
   void Derivatives(double u, int count, double* d) const;
 
   // bound[j] becomes the sum of (k/n)^j |harmonic k|, j < count: no derivative of order j is larger.
