@@ -47,13 +47,15 @@ def constants(comment, **values):
         print(f"inline constexpr double {name} = {literal(value)};")
 
 
-print("""#ifndef NU_FOUNDATION_INTERNAL_ELEMENTARY_TABLES_H
-#define NU_FOUNDATION_INTERNAL_ELEMENTARY_TABLES_H
+print("""#ifndef NU_ENGINE_BASE_ELEMENTARY_TABLES_H
+#define NU_ENGINE_BASE_ELEMENTARY_TABLES_H
 
 #include <cstdint>
 
+#include "nu/engine/rooms.h"
+
 // Written by cmake/elementary_tables.py. A value of two or more doubles is their exact sum.
-namespace nu::internal {
+namespace nu::engine::base {
 
 struct SineAndCosine {
   double sine, sineLow, cosine, cosineLow;
@@ -76,9 +78,8 @@ constants("pi / 256: as two doubles, and in parts of which the first two have 26
 two = parts(log(2) / 128, 34)
 constants("log(2) / 128, of which the first part has 34 digits", kLog2Step1=two[0], kLog2Step2=two[1],
           kLog2StepInverse=128 / log(2))
-constants("log(2), of which the first part is a multiple of 2^-42; 1 / log(2)",
-          kLog2High=on_grid(log(2), 42), kLog2Low=log(2) - on_grid(log(2), 42),
-          kLog2InverseHigh=parts(1 / log(2))[0], kLog2InverseLow=parts(1 / log(2), 53)[1])
+constants("log(2), of which the first part is a multiple of 2^-42",
+          kLog2High=on_grid(log(2), 42), kLog2Low=log(2) - on_grid(log(2), 42))
 
 bits = int(mp.floor(2 / pi * mpf(2) ** (64 * 19)))
 words = [0] + [(bits >> (64 * (18 - k))) & (2**64 - 1) for k in range(19)]
@@ -104,4 +105,4 @@ for i in range(129):
     rows.append([inverse, high, -log(inverse) - high])
 table("1 / c to ten binary places, and the logarithm of the inverse of that: the first part a multiple of 2^-42.",
       "kReciprocals", "Reciprocal", rows)
-print("\n}  // namespace nu::internal\n\n#endif")
+print("\n}  // namespace nu::engine::base\n\n#endif")

@@ -30,8 +30,8 @@ using namespace nu::internal;
 //
 // P A = L U: Gaussian elimination with partial pivoting, by recursion over the columns (S. Toledo, SIAM J. Matrix Anal.
 // Appl. 18, 1997); lu.cpp. The determinant is the sign of P times the product of the diagonal of U. The inverse solves
-// L U X = P. A matrix counts as singular when a pivot vanishes or when relative changes of its elements by n NuGetTol()
-// make it singular; lu_singularity.cpp.
+// L U X = P; it also refuses a matrix that relative changes of its elements by n NuGetTol() can make singular;
+// lu_singularity.cpp.
 //
 // A = U diag(w) V^T: Householder reduction to bidiagonal form, then QR sweeps (G. H. Golub, C. Reinsch, Numerische
 // Mathematik 14, 1970); svd.cpp. A tall A is first reduced to a triangle in panels of rows; tall_factor.cpp.

@@ -38,11 +38,9 @@ inline constexpr double kLog2Step1 = 0x1.62e42fef8p-8;
 inline constexpr double kLog2Step2 = 0x1.1cf79abc9e3b4p-43;
 inline constexpr double kLog2StepInverse = 0x1.71547652b82fep7;
 
-// log(2), of which the first part is a multiple of 2^-42; 1 / log(2)
+// log(2), of which the first part is a multiple of 2^-42
 inline constexpr double kLog2High = 0x1.62e42fefa38p-1;
 inline constexpr double kLog2Low = 0x1.ef35793c7673p-45;
-inline constexpr double kLog2InverseHigh = 0x1.71547652b82fep0;
-inline constexpr double kLog2InverseLow = 0x1.777d0ffda0d24p-56;
 
 // 2 / pi: a word before the binary point, and the digits behind it.
 inline constexpr std::uint64_t kTwoOverPi[20] = {

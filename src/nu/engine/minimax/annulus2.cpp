@@ -122,7 +122,6 @@ class Search {
       m_best.outerContact[k] = grid.InPlane(found.outerContact[k]);
       m_best.innerContact[k] = grid.InPlane(found.innerContact[k]);
     }
-    SetMultipliers(m_best);
   }
 
   Annulus InCallersUnit() const {

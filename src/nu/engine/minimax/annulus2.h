@@ -13,9 +13,8 @@ enum class AnnulusEnd {
   notFinite,
 };
 
-// The ring between two concentric circles that holds some points, with the points that determine it: the sum of
-// multiplier * direction over the outer contacts, seen from the centre, is that over the inner ones; each pair of
-// multipliers is not negative and adds up to 1.
+// The ring between two concentric circles that holds some points, with the points that determine it: seen from the
+// centre, the chord between the directions of the outer contacts crosses that of the inner ones.
 struct Annulus {
   AnnulusEnd end = AnnulusEnd::notFinite;
   Vec2 centre;
@@ -23,8 +22,6 @@ struct Annulus {
   double outer = 0.0;
   Vec2 outerContact[2];
   Vec2 innerContact[2];
-  double outerMultiplier[2] = {};
-  double innerMultiplier[2] = {};
   bool certified = false;  // known to be the only one from a bound, without the search over all candidates
 };
 

@@ -293,23 +293,8 @@ Annulus AnnulusExchange::Found() const {
   annulus.outer = m_extremes.outer;
   std::copy_n(m_outer, 2, annulus.outerContact);
   std::copy_n(m_inner, 2, annulus.innerContact);
-  SetMultipliers(annulus);
   annulus.certified = IsProven();
   return annulus;
-}
-
-// The chords between the two pairs of directions cross at the shares.
-void SetMultipliers(Annulus& annulus) {
-  Vec2 u[2], v[2];
-  for (int k = 0; k < 2; ++k) {
-    u[k] = Direction(annulus.outerContact[k] - annulus.centre);
-    v[k] = Direction(annulus.innerContact[k] - annulus.centre);
-  }
-  const double crossing = Cross(u[1] - u[0], v[1] - v[0]);
-  annulus.outerMultiplier[1] = Cross(v[0] - u[0], v[1] - v[0]) / crossing;
-  annulus.innerMultiplier[1] = Cross(v[0] - u[0], u[1] - u[0]) / crossing;
-  annulus.outerMultiplier[0] = 1.0 - annulus.outerMultiplier[1];
-  annulus.innerMultiplier[0] = 1.0 - annulus.innerMultiplier[1];
 }
 
 }  // namespace nu::engine::minimax

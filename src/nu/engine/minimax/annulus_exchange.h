@@ -51,9 +51,6 @@ class AnnulusExchange {
   Extremes m_extremes;
 };
 
-// Of unit directions: the weights with which two pairs of them meet.
-void SetMultipliers(Annulus& annulus);
-
 }  // namespace nu::engine::minimax
 
 #endif

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "nu/engine/base/error_free.h"
 #include "nu/engine/base/simd.h"
 
 namespace nu::engine::points {
@@ -24,8 +25,7 @@ NU_ALWAYS_INLINE void AddDifference(double* lane, const double* p, double x, dou
   lane[2] += p[2] - z;
 }
 
-// Differences from `origin`. The sums of the blocks are added with what each addition loses (D. E. Knuth, The Art of
-// Computer Programming 2, 4.2.2).
+// Sums the differences from `origin` by blocks, whose sums are added with the rounding error of each addition.
 NU_KERNEL void AddBlocks(PointView points, const double* origin, LaneSums& sums) {
   const double x = origin[0];
   const double y = origin[1];
@@ -40,10 +40,9 @@ NU_KERNEL void AddBlocks(PointView points, const double* origin, LaneSums& sums)
     for (int l = 0; i < end; ++i, ++l) AddDifference(block[l], points[i], x, y, z);
     for (int l = 0; l < kLanes; ++l) {
       for (int k = 0; k < 3; ++k) {
-        const double sum = sums.sum[l][k] + block[l][k];
-        const double share = sum - sums.sum[l][k];
-        sums.lost[l][k] += (sums.sum[l][k] - (sum - share)) + (block[l][k] - share);
-        sums.sum[l][k] = sum;
+        const DoubleDouble sum = TwoSum(sums.sum[l][k], block[l][k]);
+        sums.lost[l][k] += sum.low;
+        sums.sum[l][k] = sum.high;
       }
     }
   }

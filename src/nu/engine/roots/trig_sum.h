@@ -5,12 +5,11 @@
 
 namespace nu::engine::roots {
 
-// The sum of a[k] cos ku + b[k] sin ku for k = 0..n, u in radians, and its derivative. b[0] is not read.
-//
-// k u is formed without rounding, so the cosines and sines carry the rounding of the C library only, whatever k and u
-// are, and the sum is compensated (Ogita, Rump and Oishi, SIAM J. Sci. Comput. 26 (2005) 1955). With a library that is
-// right to one unit in the last place the error stays below eps times the sum of |a[k]| + |b[k]| (for the derivative
-// below 2 eps times the sum of k(|a[k]| + |b[k]|)). A u that is not finite, or overflows times n, gives NaN.
+// The sum of a[k] cos ku + b[k] sin ku for k = 0..n, u in radians, and its derivative. b[0] is not read. k u is formed
+// without rounding, so that the cosines and sines have only the rounding of Cos and Sin, whatever k and u are, and the
+// sum is compensated (T. Ogita, S. M. Rump, S. Oishi, SIAM J. Sci. Comput. 26, 2005). The error is below eps times the
+// sum of |a[k]| + |b[k]|, for the derivative below 2 eps times the sum of k(|a[k]| + |b[k]|). A u that is not finite,
+// or overflows times n, gives NaN.
 double TrigValue(const double* a, const double* b, int n, double u);
 double TrigDerivative(const double* a, const double* b, int n, double u);
 
