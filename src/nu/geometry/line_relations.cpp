@@ -106,7 +106,7 @@ CNuLine CNuLine::MidLine(const CNuPlane& pl) const {
   const Plane3 plane = DataOf(pl);
   RequireFinite(where, line, plane);
   const Vec3 projected = Rejection(line.direction, plane.normal);
-  if (IsParallel(Norm(projected), ParallelTol())) FailOperation(22, "calculation", where);
+  if (IsParallel(Norm(projected), ParallelTol())) FailOperation(NuOperationLineAcrossPlane, "calculation", where);
   const Vec3 foot = line.point - plane.Height(line.point) * plane.normal;
   const Line3 mid = Bisector(line, foot, Unit(projected));
   return LineFor(mid.point, mid.direction, where);
@@ -120,7 +120,7 @@ CNuPlane CNuLine::MidPlane(const CNuLine& l) const {
   const Line3 second = DataOf(l);
   RequireFinite(where, first, second);
   const Approach approach = Approaching(first, second);
-  if (approach.distance < NuGetLengthTol()) FailOperation(23, "calculation", where);
+  if (approach.distance < NuGetLengthTol()) FailOperation(NuOperationLinesMeet, "calculation", where);
   const Vec3 back = first.point - second.point;
   const Vec3 across = approach.parallel ? Rejection(back, second.direction) : Cross(first.direction, second.direction);
   const Vec3 normal = Unit(across);

@@ -34,7 +34,7 @@ using namespace nu::internal;
 namespace {
 
 [[noreturn]] void FailUnsupported(const char* where) {
-  FailOperation(45, "calculation", where);
+  FailOperation(NuOperationUnsupported, "calculation", where);
 }
 
 double Length(Vec3 v) {
@@ -92,7 +92,7 @@ std::optional<RadialCoordinates> AcrossSurface(const CNuPoint& p, const CNuGeome
 CNuPoint FootOnCone(const CNuPoint& p, const CNuConSurf& surface) {
   const ConeCoordinates at(p, surface);
   if (at.IsAtApex()) return p;
-  if (IsNull(at.across, NuGetZero())) FailOperation(9, "calculation", "CNuPoint::ProjectionOn()");
+  if (IsNull(at.across, NuGetZero())) FailOperation(NuOperationZeroVector, "calculation", "CNuPoint::ProjectionOn()");
   const double downhill = at.height < 0.0 ? at.cone.sine : -at.cone.sine;
   return p - ToPoint(at.SignedDistance() * (at.cone.cosine * Unit(at.across) + downhill * at.cone.axis));
 }
@@ -175,7 +175,7 @@ CNuPoint CNuPoint::ProjectionOn(const CNuSurface& s) const {
   if (const auto* cone = As<CNuConSurf>(s)) return FootOnCone(*this, *cone);
   const auto at = AcrossSurface(*this, s);
   if (!at) FailUnsupported("CNuPoint::ProjectionOn()");
-  if (IsNull(at->across, NuGetZero())) FailOperation(9, "calculation", "CNuPoint::ProjectionOn()");
+  if (IsNull(at->across, NuGetZero())) FailOperation(NuOperationZeroVector, "calculation", "CNuPoint::ProjectionOn()");
   return *this - ToPoint(at->across) + ToPoint(at->radius * Unit(at->across));
 }
 
@@ -194,13 +194,14 @@ CNuPoint CNuPoint::MidPoint(const CNuPlane& pl) const {
 
 CNuPlane CNuPoint::MidPlane(const CNuPoint& p) const {
   const CNuPoint difference = *this - p;
-  if (difference.IsZero(NuGetZero())) FailOperation(19, "calculation", "CNuPoint::MidPlane(CNuPoint)");
+  if (difference.IsZero(NuGetZero()))
+    FailOperation(NuOperationCoincidentPoints, "calculation", "CNuPoint::MidPlane(CNuPoint)");
   return PlaneFor(Components(MidPoint(p)), Components(difference), "CNuPoint::MidPlane(CNuPoint)");
 }
 
 CNuPlane CNuPoint::MidPlane(const CNuLine& l) const {
   const Vec3 offset = FromLine(*this, l);
-  if (IsNull(offset, NuGetZero())) FailOperation(21, "calculation", "CNuPoint::MidPlane(CNuLine)");
+  if (IsNull(offset, NuGetZero())) FailOperation(NuOperationPointOnLine, "calculation", "CNuPoint::MidPlane(CNuLine)");
   return PlaneFor(Components(MidPoint(l)), offset, "CNuPoint::MidPlane(CNuLine)");
 }
 

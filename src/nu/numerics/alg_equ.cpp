@@ -38,7 +38,7 @@ class RootRoom {
 
 // The effective degree is negative where a coefficient is not finite.
 void RequireFinite(int effectiveDegree) {
-  if (effectiveDegree < 0) FailOperation(46, "calculation", "CNuAlgEqu::Solve()");
+  if (effectiveDegree < 0) FailOperation(NuOperationFailed, "calculation", "CNuAlgEqu::Solve()");
 }
 
 bool IsReal(const FoundRoot& x) {

@@ -73,20 +73,22 @@ class Cosines {
 CNuChebyshevPolynomial::CNuChebyshevPolynomial(int n)
     : CNuAlgebra(NuTypeChebyshevPolynomial),
       m_polynomial(n >= 0 ? ChebyshevInPowers(n)
-                          : throw CNuConstructionException(2, "CNuChebyshevPolynomial", "degree", 0, 0)) {}
+                          : throw CNuConstructionException(NuConstructionNegativeSize, "CNuChebyshevPolynomial",
+                                                           "degree", 0, 0)) {}
 
 CNuChebyshevPolynomial::~CNuChebyshevPolynomial() = default;
 
 CNuChebyshevPolynomialExpression::CNuChebyshevPolynomialExpression(int n)
     : CNuAlgebra(NuTypeChebyshevPolynomialExpression), m_degree(n) {
-  if (n < 0) throw CNuConstructionException(2, "CNuChebyshevPolynomialExpression", "degree", 0, 0);
+  if (n < 0)
+    throw CNuConstructionException(NuConstructionNegativeSize, "CNuChebyshevPolynomialExpression", "degree", 0, 0);
 }
 
 CNuChebyshevPolynomialExpression::~CNuChebyshevPolynomialExpression() = default;
 
 void CNuChebyshevPolynomialExpression::FitMinMax(double a, double b, double (*f)(double)) {
   const bool sound = f != nullptr && a < b && std::isfinite(b - a);
-  if (!sound) FailOperation(41, kDataChecking, kFit);
+  if (!sound) FailOperation(NuOperationData, kDataChecking, kFit);
   if (m_degree > INT_MAX / 2 - kMoreTerms) throw CNuMemoryException(kFit);
   const int count = m_degree + kMoreTerms + 1;
   const Cosines cosines(count);
@@ -118,7 +120,8 @@ double CNuChebyshevPolynomialExpression::Place(double x) const {
 double CNuChebyshevPolynomialExpression::ValueAt(double x) const {
   if (!IsFitted()) return 0.0;
   if (x < m_a || x > m_b) {
-    throw CNuOperationException(40, kDataChecking, "CNuChebyshevPolynomialExpression::ValueAt()", 0, 0, m_a, m_b);
+    throw CNuOperationException(NuOperationOutside, kDataChecking, "CNuChebyshevPolynomialExpression::ValueAt()", 0, 0,
+                                m_a, m_b);
   }
   const double* c = m_coefficients.GetData();
   const double y = Place(x);
@@ -132,7 +135,8 @@ double CNuChebyshevPolynomialExpression::ValueAt(double x) const {
 // them.
 double CNuChebyshevPolynomialExpression::DerivativeAt(double x) const {
   if (!IsFitted()) return 0.0;
-  if (x < m_a || x > m_b) FailOperation(40, kDataChecking, "CNuChebyshevPolynomialExpression::DerivativeAt()");
+  if (x < m_a || x > m_b)
+    FailOperation(NuOperationOutside, kDataChecking, "CNuChebyshevPolynomialExpression::DerivativeAt()");
   const double* c = m_coefficients.GetData();
   const double y = Place(x);
   double d = 0.0;

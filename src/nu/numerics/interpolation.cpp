@@ -22,7 +22,7 @@ constexpr const char* kInit = "CNuInterpolation::Init()";
 constexpr int kMostPolynomialPoints = 512;
 
 const CNuDoubleArray& Checked(const CNuDoubleArray& x, const CNuDoubleArray& y) {
-  if (x.GetSize() != y.GetSize()) FailOperation(5, kArrayChecking, kName);
+  if (x.GetSize() != y.GetSize()) FailOperation(NuOperationSizeMismatch, kArrayChecking, kName);
   RequireGrid(x, kArrayChecking, kName);
   RequireFinite(y.GetData(), y.GetSize(), kArrayChecking, kName);
   return x;

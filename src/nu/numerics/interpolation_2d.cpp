@@ -22,7 +22,8 @@ constexpr const char* kInit = "CNuInterpolation2D::Init()";
 constexpr const char* kChecking = "matrix and array data checking";
 
 const CNuDoubleArray& Checked(const CNuDoubleArray& x, const CNuDoubleArray& y, const CNuMatrix& z) {
-  if (z.GetRowSize() != x.GetSize() || z.GetColumnSize() != y.GetSize()) FailOperation(5, kChecking, kName);
+  if (z.GetRowSize() != x.GetSize() || z.GetColumnSize() != y.GetSize())
+    FailOperation(NuOperationSizeMismatch, kChecking, kName);
   RequireGrid(x, kChecking, kName);
   RequireGrid(y, kChecking, kName);
   for (int i = 0; i < z.GetRowSize(); ++i) RequireFinite(z.GetData()[i], z.GetColumnSize(), kChecking, kName);

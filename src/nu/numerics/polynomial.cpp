@@ -36,7 +36,8 @@ CNuPolynomial::CNuPolynomial(int n, const char* where)
 }
 
 CNuPolynomial::CNuPolynomial(int n)
-    : CNuPolynomial(n >= 0 ? n : throw CNuConstructionException(2, kClass, "degree", 0, 0), "CNuPolynomial()") {}
+    : CNuPolynomial(n >= 0 ? n : throw CNuConstructionException(NuConstructionNegativeSize, kClass, "degree", 0, 0),
+                    "CNuPolynomial()") {}
 
 CNuPolynomial::CNuPolynomial(const CNuPolynomial& other) : CNuPolynomial(other.m_degree, kCopy) {
   std::copy_n(other.m_data, m_degree + 1, m_data);
@@ -95,7 +96,7 @@ double CNuPolynomial::operator[](int i) const {
 }
 
 void CNuPolynomial::FailIndex() const {
-  FailOperation(3, "element operator[]", kClass, 0, m_degree);
+  FailOperation(NuOperationIndex, "element operator[]", kClass, 0, m_degree);
 }
 
 ENuBoolean CNuPolynomial::IsZero(double tol) const {

@@ -30,14 +30,14 @@ void CNuPolynomial::Fit(const CNuDoubleArray& x, const CNuDoubleArray& y) {
 }
 
 void CNuPolynomial::Fit(const CNuDoubleArray& x, const CNuDoubleArray& y, double* residualSum) try {
-  if (x.GetSize() != y.GetSize()) FailOperation(5, "data checking", "CNuPolynomial::Fit()");
-  if (x.GetSize() == 0) throw CNuConstructionException(1, "CNuMatrix", "number of rows/columns", 0, 0);
+  if (x.GetSize() != y.GetSize()) FailOperation(NuOperationSizeMismatch, "data checking", "CNuPolynomial::Fit()");
+  if (x.GetSize() == 0) throw CNuConstructionException(NuConstructionSize, "CNuMatrix", "number of rows/columns", 0, 0);
   const Samples samples = {x.GetData(), y.GetData(), x.GetSize()};
   const double tolerance = NuGetTol();
   const double cut = tolerance > kSingular ? tolerance : kSingular;
   CNuPolynomial fitted(m_degree);
   if (!SolvePolynomial(samples, m_degree, cut, NuGetZero(), fitted.m_data)) {
-    FailOperation(46, "calculation", "CNuMatrix::SVD()");
+    FailOperation(NuOperationFailed, "calculation", "CNuMatrix::SVD()");
   }
   for (int i = 0; i <= m_degree; ++i) {
     if (std::fabs(fitted.m_data[i]) < kVanishing) fitted.m_data[i] = 0.0;

@@ -46,7 +46,8 @@ void CNuTriagEqu::Solve(const CNuTriag& t) {
 
 void CNuTriagEqu::Store(const double* cosines, const double* sines, int degree) {
   for (int k = 0; k <= degree; ++k) {
-    if (!std::isfinite(cosines[k]) || (k > 0 && !std::isfinite(sines[k]))) FailOperation(46, "calculation", kSolve);
+    if (!std::isfinite(cosines[k]) || (k > 0 && !std::isfinite(sines[k])))
+      FailOperation(NuOperationFailed, "calculation", kSolve);
   }
   try {
     const std::vector<double> found = TrigRoots(cosines, sines, degree);

@@ -19,7 +19,7 @@ constexpr const char* kInit = "CNuTriagPolynomial::Init()";
 
 // A degree whose coefficients cannot be counted is one for which there is no memory.
 int CoefficientsOf(int degree) {
-  if (degree < 0) throw CNuConstructionException(2, "CNuTriagPolynomial", "degree", 0, 0);
+  if (degree < 0) throw CNuConstructionException(NuConstructionNegativeSize, "CNuTriagPolynomial", "degree", 0, 0);
   if (degree > kMostDegree) throw CNuMemoryException(kInit);
   return 2 * (degree + 1);
 }
@@ -30,7 +30,7 @@ int DegreeOfProduct(int n, int m) {
 }
 
 void RequireHarmonic(int k, int degree, const char* where) {
-  if (k < 0 || k > degree) FailOperation(4, "operation", where, 0, degree);
+  if (k < 0 || k > degree) FailOperation(NuOperationCoefficient, "operation", where, 0, degree);
 }
 
 }  // namespace

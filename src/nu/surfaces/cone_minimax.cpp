@@ -21,10 +21,11 @@ constexpr int kLeastPoints = 6;
 // What a search that found no optimum ran into. Required: the limit is reached by the step that ends the search, too;
 // hosts count on a limit that is never used up.
 void RequireOptimum(const ConeZone& found, long maxIter) {
-  if (!found.linearised) FailOperation(46, "calculation", "CNuConSurf::FitMinZone()::mzconp()");
+  if (!found.linearised) FailOperation(NuOperationFailed, "calculation", "CNuConSurf::FitMinZone()::mzconp()");
   if (found.end == MinimaxEnd::limitReached || found.steps >= maxIter) FailFit(kIterationLimit, kName);
   if (found.end == MinimaxEnd::unsolved)
-    FailOperation(17, "solving a linear system with inequality constraints", "CNuConSurf::acm552m()");
+    FailOperation(NuOperationUnsolvable, "solving a linear system with inequality constraints",
+                  "CNuConSurf::acm552m()");
   if (found.end != MinimaxEnd::converged) FailFit(kNumericalFailure, "CNuConSurf::FitMinZone");
 }
 

@@ -6,21 +6,18 @@
 
 namespace nu::internal {
 
-inline constexpr int kNotFinite = 43;
-inline constexpr int kLimitReached = 44;
-
 // The failures that the classes of integration share; `where` names the operation.
 inline void RequireConverged(const Quadrature& q, const char* where) {
   if (q.end == QuadratureEnd::noMemory) throw CNuMemoryException(where);
-  if (q.end == QuadratureEnd::notFinite) FailOperation(kNotFinite, "operation", where);
-  if (q.end == QuadratureEnd::limitReached) FailOperation(kLimitReached, "operation", where);
+  if (q.end == QuadratureEnd::notFinite) FailOperation(NuOperationIntegrand, "operation", where);
+  if (q.end == QuadratureEnd::limitReached) FailOperation(NuOperationIntegrationLimit, "operation", where);
 }
 
 // A null pointer has no finite values.
 template<class... Functions>
 void RequireFunctions(const char* where, Functions... functions) {
   const bool all = (... && static_cast<bool>(functions));
-  if (!all) FailOperation(kNotFinite, "operation", where);
+  if (!all) FailOperation(NuOperationIntegrand, "operation", where);
 }
 
 }  // namespace nu::internal

@@ -9,23 +9,21 @@
 // The checks that the classes of interpolation share.
 namespace nu::internal {
 
-inline constexpr int kOutside = 40;
-inline constexpr int kInvalidData = 41;
 inline constexpr const char* kArrayChecking = "array data checking";
 
 inline void RequireFinite(const double* values, int count, const char* what, const char* where) {
   for (int i = 0; i < count; ++i) {
-    if (!std::isfinite(values[i])) FailOperation(kInvalidData, what, where);
+    if (!std::isfinite(values[i])) FailOperation(NuOperationData, what, where);
   }
 }
 
 // Two or more finite, strictly increasing values whose differences do not overflow.
 inline void RequireGrid(const CNuDoubleArray& x, const char* what, const char* where) {
-  if (x.GetSize() < 2) FailOperation(kInvalidData, what, where);
+  if (x.GetSize() < 2) FailOperation(NuOperationData, what, where);
   for (int i = 1; i < x.GetSize(); ++i) {
-    if (!(x[i - 1] < x[i])) FailOperation(kInvalidData, what, where);
+    if (!(x[i - 1] < x[i])) FailOperation(NuOperationData, what, where);
   }
-  if (!std::isfinite(x.Last() - x.First())) FailOperation(kInvalidData, what, where);
+  if (!std::isfinite(x.Last() - x.First())) FailOperation(NuOperationData, what, where);
 }
 
 // Also for a NaN, and for the empty grid of an object that was moved from.
@@ -34,7 +32,7 @@ inline void RequireInside(const CNuDoubleArray& x, double at, const char* where)
   const double lower = empty ? 0.0 : x.First();
   const double upper = empty ? 0.0 : x.Last();
   if (empty || !(at >= lower && at <= upper))
-    throw CNuOperationException(kOutside, "data checking", where, 0, 0, lower, upper);
+    throw CNuOperationException(NuOperationOutside, "data checking", where, 0, 0, lower, upper);
 }
 
 }  // namespace nu::internal

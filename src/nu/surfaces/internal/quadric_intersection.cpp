@@ -138,7 +138,7 @@ bool QuadricIntersection::IsOnBoth(const CNuObject& object) const {
 }
 
 void QuadricIntersection::Require(bool isOnBoth) const {
-  if (!isOnBoth) FailOperation(46, "calculation", m_where);
+  if (!isOnBoth) FailOperation(NuOperationFailed, "calculation", m_where);
 }
 
 void QuadricIntersection::AddPoint(Vec3 p) {

@@ -57,7 +57,7 @@ GaussNewtonEnd RunSurfaceFit(PointView points, PointBlocks& blocks, Fit& fit, bo
   if (!StartFit(points, blocks, fit, start)) {
     if (!blocks.AllFinite()) FailFit(kNumericalFailure, name);
     // Required: this failure is the algebraic fit's own, and hosts catch it as such.
-    FailOperation(46, "calculation", "CNuSurface::QuadricAxes()");
+    FailOperation(NuOperationFailed, "calculation", "CNuSurface::QuadricAxes()");
   }
   const GaussNewtonRule rule{.tolerance = NuGetTol(),
                              .large = NuGetLarge(),
