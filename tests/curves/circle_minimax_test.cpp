@@ -279,22 +279,9 @@ TEST(ZoneCircle, IsThatOfTheTorusForPointsInSpace) {
   EXPECT_EQ(inner.GetRadius(), 0.0);
 }
 
-struct Circles {
-  using Feature = CNuCircle;
-  static constexpr double kWhole = 360.0, kTouch = 1e-13;
-  static CNuPointArray Cloud(Random& random, int n, double sweep) { return CircleCloud(random, n, 10.0, sweep, 0.02); }
-  static void Min(CNuCircle& a, const CNuPointArray& points, double tol) { a.FitMin(points, tol); }
-  static void Max(CNuCircle& a, const CNuPointArray& points, double tol) { a.FitMax(points, tol); }
-  static CNuPoint Place(const CNuCircle& a) { return a.GetCentre(); }
-  static void ExpectMoved(const Motion& motion, double size, const CNuCircle& a, const CNuCircle& b, double tol) {
-    EXPECT_NEAR(motion(a.GetCentre()).DistanceTo(b.GetCentre() * (1.0 / size)), 0.0, tol);
-    EXPECT_NEAR((motion.Direction(CNuPoint(0, 0, 1)).To3DVector() * b.GetNormal()).Magnitude(), 0.0, 1e-12);
-  }
-};
-
 TEST(MinimaxCircles, FollowTheirPoints) {
-  Random random(506);
-  ExpectFollowing<Circles>(random, {360.0, 200.0, 60.0});
+  ExpectFollowing("CNuCircle", Random(506), 360.0, {360.0, 200.0, 60.0},
+                  [](Random& random, int n, double sweep) { return CircleCloud(random, n, 10.0, sweep, 0.02); });
 }
 
 }  // namespace

@@ -227,22 +227,6 @@ TEST(LineZone, TheLimitOnlyEndsTheSteps) {
   EXPECT_GE(needed, 2);
 }
 
-// Whatever a host passes, the fit ends, and what it returns is finite.
-TEST(LineZone, ExtremesEnd) {
-  Random random(10);
-  for (const double size : {1e300, 1e150, 1e-150, 1e-300, 5e-324}) {
-    for (const int kind : {0, 3, 4, 5}) {
-      Fitted f;
-      const CNuPointArray points = Scaled(Cloud(random, kind, 50), 1e-2 * size);
-      if (f.line.FitMinZoneEx(points, &f.zone, 0.0, kLimit) != NuFitSuccess) continue;
-      EXPECT_TRUE(std::isfinite(f.zone) && f.zone >= 0.0);
-      if (size < 1e-200) continue;
-      const CNuPoint place = f.line.GetPoint() * (1.0 / size);
-      EXPECT_LE(LargestDistance(Scaled(points, 1.0 / size), place, f.line.GetDirection()), 0.5 * f.zone / size + 1e-13);
-    }
-  }
-}
-
 // Points of a lattice have many axes that are equally good; which one is found is no matter of their order.
 TEST(LineZone, ChoosesAmongEqualOptimaAlikeInAnyOrder) {
   Random random(31);

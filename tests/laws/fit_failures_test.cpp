@@ -191,6 +191,22 @@ TEST(FitFailures, LimitsAreReached) {
   }
 }
 
+// A result is finite, and of the size of its points.
+TEST(FitFailures, PointsOfAnySizeEnd) {
+  Random random(37);
+  for (const AnyFit& fit : kAllFits) {
+    if (IsOfAny(fit, "Curve")) continue;  // waves have two units
+    for (const double size : {1e300, 1e150, 1e-150, 1e-300, 5e-324}) {
+      for (const CNuPointArray& points : {fit.points(random, 40), BoxCloud(random, 40, 3.0, 2.0, 1.0)}) {
+        Fitted f;
+        if (FailureOf([&] { fit.run(Scaled(points, size), 0.0, kLimit, f); }) != "nothing") continue;
+        EXPECT_TRUE(std::isfinite(f.place.DistanceTo(CNuPoint()) + f.radius + f.form)) << fit.Name() << " " << size;
+        EXPECT_TRUE(size < 1e-200 || f.form <= 50.0 * size) << fit.Name() << " " << size;
+      }
+    }
+  }
+}
+
 // They spoil a result at most.
 TEST(FitFailures, TolerancesThatMeanNothingEnd) {
   Random random(36);

@@ -9,9 +9,8 @@
 #include <limits>
 #include <string>
 
-#include "nu/nu.h"
-#include "support/clouds.h"
 #include "support/failures.h"
+#include "support/fitted.h"
 
 // What the minimax fits of several features are judged by.
 namespace nu::test {
@@ -35,43 +34,44 @@ Extremes DistancesFrom(const Place& place, const CNuPointArray& points) {
   return e;
 }
 
-// Rigid motion, size and order carry all three fits along, sizes whose squares overflow or vanish included; what
-// encloses encloses and touches, and the zone is never wider than the least-squares form. A kind has a Feature with a
-// radius, a Cloud up to kWhole degrees, Min and Max, a Place from which points are measured, and tells by ExpectMoved
-// what else has to be the same.
-template<class Kind>
-void ExpectFollowing(Random& random, std::initializer_list<double> parts) {
+// Rigid motion, size and order carry all three fits of a feature with a radius along, sizes whose squares overflow or
+// vanish included; what encloses encloses and touches, and the zone is never wider than the least-squares form. `cloud`
+// makes points of a part of the feature, which is `whole` degrees.
+template<class Cloud>
+void ExpectFollowing(const std::string& className, Random random, double whole, std::initializer_list<double> parts,
+                     Cloud cloud) {
+  constexpr double kTouch = 1e-13;
+  const auto distances = [&](const Fitted& f, const CNuPointArray& points) {
+    return className == "CNuCylSurf" ? DistancesFrom(CNuLine(f.place, f.axis), points) : DistancesFrom(f.place, points);
+  };
   for (const double part : parts) {
     for (const int n : {12, 300, 5000}) {
-      const CNuPointArray points = Kind::Cloud(random, n, part);
+      const CNuPointArray points = cloud(random, n, part);
       const Motion motion = RandomMotion(random, 100.0);
-      const double tol = 1e-11 * std::pow(Kind::kWhole / part, 2.0);
-      typename Kind::Feature a(1.0), b(1.0), inner(1.0), outer(1.0);
-      for (const double size : {1.0, 1e-3, 1e5, 1e-150, 1e150}) {
-        const CNuPointArray moved = Scaled(Shuffled(random, motion(points)), size);
-        const auto expectSame = [&](const char* what) {
-          SCOPED_TRACE(what + std::to_string(part) + " " + std::to_string(n) + " " + std::to_string(size));
-          EXPECT_NEAR(b.GetRadius() / size, a.GetRadius(), tol);
-          Kind::ExpectMoved(motion, size, a, b, tol);
-        };
-        Kind::Min(a, points, 1e-9), Kind::Min(b, moved, 0.0);
-        expectSame("min ");
-        EXPECT_NEAR(DistancesFrom(Kind::Place(a), points).farthest, a.GetRadius(), Kind::kTouch);
-        if (part > 0.5 * Kind::kWhole && n > 12) {
-          Kind::Max(a, points, 1e-9), Kind::Max(b, moved, 0.0);
-          expectSame("max ");
-          EXPECT_NEAR(DistancesFrom(Kind::Place(a), points).nearest, a.GetRadius(), Kind::kTouch);
+      const double tol = 1e-11 * std::pow(whole / part, 2.0);
+      for (const Criterion by : {kCircumscribed, kInscribed, kZone}) {
+        if (by == kInscribed && (part <= 0.5 * whole || n == 12)) continue;
+        const AnyFit& fit = TheFit(className, by);
+        const Fitted a = FitOf(fit, points);
+        const Extremes e = distances(a, points);
+        EXPECT_NEAR(by == kInscribed ? e.nearest : e.farthest, by == kZone ? a.outer.radius : a.radius, kTouch);
+        if (by == kZone) {
+          EXPECT_NEAR(e.nearest, a.inner.radius, kTouch);
+          EXPECT_LE(a.form, FitOf(TheFit(className), points).form);
         }
-        double zone = 0.0, zoneMoved = 0.0, form = 0.0, sumsq = 0.0;
-        a.FitMinZone(points, &zone, &inner, &outer, 1e-9, 1000);
-        ASSERT_EQ(b.FitMinZoneEx(moved, &zoneMoved, 0.0, 1000), NuFitSuccess) << part << " " << n << " " << size;
-        expectSame("zone ");
-        EXPECT_NEAR(zoneMoved / size, zone, 1e-11);
-        const Extremes e = DistancesFrom(Kind::Place(a), points);
-        EXPECT_NEAR(e.nearest, inner.GetRadius(), 1e-13);
-        EXPECT_NEAR(e.farthest, outer.GetRadius(), 1e-13);
-        b.Fit(points, &form, &sumsq, 1000);
-        EXPECT_LE(zone, form);
+        const CNuVector axis = motion.Direction(a.axis.To3DPoint()).To3DVector();
+        for (const double size : {1.0, 1e-3, 1e5, 1e-150, 1e150}) {
+          SCOPED_TRACE(fit.Name() + " " + std::to_string(part) + " " + std::to_string(n) + " " + std::to_string(size));
+          const CNuPointArray moved = Scaled(Shuffled(random, motion(points)), size);
+          Fitted b;
+          ASSERT_EQ(
+              fit.runEx == nullptr ? (fit.run(moved, 0.0, 1000, b), NuFitSuccess) : fit.runEx(moved, 0.0, 1000, b),
+              NuFitSuccess);
+          EXPECT_NEAR(b.radius / size, a.radius, tol);
+          EXPECT_NEAR(motion(a.place).DistanceTo(b.place * (1.0 / size)), 0.0, tol);
+          EXPECT_NEAR((axis * b.axis).Magnitude(), 0.0, tol);
+          EXPECT_NEAR(by == kZone ? b.form / size : a.form, a.form, 1e-11);
+        }
       }
     }
   }

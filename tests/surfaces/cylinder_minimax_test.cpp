@@ -43,29 +43,10 @@ TEST(MinimaxCylinders, OfPointsOnALineOrInAPlane) {
   EXPECT_NEAR(std::fabs(a.GetAxisDirection() % circle.GetNormal()), 1.0, 1e-15);
 }
 
-struct Cylinders {
-  using Feature = CNuCylSurf;
-  static constexpr double kWhole = 360.0, kTouch = 1e-13;
-  static CNuPointArray Cloud(Random& random, int n, double sweep) {
-    return CylinderCloud(random, n, 10.0, 50.0, sweep, 0.01);
-  }
-  static void Min(CNuCylSurf& a, const CNuPointArray& points, double tol) {
-    EXPECT_EQ(a.FitMinEx(points, tol, 1000), NuFitSuccess);
-  }
-  static void Max(CNuCylSurf& a, const CNuPointArray& points, double tol) {
-    EXPECT_EQ(a.FitMaxEx(points, tol, 1000), NuFitSuccess);
-  }
-  static CNuLine Place(const CNuCylSurf& a) { return a.GetAxis(); }
-  static void ExpectMoved(const Motion& motion, double size, const CNuCylSurf& a, const CNuCylSurf& b, double tol) {
-    EXPECT_NEAR(motion(a.GetAxis().GetPoint()).DistanceTo(b.GetAxis().GetPoint() * (1.0 / size)), 0.0, tol);
-    const CNuVector turned = motion.Direction(a.GetAxisDirection().To3DPoint()).To3DVector();
-    EXPECT_NEAR((turned * b.GetAxisDirection()).Magnitude(), 0.0, tol);
-  }
-};
-
 TEST(MinimaxCylinders, FollowTheirPoints) {
-  Random random(743);
-  ExpectFollowing<Cylinders>(random, {360.0, 220.0, 60.0, 15.0});
+  ExpectFollowing(
+      "CNuCylSurf", Random(743), 360.0, {360.0, 220.0, 60.0, 15.0},
+      [](Random& random, int n, double sweep) { return CylinderCloud(random, n, 10.0, 50.0, sweep, 0.01); });
 }
 
 // More points than are all taken at once, none farther from the axis than the others.

@@ -164,21 +164,9 @@ TEST(ZoneSphere, OfPointsInOnePlaneOrOnASphere) {
   EXPECT_EQ(outer.GetRadius() - sphere.GetRadius(), width) << "one of them may be the sphere that is fitted";
 }
 
-struct Spheres {
-  using Feature = CNuSphSurf;
-  static constexpr double kWhole = 180.0, kTouch = 1e-14;
-  static CNuPointArray Cloud(Random& random, int n, double cap) { return SphereCloud(random, n, 10.0, cap, 0.01); }
-  static void Min(CNuSphSurf& a, const CNuPointArray& points, double tol) { a.FitMin(points, tol); }
-  static void Max(CNuSphSurf& a, const CNuPointArray& points, double tol) { a.FitMax(points, tol); }
-  static CNuPoint Place(const CNuSphSurf& a) { return a.GetCentre(); }
-  static void ExpectMoved(const Motion& motion, double size, const CNuSphSurf& a, const CNuSphSurf& b, double tol) {
-    EXPECT_NEAR(motion(a.GetCentre()).DistanceTo(b.GetCentre() * (1.0 / size)), 0.0, tol);
-  }
-};
-
 TEST(MinimaxSpheres, FollowTheirPoints) {
-  Random random(709);
-  ExpectFollowing<Spheres>(random, {180.0, 120.0, 60.0, 15.0});
+  ExpectFollowing("CNuSphSurf", Random(709), 180.0, {180.0, 120.0, 60.0, 15.0},
+                  [](Random& random, int n, double cap) { return SphereCloud(random, n, 10.0, cap, 0.01); });
 }
 
 }  // namespace
