@@ -25,13 +25,13 @@ class NU_EXPORT CNuAlgEqu : public CNuAlgebra {
   ~CNuAlgEqu() override;
 
   // Solves p(x) = 0 and replaces the roots. Leading coefficients that are 0 or below NuGetZero() in magnitude do not
-  // count; degree 0 gives no roots; a root beyond the range of numbers is left out. A coefficient that is not finite:
-  // CNuOperationException cause 46, "calculation", and the roots stay as they were.
+  // count; degree 0 gives no roots; a root beyond the range of numbers is left out.
   // Degrees 2 to 4 in closed form, others by Laguerre's method; then real roots are polished. The complex ones are
   // exact conjugates. A pair whose real part is a root to rounding counts as two real roots: a double root is never
   // lost. So does, where a host sets NuGetTol() above its default, a pair with imaginary parts below it. Reads
   // NuGetTol(), NuGetSqrtTol(), NuGetZero(), NuGetLarge() and NuGetLengthTol(), none of which can keep it from ending.
   // The coefficients count, also where p carries a Chebyshev expression.
+  // Fails with CNuOperationException ("calculation"), the roots unchanged: cause 46, a coefficient is not finite.
   void Solve(const CNuPolynomial& p);
   // The same for complex coefficients, of x^i in element i, by Laguerre's method. Hosts rely on an equation of degree
   // 0, or an empty array, leaving the present roots as they are. No polishing.

@@ -9,7 +9,8 @@
 // recurrence T_n = 2x T_(n-1) - T_(n-2) in double arithmetic: exact up to degree 80.
 class NU_EXPORT CNuChebyshevPolynomial : public CNuAlgebra {
  public:
-  // n < 0: CNuConstructionException cause 2, "degree". No memory: CNuMemoryException.
+  // Fails with CNuConstructionException ("CNuChebyshevPolynomial", "degree"): cause 2, n < 0. No memory:
+  // CNuMemoryException.
   explicit CNuChebyshevPolynomial(int n);
   CNuChebyshevPolynomial(const CNuChebyshevPolynomial&) = default;
   CNuChebyshevPolynomial(CNuChebyshevPolynomial&&) noexcept = default;
@@ -28,7 +29,7 @@ class NU_EXPORT CNuChebyshevPolynomial : public CNuAlgebra {
 // is zero everywhere.
 class NU_EXPORT CNuChebyshevPolynomialExpression : public CNuAlgebra {
  public:
-  // n < 0: CNuConstructionException cause 2, "degree".
+  // Fails with CNuConstructionException ("CNuChebyshevPolynomialExpression", "degree"): cause 2, n < 0.
   explicit CNuChebyshevPolynomialExpression(int n);
   CNuChebyshevPolynomialExpression(const CNuChebyshevPolynomialExpression&) = default;
   CNuChebyshevPolynomialExpression(CNuChebyshevPolynomialExpression&&) noexcept = default;
@@ -37,12 +38,13 @@ class NU_EXPORT CNuChebyshevPolynomialExpression : public CNuAlgebra {
   ~CNuChebyshevPolynomialExpression() override;
 
   // Fits f by its values at the n + 11 Chebyshev nodes, each asked once. A value that is not finite spoils the
-  // coefficients. Not a < b, a width beyond the range of double, or a null f: CNuOperationException cause 41, "data
-  // checking"; no memory: CNuMemoryException. These, and what f throws, leave the expression as it was.
+  // coefficients.
+  // Fails with CNuOperationException ("data checking"): cause 41, not a < b, b - a overflows, or f is null. No memory:
+  // CNuMemoryException. These, and what f throws, leave the expression unchanged.
   void FitMinMax(double a, double b, double (*f)(double));
 
-  // Value and derivative, both ends of the interval included. x outside [a, b]: cause 40, "data checking", for the
-  // value with a and b as its doubles.
+  // Value and derivative, both ends of the interval included.
+  // Fails with CNuOperationException ("data checking"): cause 40, x is outside [a, b], for the value with a and b.
   double ValueAt(double x) const;
   double DerivativeAt(double x) const;
 

@@ -18,11 +18,14 @@ class NU_EXPORT CNuIntegral2D : public CNuNumericalAnalysis {
   ~CNuIntegral2D() override;
 
   // The integral over x of the integrals of f(x, y) over y, whose bounds are constant or functions of x. Tolerance,
-  // failures and methods are those of CNuIntegral::Calculate; a failing inner integral fails the whole. f may jump or
-  // have kinks along lines and curves in any direction; strips across the area are found down to a width of 1/1000,
-  // bodies down to 1/100 of it, smaller ones by luck. About 75000 samples are taken at least, on average at most 524288
-  // in each of the maxIter levels (10.5 million by default). Bounds in reverse order negate, the inner ones for that x
-  // alone. Smooth bounds are best: where an inner bound has a kink, let x end.
+  // rules and failures ("CNuIntegral2D::Calculate()") are those of CNuIntegral::Calculate; an inner integral that does
+  // not converge fails the whole. Bounds in reverse order negate, the inner ones for that x alone. Smooth bounds are
+  // best: where an inner bound has a kink, let x end. About 75,000 samples are taken at least, at most 524,288 on
+  // average in each of the maxIter levels (10.5 million by default).
+  //
+  // f may jump or have kinks along lines and curves in any direction. What is narrower than the distance of the samples
+  // can be missed, and the estimate does not show it: strips across the area are found down to a width of 1/1000, discs
+  // and other bodies down to a diameter of 1/100 of it, smaller ones by chance. Integrate a smaller one by itself.
   double Calculate(double (*f)(double, double), double ax, double bx, double ay, double by, double tol,
                    long maxIter = 20);
   double Calculate(double (*f)(double, double), double ax, double bx, double (*ay)(double), double (*by)(double),

@@ -18,12 +18,15 @@ class NU_EXPORT CNuIntegral3D : public CNuNumericalAnalysis {
   ~CNuIntegral3D() override;
 
   // The integral over x of the integrals over y of the integrals of f(x, y, z) over z. Bounds are constant, or
-  // functions of the outer variables. Tolerance, failures and methods are those of CNuIntegral::Calculate; a failing
-  // inner integral fails the whole. f may jump or have kinks on surfaces in any direction; slabs across the volume are
-  // found down to a width of 1/100, bodies down to 1/10 of it, smaller ones by luck. About 335000 samples are taken at
-  // least, on average at most 2097152 in each of the maxIter levels (42 million by default, half a second for a simple
-  // f). Bounds in reverse order negate, the inner ones for those x and y alone. Smooth bounds are best: where an inner
-  // bound has a kink, let an outer interval end.
+  // functions of the outer variables. Tolerance, rules and failures ("CNuIntegral3D::Calculate()") are those of
+  // CNuIntegral::Calculate; an inner integral that does not converge fails the whole. Bounds in reverse order negate,
+  // the inner ones for those x and y alone. Smooth bounds are best: where an inner bound has a kink, let an outer
+  // interval end. About 335,000 samples are taken at least, at most 2,097,152 on average in each of the maxIter levels
+  // (42 million by default, which takes about a second for a simple f; maxIter bounds it further).
+  //
+  // f may jump or have kinks on surfaces in any direction. What is narrower than the distance of the samples can be
+  // missed, and the estimate does not show it: slabs across the volume are found down to a width of 1/100, bodies down
+  // to a diameter of 1/10 of it, smaller ones by chance. Integrate a smaller one by itself.
   double Calculate(double (*f)(double, double, double), double ax, double bx, double ay, double by, double az,
                    double bz, double tol, long maxIter = 20);
   double Calculate(double (*f)(double, double, double), double ax, double bx, double (*ay)(double),

@@ -9,9 +9,9 @@
 // at x_i to the last bit. Copies are deep. No memory: CNuMemoryException.
 class NU_EXPORT CNuInterpolation : public CNuNumericalAnalysis {
  public:
-  // Sizes differ: CNuOperationException cause 5, "array data checking". Fewer than two points, x not strictly
-  // increasing, a coordinate that is not finite, or a range of x beyond that of double: cause 41, "array data
-  // checking".
+  // Fails with CNuOperationException ("array data checking"), checked in this order:
+  //    5  x and y differ in size
+  //   41  fewer than two points, x not strictly increasing, a coordinate is not finite, or the range of x overflows
   CNuInterpolation(const CNuDoubleArray& x, const CNuDoubleArray& y);
   CNuInterpolation(const CNuInterpolation&) = default;
   CNuInterpolation(CNuInterpolation&&) noexcept = default;
@@ -20,7 +20,8 @@ class NU_EXPORT CNuInterpolation : public CNuNumericalAnalysis {
 
   int GetSize() const { return m_x.GetSize(); }
 
-  // x outside [x_0, x_{n-1}], or NaN, in any of these: cause 40, "data checking", with the range in the two doubles.
+  // All of these fail with CNuOperationException ("data checking"): cause 40, x is outside [x_0, x_{n-1}] or NaN, with
+  // the range in the two doubles.
 
   // Straight between neighbouring points.
   double Linear(double x) const;

@@ -10,9 +10,11 @@
 // strictly increasing. They give z_ij at the nodes to the last bit. Copies are deep. No memory: CNuMemoryException.
 class NU_EXPORT CNuInterpolation2D : public CNuNumericalAnalysis {
  public:
-  // z is m x n, one row per x. Other sizes: CNuOperationException cause 5, "matrix and array data checking". Fewer than
-  // two x or y, x or y not strictly increasing, a value that is not finite, or a range of x or y beyond that of double:
-  // cause 41 with the same text.
+  // z is m x n, one row per x.
+  // Fails with CNuOperationException ("matrix and array data checking"), checked in this order:
+  //    5  z is not m x n
+  //   41  fewer than two x or y, x or y not strictly increasing, a value is not finite, or the range of x or y
+  //   overflows
   CNuInterpolation2D(const CNuDoubleArray& x, const CNuDoubleArray& y, const CNuMatrix& z);
   CNuInterpolation2D(const CNuInterpolation2D&) = default;
   CNuInterpolation2D(CNuInterpolation2D&&) noexcept = default;
@@ -22,8 +24,8 @@ class NU_EXPORT CNuInterpolation2D : public CNuNumericalAnalysis {
   int GetSizeX() const { return m_x.GetSize(); }
   int GetSizeY() const { return m_y.GetSize(); }
 
-  // A coordinate outside the grid, or NaN: cause 40, "data checking", with that coordinate's range in the two doubles;
-  // x is looked at first.
+  // Both fail with CNuOperationException ("data checking"): cause 40, x, which is checked first, or y is outside the
+  // grid or NaN, with its range in the two doubles.
 
   // Linear in x and in y between neighbouring nodes.
   double Bilinear(double x, double y) const;

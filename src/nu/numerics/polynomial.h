@@ -10,7 +10,7 @@
 // gives its values instead of the coefficients. Copies are deep. No memory: CNuMemoryException.
 class NU_EXPORT CNuPolynomial : public CNuAlgebra {
  public:
-  // Degree n with zero coefficients. n < 0: CNuConstructionException cause 2, "degree".
+  // Degree n with zero coefficients. Fails with CNuConstructionException ("CNuPolynomial", "degree"): cause 2, n < 0.
   explicit CNuPolynomial(int n = 0);
   CNuPolynomial(const CNuPolynomial& other);
   CNuPolynomial(CNuPolynomial&& other) noexcept;
@@ -22,7 +22,7 @@ class NU_EXPORT CNuPolynomial : public CNuAlgebra {
   const double* GetData() const { return m_data; }
   double* GetData() { return m_data; }
 
-  // The coefficient of x^i. Out of range: CNuOperationException cause 3 with the valid range.
+  // The coefficient of x^i. Fails with CNuOperationException: cause 3, i is out of range, with the valid range.
   double& operator[](int i);
   double operator[](int i) const;
 
@@ -41,13 +41,13 @@ class NU_EXPORT CNuPolynomial : public CNuAlgebra {
   CNuPolynomial operator-(double s) const;
   CNuPolynomial& operator+=(double s);
   CNuPolynomial& operator-=(double s);
-  // A factor above NuGetLarge(): CNuOperationException cause 7; a divisor below NuGetZero(): cause 6.
+  // Fails with CNuOperationException: cause 7, a factor above NuGetLarge(); cause 6, a divisor below NuGetZero().
   CNuPolynomial operator*(double s) const;
   CNuPolynomial operator/(double s) const;
   CNuPolynomial& operator*=(double s);
   CNuPolynomial& operator/=(double s);
 
-  // By Horner's rule, or of the Chebyshev expression, which refuses x outside its interval (cause 40).
+  // By Horner's rule, or of the Chebyshev expression, whose failures are those of its ValueAt and DerivativeAt.
   double ValueAt(double x) const;
   double DerivativeAt(double x) const;
 
@@ -58,9 +58,10 @@ class NU_EXPORT CNuPolynomial : public CNuAlgebra {
   // not determine (fewer samples than coefficients; singular values of the powers below 1e-10 of the largest, or below
   // NuGetTol() of it) come out as small as possible. Those below 1e-10 become exactly 0. residualSum, unless null,
   // receives the sum of squared residuals, 0 where it is below NuGetTol().
-  // Sizes differ: CNuOperationException cause 5, "data checking"; no samples: CNuConstructionException cause 1, that of
-  // a matrix without rows; an x or y, or a power of an x, that is not finite, or a singular value that is not
-  // found: cause 46, "calculation"; no memory: CNuMemoryException. A failure changes nothing.
+  // Fails with CNuOperationException, the polynomial and the output unchanged; checked in this order:
+  //    5  "data checking": x and y differ in size
+  //   46  "calculation": an x, a y or a power of an x is not finite, or a singular value is not found
+  // No samples: CNuConstructionException cause 1, that of a matrix without rows.
   void Fit(const CNuDoubleArray& x, const CNuDoubleArray& y);
   void Fit(const CNuDoubleArray& x, const CNuDoubleArray& y, double* residualSum);
 

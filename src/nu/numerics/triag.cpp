@@ -37,7 +37,7 @@ double CNuTriag::Amplitude() const {
 }
 
 // A tiny negative angle plus a full turn rounds to the full turn, which is no angle of the range. The atan2 of zeros
-// would tell their signs.
+// would show their signs.
 double CNuTriag::Phase() const {
   if (m_a == 0.0 && m_b == 0.0) return 0.0;
   const double angle = Atan2(m_b, m_a);

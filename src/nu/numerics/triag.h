@@ -33,7 +33,7 @@ class NU_EXPORT CNuTriag : public CNuTrigonometry {
   CNuTriag operator-() const;
   CNuTriag& operator+=(const CNuTriag& t);
   CNuTriag& operator-=(const CNuTriag& t);
-  // A factor above NuGetLarge(): CNuOperationException cause 7; a divisor below NuGetZero(): cause 6.
+  // Fails with CNuOperationException: cause 7, a factor above NuGetLarge(); cause 6, a divisor below NuGetZero().
   CNuTriag operator*(double f) const;
   CNuTriag operator/(double d) const;
   CNuTriag& operator*=(double f);

@@ -27,15 +27,16 @@ class NU_EXPORT CNuTriagEqu : public CNuTrigonometry {
   CNuTriagEqu& operator=(CNuTriagEqu&& other) noexcept;
   ~CNuTriagEqu() override;
 
-  // Replaces the roots. They stay as they are when a coefficient is not finite: CNuOperationException cause 46,
-  // "calculation"; or no memory: CNuMemoryException.
+  // Replaces the roots.
+  // Fails with CNuOperationException ("calculation"), the roots unchanged: cause 46, a coefficient is not finite. No
+  // memory: CNuMemoryException, the roots unchanged.
   void Solve(const CNuTriagPolynomial& p);
   void Solve(const CNuTriag& t);
 
   int GetNumberRoots() const { return m_roots.GetSize(); }
   // Ascending, each as often as its multiplicity.
   CNuDoubleArray GetRoots() const { return m_roots; }
-  // Neighbours not farther apart than tol, in radians, count as one root, at the mean of all that hang together so; the
+  // Neighbours not farther apart than tol, in radians, count as one root, at the mean of all that are so linked; the
   // first and the last are neighbours across 0. With tol = 0 only multiple roots are merged. Ascending in [0, 2 pi).
   CNuDoubleArray GetDistinctRoots(double tol) const;
 

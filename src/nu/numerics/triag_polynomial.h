@@ -10,7 +10,7 @@
 // b_0 is stored with the others and has no meaning. Copies are deep. No memory: CNuMemoryException.
 class NU_EXPORT CNuTriagPolynomial : public CNuTrigonometry {
  public:
-  // Degree n with zero coefficients. n < 0: CNuConstructionException cause 2, "degree".
+  // Degree n with zero coefficients. Fails with CNuConstructionException ("degree"): cause 2, n < 0.
   explicit CNuTriagPolynomial(int n = 0);
   // The wave as a polynomial of degree 1.
   explicit CNuTriagPolynomial(const CNuTriag& t);
@@ -23,7 +23,7 @@ class NU_EXPORT CNuTriagPolynomial : public CNuTrigonometry {
   const double* GetCosData() const { return m_cos; }
   const double* GetSinData() const { return m_sin; }
 
-  // a_k and b_k. Out of range: CNuOperationException cause 4 with the valid range.
+  // a_k and b_k. Fails with CNuOperationException: cause 4, k is out of range, with the valid range.
   double& Cos(int k);
   double Cos(int k) const;
   double& Sin(int k);
@@ -43,7 +43,7 @@ class NU_EXPORT CNuTriagPolynomial : public CNuTrigonometry {
   CNuTriagPolynomial& operator+=(const CNuTriagPolynomial& p);
   CNuTriagPolynomial& operator-=(const CNuTriagPolynomial& p);
   CNuTriagPolynomial& operator*=(const CNuTriagPolynomial& p);
-  // A factor above NuGetLarge(): CNuOperationException cause 7; a divisor below NuGetZero(): cause 6.
+  // Fails with CNuOperationException: cause 7, a factor above NuGetLarge(); cause 6, a divisor below NuGetZero().
   CNuTriagPolynomial operator*(double f) const;
   CNuTriagPolynomial operator/(double d) const;
   CNuTriagPolynomial& operator*=(double f);

@@ -87,7 +87,7 @@ class Search {
     return point;
   }
 
-  // Whether there are doubles between.
+  // Returns whether there were doubles between.
   bool Halve(bool jumps) {
     const auto& [p, q, r] = m_at;
     const double left = p.x + 0.5 * (q.x - p.x);

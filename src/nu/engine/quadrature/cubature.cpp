@@ -11,9 +11,9 @@
 // inner integral takes a share of the outer goal and hands its error estimate on with its value; the outer rule
 // integrates that too, so the final estimate holds them all.
 //
-// The breaks of an inner integral move with the outer variables, and leave its interval. Lines therefore tell their
-// neighbours where they met breaks; an outer panel, whose lines may have known less than those that came later, is
-// sampled once more before it is believed.
+// The breaks of an inner integral move with the outer variables, and leave its interval. Lines therefore pass the
+// places of their breaks on to their neighbours. The lines of an outer panel may have known fewer breaks than later
+// ones, so the panel is sampled once more before its error is believed.
 
 namespace nu::engine::quadrature {
 
@@ -22,7 +22,8 @@ namespace {
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 // No tolerance below this is aimed at: it is four times what rounding costs one integral, so that three can be nested.
 constexpr double kLeastTolerance = 16.0 * kEpsilon;
-// Of the outer goal. Its noise stays invisible to the outer rule, whose estimates magnify it by up to ten.
+// The inner integrals take this share of the outer goal. The outer rule, whose estimates magnify noise by up to ten,
+// then does not see theirs.
 constexpr double kInnerShare = 1.0 / 16.0;
 // Three halvings a level: the customary limit of 20 levels then goes down to the resolution of doubles.
 constexpr long kHalvingsPerLevel = 3;
@@ -30,7 +31,7 @@ constexpr long kHalvingsPerLevel = 3;
 constexpr long kMostLevels = 40;
 
 // Panels at the start and samples for each level, by the number of dimensions. On a line, 128 panels and three further
-// halvings where anything stirs find peaks of 1/5000 of the interval; over an area and a volume that cannot be paid.
+// halvings of every rough panel find peaks of 1/5000 of the interval; over an area or a volume that costs too much.
 struct Effort {
   int dimensions;
   int panels;
@@ -55,7 +56,7 @@ QuadratureLimits LimitsOf(const Effort& effort, long maxIter) {
           levels * kHalvingsPerLevel, std::max(levels, 1L) * effort.samplesPerLevel};
 }
 
-// NaN counts as the least.
+// A NaN counts as the least tolerance.
 QuadratureGoal GoalOf(double tol) {
   const double tolerance = tol > kLeastTolerance ? tol : kLeastTolerance;
   return {tolerance, tolerance, 0.0};
@@ -153,7 +154,7 @@ class Volume {
   double YAt(double x, double share) const { return Between(m_bounds.ay(x), m_bounds.by(x), share); }
   double ZAt(double x, double y, double share) const { return Between(m_bounds.az(x, y), m_bounds.bz(x, y), share); }
 
-  // One line in each direction.
+  // Searches one line in each direction.
   void Scout(double share, Places* expected) {
     const double x = Between(m_bounds.ax, m_bounds.bx, share);
     const double y = YAt(x, share);

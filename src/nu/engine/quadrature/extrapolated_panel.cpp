@@ -44,7 +44,7 @@ constexpr double kTrust = 4.0;
 // The epsilon algorithm's own rounding errors grow as those of the sums do.
 constexpr double kOwnErrors = 2.0;
 
-// Of the bound: the error of a shell is a mean over 45 samples, and not all are bounds of the same sign.
+// This share of the bound counts: the error of a shell is a mean over 45 samples, which do not all have one sign.
 constexpr double kAligned = 0.5;
 // Usual errors, as a share of their bounds.
 constexpr double kUsualShare = 0.05;

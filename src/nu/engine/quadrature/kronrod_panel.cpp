@@ -169,8 +169,8 @@ double ValueNear(const Samples& s, double sign, double rest, const Pairs& even) 
   return s.middle + 0.5 * (Dot(even, s.sum) + sign * Dot(odd, s.difference));
 }
 
-// What the probes beyond the outermost node tell about the integral there, if what they differ from the polynomial
-// grows no faster than the distance up to the probe before; infinite where one is not finite.
+// The error of the integral beyond the outermost node, by the probes there: their difference from the polynomial is
+// taken to grow no faster than the distance up to the probe before. Infinite where one is not finite.
 double ErrorBeyond(const Samples& s, double sign, double half, double noise, Probes probes) {
   const double gap = half * (1.0 - kNode[0]);
   double error = 0.0;

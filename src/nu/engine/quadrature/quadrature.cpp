@@ -47,7 +47,7 @@ constexpr double kSettledShare = 0.4;
 // The panels that stay may carry this share of the goal; the halved ones need the rest.
 constexpr double kStayingShare = 0.5;
 
-// Of one side of a place.
+// These are the probes on one side of a place.
 constexpr std::size_t kMostProbes = 24;
 struct ProbedSide {
   std::array<Probe, kMostProbes> probe;
@@ -134,7 +134,7 @@ class Subdivision {
     }
   }
 
-  // Between the ends, which overflows nowhere.
+  // Joint i lies between the ends; the formula does not overflow.
   double Joint(int i) const {
     if (i == m_limits.panels) return m_b;
     const double share = static_cast<double>(i) / m_limits.panels;
@@ -213,7 +213,7 @@ class Subdivision {
     return {place, ProbeSide(place, place - lo, -1.0), ProbeSide(place, hi - place, 1.0)};
   }
 
-  // Of panel i and the one after it, which may differ at a known break.
+  // How far panel i and the one after it disagree at their joint counts as error, unless the joint is a known break.
   double Disagreement(std::size_t i) const {
     if (m_panels[i].breakHi != kNoBreak) return 0.0;
     const double gap = std::max(m_panels[i].gap, m_panels[i + 1].gap);
@@ -269,7 +269,7 @@ class Subdivision {
     return std::numeric_limits<double>::infinity();
   }
 
-  // Whether anything was divided.
+  // Returns whether anything was divided.
   bool Refine(const Totals& totals, double target, bool reached, bool confirm) {
     const double threshold = reached ? std::numeric_limits<double>::infinity() : Threshold(kStayingShare * target);
     const auto intervals = static_cast<double>(m_breaks.size() - 1);
@@ -301,14 +301,14 @@ class Subdivision {
     return changed;
   }
 
-  // Whether the disagreement of panel i and the one after it must go, and is most of what is wrong with both.
+  // True if the disagreement of panel i and the one after it is too large, and is most of the error of both.
   bool MayHideBreak(std::size_t i, double threshold) const {
     const double disagreement = 0.5 * Disagreement(i);
     return disagreement > 0.0 && disagreement >= 0.5 * threshold &&
            disagreement >= std::max(m_panels[i].error, m_panels[i + 1].error);
   }
 
-  // Whether halving has found nothing but what is wrong beside the joint of panel i and the one after it. A singularity
+  // True if halving has isolated panel i and the one after it, and both stayed rough beside their joint. A singularity
   // on the joint may look the same from both sides.
   bool HasRoughJoint(std::size_t i) const {
     if (i + 1 >= m_panels.size() || m_panels[i].breakHi != kNoBreak) return false;
@@ -339,7 +339,7 @@ class Subdivision {
 
   static bool HasRoomAround(const Panel& panel, double x) { return HasRoom(panel.lo, x) && HasRoom(x, panel.hi); }
 
-  // By the double-exponential rule or by extrapolation, where it is due and one does it.
+  // Tries the double-exponential rule and extrapolation where they are due, and returns whether one succeeded.
   bool Settle(const Panel& panel, double goal) {
     const bool atEnd = panel.breakLo != kNoBreak || panel.breakHi != kNoBreak;
     const int since = atEnd && panel.rough ? panel.depth : panel.depth - kIsolated;

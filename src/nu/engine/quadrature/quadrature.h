@@ -51,7 +51,7 @@ class Places {
   std::size_t m_count = 0;
 };
 
-// What lines beside the interval know about f, and are told.
+// What is exchanged with the integrals over neighbouring lines.
 struct Surroundings {
   Places expected = {};     // where f may break
   Places* found = nullptr;  // takes where it does

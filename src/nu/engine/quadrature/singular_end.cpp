@@ -29,7 +29,7 @@ namespace {
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 constexpr double kInfinite = std::numeric_limits<double>::infinity();
 
-// Of the distances of successive probes, and its logarithm.
+// These are the ratio of the distances of successive probes, and its logarithm.
 constexpr double kRatio = 4.0;
 constexpr double kLogRatio = 1.38629436111989061883;
 // The farthest probe, as a share of the reach, whose end is never sampled.
@@ -169,7 +169,7 @@ void SingularEnd::Scan(double reach) {
   }
 }
 
-// Whether there is a logarithm is told by which law fits better.
+// The law that fits better decides whether there is a logarithm.
 void SingularEnd::FindLaw() {
   std::size_t i = 3;
   while (i + 1 < m_count && m_probe[i - 3].distance > kLawAt * std::fabs(m_c)) ++i;

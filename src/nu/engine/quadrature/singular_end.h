@@ -26,7 +26,7 @@ struct Shell {
 // follows there and bounds of its errors.
 class SingularEnd {
  public:
-  // On the side of c that the direction tells, 1 or -1, up to the distance `reach`. *samples takes what is spent.
+  // On the side of c in this direction, 1 or -1, up to the distance `reach`. *samples takes what is spent.
   SingularEnd(const Integrand& f, double c, double direction, double reach, long* samples);
 
   // Compares other values near c with the law, for ErrorWithin.
