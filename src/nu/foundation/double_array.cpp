@@ -25,8 +25,7 @@ void RequireNotEmpty(int size, const char* what, const char* where) {
 }  // namespace
 
 NU_DEFINE_ARRAY(CNuDoubleArray, double, double, kTexts)
-NU_DEFINE_ARRAY_REMOVE(CNuDoubleArray, double, kTexts)
-NU_DEFINE_ARRAY_SUB_ARRAY(CNuDoubleArray, double, kTexts)
+NU_DEFINE_ARRAY_PARTS(CNuDoubleArray, double, kTexts)
 NU_DEFINE_ARRAY_MASK(CNuDoubleArray, kTexts)
 
 void CNuDoubleArray::Clear() {

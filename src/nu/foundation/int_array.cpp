@@ -19,8 +19,7 @@ constexpr ArrayTexts kTexts = [] {
 }  // namespace
 
 NU_DEFINE_ARRAY(CNuIntArray, int, int, kTexts)
-NU_DEFINE_ARRAY_REMOVE(CNuIntArray, int, kTexts)
-NU_DEFINE_ARRAY_SUB_ARRAY(CNuIntArray, int, kTexts)
+NU_DEFINE_ARRAY_PARTS(CNuIntArray, int, kTexts)
 
 void CNuIntArray::Clear() {
   std::fill_n(m_data, m_capacity, 0);

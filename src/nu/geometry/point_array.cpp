@@ -10,11 +10,17 @@ namespace {
 
 constexpr ArrayTexts kTexts = NU_ARRAY_TEXTS("CNuPointArray");
 
+template<class Coordinate>
+CNuDoubleArray Coordinates(const CNuPointArray& points, Coordinate coordinate) {
+  CNuDoubleArray values(points.GetSize());
+  for (int i = 0; i < points.GetSize(); ++i) values.Add(coordinate(points.GetData()[i]));
+  return values;
+}
+
 }  // namespace
 
 NU_DEFINE_ARRAY(CNuPointArray, CNuPoint, const CNuPoint&, kTexts)
-NU_DEFINE_ARRAY_REMOVE(CNuPointArray, CNuPoint, kTexts)
-NU_DEFINE_ARRAY_SUB_ARRAY(CNuPointArray, CNuPoint, kTexts)
+NU_DEFINE_ARRAY_PARTS(CNuPointArray, CNuPoint, kTexts)
 NU_DEFINE_ARRAY_MASK(CNuPointArray, kTexts)
 
 void CNuPointArray::Clear() {
@@ -22,19 +28,13 @@ void CNuPointArray::Clear() {
 }
 
 CNuDoubleArray CNuPointArray::GetDataX() const {
-  CNuDoubleArray values(m_size);
-  for (int i = 0; i < m_size; ++i) values.Add(m_data[i].x());
-  return values;
+  return Coordinates(*this, [](const CNuPoint& p) { return p.x(); });
 }
 
 CNuDoubleArray CNuPointArray::GetDataY() const {
-  CNuDoubleArray values(m_size);
-  for (int i = 0; i < m_size; ++i) values.Add(m_data[i].y());
-  return values;
+  return Coordinates(*this, [](const CNuPoint& p) { return p.y(); });
 }
 
 CNuDoubleArray CNuPointArray::GetDataZ() const {
-  CNuDoubleArray values(m_size);
-  for (int i = 0; i < m_size; ++i) values.Add(m_data[i].z());
-  return values;
+  return Coordinates(*this, [](const CNuPoint& p) { return p.z(); });
 }

@@ -18,9 +18,7 @@ constexpr ArrayTexts kPolarTexts = NU_ARRAY_TEXTS("CNuComplexPolarArray");
 }  // namespace
 
 NU_DEFINE_ARRAY(CNuComplexArray, CNuComplex, const CNuComplex&, kComplexTexts)
-NU_DEFINE_ARRAY_REMOVE(CNuComplexArray, CNuComplex, kComplexTexts)
-NU_DEFINE_ARRAY_SUB_ARRAY(CNuComplexArray, CNuComplex, kComplexTexts)
+NU_DEFINE_ARRAY_PARTS(CNuComplexArray, CNuComplex, kComplexTexts)
 
 NU_DEFINE_ARRAY(CNuComplexPolarArray, CNuComplexPolar, const CNuComplexPolar&, kPolarTexts)
-NU_DEFINE_ARRAY_REMOVE(CNuComplexPolarArray, CNuComplexPolar, kPolarTexts)
-NU_DEFINE_ARRAY_SUB_ARRAY(CNuComplexPolarArray, CNuComplexPolar, kPolarTexts)
+NU_DEFINE_ARRAY_PARTS(CNuComplexPolarArray, CNuComplexPolar, kPolarTexts)

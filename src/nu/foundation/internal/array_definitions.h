@@ -3,8 +3,9 @@
 
 #include "nu/foundation/internal/array_rules.h"
 
-// The members that all array classes share, which the interface spells out class by class. `texts` is the class's
-// constant ArrayTexts, visible where the macro stands.
+// The definitions of the members that all array classes share. They are macros over ArrayRules because each class is
+// declared and exported on its own, without a base class: a template cannot define the members of another class.
+// `texts` is the constant ArrayTexts of the class, visible where the macro stands.
 #define NU_DEFINE_ARRAY(Class, Element, Argument, texts)                                                    \
   nu::internal::ArrayFields<Element> Class::Fields() {                                                      \
     return {m_data, m_size, m_capacity, m_expandSize, m_reserved};                                          \
@@ -74,12 +75,11 @@
     nu::internal::ArrayRules<Element>::FreeExtra(Fields(), texts);                                          \
   }
 
-#define NU_DEFINE_ARRAY_REMOVE(Class, Element, texts)              \
-  void Class::Remove(int i) {                                      \
-    nu::internal::ArrayRules<Element>::Remove(Fields(), i, texts); \
-  }
-
-#define NU_DEFINE_ARRAY_SUB_ARRAY(Class, Element, texts)                  \
+// Remove and SubArray(i, j), which all arrays but that of pointers have.
+#define NU_DEFINE_ARRAY_PARTS(Class, Element, texts)                      \
+  void Class::Remove(int i) {                                             \
+    nu::internal::ArrayRules<Element>::Remove(Fields(), i, texts);        \
+  }                                                                       \
   Class Class::SubArray(int i, int j) const {                             \
     nu::internal::ArrayRules<Element>::RequireRange(i, j, m_size, texts); \
     Class result(j - i + 1, m_expandSize);                                \
