@@ -45,7 +45,7 @@ inline ConicAxes RequireAxes(const CNuVector& xAxis, const CNuVector& normal, co
 template<class Curve>
 Conic3<Curve> InSpace(const CNuPoint& origin, const CNuVector& xAxis, const CNuVector& normal, const Curve& curve) {
   const Vec3 x = Components(xAxis);
-  return {Components(origin), x, Cross(Components(normal), x), curve};
+  return {{Components(origin), x, Cross(Components(normal), x)}, curve};
 }
 
 inline Conic3<Ellipse2> DataOf(const CNuEllipse& ellipse) {
@@ -87,7 +87,7 @@ CNuPointArray SampledPoints(const Conic3<Curve>& conic, int n, double t0, double
   CNuPointArray points(n);
   for (int i = 0; i < n; ++i) {
     const double part = static_cast<double>(i) / (n - 1);
-    const Vec3 p = conic.At(pointAt(i == n - 1 ? t1 : (1.0 - part) * t0 + part * t1));
+    const Vec3 p = conic.Global(pointAt(i == n - 1 ? t1 : (1.0 - part) * t0 + part * t1));
     if (!IsFinite(p)) FailOperation(NuOperationArgument, "conversion", where);
     points.Add(ToPoint(p));
   }

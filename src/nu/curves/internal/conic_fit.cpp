@@ -1,69 +1,56 @@
 #include "nu/curves/internal/conic_fit.h"
 
-#include <cstdint>
+#include <algorithm>
 #include <limits>
-#include <vector>
+#include <utility>
 
 #include "nu/curves/internal/carrier_plane.h"
+#include "nu/curves/internal/plane_axes.h"
 #include "nu/engine/least_squares/conic_least_squares.h"
 #include "nu/engine/least_squares/conic_start.h"
+#include "nu/engine/points/point_sample.h"
+#include "nu/geometry/geometry.h"
 
 namespace nu::internal {
 namespace {
 
-// From so many points on, the fit starts from that of a sample.
-constexpr std::size_t kManyPoints = 2048;
-constexpr std::size_t kSampleSize = 1024;
+constexpr int kLeastPoints = 5;
+
+// A fit of more points than are a sample elsewhere starts from that of so many of them.
+constexpr std::size_t kSampleSize = PointSample::kMostPoints / 2;
 
 // Points whose deviations are below this part of their smaller spread are clearly on one curve. Around others there may
 // be several optima.
 constexpr double kClear = 0.1;
 
-// Where only the place of an optimum is asked for, in units of the spread.
-constexpr double kSearchTolerance = 1e-14;
-constexpr long kSearchSteps = 60;
+// A descent that takes more steps creeps towards lines.
+constexpr int kMostSteps = 100;
 
-// One point from each of as many runs of consecutive points, at places that no regular scan shares (multiplicative
-// hashing by the golden ratio).
-std::vector<double> SampleOf(PointView points) {
-  std::vector<double> sample;
-  sample.reserve(3 * kSampleSize);
-  const std::size_t run = points.Size() / kSampleSize;
-  for (std::size_t k = 0; k < kSampleSize; ++k) {
-    const std::uint64_t hash = (k + 1) * std::uint64_t{0x9E3779B97F4A7C15};
-    const double* p = points[k * run + static_cast<std::size_t>(hash >> 32) % run];
-    sample.insert(sample.end(), p, p + 3);
-  }
-  return sample;
-}
-
-GaussNewtonRule RuleOf(double tolerance, double large, long limit) {
-  return {.tolerance = tolerance,
-          .large = large,
-          .limit = limit,
-          .takesLastStep = true,
-          .endsAtGrowth = false,
-          .endsBeforeLimit = true};
+ConicModel ModelOf(ConicKind kind, const ConicFrame& frame, const ConicEquation& equation) {
+  ConicModel model;
+  model.kind = kind;
+  model.frame = frame;
+  model.equation = equation;
+  return model;
 }
 
 // So few points as there are unknowns are on many curves.
-template<class Curve>
-bool IsClear(const ConicLeastSquares<Curve>& fit, std::size_t n) {
-  const double spread = kClear * fit.Frame().flatness;
-  const double freedom = static_cast<double>(n) - kUnknownsOf<Curve>;
+bool IsClear(const ConicLeastSquares& fit, std::size_t size) {
+  const ConicModel& model = fit.Model();
+  const double spread = kClear * model.frame.unit * model.frame.flatness;
+  const double freedom = static_cast<double>(size) - (model.kind == ConicKind::parabola ? 4.0 : 5.0);
   return fit.SumSquares() < freedom * spread * spread;
 }
 
 // More starts for points that are not clearly on one curve.
-void AddStarts(const Ellipse2&, ConicStarts& starts) {
-  starts.AddEven(1.0, 1);
-  for (const double ratio : {0.3, 0.05}) starts.AddEven(ratio, 8);
-}
-void AddStarts(const Hyperbola2&, ConicStarts& starts) {
-  for (const double ratio : {-1.0, -0.3, -0.05}) starts.AddEven(ratio, 8);
-}
-void AddStarts(const Parabola2&, ConicStarts& starts) {
-  starts.AddEven(0.0, 24);
+void AddStarts(ConicKind kind, ConicStarts& starts) {
+  if (kind == ConicKind::parabola) starts.AddEven(0.0, 24);
+  if (kind == ConicKind::ellipse) {
+    starts.AddEven(1.0, 1);
+    for (const double ratio : {0.3, 0.05}) starts.AddEven(ratio, 8);
+  }
+  if (kind == ConicKind::hyperbola)
+    for (const double ratio : {-1.0, -0.3, -0.05}) starts.AddEven(ratio, 8);
 }
 
 struct Optimum {
@@ -82,20 +69,16 @@ struct Optima {
 };
 
 // Descends from the starts: from the first one only, if that clearly finds the curve.
-template<class Curve>
-Optima OptimaFrom(PointBlocks& points, ConicStarts starts) {
+Optima OptimaFrom(ConicKind kind, PointBlocks& points, ConicStarts starts) {
   Optima found;
-  AddStarts(Curve(), starts);
-  ConicLeastSquares<Curve> fit(points, starts.frame);
-  const double unit = starts.frame.unit / points.Scale();
-  const double large = std::numeric_limits<double>::max();
-  const GaussNewtonRule rule = RuleOf(kSearchTolerance * unit * unit, large, kSearchSteps);
+  AddStarts(kind, starts);
+  ConicLeastSquares fit(points);
   for (int k = 0; k < starts.count; ++k) {
-    if (!fit.Start(starts.equation[k])) continue;
-    const GaussNewtonEnd end = RunGaussNewton(fit, rule);
-    PlacedConic<Curve> conic;
-    const bool isOwn = end == GaussNewtonEnd::converged && fit.Find(conic);
-    (isOwn ? found.own : found.other).TakeLess(fit.Equation(), fit.SumSquares());
+    fit.Place(ModelOf(kind, starts.frame, starts.equation[k]));
+    const bool ended = fit.Descend(kMostSteps);
+    PlacedConic conic;
+    const bool isOwn = ended && Place(fit.Model(), conic);
+    (isOwn ? found.own : found.other).TakeLess(fit.Model().equation, fit.SumSquares());
     if (k == 0 && IsClear(fit, points.Size())) break;
   }
   return found;
@@ -103,86 +86,97 @@ Optima OptimaFrom(PointBlocks& points, ConicStarts starts) {
 
 // Where other conics are better than the best ellipse or hyperbola, those between them, the parabolas, may be as well:
 // then ellipses or hyperbolas approach the best parabola, and none is the best.
-template<class Curve>
-bool IsOptimum(PointBlocks& points, const PlaneBasis& axes, const Optima& optima) {
+bool IsOptimum(ConicKind kind, PointBlocks& points, const PlaneAxes& axes, const Optima& optima) {
   if (!(optima.own.sumSquares < std::numeric_limits<double>::infinity())) return false;
-  if (kIsParabola<Curve> || optima.own.sumSquares <= optima.other.sumSquares) return true;
-  const Optima parabolas = OptimaFrom<Parabola2>(points, AlgebraicFits<Parabola2>(points, axes));
+  if (kind == ConicKind::parabola || optima.own.sumSquares <= optima.other.sumSquares) return true;
+  const ConicKind between = ConicKind::parabola;
+  const Optima parabolas = OptimaFrom(between, points, AlgebraicFits(between, points, axes));
   return optima.own.sumSquares <= parabolas.own.sumSquares;
 }
 
 // The best of all optima, or the best other conic where there is none.
-template<class Curve>
-ConicEquation BestStart(PointBlocks& points, const PlaneBasis& axes, const ConicStarts& starts) {
-  const Optima optima = OptimaFrom<Curve>(points, starts);
-  return (IsOptimum<Curve>(points, axes, optima) ? optima.own : optima.other).equation;
+ConicEquation BestStart(ConicKind kind, PointBlocks& points, const PlaneAxes& axes, const ConicStarts& starts) {
+  const Optima optima = OptimaFrom(kind, points, starts);
+  return (IsOptimum(kind, points, axes, optima) ? optima.own : optima.other).equation;
 }
 
-// The start that the sample gives for all points, whose blocks keep their unit.
-template<class Curve>
-ConicStarts StartFromSample(PointView points, const Vec3& origin, const PlaneBasis& axes) {
-  const std::vector<double> sample = SampleOf(points);
-  PointBlocks few({sample.data(), 3 * sizeof(double), kSampleSize}, origin);
-  ConicStarts starts = AlgebraicFits<Curve>(few, axes);
+// The start that a sample gives for all points, whose blocks keep their unit.
+ConicStarts StartFromSample(ConicKind kind, PointView points, const Vec3& origin, const PlaneAxes& axes) {
+  const PointSample sample(points, kSampleSize);
+  PointBlocks few(sample.View(), origin);
+  few.Keep();
+  ConicStarts starts = AlgebraicFits(kind, few, axes);
   if (starts.count == 0) return starts;
-  starts.equation[0] = BestStart<Curve>(few, axes, starts);
+  starts.equation[0] = BestStart(kind, few, axes, starts);
   starts.count = 1;
-  for (double* length : {&starts.frame.unit, &starts.frame.xMean, &starts.frame.yMean}) *length /= few.Scale();
+  starts.frame.unit /= few.Scale();
+  starts.frame.origin = (1.0 / few.Scale()) * starts.frame.origin;
   return starts;
 }
 
 // The tolerance is a length squared, and would be a coarse one for points within a thousandth of a unit.
-template<class Curve>
-GaussNewtonEnd RunFrom(const ConicEquation& start, double spread, long maxIter, ConicLeastSquares<Curve>& fit) {
-  if (!fit.Start(start)) return GaussNewtonEnd::unsolvable;
-  const double size = std::min(1.0, spread);
-  return RunGaussNewton(fit, RuleOf(NuGetTol() * size * size, NuGetLarge(), maxIter));
+GaussNewtonEnd RunFrom(const ConicModel& start, double scale, long maxIter, ConicLeastSquares& fit) {
+  fit.Place(start);
+  const double size = std::min(1.0, start.frame.unit / scale);
+  const GaussNewtonEnd end = RunGaussNewton(fit, {.tolerance = NuGetTol() * size * size,
+                                                  .large = NuGetLarge(),
+                                                  .limit = std::min<long>(maxIter, kMostSteps),
+                                                  .takesLastStep = true,
+                                                  .endsAtGrowth = false,
+                                                  .endsBeforeLimit = true});
+  return end == GaussNewtonEnd::limitReached && maxIter > kMostSteps ? GaussNewtonEnd::unsolvable : end;
 }
 
-double AxisSign(const Ellipse2&, Vec3 axis, Vec3) {
+// An ellipse takes the axis that is canonical for lines, a hyperbola the one to the side of the mean.
+double AxisSign(ConicKind kind, Vec3 axis, Vec3 toMean) {
+  if (kind == ConicKind::hyperbola) return Dot(axis, toMean) < 0.0 ? -1.0 : 1.0;
+  if (kind == ConicKind::parabola) return 1.0;
   CNuVector canonical = ToVector(axis);
   canonical.SymmetricAxis(NuGetTol(), 1);
   return Dot(Components(canonical), axis) < 0.0 ? -1.0 : 1.0;
 }
-double AxisSign(const Hyperbola2&, Vec3 axis, Vec3 toMean) {
-  return Dot(axis, toMean) < 0.0 ? -1.0 : 1.0;
-}
-double AxisSign(const Parabola2&, Vec3, Vec3) {
-  return 1.0;
+
+// In the unit of the points a length may overflow or vanish.
+bool IsInRange(double length) {
+  return length > 0.0 && std::isfinite(length);
 }
 
 }  // namespace
 
-template<class Curve>
-FittedConic<Curve> FitConic(const CNuPointArray& points, const char* name, bool wantsDeviations, long maxIter) {
+FittedConic FitConic(const ConicFitRule& rule, const CNuPointArray& points, bool wantsDeviations, long maxIter) {
+  const auto& [name, kind, leastDistinct] = rule;
+  RequireCount(points, kLeastPoints, name);
+  if (CNuGeometry::NumberDistinctPoints(points, leastDistinct, NuGetLengthTol()) == 0) {
+    FailFit(kDegeneratePoints, name, leastDistinct);
+  }
   const CNuPlane plane = CarrierPlane(points, name);
-  CNuVector normal = plane.GetNormal();
-  CNuVector u, v;
-  normal.OrthonormalXY(&u, &v);
-  const PlaneBasis axes{Components(u), Components(v)};
+  const CNuVector normal = plane.GetNormal();
+  const PlaneAxes axes = AxesAcross(normal, Components(plane.GetPoint()));
   const PointView view = ViewOf(points);
-  PointBlocks blocks(view, Components(plane.GetPoint()));
-  const bool isSampled = view.Size() >= kManyPoints;
+  PointBlocks blocks(view, axes.origin);
+  const bool isSampled = view.Size() > PointSample::kMostPoints;
   const ConicStarts starts =
-      isSampled ? StartFromSample<Curve>(view, blocks.Origin(), axes) : AlgebraicFits<Curve>(blocks, axes);
+      isSampled ? StartFromSample(kind, view, blocks.Origin(), axes) : AlgebraicFits(kind, blocks, axes);
   if (starts.count == 0) FailFit(kNumericalFailure, name);
-  ConicLeastSquares<Curve> fit(blocks, starts.frame);
-  const double spread = starts.frame.unit / blocks.Scale();
-  PlacedConic<Curve> conic;
-  GaussNewtonEnd end = RunFrom(starts.equation[0], spread, maxIter, fit);
-  if (!isSampled && !IsClear(fit, view.Size()))
-    end = RunFrom(BestStart<Curve>(blocks, axes, starts), spread, maxIter, fit);
+  blocks.Keep();
+  ConicLeastSquares fit(blocks);
+  const double scale = blocks.Scale();
+  GaussNewtonEnd end = RunFrom(ModelOf(kind, starts.frame, starts.equation[0]), scale, maxIter, fit);
+  if (!isSampled && !IsClear(fit, view.Size())) {
+    end = RunFrom(ModelOf(kind, starts.frame, BestStart(kind, blocks, axes, starts)), scale, maxIter, fit);
+  }
+  PlacedConic conic;
   if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, name);
-  if (end == GaussNewtonEnd::unsolvable || !fit.Find(conic)) FailFit(kNumericalFailure, name);
+  if (end == GaussNewtonEnd::unsolvable || !Place(fit.Model(), conic)) FailFit(kNumericalFailure, name);
+  const double a = conic.a / scale;
+  const double b = conic.b / scale;
   const Vec3 axis = Unit(conic.axis);
-  const Vec3 origin = blocks.Origin() + conic.origin;
-  if (!IsFinite(origin) || !IsFinite(axis)) FailFit(kNumericalFailure, name);
-  const double sign = AxisSign(conic.curve, axis, -1.0 * conic.origin);
-  return {conic.curve, origin, sign * axis, normal, wantsDeviations ? fit.DeviationsNow() : Deviations{}};
+  const Vec3 shift = (1.0 / scale) * conic.origin;
+  const Vec3 origin = blocks.Origin() + shift;
+  const bool isInRange = IsInRange(a) && (kind == ConicKind::parabola || IsInRange(b));
+  if (!isInRange || !IsFinite(origin) || !IsFinite(axis)) FailFit(kNumericalFailure, name);
+  const CNuVector xAxis = ToVector(AxisSign(kind, axis, -1.0 * shift) * axis);
+  return {a, b, ToPoint(origin), xAxis, normal, wantsDeviations ? fit.DeviationsNow() : Deviations{}};
 }
-
-template FittedConic<Ellipse2> FitConic(const CNuPointArray&, const char*, bool, long);
-template FittedConic<Hyperbola2> FitConic(const CNuPointArray&, const char*, bool, long);
-template FittedConic<Parabola2> FitConic(const CNuPointArray&, const char*, bool, long);
 
 }  // namespace nu::internal

@@ -34,7 +34,7 @@ template<class Conic>
 ConicCoordinates CoordinatesFor(const CNuPoint& p, const Conic& conic) {
   const auto data = DataOf(conic);
   const Vec3 world = Components(p);
-  const Vec2 at = data.InPlane(world);
+  const Vec2 at = data.Local(world);
   const Vec2 offset = at - FootOn(data.curve, at);
   const double height = data.Height(world);
   return {NuPythag(offset.x, offset.y), std::fabs(height) < NuGetLengthTol() ? 0.0 : height, !data.curve.Holds(at)};

@@ -1,5 +1,5 @@
 // Offsets of chains of segments and arcs: the chain in the coordinates of its plane, scaled to a size of about 1 and,
-// for distances to the left, mirrored; the result on its way back. What is so large or small that its powers leave the
+// for distances to the left, mirrored; the result is mapped back. What is so large or small that its powers leave the
 // doubles is scaled before that.
 
 #include "nu/curves/internal/offset_curves.h"
@@ -24,8 +24,8 @@ namespace {
 // The coordinates in which a chain is offset to the right.
 class OffsetFrame {
  public:
-  OffsetFrame(const PlaneAxes& axes, double scale, bool mirrored)
-      : m_axes(axes), m_scale(scale), m_side(mirrored ? -1.0 : 1.0) {}
+  OffsetFrame(Vec3 origin, Vec3 normal, double scale, bool mirrored)
+      : m_axes(AxesAcross(ToVector(normal), origin)), m_normal(normal), m_scale(scale), m_side(mirrored ? -1.0 : 1.0) {}
 
   Vec2 Direction(Vec3 v) const {
     const Vec2 local = m_axes.LocalDirection(v);
@@ -38,7 +38,7 @@ class OffsetFrame {
     return nu::internal::SegmentBetween(Local(segment.start), Local(segment.end));
   }
   Piece2 Local(const Arc3& arc) const {
-    const double side = Dot(arc.Axis(), m_axes.normal) > 0.0 ? m_side : -m_side;
+    const double side = Dot(arc.Axis(), m_normal) > 0.0 ? m_side : -m_side;
     const double radius = m_scale * arc.radius;
     return {Local(arc.start), Local(arc.end), Direction(arc.y), side / radius, radius * arc.sweep};
   }
@@ -64,13 +64,14 @@ class OffsetFrame {
     arc.start = ends.start;
     arc.end = ends.end;
     arc.x = Unit(arc.start - arc.centre);
-    arc.y = Cross((piece.curvature > 0.0 ? m_side : -m_side) * m_axes.normal, arc.x);
+    arc.y = Cross((piece.curvature > 0.0 ? m_side : -m_side) * m_normal, arc.x);
     arc.radius = 1.0 / (m_scale * std::fabs(piece.curvature));
     arc.sweep = std::fabs(piece.curvature) * piece.length;
     return arc;
   }
 
   PlaneAxes m_axes;
+  Vec3 m_normal;
   double m_scale;
   double m_side;
 };
@@ -158,7 +159,7 @@ class OffsetTask {
         m_shape(shape),
         m_where(where),
         m_closed(EndsMeet(chain, m_tol)),
-        m_frame(PlaneAxes({chain.Ends(0).start, normal}), m_scale, distance < 0.0) {
+        m_frame(chain.Ends(0).start, normal, m_scale, distance < 0.0) {
     const double height = LargestDistance(chain, {chain.Ends(0).start, normal});
     if (!(height <= m_tol)) FailOperation(NuOperationUnsupported, "Offset of non-planar curve", where);
     if (shape != 0 && shape != 1) FailOperation(NuOperationUnsupported, "Offset with different shape", where);
@@ -195,7 +196,7 @@ class OffsetTask {
 
   // Whether the moved edges are all of the offset, as is usual: they run into nothing.
   bool IsWhole(const PieceChain& moved) const {
-    constexpr double kRoundings = 64.0;  // of the corners' velocities, the way to the plane and back
+    constexpr double kRoundings = 64.0;  // of the corners' velocities and of the maps to the plane and back
     if (moved.Size() == 0) return false;
     const double size = std::max(m_chain.LargestCoordinate(), std::fabs(m_distance));
     const double slack = std::max(m_tol, kRoundings * DBL_EPSILON * size);

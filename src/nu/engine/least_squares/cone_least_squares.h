@@ -25,6 +25,8 @@ struct ConeProblem {
   using Model = ConeModel;
   static constexpr int kUnknowns = 6;
   static constexpr bool kHasSecond = false;
+  static constexpr bool kHasRows = true;
+  static constexpr double kFirstDamping = 1e-2;
   using System = StepSystem<kUnknowns>;
 
   static void Complete(ConeModel& model);

@@ -27,7 +27,7 @@
 // the foot moves with it.
 namespace nu::engine::least_squares {
 
-// A conic as the kernels see it: a coordinate is the component along x or y minus the offset.
+// A conic as the kernels take it. A coordinate is the component along x or y minus the offset.
 struct ConicView {
   Vec3 x;
   Vec3 y;
@@ -39,9 +39,9 @@ struct ConicView {
   int fixed = 0;     // the coefficient that is not an unknown
 };
 
-// Halley's method has cubed the rest after a step below this part of a radius of curvature.
+// A step of Halley's method below this part of a radius of curvature is the last one: it cubes the error.
 inline constexpr double kLastTurn = 0x1p-17;
-// Below this one, four terms of the series for s leave less than a rounding.
+// For a step below this one, four terms of the series for s leave less than a rounding.
 inline constexpr double kSmallTurn = 0x1p-10;
 inline constexpr int kHalleySteps = 6;
 
@@ -68,7 +68,7 @@ struct LaneGradient {
   Lanes xx, yy;
 };
 
-// From the foot to the point, in units of the components of the gradient at the point.
+// The vector from the foot to the point, in units of the components of the gradient at the point.
 struct LaneReach {
   Lanes x, y;
 };
@@ -155,7 +155,7 @@ NU_ALWAYS_INLINE void FindFeet(const ConicView& view, const Lanes& x, const Lane
   }
 }
 
-// Eight points from i on.
+// The deviations of the eight points from i on.
 struct LaneDeviation {
   Lanes e;
   Lanes footX, footY;
@@ -181,7 +181,7 @@ NU_ALWAYS_INLINE void DeviateAt(const PointBlock& block, std::size_t i, const Co
   at.e = at.nx * (x - at.footX) + at.ny * (y - at.footY) + value * at.inverse;
 }
 
-// Of the deviations by the coefficients.
+// The derivatives of the deviations by the coefficients.
 NU_ALWAYS_INLINE void Differentiate(const LaneDeviation& at, Lanes (&w)[kMonomials]) {
   const Lanes& x = at.footX;
   const Lanes& y = at.footY;
@@ -200,7 +200,7 @@ struct LaneCurvature {
   Lanes turn;
 };
 
-// Closer to its centre of curvature, a point would count for more than is good for a step.
+// A point nearer to its centre of curvature would get a weight that spoils the step.
 inline constexpr double kLeastRadius = 0x1p-6;
 
 NU_ALWAYS_INLINE void DifferentiateTwice(const ConicView& view, const LaneDeviation& at, const Lanes (&w)[kMonomials],

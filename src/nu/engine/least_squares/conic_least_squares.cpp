@@ -1,11 +1,12 @@
 #include "nu/engine/least_squares/conic_least_squares.h"
 
 #include <limits>
-#include <utility>
+
+#include "nu/engine/least_squares/conic_kernels.h"
 
 // Least squares of the orthogonal distances from a conic (S. J. Ahn, W. Rauh, H.-J. Warnecke, Pattern Recognition 34,
 // 2001) by the coefficients of its equation. Gauss-Newton steps lead to the neighbourhood of the optimum; where they
-// slow down, exact second derivatives make them Newton steps. A trust region holds both.
+// slow down, exact second derivatives make them Newton steps. Damping holds both.
 
 namespace nu::engine::least_squares {
 namespace {
@@ -14,14 +15,6 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // A deviation is known to so many roundings of the coordinates.
 constexpr double kNoise = 16.0 * std::numeric_limits<double>::epsilon();
-
-// A step that gains less than the first part of what was predicted shortens those that follow it, one that gains more
-// than the second lets them grow.
-constexpr double kPoorGain = 0.25;
-constexpr double kGoodGain = 0.75;
-constexpr double kShorter = 0.25;
-constexpr double kLonger = 2.5;
-constexpr int kMostTrials = 30;
 
 // Where the full step should gain less than this part of the sum, it leads to the optimum.
 constexpr double kSettled = 1e-6;
@@ -33,12 +26,11 @@ constexpr double kFastGain = 1e-4;
 // from a parabola or from lines.
 constexpr double kFarCentre = 0x1p26;
 
-// A descent that gains less than this part of the sum in so many steps has come as far as it gets: feet that jump from
-// one side to the other, where the points fill the plane, make the sum unsmooth. One that takes more steps than those
-// creeps towards lines.
-constexpr int kPatience = 10;
-constexpr double kIdleGain = 1e-10;
-constexpr int kMostSteps = 100;
+// A descent from a start ends with a step that should gain less than this part of the sum.
+constexpr double kIdleGain = 1e-12;
+
+// Squared, and in units of the spread: longer than any step that ends a fit.
+constexpr double kEndless = kFarCentre * kFarCentre;
 
 constexpr int TriangleSize(int n) {
   return n * (n + 1) / 2;
@@ -117,228 +109,108 @@ NU_KERNEL void FindDeviations(const PointBlock& block, const ConicView& given, D
   found = {Sum(square), Smallest(smallest), Largest(largest)};
 }
 
-ConicKind KindOf(const Ellipse2&) {
-  return ConicKind::ellipse;
-}
-ConicKind KindOf(const Hyperbola2&) {
-  return ConicKind::hyperbola;
-}
-ConicKind KindOf(const Parabola2&) {
-  return ConicKind::parabola;
-}
-
-Ellipse2 CurveOf(const ConicShape& shape, double unit, const Ellipse2&) {
-  return {unit * shape.a, unit * shape.b};
-}
-Hyperbola2 CurveOf(const ConicShape& shape, double unit, const Hyperbola2&) {
-  return {unit * shape.a, unit * shape.b};
-}
-Parabola2 CurveOf(const ConicShape& shape, double unit, const Parabola2&) {
-  return {unit * shape.a};
+ConicView ViewOf(const ConicModel& model) {
+  const ConicFrame& frame = model.frame;
+  ConicView view;
+  view.x = (1.0 / frame.unit) * frame.x;
+  view.y = (1.0 / frame.unit) * frame.y;
+  view.xOffset = Dot(frame.origin, frame.x) / frame.unit;
+  view.yOffset = Dot(frame.origin, frame.y) / frame.unit;
+  view.equation = model.equation;
+  view.curvature = CurvatureOf(model);
+  view.shape = ShapeOf(model.equation, view.curvature, kFarCentre);
+  view.fixed = FixedCoefficient(model);
+  return view;
 }
 
-// In the unit of the points a length may overflow or vanish.
-bool IsInRange(const Parabola2& curve) {
-  return curve.f > 0.0 && std::isfinite(curve.f);
-}
-template<class Curve>
-bool IsInRange(const Curve& curve) {
-  return curve.a > 0.0 && curve.b > 0.0 && std::isfinite(curve.a) && std::isfinite(curve.b);
+// The squared change of the parameters; a turn counts by its effect on them.
+double SquaredDistance(ConicKind kind, const PlacedConic& from, const PlacedConic& to) {
+  const double focal = std::sqrt(from.a * from.a + from.b * from.b);
+  const double lever = kind == ConicKind::ellipse ? from.a - from.b : focal;
+  const Vec3 shift = to.origin - from.origin;
+  const Vec3 turn = lever * Cross(from.axis, to.axis);
+  const Vec2 growth{to.a - from.a, to.b - from.b};
+  return Dot(shift, shift) + Dot(turn, turn) + Dot(growth, growth);
 }
 
-// The squared change of the lengths of a curve, and the length in which its turns are counted.
-double SquaredChange(const Parabola2& p, const Parabola2& q) {
-  return (p.f - q.f) * (p.f - q.f);
-}
-template<class Curve>
-double SquaredChange(const Curve& p, const Curve& q) {
-  return (p.a - q.a) * (p.a - q.a) + (p.b - q.b) * (p.b - q.b);
-}
-double Lever(const Ellipse2& curve) {
-  return curve.a - curve.b;
-}
-double Lever(const Hyperbola2& curve) {
-  return std::sqrt(curve.a * curve.a + curve.b * curve.b);
-}
-double Lever(const Parabola2& curve) {
-  return curve.f;
+double PredictedGain(const ConicSystem& system, const double (&step)[kConicUnknowns]) {
+  double gain = 0.0;
+  for (int k = 0; k < kConicUnknowns; ++k) gain += step[k] * system.right[k];
+  return gain;
 }
 
 }  // namespace
 
-template<class Curve>
-ConicLeastSquares<Curve>::ConicLeastSquares(PointBlocks& points, const ConicFrame& frame)
-    : m_points(points), m_frame(frame) {
-  m_points.Keep();
-  const double n = static_cast<double>(m_points.Size());
-  m_rounding = kNoise * kNoise * n * (1.0 + frame.flatness * frame.flatness);
+bool Place(const ConicModel& model, PlacedConic& conic) {
+  const ConicFrame& frame = model.frame;
+  const ConicShape shape = ShapeOf(model.equation, CurvatureOf(model), kFarCentre);
+  if (shape.kind != model.kind) return false;
+  const bool isInRange = std::min(shape.a, shape.b) > kNoise && std::max(shape.a, shape.b) < kFarCentre;
+  if (shape.kind != ConicKind::parabola && !isInRange) return false;
+  conic.a = frame.unit * shape.a;
+  conic.b = frame.unit * shape.b;
+  conic.origin = frame.Global(frame.unit * shape.origin);
+  conic.axis = shape.axis.x * frame.x + shape.axis.y * frame.y;
+  return true;
 }
 
-template<class Curve>
-ConicView ConicLeastSquares<Curve>::ViewOf(const ConicEquation& equation) const {
-  ConicView view;
-  const double unit = m_frame.unit;
-  view.x = (1.0 / unit) * m_frame.x;
-  view.y = (1.0 / unit) * m_frame.y;
-  view.xOffset = m_frame.xMean / unit;
-  view.yOffset = m_frame.yMean / unit;
-  view.equation = equation;
-  view.curvature = CurvatureAs<Curve>(equation, m_frame.flatness);
-  view.shape = ShapeOf(equation, view.curvature, kFarCentre);
-  view.fixed = FixedCoefficient(equation, m_frame.flatness);
-  return view;
-}
-
-template<class Curve>
-bool ConicLeastSquares<Curve>::Sum(const ConicEquation& equation, Model& model) {
-  const ConicView view = ViewOf(equation);
-  model.sumSquares = kInfinity;
-  if (view.shape.kind == ConicKind::none) return false;
+ConicSystem ConicProblem::Sum(PointBlocks& points, const Model& model) {
+  const ConicView view = ViewOf(model);
+  const double square = model.frame.unit * model.frame.unit;
+  ConicSystem system = {};
+  system.count = static_cast<double>(points.Size());
+  system.spread = square * system.count * (1.0 + model.frame.flatness * model.frame.flatness);
+  system.deviations.sumSquares = kInfinity;
+  if (view.shape.kind == ConicKind::none) return system;
   BlockSums<kSums> total;
   CompensatedSum squares;
-  m_points.ForEach([&](const PointBlock& block) {
+  points.ForEach([&](const PointBlock& block) {
     double sums[kSums];
     Deviations part;
-    (m_isExact ? SumSecondOrder : SumFirstOrder)(block, view, sums, part);
+    (model.isExact ? SumSecondOrder : SumFirstOrder)(block, view, sums, part);
     total.Add(sums);
     squares.Add(part.sumSquares);
   });
-  ConicModel general;
   for (int j = 0; j < kConicUnknowns; ++j) {
     for (int k = 0; k <= j; ++k) {
       const int at = TriangleSize(j) + k;
-      general.metric[j][k] = general.metric[k][j] = total[at];
-      general.hessian[j][k] = general.hessian[k][j] = total[at] + total[kTriangle + at];
+      system.product[j][k] = system.product[k][j] = square * total[at];
+      system.second[j][k] = system.second[k][j] = square * total[kTriangle + at];
     }
-    general.gradient[j] = total[2 * kTriangle + j];
+    system.right[j] = -square * total[2 * kTriangle + j];
   }
-  general.sumSquares = squares.Value();
-  general.isCurved = m_isExact;
-  model = ModelFor<Curve>(general, equation, m_frame.flatness);
-  return std::isfinite(model.sumSquares);
+  system.deviations.sumSquares = square * squares.Value();
+  if (model.kind == ConicKind::parabola) RestrictToParabola(model, system);
+  return system;
 }
 
-template<class Curve>
-bool ConicLeastSquares<Curve>::Start(const ConicEquation& equation) {
-  m_best = m_now = equation;
-  m_isPending = m_isExact = false;
-  m_steps = 0;
-  m_earlier = kInfinity;
-  m_started = Sum(equation, m_model) && m_region.Place(m_model);
-  m_radius = std::sqrt(m_model.sumSquares);
-  return m_started;
-}
-
-template<class Curve>
-bool ConicLeastSquares<Curve>::Place(const ConicEquation& equation, PlacedConic<Curve>& conic) const {
-  const ConicShape shape = ShapeOf(equation, CurvatureAs<Curve>(equation, m_frame.flatness), kFarCentre);
-  if (shape.kind != KindOf(conic.curve)) return false;
-  if (!kIsParabola<Curve> && !(std::min(shape.a, shape.b) > kNoise && std::max(shape.a, shape.b) < kFarCentre))
-    return false;
-  const double unit = 1.0 / m_points.Scale();
-  conic.curve = CurveOf(shape, unit * m_frame.unit, conic.curve);
-  conic.origin = unit * ((m_frame.xMean + m_frame.unit * shape.origin.x) * m_frame.x +
-                         (m_frame.yMean + m_frame.unit * shape.origin.y) * m_frame.y);
-  conic.axis = shape.axis.x * m_frame.x + shape.axis.y * m_frame.y;
-  return IsInRange(conic.curve);
-}
-
-// Of the parameters; a turn counts by its effect on them.
-template<class Curve>
-double SquaredDistance(const PlacedConic<Curve>& from, const PlacedConic<Curve>& to) {
-  const Vec3 shift = to.origin - from.origin;
-  const Vec3 turn = Lever(from.curve) * Cross(from.axis, to.axis);
-  return Dot(shift, shift) + Dot(turn, turn) + SquaredChange(from.curve, to.curve);
-}
-
-// What rounding may add to the sum of squares.
-template<class Curve>
-double ConicLeastSquares<Curve>::Rounding() const {
-  return 2.0 * std::sqrt(m_model.sumSquares * m_rounding) + m_rounding;
-}
-
-template<class Curve>
-void ConicLeastSquares<Curve>::AdaptRadius(double sumSquares) {
-  const double gain = 0.5 * (m_model.sumSquares - sumSquares);
-  if (m_predicted.gain <= Rounding()) return;  // rounding hides it
-  if (!(gain >= kPoorGain * m_predicted.gain)) m_radius = kShorter * m_predicted.length;
-  if (gain > kGoodGain * m_predicted.gain) m_radius = std::max(m_radius, kLonger * m_predicted.length);
-}
-
-// Tries shorter and shorter steps until one leads to a place that is not above the best, and makes it the best.
-template<class Curve>
-bool ConicLeastSquares<Curve>::Descend() {
-  for (int trial = 0; trial < kMostTrials; ++trial) {
-    Model next;
-    Sum(m_now, next);
-    AdaptRadius(next.sumSquares);
-    TrustRegion<kUnknowns> region;
-    if (next.sumSquares <= m_model.sumSquares + Rounding() && region.Place(next)) {
-      m_isExact = m_isExact || !(region.FullGain() <= kFastGain * m_region.FullGain());
-      m_best = m_now;
-      m_model = next;
-      m_region = region;
-      return true;
-    }
-    m_radius = std::min(m_radius, kShorter * m_predicted.length);
-    m_predicted = m_region.StepWithin(m_radius, m_step);
-    m_now = Moved<Curve>(m_best, m_frame.flatness, m_step);
-  }
-  return false;
-}
-
-// Whether the last steps have gained nothing.
-template<class Curve>
-bool ConicLeastSquares<Curve>::IsIdle() {
-  if (m_steps % kPatience != 0) return false;
-  const double before = std::exchange(m_earlier, m_model.sumSquares);
-  return before - m_model.sumSquares <= kIdleGain * m_model.sumSquares;
-}
-
-template<class Curve>
-GaussNewtonStep ConicLeastSquares<Curve>::SolveStep() {
-  GaussNewtonStep step;
-  if (!m_started || ++m_steps > kMostSteps) return step;
-  if (m_isPending && !Descend()) {
-    m_now = m_best;
-    return step;
-  }
-  m_isPending = false;
-  step.solvable = true;
-  step.squaredLength = std::numeric_limits<double>::max();
-  step.atRoundingLevel = m_model.sumSquares <= m_rounding || IsIdle();
-  if (m_region.IsConvex() && !step.atRoundingLevel) {
-    double full[kUnknowns];
-    m_region.FullStep(full);
-    const double gain = m_region.FullGain();
-    step.atRoundingLevel = gain <= m_rounding;
-    PlacedConic<Curve> here, there;
-    if (Place(Moved<Curve>(m_best, m_frame.flatness, full), there)) {
-      if (Place(m_best, here)) step.squaredLength = SquaredDistance(here, there);
-    } else {
-      step.solvable = gain > std::max(kSettled * m_model.sumSquares, m_rounding);
-    }
-  }
-  m_predicted = m_region.StepWithin(m_radius, m_step);
-  return step;
-}
-
-template<class Curve>
-void ConicLeastSquares<Curve>::TakeStep() {
-  m_now = Moved<Curve>(m_best, m_frame.flatness, m_step);
-  m_isPending = true;
-}
-
-template<class Curve>
-Deviations ConicLeastSquares<Curve>::DeviationsNow() {
-  const ConicView view = ViewOf(m_now);
+Deviations ConicProblem::DeviationsFrom(PointBlocks& points, const Model& model) {
+  const ConicView view = ViewOf(model);
   const Deviations found =
-      OverBlocks(m_points, [&](const PointBlock& block, Deviations& part) { FindDeviations(block, view, part); });
-  return InUnit(found, m_points.Scale() / m_frame.unit);
+      OverBlocks(points, [&](const PointBlock& block, Deviations& part) { FindDeviations(block, view, part); });
+  return InUnit(found, 1.0 / model.frame.unit);
 }
 
-template class ConicLeastSquares<Ellipse2>;
-template class ConicLeastSquares<Hyperbola2>;
-template class ConicLeastSquares<Parabola2>;
+double ConicProblem::SquaredLength(const Model& model, const ConicSystem& system, const double (&step)[kUnknowns]) {
+  Model moved = model;
+  moved.equation = Moved(model, step);
+  PlacedConic here, there;
+  const bool arrives = Place(moved, there);
+  if (arrives && Place(model, here)) return SquaredDistance(model.kind, here, there);
+  const double settled = std::max(kSettled * system.deviations.sumSquares, kNoise * kNoise * system.spread);
+  if (!arrives && !(PredictedGain(system, step) > settled)) return kInfinity;
+  return kEndless * model.frame.unit * model.frame.unit;
+}
+
+void ConicProblem::Move(PointBlocks&, const ConicSystem& system, const double (&step)[kUnknowns], Model& model) {
+  const double gain = PredictedGain(system, step);
+  model.isExact = model.isExact || gain > kFastGain * model.gain;
+  model.gain = gain;
+  model.equation = Moved(model, step);
+}
+
+bool ConicProblem::IsEnough(const StepGains& gains, double sumSquares) {
+  return gains.now <= kIdleGain * sumSquares;
+}
 
 }  // namespace nu::engine::least_squares

@@ -1,81 +1,43 @@
 #ifndef NU_ENGINE_LEAST_SQUARES_CONIC_LEAST_SQUARES_H
 #define NU_ENGINE_LEAST_SQUARES_CONIC_LEAST_SQUARES_H
 
-#include "nu/engine/least_squares/conic_kernels.h"
 #include "nu/engine/least_squares/conic_unknowns.h"
-#include "nu/engine/least_squares/gauss_newton.h"
-#include "nu/engine/points/form_statistics.h"
-#include "nu/engine/points/point_blocks.h"
-#include "nu/engine/shapes/conic_equation.h"
 
 namespace nu::engine::least_squares {
 
-// A conic in space: the origin of its frame, relative to that of the blocks, and the direction of its x axis. The curve
-// and the origin are in the unit of the points.
-template<class Curve>
+// A conic in space: its lengths as in ConicShape, the origin of its frame, relative to that of the blocks, and the
+// direction of its x axis. Lengths are scaled as the blocks are.
 struct PlacedConic {
-  Curve curve;
+  double a = 0.0;
+  double b = 0.0;
   Vec3 origin;
   Vec3 axis;
 };
 
+// False when the equation is of another kind than the model.
+bool Place(const ConicModel& model, PlacedConic& conic);
+
 // Least-squares conic: the one that minimises the sum of the squared distances from it. The mathematics is at the top
 // of the source.
-template<class Curve>
-class ConicLeastSquares {
- public:
-  ConicLeastSquares(PointBlocks& points, const ConicFrame& frame);
+struct ConicProblem {
+  using Model = ConicModel;
+  static constexpr int kUnknowns = kConicUnknowns;
+  static constexpr bool kHasSecond = true;
+  static constexpr bool kHasRows = false;
+  static constexpr double kFirstDamping = 1e-2;
 
-  // Places the conic; false when no distances from it can be found.
-  bool Start(const ConicEquation& equation);
-  const ConicEquation& Equation() const { return m_now; }
-  const ConicFrame& Frame() const { return m_frame; }
-  double SumSquares() const { return m_model.sumSquares; }
-  // False when the conic is none of this kind.
-  bool Find(PlacedConic<Curve>& conic) const { return Place(m_now, conic); }
-
-  // For RunGaussNewton. The squared length is that of the undamped step in the parameters of the conic, in the unit of
-  // the points; a rotation counts by its effect on them. Not solvable is a step from an optimum that is no conic of
-  // this kind.
-  GaussNewtonStep SolveStep();
-  void TakeStep();
-
-  Deviations DeviationsNow();
-
- private:
-  static constexpr int kUnknowns = kUnknownsOf<Curve>;
-  using Model = SecondOrderModel<kUnknowns>;
-
-  ConicView ViewOf(const ConicEquation& equation) const;
-  bool Sum(const ConicEquation& equation, Model& model);
-  bool Place(const ConicEquation& equation, PlacedConic<Curve>& conic) const;
-  double Rounding() const;
-  void AdaptRadius(double sumSquares);
-  bool Descend();
-  bool IsIdle();
-
-  PointBlocks& m_points;
-  ConicFrame m_frame;
-  double m_rounding = 0.0;  // the sum of squares that rounding errors of the coordinates make
-  bool m_started = false;
-  // The best conic so far, what the sum of squares is around it, and how far steps from there may go.
-  ConicEquation m_best;
-  Model m_model;
-  TrustRegion<kUnknowns> m_region;
-  double m_radius = 0.0;
-  // The next one, by a step whose effect is not known yet if it is pending.
-  ConicEquation m_now;
-  double m_step[kUnknowns] = {};
-  typename TrustRegion<kUnknowns>::Step m_predicted;
-  bool m_isPending = false;
-  bool m_isExact = false;  // with second derivatives
-  int m_steps = 0;
-  double m_earlier = 0.0;  // the sum of squares some steps ago
+  static void Complete(Model&) {}
+  // The sum of squares is infinite when no distances from the conic can be found.
+  static ConicSystem Sum(PointBlocks& points, const Model& model);
+  static Deviations DeviationsFrom(PointBlocks& points, const Model& model);
+  // In the parameters of the conic; a rotation counts by its effect on them. Infinite is a step to an optimum that is
+  // of another kind.
+  static double SquaredLength(const Model& model, const ConicSystem& system, const double (&step)[kUnknowns]);
+  static void Move(PointBlocks& points, const ConicSystem& system, const double (&step)[kUnknowns], Model& model);
+  static bool IsEnough(const StepGains& gains, double sumSquares);
 };
 
-extern template class ConicLeastSquares<Ellipse2>;
-extern template class ConicLeastSquares<Hyperbola2>;
-extern template class ConicLeastSquares<Parabola2>;
+using ConicLeastSquares = DampedGaussNewton<ConicProblem>;
 
 }  // namespace nu::engine::least_squares
 

@@ -1,7 +1,6 @@
 #include "nu/engine/least_squares/conic_start.h"
 
 #include <algorithm>
-#include <type_traits>
 
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/base/lanes.h"
@@ -102,18 +101,19 @@ struct Whitening {
   // The points have mean 0 and unit spread in it.
   Chart WhiteChart() const {
     const double narrow = frame.unit * frame.flatness;
-    return {(1.0 / frame.unit) * frame.x, (1.0 / narrow) * frame.y, frame.xMean / frame.unit, frame.yMean / narrow};
+    return {(1.0 / frame.unit) * frame.x, (1.0 / narrow) * frame.y, Dot(frame.origin, frame.x) / frame.unit,
+            Dot(frame.origin, frame.y) / narrow};
   }
 };
 
-Whitening Whiten(PointBlocks& points, const PlaneBasis& axes) {
+Whitening Whiten(PointBlocks& points, const PlaneAxes& axes) {
   Whitening found;
   double m[kSecond];
-  MeanMoments(points, {axes.u, axes.v}, m);
+  MeanMoments(points, {axes.x, axes.y}, m);
   const auto isSafe = [&] { return m[2] + m[4] >= kSafeSmall && m[2] + m[4] <= kSafeLarge; };
   if (!isSafe()) {
     if (!points.FitScale()) return found;
-    MeanMoments(points, {axes.u, axes.v}, m);
+    MeanMoments(points, {axes.x, axes.y}, m);
     if (!isSafe()) return found;
   }
   const double xy = m[3] - m[0] * m[1];
@@ -123,12 +123,11 @@ Whitening Whiten(PointBlocks& points, const PlaneBasis& axes) {
   if (!DecomposeSymmetric(covariance, 2, 2, values, vectors, 2)) return found;
   const Vec2 wide{vectors[1], vectors[3]};
   const Vec2 narrow = Perpendicular(wide);
-  found.frame = {.x = wide.x * axes.u + wide.y * axes.v,
-                 .y = narrow.x * axes.u + narrow.y * axes.v,
-                 .xMean = Dot(wide, {m[0], m[1]}),
-                 .yMean = Dot(narrow, {m[0], m[1]}),
-                 .unit = std::sqrt(values[1]),
-                 .flatness = std::sqrt(values[0] / values[1])};
+  found.frame.origin = m[0] * axes.x + m[1] * axes.y;
+  found.frame.x = wide.x * axes.x + wide.y * axes.y;
+  found.frame.y = narrow.x * axes.x + narrow.y * axes.y;
+  found.frame.unit = std::sqrt(values[1]);
+  found.frame.flatness = std::sqrt(values[0] / values[1]);
   found.usable = found.frame.flatness > 0.0;
   return found;
 }
@@ -228,8 +227,8 @@ int ParabolicFits(const double (&m)[3][3], double (&q)[kMostAlgebraic][3]) {
   return count;
 }
 
-// The algebraic fits that are likely to be near the best conic come first.
-int Candidates(const Parabola2&, const double (&m)[3][3], QuadraticPart (&q)[kMostAlgebraic]) {
+// The algebraic fits that are likely to be near the best parabola, or the best ellipse or hyperbola, come first.
+int ParabolicCandidates(const double (&m)[3][3], QuadraticPart (&q)[kMostAlgebraic]) {
   const int count = ParabolicFits(m, q);
   const auto value = [&](const QuadraticPart& part) {
     double sum = 0.0;
@@ -241,23 +240,21 @@ int Candidates(const Parabola2&, const double (&m)[3][3], QuadraticPart (&q)[kMo
     if (value(q[k]) < value(q[0])) std::swap(q[k], q[0]);
   return count;
 }
-template<class Curve>
-int Candidates(const Curve&, const double (&m)[3][3], QuadraticPart (&q)[kMostAlgebraic]) {
-  constexpr bool kIsEllipse = std::is_same_v<Curve, Ellipse2>;
+
+int CentralCandidates(bool wantsEllipse, const double (&m)[3][3], QuadraticPart (&q)[kMostAlgebraic]) {
   int count = 0;
   if (FreeFit(m, q[0])) ++count;
   double constrained[3][3];
   if (!ConstrainedFits(m, constrained)) return count;
   const bool isEllipse = 4.0 * q[0][0] * q[0][2] > q[0][1] * q[0][1];
-  for (int k = 0; k < 3; ++k) std::copy_n(constrained[kIsEllipse ? 2 - k : k], 3, q[count++]);
-  if (count == 4 && isEllipse != kIsEllipse) std::swap(q[0], q[1]);
+  for (int k = 0; k < 3; ++k) std::copy_n(constrained[wantsEllipse ? 2 - k : k], 3, q[count++]);
+  if (count == 4 && isEllipse != wantsEllipse) std::swap(q[0], q[1]);
   return count;
 }
 
 }  // namespace
 
-template<class Curve>
-ConicStarts AlgebraicFits(PointBlocks& points, const PlaneBasis& axes) {
+ConicStarts AlgebraicFits(ConicKind kind, PointBlocks& points, const PlaneAxes& axes) {
   ConicStarts starts;
   const Whitening white = Whiten(points, axes);
   if (!white.usable) return starts;
@@ -269,7 +266,8 @@ ConicStarts AlgebraicFits(PointBlocks& points, const PlaneBasis& axes) {
   const Reduced reduced = Reduce(means);
   std::copy_n(&reduced.linear[0][0], 9, &starts.linear[0][0]);
   QuadraticPart q[kMostAlgebraic] = {};
-  const int count = Candidates(Curve(), reduced.m, q);
+  const int count = kind == ConicKind::parabola ? ParabolicCandidates(reduced.m, q)
+                                                : CentralCandidates(kind == ConicKind::ellipse, reduced.m, q);
   for (int k = 0; k < count; ++k) starts.Add(q[k]);
   return starts;
 }
@@ -289,9 +287,5 @@ void ConicStarts::AddEven(double ratio, int directions) {
     Add({c * c + ratio * s * s, 2.0 * (1.0 - ratio) * c * s, s * s + ratio * c * c});
   }
 }
-
-template ConicStarts AlgebraicFits<Ellipse2>(PointBlocks&, const PlaneBasis&);
-template ConicStarts AlgebraicFits<Hyperbola2>(PointBlocks&, const PlaneBasis&);
-template ConicStarts AlgebraicFits<Parabola2>(PointBlocks&, const PlaneBasis&);
 
 }  // namespace nu::engine::least_squares

@@ -6,7 +6,7 @@
 
 namespace nu::engine::least_squares {
 
-// A trigonometric polynomial of degree two has so many stationary angles.
+// A trigonometric polynomial of degree two has at most four stationary angles.
 inline constexpr int kMostAlgebraic = 4;
 inline constexpr int kMostEven = 24;
 
@@ -17,16 +17,16 @@ struct ConicStarts {
   int count = 0;
   double linear[3][3] = {};  // from a quadratic part in the whitened points to the best linear part
 
-  // The quadratic part in the whitened points.
+  // `q` is the quadratic part in the whitened points.
   void Add(const double (&q)[3]);
-  // Quadratic parts with this ratio of the eigenvalues and axes in so many even directions.
+  // Adds quadratic parts with this ratio of the eigenvalues; their axes are spread evenly over so many directions.
   void AddEven(double ratio, int directions);
 };
 
-// The algebraic fits, the most likely one first: of all kinds for an ellipse or a hyperbola, parabolas for a parabola.
-// Sets the scale of the blocks where their points need one. None for points that are not finite or are on one line.
-template<class Curve>
-ConicStarts AlgebraicFits(PointBlocks& points, const PlaneBasis& axes);
+// Finds the algebraic fits, the most likely one first: of all kinds for an ellipse or a hyperbola, parabolas for a
+// parabola. Sets the scale of the blocks where their points need one. Points that are not finite or are on one line
+// have no fits.
+ConicStarts AlgebraicFits(ConicKind kind, PointBlocks& points, const PlaneAxes& axes);
 
 }  // namespace nu::engine::least_squares
 

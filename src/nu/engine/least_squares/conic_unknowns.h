@@ -1,35 +1,36 @@
 #ifndef NU_ENGINE_LEAST_SQUARES_CONIC_UNKNOWNS_H
 #define NU_ENGINE_LEAST_SQUARES_CONIC_UNKNOWNS_H
 
-#include <type_traits>
+#include <limits>
 
-#include "nu/engine/least_squares/trust_region.h"
+#include "nu/engine/least_squares/damped_gauss_newton.h"
 #include "nu/engine/shapes/conic_equation.h"
 
-// How a fit moves a conic. The mathematics is at the top of the source. `flatness` is that of the frame.
+// How a fit moves a conic. The mathematics is at the top of the source.
 namespace nu::engine::least_squares {
 
 inline constexpr int kConicUnknowns = kMonomials - 1;
 
-template<class Curve>
-inline constexpr bool kIsParabola = std::is_same_v<Curve, Parabola2>;
+// What is moved. `kind` is the one to be fitted; but for a parabola, the equation may be of another during the descent.
+struct ConicModel {
+  ConicKind kind = ConicKind::none;
+  ConicFrame frame;
+  ConicEquation equation;
+  double gain = std::numeric_limits<double>::infinity();  // that the step to this conic predicted
+  bool isExact = false;                                   // steps use the second derivatives
+};
 
-template<class Curve>
-inline constexpr int kUnknownsOf = kIsParabola<Curve> ? kConicUnknowns - 1 : kConicUnknowns;
+using ConicSystem = StepSystem<kConicUnknowns>;
 
-// By all coefficients but the fixed one, in whose place is the last.
-using ConicModel = SecondOrderModel<kConicUnknowns>;
+int FixedCoefficient(const ConicModel& model);
 
-int FixedCoefficient(const ConicEquation& equation, double flatness);
+// The quadratic part of a parabola counts as an exact square.
+ConicCurvature CurvatureOf(const ConicModel& model);
 
-template<class Curve>
-ConicCurvature CurvatureAs(const ConicEquation& equation, double flatness);
+ConicEquation Moved(const ConicModel& model, const double (&step)[kConicUnknowns]);
 
-template<class Curve>
-ConicEquation Moved(const ConicEquation& equation, double flatness, const double (&step)[kUnknownsOf<Curve>]);
-
-template<class Curve>
-SecondOrderModel<kUnknownsOf<Curve>> ModelFor(const ConicModel& model, const ConicEquation& equation, double flatness);
+// Replaces the coefficients, all but the fixed one, by the unknowns of a parabola.
+void RestrictToParabola(const ConicModel& model, ConicSystem& system);
 
 }  // namespace nu::engine::least_squares
 

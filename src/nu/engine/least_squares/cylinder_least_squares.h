@@ -18,6 +18,8 @@ struct CylinderProblem {
   using Model = CylinderModel;
   static constexpr int kUnknowns = 5;
   static constexpr bool kHasSecond = false;
+  static constexpr bool kHasRows = true;
+  static constexpr double kFirstDamping = 1e-2;
   using System = StepSystem<kUnknowns>;
 
   static void Complete(CylinderModel&) {}

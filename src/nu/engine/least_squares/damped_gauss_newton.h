@@ -68,6 +68,8 @@ struct StepGains {
 //
 //   Model, kUnknowns                         what is moved, and by how many parameters
 //   kHasSecond                               whether Sum gives the second derivatives
+//   kHasRows                                 whether there is Reduce; without it nearly dependent columns are damped
+//   kFirstDamping                            after the first step that leads uphill
 //   void Complete(Model&)                    fills in what steps need and a start does not give
 //   StepSystem<kUnknowns> Sum(points, model)
 //   TallReduction Reduce(points, model)      the finished rows (columns | deviation)
@@ -93,6 +95,10 @@ class DampedGaussNewton {
 
   // In the unit of the points, from the current model; known already after a step that was not taken.
   Deviations DeviationsNow();
+  // At the best place so far, scaled as the blocks are; infinite before one is known.
+  double SumSquares() const {
+    return m_hasBest ? m_system.deviations.sumSquares : std::numeric_limits<double>::infinity();
+  }
   // Whether the points determined all parameters when the last step was solved.
   bool Determined() const { return m_determined; }
   // Sum of the squared deviations that rounding errors of the coordinates make.
@@ -114,12 +120,15 @@ class DampedGaussNewton {
 
   // Damping after the first step that leads uphill or gains too small a part of what was predicted, its change after
   // further ones, and after steps that gain nearly all of it.
-  static constexpr double kFirstDamping = Feature::kHasSecond ? 1e-6 : 1e-2;
+  static constexpr double kFirstDamping = Feature::kFirstDamping;
   static constexpr double kMoreDamping = Feature::kHasSecond ? 10.0 : 5.0;
   static constexpr double kLessDamping = 0.1;
   static constexpr double kLeastDamping = 1e-7;
   static constexpr double kPoorGain = 0.4;
   static constexpr double kGoodGain = 0.75;
+
+  // A damped step that should gain less than this part of the sum of squares gains nothing.
+  static constexpr double kIdleGain = 1e-12;
 
   using System = StepSystem<kUnknowns>;
 
@@ -174,9 +183,13 @@ bool DampedGaussNewton<Feature>::Solve() {
   std::copy_n(&m_system.product[0][0], kUnknowns * kUnknowns, &m_matrix[0][0]);
   m_determined = SolvePositive(m_system.product, m_system.right, m_step) > kClearPivot;
   if (m_determined) return true;
-  const ReducedSolution found = SolveReduced(Feature::Reduce(m_points, m_model), m_step);
-  m_determined = found.determined;
-  return found.finite;
+  if constexpr (Feature::kHasRows) {
+    const ReducedSolution found = SolveReduced(Feature::Reduce(m_points, m_model), m_step);
+    m_determined = found.determined;
+    return found.finite;
+  }
+  for (int i = 0; i < kUnknowns; ++i) m_matrix[i][i] *= 1.0 + kClearPivot;
+  return SolvePositive(m_matrix, m_system.right, m_step) > 0.0;
 }
 
 // The damped step solves the equations with a heavier diagonal, which is positive definite.
@@ -233,6 +246,9 @@ GaussNewtonStep DampedGaussNewton<Feature>::SolveStep() {
   step.atRoundingLevel = gain <= RoundingLevel();
   if (m_damping > 0.0) Damp();
   m_predicted = PredictedGain();
+  // Where the sum is not smooth, every step leads uphill until damping leaves nothing to gain.
+  const bool isIdle = m_damping > 0.0 && m_predicted <= kIdleGain * m_system.deviations.sumSquares;
+  if (Feature::kHasSecond) step.atRoundingLevel = step.atRoundingLevel || isIdle;
   return step;
 }
 

@@ -28,6 +28,8 @@ struct RoundProblem {
   using Model = RoundModel<D>;
   static constexpr int kUnknowns = D + 1;  // rise, shifts, height
   static constexpr bool kHasSecond = true;
+  static constexpr bool kHasRows = true;
+  static constexpr double kFirstDamping = 1e-6;
   using System = StepSystem<kUnknowns>;
 
   // The axis points from the centre to M: no shift is left.

@@ -15,8 +15,8 @@ class PointSample {
  public:
   static constexpr std::size_t kMostPoints = 2048;
 
-  // Up to kMostPoints are seen where they lie. Throws std::bad_alloc.
-  explicit PointSample(PointView points);
+  // Up to `most` points are seen where they lie. Throws std::bad_alloc.
+  explicit PointSample(PointView points, std::size_t most = kMostPoints);
 
   PointView View() const { return m_view; }
 

@@ -6,19 +6,9 @@
 // Conics of any kind, as a fit moves them: by the coefficients of their equation in a frame that fits the points.
 namespace nu::engine::shapes {
 
-// Orthonormal axes of the plane in which a conic is fitted; what is across it is not seen.
-struct PlaneBasis {
-  Vec3 u;
-  Vec3 v;
-};
-
 // The origin is the mean of the points, x the direction of their largest spread. In units of that spread they extend by
 // about 1 along x and by the flatness along y.
-struct ConicFrame {
-  Vec3 x;
-  Vec3 y;
-  double xMean = 0.0;
-  double yMean = 0.0;
+struct ConicFrame : PlaneAxes {
   double unit = 1.0;
   double flatness = 1.0;
 };

@@ -2,7 +2,7 @@
 #define NU_ENGINE_SHAPES_CONICS_H
 
 #include "nu/engine/shapes/incidence.h"
-#include "nu/engine/shapes/vec2.h"
+#include "nu/engine/shapes/plane_axes.h"
 
 // The conics in their own frames: x^2/a^2 + y^2/b^2 = 1 with a >= b, x^2/a^2 - y^2/b^2 = 1, and y^2 = 4 f x.
 namespace nu::engine::shapes {
@@ -57,17 +57,11 @@ Crossings Intersect(const Line2& line, const Ellipse2& curve, double tol, double
 Crossings Intersect(const Line2& line, const Hyperbola2& curve, double tol, double sineTol);
 Crossings Intersect(const Line2& line, const Parabola2& curve, double tol, double sineTol);
 
-// A conic in space, in the plane of the unit vectors x and y.
+// A conic in space: in its own frame in a plane.
 template<class Curve>
-struct Conic3 {
-  Vec3 Normal() const { return Cross(x, y); }
-  Vec2 InPlane(Vec3 p) const { return {Dot(p - origin, x), Dot(p - origin, y)}; }
+struct Conic3 : PlaneAxes {
   double Height(Vec3 p) const { return Dot(p - origin, Normal()); }
-  Vec3 At(Vec2 p) const { return origin + p.x * x + p.y * y; }
 
-  Vec3 origin;
-  Vec3 x;
-  Vec3 y;
   Curve curve;
 };
 
@@ -75,14 +69,14 @@ struct Conic3 {
 template<class Curve>
 Points2 IntersectInPlane(const Line3& line, const Conic3<Curve>& conic, double tol, double sineTol) {
   Points2 points;
-  const Vec2 through = conic.InPlane(line.point);
-  const Vec2 along{Dot(line.direction, conic.x), Dot(line.direction, conic.y)};
+  const Vec2 through = conic.Local(line.point);
+  const Vec2 along = conic.LocalDirection(line.direction);
   const double length = std::sqrt(Dot(along, along));
   if (!(length > 0.0)) return points;
   const Vec2 d = (1.0 / length) * along;
   const double offset = Cross(d, through);
   const Crossings crossings = Intersect(Line2{d, offset}, conic.curve, tol, sineTol);
-  for (int i = 0; i < crossings.count; ++i) points.Add(conic.At(offset * Perpendicular(d) + crossings.s[i] * d));
+  for (int i = 0; i < crossings.count; ++i) points.Add(conic.Global(offset * Perpendicular(d) + crossings.s[i] * d));
   return points;
 }
 
@@ -115,7 +109,7 @@ Points2 Intersect(const Line3& line, const Conic3<Curve>& conic, double tol, dou
   if (IsInPlane(conic, height, slope, tol)) return IntersectInPlane(near, conic, tol, sineTol);
   if (IsOutOfReach<Curve>(std::fabs(slope), sineTol)) return points;
   const Vec3 p = near.At(-height / slope);
-  const Vec2 inPlane = conic.InPlane(p);
+  const Vec2 inPlane = conic.Local(p);
   const Vec2 offset = inPlane - FootOn(conic.curve, inPlane);
   if (std::sqrt(Dot(offset, offset)) <= tol) points.Add(p);
   return points;

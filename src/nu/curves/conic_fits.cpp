@@ -1,0 +1,79 @@
+#include "nu/curves/ellipse.h"
+#include "nu/curves/hyperbola.h"
+#include "nu/curves/internal/conic_fit.h"
+#include "nu/curves/parabola.h"
+
+using namespace nu::internal;
+
+// Least-squares conics. A parabola has four parameters, so four distinct points say where it is; that five points are
+// asked for all the same is required, as hosts rely on one count for all conics.
+
+namespace {
+
+constexpr ConicFitRule kEllipse{"CNuEllipse", ConicKind::ellipse, 5};
+constexpr ConicFitRule kHyperbola{"CNuHyperbola", ConicKind::hyperbola, 5};
+constexpr ConicFitRule kParabola{"CNuParabola", ConicKind::parabola, 4};
+
+}  // namespace
+
+void CNuEllipse::Fit(const CNuPointArray& points, long maxIter) {
+  Fit(points, nullptr, nullptr, maxIter);
+}
+
+void CNuEllipse::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
+  FitConic(kEllipse, points, form, sumSquares, maxIter, [this](const FittedConic& found) {
+    SetPosition(found.origin, found.xAxis, found.normal);
+    m_a = found.a;
+    m_b = found.b;
+  });
+}
+
+ENuFitResult CNuEllipse::FitEx(const CNuPointArray& points, long maxIter) {
+  return FitEx(points, nullptr, nullptr, maxIter);
+}
+
+ENuFitResult CNuEllipse::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
+  RequireIterations(maxIter, kEllipse.name);
+  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
+}
+
+void CNuHyperbola::Fit(const CNuPointArray& points, long maxIter) {
+  Fit(points, nullptr, nullptr, maxIter);
+}
+
+void CNuHyperbola::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
+  FitConic(kHyperbola, points, form, sumSquares, maxIter, [this](const FittedConic& found) {
+    SetPosition(found.origin, found.xAxis, found.normal);
+    m_a = found.a;
+    m_b = found.b;
+  });
+}
+
+ENuFitResult CNuHyperbola::FitEx(const CNuPointArray& points, long maxIter) {
+  return FitEx(points, nullptr, nullptr, maxIter);
+}
+
+ENuFitResult CNuHyperbola::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
+  RequireIterations(maxIter, kHyperbola.name);
+  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
+}
+
+void CNuParabola::Fit(const CNuPointArray& points, long maxIter) {
+  Fit(points, nullptr, nullptr, maxIter);
+}
+
+void CNuParabola::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
+  FitConic(kParabola, points, form, sumSquares, maxIter, [this](const FittedConic& found) {
+    SetPosition(found.origin, found.xAxis, found.normal);
+    m_f = found.a;
+  });
+}
+
+ENuFitResult CNuParabola::FitEx(const CNuPointArray& points, long maxIter) {
+  return FitEx(points, nullptr, nullptr, maxIter);
+}
+
+ENuFitResult CNuParabola::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
+  RequireIterations(maxIter, kParabola.name);
+  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
+}
