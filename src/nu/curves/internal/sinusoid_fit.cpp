@@ -109,6 +109,10 @@ DoubleDouble AngleOf(double b, double x, double c) {
   return {sum.high, sum.low + product.low};
 }
 
+bool IsSinusoid(double a, double b) {
+  return a > 0.0 && b > 0.0 && std::isfinite(a) && std::isfinite(b);
+}
+
 // The wave about the origin of x, moved to x = 0.
 FittedSinusoid Placed(const Wave& wave, Centring x, Centring y, double mean) {
   const double b = wave.frequency * x.scale;
@@ -134,8 +138,7 @@ double CosineAt(double b, double x, double c) {
 }
 
 void RequireSinusoid(double a, double b, const char* name) {
-  const bool valid = a > 0.0 && b > 0.0 && std::isfinite(a) && std::isfinite(b);
-  if (!valid) throw CNuConstructionException(8, name, nullptr, 0, 0);
+  if (!IsSinusoid(a, b)) throw CNuConstructionException(8, name, nullptr, 0, 0);
 }
 
 // A tiny negative angle plus a full turn rounds to the full turn.
@@ -163,8 +166,7 @@ FittedSinusoid FitSinusoid(const CNuPointArray& points, const char* name, bool w
   if (best.end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, name);
   const Wave wave = best.fit.Found();
   FittedSinusoid found = Placed(wave, x, y, mean);
-  const bool valid = found.a > 0.0 && found.b > 0.0 && std::isfinite(found.a) && std::isfinite(found.b);
-  if (!valid || !std::isfinite(found.d)) FailFit(kNumericalFailure, name);
+  if (!IsSinusoid(found.a, found.b) || !std::isfinite(found.d)) FailFit(kNumericalFailure, name);
   if (wantsDeviations) found.deviations = InUnit(best.fit.DeviationsNow(), y.scale);
   return found;
 }

@@ -3,6 +3,7 @@
 
 #include "nu/engine/points/form_statistics.h"
 #include "nu/fwd.h"
+#include "nu/geometry/internal/fit_guards.h"
 
 // What the sine and the cosine curve share. `name` is the class.
 namespace nu::internal {
@@ -25,6 +26,18 @@ struct FittedSinusoid {
 
 // CNuBestfitException as the classes say.
 FittedSinusoid FitSinusoid(const CNuPointArray& points, const char* name, bool wantsDeviations, long maxIter);
+
+// Checks, fits, has the result stored by `store(found)`, and puts out the form.
+template<class Store>
+void FitSinusoid(const CNuPointArray& points, const char* name, double* form, double* sumSquares, long maxIter,
+                 Store store) {
+  RequireIterations(maxIter, name);
+  TranslateForeign(name, [&] {
+    const FittedSinusoid found = FitSinusoid(points, name, form != nullptr || sumSquares != nullptr, maxIter);
+    store(found);
+    StoreForm(found.deviations, form, sumSquares);
+  });
+}
 
 // The angle of (cosine, sine) in [0, 2 pi).
 double PhaseOf(double cosine, double sine);

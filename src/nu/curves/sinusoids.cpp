@@ -1,0 +1,106 @@
+#include "nu/curves/cosine_curve.h"
+#include "nu/curves/internal/sinusoid_fit.h"
+#include "nu/curves/sine_curve.h"
+#include "nu/foundation/constants.h"
+#include "nu/foundation/internal/outputs.h"
+
+using namespace nu::internal;
+
+// The sine and the cosine curve: one wave, whose phase counts from its rise through the mean or from its crest.
+
+namespace {
+
+constexpr const char* kSine = "CNuSineCurve";
+constexpr const char* kCosine = "CNuCosineCurve";
+
+}  // namespace
+
+CNuSineCurve::CNuSineCurve(double a, double b, double c, double d)
+    : CNuTrigonometry(NuTypeSineCurve), m_a(a), m_b(b), m_c(c), m_d(d) {
+  RequireSinusoid(a, b, kSine);
+}
+
+CNuSineCurve::~CNuSineCurve() = default;
+
+void CNuSineCurve::GetData(double* a, double* b, double* c, double* d) const {
+  Output(a, m_a);
+  Output(b, m_b);
+  Output(c, m_c);
+  Output(d, m_d);
+}
+
+double CNuSineCurve::ValueAt(double x) const {
+  return m_a * SineAt(m_b, x, m_c) + m_d;
+}
+
+double CNuSineCurve::DerivativeAt(double x) const {
+  return m_a * m_b * CosineAt(m_b, x, m_c);
+}
+
+double CNuSineCurve::Period() const {
+  return Nu_2PI / m_b;
+}
+
+void CNuSineCurve::Fit(const CNuPointArray& points, long maxIter) {
+  Fit(points, nullptr, nullptr, maxIter);
+}
+
+void CNuSineCurve::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
+  FitSinusoid(points, kSine, form, sumSquares, maxIter, [this](const FittedSinusoid& found) {
+    *this = CNuSineCurve(found.a, found.b, PhaseOf(found.sine, found.cosine), found.d);
+  });
+}
+
+ENuFitResult CNuSineCurve::FitEx(const CNuPointArray& points, long maxIter) {
+  return FitEx(points, nullptr, nullptr, maxIter);
+}
+
+ENuFitResult CNuSineCurve::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
+  RequireIterations(maxIter, kSine);
+  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
+}
+
+CNuCosineCurve::CNuCosineCurve(double a, double b, double c, double d)
+    : CNuTrigonometry(NuTypeCosineCurve), m_a(a), m_b(b), m_c(c), m_d(d) {
+  RequireSinusoid(a, b, kCosine);
+}
+
+CNuCosineCurve::~CNuCosineCurve() = default;
+
+void CNuCosineCurve::GetData(double* a, double* b, double* c, double* d) const {
+  Output(a, m_a);
+  Output(b, m_b);
+  Output(c, m_c);
+  Output(d, m_d);
+}
+
+double CNuCosineCurve::ValueAt(double x) const {
+  return m_a * CosineAt(m_b, x, m_c) + m_d;
+}
+
+double CNuCosineCurve::DerivativeAt(double x) const {
+  return -m_a * m_b * SineAt(m_b, x, m_c);
+}
+
+double CNuCosineCurve::Period() const {
+  return Nu_2PI / m_b;
+}
+
+void CNuCosineCurve::Fit(const CNuPointArray& points, long maxIter) {
+  Fit(points, nullptr, nullptr, maxIter);
+}
+
+void CNuCosineCurve::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
+  FitSinusoid(points, kCosine, form, sumSquares, maxIter, [this](const FittedSinusoid& found) {
+    *this = CNuCosineCurve(found.a, found.b, PhaseOf(found.cosine, -found.sine), found.d);
+  });
+}
+
+ENuFitResult CNuCosineCurve::FitEx(const CNuPointArray& points, long maxIter) {
+  return FitEx(points, nullptr, nullptr, maxIter);
+}
+
+ENuFitResult CNuCosineCurve::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
+  RequireIterations(maxIter, kCosine);
+  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
+}
