@@ -9,7 +9,8 @@
 // The curve y = a cos(b x + c) + d over x, with a and b above 0; b x + c in radians.
 class NU_EXPORT CNuCosineCurve : public CNuTrigonometry {
  public:
-  // a or b not above 0, or not finite: CNuConstructionException cause 8.
+  // Fails with CNuConstructionException ("CNuCosineCurve"):
+  //   8  a or b is not above 0, or not finite
   CNuCosineCurve(double a, double b, double c, double d);
   CNuCosineCurve(const CNuCosineCurve&) = default;
   CNuCosineCurve& operator=(const CNuCosineCurve&) = default;
@@ -25,11 +26,12 @@ class NU_EXPORT CNuCosineCurve : public CNuTrigonometry {
   // 2 pi / b.
   double Period() const;
 
-  // Least-squares curve, as CNuSineCurve::Fit finds it and with its failures, under the name of this class.
+  // Least-squares curve as CNuSineCurve::Fit.
+  // Fails with CNuBestfitException ("CNuCosineCurve"), the curve and the outputs unchanged, as CNuSineCurve::Fit.
   void Fit(const CNuPointArray& points, long maxIter);
-  void Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
+  void Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter);
   ENuFitResult FitEx(const CNuPointArray& points, long maxIter);
-  ENuFitResult FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
+  ENuFitResult FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter);
 
  private:
   double m_a;

@@ -11,11 +11,13 @@
 // direction of the semi-axis a. Without a position its frame is the global one.
 class NU_EXPORT CNuEllipse : public CNuCurve {
  public:
-  // A semi-axis that is not above 0 and finite: cause 5, "semi-axis"; a below b: cause 7, "semi-axis",
-  // CNuConstructionException; after that, for both vectors: not three components, cause 4; zero within NuGetZero() or
-  // not finite, cause 3; not orthogonal within NuGetRadianTol(), cause 8. They are normalised, and the x axis made
-  // orthogonal to the normal; it is (1, 0, 0), or any direction across a given normal, if not given, and the normal (0,
-  // 0, 1). Semi-axes alone leave the ellipse without a position.
+  // Semi-axes alone leave the ellipse without a position. The vectors are normalised, and the x axis is made orthogonal
+  // to the normal. Without them the normal is (0, 0, 1) and the x axis (1, 0, 0); with a normal alone the x axis is any
+  // direction across it.
+  // Fails with CNuConstructionException ("CNuEllipse"), checked in this order:
+  //   5  "semi-axis": a or b is not above 0, or not finite     7  "semi-axis": a < b
+  //   4  a vector has not three components     3  a vector is zero within NuGetZero(), or not finite
+  //   8  the vectors are not orthogonal within NuGetRadianTol()
   CNuEllipse(double a, double b);
   CNuEllipse(double a, double b, const CNuPoint& centre);
   CNuEllipse(double a, double b, const CNuPoint& centre, const CNuVector& normal);
@@ -30,39 +32,40 @@ class NU_EXPORT CNuEllipse : public CNuCurve {
   CNuPlane GetPlane() const;
   void GetData(double* a, double* b, CNuPoint* centre, CNuVector* xAxis, CNuVector* normal) const;
 
-  // Of a point from the curve; one within NuGetLengthTol() of its plane counts as lying in it.
+  // The distance of a point from the curve. A point within NuGetLengthTol() of its plane counts as lying in it.
   double DistanceTo(const CNuPoint& p) const;
 
-  // The points common to both, 0 to 2; returns how many there are. As for lines, cause 45 for what is not finite. What
-  // comes as close as NuGetLengthTol(), or as the rounding of the coordinates, touches. With a line as CNuLine says, in
-  // its order; with a plane in the order of this normal x the plane's, none for a plane that holds the ellipse in the
-  // same sense.
+  // The points common to both; returns their number, 0 to 2. What comes as close as NuGetLengthTol(), or as the
+  // rounding of the coordinates, touches. The points are in the order of the line or, with a plane, of the cross
+  // product of this normal and the plane's. A plane has no common points with an ellipse that lies in it with the same
+  // sense.
+  // Fails with CNuOperationException, p1 and p2 unchanged:
+  //   45  the curve, the line or the plane is not finite
   int IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const;
   int IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const;
 
   // The n points a cos u, b sin u for u in even steps of a full turn, counter-clockwise about the normal; the last is
-  // the first again. n below 2 or above 10,000,000: CNuOperationException cause 12.
+  // the first again.
+  // Fails with CNuOperationException ("CNuEllipse::ToPolyline/PointArray()", "conversion"):
+  //   12  n below 2 or above 10,000,000
   CNuPointArray ToPointArray(int n) const;
   CNuPolyline ToPolyline(int n) const;
 
-  // Least-squares ellipse in the least-squares plane of the points: the sum of the squared orthogonal distances in that
-  // plane (S. J. Ahn, W. Rauh, H.-J. Warnecke, Pattern Recognition 34, 2001) is least. Direct algebraic fits start it;
-  // Gauss-Newton steps and, where those slow down, Newton steps in a trust region (J. J. More, D. C. Sorensen, SIAM J.
-  // Scientific and Statistical Computing 4, 1983) refine the coefficients of the equation. For points that are not
-  // clearly on one curve the best of some thirty descents is taken. The fit ends with a step, taken all the same, whose
-  // squared length is below NuGetTol(), relative to a spread of the points below 1, or that is down to rounding, or
-  // when ten steps have gained nothing. `formError` receives the largest minus the smallest signed distance,
-  // `sumSquares` the sum of the squared ones. CNuBestfitException, for which the ellipse and the outputs stay as they
-  // were: cause 13 (size 0) for a limit below 1, before all else; cause 1 (size 5) below five points; cause 2 (size 5)
-  // without five that are NuGetLengthTol() apart; cause 3 of the plane, named "CNuPlane"; cause 11 (size 0) for
-  // coordinates that are not finite, points without a best ellipse, because ellipses come the closer to them the more
-  // they are like some parabola or like lines, and whatever else fails on the way; cause 12 (size 0) when no step
-  // before the last permitted one ended the fit. FitEx throws cause 13 only: NuFitNoConvergence stands for cause 12,
-  // NuFitFailure for every other failure.
+  // Least-squares ellipse in the least-squares plane of the points: minimises the sum of squared orthogonal distances
+  // in that plane (S. J. Ahn, W. Rauh, H.-J. Warnecke, Pattern Recognition 34, 2001). Direct algebraic fits start it.
+  // Gauss-Newton steps, and Newton steps where those slow down, refine the coefficients of the equation, damped as
+  // D. W. Marquardt, J. SIAM 11, 1963, does it. For points that are not clearly on one curve the best of some thirty
+  // descents is taken. The fit ends with a step, taken all the same, whose squared length is below NuGetTol(), relative
+  // to a spread of the points below 1, or that gains no more than rounding.
+  // Fails with CNuBestfitException ("CNuEllipse"), the ellipse and the outputs unchanged:
+  //   13  maxIter < 1     1  fewer than 5 points     2  fewer than 5 distinct points
+  //   3  as CNuPlane::Fit, named "CNuPlane"
+  //   11  no ellipse is best, as parabolas or lines fit better; no optimum after 100 steps
+  //   12  maxIter steps were used up, even by the one that converged
   void Fit(const CNuPointArray& points, long maxIter);
-  void Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
+  void Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter);
   ENuFitResult FitEx(const CNuPointArray& points, long maxIter);
-  ENuFitResult FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
+  ENuFitResult FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter);
 
  private:
   double m_a;

@@ -9,7 +9,8 @@
 // The curve y = a sin(b x + c) + d over x, with a and b above 0; b x + c in radians.
 class NU_EXPORT CNuSineCurve : public CNuTrigonometry {
  public:
-  // a or b not above 0, or not finite: CNuConstructionException cause 8.
+  // Fails with CNuConstructionException ("CNuSineCurve"):
+  //   8  a or b is not above 0, or not finite
   CNuSineCurve(double a, double b, double c, double d);
   CNuSineCurve(const CNuSineCurve&) = default;
   CNuSineCurve& operator=(const CNuSineCurve&) = default;
@@ -25,25 +26,23 @@ class NU_EXPORT CNuSineCurve : public CNuTrigonometry {
   // 2 pi / b.
   double Period() const;
 
-  // Least-squares curve through the points (x, y), whatever their z: the sum of the squared y - ValueAt(x) is least
-  // among all frequencies b up to the Nyquist limit, which is pi over the spacing of the points. The spacing is the
+  // Least-squares curve through the points (x, y), whatever their z: minimises the sum of the squared y - ValueAt(x)
+  // over all frequencies b up to the Nyquist limit, which is pi over the spacing of the points. The spacing is the
   // median distance of neighbours in x, but not above the mean distance and not below a quarter of it; points closer in
   // x than a thousandth of the mean distance count as one place. c is in [0, 2 pi). Of frequencies that fit equally
-  // well, as few points allow, the lowest is taken. A scan of all frequencies starts the fit (M. Zechmeister,
-  // M. Kuerster, Astronomy & Astrophysics 496, 2009), variable projection refines it (G. H. Golub, V. Pereyra, SIAM J.
+  // well, as few points allow, the lowest is taken. A scan of all frequencies starts the fit (M. Zechmeister, M.
+  // Kuerster, Astronomy & Astrophysics 496, 2009). Variable projection refines it (G. H. Golub, V. Pereyra, SIAM J.
   // Numer. Anal. 10, 1973) until a step changes the curve at the points by less than NuGetTol() of their range in y, in
-  // the root mean square, or is down to rounding. The time grows as n log n. `formError` receives the largest minus the
-  // smallest y - ValueAt(x), `sumSquares` the sum of the squared ones. CNuBestfitException, for which the curve and the
-  // outputs stay as they were: cause 13 (size 0) for a limit below 1, before all else; cause 1 (size 4) below four
-  // points; cause 11 (size 0) for coordinates that are not finite; cause 2 (size 4) without four x that are
-  // NuGetLengthTol() apart; cause 6 (size 0) when the y differ by no more than NuGetLengthTol(); cause 11 (size 0) when
-  // no curve is best, because a straight line or a parabola fits better than every period, and for whatever else fails
-  // on the way; cause 12 (size 0) when no step before the last permitted one ended the fit, or after 100 000. FitEx
-  // throws cause 13 only: NuFitNoConvergence stands for cause 12, NuFitFailure for every other failure.
+  // the root mean square, or by rounding only. The time grows as n log n.
+  // Fails with CNuBestfitException ("CNuSineCurve"), the curve and the outputs unchanged:
+  //   13  maxIter < 1     1  fewer than 4 points     2  fewer than 4 points whose x are NuGetLengthTol() apart
+  //   6  the y differ by no more than NuGetLengthTol()
+  //   11  no curve is best: a straight line or a parabola fits better than every period
+  //   12  maxIter, or 100 000, steps were used up, even by the one that converged
   void Fit(const CNuPointArray& points, long maxIter);
-  void Fit(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
+  void Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter);
   ENuFitResult FitEx(const CNuPointArray& points, long maxIter);
-  ENuFitResult FitEx(const CNuPointArray& points, double* formError, double* sumSquares, long maxIter);
+  ENuFitResult FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter);
 
  private:
   double m_a;

@@ -6,8 +6,8 @@
 
 namespace nu::internal {
 
-// The least-squares plane in which a curve called `name` is fitted. The plane's refusals keep its name; a numerical
-// failure is the curve's own.
+// The least-squares plane in which a curve called `name` is fitted. Failures of the plane keep its name, but a
+// numerical one gets that of the curve.
 inline CNuPlane CarrierPlane(const CNuPointArray& points, const char* name) {
   CNuPlane plane;
   try {

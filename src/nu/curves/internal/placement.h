@@ -5,8 +5,8 @@
 
 namespace nu::internal {
 
-// Where the points of a bounded curve are. They are kept as they were given, beside the anchor, the one point that was
-// then the origin of the curve's frame. A curve that has not moved since gives them back to the bit.
+// Maps the points of a bounded curve, which are kept as they were given, into its current frame. The anchor was the
+// origin of the frame then. The points of a curve that has not moved come back to the bit.
 class Placement {
  public:
   template<class Frame>

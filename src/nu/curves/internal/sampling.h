@@ -5,8 +5,8 @@
 
 namespace nu::internal {
 
-// More points than any curve needs, which take 400 MB: a radius from a damaged file, or a tolerance in the wrong unit,
-// asks for more memory than there is.
+// The limit is above what any curve needs, and these points take 400 MB: a radius from a damaged file, or a tolerance
+// in the wrong unit, would ask for more memory than there is.
 inline constexpr int kMostSamples = 10'000'000;
 
 // A curve is sampled at its two ends at least.

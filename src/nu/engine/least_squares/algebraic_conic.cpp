@@ -25,8 +25,8 @@ namespace {
 
 constexpr double kRoot2 = 1.4142135623730950488;
 
-// On points of size 1, a combination of 1, x and y that is smaller is zero: the points lie on a line. So is a
-// coefficient about their mean, and a sum that is smaller than this part of its terms.
+// On points of size 1, a combination of 1, x and y below this bound is zero: the points lie on a line. A coefficient
+// about their mean, and a sum relative to its terms, are zero below it as well.
 constexpr double kRounding = 64.0 * std::numeric_limits<double>::epsilon();
 
 struct Chart {
@@ -77,7 +77,7 @@ Quadratic2 Times(const Quadratic2& g, double f) {
   return {f * g.a, f * g.b, f * g.c, f * g.d, f * g.e, f * g.f};
 }
 
-// The sum, or 0 where it is but the rounding of its terms.
+// The sum, or 0 where it is only the rounding of its terms.
 double CleanSum(std::initializer_list<double> terms) {
   double sum = 0.0;
   double size = 0.0;

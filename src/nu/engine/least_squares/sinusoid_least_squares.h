@@ -30,20 +30,20 @@ struct Wave {
 // source.
 class SinusoidLeastSquares {
  public:
-  // `level` is how far from 0 the samples were before they were centred, in their unit: what they are rounded to.
+  // `level` is the distance of the samples from 0 before they were centred, in their unit: they are rounded to it.
   SinusoidLeastSquares(const WaveSamples& samples, double level);
 
   // No step changes the frequency by more than `reach`, and none leads to `limit`.
   void StartFrom(double frequency, double reach, double limit);
 
   // For RunGaussNewton. The squared length of a step is the mean square of the changes that it makes to the wave at the
-  // samples; one down to rounding has no length.
+  // samples; it is 0 when those are rounding.
   GaussNewtonStep SolveStep();
   void TakeStep();
 
-  // Of the last SolveStep.
+  // As the last SolveStep found it.
   double SumSquares() const { return m_system.sumSquares; }
-  // What rounding of the samples may add to it.
+  // The amount that rounding of the samples may add to it.
   double Rounding() const;
 
   // False when the sum of squares falls all the way to the limit, where the wave of evenly spaced samples grows beyond

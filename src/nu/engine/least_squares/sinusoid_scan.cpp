@@ -7,10 +7,10 @@
 #include "nu/engine/least_squares/fourier_sums.h"
 #include "nu/foundation/constants.h"
 
-// What a wave explains of the sum of squares, at even steps of the frequency: from sums over the samples (the
-// generalised periodogram of M. Zechmeister, M. Kuerster, Astronomy & Astrophysics 496, 2009), all of them from two
-// transforms. Below two periods, where the wave and the constant are nearly dependent, each frequency has its
-// own orthogonal reduction, over a part of the samples; so it has for few samples.
+// The part of the sum of squares that a wave explains is computed at even steps of the frequency from sums over the
+// samples (the generalised periodogram of M. Zechmeister, M. Kuerster, Astronomy & Astrophysics 496, 2009), all of them
+// from two transforms. Below two periods the wave and the constant are nearly dependent: there, and for few samples,
+// each frequency has its own orthogonal reduction, over a part of the samples.
 
 namespace nu::engine::least_squares {
 namespace {
@@ -18,7 +18,7 @@ namespace {
 constexpr double kSamePlace = 1.0 / 1000.0;  // of the mean spacing
 constexpr double kLeastSpacing = 1.0 / 4.0;
 
-// Up to so many samples everything is cheap, and every local minimum may be the least one.
+// With no more samples than these every local minimum may be the least one, and all are tried.
 constexpr std::size_t kFewSamples = 8;
 constexpr int kFewSteps = 128;  // to a period more in the range
 constexpr std::size_t kManySamples = 1024;
@@ -43,8 +43,8 @@ std::vector<double> GapsAbove(const std::vector<double>& u, double least) {
   return gaps;
 }
 
-// One sample from each of as many runs of consecutive ones, at places that no regular pattern shares (multiplicative
-// hashing by the golden ratio).
+// Takes one sample from each of as many runs of consecutive ones, at places that no regular pattern shares
+// (multiplicative hashing by the golden ratio).
 WaveSamples PartOf(const WaveSamples& samples, std::size_t size) {
   if (samples.Size() <= size) return samples;
   WaveSamples part;
@@ -117,7 +117,7 @@ std::vector<double> ExplainedParts(const WaveSamples& samples, double step, int 
   return parts;
 }
 
-// The local maxima that may be the greatest one, in their order.
+// Finds the local maxima that may be the greatest one, in their order.
 std::vector<std::size_t> Peaks(const std::vector<double>& parts, double close) {
   const double least = close * *std::max_element(parts.begin(), parts.end());
   std::vector<std::size_t> peaks;

@@ -7,7 +7,7 @@
 
 namespace nu::engine::least_squares {
 
-// Where the sum of squares may be least.
+// The frequencies at which the sum of squares may be least.
 struct FrequencyScan {
   std::vector<double> candidates;  // ascending
   double step = 0.0;               // the minimum lies about this close to one of them
@@ -19,8 +19,8 @@ struct FrequencyScan {
 // than a thousandth of the mean distance count as taken at one place.
 double NyquistFrequency(const std::vector<double>& u);
 
-// Looks at all frequencies up to that one, in steps of at most a quarter of what the range of u resolves, for a time of
-// n log n. u ascends, the y have mean 0; neither is all the same. Throws std::bad_alloc.
+// Scans all frequencies up to that one, in steps of at most a quarter of what the range of u resolves, in a time of the
+// order n log n. u ascends, the y have mean 0; neither is all the same. Throws std::bad_alloc.
 FrequencyScan ScanFrequencies(const WaveSamples& samples);
 
 }  // namespace nu::engine::least_squares
