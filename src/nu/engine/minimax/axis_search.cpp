@@ -1,8 +1,9 @@
 #include "nu/engine/minimax/axis_search.h"
 
+#include <algorithm>
 #include <limits>
+#include <utility>
 
-#include "nu/engine/base/lanes.h"
 #include "nu/engine/minimax/enclosing_ball.h"
 #include "nu/engine/shapes/vec2.h"
 
@@ -21,68 +22,14 @@ constexpr int kMostCircles = 2000;
 constexpr int kMostPasses = 100;
 constexpr std::size_t kMostOutline = 512;
 
+// The circles behind so many bounds prove most of the squares, so that no further ones are needed there.
+constexpr std::size_t kBounds = 12;
+
 // Of the areas that decide on which side of an edge a point is.
 constexpr double kHullRounding = 64.0 * std::numeric_limits<double>::epsilon();
 
 // A point farther outside a circle than its rounding.
 constexpr double kOutside = 1.0 + 64.0 * std::numeric_limits<double>::epsilon();
-
-// The corners, edges and faces of a cube, of which the outline begins with the farthest points.
-constexpr int kWays = 13;  // and their opposites
-constexpr double kWay[kWays][3] = {{1, 1, 1},  {1, 1, -1}, {1, -1, 1}, {1, -1, -1}, {1, 1, 0}, {1, -1, 0}, {1, 0, 1},
-                                   {1, 0, -1}, {0, 1, 1},  {0, 1, -1}, {1, 0, 0},   {0, 1, 0}, {0, 0, 1}};
-
-struct Extreme {
-  double low = kInfinity;
-  double high = -kInfinity;
-  Vec3 lowest;
-  Vec3 highest;
-};
-
-Vec3 PointAt(const PointBlock& block, double place, int lane) {
-  // Lanes beyond the last point are copies of it.
-  const std::size_t i = std::min(static_cast<std::size_t>(place) + static_cast<std::size_t>(lane), block.size - 1);
-  return {block.x[i], block.y[i], block.z[i]};
-}
-
-NU_KERNEL void FindExtreme(const PointBlock& block, const Vec3& way, Extreme& found) {
-  const Vec3 w = way;
-  Lanes low = kInfinity - Lanes{};
-  Lanes high = -low;
-  Lanes lowPlace = {};
-  Lanes highPlace = {};
-  for (std::size_t i = 0; i < block.size; i += kLanes) {
-    Lanes x, y, z;
-    Load(block.x + i, x);
-    Load(block.y + i, y);
-    Load(block.z + i, z);
-    const Lanes s = x * w.x + y * w.y + z * w.z;
-    const Lanes place = static_cast<double>(i) - Lanes{};
-    lowPlace = s < low ? place : lowPlace;
-    low = s < low ? s : low;
-    highPlace = s > high ? place : highPlace;
-    high = s > high ? s : high;
-  }
-  for (int l = 0; l < kLanes; ++l) {
-    if (low[l] < found.low) found.low = low[l], found.lowest = PointAt(block, lowPlace[l], l);
-    if (high[l] > found.high) found.high = high[l], found.highest = PointAt(block, highPlace[l], l);
-  }
-}
-
-std::vector<Vec3> OutlineOf(PointBlocks& points, const MinimaxSolution<AxisDistance>& known) {
-  const AxisFrame& frame = known.model.frame;
-  Extreme extreme[kWays];
-  points.ForEach([&](const PointBlock& block) {
-    for (int k = 0; k < kWays; ++k)
-      FindExtreme(block, kWay[k][0] * frame.x + kWay[k][1] * frame.y + kWay[k][2] * frame.z, extreme[k]);
-  });
-  std::vector<Vec3> found(known.contact, known.contact + known.contacts);
-  for (const Extreme& e : extreme) {
-    found.push_back(e.lowest);
-    found.push_back(e.highest);
-  }
-  return found;
-}
 
 PointBlocks BlocksOf(const std::vector<Vec3>& points) {
   return PointBlocks(PointView(&points[0].x, sizeof(Vec3), points.size()), {});
@@ -197,8 +144,8 @@ KnownCylinder::KnownCylinder(const MinimaxSolution<AxisDistance>& found)
   m_own.sine = tangent * m_own.cosine;
 }
 
-AxisSearch::AxisSearch(PointBlocks& points, const MinimaxSolution<AxisDistance>& found)
-    : m_points(points), m_frame(found.model.frame), m_outline(OutlineOf(points, found)), m_blocks(BlocksOf(m_outline)) {
+AxisSearch::AxisSearch(PointBlocks& points, const AxisFrame& found, std::vector<Vec3> outline)
+    : m_points(points), m_frame(found), m_outline(std::move(outline)), m_blocks(BlocksOf(m_outline)) {
   for (int face = 0; face < 3; ++face)
     for (const double u : {-0.5, 0.5})
       for (const double v : {-0.5, 0.5}) Push({0.0, face, u, v, 0.5});
@@ -217,14 +164,19 @@ bool AxisSearch::FindSmaller(const KnownCylinder& known, AxisDistance& found) {
   while (!m_cells.empty() && m_cells.front().bound < least && !IsExhausted()) {
     const Cell cell = Pop();
     const DirectionCap cap = CapAround(cell);
-    if (known.IsSmallestIn(cap) || known.Bound().Within(cap) >= least) continue;
+    if (known.IsSmallestIn(cap) || known.Bound().Within(cap) >= least || IsKnownLarge(cap, least)) continue;
     const Circle circle = CircleAround(cap.direction, least);
+    if (m_bounds.size() < kBounds) m_bounds.push_back(circle.bound);
     Split(cell, circle.bound, known);
     if (!circle.holdsAll) continue;
     found = AxisOf(circle);
     return true;
   }
   return false;
+}
+
+bool AxisSearch::IsKnownLarge(const DirectionCap& cap, double least) const {
+  return std::any_of(m_bounds.begin(), m_bounds.end(), [&](const RadiusBound& b) { return b.Within(cap) >= least; });
 }
 
 void AxisSearch::Push(const Cell& cell) {

@@ -73,8 +73,8 @@ class KnownCylinder {
 // bound for some of the points is one for all.
 class AxisSearch {
  public:
-  // The frame of what has been found makes the squares follow the points.
-  AxisSearch(PointBlocks& points, const MinimaxSolution<AxisDistance>& found);
+  // The frame of what has been found makes the squares follow the points; `outline` is the first one.
+  AxisSearch(PointBlocks& points, const AxisFrame& found, std::vector<Vec3> outline);
 
   // No cylinder is smaller by more than what the search neglects, a millionth of the squared radius.
   static bool IsProven(const KnownCylinder& known);
@@ -106,6 +106,7 @@ class AxisSearch {
   Cell Pop();
   DirectionCap CapAround(const Cell& cell) const;
   void Split(const Cell& cell, const RadiusBound& here, const KnownCylinder& known);
+  bool IsKnownLarge(const DirectionCap& cap, double least) const;
   bool IsExhausted() const;
   Circle CircleAround(const Vec3& direction, double least);
   Circle CircleAroundOutline(const Vec3& direction) const;
@@ -115,10 +116,11 @@ class AxisSearch {
   PointBlocks& m_points;
   AxisFrame m_frame;
   std::vector<Vec3> m_outline;
-  mutable PointBlocks m_blocks;  // of the outline
-  std::vector<Cell> m_cells;     // a heap, the lowest bound on top
-  int m_circles = 0;             // found so far
-  int m_passes = 0;              // over all points
+  mutable PointBlocks m_blocks;       // of the outline
+  std::vector<Cell> m_cells;          // a heap, the lowest bound on top
+  std::vector<RadiusBound> m_bounds;  // of the first circles, which are far apart
+  int m_circles = 0;                  // found so far
+  int m_passes = 0;                   // over all points
 };
 
 }  // namespace nu::engine::minimax

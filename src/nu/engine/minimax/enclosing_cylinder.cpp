@@ -180,7 +180,7 @@ MinimaxSolution<AxisDistance> SmallestCylinder(PointBlocks& points, const Vec3& 
   MinimaxSolution<AxisDistance> best = minimax.Solve({frame, half});
   if (best.end == MinimaxEnd::limitReached) return best;
   if (AxisSearch::IsProven(KnownCylinder(best))) return best;
-  AxisSearch search(points, best);
+  AxisSearch search(points, best.model.frame, minimax.KnownPoints());
   AxisDistance start;
   while (search.FindSmaller(KnownCylinder(best), start)) {
     const MinimaxSolution<AxisDistance> other = minimax.Improve(start, best.value - rounding);

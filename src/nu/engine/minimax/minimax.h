@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <utility>
+#include <vector>
 
 #include "nu/engine/minimax/curved_minimax.h"
 #include "nu/engine/minimax/linear_minimax.h"
@@ -86,6 +87,13 @@ class Minimax {
   MinimaxSolution<Model> Improve(const Model& start, double value, long limit = kMostSteps) {
     m_runLimit = limit;
     return Run(start, value, value);
+  }
+
+  // Those that have mattered so far.
+  std::vector<Vec3> KnownPoints() const {
+    std::vector<Vec3> known;
+    for (int row = 0; row < m_points.Size(); ++row) known.push_back(m_points.Point(row));
+    return known;
   }
 
  private:

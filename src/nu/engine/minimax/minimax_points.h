@@ -28,6 +28,7 @@ class MinimaxPoints {
   MinimaxPoints(const MinimaxPoints&) = delete;
   MinimaxPoints& operator=(const MinimaxPoints&) = delete;
 
+  int Size() const { return static_cast<int>(m_set.size); }
   Vec3 Point(int row) const { return {m_set.x[row], m_set.y[row], m_set.z[row]}; }
   double Sign(int row) const { return m_sign[row]; }
   // Of all points' deviations, at the last pass.
