@@ -1,9 +1,7 @@
 #include "nu/engine/least_squares/cone_least_squares.h"
 
-#include <limits>
-
 #include "nu/engine/base/elementary.h"
-#include "nu/engine/base/lanes.h"
+#include "nu/engine/least_squares/cone_lanes.h"
 
 // Gauss-Newton on the distance e of the points from the cone. A part of a cone says little about apex and angle but
 // much about the surface itself at M, so the unknowns are those of the surface there. n = u cos a - w sin a is its
@@ -35,7 +33,6 @@
 namespace nu::engine::least_squares {
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kRightAngle = 1.5707963267948966;
 
 // A descent ends with a step after which, at the rate at which the gains of the steps fall, the next would lower the
@@ -51,76 +48,31 @@ constexpr double kStrip = 0.25;
 // |point - M|^2.
 constexpr int kProducts = 14;
 constexpr int kColumns = 6;
-constexpr int kSums = kProducts + kColumns + 2;
+constexpr int kConeSums = kProducts + kColumns + 2;
 
-// What the kernels need of a model.
-struct Surface {
-  explicit Surface(const ConeModel& m)
-      : cosine(Cos(m.angle)),
-        sine(Sin(m.angle)),
-        normal(cosine * m.u - sine * m.w),
-        generator(sine * m.u + cosine * m.w),
-        across(m.v),
-        offset{Dot(normal, m.pivot), Dot(generator, m.pivot), Dot(across, m.pivot)},
-        height(m.height),
-        rise(m.rise),
-        foot(m.foot) {}
-
-  double cosine;
-  double sine;
-  Vec3 normal;
-  Vec3 generator;
-  Vec3 across;
-  Vec3 offset;
-  double height;
-  double rise;
-  double foot;
-};
-
-NU_ALWAYS_INLINE void LocalCoordinates(const PointBlock& block, std::size_t i, const Surface& s, Lanes& x, Lanes& y,
-                                       Lanes& t) {
-  Lanes px, py, pz;
-  Load(block.x + i, px);
-  Load(block.y + i, py);
-  Load(block.z + i, pz);
-  x = s.normal.x * px + s.normal.y * py + s.normal.z * pz - s.offset.x;
-  y = s.generator.x * px + s.generator.y * py + s.generator.z * pz - s.offset.y;
-  t = s.across.x * px + s.across.y * py + s.across.z * pz - s.offset.z;
+template<bool kBothNappes>
+ConeLanes<kBothNappes> LanesOf(const ConeModel& m) {
+  const double cosine = Cos(m.angle), sine = Sin(m.angle);
+  const AxisFrame frame{m.pivot, cosine * m.u - sine * m.w, m.v, sine * m.u + cosine * m.w};
+  return {frame, cosine, sine, m.height, m.rise, m.foot};
 }
 
-// The distance d from the axis and l = d - h, without cancellation.
-NU_ALWAYS_INLINE void FindDistance(const Lanes& h, const Lanes& t, Lanes& d, Lanes& l) {
-  const Lanes square = t * t;
-  d = h * h + square;
-  TakeSquareRoot(d);
-  const Lanes far = d + (h > 0.0 ? h : -h);
-  const Lanes quotient = square / far;
-  l = h > 0.0 ? quotient : far;
-}
-
-NU_KERNEL void SumProducts(const PointBlock& block, const Surface& given, double (&sums)[kSums], Deviations& extremes) {
-  const Surface s = given;
-  Lanes sum[kSums] = {};
-  Lanes smallest = kInfinity - Lanes{};
-  Lanes largest = -smallest;
+// The generic body would take 27 sums; this one is for the frequent points on one nappe.
+NU_KERNEL void SumProducts(const PointBlock& block, const ConeLanes<false>& given, double (&sums)[kConeSums],
+                           Deviations& found) {
+  const ConeLanes<false> s = given;
+  Lanes sum[kConeSums] = {};
+  LaneExtremes extremes;
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     Lanes x, y, t, weight;
-    LocalCoordinates(block, i, s, x, y, t);
+    s.Locate(block, i, x, y, t);
     Load(block.Weights(i), weight);
     const Lanes h = s.height + s.cosine * x + s.sine * y;
     const Lanes square = t * t;
-    Lanes d = h * h + square;
-    TakeSquareRoot(d);
-    // d - |h| without cancellation is t^2 / far. A point on the axis has no direction: its columns are those of u.
-    const Lanes far = d + (h > 0.0 ? h : -h);
-    const Lanes product = d * far;
-    const Lanes quotient = 1.0 / product;
-    const Lanes inverse = product > 0.0 ? quotient : Lanes{};
-    const Lanes l = h > 0.0 ? square * inverse * d : far;
-    const Lanes inverseDistance = inverse * far;
+    Lanes l, inverseDistance;
+    FindLift(h, square, l, inverseDistance);
     Lanes e = s.cosine * l + (x - s.rise);
-    smallest = e < smallest ? e : smallest;
-    largest = e > largest ? e : largest;
+    extremes.Add(e);
     const Lanes p = t * inverseDistance * weight;
     const Lanes q = l * inverseDistance * weight;
     const Lanes f = (y - s.foot + s.sine * l) * weight;
@@ -152,77 +104,21 @@ NU_KERNEL void SumProducts(const PointBlock& block, const Surface& given, double
     sum[20] += e * e;
     sum[21] += weight * (x * x + y * y + square);
   }
-  for (int k = 0; k < kSums; ++k) sums[k] = Sum(sum[k]);
-  extremes = {0.0, Smallest(smallest), Largest(largest)};
+  for (int k = 0; k < kConeSums; ++k) sums[k] = Sum(sum[k]);
+  found = {0.0, extremes.Smallest(), extremes.Largest()};
 }
 
-// Which nappe a point counts from: 1 or -1.
-NU_ALWAYS_INLINE void FindSide(const Surface& s, const Lanes& x, const Lanes& y, bool bothNappes, Lanes& side) {
-  const Lanes one = 1.0 - Lanes{};
-  side = one;
-  if (!bothNappes) return;
-  const Lanes fromApex = (s.cosine * y - s.sine * x) * s.sine + (s.rise + s.height * s.cosine);
-  side = fromApex < 0.0 ? -one : one;
+NU_KERNEL void FindDeviations(const PointBlock& block, const ConeLanes<false>& surface, Deviations& found) {
+  DeviationsBody(block, surface, found);
+}
+NU_KERNEL void FindDeviations(const PointBlock& block, const ConeLanes<true>& surface, Deviations& found) {
+  DeviationsBody(block, surface, found);
 }
 
-NU_ALWAYS_INLINE void Deviate(const Surface& s, const Lanes& x, const Lanes& l, const Lanes& h, const Lanes& y,
-                              const Lanes& side, Lanes& e) {
-  const Lanes fromApex = (s.cosine * y - s.sine * x) * s.sine + (s.rise + s.height * s.cosine);
-  const Lanes behind = s.cosine * (l + h) + fromApex;
-  e = s.cosine * l + (x - s.rise);
-  e = side > 0.0 ? e : behind;
-}
-
-NU_KERNEL void FindDeviations(const PointBlock& block, const Surface& given, bool bothNappes, Deviations& found) {
-  const Surface s = given;
-  Lanes sum = {};
-  Lanes smallest = kInfinity - Lanes{};
-  Lanes largest = -smallest;
-  for (std::size_t i = 0; i < block.size; i += kLanes) {
-    Lanes x, y, t, d, l, e, side, weight;
-    LocalCoordinates(block, i, s, x, y, t);
-    const Lanes h = s.height + s.cosine * x + s.sine * y;
-    FindDistance(h, t, d, l);
-    FindSide(s, x, y, bothNappes, side);
-    Deviate(s, x, l, h, y, side, e);
-    smallest = e < smallest ? e : smallest;
-    largest = e > largest ? e : largest;
-    Load(block.Weights(i), weight);
-    e *= weight;
-    sum += e * e;
-  }
-  found = {Sum(sum), Smallest(smallest), Largest(largest)};
-}
-
-// Rows (the six columns | deviation) of the points from `begin` to `end`. On the nappe behind the apex, where z and the
-// products with it change their sign, the same unknowns have other columns.
-void FillRows(const PointBlock& block, std::size_t begin, std::size_t end, const Surface& s, bool bothNappes,
-              TallReduction& reduction) {
-  for (std::size_t i = begin; i < end; i += kLanes) {
-    Lanes x, y, t, d, l, e, side;
-    LocalCoordinates(block, i, s, x, y, t);
-    const Lanes h = s.height + s.cosine * x + s.sine * y;
-    FindDistance(h, t, d, l);
-    FindSide(s, x, y, bothNappes, side);
-    Deviate(s, x, l, h, y, side, e);
-    const Lanes inverse = d > 0.0 ? 1.0 / d : Lanes{};
-    const Lanes p = t * inverse;
-    const Lanes q = l * inverse;
-    const double lever = s.height * s.sine;
-    const Lanes along = s.cosine * (s.cosine * y - s.sine * x);
-    const Lanes f = side > 0.0 ? y + s.sine * l : s.sine * d + lever - along;
-    const Lanes twist = side > 0.0 ? f : along - s.sine * d - lever;
-    const Lanes bend =
-        side > 0.0 ? q * f : (3.0 - q) * lever + s.sine * (d + s.cosine * x + s.sine * y) + (q - 2.0) * along;
-    const Lanes lift = q + (side - 1.0);
-    Store(side, reduction.Column(0) + (i - begin));
-    Store(f - s.foot * side, reduction.Column(1) + (i - begin));
-    Store(p, reduction.Column(2) + (i - begin));
-    Store(lift, reduction.Column(3) + (i - begin));
-    Store(p * (twist - s.foot), reduction.Column(4) + (i - begin));
-    Store(bend - s.foot * lift, reduction.Column(5) + (i - begin));
-    Store(e, reduction.Column(kColumns) + (i - begin));
-  }
+template<bool kBothNappes>
+Deviations FindDeviations(PointBlocks& points, const ConeModel& model) {
+  const auto surface = LanesOf<kBothNappes>(model);
+  return OverBlocks(points, [&](const PointBlock& block, Deviations& part) { FindDeviations(block, surface, part); });
 }
 
 // v turned about the origin by the length of `by`, around its direction (the formula of O. Rodrigues).
@@ -250,11 +146,11 @@ double FootOf(const ConeModel& m) {
 
 ConeProblem::System SumOneNappe(PointBlocks& points, const ConeModel& model) {
   ConeProblem::System system;
-  const Surface surface(model);
-  const auto kernel = [&](const PointBlock& block, double(&sums)[kSums], Deviations& part) {
+  const auto surface = LanesOf<false>(model);
+  const auto kernel = [&](const PointBlock& block, double(&sums)[kConeSums], Deviations& part) {
     SumProducts(block, surface, sums, part);
   };
-  const BlockSums<kSums> total = SumOverBlocks<kSums>(points, system.deviations, kernel);
+  const BlockSums<kConeSums> total = SumOverBlocks<kConeSums>(points, system.deviations, kernel);
   // Of 1, p, q, p q, q^2 and p^2, times a power of f.
   struct Group {
     double one, p, q, pq, qq, pp;
@@ -358,18 +254,11 @@ ConeProblem::System ConeProblem::Sum(PointBlocks& points, const ConeModel& model
 }
 
 TallReduction ConeProblem::Reduce(PointBlocks& points, const ConeModel& model) {
-  const Surface surface(model);
-  return ReduceRows(points, kUnknowns + 1,
-                    [&](const PointBlock& block, std::size_t begin, std::size_t end, TallReduction& reduction) {
-                      FillRows(block, begin, end, surface, model.bothNappes, reduction);
-                    });
+  return model.bothNappes ? ReduceSurface(points, LanesOf<true>(model)) : ReduceSurface(points, LanesOf<false>(model));
 }
 
 Deviations ConeProblem::DeviationsFrom(PointBlocks& points, const ConeModel& model) {
-  const Surface surface(model);
-  return OverBlocks(points, [&](const PointBlock& block, Deviations& part) {
-    FindDeviations(block, surface, model.bothNappes, part);
-  });
+  return model.bothNappes ? FindDeviations<true>(points, model) : FindDeviations<false>(points, model);
 }
 
 double ConeProblem::SquaredLength(const ConeModel& model, const System& system, const double (&step)[kUnknowns]) {

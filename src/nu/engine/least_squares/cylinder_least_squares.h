@@ -6,8 +6,14 @@
 
 namespace nu::engine::least_squares {
 
-// A cylinder seen from a point M among the data; its radius is height + rise.
-struct CylinderModel : PivotFrame {};
+// A cylinder seen from a point M among the data.
+struct CylinderModel : PivotFrame {
+  double Radius() const { return height + rise; }
+  Vec3 AxisPoint() const { return pivot - height * u; }
+
+  // By changes of the rise and of the height, by a shift of the axis along v, and by its tilts about M towards u and v.
+  void Move(const double (&step)[5]);  // rise, shift, height, tilts
+};
 
 // The cylinder with this unit direction whose axis passes through pivot + toAxis.
 CylinderModel CylinderAbout(const Vec3& pivot, const Vec3& direction, const Vec3& toAxis, double radius);

@@ -2,9 +2,7 @@
 
 #include <limits>
 
-#include "nu/engine/base/lanes.h"
-#include "nu/engine/linear/small_cholesky.h"
-#include "nu/engine/points/small_systems.h"
+#include "nu/engine/least_squares/surface_kernels.h"
 #include "nu/engine/shapes/axis_frame.h"
 
 // Start. The centre c and q = r^2 - |c|^2 that minimise the sum of (|p|^2 - 2 c . p - q)^2 (I. Kasa, IEEE Trans.
@@ -68,11 +66,6 @@ constexpr int TriangleSize(int n) {
 template<int D>
 inline constexpr int kPowers = D + TriangleSize(D) + D;
 
-// Of the columns for shift and height: their sums, their products, their products with the deviation; then the
-// deviation and its square.
-template<int D>
-inline constexpr int kProducts = D + TriangleSize(D) + D + 2;
-
 template<int D>
 inline constexpr int kCurvatures = 1 + (D - 1) + TriangleSize(D - 1) + 1;
 
@@ -114,89 +107,50 @@ NU_ALWAYS_INLINE void PowersBody(const PointBlock& block, const RoundModel<D>& g
   for (int j = 0; j < D; ++j) *out++ = Sum(cubic[j]);
 }
 
-// The deviation of eight points and, unless only that is wanted, their columns: across[1 ..] for the shift, across[0]
-// for the height, without the sign.
-template<int D, bool WithColumns>
-NU_ALWAYS_INLINE void Deviate(const PointBlock& block, std::size_t i, const RoundModel<D>& model,
-                              const double (&offset)[D], Lanes& e, Lanes (&column)[D]) {
-  Lanes u[D];
-  LoadCoordinates(block, i, model, offset, u);
-  const Lanes h = u[0] + model.height;
-  Lanes across = u[1] * u[1];
-  for (int j = 2; j < D; ++j) across += u[j] * u[j];
-  Lanes d = h * h + across;
-  TakeSquareRoot(d);
-  // d - |h| without cancellation is |t|^2 / far. A point at the centre has no direction: its columns are zero.
-  const Lanes far = d + (h > 0.0 ? h : -h);
-  if constexpr (WithColumns) {
-    const Lanes product = d * far;
-    const Lanes quotient = 1.0 / product;
-    const Lanes inverse = product > 0.0 ? quotient : Lanes{};
-    const Lanes lift = h > 0.0 ? across * inverse * d : far;
-    const Lanes inverseDistance = inverse * far;
+// A circle or sphere for the kernels. The unknowns are the rise, the shifts, the height.
+template<int D>
+struct RoundLanes {
+  static constexpr int kUnknowns = D + 1;
+  static constexpr int kExtras = 0;
+
+  explicit RoundLanes(const RoundModel<D>& m) : model(m) {
+    for (int j = 0; j < D; ++j) offset[j] = j == 0 ? m.mean[0] : m.mean[j] + m.shift[j];
+  }
+
+  NU_ALWAYS_INLINE void Locate(const PointBlock& block, std::size_t i, Lanes (&u)[D], Lanes& square) const {
+    LoadCoordinates(block, i, model, offset, u);
+    square = u[1] * u[1];
+    for (int j = 2; j < D; ++j) square += u[j] * u[j];
+  }
+
+  NU_ALWAYS_INLINE void Deviate(const PointBlock& block, std::size_t i, Lanes& e) const {
+    Lanes u[D], square, lift;
+    Locate(block, i, u, square);
+    FindLift(u[0] + model.height, square, lift);
     e = lift + (u[0] - model.rise);
-    column[0] = lift * inverseDistance;
+  }
+
+  NU_ALWAYS_INLINE void Deviate(const PointBlock& block, std::size_t i, Lanes& e, Lanes (&column)[kUnknowns]) const {
+    Lanes u[D], square, lift, inverseDistance;
+    Locate(block, i, u, square);
+    FindLift(u[0] + model.height, square, lift, inverseDistance);
+    e = lift + (u[0] - model.rise);
+    column[0] = 1.0 - Lanes{};
     for (int j = 1; j < D; ++j) column[j] = u[j] * inverseDistance;
-  } else {
-    const Lanes quotient = across / far;
-    e = (h > 0.0 ? quotient : far) + (u[0] - model.rise);
+    column[D] = lift * inverseDistance;
   }
-}
 
-template<int D>
-NU_ALWAYS_INLINE void OffsetsOf(const RoundModel<D>& model, double (&offset)[D]) {
-  for (int j = 0; j < D; ++j) offset[j] = j == 0 ? model.mean[0] : model.mean[j] + model.shift[j];
-}
-
-template<int D>
-NU_ALWAYS_INLINE void ProductsBody(const PointBlock& block, const RoundModel<D>& given, double (&sums)[kProducts<D>],
-                                   Deviations& extremes) {
-  const RoundModel<D> model = given;
+  RoundModel<D> model;
   double offset[D];
-  OffsetsOf(model, offset);
-  Lanes sum[D] = {};
-  Lanes product[TriangleSize(D)] = {};
-  Lanes right[D] = {};
-  Lanes deviation = {};
-  Lanes square = {};
-  Lanes smallest = std::numeric_limits<double>::infinity() - Lanes{};
-  Lanes largest = -smallest;
-  for (std::size_t i = 0; i < block.size; i += kLanes) {
-    Lanes e, weight;
-    Lanes column[D];
-    Deviate<D, true>(block, i, model, offset, e, column);
-    smallest = e < smallest ? e : smallest;
-    largest = e > largest ? e : largest;
-    Load(block.Weights(i), weight);
-    e *= weight;
-    deviation += e;
-    square += e * e;
-    for (int j = 0; j < D; ++j) {
-      column[j] *= weight;
-      sum[j] += column[j];
-      right[j] += column[j] * e;
-      for (int k = 0; k <= j; ++k) product[TriangleSize(j) + k] += column[j] * column[k];
-    }
-  }
-  double* out = sums;
-  for (int j = 0; j < D; ++j) *out++ = Sum(sum[j]);
-  for (int j = 0; j < TriangleSize(D); ++j) *out++ = Sum(product[j]);
-  for (int j = 0; j < D; ++j) *out++ = Sum(right[j]);
-  *out++ = Sum(deviation);
-  *out = Sum(square);
-  extremes = {*out, Smallest(smallest), Largest(largest)};
-}
+};
 
 template<int D>
-NU_ALWAYS_INLINE void SumDeviationsBody(const PointBlock& block, const RoundModel<D>& given, double (&sums)[1]) {
-  const RoundModel<D> model = given;
-  double offset[D];
-  OffsetsOf(model, offset);
+NU_ALWAYS_INLINE void SumDeviationsBody(const PointBlock& block, const RoundLanes<D>& given, double (&sums)[1]) {
+  const RoundLanes<D> surface = given;
   Lanes sum = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     Lanes e, weight;
-    Lanes column[D];
-    Deviate<D, false>(block, i, model, offset, e, column);
+    surface.Deviate(block, i, e);
     Load(block.Weights(i), weight);
     sum += weight * e;
   }
@@ -206,16 +160,15 @@ NU_ALWAYS_INLINE void SumDeviationsBody(const PointBlock& block, const RoundMode
 // With w = e / d and p = t / d: the sums of w; per shift of p h / d w, then of the products of the p with w; last of
 // the squared distances from M.
 template<int D>
-NU_ALWAYS_INLINE void CurvaturesBody(const PointBlock& block, const RoundModel<D>& given,
+NU_ALWAYS_INLINE void CurvaturesBody(const PointBlock& block, const RoundLanes<D>& given,
                                      double (&sums)[kCurvatures<D>]) {
-  const RoundModel<D> model = given;
-  double offset[D];
-  OffsetsOf(model, offset);
+  const RoundLanes<D> surface = given;
+  const RoundModel<D>& model = surface.model;
   Lanes sum[kCurvatures<D>] = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     Lanes u[D], e, weight;
-    Lanes column[D];
-    Deviate<D, true>(block, i, model, offset, e, column);
+    Lanes column[D + 1];
+    surface.Deviate(block, i, e, column);
     LoadCoordinates(block, i, model, model.mean, u);
     Load(block.Weights(i), weight);
     Lanes square = u[0] * u[0];
@@ -227,51 +180,12 @@ NU_ALWAYS_INLINE void CurvaturesBody(const PointBlock& block, const RoundModel<D
     sum[next++] += w;
     for (int j = 1; j < D; ++j) {
       const Lanes product = w * column[j];
-      sum[next++] += product * (1.0 - column[0]);
+      sum[next++] += product * (1.0 - column[D]);
       for (int k = 1; k <= j; ++k) sum[next++] += product * column[k];
     }
     sum[next] += weight * square;
   }
   for (int k = 0; k < kCurvatures<D>; ++k) sums[k] = Sum(sum[k]);
-}
-
-template<int D>
-NU_ALWAYS_INLINE void DeviationsBody(const PointBlock& block, const RoundModel<D>& given, Deviations& found) {
-  const RoundModel<D> model = given;
-  double offset[D];
-  OffsetsOf(model, offset);
-  Lanes square = {};
-  Lanes smallest = std::numeric_limits<double>::infinity() - Lanes{};
-  Lanes largest = -smallest;
-  for (std::size_t i = 0; i < block.size; i += kLanes) {
-    Lanes e, weight;
-    Lanes column[D];
-    Deviate<D, false>(block, i, model, offset, e, column);
-    smallest = e < smallest ? e : smallest;
-    largest = e > largest ? e : largest;
-    Load(block.Weights(i), weight);
-    e *= weight;
-    square += e * e;
-  }
-  found = {Sum(square), Smallest(smallest), Largest(largest)};
-}
-
-// Rows (1, columns for shift, column for height | deviation) of 8 * groups points from `begin` on.
-template<int D>
-NU_ALWAYS_INLINE void RowsBody(const PointBlock& block, std::size_t begin, std::size_t end, const RoundModel<D>& given,
-                               double* const (&columns)[D + 2]) {
-  const RoundModel<D> model = given;
-  double offset[D];
-  OffsetsOf(model, offset);
-  for (std::size_t i = begin; i < end; i += kLanes) {
-    Lanes e;
-    Lanes column[D];
-    Deviate<D, true>(block, i, model, offset, e, column);
-    Store(1.0 - Lanes{}, columns[0] + (i - begin));
-    for (int j = 1; j < D; ++j) Store(column[j], columns[j] + (i - begin));
-    Store(column[0], columns[D] + (i - begin));
-    Store(e, columns[D + 1] + (i - begin));
-  }
 }
 
 NU_KERNEL void SumPowers(const PointBlock& b, const RoundModel<2>& m, double (&s)[kPowers<2>]) {
@@ -280,36 +194,32 @@ NU_KERNEL void SumPowers(const PointBlock& b, const RoundModel<2>& m, double (&s
 NU_KERNEL void SumPowers(const PointBlock& b, const RoundModel<3>& m, double (&s)[kPowers<3>]) {
   PowersBody(b, m, s);
 }
-NU_KERNEL void SumProducts(const PointBlock& b, const RoundModel<2>& m, double (&s)[kProducts<2>], Deviations& e) {
+NU_KERNEL void SumProducts(const PointBlock& b, const RoundLanes<2>& m, double (&s)[kSums<RoundLanes<2>>],
+                           Deviations& e) {
   ProductsBody(b, m, s, e);
 }
-NU_KERNEL void SumProducts(const PointBlock& b, const RoundModel<3>& m, double (&s)[kProducts<3>], Deviations& e) {
+NU_KERNEL void SumProducts(const PointBlock& b, const RoundLanes<3>& m, double (&s)[kSums<RoundLanes<3>>],
+                           Deviations& e) {
   ProductsBody(b, m, s, e);
 }
-NU_KERNEL void SumCurvatures(const PointBlock& b, const RoundModel<2>& m, double (&s)[kCurvatures<2>]) {
+NU_KERNEL void SumCurvatures(const PointBlock& b, const RoundLanes<2>& m, double (&s)[kCurvatures<2>]) {
   CurvaturesBody(b, m, s);
 }
-NU_KERNEL void SumCurvatures(const PointBlock& b, const RoundModel<3>& m, double (&s)[kCurvatures<3>]) {
+NU_KERNEL void SumCurvatures(const PointBlock& b, const RoundLanes<3>& m, double (&s)[kCurvatures<3>]) {
   CurvaturesBody(b, m, s);
 }
-NU_KERNEL void SumDeviations(const PointBlock& b, const RoundModel<2>& m, double (&s)[1]) {
+NU_KERNEL void SumDeviations(const PointBlock& b, const RoundLanes<2>& m, double (&s)[1]) {
   SumDeviationsBody(b, m, s);
 }
-NU_KERNEL void SumDeviations(const PointBlock& b, const RoundModel<3>& m, double (&s)[1]) {
+NU_KERNEL void SumDeviations(const PointBlock& b, const RoundLanes<3>& m, double (&s)[1]) {
   SumDeviationsBody(b, m, s);
 }
-NU_KERNEL void FindDeviations(const PointBlock& b, const RoundModel<2>& m, Deviations& e) {
+NU_KERNEL void FindDeviations(const PointBlock& b, const RoundLanes<2>& m, Deviations& e) {
   DeviationsBody(b, m, e);
 }
-NU_KERNEL void FindDeviations(const PointBlock& b, const RoundModel<3>& m, Deviations& e) {
+NU_KERNEL void FindDeviations(const PointBlock& b, const RoundLanes<3>& m, Deviations& e) {
   DeviationsBody(b, m, e);
 }
-template<int D>
-void FillRows(const PointBlock& block, std::size_t begin, std::size_t end, const RoundModel<D>& model,
-              double* const (&columns)[D + 2]) {
-  RowsBody(block, begin, end, model, columns);
-}
-
 // What SumPowers gave, moved from the given mean to the true one.
 template<int D>
 struct CentralPowers {
@@ -350,26 +260,10 @@ CentralPowers<D> PowersAbout(PointBlocks& points, const RoundModel<D>& model) {
 
 template<int D>
 StepSystem<D + 1> SumSystem(PointBlocks& points, const RoundModel<D>& model) {
-  StepSystem<D + 1> system;
-  const auto kernel = [&](const PointBlock& block, double(&sums)[kProducts<D>], Deviations& part) {
-    SumProducts(block, model, sums, part);
-  };
-  const BlockSums<kProducts<D>> total = SumOverBlocks<kProducts<D>>(points, system.deviations, kernel);
-  system.deviations.sumSquares = total[kProducts<D> - 1];
-  system.count = static_cast<double>(points.Size());
-  // Unknown 0 is the rise, then the shifts, last the height; the kernel has the height first.
-  system.product[0][0] = system.count;
-  system.right[0] = total[kProducts<D> - 2];
-  for (int j = 0; j < D; ++j) {
-    const int row = j == 0 ? D : j;
-    system.product[row][0] = system.product[0][row] = total[j];
-    system.right[row] = total[D + TriangleSize(D) + j];
-    for (int k = 0; k <= j; ++k) {
-      const int column = k == 0 ? D : k;
-      system.product[row][column] = system.product[column][row] = total[D + TriangleSize(j) + k];
-    }
-  }
-  return system;
+  BlockSums<kSums<RoundLanes<D>>> total;
+  const auto kernel = [](const PointBlock& block, const RoundLanes<D>& surface, double(&sums)[kSums<RoundLanes<D>>],
+                         Deviations& part) { SumProducts(block, surface, sums, part); };
+  return SystemOf(points, RoundLanes<D>(model), kernel, total);
 }
 
 // The points lie to one side of the centre.
@@ -504,10 +398,11 @@ void RoundProblem<D>::Complete(Model& model) {
 template<int D>
 typename RoundProblem<D>::System RoundProblem<D>::Sum(PointBlocks& points, const Model& model) {
   System system = SumSystem<D>(points, model);
+  const RoundLanes<D> surface(model);
   BlockSums<kCurvatures<D>> total;
   points.ForEach([&](const PointBlock& block) {
     double sums[kCurvatures<D>];
-    SumCurvatures(block, model, sums);
+    SumCurvatures(block, surface, sums);
     total.Add(sums);
   });
   int next = 1;
@@ -533,17 +428,13 @@ typename RoundProblem<D>::System RoundProblem<D>::Sum(PointBlocks& points, const
 
 template<int D>
 TallReduction RoundProblem<D>::Reduce(PointBlocks& points, const Model& model) {
-  const auto fill = [&](const PointBlock& block, std::size_t begin, std::size_t end, TallReduction& reduction) {
-    double* columns[kUnknowns + 1];
-    for (int j = 0; j <= kUnknowns; ++j) columns[j] = reduction.Column(j);
-    FillRows<D>(block, begin, end, model, columns);
-  };
-  return ReduceRows(points, kUnknowns + 1, fill);
+  return ReduceSurface(points, RoundLanes<D>(model));
 }
 
 template<int D>
 Deviations RoundProblem<D>::DeviationsFrom(PointBlocks& points, const Model& model) {
-  return OverBlocks(points, [&](const PointBlock& block, Deviations& part) { FindDeviations(block, model, part); });
+  const RoundLanes<D> surface(model);
+  return OverBlocks(points, [&](const PointBlock& block, Deviations& part) { FindDeviations(block, surface, part); });
 }
 
 template<int D>
@@ -559,10 +450,11 @@ template<int D>
 void RoundProblem<D>::Move(PointBlocks& points, const System& system, const double (&step)[kUnknowns], Model& model) {
   MoveCentre(system, step, model);
   // The radius that suits the centre is the mean distance: the steps need not follow the curved valley that both make.
+  const RoundLanes<D> surface(model);
   BlockSums<1> deviation;
   points.ForEach([&](const PointBlock& block) {
     double sums[1];
-    SumDeviations(block, model, sums);
+    SumDeviations(block, surface, sums);
     deviation.Add(sums);
   });
   model.rise += deviation[0] / system.count;

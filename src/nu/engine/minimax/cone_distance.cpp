@@ -3,7 +3,8 @@
 #include <limits>
 
 #include "nu/engine/base/elementary.h"
-#include "nu/engine/base/lanes.h"
+#include "nu/engine/least_squares/cone_lanes.h"
+#include "nu/engine/minimax/distance_kernels.h"
 
 // Pivot P on the cone, semi-angle a, c = cos a, s = sin a; outward normal n at P, generator g, v = g x n across; then
 // u = c n + s g points away from the axis and w = c g - s n along it. With N, T, G the coordinates of a point along
@@ -15,15 +16,15 @@
 // With sin = T / d, ver = l / d = 1 - cos the sine and the versed sine of the angle around the axis, and y = G + s l
 // the way along the generator, the six unknowns change f by
 //
-//   -1, -sin / S, -ver / V, -y / L, -y sin / (L S), -y ver / (L V)
+//   -1, -y / L, -sin / S, -ver / V, -y sin / (L S), -y ver / (L V)
 //
 // where S, V and L are the largest of each factor: on a narrow sector these are like 1, t, t^2, y, y t, y t^2, and on a
 // full cone no two of them are nearly dependent either. What they move:
 //
 //   1  the cone to a parallel one: P by e along n, R by c e
-//   2  the axis across: a turn about the parallel to the axis through P
-//   3  the curvature of the cross-section, with P and n held: 1 / R
-//   4  the semi-angle, with the axis held: a turn about v, and a by as much
+//   2  the semi-angle, with the axis held: a turn about v, and a by as much
+//   3  the axis across: a turn about the parallel to the axis through P
+//   4  the curvature of the cross-section, with P and n held: 1 / R
 //   5  the generators' twist: a turn about n
 //   6  how fast the curvature changes along the generator: a, with n, g and the normal curvature c / R held
 //
@@ -124,131 +125,62 @@ void Widen(Extremes& extremes, const Extremes& part) {
   extremes.way = std::max(extremes.way, part.way);
 }
 
-struct LocalLanes {
-  Lanes t, g, d, lift, deviation, side;
-};
-
 template<bool kBothNappes>
-NU_ALWAYS_INLINE void LoadLocal(const PointBlock& block, std::size_t i, const ConeDistance& m, LocalLanes& p) {
-  const AxisFrame& f = m.frame;
-  Lanes px, py, pz;
-  Load(block.x + i, px);
-  Load(block.y + i, py);
-  Load(block.z + i, pz);
-  px -= f.origin.x;
-  py -= f.origin.y;
-  pz -= f.origin.z;
-  const Lanes n = px * f.x.x + py * f.x.y + pz * f.x.z;
-  p.t = px * f.y.x + py * f.y.y + pz * f.y.z;
-  p.g = px * f.z.x + py * f.z.y + pz * f.z.z;
-  const Lanes h = n * m.cosine + p.g * m.sine + m.radius;
-  const Lanes square = p.t * p.t;
-  p.d = h * h + square;
-  TakeSquareRoot(p.d);
-  const Lanes zero = {};
-  p.side = zero + 1.0;
-  if (kBothNappes) {
-    const Lanes fromApex = (p.g * m.cosine - n * m.sine) * m.sine + m.radius * m.cosine;
-    p.side = fromApex < zero ? zero - 1.0 : p.side;
-    p.d *= p.side;
-  }
-  const Lanes far = p.d + h;
-  p.lift = h * p.side > zero ? square / far : p.d - h;
-  p.deviation = n + p.lift * m.cosine;
-  if (kBothNappes) p.deviation *= p.side;
+ConeLanes<kBothNappes> LanesOf(const ConeDistance& m) {
+  return {m.frame, m.cosine, m.sine, m.radius, 0.0, 0.0};
+}
+
+NU_KERNEL void FindEach(const PointBlock& block, const ConeLanes<false>& surface, double* deviation, double& smallest,
+                        double& largest) {
+  EachDeviationBody(block, surface, deviation, smallest, largest);
+}
+NU_KERNEL void FindEach(const PointBlock& block, const ConeLanes<true>& surface, double* deviation, double& smallest,
+                        double& largest) {
+  EachDeviationBody(block, surface, deviation, smallest, largest);
+}
+NU_KERNEL void FindGradients(const PointBlock& block, const ConeLanes<false>& surface, const double (&factor)[K],
+                             double* deviation, double (*gradient)[kMostRows]) {
+  GradientsBody(block, surface, factor, deviation, gradient);
+}
+NU_KERNEL void FindGradients(const PointBlock& block, const ConeLanes<true>& surface, const double (&factor)[K],
+                             double* deviation, double (*gradient)[kMostRows]) {
+  GradientsBody(block, surface, factor, deviation, gradient);
 }
 
 template<bool kBothNappes>
-NU_ALWAYS_INLINE void FindDeviationsFrom(const PointBlock& block, const ConeDistance& model, double* deviation,
-                                         double& smallest, double& largest) {
-  const ConeDistance m = model;
-  Lanes low = kInfinity - Lanes{};
-  Lanes high = -low;
+NU_ALWAYS_INLINE void ExtremesBody(const PointBlock& block, const ConeLanes<kBothNappes>& given, Extremes& found) {
+  const ConeLanes<kBothNappes> surface = given;
+  LaneExtremes deviation, across, lift, distance, way;
   for (std::size_t i = 0; i < block.size; i += kLanes) {
-    LocalLanes p;
-    LoadLocal<kBothNappes>(block, i, m, p);
-    Store(p.deviation, deviation + i);
-    low = p.deviation < low ? p.deviation : low;
-    high = p.deviation > high ? p.deviation : high;
+    typename ConeLanes<kBothNappes>::Spot p;
+    surface.Find(block, i, p);
+    const Lanes signedWay = p.y + p.l * surface.sine;
+    deviation.Add(p.e);
+    across.Add(p.t < 0.0 ? -p.t : p.t);
+    lift.Add(p.l < 0.0 ? -p.l : p.l);
+    distance.Add(p.d < 0.0 ? -p.d : p.d);
+    way.Add(signedWay < 0.0 ? -signedWay : signedWay);
   }
-  smallest = Smallest(low);
-  largest = Largest(high);
+  found = {deviation.Smallest(), deviation.Largest(), across.Largest(),
+           lift.Largest(),       distance.Largest(),  way.Largest()};
 }
 
-NU_KERNEL void FindDeviations(const PointBlock& block, const ConeDistance& model, double* deviation, double& smallest,
-                              double& largest) {
-  if (model.bothNappes) return FindDeviationsFrom<true>(block, model, deviation, smallest, largest);
-  FindDeviationsFrom<false>(block, model, deviation, smallest, largest);
+NU_KERNEL void FindExtremes(const PointBlock& block, const ConeLanes<false>& surface, Extremes& found) {
+  ExtremesBody(block, surface, found);
 }
-
-template<bool kBothNappes>
-NU_ALWAYS_INLINE void FindGradientsOf(const PointBlock& block, const ConeDistance& model, double* deviation,
-                                      double (*gradient)[kMostRows]) {
-  const ConeDistance m = model;
-  const double sineScale = 1.0 / m.breadth;
-  const double verScale = 1.0 / m.bulge;
-  const double wayScale = 1.0 / m.length;
-  const Lanes zero = {};
-  for (std::size_t i = 0; i < block.size; i += kLanes) {
-    LocalLanes p;
-    LoadLocal<kBothNappes>(block, i, m, p);
-    Store(p.deviation, deviation + i);
-    // On the axis any direction leads away.
-    const Lanes inverse = p.d != zero ? 1.0 / p.d : zero;
-    const Lanes downwards = -p.side;
-    const Lanes sine = p.t * inverse * sineScale * downwards;
-    const Lanes ver = p.lift * inverse * verScale * downwards;
-    const Lanes way = (p.g + p.lift * m.sine) * wayScale;
-    Store(downwards, gradient[0] + i);
-    Store(sine, gradient[1] + i);
-    Store(ver, gradient[2] + i);
-    Store(way * downwards, gradient[3] + i);
-    Store(way * sine, gradient[4] + i);
-    Store(way * ver, gradient[5] + i);
-  }
-}
-
-NU_KERNEL void FindGradients(const PointBlock& block, const ConeDistance& model, double* deviation,
-                             double (*gradient)[kMostRows]) {
-  if (model.bothNappes) return FindGradientsOf<true>(block, model, deviation, gradient);
-  FindGradientsOf<false>(block, model, deviation, gradient);
-}
-
-template<bool kBothNappes>
-NU_ALWAYS_INLINE void FindExtremesFrom(const PointBlock& block, const ConeDistance& model, Extremes& found) {
-  const ConeDistance m = model;
-  const Lanes zero = {};
-  Lanes low = kInfinity - Lanes{};
-  Lanes high = -low;
-  Lanes across = {}, lift = {}, distance = {}, way = {};
-  for (std::size_t i = 0; i < block.size; i += kLanes) {
-    LocalLanes p;
-    LoadLocal<kBothNappes>(block, i, m, p);
-    low = p.deviation < low ? p.deviation : low;
-    high = p.deviation > high ? p.deviation : high;
-    const Lanes signedWay = p.g + p.lift * m.sine;
-    const Lanes t = p.t < zero ? -p.t : p.t;
-    const Lanes l = p.lift < zero ? -p.lift : p.lift;
-    const Lanes d = p.d < zero ? -p.d : p.d;
-    const Lanes y = signedWay < zero ? -signedWay : signedWay;
-    across = t > across ? t : across;
-    lift = l > lift ? l : lift;
-    distance = d > distance ? d : distance;
-    way = y > way ? y : way;
-  }
-  found = {Smallest(low), Largest(high), Largest(across), Largest(lift), Largest(distance), Largest(way)};
-}
-
-NU_KERNEL void FindExtremes(const PointBlock& block, const ConeDistance& model, Extremes& found) {
-  if (model.bothNappes) return FindExtremesFrom<true>(block, model, found);
-  FindExtremesFrom<false>(block, model, found);
+NU_KERNEL void FindExtremes(const PointBlock& block, const ConeLanes<true>& surface, Extremes& found) {
+  ExtremesBody(block, surface, found);
 }
 
 Extremes ExtremesFrom(PointBlocks& points, const ConeDistance& model) {
   Extremes seen;
   points.ForEach([&](const PointBlock& block) {
     Extremes part;
-    FindExtremes(block, model, part);
+    if (model.bothNappes) {
+      FindExtremes(block, LanesOf<true>(model), part);
+    } else {
+      FindExtremes(block, LanesOf<false>(model), part);
+    }
     Widen(seen, part);
   });
   return seen;
@@ -316,11 +248,15 @@ bool ConeDistance::IsFinite() const {
 }
 
 void ConeDistance::Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const {
-  FindDeviations(block, *this, deviation, smallest, largest);
+  if (bothNappes) return FindEach(block, LanesOf<true>(*this), deviation, smallest, largest);
+  FindEach(block, LanesOf<false>(*this), deviation, smallest, largest);
 }
 
 void ConeDistance::Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const {
-  FindGradients(block, *this, deviation, gradient);
+  const double turn = -1.0 / breadth, bend = -1.0 / bulge;
+  const double factor[K] = {-1.0, -1.0 / length, turn, bend, turn / length, bend / length};
+  if (bothNappes) return FindGradients(block, LanesOf<true>(*this), factor, deviation, gradient);
+  FindGradients(block, LanesOf<false>(*this), factor, deviation, gradient);
 }
 
 // A turn W changes the coordinates Q of a point by -W x Q + W x (W x Q) / 2. Derivatives of these, of the semi-angle
@@ -343,17 +279,17 @@ void ConeDistance::AddCurvature(const Vec3& point, double weight, double (&sum)[
   const double change = 1.0 / (length * bulge);
   const double bend = 1.0 / (c * bulge);
   const Coordinates turn[K] = {{},
+                               {0.0, 1.0 / length, 0.0},
                                {s / (c * breadth * radius), 0.0, -1.0 / (breadth * radius)},
                                {},
-                               {0.0, 1.0 / length, 0.0},
                                {-1.0 / (c * breadth * length), 0.0, 0.0},
                                {}};
-  const double opening[K] = {0.0, 0.0, 0.0, 1.0 / length, 0.0, change};
-  const double widening[K] = {c, 0.0, bend, 0.0, 0.0, -s / c * radius * change};
+  const double opening[K] = {0.0, 1.0 / length, 0.0, 0.0, 0.0, change};
+  const double widening[K] = {c, 0.0, 0.0, bend, 0.0, -s / c * radius * change};
   double widening2[K][K] = {};
-  widening2[2][2] = 2.0 * bend * bend / radius;
+  widening2[3][3] = 2.0 * bend * bend / radius;
   widening2[5][0] = -s * change;
-  widening2[5][2] = -s / c * bend * change;
+  widening2[5][3] = -s / c * bend * change;
   widening2[5][5] = -radius * change * change;
 
   Coordinates moved[K];
@@ -381,9 +317,9 @@ void ConeDistance::AddCurvature(const Vec3& point, double weight, double (&sum)[
 }
 
 ConeDistance ConeDistance::Moved(const double (&step)[kUnknowns]) const {
-  const double across = step[1] / (breadth * radius);
-  const double flatter = step[2] / (cosine * bulge * radius);
-  const double opening = step[3] / length;
+  const double across = step[2] / (breadth * radius);
+  const double flatter = step[3] / (cosine * bulge * radius);
+  const double opening = step[1] / length;
   const double twist = step[4] / (breadth * length);
   const double change = step[5] / (length * bulge);
   const Vec3 turn = ((sine * across - twist) / cosine) * frame.x + opening * frame.y - across * frame.z;
@@ -411,30 +347,6 @@ int ConeDistance::Stratum(const Vec3& point) const {
   const double part = 16.0 * lift / (bulge * d);
   const int place = part < 1.0 ? 0 : (part < 4.0 ? 1 : (part < 9.0 ? 2 : 3));
   return 8 * quarter + 2 * place + (q.y < 0.0 ? 1 : 0);
-}
-
-void NappesDistance::Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const {
-  cone.Deviations(block, deviation, smallest, largest);
-  for (std::size_t i = 0; i < block.size; ++i) deviation[i] -= middle;
-  smallest -= middle;
-  largest -= middle;
-}
-
-void NappesDistance::Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const {
-  cone.Gradients(block, deviation, gradient);
-  for (std::size_t i = 0; i < block.size; ++i) deviation[i] -= middle;
-  std::fill_n(gradient[kUnknowns - 1], block.size, -1.0);
-}
-
-void NappesDistance::AddCurvature(const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]) const {
-  double part[K][K] = {};
-  cone.AddCurvature(point, weight, part);
-  for (int i = 0; i < K; ++i)
-    for (int j = 0; j < K; ++j) sum[i][j] += part[i][j];
-}
-
-NappesDistance NappesDistance::Moved(const double (&step)[kUnknowns]) const {
-  return {cone.Moved({step[0], step[1], step[2], step[3], step[4], step[5]}), middle + step[K]};
 }
 
 }  // namespace nu::engine::minimax

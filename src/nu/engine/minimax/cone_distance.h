@@ -2,6 +2,7 @@
 #define NU_ENGINE_MINIMAX_CONE_DISTANCE_H
 
 #include "nu/engine/minimax/minimax.h"
+#include "nu/engine/minimax/with_offset.h"
 #include "nu/engine/shapes/axis_frame.h"
 #include "nu/engine/shapes/incidence.h"
 
@@ -37,22 +38,8 @@ struct ConeDistance {
   int Stratum(const Vec3& point) const;
 };
 
-// With points on both nappes a shift of the apex does not level the deviations: their middle is an unknown of its own.
-struct NappesDistance {
-  static constexpr int kUnknowns = ConeDistance::kUnknowns + 1;
-  static constexpr int kStrata = ConeDistance::kStrata;
-
-  ConeDistance cone;
-  double middle = 0.0;
-
-  Cone3 Cone() const { return cone.Cone(); }
-
-  void Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const;
-  void Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const;
-  void AddCurvature(const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]) const;
-  NappesDistance Moved(const double (&step)[kUnknowns]) const;
-  int Stratum(const Vec3& point) const { return cone.Stratum(point); }
-};
+// With points on both nappes a shift of the apex does not level the deviations.
+using NappesDistance = WithOffset<ConeDistance>;
 
 // About a cone, with the scale of the unknowns for these points, and the extreme deviations from it. Points behind the
 // apex make it one of both nappes where the range of the deviations is below `form` no other way.

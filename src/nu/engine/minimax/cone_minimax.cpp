@@ -23,7 +23,7 @@ const ConeDistance& ConeOf(const ConeDistance& model) {
   return model;
 }
 const ConeDistance& ConeOf(const NappesDistance& model) {
-  return model.cone;
+  return model.model;
 }
 
 // What was found, in the callers' unit.
@@ -33,15 +33,10 @@ ConeZone Described(const MinimaxSolution<Model>& found, double unit, double roun
   zone.linearised = true;
   zone.end = found.end;
   zone.steps = found.steps;
-  zone.cone = Rescaled(found.model.Cone(), unit);
+  zone.cone = Rescaled(ConeOf(found.model).Cone(), unit);
   zone.width = 2.0 * unit * found.value;
   zone.rounding = unit * (rounding + kEpsilon * ConeOf(found.model).radius);
-  zone.contacts = found.contacts;
-  for (int k = 0; k < found.contacts; ++k) {
-    zone.contact[k] = unit * found.contact[k];
-    zone.sign[k] = found.sign[k];
-    zone.multiplier[k] = found.multiplier[k];
-  }
+  zone.TakeContacts(found, unit);
   return zone;
 }
 

@@ -11,19 +11,13 @@ namespace nu::engine::minimax {
 // sign * multiplier times 1, sin phi, cos phi, and of the same times y, are zero. Everything is in the unit of the
 // points, from the origin of the blocks. Of points on both nappes the zone is between the extreme distances from the
 // cone, and need not be in the middle of them.
-struct ConeZone {
-  static constexpr int kMostContacts = 8;
-
+struct ConeZone : Contacts {
   MinimaxEnd end = MinimaxEnd::stalled;
   bool linearised = false;  // the deviations from the start and their derivatives are finite
   long steps = 0;
   Cone3 cone;  // half-way between the two
   double width = 0.0;
   double rounding = 0.0;  // the error of a distance from it
-  int contacts = 0;
-  Vec3 contact[kMostContacts];
-  double sign[kMostContacts] = {};
-  double multiplier[kMostContacts] = {};
 };
 
 // The narrowest zone next to a cone with deviations over a range of `form`, or, where none is next to it, next to

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "nu/engine/minimax/cylinder_distance.h"
+#include "nu/engine/minimax/distance_kernels.h"
 #include "nu/engine/minimax/enclosing_cylinder.h"
 #include "nu/engine/minimax/round_minimax.h"
 #include "nu/engine/shapes/axis_direction.h"
@@ -11,7 +11,6 @@ namespace nu::engine::minimax {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // Of what the directions of the contacts, weighted, must cancel to; it is about the square root of the rounding of the
 // axis in units of the radius where the points are far from round.
@@ -40,7 +39,7 @@ CylinderDistance SurfaceOf(PointBlocks& points, const ScaledProblem& problem) {
   const Cylinder3& c = problem.start;
   const Vec3 outwards = Rejection(problem.mean - c.axis.point, c.axis.direction);
   const Vec3 towards = Norm(outwards) > kEpsilon * c.radius ? outwards : problem.seen.farthest - problem.mean;
-  return DistanceFromCylinder(points, c.axis.point, c.axis.direction, c.radius, towards);
+  return DistanceFromCylinder(points, c, towards);
 }
 
 // An axis through this point, with the result in the callers' unit.
@@ -52,12 +51,7 @@ CylinderMinimax Described(const MinimaxSolution<Model>& solution, const Vec3& ax
   const Vec3 nearest = axisPoint + Dot(mean - axisPoint, direction) * direction;
   result.end = solution.end;
   result.cylinder = {{unit * nearest, WithLargestPositive(direction)}, unit * std::fabs(solution.value)};
-  result.contacts = solution.contacts;
-  for (int k = 0; k < solution.contacts; ++k) {
-    result.contact[k] = unit * solution.contact[k];
-    result.sign[k] = solution.sign[k];
-    result.multiplier[k] = solution.multiplier[k];
-  }
+  result.TakeContacts(solution, unit);
   return result;
 }
 
@@ -94,33 +88,13 @@ bool IsBore(const MinimaxSolution<BoreDistance>& solution) {
   return std::all_of(sum, sum + 4, [](double s) { return std::fabs(s) <= kStationary; });
 }
 
-struct Range {
-  double smallest = kInfinity;
-  double largest = -kInfinity;
-};
-
-Range DeviationsFrom(PointBlocks& points, const CylinderDistance& surface) {
-  Range all;
-  double deviation[kBlockPoints];
-  points.ForEach([&](const PointBlock& block) {
-    Range part;
-    surface.Deviations(block, deviation, part.smallest, part.largest);
-    all.smallest = std::min(all.smallest, part.smallest);
-    all.largest = std::max(all.largest, part.largest);
-  });
-  return all;
-}
-
 bool IsRound(const ScaledProblem& problem, const CylinderDistance& surface) {
-  return problem.seen.greatest > kLeastBend * surface.radius;
+  return problem.seen.greatest > kLeastBend * surface.Radius();
 }
 
 // Half-way between the two cylinders about its axis that hold all points.
 CylinderDistance MiddleOfZone(PointBlocks& points, CylinderDistance surface) {
-  const Range all = DeviationsFrom(points, surface);
-  const double middle = 0.5 * (all.smallest + all.largest);
-  surface.frame.origin = surface.frame.origin + middle * surface.frame.x;
-  surface.radius += middle;
+  surface.rise += RangeOfDeviations(points, surface).Middle();
   return surface;
 }
 
@@ -131,15 +105,15 @@ MinimaxSolution<CylinderDistance> ZoneElsewhere(PointBlocks& points, const Scale
                                                 const MinimaxSolution<CylinderDistance>& failed) {
   constexpr double radii[] = {1.0, 4.0, 16.0};
   const CylinderDistance surface = SurfaceOf(points, problem);
-  const Vec3& out = surface.frame.x;
+  const Vec3& out = surface.u;
   MinimaxSolution<CylinderDistance> best = failed;
-  for (const Vec3& direction : {surface.frame.z, surface.frame.y}) {
+  for (const Vec3& direction : {surface.w, surface.v}) {
     for (const double side : {1.0, -1.0}) {
       for (const double radius : radii) {
-        const double r = radius * surface.radius;
-        const Vec3 axisPoint = surface.frame.origin - (side * r) * out;
+        const double r = radius * surface.Radius();
+        const Vec3 axisPoint = surface.pivot - (side * r) * out;
         const MinimaxSolution<CylinderDistance> other =
-            minimax.Improve(DistanceFromCylinder(points, axisPoint, direction, r, side * out), value);
+            minimax.Improve(DistanceFromCylinder(points, {{axisPoint, direction}, r}, side * out), value);
         if (other.end != MinimaxEnd::converged || !IsRound(problem, other.model)) continue;
         best = other;
         value = other.value - problem.rounding;
@@ -160,13 +134,13 @@ CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, con
   const bool isOptimum = found.end == MinimaxEnd::converged && IsRound(problem, found.model);
   if (!isOptimum && found.steps < limit) {
     found.end = MinimaxEnd::stalled;
-    const Range form = DeviationsFrom(points, model);
-    found = ZoneElsewhere(points, problem, 0.5 * (form.largest - form.smallest), minimax, found);
+    const double form = RangeOfDeviations(points, model).Width();
+    found = ZoneElsewhere(points, problem, 0.5 * form, minimax, found);
   }
-  CylinderMinimax result = Described(found, found.model.AxisPoint(), found.model.frame.z, problem.mean, points.Scale());
-  result.cylinder.radius = found.model.radius / points.Scale();
+  CylinderMinimax result = Described(found, found.model.AxisPoint(), found.model.w, problem.mean, points.Scale());
+  result.cylinder.radius = found.model.Radius() / points.Scale();
   result.zone = 2.0 * found.value / points.Scale();
-  result.rounding = (problem.rounding + kEpsilon * found.model.radius) / points.Scale();
+  result.rounding = (problem.rounding + kEpsilon * found.model.Radius()) / points.Scale();
   return result;
 }
 
@@ -189,16 +163,16 @@ CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, con
   ScaledProblem problem;
   if (!Prepare(points, mean, start, problem)) return {};
   const CylinderDistance surface = SurfaceOf(points, problem);
-  const AxisDistance axis{{surface.AxisPoint(), surface.frame.x, surface.frame.y, surface.frame.z}, surface.half};
+  const AxisDistance axis{{surface.AxisPoint(), surface.u, surface.v, surface.w}, surface.half};
   const BoreDistance widest{axis, problem.mean, problem.seen.greatest};
   if (!widest.IsInside()) return {};
   Minimax<BoreDistance> minimax(points, MinimaxSide::inner, problem.rounding, limit);
   MinimaxSolution<BoreDistance> found = minimax.Solve(widest);
   const bool again = found.end != MinimaxEnd::limitReached && !IsBore(found) && surface.Bulge() > oneSided;
-  const Range form = again ? DeviationsFrom(points, surface) : Range{};
+  const DeviationRange form = again ? RangeOfDeviations(points, surface) : DeviationRange{};
   for (double room = mostRoom; again && room >= 1.0 && !IsBore(found); room *= 0.5) {
-    const BoreDistance narrower{axis, axis.frame.origin, room * (form.largest - form.smallest)};
-    found = minimax.Improve(narrower, -(surface.radius + form.smallest));
+    const BoreDistance narrower{axis, axis.frame.origin, room * form.Width()};
+    found = minimax.Improve(narrower, -(surface.Radius() + form.smallest));
   }
   if (found.end != MinimaxEnd::limitReached && !IsBore(found)) found.end = MinimaxEnd::stalled;
   return Described(found, found.model.frame.origin, found.model.frame.z, problem.mean, points.Scale());

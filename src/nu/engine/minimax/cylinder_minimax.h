@@ -9,17 +9,11 @@ namespace nu::engine::minimax {
 // A cylinder that no small move betters, and the points that hold it: the multipliers are not negative and add up to 1;
 // the sums of sign * multiplier * direction from the axis, and of the same times the place along the axis, are zero.
 // Everything is in the unit of the points, from the origin of the blocks; the axis point is next to the mean.
-struct CylinderMinimax {
-  static constexpr int kMostContacts = 6;
-
+struct CylinderMinimax : Contacts {
   MinimaxEnd end = MinimaxEnd::stalled;
   Cylinder3 cylinder;     // the radius of a zone is half-way between the inner and the outer one
   double zone = 0.0;      // the difference of these; else 0
   double rounding = 0.0;  // the error of a distance from the axis
-  int contacts = 0;
-  Vec3 contact[kMostContacts];
-  double sign[kMostContacts] = {};
-  double multiplier[kMostContacts] = {};
 };
 
 // From the least-squares cylinder and the mean of the points. `stalled`: no optimum is near, or the zone is that of

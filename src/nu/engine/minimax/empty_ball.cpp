@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "nu/engine/base/lanes.h"
+#include "nu/engine/minimax/distance_kernels.h"
 #include "nu/engine/minimax/enclosing_ball.h"
 #include "nu/engine/minimax/minimax.h"
 #include "nu/engine/minimax/near_points.h"
@@ -34,48 +34,41 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 // units of the radius where the points are far from round.
 constexpr double kStationary = 1e-7;
 
-NU_ALWAYS_INLINE void LoadFrom(const PointBlock& block, std::size_t i, const Vec3& c, Lanes& x, Lanes& y, Lanes& z,
-                               Lanes& d) {
-  Load(block.x + i, x);
-  Load(block.y + i, y);
-  Load(block.z + i, z);
-  x -= c.x;
-  y -= c.y;
-  z -= c.z;
-  d = x * x + y * y + z * z;
-  TakeSquareRoot(d);
-}
+struct CentreLanes {
+  static constexpr int kUnknowns = 3;
 
-NU_KERNEL void FindDistances(const PointBlock& block, const Vec3& centre, double* distance, double& smallest,
-                             double& largest) {
-  const Vec3 c = centre;
-  Lanes low = kInfinity - Lanes{};
-  Lanes high = -low;
-  for (std::size_t i = 0; i < block.size; i += kLanes) {
-    Lanes x, y, z, d;
-    LoadFrom(block, i, c, x, y, z, d);
-    Store(d, distance + i);
-    low = d < low ? d : low;
-    high = d > high ? d : high;
+  NU_ALWAYS_INLINE void Deviate(const PointBlock& block, std::size_t i, Lanes& d) const {
+    Lanes x, y, z;
+    Load(block.x + i, x);
+    Load(block.y + i, y);
+    Load(block.z + i, z);
+    x -= frame.origin.x;
+    y -= frame.origin.y;
+    z -= frame.origin.z;
+    d = x * x + y * y + z * z;
+    TakeSquareRoot(d);
   }
-  smallest = Smallest(low);
-  largest = Largest(high);
+
+  // At the centre the gradient is undefined; use zero.
+  NU_ALWAYS_INLINE void Deviate(const PointBlock& block, std::size_t i, Lanes& d, Lanes (&column)[kUnknowns]) const {
+    Deviate(block, i, d);
+    LoadLocal(block, i, frame, column[0], column[1], column[2]);
+    const Lanes quotient = 1.0 / d;
+    const Lanes inverse = d > 0.0 ? quotient : Lanes{};
+    for (Lanes& c : column) c *= inverse;
+  }
+
+  AxisFrame frame;
+};
+
+NU_KERNEL void FindEach(const PointBlock& block, const CentreLanes& centre, double* distance, double& smallest,
+                        double& largest) {
+  EachDeviationBody(block, centre, distance, smallest, largest);
 }
 
-NU_KERNEL void FindGradients(const PointBlock& block, const AxisFrame& frame, double* distance,
+NU_KERNEL void FindGradients(const PointBlock& block, const CentreLanes& centre, double* distance,
                              double (*gradient)[kMostRows]) {
-  const AxisFrame f = frame;
-  const Lanes zero = {};
-  for (std::size_t i = 0; i < block.size; i += kLanes) {
-    Lanes x, y, z, d;
-    LoadFrom(block, i, f.origin, x, y, z, d);
-    Store(d, distance + i);
-    // From the point itself any direction leads away.
-    const Lanes inverse = d > zero ? -1.0 / d : zero;
-    Store((x * f.x.x + y * f.x.y + z * f.x.z) * inverse, gradient[0] + i);
-    Store((x * f.y.x + y * f.y.y + z * f.y.z) * inverse, gradient[1] + i);
-    Store((x * f.z.x + y * f.z.y + z * f.z.z) * inverse, gradient[2] + i);
-  }
+  GradientsBody(block, centre, {-1.0, -1.0, -1.0}, distance, gradient);
 }
 
 // What a step out of the ball that holds all points leads to: no step is taken whose deviations are NaN.
@@ -92,10 +85,10 @@ struct CentreDistance {
   double reach = 0.0;  // of the points from the mean
 
   void Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const {
-    FindDistances(block, frame.origin, deviation, smallest, largest);
+    FindEach(block, CentreLanes{frame}, deviation, smallest, largest);
   }
   void Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const {
-    FindGradients(block, frame, deviation, gradient);
+    FindGradients(block, CentreLanes{frame}, deviation, gradient);
   }
   void AddCurvature(const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]) const {
     const Vec3 q = frame.Local(point);
@@ -130,11 +123,7 @@ EmptyBall InCallersUnit(const MinimaxSolution<CentreDistance>& solution, double 
   ball.found = true;
   ball.centre = unit * solution.model.frame.origin;
   ball.radius = -unit * solution.value;
-  ball.contacts = solution.contacts;
-  for (int k = 0; k < solution.contacts; ++k) {
-    ball.contact[k] = unit * solution.contact[k];
-    ball.multiplier[k] = solution.multiplier[k];
-  }
+  ball.TakeContacts(solution, unit);
   return ball;
 }
 
@@ -318,11 +307,7 @@ EmptyBall InCallersUnit(const EnclosingBall& held, double unit) {
   ball.found = true;
   ball.centre = unit * held.centre;
   ball.radius = unit * held.radius;
-  ball.contacts = held.contacts;
-  for (int k = 0; k < held.contacts; ++k) {
-    ball.contact[k] = unit * held.contact[k];
-    ball.multiplier[k] = held.multiplier[k];
-  }
+  ball.TakeContacts(held, unit, -1.0);
   return ball;
 }
 

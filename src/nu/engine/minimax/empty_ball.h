@@ -1,21 +1,17 @@
 #ifndef NU_ENGINE_MINIMAX_EMPTY_BALL_H
 #define NU_ENGINE_MINIMAX_EMPTY_BALL_H
 
+#include "nu/engine/minimax/contacts.h"
 #include "nu/engine/points/point_blocks.h"
 
 namespace nu::engine::minimax {
 
 // A ball with no point in its interior that cannot grow by a small move of its centre, with the points that hold it:
 // the centre is the sum of multiplier * contact, the multipliers are not negative and add up to 1.
-struct EmptyBall {
-  static constexpr int kMostContacts = 4;
-
+struct EmptyBall : Contacts {
   bool found = false;
   Vec3 centre;
   double radius = 0.0;
-  int contacts = 0;
-  Vec3 contact[kMostContacts];
-  double multiplier[kMostContacts] = {};
 };
 
 // The empty ball to which one about the mean of the points grows; the mean and everything in the result is in the

@@ -227,10 +227,8 @@ class Pivoting {
 
   void Begin(const Vec3& first, std::size_t index) {
     m_ball = {};
-    m_ball.contacts = 1;
-    m_ball.contact[0] = first;
+    m_ball.AddContact(first, 1.0, 1.0);
     m_ball.index[0] = index;
-    m_ball.multiplier[0] = 1.0;
     m_ball.centre = m_gauge.centre = first;
     m_square = 0.0;
   }
@@ -296,10 +294,9 @@ class Pivoting {
       return;
     best = farthest;
     m_ball.centre = around.centre;
-    m_ball.contacts = count;
-    std::copy_n(p, count, m_ball.contact);
+    m_ball.contacts = 0;
+    for (int k = 0; k < count; ++k) m_ball.AddContact(p[k], 1.0, around.multiplier[k]);
     std::copy_n(place, count, m_ball.index);
-    std::copy_n(around.multiplier, count, m_ball.multiplier);
   }
 
   Circumscribed Around(const Vec3 (&p)[D + 1], int count) const {

@@ -1,22 +1,20 @@
 #ifndef NU_ENGINE_MINIMAX_ENCLOSING_BALL_H
 #define NU_ENGINE_MINIMAX_ENCLOSING_BALL_H
 
+#include "nu/engine/minimax/contacts.h"
 #include "nu/engine/points/point_blocks.h"
 
 namespace nu::engine::minimax {
 
 // The smallest ball around some points, with the points that determine it: the centre is the sum of multiplier *
 // contact, the multipliers are not negative and add up to 1.
-struct EnclosingBall {
+struct EnclosingBall : Contacts {
   static constexpr int kMostContacts = 4;
 
   bool found = false;  // false when a coordinate is not finite
   Vec3 centre;
   double radius = 0.0;
-  int contacts = 0;
-  Vec3 contact[kMostContacts];
   std::size_t index[kMostContacts] = {};  // of the contacts among the points
-  double multiplier[kMostContacts] = {};
 };
 
 enum class BallPrecision {

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "nu/engine/minimax/contacts.h"
 #include "nu/engine/minimax/curved_minimax.h"
 #include "nu/engine/minimax/linear_minimax.h"
 #include "nu/engine/minimax/minimax_points.h"
@@ -46,20 +47,14 @@ enum class MinimaxEnd {
 //     second derivatives of a point's deviation;
 //   Model Moved(const double (&step)[kUnknowns]) const;
 //   int Stratum(const Vec3& point) const: 0 to kStrata - 1; of each part of the feature extreme points are seen to.
-template<class Model>
-struct MinimaxSolution {
-  static constexpr int kMostContacts = Model::kUnknowns + 1;
 
+// Of the contacts the sum of multiplier * sign * gradient is zero to rounding.
+template<class Model>
+struct MinimaxSolution : Contacts {
   MinimaxEnd end = MinimaxEnd::stalled;
   Model model;
   double value = 0.0;  // the largest deviation in question, of all points
   long steps = 0;
-  // The points that hold the solution, the signs of their deviations and their multipliers (positive, sum 1): the sum
-  // of multiplier * sign * gradient is zero to rounding.
-  int contacts = 0;
-  Vec3 contact[kMostContacts];
-  double sign[kMostContacts] = {};
-  double multiplier[kMostContacts] = {};
 };
 
 template<class Model>
@@ -487,10 +482,7 @@ class Minimax {
       const int row = m_contacts.row[j];
       // Beside the others, a multiplier that is zero but for rounding is no contact.
       if (m_rows->value[row] < m_value - kNoise * m_rounding && m_contacts.multiplier[j] < kStationary) continue;
-      found.contact[found.contacts] = m_points.Point(row);
-      found.sign[found.contacts] = m_points.Sign(row);
-      found.multiplier[found.contacts] = m_contacts.multiplier[j];
-      ++found.contacts;
+      found.AddContact(m_points.Point(row), m_points.Sign(row), m_contacts.multiplier[j]);
     }
     return found;
   }

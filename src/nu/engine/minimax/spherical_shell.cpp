@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "nu/engine/base/lanes.h"
+#include "nu/engine/minimax/distance_kernels.h"
 #include "nu/engine/minimax/round_minimax.h"
 
 // The sphere from which the largest distance of a point is the least. It is given by its apex a, a point of it on the
@@ -22,7 +22,6 @@ namespace nu::engine::minimax {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // A sphere so much larger than the set of points, the square root of the rounding unit, has its centre nowhere.
 constexpr double kLeastBend = 0x1p-26;
@@ -51,70 +50,59 @@ struct ShellModel {
   double Sweep() const { return std::max(bend * bend, 2.0 / (half * half)); }
 };
 
-struct LaneVector {
-  Lanes x, y, z;
+struct ShellLanes {
+  static constexpr int kUnknowns = ShellModel::kUnknowns;
+
+  // Also q and D.
+  NU_ALWAYS_INLINE void Find(const PointBlock& block, std::size_t i, Lanes& x, Lanes& y, Lanes& z, Lanes& d,
+                             Lanes& e) const {
+    LoadLocal(block, i, frame, x, y, z);
+    const Lanes across = bend * x;
+    const Lanes across2 = bend * y;
+    const Lanes along = bend * z + 1.0;
+    d = across * across + across2 * across2 + along * along;
+    TakeSquareRoot(d);
+    e = (x * across + y * across2 + z * (along + 1.0)) / (1.0 + d);
+  }
+
+  NU_ALWAYS_INLINE void Deviate(const PointBlock& block, std::size_t i, Lanes& e) const {
+    Lanes x, y, z, d;
+    Find(block, i, x, y, z, d, e);
+  }
+
+  // At the centre the gradient is undefined; use zero.
+  NU_ALWAYS_INLINE void Deviate(const PointBlock& block, std::size_t i, Lanes& e, Lanes (&column)[kUnknowns]) const {
+    Lanes x, y, z, d;
+    Find(block, i, x, y, z, d, e);
+    const Lanes quotient = 1.0 / d;
+    const Lanes inverse = d > 0.0 ? quotient : Lanes{};
+    column[kTiltX] = x * inverse;
+    column[kTiltY] = y * inverse;
+    column[kApex] = (1.0 + bend * z) * inverse;
+    column[kBend] = (x * x + y * y + z * z - e * e) * inverse;
+  }
+
+  AxisFrame frame;
+  double bend;
 };
 
-// q and D; returns f by reference.
-NU_ALWAYS_INLINE void LoadFrom(const PointBlock& block, std::size_t i, const AxisFrame& f, double bend, LaneVector& q,
-                               Lanes& d, Lanes& deviation) {
-  Load(block.x + i, q.x);
-  Load(block.y + i, q.y);
-  Load(block.z + i, q.z);
-  q.x -= f.origin.x;
-  q.y -= f.origin.y;
-  q.z -= f.origin.z;
-  const Lanes x = bend * q.x + f.z.x;
-  const Lanes y = bend * q.y + f.z.y;
-  const Lanes z = bend * q.z + f.z.z;
-  d = x * x + y * y + z * z;
-  TakeSquareRoot(d);
-  deviation = (q.x * (x + f.z.x) + q.y * (y + f.z.y) + q.z * (z + f.z.z)) / (1.0 + d);
+NU_KERNEL void FindEach(const PointBlock& block, const ShellLanes& shell, double* deviation, double& smallest,
+                        double& largest) {
+  EachDeviationBody(block, shell, deviation, smallest, largest);
 }
 
-NU_KERNEL void FindDeviations(const PointBlock& block, const AxisFrame& frame, double bend, double* deviation,
-                              double& smallest, double& largest) {
-  const AxisFrame f = frame;
-  Lanes low = kInfinity - Lanes{};
-  Lanes high = -low;
-  for (std::size_t i = 0; i < block.size; i += kLanes) {
-    LaneVector q;
-    Lanes d, e;
-    LoadFrom(block, i, f, bend, q, d, e);
-    Store(e, deviation + i);
-    low = e < low ? e : low;
-    high = e > high ? e : high;
-  }
-  smallest = Smallest(low);
-  largest = Largest(high);
-}
-
-NU_KERNEL void FindGradients(const PointBlock& block, const AxisFrame& frame, double bend, double lever, double sweep,
+NU_KERNEL void FindGradients(const PointBlock& block, const ShellLanes& shell, const double (&factor)[4],
                              double* deviation, double (*gradient)[kMostRows]) {
-  const AxisFrame f = frame;
-  const Lanes zero = {};
-  for (std::size_t i = 0; i < block.size; i += kLanes) {
-    LaneVector q;
-    Lanes d, e;
-    LoadFrom(block, i, f, bend, q, d, e);
-    Store(e, deviation + i);
-    // From the centre any direction leads away.
-    const Lanes inverse = d > zero ? 1.0 / d : zero;
-    const Lanes along = q.x * f.z.x + q.y * f.z.y + q.z * f.z.z;
-    const Lanes square = q.x * q.x + q.y * q.y + q.z * q.z - e * e;
-    Store((q.x * f.x.x + q.y * f.x.y + q.z * f.x.z) * inverse / lever, gradient[kTiltX] + i);
-    Store((q.x * f.y.x + q.y * f.y.y + q.z * f.y.z) * inverse / lever, gradient[kTiltY] + i);
-    Store(-(1.0 + bend * along) * inverse, gradient[kApex] + i);
-    Store(0.5 * square * inverse * sweep, gradient[kBend] + i);
-  }
+  GradientsBody(block, shell, factor, deviation, gradient);
 }
 
 void ShellModel::Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const {
-  FindDeviations(block, frame, bend, deviation, smallest, largest);
+  FindEach(block, ShellLanes{frame, bend}, deviation, smallest, largest);
 }
 
 void ShellModel::Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const {
-  FindGradients(block, frame, bend, Lever(), Sweep(), deviation, gradient);
+  const double tilt = 1.0 / Lever();
+  FindGradients(block, ShellLanes{frame, bend}, {tilt, tilt, -1.0, 0.5 * Sweep()}, deviation, gradient);
 }
 
 void ShellModel::AddCurvature(const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]) const {
@@ -159,15 +147,7 @@ ShellModel StartAt(PointBlocks& points, const Vec3& mean, const Vec3& centre, do
   const Vec3 w = Norm(towards) > kEpsilon * radius ? towards : seen.farthest - mean;
   AxisFrame frame = FrameAlong(centre, w, seen.farthest - mean);
   frame.origin = centre + radius * frame.z;
-  double smallest = kInfinity;
-  double largest = -kInfinity;
-  points.ForEach([&](const PointBlock& block) {
-    double deviation[kBlockPoints], low, high;
-    FindDeviations(block, frame, 1.0 / radius, deviation, low, high);
-    smallest = std::min(smallest, low);
-    largest = std::max(largest, high);
-  });
-  const double middle = 0.5 * (smallest + largest);
+  const double middle = RangeOfDeviations(points, ShellModel{frame, 1.0 / radius}).Middle();
   frame.origin = frame.origin + middle * frame.z;
   return {frame, 1.0 / (radius + middle), seen.greatest + Norm(mean - frame.origin)};
 }
@@ -192,12 +172,7 @@ SphericalShell ThinnestShell(PointBlocks& points, const Vec3& mean, const Vec3& 
   shell.centre = unit * solution.model.Centre();
   shell.inner = unit * (middle - solution.value);
   shell.outer = unit * (middle + solution.value);
-  shell.contacts = solution.contacts;
-  for (int k = 0; k < solution.contacts; ++k) {
-    shell.contact[k] = unit * solution.contact[k];
-    shell.sign[k] = solution.model.bend < 0.0 ? -solution.sign[k] : solution.sign[k];
-    shell.multiplier[k] = solution.multiplier[k];
-  }
+  shell.TakeContacts(solution, unit, solution.model.bend < 0.0 ? -1.0 : 1.0);
   return shell;
 }
 

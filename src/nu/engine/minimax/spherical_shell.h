@@ -8,18 +8,12 @@ namespace nu::engine::minimax {
 // The space between two concentric spheres that holds some points, and the points that hold it: the multipliers are not
 // negative and add up to 1, those of the outer contacts (sign 1) to as much as those of the inner ones (sign -1), and
 // so do their sums of multiplier * direction from the centre.
-struct SphericalShell {
-  static constexpr int kMostContacts = 5;
-
+struct SphericalShell : Contacts {
   MinimaxEnd end = MinimaxEnd::stalled;
   long steps = 0;
   Vec3 centre;
   double inner = 0.0;
   double outer = 0.0;
-  int contacts = 0;
-  Vec3 contact[kMostContacts];
-  double sign[kMostContacts] = {};
-  double multiplier[kMostContacts] = {};
 };
 
 // The thinnest shell next to a sphere, and not thicker than the one about its centre; a limit above 1000 is 1000. The

@@ -1,8 +1,6 @@
 #include "nu/engine/minimax/tube_distance.h"
 
-#include <limits>
-
-#include "nu/engine/base/lanes.h"
+#include "nu/engine/minimax/distance_kernels.h"
 
 // In the frame of the circle, with k = 1 / R, the point (x, y, z) is seen from the centre at the distance R q and under
 // the angle phi from the x axis, where
@@ -31,76 +29,62 @@
 namespace nu::engine::minimax {
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
 enum Unknown { kOut, kUp, kTiltOut, kTiltUp, kBendOut, kBendUp };
 
-struct LocalLanes {
-  Lanes x, y, z;
-  Lanes s, q, e;
+struct TubeLanes {
+  static constexpr int kUnknowns = TubeDistance::kUnknowns;
+
+  // Also the coordinates, s, q and e.
+  struct Spot {
+    Lanes x, y, z, s, q, e;
+  };
+  NU_ALWAYS_INLINE void Find(const PointBlock& block, std::size_t i, Spot& p, Lanes& d) const {
+    LoadLocal(block, i, frame, p.x, p.y, p.z);
+    p.s = 1.0 + bend * p.x;
+    p.q = p.s * p.s + bend * p.y * (bend * p.y);
+    TakeSquareRoot(p.q);
+    p.e = (2.0 * p.x + bend * (p.x * p.x + p.y * p.y)) / (1.0 + p.q);
+    d = p.e * p.e + p.z * p.z;
+    TakeSquareRoot(d);
+  }
+
+  NU_ALWAYS_INLINE void Deviate(const PointBlock& block, std::size_t i, Lanes& d) const {
+    Spot p;
+    Find(block, i, p, d);
+  }
+
+  // On the circle and on its axis the gradient is undefined; use zero.
+  NU_ALWAYS_INLINE void Deviate(const PointBlock& block, std::size_t i, Lanes& d, Lanes (&column)[kUnknowns]) const {
+    const Lanes zero = {};
+    Spot p;
+    Find(block, i, p, d);
+    const Lanes e = d > zero ? p.e / d : zero;
+    const Lanes z = d > zero ? p.z / d : zero;
+    const Lanes cosine = p.q > zero ? p.s / p.q : zero;
+    const Lanes tilt = p.q > zero ? p.y / p.q : zero;
+    const Lanes near = p.y * p.y / (p.q * (p.q + p.s));
+    const Lanes far = (1.0 - cosine) / (bend * bend);
+    const Lanes arc = p.s > zero ? near : far;
+    column[kOut] = e * cosine;
+    column[kUp] = z;
+    column[kTiltOut] = e * tilt;
+    column[kTiltUp] = z * tilt;
+    column[kBendOut] = e * arc;
+    column[kBendUp] = z * arc;
+  }
+
+  AxisFrame frame;
+  double bend;
 };
 
-NU_ALWAYS_INLINE void LoadLocal(const PointBlock& block, std::size_t i, const AxisFrame& f, double bend,
-                                LocalLanes& p) {
-  Lanes x, y, z;
-  Load(block.x + i, x);
-  Load(block.y + i, y);
-  Load(block.z + i, z);
-  x -= f.origin.x;
-  y -= f.origin.y;
-  z -= f.origin.z;
-  p.x = x * f.x.x + y * f.x.y + z * f.x.z;
-  p.y = x * f.y.x + y * f.y.y + z * f.y.z;
-  p.z = x * f.z.x + y * f.z.y + z * f.z.z;
-  p.s = 1.0 + bend * p.x;
-  p.q = p.s * p.s + bend * p.y * (bend * p.y);
-  TakeSquareRoot(p.q);
-  p.e = (2.0 * p.x + bend * (p.x * p.x + p.y * p.y)) / (1.0 + p.q);
+NU_KERNEL void FindEach(const PointBlock& block, const TubeLanes& tube, double* distance, double& smallest,
+                        double& largest) {
+  EachDeviationBody(block, tube, distance, smallest, largest);
 }
 
-NU_KERNEL void FindDistances(const PointBlock& block, const AxisFrame& frame, double bend, double* distance,
-                             double& smallest, double& largest) {
-  const AxisFrame f = frame;
-  Lanes low = kInfinity - Lanes{};
-  Lanes high = -low;
-  for (std::size_t i = 0; i < block.size; i += kLanes) {
-    LocalLanes p;
-    LoadLocal(block, i, f, bend, p);
-    Lanes d = p.e * p.e + p.z * p.z;
-    TakeSquareRoot(d);
-    Store(d, distance + i);
-    low = d < low ? d : low;
-    high = d > high ? d : high;
-  }
-  smallest = Smallest(low);
-  largest = Largest(high);
-}
-
-NU_KERNEL void FindGradients(const PointBlock& block, const AxisFrame& frame, double bend, double lever, double sweep,
+NU_KERNEL void FindGradients(const PointBlock& block, const TubeLanes& tube, const double (&factor)[6],
                              double* distance, double (*gradient)[kMostRows]) {
-  const AxisFrame f = frame;
-  const Lanes zero = {};
-  for (std::size_t i = 0; i < block.size; i += kLanes) {
-    LocalLanes p;
-    LoadLocal(block, i, f, bend, p);
-    Lanes d = p.e * p.e + p.z * p.z;
-    TakeSquareRoot(d);
-    Store(d, distance + i);
-    // On the circle and on its axis any direction would do.
-    const Lanes e = d > zero ? -p.e / d : zero;
-    const Lanes z = d > zero ? -p.z / d : zero;
-    const Lanes cosine = p.q > zero ? p.s / p.q : zero;
-    const Lanes tilt = p.q > zero ? p.y / (p.q * lever) : zero;
-    const Lanes near = p.y * p.y * sweep / (p.q * (p.q + p.s));
-    const Lanes far = (1.0 - cosine) * (sweep / (bend * bend));
-    const Lanes arc = p.s > zero ? near : far;
-    Store(e * cosine, gradient[kOut] + i);
-    Store(z, gradient[kUp] + i);
-    Store(e * tilt, gradient[kTiltOut] + i);
-    Store(z * tilt, gradient[kTiltUp] + i);
-    Store(e * arc, gradient[kBendOut] + i);
-    Store(z * arc, gradient[kBendUp] + i);
-  }
+  GradientsBody(block, tube, factor, distance, gradient);
 }
 
 }  // namespace
@@ -110,11 +94,13 @@ double TubeDistance::Sweep() const {
 }
 
 void TubeDistance::Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const {
-  FindDistances(block, frame, bend, deviation, smallest, largest);
+  FindEach(block, TubeLanes{frame, bend}, deviation, smallest, largest);
 }
 
 void TubeDistance::Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const {
-  FindGradients(block, frame, bend, Lever(), Sweep(), deviation, gradient);
+  const double lever = -1.0 / Lever();
+  const double sweep = -Sweep();
+  FindGradients(block, TubeLanes{frame, bend}, {-1.0, -1.0, lever, lever, sweep, sweep}, deviation, gradient);
 }
 
 void TubeDistance::AddCurvature(const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]) const {

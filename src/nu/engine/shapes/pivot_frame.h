@@ -17,6 +17,12 @@ struct PivotFrame {
   double height = 0.0;
   double rise = 0.0;  // of the surface over M
 
+  // Along u, v and w, from M.
+  Vec3 Local(const Vec3& p) const {
+    const Vec3 q = p - pivot;
+    return {Dot(q, u), Dot(q, v), Dot(q, w)};
+  }
+
   // The axis has this unit direction and passes through pivot + toAxis.
   void PlaceAxis(Vec3 direction, Vec3 toAxis) {
     const Vec3 across = Rejection(toAxis, direction);

@@ -1,0 +1,60 @@
+#ifndef NU_ENGINE_MINIMAX_DISTANCE_KERNELS_H
+#define NU_ENGINE_MINIMAX_DISTANCE_KERNELS_H
+
+#include "nu/engine/least_squares/surface_kernels.h"
+#include "nu/engine/minimax/minimax_rows.h"
+#include "nu/engine/shapes/axis_frame.h"
+
+// What the kernels of the minimax models share.
+namespace nu::engine::minimax {
+
+// The coordinates of eight points in a frame.
+NU_ALWAYS_INLINE void LoadLocal(const PointBlock& block, std::size_t i, const AxisFrame& f, Lanes& x, Lanes& y,
+                                Lanes& z) {
+  Lanes px, py, pz;
+  Load(block.x + i, px);
+  Load(block.y + i, py);
+  Load(block.z + i, pz);
+  px -= f.origin.x;
+  py -= f.origin.y;
+  pz -= f.origin.z;
+  x = px * f.x.x + py * f.x.y + pz * f.x.z;
+  y = px * f.y.x + py * f.y.y + pz * f.y.z;
+  z = px * f.z.x + py * f.z.y + pz * f.z.z;
+}
+
+// Each deviation with the columns times their factors.
+template<class Surface>
+NU_ALWAYS_INLINE void GradientsBody(const PointBlock& block, const Surface& surface,
+                                    const double (&factor)[Surface::kUnknowns], double* deviation,
+                                    double (*gradient)[kMostRows]) {
+  double* to[Surface::kUnknowns];
+  for (int k = 0; k < Surface::kUnknowns; ++k) to[k] = gradient[k];
+  RowsBody(block, 0, block.size, surface, factor, to, deviation);
+}
+
+// The extreme deviations of all points from a model of minimax.h.
+struct DeviationRange {
+  double smallest = std::numeric_limits<double>::infinity();
+  double largest = -std::numeric_limits<double>::infinity();
+
+  double Middle() const { return 0.5 * (smallest + largest); }
+  double Width() const { return largest - smallest; }
+};
+
+template<class Model>
+DeviationRange RangeOfDeviations(PointBlocks& points, const Model& model) {
+  DeviationRange all;
+  double deviation[kBlockPoints];
+  points.ForEach([&](const PointBlock& block) {
+    double low, high;
+    model.Deviations(block, deviation, low, high);
+    all.smallest = std::min(all.smallest, low);
+    all.largest = std::max(all.largest, high);
+  });
+  return all;
+}
+
+}  // namespace nu::engine::minimax
+
+#endif
