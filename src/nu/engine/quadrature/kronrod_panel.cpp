@@ -80,15 +80,22 @@ constexpr Pairs LagrangeFactors() {
 }
 constexpr Pairs kLagrange = LagrangeFactors();
 
-// At the distance `rest` within the end t = 1.
+// These weights hold at the distance `rest` within the end t = 1. Each has the product of the factors of all other
+// pairs: of those before times of those after.
 constexpr Pairs EvenPartAt(double rest) {
   const double t = 1.0 - rest;
+  Pairs factor{};
   Pairs weight{};
+  double before = t * t;
   for (std::size_t i = 0; i < kPairs; ++i) {
-    weight[i] = t * t * kLagrange[i];
-    for (std::size_t k = 0; k < kPairs; ++k) {
-      if (k != i) weight[i] *= ((1.0 - kNode[k]) - rest) * (t + kNode[k]);
-    }
+    factor[i] = ((1.0 - kNode[i]) - rest) * (t + kNode[i]);
+    weight[i] = before * kLagrange[i];
+    before *= factor[i];
+  }
+  double after = 1.0;
+  for (std::size_t i = kPairs; i-- > 0;) {
+    weight[i] *= after;
+    after *= factor[i];
   }
   return weight;
 }
