@@ -7,12 +7,12 @@
 namespace nu::engine::minimax {
 namespace {
 
-// A level takes about this share of the points before. It costs some searches of those, so it comes after as many, and
-// it has to serve for more: about this many steps of the centre fit into its reach.
+// A level keeps about one in kShare of the points of the level before. Making it costs as much as some searches of
+// those: it is made after kUses of them, with a reach of about kSteps steps of the centre.
 constexpr std::size_t kShare = 8;
 constexpr int kUses = 8;
 constexpr double kSteps = 32.0;
-// So few points are searched in less time than the ball around the contacts is found.
+// Searching so few points takes less time than finding the ball around the contacts.
 constexpr std::size_t kSmallLevel = 2048;
 
 double Length(const Vec3& v) {
@@ -25,8 +25,8 @@ Vec3 PointIn(const PointBlock& block, std::size_t i) {
 
 }  // namespace
 
-double NearPoints::Region::SizeOf(const Vec3& way) const {
-  return std::max(std::fabs(Dot(way, along)), Length(Rejection(way, along)) / across);
+double NearPoints::Region::SizeOf(const Vec3& offset) const {
+  return std::max(std::fabs(Dot(offset, along)), Length(Rejection(offset, along)) / across);
 }
 
 double NearPoints::Region::Support(const Vec3& e) const {
@@ -34,7 +34,7 @@ double NearPoints::Region::Support(const Vec3& e) const {
 }
 
 struct NearPoints::Ball {
-  // So far the centre may go, in the measure of the region, before it is as near to the point as to a contact.
+  // How far the centre may move, in the measure of the region, before it is as near to the point as to a contact.
   double LeewayOf(const Vec3& p) const {
     const Vec3* nearest = contact;
     double square = std::numeric_limits<double>::infinity();
@@ -67,7 +67,7 @@ bool NearPoints::Covers(int level, const Vec3& centre) const {
 }
 
 void NearPoints::Follow(const Vec3& centre, const Vec3* contact, int contacts) {
-  m_way += Length(centre - m_centre);
+  m_travel += Length(centre - m_centre);
   m_centre = centre;
   while (!Covers(Levels() - 1, centre)) {
     m_levels.pop_back();
@@ -79,14 +79,14 @@ void NearPoints::Follow(const Vec3& centre, const Vec3* contact, int contacts) {
 // As slender as the last steps, which may run along one direction.
 NearPoints::Region NearPoints::RegionOfSteps() const {
   constexpr double kMostSlender = 1.0 / 16.0;
-  const Vec3 way = m_centre - m_start;
-  const double length = Length(way);
+  const Vec3 moved = m_centre - m_start;
+  const double length = Length(moved);
   if (!(length > 0.0)) return {m_centre, {0.0, 0.0, 1.0}, 1.0};
-  const double straight = std::min(length / m_way, 1.0);
-  return {m_centre, Unit(way), std::clamp(2.0 * std::sqrt(1.0 - straight * straight), kMostSlender, 1.0)};
+  const double straight = std::min(length / m_travel, 1.0);
+  return {m_centre, Unit(moved), std::clamp(2.0 * std::sqrt(1.0 - straight * straight), kMostSlender, 1.0)};
 }
 
-// About one in kShare of the points has less.
+// The leeway that about one in kShare of the points stays below, from a sample.
 double NearPoints::SampledLeeway(const Ball& ball) {
   constexpr std::size_t kSampleSize = 1024;
   const std::size_t step = LastPoints().Size() / kSampleSize + 1;
@@ -107,7 +107,7 @@ void NearPoints::Narrow(const Vec3* contact, int contacts) {
   constexpr double kLeastReach = 0x1p20;  // in roundings
   const Ball ball{RegionOfSteps(), contact, contacts};
   const double reach =
-      std::max({SampledLeeway(ball), kSteps / kUses * m_way, kLeastReach * m_rounding / ball.region.across});
+      std::max({SampledLeeway(ball), kSteps / kUses * m_travel, kLeastReach * m_rounding / ball.region.across});
   StartCount();
   std::vector<Vec3> near;
   LastPoints().ForEach([&](const PointBlock& block) {

@@ -35,8 +35,8 @@ class NearPoints {
  private:
   // A cylinder about `along` with the half length 1 and the radius `across`, in units of a level's reach.
   struct Region {
-    double SizeOf(const Vec3& way) const;
-    // How far products with unit ways in it can go.
+    double SizeOf(const Vec3& offset) const;
+    // The largest product of e with an offset of size 1.
     double Support(const Vec3& e) const;
 
     Vec3 centre;
@@ -57,15 +57,15 @@ class NearPoints {
   void Narrow(const Vec3* contact, int contacts);
   double SampledLeeway(const Ball& ball);
   PointBlocks& LastPoints() { return Points(Levels() - 1); }
-  void StartCount() { m_uses = 0, m_way = 0.0, m_start = m_centre; }
+  void StartCount() { m_uses = 0, m_travel = 0.0, m_start = m_centre; }
 
   PointBlocks& m_all;
   double m_rounding;
   std::vector<std::unique_ptr<Level>> m_levels;
   Vec3 m_centre;
-  // Since the last level came or refused to be narrowed: how often it served, how far the centre went, and from where.
+  // Since a level was last made or refused: how often the last level served, how far the centre moved, and from where.
   int m_uses = 0;
-  double m_way = 0.0;
+  double m_travel = 0.0;
   Vec3 m_start;
 };
 
