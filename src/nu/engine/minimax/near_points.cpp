@@ -10,7 +10,7 @@ namespace {
 // A level keeps about one in kShare of the points of the level before. Making it costs as much as some searches of
 // those: it is made after kUses of them, with a reach of about kSteps steps of the centre.
 constexpr std::size_t kShare = 8;
-constexpr int kUses = 8;
+constexpr int kUses = 32;
 constexpr double kSteps = 32.0;
 // Searching so few points takes less time than finding the ball around the contacts.
 constexpr std::size_t kSmallLevel = 2048;
