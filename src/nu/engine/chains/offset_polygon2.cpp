@@ -136,7 +136,7 @@ class Front {
     int first = 0;
     while (m_edges[Index(first)].lost) ++first;
     int i = first;
-    int last = i;
+    int last;
     do {
       result.vertices.push_back(m_edges[Index(i)].start.At(m_reach));
       last = i;

@@ -68,7 +68,8 @@ class DirectionJudge {
   RevolutionQuadric Regress(const Vec3& w) const;
 
  private:
-  RevolutionQuadric QuadricAlong(const Vec3& direction, const DirectionMoments& along, double slope, double root) const;
+  RevolutionQuadric QuadricAlong(const Vec3& direction, const DirectionMoments& moments, double slope,
+                                 double root) const;
 
   JudgingMoments m_moments;
 };

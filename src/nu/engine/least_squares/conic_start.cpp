@@ -85,12 +85,8 @@ NU_KERNEL void SumMoments(const PointBlock& block, const Chart& chart, double (&
 
 template<int N>
 void MeanMoments(PointBlocks& points, const Chart& chart, double (&means)[N]) {
-  BlockSums<N> total;
-  points.ForEach([&](const PointBlock& block) {
-    double sums[N];
-    SumMoments(block, chart, sums);
-    total.Add(sums);
-  });
+  const BlockSums<N> total =
+      SumOver<N>(points, [&](const PointBlock& block, double(&sums)[N]) { SumMoments(block, chart, sums); });
   for (int k = 0; k < N; ++k) means[k] = total[k] / static_cast<double>(points.Size());
 }
 
@@ -144,8 +140,9 @@ Reduced Reduce(const double (&s)[kFourth]) {
   const double low[3][3] = {{s[2], s[3], s[0]}, {s[3], s[4], s[1]}, {s[0], s[1], 1.0}};
   Reduced r;
   for (int i = 0; i < 3; ++i) {
-    double row[3];
-    SolvePositive(low, mixed[i], row);
+    double row[3] = {};
+    // Rounding of extreme coordinates may leave no solution; the start is then made without the linear part.
+    if (!(SolvePositive(low, mixed[i], row) > 0.0)) std::fill_n(row, 3, 0.0);
     for (int k = 0; k < 3; ++k) r.linear[k][i] = -row[k];
   }
   for (int i = 0; i < 3; ++i) {

@@ -232,12 +232,8 @@ struct CentralPowers {
 
 template<int D>
 CentralPowers<D> PowersAbout(PointBlocks& points, const RoundModel<D>& model) {
-  BlockSums<kPowers<D>> total;
-  points.ForEach([&](const PointBlock& block) {
-    double sums[kPowers<D>];
-    SumPowers(block, model, sums);
-    total.Add(sums);
-  });
+  const BlockSums<kPowers<D>> total = SumOver<kPowers<D>>(
+      points, [&](const PointBlock& block, double(&sums)[kPowers<D>]) { SumPowers(block, model, sums); });
   const double n = static_cast<double>(points.Size());
   CentralPowers<D> found;
   double meanSquare = 0.0;
@@ -399,12 +395,8 @@ template<int D>
 typename RoundProblem<D>::System RoundProblem<D>::Sum(PointBlocks& points, const Model& model) {
   System system = SumSystem<D>(points, model);
   const RoundLanes<D> surface(model);
-  BlockSums<kCurvatures<D>> total;
-  points.ForEach([&](const PointBlock& block) {
-    double sums[kCurvatures<D>];
-    SumCurvatures(block, surface, sums);
-    total.Add(sums);
-  });
+  const BlockSums<kCurvatures<D>> total = SumOver<kCurvatures<D>>(
+      points, [&](const PointBlock& block, double(&sums)[kCurvatures<D>]) { SumCurvatures(block, surface, sums); });
   int next = 1;
   for (int j = 1; j < D; ++j) {
     system.second[j][D] = system.second[D][j] = total[next++];
