@@ -33,12 +33,15 @@ using namespace least_squares;
 namespace chains {
 using namespace minimax;
 }
+namespace association {
+using namespace chains;
+}
 
 }  // namespace nu::engine
 
 // What the public classes share behind their interface; it sees the whole engine.
 namespace nu::internal {
-using namespace engine::chains;
+using namespace engine::association;
 }
 
 #endif

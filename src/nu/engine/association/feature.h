@@ -1,0 +1,62 @@
+#ifndef NU_ENGINE_ASSOCIATION_FEATURE_H
+#define NU_ENGINE_ASSOCIATION_FEATURE_H
+
+#include "nu/engine/shapes/axis_frame.h"
+
+// Every feature as a frame and up to two sizes, moved by one set of unknowns, so that what accounts for a fit
+// (derivatives, covariance, contacts, bounds, constraints) is written once.
+namespace nu::engine::association {
+
+enum class FeatureKind {
+  lineInPlane,    // runs along x; deviation: y. Points are in the plane z = 0 of the frame
+  line,           // runs along z; deviation: the distance, never negative
+  plane,          // z = 0; deviation: z
+  circle,         // about the origin in the plane z = 0; deviation: the distance from z minus the radius
+  circleInSpace,  // the same circle; deviation: the distance in space, never negative
+  ellipse,        // semi-axis size[0] along x, size[1] along y; signed distance in the plane, positive outside
+  hyperbola,      // (x / size[0])^2 - (y / size[1])^2 = 1; signed distance in the plane
+  parabola,       // y^2 = 4 size[0] x; signed distance in the plane
+  sphere,         // radius size[0]
+  cylinder,       // about z, radius size[0]
+  cone,           // about z, radius size[0] at z = 0, widens towards +z by the semi-angle size[1] in radians
+  torus,          // about z, major radius size[0], minor radius size[1]
+};
+
+// Unknowns are changes of a feature in its own frame.
+enum Unknown {
+  kShiftX,
+  kShiftY,
+  kShiftZ,  // of the origin, along the axes of the frame
+  kTiltX,
+  kTiltY,  // z becomes Unit(z + tiltX x + tiltY y); radians to first order
+  kTurn,   // about z, radians
+  kSize0,
+  kSize1,  // added to size[0], size[1]
+  kUnknowns,
+};
+
+using UnknownMask = unsigned;  // bit k: unknown k
+
+struct Feature {
+  FeatureKind kind = FeatureKind::plane;
+  AxisFrame frame;
+  double size[2] = {};
+};
+
+// Those that move the feature: three for a plane, five for a cylinder, ...
+UnknownMask UnknownsOf(FeatureKind kind);
+
+Feature Moved(const Feature& feature, const double (&step)[kUnknowns]);
+
+// The deviation of a point.
+double DeviationOf(const Feature& feature, const Vec3& point);
+
+// Also its first derivatives by all unknowns, zero for those that do not move the feature, at the feature as it is.
+double DeviationOf(const Feature& feature, const Vec3& point, double (&gradient)[kUnknowns]);
+
+// Adds weight times its second derivatives by the unknowns (symmetric; along the path of Moved).
+void AddCurvature(const Feature& feature, const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]);
+
+}  // namespace nu::engine::association
+
+#endif
