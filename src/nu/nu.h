@@ -3,6 +3,7 @@
 
 // The whole library in one include.
 
+#include "nu/association/criteria.h"
 #include "nu/curves/bounded_curve.h"
 #include "nu/curves/circle.h"
 #include "nu/curves/circular_arc.h"
