@@ -19,6 +19,7 @@
 #include "nu/curves/simplified_curve.h"
 #include "nu/curves/sine_curve.h"
 #include "nu/foundation/boolean.h"
+#include "nu/foundation/cause_text.h"
 #include "nu/foundation/causes.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/double_array.h"

@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <exception>
+#include <set>
 #include <stdexcept>
 #include <string>
 
@@ -79,6 +80,42 @@ TEST(Exceptions, CrossTheBorderOfTheLibraryByTheirClass) {
     EXPECT_EQ(failure.substr(0, c.expected.size()), c.expected);
     EXPECT_TRUE(onItsWay == 1 && std::uncaught_exceptions() == 0) << c.expected << onItsWay;
   }
+}
+
+TEST(Exceptions, SayWhatHappened) {
+  std::set<std::string> names, texts;
+  int causes = 0;
+  const auto note = [&](const CNuException& failure) {
+    const std::string name = NuCauseName(failure);
+    const std::string text = NuCauseText(failure);
+    EXPECT_EQ(name.empty(), text == "unknown cause");
+    if (name.empty()) return;
+    names.insert(name);
+    texts.insert(text);
+    ++causes;
+  };
+  for (int cause = 0; cause < 100; ++cause) {
+    note(CNuConstructionException(cause, "CNuMatrix", "size", 0, 0));
+    note(CNuOperationException(cause, "operation", "here", 0, 0, 0.0, 0.0));
+    note(CNuBestfitException(cause, "CNuCircle", 0));
+  }
+  note(CNuMemoryException("here"));
+  EXPECT_EQ(causes, 13 + 35 + 10 + 1);
+  EXPECT_EQ(names.size(), 59u);
+  EXPECT_EQ(texts.size(), 59u);
+  EXPECT_STREQ(NuCauseName(CNuBestfitException(NuBestfitExchange, "CNuCircle", 0)), "NuBestfitExchange");
+  const struct {
+    int cause, size;
+    const char* text;
+  } fits[] = {
+      {NuBestfitTooFewPoints, 3, "too few points: at least 3 are needed"},
+      {NuBestfitTooFewDistinct, 5, "too few distinct points: at least 5 are needed"},
+      {NuBestfitTooFewPoints, 1, "too few points"},
+      {NuBestfitTooFewPoints, -7, "too few points"},
+      {NuBestfitTooFewPoints, INT_MAX, "too few points"},
+      {NuBestfitCollinearPoints, 3, "the points lie on one line"},
+  };
+  for (const auto& c : fits) EXPECT_STREQ(NuCauseText(CNuBestfitException(c.cause, "CNuLine", c.size)), c.text);
 }
 
 TEST(Exceptions, TheAssertFlagStaysOnceSet) {
