@@ -13,9 +13,9 @@ enum class FeatureKind {
   plane,          // z = 0; deviation: z
   circle,         // about the origin in the plane z = 0; deviation: the distance from z minus the radius
   circleInSpace,  // the same circle; deviation: the distance in space, never negative
-  ellipse,        // semi-axis size[0] along x, size[1] along y; signed distance in the plane, positive outside
+  ellipse,        // semi-axis size[0] along x, size[1] along y; signed distance in the plane
   hyperbola,      // (x / size[0])^2 - (y / size[1])^2 = 1; signed distance in the plane
-  parabola,       // y^2 = 4 size[0] x; signed distance in the plane
+  parabola,       // y^2 = 4 size[0] x; signed distance in the plane; of conics it is negative on the side of the foci
   sphere,         // radius size[0]
   cylinder,       // about z, radius size[0]
   cone,           // about z, radius size[0] at z = 0, widens towards +z by the semi-angle size[1] in radians
@@ -41,17 +41,22 @@ struct Feature {
   FeatureKind kind = FeatureKind::plane;
   AxisFrame frame;
   double size[2] = {};
+  // Of a cone: points behind the apex count from the nappe there; otherwise from the one before it, as if it went on.
+  bool bothNappes = false;
 };
 
-// Those that move the feature: three for a plane, five for a cylinder, ...
+// Those that move the feature, none of them to the same effect as others: three for a plane, five for a cylinder, ...
 UnknownMask UnknownsOf(FeatureKind kind);
 
+// Shifted, then tilted with the least turn about z, then turned. Axes without a tilt or turn stay as they are, to the
+// bit.
 Feature Moved(const Feature& feature, const double (&step)[kUnknowns]);
 
 // The deviation of a point.
 double DeviationOf(const Feature& feature, const Vec3& point);
 
-// Also its first derivatives by all unknowns, zero for those that do not move the feature, at the feature as it is.
+// Also its first derivatives by all unknowns, zero for those not in UnknownsOf, at the feature as it is. A point
+// without a direction from the feature, on an axis for example, has none: zero.
 double DeviationOf(const Feature& feature, const Vec3& point, double (&gradient)[kUnknowns]);
 
 // Adds weight times its second derivatives by the unknowns (symmetric; along the path of Moved).
