@@ -13,18 +13,8 @@ namespace nu::engine::association {
 // along a line, a cylinder or a cone, within a plane. There shifts and tilts are least correlated.
 Feature CentredOn(PointView points, const Feature& feature);
 
-// Two where the deviation is a distance that cannot be negative: it has no derivative at 0, but the components that it
-// is the length of have one.
-inline constexpr int kMostResiduals = 2;
-int ResidualsPerPoint(FeatureKind kind);
-
-// The residuals of a point and their derivatives by all unknowns; returns their number. The sum of their squares is the
-// square of the deviation.
-int ResidualsOf(const Feature& feature, const Vec3& point, double (&residual)[kMostResiduals],
-                double (&row)[kMostResiduals][kUnknowns]);
-
 // With J the derivatives of the residuals, each row times the root of the weight of its point, J D = Q R and
-// R = U S V^T, the covariance of the unknowns is sigma^2 D V S^-2 V^T D. J^T J is never formed (A. Bjorck, Numerical
+// R = U S V^T, the covariance of the unknowns is sigma^2 D V S^-2 V^T D. J^T J is never formed (A. Björck, Numerical
 // Methods for Least Squares Problems, 1996, section 2.8). The diagonal D makes lengths of all unknowns: angles count by
 // how far they move what lies at `extent` from the origin of the frame.
 struct Covariance {
