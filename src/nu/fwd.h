@@ -71,4 +71,7 @@ class CNuCylSurf;
 class CNuConSurf;
 class CNuTorSurf;
 
+class CNuAssociation;
+class CNuAssociationReport;
+
 #endif

@@ -3,6 +3,8 @@
 
 // The whole library in one include.
 
+#include "nu/association/association.h"
+#include "nu/association/association_report.h"
 #include "nu/association/criteria.h"
 #include "nu/curves/bounded_curve.h"
 #include "nu/curves/circle.h"

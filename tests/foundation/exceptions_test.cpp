@@ -100,9 +100,9 @@ TEST(Exceptions, SayWhatHappened) {
     note(CNuBestfitException(cause, "CNuCircle", 0));
   }
   note(CNuMemoryException("here"));
-  EXPECT_EQ(causes, 13 + 35 + 10 + 1);
-  EXPECT_EQ(names.size(), 59u);
-  EXPECT_EQ(texts.size(), 59u);
+  EXPECT_EQ(causes, 13 + 36 + 10 + 1);
+  EXPECT_EQ(names.size(), 60u);
+  EXPECT_EQ(texts.size(), 60u);
   EXPECT_STREQ(NuCauseName(CNuBestfitException(NuBestfitExchange, "CNuCircle", 0)), "NuBestfitExchange");
   const struct {
     int cause, size;

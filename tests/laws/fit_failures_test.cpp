@@ -42,6 +42,11 @@ void ExpectFailure(const AnyFit& fit, const CNuPointArray& points, const std::st
                                                                          : NuFitFailure);
     EXPECT_TRUE(other == f);
   }
+  if (fit.associate != nullptr && !isBadLimit) {
+    CNuAssociation association(points);
+    EXPECT_EQ(FailureOf([&] { fit.associate(association, tol, limit, other).Require(); }), failure);
+    EXPECT_TRUE(static_cast<const Shape&>(other) == f);
+  }
   EXPECT_EQ(NuGetLengthTol(), hosts);
   NuSetLengthTol(usual);
 }

@@ -158,12 +158,27 @@ ENuFitResult RunEx(const CNuPointArray& points, double tol, long limit, Fitted& 
   }
 }
 
+// The same by an association, which has a fit for all but waves.
+template<class F, Criterion kBy>
+CNuAssociationReport RunAssociation(CNuAssociation& association, double tol, long limit, Fitted& f) {
+  constexpr ENuCriterion kByName[] = {NuLeastSquares, NuMinimumCircumscribed, NuMaximumInscribed, NuMinimumZone};
+  association.SetTolerance(tol);
+  association.SetMaxSteps(limit);
+  F feature = Start<F>();
+  const bool isTorus = std::is_same_v<F, CNuTorSurf>;
+  const CNuAssociationReport report = association.Fit(isTorus ? NuMinimumZone : kByName[kBy], &feature);
+  f = {};
+  Read(feature, f);
+  return report;
+}
+
 struct AnyFit {
   const char* className;
   Criterion criterion;
   CNuPointArray (*points)(Random&, int n);
   void (*run)(const CNuPointArray&, double tol, long limit, Fitted&);
-  ENuFitResult (*runEx)(const CNuPointArray&, double tol, long limit, Fitted&);  // null where there is none
+  ENuFitResult (*runEx)(const CNuPointArray&, double tol, long limit, Fitted&);         // null where there is none
+  CNuAssociationReport (*associate)(CNuAssociation&, double tol, long limit, Fitted&);  // null where there is none
   bool hasLimit;
   Fitted start;  // what `run` begins with, and leaves where it fails
 
@@ -180,7 +195,8 @@ AnyFit FitBy(const char* className) {
   constexpr bool isPlain = std::is_same_v<F, CNuPlane> || (std::is_same_v<F, CNuLine> && kBy == kLeastSquares);
   // Required: that of the circumscribed sphere fits the inscribed one.
   constexpr bool isOther = std::is_same_v<F, CNuSphSurf> && kBy == kCircumscribed;
-  AnyFit fit{className, kBy, TypicalPoints<F>, Run<F, kBy>, nullptr, false, {}};
+  AnyFit fit{className, kBy, TypicalPoints<F>, Run<F, kBy>, nullptr, nullptr, false, {}};
+  if constexpr (!requires(F wave) { wave.Period(); }) fit.associate = RunAssociation<F, kBy>;
   if constexpr (!isPlain && !isOther) fit.runEx = RunEx<F, kBy>;
   fit.hasLimit = !isPlain && (!isRound || kBy == kLeastSquares || kBy == kZone);
   Trial<F, kBy>{fit.start};

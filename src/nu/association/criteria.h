@@ -30,15 +30,15 @@ enum ENuAssociationEnd {
   NuNoOptimum = 3      // the points determine no such feature
 };
 
-// What a report holds beside the end of the fit, the steps, the form and the number of points: any sum of these. What
-// is not asked for is not computed.
+// What a report holds beside the end of the fit and its steps: any sum of these. What is not asked for is not computed.
 enum ENuReportDetails {
   NuDetailNone = 0,
-  NuDetailDeviations = 1,   // the signed deviation of every point, and the indices of the extremes
-  NuDetailUncertainty = 2,  // covariance of the parameters, standard uncertainties, condition
-  NuDetailContacts = 4,     // the points that hold the feature and their multipliers
-  NuDetailCertificate = 8,  // the proof that no feature nearby is better
-  NuDetailAll = 15
+  NuDetailForm = 1,          // the form with its peak and valley, and the sum of squares
+  NuDetailDeviations = 3,    // also the signed deviation of every point, and the points of the extremes
+  NuDetailUncertainty = 4,   // covariance of the parameters, standard uncertainties, condition
+  NuDetailContacts = 8,      // the points that hold the feature, and their multipliers
+  NuDetailCertificate = 24,  // also the proof that no feature nearby is better
+  NuDetailAll = 31
 };
 
 // The letter of ISO 1101, "G", "C", "N" or "X", and the words, such as "minimum zone"; empty for any other value. The

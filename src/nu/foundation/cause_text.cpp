@@ -69,6 +69,7 @@ constexpr Cause kCauses[] = {
     NU_CAUSE(kOperation, NuOperationFailed, "the calculation failed"),
     NU_CAUSE(kOperation, NuOperationFileOpen, "the file cannot be opened, read or written"),
     NU_CAUSE(kOperation, NuOperationFileReadOnly, "the file is read-only"),
+    NU_CAUSE(kOperation, NuOperationNotReported, "the report does not hold it"),
     NU_CAUSE(kBestfit, NuBestfitTooFewPoints, "too few points"),
     NU_CAUSE(kBestfit, NuBestfitTooFewDistinct, "too few distinct points"),
     NU_CAUSE(kBestfit, NuBestfitCollinearPoints, "the points lie on one line"),

@@ -57,7 +57,8 @@ enum ENuOperationCause {
   NuOperationUnsupported = 45,         // a case that is not supported; arguments that are not finite
   NuOperationFailed = 46,              // a calculation that failed
   NuOperationFileOpen = 47,            // a file that cannot be opened, read or written
-  NuOperationFileReadOnly = 48         // a file that is read-only
+  NuOperationFileReadOnly = 48,        // a file that is read-only
+  NuOperationNotReported = 49          // what a report does not hold
 };
 
 // CNuBestfitException. GetSize() is the number in brackets, else 0.

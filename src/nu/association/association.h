@@ -1,0 +1,129 @@
+#ifndef NU_ASSOCIATION_ASSOCIATION_H
+#define NU_ASSOCIATION_ASSOCIATION_H
+
+#include <cstddef>
+#include <memory>
+
+#include "nu/association/association_report.h"
+#include "nu/association/criteria.h"
+#include "nu/export.h"
+#include "nu/foundation/boolean.h"
+#include "nu/fwd.h"
+
+namespace nu::internal {
+struct AssociationOptions;
+struct AssociationState;
+}  // namespace nu::internal
+
+// Called once per step with its number from 1 on, the value that is minimised and the length of the step, NaN where
+// they are not known yet. NuFalse cancels the fit. What it throws passes through Fit, which leaves the feature as it
+// is.
+typedef ENuBoolean (*NuStepMonitor)(void* context, long step, double objective, double stepLength);
+
+// Fits with options, which account for themselves in a report. Without options a fit gives the same feature, bit for
+// bit, as the member Fit, FitMinZone, FitMin or FitMax of the feature's class.
+//
+// Features and criteria:
+//   least squares           all: line, plane, circle, ellipse, hyperbola, parabola, sphere, cylinder, cone, torus
+//   minimum zone            line, plane, circle, sphere, cylinder, cone, torus
+//   minimum circumscribed   circle, sphere, cylinder
+//   maximum inscribed       circle, sphere, cylinder
+// The minimum zone of a torus is CNuTorSurf::FitMin: the thinnest tube that holds the points, its minor radius.
+//
+// Options stay until they are changed. An option that a feature or criterion does not have fails when the fit is asked
+// for, before anything is done: CNuOperationException ("association", the operation):
+//   45  the feature has no such criterion; weights without least squares; a side of material with a circumscribed or an
+//       inscribed feature; a radius, direction, point or semi-angle that the feature does not have; a start of another
+//       class; several fixed parameters that contradict each other
+//   5  the number of weights is not that of the points
+// A fit that cannot be carried out does not throw: its report says why, and Require() throws. The feature changes when
+// the fit has converged, and only then. Lack of memory is CNuMemoryException.
+//
+// Fits are const: several threads may fit one association at once, as long as none changes it.
+class NU_EXPORT CNuAssociation {
+ public:
+  // The points are borrowed: they must outlive the association and stay as they are.
+  explicit CNuAssociation(const CNuPointArray& points);
+  explicit CNuAssociation(CNuPointArray&&) = delete;
+  // The same for a block of `count` points: x, y, z of point i at xyz[i * stride], stride >= 3.
+  // Fails with CNuOperationException ("association", "CNuAssociation"):
+  //   1  count is negative, xyz is null with a count above 0, or stride is below 3
+  CNuAssociation(const double* xyz, int count, std::ptrdiff_t stride = 3);
+  CNuAssociation(const CNuAssociation& other);
+  CNuAssociation& operator=(const CNuAssociation& other);
+  ~CNuAssociation();
+
+  int GetNumberPoints() const;
+
+  // One weight per point, of its squared deviation: n times the weight is the same as the point n times, and a weight
+  // of 0 leaves the point out. Least squares only. Fails with CNuOperationException ("association", the operation):
+  //   5  their number is not that of the points     1  one is negative or not finite, or none is positive
+  void SetWeights(const CNuDoubleArray& weights);
+  void ReleaseWeights();
+
+  // Parameters that keep their value. The radius: of a circle, sphere or cylinder, the minor one of a torus. The
+  // major radius: of a torus. The semi-angle in degrees: of a cone. The direction: of a line, the axis of a cylinder,
+  // cone or torus, the normal of a plane or of the plane of a curve. The point: the centre of a circle, ellipse,
+  // hyperbola, sphere or torus, the vertex of a parabola, the apex of a cone; on a line, a plane or the axis of a
+  // cylinder. A sense of a fixed direction is kept.
+  // Fails with CNuOperationException ("association", the operation):
+  //   1  a radius that is not above 0, an angle that is not strictly between 0 and 90, what is not finite
+  //   10  direction has not three components     9  direction is zero within NuGetZero()
+  void FixRadius(double radius);
+  void FixMajorRadius(double majorRadius);
+  void FixSemiAngle(double semiAngle);
+  void FixDirection(const CNuVector& direction);
+  void FixPoint(const CNuPoint& point);
+  void ReleaseRadius();
+  void ReleaseMajorRadius();
+  void ReleaseSemiAngle();
+  void ReleaseDirection();
+  void ReleasePoint();
+
+  // Least squares and minimum zone: all points on this side of the feature or on it. Of a plane the side is that of the
+  // normal of the start or of the fixed direction, else of the least-squares plane, and the result keeps that sense.
+  void RestrictToMaterialSide(ENuMaterialSide side);
+
+  // The start of the iteration, which then leads to the optimum next to it. For features of the same class only.
+  void StartFrom(const CNuLine& start);
+  void StartFrom(const CNuPlane& start);
+  void StartFrom(const CNuCircle& start);
+  void StartFrom(const CNuEllipse& start);
+  void StartFrom(const CNuHyperbola& start);
+  void StartFrom(const CNuParabola& start);
+  void StartFrom(const CNuSphSurf& start);
+  void StartFrom(const CNuCylSurf& start);
+  void StartFrom(const CNuConSurf& start);
+  void StartFrom(const CNuTorSurf& start);
+  void ReleaseStart();
+
+  // The `maxIter` of the plain fits; 1000 unless set. Fails with CNuOperationException: cause 1, below 1.
+  void SetMaxSteps(long maxSteps);
+  // The length tolerance of the fits, `tol` of the plain ones; NuGetLengthTol() of the thread that fits unless set.
+  // Fails with CNuOperationException: cause 1, negative or not finite.
+  void SetTolerance(double tol);
+  // Null watches nothing. Called on the thread that fits, and for that fit only.
+  void SetMonitor(NuStepMonitor monitor, void* context);
+  // What reports hold: a sum of ENuReportDetails, NuDetailForm unless set. Fails with CNuOperationException: cause 1,
+  // a number that is no such sum.
+  void SetDetails(int details);
+
+  // Fits the feature. A null pointer fits all the same and leaves the report alone.
+  CNuAssociationReport Fit(ENuCriterion criterion, CNuLine* feature) const;
+  CNuAssociationReport Fit(ENuCriterion criterion, CNuPlane* feature) const;
+  CNuAssociationReport Fit(ENuCriterion criterion, CNuCircle* feature) const;
+  CNuAssociationReport Fit(ENuCriterion criterion, CNuEllipse* feature) const;
+  CNuAssociationReport Fit(ENuCriterion criterion, CNuHyperbola* feature) const;
+  CNuAssociationReport Fit(ENuCriterion criterion, CNuParabola* feature) const;
+  CNuAssociationReport Fit(ENuCriterion criterion, CNuSphSurf* feature) const;
+  CNuAssociationReport Fit(ENuCriterion criterion, CNuCylSurf* feature) const;
+  CNuAssociationReport Fit(ENuCriterion criterion, CNuConSurf* feature) const;
+  CNuAssociationReport Fit(ENuCriterion criterion, CNuTorSurf* feature) const;
+
+ private:
+  nu::internal::AssociationOptions& Options();
+
+  std::shared_ptr<nu::internal::AssociationState> m_state;
+};
+
+#endif

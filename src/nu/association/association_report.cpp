@@ -1,0 +1,117 @@
+#include "nu/association/association_report.h"
+
+#include "nu/association/internal/report_data.h"
+#include "nu/foundation/internal/failures.h"
+
+using namespace nu::internal;
+
+namespace {
+
+constexpr const char* kWhat = "report";
+
+const ReportData kOfNoFit;
+
+// Both kinds say "not here": the fit failed, or nobody asked.
+void RequireDetail(const ReportData& data, int detail, const char* where) {
+  if (data.end != NuConverged || (data.details & detail) != detail) FailOperation(NuOperationNotReported, kWhat, where);
+}
+
+const ReportedForm& FormOf(const ReportData& data, const char* where) {
+  RequireDetail(data, NuDetailForm, where);
+  return data.form;
+}
+
+}  // namespace
+
+CNuAssociationReport::CNuAssociationReport() = default;
+CNuAssociationReport::CNuAssociationReport(std::shared_ptr<const ReportData> data) : m_data(std::move(data)) {}
+CNuAssociationReport::CNuAssociationReport(const CNuAssociationReport&) = default;
+CNuAssociationReport& CNuAssociationReport::operator=(const CNuAssociationReport&) = default;
+CNuAssociationReport::~CNuAssociationReport() = default;
+
+const ReportData& CNuAssociationReport::Data() const {
+  return m_data ? *m_data : kOfNoFit;
+}
+
+ENuCriterion CNuAssociationReport::GetCriterion() const {
+  return Data().criterion;
+}
+
+CNuObject::ENuObjectType CNuAssociationReport::GetFeatureType() const {
+  return Data().type;
+}
+
+int CNuAssociationReport::GetNumberPoints() const {
+  return Data().points;
+}
+
+int CNuAssociationReport::GetDetails() const {
+  return Data().details;
+}
+
+ENuAssociationEnd CNuAssociationReport::GetEnd() const {
+  return Data().end;
+}
+
+ENuBoolean CNuAssociationReport::HasConverged() const {
+  return Data().end == NuConverged ? NuTrue : NuFalse;
+}
+
+int CNuAssociationReport::GetCause() const {
+  const FitFailure& failure = Data().failure;
+  if (const auto* fit = std::get_if<CNuBestfitException>(&failure)) return fit->GetCause();
+  if (const auto* operation = std::get_if<CNuOperationException>(&failure)) return operation->GetCause();
+  return 0;
+}
+
+void CNuAssociationReport::Require() const {
+  const ReportData& data = Data();
+  if (const auto* fit = std::get_if<CNuBestfitException>(&data.failure)) throw CNuBestfitException(*fit);
+  if (const auto* operation = std::get_if<CNuOperationException>(&data.failure))
+    throw CNuOperationException(*operation);
+  if (data.end == NuCancelled) FailOperation(NuOperationFailed, "cancelled", "CNuAssociation::Fit");
+  if (data.end != NuConverged) FailOperation(NuOperationNotReported, kWhat, "CNuAssociationReport::Require");
+}
+
+long CNuAssociationReport::GetSteps() const {
+  return Data().steps;
+}
+
+double CNuAssociationReport::GetLastStep() const {
+  return Data().lastStep;
+}
+
+double CNuAssociationReport::GetForm() const {
+  return FormOf(Data(), "GetForm").form;
+}
+
+double CNuAssociationReport::GetPeak() const {
+  return FormOf(Data(), "GetPeak").peak;
+}
+
+double CNuAssociationReport::GetValley() const {
+  return FormOf(Data(), "GetValley").valley;
+}
+
+double CNuAssociationReport::GetRootMeanSquare() const {
+  return FormOf(Data(), "GetRootMeanSquare").rootMeanSquare;
+}
+
+double CNuAssociationReport::GetSumSquares() const {
+  return FormOf(Data(), "GetSumSquares").sumSquares;
+}
+
+const CNuDoubleArray& CNuAssociationReport::GetDeviations() const {
+  RequireDetail(Data(), NuDetailDeviations, "GetDeviations");
+  return Data().deviations;
+}
+
+int CNuAssociationReport::GetHighestPoint() const {
+  RequireDetail(Data(), NuDetailDeviations, "GetHighestPoint");
+  return Data().form.highest;
+}
+
+int CNuAssociationReport::GetLowestPoint() const {
+  RequireDetail(Data(), NuDetailDeviations, "GetLowestPoint");
+  return Data().form.lowest;
+}

@@ -1,0 +1,81 @@
+#include "nu/association/internal/report_details.h"
+
+#include <cmath>
+
+#include "nu/engine/association/form_parameters.h"
+#include "nu/engine/points/alignment.h"
+#include "nu/engine/points/principal_direction.h"
+#include "nu/geometry/internal/fit_guards.h"
+
+namespace nu::internal {
+namespace {
+
+bool HaveOneHeight(PointView points) {
+  for (std::size_t i = 1; i < points.Size(); ++i)
+    if (points[i][2] != points[0][2]) return false;
+  return true;
+}
+
+Feature LineInPlane(const Feature& line, const Vec3& normal) {
+  const Vec3& x = line.frame.z;
+  const Vec3 z = Unit(Rejection(normal, x));
+  return {FeatureKind::lineInPlane, {line.frame.origin, x, Cross(z, x), z}};
+}
+
+// As CNuLine has it: least squares know lines in a plane z = const only, the zone in any.
+Feature AccountedLine(const Feature& line, ENuCriterion criterion, PointView points, double tol) {
+  if (HaveOneHeight(points)) return LineInPlane(line, {0.0, 0.0, 1.0});
+  if (criterion != NuMinimumZone || LieOnOneLine(points, tol) || !LieInOnePlane(points, tol)) return line;
+  PointBlocks blocks(points, LoadVec3(points[points.Size() / 2]));
+  return LineInPlane(line, FindPrincipalDirection(blocks, Extent::smallest).direction);
+}
+
+// Points on both sides of the apex count each from its own nappe.
+Feature AccountedCone(Feature cone, PointView points) {
+  bool before = false;
+  bool behind = false;
+  for (std::size_t i = 0; i < points.Size(); ++i) {
+    const double height = Dot(LoadVec3(points[i]) - cone.frame.origin, cone.frame.z);
+    before = before || height > 0.0;
+    behind = behind || height < 0.0;
+  }
+  cone.bothNappes = before && behind;
+  return cone;
+}
+
+// The form and the sum of squares are those of the plain fit, to the bit, where it has them.
+void FillForm(const AssociationState& state, const Feature& feature, const PlainForm& plain, ReportData* data) {
+  const bool wantsAll = (data->details & NuDetailDeviations) == NuDetailDeviations;
+  const int count = data->points;
+  if (wantsAll) {
+    data->deviations = CNuDoubleArray(count);
+    for (int i = 0; i < count; ++i) data->deviations.Add(0.0);
+  }
+  const FormParameters found = FindForm(state.points, feature, wantsAll ? data->deviations.GetData() : nullptr);
+  ReportedForm& form = data->form;
+  form.peak = found.peak;
+  form.valley = found.valley;
+  form.form = plain.form.value_or(found.total);
+  form.rootMeanSquare = found.rootMeanSquare;
+  form.sumSquares = plain.sumSquares.value_or(found.rootMeanSquare * found.rootMeanSquare * count);
+  form.highest = static_cast<int>(found.peakIndex);
+  form.lowest = static_cast<int>(found.valleyIndex);
+}
+
+}  // namespace
+
+Feature AccountedFeature(const Feature& feature, ENuCriterion criterion, PointView points, double tol) {
+  Feature accounted = feature;
+  if (feature.kind == FeatureKind::line) accounted = AccountedLine(feature, criterion, points, tol);
+  if (feature.kind == FeatureKind::cone) accounted = AccountedCone(feature, points);
+  if (criterion != NuMinimumZone) return accounted;
+  if (feature.kind == FeatureKind::torus) accounted.kind = FeatureKind::circleInSpace;
+  if (feature.kind == FeatureKind::circle && !LieInOnePlane(points, tol)) accounted.kind = FeatureKind::circleInSpace;
+  return accounted;
+}
+
+void FillDetails(const AssociationState& state, const Feature& feature, const PlainForm& plain, ReportData* data) {
+  if ((data->details & NuDetailForm) != 0) FillForm(state, feature, plain, data);
+}
+
+}  // namespace nu::internal

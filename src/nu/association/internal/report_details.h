@@ -1,0 +1,26 @@
+#ifndef NU_ASSOCIATION_INTERNAL_REPORT_DETAILS_H
+#define NU_ASSOCIATION_INTERNAL_REPORT_DETAILS_H
+
+#include <optional>
+
+#include "nu/association/internal/association_state.h"
+#include "nu/association/internal/report_data.h"
+
+namespace nu::internal {
+
+// The feature from which deviations count: of the kind that the criterion has for these points. Lines in a plane and
+// circles in space are kinds of their own.
+Feature AccountedFeature(const Feature& feature, ENuCriterion criterion, PointView points, double tol);
+
+// What the fit tells of its own.
+struct PlainForm {
+  std::optional<double> form;        // of least squares, or the width of the zone
+  std::optional<double> sumSquares;  // of least squares, weighted
+};
+
+// Fills in what was asked for, of a fit that has converged with this feature.
+void FillDetails(const AssociationState& state, const Feature& feature, const PlainForm& plain, ReportData* data);
+
+}  // namespace nu::internal
+
+#endif
