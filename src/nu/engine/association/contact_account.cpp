@@ -1,0 +1,256 @@
+// The multipliers are the weights of the point nearest to zero in the convex hull of the gradients times their sides:
+// with g_i these vectors and rows of 1 below them, the non-negative least-squares solution of sum l_i (g_i, 1) = (0, 1)
+// is a multiple of them, as |G l|^2 + (1 - sum l)^2 has its least value over the multiples of l at
+// |G l|^2 / (|G l|^2 + (sum l)^2). The hull is grown by the vector that is farthest beyond the plane across the nearest
+// point, until none is beyond it (P. Wolfe, Finding the nearest point in a polytope, Mathematical Programming 11,
+// 1976).
+
+#include "nu/engine/association/contact_account.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "nu/engine/association/feature_kernels.h"
+#include "nu/engine/linear/nnls.h"
+
+namespace nu::engine::association {
+namespace {
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+// The parameters of a feature are rounded once more when it is stored, and the points of a solver meet its boundary
+// within some roundings of the coordinates.
+constexpr double kTouchRoundings = 64.0;
+
+// Gradients are of the size 1 and their sums are rounded.
+constexpr double kBalanced = 16.0 * kEpsilon;
+
+// A vector that comes nearer to zero by a smaller part adds rounding.
+constexpr double kNearer = 0x1p-30;
+
+constexpr int kMostRounds = 64;
+constexpr int kMostActive = kUnknowns + 2;
+
+// The unknown that moves the boundary along its normal everywhere; kUnknowns for features without one.
+Unknown OffsetOf(FeatureKind kind) {
+  switch (kind) {
+    case FeatureKind::lineInPlane:
+      return kShiftY;
+    case FeatureKind::plane:
+      return kShiftZ;
+    case FeatureKind::circle:
+    case FeatureKind::sphere:
+    case FeatureKind::cylinder:
+    case FeatureKind::cone:
+      return kSize0;
+    case FeatureKind::torus:
+      return kSize1;
+    default:
+      return kUnknowns;
+  }
+}
+
+struct Extremes {
+  double high = -kInfinity;
+  double low = kInfinity;
+  double extent = 0.0;  // of the points from the origin of the frame
+  bool finite = true;
+};
+
+Extremes ExtremesOf(PointBlocks& blocks, const Feature& feature) {
+  Extremes found;
+  double square = 0.0;
+  blocks.ForEach([&](const PointBlock& block) {
+    alignas(64) double each[kBlockPoints];
+    double low, high;
+    FindDeviations(block, feature, each, low, high);
+    found.low = std::min(found.low, low);
+    found.high = std::max(found.high, high);
+    found.finite = found.finite && std::all_of(each, each + block.size, [](double e) { return std::isfinite(e); });
+    for (std::size_t i = 0; i < block.size; ++i)
+      square = std::max(square, block.x[i] * block.x[i] + block.y[i] * block.y[i] + block.z[i] * block.z[i]);
+  });
+  found.extent = std::sqrt(square);
+  return found;
+}
+
+struct Touching {
+  std::size_t index;
+  double side;
+};
+
+class HullOfGradients {
+ public:
+  HullOfGradients(PointView points, const Feature& feature, UnknownMask balanced, double extent)
+      : m_points(points), m_feature(feature), m_mask(balanced) {
+    const double inverse = extent > 0.0 ? 1.0 / extent : 1.0;
+    std::fill_n(m_scale, static_cast<int>(kUnknowns), 1.0);
+    m_scale[kTiltX] = m_scale[kTiltY] = m_scale[kTurn] = inverse;
+    if (feature.kind == FeatureKind::cone) m_scale[kSize1] = inverse;
+    // The first vector is the one farthest against a direction that singles out no unknown.
+    for (int k = 0; k < kUnknowns; ++k) m_nearest[k] = 1.0 + 0.125 * k;
+  }
+
+  void Solve(const std::vector<Touching>& touching) {
+    double square = kInfinity;
+    for (int round = 0; round < kMostRounds; ++round) {
+      const Active next = FarthestAgainst(touching);
+      const double reach = Dot(m_nearest, next.gradient);
+      if (round > 0 && !(square - reach > kNearer * square)) return;
+      m_active[m_count++] = next;
+      if (!Weigh()) return;
+      square = Dot(m_nearest, m_nearest);
+      if (!(square > kBalanced * kBalanced) || m_count == kMostActive) return;
+    }
+  }
+
+  void Report(ContactAccount& account) {
+    std::sort(m_active, m_active + m_count,
+              [](const Active& a, const Active& b) { return a.point.index < b.point.index; });
+    for (int i = 0; i < m_count; ++i)
+      account.contact[i] = {m_active[i].point.index, m_active[i].point.side, m_active[i].multiplier};
+    account.holding = account.count = m_count;
+    account.balance = std::sqrt(Dot(m_nearest, m_nearest));
+  }
+
+ private:
+  struct Active {
+    Touching point{};
+    double gradient[kUnknowns] = {};
+    double multiplier = 0.0;
+  };
+
+  static double Dot(const double (&a)[kUnknowns], const double (&b)[kUnknowns]) {
+    double sum = 0.0;
+    for (int k = 0; k < kUnknowns; ++k) sum += a[k] * b[k];
+    return sum;
+  }
+
+  Active VectorOf(const Touching& point) const {
+    Active vector{point};
+    DeviationOf(m_feature, LoadVec3(m_points[point.index]), vector.gradient);
+    for (int k = 0; k < kUnknowns; ++k) vector.gradient[k] *= (m_mask >> k & 1U) != 0 ? point.side * m_scale[k] : 0.0;
+    return vector;
+  }
+
+  // Of equal ones the first in the order of coordinates, of identical points the first.
+  Active FarthestAgainst(const std::vector<Touching>& touching) const {
+    Active best;
+    double least = kInfinity;
+    for (const Touching& point : touching) {
+      const Active vector = VectorOf(point);
+      const double reach = Dot(m_nearest, vector.gradient);
+      const double* p = m_points[point.index];
+      const double* q = m_points[best.point.index];
+      if (!(reach < least) && !(reach == least && std::lexicographical_compare(p, p + 3, q, q + 3))) continue;
+      least = reach;
+      best = vector;
+    }
+    return best;
+  }
+
+  // Finds the multipliers of the active vectors and the nearest point, and drops what has no multiplier.
+  bool Weigh() {
+    TallReduction reduction(m_count + 1, kUnknowns + 1);
+    for (int j = 0; j < m_count; ++j) {
+      std::copy_n(m_active[j].gradient, static_cast<int>(kUnknowns), reduction.Column(j));
+      reduction.Column(j)[kUnknowns] = 1.0;
+    }
+    std::fill_n(reduction.Column(m_count), static_cast<int>(kUnknowns), 0.0);
+    reduction.Column(m_count)[kUnknowns] = 1.0;
+    reduction.AbsorbBlock(kUnknowns + 1);
+    double x[kMostActive];
+    if (!SolveNonNegative(reduction, kEpsilon, x)) return false;
+    double sum = 0.0;
+    for (int j = 0; j < m_count; ++j) sum += x[j];
+    if (!(sum > 0.0)) return false;
+    std::fill_n(m_nearest, static_cast<int>(kUnknowns), 0.0);
+    int kept = 0;
+    for (int j = 0; j < m_count; ++j) {
+      if (!(x[j] > 0.0)) continue;
+      m_active[kept] = m_active[j];
+      m_active[kept].multiplier = x[j] / sum;
+      for (int k = 0; k < kUnknowns; ++k) m_nearest[k] += m_active[kept].multiplier * m_active[kept].gradient[k];
+      ++kept;
+    }
+    m_count = kept;
+    return true;
+  }
+
+  PointView m_points;
+  const Feature& m_feature;
+  UnknownMask m_mask;
+  double m_scale[kUnknowns];
+  double m_nearest[kUnknowns];
+  int m_count = 0;
+  Active m_active[kMostActive];
+};
+
+std::vector<Touching> TouchingPoints(PointBlocks& blocks, const Feature& feature, double outer, double inner) {
+  std::vector<Touching> touching;
+  std::size_t begin = 0;
+  blocks.ForEach([&](const PointBlock& block) {
+    alignas(64) double each[kBlockPoints];
+    double low, high;
+    FindDeviations(block, feature, each, low, high);
+    for (std::size_t i = 0; (high >= outer || low <= inner) && i < block.size; ++i) {
+      if (each[i] >= outer) touching.push_back({begin + i, 1.0});
+      if (each[i] <= inner) touching.push_back({begin + i, -1.0});
+    }
+    begin += block.size;
+  });
+  return touching;
+}
+
+void AddFurther(PointView points, const std::vector<Touching>& touching, ContactAccount& account) {
+  for (const Touching& point : touching) {
+    if (account.count == ContactAccount::kMostContacts) return;
+    const double* p = points[point.index];
+    const bool isListed = std::any_of(account.contact, account.contact + account.count, [&](const ContactPoint& c) {
+      return c.side == point.side && std::equal(p, p + 3, points[c.index]);
+    });
+    if (!isListed) account.contact[account.count++] = {point.index, point.side, 0.0};
+  }
+}
+
+}  // namespace
+
+ContactAccount FindContacts(PointView points, const Feature& feature, ContactCriterion criterion, UnknownMask free,
+                            double tolerance) {
+  ContactAccount account;
+  PointBlocks blocks(points, feature.frame.origin);
+  const Extremes extremes = ExtremesOf(blocks, feature);
+  const Vec3& o = feature.frame.origin;
+  const double size = extremes.extent + std::fabs(feature.size[0]) + std::sqrt(Dot(o, o));
+  account.tolerance = tolerance > 0.0 ? tolerance : kTouchRoundings * kEpsilon * size;
+  account.finite = extremes.finite && std::isfinite(size);
+  if (!account.finite) return account;
+
+  const Unknown offset = OffsetOf(feature.kind);
+  const bool isZone = criterion == ContactCriterion::zone;
+  const bool isCentred = isZone && (free >> offset & 1U) == 0;
+  const double level = std::max(extremes.high, -extremes.low);
+  double outer = extremes.high - account.tolerance;
+  double inner = extremes.low + account.tolerance;
+  // Where the zone cannot be shifted to its middle, the larger of the two deviations counts.
+  if (isCentred && outer < level - 2.0 * account.tolerance) outer = kInfinity;
+  if (isCentred && -inner < level - 2.0 * account.tolerance) inner = -kInfinity;
+  if (criterion == ContactCriterion::circumscribed || ResidualsPerPoint(feature.kind) > 1) inner = -kInfinity;
+  if (criterion == ContactCriterion::inscribed) outer = kInfinity;
+  const std::vector<Touching> touching = TouchingPoints(blocks, feature, outer, inner);
+  account.touching = touching.size();
+  if (touching.empty()) return account;
+
+  UnknownMask balanced = free & UnknownsOf(feature.kind);
+  if (!isZone && offset != kUnknowns) balanced &= ~(1U << offset);
+  HullOfGradients hull(points, feature, balanced, extremes.extent);
+  hull.Solve(touching);
+  hull.Report(account);
+  AddFurther(points, touching, account);
+  return account;
+}
+
+}  // namespace nu::engine::association
