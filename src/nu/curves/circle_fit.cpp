@@ -2,6 +2,8 @@
 
 #include "nu/curves/circle.h"
 #include "nu/curves/internal/carrier_plane.h"
+#include "nu/curves/internal/circle_fits.h"
+#include "nu/curves/internal/plane_axes.h"
 #include "nu/engine/least_squares/round_least_squares.h"
 #include "nu/geometry/internal/fit_guards.h"
 
@@ -17,74 +19,62 @@ namespace {
 constexpr const char* kName = "CNuCircle";
 constexpr int kLeastPoints = 3;
 
-struct Axes {
-  CNuVector x;
-  CNuVector y;
-  CNuVector normal;
-};
-
-struct Solution {
-  Vec3 centre;  // relative to the origin given
-  double radius = 0.0;
-  Deviations deviations;
-};
-
-// From the first point, which is on the circle.
-Solution CircleThroughThree(const CNuPointArray& points, const Axes& axes) {
-  const Vec3 x = Components(axes.x);
-  const Vec3 y = Components(axes.y);
-  const Vec3 p = Components(points[1] - points[0]);
-  const Vec3 q = Components(points[2] - points[0]);
-  const double pu = Dot(p, x);
-  const double pv = Dot(p, y);
-  const double qu = Dot(q, x);
-  const double qv = Dot(q, y);
-  const double pp = pu * pu + pv * pv;
-  const double qq = qu * qu + qv * qv;
-  const double area = 2.0 * (pu * qv - qu * pv);
-  const double a = (qv * pp - pv * qq) / area;
-  const double b = (pu * qq - qu * pp) / area;
-  return {a * x + b * y, std::sqrt(a * a + b * b), {}};
+// From the first point, which is on the circle and the origin of the axes.
+FeatureFit<PlacedCircle> CircleThroughThree(PointView points, const PlaneFrame& axes) {
+  const Vec2 p = axes.LocalDirection(LoadVec3(points[1]) - axes.origin);
+  const Vec2 q = axes.LocalDirection(LoadVec3(points[2]) - axes.origin);
+  const double pp = p.x * p.x + p.y * p.y;
+  const double qq = q.x * q.x + q.y * q.y;
+  const double area = 2.0 * (p.x * q.y - q.x * p.y);
+  const double a = (q.y * pp - p.y * qq) / area;
+  const double b = (p.x * qq - q.x * pp) / area;
+  const Vec3 toCentre = a * axes.x + b * axes.y;
+  return {{{axes.origin + toCentre, axes.normal, std::sqrt(a * a + b * b)}, axes.x}};
 }
 
-Solution LeastSquaresCircle(PointBlocks& blocks, const Axes& axes, bool wantsDeviations, long maxIter) {
-  RoundLeastSquares<2> fit(blocks, {Components(axes.x), Components(axes.y)});
+FeatureFit<PlacedCircle> LeastSquaresCircle(PointView points, const PlaneFrame& axes, const FitOptions& options) {
+  PointBlocks blocks(points, axes.origin);
+  RoundLeastSquares<2> fit(blocks, {axes.x, axes.y});
   const double large = NuGetLarge();
   if (!fit.Start() || !(fit.Radius() < 0.1 * large)) FailFit(kNumericalFailure, kName);
   const GaussNewtonRule rule{.tolerance = NuGetTol(),
                              .large = large,
-                             .limit = maxIter,
+                             .limit = options.maxIter,
                              .takesLastStep = true,
                              .endsAtGrowth = false,
                              .endsBeforeLimit = false};
   const GaussNewtonEnd end = fit.Run(rule);
   if (end == GaussNewtonEnd::unsolvable) FailFit(kNumericalFailure, kName);
   if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, kName);
-  return {fit.Centre(), fit.Radius(), wantsDeviations ? fit.DeviationsNow() : Deviations{}};
+  const PlacedCircle circle{{axes.origin + fit.Centre(), axes.normal, fit.Radius()}, axes.x};
+  const Deviations deviations = options.wantsDeviations ? fit.DeviationsNow() : Deviations{};
+  return {circle, deviations.largest - deviations.smallest, deviations};
 }
 
 }  // namespace
+
+FeatureFit<PlacedCircle> nu::internal::FitCircle(PointView points, const FitOptions& options) {
+  RequireIterations(options.maxIter, kName);
+  return TranslateForeign(kName, [&] {
+    const Plane3 plane = CarrierPlane(points, kName);
+    const bool exact = points.Size() == kLeastPoints;
+    const PlaneFrame axes = AxesAcross(plane.normal, exact ? LoadVec3(points[0]) : plane.point);
+    const auto found = exact ? CircleThroughThree(points, axes) : LeastSquaresCircle(points, axes, options);
+    if (!IsFinite(found.shape)) FailFit(kNumericalFailure, kName);
+    return found;
+  });
+}
 
 void CNuCircle::Fit(const CNuPointArray& points, long maxIter) {
   Fit(points, nullptr, nullptr, maxIter);
 }
 
 void CNuCircle::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  RequireIterations(maxIter, kName);
-  TranslateForeign(kName, [&] {
-    const CNuPlane plane = CarrierPlane(points, kName);
-    Axes axes{{}, {}, plane.GetNormal()};
-    axes.normal.OrthonormalXY(&axes.x, &axes.y);
-    const bool exact = points.GetSize() == kLeastPoints;
-    const Vec3 origin = Components(exact ? points[0] : plane.GetPoint());
-    PointBlocks blocks(ViewOf(points), origin);
-    const Solution found = exact ? CircleThroughThree(points, axes)
-                                 : LeastSquaresCircle(blocks, axes, form != nullptr || sumSquares != nullptr, maxIter);
-    const Vec3 centre = origin + found.centre;
-    if (!IsFinite(centre) || !std::isfinite(found.radius)) FailFit(kNumericalFailure, kName);
-    Place(found.radius, ToPoint(centre), axes.x, axes.normal);
-    StoreForm(found.deviations, form, sumSquares);
-  });
+  const bool wantsDeviations = form != nullptr || sumSquares != nullptr;
+  const auto found = FitCircle(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations});
+  const PlacedCircle& circle = found.shape;
+  Place(circle.radius, ToPoint(circle.centre), ToVector(circle.xAxis), ToVector(circle.normal));
+  StoreForm(found, form, sumSquares);
 }
 
 ENuFitResult CNuCircle::FitEx(const CNuPointArray& points, long maxIter) {

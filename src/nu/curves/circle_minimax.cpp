@@ -2,19 +2,20 @@
 #include <cmath>
 
 #include "nu/curves/circle.h"
+#include "nu/curves/internal/circle_fits.h"
+#include "nu/curves/internal/plane_axes.h"
 #include "nu/engine/least_squares/round_least_squares.h"
 #include "nu/engine/minimax/annulus2.h"
 #include "nu/engine/minimax/empty_circle2.h"
 #include "nu/engine/minimax/enclosing_ball.h"
 #include "nu/engine/points/alignment.h"
+#include "nu/engine/points/longest_edge.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/line.h"
-#include "nu/geometry/plane.h"
-#include "nu/linalg/matrix.h"
-#include "nu/surfaces/torus.h"
+#include "nu/geometry/internal/plane_fits.h"
+#include "nu/surfaces/internal/surface_fits.h"
 
 // Minimax circles. The points are projected into their least-squares plane, along in-plane axes X and Y; the problems
-// there are those of nu/geometry/internal. Points that share one z need no projection: their plane is z = const. Only
+// there are those of nu/engine/minimax. Points that share one z need no projection: their plane is z = const. Only
 // the zone knows points that are not in one plane: theirs is a torus.
 
 using namespace nu::internal;
@@ -24,90 +25,58 @@ namespace {
 constexpr const char* kName = "CNuCircle";
 constexpr int kLeastPoints = 3;
 
-struct PlaneFrame {
-  Vec3 origin;
-  CNuVector x;
-  CNuVector y;
-  CNuVector normal;
-  double form;  // how far the points are from lying in this plane
-
-  CNuPoint PointAt(double u, double v) const {
-    const Vec3 p = origin + (u * Components(x) + v * Components(y));
-    if (!IsFinite(p)) FailFit(kNumericalFailure, kName);
-    return ToPoint(p);
-  }
+struct CarrierFrame : PlaneFrame {
+  double form = 0.0;  // how far the points are from lying in this plane
 };
 
-struct Placement {
-  double radius;
-  CNuPoint centre;
-  CNuVector xaxis;
-  CNuVector normal;
-};
+FeatureFit<PlacedCircle> CircleIn(const PlaneFrame& frame, Vec2 centre, double radius) {
+  const Vec3 p = frame.origin + (centre.x * frame.x + centre.y * frame.y);
+  if (!IsFinite(p) || !std::isfinite(radius)) FailFit(kNumericalFailure, kName);
+  return {{{p, frame.normal, radius}, frame.x}};
+}
 
-struct Zone {
-  Placement middle;
-  double inner;
-  double outer;
-  double width;
-};
-
-bool IsDegenerate(const CNuPointArray& points, double tol) {
-  return LieOnOneLine(ViewOf(points), tol) || CNuGeometry::NumberDistinctPoints(points, 2, tol) == 0;
+bool IsDegenerate(PointView points, double tol) {
+  return LieOnOneLine(points, tol) || HasFewerDistinct(points, 2, tol);
 }
 
 // The longest edge of points on one line joins the two extreme ones.
-Placement CircleOnLongestEdge(const CNuPointArray& points) {
-  int m, n;
-  const double length = points.MaxEdge(&m, &n);
-  if (!std::isfinite(length)) FailFit(kNumericalFailure, kName);
-  const Vec3 p = Components(points[m]);
-  const Vec3 q = Components(points[n]);
-  Placement circle{0.5 * length, ToPoint(0.5 * p + 0.5 * q), CNuVector(1, 0, 0), CNuVector(0, 0, 1)};
-  if (!(length > 0.0)) return circle;
-  circle.xaxis = ToVector(Unit(q - p));
-  circle.xaxis.SymmetricAxis(NuGetTol(), 1);
-  CNuVector across;
-  circle.xaxis.OrthonormalXY(&across, &circle.normal);
-  circle.normal.SymmetricAxis(NuGetTol(), 1);
-  return circle;
+FeatureFit<PlacedCircle> CircleOnLongestEdge(PointView points) {
+  const Edge edge = points.Size() == 1 ? Edge{0.0} : LongestEdge(points, NuGetZero());
+  if (!std::isfinite(edge.length)) FailFit(kNumericalFailure, kName);
+  const Vec3 p = LoadVec3(points[edge.m]);
+  const Vec3 q = LoadVec3(points[edge.n]);
+  const Vec3 middle = 0.5 * p + 0.5 * q;
+  const double radius = 0.5 * edge.length;
+  if (!(edge.length > 0.0)) return {{{middle, {0.0, 0.0, 1.0}, radius}, {1.0, 0.0, 0.0}}};
+  // Its y axis is the canonical one across the edge.
+  const PlaneFrame across = AxesAcross(CanonicalDirection(Unit(q - p)), middle);
+  return {{{middle, CanonicalDirection(across.y), radius}, across.normal}};
 }
 
 // The points are known to be finite and, within `tol`, not on one line: the plane's only failure is a numerical one.
 // The tolerance of the circle decides in its plane, too, which points are on one line.
-CNuPlane FlatCarrier(const CNuPointArray& points, double tol, double* form) {
+FeatureFit<Plane3> FlatCarrier(PointView points, double tol) {
   const LengthToleranceScope scope(tol);
-  CNuPlane plane;
-  double sumSquares;
   try {
-    plane.Fit(points, form, &sumSquares);
+    return FitPlane(points, {.wantsDeviations = true});
   } catch (const CNuBestfitException&) {
     FailFit(kNumericalFailure, kName);
   }
-  return plane;
 }
 
-PlaneFrame FrameOf(const CNuPointArray& points, double tol) {
-  PlaneFrame frame;
-  frame.origin = MiddleOf(points);
-  frame.normal = CNuVector(0.0, 0.0, 1.0);
-  frame.form = 0.0;
-  if (points.Is2D() == NuFalse) {
-    const CNuPlane plane = FlatCarrier(points, tol, &frame.form);
-    frame.origin = Components(plane.GetPoint());
-    frame.normal = plane.GetNormal();
-  }
-  frame.normal.OrthonormalXY(&frame.x, &frame.y);
-  return frame;
+CarrierFrame FrameOf(PointView points, double tol) {
+  if (HaveOneHeight(points)) return {AxesAcross({0.0, 0.0, 1.0}, MiddleOf(points))};
+  const auto plane = FlatCarrier(points, tol);
+  return {AxesAcross(plane.shape.normal, plane.shape.point), plane.form};
 }
 
 // What rounding errors of the coordinates make of a plane is no form.
-bool IsInPlane(const CNuPointArray& points, const PlaneFrame& frame, double tol) {
-  return frame.form <= tol || LieInOnePlane(ViewOf(points), tol);
+bool IsInPlane(PointView points, const CarrierFrame& frame, double tol) {
+  return frame.form <= tol || LieInOnePlane(points, tol);
 }
 
-PlaneFrame RequirePlane(const CNuPointArray& points, double tol) {
-  const PlaneFrame frame = FrameOf(points, tol);
+PlaneFrame RequirePlane(PointView points, double tol) {
+  const CarrierFrame frame = FrameOf(points, tol);
   if (!IsInPlane(points, frame, tol)) FailFit(kPointsNotInPlane, kName, kLeastPoints);
   return frame;
 }
@@ -117,8 +86,7 @@ constexpr long kMostStartSteps = 50;
 
 // The centre of the least-squares circle, or where its iteration has come to.
 Vec2 LeastSquaresCentre(PointBlocks& blocks, const PlaneFrame& frame, long maxIter) {
-  const Vec3 axes[] = {Components(frame.x), Components(frame.y)};
-  RoundLeastSquares<2> fit(blocks, {axes[0], axes[1]});
+  RoundLeastSquares<2> fit(blocks, {frame.x, frame.y});
   if (!fit.Start()) return {};
   const GaussNewtonRule rule{.tolerance = NuGetTol(),
                              .large = NuGetLarge(),
@@ -130,16 +98,15 @@ Vec2 LeastSquaresCentre(PointBlocks& blocks, const PlaneFrame& frame, long maxIt
   if (end == GaussNewtonEnd::limitReached && maxIter <= kMostStartSteps) {
     FailFit(kIterationLimit, kName);
   }
-  return {Dot(fit.Centre(), axes[0]), Dot(fit.Centre(), axes[1])};
+  return frame.LocalDirection(fit.Centre());
 }
 
-Annulus FindMinimalAnnulus(const CNuPointArray& points, const PlaneFrame& frame, long maxIter) {
+Annulus FindMinimalAnnulus(PointView points, const PlaneFrame& frame, long maxIter) {
   constexpr const char* step = "FindMinimalAnnulus";
-  RequireIterations(maxIter, step);
   RequireCount(points, kLeastPoints, step);
-  PointBlocks blocks(ViewOf(points), frame.origin);
+  PointBlocks blocks(points, frame.origin);
   const Vec2 start = LeastSquaresCentre(blocks, frame, maxIter);
-  const Annulus found = NarrowestAnnulus(blocks, {Components(frame.x), Components(frame.y)}, start, maxIter);
+  const Annulus found = NarrowestAnnulus(blocks, {frame.x, frame.y}, start, maxIter);
   if (found.end == AnnulusEnd::limitReached) FailFit(kIterationLimit, step);
   if (found.end == AnnulusEnd::noOptimum) FailFit(kExchangeFailed, kName);
   if (found.end == AnnulusEnd::notFinite || !std::isfinite(found.outer)) FailFit(kNumericalFailure, kName);
@@ -147,51 +114,76 @@ Annulus FindMinimalAnnulus(const CNuPointArray& points, const PlaneFrame& frame,
 }
 
 // Points in space are held by the thinnest tube around a circle.
-Zone ZoneInSpace(const CNuPointArray& points, double tol, long maxIter) {
-  CNuTorSurf torus(2.0, 1.0);
+CircleZone ZoneInSpace(PointView points, const FitOptions& options) {
   try {
-    torus.FitMin(points, tol, maxIter);
+    const Torus3 torus = FitMinTorus(points, options).shape;
+    const double radius = torus.majorRadius;
+    const double half = torus.minorRadius;
+    const PlaneFrame frame = AxesAcross(torus.axis, torus.centre);
+    const PlacedCircle middle{{torus.centre, frame.normal, radius}, frame.x};
+    return {{middle, 2.0 * half, {}}, std::max(0.0, radius - half), radius + half};
   } catch (const CNuBestfitException& failure) {
     throw CNuBestfitException(failure.GetCause(), kName, failure.GetSize());
   }
-  const double radius = torus.GetMajorRadius();
-  const double half = torus.GetMinorRadius();
-  const Placement middle{radius, torus.GetCentre(), torus.GetRotation().GetRowVector(0), torus.GetAxisDirection()};
-  return {middle, std::max(0.0, radius - half), radius + half, 2.0 * half};
 }
 
-Zone ZoneInPlane(const CNuPointArray& points, const PlaneFrame& frame, long maxIter) {
+CircleZone ZoneInPlane(PointView points, const PlaneFrame& frame, long maxIter) {
   const Annulus found = FindMinimalAnnulus(points, frame, maxIter);
-  const CNuPoint centre = frame.PointAt(found.centre.x, found.centre.y);
-  const double radius = 0.5 * found.inner + 0.5 * found.outer;
-  return {{radius, centre, frame.x, frame.normal}, found.inner, found.outer, found.outer - found.inner};
+  auto middle = CircleIn(frame, found.centre, 0.5 * found.inner + 0.5 * found.outer);
+  middle.form = found.outer - found.inner;
+  return {middle, found.inner, found.outer};
 }
 
-Zone ZoneOf(const CNuPointArray& points, double tol, long maxIter) {
-  if (IsDegenerate(points, tol)) {
-    const Placement circle = CircleOnLongestEdge(points);
-    return {circle, circle.radius, circle.radius, 0.0};
+CircleZone ZoneOf(PointView points, const FitOptions& options) {
+  if (IsDegenerate(points, options.tol)) {
+    const auto circle = CircleOnLongestEdge(points);
+    return {circle, circle.shape.radius, circle.shape.radius};
   }
-  const PlaneFrame frame = FrameOf(points, tol);
-  return IsInPlane(points, frame, tol) ? ZoneInPlane(points, frame, maxIter) : ZoneInSpace(points, tol, maxIter);
+  const CarrierFrame frame = FrameOf(points, options.tol);
+  return IsInPlane(points, frame, options.tol) ? ZoneInPlane(points, frame, options.maxIter)
+                                               : ZoneInSpace(points, options);
 }
 
 }  // namespace
 
-void CNuCircle::FitMin(const CNuPointArray& points, double tol) {
-  TranslateForeign(kName, [&] {
+FeatureFit<PlacedCircle> nu::internal::FitMinCircle(PointView points, const FitOptions& options) {
+  return TranslateForeign(kName, [&] {
     RequireCount(points, 1, kName);
     RequireFinite(points, kName);
-    if (IsDegenerate(points, tol)) {
-      const Placement circle = CircleOnLongestEdge(points);
-      return Place(circle.radius, circle.centre, circle.xaxis, circle.normal);
-    }
-    const PlaneFrame frame = RequirePlane(points, tol);
-    PointBlocks blocks(ViewOf(points), frame.origin);
-    const EnclosingBall found = SmallestEnclosingBall<2>(blocks, {Components(frame.x), Components(frame.y)});
-    if (!found.found || !std::isfinite(found.radius)) FailFit(kNumericalFailure, kName);
-    Place(found.radius, frame.PointAt(found.centre.x, found.centre.y), frame.x, frame.normal);
+    if (IsDegenerate(points, options.tol)) return CircleOnLongestEdge(points);
+    const PlaneFrame frame = RequirePlane(points, options.tol);
+    PointBlocks blocks(points, frame.origin);
+    const EnclosingBall found = SmallestEnclosingBall<2>(blocks, {frame.x, frame.y});
+    if (!found.found) FailFit(kNumericalFailure, kName);
+    return CircleIn(frame, {found.centre.x, found.centre.y}, found.radius);
   });
+}
+
+FeatureFit<PlacedCircle> nu::internal::FitMaxCircle(PointView points, const FitOptions& options) {
+  return TranslateForeign(kName, [&] {
+    RequireCount(points, kLeastPoints, kName);
+    RequireFinite(points, kName);
+    if (LieOnOneLine(points, options.tol)) FailFit(kCollinearPoints, kName, kLeastPoints);
+    const PlaneFrame frame = RequirePlane(points, options.tol);
+    PointBlocks blocks(points, frame.origin);
+    const EmptyCircle found = LargestEmptyCircle(blocks, {frame.x, frame.y});
+    if (!found.found) FailFit(kNumericalFailure, kName);
+    return CircleIn(frame, {found.centre.x, found.centre.y}, found.radius);
+  });
+}
+
+CircleZone nu::internal::FitMinZoneCircle(PointView points, const FitOptions& options) {
+  RequireIterations(options.maxIter, kName);
+  return TranslateForeign(kName, [&] {
+    RequireCount(points, 1, kName);
+    RequireFinite(points, kName);
+    return ZoneOf(points, options);
+  });
+}
+
+void CNuCircle::FitMin(const CNuPointArray& points, double tol) {
+  const PlacedCircle found = FitMinCircle(ViewOf(points), {.tol = tol}).shape;
+  Place(found.radius, ToPoint(found.centre), ToVector(found.xAxis), ToVector(found.normal));
 }
 
 ENuFitResult CNuCircle::FitMinEx(const CNuPointArray& points, double tol) {
@@ -200,16 +192,8 @@ ENuFitResult CNuCircle::FitMinEx(const CNuPointArray& points, double tol) {
 }
 
 void CNuCircle::FitMax(const CNuPointArray& points, double tol) {
-  TranslateForeign(kName, [&] {
-    RequireCount(points, kLeastPoints, kName);
-    RequireFinite(points, kName);
-    if (LieOnOneLine(ViewOf(points), tol)) FailFit(kCollinearPoints, kName, kLeastPoints);
-    const PlaneFrame frame = RequirePlane(points, tol);
-    PointBlocks blocks(ViewOf(points), frame.origin);
-    const EmptyCircle found = LargestEmptyCircle(blocks, {Components(frame.x), Components(frame.y)});
-    if (!found.found || !std::isfinite(found.radius)) FailFit(kNumericalFailure, kName);
-    Place(found.radius, frame.PointAt(found.centre.x, found.centre.y), frame.x, frame.normal);
-  });
+  const PlacedCircle found = FitMaxCircle(ViewOf(points), {.tol = tol}).shape;
+  Place(found.radius, ToPoint(found.centre), ToVector(found.xAxis), ToVector(found.normal));
 }
 
 ENuFitResult CNuCircle::FitMaxEx(const CNuPointArray& points, double tol) {
@@ -223,17 +207,14 @@ void CNuCircle::FitMinZone(const CNuPointArray& points, double* zone, double tol
 
 void CNuCircle::FitMinZone(const CNuPointArray& points, double* zone, CNuCircle* inner, CNuCircle* outer, double tol,
                            long maxIter) {
-  RequireIterations(maxIter, kName);
-  TranslateForeign(kName, [&] {
-    RequireCount(points, 1, kName);
-    RequireFinite(points, kName);
-    const Zone found = ZoneOf(points, tol, maxIter);
-    const Placement& m = found.middle;
-    Place(m.radius, m.centre, m.xaxis, m.normal);
-    Output(zone, found.width);
-    if (inner != nullptr) inner->Place(found.inner, m.centre, m.xaxis, m.normal);
-    if (outer != nullptr) outer->Place(found.outer, m.centre, m.xaxis, m.normal);
-  });
+  const CircleZone found = FitMinZoneCircle(ViewOf(points), {.maxIter = maxIter, .tol = tol});
+  const CNuPoint centre = ToPoint(found.shape.centre);
+  const CNuVector xAxis = ToVector(found.shape.xAxis);
+  const CNuVector normal = ToVector(found.shape.normal);
+  Place(found.shape.radius, centre, xAxis, normal);
+  Output(zone, found.form);
+  if (inner != nullptr) inner->Place(found.inner, centre, xAxis, normal);
+  if (outer != nullptr) outer->Place(found.outer, centre, xAxis, normal);
 }
 
 ENuFitResult CNuCircle::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {

@@ -2,6 +2,7 @@
 #include "nu/curves/hyperbola.h"
 #include "nu/curves/internal/conic_fit.h"
 #include "nu/curves/parabola.h"
+#include "nu/geometry/internal/fit_guards.h"
 
 using namespace nu::internal;
 
@@ -14,15 +15,38 @@ constexpr ConicFitRule kEllipse{"CNuEllipse", ConicKind::ellipse, 5};
 constexpr ConicFitRule kHyperbola{"CNuHyperbola", ConicKind::hyperbola, 5};
 constexpr ConicFitRule kParabola{"CNuParabola", ConicKind::parabola, 4};
 
+// Fits, and has the result stored by `store(conic, origin, xAxis, normal)`.
+template<class Store>
+void FitConic(const ConicFitRule& rule, const CNuPointArray& points, double* form, double* sumSquares, long maxIter,
+              Store store) {
+  const bool wantsDeviations = form != nullptr || sumSquares != nullptr;
+  const auto found = FitConic(rule, ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations});
+  const FittedConic& conic = found.shape;
+  store(conic, ToPoint(conic.origin), ToVector(conic.xAxis), ToVector(conic.normal));
+  StoreForm(found, form, sumSquares);
+}
+
 }  // namespace
+
+FeatureFit<FittedConic> nu::internal::FitEllipse(PointView points, const FitOptions& options) {
+  return FitConic(kEllipse, points, options);
+}
+
+FeatureFit<FittedConic> nu::internal::FitHyperbola(PointView points, const FitOptions& options) {
+  return FitConic(kHyperbola, points, options);
+}
+
+FeatureFit<FittedConic> nu::internal::FitParabola(PointView points, const FitOptions& options) {
+  return FitConic(kParabola, points, options);
+}
 
 void CNuEllipse::Fit(const CNuPointArray& points, long maxIter) {
   Fit(points, nullptr, nullptr, maxIter);
 }
 
 void CNuEllipse::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  FitConic(kEllipse, points, form, sumSquares, maxIter, [this](const FittedConic& found) {
-    SetPosition(found.origin, found.xAxis, found.normal);
+  FitConic(kEllipse, points, form, sumSquares, maxIter, [this](const FittedConic& found, const auto&... position) {
+    SetPosition(position...);
     m_a = found.a;
     m_b = found.b;
   });
@@ -42,8 +66,8 @@ void CNuHyperbola::Fit(const CNuPointArray& points, long maxIter) {
 }
 
 void CNuHyperbola::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  FitConic(kHyperbola, points, form, sumSquares, maxIter, [this](const FittedConic& found) {
-    SetPosition(found.origin, found.xAxis, found.normal);
+  FitConic(kHyperbola, points, form, sumSquares, maxIter, [this](const FittedConic& found, const auto&... position) {
+    SetPosition(position...);
     m_a = found.a;
     m_b = found.b;
   });
@@ -63,8 +87,8 @@ void CNuParabola::Fit(const CNuPointArray& points, long maxIter) {
 }
 
 void CNuParabola::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  FitConic(kParabola, points, form, sumSquares, maxIter, [this](const FittedConic& found) {
-    SetPosition(found.origin, found.xAxis, found.normal);
+  FitConic(kParabola, points, form, sumSquares, maxIter, [this](const FittedConic& found, const auto&... position) {
+    SetPosition(position...);
     m_f = found.a;
   });
 }

@@ -16,14 +16,12 @@ constexpr int kLeastPoints = 5;
 }  // namespace
 
 void CNuCurve::FitQuadratic(const CNuPointArray& xy, CNuVector* six) {
-  RequireCount(xy, kLeastPoints, kName);
-  RequireFinite(xy, kName);
+  RequireCount(ViewOf(xy), kLeastPoints, kName);
+  RequireFinite(ViewOf(xy), kName);
   const Box box = ExtentsOf(ViewOf(xy)).box;
   if (!(box.high[2] - box.low[2] <= NuGetLengthTol()))
     FailOperation(NuOperationUnsupported, "3D calculation", "CNuCurve::FitQuadratic()");
-  if (CNuGeometry::NumberDistinctPoints(xy, kLeastPoints, NuGetLengthTol()) == 0) {
-    FailFit(kDegeneratePoints, kName, kLeastPoints);
-  }
+  if (HasFewerDistinct(ViewOf(xy), kLeastPoints, NuGetLengthTol())) FailFit(kDegeneratePoints, kName, kLeastPoints);
   TranslateForeign(kName, [&] {
     const Quadratic2 g = FittedQuadratic(ViewOf(xy));
     CNuVector found(6);

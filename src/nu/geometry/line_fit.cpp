@@ -1,6 +1,8 @@
+#include "nu/engine/points/alignment.h"
 #include "nu/engine/points/form_statistics.h"
 #include "nu/engine/points/principal_direction.h"
 #include "nu/geometry/internal/fit_guards.h"
+#include "nu/geometry/internal/line_fits.h"
 #include "nu/geometry/line.h"
 
 // Least-squares line. The line through P0 along the unit direction d that minimises the sum of |d x (p - P0)|^2 passes
@@ -14,25 +16,22 @@ namespace {
 constexpr const char* kName = "CNuLine";
 constexpr int kLeastPoints = 2;
 
-Vec3 DirectionOfTwo(const CNuPointArray& points) {
-  const CNuPoint difference = points[1] - points[0];
-  const Vec3 d = Components(difference);
+Vec3 DirectionOfTwo(PointView points) {
+  const Vec3 d = LoadVec3(points[1]) - LoadVec3(points[0]);
   // Equal points have no direction whatever the tolerance.
   const bool isNone = d.x == 0.0 && d.y == 0.0 && d.z == 0.0;
-  if (isNone || difference.IsZero(NuGetLengthTol())) FailFit(kDegeneratePoints, kName, kLeastPoints);
+  if (isNone || IsNull(d, NuGetLengthTol())) FailFit(kDegeneratePoints, kName, kLeastPoints);
   if (!IsFinite(d)) FailFit(kNumericalFailure, kName);
   return Unit(d);
 }
 
-PrincipalDirection Solve(PointBlocks& blocks, const CNuPointArray& points) {
+PrincipalDirection Solve(PointBlocks& blocks, PointView points) {
   PrincipalDirection found = FindPrincipalDirection(blocks, Extent::largest);
-  const bool exact = points.GetSize() == kLeastPoints;
+  const bool exact = points.Size() == kLeastPoints;
   if (exact) found.direction = DirectionOfTwo(points);
   if (!found.finite) FailFit(kNumericalFailure, kName);
   if (!exact && found.largestSingular < NuGetZero()) FailFit(kDegeneratePoints, kName, kLeastPoints);
-  CNuVector direction = ToVector(found.direction);
-  direction.SymmetricAxis(NuGetTol(), 1);
-  found.direction = Components(direction);
+  found.direction = CanonicalDirection(found.direction);
   return found;
 }
 
@@ -44,25 +43,28 @@ double FormOf(const Deviations& d, bool planar) {
 
 }  // namespace
 
+FeatureFit<Line3> nu::internal::FitLine(PointView points, const FitOptions& options) {
+  return TranslateForeign(kName, [&]() -> FeatureFit<Line3> {
+    RequireCount(points, kLeastPoints, kName);
+    PointBlocks blocks = BlocksOf(points);
+    const PrincipalDirection found = Solve(blocks, points);
+    const bool planar = HaveOneHeight(points);
+    Deviations d;
+    if (options.wantsDeviations && points.Size() > kLeastPoints) {
+      d = planar ? PlanarLineDeviations(blocks, found.mean, found.direction)
+                 : SpaceLineDeviations(blocks, found.mean, found.direction);
+    }
+    return {{blocks.InCallersFrame(found.mean), found.direction}, FormOf(d, planar), d};
+  });
+}
+
 void CNuLine::Fit(const CNuPointArray& points) {
   Fit(points, nullptr, nullptr);
 }
 
 void CNuLine::Fit(const CNuPointArray& points, double* form, double* sumSquares) {
-  TranslateForeign(kName, [&] {
-    RequireCount(points, kLeastPoints, kName);
-    PointBlocks blocks(ViewOf(points), MiddleOf(points));
-    const PrincipalDirection found = Solve(blocks, points);
-    const bool planar = points.Is2D() == NuTrue;
-    Deviations d;
-    const bool wanted = form != nullptr || sumSquares != nullptr;
-    if (wanted && points.GetSize() > kLeastPoints) {
-      d = planar ? PlanarLineDeviations(blocks, found.mean, found.direction)
-                 : SpaceLineDeviations(blocks, found.mean, found.direction);
-    }
-    m_point = ToPoint(blocks.InCallersFrame(found.mean));
-    m_direction = ToVector(found.direction);
-    Output(form, FormOf(d, planar));
-    Output(sumSquares, d.sumSquares);
-  });
+  const auto found = FitLine(ViewOf(points), {.wantsDeviations = form != nullptr || sumSquares != nullptr});
+  m_point = ToPoint(found.shape.point);
+  m_direction = ToVector(found.shape.direction);
+  StoreForm(found, form, sumSquares);
 }

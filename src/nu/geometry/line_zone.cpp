@@ -7,10 +7,12 @@
 #include "nu/engine/minimax/enclosing_cylinder.h"
 #include "nu/engine/minimax/strip2.h"
 #include "nu/engine/points/alignment.h"
+#include "nu/engine/points/canonical_order.h"
 #include "nu/engine/points/form_statistics.h"
+#include "nu/engine/points/mean.h"
 #include "nu/engine/points/principal_direction.h"
 #include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/point_order.h"
+#include "nu/geometry/internal/line_fits.h"
 #include "nu/geometry/line.h"
 
 // Minimum-zone line: of all lines the one with the least largest distance to a point. For points in one plane it is the
@@ -25,41 +27,28 @@ namespace {
 constexpr const char* kName = "CNuLine";
 constexpr int kLeastPoints = 2;
 
-struct Zone {
-  Vec3 point;  // of the middle line, nearest to the mean of the points
-  Vec3 direction;
-  double width = 0.0;
-  Vec3 side;  // unit length, from the middle line to the first boundary
-};
-
-void RequireTwoDistinct(const CNuPointArray& points, double tol) {
-  if (CNuGeometry::NumberDistinctPoints(points, 2, tol) == 0) {
-    FailFit(kDegeneratePoints, kName, kLeastPoints);
-  }
-}
-
-CNuVector Canonical(const Vec3& direction) {
-  CNuVector v = ToVector(direction);
-  v.SymmetricAxis(NuGetTol(), 1);
-  return v;
+// Of the middle line the point nearest to the mean of the points; its direction may have either sign.
+LineZone ZoneOf(Vec3 point, Vec3 direction, double width, Vec3 side) {
+  return {{{point, direction}, width, {}}, side};
 }
 
 // The plane z = const needs no frame: the strip is that of the coordinates as they are.
-Zone ZoneInPlaneZ(const CNuPointArray& points, const Vec3& mean) {
-  const Strip2 strip = NarrowestStrip(ViewOf(points));
+LineZone ZoneInPlaneZ(PointView points) {
+  const Vec3 mean = MeanOf(points);
+  const Strip2 strip = NarrowestStrip(points);
   const Vec3 normal{strip.normal[0], strip.normal[1], 0.0};
   const Vec3 middle{strip.middle[0], strip.middle[1], mean.z};
-  return {mean + Dot(middle - mean, normal) * normal, {normal.y, -normal.x, 0.0}, strip.width, normal};
+  return ZoneOf(mean + Dot(middle - mean, normal) * normal, {normal.y, -normal.x, 0.0}, strip.width, normal);
 }
 
 // The axes of the frame are the principal ones of the points, in canonical sign, so it does not depend on their order.
 // Its plane is their least-squares plane, which fits no worse than one through three of them and leans less.
-Zone ZoneInPlane(const CNuPointArray& points) {
-  PointBlocks blocks(ViewOf(points), MiddleOf(points));
+LineZone ZoneInPlane(PointView points) {
+  PointBlocks blocks = BlocksOf(points);
   const PrincipalDirection flat = FindPrincipalDirection(blocks, Extent::smallest);
   const Vec3 along = FindPrincipalDirection(blocks, Extent::largest).direction;
-  const Vec3 z = Components(Canonical(flat.direction));
-  const Vec3 x = Components(Canonical(Unit(Rejection(along, z))));
+  const Vec3 z = CanonicalDirection(flat.direction);
+  const Vec3 x = CanonicalDirection(Unit(Rejection(along, z)));
   const Vec3 y = Cross(z, x);
   std::vector<std::array<double, 2>> local;
   local.reserve(blocks.Size());
@@ -73,8 +62,8 @@ Zone ZoneInPlane(const CNuPointArray& points) {
   const Strip2 strip = NarrowestStrip(view);
   const Vec3 normal = strip.normal[0] * x + strip.normal[1] * y;
   const double offset = strip.middle[0] * strip.normal[0] + strip.middle[1] * strip.normal[1];
-  return {blocks.InCallersFrame(flat.mean + offset * normal), Unit(strip.normal[1] * x - strip.normal[0] * y),
-          strip.width / blocks.Scale(), Unit(normal)};
+  return ZoneOf(blocks.InCallersFrame(flat.mean + offset * normal), Unit(strip.normal[1] * x - strip.normal[0] * y),
+                strip.width / blocks.Scale(), Unit(normal));
 }
 
 // Towards the contact point that is least by its coordinates.
@@ -91,8 +80,8 @@ Vec3 SideOf(const MinimaxSolution<AxisDistance>& found) {
   return (local.x / distance) * frame.x + (local.y / distance) * frame.y;
 }
 
-Zone ZoneInSpace(const CNuPointArray& points, long limit) {
-  PointBlocks blocks(ViewOf(points), MiddleOf(points));
+LineZone ZoneInSpace(PointView points, long limit) {
+  PointBlocks blocks = BlocksOf(points);
   blocks.Keep();
   const PrincipalDirection least = FindPrincipalDirection(blocks, Extent::largest);
   const MinimaxSolution<AxisDistance> found = SmallestCylinder(blocks, least.mean, least.direction, limit);
@@ -104,28 +93,34 @@ Zone ZoneInSpace(const CNuPointArray& points, long limit) {
   const double leastRadius = SpaceLineDeviations(blocks, least.mean, least.direction).largest;
   // Where the least-squares line is the optimum, rounding decides which is better.
   const bool better = radius < leastRadius;
-  return {blocks.InCallersFrame(better ? nearest : least.mean), better ? axis.z : least.direction,
-          2.0 * (better ? radius : leastRadius), SideOf(found)};
+  return ZoneOf(blocks.InCallersFrame(better ? nearest : least.mean), better ? axis.z : least.direction,
+                2.0 * (better ? radius : leastRadius), SideOf(found));
 }
 
-Zone ZoneOf(const CNuPointArray& points, long limit) {
-  if (points.Is2D() == NuTrue) return ZoneInPlaneZ(points, Components(points.MeanPoint()));
-  if (LieInOnePlane(ViewOf(points), NuGetLengthTol())) return ZoneInPlane(points);
+LineZone FindZone(PointView points, long limit) {
+  if (HaveOneHeight(points)) return ZoneInPlaneZ(points);
+  if (LieInOnePlane(points, NuGetLengthTol())) return ZoneInPlane(points);
   return ZoneInSpace(points, limit);
 }
 
-Zone ZoneInAnyOrder(const CNuPointArray& points, long limit) {
-  if (!NeedsCanonicalOrder(points)) return ZoneOf(points, limit);
-  return ZoneOf(Ordered(points), limit);
-}
-
-void RequireFinite(const Zone& zone) {
-  if (!IsFinite(zone.point) || !IsFinite(zone.direction) || !std::isfinite(zone.width)) {
-    FailFit(kNumericalFailure, kName);
-  }
-}
-
 }  // namespace
+
+LineZone nu::internal::FitMinZoneLine(PointView points, const FitOptions& options) {
+  RequireIterations(options.maxIter, kName);
+  return TranslateForeign(kName, [&]() -> LineZone {
+    RequireCount(points, kLeastPoints, kName);
+    RequireFinite(points, kName);
+    if (HasFewerDistinct(points, 2, options.tol)) FailFit(kDegeneratePoints, kName, kLeastPoints);
+    const auto leastSquares = FitLine(points, {});
+    if (LieOnOneLine(points, options.tol)) return {leastSquares, {}};
+    LineZone zone = InCanonicalOrder(points, [&](PointView data) { return FindZone(data, options.maxIter); });
+    const Vec3 direction = CanonicalDirection(zone.shape.direction);
+    const bool isFinite = IsFinite(zone.shape) && std::isfinite(zone.form);
+    if (!isFinite || IsNull(direction, NuGetZero())) FailFit(kNumericalFailure, kName);
+    zone.shape.direction = Unit(direction);
+    return zone;
+  });
+}
 
 void CNuLine::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
   FitMinZone(points, zone, nullptr, nullptr, tol, maxIter);
@@ -133,29 +128,17 @@ void CNuLine::FitMinZone(const CNuPointArray& points, double* zone, double tol, 
 
 void CNuLine::FitMinZone(const CNuPointArray& points, double* zone, CNuLine* l1, CNuLine* l2, double tol,
                          long maxIter) {
-  RequireIterations(maxIter, kName);
-  TranslateForeign(kName, [&] {
-    RequireCount(points, kLeastPoints, kName);
-    RequireFinite(points, kName);
-    RequireTwoDistinct(points, tol);
-    CNuLine line;
-    line.Fit(points);
-    Zone found;
-    if (!LieOnOneLine(ViewOf(points), tol)) {
-      found = ZoneInAnyOrder(points, maxIter);
-      RequireFinite(found);
-      line = CNuLine(ToPoint(found.point), Canonical(found.direction));
-    }
-    CNuLine first(line);
-    CNuLine second(line);
-    const Vec3 shift = (0.5 * found.width) * found.side;
-    first.Translate(shift.x, shift.y, shift.z);
-    second.Translate(-shift.x, -shift.y, -shift.z);
-    *this = line;
-    Output(zone, found.width);
-    Output(l1, first);
-    Output(l2, second);
-  });
+  const LineZone found = FitMinZoneLine(ViewOf(points), {.maxIter = maxIter, .tol = tol});
+  m_point = ToPoint(found.shape.point);
+  m_direction = ToVector(found.shape.direction);
+  CNuLine first(*this);
+  CNuLine second(*this);
+  const Vec3 shift = (0.5 * found.form) * found.side;
+  first.Translate(shift.x, shift.y, shift.z);
+  second.Translate(-shift.x, -shift.y, -shift.z);
+  Output(zone, found.form);
+  Output(l1, first);
+  Output(l2, second);
 }
 
 ENuFitResult CNuLine::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {

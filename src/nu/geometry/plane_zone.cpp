@@ -1,7 +1,8 @@
 #include "nu/engine/minimax/slab3.h"
+#include "nu/engine/points/alignment.h"
 #include "nu/engine/points/mean.h"
-#include "nu/foundation/int_array.h"
 #include "nu/geometry/internal/fit_guards.h"
+#include "nu/geometry/internal/plane_fits.h"
 #include "nu/geometry/plane.h"
 
 // Minimum-zone plane. Of all pairs of parallel planes with the points between them the two that are least apart rest on
@@ -17,37 +18,38 @@ namespace {
 constexpr const char* kName = "CNuPlane";
 constexpr int kLeastPoints = 3;
 
-void RequireNotCollinear(const CNuPointArray& points, double tol) {
-  CNuIntArray corners(kLeastPoints);
-  if (points.IsNoncollinear(&corners, tol) == NuFalse) FailFit(kCollinearPoints, kName, kLeastPoints);
-}
-
 }  // namespace
+
+FeatureFit<Plane3> nu::internal::FitMinZonePlane(PointView points, const FitOptions& options) {
+  return TranslateForeign(kName, [&]() -> FeatureFit<Plane3> {
+    RequireCount(points, kLeastPoints, kName);
+    RequireFinite(points, kName);
+    int corner[3];
+    if (!FindTriangle(points, options.tol, corner)) FailFit(kCollinearPoints, kName, kLeastPoints);
+    const Vec3 mean = MeanOf(points);
+    const Slab3 slab = NarrowestSlab(points, mean);
+    const Plane3 middle{mean + slab.height * slab.normal, CanonicalDirection(slab.normal)};
+    const bool isFinite = IsFinite(middle.point) && IsFinite(0.5 * slab.width * middle.normal);
+    if (!slab.found || !isFinite) FailFit(kNumericalFailure, kName);
+    return {middle, slab.width, {}};
+  });
+}
 
 void CNuPlane::FitMinZone(const CNuPointArray& points, double* zone, double tol) {
   FitMinZone(points, zone, nullptr, nullptr, tol);
 }
 
 void CNuPlane::FitMinZone(const CNuPointArray& points, double* zone, CNuPlane* p1, CNuPlane* p2, double tol) {
-  TranslateForeign(kName, [&] {
-    RequireCount(points, kLeastPoints, kName);
-    RequireFinite(points, kName);
-    RequireNotCollinear(points, tol);
-    const Vec3 mean = MeanOf(ViewOf(points));
-    const Slab3 slab = NarrowestSlab(ViewOf(points), mean);
-    const Vec3 middle = mean + slab.height * slab.normal;
-    CNuVector normal = ToVector(slab.normal);
-    normal.SymmetricAxis(NuGetTol(), 1);
-    const Vec3 half = 0.5 * slab.width * Components(normal);
-    if (!slab.found || !IsFinite(middle) || !IsFinite(half)) FailFit(kNumericalFailure, kName);
-    const auto store = [&normal](CNuPlane* plane, const Vec3& point) {
-      if (plane == nullptr) return;
-      plane->m_point = ToPoint(point);
-      plane->m_normal = normal;
-    };
-    store(this, middle);
-    Output(zone, slab.width);
-    store(p1, middle - half);
-    store(p2, middle + half);
-  });
+  const auto found = FitMinZonePlane(ViewOf(points), {.tol = tol});
+  const auto& [middle, normal] = found.shape;
+  const Vec3 half = 0.5 * found.form * normal;
+  const auto store = [&normal = normal](CNuPlane* plane, const Vec3& point) {
+    if (plane == nullptr) return;
+    plane->m_point = ToPoint(point);
+    plane->m_normal = ToVector(normal);
+  };
+  store(this, middle);
+  Output(zone, found.form);
+  store(p1, middle - half);
+  store(p2, middle + half);
 }

@@ -6,6 +6,7 @@
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/base/sort.h"
 #include "nu/engine/hulls/hull2.h"
+#include "nu/engine/points/alignment.h"
 #include "nu/engine/points/coincidence.h"
 #include "nu/engine/points/extents.h"
 #include "nu/engine/points/last_beyond.h"
@@ -155,17 +156,10 @@ void CNuPointArray::MoveTo(const CNuPoint& origin, const CNuVector& xaxis, const
 
 ENuBoolean CNuPointArray::IsNoncollinear(CNuIntArray* idx, double tol) const {
   RequirePoints(*this, "IsNoncollinear operation", "CNuPointArray::IsNoncollinear()");
-  if (m_size < 3) return NuFalse;
-  const int i = FirstDistinct(*this, tol);
-  if (i == m_size) return NuFalse;
-  const Vec3 start = Components(m_data[0]);
-  const Vec3 d = Unit(Components(m_data[i]) - start);
-  for (int j = i + 1; j < m_size; ++j) {
-    if (IsNull(Cross(d, Components(m_data[j]) - start), tol)) continue;
-    Assign(idx, {0, i, j});
-    return NuTrue;
-  }
-  return NuFalse;
+  int corner[3];
+  if (!FindTriangle(ViewOf(*this), tol, corner)) return NuFalse;
+  Assign(idx, {corner[0], corner[1], corner[2]});
+  return NuTrue;
 }
 
 ENuBoolean CNuPointArray::IsNoncoplanar(CNuIntArray* idx, double tol) const {
@@ -187,8 +181,8 @@ ENuBoolean CNuPointArray::IsNoncoplanar(CNuIntArray* idx, double tol) const {
 
 ENuBoolean CNuPointArray::Is2D() const {
   RequirePoints(*this, "Is2D operation", "CNuPointArray::Is2D()");
-  const double z = m_size == 1 ? 0.0 : m_data[0].z();
-  return std::all_of(m_data, m_data + m_size, [z](const CNuPoint& p) { return p.z() == z; }) ? NuTrue : NuFalse;
+  const bool isFlat = m_size == 1 ? m_data[0].z() == 0.0 : HaveOneHeight(ViewOf(*this));
+  return isFlat ? NuTrue : NuFalse;
 }
 
 ENuBoolean CNuPointArray::IsIn(const CNuPoint& p, double tol) const {

@@ -3,10 +3,8 @@
 
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/least_squares/cone_start.h"
-#include "nu/engine/shapes/apex_rounding.h"
+#include "nu/engine/points/canonical_order.h"
 #include "nu/engine/shapes/axis_direction.h"
-#include "nu/foundation/constants.h"
-#include "nu/geometry/internal/point_order.h"
 #include "nu/surfaces/cone.h"
 #include "nu/surfaces/internal/surface_fits.h"
 
@@ -42,31 +40,36 @@ Cone3 InCallersFrame(const ConeModel& m, const PointBlocks& blocks, double meanS
           std::fabs(m.angle)};
 }
 
-LeastSquaresFit<Cone3> LeastSquaresCone(PointView points, PointBlocks& blocks, bool wantsDeviations, long maxIter) {
+FeatureFit<Cone3> LeastSquaresCone(PointView points, PointBlocks& blocks, const FitOptions& options) {
   ConeLeastSquares fit(blocks);
-  const GaussNewtonEnd end = RunSurfaceFit(points, blocks, fit, StartCone, maxIter, kName);
+  const GaussNewtonEnd end = RunSurfaceFit(points, blocks, fit, StartCone, options, kName);
   if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, kName);
   const double meanSquare = fit.MeanSquare();
   if (end == GaussNewtonEnd::unsolvable || !fit.Determined() || !IsCone(fit.Model(), blocks, meanSquare))
     FailFit(kNumericalFailure, kName);
   const Cone3 cone = InCallersFrame(fit.Model(), blocks, meanSquare);
   if (!(DegreesOf(cone) < 90.0 && IsFinite(cone.Apex()))) FailFit(kNumericalFailure, kName);
-  return {cone, wantsDeviations ? fit.DeviationsNow() : Deviations{}};
+  return FitOf(cone, options.wantsDeviations ? fit.DeviationsNow() : Deviations{});
 }
 
 }  // namespace
 
-LeastSquaresFit<Cone3> nu::internal::FitCone(const CNuPointArray& points, PointBlocks& blocks, bool wantsDeviations,
-                                             long maxIter) {
-  RequireIterations(maxIter, kName);
+FeatureFit<Cone3> nu::internal::FitCone(PointView points, PointBlocks& blocks, const FitOptions& options) {
+  RequireIterations(options.maxIter, kName);
   RequireSolid(points, kLeastPoints, 4, NuGetLengthTol(), kName);
-  if (ViewOf(points).Size() > kFewPoints) return LeastSquaresCone(ViewOf(points), blocks, wantsDeviations, maxIter);
+  if (points.Size() > kFewPoints) return LeastSquaresCone(points, blocks, options);
   // With few points several cones may be as good as each other, and rounding would let the order of the points choose:
   // they are taken in one that is theirs.
   RequireFinite(points, kName);
-  const CNuPointArray ordered = Ordered(points);
-  PointBlocks orderedBlocks = BlocksOf(ordered);
-  return LeastSquaresCone(ViewOf(ordered), orderedBlocks, wantsDeviations, maxIter);
+  return InOrder(points, [&](PointView ordered) {
+    PointBlocks orderedBlocks = BlocksOf(ordered);
+    return LeastSquaresCone(ordered, orderedBlocks, options);
+  });
+}
+
+FeatureFit<Cone3> nu::internal::FitCone(PointView points, const FitOptions& options) {
+  PointBlocks blocks = BlocksOf(points);
+  return FitCone(points, blocks, options);
 }
 
 void CNuConSurf::Fit(const CNuPointArray& points, long maxIter) {
@@ -77,11 +80,10 @@ void CNuConSurf::Fit(const CNuPointArray& points, double* form, double* sumSquar
   RequireIterations(maxIter, kName);
   Output(form, 0.0);
   Output(sumSquares, 0.0);
-  PointBlocks blocks = BlocksOf(points);
-  const auto found = FitCone(points, blocks, form != nullptr || sumSquares != nullptr, maxIter);
-  const Cone3& cone = found.surface;
-  Place(DegreesOf(cone), ToPoint(cone.axis.point), ToVector(cone.axis.direction));
-  Translate(ToPoint(PointAlong(cone.axis.point, Components(GetAxisDirection()), cone.toApex)));
+  const bool wantsDeviations = form != nullptr || sumSquares != nullptr;
+  const auto found = FitCone(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations});
+  const Cone3& cone = found.shape;
+  Place(DegreesOf(cone), ToPoint(StoredApex(cone)), ToVector(cone.axis.direction));
   StoreForm(found, form, sumSquares);
 }
 

@@ -29,11 +29,11 @@ void RequireOptimum(const ConeZone& found, long maxIter) {
   if (found.end != MinimaxEnd::converged) FailFit(kNumericalFailure, "CNuConSurf::FitMinZone");
 }
 
-ConeZone FindZone(const CNuPointArray& points, PointBlocks& blocks, const LeastSquaresFit<Cone3>& start, long maxIter) {
+ConeZone FindZone(PointView points, PointBlocks& blocks, const FeatureFit<Cone3>& start, long maxIter) {
   const Vec3& origin = blocks.Origin();
-  Cone3 local = start.surface;
+  Cone3 local = start.shape;
   local.axis.point = local.axis.point - origin;
-  ConeZone found = NarrowestConeZone(blocks, MeanOf(ViewOf(points)) - origin, local, start.Form(), maxIter);
+  ConeZone found = NarrowestConeZone(blocks, MeanOf(points) - origin, local, start.form, maxIter);
   RequireOptimum(found, maxIter);
   found.cone.axis.point = origin + found.cone.axis.point;
   return found;
@@ -41,22 +41,26 @@ ConeZone FindZone(const CNuPointArray& points, PointBlocks& blocks, const LeastS
 
 }  // namespace
 
-void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  RequireIterations(maxIter, kName);
-  RequireSolid(points, kLeastPoints, 4, tol, kName);
+FeatureFit<Cone3> nu::internal::FitMinZoneCone(PointView points, const FitOptions& options) {
+  RequireIterations(options.maxIter, kName);
+  RequireSolid(points, kLeastPoints, 4, options.tol, kName);
   PointBlocks blocks = BlocksOf(points);
-  const auto start = FitCone(points, blocks, true, maxIter);
-  const double form = start.Form();
-  const ConeZone found = FindZone(points, blocks, start, maxIter);
-  if (found.width > form + kFormRoundings * found.rounding) FailFit(kNumericalFailure, "CNuConSurf::FitMinZone");
+  const auto start = FitCone(points, blocks, {.maxIter = options.maxIter, .wantsDeviations = true});
+  const ConeZone found = FindZone(points, blocks, start, options.maxIter);
+  if (found.width > start.form + kFormRoundings * found.rounding) FailFit(kNumericalFailure, "CNuConSurf::FitMinZone");
   // Where the least-squares cone is the optimum, rounding decides which is better.
-  const bool stays = form < found.width;
-  const Cone3& cone = stays ? start.surface : found.cone;
+  const bool stays = start.form < found.width;
+  const Cone3& cone = stays ? start.shape : found.cone;
   const double degrees = DegreesOf(cone);
   if (!(degrees > 0.0 && degrees < 90.0 && IsFinite(cone.Apex()))) FailFit(kNumericalFailure, kName);
-  Place(degrees, ToPoint(cone.axis.point), ToVector(cone.axis.direction));
-  Translate(ToPoint(PointAlong(cone.axis.point, Components(GetAxisDirection()), cone.toApex)));
-  Output(zone, stays ? form : found.width);
+  return {cone, stays ? start.form : found.width, {}};
+}
+
+void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+  const auto found = FitMinZoneCone(ViewOf(points), {.maxIter = maxIter, .tol = tol});
+  const Cone3& cone = found.shape;
+  Place(DegreesOf(cone), ToPoint(StoredApex(cone)), ToVector(cone.axis.direction));
+  Output(zone, found.form);
 }
 
 // The boundaries are parallel surfaces: they differ in the apex only.

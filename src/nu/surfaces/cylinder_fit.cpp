@@ -30,12 +30,11 @@ bool IsCurved(const CylinderLeastSquares& fit, const PointBlocks& blocks) {
 
 }  // namespace
 
-LeastSquaresFit<Cylinder3> nu::internal::FitCylinder(const CNuPointArray& points, PointBlocks& blocks,
-                                                     bool wantsDeviations, long maxIter) {
-  RequireIterations(maxIter, kName);
+FeatureFit<Cylinder3> nu::internal::FitCylinder(PointView points, PointBlocks& blocks, const FitOptions& options) {
+  RequireIterations(options.maxIter, kName);
   RequireSolid(points, kLeastPoints, kLeastPoints - 1, NuGetLengthTol(), kName);
   CylinderLeastSquares fit(blocks);
-  const GaussNewtonEnd end = RunSurfaceFit(ViewOf(points), blocks, fit, StartCylinder, maxIter, kName);
+  const GaussNewtonEnd end = RunSurfaceFit(points, blocks, fit, StartCylinder, options, kName);
   // Required: the limit is reported under the name of the circle, and hosts look for that name.
   if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, "CNuCircle");
   if (end == GaussNewtonEnd::unsolvable || !fit.Determined() || !IsCurved(fit, blocks))
@@ -45,7 +44,12 @@ LeastSquaresFit<Cylinder3> nu::internal::FitCylinder(const CNuPointArray& points
   const Cylinder3 cylinder{{blocks.InCallersFrame(onAxis), WithLargestPositive(model.w)},
                            (model.height + model.rise) / blocks.Scale()};
   if (!IsFinite(cylinder)) FailFit(kNumericalFailure, kName);
-  return {cylinder, wantsDeviations ? fit.DeviationsNow() : Deviations{}};
+  return FitOf(cylinder, options.wantsDeviations ? fit.DeviationsNow() : Deviations{});
+}
+
+FeatureFit<Cylinder3> nu::internal::FitCylinder(PointView points, const FitOptions& options) {
+  PointBlocks blocks = BlocksOf(points);
+  return FitCylinder(points, blocks, options);
 }
 
 void CNuCylSurf::Fit(const CNuPointArray& points, long maxIter) {
@@ -56,10 +60,10 @@ void CNuCylSurf::Fit(const CNuPointArray& points, double* form, double* sumSquar
   RequireIterations(maxIter, kName);
   Output(form, 0.0);
   Output(sumSquares, 0.0);
-  PointBlocks blocks = BlocksOf(points);
-  const auto found = FitCylinder(points, blocks, form != nullptr || sumSquares != nullptr, maxIter);
-  const Line3& axis = found.surface.axis;
-  Place(found.surface.radius, ToPoint(axis.point), ToVector(axis.direction));
+  const bool wantsDeviations = form != nullptr || sumSquares != nullptr;
+  const auto found = FitCylinder(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations});
+  const Line3& axis = found.shape.axis;
+  Place(found.shape.radius, ToPoint(axis.point), ToVector(axis.direction));
   StoreForm(found, form, sumSquares);
 }
 

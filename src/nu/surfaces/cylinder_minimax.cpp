@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
-#include "nu/curves/circle.h"
+#include "nu/curves/internal/circle_fits.h"
 #include "nu/engine/minimax/round_minimax.h"
+#include "nu/engine/points/canonical_order.h"
 #include "nu/engine/points/mean.h"
-#include "nu/geometry/internal/point_order.h"
-#include "nu/geometry/line.h"
+#include "nu/geometry/internal/line_fits.h"
 #include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/internal/surface_fits.h"
 
@@ -20,92 +20,81 @@ namespace {
 constexpr const char* kName = "CNuCylSurf";
 
 // Two points that are not finite count as a line, too.
-Cylinder3 CylinderOnLine(const CNuPointArray& points, double tol) {
+FeatureFit<Cylinder3> CylinderOnLine(PointView points, double tol) {
   RequireFinite(points, kName);
-  if (CNuGeometry::NumberDistinctPoints(points, 2, tol) == 0) return {{Components(points[0]), {0.0, 0.0, 1.0}}, 0.0};
-  CNuLine line;
-  line.Fit(points);
-  return {{Components(line.GetPoint()), Components(line.GetDirection())}, 0.0};
+  if (HasFewerDistinct(points, 2, tol)) return {{{LoadVec3(points[0]), {0.0, 0.0, 1.0}}, 0.0}};
+  return {{FitLine(points, {}).shape, 0.0}};
 }
 
-Cylinder3 InscribedCircle(const CNuPointArray& points, double tol) {
+FeatureFit<Cylinder3> InscribedCircle(PointView points, const FitOptions& options) {
   RequireFinite(points, kName);
-  CNuCircle circle(1.0);
-  circle.FitMax(points, tol);
-  return {{Components(circle.GetCentre()), Components(circle.GetNormal())}, circle.GetRadius()};
+  const PlacedCircle circle = FitMaxCircle(points, options).shape;
+  return {{{circle.centre, circle.normal}, circle.radius}};
 }
 
 // `problem` is one of those of cylinder_minimax.h; the result is in the frame of the points.
 template<class Problem>
-CylinderMinimax Solve(const CNuPointArray& points, PointBlocks& blocks, const Cylinder3& start, long maxIter,
+CylinderMinimax Solve(PointView points, PointBlocks& blocks, const Cylinder3& start, const FitOptions& options,
                       Problem problem) {
   const Vec3& origin = blocks.Origin();
   const Cylinder3 local{{start.axis.point - origin, start.axis.direction}, start.radius};
   // Required: the limit is reached by the step that ends the search, too; hosts count on a limit that is never used up.
-  CylinderMinimax found = problem(blocks, MeanOf(ViewOf(points)) - origin, local, maxIter - 1);
+  CylinderMinimax found = problem(blocks, MeanOf(points) - origin, local, options.maxIter - 1);
   if (found.end == MinimaxEnd::limitReached) FailFit(kIterationLimit, kName);
   if (found.end != MinimaxEnd::converged) FailFit(kNumericalFailure, kName);
   found.cylinder.axis.point = origin + found.cylinder.axis.point;
   return found;
 }
 
-template<class Fit>
-auto CanonicalOrder(const CNuPointArray& points, Fit fit) {
-  const bool few = NeedsCanonicalOrder(points) && ExtentsOf(ViewOf(points)).isFinite;
-  return few ? fit(Ordered(points)) : fit(points);
-}
-
-void RequireArguments(const CNuPointArray& points, long maxIter) {
-  RequireIterations(maxIter, kName);
+void RequireArguments(PointView points, const FitOptions& options) {
+  RequireIterations(options.maxIter, kName);
   RequireCount(points, 1, kName);
 }
 
 template<class Problem>
-Cylinder3 FromLeastSquares(const CNuPointArray& points, long maxIter, Problem problem) {
-  return CanonicalOrder(points, [&](const CNuPointArray& data) {
+FeatureFit<Cylinder3> FromLeastSquares(PointView points, const FitOptions& options, Problem problem) {
+  return InCanonicalOrder(points, [&](PointView data) -> FeatureFit<Cylinder3> {
     PointBlocks blocks = BlocksOf(data);
-    const Cylinder3 start = FitCylinder(data, blocks, false, maxIter).surface;
-    return Solve(data, blocks, start, maxIter, problem).cylinder;
+    const Cylinder3 start = FitCylinder(data, blocks, {.maxIter = options.maxIter}).shape;
+    return RequireFinite(FeatureFit<Cylinder3>{Solve(data, blocks, start, options, problem).cylinder}, kName);
   });
 }
-
-Cylinder3 Circumscribed(const CNuPointArray& points, double tol, long maxIter) {
-  if (LieOnOneLine(ViewOf(points), tol)) return CylinderOnLine(points, tol);
-  return FromLeastSquares(points, maxIter, SmallestCylinderAround);
-}
-
-Cylinder3 Inscribed(const CNuPointArray& points, double tol, long maxIter) {
-  if (LieOnOneLine(ViewOf(points), tol)) return CylinderOnLine(points, tol);
-  if (LieInOnePlane(ViewOf(points), tol)) return InscribedCircle(points, tol);
-  return FromLeastSquares(points, maxIter, LargestCylinderInside);
-}
-
-struct Zone {
-  Cylinder3 cylinder;
-  double width = 0.0;
-};
 
 // Where the least-squares cylinder is the optimum, rounding decides which is better. An optimum that is worse is
 // another than the one next to it.
-Zone MinimumZone(const CNuPointArray& points, double tol, long maxIter) {
-  if (LieOnOneLine(ViewOf(points), tol)) return {CylinderOnLine(points, tol)};
-  return CanonicalOrder(points, [&](const CNuPointArray& data) -> Zone {
-    PointBlocks blocks = BlocksOf(data);
-    const auto start = FitCylinder(data, blocks, true, maxIter);
-    const double form = start.Form();
-    const CylinderMinimax found = Solve(data, blocks, start.surface, maxIter, NarrowestCylinderZone);
-    if (found.zone > form + kFormRoundings * found.rounding) FailFit(kNumericalFailure, kName);
-    if (found.zone > form) return {start.surface, form};
-    return {found.cylinder, found.zone};
-  });
+FeatureFit<Cylinder3> MinimumZone(PointView points, const FitOptions& options) {
+  PointBlocks blocks = BlocksOf(points);
+  const auto start = FitCylinder(points, blocks, {.maxIter = options.maxIter, .wantsDeviations = true});
+  const CylinderMinimax found = Solve(points, blocks, start.shape, options, NarrowestCylinderZone);
+  if (found.zone > start.form + kFormRoundings * found.rounding) FailFit(kNumericalFailure, kName);
+  const bool stays = found.zone > start.form;
+  return RequireFinite(FeatureFit<Cylinder3>{stays ? start.shape : found.cylinder, stays ? start.form : found.zone},
+                       kName);
 }
 
 }  // namespace
 
+FeatureFit<Cylinder3> nu::internal::FitMinCylinder(PointView points, const FitOptions& options) {
+  RequireArguments(points, options);
+  if (LieOnOneLine(points, options.tol)) return RequireFinite(CylinderOnLine(points, options.tol), kName);
+  return FromLeastSquares(points, options, SmallestCylinderAround);
+}
+
+FeatureFit<Cylinder3> nu::internal::FitMaxCylinder(PointView points, const FitOptions& options) {
+  RequireArguments(points, options);
+  if (LieOnOneLine(points, options.tol)) return RequireFinite(CylinderOnLine(points, options.tol), kName);
+  if (LieInOnePlane(points, options.tol)) return RequireFinite(InscribedCircle(points, options), kName);
+  return FromLeastSquares(points, options, LargestCylinderInside);
+}
+
+FeatureFit<Cylinder3> nu::internal::FitMinZoneCylinder(PointView points, const FitOptions& options) {
+  RequireArguments(points, options);
+  if (LieOnOneLine(points, options.tol)) return RequireFinite(CylinderOnLine(points, options.tol), kName);
+  return InCanonicalOrder(points, [&](PointView data) { return MinimumZone(data, options); });
+}
+
 void CNuCylSurf::FitMin(const CNuPointArray& points, double tol, long maxIter) {
-  RequireArguments(points, maxIter);
-  const Cylinder3 found = Circumscribed(points, tol, maxIter);
-  if (!IsFinite(found)) FailFit(kNumericalFailure, kName);
+  const Cylinder3 found = FitMinCylinder(ViewOf(points), {.maxIter = maxIter, .tol = tol}).shape;
   Place(found.radius, ToPoint(found.axis.point), ToVector(found.axis.direction));
 }
 
@@ -114,9 +103,7 @@ ENuFitResult CNuCylSurf::FitMinEx(const CNuPointArray& points, double tol, long 
 }
 
 void CNuCylSurf::FitMax(const CNuPointArray& points, double tol, long maxIter) {
-  RequireArguments(points, maxIter);
-  const Cylinder3 found = Inscribed(points, tol, maxIter);
-  if (!IsFinite(found)) FailFit(kNumericalFailure, kName);
+  const Cylinder3 found = FitMaxCylinder(ViewOf(points), {.maxIter = maxIter, .tol = tol}).shape;
   Place(found.radius, ToPoint(found.axis.point), ToVector(found.axis.direction));
 }
 
@@ -125,12 +112,10 @@ ENuFitResult CNuCylSurf::FitMaxEx(const CNuPointArray& points, double tol, long 
 }
 
 void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  RequireArguments(points, maxIter);
-  const Zone found = MinimumZone(points, tol, maxIter);
-  const Cylinder3& middle = found.cylinder;
-  if (!IsFinite(middle) || !std::isfinite(found.width)) FailFit(kNumericalFailure, kName);
-  Place(middle.radius, ToPoint(middle.axis.point), ToVector(middle.axis.direction));
-  Output(zone, found.width);
+  const auto found = FitMinZoneCylinder(ViewOf(points), {.maxIter = maxIter, .tol = tol});
+  const Line3& axis = found.shape.axis;
+  Place(found.shape.radius, ToPoint(axis.point), ToVector(axis.direction));
+  Output(zone, found.form);
 }
 
 void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuCylSurf* inner, CNuCylSurf* outer, double tol,

@@ -18,10 +18,11 @@ constexpr int kLeastPoints = 4;
 
 // From the first point p0, which is on the sphere: the planes 2 q . (c - p0) = |q|^2 with q = p - p0 meet in the
 // centre. Refused where a point is no farther from the plane of the others than rounding errors of the coordinates.
-LeastSquaresFit<Sphere3> SphereThroughFour(const CNuPointArray& points, const PointBlocks& blocks) {
-  const Vec3 q1 = Components(points[1] - points[0]);
-  const Vec3 q2 = Components(points[2] - points[0]);
-  const Vec3 q3 = Components(points[3] - points[0]);
+Sphere3 SphereThroughFour(PointView points, const PointBlocks& blocks) {
+  const Vec3 p = LoadVec3(points[0]);
+  const Vec3 q1 = LoadVec3(points[1]) - p;
+  const Vec3 q2 = LoadVec3(points[2]) - p;
+  const Vec3 q3 = LoadVec3(points[3]) - p;
   const Vec3 across = Cross(q2, q3);
   const double volume = Dot(q1, across);
   const double face = std::max({Norm(across), Norm(Cross(q3, q1)), Norm(Cross(q1, q2)), Norm(Cross(q2 - q1, q3 - q1))});
@@ -29,7 +30,7 @@ LeastSquaresFit<Sphere3> SphereThroughFour(const CNuPointArray& points, const Po
   if (!(std::fabs(volume) > RoundingAt(blocks, {}, meanSquare) * face)) FailFit(kNumericalFailure, kName);
   const Vec3 sum = Dot(q1, q1) * across + Dot(q2, q2) * Cross(q3, q1) + Dot(q3, q3) * Cross(q1, q2);
   const Vec3 fromFirst = (0.5 / volume) * sum;
-  return {{Components(points[0]) + fromFirst, std::sqrt(Dot(fromFirst, fromFirst))}, {}};
+  return {p + fromFirst, std::sqrt(Dot(fromFirst, fromFirst))};
 }
 
 // A coordinate of the start within NuGetLengthTol() of zero becomes exactly 0: hosts rely on it for points that lie
@@ -41,7 +42,7 @@ Vec3 SnapNearZero(Vec3 centre) {
   return centre;
 }
 
-LeastSquaresFit<Sphere3> LeastSquaresSphere(PointBlocks& blocks, bool wantsDeviations, long maxIter) {
+FeatureFit<Sphere3> LeastSquaresSphere(PointBlocks& blocks, const FitOptions& options) {
   const Vec3 origin = blocks.Origin();
   RoundLeastSquares<3> fit(blocks, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}});
   if (!fit.Start()) FailFit(kNumericalFailure, kName);
@@ -50,7 +51,7 @@ LeastSquaresFit<Sphere3> LeastSquaresSphere(PointBlocks& blocks, bool wantsDevia
   const Vec3 start = fit.Centre();
   const GaussNewtonRule rule{.tolerance = NuGetTol(),
                              .large = NuGetLarge(),
-                             .limit = maxIter,
+                             .limit = options.maxIter,
                              .takesLastStep = false,
                              .endsAtGrowth = true,
                              .endsBeforeLimit = true};
@@ -59,20 +60,25 @@ LeastSquaresFit<Sphere3> LeastSquaresSphere(PointBlocks& blocks, bool wantsDevia
   if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, kName);
   const Vec3 centre = fit.Centre();
   const bool stayed = centre.x == start.x && centre.y == start.y && centre.z == start.z;
-  return {{stayed ? startWorld : origin + centre, fit.Radius()}, wantsDeviations ? fit.DeviationsNow() : Deviations{}};
+  const Sphere3 sphere{stayed ? startWorld : origin + centre, fit.Radius()};
+  return FitOf(sphere, options.wantsDeviations ? fit.DeviationsNow() : Deviations{});
 }
 
 }  // namespace
 
-LeastSquaresFit<Sphere3> nu::internal::FitSphere(const CNuPointArray& points, PointBlocks& blocks, bool wantsDeviations,
-                                                 long maxIter) {
-  RequireIterations(maxIter, kName);
+FeatureFit<Sphere3> nu::internal::FitSphere(PointView points, PointBlocks& blocks, const FitOptions& options) {
+  RequireIterations(options.maxIter, kName);
   RequireCount(points, kLeastPoints, kName);
-  if (LieInOnePlane(ViewOf(points), NuGetLengthTol())) FailFit(kCoplanarPoints, kName, kLeastPoints);
-  const bool exact = points.GetSize() == kLeastPoints;
-  const auto found = exact ? SphereThroughFour(points, blocks) : LeastSquaresSphere(blocks, wantsDeviations, maxIter);
-  if (!IsFinite(found.surface)) FailFit(kNumericalFailure, kName);
+  if (LieInOnePlane(points, NuGetLengthTol())) FailFit(kCoplanarPoints, kName, kLeastPoints);
+  const bool exact = points.Size() == kLeastPoints;
+  const auto found = exact ? FitOf(SphereThroughFour(points, blocks), {}) : LeastSquaresSphere(blocks, options);
+  if (!IsFinite(found.shape)) FailFit(kNumericalFailure, kName);
   return found;
+}
+
+FeatureFit<Sphere3> nu::internal::FitSphere(PointView points, const FitOptions& options) {
+  PointBlocks blocks = BlocksOf(points);
+  return FitSphere(points, blocks, options);
 }
 
 void CNuSphSurf::Fit(const CNuPointArray& points, long maxIter) {
@@ -83,10 +89,10 @@ void CNuSphSurf::Fit(const CNuPointArray& points, double* form, double* sumSquar
   RequireIterations(maxIter, kName);
   Output(form, 0.0);
   Output(sumSquares, 0.0);
-  PointBlocks blocks = BlocksOf(points);
-  const auto found = FitSphere(points, blocks, form != nullptr || sumSquares != nullptr, maxIter);
-  Place(found.surface.radius, ToPoint(found.surface.centre));
-  if (points.GetSize() != kLeastPoints) StoreForm(found, form, sumSquares);
+  const bool wantsDeviations = form != nullptr || sumSquares != nullptr;
+  const auto found = FitSphere(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations});
+  Place(found.shape.radius, ToPoint(found.shape.centre));
+  StoreForm(found, form, sumSquares);
 }
 
 ENuFitResult CNuSphSurf::FitEx(const CNuPointArray& points, long maxIter) {

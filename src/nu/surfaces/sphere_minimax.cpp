@@ -1,14 +1,14 @@
 #include <algorithm>
 #include <cmath>
 
-#include "nu/curves/circle.h"
+#include "nu/curves/internal/circle_fits.h"
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/minimax/empty_ball.h"
 #include "nu/engine/minimax/enclosing_ball.h"
 #include "nu/engine/minimax/spherical_shell.h"
 #include "nu/engine/points/alignment.h"
 #include "nu/engine/points/mean.h"
-#include "nu/geometry/line.h"
+#include "nu/geometry/internal/line_fits.h"
 #include "nu/surfaces/internal/surface_fits.h"
 #include "nu/surfaces/sphere.h"
 
@@ -22,74 +22,86 @@ constexpr const char* kName = "CNuSphSurf";
 constexpr int kLeastPoints = 4;
 
 // Two points that are not finite count as a line, too.
-Sphere3 BallOnLine(const CNuPointArray& points, double tol) {
+Sphere3 BallOnLine(PointView points, double tol) {
   RequireFinite(points, kName);
-  if (CNuGeometry::NumberDistinctPoints(points, 2, tol) == 0) return {Components(points[0]), 0.0};
-  CNuLine line;
-  line.Fit(points);
-  const Vec3 origin = Components(line.GetPoint());
-  const Vec3 direction = Components(line.GetDirection());
-  int first = 0;
-  int last = 0;
+  if (HasFewerDistinct(points, 2, tol)) return {LoadVec3(points[0]), 0.0};
+  const Line3 line = FitLine(points, {}).shape;
+  std::size_t first = 0;
+  std::size_t last = 0;
   double low = 0.0;
   double high = 0.0;
-  for (int i = 0; i < points.GetSize(); ++i) {
-    const double along = Dot(Components(points[i]) - origin, direction);
+  for (std::size_t i = 0; i < points.Size(); ++i) {
+    const double along = Dot(LoadVec3(points[i]) - line.point, line.direction);
     if (i == 0 || along < low) low = along, first = i;
     if (i == 0 || along > high) high = along, last = i;
   }
-  const Vec3 p = Components(points[first]);
-  const Vec3 half = 0.5 * Components(points[last]) - 0.5 * p;
+  const Vec3 p = LoadVec3(points[first]);
+  const Vec3 half = 0.5 * LoadVec3(points[last]) - 0.5 * p;
   return {p + half, Hypot(half.x, half.y, half.z)};
 }
 
-Sphere3 MinimumZoneCircle(const CNuPointArray& points, double* zone, double tol, long maxIter) {
+FeatureFit<Sphere3> FlatZone(PointView points, const FitOptions& options) {
   RequireFinite(points, kName);
-  CNuCircle circle(1.0);
-  circle.FitMinZone(points, zone, tol, maxIter);
-  return {Components(circle.GetCentre()), circle.GetRadius()};
+  const CircleZone zone = FitMinZoneCircle(points, options);
+  return {{zone.shape.centre, zone.shape.radius}, zone.form, {}};
 }
 
-Sphere3 FindMinimalSphericalShell(const CNuPointArray& points, PointBlocks& blocks, const Sphere3& start, double* zone,
-                                  long maxIter) {
+FeatureFit<Sphere3> MinimalSphericalShell(PointView points, PointBlocks& blocks, const Sphere3& start, long maxIter) {
   const Vec3& origin = blocks.Origin();
-  const Vec3 mean = MeanOf(ViewOf(points)) - origin;
+  const Vec3 mean = MeanOf(points) - origin;
   const SphericalShell shell = ThinnestShell(blocks, mean, start.centre - origin, start.radius, maxIter);
   // Required: the limit is reached by the step that ends the search, too; hosts count on a limit that is never used up.
   if (shell.end == MinimaxEnd::limitReached || shell.steps >= maxIter) FailFit(kIterationLimit, kName);
   if (shell.end != MinimaxEnd::converged) FailFit(kNumericalFailure, kName);
-  *zone = shell.outer - shell.inner;
-  return {origin + shell.centre, 0.5 * shell.inner + 0.5 * shell.outer};
+  return {{origin + shell.centre, 0.5 * shell.inner + 0.5 * shell.outer}, shell.outer - shell.inner, {}};
 }
 
 // Fewer than four points count as coplanar.
-Sphere3 MinimumZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  if (LieInOnePlane(ViewOf(points), tol)) return MinimumZoneCircle(points, zone, tol, maxIter);
+FeatureFit<Sphere3> MinimumZone(PointView points, const FitOptions& options) {
+  if (LieInOnePlane(points, options.tol)) return FlatZone(points, options);
   PointBlocks blocks = BlocksOf(points);
-  const auto start = FitSphere(points, blocks, true, maxIter);
-  *zone = 0.0;
-  if (start.Form() < tol) return start.surface;
-  return FindMinimalSphericalShell(points, blocks, start.surface, zone, maxIter);
+  const auto start = FitSphere(points, blocks, {.maxIter = options.maxIter, .wantsDeviations = true});
+  if (start.form < options.tol) return {start.shape};
+  return MinimalSphericalShell(points, blocks, start.shape, options.maxIter);
 }
 
 }  // namespace
 
+FeatureFit<Sphere3> nu::internal::FitMinSphere(PointView points, const FitOptions& options) {
+  RequireCount(points, 1, kName);
+  if (LieOnOneLine(points, options.tol))
+    return RequireFinite(FeatureFit<Sphere3>{BallOnLine(points, options.tol)}, kName);
+  PointBlocks blocks = BlocksOf(points);
+  const EnclosingBall found = SmallestEnclosingBall<3>(blocks, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}});
+  if (!found.found) FailFit(kNumericalFailure, kName);
+  return RequireFinite(FeatureFit<Sphere3>{{blocks.Origin() + found.centre, found.radius}}, kName);
+}
+
+FeatureFit<Sphere3> nu::internal::FitMaxSphere(PointView points, const FitOptions& options) {
+  RequireCount(points, kLeastPoints, kName);
+  if (LieOnOneLine(points, options.tol)) FailFit(kCollinearPoints, kName, 3);
+  constexpr long passesPerPoint = 10;
+  PointBlocks blocks = BlocksOf(points);
+  const Vec3 mean = MeanOf(points) - blocks.Origin();
+  const EmptyBall found = GrowEmptyBall(blocks, mean, passesPerPoint * static_cast<long>(points.Size()));
+  if (!found.found) FailFit(kNumericalFailure, kName);
+  return RequireFinite(FeatureFit<Sphere3>{{blocks.Origin() + found.centre, found.radius}}, kName);
+}
+
+FeatureFit<Sphere3> nu::internal::FitMinZoneSphere(PointView points, const FitOptions& options) {
+  RequireIterations(options.maxIter, kName);
+  RequireCount(points, 1, kName);
+  return RequireFinite(MinimumZone(points, options), kName);
+}
+
 void CNuSphSurf::Place(double radius, const CNuPoint& centre) {
-  if (!IsFinite(Components(centre)) || !std::isfinite(radius)) FailFit(kNumericalFailure, kName);
   SetPosition(centre, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
   m_radius = radius;
 }
 
 void CNuSphSurf::FitMin(const CNuPointArray& points, double tol) {
-  RequireCount(points, 1, kName);
-  if (LieOnOneLine(ViewOf(points), tol)) {
-    const Sphere3 ball = BallOnLine(points, tol);
-    return Place(ball.radius, ToPoint(ball.centre));
-  }
-  PointBlocks blocks = BlocksOf(points);
-  const EnclosingBall found = SmallestEnclosingBall<3>(blocks, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}});
-  if (!found.found) FailFit(kNumericalFailure, kName);
-  Place(found.radius, ToPoint(blocks.Origin() + found.centre));
+  const Sphere3 found = FitMinSphere(ViewOf(points), {.tol = tol}).shape;
+  Place(found.radius, ToPoint(found.centre));
 }
 
 // Required: this runs FitMax and not FitMin. Hosts written for it expect the inscribed sphere, and a failure where
@@ -99,14 +111,8 @@ ENuFitResult CNuSphSurf::FitMinEx(const CNuPointArray& points, double tol) {
 }
 
 void CNuSphSurf::FitMax(const CNuPointArray& points, double tol) {
-  RequireCount(points, kLeastPoints, kName);
-  if (LieOnOneLine(ViewOf(points), tol)) FailFit(kCollinearPoints, kName, 3);
-  constexpr long passesPerPoint = 10;
-  PointBlocks blocks = BlocksOf(points);
-  const Vec3 mean = MeanOf(ViewOf(points)) - blocks.Origin();
-  const EmptyBall found = GrowEmptyBall(blocks, mean, passesPerPoint * points.GetSize());
-  if (!found.found) FailFit(kNumericalFailure, kName);
-  Place(found.radius, ToPoint(blocks.Origin() + found.centre));
+  const Sphere3 found = FitMaxSphere(ViewOf(points), {.tol = tol}).shape;
+  Place(found.radius, ToPoint(found.centre));
 }
 
 ENuFitResult CNuSphSurf::FitMaxEx(const CNuPointArray& points, double tol) {
@@ -115,12 +121,9 @@ ENuFitResult CNuSphSurf::FitMaxEx(const CNuPointArray& points, double tol) {
 }
 
 void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  RequireIterations(maxIter, kName);
-  RequireCount(points, 1, kName);
-  double width;
-  const Sphere3 ball = MinimumZone(points, &width, tol, maxIter);
-  Place(ball.radius, ToPoint(ball.centre));
-  Output(zone, width);
+  const auto found = FitMinZoneSphere(ViewOf(points), {.maxIter = maxIter, .tol = tol});
+  Place(found.shape.radius, ToPoint(found.shape.centre));
+  Output(zone, found.form);
 }
 
 void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuSphSurf* inner, CNuSphSurf* outer, double tol,

@@ -1,10 +1,9 @@
 #include <cmath>
 
 #include "nu/engine/minimax/smallest_tube.h"
+#include "nu/engine/points/canonical_order.h"
 #include "nu/engine/shapes/axis_direction.h"
-#include "nu/foundation/int_array.h"
-#include "nu/geometry/internal/fit_guards.h"
-#include "nu/geometry/internal/point_order.h"
+#include "nu/surfaces/internal/surface_fits.h"
 #include "nu/surfaces/torus.h"
 
 // Minimum torus: the circle in space whose largest distance to a point is the least.
@@ -17,21 +16,13 @@ constexpr const char* kName = "CNuTorSurf";
 constexpr const char* kFitMin = "CNuTorSurf::FitMin";
 constexpr int kLeastPoints = 3;
 
-struct Torus {
-  double majorRadius = 0.0;
-  double minorRadius = 0.0;
-  Vec3 centre;
-  Vec3 axis;
+struct SolvedTorus {
+  Torus3 torus;
   bool isClear = false;
 };
 
-void RequireNoncollinear(const CNuPointArray& points, double tol) {
-  CNuIntArray index(0);
-  if (points.IsNoncollinear(&index, tol) == NuFalse) FailFit(kCollinearPoints, kName, kLeastPoints);
-}
-
-Torus SmallestTorus(const CNuPointArray& points, TubeStarts starts, long maxIter) {
-  PointBlocks blocks(ViewOf(points), MiddleOf(points));
+SolvedTorus SmallestTorus(PointView points, TubeStarts starts, long maxIter) {
+  PointBlocks blocks = BlocksOf(points);
   blocks.Keep();
   const Tube tube = SmallestTube(blocks, starts, maxIter);
   if (tube.solution.end == MinimaxEnd::limitReached) FailFit(kIterationLimit, kName);
@@ -41,25 +32,31 @@ Torus SmallestTorus(const CNuPointArray& points, TubeStarts starts, long maxIter
   const double minor = tube.solution.value / blocks.Scale();
   const bool isRound = tube.solution.end == MinimaxEnd::converged && circle.IsRound();
   if (!isRound || !IsFinite(centre) || !std::isfinite(major + minor)) FailFit(kNumericalFailure, kFitMin);
-  return {major, minor, centre, WithLargestPositive(circle.frame.z), tube.isClear};
+  return {{centre, WithLargestPositive(circle.frame.z), major, minor}, tube.isClear};
 }
 
 // Few points that leave doubt are taken once more, in an order of their own.
-Torus SmallestTorusInAnyOrder(const CNuPointArray& points, long maxIter) {
-  if (!NeedsCanonicalOrder(points)) return SmallestTorus(points, TubeStarts::many, maxIter);
-  const Torus nearest = SmallestTorus(points, TubeStarts::one, maxIter);
-  return nearest.isClear ? nearest : SmallestTorus(Ordered(points), TubeStarts::many, maxIter);
+SolvedTorus SmallestTorusInAnyOrder(PointView points, long maxIter) {
+  const auto bestOfMany = [&](PointView data) { return SmallestTorus(data, TubeStarts::many, maxIter); };
+  if (!NeedsCanonicalOrder(points)) return bestOfMany(points);
+  const SolvedTorus nearest = SmallestTorus(points, TubeStarts::one, maxIter);
+  return nearest.isClear ? nearest : InOrder(points, bestOfMany);
 }
 
 }  // namespace
 
-void CNuTorSurf::FitMin(const CNuPointArray& points, double tol, long maxIter) {
+FeatureFit<Torus3> nu::internal::FitMinTorus(PointView points, const FitOptions& options) {
   // Required: the limit is reported under the name of the sphere, and hosts look for that name.
-  RequireIterations(maxIter, "CNuSphSurf");
+  RequireIterations(options.maxIter, "CNuSphSurf");
   RequireCount(points, kLeastPoints, kName);
   RequireFinite(points, kFitMin);
-  RequireNoncollinear(points, tol);
-  const Torus torus = SmallestTorusInAnyOrder(points, maxIter);
+  int corner[3];
+  if (!FindTriangle(points, options.tol, corner)) FailFit(kCollinearPoints, kName, kLeastPoints);
+  return {SmallestTorusInAnyOrder(points, options.maxIter).torus};
+}
+
+void CNuTorSurf::FitMin(const CNuPointArray& points, double tol, long maxIter) {
+  const Torus3 torus = FitMinTorus(ViewOf(points), {.maxIter = maxIter, .tol = tol}).shape;
   Place(torus.majorRadius, torus.minorRadius, ToPoint(torus.centre), ToVector(torus.axis));
 }
 

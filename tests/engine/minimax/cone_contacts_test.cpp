@@ -29,8 +29,8 @@ struct Case {
   }
 
   ConeZone Solve(long limit = 1000) const {
-    PointBlocks blocks = BlocksOf(points);
-    Cone3 local = FitCone(points, blocks, false, 1000).surface;
+    PointBlocks blocks = BlocksOf(ViewOf(points));
+    Cone3 local = FitCone(ViewOf(points), blocks, {.maxIter = 1000}).shape;
     local.axis.point = local.axis.point - blocks.Origin();
     return NarrowestConeZone(blocks, MeanOf(ViewOf(points)) - blocks.Origin(), local, form, limit);
   }

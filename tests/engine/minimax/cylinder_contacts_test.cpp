@@ -5,9 +5,9 @@
 #include "nu/engine/minimax/cylinder_minimax.h"
 #include "nu/engine/minimax/enclosing_cylinder.h"
 #include "nu/engine/minimax/round_minimax.h"
+#include "nu/engine/points/canonical_order.h"
 #include "nu/engine/points/mean.h"
 #include "nu/engine/shapes/incidence.h"
-#include "nu/geometry/internal/point_order.h"
 #include "nu/surfaces/cylinder.h"
 #include "nu/surfaces/internal/surface_fits.h"
 #include "support/clouds.h"
@@ -26,7 +26,11 @@ struct Case {
     const int n = run % 4 == 0 ? 3000 : 6 + random.Below(200);
     const double length = size * std::pow(10.0, random.Uniform(-0.5, 1.0));
     points = CylinderCloud(random, n, size, length, sweeps[run % 6], size * std::pow(0.1, run / 6 % 6 + 3));
-    if (NeedsCanonicalOrder(points)) points = Ordered(points);  // as the fits do
+    points = InCanonicalOrder(ViewOf(points), [](PointView data) {  // as the fits do
+      CNuPointArray ordered(static_cast<int>(data.Size()));
+      for (std::size_t i = 0; i < data.Size(); ++i) ordered.Add(ToPoint(LoadVec3(data[i])));
+      return ordered;
+    });
     FitStart();
   }
   explicit Case(const CNuPointArray& set) : size(1.0), points(set) { FitStart(); }
@@ -38,8 +42,8 @@ struct Case {
 
   template<class Problem>
   CylinderMinimax Solve(Problem problem, long limit = 1000) const {
-    PointBlocks blocks = BlocksOf(points);
-    Cylinder3 local = FitCylinder(points, blocks, false, 1000).surface;
+    PointBlocks blocks = BlocksOf(ViewOf(points));
+    Cylinder3 local = FitCylinder(ViewOf(points), blocks, {.maxIter = 1000}).shape;
     local.axis.point = local.axis.point - blocks.Origin();
     return problem(blocks, MeanOf(ViewOf(points)) - blocks.Origin(), local, limit);
   }

@@ -204,7 +204,7 @@ TEST(Minimax, ReachesTheOptimumOnEitherSide) {
       const double r = 5.0 + 0.01 * std::cos(3.0 * angle) + 0.002 * random.Bell();
       points.Add({r * std::cos(angle), r * std::sin(angle), random.Uniform(-20.0, 20.0)});
     }
-    PointBlocks blocks(ViewOf(points), MiddleOf(points));
+    PointBlocks blocks(ViewOf(points), MiddleOf(ViewOf(points)));
     const Vec3 middle = Vec3{} - blocks.Origin();
     const AxisDistance start{AxisFrame::Along(middle, Unit({0.003, -0.002, 1.0})), 20.0};
     const auto outer = Minimax<AxisDistance>(blocks, MinimaxSide::outer, kRounding, 1000).Solve(start);

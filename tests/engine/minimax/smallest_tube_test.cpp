@@ -103,7 +103,7 @@ TEST(SmallestTube, IsHeldByItsContacts) {
     const double size = std::pow(10.0, random.Uniform(-3.0, 5.0));
     CNuPointArray part = RandomMotion(random, 0.0)(Part(random, k % 8, 4 + random.Below(k % 5 ? 60 : 900)));
     for (int i = 0; i < part.GetSize(); ++i) part[i] = part[i] * size;
-    PointBlocks blocks(ViewOf(part), MiddleOf(part));
+    PointBlocks blocks(ViewOf(part), MiddleOf(ViewOf(part)));
     const MinimaxSolution<TubeDistance> found = SmallestTube(blocks, TubeStarts::many, 20000).solution;
     ASSERT_EQ(found.end, MinimaxEnd::converged);
     const double rounding = 32.0 * kEps * found.model.half;

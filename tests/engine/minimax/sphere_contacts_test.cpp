@@ -37,11 +37,11 @@ struct Case {
   }
 
   EmptyBall Ball() const {
-    PointBlocks blocks(ViewOf(points), MiddleOf(points));
-    return GrowEmptyBall(blocks, MeanOf(ViewOf(points)) - MiddleOf(points), 10 * points.GetSize());
+    PointBlocks blocks(ViewOf(points), MiddleOf(ViewOf(points)));
+    return GrowEmptyBall(blocks, MeanOf(ViewOf(points)) - MiddleOf(ViewOf(points)), 10 * points.GetSize());
   }
   SphericalShell Shell() const {
-    const Vec3 origin = MiddleOf(points);
+    const Vec3 origin = MiddleOf(ViewOf(points));
     PointBlocks blocks(ViewOf(points), origin);
     const Vec3 centre = Components(start.GetCentre()) - origin;
     return ThinnestShell(blocks, MeanOf(ViewOf(points)) - origin, centre, start.GetRadius(), 1000);
@@ -106,7 +106,7 @@ TEST(SphereContacts, HoldBallsInCoils) {
     ASSERT_TRUE(ball.found);
     ExpectHeld(ball, ball.radius, ball.radius, 1e-13);
     double nearest = ball.radius;
-    const Vec3 centre = MiddleOf(coil) + ball.centre;
+    const Vec3 centre = MiddleOf(ViewOf(coil)) + ball.centre;
     for (int i = 0; i < coil.GetSize(); ++i) nearest = std::min(nearest, Norm(Components(coil[i]) - centre));
     EXPECT_NEAR(nearest, ball.radius, 1e-13);
   }

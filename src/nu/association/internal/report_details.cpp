@@ -10,12 +10,6 @@
 namespace nu::internal {
 namespace {
 
-bool HaveOneHeight(PointView points) {
-  for (std::size_t i = 1; i < points.Size(); ++i)
-    if (points[i][2] != points[0][2]) return false;
-  return true;
-}
-
 Feature LineInPlane(const Feature& line, const Vec3& normal) {
   const Vec3& x = line.frame.z;
   const Vec3 z = Unit(Rejection(normal, x));

@@ -9,7 +9,6 @@
 #include "nu/engine/least_squares/conic_least_squares.h"
 #include "nu/engine/least_squares/conic_start.h"
 #include "nu/engine/points/point_sample.h"
-#include "nu/geometry/geometry.h"
 
 namespace nu::internal {
 namespace {
@@ -115,25 +114,23 @@ ConicStarts StartFromSample(ConicKind kind, PointView points, const Vec3& origin
 }
 
 // The tolerance is a length squared, and would be a coarse one for points within a thousandth of a unit.
-GaussNewtonEnd RunFrom(const ConicModel& start, double scale, long maxIter, ConicLeastSquares& fit) {
+GaussNewtonEnd RunFrom(const ConicModel& start, double scale, const FitOptions& options, ConicLeastSquares& fit) {
   fit.Place(start);
   const double size = std::min(1.0, start.frame.unit / scale);
   const GaussNewtonEnd end = RunGaussNewton(fit, {.tolerance = NuGetTol() * size * size,
                                                   .large = NuGetLarge(),
-                                                  .limit = std::min<long>(maxIter, kMostSteps),
+                                                  .limit = std::min<long>(options.maxIter, kMostSteps),
                                                   .takesLastStep = true,
                                                   .endsAtGrowth = false,
                                                   .endsBeforeLimit = true});
-  return end == GaussNewtonEnd::limitReached && maxIter > kMostSteps ? GaussNewtonEnd::unsolvable : end;
+  return end == GaussNewtonEnd::limitReached && options.maxIter > kMostSteps ? GaussNewtonEnd::unsolvable : end;
 }
 
 // An ellipse takes the axis that is canonical for lines, a hyperbola the one to the side of the mean.
 double AxisSign(ConicKind kind, Vec3 axis, Vec3 toMean) {
   if (kind == ConicKind::hyperbola) return Dot(axis, toMean) < 0.0 ? -1.0 : 1.0;
   if (kind == ConicKind::parabola) return 1.0;
-  CNuVector canonical = ToVector(axis);
-  canonical.SymmetricAxis(NuGetTol(), 1);
-  return Dot(Components(canonical), axis) < 0.0 ? -1.0 : 1.0;
+  return Dot(CanonicalDirection(axis), axis) < 0.0 ? -1.0 : 1.0;
 }
 
 // In the unit of the points a length may overflow or vanish.
@@ -141,29 +138,23 @@ bool IsInRange(double length) {
   return length > 0.0 && std::isfinite(length);
 }
 
-}  // namespace
-
-FittedConic FitConic(const ConicFitRule& rule, const CNuPointArray& points, bool wantsDeviations, long maxIter) {
+FeatureFit<FittedConic> Solve(const ConicFitRule& rule, PointView points, const FitOptions& options) {
   const auto& [name, kind, leastDistinct] = rule;
   RequireCount(points, kLeastPoints, name);
-  if (CNuGeometry::NumberDistinctPoints(points, leastDistinct, NuGetLengthTol()) == 0) {
-    FailFit(kDegeneratePoints, name, leastDistinct);
-  }
-  const CNuPlane plane = CarrierPlane(points, name);
-  const CNuVector normal = plane.GetNormal();
-  const PlaneAxes axes = AxesAcross(normal, Components(plane.GetPoint()));
-  const PointView view = ViewOf(points);
-  PointBlocks blocks(view, axes.origin);
-  const bool isSampled = view.Size() > PointSample::kMostPoints;
+  if (HasFewerDistinct(points, leastDistinct, NuGetLengthTol())) FailFit(kDegeneratePoints, name, leastDistinct);
+  const Plane3 plane = CarrierPlane(points, name);
+  const PlaneAxes axes = AxesAcross(plane.normal, plane.point);
+  PointBlocks blocks(points, axes.origin);
+  const bool isSampled = points.Size() > PointSample::kMostPoints;
   const ConicStarts starts =
-      isSampled ? StartFromSample(kind, view, blocks.Origin(), axes) : AlgebraicFits(kind, blocks, axes);
+      isSampled ? StartFromSample(kind, points, blocks.Origin(), axes) : AlgebraicFits(kind, blocks, axes);
   if (starts.count == 0) FailFit(kNumericalFailure, name);
   blocks.Keep();
   ConicLeastSquares fit(blocks);
   const double scale = blocks.Scale();
-  GaussNewtonEnd end = RunFrom(ModelOf(kind, starts.frame, starts.equation[0]), scale, maxIter, fit);
-  if (!isSampled && !IsClear(fit, view.Size())) {
-    end = RunFrom(ModelOf(kind, starts.frame, BestStart(kind, blocks, axes, starts)), scale, maxIter, fit);
+  GaussNewtonEnd end = RunFrom(ModelOf(kind, starts.frame, starts.equation[0]), scale, options, fit);
+  if (!isSampled && !IsClear(fit, points.Size())) {
+    end = RunFrom(ModelOf(kind, starts.frame, BestStart(kind, blocks, axes, starts)), scale, options, fit);
   }
   PlacedConic conic;
   if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, name);
@@ -175,8 +166,16 @@ FittedConic FitConic(const ConicFitRule& rule, const CNuPointArray& points, bool
   const Vec3 origin = blocks.Origin() + shift;
   const bool isInRange = IsInRange(a) && (kind == ConicKind::parabola || IsInRange(b));
   if (!isInRange || !IsFinite(origin) || !IsFinite(axis)) FailFit(kNumericalFailure, name);
-  const CNuVector xAxis = ToVector(AxisSign(kind, axis, -1.0 * shift) * axis);
-  return {a, b, ToPoint(origin), xAxis, normal, wantsDeviations ? fit.DeviationsNow() : Deviations{}};
+  const Vec3 xAxis = AxisSign(kind, axis, -1.0 * shift) * axis;
+  const Deviations deviations = options.wantsDeviations ? fit.DeviationsNow() : Deviations{};
+  return {{a, b, origin, xAxis, plane.normal}, deviations.largest - deviations.smallest, deviations};
+}
+
+}  // namespace
+
+FeatureFit<FittedConic> FitConic(const ConicFitRule& rule, PointView points, const FitOptions& options) {
+  RequireIterations(options.maxIter, rule.name);
+  return TranslateForeign(rule.name, [&] { return Solve(rule, points, options); });
 }
 
 }  // namespace nu::internal

@@ -1,10 +1,9 @@
 #ifndef NU_CURVES_INTERNAL_CONIC_FIT_H
 #define NU_CURVES_INTERNAL_CONIC_FIT_H
 
-#include "nu/engine/points/form_statistics.h"
+#include "nu/engine/points/point_view.h"
 #include "nu/engine/shapes/conic_equation.h"
-#include "nu/fwd.h"
-#include "nu/geometry/internal/fit_guards.h"
+#include "nu/geometry/internal/feature_fit.h"
 
 // The least-squares fit of a conic in the least-squares plane of the points.
 namespace nu::internal {
@@ -20,26 +19,17 @@ struct ConicFitRule {
 struct FittedConic {
   double a = 0.0;
   double b = 0.0;
-  CNuPoint origin;
-  CNuVector xAxis;
-  CNuVector normal;
-  Deviations deviations;
+  Vec3 origin;
+  Vec3 xAxis;
+  Vec3 normal;
 };
 
-// CNuBestfitException as the classes say.
-FittedConic FitConic(const ConicFitRule& rule, const CNuPointArray& points, bool wantsDeviations, long maxIter);
+// The fits of CNuEllipse, CNuHyperbola and CNuParabola.
+FeatureFit<FittedConic> FitConic(const ConicFitRule& rule, PointView points, const FitOptions& options);
 
-// Checks, fits, has the result stored by `store(found)`, and puts out the form.
-template<class Store>
-void FitConic(const ConicFitRule& rule, const CNuPointArray& points, double* form, double* sumSquares, long maxIter,
-              Store store) {
-  RequireIterations(maxIter, rule.name);
-  TranslateForeign(rule.name, [&] {
-    const FittedConic found = FitConic(rule, points, form != nullptr || sumSquares != nullptr, maxIter);
-    store(found);
-    StoreForm(found.deviations, form, sumSquares);
-  });
-}
+FeatureFit<FittedConic> FitEllipse(PointView points, const FitOptions& options);
+FeatureFit<FittedConic> FitHyperbola(PointView points, const FitOptions& options);
+FeatureFit<FittedConic> FitParabola(PointView points, const FitOptions& options);
 
 }  // namespace nu::internal
 

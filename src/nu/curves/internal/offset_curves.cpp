@@ -25,7 +25,7 @@ namespace {
 class OffsetFrame {
  public:
   OffsetFrame(Vec3 origin, Vec3 normal, double scale, bool mirrored)
-      : m_axes(AxesAcross(ToVector(normal), origin)), m_normal(normal), m_scale(scale), m_side(mirrored ? -1.0 : 1.0) {}
+      : m_axes(AxesAcross(normal, origin)), m_normal(normal), m_scale(scale), m_side(mirrored ? -1.0 : 1.0) {}
 
   Vec2 Direction(Vec3 v) const {
     const Vec2 local = m_axes.LocalDirection(v);

@@ -6,11 +6,15 @@
 
 namespace nu::internal {
 
-// The axes of CNuVector::OrthonormalXY across a unit normal.
-inline PlaneAxes AxesAcross(CNuVector normal, Vec3 origin) {
-  CNuVector x, y;
-  normal.OrthonormalXY(&x, &y);
-  return {origin, Components(x), Components(y)};
+struct PlaneFrame : PlaneAxes {
+  Vec3 normal;  // normalised, as the axes are
+};
+
+// The axes of CNuVector::OrthonormalXY across a normal.
+inline PlaneFrame AxesAcross(Vec3 normal, Vec3 origin) {
+  CNuVector x, y, z = ToVector(normal);
+  z.OrthonormalXY(&x, &y);
+  return {{origin, Components(x), Components(y)}, Components(z)};
 }
 
 }  // namespace nu::internal

@@ -149,8 +149,8 @@ double PhaseOf(double cosine, double sine) {
 }
 
 FittedSinusoid FitSinusoid(const CNuPointArray& points, const char* name, bool wantsDeviations, long maxIter) {
-  RequireCount(points, kLeastPoints, name);
-  RequireFinite(points, name);
+  RequireCount(ViewOf(points), kLeastPoints, name);
+  RequireFinite(ViewOf(points), name);
   WaveSamples samples = SamplesOf(points);
   const double lengthTol = NuGetLengthTol();
   if (DistinctPlaces(samples.u, kLeastPoints, lengthTol) < kLeastPoints) FailFit(kDegeneratePoints, name, kLeastPoints);

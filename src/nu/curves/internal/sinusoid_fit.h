@@ -2,6 +2,7 @@
 #define NU_CURVES_INTERNAL_SINUSOID_FIT_H
 
 #include "nu/engine/points/form_statistics.h"
+#include "nu/foundation/internal/outputs.h"
 #include "nu/fwd.h"
 #include "nu/geometry/internal/fit_guards.h"
 
@@ -35,7 +36,8 @@ void FitSinusoid(const CNuPointArray& points, const char* name, double* form, do
   TranslateForeign(name, [&] {
     const FittedSinusoid found = FitSinusoid(points, name, form != nullptr || sumSquares != nullptr, maxIter);
     store(found);
-    StoreForm(found.deviations, form, sumSquares);
+    Output(form, found.deviations.largest - found.deviations.smallest);
+    Output(sumSquares, found.deviations.sumSquares);
   });
 }
 

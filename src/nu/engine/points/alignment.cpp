@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "nu/engine/points/coincidence.h"
 #include "nu/engine/points/extents.h"
 #include "nu/engine/points/form_statistics.h"
 #include "nu/engine/points/principal_direction.h"
@@ -88,6 +89,28 @@ bool LieInOnePlane(PointView points, double tol) {
     const Deviations d = PlaneDeviations(blocks, plane.mean, plane.direction);
     return d.largest - d.smallest;
   });
+}
+
+bool HaveOneHeight(PointView points) {
+  std::size_t i = 0;
+  while (i < points.Size() && points[i][2] == points[0][2]) ++i;
+  return i == points.Size();
+}
+
+bool FindTriangle(PointView points, double tol, int (&corner)[3]) {
+  if (points.Size() < 3) return false;
+  const Vec3 start = LoadVec3(points[0]);
+  std::size_t i = 1;
+  while (i < points.Size() && Coincide(points[i], points[0], tol)) ++i;
+  if (i == points.Size()) return false;
+  const Vec3 d = Unit(LoadVec3(points[i]) - start);
+  std::size_t j = i + 1;
+  while (j < points.Size() && IsNull(Cross(d, LoadVec3(points[j]) - start), tol)) ++j;
+  if (j == points.Size()) return false;
+  corner[0] = 0;
+  corner[1] = static_cast<int>(i);
+  corner[2] = static_cast<int>(j);
+  return true;
 }
 
 }  // namespace nu::engine::points

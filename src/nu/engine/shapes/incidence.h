@@ -49,6 +49,13 @@ struct Cone3 {
   double semiAngle = 0.0;  // radians
 };
 
+struct Torus3 {
+  Vec3 centre;
+  Vec3 axis;
+  double majorRadius = 0.0;
+  double minorRadius = 0.0;
+};
+
 inline double Norm(Vec3 v) {
   return std::sqrt(Dot(v, v));
 }

@@ -1,8 +1,8 @@
 #ifndef NU_GEOMETRY_INTERNAL_FIT_GUARDS_H
 #define NU_GEOMETRY_INTERNAL_FIT_GUARDS_H
 
+#include "nu/engine/points/coincidence.h"
 #include "nu/engine/points/extents.h"
-#include "nu/engine/points/form_statistics.h"
 #include "nu/engine/points/point_blocks.h"
 #include "nu/foundation/exceptions.h"
 #include "nu/foundation/internal/outputs.h"
@@ -37,20 +37,25 @@ inline void RequireIterations(long limit, const char* name) {
   if (limit < 1) FailFit(kBadIterationLimit, name);
 }
 
-inline void RequireCount(const CNuPointArray& points, int least, const char* name) {
-  if (points.GetSize() < least) FailFit(kTooFewPoints, name, least);
+inline void RequireCount(PointView points, int least, const char* name) {
+  if (points.Size() < static_cast<std::size_t>(least)) FailFit(kTooFewPoints, name, least);
 }
 
 // Of at least one point.
-inline void RequireFinite(const CNuPointArray& points, const char* name) {
-  if (!ExtentsOf(ViewOf(points)).isFinite) FailFit(kNumericalFailure, name);
+inline void RequireFinite(PointView points, const char* name) {
+  if (!ExtentsOf(points).isFinite) FailFit(kNumericalFailure, name);
+}
+
+// Points that are no `least` distinct ones within `tol`.
+inline bool HasFewerDistinct(PointView points, int least, double tol) {
+  return !HasDistinct(points, least, tol, NuGetZero());
 }
 
 // Runs a fit; whatever it throws but a fit's own failure becomes cause 11.
 template<class Fit>
-void TranslateForeign(const char* name, Fit fit) {
+auto TranslateForeign(const char* name, Fit fit) {
   try {
-    fit();
+    return fit();
   } catch (const CNuBestfitException&) {
     throw;
   } catch (...) {
@@ -92,19 +97,21 @@ ENuFitResult ResultWithin(double tol, long limit, const char* name, Fit fit) {
   return ResultOf(fit);
 }
 
-inline void StoreForm(const Deviations& deviations, double* form, double* sumSquares) {
-  Output(form, deviations.largest - deviations.smallest);
-  Output(sumSquares, deviations.sumSquares);
-}
-
 // The middle one of at least one point: the origin of the blocks. In a scan it lies nearer to the mean than the ends
 // do; being a point of the set it keeps exact differences exact.
-inline Vec3 MiddleOf(const CNuPointArray& points) {
-  return Components(points.GetData()[points.GetSize() / 2]);
+inline Vec3 MiddleOf(PointView points) {
+  return LoadVec3(points[points.Size() / 2]);
 }
 
-inline PointBlocks BlocksOf(const CNuPointArray& points) {
-  return {ViewOf(points), points.GetSize() > 0 ? MiddleOf(points) : Vec3{}};
+inline PointBlocks BlocksOf(PointView points) {
+  return {points, points.Size() > 0 ? MiddleOf(points) : Vec3{}};
+}
+
+// A direction as lines and planes store it: components below NuGetTol() are zero, the largest one is positive.
+inline Vec3 CanonicalDirection(Vec3 direction) {
+  CNuVector canonical = ToVector(direction);
+  canonical.SymmetricAxis(NuGetTol(), 1);
+  return Components(canonical);
 }
 
 }  // namespace nu::internal

@@ -6,44 +6,67 @@
 #include "nu/engine/least_squares/gauss_newton.h"
 #include "nu/engine/least_squares/sampled_start.h"
 #include "nu/engine/points/alignment.h"
-#include "nu/engine/points/form_statistics.h"
+#include "nu/engine/shapes/apex_rounding.h"
 #include "nu/engine/shapes/incidence.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/failures.h"
+#include "nu/geometry/internal/feature_fit.h"
 #include "nu/geometry/internal/fit_guards.h"
 
 // What the fits of several surfaces share. `name` is the class of the feature.
 namespace nu::internal {
 
+// The fits of CNuSphSurf, CNuCylSurf, CNuConSurf and CNuTorSurf.
+FeatureFit<Sphere3> FitSphere(PointView points, const FitOptions& options);
+FeatureFit<Sphere3> FitMinSphere(PointView points, const FitOptions& options);
+FeatureFit<Sphere3> FitMaxSphere(PointView points, const FitOptions& options);
+FeatureFit<Sphere3> FitMinZoneSphere(PointView points, const FitOptions& options);
+
+FeatureFit<Cylinder3> FitCylinder(PointView points, const FitOptions& options);
+FeatureFit<Cylinder3> FitMinCylinder(PointView points, const FitOptions& options);
+FeatureFit<Cylinder3> FitMaxCylinder(PointView points, const FitOptions& options);
+FeatureFit<Cylinder3> FitMinZoneCylinder(PointView points, const FitOptions& options);
+
+FeatureFit<Cone3> FitCone(PointView points, const FitOptions& options);
+FeatureFit<Cone3> FitMinZoneCone(PointView points, const FitOptions& options);
+
+FeatureFit<Torus3> FitMinTorus(PointView points, const FitOptions& options);
+
+// The same for minimax fits that go on from there: `blocks` are those of the points, and their scale may change.
+FeatureFit<Sphere3> FitSphere(PointView points, PointBlocks& blocks, const FitOptions& options);
+FeatureFit<Cylinder3> FitCylinder(PointView points, PointBlocks& blocks, const FitOptions& options);
+FeatureFit<Cone3> FitCone(PointView points, PointBlocks& blocks, const FitOptions& options);
+
+// The extremes start at -NuGetLarge() and NuGetLarge(): required, and hosts that narrow the range see it.
 template<class Surface>
-struct LeastSquaresFit {
-  Surface surface;
-  Deviations deviations;  // all 0 unless they are wanted
+FeatureFit<Surface> FitOf(const Surface& surface, const Deviations& deviations) {
+  const double large = NuGetLarge();
+  const double form = std::max(deviations.largest, -large) - std::min(deviations.smallest, large);
+  return {surface, form, deviations};
+}
 
-  // The extremes start at -NuGetLarge() and NuGetLarge(): required, and hosts that narrow the range see it.
-  double Form() const {
-    const double large = NuGetLarge();
-    return std::max(deviations.largest, -large) - std::min(deviations.smallest, large);
-  }
-};
-
-// The fits behind the classes' Fit, with all its failures, for the minimax fits, too: `blocks` are those of the points,
-// and their scale may change.
-LeastSquaresFit<Sphere3> FitSphere(const CNuPointArray& points, PointBlocks& blocks, bool wantsDeviations,
-                                   long maxIter);
-LeastSquaresFit<Cylinder3> FitCylinder(const CNuPointArray& points, PointBlocks& blocks, bool wantsDeviations,
-                                       long maxIter);
-LeastSquaresFit<Cone3> FitCone(const CNuPointArray& points, PointBlocks& blocks, bool wantsDeviations, long maxIter);
+template<class Surface>
+FeatureFit<Surface> RequireFinite(const FeatureFit<Surface>& found, const char* name) {
+  if (!IsFinite(found.shape) || !std::isfinite(found.form)) FailFit(kNumericalFailure, name);
+  return found;
+}
 
 inline double DegreesOf(const Cone3& cone) {
   return cone.semiAngle / Nu_PI * 180.0;
 }
 
+// The apex on the axis as the class stores it, whose direction is normalised once more.
+inline Vec3 StoredApex(const Cone3& cone) {
+  CNuVector direction = ToVector(cone.axis.direction);
+  direction.Normalise();
+  return PointAlong(cone.axis.point, Components(direction), cone.toApex);
+}
+
 // At least `least` distinct points that are not in one plane, within `tol`. Cause 4 comes with the size `inPlane`.
-inline void RequireSolid(const CNuPointArray& points, int least, int inPlane, double tol, const char* name) {
+inline void RequireSolid(PointView points, int least, int inPlane, double tol, const char* name) {
   RequireCount(points, least, name);
-  if (LieInOnePlane(ViewOf(points), tol)) FailFit(kCoplanarPoints, name, inPlane);
-  if (CNuGeometry::NumberDistinctPoints(points, least, tol) == 1) return;
+  if (LieInOnePlane(points, tol)) FailFit(kCoplanarPoints, name, inPlane);
+  if (!HasFewerDistinct(points, least, tol)) return;
   // What is not finite has no distance from each other.
   RequireFinite(points, name);
   FailFit(kDegeneratePoints, name, least);
@@ -52,7 +75,7 @@ inline void RequireSolid(const CNuPointArray& points, int least, int inPlane, do
 // Cylinder or cone: from a start that `start` finds, on a sample of many points.
 template<class Fit>
 GaussNewtonEnd RunSurfaceFit(PointView points, PointBlocks& blocks, Fit& fit, bool (*start)(PointBlocks&, Fit&),
-                             long maxIter, const char* name) {
+                             const FitOptions& options, const char* name) {
   blocks.Keep();
   if (!StartFit(points, blocks, fit, start)) {
     if (!blocks.AllFinite()) FailFit(kNumericalFailure, name);
@@ -61,18 +84,12 @@ GaussNewtonEnd RunSurfaceFit(PointView points, PointBlocks& blocks, Fit& fit, bo
   }
   const GaussNewtonRule rule{.tolerance = NuGetTol(),
                              .large = NuGetLarge(),
-                             .limit = maxIter,
+                             .limit = options.maxIter,
                              .takesLastStep = true,
                              .endsAtGrowth = false,
                              .endsBeforeLimit = true,
                              .stopsCreeping = true};
   return RunGaussNewton(fit, rule);
-}
-
-template<class Surface>
-void StoreForm(const LeastSquaresFit<Surface>& found, double* form, double* sumSquares) {
-  Output(form, found.Form());
-  Output(sumSquares, found.deviations.sumSquares);
 }
 
 }  // namespace nu::internal
