@@ -10,10 +10,10 @@ namespace nu::engine::association {
 
 // The part of a feature that the points cover, in its frame. Angles in degrees.
 struct Coverage {
-  Vec3 low, high;          // the least and the greatest coordinates of the points in the frame
-  double arc = 0.0;        // around z: the full turn less the widest gap; 0 for kinds that are not round about z
-  double arcStart = 0.0;   // where the arc begins, from the frame's x towards y
-  double tubeArc = 0.0;    // torus: around the section, in the same way
+  Vec3 low, high;         // the least and the greatest coordinates of the points in the frame
+  double arc = 0.0;       // around z: the full turn less the widest gap, to 0.5; 0 for kinds that are not round about z
+  double arcStart = 0.0;  // where the arc begins, from the frame's x towards y
+  double tubeArc = 0.0;   // torus: around the section, in the same way
   double tubeStart = 0.0;  // from the outermost point towards z
   double cap = 0.0;        // sphere: half of the opening of a cap that holds all points, nearly the least
   Vec3 capAxis;            // sphere: its unit direction, in the coordinates of the points
@@ -35,7 +35,7 @@ WeakDirection WeakestDirection(const Covariance& covariance);
 struct ProbingPlace {
   bool found = false;
   Vec3 place;                // on the feature, in the coordinates of the points
-  double uncertainty = 0.0;  // along that direction with this point; per unit, as before
+  double uncertainty = 0.0;  // along that direction with this point, which has the weight 1; per unit, as before
 };
 
 // On the feature within the coverage, and all around where the feature is round. The covariance is that of the feature.
@@ -46,8 +46,8 @@ struct PointsSummary {
   static constexpr std::size_t kMostDistinct = 9;  // no feature needs more
 
   std::size_t count = 0;
-  bool finite = true;         // false: only the count and the next have a meaning
-  std::size_t nonFinite = 0;  // the first point that is not finite
+  bool finite = true;         // false: a point is not, and the rest has no meaning
+  std::size_t nonFinite = 0;  // the first such point
   std::size_t distinct = 0;   // counted up to kMostDistinct
   double length = 0.0;        // their extent along the directions in which they extend most, less and least
   double width = 0.0;
