@@ -1,0 +1,205 @@
+#include "nu/engine/association/certificate.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "nu/association/internal/feature_classes.h"
+#include "nu/engine/association/covariance.h"
+#include "nu/geometry/internal/point_set.h"
+#include "support/clouds.h"
+
+namespace {
+
+using namespace nu::internal;
+using namespace nu::test;
+
+constexpr double kLength = 1e-11;  // of features of a size of about 10, up to 30 from the origin
+
+// The feature of the boundaries that a criterion compares: a torus by its circle.
+double ValueOf(const CertificateQuestion& q, const Feature& feature) {
+  double low = kInf, high = -kInf;
+  for (std::size_t i = 0; i < q.points.Size(); ++i) {
+    const double d = DeviationOf(feature, LoadVec3(q.points[i]));
+    low = std::min(low, d);
+    high = std::max(high, d);
+  }
+  if (feature.kind == FeatureKind::torus) return high + feature.size[1];
+  if (q.criterion == ContactCriterion::zone) return std::max(high, -low);
+  return q.criterion == ContactCriterion::circumscribed ? high + feature.size[0] : -(low + feature.size[0]);
+}
+
+Feature MovedBy(const CertificateQuestion& q, Random& random, double distance) {
+  const double extent = [&] {
+    double farthest = 0.0;
+    for (std::size_t i = 0; i < q.points.Size(); ++i) {
+      const Vec3 from = LoadVec3(q.points[i]) - q.feature.frame.origin;
+      farthest = std::max(farthest, std::sqrt(Dot(from, from)));
+    }
+    return farthest;
+  }();
+  double step[kUnknowns] = {};
+  double norm = 0.0;
+  for (int k = 0; k < kUnknowns; ++k) {
+    if (UnknownsOf(q.feature.kind) >> k & 1U) step[k] = random.Bell();
+    norm += step[k] * step[k];
+  }
+  for (int k = 0; k < kUnknowns; ++k) {
+    const bool isAngle = (k >= kTiltX && k <= kTurn) || (k == kSize1 && q.feature.kind == FeatureKind::cone);
+    step[k] *= distance / std::sqrt(norm) / (isAngle ? extent : 1.0);
+  }
+  return Moved(q.feature, step);
+}
+
+CertificateQuestion Ask(PointView points, const Feature& feature, ContactCriterion criterion, ContactAccount& account,
+                        double length = kLength) {
+  account = FindContacts(points, feature, criterion, ~0U, 0.5 * length);
+  return {points, feature, criterion, ~0U, account.contact, account.count, length};
+}
+
+// Holds; says nothing that a feature of its neighbourhood refutes; does not hold for what is worse.
+void ExpectCertified(const CNuPointArray& points, const Feature& found, ContactCriterion criterion, Random& random,
+                     bool isGlobal = false) {
+  ContactAccount account;
+  CertificateQuestion q = Ask(ViewOf(points), CentredOn(ViewOf(points), found), criterion, account);
+  const Certificate certificate = CheckCertificate(q);
+  ASSERT_EQ(certificate.failed, CertificateCheck::passed) << certificate.balance << " " << certificate.offBoundary;
+  EXPECT_LE(certificate.gap, 1e-13);
+  EXPECT_EQ(certificate.isGlobal, isGlobal);
+  EXPECT_GT(certificate.radius, 1e-6);
+  const double value = ValueOf(q, q.feature);
+  for (int k = 0; k < 40; ++k) {
+    const double distance = std::min(certificate.radius, 1.0) * std::pow(0.1, k % 4);
+    EXPECT_GE(ValueOf(q, MovedBy(q, random, distance)), value - certificate.gap - 1e-13);
+  }
+  for (int k = 0; k < 5; ++k) {
+    const Feature moved = MovedBy(q, random, 10.0 * kLength);
+    CertificateQuestion stored = q;
+    stored.feature = moved;
+    EXPECT_NE(CheckCertificate(stored).failed, CertificateCheck::passed);
+    // With contacts of its own the moved feature holds only if it is as good.
+    if (ValueOf(q, moved) <= value + kLength) continue;
+    const CertificateQuestion own = Ask(q.points, moved, criterion, account);
+    EXPECT_NE(CheckCertificate(own).failed, CertificateCheck::passed);
+  }
+}
+
+TEST(Certificate, HoldsForTheOptimumAlone) {
+  constexpr auto kZone = ContactCriterion::zone;
+  constexpr auto kOuter = ContactCriterion::circumscribed;
+  constexpr auto kInner = ContactCriterion::inscribed;
+  for (std::uint64_t seed = 1; seed <= 4; ++seed) {
+    Random random(seed);
+    const Motion motion = RandomMotion(random, 20.0);
+    const int n = seed == 1 ? 600 : 40;
+    double zone;
+    const auto certify = [&](const char* what, const auto& fitted, const CNuPointArray& points,
+                             ContactCriterion criterion, bool isGlobal = false) {
+      SCOPED_TRACE(what + std::to_string(seed));
+      ExpectCertified(points, FeatureOf(fitted), criterion, random, isGlobal);
+    };
+    CNuPointArray points = motion(LineCloud(random, n, 20.0, 0.05));
+    CNuLine line;
+    line.FitMinZone(points, &zone, 0.0, 1000), certify("line", line, points, kZone);
+    points = motion(PlaneCloud(random, n, 20.0, 12.0, 0.01));
+    CNuPlane plane;
+    plane.FitMinZone(points, &zone, 0.0), certify("plane", plane, points, kZone, true);
+    points = motion(CircleCloud(random, n, 10.0, 360.0, 0.05));
+    CNuCircle circle(1.0);
+    circle.FitMinZone(points, &zone, 1e-9, 1000), certify("circle", circle, points, kZone);
+    circle.FitMin(points, 1e-9), certify("circle around", circle, points, kOuter, true);
+    circle.FitMax(points, 1e-9), certify("circle within", circle, points, kInner);
+    points = motion(SphereCloud(random, n, 10.0, 180.0, 0.05));
+    CNuSphSurf sphere(1.0);
+    sphere.FitMinZone(points, &zone, 0.0, 1000), certify("sphere", sphere, points, kZone);
+    sphere.FitMin(points, 0.0), certify("sphere around", sphere, points, kOuter, true);
+    sphere.FitMax(points, 0.0), certify("sphere within", sphere, points, kInner);
+    points = motion(CylinderCloud(random, n, 10.0, 12.0, 360.0, 0.05));
+    CNuCylSurf cylinder(1.0);
+    cylinder.FitMinZone(points, &zone, 0.0, 1000), certify("cylinder", cylinder, points, kZone);
+    cylinder.FitMin(points, 0.0, 1000), certify("cylinder around", cylinder, points, kOuter);
+    cylinder.FitMax(points, 0.0, 1000), certify("cylinder within", cylinder, points, kInner);
+    points = motion(ConeCloud(random, n, 20.0, 8.0, 10.0, 360.0, 0.05));
+    CNuConSurf cone(1.0);
+    cone.FitMinZone(points, &zone, 0.0, 1000), certify("cone", cone, points, kZone);
+    points = motion(TorusCloud(random, n, 10.0, 1.0, 300.0, 360.0, 0.05));
+    CNuTorSurf torus(2.0, 1.0);
+    torus.FitMin(points, 0.0, 1000), certify("torus", torus, points, kOuter);
+  }
+}
+
+// The corners of a square about the origin and a circle of the radius.
+struct Square {
+  explicit Square(double radius) {
+    feature.size[0] = radius;
+    question = {ViewOf(points), feature, ContactCriterion::circumscribed, ~0U, contacts, 4, 1e-12};
+  }
+  CertificateCheck Failed() {
+    question.feature = feature;
+    question.points = ViewOf(points);
+    result = CheckCertificate(question);
+    return result.failed;
+  }
+  CNuPointArray points = PointsOf({{3.0, 4.0}, {-4.0, 3.0}, {-3.0, -4.0}, {4.0, -3.0}});
+  Feature feature{FeatureKind::circle, AxisFrame::Along({}, {0.0, 0.0, 1.0}), {5.0, 0.0}};
+  ContactPoint contacts[4] = {{0, 1.0, 0.25}, {1, 1.0, 0.25}, {2, 1.0, 0.25}, {3, 1.0, 0.25}};
+  CertificateQuestion question;
+  Certificate result;
+};
+
+TEST(Certificate, NamesTheCheckThatFails) {
+  const auto failedAfter = [](auto change) {
+    Square square(5.0);
+    change(square);
+    return square.Failed();
+  };
+  EXPECT_EQ(failedAfter([](Square&) {}), CertificateCheck::passed);
+  EXPECT_EQ(failedAfter([](Square& s) { s.feature.size[0] = 5.0 - 1e-11; }), CertificateCheck::boundary);
+  EXPECT_EQ(failedAfter([](Square& s) { s.feature.size[0] = 5.0 + 1e-11; }), CertificateCheck::contacts);
+  EXPECT_EQ(failedAfter([](Square& s) { s.contacts[0].multiplier = -0.25; }), CertificateCheck::multipliers);
+  EXPECT_EQ(failedAfter([](Square& s) { s.contacts[0].multiplier = 0.5; }), CertificateCheck::multipliers);
+  EXPECT_EQ(failedAfter([](Square& s) { s.contacts[0].multiplier = kNaN; }), CertificateCheck::multipliers);
+  EXPECT_EQ(failedAfter([](Square& s) { s.question.count = 0; }), CertificateCheck::multipliers);
+  EXPECT_EQ(failedAfter([](Square& s) { s.question.count = 1, s.contacts[0].multiplier = 1.0; }),
+            CertificateCheck::balance);
+  EXPECT_EQ(failedAfter([](Square& s) { s.points[2].x() = kNaN; }), CertificateCheck::finite);
+  EXPECT_EQ(failedAfter([](Square& s) { s.feature.frame.z.x = kInf; }), CertificateCheck::finite);
+  EXPECT_EQ(failedAfter([](Square& s) { s.feature.kind = FeatureKind::plane; }), CertificateCheck::finite);
+  // Two opposite points balance; a circle between them grows when it leaves the line through them. All four hold it,
+  // though two of them have no multiplier.
+  const auto heldByTwo = [](Square& s) {
+    s.question.criterion = ContactCriterion::inscribed;
+    for (int k = 0; k < 4; ++k) s.contacts[k].multiplier = k % 2 == 0 ? 0.5 : 0.0;
+  };
+  EXPECT_EQ(failedAfter(heldByTwo), CertificateCheck::passed);
+  EXPECT_EQ(failedAfter([&](Square& s) {
+              heldByTwo(s), s.points = PointsOf({s.points[0], s.points[2]}), s.question.count = 2,
+                            s.contacts[1] = {1, -1.0, 0.5};
+            }),
+            CertificateCheck::growth);
+}
+
+// Of a known direction the smallest cylinder around points is the circle around them as it sees them: no direction is
+// compared, and the proof is for all places. Next to it there are smaller ones.
+TEST(Certificate, LeavesFixedUnknowns) {
+  Random random(11);
+  const CNuPointArray points = BoxCloud(random, 50, 10.0, 8.0, 6.0);
+  CNuPointArray seen(50);
+  for (int i = 0; i < 50; ++i) seen.Add({points[i].x(), points[i].y()});
+  CNuCircle circle(1.0);
+  circle.FitMin(seen, 1e-9);
+  Feature cylinder = FeatureOf(circle);
+  cylinder.kind = FeatureKind::cylinder;
+  constexpr UnknownMask kShifts = 1U << kShiftX | 1U << kShiftY;
+  const ContactAccount account =
+      FindContacts(ViewOf(points), cylinder, ContactCriterion::circumscribed, kShifts, 0.5 * kLength);
+  CertificateQuestion q{ViewOf(points), cylinder, ContactCriterion::circumscribed, kShifts, account.contact,
+                        account.count,  kLength};
+  EXPECT_TRUE(CheckCertificate(q).isGlobal);
+  q.free = ~0U;
+  EXPECT_NE(CheckCertificate(q).failed, CertificateCheck::passed);
+}
+
+}  // namespace
