@@ -34,6 +34,10 @@ constexpr double kNearer = 0x1p-30;
 constexpr int kMostRounds = 64;
 constexpr int kMostActive = kUnknowns + 2;
 
+// The unknowns, and the middle of a zone that none of them shifts: that between two nappes.
+constexpr int kComponents = kUnknowns + 1;
+constexpr int kMiddle = kUnknowns;
+
 // The unknown that moves the boundary along its normal everywhere; kUnknowns for features without one.
 Unknown OffsetOf(FeatureKind kind) {
   switch (kind) {
@@ -85,13 +89,16 @@ struct Touching {
 class HullOfGradients {
  public:
   HullOfGradients(PointView points, const Feature& feature, UnknownMask balanced, double extent)
-      : m_points(points), m_feature(feature), m_mask(balanced) {
+      : m_points(points),
+        m_feature(feature),
+        m_mask(balanced),
+        m_hasMiddle(feature.kind == FeatureKind::cone && feature.bothNappes) {
     const double inverse = extent > 0.0 ? 1.0 / extent : 1.0;
     std::fill_n(m_scale, static_cast<int>(kUnknowns), 1.0);
     m_scale[kTiltX] = m_scale[kTiltY] = m_scale[kTurn] = inverse;
     if (feature.kind == FeatureKind::cone) m_scale[kSize1] = inverse;
     // The first vector is the one farthest against a direction that singles out no unknown.
-    for (int k = 0; k < kUnknowns; ++k) m_nearest[k] = 1.0 + 0.125 * k;
+    for (int k = 0; k < kComponents; ++k) m_nearest[k] = 1.0 + 0.125 * k;
   }
 
   void Solve(const std::vector<Touching>& touching) {
@@ -119,20 +126,23 @@ class HullOfGradients {
  private:
   struct Active {
     Touching point{};
-    double gradient[kUnknowns] = {};
+    double gradient[kComponents] = {};
     double multiplier = 0.0;
   };
 
-  static double Dot(const double (&a)[kUnknowns], const double (&b)[kUnknowns]) {
+  static double Dot(const double (&a)[kComponents], const double (&b)[kComponents]) {
     double sum = 0.0;
-    for (int k = 0; k < kUnknowns; ++k) sum += a[k] * b[k];
+    for (int k = 0; k < kComponents; ++k) sum += a[k] * b[k];
     return sum;
   }
 
   Active VectorOf(const Touching& point) const {
     Active vector{point};
-    DeviationOf(m_feature, LoadVec3(m_points[point.index]), vector.gradient);
-    for (int k = 0; k < kUnknowns; ++k) vector.gradient[k] *= (m_mask >> k & 1U) != 0 ? point.side * m_scale[k] : 0.0;
+    double gradient[kUnknowns];
+    DeviationOf(m_feature, LoadVec3(m_points[point.index]), gradient);
+    for (int k = 0; k < kUnknowns; ++k)
+      vector.gradient[k] = (m_mask >> k & 1U) != 0 ? point.side * m_scale[k] * gradient[k] : 0.0;
+    if (m_hasMiddle) vector.gradient[kMiddle] = point.side;
     return vector;
   }
 
@@ -154,26 +164,26 @@ class HullOfGradients {
 
   // Finds the multipliers of the active vectors and the nearest point, and drops what has no multiplier.
   bool Weigh() {
-    TallReduction reduction(m_count + 1, kUnknowns + 1);
+    TallReduction reduction(m_count + 1, kComponents + 1);
     for (int j = 0; j < m_count; ++j) {
-      std::copy_n(m_active[j].gradient, static_cast<int>(kUnknowns), reduction.Column(j));
-      reduction.Column(j)[kUnknowns] = 1.0;
+      std::copy_n(m_active[j].gradient, kComponents, reduction.Column(j));
+      reduction.Column(j)[kComponents] = 1.0;
     }
-    std::fill_n(reduction.Column(m_count), static_cast<int>(kUnknowns), 0.0);
-    reduction.Column(m_count)[kUnknowns] = 1.0;
-    reduction.AbsorbBlock(kUnknowns + 1);
+    std::fill_n(reduction.Column(m_count), kComponents, 0.0);
+    reduction.Column(m_count)[kComponents] = 1.0;
+    reduction.AbsorbBlock(kComponents + 1);
     double x[kMostActive];
     if (!SolveNonNegative(reduction, kEpsilon, x)) return false;
     double sum = 0.0;
     for (int j = 0; j < m_count; ++j) sum += x[j];
     if (!(sum > 0.0)) return false;
-    std::fill_n(m_nearest, static_cast<int>(kUnknowns), 0.0);
+    std::fill_n(m_nearest, kComponents, 0.0);
     int kept = 0;
     for (int j = 0; j < m_count; ++j) {
       if (!(x[j] > 0.0)) continue;
       m_active[kept] = m_active[j];
       m_active[kept].multiplier = x[j] / sum;
-      for (int k = 0; k < kUnknowns; ++k) m_nearest[k] += m_active[kept].multiplier * m_active[kept].gradient[k];
+      for (int k = 0; k < kComponents; ++k) m_nearest[k] += m_active[kept].multiplier * m_active[kept].gradient[k];
       ++kept;
     }
     m_count = kept;
@@ -183,8 +193,9 @@ class HullOfGradients {
   PointView m_points;
   const Feature& m_feature;
   UnknownMask m_mask;
+  bool m_hasMiddle;
   double m_scale[kUnknowns];
-  double m_nearest[kUnknowns];
+  double m_nearest[kComponents];
   int m_count = 0;
   Active m_active[kMostActive];
 };
