@@ -1,9 +1,10 @@
 #include "options.h"
 
 #include <algorithm>
+#include <set>
 #include <string_view>
 
-#include "methods.h"
+#include "evaluate/methods.h"
 #include "text.h"
 
 namespace {
@@ -26,27 +27,50 @@ void SetTolerance(Options& options, std::string_view text) {
 }
 
 void SetUnit(Options& options, std::string_view text) {
-  const auto* unit = std::find_if(std::begin(kLengthUnits), std::end(kLengthUnits),
-                                  [text](const LengthUnit& candidate) { return text == candidate.option; });
-  if (unit == std::end(kLengthUnits)) {
-    throw InputError("--unit: '" + Printable(text) + "' is unknown; expected mm, um, m or in");
+  options.reading.unit = FindUnit(text);
+  if (options.reading.unit == nullptr) {
+    throw InputError("--unit: '" + Printable(text) + "' is unknown; expected one of " + UnitNames());
   }
-  options.unit = *unit;
+}
+
+void SetMaterial(Options& options, std::string_view text) {
+  const std::string side = Lower(text);
+  if (side != "inside" && side != "outside") {
+    throw InputError("--material: '" + Printable(text) + "' is no side; expected inside or outside");
+  }
+  options.material = side == "inside" ? Material::kInside : Material::kOutside;
+}
+
+// The words between commas; throws InputError if one is empty.
+std::vector<std::string> List(const char* option, std::string_view text) {
+  std::vector<std::string> words;
+  for (;;) {
+    const std::size_t comma = text.find(',');
+    if (text.substr(0, comma).empty()) throw InputError(std::string(option) + ": a name between commas is empty");
+    words.emplace_back(text.substr(0, comma));
+    if (comma == std::string_view::npos) return words;
+    text.remove_prefix(comma + 1);
+  }
+}
+
+// A number that counts columns, or a name, which is not a number.
+bool MayBeColumn(const std::string& word) {
+  constexpr long kLargestColumn = 10000;
+  long column = 0;
+  double number = 0;
+  return ParseWhole(word, &column) ? column >= 1 && column <= kLargestColumn : !ParseNumber(word, &number);
 }
 
 void SetColumns(Options& options, std::string_view text) {
-  constexpr long kLargestColumn = 10000;
-  const std::string wrong = "--columns: '" + Printable(text) + "' is not a list of two or three columns such as 2,3,4";
-  std::vector<int> columns;
-  for (std::string_view rest = text; columns.size() < 4;) {
-    const std::size_t comma = rest.find(',');
-    long column = 0;
-    if (!ParseWhole(rest.substr(0, comma), &column) || column < 1 || column > kLargestColumn) throw InputError(wrong);
-    columns.push_back(static_cast<int>(column));
-    if (comma == std::string_view::npos) break;
-    rest.remove_prefix(comma + 1);
+  const std::vector<std::string> columns = List("--columns", text);
+  const bool good = std::all_of(columns.begin(), columns.end(), MayBeColumn);
+  if (!good || columns.size() < 2 || columns.size() > 3) {
+    throw InputError("--columns: '" + Printable(text) +
+                     "' is not a list of two or three columns such as 2,3,4 or ActX,ActY,ActZ");
   }
-  if (columns.size() < 2 || columns.size() > 3) throw InputError(wrong);
+  if (std::set<std::string>(columns.begin(), columns.end()).size() < columns.size()) {
+    throw InputError("--columns: '" + Printable(text) + "' names a column twice");
+  }
   options.reading.columns = columns;
 }
 
@@ -57,24 +81,31 @@ void SetSkip(Options& options, std::string_view text) {
 }
 
 constexpr Option kOptions[] = {
-    {"--feature", "NAME", "line, plane, circle, sphere, ... (required)",
-     [](Options& options, std::string_view text) { options.feature = text; }},
-    {"--criterion", "NAME",
-     "ls least squares (default), mz minimum zone, mc minimum circumscribed, mi maximum inscribed",
-     [](Options& options, std::string_view text) { options.criterion = text; }},
+    {"--feature", "NAMES", "line, plane, circle, sphere, ... (required); several between commas",
+     [](Options& options, std::string_view text) { options.features = List("--feature", text); }},
+    {"--criterion", "NAMES",
+     "ls least squares (default), mz minimum zone, mc minimum circumscribed,\n"
+     "mi maximum inscribed, or all; several between commas",
+     [](Options& options, std::string_view text) { options.criteria = List("--criterion", text); }},
     {"--tolerance", "T", "largest permitted form deviation, in the unit of the file", SetTolerance},
-    {"--svg", "FILE", "draw the deviations", [](Options& options, std::string_view text) { options.svg = text; }},
-    {"--json", "FILE", "write the result for programs",
+    {"--svg", "FILE", "draw the deviations; a directory (DIR/) takes the pictures of several results",
+     [](Options& options, std::string_view text) { options.svg = text; }},
+    {"--json", "FILE", "write the results for programs",
      [](Options& options, std::string_view text) { options.json = text; }},
-    {"--unit", "U", "unit of the coordinates: mm (default), um, m, in", SetUnit},
+    {"--columns", "I,J,K", "the columns of x, y and perhaps z: numbers from 1 on, or names in the header", SetColumns},
+    {"--unit", "U", "unit of the coordinates, in place of what the header says, else mm: mm, um, nm, cm, m, in",
+     SetUnit},
     {"--decimal-comma", nullptr, "numbers are written 12,5",
      [](Options& options, std::string_view) { options.reading.decimalComma = true; }},
-    {"--columns", "I,J,K", "the columns of x, y and perhaps z, counted from 1", SetColumns},
     {"--skip", "N", "pass over the first N lines", SetSkip},
-    {"--help", nullptr, "show this text", [](Options& options, std::string_view) { options.help = true; }},
+    {"--material", "SIDE", "inside the feature, as of a shaft (default), or outside, as of a bore: peaks point away",
+     SetMaterial},
+    {"--help", nullptr, "show this text (-h)", [](Options& options, std::string_view) { options.help = true; }},
+    {"--version", nullptr, "show the version", [](Options& options, std::string_view) { options.version = true; }},
 };
 
 const Option& FindOption(std::string_view name) {
+  if (name == "-h") name = "--help";
   for (const Option& option : kOptions) {
     if (name == option.name) return option;
   }
@@ -82,9 +113,11 @@ const Option& FindOption(std::string_view name) {
 }
 
 void TakeFile(Options& options, const char* file) {
-  if (!options.file.empty()) throw InputError("one FILE is expected, also given: '" + Printable(file) + "'");
   if (*file == '\0') throw InputError("the name of FILE is empty");
-  options.file = file;
+  if (std::find(options.files.begin(), options.files.end(), file) != options.files.end()) {
+    throw InputError("FILE is given twice: '" + Printable(file) + "'");
+  }
+  options.files.emplace_back(file);
 }
 
 // Takes the option at argv[at] with its argument, given as the next word or behind '='; returns the last word taken.
@@ -120,26 +153,34 @@ Options ParseOptions(int argc, const char* const* argv) {
       TakeFile(options, argv[at]);
     }
   }
-  if (options.help) return options;
-  if (options.file.empty()) throw InputError("FILE is missing; 'inspect --help' shows the usage");
-  if (options.feature.empty()) throw InputError("--feature is missing; " + AvailableFits());
+  if (options.help || options.version) return options;
+  if (options.files.empty()) throw InputError("FILE is missing; 'inspect --help' shows the usage");
+  if (options.features.empty()) throw InputError("--feature is missing; " + AvailableFits());
   return options;
 }
 
 std::string HelpText() {
+  constexpr std::size_t kIndent = 21;
   std::string text =
-      "usage: inspect FILE --feature NAME [options]\n\n"
-      "Fits an ideal feature to the measured points of FILE and reports its form deviation.\n\n";
+      "usage: inspect FILE... --feature NAMES [options]\n\n"
+      "Fits ideal features to the measured points of each FILE and reports their form deviation. FILE and the files "
+      "of\n"
+      "--svg and --json may be -, standard input and output; the report then goes to standard error.\n"
+      "Names go in any letter case.\n\n";
   for (const Option& option : kOptions) {
     std::string left = std::string("  ") + option.name + (option.argument != nullptr ? " " : "") +
                        (option.argument != nullptr ? option.argument : "");
-    left.resize(std::max<std::size_t>(left.size() + 2, 21), ' ');
-    text += left + option.help + "\n";
+    left.resize(kIndent, ' ');
+    std::string help = option.help;
+    const std::size_t end = help.find('\n');
+    if (end != std::string::npos) help.insert(end + 1, kIndent, ' ');
+    text += left + help + "\n";
   }
   return text +
          "\nFILE holds one point per line: two or three coordinates separated by semicolons, commas, tabs or blanks.\n"
          "Empty lines, comments (# // ; ! %) and text before the first point are skipped; a header that names the\n"
-         "columns x, y and z is followed. Other columns are passed over.\n\n" +
+         "columns x, y and z, and their unit, is followed. Other columns are passed over.\n\n" +
          AvailableFits() +
-         "\n\nExit code: 0 within tolerance or none given, 1 out of tolerance, 2 bad input or usage, 3 fit failed.\n";
+         "\n\nExit code: 0 within tolerance or none given, 1 out of tolerance, 2 bad input or usage, 3 fit failed; of "
+         "several\nresults the gravest: 2, then 3, then 1.\n";
 }

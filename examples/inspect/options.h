@@ -3,19 +3,21 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
-#include "point_file.h"
-#include "units.h"
+#include "input/point_file.h"
+#include "report/table.h"
 
 struct Options {
   bool help = false;
-  std::string file;
-  std::string feature;
-  std::string criterion = "ls";
+  bool version = false;
+  std::vector<std::string> files;
+  std::vector<std::string> features;
+  std::vector<std::string> criteria = {"ls"};
   std::optional<double> tolerance;
+  Material material = Material::kInside;
   std::string svg;
   std::string json;
-  LengthUnit unit = kLengthUnits[0];
   PointFileOptions reading;
 };
 

@@ -72,6 +72,12 @@ std::string General(double value, int significantDigits) {
   return ToText(value, std::chars_format::general, significantDigits);
 }
 
+std::string Shortest(double value) {
+  std::array<char, 64> buffer{};
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value).ptr;
+  return {buffer.data(), end};
+}
+
 bool ParseNumber(std::string_view text, double* value) {
   if (text.starts_with('+') && text.size() > 1 && text[1] != '-') text.remove_prefix(1);
   return ReadDouble(text, value) && std::isfinite(*value);
@@ -97,6 +103,14 @@ std::string Printable(std::string_view text) {
     at += length == 0 ? 1 : length;
   }
   return clean;
+}
+
+std::string Lower(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return lower;
 }
 
 std::string JsonEscaped(std::string_view text) {

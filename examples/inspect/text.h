@@ -9,12 +9,18 @@ std::string Fixed(double value, int decimals);
 std::string SignedFixed(double value, int decimals);
 std::string General(double value, int significantDigits);
 
+// The fewest digits that give back the same double.
+std::string Shortest(double value);
+
 // Whole `text` as a number of the form 12.5, -3 or 1e-3; false for anything else, for infinities and NaN.
 bool ParseNumber(std::string_view text, double* value);
 bool ParseWhole(std::string_view text, long* value);
 
 // `text` with every byte that is not well-formed UTF-8 replaced by U+FFFD and every control character by a blank.
 std::string Printable(std::string_view text);
+
+// ASCII letters made small.
+std::string Lower(std::string_view text);
 
 // What stands between the quotes of a JSON string, and between the tags or quotes of XML.
 std::string JsonEscaped(std::string_view text);

@@ -1,0 +1,229 @@
+#include "evaluate/methods.h"
+
+#include <nu/nu.h>
+
+#include <set>
+#include <utility>
+
+#include "evaluate/fit_tools.h"
+#include "text.h"
+
+namespace {
+
+std::string Explain(const CNuBestfitException& failure) {
+  switch (failure.GetCause()) {
+    case NuBestfitTooFewPoints:
+      return "too few points: at least " + std::to_string(failure.GetSize()) + " are needed";
+    case NuBestfitTooFewDistinct:
+      return "the points coincide or have no dominant direction";
+    case NuBestfitCollinearPoints:
+      return "the points lie on one line";
+    case NuBestfitCoplanarPoints:
+      return "the points lie in one plane";
+    case NuBestfitNotCoplanar:
+      return "the points do not lie in one plane";
+    case NuBestfitNoVariation:
+      return "the points do not vary as the feature needs";
+    case NuBestfitExchange:
+      return "the search for the zone failed";
+    case NuBestfitNumericalFailure:
+      return "a numerical step failed: the points do not determine the feature";
+    case NuBestfitIterationLimit:
+      return "no convergence within " + std::to_string(kMaxIterations) + " iterations";
+    default:
+      return "the fit failed with cause " + std::to_string(failure.GetCause());
+  }
+}
+
+// Tables and pictures rely on it.
+void RequireFinite(const Inspection& inspection) {
+  bool finite = std::isfinite(inspection.form) && std::isfinite(inspection.sumSquares);
+  for (const Vec3& p : inspection.local) finite = finite && std::isfinite(Dot(p, p));
+  for (const double deviation : inspection.deviations) finite = finite && std::isfinite(deviation);
+  if (!finite) throw FitFailure("the result is not finite: the points do not determine the feature");
+}
+
+// What a criterion holds fast: the points that touch the outer side of the zone, its inner side, both or none.
+enum class Touching { kNone, kBoth, kOuter, kInner };
+
+// The points whose deviation is extreme. Two of them are equal but for the rounding of the coordinates, of which the
+// fit and the deviations here each have a share.
+void AddContacts(Touching touching, double size, Inspection* result) {
+  constexpr double kRounding = 1e-12;
+  const double tol = kRounding * size;
+  const double largest = result->deviations[result->IndexOfMax()];
+  const double smallest = result->deviations[result->IndexOfMin()];
+  const bool outer = touching == Touching::kBoth || touching == Touching::kOuter;
+  const bool inner = !result->zoneIsRound && (touching == Touching::kBoth || touching == Touching::kInner);
+  for (std::size_t i = 0; i < result->deviations.size(); ++i) {
+    const double deviation = result->deviations[i];
+    if ((outer && deviation >= largest - tol) || (inner && deviation <= smallest + tol)) result->contacts.push_back(i);
+  }
+}
+
+// Circumscribed and inscribed features have no form of their own: it is that of the deviations from them.
+void AddStatistics(Inspection* result) {
+  result->sumSquares = 0;
+  for (const double deviation : result->deviations) result->sumSquares += deviation * deviation;
+  if (result->form == 0) {
+    result->form = result->deviations[result->IndexOfMax()] - result->deviations[result->IndexOfMin()];
+  }
+}
+
+struct Criterion {
+  const char* option;
+  const char* name;
+  const char* letter;
+  Touching touching;
+  const char* words;  // other names in use, in small letters between blanks
+};
+
+constexpr std::size_t kNumberCriteria = 4;
+constexpr Criterion kCriteria[kNumberCriteria] = {
+    {"ls", "least squares", "G", Touching::kNone, " leastsquares gauss lsq lsc lss lsci lscy lsli lspl "},
+    {"mz", "minimum zone", "C", Touching::kBoth, " minimumzone chebyshev minimax mzc mzs mzci mzcy mzli mzpl "},
+    {"mc", "minimum circumscribed", "N", Touching::kOuter, " minimumcircumscribed mcc mcs mcci mccy "},
+    {"mi", "maximum inscribed", "X", Touching::kInner, " maximuminscribed mic mis mici micy "}};
+
+struct Feature {
+  const char* name;
+  const char* form;
+  const char* symbol;
+  const char* standard;
+  const char* references[kNumberCriteria];  // the criteria in the standard
+  decltype(Method::draw) draw;
+  decltype(Method::fit) fits[kNumberCriteria];  // in the order of kCriteria; null: not available
+};
+
+constexpr Feature kFeatures[] = {
+    {"line",
+     "straightness",
+     "STR",
+     "ISO 12780-1",
+     {"LSLI", "MZLI"},
+     DrawStraightness,
+     {LeastSquaresLine, MinimumZoneLine}},
+    {"plane", "flatness", "FLT", "ISO 12781-1", {"LSPL", "MZPL"}, DrawFlatness, {LeastSquaresPlane, MinimumZonePlane}},
+    {"circle",
+     "roundness",
+     "RON",
+     "ISO 12181-1",
+     {"LSCI", "MZCI", "MCCI", "MICI"},
+     DrawRoundness,
+     {LeastSquaresCircle, MinimumZoneCircle, CircumscribedCircle, InscribedCircle}},
+    {"sphere",
+     "sphericity",
+     "",
+     "",
+     {},
+     DrawSphericity,
+     {LeastSquaresSphere, MinimumZoneSphere, CircumscribedSphere, InscribedSphere}},
+    {"cylinder",
+     "cylindricity",
+     "CYL",
+     "ISO 12180-1",
+     {"LSCY", "MZCY", "MCCY", "MICY"},
+     DrawUnrolled,
+     {LeastSquaresCylinder, MinimumZoneCylinder, CircumscribedCylinder, InscribedCylinder}},
+    {"cone", "cone form", "", "", {}, DrawUnrolled, {LeastSquaresCone, MinimumZoneCone}},
+    {"torus", "torus form", "", "", {}, DrawUnrolled, {nullptr, nullptr, CircumscribedTorus}},
+    {"ellipse", "ellipse form", "", "", {}, DrawConic, {LeastSquaresEllipse}},
+    {"hyperbola", "hyperbola form", "", "", {}, DrawConic, {LeastSquaresHyperbola}},
+    {"parabola", "parabola form", "", "", {}, DrawConic, {LeastSquaresParabola}},
+};
+
+const Feature& FindFeature(const std::string& name) {
+  const auto* found = std::find_if(std::begin(kFeatures), std::end(kFeatures),
+                                   [&](const Feature& feature) { return Lower(name) == feature.name; });
+  if (found == std::end(kFeatures)) throw InputError("unknown feature '" + Printable(name) + "'; " + AvailableFits());
+  return *found;
+}
+
+// By its option, its letter or another name: "mz", "C", "Minimum Zone", "MZCI".
+std::size_t FindCriterion(const std::string& name) {
+  std::string word;
+  for (const char c : Lower(name)) {
+    if (c != ' ' && c != '-' && c != '_') word += c;
+  }
+  for (std::size_t i = 0; i < kNumberCriteria; ++i) {
+    const bool meant = std::string_view(kCriteria[i].words).find(" " + word + " ") != std::string_view::npos;
+    if (word == kCriteria[i].option || word == Lower(kCriteria[i].letter) || meant) return i;
+  }
+  throw InputError("unknown criterion '" + Printable(name) + "'; expected ls, mz, mc, mi or all");
+}
+
+Method MethodOf(const Feature& feature, std::size_t by) {
+  const Criterion& criterion = kCriteria[by];
+  if (feature.fits[by] == nullptr) {
+    throw InputError("the " + std::string(feature.name) + " by " + criterion.name + " is not available; " +
+                     AvailableFits());
+  }
+  const char* reference = feature.references[by];
+  Terms terms{feature.name, criterion.name, criterion.letter, feature.form, feature.symbol, ""};
+  if (reference != nullptr) terms.reference = std::string(reference) + " (" + feature.standard + ")";
+  return {terms, criterion.option, feature.fits[by], feature.draw};
+}
+
+}  // namespace
+
+std::string AvailableFits() {
+  std::vector<std::pair<std::string, std::string>> groups;  // criteria, and the features that have these
+  for (const Feature& feature : kFeatures) {
+    std::string criteria;
+    for (std::size_t i = 0; i < kNumberCriteria; ++i) {
+      if (feature.fits[i] != nullptr) criteria += (criteria.empty() ? "" : ", ") + std::string(kCriteria[i].option);
+    }
+    const auto group = std::find_if(groups.begin(), groups.end(), [&](const auto& g) { return g.first == criteria; });
+    if (group == groups.end()) {
+      groups.emplace_back(criteria, feature.name);
+    } else {
+      group->second += std::string(", ") + feature.name;
+    }
+  }
+  std::string text = "available are";
+  for (const auto& [criteria, features] : groups)
+    text.append(" ").append(features).append(" by ").append(criteria) += ';';
+  text.back() = '.';
+  return text;
+}
+
+std::vector<Method> FindMethods(const std::vector<std::string>& features, const std::vector<std::string>& criteria) {
+  std::vector<Method> methods;
+  std::set<std::pair<const Feature*, std::size_t>> taken;
+  const auto add = [&](const Feature& feature, std::size_t by) {
+    if (taken.insert({&feature, by}).second) methods.push_back(MethodOf(feature, by));
+  };
+  for (const std::string& name : features) {
+    const Feature& feature = FindFeature(name);
+    for (const std::string& criterion : criteria) {
+      if (Lower(criterion) != "all") {
+        add(feature, FindCriterion(criterion));
+        continue;
+      }
+      for (std::size_t by = 0; by < kNumberCriteria; ++by) {
+        if (feature.fits[by] != nullptr) add(feature, by);
+      }
+    }
+  }
+  return methods;
+}
+
+Inspection Inspect(const Method& method, const std::vector<Vec3>& points) {
+  try {
+    Inspection inspection = method.fit(points);
+    const Touching touching = kCriteria[FindCriterion(method.option)].touching;
+    if (touching != Touching::kNone) {
+      AddStatistics(&inspection);
+      AddContacts(touching, SizeOf(points), &inspection);
+    }
+    RequireFinite(inspection);
+    inspection.terms = method.terms;
+    // The standard knows profiles in a plane, not lines in space.
+    if (inspection.zoneIsRound) inspection.terms.symbol = inspection.terms.reference = "";
+    return inspection;
+  } catch (const CNuBestfitException& failure) {
+    throw FitFailure("the " + method.terms.feature + " cannot be fitted: " + Explain(failure));
+  } catch (const CNuException& failure) {
+    throw FitFailure(std::string("the library reports: ") + failure.m_szWhere + " " + failure.m_szWhat);
+  }
+}

@@ -1,0 +1,47 @@
+#ifndef NU_INSPECT_POINT_FILE_H
+#define NU_INSPECT_POINT_FILE_H
+
+#include <array>
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "input/header.h"
+#include "input/units.h"
+
+using Vec3 = std::array<double, 3>;
+
+// Bad input or usage; the text is complete: it names the file, the line and what was expected.
+class InputError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+struct PointFileOptions {
+  bool decimalComma = false;
+  std::vector<std::string> columns;  // of x, y and perhaps z, by number or name; empty: as the header names them
+  long skipLines = 0;
+  const LengthUnit* unit = nullptr;  // null: as the header says
+};
+
+struct PointFile {
+  std::vector<Vec3> points;
+  std::vector<std::size_t> lines;  // where each point stands, counted from 1
+  std::vector<Column> columns;
+  const LengthUnit* unit = &kMillimetre;
+  const char* unitSource = "";  // "--unit", "header" or "assumed"
+};
+
+// Reads the points of a text file as measuring software exports it (CSV, XYZ, ASC); "-" is standard input.
+//
+// One point per line, two or three coordinates (z = 0 for two), separated by semicolons, commas, tabs or blanks; which
+// of them, the first point's line decides, and every line has as many columns as that one. Skipped are empty lines,
+// comments (# // ; ! %), text before the first point and a lone point count there. Byte order mark, quotes around
+// fields and any line end are understood. The columns are those that the user or the header names, else the first.
+//
+// Throws InputError: unreadable, not text, no points, a line after the first point that is not a point, a header that
+// leaves open which columns hold the coordinates, units that are unknown or differ.
+PointFile ReadPointFile(const std::string& path, const PointFileOptions& options);
+
+#endif

@@ -1,0 +1,85 @@
+#ifndef NU_INSPECT_PAGE_H
+#define NU_INSPECT_PAGE_H
+
+#include <string>
+#include <vector>
+
+#include "evaluate/inspection.h"
+#include "picture/canvas.h"
+#include "picture/pictures.h"
+
+// A page with its title on top, the result in a panel on the right, and room for the picture on the left.
+class Page {
+ public:
+  static constexpr double kWidth = 260;
+  static constexpr double kHeight = 176;
+  static constexpr double kLeft = 10;
+  static constexpr double kRight = 176;
+  static constexpr double kTop = 27;
+  static constexpr double kBottom = 168;
+
+  Page(const Inspection& inspection, const PictureLabels& labels);
+
+  Canvas& Drawing() { return m_canvas; }
+
+  // Page millimetres per length unit that show `span` in at most `room` of paper, by a round magnification. The panel
+  // states it.
+  double ChooseMagnification(double span, double room, const std::string& name);
+
+  void StateMagnification(double scale, const std::string& name);
+
+  // Below the rows of the result: a note; a line or a marker with what it means.
+  void Note(const std::string& text);
+  void LineKey(const char* attributes, const std::string& text);
+  // A ring around each point that touches the zone, and what the rings mean.
+  void DrawContacts(const std::vector<PagePoint>& contacts);
+  void ExtremeKeys(const std::string& whereMax, const std::string& whereMin);
+
+  // What each of the lines beside a fitted curve stands for, in the corner below on the left; the deviations reach
+  // `band` to either side, at `scale` page millimetres per length unit.
+  void DrawRuler(double band, double scale, const Ticks& lines);
+
+  // The largest magnitude of the deviations, never 0: what a scale has to show.
+  double LargestDeviation() const { return m_largest; }
+
+  // A length of the input in the unit of the deviations, with sign and unit.
+  std::string DeviationText(double deviation) const;
+  // A length of the input without its unit, short.
+  std::string LengthText(double length) const;
+  double PerLength() const { return m_deviationUnit.perLength; }
+  const char* DeviationSymbol() const { return m_deviationUnit.symbol; }
+  const char* LengthSymbol() const { return m_unit.symbol; }
+
+ private:
+  void DrawTitle(const Inspection& inspection, const PictureLabels& labels);
+  void DrawVerdict(const PictureLabels& labels);
+  void DrawRows(const PictureLabels& labels);
+
+  const Inspection& m_inspection;
+  double m_largest;
+  LengthUnit m_unit;
+  DeviationUnit m_deviationUnit;
+  Canvas m_canvas;
+  double m_panelY = kTop + 4;
+  double m_rowHeight;  // of the panel
+};
+
+// A triangle with its tip at `tip`, pointing in `direction` (a unit vector on the page).
+void DrawMarker(Canvas& canvas, PagePoint tip, PagePoint direction);
+inline constexpr PagePoint kUpwards{0, -1};
+inline constexpr PagePoint kDownwards{0, 1};
+
+// One value along a profile.
+struct Sample {
+  double position;
+  double value;
+};
+
+// The samples in order of position; of each of `bins` equal parts only the least and the greatest value if there are
+// many more, so that no extreme is lost.
+std::vector<Sample> Envelope(std::vector<Sample> samples, std::size_t bins);
+
+// "+X", "-Y" or the like, when `direction` lies close to an axis; else its components.
+std::string DirectionName(const Vec3& direction);
+
+#endif

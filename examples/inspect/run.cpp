@@ -1,0 +1,185 @@
+#include "run.h"
+
+#include <cstdio>
+#include <exception>
+#include <map>
+#include <new>
+#include <utility>
+
+#include "evaluate/methods.h"
+#include "picture/pictures.h"
+#include "report/json.h"
+#include "report/output_file.h"
+#include "report/table.h"
+#include "text.h"
+
+namespace {
+
+std::string Stem(const std::string& file) {
+  const std::string name = file == "-" ? "stdin" : FileName(file);
+  const std::size_t dot = name.find_last_of('.');
+  return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
+}
+
+// Where the picture of a result goes; empty for none.
+std::string PicturePath(const Options& options, const std::string& file, const Method& method) {
+  if (options.svg.empty() || !MeansDirectory(options.svg)) return options.svg;
+  return InDirectory(options.svg, Stem(file) + "-" + method.terms.feature + "-" + method.option + ".svg");
+}
+
+// Throws InputError if an output would be written over an input or over another output.
+void RefuseOverwriting(const Options& options, const std::vector<Method>& methods) {
+  std::map<std::string, const char*> taken;
+  const auto claim = [&taken](const std::string& path, const char* what) {
+    const auto [place, isNew] = taken.insert({FileKey(path), what});
+    if (!isNew) throw InputError(std::string(what) + " '" + Printable(path) + "' would overwrite " + place->second);
+  };
+  for (const std::string& file : options.files) {
+    if (file != "-") claim(file, "FILE");
+  }
+  if (!options.json.empty()) claim(options.json, "--json");
+  if (options.svg.empty()) return;
+  const std::size_t pictures = options.files.size() * methods.size();
+  if (pictures > 1 && !MeansDirectory(options.svg)) {
+    throw InputError("--svg: " + std::to_string(pictures) + " pictures need a directory; give --svg DIR/");
+  }
+  for (const std::string& file : options.files) {
+    for (const Method& method : methods) claim(PicturePath(options, file, method), "--svg");
+  }
+}
+
+ExitCode Graver(ExitCode a, ExitCode b) {
+  constexpr ExitCode kByGravity[] = {kBadInput, kFitFailed, kOutOfTolerance};
+  for (const ExitCode code : kByGravity) {
+    if (a == code || b == code) return code;
+  }
+  return kWithinTolerance;
+}
+
+class Inspector {
+ public:
+  Inspector(const Options& options, std::vector<Method> methods)
+      : m_options(options), m_methods(std::move(methods)), m_stdoutIsTaken(options.svg == "-" || options.json == "-") {}
+
+  ExitCode Execute() {
+    if (!m_options.svg.empty() && MeansDirectory(m_options.svg)) Attempt([this] { MakeDirectory(m_options.svg); });
+    for (const std::string& file : m_options.files) InspectFile(file);
+    if (m_summary.size() > 1) Say("\nsummary\n" + Grid(m_summary));
+    if (!m_options.json.empty()) Attempt([this] { WriteFile(m_options.json, JsonDocument(m_results)); });
+    return m_code;
+  }
+
+ private:
+  // Runs a step; one that fails is told to the user and counts for the exit code. Returns what went wrong, empty if
+  // nothing did.
+  template<typename Step>
+  std::string Attempt(const Step& step) {
+    try {
+      step();
+      return "";
+    } catch (const FitFailure& failure) {
+      return Take(failure.what(), kFitFailed);
+    } catch (const std::bad_alloc&) {
+      return Take("not enough memory for these points", kBadInput);
+    } catch (const std::exception& error) {
+      return Take(error.what(), kBadInput);
+    }
+  }
+
+  std::string Take(const std::string& error, ExitCode code) {
+    m_code = Graver(m_code, Complain(error.c_str(), code));
+    return error;
+  }
+
+  // To standard error where standard output carries a picture or JSON.
+  void Say(const std::string& text) {
+    if (m_stdoutIsTaken) {
+      std::fwrite(text.data(), 1, text.size(), stderr);
+    } else if (!m_stdoutFailed) {
+      m_stdoutFailed = !Attempt([&text] { Print(text); }).empty();
+    }
+  }
+
+  void InspectFile(const std::string& file) {
+    PointFile points;
+    const std::string error = Attempt([&] {
+      points = ReadPointFile(file, m_options.reading);
+      RequireUnitOfTolerance(*points.unit, file);
+    });
+    if (!error.empty()) return AddFailure(file, "", "", error);
+    for (const Method& method : m_methods) InspectBy(method, file, points);
+  }
+
+  // The tolerance is one number for all files.
+  void RequireUnitOfTolerance(const LengthUnit& unit, const std::string& file) {
+    if (!m_options.tolerance) return;
+    if (m_unit == nullptr) m_unit = &unit;
+    if (m_unit == &unit) return;
+    throw InputError(Printable(file) + ": is in " + unit.name + ", the files before in " + m_unit->name +
+                     ": --tolerance cannot serve both, inspect this one alone");
+  }
+
+  void InspectBy(const Method& method, const std::string& file, const PointFile& points) {
+    Inspection inspection;
+    const std::string error = Attempt([&] { inspection = InspectNamingFile(method, file, points); });
+    if (!error.empty()) return AddFailure(file, method.terms.feature, method.terms.criterion, error);
+    const ReportContext context{file, &points, m_options.tolerance, m_options.material};
+    const std::vector<Row> rows = ReportRows(inspection, context);
+    Say((m_summary.empty() ? "" : "\n") + Printable(ShownName(file)) + "\n" + Table(rows));
+    if (!m_options.svg.empty()) {
+      const PictureLabels labels{FileName(ShownName(file)), *points.unit, rows,
+                                 "columns " + ColumnsText(points) + "; unit " + UnitText(points)};
+      Attempt([&] { WriteFile(PicturePath(m_options, file, method), method.draw(inspection, labels)); });
+    }
+    if (!context.WithinTolerance(inspection)) m_code = Graver(m_code, kOutOfTolerance);
+    AddResult(inspection, context);
+  }
+
+  static Inspection InspectNamingFile(const Method& method, const std::string& file, const PointFile& points) {
+    try {
+      return Inspect(method, points.points);
+    } catch (const FitFailure& failure) {
+      throw FitFailure(Printable(ShownName(file)) + ", " + method.terms.criterion + ": " + failure.what());
+    }
+  }
+
+  static std::string ShownName(const std::string& file) { return file == "-" ? "standard input" : file; }
+
+  void AddResult(const Inspection& inspection, const ReportContext& context) {
+    const LengthUnit& unit = *context.points->unit;
+    const char* verdict = !m_options.tolerance                  ? ""
+                          : context.WithinTolerance(inspection) ? "within tolerance"
+                                                                : "OUT OF TOLERANCE";
+    m_summary.push_back({Printable(ShownName(context.file)), inspection.terms.feature, inspection.terms.criterion,
+                         inspection.terms.form, Fixed(inspection.form, unit.decimals) + " " + unit.symbol, verdict});
+    if (!m_options.json.empty()) m_results.push_back(JsonResult(inspection, context));
+  }
+
+  void AddFailure(const std::string& file, const std::string& feature, const std::string& criterion,
+                  const std::string& error) {
+    m_summary.push_back({Printable(ShownName(file)), feature, criterion, "failed"});
+    m_results.push_back(JsonFailure(file, feature, criterion, error));
+  }
+
+  const Options& m_options;
+  std::vector<Method> m_methods;
+  bool m_stdoutIsTaken;
+  bool m_stdoutFailed = false;
+  ExitCode m_code = kWithinTolerance;
+  const LengthUnit* m_unit = nullptr;
+  std::vector<std::vector<std::string>> m_summary;
+  std::vector<std::string> m_results;  // JSON
+};
+
+}  // namespace
+
+ExitCode Complain(const char* text, ExitCode code) {
+  std::fprintf(stderr, "inspect: %s\n", text);
+  return code;
+}
+
+ExitCode Run(const Options& options) {
+  std::vector<Method> methods = FindMethods(options.features, options.criteria);
+  RefuseOverwriting(options, methods);
+  return Inspector(options, std::move(methods)).Execute();
+}
