@@ -149,6 +149,40 @@ Meridian MeridianOf(const Feature& feature, double rho, double h) {
   return f;
 }
 
+// Half of the square of F.
+Meridian HalfSquareOf(const Meridian& f) {
+  Meridian half;
+  half.value = 0.5 * f.value * f.value;
+  half.across = f.value * f.across;
+  for (int m = 0; m < kCoordinates; ++m) {
+    half.first[m] = f.value * f.first[m];
+    for (int n = 0; n < kCoordinates; ++n) half.second[m][n] = f.value * f.second[m][n] + f.first[m] * f.first[n];
+  }
+  return half;
+}
+
+// ((rho - R)^2 + h^2) / 2, and rho^2 / 2.
+Meridian HalfSquareOfDistance(const Feature& feature, double rho, double h) {
+  const bool isLine = feature.kind == FeatureKind::line;
+  const double outwards = isLine ? rho : rho - feature.size[0];
+  Meridian half;
+  half.value = 0.5 * (outwards * outwards + (isLine ? 0.0 : h * h));
+  half.across = isLine ? 1.0 : outwards * Reciprocal(rho);
+  half.first[kRho] = outwards;
+  half.second[kRho][kRho] = 1.0;
+  if (isLine) return half;
+  half.first[kHeight] = h;
+  half.first[kFirstSize] = -outwards;
+  half.second[kHeight][kHeight] = 1.0;
+  half.second[kFirstSize][kFirstSize] = 1.0;
+  half.SetSecond(kRho, kFirstSize, -1.0);
+  return half;
+}
+
+bool IsDistance(FeatureKind kind) {
+  return kind == FeatureKind::line || kind == FeatureKind::circleInSpace;
+}
+
 // A point seen from a round feature, and the derivatives of rho, h and the sizes by the unknowns.
 struct RoundPlace {
   Vec3 q;
@@ -313,6 +347,15 @@ void KeepUnknowns(UnknownMask mask, double (&gradient)[kUnknowns]) {
     if (!(mask >> i & 1U)) gradient[i] = 0.0;
 }
 
+void AddUnknowns(UnknownMask mask, double weight, const double (&second)[kUnknowns][kUnknowns],
+                 double (&sum)[kUnknowns][kUnknowns]) {
+  for (int i = 0; i < kUnknowns; ++i) {
+    if (!(mask >> i & 1U)) continue;
+    for (int j = 0; j < kUnknowns; ++j)
+      if (mask >> j & 1U) sum[i][j] += weight * second[i][j];
+  }
+}
+
 }  // namespace
 
 UnknownMask UnknownsOf(FeatureKind kind) {
@@ -405,12 +448,34 @@ void AddCurvature(const Feature& feature, const Vec3& point, double weight, doub
     const RoundPlace place(q);
     RoundCurvature(MeridianOf(feature, place.rho, q.z), place, second);
   }
+  AddUnknowns(UnknownsOf(feature.kind), weight, second, sum);
+}
+
+double AddHalfSquare(const Feature& feature, const Vec3& point, double weight, double (&gradient)[kUnknowns],
+                     double (&sum)[kUnknowns][kUnknowns]) {
+  const Vec3 q = feature.frame.Local(point);
   const UnknownMask mask = UnknownsOf(feature.kind);
-  for (int i = 0; i < kUnknowns; ++i) {
-    if (!(mask >> i & 1U)) continue;
-    for (int j = 0; j < kUnknowns; ++j)
-      if (mask >> j & 1U) sum[i][j] += weight * second[i][j];
+  double first[kUnknowns] = {};
+  double second[kUnknowns][kUnknowns] = {};
+  double e = 0.0;
+  if (feature.kind == FeatureKind::lineInPlane || IsConic(feature.kind)) {
+    e = DeviationOf(feature, point, first);
+    AddCurvature(feature, point, e, second);
+    for (int i = 0; i < kUnknowns; ++i)
+      for (int j = 0; j < kUnknowns; ++j) second[i][j] += first[i] * first[j];
+    for (double& d : first) d *= e;
+  } else {
+    const RoundPlace place(q);
+    const Meridian half = IsDistance(feature.kind) ? HalfSquareOfDistance(feature, place.rho, q.z)
+                                                   : HalfSquareOf(MeridianOf(feature, place.rho, q.z));
+    e = DeviationOf(feature, point);
+    RoundGradient(half, place, first);
+    RoundCurvature(half, place, second);
+    KeepUnknowns(mask, first);
   }
+  for (int i = 0; i < kUnknowns; ++i) gradient[i] += weight * first[i];
+  AddUnknowns(mask, weight, second, sum);
+  return e;
 }
 
 }  // namespace nu::engine::association

@@ -62,6 +62,11 @@ double DeviationOf(const Feature& feature, const Vec3& point, double (&gradient)
 // Adds weight times its second derivatives by the unknowns (symmetric; along the path of Moved).
 void AddCurvature(const Feature& feature, const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]);
 
+// Adds weight times the derivatives of half of the squared deviation, which are smooth where those of the deviation are
+// not: on a line and on a circle in space. Returns the deviation.
+double AddHalfSquare(const Feature& feature, const Vec3& point, double weight, double (&gradient)[kUnknowns],
+                     double (&sum)[kUnknowns][kUnknowns]);
+
 }  // namespace nu::engine::association
 
 #endif
