@@ -5,9 +5,8 @@
 #include "nu/curves/ellipse.h"
 #include "nu/curves/hyperbola.h"
 #include "nu/curves/parabola.h"
-#include "nu/engine/shapes/plane_section.h"
-#include "nu/foundation/internal/new_objects.h"
 #include "nu/geometry/internal/feature_data.h"
+#include "nu/geometry/internal/section_objects.h"
 #include "nu/geometry/internal/surface_data.h"
 
 using namespace nu::internal;
@@ -57,8 +56,11 @@ NewObjects TwoLines(const Line3& first, const Line3& second, const char* where) 
   return objects;
 }
 
-NewObjects ObjectsOf(const PlaneSection& section, const CNuVector& normal, const char* where) {
+}  // namespace
+
+NewObjects nu::internal::ObjectsOf(const PlaneSection& section, Vec3 planeNormal, const char* where) {
   const OrthogonalAxesScope scope;
+  const CNuVector normal = ToVector(planeNormal);
   const CNuPoint origin = ToPoint(section.origin);
   switch (section.kind) {
     case PlaneSection::kPoint:
@@ -81,8 +83,6 @@ NewObjects ObjectsOf(const PlaneSection& section, const CNuVector& normal, const
   return {};
 }
 
-}  // namespace
-
 int CNuPlane::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* curves) const {
   const Plane3 plane = DataOf(*this);
   const Sphere3 ball = DataOf(sphere);
@@ -95,7 +95,7 @@ int CNuPlane::IntersectWith(const CNuCylSurf& cylinder, CNuObjArray* curves) con
   constexpr const char* where = "CNuPlane::IntersectWith(CNuCylSurf)";
   RequireFinite(where, plane, tube);
   const auto section = Cut(plane, tube.axis, tube.radius, NuGetLengthTol(), ParallelTol());
-  return HandOver(ObjectsOf(section, m_normal, where), curves);
+  return HandOver(ObjectsOf(section, plane.normal, where), curves);
 }
 
 int CNuPlane::IntersectWith(const CNuConSurf& cone, CNuObjArray* curves) const {
@@ -104,5 +104,5 @@ int CNuPlane::IntersectWith(const CNuConSurf& cone, CNuObjArray* curves) const {
   constexpr const char* where = "CNuPlane::IntersectWith(CNuConSurf)";
   RequireFinite(where, plane, data);
   const auto section = Cut(plane, data, NuGetLengthTol(), ParallelTol());
-  return HandOver(ObjectsOf(section, m_normal, where), curves);
+  return HandOver(ObjectsOf(section, plane.normal, where), curves);
 }

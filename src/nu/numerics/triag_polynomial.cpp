@@ -112,22 +112,9 @@ CNuTriagPolynomial CNuTriagPolynomial::operator-(const CNuTriagPolynomial& p) co
   return difference;
 }
 
-// A product of two waves is half the sum of those with the sum and the difference of their numbers.
 CNuTriagPolynomial CNuTriagPolynomial::operator*(const CNuTriagPolynomial& p) const {
   CNuTriagPolynomial product(DegreeOfProduct(m_degree, p.m_degree));
-  for (int j = 0; j <= m_degree; ++j) {
-    const double a = 0.5 * m_cos[j];
-    const double b = j == 0 ? 0.0 : 0.5 * m_sin[j];
-    for (int k = 0; k <= p.m_degree; ++k) {
-      const double c = p.m_cos[k];
-      const double d = k == 0 ? 0.0 : p.m_sin[k];
-      product.m_cos[j + k] += a * c - b * d;
-      product.m_sin[j + k] += b * c + a * d;
-      product.m_cos[std::abs(j - k)] += a * c + b * d;
-      product.m_sin[std::abs(j - k)] += j > k ? b * c - a * d : a * d - b * c;
-    }
-  }
-  product.m_sin[0] = 0.0;
+  AddTrigProduct(m_cos, m_sin, m_degree, p.m_cos, p.m_sin, p.m_degree, product.m_cos, product.m_sin);
   return product;
 }
 

@@ -5,10 +5,6 @@
 #include "nu/geometry/fit_result.h"
 #include "nu/surfaces/surface.h"
 
-namespace nu::internal {
-class QuadricIntersection;
-}
-
 // The infinite circular cone with both of its nappes: the lines through the apex that make the semi-angle with the
 // axis. The apex is the origin of the position, the axis its z axis, and its x axis any direction perpendicular to it.
 // The axis of a fitted cone points from the apex into the data.
@@ -82,17 +78,12 @@ class NU_EXPORT CNuConSurf : public CNuSurface {
   int IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) const;
 
  private:
-  friend class CNuCylSurf;
-
   void Place(double semiAngle, const CNuPoint& apex, const CNuVector& axisDirection);
-  // IntersectWith() of a pair that is in order.
-  int IntersectOrdered(const CNuConSurf& other, CNuObjArray* result) const;
   // As CNuCylSurf::Intersect, with the distance t from the apex along the generator. `asymptotes` receives the up to
   // four angles where curve[0] = 0, so that a crossing goes to infinity: first `simple` ones, where it changes its
   // sign, then `twofold` ones. `apexSide` is the sign of the quadric at the apex.
   int Intersect(const CNuMatrix& quadric, CNuTriagPolynomial* curve, CNuInterval* range, double* asymptotes,
                 int* simple, int* twofold, int* apexSide) const;
-  bool IntersectSpecialCase(const CNuConSurf& other, nu::internal::QuadricIntersection& intersection) const;
 
   double m_semiAngle;
 };

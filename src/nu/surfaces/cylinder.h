@@ -97,8 +97,6 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
 
  private:
   void Place(double radius, const CNuPoint& axisPoint, const CNuVector& axisDirection);
-  // IntersectWith() of a pair that is in order.
-  int IntersectOrdered(const CNuCylSurf& other, CNuObjArray* result) const;
   // The quadric with the given matrix, in the frame of this cylinder, on its generators: at the angle u it has the
   // heights z with curve[0] z^2 + 2 curve[1] z + curve[2] = 0. Writes these three, and up to four ranges of u on which
   // the discriminant is monotone, so that it changes its sign once or not at all; returns the number of ranges.

@@ -13,6 +13,11 @@ namespace nu::engine::roots {
 double TrigValue(const double* a, const double* b, int n, double u);
 double TrigDerivative(const double* a, const double* b, int n, double u);
 
+// Adds the product of the sums of a[j] cos ju + b[j] sin ju, j = 0..n, and c[k] cos ku + d[k] sin ku, k = 0..m, to the
+// n + m + 1 coefficients of another one, whose sines[0] becomes 0. b[0] and d[0] are not read.
+void AddTrigProduct(const double* a, const double* b, int n, const double* c, const double* d, int m, double* cosines,
+                    double* sines);
+
 }  // namespace nu::engine::roots
 
 #endif

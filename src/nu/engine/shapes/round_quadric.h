@@ -8,7 +8,7 @@ namespace nu::engine::shapes {
 // A surface of revolution of degree two: a sphere around the point, a cylinder around the axis through it, or the cone
 // with its apex there and both nappes.
 struct RoundQuadric {
-  enum class Kind { kSphere, kCylinder, kCone };
+  enum class Kind { kCylinder, kCone, kSphere };
 
   // The signed distance from the surface, of the nappe that is nearer, and its gradient, of length 1 but on the axis.
   struct Offset {
@@ -31,6 +31,7 @@ struct RoundQuadric {
   double radius = 0.0;  // 0 for a cone
   double sine = 0.0;    // of the semi-angle of a cone
   double cosine = 1.0;
+  double semiAngle = 0.0;  // in degrees, of a cone
 };
 
 }  // namespace nu::engine::shapes
