@@ -42,10 +42,9 @@ FeatureFit<PlacedCircle> LeastSquaresCircle(PointView points, const PlaneFrame& 
                              .limit = options.maxIter,
                              .takesLastStep = true,
                              .endsAtGrowth = false,
-                             .endsBeforeLimit = false};
-  const GaussNewtonEnd end = fit.Run(rule);
-  if (end == GaussNewtonEnd::unsolvable) FailFit(kNumericalFailure, kName);
-  if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, kName);
+                             .endsBeforeLimit = false,
+                             .monitor = options.monitor};
+  RequireConverged(fit.Run(rule), kName, kName);
   const PlacedCircle circle{{axes.origin + fit.Centre(), axes.normal, fit.Radius()}, axes.x};
   const Deviations deviations = options.wantsDeviations ? fit.DeviationsNow() : Deviations{};
   return {circle, deviations.largest - deviations.smallest, deviations};
@@ -55,11 +54,11 @@ FeatureFit<PlacedCircle> LeastSquaresCircle(PointView points, const PlaneFrame& 
 
 FeatureFit<PlacedCircle> nu::internal::FitCircle(PointView points, const FitOptions& options) {
   RequireIterations(options.maxIter, kName);
-  return TranslateForeign(kName, [&] {
+  return TranslateForeign(kName, options, [&](const FitOptions& watched) {
     const Plane3 plane = CarrierPlane(points, kName);
     const bool exact = points.Size() == kLeastPoints;
     const PlaneFrame axes = AxesAcross(plane.normal, exact ? LoadVec3(points[0]) : plane.point);
-    const auto found = exact ? CircleThroughThree(points, axes) : LeastSquaresCircle(points, axes, options);
+    const auto found = exact ? CircleThroughThree(points, axes) : LeastSquaresCircle(points, axes, watched);
     if (!IsFinite(found.shape)) FailFit(kNumericalFailure, kName);
     return found;
   });

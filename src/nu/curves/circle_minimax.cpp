@@ -85,31 +85,32 @@ PlaneFrame RequirePlane(PointView points, double tol) {
 constexpr long kMostStartSteps = 50;
 
 // The centre of the least-squares circle, or where its iteration has come to.
-Vec2 LeastSquaresCentre(PointBlocks& blocks, const PlaneFrame& frame, long maxIter) {
+Vec2 LeastSquaresCentre(PointBlocks& blocks, const PlaneFrame& frame, const FitOptions& options) {
   RoundLeastSquares<2> fit(blocks, {frame.x, frame.y});
   if (!fit.Start()) return {};
   const GaussNewtonRule rule{.tolerance = NuGetTol(),
                              .large = NuGetLarge(),
-                             .limit = std::min(maxIter, kMostStartSteps),
+                             .limit = std::min(options.maxIter, kMostStartSteps),
                              .takesLastStep = true,
                              .endsAtGrowth = false,
-                             .endsBeforeLimit = false};
+                             .endsBeforeLimit = false,
+                             .monitor = options.monitor};
   const GaussNewtonEnd end = fit.Run(rule);
-  if (end == GaussNewtonEnd::limitReached && maxIter <= kMostStartSteps) {
+  if (end == GaussNewtonEnd::limitReached && options.maxIter <= kMostStartSteps) {
     FailFit(kIterationLimit, kName);
   }
   return frame.LocalDirection(fit.Centre());
 }
 
-Annulus FindMinimalAnnulus(PointView points, const PlaneFrame& frame, long maxIter) {
+Annulus FindMinimalAnnulus(PointView points, const PlaneFrame& frame, const FitOptions& options) {
   constexpr const char* step = "FindMinimalAnnulus";
   RequireCount(points, kLeastPoints, step);
   PointBlocks blocks(points, frame.origin);
-  const Vec2 start = LeastSquaresCentre(blocks, frame, maxIter);
-  const Annulus found = NarrowestAnnulus(blocks, {frame.x, frame.y}, start, maxIter);
+  const Vec2 start = LeastSquaresCentre(blocks, frame, options);
+  const Annulus found = NarrowestAnnulus(blocks, {frame.x, frame.y}, start, options.maxIter, options.monitor);
   if (found.end == AnnulusEnd::limitReached) FailFit(kIterationLimit, step);
   if (found.end == AnnulusEnd::noOptimum) FailFit(kExchangeFailed, kName);
-  if (found.end == AnnulusEnd::notFinite || !std::isfinite(found.outer)) FailFit(kNumericalFailure, kName);
+  if (found.end != AnnulusEnd::found || !std::isfinite(found.outer)) FailFit(kNumericalFailure, kName);
   return found;
 }
 
@@ -127,8 +128,8 @@ CircleZone ZoneInSpace(PointView points, const FitOptions& options) {
   }
 }
 
-CircleZone ZoneInPlane(PointView points, const PlaneFrame& frame, long maxIter) {
-  const Annulus found = FindMinimalAnnulus(points, frame, maxIter);
+CircleZone ZoneInPlane(PointView points, const PlaneFrame& frame, const FitOptions& options) {
+  const Annulus found = FindMinimalAnnulus(points, frame, options);
   auto middle = CircleIn(frame, found.centre, 0.5 * found.inner + 0.5 * found.outer);
   middle.form = found.outer - found.inner;
   return {middle, found.inner, found.outer};
@@ -140,15 +141,15 @@ CircleZone ZoneOf(PointView points, const FitOptions& options) {
     return {circle, circle.shape.radius, circle.shape.radius};
   }
   const CarrierFrame frame = FrameOf(points, options.tol);
-  return IsInPlane(points, frame, options.tol) ? ZoneInPlane(points, frame, options.maxIter)
-                                               : ZoneInSpace(points, options);
+  return IsInPlane(points, frame, options.tol) ? ZoneInPlane(points, frame, options) : ZoneInSpace(points, options);
 }
 
 }  // namespace
 
 FeatureFit<PlacedCircle> nu::internal::FitMinCircle(PointView points, const FitOptions& options) {
-  return TranslateForeign(kName, [&] {
+  return TranslateForeign(kName, options, [&](const FitOptions& watched) {
     RequireCount(points, 1, kName);
+    PassMonitor(watched);
     RequireFinite(points, kName);
     if (IsDegenerate(points, options.tol)) return CircleOnLongestEdge(points);
     const PlaneFrame frame = RequirePlane(points, options.tol);
@@ -160,8 +161,9 @@ FeatureFit<PlacedCircle> nu::internal::FitMinCircle(PointView points, const FitO
 }
 
 FeatureFit<PlacedCircle> nu::internal::FitMaxCircle(PointView points, const FitOptions& options) {
-  return TranslateForeign(kName, [&] {
+  return TranslateForeign(kName, options, [&](const FitOptions& watched) {
     RequireCount(points, kLeastPoints, kName);
+    PassMonitor(watched);
     RequireFinite(points, kName);
     if (LieOnOneLine(points, options.tol)) FailFit(kCollinearPoints, kName, kLeastPoints);
     const PlaneFrame frame = RequirePlane(points, options.tol);
@@ -174,10 +176,10 @@ FeatureFit<PlacedCircle> nu::internal::FitMaxCircle(PointView points, const FitO
 
 CircleZone nu::internal::FitMinZoneCircle(PointView points, const FitOptions& options) {
   RequireIterations(options.maxIter, kName);
-  return TranslateForeign(kName, [&] {
+  return TranslateForeign(kName, options, [&](const FitOptions& watched) {
     RequireCount(points, 1, kName);
     RequireFinite(points, kName);
-    return ZoneOf(points, options);
+    return ZoneOf(points, watched);
   });
 }
 

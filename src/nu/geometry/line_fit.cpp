@@ -44,8 +44,9 @@ double FormOf(const Deviations& d, bool planar) {
 }  // namespace
 
 FeatureFit<Line3> nu::internal::FitLine(PointView points, const FitOptions& options) {
-  return TranslateForeign(kName, [&]() -> FeatureFit<Line3> {
+  return TranslateForeign(kName, options, [&](const FitOptions& watched) -> FeatureFit<Line3> {
     RequireCount(points, kLeastPoints, kName);
+    PassMonitor(watched);
     PointBlocks blocks = BlocksOf(points);
     const PrincipalDirection found = Solve(blocks, points);
     const bool planar = HaveOneHeight(points);

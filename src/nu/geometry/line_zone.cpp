@@ -80,11 +80,12 @@ Vec3 SideOf(const MinimaxSolution<AxisDistance>& found) {
   return (local.x / distance) * frame.x + (local.y / distance) * frame.y;
 }
 
-LineZone ZoneInSpace(PointView points, long limit) {
+LineZone ZoneInSpace(PointView points, const FitOptions& options) {
   PointBlocks blocks = BlocksOf(points);
   blocks.Keep();
   const PrincipalDirection least = FindPrincipalDirection(blocks, Extent::largest);
-  const MinimaxSolution<AxisDistance> found = SmallestCylinder(blocks, least.mean, least.direction, limit);
+  const MinimaxSolution<AxisDistance> found =
+      SmallestCylinder(blocks, least.mean, least.direction, options.maxIter, options.monitor);
   if (found.end == MinimaxEnd::limitReached) FailFit(kIterationLimit, kName);
   if (found.end != MinimaxEnd::converged) FailFit(kNumericalFailure, kName);
   const AxisFrame& axis = found.model.frame;
@@ -97,23 +98,24 @@ LineZone ZoneInSpace(PointView points, long limit) {
                 2.0 * (better ? radius : leastRadius), SideOf(found));
 }
 
-LineZone FindZone(PointView points, long limit) {
-  if (HaveOneHeight(points)) return ZoneInPlaneZ(points);
-  if (LieInOnePlane(points, NuGetLengthTol())) return ZoneInPlane(points);
-  return ZoneInSpace(points, limit);
+LineZone FindZone(PointView points, const FitOptions& options) {
+  const bool hasFrame = HaveOneHeight(points);
+  if (!hasFrame && !LieInOnePlane(points, NuGetLengthTol())) return ZoneInSpace(points, options);
+  PassMonitor(options);
+  return hasFrame ? ZoneInPlaneZ(points) : ZoneInPlane(points);
 }
 
 }  // namespace
 
 LineZone nu::internal::FitMinZoneLine(PointView points, const FitOptions& options) {
   RequireIterations(options.maxIter, kName);
-  return TranslateForeign(kName, [&]() -> LineZone {
+  return TranslateForeign(kName, options, [&](const FitOptions& watched) -> LineZone {
     RequireCount(points, kLeastPoints, kName);
     RequireFinite(points, kName);
     if (HasFewerDistinct(points, 2, options.tol)) FailFit(kDegeneratePoints, kName, kLeastPoints);
     const auto leastSquares = FitLine(points, {});
     if (LieOnOneLine(points, options.tol)) return {leastSquares, {}};
-    LineZone zone = InCanonicalOrder(points, [&](PointView data) { return FindZone(data, options.maxIter); });
+    LineZone zone = InCanonicalOrder(points, [&](PointView data) { return FindZone(data, watched); });
     const Vec3 direction = CanonicalDirection(zone.shape.direction);
     const bool isFinite = IsFinite(zone.shape) && std::isfinite(zone.form);
     if (!isFinite || IsNull(direction, NuGetZero())) FailFit(kNumericalFailure, kName);

@@ -43,8 +43,9 @@ double FormOf(const Deviations& d) {
 }  // namespace
 
 FeatureFit<Plane3> nu::internal::FitPlane(PointView points, const FitOptions& options) {
-  return TranslateForeign(kName, [&]() -> FeatureFit<Plane3> {
+  return TranslateForeign(kName, options, [&](const FitOptions& watched) -> FeatureFit<Plane3> {
     RequireCount(points, kLeastPoints, kName);
+    PassMonitor(watched);
     if (LieOnOneLine(points, NuGetLengthTol())) FailFit(kCollinearPoints, kName, kLeastPoints);
     PointBlocks blocks = BlocksOf(points);
     const PrincipalDirection found = Solve(blocks, points);

@@ -21,8 +21,9 @@ constexpr int kLeastPoints = 3;
 }  // namespace
 
 FeatureFit<Plane3> nu::internal::FitMinZonePlane(PointView points, const FitOptions& options) {
-  return TranslateForeign(kName, [&]() -> FeatureFit<Plane3> {
+  return TranslateForeign(kName, options, [&](const FitOptions& watched) -> FeatureFit<Plane3> {
     RequireCount(points, kLeastPoints, kName);
+    PassMonitor(watched);
     RequireFinite(points, kName);
     int corner[3];
     if (!FindTriangle(points, options.tol, corner)) FailFit(kCollinearPoints, kName, kLeastPoints);

@@ -43,10 +43,9 @@ Cone3 InCallersFrame(const ConeModel& m, const PointBlocks& blocks, double meanS
 FeatureFit<Cone3> LeastSquaresCone(PointView points, PointBlocks& blocks, const FitOptions& options) {
   ConeLeastSquares fit(blocks);
   const GaussNewtonEnd end = RunSurfaceFit(points, blocks, fit, StartCone, options, kName);
-  if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, kName);
+  RequireConverged(end, kName, kName);
   const double meanSquare = fit.MeanSquare();
-  if (end == GaussNewtonEnd::unsolvable || !fit.Determined() || !IsCone(fit.Model(), blocks, meanSquare))
-    FailFit(kNumericalFailure, kName);
+  if (!fit.Determined() || !IsCone(fit.Model(), blocks, meanSquare)) FailFit(kNumericalFailure, kName);
   const Cone3 cone = InCallersFrame(fit.Model(), blocks, meanSquare);
   if (!(DegreesOf(cone) < 90.0 && IsFinite(cone.Apex()))) FailFit(kNumericalFailure, kName);
   return FitOf(cone, options.wantsDeviations ? fit.DeviationsNow() : Deviations{});
@@ -68,8 +67,10 @@ FeatureFit<Cone3> nu::internal::FitCone(PointView points, PointBlocks& blocks, c
 }
 
 FeatureFit<Cone3> nu::internal::FitCone(PointView points, const FitOptions& options) {
-  PointBlocks blocks = BlocksOf(points);
-  return FitCone(points, blocks, options);
+  return Monitored(options, [&](const FitOptions& watched) {
+    PointBlocks blocks = BlocksOf(points);
+    return FitCone(points, blocks, watched);
+  });
 }
 
 void CNuConSurf::Fit(const CNuPointArray& points, long maxIter) {

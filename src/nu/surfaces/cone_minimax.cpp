@@ -29,14 +29,29 @@ void RequireOptimum(const ConeZone& found, long maxIter) {
   if (found.end != MinimaxEnd::converged) FailFit(kNumericalFailure, "CNuConSurf::FitMinZone");
 }
 
-ConeZone FindZone(PointView points, PointBlocks& blocks, const FeatureFit<Cone3>& start, long maxIter) {
+ConeZone FindZone(PointView points, PointBlocks& blocks, const FeatureFit<Cone3>& start, const FitOptions& options) {
   const Vec3& origin = blocks.Origin();
   Cone3 local = start.shape;
   local.axis.point = local.axis.point - origin;
-  ConeZone found = NarrowestConeZone(blocks, MeanOf(points) - origin, local, start.form, maxIter);
-  RequireOptimum(found, maxIter);
+  ConeZone found =
+      NarrowestConeZone(blocks, MeanOf(points) - origin, local, start.form, options.maxIter, options.monitor);
+  RequireOptimum(found, options.maxIter);
   found.cone.axis.point = origin + found.cone.axis.point;
   return found;
+}
+
+FeatureFit<Cone3> MinimumZone(PointView points, const FitOptions& options) {
+  PointBlocks blocks = BlocksOf(points);
+  const FitOptions leastSquares{.maxIter = options.maxIter, .wantsDeviations = true, .monitor = options.monitor};
+  const auto start = FitCone(points, blocks, leastSquares);
+  const ConeZone found = FindZone(points, blocks, start, options);
+  if (found.width > start.form + kFormRoundings * found.rounding) FailFit(kNumericalFailure, "CNuConSurf::FitMinZone");
+  // Where the least-squares cone is the optimum, rounding decides which is better.
+  const bool stays = start.form < found.width;
+  const Cone3& cone = stays ? start.shape : found.cone;
+  const double degrees = DegreesOf(cone);
+  if (!(degrees > 0.0 && degrees < 90.0 && IsFinite(cone.Apex()))) FailFit(kNumericalFailure, kName);
+  return {cone, stays ? start.form : found.width};
 }
 
 }  // namespace
@@ -44,16 +59,7 @@ ConeZone FindZone(PointView points, PointBlocks& blocks, const FeatureFit<Cone3>
 FeatureFit<Cone3> nu::internal::FitMinZoneCone(PointView points, const FitOptions& options) {
   RequireIterations(options.maxIter, kName);
   RequireSolid(points, kLeastPoints, 4, options.tol, kName);
-  PointBlocks blocks = BlocksOf(points);
-  const auto start = FitCone(points, blocks, {.maxIter = options.maxIter, .wantsDeviations = true});
-  const ConeZone found = FindZone(points, blocks, start, options.maxIter);
-  if (found.width > start.form + kFormRoundings * found.rounding) FailFit(kNumericalFailure, "CNuConSurf::FitMinZone");
-  // Where the least-squares cone is the optimum, rounding decides which is better.
-  const bool stays = start.form < found.width;
-  const Cone3& cone = stays ? start.shape : found.cone;
-  const double degrees = DegreesOf(cone);
-  if (!(degrees > 0.0 && degrees < 90.0 && IsFinite(cone.Apex()))) FailFit(kNumericalFailure, kName);
-  return {cone, stays ? start.form : found.width, {}};
+  return Monitored(options, [&](const FitOptions& watched) { return MinimumZone(points, watched); });
 }
 
 void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {

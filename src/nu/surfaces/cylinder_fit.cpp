@@ -36,9 +36,8 @@ FeatureFit<Cylinder3> nu::internal::FitCylinder(PointView points, PointBlocks& b
   CylinderLeastSquares fit(blocks);
   const GaussNewtonEnd end = RunSurfaceFit(points, blocks, fit, StartCylinder, options, kName);
   // Required: the limit is reported under the name of the circle, and hosts look for that name.
-  if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, "CNuCircle");
-  if (end == GaussNewtonEnd::unsolvable || !fit.Determined() || !IsCurved(fit, blocks))
-    FailFit(kNumericalFailure, kName);
+  RequireConverged(end, kName, "CNuCircle");
+  if (!fit.Determined() || !IsCurved(fit, blocks)) FailFit(kNumericalFailure, kName);
   const CylinderModel& model = fit.Model();
   const Vec3 onAxis = model.pivot - model.height * model.u + fit.MeanAlong() * model.w;
   const Cylinder3 cylinder{{blocks.InCallersFrame(onAxis), WithLargestPositive(model.w)},
@@ -48,8 +47,10 @@ FeatureFit<Cylinder3> nu::internal::FitCylinder(PointView points, PointBlocks& b
 }
 
 FeatureFit<Cylinder3> nu::internal::FitCylinder(PointView points, const FitOptions& options) {
-  PointBlocks blocks = BlocksOf(points);
-  return FitCylinder(points, blocks, options);
+  return Monitored(options, [&](const FitOptions& watched) {
+    PointBlocks blocks = BlocksOf(points);
+    return FitCylinder(points, blocks, watched);
+  });
 }
 
 void CNuCylSurf::Fit(const CNuPointArray& points, long maxIter) {

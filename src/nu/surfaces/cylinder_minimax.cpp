@@ -39,58 +39,69 @@ CylinderMinimax Solve(PointView points, PointBlocks& blocks, const Cylinder3& st
   const Vec3& origin = blocks.Origin();
   const Cylinder3 local{{start.axis.point - origin, start.axis.direction}, start.radius};
   // Required: the limit is reached by the step that ends the search, too; hosts count on a limit that is never used up.
-  CylinderMinimax found = problem(blocks, MeanOf(points) - origin, local, options.maxIter - 1);
+  CylinderMinimax found = problem(blocks, MeanOf(points) - origin, local, options.maxIter - 1, options.monitor);
   if (found.end == MinimaxEnd::limitReached) FailFit(kIterationLimit, kName);
   if (found.end != MinimaxEnd::converged) FailFit(kNumericalFailure, kName);
   found.cylinder.axis.point = origin + found.cylinder.axis.point;
   return found;
 }
 
-void RequireArguments(PointView points, const FitOptions& options) {
-  RequireIterations(options.maxIter, kName);
-  RequireCount(points, 1, kName);
-}
-
 template<class Problem>
 FeatureFit<Cylinder3> FromLeastSquares(PointView points, const FitOptions& options, Problem problem) {
   return InCanonicalOrder(points, [&](PointView data) -> FeatureFit<Cylinder3> {
     PointBlocks blocks = BlocksOf(data);
-    const Cylinder3 start = FitCylinder(data, blocks, {.maxIter = options.maxIter}).shape;
-    return RequireFinite(FeatureFit<Cylinder3>{Solve(data, blocks, start, options, problem).cylinder}, kName);
+    const Cylinder3 start = FitCylinder(data, blocks, {.maxIter = options.maxIter, .monitor = options.monitor}).shape;
+    return {Solve(data, blocks, start, options, problem).cylinder};
   });
 }
 
 // Where the least-squares cylinder is the optimum, rounding decides which is better. An optimum that is worse is
 // another than the one next to it.
-FeatureFit<Cylinder3> MinimumZone(PointView points, const FitOptions& options) {
+FeatureFit<Cylinder3> ZoneFromLeastSquares(PointView points, const FitOptions& options) {
   PointBlocks blocks = BlocksOf(points);
-  const auto start = FitCylinder(points, blocks, {.maxIter = options.maxIter, .wantsDeviations = true});
+  const auto start =
+      FitCylinder(points, blocks, {.maxIter = options.maxIter, .wantsDeviations = true, .monitor = options.monitor});
   const CylinderMinimax found = Solve(points, blocks, start.shape, options, NarrowestCylinderZone);
   if (found.zone > start.form + kFormRoundings * found.rounding) FailFit(kNumericalFailure, kName);
   const bool stays = found.zone > start.form;
-  return RequireFinite(FeatureFit<Cylinder3>{stays ? start.shape : found.cylinder, stays ? start.form : found.zone},
-                       kName);
+  return {stays ? start.shape : found.cylinder, stays ? start.form : found.zone};
+}
+
+FeatureFit<Cylinder3> Circumscribed(PointView points, const FitOptions& options) {
+  if (LieOnOneLine(points, options.tol)) return CylinderOnLine(points, options.tol);
+  return FromLeastSquares(points, options, SmallestCylinderAround);
+}
+
+FeatureFit<Cylinder3> Inscribed(PointView points, const FitOptions& options) {
+  if (LieOnOneLine(points, options.tol)) return CylinderOnLine(points, options.tol);
+  if (LieInOnePlane(points, options.tol)) return InscribedCircle(points, options);
+  return FromLeastSquares(points, options, LargestCylinderInside);
+}
+
+FeatureFit<Cylinder3> MinimumZone(PointView points, const FitOptions& options) {
+  if (LieOnOneLine(points, options.tol)) return CylinderOnLine(points, options.tol);
+  return InCanonicalOrder(points, [&](PointView data) { return ZoneFromLeastSquares(data, options); });
+}
+
+template<class Find>
+FeatureFit<Cylinder3> FiniteFit(PointView points, const FitOptions& options, Find find) {
+  RequireIterations(options.maxIter, kName);
+  RequireCount(points, 1, kName);
+  return Monitored(options, [&](const FitOptions& watched) { return RequireFinite(find(points, watched), kName); });
 }
 
 }  // namespace
 
 FeatureFit<Cylinder3> nu::internal::FitMinCylinder(PointView points, const FitOptions& options) {
-  RequireArguments(points, options);
-  if (LieOnOneLine(points, options.tol)) return RequireFinite(CylinderOnLine(points, options.tol), kName);
-  return FromLeastSquares(points, options, SmallestCylinderAround);
+  return FiniteFit(points, options, Circumscribed);
 }
 
 FeatureFit<Cylinder3> nu::internal::FitMaxCylinder(PointView points, const FitOptions& options) {
-  RequireArguments(points, options);
-  if (LieOnOneLine(points, options.tol)) return RequireFinite(CylinderOnLine(points, options.tol), kName);
-  if (LieInOnePlane(points, options.tol)) return RequireFinite(InscribedCircle(points, options), kName);
-  return FromLeastSquares(points, options, LargestCylinderInside);
+  return FiniteFit(points, options, Inscribed);
 }
 
 FeatureFit<Cylinder3> nu::internal::FitMinZoneCylinder(PointView points, const FitOptions& options) {
-  RequireArguments(points, options);
-  if (LieOnOneLine(points, options.tol)) return RequireFinite(CylinderOnLine(points, options.tol), kName);
-  return InCanonicalOrder(points, [&](PointView data) { return MinimumZone(data, options); });
+  return FiniteFit(points, options, MinimumZone);
 }
 
 void CNuCylSurf::FitMin(const CNuPointArray& points, double tol, long maxIter) {

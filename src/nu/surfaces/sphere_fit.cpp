@@ -54,10 +54,9 @@ FeatureFit<Sphere3> LeastSquaresSphere(PointBlocks& blocks, const FitOptions& op
                              .limit = options.maxIter,
                              .takesLastStep = false,
                              .endsAtGrowth = true,
-                             .endsBeforeLimit = true};
-  const GaussNewtonEnd end = fit.Run(rule);
-  if (end == GaussNewtonEnd::unsolvable) FailFit(kNumericalFailure, kName);
-  if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, kName);
+                             .endsBeforeLimit = true,
+                             .monitor = options.monitor};
+  RequireConverged(fit.Run(rule), kName, kName);
   const Vec3 centre = fit.Centre();
   const bool stayed = centre.x == start.x && centre.y == start.y && centre.z == start.z;
   const Sphere3 sphere{stayed ? startWorld : origin + centre, fit.Radius()};
@@ -77,8 +76,10 @@ FeatureFit<Sphere3> nu::internal::FitSphere(PointView points, PointBlocks& block
 }
 
 FeatureFit<Sphere3> nu::internal::FitSphere(PointView points, const FitOptions& options) {
-  PointBlocks blocks = BlocksOf(points);
-  return FitSphere(points, blocks, options);
+  return Monitored(options, [&](const FitOptions& watched) {
+    PointBlocks blocks = BlocksOf(points);
+    return FitSphere(points, blocks, watched);
+  });
 }
 
 void CNuSphSurf::Fit(const CNuPointArray& points, long maxIter) {

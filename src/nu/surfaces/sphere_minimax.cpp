@@ -40,18 +40,28 @@ Sphere3 BallOnLine(PointView points, double tol) {
   return {p + half, Hypot(half.x, half.y, half.z)};
 }
 
+Sphere3 Circumscribed(PointView points, double tol) {
+  if (LieOnOneLine(points, tol)) return BallOnLine(points, tol);
+  PointBlocks blocks = BlocksOf(points);
+  const EnclosingBall found = SmallestEnclosingBall<3>(blocks, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}});
+  if (!found.found) FailFit(kNumericalFailure, kName);
+  return {blocks.Origin() + found.centre, found.radius};
+}
+
 FeatureFit<Sphere3> FlatZone(PointView points, const FitOptions& options) {
   RequireFinite(points, kName);
   const CircleZone zone = FitMinZoneCircle(points, options);
   return {{zone.shape.centre, zone.shape.radius}, zone.form, {}};
 }
 
-FeatureFit<Sphere3> MinimalSphericalShell(PointView points, PointBlocks& blocks, const Sphere3& start, long maxIter) {
+FeatureFit<Sphere3> MinimalSphericalShell(PointView points, PointBlocks& blocks, const Sphere3& start,
+                                          const FitOptions& options) {
   const Vec3& origin = blocks.Origin();
   const Vec3 mean = MeanOf(points) - origin;
-  const SphericalShell shell = ThinnestShell(blocks, mean, start.centre - origin, start.radius, maxIter);
+  const SphericalShell shell =
+      ThinnestShell(blocks, mean, start.centre - origin, start.radius, options.maxIter, options.monitor);
   // Required: the limit is reached by the step that ends the search, too; hosts count on a limit that is never used up.
-  if (shell.end == MinimaxEnd::limitReached || shell.steps >= maxIter) FailFit(kIterationLimit, kName);
+  if (shell.end == MinimaxEnd::limitReached || shell.steps >= options.maxIter) FailFit(kIterationLimit, kName);
   if (shell.end != MinimaxEnd::converged) FailFit(kNumericalFailure, kName);
   return {{origin + shell.centre, 0.5 * shell.inner + 0.5 * shell.outer}, shell.outer - shell.inner, {}};
 }
@@ -60,38 +70,41 @@ FeatureFit<Sphere3> MinimalSphericalShell(PointView points, PointBlocks& blocks,
 FeatureFit<Sphere3> MinimumZone(PointView points, const FitOptions& options) {
   if (LieInOnePlane(points, options.tol)) return FlatZone(points, options);
   PointBlocks blocks = BlocksOf(points);
-  const auto start = FitSphere(points, blocks, {.maxIter = options.maxIter, .wantsDeviations = true});
+  const auto start =
+      FitSphere(points, blocks, {.maxIter = options.maxIter, .wantsDeviations = true, .monitor = options.monitor});
   if (start.form < options.tol) return {start.shape};
-  return MinimalSphericalShell(points, blocks, start.shape, options.maxIter);
+  return MinimalSphericalShell(points, blocks, start.shape, options);
 }
 
 }  // namespace
 
 FeatureFit<Sphere3> nu::internal::FitMinSphere(PointView points, const FitOptions& options) {
   RequireCount(points, 1, kName);
-  if (LieOnOneLine(points, options.tol))
-    return RequireFinite(FeatureFit<Sphere3>{BallOnLine(points, options.tol)}, kName);
-  PointBlocks blocks = BlocksOf(points);
-  const EnclosingBall found = SmallestEnclosingBall<3>(blocks, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}});
-  if (!found.found) FailFit(kNumericalFailure, kName);
-  return RequireFinite(FeatureFit<Sphere3>{{blocks.Origin() + found.centre, found.radius}}, kName);
+  return Monitored(options, [&](const FitOptions& watched) {
+    PassMonitor(watched);
+    return RequireFinite(FeatureFit<Sphere3>{Circumscribed(points, watched.tol)}, kName);
+  });
 }
 
 FeatureFit<Sphere3> nu::internal::FitMaxSphere(PointView points, const FitOptions& options) {
   RequireCount(points, kLeastPoints, kName);
   if (LieOnOneLine(points, options.tol)) FailFit(kCollinearPoints, kName, 3);
-  constexpr long passesPerPoint = 10;
-  PointBlocks blocks = BlocksOf(points);
-  const Vec3 mean = MeanOf(points) - blocks.Origin();
-  const EmptyBall found = GrowEmptyBall(blocks, mean, passesPerPoint * static_cast<long>(points.Size()));
-  if (!found.found) FailFit(kNumericalFailure, kName);
-  return RequireFinite(FeatureFit<Sphere3>{{blocks.Origin() + found.centre, found.radius}}, kName);
+  return Monitored(options, [&](const FitOptions& watched) {
+    constexpr long passesPerPoint = 10;
+    PointBlocks blocks = BlocksOf(points);
+    const Vec3 mean = MeanOf(points) - blocks.Origin();
+    const long limit = passesPerPoint * static_cast<long>(points.Size());
+    const EmptyBall found = GrowEmptyBall(blocks, mean, limit, watched.monitor);
+    if (!found.found) FailFit(kNumericalFailure, kName);
+    return RequireFinite(FeatureFit<Sphere3>{{blocks.Origin() + found.centre, found.radius}}, kName);
+  });
 }
 
 FeatureFit<Sphere3> nu::internal::FitMinZoneSphere(PointView points, const FitOptions& options) {
   RequireIterations(options.maxIter, kName);
   RequireCount(points, 1, kName);
-  return RequireFinite(MinimumZone(points, options), kName);
+  return Monitored(options,
+                   [&](const FitOptions& watched) { return RequireFinite(MinimumZone(points, watched), kName); });
 }
 
 void CNuSphSurf::Place(double radius, const CNuPoint& centre) {

@@ -21,10 +21,10 @@ struct SolvedTorus {
   bool isClear = false;
 };
 
-SolvedTorus SmallestTorus(PointView points, TubeStarts starts, long maxIter) {
+SolvedTorus SmallestTorus(PointView points, TubeStarts starts, const FitOptions& options) {
   PointBlocks blocks = BlocksOf(points);
   blocks.Keep();
-  const Tube tube = SmallestTube(blocks, starts, maxIter);
+  const Tube tube = SmallestTube(blocks, starts, options.maxIter, options.monitor);
   if (tube.solution.end == MinimaxEnd::limitReached) FailFit(kIterationLimit, kName);
   const TubeDistance& circle = tube.solution.model;
   const Vec3 centre = blocks.InCallersFrame(circle.frame.origin - circle.Radius() * circle.frame.x);
@@ -36,10 +36,10 @@ SolvedTorus SmallestTorus(PointView points, TubeStarts starts, long maxIter) {
 }
 
 // Few points that leave doubt are taken once more, in an order of their own.
-SolvedTorus SmallestTorusInAnyOrder(PointView points, long maxIter) {
-  const auto bestOfMany = [&](PointView data) { return SmallestTorus(data, TubeStarts::many, maxIter); };
+SolvedTorus SmallestTorusInAnyOrder(PointView points, const FitOptions& options) {
+  const auto bestOfMany = [&](PointView data) { return SmallestTorus(data, TubeStarts::many, options); };
   if (!NeedsCanonicalOrder(points)) return bestOfMany(points);
-  const SolvedTorus nearest = SmallestTorus(points, TubeStarts::one, maxIter);
+  const SolvedTorus nearest = SmallestTorus(points, TubeStarts::one, options);
   return nearest.isClear ? nearest : InOrder(points, bestOfMany);
 }
 
@@ -52,7 +52,9 @@ FeatureFit<Torus3> nu::internal::FitMinTorus(PointView points, const FitOptions&
   RequireFinite(points, kFitMin);
   int corner[3];
   if (!FindTriangle(points, options.tol, corner)) FailFit(kCollinearPoints, kName, kLeastPoints);
-  return {SmallestTorusInAnyOrder(points, options.maxIter).torus};
+  return Monitored(options, [&](const FitOptions& watched) {
+    return FeatureFit<Torus3>{SmallestTorusInAnyOrder(points, watched).torus};
+  });
 }
 
 void CNuTorSurf::FitMin(const CNuPointArray& points, double tol, long maxIter) {

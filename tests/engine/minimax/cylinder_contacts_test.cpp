@@ -45,7 +45,7 @@ struct Case {
     PointBlocks blocks = BlocksOf(ViewOf(points));
     Cylinder3 local = FitCylinder(ViewOf(points), blocks, {.maxIter = 1000}).shape;
     local.axis.point = local.axis.point - blocks.Origin();
-    return problem(blocks, MeanOf(ViewOf(points)) - blocks.Origin(), local, limit);
+    return problem(blocks, MeanOf(ViewOf(points)) - blocks.Origin(), local, limit, {});
   }
 
   double size;

@@ -122,7 +122,8 @@ GaussNewtonEnd RunFrom(const ConicModel& start, double scale, const FitOptions& 
                                                   .limit = std::min<long>(options.maxIter, kMostSteps),
                                                   .takesLastStep = true,
                                                   .endsAtGrowth = false,
-                                                  .endsBeforeLimit = true});
+                                                  .endsBeforeLimit = true,
+                                                  .monitor = options.monitor});
   return end == GaussNewtonEnd::limitReached && options.maxIter > kMostSteps ? GaussNewtonEnd::unsolvable : end;
 }
 
@@ -157,8 +158,8 @@ FeatureFit<FittedConic> Solve(const ConicFitRule& rule, PointView points, const 
     end = RunFrom(ModelOf(kind, starts.frame, BestStart(kind, blocks, axes, starts)), scale, options, fit);
   }
   PlacedConic conic;
-  if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, name);
-  if (end == GaussNewtonEnd::unsolvable || !Place(fit.Model(), conic)) FailFit(kNumericalFailure, name);
+  RequireConverged(end, name, name);
+  if (!Place(fit.Model(), conic)) FailFit(kNumericalFailure, name);
   const double a = conic.a / scale;
   const double b = conic.b / scale;
   const Vec3 axis = Unit(conic.axis);
@@ -175,7 +176,7 @@ FeatureFit<FittedConic> Solve(const ConicFitRule& rule, PointView points, const 
 
 FeatureFit<FittedConic> FitConic(const ConicFitRule& rule, PointView points, const FitOptions& options) {
   RequireIterations(options.maxIter, rule.name);
-  return TranslateForeign(rule.name, [&] { return Solve(rule, points, options); });
+  return TranslateForeign(rule.name, options, [&](const FitOptions& watched) { return Solve(rule, points, watched); });
 }
 
 }  // namespace nu::internal

@@ -243,6 +243,7 @@ GaussNewtonStep DampedGaussNewton<Feature>::SolveStep() {
   double gain = 0.0;
   for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * m_system.right[j];
   step.squaredLength = Feature::SquaredLength(m_model, m_system, m_step) / (m_points.Scale() * m_points.Scale());
+  step.sumSquares = m_system.deviations.sumSquares / (m_points.Scale() * m_points.Scale());
   step.atRoundingLevel = gain <= RoundingLevel();
   if (m_damping > 0.0) Damp();
   m_predicted = PredictedGain();

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/step_monitor.h"
 
 namespace nu::engine::least_squares {
 
@@ -25,15 +26,18 @@ struct GaussNewtonRule {
   bool endsBeforeLimit;
   // Steps that creep count as too many.
   bool stopsCreeping = false;
+  StepMonitor monitor = {};  // sees the sum of squares before each step, and the step before it is taken
 };
 
 // `grew`: the rule ends at growth, and a step was not shorter than the one before without being down to rounding.
-enum class GaussNewtonEnd { converged, grew, limitReached, unsolvable };
+enum class GaussNewtonEnd { converged, grew, limitReached, unsolvable, cancelled };
 
 struct GaussNewtonStep {
   bool solvable = false;
   double squaredLength = 0.0;    // of those parameters that the rule counts
   bool atRoundingLevel = false;  // moves no deviation by more than some rounding errors
+  // In the unit of the points, from the parameters before the step; NaN where the problem does not tell it.
+  double sumSquares = std::numeric_limits<double>::quiet_NaN();
 };
 
 // Watches what an iteration has to bring down to a target. It creeps when, at the rate at which that fell over a
@@ -86,6 +90,7 @@ GaussNewtonEnd RunGaussNewton(Problem& problem, const GaussNewtonRule& rule, lon
     const GaussNewtonStep step = problem.SolveStep();
     if (!step.solvable || !std::isfinite(step.squaredLength)) return GaussNewtonEnd::unsolvable;
     current = step.squaredLength;
+    if (!rule.monitor.GoesOn(count, step.sumSquares, std::sqrt(current))) return GaussNewtonEnd::cancelled;
     const bool converged = current < tolerance;
     if (!converged || rule.takesLastStep) problem.TakeStep();
     const bool longer = !converged && !(current < previous);

@@ -491,6 +491,7 @@ GaussNewtonStep RoundLeastSquares<D>::SolveStep() {
   m_slowness = squaredLength / m_squaredLength;
   m_squaredLength = squaredLength;
   step.squaredLength = squaredLength / (m_points.Scale() * m_points.Scale());
+  step.sumSquares = m_deviations.sumSquares / (m_points.Scale() * m_points.Scale());
   step.atRoundingLevel = gain <= kNoise * kNoise * m_spread;
   return step;
 }
@@ -507,7 +508,8 @@ GaussNewtonEnd RoundLeastSquares<D>::Run(const GaussNewtonRule& rule) {
   long used;
   GaussNewtonEnd end = RunGaussNewton(*this, plain, used);
   const bool falls = end == GaussNewtonEnd::converged && !(m_slowness > kSlow);
-  if (!falls && end != GaussNewtonEnd::unsolvable) end = Settle(rule, used);
+  const bool isOver = falls || end == GaussNewtonEnd::unsolvable || end == GaussNewtonEnd::cancelled;
+  if (!isOver) end = Settle(rule, used);
   return end == GaussNewtonEnd::converged && !IsRound() ? GaussNewtonEnd::unsolvable : end;
 }
 

@@ -33,16 +33,18 @@ class Search {
  public:
   Search(PointBlocks& points, const Vec3 (&axes)[2]) : m_points(points), m_exchange(points, axes), m_axes(axes) {}
 
-  Annulus Run(Vec2 start, long limit) {
+  Annulus Run(Vec2 start, long limit, const StepMonitor& outer) {
+    using Outcome = AnnulusExchange::Outcome;
     start = m_points.Scale() * start;
-    const AnnulusExchange::Outcome outcome = m_exchange.Run(start, limit);
-    if (outcome == AnnulusExchange::Outcome::limitReached) {
-      m_best.end = AnnulusEnd::limitReached;
+    AnnulusMonitor monitor(outer, start, 1.0 / m_points.Scale());
+    const Outcome outcome = m_exchange.Run(start, limit, monitor);
+    if (outcome == Outcome::limitReached || outcome == Outcome::cancelled) {
+      m_best.end = outcome == Outcome::cancelled ? AnnulusEnd::cancelled : AnnulusEnd::limitReached;
       return m_best;
     }
     m_best.end = AnnulusEnd::noOptimum;
-    if (outcome == AnnulusExchange::Outcome::converged) m_best = m_exchange.Found();
-    if (!m_best.certified && !SearchSubset(start)) SearchAll();
+    if (outcome == Outcome::converged) m_best = m_exchange.Found();
+    if (!m_best.certified && !SearchSubset(start, monitor)) SearchAll();
     return InCallersUnit();
   }
 
@@ -56,7 +58,7 @@ class Search {
     return kSameWidth * grid.unit + kSameDistance * distance;
   }
 
-  bool SearchSubset(Vec2 start) {
+  bool SearchSubset(Vec2 start, AnnulusMonitor& monitor) {
     if (m_points.Size() < kSubsetWorth) return false;
     std::vector<Vec2> subset = m_exchange.RepresentativePoints(HasOptimum() ? m_best.centre : start);
     if (HasOptimum()) {
@@ -68,7 +70,12 @@ class Search {
       if (!grid.finite || grid.points.size() < 3) return false;
       const GridAnnulus found = NarrowestGridAnnulus(grid.points, Bound(grid));
       if (!found.found) return false;
-      const AnnulusExchange::Extremes extremes = m_exchange.ExtremesFrom(grid.InPlane(found.centre));
+      const Vec2 centre = grid.InPlane(found.centre);
+      const AnnulusExchange::Extremes extremes = m_exchange.ExtremesFrom(centre);
+      if (!monitor.GoesOn(centre, extremes.outer - extremes.inner)) {
+        m_best.end = AnnulusEnd::cancelled;
+        return true;
+      }
       if (extremes.outer - extremes.inner <= found.width * grid.unit + Rounding(grid, extremes.outer)) {
         const PointView view(&subset.front().x, sizeof(Vec2), subset.size());
         if (NarrowestStrip(view).width < found.width * grid.unit) return false;
@@ -145,8 +152,9 @@ class Search {
 
 }  // namespace
 
-Annulus NarrowestAnnulus(PointBlocks& points, const Vec3 (&axes)[2], Vec2 start, long limit) {
-  return Search(points, axes).Run(start, limit);
+Annulus NarrowestAnnulus(PointBlocks& points, const Vec3 (&axes)[2], Vec2 start, long limit,
+                         const StepMonitor& monitor) {
+  return Search(points, axes).Run(start, limit, monitor);
 }
 
 }  // namespace nu::engine::minimax

@@ -1,6 +1,7 @@
 #ifndef NU_ENGINE_MINIMAX_ANNULUS2_H
 #define NU_ENGINE_MINIMAX_ANNULUS2_H
 
+#include "nu/engine/base/step_monitor.h"
 #include "nu/engine/points/point_blocks.h"
 #include "nu/engine/shapes/vec2.h"
 
@@ -9,6 +10,7 @@ namespace nu::engine::minimax {
 enum class AnnulusEnd {
   found,
   limitReached,
+  cancelled,  // by the monitor
   noOptimum,  // its centre is so far away that rounding hides it
   notFinite,
 };
@@ -28,8 +30,11 @@ struct Annulus {
 // The narrowest annulus. Its centre is at a finite place: the narrowest strip, an annulus around infinity, becomes
 // narrower when the centre comes nearer on one of its sides. Along two axes, relative to the origin of the blocks.
 // `start` is a first guess of the centre, for example that of the least-squares circle; `limit` bounds the exchanges.
-// Of annuli whose widths agree to rounding the one with the least x of the centre, of these the one with the least y.
-Annulus NarrowestAnnulus(PointBlocks& points, const Vec3 (&axes)[2], Vec2 start, long limit);
+// The monitor sees them, and the rounds of a search where they are not enough: the width of the annulus about the
+// present centre, and the way there. Of annuli whose widths agree to rounding the one with the least x of the centre,
+// of these the one with the least y.
+Annulus NarrowestAnnulus(PointBlocks& points, const Vec3 (&axes)[2], Vec2 start, long limit,
+                         const StepMonitor& monitor = {});
 
 }  // namespace nu::engine::minimax
 

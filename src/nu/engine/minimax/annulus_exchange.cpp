@@ -176,7 +176,7 @@ void AnnulusExchange::TakeSample(Vec2 start) {
   for (std::size_t k = 0; k < byAngle.size(); ++k) m_sample[k] = byAngle[k].second;
 }
 
-AnnulusExchange::Outcome AnnulusExchange::Run(Vec2 start, long limit) {
+AnnulusExchange::Outcome AnnulusExchange::Run(Vec2 start, long limit, AnnulusMonitor& monitor) {
   TakeSample(start);
   const std::size_t n = m_sample.size();
   if (n < 4) return Outcome::lost;
@@ -192,6 +192,7 @@ AnnulusExchange::Outcome AnnulusExchange::Run(Vec2 start, long limit) {
   for (long k = 0; k < kMostExchanges; ++k) {
     if (k == limit) return Outcome::limitReached;
     m_extremes = ExtremesFrom(m_centre);
+    if (!monitor.GoesOn(m_centre, m_extremes.outer - m_extremes.inner)) return Outcome::cancelled;
     outcome = Exchange(m_extremes);
     if (outcome == Outcome::converged) return Sharpness() > 0.0 ? outcome : Outcome::lost;
     if (outcome == Outcome::lost) return outcome;

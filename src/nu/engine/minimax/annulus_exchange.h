@@ -7,14 +7,33 @@
 
 namespace nu::engine::minimax {
 
+// Hands the rounds of the search for an annulus to a monitor, in the unit of the points.
+class AnnulusMonitor {
+ public:
+  AnnulusMonitor(const StepMonitor& monitor, Vec2 start, double unit)
+      : m_monitor(monitor), m_centre(start), m_unit(unit) {}
+
+  bool GoesOn(Vec2 centre, double width) {
+    const Vec2 step = centre - m_centre;
+    m_centre = centre;
+    return m_monitor.GoesOn(++m_rounds, m_unit * width, m_unit * std::sqrt(Dot(step, step)));
+  }
+
+ private:
+  StepMonitor m_monitor;
+  Vec2 m_centre;
+  double m_unit;  // of the points, in that of the blocks
+  long m_rounds = 0;
+};
+
 // The exchange that finds an annulus next to a start, and a bound that proves it the narrowest one for points near a
 // circle or an arc. The mathematics is at the top of the source. Here everything is in the unit of the blocks.
 class AnnulusExchange {
  public:
   AnnulusExchange(PointBlocks& points, const Vec3 (&axes)[2]);
 
-  enum class Outcome { converged, limitReached, lost };
-  Outcome Run(Vec2 start, long limit);
+  enum class Outcome { converged, limitReached, lost, cancelled };
+  Outcome Run(Vec2 start, long limit, AnnulusMonitor& monitor);
 
   // After convergence; certified where the bound holds.
   Annulus Found() const;

@@ -98,6 +98,10 @@ void SearchElsewhere(const ScaledProblem& problem, Minimax<Model>& minimax, Mini
         if (!model.IsFinite() || model.bothNappes != bothNappes) continue;
         const MinimaxSolution<Model> other =
             minimax.Improve(InMiddle<Model>(model, 0.5 * (low + high)), value, kMostTrialSteps);
+        if (other.end == MinimaxEnd::cancelled) {
+          found.end = other.end;
+          return;
+        }
         if (!IsOptimum(problem, other)) continue;
         found = other;
         found.steps = steps;
@@ -109,10 +113,10 @@ void SearchElsewhere(const ScaledProblem& problem, Minimax<Model>& minimax, Mini
 }
 
 template<class Model>
-ConeZone Search(const ScaledProblem& problem, const Model& start, long limit) {
-  Minimax<Model> minimax(problem.points, MinimaxSide::both, problem.rounding, std::min(limit, kMostZoneSteps));
+ConeZone Search(const ScaledProblem& problem, const Model& start, long limit, const StepMonitor& monitor) {
+  Minimax<Model> minimax(problem.points, MinimaxSide::both, problem.rounding, std::min(limit, kMostZoneSteps), monitor);
   MinimaxSolution<Model> found = minimax.Solve(start);
-  if (!IsOptimum(problem, found) && found.steps < limit) {
+  if (!IsOptimum(problem, found) && found.end != MinimaxEnd::cancelled && found.steps < limit) {
     found.end = MinimaxEnd::stalled;
     SearchElsewhere(problem, minimax, found);
   }
@@ -121,7 +125,8 @@ ConeZone Search(const ScaledProblem& problem, const Model& start, long limit) {
 
 }  // namespace
 
-ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& start, double form, long limit) {
+ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& start, double form, long limit,
+                           const StepMonitor& monitor) {
   points.Keep();
   NearAndFar seen;
   if (!FindNearAndFar(points, mean, seen)) return {};
@@ -133,8 +138,8 @@ ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& s
       DistanceFromCone(points, Rescaled(start, scale), problem.form + kFormRoundings * rounding, low, high);
   if (!model.IsFinite()) return {};
   const double middle = 0.5 * (low + high);
-  if (model.bothNappes) return Search(problem, InMiddle<NappesDistance>(model, middle), limit);
-  return Search(problem, InMiddle<ConeDistance>(model, middle), limit);
+  if (model.bothNappes) return Search(problem, InMiddle<NappesDistance>(model, middle), limit, monitor);
+  return Search(problem, InMiddle<ConeDistance>(model, middle), limit, monitor);
 }
 
 }  // namespace nu::engine::minimax

@@ -22,7 +22,8 @@ struct ConeZone : Contacts {
 
 // The narrowest zone next to a cone with deviations over a range of `form`, or, where none is next to it, next to
 // another cone, and not wider; `mean` is that of the points. The limit is on the steps from the first.
-ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& start, double form, long limit);
+ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& start, double form, long limit,
+                           const StepMonitor& monitor = {});
 
 }  // namespace nu::engine::minimax
 

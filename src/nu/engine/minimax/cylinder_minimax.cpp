@@ -88,6 +88,11 @@ bool IsBore(const MinimaxSolution<BoreDistance>& solution) {
   return std::all_of(sum, sum + 4, [](double s) { return std::fabs(s) <= kStationary; });
 }
 
+// By the limit or by the monitor, before there was an optimum.
+bool IsCutShort(const MinimaxSolution<BoreDistance>& found) {
+  return found.end == MinimaxEnd::limitReached || found.end == MinimaxEnd::cancelled;
+}
+
 bool IsRound(const ScaledProblem& problem, const CylinderDistance& surface) {
   return problem.seen.greatest > kLeastBend * surface.Radius();
 }
@@ -114,6 +119,7 @@ MinimaxSolution<CylinderDistance> ZoneElsewhere(PointBlocks& points, const Scale
         const Vec3 axisPoint = surface.pivot - (side * r) * out;
         const MinimaxSolution<CylinderDistance> other =
             minimax.Improve(DistanceFromCylinder(points, {{axisPoint, direction}, r}, side * out), value);
+        if (other.end == MinimaxEnd::cancelled) return other;
         if (other.end != MinimaxEnd::converged || !IsRound(problem, other.model)) continue;
         best = other;
         value = other.value - problem.rounding;
@@ -125,14 +131,16 @@ MinimaxSolution<CylinderDistance> ZoneElsewhere(PointBlocks& points, const Scale
 
 }  // namespace
 
-CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit) {
+CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit,
+                                      const StepMonitor& monitor) {
   ScaledProblem problem;
   if (!Prepare(points, mean, start, problem)) return {};
   const CylinderDistance model = MiddleOfZone(points, SurfaceOf(points, problem));
-  Minimax<CylinderDistance> minimax(points, MinimaxSide::both, problem.rounding, std::min(limit, kMostZoneSteps));
+  Minimax<CylinderDistance> minimax(points, MinimaxSide::both, problem.rounding, std::min(limit, kMostZoneSteps),
+                                    monitor);
   MinimaxSolution<CylinderDistance> found = minimax.Solve(model);
   const bool isOptimum = found.end == MinimaxEnd::converged && IsRound(problem, found.model);
-  if (!isOptimum && found.steps < limit) {
+  if (!isOptimum && found.end != MinimaxEnd::cancelled && found.steps < limit) {
     found.end = MinimaxEnd::stalled;
     const double form = RangeOfDeviations(points, model).Width();
     found = ZoneElsewhere(points, problem, 0.5 * form, minimax, found);
@@ -144,20 +152,22 @@ CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, con
   return result;
 }
 
-CylinderMinimax SmallestCylinderAround(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit) {
+CylinderMinimax SmallestCylinderAround(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit,
+                                       const StepMonitor& monitor) {
   ScaledProblem problem;
   if (!Prepare(points, mean, start, problem)) return {};
   // An axis far outside, as that of a narrow strip, is no start.
   const Line3& axis = problem.start.axis;
   const bool isNear = Norm(Rejection(axis.point - problem.mean, axis.direction)) <= problem.seen.greatest;
   const Vec3& through = isNear ? axis.point : problem.mean;
-  const MinimaxSolution<AxisDistance> found = SmallestCylinder(points, through, axis.direction, limit);
+  const MinimaxSolution<AxisDistance> found = SmallestCylinder(points, through, axis.direction, limit, monitor);
   return Described(found, found.model.frame.origin, found.model.frame.z, problem.mean, points.Scale());
 }
 
 // Within the ball that holds all points. Where that leads out of the bore, as it may if hardly more than half of the
 // circumference is there, again with less and less room around the axis.
-CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit) {
+CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit,
+                                      const StepMonitor& monitor) {
   constexpr double mostRoom = 64.0;  // in units of the form
   constexpr double oneSided = 0.9;   // the points are within about 84 degrees of one direction
   ScaledProblem problem;
@@ -166,15 +176,15 @@ CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, con
   const AxisDistance axis{{surface.AxisPoint(), surface.u, surface.v, surface.w}, surface.half};
   const BoreDistance widest{axis, problem.mean, problem.seen.greatest};
   if (!widest.IsInside()) return {};
-  Minimax<BoreDistance> minimax(points, MinimaxSide::inner, problem.rounding, limit);
+  Minimax<BoreDistance> minimax(points, MinimaxSide::inner, problem.rounding, limit, monitor);
   MinimaxSolution<BoreDistance> found = minimax.Solve(widest);
-  const bool again = found.end != MinimaxEnd::limitReached && !IsBore(found) && surface.Bulge() > oneSided;
+  const bool again = !IsCutShort(found) && !IsBore(found) && surface.Bulge() > oneSided;
   const DeviationRange form = again ? RangeOfDeviations(points, surface) : DeviationRange{};
-  for (double room = mostRoom; again && room >= 1.0 && !IsBore(found); room *= 0.5) {
+  for (double room = mostRoom; again && room >= 1.0 && !IsCutShort(found) && !IsBore(found); room *= 0.5) {
     const BoreDistance narrower{axis, axis.frame.origin, room * form.Width()};
     found = minimax.Improve(narrower, -(surface.Radius() + form.smallest));
   }
-  if (found.end != MinimaxEnd::limitReached && !IsBore(found)) found.end = MinimaxEnd::stalled;
+  if (!IsCutShort(found) && !IsBore(found)) found.end = MinimaxEnd::stalled;
   return Described(found, found.model.frame.origin, found.model.frame.z, problem.mean, points.Scale());
 }
 

@@ -21,14 +21,17 @@ struct CylinderMinimax : Contacts {
 
 // The two coaxial cylinders next to the start, or, where none are next to it, next to another cylinder, that hold all
 // points between them at the least distance.
-CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit);
+CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit,
+                                      const StepMonitor& monitor = {});
 
 // The smallest cylinder around all points: the best of those reached from several directions.
-CylinderMinimax SmallestCylinderAround(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit);
+CylinderMinimax SmallestCylinderAround(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit,
+                                       const StepMonitor& monitor = {});
 
 // The largest cylinder next to the start with no point inside whose axis is held between points; `stalled` when it
 // escapes from among them.
-CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit);
+CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit,
+                                      const StepMonitor& monitor = {});
 
 }  // namespace nu::engine::minimax
 

@@ -173,19 +173,22 @@ NU_KERNEL void FindMeeting(const PointBlock& block, const Way& way, double& earl
 class Ascent {
  public:
   // `rounding` is that of a distance.
-  Ascent(PointBlocks& points, const Vec3& mean, double reach, double rounding)
+  Ascent(PointBlocks& points, const Vec3& mean, double reach, double rounding, const StepMonitor& monitor)
       : m_points(points),
         m_near(points, mean, rounding),
         m_mean(mean),
         m_reach(reach),
         m_rounding(rounding),
-        m_centre(mean) {}
+        m_monitor(monitor),
+        m_centre(mean),
+        m_before(mean) {}
 
   enum class End { optimum, saddle, none };
 
   End Run(const NearAndFar& seen, long limit) {
     Begin(seen.nearest);
     for (long pass = 0; pass < limit; ++pass) {
+      if (!GoesOn(pass + 1)) return End::none;
       m_ball = SmallestBallAround();
       if (!m_ball.found) return End::none;
       if (m_ball.contacts == EnclosingBall::kMostContacts) {
@@ -214,6 +217,13 @@ class Ascent {
   static constexpr int kMostSlackenings = 16;
   // Of what four contacts tell about the ball, in units of a distance's rounding: they may lie close together.
   static constexpr double kBallRoundings = 64.0;
+
+  bool GoesOn(long step) {
+    const double unit = 1.0 / m_points.Scale();
+    const double length = Norm(m_centre - m_before);
+    m_before = m_centre;
+    return m_monitor.GoesOn(step, -unit * Norm(m_contact[0] - m_centre), unit * length);
+  }
 
   void Begin(const Vec3& nearest) {
     m_count = 1;
@@ -294,7 +304,9 @@ class Ascent {
   Vec3 m_mean;
   double m_reach;
   double m_rounding;
+  StepMonitor m_monitor;
   Vec3 m_centre;
+  Vec3 m_before;                // the centre at the last step
   double m_leastAtBegin = 0.0;  // the least distance of a point at the last new beginning
   bool m_isRising = true;
   int m_count = 0;
@@ -313,19 +325,19 @@ EmptyBall InCallersUnit(const EnclosingBall& held, double unit) {
 
 }  // namespace
 
-EmptyBall GrowEmptyBall(PointBlocks& points, const Vec3& mean, long limit) {
+EmptyBall GrowEmptyBall(PointBlocks& points, const Vec3& mean, long limit, const StepMonitor& monitor) {
   points.Keep();
   NearAndFar seen;
   if (!FindNearAndFar(points, mean, seen)) return {};
   const Vec3 centre = points.Scale() * mean;
   const double unit = 1.0 / points.Scale();
   const double rounding = kDistanceRoundings * kEpsilon * seen.greatest;
-  Ascent ascent(points, centre, seen.greatest, rounding);
+  Ascent ascent(points, centre, seen.greatest, rounding, monitor);
   const Ascent::End end = ascent.Run(seen, limit);
   if (end == Ascent::End::none) return {};
   if (end == Ascent::End::optimum) return InCallersUnit(ascent.Ball(), unit);
   const AxisFrame frame = FrameAlong(ascent.Centre(), seen.farthest - centre, seen.nearest - centre);
-  Minimax<CentreDistance> minimax(points, MinimaxSide::inner, rounding, limit);
+  Minimax<CentreDistance> minimax(points, MinimaxSide::inner, rounding, limit, monitor);
   const MinimaxSolution<CentreDistance> solution = minimax.Solve({frame, centre, seen.greatest});
   if (solution.end != MinimaxEnd::converged || !IsHeld(solution)) return {};
   return InCallersUnit(solution, unit);

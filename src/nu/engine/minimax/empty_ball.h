@@ -1,6 +1,7 @@
 #ifndef NU_ENGINE_MINIMAX_EMPTY_BALL_H
 #define NU_ENGINE_MINIMAX_EMPTY_BALL_H
 
+#include "nu/engine/base/step_monitor.h"
 #include "nu/engine/minimax/contacts.h"
 #include "nu/engine/points/point_blocks.h"
 
@@ -16,8 +17,9 @@ struct EmptyBall : Contacts {
 
 // The empty ball to which one about the mean of the points grows; the mean and everything in the result is in the
 // unit of the points, from the origin of the blocks. Not found: there is none, as on a cap, out of which it grows for
-// ever; or more than `limit` steps; or a coordinate is not finite. Throws std::bad_alloc.
-EmptyBall GrowEmptyBall(PointBlocks& points, const Vec3& mean, long limit);
+// ever; or more than `limit` steps; or a coordinate is not finite; or the monitor says stop,
+// which sees minus the radius. Throws std::bad_alloc.
+EmptyBall GrowEmptyBall(PointBlocks& points, const Vec3& mean, long limit, const StepMonitor& monitor = {});
 
 }  // namespace nu::engine::minimax
 

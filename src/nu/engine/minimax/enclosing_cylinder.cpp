@@ -61,23 +61,24 @@ Vec3 PrincipalAcross(PointBlocks& points, const Vec3& direction) {
 
 }  // namespace
 
-MinimaxSolution<AxisDistance> SmallestCylinder(PointBlocks& points, const Vec3& mean, const Vec3& direction,
-                                               long limit) {
+MinimaxSolution<AxisDistance> SmallestCylinder(PointBlocks& points, const Vec3& mean, const Vec3& direction, long limit,
+                                               const StepMonitor& monitor) {
   const Reach reach = ReachOf(points, AxisFrame::Along(mean, direction));
   const double half = 0.5 * (reach.high - reach.low);
   const Vec3 middle = mean + (0.5 * (reach.high + reach.low)) * direction;
   const double rounding = kRoundings * kEpsilon * std::sqrt(reach.square);
-  Minimax<AxisDistance> minimax(points, MinimaxSide::outer, rounding, limit);
+  Minimax<AxisDistance> minimax(points, MinimaxSide::outer, rounding, limit, monitor);
   if (!(reach.across > kSlim * kSlim * half * half)) return minimax.Solve({AxisFrame::Along(middle, direction), half});
 
   const AxisFrame frame = AxisFrame::Along(middle, direction, PrincipalAcross(points, direction));
   MinimaxSolution<AxisDistance> best = minimax.Solve({frame, half});
-  if (best.end == MinimaxEnd::limitReached) return best;
+  if (best.end == MinimaxEnd::limitReached || best.end == MinimaxEnd::cancelled) return best;
   if (AxisSearch::IsProven(KnownCylinder(best))) return best;
   AxisSearch search(points, best.model.frame, minimax.KnownPoints());
   AxisDistance start;
   while (search.FindSmaller(KnownCylinder(best), start)) {
     const MinimaxSolution<AxisDistance> other = minimax.Improve(start, best.value - rounding);
+    if (other.end == MinimaxEnd::cancelled) return other;
     if (other.end == MinimaxEnd::converged) best = other;
   }
   return best;

@@ -8,8 +8,8 @@ namespace nu::engine::minimax {
 // The smallest circular cylinder that holds all points: the local optimum reached from the axis given, which is through
 // `mean` along the unit `direction`, or one that a search over all directions finds smaller. The limit is on the steps
 // from the first.
-MinimaxSolution<AxisDistance> SmallestCylinder(PointBlocks& points, const Vec3& mean, const Vec3& direction,
-                                               long limit);
+MinimaxSolution<AxisDistance> SmallestCylinder(PointBlocks& points, const Vec3& mean, const Vec3& direction, long limit,
+                                               const StepMonitor& monitor = {});
 
 }  // namespace nu::engine::minimax
 

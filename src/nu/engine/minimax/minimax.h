@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "nu/engine/base/step_monitor.h"
 #include "nu/engine/minimax/contacts.h"
 #include "nu/engine/minimax/curved_minimax.h"
 #include "nu/engine/minimax/linear_minimax.h"
@@ -33,8 +34,9 @@ namespace nu::engine::minimax {
 enum class MinimaxEnd {
   converged,
   limitReached,
-  stalled,   // no step leads down, although the multipliers do not prove an optimum
-  unsolved,  // the linear program ran out of pivots, or no deviation is a number
+  stalled,    // no step leads down, although the multipliers do not prove an optimum
+  unsolved,   // the linear program ran out of pivots, or no deviation is a number
+  cancelled,  // by the monitor
 };
 
 // A Model has
@@ -62,13 +64,17 @@ class Minimax {
  public:
   static constexpr int K = Model::kUnknowns;
 
-  // rounding: the error of a deviation. limit: on the steps of Solve; above 1000 it is 1000.
-  Minimax(PointBlocks& points, MinimaxSide side, double rounding, long limit)
+  // rounding: the error of a deviation. limit: on the steps of Solve; above 1000 it is 1000. The monitor sees the
+  // largest deviation of the working set and the length of the step that led there, over all starts; once it has
+  // cancelled, every further run ends so at once. The scale of the blocks stays as it is.
+  Minimax(PointBlocks& points, MinimaxSide side, double rounding, long limit, const StepMonitor& monitor = {})
       : m_points(points, side),
         m_side(side),
         m_rounding(rounding),
         m_limit(std::min(limit, kMostSteps)),
-        m_runLimit(m_limit) {}
+        m_runLimit(m_limit),
+        m_monitor(monitor),
+        m_unit(1.0 / points.Scale()) {}
 
   // The optimum next to the start, and no worse than it.
   MinimaxSolution<Model> Solve(const Model& start) {
@@ -162,10 +168,12 @@ class Minimax {
     int vainPasses = 0;
     MinimaxEnd end = MinimaxEnd::limitReached;
     Begin();
+    if (m_cancelled) return Describe(MinimaxEnd::cancelled);
     for (long round = 0; round < m_runLimit; ++round) {
       const double enough = Enough(bestValue);
       m_pause = m_steps + kStepsPerPass;
       end = SolveSet(enough);
+      if (end == MinimaxEnd::cancelled) break;
       const bool paused = end == MinimaxEnd::limitReached;
       if (paused && m_steps >= m_runLimit) break;
       if (!paused && m_value >= stop) {
@@ -216,6 +224,7 @@ class Minimax {
       if (m_value < enough) return MinimaxEnd::converged;
       if (m_steps >= std::min(m_runLimit, m_pause)) return MinimaxEnd::limitReached;
       ++m_steps;
+      if (!GoesOn()) return MinimaxEnd::cancelled;
       if (!m_settled && !SolveLinear()) return MinimaxEnd::unsolved;
       const Progress progress = TryCurvedStep();
       if (progress == Progress::converged) return MinimaxEnd::converged;
@@ -230,6 +239,11 @@ class Minimax {
       }
     }
     return MinimaxEnd::converged;
+  }
+
+  bool GoesOn() {
+    m_cancelled = m_cancelled || !m_monitor.GoesOn(++m_monitored, m_unit * m_value, m_unit * m_taken);
+    return !m_cancelled;
   }
 
   void Begin() {
@@ -418,6 +432,7 @@ class Minimax {
     if (!(m_gain >= kFairPart * promised - m_rounding)) return false;
     m_model = moved;
     m_value = value;
+    m_taken = Length(step);
     std::swap(m_rows, m_trial);
     return true;
   }
@@ -492,6 +507,11 @@ class Minimax {
   double m_rounding;
   long m_limit;
   long m_runLimit;
+  StepMonitor m_monitor;
+  double m_unit;  // of the points, in that of the blocks
+  long m_monitored = 0;
+  bool m_cancelled = false;
+  double m_taken = std::numeric_limits<double>::quiet_NaN();  // the length of the step taken last
 
   Model m_model;
   double m_value = 0.0;  // the largest of the working set

@@ -129,7 +129,7 @@ Tube CircleThroughAll(PointBlocks& three) {
 
 }  // namespace
 
-Tube SmallestTube(PointBlocks& points, TubeStarts starts, long limit) {
+Tube SmallestTube(PointBlocks& points, TubeStarts starts, long limit, const StepMonitor& monitor) {
   if (points.Size() == 3) return CircleThroughAll(points);
   const FourthMoments moments = FindFourthMoments(points);
   Tube best;
@@ -137,15 +137,17 @@ Tube SmallestTube(PointBlocks& points, TubeStarts starts, long limit) {
   const double reach = ReachFrom(moments.mean, points);
   const double rounding = kRoundings * kEpsilon * reach;
   const StartTubes start(moments, reach);
-  Minimax<TubeDistance> minimax(points, MinimaxSide::outer, rounding, limit);
+  Minimax<TubeDistance> minimax(points, MinimaxSide::outer, rounding, limit, monitor);
   best.solution = minimax.Solve(start.CircleAcross({0.0, 0.0, 1.0}));
   const bool converged = best.solution.end == MinimaxEnd::converged;
   const double clear = points.Size() > kFewPoints ? kClear : kClearOfFew;
   best.isClear = converged && best.solution.value < clear * moments.spread[1];
-  if (best.isClear || starts == TubeStarts::one || best.solution.end == MinimaxEnd::limitReached) return best;
+  const bool isOver = best.solution.end == MinimaxEnd::limitReached || best.solution.end == MinimaxEnd::cancelled;
+  if (best.isClear || starts == TubeStarts::one || isOver) return best;
   double least = converged ? best.solution.value - rounding : std::numeric_limits<double>::infinity();
   ForFurtherStarts(start, [&](const TubeDistance& from) {
     const MinimaxSolution<TubeDistance> other = minimax.Improve(from, least);
+    if (other.end == MinimaxEnd::cancelled) best.solution.end = other.end;
     if (other.end != MinimaxEnd::converged || !(other.value < least)) return;
     best.solution = other;
     least = other.value - rounding;

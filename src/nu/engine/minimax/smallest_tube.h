@@ -20,7 +20,7 @@ struct Tube {
 // points. The first start is the circle in the plane of the points, the others are circles in other planes and straight
 // lines; the best of the local optima reached is taken. May set the scale of the blocks. The limit is on the steps from
 // the first start.
-Tube SmallestTube(PointBlocks& points, TubeStarts starts, long limit);
+Tube SmallestTube(PointBlocks& points, TubeStarts starts, long limit, const StepMonitor& monitor = {});
 
 }  // namespace nu::engine::minimax
 

@@ -154,7 +154,8 @@ ShellModel StartAt(PointBlocks& points, const Vec3& mean, const Vec3& centre, do
 
 }  // namespace
 
-SphericalShell ThinnestShell(PointBlocks& points, const Vec3& mean, const Vec3& centre, double radius, long limit) {
+SphericalShell ThinnestShell(PointBlocks& points, const Vec3& mean, const Vec3& centre, double radius, long limit,
+                             const StepMonitor& monitor) {
   points.Keep();
   SphericalShell shell;
   NearAndFar seen;
@@ -162,7 +163,7 @@ SphericalShell ThinnestShell(PointBlocks& points, const Vec3& mean, const Vec3& 
   const double scale = points.Scale();
   const ShellModel start = StartAt(points, scale * mean, scale * centre, scale * radius, seen);
   const double rounding = kDistanceRoundings * kEpsilon * seen.greatest;
-  Minimax<ShellModel> minimax(points, MinimaxSide::both, rounding, limit);
+  Minimax<ShellModel> minimax(points, MinimaxSide::both, rounding, limit, monitor);
   const MinimaxSolution<ShellModel> solution = minimax.Solve(start);
   const double unit = 1.0 / scale;
   const double middle = 1.0 / std::fabs(solution.model.bend);

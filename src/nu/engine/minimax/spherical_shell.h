@@ -19,7 +19,8 @@ struct SphericalShell : Contacts {
 // The thinnest shell next to a sphere, and not thicker than the one about its centre; a limit above 1000 is 1000. The
 // mean of the points, the sphere and everything in the result are in the unit of the points, from the origin of the
 // blocks.
-SphericalShell ThinnestShell(PointBlocks& points, const Vec3& mean, const Vec3& centre, double radius, long limit);
+SphericalShell ThinnestShell(PointBlocks& points, const Vec3& mean, const Vec3& centre, double radius, long limit,
+                             const StepMonitor& monitor = {});
 
 }  // namespace nu::engine::minimax
 

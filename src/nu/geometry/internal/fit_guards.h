@@ -1,6 +1,7 @@
 #ifndef NU_GEOMETRY_INTERNAL_FIT_GUARDS_H
 #define NU_GEOMETRY_INTERNAL_FIT_GUARDS_H
 
+#include "nu/engine/least_squares/gauss_newton.h"
 #include "nu/engine/points/coincidence.h"
 #include "nu/engine/points/extents.h"
 #include "nu/engine/points/point_blocks.h"
@@ -9,6 +10,7 @@
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/fit_result.h"
 #include "nu/geometry/internal/conversions.h"
+#include "nu/geometry/internal/feature_fit.h"
 #include "nu/geometry/internal/point_set.h"
 
 // What the fits of all features share: their checks, the translation of foreign exceptions, and the variants that do
@@ -46,6 +48,12 @@ inline void RequireFinite(PointView points, const char* name) {
   if (!ExtentsOf(points).isFinite) FailFit(kNumericalFailure, name);
 }
 
+// What an iteration that did not converge ran into. Those that were cancelled get their own failure from Monitored.
+inline void RequireConverged(GaussNewtonEnd end, const char* name, const char* nameAtLimit) {
+  if (end == GaussNewtonEnd::limitReached) FailFit(kIterationLimit, nameAtLimit);
+  if (end == GaussNewtonEnd::unsolvable || end == GaussNewtonEnd::cancelled) FailFit(kNumericalFailure, name);
+}
+
 // Points that are no `least` distinct ones within `tol`.
 inline bool HasFewerDistinct(PointView points, int least, double tol) {
   return !HasDistinct(points, least, tol, NuGetZero());
@@ -61,6 +69,13 @@ auto TranslateForeign(const char* name, Fit fit) {
   } catch (...) {
     FailFit(kNumericalFailure, name);
   }
+}
+
+// The same for fit(options), under the monitor.
+template<class Fit>
+auto TranslateForeign(const char* name, const FitOptions& options, Fit fit) {
+  return Monitored(options,
+                   [&](const FitOptions& watched) { return TranslateForeign(name, [&] { return fit(watched); }); });
 }
 
 // Runs a fit and turns its failure into a result.

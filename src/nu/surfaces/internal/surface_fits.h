@@ -88,7 +88,8 @@ GaussNewtonEnd RunSurfaceFit(PointView points, PointBlocks& blocks, Fit& fit, bo
                              .takesLastStep = true,
                              .endsAtGrowth = false,
                              .endsBeforeLimit = true,
-                             .stopsCreeping = true};
+                             .stopsCreeping = true,
+                             .monitor = options.monitor};
   return RunGaussNewton(fit, rule);
 }
 
