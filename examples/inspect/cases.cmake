@@ -53,11 +53,11 @@ expect_everywhere(0 "axis x +0\\.00209.*radius +22\\.0130[0-9]+.*cylindricity CY
 expect_everywhere(0 "semi-angle +0\\.5729[0-9]+ .*cone form +0\\.00435.*inner apex x +-356\\.79.*cone form +0\\.00419[0-9].*contact points +7"
   ${PARTS}/pin.csv --feature cone --criterion all --svg ./)
 expect_everywhere(0 "major radius +34\\.500.*minor radius +2\\.6142[0-9]+.*contact points +7" ${PARTS}/ring.txt --feature torus
-  --criterion mc --svg ring-torus-mc.svg)
+  --criterion mz --svg ring-torus-mz.svg)
 expect_everywhere(3 "semi-axis a +48\\.199.*semi-axis b +31\\.399.*form +0\\.0177.*focal length +18\\.348.*form +0\\.0096.*semi-axis a +12\\.400.*semi-axis b +54\\.99.*form +0\\.0136"
   ${PARTS}/flange.xyz ${PARTS}/reflector.csv ${PARTS}/roller.txt --feature ellipse,parabola,hyperbola --svg ./ --json conics.json)
 foreach(picture "ball-sphere-mz;contact points" "sleeve-cylinder-ls;along the axis towards .Z"
-    "sleeve-cylinder-mz;contact points" "pin-cone-mz;contact points" "ring-torus-mc;angle around the tube"
+    "sleeve-cylinder-mz;contact points" "pin-cone-mz;contact points" "ring-torus-mz;angle around the tube"
     "pin-cone-ls;0° towards" "flange-ellipse-ls;fitted ellipse" "reflector-parabola-ls;2000:1"
     "roller-hyperbola-ls;away from the focus" "bore-circle-mz;contact points" "edge-line-mz;contact points"
     "plate-plane-mz;contact points" "bore-circle-ls;unit mm .as the header says.*5000:1" "edge-line-ls;10000:1"

@@ -1,17 +1,11 @@
 #ifndef NU_INSPECT_FIT_TOOLS_H
 #define NU_INSPECT_FIT_TOOLS_H
 
-#include <nu/nu.h>
-
 #include <chrono>
-#include <climits>
 
 #include "evaluate/fits.h"
 
 // What the fits of all features share.
-
-// Well-conditioned fits need fewer than a hundred steps; only hopeless ones come here.
-inline constexpr long kMaxIterations = 200;
 
 inline Vec3 ToVec3(const CNuPoint& point) {
   return {point.x(), point.y(), point.z()};
@@ -30,59 +24,38 @@ inline Parameter Length(const std::string& name, double length) {
   return {name, Parameter::Kind::kLength, {length}};
 }
 
-inline CNuPointArray ToPointArray(const std::vector<Vec3>& points) {
-  if (points.size() > INT_MAX) throw FitFailure("more points than the library can count");
-  CNuPointArray array(static_cast<int>(points.size()));
-  for (const Vec3& p : points) array.Add(CNuPoint(p[0], p[1], p[2]));
-  return array;
-}
-
 // A unit vector across z, along the global axis `preferred` as far as z permits.
-inline Vec3 AxisAcross(const Vec3& z, std::size_t preferred) {
-  constexpr double kNearlyParallel = 0.9;
-  if (std::fabs(z[preferred]) > kNearlyParallel) preferred = (preferred + 1) % 3;
-  Vec3 x{};
-  x[preferred] = 1;
-  const double along = z[preferred];
-  return Unit({x[0] - along * z[0], x[1] - along * z[1], x[2] - along * z[2]});
-}
+Vec3 AxisAcross(const Vec3& z, std::size_t preferred);
 
-inline Frame FrameAlong(const CNuPoint& origin, const CNuVector& direction) {
-  const Vec3 z = ToVec3(direction);
-  const Vec3 x = AxisAcross(z, 0);
-  return {ToVec3(origin), x, Cross(z, x), z};
-}
+Frame FrameAlong(const CNuPoint& origin, const CNuVector& direction);
 
-template<typename Deviation>
-void AddDeviations(const std::vector<Vec3>& points, const Deviation& deviation, Inspection* inspection) {
-  inspection->local.reserve(points.size());
-  inspection->deviations.reserve(points.size());
-  for (const Vec3& point : points) {
-    inspection->local.push_back(inspection->frame.ToLocal(point));
-    inspection->deviations.push_back(deviation(inspection->local.back()));
-  }
-}
+// Puts what the report tells into the inspection, whose frame and parameters are known.
+void TakeReport(const CNuAssociationReport& report, const std::vector<Vec3>& points, Inspection* result);
 
-// Runs fit(array, &feature, &inspection) and takes the time of that and nothing else; then describe(points, feature,
-// &inspection) puts the parameters of the feature before those that the fit may have added, and its deviations.
-template<typename Feature, typename Fit, typename Describe>
-Inspection FitAndDescribe(const std::vector<Vec3>& points, Feature feature, const Fit& fit, const Describe& describe) {
-  const CNuPointArray array = ToPointArray(points);
+// An association of the points with the details that inspections show. The points are borrowed.
+CNuAssociation AssociationOf(const std::vector<Vec3>& points);
+
+// Fits the feature, takes the time, and lets describe(feature, &inspection) name its parameters and place its frame.
+// Throws what the report of a failure throws.
+template<typename Feature, typename Describe>
+Inspection Associate(const std::vector<Vec3>& points, ENuCriterion criterion, Feature feature,
+                     const Describe& describe) {
+  const CNuAssociation association = AssociationOf(points);
   Inspection result;
   const auto start = std::chrono::steady_clock::now();
-  fit(array, &feature, &result);
+  const CNuAssociationReport report = association.Fit(criterion, &feature);
   result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  const std::vector<Parameter> boundary = std::move(result.parameters);
-  describe(points, feature, &result);
-  result.parameters.insert(result.parameters.end(), boundary.begin(), boundary.end());
+  report.Require();
+  describe(feature, &result);
+  TakeReport(report, points, &result);
   return result;
 }
 
-// Coordinates that were projected, and the tests of the fits for points that coincide or lie in one plane, are good to
-// this part of the size of the part.
-inline double SameLength(const std::vector<Vec3>& points) {
-  constexpr double kOfSize = 1e-9;
-  return kOfSize * SizeOf(points);
-}
+// The radius and diameter of a round feature and, of a minimum zone, those of its two boundaries.
+void AddRadii(ENuCriterion criterion, Inspection* result);
+
+// The thinnest tube around the points is the minimum zone of a circle in space: deviations from that circle become
+// those from the tube.
+void MeasureFromTube(double radius, Inspection* result);
 
 #endif

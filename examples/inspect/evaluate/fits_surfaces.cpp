@@ -1,4 +1,4 @@
-// Fits of spheres, cylinders, cones and tori.
+// Spheres, cylinders, cones and tori.
 
 #include <numbers>
 
@@ -6,160 +6,72 @@
 
 namespace {
 
-constexpr double kRadian = std::numbers::pi / 180;
-
-void DescribeSphere(const std::vector<Vec3>& points, const CNuSphSurf& sphere, Inspection* result) {
-  result->parameters = {Point("centre", sphere.GetCentre()), Length("radius", sphere.GetRadius()),
-                        Length("diameter", 2 * sphere.GetRadius())};
-  result->frame.origin = ToVec3(sphere.GetCentre());
-  const double radius = sphere.GetRadius();
-  AddDeviations(
-      points, [radius](const Vec3& p) { return NuPythag(p[0], p[1], p[2]) - radius; }, result);
-}
-
-void DescribeCylinder(const std::vector<Vec3>& points, const CNuCylSurf& cylinder, Inspection* result) {
-  const CNuLine axis = cylinder.GetAxis();
-  result->parameters = {Point("axis point", axis.GetPoint()), Direction("axis", axis.GetDirection()),
-                        Length("radius", cylinder.GetRadius()), Length("diameter", 2 * cylinder.GetRadius())};
-  result->frame = FrameAlong(axis.GetPoint(), axis.GetDirection());
-  const double radius = cylinder.GetRadius();
-  AddDeviations(
-      points, [radius](const Vec3& p) { return NuPythag(p[0], p[1]) - radius; }, result);
-}
-
-void DescribeCone(const std::vector<Vec3>& points, const CNuConSurf& cone, Inspection* result) {
-  result->parameters = {Point("apex", cone.GetApex()),
-                        Direction("axis", cone.GetAxisDirection()),
-                        {"semi-angle", Parameter::Kind::kAngle, {cone.GetSemiAngle()}}};
-  result->frame = FrameAlong(cone.GetApex(), cone.GetAxisDirection());
-  const double s = std::sin(cone.GetSemiAngle() * kRadian);
-  const double c = std::cos(cone.GetSemiAngle() * kRadian);
-  AddDeviations(
-      points, [s, c](const Vec3& p) { return NuPythag(p[0], p[1]) * c - p[2] * s; }, result);
-}
-
-void DescribeTorus(const std::vector<Vec3>& points, const CNuTorSurf& torus, Inspection* result) {
-  double major = 0;
-  double minor = 0;
-  CNuPoint centre;
-  CNuVector axis;
-  torus.GetData(&major, &minor, &centre, &axis);
-  result->parameters = {Point("centre", centre), Direction("axis", axis), Length("major radius", major),
-                        Length("minor radius", minor)};
-  result->frame = FrameAlong(centre, axis);
-  result->tubeCircle = major;
-  AddDeviations(
-      points, [major, minor](const Vec3& p) { return NuPythag(NuPythag(p[0], p[1]) - major, p[2]) - minor; }, result);
+// The apexes of the two cones that bound the zone.
+void AddApexes(double semiAngle, Inspection* result) {
+  const double perDeviation = 1 / std::sin(semiAngle * std::numbers::pi / 180);
+  const auto add = [&](const char* name, double deviation) {
+    Parameter apex{name, Parameter::Kind::kPoint, {}};
+    for (std::size_t i = 0; i < 3; ++i) {
+      apex.values.push_back(result->frame.origin[i] - deviation * perDeviation * result->frame.z[i]);
+    }
+    result->parameters.push_back(apex);
+  };
+  add("inner apex", -result->LargestInwards());
+  add("outer apex", result->LargestOutwards());
 }
 
 }  // namespace
 
-Inspection LeastSquaresSphere(const std::vector<Vec3>& points) {
-  return FitAndDescribe(
-      points, CNuSphSurf(1.0),
-      [](const CNuPointArray& array, CNuSphSurf* sphere, Inspection* result) {
-        sphere->Fit(array, &result->form, &result->sumSquares, kMaxIterations);
-      },
-      DescribeSphere);
+Inspection FitSphere(const std::vector<Vec3>& points, ENuCriterion criterion) {
+  Inspection result =
+      Associate(points, criterion, CNuSphSurf(1.0), [](const CNuSphSurf& sphere, Inspection* inspection) {
+        inspection->parameters = {Point("centre", sphere.GetCentre())};
+        inspection->frame.origin = ToVec3(sphere.GetCentre());
+        inspection->radius = sphere.GetRadius();
+      });
+  AddRadii(criterion, &result);
+  return result;
 }
 
-Inspection MinimumZoneSphere(const std::vector<Vec3>& points) {
-  const double tol = SameLength(points);
-  return FitAndDescribe(
-      points, CNuSphSurf(1.0),
-      [tol](const CNuPointArray& array, CNuSphSurf* sphere, Inspection* result) {
-        CNuSphSurf inner(1.0);
-        CNuSphSurf outer(1.0);
-        sphere->FitMinZone(array, &result->form, &inner, &outer, tol, kMaxIterations);
-        result->parameters = {Length("inner radius", inner.GetRadius()), Length("outer radius", outer.GetRadius())};
-      },
-      DescribeSphere);
+Inspection FitCylinder(const std::vector<Vec3>& points, ENuCriterion criterion) {
+  Inspection result =
+      Associate(points, criterion, CNuCylSurf(1.0), [](const CNuCylSurf& cylinder, Inspection* inspection) {
+        const CNuLine axis = cylinder.GetAxis();
+        inspection->parameters = {Point("axis point", axis.GetPoint()), Direction("axis", axis.GetDirection())};
+        inspection->frame = FrameAlong(axis.GetPoint(), axis.GetDirection());
+        inspection->radius = cylinder.GetRadius();
+      });
+  AddRadii(criterion, &result);
+  return result;
 }
 
-Inspection CircumscribedSphere(const std::vector<Vec3>& points) {
-  const double tol = SameLength(points);
-  return FitAndDescribe(
-      points, CNuSphSurf(1.0),
-      [tol](const CNuPointArray& array, CNuSphSurf* sphere, Inspection*) { sphere->FitMin(array, tol); },
-      DescribeSphere);
+Inspection FitCone(const std::vector<Vec3>& points, ENuCriterion criterion) {
+  double semiAngle = 0;
+  Inspection result =
+      Associate(points, criterion, CNuConSurf(45.0), [&](const CNuConSurf& cone, Inspection* inspection) {
+        semiAngle = cone.GetSemiAngle();
+        inspection->parameters = {Point("apex", cone.GetApex()),
+                                  Direction("axis", cone.GetAxisDirection()),
+                                  {"semi-angle", Parameter::Kind::kAngle, {semiAngle}}};
+        inspection->frame = FrameAlong(cone.GetApex(), cone.GetAxisDirection());
+      });
+  if (criterion == NuMinimumZone) AddApexes(semiAngle, &result);
+  return result;
 }
 
-Inspection InscribedSphere(const std::vector<Vec3>& points) {
-  const double tol = SameLength(points);
-  return FitAndDescribe(
-      points, CNuSphSurf(1.0),
-      [tol](const CNuPointArray& array, CNuSphSurf* sphere, Inspection*) { sphere->FitMax(array, tol); },
-      DescribeSphere);
-}
-
-Inspection LeastSquaresCylinder(const std::vector<Vec3>& points) {
-  return FitAndDescribe(
-      points, CNuCylSurf(1.0),
-      [](const CNuPointArray& array, CNuCylSurf* cylinder, Inspection* result) {
-        cylinder->Fit(array, &result->form, &result->sumSquares, kMaxIterations);
-      },
-      DescribeCylinder);
-}
-
-Inspection MinimumZoneCylinder(const std::vector<Vec3>& points) {
-  const double tol = SameLength(points);
-  return FitAndDescribe(
-      points, CNuCylSurf(1.0),
-      [tol](const CNuPointArray& array, CNuCylSurf* cylinder, Inspection* result) {
-        CNuCylSurf inner(1.0);
-        CNuCylSurf outer(1.0);
-        cylinder->FitMinZone(array, &result->form, &inner, &outer, tol, kMaxIterations);
-        result->parameters = {Length("inner radius", inner.GetRadius()), Length("outer radius", outer.GetRadius())};
-      },
-      DescribeCylinder);
-}
-
-Inspection CircumscribedCylinder(const std::vector<Vec3>& points) {
-  const double tol = SameLength(points);
-  return FitAndDescribe(
-      points, CNuCylSurf(1.0),
-      [tol](const CNuPointArray& array, CNuCylSurf* cylinder, Inspection*) {
-        cylinder->FitMin(array, tol, kMaxIterations);
-      },
-      DescribeCylinder);
-}
-
-Inspection InscribedCylinder(const std::vector<Vec3>& points) {
-  const double tol = SameLength(points);
-  return FitAndDescribe(
-      points, CNuCylSurf(1.0),
-      [tol](const CNuPointArray& array, CNuCylSurf* cylinder, Inspection*) {
-        cylinder->FitMax(array, tol, kMaxIterations);
-      },
-      DescribeCylinder);
-}
-
-Inspection LeastSquaresCone(const std::vector<Vec3>& points) {
-  return FitAndDescribe(
-      points, CNuConSurf(45.0),
-      [](const CNuPointArray& array, CNuConSurf* cone, Inspection* result) {
-        cone->Fit(array, &result->form, &result->sumSquares, kMaxIterations);
-      },
-      DescribeCone);
-}
-
-Inspection MinimumZoneCone(const std::vector<Vec3>& points) {
-  const double tol = SameLength(points);
-  return FitAndDescribe(
-      points, CNuConSurf(45.0),
-      [tol](const CNuPointArray& array, CNuConSurf* cone, Inspection* result) {
-        CNuConSurf inner(45.0);
-        CNuConSurf outer(45.0);
-        cone->FitMinZone(array, &result->form, &inner, &outer, tol, kMaxIterations);
-        result->parameters = {Point("inner apex", inner.GetApex()), Point("outer apex", outer.GetApex())};
-      },
-      DescribeCone);
-}
-
-Inspection CircumscribedTorus(const std::vector<Vec3>& points) {
-  const double tol = SameLength(points);
-  return FitAndDescribe(
-      points, CNuTorSurf(2.0, 1.0),
-      [tol](const CNuPointArray& array, CNuTorSurf* torus, Inspection*) { torus->FitMin(array, tol, kMaxIterations); },
-      DescribeTorus);
+Inspection FitTorus(const std::vector<Vec3>& points, ENuCriterion criterion) {
+  double tube = 0;
+  Inspection result =
+      Associate(points, criterion, CNuTorSurf(2.0, 1.0), [&tube](const CNuTorSurf& torus, Inspection* inspection) {
+        double major = 0;
+        CNuPoint centre;
+        CNuVector axis;
+        torus.GetData(&major, &tube, &centre, &axis);
+        inspection->parameters = {Point("centre", centre), Direction("axis", axis), Length("major radius", major),
+                                  Length("minor radius", tube)};
+        inspection->frame = FrameAlong(centre, axis);
+        inspection->tubeCircle = major;
+      });
+  if (criterion == NuMinimumZone) MeasureFromTube(tube, &result);
+  return result;
 }

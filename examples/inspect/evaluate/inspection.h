@@ -74,6 +74,7 @@ struct Inspection {
   Terms terms;
   std::vector<Parameter> parameters;
   ConicShape conic;
+  double radius = 0;      // of a circle, sphere or cylinder
   double tubeCircle = 0;  // the radius of the circle of tube centres of a torus
   double form = 0;
   double sumSquares = 0;

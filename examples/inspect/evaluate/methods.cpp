@@ -10,31 +10,6 @@
 
 namespace {
 
-std::string Explain(const CNuBestfitException& failure) {
-  switch (failure.GetCause()) {
-    case NuBestfitTooFewPoints:
-      return "too few points: at least " + std::to_string(failure.GetSize()) + " are needed";
-    case NuBestfitTooFewDistinct:
-      return "the points coincide or have no dominant direction";
-    case NuBestfitCollinearPoints:
-      return "the points lie on one line";
-    case NuBestfitCoplanarPoints:
-      return "the points lie in one plane";
-    case NuBestfitNotCoplanar:
-      return "the points do not lie in one plane";
-    case NuBestfitNoVariation:
-      return "the points do not vary as the feature needs";
-    case NuBestfitExchange:
-      return "the search for the zone failed";
-    case NuBestfitNumericalFailure:
-      return "a numerical step failed: the points do not determine the feature";
-    case NuBestfitIterationLimit:
-      return "no convergence within " + std::to_string(kMaxIterations) + " iterations";
-    default:
-      return "the fit failed with cause " + std::to_string(failure.GetCause());
-  }
-}
-
 // Tables and pictures rely on it.
 void RequireFinite(const Inspection& inspection) {
   bool finite = std::isfinite(inspection.form) && std::isfinite(inspection.sumSquares);
@@ -54,19 +29,11 @@ void AddContacts(Touching touching, double size, Inspection* result) {
   const double largest = result->deviations[result->IndexOfMax()];
   const double smallest = result->deviations[result->IndexOfMin()];
   const bool outer = touching == Touching::kBoth || touching == Touching::kOuter;
-  const bool inner = !result->zoneIsRound && (touching == Touching::kBoth || touching == Touching::kInner);
+  const bool inner =
+      !result->zoneIsRound && result->tubeCircle == 0 && (touching == Touching::kBoth || touching == Touching::kInner);
   for (std::size_t i = 0; i < result->deviations.size(); ++i) {
     const double deviation = result->deviations[i];
     if ((outer && deviation >= largest - tol) || (inner && deviation <= smallest + tol)) result->contacts.push_back(i);
-  }
-}
-
-// Circumscribed and inscribed features have no form of their own: it is that of the deviations from them.
-void AddStatistics(Inspection* result) {
-  result->sumSquares = 0;
-  for (const double deviation : result->deviations) result->sumSquares += deviation * deviation;
-  if (result->form == 0) {
-    result->form = result->deviations[result->IndexOfMax()] - result->deviations[result->IndexOfMin()];
   }
 }
 
@@ -79,6 +46,7 @@ struct Criterion {
 };
 
 constexpr std::size_t kNumberCriteria = 4;
+// In the order of ENuCriterion.
 constexpr Criterion kCriteria[kNumberCriteria] = {
     {"ls", "least squares", "G", Touching::kNone, " leastsquares gauss lsq lsc lss lsci lscy lsli lspl "},
     {"mz", "minimum zone", "C", Touching::kBoth, " minimumzone chebyshev minimax mzc mzs mzci mzcy mzli mzpl "},
@@ -91,46 +59,45 @@ struct Feature {
   const char* symbol;
   const char* standard;
   const char* references[kNumberCriteria];  // the criteria in the standard
+  unsigned criteria;                        // that it has, a bit each
+  decltype(Method::fit) fit;
   decltype(Method::draw) draw;
-  decltype(Method::fit) fits[kNumberCriteria];  // in the order of kCriteria; null: not available
 };
 
+constexpr unsigned kLs = 1;
+constexpr unsigned kMz = 2;
+constexpr unsigned kMcMi = 12;
+
 constexpr Feature kFeatures[] = {
-    {"line",
-     "straightness",
-     "STR",
-     "ISO 12780-1",
-     {"LSLI", "MZLI"},
-     DrawStraightness,
-     {LeastSquaresLine, MinimumZoneLine}},
-    {"plane", "flatness", "FLT", "ISO 12781-1", {"LSPL", "MZPL"}, DrawFlatness, {LeastSquaresPlane, MinimumZonePlane}},
+    {"line", "straightness", "STR", "ISO 12780-1", {"LSLI", "MZLI"}, kLs | kMz, FitLine, DrawStraightness},
+    {"plane", "flatness", "FLT", "ISO 12781-1", {"LSPL", "MZPL"}, kLs | kMz, FitPlane, DrawFlatness},
     {"circle",
      "roundness",
      "RON",
      "ISO 12181-1",
      {"LSCI", "MZCI", "MCCI", "MICI"},
-     DrawRoundness,
-     {LeastSquaresCircle, MinimumZoneCircle, CircumscribedCircle, InscribedCircle}},
-    {"sphere",
-     "sphericity",
-     "",
-     "",
-     {},
-     DrawSphericity,
-     {LeastSquaresSphere, MinimumZoneSphere, CircumscribedSphere, InscribedSphere}},
+     kLs | kMz | kMcMi,
+     FitCircle,
+     DrawRoundness},
+    {"sphere", "sphericity", "", "", {}, kLs | kMz | kMcMi, FitSphere, DrawSphericity},
     {"cylinder",
      "cylindricity",
      "CYL",
      "ISO 12180-1",
      {"LSCY", "MZCY", "MCCY", "MICY"},
-     DrawUnrolled,
-     {LeastSquaresCylinder, MinimumZoneCylinder, CircumscribedCylinder, InscribedCylinder}},
-    {"cone", "cone form", "", "", {}, DrawUnrolled, {LeastSquaresCone, MinimumZoneCone}},
-    {"torus", "torus form", "", "", {}, DrawUnrolled, {nullptr, nullptr, CircumscribedTorus}},
-    {"ellipse", "ellipse form", "", "", {}, DrawConic, {LeastSquaresEllipse}},
-    {"hyperbola", "hyperbola form", "", "", {}, DrawConic, {LeastSquaresHyperbola}},
-    {"parabola", "parabola form", "", "", {}, DrawConic, {LeastSquaresParabola}},
+     kLs | kMz | kMcMi,
+     FitCylinder,
+     DrawUnrolled},
+    {"cone", "cone form", "", "", {}, kLs | kMz, FitCone, DrawUnrolled},
+    {"torus", "torus form", "", "", {}, kMz, FitTorus, DrawUnrolled},
+    {"ellipse", "ellipse form", "", "", {}, kLs, FitEllipse, DrawConic},
+    {"hyperbola", "hyperbola form", "", "", {}, kLs, FitHyperbola, DrawConic},
+    {"parabola", "parabola form", "", "", {}, kLs, FitParabola, DrawConic},
 };
+
+bool Has(const Feature& feature, std::size_t criterion) {
+  return (feature.criteria >> criterion & 1U) != 0;
+}
 
 const Feature& FindFeature(const std::string& name) {
   const auto* found = std::find_if(std::begin(kFeatures), std::end(kFeatures),
@@ -154,14 +121,14 @@ std::size_t FindCriterion(const std::string& name) {
 
 Method MethodOf(const Feature& feature, std::size_t by) {
   const Criterion& criterion = kCriteria[by];
-  if (feature.fits[by] == nullptr) {
+  if (!Has(feature, by)) {
     throw InputError("the " + std::string(feature.name) + " by " + criterion.name + " is not available; " +
                      AvailableFits());
   }
   const char* reference = feature.references[by];
   Terms terms{feature.name, criterion.name, criterion.letter, feature.form, feature.symbol, ""};
   if (reference != nullptr) terms.reference = std::string(reference) + " (" + feature.standard + ")";
-  return {terms, criterion.option, feature.fits[by], feature.draw};
+  return {terms, criterion.option, static_cast<ENuCriterion>(by), feature.fit, feature.draw};
 }
 
 }  // namespace
@@ -171,7 +138,7 @@ std::string AvailableFits() {
   for (const Feature& feature : kFeatures) {
     std::string criteria;
     for (std::size_t i = 0; i < kNumberCriteria; ++i) {
-      if (feature.fits[i] != nullptr) criteria += (criteria.empty() ? "" : ", ") + std::string(kCriteria[i].option);
+      if (Has(feature, i)) criteria += (criteria.empty() ? "" : ", ") + std::string(kCriteria[i].option);
     }
     const auto group = std::find_if(groups.begin(), groups.end(), [&](const auto& g) { return g.first == criteria; });
     if (group == groups.end()) {
@@ -201,7 +168,7 @@ std::vector<Method> FindMethods(const std::vector<std::string>& features, const 
         continue;
       }
       for (std::size_t by = 0; by < kNumberCriteria; ++by) {
-        if (feature.fits[by] != nullptr) add(feature, by);
+        if (Has(feature, by)) add(feature, by);
       }
     }
   }
@@ -210,20 +177,14 @@ std::vector<Method> FindMethods(const std::vector<std::string>& features, const 
 
 Inspection Inspect(const Method& method, const std::vector<Vec3>& points) {
   try {
-    Inspection inspection = method.fit(points);
-    const Touching touching = kCriteria[FindCriterion(method.option)].touching;
-    if (touching != Touching::kNone) {
-      AddStatistics(&inspection);
-      AddContacts(touching, SizeOf(points), &inspection);
-    }
+    Inspection inspection = method.fit(points, method.criterion);
+    AddContacts(kCriteria[method.criterion].touching, SizeOf(points), &inspection);
     RequireFinite(inspection);
     inspection.terms = method.terms;
     // The standard knows profiles in a plane, not lines in space.
     if (inspection.zoneIsRound) inspection.terms.symbol = inspection.terms.reference = "";
     return inspection;
-  } catch (const CNuBestfitException& failure) {
-    throw FitFailure("the " + method.terms.feature + " cannot be fitted: " + Explain(failure));
   } catch (const CNuException& failure) {
-    throw FitFailure(std::string("the library reports: ") + failure.m_szWhere + " " + failure.m_szWhat);
+    throw FitFailure("the " + method.terms.feature + " cannot be fitted: " + NuCauseText(failure));
   }
 }

@@ -11,7 +11,8 @@
 struct Method {
   Terms terms;
   const char* option;  // of the criterion: "mz"
-  Inspection (*fit)(const std::vector<Vec3>& points);
+  ENuCriterion criterion;
+  Inspection (*fit)(const std::vector<Vec3>& points, ENuCriterion criterion);
   std::string (*draw)(const Inspection& inspection, const PictureLabels& labels);
 };
 

@@ -1,0 +1,57 @@
+#include "evaluate/fit_tools.h"
+
+#include <climits>
+
+Vec3 AxisAcross(const Vec3& z, std::size_t preferred) {
+  constexpr double kNearlyParallel = 0.9;
+  if (std::fabs(z[preferred]) > kNearlyParallel) preferred = (preferred + 1) % 3;
+  Vec3 x{};
+  x[preferred] = 1;
+  const double along = z[preferred];
+  return Unit({x[0] - along * z[0], x[1] - along * z[1], x[2] - along * z[2]});
+}
+
+Frame FrameAlong(const CNuPoint& origin, const CNuVector& direction) {
+  const Vec3 z = ToVec3(direction);
+  const Vec3 x = AxisAcross(z, 0);
+  return {ToVec3(origin), x, Cross(z, x), z};
+}
+
+CNuAssociation AssociationOf(const std::vector<Vec3>& points) {
+  // Coordinates that were projected, and the tests of the fits for points that coincide or lie in one plane, are good
+  // to this part of the size of the part.
+  constexpr double kSameLength = 1e-9;
+  if (points.size() > INT_MAX) throw FitFailure("more points than the library can count");
+  CNuAssociation association(points.data()->data(), static_cast<int>(points.size()));
+  association.SetTolerance(kSameLength * SizeOf(points));
+  association.SetDetails(NuDetailForm | NuDetailDeviations);
+  return association;
+}
+
+void TakeReport(const CNuAssociationReport& report, const std::vector<Vec3>& points, Inspection* result) {
+  result->form = report.GetForm();
+  result->sumSquares = report.GetSumSquares();
+  const CNuDoubleArray& deviations = report.GetDeviations();
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    result->local.push_back(result->frame.ToLocal(points[i]));
+    result->deviations.push_back(deviations[static_cast<int>(i)]);
+  }
+}
+
+void AddRadii(ENuCriterion criterion, Inspection* result) {
+  const auto add = [result](const char* name, double length) { result->parameters.push_back(Length(name, length)); };
+  add("radius", result->radius);
+  add("diameter", 2 * result->radius);
+  if (criterion != NuMinimumZone) return;
+  add("inner radius", result->radius - result->LargestInwards());
+  add("outer radius", result->radius + result->LargestOutwards());
+}
+
+void MeasureFromTube(double radius, Inspection* result) {
+  result->sumSquares = 0;
+  for (double& deviation : result->deviations) {
+    deviation -= radius;
+    result->sumSquares += deviation * deviation;
+  }
+  result->form = result->deviations[result->IndexOfMax()] - result->deviations[result->IndexOfMin()];
+}
