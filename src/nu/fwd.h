@@ -74,4 +74,8 @@ class CNuTorSurf;
 class CNuAssociation;
 class CNuAssociationReport;
 
+namespace nu::internal {
+struct FeatureAccess;  // stores features as their own fits do
+}
+
 #endif

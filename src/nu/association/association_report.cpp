@@ -7,18 +7,17 @@ using namespace nu::internal;
 
 namespace {
 
-constexpr const char* kWhat = "report";
-
 const ReportData kOfNoFit;
-
-// Both kinds say "not here": the fit failed, or nobody asked.
-void RequireDetail(const ReportData& data, int detail, const char* where) {
-  if (data.end != NuConverged || (data.details & detail) != detail) FailOperation(NuOperationNotReported, kWhat, where);
-}
 
 const ReportedForm& FormOf(const ReportData& data, const char* where) {
   RequireDetail(data, NuDetailForm, where);
   return data.form;
+}
+
+const ReportedContacts& ContactsOf(const ReportData& data, const char* where) {
+  RequireDetail(data, NuDetailContacts, where);
+  if (!data.contacts) FailOperation(NuOperationUnsupported, kReport, where);
+  return *data.contacts;
 }
 
 }  // namespace
@@ -70,7 +69,7 @@ void CNuAssociationReport::Require() const {
   if (const auto* operation = std::get_if<CNuOperationException>(&data.failure))
     throw CNuOperationException(*operation);
   if (data.end == NuCancelled) FailOperation(NuOperationFailed, "cancelled", "CNuAssociation::Fit");
-  if (data.end != NuConverged) FailOperation(NuOperationNotReported, kWhat, "CNuAssociationReport::Require");
+  if (data.end != NuConverged) FailOperation(NuOperationNotReported, kReport, "CNuAssociationReport::Require");
 }
 
 long CNuAssociationReport::GetSteps() const {
@@ -114,4 +113,20 @@ int CNuAssociationReport::GetHighestPoint() const {
 int CNuAssociationReport::GetLowestPoint() const {
   RequireDetail(Data(), NuDetailDeviations, "GetLowestPoint");
   return Data().form.lowest;
+}
+
+int CNuAssociationReport::GetNumberContacts() const {
+  return ContactsOf(Data(), "GetNumberContacts").points.GetSize();
+}
+
+const CNuIntArray& CNuAssociationReport::GetContactPoints() const {
+  return ContactsOf(Data(), "GetContactPoints").points;
+}
+
+const CNuIntArray& CNuAssociationReport::GetContactSides() const {
+  return ContactsOf(Data(), "GetContactSides").sides;
+}
+
+const CNuDoubleArray& CNuAssociationReport::GetMultipliers() const {
+  return ContactsOf(Data(), "GetMultipliers").multipliers;
 }

@@ -70,6 +70,42 @@ class NU_EXPORT CNuAssociationReport {
   int GetHighestPoint() const;
   int GetLowestPoint() const;
 
+  // NuDetailUncertainty, of least squares. The parameters are changes of the feature in a frame of its own; angles are
+  // in degrees. The first three are shifts of the origin along x, y and z, then come tilts of z towards x and y, the
+  // turn about z and the sizes; a feature has those that move it and are not fixed. The origin is next to the mean of
+  // the points where the feature leaves it free: on the axis, in the plane. z is the direction of a line, an axis or a
+  // normal; a line in the plane z = const runs along x.
+  // All of it follows from a triangular factor of the derivatives at the optimum, not from normal equations.
+  void GetParameterFrame(CNuPoint* origin, CNuVector* x, CNuVector* y, CNuVector* z) const;
+  int GetNumberParameters() const;
+  // "shift x", "tilt y", "turn", "radius", "major radius", "semi-angle", ... The text lives as long as the program.
+  // Fail with CNuOperationException ("report", the operation): cause 3, i is out of range, with the range.
+  const char* GetParameterName(int i) const;
+  ENuBoolean IsParameterAngle(int i) const;
+  // Of the parameters in their order; infinite where the points do not determine one.
+  double GetStandardUncertainty(int i) const;
+  CNuMatrix GetCovariance() const;
+  // The points less the free parameters; a point counts twice of a line in space and once of all others.
+  int GetDegreesOfFreedom() const;
+  // Of a point of weight 1, from the residuals; infinite without a degree of freedom.
+  double GetStandardDeviation() const;
+  // The largest by the smallest singular value of the derivatives, with lengths and angles in proportion to the size of
+  // the points; infinite where the points do not determine the feature.
+  double GetCondition() const;
+  // Of what follows from the parameters: of the axis at a height above the origin of the frame, in the direction across
+  // it that is the most uncertain; of the surface, the curve or the plane next to a place, along its normal.
+  double GetAxisUncertainty(double height) const;
+  double GetSurfaceUncertainty(const CNuPoint& place) const;
+
+  // NuDetailContacts, of the other criteria without a side of material. The points that hold the feature come first:
+  // those with a multiplier, which is never negative, and of which the sum is 1. It is by how much the zone or the
+  // radius grows with a move of the point outwards. Others only touch a boundary. Side is 1 on the outer boundary and
+  // -1 on the inner one.
+  int GetNumberContacts() const;
+  const CNuIntArray& GetContactPoints() const;
+  const CNuIntArray& GetContactSides() const;
+  const CNuDoubleArray& GetMultipliers() const;
+
  private:
   const nu::internal::ReportData& Data() const;
 

@@ -97,6 +97,8 @@ class NU_EXPORT CNuCircle : public CNuCurve {
                             long maxIter);
 
  private:
+  friend struct nu::internal::FeatureAccess;
+
   void Place(double radius, const CNuPoint& centre, const CNuVector& xaxis, const CNuVector& normal);
 
   double m_radius;

@@ -70,6 +70,8 @@ class NU_EXPORT CNuHyperbola : public CNuCurve {
   ENuFitResult FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter);
 
  private:
+  friend struct nu::internal::FeatureAccess;
+
   double m_a;
   double m_b;
 };

@@ -67,6 +67,8 @@ class NU_EXPORT CNuParabola : public CNuCurve {
   ENuFitResult FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter);
 
  private:
+  friend struct nu::internal::FeatureAccess;
+
   double m_f;
 };
 

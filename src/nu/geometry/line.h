@@ -137,6 +137,8 @@ class NU_EXPORT CNuLine : public CNuGeometry {
                             long maxIter);
 
  private:
+  friend struct nu::internal::FeatureAccess;
+
   CNuPoint m_point;
   CNuVector m_direction;
 };

@@ -95,6 +95,8 @@ class NU_EXPORT CNuPlane : public CNuGeometry {
   void FitMinZone(const CNuPointArray& points, double* zone, CNuPlane* p1, CNuPlane* p2, double tol);
 
  private:
+  friend struct nu::internal::FeatureAccess;
+
   CNuPoint m_point;
   CNuVector m_normal;
 };

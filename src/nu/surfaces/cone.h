@@ -78,6 +78,8 @@ class NU_EXPORT CNuConSurf : public CNuSurface {
   int IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) const;
 
  private:
+  friend struct nu::internal::FeatureAccess;
+
   void Place(double semiAngle, const CNuPoint& apex, const CNuVector& axisDirection);
   // As CNuCylSurf::Intersect, with the distance t from the apex along the generator. `asymptotes` receives the up to
   // four angles where curve[0] = 0, so that a crossing goes to infinity: first `simple` ones, where it changes its

@@ -96,6 +96,8 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
                             long maxIter);
 
  private:
+  friend struct nu::internal::FeatureAccess;
+
   void Place(double radius, const CNuPoint& axisPoint, const CNuVector& axisDirection);
   // The quadric with the given matrix, in the frame of this cylinder, on its generators: at the angle u it has the
   // heights z with curve[0] z^2 + 2 curve[1] z + curve[2] = 0. Writes these three, and up to four ranges of u on which

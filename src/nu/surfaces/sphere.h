@@ -85,6 +85,8 @@ class NU_EXPORT CNuSphSurf : public CNuSurface {
                             long maxIter);
 
  private:
+  friend struct nu::internal::FeatureAccess;
+
   void Place(double radius, const CNuPoint& centre);
 
   double m_radius;

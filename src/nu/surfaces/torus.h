@@ -45,6 +45,8 @@ class NU_EXPORT CNuTorSurf : public CNuSurface {
   int IntersectWith(const CNuSphSurf& sphere, CNuObjArray* result) const;
 
  private:
+  friend struct nu::internal::FeatureAccess;
+
   void Place(double majorRadius, double minorRadius, const CNuPoint& centre, const CNuVector& axisDirection);
 
   double m_majorRadius;

@@ -50,6 +50,11 @@ struct AssociationOptions {
   int details = NuDetailForm;
 };
 
+// Null: 1 each.
+inline const double* WeightsOf(const AssociationOptions& options) {
+  return options.weights.empty() ? nullptr : options.weights.data();
+}
+
 // The points lie where the caller has them until some are added or removed, which takes a copy.
 struct AssociationState {
   PointView points;

@@ -1,25 +1,52 @@
 #include "nu/association/internal/feature_fits.h"
 
+#include "nu/engine/points/alignment.h"
+
 namespace nu::internal {
 namespace {
 
-bool Accepts(const AssociationOptions& options, const FeatureRules& rules, ENuCriterion criterion) {
+bool Accepts(const AssociationState& state, const FeatureRules& rules, ENuCriterion criterion) {
+  const AssociationOptions& options = state.options;
   if (criterion < NuLeastSquares || criterion > NuMaximumInscribed || (rules.criteria & Has(criterion)) == 0)
     return false;
   const bool isTorus = rules.type == CNuObject::NuTypeTorSurf;
-  if (!IsPlain(options) || (isTorus && criterion == NuLeastSquares)) return false;
   if (!options.weights.empty() && criterion != NuLeastSquares) return false;
   if (options.side != NuEitherSide && criterion != NuLeastSquares && criterion != NuMinimumZone) return false;
+  // Distances from a line in space have no sign.
+  const bool isLine = rules.type == CNuObject::NuTypeLine;
+  if (isLine && options.side != NuEitherSide && !HaveOneHeight(state.points)) return false;
   if ((options.fixed.Mask() & ~rules.fixable) != 0) return false;
   if (options.start && options.start->type != rules.type) return false;
   const FixedParameters& fixed = options.fixed;
+  // The zone of a torus is the tube around a circle: it has no side and no radius but its own.
+  if (isTorus && criterion == NuMinimumZone && (fixed.radius || options.side != NuEitherSide)) return false;
   return !(isTorus && fixed.radius && fixed.majorRadius && !(*fixed.radius < *fixed.majorRadius));
 }
 
 }  // namespace
 
+bool Monitor::GoesOn(void* context, long step, double objective, double length) {
+  auto* const monitor = static_cast<Monitor*>(context);
+  try {
+    return monitor->m_function(monitor->m_context, step, objective, length) != NuFalse;
+  } catch (...) {
+    monitor->m_thrown = std::current_exception();
+    return false;
+  }
+}
+
+void Monitor::Rethrow() const {
+  if (m_thrown) std::rethrow_exception(m_thrown);
+}
+
+void RequireConverged(FitEnd end, const char* name) {
+  if (end == FitEnd::cancelled) throw Cancelled{};
+  if (end == FitEnd::limitReached) FailFit(kIterationLimit, name);
+  if (end != FitEnd::converged) FailFit(kNumericalFailure, name);
+}
+
 void RequireOptions(const AssociationState& state, const FeatureRules& rules, ENuCriterion criterion) {
-  if (!Accepts(state.options, rules, criterion)) FailOperation(NuOperationUnsupported, "association", rules.name);
+  if (!Accepts(state, rules, criterion)) FailOperation(NuOperationUnsupported, "association", rules.name);
 }
 
 }  // namespace nu::internal

@@ -1,11 +1,15 @@
 #ifndef NU_ASSOCIATION_INTERNAL_REPORT_DATA_H
 #define NU_ASSOCIATION_INTERNAL_REPORT_DATA_H
 
+#include <optional>
 #include <variant>
 
 #include "nu/association/criteria.h"
+#include "nu/engine/association/covariance.h"
 #include "nu/foundation/double_array.h"
 #include "nu/foundation/exceptions.h"
+#include "nu/foundation/int_array.h"
+#include "nu/foundation/internal/failures.h"
 #include "nu/foundation/object.h"
 
 namespace nu::internal {
@@ -23,6 +27,12 @@ struct ReportedForm {
   int lowest = 0;
 };
 
+struct ReportedContacts {
+  CNuIntArray points{0};
+  CNuIntArray sides{0};
+  CNuDoubleArray multipliers{0};
+};
+
 struct ReportData {
   ENuCriterion criterion = NuLeastSquares;
   CNuObject::ENuObjectType type = CNuObject::NuTypeNone;
@@ -36,7 +46,19 @@ struct ReportData {
 
   ReportedForm form;
   CNuDoubleArray deviations{0};
+
+  Feature feature;  // in the frame of its parameters
+  std::optional<Covariance> covariance;
+  std::optional<ReportedContacts> contacts;
 };
+
+inline constexpr const char* kReport = "report";
+
+// The fit converged, and somebody asked.
+inline void RequireDetail(const ReportData& data, int detail, const char* where) {
+  if (data.end != NuConverged || (data.details & detail) != detail)
+    FailOperation(NuOperationNotReported, kReport, where);
+}
 
 }  // namespace nu::internal
 

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "nu/association/internal/constrained_fits.h"
+#include "nu/engine/association/contact_account.h"
 #include "nu/engine/association/form_parameters.h"
 #include "nu/engine/points/alignment.h"
 #include "nu/engine/points/principal_direction.h"
@@ -49,11 +51,29 @@ void FillForm(const AssociationState& state, const Feature& feature, const Plain
   ReportedForm& form = data->form;
   form.peak = found.peak;
   form.valley = found.valley;
-  form.form = plain.form.value_or(found.total);
+  // A distance has no sign: the points lie within a cylinder or a tube.
+  const bool hasSign = feature.kind != FeatureKind::line && feature.kind != FeatureKind::circleInSpace;
+  form.form = plain.form.value_or(hasSign ? found.total : 2.0 * found.peak);
   form.rootMeanSquare = found.rootMeanSquare;
   form.sumSquares = plain.sumSquares.value_or(found.rootMeanSquare * found.rootMeanSquare * count);
   form.highest = static_cast<int>(found.peakIndex);
   form.lowest = static_cast<int>(found.valleyIndex);
+}
+
+ContactCriterion ContactsOf(ENuCriterion criterion) {
+  if (criterion == NuMinimumCircumscribed) return ContactCriterion::circumscribed;
+  return criterion == NuMaximumInscribed ? ContactCriterion::inscribed : ContactCriterion::zone;
+}
+
+void FillContacts(const AssociationState& state, UnknownMask free, ReportData* data) {
+  const ContactAccount account = FindContacts(state.points, data->feature, ContactsOf(data->criterion), free);
+  ReportedContacts& contacts = data->contacts.emplace();
+  for (int k = 0; k < account.count; ++k) {
+    const ContactPoint& contact = account.contact[k];
+    contacts.points.Add(static_cast<int>(contact.index));
+    contacts.sides.Add(contact.side > 0.0 ? 1 : -1);
+    contacts.multipliers.Add(contact.multiplier);
+  }
 }
 
 }  // namespace
@@ -70,6 +90,13 @@ Feature AccountedFeature(const Feature& feature, ENuCriterion criterion, PointVi
 
 void FillDetails(const AssociationState& state, const Feature& feature, const PlainForm& plain, ReportData* data) {
   if ((data->details & NuDetailForm) != 0) FillForm(state, feature, plain, data);
+  const AssociationOptions& options = state.options;
+  const UnknownMask free = UnknownsOf(feature.kind) & ~FixedUnknowns(options.fixed, feature.kind);
+  data->feature = options.fixed.point ? feature : CentredOn(state.points, feature);
+  if ((data->details & NuDetailUncertainty) != 0 && data->criterion == NuLeastSquares && options.side == NuEitherSide)
+    data->covariance = CovarianceOf(state.points, WeightsOf(options), data->feature, free);
+  if ((data->details & NuDetailContacts) != 0 && data->criterion != NuLeastSquares && options.side == NuEitherSide)
+    FillContacts(state, free, data);
 }
 
 }  // namespace nu::internal

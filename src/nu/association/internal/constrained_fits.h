@@ -1,0 +1,24 @@
+#ifndef NU_ASSOCIATION_INTERNAL_CONSTRAINED_FITS_H
+#define NU_ASSOCIATION_INTERNAL_CONSTRAINED_FITS_H
+
+#include "nu/association/criteria.h"
+#include "nu/association/internal/association_state.h"
+#include "nu/engine/association/constrained_fit.h"
+
+namespace nu::internal {
+
+// The unknowns that the fixed parameters take from a feature of this kind.
+UnknownMask FixedUnknowns(const FixedParameters& fixed, FeatureKind kind);
+
+// Where no unconstrained fit starts: a line, plane, circle, sphere or cylinder beside the points.
+bool HasRoughStart(FeatureKind kind);
+Feature RoughStart(FeatureKind kind, const FixedParameters& fixed, PointView points);
+
+// The fit with all options from a start, which is moved to the fixed parameters first. What is not fixed may come out
+// in the sense that the fits of its class prefer, unless the start was given.
+FittedFeature FitConstrained(const AssociationState& state, ENuCriterion criterion, const Feature& start, double tol,
+                             const StepMonitor& monitor);
+
+}  // namespace nu::internal
+
+#endif

@@ -1,0 +1,109 @@
+#include "nu/association/internal/plain_fits.h"
+
+#include "nu/curves/internal/circle_fits.h"
+#include "nu/curves/internal/conic_fit.h"
+#include "nu/geometry/internal/conversions.h"
+#include "nu/geometry/internal/line_fits.h"
+#include "nu/geometry/internal/plane_fits.h"
+#include "nu/surfaces/internal/surface_fits.h"
+
+namespace nu::internal {
+
+// Constructors would normalise the directions once more.
+struct FeatureAccess {
+  static void Put(const Line3& found, CNuLine* line) {
+    line->m_point = ToPoint(found.point);
+    line->m_direction = ToVector(found.direction);
+  }
+  static void Put(const Plane3& found, CNuPlane* plane) {
+    plane->m_point = ToPoint(found.point);
+    plane->m_normal = ToVector(found.normal);
+  }
+  static void Put(const PlacedCircle& found, CNuCircle* circle) {
+    circle->Place(found.radius, ToPoint(found.centre), ToVector(found.xAxis), ToVector(found.normal));
+  }
+  template<class Conic>
+  static void Put(const FittedConic& found, Conic* conic) {
+    conic->SetPosition(ToPoint(found.origin), ToVector(found.xAxis), ToVector(found.normal));
+    if constexpr (std::is_same_v<Conic, CNuParabola>) {
+      conic->m_f = found.a;
+    } else {
+      conic->m_a = found.a;
+      conic->m_b = found.b;
+    }
+  }
+  static void Put(const Sphere3& found, CNuSphSurf* sphere) { sphere->Place(found.radius, ToPoint(found.centre)); }
+  static void Put(const Cylinder3& found, CNuCylSurf* cylinder) {
+    cylinder->Place(found.radius, ToPoint(found.axis.point), ToVector(found.axis.direction));
+  }
+  static void Put(const Cone3& found, CNuConSurf* cone) {
+    cone->Place(DegreesOf(found), ToPoint(StoredApex(found)), ToVector(found.axis.direction));
+  }
+  static void Put(const Torus3& found, CNuTorSurf* torus) {
+    torus->Place(found.majorRadius, found.minorRadius, ToPoint(found.centre), ToVector(found.axis));
+  }
+};
+
+namespace {
+
+template<class Shape, class Class>
+PlainOutcome Stored(const FeatureFit<Shape>& found, Class* feature) {
+  FeatureAccess::Put(found.shape, feature);
+  return {found.form, found.deviations};
+}
+
+}  // namespace
+
+PlainOutcome FitPlainly(PointView points, ENuCriterion criterion, const FitOptions& options, CNuLine* line) {
+  if (criterion == NuMinimumZone) return Stored<Line3>(FitMinZoneLine(points, options), line);
+  return Stored(FitLine(points, options), line);
+}
+
+PlainOutcome FitPlainly(PointView points, ENuCriterion criterion, const FitOptions& options, CNuPlane* plane) {
+  return Stored(criterion == NuMinimumZone ? FitMinZonePlane(points, options) : FitPlane(points, options), plane);
+}
+
+PlainOutcome FitPlainly(PointView points, ENuCriterion criterion, const FitOptions& options, CNuCircle* circle) {
+  if (criterion == NuMinimumZone) return Stored<PlacedCircle>(FitMinZoneCircle(points, options), circle);
+  if (criterion == NuMinimumCircumscribed) return Stored(FitMinCircle(points, options), circle);
+  if (criterion == NuMaximumInscribed) return Stored(FitMaxCircle(points, options), circle);
+  return Stored(FitCircle(points, options), circle);
+}
+
+PlainOutcome FitPlainly(PointView points, ENuCriterion, const FitOptions& options, CNuEllipse* ellipse) {
+  return Stored(FitEllipse(points, options), ellipse);
+}
+
+PlainOutcome FitPlainly(PointView points, ENuCriterion, const FitOptions& options, CNuHyperbola* hyperbola) {
+  return Stored(FitHyperbola(points, options), hyperbola);
+}
+
+PlainOutcome FitPlainly(PointView points, ENuCriterion, const FitOptions& options, CNuParabola* parabola) {
+  return Stored(FitParabola(points, options), parabola);
+}
+
+PlainOutcome FitPlainly(PointView points, ENuCriterion criterion, const FitOptions& options, CNuSphSurf* sphere) {
+  if (criterion == NuMinimumZone) return Stored(FitMinZoneSphere(points, options), sphere);
+  if (criterion == NuMinimumCircumscribed) return Stored(FitMinSphere(points, options), sphere);
+  if (criterion == NuMaximumInscribed) return Stored(FitMaxSphere(points, options), sphere);
+  return Stored(FitSphere(points, options), sphere);
+}
+
+PlainOutcome FitPlainly(PointView points, ENuCriterion criterion, const FitOptions& options, CNuCylSurf* cylinder) {
+  if (criterion == NuMinimumZone) return Stored(FitMinZoneCylinder(points, options), cylinder);
+  if (criterion == NuMinimumCircumscribed) return Stored(FitMinCylinder(points, options), cylinder);
+  if (criterion == NuMaximumInscribed) return Stored(FitMaxCylinder(points, options), cylinder);
+  return Stored(FitCylinder(points, options), cylinder);
+}
+
+PlainOutcome FitPlainly(PointView points, ENuCriterion criterion, const FitOptions& options, CNuConSurf* cone) {
+  return Stored(criterion == NuMinimumZone ? FitMinZoneCone(points, options) : FitCone(points, options), cone);
+}
+
+PlainOutcome FitPlainly(PointView points, ENuCriterion, const FitOptions& options, CNuTorSurf* torus) {
+  PlainOutcome outcome = Stored(FitMinTorus(points, options), torus);
+  outcome.form = 2.0 * torus->GetMinorRadius();
+  return outcome;
+}
+
+}  // namespace nu::internal
