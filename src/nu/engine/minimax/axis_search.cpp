@@ -12,14 +12,6 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// A square whose bound is less than this part below the squared radius known is given up. Around an optimum bounds are
-// exact to second order only, so a narrower gap would cost many small squares there.
-constexpr double kGap = 1e-6;
-
-// Boxes, discs and balls of up to some thousand points need some hundred circles and up to 30 passes; of points on a
-// sphere, whose cylinders all have nearly the same radius, no work would be enough.
-constexpr int kMostCircles = 2000;
-constexpr int kMostPasses = 100;
 constexpr std::size_t kMostOutline = 512;
 
 // The circles behind so many bounds prove most of the squares, so that no further ones are needed there.
@@ -144,19 +136,32 @@ KnownCylinder::KnownCylinder(const MinimaxSolution<AxisDistance>& found)
   m_own.sine = tangent * m_own.cosine;
 }
 
-AxisSearch::AxisSearch(PointBlocks& points, const AxisFrame& found, std::vector<Vec3> outline)
-    : m_points(points), m_frame(found), m_outline(std::move(outline)), m_blocks(BlocksOf(m_outline)) {
+AxisSearch::AxisSearch(PointBlocks& points, const AxisFrame& found, std::vector<Vec3> outline,
+                       const AxisSearchLimits& limits)
+    : m_points(points), m_frame(found), m_limits(limits), m_outline(std::move(outline)), m_blocks(BlocksOf(m_outline)) {
   for (int face = 0; face < 3; ++face)
     for (const double u : {-0.5, 0.5})
       for (const double v : {-0.5, 0.5}) Push({0.0, face, u, v, 0.5});
 }
 
-double AxisSearch::Least(const KnownCylinder& known) {
-  return known.Radius() * known.Radius() * (1.0 - kGap);
+namespace {
+
+double LeastSquare(const KnownCylinder& known, double gap) {
+  return known.Radius() * known.Radius() * (1.0 - gap);
+}
+
+}  // namespace
+
+double AxisSearch::Least(const KnownCylinder& known) const {
+  return LeastSquare(known, m_limits.gap);
 }
 
 bool AxisSearch::IsProven(const KnownCylinder& known) {
-  return known.Bound().Everywhere() >= Least(known);
+  return known.Bound().Everywhere() >= LeastSquare(known, AxisSearchLimits{}.gap);
+}
+
+double AxisSearch::Bound(const KnownCylinder& known) const {
+  return m_cells.empty() ? Least(known) : std::min(Least(known), m_cells.front().bound);
 }
 
 bool AxisSearch::FindSmaller(const KnownCylinder& known, AxisDistance& found) {
@@ -222,7 +227,7 @@ void AxisSearch::Split(const Cell& cell, const RadiusBound& here, const KnownCyl
 }
 
 bool AxisSearch::IsExhausted() const {
-  return m_circles >= kMostCircles || m_passes >= kMostPasses;
+  return m_circles >= m_limits.circles || m_passes >= m_limits.passes;
 }
 
 // Where the outline seems to be within less than what is known, all points are looked at.

@@ -66,6 +66,17 @@ class KnownCylinder {
   DirectionCap m_own;
 };
 
+// When a search ends.
+struct AxisSearchLimits {
+  // A square whose bound is less than this part below the squared radius known is given up. Around an optimum bounds
+  // are exact to second order only, so a narrower gap costs many small squares there.
+  double gap = 1e-6;
+  // Boxes, discs and balls of up to some thousand points need some hundred circles and up to 30 passes over all points;
+  // of points on a sphere, whose cylinders all have nearly the same radius, no work would be enough.
+  long circles = 2000;
+  long passes = 100;
+};
+
 // A search for smaller cylinders around points than one known: branch and bound over the directions of the axis (A. H.
 // Land, A. G. Doig, Econometrica 28, 1960). They are the points of three faces of a cube, in squares. The square with
 // the lowest bound is cut in four, and those parts are left whose bounds are below what is known. The smallest circles
@@ -74,14 +85,20 @@ class KnownCylinder {
 class AxisSearch {
  public:
   // The frame of what has been found makes the squares follow the points; `outline` is the first one.
-  AxisSearch(PointBlocks& points, const AxisFrame& found, std::vector<Vec3> outline);
+  AxisSearch(PointBlocks& points, const AxisFrame& found, std::vector<Vec3> outline,
+             const AxisSearchLimits& limits = {});
 
-  // No cylinder is smaller by more than what the search neglects, a millionth of the squared radius.
+  // No cylinder is smaller by more than what a search without limits of its own neglects.
   static bool IsProven(const KnownCylinder& known);
 
   // An axis from which all points are nearer than the radius known. False when that is proven to be the smallest, or
   // when the work permitted for all calls is done. What is known must not grow from call to call.
   bool FindSmaller(const KnownCylinder& known, AxisDistance& found);
+
+  // When nothing smaller has been found: the squared radius that no cylinder is below, but for rounding.
+  double Bound(const KnownCylinder& known) const;
+  long Circles() const { return m_circles; }
+  long Passes() const { return m_passes; }
 
  private:
   struct Cell {
@@ -98,7 +115,7 @@ class AxisSearch {
     bool holdsAll = false;  // nearer than the radius in question
   };
 
-  static double Least(const KnownCylinder& known);
+  double Least(const KnownCylinder& known) const;
   static bool IsLater(const Cell& a, const Cell& b) {
     return std::tie(a.bound, a.face, a.u, a.v) > std::tie(b.bound, b.face, b.u, b.v);
   }
@@ -115,12 +132,13 @@ class AxisSearch {
 
   PointBlocks& m_points;
   AxisFrame m_frame;
+  AxisSearchLimits m_limits;
   std::vector<Vec3> m_outline;
   mutable PointBlocks m_blocks;       // of the outline
   std::vector<Cell> m_cells;          // a heap, the lowest bound on top
   std::vector<RadiusBound> m_bounds;  // of the first circles, which are far apart
-  int m_circles = 0;                  // found so far
-  int m_passes = 0;                   // over all points
+  long m_circles = 0;                 // found so far
+  long m_passes = 0;                  // over all points
 };
 
 }  // namespace nu::engine::minimax

@@ -1,0 +1,53 @@
+#include "nu/engine/association/axis_bound.h"
+
+#include <cmath>
+#include <limits>
+
+#include "nu/engine/association/bounded_points.h"
+#include "nu/engine/minimax/axis_search.h"
+#include "nu/engine/minimax/distance_kernels.h"
+
+namespace nu::engine::association {
+namespace {
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+
+// Of a distance from an axis, and of a bound on its square, in units of the farthest point and its square.
+constexpr double kDistanceRoundings = 4.0;
+constexpr double kSquareRoundings = 32.0;
+
+constexpr long kMostSteps = 1000;
+
+double RadiusAbout(PointBlocks& points, const AxisDistance& axis) {
+  return RangeOfDeviations(points, axis).largest;
+}
+
+// The local optimum next to an axis; the axis itself where none is found that is better.
+MinimaxSolution<AxisDistance> Better(PointBlocks& points, MinimaxSolution<AxisDistance> optimum,
+                                     const AxisDistance& start) {
+  const double radius = RadiusAbout(points, start);
+  if (optimum.end == MinimaxEnd::converged && optimum.value <= radius) return optimum;
+  MinimaxSolution<AxisDistance> itself;
+  itself.model = start;
+  itself.value = radius;
+  return itself;
+}
+
+}  // namespace
+
+AxisBound BoundAxes(PointBlocks& points, const AxisFrame& start, double reach, double gap, long boxes) {
+  const AxisDistance first{start, reach};
+  const double rounding = kDistanceRoundings * kEpsilon * reach;
+  Minimax<AxisDistance> minimax(points, MinimaxSide::outer, rounding, kMostSteps);
+  MinimaxSolution<AxisDistance> best = Better(points, minimax.Solve(first), first);
+  const long ofPass = 1 + static_cast<long>(points.Size() / BoundedPoints::kMostInSet);
+  const AxisSearchLimits limits{2.0 * gap / best.value, boxes, boxes / ofPass};
+  AxisSearch search(points, best.model.frame, minimax.KnownPoints(), limits);
+  AxisDistance found;
+  while (search.FindSmaller(KnownCylinder(best), found))
+    best = Better(points, minimax.Improve(found, best.value - rounding), found);
+  const double square = search.Bound(KnownCylinder(best)) - kSquareRoundings * kEpsilon * reach * reach;
+  return {best.model.frame, best.value, std::sqrt(std::max(0.0, square)), search.Circles() + ofPass * search.Passes()};
+}
+
+}  // namespace nu::engine::association

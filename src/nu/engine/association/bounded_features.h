@@ -1,0 +1,222 @@
+#ifndef NU_ENGINE_ASSOCIATION_BOUNDED_FEATURES_H
+#define NU_ENGINE_ASSOCIATION_BOUNDED_FEATURES_H
+
+#include <cmath>
+
+#include "nu/engine/association/feature.h"
+#include "nu/engine/association/first_order.h"
+
+// The features of a search over boxes of parameters, as numbers x_k in charts that together hold all features whose
+// axis or centre is not too far from the origin. Deviations are written once, for plain numbers and for enclosures.
+//
+// An axis with the direction (u, v, 1) / s, s^2 = 1 + u^2 + v^2, |u|, |v| <= 1, meets the plane z = 0 in (a, b, 0).
+// With X = x - a - u z and Y = y - b - v z the distance of a point from it is |(X, Y, u Y - v X)| / s. Two more charts
+// have the axes y, z, x and z, x, y in the place of x, y, z.
+namespace nu::engine::association {
+
+inline Vec3 ToChart(int chart, const Vec3& p) {
+  return chart == 0 ? p : chart == 1 ? Vec3{p.y, p.z, p.x} : Vec3{p.z, p.x, p.y};
+}
+inline Vec3 FromChart(int chart, const Vec3& q) {
+  return chart == 0 ? q : chart == 1 ? Vec3{q.z, q.x, q.y} : Vec3{q.y, q.z, q.x};
+}
+
+// The chart of a direction: the one whose z is nearest to it.
+inline int ChartOf(const Vec3& d) {
+  if (std::fabs(d.z) >= std::fabs(d.x) && std::fabs(d.z) >= std::fabs(d.y)) return 0;
+  return std::fabs(d.x) >= std::fabs(d.y) ? 1 : 2;
+}
+
+// Centres and axes at least so far from the origin, in units of the reach of the points, are far.
+inline constexpr double kFarAway = 2.0;
+
+template<class T>
+class SlopedDirection {
+ public:
+  SlopedDirection(const T& u, const T& v) : m_u(u), m_v(v), m_inverse(Reciprocal(Length(u, v, T(1.0)))) {}
+
+  T Turn(const T& x, const T& y) const { return m_u * y - m_v * x; }
+  // Of a vector (x, y, z), less (u, v, 1) z, across the direction; and of all of it along.
+  T Across(const T& x, const T& y) const { return Length(x, y, Turn(x, y)) * m_inverse; }
+  T Along(const T& x, const T& y, const T& z) const { return (m_u * x + m_v * y + z) * m_inverse; }
+  const T& Inverse() const { return m_inverse; }
+
+ private:
+  T m_u;
+  T m_v;
+  T m_inverse;
+};
+
+// The distances r from an axis. From one far away their errors have nearly all in common; the differences from that of
+// the origin, r0, have not: they are (r^2 - r0^2) / (r + r0). A zone is about differences alone.
+template<class T>
+class AxisRadius {
+ public:
+  AxisRadius(const T& u, const T& v, const T& a, const T& b, double reach)
+      : m_u(u),
+        m_v(v),
+        m_a(a),
+        m_b(b),
+        m_direction(u, v),
+        m_turn(m_direction.Turn(a, b)),
+        m_origin(Length(a, b, m_turn)),
+        m_isFar(IsNowhereBelow(m_origin, kFarAway * reach)) {}
+
+  T Of(const Vec3& p) const {
+    const T x = p.x - p.z * m_u;
+    const T y = p.y - p.z * m_v;
+    if (!m_isFar) return m_direction.Across(x - m_a, y - m_b);
+    const T turn = m_direction.Turn(x, y);
+    const T product = x * (x - 2.0 * m_a) + y * (y - 2.0 * m_b) + turn * (turn - 2.0 * m_turn);
+    const T sum = Length(x - m_a, y - m_b, turn - m_turn) + m_origin;
+    return product * (Reciprocal(sum) * m_direction.Inverse());
+  }
+  const SlopedDirection<T>& Direction() const { return m_direction; }
+
+ private:
+  T m_u, m_v, m_a, m_b;
+  SlopedDirection<T> m_direction;
+  T m_turn;
+  T m_origin;
+  bool m_isFar;
+};
+
+// x: the centre.
+struct BoundedSphere {
+  static constexpr int kUnknowns = 3;
+  static constexpr int kCharts = 1;
+  static constexpr bool kIsLevelled = true;  // the radius is half-way between the extreme deviations
+
+  template<class T>
+  class Deviations {
+   public:
+    Deviations(int, const T (&x)[kUnknowns], double reach)
+        : m_x(x[0]),
+          m_y(x[1]),
+          m_z(x[2]),
+          m_origin(Length(m_x, m_y, m_z)),
+          m_isFar(IsNowhereBelow(m_origin, kFarAway * reach)) {}
+    // As for axes, differences from the distance of the origin where the centre is far.
+    T operator()(const Vec3& p) const {
+      const T distance = Length(p.x - m_x, p.y - m_y, p.z - m_z);
+      if (!m_isFar) return distance;
+      const T product = Dot(p, p) - (2.0 * p.x) * m_x - (2.0 * p.y) * m_y - (2.0 * p.z) * m_z;
+      return product * Reciprocal(distance + m_origin);
+    }
+
+   private:
+    T m_x, m_y, m_z;
+    T m_origin;
+    bool m_isFar;
+  };
+
+  // The unknowns of all axes or centres within `far` of the origin.
+  static void Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]);
+  // Half the sides of a box; each moves the surface by about `reach` among points that reach so far.
+  static void UnitBox(double reach, double (&half)[kUnknowns]);
+  // The chart of a feature, and its unknowns there.
+  static int Place(const Feature& feature, double (&x)[kUnknowns]);
+  // `level` is what the deviations have in the middle of the zone; of a circle, the largest distance.
+  static Feature At(int chart, const double (&x)[kUnknowns], double level);
+};
+
+// x: u, v, a, b.
+struct BoundedCylinder {
+  static constexpr int kUnknowns = 4;
+  static constexpr int kCharts = 3;
+  static constexpr bool kIsLevelled = true;
+
+  template<class T>
+  class Deviations {
+   public:
+    Deviations(int chart, const T (&x)[kUnknowns], double reach)
+        : m_chart(chart), m_radius(x[0], x[1], x[2], x[3], reach) {}
+    T operator()(const Vec3& p) const { return m_radius.Of(ToChart(m_chart, p)); }
+
+   private:
+    int m_chart;
+    AxisRadius<T> m_radius;
+  };
+
+  static void Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]);
+  static void UnitBox(double reach, double (&half)[kUnknowns]);
+  static int Place(const Feature& feature, double (&x)[kUnknowns]);
+  static Feature At(int chart, const double (&x)[kUnknowns], double level);
+};
+
+// The distance from its axis, for the axis alone.
+struct BoundedLine : BoundedCylinder {
+  static constexpr bool kIsLevelled = false;
+};
+
+// x: u, v, a, b and the semi-angle, negative where the cone narrows along the axis. The deviation is that from the
+// nappe which holds the points, as if it went on beyond the apex.
+struct BoundedCone {
+  static constexpr int kUnknowns = 5;
+  static constexpr int kCharts = 3;
+  static constexpr bool kIsLevelled = true;
+
+  template<class T>
+  class Deviations {
+   public:
+    Deviations(int chart, const T (&x)[kUnknowns], double reach)
+        : m_chart(chart), m_radius(x[0], x[1], x[2], x[3], reach), m_cosine(Cosine(x[4])), m_sine(Sine(x[4])) {}
+    T operator()(const Vec3& point) const {
+      const Vec3 p = ToChart(m_chart, point);
+      return m_cosine * m_radius.Of(p) - m_sine * m_radius.Direction().Along(p.x, p.y, p.z);
+    }
+
+   private:
+    int m_chart;
+    AxisRadius<T> m_radius;
+    T m_cosine, m_sine;
+  };
+
+  static void Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]);
+  static void UnitBox(double reach, double (&half)[kUnknowns]);
+  static int Place(const Feature& feature, double (&x)[kUnknowns]);
+  static Feature At(int chart, const double (&x)[kUnknowns], double level);
+};
+
+// A circle in space. x: u, v of its axis, the centre, the radius.
+struct BoundedCircle {
+  static constexpr int kUnknowns = 6;
+  static constexpr int kCharts = 3;
+  static constexpr bool kIsLevelled = false;
+
+  template<class T>
+  class Deviations {
+   public:
+    Deviations(int chart, const T (&x)[kUnknowns], double)
+        : m_chart(chart),
+          m_u(x[0]),
+          m_v(x[1]),
+          m_a(x[2]),
+          m_b(x[3]),
+          m_c(x[4]),
+          m_radius(x[5]),
+          m_direction(x[0], x[1]) {}
+    T operator()(const Vec3& point) const {
+      const Vec3 p = ToChart(m_chart, point);
+      const T x = p.x - m_a;
+      const T y = p.y - m_b;
+      const T z = p.z - m_c;
+      const T radius = m_direction.Across(x - m_u * z, y - m_v * z);
+      return Length(radius - m_radius, m_direction.Along(x, y, z), T(0.0));
+    }
+
+   private:
+    int m_chart;
+    T m_u, m_v, m_a, m_b, m_c, m_radius;
+    SlopedDirection<T> m_direction;
+  };
+
+  static void Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]);
+  static void UnitBox(double reach, double (&half)[kUnknowns]);
+  static int Place(const Feature& feature, double (&x)[kUnknowns]);
+  static Feature At(int chart, const double (&x)[kUnknowns], double level);
+};
+
+}  // namespace nu::engine::association
+
+#endif

@@ -1,0 +1,175 @@
+#ifndef NU_ENGINE_ASSOCIATION_CELL_SEARCH_H
+#define NU_ENGINE_ASSOCIATION_CELL_SEARCH_H
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <tuple>
+#include <vector>
+
+#include "nu/engine/association/bounded_features.h"
+#include "nu/engine/association/bounded_points.h"
+#include "nu/engine/association/own_cell.h"
+#include "nu/engine/base/function_ref.h"
+
+// Branch and bound over boxes of the unknowns of a feature, the cells (A. H. Land, A. G. Doig, Econometrica 28, 1960).
+// In a cell the deviations d_i of some of the points are enclosed between linear functions of the unknowns. The linear
+// program for the least difference of the largest lower and the smallest upper one bounds the zones of all features in
+// the cell from below; its multipliers alone, none of them negative, prove that bound. More points only raise a zone,
+// so what some prove holds for all. Around an optimum that is a vertex one cell of its own needs no proof by smaller
+// ones, see own_cell.h.
+namespace nu::engine::association {
+
+// What is looked for among the points, in their working frame.
+struct CellProblem {
+  BoundedPoints& points;
+  double far = 0.0;    // how far axes or centres may be from the origin
+  double floor = 0.0;  // a bound for those farther away
+  double gap = 0.0;    // of a proven feature
+  long boxes = 0;
+};
+
+template<class Model>
+class CellSearch {
+ public:
+  // From a feature with deviations of this size to one nearby that is an optimum; false where none is found.
+  using Refine = FunctionRef<bool(const Feature& start, double size, Feature& found)>;
+
+  static constexpr int N = Model::kUnknowns;
+
+  CellSearch(const CellProblem& problem, Refine refine)
+      : m_problem(problem), m_points(problem.points), m_refine(refine), m_floor(problem.floor) {}
+
+  void Run(const Feature& known) {
+    Adopt(known);
+    PushCharts();
+    while (!m_heap.empty() && m_heap.front().bound < Target() && m_boxes < m_problem.boxes) Look(Pop());
+    if (!m_heap.empty()) m_floor = std::min(m_floor, m_heap.front().bound);
+  }
+
+  const Feature& Best() const { return m_best; }
+  // Half of a zone, or the largest distance.
+  double Size() const { return m_size; }
+  double Bound() const { return std::max(0.0, std::min(m_floor, m_size)); }
+  long Boxes() const { return m_boxes; }
+
+ private:
+  using Cell = UnknownCell<N>;
+
+  // Parts of the gap: by what contacts may miss the ends of their span, and linear programs their optima.
+  static constexpr double kSlack = 0.25;
+  static constexpr double kProgramSlack = 0.01;
+  // A cut through a cell may be this part of its half side off the middle, to run along the own cell of the optimum.
+  static constexpr double kOffMiddle = 0.75;
+
+  double Target() const { return m_size - m_problem.gap; }
+  double Slack() const { return kSlack * m_problem.gap; }
+
+  static bool IsLater(const Cell& a, const Cell& b) {
+    return std::tie(a.bound, a.number) > std::tie(b.bound, b.number);
+  }
+  void Push(Cell cell) {
+    cell.number = m_pushed++;
+    m_heap.push_back(cell);
+    std::push_heap(m_heap.begin(), m_heap.end(), IsLater);
+  }
+  Cell Pop() {
+    std::pop_heap(m_heap.begin(), m_heap.end(), IsLater);
+    const Cell cell = m_heap.back();
+    m_heap.pop_back();
+    return cell;
+  }
+
+  void PushCharts() {
+    double low[N], high[N];
+    Model::Domain(m_problem.far, low, high);
+    for (int chart = 0; chart < Model::kCharts; ++chart) Push(Cell::Between(chart, low, high));
+  }
+
+  void Look(Cell cell) {
+    if (m_own.Holds(cell)) {
+      m_floor = std::min(m_floor, m_size - Slack());
+      return;
+    }
+    ++m_boxes;
+    const CellBound<Model> found = m_bounds.Of(cell, m_points.Set(), m_points.Reach(), kProgramSlack * m_problem.gap);
+    const double proven = found.value - m_points.Rounding();
+    if (proven > cell.bound) cell.bound = proven;
+    if (cell.bound >= Target()) {
+      m_floor = std::min(m_floor, cell.bound);
+      return;
+    }
+    LookAt(cell.chart, found.place);
+    Split(cell, found.widest);
+  }
+
+  // All points are looked at where the zone of some promises more than the best one.
+  void LookAt(int chart, const double (&x)[N]) {
+    const typename Model::template Deviations<double> deviation(chart, x, m_points.Reach());
+    DeviationSpan some;
+    for (const Vec3& p : m_points.Set()) some.Add(deviation(p));
+    if (!(some.Size<Model>() < Target())) return;
+    const DeviationSpan all = m_points.Span(deviation, some);
+    CountPass();
+    if (!(all.Size<Model>() < Target())) return;
+    const Feature start = Model::At(chart, x, all.Level<Model>());
+    Feature refined;
+    Adopt(start);
+    if (m_refine(start, all.Size<Model>(), refined)) Adopt(refined);
+  }
+
+  void CountPass() { m_boxes += 1 + static_cast<long>(m_points.Size() / BoundedPoints::kMostInSet); }
+
+  // Unless what is known is better. In its own cell nothing is better by more than Slack().
+  void Adopt(const Feature& feature) {
+    double x[N];
+    const int chart = Model::Place(feature, x);
+    const typename Model::template Deviations<double> deviation(chart, x, m_points.Reach());
+    const DeviationSpan span = m_points.Span(deviation, {});
+    CountPass();
+    if (!(span.Size<Model>() < m_size)) return;
+    m_best = Model::At(chart, x, span.Level<Model>());
+    m_size = span.Size<Model>();
+    m_own = FindOwnCell<Model>(chart, x, m_points.Contacts(deviation, span, Slack()), m_points.Reach());
+  }
+
+  void Split(const Cell& cell, int k) {
+    const double cut = CutOf(cell, k);
+    const double low = cell.middle[k] - cell.half[k];
+    const double high = cell.middle[k] + cell.half[k];
+    // Too small for numbers between its ends.
+    if (!(low < cut && cut < high)) {
+      m_floor = std::min(m_floor, cell.bound);
+      return;
+    }
+    for (const bool upper : {false, true}) {
+      Cell part = cell;
+      part.middle[k] = upper ? 0.5 * (cut + high) : 0.5 * (low + cut);
+      part.half[k] = upper ? 0.5 * (high - cut) : 0.5 * (cut - low);
+      Push(part);
+    }
+  }
+
+  double CutOf(const Cell& cell, int k) const {
+    if (!m_own.Meets(cell)) return cell.middle[k];
+    for (const double side : {m_own.cell.middle[k] - m_own.cell.half[k], m_own.cell.middle[k] + m_own.cell.half[k]})
+      if (std::fabs(side - cell.middle[k]) < kOffMiddle * cell.half[k]) return side;
+    return cell.middle[k];
+  }
+
+  CellProblem m_problem;
+  BoundedPoints& m_points;
+  Refine m_refine;
+  CellBounds<Model> m_bounds;
+  std::vector<Cell> m_heap;  // the lowest bound on top
+  long m_pushed = 0;
+  long m_boxes = 0;
+  double m_floor;  // of what is done with
+  Feature m_best;
+  double m_size = std::numeric_limits<double>::infinity();
+  OwnCell<N> m_own;
+};
+
+}  // namespace nu::engine::association
+
+#endif

@@ -1,0 +1,291 @@
+#include "nu/engine/association/global_bound.h"
+
+#include <cmath>
+#include <limits>
+
+#include "nu/engine/association/axis_bound.h"
+#include "nu/engine/association/cell_search.h"
+#include "nu/engine/association/direct_bound.h"
+#include "nu/engine/minimax/cone_minimax.h"
+#include "nu/engine/minimax/cylinder_minimax.h"
+#include "nu/engine/minimax/slab3.h"
+#include "nu/engine/minimax/spherical_shell.h"
+#include "nu/engine/minimax/tube_distance.h"
+#include "nu/engine/points/mean.h"
+
+namespace nu::engine::association {
+namespace {
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+
+// Of local searches.
+constexpr long kMostSteps = 1000;
+
+// Axes, centres and circles farther away or larger, in units of the reach of the points, count with the bound for the
+// nearest of them.
+constexpr double kNearest = 1.25;
+constexpr double kFarthestAxis = 4096.0;
+constexpr double kFarthestCircle = 16.0;
+
+// The search for an axis gives up what is so near to the gap that rounding might decide.
+constexpr double kSearchedGap = 0.5;
+
+// This part of the boxes for a circle may serve for the line that large ones tend to.
+constexpr long kPartForLine = 4;
+
+// Nothing is known but that no criterion is negative.
+GlobalBound Unproven(const Feature& known) {
+  GlobalBound result;
+  result.feature = known;
+  result.best = std::numeric_limits<double>::infinity();
+  return result;
+}
+
+Feature Rescaled(Feature feature, double unit) {
+  feature.frame.origin = unit * feature.frame.origin;
+  feature.size[0] *= unit;
+  if (feature.kind != FeatureKind::cone) feature.size[1] *= unit;
+  return feature;
+}
+
+Vec3 InFrame(const AxisFrame& frame, const Vec3& v) {
+  return {Dot(v, frame.x), Dot(v, frame.y), Dot(v, frame.z)};
+}
+Vec3 FromFrame(const AxisFrame& frame, const Vec3& v) {
+  return v.x * frame.x + v.y * frame.y + v.z * frame.z;
+}
+
+// The points in the unit of their blocks, in the frame of the feature known, from the middle of their extents along it.
+class Scene {
+ public:
+  Scene(const PointView& points, const Vec3& origin)
+      : m_view(points), m_blocks(points, origin), m_mean(MeanOf(points) - origin) {
+    m_blocks.Keep();
+  }
+
+  bool Place(const Feature& known) {
+    if (!m_blocks.FitScale() || !IsFinite(known.frame.origin)) return false;
+    m_frame = {{}, known.frame.x, known.frame.y, known.frame.z};
+    double low[3], high[3];
+    std::fill_n(low, 3, std::numeric_limits<double>::infinity());
+    std::fill_n(high, 3, -std::numeric_limits<double>::infinity());
+    m_blocks.ForEach([&](const PointBlock& block) {
+      for (std::size_t i = 0; i < block.size; ++i) {
+        const Vec3 p = m_frame.Local({block.x[i], block.y[i], block.z[i]});
+        const double along[] = {p.x, p.y, p.z};
+        for (int k = 0; k < 3; ++k) low[k] = std::min(low[k], along[k]), high[k] = std::max(high[k], along[k]);
+      }
+    });
+    m_frame.origin = FromFrame(m_frame, {0.5 * (low[0] + high[0]), 0.5 * (low[1] + high[1]), 0.5 * (low[2] + high[2])});
+    m_reach = 0.5 * Norm({high[0] - low[0], high[1] - low[1], high[2] - low[2]});
+    return true;
+  }
+
+  PointBlocks& Blocks() { return m_blocks; }
+  const AxisFrame& Frame() const { return m_frame; }
+  const Vec3& Mean() const { return m_mean; }
+  double Scale() const { return m_blocks.Scale(); }
+  // Of the points from the middle, in the unit of the blocks.
+  double Reach() const { return m_reach; }
+  double SlabWidth() const { return Scale() * NarrowestSlab(m_view, m_blocks.Origin()).width; }
+
+  Feature ToWorking(const Feature& feature) const {
+    Feature f = Rescaled(feature, Scale());
+    f.frame = {m_frame.Local(f.frame.origin), InFrame(m_frame, f.frame.x), InFrame(m_frame, f.frame.y),
+               InFrame(m_frame, f.frame.z)};
+    return f;
+  }
+  Feature FromWorking(Feature f) const {
+    f.frame = {m_frame.origin + FromFrame(m_frame, f.frame.origin), FromFrame(m_frame, f.frame.x),
+               FromFrame(m_frame, f.frame.y), FromFrame(m_frame, f.frame.z)};
+    return Rescaled(f, 1.0 / Scale());
+  }
+
+ private:
+  PointView m_view;
+  PointBlocks m_blocks;
+  Vec3 m_mean;
+  AxisFrame m_frame;
+  double m_reach = 0.0;
+};
+
+// Local searches, in the callers' unit.
+bool RefineSphere(Scene& scene, const Feature& start, double, Feature& found) {
+  const SphericalShell shell =
+      ThinnestShell(scene.Blocks(), scene.Mean(), start.frame.origin, start.size[0], kMostSteps);
+  found = start;
+  found.frame.origin = shell.centre;
+  return shell.end == MinimaxEnd::converged;
+}
+
+bool RefineCylinder(Scene& scene, const Feature& start, double, Feature& found) {
+  const Cylinder3 cylinder{{start.frame.origin, start.frame.z}, start.size[0]};
+  const CylinderMinimax zone = NarrowestCylinderZone(scene.Blocks(), scene.Mean(), cylinder, kMostSteps);
+  found = start;
+  found.frame = AxisFrame::Along(zone.cylinder.axis.point, zone.cylinder.axis.direction);
+  return zone.end == MinimaxEnd::converged;
+}
+
+bool RefineCone(Scene& scene, const Feature& start, double form, Feature& found) {
+  const double toApex = -start.size[0] / Tan(start.size[1]);
+  const Cone3 cone{{start.frame.origin, start.frame.z}, toApex, start.size[1]};
+  const ConeZone zone = NarrowestConeZone(scene.Blocks(), scene.Mean(), cone, form, kMostSteps);
+  found = start;
+  found.frame = AxisFrame::Along(zone.cone.axis.point, zone.cone.axis.direction);
+  found.size[1] = zone.cone.semiAngle;
+  return zone.end == MinimaxEnd::converged;
+}
+
+bool RefineCircle(Scene& scene, const Feature& start, double, Feature& found) {
+  const double scale = scene.Scale();
+  const Vec3 centre = scale * start.frame.origin;
+  const Vec3 out = Unit(Rejection(scale * scene.Mean() - centre, start.frame.z));
+  const double radius = scale * start.size[0];
+  const TubeDistance tube{AxisFrame::Along(centre + radius * out, start.frame.z, out), 1.0 / radius, scene.Reach()};
+  Minimax<TubeDistance> minimax(scene.Blocks(), MinimaxSide::outer, kEpsilon * scene.Reach(), kMostSteps);
+  const MinimaxSolution<TubeDistance> solution = minimax.Solve(tube);
+  const TubeDistance& circle = solution.model;
+  found = start;
+  found.size[0] = circle.Radius() / scale;
+  found.frame = circle.frame;
+  found.frame.origin = (1.0 / scale) * (circle.frame.origin - circle.Radius() * circle.frame.x);
+  return solution.end == MinimaxEnd::converged && circle.IsRound();
+}
+
+// What a zone cannot be below if its axis, apex or centre is at a distance D from the middle of points that reach B
+// from there. Seen from so far, a circle about the axis differs by D - sqrt(D^2 - B^2) at most from its tangent, within
+// the reach; a zone between two parallel surfaces is then inside a slab that is wider by as much.
+double Sagitta(double distance, double reach) {
+  return reach * reach / (distance + std::sqrt((distance - reach) * (distance + reach)));
+}
+
+// The distance from which on the sagitta is smaller; or the farthest one.
+double FarDistance(double sagitta, double reach, double farthest) {
+  const double distance = 0.5 * (reach * reach / sagitta + sagitta);
+  if (!(sagitta > 0.0 && distance < farthest * reach)) return farthest * reach;
+  return std::max(distance, kNearest * reach);
+}
+
+// In the unit of the search, where zones are halves.
+struct SearchEnd {
+  Feature feature;
+  double size = 0.0;
+  double bound = 0.0;
+  bool improved = false;
+  long boxes = 0;
+};
+
+GlobalBound Described(const Scene& scene, const SearchEnd& end, double gap, double unit) {
+  GlobalBound result;
+  result.feature = scene.FromWorking(end.feature);
+  result.best = unit / scene.Scale() * end.size;
+  result.bound = unit / scene.Scale() * end.bound;
+  result.improved = end.improved;
+  result.proven = end.size - end.bound <= gap;
+  result.boxes = end.boxes;
+  return result;
+}
+
+// The size of a feature, as a search counts it; not finite where a deviation is not.
+template<class Model>
+double SizeOf(BoundedPoints& points, const Feature& feature) {
+  double x[Model::kUnknowns];
+  const int chart = Model::Place(feature, x);
+  return points.Span(typename Model::template Deviations<double>(chart, x, points.Reach()), {}).template Size<Model>();
+}
+
+template<class Model, class Refine>
+SearchEnd Search(Scene& scene, const CellProblem& problem, const Feature& start, Refine refine) {
+  const auto refined = [&](const Feature& from, double size, Feature& to) {
+    Feature found;
+    if (!refine(scene, scene.FromWorking(from), 2.0 * size / scene.Scale(), found)) return false;
+    to = scene.ToWorking(found);
+    return true;
+  };
+  CellSearch<Model> search(problem, refined);
+  const double size = SizeOf<Model>(problem.points, start);
+  search.Run(start);
+  return {search.Best(), search.Size(), search.Bound(), search.Size() < size - problem.gap, search.Boxes()};
+}
+
+template<class Model, class Refine>
+GlobalBound BoundZone(Scene& scene, const Feature& known, const BoundLimits& limits, Refine refine) {
+  if (!scene.Place(known)) return Unproven(known);
+  BoundedPoints points(scene.Blocks(), scene.Frame());
+  const Feature start = scene.ToWorking(known);
+  const double size = SizeOf<Model>(points, start);
+  if (!std::isfinite(size)) return Unproven(known);
+  const double gap = 0.5 * limits.gap * points.Reach();
+  const double slab = scene.SlabWidth();
+  const double far = FarDistance(slab - 2.0 * (size - gap), points.Reach(), kFarthestAxis);
+  const double floor = 0.5 * (slab - Sagitta(far, points.Reach()));
+  const SearchEnd end = Search<Model>(scene, {points, far, floor, gap, limits.boxes}, start, refine);
+  return Described(scene, end, gap, 2.0);
+}
+
+// A circle so large that the points see no more of it than an arc: it is nearly straight, and the largest distance from
+// it is hardly smaller than that from a line.
+GlobalBound BoundCircle(Scene& scene, const Feature& known, const BoundLimits& limits, double unit) {
+  if (!scene.Place(known)) return Unproven(known);
+  BoundedPoints points(scene.Blocks(), scene.Frame());
+  const Feature start = scene.ToWorking(known);
+  const double size = SizeOf<BoundedCircle>(points, start);
+  if (!std::isfinite(size)) return Unproven(known);
+  const double gap = limits.gap * points.Reach();
+  const AxisFrame along{scene.Frame().origin, scene.Frame().y, scene.Frame().z, scene.Frame().x};
+  const AxisBound line = BoundAxes(scene.Blocks(), along, points.Reach(), gap, limits.boxes / kPartForLine);
+  const double reach = points.Reach() + size;
+  const double radius = FarDistance(line.bound - (size - gap), reach, kFarthestCircle);
+  const double floor = line.bound - Sagitta(radius, reach);
+  const CellProblem problem{points, radius + reach, floor, gap, limits.boxes - line.boxes};
+  SearchEnd end = Search<BoundedCircle>(scene, problem, start, RefineCircle);
+  end.boxes += line.boxes;
+  end.feature.kind = known.kind;
+  return Described(scene, end, gap, unit);
+}
+
+GlobalBound BoundAxis(Scene& scene, const Feature& known, const BoundLimits& limits, double unit) {
+  if (!scene.Place(known)) return Unproven(known);
+  BoundedPoints points(scene.Blocks(), scene.Frame());
+  Feature best = scene.ToWorking(known);
+  const double size = SizeOf<BoundedLine>(points, best);
+  if (!std::isfinite(size)) return Unproven(known);
+  const double gap = limits.gap * points.Reach();
+  // Seen from the middle of the points along the axis.
+  AxisFrame start = known.frame;
+  start.origin = scene.Scale() * known.frame.origin;
+  start.origin = start.origin + Dot(scene.Frame().origin - start.origin, start.z) * start.z;
+  const AxisBound found = BoundAxes(scene.Blocks(), start, points.Reach(), kSearchedGap * gap, limits.boxes);
+  const bool improved = found.radius < size - gap;
+  if (improved) best = scene.ToWorking(Rescaled({known.kind, found.frame, {}}, 1.0 / scene.Scale()));
+  best.size[0] = known.kind == FeatureKind::cylinder ? found.radius : 0.0;
+  return Described(scene, {best, found.radius, std::min(found.bound, found.radius), improved, found.boxes}, gap, unit);
+}
+
+}  // namespace
+
+GlobalBound BoundGlobally(const PointView& points, const Vec3& origin, const Feature& known, BoundedCriterion criterion,
+                          const BoundLimits& limits) {
+  Scene scene(points, origin);
+  const bool isZone = criterion == BoundedCriterion::zone;
+  switch (known.kind) {
+    case FeatureKind::line:
+      return isZone ? BoundAxis(scene, known, limits, 2.0) : Unproven(known);
+    case FeatureKind::sphere:
+      return isZone ? BoundZone<BoundedSphere>(scene, known, limits, RefineSphere)
+                    : BoundDirectly(points, origin, known, criterion, limits.gap);
+    case FeatureKind::cylinder:
+      return isZone ? BoundZone<BoundedCylinder>(scene, known, limits, RefineCylinder)
+                    : BoundAxis(scene, known, limits, 1.0);
+    case FeatureKind::cone:
+      return isZone && !known.bothNappes ? BoundZone<BoundedCone>(scene, known, limits, RefineCone) : Unproven(known);
+    case FeatureKind::circleInSpace:
+      return isZone ? BoundCircle(scene, known, limits, 2.0) : Unproven(known);
+    case FeatureKind::torus:
+      return isZone ? Unproven(known) : BoundCircle(scene, known, limits, 1.0);
+    default:
+      return BoundDirectly(points, origin, known, criterion, limits.gap);
+  }
+}
+
+}  // namespace nu::engine::association
