@@ -80,6 +80,7 @@ class CellBounds {
     std::copy_n(cell.middle, N, bound.place);
     if (!m_program.Solve(m_rows, 1.0, rounding)) return bound;
     bound.value = ProvenValue(m_rows, m_program.Contacts());
+    bound.widest = CostliestUnknown(cell, points, reach);
     for (int k = 0; k < N; ++k) bound.place[k] += cell.half[k] * std::clamp(m_program.Step()[k], -1.0, 1.0);
     return bound;
   }
@@ -91,6 +92,30 @@ class CellBounds {
     const typename Model::template Deviations<FirstOrder<N>> deviation(cell.chart, x, reach);
     m_enclosure.clear();
     for (const Vec3& p : points) m_enclosure.push_back(deviation(p));
+  }
+
+  // The unknown with which the errors of the enclosures that hold the bound shrink the most when its side is halved.
+  int CostliestUnknown(const UnknownCell<N>& cell, const std::vector<Vec3>& points, double reach) const {
+    const auto& contacts = m_program.Contacts();
+    double least = std::numeric_limits<double>::infinity();
+    int found = WidestUnknown();
+    for (int k = 0; k < N; ++k) {
+      UnknownCell<N> part = cell;
+      part.half[k] *= 0.5;
+      FirstOrder<N> x[N];
+      part.Unknowns(x);
+      const typename Model::template Deviations<FirstOrder<N>> deviation(cell.chart, x, reach);
+      double error = 0.0;
+      for (int j = 0; j < contacts.count; ++j) {
+        const int row = contacts.row[j];
+        const FirstOrder<N> e = deviation(points[m_point[row]]);
+        error += contacts.multiplier[j] * (m_sign[row] > 0.0 ? -e.low : e.high);
+      }
+      if (!(error < least)) continue;
+      least = error;
+      found = k;
+    }
+    return found;
   }
 
   int WidestUnknown() const {
@@ -118,21 +143,27 @@ class CellBounds {
     const double half = 0.5 * (greatest - least);
     for (const FirstOrder<N>& e : m_enclosure) {
       const double reach = e.Reach();
-      if (e.value + e.low + reach >= top) AddRow(e, 1.0, e.value + e.low - level, half);
-      if (Model::kIsLevelled && e.value + e.high - reach <= bottom) AddRow(e, -1.0, e.value + e.high - level, half);
+      if (e.value + e.low + reach >= top)
+        AddRow(e, 1.0, e.value + e.low - level, half, static_cast<int>(&e - m_enclosure.data()));
+      if (Model::kIsLevelled && e.value + e.high - reach <= bottom)
+        AddRow(e, -1.0, e.value + e.high - level, half, static_cast<int>(&e - m_enclosure.data()));
     }
   }
 
   // The level moves by up to `half`: that of a narrowest zone is between the extreme deviations.
-  void AddRow(const FirstOrder<N>& e, double sign, double value, double half) {
+  void AddRow(const FirstOrder<N>& e, double sign, double value, double half, int point) {
     if (m_rows.size == minimax::kMostRows) return;
     m_rows.value[m_rows.size] = sign * value;
+    m_point[m_rows.size] = point;
+    m_sign[m_rows.size] = sign;
     for (int k = 0; k < N; ++k) m_rows.gradient[k][m_rows.size] = sign * e.slope[k];
     if (Model::kIsLevelled) m_rows.gradient[K - 1][m_rows.size] = -sign * half;
     ++m_rows.size;
   }
 
   std::vector<FirstOrder<N>> m_enclosure;
+  int m_point[minimax::kMostRows];
+  double m_sign[minimax::kMostRows];
   minimax::MinimaxRows<K> m_rows;
   minimax::LinearMinimax<K> m_program;
 };

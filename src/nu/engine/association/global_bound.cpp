@@ -27,7 +27,7 @@ constexpr double kNearest = 1.25;
 constexpr double kFarthestAxis = 4096.0;
 constexpr double kFarthestCircle = 16.0;
 
-// The search for an axis gives up what is so near to the gap that rounding might decide.
+// Where rounding might decide whether a gap is closed, a part of it is aimed at.
 constexpr double kSearchedGap = 0.5;
 
 // This part of the boxes for a circle may serve for the line that large ones tend to.
@@ -217,7 +217,7 @@ GlobalBound BoundZone(Scene& scene, const Feature& known, const BoundLimits& lim
   if (!std::isfinite(size)) return Unproven(known);
   const double gap = 0.5 * limits.gap * points.Reach();
   const double slab = scene.SlabWidth();
-  const double far = FarDistance(slab - 2.0 * (size - gap), points.Reach(), kFarthestAxis);
+  const double far = FarDistance(slab - 2.0 * (size - kSearchedGap * gap), points.Reach(), kFarthestAxis);
   const double floor = 0.5 * (slab - Sagitta(far, points.Reach()));
   const SearchEnd end = Search<Model>(scene, {points, far, floor, gap, limits.boxes}, start, refine);
   return Described(scene, end, gap, 2.0);
@@ -235,7 +235,7 @@ GlobalBound BoundCircle(Scene& scene, const Feature& known, const BoundLimits& l
   const AxisFrame along{scene.Frame().origin, scene.Frame().y, scene.Frame().z, scene.Frame().x};
   const AxisBound line = BoundAxes(scene.Blocks(), along, points.Reach(), gap, limits.boxes / kPartForLine);
   const double reach = points.Reach() + size;
-  const double radius = FarDistance(line.bound - (size - gap), reach, kFarthestCircle);
+  const double radius = FarDistance(line.bound - (size - kSearchedGap * gap), reach, kFarthestCircle);
   const double floor = line.bound - Sagitta(radius, reach);
   const CellProblem problem{points, radius + reach, floor, gap, limits.boxes - line.boxes};
   SearchEnd end = Search<BoundedCircle>(scene, problem, start, RefineCircle);
