@@ -88,7 +88,7 @@ struct Problem {
 // About the z axis, with the part moved anywhere.
 GlobalBound Bound(const Problem& problem, const Motion& motion, const BoundLimits& limits) {
   const CNuPointArray points = motion(problem.points);
-  const Vec3 origin = MiddleOf(points);
+  const Vec3 origin = MiddleOf(ViewOf(points));
   const CNuPoint centre = motion(CNuPoint(0.0, 0.0, 0.0)), axis = motion.Direction({0.0, 0.0, 1.0});
   const Vec3 from = Vec3{centre.x(), centre.y(), centre.z()} - origin;
   const Feature known{
