@@ -73,6 +73,8 @@ class CNuTorSurf;
 
 class CNuAssociation;
 class CNuAssociationReport;
+class CNuCertificate;
+class CNuCertificateVerdict;
 
 namespace nu::internal {
 struct FeatureAccess;  // stores features as their own fits do

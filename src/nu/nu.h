@@ -5,6 +5,7 @@
 
 #include "nu/association/association.h"
 #include "nu/association/association_report.h"
+#include "nu/association/certificate.h"
 #include "nu/association/criteria.h"
 #include "nu/curves/bounded_curve.h"
 #include "nu/curves/circle.h"

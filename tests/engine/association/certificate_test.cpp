@@ -8,8 +8,10 @@
 
 #include "nu/association/internal/feature_classes.h"
 #include "nu/engine/association/covariance.h"
+#include "nu/engine/shapes/incidence.h"
 #include "nu/geometry/internal/point_set.h"
 #include "support/clouds.h"
+#include "support/reference_data.h"
 
 namespace {
 
@@ -128,6 +130,67 @@ TEST(Certificate, HoldsForTheOptimumAlone) {
     CNuTorSurf torus(2.0, 1.0);
     torus.FitMin(points, 0.0, 1000), certify("torus", torus, points, kOuter);
   }
+}
+
+// How far points of a circle may be off its plane; other features take it for points without a shape.
+template<class Class>
+constexpr double kPlanar = std::is_same_v<Class, CNuCircle> ? 1e-6 : 0.0;
+
+template<class Class>
+Feature FitBy(const CNuPointArray& points, const std::string& criterion) {
+  double zone;
+  Class feature = AnyOf<Class>();
+  if constexpr (std::is_same_v<Class, CNuPlane>) {
+    feature.FitMinZone(points, &zone, 0.0);
+  } else if constexpr (requires { feature.FitMax(points, 0.0); }) {
+    if (criterion == "minimum-circumscribed") feature.FitMin(points, kPlanar<Class>);
+    if (criterion == "maximum-inscribed") feature.FitMax(points, kPlanar<Class>);
+  } else if constexpr (requires { feature.FitMax(points, 0.0, 1L); }) {
+    if (criterion == "minimum-circumscribed") feature.FitMin(points, 0.0, 1000);
+    if (criterion == "maximum-inscribed") feature.FitMax(points, 0.0, 1000);
+  }
+  if constexpr (!std::is_same_v<Class, CNuPlane>)
+    if (criterion == "minimum-zone") feature.FitMinZone(points, &zone, kPlanar<Class>, 1000);
+  return FeatureOf(feature);
+}
+
+TEST(Certificate, HoldsForEveryReferenceSet) {
+  int checked = 0;
+  for (const char* prefix : {"mz-", "mc-", "mi-", "hard-m", "lit-m"}) {
+    for (const auto& file : ReferenceFiles(prefix)) {
+      const Json set = ReadReference(file);
+      // Where the library has a feature by convention: a sphere about points in one plane, or on one line.
+      const std::string name = set["name"].Text();
+      if (name == "mz-sphere-06" || name == "mc-sphere-06") continue;
+      SCOPED_TRACE(name);
+      CNuPointArray points(1);
+      double size = 0.0;
+      for (std::size_t i = 0; i < set["points"].Size(); ++i) {
+        const std::vector<double> p = set["points"][i].Numbers();
+        points.Add({p[0], p[1], p[2]});
+        size = std::max({size, std::fabs(p[0]), std::fabs(p[1]), std::fabs(p[2])});
+      }
+      const std::string kind = set["feature"].Text(), criterion = set["criterion"].Text();
+      const auto fit = kind == "plane"      ? FitBy<CNuPlane>
+                       : kind == "circle"   ? FitBy<CNuCircle>
+                       : kind == "sphere"   ? FitBy<CNuSphSurf>
+                       : kind == "cylinder" ? FitBy<CNuCylSurf>
+                       : kind == "cone"     ? FitBy<CNuConSurf>
+                                            : FitBy<CNuLine>;
+      const ContactCriterion by = criterion == "minimum-zone"            ? ContactCriterion::zone
+                                  : criterion == "minimum-circumscribed" ? ContactCriterion::circumscribed
+                                                                         : ContactCriterion::inscribed;
+      // The parameters are rounded where they are stored; the apex of a cone may be far away.
+      const Feature stored = fit(points, criterion);
+      const double length = 64.0 * kEps * (size + stored.size[0] + Norm(stored.frame.origin));
+      ContactAccount account;
+      const CertificateQuestion q = Ask(ViewOf(points), CentredOn(ViewOf(points), stored), by, account, length);
+      const Certificate found = CheckCertificate(q);
+      EXPECT_EQ(found.failed, CertificateCheck::passed) << found.offBoundary << " of " << q.length;
+      ++checked;
+    }
+  }
+  EXPECT_GT(checked, 80);
 }
 
 // The corners of a square about the origin and a circle of the radius.
