@@ -40,7 +40,7 @@ function(expect_text code pattern content)
 endfunction()
 
 # The shipped parts: every format, every feature, and numbers that the constants of their making foretell.
-expect_everywhere(0 "columns +2 .X .mm.., 3 .Y .mm.., 4.*unit +mm .as the header says.*radius +12\\.50380[0-9].*diameter +25\\.00761[0-9].*roundness RONt +0\\.00629.*peak RONp +0\\.003149.*valley RONv +0\\.003143.*within.*C in ISO 1101.*MZCI.*inner radius +12\\.50067.*outer radius +12\\.50685.*RONt +0\\.00617[0-9].*contact points +4.*minimum circ.*radius +12\\.50653[0-9].*contact points +3.*maximum.*radius +12\\.50096[0-9].*contact points +3.*summary"
+expect_everywhere(0 "columns +2 .X .mm.., 3 .Y .mm.., 4.*unit +mm .as the header says.*radius +12\\.50380[0-9].*diameter +25\\.00761[0-9].*roundness RONt +0\\.00629.*peak RONp +0\\.003149.*valley RONv +0\\.003143.*degrees of freedom +3597.*u.radius. +0\\.000026.*within.*C in ISO 1101.*MZCI.*inner radius +12\\.50067.*outer radius +12\\.50685.*RONt +0\\.00617[0-9].*on the outer side +line 134, 1469.*on the inner side +line 986, 3204.*minimum circ.*radius +12\\.50653[0-9].*contact points +3.*maximum.*radius +12\\.50096[0-9].*contact points +3.*summary"
   ${PARTS}/bore.csv --feature Circle --criterion ALL --decimal-comma --tolerance 0.01 --svg ./ --json bore.json)
 expect_everywhere(1 "straightness STRt +0\\.00914[0-9].*OUT OF TOLERANCE.*STRt +0\\.00845[0-9].*contact points +3" ${PARTS}/edge.xyz
   --feature line --criterion G,mz --tolerance=0.008 --svg ./)
@@ -52,14 +52,14 @@ expect_everywhere(0 "axis x +0\\.00209.*radius +22\\.0130[0-9]+.*cylindricity CY
   ${PARTS}/sleeve.txt --feature cylinder --criterion ls,mz,mc,mi --svg ./)
 expect_everywhere(0 "semi-angle +0\\.5729[0-9]+ .*cone form +0\\.00435.*inner apex x +-356\\.79.*cone form +0\\.00419[0-9].*contact points +7"
   ${PARTS}/pin.csv --feature cone --criterion all --svg ./)
-expect_everywhere(0 "major radius +34\\.500.*minor radius +2\\.6142[0-9]+.*contact points +7" ${PARTS}/ring.txt --feature torus
-  --criterion mz --svg ring-torus-mz.svg)
+expect_everywhere(0 "u.minor radius. +0\\.000050.*major radius +34\\.500.*minor radius +2\\.6142[0-9]+.*contact points +7" ${PARTS}/ring.txt --feature torus
+  --criterion all --svg ./)
 expect_everywhere(3 "semi-axis a +48\\.199.*semi-axis b +31\\.399.*form +0\\.0177.*focal length +18\\.348.*form +0\\.0096.*semi-axis a +12\\.400.*semi-axis b +54\\.99.*form +0\\.0136"
   ${PARTS}/flange.xyz ${PARTS}/reflector.csv ${PARTS}/roller.txt --feature ellipse,parabola,hyperbola --svg ./ --json conics.json)
 foreach(picture "ball-sphere-mz;contact points" "sleeve-cylinder-ls;along the axis towards .Z"
     "sleeve-cylinder-mz;contact points" "pin-cone-mz;contact points" "ring-torus-mz;angle around the tube"
     "pin-cone-ls;0° towards" "flange-ellipse-ls;fitted ellipse" "reflector-parabola-ls;2000:1"
-    "roller-hyperbola-ls;away from the focus" "bore-circle-mz;contact points" "edge-line-mz;contact points"
+    "roller-hyperbola-ls;away from the focus" "bore-circle-mz;contact points, inner side" "edge-line-mz;contact points"
     "plate-plane-mz;contact points" "bore-circle-ls;unit mm .as the header says.*5000:1" "edge-line-ls;10000:1"
     "plate-plane-ls;positive towards" "ball-sphere-ls;seen from")
   list(GET picture 0 name)
@@ -82,6 +82,8 @@ expect_json(bore.json 1 version)
 expect_json(bore.json 986 results 0 smallest line)
 expect_json(bore.json RONt results 1 form_symbol)
 expect_json(bore.json "X [mm]" results 2 columns 0 name)
+expect_json(bore.json inner results 1 contacts 1 side)
+expect_json(bore.json 3597 results 0 uncertainty degrees_of_freedom)
 expect_json(conics.json "ellipse form" results 0 form_name)
 file(READ ${SCRATCH}/conics.json json)
 string(JSON error GET "${json}" results 2 error)

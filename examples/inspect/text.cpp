@@ -78,6 +78,11 @@ std::string Shortest(double value) {
   return {buffer.data(), end};
 }
 
+std::string WithMinusSign(std::string text) {
+  if (text.front() == '-') text.replace(0, 1, "\u2212");
+  return text;
+}
+
 bool ParseNumber(std::string_view text, double* value) {
   if (text.starts_with('+') && text.size() > 1 && text[1] != '-') text.remove_prefix(1);
   return ReadDouble(text, value) && std::isfinite(*value);

@@ -12,6 +12,9 @@ std::string General(double value, int significantDigits);
 // The fewest digits that give back the same double.
 std::string Shortest(double value);
 
+// A leading hyphen made a minus sign.
+std::string WithMinusSign(std::string text);
+
 // Whole `text` as a number of the form 12.5, -3 or 1e-3; false for anything else, for infinities and NaN.
 bool ParseNumber(std::string_view text, double* value);
 bool ParseWhole(std::string_view text, long* value);

@@ -24,9 +24,44 @@ CNuAssociation AssociationOf(const std::vector<Vec3>& points) {
   if (points.size() > INT_MAX) throw FitFailure("more points than the library can count");
   CNuAssociation association(points.data()->data(), static_cast<int>(points.size()));
   association.SetTolerance(kSameLength * SizeOf(points));
-  association.SetDetails(NuDetailForm | NuDetailDeviations);
+  association.SetDetails(NuDetailDeviations | NuDetailUncertainty | NuDetailContacts);
   return association;
 }
+
+namespace {
+
+Uncertainty UncertaintyOf(const CNuAssociationReport& report) {
+  CNuPoint origin;
+  CNuVector x;
+  CNuVector y;
+  CNuVector z;
+  report.GetParameterFrame(&origin, &x, &y, &z);
+  Uncertainty result{{ToVec3(origin), ToVec3(x), ToVec3(y), ToVec3(z)},
+                     {},
+                     {},
+                     report.GetDegreesOfFreedom(),
+                     report.GetStandardDeviation()};
+  const CNuMatrix covariance = report.GetCovariance();
+  const int count = report.GetNumberParameters();
+  for (int i = 0; i < count; ++i) {
+    result.changes.push_back(
+        {report.GetParameterName(i), report.IsParameterAngle(i) == NuTrue, report.GetStandardUncertainty(i)});
+    result.covariance.emplace_back();
+    for (int j = 0; j < count; ++j) result.covariance.back().push_back(covariance.GetElement(i, j));
+  }
+  return result;
+}
+
+std::vector<Contact> ContactsOf(const CNuAssociationReport& report) {
+  std::vector<Contact> contacts;
+  for (int i = 0; i < report.GetNumberContacts(); ++i) {
+    const auto index = static_cast<std::size_t>(report.GetContactPoints()[i]);
+    contacts.push_back({index, report.GetContactSides()[i] > 0, report.GetMultipliers()[i]});
+  }
+  return contacts;
+}
+
+}  // namespace
 
 void TakeReport(const CNuAssociationReport& report, const std::vector<Vec3>& points, Inspection* result) {
   result->form = report.GetForm();
@@ -35,6 +70,11 @@ void TakeReport(const CNuAssociationReport& report, const std::vector<Vec3>& poi
   for (std::size_t i = 0; i < points.size(); ++i) {
     result->local.push_back(result->frame.ToLocal(points[i]));
     result->deviations.push_back(deviations[static_cast<int>(i)]);
+  }
+  if (report.GetCriterion() == NuLeastSquares) {
+    result->uncertainty = UncertaintyOf(report);
+  } else {
+    result->contacts = ContactsOf(report);
   }
 }
 

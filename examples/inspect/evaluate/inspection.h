@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -63,6 +64,27 @@ struct Terms {
   std::string reference;  // "MZCI (ISO 12181-1)"; empty likewise
 };
 
+// A point on a boundary of the zone that holds the feature.
+struct Contact {
+  std::size_t index;
+  bool outer;         // the boundary where deviations are largest
+  double multiplier;  // by how much the zone or the radius grows with a move of the point outwards
+};
+
+// What the deviations say about the parameters of the feature, as changes in a frame of its own.
+struct Uncertainty {
+  struct Change {
+    std::string name;
+    bool isAngle;     // in degrees
+    double standard;  // infinite where the points do not determine it
+  };
+  Frame frame;
+  std::vector<Change> changes;
+  std::vector<std::vector<double>> covariance;
+  int degreesOfFreedom;
+  double standardDeviation;  // of a point
+};
+
 // What was found about one feature, all that tables and pictures need.
 //
 // The frame belongs to the feature: line: x along it; plane: z is its normal; circle: origin at the centre, z is its
@@ -84,7 +106,8 @@ struct Inspection {
   Frame frame;
   std::vector<Vec3> local;
   std::vector<double> deviations;
-  std::vector<std::size_t> contacts;  // the points that touch the zone and hold the feature; none for least squares
+  std::vector<Contact> contacts;           // none for least squares
+  std::optional<Uncertainty> uncertainty;  // of least squares
 
   // How far the points reach to either side of the feature.
   double LargestOutwards() const { return std::max(deviations[IndexOfMax()], 0.0); }

@@ -18,40 +18,20 @@ void RequireFinite(const Inspection& inspection) {
   if (!finite) throw FitFailure("the result is not finite: the points do not determine the feature");
 }
 
-// What a criterion holds fast: the points that touch the outer side of the zone, its inner side, both or none.
-enum class Touching { kNone, kBoth, kOuter, kInner };
-
-// The points whose deviation is extreme. Two of them are equal but for the rounding of the coordinates, of which the
-// fit and the deviations here each have a share.
-void AddContacts(Touching touching, double size, Inspection* result) {
-  constexpr double kRounding = 1e-12;
-  const double tol = kRounding * size;
-  const double largest = result->deviations[result->IndexOfMax()];
-  const double smallest = result->deviations[result->IndexOfMin()];
-  const bool outer = touching == Touching::kBoth || touching == Touching::kOuter;
-  const bool inner =
-      !result->zoneIsRound && result->tubeCircle == 0 && (touching == Touching::kBoth || touching == Touching::kInner);
-  for (std::size_t i = 0; i < result->deviations.size(); ++i) {
-    const double deviation = result->deviations[i];
-    if ((outer && deviation >= largest - tol) || (inner && deviation <= smallest + tol)) result->contacts.push_back(i);
-  }
-}
-
 struct Criterion {
   const char* option;
   const char* name;
   const char* letter;
-  Touching touching;
   const char* words;  // other names in use, in small letters between blanks
 };
 
 constexpr std::size_t kNumberCriteria = 4;
 // In the order of ENuCriterion.
 constexpr Criterion kCriteria[kNumberCriteria] = {
-    {"ls", "least squares", "G", Touching::kNone, " leastsquares gauss lsq lsc lss lsci lscy lsli lspl "},
-    {"mz", "minimum zone", "C", Touching::kBoth, " minimumzone chebyshev minimax mzc mzs mzci mzcy mzli mzpl "},
-    {"mc", "minimum circumscribed", "N", Touching::kOuter, " minimumcircumscribed mcc mcs mcci mccy "},
-    {"mi", "maximum inscribed", "X", Touching::kInner, " maximuminscribed mic mis mici micy "}};
+    {"ls", "least squares", "G", " leastsquares gauss lsq lsc lss lsci lscy lsli lspl "},
+    {"mz", "minimum zone", "C", " minimumzone chebyshev minimax mzc mzs mzci mzcy mzli mzpl "},
+    {"mc", "minimum circumscribed", "N", " minimumcircumscribed mcc mcs mcci mccy "},
+    {"mi", "maximum inscribed", "X", " maximuminscribed mic mis mici micy "}};
 
 struct Feature {
   const char* name;
@@ -89,7 +69,7 @@ constexpr Feature kFeatures[] = {
      FitCylinder,
      DrawUnrolled},
     {"cone", "cone form", "", "", {}, kLs | kMz, FitCone, DrawUnrolled},
-    {"torus", "torus form", "", "", {}, kMz, FitTorus, DrawUnrolled},
+    {"torus", "torus form", "", "", {}, kLs | kMz, FitTorus, DrawUnrolled},
     {"ellipse", "ellipse form", "", "", {}, kLs, FitEllipse, DrawConic},
     {"hyperbola", "hyperbola form", "", "", {}, kLs, FitHyperbola, DrawConic},
     {"parabola", "parabola form", "", "", {}, kLs, FitParabola, DrawConic},
@@ -178,7 +158,6 @@ std::vector<Method> FindMethods(const std::vector<std::string>& features, const 
 Inspection Inspect(const Method& method, const std::vector<Vec3>& points) {
   try {
     Inspection inspection = method.fit(points, method.criterion);
-    AddContacts(kCriteria[method.criterion].touching, SizeOf(points), &inspection);
     RequireFinite(inspection);
     inspection.terms = method.terms;
     // The standard knows profiles in a plane, not lines in space.

@@ -132,11 +132,6 @@ std::string Ticks::SignedText(double value) const {
   return std::fabs(value) < step / 2 ? "0" : WithMinusSign(SignedFixed(value, decimals));
 }
 
-std::string WithMinusSign(std::string text) {
-  if (text.front() == '-') text.replace(0, 1, "\u2212");
-  return text;
-}
-
 double TextWidth(std::string_view text, double size) {
   constexpr double kMeanAdvance = 0.62;
   const auto characters =

@@ -78,9 +78,6 @@ struct Ticks {
   std::vector<double> values;
 };
 
-// A leading hyphen made a minus sign.
-std::string WithMinusSign(std::string text);
-
 // The width that `text` takes, roughly: labels keep clear of each other by it.
 double TextWidth(std::string_view text, double size);
 

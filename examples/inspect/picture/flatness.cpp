@@ -104,9 +104,7 @@ class FlatnessMap {
   }
 
   void DrawContacts() {
-    std::vector<PagePoint> contacts;
-    for (const std::size_t i : m_inspection.contacts) contacts.push_back(OnPage(m_inspection.local[i]));
-    m_page.DrawContacts(contacts);
+    m_page.DrawContacts([this](std::size_t i) { return std::vector<PagePoint>{OnPage(m_inspection.local[i])}; });
   }
 
   void DrawExtremes() {

@@ -22,8 +22,10 @@ std::string Capitalised(std::string text) {
 }
 
 bool IsInPanel(const Row& row) {
-  constexpr std::string_view kElsewhere[] = {"feature", "criterion", "reference", "points",  "columns",
-                                             "unit",    "filter",    "verdict",   "warning", "time of the fit"};
+  if (row.name.starts_with("u(") || row.name.starts_with("on the ")) return false;
+  constexpr std::string_view kElsewhere[] = {
+      "feature", "criterion",       "reference",          "points",       "columns", "unit", "filter", "verdict",
+      "warning", "time of the fit", "degrees of freedom", "uncertainties"};
   return std::find(std::begin(kElsewhere), std::end(kElsewhere), row.name) == std::end(kElsewhere);
 }
 
@@ -151,15 +153,20 @@ void Page::LineKey(const char* attributes, const std::string& text) {
   m_panelY += m_rowHeight;
 }
 
-void Page::DrawContacts(const std::vector<PagePoint>& contacts) {
+void Page::MarkContacts(const std::vector<PagePoint>& places, bool outer) {
   constexpr double kRadius = 1.5;
-  if (contacts.empty()) return;
-  for (const PagePoint& at : contacts) {
-    m_canvas.Circle(at, kRadius, style::kContactHalo);  // shows on dark dots, too
-    m_canvas.Circle(at, kRadius, style::kContact);
+  if (places.empty()) return;
+  const auto mark = [&](PagePoint at, const char* attributes) {
+    if (outer) return m_canvas.Circle(at, kRadius, attributes);
+    m_canvas.Rectangle({at.x - kRadius, at.y - kRadius}, 2 * kRadius, 2 * kRadius, attributes);
+  };
+  for (const PagePoint& at : places) {
+    mark(at, style::kContactHalo);  // shows on dark dots, too
+    mark(at, style::kContact);
   }
-  m_canvas.Circle({kPanelLeft + 4, m_panelY - 1}, kRadius, style::kContact);
-  m_canvas.Text({kPanelLeft + 11, m_panelY}, "contact points", {kSmall, "start", "#22272e", false, 0});
+  mark({kPanelLeft + 4, m_panelY - 1}, style::kContact);
+  m_canvas.Text({kPanelLeft + 11, m_panelY}, "contact points, " + BoundaryName(m_inspection, outer),
+                {kSmall, "start", "#22272e", false, 0});
   m_panelY += m_rowHeight;
 }
 
@@ -220,14 +227,4 @@ std::vector<Sample> Envelope(std::vector<Sample> samples, std::size_t bins) {
     from = to;
   }
   return kept;
-}
-
-std::string DirectionName(const Vec3& direction) {
-  constexpr double kClose = 0.999;  // within about 2.5 degrees
-  constexpr const char* kNames[] = {"X", "Y", "Z"};
-  for (std::size_t i = 0; i < 3; ++i) {
-    if (std::fabs(direction[i]) > kClose) return std::string(direction[i] > 0 ? "+" : "\u2212") + kNames[i];
-  }
-  const auto text = [&direction](std::size_t i) { return WithMinusSign(Fixed(direction[i], 2)); };
-  return "(" + text(0) + ", " + text(1) + ", " + text(2) + ")";
 }

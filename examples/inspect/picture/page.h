@@ -31,8 +31,20 @@ class Page {
   // Below the rows of the result: a note; a line or a marker with what it means.
   void Note(const std::string& text);
   void LineKey(const char* attributes, const std::string& text);
-  // A ring around each point that touches the zone, and what the rings mean.
-  void DrawContacts(const std::vector<PagePoint>& contacts);
+  // A mark around each point that holds the feature, by the boundary that it touches, and what the marks mean.
+  // onPage(contact) gives the places of one.
+  template<typename OnPage>
+  void DrawContacts(const OnPage& onPage) {
+    for (const bool outer : {true, false}) {
+      std::vector<PagePoint> places;
+      for (const Contact& contact : m_inspection.contacts) {
+        if (contact.outer != outer) continue;
+        const std::vector<PagePoint> marks = onPage(contact.index);
+        places.insert(places.end(), marks.begin(), marks.end());
+      }
+      MarkContacts(places, outer);
+    }
+  }
   void ExtremeKeys(const std::string& whereMax, const std::string& whereMin);
 
   // What each of the lines beside a fitted curve stands for, in the corner below on the left; the deviations reach
@@ -51,6 +63,7 @@ class Page {
   const char* LengthSymbol() const { return m_unit.symbol; }
 
  private:
+  void MarkContacts(const std::vector<PagePoint>& places, bool outer);
   void DrawTitle(const Inspection& inspection, const PictureLabels& labels);
   void DrawVerdict(const PictureLabels& labels);
   void DrawRows(const PictureLabels& labels);
@@ -78,8 +91,5 @@ struct Sample {
 // The samples in order of position; of each of `bins` equal parts only the least and the greatest value if there are
 // many more, so that no extreme is lost.
 std::vector<Sample> Envelope(std::vector<Sample> samples, std::size_t bins);
-
-// "+X", "-Y" or the like, when `direction` lies close to an axis; else its components.
-std::string DirectionName(const Vec3& direction);
 
 #endif

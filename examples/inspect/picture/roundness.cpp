@@ -69,11 +69,9 @@ class RoundnessPlot {
   }
 
   void DrawContacts() {
-    std::vector<PagePoint> contacts;
-    for (const std::size_t i : m_inspection.contacts) {
-      contacts.push_back(Polar(AngleOf(m_inspection.local[i]), PageRadius(m_inspection.deviations[i])));
-    }
-    m_page.DrawContacts(contacts);
+    m_page.DrawContacts([this](std::size_t i) {
+      return std::vector<PagePoint>{Polar(AngleOf(m_inspection.local[i]), PageRadius(m_inspection.deviations[i]))};
+    });
   }
 
   // Between two points the deviation changes evenly with the angle; wide gaps, where nothing was measured, stay open.

@@ -121,14 +121,14 @@ class StraightnessPlot {
   }
 
   void DrawContacts(const std::vector<Strip>& strips) {
-    std::vector<PagePoint> contacts;
-    for (std::size_t i = 0; i < strips.size(); ++i) {
-      for (const std::size_t index : m_inspection.contacts) {
-        const Vec3& p = m_inspection.local[index];
-        contacts.push_back({PageX(p[0] - m_start), PageY(strips[i], p[i + 1])});
+    m_page.DrawContacts([&](std::size_t index) {
+      const Vec3& p = m_inspection.local[index];
+      std::vector<PagePoint> places;
+      for (std::size_t i = 0; i < strips.size(); ++i) {
+        places.push_back({PageX(p[0] - m_start), PageY(strips[i], p[i + 1])});
       }
-    }
-    m_page.DrawContacts(contacts);
+      return places;
+    });
   }
 
   void DrawExtremes(const std::vector<Strip>& strips) {

@@ -146,9 +146,7 @@ class UnrolledMap {
   }
 
   void DrawContacts() {
-    std::vector<PagePoint> contacts;
-    for (const std::size_t i : m_inspection.contacts) contacts.push_back(OnPage(i));
-    m_page.DrawContacts(contacts);
+    m_page.DrawContacts([this](std::size_t i) { return std::vector<PagePoint>{OnPage(i)}; });
   }
 
   void DrawExtremes() {

@@ -1,5 +1,7 @@
 #include "report/json.h"
 
+#include <cmath>
+
 #include "text.h"
 
 namespace {
@@ -74,9 +76,48 @@ std::string ExtremeJson(const Inspection& inspection, const PointFile& file, std
 }
 
 std::string ContactsJson(const Inspection& inspection, const PointFile& file) {
-  std::vector<std::string> lines;
-  for (const std::size_t index : inspection.contacts) lines.push_back(std::to_string(file.lines[index]));
-  return JsonList(lines);
+  std::vector<std::string> contacts;
+  for (const Contact& contact : inspection.contacts) {
+    contacts.push_back("{\"line\": " + std::to_string(file.lines[contact.index]) + ", \"side\": \"" +
+                       (contact.outer ? "outer" : "inner") + "\", \"multiplier\": " + Shortest(contact.multiplier) +
+                       "}");
+  }
+  return JsonList(contacts);
+}
+
+std::string VectorJson(const Vec3& vector) {
+  return JsonNumbers(vector.data(), vector.size());
+}
+
+// JSON has no infinity.
+std::string FiniteJson(double value) {
+  return std::isfinite(value) ? Shortest(value) : "null";
+}
+
+std::string UncertaintyJson(const Uncertainty& uncertainty) {
+  const std::string deeper = kInResult + "  ";
+  JsonObject standard(deeper);
+  std::vector<std::string> rows;
+  for (std::size_t i = 0; i < uncertainty.changes.size(); ++i) {
+    standard.Add(uncertainty.changes[i].name, FiniteJson(uncertainty.changes[i].standard));
+    std::vector<std::string> row;
+    for (const double value : uncertainty.covariance[i]) row.push_back(FiniteJson(value));
+    rows.push_back(JsonList(row));
+  }
+  JsonObject frame(deeper);
+  frame.Add("origin", VectorJson(uncertainty.frame.origin));
+  frame.Add("x", VectorJson(uncertainty.frame.x));
+  frame.Add("y", VectorJson(uncertainty.frame.y));
+  frame.Add("z", VectorJson(uncertainty.frame.z));
+  JsonObject object(kInResult);
+  object.AddText("source", "deviations");
+  object.Add("k", std::string("1"));
+  object.Add("degrees_of_freedom", std::to_string(uncertainty.degreesOfFreedom));
+  object.Add("standard_deviation", FiniteJson(uncertainty.standardDeviation));
+  object.Add("standard", standard.Text());
+  object.Add("frame", frame.Text());
+  object.Add("covariance", JsonList(rows));
+  return object.Text();
 }
 
 void AddWhat(const Terms& terms, JsonObject* object) {
@@ -115,7 +156,8 @@ std::string JsonResult(const Inspection& inspection, const ReportContext& contex
   AddForm(inspection, context, &object);
   object.Add("largest", ExtremeJson(inspection, file, inspection.IndexOfMax()));
   object.Add("smallest", ExtremeJson(inspection, file, inspection.IndexOfMin()));
-  object.Add("contact_lines", ContactsJson(inspection, file));
+  object.Add("contacts", ContactsJson(inspection, file));
+  if (inspection.uncertainty) object.Add("uncertainty", UncertaintyJson(*inspection.uncertainty));
   if (!inspection.warning.empty()) object.AddText("warning", inspection.warning);
   if (context.tolerance) {
     object.Add("tolerance", *context.tolerance);

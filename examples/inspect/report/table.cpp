@@ -1,6 +1,7 @@
 #include "report/table.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "text.h"
 
@@ -73,6 +74,50 @@ void AddFormRows(const Inspection& inspection, const ReportContext& context, std
   add("root mean square", "q", inspection.RootMeanSquare());
 }
 
+std::string UncertaintyText(double value, int decimals) {
+  return std::isfinite(value) ? Fixed(value, decimals) : "not determined";
+}
+
+// A shift or tilt is along an axis of the feature's own frame, which is named.
+std::string AxisNote(const Uncertainty& uncertainty, const std::string& change) {
+  const Frame& frame = uncertainty.frame;
+  const char axis = change.find(' ') == std::string::npos ? ' ' : change.back();
+  if (axis < 'x' || axis > 'z') return "";
+  return "  " + std::string(1, axis) + " towards " +
+         DirectionName(axis == 'x'   ? frame.x
+                       : axis == 'y' ? frame.y
+                                     : frame.z);
+}
+
+void AddUncertaintyRows(const Inspection& inspection, const LengthUnit& unit, std::vector<Row>* rows) {
+  if (!inspection.uncertainty) return;
+  const Uncertainty& uncertainty = *inspection.uncertainty;
+  rows->push_back({"uncertainties", "standard ones, from the deviations, k = 1", ""});
+  rows->push_back({"degrees of freedom", std::to_string(uncertainty.degreesOfFreedom), ""});
+  rows->push_back({"u(point)", UncertaintyText(uncertainty.standardDeviation, unit.decimals), unit.symbol});
+  for (const Uncertainty::Change& change : uncertainty.changes) {
+    const int decimals = change.isAngle ? kAngleDecimals : unit.decimals;
+    rows->push_back({"u(" + change.name + ")", UncertaintyText(change.standard, decimals),
+                     (change.isAngle ? "\u00B0" : unit.symbol) + AxisNote(uncertainty, change.name)});
+  }
+}
+
+void AddContactRows(const Inspection& inspection, const PointFile& file, std::vector<Row>* rows) {
+  constexpr std::size_t kMostLines = 8;
+  if (inspection.contacts.empty()) return;
+  rows->push_back({"contact points", std::to_string(inspection.contacts.size()), ""});
+  for (const bool outer : {true, false}) {
+    std::string text;
+    std::size_t count = 0;
+    for (const Contact& contact : inspection.contacts) {
+      if (contact.outer != outer || ++count > kMostLines) continue;
+      text += (text.empty() ? "line " : ", ") + std::to_string(file.lines[contact.index]);
+    }
+    if (count > kMostLines) text += ", ...";
+    if (count > 0) rows->push_back({"on the " + BoundaryName(inspection, outer), text, ""});
+  }
+}
+
 }  // namespace
 
 std::string ColumnsText(const PointFile& file) {
@@ -88,6 +133,22 @@ std::string UnitText(const PointFile& file) {
   const bool header = std::string_view(file.unitSource) == "header";
   return file.unit->symbol + std::string(header ? " (as the header says)" : "") +
          (std::string_view(file.unitSource) == "assumed" ? " (assumed)" : "");
+}
+
+std::string DirectionName(const Vec3& direction) {
+  constexpr double kClose = 0.999;  // within about 2.5 degrees
+  constexpr const char* kNames[] = {"X", "Y", "Z"};
+  for (std::size_t i = 0; i < 3; ++i) {
+    if (std::fabs(direction[i]) > kClose) return std::string(direction[i] > 0 ? "+" : "\u2212") + kNames[i];
+  }
+  const auto text = [&direction](std::size_t i) { return WithMinusSign(Fixed(direction[i], 2)); };
+  return "(" + text(0) + ", " + text(1) + ", " + text(2) + ")";
+}
+
+std::string BoundaryName(const Inspection& inspection, bool outer) {
+  const bool isFlat =
+      inspection.terms.feature == "plane" || (inspection.terms.feature == "line" && !inspection.zoneIsRound);
+  return isFlat ? (outer ? "upper side" : "lower side") : (outer ? "outer side" : "inner side");
 }
 
 std::vector<Row> ReportRows(const Inspection& inspection, const ReportContext& context) {
@@ -107,7 +168,8 @@ std::vector<Row> ReportRows(const Inspection& inspection, const ReportContext& c
   if (terms.reference.empty()) rows.erase(rows.begin() + 2);
   for (const Parameter& parameter : inspection.parameters) AddParameterRows(parameter, unit, &rows);
   AddFormRows(inspection, context, &rows);
-  if (!inspection.contacts.empty()) rows.push_back({"contact points", std::to_string(inspection.contacts.size()), ""});
+  AddUncertaintyRows(inspection, unit, &rows);
+  AddContactRows(inspection, *context.points, &rows);
   rows.push_back({"time of the fit", Fixed(inspection.seconds * kMillisecondsPerSecond, kTimeDecimals), "ms"});
   if (context.tolerance) {
     rows.push_back({"tolerance", Fixed(*context.tolerance, unit.decimals), unit.symbol});

@@ -39,6 +39,12 @@ std::vector<Row> ReportRows(const Inspection& inspection, const ReportContext& c
 std::string ColumnsText(const PointFile& file);
 std::string UnitText(const PointFile& file);
 
+// "+X", "-Y" or the like, when `direction` lies close to an axis; else its components.
+std::string DirectionName(const Vec3& direction);
+
+// "outer side", "upper side" or the like: the boundary of the zone where deviations are largest, or smallest.
+std::string BoundaryName(const Inspection& inspection, bool outer);
+
 // The rows below each other, numbers aligned at their decimal points.
 std::string Table(const std::vector<Row>& rows);
 
