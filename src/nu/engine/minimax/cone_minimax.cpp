@@ -40,12 +40,8 @@ ConeZone Described(const MinimaxSolution<Model>& found, double unit, double roun
   return zone;
 }
 
-// The problem in the unit of the blocks, whose distances can be squared.
-struct ScaledProblem {
+struct ConeProblem : ScaledProblem {
   PointBlocks& points;
-  Vec3 mean;
-  double reach = 0.0;  // of the points from there
-  double rounding = 0.0;
   double form = 0.0;  // the range of the deviations to be bettered
 };
 
@@ -59,12 +55,12 @@ Model InMiddle(const ConeDistance& cone, double middle) {
 }
 
 // The points are near enough to it, beside its radius of curvature, for a bend.
-bool IsBent(const ScaledProblem& problem, const ConeDistance& cone) {
-  return problem.reach * cone.cosine > kLeastBend * cone.radius;
+bool IsBent(const ConeProblem& problem, const ConeDistance& cone) {
+  return problem.seen.greatest * cone.cosine > kLeastBend * cone.radius;
 }
 
 template<class Model>
-bool IsOptimum(const ScaledProblem& problem, const MinimaxSolution<Model>& found) {
+bool IsOptimum(const ConeProblem& problem, const MinimaxSolution<Model>& found) {
   return found.end == MinimaxEnd::converged && IsBent(problem, ConeOf(found.model));
 }
 
@@ -79,20 +75,20 @@ Cone3 TouchingCone(const Vec3& point, const Vec3& normal, const Vec3& line, doub
 // to cones that touch the plane through the points from either side, along several lines, and bend more or less: the
 // best of the first kind of cones that brings any.
 template<class Model>
-void SearchElsewhere(const ScaledProblem& problem, Minimax<Model>& minimax, MinimaxSolution<Model>& found) {
+void SearchElsewhere(const ConeProblem& problem, Minimax<Model>& minimax, MinimaxSolution<Model>& found) {
   constexpr bool bothNappes = std::is_same_v<Model, NappesDistance>;
   // The way from the apex, in units of the reach, and the radius of curvature, 1 where the cone bulges by the form.
   constexpr double kKinds[][2] = {{0.8, 12.0}, {0.8, 3.0}, {0.3, 3.0}, {1.6, 12.0}, {0.3, 12.0}, {0.8, 0.5}};
   const Vec3 normal = FindPrincipalDirection(problem.points, Extent::smallest).direction;
   const Vec3 longest = FindPrincipalDirection(problem.points, Extent::largest).direction;
   const AxisFrame plane = AxisFrame::Along(problem.mean, normal, longest);
-  const double bend = 0.5 * problem.reach * problem.reach / problem.form;
+  const double bend = 0.5 * problem.seen.greatest * problem.seen.greatest / problem.form;
   const long steps = found.steps;
   double value = 0.5 * problem.form;
   for (const auto& [way, radius] : kKinds) {
     for (const Vec3& line : {plane.x, plane.y, -1.0 * plane.x, -1.0 * plane.y}) {
       for (const double side : {1.0, -1.0}) {
-        const Cone3 cone = TouchingCone(problem.mean, side * normal, line, way * problem.reach, radius * bend);
+        const Cone3 cone = TouchingCone(problem.mean, side * normal, line, way * problem.seen.greatest, radius * bend);
         double low, high;
         const ConeDistance model = DistanceFromCone(problem.points, cone, bothNappes ? 0.0 : kInfinity, low, high);
         if (!model.IsFinite() || model.bothNappes != bothNappes) continue;
@@ -113,29 +109,26 @@ void SearchElsewhere(const ScaledProblem& problem, Minimax<Model>& minimax, Mini
 }
 
 template<class Model>
-ConeZone Search(const ScaledProblem& problem, const Model& start, long limit, const StepMonitor& monitor) {
+ConeZone Search(const ConeProblem& problem, const Model& start, long limit, const StepMonitor& monitor) {
   Minimax<Model> minimax(problem.points, MinimaxSide::both, problem.rounding, std::min(limit, kMostZoneSteps), monitor);
   MinimaxSolution<Model> found = minimax.Solve(start);
   if (!IsOptimum(problem, found) && found.end != MinimaxEnd::cancelled && found.steps < limit) {
     found.end = MinimaxEnd::stalled;
     SearchElsewhere(problem, minimax, found);
   }
-  return Described(found, 1.0 / problem.points.Scale(), problem.rounding);
+  return Described(found, 1.0 / problem.scale, problem.rounding);
 }
 
 }  // namespace
 
 ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& start, double form, long limit,
                            const StepMonitor& monitor) {
-  points.Keep();
-  NearAndFar seen;
-  if (!FindNearAndFar(points, mean, seen)) return {};
-  const double scale = points.Scale();
-  const double rounding = kDistanceRoundings * kEpsilon * seen.greatest;
-  const ScaledProblem problem{points, scale * mean, seen.greatest, rounding, scale * form};
+  const ScaledProblem scaled = Prepared(points, mean);
+  if (!scaled.isFinite) return {};
+  const ConeProblem problem{scaled, points, scaled.scale * form};
+  const double noise = kFormRoundings * problem.rounding;
   double low, high;
-  const ConeDistance model =
-      DistanceFromCone(points, Rescaled(start, scale), problem.form + kFormRoundings * rounding, low, high);
+  const ConeDistance model = DistanceFromCone(points, Rescaled(start, problem.scale), problem.form + noise, low, high);
   if (!model.IsFinite()) return {};
   const double middle = 0.5 * (low + high);
   if (model.bothNappes) return Search(problem, InMiddle<NappesDistance>(model, middle), limit, monitor);

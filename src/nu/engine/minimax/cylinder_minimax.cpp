@@ -16,27 +16,13 @@ constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 // axis in units of the radius where the points are far from round.
 constexpr double kStationary = 1e-7;
 
-// The problem in the unit of the blocks, whose distances can be squared.
-struct ScaledProblem {
-  Vec3 mean;
-  Cylinder3 start;
-  NearAndFar seen;  // from the mean
-  double rounding = 0.0;
-};
-
-bool Prepare(PointBlocks& points, const Vec3& mean, const Cylinder3& start, ScaledProblem& problem) {
-  points.Keep();
-  if (!FindNearAndFar(points, mean, problem.seen)) return false;
-  const double scale = points.Scale();
-  problem.mean = scale * mean;
-  problem.start = {{scale * start.axis.point, start.axis.direction}, scale * start.radius};
-  problem.rounding = kDistanceRoundings * kEpsilon * problem.seen.greatest;
-  return true;
+Cylinder3 Rescaled(const Cylinder3& c, double factor) {
+  return {{factor * c.axis.point, c.axis.direction}, factor * c.radius};
 }
 
 // Seen from among the points.
-CylinderDistance SurfaceOf(PointBlocks& points, const ScaledProblem& problem) {
-  const Cylinder3& c = problem.start;
+CylinderDistance SurfaceOf(PointBlocks& points, const ScaledProblem& problem, const Cylinder3& start) {
+  const Cylinder3 c = Rescaled(start, problem.scale);
   const Vec3 outwards = Rejection(problem.mean - c.axis.point, c.axis.direction);
   const Vec3 towards = Norm(outwards) > kEpsilon * c.radius ? outwards : problem.seen.farthest - problem.mean;
   return DistanceFromCylinder(points, c, towards);
@@ -45,10 +31,10 @@ CylinderDistance SurfaceOf(PointBlocks& points, const ScaledProblem& problem) {
 // An axis through this point, with the result in the callers' unit.
 template<class Model>
 CylinderMinimax Described(const MinimaxSolution<Model>& solution, const Vec3& axisPoint, const Vec3& direction,
-                          const Vec3& mean, double scale) {
+                          const ScaledProblem& problem) {
   CylinderMinimax result;
-  const double unit = 1.0 / scale;
-  const Vec3 nearest = axisPoint + Dot(mean - axisPoint, direction) * direction;
+  const double unit = 1.0 / problem.scale;
+  const Vec3 nearest = axisPoint + Dot(problem.mean - axisPoint, direction) * direction;
   result.end = solution.end;
   result.cylinder = {{unit * nearest, WithLargestPositive(direction)}, unit * std::fabs(solution.value)};
   result.TakeContacts(solution, unit);
@@ -105,11 +91,12 @@ CylinderDistance MiddleOfZone(PointBlocks& points, CylinderDistance surface) {
 
 // Flat points may lead the search to a cylinder that is a plane, where it finds no optimum. Others lie next to the
 // cylinders that bend to the other side, across, or less: the best of them that is below the start, if there is one.
-MinimaxSolution<CylinderDistance> ZoneElsewhere(PointBlocks& points, const ScaledProblem& problem, double value,
+MinimaxSolution<CylinderDistance> ZoneElsewhere(PointBlocks& points, const ScaledProblem& problem,
+                                                const Cylinder3& start, double value,
                                                 Minimax<CylinderDistance>& minimax,
                                                 const MinimaxSolution<CylinderDistance>& failed) {
   constexpr double radii[] = {1.0, 4.0, 16.0};
-  const CylinderDistance surface = SurfaceOf(points, problem);
+  const CylinderDistance surface = SurfaceOf(points, problem, start);
   const Vec3& out = surface.u;
   MinimaxSolution<CylinderDistance> best = failed;
   for (const Vec3& direction : {surface.w, surface.v}) {
@@ -133,9 +120,9 @@ MinimaxSolution<CylinderDistance> ZoneElsewhere(PointBlocks& points, const Scale
 
 CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit,
                                       const StepMonitor& monitor) {
-  ScaledProblem problem;
-  if (!Prepare(points, mean, start, problem)) return {};
-  const CylinderDistance model = MiddleOfZone(points, SurfaceOf(points, problem));
+  const ScaledProblem problem = Prepared(points, mean);
+  if (!problem.isFinite) return {};
+  const CylinderDistance model = MiddleOfZone(points, SurfaceOf(points, problem, start));
   Minimax<CylinderDistance> minimax(points, MinimaxSide::both, problem.rounding, std::min(limit, kMostZoneSteps),
                                     monitor);
   MinimaxSolution<CylinderDistance> found = minimax.Solve(model);
@@ -143,25 +130,25 @@ CylinderMinimax NarrowestCylinderZone(PointBlocks& points, const Vec3& mean, con
   if (!isOptimum && found.end != MinimaxEnd::cancelled && found.steps < limit) {
     found.end = MinimaxEnd::stalled;
     const double form = RangeOfDeviations(points, model).Width();
-    found = ZoneElsewhere(points, problem, 0.5 * form, minimax, found);
+    found = ZoneElsewhere(points, problem, start, 0.5 * form, minimax, found);
   }
-  CylinderMinimax result = Described(found, found.model.AxisPoint(), found.model.w, problem.mean, points.Scale());
-  result.cylinder.radius = found.model.Radius() / points.Scale();
-  result.zone = 2.0 * found.value / points.Scale();
-  result.rounding = (problem.rounding + kEpsilon * found.model.Radius()) / points.Scale();
+  CylinderMinimax result = Described(found, found.model.AxisPoint(), found.model.w, problem);
+  result.cylinder.radius = found.model.Radius() / problem.scale;
+  result.zone = 2.0 * found.value / problem.scale;
+  result.rounding = (problem.rounding + kEpsilon * found.model.Radius()) / problem.scale;
   return result;
 }
 
 CylinderMinimax SmallestCylinderAround(PointBlocks& points, const Vec3& mean, const Cylinder3& start, long limit,
                                        const StepMonitor& monitor) {
-  ScaledProblem problem;
-  if (!Prepare(points, mean, start, problem)) return {};
+  const ScaledProblem problem = Prepared(points, mean);
+  if (!problem.isFinite) return {};
   // An axis far outside, as that of a narrow strip, is no start.
-  const Line3& axis = problem.start.axis;
+  const Line3 axis = Rescaled(start, problem.scale).axis;
   const bool isNear = Norm(Rejection(axis.point - problem.mean, axis.direction)) <= problem.seen.greatest;
   const Vec3& through = isNear ? axis.point : problem.mean;
   const MinimaxSolution<AxisDistance> found = SmallestCylinder(points, through, axis.direction, limit, monitor);
-  return Described(found, found.model.frame.origin, found.model.frame.z, problem.mean, points.Scale());
+  return Described(found, found.model.frame.origin, found.model.frame.z, problem);
 }
 
 // Within the ball that holds all points. Where that leads out of the bore, as it may if hardly more than half of the
@@ -170,9 +157,9 @@ CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, con
                                       const StepMonitor& monitor) {
   constexpr double mostRoom = 64.0;  // in units of the form
   constexpr double oneSided = 0.9;   // the points are within about 84 degrees of one direction
-  ScaledProblem problem;
-  if (!Prepare(points, mean, start, problem)) return {};
-  const CylinderDistance surface = SurfaceOf(points, problem);
+  const ScaledProblem problem = Prepared(points, mean);
+  if (!problem.isFinite) return {};
+  const CylinderDistance surface = SurfaceOf(points, problem, start);
   const AxisDistance axis{{surface.AxisPoint(), surface.u, surface.v, surface.w}, surface.half};
   const BoreDistance widest{axis, problem.mean, problem.seen.greatest};
   if (!widest.IsInside()) return {};
@@ -185,7 +172,7 @@ CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, con
     found = minimax.Improve(narrower, -(surface.Radius() + form.smallest));
   }
   if (!IsCutShort(found) && !IsBore(found)) found.end = MinimaxEnd::stalled;
-  return Described(found, found.model.frame.origin, found.model.frame.z, problem.mean, points.Scale());
+  return Described(found, found.model.frame.origin, found.model.frame.z, problem);
 }
 
 }  // namespace nu::engine::minimax

@@ -326,19 +326,17 @@ EmptyBall InCallersUnit(const EnclosingBall& held, double unit) {
 }  // namespace
 
 EmptyBall GrowEmptyBall(PointBlocks& points, const Vec3& mean, long limit, const StepMonitor& monitor) {
-  points.Keep();
-  NearAndFar seen;
-  if (!FindNearAndFar(points, mean, seen)) return {};
-  const Vec3 centre = points.Scale() * mean;
-  const double unit = 1.0 / points.Scale();
-  const double rounding = kDistanceRoundings * kEpsilon * seen.greatest;
-  Ascent ascent(points, centre, seen.greatest, rounding, monitor);
+  const ScaledProblem problem = Prepared(points, mean);
+  if (!problem.isFinite) return {};
+  const NearAndFar& seen = problem.seen;
+  const double unit = 1.0 / problem.scale;
+  Ascent ascent(points, problem.mean, seen.greatest, problem.rounding, monitor);
   const Ascent::End end = ascent.Run(seen, limit);
   if (end == Ascent::End::none) return {};
   if (end == Ascent::End::optimum) return InCallersUnit(ascent.Ball(), unit);
-  const AxisFrame frame = FrameAlong(ascent.Centre(), seen.farthest - centre, seen.nearest - centre);
-  Minimax<CentreDistance> minimax(points, MinimaxSide::inner, rounding, limit, monitor);
-  const MinimaxSolution<CentreDistance> solution = minimax.Solve({frame, centre, seen.greatest});
+  const AxisFrame frame = FrameAlong(ascent.Centre(), seen.farthest - problem.mean, seen.nearest - problem.mean);
+  Minimax<CentreDistance> minimax(points, MinimaxSide::inner, problem.rounding, limit, monitor);
+  const MinimaxSolution<CentreDistance> solution = minimax.Solve({frame, problem.mean, seen.greatest});
   if (solution.end != MinimaxEnd::converged || !IsHeld(solution)) return {};
   return InCallersUnit(solution, unit);
 }

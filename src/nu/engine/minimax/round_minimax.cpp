@@ -7,6 +7,7 @@
 namespace nu::engine::minimax {
 namespace {
 
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // Squares outside have overflowed or vanished, or are about to in products.
@@ -76,13 +77,21 @@ NearAndFar NearAndFarFrom(PointBlocks& points, const Vec3& centre) {
   return result;
 }
 
-bool FindNearAndFar(PointBlocks& points, const Vec3& centre, NearAndFar& found) {
-  found = NearAndFarFrom(points, points.Scale() * centre);
-  const double square = found.greatest * found.greatest;
-  if (square >= kSafeSmall && square <= kSafeLarge) return true;
-  if (!points.FitScale()) return false;
-  found = NearAndFarFrom(points, points.Scale() * centre);
-  return std::isfinite(found.greatest);
+ScaledProblem Prepared(PointBlocks& points, const Vec3& mean) {
+  points.Keep();
+  ScaledProblem problem;
+  const auto see = [&] { problem.seen = NearAndFarFrom(points, points.Scale() * mean); };
+  see();
+  const double square = problem.seen.greatest * problem.seen.greatest;
+  if (!(square >= kSafeSmall && square <= kSafeLarge)) {
+    if (!points.FitScale()) return problem;
+    see();
+  }
+  problem.isFinite = std::isfinite(problem.seen.greatest);
+  problem.scale = points.Scale();
+  problem.mean = problem.scale * mean;
+  problem.rounding = kDistanceRoundings * kEpsilon * problem.seen.greatest;
+  return problem;
 }
 
 AxisFrame FrameAlong(const Vec3& origin, const Vec3& direction, const Vec3& across) {

@@ -33,9 +33,17 @@ struct NearAndFar {
 };
 NearAndFar NearAndFarFrom(PointBlocks& points, const Vec3& centre);
 
-// The same, after the blocks have got a scale at which distances can be squared, with the centre in the callers' unit.
-// False when a coordinate is not finite.
-bool FindNearAndFar(PointBlocks& points, const Vec3& centre, NearAndFar& found);
+// A problem in the unit of the blocks, whose distances can be squared.
+struct ScaledProblem {
+  bool isFinite = false;  // all coordinates are; else nothing else has a meaning
+  Vec3 mean;
+  NearAndFar seen;        // from the mean
+  double rounding = 0.0;  // of a distance
+  double scale = 1.0;     // of the blocks
+};
+
+// Keeps the blocks and sets their scale. The mean of the points is in their own unit, from the origin of the blocks.
+ScaledProblem Prepared(PointBlocks& points, const Vec3& mean);
 
 // A frame that turns with the points: what is found in it does, too. Its z is along `direction`, which is not zero, and
 // its x as near to `across` as it can be; where that is hardly different from z, the coordinate axes give x.

@@ -156,14 +156,12 @@ ShellModel StartAt(PointBlocks& points, const Vec3& mean, const Vec3& centre, do
 
 SphericalShell ThinnestShell(PointBlocks& points, const Vec3& mean, const Vec3& centre, double radius, long limit,
                              const StepMonitor& monitor) {
-  points.Keep();
   SphericalShell shell;
-  NearAndFar seen;
-  if (!FindNearAndFar(points, mean, seen)) return shell;
-  const double scale = points.Scale();
-  const ShellModel start = StartAt(points, scale * mean, scale * centre, scale * radius, seen);
-  const double rounding = kDistanceRoundings * kEpsilon * seen.greatest;
-  Minimax<ShellModel> minimax(points, MinimaxSide::both, rounding, limit, monitor);
+  const ScaledProblem problem = Prepared(points, mean);
+  if (!problem.isFinite) return shell;
+  const double scale = problem.scale;
+  const ShellModel start = StartAt(points, problem.mean, scale * centre, scale * radius, problem.seen);
+  Minimax<ShellModel> minimax(points, MinimaxSide::both, problem.rounding, limit, monitor);
   const MinimaxSolution<ShellModel> solution = minimax.Solve(start);
   const double unit = 1.0 / scale;
   const double middle = 1.0 / std::fabs(solution.model.bend);
