@@ -117,8 +117,8 @@ class Search {
   void Take(const GridAnnulus& found, const Grid2& grid) {
     const Vec2 centre = grid.InPlane(found.centre);
     if (HasOptimum()) {
-      const Vec2 way = centre - m_best.centre;
-      if (std::sqrt(Dot(way, way)) <= kSameCentre * m_best.outer) return;
+      const Vec2 offset = centre - m_best.centre;
+      if (std::sqrt(Dot(offset, offset)) <= kSameCentre * m_best.outer) return;
     }
     const AnnulusExchange::Extremes extremes = m_exchange.ExtremesFrom(centre);
     m_best.end = AnnulusEnd::found;

@@ -31,8 +31,8 @@ struct Annulus {
 // narrower when the centre comes nearer on one of its sides. Along two axes, relative to the origin of the blocks.
 // `start` is a first guess of the centre, for example that of the least-squares circle; `limit` bounds the exchanges.
 // The monitor sees them, and the rounds of a search where they are not enough: the width of the annulus about the
-// present centre, and the way there. Of annuli whose widths agree to rounding the one with the least x of the centre,
-// of these the one with the least y.
+// present centre, and its distance from the last one. Of annuli whose widths agree to rounding the one with the least x
+// of the centre, of these the one with the least y.
 Annulus NarrowestAnnulus(PointBlocks& points, const Vec3 (&axes)[2], Vec2 start, long limit,
                          const StepMonitor& monitor = {});
 

@@ -205,8 +205,8 @@ bool AnnulusExchange::Solve() {
   const Vec2 across = m_outer[1] - m_outer[0];
   const Vec2 along = Perpendicular(across);
   const Vec2 inner = m_inner[1] - m_inner[0];
-  const Vec2 way = 0.5 * ((m_inner[0] - m_outer[0]) + (m_inner[1] - m_outer[1]));
-  const double share = AccurateDot(way, inner) / AccurateDot(along, inner);
+  const Vec2 offset = 0.5 * ((m_inner[0] - m_outer[0]) + (m_inner[1] - m_outer[1]));
+  const double share = AccurateDot(offset, inner) / AccurateDot(along, inner);
   m_centre = 0.5 * (m_outer[0] + m_outer[1]) + share * along;
   const double level = Length(m_outer[0] - m_centre) - Length(m_inner[0] - m_centre);
   const bool wider = level > m_level;

@@ -121,9 +121,9 @@ class Overlay {
 
   double LeastWidthOn(const VoronoiEdge2& edge, const Part& part, std::size_t corner) const {
     double least = std::min(WidthAt(edge, part.begin, corner), WidthAt(edge, part.end, corner));
-    const Vec2 way = Corner(corner) - edge.middle;
-    const double foot = Dot(edge.normal, way) / edge.square;
-    const double offset = std::fabs(Cross(edge.normal, way)) / edge.square;
+    const Vec2 toCorner = Corner(corner) - edge.middle;
+    const double foot = Dot(edge.normal, toCorner) / edge.square;
+    const double offset = std::fabs(Cross(edge.normal, toCorner)) / edge.square;
     const double sameAngle = 0.5 * foot / (0.5 - offset);
     if (sameAngle > part.begin && sameAngle < part.end) least = std::min(least, WidthAt(edge, sameAngle, corner));
     return least;
@@ -166,8 +166,8 @@ class Overlay {
     if (least > Limit()) return;
     const Vec2 h = Corner(part.first);
     const Vec2 k = Corner(part.last);
-    const Vec2 way = 0.5 * ((h - edge.middle) + (k - edge.middle));
-    const double crossing = AccurateDot(h - k, way) / AccurateDot(edge.normal, h - k);
+    const Vec2 toMiddle = 0.5 * ((h - edge.middle) + (k - edge.middle));
+    const double crossing = AccurateDot(h - k, toMiddle) / AccurateDot(edge.normal, h - k);
     const double t = std::clamp(crossing, part.begin, part.end);
     if (!std::isfinite(t)) return;
     const std::size_t farthest = FarthestAt(edge, t);
@@ -180,8 +180,8 @@ class Overlay {
 
   bool IsNoFarther(const VoronoiEdge2& edge, double t, std::size_t corner, const Part& than) const {
     const FarthestCorner2::Place place{edge.middle, 2.0 * t * edge.normal};
-    const Vec2 way = Corner(corner) - edge.middle;
-    const double rounding = kSameValue * Length(way) * (Length(way) + Length(place.shift));
+    const Vec2 toCorner = Corner(corner) - edge.middle;
+    const double rounding = kSameValue * Length(toCorner) * (Length(toCorner) + Length(place.shift));
     const double other =
         std::max(FarthestCorner2::Value(place, Corner(than.first)), FarthestCorner2::Value(place, Corner(than.last)));
     return FarthestCorner2::Value(place, Corner(corner)) <= other + rounding;
@@ -203,8 +203,8 @@ class Overlay {
   // for a centre far away, where all angles are small.
   static double AngleAt(const VoronoiEdge2& edge, double t, Vec2 point) {
     const double side = t > 0.0 ? -1.0 : 1.0;
-    const Vec2 way = point - edge.middle;
-    return Atan2(side * Cross(edge.normal, way), side * (Dot(edge.normal, way) - t * edge.square));
+    const Vec2 toPoint = point - edge.middle;
+    return Atan2(side * Cross(edge.normal, toPoint), side * (Dot(edge.normal, toPoint) - t * edge.square));
   }
 
   // The four points have to alternate: one of h and k is seen between p and q, the other is not.

@@ -64,11 +64,11 @@ bool IsOptimum(const ConeProblem& problem, const MinimaxSolution<Model>& found) 
   return found.end == MinimaxEnd::converged && IsBent(problem, ConeOf(found.model));
 }
 
-// The cone that touches a plane along a line: the apex is `way` before the point, and the radius of curvature there is
-// `bend`.
-Cone3 TouchingCone(const Vec3& point, const Vec3& normal, const Vec3& line, double way, double bend) {
-  const double angle = Atan2(bend, way);
-  return {{point - way * line, Cos(angle) * line - Sin(angle) * normal}, 0.0, angle};
+// The cone that touches a plane along a line: the apex is at the distance `toApex` before the point, and the radius of
+// curvature there is `bend`.
+Cone3 TouchingCone(const Vec3& point, const Vec3& normal, const Vec3& line, double toApex, double bend) {
+  const double angle = Atan2(bend, toApex);
+  return {{point - toApex * line, Cos(angle) * line - Sin(angle) * normal}, 0.0, angle};
 }
 
 // Points that are nearly flat may lead the search to a cone that is a plane, where it finds no optimum. Others lie next
@@ -77,7 +77,8 @@ Cone3 TouchingCone(const Vec3& point, const Vec3& normal, const Vec3& line, doub
 template<class Model>
 void SearchElsewhere(const ConeProblem& problem, Minimax<Model>& minimax, MinimaxSolution<Model>& found) {
   constexpr bool bothNappes = std::is_same_v<Model, NappesDistance>;
-  // The way from the apex, in units of the reach, and the radius of curvature, 1 where the cone bulges by the form.
+  // The distance from the apex, in units of the reach, and the radius of curvature, 1 where the cone bulges by the
+  // form.
   constexpr double kKinds[][2] = {{0.8, 12.0}, {0.8, 3.0}, {0.3, 3.0}, {1.6, 12.0}, {0.3, 12.0}, {0.8, 0.5}};
   const Vec3 normal = FindPrincipalDirection(problem.points, Extent::smallest).direction;
   const Vec3 longest = FindPrincipalDirection(problem.points, Extent::largest).direction;
@@ -85,10 +86,11 @@ void SearchElsewhere(const ConeProblem& problem, Minimax<Model>& minimax, Minima
   const double bend = 0.5 * problem.seen.greatest * problem.seen.greatest / problem.form;
   const long steps = found.steps;
   double value = 0.5 * problem.form;
-  for (const auto& [way, radius] : kKinds) {
+  for (const auto& [toApex, radius] : kKinds) {
     for (const Vec3& line : {plane.x, plane.y, -1.0 * plane.x, -1.0 * plane.y}) {
       for (const double side : {1.0, -1.0}) {
-        const Cone3 cone = TouchingCone(problem.mean, side * normal, line, way * problem.seen.greatest, radius * bend);
+        const Cone3 cone =
+            TouchingCone(problem.mean, side * normal, line, toApex * problem.seen.greatest, radius * bend);
         double low, high;
         const ConeDistance model = DistanceFromCone(problem.points, cone, bothNappes ? 0.0 : kInfinity, low, high);
         if (!model.IsFinite() || model.bothNappes != bothNappes) continue;

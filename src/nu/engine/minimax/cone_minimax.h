@@ -7,7 +7,7 @@
 namespace nu::engine::minimax {
 
 // The space between two parallel cones that no small move makes narrower, and the points that hold it: the multipliers
-// are not negative and add up to 1. With phi the angle around the axis and y the way along the generator, the sums of
+// are not negative and add up to 1. With phi the angle around the axis and y the place along the generator, the sums of
 // sign * multiplier times 1, sin phi, cos phi, and of the same times y, are zero. Everything is in the unit of the
 // points, from the origin of the blocks. Of points on both nappes the zone is between the extreme distances from the
 // cone, and need not be in the middle of them.

@@ -10,7 +10,7 @@
 
 // Steepest ascent of the least distance of the points from the centre c. Its contacts are the points at that distance;
 // it rises fastest along c - z where z is the centre of the smallest ball around the contacts, and the contacts that
-// hold this ball, up to four, stay the nearest points on the way, all at one distance. The way ends where a further
+// hold this ball, up to four, stay the nearest points on that line, all at one distance. The step ends where a further
 // point p is as near as a contact q, at c + t (c - z) with
 //
 //   t = (p - q) . ((p - c) + (q - c)) / (2 (p - q) . (c - z)),
@@ -127,8 +127,8 @@ EmptyBall InCallersUnit(const MinimaxSolution<CentreDistance>& solution, double 
   return ball;
 }
 
-// The way from a centre and one of its contacts.
-struct Way {
+// A line on which the centre moves, and one of its contacts.
+struct CentreLine {
   Vec3 centre;
   Vec3 contact;
   Vec3 step;
@@ -142,8 +142,8 @@ struct Meeting {
 
 // A little later than it meets a point; of the points that it meets within rounding at the same time, the one that it
 // approaches fastest comes first (P. M. J. Harris, Pivot selection methods of the Devex LP code, 1973).
-NU_KERNEL void FindMeeting(const PointBlock& block, const Way& way, double& earliest, std::size_t& index) {
-  const Way w = way;
+NU_KERNEL void FindMeeting(const PointBlock& block, const CentreLine& line, double& earliest, std::size_t& index) {
+  const CentreLine w = line;
   const Vec3 towards = w.contact - w.centre;
   const Lanes zero = {};
   const Lanes never = kInfinity - Lanes{};
@@ -199,7 +199,7 @@ class Ascent {
       Vec3 step = m_centre - m_ball.centre;
       const bool held = Norm(step) <= m_rounding;
       if (held && m_ball.contacts > 1) return End::saddle;
-      // From a point of the set any way leads up.
+      // From a point of the set any direction leads up.
       if (held) step = seen.farthest - m_centre;
       if (!Advance(step)) return End::none;
     }
@@ -251,22 +251,22 @@ class Ascent {
     return false;
   }
 
-  // False when the way leads out of the hull of the points.
+  // False when the line leads out of the hull of the points.
   bool Advance(const Vec3& step) {
     m_count = m_ball.contacts;
     std::copy_n(m_ball.contact, m_count, m_contact);
     const Vec3 radius = m_contact[0] - m_centre;
     const double size = std::max(Norm(radius), Norm(step));
-    Way way{m_centre, m_contact[0], step, kSlack * size * m_reach};
+    CentreLine line{m_centre, m_contact[0], step, kSlack * size * m_reach};
     m_near.Follow(m_centre, m_contact, m_count);
-    Meeting next = Search(way);
+    Meeting next = Search(line);
     // A contact does not come nearer but for rounding.
     for (int k = 0; k < kMostSlackenings && next.t < kInfinity && IsContact(next.point); ++k) {
-      way.slack *= kMoreSlack;
-      next = Search(way);
+      line.slack *= kMoreSlack;
+      next = Search(line);
     }
     if (!(next.t < kInfinity) || IsContact(next.point)) return false;
-    const Vec3 e = next.point - way.contact;
+    const Vec3 e = next.point - line.contact;
     const double excess = Dot(e, (next.point - m_centre) + radius);
     m_centre = m_centre + (std::max(0.0, excess) / (2.0 * Dot(e, step))) * step;
     m_contact[m_count++] = next.point;
@@ -279,21 +279,21 @@ class Ascent {
   }
 
   // Of points that are not in a level the ball meets none before its centre has left the reach of the level.
-  Meeting Search(const Way& way) {
+  Meeting Search(const CentreLine& line) {
     int level = m_near.Levels() - 1;
-    Meeting next = Search(way, level);
-    while (level > 0 && !(next.t < kInfinity && m_near.Covers(level, way.centre + next.t * way.step))) {
-      next = Search(way, --level);
+    Meeting next = Search(line, level);
+    while (level > 0 && !(next.t < kInfinity && m_near.Covers(level, line.centre + next.t * line.step))) {
+      next = Search(line, --level);
     }
     return next;
   }
 
-  Meeting Search(const Way& way, int level) {
+  Meeting Search(const CentreLine& line, int level) {
     Meeting next;
     m_near.Points(level).ForEach([&](const PointBlock& block) {
       double t;
       std::size_t index;
-      FindMeeting(block, way, t, index);
+      FindMeeting(block, line, t, index);
       if (t < next.t) next = {t, {block.x[index], block.y[index], block.z[index]}};
     });
     return next;

@@ -300,10 +300,10 @@ class FewPoints {
     const double reach = std::max(0.0, circle.radius - kSameRadius);
     std::size_t count = 0;
     ForEach([&](Vec2 steps) {
-      const Vec2 way = steps - circle.centre;
-      const double square = Dot(way, way);
+      const Vec2 offset = steps - circle.centre;
+      const double square = Dot(offset, offset);
       if (square < reach * reach) {
-        Extreme& deepest = inside[SeenPolygon::CellOf(way)];
+        Extreme& deepest = inside[SeenPolygon::CellOf(offset)];
         if (square < deepest.square) deepest = {square, steps};
         ++count;
       }

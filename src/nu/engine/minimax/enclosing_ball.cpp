@@ -141,11 +141,11 @@ Circumscribed ThroughFour(Vec3 o, Vec3 p, Vec3 q, Vec3 r, bool accurate) {
   Vec3 area[3];
   for (int k = 0; k < 3; ++k) area[k] = CrossOf(edge[(k + 1) % 3], edge[(k + 2) % 3], accurate);
   const double volume = DotOf(edge[0], area[0], accurate);
-  Vec3 way;
-  for (int k = 0; k < 3; ++k) way = way + (0.5 * Dot(edge[k], edge[k]) / volume) * area[k];
-  Circumscribed found{o + way, {1.0}};
+  Vec3 toCentre;
+  for (int k = 0; k < 3; ++k) toCentre = toCentre + (0.5 * Dot(edge[k], edge[k]) / volume) * area[k];
+  Circumscribed found{o + toCentre, {1.0}};
   for (int k = 0; k < 3; ++k) {
-    found.multiplier[k + 1] = DotOf(way, area[k], accurate) / volume;
+    found.multiplier[k + 1] = DotOf(toCentre, area[k], accurate) / volume;
     found.multiplier[0] -= found.multiplier[k + 1];
   }
   return found;

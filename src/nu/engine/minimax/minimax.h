@@ -322,7 +322,7 @@ class Minimax {
     return Progress::none;
   }
 
-  // Where no damping makes the step as long as its bound, the way goes on along a direction of negative curvature, in
+  // Where no damping makes the step as long as its bound, it goes on along a direction of negative curvature, in
   // which the value does not rise at first, to either side.
   bool TryHollowStep(double promised) {
     const double plain = Length(m_curved.Step());

@@ -125,7 +125,7 @@ class SlabSearch {
   // ---- vertices across
 
   // The lowest corner along the normal, from corner v on downhill: on a convex surface that ends at the bottom. A
-  // corner that is known to be as high as v need not be compared, which would take all digits. On a long way, as round
+  // corner that is known to be as high as v need not be compared, which would take all digits. On a long path, as round
   // a curve, the boxes lead to the bottom but for rounding. Where v has very many neighbours, as the ends of a helix
   // have, they show that none is lower: to compare all of them for each of their faces would take quadratic time.
   // Before and after the boxes no corner comes twice.
@@ -178,7 +178,7 @@ class SlabSearch {
   }
 
   // Takes boxes to visit(box) that may hold a corner more than `slack`, times the error of its height, below the height
-  // `best` over v, which falls on the way. Returns false when `most` boxes are not enough.
+  // `best` over v, which falls on that path. Returns false when `most` boxes are not enough.
   template<class Visit>
   bool SearchBoxes(const Normal3& normal, int v, double slack, int most, const double& best, Visit visit) {
     if (!m_boxes) PackCorners();
@@ -234,7 +234,7 @@ class SlabSearch {
     return isAll && v == start;
   }
 
-  // Within a flat face all is level: the way down starts beside the top one.
+  // Within a flat face all is level: the path down starts beside the top one.
   int CornerBelow(const Hull3::Face& face) const {
     const Normal3 normal = m_hull.NormalOf(face);
     for (const Hull3::Face& other : m_hull.Faces()) {
@@ -246,7 +246,7 @@ class SlabSearch {
   }
 
   // Of each face, from that of a neighbour; the smallest turns first, as in R. C. Prim's algorithm for spanning trees
-  // (1957). A way over a wide flat side would lead to all its edges, far from the vertices across from them.
+  // (1957). A path over a wide flat side would lead to all its edges, far from the vertices across from them.
   void FindAntipodes() {
     const auto& faces = m_hull.Faces();
     m_across.assign(faces.size(), {});
@@ -351,10 +351,10 @@ class SlabSearch {
     constexpr double kDotError = 1e-15;
     const double limit = Limit();
     for (const int across : {part.firstAcross, part.lastAcross}) {
-      const Vec3 way = LoadVec3(At(a)) - LoadVec3(At(across));
-      const double length = std::fabs(way.x) + std::fabs(way.y) + std::fabs(way.z);
+      const Vec3 offset = LoadVec3(At(a)) - LoadVec3(At(across));
+      const double length = std::fabs(offset.x) + std::fabs(offset.y) + std::fabs(offset.z);
       const auto isBeyond = [&](const Direction& end) {
-        return Dot(way, end.unit) - (end.error + kDotError) * length > limit;
+        return Dot(offset, end.unit) - (end.error + kDotError) * length > limit;
       };
       if (isBeyond(part.first) && isBeyond(part.last)) return true;
     }
@@ -395,12 +395,12 @@ class SlabSearch {
     const Vec3 n = Rounded(normal);
     const Vec3 e = LoadVec3(At(b)) - LoadVec3(At(a));
     const Vec3 f = LoadVec3(At(d)) - LoadVec3(At(c));
-    const Vec3 way = LoadVec3(At(c)) - LoadVec3(At(a));
+    const Vec3 offset = LoadVec3(At(c)) - LoadVec3(At(a));
     const double square = Dot(n, n);
     // Edges along each other span no direction.
     if (square <= kParallel * Dot(e, e) * Dot(f, f)) return;
-    found.share[1] = Dot(n, Cross(way, f)) / square;
-    found.share[3] = Dot(n, Cross(way, e)) / square;
+    found.share[1] = Dot(n, Cross(offset, f)) / square;
+    found.share[3] = Dot(n, Cross(offset, e)) / square;
     found.share[0] = 1.0 - found.share[1];
     found.share[2] = 1.0 - found.share[3];
     Offer(normal, found);
