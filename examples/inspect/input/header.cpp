@@ -69,10 +69,12 @@ Name ParseName(std::string_view field) {
   return name;
 }
 
-// The fields of a row of names; between blanks, a unit stays with its name: "X [mm]", "Z / mm".
+// The fields of a row of names, none of a row with numbers; between blanks, a unit stays with its name: "X [mm]", "Z /
+// mm".
 std::vector<std::string> NameFields(std::string_view line, char separator) {
   std::vector<std::string_view> fields;
   Split(line, separator, &fields);
+  if (std::any_of(fields.begin(), fields.end(), LooksLikeNumber)) return {};
   std::vector<std::string> names;
   for (const std::string_view field : fields) {
     const bool belongs =

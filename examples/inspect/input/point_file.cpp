@@ -68,6 +68,10 @@ class PointFileParser {
       if (line.find(separator) != std::string_view::npos) m_separator = separator;
     }
     Split(line, m_separator, &m_fields);
+    if (std::none_of(m_fields.begin(), m_fields.end(), LooksLikeNumber)) {
+      m_header.Add(line);
+      return false;
+    }
     const Layout layout = m_header.LayoutOf(m_fields.size(), m_separator, m_options.columns);
     const std::size_t first = std::min(layout.columns[0].number, m_fields.size()) - 1;
     if (!LooksLikeNumber(m_fields[first])) {

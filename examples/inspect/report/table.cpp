@@ -74,8 +74,10 @@ void AddFormRows(const Inspection& inspection, const ReportContext& context, std
   add("root mean square", "q", inspection.RootMeanSquare());
 }
 
-std::string UncertaintyText(double value, int decimals) {
-  return std::isfinite(value) ? Fixed(value, decimals) : "not determined";
+// Infinite where the points do not determine it, as without a degree of freedom.
+Row UncertaintyRow(const std::string& name, double value, int decimals, const char* unit) {
+  return std::isfinite(value) ? Row{"u(" + name + ")", Fixed(value, decimals), unit}
+                              : Row{"u(" + name + ")", "not determined", ""};
 }
 
 // A shift or tilt is along an axis of the feature's own frame, which is named.
@@ -94,11 +96,11 @@ void AddUncertaintyRows(const Inspection& inspection, const LengthUnit& unit, st
   const Uncertainty& uncertainty = *inspection.uncertainty;
   rows->push_back({"uncertainties", "standard ones, from the deviations, k = 1", ""});
   rows->push_back({"degrees of freedom", std::to_string(uncertainty.degreesOfFreedom), ""});
-  rows->push_back({"u(point)", UncertaintyText(uncertainty.standardDeviation, unit.decimals), unit.symbol});
+  rows->push_back(UncertaintyRow("point", uncertainty.standardDeviation, unit.decimals, unit.symbol));
   for (const Uncertainty::Change& change : uncertainty.changes) {
-    const int decimals = change.isAngle ? kAngleDecimals : unit.decimals;
-    rows->push_back({"u(" + change.name + ")", UncertaintyText(change.standard, decimals),
-                     (change.isAngle ? "\u00B0" : unit.symbol) + AxisNote(uncertainty, change.name)});
+    rows->push_back(change.isAngle ? UncertaintyRow(change.name, change.standard, kAngleDecimals, "\u00B0")
+                                   : UncertaintyRow(change.name, change.standard, unit.decimals, unit.symbol));
+    rows->back().unit += AxisNote(uncertainty, change.name);
   }
 }
 
