@@ -93,10 +93,8 @@ class HullOfGradients {
         m_feature(feature),
         m_mask(balanced),
         m_hasMiddle(feature.kind == FeatureKind::cone && feature.bothNappes) {
-    const double inverse = extent > 0.0 ? 1.0 / extent : 1.0;
-    std::fill_n(m_scale, static_cast<int>(kUnknowns), 1.0);
-    m_scale[kTiltX] = m_scale[kTiltY] = m_scale[kTurn] = inverse;
-    if (feature.kind == FeatureKind::cone) m_scale[kSize1] = inverse;
+    for (int k = 0; k < kUnknowns; ++k)
+      m_scale[k] = extent > 0.0 && (AnglesOf(feature.kind) >> k & 1U) != 0 ? 1.0 / extent : 1.0;
     // The first vector is the one farthest against a direction that singles out no unknown.
     for (int k = 0; k < kComponents; ++k) m_nearest[k] = 1.0 + 0.125 * k;
   }

@@ -22,10 +22,6 @@ constexpr double kUndetermined = 64.0 * std::numeric_limits<double>::epsilon();
 // A unit vector whose part along an undetermined direction is below this has none there but rounding.
 constexpr double kNoPart = 0x1p-40;
 
-constexpr bool IsAngle(FeatureKind kind, int unknown) {
-  return unknown == kTiltX || unknown == kTiltY || unknown == kTurn || (unknown == kSize1 && kind == FeatureKind::cone);
-}
-
 // The weighted rows of all points, reduced chunk by chunk, and what else is summed on the way.
 class JacobianReduction {
  public:
@@ -45,7 +41,7 @@ class JacobianReduction {
     m_result.sumSquares = m_sumSquares.Value();
     m_result.extent = std::sqrt(m_squaredExtent);
     for (int j = 0; j < m_result.unknowns; ++j) {
-      const bool isScaled = IsAngle(m_feature.kind, m_result.unknown[j]) && m_result.extent > 0.0;
+      const bool isScaled = (AnglesOf(m_feature.kind) >> m_result.unknown[j] & 1U) != 0 && m_result.extent > 0.0;
       m_result.scale[j] = isScaled ? 1.0 / m_result.extent : 1.0;
       for (int i = 0; i <= j; ++i) m_result.factor[i][j] = m_reduction.R(i, j) * m_result.scale[j];
     }

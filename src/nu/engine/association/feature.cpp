@@ -387,6 +387,11 @@ UnknownMask UnknownsOf(FeatureKind kind) {
   return 0;
 }
 
+UnknownMask AnglesOf(FeatureKind kind) {
+  const UnknownMask sizes = kind == FeatureKind::cone ? Bits({kSize1}) : 0;
+  return UnknownsOf(kind) & (Bits({kTiltX, kTiltY, kTurn}) | sizes);
+}
+
 Feature Moved(const Feature& feature, const double (&step)[kUnknowns]) {
   Feature moved = feature;
   AxisFrame& frame = moved.frame;

@@ -47,6 +47,8 @@ struct Feature {
 
 // Those that move the feature, none of them to the same effect as others: three for a plane, five for a cylinder, ...
 UnknownMask UnknownsOf(FeatureKind kind);
+// Those of them that are angles, in radians; the others are lengths.
+UnknownMask AnglesOf(FeatureKind kind);
 
 // Shifted, then tilted with the least turn about z, then turned. Axes without a tilt or turn stay as they are, to the
 // bit.

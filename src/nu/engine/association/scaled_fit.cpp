@@ -3,19 +3,12 @@
 #include "nu/engine/association/feature_kernels.h"
 
 namespace nu::engine::association {
-namespace {
-
-bool IsAngle(FeatureKind kind, Unknown k) {
-  return k == kTiltX || k == kTiltY || k == kTurn || (k == kSize1 && kind == FeatureKind::cone);
-}
-
-}  // namespace
 
 FreeUnknowns::FreeUnknowns(FeatureKind kind, UnknownMask free, double extent) {
   for (int k = 0; k < kUnknowns; ++k) {
     if (!(free >> k & 1U)) continue;
     at[count] = static_cast<Unknown>(k);
-    unit[count] = IsAngle(kind, at[count]) ? 1.0 / extent : 1.0;
+    unit[count] = (AnglesOf(kind) >> k & 1U) != 0 ? 1.0 / extent : 1.0;
     ++count;
   }
 }
