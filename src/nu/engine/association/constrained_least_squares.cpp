@@ -32,7 +32,7 @@ constexpr double kGrow = 2.0;
 // The first bound, in units of the extent of the points.
 constexpr double kFirstReach = 0.25;
 // The curvature is raised by such parts of its largest entry.
-constexpr double kLeastDamping = 1e-4;
+constexpr double kLeastDamping = 1e-12;
 constexpr double kMoreDamping = 8.0;
 constexpr int kMostDampings = 30;
 // Steps refused in a row before none leads down.
@@ -248,7 +248,7 @@ bool SquaresDescent::IsWithinReach(double damping) {
 }
 
 bool SquaresDescent::FindStep() {
-  double damping = std::max(m_damping / kMoreDamping, kLeastDamping);
+  double damping = std::max(m_damping / (kMoreDamping * kMoreDamping), kLeastDamping);
   m_damping = 0.0;
   if (IsWithinReach(0.0)) return true;
   for (int trial = 0; trial < kMostDampings; ++trial, damping *= kMoreDamping) {

@@ -1,0 +1,57 @@
+#include "nu/engine/association/torus_least_squares.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+namespace {
+
+using namespace nu::internal;
+
+// Full rings and arcs, full tubes and parts of them, anywhere in space: the optimum is never worse than the torus from
+// which the points were made.
+TEST(TorusLeastSquaresTest, FindsATorusNoWorseThanTheOneThatWasMeasured) {
+  std::mt19937 random(1);
+  std::uniform_real_distribution<double> unit(-1.0, 1.0);
+  const auto vector = [&] { return Vec3{unit(random), unit(random), unit(random)}; };
+  for (const double ring : {3.14, 1.6, 0.4}) {
+    for (const double tube : {3.14, 1.6, 0.8}) {
+      for (const double noise : {0.0, 1e-3}) {
+        SCOPED_TRACE(testing::Message() << "ring " << ring << ", tube " << tube << ", noise " << noise);
+        const AxisFrame f = AxisFrame::Along(100.0 * vector(), Unit(vector()), vector());
+        std::vector<Vec3> points;
+        for (int i = 0; i < 80; ++i) {
+          const double a = ring * unit(random), b = tube * unit(random), rho = 20.0 + 6.0 * std::cos(b);
+          const Vec3 q{rho * std::cos(a), rho * std::sin(a), 6.0 * std::sin(b)};
+          points.push_back(f.origin + q.x * f.x + q.y * f.y + q.z * f.z + noise * vector());
+        }
+        double truth = 0.0;
+        for (const Vec3& p : points) {
+          const Vec3 q = f.Local(p);
+          const double e = std::hypot(std::hypot(q.x, q.y) - 20.0, q.z) - 6.0;
+          truth += e * e;
+        }
+        FitProblem problem;
+        problem.points = {&points[0].x, sizeof(Vec3), points.size()};
+        const FittedFeature found = LeastSquaresTorus(problem);
+        ASSERT_EQ(found.end, FitEnd::converged);
+        EXPECT_LE(std::sqrt(found.objective), std::sqrt(truth) + 1e-12);
+      }
+    }
+  }
+}
+
+TEST(TorusLeastSquaresTest, PointsWithoutATorusEndWithoutOne) {
+  const double nan = std::nan("");
+  const std::vector<std::vector<Vec3>> sets = {
+      {}, {{1.0, 2.0, 3.0}}, std::vector<Vec3>(20, {1.0, 2.0, 3.0}), {{0.0, 0.0, 0.0}, {1.0, nan, 0.0}}};
+  for (const auto& points : sets) {
+    FitProblem problem;
+    problem.points = {points.empty() ? nullptr : &points[0].x, sizeof(Vec3), points.size()};
+    EXPECT_EQ(LeastSquaresTorus(problem).end, FitEnd::noOptimum);
+  }
+}
+
+}  // namespace
