@@ -39,8 +39,9 @@ constexpr int kMostDampings = 30;
 constexpr int kMostRefusals = 40;
 // The multipliers of the constraints may use up this part of mu.
 constexpr double kMostShare = 0.75;
+constexpr double kLeastShare = 0.05;
 constexpr double kRaise = 8.0;
-constexpr int kMostRaises = 12;
+constexpr double kMostMu = 0x1p36;
 // The errors of F and of the way over the side, in roundings.
 constexpr double kNoise = 16.0;
 // How far a saddle is left, in units of the extent.
@@ -79,7 +80,7 @@ class SquaresDescent {
   bool FindStep();
   bool IsWithinReach(double damping);
   bool SolveProgram(double damping);
-  void RaiseMu();
+  bool AdaptMu();
   double PredictedGain() const;
   bool TryStep();
   bool TryCorrectedStep();
@@ -98,13 +99,13 @@ class SquaresDescent {
   Squares m_here;
   double m_totalWeight = 0.0;
   double m_mu = 1.0;
+  double m_leastMu = 1.0;
   double m_reach;
   double m_damping = 0.0;
   double m_gain = 0.0;  // of the step tried last
   double m_lastLength = kInfinity;
   long m_steps = 0;
   int m_joined = 0;  // by the last pass
-  int m_raises = 0;
 
   // The working set; row k + 1 is that of point k.
   int m_count = 0;
@@ -266,18 +267,23 @@ double SquaresDescent::ConstraintShare() const {
   return share;
 }
 
-// The multipliers are those of the constraints over mu.
-void SquaresDescent::RaiseMu() {
-  ++m_raises;
-  --m_steps;
-  m_mu *= kRaise;
+// The multipliers are those of the constraints over mu. So long as the linearised constraints contradict each other it
+// would be raised without an end; beyond what they need it hides F.
+bool SquaresDescent::AdaptMu() {
+  const double share = ConstraintShare();
+  const bool raise = share > kMostShare;
+  const double factor = raise ? kRaise : 1.0 / kRaise;
+  if (!raise && !(share < kLeastShare)) return false;
+  if (!(factor * m_mu >= m_leastMu && factor * m_mu <= kMostMu * m_leastMu)) return false;
+  m_mu *= factor;
   m_held.count = 0;
   m_held.Add(0, 1.0);
   for (int j = 0; j < m_contacts.count; ++j) {
     if (m_contacts.row[j] == 0) continue;
-    m_held.Add(m_contacts.row[j], m_contacts.multiplier[j] / kRaise);
-    m_held.multiplier[0] -= m_contacts.multiplier[j] / kRaise;
+    m_held.Add(m_contacts.row[j], m_contacts.multiplier[j] / factor);
+    m_held.multiplier[0] -= m_contacts.multiplier[j] / factor;
   }
+  return true;
 }
 
 double SquaresDescent::PredictedGain() const {
@@ -365,20 +371,23 @@ FittedFeature SquaresDescent::Run() {
   if (!std::isfinite(m_here.value)) return Describe(FitEnd::noOptimum);
   if (m_constrained) Join(worst);
   const double rms = std::sqrt(2.0 * m_here.value);
-  m_mu = std::max(rms, m_fit.rounding);
+  m_mu = m_leastMu = std::max(rms, m_fit.rounding);
   if (m_free.count == 0) m_lastLength = 0.0;
   if (m_free.count == 0)
     return Describe(m_here.beyond <= kNoise * m_fit.rounding ? FitEnd::converged : FitEnd::noOptimum);
   int refusals = 0;
+  bool adapted = false;  // mu, since the last step
   while (m_steps < m_fit.problem.mostSteps) {
     ++m_steps;
     Linearise();
     FindCurvature();
     if (!FindStep()) return Describe(FitEnd::noOptimum);
-    if (m_constrained && ConstraintShare() > kMostShare && m_raises < kMostRaises) {
-      RaiseMu();
+    if (m_constrained && !adapted && AdaptMu()) {
+      adapted = true;
+      --m_steps;
       continue;
     }
+    adapted = false;
     const double length = Length();
     const double predicted = PredictedGain();
     const bool damped = m_damping > 0.0;
