@@ -171,6 +171,27 @@ TEST(ConstrainedFitTest, OneSidedFeaturesTouchAndKeepAllPointsOnTheirSide) {
   }
 }
 
+// A free fit of a short arc may have its centre on the wrong side and its axis across.
+TEST(ConstrainedFitTest, FixedRadiiFindTheArcFromAnyStart) {
+  std::mt19937 random(7);
+  for (const FeatureKind kind : {FeatureKind::circle, FeatureKind::sphere, FeatureKind::cylinder}) {
+    for (int trial = 0; trial < 10; ++trial) {
+      SCOPED_TRACE(testing::Message() << "kind " << static_cast<int>(kind) << ", trial " << trial);
+      Measured set = Measure(kind, 120, 0.001, random);
+      const AxisFrame& f = set.truth.frame;
+      std::erase_if(set.points, [&](const Vec3& p) { return Dot(p - f.origin, f.x) < 1.6; });
+      FitProblem problem;
+      problem.points = set.View();
+      problem.fixed = 1U << kSize0;
+      const UnknownMask flat = kind == FeatureKind::circle ? 1U << kTiltX | 1U << kTiltY : 0U;
+      const Feature start = Nearby(set.truth, UnknownsOf(FeatureKind::cylinder) & ~problem.fixed & ~flat, 2.0, random);
+      const FittedFeature found = FitNear(problem, start);
+      EXPECT_EQ(found.end, FitEnd::converged);
+      EXPECT_LE(std::sqrt(found.objective), Objective(problem, set.truth));
+    }
+  }
+}
+
 TEST(ConstrainedFitTest, MonitorsSeeTheStepsAndCancel) {
   std::mt19937 random(6);
   const Measured set = Measure(FeatureKind::cylinder, 50, 0.01, random);

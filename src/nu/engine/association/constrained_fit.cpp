@@ -132,8 +132,9 @@ FittedFeature Solve(const FitProblem& problem, PointBlocks& points, const Featur
   const double extent = FarthestFrom(points, near.frame.origin);
   double greatest = extent + std::fabs(near.size[0]);
   if (HasSecondLength(near.kind)) greatest += std::fabs(near.size[1]);
-  const ScaledFit fit{scaled, points, extent, kDeviationRoundings * kEpsilon * greatest,
-                      problem.tolerance * points.Scale()};
+  const ScaledFit fit{
+      scaled,         points, extent, kDeviationRoundings * kEpsilon * greatest, problem.tolerance * points.Scale(),
+      problem.monitor};
   FittedFeature result;
   result.feature = near;
   const bool isUsable = IsFinite(near) && std::isfinite(extent) && extent > 0.0;
@@ -157,10 +158,6 @@ FittedFeature FitFrom(const FitProblem& problem, const Feature& start) {
   const double extent = FarthestFrom(points, {});
   if (NeedsScale(extent) && !points.FitScale()) return failed;
   return Solve(problem, points, start);
-}
-
-FittedFeature FitNear(const FitProblem& problem, const Feature& start) {
-  return FitFrom(problem, start);
 }
 
 }  // namespace nu::engine::association

@@ -64,6 +64,7 @@ struct FreeFeature {
 
 FitEnd EndOf(MinimaxEnd end) {
   if (end == MinimaxEnd::converged) return FitEnd::converged;
+  if (end == MinimaxEnd::cancelled) return FitEnd::cancelled;
   return end == MinimaxEnd::limitReached ? FitEnd::limitReached : FitEnd::noOptimum;
 }
 
@@ -88,8 +89,8 @@ double OuterShare(const Contacts& contacts, double sign) {
 template<int K>
 FittedFeature FitOneSided(const ScaledFit& fit, const FreeUnknowns& free, const Feature& start) {
   const double sign = fit.Sign();
-  const auto minimax =
-      std::make_unique<Minimax<FreeFeature<K>>>(fit.points, MinimaxSide::both, fit.rounding, fit.problem.mostSteps);
+  const auto minimax = std::make_unique<Minimax<FreeFeature<K>>>(fit.points, MinimaxSide::both, fit.rounding,
+                                                                 fit.problem.mostSteps, fit.monitor);
   FreeFeature<K> model{start, &free, fit.extent, 0.0};
   FittedFeature result;
   double width = 0.0;
@@ -116,7 +117,8 @@ FittedFeature FitOneSided(const ScaledFit& fit, const FreeUnknowns& free, const 
 template<int K>
 FittedFeature FitWith(const ScaledFit& fit, const FreeUnknowns& free, const Feature& start, MinimaxSide side) {
   if (fit.problem.side != PointSide::either) return FitOneSided<K>(fit, free, start);
-  const auto minimax = std::make_unique<Minimax<FreeFeature<K>>>(fit.points, side, fit.rounding, fit.problem.mostSteps);
+  const auto minimax =
+      std::make_unique<Minimax<FreeFeature<K>>>(fit.points, side, fit.rounding, fit.problem.mostSteps, fit.monitor);
   return ResultOf(minimax->Solve({start, &free, fit.extent, 0.0}));
 }
 
@@ -204,8 +206,8 @@ FittedFeature FitZone(const ScaledFit& fit, const Feature& start) {
   if (!isShifted) return FitSides(fit, free, start, MinimaxSide::both);
   FitProblem both = fit.problem;
   both.side = PointSide::either;
-  FittedFeature result =
-      FitSides({both, fit.points, fit.extent, fit.rounding, fit.tolerance}, free, start, MinimaxSide::both);
+  FittedFeature result = FitSides({both, fit.points, fit.extent, fit.rounding, fit.tolerance, fit.monitor}, free, start,
+                                  MinimaxSide::both);
   result.feature = WithOffset(result.feature, -fit.Sign() * result.objective);
   result.objective *= 2.0;
   return result;

@@ -25,6 +25,7 @@ struct ScaledFit {
   double extent = 0.0;    // the distance of the farthest point from the origin of the feature
   double rounding = 0.0;  // the error of a deviation
   double tolerance = 0.0;
+  StepMonitor monitor = {};  // in the caller's unit; that of the problem is in the unit of the blocks
 
   UnknownMask Free(const Feature& feature) const { return UnknownsOf(feature.kind) & ~problem.fixed; }
   double Sign() const { return problem.side == PointSide::negative ? -1.0 : 1.0; }

@@ -323,16 +323,18 @@ bool FindStart(const UnitPoints& sample, Feature& best) {
 
 }  // namespace
 
-FittedFeature LeastSquaresTorus(const FitProblem& problem, const Feature& start) {
-  if (problem.fixed & UnknownsOf(FeatureKind::torus)) return FitNear(problem, start);
+FittedFeature LeastSquaresTorus(const FitProblem& problem) {
   FittedFeature failed;
-  failed.feature = start;
+  failed.feature.kind = FeatureKind::torus;
   if (problem.points.Size() == 0) return failed;
   const PointSample sample(problem.points, kSamplePoints);
   const UnitPoints unit(sample.View());
   Feature torus;
   if (unit.points.empty() || !FindStart(unit, torus)) return failed;
-  return FitFrom(problem, unit.InCallersFrame(torus));
+  FitProblem free = problem;
+  free.fixed = 0;
+  free.side = PointSide::either;
+  return FitFrom(free, unit.InCallersFrame(torus));
 }
 
 }  // namespace nu::engine::association

@@ -5,9 +5,9 @@
 
 namespace nu::engine::association {
 
-// The torus that makes the weighted sum of the squared distances least. Needs no start; the problem is one of least
-// squares, and what it fixes must be given in `start`, whose other values are not used when nothing is fixed.
-FittedFeature LeastSquaresTorus(const FitProblem& problem, const Feature& start = {});
+// The torus that makes the weighted sum of the squared distances least, without a start; what the problem fixes is not
+// looked at.
+FittedFeature LeastSquaresTorus(const FitProblem& problem);
 
 }  // namespace nu::engine::association
 

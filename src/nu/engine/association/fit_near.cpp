@@ -1,0 +1,169 @@
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+#include "nu/engine/association/constrained_fit.h"
+#include "nu/engine/association/torus_least_squares.h"
+#include "nu/engine/base/elementary.h"
+#include "nu/engine/minimax/annulus2.h"
+#include "nu/engine/minimax/empty_circle2.h"
+#include "nu/engine/points/mean.h"
+#include "nu/engine/points/point_sample.h"
+#include "nu/engine/points/principal_direction.h"
+
+namespace nu::engine::association {
+namespace {
+
+constexpr UnknownMask kTilts = 1U << kTiltX | 1U << kTiltY;
+constexpr UnknownMask kAcross = 1U << kShiftX | 1U << kShiftY;
+constexpr UnknownMask kRadius = 1U << kSize0;
+constexpr long kAnnulusLimit = 1000;
+
+// A centre nearer to the mean of the points than this part of their distance has them all around.
+constexpr double kAllAround = 0.1;
+
+bool IsRound(FeatureKind kind) {
+  return kind == FeatureKind::circle || kind == FeatureKind::sphere || kind == FeatureKind::cylinder;
+}
+
+class Candidates {
+ public:
+  Candidates(const FitProblem& problem, const Feature& start)
+      : m_problem(problem), m_start(start), m_mean(MeanOf(problem.points)) {}
+
+  // The start is the first.
+  const std::vector<Feature>& Find();
+
+ private:
+  void AddSidesOfSurface();
+  void AddSidesOfPatch();
+  void AddSeenAlong();
+  void AddWithCentre(const Vec3& centre);
+
+  const FitProblem& m_problem;
+  const Feature& m_start;
+  Vec3 m_mean;
+  std::vector<Feature> m_found;
+};
+
+void Candidates::AddWithCentre(const Vec3& centre) {
+  Feature feature = m_start;
+  feature.frame.origin = centre;
+  if (IsFinite(centre)) m_found.push_back(feature);
+}
+
+// The same surface near the points, with its centre on the other side, or at the radius from it.
+void Candidates::AddSidesOfSurface() {
+  const AxisFrame& f = m_start.frame;
+  Vec3 toMean = m_mean - f.origin;
+  if (m_start.kind != FeatureKind::sphere) toMean = Rejection(toMean, f.z);
+  double sum = 0.0;
+  for (std::size_t i = 0; i < m_problem.points.Size(); ++i)
+    sum += DeviationOf(m_start, LoadVec3(m_problem.points[i])) + m_start.size[0];
+  const double distance = sum / static_cast<double>(m_problem.points.Size());
+  const double length = std::sqrt(Dot(toMean, toMean));
+  if (!(length > kAllAround * distance)) return;
+  const Vec3 outwards = (1.0 / length) * toMean;
+  AddWithCentre(f.origin + (distance - m_start.size[0]) * outwards);
+  AddWithCentre(f.origin + (distance + m_start.size[0]) * outwards);
+}
+
+// On both sides of the plane of the points; the axis of a cylinder that is free to tilt in four directions.
+void Candidates::AddSidesOfPatch() {
+  PointBlocks points(m_problem.points, m_mean);
+  const PrincipalDirection flat = FindPrincipalDirection(points, Extent::smallest);
+  const PrincipalDirection longest = FindPrincipalDirection(points, Extent::largest);
+  if (!flat.finite || !longest.finite) return;
+  const bool turns = m_start.kind == FeatureKind::cylinder && !(m_problem.fixed & kTilts);
+  Vec3 normal = flat.direction;
+  if (!turns && m_start.kind != FeatureKind::sphere) normal = Cross(m_start.frame.z, longest.direction);
+  const double length = std::sqrt(Dot(normal, normal));
+  if (!(length > 0.0)) return;
+  for (const double side : {1.0, -1.0}) {
+    const Vec3 centre = m_mean + (side * m_start.size[0] / length) * normal;
+    AddWithCentre(centre);
+    if (!turns || m_found.empty()) continue;
+    const AxisFrame patch = AxisFrame::Along(centre, (1.0 / length) * normal, longest.direction);
+    for (const Vec3& axis : {patch.x, patch.y, Unit(patch.x + patch.y), Unit(patch.x - patch.y)}) {
+      m_found.back().frame = AxisFrame::Along(centre, axis);
+      m_found.push_back(m_found.back());
+    }
+    m_found.pop_back();
+  }
+}
+
+void Candidates::AddSeenAlong() {
+  const AxisFrame& f = m_start.frame;
+  PointBlocks points(m_problem.points, m_mean);
+  if (!points.FitScale()) return;
+  const Vec3 axes[2] = {f.x, f.y};
+  if (m_problem.criterion == FitCriterion::inscribed) {
+    const EmptyCircle circle = LargestEmptyCircle(points, axes);
+    if (circle.found) AddWithCentre(points.InCallersFrame(circle.centre.x * f.x + circle.centre.y * f.y));
+  } else {
+    const Vec3 guess = points.Scale() * (f.origin - m_mean);
+    const Annulus ring = NarrowestAnnulus(points, axes, {Dot(guess, f.x), Dot(guess, f.y)}, kAnnulusLimit);
+    if (ring.end == AnnulusEnd::found) AddWithCentre(points.InCallersFrame(ring.centre.x * f.x + ring.centre.y * f.y));
+  }
+}
+
+const std::vector<Feature>& Candidates::Find() {
+  m_found.push_back(m_start);
+  const bool moves = !(m_problem.fixed & kAcross) && IsRound(m_start.kind);
+  if (!moves) return m_found;
+  if (m_problem.fixed & kRadius) {
+    AddSidesOfSurface();
+    AddSidesOfPatch();
+    return m_found;
+  }
+  const bool isFlat = m_start.kind == FeatureKind::circle ||
+                      (m_start.kind == FeatureKind::cylinder && (m_problem.fixed & kTilts) == kTilts);
+  const bool isGlobal = m_problem.criterion == FitCriterion::inscribed ||
+                        (m_problem.criterion == FitCriterion::zone && m_problem.side == PointSide::either);
+  if (isFlat && isGlobal) AddSeenAlong();
+  return m_found;
+}
+
+bool IsBetter(const FittedFeature& a, const FittedFeature& b, FitCriterion criterion) {
+  if (a.end != FitEnd::converged) return false;
+  if (b.end != FitEnd::converged) return true;
+  return criterion == FitCriterion::inscribed ? a.objective > b.objective : a.objective < b.objective;
+}
+
+FittedFeature BestOf(const FitProblem& problem, const std::vector<Feature>& starts) {
+  FittedFeature best;
+  bool isFirst = true;
+  for (const Feature& start : starts) {
+    const FittedFeature found = FitFrom(problem, start);
+    if (found.end == FitEnd::cancelled) return found;
+    if (isFirst || IsBetter(found, best, problem.criterion)) best = found;
+    isFirst = false;
+  }
+  return best;
+}
+
+}  // namespace
+
+// Of many points a sample decides which start is the best.
+FittedFeature FitNear(const FitProblem& problem, const Feature& start) {
+  if (problem.points.Size() == 0) return FitFrom(problem, start);
+  const bool isFree = !(problem.fixed & UnknownsOf(start.kind)) && problem.side == PointSide::either;
+  if (start.kind == FeatureKind::torus && problem.criterion == FitCriterion::leastSquares && isFree) {
+    const FittedFeature near = FitFrom(problem, start);
+    const FittedFeature found = LeastSquaresTorus(problem);
+    return near.end == FitEnd::cancelled || IsBetter(near, found, problem.criterion) ? near : found;
+  }
+  const std::vector<Feature> starts = Candidates(problem, start).Find();
+  if (starts.size() == 1) return FitFrom(problem, start);
+  if (problem.points.Size() <= PointSample::kMostPoints) return BestOf(problem, starts);
+  const PointSample sample(problem.points);
+  FitProblem few = problem;
+  few.points = sample.View();
+  few.weights = nullptr;
+  const FittedFeature best = BestOf(few, starts);
+  if (best.end == FitEnd::cancelled) return best;
+  return BestOf(
+      problem, best.end == FitEnd::converged ? std::vector<Feature>{best.feature, start} : std::vector<Feature>{start});
+}
+
+}  // namespace nu::engine::association
