@@ -29,7 +29,8 @@ class AngleSectors {
   void Add(double x, double y) {
     const double across = x / (std::fabs(x) + std::fabs(y));
     if (!std::isfinite(across)) return;
-    const double measure = y >= 0.0 ? 1.0 - across : 3.0 + across;
+    const double turned = y >= 0.0 ? 1.0 - across : 3.0 + across;
+    const double measure = turned < 4.0 ? turned : 0.0;  // just below the x axis it rounds to a full turn
     const int sector = std::min(static_cast<int>(measure * (0.25 * kSectors)), kSectors - 1);
     m_first[sector] = std::min(m_first[sector], measure);
     m_last[sector] = std::max(m_last[sector], measure);
