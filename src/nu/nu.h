@@ -7,6 +7,7 @@
 #include "nu/association/association_report.h"
 #include "nu/association/certificate.h"
 #include "nu/association/criteria.h"
+#include "nu/association/sampled_fit.h"
 #include "nu/curves/bounded_curve.h"
 #include "nu/curves/circle.h"
 #include "nu/curves/circular_arc.h"

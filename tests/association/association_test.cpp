@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <vector>
 
+#include "nu/association/certificate.h"
 #include "support/failures.h"
 #include "support/fitted.h"
 
@@ -194,6 +196,177 @@ TEST(Association, MaterialStaysOnItsSide) {
       EXPECT_LE(beyond, 1e-12);
       EXPECT_NEAR(side == NuOutside ? report.GetDeviations().Min() : report.GetDeviations().Max(), 0.0, 1e-12);
     }
+  }
+}
+
+TEST(Association, RefusesWhatItCannotDo) {
+  Random random(46);
+  const CNuPointArray points = TypicalPoints<CNuCylSurf>(random, 30);
+  CNuAssociation a(points);
+  const auto expect = [&](const char* failure, const std::function<void()>& call) {
+    EXPECT_EQ(FailureOf(call), failure);
+  };
+  CNuDoubleArray three(3), weights(30);
+  for (int i = 0; i < 30; ++i) weights.Add(0.0);
+  expect("operation 5 association|SetWeights [0,0]", [&] { a.SetWeights(three); });
+  expect("operation 1 association|SetWeights [0,0]", [&] { a.SetWeights(weights); });
+  weights[7] = -1.0;
+  expect("operation 1 association|SetWeights [0,0]", [&] { a.SetWeights(weights); });
+  for (const double bad : {0.0, -1.0, kNaN, kInf}) {
+    expect("operation 1 association|FixRadius [0,0]", [&] { a.FixRadius(bad); });
+    expect("operation 1 association|FixSemiAngle [0,0]", [&] { a.FixSemiAngle(bad); });
+  }
+  expect("operation 9 association|FixDirection [0,0]", [&] { a.FixDirection(CNuVector(0.0, 0.0, 0.0)); });
+  expect("operation 10 association|FixDirection [0,0]", [&] { a.FixDirection(CNuVector(2)); });
+  expect("operation 1 association|SetMaxSteps [0,0]", [&] { a.SetMaxSteps(0); });
+  expect("operation 1 association|SetTolerance [0,0]", [&] { a.SetTolerance(kNaN); });
+  expect("operation 1 association|SetDetails [0,0]", [&] { a.SetDetails(NuDetailAll + 1); });
+  expect("operation 1 association|CNuAssociation [0,0]", [] { CNuAssociation(nullptr, 1); });
+  CNuIntArray beyond(1);
+  beyond.Add(30);
+  expect("operation 3 association|Remove [0,29]", [&] { a.Remove(beyond); });
+  expect("operation 41 association|Remove [0,0]", [&] { a.Remove(PointsOf({{1e9, 0.0}})); });
+
+  CNuPlane plane;
+  CNuCylSurf cylinder(1.0);
+  CNuConSurf cone(45.0);
+  a.FixRadius(5.0);
+  expect("operation 45 association|CNuPlane [0,0]", [&] { a.Fit(NuLeastSquares, &plane); });
+  expect("operation 45 association|ProveGlobally [0,0]", [&] { a.ProveGlobally(NuMinimumZone, &cylinder, 1); });
+  a.ReleaseRadius();
+  expect("operation 45 association|CNuConSurf [0,0]", [&] { a.Fit(NuMinimumCircumscribed, &cone); });
+  weights[7] = 1.0;
+  a.SetWeights(weights);
+  expect("operation 45 association|CNuCylSurf [0,0]", [&] { a.Fit(NuMinimumZone, &cylinder); });
+  a.ReleaseWeights();
+  a.StartFrom(plane);
+  expect("operation 45 association|CNuCylSurf [0,0]", [&] { a.Fit(NuMinimumZone, &cylinder); });
+  a.ReleaseStart();
+  const CNuAssociationReport report = a.Fit(NuMinimumZone, &cylinder);
+  expect("operation 49 report|GetDeviations [0,0]", [&] { report.GetDeviations(); });
+  expect("operation 49 report|GetGap [0,0]", [&] { report.GetGap(); });
+  expect("operation 49 report|CNuAssociationReport::Require [0,0]", [] { CNuAssociationReport().Require(); });
+  EXPECT_EQ(a.Fit(NuMinimumZone, static_cast<CNuCylSurf*>(nullptr)).GetForm(), report.GetForm());
+}
+
+// The monitor sees every step, may cancel, and may throw; the feature stays as it was.
+TEST(Association, MonitorsWatchAndCancel) {
+  Random random(47);
+  struct Watch {
+    long most = 1000, seen = 0;
+    bool throws = false;
+  };
+  const NuStepMonitor monitor = [](void* context, long step, double, double) {
+    Watch& watch = *static_cast<Watch*>(context);
+    EXPECT_EQ(step, ++watch.seen);
+    if (watch.throws) throw 7;
+    return watch.seen < watch.most ? NuTrue : NuFalse;
+  };
+  for (const AnyFit& fit : kAllFits) {
+    if (fit.associate == nullptr) continue;
+    SCOPED_TRACE(fit.Name());
+    const CNuPointArray points = fit.points(random, 40);
+    CNuAssociation association(points);
+    Watch watch;
+    association.SetMonitor(monitor, &watch);
+    Fitted found;
+    const CNuAssociationReport report = fit.associate(association, kTol, 1000, found);
+    EXPECT_EQ(report.GetEnd(), NuConverged);
+    EXPECT_EQ(report.GetSteps(), watch.seen);
+    EXPECT_GE(watch.seen, 1);
+    watch = {1};
+    EXPECT_EQ(fit.associate(association, kTol, 1000, found).GetEnd(), NuCancelled);
+    EXPECT_TRUE(static_cast<const Shape&>(found) == fit.start);
+    watch = {1000, 0, true};
+    EXPECT_THROW(fit.associate(association, kTol, 1000, found), int);
+  }
+}
+
+// Points that come and go, and parts that are joined, lead to the fit of all points that are there.
+TEST(Association, StreamsAreTheFitOfAllPoints) {
+  Random random(48);
+  const CNuPointArray points = TypicalPoints<CNuCylSurf>(random, 90);
+  const CNuPointArray first = points.SubArray(0, 39), second = points.SubArray(40, 89);
+  for (const ENuCriterion criterion : {NuLeastSquares, NuMinimumZone, NuMinimumCircumscribed, NuMaximumInscribed}) {
+    CNuCylSurf whole(1.0), part(1.0), removed(1.0);
+    CNuAssociation(points).Fit(criterion, &whole).Require();
+    CNuAssociation association(first), other(second);
+    association.Fit(criterion, &part).Require();
+    CNuAssociation all(association);
+    all.Merge(other);
+    const CNuAssociationReport report = all.Refit(criterion, &part);
+    report.Require();
+    EXPECT_EQ(all.GetNumberPoints(), 90);
+    EXPECT_NEAR(part.GetRadius(), whole.GetRadius(), 1e-10);
+    association.Add(second);
+    association.Remove(first);
+    association.Refit(criterion, &part).Require();
+    CNuAssociation(second).Fit(criterion, &removed).Require();
+    EXPECT_NEAR(part.GetRadius(), removed.GetRadius(), 1e-10);
+  }
+}
+
+// A full circle: var(r) = sigma^2 / n, and a Monte Carlo agrees.
+TEST(Association, UncertaintyIsThatOfSamples) {
+  constexpr int n = 100;
+  CNuPointArray points(n);
+  for (int i = 0; i < n; ++i) {
+    const double t = 3.6 * i * kDegree, r = 5.0 + (i % 2 == 0 ? 0.01 : -0.01);
+    points.Add({r * std::cos(t), r * std::sin(t)});
+  }
+  CNuAssociation association(points);
+  association.SetDetails(NuDetailAll);
+  CNuCircle circle(1.0);
+  const CNuAssociationReport report = association.Fit(NuLeastSquares, &circle);
+  const double sigma = report.GetStandardDeviation();
+  EXPECT_NEAR(sigma, 0.01 * std::sqrt(n / (n - 3.0)), 1e-12);
+  ASSERT_EQ(report.GetNumberParameters(), 3);
+  EXPECT_STREQ(report.GetParameterName(2), "radius");
+  EXPECT_NEAR(report.GetStandardUncertainty(2), sigma / std::sqrt(n), 1e-9);
+  EXPECT_NEAR(report.GetCovariance().Element(0, 0), 2.0 * sigma * sigma / n, 1e-9);
+  EXPECT_NEAR(report.GetCoverage(), 356.4, 0.6) << report.Explain();
+  const CNuSampledFit samples = association.MonteCarlo(report, sigma, 2000, 7);
+  EXPECT_EQ(samples.GetNumberSamples(), 2000);
+  EXPECT_STREQ(samples.GetName(2), "radius");
+  for (int k = 0; k < 3; ++k)
+    EXPECT_NEAR(samples.GetStandardDeviations()[k] / report.GetStandardUncertainty(k), 1.0, 0.06);
+}
+
+// Contacts balance, their certificate holds, and the bound of a proof is at the optimum.
+TEST(Association, MinimaxFitsAccountForThemselves) {
+  Random random(49);
+  const CNuPointArray points = TypicalPoints<CNuSphSurf>(random, 40);
+  CNuAssociation association(points);
+  association.SetDetails(NuDetailAll);
+  CNuSphSurf sphere(1.0);
+  const CNuAssociationReport report = association.ProveGlobally(NuMinimumZone, &sphere, 200000);
+  report.Require();
+  EXPECT_NEAR(report.GetMultipliers().Sum(), 1.0, 1e-12);
+  EXPECT_GE(report.GetNumberContacts(), 5);
+  EXPECT_EQ(report.GetCertificate().Check(points, sphere, 1e-13).Holds(), NuTrue);
+  EXPECT_EQ(report.IsGlobal(), NuTrue);
+  EXPECT_LE(report.GetGap(), 1e-7);
+  const CNuDoubleArray change = association.Sensitivity(report);
+  for (int k = 0; k < change.GetSize(); ++k) EXPECT_LE(change[k], 1e-12);
+  EXPECT_GT(std::string(report.Explain()).size(), 20u);
+}
+
+TEST(Association, FailuresSayWhatHelps) {
+  Random random(50);
+  const struct {
+    CNuPointArray points;
+    const char* says;
+  } rows[] = {{PointsOf({{1.0, 2.0}}), "needs 4"},
+              {CNuPointArray(0), "There are 0 points"},
+              {PointsOf({{}, {1, 0}, {kNaN, 1}, {0, 0, 1}, {1, 1, 1}}), "Point 2"},
+              {PlaneCloud(random, 20, 2.0, 1.0, 0.0), "off their plane"}};
+  for (const auto& row : rows) {
+    CNuAssociation association(row.points);
+    association.SetDetails(NuDetailExplanation);
+    CNuSphSurf sphere(1.0);
+    const CNuAssociationReport report = association.Fit(NuLeastSquares, &sphere);
+    EXPECT_NE(std::string(report.Explain()).find(row.says), std::string::npos) << report.Explain();
+    EXPECT_EQ(sphere.GetRadius(), 1.0);
   }
 }
 

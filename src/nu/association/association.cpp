@@ -26,11 +26,6 @@ double RequirePositive(double length, const char* where) {
   return length;
 }
 
-PointView BlockView(const double* xyz, int count, std::ptrdiff_t stride) {
-  if (count < 0 || (xyz == nullptr && count > 0) || stride < 3) FailArgument("CNuAssociation");
-  return {xyz, static_cast<std::size_t>(stride) * sizeof(double), static_cast<std::size_t>(count)};
-}
-
 std::shared_ptr<AssociationState> StateOf(PointView points) {
   return WithMemory("CNuAssociation", [&] { return std::make_shared<AssociationState>(points); });
 }
@@ -38,7 +33,6 @@ std::shared_ptr<AssociationState> StateOf(PointView points) {
 // Bits that stand for more imply the others.
 int WithImplied(int details) {
   if ((details & NuDetailDeviations & ~NuDetailForm) != 0) details |= NuDetailDeviations;
-  if ((details & NuDetailCertificate & ~NuDetailContacts) != 0) details |= NuDetailCertificate;
   return details;
 }
 
@@ -56,7 +50,7 @@ StartFeature StartOf(const Class& start, const char* where) {
 CNuAssociation::CNuAssociation(const CNuPointArray& points) : m_state(StateOf(ViewOf(points))) {}
 
 CNuAssociation::CNuAssociation(const double* xyz, int count, std::ptrdiff_t stride)
-    : m_state(StateOf(BlockView(xyz, count, stride))) {}
+    : m_state(StateOf(BlockView(xyz, count, stride, "CNuAssociation"))) {}
 
 CNuAssociation::CNuAssociation(const CNuAssociation& other)
     : m_state(WithMemory("CNuAssociation", [&] { return std::make_shared<AssociationState>(*other.m_state); })) {}

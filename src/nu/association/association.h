@@ -6,6 +6,7 @@
 
 #include "nu/association/association_report.h"
 #include "nu/association/criteria.h"
+#include "nu/association/sampled_fit.h"
 #include "nu/export.h"
 #include "nu/foundation/boolean.h"
 #include "nu/fwd.h"
@@ -54,6 +55,20 @@ class NU_EXPORT CNuAssociation {
   ~CNuAssociation();
 
   int GetNumberPoints() const;
+
+  // More or fewer points. The first change takes a copy of the points, and the caller's are needed no longer. Weights
+  // of points that stay are kept; those of new points are 1, or those of the other association. Merging takes over the
+  // points of the other association and nothing else: parts of a cloud that were fitted apart, on several threads, are
+  // fitted together from then on, and Refit leads from the optimum of a part to that of the whole.
+  // Fail with CNuOperationException ("association", the operation), the points unchanged:
+  //   1  as the constructor of a block     14  more points than an int can count
+  //   3  the index of a point to remove, with the range     41  a point to remove that is not among the points
+  void Add(const CNuPointArray& points);
+  void Add(const double* xyz, int count, std::ptrdiff_t stride = 3);
+  void Remove(const CNuIntArray& indices);
+  // Each point removes one of the same coordinates, the first of them.
+  void Remove(const CNuPointArray& points);
+  void Merge(const CNuAssociation& other);
 
   // One weight per point, of its squared deviation: n times the weight is the same as the point n times, and a weight
   // of 0 leaves the point out. Least squares only. Fails with CNuOperationException ("association", the operation):
@@ -119,6 +134,47 @@ class NU_EXPORT CNuAssociation {
   CNuAssociationReport Fit(ENuCriterion criterion, CNuCylSurf* feature) const;
   CNuAssociationReport Fit(ENuCriterion criterion, CNuConSurf* feature) const;
   CNuAssociationReport Fit(ENuCriterion criterion, CNuTorSurf* feature) const;
+
+  // The same from `feature`, in a few steps where it is near to the optimum: that of the points before some were added
+  // or removed. Where these steps reach no optimum, or where `feature` is null, it is Fit.
+  CNuAssociationReport Refit(ENuCriterion criterion, CNuLine* feature) const;
+  CNuAssociationReport Refit(ENuCriterion criterion, CNuPlane* feature) const;
+  CNuAssociationReport Refit(ENuCriterion criterion, CNuCircle* feature) const;
+  CNuAssociationReport Refit(ENuCriterion criterion, CNuEllipse* feature) const;
+  CNuAssociationReport Refit(ENuCriterion criterion, CNuHyperbola* feature) const;
+  CNuAssociationReport Refit(ENuCriterion criterion, CNuParabola* feature) const;
+  CNuAssociationReport Refit(ENuCriterion criterion, CNuSphSurf* feature) const;
+  CNuAssociationReport Refit(ENuCriterion criterion, CNuCylSurf* feature) const;
+  CNuAssociationReport Refit(ENuCriterion criterion, CNuConSurf* feature) const;
+  CNuAssociationReport Refit(ENuCriterion criterion, CNuTorSurf* feature) const;
+
+  // Fits, and looks for a better feature anywhere: a branch and bound over centres, directions and sizes bounds the
+  // criterion from below, by `budget` boxes at most, of which a million take some seconds. A better optimum is taken
+  // over. The report holds the bound: GetBound, GetGap, IsGlobal. Minimum zones, and circumscribed circles, spheres and
+  // cylinders, without fixed parameters, sides and starts.
+  // Fails as Fit does, and with CNuOperationException ("association", "ProveGlobally"):
+  //   1  budget < 1     45  any other criterion or option
+  CNuAssociationReport ProveGlobally(ENuCriterion criterion, CNuLine* feature, long budget) const;
+  CNuAssociationReport ProveGlobally(ENuCriterion criterion, CNuPlane* feature, long budget) const;
+  CNuAssociationReport ProveGlobally(ENuCriterion criterion, CNuCircle* feature, long budget) const;
+  CNuAssociationReport ProveGlobally(ENuCriterion criterion, CNuSphSurf* feature, long budget) const;
+  CNuAssociationReport ProveGlobally(ENuCriterion criterion, CNuCylSurf* feature, long budget) const;
+  CNuAssociationReport ProveGlobally(ENuCriterion criterion, CNuConSurf* feature, long budget) const;
+  CNuAssociationReport ProveGlobally(ENuCriterion criterion, CNuTorSurf* feature, long budget) const;
+
+  // What each contact of a minimax fit of this association is worth: by how much the zone or the radius changes without
+  // the point, in the order of report.GetContactPoints(). NaN where no feature is determined without it.
+  // Fails with CNuOperationException:
+  //   49  ("report")  the report holds no contacts     45  ("report")  it is of another criterion
+  //   5  ("association", "Sensitivity")  it is of another number of points
+  CNuDoubleArray Sensitivity(const CNuAssociationReport& report) const;
+
+  // How the fit of the report spreads when every point is moved at random, normally distributed with the standard
+  // deviation `sigma` along each axis (JCGM 101:2008). The same seed gives the same bits on every machine.
+  // Fails with CNuOperationException:
+  //   49  ("report")  the report holds no details     5  ("association", "MonteCarlo")  it is of other points
+  //   1  ("association", "MonteCarlo")  sigma is negative or not finite; samples is below 2 or above 10,000,000
+  CNuSampledFit MonteCarlo(const CNuAssociationReport& report, double sigma, int samples, unsigned seed) const;
 
  private:
   nu::internal::AssociationOptions& Options();

@@ -42,3 +42,71 @@ CNuAssociationReport CNuAssociation::Fit(ENuCriterion criterion, CNuConSurf* fea
 CNuAssociationReport CNuAssociation::Fit(ENuCriterion criterion, CNuTorSurf* feature) const {
   return FitFeature(*m_state, criterion, feature);
 }
+
+CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuLine* feature) const {
+  return RefitFeature(*m_state, criterion, feature);
+}
+
+CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuPlane* feature) const {
+  return RefitFeature(*m_state, criterion, feature);
+}
+
+CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuCircle* feature) const {
+  return RefitFeature(*m_state, criterion, feature);
+}
+
+CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuEllipse* feature) const {
+  return RefitFeature(*m_state, criterion, feature);
+}
+
+CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuHyperbola* feature) const {
+  return RefitFeature(*m_state, criterion, feature);
+}
+
+CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuParabola* feature) const {
+  return RefitFeature(*m_state, criterion, feature);
+}
+
+CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuSphSurf* feature) const {
+  return RefitFeature(*m_state, criterion, feature);
+}
+
+CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuCylSurf* feature) const {
+  return RefitFeature(*m_state, criterion, feature);
+}
+
+CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuConSurf* feature) const {
+  return RefitFeature(*m_state, criterion, feature);
+}
+
+CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuTorSurf* feature) const {
+  return RefitFeature(*m_state, criterion, feature);
+}
+
+CNuAssociationReport CNuAssociation::ProveGlobally(ENuCriterion criterion, CNuLine* feature, long budget) const {
+  return ProveFeature(*m_state, criterion, budget, feature);
+}
+
+CNuAssociationReport CNuAssociation::ProveGlobally(ENuCriterion criterion, CNuPlane* feature, long budget) const {
+  return ProveFeature(*m_state, criterion, budget, feature);
+}
+
+CNuAssociationReport CNuAssociation::ProveGlobally(ENuCriterion criterion, CNuCircle* feature, long budget) const {
+  return ProveFeature(*m_state, criterion, budget, feature);
+}
+
+CNuAssociationReport CNuAssociation::ProveGlobally(ENuCriterion criterion, CNuSphSurf* feature, long budget) const {
+  return ProveFeature(*m_state, criterion, budget, feature);
+}
+
+CNuAssociationReport CNuAssociation::ProveGlobally(ENuCriterion criterion, CNuCylSurf* feature, long budget) const {
+  return ProveFeature(*m_state, criterion, budget, feature);
+}
+
+CNuAssociationReport CNuAssociation::ProveGlobally(ENuCriterion criterion, CNuConSurf* feature, long budget) const {
+  return ProveFeature(*m_state, criterion, budget, feature);
+}
+
+CNuAssociationReport CNuAssociation::ProveGlobally(ENuCriterion criterion, CNuTorSurf* feature, long budget) const {
+  return ProveFeature(*m_state, criterion, budget, feature);
+}

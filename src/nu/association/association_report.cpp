@@ -1,7 +1,10 @@
 #include "nu/association/association_report.h"
 
+#include "nu/association/certificate.h"
 #include "nu/association/internal/report_data.h"
-#include "nu/foundation/internal/failures.h"
+#include "nu/foundation/cause_text.h"
+#include "nu/foundation/internal/outputs.h"
+#include "nu/geometry/internal/conversions.h"
 
 using namespace nu::internal;
 
@@ -18,6 +21,11 @@ const ReportedContacts& ContactsOf(const ReportData& data, const char* where) {
   RequireDetail(data, NuDetailContacts, where);
   if (!data.contacts) FailOperation(NuOperationUnsupported, kReport, where);
   return *data.contacts;
+}
+
+const ReportedExplanation& ExplanationOf(const ReportData& data, const char* where) {
+  RequireDetail(data, NuDetailExplanation, where);
+  return *data.explanation;
 }
 
 }  // namespace
@@ -129,4 +137,57 @@ const CNuIntArray& CNuAssociationReport::GetContactSides() const {
 
 const CNuDoubleArray& CNuAssociationReport::GetMultipliers() const {
   return ContactsOf(Data(), "GetMultipliers").multipliers;
+}
+
+ENuBoolean CNuAssociationReport::IsGlobal() const {
+  return Data().end == NuConverged && Data().isGlobal ? NuTrue : NuFalse;
+}
+
+double CNuAssociationReport::GetBound() const {
+  if (!Data().bound) FailOperation(NuOperationNotReported, kReport, "GetBound");
+  return *Data().bound;
+}
+
+double CNuAssociationReport::GetGap() const {
+  if (!Data().bound) FailOperation(NuOperationNotReported, kReport, "GetGap");
+  return Data().value - *Data().bound;
+}
+
+const char* CNuAssociationReport::Explain() const {
+  const ReportData& data = Data();
+  if (data.explanation) return data.explanation->text.c_str();
+  if (const auto* fit = std::get_if<CNuBestfitException>(&data.failure)) return NuCauseText(*fit);
+  if (const auto* operation = std::get_if<CNuOperationException>(&data.failure)) return NuCauseText(*operation);
+  FailOperation(NuOperationNotReported, kReport, "Explain");
+}
+
+const char* CNuAssociationReport::GetWeakestParameter() const {
+  return ExplanationOf(Data(), "GetWeakestParameter").parameter;
+}
+
+double CNuAssociationReport::GetWeakestUncertainty() const {
+  return ExplanationOf(Data(), "GetWeakestUncertainty").uncertainty;
+}
+
+double CNuAssociationReport::GetCoverage() const {
+  return ExplanationOf(Data(), "GetCoverage").arc;
+}
+
+ENuBoolean CNuAssociationReport::GetProbingPlace(CNuPoint* place) const {
+  const ReportedExplanation& explanation = ExplanationOf(Data(), "GetProbingPlace");
+  if (!explanation.hasProbe) return NuFalse;
+  Output(place, ToPoint(explanation.probe));
+  return NuTrue;
+}
+
+CNuCertificate CNuAssociationReport::GetCertificate() const {
+  const ReportData& data = Data();
+  const ReportedContacts& contacts = ContactsOf(data, "GetCertificate");
+  CNuCertificate certificate(data.criterion, contacts.points, contacts.sides, contacts.multipliers);
+  if (data.fixed.radius) certificate.FixRadius();
+  if (data.fixed.majorRadius) certificate.FixMajorRadius();
+  if (data.fixed.semiAngle) certificate.FixSemiAngle();
+  if (data.fixed.direction) certificate.FixDirection();
+  if (data.fixed.point) certificate.FixPoint(ToPoint(*data.fixed.point));
+  return certificate;
 }

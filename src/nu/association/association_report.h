@@ -105,8 +105,34 @@ class NU_EXPORT CNuAssociationReport {
   const CNuIntArray& GetContactPoints() const;
   const CNuIntArray& GetContactSides() const;
   const CNuDoubleArray& GetMultipliers() const;
+  // These, with what was fixed: anybody can check from the points and the feature that no feature nearby is better.
+  CNuCertificate GetCertificate() const;
+
+  // Whether the feature is proven to be the best of all of its kind. Fit proves it of least-squares lines and planes,
+  // of the minimum zones of planes, of circles and of lines in their plane, of circumscribed circles and spheres, and
+  // of inscribed circles; ProveGlobally of others, where its budget suffices.
+  ENuBoolean IsGlobal() const;
+  // Of ProveGlobally: no feature has a smaller zone or radius than the bound, which is below that of the feature by the
+  // gap, in lengths. 49 without it.
+  double GetBound() const;
+  double GetGap() const;
+
+  // NuDetailExplanation. Why the feature is as uncertain as it is, in a sentence, or why there is none, with what
+  // helps; of a failure that was not asked about the text of its cause. It lives as long as the report.
+  const char* Explain() const;
+  // Of a fit that converged: the name of the parameter that the points determine least, and its standard uncertainty
+  // per unit of that of the points, in degrees per unit of length for an angle; infinite where it is not determined.
+  const char* GetWeakestParameter() const;
+  double GetWeakestUncertainty() const;
+  // The part of a full turn, in degrees, that the points cover about the axis or the normal of a round feature; half of
+  // the opening of a cap of a sphere that holds them; 0 for other features.
+  double GetCoverage() const;
+  // Whether one more point would help, and where it would help that parameter most: on the feature.
+  ENuBoolean GetProbingPlace(CNuPoint* place) const;
 
  private:
+  friend class CNuAssociation;
+
   const nu::internal::ReportData& Data() const;
 
   std::shared_ptr<const nu::internal::ReportData> m_data;

@@ -2,14 +2,12 @@
 #include <cmath>
 
 #include "nu/association/association_report.h"
+#include "nu/association/internal/parameters.h"
 #include "nu/association/internal/report_data.h"
 #include "nu/engine/base/elementary.h"
-#include "nu/foundation/constants.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/conversions.h"
 #include "nu/linalg/matrix.h"
-
-// The unknowns of the engine as parameters of the interface: angles become degrees.
 
 using namespace nu::internal;
 
@@ -25,36 +23,6 @@ Unknown UnknownAt(const ReportData& data, int i, const char* where) {
   const Covariance& covariance = CovarianceIn(data, where);
   RequireIndex(i, covariance.unknowns, kReport, where);
   return covariance.unknown[i];
-}
-
-bool IsAngle(FeatureKind kind, Unknown unknown) {
-  if (unknown == kSize1) return kind == FeatureKind::cone;
-  return unknown == kTiltX || unknown == kTiltY || unknown == kTurn;
-}
-
-double UnitOf(FeatureKind kind, Unknown unknown) {
-  return IsAngle(kind, unknown) ? 180.0 / Nu_PI : 1.0;
-}
-
-const char* SizeName(FeatureKind kind, bool isFirst) {
-  switch (kind) {
-    case FeatureKind::ellipse:
-    case FeatureKind::hyperbola:
-      return isFirst ? "semi-axis a" : "semi-axis b";
-    case FeatureKind::parabola:
-      return "focal length";
-    case FeatureKind::cone:
-      return isFirst ? "radius" : "semi-angle";
-    case FeatureKind::torus:
-      return isFirst ? "major radius" : "minor radius";
-    default:
-      return "radius";
-  }
-}
-
-const char* NameOf(FeatureKind kind, Unknown unknown) {
-  constexpr const char* kNames[] = {"shift x", "shift y", "shift z", "tilt x", "tilt y", "turn"};
-  return unknown < kSize0 ? kNames[unknown] : SizeName(kind, unknown == kSize0);
 }
 
 }  // namespace

@@ -37,7 +37,7 @@ enum ENuReportDetails {
   NuDetailDeviations = 3,    // also the signed deviation of every point, and the points of the extremes
   NuDetailUncertainty = 4,   // covariance of the parameters, standard uncertainties, condition
   NuDetailContacts = 8,      // the points that hold the feature, and their multipliers
-  NuDetailCertificate = 24,  // also the proof that no feature nearby is better
+  NuDetailExplanation = 16,  // the weakest parameter and where to probe; the reason of a failure with its remedy
   NuDetailAll = 31
 };
 

@@ -7,6 +7,7 @@
 #include "nu/association/association.h"
 #include "nu/engine/association/feature.h"
 #include "nu/engine/points/point_view.h"
+#include "nu/foundation/internal/failures.h"
 #include "nu/foundation/object.h"
 
 namespace nu::internal {
@@ -69,6 +70,12 @@ struct AssociationState {
 
   PointView OwnPoints() const { return {own.data(), 3 * sizeof(double), own.size() / 3}; }
 };
+
+// CNuOperationException cause 1, as the constructor of a block promises.
+inline PointView BlockView(const double* xyz, int count, std::ptrdiff_t stride, const char* where) {
+  if (count < 0 || (xyz == nullptr && count > 0) || stride < 3) FailOperation(NuOperationDomain, "association", where);
+  return {xyz, static_cast<std::size_t>(stride) * sizeof(double), static_cast<std::size_t>(count)};
+}
 
 }  // namespace nu::internal
 

@@ -98,6 +98,35 @@ Feature WithFixed(const Feature& given, const FixedParameters& fixed, PointView 
   return feature;
 }
 
+// As the fits of the classes have it: the point of a line, plane or cylinder is next to the mean of the points.
+Feature BesideMean(Feature feature, const FitProblem& problem) {
+  Vec3& origin = feature.frame.origin;
+  Vec3 sum;
+  double total = 0.0;
+  for (std::size_t i = 0; i < problem.points.Size(); ++i) {
+    sum = sum + problem.weights[i] * (LoadVec3(problem.points[i]) - origin);
+    total += problem.weights[i];
+  }
+  const Vec3 toMean = (1.0 / total) * sum;
+  if (feature.kind == FeatureKind::line || feature.kind == FeatureKind::cylinder)
+    origin = origin + Dot(toMean, feature.frame.z) * feature.frame.z;
+  if (feature.kind == FeatureKind::lineInPlane) origin = origin + Dot(toMean, feature.frame.x) * feature.frame.x;
+  if (feature.kind == FeatureKind::plane) origin = origin + Rejection(toMean, feature.frame.z);
+  return feature;
+}
+
+}  // namespace
+
+UnknownMask FixedUnknowns(const FixedParameters& fixed, FeatureKind kind) {
+  UnknownMask mask = 0;
+  if (fixed.direction) mask |= kind == FeatureKind::lineInPlane ? Bit(kTurn) : kTilts;
+  if (fixed.point) mask |= kShifts | (kind == FeatureKind::cone ? Bit(kSize0) : 0U);
+  if (fixed.majorRadius) mask |= Bit(kSize0);
+  if (fixed.radius) mask |= kind == FeatureKind::torus ? Bit(kSize1) : Bit(kSize0);
+  if (fixed.semiAngle) mask |= Bit(kSize1);
+  return mask & UnknownsOf(kind);
+}
+
 FitProblem ProblemOf(const AssociationState& state, ENuCriterion criterion, FeatureKind kind,
                      const StepMonitor& monitor) {
   constexpr FitCriterion kCriteria[] = {FitCriterion::leastSquares, FitCriterion::zone, FitCriterion::circumscribed,
@@ -131,35 +160,6 @@ Feature WithCanonicalSense(Feature feature) {
   along = -1.0 * along;
   frame.y = -1.0 * frame.y;
   return feature;
-}
-
-// As the fits of the classes have it: the point of a line, plane or cylinder is next to the mean of the points.
-Feature BesideMean(Feature feature, const FitProblem& problem) {
-  Vec3& origin = feature.frame.origin;
-  Vec3 sum;
-  double total = 0.0;
-  for (std::size_t i = 0; i < problem.points.Size(); ++i) {
-    sum = sum + problem.weights[i] * (LoadVec3(problem.points[i]) - origin);
-    total += problem.weights[i];
-  }
-  const Vec3 toMean = (1.0 / total) * sum;
-  if (feature.kind == FeatureKind::line || feature.kind == FeatureKind::cylinder)
-    origin = origin + Dot(toMean, feature.frame.z) * feature.frame.z;
-  if (feature.kind == FeatureKind::lineInPlane) origin = origin + Dot(toMean, feature.frame.x) * feature.frame.x;
-  if (feature.kind == FeatureKind::plane) origin = origin + Rejection(toMean, feature.frame.z);
-  return feature;
-}
-
-}  // namespace
-
-UnknownMask FixedUnknowns(const FixedParameters& fixed, FeatureKind kind) {
-  UnknownMask mask = 0;
-  if (fixed.direction) mask |= kind == FeatureKind::lineInPlane ? Bit(kTurn) : kTilts;
-  if (fixed.point) mask |= kShifts | (kind == FeatureKind::cone ? Bit(kSize0) : 0U);
-  if (fixed.majorRadius) mask |= Bit(kSize0);
-  if (fixed.radius) mask |= kind == FeatureKind::torus ? Bit(kSize1) : Bit(kSize0);
-  if (fixed.semiAngle) mask |= Bit(kSize1);
-  return mask & UnknownsOf(kind);
 }
 
 bool HasRoughStart(FeatureKind kind) {

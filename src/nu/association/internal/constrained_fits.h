@@ -10,9 +10,15 @@ namespace nu::internal {
 // The unknowns that the fixed parameters take from a feature of this kind.
 UnknownMask FixedUnknowns(const FixedParameters& fixed, FeatureKind kind);
 
+FitProblem ProblemOf(const AssociationState& state, ENuCriterion criterion, FeatureKind kind,
+                     const StepMonitor& monitor);
+
 // Where no unconstrained fit starts: a line, plane, circle, sphere or cylinder beside the points.
 bool HasRoughStart(FeatureKind kind);
 Feature RoughStart(FeatureKind kind, const FixedParameters& fixed, PointView points);
+
+// The one of the two senses of its direction that the fits of its class prefer.
+Feature WithCanonicalSense(Feature feature);
 
 // The fit with all options from a start, which is moved to the fixed parameters first. What is not fixed may come out
 // in the sense that the fits of its class prefer, unless the start was given.

@@ -1,5 +1,7 @@
 #include "nu/association/internal/feature_fits.h"
 
+#include <cmath>
+
 #include "nu/engine/points/alignment.h"
 
 namespace nu::internal {
@@ -27,6 +29,9 @@ bool Accepts(const AssociationState& state, const FeatureRules& rules, ENuCriter
 
 bool Monitor::GoesOn(void* context, long step, double objective, double length) {
   auto* const monitor = static_cast<Monitor*>(context);
+  monitor->m_steps = step;
+  if (!std::isnan(length)) monitor->m_lastStep = length;
+  if (monitor->m_function == nullptr) return true;
   try {
     return monitor->m_function(monitor->m_context, step, objective, length) != NuFalse;
   } catch (...) {
@@ -40,13 +45,46 @@ void Monitor::Rethrow() const {
 }
 
 void RequireConverged(FitEnd end, const char* name) {
-  if (end == FitEnd::cancelled) throw Cancelled{};
+  if (end == FitEnd::cancelled) throw FitCancelled();
   if (end == FitEnd::limitReached) FailFit(kIterationLimit, name);
   if (end != FitEnd::converged) FailFit(kNumericalFailure, name);
 }
 
 void RequireOptions(const AssociationState& state, const FeatureRules& rules, ENuCriterion criterion) {
   if (!Accepts(state, rules, criterion)) FailOperation(NuOperationUnsupported, "association", rules.name);
+}
+
+void RequireProof(const AssociationState& state, ENuCriterion criterion, long budget) {
+  constexpr const char* where = "ProveGlobally";
+  const bool hasBound = criterion == NuMinimumZone || criterion == NuMinimumCircumscribed;
+  if (!hasBound || !IsPlain(state.options)) FailOperation(NuOperationUnsupported, "association", where);
+  if (budget < 1) FailOperation(NuOperationDomain, "association", where);
+}
+
+GlobalBound BoundOf(const AssociationState& state, ENuCriterion criterion, const Feature& known, long budget) {
+  const Vec3 origin = MiddleOf(state.points);
+  Feature local = known;
+  local.frame.origin = local.frame.origin - origin;
+  const BoundedCriterion by = criterion == NuMinimumZone ? BoundedCriterion::zone : BoundedCriterion::circumscribed;
+  GlobalBound found = BoundGlobally(state.points, origin, local, by, {.boxes = budget});
+  found.feature.frame.origin = found.feature.frame.origin + origin;
+  return found;
+}
+
+bool IsGlobalBySolver(FeatureKind kind, int details, ENuCriterion criterion) {
+  if (details == NuDetailNone) return false;
+  const bool isCircle = kind == FeatureKind::circle;
+  switch (criterion) {
+    case NuLeastSquares:
+      return kind == FeatureKind::line || kind == FeatureKind::lineInPlane || kind == FeatureKind::plane;
+    case NuMinimumZone:
+      return kind == FeatureKind::lineInPlane || kind == FeatureKind::plane || isCircle;
+    case NuMinimumCircumscribed:
+      return isCircle || kind == FeatureKind::sphere;
+    case NuMaximumInscribed:
+      return isCircle;
+  }
+  return false;
 }
 
 }  // namespace nu::internal

@@ -6,8 +6,10 @@
 #include <type_traits>
 
 #include "nu/association/internal/constrained_fits.h"
+#include "nu/association/internal/explanation.h"
 #include "nu/association/internal/plain_fits.h"
 #include "nu/association/internal/report_details.h"
+#include "nu/engine/association/global_bound.h"
 #include "nu/engine/points/extents.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/fit_guards.h"
@@ -15,27 +17,38 @@
 // A fit of any class from its options to its report.
 namespace nu::internal {
 
+// CNuOperationException as CNuAssociation::ProveGlobally promises.
+void RequireProof(const AssociationState& state, ENuCriterion criterion, long budget);
+// The bound, with a feature in the frame of the points.
+GlobalBound BoundOf(const AssociationState& state, ENuCriterion criterion, const Feature& known, long budget);
+
+// Fits without options whose result is the optimum of all, by the proof behind their method.
+bool IsGlobalBySolver(FeatureKind kind, int details, ENuCriterion criterion);
+
 // CNuOperationException cause 45 for what the feature or the criterion does not have.
 void RequireOptions(const AssociationState& state, const FeatureRules& rules, ENuCriterion criterion);
 
-// The caller's monitor for the engine, which knows no exceptions: what it throws cancels the fit and comes out of it.
+// The steps of a fit on their way to the caller's monitor. The engine knows no exceptions of callbacks: what the
+// monitor throws cancels the fit and comes out of it.
 class Monitor {
  public:
   explicit Monitor(const AssociationOptions& options) : m_function(options.monitor), m_context(options.context) {}
-  StepMonitor ForEngine() { return m_function != nullptr ? StepMonitor{GoesOn, this} : StepMonitor{}; }
+  StepMonitor ForEngine() { return {GoesOn, this}; }
   void Rethrow() const;
+  long Steps() const { return m_steps; }
+  double LastStep() const { return m_lastStep; }
 
  private:
   static bool GoesOn(void* context, long step, double objective, double length);
 
   NuStepMonitor m_function;
   void* m_context;
+  long m_steps = 0;
+  double m_lastStep = 0.0;
   std::exception_ptr m_thrown;
 };
 
-struct Cancelled {};
-
-// CNuBestfitException as the fits of the classes throw it, or Cancelled.
+// CNuBestfitException as the fits of the classes throw it, or FitCancelled.
 void RequireConverged(FitEnd end, const char* name);
 
 // What the fit runs into becomes its end; lack of memory passes through.
@@ -44,7 +57,7 @@ bool Converges(const Fit& fit, const char* name, ReportData* data) {
   try {
     fit();
     data->end = NuConverged;
-  } catch (const Cancelled&) {
+  } catch (const FitCancelled&) {
     data->end = NuCancelled;
   } catch (const CNuBestfitException& failure) {
     data->failure = failure;
@@ -68,10 +81,12 @@ struct FoundFeature {
 };
 
 template<class Class>
-void RunPlainFit(const AssociationState& state, ENuCriterion criterion, double tol, FoundFeature<Class>* found) {
+void RunPlainFit(const AssociationState& state, ENuCriterion criterion, double tol, const StepMonitor& monitor,
+                 FoundFeature<Class>* found) {
   const LengthToleranceScope scope(tol);
   const bool wantsForm = (state.options.details & NuDetailForm) != 0;
-  const FitOptions options{.maxIter = state.options.maxSteps, .tol = tol, .wantsDeviations = wantsForm};
+  const FitOptions options{
+      .maxIter = state.options.maxSteps, .tol = tol, .wantsDeviations = wantsForm, .monitor = monitor};
   const PlainOutcome outcome = FitPlainly(state.points, criterion, options, &found->feature);
   const bool hasForm = criterion == NuLeastSquares || criterion == NuMinimumZone;
   if (wantsForm && hasForm) found->form.form = outcome.form;
@@ -88,7 +103,7 @@ Feature StartFor(const AssociationState& state, ENuCriterion criterion, double t
   FoundFeature<Class> found;
   const Feature any = FeatureOf(found.feature);
   try {
-    RunPlainFit(state, isTorus ? NuMinimumZone : criterion, tol, &found);
+    RunPlainFit(state, isTorus ? NuMinimumZone : criterion, tol, {}, &found);
     return FeatureOf(found.feature);
   } catch (const CNuBestfitException&) {
     const bool isRough = HasRoughStart(any.kind) && options.fixed.Mask() != 0 && state.points.Size() > 0;
@@ -99,46 +114,108 @@ Feature StartFor(const AssociationState& state, ENuCriterion criterion, double t
 
 template<class Class>
 void RunConstrainedFit(const AssociationState& state, ENuCriterion criterion, double tol, const StepMonitor& monitor,
-                       ReportData* data, FoundFeature<Class>* found) {
+                       FoundFeature<Class>* found) {
   const Feature start = StartFor<Class>(state, criterion, tol);
   const FittedFeature fit = FitConstrained(state, criterion, start, tol, monitor);
-  data->steps = fit.steps;
-  data->lastStep = fit.lastStep;
   RequireConverged(fit.end, kRules<Class>.name);
   Store(fit.feature, &found->feature);
   if (criterion == NuLeastSquares) found->form.sumSquares = fit.objective;
 }
 
+inline double LengthTolOf(const AssociationOptions& options) {
+  return options.tol.value_or(NuGetLengthTol());
+}
+
+template<class Class>
+void Account(const AssociationState& state, double tol, const FoundFeature<Class>& found, ReportData* data) {
+  if (data->details == NuDetailNone) return;
+  const Feature feature = FeatureOf(found.feature);
+  FillDetails(state, AccountedFeature(feature, data->criterion, state.points, tol), found.form, data);
+}
+
+// Fits into `found` and tells how it ended.
+template<class Class>
+std::shared_ptr<ReportData> FitInto(const AssociationState& state, ENuCriterion criterion, FoundFeature<Class>* found) {
+  constexpr FeatureRules rules = kRules<Class>;
+  const AssociationOptions& options = state.options;
+  const double tol = LengthTolOf(options);
+  const bool isTorusByLeastSquares = std::is_same_v<Class, CNuTorSurf> && criterion == NuLeastSquares;
+  const bool isPlain = IsPlain(options) && !isTorusByLeastSquares;
+  auto data = std::make_shared<ReportData>();
+  data->criterion = criterion;
+  data->type = rules.type;
+  data->points = static_cast<int>(state.points.Size());
+  data->details = options.details;
+  data->fixed = options.fixed;
+  Monitor monitor(options);
+  const auto fit = [&] {
+    if (isPlain)
+      RunPlainFit(state, criterion, tol, monitor.ForEngine(), found);
+    else
+      RunConstrainedFit(state, criterion, tol, monitor.ForEngine(), found);
+  };
+  const bool converged = Converges(fit, rules.name, data.get());
+  monitor.Rethrow();
+  data->steps = monitor.Steps();
+  data->lastStep = monitor.LastStep();
+  if (converged) Account(state, tol, *found, data.get());
+  if (converged && isPlain) data->isGlobal = IsGlobalBySolver(data->feature.kind, data->details, criterion);
+  if (!converged) ExplainFailure(state, tol, data.get());
+  return data;
+}
+
+template<class Class>
+CNuAssociationReport Delivered(std::shared_ptr<ReportData> data, FoundFeature<Class>& found, Class* feature) {
+  CNuAssociationReport report(std::move(data));
+  if (report.HasConverged() == NuTrue) Output(feature, std::move(found.feature));
+  return report;
+}
+
 template<class Class>
 CNuAssociationReport FitFeature(const AssociationState& state, ENuCriterion criterion, Class* feature) {
-  constexpr FeatureRules rules = kRules<Class>;
-  RequireOptions(state, rules, criterion);
+  RequireOptions(state, kRules<Class>, criterion);
   return WithMemory("CNuAssociation::Fit", [&] {
-    const AssociationOptions& options = state.options;
-    const double tol = options.tol.value_or(NuGetLengthTol());
-    const bool isTorusByLeastSquares = std::is_same_v<Class, CNuTorSurf> && criterion == NuLeastSquares;
-    const auto data = std::make_shared<ReportData>();
-    data->criterion = criterion;
-    data->type = rules.type;
-    data->points = static_cast<int>(state.points.Size());
-    data->details = options.details;
-    Monitor monitor(options);
     FoundFeature<Class> found;
-    const auto fit = [&] {
-      if (IsPlain(options) && !isTorusByLeastSquares)
-        RunPlainFit(state, criterion, tol, &found);
-      else
-        RunConstrainedFit(state, criterion, tol, monitor.ForEngine(), data.get(), &found);
-    };
-    const bool converged = Converges(fit, rules.name, data.get());
-    monitor.Rethrow();
-    if (converged && options.details != NuDetailNone) {
-      const Feature accounted = AccountedFeature(FeatureOf(found.feature), criterion, state.points, tol);
-      FillDetails(state, accounted, found.form, data.get());
+    auto data = FitInto(state, criterion, &found);
+    return Delivered(std::move(data), found, feature);
+  });
+}
+
+// A start that leads nowhere is no failure: the fit without it may have one.
+template<class Class>
+CNuAssociationReport RefitFeature(const AssociationState& state, ENuCriterion criterion, Class* feature) {
+  RequireOptions(state, kRules<Class>, criterion);
+  if (feature == nullptr) return FitFeature(state, criterion, feature);
+  return WithMemory("CNuAssociation::Refit", [&] {
+    AssociationState warm(state);
+    warm.options.start = StartFeature{kRules<Class>.type, FeatureOf(*feature)};
+    FoundFeature<Class> found;
+    auto data = FitInto(warm, criterion, &found);
+    const bool isDone = data->end == NuConverged || data->end == NuCancelled;
+    return isDone ? Delivered(std::move(data), found, feature) : FitFeature(state, criterion, feature);
+  });
+}
+
+template<class Class>
+CNuAssociationReport ProveFeature(const AssociationState& state, ENuCriterion criterion, long budget, Class* feature) {
+  RequireOptions(state, kRules<Class>, criterion);
+  RequireProof(state, criterion, budget);
+  return WithMemory("CNuAssociation::ProveGlobally", [&] {
+    FoundFeature<Class> found;
+    auto data = FitInto(state, criterion, &found);
+    if (data->end != NuConverged) return CNuAssociationReport(std::move(data));
+    const double tol = LengthTolOf(state.options);
+    const Feature known = AccountedFeature(FeatureOf(found.feature), criterion, state.points, tol);
+    const GlobalBound bound = BoundOf(state, criterion, known, budget);
+    if (bound.improved) {
+      Store(WithCanonicalSense(bound.feature), &found.feature);
+      found.form = {};
+      Account(state, tol, found, data.get());
     }
-    CNuAssociationReport report(data);
-    if (converged) Output(feature, std::move(found.feature));
-    return report;
+    data->value = bound.best;
+    data->bound = bound.bound;
+    data->isGlobal = bound.proven;
+    return Delivered(std::move(data), found, feature);
   });
 }
 

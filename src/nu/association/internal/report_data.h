@@ -2,9 +2,11 @@
 #define NU_ASSOCIATION_INTERNAL_REPORT_DATA_H
 
 #include <optional>
+#include <string>
 #include <variant>
 
 #include "nu/association/criteria.h"
+#include "nu/association/internal/association_state.h"
 #include "nu/engine/association/covariance.h"
 #include "nu/foundation/double_array.h"
 #include "nu/foundation/exceptions.h"
@@ -33,11 +35,21 @@ struct ReportedContacts {
   CNuDoubleArray multipliers{0};
 };
 
+struct ReportedExplanation {
+  std::string text;
+  const char* parameter = "";  // the weakest one
+  double uncertainty = 0.0;    // of it, per unit of point uncertainty
+  double arc = 0.0;            // degrees
+  bool hasProbe = false;
+  Vec3 probe;
+};
+
 struct ReportData {
   ENuCriterion criterion = NuLeastSquares;
   CNuObject::ENuObjectType type = CNuObject::NuTypeNone;
   int points = 0;
   int details = NuDetailNone;
+  FixedParameters fixed;
 
   ENuAssociationEnd end = NuNoOptimum;
   FitFailure failure;
@@ -47,9 +59,14 @@ struct ReportData {
   ReportedForm form;
   CNuDoubleArray deviations{0};
 
-  Feature feature;  // in the frame of its parameters
+  Feature feature;     // in the frame of its parameters
+  double value = 0.0;  // the radius of a circumscribed or inscribed feature, else T where it is known
+  bool isGlobal = false;
+  std::optional<double> bound;
+
   std::optional<Covariance> covariance;
   std::optional<ReportedContacts> contacts;
+  std::optional<ReportedExplanation> explanation;
 };
 
 inline constexpr const char* kReport = "report";

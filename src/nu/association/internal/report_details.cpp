@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "nu/association/internal/constrained_fits.h"
+#include "nu/association/internal/explanation.h"
 #include "nu/engine/association/contact_account.h"
 #include "nu/engine/association/form_parameters.h"
 #include "nu/engine/points/alignment.h"
@@ -76,6 +77,11 @@ void FillContacts(const AssociationState& state, UnknownMask free, ReportData* d
   }
 }
 
+double ValueOf(const ReportData& data) {
+  const bool isRadius = data.criterion == NuMinimumCircumscribed || data.criterion == NuMaximumInscribed;
+  return isRadius ? data.feature.size[0] : data.form.form;
+}
+
 }  // namespace
 
 Feature AccountedFeature(const Feature& feature, ENuCriterion criterion, PointView points, double tol) {
@@ -89,7 +95,7 @@ Feature AccountedFeature(const Feature& feature, ENuCriterion criterion, PointVi
 }
 
 void FillDetails(const AssociationState& state, const Feature& feature, const PlainForm& plain, ReportData* data) {
-  if ((data->details & NuDetailForm) != 0) FillForm(state, feature, plain, data);
+  if (data->details != NuDetailNone) FillForm(state, feature, plain, data);
   const AssociationOptions& options = state.options;
   const UnknownMask free = UnknownsOf(feature.kind) & ~FixedUnknowns(options.fixed, feature.kind);
   data->feature = options.fixed.point ? feature : CentredOn(state.points, feature);
@@ -97,6 +103,8 @@ void FillDetails(const AssociationState& state, const Feature& feature, const Pl
     data->covariance = CovarianceOf(state.points, WeightsOf(options), data->feature, free);
   if ((data->details & NuDetailContacts) != 0 && data->criterion != NuLeastSquares && options.side == NuEitherSide)
     FillContacts(state, free, data);
+  data->value = ValueOf(*data);
+  if ((data->details & NuDetailExplanation) != 0) ExplainFit(state, free, data);
 }
 
 }  // namespace nu::internal
