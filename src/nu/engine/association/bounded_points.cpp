@@ -8,10 +8,6 @@ namespace {
 // So few points are all in the set.
 constexpr std::size_t kFewPoints = 64;
 
-// The errors of a bound, in units of those of the farthest point: some tens of operations lead from the unknowns to an
-// enclosure, and the multipliers of a linear program sum up some of these.
-constexpr double kRoundings = 256.0;
-
 // Of one of two opposite directions each.
 constexpr Vec3 kDirections[] = {{1, 0, 0}, {0, 1, 0},  {0, 0, 1}, {1, 1, 0},  {1, -1, 0}, {1, 0, 1}, {1, 0, -1},
                                 {0, 1, 1}, {0, 1, -1}, {1, 1, 1}, {1, 1, -1}, {1, -1, 1}, {-1, 1, 1}};
@@ -32,7 +28,6 @@ BoundedPoints::BoundedPoints(PointBlocks& blocks, const AxisFrame& frame) : m_bl
     }
   });
   m_reach = std::sqrt(square);
-  m_rounding = kRoundings * std::numeric_limits<double>::epsilon() * m_reach;
   if (Size() <= kFewPoints) {
     ForEach([&](const Vec3& p) { m_set.push_back(p); });
   } else {

@@ -48,8 +48,6 @@ class BoundedPoints {
   std::size_t Size() const { return m_blocks.Size(); }
   // The largest distance from the origin; not finite when a coordinate is not.
   double Reach() const { return m_reach; }
-  // Of a bound.
-  double Rounding() const { return m_rounding; }
   const AxisFrame& Frame() const { return m_frame; }
   const std::vector<Vec3>& Set() const { return m_set; }
 
@@ -106,7 +104,6 @@ class BoundedPoints {
   PointBlocks& m_blocks;
   AxisFrame m_frame;
   double m_reach = 0.0;
-  double m_rounding = 0.0;
   std::vector<Vec3> m_set;
 };
 

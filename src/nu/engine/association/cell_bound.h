@@ -79,13 +79,18 @@ class CellBounds {
     FillRows();
     std::copy_n(cell.middle, N, bound.place);
     if (!m_program.Solve(m_rows, 1.0, rounding)) return bound;
-    bound.value = ProvenValue(m_rows, m_program.Contacts());
+    bound.value = ProvenValue(m_rows, m_program.Contacts()) - kRoundings * kEpsilon * m_largest;
     bound.widest = CostliestUnknown(cell, points, reach);
     for (int k = 0; k < N; ++k) bound.place[k] += cell.half[k] * std::clamp(m_program.Step()[k], -1.0, 1.0);
     return bound;
   }
 
  private:
+  static constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+  // The errors of a bound, in units of those of the largest deviation in the cell: some tens of operations lead from
+  // the unknowns to an enclosure, and the multipliers of the linear program sum up some of these.
+  static constexpr double kRoundings = 256.0;
+
   void Enclose(const UnknownCell<N>& cell, const std::vector<Vec3>& points, double reach) {
     FirstOrder<N> x[N];
     cell.Unknowns(x);
@@ -139,6 +144,7 @@ class CellBounds {
       greatest = std::max(greatest, e.value + e.high + reach);
     }
     m_rows.size = 0;
+    m_largest = std::max(std::fabs(least), std::fabs(greatest));
     const double level = Model::kIsLevelled ? 0.5 * (least + greatest) : 0.0;
     const double half = 0.5 * (greatest - least);
     for (const FirstOrder<N>& e : m_enclosure) {
@@ -162,6 +168,7 @@ class CellBounds {
   }
 
   std::vector<FirstOrder<N>> m_enclosure;
+  double m_largest = 0.0;  // of all deviations
   int m_point[minimax::kMostRows];
   double m_sign[minimax::kMostRows];
   minimax::MinimaxRows<K> m_rows;

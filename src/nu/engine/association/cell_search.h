@@ -59,6 +59,8 @@ class CellSearch {
   // Parts of the gap: by what contacts may miss the ends of their span, and linear programs their optima.
   static constexpr double kSlack = 0.25;
   static constexpr double kProgramSlack = 0.01;
+  // The work of a local search, which takes some tens of steps on a working set, is that of about so many boxes.
+  static constexpr long kBoxesOfRefinement = 100;
   // A cut through a cell may be this part of its half side off the middle, to run along the own cell of the optimum.
   static constexpr double kOffMiddle = 0.75;
 
@@ -93,8 +95,7 @@ class CellSearch {
     }
     ++m_boxes;
     const CellBound<Model> found = m_bounds.Of(cell, m_points.Set(), m_points.Reach(), kProgramSlack * m_problem.gap);
-    const double proven = found.value - m_points.Rounding();
-    if (proven > cell.bound) cell.bound = proven;
+    if (found.value > cell.bound) cell.bound = found.value;
     if (cell.bound >= Target()) {
       m_floor = std::min(m_floor, cell.bound);
       return;
@@ -115,6 +116,7 @@ class CellSearch {
     const Feature start = Model::At(chart, x, all.Level<Model>());
     Feature refined;
     Adopt(start);
+    m_boxes += kBoxesOfRefinement;
     if (m_refine(start, all.Size<Model>(), refined)) Adopt(refined);
   }
 

@@ -18,13 +18,13 @@ namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
-// Of local searches.
-constexpr long kMostSteps = 1000;
+// Of a local search from a place where a box says that there is a better feature; what creeps on may be found again.
+constexpr long kMostSteps = 120;
 
 // Axes, centres and circles farther away or larger, in units of the reach of the points, count with the bound for the
 // nearest of them.
 constexpr double kNearest = 1.25;
-constexpr double kFarthestAxis = 4096.0;
+constexpr double kFarthestAxis = 0x1p20;
 constexpr double kFarthestCircle = 16.0;
 
 // Where rounding might decide whether a gap is closed, a part of it is aimed at.
