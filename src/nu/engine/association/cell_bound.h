@@ -80,7 +80,7 @@ class CellBounds {
     std::copy_n(cell.middle, N, bound.place);
     if (!m_program.Solve(m_rows, 1.0, rounding)) return bound;
     bound.value = ProvenValue(m_rows, m_program.Contacts()) - kRoundings * kEpsilon * m_largest;
-    bound.widest = CostliestUnknown(cell, points, reach);
+    bound.widest = CostliestUnknown(cell, points, reach, bound.widest);
     for (int k = 0; k < N; ++k) bound.place[k] += cell.half[k] * std::clamp(m_program.Step()[k], -1.0, 1.0);
     return bound;
   }
@@ -90,6 +90,8 @@ class CellBounds {
   // The errors of a bound, in units of those of the largest deviation in the cell: some tens of operations lead from
   // the unknowns to an enclosure, and the multipliers of the linear program sum up some of these.
   static constexpr double kRoundings = 256.0;
+  // A side so much narrower than the widest one, in what it moves, is not cut.
+  static constexpr double kMostWidths = 8.0;
 
   void Enclose(const UnknownCell<N>& cell, const std::vector<Vec3>& points, double reach) {
     FirstOrder<N> x[N];
@@ -99,12 +101,14 @@ class CellBounds {
     for (const Vec3& p : points) m_enclosure.push_back(deviation(p));
   }
 
-  // The unknown with which the errors of the enclosures that hold the bound shrink the most when its side is halved.
-  int CostliestUnknown(const UnknownCell<N>& cell, const std::vector<Vec3>& points, double reach) const {
+  // The unknown with which the errors of the enclosures that hold the bound shrink the most when its side is halved,
+  // of those whose sides are not much narrower than the widest one.
+  int CostliestUnknown(const UnknownCell<N>& cell, const std::vector<Vec3>& points, double reach, int widest) const {
     const auto& contacts = m_program.Contacts();
     double least = std::numeric_limits<double>::infinity();
-    int found = WidestUnknown();
+    int found = widest;
     for (int k = 0; k < N; ++k) {
+      if (m_widths[widest] > kMostWidths * m_widths[k]) continue;
       UnknownCell<N> part = cell;
       part.half[k] *= 0.5;
       FirstOrder<N> x[N];
@@ -123,11 +127,12 @@ class CellBounds {
     return found;
   }
 
-  int WidestUnknown() const {
-    double most[N] = {};
+  // By how far its side moves a point.
+  int WidestUnknown() {
+    std::fill_n(m_widths, N, 0.0);
     for (const FirstOrder<N>& e : m_enclosure)
-      for (int k = 0; k < N; ++k) most[k] = std::max(most[k], std::fabs(e.slope[k]));
-    return static_cast<int>(std::max_element(most, most + N) - most);
+      for (int k = 0; k < N; ++k) m_widths[k] = std::max(m_widths[k], std::fabs(e.slope[k]));
+    return static_cast<int>(std::max_element(m_widths, m_widths + N) - m_widths);
   }
 
   // Only those points that can be extreme somewhere in the cell.
@@ -168,6 +173,7 @@ class CellBounds {
   }
 
   std::vector<FirstOrder<N>> m_enclosure;
+  double m_widths[N] = {};
   double m_largest = 0.0;  // of all deviations
   int m_point[minimax::kMostRows];
   double m_sign[minimax::kMostRows];
