@@ -24,7 +24,7 @@ constexpr long kMostSteps = 120;
 // Axes, centres and circles farther away or larger, in units of the reach of the points, count with the bound for the
 // nearest of them.
 constexpr double kNearest = 1.25;
-constexpr double kFarthestAxis = 0x1p20;
+constexpr double kFarthestAxis = 0x1p16;  // from there a distance is right to some 1e-11 of the reach
 constexpr double kFarthestCircle = 16.0;
 
 // Where rounding might decide whether a gap is closed, a part of it is aimed at.
