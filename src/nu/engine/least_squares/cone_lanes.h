@@ -27,9 +27,7 @@ struct ConeLanes {
 
   NU_ALWAYS_INLINE void Locate(const PointBlock& block, std::size_t i, Lanes& x, Lanes& y, Lanes& t) const {
     Lanes px, py, pz;
-    Load(block.x + i, px);
-    Load(block.y + i, py);
-    Load(block.z + i, pz);
+    LoadPoints(block, i, px, py, pz);
     x = normal.x * px + normal.y * py + normal.z * pz - offset.x;
     y = generator.x * px + generator.y * py + generator.z * pz - offset.y;
     t = across.x * px + across.y * py + across.z * pz - offset.z;

@@ -150,7 +150,7 @@ ConeProblem::System SumOneNappe(PointBlocks& points, const ConeModel& model) {
   const auto kernel = [&](const PointBlock& block, double(&sums)[kConeSums], Deviations& part) {
     SumProducts(block, surface, sums, part);
   };
-  const BlockSums<kConeSums> total = SumOverBlocks<kConeSums>(points, system.deviations, kernel);
+  const BlockSums<kConeSums> total = SumOver<kConeSums>(points, system.deviations, kernel);
   // Of 1, p, q, p q, q^2 and p^2, times a power of f.
   struct Group {
     double one, p, q, pq, qq, pp;

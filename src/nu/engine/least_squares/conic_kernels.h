@@ -1,8 +1,7 @@
 #ifndef NU_ENGINE_LEAST_SQUARES_CONIC_KERNELS_H
 #define NU_ENGINE_LEAST_SQUARES_CONIC_KERNELS_H
 
-#include "nu/engine/base/lanes.h"
-#include "nu/engine/points/point_blocks.h"
+#include "nu/engine/points/point_lanes.h"
 #include "nu/engine/shapes/conic_equation.h"
 
 // The distance of eight points at a time from a conic G = 0, and its derivatives by the coefficients of G.
@@ -165,9 +164,7 @@ struct LaneDeviation {
 
 NU_ALWAYS_INLINE void DeviateAt(const PointBlock& block, std::size_t i, const ConicView& view, LaneDeviation& at) {
   Lanes px, py, pz;
-  Load(block.x + i, px);
-  Load(block.y + i, py);
-  Load(block.z + i, pz);
+  LoadPoints(block, i, px, py, pz);
   const Lanes x = view.x.x * px + view.x.y * py + view.x.z * pz - view.xOffset;
   const Lanes y = view.y.x * px + view.y.y * py + view.y.z * pz - view.yOffset;
   FindFeet(view, x, y, at.footX, at.footY);

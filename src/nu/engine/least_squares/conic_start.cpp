@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "nu/engine/base/elementary.h"
-#include "nu/engine/base/lanes.h"
 #include "nu/engine/linear/eigen_symmetric.h"
 #include "nu/engine/linear/small_cholesky.h"
+#include "nu/engine/points/point_lanes.h"
 #include "nu/engine/roots/trig_roots.h"
 
 // Direct fits of q . (x^2, x y, y^2) + l . (x, y, 1). The points are brought to mean 0 and to unit spread in every
@@ -47,10 +47,7 @@ NU_ALWAYS_INLINE void MomentsBody(const PointBlock& block, const Chart& given, d
   Lanes sum[N] = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     Lanes px, py, pz, weight;
-    Load(block.x + i, px);
-    Load(block.y + i, py);
-    Load(block.z + i, pz);
-    Load(block.Weights(i), weight);
+    LoadPoints(block, i, px, py, pz, weight);
     const Lanes x = weight * (chart.x.x * px + chart.x.y * py + chart.x.z * pz - chart.xOffset);
     const Lanes y = weight * (chart.y.x * px + chart.y.y * py + chart.y.z * pz - chart.yOffset);
     const Lanes xx = x * x;

@@ -21,9 +21,7 @@ struct CylinderLanes {
 
   NU_ALWAYS_INLINE void Locate(const PointBlock& block, std::size_t i, Lanes& x, Lanes& t, Lanes& z) const {
     Lanes px, py, pz;
-    Load(block.x + i, px);
-    Load(block.y + i, py);
-    Load(block.z + i, pz);
+    LoadPoints(block, i, px, py, pz);
     x = u.x * px + u.y * py + u.z * pz - offset.x;
     t = v.x * px + v.y * py + v.z * pz - offset.y;
     z = w.x * px + w.y * py + w.z * pz - offset.z;

@@ -73,9 +73,7 @@ template<int D>
 NU_ALWAYS_INLINE void LoadCoordinates(const PointBlock& block, std::size_t i, const RoundModel<D>& model,
                                       const double (&offset)[D], Lanes (&u)[D]) {
   Lanes x, y, z;
-  Load(block.x + i, x);
-  Load(block.y + i, y);
-  Load(block.z + i, z);
+  LoadPoints(block, i, x, y, z);
   for (int j = 0; j < D; ++j) u[j] = model.axis[j].x * x + model.axis[j].y * y + model.axis[j].z * z - offset[j];
 }
 

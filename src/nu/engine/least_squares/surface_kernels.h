@@ -3,8 +3,8 @@
 
 #include <limits>
 
-#include "nu/engine/base/lanes.h"
 #include "nu/engine/least_squares/damped_gauss_newton.h"
+#include "nu/engine/points/point_lanes.h"
 
 // The loops over a block of points that the fits of all surfaces share: the bodies of kernels. A surface, prepared for
 // them, has
@@ -159,10 +159,10 @@ template<class Surface, class Kernel>
 StepSystem<Surface::kUnknowns> SystemOf(PointBlocks& points, const Surface& surface, Kernel kernel,
                                         BlockSums<kSums<Surface>>& total) {
   StepSystem<Surface::kUnknowns> system;
-  total = SumOverBlocks<kSums<Surface>>(points, system.deviations,
-                                        [&](const PointBlock& block, double(&sums)[kSums<Surface>], Deviations& part) {
-                                          kernel(block, surface, sums, part);
-                                        });
+  total = SumOver<kSums<Surface>>(points, system.deviations,
+                                  [&](const PointBlock& block, double(&sums)[kSums<Surface>], Deviations& part) {
+                                    kernel(block, surface, sums, part);
+                                  });
   system.product[0][0] = system.count = static_cast<double>(points.Size());
   int next = 0;
   for (int j = 1; j < Surface::kUnknowns; ++j) {

@@ -3,7 +3,7 @@
 #include <limits>
 #include <tuple>
 
-#include "nu/engine/base/lanes.h"
+#include "nu/engine/points/point_lanes.h"
 
 // Exchange. At a centre c whose annulus cannot be made narrower by a small move, two points lie on the outer and two on
 // the inner circle, and seen from c they alternate (T. J. Rivlin, Approximation by circles, Computing 21, 1979). Four
@@ -54,9 +54,7 @@ NU_KERNEL void FindExtremes(const PointBlock& block, const Axes2& given, const V
   Lanes nearPlace = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     Lanes x, y, z;
-    Load(block.x + i, x);
-    Load(block.y + i, y);
-    Load(block.z + i, z);
+    LoadPoints(block, i, x, y, z);
     const Lanes u = (axes.x.x * x + axes.x.y * y + axes.x.z * z) - c.x;
     const Lanes v = (axes.y.x * x + axes.y.y * y + axes.y.z * z) - c.y;
     const Lanes s = u * u + v * v;

@@ -84,17 +84,9 @@ NU_KERNEL void FindReach(const PointBlock& block, const AxisFrame& axis, const C
   Lanes sumX = {};
   Lanes sumY = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
-    Lanes px, py, pz, weight;
-    Load(block.x + i, px);
-    Load(block.y + i, py);
-    Load(block.z + i, pz);
+    Lanes x, y, z, weight;
+    LoadLocal(block, i, f, x, y, z);
     Load(block.Weights(i), weight);
-    px -= f.origin.x;
-    py -= f.origin.y;
-    pz -= f.origin.z;
-    const Lanes x = px * f.x.x + py * f.x.y + pz * f.x.z;
-    const Lanes y = px * f.y.x + py * f.y.y + pz * f.y.z;
-    const Lanes z = px * f.z.x + py * f.z.y + pz * f.z.z;
     Lanes d = x * x + y * y;
     TakeSquareRoot(d);
     const Lanes way = ((z < toApex ? -d : d) - radius) * sine + z * cosine;

@@ -12,9 +12,7 @@ namespace nu::engine::minimax {
 NU_ALWAYS_INLINE void LoadLocal(const PointBlock& block, std::size_t i, const AxisFrame& f, Lanes& x, Lanes& y,
                                 Lanes& z) {
   Lanes px, py, pz;
-  Load(block.x + i, px);
-  Load(block.y + i, py);
-  Load(block.z + i, pz);
+  LoadPoints(block, i, px, py, pz);
   px -= f.origin.x;
   py -= f.origin.y;
   pz -= f.origin.z;

@@ -39,9 +39,7 @@ struct CentreLanes {
 
   NU_ALWAYS_INLINE void Deviate(const PointBlock& block, std::size_t i, Lanes& d) const {
     Lanes x, y, z;
-    Load(block.x + i, x);
-    Load(block.y + i, y);
-    Load(block.z + i, z);
+    LoadPoints(block, i, x, y, z);
     x -= frame.origin.x;
     y -= frame.origin.y;
     z -= frame.origin.z;
@@ -151,9 +149,7 @@ NU_KERNEL void FindMeeting(const PointBlock& block, const CentreLine& line, doub
   Lanes places = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     Lanes x, y, z;
-    Load(block.x + i, x);
-    Load(block.y + i, y);
-    Load(block.z + i, z);
+    LoadPoints(block, i, x, y, z);
     const Lanes ex = x - w.contact.x;
     const Lanes ey = y - w.contact.y;
     const Lanes ez = z - w.contact.z;

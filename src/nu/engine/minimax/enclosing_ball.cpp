@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "nu/engine/base/compensated_sum.h"
-#include "nu/engine/base/lanes.h"
+#include "nu/engine/points/point_lanes.h"
 #include "nu/engine/shapes/vec2.h"
 
 // Pivoting on support sets (B. Gaertner, Fast and robust smallest enclosing balls, ESA 1999). Up to D + 1 points
@@ -77,9 +77,7 @@ NU_ALWAYS_INLINE void FarthestBody(const PointBlock& block, const Gauge<D>& give
   Lanes lost = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     Lanes x, y, z, s, u[3];
-    Load(block.x + i, x);
-    Load(block.y + i, y);
-    Load(block.z + i, z);
+    LoadPoints(block, i, x, y, z);
     Coordinates(gauge, x, y, z, u);
     SquareFrom(gauge.centre, u, s);
     place = s > largest ? static_cast<double>(i) - Lanes{} : place;

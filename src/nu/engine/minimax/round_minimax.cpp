@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "nu/engine/base/lanes.h"
+#include "nu/engine/points/point_lanes.h"
 
 namespace nu::engine::minimax {
 namespace {
@@ -29,9 +29,7 @@ NU_KERNEL void FindExtremes(const PointBlock& block, const Vec3& centre, LaneExt
   Lanes lost = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     Lanes x, y, z;
-    Load(block.x + i, x);
-    Load(block.y + i, y);
-    Load(block.z + i, z);
+    LoadPoints(block, i, x, y, z);
     x -= c.x;
     y -= c.y;
     z -= c.z;

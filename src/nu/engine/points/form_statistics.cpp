@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "nu/engine/base/lanes.h"
+#include "nu/engine/points/point_lanes.h"
 
 namespace nu::engine::points {
 namespace {
@@ -17,11 +17,8 @@ NU_KERNEL void SumAlong(const PointBlock& block, const Vec3& mean, const Vec3& n
   Lanes smallest = kInfinity - Lanes{};
   Lanes largest = -smallest;
   for (std::size_t i = 0; i < block.size; i += kLanes) {
-    Lanes weight, x, y, z;
-    Load(block.Weights(i), weight);
-    Load(block.x + i, x);
-    Load(block.y + i, y);
-    Load(block.z + i, z);
+    Lanes x, y, z, weight;
+    LoadPoints(block, i, x, y, z, weight);
     const Lanes e = n.x * (x - m.x) + n.y * (y - m.y) + n.z * (z - m.z);
     sum += weight * e * e;
     smallest = e < smallest ? e : smallest;
@@ -37,11 +34,8 @@ NU_KERNEL void SumAcross(const PointBlock& block, const Vec3& mean, const Vec3& 
   Lanes sum = {};
   Lanes largest = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
-    Lanes weight, x, y, z;
-    Load(block.Weights(i), weight);
-    Load(block.x + i, x);
-    Load(block.y + i, y);
-    Load(block.z + i, z);
+    Lanes x, y, z, weight;
+    LoadPoints(block, i, x, y, z, weight);
     x -= m.x;
     y -= m.y;
     z -= m.z;

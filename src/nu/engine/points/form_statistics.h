@@ -28,33 +28,26 @@ inline Deviations InUnit(const Deviations& d, double scale) {
   return {d.sumSquares / scale / scale, d.smallest / scale, d.largest / scale};
 }
 
+// Of all points, N sums and the extremes: `kernel(block, sums, part)` finds those of a block.
+template<int N, class Kernel>
+BlockSums<N> SumOver(PointBlocks& points, Deviations& extremes, Kernel kernel) {
+  extremes = kNoDeviations;
+  return SumOver<N>(points, [&](const PointBlock& block, double(&sums)[N]) {
+    Deviations part;
+    kernel(block, sums, part);
+    WidenExtremes(part, extremes);
+  });
+}
+
 // Of all points, in the unit of the blocks: `kernel(block, part)` finds those of a block.
 template<class Kernel>
 Deviations OverBlocks(PointBlocks& points, Kernel kernel) {
-  CompensatedSum sum;
-  Deviations total = kNoDeviations;
-  points.ForEach([&](const PointBlock& block) {
-    Deviations part;
+  Deviations total;
+  const auto sum = SumOver<1>(points, total, [&](const PointBlock& block, double(&sums)[1], Deviations& part) {
     kernel(block, part);
-    sum.Add(part.sumSquares);
-    WidenExtremes(part, total);
+    sums[0] = part.sumSquares;
   });
-  total.sumSquares = sum.Value();
-  return total;
-}
-
-// Of all points, N sums and the extremes: `kernel(block, sums, part)` finds those of a block.
-template<int N, class Kernel>
-BlockSums<N> SumOverBlocks(PointBlocks& points, Deviations& extremes, Kernel kernel) {
-  BlockSums<N> total;
-  extremes = kNoDeviations;
-  points.ForEach([&](const PointBlock& block) {
-    double sums[N];
-    Deviations part;
-    kernel(block, sums, part);
-    total.Add(sums);
-    WidenExtremes(part, extremes);
-  });
+  total.sumSquares = sum[0];
   return total;
 }
 

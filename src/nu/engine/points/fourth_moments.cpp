@@ -2,9 +2,9 @@
 
 #include <limits>
 
-#include "nu/engine/base/lanes.h"
 #include "nu/engine/linear/small_svd.h"
 #include "nu/engine/points/low_moments.h"
+#include "nu/engine/points/point_lanes.h"
 
 namespace nu::engine::points {
 namespace {
@@ -26,11 +26,8 @@ NU_KERNEL void SumHighPowers(const PointBlock& block, const Whitening& given, do
   const Whitening to = given;
   Lanes sum[FourthMoments::kCount] = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
-    Lanes weight, x, y, z;
-    Load(block.Weights(i), weight);
-    Load(block.x + i, x);
-    Load(block.y + i, y);
-    Load(block.z + i, z);
+    Lanes x, y, z, weight;
+    LoadPoints(block, i, x, y, z, weight);
     const Lanes u = to.row[0].x * x + to.row[0].y * y + to.row[0].z * z - to.offset[0];
     const Lanes v = to.row[1].x * x + to.row[1].y * y + to.row[1].z * z - to.offset[1];
     const Lanes w = to.row[2].x * x + to.row[2].y * y + to.row[2].z * z - to.offset[2];

@@ -1,6 +1,6 @@
 #include "nu/engine/points/low_moments.h"
 
-#include "nu/engine/base/lanes.h"
+#include "nu/engine/points/point_lanes.h"
 
 namespace nu::engine::points {
 namespace {
@@ -8,11 +8,8 @@ namespace {
 NU_KERNEL void SumBlock(const PointBlock& block, double (&sums)[kLowSums]) {
   Lanes sum[kLowSums] = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
-    Lanes weight, x, y, z;
-    Load(block.Weights(i), weight);
-    Load(block.x + i, x);
-    Load(block.y + i, y);
-    Load(block.z + i, z);
+    Lanes x, y, z, weight;
+    LoadPoints(block, i, x, y, z, weight);
     x *= weight;
     y *= weight;
     z *= weight;
