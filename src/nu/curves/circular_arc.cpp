@@ -23,7 +23,7 @@ namespace {
 constexpr const char* kName = "CNuCircularArc";
 constexpr const char* kOffset = "CNuCircularArc::Offset()";
 
-[[noreturn]] void FailArc(int cause) {
+[[noreturn]] void FailArc(ENuConstructionCause cause) {
   throw CNuConstructionException(cause, kName, nullptr, 0, 0);
 }
 
@@ -94,7 +94,7 @@ CNuCircularArc::CNuCircularArc(const CNuPoint& centre, const CNuPoint& start, co
   const double first = SafeNorm(toStart);
   const double second = SafeNorm(toEnd);
   const double tol = TouchTol(0.0, c, Components(start), Components(end));
-  if (!(std::fabs(first - second) <= tol) || !(first > tol) || !(second > tol)) FailArc(12);
+  if (!(std::fabs(first - second) <= tol) || !(first > tol) || !(second > tol)) FailArc(NuConstructionArc);
   const bool full = IsNull(Components(end - start), tol);
   const Vec3 chord = full ? Vec3{} : Components(end - start);
   const Vec3 normal = NormalOf(toStart, chord, AngularTol(LargestComponent(c) + first, first));
@@ -108,15 +108,15 @@ CNuCircularArc::CNuCircularArc(const CNuPoint& centre, const CNuPoint& start, co
 CNuCircularArc::CNuCircularArc(const CNuPoint& p1, const CNuPoint& p2, const CNuPoint& p3)
     : CNuBoundedCurve(NuTypeCircularArc), m_start(p1), m_end(p3) {
   const double tol = NuGetLengthTol();
-  if (p1.IsEqual(p2, tol) || p2.IsEqual(p3, tol) || p3.IsEqual(p1, tol)) FailArc(10);
+  if (p1.IsEqual(p2, tol) || p2.IsEqual(p3, tol) || p3.IsEqual(p1, tol)) FailArc(NuConstructionCoincident);
   const Vec3 u = Components(p2 - p1);
   const Vec3 v = Components(p3 - p1);
   const Vec3 across = Cross(Unit(u), Unit(v));
   const double size = std::max({LargestComponent(Components(p1)), LargestComponent(u), LargestComponent(v)});
-  if (!(SafeNorm(across) > AngularTol(size, std::min(SafeNorm(u), SafeNorm(v))))) FailArc(12);
+  if (!(SafeNorm(across) > AngularTol(size, std::min(SafeNorm(u), SafeNorm(v))))) FailArc(NuConstructionArc);
   const auto [axis, toCentre] = CircleThrough(u, v);
   m_radius = SafeNorm(toCentre);
-  if (!std::isfinite(m_radius)) FailArc(12);
+  if (!std::isfinite(m_radius)) FailArc(NuConstructionArc);
   m_axis = ToVector(axis);
   m_centre = p1 + ToPoint(toCentre);
   m_sweep = TurnBetween(-1.0 * toCentre, v - toCentre, axis);
@@ -246,11 +246,12 @@ CNuBoundedCurve* CNuCircularArc::Offset(double distance, const CNuVector& normal
   const Vec3 given = RequireOffset(distance, normal, kOffset);
   const Vec3 axis = DataOf(*this).Axis();
   if (!IsParallel(SafeNorm(Cross(given, axis)), AngularTol(1.0, 1.0))) {
-    FailOperation(45, "Offset of non-planar curve", kOffset);
+    FailOperation(NuOperationUnsupported, "Offset of non-planar curve", kOffset);
   }
   const double radius = m_radius + (Dot(given, axis) > 0.0 ? distance : -distance);
   const Vec3 centre = Components(m_centre);
-  if (!(radius > TouchTol(0.0, centre)) || !std::isfinite(radius)) FailOperation(27, "Offset", kOffset);
+  if (!(radius > TouchTol(0.0, centre)) || !std::isfinite(radius))
+    FailOperation(NuOperationOffsetRadius, "Offset", kOffset);
   auto moved = std::make_unique<CNuCircularArc>(*this);
   moved->m_radius = radius;
   moved->m_start = ToPoint(centre + radius * Unit(Components(m_start - m_centre)));

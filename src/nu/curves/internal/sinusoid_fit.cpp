@@ -138,7 +138,7 @@ double CosineAt(double b, double x, double c) {
 }
 
 void RequireSinusoid(double a, double b, const char* name) {
-  if (!IsSinusoid(a, b)) throw CNuConstructionException(8, name, nullptr, 0, 0);
+  if (!IsSinusoid(a, b)) throw CNuConstructionException(NuConstructionShape, name, nullptr, 0, 0);
 }
 
 // A tiny negative angle plus a full turn rounds to the full turn.

@@ -17,10 +17,20 @@
 // While a slab turns about two edges or vertices that it rests on, its width has no minimum: the narrowest slab rests
 // on a face and a vertex of the hull, or on two edges (M. E. Houle, G. T. Toussaint, Computing the width of a set, IEEE
 // Transactions on Pattern Analysis and Machine Intelligence 10, 1988). Seen as directions, the outward normals at an
-// edge are an arc between those of its faces; the vertices across change where that arc meets the arc of another edge,
-// turned about. Those meetings are found by halving the arc, exactly, and parts of it along which two vertices across
-// already keep the slab wider than the best one are left out: along an arc on which its width stays positive, the slab
-// through two fixed points is narrowest at the ends.
+// edge are an arc between those of its faces; the vertices across change where that arc crosses the arc of another
+// edge, reversed:
+//
+//   the hull, seen along the edge e          the upper plane turns about e from the face F to the face G; meanwhile
+//           F  __--*--__  G                  the lower plane rests on the vertex u, on the edge uv and on the vertex v
+//         __---    e    ---__
+//        /                   \               the normals at e, with the vertex across from each
+//        \__               __/                  n(F) *-------------------x-----------* n(G)
+//           ---*-------*---                         <------- u ------->   <--- v --->
+//              v       u                     x, on the reversed arc of uv: a slab on two edges
+//
+// The crossings are found by halving the arc, exactly, and parts of it along which two vertices across already keep the
+// slab wider than the best one are left out: along an arc on which its width stays positive, the slab through two fixed
+// points is narrowest at the ends.
 //
 // The narrowest slab of some points is no wider than that of all. So a few points are solved, all points are tested
 // against the result, the farthest outside join the few, and when none is outside the slab is that of all points. Sets
@@ -130,11 +140,11 @@ class SlabSearch {
   // have, they show that none is lower: to compare all of them for each of their faces would take quadratic time.
   // Before and after the boxes no corner comes twice.
   int Lowest(const Normal3& normal, int v, int level = -1) {
-    constexpr int kShortWay = 8;
+    constexpr int kShortDescent = 8;
     constexpr int kManyNeighbours = 64;
     bool isNear = false;
     for (int steps = 0; steps < 2 * m_hull.Size(); ++steps) {
-      if (steps >= kShortWay && !isNear && IsWorthBoxes()) {
+      if (steps >= kShortDescent && !isNear && IsWorthBoxes()) {
         v = LowButForRounding(normal, v);
         isNear = true;
       }
@@ -158,7 +168,7 @@ class SlabSearch {
     return v != start || count == most;
   }
 
-  // A few long ways take less time than the boxes.
+  // A few long descents take less time than the boxes.
   bool IsWorthBoxes() { return m_boxes || ++m_longSteps > m_hull.Size(); }
 
   // All corners, each with its number in the hull as the index.
@@ -184,13 +194,13 @@ class SlabSearch {
     if (!m_boxes) PackCorners();
     const auto push = [&](int node) {
       const OrientedBoxes::Descent descent = m_boxes->DescentTo(node, LoadVec3(At(v)), normal.Rounded());
-      m_way.push_back({node, descent.height - slack * kDescentError * normal.MostHeightError(descent.distance)});
+      m_pending.push_back({node, descent.height - slack * kDescentError * normal.MostHeightError(descent.distance)});
     };
-    m_way.clear();
+    m_pending.clear();
     push(0);
-    for (int count = 0; !m_way.empty(); ++count) {
-      const Pending next = m_way.back();
-      m_way.pop_back();
+    for (int count = 0; !m_pending.empty(); ++count) {
+      const Pending next = m_pending.back();
+      m_pending.pop_back();
       if (next.least > best) continue;
       if (count == most) return false;
       const BoxTree::Node& node = m_boxes->Nodes()[static_cast<std::size_t>(next.node)];
@@ -200,7 +210,8 @@ class SlabSearch {
       }
       push(next.node + 1);
       push(node.right);
-      if (m_way.back().least > m_way[m_way.size() - 2].least) std::swap(m_way.back(), m_way[m_way.size() - 2]);
+      if (m_pending.back().least > m_pending[m_pending.size() - 2].least)
+        std::swap(m_pending.back(), m_pending[m_pending.size() - 2]);
     }
     return true;
   }
@@ -442,7 +453,7 @@ class SlabSearch {
   double m_limit;
   std::optional<OrientedBoxes> m_boxes;  // of the corners, once they are needed
   int m_longSteps = 0;                   // that were taken without them
-  std::vector<Pending> m_way;
+  std::vector<Pending> m_pending;
   std::vector<Across> m_across;  // per face
   std::vector<Turn> m_turns[kTurnClasses];
   std::vector<Part> m_parts;
