@@ -106,7 +106,7 @@ std::vector<PlainFit> AllFits() {
   return {Case("FitLine", line, false, FitLine),
           Case("FitMinZoneLine", line, true, FitMinZoneLine),
           Case("FitPlane", plane, false, FitPlane),
-          Case("FitMinZonePlane", plane, false, FitMinZonePlane),
+          Case("FitMinZonePlane", plane, true, FitMinZonePlane),
           Case("FitCircle", circle, true, FitCircle),
           Case("FitMinCircle", circle, false, FitMinCircle),
           Case("FitMaxCircle", circle, false, FitMaxCircle),

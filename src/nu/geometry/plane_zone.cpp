@@ -23,12 +23,11 @@ constexpr int kLeastPoints = 3;
 FeatureFit<Plane3> nu::internal::FitMinZonePlane(PointView points, const FitOptions& options) {
   return TranslateForeign(kName, options, [&](const FitOptions& watched) -> FeatureFit<Plane3> {
     RequireCount(points, kLeastPoints, kName);
-    PassMonitor(watched);
     RequireFinite(points, kName);
     int corner[3];
     if (!FindTriangle(points, options.tol, corner)) FailFit(kCollinearPoints, kName, kLeastPoints);
     const Vec3 mean = MeanOf(points);
-    const Slab3 slab = NarrowestSlab(points, mean);
+    const Slab3 slab = NarrowestSlab(points, mean, watched.monitor);
     const Plane3 middle{mean + slab.height * slab.normal, CanonicalDirection(slab.normal)};
     const bool isFinite = IsFinite(middle.point) && IsFinite(0.5 * slab.width * middle.normal);
     if (!slab.found || !isFinite) FailFit(kNumericalFailure, kName);

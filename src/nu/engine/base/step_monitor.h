@@ -6,9 +6,10 @@
 namespace nu::engine::base {
 
 // Watches an iteration and may end it. `function` is called once per step, or once per pass over the points by methods
-// that take no steps, with the number of the step from 1 on, the value that is minimised and the length of the step;
-// false ends the iteration as cancelled. Lengths are those of the caller's points, values that are not known yet NaN.
-// It is passed by value, costs nothing where there is no function, and has no influence on the steps.
+// that take no steps, or once by those that are over in a few passes, with the number of the step from 1 on, the value
+// that is minimised and the length of the step; false ends the iteration as cancelled. Lengths are those of the
+// caller's points, values that are not known yet NaN. It is passed by value, costs nothing where there is no function,
+// and has no influence on the steps.
 struct StepMonitor {
   bool (*function)(void* context, long step, double objective, double stepLength) = nullptr;
   void* context = nullptr;  // passed on as it is

@@ -644,6 +644,8 @@ std::vector<IndexedPoint> Sample(const Frame& frame, std::size_t count) {
 struct Solution {
   Hull3 hull;
   Candidate slab;
+  long passes = 0;
+  bool isCancelled = false;
 };
 
 // Of the hull of more points. False when signs contradict each other.
@@ -655,8 +657,16 @@ bool Extend(Solution& solution, const std::vector<IndexedPoint>& more, double li
   return true;
 }
 
-// False when it takes too many turns; then the slab is not wider than `limit`.
-bool SolveByFew(const Frame& frame, Solution& solution, double& limit) {
+// The monitor sees the width of the slab around the points of the next pass.
+bool GoesOn(const Frame& frame, const StepMonitor& monitor, Solution& solution) {
+  constexpr double kNoStep = std::numeric_limits<double>::quiet_NaN();
+  const double width = solution.passes > 0 ? solution.slab.width.high / frame.scale : kNoStep;
+  solution.isCancelled = !monitor.GoesOn(++solution.passes, width, kNoStep);
+  return !solution.isCancelled;
+}
+
+// False when it takes too many turns; then the slab is not wider than `limit`. Also when it is cancelled.
+bool SolveByFew(const Frame& frame, const StepMonitor& monitor, Solution& solution, double& limit) {
   constexpr std::size_t kSampleSize = 24;
   constexpr int kTurns = 24;
   constexpr int kMostTurns = 400;
@@ -667,7 +677,7 @@ bool SolveByFew(const Frame& frame, Solution& solution, double& limit) {
   std::vector<IndexedPoint> more = Sample(frame, kSampleSize);
   double leftBefore = std::numeric_limits<double>::infinity();
   for (int turn = 0; turn < kMostTurns; ++turn) {
-    if (!Extend(solution, more, limit)) return false;
+    if (!GoesOn(frame, monitor, solution) || !Extend(solution, more, limit)) return false;
     OutsideScan scan(frame, solution.slab);
     more = scan.Farthest();
     if (more.empty()) return true;
@@ -681,10 +691,11 @@ bool SolveByFew(const Frame& frame, Solution& solution, double& limit) {
   return false;
 }
 
-bool Solve(const Frame& frame, Solution& solution) {
+bool Solve(const Frame& frame, const StepMonitor& monitor, Solution& solution) {
   constexpr std::size_t kFew = 40;
   double limit = std::numeric_limits<double>::infinity();
-  if (frame.points.Size() > kFew && SolveByFew(frame, solution, limit)) return true;
+  if (frame.points.Size() > kFew && SolveByFew(frame, monitor, solution, limit)) return true;
+  if (solution.isCancelled || !GoesOn(frame, monitor, solution)) return false;
   solution.hull = Hull3();
   return Extend(solution, AllPoints(frame), limit);
 }
@@ -697,7 +708,7 @@ void NormaliseShares(double* share, int count) {
 
 }  // namespace
 
-Slab3 NarrowestSlab(const PointView& points, const Vec3& origin) {
+Slab3 NarrowestSlab(const PointView& points, const Vec3& origin, const StepMonitor& monitor) {
   constexpr int kExponentLimit = 1000;
   const Extents extents = ExtentsOf(points);
   if (!extents.isFinite) return {};
@@ -709,7 +720,7 @@ Slab3 NarrowestSlab(const PointView& points, const Vec3& origin) {
   for (int k = 0; k < 3; ++k) frame.reach += (box.high[k] * frame.scale) - (box.low[k] * frame.scale);
 
   Solution solution;
-  if (!Solve(frame, solution)) return {};
+  if (!Solve(frame, monitor, solution)) return {};
   const Candidate& found = solution.slab;
   Slab3 slab;
   slab.found = true;

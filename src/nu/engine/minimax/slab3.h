@@ -1,6 +1,7 @@
 #ifndef NU_ENGINE_MINIMAX_SLAB3_H
 #define NU_ENGINE_MINIMAX_SLAB3_H
 
+#include "nu/engine/base/step_monitor.h"
 #include "nu/engine/points/point_view.h"
 #include "nu/engine/shapes/vec3.h"
 
@@ -8,7 +9,8 @@ namespace nu::engine::minimax {
 
 // The space between two parallel planes, with the points on them that hold it.
 struct Slab3 {
-  // Else a coordinate is NaN or infinite, or signs contradict each other, as no exact ones do.
+  // Else a coordinate is NaN or infinite, or the monitor says stop, or signs contradict each other, as no exact ones
+  // do.
   bool found = false;
   // Unit length; the last of its components that is not zero is positive.
   Vec3 normal{0.0, 0.0, 1.0};
@@ -29,8 +31,8 @@ struct Slab3 {
 // The slab of least width over all directions, for one point or more. It is that of the given
 // doubles: the width is right to about 1e-15 of itself. Of slabs whose widths agree to that, the one with the largest z
 // of the normal is taken, of these the one with the largest y, then x, whatever the order of the points. A few passes
-// over the points as a rule; n log n when most of them lie on the hull.
-Slab3 NarrowestSlab(const PointView& points, const Vec3& origin);
+// over the points as a rule, each of which the monitor sees; n log n when most of them lie on the hull.
+Slab3 NarrowestSlab(const PointView& points, const Vec3& origin, const StepMonitor& monitor = {});
 
 }  // namespace nu::engine::minimax
 
