@@ -17,7 +17,8 @@ void CopyText(const char* text, char (&field)[N]) {
   field[i] = '\0';
 }
 
-// libc++ has no atomic_ref before its version 19; its compiler has the operations.
+// libc++ has no atomic_ref before its version 19; its compiler has the operations. No atomic_ref takes a constant.
+// NOLINTBEGIN(readability-non-const-parameter)
 void Store(int* flag, int value) {
 #ifdef __cpp_lib_atomic_ref
   std::atomic_ref(*flag).store(value, std::memory_order_relaxed);
@@ -33,6 +34,7 @@ int Load(int* flag) {
   return __atomic_load_n(flag, __ATOMIC_RELAXED);
 #endif
 }
+// NOLINTEND(readability-non-const-parameter)
 
 }  // namespace
 

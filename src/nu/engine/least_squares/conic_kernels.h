@@ -97,7 +97,7 @@ NU_ALWAYS_INLINE void ReachByHalley(const ConicCurvature& curvature, const LaneG
   const double size = std::fabs(l);
   const Lanes square = g.xx + g.yy;
   Lanes s = 2.0 * g.value * square / (2.0 * square * square - 3.0 * g.value * (l * g.xx + m * g.yy));
-  done = (s != s);
+  done = (s != s);  // NOLINT(misc-redundant-expression): true in the lanes that are NaN
   for (int step = 0; step < kHalleySteps && !All(done); ++step) {
     const Lanes u = 1.0 + l * s;
     const Lanes v = 1.0 + m * s;

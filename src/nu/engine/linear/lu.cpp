@@ -55,7 +55,7 @@ int FindPivot(const Panel& p, int j) {
   double largest = std::fabs(p.a[j * p.ld + j]);
   for (int i = j + 1; i < n; ++i) {
     const double size = std::fabs(p.a[i * p.ld + j]);
-    if (size > largest || (largest != largest && size == size)) {
+    if (size > largest || (std::isnan(largest) && !std::isnan(size))) {
       largest = size;
       best = i;
     }

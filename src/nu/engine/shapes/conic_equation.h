@@ -27,7 +27,7 @@ struct ConicCurvature {
   double gentle = 0.0;
 };
 
-ConicCurvature CurvatureOf(const ConicEquation& equation);
+ConicCurvature CurvatureOf(const ConicEquation& g);
 
 enum class ConicKind { none, ellipse, hyperbola, parabola };
 
@@ -41,7 +41,7 @@ struct ConicShape {
 };
 
 // None for lines and for what has no points. A centre farther away than `farthest` is that of a parabola.
-ConicShape ShapeOf(const ConicEquation& equation, const ConicCurvature& curvature, double farthest);
+ConicShape ShapeOf(const ConicEquation& g, const ConicCurvature& curvature, double farthest);
 
 // The closest point of the conic.
 Vec2 FootOn(const ConicShape& shape, Vec2 p);
