@@ -72,6 +72,8 @@ class CNuConSurf;
 class CNuTorSurf;
 
 class CNuAssociation;
+class CNuAssociationCandidates;
+class CNuAssociationPart;
 class CNuAssociationReport;
 class CNuCertificate;
 class CNuCertificateVerdict;

@@ -4,6 +4,7 @@
 // The whole library in one include.
 
 #include "nu/association/association.h"
+#include "nu/association/association_part.h"
 #include "nu/association/association_report.h"
 #include "nu/association/certificate.h"
 #include "nu/association/criteria.h"

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <vector>
 
-#include "nu/association/internal/feature_classes.h"
+#include "nu/association/internal/any_feature.h"
 #include "nu/association/internal/report_details.h"
 #include "nu/engine/association/certificate.h"
 #include "nu/engine/association/covariance.h"
@@ -22,27 +22,11 @@ constexpr const char* kCheck = "CNuCertificate::Check";
   FailOperation(NuOperationUnsupported, kWhat, where);
 }
 
-struct Asked {
-  Feature feature;
-  unsigned criteria = 0;
-};
-
-template<class Class>
-bool IsA(const CNuGeometry& geometry, Asked& asked) {
-  const Class* found = dynamic_cast<const Class*>(&geometry);
-  if (found != nullptr) asked = {FeatureOf(*found), kRules<Class>.criteria};
-  return found != nullptr;
-}
-
 Feature AskedFeature(const CNuGeometry& geometry, ENuCriterion criterion) {
-  Asked asked;
-  const bool isKnown = IsA<CNuLine>(geometry, asked) || IsA<CNuPlane>(geometry, asked) ||
-                       IsA<CNuCircle>(geometry, asked) || IsA<CNuSphSurf>(geometry, asked) ||
-                       IsA<CNuCylSurf>(geometry, asked) || IsA<CNuConSurf>(geometry, asked) ||
-                       IsA<CNuTorSurf>(geometry, asked);
-  const bool isTorus = asked.feature.kind == FeatureKind::torus && criterion == NuMinimumCircumscribed;
-  if (!isKnown || ((asked.criteria & Has(criterion)) == 0 && !isTorus)) FailUnsupported(kCheck);
-  return asked.feature;
+  const std::optional<AnyFeature> any = FeatureOfAny(geometry);
+  const bool isTube = any && any->feature.kind == FeatureKind::torus && criterion == NuMinimumCircumscribed;
+  if (!any || ((any->criteria & Has(criterion)) == 0 && !isTube)) FailUnsupported(kCheck);
+  return any->feature;
 }
 
 ContactCriterion CriterionFor(ENuCriterion criterion, FeatureKind kind) {

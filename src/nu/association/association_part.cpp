@@ -1,0 +1,159 @@
+#include "nu/association/association_part.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "nu/association/internal/any_feature.h"
+#include "nu/engine/association/covariance.h"
+#include "nu/engine/association/partial_sums.h"
+#include "nu/foundation/internal/failures.h"
+#include "nu/geometry/internal/conversions.h"
+#include "nu/geometry/internal/point_set.h"
+
+using namespace nu::internal;
+
+namespace {
+
+constexpr const char* kWhat = "association";
+constexpr const char* kPart = "CNuAssociationPart";
+constexpr const char* kFit = "CNuAssociationCandidates::Fit";
+
+using Sums = std::shared_ptr<const PartSums>;
+
+// The origin of the frame goes beside the place.
+Feature CentredAt(const Feature& feature, const Vec3& place) {
+  return CentredOn(PointView(&place.x, sizeof(Vec3), 1), feature);
+}
+
+Sums SumsOf(PointView points, const CNuGeometry& geometry, const CNuPoint& middle) {
+  const std::optional<AnyFeature> any = FeatureOfAny(geometry);
+  if (!any) FailOperation(NuOperationUnsupported, kWhat, kPart);
+  if (points.Size() == 0) return nullptr;
+  return WithMemory(kPart, [&] {
+    const Feature feature = CentredAt(any->feature, Components(middle));
+    return std::make_shared<const PartSums>(SumPart(points, nullptr, {feature, ~0U, 0.0}));
+  });
+}
+
+PointView BlockView(const double* xyz, int count, std::ptrdiff_t stride) {
+  if (count < 0 || (xyz == nullptr && count > 0) || stride < 3) FailOperation(NuOperationDomain, kWhat, kPart);
+  return {xyz, static_cast<std::size_t>(stride) * sizeof(double), static_cast<std::size_t>(count)};
+}
+
+bool IsSame(const Vec3& a, const Vec3& b) {
+  return a.x == b.x && a.y == b.y && a.z == b.z;
+}
+bool IsSame(const PartRequest& a, const PartRequest& b) {
+  const Feature& f = a.feature;
+  const Feature& g = b.feature;
+  return f.kind == g.kind && f.bothNappes == g.bothNappes && a.free == b.free && a.extent == b.extent &&
+         IsSame(f.frame.origin, g.frame.origin) && IsSame(f.frame.x, g.frame.x) && IsSame(f.frame.y, g.frame.y) &&
+         IsSame(f.frame.z, g.frame.z) && f.size[0] == g.size[0] && f.size[1] == g.size[1];
+}
+
+}  // namespace
+
+CNuAssociationPart::CNuAssociationPart() = default;
+CNuAssociationPart::CNuAssociationPart(const CNuPointArray& points, const CNuGeometry& feature, const CNuPoint& middle)
+    : m_sums(SumsOf(ViewOf(points), feature, middle)) {}
+CNuAssociationPart::CNuAssociationPart(const double* xyz, int count, std::ptrdiff_t stride, const CNuGeometry& feature,
+                                       const CNuPoint& middle)
+    : m_sums(SumsOf(BlockView(xyz, count, stride), feature, middle)) {}
+CNuAssociationPart::CNuAssociationPart(Sums sums) : m_sums(std::move(sums)) {}
+CNuAssociationPart::CNuAssociationPart(const CNuAssociationPart&) = default;
+CNuAssociationPart& CNuAssociationPart::operator=(const CNuAssociationPart&) = default;
+CNuAssociationPart::~CNuAssociationPart() = default;
+
+std::size_t CNuAssociationPart::GetNumberPoints() const {
+  return m_sums ? m_sums->points : 0;
+}
+
+double CNuAssociationPart::GetSumSquares() const {
+  return m_sums ? m_sums->sumSquares : 0.0;
+}
+
+double CNuAssociationPart::GetLargestDeviation() const {
+  std::optional<double> largest;
+  for (int k = 0; m_sums && k < PartSums::kStrata; ++k)
+    if (m_sums->highest[k])
+      largest = std::max(largest.value_or(m_sums->highest[k]->deviation), m_sums->highest[k]->deviation);
+  return largest.value_or(0.0);
+}
+
+double CNuAssociationPart::GetSmallestDeviation() const {
+  std::optional<double> smallest;
+  for (int k = 0; m_sums && k < PartSums::kStrata; ++k)
+    if (m_sums->lowest[k])
+      smallest = std::min(smallest.value_or(m_sums->lowest[k]->deviation), m_sums->lowest[k]->deviation);
+  return smallest.value_or(0.0);
+}
+
+void CNuAssociationPart::Join(const CNuAssociationPart& other) {
+  constexpr const char* where = "CNuAssociationPart::Join";
+  if (!other.m_sums) return;
+  if (!m_sums) {
+    m_sums = other.m_sums;
+    return;
+  }
+  if (!IsSame(m_sums->request, other.m_sums->request)) FailOperation(NuOperationData, kWhat, where);
+  m_sums = WithMemory(
+      where, [&] { return std::make_shared<const PartSums>(nu::engine::association::Join(*m_sums, *other.m_sums)); });
+}
+
+double CNuAssociationPart::Step(CNuGeometry* feature) const {
+  constexpr const char* where = "CNuAssociationPart::Step";
+  if (!m_sums || feature == nullptr) FailOperation(NuOperationUnsupported, kWhat, where);
+  const std::optional<PartStep> step = StepOf(*m_sums);
+  if (!step) FailOperation(NuOperationFailed, kWhat, where);
+  if (!StoreAny(step->feature, feature)) FailOperation(NuOperationUnsupported, kWhat, where);
+  return step->length;
+}
+
+int CNuAssociationPart::GetNumberBytes() const {
+  return m_sums ? WithMemory(kPart, [&] { return static_cast<int>(BytesOf(*m_sums).size()); }) : 0;
+}
+
+void CNuAssociationPart::GetBytes(unsigned char* bytes) const {
+  if (!m_sums) return;
+  const std::vector<unsigned char> all = WithMemory(kPart, [&] { return BytesOf(*m_sums); });
+  std::copy(all.begin(), all.end(), bytes);
+}
+
+CNuAssociationPart CNuAssociationPart::FromBytes(const unsigned char* bytes, int count) {
+  constexpr const char* where = "CNuAssociationPart::FromBytes";
+  if (count == 0) return {};
+  if (count < 0 || bytes == nullptr) FailOperation(NuOperationData, kWhat, where);
+  const std::optional<PartSums> sums = SumsFrom(bytes, static_cast<std::size_t>(count));
+  if (!sums) FailOperation(NuOperationData, kWhat, where);
+  return CNuAssociationPart(WithMemory(where, [&] { return std::make_shared<const PartSums>(*sums); }));
+}
+
+CNuAssociationCandidates::CNuAssociationCandidates() = default;
+CNuAssociationCandidates::CNuAssociationCandidates(const CNuAssociationCandidates&) = default;
+CNuAssociationCandidates& CNuAssociationCandidates::operator=(const CNuAssociationCandidates&) = default;
+CNuAssociationCandidates::~CNuAssociationCandidates() = default;
+
+void CNuAssociationCandidates::Add(const CNuAssociationPart& joined) {
+  if (!joined.m_sums) return;
+  m_candidates = WithMemory("CNuAssociationCandidates::Add", [&] {
+    auto candidates =
+        m_candidates ? std::make_shared<PartCandidates>(*m_candidates) : std::make_shared<PartCandidates>();
+    candidates->Add(*joined.m_sums);
+    return candidates;
+  });
+}
+
+double CNuAssociationCandidates::Fit(ENuCriterion criterion, CNuGeometry* feature) const {
+  const std::optional<AnyFeature> any = feature != nullptr ? FeatureOfAny(*feature) : std::nullopt;
+  const bool isMinimax = criterion > NuLeastSquares && criterion <= NuMaximumInscribed;
+  if (!any || !isMinimax || (any->criteria & Has(criterion)) == 0 || any->feature.kind == FeatureKind::torus)
+    FailOperation(NuOperationUnsupported, kWhat, kFit);
+  if (!m_candidates) FailOperation(NuOperationFailed, kWhat, kFit);
+  const FitCriterion by = criterion == NuMinimumZone            ? FitCriterion::zone
+                          : criterion == NuMinimumCircumscribed ? FitCriterion::circumscribed
+                                                                : FitCriterion::inscribed;
+  const FittedFeature found = WithMemory(kFit, [&] { return m_candidates->Fit(by, {any->feature, ~0U, 0.0}); });
+  if (found.end != FitEnd::converged) FailOperation(NuOperationFailed, kWhat, kFit);
+  StoreAny(found.feature, feature);
+  return found.objective;
+}
