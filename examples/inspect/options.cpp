@@ -74,6 +74,12 @@ void SetColumns(Options& options, std::string_view text) {
   options.reading.columns = columns;
 }
 
+void SetBoxes(Options& options, std::string_view text) {
+  if (!ParseWhole(text, &options.boxes) || options.boxes < 1) {
+    throw InputError("--prove: '" + Printable(text) + "' is not a number of boxes; expected one such as 100000");
+  }
+}
+
 void SetSkip(Options& options, std::string_view text) {
   if (!ParseWhole(text, &options.reading.skipLines) || options.reading.skipLines < 0) {
     throw InputError("--skip: '" + Printable(text) + "' is not a number of lines");
@@ -100,6 +106,10 @@ constexpr Option kOptions[] = {
     {"--skip", "N", "pass over the first N lines", SetSkip},
     {"--material", "SIDE", "inside the feature, as of a shaft (default), or outside, as of a bore: peaks point away",
      SetMaterial},
+    {"--prove", "N",
+     "look for a better minimum zone or circumscribed feature anywhere, in N boxes of\n"
+     "parameters at most, and say how far from the best of all the result may be",
+     SetBoxes},
     {"--help", nullptr, "show this text (-h)", [](Options& options, std::string_view) { options.help = true; }},
     {"--version", nullptr, "show the version", [](Options& options, std::string_view) { options.version = true; }},
 };

@@ -15,6 +15,7 @@ struct Options {
   std::vector<std::string> features;
   std::vector<std::string> criteria = {"ls"};
   std::optional<double> tolerance;
+  long boxes = 0;  // of the search for a better optimum
   Material material = Material::kInside;
   std::string svg;
   std::string json;

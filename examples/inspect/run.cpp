@@ -135,9 +135,9 @@ class Inspector {
     AddResult(inspection, context);
   }
 
-  static Inspection InspectNamingFile(const Method& method, const std::string& file, const PointFile& points) {
+  Inspection InspectNamingFile(const Method& method, const std::string& file, const PointFile& points) const {
     try {
-      return Inspect(method, points.points);
+      return Inspect(method, points.points, m_options.boxes);
     } catch (const FitFailure& failure) {
       throw FitFailure(Printable(ShownName(file)) + ", " + method.terms.criterion + ": " + failure.what());
     }

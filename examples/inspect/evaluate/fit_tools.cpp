@@ -24,7 +24,7 @@ CNuAssociation AssociationOf(const std::vector<Vec3>& points) {
   if (points.size() > INT_MAX) throw FitFailure("more points than the library can count");
   CNuAssociation association(points.data()->data(), static_cast<int>(points.size()));
   association.SetTolerance(kSameLength * SizeOf(points));
-  association.SetDetails(NuDetailDeviations | NuDetailUncertainty | NuDetailContacts);
+  association.SetDetails(NuDetailDeviations | NuDetailUncertainty | NuDetailContacts | NuDetailExplanation);
   return association;
 }
 
@@ -71,11 +71,21 @@ void TakeReport(const CNuAssociationReport& report, const std::vector<Vec3>& poi
     result->local.push_back(result->frame.ToLocal(points[i]));
     result->deviations.push_back(deviations[static_cast<int>(i)]);
   }
+  result->isGlobal = report.IsGlobal() == NuTrue;
   if (report.GetCriterion() == NuLeastSquares) {
     result->uncertainty = UncertaintyOf(report);
+    result->explanation = report.Explain();
   } else {
     result->contacts = ContactsOf(report);
   }
+}
+
+Certificate CertificateOf(const CNuAssociationReport& report, const std::vector<Vec3>& points,
+                          const CNuGeometry& feature) {
+  constexpr double kRoundings = 1e-14;  // of coordinates
+  const CNuCertificateVerdict verdict = report.GetCertificate().Check(
+      points.data()->data(), static_cast<int>(points.size()), 3, feature, kRoundings * SizeOf(points));
+  return {verdict.Holds() == NuTrue, verdict.GetGap(), verdict.GetRadius()};
 }
 
 void AddRadii(ENuCriterion criterion, Inspection* result) {

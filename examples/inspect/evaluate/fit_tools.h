@@ -2,6 +2,7 @@
 #define NU_INSPECT_FIT_TOOLS_H
 
 #include <chrono>
+#include <type_traits>
 
 #include "evaluate/fits.h"
 
@@ -32,22 +33,47 @@ Frame FrameAlong(const CNuPoint& origin, const CNuVector& direction);
 // Puts what the report tells into the inspection, whose frame and parameters are known.
 void TakeReport(const CNuAssociationReport& report, const std::vector<Vec3>& points, Inspection* result);
 
+// Checks the feature by its contacts.
+Certificate CertificateOf(const CNuAssociationReport& report, const std::vector<Vec3>& points,
+                          const CNuGeometry& feature);
+
 // An association of the points with the details that inspections show. The points are borrowed.
 CNuAssociation AssociationOf(const std::vector<Vec3>& points);
 
+// Whether the library can look for a better optimum of this kind anywhere.
+template<typename Feature>
+bool CanBeProven(ENuCriterion criterion) {
+  constexpr bool isRound =
+      std::is_same_v<Feature, CNuCircle> || std::is_same_v<Feature, CNuSphSurf> || std::is_same_v<Feature, CNuCylSurf>;
+  return criterion == NuMinimumZone || (isRound && criterion == NuMinimumCircumscribed);
+}
+
+template<typename Feature>
+CNuAssociationReport FitOrProve(const CNuAssociation& association, const FitTask& task, Feature* feature) {
+  if constexpr (requires { association.ProveGlobally(task.criterion, feature, task.boxes); }) {
+    if (task.boxes > 0 && CanBeProven<Feature>(task.criterion)) {
+      return association.ProveGlobally(task.criterion, feature, task.boxes);
+    }
+  }
+  return association.Fit(task.criterion, feature);
+}
+
 // Fits the feature, takes the time, and lets describe(feature, &inspection) name its parameters and place its frame.
-// Throws what the report of a failure throws.
+// Throws FitFailure with the explanation of the report.
 template<typename Feature, typename Describe>
-Inspection Associate(const std::vector<Vec3>& points, ENuCriterion criterion, Feature feature,
-                     const Describe& describe) {
+Inspection Associate(const std::vector<Vec3>& points, const FitTask& task, Feature feature, const Describe& describe) {
   const CNuAssociation association = AssociationOf(points);
   Inspection result;
   const auto start = std::chrono::steady_clock::now();
-  const CNuAssociationReport report = association.Fit(criterion, &feature);
+  const CNuAssociationReport report = FitOrProve(association, task, &feature);
   result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  report.Require();
+  if (report.HasConverged() == NuFalse) throw FitFailure(report.Explain());
   describe(feature, &result);
   TakeReport(report, points, &result);
+  if (task.criterion != NuLeastSquares) result.certificate = CertificateOf(report, points, feature);
+  if (task.boxes > 0 && CanBeProven<Feature>(task.criterion)) {
+    result.globalBound = GlobalBound{report.GetBound(), report.GetGap()};
+  }
   return result;
 }
 

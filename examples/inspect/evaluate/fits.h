@@ -14,16 +14,22 @@ class FitFailure : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// By which criterion, and how hard to look for a better optimum anywhere than the one that was found.
+struct FitTask {
+  ENuCriterion criterion;
+  long boxes = 0;  // that the search may divide space into, at most; 0 for no search
+};
+
 // A feature with all that the report of its association tells. They pass the exceptions of the library on.
-Inspection FitLine(const std::vector<Vec3>& points, ENuCriterion criterion);
-Inspection FitPlane(const std::vector<Vec3>& points, ENuCriterion criterion);
-Inspection FitCircle(const std::vector<Vec3>& points, ENuCriterion criterion);
-Inspection FitEllipse(const std::vector<Vec3>& points, ENuCriterion criterion);
-Inspection FitHyperbola(const std::vector<Vec3>& points, ENuCriterion criterion);
-Inspection FitParabola(const std::vector<Vec3>& points, ENuCriterion criterion);
-Inspection FitSphere(const std::vector<Vec3>& points, ENuCriterion criterion);
-Inspection FitCylinder(const std::vector<Vec3>& points, ENuCriterion criterion);
-Inspection FitCone(const std::vector<Vec3>& points, ENuCriterion criterion);
-Inspection FitTorus(const std::vector<Vec3>& points, ENuCriterion criterion);
+Inspection FitLine(const std::vector<Vec3>& points, const FitTask& task);
+Inspection FitPlane(const std::vector<Vec3>& points, const FitTask& task);
+Inspection FitCircle(const std::vector<Vec3>& points, const FitTask& task);
+Inspection FitEllipse(const std::vector<Vec3>& points, const FitTask& task);
+Inspection FitHyperbola(const std::vector<Vec3>& points, const FitTask& task);
+Inspection FitParabola(const std::vector<Vec3>& points, const FitTask& task);
+Inspection FitSphere(const std::vector<Vec3>& points, const FitTask& task);
+Inspection FitCylinder(const std::vector<Vec3>& points, const FitTask& task);
+Inspection FitCone(const std::vector<Vec3>& points, const FitTask& task);
+Inspection FitTorus(const std::vector<Vec3>& points, const FitTask& task);
 
 #endif

@@ -60,8 +60,8 @@ void DescribeAxes(const Conic& conic, ConicShape::Kind kind, Inspection* result)
 
 }  // namespace
 
-Inspection FitLine(const std::vector<Vec3>& points, ENuCriterion criterion) {
-  return Associate(points, criterion, CNuLine(), [&points](const CNuLine& line, Inspection* result) {
+Inspection FitLine(const std::vector<Vec3>& points, const FitTask& task) {
+  return Associate(points, task, CNuLine(), [&points](const CNuLine& line, Inspection* result) {
     result->parameters = {Point("point", line.GetPoint()), Direction("direction", line.GetDirection())};
     result->zoneIsRound = !HaveOneZ(points);
     const Vec3 direction = ToVec3(line.GetDirection());
@@ -70,41 +70,41 @@ Inspection FitLine(const std::vector<Vec3>& points, ENuCriterion criterion) {
   });
 }
 
-Inspection FitPlane(const std::vector<Vec3>& points, ENuCriterion criterion) {
-  return Associate(points, criterion, CNuPlane(), [](const CNuPlane& plane, Inspection* result) {
+Inspection FitPlane(const std::vector<Vec3>& points, const FitTask& task) {
+  return Associate(points, task, CNuPlane(), [](const CNuPlane& plane, Inspection* result) {
     result->parameters = {Point("point", plane.GetPoint()), Direction("normal", plane.GetNormal())};
     result->frame = FrameAlong(plane.GetPoint(), plane.GetNormal());
   });
 }
 
-Inspection FitCircle(const std::vector<Vec3>& points, ENuCriterion criterion) {
-  const std::vector<Vec3> planar = criterion == NuLeastSquares ? points : InTheirPlane(points);
-  Inspection result = Associate(planar, criterion, CNuCircle(1.0), [](const CNuCircle& circle, Inspection* inspection) {
+Inspection FitCircle(const std::vector<Vec3>& points, const FitTask& task) {
+  const std::vector<Vec3> planar = task.criterion == NuLeastSquares ? points : InTheirPlane(points);
+  Inspection result = Associate(planar, task, CNuCircle(1.0), [](const CNuCircle& circle, Inspection* inspection) {
     inspection->parameters = {Point("centre", circle.GetCentre()), Direction("normal", circle.GetNormal())};
     inspection->frame = FrameAlong(circle.GetCentre(), circle.GetNormal());
     inspection->radius = circle.GetRadius();
   });
-  AddRadii(criterion, &result);
-  if (criterion == NuMaximumInscribed && IsHalfCircleAtMost(planar)) {
+  AddRadii(task.criterion, &result);
+  if (task.criterion == NuMaximumInscribed && IsHalfCircleAtMost(planar)) {
     result.warning = "the points cover half a circle at most: not the circle of the arc";
   }
   return result;
 }
 
-Inspection FitEllipse(const std::vector<Vec3>& points, ENuCriterion criterion) {
-  return Associate(points, criterion, CNuEllipse(1.0, 1.0), [](const CNuEllipse& ellipse, Inspection* result) {
+Inspection FitEllipse(const std::vector<Vec3>& points, const FitTask& task) {
+  return Associate(points, task, CNuEllipse(1.0, 1.0), [](const CNuEllipse& ellipse, Inspection* result) {
     DescribeAxes(ellipse, ConicShape::Kind::kEllipse, result);
   });
 }
 
-Inspection FitHyperbola(const std::vector<Vec3>& points, ENuCriterion criterion) {
-  return Associate(points, criterion, CNuHyperbola(1.0, 1.0), [](const CNuHyperbola& hyperbola, Inspection* result) {
+Inspection FitHyperbola(const std::vector<Vec3>& points, const FitTask& task) {
+  return Associate(points, task, CNuHyperbola(1.0, 1.0), [](const CNuHyperbola& hyperbola, Inspection* result) {
     DescribeAxes(hyperbola, ConicShape::Kind::kHyperbola, result);
   });
 }
 
-Inspection FitParabola(const std::vector<Vec3>& points, ENuCriterion criterion) {
-  return Associate(points, criterion, CNuParabola(1.0), [](const CNuParabola& parabola, Inspection* result) {
+Inspection FitParabola(const std::vector<Vec3>& points, const FitTask& task) {
+  return Associate(points, task, CNuParabola(1.0), [](const CNuParabola& parabola, Inspection* result) {
     double f = 0;
     CNuPoint vertex;
     CNuVector axis;

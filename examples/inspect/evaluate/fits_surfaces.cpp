@@ -22,47 +22,44 @@ void AddApexes(double semiAngle, Inspection* result) {
 
 }  // namespace
 
-Inspection FitSphere(const std::vector<Vec3>& points, ENuCriterion criterion) {
-  Inspection result =
-      Associate(points, criterion, CNuSphSurf(1.0), [](const CNuSphSurf& sphere, Inspection* inspection) {
-        inspection->parameters = {Point("centre", sphere.GetCentre())};
-        inspection->frame.origin = ToVec3(sphere.GetCentre());
-        inspection->radius = sphere.GetRadius();
-      });
-  AddRadii(criterion, &result);
+Inspection FitSphere(const std::vector<Vec3>& points, const FitTask& task) {
+  Inspection result = Associate(points, task, CNuSphSurf(1.0), [](const CNuSphSurf& sphere, Inspection* inspection) {
+    inspection->parameters = {Point("centre", sphere.GetCentre())};
+    inspection->frame.origin = ToVec3(sphere.GetCentre());
+    inspection->radius = sphere.GetRadius();
+  });
+  AddRadii(task.criterion, &result);
   return result;
 }
 
-Inspection FitCylinder(const std::vector<Vec3>& points, ENuCriterion criterion) {
-  Inspection result =
-      Associate(points, criterion, CNuCylSurf(1.0), [](const CNuCylSurf& cylinder, Inspection* inspection) {
-        const CNuLine axis = cylinder.GetAxis();
-        inspection->parameters = {Point("axis point", axis.GetPoint()), Direction("axis", axis.GetDirection())};
-        inspection->frame = FrameAlong(axis.GetPoint(), axis.GetDirection());
-        inspection->radius = cylinder.GetRadius();
-      });
-  AddRadii(criterion, &result);
+Inspection FitCylinder(const std::vector<Vec3>& points, const FitTask& task) {
+  Inspection result = Associate(points, task, CNuCylSurf(1.0), [](const CNuCylSurf& cylinder, Inspection* inspection) {
+    const CNuLine axis = cylinder.GetAxis();
+    inspection->parameters = {Point("axis point", axis.GetPoint()), Direction("axis", axis.GetDirection())};
+    inspection->frame = FrameAlong(axis.GetPoint(), axis.GetDirection());
+    inspection->radius = cylinder.GetRadius();
+  });
+  AddRadii(task.criterion, &result);
   return result;
 }
 
-Inspection FitCone(const std::vector<Vec3>& points, ENuCriterion criterion) {
+Inspection FitCone(const std::vector<Vec3>& points, const FitTask& task) {
   double semiAngle = 0;
-  Inspection result =
-      Associate(points, criterion, CNuConSurf(45.0), [&](const CNuConSurf& cone, Inspection* inspection) {
-        semiAngle = cone.GetSemiAngle();
-        inspection->parameters = {Point("apex", cone.GetApex()),
-                                  Direction("axis", cone.GetAxisDirection()),
-                                  {"semi-angle", Parameter::Kind::kAngle, {semiAngle}}};
-        inspection->frame = FrameAlong(cone.GetApex(), cone.GetAxisDirection());
-      });
-  if (criterion == NuMinimumZone) AddApexes(semiAngle, &result);
+  Inspection result = Associate(points, task, CNuConSurf(45.0), [&](const CNuConSurf& cone, Inspection* inspection) {
+    semiAngle = cone.GetSemiAngle();
+    inspection->parameters = {Point("apex", cone.GetApex()),
+                              Direction("axis", cone.GetAxisDirection()),
+                              {"semi-angle", Parameter::Kind::kAngle, {semiAngle}}};
+    inspection->frame = FrameAlong(cone.GetApex(), cone.GetAxisDirection());
+  });
+  if (task.criterion == NuMinimumZone) AddApexes(semiAngle, &result);
   return result;
 }
 
-Inspection FitTorus(const std::vector<Vec3>& points, ENuCriterion criterion) {
+Inspection FitTorus(const std::vector<Vec3>& points, const FitTask& task) {
   double tube = 0;
   Inspection result =
-      Associate(points, criterion, CNuTorSurf(2.0, 1.0), [&tube](const CNuTorSurf& torus, Inspection* inspection) {
+      Associate(points, task, CNuTorSurf(2.0, 1.0), [&tube](const CNuTorSurf& torus, Inspection* inspection) {
         double major = 0;
         CNuPoint centre;
         CNuVector axis;
@@ -72,6 +69,6 @@ Inspection FitTorus(const std::vector<Vec3>& points, ENuCriterion criterion) {
         inspection->frame = FrameAlong(centre, axis);
         inspection->tubeCircle = major;
       });
-  if (criterion == NuMinimumZone) MeasureFromTube(tube, &result);
+  if (task.criterion == NuMinimumZone) MeasureFromTube(tube, &result);
   return result;
 }

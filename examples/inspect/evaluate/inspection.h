@@ -85,6 +85,19 @@ struct Uncertainty {
   double standardDeviation;  // of a point
 };
 
+// No feature has a smaller zone or radius than `bound`, which is `gap` below that of the feature found.
+struct GlobalBound {
+  double bound;
+  double gap;
+};
+
+// The verdict of a check that knows nothing of the fit: it holds where no feature nearby is better by more than `gap`.
+struct Certificate {
+  bool holds;
+  double gap;
+  double radius;  // of the neighbourhood; infinite where the check is global
+};
+
 // What was found about one feature, all that tables and pictures need.
 //
 // The frame belongs to the feature: line: x along it; plane: z is its normal; circle: origin at the centre, z is its
@@ -107,6 +120,10 @@ struct Inspection {
   std::vector<Vec3> local;
   std::vector<double> deviations;
   std::vector<Contact> contacts;           // none for least squares
+  std::string explanation;                 // why the feature is as uncertain as it is
+  bool isGlobal = false;                   // proven to be the best of all
+  std::optional<Certificate> certificate;  // of all but least squares
+  std::optional<GlobalBound> globalBound;  // of a search that was asked for
   std::optional<Uncertainty> uncertainty;  // of least squares
 
   // How far the points reach to either side of the feature.

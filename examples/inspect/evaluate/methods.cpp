@@ -155,14 +155,16 @@ std::vector<Method> FindMethods(const std::vector<std::string>& features, const 
   return methods;
 }
 
-Inspection Inspect(const Method& method, const std::vector<Vec3>& points) {
+Inspection Inspect(const Method& method, const std::vector<Vec3>& points, long boxes) {
   try {
-    Inspection inspection = method.fit(points, method.criterion);
+    Inspection inspection = method.fit(points, {method.criterion, boxes});
     RequireFinite(inspection);
     inspection.terms = method.terms;
     // The standard knows profiles in a plane, not lines in space.
     if (inspection.zoneIsRound) inspection.terms.symbol = inspection.terms.reference = "";
     return inspection;
+  } catch (const FitFailure& failure) {
+    throw FitFailure("the " + method.terms.feature + " cannot be fitted: " + failure.what());
   } catch (const CNuException& failure) {
     throw FitFailure("the " + method.terms.feature + " cannot be fitted: " + NuCauseText(failure));
   }

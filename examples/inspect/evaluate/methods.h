@@ -12,7 +12,7 @@ struct Method {
   Terms terms;
   const char* option;  // of the criterion: "mz"
   ENuCriterion criterion;
-  Inspection (*fit)(const std::vector<Vec3>& points, ENuCriterion criterion);
+  Inspection (*fit)(const std::vector<Vec3>& points, const FitTask& task);
   std::string (*draw)(const Inspection& inspection, const PictureLabels& labels);
 };
 
@@ -20,8 +20,8 @@ struct Method {
 // InputError for what there is not, and says what there is.
 std::vector<Method> FindMethods(const std::vector<std::string>& features, const std::vector<std::string>& criteria);
 
-// Throws FitFailure.
-Inspection Inspect(const Method& method, const std::vector<Vec3>& points);
+// Throws FitFailure. `boxes` as in FitTask.
+Inspection Inspect(const Method& method, const std::vector<Vec3>& points, long boxes);
 
 // A sentence that lists the features and criteria that can be fitted.
 std::string AvailableFits();

@@ -23,9 +23,20 @@ std::string Capitalised(std::string text) {
 
 bool IsInPanel(const Row& row) {
   if (row.name.starts_with("u(") || row.name.starts_with("on the ")) return false;
-  constexpr std::string_view kElsewhere[] = {
-      "feature", "criterion",       "reference",          "points",       "columns", "unit", "filter", "verdict",
-      "warning", "time of the fit", "degrees of freedom", "uncertainties"};
+  constexpr std::string_view kElsewhere[] = {"feature",
+                                             "criterion",
+                                             "reference",
+                                             "points",
+                                             "columns",
+                                             "unit",
+                                             "filter",
+                                             "verdict",
+                                             "warning",
+                                             "time of the fit",
+                                             "degrees of freedom",
+                                             "explanation",
+                                             "certificate",
+                                             "uncertainties"};
   return std::find(std::begin(kElsewhere), std::end(kElsewhere), row.name) == std::end(kElsewhere);
 }
 

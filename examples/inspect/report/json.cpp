@@ -120,6 +120,14 @@ std::string UncertaintyJson(const Uncertainty& uncertainty) {
   return object.Text();
 }
 
+std::string CertificateJson(const Certificate& certificate) {
+  JsonObject object(kInResult);
+  object.Add("holds", certificate.holds);
+  object.Add("gap", FiniteJson(certificate.gap));
+  object.Add("radius", FiniteJson(certificate.radius));
+  return object.Text();
+}
+
 void AddWhat(const Terms& terms, JsonObject* object) {
   object->AddText("feature", terms.feature);
   object->AddText("criterion", terms.criterion);
@@ -157,6 +165,13 @@ std::string JsonResult(const Inspection& inspection, const ReportContext& contex
   object.Add("largest", ExtremeJson(inspection, file, inspection.IndexOfMax()));
   object.Add("smallest", ExtremeJson(inspection, file, inspection.IndexOfMin()));
   object.Add("contacts", ContactsJson(inspection, file));
+  object.Add("best_of_all", inspection.isGlobal);
+  if (inspection.certificate) object.Add("certificate", CertificateJson(*inspection.certificate));
+  if (inspection.globalBound) {
+    object.Add("lower_bound", inspection.globalBound->bound);
+    object.Add("gap", inspection.globalBound->gap);
+  }
+  object.AddTextOrNull("explanation", inspection.explanation);
   if (inspection.uncertainty) object.Add("uncertainty", UncertaintyJson(*inspection.uncertainty));
   if (!inspection.warning.empty()) object.AddText("warning", inspection.warning);
   if (context.tolerance) {

@@ -120,6 +120,25 @@ void AddContactRows(const Inspection& inspection, const PointFile& file, std::ve
   }
 }
 
+std::string CertificateText(const Certificate& certificate, const LengthUnit& unit) {
+  constexpr int kDigits = 2;
+  if (!certificate.holds) return "does not hold";
+  const std::string better = " is better by more than " + General(certificate.gap, kDigits) + " " + unit.symbol;
+  if (!std::isfinite(certificate.radius)) return "holds: no other feature" + better;
+  return "holds: none within " + General(certificate.radius, kDigits) + " " + unit.symbol + better;
+}
+
+void AddProofRows(const Inspection& inspection, const LengthUnit& unit, std::vector<Row>* rows) {
+  rows->push_back({"best of all", inspection.isGlobal ? "proven" : "not proven", ""});
+  if (inspection.certificate) rows->push_back({"certificate", CertificateText(*inspection.certificate, unit), ""});
+  if (inspection.globalBound) {
+    const char* name = inspection.terms.letter == "C" ? "lower bound, zone" : "lower bound, radius";
+    rows->push_back({name, Fixed(inspection.globalBound->bound, unit.decimals), unit.symbol});
+    rows->push_back({"gap", Fixed(inspection.globalBound->gap, unit.decimals), unit.symbol});
+  }
+  if (!inspection.explanation.empty()) rows->push_back({"explanation", inspection.explanation, ""});
+}
+
 }  // namespace
 
 std::string ColumnsText(const PointFile& file) {
@@ -172,6 +191,7 @@ std::vector<Row> ReportRows(const Inspection& inspection, const ReportContext& c
   AddFormRows(inspection, context, &rows);
   AddUncertaintyRows(inspection, unit, &rows);
   AddContactRows(inspection, *context.points, &rows);
+  AddProofRows(inspection, unit, &rows);
   rows.push_back({"time of the fit", Fixed(inspection.seconds * kMillisecondsPerSecond, kTimeDecimals), "ms"});
   if (context.tolerance) {
     rows.push_back({"tolerance", Fixed(*context.tolerance, unit.decimals), unit.symbol});
