@@ -8,22 +8,22 @@
 
 namespace nu::engine::chains {
 
-// Centre and ends of an arc tell its plane, but those of a half or full turn only its diameter, and those of nearly a
-// half turn the plane with few digits. The pieces that run on from either end of the arc, without a gap, do: a piece
-// that leaves the line of the diameter spans the plane with it. O(n) for all arcs of a chain.
+// The centre and the ends of an arc determine its plane, but those of a half or full turn determine only its diameter,
+// and those of nearly a half turn give the plane with few digits. Then the pieces that follow either end without a gap
+// determine it: a piece that leaves the line of the diameter spans the plane with it. O(n) for all arcs of a chain.
 class ArcPlanes {
  public:
   // Ends that are no farther apart than joinTol meet; arcs within the angle with the sine sineTol of a half turn are
   // half turns. The chain must outlive this.
   ArcPlanes(const PieceChain& chain, double joinTol, double sineTol);
 
-  // The normal of arc i, either way, that the pieces around it know better than its own points. None where they do not,
-  // or contradict each other or the arc.
+  // The normal of arc i, of either sign, where the pieces around it determine it better than its own points. Nothing
+  // where they do not, or where they contradict each other or the arc.
   std::optional<Vec3> NormalOf(int i) const;
 
  private:
-  // A direction of a piece's line or, of an arc that knows its plane, its normal, with the angle in radians by which
-  // roundings may have turned it.
+  // A direction of a piece's line or, of an arc that determines its plane, its normal, with the angle in radians by
+  // which roundings may have turned it.
   struct Hint {
     Vec3 direction;
     double doubt;

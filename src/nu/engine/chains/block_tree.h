@@ -22,7 +22,7 @@ inline double SquaredDistance(Vec3 p, Vec3 start, Vec3 end) {
   return Dot(across, across);
 }
 
-// What is known of a block of consecutive points.
+// Bounds of a block of consecutive points.
 struct Block {
   Vec3 centre;  // of a ball about them
   double radius;
@@ -44,8 +44,8 @@ class BlockTree {
     return std::min(m_points.size(), (index + 1) * (kLeafPoints << level));
   }
 
-  // The vertices of the convex hull of a block that is asked for often; null when there is no use in them, and at the
-  // first times.
+  // The vertices of the convex hull of a block. Null for the first few calls with a block, which do not repay the hull,
+  // and where a hull does not reduce the points.
   const std::vector<std::size_t>* CornersOf(std::size_t level, std::size_t index);
 
   // Calls visitPoint(i) and visitBlock(level, index) for the points from begin to end - 1, in order, in the largest

@@ -13,9 +13,9 @@ struct OffsetPolygon {
 };
 
 // The edges moved by the distance to their right and prolonged or cut back to sharp corners. Edges that shrink to
-// nothing on the way are left out, in the order in which that happens, as in a straight skeleton (O. Aichholzer,
-// F. Aurenhammer, COCOON 1996). Parts that run into each other do not notice. Neighbouring vertices differ; a closed
-// polygon has its first vertex once. n log n.
+// nothing at a smaller distance are left out, in the order in which that happens, as in a straight skeleton (O.
+// Aichholzer, F. Aurenhammer, COCOON 1996). Intersections of separate parts are not detected. Neighbouring vertices
+// differ; a closed polygon has its first vertex once. n log n.
 OffsetPolygon OffsetEdges(const std::vector<Vec2>& vertices, bool closed, double distance);
 
 }  // namespace nu::engine::chains

@@ -22,7 +22,7 @@ struct RawCut {
 
 // All pieces of a chain moved to the right, each by itself, with what joins them at the outer sides of corners. They
 // run from node to node. At inner sides they run past each other; where they cross right there, however flatly, is cut
-// here, other crossings are left to the reader. What has shrunk to nothing is left out.
+// here, other crossings are left to the caller. Pieces that have shrunk to nothing are left out.
 struct RawOffset {
   std::vector<Piece2> pieces;
   std::vector<int> from, to;

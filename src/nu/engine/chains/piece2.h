@@ -21,11 +21,11 @@ struct Piece2 {
   Vec2 EndDirection() const { return DirectionAt(length); }
   // The length along the unbounded curve to the point that is closest to p, of all turns the one nearest to the piece.
   double ParameterOf(Vec2 p) const;
-  // How far p is to the left of the unbounded curve.
+  // The distance of p from the unbounded curve, positive to the left.
   double HeightOf(Vec2 p) const;
   Vec2 ClosestTo(Vec2 p) const;
   double DistanceTo(Vec2 p) const;
-  // How far the piece goes away from p.
+  // The largest distance of a point of the piece from p.
   double ReachFrom(Vec2 p) const;
   Piece2 Part(double from, double to) const;
   Piece2 Reversed() const;

@@ -24,11 +24,11 @@ class PieceTree2 {
   // At least one piece. The pieces must outlive the tree.
   explicit PieceTree2(const std::vector<Piece2>& pieces);
 
-  // Some piece closer than the distance, or -1.
+  // Returns a piece closer than the distance, or -1.
   int PieceWithin(double distance, Vec2 p) const;
-  // The closest point, if it is within the distance.
+  // Finds the closest point, if it is within the distance.
   std::optional<Vec2> ClosestWithin(double distance, Vec2 p) const;
-  // The nodes that these two have looked at since the tree was built.
+  // Counts the nodes that these two have visited since the tree was built.
   std::int64_t Visits() const { return m_visits; }
 
   // Takes every pair i < j whose boxes are no farther apart than the gap to visit(i, j), until that returns false.

@@ -8,17 +8,17 @@
 
 namespace nu::engine::quadrature {
 
-// Where the integrals over parallel lines met breaks, by the place x of the line. Breaks of a function of several
-// variables move with x continuously, so neighbouring lines say where to look; without them a line would miss what is
-// narrower than the distance of its samples.
+// Records where the integrals over parallel lines met breaks, by the place x of the line. Breaks of a function of
+// several variables move with x continuously, so neighbouring lines show where to look; without them a line would miss
+// what is narrower than the distance of its samples.
 class BreakMemory {
  public:
-  // All memory that is ever needed; false where there is none.
+  // Allocates all memory that is ever needed; false where there is none.
   bool MakeRoom();
 
-  // Where the breaks of the nearest lines suggest those at x.
+  // Predicts the breaks at x from those of the nearest lines.
   Places Near(double x) const;
-  // A line without breaks says nothing.
+  // A line without breaks is not recorded.
   void Note(double x, const Places& places);
   void Clear() { m_lines.clear(); }
   bool IsEmpty() const { return m_lines.empty(); }

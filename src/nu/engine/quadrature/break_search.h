@@ -9,7 +9,7 @@ namespace nu::engine::quadrature {
 
 // The place strictly between lo and hi where the integrand jumps, has a kink, or its slope grows without bound, to the
 // resolution of double or of its noise: what is continuous on either side of it lies apart. Nothing where the integrand
-// is smooth there. *samples takes what was spent.
+// is smooth there. *samples grows by the number of evaluations.
 struct BreakPlace {
   double place;
   double open;  // what the rest of its uncertainty may count in the integral

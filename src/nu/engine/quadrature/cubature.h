@@ -9,7 +9,7 @@ using Function1 = FunctionRef<double(double)>;
 using Function2 = FunctionRef<double(double, double)>;
 using Function3 = FunctionRef<double(double, double, double)>;
 
-// How a caller's tolerance and limit steer an integral over 1, 2 or 3 dimensions.
+// Integrals over 1, 2 and 3 dimensions with the tolerance and the limit of the caller.
 Quadrature IntegrateLine(const Function1& f, double ax, double bx, double tol, long maxIter);
 
 struct Bounds2 {

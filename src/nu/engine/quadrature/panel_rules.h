@@ -8,7 +8,7 @@
 
 namespace nu::engine::quadrature {
 
-// A value of the integrand. Where it is an integral itself, its own error estimate comes along.
+// A value of the integrand. Where the value is an integral itself, it has an error estimate of its own.
 struct Sample {
   double value;
   double error = 0.0;
@@ -17,7 +17,7 @@ using Integrand = FunctionRef<Sample(double)>;
 
 inline constexpr int kNoBreak = -1;
 
-// A part lo < hi of the interval of integration, with what one rule says about the integral over it.
+// A part lo < hi of the interval of integration, with the estimate of one rule for the integral over it.
 struct Panel {
   double lo;
   double hi;
@@ -61,7 +61,7 @@ inline constexpr double kKronrodGap = 0.5 * (1.0 - 0.9914553711208126392069);
 
 // Double-exponential rule for integrands that are singular at an end of the panel; the ends are approached as closely
 // as double allows and never reached, in an integral of several dimensions less closely. The panel is settled when its
-// error is at most `goal`. *samples takes what was spent.
+// error is at most `goal`. *samples grows by the number of evaluations.
 Panel DoubleExponentialPanel(const Integrand& f, double lo, double hi, double goal, int dimensions, long* samples);
 
 // The limit of Gauss-Kronrod sums for integrands that are singular at one end of the panel, which is not 0: there the

@@ -26,14 +26,15 @@ struct Shell {
 // follows there and bounds of its errors.
 class SingularEnd {
  public:
-  // On the side of c in this direction, 1 or -1, up to the distance `reach`. *samples takes what is spent.
+  // On the side of c in this direction, 1 or -1, up to the distance `reach`. *samples grows by the number of
+  // evaluations.
   SingularEnd(const Integrand& f, double c, double direction, double reach, long* samples);
 
   // Compares other values near c with the law, for ErrorWithin.
   void Compare(Probes others);
   // By the Gauss-Kronrod rule.
   Shell Octave(double from);
-  // What a step between two values that belong to the same distance counts as an edge.
+  // The error estimate of an edge, from the step between two values at the same distance.
   double StepAt(double distance, double outer, double inner) const;
   // Below this distance the place of a sample is not known well enough.
   double Nearest() const;
@@ -42,7 +43,7 @@ class SingularEnd {
   double PowerError() const;
   // Bound of the error of a value at this distance, relative to it.
   double RelativeError(double distance) const;
-  // What an edge nearer to c than the distance may count in the integral; infinite where nothing is known of it.
+  // A bound of the contribution of an edge nearer to c than the distance; infinite where none is known.
   double ErrorWithin(double distance) const;
 
  private:
