@@ -183,6 +183,25 @@ TEST(FailingAllocations, ComplexMatrices) {
   }
 }
 
+TEST(FailingAllocations, Associations) {
+  const Geometry geometry;
+  Random random(51);
+  const CNuPointArray points = TypicalPoints<CNuCylSurf>(random, 60);
+  CNuAssociation association(points);
+  association.SetDetails(NuDetailAll);
+  association.FixRadius(5.0);
+  CNuCylSurf cylinder(1.0);
+  const auto unchanged = [&] { return cylinder.GetRadius() == 1.0 && association.GetNumberPoints() == 60; };
+  for (const ENuCriterion criterion : {NuLeastSquares, NuMinimumZone}) {
+    FailEveryAllocation(
+        "association", [&] { CNuAssociation(association).Fit(criterion, &cylinder).Require(); }, unchanged);
+    cylinder = CNuCylSurf(1.0);
+  }
+  CNuAssociation grown(points);
+  FailEveryAllocation(
+      "points of an association", [&] { grown.Add(points); }, [&] { return grown.GetNumberPoints() == 60; });
+}
+
 TEST(FailingAllocations, MatrixFiles) {
   const std::string name = ScratchFile("failing_allocations").string();
   const CNuMatrix written = Dense(20, 30);

@@ -37,6 +37,8 @@ typedef ENuBoolean (*NuStepMonitor)(void* context, long step, double objective, 
 //       inscribed feature; a radius, direction, point or semi-angle that the feature does not have; a start of another
 //       class; several fixed parameters that contradict each other
 //   5  the number of weights is not that of the points
+// The torus by least squares has the causes 1 (fewer than 7 points), 11 and 12 of "CNuTorSurf"; fits with options those
+// of the plain fit that starts them, or 11 and 12 of the class.
 // A fit that cannot be carried out does not throw: its report says why, and Require() throws. The feature changes when
 // the fit has converged, and only then. Lack of memory is CNuMemoryException.
 //

@@ -174,6 +174,11 @@ Feature RoughStart(FeatureKind kind, const FixedParameters& fixed, PointView poi
   Vec3 z = fixed.direction.value_or(isAxis ? longest.direction : flattest.direction);
   if (!IsFinite(z) || IsNull(z, NuGetZero())) z = {0.0, 0.0, 1.0};
   Feature feature{kind, AxisFrame::Along(MeanOf(points), z)};
+  if (kind == FeatureKind::torus) {
+    // About the points, with a minor radius that is no special one.
+    feature.size[0] = longest.largestSingular / std::sqrt(static_cast<double>(points.Size()));
+    feature.size[1] = 0.25 * feature.size[0];
+  }
   if (!fixed.radius || !IsRound(kind)) return feature;
   // The points are on one side of the centre.
   const Vec3 across = kind == FeatureKind::circle ? Cross(z, longest.direction) : flattest.direction;

@@ -13,7 +13,7 @@ UnknownMask FixedUnknowns(const FixedParameters& fixed, FeatureKind kind);
 FitProblem ProblemOf(const AssociationState& state, ENuCriterion criterion, FeatureKind kind,
                      const StepMonitor& monitor);
 
-// Where no unconstrained fit starts: a line, plane, circle, sphere or cylinder beside the points.
+// Where no unconstrained fit starts: a line, plane, circle, sphere or cylinder beside the points; also a torus.
 bool HasRoughStart(FeatureKind kind);
 Feature RoughStart(FeatureKind kind, const FixedParameters& fixed, PointView points);
 

@@ -80,6 +80,13 @@ struct FoundFeature {
   PlainForm form;
 };
 
+// Its class has no such fit; the one for constrained features starts on its own.
+template<class Class>
+constexpr bool IsTorusByLeastSquares(ENuCriterion criterion) {
+  return std::is_same_v<Class, CNuTorSurf> && criterion == NuLeastSquares;
+}
+inline constexpr int kLeastPointsOfTorus = 7;  // as many as it has parameters
+
 template<class Class>
 void RunPlainFit(const AssociationState& state, ENuCriterion criterion, double tol, const StepMonitor& monitor,
                  FoundFeature<Class>* found) {
@@ -99,11 +106,11 @@ template<class Class>
 Feature StartFor(const AssociationState& state, ENuCriterion criterion, double tol) {
   const AssociationOptions& options = state.options;
   if (options.start) return options.start->feature;
-  const bool isTorus = std::is_same_v<Class, CNuTorSurf>;
   FoundFeature<Class> found;
   const Feature any = FeatureOf(found.feature);
+  if (IsTorusByLeastSquares<Class>(criterion)) return RoughStart(any.kind, options.fixed, state.points);
   try {
-    RunPlainFit(state, isTorus ? NuMinimumZone : criterion, tol, {}, &found);
+    RunPlainFit(state, criterion, tol, {}, &found);
     return FeatureOf(found.feature);
   } catch (const CNuBestfitException&) {
     const bool isRough = HasRoughStart(any.kind) && options.fixed.Mask() != 0 && state.points.Size() > 0;
@@ -115,9 +122,11 @@ Feature StartFor(const AssociationState& state, ENuCriterion criterion, double t
 template<class Class>
 void RunConstrainedFit(const AssociationState& state, ENuCriterion criterion, double tol, const StepMonitor& monitor,
                        FoundFeature<Class>* found) {
+  constexpr FeatureRules rules = kRules<Class>;
+  RequireCount(state.points, IsTorusByLeastSquares<Class>(criterion) ? kLeastPointsOfTorus : 1, rules.name);
   const Feature start = StartFor<Class>(state, criterion, tol);
   const FittedFeature fit = FitConstrained(state, criterion, start, tol, monitor);
-  RequireConverged(fit.end, kRules<Class>.name);
+  RequireConverged(fit.end, rules.name);
   Store(fit.feature, &found->feature);
   if (criterion == NuLeastSquares) found->form.sumSquares = fit.objective;
 }
@@ -139,8 +148,7 @@ std::shared_ptr<ReportData> FitInto(const AssociationState& state, ENuCriterion 
   constexpr FeatureRules rules = kRules<Class>;
   const AssociationOptions& options = state.options;
   const double tol = LengthTolOf(options);
-  const bool isTorusByLeastSquares = std::is_same_v<Class, CNuTorSurf> && criterion == NuLeastSquares;
-  const bool isPlain = IsPlain(options) && !isTorusByLeastSquares;
+  const bool isPlain = IsPlain(options) && !IsTorusByLeastSquares<Class>(criterion);
   auto data = std::make_shared<ReportData>();
   data->criterion = criterion;
   data->type = rules.type;
