@@ -10,11 +10,15 @@
 // for a finite mu, when the constraints can be met at all.
 //
 // One pass over all points per step gives F, g, H, and the points most on the wrong side, which join the working set.
+// Of many points some stand for all in the part of H that the second derivatives of the deviations bring: the steps
+// stay short of Newton's by a small part of that, which is small beside the rest, and g is that of all points.
 
 #include <algorithm>
 #include <memory>
 
+#include "nu/engine/association/feature_kernels.h"
 #include "nu/engine/association/scaled_fit.h"
+#include "nu/engine/base/lanes.h"
 #include "nu/engine/minimax/curved_minimax.h"
 
 namespace nu::engine::association {
@@ -60,6 +64,54 @@ struct Candidate {
   Vec3 point;
 };
 
+// More points are summed by rows, with the second derivatives of one in so many.
+constexpr std::size_t kManyPoints = 8192;
+constexpr std::size_t kSampleStride = 64;
+
+// Rows that stay in a first-level cache while they are multiplied.
+constexpr std::size_t kRows = 256;
+struct Rows {
+  alignas(64) double column[K][kRows];
+  alignas(64) double weighted[kRows];
+  alignas(64) double weight[kRows];
+  alignas(64) double residual[kRows];
+};
+
+// Of a multiple of kLanes.
+NU_KERNEL double DotOf(const double* a, const double* b, std::size_t count) {
+  Lanes sum = {};
+  for (std::size_t i = 0; i < count; i += kLanes) {
+    Lanes x, y;
+    Load(a + i, x);
+    Load(b + i, y);
+    sum += x * y;
+  }
+  return Sum(sum);
+}
+
+NU_KERNEL void Multiply(const double* a, const double* b, std::size_t count, double* to) {
+  for (std::size_t i = 0; i < count; i += kLanes) {
+    Lanes x, y;
+    Load(a + i, x);
+    Load(b + i, y);
+    x *= y;
+    Store(x, to + i);
+  }
+}
+
+bool HasRowKernel(FeatureKind kind) {
+  return kind == FeatureKind::plane || kind == FeatureKind::circle || kind == FeatureKind::sphere ||
+         kind == FeatureKind::cylinder || kind == FeatureKind::cone || kind == FeatureKind::torus;
+}
+
+// Sums over a block.
+struct BlockSquares {
+  double weight = 0.0;
+  double value = 0.0;
+  double first[K] = {};
+  double second[K][K] = {};
+};
+
 class SquaresDescent {
  public:
   SquaresDescent(const ScaledFit& fit, const Feature& start)
@@ -73,6 +125,11 @@ class SquaresDescent {
 
  private:
   Squares SumAt(const Feature& feature, Candidate (&worst)[kFeatureParts]);
+  void Notice(const Feature& feature, const Vec3& p, double e, double& beyond, Candidate (&worst)[kFeatureParts]) const;
+  std::size_t FillRows(const Feature& feature, const PointBlock& centred, std::size_t begin, const double* weight);
+  void AddProducts(std::size_t count, BlockSquares& sums);
+  void AddByRows(const Feature& feature, const PointBlock& block, const double* weight, BlockSquares& sums,
+                 double& beyond, Candidate (&worst)[kFeatureParts]);
   int Join(const Candidate (&worst)[kFeatureParts]);
   void KeepNearest();
   void Linearise();
@@ -116,37 +173,95 @@ class SquaresDescent {
   double m_curvature[K][K] = {};
   double m_raised[K][K] = {};
   CurvedMinimax<K> m_program;
+
+  PointBlock m_centred;
+  Rows m_rowsOfBlock;
 };
 
 // The weighted sums of one block, in the order in which they are added up.
 constexpr int kSquareSums = 2 + K + K * (K + 1) / 2;
 
+void SquaresDescent::Notice(const Feature& feature, const Vec3& p, double e, double& beyond,
+                            Candidate (&worst)[kFeatureParts]) const {
+  const double over = -m_fit.Sign() * e;
+  beyond = over <= beyond ? beyond : over;
+  if (!(over > m_fit.rounding)) return;
+  Candidate& place = worst[PartOf(feature, m_fit.extent, p)];
+  if (over > place.beyond) place = {over, p};
+}
+
+// The rows of the points from `begin` on; returns how many there are, with the lanes that are filled up.
+std::size_t SquaresDescent::FillRows(const Feature& feature, const PointBlock& centred, std::size_t begin,
+                                     const double* weight) {
+  const std::size_t end = std::min(begin + kRows, centred.size);
+  double* to[K] = {};
+  for (int i = 0; i < m_free.count; ++i) to[m_free.at[i]] = m_rowsOfBlock.column[i];
+  FindRows(centred, begin, end, feature, 0, to, m_rowsOfBlock.residual);
+  const std::size_t count = end - begin;
+  const std::size_t filled = (count + kLanes - 1) / kLanes * kLanes;
+  for (std::size_t i = 0; i < filled; ++i)
+    m_rowsOfBlock.weight[i] = i >= count ? 0.0 : (weight == nullptr ? 1.0 : weight[begin + i]);
+  return filled;
+}
+
+void SquaresDescent::AddProducts(std::size_t count, BlockSquares& sums) {
+  Rows& rows = m_rowsOfBlock;
+  Multiply(rows.weight, rows.residual, count, rows.weighted);
+  sums.value += 0.5 * DotOf(rows.weighted, rows.residual, count);
+  for (std::size_t i = 0; i < count; ++i) sums.weight += rows.weight[i];
+  for (int i = 0; i < m_free.count; ++i) {
+    sums.first[m_free.at[i]] += DotOf(rows.weighted, rows.column[i], count);
+  }
+  for (int i = 0; i < m_free.count; ++i) {
+    Multiply(rows.weight, rows.column[i], count, rows.weighted);
+    for (int j = 0; j <= i; ++j) {
+      const double product = DotOf(rows.weighted, rows.column[j], count);
+      sums.second[m_free.at[i]][m_free.at[j]] += product;
+      if (j < i) sums.second[m_free.at[j]][m_free.at[i]] += product;
+    }
+  }
+}
+
+void SquaresDescent::AddByRows(const Feature& feature, const PointBlock& block, const double* weight,
+                               BlockSquares& sums, double& beyond, Candidate (&worst)[kFeatureParts]) {
+  CentreOn(feature, block, m_centred);
+  const auto pointAt = [&](std::size_t i) { return Vec3{block.x[i], block.y[i], block.z[i]}; };
+  for (std::size_t begin = 0; begin < block.size; begin += kRows) {
+    const std::size_t count = FillRows(feature, m_centred, begin, weight);
+    AddProducts(count, sums);
+    const std::size_t rows = std::min(kRows, block.size - begin);
+    for (std::size_t i = 0; i < rows; i += kSampleStride) {
+      const double part = static_cast<double>(std::min(kSampleStride, rows - i));
+      AddCurvature(feature, pointAt(begin + i), part * m_rowsOfBlock.weight[i] * m_rowsOfBlock.residual[i],
+                   sums.second);
+    }
+    for (std::size_t i = 0; m_constrained && i < rows; ++i)
+      Notice(feature, pointAt(begin + i), m_rowsOfBlock.residual[i], beyond, worst);
+  }
+}
+
 Squares SquaresDescent::SumAt(const Feature& feature, Candidate (&worst)[kFeatureParts]) {
   const double* weight = m_fit.problem.weights;
-  const double sign = m_fit.Sign();
+  const bool byRows = m_fit.points.Size() > kManyPoints && HasRowKernel(feature.kind);
   BlockSums<kSquareSums> total;
   double beyond = 0.0;
   m_fit.points.ForEach([&](const PointBlock& block) {
-    double first[K] = {};
-    double second[K][K] = {};
-    double sums[kSquareSums] = {};
-    for (std::size_t i = 0; i < block.size; ++i) {
+    BlockSquares part;
+    if (byRows) AddByRows(feature, block, weight, part, beyond, worst);
+    for (std::size_t i = 0; !byRows && i < block.size; ++i) {
       const Vec3 p{block.x[i], block.y[i], block.z[i]};
-      const double w = weight == nullptr ? 1.0 : *weight++;
-      const double e = AddHalfSquare(feature, p, w, first, second);
-      sums[0] += w;
-      sums[1] += 0.5 * w * e * e;
-      if (!m_constrained) continue;
-      const double over = -sign * e;
-      beyond = over <= beyond ? beyond : over;
-      if (!(over > m_fit.rounding)) continue;
-      Candidate& place = worst[PartOf(feature, m_fit.extent, p)];
-      if (over > place.beyond) place = {over, p};
+      const double w = weight == nullptr ? 1.0 : weight[i];
+      const double e = AddHalfSquare(feature, p, w, part.first, part.second);
+      part.weight += w;
+      part.value += 0.5 * w * e * e;
+      if (m_constrained) Notice(feature, p, e, beyond, worst);
     }
+    if (weight != nullptr) weight += block.size;
+    double sums[kSquareSums] = {part.weight, part.value};
     int next = 2;
     for (int i = 0; i < K; ++i) {
-      sums[next++] = first[i];
-      for (int j = 0; j <= i; ++j) sums[next++] = second[i][j];
+      sums[next++] = part.first[i];
+      for (int j = 0; j <= i; ++j) sums[next++] = part.second[i][j];
     }
     total.Add(sums);
   });

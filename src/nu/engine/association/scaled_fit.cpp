@@ -25,10 +25,8 @@ int PartOf(const Feature& feature, double extent, const Vec3& point) {
   return 8 * quarter + (q.x < 0.0 ? 1 : 0) + (q.y < 0.0 ? 2 : 0) + (std::fabs(q.x) < std::fabs(q.y) ? 4 : 0);
 }
 
-void DeviationsOf(const Feature& feature, const PointBlock& block, double* deviation, double& smallest,
-                  double& largest) {
+void CentreOn(const Feature& feature, const PointBlock& block, PointBlock& centred) {
   const Vec3 origin = feature.frame.origin;
-  PointBlock centred;
   centred.size = block.size;
   const std::size_t end = (block.size + kLanes - 1) / kLanes * kLanes;
   for (std::size_t i = 0; i < end; ++i) {
@@ -36,6 +34,12 @@ void DeviationsOf(const Feature& feature, const PointBlock& block, double* devia
     centred.y[i] = block.y[i] - origin.y;
     centred.z[i] = block.z[i] - origin.z;
   }
+}
+
+void DeviationsOf(const Feature& feature, const PointBlock& block, double* deviation, double& smallest,
+                  double& largest) {
+  PointBlock centred;
+  CentreOn(feature, block, centred);
   FindDeviations(centred, feature, deviation, smallest, largest);
 }
 

@@ -35,6 +35,9 @@ struct ScaledFit {
 inline constexpr int kFeatureParts = 32;
 int PartOf(const Feature& feature, double extent, const Vec3& point);
 
+// The block as seen from the origin of the feature.
+void CentreOn(const Feature& feature, const PointBlock& block, PointBlock& centred);
+
 // In the order of the points.
 void DeviationsOf(const Feature& feature, const PointBlock& block, double* deviation, double& smallest,
                   double& largest);
