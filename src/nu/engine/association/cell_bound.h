@@ -71,8 +71,10 @@ class CellBounds {
   static constexpr int N = Model::kUnknowns;
   static constexpr int K = N + (Model::kIsLevelled ? 1 : 0);
 
-  // From some points; `rounding` is what the linear program may miss its optimum by.
-  CellBound<Model> Of(const UnknownCell<N>& cell, const std::vector<Vec3>& points, double reach, double rounding) {
+  // From some points; `rounding` is what the linear program may miss its optimum by. A cell whose bound is below
+  // `target` is to be cut.
+  CellBound<Model> Of(const UnknownCell<N>& cell, const std::vector<Vec3>& points, double reach, double target,
+                      double rounding) {
     CellBound<Model> bound;
     Enclose(cell, points, reach);
     bound.widest = WidestUnknown();
@@ -80,7 +82,7 @@ class CellBounds {
     std::copy_n(cell.middle, N, bound.place);
     if (!m_program.Solve(m_rows, 1.0, rounding)) return bound;
     bound.value = ProvenValue(m_rows, m_program.Contacts()) - kRoundings * kEpsilon * m_largest;
-    bound.widest = CostliestUnknown(cell, points, reach, bound.widest);
+    if (!(bound.value >= target)) bound.widest = CostliestUnknown(cell, points, reach, bound.widest);
     for (int k = 0; k < N; ++k) bound.place[k] += cell.half[k] * std::clamp(m_program.Step()[k], -1.0, 1.0);
     return bound;
   }

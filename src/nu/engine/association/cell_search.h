@@ -94,7 +94,8 @@ class CellSearch {
       return;
     }
     ++m_boxes;
-    const CellBound<Model> found = m_bounds.Of(cell, m_points.Set(), m_points.Reach(), kProgramSlack * m_problem.gap);
+    const CellBound<Model> found =
+        m_bounds.Of(cell, m_points.Set(), m_points.Reach(), Target(), kProgramSlack * m_problem.gap);
     if (found.value > cell.bound) cell.bound = found.value;
     if (cell.bound >= Target()) {
       m_floor = std::min(m_floor, cell.bound);

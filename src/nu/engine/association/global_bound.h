@@ -14,7 +14,7 @@ enum class BoundedCriterion {
 struct BoundLimits {
   // Boxes of parameters to look at. A pass over all points counts as boxes of as many points. Their number bounds the
   // memory, too: some hundred bytes for each.
-  long boxes = 100000;
+  long boxes = 150000;
   // How far the bound may be below the criterion of a proven feature, in units of the farthest point's distance from
   // the middle of the points.
   double gap = 1e-9;
