@@ -37,12 +37,12 @@ namespace {
 
 constexpr std::size_t kSamplePoints = 256;
 constexpr long kSampleSteps = 100;
-constexpr std::size_t kMostDescents = 24;
+constexpr std::size_t kMostDescents = 48;
 constexpr long kTubeSteps = 100;
 constexpr long kCylinderSteps = 12;
 constexpr std::size_t kMostCylinders = 3;
 // So many descents to the same sum, to this part of it, are enough.
-constexpr int kMostSame = 3;
+constexpr int kMostSame = 4;
 constexpr double kSame = 1e-9;
 
 struct Start {
