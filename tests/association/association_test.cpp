@@ -80,6 +80,11 @@ TEST(Association, FormIsThatOfTheDeviations) {
     double squares = 0.0;
     for (int i = 0; i < n; ++i) squares += d[i] * d[i];
     const double rounding = 1e-13 * 50.0;
+    association.SetDetails(NuDetailForm);
+    const CNuAssociationReport brief = fit.associate(association, NuGetLengthTol(), 1000, found);
+    EXPECT_NEAR(brief.GetPeak(), report.GetPeak(), rounding);
+    EXPECT_NEAR(brief.GetValley(), report.GetValley(), rounding);
+    EXPECT_NEAR(brief.GetRootMeanSquare(), report.GetRootMeanSquare(), rounding);
     EXPECT_EQ(d[report.GetHighestPoint()], d.Max());
     EXPECT_EQ(d[report.GetLowestPoint()], d.Min());
     EXPECT_NEAR(report.GetPeak(), std::max(0.0, d.Max()), rounding);

@@ -97,7 +97,9 @@ void RunPlainFit(const AssociationState& state, ENuCriterion criterion, double t
   const PlainOutcome outcome = FitPlainly(state.points, criterion, options, &found->feature);
   const bool hasForm = criterion == NuLeastSquares || criterion == NuMinimumZone;
   if (wantsForm && hasForm) found->form.form = outcome.form;
-  if (wantsForm && criterion == NuLeastSquares) found->form.sumSquares = outcome.deviations.sumSquares;
+  if (!wantsForm || criterion != NuLeastSquares) return;
+  found->form.sumSquares = outcome.deviations.sumSquares;
+  found->form.extremes = outcome.deviations;
 }
 
 // That of the fit without options or, where points and fixed parameters determine the feature only together, a rough

@@ -1,5 +1,6 @@
 #include "nu/association/internal/report_details.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "nu/association/internal/constrained_fits.h"
@@ -44,6 +45,15 @@ Feature AccountedCone(Feature cone, PointView points) {
 void FillForm(const AssociationState& state, const Feature& feature, const PlainForm& plain, ReportData* data) {
   const bool wantsAll = (data->details & NuDetailDeviations) == NuDetailDeviations;
   const int count = data->points;
+  if (!wantsAll && plain.extremes) {
+    const double sum = plain.extremes->sumSquares;
+    data->form = {.form = *plain.form,
+                  .peak = std::max(plain.extremes->largest, 0.0),
+                  .valley = std::max(-plain.extremes->smallest, 0.0),
+                  .rootMeanSquare = std::sqrt(sum / count),
+                  .sumSquares = sum};
+    return;
+  }
   if (wantsAll) {
     data->deviations = CNuDoubleArray(count);
     for (int i = 0; i < count; ++i) data->deviations.Add(0.0);

@@ -5,6 +5,7 @@
 
 #include "nu/association/internal/association_state.h"
 #include "nu/association/internal/report_data.h"
+#include "nu/engine/points/form_statistics.h"
 
 namespace nu::internal {
 
@@ -14,8 +15,9 @@ Feature AccountedFeature(const Feature& feature, ENuCriterion criterion, PointVi
 
 // What the fit tells of its own.
 struct PlainForm {
-  std::optional<double> form;        // of least squares, or the width of the zone
-  std::optional<double> sumSquares;  // of least squares, weighted
+  std::optional<double> form;          // of least squares, or the width of the zone
+  std::optional<double> sumSquares;    // of least squares, weighted
+  std::optional<Deviations> extremes;  // of plain least squares
 };
 
 // Fills in what was asked for, of a fit that has converged with this feature.
