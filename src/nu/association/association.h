@@ -19,7 +19,7 @@ struct AssociationState;
 // Called once per step with its number from 1 on, the value that is minimised and the length of the step, NaN where
 // they are not known yet. NuFalse cancels the fit. What it throws passes through Fit, which leaves the feature as it
 // is.
-typedef ENuBoolean (*NuStepMonitor)(void* context, long step, double objective, double stepLength);
+using NuStepMonitor = ENuBoolean (*)(void* context, long step, double objective, double stepLength);
 
 // Fits with options, which account for themselves in a report. Without options a fit gives the same feature, bit for
 // bit, as the member Fit, FitMinZone, FitMin or FitMax of the feature's class.

@@ -98,9 +98,9 @@ class NU_EXPORT CNuAssociationReport {
   double GetSurfaceUncertainty(const CNuPoint& place) const;
 
   // NuDetailContacts, of the other criteria without a side of material. The points that hold the feature come first:
-  // those with a multiplier, which is never negative, and of which the sum is 1. It is by how much the zone or the
-  // radius grows with a move of the point outwards. Others only touch a boundary. Side is 1 on the outer boundary and
-  // -1 on the inner one.
+  // those with a multiplier, which is never negative, and of which the sum is 1. It is by how much half of the zone, or
+  // the radius, grows with a move of the point outwards. Others only touch a boundary. Side is 1 on the outer boundary
+  // and -1 on the inner one.
   int GetNumberContacts() const;
   const CNuIntArray& GetContactPoints() const;
   const CNuIntArray& GetContactSides() const;

@@ -173,25 +173,6 @@ FittedFeature FitSides(const ScaledFit& fit, const FreeUnknowns& free, const Fea
   }
 }
 
-// The unknown that moves all deviations alike, none for curves and conics.
-Unknown OffsetOf(FeatureKind kind) {
-  switch (kind) {
-    case FeatureKind::lineInPlane:
-      return kShiftY;
-    case FeatureKind::plane:
-      return kShiftZ;
-    case FeatureKind::circle:
-    case FeatureKind::sphere:
-    case FeatureKind::cylinder:
-    case FeatureKind::cone:
-      return kSize0;
-    case FeatureKind::torus:
-      return kSize1;
-    default:
-      return ::nu::engine::association::kUnknowns;
-  }
-}
-
 // Takes `by` off all deviations.
 Feature WithOffset(const Feature& feature, double by) {
   double step[::nu::engine::association::kUnknowns] = {};

@@ -38,25 +38,6 @@ constexpr int kMostActive = kUnknowns + 2;
 constexpr int kComponents = kUnknowns + 1;
 constexpr int kMiddle = kUnknowns;
 
-// The unknown that moves the boundary along its normal everywhere; kUnknowns for features without one.
-Unknown OffsetOf(FeatureKind kind) {
-  switch (kind) {
-    case FeatureKind::lineInPlane:
-      return kShiftY;
-    case FeatureKind::plane:
-      return kShiftZ;
-    case FeatureKind::circle:
-    case FeatureKind::sphere:
-    case FeatureKind::cylinder:
-    case FeatureKind::cone:
-      return kSize0;
-    case FeatureKind::torus:
-      return kSize1;
-    default:
-      return kUnknowns;
-  }
-}
-
 struct Extremes {
   double high = -kInfinity;
   double low = kInfinity;

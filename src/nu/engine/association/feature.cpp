@@ -392,6 +392,24 @@ UnknownMask AnglesOf(FeatureKind kind) {
   return UnknownsOf(kind) & (Bits({kTiltX, kTiltY, kTurn}) | sizes);
 }
 
+Unknown OffsetOf(FeatureKind kind) {
+  switch (kind) {
+    case FeatureKind::lineInPlane:
+      return kShiftY;
+    case FeatureKind::plane:
+      return kShiftZ;
+    case FeatureKind::circle:
+    case FeatureKind::sphere:
+    case FeatureKind::cylinder:
+    case FeatureKind::cone:
+      return kSize0;
+    case FeatureKind::torus:
+      return kSize1;
+    default:
+      return kUnknowns;
+  }
+}
+
 Feature Moved(const Feature& feature, const double (&step)[kUnknowns]) {
   Feature moved = feature;
   AxisFrame& frame = moved.frame;

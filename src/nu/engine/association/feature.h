@@ -47,6 +47,10 @@ struct Feature {
 
 // Those that move the feature, none of them to the same effect as others: three for a plane, five for a cylinder, ...
 UnknownMask UnknownsOf(FeatureKind kind);
+
+// The unknown that moves the boundary along its normal everywhere, and so all deviations alike; kUnknowns for features
+// without one.
+Unknown OffsetOf(FeatureKind kind);
 // Those of them that are angles, in radians; the others are lengths.
 UnknownMask AnglesOf(FeatureKind kind);
 
