@@ -55,8 +55,8 @@ class NU_EXPORT CNuAssociationReport {
   // NuDetailForm. ISO 12181, 12780, 12781 and 12180 name them RONt, STRt, FLTt and CYLt with p, v and q in place of t.
   // Peak is the largest deviation and valley the magnitude of the smallest, or 0 where all points lie on the other
   // side; form is their sum T, and that of a line in space the diameter of the cylinder that holds the points. Of a
-  // minimum zone it is the width. Q is the root of the mean of the squared deviations, weighted where there are
-  // weights, and the sum that of the squares times the weights, which is what least squares minimise.
+  // minimum zone it is the width. Q is the root of the mean of the squared deviations. The sum is that of
+  // the squares times the weights, which is what least squares minimise; the other values do not count weights.
   double GetForm() const;
   double GetPeak() const;
   double GetValley() const;
