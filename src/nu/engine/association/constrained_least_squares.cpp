@@ -25,7 +25,6 @@ namespace nu::engine::association {
 namespace {
 
 constexpr int K = kUnknowns;
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // A step has to bring this part of what it promised; the bound on the next one follows.
