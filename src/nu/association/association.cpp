@@ -49,7 +49,7 @@ StartFeature StartOf(const Class& start, const char* where) {
 
 CNuAssociation::CNuAssociation(const CNuPointArray& points) : m_state(StateOf(ViewOf(points))) {}
 
-CNuAssociation::CNuAssociation(const double* xyz, int count, std::ptrdiff_t stride)
+CNuAssociation::CNuAssociation(const double* xyz, int count, int stride)
     : m_state(StateOf(BlockView(xyz, count, stride, "CNuAssociation"))) {}
 
 CNuAssociation::CNuAssociation(const CNuAssociation& other)

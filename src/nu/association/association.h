@@ -1,7 +1,6 @@
 #ifndef NU_ASSOCIATION_ASSOCIATION_H
 #define NU_ASSOCIATION_ASSOCIATION_H
 
-#include <cstddef>
 #include <memory>
 
 #include "nu/association/association_report.h"
@@ -51,7 +50,7 @@ class NU_EXPORT CNuAssociation {
   // The same for a block of `count` points: x, y, z of point i at xyz[i * stride], stride >= 3.
   // Fails with CNuOperationException ("association", "CNuAssociation"):
   //   1  count is negative, xyz is null with a count above 0, or stride is below 3
-  CNuAssociation(const double* xyz, int count, std::ptrdiff_t stride = 3);
+  CNuAssociation(const double* xyz, int count, int stride = 3);
   CNuAssociation(const CNuAssociation& other);
   CNuAssociation& operator=(const CNuAssociation& other);
   ~CNuAssociation();
@@ -66,7 +65,7 @@ class NU_EXPORT CNuAssociation {
   //   1  as the constructor of a block     14  more points than an int can count
   //   3  the index of a point to remove, with the range     41  a point to remove that is not among the points
   void Add(const CNuPointArray& points);
-  void Add(const double* xyz, int count, std::ptrdiff_t stride = 3);
+  void Add(const double* xyz, int count, int stride = 3);
   void Remove(const CNuIntArray& indices);
   // Each point removes one of the same coordinates, the first of them.
   void Remove(const CNuPointArray& points);

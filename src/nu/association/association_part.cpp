@@ -35,7 +35,7 @@ Sums SumsOf(PointView points, const CNuGeometry& geometry, const CNuPoint& middl
   });
 }
 
-PointView BlockView(const double* xyz, int count, std::ptrdiff_t stride) {
+PointView BlockView(const double* xyz, int count, int stride) {
   if (count < 0 || (xyz == nullptr && count > 0) || stride < 3) FailOperation(NuOperationDomain, kWhat, kPart);
   return {xyz, static_cast<std::size_t>(stride) * sizeof(double), static_cast<std::size_t>(count)};
 }
@@ -56,7 +56,7 @@ bool IsSame(const PartRequest& a, const PartRequest& b) {
 CNuAssociationPart::CNuAssociationPart() = default;
 CNuAssociationPart::CNuAssociationPart(const CNuPointArray& points, const CNuGeometry& feature, const CNuPoint& middle)
     : m_sums(SumsOf(ViewOf(points), feature, middle)) {}
-CNuAssociationPart::CNuAssociationPart(const double* xyz, int count, std::ptrdiff_t stride, const CNuGeometry& feature,
+CNuAssociationPart::CNuAssociationPart(const double* xyz, int count, int stride, const CNuGeometry& feature,
                                        const CNuPoint& middle)
     : m_sums(SumsOf(BlockView(xyz, count, stride), feature, middle)) {}
 CNuAssociationPart::CNuAssociationPart(Sums sums) : m_sums(std::move(sums)) {}

@@ -34,8 +34,7 @@ class NU_EXPORT CNuAssociationPart {
   // all parts that are to be joined. Fails with CNuOperationException ("association", "CNuAssociationPart"):
   //   45  no such feature     1  count, xyz or stride as for CNuAssociation
   CNuAssociationPart(const CNuPointArray& points, const CNuGeometry& feature, const CNuPoint& middle);
-  CNuAssociationPart(const double* xyz, int count, std::ptrdiff_t stride, const CNuGeometry& feature,
-                     const CNuPoint& middle);
+  CNuAssociationPart(const double* xyz, int count, int stride, const CNuGeometry& feature, const CNuPoint& middle);
   CNuAssociationPart(const CNuAssociationPart&);
   CNuAssociationPart& operator=(const CNuAssociationPart&);
   ~CNuAssociationPart();

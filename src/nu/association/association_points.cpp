@@ -80,7 +80,7 @@ void CNuAssociation::Add(const CNuPointArray& points) {
   Join(ViewOf(points), {}, "Add", m_state.get());
 }
 
-void CNuAssociation::Add(const double* xyz, int count, std::ptrdiff_t stride) {
+void CNuAssociation::Add(const double* xyz, int count, int stride) {
   Join(BlockView(xyz, count, stride, "Add"), {}, "Add", m_state.get());
 }
 

@@ -179,8 +179,8 @@ CNuCertificateVerdict CNuCertificate::Check(const CNuPointArray& points, const C
   return CNuCertificateVerdict(FindProof({*this, m_fixed, fixedPoint}, ViewOf(points), feature, length));
 }
 
-CNuCertificateVerdict CNuCertificate::Check(const double* xyz, int count, std::ptrdiff_t stride,
-                                            const CNuGeometry& feature, double length) const {
+CNuCertificateVerdict CNuCertificate::Check(const double* xyz, int count, int stride, const CNuGeometry& feature,
+                                            double length) const {
   if (count < 0 || (xyz == nullptr && count > 0) || stride < 3) FailOperation(NuOperationDomain, kWhat, kCheck);
   const PointView points(xyz, static_cast<std::size_t>(stride) * sizeof(double), static_cast<std::size_t>(count));
   const Vec3 fixedPoint = Components(m_point);

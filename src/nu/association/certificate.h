@@ -1,8 +1,6 @@
 #ifndef NU_ASSOCIATION_CERTIFICATE_H
 #define NU_ASSOCIATION_CERTIFICATE_H
 
-#include <cstddef>
-
 #include "nu/association/criteria.h"
 #include "nu/export.h"
 #include "nu/foundation/boolean.h"
@@ -112,7 +110,7 @@ class NU_EXPORT CNuCertificate {
   //   3  the index of a contact     45  no such feature; a circumscribed or inscribed line, plane or cone
   CNuCertificateVerdict Check(const CNuPointArray& points, const CNuGeometry& feature, double length) const;
   // Points as x, y, z of point i at xyz[i * stride].
-  CNuCertificateVerdict Check(const double* xyz, int count, std::ptrdiff_t stride, const CNuGeometry& feature,
+  CNuCertificateVerdict Check(const double* xyz, int count, int stride, const CNuGeometry& feature,
                               double length) const;
 
  private:
