@@ -73,6 +73,8 @@ class OwnCellFinder {
     cell.Unknowns(x);
     const typename Model::template Deviations<FirstOrder<N>> deviation(cell.chart, x, m_reach);
     for (const Vec3& p : m_contacts.outer) visit(deviation(p), 1.0);
+    // What is near the least deviation holds a zone, and nothing else.
+    if (!Model::kIsLevelled) return;
     for (const Vec3& p : m_contacts.inner) visit(deviation(p), -1.0);
   }
 
