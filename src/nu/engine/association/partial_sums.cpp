@@ -19,13 +19,13 @@
 #include "nu/engine/association/partial_sums.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 
 #include "nu/engine/association/feature_kernels.h"
 #include "nu/engine/association/scaled_fit.h"
+#include "nu/engine/base/bits.h"
 #include "nu/engine/base/compensated_sum.h"
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/linear/small_cholesky.h"
@@ -267,7 +267,7 @@ class Writer {
   void operator()(std::uint64_t value) {
     for (int k = 0; k < 8; ++k) m_bytes.push_back(static_cast<unsigned char>(value >> (8 * k) & 0xFFU));
   }
-  void operator()(double value) { (*this)(std::bit_cast<std::uint64_t>(value)); }
+  void operator()(double value) { (*this)(BitsOf(value)); }
   std::vector<unsigned char> Finish() {
     (*this)(CheckSum(m_bytes.data(), m_bytes.size()));
     return std::move(m_bytes);
@@ -292,7 +292,7 @@ class Reader {
   void operator()(double& value) {
     std::uint64_t bits = 0;
     (*this)(bits);
-    value = std::bit_cast<double>(bits);
+    value = FromBits(bits);
   }
   bool IsAtEnd() const { return m_isWhole && m_at == m_end; }
 
