@@ -14,7 +14,7 @@ struct Certificate;
 }  // namespace nu::engine::association
 
 // The checks of a certificate, in their order. Each is made when those before it hold.
-enum ENuCertificateCheck {
+enum ENuCertificateCheck : int {
   NuCertificateHolds = 0,
   NuCertificateFinite = 1,       // a coordinate or the feature is not finite, or there is no point
   NuCertificateBoundary = 2,     // a point is outside of the feature

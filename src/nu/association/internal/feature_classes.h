@@ -19,8 +19,9 @@
 // The classes of the features as the engine knows them, and what an association can ask of each.
 namespace nu::internal {
 
+// None of what is no criterion.
 constexpr unsigned Has(ENuCriterion criterion) {
-  return 1U << criterion;
+  return criterion >= NuLeastSquares && criterion <= NuMaximumInscribed ? 1U << criterion : 0U;
 }
 inline constexpr unsigned kLeastSquaresOnly = Has(NuLeastSquares);
 inline constexpr unsigned kWithZone = kLeastSquaresOnly | Has(NuMinimumZone);

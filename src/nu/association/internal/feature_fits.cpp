@@ -9,8 +9,7 @@ namespace {
 
 bool Accepts(const AssociationState& state, const FeatureRules& rules, ENuCriterion criterion) {
   const AssociationOptions& options = state.options;
-  if (criterion < NuLeastSquares || criterion > NuMaximumInscribed || (rules.criteria & Has(criterion)) == 0)
-    return false;
+  if ((rules.criteria & Has(criterion)) == 0) return false;
   const bool isTorus = rules.type == CNuObject::NuTypeTorSurf;
   if (!options.weights.empty() && criterion != NuLeastSquares) return false;
   if (options.side != NuEitherSide && criterion != NuLeastSquares && criterion != NuMinimumZone) return false;
