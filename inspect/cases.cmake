@@ -1,5 +1,6 @@
 # Runs the program on good and bad input: cmake -DPROGRAM=... -DPARTS=data/parts -DSCRATCH=directory -P cases.cmake;
-# EMULATOR starts programs of another platform, which takes seconds: there, only what may differ by platform is run.
+# READS_GZIP says whether it was built with zlib; EMULATOR starts programs of another platform, which takes seconds:
+# there, only what may differ by platform is run.
 cmake_minimum_required(VERSION 3.25)
 set(own ${SCRATCH}-native)
 file(REMOVE_RECURSE ${SCRATCH} ${own})
@@ -116,6 +117,32 @@ expect_text(0 "${plane}" "% id x y z\n1 1 2 3\n2 4 5 9\n3 7 8 1\n")
 expect_text(0 "${plane}" "a 1 2 3\nb 4 5 9\nc 7 8 1\n" --columns 2,3,4)
 expect_text(0 "${plane}" "1st line\n+1. 2e0 .3e1 0 0 1\n4 5 9 0 0 1\n7 8 1 0 0 1\n" --skip 1)
 expect_text(0 "point z +0\\.0+ " "1 2\n4 5\n7 9\n")
+
+# Point clouds: three points each, behind other elements, among other numbers, beside points without coordinates.
+set(clouds ${CMAKE_CURRENT_LIST_DIR}/clouds)
+set(cloud "point x +4\\.0+ .*point y +5\\.0+ .*point z +4\\.333333")
+expect_everywhere(0 "unit +mm .as the header says.*${cloud}.*on the upper side +point [123]" ${clouds}/little.ply --feature plane --criterion mz)
+expect_everywhere(0 "columns +2 .x., 3 .y., 4 .z..*${cloud}" ${clouds}/big.ply --feature plane)
+expect_everywhere(0 "left out +57 points without.*unit +in.*${cloud}" ${clouds}/compressed.pcd --feature plane --unit in)
+set(input clouds/rows.pcd)
+run(${CMAKE_CURRENT_LIST_DIR} 0 "${cloud}" - --feature plane)
+unset(input)
+if(READS_GZIP)
+  expect_everywhere(0 "${cloud}" ${clouds}/parts.txt.gz --feature plane)
+else()
+  expect_everywhere(2 "parts.txt.gz: compressed by gzip, and this program was built without zlib" ${clouds}/parts.txt.gz --feature plane)
+endif()
+set(ply "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\nend_header\n")
+set(pcd "# .PCD v0.7\nVERSION 0.7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nWIDTH 4\nHEIGHT 1\nDATA ascii\n")
+expect_text(0 "${cloud}" "${ply}1 2 3\n4 5 9\n7 8 1\n")
+expect_text(0 "left out +1 points.*${cloud}" "${pcd}1 2 3\n4 5 9\n7 8 1\nnan nan nan\n" --unit mm)
+expect_text(2 "points.txt: ends after 2 of 3 points" "${ply}1 2 3\n4 5 9\n")
+expect_text(2 "points.txt:9: expected 3 numbers as the header says, found 2" "${ply}1 2 3\n4 5\n7 8 1\n")
+expect_text(2 "points.txt:9: column 2: 'y' is not a number" "${pcd}1 y 3\n")
+expect_text(2 "points.txt:2: unknown format 'ascii 2.0'" "ply\nformat ascii 2.0\n")
+expect_text(2 "points.txt:2: 'many' is not a number of things" "ply\nelement vertex many\n")
+expect_text(2 "the header names no x, y and z; found u v" "ply\nformat ascii 1.0\nelement vertex 1\nproperty float u\nproperty float v\nend_header\n1 2\n")
+expect_text(2 "SIZE has 1 words, FIELDS 3" "VERSION 0.7\nFIELDS x y z\nSIZE 4\nDATA binary\n")
 
 # Columns and units that the header names, or the user.
 set(both "No,NomX,NomY,NomZ,ActX,ActY,ActZ\n1,0,0,0,1,2,3\n2,1,0,0,4,5,9\n3,0,1,0,7,8,1\n")

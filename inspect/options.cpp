@@ -189,7 +189,8 @@ std::string HelpText() {
   return text +
          "\nFILE holds one point per line: two or three coordinates separated by semicolons, commas, tabs or blanks.\n"
          "Empty lines, comments (# // ; ! %) and text before the first point are skipped; a header that names the\n"
-         "columns x, y and z, and their unit, is followed. Other columns are passed over.\n\n" +
+         "columns x, y and z, and their unit, is followed. Other columns are passed over. Point clouds (PLY, PCD) are\n"
+         "read too, and what gzip has compressed.\n\n" +
          AvailableFits() +
          "\n\nExit code: 0 within tolerance or none given, 1 out of tolerance, 2 bad input or usage, 3 fit failed; of "
          "several\nresults the gravest: 2, then 3, then 1.\n";

@@ -301,6 +301,11 @@ bool IsWordUnit(std::string_view word) {
 
 }  // namespace
 
+std::string Layout::Problem(const LengthUnit* given) const {
+  if (!problem.empty() || given != nullptr || unknownUnit.empty()) return problem;
+  return "the header states the unknown unit '" + Printable(unknownUnit) + "'; give --unit " + UnitNames();
+}
+
 void Header::Add(std::string_view line) {
   constexpr std::size_t kMostLines = 16;
   constexpr std::size_t kLongestStatement = 200;

@@ -21,6 +21,9 @@ struct Layout {
   const LengthUnit* unit = nullptr;
   std::string unknownUnit;  // what the header says in place of a unit
   std::string problem;      // why the columns cannot be told, as a sentence that says what to do; mostly empty
+
+  // Why points cannot be read so; empty if they can. `given` is the unit that the user gave, null for none.
+  std::string Problem(const LengthUnit* given) const;
 };
 
 // The lines of a point file before its first point.

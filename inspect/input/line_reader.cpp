@@ -1,8 +1,6 @@
 #include "input/line_reader.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 
 #include "input/point_file.h"
 #include "text.h"
@@ -15,11 +13,7 @@ constexpr std::size_t kLongestLine = std::size_t{1} << 16;
 
 }  // namespace
 
-LineReader::LineReader(const std::string& path)
-    : m_name(path == "-" ? "standard input" : Printable(path)),
-      m_file(path == "-" ? stdin : std::fopen(path.c_str(), "rb")),
-      m_buffer(kBufferSize) {
-  if (!m_file) throw InputError(m_name + ": cannot be opened: " + std::strerror(errno));
+LineReader::LineReader(const std::string& path) : m_source(path), m_buffer(kBufferSize) {
   FillBuffer();
   SkipMark();
 }
@@ -28,7 +22,7 @@ void LineReader::SkipMark() {
   const std::string_view start(m_buffer.data(), m_end);
   if (start.starts_with("\xEF\xBB\xBF")) m_begin = 3;
   if (start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF")) {
-    throw InputError(m_name + ": UTF-16 text; expected UTF-8 or plain ASCII, export it as such");
+    throw InputError(Name() + ": UTF-16 text; expected UTF-8 or plain ASCII, export it as such");
   }
 }
 
@@ -37,8 +31,7 @@ bool LineReader::FillBuffer() {
   std::copy(m_buffer.begin() + m_begin, m_buffer.begin() + m_end, m_buffer.begin());
   m_end -= m_begin;
   m_begin = 0;
-  const std::size_t count = std::fread(m_buffer.data() + m_end, 1, m_buffer.size() - m_end, m_file.get());
-  if (std::ferror(m_file.get()) != 0) throw InputError(m_name + ": cannot be read: " + std::strerror(errno));
+  const std::size_t count = m_source.Read(m_buffer.data() + m_end, m_buffer.size() - m_end);
   m_end += count;
   return count > 0;
 }
@@ -49,7 +42,7 @@ std::size_t LineReader::FindLineEnd() {
   for (;;) {
     while (at < m_end && m_buffer[at] != '\n' && m_buffer[at] != '\r') ++at;
     if (at - m_begin > kLongestLine) {
-      throw InputError(m_name + ":" + std::to_string(m_lineNumber) + ": longer than " + std::to_string(kLongestLine) +
+      throw InputError(Name() + ":" + std::to_string(m_lineNumber) + ": longer than " + std::to_string(kLongestLine) +
                        " characters; expected one point per line");
     }
     if (at < m_end) return at;
@@ -60,20 +53,41 @@ std::size_t LineReader::FindLineEnd() {
   }
 }
 
-bool LineReader::Next(std::string_view* line) {
+// The second half of a line end of two characters; false at the end of the file.
+bool LineReader::SkipLineFeed() {
   if (m_begin == m_end && !FillBuffer()) return false;
   if (m_afterCarriageReturn && m_buffer[m_begin] == '\n') {
+    m_endsAreCrLf = true;
     ++m_begin;
-    m_afterCarriageReturn = false;
-    return Next(line);
   }
+  m_afterCarriageReturn = false;
+  return m_begin < m_end || FillBuffer();
+}
+
+bool LineReader::Next(std::string_view* line) {
+  if (!SkipLineFeed()) return false;
   ++m_lineNumber;
   const std::size_t end = FindLineEnd();
   *line = std::string_view(m_buffer.data() + m_begin, end - m_begin);
   m_afterCarriageReturn = end < m_end && m_buffer[end] == '\r';
   m_begin = std::min(end + 1, m_end);
   if (line->find('\0') != std::string_view::npos) {
-    throw InputError(m_name + ":" + std::to_string(m_lineNumber) + ": holds a NUL byte; expected text");
+    throw InputError(Name() + ":" + std::to_string(m_lineNumber) + ": holds a NUL byte; expected text");
+  }
+  return true;
+}
+
+bool LineReader::ReadBytes(char* to, std::size_t count) {
+  // A byte that happens to be a line feed belongs to the data where lines end with CR alone.
+  if (m_afterCarriageReturn && m_endsAreCrLf) SkipLineFeed();
+  m_afterCarriageReturn = false;
+  while (count > 0) {
+    if (m_begin == m_end && !FillBuffer()) return false;
+    const std::size_t part = std::min(count, m_end - m_begin);
+    std::copy_n(m_buffer.begin() + static_cast<std::ptrdiff_t>(m_begin), part, to);
+    m_begin += part;
+    to += part;
+    count -= part;
   }
   return true;
 }

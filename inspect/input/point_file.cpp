@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string_view>
 
+#include "input/cloud.h"
 #include "input/fields.h"
 #include "input/line_reader.h"
 #include "text.h"
@@ -11,8 +12,6 @@
 namespace {
 
 constexpr std::size_t kLongestExcerpt = 40;
-// No length is longer in any unit, and squares of it, summed, stay finite.
-constexpr double kLargestCoordinate = 1e100;
 
 // Text behind the marker of a comment line; `line` itself if it is none.
 std::string_view CommentText(std::string_view line) {
@@ -35,7 +34,7 @@ std::string Complaint(std::string_view field, bool wellFormed, bool decimalComma
 
 class PointFileParser {
  public:
-  PointFileParser(const std::string& path, const PointFileOptions& options) : m_options(options), m_reader(path) {}
+  PointFileParser(LineReader& reader, const PointFileOptions& options) : m_options(options), m_reader(reader) {}
 
   PointFile Parse() {
     for (std::string_view line; m_reader.Next(&line);) {
@@ -95,16 +94,9 @@ class PointFileParser {
     if (m_fields.size() < needed) {
       Fail("expected at least " + std::to_string(needed) + " columns, found " + std::to_string(m_fields.size()));
     }
-    if (!layout.problem.empty()) Fail(layout.problem);
-    if (m_options.unit == nullptr && !layout.unknownUnit.empty()) {
-      Fail("the header states the unknown unit '" + Printable(layout.unknownUnit) + "'; give --unit " + UnitNames());
-    }
+    if (const std::string problem = layout.Problem(m_options.unit); !problem.empty()) Fail(problem);
     m_columnsChosen = layout.chosen;
-    m_file.columns = layout.columns;
-    const bool given = m_options.unit != nullptr;
-    const bool stated = layout.unit != nullptr;
-    m_file.unit = given ? m_options.unit : stated ? layout.unit : &kMillimetre;
-    m_file.unitSource = given ? "--unit" : stated ? "header" : "assumed";
+    TakeColumns(layout, m_options, &m_file);
   }
 
   void TakePoint() {
@@ -157,7 +149,7 @@ class PointFileParser {
   }
 
   const PointFileOptions& m_options;
-  LineReader m_reader;
+  LineReader& m_reader;
   PointFile m_file;
   Header m_header;
   std::string m_withPoint;
@@ -171,6 +163,17 @@ class PointFileParser {
 
 }  // namespace
 
+void TakeColumns(const Layout& layout, const PointFileOptions& options, PointFile* file) {
+  const bool given = options.unit != nullptr;
+  const bool stated = layout.unit != nullptr;
+  file->columns = layout.columns;
+  file->unit = given ? options.unit : stated ? layout.unit : &kMillimetre;
+  file->unitSource = given ? "--unit" : stated ? "header" : "assumed";
+}
+
 PointFile ReadPointFile(const std::string& path, const PointFileOptions& options) {
-  return PointFileParser(path, options).Parse();
+  LineReader reader(path);
+  if (IsPly(reader)) return ReadPly(reader, options);
+  if (IsPcd(reader)) return ReadPcd(reader, options);
+  return PointFileParser(reader, options).Parse();
 }

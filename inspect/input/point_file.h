@@ -27,21 +27,31 @@ struct PointFileOptions {
 
 struct PointFile {
   std::vector<Vec3> points;
-  std::vector<std::size_t> lines;  // where each point stands, counted from 1
+  std::vector<std::size_t> lines;  // where each point stands, counted from 1: its line, or its place among the points
+  const char* place = "line";      // or "point", in a binary file
+  std::size_t leftOut = 0;         // points of a cloud that hold no coordinates (NaN)
   std::vector<Column> columns;
   const LengthUnit* unit = &kMillimetre;
   const char* unitSource = "";  // "--unit", "header" or "assumed"
 };
 
-// Reads the points of a text file as measuring software exports it (CSV, XYZ, ASC); "-" is standard input.
+// No length is longer in any unit, and squares of it, summed, stay finite.
+inline constexpr double kLargestCoordinate = 1e100;
+
+// Notes which columns are read and in what unit.
+void TakeColumns(const Layout& layout, const PointFileOptions& options, PointFile* file);
+
+// Reads the points of a text file as measuring software exports it (CSV, XYZ, ASC), or of a point cloud in the formats
+// PLY and PCD, which are known by their first line; what gzip has compressed is read as well. "-" is standard input.
 //
-// One point per line, two or three coordinates (z = 0 for two), separated by semicolons, commas, tabs or blanks; which
-// of them, the first point's line decides, and every line has as many columns as that one. Skipped are empty lines,
-// comments (# // ; ! %), text before the first point and a lone point count there. Byte order mark, quotes around
-// fields and any line end are understood. The columns are those that the user or the header names, else the first.
+// Text: one point per line, two or three coordinates (z = 0 for two), separated by semicolons, commas, tabs or blanks;
+// which of them, the first point's line decides, and every line has as many columns as that one. Skipped are empty
+// lines, comments (# // ; ! %), text before the first point and a lone point count there. Byte order mark, quotes
+// around fields and any line end are understood. The columns are those that the user or the header names, else the
+// first.
 //
 // Throws InputError: unreadable, not text, no points, a line after the first point that is not a point, a header that
-// leaves open which columns hold the coordinates, units that are unknown or differ.
+// leaves open which columns hold the coordinates, units that are unknown or differ, a cloud that ends too early.
 PointFile ReadPointFile(const std::string& path, const PointFileOptions& options);
 
 #endif

@@ -113,7 +113,7 @@ void AddContactRows(const Inspection& inspection, const PointFile& file, std::ve
     std::size_t count = 0;
     for (const Contact& contact : inspection.contacts) {
       if (contact.outer != outer || ++count > kMostLines) continue;
-      text += (text.empty() ? "line " : ", ") + std::to_string(file.lines[contact.index]);
+      text += (text.empty() ? std::string(file.place) + " " : ", ") + std::to_string(file.lines[contact.index]);
     }
     if (count > kMostLines) text += ", ...";
     if (count > 0) rows->push_back({"on the " + BoundaryName(inspection, outer), text, ""});
@@ -182,11 +182,14 @@ std::vector<Row> ReportRows(const Inspection& inspection, const ReportContext& c
       {"criterion", terms.criterion + ", " + terms.letter + " in ISO 1101", ""},
       {"reference", terms.reference, ""},
       {"points", std::to_string(inspection.deviations.size()), ""},
+      {"left out", std::to_string(context.points->leftOut) + " points without coordinates (NaN)", ""},
       {"columns", ColumnsText(*context.points), ""},
       {"unit", UnitText(*context.points), ""},
       {"filter", "none, unfiltered", ""},
   };
-  if (terms.reference.empty()) rows.erase(rows.begin() + 2);
+  std::erase_if(rows, [&](const Row& row) {
+    return (row.name == "reference" && row.value.empty()) || (row.name == "left out" && context.points->leftOut == 0);
+  });
   for (const Parameter& parameter : inspection.parameters) AddParameterRows(parameter, unit, &rows);
   AddFormRows(inspection, context, &rows);
   AddUncertaintyRows(inspection, unit, &rows);
