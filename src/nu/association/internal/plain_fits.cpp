@@ -1,48 +1,8 @@
 #include "nu/association/internal/plain_fits.h"
 
-#include "nu/curves/internal/circle_fits.h"
-#include "nu/curves/internal/conic_fit.h"
-#include "nu/geometry/internal/conversions.h"
-#include "nu/geometry/internal/line_fits.h"
-#include "nu/geometry/internal/plane_fits.h"
-#include "nu/surfaces/internal/surface_fits.h"
+#include "nu/association/internal/feature_access.h"
 
 namespace nu::internal {
-
-// Constructors would normalise the directions once more.
-struct FeatureAccess {
-  static void Put(const Line3& found, CNuLine* line) {
-    line->m_point = ToPoint(found.point);
-    line->m_direction = ToVector(found.direction);
-  }
-  static void Put(const Plane3& found, CNuPlane* plane) {
-    plane->m_point = ToPoint(found.point);
-    plane->m_normal = ToVector(found.normal);
-  }
-  static void Put(const PlacedCircle& found, CNuCircle* circle) {
-    circle->Place(found.radius, ToPoint(found.centre), ToVector(found.xAxis), ToVector(found.normal));
-  }
-  template<class Conic>
-  static void Put(const FittedConic& found, Conic* conic) {
-    conic->SetPosition(ToPoint(found.origin), ToVector(found.xAxis), ToVector(found.normal));
-    if constexpr (std::is_same_v<Conic, CNuParabola>) {
-      conic->m_f = found.a;
-    } else {
-      conic->m_a = found.a;
-      conic->m_b = found.b;
-    }
-  }
-  static void Put(const Sphere3& found, CNuSphSurf* sphere) { sphere->Place(found.radius, ToPoint(found.centre)); }
-  static void Put(const Cylinder3& found, CNuCylSurf* cylinder) {
-    cylinder->Place(found.radius, ToPoint(found.axis.point), ToVector(found.axis.direction));
-  }
-  static void Put(const Cone3& found, CNuConSurf* cone) {
-    cone->Place(DegreesOf(found), ToPoint(StoredApex(found)), ToVector(found.axis.direction));
-  }
-  static void Put(const Torus3& found, CNuTorSurf* torus) {
-    torus->Place(found.majorRadius, found.minorRadius, ToPoint(found.centre), ToVector(found.axis));
-  }
-};
 
 namespace {
 

@@ -16,7 +16,37 @@ void ToFileOrder(unsigned char* bytes) {
   if constexpr (std::endian::native == std::endian::big) std::reverse(bytes, bytes + sizeof(T));
 }
 
+#ifdef _WIN32
+thread_local bool namesAreUtf8 = false;
+
+// A path of no characters for a name that is not UTF-8, which no file has.
+std::filesystem::path PathOf(const char* fileName) {
+  if (!namesAreUtf8) return fileName;
+  try {
+    return reinterpret_cast<const char8_t*>(fileName);
+  } catch (const std::system_error&) {
+    return {};
+  }
+}
+#else
+const char* PathOf(const char* fileName) {
+  return fileName;
+}
+#endif
+
 }  // namespace
+
+#ifdef _WIN32
+Utf8FileNames::Utf8FileNames() {
+  namesAreUtf8 = true;
+}
+Utf8FileNames::~Utf8FileNames() {
+  namesAreUtf8 = false;
+}
+#else
+Utf8FileNames::Utf8FileNames() = default;
+Utf8FileNames::~Utf8FileNames() = default;
+#endif
 
 void WriteInt(std::ostream& out, int value) {
   const std::int32_t number = value;
@@ -42,8 +72,8 @@ BinaryFileWriter::BinaryFileWriter(const char* fileName) {
     return;
   }
   std::error_code error;
-  m_exists = std::filesystem::exists(fileName, error);
-  m_file.open(fileName, std::ios::binary | std::ios::trunc);
+  m_exists = std::filesystem::exists(PathOf(fileName), error);
+  m_file.open(PathOf(fileName), std::ios::binary | std::ios::trunc);
 }
 
 void BinaryFileWriter::Tag(const char* tag, int length) {
@@ -76,7 +106,7 @@ BinaryFileReader::BinaryFileReader(const char* fileName) {
     m_file.setstate(std::ios::failbit);
     return;
   }
-  m_file.open(fileName, std::ios::binary);
+  m_file.open(PathOf(fileName), std::ios::binary);
 }
 
 bool BinaryFileReader::Tag(const char* tag, int length) {

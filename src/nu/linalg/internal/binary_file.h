@@ -16,6 +16,16 @@ inline constexpr int kTagLength = 7;
 void WriteInt(std::ostream& out, int value);
 bool ReadInt(std::istream& in, int* value);
 
+// While one lives, the file names of its thread are UTF-8. Otherwise they are in the encoding of the platform, which
+// makes a difference on Windows alone.
+class Utf8FileNames {
+ public:
+  Utf8FileNames();
+  Utf8FileNames(const Utf8FileNames&) = delete;
+  Utf8FileNames& operator=(const Utf8FileNames&) = delete;
+  ~Utf8FileNames();
+};
+
 class BinaryFileWriter {
  public:
   enum class Outcome { kWritten, kNotOpened, kReadOnly };
