@@ -55,6 +55,7 @@ class NU_EXPORT CNuAssociation {
   CNuAssociation& operator=(const CNuAssociation& other);
   ~CNuAssociation();
 
+  // The number of points as they are now, after additions and removals.
   int GetNumberPoints() const;
 
   // More or fewer points. The first change takes a copy of the points, and the caller's are needed no longer. Weights
@@ -69,12 +70,14 @@ class NU_EXPORT CNuAssociation {
   void Remove(const CNuIntArray& indices);
   // Each point removes one of the same coordinates, the first of them.
   void Remove(const CNuPointArray& points);
+  // Adds the points of the other association, as above.
   void Merge(const CNuAssociation& other);
 
   // One weight per point, of its squared deviation: n times the weight is the same as the point n times, and a weight
   // of 0 leaves the point out. Least squares only. Fails with CNuOperationException ("association", the operation):
   //   5  their number is not that of the points     1  one is negative or not finite, or none is positive
   void SetWeights(const CNuDoubleArray& weights);
+  // All weights are 1 again.
   void ReleaseWeights();
 
   // Parameters that keep their value. The radius: of a circle, sphere or cylinder, the minor one of a torus. The
@@ -90,6 +93,7 @@ class NU_EXPORT CNuAssociation {
   void FixSemiAngle(double semiAngle);
   void FixDirection(const CNuVector& direction);
   void FixPoint(const CNuPoint& point);
+  // The parameter is free again.
   void ReleaseRadius();
   void ReleaseMajorRadius();
   void ReleaseSemiAngle();
@@ -111,6 +115,7 @@ class NU_EXPORT CNuAssociation {
   void StartFrom(const CNuCylSurf& start);
   void StartFrom(const CNuConSurf& start);
   void StartFrom(const CNuTorSurf& start);
+  // The start of the plain fits again.
   void ReleaseStart();
 
   // The `maxIter` of the plain fits; 1000 unless set. Fails with CNuOperationException: cause 1, below 1.

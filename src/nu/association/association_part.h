@@ -76,11 +76,13 @@ class NU_EXPORT CNuAssociationPart {
 // that Fit returns; of the others, none on the wrong side of the feature.
 class NU_EXPORT CNuAssociationCandidates {
  public:
+  // Of no points.
   CNuAssociationCandidates();
   CNuAssociationCandidates(const CNuAssociationCandidates&);
   CNuAssociationCandidates& operator=(const CNuAssociationCandidates&);
   ~CNuAssociationCandidates();
 
+  // Adds the points of a part, all joined ones, that may hold the feature.
   void Add(const CNuAssociationPart& joined);
 
   // The optimum of the candidates next to the feature, which it replaces; returns half of its zone, or its radius.

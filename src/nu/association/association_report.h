@@ -29,9 +29,11 @@ class NU_EXPORT CNuAssociationReport {
   CNuAssociationReport& operator=(const CNuAssociationReport&);
   ~CNuAssociationReport();
 
+  // The criterion of the fit; NuLeastSquares of no fit.
   ENuCriterion GetCriterion() const;
   // NuTypeLine, NuTypeCylSurf, ...; NuTypeNone of no fit.
   CNuObject::ENuObjectType GetFeatureType() const;
+  // The number of points of the fit.
   int GetNumberPoints() const;
   // The sum of ENuReportDetails that was asked for.
   int GetDetails() const;
@@ -84,6 +86,7 @@ class NU_EXPORT CNuAssociationReport {
   ENuBoolean IsParameterAngle(int i) const;
   // Of the parameters in their order; infinite where the points do not determine one.
   double GetStandardUncertainty(int i) const;
+  // Their covariances, one row and column per parameter; infinite where the points do not determine one.
   CNuMatrix GetCovariance() const;
   // The points less the free parameters; a point counts twice of a line in space and once of all others.
   int GetDegreesOfFreedom() const;

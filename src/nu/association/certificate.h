@@ -32,6 +32,7 @@ class NU_EXPORT CNuCertificateVerdict {
   CNuCertificateVerdict() = default;
   explicit CNuCertificateVerdict(const nu::engine::association::Certificate& found);
 
+  // Whether all checks hold, and the first that does not, or NuCertificateHolds.
   ENuBoolean Holds() const { return m_failed == NuCertificateHolds ? NuTrue : NuFalse; }
   ENuCertificateCheck GetFailedCheck() const { return m_failed; }
 
@@ -44,11 +45,13 @@ class NU_EXPORT CNuCertificateVerdict {
   double GetRadius() const { return m_radius; }
   ENuBoolean IsGlobal() const { return m_isGlobal ? NuTrue : NuFalse; }
 
+  // The radius, or half of the zone.
   double GetValue() const { return m_value; }
   // By so much the farthest point is outside of the feature; of a zone, which its points define, 0.
   double GetExcess() const { return m_excess; }
   // By so much the worst contact is inside.
   double GetContactError() const { return m_contactError; }
+  // The sum of the multipliers, which should be 1.
   double GetMultiplierSum() const { return m_multiplierSum; }
   // The length of the weighted sum of the gradients, which is 0 for exact multipliers.
   double GetBalance() const { return m_balance; }
@@ -88,6 +91,7 @@ class NU_EXPORT CNuCertificate {
   CNuCertificate(ENuCriterion criterion, const CNuIntArray& contacts, const CNuIntArray& sides,
                  const CNuDoubleArray& multipliers);
 
+  // What the certificate was made of.
   ENuCriterion GetCriterion() const { return m_criterion; }
   const CNuIntArray& GetContacts() const { return m_contacts; }
   const CNuIntArray& GetSides() const { return m_sides; }

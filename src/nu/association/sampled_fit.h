@@ -16,6 +16,7 @@ struct SampledFitData;
 // or inscribed feature, or else the form T. Copies share their data, which never change.
 class NU_EXPORT CNuSampledFit {
  public:
+  // Of CNuAssociation::MonteCarlo.
   explicit CNuSampledFit(std::shared_ptr<const nu::internal::SampledFitData> data);
   CNuSampledFit(const CNuSampledFit&);
   CNuSampledFit& operator=(const CNuSampledFit&);
@@ -23,9 +24,12 @@ class NU_EXPORT CNuSampledFit {
 
   // Of the samples, those that had a fit. With fewer than two what has no meaning is NaN.
   int GetNumberSamples() const;
+  // The number of values: the free parameters and one more.
   int GetNumberValues() const;
   // Fails with CNuOperationException ("sampled fit", "GetName"): cause 3, i is out of range, with the range.
   const char* GetName(int i) const;
+  // One number per value: the mean, the standard deviation, and the ends of the interval that holds 95 % of the
+  // samples.
   const CNuDoubleArray& GetMeans() const;
   const CNuDoubleArray& GetStandardDeviations() const;
   const CNuDoubleArray& GetLow() const;

@@ -13,6 +13,7 @@ class NU_EXPORT CNuBoundedCurve : public CNuCurve {
   CNuBoundedCurve(const CNuBoundedCurve&) = default;
   CNuBoundedCurve& operator=(const CNuBoundedCurve&) = default;
 
+  // The ends in global coordinates.
   virtual CNuPoint GetStartPoint() = 0;
   virtual CNuPoint GetEndPoint() = 0;
   // The same for a constant curve; the operations above do not change theirs, although they are not const.
@@ -30,6 +31,7 @@ class NU_EXPORT CNuBoundedCurve : public CNuCurve {
   //   45  other is null, or a curve of a class that is not the library's
   virtual double DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const = 0;
   virtual double DistanceTo(const CNuPoint& p) const = 0;
+  // The length along the curve.
   virtual double Length() const = 0;
   // A new curve that the caller owns, at a distance in the plane with the given normal or, with sharp corners, in the
   // curve's own. A positive distance is to the right of the curve, seen from the tip of the normal: it enlarges a curve

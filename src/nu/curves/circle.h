@@ -19,6 +19,7 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   CNuCircle(double radius, const CNuPoint& centre);
   CNuCircle(double radius, const CNuPoint& centre, const CNuVector& normal);
 
+  // The radius in the caller's length unit; centre, unit normal, unit x axis and plane in global coordinates.
   double GetRadius() const { return m_radius; }
   CNuPoint GetCentre() const;
   CNuVector GetNormal() const;

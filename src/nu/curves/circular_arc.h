@@ -35,13 +35,17 @@ class NU_EXPORT CNuCircularArc : public CNuBoundedCurve {
   //   12  the points are on one line within NuGetDegreeTol(), or not finite
   CNuCircularArc(const CNuPoint& p1, const CNuPoint& p2, const CNuPoint& p3);
 
+  // Centre and unit normal in global coordinates, and the radius.
   CNuPoint GetCentre() const;
   double GetRadius() const { return m_radius; }
   CNuVector GetNormal() const;
+  // NuTrue for counter-clockwise about the normal.
   ENuBoolean GetSense() const;
   // In degrees, above 0 and up to 360.
   double GetSweep() const;
+  // The whole circle that the arc is part of.
   CNuCircle GetCircle() const;
+  // Exchanges start and end; the points stay.
   void Reverse();
 
   // n points that divide the arc evenly, both ends included.

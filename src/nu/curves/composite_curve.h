@@ -31,6 +31,7 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   // Adds a copy of a line segment or a circular arc behind the last segment or, NuFalse, before the first one. Fails:
   //   45  "Add segment of specified type": another curve
   void AddSegment(const CNuBoundedCurve& segment, ENuBoolean atEnd);
+  // The number of segments.
   int GetNumberSegments() const { return static_cast<int>(m_segments.size()); }
   // A line segment or a circular arc, owned by the curve; it is valid until the curve is assigned to, read or
   // destroyed. Fails: cause 3, i is out of range, with the valid range.
@@ -49,6 +50,7 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   // before they meet again do not count. About n log n.
   ENuBoolean IsSelfIntersecting() const;
 
+  // Exchanges start and end, of all segments and of each; the points stay.
   void Reverse();
   // A polyline within `tol`, or the rounding of the coordinates, of all arcs: the ends of all segments, and points that
   // divide the arcs evenly, into quarter turns at least. Fails ("conversion"):
@@ -63,6 +65,7 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   // it encloses; of a straight curve that of a line segment.
   void GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const override;
   void GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const override;
+
   void BoundingBox(CNuPoint* min, CNuPoint* max) const override;
   void BoundingCircle(double* radius, CNuPoint* centre) const override;
   double DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const override;

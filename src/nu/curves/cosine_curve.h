@@ -16,6 +16,7 @@ class NU_EXPORT CNuCosineCurve : public CNuTrigonometry {
   CNuCosineCurve& operator=(const CNuCosineCurve&) = default;
   ~CNuCosineCurve() override;
 
+  // The four coefficients; b is in radians per length, c in radians.
   void GetData(double* a, double* b, double* c, double* d) const;
 
   // To a few roundings of |a| + |d| (of a b for the derivative), however many periods away x is; NaN where b x is not

@@ -26,6 +26,7 @@ class NU_EXPORT CNuEllipse : public CNuCurve {
   // Along the x axis and across it.
   double GetSemiAxisA() const { return m_a; }
   double GetSemiAxisB() const { return m_b; }
+  // Centre, unit normal, unit x axis and plane in global coordinates; both semi-axes with them.
   CNuPoint GetCentre() const;
   CNuVector GetNormal() const;
   CNuVector GetXaxis() const;

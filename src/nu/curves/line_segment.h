@@ -21,8 +21,11 @@ class NU_EXPORT CNuLineSegment : public CNuBoundedCurve {
   //   10  every coordinate differs by less than NuGetLengthTol(), or the difference is not finite
   CNuLineSegment(const CNuPoint& start, const CNuPoint& end);
 
+  // The infinite line through the segment, in its direction.
   CNuLine GetLine() const;
+  // The point half-way between the ends.
   CNuPoint MidPoint() const;
+  // Exchanges start and end; the points stay.
   void Reverse();
   // n points that divide it evenly, both ends included.
   // Fails with CNuOperationException ("CNuLineSegment::ToPolyline()", "conversion"): cause 12, n < 2 or n > 10,000,000.
@@ -43,6 +46,7 @@ class NU_EXPORT CNuLineSegment : public CNuBoundedCurve {
   // The normal is the one closest to the z axis; for a segment along the z axis, the x axis.
   void GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const override;
   void GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const override;
+
   void BoundingBox(CNuPoint* min, CNuPoint* max) const override;
   void BoundingCircle(double* radius, CNuPoint* centre) const override;
   double DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const override;

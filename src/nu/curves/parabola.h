@@ -23,6 +23,7 @@ class NU_EXPORT CNuParabola : public CNuCurve {
   CNuParabola(double f, const CNuPoint& vertex, const CNuVector& normal);
   CNuParabola(double f, const CNuPoint& vertex, const CNuVector& xAxis, const CNuVector& normal);
 
+  // The distance from vertex to focus; vertex, unit normal, unit x axis and plane in global coordinates.
   double GetFocalLength() const { return m_f; }
   CNuPoint GetVertex() const;
   CNuVector GetNormal() const;

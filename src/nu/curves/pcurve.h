@@ -40,6 +40,7 @@ class NU_EXPORT CNuPCurve : public CNuCurve {
   // The point at u, on both surfaces to some roundings of the coordinates; at a contact, to the tolerance of that
   // contact. u wraps around on a closed curve and is clamped to the range of an open one. NaN for a NaN.
   CNuPoint ValueAt(double u) const;
+  // The range of the parameter, and whether the curve returns to its start at the end of it.
   CNuInterval GetRange() const;
   ENuBoolean IsClosed() const;
 

@@ -25,10 +25,12 @@ class NU_EXPORT CNuPolyline : public CNuBoundedCurve {
   CNuPolyline& operator=(const CNuPolyline& other);
   CNuPolyline& operator=(CNuPolyline&& other) = default;
 
+  // The number of points.
   int GetSize() const { return m_points.GetSize(); }
   // Point i. Fail with CNuOperationException: cause 3, i is out of range, with the valid range.
   CNuPoint GetPoint(int i) const;
   CNuPoint operator[](int i) const;
+  // All points in order.
   CNuPointArray GetPoints() const;
 
   // Whether the last point is CNuPoint::IsEqual to the first one.
@@ -45,6 +47,7 @@ class NU_EXPORT CNuPolyline : public CNuBoundedCurve {
   // The centroid of that area; if it is zero to rounding, that of the edges; if these have no length, the first point.
   CNuPoint Centroid() const;
 
+  // Exchanges start and end; the points stay.
   void Reverse();
   // Removes points so that no edge is below NuGetMinEdgeLength(). The first and the last point are kept, the last one
   // unless all that remains is shorter.
@@ -59,6 +62,7 @@ class NU_EXPORT CNuPolyline : public CNuBoundedCurve {
   // that of a line segment.
   void GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const override;
   void GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const override;
+
   void BoundingBox(CNuPoint* min, CNuPoint* max) const override;
   void BoundingCircle(double* radius, CNuPoint* centre) const override;
   double DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const override;

@@ -26,9 +26,11 @@ class NU_EXPORT CNuSimplifiedCurve : public CNuCurve {
   CNuSimplifiedCurve& operator=(const CNuSimplifiedCurve& other);
   CNuSimplifiedCurve& operator=(CNuSimplifiedCurve&& other) = default;
 
+  // The number of vertices that are left.
   int GetSize() const { return m_points.GetSize(); }
   // Vertex i. Fails with CNuOperationException: cause 3, i is out of range, with the valid range.
   CNuPoint GetPoint(int i) const;
+  // All vertices in order.
   CNuPointArray GetPoints() const;
 
   // The largest distance of a removed point from its edge; NaN if a point is not a number.

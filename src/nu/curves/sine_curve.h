@@ -16,6 +16,7 @@ class NU_EXPORT CNuSineCurve : public CNuTrigonometry {
   CNuSineCurve& operator=(const CNuSineCurve&) = default;
   ~CNuSineCurve() override;
 
+  // The four coefficients; b is in radians per length, c in radians.
   void GetData(double* a, double* b, double* c, double* d) const;
 
   // To a few roundings of |a| + |d| (of a b for the derivative), however many periods away x is; NaN where b x is not

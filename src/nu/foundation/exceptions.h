@@ -40,6 +40,7 @@ class NU_EXPORT CNuException {
 // Invalid arguments of a constructor: where names the class, what the parameter.
 class NU_EXPORT CNuConstructionException : public CNuException {
  public:
+  // An empty exception, and one with its fields; `lower` and `upper` are the ends of a violated integer range, else 0.
   CNuConstructionException() : CNuException(0) {}
   CNuConstructionException(int cause, const char* where, const char* what, int lower, int upper);
   CNuConstructionException(const CNuConstructionException&) = default;
@@ -52,6 +53,7 @@ class NU_EXPORT CNuConstructionException : public CNuException {
 // Invalid operations and their arguments: what names the kind of operation, where the operation.
 class NU_EXPORT CNuOperationException : public CNuException {
  public:
+  // An empty exception, and one with its fields; the ends of violated ranges, as int and as double, else 0.
   CNuOperationException() : CNuException(0) {}
   CNuOperationException(int cause, const char* what, const char* where, int lower, int upper, double dlower,
                         double dupper);
@@ -60,12 +62,14 @@ class NU_EXPORT CNuOperationException : public CNuException {
   ~CNuOperationException() override;
 
   int GetCause() const override;
+  // The lower end of a violated real range, or the offending value.
   double GetValue() const { return m_dLower; }
 };
 
 // A fit that cannot be carried out: where names the feature's class, size the number of points that it needs.
 class NU_EXPORT CNuBestfitException : public CNuException {
  public:
+  // An empty exception, and one with its fields.
   CNuBestfitException() : CNuException(0) {}
   CNuBestfitException(int cause, const char* where, int size);
   CNuBestfitException(const CNuBestfitException&) = default;
@@ -73,12 +77,14 @@ class NU_EXPORT CNuBestfitException : public CNuException {
   ~CNuBestfitException() override;
 
   int GetCause() const override;
+  // The number of points that the fit needs, 0 where the cause is another one.
   int GetSize() const { return m_nLower; }
 };
 
 // An allocation that failed inside a value class: where names the operation.
 class NU_EXPORT CNuMemoryException : public CNuException {
  public:
+  // An empty exception, and one with the name of the operation; its cause is 301.
   CNuMemoryException() : CNuException(0) {}
   explicit CNuMemoryException(const char* where);
   CNuMemoryException(const CNuMemoryException&) = default;

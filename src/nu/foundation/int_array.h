@@ -34,9 +34,11 @@ class NU_EXPORT CNuIntArray {
   CNuIntArray& operator=(CNuIntArray&& other) noexcept;
   ~CNuIntArray();
 
+  // The number of elements in use, the number there is room for, and by how many Add enlarges a full capacity.
   int GetSize() const { return m_size; }
   int GetCapacity() const { return m_capacity; }
   int GetExpandSize() const { return m_expandSize; }
+  // The elements in one block, of which the first GetSize() are in use; valid until the array grows, shrinks or ends.
   const int* GetData() const { return m_data; }
   int* GetData() { return m_data; }
 
@@ -46,6 +48,7 @@ class NU_EXPORT CNuIntArray {
   // The number of elements by which Add enlarges a full capacity.
   void SetExpandSize(int expandSize);
 
+  // Element i. Fails: cause 8, the array is empty; cause 3, i is out of range, with the valid range.
   int operator[](int i) const {
     if (i < 0 || i >= m_size) FailIndex(i);
     return m_data[i];
@@ -54,11 +57,15 @@ class NU_EXPORT CNuIntArray {
     if (i < 0 || i >= m_size) FailIndex(i);
     return m_data[i];
   }
+  // The first and the last element. Fail: cause 8, the array is empty.
   int First() const;
   int Last() const;
 
+  // Adds an element at the end. Fails: cause 14, more elements than an int can count.
   void Add(int value);
+  // Adds all elements of the other array at the end. Fails: cause 18, the array itself; cause 14, too many.
   void Append(const CNuIntArray& other);
+  // Removes element i; those behind it move up. Fails: cause 8, the array is empty; cause 3, out of range.
   void Remove(int i);
   // Keeps the first `size` elements and exactly their room.
   void Truncate(int size);
@@ -72,6 +79,7 @@ class NU_EXPORT CNuIntArray {
 
   // Index of the first element equal to the value, -1 when there is none.
   int Find(int value) const;
+  // Whether the sizes and all elements are equal.
   ENuBoolean IsEqual(const CNuIntArray& other) const;
   // The sum in index order, modulo 2^32; 0 for an empty array.
   int Sum() const;

@@ -13,7 +13,9 @@ class NU_EXPORT CNuInterval : public CNuAlgebra {
   // Fails with CNuConstructionException ("CNuInterval"): cause 11, lower >= upper, or a NaN.
   CNuInterval(double lower, double upper, int leftOpen, int rightOpen);
 
+  // The two ends.
   void GetBounds(double* lower, double* upper) const;
+  // Whether the end is open: 0 or the flag as it was given.
   int IsLeftOpen() const { return m_leftOpen; }
   int IsRightOpen() const { return m_rightOpen; }
 

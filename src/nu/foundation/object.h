@@ -55,6 +55,7 @@ class NU_EXPORT CNuObject {
   CNuObject& operator=(const CNuObject&) = default;
   virtual ~CNuObject() = default;
 
+  // The type code of the concrete class.
   ENuObjectType GetType() const { return m_type; }
 
  protected:
@@ -64,8 +65,8 @@ class NU_EXPORT CNuObject {
   ENuObjectType m_type = NuTypeNone;
 };
 
-// The family roots without an interface of their own. CNuGeometry is in nu/geometry/geometry.h.
-
+// The root of the algebraic classes: intervals, complex numbers and matrices, polynomials, equations. Like the two roots
+// below it has no operations of its own. CNuGeometry is in nu/geometry/geometry.h.
 class NU_EXPORT CNuAlgebra : public CNuObject {
  public:
   CNuAlgebra(const CNuAlgebra&) = default;
@@ -76,6 +77,7 @@ class NU_EXPORT CNuAlgebra : public CNuObject {
   explicit CNuAlgebra(ENuObjectType type) : CNuObject(type) {}
 };
 
+// The root of integration and interpolation.
 class NU_EXPORT CNuNumericalAnalysis : public CNuObject {
  public:
   CNuNumericalAnalysis(const CNuNumericalAnalysis&) = default;
@@ -86,6 +88,7 @@ class NU_EXPORT CNuNumericalAnalysis : public CNuObject {
   explicit CNuNumericalAnalysis(ENuObjectType type) : CNuObject(type) {}
 };
 
+// The root of sine and cosine curves, trigonometric polynomials and their equations.
 class NU_EXPORT CNuTrigonometry : public CNuObject {
  public:
   CNuTrigonometry(const CNuTrigonometry&) = default;

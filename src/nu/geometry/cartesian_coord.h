@@ -13,10 +13,14 @@ class NU_EXPORT CNuCartesianCoord : public CNuGeometry {
   // Origin (0, 0, 0), x axis (1, 0, 0), z axis (0, 0, 1).
   CNuCartesianCoord();
 
+  // Stores origin and axes as they are.
   void SetData(const CNuPoint& origin, const CNuVector& xaxis, const CNuVector& zaxis);
+  // Origin, x axis and z axis.
   void GetData(CNuPoint* origin, CNuVector* xaxis, CNuVector* zaxis) const;
+  // Stores one axis as it is and leaves the other.
   void SetLocalXaxis(const CNuVector& xaxis);
   void SetLocalZaxis(const CNuVector& zaxis);
+  // The local z axis.
   CNuVector GetLocalZaxis() const;
 
  private:

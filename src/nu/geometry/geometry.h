@@ -10,6 +10,7 @@
 // has the name of the one that carries it out: CNuPlane::IntersectWith a line fails as that of CNuLine.
 class NU_EXPORT CNuGeometry : public CNuObject {
  public:
+  // The coordinate axes.
   enum EAxisType { X_AXIS = 0, Y_AXIS = 1, Z_AXIS = 2 };
   // Where a point lies: left or right of a line, outside or inside a curve or surface, or on it. The three tests share
   // their values.

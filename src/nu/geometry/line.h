@@ -21,6 +21,7 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   //   10  every coordinate differs by less than NuGetLengthTol(), or the difference is not finite
   CNuLine(const CNuPoint& p, const CNuPoint& q);
 
+  // The point and the unit direction as stored.
   CNuPoint GetPoint() const { return m_point; }
   CNuVector GetDirection() const { return m_direction; }
   void GetData(CNuPoint* point, CNuVector* direction) const;

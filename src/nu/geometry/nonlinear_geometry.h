@@ -32,6 +32,7 @@ class NU_EXPORT CNuNonLinearGeometry : public CNuGeometry {
   virtual void Rotate(double angle, const CNuVector& axis);
   virtual void Rotate(double angle, CNuGeometry::EAxisType axis);
 
+  // Whether there is a position.
   ENuBoolean IsPositionSet() const;
   // Takes over the position of g. Where g has none, this object keeps its own, unlike in an assignment.
   void CopyPosition(const CNuNonLinearGeometry& g);

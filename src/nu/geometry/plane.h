@@ -20,6 +20,7 @@ class NU_EXPORT CNuPlane : public CNuGeometry {
   //   9  the point is closer to the line than NuGetLengthTol(), or the distance is not finite
   CNuPlane(const CNuPoint& point, const CNuLine& line);
 
+  // The point and the unit normal as stored.
   CNuPoint GetPoint() const { return m_point; }
   CNuVector GetNormal() const { return m_normal; }
   void GetData(CNuPoint* point, CNuVector* normal) const;

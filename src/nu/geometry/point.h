@@ -13,10 +13,12 @@
 // named by the operation, and leave the point as it was.
 class NU_EXPORT CNuPoint : public CNuObject {
  public:
+  // From its coordinates; a single number is the x coordinate of a point on the x axis.
   CNuPoint(double x = 0.0, double y = 0.0, double z = 0.0) : CNuObject(NuTypePoint), m_xyz{x, y, z} {}
   CNuPoint(const CNuPoint&) = default;
   CNuPoint& operator=(const CNuPoint&) = default;
 
+  // The three coordinates, to read or to change.
   void GetData(double* x, double* y, double* z) const {
     if (x != nullptr) *x = m_xyz[0];
     if (y != nullptr) *y = m_xyz[1];
@@ -43,8 +45,10 @@ class NU_EXPORT CNuPoint : public CNuObject {
                : NuFalse;
   }
 
+  // Exchanges the coordinates of two points.
   static void Swap(CNuPoint& a, CNuPoint& b);
 
+  // Sums, differences and the negative, coordinate by coordinate.
   CNuPoint operator+(const CNuPoint& p) const {
     return CNuPoint(m_xyz[0] + p.m_xyz[0], m_xyz[1] + p.m_xyz[1], m_xyz[2] + p.m_xyz[2]);
   }
@@ -115,6 +119,7 @@ class NU_EXPORT CNuPoint : public CNuObject {
   // a plane points to its outside.
   CNuGeometry::ESurfaceSideType SurfaceSide(const CNuGeometry& surface, double tol) const;
 
+  // Adds the displacement to the coordinates.
   void Translate(double dx, double dy, double dz) {
     m_xyz[0] += dx;
     m_xyz[1] += dy;

@@ -24,16 +24,20 @@ class NU_EXPORT CNuPointArray {
   CNuPointArray& operator=(CNuPointArray&& other) noexcept;
   ~CNuPointArray();
 
+  // The number of elements in use, the number there is room for, and by how many Add enlarges a full capacity.
   int GetSize() const { return m_size; }
   int GetCapacity() const { return m_capacity; }
   int GetExpandSize() const { return m_expandSize; }
+  // The elements in one block, of which the first GetSize() are in use; valid until the array grows, shrinks or ends.
   const CNuPoint* GetData() const { return m_data; }
   CNuPoint* GetData() { return m_data; }
 
+  // As for CNuIntArray: the first two enlarge the capacity, the last sets by how much Add does. Fail: cause 14.
   void SetCapacity(int capacity);
   void SetSize(int capacity);
   void SetExpandSize(int expandSize);
 
+  // Element i. Fails: cause 8, the array is empty; cause 3, i is out of range, with the valid range.
   CNuPoint operator[](int i) const {
     if (i < 0 || i >= m_size) FailIndex(i);
     return m_data[i];
@@ -42,16 +46,24 @@ class NU_EXPORT CNuPointArray {
     if (i < 0 || i >= m_size) FailIndex(i);
     return m_data[i];
   }
+  // The first and the last element. Fail: cause 8, the array is empty.
   CNuPoint First() const;
   CNuPoint Last() const;
 
+  // Adds an element at the end. Fails: cause 14, more elements than an int can count.
   void Add(const CNuPoint& value);
+  // Adds all elements of the other array at the end. Fails: cause 18, the array itself; cause 14, too many.
   void Append(const CNuPointArray& other);
+  // Removes element i; those behind it move up. Fails: cause 8, the array is empty; cause 3, out of range.
   void Remove(int i);
+  // Keeps the first `size` elements and exactly their room. Fails: cause 14, size is negative or above the present one.
   void Truncate(int size);
+  // Shrinks the capacity to the size.
   void FreeExtra();
+  // Size 0; the capacity is kept.
   void Clear();
 
+  // The elements i to j, both included. Fails: cause 8, the array is empty; cause 15, i > j; cause 3, out of range.
   CNuPointArray SubArray(int i, int j) const;
   // The points whose entry in the mask is not 0, in order, in an array whose capacity is the sum of the mask.
   CNuPointArray SubArray(const CNuIntArray& mask) const;

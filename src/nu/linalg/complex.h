@@ -10,18 +10,21 @@
 // are CNuOperationException, unless stated otherwise, and leave the operands as they were.
 class NU_EXPORT CNuComplex : public CNuAlgebra {
  public:
+  // 0, and re + i im.
   CNuComplex() : CNuComplex(0.0, 0.0) {}
   CNuComplex(double re, double im) : CNuAlgebra(NuTypeComplex), m_re(re), m_im(im) {}
   CNuComplex(const CNuComplex&) = default;
   CNuComplex& operator=(const CNuComplex&) = default;
   ~CNuComplex() override = default;
 
+  // The real and the imaginary part.
   double r() const { return m_re; }
   double i() const { return m_im; }
   void GetData(double* re, double* im) const;
 
   // sqrt(re^2 + im^2) without overflow; 0 when both parts are below NuGetZero() in magnitude.
   double Modulus() const;
+  // re - i im.
   CNuComplex Conjugate() const;
   // Modulus and argument, the argument in [0, 2 pi) radians. Fails with CNuConstructionException ("CNuComplexPolar"):
   //   5  "modulus": zero within NuGetZero(), beyond the range of double, or NaN
@@ -36,6 +39,7 @@ class NU_EXPORT CNuComplex : public CNuAlgebra {
   // Both parts differ by less than tol.
   ENuBoolean IsEqual(const CNuComplex& c, double tol) const;
 
+  // Sums and differences, part by part.
   CNuComplex operator+(const CNuComplex& c) const;
   CNuComplex operator-(const CNuComplex& c) const;
   CNuComplex& operator+=(const CNuComplex& c);
@@ -67,6 +71,7 @@ class NU_EXPORT CNuComplex : public CNuAlgebra {
   double m_im;
 };
 
+// f c, with the failure of c f.
 NU_EXPORT CNuComplex operator*(double f, const CNuComplex& c);
 
 #endif

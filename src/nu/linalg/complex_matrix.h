@@ -24,6 +24,7 @@ class NU_EXPORT CNuComplexMatrix : public CNuAlgebra {
   CNuComplexMatrix& operator=(CNuComplexMatrix other) noexcept;
   ~CNuComplexMatrix() override;
 
+  // The number of rows and of columns.
   int GetRowSize() const { return m_rows; }
   int GetColumnSize() const { return m_columns; }
 
@@ -47,9 +48,11 @@ class NU_EXPORT CNuComplexMatrix : public CNuAlgebra {
 
   // n x n. n < 1 fails as the constructor does.
   static CNuComplexMatrix Identity(int n);
+  // The square matrix with the components of v on its diagonal and zeros elsewhere.
   static CNuComplexMatrix DiagonalMatrix(const CNuComplexVector& v);
   // Sum of the diagonal. Fails ("calculation"): cause 16, not square.
   CNuComplex Trace() const;
+  // The transpose, the transpose of the conjugate, and the matrices of the real and of the imaginary parts.
   CNuComplexMatrix Transpose() const;
   CNuComplexMatrix ConjugateTranspose() const;
   CNuMatrix RealPart() const;
@@ -111,6 +114,7 @@ class NU_EXPORT CNuComplexMatrix : public CNuAlgebra {
   int m_columns = 0;
 };
 
+// f M, with the failures of M f.
 NU_EXPORT CNuComplexMatrix operator*(double f, const CNuComplexMatrix& m);
 NU_EXPORT CNuComplexMatrix operator*(const CNuComplex& f, const CNuComplexMatrix& m);
 

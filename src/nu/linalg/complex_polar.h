@@ -9,6 +9,7 @@
 // range. Zero has no polar form.
 class NU_EXPORT CNuComplexPolar : public CNuAlgebra {
  public:
+  // Modulus 1 and argument 0: the number 1.
   CNuComplexPolar() : CNuComplexPolar(1.0, 0.0) {}
   // Fails with CNuConstructionException ("CNuComplexPolar"), as all results that underflow do:
   //   5  "modulus": not above 0, or NaN
@@ -17,10 +18,12 @@ class NU_EXPORT CNuComplexPolar : public CNuAlgebra {
   CNuComplexPolar& operator=(const CNuComplexPolar&) = default;
   ~CNuComplexPolar() override = default;
 
+  // The modulus and the argument, which is in radians.
   double Modulus() const { return m_modulus; }
   double Argument() const { return m_argument; }
   void GetData(double* modulus, double* argument) const;
 
+  // The real and the imaginary part of the same number.
   CNuComplex ToCartesianForm() const;
 
   // Fail with CNuOperationException, named by the operator:

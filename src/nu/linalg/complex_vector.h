@@ -22,7 +22,9 @@ class NU_EXPORT CNuComplexVector : public CNuAlgebra {
   CNuComplexVector& operator=(CNuComplexVector other) noexcept;
   ~CNuComplexVector() override;
 
+  // The number of components.
   int GetSize() const { return m_size; }
+  // The components in one block.
   CNuComplex* GetData() { return m_data; }
   const CNuComplex* GetData() const { return m_data; }
 
@@ -44,6 +46,7 @@ class NU_EXPORT CNuComplexVector : public CNuAlgebra {
   CNuComplex InnerProduct(const CNuComplexVector& v) const;
   // Row vector times matrix.
   CNuComplexVector operator*(const CNuComplexMatrix& m) const;
+  // Multiples: every component by the factor or divisor, with the failures 7 and 6 above.
   CNuComplexVector operator*(double f) const;
   CNuComplexVector operator*(const CNuComplex& f) const;
   CNuComplexVector& operator*=(double f);
@@ -58,6 +61,7 @@ class NU_EXPORT CNuComplexVector : public CNuAlgebra {
   // Divides by the magnitude, at any size, if that is above NuGetZero(). A zero vector, and one with a component that
   // is not finite, is unchanged.
   void Normalise();
+  // The conjugate of every component, and the vectors of the real and of the imaginary parts.
   CNuComplexVector Conjugate() const;
   CNuVector RealPart() const;
   CNuVector ImaginaryPart() const;
@@ -82,6 +86,7 @@ class NU_EXPORT CNuComplexVector : public CNuAlgebra {
   int m_size = 0;
 };
 
+// f v, with the failures of v f.
 NU_EXPORT CNuComplexVector operator*(double f, const CNuComplexVector& v);
 NU_EXPORT CNuComplexVector operator*(const CNuComplex& f, const CNuComplexVector& v);
 

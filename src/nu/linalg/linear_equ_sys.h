@@ -40,6 +40,7 @@ class NU_EXPORT CNuLinearEquSys : public CNuAlgebra {
   //   17  "solving a set of equations": b has another size, or the last solve failed or was non-negative
   virtual void SetRightHandSide(const CNuVector& b);
 
+  // Whether the last solve found a solution.
   ENuBoolean SolutionExists();
   // (0, 0, 0) when no solution exists.
   CNuVector GetSolution() const;

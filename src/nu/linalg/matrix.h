@@ -28,8 +28,10 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   CNuMatrix& operator=(CNuMatrix&& other) noexcept;
   ~CNuMatrix() override { Release(); }
 
+  // The number of rows and of columns.
   int GetRowSize() const { return m_rows; }
   int GetColumnSize() const { return m_columns; }
+  // The rows: element (i, j) is GetData()[i][j]. The elements stand in one block, row after row.
   double** GetData() { return m_data; }
   const double* const* GetData() const { return m_data; }
 
@@ -59,13 +61,16 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
 
   // n x n. n < 1 fails as the constructor does.
   static CNuMatrix Identity(int n);
+  // The square matrix with the components of v on its diagonal and zeros elsewhere.
   static CNuMatrix DiagonalMatrix(const CNuVector& v);
+  // The columns x rows matrix with the elements (j, i).
   CNuMatrix Transpose() const;
   // A^T A, columns x columns, and A A^T, rows x rows; both exactly symmetric.
   CNuMatrix PreMultiplyTranspose() const;
   CNuMatrix PostMultiplyTranspose() const;
   // Sum of the diagonal. Fails ("calculation"): cause 16, not square.
   double Trace() const;
+  // The same elements with zero imaginary parts.
   operator CNuComplexMatrix() const;
 
   // Every element of a product is summed from index 0 on. Sums, products and quotients fail:
@@ -161,6 +166,7 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   double m_localElements[kLocalElements];
 };
 
+// f M, with the failures of M f.
 NU_EXPORT CNuMatrix operator*(double f, const CNuMatrix& m);
 
 #endif

@@ -27,7 +27,9 @@ class NU_EXPORT CNuVector : public CNuObject {
     if (m_data != m_local) delete[] m_data;
   }
 
+  // The number of components.
   int GetSize() const { return m_size; }
+  // The components in one block; valid until the vector is assigned to or ends.
   double* GetData() { return m_data; }
   const double* GetData() const { return m_data; }
 
@@ -61,6 +63,7 @@ class NU_EXPORT CNuVector : public CNuObject {
 
   // Square root of the sum of squares, without scaling.
   double Magnitude() const;
+  // The sum of the components, from index 0 on.
   double Sum() const;
   // Extremes, not beyond -NuGetLarge() and NuGetLarge(), from which the search starts.
   double Max() const;
@@ -68,6 +71,7 @@ class NU_EXPORT CNuVector : public CNuObject {
 
   // Whether every |component| < tol.
   ENuBoolean IsZero(double tol) const;
+  // Whether every component is above 0; whether none is below 0.
   ENuBoolean IsPositive() const;
   ENuBoolean IsNonNegative() const;
   // Whether the sizes are equal and every difference is below tol.
@@ -90,6 +94,7 @@ class NU_EXPORT CNuVector : public CNuObject {
   CNuVector SubVector(int i, int j) const;
   // The point of three components, or of four homogeneous ones. Fails as NonHomogeneous.
   CNuPoint To3DPoint() const;
+  // The same components with zero imaginary parts.
   operator CNuComplexVector() const;
 
   // Divides by the magnitude, at any size, if that is above NuGetZero(); a zero vector is unchanged.
@@ -157,6 +162,7 @@ class NU_EXPORT CNuVector : public CNuObject {
   double m_local[kLocal];
 };
 
+// f v, with the failures of v f.
 NU_EXPORT CNuVector operator*(double f, const CNuVector& v);
 
 #endif

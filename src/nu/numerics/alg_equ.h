@@ -37,6 +37,7 @@ class NU_EXPORT CNuAlgEqu : public CNuAlgebra {
   // 0, or an empty array, leaving the present roots as they are. No polishing.
   void Solve(const CNuComplexArray& coefficients);
 
+  // The number of real roots, and of complex ones, each as often as its multiplicity; of complex pairs both count.
   int GetNumberRealRoots() const { return m_realCount; }
   int GetNumberComplexRoots() const { return m_complexCount; }
   // Ascending.

@@ -18,6 +18,7 @@ class NU_EXPORT CNuChebyshevPolynomial : public CNuAlgebra {
   CNuChebyshevPolynomial& operator=(CNuChebyshevPolynomial&&) noexcept = default;
   ~CNuChebyshevPolynomial() override;
 
+  // The same polynomial in powers of x.
   CNuPolynomial ToPolynomial() const { return m_polynomial; }
 
  private:

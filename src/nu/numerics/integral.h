@@ -8,6 +8,7 @@
 // set when Calculate starts and is 0 before.
 class NU_EXPORT CNuIntegral : public CNuNumericalAnalysis {
  public:
+  // Without a result: value and estimate are 0.
   CNuIntegral() = default;
   CNuIntegral(const CNuIntegral&) = default;
   CNuIntegral& operator=(const CNuIntegral&) = default;

@@ -12,6 +12,7 @@ struct Quadrature;
 // The type code is set when Calculate starts and is 0 before.
 class NU_EXPORT CNuIntegral2D : public CNuNumericalAnalysis {
  public:
+  // Without a result: value and estimate are 0.
   CNuIntegral2D() = default;
   CNuIntegral2D(const CNuIntegral2D&) = default;
   CNuIntegral2D& operator=(const CNuIntegral2D&) = default;

@@ -12,6 +12,7 @@ struct Quadrature;
 // estimate of its error. The type code is set when Calculate starts and is 0 before.
 class NU_EXPORT CNuIntegral3D : public CNuNumericalAnalysis {
  public:
+  // Without a result: value and estimate are 0.
   CNuIntegral3D() = default;
   CNuIntegral3D(const CNuIntegral3D&) = default;
   CNuIntegral3D& operator=(const CNuIntegral3D&) = default;

@@ -18,6 +18,7 @@ class NU_EXPORT CNuInterpolation : public CNuNumericalAnalysis {
   CNuInterpolation& operator=(CNuInterpolation other) noexcept;
   ~CNuInterpolation() override;
 
+  // The number of points.
   int GetSize() const { return m_x.GetSize(); }
 
   // All of these fail with CNuOperationException ("data checking"): cause 40, x is outside [x_0, x_{n-1}] or NaN, with

@@ -21,6 +21,7 @@ class NU_EXPORT CNuInterpolation2D : public CNuNumericalAnalysis {
   CNuInterpolation2D& operator=(CNuInterpolation2D other) noexcept;
   ~CNuInterpolation2D() override;
 
+  // The number of nodes along x and along y.
   int GetSizeX() const { return m_x.GetSize(); }
   int GetSizeY() const { return m_y.GetSize(); }
 

@@ -18,7 +18,9 @@ class NU_EXPORT CNuPolynomial : public CNuAlgebra {
   CNuPolynomial& operator=(CNuPolynomial&& other) noexcept;
   ~CNuPolynomial() override;
 
+  // The degree n as stored, whether or not the leading coefficient is 0.
   int GetDegree() const { return m_degree; }
+  // The n + 1 coefficients by ascending power.
   const double* GetData() const { return m_data; }
   double* GetData() { return m_data; }
 
@@ -35,6 +37,7 @@ class NU_EXPORT CNuPolynomial : public CNuAlgebra {
   CNuPolynomial operator+(const CNuPolynomial& p) const;
   CNuPolynomial operator-(const CNuPolynomial& p) const;
   CNuPolynomial operator*(const CNuPolynomial& p) const;
+  // Every coefficient negated, without a Chebyshev expression.
   CNuPolynomial operator-() const;
   // The constant term alone changes.
   CNuPolynomial operator+(double s) const;
@@ -84,6 +87,7 @@ class NU_EXPORT CNuPolynomial : public CNuAlgebra {
   CNuChebyshevPolynomialExpression* m_chebyshev = nullptr;
 };
 
+// s p, with the failure of p s.
 NU_EXPORT CNuPolynomial operator*(double s, const CNuPolynomial& p);
 
 #endif

@@ -8,11 +8,13 @@
 // The wave a cos u + b sin u + c, u in radians, which is also A cos(u - phase) + c with the amplitude A >= 0.
 class NU_EXPORT CNuTriag : public CNuTrigonometry {
  public:
+  // The coefficients are taken as they are.
   CNuTriag(double a, double b, double c);
   CNuTriag(const CNuTriag&) = default;
   CNuTriag& operator=(const CNuTriag&) = default;
   ~CNuTriag() override;
 
+  // The three coefficients.
   void GetData(double* a, double* b, double* c) const;
 
   // To a rounding of |a| + |b| + |c|, for every finite u; NaN for others.
@@ -28,6 +30,7 @@ class NU_EXPORT CNuTriag : public CNuTrigonometry {
   ENuBoolean IsZero(double tol) const;
   ENuBoolean IsEqual(const CNuTriag& t, double tol) const;
 
+  // Sums, differences and the negative, coefficient by coefficient.
   CNuTriag operator+(const CNuTriag& t) const;
   CNuTriag operator-(const CNuTriag& t) const;
   CNuTriag operator-() const;
@@ -45,6 +48,7 @@ class NU_EXPORT CNuTriag : public CNuTrigonometry {
   double m_c;
 };
 
+// f t, with the failure of t f.
 NU_EXPORT CNuTriag operator*(double f, const CNuTriag& t);
 
 #endif

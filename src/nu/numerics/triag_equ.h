@@ -33,6 +33,7 @@ class NU_EXPORT CNuTriagEqu : public CNuTrigonometry {
   void Solve(const CNuTriagPolynomial& p);
   void Solve(const CNuTriag& t);
 
+  // The number of roots in [0, 2 pi), each as often as its multiplicity.
   int GetNumberRoots() const { return m_roots.GetSize(); }
   // Ascending, each as often as its multiplicity.
   CNuDoubleArray GetRoots() const { return m_roots; }

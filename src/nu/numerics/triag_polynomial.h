@@ -18,6 +18,7 @@ class NU_EXPORT CNuTriagPolynomial : public CNuTrigonometry {
   CNuTriagPolynomial& operator=(CNuTriagPolynomial other) noexcept;
   ~CNuTriagPolynomial() override;
 
+  // The degree n as stored, whether or not its coefficients are 0.
   int GetDegree() const { return m_degree; }
   // The coefficients by ascending k, GetDegree() + 1 of each.
   const double* GetCosData() const { return m_cos; }
@@ -66,6 +67,7 @@ class NU_EXPORT CNuTriagPolynomial : public CNuTrigonometry {
   double* m_sin;
 };
 
+// f p, with the failure of p f.
 NU_EXPORT CNuTriagPolynomial operator*(double f, const CNuTriagPolynomial& p);
 
 #endif

@@ -18,6 +18,7 @@ class NU_EXPORT CNuConSurf : public CNuSurface {
   explicit CNuConSurf(double semiAngle);
   CNuConSurf(double semiAngle, const CNuPoint& apex, const CNuVector& axisDirection);
 
+  // The semi-angle in degrees; the apex, the unit direction and the line of the axis in global coordinates.
   double GetSemiAngle() const { return m_semiAngle; }  // degrees
   CNuPoint GetApex() const;
   CNuVector GetAxisDirection() const;

@@ -16,6 +16,7 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
   explicit CNuCylSurf(double radius);
   CNuCylSurf(double radius, const CNuPoint& axisPoint, const CNuVector& axisDirection);
 
+  // The radius in the caller's length unit; a point, the unit direction and the line of the axis in global coordinates.
   double GetRadius() const { return m_radius; }
   CNuPoint GetAxisPoint() const;
   CNuVector GetAxisDirection() const;

@@ -14,6 +14,7 @@ class NU_EXPORT CNuSphSurf : public CNuSurface {
   explicit CNuSphSurf(double radius);
   CNuSphSurf(double radius, const CNuPoint& centre);
 
+  // The radius in the caller's length unit, and the centre in global coordinates.
   double GetRadius() const { return m_radius; }
   CNuPoint GetCentre() const;
   void GetCentre(double* x, double* y, double* z) const;

@@ -18,6 +18,8 @@ class NU_EXPORT CNuTorSurf : public CNuSurface {
   CNuTorSurf(double majorRadius, double minorRadius, const CNuPoint& centre);
   CNuTorSurf(double majorRadius, double minorRadius, const CNuPoint& centre, const CNuVector& axisDirection);
 
+  // The radii in the caller's length unit; the centre, the unit direction and the line of the axis in global
+  // coordinates.
   double GetMajorRadius() const { return m_majorRadius; }
   double GetMinorRadius() const { return m_minorRadius; }
   CNuPoint GetCentre() const;
