@@ -2,7 +2,7 @@
 """Counts public classes and functions with text in the XML of Doxygen and names the others.
 
 reference_coverage.py FOLDER PERCENT: fails when fewer than so many in 100 have text. Copies, moves and destructors,
-whose meaning is the usual one, do not count.
+whose meaning is the usual one, and enumerations without a name do not count.
 """
 import pathlib
 import sys
@@ -40,6 +40,8 @@ def entries(folder):
                     continue
                 seen.add(member.get("id"))
                 name, arguments = member.findtext("name"), member.findtext("argsstring") or ""
+                if name.startswith("@"):
+                    continue
                 if member.get("kind") == "function" and is_special(owner, name, arguments):
                     continue
                 yield prefix + name + arguments, has_text(member)

@@ -5,7 +5,8 @@
 #   outside of classes it describes the file.
 # - A comment behind a declaration or an enumerator comes before that of its group.
 # - Copies, moves and destructors have their usual meaning, unless a comment stands right before them.
-# - A row of a list of causes, "  5  text     7  text", becomes items of a list.
+# - A row of a list of causes, "  5  text     7  text", and a line "Term   Text" become items of a list; what is indented
+#   by five or more is taken as it is.
 
 function flushed(text, lines, n, i) {
   n = split(text, lines, "\n")
@@ -43,8 +44,17 @@ function item(text, numbers) {
 }
 
 # One more line of the comment that is being read.
-function take(text) {
-  if (isRow(text)) {
+function take(text, term) {
+  if (!inRows && text ~ /^     +[^ ]/) {
+    add(substr(text, 2))
+  } else if (text ~ /^ [A-Z][a-z]+  +[A-Z`]/) {
+    term = text
+    sub(/^ /, "", term)
+    sub(/ .*/, "", term)
+    sub(/^ [A-Z][a-z]+ +/, "", text)
+    add((inRows ? "" : "\n") "- **" term "** " escaped(text))
+    inRows = 1
+  } else if (isRow(text)) {
     add((inRows || comment == "" ? "" : "\n") items(text))
     inRows = 1
   } else {
@@ -53,7 +63,7 @@ function take(text) {
     indent = text
     sub(/[^ ].*/, "", indent)
     sub(/^ +/, "", text)
-    add((length(indent) > 1 ? substr(indent, 2) : "") (text ~ /^- / ? "- " escaped(substr(text, 3)) : escaped(text)))
+    add((length(indent) < 2 ? "" : inRows ? "  " : substr(indent, 2)) (text ~ /^- / ? "- " escaped(substr(text, 3)) : escaped(text)))
   }
 }
 function add(text) { comment = comment == "" ? text : comment "\n" text }
@@ -63,6 +73,7 @@ function bare(line, at) {
   gsub(/"([^"\\]|\\.)*"/, "\"\"", line)
   gsub(/'([^'\\]|\\.)'/, "0", line)
   behind = ""
+  sub(/ *\/[*].*[*]\/ *$/, "", line)
   at = index(line, "//")
   if (at > 0) {
     behind = substr(line, at + 2)
@@ -89,7 +100,7 @@ function usual(code, name) {
 
 function document(code, behind, special, text) {
   special = usual(code)
-  if (hidden[depth] || code ~ /^ *(#|namespace |extern "C"|using namespace|friend |(class|struct) [A-Za-z_]+;)/) return
+  if (hidden[depth] || code ~ /^ *(#[^d]|namespace |extern ""|using namespace|friend |(class|struct) [A-Za-z_]+;)/) return
   if (code ~ /^ *[}]/ || code ~ /^ *(public|protected|private):/) return
   text = comment != "" ? comment : special != "" ? special : group
   if (rest[depth] != "" && (special == "" || comment != "")) text = text (text == "" ? "" : "\n\n") rest[depth]
@@ -104,6 +115,18 @@ function endGroup() {
 }
 
 BEGIN { depth = 0; fresh = 1; hidden[0] = 0 }
+
+fresh && (block || /^ *\/\*/) {
+  if (!reading) endGroup()
+  reading = 1
+  text = $0
+  sub(block ? "^  " : "^ */[*]", "", text)
+  block = text !~ /[*]\//
+  sub(/ *[*]\/.*/, "", text)
+  take(text)
+  print ""
+  next
+}
 
 /^ *\/\// && fresh {
   if (!reading) endGroup()
@@ -131,7 +154,8 @@ BEGIN { depth = 0; fresh = 1; hidden[0] = 0 }
   if (inEnum) {
     # Enumerators have comments before or behind them.
     if (reading) flushed(comment)
-    sub(/  *\/\/ */, " ///< ")
+    if ($0 ~ /[*]\/ *$/ && sub(/  *\/[*] */, " ///< ")) sub(/ *[*]\/ *$/, "")
+    else sub(/  *\/\/ */, " ///< ")
     print
     if (code ~ /[}];/) { inEnum = 0; --depth }
     reading = 0
@@ -143,12 +167,16 @@ BEGIN { depth = 0; fresh = 1; hidden[0] = 0 }
     if (reading) group = comment
     comment = ""
     reading = 0
-    opens = code ~ /^ *(enum|namespace|extern "C"|(template.*> *)?(class|struct)) .*[^;]$/ && code !~ /[}];?$/
+    opens = code ~ /^ *(enum|namespace|extern ""|(template.*> *)?(class|struct)) .*[^;]$/ && code !~ /[}];?$/
     if (code ~ /^ *(public|protected|private):/) {
       hidden[depth] = code ~ /private:/
       rest[depth] = ""
       endGroup()
     }
+  }
+  if (!fresh && /; *\/[*].*[*]\/ *$/) {
+    sub(/ *\/[*] */, " ///< ")
+    sub(/ *[*]\/ *$/, "")
   }
   print
   if (fresh && opens && code ~ /[{]$/) {
