@@ -65,8 +65,8 @@ class NU_EXPORT CNuObject {
   ENuObjectType m_type = NuTypeNone;
 };
 
-// The root of the algebraic classes: intervals, complex numbers and matrices, polynomials, equations. Like the two roots
-// below it has no operations of its own. CNuGeometry is in nu/geometry/geometry.h.
+// The root of the algebraic classes: intervals, complex numbers and matrices, polynomials, equations. Like the two
+// roots below it has no operations of its own. CNuGeometry is in nu/geometry/geometry.h.
 class NU_EXPORT CNuAlgebra : public CNuObject {
  public:
   CNuAlgebra(const CNuAlgebra&) = default;
