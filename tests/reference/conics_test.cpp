@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
-#include <cmath>
 #include <string>
 
 #include "support/failures.h"
@@ -26,37 +25,14 @@ std::string FileOf(std::string className) {
   return className.substr(3);
 }
 
-void Check(const std::string& className, const Json& set, bool full) {
-  const Fitted f = FitOf(className, set);
-  const Json& result = set["result"];
-  const nu::test::Score score(set, full);
-  const bool parabola = className == "CNuParabola";
-  const auto direction = [&](const char* key, const CNuVector& found, bool anySign, double s) {
-    const CNuVector truth = VectorOf(result[key]);
-    score.Turn(key, ((anySign && found % truth < 0.0 ? -found : found) - truth).Magnitude(), s);
-  };
-  const CNuVector origin = VectorOf(result[parabola ? "vertex" : "centre"]);
-  score.Length("origin", (f.place.To3DVector() - origin).Magnitude(), origin.Magnitude());
-  if (parabola) {
-    score.Length("parameters", std::fabs(f.radius - result["focal_length"].Number()), f.radius);
-  } else {
-    const double error = std::hypot(f.radius - result["a"].Number(), f.minor - result["b"].Number());
-    score.Length("parameters", error, std::hypot(f.radius, f.minor));
-  }
-  direction("x_axis", f.axis, !parabola, score.Sensitivity("x_axis"));
-  // The files give no sensitivity for the normal; two is that of a full turn.
-  direction("normal", f.normal, true, 2.0 * score.Sensitivity("origin") / score.Size());
-  score.Form(f.form, f.sumsq);
-}
-
 class ConicReference : public testing::TestWithParam<const char*> {};
 
 TEST_P(ConicReference, MeetsPlainAndFullBounds) {
   const double tol = NuGetTol();
   const int sets = ForEachSet({"ls-"}, FileOf(GetParam()), [tol](const Json& set) {
-    Check(GetParam(), set, false);
+    nu::test::Expecting(set, false).Conic(FitOf(GetParam(), set));
     NuSetTol(1e-32);
-    Check(GetParam(), set, true);
+    nu::test::Expecting(set).Conic(FitOf(GetParam(), set));
     NuSetTol(tol);
   });
   EXPECT_EQ(sets, 4);
