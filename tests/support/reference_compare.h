@@ -40,15 +40,21 @@ inline Wide WideNumber(const Json& json) {
   return std::strtold(json.Text().c_str(), nullptr);
 }
 
-// Every coordinate is multiplied by the factor, then shifted.
+// Every coordinate is multiplied by the factor, then shifted. Points are the doubles nearest to their digits, as in the
+// computation of the results, which are all of theirs.
 struct Placement {
   Wide factor = 1.0L;
-  Wide shift = 0.0L;
+  WideVector shift{};
 
-  WideVector operator()(const Json& place) const {
-    WideVector moved{};
-    for (std::size_t i = 0; i < 3; ++i) moved[i] = WideNumber(place[i]) * factor + shift;
-    return moved;
+  WideVector Point(const Json& point) const { return Moved({point[0].Number(), point[1].Number(), point[2].Number()}); }
+  WideVector Result(const Json& place) const {
+    return Moved({WideNumber(place[0]), WideNumber(place[1]), WideNumber(place[2])});
+  }
+
+ private:
+  WideVector Moved(WideVector place) const {
+    for (std::size_t i = 0; i < 3; ++i) place[i] = place[i] * factor + shift[i];
+    return place;
   }
 };
 
@@ -57,7 +63,7 @@ inline CNuPointArray PointsOf(const Json& set, const Placement& placement = {}) 
   const Json& list = set["points"];
   CNuPointArray points(static_cast<int>(list.Size()));
   for (std::size_t i = 0; i < list.Size(); ++i) {
-    const WideVector p = placement(list[i]);
+    const WideVector p = placement.Point(list[i]);
     points.Add({static_cast<double>(p[0]), static_cast<double>(p[1]), static_cast<double>(p[2])});
   }
   return points;
@@ -85,7 +91,7 @@ class Comparison {
         m_count(static_cast<double>(set["points"].Size())) {
     double reach = m_size;
     for (std::size_t i = 0; i < set["points"].Size(); ++i)
-      for (const Wide c : placement(set["points"][i])) reach = std::max(reach, std::fabs(static_cast<double>(c)));
+      for (const Wide c : placement.Point(set["points"][i])) reach = std::max(reach, std::fabs(static_cast<double>(c)));
     m_d = 2.0 * kEps * reach;
   }
 
@@ -102,7 +108,7 @@ class Comparison {
     if (conical) {
       const double difference = std::fabs(f.angle - result["semi_angle_deg"].Number());
       Turn("semi_angle_rad", difference * kDegree, Sensitivity("semi_angle_rad"));
-      Scalar("axis_point", FromAxis(m_placement(result["axis_point"]), f), 0.0L, 0.0);
+      Scalar("axis_point", FromAxis(m_placement.Result(result["axis_point"]), f), 0.0L, 0.0);
     }
     for (const char* key : {"direction", "axis_direction", "normal"}) {
       if (!result.Has(key)) continue;
@@ -115,7 +121,7 @@ class Comparison {
   void Conic(const Fitted& f) const {
     const Json& result = m_set["result"];
     const bool parabola = result.Has("vertex");
-    const WideVector origin = m_placement(result[parabola ? "vertex" : "centre"]);
+    const WideVector origin = m_placement.Result(result[parabola ? "vertex" : "centre"]);
     Scalar("origin", test::Length(WideOf(f.place) - origin), 0.0L, test::Length(origin));
     if (parabola) {
       Scalar("parameters", f.radius, WideNumber(result["focal_length"]) * m_placement.factor, f.radius);
@@ -137,7 +143,7 @@ class Comparison {
   double FullTurn(double sensitivity) const { return 2.0 * sensitivity / m_set["size"].Number(); }
 
   void Place(const char* what, const Fitted& f) const {
-    const WideVector truth = m_placement(m_set["result"][what]);
+    const WideVector truth = m_placement.Result(m_set["result"][what]);
     Scalar(what, test::Length(WideOf(f.place) - truth), 0.0L, test::Length(truth));
   }
   // How far the axis of a cone passes the reference's axis point, which is at the foot of the mean point. The apex may
@@ -180,8 +186,10 @@ class Comparison {
     Report("sumsq", std::fabs(sumsq - truth), rounding, 1e-12 * truth + rounding, m_count * moved * moved, false);
   }
 
+  // Of another size the set does not know where the iteration ends: the square of its step is below NuGetTol().
   double Stop(const char* what) const {
-    return !m_full && m_set.Has("stop_rule") ? m_set["stop_rule"][what].Number() * m_factor : 0.0;
+    if (m_full || !m_set.Has("stop_rule")) return 0.0;
+    return m_factor == 1.0 ? m_set["stop_rule"][what].Number() : std::sqrt(NuGetTol());
   }
   void Report(const char* what, double error, double full, double plain, double stop, bool isAngle) const {
     m_sink({what, error, stop + (m_full ? full : std::max(full, plain)), isAngle});
