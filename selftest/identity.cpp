@@ -76,7 +76,8 @@ std::string InstructionSet() {
 std::string Flags() {
   std::string flags = NU_SELFTEST_FLAGS;
   constexpr std::string_view kMark = "SHELL:";
-  for (std::size_t at = flags.find(kMark); at != std::string::npos; at = flags.find(kMark)) flags.erase(at, kMark.size());
+  for (std::size_t at = flags.find(kMark); at != std::string::npos; at = flags.find(kMark))
+    flags.erase(at, kMark.size());
   return flags;
 }
 
