@@ -7,6 +7,7 @@
 
 #include "nu/engine/association/bounded_features.h"
 #include "nu/engine/association/cell_bound.h"
+#include "nu/engine/association/circle_cell.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "support/clouds.h"
 
@@ -57,16 +58,23 @@ void ExpectEnclosed(Random& random) {
       at[k] = cell.middle[k] + d[k] * cell.half[k];
     }
     const Vec3 p = Any(random, 0.5), q = Any(random, 0.5);
-    const typename Model::template Deviations<FirstOrder<N>> enclosure(cell.chart, x, 1.0);
-    const typename Model::template Deviations<double> deviation(cell.chart, at, 1.0);
-    FirstOrder<N> e = enclosure(p);
-    double value = deviation(p);
-    if (Model::kIsLevelled) e = e - enclosure(q), value -= deviation(q);
-    for (int k = 0; k < N; ++k) e.value += e.slope[k] * d[k];
-    if (std::isnan(e.high)) continue;
+    constexpr int C = Model::kComponents;
+    const typename ComponentsOf<Model>::template In<FirstOrder<N>> enclosure(cell.chart, x, 1.0);
+    const typename ComponentsOf<Model>::template In<double> deviation(cell.chart, at, 1.0);
+    FirstOrder<N> e[C], other[C];
+    double value[C], otherValue[C];
+    enclosure.Of(p, e);
+    enclosure.Of(q, other);
+    deviation.Of(p, value);
+    deviation.Of(q, otherValue);
     const double rounding = 1e-13 * (1.0 + std::fabs(high[N - 1]) + std::fabs(high[0]));
-    ASSERT_GE(value, e.value + e.low - rounding) << trial;
-    ASSERT_LE(value, e.value + e.high + rounding) << trial;
+    for (int c = 0; c < C; ++c) {
+      e[c] = e[c] - other[c];
+      for (int k = 0; k < N; ++k) e[c].value += e[c].slope[k] * d[k];
+      if (std::isnan(e[c].high)) continue;
+      ASSERT_GE(value[c] - otherValue[c], e[c].value + e[c].low - rounding) << trial;
+      ASSERT_LE(value[c] - otherValue[c], e[c].value + e[c].high + rounding) << trial;
+    }
   }
 }
 
@@ -76,6 +84,24 @@ TEST(FirstOrder, EnclosesDeviations) {
   ExpectEnclosed<BoundedCylinder>(random);
   ExpectEnclosed<BoundedCone>(random);
   ExpectEnclosed<BoundedCircle>(random);
+}
+
+// The root of the weighted mean square of the distances from the best circle about an axis.
+double RootOfV(const double (&x)[4], const std::vector<Vec3>& points, const std::vector<double>& weights) {
+  const BoundedCircle::Components<double> components(0, x, 1.0);
+  double mean[2] = {};
+  double square = 0.0;
+  for (const bool isMean : {true, false}) {
+    for (std::size_t i = 0; i < points.size(); ++i) {
+      double at[2];
+      components.Of(points[i], at);
+      for (int c = 0; c < 2; ++c) {
+        if (isMean) mean[c] += weights[i] * at[c];
+        if (!isMean) square += weights[i] * (at[c] - mean[c]) * (at[c] - mean[c]);
+      }
+    }
+  }
+  return std::sqrt(square);
 }
 
 struct Problem {
@@ -110,6 +136,9 @@ TEST(GlobalBound, ProvesMeasuredParts) {
       {FeatureKind::cylinder, circumscribed, {1.0}, CylinderCloud(random, 500, 1.0, 2.0, 200.0, 1e-3)},
       {FeatureKind::cylinder, circumscribed, {1.0}, BoxCloud(random, 500, 3.0, 2.0, 1.0)},
       {FeatureKind::cylinder, circumscribed, {1.0}, CylinderCloud(random, 500, 0.8, 0.2, 360.0, 0.1)},
+      {FeatureKind::torus, circumscribed, {1.0, 0.2}, TorusCloud(random, 500, 1.0, 0.2, 360.0, 360.0, 1e-3)},
+      {FeatureKind::torus, circumscribed, {1.0, 0.0}, TorusCloud(random, 500, 1.0, 0.002, 360.0, 360.0, 1e-3)},
+      {FeatureKind::circleInSpace, zone, {1.0}, TorusCloud(random, 500, 1.0, 0.002, 100.0, 360.0, 1e-3)},
       {FeatureKind::line, zone, {}, LineCloud(random, 500, 1.0, 1e-3)},
       {FeatureKind::plane, zone, {}, PlaneCloud(random, 500, 2.0, 1.0, 1e-3)},
       {FeatureKind::circle, zone, {1.0}, CircleCloud(random, 500, 1.0, 360.0, 1e-3)},
@@ -123,6 +152,41 @@ TEST(GlobalBound, ProvesMeasuredParts) {
     EXPECT_TRUE(found.improved);
     EXPECT_LT(found.boxes, 100000);
   }
+}
+
+// About axes near that of thin rings and their sectors: in the whole cell no axis has a circle with a smaller root than
+// was asked for. Where none may be smaller than that of the axis itself, which is no optimum, there is no cell.
+TEST(ConvexCell, HoldsNoBetterCircle) {
+  Random random(14);
+  int proven = 0;
+  for (int trial = 0; trial < 50; ++trial) {
+    SCOPED_TRACE(trial);
+    const double sweep = random.Uniform(60.0, 360.0) * kDegree;
+    const int count = 4 + random.Below(4);
+    const std::vector<double> weights(static_cast<std::size_t>(count), 1.0 / count);
+    std::vector<Vec3> points;
+    for (int i = 0; i < count; ++i) {
+      const double angle = sweep * (i + random.Uniform(0.0, 0.5)) / count;
+      const double tube = i % 2 ? 1e-3 : -1e-3;
+      points.push_back({(1.0 + tube) * std::cos(angle), (1.0 + tube) * std::sin(angle), tube});
+    }
+    UnknownCell<4> unit;
+    for (double& x : unit.middle) x = random.Uniform(-3e-4, 3e-4);
+    std::fill_n(unit.half, 4, 1.0);
+    const double here = RootOfV(unit.middle, points, weights);
+    const double least = random.Uniform(0.5, 1.0) * here;
+    const UnknownCell<4> cell = ConvexCell(unit, points, weights, least);
+    proven += cell.Volume() > 0.0 ? 1 : 0;
+    for (int k = 0; k < 200 && cell.Volume() > 0.0; ++k) {
+      double x[4];
+      const double size = std::pow(10.0, random.Uniform(-2.0, 0.0));
+      for (int j = 0; j < 4; ++j) x[j] = cell.middle[j] + size * cell.half[j] * random.Uniform(-1.0, 1.0);
+      ASSERT_GE(RootOfV(x, points, weights), least * (1.0 - 1e-12));
+    }
+    EXPECT_EQ(ConvexCell(unit, points, weights, here).Volume(), 0.0);
+  }
+  EXPECT_GT(proven, 15);
+  EXPECT_LT(proven, 50);
 }
 
 // Scattered points, with little work, from features anywhere: no bound is above the best of all that any search finds.

@@ -105,31 +105,27 @@ Feature BoundedCone::At(int chart, const double (&x)[kUnknowns], double level) {
 }
 
 void BoundedCircle::Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
-  std::fill_n(low, kUnknowns, -far);
-  std::fill_n(high, kUnknowns, far);
-  low[0] = low[1] = -1.0;
-  high[0] = high[1] = 1.0;
-  low[5] = 0.0;
+  DomainOfAxes(far, low, high);
 }
 
 void BoundedCircle::UnitBox(double reach, double (&half)[kUnknowns]) {
-  half[0] = half[1] = 1.0;
-  half[2] = half[3] = half[4] = half[5] = reach;
+  BoundedCylinder::UnitBox(reach, half);
 }
 
-int BoundedCircle::Place(const Feature& feature, double (&x)[kUnknowns]) {
-  const int chart = ChartOf(feature.frame.z);
-  const Vec3 d = ToChart(chart, feature.frame.z);
-  const Vec3 p = ToChart(chart, feature.frame.origin);
-  const double all[] = {d.x / d.z, d.y / d.z, p.x, p.y, p.z, feature.size[0]};
-  std::copy_n(all, kUnknowns, x);
+int BoundedCircle::Place(const Feature& feature, double (&x)[kPlace]) {
+  bool isTurned;
+  double axis[4];
+  const int chart = PlaceAxis(feature.frame, axis, isTurned);
+  std::copy_n(axis, 4, x);
+  x[4] = feature.size[0];
+  x[5] = (isTurned ? -1.0 : 1.0) * Dot(feature.frame.origin, feature.frame.z);
   return chart;
 }
 
-Feature BoundedCircle::At(int chart, const double (&x)[kUnknowns], double level) {
-  const Vec3 direction = FromChart(chart, Unit({x[0], x[1], 1.0}));
-  const Vec3 centre = FromChart(chart, {x[2], x[3], x[4]});
-  return {FeatureKind::circleInSpace, AxisFrame::Along(centre, direction), {x[5], level}};
+Feature BoundedCircle::At(int chart, const double (&x)[kPlace], double level) {
+  AxisFrame frame = AxisAt(chart, x[0], x[1], {x[2], x[3], 0.0});
+  frame.origin = frame.origin + x[5] * frame.z;
+  return {FeatureKind::circleInSpace, frame, {x[4], level}};
 }
 
 }  // namespace nu::engine::association

@@ -2,6 +2,7 @@
 #define NU_ENGINE_ASSOCIATION_BOUNDED_FEATURES_H
 
 #include <cmath>
+#include <limits>
 
 #include "nu/engine/association/feature.h"
 #include "nu/engine/association/first_order.h"
@@ -84,6 +85,8 @@ class AxisRadius {
 // x: the centre.
 struct BoundedSphere {
   static constexpr int kUnknowns = 3;
+  static constexpr int kComponents = 1;
+  static constexpr int kPlace = kUnknowns;
   static constexpr int kCharts = 1;
   static constexpr bool kIsLevelled = true;  // the radius is half-way between the extreme deviations
 
@@ -123,6 +126,8 @@ struct BoundedSphere {
 // x: u, v, a, b.
 struct BoundedCylinder {
   static constexpr int kUnknowns = 4;
+  static constexpr int kComponents = 1;
+  static constexpr int kPlace = kUnknowns;
   static constexpr int kCharts = 3;
   static constexpr bool kIsLevelled = true;
 
@@ -153,6 +158,8 @@ struct BoundedLine : BoundedCylinder {
 // nappe which holds the points, as if it went on beyond the apex.
 struct BoundedCone {
   static constexpr int kUnknowns = 5;
+  static constexpr int kComponents = 1;
+  static constexpr int kPlace = kUnknowns;
   static constexpr int kCharts = 3;
   static constexpr bool kIsLevelled = true;
 
@@ -178,43 +185,53 @@ struct BoundedCone {
   static Feature At(int chart, const double (&x)[kUnknowns], double level);
 };
 
-// A circle in space. x: u, v of its axis, the centre, the radius.
+// A circle in space. x: u, v, a, b of its axis. A point is at a radius and a height, its components; those of the
+// circle are levels, which no box has to divide: with (x_i, y_i) the components of the points less the levels, the
+// largest distance from the circle is the largest of cos(phi) x_i + sin(phi) y_i over all points and all phi.
 struct BoundedCircle {
-  static constexpr int kUnknowns = 6;
+  static constexpr int kUnknowns = 4;
+  static constexpr int kComponents = 2;
+  static constexpr int kPlace = 6;  // the levels follow the unknowns
   static constexpr int kCharts = 3;
   static constexpr bool kIsLevelled = false;
 
   template<class T>
-  class Deviations {
+  class Components {
    public:
-    Deviations(int chart, const T (&x)[kUnknowns], double)
-        : m_chart(chart),
-          m_u(x[0]),
-          m_v(x[1]),
-          m_a(x[2]),
-          m_b(x[3]),
-          m_c(x[4]),
-          m_radius(x[5]),
-          m_direction(x[0], x[1]) {}
-    T operator()(const Vec3& point) const {
+    Components(int chart, const T (&x)[kUnknowns], double)
+        : m_chart(chart), m_radius(x[0], x[1], x[2], x[3], std::numeric_limits<double>::infinity()) {}
+    void Of(const Vec3& point, T (&component)[kComponents]) const {
       const Vec3 p = ToChart(m_chart, point);
-      const T x = p.x - m_a;
-      const T y = p.y - m_b;
-      const T z = p.z - m_c;
-      const T radius = m_direction.Across(x - m_u * z, y - m_v * z);
-      return Length(radius - m_radius, m_direction.Along(x, y, z), T(0.0));
+      component[0] = m_radius.Of(p);
+      component[1] = m_radius.Direction().Along(T(p.x), T(p.y), T(p.z));
     }
 
    private:
     int m_chart;
-    T m_u, m_v, m_a, m_b, m_c, m_radius;
-    SlopedDirection<T> m_direction;
+    AxisRadius<T> m_radius;
+  };
+
+  // Of numbers alone.
+  template<class T>
+  class Deviations {
+   public:
+    Deviations(int chart, const T (&x)[kPlace], double reach)
+        : m_components(chart, {x[0], x[1], x[2], x[3]}, reach), m_radius(x[4]), m_height(x[5]) {}
+    T operator()(const Vec3& p) const {
+      T component[kComponents];
+      m_components.Of(p, component);
+      return Length(component[0] - m_radius, component[1] - m_height, T(0.0));
+    }
+
+   private:
+    Components<T> m_components;
+    T m_radius, m_height;
   };
 
   static void Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]);
   static void UnitBox(double reach, double (&half)[kUnknowns]);
-  static int Place(const Feature& feature, double (&x)[kUnknowns]);
-  static Feature At(int chart, const double (&x)[kUnknowns], double level);
+  static int Place(const Feature& feature, double (&x)[kPlace]);
+  static Feature At(int chart, const double (&x)[kPlace], double level);
 };
 
 }  // namespace nu::engine::association

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "nu/engine/association/first_order.h"
@@ -31,6 +32,12 @@ struct UnknownCell {
     return cell;
   }
 
+  double Volume() const {
+    double volume = 1.0;
+    for (const double h : half) volume *= 2.0 * h;
+    return volume;
+  }
+
   void Unknowns(FirstOrder<N> (&x)[N]) const {
     for (int k = 0; k < N; ++k) {
       x[k] = FirstOrder<N>(middle[k]);
@@ -41,14 +48,81 @@ struct UnknownCell {
 
 template<class Model>
 struct CellBound {
-  double value = 0.0;                   // of half a zone, or of a largest distance
-  double place[Model::kUnknowns] = {};  // where the linear program has its optimum
-  int widest = 0;                       // the unknown whose side of the cell moves a point the most
+  double value = 0.0;                // of half a zone, or of a largest distance
+  double place[Model::kPlace] = {};  // where the linear program has its optimum
+  int widest = 0;                    // the unknown whose side of the cell moves a point the most
 };
 
-// The least t with  a_i + g_i . d - l <= t,  -(b_j + g_j . d - l) <= t  for all |d_k| <= 1 and any level l, from its
-// multipliers: whatever these are, if none is negative, the sum of multiplier * constant less the sum of
-// |sum of multiplier * gradient_k| is not above it.
+// The components of a point: its deviation, or of a circle in space its radius and its height. What is minimised is the
+// largest product of a direction w with the components less their levels l; a zone has the directions 1 and -1, a
+// circle all unit vectors. Any of them give a lower bound.
+template<int C>
+struct ComponentDirection {
+  double w[C] = {};
+};
+
+// A point that holds the best feature, and the direction in which it does.
+template<int C>
+struct HeldPoint {
+  Vec3 point;
+  ComponentDirection<C> direction;
+};
+
+// The components of points by one name, whatever a feature calls them.
+template<class Model>
+class ComponentsOf {
+ public:
+  static constexpr int C = Model::kComponents;
+
+  template<class T>
+  class In {
+   public:
+    In(int chart, const T (&x)[Model::kUnknowns], double reach) : m_components(chart, x, reach) {}
+    void Of(const Vec3& p, T (&component)[C]) const {
+      if constexpr (C == 1)
+        component[0] = m_components(p);
+      else
+        m_components.Of(p, component);
+    }
+
+   private:
+    template<class M, int>
+    struct Source {
+      using Type = typename M::template Deviations<T>;
+    };
+    template<class M>
+    struct Source<M, 2> {
+      using Type = typename M::template Components<T>;
+    };
+    typename Source<Model, C>::Type m_components;
+  };
+};
+
+template<class T, int C>
+T Towards(const T (&component)[C], const ComponentDirection<C>& direction) {
+  T sum = direction.w[0] * component[0];
+  for (int c = 1; c < C; ++c) sum += direction.w[c] * component[c];
+  return sum;
+}
+
+// Both directions of a zone, or so many around the turn that the best of them is next to any.
+template<int C>
+std::vector<ComponentDirection<C>> DirectionFan() {
+  if constexpr (C == 1) {
+    return {{{1.0}}, {{-1.0}}};
+  } else {
+    constexpr int kDirections = 16;
+    constexpr double kStep = 6.28318530717958647693 / kDirections;
+    std::vector<ComponentDirection<C>> fan;
+    fan.reserve(kDirections);
+    for (int k = 0; k < kDirections; ++k) fan.push_back({{Cos((k + 0.5) * kStep), Sin((k + 0.5) * kStep)}});
+    return fan;
+  }
+}
+
+// The least t with  a_i + g_i . d - w_i . l <= t  for all |d_k| <= 1 and any levels l, from its multipliers: whatever
+// these are, if none is negative, the sum of multiplier * constant less the sum of |sum of multiplier * gradient_k| is
+// not above it.
 template<int K>
 double ProvenValue(const minimax::MinimaxRows<K>& rows, const minimax::MinimaxContacts<K>& contacts) {
   double weight = 0.0;
@@ -69,21 +143,28 @@ template<class Model>
 class CellBounds {
  public:
   static constexpr int N = Model::kUnknowns;
-  static constexpr int K = N + (Model::kIsLevelled ? 1 : 0);
+  static constexpr int C = Model::kComponents;
+  static constexpr int K = N + C;
 
-  // From some points; `rounding` is what the linear program may miss its optimum by. A cell whose bound is below
-  // `target` is to be cut.
-  CellBound<Model> Of(const UnknownCell<N>& cell, const std::vector<Vec3>& points, double reach, double target,
-                      double rounding) {
+  using Held = std::vector<HeldPoint<C>>;
+
+  // From some points, and those that hold the best feature; `rounding` is what the linear program may miss its optimum
+  // by. A cell whose bound is below `target` is to be cut.
+  CellBound<Model> Of(const UnknownCell<N>& cell, const std::vector<Vec3>& points, const Held& held, double reach,
+                      double target, double rounding) {
     CellBound<Model> bound;
-    Enclose(cell, points, reach);
-    bound.widest = WidestUnknown();
-    FillRows();
+    Enclose(cell, points, held, reach);
+    bound.widest = WidestUnknown(cell, reach);
+    FindLevels();
+    FillRows(held);
     std::copy_n(cell.middle, N, bound.place);
+    if (C > 1) std::copy_n(m_level, C, bound.place + (Model::kPlace - C));
     if (!m_program.Solve(m_rows, 1.0, rounding)) return bound;
     bound.value = ProvenValue(m_rows, m_program.Contacts()) - kRoundings * kEpsilon * m_largest;
-    if (!(bound.value >= target)) bound.widest = CostliestUnknown(cell, points, reach, bound.widest);
+    if (!(bound.value >= target)) bound.widest = CostliestUnknown(cell, points, held, reach, bound.widest);
     for (int k = 0; k < N; ++k) bound.place[k] += cell.half[k] * std::clamp(m_program.Step()[k], -1.0, 1.0);
+    for (int c = 0; C > 1 && c < C; ++c)
+      bound.place[Model::kPlace - C + c] += m_half[c] * std::clamp(m_program.Step()[N + c], -1.0, 1.0);
     return bound;
   }
 
@@ -95,17 +176,27 @@ class CellBounds {
   // A side so much narrower than the widest one, in what it moves, is not cut.
   static constexpr double kMostWidths = 8.0;
 
-  void Enclose(const UnknownCell<N>& cell, const std::vector<Vec3>& points, double reach) {
+  using Components = typename ComponentsOf<Model>::template In<FirstOrder<N>>;
+
+  struct Enclosure {
+    FirstOrder<N> component[C];
+  };
+
+  void Enclose(const UnknownCell<N>& cell, const std::vector<Vec3>& points, const Held& held, double reach) {
     FirstOrder<N> x[N];
     cell.Unknowns(x);
-    const typename Model::template Deviations<FirstOrder<N>> deviation(cell.chart, x, reach);
-    m_enclosure.clear();
-    for (const Vec3& p : points) m_enclosure.push_back(deviation(p));
+    const Components components(cell.chart, x, reach);
+    m_enclosure.resize(points.size() + held.size());
+    for (std::size_t i = 0; i < points.size(); ++i) components.Of(points[i], m_enclosure[i].component);
+    for (std::size_t i = 0; i < held.size(); ++i)
+      components.Of(held[i].point, m_enclosure[points.size() + i].component);
+    m_points = points.size();
   }
 
   // The unknown with which the errors of the enclosures that hold the bound shrink the most when its side is halved,
   // of those whose sides are not much narrower than the widest one.
-  int CostliestUnknown(const UnknownCell<N>& cell, const std::vector<Vec3>& points, double reach, int widest) const {
+  int CostliestUnknown(const UnknownCell<N>& cell, const std::vector<Vec3>& points, const Held& held, double reach,
+                       int widest) const {
     const auto& contacts = m_program.Contacts();
     double least = std::numeric_limits<double>::infinity();
     int found = widest;
@@ -115,12 +206,14 @@ class CellBounds {
       part.half[k] *= 0.5;
       FirstOrder<N> x[N];
       part.Unknowns(x);
-      const typename Model::template Deviations<FirstOrder<N>> deviation(cell.chart, x, reach);
+      const Components components(cell.chart, x, reach);
       double error = 0.0;
       for (int j = 0; j < contacts.count; ++j) {
         const int row = contacts.row[j];
-        const FirstOrder<N> e = deviation(points[m_point[row]]);
-        error += contacts.multiplier[j] * (m_sign[row] > 0.0 ? -e.low : e.high);
+        const std::size_t i = m_point[row];
+        FirstOrder<N> component[C];
+        components.Of(i < m_points ? points[i] : held[i - m_points].point, component);
+        error -= contacts.multiplier[j] * Towards(component, m_direction[row]).low;
       }
       if (!(error < least)) continue;
       least = error;
@@ -130,55 +223,103 @@ class CellBounds {
   }
 
   // By how far its side moves a point.
-  int WidestUnknown() {
-    std::fill_n(m_widths, N, 0.0);
-    for (const FirstOrder<N>& e : m_enclosure)
-      for (int k = 0; k < N; ++k) m_widths[k] = std::max(m_widths[k], std::fabs(e.slope[k]));
+  int WidestUnknown(const UnknownCell<N>& cell, double reach) {
+    double unit[N];
+    Model::UnitBox(reach, unit);
+    for (int k = 0; k < N; ++k) m_widths[k] = cell.half[k] / unit[k];
     return static_cast<int>(std::max_element(m_widths, m_widths + N) - m_widths);
   }
 
-  // Only those points that can be extreme somewhere in the cell.
-  void FillRows() {
-    double top = -std::numeric_limits<double>::infinity();
-    double bottom = -top;
-    double least = bottom;
-    double greatest = top;
-    for (const FirstOrder<N>& e : m_enclosure) {
-      const double reach = e.Reach();
-      top = std::max(top, e.value + e.low - reach);
-      bottom = std::min(bottom, e.value + e.high + reach);
-      least = std::min(least, e.value + e.low - reach);
-      greatest = std::max(greatest, e.value + e.high + reach);
+  // The levels of the best feature are between the extreme components.
+  void FindLevels() {
+    m_largest = 0.0;
+    for (int c = 0; c < C; ++c) {
+      double least = std::numeric_limits<double>::infinity();
+      double greatest = -least;
+      for (const Enclosure& e : m_enclosure) {
+        least = std::min(least, e.component[c].Least());
+        greatest = std::max(greatest, e.component[c].Greatest());
+      }
+      m_level[c] = 0.5 * (least + greatest);
+      m_half[c] = 0.5 * (greatest - least);
+      m_largest = std::max({m_largest, std::fabs(least), std::fabs(greatest)});
     }
+  }
+
+  // In each direction only those points that can be extreme somewhere in the cell.
+  void FillRows(const Held& held) {
     m_rows.size = 0;
-    m_largest = std::max(std::fabs(least), std::fabs(greatest));
-    const double level = Model::kIsLevelled ? 0.5 * (least + greatest) : 0.0;
-    const double half = 0.5 * (greatest - least);
-    for (const FirstOrder<N>& e : m_enclosure) {
-      const double reach = e.Reach();
-      if (e.value + e.low + reach >= top)
-        AddRow(e, 1.0, e.value + e.low - level, half, static_cast<int>(&e - m_enclosure.data()));
-      if (Model::kIsLevelled && e.value + e.high - reach <= bottom)
-        AddRow(e, -1.0, e.value + e.high - level, half, static_cast<int>(&e - m_enclosure.data()));
+    for (std::size_t i = 0; C > 1 && i < held.size(); ++i) {
+      const std::size_t point = m_points + i;
+      AddRow(Towards(m_enclosure[point].component, held[i].direction), held[i].direction, point);
+    }
+    const std::size_t share = static_cast<std::size_t>(minimax::kMostRows - m_rows.size) / m_fan.size();
+    for (const ComponentDirection<C>& direction : m_fan) FillRows(direction, share);
+  }
+
+  // Up to so many, those that are the farthest in the middle of the cell.
+  void FillRows(const ComponentDirection<C>& direction, std::size_t most) {
+    double top = -std::numeric_limits<double>::infinity();
+    m_towards.clear();
+    for (const Enclosure& e : m_enclosure) {
+      m_towards.push_back(Along(e, direction));
+      top = std::max(top, m_towards.back().value - m_towards.back().reach);
+    }
+    m_extreme.clear();
+    for (std::size_t i = 0; i < m_points; ++i)
+      if (m_towards[i].value + m_towards[i].reach >= top) m_extreme.push_back(i);
+    if (m_extreme.size() > most) {
+      std::nth_element(m_extreme.begin(), m_extreme.begin() + static_cast<std::ptrdiff_t>(most), m_extreme.end(),
+                       [this](std::size_t i, std::size_t j) {
+                         return std::make_pair(-m_towards[i].value, i) < std::make_pair(-m_towards[j].value, j);
+                       });
+      m_extreme.resize(most);
+    }
+    for (const std::size_t i : m_extreme) AddRow(Towards(m_enclosure[i].component, direction), direction, i);
+  }
+
+  // The least product with a direction in the middle of a cell, and how far the linear part reaches from it.
+  struct Product {
+    double value = 0.0;
+    double reach = 0.0;
+  };
+  static Product Along(const Enclosure& e, const ComponentDirection<C>& direction) {
+    Product p;
+    double slope[N] = {};
+    for (int c = 0; c < C; ++c) {
+      const FirstOrder<N>& f = e.component[c];
+      const double w = direction.w[c];
+      p.value += w * f.value + w * (w < 0.0 ? f.high : f.low);
+      for (int k = 0; k < N; ++k) slope[k] += w * f.slope[k];
+    }
+    for (const double s : slope) p.reach += std::fabs(s);
+    return p;
+  }
+
+  void AddRow(const FirstOrder<N>& f, const ComponentDirection<C>& direction, std::size_t point) {
+    if (m_rows.size == minimax::kMostRows) return;
+    const int row = m_rows.size++;
+    m_point[row] = point;
+    m_direction[row] = direction;
+    m_rows.value[row] = f.value + f.low;
+    for (int k = 0; k < N; ++k) m_rows.gradient[k][row] = f.slope[k];
+    for (int c = 0; c < C; ++c) {
+      m_rows.value[row] -= direction.w[c] * m_level[c];
+      m_rows.gradient[N + c][row] = -direction.w[c] * m_half[c];
     }
   }
 
-  // The level moves by up to `half`: that of a narrowest zone is between the extreme deviations.
-  void AddRow(const FirstOrder<N>& e, double sign, double value, double half, int point) {
-    if (m_rows.size == minimax::kMostRows) return;
-    m_rows.value[m_rows.size] = sign * value;
-    m_point[m_rows.size] = point;
-    m_sign[m_rows.size] = sign;
-    for (int k = 0; k < N; ++k) m_rows.gradient[k][m_rows.size] = sign * e.slope[k];
-    if (Model::kIsLevelled) m_rows.gradient[K - 1][m_rows.size] = -sign * half;
-    ++m_rows.size;
-  }
-
-  std::vector<FirstOrder<N>> m_enclosure;
+  const std::vector<ComponentDirection<C>> m_fan = DirectionFan<C>();
+  std::vector<Enclosure> m_enclosure;  // of the points, then of those that hold the best feature
+  std::vector<Product> m_towards;      // these in one direction
+  std::vector<std::size_t> m_extreme;
+  std::size_t m_points = 0;
   double m_widths[N] = {};
-  double m_largest = 0.0;  // of all deviations
-  int m_point[minimax::kMostRows];
-  double m_sign[minimax::kMostRows];
+  double m_level[C] = {};
+  double m_half[C] = {};
+  double m_largest = 0.0;  // of all components
+  std::size_t m_point[minimax::kMostRows];
+  ComponentDirection<C> m_direction[minimax::kMostRows];
   minimax::MinimaxRows<K> m_rows;
   minimax::LinearMinimax<K> m_program;
 };

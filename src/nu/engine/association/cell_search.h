@@ -11,13 +11,14 @@
 #include "nu/engine/association/bounded_points.h"
 #include "nu/engine/association/own_cell.h"
 #include "nu/engine/base/function_ref.h"
+#include "nu/engine/shapes/vec2.h"
 
 // Branch and bound over boxes of the unknowns of a feature, the cells (A. H. Land, A. G. Doig, Econometrica 28, 1960).
 // In a cell the deviations d_i of some of the points are enclosed between linear functions of the unknowns. The linear
 // program for the least difference of the largest lower and the smallest upper one bounds the zones of all features in
 // the cell from below; its multipliers alone, none of them negative, prove that bound. More points only raise a zone,
-// so what some prove holds for all. Around an optimum that is a vertex one cell of its own needs no proof by smaller
-// ones, see own_cell.h.
+// so what some prove holds for all. Around an optimum one cell of its own needs no proof by smaller ones, see
+// own_cell.h.
 namespace nu::engine::association {
 
 // What is looked for among the points, in their working frame.
@@ -42,6 +43,7 @@ class CellSearch {
 
   void Run(const Feature& known) {
     Adopt(known);
+    if (!(m_own.cell.Volume() > 0.0)) Improve(m_best);
     PushCharts();
     while (!m_heap.empty() && m_heap.front().bound < Target() && m_boxes < m_problem.boxes) Look(Pop());
     if (!m_heap.empty()) m_floor = std::min(m_floor, m_heap.front().bound);
@@ -95,7 +97,7 @@ class CellSearch {
     }
     ++m_boxes;
     const CellBound<Model> found =
-        m_bounds.Of(cell, m_points.Set(), m_points.Reach(), Target(), kProgramSlack * m_problem.gap);
+        m_bounds.Of(cell, m_points.Set(), m_held, m_points.Reach(), Target(), kProgramSlack * m_problem.gap);
     if (found.value > cell.bound) cell.bound = found.value;
     if (cell.bound >= Target()) {
       m_floor = std::min(m_floor, cell.bound);
@@ -106,7 +108,7 @@ class CellSearch {
   }
 
   // All points are looked at where the zone of some promises more than the best one.
-  void LookAt(int chart, const double (&x)[N]) {
+  void LookAt(int chart, const double (&x)[Model::kPlace]) {
     const typename Model::template Deviations<double> deviation(chart, x, m_points.Reach());
     DeviationSpan some;
     for (const Vec3& p : m_points.Set()) some.Add(deviation(p));
@@ -114,18 +116,21 @@ class CellSearch {
     const DeviationSpan all = m_points.Span(deviation, some);
     CountPass();
     if (!(all.Size<Model>() < Target())) return;
-    const Feature start = Model::At(chart, x, all.Level<Model>());
+    Adopt(Model::At(chart, x, all.Level<Model>()));
+    Improve(m_best);
+  }
+
+  void Improve(const Feature& start) {
     Feature refined;
-    Adopt(start);
     m_boxes += kBoxesOfRefinement;
-    if (m_refine(start, all.Size<Model>(), refined)) Adopt(refined);
+    if (m_refine(start, m_size, refined)) Adopt(refined);
   }
 
   void CountPass() { m_boxes += 1 + static_cast<long>(m_points.Size() / BoundedPoints::kMostInSet); }
 
   // Unless what is known is better. In its own cell nothing is better by more than Slack().
   void Adopt(const Feature& feature) {
-    double x[N];
+    double x[Model::kPlace];
     const int chart = Model::Place(feature, x);
     const typename Model::template Deviations<double> deviation(chart, x, m_points.Reach());
     const DeviationSpan span = m_points.Span(deviation, {});
@@ -133,7 +138,30 @@ class CellSearch {
     if (!(span.Size<Model>() < m_size)) return;
     m_best = Model::At(chart, x, span.Level<Model>());
     m_size = span.Size<Model>();
-    m_own = FindOwnCell<Model>(chart, x, m_points.Contacts(deviation, span, Slack()), m_points.Reach());
+    Hold(chart, x, m_points.Contacts(deviation, span, Slack()));
+    m_own = FindOwnCell<Model>(chart, x, m_held, m_points.Reach(), m_size - Slack());
+  }
+
+  // The points that hold a feature, in the directions in which they do: away from the middle of a zone, or from the
+  // circle.
+  void Hold(int chart, const double (&x)[Model::kPlace], const ContactPoints& contacts) {
+    m_held.clear();
+    if constexpr (Model::kComponents == 1) {
+      for (const Vec3& p : contacts.outer) m_held.push_back({p, {{1.0}}});
+      if (!Model::kIsLevelled) return;  // what is near the least deviation holds a zone, and nothing else
+      for (const Vec3& p : contacts.inner) m_held.push_back({p, {{-1.0}}});
+    } else {
+      double axis[N];
+      std::copy_n(x, N, axis);
+      const typename ComponentsOf<Model>::template In<double> components(chart, axis, m_points.Reach());
+      for (const Vec3& p : contacts.outer) {
+        double at[2];
+        components.Of(p, at);
+        const Vec2 away{at[0] - x[N], at[1] - x[N + 1]};
+        const double distance = std::sqrt(Dot(away, away));
+        if (distance > 0.0) m_held.push_back({p, {{away.x / distance, away.y / distance}}});
+      }
+    }
   }
 
   void Split(const Cell& cell, int k) {
@@ -171,6 +199,7 @@ class CellSearch {
   Feature m_best;
   double m_size = std::numeric_limits<double>::infinity();
   OwnCell<N> m_own;
+  typename CellBounds<Model>::Held m_held;
 };
 
 }  // namespace nu::engine::association

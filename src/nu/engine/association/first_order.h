@@ -56,7 +56,26 @@ struct FirstOrder {
 
   friend FirstOrder operator+(FirstOrder a, const FirstOrder& b) { return a += b; }
   friend FirstOrder operator*(double factor, FirstOrder a) { return a *= factor; }
-  friend FirstOrder operator-(const FirstOrder& a, FirstOrder b) { return (b *= -1.0) += a; }
+  friend FirstOrder operator-(const FirstOrder& a, const FirstOrder& b) {
+    FirstOrder difference;
+    difference.value = a.value - b.value;
+    for (int k = 0; k < N; ++k) difference.slope[k] = a.slope[k] - b.slope[k];
+    difference.low = a.low - b.high;
+    difference.high = a.high - b.low;
+    return difference;
+  }
+  friend FirstOrder operator-(FirstOrder a, double b) {
+    a.value -= b;
+    return a;
+  }
+  friend FirstOrder operator-(double a, const FirstOrder& b) {
+    FirstOrder difference;
+    difference.value = a - b.value;
+    for (int k = 0; k < N; ++k) difference.slope[k] = -b.slope[k];
+    difference.low = -b.high;
+    difference.high = -b.low;
+    return difference;
+  }
   friend FirstOrder operator*(const FirstOrder& a, const FirstOrder& b) {
     FirstOrder product;
     product.value = a.value * b.value;

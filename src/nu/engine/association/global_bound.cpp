@@ -55,7 +55,8 @@ Vec3 FromFrame(const AxisFrame& frame, const Vec3& v) {
   return v.x * frame.x + v.y * frame.y + v.z * frame.z;
 }
 
-// The points in the unit of their blocks, in the frame of the feature known, from the middle of their extents along it.
+// The points in the unit of their blocks, in a frame along the axis of the feature known, from the middle of their
+// extents along it.
 class Scene {
  public:
   Scene(const PointView& points, const Vec3& origin)
@@ -65,7 +66,7 @@ class Scene {
 
   bool Place(const Feature& known) {
     if (!m_blocks.FitScale() || !IsFinite(known.frame.origin)) return false;
-    m_frame = {{}, known.frame.x, known.frame.y, known.frame.z};
+    m_frame = FrameOf(known);
     double low[3], high[3];
     std::fill_n(low, 3, std::numeric_limits<double>::infinity());
     std::fill_n(high, 3, -std::numeric_limits<double>::infinity());
@@ -102,6 +103,14 @@ class Scene {
   }
 
  private:
+  // The unknowns of a sector of a circle depend least on each other where x is towards its middle.
+  AxisFrame FrameOf(const Feature& known) const {
+    const Vec3 out = Rejection(m_mean - known.frame.origin, known.frame.z);
+    const bool isCircle = known.kind == FeatureKind::circleInSpace || known.kind == FeatureKind::torus;
+    if (!isCircle || !(Norm(out) > 0.0)) return {{}, known.frame.x, known.frame.y, known.frame.z};
+    return AxisFrame::Along({}, known.frame.z, Unit(out));
+  }
+
   PointView m_view;
   PointBlocks m_blocks;
   Vec3 m_mean;
@@ -189,7 +198,7 @@ GlobalBound Described(const Scene& scene, const SearchEnd& end, double gap, doub
 // The size of a feature, as a search counts it; not finite where a deviation is not.
 template<class Model>
 double SizeOf(BoundedPoints& points, const Feature& feature) {
-  double x[Model::kUnknowns];
+  double x[Model::kPlace];
   const int chart = Model::Place(feature, x);
   return points.Span(typename Model::template Deviations<double>(chart, x, points.Reach()), {}).template Size<Model>();
 }
@@ -232,7 +241,7 @@ GlobalBound BoundCircle(Scene& scene, const Feature& known, const BoundLimits& l
   const double size = SizeOf<BoundedCircle>(points, start);
   if (!std::isfinite(size)) return Unproven(known);
   const double gap = limits.gap * points.Reach();
-  const AxisFrame along{scene.Frame().origin, scene.Frame().y, scene.Frame().z, scene.Frame().x};
+  const AxisFrame along{scene.Frame().origin, scene.Frame().z, scene.Frame().x, scene.Frame().y};
   const AxisBound line = BoundAxes(scene.Blocks(), along, points.Reach(), gap, limits.boxes / kPartForLine);
   const double reach = points.Reach() + size;
   const double radius = FarDistance(line.bound - (size - kSearchedGap * gap), reach, kFarthestCircle);

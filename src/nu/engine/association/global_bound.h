@@ -36,7 +36,7 @@ struct GlobalBound {
 //   circle, sphere                        circumscribed: the same
 //   line, cylinder                        circumscribed, and the zone of a line: over the directions of the axis
 //   sphere, cylinder, cone                zone: over boxes of centres, axes, semi-angles
-//   circle in space (zone), torus (circumscribed): over boxes of circles
+//   circle in space (zone), torus (circumscribed): over boxes of axes, for all radii and heights
 //
 // They hold for all features, however far away their centres or axes are; for cones, where all points count from one
 // nappe, as if it went on beyond the apex. Where the kind has no such criterion, or where a coordinate is not finite,
