@@ -149,6 +149,12 @@ fresh && (block || /^ *\/\*/) {
   next
 }
 
+# What a class takes over from its base is described there.
+fresh && scope[depth] != "" && /^ *using [A-Za-z_:]+;/ {
+  print ""
+  next
+}
+
 {
   code = bare($0)
   if (inEnum) {
