@@ -26,12 +26,16 @@ auto Relate(const nu_feature* first, const nu_feature* second, const Relation& r
 struct Distance {
   template<class A, class B>
   double operator()(const A& a, const B& b) const {
-    constexpr bool isPoint = std::is_same_v<A, CNuPoint>;
-    if constexpr (isPoint && requires { b.DistanceTo(a); })
-      return b.DistanceTo(a);
-    else if constexpr (requires { a.DistanceTo(b); })
+    constexpr bool fromSecond = requires {
+      b.DistanceTo(a);
+    };
+    constexpr bool fromFirst = requires {
+      a.DistanceTo(b);
+    }
+    &&!(std::is_same_v<A, CNuPoint> && fromSecond);
+    if constexpr (fromFirst)
       return a.DistanceTo(b);
-    else if constexpr (requires { b.DistanceTo(a); })
+    else if constexpr (fromSecond)
       return b.DistanceTo(a);
     else
       FailKinds("nu_feature_distance");

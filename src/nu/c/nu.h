@@ -1,6 +1,7 @@
 #ifndef NU_C_NU_H
 #define NU_C_NU_H
 
+/* NOLINTBEGIN(modernize-deprecated-headers,modernize-use-using): C has no others. */
 #include <stdint.h>
 
 #include "nu/export.h"
@@ -736,5 +737,6 @@ NU_EXPORT nu_status nu_curve_polyline(const nu_curve* curve, double tol, double*
 #ifdef __cplusplus
 }
 #endif
+/* NOLINTEND(modernize-deprecated-headers,modernize-use-using) */
 
 #endif

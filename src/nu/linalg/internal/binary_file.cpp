@@ -16,9 +16,9 @@ void ToFileOrder(unsigned char* bytes) {
   if constexpr (std::endian::native == std::endian::big) std::reverse(bytes, bytes + sizeof(T));
 }
 
-#ifdef _WIN32
 thread_local bool namesAreUtf8 = false;
 
+#ifdef _WIN32
 // A path of no characters for a name that is not UTF-8, which no file has.
 std::filesystem::path PathOf(const char* fileName) {
   if (!namesAreUtf8) return fileName;
@@ -36,17 +36,13 @@ const char* PathOf(const char* fileName) {
 
 }  // namespace
 
-#ifdef _WIN32
 Utf8FileNames::Utf8FileNames() {
   namesAreUtf8 = true;
 }
+
 Utf8FileNames::~Utf8FileNames() {
   namesAreUtf8 = false;
 }
-#else
-Utf8FileNames::Utf8FileNames() = default;
-Utf8FileNames::~Utf8FileNames() = default;
-#endif
 
 void WriteInt(std::ostream& out, int value) {
   const std::int32_t number = value;
