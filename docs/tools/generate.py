@@ -7,7 +7,10 @@ import sys
 from pathlib import Path
 
 import causes
+import examples
+import figures
 import reference
+import scores
 
 
 class Writer:
@@ -35,6 +38,9 @@ def main(docs, build, xml):
     writer = Writer(docs / "generated")
     reference.generate(writer, xml, docs.parent)
     causes.generate(writer, Path("src/nu/foundation"), docs / "causes.json")
+    examples.generate(writer, docs.parent)
+    scores.generate(writer, build)
+    figures.generate(writer, build, Path(__file__).parent)
     writer.finish()
 
 

@@ -2,6 +2,8 @@
 
 import xml.etree.ElementTree as ElementTree
 
+import examples
+
 ROOMS = {
     "foundation": "Foundation",
     "linalg": "Linear algebra",
@@ -36,9 +38,10 @@ def page(path, classes, has_free, tree):
     title = ", ".join(classes) if classes else path
     lines = [f"# {title}", "", f"```cpp\n#include <{path}>\n```", ""]
     for name in classes:
-        for example in sorted((tree / "examples").rglob(f"{name}.cpp")):
-            shown = example.relative_to(tree)
-            lines += ["", "```{literalinclude} /../" + str(shown), ":language: cpp", "```", ""]
+        example = examples.find(tree, path.rsplit("/", 1)[-1].removesuffix(".h"), name)
+        if example:
+            lines += [examples.block(tree, example)]
+            break
     for name in classes:
         if len(classes) > 1:
             lines += [f"## {name}", ""]
