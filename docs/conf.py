@@ -23,7 +23,7 @@ extensions = [
 ]
 source_suffix = {".md": "markdown"}
 exclude_patterns = ["README.md", "node_modules", "generated/include"]
-highlight_language = "cpp"
+highlight_language = "none"
 
 myst_enable_extensions = ["amsmath", "attrs_block", "attrs_inline", "colon_fence", "deflist", "dollarmath"]
 myst_heading_anchors = 3

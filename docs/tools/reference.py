@@ -20,7 +20,7 @@ FREE = "enum typedef func var define"
 
 
 def headers(xml):
-    """(path below src, names of classes, whether something is declared outside of classes) of every header."""
+    """(path below src, classes, structures of C, whether something is declared beside these) of every header."""
     index = ElementTree.parse(xml / "index.xml").getroot()
     for compound in index.findall("compound[@kind='file']"):
         name = compound.findtext("name")
@@ -29,12 +29,15 @@ def headers(xml):
         definition = ElementTree.parse(xml / (compound.get("refid") + ".xml")).getroot().find("compounddef")
         location = definition.find("location").get("file")
         classes = [inner.text for inner in definition.findall("innerclass") if "::" not in inner.text]
+        if "/c/" in location:
+            structs, classes = classes, []
+        else:
+            structs = []
         kinds = {member.get("kind") for member in definition.iter("memberdef")}
-        has_free = bool(kinds & {"enum", "typedef", "function", "variable"}) or (location.endswith("/c/nu.h"))
-        yield location.split("src/", 1)[-1], classes, has_free
+        yield location.split("src/", 1)[-1], classes, structs, bool(kinds & {"enum", "typedef", "function", "variable"})
 
 
-def page(path, classes, has_free, tree):
+def page(path, classes, structs, has_free, tree):
     title = ", ".join(classes) if classes else path
     lines = [f"# {title}", "", f"```cpp\n#include <{path}>\n```", ""]
     for name in classes:
@@ -50,17 +53,19 @@ def page(path, classes, has_free, tree):
         if classes:
             lines += ["## Beside the classes", ""]
         lines += ["```{doxygenfile} " + path.rsplit("/", 1)[-1], f":sections: {FREE}", "```", ""]
+    for name in structs:
+        lines += ["```{doxygenstruct} " + name, ":members:", "```", ""]
     return "\n".join(lines)
 
 
 def generate(writer, xml, tree):
     rooms = {room: [] for room in ROOMS}
-    for path, classes, has_free in headers(xml):
+    for path, classes, structs, has_free in headers(xml):
         room = path.split("/")[1] if path.count("/") > 1 else ""
         if not classes and not has_free:
             continue
         name = "reference/" + path.removeprefix("nu/").removesuffix(".h").replace("/", "-")
-        writer.write(name + ".md", page(path, classes, has_free, tree))
+        writer.write(name + ".md", page(path, classes, structs, has_free, tree))
         rooms[room].append((classes[0] if classes else path, name, classes, path))
     text = ["# C++ reference", "", "Every public header, with all that it declares. `#include <nu/nu.h>` brings all of them.", ""]
     for room, title in ROOMS.items():
