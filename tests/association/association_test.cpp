@@ -171,6 +171,7 @@ TEST(Association, FixedParametersStay) {
       EXPECT_EQ(report.GetEnd(), NuConverged);
       if (report.GetEnd() != NuConverged) continue;
       EXPECT_NEAR(found.radius, optimum.radius, 1e-6);
+      EXPECT_NEAR(found.minor, optimum.minor, 1e-6);
       if (fit.criterion == kLeastSquares) {
         EXPECT_NEAR(report.GetSumSquares(), best.GetSumSquares(), 1e-9);
       }
@@ -178,6 +179,41 @@ TEST(Association, FixedParametersStay) {
         EXPECT_NEAR(report.GetForm(), best.GetForm(), 1e-9);
       }
     }
+  }
+}
+
+// From the feature of half of the points: the same optimum, with all its sizes.
+template<class F>
+void ExpectSameFromNearby(Random& random, ENuCriterion criterion) {
+  const CNuPointArray points = RandomMotion(random, 20.0)(TypicalPoints<F>(random, 60));
+  CNuPointArray half(30);
+  for (int i = 0; i < 60; i += 2) half.Add(points[i]);
+  F nearby = Start<F>(), optimum = Start<F>(), found = Start<F>();
+  CNuAssociation(half).Fit(criterion, &nearby).Require();
+  CNuAssociation association(points);
+  const CNuAssociationReport best = association.Fit(criterion, &optimum);
+  association.StartFrom(nearby);
+  const CNuAssociationReport report = association.Fit(criterion, &found);
+  ASSERT_EQ(report.GetEnd(), NuConverged);
+  EXPECT_NEAR(report.GetForm(), best.GetForm(), 1e-8);
+  Shape a, b;
+  Read(optimum, a);
+  Read(found, b);
+  EXPECT_NEAR(a.radius, b.radius, 1e-6);
+  EXPECT_NEAR(a.minor, b.minor, 1e-6);
+  EXPECT_NEAR(a.angle, b.angle, 1e-6);
+}
+
+TEST(Association, StartsNearby) {
+  Random random(51);
+  for (const ENuCriterion criterion : {NuLeastSquares, NuMinimumZone}) {
+    SCOPED_TRACE(criterion);
+    ExpectSameFromNearby<CNuPlane>(random, criterion);
+    ExpectSameFromNearby<CNuCircle>(random, criterion);
+    ExpectSameFromNearby<CNuSphSurf>(random, criterion);
+    ExpectSameFromNearby<CNuCylSurf>(random, criterion);
+    ExpectSameFromNearby<CNuConSurf>(random, criterion);
+    ExpectSameFromNearby<CNuTorSurf>(random, criterion);
   }
 }
 

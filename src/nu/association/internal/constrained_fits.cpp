@@ -186,6 +186,12 @@ Feature RoughStart(FeatureKind kind, const FixedParameters& fixed, PointView poi
   return feature;
 }
 
+Feature AsTube(Feature circle, double radius) {
+  circle.kind = FeatureKind::torus;
+  circle.size[1] = radius;
+  return circle;
+}
+
 FittedFeature FitConstrained(const AssociationState& state, ENuCriterion criterion, const Feature& start, double tol,
                              const StepMonitor& monitor) {
   const AssociationOptions& options = state.options;
@@ -196,6 +202,7 @@ FittedFeature FitConstrained(const AssociationState& state, ENuCriterion criteri
   const Feature moved = WithFixed(accounted, options.fixed, state.points);
   const FitProblem problem = ProblemOf(state, criterion, moved.kind, monitor);
   FittedFeature fit = options.start ? FitFrom(problem, moved) : FitNear(problem, moved);
+  if (start.kind == FeatureKind::torus && criterion == NuMinimumZone) fit.feature = AsTube(fit.feature, fit.objective);
   const bool hasSense = options.start || options.fixed.direction || options.side != NuEitherSide;
   if (!hasSense) fit.feature = WithCanonicalSense(fit.feature);
   if (problem.weights != nullptr && !options.fixed.point) fit.feature = BesideMean(fit.feature, problem);

@@ -19,6 +19,8 @@ Feature RoughStart(FeatureKind kind, const FixedParameters& fixed, PointView poi
 
 // The one of the two senses of its direction that the fits of its class prefer.
 Feature WithCanonicalSense(Feature feature);
+// A torus: the tube of this radius around a circle in space.
+Feature AsTube(Feature circle, double radius);
 
 // The fit with all options from a start, which is moved to the fixed parameters first. What is not fixed may come out
 // in the sense that the fits of its class prefer, unless the start was given.

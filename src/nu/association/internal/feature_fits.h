@@ -208,7 +208,8 @@ CNuAssociationReport RefitFeature(const AssociationState& state, ENuCriterion cr
 
 template<class Class>
 CNuAssociationReport ProveFeature(const AssociationState& state, ENuCriterion criterion, long budget, Class* feature) {
-  RequireOptions(state, kRules<Class>, criterion);
+  constexpr FeatureRules rules = kRules<Class>;
+  RequireOptions(state, rules, criterion);
   RequireProof(state, criterion, budget);
   return WithMemory("CNuAssociation::ProveGlobally", [&] {
     FoundFeature<Class> found;
@@ -218,7 +219,9 @@ CNuAssociationReport ProveFeature(const AssociationState& state, ENuCriterion cr
     const Feature known = AccountedFeature(FeatureOf(found.feature), criterion, state.points, tol);
     const GlobalBound bound = BoundOf(state, criterion, known, budget);
     if (bound.improved) {
-      Store(WithCanonicalSense(bound.feature), &found.feature);
+      const bool isTorus = rules.type == CNuObject::NuTypeTorSurf;
+      const Feature better = isTorus ? AsTube(bound.feature, 0.5 * bound.best) : bound.feature;
+      Store(WithCanonicalSense(better), &found.feature);
       found.form = {};
       Account(state, tol, found, data.get());
     }
