@@ -1,17 +1,20 @@
-// Every allocation of every operation fails once: the operation must end in the memory exception (geometry may pass on
+// Every allocation of every operation fails once: the operation must end as exceptions.h promises (geometry may pass on
 // the standard failure, and a fit may word it as a failed numerical step), leak nothing, and leave its object as it
-// was.
+// was. Of large inputs some allocations fail, spread over the operation.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <functional>
+#include <limits>
 #include <new>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "support/adversaries.h"
 #include "support/failing_new.h"
 #include "support/fitted.h"
 #include "support/scratch_file.h"
@@ -65,6 +68,16 @@ void FailEveryAllocation(
     ASSERT_TRUE(unchanged()) << name << " changes its object, allocation " << k;
   }
   FAIL() << name << " does not end";
+}
+
+// How many allocations an operation makes.
+long AllocationsOf(const std::function<void()>& operation) {
+  constexpr long kNever = std::numeric_limits<long>::max();
+  FailAllocation(kNever);
+  OutcomeOf(operation);
+  const long left = AllocationsUntilFailure();
+  FailAllocation(-1);
+  return kNever - left;
 }
 
 CNuMatrix Dense(int rows, int columns) {
@@ -200,6 +213,98 @@ TEST(FailingAllocations, Associations) {
   CNuAssociation grown(points);
   FailEveryAllocation(
       "points of an association", [&] { grown.Add(points); }, [&] { return grown.GetNumberPoints() == 60; });
+}
+
+// Every feature by every criterion that it has, with all details, and what can be asked of the report.
+template<class F>
+void FailAssociations(Random& random) {
+  const CNuPointArray points = TypicalPoints<F>(random, 40);
+  CNuAssociation association(points);
+  association.SetDetails(NuDetailAll);
+  for (const ENuCriterion criterion : {NuLeastSquares, NuMinimumZone, NuMinimumCircumscribed, NuMaximumInscribed}) {
+    F fitted = Start<F>();
+    const F start = fitted;
+    Shape before, after;
+    Read(start, before);
+    const auto fit = [&] { fitted = start, association.Fit(criterion, &fitted).Require(); };
+    if (OutcomeOf(fit) != Outcome::kDone) continue;  // it has no such criterion
+    const std::string name = "association " + std::to_string(start.GetType()) + "/" + std::to_string(criterion);
+    FailEveryAllocation(name, fit, [&] { return Read(fitted, after), after == before; });
+    const CNuAssociationReport report = association.Fit(criterion, &fitted);
+    const F known = fitted;
+    Read(known, before);
+    FailEveryAllocation(
+        name + " again", [&] { fitted = known, association.Refit(criterion, &fitted).Require(); },
+        [&] { return Read(fitted, after), after == before; });
+    FailEveryAllocation("Monte Carlo", [&] { association.MonteCarlo(report, 1e-3, 2, 1u); });
+    if (criterion == NuLeastSquares) {
+      FailEveryAllocation("covariance", [&] { report.GetCovariance(); });
+      continue;
+    }
+    FailEveryAllocation("sensitivity", [&] { association.Sensitivity(report); });
+    FailEveryAllocation("certificate", [&] { report.GetCertificate().Check(points, fitted, 1e-9); });
+  }
+}
+
+TEST(FailingAllocations, AssociationsOfEveryFeature) {
+  const Geometry geometry;
+  Random random(53);
+  FailAssociations<CNuLine>(random);
+  FailAssociations<CNuPlane>(random);
+  FailAssociations<CNuCircle>(random);
+  FailAssociations<CNuEllipse>(random);
+  FailAssociations<CNuSphSurf>(random);
+  FailAssociations<CNuCylSurf>(random);
+  FailAssociations<CNuConSurf>(random);
+  FailAssociations<CNuTorSurf>(random);
+}
+
+TEST(FailingAllocations, LargeSets) {
+  const Geometry geometry;
+  constexpr int kPoints = 20000;
+  constexpr long kSampled = 6;
+  Random random(54);
+  for (const AnyFit& fit : kAllFits) {
+    const CNuPointArray points = fit.points(random, kPoints);
+    Fitted f;
+    const std::function<void()> run = [&] { f = fit.start, fit.run(points, 1e-9, 1000, f); };
+    const long all = AllocationsOf(run);
+    for (long i = 0; i < std::min(all, kSampled); ++i) {
+      const long before = LiveAllocations();
+      FailAllocation(i * all / kSampled);
+      const Outcome outcome = OutcomeOf(run);
+      FailAllocation(-1);
+      ASSERT_NE(outcome, Outcome::kOther) << fit.Name();
+      ASSERT_EQ(LiveAllocations(), before) << fit.Name();
+      if (outcome == Outcome::kDone) continue;
+      f.form = f.sumsq = fit.start.form;
+      ASSERT_TRUE(f == fit.start) << fit.Name();
+    }
+  }
+}
+
+// The most memory that a fit holds at once, in multiples of its input, for points of the feature and for adversarial
+// ones. Waves are scanned over frequencies as close as their closest points ask for.
+TEST(PeakMemory, OfEveryFitIsAFewCopiesOfTheInput) {
+  constexpr int kPoints = 4000;
+  constexpr double kMostCopies = 12.0, kMostCopiesOfScans = 80.0;
+  Random random(55);
+  std::vector<NamedPoints> sets = Adversaries(kPoints);
+  for (const AnyFit& fit : kAllFits) {
+    sets.emplace_back("feature", fit.points(random, kPoints));
+    for (const auto& [name, points] : sets) {
+      const long before = LiveBytes();
+      MarkPeak();
+      OutcomeOf([&, &cloud = points] {
+        Fitted f;
+        fit.run(cloud, 1e-9, 1000, f);
+      });
+      const double copies = static_cast<double>(PeakBytes() - before) / (3.0 * sizeof(double) * kPoints);
+      const bool scans = fit.Is("CNuSineCurve", kLeastSquares) || fit.Is("CNuCosineCurve", kLeastSquares);
+      EXPECT_LE(copies, scans ? kMostCopiesOfScans : kMostCopies) << fit.Name() << ", " << name;
+    }
+    sets.pop_back();
+  }
 }
 
 TEST(FailingAllocations, MatrixFiles) {

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <limits>
 #include <new>
-#ifdef _WIN32
+#if defined(_WIN32) || defined(__GLIBC__)
 #include <malloc.h>
 #endif
 
@@ -12,7 +12,18 @@ namespace {
 
 thread_local long allocationsUntilFailure = -1;
 thread_local long liveAllocations = 0;
+thread_local long liveBytes = 0;
+thread_local long peakBytes = 0;
 thread_local std::size_t largestAllocation = std::numeric_limits<std::size_t>::max();
+
+// Known where the C library is GNU's.
+long SizeOf([[maybe_unused]] void* memory) {
+#ifdef __GLIBC__
+  return static_cast<long>(malloc_usable_size(memory));
+#else
+  return 0;
+#endif
+}
 
 // Windows has no aligned_alloc, and what it aligns it wants back by a function of its own.
 void* Allocate(std::size_t unit, std::size_t size) {
@@ -49,6 +60,22 @@ long nu::test::LiveAllocations() {
   return liveAllocations;
 }
 
+long nu::test::AllocationsUntilFailure() {
+  return allocationsUntilFailure;
+}
+
+long nu::test::LiveBytes() {
+  return liveBytes;
+}
+
+long nu::test::PeakBytes() {
+  return peakBytes;
+}
+
+void nu::test::MarkPeak() {
+  peakBytes = liveBytes;
+}
+
 // The array and nothrow forms of the standard library end in these two; those of a sanitizer do not, so all are here.
 void* operator new(std::size_t size, std::align_val_t alignment) {
   if (allocationsUntilFailure >= 0 && allocationsUntilFailure-- == 0) throw std::bad_alloc();
@@ -57,6 +84,8 @@ void* operator new(std::size_t size, std::align_val_t alignment) {
   void* memory = Allocate(unit, (size / unit + 1) * unit);
   if (memory == nullptr) throw std::bad_alloc();
   ++liveAllocations;
+  liveBytes += SizeOf(memory);
+  if (liveBytes > peakBytes) peakBytes = liveBytes;
   return memory;
 }
 
@@ -93,7 +122,10 @@ void* operator new[](std::size_t size, std::align_val_t alignment, const std::no
 }
 
 void operator delete(void* memory) noexcept {
-  if (memory != nullptr) --liveAllocations;
+  if (memory != nullptr) {
+    --liveAllocations;
+    liveBytes -= SizeOf(memory);
+  }
   Release(memory);
 }
 

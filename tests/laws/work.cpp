@@ -1,0 +1,72 @@
+// work N SET OPERATION: one operation on one adversarial set, for work.sh, which counts the instructions of `Measured`.
+// Without arguments it lists the names of sets and operations.
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "support/adversaries.h"
+#include "support/fitted.h"
+
+using namespace nu::test;
+
+namespace {
+
+struct Operation {
+  std::string name;
+  std::function<void(const CNuPointArray&)> run;
+};
+
+CNuPointArray Flat(CNuPointArray points) {
+  for (int i = 0; i < points.GetSize(); ++i) points[i].z() = 0.0;
+  return points;
+}
+
+std::vector<Operation> Operations() {
+  std::vector<Operation> all;
+  for (const AnyFit& fit : kAllFits) {
+    all.push_back({fit.Name(), [&fit](const CNuPointArray& points) {
+                     Fitted f;
+                     fit.run(points, 1e-9, 1000, f);
+                   }});
+  }
+  int i = 0, j = 0;
+  all.push_back({"MaxEdge", [=](const CNuPointArray& points) mutable { points.MaxEdge(&i, &j); }});
+  all.push_back({"MinEdge", [=](const CNuPointArray& points) mutable { points.MinEdge(&i, &j); }});
+  all.push_back({"RemoveDuplicate", [](const CNuPointArray& points) { CNuPointArray(points).RemoveDuplicate(1e-9); }});
+  all.push_back({"IsEqual", [](const CNuPointArray& points) { points.IsEqual(points, 1e-9); }});
+  all.push_back({"ConvexHull", [](const CNuPointArray& points) {
+                   CNuIntArray hull(0);
+                   Flat(points).ConvexHull(&hull);
+                 }});
+  all.push_back(
+      {"IsSelfIntersecting", [](const CNuPointArray& points) { CNuPolyline(Flat(points)).IsSelfIntersecting(); }});
+  all.push_back({"SimplifiedCurve", [](const CNuPointArray& points) { CNuSimplifiedCurve curve(points, 0.01); }});
+  return all;
+}
+
+}  // namespace
+
+// Collected by name; nothing else is counted.
+extern "C" __attribute__((noinline)) void Measured(const Operation& operation, const CNuPointArray& points) {
+  try {
+    operation.run(points);
+  } catch (const CNuException&) {
+    // A set need not suit each fit: refusing it is work as well.
+  }
+}
+
+int main(int argc, char** argv) {
+  const std::vector<Operation> operations = Operations();
+  const int n = argc > 1 ? std::atoi(argv[1]) : 1;
+  for (const auto& [name, points] : Adversaries(n)) {
+    for (const Operation& operation : operations) {
+      if (argc == 1 || argc == 2) std::printf("%s|%s\n", name, operation.name.c_str());
+      if (argc == 2 || (argc == 4 && argv[2] == std::string(name) && argv[3] == operation.name))
+        Measured(operation, points);
+    }
+  }
+  return 0;
+}
