@@ -286,7 +286,7 @@ TEST(FailingAllocations, LargeSets) {
 // The most memory that a fit holds at once, in multiples of its input, for points of the feature and for adversarial
 // ones. Waves are scanned over frequencies as close as their closest points ask for.
 TEST(PeakMemory, OfEveryFitIsAFewCopiesOfTheInput) {
-  constexpr int kPoints = 4000;
+  constexpr int kPoints = 3000;
   constexpr double kMostCopies = 12.0, kMostCopiesOfScans = 80.0;
   Random random(55);
   std::vector<NamedPoints> sets = Adversaries(kPoints);
