@@ -1,14 +1,20 @@
 # Runs the programs in turn and compares what each prints with the file .out beside its source.
-# -DPROGRAMS=SOURCE=PROGRAM;... -DEMULATOR= -DSCRATCH=FOLDER, which they may write to; -DACCEPT=ON renews the files.
+# -DPROGRAMS=SOURCE=PROGRAM;... -DARGUMENTS= of all; -DEMULATOR=; -DSCRATCH=FOLDER, where they run; -DCOPY=FILE into it;
+# -DACCEPT=ON renews the files. A line with the time that a fit took is left out.
 file(REMOVE_RECURSE ${SCRATCH})
 file(MAKE_DIRECTORY ${SCRATCH})
+if(COPY)
+  file(COPY ${COPY} DESTINATION ${SCRATCH})
+endif()
 set(failed "")
 foreach(pair IN LISTS PROGRAMS)
   string(REGEX MATCH "^([^=]*)=(.*)$" matched "${pair}")
   set(program ${CMAKE_MATCH_2})
-  string(REGEX REPLACE "[.]c(pp)?$" ".out" expected_file ${CMAKE_MATCH_1})
-  execute_process(COMMAND ${EMULATOR} ${program} WORKING_DIRECTORY ${SCRATCH} OUTPUT_VARIABLE printed RESULT_VARIABLE status)
+  string(REGEX REPLACE "[.][a-z]+$" ".out" expected_file ${CMAKE_MATCH_1})
+  execute_process(COMMAND ${EMULATOR} ${program} ${ARGUMENTS} WORKING_DIRECTORY ${SCRATCH}
+    OUTPUT_VARIABLE printed RESULT_VARIABLE status)
   string(REPLACE "\r" "" printed "${printed}")
+  string(REGEX REPLACE "\n *time of the fit[^\n]*" "" printed "${printed}")
   if(ACCEPT)
     file(WRITE ${expected_file} "${printed}")
   endif()

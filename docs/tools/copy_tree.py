@@ -11,7 +11,7 @@ from pathlib import Path
 
 PARTS = ["docs", "examples", "inspect", "python", "bench/README.md", "data/parts", "data/reference/README.md", "README.md",
          "CHANGELOG.md", "CONTRIBUTING.md", "SECURITY.md"]
-SUFFIXES = {".md", ".py", ".cpp", ".c", ".h", ".css", ".js", ".svg", ".txt", ".json", ".csv", ".pyi"}
+SUFFIXES = {".md", ".py", ".cpp", ".c", ".h", ".css", ".js", ".svg", ".txt", ".json", ".csv", ".out", ".pyi"}
 GENERATED = Path("docs/generated")
 
 
