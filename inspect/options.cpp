@@ -5,13 +5,23 @@
 #include <string_view>
 
 #include "evaluate/methods.h"
+#include "evaluate/roundness_filter.h"
+#include "plan/plan_reader.h"
 #include "text.h"
 
 namespace {
 
 using Setter = void (*)(Options&, std::string_view);
 
+constexpr unsigned kFit = static_cast<unsigned>(Mode::kFit);
+constexpr unsigned kPlan = static_cast<unsigned>(Mode::kPlan);
+constexpr unsigned kInit = static_cast<unsigned>(Mode::kInit);
+constexpr unsigned kCompare = static_cast<unsigned>(Mode::kCompare);
+constexpr unsigned kReading = kFit | kInit | kCompare;
+constexpr unsigned kAll = kReading | kPlan;
+
 struct Option {
+  unsigned modes;  // in which it means something
   const char* name;
   const char* argument;  // null: none
   const char* help;
@@ -86,32 +96,68 @@ void SetSkip(Options& options, std::string_view text) {
   }
 }
 
+void SetFilter(Options& options, std::string_view text) {
+  long cutoff = 0;
+  if (!ParseWhole(text, &cutoff) || cutoff < 1 || cutoff > kLargestFilter) {
+    throw InputError("--filter: '" + Printable(text) +
+                     "' is not a number of undulations per revolution; expected one such as 15, 50 or 150");
+  }
+  options.filter = static_cast<int>(cutoff);
+}
+
+void SetSeconds(Options& options, std::string_view text) {
+  constexpr double kLongest = 1e9;  // some thirty years
+  double seconds = 0;
+  if (!ParseNumber(text, &seconds) || seconds < 0 || seconds > kLongest) {
+    throw InputError("--for: '" + Printable(text) + "' is not a number of seconds");
+  }
+  options.watchSeconds = seconds;
+}
+
 constexpr Option kOptions[] = {
-    {"--feature", "NAMES", "line, plane, circle, sphere, ... (required); several between commas",
+    {kFit | kCompare, "--feature", "NAMES", "line, plane, circle, sphere, ... (required); several between commas",
      [](Options& options, std::string_view text) { options.features = List("--feature", text); }},
-    {"--criterion", "NAMES",
+    {kFit, "--criterion", "NAMES",
      "ls least squares (default), mz minimum zone, mc minimum circumscribed,\n"
      "mi maximum inscribed, or all; several between commas",
      [](Options& options, std::string_view text) { options.criteria = List("--criterion", text); }},
-    {"--tolerance", "T", "largest permitted form deviation, in the unit of the file", SetTolerance},
-    {"--svg", "FILE", "draw the deviations; a directory (DIR/) takes the pictures of several results",
+    {kFit | kCompare, "--tolerance", "T", "largest permitted form deviation, in the unit of the file", SetTolerance},
+    {kFit | kPlan | kCompare, "--svg", "FILE",
+     "draw the deviations; a directory (DIR/) takes the pictures of several results",
      [](Options& options, std::string_view text) { options.svg = text; }},
-    {"--json", "FILE", "write the results for programs",
+    {kFit | kPlan, "--json", "FILE", "write the results for programs",
      [](Options& options, std::string_view text) { options.json = text; }},
-    {"--columns", "I,J,K", "the columns of x, y and perhaps z: numbers from 1 on, or names in the header", SetColumns},
-    {"--unit", "U", "unit of the coordinates, in place of what the header says, else mm: mm, um, nm, cm, m, in",
-     SetUnit},
-    {"--decimal-comma", nullptr, "numbers are written 12,5",
+    {kReading, "--columns", "I,J,K", "the columns of x, y and perhaps z: numbers from 1 on, or names in the header",
+     SetColumns},
+    {kReading, "--unit", "U",
+     "unit of the coordinates, in place of what the header says, else mm: mm, um, nm, cm, m, in", SetUnit},
+    {kReading, "--decimal-comma", nullptr, "numbers are written 12,5",
      [](Options& options, std::string_view) { options.reading.decimalComma = true; }},
-    {"--skip", "N", "pass over the first N lines", SetSkip},
-    {"--material", "SIDE", "inside the feature, as of a shaft (default), or outside, as of a bore: peaks point away",
-     SetMaterial},
-    {"--prove", "N",
+    {kReading, "--skip", "N", "pass over the first N lines", SetSkip},
+    {kFit | kCompare, "--material", "SIDE",
+     "inside the feature, as of a shaft (default), or outside, as of a bore: peaks point away", SetMaterial},
+    {kFit | kCompare, "--prove", "N",
      "look for a better minimum zone or circumscribed feature anywhere, in N boxes of\n"
      "parameters at most, and say how far from the best of all the result may be",
      SetBoxes},
-    {"--help", nullptr, "show this text (-h)", [](Options& options, std::string_view) { options.help = true; }},
-    {"--version", nullptr, "show the version", [](Options& options, std::string_view) { options.version = true; }},
+    {kFit | kCompare, "--filter", "N",
+     "roundness after the Gaussian filter of ISO 16610-21 that passes half of N undulations\n"
+     "per revolution, such as 50; circles only",
+     SetFilter},
+    {kPlan, "--html", "FILE", "write the report of a plan as one page that needs no network",
+     [](Options& options, std::string_view text) { options.html = text; }},
+    {kPlan, "--csv", "FILE", "write the results of a plan as a table",
+     [](Options& options, std::string_view text) { options.csv = text; }},
+    {kPlan, "--qif", "FILE", "write the results of a plan for other software, as QIF 3",
+     [](Options& options, std::string_view text) { options.qif = text; }},
+    {kPlan, "--watch", "DIR", "inspect by the plan what lies in DIR, and each file that lands there, until interrupted",
+     [](Options& options, std::string_view text) { options.watch = text; }},
+    {kPlan, "--for", "SECONDS", "watch no longer than that", SetSeconds},
+    {kInit, "--output", "FILE", "where the plan goes, in place of standard output",
+     [](Options& options, std::string_view text) { options.output = text; }},
+    {kAll, "--help", nullptr, "show this text (-h)", [](Options& options, std::string_view) { options.help = true; }},
+    {kAll, "--version", nullptr, "show the version",
+     [](Options& options, std::string_view) { options.version = true; }},
 };
 
 const Option& FindOption(std::string_view name) {
@@ -131,11 +177,12 @@ void TakeFile(Options& options, const char* file) {
 }
 
 // Takes the option at argv[at] with its argument, given as the next word or behind '='; returns the last word taken.
-int TakeOption(Options& options, int argc, const char* const* argv, int at) {
+int TakeOption(Options& options, int argc, const char* const* argv, int at, std::vector<const Option*>* given) {
   const std::string_view word = argv[at];
   const std::size_t equals = word.find('=');
   const Option& option = FindOption(word.substr(0, equals));
   const bool attached = equals != std::string_view::npos;
+  given->push_back(&option);
   if (option.argument == nullptr) {
     if (attached) throw InputError(std::string(option.name) + " takes no argument");
     option.set(options, {});
@@ -148,31 +195,69 @@ int TakeOption(Options& options, int argc, const char* const* argv, int at) {
   return attached ? at : at + 1;
 }
 
+Mode ModeOf(std::string_view word) {
+  return word == "init" ? Mode::kInit : Mode::kFit;
+}
+
+std::string NameOf(Mode mode) {
+  if (mode == Mode::kPlan) return "a plan, which says it itself";
+  if (mode == Mode::kInit) return "'inspect init'";
+  return mode == Mode::kCompare ? "'inspect compare'" : "a file of points; it is for plans and other commands";
+}
+
+void CheckMode(Options* options, const std::vector<const Option*>& given) {
+  const auto isPlan = [](const std::string& file) { return MeansPlan(file); };
+  if (options->files.empty()) throw InputError("FILE is missing; 'inspect --help' shows the usage");
+  if (options->mode == Mode::kFit && isPlan(options->files.front())) options->mode = Mode::kPlan;
+  const auto plans = std::count_if(options->files.begin(), options->files.end(), isPlan);
+  if (plans > (options->mode == Mode::kPlan ? 1 : 0)) {
+    throw InputError("a plan comes first and alone, the files of parts after it");
+  }
+  for (const Option* option : given) {
+    if ((option->modes & static_cast<unsigned>(options->mode)) != 0) continue;
+    throw InputError(std::string(option->name) + " does not go with " + NameOf(options->mode));
+  }
+  const bool fits = options->mode == Mode::kFit || options->mode == Mode::kCompare;
+  if (fits && options->features.empty()) throw InputError("--feature is missing; " + AvailableFits());
+  if (!fits && options->mode == Mode::kInit && options->files.size() > 1) {
+    throw InputError("'inspect init' takes one FILE");
+  }
+  if (options->watchSeconds && options->watch.empty()) throw InputError("--for needs --watch DIR");
+  if (!options->watch.empty() && options->files.size() > 1) {
+    throw InputError("--watch takes the parts from DIR; name no files of parts");
+  }
+}
+
 }  // namespace
 
 Options ParseOptions(int argc, const char* const* argv) {
   Options options;
   bool onlyFiles = false;
-  for (int at = 1; at < argc; ++at) {
+  std::vector<const Option*> given;
+  int first = 1;
+  if (argc > 1) options.mode = ModeOf(argv[1]);
+  if (options.mode != Mode::kFit) ++first;
+  for (int at = first; at < argc; ++at) {
     const std::string_view word = argv[at];
     if (!onlyFiles && word == "--") {
       onlyFiles = true;
     } else if (!onlyFiles && word.starts_with("-") && word.size() > 1) {
-      at = TakeOption(options, argc, argv, at);
+      at = TakeOption(options, argc, argv, at, &given);
     } else {
       TakeFile(options, argv[at]);
     }
   }
   if (options.help || options.version) return options;
-  if (options.files.empty()) throw InputError("FILE is missing; 'inspect --help' shows the usage");
-  if (options.features.empty()) throw InputError("--feature is missing; " + AvailableFits());
+  CheckMode(&options, given);
   return options;
 }
 
 std::string HelpText() {
   constexpr std::size_t kIndent = 21;
   std::string text =
-      "usage: inspect FILE... --feature NAMES [options]\n\n"
+      "usage: inspect FILE... --feature NAMES [options]\n"
+      "       inspect PLAN.toml [PART...] [options]\n"
+      "       inspect init FILE [--output PLAN.toml]\n\n"
       "Fits ideal features to the measured points of each FILE and reports their form deviation. FILE and the files "
       "of\n"
       "--svg and --json may be -, standard input and output; the report then goes to standard error.\n"

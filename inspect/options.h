@@ -8,7 +8,16 @@
 #include "input/point_file.h"
 #include "report/table.h"
 
+// What the program is asked to do.
+enum class Mode : unsigned {
+  kFit = 1,      // one feature or several of one file or several
+  kPlan = 2,     // parts by a plan
+  kInit = 4,     // write a plan
+  kCompare = 8,  // one feature by all criteria
+};
+
 struct Options {
+  Mode mode = Mode::kFit;
   bool help = false;
   bool version = false;
   std::vector<std::string> files;
@@ -16,10 +25,19 @@ struct Options {
   std::vector<std::string> criteria = {"ls"};
   std::optional<double> tolerance;
   long boxes = 0;  // of the search for a better optimum
+  int filter = 0;  // undulations per revolution; 0 for none
   Material material = Material::kInside;
   std::string svg;
   std::string json;
   PointFileOptions reading;
+  // Of plans.
+  std::string html;
+  std::string csv;
+  std::string qif;
+  std::string watch;                   // the directory; empty for none
+  std::optional<double> watchSeconds;  // without: until the user ends the program
+  // Of init.
+  std::string output;
 };
 
 // Throws InputError.

@@ -2,12 +2,15 @@
 
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <map>
 #include <new>
 #include <utility>
 
+#include "batch/run_plan.h"
 #include "evaluate/methods.h"
 #include "picture/pictures.h"
+#include "plan/plan_template.h"
 #include "report/json.h"
 #include "report/output_file.h"
 #include "report/table.h"
@@ -48,14 +51,6 @@ void RefuseOverwriting(const Options& options, const std::vector<Method>& method
   }
 }
 
-ExitCode Graver(ExitCode a, ExitCode b) {
-  constexpr ExitCode kByGravity[] = {kBadInput, kFitFailed, kOutOfTolerance};
-  for (const ExitCode code : kByGravity) {
-    if (a == code || b == code) return code;
-  }
-  return kWithinTolerance;
-}
-
 class Inspector {
  public:
   Inspector(const Options& options, std::vector<Method> methods)
@@ -87,7 +82,7 @@ class Inspector {
   }
 
   std::string Take(const std::string& error, ExitCode code) {
-    m_code = Graver(m_code, Complain(error.c_str(), code));
+    m_code = GraverCode(m_code, Complain(error.c_str(), code));
     return error;
   }
 
@@ -131,13 +126,13 @@ class Inspector {
                                  "columns " + ColumnsText(points) + "; unit " + UnitText(points)};
       Attempt([&] { WriteFile(PicturePath(m_options, file, method), method.draw(inspection, labels)); });
     }
-    if (!context.WithinTolerance(inspection)) m_code = Graver(m_code, kOutOfTolerance);
+    if (!context.WithinTolerance(inspection)) m_code = GraverCode(m_code, kOutOfTolerance);
     AddResult(inspection, context);
   }
 
   Inspection InspectNamingFile(const Method& method, const std::string& file, const PointFile& points) const {
     try {
-      return Inspect(method, points.points, m_options.boxes);
+      return Inspect(method, points.points, {m_options.boxes, m_options.filter});
     } catch (const FitFailure& failure) {
       throw FitFailure(Printable(ShownName(file)) + ", " + method.terms.criterion + ": " + failure.what());
     }
@@ -178,7 +173,36 @@ ExitCode Complain(const char* text, ExitCode code) {
   return code;
 }
 
+namespace {
+
+// A plan that is there already holds somebody's work.
+ExitCode WritePlan(const Options& options) {
+  const std::string& output = options.output;
+  if (!output.empty() && output != "-" && std::filesystem::exists(output)) {
+    throw InputError("--output: '" + Printable(output) + "' is there already; remove it or give another name");
+  }
+  const std::string plan = PlanFor(options.files.front(), options.reading, output == "-" ? "" : output);
+  if (output.empty() || output == "-") {
+    Print(plan);
+  } else {
+    WriteFile(output, plan);
+  }
+  return kWithinTolerance;
+}
+
+}  // namespace
+
+ExitCode GraverCode(ExitCode a, ExitCode b) {
+  constexpr ExitCode kByGravity[] = {kBadInput, kFitFailed, kOutOfTolerance};
+  for (const ExitCode code : kByGravity) {
+    if (a == code || b == code) return code;
+  }
+  return kWithinTolerance;
+}
+
 ExitCode Run(const Options& options) {
+  if (options.mode == Mode::kPlan) return RunPlan(options);
+  if (options.mode == Mode::kInit) return WritePlan(options);
   std::vector<Method> methods = FindMethods(options.features, options.criteria);
   RefuseOverwriting(options, methods);
   return Inspector(options, std::move(methods)).Execute();

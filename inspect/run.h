@@ -8,6 +8,8 @@ enum ExitCode { kWithinTolerance = 0, kOutOfTolerance = 1, kBadInput = 2, kFitFa
 // Says on standard error what went wrong; returns the code.
 ExitCode Complain(const char* text, ExitCode code);
 
+ExitCode GraverCode(ExitCode a, ExitCode b);
+
 // Inspects every file by every method, writes all that was asked for, and goes on with the rest where one part fails.
 // Returns the gravest of what happened. Throws InputError for options that contradict each other, before any work.
 ExitCode Run(const Options& options);

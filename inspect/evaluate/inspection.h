@@ -114,6 +114,7 @@ struct Inspection {
   double form = 0;
   double sumSquares = 0;
   double seconds = 0;
+  int filter = 0;  // undulations per revolution at which the roundness filter passes half; 0: unfiltered
   bool zoneIsRound = false;
   std::string warning;  // what the result must not be taken for; mostly empty
   Frame frame;

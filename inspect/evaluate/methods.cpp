@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "evaluate/fit_tools.h"
+#include "evaluate/roundness_filter.h"
 #include "text.h"
 
 namespace {
@@ -155,10 +156,15 @@ std::vector<Method> FindMethods(const std::vector<std::string>& features, const 
   return methods;
 }
 
-Inspection Inspect(const Method& method, const std::vector<Vec3>& points, long boxes) {
+Inspection Inspect(const Method& method, const std::vector<Vec3>& points, const InspectionTask& task) {
   try {
-    Inspection inspection = method.fit(points, {method.criterion, boxes});
+    const bool filtered = task.filter > 0;
+    Inspection inspection =
+        method.fit(filtered ? FilteredRoundness(points, task.filter) : points, {method.criterion, task.boxes});
     RequireFinite(inspection);
+    inspection.filter = task.filter;
+    // What is left of the deviations depends from point to point: its scatter says nothing about the parameters.
+    if (filtered) inspection.uncertainty.reset();
     inspection.terms = method.terms;
     // The standard knows profiles in a plane, not lines in space.
     if (inspection.zoneIsRound) inspection.terms.symbol = inspection.terms.reference = "";

@@ -20,8 +20,14 @@ struct Method {
 // InputError for what there is not, and says what there is.
 std::vector<Method> FindMethods(const std::vector<std::string>& features, const std::vector<std::string>& criteria);
 
-// Throws FitFailure. `boxes` as in FitTask.
-Inspection Inspect(const Method& method, const std::vector<Vec3>& points, long boxes);
+// How the points are to be inspected.
+struct InspectionTask {
+  long boxes = 0;  // as in FitTask
+  int filter = 0;  // of circles, as in Inspection
+};
+
+// Throws FitFailure.
+Inspection Inspect(const Method& method, const std::vector<Vec3>& points, const InspectionTask& task);
 
 // A sentence that lists the features and criteria that can be fitted.
 std::string AvailableFits();

@@ -33,6 +33,7 @@ struct FeatureResult {
   std::string source;                    // "flange.csv, group BORE": where the points are from
   std::optional<Inspection> inspection;  // draw it by the plan's FeaturePlan::method.draw
   std::string failure;                   // a sentence that says why and what helps
+  bool isBadInput = false;               // it failed because its points could not be read
   double seconds = 0;                    // of the fit
 };
 
@@ -72,7 +73,8 @@ struct PartResult {
   std::vector<DatumFrameResult> frames;
   std::vector<Characteristic> characteristics;
   Verdict verdict = Verdict::kNoTolerance;  // the gravest of all characteristics, and failed if a feature failed
-  std::string failure;                      // why there is no result at all
+  std::string failure;      // why there is no result at all, or which features of a part of a batch failed
+  bool isBadInput = false;  // points could not be read
   double seconds = 0;
 };
 

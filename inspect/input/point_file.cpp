@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <string_view>
 
 #include "input/cloud.h"
@@ -95,8 +96,29 @@ class PointFileParser {
       Fail("expected at least " + std::to_string(needed) + " columns, found " + std::to_string(m_fields.size()));
     }
     if (const std::string problem = layout.Problem(m_options.unit); !problem.empty()) Fail(problem);
+    if (!m_options.groupColumn.empty()) TakeGroupColumn();
     m_columnsChosen = layout.chosen;
     TakeColumns(layout, m_options, &m_file);
+  }
+
+  void TakeGroupColumn() {
+    const Layout layout = m_header.LayoutOf(m_fields.size(), m_separator, {m_options.groupColumn});
+    if (!layout.problem.empty()) Fail("groups: " + layout.problem);
+    m_groupColumn = layout.columns[0].number;
+    if (m_groupColumn > m_fields.size()) {
+      Fail("expected the groups in column " + std::to_string(m_groupColumn) + ", found " +
+           std::to_string(m_fields.size()) + " columns");
+    }
+  }
+
+  void TakeGroup() {
+    const std::string_view name = m_fields[m_groupColumn - 1];
+    // Groups mostly stand together.
+    if (m_file.groups.empty() || m_file.groups[m_lastGroup] != name) {
+      m_lastGroup = m_groupNumbers.emplace(name, m_file.groups.size()).first->second;
+      if (m_lastGroup == m_file.groups.size()) m_file.groups.emplace_back(name);
+    }
+    m_file.groupOfPoint.push_back(m_lastGroup);
   }
 
   void TakePoint() {
@@ -108,6 +130,7 @@ class PointFileParser {
     for (std::size_t i = 0; i < m_file.columns.size(); ++i) point[i] = Coordinate(m_file.columns[i].number - 1);
     m_file.points.push_back(point);
     m_file.lines.push_back(m_reader.LineNumber());
+    if (m_groupColumn > 0) TakeGroup();
   }
 
   double Coordinate(std::size_t column) {
@@ -159,6 +182,9 @@ class PointFileParser {
   char m_separator = kBlanks;
   std::size_t m_width = 0;
   std::size_t m_firstLine = 0;
+  std::size_t m_groupColumn = 0;  // counted from 1; 0 for none
+  std::size_t m_lastGroup = 0;
+  std::map<std::string, std::size_t> m_groupNumbers;
 };
 
 }  // namespace

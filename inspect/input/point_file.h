@@ -23,6 +23,7 @@ struct PointFileOptions {
   std::vector<std::string> columns;  // of x, y and perhaps z, by number or name; empty: as the header names them
   long skipLines = 0;
   const LengthUnit* unit = nullptr;  // null: as the header says
+  std::string groupColumn;           // that says which group a point belongs to, by number or name; empty: none
 };
 
 struct PointFile {
@@ -32,7 +33,9 @@ struct PointFile {
   std::size_t leftOut = 0;         // points of a cloud that hold no coordinates (NaN)
   std::vector<Column> columns;
   const LengthUnit* unit = &kMillimetre;
-  const char* unitSource = "";  // "--unit", "header" or "assumed"
+  const char* unitSource = "";            // "--unit", "header" or "assumed"
+  std::vector<std::string> groups;        // in the order of their first points; none without a group column
+  std::vector<std::size_t> groupOfPoint;  // index into `groups`; empty without a group column
 };
 
 // No length is longer in any unit, and squares of it, summed, stay finite.

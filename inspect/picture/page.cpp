@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string_view>
 
+#include "evaluate/roundness_filter.h"
 #include "text.h"
 
 namespace {
@@ -81,7 +82,8 @@ void Page::DrawTitle(const Inspection& inspection, const PictureLabels& labels) 
   m_canvas.Text({kLeft, 13}, Capitalised(inspection.terms.form) + " of " + file, {6, "start", "#22272e", true, 0});
   m_canvas.Text({kLeft, 20},
                 "deviations from the fitted " + inspection.terms.feature + " (" + inspection.terms.criterion + "), " +
-                    std::to_string(inspection.deviations.size()) + " points, unfiltered",
+                    std::to_string(inspection.deviations.size()) + " points, " +
+                    (inspection.filter > 0 ? FilterText(inspection.filter) : "unfiltered"),
                 {3.6, "start", kGrey, false, 0});
   m_canvas.Text({kLeft, kFooter}, labels.source, {kSmall, "start", kGrey, false, 0});
   if (!inspection.warning.empty()) {

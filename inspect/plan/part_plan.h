@@ -84,6 +84,12 @@ struct PartPlan {
   std::vector<FeaturePlan> features;
   std::vector<DatumFramePlan> frames;
   std::vector<CharacteristicPlan> characteristics;
+  // Files of the report, relative to the directory of the plan, where the command line names none; empty for none.
+  std::string html;
+  std::string json;
+  std::string csv;
+  std::string qif;
+  std::string svg;
 };
 
 #endif

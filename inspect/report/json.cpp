@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "evaluate/roundness_filter.h"
 #include "text.h"
 
 namespace {
@@ -158,7 +159,7 @@ std::string JsonResult(const Inspection& inspection, const ReportContext& contex
   object.Add("columns", ColumnsJson(file));
   object.AddText("unit", file.unit->name);
   object.AddText("unit_source", file.unitSource);
-  object.AddText("filter", "none");
+  object.AddText("filter", inspection.filter > 0 ? FilterText(inspection.filter) : "none");
   object.Add("points", std::to_string(inspection.deviations.size()));
   object.Add("parameters", ParametersJson(inspection));
   AddForm(inspection, context, &object);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "evaluate/roundness_filter.h"
 #include "text.h"
 
 namespace {
@@ -185,7 +186,7 @@ std::vector<Row> ReportRows(const Inspection& inspection, const ReportContext& c
       {"left out", std::to_string(context.points->leftOut) + " points without coordinates (NaN)", ""},
       {"columns", ColumnsText(*context.points), ""},
       {"unit", UnitText(*context.points), ""},
-      {"filter", "none, unfiltered", ""},
+      {"filter", FilterText(inspection.filter), ""},
   };
   std::erase_if(rows, [&](const Row& row) {
     return (row.name == "reference" && row.value.empty()) || (row.name == "left out" && context.points->leftOut == 0);

@@ -1,0 +1,15 @@
+#ifndef NU_INSPECT_BATCH_H
+#define NU_INSPECT_BATCH_H
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "evaluate/part.h"
+
+// Evaluates every part, over all cores; the results stand in the order of the parts and are the same with any number of
+// cores. Features are left out of them. `done` hears from any thread, one at a time, how many parts are done.
+std::vector<PartResult> EvaluateParts(const PartPlan& plan, const std::vector<PartFiles>& parts,
+                                      const std::function<void(std::size_t)>& done);
+
+#endif
