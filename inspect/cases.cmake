@@ -2,36 +2,7 @@
 # READS_GZIP says whether it was built with zlib; EMULATOR starts programs of another platform, which takes seconds:
 # there, only what may differ by platform is run.
 cmake_minimum_required(VERSION 3.25)
-set(own ${SCRATCH}-native)
-file(REMOVE_RECURSE ${SCRATCH} ${own})
-file(MAKE_DIRECTORY ${SCRATCH} ${own})
-set(failures 0)
-
-# run(DIRECTORY CODE PATTERN ARGUMENTS...): the exit code, and what the output must match; `input`, if set, is a file for
-# standard input.
-function(run directory code pattern)
-  if(input)
-    set(redirection INPUT_FILE ${directory}/${input})
-  endif()
-  execute_process(COMMAND ${EMULATOR} ${PROGRAM} ${ARGN} WORKING_DIRECTORY ${directory} ${redirection}
-    RESULT_VARIABLE actual OUTPUT_VARIABLE output ERROR_VARIABLE output TIMEOUT 60)
-  if(NOT actual STREQUAL code OR NOT output MATCHES "${pattern}")
-    message("inspect ${ARGN}\n  exit code ${actual}, expected ${code}; expected to match: ${pattern}\n${output}")
-    math(EXPR failures "${failures} + 1")
-    set(failures ${failures} PARENT_SCOPE)
-  endif()
-endfunction()
-
-# On every platform, with files that are the same on each.
-macro(expect_everywhere)
-  run(${SCRATCH} ${ARGN})
-endmacro()
-
-macro(expect)
-  if(NOT EMULATOR)
-    run(${own} ${ARGN})
-  endif()
-endmacro()
+include(${CMAKE_CURRENT_LIST_DIR}/case_tools.cmake)
 
 # expect_text(CODE PATTERN CONTENT OPTIONS...): the same for a file with that content.
 function(expect_text code pattern content)
@@ -218,7 +189,4 @@ if(EXISTS /dev/full AND NOT EMULATOR)
     message(SEND_ERROR "the picture is missing where JSON cannot be written")
   endif()
 endif()
-file(GLOB left ${SCRATCH}/*.part ${own}/*.part ${own}/a)
-if(failures OR left)
-  message(FATAL_ERROR "${failures} cases failed; left behind: '${left}'")
-endif()
+finish()

@@ -246,6 +246,61 @@ def ring():
     write("ring.txt", lines)
 
 
+def carrier():
+    """A bearing carrier on a coordinate measuring machine, all of its features in one file."""
+    noise = random.Random(1211)
+    frame = frame_of((0.012, -0.021, 1.0), (0.97, 0.24, 0.0))
+    lines = ["Carrier 0815, machine 3", "Feature;X [mm];Y [mm];Z [mm]"]
+
+    def probe(feature, local):
+        p = place((311.2046, 158.7713, 92.4401), frame, local)
+        lines.append(f"{feature};" + ";".join(f"{c:.5f}" for c in p))
+
+    def off(sigma=0.4):
+        return noise.gauss(0.0, sigma) * MICROMETRE
+
+    for i in range(13):
+        for j in range(9):
+            x, y = 6.0 + 9.0 * i, 5.0 + 10.0 * j
+            if math.hypot(x - 60.0, y - 45.0) > 24.0:
+                probe("A", (x, y, off()))
+    for i in range(16):
+        for j in range(3):
+            probe("B", (off(), 5.0 + 5.0 * i, 4.0 + 5.0 * j))
+            probe("C", (6.0 + 7.0 * i, 0.2 * MICROMETRE * (4.0 + 5.0 * j) + off(), 4.0 + 5.0 * j))
+    for i in range(13):
+        for j in range(9):
+            x, y = 6.0 + 9.0 * i, 5.0 + 10.0 * j
+            if math.hypot(x - 60.0, y - 45.0) > 24.0:
+                probe("face", (x, y, 18.006 + 0.05 * MICROMETRE * x + off()))
+    for k in range(5):  # it leans by 0.4 micrometres per millimetre towards x
+        for i in range(72):
+            angle, z = math.radians(5.0 * i), 2.0 + 3.5 * k
+            r = 20.0061 + 1.2 * MICROMETRE * math.cos(3.0 * angle + 0.4) + off(0.3)
+            probe("seat", (60.004 + 0.4 * MICROMETRE * z + r * math.cos(angle), 44.997 + r * math.sin(angle), z))
+    for k in range(4):
+        for i in range(48):
+            angle, z = math.radians(7.5 * i), 24.0 + 4.0 * k
+            r = 14.9952 + off(0.3)
+            probe("pilot", (60.007 + r * math.cos(angle), 44.999 + r * math.sin(angle), z))
+    for k in range(4):
+        for i in range(36):
+            angle, t = math.radians(10.0 * i), 2.0 * k
+            r = 10.0 + 0.5 * t + off(0.3)
+            probe("chamfer", (60.006 + r * math.cos(angle), 44.998 + r * math.sin(angle), 38.0 + t))
+    for name, x, y in (("dowel 1", 15.006, 14.995), ("dowel 2", 105.002, 75.009)):
+        for i in range(60):
+            angle = math.radians(6.0 * i)
+            r = 4.0052 + 0.6 * MICROMETRE * math.cos(2.0 * angle) + off(0.3)
+            probe(name, (x + r * math.cos(angle), y + r * math.sin(angle), 9.0 + off()))
+    for i in range(720):
+        angle = math.radians(0.5 * i)
+        form = 2.1 * math.cos(3.0 * angle) + 0.8 * math.cos(120.0 * angle) + noise.gauss(0.0, 0.15)
+        r = 20.0061 + form * MICROMETRE
+        probe("seat at 9", (60.0076 + r * math.cos(angle), 44.997 + r * math.sin(angle), 9.0))
+    write("carrier.csv", lines)
+
+
 if __name__ == "__main__":
     bore()
     edge()
@@ -257,3 +312,4 @@ if __name__ == "__main__":
     reflector()
     roller()
     ring()
+    carrier()

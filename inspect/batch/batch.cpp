@@ -29,9 +29,8 @@ PartResult FailedPart(const PartPlan& plan, const PartFiles& files, const std::s
 
 // Without the points, which would fill the memory; what failed stays.
 void LeaveOutFeatures(PartResult* part) {
-  for (const FeatureResult& feature : part->features) {
-    if (feature.failure.empty()) continue;
-    part->failure += (part->failure.empty() ? "'" : "; '") + Printable(feature.name) + "': " + feature.failure;
+  for (const std::string& failure : FeatureFailures(*part)) {
+    part->failure += (part->failure.empty() ? "" : "; ") + failure;
   }
   part->features.clear();
 }
@@ -49,6 +48,18 @@ PartResult EvaluateOne(const PartPlan& plan, const PartFiles& files) {
 }
 
 }  // namespace
+
+std::vector<std::string> FeatureFailures(const PartResult& part) {
+  std::vector<std::string> failures;
+  for (const FeatureResult& feature : part.features) {
+    if (feature.failure.empty()) continue;
+    // Of bad input, the text names the file and, where it matters, the feature.
+    const std::string text =
+        feature.isBadInput ? feature.failure : "'" + Printable(feature.name) + "': " + feature.failure;
+    if (std::find(failures.begin(), failures.end(), text) == failures.end()) failures.push_back(text);
+  }
+  return failures;
+}
 
 std::vector<PartResult> EvaluateParts(const PartPlan& plan, const std::vector<PartFiles>& parts,
                                       const std::function<void(std::size_t)>& done) {

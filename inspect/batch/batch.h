@@ -7,6 +7,9 @@
 
 #include "evaluate/part.h"
 
+// Why features of a part failed, each reason once: a file that cannot be read fails many.
+std::vector<std::string> FeatureFailures(const PartResult& part);
+
 // Evaluates every part, over all cores; the results stand in the order of the parts and are the same with any number of
 // cores. Features are left out of them. `done` hears from any thread, one at a time, how many parts are done.
 std::vector<PartResult> EvaluateParts(const PartPlan& plan, const std::vector<PartFiles>& parts,

@@ -85,6 +85,7 @@ std::string FindingsOf(const PartResult& part) {
   constexpr std::size_t kMost = 4;
   std::string text;
   std::size_t count = 0;
+  if (part.isBadInput) return Printable(part.failure);
   for (const Characteristic& each : part.characteristics) {
     if (each.verdict < Verdict::kOutOfTolerance || ++count > kMost) continue;
     text += (text.empty() ? "" : "; ") + Printable(each.name) +

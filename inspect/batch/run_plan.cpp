@@ -151,22 +151,21 @@ class PlanRun {
     }
   }
 
+  // What failed, a line each; what follows from another failure is left out.
   void Explain(const PartResult& part) const {
-    const std::string subject = m_report.plan.path == part.name ? "" : Printable(part.name) + ": ";
-    if (!part.failure.empty()) Complain((subject + part.failure).c_str(), kFitFailed);
-    for (const FeatureResult& feature : part.features) {
-      if (!feature.failure.empty())
-        Complain((subject + "'" + Printable(feature.name) + "': " + feature.failure).c_str(), kFitFailed);
-    }
+    const auto tell = [this, &part](const std::string& failure) {
+      const std::string subject = m_report.parts.size() > 1 ? Printable(part.name) + ": " : "";
+      Complain((subject + failure).c_str(), kFitFailed);
+    };
+    const auto follows = [](const std::string& failure) { return failure.find("' failed") != std::string::npos; };
+    if (!part.failure.empty()) tell(part.failure);
+    for (const std::string& failure : FeatureFailures(part)) tell(failure);
     for (const DatumFrameResult& frame : part.frames) {
-      if (!frame.failure.empty()) Complain((subject + frame.failure).c_str(), kFitFailed);
+      if (!frame.failure.empty() && !follows(frame.failure)) tell(frame.failure);
     }
-    std::set<std::string> told;
     for (const Characteristic& each : part.characteristics) {
-      // What follows from a failed feature or frame is told already.
-      if (each.failure.empty() || each.failure.find(" failed") != std::string::npos) continue;
-      if (each.failure == part.failure) continue;
-      Complain((subject + "'" + Printable(each.name) + "': " + each.failure).c_str(), kFitFailed);
+      if (each.failure.empty() || follows(each.failure) || each.failure == part.failure) continue;
+      tell("'" + Printable(each.name) + "': " + each.failure);
     }
   }
 

@@ -66,11 +66,21 @@ double ExtentOf(const std::vector<Vec3>& points) {
   return extent;
 }
 
-// A line or a circle, to which surfaces fit as well, if the points are a curve; else the simplest type that is nearly
+// The points are a curve to which surfaces fit as well: close to a line, or to a circle and its plane.
+bool IsCurve(const Guess& guess, double extent) {
+  constexpr double kNarrow = 0.01;  // of the extent: a surface is wider
+  if (guess.type != "line" && guess.type != "circle") return false;
+  double height = 0;
+  if (guess.type == "circle") {
+    for (const Vec3& local : guess.inspection.local) height = std::max(height, std::fabs(local[2]));
+  }
+  return std::max(height, guess.inspection.RootMeanSquare()) <= kNarrow * extent;
+}
+
+// A line or a circle, if the points are such a curve; else the simplest type that is nearly
 // as close to the points as the closest of all. Nothing where none can be fitted.
 std::optional<Guess> GuessType(const std::vector<Vec3>& points) {
   constexpr double kNearly = 3;
-  constexpr double kCurve = 0.01;  // of the extent: a surface is wider
   std::vector<Guess> guesses;
   for (const char* type : {"line", "circle", "plane", "sphere", "cylinder", "cone", "torus"}) {
     try {
@@ -85,8 +95,9 @@ std::optional<Guess> GuessType(const std::vector<Vec3>& points) {
   const double enough = std::max(kNearly * closest, 1e-9 * SizeOf(points));
   const double extent = ExtentOf(points);
   for (Guess& guess : guesses) {
-    const bool isCurve = guess.type == "line" || guess.type == "circle";
-    if (guess.inspection.RootMeanSquare() <= (isCurve ? kCurve * extent : enough)) return std::move(guess);
+    const bool isLineOrCircle = guess.type == "line" || guess.type == "circle";
+    const bool serves = isLineOrCircle ? IsCurve(guess, extent) : guess.inspection.RootMeanSquare() <= enough;
+    if (serves) return std::move(guess);
   }
   return std::nullopt;
 }
