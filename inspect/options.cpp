@@ -105,6 +105,12 @@ void SetFilter(Options& options, std::string_view text) {
   options.filter = static_cast<int>(cutoff);
 }
 
+void SetParts(Options& options, std::string_view text) {
+  if (!ParseWhole(text, &options.watchParts) || options.watchParts < 1) {
+    throw InputError("--parts: '" + Printable(text) + "' is not a number of parts");
+  }
+}
+
 void SetSeconds(Options& options, std::string_view text) {
   constexpr double kLongest = 1e9;  // some thirty years
   double seconds = 0;
@@ -153,6 +159,7 @@ constexpr Option kOptions[] = {
     {kPlan, "--watch", "DIR", "inspect by the plan what lies in DIR, and each file that lands there, until interrupted",
      [](Options& options, std::string_view text) { options.watch = text; }},
     {kPlan, "--for", "SECONDS", "watch no longer than that", SetSeconds},
+    {kPlan, "--parts", "N", "watch until there are N parts", SetParts},
     {kInit, "--output", "FILE", "where the plan goes, in place of standard output",
      [](Options& options, std::string_view text) { options.output = text; }},
     {kAll, "--help", nullptr, "show this text (-h)", [](Options& options, std::string_view) { options.help = true; }},
@@ -196,7 +203,8 @@ int TakeOption(Options& options, int argc, const char* const* argv, int at, std:
 }
 
 Mode ModeOf(std::string_view word) {
-  return word == "init" ? Mode::kInit : Mode::kFit;
+  if (word == "init") return Mode::kInit;
+  return word == "compare" ? Mode::kCompare : Mode::kFit;
 }
 
 std::string NameOf(Mode mode) {
@@ -222,7 +230,9 @@ void CheckMode(Options* options, const std::vector<const Option*>& given) {
   if (!fits && options->mode == Mode::kInit && options->files.size() > 1) {
     throw InputError("'inspect init' takes one FILE");
   }
-  if (options->watchSeconds && options->watch.empty()) throw InputError("--for needs --watch DIR");
+  if ((options->watchSeconds || options->watchParts > 0) && options->watch.empty()) {
+    throw InputError("--for and --parts need --watch DIR");
+  }
   if (!options->watch.empty() && options->files.size() > 1) {
     throw InputError("--watch takes the parts from DIR; name no files of parts");
   }
@@ -257,7 +267,8 @@ std::string HelpText() {
   std::string text =
       "usage: inspect FILE... --feature NAMES [options]\n"
       "       inspect PLAN.toml [PART...] [options]\n"
-      "       inspect init FILE [--output PLAN.toml]\n\n"
+      "       inspect init FILE [--output PLAN.toml]\n"
+      "       inspect compare FILE --feature NAME [options]\n\n"
       "Fits ideal features to the measured points of each FILE and reports their form deviation. FILE and the files "
       "of\n"
       "--svg and --json may be -, standard input and output; the report then goes to standard error.\n"

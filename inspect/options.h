@@ -36,6 +36,7 @@ struct Options {
   std::string qif;
   std::string watch;                   // the directory; empty for none
   std::optional<double> watchSeconds;  // without: until the user ends the program
+  long watchParts = 0;                 // ends the watch as well; 0 for any number
   // Of init.
   std::string output;
 };

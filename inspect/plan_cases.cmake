@@ -44,14 +44,25 @@ file(COPY ${PARTS}/carrier.csv DESTINATION ${own}/landing)
 if(NOT EMULATOR)
   execute_process(COMMAND ${CMAKE_COMMAND} -E sleep 0.6
     COMMAND ${CMAKE_COMMAND} -E copy ${own}/parts/turned.csv ${own}/landing
-    COMMAND ${PROGRAM} ${carrier} --watch ${own}/landing --for 1.6
-    RESULTS_VARIABLE codes OUTPUT_VARIABLE output ERROR_VARIABLE output TIMEOUT 20)
+    COMMAND ${PROGRAM} ${carrier} --watch ${own}/landing --parts 2 --for 50
+    RESULTS_VARIABLE codes OUTPUT_VARIABLE output ERROR_VARIABLE output TIMEOUT 60)
   list(GET codes 2 code)
-  if(NOT code EQUAL 1 OR NOT output MATCHES "carrier.csv +OUT.*seat position +1 +.*carrier.csv +OUT.*turned.csv +OUT.*seat position +2 ")
+  if(NOT code EQUAL 1 OR NOT output MATCHES "carrier.csv +OUT.*turned.csv +OUT.*seat position +2 ")
     message(SEND_ERROR "watching ended with ${code}:\n${output}")
   endif()
 endif()
 expect(2 "nowhere: cannot be watched" ${carrier} --watch nowhere --for 0)
+
+# All criteria of one feature beside each other.
+expect_everywhere(0 "criterion +least squares, G in ISO 1101 +minimum zone, C .*reference +LSCI .*MZCI .*MCCI .*MICI .*radius +12\\.50380[0-9] mm +12\\.5037[0-9]+ mm +12\\.50653[0-9] mm +12\\.50096[0-9] mm.*roundness RONt +0\\.00629[0-9] mm +0\\.00617"
+  compare ${PARTS}/bore.csv --feature circle --decimal-comma --svg compared.svg)
+expect(0 "sphericity +0\\.00192[0-9] mm +0\\.0017" compare ${PARTS}/ball.csv --feature sphere --svg ball.svg)
+expect(2 "takes one FILE and one feature" compare ${PARTS}/ball.csv --feature sphere,plane)
+expect(2 "--criterion does not go with 'inspect compare'" compare ${PARTS}/ball.csv --feature sphere --criterion ls)
+file(READ ${SCRATCH}/compared.svg svg)
+if(NOT svg MATCHES "by all criteria.*MZCI.*MCCI.*</svg>\n$" OR svg MATCHES "[ '\",-](nan|inf)[ '\",]")
+  message(SEND_ERROR "compared.svg is not the picture it should be")
+endif()
 
 # A plan that init writes serves as it is; what is there already is not overwritten.
 expect_everywhere(0 "^$" init ${PARTS}/carrier.csv --output new.toml)
@@ -148,7 +159,7 @@ expect_plan(3 "'A': the plane cannot be fitted" "${plane}lines = ['1-2']\n")
 expect_plan(3 "the datum frame 'F' .A. leaves the origin along x free" "${plane}[[datum_frame]]\nname = 'F'\ndatums = ['A']\n[[feature]]\nname = 'b'\ntype = 'line'\npoints = 'across.txt'\n[[characteristic]]\nfeature = 'b'\nkind = 'x'\ndatum = 'F'\n")
 expect_plan(2 "--feature does not go with a plan" "${plane}" --feature plane)
 expect(2 "nothing.toml: cannot be opened" nothing.toml)
-expect(2 "--for needs --watch" plan.toml --for 1)
+expect(2 "--for and --parts need --watch" plan.toml --for 1)
 expect(2 "a plan comes first" ball.txt plan.toml --feature sphere)
 expect(2 "--watch does not go with a file of points" ball.txt --feature sphere --watch .)
 expect(2 "--filter: 'few' is not a number of undulations" ball.txt --feature circle --filter few)

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "batch/run_plan.h"
+#include "compare/compare.h"
 #include "evaluate/methods.h"
 #include "picture/pictures.h"
 #include "plan/plan_template.h"
@@ -203,6 +204,7 @@ ExitCode GraverCode(ExitCode a, ExitCode b) {
 ExitCode Run(const Options& options) {
   if (options.mode == Mode::kPlan) return RunPlan(options);
   if (options.mode == Mode::kInit) return WritePlan(options);
+  if (options.mode == Mode::kCompare) return RunCompare(options);
   std::vector<Method> methods = FindMethods(options.features, options.criteria);
   RefuseOverwriting(options, methods);
   return Inspector(options, std::move(methods)).Execute();

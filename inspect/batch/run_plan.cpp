@@ -243,7 +243,7 @@ class PlanRun {
     }
   }
 
-  // Until the time given is over, or the user ends the program.
+  // Until there are as many parts as the user waits for, the time given is over, or the user ends the program.
   ExitCode Watch() {
     constexpr auto kPause = std::chrono::milliseconds(250);
     using Clock = std::chrono::steady_clock;
@@ -255,6 +255,8 @@ class PlanRun {
     for (;;) {
       const std::vector<std::string> names = directory.Look();
       if (!names.empty()) TakeLanded(names);
+      const auto parts = static_cast<long>(m_report.parts.size());
+      if (m_options.watchParts > 0 && parts >= m_options.watchParts) return m_code;
       if (m_options.watchSeconds && Clock::now() >= end) return m_code;
       std::this_thread::sleep_for(kPause);
     }
