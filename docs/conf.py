@@ -54,6 +54,11 @@ def drop_absent_pages(app, name, source):
                 source[0] = source[0].replace(f"\n{page}\n", "\n")
 
 
+def read_start_page(app, env, added, changed, removed):
+    """The start page names the pages that there are."""
+    return ["index"]
+
+
 def make_accessible(app, name, template, context, doctree):
     """What the theme leaves to be done: levels of headings, and keys that scroll what is wider than the screen."""
     tree = context.get("furo_navigation_tree", "")
@@ -65,6 +70,7 @@ def make_accessible(app, name, template, context, doctree):
 
 def setup(app):
     app.connect("source-read", drop_absent_pages)
+    app.connect("env-get-outdated", read_start_page)
     app.connect("html-page-context", make_accessible, priority=900)
 
 

@@ -7,7 +7,7 @@ const {chromium} = require('playwright-core');
 const axe = fs.readFileSync(require.resolve('axe-core/axe.min.js'), 'utf8');
 
 const [html, screenshots, browserPath, ...given] = process.argv.slice(2);
-const pages = given.length ? given : ['index', 'conventions', 'fits', 'causes', 'generated/reference/curves-circle'];
+const pages = given.length ? given : ['index', 'concepts', 'fits/circle', 'causes', 'generated/reference/curves-circle'];
 const looks = [
   {name: 'desktop-light', width: 1280, height: 900, colorScheme: 'light'},
   {name: 'desktop-dark', width: 1280, height: 900, colorScheme: 'dark'},

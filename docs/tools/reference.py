@@ -52,7 +52,9 @@ def page(path, classes, structs, has_free, tree):
     if has_free:
         if classes:
             lines += ["## Beside the classes", ""]
-        lines += ["```{doxygenfile} " + path.rsplit("/", 1)[-1], f":sections: {FREE}", "```", ""]
+        # In C the name of a structure is that of its typedef as well.
+        sections = FREE.replace(" typedef", "") if structs else FREE
+        lines += ["```{doxygenfile} " + path.rsplit("/", 1)[-1], f":sections: {sections}", "```", ""]
     for name in structs:
         lines += ["```{doxygenstruct} " + name, ":members:", "```", ""]
     return "\n".join(lines)
