@@ -34,6 +34,7 @@ class ComparisonPicture {
  public:
   ComparisonPicture(const std::vector<Inspection>& inspections, const std::string& file, const LengthUnit& unit)
       : m_inspections(inspections),
+        m_millimetres(unit.millimetres),
         m_isCircle(inspections.front().terms.feature == "circle"),
         m_left(m_isCircle ? 152 : 28),
         m_canvas(kPageWidth, kPageHeight, "criteria compared: " + inspections.front().terms.feature + " of " + file) {
@@ -94,7 +95,10 @@ class ComparisonPicture {
       m_canvas.Line({x - 0.42 * width, Y(edge)}, {x + 0.42 * width, Y(edge)}, Stroke(each, true).c_str());
     }
     m_canvas.Line({x - 0.42 * width, Y(0)}, {x + 0.42 * width, Y(0)}, Stroke(each, false).c_str());
-    m_canvas.Text({x, kTop + 2}, each.terms.criterion, {2.7, "middle", ColourOf(each), true, 0});
+    // One word below the other: "minimum circumscribed" is wider than its column.
+    const std::size_t space = each.terms.criterion.find(' ');
+    m_canvas.Text({x, kTop - 1}, each.terms.criterion.substr(0, space), {2.7, "middle", ColourOf(each), true, 0});
+    m_canvas.Text({x, kTop + 2}, each.terms.criterion.substr(space + 1), {2.7, "middle", ColourOf(each), true, 0});
     m_canvas.Text({x, kTop + 6.5}, Fixed(each.form * m_unit.perLength, 3) + " " + m_unit.symbol,
                   {3.2, "middle", "#22272e", false, 0});
     m_canvas.Text({x, kBottom + 5}, each.terms.reference.substr(0, each.terms.reference.find(' ')),
@@ -111,7 +115,8 @@ class ComparisonPicture {
     const Inspection& reference = m_inspections.front();
     double largest = 0;
     for (const Inspection& each : m_inspections) largest = std::max(largest, LargestOf(each));
-    m_scale = kBand / std::max(largest, 1e-12 * reference.radius);
+    const double magnification = RoundDown(kBand / std::max(largest, 1e-12 * reference.radius) / m_millimetres);
+    m_scale = magnification * m_millimetres;
     std::vector<std::pair<double, double>> profile;
     for (std::size_t i = 0; i < reference.local.size(); ++i) {
       profile.emplace_back(std::atan2(reference.local[i][1], reference.local[i][0]), reference.deviations[i]);
@@ -122,7 +127,8 @@ class ComparisonPicture {
     m_canvas.Polygon(line, style::kProfile);
     for (const Inspection& each : m_inspections) DrawCircles(each);
     m_canvas.Text({10, kPageHeight - 6},
-                  "profile about the least-squares centre; dashed: the two circles of the minimum zone",
+                  std::string("profile about the least-squares centre; dashed: the two circles of the minimum zone; ") +
+                      "radial magnification " + Fixed(magnification, 0) + ":1",
                   {2.8, "start", kGrey, false, 0});
   }
 
@@ -162,13 +168,14 @@ class ComparisonPicture {
   static constexpr int kSteps = 720;
 
   const std::vector<Inspection>& m_inspections;
+  double m_millimetres;  // of the length unit
   bool m_isCircle;
   double m_left;  // of the scale of deviations
   Canvas m_canvas;
   DeviationUnit m_unit{};
   double m_low = 0;
   double m_high = 0;
-  double m_scale = 1;
+  double m_scale = 1;  // page millimetres per length unit
 };
 
 }  // namespace
