@@ -121,6 +121,7 @@ class PlyReader {
 
   // Passes over an element that stands before the points.
   void Skip(const Element& element) {
+    if (element.properties.empty()) return;
     for (std::size_t i = 0; i < element.count; ++i) {
       std::string_view line;
       if (!(IsBinary() ? SkipBytes(element) : m_reader.Next(&line))) {
@@ -129,14 +130,20 @@ class PlyReader {
     }
   }
 
+  bool TakeListCount(const Property& property, std::size_t* count) {
+    constexpr double kMost = 1e9;
+    if (!Fill(SizeOf(property.count))) return false;
+    const double value = Decode(m_row.data(), property.count, IsBigEndian());
+    if (!(value >= 0 && value <= kMost)) FailInCloud(m_reader, "a list with " + Shortest(value) + " numbers");
+    *count = static_cast<std::size_t>(value);
+    return true;
+  }
+
   bool SkipBytes(const Element& element) {
     for (const Property& property : element.properties) {
-      double count = 1;
-      if (property.isList) {
-        if (!Fill(SizeOf(property.count))) return false;
-        count = Decode(m_row.data(), property.count, IsBigEndian());
-      }
-      for (double i = 0; i < count; ++i) {
+      std::size_t count = 1;
+      if (property.isList && !TakeListCount(property, &count)) return false;
+      for (std::size_t i = 0; i < count; ++i) {
         if (!Fill(SizeOf(property.storage))) return false;
       }
     }
