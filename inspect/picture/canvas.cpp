@@ -101,6 +101,10 @@ void Canvas::EndClip() {
   m_text += "</g>\n";
 }
 
+void Canvas::ReadOut(std::string_view points) {
+  m_text += "<g class='read-out' data-points='" + XmlEscaped(points) + "'/>\n";
+}
+
 std::string Canvas::Finish() const {
   return m_text + "</svg>\n";
 }

@@ -54,6 +54,10 @@ class Canvas {
   void BeginClip(PagePoint corner, double width, double height);
   void EndClip();
 
+  // What a page with this picture can tell about the place: an empty group with the attribute data-points, a list of
+  // [x, y, text ...] in JSON.
+  void ReadOut(std::string_view points);
+
   std::string Finish() const;
 
  private:

@@ -81,6 +81,9 @@ class ConicPlot {
     DrawOffset(m_inspection.deviations[m_inspection.IndexOfMin()], style::kBoundary);
     DrawProfile();
     DrawExtremes();
+    m_page.TellPoints([this](std::size_t i) {
+      return std::vector<PagePoint>{OnPage(m_samples[i].t, m_samples[i].branch, m_samples[i].deviation)};
+    });
     m_page.DrawRuler(kBand, m_scale, m_rings);
     return m_canvas.Finish();
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 #include <string_view>
 
 #include "evaluate/roundness_filter.h"
@@ -41,12 +42,19 @@ bool IsInPanel(const Row& row) {
   return std::find(std::begin(kElsewhere), std::end(kElsewhere), row.name) == std::end(kElsewhere);
 }
 
+const Row* FindRow(const std::vector<Row>& rows, std::string_view name) {
+  const auto found = std::find_if(rows.begin(), rows.end(), [name](const Row& row) { return row.name == name; });
+  return found == rows.end() ? nullptr : &*found;
+}
+
 // Rows stand closer where there are many.
 double RowHeight(const std::vector<Row>& rows) {
   constexpr double kMost = 4.9;
-  constexpr double kRoom = 138;
-  constexpr auto kOtherRows = 11;  // magnifications, keys and notes
-  return std::min(kMost, kRoom / static_cast<double>(std::count_if(rows.begin(), rows.end(), IsInPanel) + kOtherRows));
+  constexpr double kRoom = 136;
+  constexpr double kVerdict = 9;
+  constexpr auto kOtherRows = 12;  // magnifications, keys and notes
+  const double room = FindRow(rows, "verdict") == nullptr ? kRoom : kRoom - kVerdict;
+  return std::min(kMost, room / static_cast<double>(std::count_if(rows.begin(), rows.end(), IsInPanel) + kOtherRows));
 }
 
 // Scales divide by it: points without any deviation count as nearly without.
@@ -57,15 +65,11 @@ double LargestMagnitude(const std::vector<double>& values, const LengthUnit& uni
   return largest;
 }
 
-const Row* FindRow(const std::vector<Row>& rows, std::string_view name) {
-  const auto found = std::find_if(rows.begin(), rows.end(), [name](const Row& row) { return row.name == name; });
-  return found == rows.end() ? nullptr : &*found;
-}
-
 }  // namespace
 
 Page::Page(const Inspection& inspection, const PictureLabels& labels)
     : m_inspection(inspection),
+      m_labels(labels),
       m_largest(LargestMagnitude(inspection.deviations, labels.unit)),
       m_unit(labels.unit),
       m_deviationUnit(ChooseDeviationUnit(labels.unit, std::max(inspection.form, m_largest))),
@@ -196,6 +200,30 @@ void Page::ExtremeKeys(const std::string& whereMax, const std::string& whereMin)
   m_canvas.Text({kPanelLeft + 11, m_panelY}, DeviationText(smallest) + " " + whereMin,
                 {kSmall, "start", "#22272e", false, 0});
   m_panelY += m_rowHeight;
+}
+
+// All of them, or so many that a page stays small: evenly taken, with the extremes and the contact points.
+std::vector<std::size_t> Page::PointsToTell() const {
+  constexpr std::size_t kMost = 2000;
+  const std::size_t count = m_inspection.deviations.size();
+  const std::size_t stride = (count + kMost - 1) / kMost;
+  std::set<std::size_t> told = {m_inspection.IndexOfMax(), m_inspection.IndexOfMin()};
+  for (const Contact& contact : m_inspection.contacts) told.insert(contact.index);
+  for (std::size_t i = 0; i < count; i += stride) told.insert(i);
+  return {told.begin(), told.end()};
+}
+
+// Its place on the page, its place in the file, its deviation and its coordinates.
+std::string Page::ReadOutText(PagePoint at, std::size_t index) const {
+  const PointFile& file = *m_labels.readOut;
+  std::string coordinates;
+  for (const double coordinate : file.points[index]) {
+    coordinates += (coordinates.empty() ? "" : ", ") + WithMinusSign(Fixed(coordinate, m_unit.decimals));
+  }
+  constexpr int kPageDecimals = 2;
+  return "[" + Fixed(at.x, kPageDecimals) + "," + Fixed(at.y, kPageDecimals) + ",\"" + file.place + " " +
+         std::to_string(file.lines[index]) + "\",\"" + DeviationText(m_inspection.deviations[index]) + "\",\"" +
+         coordinates + "\"]";
 }
 
 std::string Page::DeviationText(double deviation) const {

@@ -44,6 +44,17 @@ class Page {
       }
       MarkContacts(places, outer);
     }
+    TellPoints(onPage);
+  }
+  // Where points are, for a page that tells about them, if that is asked for.
+  template<typename OnPage>
+  void TellPoints(const OnPage& onPage) {
+    if (m_labels.readOut == nullptr) return;
+    std::string list;
+    for (const std::size_t index : PointsToTell()) {
+      for (const PagePoint& at : onPage(index)) list += (list.empty() ? "" : ",") + ReadOutText(at, index);
+    }
+    m_canvas.ReadOut("[" + list + "]");
   }
   void ExtremeKeys(const std::string& whereMax, const std::string& whereMin);
 
@@ -64,11 +75,14 @@ class Page {
 
  private:
   void MarkContacts(const std::vector<PagePoint>& places, bool outer);
+  std::vector<std::size_t> PointsToTell() const;
+  std::string ReadOutText(PagePoint at, std::size_t index) const;
   void DrawTitle(const Inspection& inspection, const PictureLabels& labels);
   void DrawVerdict(const PictureLabels& labels);
   void DrawRows(const PictureLabels& labels);
 
   const Inspection& m_inspection;
+  const PictureLabels& m_labels;
   double m_largest;
   LengthUnit m_unit;
   DeviationUnit m_deviationUnit;

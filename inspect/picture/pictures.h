@@ -14,6 +14,8 @@ struct PictureLabels {
   LengthUnit unit;
   std::vector<Row> rows;  // as in the table
   std::string source;     // the columns and the unit that the points were taken from
+  // Where the points stand, for pictures that tell about the point under a pointer; null for none.
+  const PointFile* readOut = nullptr;
 };
 
 // Each returns a complete SVG document.
