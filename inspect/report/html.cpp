@@ -7,6 +7,7 @@
 #include <cmath>
 #include <string_view>
 
+#include "batch/charts.h"
 #include "report/assets.h"
 #include "report/markup.h"
 #include "report/moment.h"

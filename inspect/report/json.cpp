@@ -193,6 +193,146 @@ std::string JsonFailure(const std::string& file, const std::string& feature, con
   return object.Text();
 }
 
+namespace {
+
+const std::string kInParts = "    ";
+const std::string kInPart = "      ";
+const std::string kInLists = "        ";  // the indent of objects in a list of a part
+
+std::string NumberOrNull(const std::optional<double>& value) {
+  return value ? FiniteJson(*value) : "null";
+}
+
+std::string ObjectsJson(const std::vector<std::string>& objects, const std::string& indent) {
+  std::string list;
+  for (const std::string& object : objects) list.append(list.empty() ? "\n" : ",\n").append(indent).append(object);
+  return list.empty() ? "[]" : "[" + list + "\n" + indent.substr(2) + "]";
+}
+
+std::string VerdictJson(Verdict verdict) {
+  switch (verdict) {
+    case Verdict::kWithinTolerance:
+      return "within tolerance";
+    case Verdict::kOutOfTolerance:
+      return "out of tolerance";
+    case Verdict::kFailed:
+      return "failed";
+    case Verdict::kNoTolerance:
+      break;
+  }
+  return "no tolerance";
+}
+
+std::string CharacteristicJson(const Characteristic& each) {
+  JsonObject object(kInLists);
+  object.AddText("name", each.name);
+  object.AddText("kind", each.kind);
+  object.AddTextOrNull("symbol", each.symbol);
+  object.AddText("feature", each.feature);
+  object.AddTextOrNull("datum", each.datum);
+  object.AddText("unit", each.unit);
+  object.Add("nominal", NumberOrNull(each.nominal));
+  object.Add("lower", NumberOrNull(each.lower));
+  object.Add("upper", NumberOrNull(each.upper));
+  object.Add("measured", NumberOrNull(each.measured));
+  object.Add("deviation", NumberOrNull(each.deviation));
+  object.Add("uncertainty", NumberOrNull(each.uncertainty));
+  object.AddText("verdict", VerdictJson(each.verdict));
+  object.AddTextOrNull("evaluation", each.evaluation);
+  object.AddTextOrNull("error", each.failure);
+  return object.Text();
+}
+
+std::string FeatureJson(const FeatureResult& feature, const FeaturePlan& plan) {
+  JsonObject object(kInLists);
+  object.AddText("name", feature.name);
+  const ReportContext context{feature.source, &feature.points, std::nullopt, plan.material};
+  const Terms& terms = plan.method.terms;
+  object.Add("result", feature.inspection
+                           ? JsonResult(*feature.inspection, context)
+                           : JsonFailure(feature.source, terms.feature, terms.criterion, feature.failure));
+  return object.Text();
+}
+
+std::string FrameJson(const DatumFrameResult& frame) {
+  JsonObject object(kInLists);
+  object.AddText("name", frame.name);
+  object.AddText("datums", frame.datums);
+  object.AddTextOrNull("error", frame.failure);
+  if (!frame.failure.empty()) return object.Text();
+  object.Add("origin", VectorJson(frame.frame.origin));
+  object.Add("x", VectorJson(frame.frame.x));
+  object.Add("y", VectorJson(frame.frame.y));
+  object.Add("z", VectorJson(frame.frame.z));
+  object.Add("turn_is_free", frame.turnIsFree);
+  std::vector<std::string> isFree;
+  for (const bool each : frame.originIsFree) isFree.emplace_back(each ? "true" : "false");
+  object.Add("origin_is_free", JsonList(isFree));
+  return object.Text();
+}
+
+std::string PartJson(const PartResult& part, const PartPlan& plan) {
+  JsonObject object(kInParts);
+  object.AddText("name", part.name);
+  object.AddText("verdict", VerdictJson(part.verdict));
+  object.AddTextOrNull("error", part.failure);
+  std::vector<std::string> characteristics;
+  for (const Characteristic& each : part.characteristics) characteristics.push_back(CharacteristicJson(each));
+  object.Add("characteristics", ObjectsJson(characteristics, kInLists));
+  std::vector<std::string> frames;
+  for (const DatumFrameResult& frame : part.frames) frames.push_back(FrameJson(frame));
+  object.Add("datum_frames", ObjectsJson(frames, kInLists));
+  std::vector<std::string> features;
+  for (std::size_t i = 0; i < part.features.size(); ++i) {
+    features.push_back(FeatureJson(part.features[i], plan.features[i]));
+  }
+  object.Add("features", ObjectsJson(features, kInLists));
+  object.Add("seconds", part.seconds);
+  return object.Text();
+}
+
+std::string CapabilityJson(const std::string& name, const Capability& capability) {
+  JsonObject object(kInParts);
+  object.AddText("characteristic", name);
+  object.Add("count", std::to_string(capability.count));
+  const auto add = [&](const char* key, double value) {
+    object.Add(key, capability.count > 0 ? FiniteJson(value) : "null");
+  };
+  add("mean", capability.mean);
+  add("smallest", capability.smallest);
+  add("largest", capability.largest);
+  add("deviation_overall", capability.deviationOverall);
+  add("deviation_within", capability.deviationWithin);
+  object.Add("pp", NumberOrNull(capability.pp));
+  object.Add("ppk", NumberOrNull(capability.ppk));
+  object.Add("cp", NumberOrNull(capability.cp));
+  object.Add("cpk", NumberOrNull(capability.cpk));
+  return object.Text();
+}
+
+}  // namespace
+
+std::string JsonReport(const PartReport& report) {
+  JsonObject document("");
+  document.AddText("format", "Nu inspect");
+  document.Add("version", std::to_string(kFormatVersion));
+  document.AddText("plan", FileName(report.plan.path));
+  document.AddTextOrNull("title", report.plan.title);
+  document.AddText("unit", report.plan.unit->name);
+  JsonObject remarks("  ");
+  for (const auto& [name, value] : report.plan.remarks) remarks.AddText(JsonEscaped(name), value);
+  document.Add("remarks", report.plan.remarks.empty() ? "{}" : remarks.Text());
+  std::vector<std::string> parts;
+  for (const PartResult& part : report.parts) parts.push_back(PartJson(part, report.plan));
+  document.Add("parts", ObjectsJson(parts, kInParts));
+  std::vector<std::string> capabilities;
+  for (std::size_t i = 0; i < report.capabilities.size(); ++i) {
+    capabilities.push_back(CapabilityJson(report.plan.characteristics[i].name, report.capabilities[i]));
+  }
+  document.Add("distribution", ObjectsJson(capabilities, kInParts));
+  return document.Text() + "\n";
+}
+
 std::string JsonDocument(const std::vector<std::string>& results) {
   std::string list;
   for (const std::string& result : results) {

@@ -1,6 +1,9 @@
 #include "report/part_report.h"
 
+#include "report/html.h"
+#include "report/json.h"
 #include "report/output_file.h"
+#include "report/qif.h"
 #include "text.h"
 
 namespace {
@@ -41,7 +44,18 @@ std::string CsvOf(const PartReport& report) {
 }  // namespace
 
 void WriteReport(const PartReport& report, const ReportFiles& files) {
-  if (!files.csv.empty()) WriteFile(files.csv, CsvOf(report));
-  if (files.html.empty() && files.json.empty() && files.qif.empty()) return;
-  throw InputError("this version writes the results of a plan as text, pictures and CSV only");
+  std::string problems;
+  const auto write = [&problems](const std::string& path, const auto& text) {
+    if (path.empty()) return;
+    try {
+      WriteFile(path, text());
+    } catch (const InputError& error) {
+      problems += (problems.empty() ? "" : "; ") + std::string(error.what());
+    }
+  };
+  write(files.html, [&report] { return HtmlReport(report); });
+  write(files.json, [&report] { return JsonReport(report); });
+  write(files.csv, [&report] { return CsvOf(report); });
+  write(files.qif, [&report] { return QifReport(report); });
+  if (!problems.empty()) throw InputError(problems);
 }
