@@ -86,12 +86,12 @@ const browser = await chromium.launch({
 for (const report of reports) {
   const name = basename(report, ".html");
   for (const colorScheme of ["light", "dark"]) {
-    const context = await browser.newContext({ colorScheme, viewport: { width: 1200, height: 900 }, bypassCSP: true });
+    const context = await browser.newContext({ colorScheme, viewport: { width: 1200, height: 2400 }, bypassCSP: true });
     const page = await context.newPage();
     page.on("pageerror", error => check(false, `${name}: ${error}`));
     page.on("request", request => check(request.url().startsWith("file:"), `${name}: asks the network for ${request.url()}`));
     await page.goto(pathToFileURL(resolve(report)).href);
-    await page.screenshot({ path: join(directory, `${name}-${colorScheme}.png`), fullPage: true });
+    await page.screenshot({ path: join(directory, `${name}-${colorScheme}.png`) });
     await isAccessible(page, `${name}, ${colorScheme}`);
     if (colorScheme === "light") {
       await sorts(page, name);
