@@ -144,8 +144,8 @@ class HtmlWriter {
     HtmlTable table;
     table.caption = "Characteristics: " + Tally() + ". Uncertainties are standard ones (k = 1).";
     table.style = "sortable summary";
-    table.heads = {"No.",   "Part",  "Characteristic", "Kind",      "Feature",     "Datum", "Nominal",
-                   "Lower", "Upper", "Measured",       "Deviation", "Uncertainty", "Unit",  "Verdict"};
+    table.heads = {"No.",     "Part",  "Characteristic", "Verdict",  "Kind",      "Feature",     "Datum",
+                   "Nominal", "Lower", "Upper",          "Measured", "Deviation", "Uncertainty", "Unit"};
     for (std::size_t part = 0; part < m_report.parts.size(); ++part) {
       for (const Characteristic& each : m_report.parts[part].characteristics) {
         table.rows.push_back(CharacteristicCells(part, each, table.rows.size() + 1));
@@ -166,6 +166,7 @@ class HtmlWriter {
     return {CountCell(number),
             {IsBatch() ? m_report.parts[part].name : "", "", "", ""},
             {each.name, "", "", ""},
+            VerdictCell(each.verdict),
             {kind, "", "", ""},
             {each.feature, "", LinkTo(part, each.feature), ""},
             {each.datum, "", "", ""},
@@ -175,8 +176,7 @@ class HtmlWriter {
             NumberCell(each.measured, each.decimals),
             NumberCell(each.deviation, each.decimals),
             NumberCell(each.uncertainty, each.decimals),
-            {each.unit, "", "", ""},
-            VerdictCell(each.verdict)};
+            {each.unit, "", "", ""}};
   }
 
   // Why characteristics have no value.
