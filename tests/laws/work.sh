@@ -20,6 +20,6 @@ count "$n" &
 count $((10 * n)) &
 wait
 paste -d'|' "$work/$n/names" "$work/$n/counts" "$work/$((10 * n))/counts" | awk -F'|' -v limit=$limit '
-  { ratio = $3 > 0 ? $4 / $3 : 0; printf "%-12s %-28s %14.0f %15.0f %7.2f%s\n", $1, $2, $3, $4, ratio, ratio > limit ? "  ABOVE" : ""
+  { ratio = $3 > 0 ? $4 / $3 : 0; printf "%-12s %-28s %14.0f %15.0f %7.2f%s\n", $1, $2, $3, $4, ratio, (ratio > limit ? "  ABOVE" : "")
     if (ratio > limit) bad++; if (ratio > worst) worst = ratio; cases++ }
   END { printf "%d cases, worst ratio %.2f, %d above %d\n", cases, worst, bad, limit; exit bad > 0 || cases == 0 }'

@@ -47,7 +47,7 @@ inline std::vector<NamedPoints> Adversaries(int n) {
                       return CNuPoint(t * std::cos(t), t * std::sin(t), 0.01 * t);
                     }));
   sets.emplace_back("outliers", Made(n, [&](int i) {
-                      const double far = i % 1000 == 500 ? 1e6 : 1.0;
+                      const double far = i % (n / 4 + 1) == n / 8 ? 1e6 : 1.0;  // as many for every n
                       const CNuPoint p = RandomPoint(random, 1.0);
                       return CNuPoint(p.x() * far, p.y() * far, p.z());
                     }));
