@@ -17,7 +17,7 @@ std::chrono::sys_seconds Now() {
   return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
 }
 
-std::string TwoDigits(long value) {
+std::string TwoDigits(long long value) {
   return (value < 10 ? "0" : "") + std::to_string(value);
 }
 
@@ -30,6 +30,5 @@ std::string CurrentMoment(bool iso) {
   const std::chrono::hh_mm_ss time(now - day);
   return std::to_string(static_cast<int>(date.year())) + "-" + TwoDigits(static_cast<unsigned>(date.month())) + "-" +
          TwoDigits(static_cast<unsigned>(date.day())) + (iso ? "T" : " ") + TwoDigits(time.hours().count()) + ":" +
-         TwoDigits(time.minutes().count()) + ":" + TwoDigits(static_cast<long>(time.seconds().count())) +
-         (iso ? "Z" : " UTC");
+         TwoDigits(time.minutes().count()) + ":" + TwoDigits(time.seconds().count()) + (iso ? "Z" : " UTC");
 }
