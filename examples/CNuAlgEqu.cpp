@@ -13,5 +13,6 @@ int main() {
   const CNuDoubleArray real = equation.GetRealRoots();
   for (int i = 0; i < real.GetSize(); ++i) std::printf("%.12f\n", real[i]);
   const CNuComplexArray pairs = equation.GetComplexRoots();
-  for (int i = 0; i < pairs.GetSize(); ++i) std::printf("%.12f %+.12f i\n", pairs[i].r(), pairs[i].i());
+  for (int i = 0; i < pairs.GetSize(); ++i)
+    std::printf("%.12f %+.12f i\n", pairs[i].r(), pairs[i].i());
 }

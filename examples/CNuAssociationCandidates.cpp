@@ -1,4 +1,5 @@
-// The minimum zone of a cloud in parts: of each only the points that may hold the zone are kept.
+// The minimum zone of a cloud in parts: of each only the points that may hold the zone are
+// kept.
 #include <nu/nu.h>
 
 #include <cmath>
@@ -23,8 +24,11 @@ int main() {
   double half = 0.0;
   for (int round = 0; round < 20; ++round) {
     CNuAssociationPart all;
-    for (const CNuPointArray& points : parts) all.Join(CNuAssociationPart(points, pin, middle));
-    if (round > 0 && std::fmax(all.GetLargestDeviation(), -all.GetSmallestDeviation()) <= half + 1e-12) break;
+    for (const CNuPointArray& points : parts)
+      all.Join(CNuAssociationPart(points, pin, middle));
+    if (round > 0 &&
+        std::fmax(all.GetLargestDeviation(), -all.GetSmallestDeviation()) <= half + 1e-12)
+      break;
     candidates.Add(all);
     half = candidates.Fit(NuMinimumZone, &pin);
   }

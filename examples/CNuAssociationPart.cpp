@@ -1,5 +1,5 @@
-// A cloud in parts that are never in one place: each is reduced to some sums, and their join gives the fit of the
-// whole.
+// A cloud in parts that are never in one place: each is reduced to some sums, and their
+// join gives the fit of the whole.
 #include <nu/nu.h>
 
 #include <cmath>
@@ -24,10 +24,12 @@ int main() {
   CNuAssociationPart all;
   for (int round = 0; round < 20 && step > 1e-12; ++round) {
     all = CNuAssociationPart();
-    for (const CNuPointArray& points : parts) all.Join(CNuAssociationPart(points, pin, middle));
+    for (const CNuPointArray& points : parts)
+      all.Join(CNuAssociationPart(points, pin, middle));
     step = all.Step(&pin);
   }
-  std::printf("in parts: radius %.9f of %d points\n", pin.GetRadius(), static_cast<int>(all.GetNumberPoints()));
+  std::printf("in parts: radius %.9f of %d points\n", pin.GetRadius(),
+              static_cast<int>(all.GetNumberPoints()));
 
   CNuCylSurf whole(1.0);
   whole.Fit(Scan(0, 1000), 50);

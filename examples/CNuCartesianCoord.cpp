@@ -5,7 +5,8 @@
 
 int main() {
   CNuCartesianCoord datum;
-  datum.SetData(CNuPoint(100.0, 50.0, 0.0), CNuVector(0.0, 1.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+  datum.SetData(CNuPoint(100.0, 50.0, 0.0), CNuVector(0.0, 1.0, 0.0),
+                CNuVector(0.0, 0.0, 1.0));
   CNuPoint origin;
   CNuVector xaxis, zaxis;
   datum.GetData(&origin, &xaxis, &zaxis);

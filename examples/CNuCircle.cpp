@@ -1,11 +1,13 @@
-// A bore of 20 mm, probed at eight places: the four circles that standards associate with a profile.
+// A bore of 20 mm, probed at eight places: the four circles that standards associate with a
+// profile.
 #include <nu/nu.h>
 
 #include <cstdio>
 
 int main() {
-  const double probed[][2] = {{10.004, 0.001},  {7.069, 7.074},   {0.002, 9.996},    {-7.075, 7.069},
-                              {-9.997, -0.003}, {-7.066, -7.071}, {-0.001, -10.003}, {7.073, -7.068}};
+  const double probed[][2] = {{10.004, 0.001},   {7.069, 7.074},   {0.002, 9.996},
+                              {-7.075, 7.069},   {-9.997, -0.003}, {-7.066, -7.071},
+                              {-0.001, -10.003}, {7.073, -7.068}};
   CNuPointArray points(8);
   for (const auto& p : probed) points.Add(CNuPoint(p[0], p[1], 0.0));
   const double tol = 1e-6;  // mm: points may be so far off one plane
@@ -18,8 +20,10 @@ int main() {
   circumscribed.FitMin(points, tol);
   inscribed.FitMax(points, tol);
 
-  std::printf("least squares    diameter %.4f  roundness %.4f\n", 2.0 * gauss.GetRadius(), form);
-  std::printf("minimum zone     diameter %.4f  roundness %.4f\n", 2.0 * chebyshev.GetRadius(), zone);
+  std::printf("least squares    diameter %.4f  roundness %.4f\n", 2.0 * gauss.GetRadius(),
+              form);
+  std::printf("minimum zone     diameter %.4f  roundness %.4f\n",
+              2.0 * chebyshev.GetRadius(), zone);
   std::printf("circumscribed    diameter %.4f\n", 2.0 * circumscribed.GetRadius());
   std::printf("inscribed        diameter %.4f\n", 2.0 * inscribed.GetRadius());
 }

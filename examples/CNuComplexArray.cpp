@@ -8,6 +8,6 @@ int main() {
   CNuComplexArray kept(2);
   for (int i = 0; i < roots.GetSize(); ++i)
     if (!roots[i].IsReal(1e-12)) kept.Add(roots[i]);
-  std::printf("%d of %d are not real: %.4f %+.4f i and its conjugate\n", kept.GetSize(), roots.GetSize(),
-              kept.First().r(), kept.First().i());
+  std::printf("%d of %d are not real: %.4f %+.4f i and its conjugate\n", kept.GetSize(),
+              roots.GetSize(), kept.First().r(), kept.First().i());
 }

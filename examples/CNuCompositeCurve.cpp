@@ -10,7 +10,8 @@ int main() {
   slot.AddSegment(CNuCircularArc(CNuPoint(20.0, 0.0, 0.0), b, c, NuTrue), NuTrue);
   slot.AddSegment(CNuLineSegment(c, d), NuTrue);
   slot.AddSegment(CNuCircularArc(CNuPoint(0.0, 0.0, 0.0), d, a, NuTrue), NuTrue);
-  std::printf("%d segments, closed: %d, length %.4f\n", slot.GetNumberSegments(), slot.IsClosed(), slot.Length());
+  std::printf("%d segments, closed: %d, length %.4f\n", slot.GetNumberSegments(),
+              slot.IsClosed(), slot.Length());
 
   for (const double distance : {1.0, -1.0}) {
     CNuBoundedCurve* other = slot.Offset(distance);

@@ -1,4 +1,5 @@
-// A taper, measured in four sections: its angle, its form, and the diameter at a gauge plane.
+// A taper, measured in four sections: its angle, its form, and the diameter at a gauge
+// plane.
 #include <nu/nu.h>
 
 #include <cmath>
@@ -17,14 +18,18 @@ int main() {
   CNuConSurf taper(10.0);
   double form = 0.0, sumSquares = 0.0, zone = 0.0;
   taper.Fit(points, &form, &sumSquares, 50);
-  std::printf("semi-angle %.4f degrees, apex at z %.4f, form %.5f\n", taper.GetSemiAngle(), taper.GetApex().z(), form);
+  std::printf("semi-angle %.4f degrees, apex at z %.4f, form %.5f\n", taper.GetSemiAngle(),
+              taper.GetApex().z(), form);
   CNuConSurf middle(10.0);
   middle.FitMinZone(points, &zone, 1e-6, 200);
   std::printf("minimum zone %.5f\n", zone);
 
   CNuObjArray section(1);
-  const CNuPlane gauge(taper.GetApex() + CNuPoint(0.0, 0.0, 100.0), taper.GetAxisDirection());
-  if (taper.IntersectWith(gauge, &section) == 1 && section[0]->GetType() == CNuObject::NuTypeCircle)
-    std::printf("gauge diameter %.4f\n", 2.0 * static_cast<const CNuCircle*>(section[0])->GetRadius());
+  const CNuPlane gauge(taper.GetApex() + CNuPoint(0.0, 0.0, 100.0),
+                       taper.GetAxisDirection());
+  if (taper.IntersectWith(gauge, &section) == 1 &&
+      section[0]->GetType() == CNuObject::NuTypeCircle)
+    std::printf("gauge diameter %.4f\n",
+                2.0 * static_cast<const CNuCircle*>(section[0])->GetRadius());
   for (int i = 0; i < section.GetSize(); ++i) delete section[i];
 }

@@ -6,7 +6,8 @@
 
 int main() {
   CNuPointArray points(12);
-  for (int i = 0; i < 12; ++i) points.Add(CNuPoint(i, 3.0 * std::cos(0.7 * i + 0.2) - 1.0, 0.0));
+  for (int i = 0; i < 12; ++i)
+    points.Add(CNuPoint(i, 3.0 * std::cos(0.7 * i + 0.2) - 1.0, 0.0));
   CNuCosineCurve curve(1.0, 1.0, 0.0, 0.0);
   curve.Fit(points, 100);
   double a = 0.0, b = 0.0, c = 0.0, d = 0.0;

@@ -6,8 +6,8 @@
 int main() {
   CNuDoubleArray diameters(2);  // room for two; it grows
   for (const double d : {19.998, 20.003, 19.996, 20.001}) diameters.Add(d);
-  std::printf("%d values from %.3f to %.3f, mean %.4f\n", diameters.GetSize(), diameters.Min(), diameters.Max(),
-              diameters.Sum() / diameters.GetSize());
+  std::printf("%d values from %.3f to %.3f, mean %.4f\n", diameters.GetSize(),
+              diameters.Min(), diameters.Max(), diameters.Sum() / diameters.GetSize());
 
   CNuIntArray order(4);
   diameters.Sort(&order);

@@ -1,4 +1,5 @@
-// A fit that cannot be carried out says why and leaves the feature as it was. The Ex variants return instead.
+// A fit that cannot be carried out says why and leaves the feature as it was. The Ex
+// variants return instead.
 #include <nu/nu.h>
 
 #include <cstdio>
@@ -13,16 +14,18 @@ int main() {
   try {
     circle.Fit(points, 50);
   } catch (const CNuBestfitException& failure) {
-    std::printf("cause %d, %s: %s\n", failure.GetCause(), NuCauseName(failure), NuCauseText(failure));
+    std::printf("cause %d, %s: %s\n", failure.GetCause(), NuCauseName(failure),
+                NuCauseText(failure));
   }
   std::printf("radius as before: %.1f\n", circle.GetRadius());
-  if (circle.FitEx(points, 50) == NuFitFailure) std::printf("the same without an exception\n");
+  if (circle.FitEx(points, 50) == NuFitFailure)
+    std::printf("the same without an exception\n");
 
   try {
     const CNuVector direction(0.0, 0.0, 1.0);
     std::printf("%g\n", direction[3]);
   } catch (const CNuOperationException& failure) {
-    std::printf("cause %d: %s, valid from %d to %d\n", failure.GetCause(), NuCauseText(failure), failure.m_nLower,
-                failure.m_nUpper);
+    std::printf("cause %d: %s, valid from %d to %d\n", failure.GetCause(),
+                NuCauseText(failure), failure.m_nLower, failure.m_nUpper);
   }
 }

@@ -8,7 +8,8 @@ int main() {
   CNuObjArray section(1);
   CNuPlane(CNuPoint(2.0, 0.0, 0.0), CNuVector(1.0, 0.0, 0.0)).IntersectWith(cone, &section);
   const auto* cut = static_cast<const CNuHyperbola*>(section[0]);
-  std::printf("cut:    semi-axes %.4f and %.4f\n", cut->GetSemiAxisA(), cut->GetSemiAxisB());
+  std::printf("cut:    semi-axes %.4f and %.4f\n", cut->GetSemiAxisA(),
+              cut->GetSemiAxisB());
 
   CNuPointArray points(14);
   for (int side = 0; side < 2; ++side) {
@@ -17,6 +18,7 @@ int main() {
   }
   CNuHyperbola fitted(1.0, 1.0);
   fitted.Fit(points, 100);
-  std::printf("fitted: semi-axes %.4f and %.4f\n", fitted.GetSemiAxisA(), fitted.GetSemiAxisB());
+  std::printf("fitted: semi-axes %.4f and %.4f\n", fitted.GetSemiAxisA(),
+              fitted.GetSemiAxisB());
   delete section[0];
 }

@@ -10,6 +10,8 @@ int main() {
   CNuIntArray mask(5);
   for (int i = 0; i < points.GetSize(); ++i) mask.Add(points[i].z() > 0.05 ? 1 : 0);
   const CNuPointArray high = points.SubArray(mask);
-  std::printf("%d of %d points are high, the first at x = %.0f\n", mask.Sum(), points.GetSize(), high[0].x());
-  std::printf("the first low one after the start is number %d\n", mask.SubArray(1, 4).Find(0) + 1);
+  std::printf("%d of %d points are high, the first at x = %.0f\n", mask.Sum(),
+              points.GetSize(), high[0].x());
+  std::printf("the first low one after the start is number %d\n",
+              mask.SubArray(1, 4).Find(0) + 1);
 }

@@ -16,7 +16,8 @@ static double Upper(double x) {
 
 int main() {
   CNuIntegral2D integral;
-  std::printf("over the disc   %.9f, pi / 2 is %.9f\n", integral.Calculate(Height, -1.0, 1.0, Lower, Upper, 1e-10),
-              Nu_PI / 2.0);
-  std::printf("over a rectangle %.9f\n", integral.Calculate(Height, 0.0, 0.5, 0.0, 0.5, 1e-10));
+  std::printf("over the disc   %.9f, pi / 2 is %.9f\n",
+              integral.Calculate(Height, -1.0, 1.0, Lower, Upper, 1e-10), Nu_PI / 2.0);
+  std::printf("over a rectangle %.9f\n",
+              integral.Calculate(Height, 0.0, 0.5, 0.0, 0.5, 1e-10));
 }

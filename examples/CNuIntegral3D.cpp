@@ -9,5 +9,6 @@ static double SquaredDistance(double x, double y, double z) {
 
 int main() {
   CNuIntegral3D integral;
-  std::printf("%.9f\n", integral.Calculate(SquaredDistance, 0.0, 1.0, 0.0, 1.0, 0.0, 1.0, 1e-9));
+  std::printf("%.9f\n",
+              integral.Calculate(SquaredDistance, 0.0, 1.0, 0.0, 1.0, 0.0, 1.0, 1e-9));
 }

@@ -4,7 +4,8 @@
 #include <cstdio>
 
 int main() {
-  const double degrees[] = {0.0, 10.0, 20.0, 30.0, 40.0}, expansion[] = {-230.2, -115.4, 0.0, 116.1, 232.9};
+  const double degrees[] = {0.0, 10.0, 20.0, 30.0, 40.0},
+               expansion[] = {-230.2, -115.4, 0.0, 116.1, 232.9};
   CNuDoubleArray x(5), y(5);
   for (int i = 0; i < 5; ++i) {
     x.Add(degrees[i]);
@@ -12,11 +13,12 @@ int main() {
   }
   const CNuInterpolation table(x, y);
   double error = 0.0;
-  std::printf("at 23.4: linear %.4f, spline %.4f, polynomial %.4f\n", table.Linear(23.4), table.Spline(23.4),
-              table.Polynomial(23.4, &error));
+  std::printf("at 23.4: linear %.4f, spline %.4f, polynomial %.4f\n", table.Linear(23.4),
+              table.Spline(23.4), table.Polynomial(23.4, &error));
   try {
     table.Spline(45.0);
   } catch (const CNuOperationException& failure) {
-    std::printf("45 is outside: the table goes from %.0f to %.0f\n", failure.m_dLower, failure.m_dUpper);
+    std::printf("45 is outside: the table goes from %.0f to %.0f\n", failure.m_dLower,
+                failure.m_dUpper);
   }
 }

@@ -10,5 +10,6 @@ int main() {
   turn.GetBounds(&lower, &upper);
   std::printf("turn from %.4f to %.4f\n", lower, upper);
   std::printf("3.0 in the turn: %d, in the part: %d\n", turn.IsIn(3.0), part.IsIn(3.0));
-  std::printf("they overlap: %d, the part is open at its end: %d\n", turn.IsOverlapping(part), part.IsRightOpen());
+  std::printf("they overlap: %d, the part is open at its end: %d\n",
+              turn.IsOverlapping(part), part.IsRightOpen());
 }

@@ -7,7 +7,8 @@ int main() {
   CNuLineSegment edge(CNuPoint(0.0, 0.0, 0.0), CNuPoint(30.0, 40.0, 0.0));
   const CNuLineSegment other(CNuPoint(0.0, 30.0, 0.0), CNuPoint(40.0, 0.0, 0.0));
   CNuPoint p;
-  std::printf("length %.1f, common points %d", edge.Length(), edge.IntersectWith(other, &p));
+  std::printf("length %.1f, common points %d", edge.Length(),
+              edge.IntersectWith(other, &p));
   std::printf(" at %.2f %.2f\n", p.x(), p.y());
 
   const CNuLineSegment apart(CNuPoint(50.0, 0.0, 0.0), CNuPoint(50.0, 100.0, 0.0));

@@ -14,5 +14,6 @@ int main() {
   // A local point as a row with a fourth 1, times the transformation, is the global one.
   const CNuVector global = CNuPoint(4.0, 0.0, 1.0).To4DVector() * pin.GetTransformation();
   std::printf("local 4 0 1 is on the pin: %.12f from it\n",
-              CNuPoint(global[0], global[1], global[2]).DistanceTo(static_cast<const CNuSurface&>(pin)));
+              CNuPoint(global[0], global[1], global[2])
+                  .DistanceTo(static_cast<const CNuSurface&>(pin)));
 }

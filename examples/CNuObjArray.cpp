@@ -1,4 +1,5 @@
-// Intersections come as objects that the caller owns; the type code tells what each of them is.
+// Intersections come as objects that the caller owns; the type code tells what each of them
+// is.
 #include <nu/nu.h>
 
 #include <cstdio>
@@ -14,13 +15,16 @@ int main() {
     for (int i = 0; i < result.GetSize(); ++i) {
       switch (result[i]->GetType()) {
         case CNuObject::NuTypeCircle:
-          std::printf("circle of radius %.3f\n", static_cast<const CNuCircle*>(result[i])->GetRadius());
+          std::printf("circle of radius %.3f\n",
+                      static_cast<const CNuCircle*>(result[i])->GetRadius());
           break;
         case CNuObject::NuTypeEllipse:
-          std::printf("ellipse, longer semi-axis %.4f\n", static_cast<const CNuEllipse*>(result[i])->GetSemiAxisA());
+          std::printf("ellipse, longer semi-axis %.4f\n",
+                      static_cast<const CNuEllipse*>(result[i])->GetSemiAxisA());
           break;
         case CNuObject::NuTypeLine:
-          std::printf("line at y = %.4f\n", static_cast<const CNuLine*>(result[i])->GetPoint().y());
+          std::printf("line at y = %.4f\n",
+                      static_cast<const CNuLine*>(result[i])->GetPoint().y());
           break;
         default:
           break;

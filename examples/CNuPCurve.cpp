@@ -1,4 +1,5 @@
-// Two pipes of different radii meet at right angles: the curves of the joint, point by point on both.
+// Two pipes of different radii meet at right angles: the curves of the joint, point by
+// point on both.
 #include <nu/nu.h>
 
 #include <cstdio>

@@ -4,10 +4,12 @@
 #include <cstdio>
 
 int main() {
-  const double heights[3][3] = {{0.002, -0.001, 0.000}, {-0.001, -0.003, 0.001}, {0.001, 0.000, 0.003}};
+  const double heights[3][3] = {
+      {0.002, -0.001, 0.000}, {-0.001, -0.003, 0.001}, {0.001, 0.000, 0.003}};
   CNuPointArray points(9);
   for (int i = 0; i < 3; ++i)
-    for (int j = 0; j < 3; ++j) points.Add(CNuPoint(20.0 * i, 15.0 * j, 8.0 + heights[i][j]));
+    for (int j = 0; j < 3; ++j)
+      points.Add(CNuPoint(20.0 * i, 15.0 * j, 8.0 + heights[i][j]));
 
   CNuPlane face;
   double form = 0.0, sumSquares = 0.0;
@@ -21,6 +23,6 @@ int main() {
   const CNuPlane wall(CNuPoint(40.0, 0.0, 0.0), CNuVector(1.0, 0.0, 0.0));
   CNuLine edge;
   if (face.IntersectWith(wall, &edge) == 1)
-    std::printf("edge through x %.3f z %.3f, %.4f degrees between the faces\n", edge.GetPoint().x(),
-                edge.GetPoint().z(), face.AngleWith(wall));
+    std::printf("edge through x %.3f z %.3f, %.4f degrees between the faces\n",
+                edge.GetPoint().x(), edge.GetPoint().z(), face.AngleWith(wall));
 }

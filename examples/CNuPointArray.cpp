@@ -1,4 +1,5 @@
-// What a set of points tells before any fit: mean, extent, longest edge, convex hull, duplicates.
+// What a set of points tells before any fit: mean, extent, longest edge, convex hull,
+// duplicates.
 #include <nu/nu.h>
 
 #include <cstdio>

@@ -1,4 +1,5 @@
-// What a scatter of 2 micrometres in every coordinate does to a circle, by 1000 simulated measurements.
+// What a scatter of 2 micrometres in every coordinate does to a circle, by 1000 simulated
+// measurements.
 #include <nu/nu.h>
 
 #include <cmath>
@@ -17,6 +18,7 @@ int main() {
   const CNuSampledFit spread = association.MonteCarlo(report, 0.002, 1000, 1);
   std::printf("%d samples\n", spread.GetNumberSamples());
   for (int i = 0; i < spread.GetNumberValues(); ++i)
-    std::printf("%s: standard deviation %.5f, 95 %% within %+.5f and %+.5f\n", spread.GetName(i),
-                spread.GetStandardDeviations()[i], spread.GetLow()[i], spread.GetHigh()[i]);
+    std::printf("%s: standard deviation %.5f, 95 %% within %+.5f and %+.5f\n",
+                spread.GetName(i), spread.GetStandardDeviations()[i], spread.GetLow()[i],
+                spread.GetHigh()[i]);
 }

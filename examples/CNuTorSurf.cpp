@@ -11,10 +11,12 @@ int main() {
       const double u = 2.0 * Nu_PI * i / 12.0, v = 2.0 * Nu_PI * j / 4.0;
       const double minor = 3.0 - 0.002 * ((i + j) % 3);
       const double distance = 20.0 + minor * std::cos(v);
-      points.Add(CNuPoint(distance * std::cos(u), distance * std::sin(u), minor * std::sin(v)));
+      points.Add(
+          CNuPoint(distance * std::cos(u), distance * std::sin(u), minor * std::sin(v)));
     }
 
   CNuTorSurf groove(2.0, 1.0);
   groove.FitMin(points, 1e-6, 500);
-  std::printf("major radius %.4f, minor radius %.4f\n", groove.GetMajorRadius(), groove.GetMinorRadius());
+  std::printf("major radius %.4f, minor radius %.4f\n", groove.GetMajorRadius(),
+              groove.GetMinorRadius());
 }

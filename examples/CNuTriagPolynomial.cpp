@@ -9,7 +9,8 @@ int main() {
   profile.Cos(1) = 0.010;
   profile.Sin(2) = 0.004;
   profile.Cos(3) = -0.002;
-  std::printf("radius at 0: %.4f, at a quarter turn: %.4f\n", profile.ValueAt(0.0), profile.ValueAt(Nu_PI / 2.0));
+  std::printf("radius at 0: %.4f, at a quarter turn: %.4f\n", profile.ValueAt(0.0),
+              profile.ValueAt(Nu_PI / 2.0));
 
   profile.Cos(1) = 0.0;  // centred
   profile.Simplify(0.003);

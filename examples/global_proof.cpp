@@ -1,4 +1,5 @@
-// Is the zone really the smallest? Branch and bound over all directions gives a lower bound for every cylinder.
+// Is the zone really the smallest? Branch and bound over all directions gives a lower bound
+// for every cylinder.
 #include <nu/nu.h>
 
 #include <cmath>
@@ -12,7 +13,9 @@ int main() {
   }
   CNuAssociation association(points);
   CNuCylSurf cylinder(1.0);
-  const CNuAssociationReport report = association.ProveGlobally(NuMinimumZone, &cylinder, 200000);
-  std::printf("cylindricity %.6f, no cylinder below %.6f\n", report.GetForm(), report.GetBound());
+  const CNuAssociationReport report =
+      association.ProveGlobally(NuMinimumZone, &cylinder, 200000);
+  std::printf("cylindricity %.6f, no cylinder below %.6f\n", report.GetForm(),
+              report.GetBound());
   std::printf("proven to be the best of all: %s\n", report.IsGlobal() ? "yes" : "no");
 }

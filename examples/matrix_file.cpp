@@ -8,7 +8,8 @@ int main() {
   rotation.BinaryDump("rotation.nu");
   CNuMatrix back;
   const bool sound = back.BinaryRead("rotation.nu");
-  std::printf("read: %s, %d x %d\n", sound ? "yes" : "no", back.GetRowSize(), back.GetColumnSize());
+  std::printf("read: %s, %d x %d\n", sound ? "yes" : "no", back.GetRowSize(),
+              back.GetColumnSize());
   bool same = true;
   for (int i = 0; i < 3; ++i)
     for (int j = 0; j < 3; ++j) same = same && back.Element(i, j) == rotation.Element(i, j);

@@ -1,4 +1,5 @@
-// The length tolerance decides what counts as touching. Each thread has its own; a scope object restores it.
+// The length tolerance decides what counts as touching. Each thread has its own; a scope
+// object restores it.
 #include <nu/nu.h>
 
 #include <cstdio>
@@ -13,12 +14,15 @@ struct LengthTolerance {
 
 int main() {
   const CNuCircle circle(10.0);
-  const CNuLine nearly(CNuPoint(0.0, 10.000001, 0.0), CNuVector(1.0, 0.0, 0.0));  // 1 nm above, in millimetres
+  const CNuLine nearly(CNuPoint(0.0, 10.000001, 0.0),
+                       CNuVector(1.0, 0.0, 0.0));  // 1 nm above, in millimetres
   CNuPoint p1, p2;
-  std::printf("within %g: %d common points\n", NuGetLengthTol(), circle.IntersectWith(nearly, &p1, &p2));
+  std::printf("within %g: %d common points\n", NuGetLengthTol(),
+              circle.IntersectWith(nearly, &p1, &p2));
   {
     const LengthTolerance coarse(1e-5);
-    std::printf("within %g: %d common point\n", NuGetLengthTol(), circle.IntersectWith(nearly, &p1, &p2));
+    std::printf("within %g: %d common point\n", NuGetLengthTol(),
+                circle.IntersectWith(nearly, &p1, &p2));
   }
   std::printf("afterwards: %g\n", NuGetLengthTol());
 }
