@@ -150,7 +150,7 @@ constexpr Option kOptions[] = {
      "roundness after the Gaussian filter of ISO 16610-21 that passes half of N undulations\n"
      "per revolution, such as 50; circles only",
      SetFilter},
-    {kPlan, "--html", "FILE", "write the report of a plan as one page that needs no network",
+    {kFit | kPlan, "--html", "FILE", "write the report as one page that needs no network",
      [](Options& options, std::string_view text) { options.html = text; }},
     {kPlan, "--csv", "FILE", "write the results of a plan as a table",
      [](Options& options, std::string_view text) { options.csv = text; }},

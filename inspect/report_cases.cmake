@@ -43,6 +43,13 @@ if(NOT html MATCHES "<h1>&lt;b&gt;two.*class=\"failure\">[^<]*cannot be fitted" 
   message(SEND_ERROR "two.html is not the page it should be")
 endif()
 
+# Features without a plan go on the same page.
+expect_everywhere(2 "RONt" ${PARTS}/bore.csv nothing.csv --feature circle --criterion ls,mz --decimal-comma --tolerance 0.01 --html circles.html)
+file(READ ${SCRATCH}/circles.html html)
+if(NOT html MATCHES "data-value=\"0\\.00629[0-9]+\".*data-value=\"0\\.00617[0-9]+\".*class=\"failure\">[^<]*nothing.csv: cannot be opened")
+  message(SEND_ERROR "circles.html is not the page it should be")
+endif()
+
 # One output that cannot be written leaves the others.
 expect(2 "nowhere.*cannot be written" ${PARTS}/carrier.toml --html nowhere/r.html/ --json kept.json)
 if(NOT EMULATOR AND NOT EXISTS ${own}/kept.json)

@@ -12,6 +12,7 @@
 #include "evaluate/methods.h"
 #include "picture/pictures.h"
 #include "plan/plan_template.h"
+#include "report/html.h"
 #include "report/json.h"
 #include "report/output_file.h"
 #include "report/table.h"
@@ -42,6 +43,7 @@ void RefuseOverwriting(const Options& options, const std::vector<Method>& method
     if (file != "-") claim(file, "FILE");
   }
   if (!options.json.empty()) claim(options.json, "--json");
+  if (!options.html.empty()) claim(options.html, "--html");
   if (options.svg.empty()) return;
   const std::size_t pictures = options.files.size() * methods.size();
   if (pictures > 1 && !MeansDirectory(options.svg)) {
@@ -52,16 +54,77 @@ void RefuseOverwriting(const Options& options, const std::vector<Method>& method
   }
 }
 
+// The forms of separate features as the report of a part, each a characteristic.
+class FormReport {
+ public:
+  void Add(const Method& method, const std::string& file, const PointFile& points, std::optional<Inspection> inspection,
+           const std::string& error, const Options& options) {
+    PartPlan& plan = m_report.plan;
+    PartResult& part = m_report.parts[0];
+    if (part.features.empty()) plan.unit = points.unit;
+    plan.title = plan.title.empty() || plan.title == FileName(file) ? FileName(file) : "Form deviations";
+    FeaturePlan feature;
+    feature.name = FileName(file) + ", " + method.terms.feature + ", " + method.terms.criterion;
+    feature.method = method;
+    feature.material = options.material;
+    Characteristic form = FormOf(feature, points, inspection, options);
+    form.failure = error;
+    CharacteristicPlan characteristic;
+    characteristic.name = form.name;
+    characteristic.feature = plan.features.size();
+    characteristic.upper = options.tolerance;
+    FeatureResult result;
+    result.name = feature.name;
+    result.points = points;
+    result.source = file;
+    result.failure = error;
+    result.inspection = std::move(inspection);
+    part.verdict = GraverVerdict(part.verdict, form.verdict);
+    part.features.push_back(std::move(result));
+    part.characteristics.push_back(std::move(form));
+    plan.features.push_back(std::move(feature));
+    plan.characteristics.push_back(std::move(characteristic));
+  }
+
+  const PartReport& Report() const { return m_report; }
+
+ private:
+  static Characteristic FormOf(const FeaturePlan& feature, const PointFile& points,
+                               const std::optional<Inspection>& inspection, const Options& options) {
+    Characteristic form;
+    form.name = feature.method.terms.form + " of " + feature.name;
+    form.kind = feature.method.terms.form;
+    form.feature = feature.name;
+    form.unit = points.unit->symbol;
+    form.decimals = points.unit->decimals;
+    form.upper = options.tolerance;
+    form.verdict = Verdict::kFailed;
+    if (inspection) {
+      form.symbol = inspection->terms.symbol.empty() ? "" : inspection->terms.symbol + "t";
+      form.measured = inspection->form;
+      form.verdict = !options.tolerance                       ? Verdict::kNoTolerance
+                     : inspection->form <= *options.tolerance ? Verdict::kWithinTolerance
+                                                              : Verdict::kOutOfTolerance;
+    }
+    return form;
+  }
+
+  PartReport m_report{{}, {PartResult{}}, {}};
+};
+
 class Inspector {
  public:
   Inspector(const Options& options, std::vector<Method> methods)
-      : m_options(options), m_methods(std::move(methods)), m_stdoutIsTaken(options.svg == "-" || options.json == "-") {}
+      : m_options(options),
+        m_methods(std::move(methods)),
+        m_stdoutIsTaken(options.svg == "-" || options.json == "-" || options.html == "-") {}
 
   ExitCode Execute() {
     if (!m_options.svg.empty() && MeansDirectory(m_options.svg)) Attempt([this] { MakeDirectory(m_options.svg); });
     for (const std::string& file : m_options.files) InspectFile(file);
     if (m_summary.size() > 1) Say("\nsummary\n" + Grid(m_summary));
     if (!m_options.json.empty()) Attempt([this] { WriteFile(m_options.json, JsonDocument(m_results)); });
+    if (!m_options.html.empty()) Attempt([this] { WriteFile(m_options.html, HtmlReport(m_page.Report())); });
     return m_code;
   }
 
@@ -102,7 +165,10 @@ class Inspector {
       points = ReadPointFile(file, m_options.reading);
       RequireUnitOfTolerance(*points.unit, file);
     });
-    if (!error.empty()) return AddFailure(file, "", "", error);
+    if (!error.empty()) {
+      for (const Method& method : m_methods) AddToPage(method, file, {}, std::nullopt, error);
+      return AddFailure(file, "", "", error);
+    }
     for (const Method& method : m_methods) InspectBy(method, file, points);
   }
 
@@ -118,7 +184,10 @@ class Inspector {
   void InspectBy(const Method& method, const std::string& file, const PointFile& points) {
     Inspection inspection;
     const std::string error = Attempt([&] { inspection = InspectNamingFile(method, file, points); });
-    if (!error.empty()) return AddFailure(file, method.terms.feature, method.terms.criterion, error);
+    if (!error.empty()) {
+      AddToPage(method, file, points, std::nullopt, error);
+      return AddFailure(file, method.terms.feature, method.terms.criterion, error);
+    }
     const ReportContext context{file, &points, m_options.tolerance, m_options.material};
     const std::vector<Row> rows = ReportRows(inspection, context);
     Say((m_summary.empty() ? "" : "\n") + Printable(ShownName(file)) + "\n" + Table(rows));
@@ -129,6 +198,13 @@ class Inspector {
     }
     if (!context.WithinTolerance(inspection)) m_code = GraverCode(m_code, kOutOfTolerance);
     AddResult(inspection, context);
+    AddToPage(method, file, points, std::move(inspection), "");
+  }
+
+  void AddToPage(const Method& method, const std::string& file, const PointFile& points,
+                 std::optional<Inspection> inspection, const std::string& error) {
+    if (m_options.html.empty()) return;
+    m_page.Add(method, ShownName(file), points, std::move(inspection), error, m_options);
   }
 
   Inspection InspectNamingFile(const Method& method, const std::string& file, const PointFile& points) const {
@@ -165,6 +241,7 @@ class Inspector {
   const LengthUnit* m_unit = nullptr;
   std::vector<std::vector<std::string>> m_summary;
   std::vector<std::string> m_results;  // JSON
+  FormReport m_page;
 };
 
 }  // namespace
