@@ -123,6 +123,7 @@ class ComparisonPicture {
     }
     std::sort(profile.begin(), profile.end());
     std::vector<PagePoint> line;
+    line.reserve(profile.size());
     for (const auto& [angle, deviation] : profile) line.push_back(At(angle, deviation));
     m_canvas.Polygon(line, style::kProfile);
     for (const Inspection& each : m_inspections) DrawCircles(each);
@@ -160,6 +161,7 @@ class ComparisonPicture {
   void DrawCircles(const Inspection& each) {
     for (const double edge : EdgesOf(each)) {
       std::vector<PagePoint> circle;
+      circle.reserve(kSteps);
       for (int k = 0; k < kSteps; ++k) circle.push_back(At(kTurn * k / kSteps, DeviationOf(each, edge, k)));
       m_canvas.Polygon(circle, Stroke(each, each.terms.letter == "C").c_str());
     }
