@@ -144,8 +144,9 @@ class HtmlWriter {
     HtmlTable table;
     table.caption = "Characteristics: " + Tally() + ". Uncertainties are standard ones (k = 1).";
     table.style = "sortable summary";
-    table.heads = {"No.",     "Part",  "Characteristic", "Verdict",  "Kind",      "Feature",     "Datum",
-                   "Nominal", "Lower", "Upper",          "Measured", "Deviation", "Uncertainty", "Unit"};
+    // What is read first stands first: on narrow pages the rest is out of sight.
+    table.heads = {"No.",   "Part",  "Characteristic", "Verdict",     "Measured", "Unit",    "Nominal",
+                   "Lower", "Upper", "Deviation",      "Uncertainty", "Kind",     "Feature", "Datum"};
     for (std::size_t part = 0; part < m_report.parts.size(); ++part) {
       for (const Characteristic& each : m_report.parts[part].characteristics) {
         table.rows.push_back(CharacteristicCells(part, each, table.rows.size() + 1));
@@ -167,16 +168,16 @@ class HtmlWriter {
             {IsBatch() ? m_report.parts[part].name : "", "", "", ""},
             {each.name, "", "", ""},
             VerdictCell(each.verdict),
-            {kind, "", "", ""},
-            {each.feature, "", LinkTo(part, each.feature), ""},
-            {each.datum, "", "", ""},
+            NumberCell(each.measured, each.decimals),
+            {each.unit, "", "", ""},
             NumberCell(each.nominal, each.decimals),
             NumberCell(each.lower, each.decimals),
             NumberCell(each.upper, each.decimals),
-            NumberCell(each.measured, each.decimals),
             NumberCell(each.deviation, each.decimals),
             NumberCell(each.uncertainty, each.decimals),
-            {each.unit, "", "", ""}};
+            {kind, "", "", ""},
+            {each.feature, "", LinkTo(part, each.feature), ""},
+            {each.datum, "", "", ""}};
   }
 
   // Why characteristics have no value.
