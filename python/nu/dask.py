@@ -139,7 +139,8 @@ def _result(feature: Any, criterion: Criterion, joined: Any, rounds: int) -> Par
         feature,
         criterion,
         n,
-        max(largest, 0.0) - min(smallest, 0.0) if np.sign(largest) != np.sign(smallest) else largest - smallest,
+        # Distances from a line have no sign: its form is the diameter of the cylinder of the points.
+        2.0 * largest if isinstance(feature, nu.Line) else largest - smallest,
         max(largest, 0.0),
         max(-smallest, 0.0),
         float(np.sqrt(joined.sum_squares / n)),

@@ -25,6 +25,7 @@ def test_parts_equal_the_whole(name):
         parts = getattr(nu.dask, f"fit_{name}")(dask.array.from_array(points, chunks=(70, 2)))
     assert numbers(parts.feature) == pytest.approx(numbers(whole.feature), rel=1e-7, abs=1e-7)
     assert parts.n_points == 600 and parts.sum_squares == pytest.approx(whole.sum_squares, rel=1e-9)
+    assert parts.form == pytest.approx(whole.form, rel=1e-6)
 
 
 def test_bags_and_other_criteria():
