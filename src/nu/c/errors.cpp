@@ -1,9 +1,11 @@
 #include <algorithm>
 #include <cstdio>
+#include <new>
 
 #include "nu/c/internal/calls.h"
 #include "nu/foundation/cause_text.h"
 #include "nu/foundation/constants.h"
+#include "nu/foundation/exceptions.h"
 #include "nu/foundation/tolerances.h"
 
 using namespace nu::internal;
@@ -24,6 +26,28 @@ void AddRange(const CNuException& failure, nu_status status, char* text, std::si
   const int cause = failure.GetCause();
   if (cause == NuOperationIndex || cause == NuOperationCoefficient)
     std::snprintf(text, size, " (%d to %d)", failure.m_nLower, failure.m_nUpper);
+}
+
+struct Refusal {
+  nu_status status;
+  const char* text;
+};
+
+nu_status Keep(const Refusal& refusal) {
+  lastFailure = {};
+  lastFailure.error.status = refusal.status;
+  std::snprintf(lastFailure.message, sizeof lastFailure.message, "%s", refusal.text);
+  return refusal.status;
+}
+
+nu_status Keep(nu_status status, const CNuException& failure) {
+  lastFailure.error = {status,           failure.GetCause(), failure.m_nLower,
+                       failure.m_nUpper, failure.m_dLower,   failure.m_dUpper};
+  char range[32] = "";
+  AddRange(failure, status, range, sizeof range);
+  std::snprintf(lastFailure.message, sizeof lastFailure.message, "%s: %s%s", failure.m_szWhere, NuCauseText(failure),
+                range);
+  return status;
 }
 
 struct Tolerance {
@@ -52,21 +76,28 @@ const Tolerance& ToleranceOf(std::int32_t tolerance) {
 
 namespace nu::internal::c {
 
-nu_status Failed(const Refusal& refusal) noexcept {
-  lastFailure = {};
-  lastFailure.error.status = refusal.status;
-  std::snprintf(lastFailure.message, sizeof lastFailure.message, "%s", refusal.text);
-  return refusal.status;
+nu_status StatusOfFailure() noexcept {
+  try {
+    throw;
+  } catch (const Refusal& refusal) {
+    return Keep(refusal);
+  } catch (const CNuConstructionException& failure) {
+    return Keep(NU_STATUS_CONSTRUCTION, failure);
+  } catch (const CNuOperationException& failure) {
+    return Keep(NU_STATUS_OPERATION, failure);
+  } catch (const CNuBestfitException& failure) {
+    return Keep(NU_STATUS_FIT, failure);
+  } catch (const CNuException& failure) {
+    return Keep(NU_STATUS_MEMORY, failure);
+  } catch (const std::bad_alloc&) {
+    return Keep({NU_STATUS_MEMORY, "there is not enough memory"});
+  } catch (...) {
+    return Keep({NU_STATUS_UNEXPECTED, "unexpected exception"});
+  }
 }
 
-nu_status Failed(nu_status status, const CNuException& failure) noexcept {
-  lastFailure.error = {status,           failure.GetCause(), failure.m_nLower,
-                       failure.m_nUpper, failure.m_dLower,   failure.m_dUpper};
-  char range[32] = "";
-  AddRange(failure, status, range, sizeof range);
-  std::snprintf(lastFailure.message, sizeof lastFailure.message, "%s: %s%s", failure.m_szWhere, NuCauseText(failure),
-                range);
-  return status;
+void Refuse(nu_status status, const char* text) {
+  throw Refusal{status, text};
 }
 
 }  // namespace nu::internal::c

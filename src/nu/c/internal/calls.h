@@ -3,51 +3,31 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <exception>
-#include <new>
 
 #include "nu/c/nu.h"
-#include "nu/foundation/exceptions.h"
 #include "nu/foundation/internal/outputs.h"
 
 // The way of every call from C into the classes: its arguments are checked, and what is thrown becomes a status with
 // the message of the thread.
 namespace nu::internal::c {
 
-// What the layer itself refuses; the text lives as long as the program.
-struct Refusal {
-  nu_status status;
-  const char* text;
-};
-
-// They keep the failure for nu_error_get and allocate nothing.
-nu_status Failed(const Refusal& refusal) noexcept;
-nu_status Failed(nu_status status, const CNuException& failure) noexcept;
+// The status of the exception that is being handled, which it keeps for nu_error_get. Allocates nothing.
+nu_status StatusOfFailure() noexcept;
 
 template<class Call>
 nu_status Guarded(const Call& call) noexcept {
   try {
     call();
     return NU_STATUS_OK;
-  } catch (const Refusal& refusal) {
-    return Failed(refusal);
-  } catch (const CNuConstructionException& failure) {
-    return Failed(NU_STATUS_CONSTRUCTION, failure);
-  } catch (const CNuOperationException& failure) {
-    return Failed(NU_STATUS_OPERATION, failure);
-  } catch (const CNuBestfitException& failure) {
-    return Failed(NU_STATUS_FIT, failure);
-  } catch (const CNuException& failure) {
-    return Failed(NU_STATUS_MEMORY, failure);
-  } catch (const std::bad_alloc&) {
-    return Failed({NU_STATUS_MEMORY, "there is not enough memory"});
   } catch (...) {
-    return Failed({NU_STATUS_UNEXPECTED, "unexpected exception"});
+    return StatusOfFailure();
   }
 }
 
+// What the layer itself refuses; the text lives as long as the program.
+[[noreturn]] void Refuse(nu_status status, const char* text);
 [[noreturn]] inline void RefuseArgument(const char* text) {
-  throw Refusal{NU_STATUS_ARGUMENT, text};
+  Refuse(NU_STATUS_ARGUMENT, text);
 }
 inline void Require(bool isGiven, const char* text) {
   if (!isGiven) RefuseArgument(text);
@@ -70,7 +50,7 @@ inline bool IsWanted(const void* array, std::int32_t capacity, std::int32_t size
   Require(array != nullptr || capacity == 0, "the array is null");
   if (count != nullptr) *count = size;
   if (array == nullptr) return false;
-  if (capacity < size) throw Refusal{NU_STATUS_CAPACITY, "the array is too short"};
+  if (capacity < size) Refuse(NU_STATUS_CAPACITY, "the array is too short");
   return true;
 }
 template<class T, class Element>
