@@ -33,10 +33,12 @@ expect(1 "carrier +OUT OF TOLERANCE +pilot coaxiality 0\\.0229.*turned +OUT OF T
   ${carrier} parts/carrier.csv parts/turned.csv --csv results.csv --svg batch)
 expect(2 "wrong +failed.*wrong: .*no group is called 'B'. the file has 'A'" ${carrier} parts/carrier.csv parts/wrong.csv)
 expect(2 "missing +failed +parts/missing.csv: cannot be opened.*carrier +OUT OF" ${carrier} parts/missing.csv parts/carrier.csv)
-file(STRINGS ${own}/results.csv rows REGEX "^\"turned\",\"thickness\",\"face\",\"distance\",\"A\",\"mm\",18,17.98,18.02,18.009")
-list(LENGTH rows count)
-if(NOT EMULATOR AND NOT count EQUAL 1)
-  message(SEND_ERROR "results.csv does not hold the thickness of the turned part")
+if(NOT EMULATOR)
+  file(STRINGS ${own}/results.csv rows REGEX "^\"turned\",\"thickness\",\"face\",\"distance\",\"A\",\"mm\",18,17.98,18.02,18.009")
+  list(LENGTH rows count)
+  if(NOT count EQUAL 1)
+    message(SEND_ERROR "results.csv does not hold the thickness of the turned part")
+  endif()
 endif()
 
 # A directory in which a part lies, and one that lands there while it is watched.
