@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <vector>
 
 #include "nu/nu.h"
@@ -64,6 +65,69 @@ TEST(AssociationPart, LeadsToTheFitOfTheWhole) {
   EXPECT_TRUE(isWithin);
   EXPECT_NEAR(2.0 * half, zone, 1e-12);
   EXPECT_NEAR(bore.GetRadius(), whole.GetRadius(), 1e-12);
+}
+
+// Parts with weights and fixed parameters, at the feature that is given, lead to the fit of their association.
+template<class Feature>
+void ExpectSame(const CNuPointArray& points, const std::function<void(CNuAssociation*)>& fix, Feature feature) {
+  const int n = points.GetSize();
+  CNuDoubleArray weights(n);
+  for (int i = 0; i < n; ++i) weights.Add(i % 3);
+  CNuAssociation all(points);
+  all.SetWeights(weights);
+  all.SetTolerance(0.0);
+  fix(&all);
+  Feature whole = feature;
+  const CNuAssociationReport report = all.Fit(NuLeastSquares, &whole);
+  report.Require();
+  CNuAssociationPart joined;
+  double step = 1.0;
+  for (int round = 0; round < 12 && step > 1e-12; ++round) {
+    joined = CNuAssociationPart();
+    for (int k = 0; k < kParts; ++k) {
+      CNuPointArray some(n);
+      CNuDoubleArray theirs(n);
+      for (int i = n * k / kParts; i < n * (k + 1) / kParts; ++i) some.Add(points[i]), theirs.Add(weights[i]);
+      CNuAssociation part(some);
+      part.SetWeights(theirs);
+      fix(&part);
+      joined.Join(CNuAssociationPart(part, feature, kMiddle));
+    }
+    step = joined.Step(&feature);
+  }
+  EXPECT_LE(step, 1e-12);
+  EXPECT_NEAR(joined.GetSumSquares(), report.GetSumSquares(), 1e-11 * report.GetSumSquares());
+  EXPECT_NEAR(joined.GetRootMeanSquare(), report.GetRootMeanSquare(), 1e-9 * report.GetRootMeanSquare());
+}
+
+TEST(AssociationPart, KeepsWeightsAndFixedParameters) {
+  Random random(42);
+  const CNuPointArray tube = CylinderCloud(random, 900, 5.0, 8.0, 330.0, 0.01);
+  const CNuCylSurf bore(5.0);
+  ExpectSame(
+      tube, [](CNuAssociation*) {}, bore);
+  ExpectSame(
+      tube, [](CNuAssociation* a) { a->FixRadius(5.02); }, bore);
+  ExpectSame(
+      tube, [](CNuAssociation* a) { a->FixDirection(CNuVector(0.01, 0.0, 1.0)); }, bore);
+  ExpectSame(
+      tube, [](CNuAssociation* a) { a->FixPoint(CNuPoint(0.01, 0.0, 9.0)); }, bore);
+  const CNuPointArray funnel = ConeCloud(random, 900, 20.0, 4.0, 8.0, 300.0, 0.01);
+  CNuConSurf cone(20.0);
+  ASSERT_TRUE(CNuAssociation(funnel).Fit(NuLeastSquares, &cone).HasConverged());
+  const CNuPoint apex = cone.GetApex();
+  ExpectSame(
+      funnel, [](CNuAssociation* a) { a->FixSemiAngle(20.1); }, cone);
+  ExpectSame(
+      funnel, [&](CNuAssociation* a) { a->FixPoint(CNuPoint(apex.x() + 0.01, apex.y(), apex.z())); }, cone);
+  const CNuPointArray face = PlaneCloud(random, 900, 10.0, 6.0, 0.01);
+  ExpectSame(
+      face, [](CNuAssociation* a) { a->FixPoint(CNuPoint(1.0, 2.0, 0.02)); }, CNuPlane());
+
+  CNuAssociation refused(face);
+  refused.FixRadius(1.0);
+  EXPECT_EQ(FailureOf([&] { CNuAssociationPart(refused, CNuPlane(), kMiddle); }),
+            "operation 45 association|CNuAssociationPart [0,0]");
 }
 
 TEST(AssociationPart, RefusesWhatDoesNotFit) {

@@ -183,6 +183,7 @@ class NU_EXPORT CNuAssociation {
   CNuSampledFit MonteCarlo(const CNuAssociationReport& report, double sigma, int samples, unsigned seed) const;
 
  private:
+  friend class CNuAssociationPart;
   nu::internal::AssociationOptions& Options();
 
   std::shared_ptr<nu::internal::AssociationState> m_state;

@@ -4,6 +4,8 @@
 #include <cmath>
 
 #include "nu/association/internal/any_feature.h"
+#include "nu/association/internal/association_state.h"
+#include "nu/association/internal/constrained_fits.h"
 #include "nu/engine/association/covariance.h"
 #include "nu/engine/association/partial_sums.h"
 #include "nu/foundation/internal/failures.h"
@@ -25,19 +27,21 @@ Feature CentredAt(const Feature& feature, const Vec3& place) {
   return CentredOn(PointView(&place.x, sizeof(Vec3), 1), feature);
 }
 
-Sums SumsOf(PointView points, const CNuGeometry& geometry, const CNuPoint& middle) {
+Sums SumsOf(PointView points, const AssociationOptions& options, const CNuGeometry& geometry, const CNuPoint& middle) {
   const std::optional<AnyFeature> any = FeatureOfAny(geometry);
-  if (!any) FailOperation(NuOperationUnsupported, kWhat, kPart);
+  const FixedParameters& fixed = options.fixed;
+  if (!any || (fixed.Mask() & ~any->fixable) != 0 || options.side != NuEitherSide)
+    FailOperation(NuOperationUnsupported, kWhat, kPart);
+  const double* weights = WeightsOf(options);
+  if (weights != nullptr && options.weights.size() != points.Size())
+    FailOperation(NuOperationSizeMismatch, kWhat, kPart);
   if (points.Size() == 0) return nullptr;
   return WithMemory(kPart, [&] {
-    const Feature feature = CentredAt(any->feature, Components(middle));
-    return std::make_shared<const PartSums>(SumPart(points, nullptr, {feature, ~0U, 0.0}));
+    PartRequest request{CentredAt(any->feature, Components(middle))};
+    PutFixed(fixed, &request.feature);
+    request.free = ~FixedUnknowns(fixed, request.feature.kind);
+    return std::make_shared<const PartSums>(SumPart(points, weights, request));
   });
-}
-
-PointView BlockView(const double* xyz, int count, int stride) {
-  if (count < 0 || (xyz == nullptr && count > 0) || stride < 3) FailOperation(NuOperationDomain, kWhat, kPart);
-  return {xyz, static_cast<std::size_t>(stride) * sizeof(double), static_cast<std::size_t>(count)};
 }
 
 bool IsSame(const Vec3& a, const Vec3& b) {
@@ -55,10 +59,13 @@ bool IsSame(const PartRequest& a, const PartRequest& b) {
 
 CNuAssociationPart::CNuAssociationPart() = default;
 CNuAssociationPart::CNuAssociationPart(const CNuPointArray& points, const CNuGeometry& feature, const CNuPoint& middle)
-    : m_sums(SumsOf(ViewOf(points), feature, middle)) {}
+    : m_sums(SumsOf(ViewOf(points), {}, feature, middle)) {}
 CNuAssociationPart::CNuAssociationPart(const double* xyz, int count, int stride, const CNuGeometry& feature,
                                        const CNuPoint& middle)
-    : m_sums(SumsOf(BlockView(xyz, count, stride), feature, middle)) {}
+    : m_sums(SumsOf(BlockView(xyz, count, stride, kPart), {}, feature, middle)) {}
+CNuAssociationPart::CNuAssociationPart(const CNuAssociation& association, const CNuGeometry& feature,
+                                       const CNuPoint& middle)
+    : m_sums(SumsOf(association.m_state->points, association.m_state->options, feature, middle)) {}
 CNuAssociationPart::CNuAssociationPart(Sums sums) : m_sums(std::move(sums)) {}
 CNuAssociationPart::CNuAssociationPart(const CNuAssociationPart&) = default;
 CNuAssociationPart& CNuAssociationPart::operator=(const CNuAssociationPart&) = default;
@@ -70,6 +77,10 @@ std::size_t CNuAssociationPart::GetNumberPoints() const {
 
 double CNuAssociationPart::GetSumSquares() const {
   return m_sums ? m_sums->sumSquares : 0.0;
+}
+
+double CNuAssociationPart::GetRootMeanSquare() const {
+  return m_sums ? std::sqrt(m_sums->unweightedSquares / static_cast<double>(m_sums->points)) : 0.0;
 }
 
 double CNuAssociationPart::GetLargestDeviation() const {
@@ -152,7 +163,9 @@ double CNuAssociationCandidates::Fit(ENuCriterion criterion, CNuGeometry* featur
   const FitCriterion by = criterion == NuMinimumZone            ? FitCriterion::zone
                           : criterion == NuMinimumCircumscribed ? FitCriterion::circumscribed
                                                                 : FitCriterion::inscribed;
-  const FittedFeature found = WithMemory(kFit, [&] { return m_candidates->Fit(by, {any->feature, ~0U, 0.0}); });
+  const FittedFeature found = WithMemory(kFit, [&] {
+    return m_candidates->Fit(by, {any->feature, m_candidates->Free(), 0.0});
+  });
   if (found.end != FitEnd::converged) FailOperation(NuOperationFailed, kWhat, kFit);
   StoreAny(found.feature, feature);
   return found.objective;

@@ -25,7 +25,7 @@ class PartCandidates;
 //   }
 //
 // The optimum is that of the whole to rounding; some five rounds are usual. Parts travel as bytes, which are the same
-// on every machine. All features of associations can be fitted by least squares, free and without weights.
+// on every machine. All features of associations can be fitted by least squares.
 class NU_EXPORT CNuAssociationPart {
  public:
   // Of no points, to join others to.
@@ -35,14 +35,23 @@ class NU_EXPORT CNuAssociationPart {
   //   45  no such feature     1  count, xyz or stride as for CNuAssociation
   CNuAssociationPart(const CNuPointArray& points, const CNuGeometry& feature, const CNuPoint& middle);
   CNuAssociationPart(const double* xyz, int count, int stride, const CNuGeometry& feature, const CNuPoint& middle);
+  // Reduces the points of an association with their weights, at the feature with the fixed parameters of the
+  // association put into it; they keep their values in all steps. These must be the same in all parts, and the feature
+  // near to a feature that has them. Other options do not count. Fails with CNuOperationException ("association",
+  // "CNuAssociationPart"):
+  //   45  no such feature, or one without a parameter that is fixed; a side of material
+  //   5  the number of weights is not that of the points
+  CNuAssociationPart(const CNuAssociation& association, const CNuGeometry& feature, const CNuPoint& middle);
   CNuAssociationPart(const CNuAssociationPart&);
   CNuAssociationPart& operator=(const CNuAssociationPart&);
   ~CNuAssociationPart();
 
   // Of all points joined so far.
   std::size_t GetNumberPoints() const;
-  // The sum of squared deviations from the feature, the largest deviation and the smallest; 0 for no points.
+  // The sum of squared deviations from the feature, each times its weight; the root of their mean without the weights;
+  // the largest deviation and the smallest. All are 0 for no points.
   double GetSumSquares() const;
+  double GetRootMeanSquare() const;
   double GetLargestDeviation() const;
   double GetSmallestDeviation() const;
 
@@ -82,7 +91,8 @@ class NU_EXPORT CNuAssociationCandidates {
   CNuAssociationCandidates& operator=(const CNuAssociationCandidates&);
   ~CNuAssociationCandidates();
 
-  // Adds the points of a part, all joined ones, that may hold the feature.
+  // Adds the points of a part, all joined ones, that may hold the feature. Weights do not count, and the parameters
+  // that are fixed in the part are those that Fit keeps.
   void Add(const CNuAssociationPart& joined);
 
   // The optimum of the candidates next to the feature, which it replaces; returns half of its zone, or its radius.

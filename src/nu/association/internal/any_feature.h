@@ -10,7 +10,8 @@ namespace nu::internal {
 
 struct AnyFeature {
   Feature feature;
-  unsigned criteria = 0;  // as in FeatureRules
+  unsigned criteria = 0;  // these two as in FeatureRules
+  unsigned fixable = 0;
 };
 
 // Nothing for a geometry that is fitted by no association.

@@ -70,13 +70,10 @@ void PutDirection(const Vec3& direction, Feature* feature) {
 }
 
 // The direction of a line or plane through a point far from where it was follows from the points.
-void PutPoint(const FixedParameters& fixed, PointView points, Feature* feature) {
-  const Vec3& place = *fixed.point;
-  feature->frame.origin = place;
-  if (feature->kind == FeatureKind::cone) feature->size[0] = 0.0;
+void DirectThroughPoint(PointView points, Feature* feature) {
   const bool isLine = feature->kind == FeatureKind::line || feature->kind == FeatureKind::lineInPlane;
-  if (fixed.direction || !(isLine || feature->kind == FeatureKind::plane)) return;
-  const Vec3 direction = DirectionAbout(place, points, isLine ? Extent::largest : Extent::smallest);
+  if (!isLine && feature->kind != FeatureKind::plane) return;
+  const Vec3 direction = DirectionAbout(feature->frame.origin, points, isLine ? Extent::largest : Extent::smallest);
   if (IsFinite(direction) && !IsNull(direction, NuGetZero())) PutDirection(Unit(direction), feature);
 }
 
@@ -89,11 +86,8 @@ bool StaysInPlane(const FixedParameters& fixed, PointView points) {
 Feature WithFixed(const Feature& given, const FixedParameters& fixed, PointView points) {
   if (fixed.Mask() == 0) return given;
   Feature feature = CentredOn(points, given);
-  if (fixed.direction) PutDirection(*fixed.direction, &feature);
-  if (fixed.point) PutPoint(fixed, points, &feature);
-  if (fixed.majorRadius) feature.size[0] = *fixed.majorRadius;
-  if (fixed.radius) feature.size[feature.kind == FeatureKind::torus ? 1 : 0] = *fixed.radius;
-  if (fixed.semiAngle) feature.size[1] = *fixed.semiAngle;
+  PutFixed(fixed, &feature);
+  if (fixed.point && !fixed.direction) DirectThroughPoint(points, &feature);
   if (!fixed.radius && IsRound(feature.kind)) feature.size[0] += MeanDeviation(feature, points);
   return feature;
 }
@@ -116,6 +110,15 @@ Feature BesideMean(Feature feature, const FitProblem& problem) {
 }
 
 }  // namespace
+
+void PutFixed(const FixedParameters& fixed, Feature* feature) {
+  if (fixed.direction) PutDirection(*fixed.direction, feature);
+  if (fixed.point) feature->frame.origin = *fixed.point;
+  if (fixed.point && feature->kind == FeatureKind::cone) feature->size[0] = 0.0;
+  if (fixed.majorRadius) feature->size[0] = *fixed.majorRadius;
+  if (fixed.radius) feature->size[feature->kind == FeatureKind::torus ? 1 : 0] = *fixed.radius;
+  if (fixed.semiAngle) feature->size[1] = *fixed.semiAngle;
+}
 
 UnknownMask FixedUnknowns(const FixedParameters& fixed, FeatureKind kind) {
   UnknownMask mask = 0;

@@ -7,6 +7,9 @@
 
 namespace nu::internal {
 
+// Gives the feature the fixed values: the point is the origin of its frame, and the direction its z axis.
+void PutFixed(const FixedParameters& fixed, Feature* feature);
+
 // The unknowns that the fixed parameters take from a feature of this kind.
 UnknownMask FixedUnknowns(const FixedParameters& fixed, FeatureKind kind);
 
