@@ -77,6 +77,7 @@ class CNuAssociationPart;
 class CNuAssociationReport;
 class CNuCertificate;
 class CNuCertificateVerdict;
+class CNuSampledFit;
 
 namespace nu::internal {
 struct FeatureAccess;  // stores features as their own fits do
