@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <vector>
 
 #include "nu/nu.h"
 #include "support/clouds.h"
 #include "support/failures.h"
+#include "support/fitted.h"
 
 namespace {
 
@@ -67,67 +67,77 @@ TEST(AssociationPart, LeadsToTheFitOfTheWhole) {
   EXPECT_NEAR(bore.GetRadius(), whole.GetRadius(), 1e-12);
 }
 
-// Parts with weights and fixed parameters, at the feature that is given, lead to the fit of their association.
-template<class Feature>
-void ExpectSame(const CNuPointArray& points, const std::function<void(CNuAssociation*)>& fix, Feature feature) {
-  const int n = points.GetSize();
-  CNuDoubleArray weights(n);
-  for (int i = 0; i < n; ++i) weights.Add(i % 3);
-  CNuAssociation all(points);
-  all.SetWeights(weights);
-  all.SetTolerance(0.0);
-  fix(&all);
-  Feature whole = feature;
-  const CNuAssociationReport report = all.Fit(NuLeastSquares, &whole);
+// The parts of an association have its weights and its fixed parameters: the optimum is that of the whole.
+template<class F>
+void ExpectWholeWithOptions(CNuAssociation& whole, CNuAssociation (&parts)[2], F feature, const char* what) {
+  SCOPED_TRACE(what);
+  for (CNuAssociation* association : {&whole, &parts[0], &parts[1]}) {
+    CNuDoubleArray weights(association->GetNumberPoints());
+    for (int i = 0; i < association->GetNumberPoints(); ++i) weights.Add(i % 3 + 0.5);
+    association->SetWeights(weights);
+  }
+  F optimum = feature;
+  const CNuAssociationReport report = whole.Fit(NuLeastSquares, &optimum);
   report.Require();
-  CNuAssociationPart joined;
+  CNuAssociationPart all;
   double step = 1.0;
-  for (int round = 0; round < 12 && step > 1e-12; ++round) {
-    joined = CNuAssociationPart();
-    for (int k = 0; k < kParts; ++k) {
-      CNuPointArray some(n);
-      CNuDoubleArray theirs(n);
-      for (int i = n * k / kParts; i < n * (k + 1) / kParts; ++i) some.Add(points[i]), theirs.Add(weights[i]);
-      CNuAssociation part(some);
-      part.SetWeights(theirs);
-      fix(&part);
-      joined.Join(CNuAssociationPart(part, feature, kMiddle));
-    }
-    step = joined.Step(&feature);
+  for (int round = 0; round < 20 && step > 1e-12; ++round) {
+    all = CNuAssociationPart(parts[0], feature, kMiddle);
+    all.Join(CNuAssociationPart(parts[1], feature, kMiddle));
+    step = all.Step(&feature);
   }
   EXPECT_LE(step, 1e-12);
-  EXPECT_NEAR(joined.GetSumSquares(), report.GetSumSquares(), 1e-11 * report.GetSumSquares());
-  EXPECT_NEAR(joined.GetRootMeanSquare(), report.GetRootMeanSquare(), 1e-9 * report.GetRootMeanSquare());
+  EXPECT_NEAR(all.GetSumSquares(), report.GetSumSquares(), 1e-11);
+  Shape a, b;
+  Read(optimum, a);
+  Read(feature, b);
+  for (std::size_t k = 3; k < a.Lengths().size(); ++k) EXPECT_NEAR(a.Lengths()[k], b.Lengths()[k], 1e-9);
+  for (std::size_t k = 0; k < a.Ratios().size(); ++k) EXPECT_NEAR(a.Ratios()[k], b.Ratios()[k], 1e-9);
 }
 
-TEST(AssociationPart, KeepsWeightsAndFixedParameters) {
-  Random random(42);
-  const CNuPointArray tube = CylinderCloud(random, 900, 5.0, 8.0, 330.0, 0.01);
-  const CNuCylSurf bore(5.0);
-  ExpectSame(
-      tube, [](CNuAssociation*) {}, bore);
-  ExpectSame(
-      tube, [](CNuAssociation* a) { a->FixRadius(5.02); }, bore);
-  ExpectSame(
-      tube, [](CNuAssociation* a) { a->FixDirection(CNuVector(0.01, 0.0, 1.0)); }, bore);
-  ExpectSame(
-      tube, [](CNuAssociation* a) { a->FixPoint(CNuPoint(0.01, 0.0, 9.0)); }, bore);
-  const CNuPointArray funnel = ConeCloud(random, 900, 20.0, 4.0, 8.0, 300.0, 0.01);
-  CNuConSurf cone(20.0);
-  ASSERT_TRUE(CNuAssociation(funnel).Fit(NuLeastSquares, &cone).HasConverged());
-  const CNuPoint apex = cone.GetApex();
-  ExpectSame(
-      funnel, [](CNuAssociation* a) { a->FixSemiAngle(20.1); }, cone);
-  ExpectSame(
-      funnel, [&](CNuAssociation* a) { a->FixPoint(CNuPoint(apex.x() + 0.01, apex.y(), apex.z())); }, cone);
-  const CNuPointArray face = PlaneCloud(random, 900, 10.0, 6.0, 0.01);
-  ExpectSame(
-      face, [](CNuAssociation* a) { a->FixPoint(CNuPoint(1.0, 2.0, 0.02)); }, CNuPlane());
+TEST(AssociationPart, TakesWeightsAndFixedParameters) {
+  Random random(44);
+  const auto expect = [](const CNuPointArray& points, auto feature, const auto& fix, const char* what) {
+    CNuAssociation whole(points);
+    const CNuPointArray first = points.SubArray(0, 299), second = points.SubArray(300, points.GetSize() - 1);
+    CNuAssociation parts[] = {CNuAssociation(first), CNuAssociation(second)};
+    for (CNuAssociation* association : {&whole, &parts[0], &parts[1]}) fix(*association);
+    ExpectWholeWithOptions(whole, parts, feature, what);
+  };
+  const CNuVector up(0.001, 0.0, 1.0);
+  expect(
+      CylinderCloud(random, 600, 5.0, 8.0, 330.0, 0.01), CNuCylSurf(5.1),
+      [&](CNuAssociation& a) { a.FixDirection(up), a.FixRadius(5.002); }, "cylinder");
+  expect(
+      ConeCloud(random, 600, 20.0, 4.0, 8.0, 300.0, 0.01), CNuConSurf(20.3),
+      [](CNuAssociation& a) { a.FixSemiAngle(20.1); }, "cone");
+  expect(
+      TorusCloud(random, 600, 4.0, 1.0, 240.0, 360.0, 0.01), CNuTorSurf(4.1, 1.1),
+      [](CNuAssociation& a) { a.FixMajorRadius(4.01); }, "torus");
+  expect(
+      PlaneCloud(random, 600, 20.0, 8.0, 0.01), CNuPlane(),
+      [](CNuAssociation& a) {
+        a.FixPoint({1.0, 2.0, 0.01});
+      },
+      "plane");
+}
 
-  CNuAssociation refused(face);
-  refused.FixRadius(1.0);
-  EXPECT_EQ(FailureOf([&] { CNuAssociationPart(refused, CNuPlane(), kMiddle); }),
-            "operation 45 association|CNuAssociationPart [0,0]");
+// The zone of a torus in parts is the tube of the whole.
+TEST(AssociationPart, FindsTheTubeOfTheWhole) {
+  Random random(45);
+  const CNuPointArray points = TorusCloud(random, 800, 4.0, 1.0, 240.0, 360.0, 0.01);
+  CNuTorSurf whole(2.0, 1.0), ring(4.05, 1.0);
+  whole.FitMin(points, 0.0, 1000);
+  CNuAssociationCandidates candidates;
+  double half = 0.0;
+  for (int round = 0; round < 20; ++round) {
+    const CNuAssociationPart joined = Joined(points, ring);
+    if (round > 0 && joined.GetLargestDeviation() <= 1e-13) break;
+    candidates.Add(joined);
+    half = candidates.Fit(NuMinimumZone, &ring);
+  }
+  EXPECT_NEAR(half, whole.GetMinorRadius(), 1e-12);
+  EXPECT_EQ(ring.GetMinorRadius(), half);
 }
 
 TEST(AssociationPart, RefusesWhatDoesNotFit) {
@@ -139,6 +149,10 @@ TEST(AssociationPart, RefusesWhatDoesNotFit) {
   EXPECT_EQ(FailureOf([&] { part.Join(CNuAssociationPart(points, CNuCylSurf(4.0), kMiddle)); }),
             "operation 41 association|CNuAssociationPart::Join [0,0]");
   EXPECT_EQ(part.GetNumberPoints(), 50U);
+  CNuAssociation inside(points);
+  inside.RestrictToMaterialSide(NuInside);
+  EXPECT_EQ(FailureOf([&] { CNuAssociationPart(inside, bore, kMiddle); }),
+            "operation 45 association|CNuAssociationPart [0,0]");
   EXPECT_EQ(FailureOf([&] { part.Step(&ball); }), "operation 45 association|CNuAssociationPart::Step [0,0]");
   EXPECT_EQ(FailureOf([&] { CNuAssociationPart().Step(&bore); }),
             "operation 45 association|CNuAssociationPart::Step [0,0]");

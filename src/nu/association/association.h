@@ -184,6 +184,7 @@ class NU_EXPORT CNuAssociation {
 
  private:
   friend class CNuAssociationPart;
+
   nu::internal::AssociationOptions& Options();
 
   std::shared_ptr<nu::internal::AssociationState> m_state;

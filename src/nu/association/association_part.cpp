@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "nu/association/association.h"
 #include "nu/association/internal/any_feature.h"
 #include "nu/association/internal/association_state.h"
 #include "nu/association/internal/constrained_fits.h"
@@ -30,18 +31,28 @@ Feature CentredAt(const Feature& feature, const Vec3& place) {
 Sums SumsOf(PointView points, const AssociationOptions& options, const CNuGeometry& geometry, const CNuPoint& middle) {
   const std::optional<AnyFeature> any = FeatureOfAny(geometry);
   const FixedParameters& fixed = options.fixed;
-  if (!any || (fixed.Mask() & ~any->fixable) != 0 || options.side != NuEitherSide)
+  if (!any || (fixed.Mask() & ~any->rules.fixable) != 0 || options.side != NuEitherSide)
     FailOperation(NuOperationUnsupported, kWhat, kPart);
-  const double* weights = WeightsOf(options);
-  if (weights != nullptr && options.weights.size() != points.Size())
-    FailOperation(NuOperationSizeMismatch, kWhat, kPart);
   if (points.Size() == 0) return nullptr;
   return WithMemory(kPart, [&] {
-    PartRequest request{CentredAt(any->feature, Components(middle))};
-    PutFixed(fixed, &request.feature);
-    request.free = ~FixedUnknowns(fixed, request.feature.kind);
-    return std::make_shared<const PartSums>(SumPart(points, weights, request));
+    const Feature placed = AtFixed(any->feature, fixed);
+    const Feature feature = fixed.point ? placed : CentredAt(placed, Components(middle));
+    const PartRequest request{feature, ~FixedUnknowns(fixed, feature.kind), 0.0};
+    return std::make_shared<const PartSums>(SumPart(points, WeightsOf(options), request));
   });
+}
+
+// What the parts have fixed, of a feature of the same kind.
+Feature HeldAs(const PartRequest& request, Feature feature) {
+  constexpr UnknownMask shifts = 1U << kShiftX | 1U << kShiftY | 1U << kShiftZ;
+  constexpr UnknownMask tilts = 1U << kTiltX | 1U << kTiltY;
+  const UnknownMask fixed = ~request.free;
+  if ((fixed & tilts) != 0)
+    feature.frame = {feature.frame.origin, request.feature.frame.x, request.feature.frame.y, request.feature.frame.z};
+  if ((fixed & shifts) != 0) feature.frame.origin = request.feature.frame.origin;
+  for (const int k : {0, 1})
+    if ((fixed >> (kSize0 + k) & 1U) != 0) feature.size[k] = request.feature.size[k];
+  return feature;
 }
 
 bool IsSame(const Vec3& a, const Vec3& b) {
@@ -77,10 +88,6 @@ std::size_t CNuAssociationPart::GetNumberPoints() const {
 
 double CNuAssociationPart::GetSumSquares() const {
   return m_sums ? m_sums->sumSquares : 0.0;
-}
-
-double CNuAssociationPart::GetRootMeanSquare() const {
-  return m_sums ? std::sqrt(m_sums->unweightedSquares / static_cast<double>(m_sums->points)) : 0.0;
 }
 
 double CNuAssociationPart::GetLargestDeviation() const {
@@ -156,17 +163,21 @@ void CNuAssociationCandidates::Add(const CNuAssociationPart& joined) {
 
 double CNuAssociationCandidates::Fit(ENuCriterion criterion, CNuGeometry* feature) const {
   const std::optional<AnyFeature> any = feature != nullptr ? FeatureOfAny(*feature) : std::nullopt;
-  const bool isMinimax = criterion > NuLeastSquares && criterion <= NuMaximumInscribed;
-  if (!any || !isMinimax || (any->criteria & Has(criterion)) == 0 || any->feature.kind == FeatureKind::torus)
+  if (!any || criterion == NuLeastSquares || (any->rules.criteria & Has(criterion)) == 0)
     FailOperation(NuOperationUnsupported, kWhat, kFit);
   if (!m_candidates) FailOperation(NuOperationFailed, kWhat, kFit);
-  const FitCriterion by = criterion == NuMinimumZone            ? FitCriterion::zone
-                          : criterion == NuMinimumCircumscribed ? FitCriterion::circumscribed
-                                                                : FitCriterion::inscribed;
-  const FittedFeature found = WithMemory(kFit, [&] {
-    return m_candidates->Fit(by, {any->feature, m_candidates->Free(), 0.0});
+  const PartRequest& parts = m_candidates->Request();
+  const UnknownMask fixed = ~parts.free;
+  const bool isTorus = any->feature.kind == FeatureKind::torus;
+  const bool isOther = fixed != 0 && parts.feature.kind != any->feature.kind;
+  if (isOther || (isTorus && (fixed >> kSize1 & 1U) != 0)) FailOperation(NuOperationUnsupported, kWhat, kFit);
+  Feature start = HeldAs(parts, any->feature);
+  if (isTorus) start.kind = FeatureKind::circleInSpace;
+  FittedFeature found = WithMemory(kFit, [&] {
+    return m_candidates->Fit(ToEngine(criterion), {start, parts.free, 0.0});
   });
   if (found.end != FitEnd::converged) FailOperation(NuOperationFailed, kWhat, kFit);
+  if (isTorus) found.feature = AsTube(found.feature, found.objective);
   StoreAny(found.feature, feature);
   return found.objective;
 }

@@ -25,7 +25,8 @@ class PartCandidates;
 //   }
 //
 // The optimum is that of the whole to rounding; some five rounds are usual. Parts travel as bytes, which are the same
-// on every machine. All features of associations can be fitted by least squares.
+// on every machine. All features of associations can be fitted by least squares, with weights and fixed parameters when
+// each part is made of an association that has them.
 class NU_EXPORT CNuAssociationPart {
  public:
   // Of no points, to join others to.
@@ -35,12 +36,9 @@ class NU_EXPORT CNuAssociationPart {
   //   45  no such feature     1  count, xyz or stride as for CNuAssociation
   CNuAssociationPart(const CNuPointArray& points, const CNuGeometry& feature, const CNuPoint& middle);
   CNuAssociationPart(const double* xyz, int count, int stride, const CNuGeometry& feature, const CNuPoint& middle);
-  // Reduces the points of an association with their weights, at the feature with the fixed parameters of the
-  // association put into it; they keep their values in all steps. These must be the same in all parts, and the feature
-  // near to a feature that has them. Other options do not count. Fails with CNuOperationException ("association",
-  // "CNuAssociationPart"):
-  //   45  no such feature, or one without a parameter that is fixed; a side of material
-  //   5  the number of weights is not that of the points
+  // Reduces the points of an association, with its weights and its fixed parameters, which must be the same in all
+  // parts: the feature is moved to them first. Its other options do not matter. Fails as above, and with
+  //   45  a parameter is fixed that the feature does not have, or the association has a side of material
   CNuAssociationPart(const CNuAssociation& association, const CNuGeometry& feature, const CNuPoint& middle);
   CNuAssociationPart(const CNuAssociationPart&);
   CNuAssociationPart& operator=(const CNuAssociationPart&);
@@ -48,10 +46,9 @@ class NU_EXPORT CNuAssociationPart {
 
   // Of all points joined so far.
   std::size_t GetNumberPoints() const;
-  // The sum of squared deviations from the feature, each times its weight; the root of their mean without the weights;
-  // the largest deviation and the smallest. All are 0 for no points.
+  // The sum of squared deviations from the feature, times the weights; the largest deviation and the smallest, which do
+  // not count weights. 0 for no points.
   double GetSumSquares() const;
-  double GetRootMeanSquare() const;
   double GetLargestDeviation() const;
   double GetSmallestDeviation() const;
 
@@ -82,7 +79,8 @@ class NU_EXPORT CNuAssociationPart {
 // The points of a cloud in parts that may hold its minimum-zone, circumscribed or inscribed feature. Rounds are those
 // above: parts are reduced and joined, the joined part is added, and the fit of the candidates is the next feature. It
 // is the optimum of the whole when no part has a deviation beyond its boundary: of a zone, none above the half of it
-// that Fit returns; of the others, none on the wrong side of the feature.
+// that Fit returns; of the others, none on the wrong side of the feature. The zone of a torus is its tube, as for
+// CNuTorSurf::FitMin: no part has a deviation above 0.
 class NU_EXPORT CNuAssociationCandidates {
  public:
   // Of no points.
@@ -91,13 +89,14 @@ class NU_EXPORT CNuAssociationCandidates {
   CNuAssociationCandidates& operator=(const CNuAssociationCandidates&);
   ~CNuAssociationCandidates();
 
-  // Adds the points of a part, all joined ones, that may hold the feature. Weights do not count, and the parameters
-  // that are fixed in the part are those that Fit keeps.
+  // Adds the points of a part, all joined ones, that may hold the feature. Its fixed parameters are those of the next
+  // fit; its weights do not count.
   void Add(const CNuAssociationPart& joined);
 
   // The optimum of the candidates next to the feature, which it replaces; returns half of its zone, or its radius.
   // Fails with CNuOperationException ("association", "CNuAssociationCandidates::Fit"), the feature unchanged:
-  //   45  no such feature, least squares, or a criterion that the feature does not have; the zone of a torus
+  //   45  no such feature, least squares, or a criterion that the feature does not have; with fixed parameters a
+  //       feature of another class than that of the parts, or the zone of a torus of a fixed minor radius
   //   46  no optimum was found, as of too few candidates
   double Fit(ENuCriterion criterion, CNuGeometry* feature) const;
 

@@ -25,7 +25,7 @@ constexpr const char* kCheck = "CNuCertificate::Check";
 Feature AskedFeature(const CNuGeometry& geometry, ENuCriterion criterion) {
   const std::optional<AnyFeature> any = FeatureOfAny(geometry);
   const bool isTube = any && any->feature.kind == FeatureKind::torus && criterion == NuMinimumCircumscribed;
-  if (!any || ((any->criteria & Has(criterion)) == 0 && !isTube)) FailUnsupported(kCheck);
+  if (!any || ((any->rules.criteria & Has(criterion)) == 0 && !isTube)) FailUnsupported(kCheck);
   return any->feature;
 }
 

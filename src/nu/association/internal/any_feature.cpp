@@ -6,7 +6,7 @@ namespace {
 template<class Class>
 bool Read(const CNuGeometry& geometry, std::optional<AnyFeature>& any) {
   const Class* found = dynamic_cast<const Class*>(&geometry);
-  if (found != nullptr) any = AnyFeature{FeatureOf(*found), kRules<Class>.criteria, kRules<Class>.fixable};
+  if (found != nullptr) any = AnyFeature{FeatureOf(*found), kRules<Class>};
   return found != nullptr;
 }
 

@@ -10,8 +10,7 @@ namespace nu::internal {
 
 struct AnyFeature {
   Feature feature;
-  unsigned criteria = 0;  // these two as in FeatureRules
-  unsigned fixable = 0;
+  FeatureRules rules;
 };
 
 // Nothing for a geometry that is fitted by no association.

@@ -70,10 +70,11 @@ void PutDirection(const Vec3& direction, Feature* feature) {
 }
 
 // The direction of a line or plane through a point far from where it was follows from the points.
-void DirectThroughPoint(PointView points, Feature* feature) {
+void TurnAboutPoint(const FixedParameters& fixed, PointView points, Feature* feature) {
+  const Vec3& place = *fixed.point;
   const bool isLine = feature->kind == FeatureKind::line || feature->kind == FeatureKind::lineInPlane;
-  if (!isLine && feature->kind != FeatureKind::plane) return;
-  const Vec3 direction = DirectionAbout(feature->frame.origin, points, isLine ? Extent::largest : Extent::smallest);
+  if (fixed.direction || !(isLine || feature->kind == FeatureKind::plane)) return;
+  const Vec3 direction = DirectionAbout(place, points, isLine ? Extent::largest : Extent::smallest);
   if (IsFinite(direction) && !IsNull(direction, NuGetZero())) PutDirection(Unit(direction), feature);
 }
 
@@ -85,9 +86,8 @@ bool StaysInPlane(const FixedParameters& fixed, PointView points) {
 
 Feature WithFixed(const Feature& given, const FixedParameters& fixed, PointView points) {
   if (fixed.Mask() == 0) return given;
-  Feature feature = CentredOn(points, given);
-  PutFixed(fixed, &feature);
-  if (fixed.point && !fixed.direction) DirectThroughPoint(points, &feature);
+  Feature feature = AtFixed(CentredOn(points, given), fixed);
+  if (fixed.point) TurnAboutPoint(fixed, points, &feature);
   if (!fixed.radius && IsRound(feature.kind)) feature.size[0] += MeanDeviation(feature, points);
   return feature;
 }
@@ -111,15 +111,6 @@ Feature BesideMean(Feature feature, const FitProblem& problem) {
 
 }  // namespace
 
-void PutFixed(const FixedParameters& fixed, Feature* feature) {
-  if (fixed.direction) PutDirection(*fixed.direction, feature);
-  if (fixed.point) feature->frame.origin = *fixed.point;
-  if (fixed.point && feature->kind == FeatureKind::cone) feature->size[0] = 0.0;
-  if (fixed.majorRadius) feature->size[0] = *fixed.majorRadius;
-  if (fixed.radius) feature->size[feature->kind == FeatureKind::torus ? 1 : 0] = *fixed.radius;
-  if (fixed.semiAngle) feature->size[1] = *fixed.semiAngle;
-}
-
 UnknownMask FixedUnknowns(const FixedParameters& fixed, FeatureKind kind) {
   UnknownMask mask = 0;
   if (fixed.direction) mask |= kind == FeatureKind::lineInPlane ? Bit(kTurn) : kTilts;
@@ -130,16 +121,30 @@ UnknownMask FixedUnknowns(const FixedParameters& fixed, FeatureKind kind) {
   return mask & UnknownsOf(kind);
 }
 
-FitProblem ProblemOf(const AssociationState& state, ENuCriterion criterion, FeatureKind kind,
-                     const StepMonitor& monitor) {
+Feature AtFixed(Feature feature, const FixedParameters& fixed) {
+  if (fixed.direction) PutDirection(*fixed.direction, &feature);
+  if (fixed.point) feature.frame.origin = *fixed.point;
+  if (fixed.point && feature.kind == FeatureKind::cone) feature.size[0] = 0.0;
+  if (fixed.majorRadius) feature.size[0] = *fixed.majorRadius;
+  if (fixed.radius) feature.size[feature.kind == FeatureKind::torus ? 1 : 0] = *fixed.radius;
+  if (fixed.semiAngle) feature.size[1] = *fixed.semiAngle;
+  return feature;
+}
+
+FitCriterion ToEngine(ENuCriterion criterion) {
   constexpr FitCriterion kCriteria[] = {FitCriterion::leastSquares, FitCriterion::zone, FitCriterion::circumscribed,
                                         FitCriterion::inscribed};
+  return kCriteria[criterion];
+}
+
+FitProblem ProblemOf(const AssociationState& state, ENuCriterion criterion, FeatureKind kind,
+                     const StepMonitor& monitor) {
   constexpr PointSide kSides[] = {PointSide::either, PointSide::positive, PointSide::negative};
   const AssociationOptions& options = state.options;
   FitProblem problem;
   problem.points = state.points;
   problem.weights = WeightsOf(options);
-  problem.criterion = kCriteria[criterion];
+  problem.criterion = ToEngine(criterion);
   problem.side = kSides[options.side];
   problem.fixed = FixedUnknowns(options.fixed, kind);
   problem.mostSteps = options.maxSteps;

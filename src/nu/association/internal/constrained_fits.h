@@ -7,11 +7,13 @@
 
 namespace nu::internal {
 
-// Gives the feature the fixed values: the point is the origin of its frame, and the direction its z axis.
-void PutFixed(const FixedParameters& fixed, Feature* feature);
+FitCriterion ToEngine(ENuCriterion criterion);
 
 // The unknowns that the fixed parameters take from a feature of this kind.
 UnknownMask FixedUnknowns(const FixedParameters& fixed, FeatureKind kind);
+
+// The feature with its fixed parameters at their values, whatever the points are.
+Feature AtFixed(Feature feature, const FixedParameters& fixed);
 
 FitProblem ProblemOf(const AssociationState& state, ENuCriterion criterion, FeatureKind kind,
                      const StepMonitor& monitor);

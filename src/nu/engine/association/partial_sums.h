@@ -32,9 +32,8 @@ struct PartSums {
 
   PartRequest request;
   std::size_t points = 0;
-  double sumSquares = 0.0;         // of the deviations, weighted
-  double unweightedSquares = 0.0;  // the same without the weights
-  double extent = 0.0;             // of the farthest point from the origin
+  double sumSquares = 0.0;  // of the deviations, weighted
+  double extent = 0.0;      // of the farthest point from the origin
   // Least squares: the triangle of the rows of derivatives, with the right-hand side in the last column, and the second
   // derivatives times the deviations, both by all unknowns and weighted. Those that are not free are 0.
   double triangle[kUnknowns + 1][kUnknowns + 1] = {};
@@ -63,15 +62,15 @@ class PartCandidates {
  public:
   // The candidates and those extremes of the joined parts that are new.
   void Add(const PartSums& joined);
+  // That of the parts that were added last.
+  const PartRequest& Request() const { return m_request; }
   // The optimum of the candidates next to the feature. It is that of all parts when none of them has an extreme beyond
   // its boundary.
   FittedFeature Fit(FitCriterion criterion, const PartRequest& request) const;
-  // That of the parts that were added last.
-  UnknownMask Free() const { return m_free; }
 
  private:
+  PartRequest m_request;
   std::vector<Vec3> m_points;
-  UnknownMask m_free = ~0U;
 };
 
 // For the way between machines: a version, the numbers with their least significant byte first, a check sum.
