@@ -55,8 +55,9 @@ struct FittedFeature {
 FittedFeature FitFrom(const FitProblem& problem, const Feature& start);
 
 // The best of the optima next to the start and to others that meet the constraints: with a fixed radius those on either
-// side of the same surface and of a patch; with a fixed direction the optimum seen along it, which is global; for a
-// torus by least squares the one found without a start. The monitor counts anew for each.
+// side of the same surface and of a patch; with all points on one side those to which the points leave room; with a
+// fixed direction the optimum seen along it, which is global; for a torus by least squares the one found without a
+// start. The monitor counts anew for each.
 FittedFeature FitNear(const FitProblem& problem, const Feature& start);
 
 }  // namespace nu::engine::association

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "nu/engine/association/constrained_fit.h"
+#include "nu/engine/association/covariance.h"
 #include "nu/engine/association/torus_least_squares.h"
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/minimax/annulus2.h"
@@ -10,6 +11,7 @@
 #include "nu/engine/points/mean.h"
 #include "nu/engine/points/point_sample.h"
 #include "nu/engine/points/principal_direction.h"
+#include "nu/foundation/constants.h"
 
 namespace nu::engine::association {
 namespace {
@@ -18,6 +20,16 @@ constexpr UnknownMask kTilts = 1U << kTiltX | 1U << kTiltY;
 constexpr UnknownMask kAcross = 1U << kShiftX | 1U << kShiftY;
 constexpr UnknownMask kRadius = 1U << kSize0;
 constexpr long kAnnulusLimit = 1000;
+
+// With all points on one side, starts stand apart along the directions in which the points determine the feature least,
+// by these parts of their spread; but not farther than this part of their extent.
+constexpr double kSpreads[] = {1.0, -1.0, 3.0, -3.0};
+constexpr double kFarthest = 0.25;
+// Less of a spread than this part of the extent leaves no room for another optimum.
+constexpr double kSpreadOut = 0x1p-8;
+// Points thicker than this part of their extent have more than one side to which a line or a plane can be put.
+constexpr double kThick = 0.05;
+constexpr int kTurnedStarts = 12;
 
 // A centre nearer to the mean of the points than this part of their distance has them all around.
 constexpr double kAllAround = 0.1;
@@ -38,6 +50,8 @@ class Candidates {
   void AddSidesOfSurface();
   void AddSidesOfPatch();
   void AddSeenAlong();
+  void AddApart();
+  void AddTurned(double spread, double extent);
   void AddWithCentre(const Vec3& centre);
 
   const FitProblem& m_problem;
@@ -107,8 +121,47 @@ void Candidates::AddSeenAlong() {
   }
 }
 
+void Candidates::AddApart() {
+  const Covariance weak = CovarianceOf(m_problem.points, m_problem.weights, m_start, ~m_problem.fixed);
+  if (!weak.finite || weak.unknowns == 0 || weak.residuals == 0) return;
+  const double spread = std::sqrt(weak.sumSquares / static_cast<double>(weak.residuals));
+  const bool isStraight = m_start.kind == FeatureKind::lineInPlane || m_start.kind == FeatureKind::plane;
+  if (isStraight) return AddTurned(spread, weak.extent);
+  for (int k = weak.unknowns - 1; k >= 0 && k >= weak.unknowns - 2; --k) {
+    for (const double part : kSpreads) {
+      const double most = kFarthest * weak.extent;
+      const double length = weak.singular[k] > 0.0 ? std::min(std::fabs(part) * spread / weak.singular[k], most) : most;
+      if (!(length > kSpreadOut * weak.extent)) continue;
+      double step[kUnknowns] = {};
+      for (int j = 0; j < weak.unknowns; ++j)
+        step[weak.unknown[j]] = std::copysign(length, part) * weak.axis[k][j] * weak.scale[j];
+      m_found.push_back(Moved(m_start, step));
+    }
+  }
+}
+
+// To the same side, over half of a turn; of a plane, about axes in it all around.
+void Candidates::AddTurned(double spread, double extent) {
+  const bool isLine = m_start.kind == FeatureKind::lineInPlane;
+  if (!(spread > kThick * extent) || (m_problem.fixed & (isLine ? 1U << kTurn : kTilts)) != 0) return;
+  for (int k = 0; k < kTurnedStarts; ++k) {
+    const double part = (k + 0.5) / kTurnedStarts;
+    double step[kUnknowns] = {};
+    if (isLine) {
+      step[kTurn] = Nu_PI * (part - 0.5);
+    } else {
+      // The slope 1 halves the hemisphere of normals.
+      const SineCosine about = SinCos(2.0 * Nu_PI * part);
+      step[kTiltX] = about.cosine;
+      step[kTiltY] = about.sine;
+    }
+    m_found.push_back(Moved(m_start, step));
+  }
+}
+
 const std::vector<Feature>& Candidates::Find() {
   m_found.push_back(m_start);
+  if (m_problem.side != PointSide::either) AddApart();
   const bool moves = !(m_problem.fixed & kAcross) && IsRound(m_start.kind);
   if (!moves) return m_found;
   if (m_problem.fixed & kRadius) {
