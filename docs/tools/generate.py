@@ -9,7 +9,6 @@ from pathlib import Path
 import causes
 import examples
 import figures
-import python_reference
 import reference
 import scores
 
@@ -41,7 +40,6 @@ def main(docs, build, xml):
     causes.generate(writer, Path("src/nu/foundation"), docs / "causes.json")
     examples.generate(writer, docs.parent)
     scores.generate(writer, build)
-    python_reference.generate(writer)
     figures.generate(writer, build, Path(__file__).parent)
     writer.finish()
 

@@ -27,7 +27,6 @@ class PolynomialFit:
 
     @property
     def degree(self) -> int:
-        """The highest power."""
         return len(self.coefficients) - 1
 
     def __call__(self, x: ArrayLike | Any) -> NDArray[np.float64]:

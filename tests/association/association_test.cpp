@@ -182,6 +182,43 @@ TEST(Association, FixedParametersStay) {
   }
 }
 
+// A rigid motion of the points and of what is fixed carries the result along.
+TEST(Association, FixedParametersMoveWithThePoints) {
+  Random random(52);
+  for (const AnyFit& fit : kAllFits) {
+    if (fit.associate == nullptr) continue;
+    const CNuPointArray points = fit.points(random, 60);
+    CNuAssociation free(points);
+    Fitted other;
+    fit.associate(free, kTol, 1000, other);
+    other.place = other.place + CNuPoint(0.002, -0.001, 0.0);
+    other.radius *= 1.001;
+    other.angle *= 1.001;
+    const Motion motion = RandomMotion(random, 20.0);
+    Fitted moved = other;
+    moved.place = motion(other.place);
+    const CNuPoint axis = motion.Direction({other.axis[0], other.axis[1], other.axis[2]});
+    const CNuPoint normal = motion.Direction({other.normal[0], other.normal[1], other.normal[2]});
+    moved.axis = CNuVector(axis.x(), axis.y(), axis.z());
+    moved.normal = CNuVector(normal.x(), normal.y(), normal.z());
+    for (const unsigned which : {0u, 1u, 2u}) {
+      SCOPED_TRACE(fit.Name() + " " + std::to_string(which));
+      const CNuPointArray turned = motion(points);
+      CNuAssociation here(points), there(turned);
+      Fix(fit, other, which, &here);
+      Fix(fit, moved, which, &there);
+      Fitted a, b;
+      const CNuAssociationReport first = fit.associate(here, kTol, 1000, a);
+      const CNuAssociationReport second = fit.associate(there, kTol, 1000, b);
+      ASSERT_EQ(first.GetEnd(), NuConverged);
+      ASSERT_EQ(second.GetEnd(), NuConverged);
+      EXPECT_NEAR(first.GetForm(), second.GetForm(), 1e-9);
+      EXPECT_NEAR(first.GetSumSquares(), second.GetSumSquares(), 1e-9);
+      EXPECT_NEAR(a.radius, b.radius, 1e-7);
+    }
+  }
+}
+
 // From the feature of half of the points: the same optimum, with all its sizes.
 template<class F>
 void ExpectSameFromNearby(Random& random, ENuCriterion criterion) {
@@ -227,7 +264,7 @@ TEST(Association, MaterialStaysOnItsSide) {
     for (const ENuMaterialSide side : {NuOutside, NuInside}) {
       SCOPED_TRACE(fit.Name() + " " + std::to_string(side));
       CNuAssociation association(points);
-      association.SetDetails(NuDetailDeviations);
+      association.SetDetails(NuDetailDeviations | NuDetailContacts);
       association.RestrictToMaterialSide(side);
       Fitted found;
       const CNuAssociationReport report = fit.associate(association, kTol, 1000, found);
@@ -236,6 +273,12 @@ TEST(Association, MaterialStaysOnItsSide) {
       const double beyond = side == NuOutside ? report.GetValley() : report.GetPeak();
       EXPECT_LE(beyond, 1e-12);
       EXPECT_NEAR(side == NuOutside ? report.GetDeviations().Min() : report.GetDeviations().Max(), 0.0, 1e-12);
+      EXPECT_NEAR(report.GetMultipliers().Sum(), 1.0, 1e-12);
+      for (int k = 0; k < report.GetNumberContacts(); ++k) {
+        const double off = std::fabs(report.GetDeviations()[report.GetContactPoints()[k]]);
+        const bool isOuter = (report.GetContactSides()[k] > 0) == (side == NuOutside);
+        EXPECT_NEAR(off, isOuter ? report.GetForm() : 0.0, 1e-12);
+      }
     }
   }
 }
@@ -324,26 +367,42 @@ TEST(Association, MonitorsWatchAndCancel) {
 }
 
 // Points that come and go, and parts that are joined, lead to the fit of all points that are there.
+template<class F>
+void ExpectStreams(Random& random, ENuCriterion criterion) {
+  const CNuPointArray points = RandomMotion(random, 20.0)(Shuffled(random, TypicalPoints<F>(random, 90)));
+  const CNuPointArray first = points.SubArray(0, 39), second = points.SubArray(40, 89);
+  F feature = Start<F>(), whole = Start<F>(), rest = Start<F>();
+  CNuAssociation association(first), other(second), all(association);
+  association.Fit(criterion, &feature).Require();
+  all.Merge(other);
+  EXPECT_EQ(all.GetNumberPoints(), 90);
+  const auto expect = [](const CNuAssociationReport& warm, const CNuAssociationReport& cold) {
+    warm.Require(), cold.Require();
+    EXPECT_NEAR(warm.GetForm(), cold.GetForm(), 1e-7);  // of first order in what the tolerance leaves
+    EXPECT_NEAR(warm.GetRootMeanSquare(), cold.GetRootMeanSquare(), 1e-9);
+  };
+  expect(all.Refit(criterion, &feature), CNuAssociation(points).Fit(criterion, &whole));
+  association.Add(second);
+  association.Remove(first);
+  expect(association.Refit(criterion, &feature), other.Fit(criterion, &rest));
+}
+
 TEST(Association, StreamsAreTheFitOfAllPoints) {
   Random random(48);
-  const CNuPointArray points = TypicalPoints<CNuCylSurf>(random, 90);
-  const CNuPointArray first = points.SubArray(0, 39), second = points.SubArray(40, 89);
   for (const ENuCriterion criterion : {NuLeastSquares, NuMinimumZone, NuMinimumCircumscribed, NuMaximumInscribed}) {
-    CNuCylSurf whole(1.0), part(1.0), removed(1.0);
-    CNuAssociation(points).Fit(criterion, &whole).Require();
-    CNuAssociation association(first), other(second);
-    association.Fit(criterion, &part).Require();
-    CNuAssociation all(association);
-    all.Merge(other);
-    const CNuAssociationReport report = all.Refit(criterion, &part);
-    report.Require();
-    EXPECT_EQ(all.GetNumberPoints(), 90);
-    EXPECT_NEAR(part.GetRadius(), whole.GetRadius(), 1e-10);
-    association.Add(second);
-    association.Remove(first);
-    association.Refit(criterion, &part).Require();
-    CNuAssociation(second).Fit(criterion, &removed).Require();
-    EXPECT_NEAR(part.GetRadius(), removed.GetRadius(), 1e-10);
+    SCOPED_TRACE(NuCriterionName(criterion));
+    ExpectStreams<CNuCircle>(random, criterion);
+    ExpectStreams<CNuSphSurf>(random, criterion);
+    ExpectStreams<CNuCylSurf>(random, criterion);
+    if (criterion > NuMinimumZone) continue;
+    ExpectStreams<CNuLine>(random, criterion);
+    ExpectStreams<CNuPlane>(random, criterion);
+    ExpectStreams<CNuConSurf>(random, criterion);
+    ExpectStreams<CNuTorSurf>(random, criterion);
+    if (criterion > NuLeastSquares) continue;
+    ExpectStreams<CNuEllipse>(random, criterion);
+    ExpectStreams<CNuHyperbola>(random, criterion);
+    ExpectStreams<CNuParabola>(random, criterion);
   }
 }
 
@@ -392,6 +451,33 @@ TEST(Association, MinimaxFitsAccountForThemselves) {
   EXPECT_GT(std::string(report.Explain()).size(), 20u);
 }
 
+// Points that move by little leave the contacts as they are: what the explanation derives from these is what samples
+// show, and sizes that are the value go along with the multipliers.
+TEST(Association, WeakestParameterIsThatOfSamples) {
+  Random random(53);
+  constexpr double kSigma = 1e-8;
+  for (const AnyFit& fit : kAllFits) {
+    if (fit.associate == nullptr) continue;
+    SCOPED_TRACE(fit.Name());
+    const CNuPointArray points = RandomMotion(random, 20.0)(fit.points(random, 40));
+    CNuAssociation association(points);
+    association.SetDetails(NuDetailAll);
+    Fitted found;
+    const CNuAssociationReport report = fit.associate(association, kTol, 1000, found);
+    report.Require();
+    const CNuSampledFit samples = association.MonteCarlo(report, kSigma, 300, 5);
+    ASSERT_TRUE(std::isfinite(report.GetWeakestUncertainty())) << report.Explain();
+    bool isNamed = false;
+    for (int k = 0; k + 1 < samples.GetNumberValues(); ++k) {
+      if (std::string(samples.GetName(k)) != report.GetWeakestParameter()) continue;
+      isNamed = true;
+      EXPECT_NEAR(samples.GetStandardDeviations()[k] / (kSigma * report.GetWeakestUncertainty()), 1.0, 0.2)
+          << report.Explain();
+    }
+    EXPECT_TRUE(isNamed);
+  }
+}
+
 TEST(Association, FailuresSayWhatHelps) {
   Random random(50);
   const struct {
@@ -408,6 +494,21 @@ TEST(Association, FailuresSayWhatHelps) {
     const CNuAssociationReport report = association.Fit(NuLeastSquares, &sphere);
     EXPECT_NE(std::string(report.Explain()).find(row.says), std::string::npos) << report.Explain();
     EXPECT_EQ(sphere.GetRadius(), 1.0);
+  }
+  // Every feature has a sentence of its own for too few points, and another one for points on a line.
+  for (const AnyFit& fit : kAllFits) {
+    if (fit.associate == nullptr || std::string(fit.className) == "CNuLine") continue;
+    SCOPED_TRACE(fit.Name());
+    const CNuPointArray one = PointsOf({{1.0, 2.0}}), line = LineCloud(random, 20, 5.0, 0.0);
+    for (const CNuPointArray* points : {&one, &line}) {
+      CNuAssociation association(*points);
+      association.SetDetails(NuDetailExplanation);
+      Fitted found;
+      const CNuAssociationReport report = fit.associate(association, kTol, 1000, found);
+      if (report.HasConverged() == NuTrue) continue;
+      const std::string text = report.Explain();
+      EXPECT_NE(text.find(points == &one ? "measure more" : "measure"), std::string::npos) << text;
+    }
   }
 }
 

@@ -183,6 +183,7 @@ ENuBoolean CNuAssociationReport::GetProbingPlace(CNuPoint* place) const {
 CNuCertificate CNuAssociationReport::GetCertificate() const {
   const ReportData& data = Data();
   const ReportedContacts& contacts = ContactsOf(data, "GetCertificate");
+  if (!data.hasCertificate) FailOperation(NuOperationUnsupported, kReport, "GetCertificate");
   CNuCertificate certificate(data.criterion, contacts.points, contacts.sides, contacts.multipliers);
   if (data.fixed.radius) certificate.FixRadius();
   if (data.fixed.majorRadius) certificate.FixMajorRadius();

@@ -72,12 +72,13 @@ class NU_EXPORT CNuAssociationReport {
   int GetHighestPoint() const;
   int GetLowestPoint() const;
 
-  // NuDetailUncertainty, of least squares. The parameters are changes of the feature in a frame of its own; angles are
-  // in degrees. The first three are shifts of the origin along x, y and z, then come tilts of z towards x and y, the
-  // turn about z and the sizes; a feature has those that move it and are not fixed. The origin is next to the mean of
-  // the points where the feature leaves it free: on the axis, in the plane. z is the direction of a line, an axis or a
-  // normal; a line in the plane z = const runs along x.
-  // All of it follows from a triangular factor of the derivatives at the optimum, not from normal equations.
+  // NuDetailUncertainty, of least squares without a side of material: of other fits CNuAssociation::MonteCarlo tells
+  // how they spread. The parameters are changes of the feature in a frame of its own; angles are in degrees. The first
+  // three are shifts of the origin along x, y and z, then come tilts of z towards x and y, the turn about z and the
+  // sizes; a feature has those that move it and are not fixed. The origin is next to the mean of the points where the
+  // feature leaves it free: on the axis, in the plane. z is the direction of a line, an axis or a normal; a line in the
+  // plane z = const runs along x. All of it follows from a triangular factor of the derivatives at the optimum, not
+  // from normal equations.
   void GetParameterFrame(CNuPoint* origin, CNuVector* x, CNuVector* y, CNuVector* z) const;
   int GetNumberParameters() const;
   // "shift x", "tilt y", "turn", "radius", "major radius", "semi-angle", ... The text lives as long as the program.
@@ -100,15 +101,17 @@ class NU_EXPORT CNuAssociationReport {
   double GetAxisUncertainty(double height) const;
   double GetSurfaceUncertainty(const CNuPoint& place) const;
 
-  // NuDetailContacts, of the other criteria without a side of material. The points that hold the feature come first:
-  // those with a multiplier, which is never negative, and of which the sum is 1. It is by how much half of the zone, or
-  // the radius, grows with a move of the point outwards. Others only touch a boundary. Side is 1 on the outer boundary
-  // and -1 on the inner one.
+  // NuDetailContacts, of the other criteria, and of least squares with a side of material. The points that hold the
+  // feature come first: those with a multiplier, which is never negative, and of which the sum is 1. It is by how much
+  // half of the zone, or the radius, grows with a move of the point outwards; of least squares and of a feature of a
+  // fixed size, with a side of material, it is the part that the point has in what holds the feature. Others only touch
+  // a boundary. Side is 1 on the outer boundary and -1 on the inner one.
   int GetNumberContacts() const;
   const CNuIntArray& GetContactPoints() const;
   const CNuIntArray& GetContactSides() const;
   const CNuDoubleArray& GetMultipliers() const;
-  // These, with what was fixed: anybody can check from the points and the feature that no feature nearby is better.
+  // These, with what was fixed: anybody can check from the points and the feature that no feature nearby is better. 45
+  // with a side of material for least squares and for a feature of a fixed size.
   CNuCertificate GetCertificate() const;
 
   // Whether the feature is proven to be the best of all of its kind. Fit proves it of least-squares lines and planes,
@@ -121,10 +124,12 @@ class NU_EXPORT CNuAssociationReport {
   double GetGap() const;
 
   // NuDetailExplanation. Why the feature is as uncertain as it is, in a sentence, or why there is none, with what
-  // helps; of a failure that was not asked about the text of its cause. It lives as long as the report.
+  // helps; of a failure that was not asked about the text of its cause. Angles are in degrees, lengths in the unit of
+  // the coordinates, uncertainties per such unit. It lives as long as the report.
   const char* Explain() const;
   // Of a fit that converged: the name of the parameter that the points determine least, and its standard uncertainty
   // per unit of that of the points, in degrees per unit of length for an angle; infinite where it is not determined.
+  // Least squares depend on all points, the other criteria on their contacts alone.
   const char* GetWeakestParameter() const;
   double GetWeakestUncertainty() const;
   // The part of a full turn, in degrees, that the points cover about the axis or the normal of a round feature; half of

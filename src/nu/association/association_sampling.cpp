@@ -27,10 +27,11 @@ bool HasRadius(ENuCriterion criterion) {
   return criterion == NuMinimumCircumscribed || criterion == NuMaximumInscribed;
 }
 
-// The radius, or the width of the zone: the engine has its half.
-double ValueOf(const FittedFeature& fit, ENuCriterion criterion) {
+// The radius, or the width of the zone: the engine has its half, of one on one side of the material all of it.
+double ValueOf(const FittedFeature& fit, const FitProblem& problem) {
   if (fit.end != FitEnd::converged) return kNaN;
-  return HasRadius(criterion) ? fit.feature.size[0] : 2.0 * fit.objective;
+  if (problem.criterion != FitCriterion::zone) return fit.feature.size[0];
+  return problem.side == PointSide::either ? 2.0 * fit.objective : fit.objective;
 }
 
 bool HasSign(FeatureKind kind) {
@@ -88,7 +89,7 @@ CNuDoubleArray CNuAssociation::Sensitivity(const CNuAssociationReport& report) c
   constexpr const char* where = "Sensitivity";
   const ReportData& data = report.Data();
   RequireDetail(data, NuDetailContacts, where);
-  if (!data.contacts) FailOperation(NuOperationUnsupported, kReport, where);
+  if (!data.contacts || data.criterion == NuLeastSquares) FailOperation(NuOperationUnsupported, kReport, where);
   RequirePoints(*m_state, data, where);
   return WithMemory(where, [&] {
     const CNuIntArray& contacts = data.contacts->points;
@@ -100,7 +101,7 @@ CNuDoubleArray CNuAssociation::Sensitivity(const CNuAssociationReport& report) c
     const auto refit = [&](PointView points, std::size_t) {
       FitProblem without = problem;
       without.points = points;
-      return ValueOf(FitFrom(without, data.feature), data.criterion);
+      return ValueOf(FitFrom(without, data.feature), without);
     };
     FindSensitivities(m_state->points, index.data(), count, value, refit, change.data());
     CNuDoubleArray result(count);

@@ -3,8 +3,11 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
+#include <limits>
 
 #include "nu/association/internal/parameters.h"
+#include "nu/association/internal/report_details.h"
+#include "nu/engine/association/contact_sensitivity.h"
 #include "nu/engine/association/explain.h"
 #include "nu/foundation/cause_text.h"
 
@@ -29,14 +32,22 @@ std::string CoverageText(FeatureKind kind, const Coverage& coverage) {
   if (kind == FeatureKind::sphere) return Sentence("The points cover a cap of %.3g degrees: ", 2.0 * coverage.cap);
   if (coverage.arc > 0.0) return Sentence("The points cover %.3g degrees of arc: ", coverage.arc);
   const Vec3 extent = coverage.high - coverage.low;
-  return Sentence("The points extend over %.3g by %.3g by %.3g: ", extent.x, extent.y, extent.z);
+  return Sentence("The points extend over %.3g by %.3g by %.3g in the unit of their coordinates: ", extent.x, extent.y,
+                  extent.z);
 }
 
-std::string UncertaintyText(const ReportedExplanation& explanation, bool isAngle) {
+// A ratio of lengths has no unit.
+std::string UncertaintyText(const ReportedExplanation& explanation, bool isAngle, int contacts) {
+  const std::string held = contacts > 0 ? Sentence(", held by %d contacts,", contacts) : "";
+  const char* point = contacts > 0 ? "contact" : "point";
   if (!std::isfinite(explanation.uncertainty))
-    return Sentence("nothing determines the parameter \"%s\".", explanation.parameter);
-  return Sentence("the parameter \"%s\" is uncertain by %.3g%s per unit of the uncertainty of a point.",
-                  explanation.parameter, explanation.uncertainty, isAngle ? " degrees" : "");
+    return Sentence("nothing determines the parameter \"%s\"%s.", explanation.parameter,
+                    contacts > 0 ? " to first order" : "");
+  if (!isAngle)
+    return Sentence("the parameter \"%s\"%s is %.3g times as uncertain as a %s.", explanation.parameter, held.c_str(),
+                    explanation.uncertainty, point);
+  return Sentence("the parameter \"%s\"%s is uncertain by %.3g degrees per unit of length of uncertainty of a %s.",
+                  explanation.parameter, held.c_str(), explanation.uncertainty, point);
 }
 
 std::string ProbeText(const ReportedExplanation& explanation) {
@@ -55,29 +66,51 @@ std::string Remedy(const AssociationState& state, int cause, int needed, double 
   switch (cause) {
     case NuBestfitTooFewDistinct:
       return Sentence(
-          "Of %d points only %d are farther apart than %.3g: measure at other places, or lower the tolerance.", count,
-          static_cast<int>(points.distinct), tol);
+          "Of %d points only %d are farther apart than the tolerance of %.3g, in the unit of the coordinates: measure "
+          "at "
+          "other places, or lower the tolerance.",
+          count, static_cast<int>(points.distinct), tol);
     case NuBestfitCollinearPoints:
     case NuBestfitExchange:
-      return Sentence("All points are within %.3g of one line of the length %.3g: measure beside it.", points.fromLine,
-                      points.length);
+      return Sentence(
+          "All points are within %.3g of one line of the length %.3g, in the unit of the coordinates: "
+          "measure beside it.",
+          points.fromLine, points.length);
     case NuBestfitCoplanarPoints:
-      return Sentence("The points extend over %.3g by %.3g but are only %.3g thick: measure off their plane.",
-                      points.length, points.width, points.thickness);
+      return Sentence(
+          "The points extend over %.3g by %.3g but are only %.3g thick, in the unit of the coordinates: "
+          "measure off their plane.",
+          points.length, points.width, points.thickness);
     case NuBestfitNotCoplanar:
       return Sentence(
-          "The points are %.3g thick, above the tolerance %.3g of one plane: raise the tolerance, or remove "
-          "points off the plane.",
+          "The points are %.3g thick, above the tolerance of %.3g for one plane, in the unit of the coordinates: raise "
+          "the tolerance, or remove points off the plane.",
           points.thickness, tol);
     case NuBestfitIterationLimit:
       return Sentence("The limit of %ld steps was reached: raise it, or start from a feature nearer to the points.",
                       state.options.maxSteps);
     default:
+      if (state.options.side != NuEitherSide)
+        return "No such feature next to the points has all of them on one side: give it a start, release its fixed "
+               "parameters, or measure more of it.";
+      if (state.options.fixed.Mask() != 0 || state.options.start)
+        return "No feature with the fixed parameters is an optimum next to the start: release a parameter that "
+               "contradicts the points, or start from a feature nearer to them.";
       return Sentence(
-          "The points extend over %.3g by %.3g by %.3g, an arc of %.3g degrees at most, and do not determine "
-          "the feature: measure where it curves, or fix a parameter.",
+          "The points extend over %.3g by %.3g by %.3g in the unit of the coordinates, an arc of %.3g degrees at most, "
+          "and do not determine the feature: measure where it curves, or fix a parameter.",
           points.length, points.width, points.thickness, points.arc);
   }
+}
+
+// Least squares depend on all points; a zone, a circumscribed or an inscribed feature on its contacts alone. Of a
+// feature of a fixed size on one side of the material both count, and the points tell what they leave open.
+Covariance UncertaintyOf(const AssociationState& state, UnknownMask free, const ReportData& data, int* contacts) {
+  if (!data.hasCertificate) return CovarianceOf(state.points, WeightsOf(state.options), data.feature, free);
+  const ContactAccount account = ContactsOf(state, free, data);
+  *contacts = account.holding;
+  return SensitivityToContacts(state.points, data.feature, ContactCriterionOf(data.criterion, state.options.side),
+                               account, free);
 }
 
 }  // namespace
@@ -91,15 +124,22 @@ void ExplainFit(const AssociationState& state, UnknownMask free, ReportData* dat
     explanation.text = "All parameters are fixed.";
     return;
   }
-  const Covariance covariance = CovarianceOf(state.points, WeightsOf(state.options), feature, free);
+  explanation.text = CoverageText(feature.kind, coverage);
+  int contacts = 0;
+  const Covariance covariance = UncertaintyOf(state, free, *data, &contacts);
+  if (!covariance.finite) {
+    explanation.parameter = "";
+    explanation.uncertainty = std::numeric_limits<double>::quiet_NaN();
+    explanation.text += "its contacts do not balance, so they do not tell how uncertain it is.";
+    return;
+  }
   const Unknown weakest = WeakestDirection(covariance).main;
   explanation.parameter = NameOf(feature.kind, weakest);
   explanation.uncertainty = UncertaintyPerUnit(covariance, UnknownGradient(weakest, UnitOf(feature.kind, weakest)));
   const ProbingPlace probe = BestProbingPlace(feature, covariance, coverage);
   explanation.hasProbe = probe.found;
   explanation.probe = probe.place;
-  explanation.text = CoverageText(feature.kind, coverage) +
-                     UncertaintyText(explanation, IsAngle(feature.kind, weakest)) + ProbeText(explanation);
+  explanation.text += UncertaintyText(explanation, IsAngle(feature.kind, weakest), contacts) + ProbeText(explanation);
 }
 
 void ExplainFailure(const AssociationState& state, double tol, ReportData* data) {

@@ -140,8 +140,10 @@ inline double LengthTolOf(const AssociationOptions& options) {
 template<class Class>
 void Account(const AssociationState& state, double tol, const FoundFeature<Class>& found, ReportData* data) {
   if (data->details == NuDetailNone) return;
-  const Feature feature = FeatureOf(found.feature);
-  FillDetails(state, AccountedFeature(feature, data->criterion, state.points, tol), found.form, data);
+  Feature feature = AccountedFeature(FeatureOf(found.feature), data->criterion, state.points, tol);
+  if (feature.kind == FeatureKind::circleInSpace && state.options.side != NuEitherSide)
+    feature.kind = FeatureKind::circle;
+  FillDetails(state, feature, found.form, data);
 }
 
 // Fits into `found` and tells how it ended.

@@ -62,6 +62,7 @@ struct ReportData {
   Feature feature;     // in the frame of its parameters
   double value = 0.0;  // the radius of a circumscribed or inscribed feature, else T where it is known
   bool isGlobal = false;
+  bool hasCertificate = false;
   std::optional<double> bound;
 
   std::optional<Covariance> covariance;

@@ -71,13 +71,8 @@ void FillForm(const AssociationState& state, const Feature& feature, const Plain
   form.lowest = static_cast<int>(found.valleyIndex);
 }
 
-ContactCriterion ContactsOf(ENuCriterion criterion) {
-  if (criterion == NuMinimumCircumscribed) return ContactCriterion::circumscribed;
-  return criterion == NuMaximumInscribed ? ContactCriterion::inscribed : ContactCriterion::zone;
-}
-
 void FillContacts(const AssociationState& state, UnknownMask free, ReportData* data) {
-  const ContactAccount account = FindContacts(state.points, data->feature, ContactsOf(data->criterion), free);
+  const ContactAccount account = ContactsOf(state, free, *data);
   ReportedContacts& contacts = data->contacts.emplace();
   for (int k = 0; k < account.count; ++k) {
     const ContactPoint& contact = account.contact[k];
@@ -93,6 +88,19 @@ double ValueOf(const ReportData& data) {
 }
 
 }  // namespace
+
+ContactCriterion ContactCriterionOf(ENuCriterion criterion, ENuMaterialSide side) {
+  if (criterion == NuMinimumCircumscribed) return ContactCriterion::circumscribed;
+  if (criterion == NuMaximumInscribed) return ContactCriterion::inscribed;
+  return side == NuEitherSide ? ContactCriterion::zone : ContactCriterion::oneSidedZone;
+}
+
+ContactAccount ContactsOf(const AssociationState& state, UnknownMask free, const ReportData& data) {
+  const AssociationOptions& options = state.options;
+  if (data.criterion == NuLeastSquares)
+    return FindContactsOfSquares(state.points, WeightsOf(options), data.feature, options.side == NuOutside, free);
+  return FindContacts(state.points, data.feature, ContactCriterionOf(data.criterion, options.side), free);
+}
 
 Feature AccountedFeature(const Feature& feature, ENuCriterion criterion, PointView points, double tol) {
   Feature accounted = feature;
@@ -111,8 +119,11 @@ void FillDetails(const AssociationState& state, const Feature& feature, const Pl
   data->feature = options.fixed.point ? feature : CentredOn(state.points, feature);
   if ((data->details & NuDetailUncertainty) != 0 && data->criterion == NuLeastSquares && options.side == NuEitherSide)
     data->covariance = CovarianceOf(state.points, WeightsOf(options), data->feature, free);
-  if ((data->details & NuDetailContacts) != 0 && data->criterion != NuLeastSquares && options.side == NuEitherSide)
-    FillContacts(state, free, data);
+  const bool isHeld = data->criterion != NuLeastSquares || options.side != NuEitherSide;
+  if ((data->details & NuDetailContacts) != 0 && isHeld) FillContacts(state, free, data);
+  // The zone on one side is the free one, shifted by half of its width.
+  data->hasCertificate =
+      data->criterion != NuLeastSquares && (options.side == NuEitherSide || (free >> OffsetOf(feature.kind) & 1U) != 0);
   data->value = ValueOf(*data);
   if ((data->details & NuDetailExplanation) != 0) ExplainFit(state, free, data);
 }

@@ -5,6 +5,7 @@
 
 #include "nu/association/internal/association_state.h"
 #include "nu/association/internal/report_data.h"
+#include "nu/engine/association/contact_account.h"
 #include "nu/engine/points/form_statistics.h"
 
 namespace nu::internal {
@@ -19,6 +20,10 @@ struct PlainForm {
   std::optional<double> sumSquares;    // of least squares, weighted
   std::optional<Deviations> extremes;  // of plain least squares
 };
+
+// How the contacts of a report are found: of least squares with a side of material, and of the other criteria.
+ContactCriterion ContactCriterionOf(ENuCriterion criterion, ENuMaterialSide side);
+ContactAccount ContactsOf(const AssociationState& state, UnknownMask free, const ReportData& data);
 
 // Fills in what was asked for, of a fit that has converged with this feature.
 void FillDetails(const AssociationState& state, const Feature& feature, const PlainForm& plain, ReportData* data);

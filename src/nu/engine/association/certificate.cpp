@@ -286,6 +286,7 @@ bool Proof::IsWithinBoundary() {
   const DoubleDouble stated = m_feature.Size(m_question.feature.kind == FeatureKind::torus ? 1 : 0);
   switch (m_question.criterion) {
     case ContactCriterion::zone:
+    case ContactCriterion::oneSidedZone:
       if (IsFree(kMiddle)) m_middle = DoubleDouble{0.5} * (smallest + largest);
       largest = largest - m_middle;
       smallest = smallest - m_middle;

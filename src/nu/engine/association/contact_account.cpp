@@ -66,6 +66,7 @@ struct Touching {
   std::size_t index;
   double side;
 };
+constexpr std::size_t kNoPoint = std::numeric_limits<std::size_t>::max();
 
 class HullOfGradients {
  public:
@@ -78,6 +79,15 @@ class HullOfGradients {
       m_scale[k] = extent > 0.0 && (AnglesOf(feature.kind) >> k & 1U) != 0 ? 1.0 / extent : 1.0;
     // The first vector is the one farthest against a direction that singles out no unknown.
     for (int k = 0; k < kComponents; ++k) m_nearest[k] = 1.0 + 0.125 * k;
+  }
+
+  // A vector of the hull that is of no point.
+  void AddPull(const double (&gradient)[kUnknowns]) {
+    Active& pull = m_active[m_count++];
+    pull.point = {kNoPoint, 0.0};
+    for (int k = 0; k < kUnknowns; ++k)
+      m_nearest[k] = pull.gradient[k] = (m_mask >> k & 1U) != 0 ? m_scale[k] * gradient[k] : 0.0;
+    m_nearest[kMiddle] = 0.0;
   }
 
   void Solve(const std::vector<Touching>& touching) {
@@ -96,9 +106,14 @@ class HullOfGradients {
   void Report(ContactAccount& account) {
     std::sort(m_active, m_active + m_count,
               [](const Active& a, const Active& b) { return a.point.index < b.point.index; });
-    for (int i = 0; i < m_count; ++i)
-      account.contact[i] = {m_active[i].point.index, m_active[i].point.side, m_active[i].multiplier};
-    account.holding = account.count = m_count;
+    double sum = 0.0;
+    for (int i = 0; i < m_count; ++i) {
+      if (m_active[i].point.index == kNoPoint) continue;
+      account.contact[account.count++] = {m_active[i].point.index, m_active[i].point.side, m_active[i].multiplier};
+      sum += m_active[i].multiplier;
+    }
+    for (int i = 0; account.count < m_count && i < account.count; ++i) account.contact[i].multiplier /= sum;
+    account.holding = account.count;
     account.balance = std::sqrt(Dot(m_nearest, m_nearest));
   }
 
@@ -206,22 +221,40 @@ void AddFurther(PointView points, const std::vector<Touching>& touching, Contact
   }
 }
 
-}  // namespace
-
-ContactAccount FindContacts(PointView points, const Feature& feature, ContactCriterion criterion, UnknownMask free,
-                            double tolerance) {
+ContactAccount AccountOf(const Feature& feature, const Extremes& extremes, double tolerance) {
   ContactAccount account;
-  PointBlocks blocks(points, feature.frame.origin);
-  const Extremes extremes = ExtremesOf(blocks, feature);
   const Vec3& o = feature.frame.origin;
   const double size = extremes.extent + std::fabs(feature.size[0]) + std::sqrt(Dot(o, o));
   account.tolerance = tolerance > 0.0 ? tolerance : kTouchRoundings * kEpsilon * size;
   account.finite = extremes.finite && std::isfinite(size);
+  return account;
+}
+
+// Of half of the mean square of the deviations, over their mean, which makes it of the size 1.
+void FindPull(PointView points, const double* weights, const Feature& feature, double (&pull)[kUnknowns]) {
+  double sum = 0.0;
+  for (std::size_t i = 0; i < points.Size(); ++i) {
+    double gradient[kUnknowns];
+    const double weight = weights == nullptr ? 1.0 : weights[i];
+    const double deviation = weight * DeviationOf(feature, LoadVec3(points[i]), gradient);
+    sum += std::fabs(deviation);
+    for (int k = 0; k < kUnknowns; ++k) pull[k] += deviation * gradient[k];
+  }
+  for (double& component : pull) component = sum > 0.0 ? component / sum : 0.0;
+}
+
+}  // namespace
+
+ContactAccount FindContacts(PointView points, const Feature& feature, ContactCriterion criterion, UnknownMask free,
+                            double tolerance) {
+  PointBlocks blocks(points, feature.frame.origin);
+  const Extremes extremes = ExtremesOf(blocks, feature);
+  ContactAccount account = AccountOf(feature, extremes, tolerance);
   if (!account.finite) return account;
 
   const Unknown offset = OffsetOf(feature.kind);
-  const bool isZone = criterion == ContactCriterion::zone;
-  const bool isCentred = isZone && (free >> offset & 1U) == 0;
+  const bool isZone = criterion == ContactCriterion::zone || criterion == ContactCriterion::oneSidedZone;
+  const bool isCentred = criterion == ContactCriterion::zone && (free >> offset & 1U) == 0;
   const double level = std::max(extremes.high, -extremes.low);
   double outer = extremes.high - account.tolerance;
   double inner = extremes.low + account.tolerance;
@@ -237,6 +270,27 @@ ContactAccount FindContacts(PointView points, const Feature& feature, ContactCri
   UnknownMask balanced = free & UnknownsOf(feature.kind);
   if (!isZone && offset != kUnknowns) balanced &= ~(1U << offset);
   HullOfGradients hull(points, feature, balanced, extremes.extent);
+  hull.Solve(touching);
+  hull.Report(account);
+  AddFurther(points, touching, account);
+  return account;
+}
+
+ContactAccount FindContactsOfSquares(PointView points, const double* weights, const Feature& feature, bool positive,
+                                     UnknownMask free) {
+  PointBlocks blocks(points, feature.frame.origin);
+  const Extremes extremes = ExtremesOf(blocks, feature);
+  ContactAccount account = AccountOf(feature, extremes, 0.0);
+  if (!account.finite) return account;
+  const double outer = positive ? kInfinity : -account.tolerance;
+  const double inner = positive ? account.tolerance : -kInfinity;
+  const std::vector<Touching> touching = TouchingPoints(blocks, feature, outer, inner);
+  account.touching = touching.size();
+  if (touching.empty()) return account;
+  HullOfGradients hull(points, feature, free & UnknownsOf(feature.kind), extremes.extent);
+  double pull[kUnknowns] = {};
+  FindPull(points, weights, feature, pull);
+  hull.AddPull(pull);
   hull.Solve(touching);
   hull.Report(account);
   AddFurther(points, touching, account);

@@ -10,6 +10,7 @@ namespace nu::engine::association {
 
 enum class ContactCriterion {
   zone,           // the least largest deviation, of either sign where the deviation has one
+  oneSidedZone,   // the least largest deviation of one sign, with none of the other
   circumscribed,  // circle, sphere, cylinder: the smallest radius with no point outside; torus: the minor one
   inscribed,      // the largest with no point inside
 };
@@ -41,6 +42,12 @@ struct ContactAccount {
 // order of the points, but for the indices. Throws std::bad_alloc.
 ContactAccount FindContacts(PointView points, const Feature& feature, ContactCriterion criterion, UnknownMask free,
                             double tolerance = 0.0);
+
+// Those that hold a least-squares feature from which no deviation is negative, or with positive = false none is
+// positive: their gradients balance that of the sum of squares. The multipliers are scaled to the sum 1. Weights, one
+// per point, may be null: all 1.
+ContactAccount FindContactsOfSquares(PointView points, const double* weights, const Feature& feature, bool positive,
+                                     UnknownMask free);
 
 }  // namespace nu::engine::association
 

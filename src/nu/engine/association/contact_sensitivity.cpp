@@ -1,0 +1,225 @@
+// Let e_i be the deviations of the contacts times their sides, l_i their multipliers, g_i and H_i the first and second
+// derivatives of e_i by the unknowns u. When the contacts move by x_i, the optimum goes along with
+//
+//   e_i(u) all equal:                (g_i - g_1) . u = -(n_i . x_i - n_1 . x_1),    n_i = de_i / dx_i,
+//   sum l_i g_i stays 0 across them: N^T (H u + sum l_i (dg_i / dx_i) x_i) = 0,     H = sum l_i H_i,
+//
+// where the columns of N span the moves that leave the differences of the e_i as they are (the first-order sensitivity
+// of an optimum under constraints: A. V. Fiacco, Introduction to Sensitivity and Stability Analysis in Nonlinear
+// Programming, 1983). The value, and with it a radius that is the value, follows with sum l_i n_i . x_i.
+
+#include "nu/engine/association/contact_sensitivity.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "nu/engine/linear/eigen_symmetric.h"
+#include "nu/engine/linear/small_svd.h"
+#include "nu/engine/shapes/incidence.h"
+
+namespace nu::engine::association {
+namespace {
+
+constexpr int N = kUnknowns;
+
+// A singular value below this part of the largest one, or a curvature below this part of the reciprocal extent, holds
+// nothing.
+constexpr double kHoldsNothing = 0x1p-30;
+// Multipliers that leave more of the gradients are those of no optimum.
+constexpr double kUnbalanced = 0x1p-16;
+// The step of difference quotients, in units of the extent: both of their errors are near 1e-10.
+constexpr double kDifference = 0x1p-17;
+// Against the uncertainty of what is determined: of what is not, and the least that is told from 0.
+constexpr double kVast = 0x1p20;
+constexpr double kLeast = 0x1p-80;
+
+class HeldFeature {
+ public:
+  HeldFeature(PointView points, const Feature& feature, const ContactAccount& account, const Covariance& unknowns,
+              int held)
+      : m_points(points), m_feature(feature), m_account(account), m_unknowns(unknowns), m_held(held) {
+    FindDifferences();
+    FindCurvature();
+  }
+
+  // Adds the squares of what the move of each contact along each axis does to the unknowns; `radius`, if it is not
+  // null, has a row of its own at the end.
+  void AddMoves(bool hasRadius, double (&square)[N][N]) const {
+    for (int i = 0; i < m_account.holding; ++i) {
+      for (int axis = 0; axis < 3; ++axis) {
+        double u[N] = {};
+        const double value = Follow(i, axis, u);
+        if (hasRadius) u[m_held] = value;
+        for (int j = 0; j < N; ++j)
+          for (int k = 0; k < N; ++k) square[j][k] += u[j] * u[k];
+      }
+    }
+  }
+
+  // The directions that nothing holds.
+  int Undetermined() const { return m_undetermined; }
+  const double (&Direction(int k) const)[N] { return m_loose[k]; }
+
+ private:
+  double SideOf(int i) const { return m_account.contact[i].side; }
+
+  double Gradient(const Vec3& point, int i, double (&gradient)[N]) const {
+    double by[kUnknowns];
+    const double deviation = DeviationOf(m_feature, point, by);
+    std::fill_n(gradient, N, 0.0);
+    for (int j = 0; j < m_held; ++j) gradient[j] = SideOf(i) * m_unknowns.scale[j] * by[m_unknowns.unknown[j]];
+    return SideOf(i) * deviation;
+  }
+
+  Vec3 PointOf(int i) const { return LoadVec3(m_points[m_account.contact[i].index]); }
+
+  void FindDifferences() {
+    double first[N];
+    Gradient(PointOf(0), 0, first);
+    double column[N][N] = {};
+    for (int i = 1; i < m_account.holding; ++i) {
+      double gradient[N];
+      Gradient(PointOf(i), i, gradient);
+      for (int j = 0; j < m_held; ++j) column[j][i - 1] = gradient[j] - first[j];
+    }
+    m_differences = SvdOfColumns(column);
+  }
+
+  bool IsHeld(int k) const { return m_differences.value[k] > kHoldsNothing * m_differences.value[0]; }
+
+  // Of what the differences leave free; unknowns beyond those of the feature have axes of their own.
+  void FindCurvature() {
+    double sum[kUnknowns][kUnknowns] = {};
+    for (int i = 0; i < m_account.holding; ++i)
+      AddCurvature(m_feature, PointOf(i), SideOf(i) * m_account.contact[i].multiplier, sum);
+    for (int j = 0; j < m_held; ++j)
+      for (int k = 0; k < m_held; ++k)
+        m_curvature[j][k] =
+            m_unknowns.scale[j] * m_unknowns.scale[k] * sum[m_unknowns.unknown[j]][m_unknowns.unknown[k]];
+    for (int k = 0; k < N; ++k)
+      if (!IsHeld(k) && IsOfFeature(m_differences.axis[k])) m_free[m_freeCount++] = k;
+    double reduced[N * N] = {};
+    for (int a = 0; a < m_freeCount; ++a)
+      for (int b = 0; b < m_freeCount; ++b)
+        reduced[a * N + b] = Bend(m_differences.axis[m_free[a]], m_differences.axis[m_free[b]]);
+    double values[N], vectors[N * N];
+    if (m_freeCount == 0 || !DecomposeSymmetric(reduced, m_freeCount, N, values, vectors, N)) return;
+    for (int a = 0; a < m_freeCount; ++a) {
+      double direction[N] = {};
+      for (int b = 0; b < m_freeCount; ++b)
+        for (int j = 0; j < N; ++j) direction[j] += vectors[b * N + a] * m_differences.axis[m_free[b]][j];
+      const bool bends = values[a] * m_unknowns.extent > kHoldsNothing;
+      double(&to)[N] = bends ? m_bent[m_bentCount] : m_loose[m_undetermined];
+      std::copy_n(direction, N, to);
+      if (bends) m_bend[m_bentCount] = values[a];
+      ++(bends ? m_bentCount : m_undetermined);
+    }
+  }
+
+  bool IsOfFeature(const double (&axis)[N]) const {
+    return std::all_of(axis + m_held, axis + N, [](double component) { return component == 0.0; });
+  }
+
+  double Bend(const double (&a)[N], const double (&b)[N]) const {
+    double sum = 0.0;
+    for (int j = 0; j < m_held; ++j)
+      for (int k = 0; k < m_held; ++k) sum += a[j] * m_curvature[j][k] * b[k];
+    return sum;
+  }
+
+  // The unknowns after contact i has moved by 1 along an axis; returns the change of its deviation times its
+  // multiplier and the sense of a radius.
+  double Follow(int i, int axis, double (&u)[N]) const {
+    const double h = kDifference * m_unknowns.extent;
+    const Vec3 step{axis == 0 ? h : 0.0, axis == 1 ? h : 0.0, axis == 2 ? h : 0.0};
+    double after[N], before[N];
+    const double rise = Gradient(PointOf(i) + step, i, after) - Gradient(PointOf(i) - step, i, before);
+    const double normal = rise / (2.0 * h);
+    for (int k = 0; k < N; ++k) {
+      if (!IsHeld(k)) continue;
+      const double* work = m_differences.work[k];
+      double right = 0.0;
+      for (int r = 0; r + 1 < m_account.holding; ++r)
+        right -= work[r] * (i == 0 ? -normal : (r + 1 == i ? normal : 0.0));
+      const double part = right / (m_differences.value[k] * m_differences.value[k]);
+      for (int j = 0; j < N; ++j) u[j] += part * m_differences.axis[k][j];
+    }
+    double held[N];
+    std::copy_n(u, N, held);
+    for (int b = 0; b < m_bentCount; ++b) {
+      double pull = Bend(m_bent[b], held);
+      for (int j = 0; j < m_held; ++j)
+        pull += m_account.contact[i].multiplier * m_bent[b][j] * (after[j] - before[j]) / (2.0 * h);
+      for (int j = 0; j < N; ++j) u[j] -= pull / m_bend[b] * m_bent[b][j];
+    }
+    return SideOf(i) * m_account.contact[i].multiplier * normal;
+  }
+
+  PointView m_points;
+  const Feature& m_feature;
+  const ContactAccount& m_account;
+  const Covariance& m_unknowns;
+  int m_held;
+  SmallSvd<N> m_differences{};
+  double m_curvature[N][N] = {};
+  int m_free[N] = {};
+  int m_freeCount = 0;
+  double m_bent[N][N] = {};
+  double m_bend[N] = {};
+  int m_bentCount = 0;
+  double m_loose[N][N] = {};
+  int m_undetermined = 0;
+};
+
+// The axes and the reciprocal roots of the squares.
+void Decompose(const HeldFeature& held, double (&square)[N][N], Covariance& result) {
+  double trace = 1.0;
+  for (int k = 0; k < N; ++k) trace += square[k][k];
+  for (int w = 0; w < held.Undetermined(); ++w)
+    for (int j = 0; j < N; ++j)
+      for (int k = 0; k < N; ++k) square[j][k] += kVast * trace * held.Direction(w)[j] * held.Direction(w)[k];
+  double values[N], vectors[N * N];
+  result.finite = DecomposeSymmetric(&square[0][0], result.unknowns, N, values, vectors, N);
+  if (!result.finite) return;
+  result.undetermined = held.Undetermined();
+  for (int k = 0; k < result.unknowns; ++k) {
+    const bool isLoose = k >= result.unknowns - result.undetermined;
+    result.singular[k] = isLoose ? 0.0 : 1.0 / std::sqrt(std::max(values[k], kLeast * trace));
+    for (int j = 0; j < result.unknowns; ++j) result.axis[k][j] = vectors[j * N + k];
+  }
+  const double last = result.singular[result.unknowns - 1];
+  result.condition = last > 0.0 ? result.singular[0] / last : std::numeric_limits<double>::infinity();
+}
+
+}  // namespace
+
+Covariance SensitivityToContacts(PointView points, const Feature& feature, ContactCriterion criterion,
+                                 const ContactAccount& account, UnknownMask free) {
+  Covariance result;
+  // The middle between two nappes is an unknown of its own, which no parameter of the feature is.
+  const bool hasMiddle = feature.kind == FeatureKind::cone && feature.bothNappes;
+  const bool isBalanced = account.holding > 0 && account.holding <= N && account.balance <= kUnbalanced;
+  result.finite = account.finite && isBalanced && !hasMiddle;
+  if (!result.finite) return result;
+  const UnknownMask all = free & UnknownsOf(feature.kind);
+  const bool isSize = criterion == ContactCriterion::circumscribed || criterion == ContactCriterion::inscribed;
+  const UnknownMask radius = isSize ? all & 1U << kSize0 : 0U;
+  for (int k = 0; k < kUnknowns; ++k)
+    if (((all & ~radius) >> k & 1U) != 0) result.unknown[result.unknowns++] = static_cast<Unknown>(k);
+  const int held = result.unknowns;
+  if (radius != 0) result.unknown[result.unknowns++] = kSize0;
+  for (std::size_t i = 0; i < points.Size(); ++i)
+    result.extent = std::max(result.extent, Norm(LoadVec3(points[i]) - feature.frame.origin));
+  result.finite = result.extent > 0.0;
+  if (!result.finite || result.unknowns == 0) return result;
+  for (int j = 0; j < result.unknowns; ++j)
+    result.scale[j] = (AnglesOf(feature.kind) >> result.unknown[j] & 1U) != 0 ? 1.0 / result.extent : 1.0;
+  const HeldFeature moves(points, feature, account, result, held);
+  double square[N][N] = {};
+  moves.AddMoves(radius != 0, square);
+  Decompose(moves, square, result);
+  return result;
+}
+
+}  // namespace nu::engine::association
