@@ -62,7 +62,7 @@ std::vector<std::string> FeatureFailures(const PartResult& part) {
 }
 
 std::vector<PartResult> EvaluateParts(const PartPlan& plan, const std::vector<PartFiles>& parts,
-                                      const std::function<void(std::size_t)>& done) {
+                                      const std::function<void(std::size_t)>& done, unsigned threads) {
   std::vector<PartResult> results(parts.size());
   std::atomic<std::size_t> next{0};
   std::mutex telling;
@@ -75,10 +75,10 @@ std::vector<PartResult> EvaluateParts(const PartPlan& plan, const std::vector<Pa
       if (done) done(count);
     }
   };
-  const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
+  const std::size_t most = threads > 0 ? threads : std::max(1U, std::thread::hardware_concurrency());
   std::vector<std::thread> helpers;
   try {
-    while (helpers.size() + 1 < std::min(cores, parts.size())) helpers.emplace_back(work);
+    while (helpers.size() + 1 < std::min(most, parts.size())) helpers.emplace_back(work);
   } catch (const std::system_error&) {
     // With fewer threads it takes longer, no more.
   }
