@@ -115,6 +115,17 @@ expect_text(2 "points.txt:2: 'many' is not a number of things" "ply\nelement ver
 expect_text(2 "the header names no x, y and z; found u v" "ply\nformat ascii 1.0\nelement vertex 1\nproperty float u\nproperty float v\nend_header\n1 2\n")
 expect_text(2 "SIZE has 1 words, FIELDS 3" "VERSION 0.7\nFIELDS x y z\nSIZE 4\nDATA binary\n")
 
+expect_text(2 "points.txt: ends after 3 of 4 points" "${pcd}1 2 3\n4 5 9\n7 8 1\n")
+expect_text(2 "points.txt: ends within the header|points.txt.*header" "ply\nformat binary_little_endian 1.0\nelement vertex 3\n")
+expect_text(2 "points.txt: ends after 0 of 3 points|points.txt: no points" "ply\nformat binary_little_endian 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\nend_header\n12")
+string(ASCII 127 69 76 70 2 1 1 200 201 144 noise)
+expect_text(2 "^inspect: [^\n]*points.txt[^\n]*\n$" "${noise}")
+# A packed file that was cut off, and one that is damaged.
+if(READS_GZIP AND NOT EMULATOR AND UNIX)
+  execute_process(COMMAND head -c 30 ${clouds}/parts.txt.gz OUTPUT_FILE ${own}/cut.gz)
+  expect(2 "^inspect: cut.gz: the compressed data ends too early\n$" cut.gz --feature plane)
+endif()
+
 # Columns and units that the header names, or the user.
 set(both "No,NomX,NomY,NomZ,ActX,ActY,ActZ\n1,0,0,0,1,2,3\n2,1,0,0,4,5,9\n3,0,1,0,7,8,1\n")
 expect_text(2 "points.txt:2: the header names several points; give --columns NomX,NomY,NomZ or ActX,ActY,ActZ" "${both}")
@@ -157,6 +168,7 @@ expect_text(3 "the plane cannot be fitted: .*2 points.* 3" "1 2 3\n4 5 6\n")
 expect_text(3 "the plane cannot be fitted: .*one line" "1 2 3\n2 3 4\n3 4 5\n4 5 6\n")
 expect(2 "holds a NUL byte|longer than" ${PROGRAM} --feature line)
 expect(2 "cannot be (read|opened)" . --feature line)
+expect(2 "^inspect: [^\n]*cannot be (read|opened)[^\n]*\n$" init .)
 expect(2 "nowhere.txt: cannot be opened" nowhere.txt --feature line)
 
 # Usage, and files that cannot be written.
@@ -180,6 +192,9 @@ expect(2 "not a number of boxes" ${edge} line --prove many)
 expect(2 "expected inside or outside" ${edge} line --material steel)
 expect(2 "--json '[^']*' would overwrite FILE" points.txt --feature line --json ${own}/points.txt)
 expect(2 "--svg './a' would overwrite --json" ${edge} line --json a --svg ./a)
+expect(2 "--csv './a' would overwrite --json" ${edge} line --json a --csv ./a)
+expect(2 "'nan' is not a length" ${edge} line --tolerance nan)
+expect(2 "'-1' is not a length" ${edge} line --tolerance=-1)
 expect(2 "2 pictures need a directory" ${edge} line --criterion all --svg a.svg)
 expect_everywhere(2 "straightness.*nowhere/a.svg: cannot be written|cannot be written.*straightness" nothing.xyz ${edge} line --svg nowhere/a.svg/ --json left.json)
 expect_json(left.json line results 1 feature)

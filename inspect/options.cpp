@@ -152,9 +152,9 @@ constexpr Option kOptions[] = {
      SetFilter},
     {kFit | kPlan, "--html", "FILE", "write the report as one page that needs no network",
      [](Options& options, std::string_view text) { options.html = text; }},
-    {kPlan, "--csv", "FILE", "write the results of a plan as a table",
+    {kFit | kPlan, "--csv", "FILE", "write the results as a table of comma-separated values",
      [](Options& options, std::string_view text) { options.csv = text; }},
-    {kPlan, "--qif", "FILE", "write the results of a plan for other software, as QIF 3",
+    {kFit | kPlan, "--qif", "FILE", "write the results for other software, as QIF 3",
      [](Options& options, std::string_view text) { options.qif = text; }},
     {kPlan, "--watch", "DIR", "inspect by the plan what lies in DIR, and each file that lands there, until interrupted",
      [](Options& options, std::string_view text) { options.watch = text; }},
@@ -271,7 +271,8 @@ std::string HelpText() {
       "       inspect compare FILE --feature NAME [options]\n\n"
       "Fits ideal features to the measured points of each FILE and reports their form deviation. FILE and the files "
       "of\n"
-      "--svg and --json may be -, standard input and output; the report then goes to standard error.\n"
+      "--svg, --json, --html, --csv and --qif may be -, standard input and output; the report then goes to standard "
+      "error.\n"
       "Names go in any letter case.\n\n";
   for (const Option& option : kOptions) {
     std::string left = std::string("  ") + option.name + (option.argument != nullptr ? " " : "") +

@@ -43,11 +43,17 @@ if(NOT html MATCHES "<h1>&lt;b&gt;two.*class=\"failure\">[^<]*cannot be fitted" 
   message(SEND_ERROR "two.html is not the page it should be")
 endif()
 
-# Features without a plan go on the same page.
-expect_everywhere(2 "RONt" ${PARTS}/bore.csv nothing.csv --feature circle --criterion ls,mz --decimal-comma --tolerance 0.01 --html circles.html)
+# Features without a plan go on the same page, and into the same tables.
+expect_everywhere(2 "RONt" ${PARTS}/bore.csv nothing.csv --feature circle --criterion ls,mz --decimal-comma --tolerance 0.01 --html circles.html --csv circles.csv --qif circles.qif)
 file(READ ${SCRATCH}/circles.html html)
 if(NOT html MATCHES "data-value=\"0\\.00629[0-9]+\".*data-value=\"0\\.00617[0-9]+\".*class=\"failure\">[^<]*nothing.csv: cannot be opened")
   message(SEND_ERROR "circles.html is not the page it should be")
+endif()
+
+file(READ ${SCRATCH}/circles.csv csv)
+file(READ ${SCRATCH}/circles.qif qif)
+if(NOT csv MATCHES "0\\.00629[0-9]+.*LSCI .ISO 12181-1., unfiltered.*0\\.00617.*cannot be opened" OR NOT qif MATCHES "0\\.00629[0-9]+</Value>.*NOT_MEASURED")
+  message(SEND_ERROR "circles.csv or circles.qif is not what it should be:\n${csv}")
 endif()
 
 # One output that cannot be written leaves the others.

@@ -12,9 +12,9 @@
 #include "evaluate/methods.h"
 #include "picture/pictures.h"
 #include "plan/plan_template.h"
-#include "report/html.h"
 #include "report/json.h"
 #include "report/output_file.h"
+#include "report/part_report.h"
 #include "report/table.h"
 #include "text.h"
 
@@ -44,6 +44,8 @@ void RefuseOverwriting(const Options& options, const std::vector<Method>& method
   }
   if (!options.json.empty()) claim(options.json, "--json");
   if (!options.html.empty()) claim(options.html, "--html");
+  if (!options.csv.empty()) claim(options.csv, "--csv");
+  if (!options.qif.empty()) claim(options.qif, "--qif");
   if (options.svg.empty()) return;
   const std::size_t pictures = options.files.size() * methods.size();
   if (pictures > 1 && !MeansDirectory(options.svg)) {
@@ -63,6 +65,7 @@ class FormReport {
     PartResult& part = m_report.parts[0];
     if (part.features.empty()) plan.unit = points.unit;
     plan.title = plan.title.empty() || plan.title == FileName(file) ? FileName(file) : "Form deviations";
+    part.name = plan.title;
     FeaturePlan feature;
     feature.name = FileName(file) + ", " + method.terms.feature + ", " + method.terms.criterion;
     feature.method = method;
@@ -102,6 +105,7 @@ class FormReport {
     if (inspection) {
       form.symbol = inspection->terms.symbol.empty() ? "" : inspection->terms.symbol + "t";
       form.measured = inspection->form;
+      form.evaluation = EvaluationText(*inspection);
       form.verdict = !options.tolerance                       ? Verdict::kNoTolerance
                      : inspection->form <= *options.tolerance ? Verdict::kWithinTolerance
                                                               : Verdict::kOutOfTolerance;
@@ -117,14 +121,16 @@ class Inspector {
   Inspector(const Options& options, std::vector<Method> methods)
       : m_options(options),
         m_methods(std::move(methods)),
-        m_stdoutIsTaken(options.svg == "-" || options.json == "-" || options.html == "-") {}
+        m_stdoutIsTaken(options.svg == "-" || options.json == "-" || options.html == "-" || options.csv == "-" ||
+                        options.qif == "-") {}
 
   ExitCode Execute() {
     if (!m_options.svg.empty() && MeansDirectory(m_options.svg)) Attempt([this] { MakeDirectory(m_options.svg); });
     for (const std::string& file : m_options.files) InspectFile(file);
     if (m_summary.size() > 1) Say("\nsummary\n" + Grid(m_summary));
     if (!m_options.json.empty()) Attempt([this] { WriteFile(m_options.json, JsonDocument(m_results)); });
-    if (!m_options.html.empty()) Attempt([this] { WriteFile(m_options.html, HtmlReport(m_page.Report())); });
+    if (WantsPage())
+      Attempt([this] { WriteReport(m_page.Report(), {m_options.html, "", m_options.csv, m_options.qif}); });
     return m_code;
   }
 
@@ -201,9 +207,11 @@ class Inspector {
     AddToPage(method, file, points, std::move(inspection), "");
   }
 
+  bool WantsPage() const { return !m_options.html.empty() || !m_options.csv.empty() || !m_options.qif.empty(); }
+
   void AddToPage(const Method& method, const std::string& file, const PointFile& points,
                  std::optional<Inspection> inspection, const std::string& error) {
-    if (m_options.html.empty()) return;
+    if (!WantsPage()) return;
     m_page.Add(method, ShownName(file), points, std::move(inspection), error, m_options);
   }
 

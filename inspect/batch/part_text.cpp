@@ -62,12 +62,14 @@ std::string FramesText(const PartPlan& plan, const PartResult& part) {
 }
 
 std::string CharacteristicsText(const PartResult& part) {
-  Cells cells = {{"characteristic", "measured", "unit", "nominal", "lower", "upper", "deviation", "verdict"}};
+  Cells cells = {
+      {"characteristic", "measured", "unit", "nominal", "lower", "upper", "deviation", "verdict", "evaluation"}};
   for (const Characteristic& each : part.characteristics) {
     cells.push_back({Printable(each.name), each.measured ? Fixed(*each.measured, each.decimals) : "", each.unit,
                      Number(each.nominal, each.decimals), Number(each.lower, each.decimals),
                      Number(each.upper, each.decimals),
-                     each.deviation ? SignedFixed(*each.deviation, each.decimals) : "", VerdictText(each.verdict)});
+                     each.deviation ? SignedFixed(*each.deviation, each.decimals) : "", VerdictText(each.verdict),
+                     each.evaluation});
   }
   return part.characteristics.empty() ? "" : "\n" + Grid(cells);
 }
@@ -78,9 +80,6 @@ std::string PartText(const PartPlan& plan, const PartResult& part) {
   return Title(plan) + FeaturesText(plan, part) + FramesText(plan, part) + CharacteristicsText(part);
 }
 
-namespace {
-
-// What is out of tolerance, as far as there is room for it.
 std::string FindingsOf(const PartResult& part) {
   constexpr std::size_t kMost = 4;
   std::string text;
@@ -93,8 +92,6 @@ std::string FindingsOf(const PartResult& part) {
   }
   return count > kMost ? text + "; and " + std::to_string(count - kMost) + " more" : text;
 }
-
-}  // namespace
 
 std::string BatchText(const PartReport& report) {
   Cells parts = {{"part", "verdict", "findings"}};

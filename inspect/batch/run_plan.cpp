@@ -217,7 +217,7 @@ class PlanRun {
   }
 
   std::vector<PartResult> Evaluate(const std::vector<PartFiles>& parts) const {
-    Progress progress("parts");
+    Progress progress("parts", Progress::Bar::kFromTheStart);
     const auto count = static_cast<double>(parts.size());
     return EvaluateParts(m_report.plan, parts,
                          [&](std::size_t done) { progress.Show(static_cast<double>(done) / count); });

@@ -7,6 +7,7 @@
 
 #include "evaluate/fit_tools.h"
 #include "evaluate/roundness_filter.h"
+#include "input/progress.h"
 #include "text.h"
 
 namespace {
@@ -156,8 +157,15 @@ std::vector<Method> FindMethods(const std::vector<std::string>& features, const 
   return methods;
 }
 
+std::string EvaluationText(const Inspection& inspection) {
+  const std::string& reference = inspection.terms.reference;
+  return inspection.terms.criterion + (reference.empty() ? "" : ", " + reference) + ", " +
+         (inspection.filter > 0 ? FilterText(inspection.filter) : "unfiltered");
+}
+
 Inspection Inspect(const Method& method, const std::vector<Vec3>& points, const InspectionTask& task) {
   try {
+    const Waiting waiting((task.boxes > 0 ? "proving the " : "fitting the ") + method.terms.feature);
     const bool filtered = task.filter > 0;
     Inspection inspection =
         method.fit(filtered ? FilteredRoundness(points, task.filter) : points, {method.criterion, task.boxes});

@@ -29,6 +29,9 @@ struct InspectionTask {
 // Throws FitFailure.
 Inspection Inspect(const Method& method, const std::vector<Vec3>& points, const InspectionTask& task);
 
+// How the feature follows from the points: "minimum zone, MZCI (ISO 12181-1), unfiltered".
+std::string EvaluationText(const Inspection& inspection);
+
 // A sentence that lists the features and criteria that can be fitted.
 std::string AvailableFits();
 

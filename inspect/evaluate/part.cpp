@@ -8,6 +8,7 @@
 #include <new>
 
 #include "evaluate/datum_frame.h"
+#include "evaluate/propagation.h"
 #include "evaluate/relations.h"
 #include "evaluate/roundness_filter.h"
 #include "text.h"
@@ -227,7 +228,8 @@ class PartEvaluation {
     if (plan.frame && !m_result.frames[*plan.frame].failure.empty()) {
       throw FitFailure("the datum frame " + Quoted(result->datum) + " failed: " + m_result.frames[*plan.frame].failure);
     }
-    const Measured measured = IsOfFeature(plan.kind) ? OfFeature(plan, *feature.inspection, result) : Related(plan);
+    const Measured measured =
+        IsOfFeature(plan.kind) ? OfFeature(plan, *feature.inspection, result) : Related(plan, result);
     if (!std::isfinite(measured.value)) throw FitFailure("the value is not finite");
     result->measured = measured.value;
     result->evaluation = measured.evaluation;
@@ -240,10 +242,10 @@ class PartEvaluation {
   }
 
   static Measured OfFeature(const CharacteristicPlan& plan, const Inspection& inspection, Characteristic* result) {
-    const std::string criterion = inspection.terms.criterion;
+    const std::string criterion = EvaluationText(inspection);
     if (plan.kind == CharacteristicKind::kForm) {
       if (!inspection.terms.symbol.empty()) result->symbol = inspection.terms.symbol + "t";
-      return {inspection.form, criterion + (inspection.filter > 0 ? ", " + FilterText(inspection.filter) : "")};
+      return {inspection.form, criterion};
     }
     const bool isDiameter = plan.kind == CharacteristicKind::kDiameter;
     const std::string name = isDiameter ? "radius" : plan.word;
@@ -262,13 +264,36 @@ class PartEvaluation {
     return std::nullopt;
   }
 
-  Measured Related(const CharacteristicPlan& plan) const {
-    constexpr double kRight = 90;
+  Measured Related(const CharacteristicPlan& plan, Characteristic* result) const {
     const FeatureGeometry& feature = *m_known[plan.feature];
+    const FeatureGeometry* datum = plan.datum ? m_known[*plan.datum] : nullptr;
+    if (IsOfFittedGeometry(plan)) {
+      result->uncertainty = PropagatedUncertainty(
+          {&feature, UncertaintyOfFeature(plan.feature)},
+          {datum, plan.datum ? UncertaintyOfFeature(*plan.datum) : nullptr},
+          [&](const FeatureGeometry& a, const FeatureGeometry* b) { return Relation(plan, a, b).value; });
+    }
+    return Relation(plan, feature, datum);
+  }
+
+  // Distances, angles and coordinates in the file follow from the fitted features alone; zones hold points, and datum
+  // frames are fitted again.
+  static bool IsOfFittedGeometry(const CharacteristicPlan& plan) {
+    using enum CharacteristicKind;
+    return plan.kind == kDistance || plan.kind == kAngle || (plan.kind == kCoordinate && !plan.frame);
+  }
+
+  const Uncertainty* UncertaintyOfFeature(std::size_t index) const {
+    const std::optional<Inspection>& inspection = m_result.features[index].inspection;
+    return inspection && inspection->uncertainty ? &*inspection->uncertainty : nullptr;
+  }
+
+  Measured Relation(const CharacteristicPlan& plan, const FeatureGeometry& feature, const FeatureGeometry* to) const {
+    constexpr double kRight = 90;
     const DatumFrameResult* frame = plan.frame ? &m_result.frames[*plan.frame] : nullptr;
     if (plan.kind == CharacteristicKind::kCoordinate) return MeasureCoordinate(feature, frame, plan.axis);
     if (plan.kind == CharacteristicKind::kPosition) return MeasurePosition(feature, frame, plan);
-    const FeatureGeometry& datum = *m_known[*plan.datum];
+    const FeatureGeometry& datum = *to;
     switch (plan.kind) {
       case CharacteristicKind::kDistance:
         return MeasureDistance(feature, datum);
@@ -278,6 +303,13 @@ class PartEvaluation {
         return MeasureParallelism(feature, datum);
       case CharacteristicKind::kPerpendicularity:
         return MeasurePerpendicularity(feature, datum);
+      case CharacteristicKind::kAngularity:
+        return MeasureAngularity(feature, datum, plan.exactAngle);
+      case CharacteristicKind::kSymmetry:
+        return MeasureSymmetry(feature, datum);
+      case CharacteristicKind::kCircularRunout:
+      case CharacteristicKind::kTotalRunout:
+        return MeasureRunout(feature, datum);
       case CharacteristicKind::kCoaxiality:
         return MeasureCoaxiality(feature, datum);
       default:

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
+#include <utility>
 
 #include "evaluate/fits.h"
 #include "text.h"
@@ -59,6 +61,30 @@ Measured TwiceLargest(const std::vector<Vec3>& points, const FeatureGeometry& ax
   double largest = 0;
   for (const Vec3& point : points) largest = std::max(largest, DistanceFromAxis(point, axis));
   return {2 * largest, evaluation};
+}
+
+// The smallest value of a function that falls and then rises between two arguments, by golden sections.
+template<typename Function>
+double SmallestOf(const Function& function, double low, double high, int steps) {
+  const double ratio = 1 / std::numbers::phi;
+  double a = high - ratio * (high - low);
+  double b = low + ratio * (high - low);
+  double atA = function(a);
+  double atB = function(b);
+  for (int i = 0; i < steps; ++i) {
+    if (atA < atB) {
+      high = std::exchange(b, a);
+      atB = atA;
+      a = high - ratio * (high - low);
+      atA = function(a);
+    } else {
+      low = std::exchange(a, b);
+      atA = atB;
+      b = low + ratio * (high - low);
+      atB = function(b);
+    }
+  }
+  return std::min(atA, atB);
 }
 
 std::string Quoted(const std::string& text) {
@@ -178,6 +204,57 @@ Measured MeasureConcentricity(const FeatureGeometry& feature, const FeatureGeome
   return TwiceLargest({feature.place}, datum,
                       isAxis ? "twice the distance of the centre from the datum axis"
                              : "twice the distance of the centres, seen along the normal of the datum");
+}
+
+Measured MeasureAngularity(const FeatureGeometry& feature, const FeatureGeometry& datum, double exactAngle) {
+  constexpr double kWindow = 10 * kDegree;  // to either side of the fitted feature: real features are closer
+  constexpr int kSteps = 60;                // of golden sections: the window shrinks below the rounding of angles
+  const bool mixed = (feature.shape == FeatureShape::kPlane) != (datum.shape == FeatureShape::kPlane);
+  // Between the directions; a plane at an angle to an axis has its normal at the complement.
+  const double angle = (mixed ? 90 - exactAngle : exactAngle) * kDegree;
+  const Vec3& z = datum.direction;
+  const Vec3 across = Across(feature.direction, z);
+  if (!(Length(across) > 0)) throw FitFailure("the feature has no direction across the datum");
+  const Vec3 x = Unit(across);
+  const Vec3 y = Cross(z, x);
+  const double side = Dot(feature.direction, z) < 0 ? -1 : 1;
+  const std::vector<Vec3> extent = ExtentOf(feature);
+  const auto width = [&](double turn) {
+    const Vec3 level = Plus(Times(std::cos(turn), x), Times(std::sin(turn), y));
+    const Vec3 direction = Plus(Times(side * std::cos(angle), z), Times(std::sin(angle), level));
+    return feature.shape == FeatureShape::kPlane ? WidthAlong(extent, direction) : DiameterAround(extent, direction);
+  };
+  const bool isPlane = feature.shape == FeatureShape::kPlane;
+  const std::string zone = isPlane ? "width between two planes" : "diameter of a cylinder";
+  const std::string to = datum.shape == FeatureShape::kPlane ? "plane" : "axis";
+  return {SmallestOf(width, -kWindow, kWindow, kSteps),
+          zone + " at " + General(exactAngle, 6) + "\u00B0 to the datum " + to +
+              (isPlane ? " that hold " : " that holds ") + ExtentText(feature)};
+}
+
+Measured MeasureSymmetry(const FeatureGeometry& feature, const FeatureGeometry& datum) {
+  const bool isPoint = feature.shape == FeatureShape::kPoint;
+  double largest = 0;
+  for (const Vec3& point : isPoint ? std::vector<Vec3>{feature.place} : ExtentOf(feature)) {
+    largest = std::max(largest, std::fabs(Dot(Minus(point, datum.place), datum.direction)));
+  }
+  return {2 * largest, "width between two planes about the datum plane that hold " +
+                           (isPoint ? std::string("the centre") : ExtentText(feature))};
+}
+
+Measured MeasureRunout(const FeatureGeometry& feature, const FeatureGeometry& datum) {
+  if (feature.shape == FeatureShape::kPlane) {
+    return {WidthAlong(*feature.points, datum.direction),
+            "between the lowest and the highest point along the datum axis"};
+  }
+  double low = std::numeric_limits<double>::infinity();
+  double high = 0;
+  for (const Vec3& point : *feature.points) {
+    const double distance = DistanceFromAxis(point, datum);
+    low = std::min(low, distance);
+    high = std::max(high, distance);
+  }
+  return {high - low, "between the smallest and the largest distance of a point from the datum axis"};
 }
 
 Measured MeasureCoordinate(const FeatureGeometry& feature, const DatumFrameResult* frame, std::size_t axis) {

@@ -24,6 +24,16 @@ Measured MeasurePerpendicularity(const FeatureGeometry& feature, const FeatureGe
 Measured MeasureCoaxiality(const FeatureGeometry& feature, const FeatureGeometry& datum);
 Measured MeasureConcentricity(const FeatureGeometry& feature, const FeatureGeometry& datum);
 
+// The zone lies at the exact angle, in degrees, to the datum: between two planes, of an axis a cylinder, turned about
+// the datum's direction so that it is the narrowest.
+Measured MeasureAngularity(const FeatureGeometry& feature, const FeatureGeometry& datum, double exactAngle);
+
+// About the datum plane.
+Measured MeasureSymmetry(const FeatureGeometry& feature, const FeatureGeometry& datum);
+
+// How far the points run out about the datum axis: of a circle and of a cylinder across it, of a plane along it.
+Measured MeasureRunout(const FeatureGeometry& feature, const FeatureGeometry& datum);
+
 // In a datum frame, null for the coordinates of the files.
 Measured MeasureCoordinate(const FeatureGeometry& feature, const DatumFrameResult* frame, std::size_t axis);
 Measured MeasurePosition(const FeatureGeometry& feature, const DatumFrameResult* frame, const CharacteristicPlan& plan);

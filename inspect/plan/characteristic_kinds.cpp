@@ -34,8 +34,8 @@ constexpr Number kNumbers[] = {
 
 using Kind = CharacteristicKind;
 
-const std::array<KindRules, 10>& Relations() {
-  static const std::array<KindRules, 10> kRelations = {{
+const std::array<KindRules, 14>& Relations() {
+  static const std::array<KindRules, 14> kRelations = {{
       {Kind::kCoordinate, "x", Reference::kFrame, "datum", false, false, 0},
       {Kind::kCoordinate, "y", Reference::kFrame, "datum", false, false, 1},
       {Kind::kCoordinate, "z", Reference::kFrame, "datum", false, false, 2},
@@ -43,18 +43,31 @@ const std::array<KindRules, 10>& Relations() {
       {Kind::kAngle, "angle", Reference::kFeature, "to", false, true},
       {Kind::kParallelism, "parallelism", Reference::kFeature, "datum", true, false},
       {Kind::kPerpendicularity, "perpendicularity", Reference::kFeature, "datum", true, false},
+      {Kind::kAngularity, "angularity", Reference::kFeature, "datum", true, false},
       {Kind::kCoaxiality, "coaxiality", Reference::kFeature, "datum", true, false},
       {Kind::kConcentricity, "concentricity", Reference::kFeature, "datum", true, false},
+      {Kind::kSymmetry, "symmetry", Reference::kFeature, "datum", true, false},
+      {Kind::kCircularRunout, "circular runout", Reference::kFeature, "datum", true, false},
+      {Kind::kTotalRunout, "total runout", Reference::kFeature, "datum", true, false},
       {Kind::kPosition, "position", Reference::kFrame, "datum", true, false},
   }};
   return kRelations;
 }
 
-bool Fits(Kind kind, FeatureShape shape) {
-  if (kind == Kind::kAngle || kind == Kind::kParallelism || kind == Kind::kPerpendicularity) {
-    return shape != FeatureShape::kPoint;
-  }
+// Whether the kind is about directions: of the feature, and of what it refers to.
+bool IsOfDirections(Kind kind) {
+  return kind == Kind::kAngle || kind == Kind::kParallelism || kind == Kind::kPerpendicularity ||
+         kind == Kind::kAngularity;
+}
+
+bool Fits(Kind kind, const FeaturePlan& feature) {
+  const FeatureShape shape = ShapeOf(feature);
+  const std::string& type = feature.method.terms.feature;
+  if (IsOfDirections(kind)) return shape != FeatureShape::kPoint;
   if (kind == Kind::kCoaxiality) return shape == FeatureShape::kAxis;
+  // A section of a surface that was not measured as such is not known from scattered points.
+  if (kind == Kind::kCircularRunout) return type == "circle";
+  if (kind == Kind::kTotalRunout) return type == "cylinder" || type == "plane";
   return kind != Kind::kConcentricity || shape == FeatureShape::kPoint;
 }
 
@@ -73,7 +86,7 @@ std::string KindsOf(const FeaturePlan& feature) {
     if (feature.method.terms.feature == number.feature) kinds += std::string(", ") + number.word;
   }
   for (const KindRules& rules : Relations()) {
-    if (Fits(rules.kind, ShapeOf(feature))) kinds += ", " + rules.word;
+    if (Fits(rules.kind, feature)) kinds += ", " + rules.word;
   }
   return kinds;
 }
@@ -97,9 +110,9 @@ KindRules FindKind(const std::string& word, const FeaturePlan& feature) {
     return {number.kind, number.word, Reference::kNone, "", false, wanted == "semiangle", 0};
   }
   const auto& relations = Relations();
-  const auto* found =
-      std::find_if(relations.begin(), relations.end(), [&](const KindRules& rules) { return rules.word == wanted; });
-  if (found != relations.end() && Fits(found->kind, ShapeOf(feature))) return *found;
+  const auto* found = std::find_if(relations.begin(), relations.end(),
+                                   [&](const KindRules& rules) { return Plain(rules.word) == wanted; });
+  if (found != relations.end() && Fits(found->kind, feature)) return *found;
   throw InputError("the " + terms.feature + " '" + Printable(feature.name) + "' has no '" + Printable(word) +
                    "'; expected one of " + KindsOf(feature));
 }
@@ -108,9 +121,11 @@ std::string ProblemOf(CharacteristicKind kind, const FeaturePlan& feature, const
   const FeatureShape shape = ShapeOf(datum);
   const std::string found = "'" + Printable(datum.name) + "' is a " + datum.method.terms.feature;
   if (feature.name == datum.name) return "the feature is its own datum";
-  if (kind == Kind::kCoaxiality && shape != FeatureShape::kAxis) return "expected a line, cylinder or cone; " + found;
-  const bool needsDirection = kind == Kind::kAngle || kind == Kind::kParallelism || kind == Kind::kPerpendicularity;
-  if (needsDirection && shape == FeatureShape::kPoint) return "expected a plane, line, cylinder or cone; " + found;
+  const bool needsAxis = kind == Kind::kCoaxiality || kind == Kind::kCircularRunout || kind == Kind::kTotalRunout;
+  if (needsAxis && shape != FeatureShape::kAxis) return "expected a line, cylinder or cone; " + found;
+  if (kind == Kind::kSymmetry && shape != FeatureShape::kPlane) return "expected a plane; " + found;
+  if (IsOfDirections(kind) && shape == FeatureShape::kPoint)
+    return "expected a plane, line, cylinder or cone; " + found;
   if (kind == Kind::kConcentricity && shape == FeatureShape::kPlane) return "a plane has no centre; " + found;
   return "";
 }

@@ -51,8 +51,12 @@ enum class CharacteristicKind {
   kAngle,
   kParallelism,
   kPerpendicularity,
+  kAngularity,
   kCoaxiality,
   kConcentricity,
+  kSymmetry,
+  kCircularRunout,
+  kTotalRunout,
   kPosition
 };
 
@@ -66,6 +70,7 @@ struct CharacteristicPlan {
   std::size_t axis = 0;              // of a coordinate
   std::vector<double> at;            // of a position: theoretically exact, two or three coordinates
   Vec3 direction{0, 0, 1};           // of a position: the exact direction of the axis, or the exact normal
+  double exactAngle = 0;             // of an angularity: theoretically exact, in degrees
   bool isAngle = false;              // measured in degrees
   std::optional<double> nominal;
   std::optional<double> lower;

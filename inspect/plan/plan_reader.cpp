@@ -31,6 +31,27 @@ std::string ReadText(const std::string& path) {
   return text;
 }
 
+bool IsUnforeseen(std::string_view text) {
+  try {
+    static_cast<void>(toml::parse(text));
+  } catch (const UnforeseenToml&) {
+    return true;
+  } catch (const toml::parse_error&) {
+    return false;
+  }
+  return false;
+}
+
+// The first line that the reader of TOML did not foresee: text is read in order, so that all shorter beginnings pass.
+std::size_t UnforeseenLine(const std::string& text) {
+  std::vector<std::size_t> ends;
+  for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 1)) ends.push_back(at + 1);
+  const auto first = std::partition_point(ends.begin(), ends.end(), [&text](std::size_t end) {
+    return !IsUnforeseen(std::string_view(text).substr(0, end));
+  });
+  return static_cast<std::size_t>(first - ends.begin()) + 1;
+}
+
 toml::table ParseToml(const std::string& path) {
   const std::string text = ReadText(path);
   try {
@@ -38,6 +59,8 @@ toml::table ParseToml(const std::string& path) {
   } catch (const toml::parse_error& error) {
     throw InputError(Printable(path) + ":" + std::to_string(error.source().begin.line) + ": " +
                      Printable(error.description()));
+  } catch (const UnforeseenToml&) {
+    throw InputError(Printable(path) + ":" + std::to_string(UnforeseenLine(text)) + ": is not TOML");
   }
 }
 
@@ -272,6 +295,7 @@ class PlanReader {
     if (plan.name.empty()) plan.name = m_plan.features[plan.feature].name + " " + plan.word;
     RefuseTwin(m_plan.characteristics, plan.name, entry);
     if (plan.kind == CharacteristicKind::kPosition) ReadExactPlace(&entry, &plan);
+    if (plan.kind == CharacteristicKind::kAngularity) ReadExactAngle(&entry, &plan);
     rules.isZone ? ReadZone(&entry, &plan) : ReadLimits(&entry, &plan);
     entry.RefuseOtherKeys();
     m_plan.characteristics.push_back(plan);
@@ -314,6 +338,18 @@ class PlanReader {
     if (!(length > 0 && std::isfinite(length))) entry->Fail("direction", "the direction has no length");
     if (plan->at.size() == 2) plan->at.push_back(0);
     for (std::size_t i = 0; i < 3; ++i) plan->direction[i] = direction[i] / length;
+  }
+
+  static void ReadExactAngle(PlanEntry* entry, CharacteristicPlan* plan) {
+    constexpr double kRight = 90;
+    const std::optional<double> angle = entry->Number("angle");
+    if (!angle) entry->Fail("angle", "is missing; expected the theoretically exact angle to the datum in degrees");
+    if (!(*angle > 0 && *angle < kRight)) {
+      entry->Fail("angle",
+                  "expected an angle between 0 and 90 degrees; parallelism and perpendicularity are their own "
+                  "kinds");
+    }
+    plan->exactAngle = *angle;
   }
 
   static void ReadZone(PlanEntry* entry, CharacteristicPlan* plan) {

@@ -132,7 +132,7 @@ constexpr const char* kRest =
 # datums = ["A", "B", "C"]
 
 # Characteristics. kind: form, diameter, radius, semi-angle, x, y, z, distance, angle, parallelism, perpendicularity,
-# coaxiality, concentricity, position. Without limits or tolerance a value is only reported.
+# angularity, coaxiality, concentricity, symmetry, circular runout, total runout, position. Without limits or tolerance a value is only reported.
 #
 # [[characteristic]]
 # feature = "bore"

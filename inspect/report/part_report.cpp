@@ -28,13 +28,14 @@ std::string CsvRow(const PartResult& part, const Characteristic& each) {
   for (const auto& number : {each.nominal, each.lower, each.upper, each.measured, each.deviation, each.uncertainty}) {
     row += "," + Field(number);
   }
-  return row + "," + Field(VerdictText(each.verdict)) + "," + Field(each.failure) + "\r\n";
+  return row + "," + Field(VerdictText(each.verdict)) + "," + Field(each.evaluation) + "," + Field(each.failure) +
+         "\r\n";
 }
 
 std::string CsvOf(const PartReport& report) {
   std::string text =
       "part,characteristic,feature,kind,datum,unit,nominal,lower,upper,measured,deviation,uncertainty,verdict,"
-      "failure\r\n";
+      "evaluation,failure\r\n";
   for (const PartResult& part : report.parts) {
     for (const Characteristic& each : part.characteristics) text += CsvRow(part, each);
   }

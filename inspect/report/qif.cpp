@@ -60,6 +60,14 @@ const char* CharacteristicWord(const CharacteristicPlan& plan, const std::string
       return "Parallelism";
     case CharacteristicKind::kPerpendicularity:
       return "Perpendicularity";
+    case CharacteristicKind::kAngularity:
+      return "Angularity";
+    case CharacteristicKind::kSymmetry:
+      return "Symmetry";
+    case CharacteristicKind::kCircularRunout:
+      return "CircularRunout";
+    case CharacteristicKind::kTotalRunout:
+      return "TotalRunout";
     case CharacteristicKind::kCoaxiality:
       return "Coaxiality";
     case CharacteristicKind::kConcentricity:

@@ -458,4 +458,46 @@ TEST(Agreement, CharacteristicsAreThoseOfTheLibrary) {
   for (const auto& [name, value] : expected) ADD_FAILURE() << name << " is not in the report, expected " << value;
 }
 
+// The plate and the ball stand far apart: the distance of the centre from the plane is as uncertain as the plane is at
+// the centre, along its normal, and as the centre is along that normal; the coordinate as the centre alone.
+TEST(Agreement, UncertaintiesOfRelationsArePropagated) {
+  const std::string plan = "[[feature]]\nname = 'plate'\ntype = 'plane'\npoints = '" + kParts +
+                           "plate.asc'\n[[feature]]\nname = 'ball'\ntype = 'sphere'\npoints = '" + kParts +
+                           "ball.csv'\n[[characteristic]]\nfeature = 'ball'\nkind = 'distance'\nto = 'plate'\n"
+                           "[[characteristic]]\nfeature = 'ball'\nkind = 'y'\n"
+                           "[[characteristic]]\nfeature = 'ball'\nkind = 'form'\n";
+  const Json report = ReportOf(plan, "nu-inspect-relations.toml");
+  const Json& characteristics = report["parts"][0]["characteristics"];
+  CNuPlane plane;
+  CNuSphSurf sphere(1.0);
+  const CNuPointArray onPlane = PointsOf({"plate.asc", 0});
+  const CNuPointArray onSphere = PointsOf({"ball.csv", 1});
+  CNuAssociation ofPlane(onPlane);
+  CNuAssociation ofSphere(onSphere);
+  ofPlane.SetDetails(NuDetailUncertainty);
+  ofSphere.SetDetails(NuDetailUncertainty);
+  const CNuAssociationReport planeReport = ofPlane.Fit(NuLeastSquares, &plane);
+  const CNuAssociationReport sphereReport = ofSphere.Fit(NuLeastSquares, &sphere);
+  CNuPoint origin;
+  CNuVector axes[3];
+  sphereReport.GetParameterFrame(&origin, &axes[0], &axes[1], &axes[2]);
+  const CNuMatrix covariance = sphereReport.GetCovariance();
+  const auto ofCentre = [&](const CNuVector& direction) {
+    double variance = 0;
+    for (int i = 0; i < 3; ++i) {
+      for (int j = 0; j < 3; ++j) {
+        variance += (axes[i] % direction) * (axes[j] % direction) * covariance.GetElement(i, j);
+      }
+    }
+    return std::sqrt(variance);
+  };
+  const double expected =
+      std::hypot(planeReport.GetSurfaceUncertainty(sphere.GetCentre()), ofCentre(plane.GetNormal()));
+  EXPECT_NEAR(characteristics[0]["measured"].Number(), sphere.GetCentre().DistanceTo(plane), kSame);
+  EXPECT_NEAR(characteristics[0]["uncertainty"].Number(), expected, 1e-5 * expected);
+  const double ofY = ofCentre(CNuVector(0.0, 1.0, 0.0));
+  EXPECT_NEAR(characteristics[1]["uncertainty"].Number(), ofY, 1e-5 * ofY);
+  EXPECT_FALSE(characteristics[2]["uncertainty"].IsNumber());
+}
+
 }  // namespace
