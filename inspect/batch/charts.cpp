@@ -178,6 +178,20 @@ class TrendChart : Chart {
     for (std::size_t i = 0; i < line.size(); ++i) {
       m_canvas.Circle(line[i], radius, IsOutside(m_series.values[i]) ? kOutside : style::kSample);
     }
+    TellValues(line);
+  }
+
+  // The part of each point and its value.
+  void TellValues(const std::vector<PagePoint>& places) {
+    constexpr int kPageDecimals = 2;
+    std::string list;
+    for (std::size_t i = 0; i < places.size(); ++i) {
+      list += (list.empty() ? "[" : ",[") + Fixed(places[i].x, kPageDecimals) + "," +
+              Fixed(places[i].y, kPageDecimals) + ",\"" +
+              JsonEscaped(Printable(m_report.parts[m_series.parts[i]].name)) + "\",\"" +
+              WithMinusSign(Fixed(m_series.values[i], m_decimals)) + " " + m_unit + "\"]";
+    }
+    m_canvas.ReadOut("[" + list + "]");
   }
 
   std::size_t m_parts;

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "batch/charts.h"
+#include "batch/part_text.h"
 #include "report/assets.h"
 #include "report/markup.h"
 #include "report/moment.h"
@@ -76,8 +77,9 @@ class HtmlWriter {
     m_page.Raw(std::string("<style>\n") + kReportCss + "</style>\n</head>\n<body>\n");
     AddHead(title);
     m_page.Raw("<main>\n");
-    AddCharacteristics();
+    if (IsBatch()) AddPartList();
     if (!m_report.capabilities.empty()) AddCapabilities();
+    AddCharacteristics();
     AddParts();
     m_page.Raw("</main>\n");
     AddFoot();
@@ -140,9 +142,36 @@ class HtmlWriter {
     return found == features.end() ? "" : FeatureId(part, static_cast<std::size_t>(found - features.begin()));
   }
 
+  // A row for each part of a batch.
+  void AddPartList() {
+    HtmlTable table;
+    table.caption = std::to_string(m_report.parts.size()) + " parts";
+    table.style = "sortable parts";
+    table.heads = {"No.", "Part", "Verdict", "Out of tolerance", "Without a value", "Findings"};
+    for (const PartResult& part : m_report.parts) {
+      const auto count = [&part](Verdict verdict) {
+        return static_cast<std::size_t>(
+            std::count_if(part.characteristics.begin(), part.characteristics.end(),
+                          [verdict](const Characteristic& each) { return each.verdict == verdict; }));
+      };
+      table.rows.push_back({CountCell(table.rows.size() + 1),
+                            {part.name, "", "", ""},
+                            VerdictCell(part.verdict),
+                            CountCell(count(Verdict::kOutOfTolerance)),
+                            CountCell(count(Verdict::kFailed)),
+                            {FindingsOf(part), "", "", ""}});
+    }
+    m_page.Open("section", {{"aria-labelledby", "parts"}});
+    m_page.Element("h2", "Parts", {{"id", "parts"}});
+    AddTable(table, &m_page);
+    m_page.Close("section");
+  }
+
   void AddCharacteristics() {
     HtmlTable table;
-    table.caption = "Characteristics: " + Tally() + ". Uncertainties are standard ones (k = 1).";
+    table.caption = "Characteristics: " + Tally() +
+                    ". Uncertainties are standard ones (k = 1), from the deviations; none is given of form, of zones "
+                    "and in datum frames.";
     table.style = "sortable summary";
     // What is read first stands first: on narrow pages the rest is out of sight.
     table.heads = {"No.",   "Part",  "Characteristic", "Verdict",     "Measured", "Unit",    "Nominal",
@@ -153,13 +182,31 @@ class HtmlWriter {
       }
     }
     m_page.Open("section", {{"aria-labelledby", "summary"}});
-    m_page.Element("h2", "Summary", {{"id", "summary"}});
+    m_page.Element("h2", IsBatch() ? "Characteristics" : "Summary", {{"id", "summary"}});
     for (const PartResult& part : m_report.parts) {
       if (!part.failure.empty()) AddFailure(IsBatch() ? part.name + ": " + part.failure : part.failure);
     }
     if (!table.rows.empty()) AddTable(table, &m_page);
     AddFailures();
+    AddEvaluations();
     m_page.Close("section");
+  }
+
+  // How the values follow from the points: the same in every part.
+  void AddEvaluations() {
+    HtmlTable table;
+    table.caption = "How each value follows from the points";
+    table.style = "rows";
+    table.heads = {"Characteristic", "Evaluation"};
+    for (std::size_t i = 0; i < m_plan.characteristics.size(); ++i) {
+      for (const PartResult& part : m_report.parts) {
+        if (i >= part.characteristics.size() || part.characteristics[i].evaluation.empty()) continue;
+        table.rows.push_back(
+            {{part.characteristics[i].name, "", "", ""}, {part.characteristics[i].evaluation, "", "", ""}});
+        break;
+      }
+    }
+    if (!table.rows.empty()) AddTable(table, &m_page);
   }
 
   std::vector<Cell> CharacteristicCells(std::size_t part, const Characteristic& each, std::size_t number) const {
@@ -224,7 +271,18 @@ class HtmlWriter {
         "standard deviation s of all values. Cp and Cpk are the same with the standard deviation within, from "
         "the mean moving range of successive parts; they are capabilities where the process is in "
         "statistical control.");
+    for (std::size_t i = 0; i < m_report.capabilities.size(); ++i) AddCharts(i);
     m_page.Close("section");
+  }
+
+  void AddCharts(std::size_t characteristic) {
+    const std::string& name = m_plan.characteristics[characteristic].name;
+    const std::string id = "characteristic-" + std::to_string(characteristic + 1);
+    m_page.Element("h3", name);
+    m_page.Open("div", {{"class", "charts"}});
+    AddFigure(id + "-trend", "Trend of " + name, DrawTrend(m_report, characteristic), true);
+    AddFigure(id + "-histogram", "Histogram of " + name, DrawHistogram(m_report, characteristic), false);
+    m_page.Close("div");
   }
 
   void AddParts() {
@@ -374,11 +432,19 @@ class HtmlWriter {
     const PointFile& points = feature.points;
     const PictureLabels labels{feature.name, *points.unit, rows,
                                "columns " + ColumnsText(points) + "; unit " + UnitText(points), &points};
-    const std::string what = "Deviations of " + feature.name;
-    m_page.Open("figure", {{"class", "zoomable"}});
+    AddFigure(id, "Deviations of " + feature.name, plan.method.draw(*feature.inspection, labels), true);
+  }
+
+  void AddFigure(const std::string& id, const std::string& what, const std::string& svg, bool isZoomable) {
+    m_page.Open("figure", {{"class", isZoomable ? "zoomable" : "still"}});
     m_page.Open("div", {{"class", "picture"}});
-    m_page.Raw(Inlined(plan.method.draw(*feature.inspection, labels), id, what));
+    m_page.Raw(Inlined(svg, id, what));
     m_page.Close("div");
+    if (isZoomable) AddTools(what);
+    m_page.Close("figure");
+  }
+
+  void AddTools(const std::string& what) {
     m_page.Open("div", {{"class", "tools"}, {"role", "group"}, {"aria-label", what}});
     AddButton("zoom-in", "+", "Zoom in");
     AddButton("zoom-out", "\u2212", "Zoom out");
@@ -387,7 +453,6 @@ class HtmlWriter {
     AddButton("point-after", "point \u2192", "Next point");
     m_page.Element("output", "");
     m_page.Close("div");
-    m_page.Close("figure");
   }
 
   void AddButton(const std::string& style, const std::string& text, const std::string& label) {

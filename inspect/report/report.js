@@ -81,7 +81,7 @@ for (const figure of document.querySelectorAll("figure.zoomable")) {
     const [x, y, place, deviation, coordinates] = points[index];
     mark.setAttribute("cx", x);
     mark.setAttribute("cy", y);
-    output.textContent = `${place}: ${deviation} at (${coordinates})`;
+    output.textContent = `${place}: ${deviation}` + (coordinates === undefined ? "" : ` at (${coordinates})`);
   };
   const nearest = (x, y) => {
     let best = -1;
