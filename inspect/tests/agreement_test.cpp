@@ -500,4 +500,31 @@ TEST(Agreement, UncertaintiesOfRelationsArePropagated) {
   EXPECT_FALSE(characteristics[2]["uncertainty"].IsNumber());
 }
 
+// Measured points with a published fit by orthogonal distances, data/measured/README.md: an ellipse as
+// B3 (x - B1)^2 + 2 B4 (x - B1)(y - B2) + B5 (y - B2)^2 = 1.
+TEST(Agreement, MeasuredPointsGiveThePublishedEllipse) {
+  constexpr double kPublished[] = {-0.9993809167281279, -2.9310484652026476, 0.0875730502693354, 0.0162299708984738,
+                                   0.0797537982976416};
+  constexpr double kDeviationOfCentre[] = {0.1113840353364371, 0.1097673310686467};
+  constexpr double kWhereTheirIterationEnds = 2e-6;
+  const Json report = ReportOf(std::string("[[feature]]\nname = 'ball'\ntype = 'ellipse'\npoints = '") + NU_DATA_DIR +
+                                   "/measured/prosthesis.csv'\n",
+                               "nu-inspect-measured.toml");
+  const Json& result = report["parts"][0]["features"][0]["result"];
+  ASSERT_FALSE(result.Has("error")) << result["error"].Text();
+  const Json& parameters = result["parameters"];
+  const CNuPoint centre = PointOf(parameters["centre"]);
+  EXPECT_NEAR(centre.x(), kPublished[0], kWhereTheirIterationEnds);
+  EXPECT_NEAR(centre.y(), kPublished[1], kWhereTheirIterationEnds);
+  // The semi-axes belong to the eigenvalues of the form.
+  const double mean = (kPublished[2] + kPublished[4]) / 2;
+  const double spread = std::hypot((kPublished[2] - kPublished[4]) / 2, kPublished[3]);
+  EXPECT_NEAR(parameters["semi-axis a"].Number(), 1 / std::sqrt(mean - spread), kWhereTheirIterationEnds);
+  EXPECT_NEAR(parameters["semi-axis b"].Number(), 1 / std::sqrt(mean + spread), kWhereTheirIterationEnds);
+  // In any frame, the variances of the centre have one sum.
+  const Json& standard = result["uncertainty"]["standard"];
+  const double published = std::hypot(kDeviationOfCentre[0], kDeviationOfCentre[1]);
+  EXPECT_NEAR(std::hypot(standard["shift x"].Number(), standard["shift y"].Number()), published, 5e-5 * published);
+}
+
 }  // namespace
