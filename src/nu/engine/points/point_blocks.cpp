@@ -6,9 +6,11 @@
 namespace nu::engine::points {
 namespace {
 
-// How far ahead of the points the processor is told to fetch, in bytes: far enough to hide the way from memory, near
-// enough to stay within the first two caches.
-constexpr std::ptrdiff_t kFetchAhead = 8192;
+// How far ahead of the points the processor is told to fetch, in bytes: as many as a portion of points takes, so that
+// the next one is on its way while this one is computed. It waits in the second cache; the first one is full of this
+// one.
+constexpr std::ptrdiff_t kFetchAhead = 40 * kPortion;
+constexpr int kSecondCache = 2;
 constexpr std::ptrdiff_t kCacheLine = 64;
 
 // Asks for what lies ahead of eight points. A prefetch beyond the end of the points is ignored.
@@ -16,7 +18,8 @@ NU_ALWAYS_INLINE void FetchAhead(const PointView& points, std::size_t i) {
 #if defined(__GNUC__)
   const char* begin = reinterpret_cast<const char*>(points[i]);
   const std::ptrdiff_t bytes = reinterpret_cast<const char*>(points[i + kLanes - 1]) - begin;
-  for (std::ptrdiff_t at = 0; at <= bytes; at += kCacheLine) __builtin_prefetch(begin + (kFetchAhead + at));
+  for (std::ptrdiff_t at = 0; at <= bytes; at += kCacheLine)
+    __builtin_prefetch(begin + (kFetchAhead + at), 0, kSecondCache);
 #endif
 }
 
