@@ -22,22 +22,17 @@ from nu._core import (
     Torus,
 )
 from nu._errors import ArgumentError, CalculationError, Error, FitError, PointsError
-from nu._fits import (
+from nu._features import (
     CircleFit,
     ConeFit,
-    Contacts,
-    Criterion,
     CylinderFit,
     EllipseFit,
-    Explanation,
-    Fit,
     HyperbolaFit,
     LineFit,
     ParabolaFit,
     PlaneFit,
     SphereFit,
     TorusFit,
-    Uncertainty,
     fit_circle,
     fit_cone,
     fit_cylinder,
@@ -49,6 +44,7 @@ from nu._fits import (
     fit_sphere,
     fit_torus,
 )
+from nu._fits import Contacts, Criterion, Explanation, Fit, Uncertainty
 from nu._many import fit_many
 from nu._points import as_points
 from nu._polynomial import PolynomialFit, fit_polynomial

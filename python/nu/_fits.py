@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import enum
-from collections.abc import Iterable
+from collections.abc import Callable, Iterable
 from dataclasses import dataclass, field
 from typing import TYPE_CHECKING, Any, Generic, TypeVar
 
@@ -19,6 +19,7 @@ if TYPE_CHECKING:
     from matplotlib.axes import Axes
 
 Doubles = NDArray[np.float64]
+R = TypeVar("R")
 F = TypeVar("F", Line, Plane, Circle, Ellipse, Hyperbola, Parabola, Sphere, Cylinder, Cone, Torus)
 
 
@@ -40,7 +41,7 @@ DETAILS = {"form": 1, "deviations": 3, "uncertainty": 4, "contacts": 8, "explana
 
 
 def criterion_of(criterion: str | Criterion) -> Criterion:
-    """The criterion by its name or its letter of ISO 1101."""
+    """Find the criterion by its name or its letter of ISO 1101."""
     if criterion in LETTERS and len(criterion) == 1:
         return CRITERIA[LETTERS.index(criterion)]
     try:
@@ -51,7 +52,7 @@ def criterion_of(criterion: str | Criterion) -> Criterion:
 
 
 def details_of(details: str | Iterable[str]) -> int:
-    """The sum of the details by their names."""
+    """Add the details up by their names."""
     names = [details] if isinstance(details, str) else list(details)
     if names == ["all"]:
         names = list(DETAILS)
@@ -202,8 +203,10 @@ class Fit(Generic[F]):
 
     @property
     def deviations(self) -> Doubles:
-        """The signed deviation of every point, shape (n,), in their order. Of a line in space distances, without a
-        sign; of a line in a plane z = const positive to the left."""
+        """The signed deviation of every point, shape (n,), in their order.
+
+        Of a line in space distances, without a sign; of a line in a plane z = const positive to the left.
+        """
         values: Doubles = self._detail("deviations")
         return values
 
@@ -237,7 +240,7 @@ class Fit(Generic[F]):
         return Explanation(**found)
 
     def explain(self) -> str:
-        """In a sentence, why the feature is as uncertain as it is and what helps."""
+        """Tell in a sentence why the feature is as uncertain as it is and what helps."""
         return self.explanation.text
 
     @property
@@ -246,7 +249,7 @@ class Fit(Generic[F]):
         return self._points
 
     def plot(self, points: ArrayLike | None = None, *, ax: Axes | None = None, **options: Any) -> Axes:
-        """A picture of the deviations, by matplotlib.
+        """Draw a picture of the deviations, by matplotlib.
 
         Circles, spheres, cones, tori: a polar roundness plot. Cylinders: a map of the unrolled surface, or with
         ``kind="polar"`` the roundness plot. Others: a map of the deviations in the plane of the feature, or along a
@@ -260,6 +263,17 @@ class Fit(Generic[F]):
             Where to draw, with the projection that the picture needs; a new figure otherwise.
         options
             ``kind``: "polar" or "map". ``magnification`` of the deviations of a polar plot; chosen otherwise.
+
+        Returns
+        -------
+        matplotlib.axes.Axes
+
+        Raises
+        ------
+        ArgumentError
+            For another number of points, or a kind of picture that the feature does not have.
+        CalculationError
+            Without the points, or where they have changed since the fit.
         """
         from nu._plot import plot_fit
 
@@ -297,8 +311,24 @@ class Fit(Generic[F]):
         return type(self), (*self._numbers(), details)
 
     def to_dict(self, *, deviations: bool = False) -> dict[str, Any]:
-        """Plain numbers, texts, lists and dictionaries, such as JSON holds.
+        """Return plain numbers, texts, lists and dictionaries, such as JSON holds.
 
+        Parameters
+        ----------
+        deviations : bool
+            Whether the deviations of all points are among them.
+
+        Returns
+        -------
+        dict
+
+        Raises
+        ------
+        CalculationError
+            Where the points have changed since the fit.
+
+        Examples
+        --------
         >>> import nu
         >>> fit = nu.fit_sphere([[2, 0, 0], [0, 2, 0], [0, 0, 2], [-2, 0, 0], [0, -2, 0], [0, 0, -2]])
         >>> fit.to_dict()["feature"]
@@ -328,955 +358,55 @@ class Fit(Generic[F]):
         )
 
 
-def _request(
-    criterion: str | Criterion,
-    material: str | None,
-    start: Any,
-    max_steps: int | None,
-    tolerance: float | None,
-    fixed: dict[str, Any],
-) -> tuple[Criterion, _core.Options]:
-    chosen = criterion_of(criterion)
-    if material not in SIDES:
-        raise ArgumentError(f"material is 'outside', 'inside' or None, not {material!r}")
-    options = _core.Options()
+@dataclass(frozen=True)
+class Options:
+    """What a fit is told beside the criterion and what is fixed."""
+
+    material: str | None = None
+    start: Any = None
+    max_steps: int | None = None
+    tolerance: float | None = None
+
+
+def request(options: Options, fixed: dict[str, Any]) -> _core.Options:
+    """Make the options of the library; what is fixed comes by the names of the library."""
+    if options.material not in SIDES:
+        raise ArgumentError(f"material is 'outside', 'inside' or None, not {options.material!r}")
+    made = _core.Options()
     for name, value in fixed.items():
         if value is not None:
-            setattr(options, name, value)
-    options.material_side = SIDES[material]
-    options.start = start
-    options.max_steps = max_steps
-    options.tolerance = None if tolerance is None else float(tolerance)
-    return chosen, options
+            setattr(made, name, value)
+    made.material_side = SIDES[options.material]
+    made.start = options.start
+    made.max_steps = options.max_steps
+    made.tolerance = None if options.tolerance is None else float(options.tolerance)
+    return made
 
 
-def _result(
-    kind: int, criterion: Criterion, found: Any, points: Doubles, weights: Doubles | None, options: Any, budget: int
-) -> Fit[Any]:
+def result(class_: Callable[..., R], found: Any, request_: Request, points: Doubles) -> R:
+    """Make the result of a fit that the library has made."""
     feature, numbers, details = found
-    request = Request(kind, CRITERIA.index(criterion), options, weights, budget)
-    result: Fit[Any] = CLASSES[kind](feature, criterion, *numbers, details, points, request)
-    return result
+    return class_(feature, CRITERIA[request_.criterion], *numbers, details, points, request_)
 
 
 def _fit(
+    class_: Callable[..., R],
     kind: int,
     points: Any,
     criterion: str | Criterion,
     weights: Any,
+    options: Options,
+    fixed: dict[str, Any],
     details: str | Iterable[str],
-    prove_global: int,
-    material: str | None,
-    start: Any,
-    max_steps: int | None,
-    tolerance: float | None,
-    **fixed: Any,
-) -> Any:
-    chosen, options = _request(criterion, material, start, max_steps, tolerance, fixed)
+    budget: int,
+) -> R:
+    made = request(options, fixed)
     cloud = as_points(points)
     masses = None if weights is None else as_weights(weights, len(cloud))
-    number = CRITERIA.index(chosen)
+    number = CRITERIA.index(criterion_of(criterion))
     try:
-        found = _core.fit(kind, number, cloud, masses, options, details_of(details), prove_global)
+        found = _core.fit(kind, number, cloud, masses, made, details_of(details), budget)
     except FitError as error:
-        error.explanation = _core.explain_failure(kind, number, cloud, masses, options)
+        error.explanation = _core.explain_failure(kind, number, cloud, masses, made)
         raise
-    return _result(kind, chosen, found, cloud, masses, options, prove_global)
-
-
-@dataclass(frozen=True, eq=False, repr=False)
-class LineFit(Fit[Line]):
-    """The fit of a line; see `Fit`."""
-
-    @property
-    def point(self) -> Doubles:
-        """A point of the line, shape (3,)."""
-        return self.feature.point
-
-    @property
-    def direction(self) -> Doubles:
-        """Its direction, shape (3,)."""
-        return self.feature.direction
-
-
-@dataclass(frozen=True, eq=False, repr=False)
-class PlaneFit(Fit[Plane]):
-    """The fit of a plane; see `Fit`."""
-
-    @property
-    def point(self) -> Doubles:
-        """A point of the plane, shape (3,)."""
-        return self.feature.point
-
-    @property
-    def normal(self) -> Doubles:
-        """Its unit normal, shape (3,)."""
-        return self.feature.normal
-
-
-@dataclass(frozen=True, eq=False, repr=False)
-class CircleFit(Fit[Circle]):
-    """The fit of a circle; see `Fit`."""
-
-    @property
-    def radius(self) -> float:
-        """The radius."""
-        return self.feature.radius
-
-    @property
-    def centre(self) -> Doubles:
-        """The centre, shape (3,)."""
-        return self.feature.centre
-
-    @property
-    def normal(self) -> Doubles:
-        """The unit normal of its plane, shape (3,)."""
-        return self.feature.normal
-
-
-@dataclass(frozen=True, eq=False, repr=False)
-class EllipseFit(Fit[Ellipse]):
-    """The fit of a ellipse; see `Fit`."""
-
-    @property
-    def semi_axis_a(self) -> float:
-        """The larger semi-axis."""
-        return self.feature.semi_axis_a
-
-    @property
-    def semi_axis_b(self) -> float:
-        """The smaller semi-axis."""
-        return self.feature.semi_axis_b
-
-    @property
-    def centre(self) -> Doubles:
-        """The centre, shape (3,)."""
-        return self.feature.centre
-
-    @property
-    def x_axis(self) -> Doubles:
-        """The unit direction of the larger axis, shape (3,)."""
-        return self.feature.x_axis
-
-    @property
-    def normal(self) -> Doubles:
-        """The unit normal of its plane, shape (3,)."""
-        return self.feature.normal
-
-
-@dataclass(frozen=True, eq=False, repr=False)
-class HyperbolaFit(Fit[Hyperbola]):
-    """The fit of a hyperbola; see `Fit`."""
-
-    @property
-    def semi_axis_a(self) -> float:
-        """The semi-axis through the vertices."""
-        return self.feature.semi_axis_a
-
-    @property
-    def semi_axis_b(self) -> float:
-        """The other semi-axis."""
-        return self.feature.semi_axis_b
-
-    @property
-    def centre(self) -> Doubles:
-        """The centre, shape (3,)."""
-        return self.feature.centre
-
-    @property
-    def x_axis(self) -> Doubles:
-        """The unit direction through the vertices, shape (3,)."""
-        return self.feature.x_axis
-
-    @property
-    def normal(self) -> Doubles:
-        """The unit normal of its plane, shape (3,)."""
-        return self.feature.normal
-
-
-@dataclass(frozen=True, eq=False, repr=False)
-class ParabolaFit(Fit[Parabola]):
-    """The fit of a parabola; see `Fit`."""
-
-    @property
-    def focal_length(self) -> float:
-        """The focal length."""
-        return self.feature.focal_length
-
-    @property
-    def vertex(self) -> Doubles:
-        """The vertex, shape (3,)."""
-        return self.feature.vertex
-
-    @property
-    def x_axis(self) -> Doubles:
-        """The unit direction in which it opens, shape (3,)."""
-        return self.feature.x_axis
-
-    @property
-    def normal(self) -> Doubles:
-        """The unit normal of its plane, shape (3,)."""
-        return self.feature.normal
-
-
-@dataclass(frozen=True, eq=False, repr=False)
-class SphereFit(Fit[Sphere]):
-    """The fit of a sphere; see `Fit`."""
-
-    @property
-    def radius(self) -> float:
-        """The radius."""
-        return self.feature.radius
-
-    @property
-    def centre(self) -> Doubles:
-        """The centre, shape (3,)."""
-        return self.feature.centre
-
-
-@dataclass(frozen=True, eq=False, repr=False)
-class CylinderFit(Fit[Cylinder]):
-    """The fit of a cylinder; see `Fit`."""
-
-    @property
-    def radius(self) -> float:
-        """The radius."""
-        return self.feature.radius
-
-    @property
-    def axis_point(self) -> Doubles:
-        """A point of the axis, shape (3,)."""
-        return self.feature.axis_point
-
-    @property
-    def axis_direction(self) -> Doubles:
-        """The unit direction of the axis, shape (3,)."""
-        return self.feature.axis_direction
-
-
-@dataclass(frozen=True, eq=False, repr=False)
-class ConeFit(Fit[Cone]):
-    """The fit of a cone; see `Fit`."""
-
-    @property
-    def semi_angle(self) -> float:
-        """The semi-angle in degrees."""
-        return self.feature.semi_angle
-
-    @property
-    def apex(self) -> Doubles:
-        """The apex, shape (3,)."""
-        return self.feature.apex
-
-    @property
-    def axis_direction(self) -> Doubles:
-        """The unit direction from the apex into the points, shape (3,)."""
-        return self.feature.axis_direction
-
-
-@dataclass(frozen=True, eq=False, repr=False)
-class TorusFit(Fit[Torus]):
-    """The fit of a torus; see `Fit`."""
-
-    @property
-    def major_radius(self) -> float:
-        """The major radius."""
-        return self.feature.major_radius
-
-    @property
-    def minor_radius(self) -> float:
-        """The minor radius."""
-        return self.feature.minor_radius
-
-    @property
-    def centre(self) -> Doubles:
-        """The centre, shape (3,)."""
-        return self.feature.centre
-
-    @property
-    def axis_direction(self) -> Doubles:
-        """The unit direction of the axis, shape (3,)."""
-        return self.feature.axis_direction
-
-
-# In the order of the classes in the extension.
-CLASSES: list[Any] = [
-    LineFit,
-    PlaneFit,
-    CircleFit,
-    EllipseFit,
-    HyperbolaFit,
-    ParabolaFit,
-    SphereFit,
-    CylinderFit,
-    ConeFit,
-    TorusFit,
-]
-NAMES = ["line", "plane", "circle", "ellipse", "hyperbola", "parabola", "sphere", "cylinder", "cone", "torus"]
-# What may be fixed of a feature, and the name of that in the library.
-FIXED: list[dict[str, str]] = [
-    {"point": "point", "direction": "direction"},
-    {"point": "point", "normal": "direction"},
-    {"radius": "radius", "centre": "point", "normal": "direction"},
-    {"centre": "point", "normal": "direction"},
-    {"centre": "point", "normal": "direction"},
-    {"vertex": "point", "normal": "direction"},
-    {"radius": "radius", "centre": "point"},
-    {"radius": "radius", "axis_point": "point", "axis_direction": "direction"},
-    {"semi_angle": "semi_angle", "apex": "point", "axis_direction": "direction"},
-    {"major_radius": "major_radius", "minor_radius": "radius", "centre": "point", "axis_direction": "direction"},
-]
-
-
-def fit_line(
-    points: ArrayLike | Any,
-    criterion: str | Criterion = Criterion.LEAST_SQUARES,
-    *,
-    weights: ArrayLike | Any | None = None,
-    point: ArrayLike | None = None,
-    direction: ArrayLike | None = None,
-    material: str | None = None,
-    start: Line | None = None,
-    max_steps: int | None = None,
-    tolerance: float | None = None,
-    details: str | Iterable[str] = (),
-    prove_global: int = 0,
-) -> LineFit:
-    """Fit a line to points.
-
-    Parameters
-    ----------
-    points : array-like, shape (n, 3)
-        n >= 2 finite points; see `as_points`. They are borrowed where their layout allows.
-    criterion : str
-        Least squares, minimum zone; see `Criterion`.
-    weights : array-like, shape (n,), optional
-        Of the squared deviations, not negative; least squares only.
-    point, direction : optional
-        What keeps its value: a point for `point`; a direction for `direction`.
-    material : {"outside", "inside"}, optional
-        The side on which all points lie.
-    start : Line, optional
-        The fit leads to the optimum next to it.
-    max_steps, tolerance : optional
-        The limit on the steps, 1000, and the length tolerance.
-    details : str or iterable of str
-        What is computed with the fit: "deviations", "uncertainty", "contacts", "explanation" or "all".
-    prove_global : int
-        With a number of boxes a branch and bound looks for a better feature anywhere; fills `bound` and `gap`.
-
-    Raises
-    ------
-    ArgumentError
-        For arguments of another shape or domain, and options that do not go together.
-    PointsError, FitError
-        Where the points are too few or in a special position, or no optimum is found. Its `explanation` has the remedy.
-
-    >>> fit = fit_line([[0, 0, 0], [1, 1, 0], [2, 2, 0]])
-    >>> round(float(fit.direction[0]), 6)
-    0.707107
-    """
-    result: LineFit = _fit(
-        0,
-        points,
-        criterion,
-        weights,
-        details,
-        prove_global,
-        material,
-        start,
-        max_steps,
-        tolerance,
-        point=point,
-        direction=direction,
-    )
-    return result
-
-
-def fit_plane(
-    points: ArrayLike | Any,
-    criterion: str | Criterion = Criterion.LEAST_SQUARES,
-    *,
-    weights: ArrayLike | Any | None = None,
-    point: ArrayLike | None = None,
-    normal: ArrayLike | None = None,
-    material: str | None = None,
-    start: Plane | None = None,
-    max_steps: int | None = None,
-    tolerance: float | None = None,
-    details: str | Iterable[str] = (),
-    prove_global: int = 0,
-) -> PlaneFit:
-    """Fit a plane to points.
-
-    Parameters
-    ----------
-    points : array-like, shape (n, 3)
-        n >= 3 finite points; see `as_points`. They are borrowed where their layout allows.
-    criterion : str
-        Least squares, minimum zone; see `Criterion`.
-    weights : array-like, shape (n,), optional
-        Of the squared deviations, not negative; least squares only.
-    point, normal : optional
-        What keeps its value: a point for `point`; a direction for `normal`.
-    material : {"outside", "inside"}, optional
-        The side on which all points lie.
-    start : Plane, optional
-        The fit leads to the optimum next to it.
-    max_steps, tolerance : optional
-        The limit on the steps, 1000, and the length tolerance.
-    details : str or iterable of str
-        What is computed with the fit: "deviations", "uncertainty", "contacts", "explanation" or "all".
-    prove_global : int
-        With a number of boxes a branch and bound looks for a better feature anywhere; fills `bound` and `gap`.
-
-    Raises
-    ------
-    ArgumentError
-        For arguments of another shape or domain, and options that do not go together.
-    PointsError, FitError
-        Where the points are too few or in a special position, or no optimum is found. Its `explanation` has the remedy.
-
-    >>> fit = fit_plane([[0, 0, 1], [1, 0, 1], [0, 1, 1], [1, 1, 1]])
-    >>> fit.form
-    0.0
-    """
-    result: PlaneFit = _fit(
-        1,
-        points,
-        criterion,
-        weights,
-        details,
-        prove_global,
-        material,
-        start,
-        max_steps,
-        tolerance,
-        point=point,
-        direction=normal,
-    )
-    return result
-
-
-def fit_circle(
-    points: ArrayLike | Any,
-    criterion: str | Criterion = Criterion.LEAST_SQUARES,
-    *,
-    weights: ArrayLike | Any | None = None,
-    radius: float | None = None,
-    centre: ArrayLike | None = None,
-    normal: ArrayLike | None = None,
-    material: str | None = None,
-    start: Circle | None = None,
-    max_steps: int | None = None,
-    tolerance: float | None = None,
-    details: str | Iterable[str] = (),
-    prove_global: int = 0,
-) -> CircleFit:
-    """Fit a circle to points.
-
-    Parameters
-    ----------
-    points : array-like, shape (n, 3)
-        n >= 3 finite points; see `as_points`. They are borrowed where their layout allows.
-    criterion : str
-        All four; see `Criterion`.
-    weights : array-like, shape (n,), optional
-        Of the squared deviations, not negative; least squares only.
-    radius, centre, normal : optional
-        What keeps its value: a length above 0 for `radius`; a point for `centre`; a direction for `normal`.
-    material : {"outside", "inside"}, optional
-        The side on which all points lie.
-    start : Circle, optional
-        The fit leads to the optimum next to it.
-    max_steps, tolerance : optional
-        The limit on the steps, 1000, and the length tolerance.
-    details : str or iterable of str
-        What is computed with the fit: "deviations", "uncertainty", "contacts", "explanation" or "all".
-    prove_global : int
-        With a number of boxes a branch and bound looks for a better feature anywhere; fills `bound` and `gap`.
-
-    Raises
-    ------
-    ArgumentError
-        For arguments of another shape or domain, and options that do not go together.
-    PointsError, FitError
-        Where the points are too few or in a special position, or no optimum is found. Its `explanation` has the remedy.
-
-    >>> fit = fit_circle([[1, 0, 0], [0, 1, 0], [-1, 0, 0], [0, -1, 0]])
-    >>> round(fit.radius, 9)
-    1.0
-    """
-    result: CircleFit = _fit(
-        2,
-        points,
-        criterion,
-        weights,
-        details,
-        prove_global,
-        material,
-        start,
-        max_steps,
-        tolerance,
-        radius=radius,
-        point=centre,
-        direction=normal,
-    )
-    return result
-
-
-def fit_ellipse(
-    points: ArrayLike | Any,
-    criterion: str | Criterion = Criterion.LEAST_SQUARES,
-    *,
-    weights: ArrayLike | Any | None = None,
-    centre: ArrayLike | None = None,
-    normal: ArrayLike | None = None,
-    material: str | None = None,
-    start: Ellipse | None = None,
-    max_steps: int | None = None,
-    tolerance: float | None = None,
-    details: str | Iterable[str] = (),
-) -> EllipseFit:
-    """Fit an ellipse to points.
-
-    Parameters
-    ----------
-    points : array-like, shape (n, 3)
-        n >= 5 finite points; see `as_points`. They are borrowed where their layout allows.
-    criterion : str
-        Least squares; see `Criterion`.
-    weights : array-like, shape (n,), optional
-        Of the squared deviations, not negative; least squares only.
-    centre, normal : optional
-        What keeps its value: a point for `centre`; a direction for `normal`.
-    material : {"outside", "inside"}, optional
-        The side on which all points lie.
-    start : Ellipse, optional
-        The fit leads to the optimum next to it.
-    max_steps, tolerance : optional
-        The limit on the steps, 1000, and the length tolerance.
-    details : str or iterable of str
-        What is computed with the fit: "deviations", "uncertainty", "contacts", "explanation" or "all".
-
-    Raises
-    ------
-    ArgumentError
-        For arguments of another shape or domain, and options that do not go together.
-    PointsError, FitError
-        Where the points are too few or in a special position, or no optimum is found. Its `explanation` has the remedy.
-
-    >>> fit = fit_ellipse([[2, 0, 0], [0, 1, 0], [-2, 0, 0], [0, -1, 0], [1.6, 0.6, 0], [1.6, -0.6, 0]])
-    >>> round(fit.semi_axis_a, 9), round(fit.semi_axis_b, 9)
-    (2.0, 1.0)
-    """
-    result: EllipseFit = _fit(
-        3,
-        points,
-        criterion,
-        weights,
-        details,
-        0,
-        material,
-        start,
-        max_steps,
-        tolerance,
-        point=centre,
-        direction=normal,
-    )
-    return result
-
-
-def fit_hyperbola(
-    points: ArrayLike | Any,
-    criterion: str | Criterion = Criterion.LEAST_SQUARES,
-    *,
-    weights: ArrayLike | Any | None = None,
-    centre: ArrayLike | None = None,
-    normal: ArrayLike | None = None,
-    material: str | None = None,
-    start: Hyperbola | None = None,
-    max_steps: int | None = None,
-    tolerance: float | None = None,
-    details: str | Iterable[str] = (),
-) -> HyperbolaFit:
-    """Fit a hyperbola to points.
-
-    Parameters
-    ----------
-    points : array-like, shape (n, 3)
-        n >= 5 finite points; see `as_points`. They are borrowed where their layout allows.
-    criterion : str
-        Least squares; see `Criterion`.
-    weights : array-like, shape (n,), optional
-        Of the squared deviations, not negative; least squares only.
-    centre, normal : optional
-        What keeps its value: a point for `centre`; a direction for `normal`.
-    material : {"outside", "inside"}, optional
-        The side on which all points lie.
-    start : Hyperbola, optional
-        The fit leads to the optimum next to it.
-    max_steps, tolerance : optional
-        The limit on the steps, 1000, and the length tolerance.
-    details : str or iterable of str
-        What is computed with the fit: "deviations", "uncertainty", "contacts", "explanation" or "all".
-
-    Raises
-    ------
-    ArgumentError
-        For arguments of another shape or domain, and options that do not go together.
-    PointsError, FitError
-        Where the points are too few or in a special position, or no optimum is found. Its `explanation` has the remedy.
-
-    >>> points = [[1, 0, 0], [1.25, 0.75, 0], [1.25, -0.75, 0], [5 / 3, 4 / 3, 0], [5 / 3, -4 / 3, 0], [-1, 0, 0]]
-    >>> fit = fit_hyperbola(points)
-    >>> round(fit.semi_axis_a, 9), round(fit.semi_axis_b, 9)
-    (1.0, 1.0)
-    """
-    result: HyperbolaFit = _fit(
-        4,
-        points,
-        criterion,
-        weights,
-        details,
-        0,
-        material,
-        start,
-        max_steps,
-        tolerance,
-        point=centre,
-        direction=normal,
-    )
-    return result
-
-
-def fit_parabola(
-    points: ArrayLike | Any,
-    criterion: str | Criterion = Criterion.LEAST_SQUARES,
-    *,
-    weights: ArrayLike | Any | None = None,
-    vertex: ArrayLike | None = None,
-    normal: ArrayLike | None = None,
-    material: str | None = None,
-    start: Parabola | None = None,
-    max_steps: int | None = None,
-    tolerance: float | None = None,
-    details: str | Iterable[str] = (),
-) -> ParabolaFit:
-    """Fit a parabola to points.
-
-    Parameters
-    ----------
-    points : array-like, shape (n, 3)
-        n >= 5 finite points; see `as_points`. They are borrowed where their layout allows.
-    criterion : str
-        Least squares; see `Criterion`.
-    weights : array-like, shape (n,), optional
-        Of the squared deviations, not negative; least squares only.
-    vertex, normal : optional
-        What keeps its value: a point for `vertex`; a direction for `normal`.
-    material : {"outside", "inside"}, optional
-        The side on which all points lie.
-    start : Parabola, optional
-        The fit leads to the optimum next to it.
-    max_steps, tolerance : optional
-        The limit on the steps, 1000, and the length tolerance.
-    details : str or iterable of str
-        What is computed with the fit: "deviations", "uncertainty", "contacts", "explanation" or "all".
-
-    Raises
-    ------
-    ArgumentError
-        For arguments of another shape or domain, and options that do not go together.
-    PointsError, FitError
-        Where the points are too few or in a special position, or no optimum is found. Its `explanation` has the remedy.
-
-    >>> fit = fit_parabola([[0, 0, 0], [1, 2, 0], [1, -2, 0], [4, 4, 0], [4, -4, 0], [2.25, 3, 0]])
-    >>> round(fit.focal_length, 9)
-    1.0
-    """
-    result: ParabolaFit = _fit(
-        5,
-        points,
-        criterion,
-        weights,
-        details,
-        0,
-        material,
-        start,
-        max_steps,
-        tolerance,
-        point=vertex,
-        direction=normal,
-    )
-    return result
-
-
-def fit_sphere(
-    points: ArrayLike | Any,
-    criterion: str | Criterion = Criterion.LEAST_SQUARES,
-    *,
-    weights: ArrayLike | Any | None = None,
-    radius: float | None = None,
-    centre: ArrayLike | None = None,
-    material: str | None = None,
-    start: Sphere | None = None,
-    max_steps: int | None = None,
-    tolerance: float | None = None,
-    details: str | Iterable[str] = (),
-    prove_global: int = 0,
-) -> SphereFit:
-    """Fit a sphere to points.
-
-    Parameters
-    ----------
-    points : array-like, shape (n, 3)
-        n >= 4 finite points; see `as_points`. They are borrowed where their layout allows.
-    criterion : str
-        All four; see `Criterion`.
-    weights : array-like, shape (n,), optional
-        Of the squared deviations, not negative; least squares only.
-    radius, centre : optional
-        What keeps its value: a length above 0 for `radius`; a point for `centre`.
-    material : {"outside", "inside"}, optional
-        The side on which all points lie.
-    start : Sphere, optional
-        The fit leads to the optimum next to it.
-    max_steps, tolerance : optional
-        The limit on the steps, 1000, and the length tolerance.
-    details : str or iterable of str
-        What is computed with the fit: "deviations", "uncertainty", "contacts", "explanation" or "all".
-    prove_global : int
-        With a number of boxes a branch and bound looks for a better feature anywhere; fills `bound` and `gap`.
-
-    Raises
-    ------
-    ArgumentError
-        For arguments of another shape or domain, and options that do not go together.
-    PointsError, FitError
-        Where the points are too few or in a special position, or no optimum is found. Its `explanation` has the remedy.
-
-    >>> fit = fit_sphere([[1, 0, 0], [-1, 0, 0], [0, 1, 0], [0, 0, 1], [0, 0, -1]])
-    >>> round(fit.radius, 9)
-    1.0
-    """
-    result: SphereFit = _fit(
-        6,
-        points,
-        criterion,
-        weights,
-        details,
-        prove_global,
-        material,
-        start,
-        max_steps,
-        tolerance,
-        radius=radius,
-        point=centre,
-    )
-    return result
-
-
-def fit_cylinder(
-    points: ArrayLike | Any,
-    criterion: str | Criterion = Criterion.LEAST_SQUARES,
-    *,
-    weights: ArrayLike | Any | None = None,
-    radius: float | None = None,
-    axis_point: ArrayLike | None = None,
-    axis_direction: ArrayLike | None = None,
-    material: str | None = None,
-    start: Cylinder | None = None,
-    max_steps: int | None = None,
-    tolerance: float | None = None,
-    details: str | Iterable[str] = (),
-    prove_global: int = 0,
-) -> CylinderFit:
-    """Fit a cylinder to points.
-
-    Parameters
-    ----------
-    points : array-like, shape (n, 3)
-        n >= 5 finite points; see `as_points`. They are borrowed where their layout allows.
-    criterion : str
-        All four; see `Criterion`.
-    weights : array-like, shape (n,), optional
-        Of the squared deviations, not negative; least squares only.
-    radius, axis_point, axis_direction : optional
-        What keeps its value: a length above 0 for `radius`; a point for `axis_point`; a direction for `axis_direction`.
-    material : {"outside", "inside"}, optional
-        The side on which all points lie.
-    start : Cylinder, optional
-        The fit leads to the optimum next to it.
-    max_steps, tolerance : optional
-        The limit on the steps, 1000, and the length tolerance.
-    details : str or iterable of str
-        What is computed with the fit: "deviations", "uncertainty", "contacts", "explanation" or "all".
-    prove_global : int
-        With a number of boxes a branch and bound looks for a better feature anywhere; fills `bound` and `gap`.
-
-    Raises
-    ------
-    ArgumentError
-        For arguments of another shape or domain, and options that do not go together.
-    PointsError, FitError
-        Where the points are too few or in a special position, or no optimum is found. Its `explanation` has the remedy.
-
-    >>> fit = fit_cylinder([[1, 0, 0], [0, 1, 1], [-1, 0, 0], [0, -1, 1], [1, 0, 2], [0, 1, 3], [0.6, 0.8, 4]])
-    >>> round(fit.radius, 9)
-    1.0
-    """
-    result: CylinderFit = _fit(
-        7,
-        points,
-        criterion,
-        weights,
-        details,
-        prove_global,
-        material,
-        start,
-        max_steps,
-        tolerance,
-        radius=radius,
-        point=axis_point,
-        direction=axis_direction,
-    )
-    return result
-
-
-def fit_cone(
-    points: ArrayLike | Any,
-    criterion: str | Criterion = Criterion.LEAST_SQUARES,
-    *,
-    weights: ArrayLike | Any | None = None,
-    semi_angle: float | None = None,
-    apex: ArrayLike | None = None,
-    axis_direction: ArrayLike | None = None,
-    material: str | None = None,
-    start: Cone | None = None,
-    max_steps: int | None = None,
-    tolerance: float | None = None,
-    details: str | Iterable[str] = (),
-    prove_global: int = 0,
-) -> ConeFit:
-    """Fit a cone to points.
-
-    Parameters
-    ----------
-    points : array-like, shape (n, 3)
-        n >= 6 finite points; see `as_points`. They are borrowed where their layout allows.
-    criterion : str
-        Least squares, minimum zone; see `Criterion`.
-    weights : array-like, shape (n,), optional
-        Of the squared deviations, not negative; least squares only.
-    semi_angle, apex, axis_direction : optional
-        What keeps its value: degrees in (0, 90) for `semi_angle`; a point for `apex`; a direction for `axis_direction`.
-    material : {"outside", "inside"}, optional
-        The side on which all points lie.
-    start : Cone, optional
-        The fit leads to the optimum next to it.
-    max_steps, tolerance : optional
-        The limit on the steps, 1000, and the length tolerance.
-    details : str or iterable of str
-        What is computed with the fit: "deviations", "uncertainty", "contacts", "explanation" or "all".
-    prove_global : int
-        With a number of boxes a branch and bound looks for a better feature anywhere; fills `bound` and `gap`.
-
-    Raises
-    ------
-    ArgumentError
-        For arguments of another shape or domain, and options that do not go together.
-    PointsError, FitError
-        Where the points are too few or in a special position, or no optimum is found. Its `explanation` has the remedy.
-
-    >>> fit = fit_cone([[1, 0, 1], [0, 1, 1], [-1, 0, 1], [0, -2, 2], [2, 0, 2], [0, 3, 3], [-3, 0, 3]])
-    >>> round(fit.semi_angle, 6)
-    45.0
-    """
-    result: ConeFit = _fit(
-        8,
-        points,
-        criterion,
-        weights,
-        details,
-        prove_global,
-        material,
-        start,
-        max_steps,
-        tolerance,
-        semi_angle=semi_angle,
-        point=apex,
-        direction=axis_direction,
-    )
-    return result
-
-
-def fit_torus(
-    points: ArrayLike | Any,
-    criterion: str | Criterion = Criterion.LEAST_SQUARES,
-    *,
-    weights: ArrayLike | Any | None = None,
-    major_radius: float | None = None,
-    minor_radius: float | None = None,
-    centre: ArrayLike | None = None,
-    axis_direction: ArrayLike | None = None,
-    material: str | None = None,
-    start: Torus | None = None,
-    max_steps: int | None = None,
-    tolerance: float | None = None,
-    details: str | Iterable[str] = (),
-    prove_global: int = 0,
-) -> TorusFit:
-    """Fit a torus to points.
-
-    Parameters
-    ----------
-    points : array-like, shape (n, 3)
-        n >= 7 finite points; see `as_points`. They are borrowed where their layout allows.
-    criterion : str
-        Least squares, minimum zone; see `Criterion`.
-    weights : array-like, shape (n,), optional
-        Of the squared deviations, not negative; least squares only.
-    major_radius, minor_radius, centre, axis_direction : optional
-        What keeps its value: a length above 0 for `major_radius`; a length above 0 for `minor_radius`;
-        a point for `centre`; a direction for `axis_direction`.
-    material : {"outside", "inside"}, optional
-        The side on which all points lie.
-    start : Torus, optional
-        The fit leads to the optimum next to it.
-    max_steps, tolerance : optional
-        The limit on the steps, 1000, and the length tolerance.
-    details : str or iterable of str
-        What is computed with the fit: "deviations", "uncertainty", "contacts", "explanation" or "all".
-    prove_global : int
-        With a number of boxes a branch and bound looks for a better feature anywhere; fills `bound` and `gap`.
-
-    Raises
-    ------
-    ArgumentError
-        For arguments of another shape or domain, and options that do not go together.
-    PointsError, FitError
-        Where the points are too few or in a special position, or no optimum is found. Its `explanation` has the remedy.
-
-    >>> around, across = [(1, 0), (0, 1), (-1, 0), (0, -1)], [(1, 0), (0, 1), (-1, 0)]
-    >>> fit = fit_torus([[(3 + r) * c, (3 + r) * s, h] for c, s in around for r, h in across])
-    >>> round(fit.major_radius, 9), round(fit.minor_radius, 9)
-    (3.0, 1.0)
-    """
-    result: TorusFit = _fit(
-        9,
-        points,
-        criterion,
-        weights,
-        details,
-        prove_global,
-        material,
-        start,
-        max_steps,
-        tolerance,
-        major_radius=major_radius,
-        radius=minor_radius,
-        point=centre,
-        direction=axis_direction,
-    )
-    return result
+    return result(class_, found, Request(kind, number, made, masses, budget), cloud)

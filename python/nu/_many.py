@@ -11,7 +11,8 @@ from numpy.typing import ArrayLike
 
 from nu import _core
 from nu._errors import ArgumentError, Error
-from nu._fits import CRITERIA, FIXED, NAMES, Criterion, Fit, _request, _result, details_of
+from nu._features import CLASSES, FIXED, NAMES
+from nu._fits import CRITERIA, Criterion, Fit, Options, Request, criterion_of, details_of, request, result
 from nu._points import as_points, as_weights
 
 __all__ = ["fit_many"]
@@ -30,7 +31,7 @@ def _parts(parts: Any, offsets: ArrayLike | None) -> list[Any]:
 
 
 def _bar(progress: bool | None, total: int) -> Any:
-    """A progress bar of tqdm, or None."""
+    """Make a progress bar of tqdm, or None."""
     if progress is False:
         return None
     try:
@@ -81,6 +82,22 @@ def fit_many(
     criterion, material, start, max_steps, tolerance, details, fixed
         As for the single fits, for all parts: ``radius=5.0`` for example.
 
+    Returns
+    -------
+    list of Fit
+        With ``on_error="return"`` exceptions stand in the places of failures.
+
+    Raises
+    ------
+    ArgumentError
+        For arguments that do not fit together, before anything is fitted.
+    PointsError, FitError
+        The first failure, with ``on_error="raise"``; its notes name the part.
+    KeyboardInterrupt
+        For Ctrl-C, when all threads have ended.
+
+    Examples
+    --------
     >>> import numpy as np
     >>> angle = np.linspace(0, 6, 20)
     >>> rings = [np.column_stack([r * np.cos(angle), r * np.sin(angle), 0 * angle]) for r in (1.0, 2.0, 3.0)]
@@ -96,7 +113,8 @@ def fit_many(
     if unknown:
         raise ArgumentError(f"a {feature} has no {', '.join(sorted(unknown))} to fix")
     renamed = {FIXED[kind][name]: value for name, value in fixed.items()}
-    chosen, options = _request(criterion, material, start, max_steps, tolerance, renamed)
+    chosen = CRITERIA.index(criterion_of(criterion))
+    options = request(Options(material, start, max_steps, tolerance), renamed)
     clouds = [as_points(part) for part in _parts(parts, offsets)]
     masses: list[Any] | None = None
     if weights is not None:
@@ -115,7 +133,7 @@ def fit_many(
 
     try:
         mask = details_of(details)
-        found = _core.fit_many(kind, CRITERIA.index(chosen), clouds, masses, options, mask, workers, show)
+        found = _core.fit_many(kind, chosen, clouds, masses, options, mask, workers, show)
     finally:
         if bar is not None:
             bar.close()
@@ -127,5 +145,6 @@ def fit_many(
                 raise one
             results.append(one)
         else:
-            results.append(_result(kind, chosen, one, clouds[i], masses[i] if masses else None, options, 0))
+            asked = Request(kind, chosen, options, masses[i] if masses else None, 0)
+            results.append(result(CLASSES[kind], one, asked, clouds[i]))
     return results

@@ -106,7 +106,7 @@ def _map(fit: Any, local: Doubles, ax: Any) -> Any:
 
 
 def plot_fit(fit: Any, points: Doubles | None, ax: Any, kind: str | None = None, magnification: Any = None) -> Any:
-    """The picture that `Fit.plot` describes."""
+    """Draw the picture that `Fit.plot` describes."""
     if points is None:
         raise CalculationError("the points of this fit are not here any more: plot(points)")
     if len(points) != fit.n_points:

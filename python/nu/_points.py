@@ -17,7 +17,7 @@ _LARGEST_EXACT = 2**53
 
 
 def _unwrapped(points: Any) -> Any:
-    """The array behind a table or a cloud: pandas, polars, trimesh, Open3D."""
+    """Find the array behind a table or a cloud: pandas, polars, trimesh, Open3D."""
     if isinstance(points, np.ndarray):
         return points
     for name in ("vertices", "points"):  # trimesh's clouds and meshes, Open3D's clouds
@@ -48,11 +48,23 @@ def as_points(points: ArrayLike | Any) -> NDArray[np.float64]:
     clouds of trimesh and Open3D, and whatever has the array interface. float32 and smaller are converted exactly, and
     so are integers.
 
+    Parameters
+    ----------
+    points : array-like, shape (n, 3)
+        Lengths in any unit; what is not finite is left to the fits.
+
+    Returns
+    -------
+    numpy.ndarray, shape (n, 3), float64
+        The array of the caller, a view of it, or a copy in C order.
+
     Raises
     ------
     ArgumentError
         For another shape, numbers that are not real, and numbers that float64 cannot hold exactly.
 
+    Examples
+    --------
     >>> as_points([[0, 0, 1], [2, 0, 0]]).shape
     (2, 3)
     >>> import numpy as np

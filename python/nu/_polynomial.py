@@ -27,10 +27,11 @@ class PolynomialFit:
 
     @property
     def degree(self) -> int:
+        """The highest power."""
         return len(self.coefficients) - 1
 
     def __call__(self, x: ArrayLike | Any) -> NDArray[np.float64]:
-        """Its values, in the shape of x."""
+        """Evaluate the polynomial; values have the shape of x."""
         places = np.asarray(x, dtype=np.float64)
         values: NDArray[np.float64] = _core.polynomial_values(self.coefficients, np.ascontiguousarray(places.ravel()))
         return values.reshape(places.shape)
@@ -64,6 +65,10 @@ def fit_polynomial(x: ArrayLike | Any, y: ArrayLike | Any, degree: int) -> Polyn
     degree : int
         Not negative.
 
+    Returns
+    -------
+    PolynomialFit
+
     Raises
     ------
     ArgumentError
@@ -71,6 +76,8 @@ def fit_polynomial(x: ArrayLike | Any, y: ArrayLike | Any, degree: int) -> Polyn
     CalculationError
         For samples that are not finite.
 
+    Examples
+    --------
     >>> fit = fit_polynomial([0, 1, 2, 3], [1, 2, 5, 10], 2)
     >>> fit.coefficients.round(9).tolist()
     [1.0, 0.0, 1.0]

@@ -47,6 +47,12 @@ Rows ToArray(const CNuPointArray& points) {
   return Owning<Rows>(std::move(xyz), {static_cast<std::size_t>(n), 3});
 }
 
+CNuDoubleArray ToNumbers(const double* numbers, int count) {
+  CNuDoubleArray array(count > 0 ? count : 1);
+  for (int i = 0; i < count; ++i) array.Add(numbers[i]);
+  return array;
+}
+
 Block ToBlock(const PointsArgument& points) {
   const std::size_t count = points.shape(0);
   if (count > static_cast<std::size_t>(INT_MAX)) throw nb::value_error("more than 2147483647 points");

@@ -62,6 +62,8 @@ inline Vector3 ToArray(const CNuVector& v) {
 }
 Rows ToArray(const CNuPointArray& points);
 
+CNuDoubleArray ToNumbers(const double* numbers, int count);
+
 // Points of Python, borrowed: x, y, z of point i at xyz[i * stride].
 struct Block {
   const double* xyz = nullptr;
@@ -74,7 +76,7 @@ using PointsArgument = nb::ndarray<const double, nb::shape<-1, 3>, nb::device::c
 // none of the two over.
 Block ToBlock(const PointsArgument& points);
 
-// The order is that of the names in nu/_fits.py.
+// The order is that of the table in generate_features.py.
 using Feature = std::variant<CNuLine, CNuPlane, CNuCircle, CNuEllipse, CNuHyperbola, CNuParabola, CNuSphSurf,
                              CNuCylSurf, CNuConSurf, CNuTorSurf>;
 

@@ -193,9 +193,14 @@ Doubles Distances(const T& feature, const PointsArgument& points) {
   return Owning<Doubles>(std::move(distances), {n});
 }
 
+std::string ClassDoc(const char* summary, const char* parameters) {
+  return std::string(summary) + "\n\nParameters\n----------\n" + parameters +
+         "\nRaises\n------\nArgumentError\n    For other sizes, and directions of length 0.\n";
+}
+
 template<class T>
-nb::class_<T> BindFeature(nb::module_& m, const char* name, const char* doc) {
-  nb::class_<T> bound(m, name, doc);
+nb::class_<T> BindFeature(nb::module_& m, const char* name, const char* summary, const char* parameters) {
+  nb::class_<T> bound(m, name, ClassDoc(summary, parameters).c_str());
   bound.def("__repr__", [name](const T& f) { return Repr(f, name); })
       .def(
           "__eq__", [](const T& f, const T& other) { return AreEqual(f, other); }, nb::is_operator(),
@@ -225,7 +230,8 @@ nb::class_<T> BindFeature(nb::module_& m, const char* name, const char* doc) {
   if constexpr (!std::is_same_v<T, CNuTorSurf>) {
     bound
         .def(
-            "distance_to", [](const T& f, const Triple& p) { return Distance(p.Point(), f); }, nb::arg("point"))
+            "distance_to", [](const T& f, const Triple& p) { return Distance(p.Point(), f); }, nb::arg("point"),
+            "The least distance of a point, never negative.")
         .def("distances", &Distances<T>, nb::arg("points"),
              "Distances, never negative, of an (n, 3) array of float64, one per point.");
   }
@@ -325,29 +331,49 @@ Vector3 Projected(const T& feature, const Triple& p) {
   return ToArray(p.Point().ProjectionOn(feature));
 }
 
+constexpr const char* kCommonPoints =
+    "The common points, arrays of shape (3,), in a tuple; empty for parallel features.\n\n"
+    "Raises CalculationError where rounding decides.";
+constexpr const char* kCommonCurves =
+    "The common points and curves in a tuple: arrays of shape (3,), lines, circles, conics and intersection curves.\n\n"
+    "Raises CalculationError where rounding decides.";
+constexpr const char* kClosest = "The points of the line that are closest to the feature: none, one or two in a tuple.";
+constexpr const char* kDistance = "The least distance, never negative and 0 where they meet.";
+constexpr const char* kAngle = "Degrees in [0, 180] between directions of lines and normals of planes.";
+constexpr const char* kParallel =
+    "Whether directions of lines, or lines and planes, are parallel within so many degrees.";
+constexpr const char* kMidLine =
+    "The line half-way to a point, a line or a plane.\n\nRaises ArgumentError where there is none.";
+constexpr const char* kMidPlane =
+    "The plane half-way to a point, a line or a plane.\n\nRaises ArgumentError where there is none.";
+
 // Both directions of relations that the library has in one of the two classes.
 template<class A, class B>
 void BindCurves(nb::class_<A>& a, nb::class_<B>& b) {
-  a.def("intersect", &CommonCurves<A, B>, nb::arg("other"));
+  a.def("intersect", &CommonCurves<A, B>, nb::arg("other"), kCommonCurves);
   if constexpr (!std::is_same_v<A, B>)
     b.def(
-        "intersect", [](const B& self, const A& other) { return CommonCurves(other, self); }, nb::arg("other"));
+        "intersect", [](const B& self, const A& other) { return CommonCurves(other, self); }, nb::arg("other"),
+        kCommonCurves);
 }
 template<class A, class B>
 void BindPoints(nb::class_<A>& a, nb::class_<B>& b) {
-  a.def("intersect", &CommonPoints<A, B>, nb::arg("other"));
+  a.def("intersect", &CommonPoints<A, B>, nb::arg("other"), kCommonPoints);
   if constexpr (!std::is_same_v<A, B>)
     b.def(
-        "intersect", [](const B& self, const A& other) { return CommonPoints(other, self); }, nb::arg("other"));
+        "intersect", [](const B& self, const A& other) { return CommonPoints(other, self); }, nb::arg("other"),
+        kCommonPoints);
 }
 template<class B>
 void BindClosest(nb::class_<CNuLine>& line, nb::class_<B>& b) {
-  line.def("closest_points", &ClosestPoints<B>, nb::arg("other"));
+  line.def("closest_points", &ClosestPoints<B>, nb::arg("other"), kClosest);
   line.def(
-      "distance_to", [](const CNuLine& self, const B& other) { return self.DistanceTo(other); }, nb::arg("other"));
+      "distance_to", [](const CNuLine& self, const B& other) { return self.DistanceTo(other); }, nb::arg("other"),
+      kDistance);
   if constexpr (!std::is_same_v<B, CNuLine>)
     b.def(
-        "distance_to", [](const B& self, const CNuLine& other) { return other.DistanceTo(self); }, nb::arg("other"));
+        "distance_to", [](const B& self, const CNuLine& other) { return other.DistanceTo(self); }, nb::arg("other"),
+        kDistance);
 }
 
 template<class T>
@@ -359,29 +385,34 @@ void BindConic(nb::class_<T>& bound) {
             new (f) T(a, b, centre.Point(), x.Vector(), normal.Vector());
           },
           nb::arg("semi_axis_a"), nb::arg("semi_axis_b"), nb::arg("centre"), nb::arg("x_axis"), nb::arg("normal"))
-      .def_prop_ro("semi_axis_a", &T::GetSemiAxisA)
-      .def_prop_ro("semi_axis_b", &T::GetSemiAxisB)
+      .def_prop_ro("semi_axis_a", &T::GetSemiAxisA, "The semi-axis along `x_axis`.")
+      .def_prop_ro("semi_axis_b", &T::GetSemiAxisB, "The semi-axis across `x_axis`.")
       .def_prop_ro(
-          "centre", [](const T& f) { return ToArray(f.GetCentre()); }, kMove)
+          "centre", [](const T& f) { return ToArray(f.GetCentre()); }, kMove, "The centre, shape (3,).")
       .def_prop_ro(
-          "x_axis", [](const T& f) { return ToArray(f.GetXaxis()); }, kMove)
+          "x_axis", [](const T& f) { return ToArray(f.GetXaxis()); }, kMove,
+          "The unit direction of the x axis, shape (3,).")
       .def_prop_ro(
-          "normal", [](const T& f) { return ToArray(f.GetNormal()); }, kMove);
+          "normal", [](const T& f) { return ToArray(f.GetNormal()); }, kMove, "The unit normal, shape (3,).");
 }
 
 void BindCurve(nb::module_& m) {
   nb::class_<CNuPCurve>(m, "IntersectionCurve",
                         "The curve in which two quadrics meet: one connected branch, with a parameter u in radians "
                         "about the axis of one of them.")
-      .def_prop_ro("range",
-                   [](const CNuPCurve& c) {
-                     double lower = 0.0, upper = 0.0;
-                     c.GetRange().GetBounds(&lower, &upper);
-                     return std::make_tuple(lower, upper);
-                   })
-      .def_prop_ro("is_closed", [](const CNuPCurve& c) { return c.IsClosed() != NuFalse; })
+      .def_prop_ro(
+          "range",
+          [](const CNuPCurve& c) {
+            double lower = 0.0, upper = 0.0;
+            c.GetRange().GetBounds(&lower, &upper);
+            return std::make_tuple(lower, upper);
+          },
+          "The least and the largest parameter, in radians.")
+      .def_prop_ro(
+          "is_closed", [](const CNuPCurve& c) { return c.IsClosed() != NuFalse; }, "Whether the end is the start.")
       .def(
-          "point_at", [](const CNuPCurve& c, double u) { return ToArray(c.ValueAt(u)); }, nb::arg("u"))
+          "point_at", [](const CNuPCurve& c, double u) { return ToArray(c.ValueAt(u)); }, nb::arg("u"),
+          "The point of the parameter u, radians, shape (3,).")
       .def(
           "points", [](const CNuPCurve& c, int n) { return ToArray(c.ToPointArray(n)); }, nb::arg("n"),
           "n points in equal steps of u, both ends included: an (n, 3) array.")
@@ -389,7 +420,8 @@ void BindCurve(nb::module_& m) {
           "points_within", [](const CNuPCurve& c, double tol) { return ToArray(c.ToPointArrayWithin(tol)); },
           nb::arg("tolerance"), "Points whose polyline is within the tolerance of the curve: an (n, 3) array.")
       .def(
-          "distance_to", [](const CNuPCurve& c, const Triple& p) { return c.DistanceTo(p.Point()); }, nb::arg("point"))
+          "distance_to", [](const CNuPCurve& c, const Triple& p) { return c.DistanceTo(p.Point()); }, nb::arg("point"),
+          "The least distance of a point, never negative.")
       .def("__repr__", [](const CNuPCurve& c) {
         double lower = 0.0, upper = 0.0;
         c.GetRange().GetBounds(&lower, &upper);
@@ -404,18 +436,58 @@ void BindCurve(nb::module_& m) {
 
 void BindFeatures(nb::module_& m) {
   BindCurve(m);
-  auto line = BindFeature<CNuLine>(m, "Line", "An infinite straight line through `point` along the unit `direction`.");
-  auto plane = BindFeature<CNuPlane>(m, "Plane", "An infinite plane through `point` with the unit `normal`.");
-  auto circle = BindFeature<CNuCircle>(m, "Circle", "A circle about `centre` in the plane across `normal`.");
-  auto ellipse = BindFeature<CNuEllipse>(m, "Ellipse", "An ellipse; `x_axis` runs along its larger semi-axis a.");
-  auto hyperbola = BindFeature<CNuHyperbola>(m, "Hyperbola", "A hyperbola; `x_axis` runs through its vertices.");
+  auto line = BindFeature<CNuLine>(m, "Line", "An infinite straight line.",
+                                   "point : array-like, shape (3,)\n"
+                                   "    Any point of it.\n"
+                                   "direction : array-like, shape (3,)\n"
+                                   "    Of any length but 0.\n");
+  auto plane = BindFeature<CNuPlane>(m, "Plane", "An infinite plane.",
+                                     "point : array-like, shape (3,)\n"
+                                     "    Any point of it.\n"
+                                     "normal : array-like, shape (3,)\n"
+                                     "    Of any length but 0.\n");
+  auto circle = BindFeature<CNuCircle>(m, "Circle", "A circle in space.",
+                                       "radius : float\n"
+                                       "    Above 0.\n"
+                                       "centre, normal : array-like, shape (3,)\n"
+                                       "    The centre and the normal of its plane.\n");
+  auto ellipse =
+      BindFeature<CNuEllipse>(m, "Ellipse", "An ellipse in space.",
+                              "semi_axis_a, semi_axis_b : float\n"
+                              "    Above 0, the first one along the x axis and not the smaller one.\n"
+                              "centre, x_axis, normal : array-like, shape (3,)\n"
+                              "    The centre, the direction of the larger axis, the normal of the plane.\n");
+  auto hyperbola = BindFeature<CNuHyperbola>(m, "Hyperbola", "A hyperbola in space, with both branches.",
+                                             "semi_axis_a, semi_axis_b : float\n"
+                                             "    Above 0, the first one through the vertices.\n"
+                                             "centre, x_axis, normal : array-like, shape (3,)\n"
+                                             "    The centre, the direction to a vertex, the normal of the plane.\n");
   auto parabola =
-      BindFeature<CNuParabola>(m, "Parabola", "A parabola y^2 = 4 f x; `x_axis` is the direction in which it opens.");
-  auto sphere = BindFeature<CNuSphSurf>(m, "Sphere", "A sphere about `centre`.");
-  auto cylinder = BindFeature<CNuCylSurf>(m, "Cylinder", "An infinite circular cylinder about an axis.");
-  auto cone = BindFeature<CNuConSurf>(
-      m, "Cone", "An infinite circular cone with both nappes; the semi-angle is in degrees, in (0, 90).");
-  auto torus = BindFeature<CNuTorSurf>(m, "Torus", "A torus; its minor radius is below the major one.");
+      BindFeature<CNuParabola>(m, "Parabola", "A parabola y^2 = 4 f x in space.",
+                               "focal_length : float\n"
+                               "    f, above 0.\n"
+                               "vertex, x_axis, normal : array-like, shape (3,)\n"
+                               "    The vertex, the direction in which it opens, the normal of the plane.\n");
+  auto sphere = BindFeature<CNuSphSurf>(m, "Sphere", "A sphere.",
+                                        "radius : float\n"
+                                        "    Above 0.\n"
+                                        "centre : array-like, shape (3,)\n"
+                                        "    The centre.\n");
+  auto cylinder = BindFeature<CNuCylSurf>(m, "Cylinder", "An infinite circular cylinder.",
+                                          "radius : float\n"
+                                          "    Above 0.\n"
+                                          "axis_point, axis_direction : array-like, shape (3,)\n"
+                                          "    A point of the axis, and its direction.\n");
+  auto cone = BindFeature<CNuConSurf>(m, "Cone", "An infinite circular cone with both nappes.",
+                                      "semi_angle : float\n"
+                                      "    Degrees in (0, 90), between axis and surface.\n"
+                                      "apex, axis_direction : array-like, shape (3,)\n"
+                                      "    The apex, and the direction of the axis.\n");
+  auto torus = BindFeature<CNuTorSurf>(m, "Torus", "A torus.",
+                                       "major_radius, minor_radius : float\n"
+                                       "    Above 0, the minor one below the major one.\n"
+                                       "centre, axis_direction : array-like, shape (3,)\n"
+                                       "    The centre, and the direction of the axis.\n");
 
   line.def(
           "__init__",
@@ -424,39 +496,43 @@ void BindFeatures(nb::module_& m) {
           },
           nb::arg("point"), nb::arg("direction"))
       .def_prop_ro(
-          "point", [](const CNuLine& f) { return ToArray(f.GetPoint()); }, kMove)
+          "point", [](const CNuLine& f) { return ToArray(f.GetPoint()); }, kMove, "A point of it, shape (3,).")
       .def_prop_ro(
-          "direction", [](const CNuLine& f) { return ToArray(f.GetDirection()); }, kMove)
+          "direction", [](const CNuLine& f) { return ToArray(f.GetDirection()); }, kMove,
+          "The unit direction, shape (3,).")
       .def("project", &Projected<CNuLine>, nb::arg("point"), "The closest point of the line.")
       .def(
-          "angle_with", [](const CNuLine& f, const CNuLine& other) { return f.AngleWith(other); }, nb::arg("other"))
+          "angle_with", [](const CNuLine& f, const CNuLine& other) { return f.AngleWith(other); }, nb::arg("other"),
+          kAngle)
       .def(
           "angle_with", [](const CNuLine& f, const CNuPlane& other) { return f.AngleWith(other); }, nb::arg("other"),
-          "Degrees in [0, 180] between the direction and that of the line, or the normal of the plane.")
+          kAngle)
       .def(
           "is_parallel_to",
           [](const CNuLine& f, const CNuLine& other, double degrees) {
             return f.IsParallelTo(other, degrees) != NuFalse;
           },
-          nb::arg("other"), nb::arg("degrees"))
+          nb::arg("other"), nb::arg("degrees"), kParallel)
       .def(
           "is_parallel_to",
           [](const CNuLine& f, const CNuPlane& other, double degrees) {
             return f.IsParallelTo(other, degrees) != NuFalse;
           },
-          nb::arg("other"), nb::arg("degrees"), "Whether the angle between them is within so many degrees.")
+          nb::arg("other"), nb::arg("degrees"), kParallel)
       .def(
-          "mid_line", [](const CNuLine& f, const Triple& p) { return f.MidLine(p.Point()); }, nb::arg("other"))
+          "mid_line", [](const CNuLine& f, const Triple& p) { return f.MidLine(p.Point()); }, nb::arg("other"),
+          kMidLine)
       .def(
-          "mid_line", [](const CNuLine& f, const CNuLine& other) { return f.MidLine(other); }, nb::arg("other"))
+          "mid_line", [](const CNuLine& f, const CNuLine& other) { return f.MidLine(other); }, nb::arg("other"),
+          kMidLine)
       .def(
           "mid_line", [](const CNuLine& f, const CNuPlane& other) { return f.MidLine(other); }, nb::arg("other"),
-          "The line half-way to a point, a line or a plane.")
+          kMidLine)
       .def(
           "mid_plane", [](const CNuLine& f, const CNuLine& other) { return f.MidPlane(other); }, nb::arg("other"),
-          "The plane half-way between two lines that do not meet; raises ArgumentError for those that do.")
-      .def("intersect", &CommonPoint<CNuLine>, nb::arg("other"))
-      .def("intersect", &CommonPoint<CNuPlane>, nb::arg("other"));
+          kMidPlane)
+      .def("intersect", &CommonPoint<CNuLine>, nb::arg("other"), kCommonPoints)
+      .def("intersect", &CommonPoint<CNuPlane>, nb::arg("other"), kCommonPoints);
   plane
       .def(
           "__init__",
@@ -465,33 +541,38 @@ void BindFeatures(nb::module_& m) {
           },
           nb::arg("point"), nb::arg("normal"))
       .def_prop_ro(
-          "point", [](const CNuPlane& f) { return ToArray(f.GetPoint()); }, kMove)
+          "point", [](const CNuPlane& f) { return ToArray(f.GetPoint()); }, kMove, "A point of it, shape (3,).")
       .def_prop_ro(
-          "normal", [](const CNuPlane& f) { return ToArray(f.GetNormal()); }, kMove)
+          "normal", [](const CNuPlane& f) { return ToArray(f.GetNormal()); }, kMove, "The unit normal, shape (3,).")
       .def("project", &Projected<CNuPlane>, nb::arg("point"), "The closest point of the plane.")
       .def(
-          "angle_with", [](const CNuPlane& f, const CNuPlane& other) { return f.AngleWith(other); }, nb::arg("other"))
+          "angle_with", [](const CNuPlane& f, const CNuPlane& other) { return f.AngleWith(other); }, nb::arg("other"),
+          kAngle)
       .def(
           "angle_with", [](const CNuPlane& f, const CNuLine& other) { return other.AngleWith(f); }, nb::arg("other"),
-          "Degrees in [0, 180] between the normal and that of the plane, or the direction of the line.")
+          kAngle)
       .def(
           "is_parallel_to",
           [](const CNuPlane& f, const CNuPlane& other, double degrees) {
             return f.IsParallelTo(other, degrees) != NuFalse;
           },
-          nb::arg("other"), nb::arg("degrees"), "Whether the angle between them is within so many degrees.")
+          nb::arg("other"), nb::arg("degrees"), kParallel)
       .def(
-          "mid_plane", [](const CNuPlane& f, const Triple& p) { return f.MidPlane(p.Point()); }, nb::arg("other"))
+          "mid_plane", [](const CNuPlane& f, const Triple& p) { return f.MidPlane(p.Point()); }, nb::arg("other"),
+          kMidPlane)
       .def(
-          "mid_plane", [](const CNuPlane& f, const CNuPlane& other) { return f.MidPlane(other); }, nb::arg("other"))
+          "mid_plane", [](const CNuPlane& f, const CNuPlane& other) { return f.MidPlane(other); }, nb::arg("other"),
+          kMidPlane)
       .def(
           "mid_plane", [](const CNuPlane& f, const CNuLine& other) { return f.MidPlane(other); }, nb::arg("other"),
-          "The plane half-way to a point, a plane or a line.")
+          kMidPlane)
       .def(
-          "distance_to", [](const CNuPlane& f, const CNuPlane& other) { return f.DistanceTo(other); }, nb::arg("other"))
+          "distance_to", [](const CNuPlane& f, const CNuPlane& other) { return f.DistanceTo(other); }, nb::arg("other"),
+          kDistance)
       .def(
-          "intersect", [](const CNuPlane& f, const CNuLine& other) { return CommonPoint(other, f); }, nb::arg("other"))
-      .def("intersect", &CommonLine, nb::arg("other"));
+          "intersect", [](const CNuPlane& f, const CNuLine& other) { return CommonPoint(other, f); }, nb::arg("other"),
+          kCommonPoints)
+      .def("intersect", &CommonLine, nb::arg("other"), "Their common line in a tuple, empty for parallel planes.");
   circle
       .def(
           "__init__",
@@ -499,11 +580,11 @@ void BindFeatures(nb::module_& m) {
             new (f) CNuCircle(radius, centre.Point(), normal.Vector());
           },
           nb::arg("radius"), nb::arg("centre"), nb::arg("normal"))
-      .def_prop_ro("radius", &CNuCircle::GetRadius)
+      .def_prop_ro("radius", &CNuCircle::GetRadius, "The radius.")
       .def_prop_ro(
-          "centre", [](const CNuCircle& f) { return ToArray(f.GetCentre()); }, kMove)
+          "centre", [](const CNuCircle& f) { return ToArray(f.GetCentre()); }, kMove, "The centre, shape (3,).")
       .def_prop_ro(
-          "normal", [](const CNuCircle& f) { return ToArray(f.GetNormal()); }, kMove)
+          "normal", [](const CNuCircle& f) { return ToArray(f.GetNormal()); }, kMove, "The unit normal, shape (3,).")
       .def(
           "points", [](const CNuCircle& f, int n) { return ToArray(f.ToPointArray(n)); }, nb::arg("n"),
           "n points in equal steps, both ends of the turn included: an (n, 3) array.");
@@ -516,21 +597,22 @@ void BindFeatures(nb::module_& m) {
             new (f) CNuParabola(focalLength, vertex.Point(), x.Vector(), normal.Vector());
           },
           nb::arg("focal_length"), nb::arg("vertex"), nb::arg("x_axis"), nb::arg("normal"))
-      .def_prop_ro("focal_length", &CNuParabola::GetFocalLength)
+      .def_prop_ro("focal_length", &CNuParabola::GetFocalLength, "The distance of the focus from the vertex.")
       .def_prop_ro(
-          "vertex", [](const CNuParabola& f) { return ToArray(f.GetVertex()); }, kMove)
+          "vertex", [](const CNuParabola& f) { return ToArray(f.GetVertex()); }, kMove, "The vertex, shape (3,).")
       .def_prop_ro(
-          "x_axis", [](const CNuParabola& f) { return ToArray(f.GetXaxis()); }, kMove)
+          "x_axis", [](const CNuParabola& f) { return ToArray(f.GetXaxis()); }, kMove,
+          "The unit direction of the x axis, shape (3,).")
       .def_prop_ro(
-          "normal", [](const CNuParabola& f) { return ToArray(f.GetNormal()); }, kMove);
+          "normal", [](const CNuParabola& f) { return ToArray(f.GetNormal()); }, kMove, "The unit normal, shape (3,).");
   sphere
       .def(
           "__init__",
           [](CNuSphSurf* f, double radius, const Triple& centre) { new (f) CNuSphSurf(radius, centre.Point()); },
           nb::arg("radius"), nb::arg("centre"))
-      .def_prop_ro("radius", &CNuSphSurf::GetRadius)
+      .def_prop_ro("radius", &CNuSphSurf::GetRadius, "The radius.")
       .def_prop_ro(
-          "centre", [](const CNuSphSurf& f) { return ToArray(f.GetCentre()); }, kMove)
+          "centre", [](const CNuSphSurf& f) { return ToArray(f.GetCentre()); }, kMove, "The centre, shape (3,).")
       .def("project", &Projected<CNuSphSurf>, nb::arg("point"),
            "The closest point of the sphere; raises ArgumentError at its centre.");
   cylinder
@@ -540,12 +622,14 @@ void BindFeatures(nb::module_& m) {
             new (f) CNuCylSurf(radius, point.Point(), direction.Vector());
           },
           nb::arg("radius"), nb::arg("axis_point"), nb::arg("axis_direction"))
-      .def_prop_ro("radius", &CNuCylSurf::GetRadius)
+      .def_prop_ro("radius", &CNuCylSurf::GetRadius, "The radius.")
       .def_prop_ro(
-          "axis_point", [](const CNuCylSurf& f) { return ToArray(f.GetAxisPoint()); }, kMove)
+          "axis_point", [](const CNuCylSurf& f) { return ToArray(f.GetAxisPoint()); }, kMove,
+          "A point of the axis, shape (3,).")
       .def_prop_ro(
-          "axis_direction", [](const CNuCylSurf& f) { return ToArray(f.GetAxisDirection()); }, kMove)
-      .def_prop_ro("axis", &CNuCylSurf::GetAxis)
+          "axis_direction", [](const CNuCylSurf& f) { return ToArray(f.GetAxisDirection()); }, kMove,
+          "The unit direction of the axis, shape (3,).")
+      .def_prop_ro("axis", &CNuCylSurf::GetAxis, "The axis as a line.")
       .def("project", &Projected<CNuCylSurf>, nb::arg("point"),
            "The closest point of the cylinder; raises ArgumentError on its axis.");
   cone.def(
@@ -554,12 +638,13 @@ void BindFeatures(nb::module_& m) {
             new (f) CNuConSurf(semiAngle, apex.Point(), direction.Vector());
           },
           nb::arg("semi_angle"), nb::arg("apex"), nb::arg("axis_direction"))
-      .def_prop_ro("semi_angle", &CNuConSurf::GetSemiAngle)
+      .def_prop_ro("semi_angle", &CNuConSurf::GetSemiAngle, "The angle between axis and surface, in degrees.")
       .def_prop_ro(
-          "apex", [](const CNuConSurf& f) { return ToArray(f.GetApex()); }, kMove)
+          "apex", [](const CNuConSurf& f) { return ToArray(f.GetApex()); }, kMove, "The apex, shape (3,).")
       .def_prop_ro(
-          "axis_direction", [](const CNuConSurf& f) { return ToArray(f.GetAxisDirection()); }, kMove)
-      .def_prop_ro("axis", &CNuConSurf::GetAxis)
+          "axis_direction", [](const CNuConSurf& f) { return ToArray(f.GetAxisDirection()); }, kMove,
+          "The unit direction of the axis, shape (3,).")
+      .def_prop_ro("axis", &CNuConSurf::GetAxis, "The axis as a line.")
       .def("project", &Projected<CNuConSurf>, nb::arg("point"),
            "The closest point of the cone; raises ArgumentError on its axis.");
   torus
@@ -569,13 +654,14 @@ void BindFeatures(nb::module_& m) {
             new (f) CNuTorSurf(majorRadius, minorRadius, centre.Point(), direction.Vector());
           },
           nb::arg("major_radius"), nb::arg("minor_radius"), nb::arg("centre"), nb::arg("axis_direction"))
-      .def_prop_ro("major_radius", &CNuTorSurf::GetMajorRadius)
-      .def_prop_ro("minor_radius", &CNuTorSurf::GetMinorRadius)
+      .def_prop_ro("major_radius", &CNuTorSurf::GetMajorRadius, "The radius of the circle of centres.")
+      .def_prop_ro("minor_radius", &CNuTorSurf::GetMinorRadius, "The radius of the tube.")
       .def_prop_ro(
-          "centre", [](const CNuTorSurf& f) { return ToArray(f.GetCentre()); }, kMove)
+          "centre", [](const CNuTorSurf& f) { return ToArray(f.GetCentre()); }, kMove, "The centre, shape (3,).")
       .def_prop_ro(
-          "axis_direction", [](const CNuTorSurf& f) { return ToArray(f.GetAxisDirection()); }, kMove)
-      .def_prop_ro("axis", &CNuTorSurf::GetAxis);
+          "axis_direction", [](const CNuTorSurf& f) { return ToArray(f.GetAxisDirection()); }, kMove,
+          "The unit direction of the axis, shape (3,).")
+      .def_prop_ro("axis", &CNuTorSurf::GetAxis, "The axis as a line.");
 
   BindPoints(line, circle);
   BindPoints(line, ellipse);
@@ -604,9 +690,11 @@ void BindFeatures(nb::module_& m) {
   BindClosest(line, cylinder);
   BindClosest(line, cone);
   line.def(
-      "distance_to", [](const CNuLine& f, const CNuPlane& other) { return f.DistanceTo(other); }, nb::arg("other"));
+      "distance_to", [](const CNuLine& f, const CNuPlane& other) { return f.DistanceTo(other); }, nb::arg("other"),
+      kDistance);
   plane.def(
-      "distance_to", [](const CNuPlane& f, const CNuLine& other) { return other.DistanceTo(f); }, nb::arg("other"));
+      "distance_to", [](const CNuPlane& f, const CNuLine& other) { return other.DistanceTo(f); }, nb::arg("other"),
+      kDistance);
 }
 
 }  // namespace nu::python

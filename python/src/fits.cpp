@@ -6,7 +6,7 @@
 #include <mutex>
 #include <thread>
 
-#include "arguments.h"
+#include "options.h"
 
 // Fits, one or many, with the lock of the interpreter released. Points are borrowed for the time of the call.
 namespace nu::python {
@@ -16,50 +16,14 @@ namespace {
 // How often a fit looks whether the user has interrupted it, and progress is shown.
 constexpr std::chrono::milliseconds kAttention{50};
 
-// The options of a fit but for its weights, as the Python side has checked and named them.
-struct Options {
-  std::optional<double> radius, majorRadius, semiAngle;
-  std::optional<Triple> direction, point;
-  int materialSide = NuEitherSide;
-  std::optional<Feature> start;
-  std::optional<long> maxSteps;
-  std::optional<double> tolerance;
-};
-
-struct Job {
-  Block points;
-  const double* weights = nullptr;
-};
-
 struct Outcome {
   Feature feature;
   CNuAssociationReport report;
 };
 
-CNuDoubleArray ToNumbers(const double* numbers, int count) {
-  CNuDoubleArray array(count > 0 ? count : 1);
-  for (int i = 0; i < count; ++i) array.Add(numbers[i]);
-  return array;
-}
-
-void Apply(const Options& options, const Job& job, CNuAssociation* association) {
-  if (job.weights != nullptr) association->SetWeights(ToNumbers(job.weights, job.points.count));
-  if (options.radius) association->FixRadius(*options.radius);
-  if (options.majorRadius) association->FixMajorRadius(*options.majorRadius);
-  if (options.semiAngle) association->FixSemiAngle(*options.semiAngle);
-  if (options.direction) association->FixDirection(options.direction->Vector());
-  if (options.point) association->FixPoint(options.point->Point());
-  if (options.materialSide != NuEitherSide)
-    association->RestrictToMaterialSide(static_cast<ENuMaterialSide>(options.materialSide));
-  if (options.start) std::visit([&](const auto& start) { association->StartFrom(start); }, *options.start);
-  if (options.maxSteps) association->SetMaxSteps(*options.maxSteps);
-  if (options.tolerance) association->SetTolerance(*options.tolerance);
-}
-
 Outcome Fitted(int kind, int criterion, const Job& job, const Options& options, int details, long budget,
                NuStepMonitor monitor, void* context) {
-  CNuAssociation association(job.points.xyz, job.points.count, job.points.stride);
-  Apply(options, job, &association);
+  CNuAssociation association = AssociationOf(job, options);
   association.SetDetails(details);
   association.SetMonitor(monitor, context);
   Outcome outcome{SomeFeature(kind), CNuAssociationReport()};
@@ -198,19 +162,9 @@ int WithForm(int details) {
   return details | NuDetailForm;
 }
 
-const double* WeightsOf(const std::optional<nb::ndarray<const double, nb::ndim<1>, nb::c_contig, nb::device::cpu>>& w,
-                        const Block& points) {
-  if (!w) return nullptr;
-  if (w->shape(0) != static_cast<std::size_t>(points.count)) throw nb::value_error("not one weight per point");
-  return w->data();
-}
-
-using WeightsArgument = std::optional<nb::ndarray<const double, nb::ndim<1>, nb::c_contig, nb::device::cpu>>;
-
 Found FitOne(int kind, int criterion, const PointsArgument& points, const WeightsArgument& weights,
              const Options& options, int details, long budget) {
-  const Block block = ToBlock(points);
-  const Job job{block, WeightsOf(weights, block)};
+  const Job job = ToJob(points, weights);
   Attention attention;
   std::optional<Outcome> outcome;
   {
@@ -225,8 +179,7 @@ Found FitOne(int kind, int criterion, const PointsArgument& points, const Weight
 // Why a fit failed, in a sentence with its remedy; empty where it does not fail.
 std::string ExplainFailure(int kind, int criterion, const PointsArgument& points, const WeightsArgument& weights,
                            const Options& options) {
-  const Block block = ToBlock(points);
-  const Job job{block, WeightsOf(weights, block)};
+  const Job job = ToJob(points, weights);
   nb::gil_scoped_release released;
   const Outcome outcome = Fitted(kind, criterion, job, options, NuDetailExplanation, 0, nullptr, nullptr);
   return outcome.report.HasConverged() != NuFalse ? "" : outcome.report.Explain();
@@ -336,8 +289,8 @@ nb::typed<nb::list, nb::any> FitMany(int kind, int criterion, const std::vector<
                                      const std::optional<std::vector<WeightsArgument>>& weights, const Options& options,
                                      int details, unsigned workers, const nb::object& progress) {
   std::vector<Job> jobs;
-  for (const PointsArgument& part : parts) jobs.push_back({ToBlock(part), nullptr});
-  for (std::size_t i = 0; weights && i < jobs.size(); ++i) jobs[i].weights = WeightsOf((*weights)[i], jobs[i].points);
+  for (std::size_t i = 0; i < parts.size(); ++i)
+    jobs.push_back(ToJob(parts[i], weights ? (*weights)[i] : std::nullopt));
   Crew crew(kind, criterion, jobs, options, WithForm(details));
   crew.Start(workers);
   for (std::size_t done = 0; done < jobs.size();) {

@@ -1,4 +1,4 @@
-#include "arguments.h"
+#include "options.h"
 
 // The reductions of parts of a cloud, which travel between processes as bytes.
 namespace nu::python {
@@ -22,12 +22,14 @@ void BindParts(nb::module_& m) {
       .def(nb::init<>())
       .def(
           "__init__",
-          [](CNuAssociationPart* part, const PointsArgument& points, const Feature& feature, const Triple& middle) {
-            const Block block = ToBlock(points);
+          [](CNuAssociationPart* part, const PointsArgument& points, const WeightsArgument& weights,
+             const Options& options, const Feature& feature, const Triple& middle) {
+            const Job job = ToJob(points, weights);
             nb::gil_scoped_release released;
-            new (part) CNuAssociationPart(block.xyz, block.count, block.stride, AsGeometry(feature), middle.Point());
+            new (part) CNuAssociationPart(AssociationOf(job, options), AsGeometry(feature), middle.Point());
           },
-          nb::arg("points").noconvert(), nb::arg("feature"), nb::arg("middle"))
+          nb::arg("points").noconvert(), nb::arg("weights").none(), nb::arg("options"), nb::arg("feature"),
+          nb::arg("middle"))
       .def("join", &CNuAssociationPart::Join, nb::arg("other"))
       .def(
           "step",
@@ -39,11 +41,13 @@ void BindParts(nb::module_& m) {
           nb::arg("feature"))
       .def_prop_ro("n_points", &CNuAssociationPart::GetNumberPoints)
       .def_prop_ro("sum_squares", &CNuAssociationPart::GetSumSquares)
+      .def_prop_ro("rms", &CNuAssociationPart::GetRootMeanSquare)
       .def_prop_ro("largest_deviation", &CNuAssociationPart::GetLargestDeviation)
       .def_prop_ro("smallest_deviation", &CNuAssociationPart::GetSmallestDeviation)
       .def("__getstate__", &BytesOf)
       .def("__setstate__",
            [](CNuAssociationPart& part, const nb::bytes& bytes) { new (&part) CNuAssociationPart(PartOf(bytes)); });
+  m.def("length_tolerance", &NuGetLengthTol);
   nb::class_<CNuAssociationCandidates>(m, "Candidates")
       .def(nb::init<>())
       .def("add", &CNuAssociationCandidates::Add, nb::arg("joined"))

@@ -7,10 +7,7 @@ namespace {
 using Samples = nb::ndarray<const double, nb::ndim<1>, nb::c_contig, nb::device::cpu>;
 
 CNuDoubleArray ToNumbers(const Samples& samples) {
-  const auto count = static_cast<int>(samples.shape(0));
-  CNuDoubleArray array(count > 0 ? count : 1);
-  for (int i = 0; i < count; ++i) array.Add(samples.data()[i]);
-  return array;
+  return python::ToNumbers(samples.data(), static_cast<int>(samples.shape(0)));
 }
 
 CNuPolynomial ToPolynomial(const Samples& coefficients) {

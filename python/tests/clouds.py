@@ -4,7 +4,7 @@ import numpy as np
 
 import nu
 
-FITS = {name: getattr(nu, f"fit_{name}") for name in nu._fits.NAMES}
+FITS = {name: getattr(nu, f"fit_{name}") for name in nu._features.NAMES}
 
 
 def ideal(feature, rng, n=80):

@@ -2,10 +2,13 @@
 
 import doctest
 import importlib
+import inspect
 import pathlib
 import pkgutil
+import re
 
 import nbformat
+import nu.dask
 import pytest
 from nbclient import NotebookClient
 
@@ -29,3 +32,22 @@ def test_handbook_page(tmp_path, monkeypatch):
 @pytest.mark.parametrize("notebook", sorted((ROOT / "python" / "notebooks").glob("*.ipynb")), ids=lambda p: p.stem)
 def test_notebook(notebook):
     NotebookClient(nbformat.read(notebook, 4), timeout=120, kernel_name="python3").execute()
+
+
+def has_text(thing, name):
+    """Whether there is more than the signatures that the extension writes."""
+    lines = (line.strip() for line in (inspect.getdoc(thing) or "").splitlines())
+    return any(line and not re.match(rf"(\d+\. )?`*{name}\(|Overloaded", line) for line in lines)
+
+
+def test_everything_public_has_text():
+    modules = ((nu, nu.__all__), (nu.dask, nu.dask.__all__))
+    things = {f"{module.__name__}.{name}": getattr(module, name) for module, names in modules for name in names}
+    for name, thing in list(things.items()):
+        if inspect.isclass(thing):
+            public = {f"{name}.{member}": getattr(thing, member) for member in vars(thing) if member[0] != "_"}
+            things.update(
+                {path: member for path, member in public.items() if callable(member) or isinstance(member, property)}
+            )
+    assert len(things) > 200
+    assert [path for path, thing in things.items() if not has_text(thing, path.split(".")[-1])] == []

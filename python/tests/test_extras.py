@@ -19,12 +19,12 @@ import nu
 
 @pytest.mark.parametrize("name", FITS)
 def test_parts_equal_the_whole(name):
-    points = cloud(name, n=600)
+    points = cloud(name, n=5000)  # more than the samples have
     whole = FITS[name](points)
     with dask.config.set(scheduler="synchronous"):
-        parts = getattr(nu.dask, f"fit_{name}")(dask.array.from_array(points, chunks=(70, 2)))
+        parts = getattr(nu.dask, f"fit_{name}")(dask.array.from_array(points, chunks=(1700, 2)))
     assert numbers(parts.feature) == pytest.approx(numbers(whole.feature), rel=1e-7, abs=1e-7)
-    assert parts.n_points == 600 and parts.sum_squares == pytest.approx(whole.sum_squares, rel=1e-9)
+    assert parts.n_points == 5000 and parts.sum_squares == pytest.approx(whole.sum_squares, rel=1e-9)
     assert parts.form == pytest.approx(whole.form, rel=1e-6)
 
 
@@ -36,8 +36,67 @@ def test_bags_and_other_criteria():
             parts, whole = nu.dask.fit_cylinder(bag, criterion), nu.fit_cylinder(points, criterion)
             assert parts.feature.radius == pytest.approx(whole.radius, rel=1e-9)
             assert parts.form == pytest.approx(whole.form, rel=1e-7)
-        with pytest.raises(nu.ArgumentError):
-            nu.dask.fit_line(points)
+        tight, loose = nu.fit_cylinder(points, "C", radius=3.01), nu.dask.fit_cylinder(bag, "C", radius=3.01)
+        assert loose.form == pytest.approx(tight.form, rel=1e-7) and loose.feature.radius == 3.01
+        masses = dask.bag.from_sequence(np.arange(600) + 1.0, npartitions=5)
+        weighted = nu.dask.fit_cylinder(bag, weights=masses).feature
+        assert weighted.radius == pytest.approx(nu.fit_cylinder(points, weights=np.arange(600) + 1.0).radius, rel=1e-9)
+        flat = cloud("circle", n=3000, noise=0.0)
+        for criterion in nu.Criterion:
+            ring = nu.dask.fit_circle(dask.array.from_array(flat, chunks=(1600, 3)), criterion)
+            assert ring.feature.radius == pytest.approx(nu.fit_circle(flat, criterion).radius, rel=1e-9)
+        with pytest.raises(nu.PointsError):
+            nu.dask.fit_circle(bag, "C")
+        array = dask.array.from_array(points, chunks=(100, 3))
+        for refused in (
+            lambda: nu.dask.fit_line(points),
+            lambda: nu.dask.fit_cylinder(array, weights=np.ones(5)),
+            lambda: nu.dask.fit_cylinder(array, weights=dask.array.ones(7)),
+            lambda: nu.dask.fit_cylinder(bag, weights=np.ones(600)),
+            lambda: nu.dask.fit_cylinder(array, "X", weights=np.ones(600)),
+            lambda: nu.dask.fit_cylinder(array, radius=-1.0),
+        ):
+            with pytest.raises(nu.ArgumentError):
+                refused()
+
+
+# What a fit of the cloud keeps, some hundredths beside what it would find.
+FIXED = {
+    "line": ("point", "direction"),
+    "plane": ("normal",),
+    "circle": ("radius", "normal"),
+    "ellipse": ("centre",),
+    "hyperbola": ("normal",),
+    "parabola": ("vertex",),
+    "sphere": ("radius", "centre"),
+    "cylinder": ("radius", "axis_point"),
+    "cone": ("semi_angle", "apex"),
+    "torus": ("major_radius", "axis_direction"),
+}
+
+
+@pytest.mark.parametrize("name", FITS)
+def test_parts_have_weights_and_fixed_parameters(name):
+    points = cloud(name, n=3000)
+    weights = np.arange(3000) % 5 / 2
+    free = FITS[name](points).feature
+    cloud_ = dask.array.from_array(points, chunks=(1500, 3))
+    for fixed in ({}, *({key: 1.0005 * getattr(free, key)} for key in FIXED[name])):
+        whole = FITS[name](points, weights=weights, **fixed)
+        given = dask.array.from_array(weights, chunks=900) if fixed else weights
+        with dask.config.set(scheduler="synchronous"):
+            parts = getattr(nu.dask, f"fit_{name}")(cloud_, weights=given, **fixed)
+        for key, value in fixed.items():
+            if np.ndim(value) == 0:
+                assert getattr(parts.feature, key) == value
+        # A conic is symmetric: its x axis has two senses.
+        ours, theirs = parts.feature.to_dict(), whole.feature.to_dict()
+        if "x_axis" in ours and np.dot(ours["x_axis"], theirs["x_axis"]) < 0:
+            ours["x_axis"] = tuple(-c for c in ours["x_axis"])
+        for key in list(ours)[1:]:
+            assert ours[key] == pytest.approx(theirs[key], rel=1e-6, abs=1e-6), (fixed, key)
+        assert parts.sum_squares == pytest.approx(whole.sum_squares, rel=1e-9)
+        assert (parts.rms, parts.form) == pytest.approx((whole.rms, whole.form), rel=1e-6)
 
 
 def slow_and_fatal(block, marker=None):
