@@ -150,46 +150,48 @@ enum {
   NU_PARAMETER_POINT = 4         /* 3 */
 };
 
-/* NU_DETAIL_FORM. As CNuAssociationReport names them: T = P + V, and Q is rms. */
+/* NU_DETAIL_FORM: P, V, T = P + V and Q of ISO 12180 and its relatives, all lengths. */
 typedef struct nu_form {
-  double form;
-  double peak;
-  double valley;
-  double rms;
-  double sum_squares; /* times the weights */
+  double form;   /* T; of a minimum zone its width, of a line in space the diameter of the cylinder of the points */
+  double peak;   /* P, the largest deviation */
+  double valley; /* V, minus the smallest deviation */
+  double rms;    /* Q, the root of the mean of the squared deviations */
+  double sum_squares; /* of the deviations, times the weights */
 } nu_form;
 
+/* What was fitted, and how it ended. */
 typedef struct nu_summary {
-  int32_t kind; /* 0 of no fit */
-  int32_t criterion;
-  int32_t details; /* that were asked for */
-  int32_t points;  /* their number */
-  int32_t end;
-  int32_t cause; /* of an end that is not NU_END_CONVERGED */
-  int64_t steps;
-  double last_step; /* the length of it */
+  int32_t kind;      /* NU_KIND_..., 0 of no fit */
+  int32_t criterion; /* NU_CRITERION_... */
+  int32_t details;   /* that were asked for, a sum of NU_DETAIL_... */
+  int32_t points;    /* their number */
+  int32_t end;       /* NU_END_... */
+  int32_t cause;     /* of nu/foundation/causes.h, of an end that is not NU_END_CONVERGED; else 0 */
+  int64_t steps;     /* of the iteration; 0 of a feature that is computed directly */
+  double last_step;  /* its length */
 } nu_summary;
 
-/* NU_DETAIL_CONTACTS. */
+/* NU_DETAIL_CONTACTS: a point that holds a feature of the criteria but least squares. */
 typedef struct nu_contact {
   int32_t point;     /* its index */
   int32_t side;      /* 1 on the outer boundary, -1 on the inner one */
   double multiplier; /* not negative; their sum is 1 */
 } nu_contact;
 
-/* NU_DETAIL_UNCERTAINTY. */
+/* NU_DETAIL_UNCERTAINTY: a parameter of a least-squares fit, a change of the feature in the frame of the report. */
 typedef struct nu_parameter {
-  const char* name;
+  const char* name; /* "shift x" for example */
   int32_t is_angle; /* 1: in degrees */
   int32_t reserved;
   double standard_uncertainty; /* infinite where the points do not determine the parameter */
 } nu_parameter;
 
+/* NU_DETAIL_UNCERTAINTY of all parameters together. */
 typedef struct nu_uncertainty {
-  int32_t parameters; /* their number */
-  int32_t degrees_of_freedom;
-  double standard_deviation; /* of a point of weight 1 */
-  double condition;
+  int32_t parameters;         /* their number */
+  int32_t degrees_of_freedom; /* the points less the parameters; of a line in space a point counts twice */
+  double standard_deviation;  /* of a point of weight 1; infinite without a degree of freedom */
+  double condition;           /* the largest by the smallest singular value of the derivatives */
 } nu_uncertainty;
 
 /* Of a fit that converged, with NU_DETAIL_EXPLANATION. */
@@ -202,34 +204,35 @@ typedef struct nu_weakness {
   double probe[3];
 } nu_weakness;
 
+/* What is known of all features of the kind. */
 typedef struct nu_bound {
   int32_t is_global; /* 1: no feature of the kind is better */
   int32_t has_bound; /* 1: of nu_association_prove, with the two numbers below; else they are 0 */
-  double bound;
-  double gap;
+  double bound;      /* no feature has a smaller zone or radius, a length */
+  double gap;        /* from there to that of the feature */
 } nu_bound;
 
 /* How a value of a fit spreads over samples of its points. */
 typedef struct nu_spread {
-  const char* name;
-  double mean;
-  double standard_deviation;
-  double low, high; /* hold 95 % of the samples */
+  const char* name;          /* of the parameter, "radius" or "form" */
+  double mean;               /* a length, or degrees where the parameter is an angle */
+  double standard_deviation; /* in the same unit, as are the next two */
+  double low, high;          /* hold 95 % of the samples */
 } nu_spread;
 
 /* What the check of a certificate found, as CNuCertificateVerdict. */
 typedef struct nu_verdict {
-  int32_t failed_check; /* 0: the certificate holds; else the number of the first check that failed */
-  int32_t is_global;
-  double gap;
-  double radius;
-  double value;
-  double excess;
-  double contact_error;
-  double multiplier_sum;
-  double balance;
-  double growth;
-  double curvature;
+  int32_t failed_check;  /* 0: the certificate holds; else ENuCertificateCheck, the first check that failed */
+  int32_t is_global;     /* 1: the gap holds for all features of the kind, and the radius is infinite */
+  double gap;            /* no feature within the radius is better by more */
+  double radius;         /* of the neighbourhood, in lengths: angles count times the extent of the points */
+  double value;          /* the radius of the feature, or half of its zone */
+  double excess;         /* by which the farthest point is outside; 0 of a zone */
+  double contact_error;  /* by which the worst contact is inside */
+  double multiplier_sum; /* should be 1 */
+  double balance;        /* the length of the weighted sum of the gradients, 0 for exact multipliers */
+  double growth;         /* of the value, per length, in the directions that the contacts resist, at least */
+  double curvature;      /* of the value, per length, in the other directions, at least; 0 without such */
 } nu_verdict;
 
 /* A piece of a composite curve. */
@@ -244,8 +247,9 @@ typedef struct nu_segment {
   double sweep; /* degrees */
 } nu_segment;
 
+/* A complex number, in memory as double complex of C99 and std::complex<double>. */
 typedef struct nu_complex {
-  double re, im;
+  double re, im; /* real and imaginary part */
 } nu_complex;
 
 typedef struct nu_association nu_association;   /* points, and how they are to be fitted */
