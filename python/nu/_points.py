@@ -24,8 +24,13 @@ def _unwrapped(points: Any) -> Any:
         inner = getattr(points, name, None)
         if inner is not None and not callable(inner):
             return inner
-    to_numpy = getattr(points, "to_numpy", None)
-    return to_numpy() if callable(to_numpy) else points
+    for name in ("point", "vertex"):  # the clouds and meshes of Open3D that keep tensors
+        points = getattr(getattr(points, name, None), "positions", points)
+    for name in ("to_numpy", "numpy"):
+        convert = getattr(points, name, None)
+        if callable(convert):
+            return convert()
+    return points
 
 
 def _as_doubles(points: Any) -> NDArray[np.float64]:
@@ -45,8 +50,8 @@ def as_points(points: ArrayLike | Any) -> NDArray[np.float64]:
     """Points as an (n, 3) array of float64, without a copy where x, y and z of a point lie next to each other.
 
     Takes arrays of any strides and byte order, sequences of points, tables of pandas and polars with three columns,
-    clouds of trimesh and Open3D, and whatever has the array interface. float32 and smaller are converted exactly, and
-    so are integers.
+    clouds and meshes of trimesh and Open3D, tensors, and whatever has the array interface. float32 and smaller are
+    converted exactly, and so are integers.
 
     Parameters
     ----------

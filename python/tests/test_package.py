@@ -6,6 +6,7 @@ import json
 import pickle
 import threading
 import time
+from types import SimpleNamespace as Holder
 
 import numpy as np
 import pandas
@@ -28,6 +29,7 @@ LAYOUTS = {
     "pandas": (lambda p: pandas.DataFrame(p, columns=list("xyz")), False),
     "polars": (lambda p: polars.DataFrame(p, schema=list("xyz")), False),
     "trimesh": (trimesh.PointCloud, False),
+    "tensors": (lambda p: Holder(point=Holder(positions=Holder(numpy=lambda: p))), False),
     "array interface": (
         lambda p: type("Cloud", (), {"__array_interface__": p.__array_interface__, "owner": p})(),
         True,
