@@ -6,6 +6,8 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parent / "tools"))
 
+import python_reference  # noqa: E402
+
 OUT = Path(os.environ["NU_DOCS_OUT"])
 KATEX = OUT / "npm/node_modules/katex/dist"
 
@@ -18,6 +20,7 @@ extensions = [
     "myst_parser",
     "breathe",
     "sphinx.ext.autodoc",
+    "sphinx.ext.napoleon",
     "sphinx_copybutton",
     "sphinxcontrib.katex",
 ]
@@ -36,6 +39,15 @@ breathe_default_members = ("members",)
 cpp_id_attributes = ["NU_EXPORT"]
 
 autodoc_typehints = "signature"
+autodoc_member_order = "bysource"
+autodoc_preserve_defaults = True
+# Its page needs nothing of it but the name.
+autodoc_mock_imports = ["dask"]
+autodoc_type_aliases = {"ArrayLike": "ArrayLike", "Doubles": "Doubles"}
+napoleon_google_docstring = False
+napoleon_use_rtype = False
+python_use_unqualified_type_names = True
+python_maximum_signature_line_length = 88
 
 # Formulas are set when the pages are built; style and fonts lie beside the pages.
 katex_prerender = True
@@ -68,7 +80,13 @@ def make_accessible(app, name, template, context, doctree):
     context["body"] = body.replace('<span class="katex-display">', '<span class="katex-display" tabindex="0">')
 
 
+def shorten_signature(app, what, name, value, options, signature, returned):
+    return [text and python_reference.short_types(text) for text in (signature, returned)]
+
+
 def setup(app):
+    app.connect("autodoc-process-docstring", python_reference.describe)
+    app.connect("autodoc-process-signature", shorten_signature)
     app.connect("source-read", drop_absent_pages)
     app.connect("env-get-outdated", read_start_page)
     app.connect("html-page-context", make_accessible, priority=900)

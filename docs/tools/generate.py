@@ -9,6 +9,7 @@ from pathlib import Path
 import causes
 import examples
 import figures
+import python_reference
 import reference
 import scores
 
@@ -40,6 +41,7 @@ def main(docs, build, xml):
     causes.generate(writer, Path("src/nu/foundation"), docs / "causes.json")
     examples.generate(writer, docs.parent)
     scores.generate(writer, build)
+    python_reference.generate(writer)
     figures.generate(writer, build, Path(__file__).parent)
     writer.finish()
 

@@ -1,6 +1,7 @@
 #ifndef NU_ENGINE_HULLS_FARTHEST_CORNER2_H
 #define NU_ENGINE_HULLS_FARTHEST_CORNER2_H
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -25,16 +26,32 @@ class FarthestCorner2 {
   }
   std::size_t From(const Place& place) const;
 
- private:
   struct Box {
     Vec2 least;
     Vec2 greatest;
   };
+  // Whether a test holds for all corners; `holds` says so of a box, and is true only where it is of each point in it.
+  template<class Test>
+  bool AreAll(const Test& holds) const {
+    return AreAll(holds, 1);
+  }
+
+ private:
   static constexpr std::size_t kLeaf = 8;
 
   // Above every corner in a box: the value is convex in each coordinate.
   static double Bound(const Place& place, const Box& box);
   void Visit(const Place& place, std::size_t node, double& best, std::size_t& found) const;
+
+  // As deep as the tree.
+  template<class Test>
+  bool AreAll(const Test& holds, std::size_t node) const {
+    if (m_boxes[node].least.x > m_boxes[node].greatest.x || holds(m_boxes[node])) return true;
+    if (node < m_leaves) return AreAll(holds, 2 * node) && AreAll(holds, 2 * node + 1);
+    const auto begin = m_corners.begin() + static_cast<std::ptrdiff_t>((node - m_leaves) * kLeaf);
+    const auto end = m_corners.end() - begin > static_cast<std::ptrdiff_t>(kLeaf) ? begin + kLeaf : m_corners.end();
+    return std::all_of(begin, end, [&](const Vec2& corner) { return holds(Box{corner, corner}); });
+  }
 
   const std::vector<Vec2>& m_corners;
   std::size_t m_leaves = 1;  // a power of two; node k has the children 2k and 2k + 1, the leaves come last

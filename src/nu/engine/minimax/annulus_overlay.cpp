@@ -19,6 +19,12 @@
 //
 // A part is left out when its annuli are all too wide. The distance from h less that from p, along the edge, has its
 // least value at an end of the part or where h and p are seen from the edge under the same angle.
+//
+// Along the edge the width falls where the farthest corner is seen from it outside the angle pq, as soon as the edge
+// has left the chord pq behind, and grows where it is seen inside; before the chord it is the other way round. An
+// optimum lies where the width stops falling. So a part is left out as well when all corners that can be the farthest
+// in it, those between the first and the last along the normal, are on one side: points in convex position would
+// otherwise have a corner for every part of every edge.
 
 namespace nu::engine::minimax {
 namespace {
@@ -40,11 +46,51 @@ constexpr double kSameDirection = 1e-7;
 // Contacts on common rays are rare but for lattices, where the bound soon leaves few places to look at; these limits
 // keep points made for it from taking quadratic time.
 constexpr int kMostScans = 1000;
+// So many parts of an edge are divided before it pays to look at the angles of all corners. A corner counts as seen
+// inside or outside the angle pq when it is so by this part of the chord.
+constexpr std::size_t kPlainParts = 8;
+constexpr double kClearOfChord = 1e-6;
 constexpr std::size_t kMostDifferences = 1'000'000;
 
 double Length(Vec2 v) {
   return std::sqrt(Dot(v, v));
 }
+
+// What a linear function takes on in a box, widened by its rounding.
+struct Range {
+  Range(Vec2 factor, const FarthestCorner2::Box& box, Vec2 from) {
+    const double x[2] = {factor.x * (box.least.x - from.x), factor.x * (box.greatest.x - from.x)};
+    const double y[2] = {factor.y * (box.least.y - from.y), factor.y * (box.greatest.y - from.y)};
+    const double rounding = 4.0 * kEpsilon *
+                            (std::max(std::fabs(x[0]), std::fabs(x[1])) +  //
+                             std::max(std::fabs(y[0]), std::fabs(y[1])));
+    low = std::min(x[0], x[1]) + std::min(y[0], y[1]) - rounding;
+    high = std::max(x[0], x[1]) + std::max(y[0], y[1]) + rounding;
+  }
+  double Least() const { return std::max({0.0, low, -high}); }  // of the absolute values
+  double Greatest() const { return std::max(high, -low); }
+
+  double low, high;
+};
+
+// Where a box is for a Voronoi edge: along the chord pq and across it, in lengths of the chord from its middle.
+struct BoxAtEdge {
+  BoxAtEdge(const VoronoiEdge2& edge, const FarthestCorner2::Box& box)
+      : along(1.0 / edge.square * Perpendicular(edge.normal), box, edge.middle),
+        across(1.0 / edge.square * edge.normal, box, edge.middle) {}
+
+  // Seen from the edge at t: whether all of the box is outside, or inside, the angle pq. Nothing is in the triangle.
+  bool IsOutside(double t, bool before) const {
+    const double depth = before ? across.high : -across.low;
+    return depth <= 0.0 || along.Least() > 0.5 * (1.0 + depth / std::fabs(t)) * (1.0 + kClearOfChord);
+  }
+  bool IsInside(double t, bool before) const {
+    const double depth = before ? across.low : -across.high;
+    return depth > 0.0 && along.Greatest() < 0.5 * (1.0 + depth / std::fabs(t)) * (1.0 - kClearOfChord);
+  }
+
+  Range along, across;
+};
 
 // Whether 0 is inside the convex hull of the differences of directions, beyond a doubt: they leave no half-plane free.
 bool Surround(const std::vector<Vec2>& outer, const std::vector<Vec2>& inner) {
@@ -155,9 +201,32 @@ class Overlay {
     for (std::size_t parts = 0; !m_open.empty() && !m_contradicts; ++parts) {
       const Part part = m_open.back();
       m_open.pop_back();
-      Divide(edge, part);
+      if (parts < kPlainParts || !IsMonotonic(edge, part)) Divide(edge, part);
       m_contradicts = parts > most;
     }
+  }
+
+  // Whether the width grows all along a part, or falls: seen from farther away the angle pq is smaller. Widths of a few
+  // steps of the grid are judged one by one.
+  bool IsMonotonic(const VoronoiEdge2& edge, const Part& part) const {
+    const double from = Dot(edge.normal, Corner(part.last) - edge.middle) / edge.square;
+    const double to = Dot(edge.normal, Corner(part.first) - edge.middle) / edge.square;
+    const bool before = part.begin < 0.0;
+    const bool behind = part.end > 0.0;
+    const auto holds = [&](const auto& clear) {
+      return m_farthest.AreAll([&](const FarthestCorner2::Box& box) {
+        const BoxAtEdge at(edge, box);
+        return at.across.high < from || at.across.low > to || clear(at);
+      });
+    };
+    const auto grows = [&](const BoxAtEdge& at) {
+      return (!before || at.IsOutside(std::min(part.end, 0.0), true)) && (!behind || at.IsInside(part.end, false));
+    };
+    const auto falls = [&](const BoxAtEdge& at) {
+      return (!before || at.IsInside(part.begin, true)) && (!behind || at.IsOutside(std::max(part.begin, 0.0), false));
+    };
+    return (WidthAt(edge, part.begin, part.first) > kSameWidth && holds(grows)) ||
+           (WidthAt(edge, part.end, part.last) > kSameWidth && holds(falls));
   }
 
   void Divide(const VoronoiEdge2& edge, const Part& part) {
