@@ -167,6 +167,8 @@ def _fit_parts(
     name: str, cloud: Any, criterion: str | Criterion, weights: Any, start: Any, fixed: dict[str, Any]
 ) -> PartsFit[Any]:
     chosen = criterion_of(criterion)
+    if name == "torus" and chosen is not Criterion.LEAST_SQUARES:
+        raise ArgumentError("parts of a cloud have no tube, which is the minimum zone of a torus")
     seen = _Cloud.of(cloud, weights)
     # With all options, so that what does not go together is refused here.
     feature = seen.fit_sample(name, chosen, start, **fixed)

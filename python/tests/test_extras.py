@@ -50,6 +50,7 @@ def test_bags_and_other_criteria():
         array = dask.array.from_array(points, chunks=(100, 3))
         for refused in (
             lambda: nu.dask.fit_line(points),
+            lambda: nu.dask.fit_torus(array, "C"),
             lambda: nu.dask.fit_cylinder(array, weights=np.ones(5)),
             lambda: nu.dask.fit_cylinder(array, weights=dask.array.ones(7)),
             lambda: nu.dask.fit_cylinder(bag, weights=np.ones(600)),

@@ -88,6 +88,7 @@ void ExpectWholeWithOptions(CNuAssociation& whole, CNuAssociation (&parts)[2], F
   }
   EXPECT_LE(step, 1e-12);
   EXPECT_NEAR(all.GetSumSquares(), report.GetSumSquares(), 1e-11);
+  EXPECT_NEAR(all.GetRootMeanSquare(), report.GetRootMeanSquare(), 1e-9);
   Shape a, b;
   Read(optimum, a);
   Read(feature, b);

@@ -90,6 +90,10 @@ double CNuAssociationPart::GetSumSquares() const {
   return m_sums ? m_sums->sumSquares : 0.0;
 }
 
+double CNuAssociationPart::GetRootMeanSquare() const {
+  return m_sums ? std::sqrt(m_sums->unweightedSquares / static_cast<double>(m_sums->points)) : 0.0;
+}
+
 double CNuAssociationPart::GetLargestDeviation() const {
   std::optional<double> largest;
   for (int k = 0; m_sums && k < PartSums::kStrata; ++k)

@@ -46,9 +46,10 @@ class NU_EXPORT CNuAssociationPart {
 
   // Of all points joined so far.
   std::size_t GetNumberPoints() const;
-  // The sum of squared deviations from the feature, times the weights; the largest deviation and the smallest, which do
-  // not count weights. 0 for no points.
+  // The sum of squared deviations from the feature, times the weights. The root of the mean of the squared deviations,
+  // the largest deviation and the smallest do not count weights. 0 for no points.
   double GetSumSquares() const;
+  double GetRootMeanSquare() const;
   double GetLargestDeviation() const;
   double GetSmallestDeviation() const;
 

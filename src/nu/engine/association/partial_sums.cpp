@@ -62,6 +62,7 @@ class PartReduction {
       m_sums.points += block.size;
     });
     m_sums.sumSquares = m_sumSquares.Value();
+    m_sums.unweightedSquares = m_weights != nullptr ? m_unweightedSquares.Value() : m_sums.sumSquares;
     for (int i = 0; i < kColumns; ++i)
       for (int j = i; j < kColumns; ++j) m_sums.triangle[i][j] = m_reduction.R(i, j);
     KeepFreeCurvature();
@@ -78,6 +79,7 @@ class PartReduction {
     const double distance = Norm(from);
     if (!(distance <= m_sums.extent)) m_sums.extent = distance;
     m_sumSquares.Add(weight * deviation * deviation);
+    if (m_weights != nullptr) m_unweightedSquares.Add(deviation * deviation);
     if (ResidualsPerPoint(m_feature.kind) == 1) AddCurvature(m_feature, point, weight * deviation, m_sums.curvature);
     const int stratum = PartOf(m_feature, m_sums.request.extent, point);
     std::optional<PartExtreme>& highest = m_sums.highest[stratum];
@@ -113,7 +115,7 @@ class PartReduction {
   const Feature& m_feature;
   TallReduction m_reduction;
   double* m_column[kUnknowns] = {};
-  CompensatedSum m_sumSquares;
+  CompensatedSum m_sumSquares, m_unweightedSquares;
 };
 
 // R and c of the free unknowns, with angles in lengths, and the step that follows from them.
@@ -193,6 +195,7 @@ PartSums Join(const PartSums& first, const PartSums& second) {
   PartSums joined = first;
   joined.points += second.points;
   joined.sumSquares += second.sumSquares;
+  joined.unweightedSquares += second.unweightedSquares;
   joined.extent = std::max(first.extent, second.extent);
   TallReduction reduction(kColumns);
   for (int k = 0; k < kColumns; ++k) {
@@ -254,7 +257,7 @@ FittedFeature PartCandidates::Fit(FitCriterion criterion, const PartRequest& req
 namespace {
 
 constexpr std::uint64_t kMark = 0x5354524150554E;  // "NUPARTS" from the least significant byte on
-constexpr std::uint64_t kVersion = 1;
+constexpr std::uint64_t kVersion = 2;
 
 // Of all bytes before it (FNV-1a, 64 bits).
 std::uint64_t CheckSum(const unsigned char* bytes, std::size_t count) {
@@ -310,7 +313,7 @@ void PassNumbers(Way& way, Sums& sums) {
   for (auto* v : {&feature.frame.origin, &feature.frame.x, &feature.frame.y, &feature.frame.z})
     way(v->x), way(v->y), way(v->z);
   for (auto& size : feature.size) way(size);
-  way(sums.request.extent), way(sums.sumSquares), way(sums.extent);
+  way(sums.request.extent), way(sums.sumSquares), way(sums.unweightedSquares), way(sums.extent);
   for (auto& row : sums.triangle)
     for (auto& value : row) way(value);
   for (auto& row : sums.curvature)

@@ -32,8 +32,9 @@ struct PartSums {
 
   PartRequest request;
   std::size_t points = 0;
-  double sumSquares = 0.0;  // of the deviations, weighted
-  double extent = 0.0;      // of the farthest point from the origin
+  double sumSquares = 0.0;         // of the deviations, weighted
+  double unweightedSquares = 0.0;  // the same without the weights
+  double extent = 0.0;             // of the farthest point from the origin
   // Least squares: the triangle of the rows of derivatives, with the right-hand side in the last column, and the second
   // derivatives times the deviations, both by all unknowns and weighted. Those that are not free are 0.
   double triangle[kUnknowns + 1][kUnknowns + 1] = {};
