@@ -74,7 +74,7 @@ void Progress::Show(double part) {
 }
 
 Waiting::Waiting(std::string what) : m_what(std::move(what)) {
-  if (!StandardErrorIsTerminal()) return;
+  if (!StandardErrorIsTerminal() || lineOwner.load() != nullptr) return;
   try {
     m_thread = std::thread([this] { Show(); });
   } catch (const std::system_error&) {
