@@ -20,10 +20,8 @@ constexpr double kTop = 24;
 constexpr double kBottom = 94;
 constexpr double kPanelLeft = 186;
 constexpr double kPanelRight = 232;
-constexpr const char* kGrey = "#5c6670";
 constexpr const char* kOutside = "fill='#c0392b' stroke='none'";
 constexpr const char* kBar = "fill='#9dbbdc' stroke='#1f5fa8' stroke-width='0.2'";
-constexpr double kSmall = 2.9;
 
 // What both pictures share: a frame with title, a scale of values and the numbers of the distribution.
 class Chart {
@@ -39,7 +37,7 @@ class Chart {
     m_canvas.Text({kLeft - 14, 18},
                   what + ", " + std::to_string(m_series.values.size()) + " of " + std::to_string(report.parts.size()) +
                       " parts; " + m_unit,
-                  {3.4, "start", kGrey, false, 0});
+                  {3.4, "start", style::kQuiet, false, 0});
     ChooseSpan();
     DrawPanel();
   }
@@ -94,8 +92,8 @@ class Chart {
 
   void Row(const std::string& name, const std::string& value) {
     constexpr double kRowHeight = 4.9;
-    m_canvas.Text({kPanelLeft, m_panelY}, name, {kSmall, "start", kGrey, false, 0});
-    m_canvas.Text({kPanelRight, m_panelY}, value, {kSmall, "end", "#22272e", false, 0});
+    m_canvas.Text({kPanelLeft, m_panelY}, name, {style::kSmallText, "start", style::kQuiet, false, 0});
+    m_canvas.Text({kPanelRight, m_panelY}, value, {style::kSmallText, "end", "#22272e", false, 0});
     m_panelY += kRowHeight;
   }
 
@@ -141,7 +139,7 @@ class TrendChart : Chart {
     const Ticks ticks(m_low, m_high, 7);
     for (const double tick : ticks.values) {
       m_canvas.Line({kLeft, Y(tick)}, {kRight, Y(tick)}, style::kGrid);
-      m_canvas.Text({kLeft - 1.5, Y(tick) + 1}, ticks.Text(tick), {2.7, "end", kGrey, false, 0});
+      m_canvas.Text({kLeft - 1.5, Y(tick) + 1}, ticks.Text(tick), {2.7, "end", style::kQuiet, false, 0});
     }
     m_canvas.Rectangle({kLeft, kTop}, kRight - kLeft, kBottom - kTop, style::kFrame);
     DrawPartNames();
@@ -159,14 +157,15 @@ class TrendChart : Chart {
     for (std::size_t i = 0; i < m_report.parts.size(); ++i) {
       if (!byName && (i + 1) % step != 0 && i != 0) continue;
       const std::string text = byName ? Printable(m_report.parts[i].name) : std::to_string(i + 1);
-      m_canvas.Text({X(i), kBottom + 4.5}, text, {2.7, "middle", kGrey, false, 0});
+      m_canvas.Text({X(i), kBottom + 4.5}, text, {2.7, "middle", style::kQuiet, false, 0});
     }
-    m_canvas.Text({(kLeft + kRight) / 2, kBottom + 10}, "parts, in their order", {kSmall, "middle", kGrey, false, 0});
+    m_canvas.Text({(kLeft + kRight) / 2, kBottom + 10}, "parts, in their order",
+                  {style::kSmallText, "middle", style::kQuiet, false, 0});
   }
 
   void DrawLevel(double value, const char* attributes, const std::string& name) {
     m_canvas.Line({kLeft, Y(value)}, {kRight, Y(value)}, attributes);
-    m_canvas.Text({kRight + 1, Y(value) + 1}, name, {2.7, "start", kGrey, false, 0});
+    m_canvas.Text({kRight + 1, Y(value) + 1}, name, {2.7, "start", style::kQuiet, false, 0});
   }
 
   void DrawValues() {
@@ -257,17 +256,17 @@ class HistogramChart : Chart {
     const Ticks values(m_low, m_high, 7);
     for (const double tick : values.values) {
       m_canvas.Line({X(tick), kBottom}, {X(tick), kBottom + 1}, style::kFrame);
-      m_canvas.Text({X(tick), kBottom + 4.5}, values.Text(tick), {2.7, "middle", kGrey, false, 0});
+      m_canvas.Text({X(tick), kBottom + 4.5}, values.Text(tick), {2.7, "middle", style::kQuiet, false, 0});
     }
     const Ticks counts(0, m_most, 6);
     for (const double tick : counts.values) {
       if (tick != std::floor(tick)) continue;
       m_canvas.Line({kLeft, Y(tick)}, {kRight, Y(tick)}, style::kGrid);
-      m_canvas.Text({kLeft - 1.5, Y(tick) + 1}, Fixed(tick, 0), {2.7, "end", kGrey, false, 0});
+      m_canvas.Text({kLeft - 1.5, Y(tick) + 1}, Fixed(tick, 0), {2.7, "end", style::kQuiet, false, 0});
     }
     m_canvas.Rectangle({kLeft, kTop}, kRight - kLeft, kBottom - kTop, style::kFrame);
     m_canvas.Text({(kLeft + kRight) / 2, kBottom + 10}, "value, " + m_unit + "; number of parts upwards",
-                  {kSmall, "middle", kGrey, false, 0});
+                  {style::kSmallText, "middle", style::kQuiet, false, 0});
   }
 
   void DrawNormal() {

@@ -17,7 +17,6 @@ constexpr double kBottom = 132;
 constexpr PagePoint kCentre{72, 84};
 constexpr double kRadius = 42;  // of the least-squares circle
 constexpr double kBand = 18;    // to either side of it
-constexpr const char* kGrey = "#5c6670";
 constexpr double kTurn = 2 * std::numbers::pi;
 
 const char* ColourOf(const Inspection& inspection) {
@@ -49,7 +48,7 @@ class ComparisonPicture {
     m_canvas.Text({10, 20},
                   std::to_string(inspections.front().deviations.size()) + " points; deviations in " + m_unit.symbol +
                       " from the " + terms.feature + " of each criterion",
-                  {3.6, "start", kGrey, false, 0});
+                  {3.6, "start", style::kQuiet, false, 0});
   }
 
   std::string Draw() {
@@ -67,7 +66,7 @@ class ComparisonPicture {
     for (const double tick : ticks.values) {
       const double y = Y(tick / m_unit.perLength);
       m_canvas.Line({m_left, y}, {kPageWidth - 10, y}, style::kGrid);
-      m_canvas.Text({m_left - 1.5, y + 1}, ticks.SignedText(tick), {2.8, "end", kGrey, false, 0});
+      m_canvas.Text({m_left - 1.5, y + 1}, ticks.SignedText(tick), {2.8, "end", style::kQuiet, false, 0});
     }
   }
 
@@ -102,7 +101,7 @@ class ComparisonPicture {
     m_canvas.Text({x, kTop + 6.5}, Fixed(each.form * m_unit.perLength, 3) + " " + m_unit.symbol,
                   {3.2, "middle", "#22272e", false, 0});
     m_canvas.Text({x, kBottom + 5}, each.terms.reference.substr(0, each.terms.reference.find(' ')),
-                  {2.8, "middle", kGrey, false, 0});
+                  {2.8, "middle", style::kQuiet, false, 0});
   }
 
   // Around the centre of the least-squares circle, by angle; the radius magnifies the deviation from that circle.
@@ -130,7 +129,7 @@ class ComparisonPicture {
     m_canvas.Text({10, kPageHeight - 6},
                   std::string("profile about the least-squares centre; dashed: the two circles of the minimum zone; ") +
                       "radial magnification " + Fixed(magnification, 0) + ":1",
-                  {2.8, "start", kGrey, false, 0});
+                  {2.8, "start", style::kQuiet, false, 0});
   }
 
   // How far the circle and the profile reach from the least-squares circle.

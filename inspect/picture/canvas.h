@@ -32,6 +32,8 @@ inline constexpr const char* kBoundary = "fill='none' stroke='#c0392b' stroke-wi
 inline constexpr const char* kMarker = "fill='#22272e' stroke='#ffffff' stroke-width='0.3' stroke-linejoin='round'";
 inline constexpr const char* kContactHalo = "fill='none' stroke='#ffffff' stroke-width='1.3'";
 inline constexpr const char* kContact = "fill='none' stroke='#22272e' stroke-width='0.5'";
+inline constexpr const char* kQuiet = "#5c6670";  // the colour of what explains
+inline constexpr double kSmallText = 2.9;
 inline constexpr const char* kPaper = "fill='#ffffff' stroke='none'";
 }  // namespace style
 

@@ -110,8 +110,7 @@ class FlatnessMap {
   void DrawExtremes() {
     const std::size_t most = m_inspection.IndexOfMax();
     const std::size_t least = m_inspection.IndexOfMin();
-    DrawMarker(m_canvas, OnPage(m_inspection.local[most]), kDownwards);
-    DrawMarker(m_canvas, OnPage(m_inspection.local[least]), kUpwards);
+    m_page.MarkExtremes([this](std::size_t i) { return OnPage(m_inspection.local[i]); });
     m_page.ExtremeKeys(PositionText(most), PositionText(least));
   }
 

@@ -13,9 +13,7 @@ namespace {
 constexpr double kPanelLeft = 186;
 constexpr double kPanelValueRight = 240;
 constexpr double kPanelRight = 252;
-constexpr double kSmall = 2.9;
 constexpr double kFooter = 173.5;
-constexpr const char* kGrey = "#5c6670";
 constexpr std::size_t kLongestTitle = 44;
 
 std::string Capitalised(std::string text) {
@@ -88,8 +86,8 @@ void Page::DrawTitle(const Inspection& inspection, const PictureLabels& labels) 
                 "deviations from the fitted " + inspection.terms.feature + " (" + inspection.terms.criterion + "), " +
                     std::to_string(inspection.deviations.size()) + " points, " +
                     (inspection.filter > 0 ? FilterText(inspection.filter) : "unfiltered"),
-                {3.6, "start", kGrey, false, 0});
-  m_canvas.Text({kLeft, kFooter}, labels.source, {kSmall, "start", kGrey, false, 0});
+                {3.6, "start", style::kQuiet, false, 0});
+  m_canvas.Text({kLeft, kFooter}, labels.source, {style::kSmallText, "start", style::kQuiet, false, 0});
   if (!inspection.warning.empty()) {
     m_canvas.Text({kLeft, kTop}, "warning: " + inspection.warning, {3.6, "start", "#c0392b", true, 0});
   }
@@ -115,9 +113,10 @@ void Page::DrawVerdict(const PictureLabels& labels) {
 void Page::DrawRows(const PictureLabels& labels) {
   for (const Row& row : labels.rows) {
     if (!IsInPanel(row)) continue;
-    m_canvas.Text({kPanelLeft, m_panelY}, row.name, {kSmall, "start", kGrey, false, 0});
-    m_canvas.Text({kPanelValueRight, m_panelY}, WithMinusSign(row.value), {kSmall, "end", "#22272e", false, 0});
-    m_canvas.Text({kPanelValueRight + 1.5, m_panelY}, row.unit, {kSmall, "start", kGrey, false, 0});
+    m_canvas.Text({kPanelLeft, m_panelY}, row.name, {style::kSmallText, "start", style::kQuiet, false, 0});
+    m_canvas.Text({kPanelValueRight, m_panelY}, WithMinusSign(row.value),
+                  {style::kSmallText, "end", "#22272e", false, 0});
+    m_canvas.Text({kPanelValueRight + 1.5, m_panelY}, row.unit, {style::kSmallText, "start", style::kQuiet, false, 0});
     m_panelY += m_rowHeight;
   }
   m_canvas.Line({kPanelLeft, m_panelY - 2}, {kPanelRight, m_panelY - 2}, style::kGrid);
@@ -139,10 +138,10 @@ void Page::StateMagnification(double scale, const std::string& name) {
   const double magnification = scale / m_unit.millimetres;
   // General() changes to powers of ten where the digits end; magnifications read better in full.
   const auto text = [](double value) { return value < 100 ? General(value, kDigits) : Fixed(value, 0); };
-  m_canvas.Text({kPanelLeft, m_panelY}, name, {kSmall, "start", kGrey, false, 0});
+  m_canvas.Text({kPanelLeft, m_panelY}, name, {style::kSmallText, "start", style::kQuiet, false, 0});
   m_canvas.Text({kPanelValueRight, m_panelY},
                 magnification < 1 ? "1:" + text(1 / magnification) : text(magnification) + ":1",
-                {kSmall, "end", "#22272e", true, 0});
+                {style::kSmallText, "end", "#22272e", true, 0});
   m_panelY += m_rowHeight;
 }
 
@@ -160,13 +159,13 @@ void Page::DrawRuler(double band, double scale, const Ticks& lines) {
 }
 
 void Page::Note(const std::string& text) {
-  m_canvas.Text({kPanelLeft, m_panelY}, text, {kSmall, "start", kGrey, false, 0});
+  m_canvas.Text({kPanelLeft, m_panelY}, text, {style::kSmallText, "start", style::kQuiet, false, 0});
   m_panelY += m_rowHeight;
 }
 
 void Page::LineKey(const char* attributes, const std::string& text) {
   m_canvas.Line({kPanelLeft, m_panelY - 1}, {kPanelLeft + 8, m_panelY - 1}, attributes);
-  m_canvas.Text({kPanelLeft + 11, m_panelY}, text, {kSmall, "start", "#22272e", false, 0});
+  m_canvas.Text({kPanelLeft + 11, m_panelY}, text, {style::kSmallText, "start", "#22272e", false, 0});
   m_panelY += m_rowHeight;
 }
 
@@ -183,7 +182,7 @@ void Page::MarkContacts(const std::vector<PagePoint>& places, bool outer) {
   }
   mark({kPanelLeft + 4, m_panelY - 1}, style::kContact);
   m_canvas.Text({kPanelLeft + 11, m_panelY}, "contact points, " + BoundaryName(m_inspection, outer),
-                {kSmall, "start", "#22272e", false, 0});
+                {style::kSmallText, "start", "#22272e", false, 0});
   m_panelY += m_rowHeight;
 }
 
@@ -193,12 +192,12 @@ void Page::ExtremeKeys(const std::string& whereMax, const std::string& whereMin)
   const bool showMin = !whereMin.empty();
   DrawMarker(m_canvas, {kPanelLeft + 4, m_panelY + 0.1}, kDownwards);
   m_canvas.Text({kPanelLeft + 11, m_panelY}, DeviationText(largest) + " " + whereMax,
-                {kSmall, "start", "#22272e", false, 0});
+                {style::kSmallText, "start", "#22272e", false, 0});
   m_panelY += m_rowHeight;
   if (!showMin) return;
   DrawMarker(m_canvas, {kPanelLeft + 4, m_panelY - 2.2}, kUpwards);
   m_canvas.Text({kPanelLeft + 11, m_panelY}, DeviationText(smallest) + " " + whereMin,
-                {kSmall, "start", "#22272e", false, 0});
+                {style::kSmallText, "start", "#22272e", false, 0});
   m_panelY += m_rowHeight;
 }
 

@@ -8,6 +8,11 @@
 #include "picture/canvas.h"
 #include "picture/pictures.h"
 
+// A triangle with its tip at `tip`, pointing in `direction` (a unit vector on the page).
+void DrawMarker(Canvas& canvas, PagePoint tip, PagePoint direction);
+inline constexpr PagePoint kUpwards{0, -1};
+inline constexpr PagePoint kDownwards{0, 1};
+
 // A page with its title on top, the result in a panel on the right, and room for the picture on the left.
 class Page {
  public:
@@ -56,6 +61,12 @@ class Page {
     }
     m_canvas.ReadOut("[" + list + "]");
   }
+  // Markers at the points of the largest and the smallest deviation; onPage(index) is the place of one.
+  template<typename OnPage>
+  void MarkExtremes(const OnPage& onPage) {
+    DrawMarker(m_canvas, onPage(m_inspection.IndexOfMax()), kDownwards);
+    DrawMarker(m_canvas, onPage(m_inspection.IndexOfMin()), kUpwards);
+  }
   void ExtremeKeys(const std::string& whereMax, const std::string& whereMin);
 
   // What each of the lines beside a fitted curve stands for, in the corner below on the left; the deviations reach
@@ -90,11 +101,6 @@ class Page {
   double m_panelY = kTop + 4;
   double m_rowHeight;  // of the panel
 };
-
-// A triangle with its tip at `tip`, pointing in `direction` (a unit vector on the page).
-void DrawMarker(Canvas& canvas, PagePoint tip, PagePoint direction);
-inline constexpr PagePoint kUpwards{0, -1};
-inline constexpr PagePoint kDownwards{0, 1};
 
 // One value along a profile.
 struct Sample {
