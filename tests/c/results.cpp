@@ -7,25 +7,13 @@
 #include <memory>
 #include <string>
 
+#include "lines.h"
 #include "nu/nu.h"
 
 namespace {
 
-constexpr int kPoints = 40;
-constexpr int kStride = 4;
-
-std::uint64_t hash = 0xcbf29ce484222325u;
-std::uint64_t state = 0;
-
-void AddInt(std::int64_t value) {
-  hash = (hash ^ static_cast<std::uint64_t>(value)) * 0x100000001b3u;
-}
-
-void Add(double value) {
-  std::uint64_t bits = 0;
-  std::memcpy(&bits, &value, sizeof bits);
-  hash = (hash ^ bits) * 0x100000001b3u;
-}
+// A number among the overloads below: it would become a point otherwise.
+using ::Add;
 
 void Add(const CNuPoint& p) {
   for (const double c : {p.x(), p.y(), p.z()}) Add(c);
@@ -36,10 +24,6 @@ void Add(const CNuVector& v) {
 void Add(const CNuDoubleArray& values) {
   for (int i = 0; i < values.GetSize(); ++i) Add(values[i]);
 }
-void AddText(const char* text) {
-  for (; *text != '\0'; ++text) AddInt(static_cast<unsigned char>(*text));
-}
-
 void Feature(CNuObject::ENuObjectType type, const CNuPoint& p, const CNuVector& v, double first, double second = 0.0) {
   AddInt(type);
   Add(p);
@@ -80,66 +64,6 @@ void Feature(const CNuConSurf& f) {
 }
 void Feature(const CNuTorSurf& f) {
   Feature(f.GetType(), f.GetCentre(), f.GetAxisDirection(), f.GetMajorRadius(), f.GetMinorRadius());
-}
-
-void Line(const char* name, int first, int second, int third) {
-  std::printf("%s %d %d %d %016" PRIx64 "\n", name, first, second, third, hash);
-  hash = 0xcbf29ce484222325u;
-}
-
-double Uniform() {
-  state = state * 6364136223846793005u + 1442695040888963407u;
-  return static_cast<double>(state >> 11) / 9007199254740992.0;
-}
-
-void MakeCloud(int kind, double* xyz) {
-  state = static_cast<std::uint64_t>(kind);
-  for (int i = 0; i < kPoints; ++i) {
-    const double t = 2.0 * Uniform() - 1.0;
-    const double h = Uniform();
-    const double w = 2.0 * Uniform() - 1.0;
-    const double e = 1e-3 * Uniform();
-    const double side = Uniform() < 0.5 ? -1.0 : 1.0;
-    const double c = side * (1.0 - t * t) / (1.0 + t * t), s = 2.0 * t / (1.0 + t * t);
-    const double p = (1.0 - w * w) / (1.0 + w * w), q = 2.0 * w / (1.0 + w * w);
-    double x = 0.0, y = 0.0, z = 0.0;
-    switch (kind) {
-      case CNuObject::NuTypeLine:
-        x = 10.0 * h, y = e, z = 1e-3 * t;
-        break;
-      case CNuObject::NuTypePlane:
-        x = 10.0 * t, y = 10.0 * h, z = e;
-        break;
-      case CNuObject::NuTypeCircle:
-        x = (5.0 + e) * c, y = (5.0 + e) * s;
-        break;
-      case CNuObject::NuTypeEllipse:
-        x = 7.0 * c + e, y = 4.0 * s;
-        break;
-      case CNuObject::NuTypeHyperbola:
-        x = 3.0 / p + e, y = 2.0 * q / p;
-        break;
-      case CNuObject::NuTypeParabola:
-        x = 2.0 * w * w + e, y = 4.0 * w;
-        break;
-      case CNuObject::NuTypeSphSurf:
-        x = (6.0 + e) * c * p, y = (6.0 + e) * s * p, z = (6.0 + e) * q;
-        break;
-      case CNuObject::NuTypeCylSurf:
-        x = (5.0 + e) * c, y = (5.0 + e) * s, z = 10.0 * h;
-        break;
-      case CNuObject::NuTypeConSurf:
-        x = (2.0 + h + e) * c, y = (2.0 + h + e) * s, z = 4.0 * h;
-        break;
-      default:
-        x = (8.0 + 2.0 * p) * c + e, y = (8.0 + 2.0 * p) * s, z = 2.0 * q;
-        break;
-    }
-    xyz[kStride * i] = (2.0 * x - y + 2.0 * z) / 3.0 + 100.0;
-    xyz[kStride * i + 1] = (2.0 * x + 2.0 * y - z) / 3.0 - 50.0;
-    xyz[kStride * i + 2] = (2.0 * y + 2.0 * z - x) / 3.0 + 20.0;
-    xyz[kStride * i + 3] = 0.0;
-  }
 }
 
 // Adds what can be had.
