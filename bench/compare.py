@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Print how the library compares with its peers.
 
-usage: nu_bench --benchmark_out=run.json ...; compare.py run.json [more.json ...] [--worst RATIO]
+usage: nu_bench --benchmark_out=run.json ...; compare.py run.json [more.json ...] [--worst RATIO] [--markdown FILE]
 
 One line per question and size: the library's time, the best peer and its time, the ratio of the two (below 1 the
 library is faster), the other peers, and from 100 000 to 1 000 000 the exponent of growth of the library's time.
 Processor time, the median of the repetitions. Ends with 1 when a ratio is above --worst or a benchmark failed.
+--markdown writes the table of the manual: compare.py run.json --markdown docs/ratios.md.
 """
 
 import argparse
@@ -64,10 +65,33 @@ def lines(table):
                       growth(table, question, size), others]
 
 
+def markdown(paths, table):
+    """The table of the manual: one line per question, with the ratios from the smallest to the largest size."""
+    with open(paths[0], encoding="utf-8") as file:
+        context = json.load(file)["context"]
+    rows = {}
+    for (question, size), row in table.items():
+        peers = sorted((time, who) for who, time in row.items() if who != LIBRARY)
+        if LIBRARY in row and peers:
+            rows.setdefault(question, []).append((size, row[LIBRARY] / peers[0][0], peers[0][1]))
+    ratios = [ratio for cells in rows.values() for _, ratio, _ in cells]
+    yield (f"Measured on {context['date'][:10]}, {context['num_cpus']} processors of {context['mhz_per_cpu']} MHz, one thread: "
+           f"{len(ratios)} rows with a geometric mean of {statistics.geometric_mean(ratios):.2f}.")
+    yield ""
+    yield "| Question | Sizes | Ratio | Best peer |"
+    yield "|---|---|---|---|"
+    for question, cells in rows.items():
+        cells.sort()
+        peers = ", ".join(f"`{who}`" for who in dict.fromkeys(who for _, _, who in cells))
+        sizes = ", ".join(f"{size:,}" for size, _, _ in cells)
+        yield f"| `{question}` | {sizes} | {', '.join(f'{ratio:.2g}' for _, ratio, _ in cells)} | {peers} |"
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("runs", nargs="+", help="JSON files of nu_bench")
     parser.add_argument("--worst", type=float, default=math.inf, help="the ratio that is still accepted")
+    parser.add_argument("--markdown", help="the file that receives the table of the manual")
     arguments = parser.parse_args()
 
     table, failures = read(arguments.runs)
@@ -80,6 +104,9 @@ def main():
     ratios = [ratio for ratio, _ in rated if ratio]
     if ratios:
         print(f"\n{len(ratios)} ratios, geometric mean {statistics.geometric_mean(ratios):.2f}, worst {max(ratios):.2f}")
+    if arguments.markdown and ratios:
+        with open(arguments.markdown, "w", encoding="utf-8") as file:
+            file.writelines(f"{line}\n" for line in markdown(arguments.runs, table))
     for failure in failures:
         print(f"failed: {failure}", file=sys.stderr)
     return 1 if failures or (ratios and max(ratios) > arguments.worst) else 0

@@ -25,7 +25,7 @@ extensions = [
     "sphinxcontrib.katex",
 ]
 source_suffix = {".md": "markdown"}
-exclude_patterns = ["README.md", "node_modules", "generated/include"]
+exclude_patterns = ["README.md", "node_modules", "generated/include", "ratios.md"]
 highlight_language = "none"
 
 myst_enable_extensions = ["amsmath", "attrs_block", "attrs_inline", "colon_fence", "deflist", "dollarmath"]
@@ -47,7 +47,6 @@ autodoc_type_aliases = {"ArrayLike": "ArrayLike", "Doubles": "Doubles"}
 napoleon_google_docstring = False
 napoleon_use_rtype = False
 python_use_unqualified_type_names = True
-python_maximum_signature_line_length = 88
 
 # Formulas are set when the pages are built; style and fonts lie beside the pages.
 katex_prerender = True

@@ -25,15 +25,11 @@ int main() {
                   report.GetMultipliers()[i]);
 
   const CNuCertificate certificate = report.GetCertificate();
-  std::printf("certificate holds: %s\n",
-              certificate.Check(points, circle, 1e-12).Holds() ? "yes" : "no");
+  const CNuCertificateVerdict verdict = certificate.Check(points, circle, 1e-12);
+  std::printf("certificate holds: %s, balance below 1e-12: %s\n",
+              verdict.Holds() ? "yes" : "no", verdict.GetBalance() < 1e-12 ? "yes" : "no");
+  const CNuCircle moved(circle.GetRadius(),
+                        circle.GetCentre() + CNuPoint(0.0001, 0.0, 0.0));
   std::printf("for a circle moved by 0.0001: %s\n",
-              certificate
-                      .Check(points,
-                             CNuCircle(circle.GetRadius(),
-                                       circle.GetCentre() + CNuPoint(0.0001, 0.0, 0.0)),
-                             1e-12)
-                      .Holds()
-                  ? "yes"
-                  : "no");
+              certificate.Check(points, moved, 1e-12).Holds() ? "yes" : "no");
 }

@@ -22,10 +22,17 @@ int main() {
     std::printf("the same without an exception\n");
 
   try {
+    const CNuCircle nothing(-1.0);
+  } catch (const CNuConstructionException& failure) {
+    std::printf("cause %d: %s\n", failure.GetCause(), NuCauseText(failure));
+  }
+  try {
     const CNuVector direction(0.0, 0.0, 1.0);
     std::printf("%g\n", direction[3]);
   } catch (const CNuOperationException& failure) {
     std::printf("cause %d: %s, valid from %d to %d\n", failure.GetCause(),
                 NuCauseText(failure), failure.m_nLower, failure.m_nUpper);
+  } catch (const CNuMemoryException& failure) {
+    std::printf("%s\n", NuCauseText(failure));
   }
 }

@@ -3,6 +3,7 @@
 check_links.py HTML
 """
 
+import posixpath
 import re
 import sys
 from html.parser import HTMLParser
@@ -35,6 +36,33 @@ def is_external(url):
     return bool(urlsplit(url).netloc)
 
 
+def clicks(pages, start, avoided):
+    """{page: the least number of links from the start page} without passing through one page."""
+    depth, front = {start: 0}, [start]
+    while front:
+        found = []
+        for name in front:
+            for url in pages[name].links:
+                parts = urlsplit(url)
+                if parts.scheme or not parts.path:
+                    continue
+                target = posixpath.normpath(posixpath.join(posixpath.dirname(name), unquote(parts.path)))
+                if target in pages and target not in depth and target != avoided:
+                    depth[target] = depth[name] + 1
+                    found.append(target)
+        front = found
+    return depth
+
+
+def far_answers(pages):
+    """What the page of questions leads to and a reader does not reach in three clicks from the start page."""
+    depth = clicks(pages, "index.html", "questions.html")
+    for url in pages["questions.html"].links:
+        target = posixpath.normpath(unquote(urlsplit(url).path) or "questions.html")
+        if not urlsplit(url).scheme and target in pages and target != "questions.html" and depth.get(target, 9) > 3:
+            yield f"questions.html: {target} is {depth.get(target, 'no')} clicks away"
+
+
 def main(root):
     pages = {path.relative_to(root).as_posix(): Page(path.read_text(encoding="utf-8")) for path in root.rglob("*.html")}
     faults = []
@@ -58,6 +86,7 @@ def main(root):
         for url in re.findall(r"url\(['\"]?([^'\")]+)|@import\s+['\"]([^'\"]+)", path.read_text(encoding="utf-8")):
             if is_external(url[0] or url[1]):
                 faults.append(f"{path.name} loads {url}")
+    faults += far_answers(pages)
     if len(pages) < 10:
         faults.append(f"only {len(pages)} pages")
     print("\n".join(sorted(set(faults))), file=sys.stderr)

@@ -7,6 +7,7 @@ import sys
 from pathlib import Path
 
 import causes
+import check_names
 import examples
 import figures
 import python_reference
@@ -36,6 +37,7 @@ class Writer:
 
 
 def main(docs, build, xml):
+    check_names.check(docs, xml)
     writer = Writer(docs / "generated")
     reference.generate(writer, xml, docs.parent)
     causes.generate(writer, Path("src/nu/foundation"), docs / "causes.json")

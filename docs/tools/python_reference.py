@@ -41,7 +41,7 @@ COMMON = {
 # A line of a docstring that repeats a signature.
 SIGNATURE = re.compile(r"^(\d+\. ``)?\w*\(self.*\) -> .*$")
 ARRAY = re.compile(r"(?:numpy\.)?ndarray\[dtype=\w+, shape=\(([^)]*)\)[^\]]*\]")
-CLASS_OPTIONS = ["   :members:", "   :inherited-members: Exception, ValueError, RuntimeError, str, Enum", "   :show-inheritance:"]
+CLASS_OPTIONS = ["   :members:", "   :inherited-members: Exception, ValueError, RuntimeError, str, Enum"]
 
 
 def page_of(name, value):
@@ -54,7 +54,8 @@ def page_of(name, value):
 
 def entry(name, value):
     if inspect.isclass(value):
-        return [f".. autoclass:: nu.{name}", *CLASS_OPTIONS, ""]
+        bases = [] if value.__bases__ == (object,) else ["   :show-inheritance:"]
+        return [f".. autoclass:: nu.{name}", *CLASS_OPTIONS, *bases, ""]
     return [f".. autofunction:: nu.{name}", ""]
 
 
@@ -73,7 +74,7 @@ def short_types(text):
 
 def describe(app, what, name, value, options, lines):
     """Docstrings of compiled members: signatures leave, and what all features share comes in."""
-    if not re.match(r"nu\.[A-Z]\w+\.\w+$", name) or not lines:
+    if not re.match(r"nu\.[A-Z]\w+\.\w+$", name) or not (lines or name.rsplit(".", 1)[1] in COMMON):
         return
     types = [line.split(" -> ")[1] for line in lines if what == "property" and SIGNATURE.match(line.strip())]
     text = [line for line in lines if not SIGNATURE.match(line.strip()) and line.strip() != "Overloaded function."]

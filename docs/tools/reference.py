@@ -37,14 +37,11 @@ def headers(xml):
         yield location.split("src/", 1)[-1], classes, structs, bool(kinds & {"enum", "typedef", "function", "variable"})
 
 
-def page(path, classes, structs, has_free, tree):
+def page(path, classes, structs, has_free, tree, programs):
     title = ", ".join(classes) if classes else path
     lines = [f"# {title}", "", f"```cpp\n#include <{path}>\n```", ""]
-    for name in classes:
-        example = examples.find(tree, path.rsplit("/", 1)[-1].removesuffix(".h"), name)
-        if example:
-            lines += [examples.block(tree, example)]
-            break
+    for program in dict.fromkeys(programs[name] for name in classes if name in programs):
+        lines += [examples.block(tree, program)]
     for name in classes:
         if len(classes) > 1:
             lines += [f"## {name}", ""]
@@ -62,12 +59,14 @@ def page(path, classes, structs, has_free, tree):
 
 def generate(writer, xml, tree):
     rooms = {room: [] for room in ROOMS}
-    for path, classes, structs, has_free in headers(xml):
+    found = list(headers(xml))
+    programs = examples.programs(tree, [name for _, classes, _, _ in found for name in classes])
+    for path, classes, structs, has_free in found:
         room = path.split("/")[1] if path.count("/") > 1 else ""
         if not classes and not has_free:
             continue
         name = "reference/" + path.removeprefix("nu/").removesuffix(".h").replace("/", "-")
-        writer.write(name + ".md", page(path, classes, structs, has_free, tree))
+        writer.write(name + ".md", page(path, classes, structs, has_free, tree, programs))
         rooms[room].append((classes[0] if classes else path, name, classes, path))
     text = ["# C++ reference", "", "Every public header, with all that it declares. `#include <nu/nu.h>` brings all of them.", ""]
     for room, title in ROOMS.items():

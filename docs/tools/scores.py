@@ -1,5 +1,7 @@
 """Score tables: what the reference test of this build measured, as parts of the bounds of data/reference/README.md."""
 
+import json
+import math
 import os
 import re
 import subprocess
@@ -7,39 +9,65 @@ import tempfile
 from pathlib import Path
 
 CRITERIA = {"ls": "least squares", "mz": "minimum zone", "mc": "minimum circumscribed", "mi": "maximum inscribed"}
-FEATURES = ["line", "plane", "circle", "ellipse", "hyperbola", "parabola", "sphere", "cylinder", "cone"]
+FEATURES = ["line", "plane", "circle", "ellipse", "hyperbola", "parabola", "sphere", "cylinder", "cone", "polynomial"]
 # The quantities of the sets in columns.
 COLUMNS = {
     "place": ["point", "centre", "axis_point", "apex", "origin"],
     "direction": ["direction", "normal", "axis_direction", "x_axis"],
     "size": ["radius", "parameters"],
+    "coefficients": ["coefficients"],
     "angle": ["semi_angle_rad"],
     "form or zone": ["form", "zone"],
-    "sum of squares": ["sumsq"],
+    "sum of squares": ["sumsq", "residual_sum"],
 }
 
 
-def measure(build):
-    """{(feature, criterion): (names of sets, comparisons, {column: worst part of the bound})}"""
+def compare(build):
+    """(set, quantity, error, bound) of every comparison of the reference test with the bounds for full accuracy."""
     with tempfile.TemporaryDirectory() as scratch:
         file = Path(scratch) / "scores.tsv"
         subprocess.run([build / "tests/reference/nu_reference_test", "--gtest_brief=1"], check=True,
                        stdout=subprocess.DEVNULL, env={**os.environ, "NU_SCORES": str(file)})
         lines = file.read_text(encoding="utf-8").splitlines()
-    column_of = {quantity: column for column, quantities in COLUMNS.items() for quantity in quantities}
-    table = {}
     for line in lines:
         name, bounds, quantity, error, bound = line.split("\t")
+        if bounds == "full":
+            yield name, quantity, float(error), float(bound)
+
+
+def worst_of(comparisons):
+    """{(feature, criterion): (names of sets, {column: worst part of the bound})}"""
+    column_of = {quantity: column for column, quantities in COLUMNS.items() for quantity in quantities}
+    table = {}
+    for name, quantity, error, bound in comparisons:
         match = re.fullmatch(r"(?:lit-|hard-)?(ls|mz|mc|mi)-([a-z]+)(?:[23]d)?-\d+", name)
-        if bounds != "full" or not match:
+        if not match:
             continue
         criterion, feature = match.groups()
         sets, worst = table.setdefault((feature, criterion), (set(), {}))
         sets.add(name)
         column = column_of[quantity]
-        part = float(error) / float(bound) if float(bound) > 0.0 else 0.0
-        worst[column] = max(worst.get(column, 0.0), part)
+        worst[column] = max(worst.get(column, 0.0), error / bound if bound > 0.0 else 0.0)
     return table
+
+
+def published(comparisons, data):
+    """Rows for the polynomials whose coefficients others certified: correct digits of the library's ones."""
+    yield "| Set | Degree | Digits of the coefficients | Digits of the sum of squares |"
+    yield "|---|---|---|---|"
+    errors = {(name, quantity): error for name, quantity, error, _ in comparisons}
+    for file in sorted(data.glob("lit-ls-polynomial-*.json")):
+        given = json.loads(file.read_text(encoding="utf-8"))
+        result = given["result"]
+        # The fit drops directions of the others, which have no certified answer then.
+        if result["coefficients"] != result["full_rank_coefficients"]:
+            continue
+        largest = max(abs(c) for c in result["coefficients"])
+        cells = [given["notes"].split(",")[0], str(result["degree"])]
+        for quantity, size in (("coefficients", largest), ("residual_sum", result["residual_sum"])):
+            error = errors[given["name"], quantity]
+            cells.append("all" if error == 0.0 else f"{-math.log10(error / size):.1f}")
+        yield "| " + " | ".join(cells) + " |"
 
 
 def rows(table, features):
@@ -58,9 +86,11 @@ def rows(table, features):
 
 
 def generate(writer, build):
-    table = measure(build)
+    comparisons = list(compare(build))
+    table = worst_of(comparisons)
     note = "\nEach figure is the worst error over the sets as a part of the bound for full accuracy: 1 would be at the bound.\n"
     for feature in FEATURES:
         writer.write(f"include/scores-{feature}.md", "\n".join(rows(table, [feature])) + "\n" + note)
     total = sum(len(sets) for sets, _ in table.values())
     writer.write("include/scores.md", "\n".join(rows(table, FEATURES)) + "\n" + note + f"\n{total} sets in all.\n")
+    writer.write("include/published.md", "\n".join(published(comparisons, Path("data/reference"))) + "\n")
