@@ -169,9 +169,7 @@ class HtmlWriter {
 
   void AddCharacteristics() {
     HtmlTable table;
-    table.caption = "Characteristics: " + Tally() +
-                    ". Uncertainties are standard ones (k = 1), from the deviations; none is given of form, of zones "
-                    "and in datum frames.";
+    table.caption = "Characteristics: " + Tally();
     table.style = "sortable summary";
     // What is read first stands first: on narrow pages the rest is out of sight.
     table.heads = {"No.",   "Part",  "Characteristic", "Verdict",     "Measured", "Unit",    "Nominal",
@@ -188,6 +186,10 @@ class HtmlWriter {
     }
     if (!table.rows.empty()) AddTable(table, &m_page);
     AddFailures();
+    m_page.Element(
+        "p",
+        "Uncertainties are standard ones (k = 1), from the deviations; none is given of form, of zones and in "
+        "datum frames.");
     AddEvaluations();
     m_page.Close("section");
   }
