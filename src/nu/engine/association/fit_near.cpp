@@ -21,9 +21,11 @@ constexpr UnknownMask kAcross = 1U << kShiftX | 1U << kShiftY;
 constexpr UnknownMask kRadius = 1U << kSize0;
 constexpr long kAnnulusLimit = 1000;
 
-// With all points on one side, starts stand apart along the directions in which the points determine the feature least,
-// by these parts of their spread; but not farther than this part of their extent.
-constexpr double kSpreads[] = {1.0, -1.0, 3.0, -3.0};
+// With all points on one side, starts stand apart along the two directions in which the points determine the feature
+// least, by these parts of their spread; but not farther than this part of their extent.
+constexpr double kSpreads[][2] = {{1.0, 0.0},  {-1.0, 0.0},  {3.0, 0.0},  {-3.0, 0.0}, {0.0, 1.0},
+                                  {0.0, -1.0}, {0.0, 3.0},   {0.0, -3.0}, {1.0, 1.0},  {1.0, -1.0},
+                                  {-1.0, 1.0}, {-1.0, -1.0}, {10.0, 0.0}, {-10.0, 0.0}};
 constexpr double kFarthest = 0.25;
 // Less of a spread than this part of the extent leaves no room for another optimum.
 constexpr double kSpreadOut = 0x1p-8;
@@ -127,16 +129,18 @@ void Candidates::AddApart() {
   const double spread = std::sqrt(weak.sumSquares / static_cast<double>(weak.residuals));
   const bool isStraight = m_start.kind == FeatureKind::lineInPlane || m_start.kind == FeatureKind::plane;
   if (isStraight) return AddTurned(spread, weak.extent);
-  for (int k = weak.unknowns - 1; k >= 0 && k >= weak.unknowns - 2; --k) {
-    for (const double part : kSpreads) {
-      const double most = kFarthest * weak.extent;
-      const double length = weak.singular[k] > 0.0 ? std::min(std::fabs(part) * spread / weak.singular[k], most) : most;
-      if (!(length > kSpreadOut * weak.extent)) continue;
-      double step[kUnknowns] = {};
-      for (int j = 0; j < weak.unknowns; ++j)
-        step[weak.unknown[j]] = std::copysign(length, part) * weak.axis[k][j] * weak.scale[j];
-      m_found.push_back(Moved(m_start, step));
+  const double most = kFarthest * weak.extent;
+  for (const double(&parts)[2] : kSpreads) {
+    double step[kUnknowns] = {};
+    double farthest = 0.0;
+    for (int k = 0; k < 2 && k < weak.unknowns; ++k) {
+      const int at = weak.unknowns - 1 - k;
+      const double length = weak.singular[at] > 0.0 ? parts[k] * spread / weak.singular[at] : parts[k] * most;
+      const double move = std::clamp(length, -most, most);
+      farthest = std::max(farthest, std::fabs(move));
+      for (int j = 0; j < weak.unknowns; ++j) step[weak.unknown[j]] += move * weak.axis[at][j] * weak.scale[j];
     }
+    if (farthest > kSpreadOut * weak.extent) m_found.push_back(Moved(m_start, step));
   }
 }
 
@@ -204,7 +208,9 @@ FittedFeature FitNear(const FitProblem& problem, const Feature& start) {
   if (start.kind == FeatureKind::torus && problem.criterion == FitCriterion::leastSquares && isFree) {
     const FittedFeature near = FitFrom(problem, start);
     const FittedFeature found = LeastSquaresTorus(problem);
-    return near.end == FitEnd::cancelled || IsBetter(near, found, problem.criterion) ? near : found;
+    const bool isRing = near.feature.size[0] > near.feature.size[1];
+    const bool isNear = near.end == FitEnd::cancelled || (isRing && IsBetter(near, found, problem.criterion));
+    return isNear ? near : found;
   }
   const std::vector<Feature> starts = Candidates(problem, start).Find();
   if (starts.size() == 1) return FitFrom(problem, start);

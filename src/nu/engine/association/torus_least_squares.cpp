@@ -3,7 +3,8 @@
 // About an axis. In the half-plane of the distance rho from the axis and the height h along it a torus is the circle
 // rho^2 + h^2 = 2 R rho + 2 h0 h + c, which regression gives (I. Kasa, IEEE Trans. Instrumentation and Measurement 25,
 // 1976). The axis runs through the mean, or through the centre of the circle that fits the points seen along it, in one
-// of the 13 directions of the corners, edges and faces of a cube in the principal frame.
+// of the 13 directions of the corners, edges and faces of a cube in the principal frame; few points have more optima,
+// for which 49 directions are tried.
 //
 // From a patch. A paraboloid over the plane of the points has the curvatures k1 and k2. One of them is that of the
 // tube; the normal meets the axis at the centre of the other one. How far the patch is around the tube, at the angle
@@ -38,12 +39,20 @@ namespace {
 constexpr std::size_t kSamplePoints = 256;
 constexpr long kSampleSteps = 100;
 constexpr std::size_t kMostDescents = 48;
+constexpr std::size_t kFewPoints = 32;
+constexpr std::size_t kMostDescentsOfFew = 160;
 constexpr long kTubeSteps = 100;
 constexpr long kCylinderSteps = 12;
 constexpr std::size_t kMostCylinders = 3;
 // So many descents to the same sum, to this part of it, are enough.
 constexpr int kMostSame = 4;
+constexpr int kMostSameOfFew = 24;
 constexpr double kSame = 1e-9;
+
+// Others meet their axis, and no torus of the classes does: an optimum of theirs hides the one of a torus.
+bool IsRing(const Feature& torus) {
+  return torus.size[1] > 0.0 && torus.size[0] > torus.size[1];
+}
 
 struct Start {
   Feature torus;
@@ -144,11 +153,13 @@ void TorusStarts::AddAboutAxis(const Vec3& through, const Vec3& direction) {
 
 template<class Visit>
 void TorusStarts::ForDirections(Visit visit) const {
-  for (int i = -1; i <= 1; ++i) {
-    for (int j = -1; j <= 1; ++j) {
-      for (int k = 0; k <= 1; ++k) {
-        // One of each two opposite directions.
+  const int reach = m_points.size() <= kFewPoints ? 2 : 1;
+  for (int i = -reach; i <= reach; ++i) {
+    for (int j = -reach; j <= reach; ++j) {
+      for (int k = 0; k <= reach; ++k) {
+        // One of each two opposite directions, and none twice.
         if (k == 0 && (j < 0 || (j == 0 && i <= 0))) continue;
+        if (i % 2 == 0 && j % 2 == 0 && k % 2 == 0) continue;
         visit(Unit(double(i) * m_axis[2] + (double(j) * m_axis[1] + double(k) * m_axis[0])));
       }
     }
@@ -305,14 +316,18 @@ bool FindStart(const UnitPoints& sample, Feature& best) {
   problem.points = {&sample.points[0].x, sizeof(Vec3), sample.points.size()};
   problem.mostSteps = kSampleSteps;
   double least = std::numeric_limits<double>::infinity();
+  const bool isFew = sample.points.size() <= kFewPoints;
+  const std::size_t mostDescents = isFew ? kMostDescentsOfFew : kMostDescents;
+  const int mostSame = isFew ? kMostSameOfFew : kMostSame;
   std::size_t descents = 0;
   int same = 0;
   for (const Start& start : starts.Find()) {
-    if (++descents > kMostDescents) break;
+    if (++descents > mostDescents) break;
     const FittedFeature found = FitFrom(problem, start.torus);
-    const bool isTorus = found.end != FitEnd::noOptimum && found.feature.size[0] > 0.0 && found.feature.size[1] > 0.0;
+    const bool isTorus = found.end != FitEnd::noOptimum && IsRing(found.feature);
+    if (!isTorus && !IsRing(start.torus)) continue;
     const double squares = isTorus ? found.objective : start.squares;
-    if (isTorus && std::fabs(squares - least) <= kSame * least && ++same >= kMostSame) break;
+    if (isTorus && std::fabs(squares - least) <= kSame * least && ++same >= mostSame) break;
     if (!(squares < least)) continue;
     if (!(squares > least * (1.0 - kSame))) same = 1;
     least = squares;
