@@ -432,6 +432,37 @@ TEST(Association, UncertaintyIsThatOfSamples) {
     EXPECT_NEAR(samples.GetStandardDeviations()[k] / report.GetStandardUncertainty(k), 1.0, 0.06);
 }
 
+// K. Pearson, On lines and planes of closest fit to systems of points in space, Philosophical Magazine 2 (1901), his
+// first example; the ellipse of W. Gander, G. H. Golub, R. Strebel, BIT 34 (1994), section 5.
+TEST(Association, AgreesWithPublishedExamples) {
+  CNuLine line;
+  const CNuPointArray pearson = PointsOf({{0.0, 5.9},
+                                          {0.9, 5.4},
+                                          {1.8, 4.4},
+                                          {2.6, 4.6},
+                                          {3.3, 3.5},
+                                          {4.4, 3.7},
+                                          {5.2, 2.8},
+                                          {6.1, 2.8},
+                                          {6.5, 2.4},
+                                          {7.4, 1.5}});
+  CNuAssociation(pearson).Fit(NuLeastSquares, &line).Require();
+  const CNuVector along = line.GetDirection();
+  const double slope = along[1] / along[0];
+  EXPECT_NEAR(slope, -0.54556, 5e-6);
+  EXPECT_NEAR(line.GetPoint().y() - slope * line.GetPoint().x(), 5.7840, 5e-4);
+
+  CNuEllipse ellipse(2.0, 1.0);
+  const CNuPointArray gander = PointsOf({{1, 7}, {2, 6}, {5, 8}, {7, 7}, {9, 5}, {3, 7}, {6, 2}, {8, 4}});
+  const CNuAssociationReport report = CNuAssociation(gander).Fit(NuLeastSquares, &ellipse);
+  report.Require();
+  EXPECT_NEAR(ellipse.GetSemiAxisA(), 6.5187, 5e-5);
+  EXPECT_NEAR(ellipse.GetSemiAxisB(), 3.0319, 5e-5);
+  EXPECT_NEAR(ellipse.GetCentre().x(), 2.6996, 5e-5);
+  EXPECT_NEAR(ellipse.GetCentre().y(), 3.8160, 5e-5);
+  EXPECT_NEAR(std::sqrt(report.GetSumSquares()), 1.1719, 5e-5);
+}
+
 // Contacts balance, their certificate holds, and the bound of a proof is at the optimum.
 TEST(Association, MinimaxFitsAccountForThemselves) {
   Random random(49);
