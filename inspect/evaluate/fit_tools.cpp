@@ -17,6 +17,12 @@ Frame FrameAlong(const CNuPoint& origin, const CNuVector& direction) {
   return {ToVec3(origin), x, Cross(z, x), z};
 }
 
+ENuBoolean SearchProgress::Show(void* context, long step, double, double) {
+  auto* const search = static_cast<SearchProgress*>(context);
+  search->m_progress.Show(static_cast<double>(step) / search->m_boxes);
+  return NuTrue;
+}
+
 CNuAssociation AssociationOf(const std::vector<Vec3>& points) {
   // Coordinates that were projected, and the tests of the fits for points that coincide or lie in one plane, are good
   // to this part of the size of the part.

@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "evaluate/fits.h"
+#include "input/progress.h"
 
 // What the fits of all features share.
 
@@ -48,11 +49,27 @@ bool CanBeProven(ENuCriterion criterion) {
   return criterion == NuMinimumZone || (isRound && criterion == NuMinimumCircumscribed);
 }
 
+// Shows how far a search for a better optimum is.
+class SearchProgress {
+ public:
+  explicit SearchProgress(long boxes) : m_progress("proof"), m_boxes(static_cast<double>(boxes)) {}
+  void Watch(CNuAssociation* association) { association->SetMonitor(Show, this); }
+
+ private:
+  static ENuBoolean Show(void* context, long step, double objective, double stepLength);
+
+  Progress m_progress;
+  double m_boxes;
+};
+
 template<typename Feature>
 CNuAssociationReport FitOrProve(const CNuAssociation& association, const FitTask& task, Feature* feature) {
   if constexpr (requires { association.ProveGlobally(task.criterion, feature, task.boxes); }) {
     if (task.boxes > 0 && CanBeProven<Feature>(task.criterion)) {
-      return association.ProveGlobally(task.criterion, feature, task.boxes);
+      SearchProgress progress(task.boxes);
+      CNuAssociation watched(association);
+      progress.Watch(&watched);
+      return watched.ProveGlobally(task.criterion, feature, task.boxes);
     }
   }
   return association.Fit(task.criterion, feature);

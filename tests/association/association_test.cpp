@@ -509,6 +509,91 @@ TEST(Association, WeakestParameterIsThatOfSamples) {
   }
 }
 
+// A monitor sees the search go on after the steps of the fit, with a gap that never grows, and may end it: then the
+// feature stays, and the bound is that so far. What a monitor throws passes through.
+TEST(Association, ProofsAreWatched) {
+  struct Watch {
+    long fitSteps = 0;
+    long most = 1000000;
+    bool throws = false;
+    long seen = 0;
+    long boxes = 0;
+    double bound = 0.0;
+    double gap = 0.0;
+  };
+  const NuStepMonitor monitor = [](void* context, long step, double objective, double gap) {
+    Watch& watch = *static_cast<Watch*>(context);
+    if (++watch.seen <= watch.fitSteps) return NuTrue;
+    EXPECT_GT(step, watch.boxes);
+    EXPECT_GE(objective - gap, watch.bound);
+    watch.boxes = step;
+    watch.bound = objective - gap;
+    watch.gap = gap;
+    if (watch.throws) throw 7;
+    return watch.seen < watch.most ? NuTrue : NuFalse;
+  };
+  Random random(51);
+  const CNuPointArray points = BoxCloud(random, 40, 3.0, 2.0, 1.0);
+  constexpr long budget = 10000;
+  const auto radius = [](const auto& feature) {
+    if constexpr (requires { feature.GetRadius(); })
+      return feature.GetRadius();
+    else
+      return feature.GetMinorRadius();
+  };
+  const auto expectWatched = [&](ENuCriterion criterion, auto feature) {
+    const auto start = feature;
+    CNuAssociation association(points);
+    association.SetDetails(NuDetailAll);
+    Watch watch;
+    watch.fitSteps = association.Fit(criterion, &feature).GetSteps();
+    const Watch fresh = watch;
+    association.SetMonitor(monitor, &watch);
+    EXPECT_EQ(association.ProveGlobally(criterion, &feature, budget).GetEnd(), NuConverged);
+    EXPECT_GT(watch.seen, watch.fitSteps);
+    EXPECT_LE(watch.boxes, budget);
+    watch = fresh;
+    watch.most = watch.fitSteps + 1;
+    feature = start;
+    const CNuAssociationReport report = association.ProveGlobally(criterion, &feature, budget);
+    EXPECT_EQ(report.GetEnd(), NuCancelled);
+    EXPECT_EQ(radius(feature), radius(start));
+    EXPECT_EQ(report.IsGlobal(), NuFalse);
+    EXPECT_EQ(report.GetBound(), watch.bound);
+    EXPECT_EQ(report.GetGap(), watch.gap);
+    EXPECT_NE(std::string(report.Explain()).find("cancelled"), std::string::npos);
+    watch = fresh;
+    watch.throws = true;
+    EXPECT_THROW(association.ProveGlobally(criterion, &feature, budget), int);
+  };
+  expectWatched(NuMinimumZone, CNuSphSurf(1.0));
+  expectWatched(NuMinimumZone, CNuCylSurf(1.0));
+  expectWatched(NuMinimumZone, CNuTorSurf(2.0, 1.0));
+}
+
+// Points on both nappes of a cone: nothing is known of others, and that is what the report says.
+TEST(Association, NappesHaveNoBound) {
+  Random random(52);
+  CNuPointArray points(60);
+  for (int i = 0; i < 60; ++i) {
+    const double angle = 0.7 * i, z = random.Uniform(0.5, 1.0) * (i % 2 ? 1.0 : -1.0);
+    const double r = 0.5 * std::fabs(z) + 1e-3 * random.Bell();
+    points.Add({r * std::cos(angle), r * std::sin(angle), z});
+  }
+  for (const int details : {int{NuDetailNone}, int{NuDetailDeviations}}) {
+    CNuAssociation association(points);
+    association.SetDetails(details);
+    CNuConSurf cone(30.0);
+    double zone = 0.0;
+    const CNuAssociationReport report = association.ProveGlobally(NuMinimumZone, &cone, 1000);
+    report.Require();
+    CNuConSurf(30.0).FitMinZone(points, &zone, NuGetLengthTol(), 1000);
+    EXPECT_EQ(report.IsGlobal(), NuFalse);
+    EXPECT_EQ(report.GetBound(), 0.0);
+    EXPECT_NEAR(report.GetGap(), zone, 1e-12);
+  }
+}
+
 TEST(Association, FailuresSayWhatHelps) {
   Random random(50);
   const struct {

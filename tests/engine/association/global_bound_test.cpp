@@ -36,11 +36,26 @@ double CriterionOf(const CNuPointArray& points, const Vec3& origin, const Featur
   return isCurve ? 2.0 * high : high - low;
 }
 
-// Whatever the box, near and far, a deviation stays inside its enclosure.
-template<class Model>
-void ExpectEnclosed(Random& random) {
+template<int N>
+void MoveTo(const double (&d)[N], FirstOrder<N>& e) {
+  for (int k = 0; k < N; ++k) e.value += e.slope[k] * d[k];
+}
+template<int N>
+void MoveTo(const double (&d)[N], SecondOrder<N>& e) {
+  for (int k = 0; k < N; ++k) {
+    e.value += e.slope[k] * d[k];
+    for (int l = k; l < N; ++l) e.value += e.bend[k][l] * d[k] * d[l];
+  }
+}
+
+// Whatever the box, near and far, a deviation stays inside its enclosure. Their widths shrink with a power of the size.
+template<class Model, template<int> class Enclosure>
+void ExpectEnclosed(Random& random, double power) {
   constexpr int N = Model::kUnknowns;
-  for (int trial = 0; trial < 3000; ++trial) {
+  constexpr int C = Model::kComponents;
+  int found = 0;
+  int shrunk = 0;
+  for (int trial = 0; trial < 2000; ++trial) {
     UnknownCell<N> cell;
     cell.chart = random.Below(Model::kCharts);
     double low[N], high[N];
@@ -50,45 +65,79 @@ void ExpectEnclosed(Random& random) {
       cell.middle[k] = random.Uniform(low[k], high[k]);
       cell.half[k] = size * random.Uniform(0.0, 0.5) * (high[k] - low[k]);
     }
-    FirstOrder<N> x[N];
-    cell.Unknowns(x);
+    const Vec3 p = Any(random, 0.5), q = Any(random, 0.5);
+    const auto difference = [&](const UnknownCell<N>& part, Enclosure<N>(&e)[C]) {
+      Enclosure<N> x[N], other[C];
+      part.Unknowns(x);
+      const typename ComponentsOf<Model>::template In<Enclosure<N>> enclosure(part.chart, x, 1.0);
+      enclosure.Of(p, e);
+      enclosure.Of(q, other);
+      for (int c = 0; c < C; ++c) e[c] = e[c] - other[c];
+    };
     double at[N], d[N];
     for (int k = 0; k < N; ++k) {
       d[k] = trial % 2 ? random.Uniform(-1.0, 1.0) : 1.0 - 2.0 * random.Below(2);
       at[k] = cell.middle[k] + d[k] * cell.half[k];
     }
-    const Vec3 p = Any(random, 0.5), q = Any(random, 0.5);
-    constexpr int C = Model::kComponents;
-    const typename ComponentsOf<Model>::template In<FirstOrder<N>> enclosure(cell.chart, x, 1.0);
     const typename ComponentsOf<Model>::template In<double> deviation(cell.chart, at, 1.0);
-    FirstOrder<N> e[C], other[C];
+    Enclosure<N> e[C], half[C];
     double value[C], otherValue[C];
-    enclosure.Of(p, e);
-    enclosure.Of(q, other);
+    difference(cell, e);
     deviation.Of(p, value);
     deviation.Of(q, otherValue);
-    const double rounding = 1e-13 * (1.0 + std::fabs(high[N - 1]) + std::fabs(high[0]));
+    UnknownCell<N> part = cell;
+    for (double& h : part.half) h *= 0.5;
+    difference(part, half);
+    const double rounding = 1e-13 * (1.0 + std::fabs(high[N - 1]) + std::fabs(high[N - 2]));
     for (int c = 0; c < C; ++c) {
-      e[c] = e[c] - other[c];
-      for (int k = 0; k < N; ++k) e[c].value += e[c].slope[k] * d[k];
-      if (std::isnan(e[c].high)) continue;
+      const double width = e[c].high - e[c].low;
+      if (!(width < kInf)) continue;
+      ++found;
+      shrunk += half[c].high - half[c].low <= std::pow(0.5, power) * width + rounding ? 1 : 0;
+      MoveTo(d, e[c]);
       ASSERT_GE(value[c] - otherValue[c], e[c].value + e[c].low - rounding) << trial;
       ASSERT_LE(value[c] - otherValue[c], e[c].value + e[c].high + rounding) << trial;
     }
   }
+  EXPECT_GT(found, 1000);
+  EXPECT_GT(shrunk, 0.95 * found);  // but where a smaller box is far away as a whole
 }
 
-TEST(FirstOrder, EnclosesDeviations) {
+template<template<int> class Enclosure>
+void ExpectEnclosures(double power) {
   Random random(7);
-  ExpectEnclosed<BoundedSphere>(random);
-  ExpectEnclosed<BoundedCylinder>(random);
-  ExpectEnclosed<BoundedCone>(random);
-  ExpectEnclosed<BoundedCircle>(random);
+  ExpectEnclosed<BoundedSphere, Enclosure>(random, power);
+  ExpectEnclosed<BoundedCylinder, Enclosure>(random, power);
+  ExpectEnclosed<BoundedCone, Enclosure>(random, power);
+  ExpectEnclosed<BoundedCircle, Enclosure>(random, power);
 }
+
+TEST(Enclosures, HoldDeviations) {
+  ExpectEnclosures<FirstOrder>(1.9);
+  ExpectEnclosures<SecondOrder>(2.9);
+}
+
+// Every axis is in its chart, and comes back from there.
+TEST(AxisCharts, HoldAllDirections) {
+  Random random(8);
+  for (int trial = 0; trial < 5000; ++trial) {
+    const Vec3 direction = Unit(Any(random, 1.0));
+    const Feature axis{
+        FeatureKind::cylinder, AxisFrame::Along(Rejection(Any(random, 1.0), direction), direction), {1.0}};
+    double x[4];
+    const int chart = BoundedCylinder::ChartOf(axis);
+    ASSERT_TRUE(BoundedCylinder::Place(chart, axis, x));
+    const Feature back = BoundedCylinder::At(chart, x, 1.0);
+    const Vec3 turn = Rejection(back.frame.z, direction), shift = back.frame.origin - axis.frame.origin;
+    ASSERT_LT(Dot(turn, turn) + Dot(shift, shift), 1e-28);
+  }
+}
+
+const int kChartOfZ = ChartOfDirection({0.0, 0.0, 1.0});
 
 // The root of the weighted mean square of the distances from the best circle about an axis.
 double RootOfV(const double (&x)[4], const std::vector<Vec3>& points, const std::vector<double>& weights) {
-  const BoundedCircle::Components<double> components(0, x, 1.0);
+  const BoundedCircle::Components<double> components(kChartOfZ, x, 1.0);
   double mean[2] = {};
   double square = 0.0;
   for (const bool isMean : {true, false}) {
@@ -136,6 +185,7 @@ TEST(GlobalBound, ProvesMeasuredParts) {
       {FeatureKind::cylinder, circumscribed, {1.0}, CylinderCloud(random, 500, 1.0, 2.0, 200.0, 1e-3)},
       {FeatureKind::cylinder, circumscribed, {1.0}, BoxCloud(random, 500, 3.0, 2.0, 1.0)},
       {FeatureKind::cylinder, circumscribed, {1.0}, CylinderCloud(random, 500, 0.8, 0.2, 360.0, 0.1)},
+      {FeatureKind::cone, zone, {1.0, 0.3}, ConeCloud(random, 500, 17.0, 1.0, 2.0, 120.0, 1e-3)},
       {FeatureKind::torus, circumscribed, {1.0, 0.2}, TorusCloud(random, 500, 1.0, 0.2, 360.0, 360.0, 1e-3)},
       {FeatureKind::torus, circumscribed, {1.0, 0.0}, TorusCloud(random, 500, 1.0, 0.002, 360.0, 360.0, 1e-3)},
       {FeatureKind::circleInSpace, zone, {1.0}, TorusCloud(random, 500, 1.0, 0.002, 100.0, 360.0, 1e-3)},
@@ -171,6 +221,7 @@ TEST(ConvexCell, HoldsNoBetterCircle) {
       points.push_back({(1.0 + tube) * std::cos(angle), (1.0 + tube) * std::sin(angle), tube});
     }
     UnknownCell<4> unit;
+    unit.chart = kChartOfZ;
     for (double& x : unit.middle) x = random.Uniform(-3e-4, 3e-4);
     std::fill_n(unit.half, 4, 1.0);
     const double here = RootOfV(unit.middle, points, weights);
@@ -210,7 +261,7 @@ TEST(GlobalBound, IsNotAboveAnyFeature) {
       for (int start = 0; start < starts; ++start) {
         Problem turned = problem;
         turned.points = RandomMotion(random, 1.0)(problem.points);
-        const GlobalBound found = Bound(turned, RandomMotion(random, 0.0), {start == 0 ? 1000 : 200, 1e-9});
+        const GlobalBound found = Bound(turned, RandomMotion(random, 0.0), {.boxes = start == 0 ? 1000 : 200});
         best = std::min(best, found.best);
         bound = std::max(bound, found.bound);
       }

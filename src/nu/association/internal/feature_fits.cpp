@@ -60,12 +60,14 @@ void RequireProof(const AssociationState& state, ENuCriterion criterion, long bu
   if (budget < 1) FailOperation(NuOperationDomain, "association", where);
 }
 
-GlobalBound BoundOf(const AssociationState& state, ENuCriterion criterion, const Feature& known, long budget) {
+GlobalBound BoundOf(const AssociationState& state, ENuCriterion criterion, const Feature& known,
+                    const BoundLimits& limits) {
   const Vec3 origin = MiddleOf(state.points);
   Feature local = known;
   local.frame.origin = local.frame.origin - origin;
   const BoundedCriterion by = criterion == NuMinimumZone ? BoundedCriterion::zone : BoundedCriterion::circumscribed;
-  GlobalBound found = BoundGlobally(state.points, origin, local, by, {.boxes = budget});
+  GlobalBound found = BoundGlobally(state.points, origin, local, by, limits);
+  if (!std::isfinite(found.best)) found.best = FormOf(state.points, known);
   found.feature.frame.origin = found.feature.frame.origin + origin;
   return found;
 }

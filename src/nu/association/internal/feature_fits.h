@@ -19,8 +19,9 @@ namespace nu::internal {
 
 // CNuOperationException as CNuAssociation::ProveGlobally promises.
 void RequireProof(const AssociationState& state, ENuCriterion criterion, long budget);
-// The bound, with a feature in the frame of the points.
-GlobalBound BoundOf(const AssociationState& state, ENuCriterion criterion, const Feature& known, long budget);
+// The bound, with a feature in the frame of the points; of one of a kind without a bound it is 0.
+GlobalBound BoundOf(const AssociationState& state, ENuCriterion criterion, const Feature& known,
+                    const BoundLimits& limits);
 
 // Fits without options whose result is the optimum of all, by the proof behind their method.
 bool IsGlobalBySolver(FeatureKind kind, int details, ENuCriterion criterion);
@@ -208,6 +209,33 @@ CNuAssociationReport RefitFeature(const AssociationState& state, ENuCriterion cr
   });
 }
 
+// A better feature as its class keeps and measures it. One whose points are on both sides of the apex of a cone counts
+// them from both nappes, which the bound does not hold for, and an apex too far away for its digits spoils a cone: what
+// is not better then is left alone.
+template<class Class>
+void TakeBetter(const AssociationState& state, ENuCriterion criterion, const Feature& known, const GlobalBound& bound,
+                FoundFeature<Class>* found, ReportData* data) {
+  const double tol = LengthTolOf(state.options);
+  const bool isTorus = kRules<Class>.type == CNuObject::NuTypeTorSurf;
+  const Feature better = isTorus ? AsTube(bound.feature, 0.5 * bound.best) : bound.feature;
+  FoundFeature<Class> taken;
+  Store(WithCanonicalSense(better), &taken.feature);
+  if (known.kind == FeatureKind::cone) {
+    const double before = FormOf(state.points, known);
+    const Feature cone = AccountedFeature(FeatureOf(taken.feature), criterion, state.points, tol);
+    data->value = FormOf(state.points, cone);
+    data->isGlobal = bound.proven && !cone.bothNappes && data->value < before;
+    if (!(data->value < before)) {
+      data->value = before;
+      return;
+    }
+  }
+  *found = std::move(taken);
+  const double value = data->value;
+  Account(state, tol, *found, data);
+  data->value = value;
+}
+
 template<class Class>
 CNuAssociationReport ProveFeature(const AssociationState& state, ENuCriterion criterion, long budget, Class* feature) {
   constexpr FeatureRules rules = kRules<Class>;
@@ -219,17 +247,18 @@ CNuAssociationReport ProveFeature(const AssociationState& state, ENuCriterion cr
     if (data->end != NuConverged) return CNuAssociationReport(std::move(data));
     const double tol = LengthTolOf(state.options);
     const Feature known = AccountedFeature(FeatureOf(found.feature), criterion, state.points, tol);
-    const GlobalBound bound = BoundOf(state, criterion, known, budget);
-    if (bound.improved) {
-      const bool isTorus = rules.type == CNuObject::NuTypeTorSurf;
-      const Feature better = isTorus ? AsTube(bound.feature, 0.5 * bound.best) : bound.feature;
-      Store(WithCanonicalSense(better), &found.feature);
-      found.form = {};
-      Account(state, tol, found, data.get());
-    }
+    Monitor monitor(state.options);
+    const GlobalBound bound = BoundOf(state, criterion, known, {.boxes = budget, .monitor = monitor.ForEngine()});
+    monitor.Rethrow();
     data->value = bound.best;
     data->bound = bound.bound;
+    if (bound.cancelled) {
+      data->end = NuCancelled;
+      ExplainFailure(state, tol, data.get());
+      return CNuAssociationReport(std::move(data));
+    }
     data->isGlobal = bound.proven;
+    if (bound.improved) TakeBetter(state, criterion, known, bound, &found, data.get());
     return Delivered(std::move(data), found, feature);
   });
 }

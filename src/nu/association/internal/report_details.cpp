@@ -41,6 +41,12 @@ Feature AccountedCone(Feature cone, PointView points) {
   return cone;
 }
 
+// A distance has no sign: the points lie within a cylinder or a tube.
+double FormOf(const FormParameters& found, FeatureKind kind) {
+  const bool hasSign = kind != FeatureKind::line && kind != FeatureKind::circleInSpace;
+  return hasSign ? found.total : 2.0 * found.peak;
+}
+
 // The form and the sum of squares are those of the plain fit, to the bit, where it has them.
 void FillForm(const AssociationState& state, const Feature& feature, const PlainForm& plain, ReportData* data) {
   const bool wantsAll = (data->details & NuDetailDeviations) == NuDetailDeviations;
@@ -62,9 +68,7 @@ void FillForm(const AssociationState& state, const Feature& feature, const Plain
   ReportedForm& form = data->form;
   form.peak = found.peak;
   form.valley = found.valley;
-  // A distance has no sign: the points lie within a cylinder or a tube.
-  const bool hasSign = feature.kind != FeatureKind::line && feature.kind != FeatureKind::circleInSpace;
-  form.form = plain.form.value_or(hasSign ? found.total : 2.0 * found.peak);
+  form.form = plain.form.value_or(FormOf(found, feature.kind));
   form.rootMeanSquare = found.rootMeanSquare;
   form.sumSquares = plain.sumSquares.value_or(found.rootMeanSquare * found.rootMeanSquare * count);
   form.highest = static_cast<int>(found.peakIndex);
@@ -110,6 +114,10 @@ Feature AccountedFeature(const Feature& feature, ENuCriterion criterion, PointVi
   if (feature.kind == FeatureKind::torus) accounted.kind = FeatureKind::circleInSpace;
   if (feature.kind == FeatureKind::circle && !LieInOnePlane(points, tol)) accounted.kind = FeatureKind::circleInSpace;
   return accounted;
+}
+
+double FormOf(PointView points, const Feature& feature) {
+  return FormOf(FindForm(points, feature, nullptr), feature.kind);
 }
 
 void FillDetails(const AssociationState& state, const Feature& feature, const PlainForm& plain, ReportData* data) {

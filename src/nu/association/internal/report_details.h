@@ -25,6 +25,9 @@ struct PlainForm {
 ContactCriterion ContactCriterionOf(ENuCriterion criterion, ENuMaterialSide side);
 ContactAccount ContactsOf(const AssociationState& state, UnknownMask free, const ReportData& data);
 
+// The zone of a feature; of a curve, the diameter of the tube around it.
+double FormOf(PointView points, const Feature& feature);
+
 // Fills in what was asked for, of a fit that has converged with this feature.
 void FillDetails(const AssociationState& state, const Feature& feature, const PlainForm& plain, ReportData* data);
 

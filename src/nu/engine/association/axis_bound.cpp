@@ -18,6 +18,9 @@ constexpr double kSquareRoundings = 32.0;
 
 constexpr long kMostSteps = 1000;
 
+// Boxes between two calls of the monitor.
+constexpr long kPortion = 1000;
+
 double RadiusAbout(PointBlocks& points, const AxisDistance& axis) {
   return RangeOfDeviations(points, axis).largest;
 }
@@ -35,19 +38,29 @@ MinimaxSolution<AxisDistance> Better(PointBlocks& points, MinimaxSolution<AxisDi
 
 }  // namespace
 
-AxisBound BoundAxes(PointBlocks& points, const AxisFrame& start, double reach, double gap, long boxes) {
+AxisBound BoundAxes(PointBlocks& points, const AxisFrame& start, double reach, double gap, long boxes,
+                    AxisMonitor goesOn) {
   const AxisDistance first{start, reach};
   const double rounding = kDistanceRoundings * kEpsilon * reach;
   Minimax<AxisDistance> minimax(points, MinimaxSide::outer, rounding, kMostSteps);
   MinimaxSolution<AxisDistance> best = Better(points, minimax.Solve(first), first);
   const long ofPass = 1 + static_cast<long>(points.Size() / BoundedPoints::kMostInSet);
-  const AxisSearchLimits limits{2.0 * gap / best.value, boxes, boxes / ofPass};
-  AxisSearch search(points, best.model.frame, minimax.KnownPoints(), limits);
-  AxisDistance found;
-  while (search.FindSmaller(KnownCylinder(best), found))
-    best = Better(points, minimax.Improve(found, best.value - rounding), found);
-  const double square = search.Bound(KnownCylinder(best)) - kSquareRoundings * kEpsilon * reach * reach;
-  return {best.model.frame, best.value, std::sqrt(std::max(0.0, square)), search.Circles() + ofPass * search.Passes()};
+  AxisSearch search(points, best.model.frame, minimax.KnownPoints(), {2.0 * gap / best.value, 0, 0});
+  const auto used = [&] { return search.Circles() + ofPass * search.Passes(); };
+  const auto bound = [&] {
+    const double square = search.Bound(KnownCylinder(best)) - kSquareRoundings * kEpsilon * reach * reach;
+    return std::sqrt(std::max(0.0, square));
+  };
+  bool isDone = false;
+  for (long allowed = 0; !isDone && allowed < boxes;) {
+    allowed = std::min(boxes, allowed + kPortion);
+    search.Allow(allowed, 1 + allowed / ofPass);
+    AxisDistance found;
+    while (search.FindSmaller(KnownCylinder(best), found))
+      best = Better(points, minimax.Improve(found, best.value - rounding), found);
+    isDone = !search.IsExhausted() || !goesOn(1 + used(), best.value, bound());
+  }
+  return {best.model.frame, best.value, bound(), used()};
 }
 
 }  // namespace nu::engine::association

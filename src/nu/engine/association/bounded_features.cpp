@@ -9,35 +9,62 @@ constexpr double kRightAngle = 1.57079632679489661923;
 
 // An axis meets the plane across its chart no farther out than this, in units of its distance from the origin: the foot
 // (x, y, z) of the perpendicular goes to (x - u z, y - v z, 0).
-const double kSlantedReach = std::sqrt(2.0);
+const double kSlantedReach = std::sqrt(1.0 + kMostSlope * kMostSlope);
 
-// The slopes and the place of an axis in its chart; true when its direction has to be turned round.
-int PlaceAxis(const AxisFrame& frame, double (&x)[4], bool& isTurned) {
-  const int chart = ChartOf(frame.z);
-  const Vec3 d = ToChart(chart, frame.z);
-  const Vec3 p = ToChart(chart, frame.origin);
+// Along the face of the cube.
+Vec3 OnFace(int face, double u, double v) {
+  return face == 0 ? Vec3{u, v, 1.0} : face == 1 ? Vec3{1.0, u, v} : Vec3{v, 1.0, u};
+}
+
+int TileOf(double slope) {
+  return std::clamp(static_cast<int>(0.5 * (slope + 1.0) * kTiles), 0, kTiles - 1);
+}
+double MiddleOfTile(int tile) {
+  return (2.0 * tile + 1.0) / kTiles - 1.0;
+}
+
+// The slopes and the place of an axis in a chart, and whether its direction has to be turned round.
+bool PlaceAxis(int chart, const AxisFrame& frame, double (&x)[4], bool& isTurned) {
+  const AxisFrame axes = FrameOfChart(chart);
+  const Vec3 d{Dot(frame.z, axes.x), Dot(frame.z, axes.y), Dot(frame.z, axes.z)};
+  const Vec3 p = axes.Local(frame.origin);
   isTurned = d.z < 0.0;
   x[0] = d.x / d.z;
   x[1] = d.y / d.z;
   x[2] = p.x - x[0] * p.z;
   x[3] = p.y - x[1] * p.z;
-  return chart;
+  return std::fabs(x[0]) <= kMostSlope && std::fabs(x[1]) <= kMostSlope;
 }
 
 void DomainOfAxes(double far, double* low, double* high) {
-  low[0] = low[1] = -1.0;
-  high[0] = high[1] = 1.0;
+  low[0] = low[1] = -kMostSlope;
+  high[0] = high[1] = kMostSlope;
   low[2] = low[3] = -kSlantedReach * far;
   high[2] = high[3] = kSlantedReach * far;
 }
 
 // Through the point of the axis next to the origin.
-AxisFrame AxisAt(int chart, double u, double v, const Vec3& through) {
-  const Vec3 direction = FromChart(chart, Unit({u, v, 1.0}));
-  return AxisFrame::Along(Rejection(FromChart(chart, through), direction), direction);
+AxisFrame AxisAt(int chart, double u, double v, double a, double b) {
+  const AxisFrame axes = FrameOfChart(chart);
+  const Vec3 direction = Unit(u * axes.x + v * axes.y + axes.z);
+  return AxisFrame::Along(Rejection(a * axes.x + b * axes.y, direction), direction);
 }
 
 }  // namespace
+
+AxisFrame FrameOfChart(int chart) {
+  const int tile = chart / 3;
+  const Vec3 middle = OnFace(chart % 3, MiddleOfTile(tile % kTiles), MiddleOfTile(tile / kTiles));
+  return AxisFrame::Along({}, Unit(middle), OnFace(chart % 3, 1.0, 0.0) - OnFace(chart % 3, 0.0, 0.0));
+}
+
+int ChartOfDirection(const Vec3& d) {
+  const double size[] = {std::fabs(d.z), std::fabs(d.x), std::fabs(d.y)};
+  const int face = static_cast<int>(std::max_element(size, size + 3) - size);
+  const double u = face == 0 ? d.x / d.z : face == 1 ? d.y / d.x : d.z / d.y;
+  const double v = face == 0 ? d.y / d.z : face == 1 ? d.z / d.x : d.x / d.y;
+  return face + 3 * (TileOf(u) + kTiles * TileOf(v));
+}
 
 void BoundedSphere::Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
   std::fill_n(low, kUnknowns, -far);
@@ -48,11 +75,15 @@ void BoundedSphere::UnitBox(double reach, double (&half)[kUnknowns]) {
   std::fill_n(half, kUnknowns, reach);
 }
 
-int BoundedSphere::Place(const Feature& feature, double (&x)[kUnknowns]) {
+int BoundedSphere::ChartOf(const Feature&) {
+  return 0;
+}
+
+bool BoundedSphere::Place(int, const Feature& feature, double (&x)[kUnknowns]) {
   x[0] = feature.frame.origin.x;
   x[1] = feature.frame.origin.y;
   x[2] = feature.frame.origin.z;
-  return 0;
+  return true;
 }
 
 Feature BoundedSphere::At(int, const double (&x)[kUnknowns], double level) {
@@ -68,13 +99,17 @@ void BoundedCylinder::UnitBox(double reach, double (&half)[kUnknowns]) {
   half[2] = half[3] = reach;
 }
 
-int BoundedCylinder::Place(const Feature& feature, double (&x)[kUnknowns]) {
+int BoundedCylinder::ChartOf(const Feature& feature) {
+  return ChartOfDirection(feature.frame.z);
+}
+
+bool BoundedCylinder::Place(int chart, const Feature& feature, double (&x)[kUnknowns]) {
   bool isTurned;
-  return PlaceAxis(feature.frame, x, isTurned);
+  return PlaceAxis(chart, feature.frame, x, isTurned);
 }
 
 Feature BoundedCylinder::At(int chart, const double (&x)[kUnknowns], double level) {
-  return {FeatureKind::cylinder, AxisAt(chart, x[0], x[1], {x[2], x[3], 0.0}), {level, 0.0}};
+  return {FeatureKind::cylinder, AxisAt(chart, x[0], x[1], x[2], x[3]), {level, 0.0}};
 }
 
 void BoundedCone::Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
@@ -88,18 +123,22 @@ void BoundedCone::UnitBox(double reach, double (&half)[kUnknowns]) {
   half[2] = half[3] = reach;
 }
 
-int BoundedCone::Place(const Feature& feature, double (&x)[kUnknowns]) {
+int BoundedCone::ChartOf(const Feature& feature) {
+  return ChartOfDirection(feature.frame.z);
+}
+
+bool BoundedCone::Place(int chart, const Feature& feature, double (&x)[kUnknowns]) {
   bool isTurned;
   double axis[4];
-  const int chart = PlaceAxis(feature.frame, axis, isTurned);
+  const bool isIn = PlaceAxis(chart, feature.frame, axis, isTurned);
   std::copy_n(axis, 4, x);
   x[4] = isTurned ? -feature.size[1] : feature.size[1];
-  return chart;
+  return isIn;
 }
 
 // With the radius at the origin of the frame; a cone that narrows is turned round.
 Feature BoundedCone::At(int chart, const double (&x)[kUnknowns], double level) {
-  AxisFrame frame = AxisAt(chart, x[0], x[1], {x[2], x[3], 0.0});
+  AxisFrame frame = AxisAt(chart, x[0], x[1], x[2], x[3]);
   if (x[4] < 0.0) frame = {frame.origin, frame.y, frame.x, -1.0 * frame.z};
   return {FeatureKind::cone, frame, {level / Cos(x[4]), std::fabs(x[4])}};
 }
@@ -112,18 +151,22 @@ void BoundedCircle::UnitBox(double reach, double (&half)[kUnknowns]) {
   BoundedCylinder::UnitBox(reach, half);
 }
 
-int BoundedCircle::Place(const Feature& feature, double (&x)[kPlace]) {
+int BoundedCircle::ChartOf(const Feature& feature) {
+  return ChartOfDirection(feature.frame.z);
+}
+
+bool BoundedCircle::Place(int chart, const Feature& feature, double (&x)[kPlace]) {
   bool isTurned;
   double axis[4];
-  const int chart = PlaceAxis(feature.frame, axis, isTurned);
+  const bool isIn = PlaceAxis(chart, feature.frame, axis, isTurned);
   std::copy_n(axis, 4, x);
   x[4] = feature.size[0];
   x[5] = (isTurned ? -1.0 : 1.0) * Dot(feature.frame.origin, feature.frame.z);
-  return chart;
+  return isIn;
 }
 
 Feature BoundedCircle::At(int chart, const double (&x)[kPlace], double level) {
-  AxisFrame frame = AxisAt(chart, x[0], x[1], {x[2], x[3], 0.0});
+  AxisFrame frame = AxisAt(chart, x[0], x[1], x[2], x[3]);
   frame.origin = frame.origin + x[5] * frame.z;
   return {FeatureKind::circleInSpace, frame, {x[4], level}};
 }

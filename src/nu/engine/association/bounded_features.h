@@ -10,23 +10,21 @@
 // The features of a search over boxes of parameters, as numbers x_k in charts that together hold all features whose
 // axis or centre is not too far from the origin. Deviations are written once, for plain numbers and for enclosures.
 //
-// An axis with the direction (u, v, 1) / s, s^2 = 1 + u^2 + v^2, |u|, |v| <= 1, meets the plane z = 0 in (a, b, 0).
-// With X = x - a - u z and Y = y - b - v z the distance of a point from it is |(X, Y, u Y - v X)| / s. Two more charts
-// have the axes y, z, x and z, x, y in the place of x, y, z.
+// In a chart an axis has the direction (u, v, 1) / s, s^2 = 1 + u^2 + v^2, and meets the plane z = 0 in (a, b, 0). With
+// X = x - a - u z and Y = y - b - v z the distance of a point from it is |(X, Y, u Y - v X)| / s. The larger u and v
+// are, the less do these terms depend on one unknown each, so directions have many charts, with frames of their own:
+// three faces of a cube in kTiles times kTiles squares, each seen from its middle.
 namespace nu::engine::association {
 
-inline Vec3 ToChart(int chart, const Vec3& p) {
-  return chart == 0 ? p : chart == 1 ? Vec3{p.y, p.z, p.x} : Vec3{p.z, p.x, p.y};
-}
-inline Vec3 FromChart(int chart, const Vec3& q) {
-  return chart == 0 ? q : chart == 1 ? Vec3{q.z, q.x, q.y} : Vec3{q.y, q.z, q.x};
-}
+inline constexpr int kTiles = 5;  // odd: the axis z is the middle of a chart
+inline constexpr int kAxisCharts = 3 * kTiles * kTiles;
+// No direction has larger slopes in its chart than one in a corner of the middle square of a face.
+inline constexpr double kMostSlope = (1.0 + 0x1p-40) / kTiles;
 
-// The chart of a direction: the one whose z is nearest to it.
-inline int ChartOf(const Vec3& d) {
-  if (std::fabs(d.z) >= std::fabs(d.x) && std::fabs(d.z) >= std::fabs(d.y)) return 0;
-  return std::fabs(d.x) >= std::fabs(d.y) ? 1 : 2;
-}
+// The axes of a chart, at the origin.
+AxisFrame FrameOfChart(int chart);
+// The chart for a direction, whichever sign it has.
+int ChartOfDirection(const Vec3& direction);
 
 // Centres and axes at least so far from the origin, in units of the reach of the points, are far.
 inline constexpr double kFarAway = 2.0;
@@ -71,6 +69,12 @@ class AxisRadius {
     const T product = x * (x - 2.0 * m_a) + y * (y - 2.0 * m_b) + turn * (turn - 2.0 * m_turn);
     const T sum = Length(x - m_a, y - m_b, turn - m_turn) + m_origin;
     return product * (Reciprocal(sum) * m_direction.Inverse());
+  }
+  // Between the distances of the points, for enclosures that leave out what all of them have in common.
+  double Middle(double reach) const {
+    if (m_isFar) return 0.0;
+    const double origin = MiddleOfEnclosure(m_origin);
+    return std::max(origin, 0.5 * (origin + reach));
   }
   const SlopedDirection<T>& Direction() const { return m_direction; }
 
@@ -117,8 +121,10 @@ struct BoundedSphere {
   static void Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]);
   // Half the sides of a box; each moves the surface by about `reach` among points that reach so far.
   static void UnitBox(double reach, double (&half)[kUnknowns]);
-  // The chart of a feature, and its unknowns there.
-  static int Place(const Feature& feature, double (&x)[kUnknowns]);
+  // The chart of a feature.
+  static int ChartOf(const Feature& feature);
+  // Its unknowns in a chart; false where the chart does not reach so far.
+  static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
   // `level` is what the deviations have in the middle of the zone; of a circle, the largest distance.
   static Feature At(int chart, const double (&x)[kUnknowns], double level);
 };
@@ -128,24 +134,25 @@ struct BoundedCylinder {
   static constexpr int kUnknowns = 4;
   static constexpr int kComponents = 1;
   static constexpr int kPlace = kUnknowns;
-  static constexpr int kCharts = 3;
+  static constexpr int kCharts = kAxisCharts;
   static constexpr bool kIsLevelled = true;
 
   template<class T>
   class Deviations {
    public:
     Deviations(int chart, const T (&x)[kUnknowns], double reach)
-        : m_chart(chart), m_radius(x[0], x[1], x[2], x[3], reach) {}
-    T operator()(const Vec3& p) const { return m_radius.Of(ToChart(m_chart, p)); }
+        : m_frame(FrameOfChart(chart)), m_radius(x[0], x[1], x[2], x[3], reach) {}
+    T operator()(const Vec3& p) const { return m_radius.Of(m_frame.Local(p)); }
 
    private:
-    int m_chart;
+    AxisFrame m_frame;
     AxisRadius<T> m_radius;
   };
 
   static void Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]);
   static void UnitBox(double reach, double (&half)[kUnknowns]);
-  static int Place(const Feature& feature, double (&x)[kUnknowns]);
+  static int ChartOf(const Feature& feature);
+  static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
   static Feature At(int chart, const double (&x)[kUnknowns], double level);
 };
 
@@ -155,33 +162,40 @@ struct BoundedLine : BoundedCylinder {
 };
 
 // x: u, v, a, b and the semi-angle, negative where the cone narrows along the axis. The deviation is that from the
-// nappe which holds the points, as if it went on beyond the apex.
+// nappe which holds the points, as if it went on beyond the apex; enclosures are of differences alone, and leave out
+// the cosine times a distance in the middle of those of the points.
 struct BoundedCone {
   static constexpr int kUnknowns = 5;
   static constexpr int kComponents = 1;
   static constexpr int kPlace = kUnknowns;
-  static constexpr int kCharts = 3;
+  static constexpr int kCharts = kAxisCharts;
   static constexpr bool kIsLevelled = true;
 
   template<class T>
   class Deviations {
    public:
     Deviations(int chart, const T (&x)[kUnknowns], double reach)
-        : m_chart(chart), m_radius(x[0], x[1], x[2], x[3], reach), m_cosine(Cosine(x[4])), m_sine(Sine(x[4])) {}
+        : m_frame(FrameOfChart(chart)),
+          m_radius(x[0], x[1], x[2], x[3], reach),
+          m_cosine(Cosine(x[4])),
+          m_sine(Sine(x[4])),
+          m_middle(IsEnclosure(m_cosine) ? m_radius.Middle(reach) : 0.0) {}
     T operator()(const Vec3& point) const {
-      const Vec3 p = ToChart(m_chart, point);
-      return m_cosine * m_radius.Of(p) - m_sine * m_radius.Direction().Along(p.x, p.y, p.z);
+      const Vec3 p = m_frame.Local(point);
+      return m_cosine * (m_radius.Of(p) - m_middle) - m_sine * m_radius.Direction().Along(p.x, p.y, p.z);
     }
 
    private:
-    int m_chart;
+    AxisFrame m_frame;
     AxisRadius<T> m_radius;
     T m_cosine, m_sine;
+    double m_middle;
   };
 
   static void Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]);
   static void UnitBox(double reach, double (&half)[kUnknowns]);
-  static int Place(const Feature& feature, double (&x)[kUnknowns]);
+  static int ChartOf(const Feature& feature);
+  static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
   static Feature At(int chart, const double (&x)[kUnknowns], double level);
 };
 
@@ -192,22 +206,22 @@ struct BoundedCircle {
   static constexpr int kUnknowns = 4;
   static constexpr int kComponents = 2;
   static constexpr int kPlace = 6;  // the levels follow the unknowns
-  static constexpr int kCharts = 3;
+  static constexpr int kCharts = kAxisCharts;
   static constexpr bool kIsLevelled = false;
 
   template<class T>
   class Components {
    public:
     Components(int chart, const T (&x)[kUnknowns], double)
-        : m_chart(chart), m_radius(x[0], x[1], x[2], x[3], std::numeric_limits<double>::infinity()) {}
+        : m_frame(FrameOfChart(chart)), m_radius(x[0], x[1], x[2], x[3], std::numeric_limits<double>::infinity()) {}
     void Of(const Vec3& point, T (&component)[kComponents]) const {
-      const Vec3 p = ToChart(m_chart, point);
+      const Vec3 p = m_frame.Local(point);
       component[0] = m_radius.Of(p);
       component[1] = m_radius.Direction().Along(T(p.x), T(p.y), T(p.z));
     }
 
    private:
-    int m_chart;
+    AxisFrame m_frame;
     AxisRadius<T> m_radius;
   };
 
@@ -230,7 +244,8 @@ struct BoundedCircle {
 
   static void Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]);
   static void UnitBox(double reach, double (&half)[kUnknowns]);
-  static int Place(const Feature& feature, double (&x)[kPlace]);
+  static int ChartOf(const Feature& feature);
+  static bool Place(int chart, const Feature& feature, double (&x)[kPlace]);
   static Feature At(int chart, const double (&x)[kPlace], double level);
 };
 

@@ -3,15 +3,30 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <utility>
 #include <vector>
 
 #include "nu/engine/association/first_order.h"
+#include "nu/engine/association/second_order.h"
 #include "nu/engine/minimax/linear_minimax.h"
 #include "nu/engine/shapes/vec3.h"
 
 namespace nu::engine::association {
+
+// The points of a set that held the bound of a cell: where its parts begin.
+struct ChosenPoints {
+  static constexpr int kMost = 16;
+
+  std::uint8_t index[kMost] = {};
+  int count = 0;
+
+  bool Has(int i) const { return std::find(index, index + count, i) != index + count; }
+  void Add(int i) {
+    if (count < kMost && !Has(i)) index[count++] = static_cast<std::uint8_t>(i);
+  }
+};
 
 // A box of unknowns in one chart.
 template<int N>
@@ -21,6 +36,7 @@ struct UnknownCell {
   double half[N] = {};
   double bound = 0.0;
   long number = 0;
+  ChosenPoints points;
 
   static UnknownCell Between(int chart, const double (&low)[N], const double (&high)[N]) {
     UnknownCell cell;
@@ -38,9 +54,10 @@ struct UnknownCell {
     return volume;
   }
 
-  void Unknowns(FirstOrder<N> (&x)[N]) const {
+  template<class Enclosure>
+  void Unknowns(Enclosure (&x)[N]) const {
     for (int k = 0; k < N; ++k) {
-      x[k] = FirstOrder<N>(middle[k]);
+      x[k] = Enclosure(middle[k]);
       x[k].slope[k] = half[k];
     }
   }
@@ -51,6 +68,7 @@ struct CellBound {
   double value = 0.0;                // of half a zone, or of a largest distance
   double place[Model::kPlace] = {};  // where the linear program has its optimum
   int widest = 0;                    // the unknown whose side of the cell moves a point the most
+  ChosenPoints points;
 };
 
 // The components of a point: its deviation, or of a circle in space its radius and its height. What is minimised is the
@@ -148,23 +166,39 @@ class CellBounds {
 
   using Held = std::vector<HeldPoint<C>>;
 
-  // From some points, and those that hold the best feature; `rounding` is what the linear program may miss its optimum
-  // by. A cell whose bound is below `target` is to be cut.
-  CellBound<Model> Of(const UnknownCell<N>& cell, const std::vector<Vec3>& points, const Held& held, double reach,
+  // From some of a set of points, and those that hold the best feature; `rounding` is what the linear program may miss
+  // its optimum by. A cell whose bound is below `target` is to be cut.
+  //
+  // The linear program begins with the points that held the bound of the larger cell and those that the best feature
+  // in their zone leaves out join them, as long as that raises the bound.
+  CellBound<Model> Of(const UnknownCell<N>& cell, const std::vector<Vec3>& set, const Held& held, double reach,
                       double target, double rounding) {
     CellBound<Model> bound;
-    Enclose(cell, points, held, reach);
     bound.widest = WidestUnknown(cell, reach);
-    FindLevels();
-    FillRows(held);
-    std::copy_n(cell.middle, N, bound.place);
-    if (C > 1) std::copy_n(m_level, C, bound.place + (Model::kPlace - C));
-    if (!m_program.Solve(m_rows, 1.0, rounding)) return bound;
-    bound.value = ProvenValue(m_rows, m_program.Contacts()) - kRoundings * kEpsilon * m_largest;
-    if (!(bound.value >= target)) bound.widest = CostliestUnknown(cell, points, held, reach, bound.widest);
-    for (int k = 0; k < N; ++k) bound.place[k] += cell.half[k] * std::clamp(m_program.Step()[k], -1.0, 1.0);
-    for (int c = 0; C > 1 && c < C; ++c)
-      bound.place[Model::kPlace - C + c] += m_half[c] * std::clamp(m_program.Step()[N + c], -1.0, 1.0);
+    bound.value = -std::numeric_limits<double>::infinity();
+    FirstOrder<N> x[N];
+    cell.Unknowns(x);
+    const Components components(cell.chart, x, reach);
+    Begin(components, cell.points, set, held);
+    for (int round = 0; round < kMostRounds; ++round) {
+      FindLevels();
+      FillRows(held);
+      std::copy_n(cell.middle, N, bound.place);
+      if (C > 1) std::copy_n(m_level, C, bound.place + (Model::kPlace - C));
+      if (!m_program.Solve(m_rows, 1.0, rounding)) break;
+      const double before = bound.value;
+      bound.value = ProvenValue(m_rows, m_program.Contacts()) - Noise();
+      for (int k = 0; k < N; ++k) bound.place[k] += cell.half[k] * std::clamp(m_program.Step()[k], -1.0, 1.0);
+      for (int c = 0; C > 1 && c < C; ++c)
+        bound.place[Model::kPlace - C + c] += m_half[c] * std::clamp(m_program.Step()[N + c], -1.0, 1.0);
+      if (bound.value >= target || !(bound.value > before) || !AddLeftOut(components, cell.chart, bound, set, reach))
+        break;
+    }
+    bound.value = std::max(0.0, bound.value);
+    if (m_program.Contacts().count == 0) return bound;
+    if (!(bound.value >= target)) bound.value = std::max(bound.value, CurvedValue(cell, reach) - Noise());
+    if (!(bound.value >= target)) bound.widest = CostliestUnknown(cell, reach, bound.widest);
+    Keep(bound.points);
     return bound;
   }
 
@@ -175,28 +209,106 @@ class CellBounds {
   static constexpr double kRoundings = 256.0;
   // A side so much narrower than the widest one, in what it moves, is not cut.
   static constexpr double kMostWidths = 8.0;
+  // Linear programs for one cell.
+  static constexpr int kMostRounds = 4;
+  // A first cell begins with so many points of the set.
+  static constexpr int kFirstPoints = 26;
+  static constexpr int kHeld = -1;
 
   using Components = typename ComponentsOf<Model>::template In<FirstOrder<N>>;
 
   struct Enclosure {
     FirstOrder<N> component[C];
+    Vec3 point;
+    int index = kHeld;  // in the set
   };
 
-  void Enclose(const UnknownCell<N>& cell, const std::vector<Vec3>& points, const Held& held, double reach) {
-    FirstOrder<N> x[N];
+  double Noise() const { return kRoundings * kEpsilon * m_largest; }
+
+  void Begin(const Components& components, const ChosenPoints& chosen, const std::vector<Vec3>& set, const Held& held) {
+    m_enclosure.clear();
+    for (std::size_t i = 0; C > 1 && i < held.size(); ++i) Enclose(components, held[i].point, kHeld);
+    for (int i = 0; i < chosen.count; ++i) Enclose(components, set[chosen.index[i]], chosen.index[i]);
+    const int first = chosen.count > 0 ? 0 : std::min(kFirstPoints, static_cast<int>(set.size()));
+    for (int i = 0; i < first; ++i) Enclose(components, set[static_cast<std::size_t>(i)], i);
+  }
+
+  void Enclose(const Components& components, const Vec3& point, int index) {
+    Enclosure& e = m_enclosure.emplace_back();
+    components.Of(point, e.component);
+    e.point = point;
+    e.index = index;
+  }
+
+  // In each direction the point of the set that is beyond all those enclosed, about the feature where the linear
+  // program has its optimum.
+  bool AddLeftOut(const Components& components, int chart, const CellBound<Model>& bound, const std::vector<Vec3>& set,
+                  double reach) {
+    double x[N];
+    std::copy_n(bound.place, N, x);
+    const typename ComponentsOf<Model>::template In<double> numbers(chart, x, reach);
+    m_numbers.resize(C * set.size());
+    for (std::size_t i = 0; i < set.size(); ++i) {
+      double at[C];
+      numbers.Of(set[i], at);
+      std::copy_n(at, C, &m_numbers[C * i]);
+    }
+    const std::size_t before = m_enclosure.size();
+    m_isIn.assign(set.size(), false);
+    for (const Enclosure& e : m_enclosure)
+      if (e.index != kHeld) m_isIn[static_cast<std::size_t>(e.index)] = true;
+    for (const ComponentDirection<C>& direction : m_fan) {
+      double most = -std::numeric_limits<double>::infinity();
+      std::size_t found = 0;
+      for (std::size_t i = 0; i < set.size(); ++i) {
+        double towards = 0.0;
+        for (int c = 0; c < C; ++c) towards += direction.w[c] * m_numbers[C * i + static_cast<std::size_t>(c)];
+        if (!(towards > most)) continue;
+        most = towards;
+        found = i;
+      }
+      if (m_isIn[found]) continue;
+      m_isIn[found] = true;
+      Enclose(components, set[found], static_cast<int>(found));
+    }
+    return m_enclosure.size() > before;
+  }
+
+  // What holds the bound, and of the rest what came last.
+  void Keep(ChosenPoints& points) const {
+    const auto& contacts = m_program.Contacts();
+    for (int j = 0; j < contacts.count; ++j) KeepOne(m_point[contacts.row[j]], points);
+    for (std::size_t i = m_enclosure.size(); i-- > 0;) KeepOne(i, points);
+  }
+  void KeepOne(std::size_t i, ChosenPoints& points) const {
+    if (m_enclosure[i].index != kHeld) points.Add(m_enclosure[i].index);
+  }
+
+  // What the multipliers prove by second-order enclosures of all contacts together; minus infinity where nothing.
+  double CurvedValue(const UnknownCell<N>& cell, double reach) const {
+    SecondOrder<N> x[N];
     cell.Unknowns(x);
-    const Components components(cell.chart, x, reach);
-    m_enclosure.resize(points.size() + held.size());
-    for (std::size_t i = 0; i < points.size(); ++i) components.Of(points[i], m_enclosure[i].component);
-    for (std::size_t i = 0; i < held.size(); ++i)
-      components.Of(held[i].point, m_enclosure[points.size() + i].component);
-    m_points = points.size();
+    const typename ComponentsOf<Model>::template In<SecondOrder<N>> components(cell.chart, x, reach);
+    const auto& contacts = m_program.Contacts();
+    SecondOrder<N> sum;
+    double weight = 0.0;
+    double left[C] = {};  // of the directions, which balance each other up to rounding
+    for (int j = 0; j < contacts.count; ++j) {
+      const int row = contacts.row[j];
+      SecondOrder<N> component[C];
+      components.Of(m_enclosure[m_point[row]].point, component);
+      sum += contacts.multiplier[j] * Towards(component, m_direction[row]);
+      weight += contacts.multiplier[j];
+      for (int c = 0; c < C; ++c) left[c] += contacts.multiplier[j] * m_direction[row].w[c];
+    }
+    double value = sum.Least();
+    for (int c = 0; c < C; ++c) value -= left[c] * m_level[c] + std::fabs(left[c]) * m_half[c];
+    return value > -std::numeric_limits<double>::infinity() ? value / weight : -std::numeric_limits<double>::infinity();
   }
 
   // The unknown with which the errors of the enclosures that hold the bound shrink the most when its side is halved,
   // of those whose sides are not much narrower than the widest one.
-  int CostliestUnknown(const UnknownCell<N>& cell, const std::vector<Vec3>& points, const Held& held, double reach,
-                       int widest) const {
+  int CostliestUnknown(const UnknownCell<N>& cell, double reach, int widest) const {
     const auto& contacts = m_program.Contacts();
     double least = std::numeric_limits<double>::infinity();
     int found = widest;
@@ -210,9 +322,8 @@ class CellBounds {
       double error = 0.0;
       for (int j = 0; j < contacts.count; ++j) {
         const int row = contacts.row[j];
-        const std::size_t i = m_point[row];
         FirstOrder<N> component[C];
-        components.Of(i < m_points ? points[i] : held[i - m_points].point, component);
+        components.Of(m_enclosure[m_point[row]].point, component);
         error -= contacts.multiplier[j] * Towards(component, m_direction[row]).low;
       }
       if (!(error < least)) continue;
@@ -250,8 +361,7 @@ class CellBounds {
   void FillRows(const Held& held) {
     m_rows.size = 0;
     for (std::size_t i = 0; C > 1 && i < held.size(); ++i) {
-      const std::size_t point = m_points + i;
-      AddRow(Towards(m_enclosure[point].component, held[i].direction), held[i].direction, point);
+      AddRow(Towards(m_enclosure[i].component, held[i].direction), held[i].direction, i);
     }
     const std::size_t share = static_cast<std::size_t>(minimax::kMostRows - m_rows.size) / m_fan.size();
     for (const ComponentDirection<C>& direction : m_fan) FillRows(direction, share);
@@ -266,8 +376,8 @@ class CellBounds {
       top = std::max(top, m_towards.back().value - m_towards.back().reach);
     }
     m_extreme.clear();
-    for (std::size_t i = 0; i < m_points; ++i)
-      if (m_towards[i].value + m_towards[i].reach >= top) m_extreme.push_back(i);
+    for (std::size_t i = 0; i < m_enclosure.size(); ++i)
+      if (m_enclosure[i].index != kHeld && m_towards[i].value + m_towards[i].reach >= top) m_extreme.push_back(i);
     if (m_extreme.size() > most) {
       std::nth_element(m_extreme.begin(), m_extreme.begin() + static_cast<std::ptrdiff_t>(most), m_extreme.end(),
                        [this](std::size_t i, std::size_t j) {
@@ -310,10 +420,11 @@ class CellBounds {
   }
 
   const std::vector<ComponentDirection<C>> m_fan = DirectionFan<C>();
-  std::vector<Enclosure> m_enclosure;  // of the points, then of those that hold the best feature
-  std::vector<Product> m_towards;      // these in one direction
+  std::vector<Enclosure> m_enclosure;  // of those that hold the best feature, then of points of the set
+  std::vector<double> m_numbers;       // the components of the set
+  std::vector<bool> m_isIn;
+  std::vector<Product> m_towards;  // these in one direction
   std::vector<std::size_t> m_extreme;
-  std::size_t m_points = 0;
   double m_widths[N] = {};
   double m_level[C] = {};
   double m_half[C] = {};

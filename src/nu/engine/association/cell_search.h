@@ -10,6 +10,7 @@
 #include "nu/engine/association/bounded_features.h"
 #include "nu/engine/association/bounded_points.h"
 #include "nu/engine/association/own_cell.h"
+#include "nu/engine/association/proof_monitor.h"
 #include "nu/engine/base/function_ref.h"
 #include "nu/engine/shapes/vec2.h"
 
@@ -28,6 +29,8 @@ struct CellProblem {
   double floor = 0.0;  // a bound for those farther away
   double gap = 0.0;    // of a proven feature
   long boxes = 0;
+  long begun = 0;  // of these, before the search
+  ProofMonitor monitor;
 };
 
 template<class Model>
@@ -39,13 +42,20 @@ class CellSearch {
   static constexpr int N = Model::kUnknowns;
 
   CellSearch(const CellProblem& problem, Refine refine)
-      : m_problem(problem), m_points(problem.points), m_refine(refine), m_floor(problem.floor) {}
+      : m_problem(problem),
+        m_points(problem.points),
+        m_refine(refine),
+        m_boxes(problem.begun),
+        m_floor(problem.floor) {}
 
   void Run(const Feature& known) {
     Adopt(known);
-    if (!(m_own.cell.Volume() > 0.0)) Improve(m_best);
+    if (m_own.empty() || !(m_own.front().cell.Volume() > 0.0)) Improve(m_best);
     PushCharts();
-    while (!m_heap.empty() && m_heap.front().bound < Target() && m_boxes < m_problem.boxes) Look(Pop());
+    while (!m_heap.empty() && m_heap.front().bound < Target() && m_boxes < m_problem.boxes) {
+      if (!m_problem.monitor.GoesOn(m_boxes, m_size, std::min(m_floor, m_heap.front().bound))) break;
+      Look(Pop());
+    }
     if (!m_heap.empty()) m_floor = std::min(m_floor, m_heap.front().bound);
   }
 
@@ -54,6 +64,7 @@ class CellSearch {
   double Size() const { return m_size; }
   double Bound() const { return std::max(0.0, std::min(m_floor, m_size)); }
   long Boxes() const { return m_boxes; }
+  bool IsCancelled() const { return m_problem.monitor.IsCancelled(); }
 
  private:
   using Cell = UnknownCell<N>;
@@ -91,7 +102,8 @@ class CellSearch {
   }
 
   void Look(Cell cell) {
-    if (m_own.Holds(cell)) {
+    const auto holds = [&](const OwnCell<N>& own) { return own.Holds(cell); };
+    if (std::any_of(m_own.begin(), m_own.end(), holds)) {
       m_floor = std::min(m_floor, m_size - Slack());
       return;
     }
@@ -104,6 +116,7 @@ class CellSearch {
       return;
     }
     LookAt(cell.chart, found.place);
+    cell.points = found.points;
     Split(cell, found.widest);
   }
 
@@ -131,25 +144,39 @@ class CellSearch {
   // Unless what is known is better. In its own cell nothing is better by more than Slack().
   void Adopt(const Feature& feature) {
     double x[Model::kPlace];
-    const int chart = Model::Place(feature, x);
+    const int chart = Model::ChartOf(feature);
+    Model::Place(chart, feature, x);
     const typename Model::template Deviations<double> deviation(chart, x, m_points.Reach());
     const DeviationSpan span = m_points.Span(deviation, {});
     CountPass();
     if (!(span.Size<Model>() < m_size)) return;
     m_best = Model::At(chart, x, span.Level<Model>());
     m_size = span.Size<Model>();
-    Hold(chart, x, m_points.Contacts(deviation, span, Slack()));
-    m_own = FindOwnCell<Model>(chart, x, m_held, m_points.Reach(), m_size - Slack());
+    const ContactPoints contacts = m_points.Contacts(deviation, span, Slack());
+    m_held = HeldBy(contacts, chart, x);
+    m_own.clear();
+    m_own.push_back(FindOwnCell<Model>(chart, x, m_held, m_points.Reach(), m_size - Slack()));
+    for (int other = 0; other < Model::kCharts; ++other)
+      if (other != chart) AddOwnCell(other, contacts);
+  }
+
+  // Charts overlap: the best feature may be in several.
+  void AddOwnCell(int chart, const ContactPoints& contacts) {
+    double x[Model::kPlace];
+    if (!Model::Place(chart, m_best, x)) return;
+    const auto held = HeldBy(contacts, chart, x);
+    m_own.push_back(FindOwnCell<Model>(chart, x, held, m_points.Reach(), m_size - Slack()));
   }
 
   // The points that hold a feature, in the directions in which they do: away from the middle of a zone, or from the
   // circle.
-  void Hold(int chart, const double (&x)[Model::kPlace], const ContactPoints& contacts) {
-    m_held.clear();
+  typename CellBounds<Model>::Held HeldBy(const ContactPoints& contacts, int chart,
+                                          const double (&x)[Model::kPlace]) const {
+    typename CellBounds<Model>::Held held;
     if constexpr (Model::kComponents == 1) {
-      for (const Vec3& p : contacts.outer) m_held.push_back({p, {{1.0}}});
-      if (!Model::kIsLevelled) return;  // what is near the least deviation holds a zone, and nothing else
-      for (const Vec3& p : contacts.inner) m_held.push_back({p, {{-1.0}}});
+      for (const Vec3& p : contacts.outer) held.push_back({p, {{1.0}}});
+      if (!Model::kIsLevelled) return held;  // what is near the least deviation holds a zone, and nothing else
+      for (const Vec3& p : contacts.inner) held.push_back({p, {{-1.0}}});
     } else {
       double axis[N];
       std::copy_n(x, N, axis);
@@ -159,9 +186,10 @@ class CellSearch {
         components.Of(p, at);
         const Vec2 away{at[0] - x[N], at[1] - x[N + 1]};
         const double distance = std::sqrt(Dot(away, away));
-        if (distance > 0.0) m_held.push_back({p, {{away.x / distance, away.y / distance}}});
+        if (distance > 0.0) held.push_back({p, {{away.x / distance, away.y / distance}}});
       }
     }
+    return held;
   }
 
   void Split(const Cell& cell, int k) {
@@ -182,9 +210,11 @@ class CellSearch {
   }
 
   double CutOf(const Cell& cell, int k) const {
-    if (!m_own.Meets(cell)) return cell.middle[k];
-    for (const double side : {m_own.cell.middle[k] - m_own.cell.half[k], m_own.cell.middle[k] + m_own.cell.half[k]})
-      if (std::fabs(side - cell.middle[k]) < kOffMiddle * cell.half[k]) return side;
+    for (const OwnCell<N>& own : m_own) {
+      if (!own.Meets(cell)) continue;
+      for (const double side : {own.cell.middle[k] - own.cell.half[k], own.cell.middle[k] + own.cell.half[k]})
+        if (std::fabs(side - cell.middle[k]) < kOffMiddle * cell.half[k]) return side;
+    }
     return cell.middle[k];
   }
 
@@ -194,11 +224,11 @@ class CellSearch {
   CellBounds<Model> m_bounds;
   std::vector<Cell> m_heap;  // the lowest bound on top
   long m_pushed = 0;
-  long m_boxes = 0;
+  long m_boxes;
   double m_floor;  // of what is done with
   Feature m_best;
   double m_size = std::numeric_limits<double>::infinity();
-  OwnCell<N> m_own;
+  std::vector<OwnCell<N>> m_own;  // in each chart that has the best feature, that of its own first
   typename CellBounds<Model>::Held m_held;
 };
 

@@ -41,8 +41,8 @@ Function Difference(double to, double from) {
 class AxisFunctions {
  public:
   AxisFunctions(const UnknownCell<kAxis>& cell, double part, const Vec3& from)
-      : m_chart(cell.chart),
-        m_from(ToChart(cell.chart, from)),
+      : m_chart(FrameOfChart(cell.chart)),
+        m_from(m_chart.Local(from)),
         m_u(Unknown(cell, 0, part)),
         m_v(Unknown(cell, 1, part)),
         m_inverse(Reciprocal(Number(1.0) + m_u * m_u + m_v * m_v)),
@@ -53,7 +53,7 @@ class AxisFunctions {
         m_radius(Radius(m_x, m_y, m_turn)) {}
 
   void Of(const Vec3& point, Function& radius, Function& height) const {
-    const Vec3 p = ToChart(m_chart, point);
+    const Vec3 p = m_chart.Local(point);
     const Function dx = Difference(p.x, m_from.x), dy = Difference(p.y, m_from.y), dz = Difference(p.z, m_from.z);
     const Function x = dx - dz * m_u;
     const Function y = dy - dz * m_v;
@@ -68,7 +68,7 @@ class AxisFunctions {
     return Root((x * x + y * y + turn * turn) * m_inverse);
   }
 
-  int m_chart;
+  AxisFrame m_chart;
   Vec3 m_from;
   Function m_u, m_v;
   Function m_inverse, m_inverseRoot;

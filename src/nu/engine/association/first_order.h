@@ -155,8 +155,23 @@ bool IsNowhereBelow(const FirstOrder<N>& length, double least) {
   return length.Least() >= least;
 }
 
+template<int N>
+double MiddleOfEnclosure(const FirstOrder<N>& x) {
+  return x.value;
+}
+template<int N>
+constexpr bool IsEnclosure(const FirstOrder<N>&) {
+  return true;
+}
+
 // The same functions of plain numbers. What is written for enclosures alone is not for these.
 inline bool IsNowhereBelow(double, double) {
+  return false;
+}
+inline double MiddleOfEnclosure(double x) {
+  return x;
+}
+constexpr bool IsEnclosure(double) {
   return false;
 }
 inline double Length(double x, double y, double z) {

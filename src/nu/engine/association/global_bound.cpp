@@ -182,6 +182,7 @@ struct SearchEnd {
   double bound = 0.0;
   bool improved = false;
   long boxes = 0;
+  bool cancelled = false;
 };
 
 GlobalBound Described(const Scene& scene, const SearchEnd& end, double gap, double unit) {
@@ -192,6 +193,7 @@ GlobalBound Described(const Scene& scene, const SearchEnd& end, double gap, doub
   result.improved = end.improved;
   result.proven = end.size - end.bound <= gap;
   result.boxes = end.boxes;
+  result.cancelled = end.cancelled;
   return result;
 }
 
@@ -199,7 +201,8 @@ GlobalBound Described(const Scene& scene, const SearchEnd& end, double gap, doub
 template<class Model>
 double SizeOf(BoundedPoints& points, const Feature& feature) {
   double x[Model::kPlace];
-  const int chart = Model::Place(feature, x);
+  const int chart = Model::ChartOf(feature);
+  Model::Place(chart, feature, x);
   return points.Span(typename Model::template Deviations<double>(chart, x, points.Reach()), {}).template Size<Model>();
 }
 
@@ -214,7 +217,8 @@ SearchEnd Search(Scene& scene, const CellProblem& problem, const Feature& start,
   CellSearch<Model> search(problem, refined);
   const double size = SizeOf<Model>(problem.points, start);
   search.Run(start);
-  return {search.Best(), search.Size(), search.Bound(), search.Size() < size - problem.gap, search.Boxes()};
+  return {search.Best(),  search.Size(),       search.Bound(), search.Size() < size - problem.gap,
+          search.Boxes(), search.IsCancelled()};
 }
 
 template<class Model, class Refine>
@@ -228,7 +232,9 @@ GlobalBound BoundZone(Scene& scene, const Feature& known, const BoundLimits& lim
   const double slab = scene.SlabWidth();
   const double far = FarDistance(slab - 2.0 * (size - kSearchedGap * gap), points.Reach(), kFarthestAxis);
   const double floor = 0.5 * (slab - Sagitta(far, points.Reach()));
-  const SearchEnd end = Search<Model>(scene, {points, far, floor, gap, limits.boxes}, start, refine);
+  const ProofMonitor monitor(limits.monitor, 2.0 / scene.Scale());
+  const CellProblem problem{points, far, floor, gap, limits.boxes, 0, monitor};
+  const SearchEnd end = Search<Model>(scene, problem, start, refine);
   return Described(scene, end, gap, 2.0);
 }
 
@@ -242,13 +248,14 @@ GlobalBound BoundCircle(Scene& scene, const Feature& known, const BoundLimits& l
   if (!std::isfinite(size)) return Unproven(known);
   const double gap = limits.gap * points.Reach();
   const AxisFrame along{scene.Frame().origin, scene.Frame().z, scene.Frame().x, scene.Frame().y};
-  const AxisBound line = BoundAxes(scene.Blocks(), along, points.Reach(), gap, limits.boxes / kPartForLine);
+  ProofMonitor monitor(limits.monitor, unit / scene.Scale());
+  const auto goesOn = [&](long boxes, double, double) { return monitor.GoesOn(boxes, size, 0.0); };
+  const AxisBound line = BoundAxes(scene.Blocks(), along, points.Reach(), gap, limits.boxes / kPartForLine, goesOn);
   const double reach = points.Reach() + size;
   const double radius = FarDistance(line.bound - (size - kSearchedGap * gap), reach, kFarthestCircle);
   const double floor = line.bound - Sagitta(radius, reach);
-  const CellProblem problem{points, radius + reach, floor, gap, limits.boxes - line.boxes};
+  const CellProblem problem{points, radius + reach, floor, gap, limits.boxes, line.boxes, monitor};
   SearchEnd end = Search<BoundedCircle>(scene, problem, start, RefineCircle);
-  end.boxes += line.boxes;
   end.feature.kind = known.kind;
   return Described(scene, end, gap, unit);
 }
@@ -264,11 +271,14 @@ GlobalBound BoundAxis(Scene& scene, const Feature& known, const BoundLimits& lim
   AxisFrame start = known.frame;
   start.origin = scene.Scale() * known.frame.origin;
   start.origin = start.origin + Dot(scene.Frame().origin - start.origin, start.z) * start.z;
-  const AxisBound found = BoundAxes(scene.Blocks(), start, points.Reach(), kSearchedGap * gap, limits.boxes);
+  ProofMonitor monitor(limits.monitor, unit / scene.Scale());
+  const auto goesOn = [&](long boxes, double radius, double bound) { return monitor.GoesOn(boxes, radius, bound); };
+  const AxisBound found = BoundAxes(scene.Blocks(), start, points.Reach(), kSearchedGap * gap, limits.boxes, goesOn);
   const bool improved = found.radius < size - gap;
   if (improved) best = scene.ToWorking(Rescaled({known.kind, found.frame, {}}, 1.0 / scene.Scale()));
   best.size[0] = known.kind == FeatureKind::cylinder ? found.radius : 0.0;
-  return Described(scene, {best, found.radius, std::min(found.bound, found.radius), improved, found.boxes}, gap, unit);
+  const double bound = std::min(found.bound, found.radius);
+  return Described(scene, {best, found.radius, bound, improved, found.boxes, monitor.IsCancelled()}, gap, unit);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #define NU_ENGINE_ASSOCIATION_GLOBAL_BOUND_H
 
 #include "nu/engine/association/feature.h"
+#include "nu/engine/base/step_monitor.h"
 #include "nu/engine/points/point_view.h"
 
 namespace nu::engine::association {
@@ -18,6 +19,9 @@ struct BoundLimits {
   // How far the bound may be below the criterion of a proven feature, in units of the farthest point's distance from
   // the middle of the points.
   double gap = 1e-9;
+  // Called after every 1000 boxes or so, with their number so far in the place of that of the step, the criterion, and
+  // the gap in the place of the length of the step.
+  StepMonitor monitor = {};
 };
 
 struct GlobalBound {
@@ -25,8 +29,9 @@ struct GlobalBound {
   double best = 0.0;   // its criterion
   double bound = 0.0;  // no feature of its kind has a lower one; not above `best`
   bool improved = false;
-  bool proven = false;  // the gap between the two is within what was asked for
-  long boxes = 0;       // looked at
+  bool proven = false;     // the gap between the two is within what was asked for
+  long boxes = 0;          // looked at
+  bool cancelled = false;  // by the monitor; the bound is what was proven so far
 };
 
 // A lower bound on the criterion over all features of a kind, from a feature known, and a better one where the search

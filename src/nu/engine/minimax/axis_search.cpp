@@ -226,6 +226,11 @@ void AxisSearch::Split(const Cell& cell, const RadiusBound& here, const KnownCyl
   }
 }
 
+void AxisSearch::Allow(long circles, long passes) {
+  m_limits.circles = circles;
+  m_limits.passes = passes;
+}
+
 bool AxisSearch::IsExhausted() const {
   return m_circles >= m_limits.circles || m_passes >= m_limits.passes;
 }

@@ -95,6 +95,10 @@ class AxisSearch {
   // when the work permitted for all calls is done. What is known must not grow from call to call.
   bool FindSmaller(const KnownCylinder& known, AxisDistance& found);
 
+  // More work, up to so much in all, after that permitted at first is done.
+  void Allow(long circles, long passes);
+  bool IsExhausted() const;
+
   // When nothing smaller has been found: the squared radius that no cylinder is below, but for rounding.
   double Bound(const KnownCylinder& known) const;
   long Circles() const { return m_circles; }
@@ -124,7 +128,6 @@ class AxisSearch {
   DirectionCap CapAround(const Cell& cell) const;
   void Split(const Cell& cell, const RadiusBound& here, const KnownCylinder& known);
   bool IsKnownLarge(const DirectionCap& cap, double least) const;
-  bool IsExhausted() const;
   Circle CircleAround(const Vec3& direction, double least);
   Circle CircleAroundOutline(const Vec3& direction) const;
   double ExtendOutline(const Circle& circle);
