@@ -4,6 +4,6 @@
 #include <cstdint>
 
 // What nu_bits prints. A change that is meant to change results renews it; any other change that does is a defect.
-inline constexpr std::uint64_t kExpectedBits = 0xbfa81b2f9d9c4298;
+inline constexpr std::uint64_t kExpectedBits = 0x924097d8fb9dde8e;
 
 #endif

@@ -7,8 +7,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "clouds.h"
 #include "nu/nu.h"
-#include "support/clouds.h"
 
 // The features behind one form, and all their fits behind one call: laws that hold for every fit are written once.
 namespace nu::test {

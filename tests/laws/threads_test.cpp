@@ -1,0 +1,110 @@
+#include <gtest/gtest.h>
+
+#include <barrier>
+#include <cstdint>
+#include <thread>
+#include <vector>
+
+#include "nu/c/nu.h"
+#include "nu/nu.h"
+#include "support/fingerprint.h"
+
+namespace {
+
+using nu::test::fingerprint::Bits;
+using nu::test::fingerprint::Clouds;
+using nu::test::fingerprint::Noise;
+using nu::test::fingerprint::Part;
+
+constexpr int kThreads = 8;
+
+// What all threads read at once, none of them with a copy of its own.
+struct Shared {
+  Noise noise;
+  Clouds clouds{40, noise};
+  CNuAssociation association{clouds.shaft};
+  CNuAssociationReport report;
+  CNuMatrix symmetric{5, 5};
+  CNuPolyline polyline{clouds.wave};
+  CNuInterpolation table{clouds.wave.GetDataX(), clouds.wave.GetDataY()};
+  nu_association* handle = nullptr;
+
+  Shared() {
+    for (int i = 0; i < 5; ++i)
+      for (int j = 0; j <= i; ++j) symmetric.Element(i, j) = symmetric.Element(j, i) = noise();
+    CNuCylSurf cylinder(1.0);
+    association.SetDetails(NuDetailAll);
+    report = association.Fit(NuLeastSquares, &cylinder);
+    nu_association_create(nullptr, 0, 3, &handle);
+    for (int i = 0; i < clouds.shaft.GetSize(); ++i) {
+      const CNuPoint p = clouds.shaft[i];
+      const double xyz[] = {p.x(), p.y(), p.z()};
+      nu_association_add(handle, xyz, 1, 3);
+    }
+  }
+  ~Shared() { nu_association_free(handle); }
+};
+
+void AddShared(const Shared& shared, Bits& bits) {
+  for (const ENuCriterion criterion : {NuLeastSquares, NuMinimumZone, NuMinimumCircumscribed}) {
+    CNuCylSurf cylinder(1.0);
+    bits.Add(shared.association.Fit(criterion, &cylinder).GetForm());
+    bits.AddObject(cylinder);
+  }
+  nu::test::fingerprint::AddReport(shared.association, shared.report, bits);
+  ENuStatus status{};
+  CNuVector values;
+  CNuMatrix vectors;
+  shared.symmetric.EigenValuesVectors(&status, &values, &vectors);
+  bits.Add(vectors);
+  bits.Add(shared.polyline.DistanceTo(CNuPoint(1.0, 2.0, 3.0)));
+  bits.Add(shared.table.Spline(1.0));
+  bits.Add(shared.clouds.space.MinEdge(nullptr, nullptr));
+}
+
+// By the interface for C. The message of the last failure is the thread's own, although all have failed meanwhile.
+void AddByC(const Shared& shared, bool isOther, std::barrier<>& failed, Bits& bits) {
+  nu_feature feature{};
+  feature.kind = NU_KIND_CYLINDER;
+  EXPECT_EQ(isOther ? nu_feature_normalise(nullptr) : nu_tolerance_set(99, 0.0), NU_STATUS_ARGUMENT);
+  failed.arrive_and_wait();
+  nu_report* report = nullptr;
+  EXPECT_EQ(nu_association_fit(shared.handle, NU_CRITERION_MINIMUM_ZONE, &feature, &report), NU_STATUS_OK);
+  for (const double c : feature.point) bits.Add(c);
+  for (const double c : feature.size) bits.Add(c);
+  nu_report_free(report);
+  EXPECT_STREQ(nu_error_message(), isOther ? "the feature is null" : "there is no such tolerance");
+}
+
+// The results of every kind of operation, from the kind `first` on; a coarse thread takes any step for converged.
+std::vector<std::uint64_t> ResultsOf(const Shared& shared, std::size_t first, bool isCoarse, std::barrier<>& failed) {
+  const double tol = NuGetTol();
+  if (isCoarse) NuSetTol(1e-3);
+  const std::vector<Part> parts = nu::test::fingerprint::Parts();
+  std::vector<std::uint64_t> results(parts.size());
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    const std::size_t k = (first + i) % parts.size();
+    results[k] = Of(parts[k], true);
+  }
+  Bits bits;
+  bits.AddOutcome([&] { AddShared(shared, bits); });
+  AddByC(shared, isCoarse, failed, bits);
+  results.push_back(bits.Value());
+  NuSetTol(tol);
+  return results;
+}
+
+TEST(Concurrency, EveryOperationGivesWhatItGivesAlone) {
+  const Shared shared;
+  std::barrier one(1), all(kThreads);
+  const std::vector<std::uint64_t> alone[] = {ResultsOf(shared, 0, false, one), ResultsOf(shared, 0, true, one)};
+  EXPECT_NE(alone[0], alone[1]);
+  std::vector<std::uint64_t> found[kThreads];
+  std::vector<std::thread> threads;
+  for (std::size_t t = 0; t < kThreads; ++t)
+    threads.emplace_back([&, t] { found[t] = ResultsOf(shared, t, t % 2 == 1, all); });
+  for (std::thread& thread : threads) thread.join();
+  for (std::size_t t = 0; t < kThreads; ++t) EXPECT_EQ(found[t], alone[t % 2]) << "thread " << t;
+}
+
+}  // namespace
