@@ -51,7 +51,7 @@ def main():
             "timestamp": datetime.datetime.fromtimestamp(stamp, datetime.timezone.utc).isoformat(),
             "component": {
                 "bom-ref": reference, "type": "library", "name": "nu", "version": version, "purl": reference,
-                "licenses": [{"license": {"name": (ROOT / "LICENSE").read_text().splitlines()[0].strip()}}],
+                "licenses": [{"license": {"id": "MIT"}}],
                 "hashes": [{"alg": "SHA-256", "content": digest.hexdigest()}],
             },
         },
