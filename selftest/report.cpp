@@ -44,6 +44,7 @@ std::string PartText(const Part& part) {
 
 std::string Verdict(const Section& section) {
   const std::string checks = std::to_string(section.Checks());
+  if (section.Holds() && checks == "1") return "the check holds";
   if (section.Holds()) return "all " + checks + " checks hold";
   return std::to_string(section.Problems().size()) + " of " + checks + " checks FAIL";
 }
@@ -127,7 +128,9 @@ std::string HtmlText(const Statement& statement) {
       "table{border-collapse:collapse;margin:.6rem 0;font-size:13px}th,td{text-align:left;padding:.2rem .7rem;"
       "border-bottom:1px solid #dde1e6}\ntd.n{text-align:right;font-variant-numeric:tabular-nums}\n"
       ".yes,.no{color:#fff;padding:.3rem .8rem;border-radius:.3rem;display:inline-block}.yes{background:#1b7f4b}"
-      ".no{background:#c0392b}\nmeter{width:6rem}\n</style>\n</head>\n<body>\n<h1>Statement of accuracy</h1>\n<p "
+      ".no{background:#c0392b}\nmeter{width:6rem}\n:root{color-scheme:light dark}\n@media(prefers-color-scheme:dark){"
+      "body{background:#16191d;color:#d7dce2}td,th{border-color:#3a4149}}\n</style>\n</head>\n<body>\n<h1>Statement of "
+      "accuracy</h1>\n<p "
       "class=\"" +
       std::string(statement.Holds() ? "yes" : "no") + "\">" + verdict + "</p>\n<table>\n";
   for (const auto& [name, value] : statement.identity) page += "<tr>" + cell(name) + cell(value) + "</tr>\n";
