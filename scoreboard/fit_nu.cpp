@@ -18,51 +18,57 @@ void Print(const char* name, const CNuPoint& p) {
 void Print(const char* name, double value) {
   std::printf("%s %.17g\n", name, value);
 }
-
-template<class F>
-F Fitted(const CNuAssociation& association, ENuCriterion criterion, F feature) {
-  association.Fit(criterion, &feature).Require();
-  return feature;
+void Print(const CNuLine& line) {
+  Print("point", line.GetPoint());
+  Print("direction", line.GetDirection().To3DPoint());
+}
+void Print(const CNuPlane& plane) {
+  Print("point", plane.GetPoint());
+  Print("direction", plane.GetNormal().To3DPoint());
+}
+template<class Round>
+void Print(const Round& feature) {
+  Print("centre", feature.GetCentre());
+  Print("radius", feature.GetRadius());
+}
+void Print(const CNuCylSurf& cylinder) {
+  Print("axis_point", cylinder.GetAxisPoint());
+  Print("direction", cylinder.GetAxisDirection().To3DPoint());
+  Print("radius", cylinder.GetRadius());
+}
+void Print(const CNuConSurf& cone) {
+  Print("apex", cone.GetApex());
+  Print("direction", cone.GetAxisDirection().To3DPoint());
+  Print("semi_angle", cone.GetSemiAngle() * kDegree);
+}
+void Print(const CNuTorSurf& torus) {
+  Print("centre", torus.GetCentre());
+  Print("direction", torus.GetAxisDirection().To3DPoint());
+  Print("major_radius", torus.GetMajorRadius());
+  Print("minor_radius", torus.GetMinorRadius());
 }
 
-void Fit(const std::string& feature, ENuCriterion criterion, const CNuAssociation& association) {
-  if (feature == "line") {
-    const CNuLine line = Fitted(association, criterion, CNuLine());
-    Print("point", line.GetPoint());
-    Print("direction", line.GetDirection().To3DPoint());
-  } else if (feature == "plane") {
-    const CNuPlane plane = Fitted(association, criterion, CNuPlane());
-    Print("point", plane.GetPoint());
-    Print("direction", plane.GetNormal().To3DPoint());
-  } else if (feature == "circle") {
-    const CNuCircle circle = Fitted(association, criterion, CNuCircle(1.0));
-    Print("centre", circle.GetCentre());
-    Print("radius", circle.GetRadius());
-  } else if (feature == "sphere") {
-    const CNuSphSurf sphere = Fitted(association, criterion, CNuSphSurf(1.0));
-    Print("centre", sphere.GetCentre());
-    Print("radius", sphere.GetRadius());
-  } else if (feature == "cylinder") {
-    const CNuCylSurf cylinder = Fitted(association, criterion, CNuCylSurf(1.0));
-    double radius = 0.0;
-    CNuPoint point;
-    CNuVector direction;
-    cylinder.GetData(&radius, &point, &direction);
-    Print("axis_point", point);
-    Print("direction", direction.To3DPoint());
-    Print("radius", radius);
-  } else if (feature == "cone") {
-    const CNuConSurf cone = Fitted(association, criterion, CNuConSurf(45.0));
-    double angle = 0.0;
-    CNuPoint apex;
-    CNuVector direction;
-    cone.GetData(&angle, &apex, &direction);
-    Print("apex", apex);
-    Print("direction", direction.To3DPoint());
-    Print("semi_angle", angle * kDegree);
-  } else {
-    std::puts("none");
-  }
+// Criteria as in the file. The radius of a minimum zone is that of its middle, which the package does not ask for.
+template<class F>
+void Fit(const std::string& criterion, const CNuAssociation& association, F feature) {
+  const ENuCriterion by = criterion == "mc"   ? NuMinimumCircumscribed
+                          : criterion == "mz" ? NuMinimumZone
+                                              : NuLeastSquares;
+  const CNuAssociationReport report = association.Fit(by, &feature);
+  report.Require();
+  Print(feature);
+  if (by == NuMinimumZone) Print("zone", report.GetForm());
+}
+
+void Fit(const std::string& feature, const std::string& criterion, const CNuAssociation& association) {
+  if (feature == "line") return Fit(criterion, association, CNuLine());
+  if (feature == "plane") return Fit(criterion, association, CNuPlane());
+  if (feature == "circle") return Fit(criterion, association, CNuCircle(1.0));
+  if (feature == "sphere") return Fit(criterion, association, CNuSphSurf(1.0));
+  if (feature == "cylinder") return Fit(criterion, association, CNuCylSurf(1.0));
+  if (feature == "cone") return Fit(criterion, association, CNuConSurf(45.0));
+  if (feature == "torus") return Fit(criterion, association, CNuTorSurf(2.0, 1.0));
+  std::puts("none");
 }
 
 }  // namespace
@@ -78,9 +84,9 @@ int main() {
     points.Add({x, y, z});
   }
   try {
-    Fit(feature, criterion == "mc" ? NuMinimumCircumscribed : NuLeastSquares, CNuAssociation(points));
+    Fit(feature, criterion, CNuAssociation(points));
   } catch (const CNuException&) {
-    std::puts("none");
+    return 1;
   }
   return 0;
 }

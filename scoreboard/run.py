@@ -78,6 +78,8 @@ def error(case, result):
     size, worst = mpf(case["size"]), mpf(0)
     axis = truth.get("direction")
     for name, found in result.items():
+        if name not in truth:
+            continue
         if name == "direction":
             found = [x / length(found) for x in found]
             worst = max(worst, min(length(minus(found, axis)), length([x + y for x, y in zip(found, axis)])))

@@ -1,21 +1,25 @@
 #!/usr/bin/env python3
-"""Writes sets.json: hard sets for fits, with answers from 60-digit arithmetic (needs mpmath).
+"""Writes sets.json: hard sets for fits, with answers from 60-digit arithmetic (needs mpmath and scipy).
 
 Each set is made of a feature, a seed and what makes it hard. Its points are doubles. The least-squares answer is the
 optimum for exactly these doubles: Gauss-Newton on the orthogonal distances in 60 digits, from the feature that the
-points were made of, until its steps are below 1e-50. The circumscribed circle is found by trying all pairs and triples.
+points were made of, until its steps are below 1e-45. The circumscribed circle is found by trying all pairs and triples. A minimum zone is
+found by linear programs in doubles, which name the points that hold it, and then by Newton's method in 60 digits on the
+conditions of Karush, Kuhn and Tucker for these; the multipliers must be positive, all other points inside, and no
+sampled step may narrow the zone.
 """
 import json
 import math
 import random
-from itertools import combinations
+from itertools import chain, combinations
 from pathlib import Path
 
 import mpmath
 from mpmath import mp, mpf
+from scipy.optimize import linprog
 
 mp.dps = 60
-VERSION = "1.0"
+VERSION = "2.0"
 
 
 def dot(a, b):
@@ -130,6 +134,57 @@ class Cone(Cylinder):
                 "apex": [p - height * a for p, a in zip(foot, self.axis)]}
 
 
+class Torus(Cylinder):
+    """The point is the centre; the radius is that of the tube's centre line."""
+
+    size = 7
+
+    def __init__(self, point, axis, radius, minor):
+        super().__init__(point, axis, radius)
+        self.minor = minor
+
+    def moved(self, step):
+        point = [p + step[0] * a + step[1] * b + step[5] * c for p, a, b, c in zip(self.point, self.u, self.v, self.axis)]
+        axis = [d + step[2] * a + step[3] * b for d, a, b in zip(self.axis, self.u, self.v)]
+        return Torus(point, axis, self.radius + step[4], self.minor + step[6])
+
+    def tube(self, p):
+        """As `polar`, and the unit vector from the centre line of the tube, outwards and along the axis."""
+        x, y, r, t = self.polar(p)
+        s = mpmath.sqrt((r - self.radius) ** 2 + t * t)
+        return x, y, r, t, (r - self.radius) / s, t / s, s
+
+    def residuals(self, p):
+        return [self.tube(p)[-1] - self.minor]
+
+    def rows(self, p):
+        x, y, r, t, out, up, _ = self.tube(p)
+        turn = r * up - t * out
+        return [[-x * out, -y * out, x * turn, y * turn, -out, -up, mpf(-1)]]
+
+    def result(self, points):
+        return {"centre": self.point, "direction": self.axis, "major_radius": self.radius, "minor_radius": self.minor}
+
+
+class Tube(Cylinder):
+    """Of the least radius about a line: its distances, none of which has a sign."""
+
+    size = 4
+
+    def __init__(self, point, axis, radius=mpf(0)):
+        super().__init__(point, axis, mpf(0))
+
+    def moved(self, step):
+        line = Line(self.point, self.axis).moved(step)
+        return Tube(line.point, line.axis)
+
+    def rows(self, p):
+        return [row[:4] for row in Cylinder.rows(self, p)]
+
+    def result(self, points):
+        return Line.result(self, points)
+
+
 class Plane:
     size = 3
 
@@ -225,6 +280,80 @@ def circumscribed(points):
     return {"centre": best[1], "radius": mpmath.sqrt(best[0])}
 
 
+def worst(model, points):
+    return max(abs(r) for p in points for r in model.residuals(p))
+
+
+def holding(model, points):
+    """The model at the minimum zone, to the digits of doubles, and the residuals that hold it, with their signs."""
+    reach, trust, active = worst(model, points), 0.1, None
+    size = max(mpmath.sqrt(dot(p, p)) for p in points)
+    while trust > 1e-13:
+        residuals = [float(model.residuals(p)[0] / reach) for p in points]
+        rows = [[float(c) for c in model.rows(p)[0]] for p in points]
+        # A step is as long as the farthest move of the surface by it.
+        far = [max(abs(row[k]) for row in rows) for k in range(model.size)]
+        table = [[c * sign / f for c, f in zip(row, far)] + [-1.0] for sign in (1, -1) for row in rows]
+        limit = float(trust * size / reach)
+        found = linprog([0.0] * model.size + [1.0], table, [-sign * r for sign in (1, -1) for r in residuals],
+                        bounds=[(-limit, limit)] * model.size + [(0, None)])
+        step = [mpf(x) * reach / mpf(f) for x, f in zip(found.x, far)]
+        other = model.moved(step)
+        if worst(other, points) < reach:
+            model, reach = other, worst(other, points)
+            active = [(i % len(points), 1 if i < len(points) else -1)
+                      for i, m in enumerate(found.ineqlin.marginals) if m < -1e-9]
+        else:
+            trust /= 4
+    return model, active
+
+
+def minimum_zone(model, points):
+    mean = [sum(c) / len(points) for c in zip(*points)]
+    near = [minus(p, mean) for p in points]
+    for name in ("point", "centre"):
+        if hasattr(model, name):
+            setattr(model, name, minus(getattr(model, name), mean))
+    model, active = holding(model, near)
+    count, size = len(active), model.size
+    multipliers, reach = [mpf(1) / count] * count, worst(model, near)
+
+    def conditions(model, multipliers, reach):
+        rows = [[sign * c for c in model.rows(near[i])[0]] for i, sign in active]
+        return ([sign * model.residuals(near[i])[0] - reach for i, sign in active]
+                + [sum(m * row[k] for m, row in zip(multipliers, rows)) for k in range(size)] + [sum(multipliers) - 1])
+
+    unknowns, tiny = size + count + 1, mpf(10) ** -25
+    for _ in range(60):
+        here = conditions(model, multipliers, reach)
+
+        def at(step):
+            return model.moved(step[:size]), [m + s for m, s in zip(multipliers, step[size:-1])], reach + step[-1]
+
+        jacobian = mpmath.matrix(unknowns)
+        for j in range(unknowns):
+            there = conditions(*at([tiny * (k == j) for k in range(unknowns)]))
+            for i in range(unknowns):
+                jacobian[i, j] = (there[i] - here[i]) / tiny
+        step = list(mpmath.lu_solve(jacobian, -mpmath.matrix(here)))
+        model, multipliers, reach = at(step)
+        if max(abs(s) for s in step) < mpf(10) ** -45:
+            break
+    else:
+        raise ArithmeticError("no convergence")
+    rng = random.Random(1)
+    assert min(multipliers) > 0 and worst(model, near) - reach < mpf(10) ** -45
+    for _ in range(200):
+        scale = mpf(10) ** rng.uniform(-9, -2)
+        assert worst(model.moved([scale * rng.uniform(-1, 1) for _ in range(size)]), near) > reach
+    for name in ("point", "centre"):
+        if hasattr(model, name):
+            setattr(model, name, [a + b for a, b in zip(getattr(model, name), mean)])
+    result = model.result(points)
+    result.pop("radius", None)
+    return {**result, "zone": 2 * reach}
+
+
 def noise(rng, scale):
     return scale * rng.uniform(-1, 1)
 
@@ -315,6 +444,63 @@ def sets():
         yield (f"two clusters of {gap:g}", "clusters", "line", "ls", ends, Line(wide(zero), wide([1.0, 0.0, 0.0])))
 
 
+def tube_points(rng, n, centre, axis, major, minor, sweep, girth, scatter):
+    """Points of a torus: `sweep` around its axis and `girth` around its tube, about the outermost line."""
+    axis = [float(a) for a in unit([mpf(a) for a in axis])]
+    u, v = ([float(a) for a in b] for b in across([mpf(a) for a in axis]))
+    points = []
+    for _ in range(n):
+        t, g = rng.uniform(0, sweep), rng.uniform(-0.5, 0.5) * girth
+        r = minor + noise(rng, scatter)
+        out, up = major + r * math.cos(g), r * math.sin(g)
+        points.append([c + up * a + out * (math.cos(t) * b + math.sin(t) * d) for c, a, b, d in zip(centre, axis, u, v)])
+    return points
+
+
+def tori():
+    full, axis = 2 * math.pi, [0.3, -0.2, 1.0]
+    for name, kind, centre, sweep, girth, scatter in (
+            ("torus, whole", "torus", [5.0, 6.0, 7.0], full, full, 1e-3),
+            ("torus, 60 degrees of 120 degrees", "short arc", [5.0, 6.0, 7.0], full / 6, full / 3, 1e-6),
+            ("torus, 1e+06 from the origin", "far from the origin", [1e6, 1e6, -1e6], full, full / 2, 1e-3)):
+        points = tube_points(random.Random(9), 60, centre, axis, 20.0, 5.0, sweep, girth, scatter)
+        yield name, kind, "torus", "ls", points, Torus(wide(centre), wide(axis), mpf(20), mpf(5))
+
+
+def zones():
+    full, zero, axis = 2 * math.pi, [0.0, 0.0, 0.0], [1.0, 2.0, 3.0]
+    for far in (0.0, 1e6):
+        centre = [far, -far / 3, 0.0]
+        rng = random.Random(21)
+        where = f"{far:g} from the origin" if far else "at the origin"
+        kind = "far from the origin" if far else "minimum zone"
+        yield (f"circle, {where}", kind, "circle", "mz", arc(rng, 40, full, 25.0, centre, 1e-3),
+               Circle(wide(centre), mpf(25)))
+        centre = [far, far, -far]
+        ball = [[rng.gauss(0, 1) for _ in range(3)] for _ in range(40)]
+        ball = [[c + (10 + noise(rng, 1e-3)) * x / math.hypot(*d) for c, x in zip(centre, d)] for d in ball]
+        yield f"sphere, {where}", kind, "sphere", "mz", ball, Sphere(wide(centre), mpf(10))
+        shaft = around(rng, 40, axis, centre, lambda h: 8.0, 30.0, full * 7, 1e-3)
+        yield f"cylinder, {where}", kind, "cylinder", "mz", shaft, Cylinder(wide(centre), wide(axis), mpf(8))
+        line = [[c + t * a + noise(rng, 1e-3) for c, a in zip(centre, axis)] for t in range(-20, 20)]
+        yield f"line, {where}", kind, "line", "mz", line, Tube(wide(centre), wide(axis))
+        flat = [[centre[0] + rng.uniform(-9, 9), centre[1] + rng.uniform(-9, 9), centre[2] + noise(rng, 1e-3)]
+                for _ in range(40)]
+        yield f"plane, {where}", kind, "plane", "mz", flat, Plane(wide(centre), wide([0.0, 0.0, 1.0]))
+    for lobes in (2, 3, 9):
+        yield (f"circle with {lobes} lobes", "lobed", "circle", "mz",
+               arc(random.Random(lobes), 36, full, 25.0, zero, 1e-3, lobes), Circle(wide(zero), mpf(25)))
+    for degrees in (90, 10):
+        yield (f"circle, arc of {degrees} degrees", "short arc", "circle", "mz",
+               arc(random.Random(degrees), 40, math.radians(degrees), 25.0, zero, 1e-6), Circle(wide(zero), mpf(25)))
+
+
+def answer(criterion, start, points):
+    if criterion == "mc":
+        return circumscribed(points)
+    return minimum_zone(start, points) if criterion == "mz" else least_squares(start, points).result(points)
+
+
 def digits(value):
     if isinstance(value, list):
         return [digits(v) for v in value]
@@ -323,9 +509,9 @@ def digits(value):
 
 def main():
     package = {"version": VERSION, "unit": "any", "sets": []}
-    for name, kind, feature, criterion, points, start in sets():
+    for name, kind, feature, criterion, points, start in chain(sets(), tori(), zones()):
         exact = [wide(p) for p in points]
-        result = circumscribed(exact) if criterion == "mc" else least_squares(start, exact).result(exact)
+        result = answer(criterion, start, exact)
         mean = [math.fsum(c) / len(points) for c in zip(*points)]
         package["sets"].append({"name": name, "kind": kind, "feature": feature, "criterion": criterion,
                                 "size": max(math.dist(p, mean) for p in points), "points": points,
