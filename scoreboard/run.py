@@ -50,7 +50,7 @@ def fit(command, case):
     lines = [f"{case['feature']} {case['criterion']} {len(case['points'])}"]
     lines += [" ".join(map(repr, p)) for p in case["points"]]
     try:
-        run = subprocess.run(command, input="\n".join(lines) + "\n", capture_output=True, text=True, timeout=60)
+        run = subprocess.run(command, input="\n".join(lines) + "\n", capture_output=True, text=True, timeout=300)
     except subprocess.TimeoutExpired:
         return {}
     words = [line.split() for line in run.stdout.splitlines()]
