@@ -520,6 +520,18 @@ TEST(FailingAllocations, BoundedCurves) {
   }
   FailEveryAllocation("composite curve to polyline", [&] { chain.ToPolyline(1e-3); });
   FailEveryAllocation("crossings of a composite", [&] { chain.IsSelfIntersecting(); });
+  // Points and directions at the ends are stored when the normal, which needs memory, is known.
+  for (const CNuBoundedCurve* curve :
+       {static_cast<const CNuBoundedCurve*>(&line), static_cast<const CNuBoundedCurve*>(&chain)}) {
+    for (const auto ask : {&CNuBoundedCurve::GetStartData, &CNuBoundedCurve::GetEndData}) {
+      p = CNuPoint(-7, -7, -7);
+      CNuVector tangent(-7, -7, -7), normal(tangent);
+      FailEveryAllocation(
+          "data of an end", [&] { (curve->*ask)(&p, &tangent, &normal); },
+          [&] { return p.z() == -7 && tangent[2] == -7 && normal[2] == -7; });
+      EXPECT_NE(normal[2], -7);
+    }
+  }
   // Reading throws nothing: it returns this failure like any other.
   FailEveryAllocation("composite file", [] {
     CNuCompositeCurve read;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstring>
 #include <stdexcept>
@@ -122,6 +123,7 @@ TEST(ChebyshevExpression, Failures) {
   const std::string outside = "operation 40 data checking|CNuChebyshevPolynomialExpression::";
   const std::string cases[][2] = {
       {FailureOf([] { CNuChebyshevPolynomial(-1); }), "construction 2 degree|CNuChebyshevPolynomial [0,0]"},
+      {FailureOf([] { CNuChebyshevPolynomial(INT_MAX); }), "memory 301 |CNuPolynomial() [0,0]"},
       {FailureOf([] { Expression(-1); }), "construction 2 degree|CNuChebyshevPolynomialExpression [0,0]"},
       {FailureOf([&] { e.FitMinMax(1, 1, Cube); }), refused},
       {FailureOf([&] { e.FitMinMax(kNaN, 1, Cube); }), refused},

@@ -251,14 +251,16 @@ CNuVector CNuCompositeCurve::PlaneNormal() const {
 
 void CNuCompositeCurve::GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
   RequireSegments("CNuCompositeCurve::GetStartData()");
-  m_segments.front()->GetStartData(point, tangent, normal);
-  Output(normal, PlaneNormal());
+  const CNuVector upright = PlaneNormal();
+  m_segments.front()->GetStartData(point, tangent, nullptr);
+  Output(normal, upright);
 }
 
 void CNuCompositeCurve::GetEndData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
   RequireSegments("CNuCompositeCurve::GetEndData()");
-  m_segments.back()->GetEndData(point, tangent, normal);
-  Output(normal, PlaneNormal());
+  const CNuVector upright = PlaneNormal();
+  m_segments.back()->GetEndData(point, tangent, nullptr);
+  Output(normal, upright);
 }
 
 void CNuCompositeCurve::BoundingBox(CNuPoint* min, CNuPoint* max) const {

@@ -98,9 +98,10 @@ void CNuPolyline::GetData(int at, int step, CNuPoint* point, CNuVector* tangent,
     edge = static_cast<double>(step) * (At(points, i) - end);
   }
   const PieceChain chain = PiecesOf(*this);
+  const Vec3 upright = CarrierOf(chain, TolOf(chain)).normal;
   Output(point, points[at]);
   Output(tangent, ToVector(Unit(edge)));
-  Output(normal, ToVector(CarrierOf(chain, TolOf(chain)).normal));
+  Output(normal, ToVector(upright));
 }
 
 std::unique_ptr<CNuPolyline> CNuPolyline::CurveOf(const PieceChain& chain) {

@@ -30,7 +30,9 @@ constexpr const char* kFit = "CNuChebyshevPolynomialExpression::FitMinMax()";
 // Terms that are computed beyond the degree: they separate what is kept from what aliases onto it.
 constexpr int kMoreTerms = 10;
 
+// In n^2 steps. What no memory would hold fails before them.
 CNuPolynomial ChebyshevInPowers(int n) {
+  const CNuPolynomial room(n);
   CNuPolynomial next(1);
   next[1] = 1.0;
   CNuPolynomial current(0);
