@@ -1,16 +1,33 @@
-// Feeds a fuzz target with seeded inputs: driver COUNT. Inputs mix noise with the doubles that break things.
+// Feeds a fuzz target with inputs: driver COUNT [FOLDER]. First come the files of the folder, in which inputs are kept
+// that once failed, then COUNT seeded ones that mix noise with the doubles that break things.
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <limits>
 #include <random>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
+namespace {
+
+void FeedFiles(const char* folder) {
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    std::ifstream file(entry.path(), std::ios::binary);
+    const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+  }
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+  if (argc > 2) FeedFiles(argv[2]);
   const long count = argc > 1 ? std::strtol(argv[1], nullptr, 10) : 1000;
   using Limits = std::numeric_limits<double>;
   const double special[] = {0.0,

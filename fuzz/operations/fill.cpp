@@ -1,0 +1,220 @@
+// The first objects of a pool.
+
+#include <cmath>
+
+#include "operations/pool.h"
+#include "support/clouds.h"
+#include "support/fitted.h"
+
+namespace nu::fuzz {
+
+namespace {
+
+using namespace nu::test;
+
+template<class F>
+CNuPointArray Typical(Random& random, int n) {
+  return TypicalPoints<F>(random, n);
+}
+
+// Points of each feature, and of degenerate ones: a short arc, a cap, a sliver, a needle, a lattice.
+constexpr CNuPointArray (*kClouds[])(Random&, int n) = {
+    Typical<CNuLine>,
+    Typical<CNuPlane>,
+    Typical<CNuCircle>,
+    Typical<CNuSphSurf>,
+    Typical<CNuCylSurf>,
+    Typical<CNuConSurf>,
+    Typical<CNuTorSurf>,
+    Typical<CNuEllipse>,
+    Typical<CNuHyperbola>,
+    Typical<CNuParabola>,
+    Typical<CNuSineCurve>,
+    [](Random& random, int n) { return CircleCloud(random, n, 5.0, 0.01, 0.0); },
+    [](Random& random, int n) { return SphereCloud(random, n, 5.0, 0.1, 1e-9); },
+    [](Random& random, int n) { return CylinderCloud(random, n, 5.0, 1e-6, 10.0, 1e-12); },
+    [](Random& random, int n) { return ConeCloud(random, n, 1e-7, 5.0, 8.0, 360.0, 0.0); },
+    [](Random& random, int n) { return ConeCloud(random, n, 89.9999, 5.0, 8.0, 90.0, 0.0); },
+    [](Random& random, int n) { return TorusCloud(random, n, 1.0 + 1e-9, 1.0, 360.0, 360.0, 0.0); },
+    [](Random& random, int n) { return PlaneCloud(random, n, 1.0, 1e-12, 0.0); },
+    [](Random& random, int n) { return LineCloud(random, n, 1.0, 1e-15); },
+    [](Random& random, int n) {
+      CNuPointArray points(n);
+      for (int i = 0; i < n; ++i) points.Add(CNuPoint(random.Below(3), random.Below(3), random.Below(2)));
+      return points;
+    }};
+
+// A cloud that is moved, scaled, repeated and spoiled.
+CNuPointArray Cloud(Input& input) {
+  constexpr double kScales[] = {1.0, 1.0, 1.0, 1e-9, 1e9, 1e150, 1e-150, 1e300};
+  constexpr double kShifts[] = {0.0, 0.0, 100.0, 1e6, 1e12};
+  Random random(input.Byte());
+  const int n = input.Below(40);
+  CNuPointArray points = kClouds[input.Below(std::size(kClouds))](random, n);
+  const std::uint8_t how = input.Byte();
+  if ((how & 1) != 0) points = RandomMotion(random, kShifts[input.Below(std::size(kShifts))])(points);
+  const double scale = kScales[input.Below(std::size(kScales))];
+  for (int i = 0; i < points.GetSize(); ++i) {
+    points[i] = CNuPoint(scale * points[i].x(), scale * points[i].y(), scale * points[i].z());
+  }
+  if ((how & 2) != 0) points.Append(CNuPointArray(points));
+  if ((how & 12) == 12 && points.GetSize() > 0) points[random.Below(points.GetSize())].x() = input.Number();
+  return points;
+}
+
+// Two points, for what needs some.
+CNuPointArray Edge() {
+  CNuPointArray points(2);
+  points.Add(CNuPoint(0, 0, 0));
+  points.Add(CNuPoint(2, 1, 0));
+  return points;
+}
+
+CNuPointArray Corners(Input& input) {
+  CNuPointArray points(0);
+  for (int left = input.Below(10); left > 0; --left) {
+    const double x = input.Number(), y = input.Number();
+    points.Add(CNuPoint(x, y, input.Below(2) == 0 ? 0.0 : input.Number()));
+  }
+  return points;
+}
+
+template<class Array>
+Array Elements(Input& input) {
+  Array array(0);
+  for (int left = input.Below(8); left > 0; --left) {
+    if constexpr (std::is_same_v<Array, CNuIntArray>)
+      array.Add(input.Integer());
+    else
+      array.Add(input.Number());
+  }
+  return array;
+}
+
+template<class T>
+T Made(Input& input) {
+  if constexpr (std::is_same_v<T, CNuPointArray>) {
+    return input.Below(4) == 0 ? Corners(input) : Cloud(input);
+  } else if constexpr (std::is_same_v<T, CNuIntArray> || std::is_same_v<T, CNuDoubleArray>) {
+    return Elements<T>(input);
+  } else if constexpr (requires(T array) { array.SetExpandSize(1); }) {
+    return T(input.Below(4));
+  } else if constexpr (std::is_same_v<T, CNuPoint>) {
+    const double x = input.Number(), y = input.Number(), z = input.Number();
+    return T(x, y, z);
+  } else if constexpr (std::is_same_v<T, CNuVector>) {
+    T v(input.Below(4) == 0 ? 1 + input.Below(8) : 3);
+    for (int i = 0; i < v.GetSize(); ++i) v[i] = input.Number();
+    return v;
+  } else if constexpr (std::is_same_v<T, CNuMatrix>) {
+    const int rows = 1 + input.Below(6);
+    T m(rows, input.Below(3) != 0 ? rows : 1 + input.Below(6));
+    for (int i = 0; i < rows; ++i) {
+      for (int j = 0; j < m.GetColumnSize(); ++j) m.Element(i, j) = input.Number();
+    }
+    return m;
+  } else if constexpr (std::is_same_v<T, CNuComplexMatrix>) {
+    const CNuMatrix real = Made<CNuMatrix>(input);
+    return T(real, CNuMatrix(real).Transpose().GetRowSize() == real.GetRowSize() ? real.Transpose() : real);
+  } else if constexpr (std::is_same_v<T, CNuComplexVector>) {
+    return T(1 + input.Below(5));
+  } else if constexpr (std::is_same_v<T, CNuPolynomial>) {
+    T p(input.Below(8));
+    for (int i = 0; i <= p.GetDegree(); ++i) p[i] = input.Number();
+    return p;
+  } else if constexpr (std::is_same_v<T, CNuTriagPolynomial>) {
+    T p(input.Below(5));
+    for (int i = 0; i <= p.GetDegree(); ++i) p.Cos(i) = input.Number(), p.Sin(i) = input.Number();
+    return p;
+  } else if constexpr (std::is_same_v<T, CNuTriag>) {
+    const double a = input.Number(), b = input.Number();
+    return T(a, b, input.Number());
+  } else if constexpr (std::is_same_v<T, CNuChebyshevPolynomial> ||
+                       std::is_same_v<T, CNuChebyshevPolynomialExpression> || std::is_same_v<T, CNuLinearEquSys>) {
+    return T(input.Below(6));
+  } else if constexpr (std::is_same_v<T, CNuInterpolation> || std::is_same_v<T, CNuInterpolation2D>) {
+    CNuDoubleArray x(0);
+    double sum = 0.0;
+    for (int left = 2 + input.Below(6); left > 0; --left) x.Add(sum += 0.125 * (1 + input.Below(9)));
+    if constexpr (std::is_same_v<T, CNuInterpolation>) {
+      return T(x, x);
+    } else {
+      CNuMatrix z(x.GetSize(), x.GetSize());
+      for (int i = 0; i < x.GetSize(); ++i) z.Element(i, i) = input.Number();
+      return T(x, x, z);
+    }
+  } else if constexpr (std::is_same_v<T, CNuPCurve>) {
+    CNuObjArray found(4);
+    CNuCylSurf(1).IntersectWith(CNuCylSurf(2, CNuPoint(), CNuVector(1, 2, 3)), &found);
+    T curve(dynamic_cast<CNuPCurve&>(*found[0]));
+    for (int i = 0; i < found.GetSize(); ++i) delete found[i];
+    return curve;
+  } else if constexpr (std::is_same_v<T, CNuPolyline>) {
+    CNuPointArray corners = Edge();
+    corners.Append(Corners(input));
+    return T(corners);
+  } else if constexpr (std::is_same_v<T, CNuSimplifiedCurve>) {
+    CNuPointArray points = Edge();
+    points.Append(Cloud(input));
+    return T(points, 0.1);
+  } else if constexpr (std::is_same_v<T, CNuCircularArc>) {
+    return T(CNuPoint(), CNuPoint(2, 0, 0), CNuPoint(0, 2, 0), input.Below(2) == 0 ? NuTrue : NuFalse);
+  } else if constexpr (std::is_same_v<T, CNuCompositeCurve>) {
+    T chain;
+    chain.AddSegment(CNuLineSegment(CNuPoint(0, 0, 0), CNuPoint(3, 0, 0)), NuTrue);
+    if (input.Below(2) == 0) chain.AddSegment(CNuCircularArc({3, 1, 0}, {3, 0, 0}, {4, 1, 0}, NuTrue), NuTrue);
+    return chain;
+  } else if constexpr (std::is_same_v<T, CNuAssociation>) {
+    T association{nullptr, 0};
+    association.Add(Cloud(input));
+    association.SetDetails(input.Below(32));
+    return association;
+  } else if constexpr (std::is_same_v<T, CNuAssociationReport>) {
+    const CNuPointArray points = Cloud(input);
+    CNuAssociation association(points);
+    association.SetDetails(NuDetailAll);
+    CNuCylSurf cylinder(1);
+    CNuCircle circle(1);
+    const ENuCriterion criterion = input.Integer() % 2 == 0 ? NuMinimumZone : NuLeastSquares;
+    return input.Below(2) == 0 ? association.Fit(criterion, &cylinder) : association.Fit(criterion, &circle);
+  } else if constexpr (std::is_same_v<T, CNuSampledFit>) {
+    Random random(input.Byte());
+    const CNuPointArray points = TypicalPoints<CNuCircle>(random, 9);
+    const CNuAssociation association(points);
+    CNuCircle circle(1);
+    return association.MonteCarlo(association.Fit(NuLeastSquares, &circle), 1e-3, 3, 1);
+  } else if constexpr (std::is_same_v<T, CNuCertificate>) {
+    CNuIntArray indices(0);
+    CNuDoubleArray multipliers(0);
+    for (int i = 0; i < 4; ++i) indices.Add(i), multipliers.Add(0.25);
+    return T(NuMinimumZone, indices, indices, multipliers);
+  } else {
+    return Start<T>();
+  }
+}
+
+template<class T>
+void FillOne(Input& input, void* place) {
+  auto& object = *static_cast<std::unique_ptr<T>*>(place);
+  try {
+    object = std::make_unique<T>(Made<T>(input));
+  } catch (const CNuException&) {  // of odd numbers
+    Input none(nullptr, 0);
+    object = std::make_unique<T>(Made<T>(none));
+  }
+}
+
+template<class Tuple>
+struct Fillers;
+template<class... Types>
+struct Fillers<std::tuple<Types...>> {
+  static constexpr void (*kAll[])(Input& input, void* place) = {FillOne<Types>...};
+};
+
+}  // namespace
+
+void FillObject(Input& input, std::size_t classAt, void* place) {
+  Fillers<Classes>::kAll[classAt](input, place);
+}
+
+}  // namespace nu::fuzz

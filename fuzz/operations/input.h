@@ -1,0 +1,125 @@
+#ifndef NU_FUZZ_OPERATIONS_INPUT_H
+#define NU_FUZZ_OPERATIONS_INPUT_H
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <limits>
+
+namespace nu::fuzz {
+
+// The bytes of an input, read as choices and as numbers; zeros behind their end.
+class Input {
+ public:
+  Input(const std::uint8_t* data, std::size_t size) : m_next(data), m_end(data + size) {}
+
+  bool IsAtEnd() const { return m_next == m_end; }
+  std::uint8_t Byte() { return IsAtEnd() ? std::uint8_t{0} : *m_next++; }
+  int Below(int count) { return Byte() % count; }
+
+  // Half of all numbers are plain ones, so that most operations get somewhere; the others are from the table below,
+  // near the number before, or any bits.
+  double Number() {
+    const double x = AnyNumber();
+    return m_isCoarse && x != 0.0 && std::fabs(x) < kCoarse ? kCoarse : x;
+  }
+
+  // For operations whose work grows with a number or with the inverse of a tolerance, from then on.
+  void SetCoarse(bool isCoarse) { m_isCoarse = isCoarse; }
+
+  int Integer() {
+    const std::uint8_t choice = Byte();
+    if (m_isCoarse) return choice % 3;
+    return choice < 160 ? choice % 8 : kIntegers[choice % std::size(kIntegers)];
+  }
+
+ private:
+  double AnyNumber() {
+    const std::uint8_t choice = Byte();
+    if (choice < 128) return m_last = 0.125 * (choice - 48);
+    if (choice < 224) return m_last = kNumbers[choice % std::size(kNumbers)];
+    if (choice < 244) return m_last = Near(m_last, choice % 5);
+    std::uint8_t bits[sizeof m_last];
+    for (std::uint8_t& byte : bits) byte = Byte();
+    std::memcpy(&m_last, bits, sizeof m_last);
+    return m_last;
+  }
+  using Limits = std::numeric_limits<double>;
+  static constexpr double kNumbers[] = {0.0,
+                                        -0.0,
+                                        1.0,
+                                        -1.0,
+                                        2.0,
+                                        0.5,
+                                        3.0,
+                                        1.0 / 3,
+                                        90.0,
+                                        180.0,
+                                        270.0,
+                                        360.0,
+                                        -90.0,
+                                        90.000000001,
+                                        45.0,
+                                        30.0,
+                                        1e-9,
+                                        -1e-9,
+                                        1e-12,
+                                        1e-15,
+                                        1e-17,
+                                        1e9,
+                                        -1e9,
+                                        1e15,
+                                        1e16,
+                                        1e150,
+                                        1e-150,
+                                        1e-160,
+                                        1e300,
+                                        -1e300,
+                                        1e308,
+                                        -1.7e308,
+                                        1e-308,
+                                        5e-324,
+                                        -5e-324,
+                                        100.0,
+                                        1e6,
+                                        1e-4,
+                                        1.5708,
+                                        3.141592653589793,
+                                        2147483647.0,
+                                        Limits::max(),
+                                        Limits::min(),
+                                        Limits::epsilon(),
+                                        Limits::infinity(),
+                                        -Limits::infinity(),
+                                        Limits::quiet_NaN()};
+  static constexpr int kIntegers[] = {
+      -1, 8, 9, 10, 12, 16, 17, 31, 40, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()};
+
+  static constexpr double kCoarse = 1e-3;
+
+  static double Near(double x, int how) {
+    switch (how) {
+      case 0:
+        return x;
+      case 1:
+        return -x;
+      case 2:
+        return std::nextafter(x, Limits::infinity());
+      case 3:
+        return x * (1.0 + 1e-12);
+      default:
+        return x + 1e-9;
+    }
+  }
+
+  const std::uint8_t* m_next;
+  const std::uint8_t* m_end;
+  double m_last = 1.0;
+  bool m_isCoarse = false;
+};
+
+}  // namespace nu::fuzz
+
+#endif

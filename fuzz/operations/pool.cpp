@@ -1,0 +1,226 @@
+#include "operations/pool.h"
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <initializer_list>
+#include <iterator>
+#include <new>
+
+#include "support/failing_new.h"
+#include "support/scratch_file.h"
+
+namespace nu::fuzz {
+
+namespace {
+
+using namespace nu::test;
+
+// More memory than this no call has, so that sizes from the input end in the failure for lack of memory.
+constexpr std::size_t kMostBytes = std::size_t{1} << 26;
+
+bool IsOneOf(const char* name, std::initializer_list<const char*> beginnings) {
+  return std::any_of(beginnings.begin(), beginnings.end(), [name](const char* beginning) {
+    return std::strncmp(name, beginning, std::strlen(beginning)) == 0;
+  });
+}
+
+// These change their object step by step, as their contracts say.
+bool ChangesInPlace(const char* name) {
+  return IsOneOf(name, {"CNuMatrix::SVD", "CNuMatrix::LUD"});
+}
+
+// These clear their numbers first.
+bool ClearsNumbers(const char* name) {
+  return IsOneOf(name, {"CNuSphSurf::Fit(", "CNuCylSurf::Fit(", "CNuConSurf::Fit("});
+}
+
+// Matrices are kept from one call to the next.
+bool UsesCaches(const char* name) {
+  return std::strstr(name, "Eigen") != nullptr;
+}
+
+CNuPoint lastingObjects[3];
+
+bool IsLasting(const CNuObject* object) {
+  return object == nullptr || std::any_of(std::begin(lastingObjects), std::end(lastingObjects),
+                                          [object](const CNuPoint& lasting) { return &lasting == object; });
+}
+
+const std::string& ScratchName() {
+  static const std::string name = ScratchFile("operations_fuzz").string();
+  return name;
+}
+
+struct Tolerance {
+  double (*get)();
+  void (*set)(double);
+};
+constexpr Tolerance kTolerances[] = {{NuGetTol, NuSetTol},
+                                     {NuGetLarge, NuSetLarge},
+                                     {NuGetZero, NuSetZero},
+                                     {NuGetSqrtTol, NuSetSqrtTol},
+                                     {NuGetLengthTol, NuSetLengthTol},
+                                     {NuGetMinEdgeLength, NuSetMinEdgeLength},
+                                     {NuGetDegreeTol, NuSetDegreeTol},
+                                     {NuGetRadianTol, NuSetRadianTol},
+                                     {NuGetMinAngle, NuSetMinAngle}};
+
+// What the tolerances were before the first pool.
+double DefaultOf(std::size_t i) {
+  static const std::vector<double> defaults = [] {
+    std::vector<double> values;
+    for (const Tolerance& tolerance : kTolerances) values.push_back(tolerance.get());
+    return values;
+  }();
+  return defaults[i];
+}
+
+// The tolerances are those of the library for as long as this lives.
+class DefaultTolerances {
+ public:
+  DefaultTolerances() {
+    for (std::size_t i = 0; i < std::size(kTolerances); ++i) {
+      m_saved[i] = kTolerances[i].get();
+      kTolerances[i].set(DefaultOf(i));
+    }
+  }
+  ~DefaultTolerances() {
+    for (std::size_t i = 0; i < std::size(kTolerances); ++i) kTolerances[i].set(m_saved[i]);
+  }
+  DefaultTolerances(const DefaultTolerances&) = delete;
+
+ private:
+  double m_saved[std::size(kTolerances)];
+};
+
+}  // namespace
+
+Pool::Pool(Input& input) : m_input(input) {
+  DefaultOf(0);
+}
+
+Pool::~Pool() {
+  for (std::size_t i = 0; i < std::size(kTolerances); ++i) kTolerances[i].set(DefaultOf(i));
+}
+
+void Pool::Fill(std::size_t classAt, void* place) {
+  const DefaultTolerances defaults;
+  FillObject(m_input, classAt, place);
+}
+
+const char* Pool::FileName() const {
+  return ScratchName().c_str();
+}
+
+void Pool::Run(const Operation& operation) {
+  m_operation = &operation;
+  m_arguments.clear();
+  operation.run(*this);
+}
+
+CNuObject* Pool::Lasting() {
+  return IsNull() ? nullptr : &lastingObjects[m_input.Below(3)];
+}
+
+void Pool::Own(CNuObject* object) {
+  if (object == nullptr) return;
+  for (const auto& owned : m_owned) {
+    if (owned.get() == object) return;
+  }
+  m_owned.emplace_back(object);
+}
+
+Pool::Ending Pool::Problem(const char* what) {
+  m_problems.push_back(std::string(m_operation->name) + " " + what);
+  return Ending::kFailed;
+}
+
+void Pool::Snapshot(Bits& bits) const {
+  bits.clear();
+  // A status tells of failures, too.
+  const bool clears = ClearsNumbers(m_operation->name);
+  for (const Argument& argument : m_arguments) {
+    const bool isOpen = argument.put == PutAs<ENuStatus> || (clears && argument.put == PutAs<double>);
+    if (!isOpen) argument.put(bits, argument.object);
+  }
+}
+
+// Arrays of objects hold lasting objects and those that the pool owns already, and now new ones.
+void Pool::TakeNewObjects() {
+  for (const auto& array : std::get<Slots<CNuObjArray>>(m_objects)) {
+    if (array == nullptr) continue;
+    for (int i = 0; i < array->GetSize(); ++i) {
+      if (!IsLasting((*array)[i])) Own((*array)[i]);
+    }
+  }
+}
+
+Pool::Ending Pool::MakeOnce(void (*call)(const void* body), const void* body) {
+  try {
+    call(body);
+    return Ending::kDone;
+  } catch (const CNuMemoryException&) {
+    return Ending::kOutOfMemory;
+  } catch (const CNuBestfitException& failure) {
+    return failure.GetCause() == NuBestfitNumericalFailure ? Ending::kNumericalFailure : Ending::kFailed;
+  } catch (const CNuException&) {
+    return Ending::kFailed;
+  } catch (const std::bad_alloc&) {
+    return Ending::kOutOfMemory;
+  } catch (const std::exception& failure) {
+    return Problem(failure.what());
+  } catch (...) {
+    return Problem("throws what is no exception");
+  }
+}
+
+// What a failure must leave behind: the memory and the arguments as they were.
+void Pool::JudgeFailure(long kept, const char* changes) {
+  if (kept != 0 && !UsesCaches(m_operation->name)) Problem("keeps memory when it fails");
+  if (ChangesInPlace(m_operation->name)) return;
+  Snapshot(m_after);
+  if (m_before != m_after) Problem(changes);
+}
+
+// The first allocations fail one by one, of very many some. Fits of lines, planes and curves word it as a numerical
+// failure, as exceptions.h says.
+bool Pool::MakeWithFailures(void (*call)(const void* body), const void* body) {
+  constexpr long kEach = 40;
+  for (long k = 0;; k += 1 + (k > kEach ? k / 4 : 0)) {
+    Snapshot(m_before);
+    const long live = LiveAllocations();
+    FailAllocationsAbove(kMostBytes);
+    FailAllocation(k);
+    const Ending ending = MakeOnce(call, body);
+    const bool hasFailed = AllocationHasFailed();
+    FailAllocation(-1);
+    const long kept = LiveAllocations() - live;
+    FailAllocationsAbove(static_cast<std::size_t>(-1));
+    if (ending == Ending::kDone) TakeNewObjects();
+    if (!hasFailed) return ending == Ending::kDone;
+    if (ending == Ending::kDone) continue;  // it knows a way without that memory
+    if (ending == Ending::kFailed) Problem("fails for another reason when memory runs out");
+    JudgeFailure(kept, "changes an argument when memory runs out");
+  }
+}
+
+bool Pool::MakeCall(void (*call)(const void* body), const void* body) {
+  if (m_mode == CallMode::kEveryAllocation) return MakeWithFailures(call, body);
+  Snapshot(m_before);
+  const long live = LiveAllocations();
+  FailAllocationsAbove(kMostBytes);
+  FailAllocation(m_mode == CallMode::kOneFailure ? m_input.Byte() : -1);
+  const Ending ending = MakeOnce(call, body);
+  FailAllocation(-1);
+  const long kept = LiveAllocations() - live;
+  FailAllocationsAbove(static_cast<std::size_t>(-1));
+  if (ending == Ending::kDone) {
+    TakeNewObjects();
+    return true;
+  }
+  JudgeFailure(kept, "changes an argument when it fails");
+  return false;
+}
+
+}  // namespace nu::fuzz
