@@ -75,9 +75,11 @@ int CNuGeometry::NumberDistinctPoints(const CNuPointArray& points, int n, double
 }
 
 CNuPointArray CNuGeometry::Projection2D(const CNuPointArray& points, CNuVector& normal) {
-  CNuVector x, y;
-  normal.OrthonormalXY(&x, &y);
-  return Projection2D(points, CNuPoint(), x, y);
+  CNuVector unit(normal), x, y;
+  unit.OrthonormalXY(&x, &y);
+  CNuPointArray projected = Projection2D(points, CNuPoint(), x, y);
+  normal = unit;
+  return projected;
 }
 
 CNuPointArray CNuGeometry::Projection2D(const CNuPointArray& points, const CNuPoint& origin, const CNuVector& xaxis,
