@@ -178,8 +178,8 @@ Pool::Ending Pool::MakeOnce(void (*call)(const void* body), const void* body) {
 // What a failure must leave behind: the memory and the arguments as they were.
 void Pool::JudgeFailure(long kept, const char* changes) {
   if (std::strstr(m_operation->name, "&&") != nullptr) return;  // what is moved from holds anything
-  if (kept != 0 && !UsesCaches(m_operation->name)) Problem("keeps memory when it fails");
   if (ChangesInPlace(m_operation->name)) return;
+  if (kept != 0 && !UsesCaches(m_operation->name)) Problem("keeps memory when it fails");
   Snapshot(m_after);
   if (m_before != m_after) Problem(changes);
 }
