@@ -4,6 +4,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "nu/nu.h"
@@ -108,6 +109,23 @@ TEST(Polyline, RefusesWhatHasNoMeaning) {
     EXPECT_NE(FailureOf([&] { CNuCircle(1).ToPointArray(n); }).find("operation 12 conversion"), std::string::npos);
     EXPECT_NE(FailureOf([&] { CNuEllipse(2, 1).ToPointArray(n); }).find("operation 12 conversion"), std::string::npos);
   }
+}
+
+// It has no points then, which no other polyline lacks.
+TEST(Polyline, FailsWhenItWasMovedFrom) {
+  CNuPointArray corners(2);
+  for (const int x : {0, 3}) corners.Add(CNuPoint(x, 0, 0));
+  CNuPolyline line(corners);
+  const CNuPolyline other(std::move(line));
+  CNuPoint p;
+  const std::string empty = "operation 8 element operator[]|CNuPointArray [0,0]";
+  EXPECT_EQ(FailureOf([&] { line.GetStartData(&p, nullptr, nullptr); }), empty);
+  EXPECT_EQ(FailureOf([&] { line.GetEndData(&p, nullptr, nullptr); }), empty);
+  EXPECT_EQ(FailureOf([&] { line.Centroid(); }), empty);
+  EXPECT_EQ(FailureOf([&] { line.Area(); }), empty);
+  EXPECT_EQ(FailureOf([&] { line.DistanceTo(&other, &p, &p); }), empty);
+  EXPECT_EQ(FailureOf([&] { other.DistanceTo(&line, &p, &p); }), empty);
+  EXPECT_EQ(line.Length(), 0.0);
 }
 
 TEST(Polyline, OffsetsWithSharpCorners) {

@@ -26,7 +26,7 @@ namespace {
 constexpr const char* kOffset = "CNuPolyline::Offset()";
 
 Vec3 At(const CNuPointArray& points, int i) {
-  return Components(points.GetData()[i]);
+  return Components(points[i]);  // fails for what was moved from
 }
 
 double TolOf(const PieceChain& chain) {
