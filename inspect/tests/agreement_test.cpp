@@ -20,7 +20,9 @@ namespace {
 
 using nu::test::Json;
 
-const std::string kParts = std::string(NU_DATA_DIR) + "/parts/";
+// With the drive where there are drives: a plan takes paths from the drive that it is on itself.
+const std::string kData = std::filesystem::absolute(NU_DATA_DIR).generic_string();
+const std::string kParts = kData + "/parts/";
 constexpr long kSteps = 1000;
 constexpr double kTolerance = 1e-9;  // of the minimax fits
 // Both ways lead to one optimum, each as far as its iteration goes; of least squares that is closer.
@@ -507,9 +509,9 @@ TEST(Agreement, MeasuredPointsGiveThePublishedEllipse) {
                                    0.0797537982976416};
   constexpr double kDeviationOfCentre[] = {0.1113840353364371, 0.1097673310686467};
   constexpr double kWhereTheirIterationEnds = 2e-6;
-  const Json report = ReportOf(std::string("[[feature]]\nname = 'ball'\ntype = 'ellipse'\npoints = '") + NU_DATA_DIR +
-                                   "/measured/prosthesis.csv'\n",
-                               "nu-inspect-measured.toml");
+  const Json report = ReportOf(
+      std::string("[[feature]]\nname = 'ball'\ntype = 'ellipse'\npoints = '") + kData + "/measured/prosthesis.csv'\n",
+      "nu-inspect-measured.toml");
   const Json& result = report["parts"][0]["features"][0]["result"];
   ASSERT_FALSE(result.Has("error")) << result["error"].Text();
   const Json& parameters = result["parameters"];
