@@ -4,6 +4,6 @@
 #include <cstdint>
 
 // What nu_bits prints. A change that is meant to change results renews it; any other change that does is a defect.
-inline constexpr std::uint64_t kExpectedBits = 0xa0dc6d602a94db6f;
+inline constexpr std::uint64_t kExpectedBits = 0x1e8040d1a5a3c2a9;
 
 #endif

@@ -121,10 +121,13 @@ std::string JsonText(const Statement& statement) {
 std::string HtmlText(const Statement& statement) {
   const auto cell = [](const std::string& text) { return "<td>" + Escaped(text, true) + "</td>"; };
   const std::string verdict = statement.Holds() ? "All checks hold" : "There are checks that fail";
+  // A phone scrolls the tables, and the page stays where it is.
+  const std::string table = "<div class=\"wide\" tabindex=\"0\">\n<table>\n", end = "</table>\n</div>\n";
   std::string page =
-      "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>Statement of accuracy</title>\n"
+      "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<meta name=\"viewport\" "
+      "content=\"width=device-width\">\n<title>Statement of accuracy</title>\n"
       "<style>\nbody{font:15px/1.45 system-ui,sans-serif;margin:2rem auto;max-width:70rem;padding:0 "
-      "1rem;color:#22272e}\n"
+      "1rem;color:#22272e}\n.wide{overflow-x:auto}\n"
       "table{border-collapse:collapse;margin:.6rem 0;font-size:13px}th,td{text-align:left;padding:.2rem .7rem;"
       "border-bottom:1px solid #dde1e6}\ntd.n{text-align:right;font-variant-numeric:tabular-nums}\n"
       ".yes,.no{color:#fff;padding:.3rem .8rem;border-radius:.3rem;display:inline-block}.yes{background:#1b7f4b}"
@@ -132,9 +135,9 @@ std::string HtmlText(const Statement& statement) {
       "body{background:#16191d;color:#d7dce2}td,th{border-color:#3a4149}}\n</style>\n</head>\n<body>\n<h1>Statement of "
       "accuracy</h1>\n<p "
       "class=\"" +
-      std::string(statement.Holds() ? "yes" : "no") + "\">" + verdict + "</p>\n<table>\n";
+      std::string(statement.Holds() ? "yes" : "no") + "\">" + verdict + "</p>\n" + table;
   for (const auto& [name, value] : statement.identity) page += "<tr>" + cell(name) + cell(value) + "</tr>\n";
-  page += "<tr>" + cell("part") + cell(PartText(statement.part)) + "</tr>\n</table>\n";
+  page += "<tr>" + cell("part") + cell(PartText(statement.part)) + "</tr>\n" + end;
   page +=
       "<p>Errors are lengths in micrometres, those of angles at half of the size. Each row shows the case whose "
       "error is largest against its bound.</p>\n";
@@ -142,9 +145,9 @@ std::string HtmlText(const Statement& statement) {
     page += "<h2>" + Escaped(section.Title(), true) + "</h2>\n<p>" + Escaped(section.Note(), true) + " <b>" +
             Escaped(Verdict(section), true) + ".</b></p>\n";
     if (!section.Rows().empty()) {
-      page +=
-          "<table>\n<tr><th>feature</th><th>criterion</th><th>quantity</th><th>cases</th><th>worst [um]</th>"
-          "<th>bound [um]</th><th>used</th><th>worst case</th></tr>\n";
+      page += table +
+              "<tr><th>feature</th><th>criterion</th><th>quantity</th><th>cases</th><th>worst [um]</th>"
+              "<th>bound [um]</th><th>used</th><th>worst case</th></tr>\n";
     }
     for (const Row& row : section.Rows()) {
       const auto number = [](const std::string& text) { return "<td class=\"n\">" + text + "</td>"; };
@@ -153,7 +156,7 @@ std::string HtmlText(const Statement& statement) {
               "<td><meter max=\"1\" value=\"" + Number(std::fmin(row.ratio, 1.0)) + "\"></meter> " +
               Number(100.0 * row.ratio, "%.0f") + " %</td>" + cell(row.worst) + "</tr>\n";
     }
-    if (!section.Rows().empty()) page += "</table>\n";
+    if (!section.Rows().empty()) page += end;
     for (const std::string& problem : section.Problems())
       page += "<p class=\"no\">" + Escaped(problem, true) + "</p>\n";
   }

@@ -16,7 +16,6 @@ from pathlib import Path
 
 import mpmath
 from mpmath import mp, mpf
-from scipy.optimize import linprog
 
 mp.dps = 60
 VERSION = "2.0"
@@ -286,6 +285,8 @@ def worst(model, points):
 
 def holding(model, points):
     """The model at the minimum zone, to the digits of doubles, and the residuals that hold it, with their signs."""
+    from scipy.optimize import linprog  # least squares do without it
+
     reach, trust, active = worst(model, points), 0.1, None
     size = max(mpmath.sqrt(dot(p, p)) for p in points)
     while trust > 1e-13:
