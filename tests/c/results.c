@@ -150,6 +150,52 @@ static void Options(const nu_feature* cylinder) {
   nu_association_free(association);
 }
 
+/* Two parts of weighted points of a known radius, of which one comes as bytes, and the zone of their candidates. */
+static void Parts(const nu_feature* cylinder) {
+  enum { kRounds = 6, kBytes = 16384 };
+  static uint8_t bytes[kBytes];
+  double xyz[kStride * kPoints], weights[kPoints], length = 0.0, value = 0.0;
+  const double middle[] = {100.0, -50.0, 20.0}, radius = 5.0;
+  nu_feature feature = *cylinder;
+  nu_candidates* candidates = NULL;
+  nu_part_sums sums = {0};
+  int32_t i, k, status, round, count = 0;
+  MakeCloud(NU_KIND_CYLINDER, xyz);
+  for (i = 0; i < kPoints; ++i) weights[i] = 1.0 + i % 3;
+  nu_candidates_create(&candidates);
+  for (round = 0; round < kRounds; ++round) {
+    nu_part* all = NULL;
+    nu_part_create(NULL, NULL, NULL, &all);
+    for (k = 0; k < 2; ++k) {
+      nu_association* half = NULL;
+      nu_part *part = NULL, *read = NULL;
+      nu_association_create(xyz + k * kStride * (kPoints / 2), kPoints / 2, kStride, &half);
+      nu_association_set_weights(half, weights + k * (kPoints / 2), kPoints / 2);
+      nu_association_fix(half, NU_PARAMETER_RADIUS, &radius);
+      nu_part_create(half, &feature, middle, &part);
+      nu_part_write(part, bytes, kBytes, &count);
+      nu_part_read(bytes, count, &read);
+      nu_part_join(all, k == 0 ? part : read);
+      nu_part_free(read);
+      nu_part_free(part);
+      nu_association_free(half);
+    }
+    nu_part_get(all, &sums);
+    Add(sums.sum_squares);
+    AddAll(&sums.rms, 3);
+    nu_candidates_add(candidates, all);
+    nu_part_step(all, &feature, &length);
+    Add(length);
+    AddFeature(&feature);
+    nu_part_free(all);
+  }
+  status = nu_candidates_fit(candidates, NU_CRITERION_MINIMUM_ZONE, &feature, &value);
+  Add(value);
+  AddFeature(&feature);
+  Line("parts", (int)sums.points, count, status);
+  nu_candidates_free(candidates);
+}
+
 /* What a point has to do with a feature, and where a motion takes the feature. */
 static void Place(const nu_feature* feature) {
   const double axis[3] = {1.0, 2.0, 3.0};
@@ -289,6 +335,7 @@ int main(int argc, char** argv) {
   Line(nu_version_text(), 0, 0, 0);
   AllFits(fitted);
   Options(&fitted[6]);
+  Parts(&fitted[6]);
   Relations(fitted);
   Roots();
   Curves(argc > 1 ? argv[1] : "curve-\xc2\xb5\xe2\x82\xac.bin");

@@ -198,6 +198,38 @@ void Options(const CNuCylSurf& cylinder) {
   AddReport(proof);
 }
 
+void Parts(const CNuCylSurf& cylinder) {
+  double xyz[kStride * kPoints];
+  MakeCloud(CNuObject::NuTypeCylSurf, xyz);
+  CNuCylSurf feature = cylinder;
+  CNuAssociationCandidates candidates;
+  CNuAssociationPart all;
+  int bytes = 0;
+  for (int round = 0; round < 6; ++round) {
+    all = CNuAssociationPart();
+    for (int k = 0; k < 2; ++k) {
+      constexpr int kHalf = kPoints / 2;
+      CNuAssociation half(xyz + k * kStride * kHalf, kHalf, kStride);
+      CNuDoubleArray weights(kHalf);
+      for (int i = 0; i < kHalf; ++i) weights.Add(1.0 + (k * kHalf + i) % 3);
+      half.SetWeights(weights);
+      half.FixRadius(5.0);
+      const CNuAssociationPart part(half, feature, CNuPoint(100.0, -50.0, 20.0));
+      bytes = part.GetNumberBytes();
+      all.Join(part);
+    }
+    for (const double sum :
+         {all.GetSumSquares(), all.GetRootMeanSquare(), all.GetLargestDeviation(), all.GetSmallestDeviation()})
+      Add(sum);
+    candidates.Add(all);
+    Add(all.Step(&feature));
+    Feature(feature);
+  }
+  Add(candidates.Fit(NuMinimumZone, &feature));
+  Feature(feature);
+  Line("parts", static_cast<int>(all.GetNumberPoints()), bytes, 0);
+}
+
 const CNuPoint kPlace(95.0, -47.0, 22.0);
 
 template<class Class>
@@ -303,6 +335,7 @@ void Fits() {
   const CNuSphSurf sphere = AllFits(CNuSphSurf(1.0));
   const CNuTorSurf torus = AllFits(CNuTorSurf(2.0, 1.0));
   Options(cylinder);
+  Parts(cylinder);
 
   Place(line), Place(plane), Place(circle), Place(ellipse), Place(hyperbola);
   Place(parabola), Place(cylinder), Place(cone), Place(sphere), Place(torus);

@@ -60,6 +60,15 @@ void AddShared(const Shared& shared, Bits& bits) {
   bits.Add(shared.polyline.DistanceTo(CNuPoint(1.0, 2.0, 3.0)));
   bits.Add(shared.table.Spline(1.0));
   bits.Add(shared.clouds.space.MinEdge(nullptr, nullptr));
+  const CNuComplexVector complex(CNuVector(1.0, 2.0, 3.0), CNuVector(3.0, 1.0, 2.0));
+  bits.Add(CNuComplexPolar(complex.Magnitude(), 0.5).Power(3).Modulus());
+  CNuChebyshevPolynomialExpression expression(12);
+  expression.FitMinMax(0.0, 1.0, [](double x) { return 1.0 / (1.0 + x); });
+  bits.Add(expression.ValueAt(0.3));
+  CNuCylSurf cylinder(24.0, CNuPoint(400.0, -80.0, 0.0), CNuVector(0.0, 0.0, 1.0));
+  CNuAssociationCandidates candidates;
+  candidates.Add(CNuAssociationPart(shared.clouds.shaft, cylinder, CNuPoint(400.0, -80.0, 0.0)));
+  bits.AddOutcome([&] { bits.Add(candidates.Fit(NuMinimumCircumscribed, &cylinder)); });
 }
 
 // By the interface for C. The message of the last failure is the thread's own, although all have failed meanwhile.

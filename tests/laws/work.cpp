@@ -31,12 +31,36 @@ std::vector<Operation> Operations() {
                      Fitted f;
                      fit.run(points, 1e-9, 1000, f);
                    }});
+    if (fit.associate == nullptr) continue;
+    all.push_back({"association, " + fit.Name(), [&fit](const CNuPointArray& points) {
+                     Fitted f;
+                     CNuAssociation association(points);
+                     association.SetDetails(NuDetailAll);
+                     fit.associate(association, 1e-9, 1000, f);
+                   }});
   }
   int i = 0, j = 0;
   all.push_back({"MaxEdge", [=](const CNuPointArray& points) mutable { points.MaxEdge(&i, &j); }});
   all.push_back({"MinEdge", [=](const CNuPointArray& points) mutable { points.MinEdge(&i, &j); }});
   all.push_back({"RemoveDuplicate", [](const CNuPointArray& points) { CNuPointArray(points).RemoveDuplicate(1e-9); }});
   all.push_back({"IsEqual", [](const CNuPointArray& points) { points.IsEqual(points, 1e-9); }});
+  all.push_back({"BoundingSphere", [](const CNuPointArray& points) {
+                   double radius = 0.0;
+                   CNuPoint centre;
+                   points.BoundingSphere(&radius, &centre);
+                 }});
+  all.push_back({"IsNoncollinear", [](const CNuPointArray& points) {
+                   CNuIntArray corners(0);
+                   points.IsNoncollinear(&corners, 1e-9);
+                 }});
+  all.push_back({"IsNoncoplanar", [](const CNuPointArray& points) {
+                   CNuIntArray corners(0);
+                   points.IsNoncoplanar(&corners, 1e-9);
+                 }});
+  all.push_back({"NumberDistinctPoints", [](const CNuPointArray& points) {
+                   CNuGeometry::NumberDistinctPoints(points, points.GetSize(), 1e-9);
+                 }});
+  all.push_back({"AreCoplanar", [](const CNuPointArray& points) { CNuGeometry::AreCoplanar(points, 1e-9); }});
   all.push_back({"ConvexHull", [](const CNuPointArray& points) {
                    CNuIntArray hull(0);
                    Flat(points).ConvexHull(&hull);

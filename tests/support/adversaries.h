@@ -51,6 +51,10 @@ inline std::vector<NamedPoints> Adversaries(int n) {
                       const CNuPoint p = RandomPoint(random, 1.0);
                       return CNuPoint(p.x() * far, p.y() * far, p.z());
                     }));
+  sets.emplace_back("ellipse", Made(n, [&](int i) {
+                      const double t = 360.0 * kDegree * i / n;
+                      return CNuPoint(10.0 * std::cos(t), 0.1 * std::sin(t), 0.0);
+                    }));
   return sets;
 }
 

@@ -230,7 +230,23 @@ inline const AnyFit kAllFits[] = {
     FitBy<CNuConSurf, kZone>("CNuConSurf"),
 };
 
+// The class has no such fit of its own.
+inline void RunTorus(const CNuPointArray& points, double, long limit, Fitted& f) {
+  f = {};
+  CNuTorSurf torus = Start<CNuTorSurf>();
+  CNuAssociation association(points);
+  association.SetMaxSteps(limit);
+  const CNuAssociationReport report = association.Fit(NuLeastSquares, &torus);
+  report.Require();
+  Read(torus, f);
+  f.form = report.GetForm();
+  f.sumsq = report.GetSumSquares();
+}
+inline const AnyFit kTorusFit{
+    "CNuTorSurf", kLeastSquares, TypicalPoints<CNuTorSurf>, RunTorus, nullptr, nullptr, true, {}};
+
 inline const AnyFit& TheFit(const std::string& className, Criterion by = kLeastSquares) {
+  if (kTorusFit.Is(className, by)) return kTorusFit;
   for (const AnyFit& fit : kAllFits)
     if (fit.Is(className, by)) return fit;
   throw className;

@@ -95,7 +95,14 @@ class Comparison {
     m_d = 2.0 * kEps * reach;
   }
 
-  // Line, plane, circle, sphere, cylinder or cone.
+  void Fit(const Fitted& f) const {
+    const Json& result = m_set["result"];
+    if (result.Has("frequency")) return Wave(f);
+    result.Has("a") || result.Has("vertex") ? Conic(f) : Feature(f);
+  }
+
+ private:
+  // Line, plane, circle, sphere, cylinder, cone or torus.
   void Feature(const Fitted& f) const {
     const Json& result = m_set["result"];
     const bool round = result.Has("centre");
@@ -105,6 +112,8 @@ class Comparison {
     for (const auto& [key, radius] :
          {std::pair("radius", f.radius), {"inner_radius", f.inner.radius}, {"outer_radius", f.outer.radius}})
       if (result.Has(key)) Scalar("radius", radius, WideNumber(result[key]) * m_placement.factor, radius);
+    for (const auto& [key, radius] : {std::pair("major_radius", f.radius), {"minor_radius", f.minor}})
+      if (result.Has(key)) Scalar(key, radius, WideNumber(result[key]) * m_placement.factor, radius);
     if (conical) {
       const double difference = std::fabs(f.angle - result["semi_angle_deg"].Number());
       Turn("semi_angle_rad", difference * kDegree, Sensitivity("semi_angle_rad"));
@@ -112,8 +121,17 @@ class Comparison {
     }
     for (const char* key : {"direction", "axis_direction", "normal"}) {
       if (!result.Has(key)) continue;
-      Direction(key, f.axis, cylindrical, round ? FullTurn(std::min(1.0, Sensitivity("centre"))) : Sensitivity(key));
+      const bool ofCurve = round && !result.Has("major_radius");
+      Direction(key, f.axis, cylindrical, ofCurve ? FullTurn(std::min(1.0, Sensitivity("centre"))) : Sensitivity(key));
     }
+    Form(f.form, f.sumsq);
+  }
+
+  // Sine or cosine curve, where the set lies.
+  void Wave(const Fitted& f) const {
+    for (const auto& [key, value] :
+         {std::pair("amplitude", f.radius), {"frequency", f.axis[0]}, {"phase", f.axis[1]}, {"offset", f.minor}})
+      Scalar(key, value, WideNumber(m_set["result"][key]), std::fabs(value));
     Form(f.form, f.sumsq);
   }
 
@@ -134,7 +152,6 @@ class Comparison {
     Form(f.form, f.sumsq);
   }
 
- private:
   // Sets with a closed form state none.
   double Sensitivity(const char* what) const {
     return m_set.Has("sensitivity") ? m_set["sensitivity"][what].Number() : 1.0;

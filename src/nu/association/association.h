@@ -58,7 +58,8 @@ class NU_EXPORT CNuAssociation {
   // The number of points as they are now, after additions and removals.
   int GetNumberPoints() const;
 
-  // More or fewer points. The first change takes a copy of the points, and the caller's are needed no longer. Weights
+  // More or fewer points. The first change takes a copy of the points, and the caller's are needed no longer. Additions
+  // take time in proportion to the points that are added, a removal in proportion to all points. Weights
   // of points that stay are kept; those of new points are 1, or those of the other association. Merging takes over the
   // points of the other association and nothing else: parts of a cloud that were fitted apart, on several threads, are
   // fitted together from then on, and Refit leads from the optimum of a part to that of the whole.
@@ -74,7 +75,8 @@ class NU_EXPORT CNuAssociation {
   void Merge(const CNuAssociation& other);
 
   // One weight per point, of its squared deviation: n times the weight is the same as the point n times, and a weight
-  // of 0 leaves the point out. Least squares only. Fails with CNuOperationException ("association", the operation):
+  // of 0 leaves the point out, on whichever side it lies. Least squares only. Fails with CNuOperationException
+  // ("association", the operation):
   //   5  their number is not that of the points     1  one is negative or not finite, or none is positive
   void SetWeights(const CNuDoubleArray& weights);
   // All weights are 1 again.
@@ -172,10 +174,12 @@ class NU_EXPORT CNuAssociation {
   CNuAssociationReport ProveGlobally(ENuCriterion criterion, CNuConSurf* feature, long budget) const;
   CNuAssociationReport ProveGlobally(ENuCriterion criterion, CNuTorSurf* feature, long budget) const;
 
-  // What each contact of a minimax fit of this association is worth: by how much the zone or the radius changes without
-  // the point, in the order of report.GetContactPoints(). NaN where no feature is determined without it.
+  // What each contact of a fit of this association is worth: by how much the width of the zone or the radius changes
+  // without the point, of least squares with a side of material the sum of squares, in the order of
+  // report.GetContactPoints(). The zone of a feature of a fixed size is its largest deviation, without a side twice
+  // that. NaN where no feature is determined without the point.
   // Fails with CNuOperationException:
-  //   49  ("report")  the report holds no contacts     45  ("report")  it is of another criterion
+  //   49  ("report")  the report holds no contacts     45  ("report")  it is of least squares without a side
   //   5  ("association", "Sensitivity")  it is of another number of points
   CNuDoubleArray Sensitivity(const CNuAssociationReport& report) const;
 

@@ -42,19 +42,6 @@ Sums SumsOf(PointView points, const AssociationOptions& options, const CNuGeomet
   });
 }
 
-// What the parts have fixed, of a feature of the same kind.
-Feature HeldAs(const PartRequest& request, Feature feature) {
-  constexpr UnknownMask shifts = 1U << kShiftX | 1U << kShiftY | 1U << kShiftZ;
-  constexpr UnknownMask tilts = 1U << kTiltX | 1U << kTiltY;
-  const UnknownMask fixed = ~request.free;
-  if ((fixed & tilts) != 0)
-    feature.frame = {feature.frame.origin, request.feature.frame.x, request.feature.frame.y, request.feature.frame.z};
-  if ((fixed & shifts) != 0) feature.frame.origin = request.feature.frame.origin;
-  for (const int k : {0, 1})
-    if ((fixed >> (kSize0 + k) & 1U) != 0) feature.size[k] = request.feature.size[k];
-  return feature;
-}
-
 bool IsSame(const Vec3& a, const Vec3& b) {
   return a.x == b.x && a.y == b.y && a.z == b.z;
 }
@@ -175,7 +162,7 @@ double CNuAssociationCandidates::Fit(ENuCriterion criterion, CNuGeometry* featur
   const bool isTorus = any->feature.kind == FeatureKind::torus;
   const bool isOther = fixed != 0 && parts.feature.kind != any->feature.kind;
   if (isOther || (isTorus && (fixed >> kSize1 & 1U) != 0)) FailOperation(NuOperationUnsupported, kWhat, kFit);
-  Feature start = HeldAs(parts, any->feature);
+  Feature start = HeldAs(parts.feature, fixed, any->feature);
   if (isTorus) start.kind = FeatureKind::circleInSpace;
   FittedFeature found = WithMemory(kFit, [&] {
     return m_candidates->Fit(ToEngine(criterion), {start, parts.free, 0.0});

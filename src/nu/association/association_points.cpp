@@ -11,7 +11,8 @@
 #include "nu/geometry/internal/conversions.h"
 #include "nu/geometry/internal/point_set.h"
 
-// Points that come and go. Everything is built beside the present points and exchanged last.
+// Points that come and go. All memory is had before anything changes. Many small additions take time in proportion to
+// the points added, one removal in proportion to all points.
 
 using namespace nu::internal;
 
@@ -20,7 +21,6 @@ namespace {
 constexpr const char* kWhat = "association";
 
 void Append(PointView points, std::vector<double>* to) {
-  to->reserve(to->size() + 3 * points.Size());
   for (std::size_t i = 0; i < points.Size(); ++i)
     for (int k = 0; k < 3; ++k) to->push_back(points[i][k]);
 }
@@ -33,39 +33,45 @@ void Append(const std::vector<double>& weights, std::size_t count, std::vector<d
     to->insert(to->end(), weights.begin(), weights.end());
 }
 
-void Exchange(std::vector<double>& points, std::vector<double>& weights, AssociationState* state) {
-  state->own.swap(points);
-  state->points = state->OwnPoints();
-  state->options.weights.swap(weights);
+void MakeRoom(std::size_t size, std::vector<double>* values) {
+  const std::size_t capacity = values->capacity();
+  if (size > capacity) values->reserve(std::max(size, capacity + capacity / 2));
 }
 
+// The points may not be those of the state.
 void Join(PointView points, const std::vector<double>& weights, const char* where, AssociationState* state) {
   const std::size_t count = state->points.Size();
-  if (count + points.Size() > INT_MAX) FailOperation(NuOperationArgument, kWhat, where);
+  const std::size_t total = count + points.Size();
+  if (total > INT_MAX) FailOperation(NuOperationArgument, kWhat, where);
   WithMemory(where, [&] {
-    std::vector<double> joined;
-    Append(state->points, &joined);
-    Append(points, &joined);
-    std::vector<double> joinedWeights;
-    const std::vector<double>& own = state->options.weights;
-    if (!own.empty() || !weights.empty()) {
-      Append(own, count, &joinedWeights);
-      Append(weights, points.Size(), &joinedWeights);
-    }
-    Exchange(joined, joinedWeights, state);
+    std::vector<double>& own = state->own;
+    std::vector<double>& ownWeights = state->options.weights;
+    const bool isWeighted = !ownWeights.empty() || !weights.empty();
+    if (isWeighted) MakeRoom(total, &ownWeights);
+    MakeRoom(3 * total, &own);
+    if (own.empty()) Append(state->points, &own);
+    Append(points, &own);
+    if (isWeighted && ownWeights.empty()) ownWeights.resize(count, 1.0);
+    if (isWeighted) Append(weights, points.Size(), &ownWeights);
+    state->points = state->OwnPoints();
   });
 }
 
 void Drop(const std::vector<char>& isDropped, AssociationState* state) {
+  const std::size_t left = static_cast<std::size_t>(std::count(isDropped.begin(), isDropped.end(), 0));
+  const std::vector<double>& weights = state->options.weights;
   std::vector<double> kept;
   std::vector<double> keptWeights;
-  const std::vector<double>& weights = state->options.weights;
+  kept.reserve(3 * left);
+  if (!weights.empty()) keptWeights.reserve(left);
   for (std::size_t i = 0; i < state->points.Size(); ++i) {
     if (isDropped[i]) continue;
     Append(state->points.Part(i, 1), &kept);
     if (!weights.empty()) keptWeights.push_back(weights[i]);
   }
-  Exchange(kept, keptWeights, state);
+  state->own.swap(kept);
+  state->points = state->OwnPoints();
+  state->options.weights.swap(keptWeights);
 }
 
 using Coordinates = std::tuple<double, double, double>;
@@ -85,6 +91,7 @@ void CNuAssociation::Add(const double* xyz, int count, int stride) {
 }
 
 void CNuAssociation::Merge(const CNuAssociation& other) {
+  if (this == &other) return Merge(WithMemory("Merge", [&] { return CNuAssociation(other); }));
   Join(other.m_state->points, other.m_state->options.weights, "Merge", m_state.get());
 }
 

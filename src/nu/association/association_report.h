@@ -72,13 +72,15 @@ class NU_EXPORT CNuAssociationReport {
   int GetHighestPoint() const;
   int GetLowestPoint() const;
 
-  // NuDetailUncertainty, of least squares without a side of material: of other fits CNuAssociation::MonteCarlo tells
-  // how they spread. The parameters are changes of the feature in a frame of its own; angles are in degrees. The first
-  // three are shifts of the origin along x, y and z, then come tilts of z towards x and y, the turn about z and the
-  // sizes; a feature has those that move it and are not fixed. The origin is next to the mean of the points where the
-  // feature leaves it free: on the axis, in the plane. z is the direction of a line, an axis or a normal; a line in the
-  // plane z = const runs along x. All of it follows from a triangular factor of the derivatives at the optimum, not
-  // from normal equations.
+  // NuDetailUncertainty, of least squares without a side of material. With one the deviations do not scatter about 0:
+  // their squares do not tell how uncertain a point is, and the feature follows the outermost points. How such a fit,
+  // and one by another criterion, spreads for a known uncertainty of the points is for CNuAssociation::MonteCarlo and,
+  // per unit, GetWeakestUncertainty to tell. The parameters are changes of the feature in a frame of its own; angles
+  // are in degrees. The first three are shifts of the origin along x, y and z, then come tilts of z towards x and y,
+  // the turn about z and the sizes; a feature has those that move it and are not fixed. The origin is next to the mean
+  // of the points where the feature leaves it free: on the axis, in the plane. z is the direction of a line, an axis or
+  // a normal; a line in the plane z = const runs along x. All of it follows from a triangular factor of the derivatives
+  // at the optimum, not from normal equations.
   void GetParameterFrame(CNuPoint* origin, CNuVector* x, CNuVector* y, CNuVector* z) const;
   int GetNumberParameters() const;
   // "shift x", "tilt y", "turn", "radius", "major radius", "semi-angle", ... The text lives as long as the program.
@@ -129,7 +131,8 @@ class NU_EXPORT CNuAssociationReport {
   const char* Explain() const;
   // Of a fit that converged: the name of the parameter that the points determine least, and its standard uncertainty
   // per unit of that of the points, in degrees per unit of length for an angle; infinite where it is not determined.
-  // Least squares depend on all points, the other criteria on their contacts alone.
+  // Least squares depend on all points, with a side of material on all points and the contacts; the other criteria
+  // depend on their contacts alone. It holds while the points move by less than what brings in other contacts.
   const char* GetWeakestParameter() const;
   double GetWeakestUncertainty() const;
   // The part of a full turn, in degrees, that the points cover about the axis or the normal of a round feature; half of

@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <vector>
 
 #include "nu/association/association.h"
 #include "nu/association/internal/constrained_fits.h"
@@ -27,11 +29,23 @@ bool HasRadius(ENuCriterion criterion) {
   return criterion == NuMinimumCircumscribed || criterion == NuMaximumInscribed;
 }
 
-// The radius, or the width of the zone: the engine has its half, of one on one side of the material all of it.
+// What the criterion makes least or largest: the sum of squares, the radius, or the width of the zone. The engine has
+// half of that, of a zone on one side of the material all of it.
 double ValueOf(const FittedFeature& fit, const FitProblem& problem) {
   if (fit.end != FitEnd::converged) return kNaN;
+  if (problem.criterion == FitCriterion::leastSquares) return fit.objective;
   if (problem.criterion != FitCriterion::zone) return fit.feature.size[0];
   return problem.side == PointSide::either ? 2.0 * fit.objective : fit.objective;
+}
+
+// The same of the report. A zone whose size is fixed reaches from the feature, or from both of its sides, as far as the
+// farthest point.
+double ValueOf(const ReportData& data, const FitProblem& problem) {
+  if (problem.criterion == FitCriterion::leastSquares) return data.form.sumSquares;
+  if (problem.criterion != FitCriterion::zone) return data.feature.size[0];
+  if ((problem.fixed >> OffsetOf(data.feature.kind) & 1U) == 0) return data.value;
+  const double farthest = std::max(data.form.peak, data.form.valley);
+  return problem.side == PointSide::either ? 2.0 * farthest : farthest;
 }
 
 bool HasSign(FeatureKind kind) {
@@ -89,7 +103,7 @@ CNuDoubleArray CNuAssociation::Sensitivity(const CNuAssociationReport& report) c
   constexpr const char* where = "Sensitivity";
   const ReportData& data = report.Data();
   RequireDetail(data, NuDetailContacts, where);
-  if (!data.contacts || data.criterion == NuLeastSquares) FailOperation(NuOperationUnsupported, kReport, where);
+  if (!data.contacts) FailOperation(NuOperationUnsupported, kReport, where);
   RequirePoints(*m_state, data, where);
   return WithMemory(where, [&] {
     const CNuIntArray& contacts = data.contacts->points;
@@ -97,13 +111,19 @@ CNuDoubleArray CNuAssociation::Sensitivity(const CNuAssociationReport& report) c
     const std::vector<std::size_t> index(contacts.GetData(), contacts.GetData() + count);
     std::vector<double> change(count);
     const FitProblem problem = ProblemOf(*m_state, data.criterion, data.feature.kind, {});
-    const double value = HasRadius(data.criterion) ? data.feature.size[0] : data.value;
-    const auto refit = [&](PointView points, std::size_t) {
+    std::vector<double> weights = m_state->options.weights;
+    const auto refit = [&](PointView points, std::size_t left) {
       FitProblem without = problem;
       without.points = points;
+      // The last point takes the place of the one that is left out.
+      if (!weights.empty()) {
+        weights = m_state->options.weights;
+        weights[left] = weights.back();
+        without.weights = weights.data();
+      }
       return ValueOf(FitFrom(without, data.feature), without);
     };
-    FindSensitivities(m_state->points, index.data(), count, value, refit, change.data());
+    FindSensitivities(m_state->points, index.data(), count, ValueOf(data, problem), refit, change.data());
     CNuDoubleArray result(count);
     for (const double c : change) result.Add(c);
     return result;

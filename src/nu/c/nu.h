@@ -32,7 +32,7 @@ extern "C" {
 #endif
 
 /* Grows with every addition to this header. What is there does not change within a major version of the library. */
-#define NU_C_VERSION 1
+#define NU_C_VERSION 2
 
 typedef int32_t nu_status;
 
@@ -235,6 +235,15 @@ typedef struct nu_verdict {
   double curvature;      /* of the value, per length, in the other directions, at least; 0 without such */
 } nu_verdict;
 
+/* What a part of a cloud, or several that were joined, tell of the feature at which they were reduced. All 0 of no
+   points. */
+typedef struct nu_part_sums {
+  int64_t points;
+  double sum_squares; /* of the deviations, times the weights */
+  double rms;         /* the root of the mean of the squared deviations; this and what follows do not count weights */
+  double largest, smallest;
+} nu_part_sums;
+
 /* A piece of a composite curve. */
 typedef struct nu_segment {
   int32_t kind;  /* NU_KIND_SEGMENT or NU_KIND_ARC */
@@ -254,6 +263,8 @@ typedef struct nu_complex {
 
 typedef struct nu_association nu_association;   /* points, and how they are to be fitted */
 typedef struct nu_report nu_report;             /* of a fit */
+typedef struct nu_part nu_part;                 /* a part of a cloud, reduced at a feature */
+typedef struct nu_candidates nu_candidates;     /* points that may hold a minimax feature of a cloud in parts */
 typedef struct nu_intersection nu_intersection; /* of two features */
 typedef struct nu_curve nu_curve;               /* a composite curve: line segments and circular arcs */
 
@@ -559,7 +570,8 @@ NU_EXPORT nu_status nu_association_refit(const nu_association* association, int3
 NU_EXPORT nu_status nu_association_prove(const nu_association* association, int32_t criterion, int32_t budget,
                                          nu_feature* feature, nu_report** report);
 
-/* nu_association_sensitivity: by how much the zone or the radius changes without each contact of a report.
+/* nu_association_sensitivity: by how much the zone or the radius changes without each contact of a report; of least
+   squares with a side of material, the sum of squares.
 
    Given:     report     with NU_DETAIL_CONTACTS
    Returned:  values     one per contact, in the order of nu_report_contacts; NaN where none is determined without it
@@ -581,6 +593,65 @@ NU_EXPORT nu_status nu_association_sensitivity(const nu_association* association
 NU_EXPORT nu_status nu_association_sample(const nu_association* association, const nu_report* report, double sigma,
                                           int32_t samples, uint32_t seed, nu_spread* values, int32_t capacity,
                                           int32_t* count, int32_t* made);
+
+/* -- Parts: fits of clouds that lie on several threads or machines -- */
+
+/* Each part is reduced at one feature, the reductions are joined, the feature takes a step, and all is repeated until
+   the length of the step vanishes: some five rounds. nu/association/association_part.h describes it. */
+
+/* nu_part_create: reduces the points of an association with its weights and its fixed parameters.
+
+   Given:     association   null: a part of no points, to join others to
+              feature       where it is reduced; this and the next must be the same numbers for all parts
+              middle        3 numbers, some point among those of all parts
+   Returned:  part          a handle
+   Status:    NU_STATUS_OPERATION   45 no such feature, a fixed parameter it does not have, or a side of material */
+NU_EXPORT nu_status nu_part_create(const nu_association* association, const nu_feature* feature, const double* middle,
+                                   nu_part** part);
+NU_EXPORT void nu_part_free(nu_part* part);
+
+/* nu_part_join: adds another part, which stays as it is.
+
+   Status:    NU_STATUS_OPERATION   41 it was reduced at another feature */
+NU_EXPORT nu_status nu_part_join(nu_part* part, const nu_part* other);
+
+/* nu_part_get: the sums of all points that were joined. */
+NU_EXPORT nu_status nu_part_get(const nu_part* part, nu_part_sums* sums);
+
+/* nu_part_step: the feature after the least-squares step.
+
+   Given:     feature   a valid one of its kind
+   Returned:  feature
+              length    of the step, in which angles count times the distance of the farthest point
+   Status:    NU_STATUS_OPERATION      45 no points, or a feature of another kind; 46 the points do not determine it
+              NU_STATUS_CONSTRUCTION   the step leads to no feature, as to one of a negative radius */
+NU_EXPORT nu_status nu_part_step(const nu_part* part, nu_feature* feature, double* length);
+
+/* nu_part_write: the part as bytes, which are the same on every machine; none of no points.
+   nu_part_read: the part of the bytes.
+
+   Returned:  bytes, count   some kilobytes
+              part           a handle
+   Status:    NU_STATUS_CAPACITY; NU_STATUS_OPERATION 41 damaged bytes, or those of something else */
+NU_EXPORT nu_status nu_part_write(const nu_part* part, uint8_t* bytes, int32_t capacity, int32_t* count);
+NU_EXPORT nu_status nu_part_read(const uint8_t* bytes, int32_t count, nu_part** part);
+
+/* nu_candidates_create: of no points. nu_candidates_add: the points of a joined part that may hold the feature.
+
+   Returned:  candidates   a handle */
+NU_EXPORT nu_status nu_candidates_create(nu_candidates** candidates);
+NU_EXPORT void nu_candidates_free(nu_candidates* candidates);
+NU_EXPORT nu_status nu_candidates_add(nu_candidates* candidates, const nu_part* joined);
+
+/* nu_candidates_fit: the minimum-zone, circumscribed or inscribed feature of the candidates next to a feature.
+
+   Given:     criterion   NU_CRITERION_..., but not least squares
+              feature     all of it
+   Returned:  feature
+              value       half of the zone, or the radius
+   Status:    NU_STATUS_OPERATION   45 a criterion or feature without such a fit; 46 no optimum was found */
+NU_EXPORT nu_status nu_candidates_fit(const nu_candidates* candidates, int32_t criterion, nu_feature* feature,
+                                      double* value);
 
 /* -- Reports -- */
 

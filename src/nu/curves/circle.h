@@ -51,7 +51,8 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   // `form` and `sumSquares` are 0.
   // Fails with CNuBestfitException ("CNuCircle"), the circle and the outputs unchanged:
   //   13  maxIter < 1     1, 3  as CNuPlane::Fit, named "CNuPlane"
-  //   11  a start radius of 0.1 NuGetLarge() or more, or a numerical failure
+  //   11  a start radius of 0.1 NuGetLarge() or more, a radius 2^26 times as large as the points reach, or a numerical
+  //       failure
   //   12  maxIter, or 100 000, steps did not converge
   void Fit(const CNuPointArray& points, long maxIter);
   void Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter);
@@ -89,7 +90,8 @@ class NU_EXPORT CNuCircle : public CNuCurve {
   //   13  maxIter < 1     1  no point     3, 11, 12  as CNuTorSurf::FitMin, for points not in one plane
   //   12  the least-squares circle needs more than maxIter steps, for a maxIter of at most 50
   //   12  the exchange takes more than maxIter passes over all points, named "FindMinimalAnnulus"
-  //   9  rounding leaves no centre, as for points next to one line     11  a numerical failure
+  //   9  two parallel lines hold the points as closely as any annulus, to rounding: points next to one line, or the
+  //      points of an ellipse that is longer than three times its width     11  a numerical failure
   void FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter);
   void FitMinZone(const CNuPointArray& points, double* zone, CNuCircle* inner, CNuCircle* outer, double tol,
                   long maxIter);

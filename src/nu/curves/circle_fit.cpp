@@ -36,7 +36,7 @@ FeatureFit<PlacedCircle> LeastSquaresCircle(PointView points, const PlaneFrame& 
   PointBlocks blocks(points, axes.origin);
   RoundLeastSquares<2> fit(blocks, {axes.x, axes.y});
   const double large = NuGetLarge();
-  if (!fit.Start() || !(fit.Radius() < 0.1 * large)) FailFit(kNumericalFailure, kName);
+  if (!fit.Start(points) || !(fit.Radius() < 0.1 * large)) FailFit(kNumericalFailure, kName);
   const GaussNewtonRule rule{.tolerance = NuGetTol(),
                              .large = large,
                              .limit = options.maxIter,
@@ -60,6 +60,7 @@ FeatureFit<PlacedCircle> nu::internal::FitCircle(PointView points, const FitOpti
     const PlaneFrame axes = AxesAcross(plane.normal, exact ? LoadVec3(points[0]) : plane.point);
     const auto found = exact ? CircleThroughThree(points, axes) : LeastSquaresCircle(points, axes, watched);
     if (!IsFinite(found.shape)) FailFit(kNumericalFailure, kName);
+    RequireBend(points, found.shape.radius, kName);
     return found;
   });
 }
@@ -70,7 +71,8 @@ void CNuCircle::Fit(const CNuPointArray& points, long maxIter) {
 
 void CNuCircle::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   const bool wantsDeviations = form != nullptr || sumSquares != nullptr;
-  const auto found = FitCircle(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations});
+  const auto found = MemoryAsNumericalFailure(
+      kName, [&] { return FitCircle(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations}); });
   const PlacedCircle& circle = found.shape;
   Place(circle.radius, ToPoint(circle.centre), ToVector(circle.xAxis), ToVector(circle.normal));
   StoreForm(found, form, sumSquares);

@@ -85,9 +85,9 @@ PlaneFrame RequirePlane(PointView points, double tol) {
 constexpr long kMostStartSteps = 50;
 
 // The centre of the least-squares circle, or where its iteration has come to.
-Vec2 LeastSquaresCentre(PointBlocks& blocks, const PlaneFrame& frame, const FitOptions& options) {
+Vec2 LeastSquaresCentre(PointView points, PointBlocks& blocks, const PlaneFrame& frame, const FitOptions& options) {
   RoundLeastSquares<2> fit(blocks, {frame.x, frame.y});
-  if (!fit.Start()) return {};
+  if (!fit.Start(points)) return {};
   const GaussNewtonRule rule{.tolerance = NuGetTol(),
                              .large = NuGetLarge(),
                              .limit = std::min(options.maxIter, kMostStartSteps),
@@ -106,7 +106,8 @@ Annulus FindMinimalAnnulus(PointView points, const PlaneFrame& frame, const FitO
   constexpr const char* step = "FindMinimalAnnulus";
   RequireCount(points, kLeastPoints, step);
   PointBlocks blocks(points, frame.origin);
-  const Vec2 start = LeastSquaresCentre(blocks, frame, options);
+  blocks.Keep();
+  const Vec2 start = LeastSquaresCentre(points, blocks, frame, options);
   const Annulus found = NarrowestAnnulus(blocks, {frame.x, frame.y}, start, options.maxIter, options.monitor);
   if (found.end == AnnulusEnd::limitReached) FailFit(kIterationLimit, step);
   if (found.end == AnnulusEnd::noOptimum) FailFit(kExchangeFailed, kName);
@@ -184,7 +185,8 @@ CircleZone nu::internal::FitMinZoneCircle(PointView points, const FitOptions& op
 }
 
 void CNuCircle::FitMin(const CNuPointArray& points, double tol) {
-  const PlacedCircle found = FitMinCircle(ViewOf(points), {.tol = tol}).shape;
+  const PlacedCircle found =
+      MemoryAsNumericalFailure(kName, [&] { return FitMinCircle(ViewOf(points), {.tol = tol}); }).shape;
   Place(found.radius, ToPoint(found.centre), ToVector(found.xAxis), ToVector(found.normal));
 }
 
@@ -194,7 +196,8 @@ ENuFitResult CNuCircle::FitMinEx(const CNuPointArray& points, double tol) {
 }
 
 void CNuCircle::FitMax(const CNuPointArray& points, double tol) {
-  const PlacedCircle found = FitMaxCircle(ViewOf(points), {.tol = tol}).shape;
+  const PlacedCircle found =
+      MemoryAsNumericalFailure(kName, [&] { return FitMaxCircle(ViewOf(points), {.tol = tol}); }).shape;
   Place(found.radius, ToPoint(found.centre), ToVector(found.xAxis), ToVector(found.normal));
 }
 
@@ -209,7 +212,8 @@ void CNuCircle::FitMinZone(const CNuPointArray& points, double* zone, double tol
 
 void CNuCircle::FitMinZone(const CNuPointArray& points, double* zone, CNuCircle* inner, CNuCircle* outer, double tol,
                            long maxIter) {
-  const CircleZone found = FitMinZoneCircle(ViewOf(points), {.maxIter = maxIter, .tol = tol});
+  const CircleZone found = MemoryAsNumericalFailure(
+      kName, [&] { return FitMinZoneCircle(ViewOf(points), {.maxIter = maxIter, .tol = tol}); });
   const CNuPoint centre = ToPoint(found.shape.centre);
   const CNuVector xAxis = ToVector(found.shape.xAxis);
   const CNuVector normal = ToVector(found.shape.normal);

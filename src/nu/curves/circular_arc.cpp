@@ -225,7 +225,7 @@ void CNuCircularArc::BoundingBox(CNuPoint* min, CNuPoint* max) const {
 }
 
 void CNuCircularArc::BoundingCircle(double* radius, CNuPoint* centre) const {
-  StoreBall(SmallestBallAround(PiecesOf(*this)), radius, centre);
+  StoreSmallestBall(*this, radius, centre);
 }
 
 double CNuCircularArc::DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const {
@@ -252,7 +252,7 @@ CNuBoundedCurve* CNuCircularArc::Offset(double distance, const CNuVector& normal
   const Vec3 centre = Components(m_centre);
   if (!(radius > TouchTol(0.0, centre)) || !std::isfinite(radius))
     FailOperation(NuOperationOffsetRadius, "Offset", kOffset);
-  auto moved = std::make_unique<CNuCircularArc>(*this);
+  auto moved = WithMemory(kOffset, [&] { return std::make_unique<CNuCircularArc>(*this); });
   moved->m_radius = radius;
   moved->m_start = ToPoint(centre + radius * Unit(Components(m_start - m_centre)));
   moved->m_end = ToPoint(centre + radius * Unit(Components(m_end - m_centre)));

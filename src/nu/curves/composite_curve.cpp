@@ -1,7 +1,6 @@
 #include "nu/curves/composite_curve.h"
 
 #include <limits>
-#include <new>
 #include <utility>
 
 #include "nu/curves/circular_arc.h"
@@ -11,7 +10,6 @@
 #include "nu/curves/line_segment.h"
 #include "nu/curves/polyline.h"
 #include "nu/engine/base/elementary.h"
-#include "nu/engine/chains/self_contact.h"
 #include "nu/engine/points/point_blocks.h"
 #include "nu/engine/shapes/incidence.h"
 #include "nu/foundation/constants.h"
@@ -63,10 +61,6 @@ void VisitObjects(const Segments& segments, const Visit& visit) {
   }
 }
 
-double TolOf(const PieceChain& chain) {
-  return CoincidenceTol(NuGetLengthTol(), chain.LargestCoordinate());
-}
-
 // Into how many chords an arc is divided that leave it by tol at most, where one of the angle a leaves it by
 // 2 r sin(a / 4)^2.
 double Chords(const Arc3& arc, double tol) {
@@ -103,13 +97,18 @@ class FrameMotion {
 
 }  // namespace
 
-CNuCompositeCurve::CNuCompositeCurve() : CNuBoundedCurve(NuTypeCompositeCurve) {
+// Some standard libraries allocate for an empty one.
+CNuCompositeCurve::Segments CNuCompositeCurve::NoSegments() {
+  return WithMemory("CNuCompositeCurve()", [] { return Segments(); });
+}
+
+CNuCompositeCurve::CNuCompositeCurve() : CNuBoundedCurve(NuTypeCompositeCurve), m_segments(NoSegments()) {
   SetPosition(CNuPoint(), CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
 }
 
 CNuCompositeCurve::CNuCompositeCurve(const CNuCompositeCurve& other)
-    : CNuBoundedCurve(other), m_carried(other.m_carried) {
-  try {
+    : CNuBoundedCurve(other), m_segments(NoSegments()), m_carried(other.m_carried) {
+  WithMemory("CNuCompositeCurve::Copy()", [&] {
     SharedObjects shared;
     std::shared_ptr<CNuBoundedCurve> copies[SharedObjects::kMost];
     for (const auto& segment : other.m_segments) {
@@ -121,9 +120,12 @@ CNuCompositeCurve::CNuCompositeCurve(const CNuCompositeCurve& other)
       if (isNew) copies[number] = CopyOf(*segment);
       m_segments.push_back(copies[number]);
     }
-  } catch (const std::bad_alloc&) {
-    throw CNuMemoryException("CNuCompositeCurve::Copy()");
-  }
+  });
+}
+
+CNuCompositeCurve::CNuCompositeCurve(CNuCompositeCurve&& other)
+    : CNuBoundedCurve(std::move(other)), m_segments(NoSegments()), m_carried(std::move(other.m_carried)) {
+  m_segments.swap(other.m_segments);
 }
 
 CNuCompositeCurve& CNuCompositeCurve::operator=(const CNuCompositeCurve& other) {
@@ -139,11 +141,7 @@ CNuCompositeCurve& CNuCompositeCurve::operator=(const CNuCompositeCurve& other) 
 CNuCompositeCurve::~CNuCompositeCurve() = default;
 
 void CNuCompositeCurve::AddSegment(const CNuBoundedCurve& segment, ENuBoolean atEnd) {
-  try {
-    Add(CopyOf(segment), atEnd != NuFalse);
-  } catch (const std::bad_alloc&) {
-    throw CNuMemoryException("CNuCompositeCurve::AddSegment()");
-  }
+  WithMemory("CNuCompositeCurve::AddSegment()", [&] { Add(CopyOf(segment), atEnd != NuFalse); });
 }
 
 void CNuCompositeCurve::Add(std::shared_ptr<CNuBoundedCurve> segment, bool atEnd) {
@@ -177,19 +175,16 @@ ENuBoolean CNuCompositeCurve::IsClosed() const {
 }
 
 ENuBoolean CNuCompositeCurve::IsPlanar(double tol) const {
-  if (m_segments.empty()) return NuTrue;
-  const PieceChain chain = PiecesOf(*this);
-  return LargestDistance(chain, CarrierOf(chain, TolOf(chain))) <= tol ? NuTrue : NuFalse;
+  return m_segments.empty() || HeightOf(*this) <= tol ? NuTrue : NuFalse;
 }
 
 ENuBoolean CNuCompositeCurve::IsPlanar() const {
-  return m_segments.empty() ? NuTrue : IsPlanar(TolOf(PiecesOf(*this)));
+  if (m_segments.empty()) return NuTrue;
+  return IsPlanar(WithMemory("CNuCompositeCurve::IsPlanar()", [&] { return TolOf(PiecesOf(*this)); }));
 }
 
 ENuBoolean CNuCompositeCurve::IsSelfIntersecting() const {
-  if (m_segments.empty()) return NuFalse;
-  const PieceChain chain = PiecesOf(*this);
-  return TouchesItself(chain, TolOf(chain)) ? NuTrue : NuFalse;
+  return !m_segments.empty() && TouchesItself(*this) ? NuTrue : NuFalse;
 }
 
 void CNuCompositeCurve::Reverse() {
@@ -201,7 +196,7 @@ CNuPolyline CNuCompositeCurve::ToPolyline(double tol) const {
   constexpr const char* where = "CNuCompositeCurve::ToPolyline()";
   RequireSegments(where);
   if (!(tol > 0.0)) FailOperation(NuOperationCount, "conversion", where);
-  const PieceChain chain = PiecesOf(*this);
+  const PieceChain chain = WithMemory(where, [&] { return PiecesOf(*this); });
   const double joinTol = TolOf(chain);
   double parts = 2.0;
   for (int i = 0; i < chain.Size(); ++i) {
@@ -245,8 +240,7 @@ CNuPoint CNuCompositeCurve::GetEndPoint() {
 }
 
 CNuVector CNuCompositeCurve::PlaneNormal() const {
-  const PieceChain chain = PiecesOf(*this);
-  return ToVector(CarrierOf(chain, TolOf(chain)).normal);
+  return PlaneNormalOf(*this);
 }
 
 void CNuCompositeCurve::GetStartData(CNuPoint* point, CNuVector* tangent, CNuVector* normal) const {
@@ -270,7 +264,7 @@ void CNuCompositeCurve::BoundingBox(CNuPoint* min, CNuPoint* max) const {
 
 void CNuCompositeCurve::BoundingCircle(double* radius, CNuPoint* centre) const {
   RequireSegments("CNuCompositeCurve::BoundingCircle()");
-  StoreBall(SmallestBallAround(PiecesOf(*this)), radius, centre);
+  StoreSmallestBall(*this, radius, centre);
 }
 
 double CNuCompositeCurve::DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const {
@@ -278,8 +272,9 @@ double CNuCompositeCurve::DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1,
 }
 
 double CNuCompositeCurve::DistanceTo(const CNuPoint& p) const {
-  RequireSegments("CNuCompositeCurve::DistanceTo()");
-  const PieceChain chain = PiecesOf(*this);
+  constexpr const char* where = "CNuCompositeCurve::DistanceTo()";
+  RequireSegments(where);
+  const PieceChain chain = WithMemory(where, [&] { return PiecesOf(*this); });
   const Vec3 target = Components(p);
   NearPair best = PairOf(target, chain.Ends(0).start);
   for (int i = 0; i < chain.Size(); ++i) {

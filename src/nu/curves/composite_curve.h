@@ -23,7 +23,7 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   // Without segments.
   CNuCompositeCurve();
   CNuCompositeCurve(const CNuCompositeCurve& other);
-  CNuCompositeCurve(CNuCompositeCurve&& other) = default;
+  CNuCompositeCurve(CNuCompositeCurve&& other);
   CNuCompositeCurve& operator=(const CNuCompositeCurve& other);
   CNuCompositeCurve& operator=(CNuCompositeCurve&& other) = default;
   ~CNuCompositeCurve() override;
@@ -111,6 +111,7 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   // Records of a file that are none share the default segment of their type, which takes no more room than they did.
   using Segments = std::deque<std::shared_ptr<CNuBoundedCurve>>;
 
+  static Segments NoSegments();
   void RequireSegments(const char* where) const;
   void Add(std::shared_ptr<CNuBoundedCurve> segment, bool atEnd);
   void PositionChanged() override;

@@ -1,7 +1,5 @@
 // The file of a composite curve, with the records of its segments.
 
-#include <new>
-
 #include "nu/curves/circular_arc.h"
 #include "nu/curves/composite_curve.h"
 #include "nu/curves/internal/curve_pieces.h"
@@ -69,29 +67,29 @@ bool CNuCircularArc::BinaryRead(std::ifstream& in) {
 
 bool CNuCompositeCurve::BinaryDump(const char* fileName) const {
   if (m_segments.empty()) return false;
-  BinaryFileWriter file(fileName);
-  file.Tag(kFileTag, sizeof kFileTag);
-  file.Int(GetNumberSegments());
-  for (const auto& segment : m_segments) {
-    file.Int(segment->GetType());
-    if (const auto* line = As<CNuLineSegment>(*segment)) line->BinaryDump(file.Stream());
-    if (const auto* arc = As<CNuCircularArc>(*segment)) arc->BinaryDump(file.Stream());
-  }
-  return RequireWritten(file, "CNuCompositeCurve");
+  return WithMemory("CNuCompositeCurve::BinaryDump()", [&] {
+    BinaryFileWriter file(fileName);
+    file.Tag(kFileTag, sizeof kFileTag);
+    file.Int(GetNumberSegments());
+    for (const auto& segment : m_segments) {
+      file.Int(segment->GetType());
+      if (const auto* line = As<CNuLineSegment>(*segment)) line->BinaryDump(file.Stream());
+      if (const auto* arc = As<CNuCircularArc>(*segment)) arc->BinaryDump(file.Stream());
+    }
+    return RequireWritten(file, "CNuCompositeCurve");
+  });
 }
 
 bool CNuCompositeCurve::BinaryRead(const char* fileName) {
   m_segments.clear();
   SetPosition(CNuPoint(), CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
-  try {
+  return ReadUnlessNoMemory([&] {
     BinaryFileReader file(fileName);
     if (!file.Tag(kFileTag, sizeof kFileTag)) return false;
     int size = 0;
     if (file.Int(&size)) ReadSegments(size, file.Stream());
-  } catch (const std::bad_alloc&) {
-    return false;
-  }
-  return true;
+    return true;
+  });
 }
 
 // It is required that a record which is none leaves a default segment: the segments behind it keep their numbers.

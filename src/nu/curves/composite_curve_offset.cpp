@@ -5,6 +5,7 @@
 #include "nu/curves/internal/curve_pieces.h"
 #include "nu/curves/internal/offset_curves.h"
 #include "nu/curves/line_segment.h"
+#include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/conversions.h"
 
 using namespace nu::internal;
@@ -33,7 +34,8 @@ std::unique_ptr<CNuCompositeCurve> CNuCompositeCurve::CurveOf(const PieceChain& 
 CNuBoundedCurve* CNuCompositeCurve::Offset(double distance, const CNuVector& normal, int shape) {
   RequireSegments(kOffset);
   const Vec3 given = RequireOffset(distance, normal, kOffset);
-  return CurveOf(OneOffset(PiecesOf(*this), distance, given, shape, kOffset)).release();
+  return WithMemory(kOffset,
+                    [&] { return CurveOf(OneOffset(PiecesOf(*this), distance, given, shape, kOffset)).release(); });
 }
 
 CNuBoundedCurve* CNuCompositeCurve::Offset(double distance) {
@@ -45,9 +47,12 @@ int CNuCompositeCurve::OffsetAll(double distance, const CNuVector& normal, int c
   constexpr const char* where = "CNuCompositeCurve::OffsetAll()";
   RequireSegments(where);
   const Vec3 given = RequireOffset(distance, normal, where);
-  std::vector<std::unique_ptr<CNuCompositeCurve>> curves;
-  for (const PieceChain& chain : OffsetCurves(PiecesOf(*this), distance, given, corners, where)) {
-    curves.push_back(CurveOf(chain));
-  }
+  auto curves = WithMemory(where, [&] {
+    std::vector<std::unique_ptr<CNuCompositeCurve>> made;
+    for (const PieceChain& chain : OffsetCurves(PiecesOf(*this), distance, given, corners, where)) {
+      made.push_back(CurveOf(chain));
+    }
+    return made;
+  });
   return HandOver(std::move(curves), loops);
 }

@@ -21,8 +21,8 @@ void CNuCurve::FitQuadratic(const CNuPointArray& xy, CNuVector* six) {
   const Box box = ExtentsOf(ViewOf(xy)).box;
   if (!(box.high[2] - box.low[2] <= NuGetLengthTol()))
     FailOperation(NuOperationUnsupported, "3D calculation", "CNuCurve::FitQuadratic()");
-  if (HasFewerDistinct(ViewOf(xy), kLeastPoints, NuGetLengthTol())) FailFit(kDegeneratePoints, kName, kLeastPoints);
   TranslateForeign(kName, [&] {
+    if (HasFewerDistinct(ViewOf(xy), kLeastPoints, NuGetLengthTol())) FailFit(kDegeneratePoints, kName, kLeastPoints);
     const Quadratic2 g = FittedQuadratic(ViewOf(xy));
     CNuVector found(6);
     const double coefficients[] = {g.a, g.b, g.c, g.d, g.e, g.f};

@@ -105,7 +105,7 @@ int CNuLineSegment::IntersectWith(const CNuCircularArc& arc, CNuPoint* p1, CNuPo
     if (SafeNorm(p - ClosestOn(s, p)) <= tol && SafeNorm(p - ClosestOn(a, p)) <= tol) common.Add(p);
   }
   if (common.count > 0) return Store(common, p1, p2, where);
-  const NearPair pair = ClosestBetween(s, a);
+  const NearPair pair = WithMemory(where, [&] { return ClosestBetween(s, a); });
   if (!(pair.distance <= tol)) return 0;
   Output(p1, MiddleOf(pair));
   return 1;
@@ -171,7 +171,7 @@ CNuBoundedCurve* CNuLineSegment::Offset(double distance, const CNuVector& normal
   const Vec3 across = Cross(DirectionOf(Data()), RequireOffset(distance, normal, kOffset));
   if (IsParallel(SafeNorm(across), ParallelTol())) FailOperation(NuOperationOffsetDirection, "Offset", kOffset);
   const Vec3 shift = distance * Unit(across);
-  auto moved = std::make_unique<CNuLineSegment>(*this);
+  auto moved = WithMemory(kOffset, [&] { return std::make_unique<CNuLineSegment>(*this); });
   moved->CNuNonLinearGeometry::Translate(shift.x, shift.y, shift.z);
   return moved.release();
 }

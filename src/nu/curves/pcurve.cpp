@@ -1,7 +1,5 @@
 #include "nu/curves/pcurve.h"
 
-#include <new>
-
 #include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
 #include "nu/engine/shapes/axis_frame.h"
@@ -15,11 +13,7 @@ using namespace nu::internal;
 namespace {
 
 std::unique_ptr<const QuadricIntersectionCurve> CopyOf(const QuadricIntersectionCurve& curve) {
-  try {
-    return std::make_unique<const QuadricIntersectionCurve>(curve);
-  } catch (const std::bad_alloc&) {
-    throw CNuMemoryException("CNuPCurve::Copy()");
-  }
+  return WithMemory("CNuPCurve::Copy()", [&] { return std::make_unique<const QuadricIntersectionCurve>(curve); });
 }
 
 template<class Frame>
@@ -69,7 +63,8 @@ ENuBoolean CNuPCurve::IsClosed() const {
 }
 
 double CNuPCurve::DistanceTo(const CNuPoint& p) const {
-  return m_scale * m_curve->FootOf((1.0 / m_scale) * AxesOf(GetFrame()).Local(Components(p))).distance;
+  const Vec3 local = (1.0 / m_scale) * AxesOf(GetFrame()).Local(Components(p));
+  return m_scale * WithMemory("CNuPCurve::DistanceTo()", [&] { return m_curve->FootOf(local); }).distance;
 }
 
 CNuPointArray CNuPCurve::ToPointArray(int n) const {
@@ -91,7 +86,7 @@ CNuPolyline CNuPCurve::ToPolyline(int n) const {
 CNuPoint CNuPCurve::ClosestPoint(const CNuPoint& p, double* u) const {
   const AxisFrame frame = AxesOf(GetFrame());
   const Vec3 local = (1.0 / m_scale) * frame.Local(Components(p));
-  QuadricFoot foot = m_curve->FootOf(local);
+  QuadricFoot foot = WithMemory("CNuPCurve::ClosestPoint()", [&] { return m_curve->FootOf(local); });
   const QuadricPath& path = m_curve->path;
   if (path.closed && foot.v >= path.upper) foot.v -= path.upper - path.lower;
   if (path.closed && foot.v < path.lower) foot.v += path.upper - path.lower;
@@ -100,9 +95,10 @@ CNuPoint CNuPCurve::ClosestPoint(const CNuPoint& p, double* u) const {
 }
 
 CNuPointArray CNuPCurve::ToPointArrayWithin(double tol) const {
+  constexpr const char* where = "CNuPCurve::ToPolyline/PointArray()";
   std::vector<double> samples;
-  if (tol > 0.0) samples = m_curve->SamplesWithin(tol / m_scale, kMostSamples);
-  if (samples.empty()) FailOperation(NuOperationCount, "conversion", "CNuPCurve::ToPolyline/PointArray()");
+  if (tol > 0.0) samples = WithMemory(where, [&] { return m_curve->SamplesWithin(tol / m_scale, kMostSamples); });
+  if (samples.empty()) FailOperation(NuOperationCount, "conversion", where);
   const AxisFrame frame = AxesOf(GetFrame());
   CNuPointArray points(static_cast<int>(samples.size()));
   for (const double u : samples) points.Add(World(frame, m_scale * m_curve->At(u)));
@@ -124,10 +120,12 @@ CNuPCurve CNuPCurve::Part(const CNuInterval& range) const {
     lower = std::fmax(lower, path.lower);
     upper = std::fmin(upper, path.upper);
   }
-  if (!(lower < upper) || !std::isfinite(lower + upper))
-    FailOperation(NuOperationUnsupported, "calculation", "CNuPCurve::Part()");
-  const std::unique_ptr<CNuPCurve> part(
-      nu::internal::NewPCurve(m_curve->Part(lower, upper), AxesOf(GetFrame()), m_scale));
+  constexpr const char* where = "CNuPCurve::Part()";
+  if (!(lower < upper) || !std::isfinite(lower + upper)) FailOperation(NuOperationUnsupported, "calculation", where);
+  const std::unique_ptr<CNuPCurve> part = WithMemory(where, [&] {
+    return std::unique_ptr<CNuPCurve>(
+        nu::internal::NewPCurve(m_curve->Part(lower, upper), AxesOf(GetFrame()), m_scale));
+  });
   return *part;
 }
 
@@ -137,18 +135,22 @@ int CNuPCurve::ClipTo(const CNuPoint& lower, const CNuPoint& upper, CNuObjArray*
       {frame.x.x, frame.y.x, frame.z.x}, {frame.x.y, frame.y.y, frame.z.y}, {frame.x.z, frame.y.z, frame.z.z}};
   const Vec3 least = (1.0 / m_scale) * (Components(lower) - frame.origin);
   const Vec3 most = (1.0 / m_scale) * (Components(upper) - frame.origin);
-  const std::vector<HalfSpace> box = {{axes[0], most.x},          {axes[1], most.y},
-                                      {axes[2], most.z},          {-1.0 * axes[0], -least.x},
-                                      {-1.0 * axes[1], -least.y}, {-1.0 * axes[2], -least.z}};
-  for (const HalfSpace& half : box) {
-    if (std::isnan(half.height)) FailOperation(NuOperationUnsupported, "calculation", "CNuPCurve::ClipTo()");
-  }
-  NewObjects found;
-  const QuadricPath& path = m_curve->path;
-  for (const QuadricRange& range : m_curve->Inside(box)) {
-    const bool isWhole = range.lower == path.lower && range.upper == path.upper;
-    found.push_back(std::unique_ptr<CNuObject>(
-        nu::internal::NewPCurve(isWhole ? *m_curve : m_curve->Part(range.lower, range.upper), frame, m_scale)));
-  }
+  constexpr const char* where = "CNuPCurve::ClipTo()";
+  NewObjects found = WithMemory(where, [&] {
+    const std::vector<HalfSpace> box = {{axes[0], most.x},          {axes[1], most.y},
+                                        {axes[2], most.z},          {-1.0 * axes[0], -least.x},
+                                        {-1.0 * axes[1], -least.y}, {-1.0 * axes[2], -least.z}};
+    for (const HalfSpace& half : box) {
+      if (std::isnan(half.height)) FailOperation(NuOperationUnsupported, "calculation", where);
+    }
+    NewObjects inside;
+    const QuadricPath& path = m_curve->path;
+    for (const QuadricRange& range : m_curve->Inside(box)) {
+      const bool isWhole = range.lower == path.lower && range.upper == path.upper;
+      inside.push_back(std::unique_ptr<CNuObject>(
+          nu::internal::NewPCurve(isWhole ? *m_curve : m_curve->Part(range.lower, range.upper), frame, m_scale)));
+    }
+    return inside;
+  });
   return HandOver(std::move(found), parts);
 }

@@ -93,7 +93,7 @@ void CNuPolyline::BoundingBox(CNuPoint* min, CNuPoint* max) const {
 }
 
 void CNuPolyline::BoundingCircle(double* radius, CNuPoint* centre) const {
-  StoreBall(SmallestBallAround(PiecesOf(*this)), radius, centre);
+  StoreSmallestBall(*this, radius, centre);
 }
 
 double CNuPolyline::DistanceTo(const CNuBoundedCurve* other, CNuPoint* p1, CNuPoint* p2) const {

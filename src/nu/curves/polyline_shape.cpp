@@ -13,9 +13,7 @@
 #include "nu/curves/internal/offset_curves.h"
 #include "nu/curves/internal/placement.h"
 #include "nu/curves/polyline.h"
-#include "nu/engine/chains/self_contact.h"
 #include "nu/engine/points/point_blocks.h"
-#include "nu/engine/shapes/incidence.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 
@@ -27,10 +25,6 @@ constexpr const char* kOffset = "CNuPolyline::Offset()";
 
 Vec3 At(const CNuPointArray& points, int i) {
   return Components(points[i]);  // fails for what was moved from
-}
-
-double TolOf(const PieceChain& chain) {
-  return CoincidenceTol(NuGetLengthTol(), chain.LargestCoordinate());
 }
 
 CNuPoint MiddleOfEdges(const CNuPointArray& points, double length) {
@@ -49,23 +43,21 @@ CNuPoint MiddleOfEdges(const CNuPointArray& points, double length) {
 }  // namespace
 
 ENuBoolean CNuPolyline::IsPlanar(double tol) const {
-  const PieceChain chain = PiecesOf(*this);
-  return LargestDistance(chain, CarrierOf(chain, TolOf(chain))) <= tol ? NuTrue : NuFalse;
+  return HeightOf(*this) <= tol ? NuTrue : NuFalse;
 }
 
 ENuBoolean CNuPolyline::IsSelfIntersecting() const {
-  const PieceChain chain = PiecesOf(*this);
-  return TouchesItself(chain, TolOf(chain)) ? NuTrue : NuFalse;
+  return TouchesItself(*this) ? NuTrue : NuFalse;
 }
 
 double CNuPolyline::Area() const {
-  return SafeNorm(VectorArea(PiecesOf(*this)));
+  return WithMemory("CNuPolyline::Area()", [&] { return SafeNorm(VectorArea(PiecesOf(*this))); });
 }
 
 CNuPoint CNuPolyline::Centroid() const {
   constexpr double kRoundings = 8.0;  // of the products of the vector area
   const CNuPointArray points = GetPoints();
-  const Vec3 area = VectorArea(PiecesOf(*this));
+  const Vec3 area = WithMemory("CNuPolyline::Centroid()", [&] { return VectorArea(PiecesOf(*this)); });
   const double size = SafeNorm(area);
   const double length = Length();
   if (!(size > kRoundings * DBL_EPSILON * length * length)) return MiddleOfEdges(points, length);
@@ -97,11 +89,10 @@ void CNuPolyline::GetData(int at, int step, CNuPoint* point, CNuVector* tangent,
   for (int i = at + step; i >= 0 && i < GetSize() && SafeNorm(edge) == 0.0; i += step) {
     edge = static_cast<double>(step) * (At(points, i) - end);
   }
-  const PieceChain chain = PiecesOf(*this);
-  const Vec3 upright = CarrierOf(chain, TolOf(chain)).normal;
+  const CNuVector upright = PlaneNormalOf(*this);
   Output(point, points[at]);
   Output(tangent, ToVector(Unit(edge)));
-  Output(normal, ToVector(upright));
+  Output(normal, upright);
 }
 
 std::unique_ptr<CNuPolyline> CNuPolyline::CurveOf(const PieceChain& chain) {
@@ -115,26 +106,30 @@ std::unique_ptr<CNuPolyline> CNuPolyline::CurveOf(const PieceChain& chain) {
 
 CNuBoundedCurve* CNuPolyline::Offset(double distance, const CNuVector& normal, int shape) {
   const Vec3 given = RequireOffset(distance, normal, kOffset);
-  const PieceChain curve = OneOffset(PiecesOf(*this), distance, given, shape, kOffset);
-  if (shape == 0) return CurveOf(curve).release();
-  return CNuCompositeCurve::CurveOf(curve).release();
+  return WithMemory(kOffset, [&]() -> CNuBoundedCurve* {
+    const PieceChain curve = OneOffset(PiecesOf(*this), distance, given, shape, kOffset);
+    if (shape == 0) return CurveOf(curve).release();
+    return CNuCompositeCurve::CurveOf(curve).release();
+  });
 }
 
 int CNuPolyline::OffsetAll(double distance, const CNuVector& normal, int corners, CNuObjArray* loops) const {
   constexpr const char* where = "CNuPolyline::OffsetAll()";
   const Vec3 given = RequireOffset(distance, normal, where);
-  std::vector<std::unique_ptr<CNuBoundedCurve>> curves;
-  for (const PieceChain& chain : OffsetCurves(PiecesOf(*this), distance, given, corners, where)) {
-    if (corners == 0) {
-      curves.push_back(CurveOf(chain));
-    } else {
-      curves.push_back(CNuCompositeCurve::CurveOf(chain));
+  auto curves = WithMemory(where, [&] {
+    std::vector<std::unique_ptr<CNuBoundedCurve>> made;
+    for (const PieceChain& chain : OffsetCurves(PiecesOf(*this), distance, given, corners, where)) {
+      if (corners == 0) {
+        made.push_back(CurveOf(chain));
+      } else {
+        made.push_back(CNuCompositeCurve::CurveOf(chain));
+      }
     }
-  }
+    return made;
+  });
   return HandOver(std::move(curves), loops);
 }
 
 CNuBoundedCurve* CNuPolyline::Offset(double distance) {
-  const PieceChain chain = PiecesOf(*this);
-  return Offset(distance, ToVector(CarrierOf(chain, TolOf(chain)).normal), 0);
+  return Offset(distance, PlaneNormalOf(*this), 0);
 }

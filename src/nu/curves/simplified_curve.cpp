@@ -1,6 +1,5 @@
 #include "nu/curves/simplified_curve.h"
 
-#include <new>
 #include <utility>
 #include <vector>
 
@@ -20,14 +19,12 @@ const CNuPointArray& RequirePoints(const CNuPointArray& points) {
 }
 
 SimplifiedPath Simplified(const CNuPointArray& points, double tol) {
-  try {
+  return WithMemory(kName, [&] {
     std::vector<Vec3> path;
     path.reserve(static_cast<std::size_t>(points.GetSize()));
     for (int i = 0; i < points.GetSize(); ++i) path.push_back(Components(points.GetData()[i]));
     return SimplifyPath(path, tol);
-  } catch (const std::bad_alloc&) {
-    throw CNuMemoryException(kName);
-  }
+  });
 }
 
 }  // namespace

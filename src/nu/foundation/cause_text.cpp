@@ -76,7 +76,7 @@ constexpr Cause kCauses[] = {
     NU_CAUSE(kBestfit, NuBestfitCoplanarPoints, "the points lie in one plane"),
     NU_CAUSE(kBestfit, NuBestfitNotCoplanar, "the points do not lie in one plane"),
     NU_CAUSE(kBestfit, NuBestfitNoVariation, "the values do not vary"),
-    NU_CAUSE(kBestfit, NuBestfitExchange, "the points are next to one line, which leaves no narrowest annulus"),
+    NU_CAUSE(kBestfit, NuBestfitExchange, "no annulus holds the points more closely than two parallel lines"),
     NU_CAUSE(kBestfit, NuBestfitNumericalFailure, "the points do not determine the feature, or are not finite"),
     NU_CAUSE(kBestfit, NuBestfitIterationLimit, "the iteration limit was reached"),
     NU_CAUSE(kBestfit, NuBestfitInvalidLimit, "the iteration limit is below 1"),

@@ -81,11 +81,10 @@ class NU_EXPORT CNuBestfitException : public CNuException {
   int GetSize() const { return m_nLower; }
 };
 
-// An allocation that failed: where names the operation. Where memory runs out, every operation throws this exception or
-// std::bad_alloc, so that a host catches both; it leaks nothing, and leaves its object as it was. Always this
-// exception: foundation, linear algebra, numerics and associations. Features, point sets and curves may pass on
-// std::bad_alloc. A fit of a line, a plane or a curve words it as its cause 11, a fit that returns its failure as
-// NuFitFailure, and a reader of a file that throws nothing returns false.
+// An allocation that failed: where names the operation. Every operation of the library throws this exception when
+// memory runs out, never std::bad_alloc; it leaks nothing, and leaves its object as it was. There are three exceptions
+// to this: fits of CNuLine, CNuPlane and CNuCircle fail with their cause 11, fits that return their failure return
+// NuFitFailure, and readers of files, which throw nothing, return false. What a host's own function throws passes on.
 class NU_EXPORT CNuMemoryException : public CNuException {
  public:
   // An empty exception, and one with the name of the operation; its cause is 301.

@@ -18,7 +18,7 @@
 //   not in one plane, else 0.
 // - A coordinate that is not finite is cause 11, after the causes 13 and 1 and before all others. Fits of conics check
 //   cause 2 first, for which such a point is not distinct.
-// - Lack of memory is cause 11; fits of surfaces let it pass as it is.
+// - Lack of memory is CNuMemoryException; fits of lines, planes and circles word it as cause 11.
 //
 // Variants that do not throw. `FitEx`, `FitMinEx`, `FitMaxEx` and `FitMinZoneEx` throw cause 13 only, before anything
 // else. They return NuFitNoConvergence for cause 12 and NuFitFailure for every other failure. With a `tol` they make it

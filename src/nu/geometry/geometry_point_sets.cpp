@@ -71,7 +71,8 @@ int CNuGeometry::AreCoplanar(const CNuPointArray& points, CNuPlane* plane, doubl
 }
 
 int CNuGeometry::NumberDistinctPoints(const CNuPointArray& points, int n, double tol) {
-  return HasDistinct(ViewOf(points), n, tol, NuGetZero()) ? 1 : 0;
+  return WithMemory("CNuGeometry::NumberDistinctPoints()",
+                    [&] { return HasDistinct(ViewOf(points), n, tol, NuGetZero()) ? 1 : 0; });
 }
 
 CNuPointArray CNuGeometry::Projection2D(const CNuPointArray& points, CNuVector& normal) {

@@ -27,8 +27,8 @@ Approach Approaching(const Line3& first, const Line3& second) {
   return ClosestApproach(first, second, ParallelTol());
 }
 
-NearLine Nearest(const Line3& line, const Circle3& circle) {
-  return ClosestTo(line, circle, TouchTol(circle.radius, line.point, circle.centre));
+NearLine Nearest(const char* where, const Line3& line, const Circle3& circle) {
+  return WithMemory(where, [&] { return ClosestTo(line, circle, TouchTol(circle.radius, line.point, circle.centre)); });
 }
 
 ConeApproach Approaching(const Line3& line, const DoubleCone& cone) {
@@ -137,7 +137,7 @@ double CNuLine::DistanceTo(const CNuLine& l) const {
 double CNuLine::DistanceTo(const CNuCircle& circle) const {
   const Line3 line = DataOf(*this);
   const Circle3 data = DataOf(circle);
-  return DistanceOrNaN([&] { return Nearest(line, data).distance; }, line, data);
+  return DistanceOrNaN([&] { return Nearest("CNuLine::DistanceTo(CNuCircle)", line, data).distance; }, line, data);
 }
 
 double CNuLine::DistanceTo(const CNuPlane& pl) const {
@@ -184,7 +184,7 @@ int CNuLine::ClosestPointsTo(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2
   const Line3 line = DataOf(*this);
   const Circle3 data = DataOf(circle);
   RequireFinite(where, line, data);
-  return Store(Nearest(line, data).points, p1, p2, where);
+  return Store(Nearest(where, line, data).points, p1, p2, where);
 }
 
 int CNuLine::ClosestPointsTo(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2) const {

@@ -130,7 +130,8 @@ void CNuLine::FitMinZone(const CNuPointArray& points, double* zone, double tol, 
 
 void CNuLine::FitMinZone(const CNuPointArray& points, double* zone, CNuLine* l1, CNuLine* l2, double tol,
                          long maxIter) {
-  const LineZone found = FitMinZoneLine(ViewOf(points), {.maxIter = maxIter, .tol = tol});
+  const LineZone found =
+      MemoryAsNumericalFailure(kName, [&] { return FitMinZoneLine(ViewOf(points), {.maxIter = maxIter, .tol = tol}); });
   m_point = ToPoint(found.shape.point);
   m_direction = ToVector(found.shape.direction);
   CNuLine first(*this);

@@ -86,7 +86,8 @@ NewObjects nu::internal::ObjectsOf(const PlaneSection& section, Vec3 planeNormal
 int CNuPlane::IntersectWith(const CNuSphSurf& sphere, CNuObjArray* curves) const {
   const Plane3 plane = DataOf(*this);
   const Sphere3 ball = DataOf(sphere);
-  return HandOver(SphereSection(plane, ball, "CNuPlane::IntersectWith(CNuSphSurf)"), curves);
+  constexpr const char* where = "CNuPlane::IntersectWith(CNuSphSurf)";
+  return HandOver(WithMemory(where, [&] { return SphereSection(plane, ball, where); }), curves);
 }
 
 int CNuPlane::IntersectWith(const CNuCylSurf& cylinder, CNuObjArray* curves) const {
@@ -95,7 +96,7 @@ int CNuPlane::IntersectWith(const CNuCylSurf& cylinder, CNuObjArray* curves) con
   constexpr const char* where = "CNuPlane::IntersectWith(CNuCylSurf)";
   RequireFinite(where, plane, tube);
   const auto section = Cut(plane, tube.axis, tube.radius, NuGetLengthTol(), ParallelTol());
-  return HandOver(ObjectsOf(section, plane.normal, where), curves);
+  return HandOver(WithMemory(where, [&] { return ObjectsOf(section, plane.normal, where); }), curves);
 }
 
 int CNuPlane::IntersectWith(const CNuConSurf& cone, CNuObjArray* curves) const {
@@ -104,5 +105,5 @@ int CNuPlane::IntersectWith(const CNuConSurf& cone, CNuObjArray* curves) const {
   constexpr const char* where = "CNuPlane::IntersectWith(CNuConSurf)";
   RequireFinite(where, plane, data);
   const auto section = Cut(plane, data, NuGetLengthTol(), ParallelTol());
-  return HandOver(ObjectsOf(section, plane.normal, where), curves);
+  return HandOver(WithMemory(where, [&] { return ObjectsOf(section, plane.normal, where); }), curves);
 }

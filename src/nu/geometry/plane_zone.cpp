@@ -40,7 +40,7 @@ void CNuPlane::FitMinZone(const CNuPointArray& points, double* zone, double tol)
 }
 
 void CNuPlane::FitMinZone(const CNuPointArray& points, double* zone, CNuPlane* p1, CNuPlane* p2, double tol) {
-  const auto found = FitMinZonePlane(ViewOf(points), {.tol = tol});
+  const auto found = MemoryAsNumericalFailure(kName, [&] { return FitMinZonePlane(ViewOf(points), {.tol = tol}); });
   const auto& [middle, normal] = found.shape;
   const Vec3 half = 0.5 * found.form * normal;
   const auto store = [&normal = normal](CNuPlane* plane, const Vec3& point) {

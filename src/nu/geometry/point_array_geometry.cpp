@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 #include <vector>
@@ -47,7 +48,8 @@ void Express(CNuPointArray& points, Vec3 origin, const CNuVector& zaxis) {
   Express(points, origin, Components(x), Components(y), Components(zaxis));
 }
 
-void Assign(CNuIntArray* target, const std::vector<int>& indices) {
+template<class Indices>
+void Assign(CNuIntArray* target, const Indices& indices) {
   CNuIntArray result(static_cast<int>(indices.size()));
   for (const int i : indices) result.Add(i);
   Output(target, std::move(result));
@@ -67,18 +69,28 @@ struct Offset {
   double x, y;
 };
 
-std::vector<Offset> FromCentroid(const CNuPoint* points, const std::vector<int>& hull) {
-  double x = 0.0, y = 0.0;
-  for (const int i : hull) {
-    x += points[i].x();
-    y += points[i].y();
+// The offsets of vertices from their centroid.
+class Offsets {
+ public:
+  Offsets(const CNuPoint* points, const std::vector<int>& hull) : m_points(points), m_hull(hull) {
+    for (const int i : hull) {
+      m_centroid.x += points[i].x();
+      m_centroid.y += points[i].y();
+    }
+    const double n = static_cast<double>(hull.size());
+    m_centroid = {m_centroid.x / n, m_centroid.y / n};
   }
-  const double n = static_cast<double>(hull.size());
-  std::vector<Offset> offsets;
-  offsets.reserve(hull.size());
-  for (const int i : hull) offsets.push_back({points[i].x() - x / n, points[i].y() - y / n});
-  return offsets;
-}
+
+  Offset operator[](int i) const {
+    const CNuPoint& p = m_points[m_hull[i]];
+    return {p.x() - m_centroid.x, p.y() - m_centroid.y};
+  }
+
+ private:
+  const CNuPoint* m_points;
+  const std::vector<int>& m_hull;
+  Offset m_centroid{0.0, 0.0};
+};
 
 // Counter-clockwise from the direction (1, 0, 0), in degrees, as CNuVector::AngleWith measures it about (0, 0, 1).
 double AngleOf(const Offset& v) {
@@ -95,17 +107,19 @@ bool TurnsLeft(const Offset& v, const Offset& w) {
 // round, and only the first one is looked for; rounding can push the centroid of a sliver outside, and then the angles
 // decide.
 std::vector<int> ByAngle(const CNuPoint* points, const std::vector<int>& hull) {
-  const std::vector<Offset> offsets = FromCentroid(points, hull);
+  const Offsets offsets(points, hull);
   const int n = static_cast<int>(hull.size());
   int first = -1;
   bool increasing = true;
+  Offset before = offsets[n - 1];
   for (int i = 0; i < n; ++i) {
-    const Offset& before = offsets[i == 0 ? n - 1 : i - 1];
-    increasing = increasing && TurnsLeft(before, offsets[i]);
-    if (before.y < 0.0 && offsets[i].y >= 0.0) {
+    const Offset next = offsets[i];
+    increasing = increasing && TurnsLeft(before, next);
+    if (before.y < 0.0 && next.y >= 0.0) {
       increasing = increasing && first < 0;
       first = i;
     }
+    before = next;
   }
   std::vector<int> order(hull.size());
   if (increasing && first >= 0) {
@@ -113,8 +127,8 @@ std::vector<int> ByAngle(const CNuPoint* points, const std::vector<int>& hull) {
     return order;
   }
   std::vector<double> angles;
-  angles.reserve(offsets.size());
-  for (const Offset& v : offsets) angles.push_back(AngleOf(v));
+  angles.reserve(hull.size());
+  for (int i = 0; i < n; ++i) angles.push_back(AngleOf(offsets[i]));
   std::vector<int> places(hull.size());
   SortIndex(n, angles.data(), places.data());
   for (int i = 0; i < n; ++i) order[i] = hull[places[i]];
@@ -155,10 +169,11 @@ void CNuPointArray::MoveTo(const CNuPoint& origin, const CNuVector& xaxis, const
 }
 
 ENuBoolean CNuPointArray::IsNoncollinear(CNuIntArray* idx, double tol) const {
-  RequirePoints(*this, "IsNoncollinear operation", "CNuPointArray::IsNoncollinear()");
+  constexpr const char* where = "CNuPointArray::IsNoncollinear()";
+  RequirePoints(*this, "IsNoncollinear operation", where);
   int corner[3];
-  if (!FindTriangle(ViewOf(*this), tol, corner)) return NuFalse;
-  Assign(idx, {corner[0], corner[1], corner[2]});
+  if (!WithMemory(where, [&] { return FindTriangle(ViewOf(*this), tol, corner); })) return NuFalse;
+  Assign(idx, std::to_array(corner));
   return NuTrue;
 }
 
@@ -175,7 +190,7 @@ ENuBoolean CNuPointArray::IsNoncoplanar(CNuIntArray* idx, double tol) const {
   const Vec3 normal = Unit(Cross(d, Components(m_data[k]) - start));
   const int m = LastBeyond(ViewOf(*this), i + 1, start, normal, tol);
   if (m < 0) return NuFalse;
-  Assign(idx, {0, i, k, m});
+  Assign(idx, std::array{0, i, k, m});
   return NuTrue;
 }
 
@@ -195,20 +210,26 @@ ENuBoolean CNuPointArray::IsEqual(const CNuPointArray& other, double tol) const 
   if (m_size == 0) return NuTrue;
   const PointView these = ViewOf(*this);
   const PointView those = ViewOf(other);
-  return AllCoincide(those, these, tol) && AllCoincide(these, those, tol) ? NuTrue : NuFalse;
+  const bool areEqual = WithMemory("CNuPointArray::IsEqual()",
+                                   [&] { return AllCoincide(those, these, tol) && AllCoincide(these, those, tol); });
+  return areEqual ? NuTrue : NuFalse;
 }
 
 double CNuPointArray::MaxEdge(int* m, int* n) const {
-  RequirePoints(*this, "MaxEdge operation", "CNuPointArray::MaxEdge(int* m, int* n) const");
-  const Edge edge = m_size == 1 ? Edge{0.0} : LongestEdge(ViewOf(*this), NuGetZero());
+  constexpr const char* where = "CNuPointArray::MaxEdge(int* m, int* n) const";
+  RequirePoints(*this, "MaxEdge operation", where);
+  const Edge edge =
+      m_size == 1 ? Edge{0.0} : WithMemory(where, [&] { return LongestEdge(ViewOf(*this), NuGetZero()); });
   Output(m, edge.m);
   Output(n, edge.n);
   return edge.length;
 }
 
 double CNuPointArray::MinEdge(int* m, int* n) const {
-  RequirePoints(*this, "MinEdge operation", "CNuPointArray::MinEdge(int* m, int* n) const");
-  const Edge edge = m_size == 1 ? Edge{0.0} : ShortestEdge(ViewOf(*this), NuGetZero(), NuGetLarge());
+  constexpr const char* where = "CNuPointArray::MinEdge(int* m, int* n) const";
+  RequirePoints(*this, "MinEdge operation", where);
+  const auto find = [&] { return ShortestEdge(ViewOf(*this), NuGetZero(), NuGetLarge()); };
+  const Edge edge = m_size == 1 ? Edge{0.0} : WithMemory(where, find);
   Output(m, edge.m);
   Output(n, edge.n);
   return edge.length;
@@ -230,17 +251,17 @@ void CNuPointArray::BoundingSphere(double* radius, CNuPoint* centre) const {
 }
 
 void CNuPointArray::ConvexHull(CNuIntArray* hull) const {
-  std::vector<int> vertices;
-  if (m_size > 0) {
-    if (Is2D() == NuFalse) FailOperation(NuOperationUnsupported, "calculation of 3D convex hull", "CNuPointArray");
-    vertices = ConvexHull2(ViewOf(*this));
-    if (vertices.size() >= 3) vertices = ByAngle(m_data, vertices);
-  }
-  Assign(hull, vertices);
+  if (m_size > 0 && Is2D() == NuFalse)
+    FailOperation(NuOperationUnsupported, "calculation of 3D convex hull", "CNuPointArray");
+  Assign(hull, WithMemory("CNuPointArray::ConvexHull()", [&] {
+           const std::vector<int> vertices = m_size > 0 ? ConvexHull2(ViewOf(*this)) : std::vector<int>();
+           return vertices.size() < 3 ? vertices : ByAngle(m_data, vertices);
+         }));
 }
 
 void CNuPointArray::RemoveDuplicate(double tol) {
-  const std::vector<int> kept = WithoutCoincident(ViewOf(*this), tol);
+  const std::vector<int> kept =
+      WithMemory("CNuPointArray::RemoveDuplicate()", [&] { return WithoutCoincident(ViewOf(*this), tol); });
   for (std::size_t k = 0; k < kept.size(); ++k) m_data[k] = m_data[kept[k]];
   m_size = static_cast<int>(kept.size());
 }

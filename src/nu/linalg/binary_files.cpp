@@ -1,4 +1,3 @@
-#include <new>
 #include <utility>
 
 #include "nu/foundation/exceptions.h"
@@ -13,30 +12,18 @@ namespace {
 constexpr char kMatrixTag[] = "Matrix";
 constexpr char kVectorTag[] = "Vector";
 
-// Reading throws nothing: no memory is a failure like any other.
-template<class Read>
-bool ReadUnlessNoMemory(const Read& read) {
-  try {
-    return read();
-  } catch (const CNuMemoryException&) {
-    return false;
-  } catch (const std::bad_alloc&) {
-    return false;
-  }
-}
-
 }  // namespace
 
-bool CNuMatrix::BinaryDump(const char* fileName) const try {
-  if (m_rows < 1 || m_columns < 1) return false;
-  BinaryFileWriter file(fileName);
-  file.Tag(kMatrixTag);
-  file.Int(m_rows);
-  file.Int(m_columns);
-  for (int i = 0; i < m_rows; ++i) file.Doubles(m_data[i], m_columns);
-  return RequireWritten(file, "CNuMatrix");
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuMatrix::BinaryDump()");
+bool CNuMatrix::BinaryDump(const char* fileName) const {
+  return WithMemory("CNuMatrix::BinaryDump()", [&] {
+    if (m_rows < 1 || m_columns < 1) return false;
+    BinaryFileWriter file(fileName);
+    file.Tag(kMatrixTag);
+    file.Int(m_rows);
+    file.Int(m_columns);
+    for (int i = 0; i < m_rows; ++i) file.Doubles(m_data[i], m_columns);
+    return RequireWritten(file, "CNuMatrix");
+  });
 }
 
 // The elements are read into a matrix of their own: whatever fails leaves this one as it was.
@@ -56,15 +43,15 @@ bool CNuMatrix::BinaryRead(const char* fileName) {
   });
 }
 
-bool CNuVector::BinaryDump(const char* fileName) const try {
-  if (m_size < 1) return false;
-  BinaryFileWriter file(fileName);
-  file.Tag(kVectorTag);
-  file.Int(m_size);
-  file.Doubles(m_data, m_size);
-  return RequireWritten(file, "CNuVector");
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuVector::BinaryDump()");
+bool CNuVector::BinaryDump(const char* fileName) const {
+  return WithMemory("CNuVector::BinaryDump()", [&] {
+    if (m_size < 1) return false;
+    BinaryFileWriter file(fileName);
+    file.Tag(kVectorTag);
+    file.Int(m_size);
+    file.Doubles(m_data, m_size);
+    return RequireWritten(file, "CNuVector");
+  });
 }
 
 bool CNuVector::BinaryRead(const char* fileName) {

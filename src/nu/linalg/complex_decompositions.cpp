@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <memory>
-#include <new>
 #include <utility>
 
 #include "nu/engine/base/workspace.h"
@@ -166,47 +165,47 @@ CNuComplexMatrix CNuComplexMatrix::operator*(const CNuComplexMatrix& b) const {
   });
 }
 
-void CNuComplexMatrix::QR(CNuComplexMatrix* q, CNuComplexMatrix* r) const try {
-  constexpr const char* where = "CNuComplexMatrix::QR()";
-  if (m_rows < 1) FailOperation(NuOperationMatrix, kCalculation, where);
-  const int count = std::min(m_rows, m_columns);
-  const std::size_t qSize = q != nullptr ? ComplexRows::Size(m_rows, m_rows) : 0;
-  SmallSpace space(ComplexRows::Size(m_rows, m_columns) + ComplexRows::Size(count, m_rows) + qSize +
-                   ComplexRows::Size(1, m_columns) + static_cast<std::size_t>(count));
-  const ComplexRows block(space.Take(ComplexRows::Size(m_rows, m_columns)), m_rows, m_columns);
-  const Scaled a = TakeScaled(m_data, block, where);
-  const ComplexRows v(space.Take(ComplexRows::Size(count, m_rows)), count, m_rows);
-  const ComplexRows qT(space.Take(qSize), m_rows, m_rows);
-  double* sum = space.Take(ComplexRows::Size(1, m_columns));
-  double* tau = space.Take(static_cast<std::size_t>(count));
-  ReduceToTriangle(a.rows, v, tau, sum);
-  if (q != nullptr) FormTransposedUnitary(v, tau, count, 0, qT);
-  MakeDiagonalPositive(a.rows, q != nullptr ? &qT : nullptr);
-  Store(a, r, qT, q);
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuComplexMatrix::QR()");
+void CNuComplexMatrix::QR(CNuComplexMatrix* q, CNuComplexMatrix* r) const {
+  WithMemory("CNuComplexMatrix::QR()", [&] {
+    constexpr const char* where = "CNuComplexMatrix::QR()";
+    if (m_rows < 1) FailOperation(NuOperationMatrix, kCalculation, where);
+    const int count = std::min(m_rows, m_columns);
+    const std::size_t qSize = q != nullptr ? ComplexRows::Size(m_rows, m_rows) : 0;
+    SmallSpace space(ComplexRows::Size(m_rows, m_columns) + ComplexRows::Size(count, m_rows) + qSize +
+                     ComplexRows::Size(1, m_columns) + static_cast<std::size_t>(count));
+    const ComplexRows block(space.Take(ComplexRows::Size(m_rows, m_columns)), m_rows, m_columns);
+    const Scaled a = TakeScaled(m_data, block, where);
+    const ComplexRows v(space.Take(ComplexRows::Size(count, m_rows)), count, m_rows);
+    const ComplexRows qT(space.Take(qSize), m_rows, m_rows);
+    double* sum = space.Take(ComplexRows::Size(1, m_columns));
+    double* tau = space.Take(static_cast<std::size_t>(count));
+    ReduceToTriangle(a.rows, v, tau, sum);
+    if (q != nullptr) FormTransposedUnitary(v, tau, count, 0, qT);
+    MakeDiagonalPositive(a.rows, q != nullptr ? &qT : nullptr);
+    Store(a, r, qT, q);
+  });
 }
 
-void CNuComplexMatrix::Hessenberg(CNuComplexMatrix* q, CNuComplexMatrix* h) const try {
-  constexpr const char* where = "CNuComplexMatrix::Hessenberg()";
-  RequireSquare(where);
-  const HessenbergForm form(m_data, m_rows, q != nullptr, where);
-  Store(form.H(), h, form.QT(), q);
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuComplexMatrix::Hessenberg()");
+void CNuComplexMatrix::Hessenberg(CNuComplexMatrix* q, CNuComplexMatrix* h) const {
+  WithMemory("CNuComplexMatrix::Hessenberg()", [&] {
+    constexpr const char* where = "CNuComplexMatrix::Hessenberg()";
+    RequireSquare(where);
+    const HessenbergForm form(m_data, m_rows, q != nullptr, where);
+    Store(form.H(), h, form.QT(), q);
+  });
 }
 
-void CNuComplexMatrix::Schur(CNuComplexMatrix* q, CNuComplexMatrix* t) const try {
-  constexpr const char* where = "CNuComplexMatrix::Schur()";
-  RequireSquare(where);
-  const HessenbergForm form(m_data, m_rows, q != nullptr, where);
-  RotationRoom room(m_rows);
-  const ComplexRows* qT = q != nullptr ? &form.QT() : nullptr;
-  if (!ReduceToSchur(form.H().rows, t != nullptr, qT, room.Data()))
-    FailOperation(NuOperationFailed, kCalculation, where);
-  Store(form.H(), t, form.QT(), q);
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuComplexMatrix::Schur()");
+void CNuComplexMatrix::Schur(CNuComplexMatrix* q, CNuComplexMatrix* t) const {
+  WithMemory("CNuComplexMatrix::Schur()", [&] {
+    constexpr const char* where = "CNuComplexMatrix::Schur()";
+    RequireSquare(where);
+    const HessenbergForm form(m_data, m_rows, q != nullptr, where);
+    RotationRoom room(m_rows);
+    const ComplexRows* qT = q != nullptr ? &form.QT() : nullptr;
+    if (!ReduceToSchur(form.H().rows, t != nullptr, qT, room.Data()))
+      FailOperation(NuOperationFailed, kCalculation, where);
+    Store(form.H(), t, form.QT(), q);
+  });
 }
 
 CNuComplexVector CNuComplexMatrix::EigenValues() const {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <new>
 #include <optional>
 #include <utility>
 
@@ -226,17 +225,17 @@ CNuLinearEquSys::CNuLinearEquSys(int method) : CNuAlgebra(NuTypeLinearEquSys), m
 
 CNuLinearEquSys::~CNuLinearEquSys() = default;
 
-void CNuLinearEquSys::Solve(const CNuMatrix& a, const CNuVector& b) try {
-  m_solved = NuFalse;
-  m_solution = CNuVector();
-  m_factors.reset();
-  if (a.GetRowSize() != b.GetSize()) FailOperation(NuOperationUnsolvable, kSolving, "CNuLinearEquSys::Solve()");
-  if (m_method == 0) return SolveExact(a, b);
-  if (m_mode == 0) return SolveLeastSquares(a, b);
-  if (m_mode == kNonnegative) return SolveNonnegative(a, b);
-  if (m_mode == kLeastDistance) Solve();
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuLinearEquSys::Solve()");
+void CNuLinearEquSys::Solve(const CNuMatrix& a, const CNuVector& b) {
+  WithMemory("CNuLinearEquSys::Solve()", [&] {
+    m_solved = NuFalse;
+    m_solution = CNuVector();
+    m_factors.reset();
+    if (a.GetRowSize() != b.GetSize()) FailOperation(NuOperationUnsolvable, kSolving, "CNuLinearEquSys::Solve()");
+    if (m_method == 0) return SolveExact(a, b);
+    if (m_mode == 0) return SolveLeastSquares(a, b);
+    if (m_mode == kNonnegative) return SolveNonnegative(a, b);
+    if (m_mode == kLeastDistance) Solve();
+  });
 }
 
 void CNuLinearEquSys::SolveExact(const CNuMatrix& a, const CNuVector& b) {
@@ -266,13 +265,13 @@ void CNuLinearEquSys::SolveNonnegative(const CNuMatrix& a, const CNuVector& b) {
   m_solved = NuTrue;
 }
 
-void CNuLinearEquSys::SetRightHandSide(const CNuVector& b) try {
-  if (!m_factors || m_factors->Rows() != b.GetSize()) {
-    FailOperation(NuOperationUnsolvable, kSolving, "CNuLinearEquSys::SetRightHandSide()");
-  }
-  m_solution = m_factors->Substitute(b);
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuLinearEquSys::SetRightHandSide()");
+void CNuLinearEquSys::SetRightHandSide(const CNuVector& b) {
+  WithMemory("CNuLinearEquSys::SetRightHandSide()", [&] {
+    if (!m_factors || m_factors->Rows() != b.GetSize()) {
+      FailOperation(NuOperationUnsolvable, kSolving, "CNuLinearEquSys::SetRightHandSide()");
+    }
+    m_solution = m_factors->Substitute(b);
+  });
 }
 
 ENuBoolean CNuLinearEquSys::SolutionExists() {

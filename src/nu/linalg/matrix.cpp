@@ -31,6 +31,10 @@ CNuMatrix::CNuMatrix(int rows, int columns) : CNuAlgebra(NuTypeMatrix) {
   Init(rows, columns);
 }
 
+CNuMatrix::CNuMatrix(int rows, int columns, Unset) : CNuAlgebra(NuTypeMatrix) {
+  Allocate(rows, columns, "CNuMatrix::Init()");
+}
+
 CNuMatrix::CNuMatrix(const CNuMatrix& other) : CNuAlgebra(NuTypeMatrix) {
   Copy(other);
 }
@@ -91,13 +95,18 @@ void CNuMatrix::Copy(const CNuMatrix& other) {
   CopyElements(other);
 }
 
+// Rows that follow each other in memory, as they do unless the host has exchanged them, are copied in one piece.
 void CNuMatrix::CopyElements(const CNuMatrix& other) {
-  for (int i = 0; i < m_rows; ++i) std::copy_n(other.m_data[i], m_columns, m_data[i]);
+  const auto follows = [columns = m_columns](double* const* row) { return row[0] == row[-1] + columns; };
+  for (int first = 0, next = 1; first < m_rows; first = next++) {
+    while (next < m_rows && follows(m_data + next) && follows(other.m_data + next)) ++next;
+    std::copy_n(other.m_data[first], static_cast<std::ptrdiff_t>(next - first) * m_columns, m_data[first]);
+  }
 }
 
 // The block is kept on its own, so that row pointers which the host has exchanged do not matter here.
 void CNuMatrix::Release() noexcept {
-  ::operator delete(m_block);
+  if (m_block != nullptr) ::operator delete(m_block);
   m_block = nullptr;
   m_data = nullptr;
   m_rows = 0;

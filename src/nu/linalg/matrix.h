@@ -147,6 +147,10 @@ class NU_EXPORT CNuMatrix : public CNuAlgebra {
   static constexpr int kLocalRows = 4;
   static constexpr int kLocalElements = 16;
 
+  // Elements that the caller sets next.
+  struct Unset {};
+  CNuMatrix(int rows, int columns, Unset);
+
   void Init(int rows, int columns);
   void Copy(const CNuMatrix& other);
   void Allocate(int rows, int columns, const char* where);

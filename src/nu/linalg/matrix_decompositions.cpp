@@ -3,7 +3,6 @@
 #include <limits>
 #include <memory>
 #include <mutex>
-#include <new>
 #include <utility>
 
 #include "nu/engine/base/workspace.h"
@@ -71,14 +70,16 @@ void CopyOut(const CNuMatrix& a, double* block) {
 // The elements of a matrix, row after row: where they are, or copied.
 class Elements {
  public:
-  explicit Elements(const CNuMatrix& a) : m_copy(IsOneBlock(a) ? 0 : ElementCount(a)), m_data(a.GetData()[0]) {
-    if (IsOneBlock(a)) return;
+  explicit Elements(const CNuMatrix& a)
+      : m_isDirect(IsOneBlock(a)), m_copy(m_isDirect ? 0 : ElementCount(a)), m_data(a.GetData()[0]) {
+    if (m_isDirect) return;
     CopyOut(a, m_copy.Data());
     m_data = m_copy.Data();
   }
   const double* Data() const { return m_data; }
 
  private:
+  bool m_isDirect;
   SmallBlock m_copy;
   const double* m_data;
 };
@@ -196,7 +197,7 @@ bool IsSymmetricEnough(const CNuMatrix& a) {
 CNuMatrix CNuMatrix::operator*(const CNuMatrix& b) const {
   return WithMemory("CNuMatrix::operator*()", [&] {
     if (m_columns != b.m_rows) FailOperation(NuOperationSizeMismatch, "operator*", "CNuMatrix");
-    CNuMatrix result(m_rows, b.m_columns);
+    CNuMatrix result(m_rows, b.m_columns, Unset{});
     const Elements left(*this);
     const Elements right(b);
     Multiply({left.Data(), m_columns}, {right.Data(), b.m_columns}, result.m_data[0], b.m_columns, m_rows, m_columns,
@@ -205,20 +206,20 @@ CNuMatrix CNuMatrix::operator*(const CNuMatrix& b) const {
   });
 }
 
-void CNuMatrix::LUD(CNuIntArray* index, int* d, int* status) try {
-  constexpr const char* where = "CNuMatrix::LUD()";
-  RequireSquare(*this, where);
-  CNuIntArray rows(m_rows);
-  for (int i = 0; i < m_rows; ++i) rows.Add(i);
-  MutableElements a(*this);
-  const LuResult lu = FactorLu(a.Data(), m_rows, m_rows, rows.GetData(), NuGetTol(), NuGetZero());
-  a.Store();
-  Output(index, std::move(rows));
-  Output(d, lu.parity);
-  Output(status, lu.singular ? 1 : 0);
-  if (lu.singular) FailOperation(NuOperationMatrix, kCalculation, where);
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuMatrix::LUD()");
+void CNuMatrix::LUD(CNuIntArray* index, int* d, int* status) {
+  WithMemory("CNuMatrix::LUD()", [&] {
+    constexpr const char* where = "CNuMatrix::LUD()";
+    RequireSquare(*this, where);
+    CNuIntArray rows(m_rows);
+    for (int i = 0; i < m_rows; ++i) rows.Add(i);
+    MutableElements a(*this);
+    const LuResult lu = FactorLu(a.Data(), m_rows, m_rows, rows.GetData(), NuGetTol(), NuGetZero());
+    a.Store();
+    Output(index, std::move(rows));
+    Output(d, lu.parity);
+    Output(status, lu.singular ? 1 : 0);
+    if (lu.singular) FailOperation(NuOperationMatrix, kCalculation, where);
+  });
 }
 
 void CNuMatrix::LUD2(CNuMatrix* L, CNuMatrix* U, CNuMatrix* P) const {
@@ -240,31 +241,31 @@ void CNuMatrix::LUD2(CNuMatrix* L, CNuMatrix* U, CNuMatrix* P) const {
   Output(P, std::move(permutation));
 }
 
-void CNuMatrix::SVD(CNuVector* w, CNuMatrix* v) try {
-  CNuVector values(m_columns);
-  CNuMatrix right(m_columns, m_columns);
-  MutableElements a(*this);
-  const bool converged = DecomposeSingular(a.Data(), m_rows, m_columns, m_columns, values.GetData(), right.m_data[0],
-                                           m_columns, NuGetTol(), NuGetZero());
-  if (!converged) FailOperation(NuOperationFailed, kCalculation, "CNuMatrix::SVD()");
-  a.Store();
-  Output(w, std::move(values));
-  Output(v, std::move(right));
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuMatrix::SVD()");
+void CNuMatrix::SVD(CNuVector* w, CNuMatrix* v) {
+  WithMemory("CNuMatrix::SVD()", [&] {
+    CNuVector values(m_columns);
+    CNuMatrix right(m_columns, m_columns);
+    MutableElements a(*this);
+    const bool converged = DecomposeSingular(a.Data(), m_rows, m_columns, m_columns, values.GetData(), right.m_data[0],
+                                             m_columns, NuGetTol(), NuGetZero());
+    if (!converged) FailOperation(NuOperationFailed, kCalculation, "CNuMatrix::SVD()");
+    a.Store();
+    Output(w, std::move(values));
+    Output(v, std::move(right));
+  });
 }
 
-double CNuMatrix::Determinant() const try {
-  RequireSquare(*this, "CNuMatrix::Determinant()");
-  SmallBlock a(ElementCount(*this));
-  CopyOut(*this, a.Data());
-  if (!MeasureBlock(a.Data(), m_rows, m_rows, m_rows).finite) return std::numeric_limits<double>::quiet_NaN();
-  Permutation rows(m_rows);
-  // Only exact zeros make it 0: small pivots may meet large ones in the product.
-  const LuResult lu = FactorLu(a.Data(), m_rows, m_rows, rows.Data(), 0.0, 0.0);
-  return lu.singular ? 0.0 : LuDeterminant(a.Data(), m_rows, m_rows, lu.parity);
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuMatrix::Determinant()");
+double CNuMatrix::Determinant() const {
+  return WithMemory("CNuMatrix::Determinant()", [&] {
+    RequireSquare(*this, "CNuMatrix::Determinant()");
+    SmallBlock a(ElementCount(*this));
+    CopyOut(*this, a.Data());
+    if (!MeasureBlock(a.Data(), m_rows, m_rows, m_rows).finite) return std::numeric_limits<double>::quiet_NaN();
+    Permutation rows(m_rows);
+    // Only exact zeros make it 0: small pivots may meet large ones in the product.
+    const LuResult lu = FactorLu(a.Data(), m_rows, m_rows, rows.Data(), 0.0, 0.0);
+    return lu.singular ? 0.0 : LuDeterminant(a.Data(), m_rows, m_rows, lu.parity);
+  });
 }
 
 CNuMatrix CNuMatrix::Inverse(ENuStatus* status) {
@@ -288,47 +289,47 @@ CNuMatrix CNuMatrix::Inverse(ENuStatus* status) {
   });
 }
 
-void CNuMatrix::EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatrix* vectors) const try {
-  Output(status, NuStatusNone);
-  RequireSquare(*this, "CNuMatrix::EigenValuesVectors()");
-  Output(status, NuStatusComputed);
-  const int n = m_rows;
-  CNuVector real(n);
-  CNuMatrix columns(n, n);
-  const Elements a(*this);
-  bool converged = false;
-  bool complex = false;
-  if (IsSymmetricEnough(*this)) {
-    converged = DecomposeSymmetric(a.Data(), n, n, real.GetData(), columns.m_data[0], n);
-  } else {
-    Workspace<kSmall> imaginary(static_cast<std::size_t>(n));
-    converged = DecomposeGeneral(a.Data(), n, n, real.GetData(), imaginary.Data(), columns.m_data[0], n);
-    complex = converged && std::any_of(imaginary.Data(), imaginary.Data() + n, [](double im) { return im != 0.0; });
-  }
-  if (!converged) FailOperation(NuOperationFailed, kCalculation, "CNuMatrix::EigenValues()");
-  if (complex) Output(status, NuStatusComplex);
-  Output(values, std::move(real));
-  Output(vectors, std::move(columns));
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuMatrix::EigenValuesVectors()");
+void CNuMatrix::EigenValuesVectors(ENuStatus* status, CNuVector* values, CNuMatrix* vectors) const {
+  WithMemory("CNuMatrix::EigenValuesVectors()", [&] {
+    Output(status, NuStatusNone);
+    RequireSquare(*this, "CNuMatrix::EigenValuesVectors()");
+    Output(status, NuStatusComputed);
+    const int n = m_rows;
+    CNuVector real(n);
+    CNuMatrix columns(n, n);
+    const Elements a(*this);
+    bool converged = false;
+    bool complex = false;
+    if (IsSymmetricEnough(*this)) {
+      converged = DecomposeSymmetric(a.Data(), n, n, real.GetData(), columns.m_data[0], n);
+    } else {
+      Workspace<kSmall> imaginary(static_cast<std::size_t>(n));
+      converged = DecomposeGeneral(a.Data(), n, n, real.GetData(), imaginary.Data(), columns.m_data[0], n);
+      complex = converged && std::any_of(imaginary.Data(), imaginary.Data() + n, [](double im) { return im != 0.0; });
+    }
+    if (!converged) FailOperation(NuOperationFailed, kCalculation, "CNuMatrix::EigenValues()");
+    if (complex) Output(status, NuStatusComplex);
+    Output(values, std::move(real));
+    Output(vectors, std::move(columns));
+  });
 }
 
-CNuVector CNuMatrix::EigenValues(ENuStatus* status) try {
-  return ThroughCache<CNuVector>(*this, lastValues, status, [this](ENuStatus* reached) {
-    CNuVector values;
-    EigenValuesVectors(reached, &values, nullptr);
-    return values;
+CNuVector CNuMatrix::EigenValues(ENuStatus* status) {
+  return WithMemory("CNuMatrix::EigenValues()", [&] {
+    return ThroughCache<CNuVector>(*this, lastValues, status, [this](ENuStatus* reached) {
+      CNuVector values;
+      EigenValuesVectors(reached, &values, nullptr);
+      return values;
+    });
   });
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuMatrix::EigenValues()");
 }
 
-CNuMatrix CNuMatrix::EigenVectors(ENuStatus* status) try {
-  return ThroughCache<CNuMatrix>(*this, lastVectors, status, [this](ENuStatus* reached) {
-    CNuMatrix vectors;
-    EigenValuesVectors(reached, nullptr, &vectors);
-    return vectors;
+CNuMatrix CNuMatrix::EigenVectors(ENuStatus* status) {
+  return WithMemory("CNuMatrix::EigenVectors()", [&] {
+    return ThroughCache<CNuMatrix>(*this, lastVectors, status, [this](ENuStatus* reached) {
+      CNuMatrix vectors;
+      EigenValuesVectors(reached, nullptr, &vectors);
+      return vectors;
+    });
   });
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuMatrix::EigenVectors()");
 }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
-#include <new>
 #include <utility>
 
 #include "nu/engine/base/elementary.h"
@@ -21,11 +20,7 @@ using namespace nu::internal;
 namespace {
 
 double* AllocateComponents(int n, const char* where) {
-  try {
-    return new double[static_cast<std::size_t>(n)];
-  } catch (const std::bad_alloc&) {
-    throw CNuMemoryException(where);
-  }
+  return WithMemory(where, [&] { return new double[static_cast<std::size_t>(n)]; });
 }
 
 void RequireSameSize(const CNuVector& a, const CNuVector& b, const char* what) {

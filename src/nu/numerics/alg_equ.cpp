@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
-#include <new>
 #include <utility>
 
 #include "nu/engine/base/sort.h"

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <new>
 #include <utility>
 
 #include "nu/engine/quadrature/cubic_hermite.h"
@@ -32,11 +31,7 @@ const CNuDoubleArray& Checked(const CNuDoubleArray& x, const CNuDoubleArray& y) 
 
 CNuInterpolation::CNuInterpolation(const CNuDoubleArray& x, const CNuDoubleArray& y)
     : CNuNumericalAnalysis(NuTypeInterpolation), m_x(Checked(x, y)), m_y(y), m_slopes(y) {
-  try {
-    NaturalSpline(m_x.GetData(), GetSize()).Derivatives(m_y.GetData(), m_slopes.GetData());
-  } catch (const std::bad_alloc&) {
-    throw CNuMemoryException(kInit);
-  }
+  WithMemory(kInit, [&] { NaturalSpline(m_x.GetData(), GetSize()).Derivatives(m_y.GetData(), m_slopes.GetData()); });
 }
 
 CNuInterpolation& CNuInterpolation::operator=(CNuInterpolation other) noexcept {

@@ -1,7 +1,6 @@
 #include "nu/numerics/interpolation_2d.h"
 
 #include <cmath>
-#include <new>
 #include <utility>
 
 #include "nu/engine/quadrature/cubic_hermite.h"
@@ -40,7 +39,7 @@ CNuInterpolation2D::CNuInterpolation2D(const CNuDoubleArray& x, const CNuDoubleA
       m_slopesX(z),
       m_slopesY(z),
       m_slopesXY(z) {
-  try {
+  WithMemory(kInit, [&] {
     const NaturalSpline alongX(m_x.GetData(), GetSizeX());
     const NaturalSpline alongY(m_y.GetData(), GetSizeY());
     alongX.Derivatives(m_z.GetData(), m_slopesX.GetData(), GetSizeY());
@@ -48,9 +47,7 @@ CNuInterpolation2D::CNuInterpolation2D(const CNuDoubleArray& x, const CNuDoubleA
       alongY.Derivatives(m_z.GetData()[i], m_slopesY.GetData()[i]);
       alongY.Derivatives(m_slopesX.GetData()[i], m_slopesXY.GetData()[i]);
     }
-  } catch (const std::bad_alloc&) {
-    throw CNuMemoryException(kInit);
-  }
+  });
 }
 
 CNuInterpolation2D& CNuInterpolation2D::operator=(CNuInterpolation2D other) noexcept {

@@ -4,7 +4,6 @@
 #include <climits>
 #include <cmath>
 #include <memory>
-#include <new>
 #include <utility>
 
 #include "nu/foundation/internal/failures.h"
@@ -28,11 +27,7 @@ CNuPolynomial::CNuPolynomial(int n, const char* where)
     : CNuAlgebra(NuTypePolynomial), m_degree(n), m_data(m_local), m_local{} {
   if (n < kLocal) return;
   if (n == INT_MAX) throw CNuMemoryException(where);  // the coefficients cannot be counted
-  try {
-    m_data = new double[static_cast<std::size_t>(n) + 1]();
-  } catch (const std::bad_alloc&) {
-    throw CNuMemoryException(where);
-  }
+  m_data = WithMemory(where, [&] { return new double[static_cast<std::size_t>(n) + 1](); });
 }
 
 CNuPolynomial::CNuPolynomial(int n)
@@ -42,11 +37,7 @@ CNuPolynomial::CNuPolynomial(int n)
 CNuPolynomial::CNuPolynomial(const CNuPolynomial& other) : CNuPolynomial(other.m_degree, kCopy) {
   std::copy_n(other.m_data, m_degree + 1, m_data);
   if (other.m_chebyshev == nullptr) return;
-  try {
-    m_chebyshev = new CNuChebyshevPolynomialExpression(*other.m_chebyshev);
-  } catch (const std::bad_alloc&) {
-    throw CNuMemoryException(kCopy);
-  }
+  m_chebyshev = WithMemory(kCopy, [&] { return new CNuChebyshevPolynomialExpression(*other.m_chebyshev); });
 }
 
 CNuPolynomial::CNuPolynomial(CNuPolynomial&& other) noexcept : CNuPolynomial(0, kCopy) {
@@ -213,10 +204,6 @@ void CNuPolynomial::FitMinMax(double a, double b, double (*f)(double)) {
   CNuChebyshevPolynomialExpression expression(m_degree);
   expression.FitMinMax(a, b, f);
   CNuPolynomial fitted(expression.ToPolynomial());
-  try {
-    fitted.m_chebyshev = new CNuChebyshevPolynomialExpression(std::move(expression));
-  } catch (const std::bad_alloc&) {
-    throw CNuMemoryException(kCopy);
-  }
+  fitted.m_chebyshev = WithMemory(kCopy, [&] { return new CNuChebyshevPolynomialExpression(std::move(expression)); });
   Take(fitted);
 }

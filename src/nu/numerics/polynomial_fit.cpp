@@ -1,5 +1,4 @@
 #include <cmath>
-#include <new>
 
 #include "nu/engine/roots/polynomial_least_squares.h"
 #include "nu/foundation/double_array.h"
@@ -29,22 +28,23 @@ void CNuPolynomial::Fit(const CNuDoubleArray& x, const CNuDoubleArray& y) {
   Fit(x, y, &residualSum);
 }
 
-void CNuPolynomial::Fit(const CNuDoubleArray& x, const CNuDoubleArray& y, double* residualSum) try {
-  if (x.GetSize() != y.GetSize()) FailOperation(NuOperationSizeMismatch, "data checking", "CNuPolynomial::Fit()");
-  if (x.GetSize() == 0) throw CNuConstructionException(NuConstructionSize, "CNuMatrix", "number of rows/columns", 0, 0);
-  const Samples samples = {x.GetData(), y.GetData(), x.GetSize()};
-  const double tolerance = NuGetTol();
-  const double cut = tolerance > kSingular ? tolerance : kSingular;
-  CNuPolynomial fitted(m_degree);
-  if (!SolvePolynomial(samples, m_degree, cut, NuGetZero(), fitted.m_data)) {
-    FailOperation(NuOperationFailed, "calculation", "CNuMatrix::SVD()");
-  }
-  for (int i = 0; i <= m_degree; ++i) {
-    if (std::fabs(fitted.m_data[i]) < kVanishing) fitted.m_data[i] = 0.0;
-  }
-  const double sum = ResidualSum(samples, fitted.m_data, m_degree);
-  Take(fitted);
-  Output(residualSum, sum < tolerance ? 0.0 : sum);
-} catch (const std::bad_alloc&) {
-  throw CNuMemoryException("CNuPolynomial::Fit()");
+void CNuPolynomial::Fit(const CNuDoubleArray& x, const CNuDoubleArray& y, double* residualSum) {
+  WithMemory("CNuPolynomial::Fit()", [&] {
+    if (x.GetSize() != y.GetSize()) FailOperation(NuOperationSizeMismatch, "data checking", "CNuPolynomial::Fit()");
+    if (x.GetSize() == 0)
+      throw CNuConstructionException(NuConstructionSize, "CNuMatrix", "number of rows/columns", 0, 0);
+    const Samples samples = {x.GetData(), y.GetData(), x.GetSize()};
+    const double tolerance = NuGetTol();
+    const double cut = tolerance > kSingular ? tolerance : kSingular;
+    CNuPolynomial fitted(m_degree);
+    if (!SolvePolynomial(samples, m_degree, cut, NuGetZero(), fitted.m_data)) {
+      FailOperation(NuOperationFailed, "calculation", "CNuMatrix::SVD()");
+    }
+    for (int i = 0; i <= m_degree; ++i) {
+      if (std::fabs(fitted.m_data[i]) < kVanishing) fitted.m_data[i] = 0.0;
+    }
+    const double sum = ResidualSum(samples, fitted.m_data, m_degree);
+    Take(fitted);
+    Output(residualSum, sum < tolerance ? 0.0 : sum);
+  });
 }

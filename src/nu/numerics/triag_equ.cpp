@@ -1,7 +1,6 @@
 #include "nu/numerics/triag_equ.h"
 
 #include <cmath>
-#include <new>
 #include <utility>
 #include <vector>
 
@@ -49,14 +48,12 @@ void CNuTriagEqu::Store(const double* cosines, const double* sines, int degree) 
     if (!std::isfinite(cosines[k]) || (k > 0 && !std::isfinite(sines[k])))
       FailOperation(NuOperationFailed, "calculation", kSolve);
   }
-  try {
+  WithMemory(kSolve, [&] {
     const std::vector<double> found = TrigRoots(cosines, sines, degree);
     CNuDoubleArray roots(static_cast<int>(found.size()));
     for (const double root : found) roots.Add(root);
     m_roots = std::move(roots);
-  } catch (const std::bad_alloc&) {
-    throw CNuMemoryException(kSolve);
-  }
+  });
 }
 
 // The walk starts behind a gap that is no link, if there is one, so that no run goes across its end.

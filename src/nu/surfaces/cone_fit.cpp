@@ -37,7 +37,8 @@ Cone3 InCallersFrame(const ConeModel& m, const PointBlocks& blocks, double meanS
   const Vec3 direction = balanced ? WithLargestPositive(m.w) : std::copysign(1.0, fromApex) * m.w;
   return {{blocks.InCallersFrame(m.pivot - m.height * m.u), direction},
           -fromApex * Dot(direction, m.w) / blocks.Scale(),
-          std::fabs(m.angle)};
+          std::fabs(m.angle),
+          m.bothNappes};
 }
 
 FeatureFit<Cone3> LeastSquaresCone(PointView points, PointBlocks& blocks, const FitOptions& options) {
@@ -69,7 +70,9 @@ FeatureFit<Cone3> nu::internal::FitCone(PointView points, PointBlocks& blocks, c
 FeatureFit<Cone3> nu::internal::FitCone(PointView points, const FitOptions& options) {
   return Monitored(options, [&](const FitOptions& watched) {
     PointBlocks blocks = BlocksOf(points);
-    return FitCone(points, blocks, watched);
+    const auto found = FitCone(points, blocks, watched);
+    RequireBend(points, found.shape.toApex, kName);
+    return found;
   });
 }
 
@@ -82,7 +85,8 @@ void CNuConSurf::Fit(const CNuPointArray& points, double* form, double* sumSquar
   Output(form, 0.0);
   Output(sumSquares, 0.0);
   const bool wantsDeviations = form != nullptr || sumSquares != nullptr;
-  const auto found = FitCone(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations});
+  const auto found = WithMemory(
+      kName, [&] { return FitCone(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations}); });
   const Cone3& cone = found.shape;
   Place(DegreesOf(cone), ToPoint(StoredApex(cone)), ToVector(cone.axis.direction));
   StoreForm(found, form, sumSquares);

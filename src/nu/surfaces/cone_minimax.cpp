@@ -63,7 +63,8 @@ FeatureFit<Cone3> nu::internal::FitMinZoneCone(PointView points, const FitOption
 }
 
 void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  const auto found = FitMinZoneCone(ViewOf(points), {.maxIter = maxIter, .tol = tol});
+  const auto found =
+      WithMemory(kName, [&] { return FitMinZoneCone(ViewOf(points), {.maxIter = maxIter, .tol = tol}); });
   const Cone3& cone = found.shape;
   Place(DegreesOf(cone), ToPoint(StoredApex(cone)), ToVector(cone.axis.direction));
   Output(zone, found.form);

@@ -49,7 +49,9 @@ FeatureFit<Cylinder3> nu::internal::FitCylinder(PointView points, PointBlocks& b
 FeatureFit<Cylinder3> nu::internal::FitCylinder(PointView points, const FitOptions& options) {
   return Monitored(options, [&](const FitOptions& watched) {
     PointBlocks blocks = BlocksOf(points);
-    return FitCylinder(points, blocks, watched);
+    const auto found = FitCylinder(points, blocks, watched);
+    RequireBend(points, found.shape.radius, kName);
+    return found;
   });
 }
 
@@ -62,7 +64,8 @@ void CNuCylSurf::Fit(const CNuPointArray& points, double* form, double* sumSquar
   Output(form, 0.0);
   Output(sumSquares, 0.0);
   const bool wantsDeviations = form != nullptr || sumSquares != nullptr;
-  const auto found = FitCylinder(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations});
+  const auto found = WithMemory(
+      kName, [&] { return FitCylinder(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations}); });
   const Line3& axis = found.shape.axis;
   Place(found.shape.radius, ToPoint(axis.point), ToVector(axis.direction));
   StoreForm(found, form, sumSquares);

@@ -105,7 +105,8 @@ FeatureFit<Cylinder3> nu::internal::FitMinZoneCylinder(PointView points, const F
 }
 
 void CNuCylSurf::FitMin(const CNuPointArray& points, double tol, long maxIter) {
-  const Cylinder3 found = FitMinCylinder(ViewOf(points), {.maxIter = maxIter, .tol = tol}).shape;
+  const Cylinder3 found =
+      WithMemory(kName, [&] { return FitMinCylinder(ViewOf(points), {.maxIter = maxIter, .tol = tol}); }).shape;
   Place(found.radius, ToPoint(found.axis.point), ToVector(found.axis.direction));
 }
 
@@ -114,7 +115,8 @@ ENuFitResult CNuCylSurf::FitMinEx(const CNuPointArray& points, double tol, long 
 }
 
 void CNuCylSurf::FitMax(const CNuPointArray& points, double tol, long maxIter) {
-  const Cylinder3 found = FitMaxCylinder(ViewOf(points), {.maxIter = maxIter, .tol = tol}).shape;
+  const Cylinder3 found =
+      WithMemory(kName, [&] { return FitMaxCylinder(ViewOf(points), {.maxIter = maxIter, .tol = tol}); }).shape;
   Place(found.radius, ToPoint(found.axis.point), ToVector(found.axis.direction));
 }
 
@@ -123,7 +125,8 @@ ENuFitResult CNuCylSurf::FitMaxEx(const CNuPointArray& points, double tol, long 
 }
 
 void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  const auto found = FitMinZoneCylinder(ViewOf(points), {.maxIter = maxIter, .tol = tol});
+  const auto found =
+      WithMemory(kName, [&] { return FitMinZoneCylinder(ViewOf(points), {.maxIter = maxIter, .tol = tol}); });
   const Line3& axis = found.shape.axis;
   Place(found.shape.radius, ToPoint(axis.point), ToVector(axis.direction));
   Output(zone, found.form);

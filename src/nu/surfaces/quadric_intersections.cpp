@@ -55,11 +55,14 @@ template<class First, class Second>
 int Common(const First& first, const Second& second, CNuObjArray* result, const char* where) {
   RequireFinite(where, nu::internal::DataOf(first), nu::internal::DataOf(second));
   const QuadricTolerances tolerances{NuGetLengthTol(), NuGetDegreeTol(), ParallelTol(), NuGetZero(), NuGetTol()};
-  const auto parts = Intersect(RoundDataOf(first), RoundDataOf(second), tolerances);
-  if (!parts) FailOperation(NuOperationFailed, "calculation", where);
-  ObjectMaker maker{where, {}};
-  for (const CommonPart& part : *parts) std::visit(maker, part);
-  return HandOver(std::move(maker.objects), result);
+  NewObjects common = WithMemory(where, [&] {
+    const auto parts = Intersect(RoundDataOf(first), RoundDataOf(second), tolerances);
+    if (!parts) FailOperation(NuOperationFailed, "calculation", where);
+    ObjectMaker maker{where, {}};
+    for (const CommonPart& part : *parts) std::visit(maker, part);
+    return std::move(maker.objects);
+  });
+  return HandOver(std::move(common), result);
 }
 
 QuadricMatrix ToQuadric(const CNuMatrix& matrix) {

@@ -46,7 +46,7 @@ class NU_EXPORT CNuSphSurf : public CNuSurface {
   // points need no step; their `form` and `sumSquares` are 0.
   // Fails with CNuBestfitException ("CNuSphSurf"), the sphere unchanged, `form` and `sumSquares` 0 but for cause 13:
   //   13  maxIter < 1     1  fewer than 4 points     4  points in one plane
-  //   11  the points do not determine a sphere
+  //   11  the points do not determine a sphere, or its radius is 2^26 times as large as they reach
   //   12  maxIter, or 100 000, steps were used up
   void Fit(const CNuPointArray& points, long maxIter);
   void Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter);

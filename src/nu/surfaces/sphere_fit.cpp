@@ -42,10 +42,10 @@ Vec3 SnapNearZero(Vec3 centre) {
   return centre;
 }
 
-FeatureFit<Sphere3> LeastSquaresSphere(PointBlocks& blocks, const FitOptions& options) {
+FeatureFit<Sphere3> LeastSquaresSphere(PointView points, PointBlocks& blocks, const FitOptions& options) {
   const Vec3 origin = blocks.Origin();
   RoundLeastSquares<3> fit(blocks, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}});
-  if (!fit.Start()) FailFit(kNumericalFailure, kName);
+  if (!fit.Start(points)) FailFit(kNumericalFailure, kName);
   const Vec3 startWorld = SnapNearZero(origin + fit.Centre());
   if (startWorld.x == 0.0 || startWorld.y == 0.0 || startWorld.z == 0.0) fit.MoveCentre(startWorld - origin);
   const Vec3 start = fit.Centre();
@@ -70,7 +70,7 @@ FeatureFit<Sphere3> nu::internal::FitSphere(PointView points, PointBlocks& block
   RequireCount(points, kLeastPoints, kName);
   if (LieInOnePlane(points, NuGetLengthTol())) FailFit(kCoplanarPoints, kName, kLeastPoints);
   const bool exact = points.Size() == kLeastPoints;
-  const auto found = exact ? FitOf(SphereThroughFour(points, blocks), {}) : LeastSquaresSphere(blocks, options);
+  const auto found = exact ? FitOf(SphereThroughFour(points, blocks), {}) : LeastSquaresSphere(points, blocks, options);
   if (!IsFinite(found.shape)) FailFit(kNumericalFailure, kName);
   return found;
 }
@@ -78,7 +78,9 @@ FeatureFit<Sphere3> nu::internal::FitSphere(PointView points, PointBlocks& block
 FeatureFit<Sphere3> nu::internal::FitSphere(PointView points, const FitOptions& options) {
   return Monitored(options, [&](const FitOptions& watched) {
     PointBlocks blocks = BlocksOf(points);
-    return FitSphere(points, blocks, watched);
+    const auto found = FitSphere(points, blocks, watched);
+    RequireBend(points, found.shape.radius, kName);
+    return found;
   });
 }
 
@@ -91,7 +93,8 @@ void CNuSphSurf::Fit(const CNuPointArray& points, double* form, double* sumSquar
   Output(form, 0.0);
   Output(sumSquares, 0.0);
   const bool wantsDeviations = form != nullptr || sumSquares != nullptr;
-  const auto found = FitSphere(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations});
+  const auto found = WithMemory(
+      kName, [&] { return FitSphere(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations}); });
   Place(found.shape.radius, ToPoint(found.shape.centre));
   StoreForm(found, form, sumSquares);
 }

@@ -70,9 +70,13 @@ FeatureFit<Sphere3> MinimalSphericalShell(PointView points, PointBlocks& blocks,
 FeatureFit<Sphere3> MinimumZone(PointView points, const FitOptions& options) {
   if (LieInOnePlane(points, options.tol)) return FlatZone(points, options);
   PointBlocks blocks = BlocksOf(points);
+  blocks.Keep();
   const auto start =
       FitSphere(points, blocks, {.maxIter = options.maxIter, .wantsDeviations = true, .monitor = options.monitor});
-  if (start.form < options.tol) return {start.shape};
+  if (start.form < options.tol) {
+    RequireBend(points, start.shape.radius, kName);
+    return {start.shape};
+  }
   return MinimalSphericalShell(points, blocks, start.shape, options);
 }
 
@@ -113,7 +117,7 @@ void CNuSphSurf::Place(double radius, const CNuPoint& centre) {
 }
 
 void CNuSphSurf::FitMin(const CNuPointArray& points, double tol) {
-  const Sphere3 found = FitMinSphere(ViewOf(points), {.tol = tol}).shape;
+  const Sphere3 found = WithMemory(kName, [&] { return FitMinSphere(ViewOf(points), {.tol = tol}); }).shape;
   Place(found.radius, ToPoint(found.centre));
 }
 
@@ -124,7 +128,7 @@ ENuFitResult CNuSphSurf::FitMinEx(const CNuPointArray& points, double tol) {
 }
 
 void CNuSphSurf::FitMax(const CNuPointArray& points, double tol) {
-  const Sphere3 found = FitMaxSphere(ViewOf(points), {.tol = tol}).shape;
+  const Sphere3 found = WithMemory(kName, [&] { return FitMaxSphere(ViewOf(points), {.tol = tol}); }).shape;
   Place(found.radius, ToPoint(found.centre));
 }
 
@@ -134,7 +138,8 @@ ENuFitResult CNuSphSurf::FitMaxEx(const CNuPointArray& points, double tol) {
 }
 
 void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  const auto found = FitMinZoneSphere(ViewOf(points), {.maxIter = maxIter, .tol = tol});
+  const auto found =
+      WithMemory(kName, [&] { return FitMinZoneSphere(ViewOf(points), {.maxIter = maxIter, .tol = tol}); });
   Place(found.shape.radius, ToPoint(found.shape.centre));
   Output(zone, found.form);
 }

@@ -63,9 +63,14 @@ int CNuSphSurf::IntersectWith(const CNuPlane& plane, CNuObjArray* result) const 
 }
 
 int CNuSphSurf::IntersectWith(const CNuSphSurf& other, CNuObjArray* result) const {
-  NewObjects found;
-  if (std::unique_ptr<CNuObject> section = Section(DataOf(*this), DataOf(other))) found.push_back(std::move(section));
-  return HandOver(std::move(found), result);
+  return HandOver(WithMemory(kWithSphere,
+                             [&] {
+                               NewObjects found;
+                               auto section = Section(DataOf(*this), DataOf(other));
+                               if (section != nullptr) found.push_back(std::move(section));
+                               return found;
+                             }),
+                  result);
 }
 
 // Transformations act on rows: (p, 1) T is the local point, so Q = T Q0 T^T.

@@ -12,17 +12,18 @@ using namespace nu::internal;
 
 void CNuSurface::QuadricAxes(const CNuPointArray& points, const CNuPoint& meanPoint, CNuPoint* axisPoint,
                              CNuVector* axisDirection) {
-  const PointSample sample(ViewOf(points));
+  constexpr const char* where = "CNuSurface::QuadricAxes()";
   nu::internal::QuadricAxes found;
   Vec3 fromMean;
-  if (sample.View().Size() > 0) {
+  WithMemory(where, [&] {
+    const PointSample sample(ViewOf(points));
+    if (sample.View().Size() == 0) return;
     PointBlocks blocks(sample.View(), LoadVec3(sample.View()[sample.View().Size() / 2]));
     const FourthMoments moments = FindFourthMoments(blocks);
     found = FindQuadricAxes(moments);
     fromMean = blocks.InCallersFrame(moments.mean + found.centre) - Components(meanPoint);
-  }
-  if (!found.solvable || !IsFinite(fromMean))
-    FailOperation(NuOperationFailed, "calculation", "CNuSurface::QuadricAxes()");
+  });
+  if (!found.solvable || !IsFinite(fromMean)) FailOperation(NuOperationFailed, "calculation", where);
   const Vec3 direction = WithLargestPositive(found.axis[0]);
   Output(axisPoint, meanPoint + ToPoint(Rejection(fromMean, direction)));
   Output(axisDirection, ToVector(direction));

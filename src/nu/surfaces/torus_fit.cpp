@@ -58,7 +58,8 @@ FeatureFit<Torus3> nu::internal::FitMinTorus(PointView points, const FitOptions&
 }
 
 void CNuTorSurf::FitMin(const CNuPointArray& points, double tol, long maxIter) {
-  const Torus3 torus = FitMinTorus(ViewOf(points), {.maxIter = maxIter, .tol = tol}).shape;
+  const Torus3 torus =
+      WithMemory(kName, [&] { return FitMinTorus(ViewOf(points), {.maxIter = maxIter, .tol = tol}); }).shape;
   Place(torus.majorRadius, torus.minorRadius, ToPoint(torus.centre), ToVector(torus.axis));
 }
 

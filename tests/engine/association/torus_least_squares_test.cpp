@@ -11,7 +11,7 @@ namespace {
 using namespace nu::internal;
 
 // Full rings and arcs, full tubes and parts of them, anywhere in space: the optimum is never worse than the torus from
-// which the points were made.
+// which the points were made; nor is one of a known minor radius with all points outside, from a start of another axis.
 TEST(TorusLeastSquaresTest, FindsATorusNoWorseThanTheOneThatWasMeasured) {
   std::mt19937 random(1);
   std::uniform_real_distribution<double> unit(-1.0, 1.0);
@@ -27,17 +27,25 @@ TEST(TorusLeastSquaresTest, FindsATorusNoWorseThanTheOneThatWasMeasured) {
           const Vec3 q{rho * std::cos(a), rho * std::sin(a), 6.0 * std::sin(b)};
           points.push_back(f.origin + q.x * f.x + q.y * f.y + q.z * f.z + noise * vector());
         }
-        double truth = 0.0;
+        constexpr double kBelow = 2e-3;
+        double truth = 0.0, truthOutside = 0.0;
         for (const Vec3& p : points) {
           const Vec3 q = f.Local(p);
           const double e = std::hypot(std::hypot(q.x, q.y) - 20.0, q.z) - 6.0;
           truth += e * e;
+          truthOutside += (e + kBelow) * (e + kBelow);
         }
         FitProblem problem;
         problem.points = {&points[0].x, sizeof(Vec3), points.size()};
         const FittedFeature found = LeastSquaresTorus(problem);
         ASSERT_EQ(found.end, FitEnd::converged);
         EXPECT_LE(std::sqrt(found.objective), std::sqrt(truth) + 1e-12);
+        problem.side = PointSide::positive;
+        problem.fixed = 1U << kSize1;
+        const AxisFrame across = AxisFrame::Along(f.origin, Unit(f.z + 0.7 * f.x));
+        const FittedFeature outside = FitNear(problem, {FeatureKind::torus, across, {10.0, 6.0 - kBelow}});
+        ASSERT_EQ(outside.end, FitEnd::converged);
+        EXPECT_LE(std::sqrt(outside.objective), std::sqrt(truthOutside) + 1e-12);
       }
     }
   }

@@ -56,7 +56,7 @@ std::string ProbeText(const ReportedExplanation& explanation) {
   return Sentence(" One more point helps most near (%.6g, %.6g, %.6g).", p.x, p.y, p.z);
 }
 
-std::string Remedy(const AssociationState& state, int cause, int needed, double tol) {
+std::string Remedy(const AssociationState& state, ENuCriterion criterion, int cause, int needed, double tol) {
   const PointsSummary points = SummaryOf(state.points, tol);
   const int count = static_cast<int>(points.count);
   if (cause == NuBestfitTooFewPoints)
@@ -96,6 +96,8 @@ std::string Remedy(const AssociationState& state, int cause, int needed, double 
       if (state.options.fixed.Mask() != 0 || state.options.start)
         return "No feature with the fixed parameters is an optimum next to the start: release a parameter that "
                "contradicts the points, or start from a feature nearer to them.";
+      if (criterion == NuMaximumInscribed)
+        return "The points leave a way out for the largest feature without a point inside: measure all around it.";
       return Sentence(
           "The points extend over %.3g by %.3g by %.3g in the unit of the coordinates, an arc of %.3g degrees at most, "
           "and do not determine the feature: measure where it curves, or fix a parameter.",
@@ -103,12 +105,15 @@ std::string Remedy(const AssociationState& state, int cause, int needed, double 
   }
 }
 
-// Least squares depend on all points; a zone, a circumscribed or an inscribed feature on its contacts alone. Of a
-// feature of a fixed size on one side of the material both count, and the points tell what they leave open.
+// Least squares depend on all points; a zone, a circumscribed or an inscribed feature on its contacts alone; least
+// squares on one side of the material on both.
 Covariance UncertaintyOf(const AssociationState& state, UnknownMask free, const ReportData& data, int* contacts) {
-  if (!data.hasCertificate) return CovarianceOf(state.points, WeightsOf(state.options), data.feature, free);
+  const double* weights = WeightsOf(state.options);
+  const bool isSquares = data.criterion == NuLeastSquares;
+  if (isSquares && state.options.side == NuEitherSide) return CovarianceOf(state.points, weights, data.feature, free);
   const ContactAccount account = ContactsOf(state, free, data);
   *contacts = account.holding;
+  if (isSquares) return SensitivityOfSquares(state.points, weights, data.feature, account, free);
   return SensitivityToContacts(state.points, data.feature, ContactCriterionOf(data.criterion, state.options.side),
                                account, free);
 }
@@ -148,9 +153,9 @@ void ExplainFailure(const AssociationState& state, double tol, ReportData* data)
   if (data->end == NuCancelled) {
     explanation.text = "The monitor cancelled the fit.";
   } else if (const auto* failure = std::get_if<CNuBestfitException>(&data->failure)) {
-    explanation.text = Remedy(state, failure->GetCause(), failure->GetSize(), tol);
+    explanation.text = Remedy(state, data->criterion, failure->GetCause(), failure->GetSize(), tol);
   } else {
-    explanation.text = Remedy(state, NuBestfitNumericalFailure, 0, tol);
+    explanation.text = Remedy(state, data->criterion, NuBestfitNumericalFailure, 0, tol);
   }
 }
 

@@ -77,8 +77,16 @@ inline bool IsPlain(const AssociationOptions& options) {
 
 template<class Class>
 struct FoundFeature {
+  // As its deviations count.
+  Feature AsFound() const {
+    Feature found = FeatureOf(feature);
+    found.bothNappes = bothNappes;
+    return found;
+  }
+
   Class feature = AnyOf<Class>();
   PlainForm form;
+  bool bothNappes = false;  // of a cone, which does not say by itself how its fit has counted the points
 };
 
 // Its class has no such fit; the one for constrained features starts on its own.
@@ -96,6 +104,7 @@ void RunPlainFit(const AssociationState& state, ENuCriterion criterion, double t
   const FitOptions options{
       .maxIter = state.options.maxSteps, .tol = tol, .wantsDeviations = wantsForm, .monitor = monitor};
   const PlainOutcome outcome = FitPlainly(state.points, criterion, options, &found->feature);
+  found->bothNappes = outcome.bothNappes;
   const bool hasForm = criterion == NuLeastSquares || criterion == NuMinimumZone;
   if (wantsForm && hasForm) found->form.form = outcome.form;
   if (!wantsForm || criterion != NuLeastSquares) return;
@@ -108,13 +117,13 @@ void RunPlainFit(const AssociationState& state, ENuCriterion criterion, double t
 template<class Class>
 Feature StartFor(const AssociationState& state, ENuCriterion criterion, double tol) {
   const AssociationOptions& options = state.options;
-  if (options.start) return options.start->feature;
+  if (options.start) return WithNappes(options.start->feature, state.points);
   FoundFeature<Class> found;
   const Feature any = FeatureOf(found.feature);
   if (IsTorusByLeastSquares<Class>(criterion)) return RoughStart(any.kind, options.fixed, state.points);
   try {
     RunPlainFit(state, criterion, tol, {}, &found);
-    return FeatureOf(found.feature);
+    return found.AsFound();
   } catch (const CNuBestfitException&) {
     const bool isRough = HasRoughStart(any.kind) && options.fixed.Mask() != 0 && state.points.Size() > 0;
     if (!isRough || !ExtentsOf(state.points).isFinite) throw;
@@ -131,6 +140,7 @@ void RunConstrainedFit(const AssociationState& state, ENuCriterion criterion, do
   const FittedFeature fit = FitConstrained(state, criterion, start, tol, monitor);
   RequireConverged(fit.end, rules.name);
   Store(fit.feature, &found->feature);
+  found->bothNappes = fit.feature.bothNappes;
   if (criterion == NuLeastSquares) found->form.sumSquares = fit.objective;
 }
 
@@ -141,7 +151,7 @@ inline double LengthTolOf(const AssociationOptions& options) {
 template<class Class>
 void Account(const AssociationState& state, double tol, const FoundFeature<Class>& found, ReportData* data) {
   if (data->details == NuDetailNone) return;
-  Feature feature = AccountedFeature(FeatureOf(found.feature), data->criterion, state.points, tol);
+  Feature feature = AccountedFeature(found.AsFound(), data->criterion, state.points, tol);
   if (feature.kind == FeatureKind::circleInSpace && state.options.side != NuEitherSide)
     feature.kind = FeatureKind::circle;
   FillDetails(state, feature, found.form, data);
@@ -209,11 +219,10 @@ CNuAssociationReport RefitFeature(const AssociationState& state, ENuCriterion cr
   });
 }
 
-// A better feature as its class keeps and measures it. One whose points are on both sides of the apex of a cone counts
-// them from both nappes, which the bound does not hold for, and an apex too far away for its digits spoils a cone: what
-// is not better then is left alone.
+// A better feature as its class keeps it. An apex too far away for its digits spoils a cone: one that is not better
+// then is left alone.
 template<class Class>
-void TakeBetter(const AssociationState& state, ENuCriterion criterion, const Feature& known, const GlobalBound& bound,
+void TakeBetter(const AssociationState& state, const Feature& known, const GlobalBound& bound,
                 FoundFeature<Class>* found, ReportData* data) {
   const double tol = LengthTolOf(state.options);
   const bool isTorus = kRules<Class>.type == CNuObject::NuTypeTorSurf;
@@ -222,9 +231,8 @@ void TakeBetter(const AssociationState& state, ENuCriterion criterion, const Fea
   Store(WithCanonicalSense(better), &taken.feature);
   if (known.kind == FeatureKind::cone) {
     const double before = FormOf(state.points, known);
-    const Feature cone = AccountedFeature(FeatureOf(taken.feature), criterion, state.points, tol);
-    data->value = FormOf(state.points, cone);
-    data->isGlobal = bound.proven && !cone.bothNappes && data->value < before;
+    data->value = FormOf(state.points, taken.AsFound());
+    data->isGlobal = bound.proven && data->value < before;
     if (!(data->value < before)) {
       data->value = before;
       return;
@@ -246,7 +254,7 @@ CNuAssociationReport ProveFeature(const AssociationState& state, ENuCriterion cr
     auto data = FitInto(state, criterion, &found);
     if (data->end != NuConverged) return CNuAssociationReport(std::move(data));
     const double tol = LengthTolOf(state.options);
-    const Feature known = AccountedFeature(FeatureOf(found.feature), criterion, state.points, tol);
+    const Feature known = AccountedFeature(found.AsFound(), criterion, state.points, tol);
     Monitor monitor(state.options);
     const GlobalBound bound = BoundOf(state, criterion, known, {.boxes = budget, .monitor = monitor.ForEngine()});
     monitor.Rethrow();
@@ -258,7 +266,7 @@ CNuAssociationReport ProveFeature(const AssociationState& state, ENuCriterion cr
       return CNuAssociationReport(std::move(data));
     }
     data->isGlobal = bound.proven;
-    if (bound.improved) TakeBetter(state, criterion, known, bound, &found, data.get());
+    if (bound.improved) TakeBetter(state, known, bound, &found, data.get());
     return Delivered(std::move(data), found, feature);
   });
 }

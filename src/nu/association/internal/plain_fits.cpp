@@ -12,6 +12,12 @@ PlainOutcome Stored(const FeatureFit<Shape>& found, Class* feature) {
   return {found.form, found.deviations};
 }
 
+PlainOutcome Stored(const FeatureFit<Cone3>& found, CNuConSurf* cone) {
+  PlainOutcome outcome = Stored<Cone3, CNuConSurf>(found, cone);
+  outcome.bothNappes = found.shape.bothNappes;
+  return outcome;
+}
+
 }  // namespace
 
 PlainOutcome FitPlainly(PointView points, ENuCriterion criterion, const FitOptions& options, CNuLine* line) {

@@ -10,8 +10,9 @@ namespace nu::internal {
 
 // What a fit tells beside the feature.
 struct PlainOutcome {
-  double form = 0.0;      // of least squares when it is wanted, or the width of the zone
-  Deviations deviations;  // of least squares when they are wanted
+  double form = 0.0;        // of least squares when it is wanted, or the width of the zone
+  Deviations deviations;    // of least squares when they are wanted
+  bool bothNappes = false;  // see Feature
 };
 
 // The criterion is one that the class has, but not the least squares of a torus, whose minimum zone is a circle in

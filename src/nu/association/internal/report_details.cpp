@@ -7,6 +7,7 @@
 #include "nu/association/internal/explanation.h"
 #include "nu/engine/association/contact_account.h"
 #include "nu/engine/association/form_parameters.h"
+#include "nu/engine/least_squares/cone_start.h"
 #include "nu/engine/points/alignment.h"
 #include "nu/engine/points/principal_direction.h"
 #include "nu/geometry/internal/fit_guards.h"
@@ -26,19 +27,6 @@ Feature AccountedLine(const Feature& line, ENuCriterion criterion, PointView poi
   if (criterion != NuMinimumZone || LieOnOneLine(points, tol) || !LieInOnePlane(points, tol)) return line;
   PointBlocks blocks(points, LoadVec3(points[points.Size() / 2]));
   return LineInPlane(line, FindPrincipalDirection(blocks, Extent::smallest).direction);
-}
-
-// Points on both sides of the apex count each from its own nappe.
-Feature AccountedCone(Feature cone, PointView points) {
-  bool before = false;
-  bool behind = false;
-  for (std::size_t i = 0; i < points.Size(); ++i) {
-    const double height = Dot(LoadVec3(points[i]) - cone.frame.origin, cone.frame.z);
-    before = before || height > 0.0;
-    behind = behind || height < 0.0;
-  }
-  cone.bothNappes = before && behind;
-  return cone;
 }
 
 // A distance has no sign: the points lie within a cylinder or a tube.
@@ -109,11 +97,19 @@ ContactAccount ContactsOf(const AssociationState& state, UnknownMask free, const
 Feature AccountedFeature(const Feature& feature, ENuCriterion criterion, PointView points, double tol) {
   Feature accounted = feature;
   if (feature.kind == FeatureKind::line) accounted = AccountedLine(feature, criterion, points, tol);
-  if (feature.kind == FeatureKind::cone) accounted = AccountedCone(feature, points);
   if (criterion != NuMinimumZone) return accounted;
   if (feature.kind == FeatureKind::torus) accounted.kind = FeatureKind::circleInSpace;
   if (feature.kind == FeatureKind::circle && !LieInOnePlane(points, tol)) accounted.kind = FeatureKind::circleInSpace;
   return accounted;
+}
+
+Feature WithNappes(const Feature& feature, PointView points) {
+  if (feature.kind != FeatureKind::cone || points.Size() == 0) return feature;
+  Feature both = feature;
+  both.bothNappes = true;
+  const double one = FindForm(points, feature, nullptr).rootMeanSquare;
+  const double part = FindForm(points, both, nullptr).rootMeanSquare / one;
+  return part * part <= kBothNappes ? both : feature;
 }
 
 double FormOf(PointView points, const Feature& feature) {

@@ -14,6 +14,10 @@ namespace nu::internal {
 // circles in space are kinds of their own.
 Feature AccountedFeature(const Feature& feature, ENuCriterion criterion, PointView points, double tol);
 
+// A cone as its points are meant: from both nappes where that leaves so little of what one nappe leaves as the
+// least-squares fit asks for. Other features as they are.
+Feature WithNappes(const Feature& feature, PointView points);
+
 // What the fit tells of its own.
 struct PlainForm {
   std::optional<double> form;          // of least squares, or the width of the zone

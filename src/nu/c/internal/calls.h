@@ -66,7 +66,9 @@ enum class Tag : std::uint32_t {
   kAssociation = 0x6e750001,
   kReport = 0x6e750002,
   kIntersection = 0x6e750003,
-  kCurve = 0x6e750004
+  kCurve = 0x6e750004,
+  kPart = 0x6e750005,
+  kCandidates = 0x6e750006
 };
 
 template<class Handle>

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "nu/association/association.h"
+#include "nu/association/association_part.h"
 #include "nu/association/association_report.h"
 #include "nu/c/internal/calls.h"
 #include "nu/curves/composite_curve.h"
@@ -33,6 +34,20 @@ struct nu_intersection {
 
   nu::internal::c::Tag tag = kTag;
   std::vector<std::unique_ptr<const CNuObject>> elements;
+};
+
+struct nu_part {
+  static constexpr auto kTag = nu::internal::c::Tag::kPart;
+
+  nu::internal::c::Tag tag = kTag;
+  CNuAssociationPart part;
+};
+
+struct nu_candidates {
+  static constexpr auto kTag = nu::internal::c::Tag::kCandidates;
+
+  nu::internal::c::Tag tag = kTag;
+  CNuAssociationCandidates candidates;
 };
 
 struct nu_curve {

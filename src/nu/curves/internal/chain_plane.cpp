@@ -2,8 +2,12 @@
 
 #include "nu/curves/internal/curve_pieces.h"
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/chains/self_contact.h"
 #include "nu/engine/points/principal_direction.h"
+#include "nu/engine/shapes/incidence.h"
 #include "nu/foundation/constants.h"
+#include "nu/foundation/internal/failures.h"
+#include "nu/geometry/internal/conversions.h"
 
 namespace nu::internal {
 
@@ -77,6 +81,31 @@ double LargestDistance(const PieceChain& chain, const Plane3& plane) {
     if (const Arc3* arc = chain.ArcAt(i)) include(LargestDistance(*arc, plane));
   }
   return largest;
+}
+
+double TolOf(const PieceChain& chain) {
+  return CoincidenceTol(NuGetLengthTol(), chain.LargestCoordinate());
+}
+
+CNuVector PlaneNormalOf(const CNuBoundedCurve& curve) {
+  return WithMemory("CNuBoundedCurve::GetStartData()", [&] {
+    const PieceChain chain = PiecesOf(curve);
+    return ToVector(CarrierOf(chain, TolOf(chain)).normal);
+  });
+}
+
+double HeightOf(const CNuBoundedCurve& curve) {
+  return WithMemory("CNuBoundedCurve::IsPlanar()", [&] {
+    const PieceChain chain = PiecesOf(curve);
+    return LargestDistance(chain, CarrierOf(chain, TolOf(chain)));
+  });
+}
+
+bool TouchesItself(const CNuBoundedCurve& curve) {
+  return WithMemory("CNuBoundedCurve::IsSelfIntersecting()", [&] {
+    const PieceChain chain = PiecesOf(curve);
+    return TouchesItself(chain, TolOf(chain));
+  });
 }
 
 }  // namespace nu::internal

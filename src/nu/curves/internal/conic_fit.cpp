@@ -18,6 +18,11 @@ constexpr int kLeastPoints = 5;
 // A fit of more points than are a sample elsewhere starts from that of so many of them.
 constexpr std::size_t kSampleSize = PointSample::kMostPoints / 2;
 
+// A sample whose mean squared deviation is less than that of all points by this factor has missed points far off,
+// unless both are rounding errors: those are below this part of the spread.
+constexpr double kUnlike = 4.0;
+constexpr double kRounding = 16.0 * std::numeric_limits<double>::epsilon();
+
 // Points whose deviations are below this part of their smaller spread are clearly on one curve. Around others there may
 // be several optima.
 constexpr double kClear = 0.1;
@@ -94,36 +99,57 @@ bool IsOptimum(ConicKind kind, PointBlocks& points, const PlaneAxes& axes, const
 }
 
 // The best of all optima, or the best other conic where there is none.
-ConicEquation BestStart(ConicKind kind, PointBlocks& points, const PlaneAxes& axes, const ConicStarts& starts) {
+Optimum BestStart(ConicKind kind, PointBlocks& points, const PlaneAxes& axes, const ConicStarts& starts) {
   const Optima optima = OptimaFrom(kind, points, starts);
-  return (IsOptimum(kind, points, axes, optima) ? optima.own : optima.other).equation;
+  return IsOptimum(kind, points, axes, optima) ? optima.own : optima.other;
 }
 
-// The start that a sample gives for all points, whose blocks keep their unit.
-ConicStarts StartFromSample(ConicKind kind, PointView points, const Vec3& origin, const PlaneAxes& axes) {
+// The start that a sample gives for all points, whose blocks keep their unit. `mostSquares` is the largest sum of
+// squares of all points for which the sample stands.
+ConicStarts StartFromSample(ConicKind kind, PointView points, const Vec3& origin, const PlaneAxes& axes,
+                            double& mostSquares) {
   const PointSample sample(points, kSampleSize);
   PointBlocks few(sample.View(), origin);
   few.Keep();
   ConicStarts starts = AlgebraicFits(kind, few, axes);
   if (starts.count == 0) return starts;
-  starts.equation[0] = BestStart(kind, few, axes, starts);
+  const Optimum best = BestStart(kind, few, axes, starts);
+  starts.equation[0] = best.equation;
   starts.count = 1;
   starts.frame.unit /= few.Scale();
+  const double rounding = kRounding * starts.frame.unit;
+  const double meanSquare = best.sumSquares / (few.Scale() * few.Scale()) / static_cast<double>(few.Size());
+  mostSquares = static_cast<double>(points.Size()) * (kUnlike * meanSquare + rounding * rounding);
   starts.frame.origin = (1.0 / few.Scale()) * starts.frame.origin;
   return starts;
 }
 
+// A fit that ends at once where the sum of squares is too large.
+struct BoundedFit {
+  ConicLeastSquares& fit;
+  double mostSquares;
+
+  GaussNewtonStep SolveStep() {
+    GaussNewtonStep step = fit.SolveStep();
+    step.solvable = step.solvable && fit.SumSquares() <= mostSquares;
+    return step;
+  }
+  void TakeStep() { fit.TakeStep(); }
+};
+
 // The tolerance is a length squared, and would be a coarse one for points within a thousandth of a unit.
-GaussNewtonEnd RunFrom(const ConicModel& start, double scale, const FitOptions& options, ConicLeastSquares& fit) {
+GaussNewtonEnd RunFrom(const ConicModel& start, double scale, const FitOptions& options, ConicLeastSquares& fit,
+                       double mostSquares = std::numeric_limits<double>::infinity()) {
   fit.Place(start);
+  BoundedFit bounded{fit, mostSquares};
   const double size = std::min(1.0, start.frame.unit / scale);
-  const GaussNewtonEnd end = RunGaussNewton(fit, {.tolerance = NuGetTol() * size * size,
-                                                  .large = NuGetLarge(),
-                                                  .limit = std::min<long>(options.maxIter, kMostSteps),
-                                                  .takesLastStep = true,
-                                                  .endsAtGrowth = false,
-                                                  .endsBeforeLimit = true,
-                                                  .monitor = options.monitor});
+  const GaussNewtonEnd end = RunGaussNewton(bounded, {.tolerance = NuGetTol() * size * size,
+                                                      .large = NuGetLarge(),
+                                                      .limit = std::min<long>(options.maxIter, kMostSteps),
+                                                      .takesLastStep = true,
+                                                      .endsAtGrowth = false,
+                                                      .endsBeforeLimit = true,
+                                                      .monitor = options.monitor});
   return end == GaussNewtonEnd::limitReached && options.maxIter > kMostSteps ? GaussNewtonEnd::unsolvable : end;
 }
 
@@ -147,19 +173,26 @@ FeatureFit<FittedConic> Solve(const ConicFitRule& rule, PointView points, const 
   const PlaneAxes axes = AxesAcross(plane.normal, plane.point);
   PointBlocks blocks(points, axes.origin);
   const bool isSampled = points.Size() > PointSample::kMostPoints;
-  const ConicStarts starts =
-      isSampled ? StartFromSample(kind, points, blocks.Origin(), axes) : AlgebraicFits(kind, blocks, axes);
+  double most = std::numeric_limits<double>::infinity();
+  ConicStarts starts =
+      isSampled ? StartFromSample(kind, points, blocks.Origin(), axes, most) : AlgebraicFits(kind, blocks, axes);
   if (starts.count == 0) FailFit(kNumericalFailure, name);
   blocks.Keep();
   ConicLeastSquares fit(blocks);
-  const double scale = blocks.Scale();
-  GaussNewtonEnd end = RunFrom(ModelOf(kind, starts.frame, starts.equation[0]), scale, options, fit);
+  GaussNewtonEnd end = RunFrom(ModelOf(kind, starts.frame, starts.equation[0]), blocks.Scale(), options, fit, most);
+  if (isSampled && fit.SumSquares() > most) {
+    starts = AlgebraicFits(kind, blocks, axes);
+    if (starts.count == 0) FailFit(kNumericalFailure, name);
+    end = RunFrom(ModelOf(kind, starts.frame, starts.equation[0]), blocks.Scale(), options, fit);
+  }
   if (!isSampled && !IsClear(fit, points.Size())) {
-    end = RunFrom(ModelOf(kind, starts.frame, BestStart(kind, blocks, axes, starts)), scale, options, fit);
+    end = RunFrom(ModelOf(kind, starts.frame, BestStart(kind, blocks, axes, starts).equation), blocks.Scale(), options,
+                  fit);
   }
   PlacedConic conic;
   RequireConverged(end, name, name);
   if (!Place(fit.Model(), conic)) FailFit(kNumericalFailure, name);
+  const double scale = blocks.Scale();
   const double a = conic.a / scale;
   const double b = conic.b / scale;
   const Vec3 axis = Unit(conic.axis);

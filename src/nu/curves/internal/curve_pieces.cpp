@@ -14,6 +14,8 @@ namespace nu::internal {
 
 namespace {
 
+constexpr const char* kDistance = "CNuBoundedCurve::DistanceTo()";
+
 PieceChain PiecesOf(const CNuPointArray& points) {
   PieceChain chain;
   const int size = points.GetSize();
@@ -29,7 +31,7 @@ PieceChain PiecesOf(const CNuPointArray& points) {
 }
 
 [[noreturn]] void FailUnsupportedCurve() {
-  FailOperation(NuOperationUnsupported, "calculation", "CNuBoundedCurve::DistanceTo()");
+  FailOperation(NuOperationUnsupported, "calculation", kDistance);
 }
 
 Segment3 EndsOf(const CNuLineSegment& segment) {
@@ -72,17 +74,20 @@ double StoreClosest(const NearPair& pair, CNuPoint* p1, CNuPoint* p2) {
 
 double DistanceBetween(const CNuBoundedCurve& first, const CNuBoundedCurve* second, CNuPoint* p1, CNuPoint* p2) {
   if (second == nullptr) FailUnsupportedCurve();
-  return StoreClosest(ClosestBetween(PiecesOf(first), PiecesOf(*second)), p1, p2);
+  const NearPair pair = WithMemory(kDistance, [&] { return ClosestBetween(PiecesOf(first), PiecesOf(*second)); });
+  return StoreClosest(pair, p1, p2);
 }
 
 double DistanceAtAnySize(const CNuBoundedCurve& curve, Vec3 p) {
-  PieceChain point;
-  point.Add(Segment3{p, p});
-  return ClosestBetween(PiecesOf(curve), point).distance;
+  return WithMemory(kDistance, [&] {
+    PieceChain point;
+    point.Add(Segment3{p, p});
+    return ClosestBetween(PiecesOf(curve), point).distance;
+  });
 }
 
 void StoreBounds(const CNuBoundedCurve& curve, CNuPoint* min, CNuPoint* max) {
-  const Box box = PiecesOf(curve).Bounds();
+  const Box box = WithMemory("CNuBoundedCurve::BoundingBox()", [&] { return PiecesOf(curve).Bounds(); });
   Output(min, CNuPoint(box.low[0], box.low[1], box.low[2]));
   Output(max, CNuPoint(box.high[0], box.high[1], box.high[2]));
 }
@@ -90,6 +95,11 @@ void StoreBounds(const CNuBoundedCurve& curve, CNuPoint* min, CNuPoint* max) {
 void StoreBall(const Ball& ball, double* radius, CNuPoint* centre) {
   Output(radius, ball.radius);
   Output(centre, ToPoint(ball.centre));
+}
+
+void StoreSmallestBall(const CNuBoundedCurve& curve, double* radius, CNuPoint* centre) {
+  const auto find = [&] { return SmallestBallAround(PiecesOf(curve)); };
+  StoreBall(WithMemory("CNuBoundedCurve::BoundingCircle()", find), radius, centre);
 }
 
 Vec3 UprightNormal(Vec3 tangent) {

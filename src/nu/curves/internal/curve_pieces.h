@@ -23,6 +23,7 @@ double DistanceBetween(const CNuBoundedCurve& first, const CNuBoundedCurve* seco
 double DistanceAtAnySize(const CNuBoundedCurve& curve, Vec3 p);
 void StoreBounds(const CNuBoundedCurve& curve, CNuPoint* min, CNuPoint* max);
 void StoreBall(const Ball& ball, double* radius, CNuPoint* centre);
+void StoreSmallestBall(const CNuBoundedCurve& curve, double* radius, CNuPoint* centre);
 
 // A normal of a direction: as near to the z axis as it can be, or the x axis for the z axis itself.
 Vec3 UprightNormal(Vec3 tangent);

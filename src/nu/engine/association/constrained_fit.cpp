@@ -149,6 +149,16 @@ FittedFeature Solve(const FitProblem& problem, PointBlocks& points, const Featur
 
 }  // namespace
 
+Feature HeldAs(const Feature& held, UnknownMask fixed, Feature feature) {
+  constexpr UnknownMask kShifts = kAcross | Bit(kShiftZ);
+  constexpr UnknownMask kTilts = Bit(kTiltX) | Bit(kTiltY);
+  if ((fixed & kTilts) != 0) feature.frame = {feature.frame.origin, held.frame.x, held.frame.y, held.frame.z};
+  if ((fixed & kShifts) != 0) feature.frame.origin = held.frame.origin;
+  for (const int k : {0, 1})
+    if ((fixed >> (kSize0 + k) & 1U) != 0) feature.size[k] = held.size[k];
+  return feature;
+}
+
 FittedFeature FitFrom(const FitProblem& problem, const Feature& start) {
   FittedFeature failed;
   failed.feature = start;

@@ -50,6 +50,9 @@ struct FittedFeature {
   Contacts contacts;       // of all criteria but least squares, with coordinates as the points have them
 };
 
+// The feature with what is fixed as another one of its kind has it.
+Feature HeldAs(const Feature& held, UnknownMask fixed, Feature feature);
+
 // The optimum next to the start. Where the origin may slide along an axis, or in a plane, it goes next to the mean of
 // the points.
 FittedFeature FitFrom(const FitProblem& problem, const Feature& start);
@@ -57,7 +60,7 @@ FittedFeature FitFrom(const FitProblem& problem, const Feature& start);
 // The best of the optima next to the start and to others that meet the constraints: with a fixed radius those on either
 // side of the same surface and of a patch; with all points on one side those to which the points leave room; with a
 // fixed direction the optimum seen along it, which is global; for a torus by least squares the one found without a
-// start. The monitor counts anew for each.
+// start, or the one next to that. The monitor counts anew for each.
 FittedFeature FitNear(const FitProblem& problem, const Feature& start);
 
 }  // namespace nu::engine::association

@@ -1,4 +1,5 @@
-// Least F = sum of w e^2 / (2 sum of w), where all deviations e may have to be on one side: v = max(-sign e, 0) = 0.
+// Least F = sum of w e^2 / (2 sum of w), where all deviations e with w > 0 may have to be on one side:
+// v = max(-sign e, 0) = 0.
 //
 // Sequential quadratic programming with exact second derivatives: the step s minimises F + g s + s H s / 2 + mu t,
 // where t >= 0 is above the linearised -sign e of a working set of points, and H is the curvature of F less that of the
@@ -235,7 +236,7 @@ void SquaresDescent::AddByRows(const Feature& feature, const PointBlock& block, 
                    sums.second);
     }
     for (std::size_t i = 0; m_constrained && i < rows; ++i)
-      Notice(feature, pointAt(begin + i), m_rowsOfBlock.residual[i], beyond, worst);
+      if (m_rowsOfBlock.weight[i] > 0.0) Notice(feature, pointAt(begin + i), m_rowsOfBlock.residual[i], beyond, worst);
   }
 }
 
@@ -253,7 +254,7 @@ Squares SquaresDescent::SumAt(const Feature& feature, Candidate (&worst)[kFeatur
       const double e = AddHalfSquare(feature, p, w, part.first, part.second);
       part.weight += w;
       part.value += 0.5 * w * e * e;
-      if (m_constrained) Notice(feature, p, e, beyond, worst);
+      if (m_constrained && w > 0.0) Notice(feature, p, e, beyond, worst);
     }
     if (weight != nullptr) weight += block.size;
     double sums[kSquareSums] = {part.weight, part.value};

@@ -10,6 +10,7 @@
 #include "nu/engine/association/scaled_fit.h"
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/minimax/minimax.h"
+#include "nu/engine/minimax/with_offset.h"
 
 namespace nu::engine::association {
 namespace {
@@ -68,11 +69,19 @@ FitEnd EndOf(MinimaxEnd end) {
   return end == MinimaxEnd::limitReached ? FitEnd::limitReached : FitEnd::noOptimum;
 }
 
-template<int K>
-FittedFeature ResultOf(const MinimaxSolution<FreeFeature<K>>& found) {
+template<class Model>
+const Feature& FeatureOf(const Model& model) {
+  if constexpr (requires { model.feature; })
+    return model.feature;
+  else
+    return model.model.feature;
+}
+
+template<class Model>
+FittedFeature ResultOf(const MinimaxSolution<Model>& found) {
   FittedFeature result;
   result.end = EndOf(found.end);
-  result.feature = found.model.feature;
+  result.feature = FeatureOf(found.model);
   result.steps = found.steps;
   result.objective = found.value;
   result.contacts = found;
@@ -122,6 +131,14 @@ FittedFeature FitWith(const ScaledFit& fit, const FreeUnknowns& free, const Feat
   return ResultOf(minimax->Solve({start, &free, fit.extent, 0.0}));
 }
 
+// The zone between the extreme deviations from both nappes, which no size of the cone shifts.
+FittedFeature FitNappes(const ScaledFit& fit, const FreeUnknowns& free, const Feature& start) {
+  using Model = WithOffset<FreeFeature<6>>;
+  const auto minimax =
+      std::make_unique<Minimax<Model>>(fit.points, MinimaxSide::both, fit.rounding, fit.problem.mostSteps, fit.monitor);
+  return ResultOf(minimax->Solve({{start, &free, fit.extent, 0.0}, 0.0}));
+}
+
 // Nothing is free: the extreme point decides.
 FittedFeature FitWithout(const ScaledFit& fit, const Feature& start, MinimaxSide side) {
   const bool oneSided = fit.problem.side != PointSide::either;
@@ -154,6 +171,7 @@ FittedFeature FitWithout(const ScaledFit& fit, const Feature& start, MinimaxSide
 }
 
 FittedFeature FitSides(const ScaledFit& fit, const FreeUnknowns& free, const Feature& start, MinimaxSide side) {
+  if (start.bothNappes && fit.problem.side == PointSide::either) return FitNappes(fit, free, start);
   switch (free.count) {
     case 0:
       return FitWithout(fit, start, side);
@@ -174,7 +192,7 @@ FittedFeature FitSides(const ScaledFit& fit, const FreeUnknowns& free, const Fea
 }
 
 // Takes `by` off all deviations.
-Feature WithOffset(const Feature& feature, double by) {
+Feature Shifted(const Feature& feature, double by) {
   double step[::nu::engine::association::kUnknowns] = {};
   step[OffsetOf(feature.kind)] = feature.kind == FeatureKind::cone ? by / Cos(feature.size[1]) : by;
   return Moved(feature, step);
@@ -183,13 +201,14 @@ Feature WithOffset(const Feature& feature, double by) {
 FittedFeature FitZone(const ScaledFit& fit, const Feature& start) {
   const UnknownMask mask = fit.Free(start);
   const FreeUnknowns free(start.kind, mask, fit.extent);
-  const bool isShifted = fit.problem.side != PointSide::either && (mask >> OffsetOf(start.kind) & 1U);
+  const bool isShifted =
+      fit.problem.side != PointSide::either && (mask >> OffsetOf(start.kind) & 1U) != 0 && !start.bothNappes;
   if (!isShifted) return FitSides(fit, free, start, MinimaxSide::both);
   FitProblem both = fit.problem;
   both.side = PointSide::either;
   FittedFeature result = FitSides({both, fit.points, fit.extent, fit.rounding, fit.tolerance, fit.monitor}, free, start,
                                   MinimaxSide::both);
-  result.feature = WithOffset(result.feature, -fit.Sign() * result.objective);
+  result.feature = Shifted(result.feature, -fit.Sign() * result.objective);
   result.objective *= 2.0;
   return result;
 }

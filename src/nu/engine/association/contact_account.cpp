@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "nu/engine/association/feature_kernels.h"
+#include "nu/engine/base/elementary.h"
 #include "nu/engine/linear/nnls.h"
 
 namespace nu::engine::association {
@@ -224,7 +225,8 @@ void AddFurther(PointView points, const std::vector<Touching>& touching, Contact
 ContactAccount AccountOf(const Feature& feature, const Extremes& extremes, double tolerance) {
   ContactAccount account;
   const Vec3& o = feature.frame.origin;
-  const double size = extremes.extent + std::fabs(feature.size[0]) + std::sqrt(Dot(o, o));
+  double size = extremes.extent + std::fabs(feature.size[0]) + std::sqrt(Dot(o, o));
+  if (feature.kind == FeatureKind::cone) size += std::fabs(feature.size[0] / Tan(feature.size[1]));  // to the apex
   account.tolerance = tolerance > 0.0 ? tolerance : kTouchRoundings * kEpsilon * size;
   account.finite = extremes.finite && std::isfinite(size);
   return account;
@@ -261,6 +263,10 @@ ContactAccount FindContacts(PointView points, const Feature& feature, ContactCri
   // Where the zone cannot be shifted to its middle, the larger of the two deviations counts.
   if (isCentred && outer < level - 2.0 * account.tolerance) outer = kInfinity;
   if (isCentred && -inner < level - 2.0 * account.tolerance) inner = -kInfinity;
+  // Nor can a zone on one side, which need not reach down to its feature then.
+  const bool isOneSided = criterion == ContactCriterion::oneSidedZone && (free >> offset & 1U) == 0;
+  if (isOneSided && extremes.low > account.tolerance) inner = -kInfinity;
+  if (isOneSided && extremes.high < -account.tolerance) outer = kInfinity;
   if (criterion == ContactCriterion::circumscribed || ResidualsPerPoint(feature.kind) > 1) inner = -kInfinity;
   if (criterion == ContactCriterion::inscribed) outer = kInfinity;
   const std::vector<Touching> touching = TouchingPoints(blocks, feature, outer, inner);
@@ -284,7 +290,8 @@ ContactAccount FindContactsOfSquares(PointView points, const double* weights, co
   if (!account.finite) return account;
   const double outer = positive ? kInfinity : -account.tolerance;
   const double inner = positive ? account.tolerance : -kInfinity;
-  const std::vector<Touching> touching = TouchingPoints(blocks, feature, outer, inner);
+  std::vector<Touching> touching = TouchingPoints(blocks, feature, outer, inner);
+  std::erase_if(touching, [&](const Touching& point) { return weights != nullptr && !(weights[point.index] > 0.0); });
   account.touching = touching.size();
   if (touching.empty()) return account;
   HullOfGradients hull(points, feature, free & UnknownsOf(feature.kind), extremes.extent);

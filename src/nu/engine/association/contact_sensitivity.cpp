@@ -6,7 +6,18 @@
 //
 // where the columns of N span the moves that leave the differences of the e_i as they are (the first-order sensitivity
 // of an optimum under constraints: A. V. Fiacco, Introduction to Sensitivity and Stability Analysis in Nonlinear
-// Programming, 1983). The value, and with it a radius that is the value, follows with sum l_i n_i . x_i.
+// Programming, 1983). The value, and with it a radius that is the value, follows with sum l_i n_i . x_i. Contacts of
+// the feature itself, where it has all points on one side, keep e_i = 0 instead.
+//
+// Least squares with all points on one side keep A u = -x, with the gradients of the contacts for rows of A and x their
+// moves along the normals. What A leaves free, the columns of N, follows all points: with R the triangular factor of
+// the derivatives and R N = U S V^T,
+//
+//   u = -(I - N V S^-1 U^T R) A^+ x - N V S^-1 q,
+//
+// where the components of q are independent and have the standard deviation 1. The rows of contacts have no part in R
+// N, so that x and q are independent, too. Second derivatives, times deviations, are left out, as in any covariance of
+// least squares.
 
 #include "nu/engine/association/contact_sensitivity.h"
 
@@ -36,9 +47,13 @@ constexpr double kLeast = 0x1p-80;
 
 class HeldFeature {
  public:
-  HeldFeature(PointView points, const Feature& feature, const ContactAccount& account, const Covariance& unknowns,
-              int held)
+  HeldFeature(PointView points, const Feature& feature, ContactCriterion criterion, const ContactAccount& account,
+              const Covariance& unknowns, int held)
       : m_points(points), m_feature(feature), m_account(account), m_unknowns(unknowns), m_held(held) {
+    for (int i = 0; i < account.holding; ++i)
+      m_isOnFeature[i] = criterion == ContactCriterion::oneSidedZone &&
+                         std::fabs(DeviationOf(feature, PointOf(i))) <= account.tolerance;
+    while (m_first + 1 < account.holding && m_isOnFeature[m_first]) ++m_first;
     FindDifferences();
     FindCurvature();
   }
@@ -59,7 +74,7 @@ class HeldFeature {
 
   // The directions that nothing holds.
   int Undetermined() const { return m_undetermined; }
-  const double (&Direction(int k) const)[N] { return m_loose[k]; }
+  const double (&Directions() const)[N][N] { return m_loose; }
 
  private:
   double SideOf(int i) const { return m_account.contact[i].side; }
@@ -74,16 +89,24 @@ class HeldFeature {
 
   Vec3 PointOf(int i) const { return LoadVec3(m_points[m_account.contact[i].index]); }
 
+  // Of the contacts but the first; those of the feature itself differ from 0.
   void FindDifferences() {
     double first[N];
-    Gradient(PointOf(0), 0, first);
+    Gradient(PointOf(m_first), m_first, first);
     double column[N][N] = {};
-    for (int i = 1; i < m_account.holding; ++i) {
+    for (int i = 0; i < m_account.holding; ++i) {
       double gradient[N];
       Gradient(PointOf(i), i, gradient);
-      for (int j = 0; j < m_held; ++j) column[j][i - 1] = gradient[j] - first[j];
+      for (int j = 0; i != m_first && j < m_held; ++j)
+        column[j][RowOf(i)] = gradient[j] - (m_isOnFeature[i] ? 0.0 : first[j]);
     }
     m_differences = SvdOfColumns(column);
+  }
+  int RowOf(int i) const { return i < m_first ? i : i - 1; }
+  // Of the difference that contact k has a row for, when contact i moves by 1 along its normal.
+  double RiseOf(int k, int i) const {
+    if (k == i) return 1.0;
+    return i == m_first && !m_isOnFeature[k] ? -1.0 : 0.0;
   }
 
   bool IsHeld(int k) const { return m_differences.value[k] > kHoldsNothing * m_differences.value[0]; }
@@ -140,8 +163,8 @@ class HeldFeature {
       if (!IsHeld(k)) continue;
       const double* work = m_differences.work[k];
       double right = 0.0;
-      for (int r = 0; r + 1 < m_account.holding; ++r)
-        right -= work[r] * (i == 0 ? -normal : (r + 1 == i ? normal : 0.0));
+      for (int c = 0; c < m_account.holding; ++c)
+        if (c != m_first) right -= work[RowOf(c)] * RiseOf(c, i) * normal;
       const double part = right / (m_differences.value[k] * m_differences.value[k]);
       for (int j = 0; j < N; ++j) u[j] += part * m_differences.axis[k][j];
     }
@@ -161,6 +184,8 @@ class HeldFeature {
   const ContactAccount& m_account;
   const Covariance& m_unknowns;
   int m_held;
+  bool m_isOnFeature[ContactAccount::kMostContacts] = {};
+  int m_first = 0;
   SmallSvd<N> m_differences{};
   double m_curvature[N][N] = {};
   int m_free[N] = {};
@@ -172,17 +197,114 @@ class HeldFeature {
   int m_undetermined = 0;
 };
 
-// The axes and the reciprocal roots of the squares.
-void Decompose(const HeldFeature& held, double (&square)[N][N], Covariance& result) {
+// Least squares whose contacts stay where they are. Unknowns beyond those of the feature are taken for held.
+class SquaresOnOneSide {
+ public:
+  SquaresOnOneSide(PointView points, const double* weights, const Feature& feature, const ContactAccount& account,
+                   const Covariance& unknowns)
+      : m_account(account), m_unknowns(unknowns) {
+    double column[N][N] = {};
+    for (int i = 0; i < account.holding; ++i) {
+      const std::size_t index = account.contact[i].index;
+      double by[kUnknowns];
+      DeviationOf(feature, LoadVec3(points[index]), by);
+      for (int j = 0; j < unknowns.unknowns; ++j) column[j][i] = unknowns.scale[j] * by[unknowns.unknown[j]];
+      m_deviation[i] = weights == nullptr ? 1.0 : 1.0 / std::sqrt(weights[index]);
+    }
+    m_contacts = SvdOfColumns(column);
+    FindTurns();
+  }
+
+  // The squares of what the moves of the contacts, and of all points about them, do to the unknowns.
+  void AddMoves(double (&square)[N][N]) const {
+    for (int i = 0; i < m_account.holding; ++i) {
+      double u[N];
+      Follow(i, u);
+      Add(u, square);
+    }
+    for (int k = 0; k < m_turns; ++k) {
+      double u[N];
+      for (int j = 0; j < N; ++j) u[j] = m_turn[k][j] / m_turned.value[k];
+      Add(u, square);
+    }
+  }
+
+  // The directions that nothing holds.
+  int Undetermined() const { return m_undetermined; }
+  const double (&Directions() const)[N][N] { return m_loose; }
+
+ private:
+  bool IsHeld(int k) const { return m_contacts.value[k] > kHoldsNothing * m_contacts.value[0]; }
+
+  static void Add(const double (&u)[N], double (&square)[N][N]) {
+    for (int j = 0; j < N; ++j)
+      for (int k = 0; k < N; ++k) square[j][k] += u[j] * u[k];
+  }
+
+  void MultiplyByFactor(const double (&u)[N], double (&to)[N]) const {
+    for (int i = 0; i < N; ++i) {
+      to[i] = 0.0;
+      for (int j = i; j < m_unknowns.unknowns; ++j) to[i] += m_unknowns.factor[i][j] * u[j];
+    }
+  }
+
+  // What the contacts leave free, by how much the points hold it.
+  void FindTurns() {
+    double column[N][N] = {};
+    for (int k = 0; k < N; ++k)
+      if (!IsHeld(k)) MultiplyByFactor(m_contacts.axis[k], column[k]);
+    m_turned = SvdOfColumns(column);
+    for (int t = 0; t < N; ++t) {
+      double direction[N] = {};
+      for (int k = 0; k < N; ++k)
+        for (int j = 0; !IsHeld(k) && j < m_unknowns.unknowns; ++j)
+          direction[j] += m_turned.axis[t][k] * m_contacts.axis[k][j];
+      double square = 0.0;
+      for (const double component : direction) square += component * component;
+      if (!(square > 0.5)) continue;  // not a unit vector of the feature, but of what is held or no unknown
+      const bool isHeld = m_turned.value[t] > kHoldsNothing * m_unknowns.singular[0];
+      std::copy_n(direction, N, isHeld ? m_turn[m_turns++] : m_loose[m_undetermined++]);
+    }
+  }
+
+  // The unknowns after contact i has moved against its normal by its standard deviation.
+  void Follow(int i, double (&u)[N]) const {
+    std::fill_n(u, N, 0.0);
+    for (int k = 0; k < N; ++k)
+      for (int j = 0; IsHeld(k) && j < N; ++j)
+        u[j] += m_deviation[i] * m_contacts.work[k][i] / (m_contacts.value[k] * m_contacts.value[k]) *
+                m_contacts.axis[k][j];
+    double work[N];
+    MultiplyByFactor(u, work);
+    for (int t = 0; t < m_turns; ++t) {
+      double part = 0.0;
+      for (int r = 0; r < N; ++r) part += m_turned.work[t][r] * work[r];
+      for (int j = 0; j < N; ++j) u[j] -= part / (m_turned.value[t] * m_turned.value[t]) * m_turn[t][j];
+    }
+  }
+
+  const ContactAccount& m_account;
+  const Covariance& m_unknowns;
+  double m_deviation[N] = {};
+  SmallSvd<N> m_contacts{};
+  SmallSvd<N> m_turned{};
+  double m_turn[N][N] = {};
+  int m_turns = 0;
+  double m_loose[N][N] = {};
+  int m_undetermined = 0;
+};
+
+// The axes and the reciprocal roots of the squares. Nothing holds the feature in the loose directions.
+void Decompose(int loose, const double (&direction)[N][N], double (&square)[N][N], Covariance& result) {
   double trace = 1.0;
   for (int k = 0; k < N; ++k) trace += square[k][k];
-  for (int w = 0; w < held.Undetermined(); ++w)
+  for (int w = 0; w < loose; ++w)
     for (int j = 0; j < N; ++j)
-      for (int k = 0; k < N; ++k) square[j][k] += kVast * trace * held.Direction(w)[j] * held.Direction(w)[k];
+      for (int k = 0; k < N; ++k) square[j][k] += kVast * trace * direction[w][j] * direction[w][k];
   double values[N], vectors[N * N];
   result.finite = DecomposeSymmetric(&square[0][0], result.unknowns, N, values, vectors, N);
   if (!result.finite) return;
-  result.undetermined = held.Undetermined();
+  result.undetermined = loose;
   for (int k = 0; k < result.unknowns; ++k) {
     const bool isLoose = k >= result.unknowns - result.undetermined;
     result.singular[k] = isLoose ? 0.0 : 1.0 / std::sqrt(std::max(values[k], kLeast * trace));
@@ -215,10 +337,22 @@ Covariance SensitivityToContacts(PointView points, const Feature& feature, Conta
   if (!result.finite || result.unknowns == 0) return result;
   for (int j = 0; j < result.unknowns; ++j)
     result.scale[j] = (AnglesOf(feature.kind) >> result.unknown[j] & 1U) != 0 ? 1.0 / result.extent : 1.0;
-  const HeldFeature moves(points, feature, account, result, held);
+  const HeldFeature moves(points, feature, criterion, account, result, held);
   double square[N][N] = {};
   moves.AddMoves(radius != 0, square);
-  Decompose(moves, square, result);
+  Decompose(moves.Undetermined(), moves.Directions(), square, result);
+  return result;
+}
+
+Covariance SensitivityOfSquares(PointView points, const double* weights, const Feature& feature,
+                                const ContactAccount& account, UnknownMask free) {
+  Covariance result = CovarianceOf(points, weights, feature, free);
+  result.finite = result.finite && account.finite && account.holding <= N && account.balance <= kUnbalanced;
+  if (!result.finite || account.holding == 0 || result.unknowns == 0) return result;
+  SquaresOnOneSide moves(points, weights, feature, account, result);
+  double square[N][N] = {};
+  moves.AddMoves(square);
+  Decompose(moves.Undetermined(), moves.Directions(), square, result);
   return result;
 }
 

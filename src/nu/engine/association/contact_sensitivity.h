@@ -13,6 +13,11 @@ namespace nu::engine::association {
 Covariance SensitivityToContacts(PointView points, const Feature& feature, ContactCriterion criterion,
                                  const ContactAccount& account, UnknownMask free);
 
+// The same of a least-squares feature with all points on one side: every point moves with the standard deviation 1 over
+// the root of its weight, the contacts take the feature along, and the others turn it about them.
+Covariance SensitivityOfSquares(PointView points, const double* weights, const Feature& feature,
+                                const ContactAccount& account, UnknownMask free);
+
 }  // namespace nu::engine::association
 
 #endif

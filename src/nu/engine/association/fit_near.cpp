@@ -55,6 +55,7 @@ class Candidates {
   void AddApart();
   void AddTurned(double spread, double extent);
   void AddWithCentre(const Vec3& centre);
+  void AddFreeTorus();
 
   const FitProblem& m_problem;
   const Feature& m_start;
@@ -163,8 +164,17 @@ void Candidates::AddTurned(double spread, double extent) {
   }
 }
 
+// A torus has many optima, and only the search without a start sees all around.
+void Candidates::AddFreeTorus() {
+  FitProblem unwatched = m_problem;
+  unwatched.monitor = {};
+  const FittedFeature free = LeastSquaresTorus(unwatched);
+  if (free.end == FitEnd::converged) m_found.push_back(HeldAs(m_start, m_problem.fixed, free.feature));
+}
+
 const std::vector<Feature>& Candidates::Find() {
   m_found.push_back(m_start);
+  if (m_start.kind == FeatureKind::torus && m_problem.criterion == FitCriterion::leastSquares) AddFreeTorus();
   if (m_problem.side != PointSide::either) AddApart();
   const bool moves = !(m_problem.fixed & kAcross) && IsRound(m_start.kind);
   if (!moves) return m_found;

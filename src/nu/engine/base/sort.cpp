@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "nu/engine/base/bits.h"
+#include "nu/engine/base/large_pages.h"
 
 // Radix sort from the least significant digit on, over the upper half of the keys only: in most data that leaves runs
 // of one or two elements, which an insertion sort finishes; a longer run goes through the lower half as well.
@@ -222,8 +223,10 @@ void SortStretch(const Sequence& s, std::size_t begin, std::size_t end) {
   const std::size_t n = end - begin;
   if (n <= kInsertionSize) return InsertionSort(s, begin, end);
   constexpr bool inPlace = std::is_same_v<Sequence, Values>;
-  const std::unique_ptr<Record[]> memory(new (std::nothrow) Record[inPlace ? n : 2 * n]);
+  const std::size_t room = inPlace ? n : 2 * n;
+  const std::unique_ptr<Record[]> memory(new (std::nothrow) Record[room]);
   if (!memory) return MergeSort(s, begin, end);
+  AdviseLargePages(memory.get(), room * sizeof(Record));
   if constexpr (inPlace) {
     RadixSort(s.a + begin, memory.get(), n);
   } else {

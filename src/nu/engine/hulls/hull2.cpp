@@ -5,7 +5,9 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
+#include "nu/engine/base/large_pages.h"
 #include "nu/engine/base/simd.h"
 #include "nu/engine/base/sort.h"
 #include "nu/engine/hulls/orientation2.h"
@@ -23,76 +25,122 @@ struct Candidate {
   int index;
 };
 
-// The lowest and the highest of the candidates with one x.
-struct Column {
-  Candidate lowest;
-  Candidate highest;
-};
-
 // ---- chains
 
 bool IsFinite(const double* xy) {
   return std::isfinite(xy[0]) && std::isfinite(xy[1]);
 }
 
-// Exact powers of two bring the largest coordinate near 2^400, so that products of coordinates neither overflow nor,
-// for anything down to 2^-880 of the largest, lose bits below the normal numbers.
-void Scale(std::vector<Candidate>& candidates) {
-  constexpr int kExponent = 400;
-  double largest = 0.0;
-  for (const Candidate& c : candidates) largest = std::max({largest, std::fabs(c.xy[0]), std::fabs(c.xy[1])});
-  if (largest == 0.0) return;
-  const int shift = kExponent - std::ilogb(largest);
-  // Two factors: one alone could leave the range.
-  const double half = std::ldexp(1.0, shift / 2);
-  const double rest = std::ldexp(1.0, shift - shift / 2);
-  for (Candidate& c : candidates) {
-    for (double& v : c.xy) v = v * half * rest;
-  }
-}
-
-// Left to right; candidates come in the order of their indices, so the first of coincident ones stays.
-std::vector<Column> Columns(const std::vector<Candidate>& candidates) {
-  const std::size_t n = candidates.size();
-  std::vector<double> keys(n);
-  std::vector<int> order(n);
-  for (std::size_t i = 0; i < n; ++i) keys[i] = candidates[i].xy[0];
-  SortIndex(static_cast<int>(n), keys.data(), order.data());
-  std::vector<Column> columns;
-  columns.reserve(n);
-  for (const int i : order) {
-    const Candidate& c = candidates[i];
-    if (columns.empty() || columns.back().lowest.xy[0] < c.xy[0]) {
-      columns.push_back({c, c});
-    } else if (c.xy[1] < columns.back().lowest.xy[1]) {
-      columns.back().lowest = c;
-    } else if (c.xy[1] > columns.back().highest.xy[1]) {
-      columns.back().highest = c;
+// The points that may be vertices, by their indices, in the unit in which the largest coordinate is near 2^400: then
+// products of coordinates neither overflow nor, for anything down to 2^-880 of the largest, lose bits below the normal
+// numbers. The unit is an exact power of two.
+class ScaledPoints {
+ public:
+  ScaledPoints(const PointView& points, const LargeVector<int>& indices) : m_points(points) {
+    constexpr int kExponent = 400;
+    double largest = 0.0;
+    for (const int i : indices) {
+      const double* p = points[static_cast<std::size_t>(i)];
+      largest = std::max({largest, std::fabs(p[0]), std::fabs(p[1])});
+      m_left = std::min(m_left, p[0]);
+      m_right = std::max(m_right, p[0]);
     }
+    if (largest == 0.0) return;
+    const int shift = kExponent - std::ilogb(largest);
+    // Two factors: one alone could leave the range.
+    m_half = std::ldexp(1.0, shift / 2);
+    m_rest = std::ldexp(1.0, shift - shift / 2);
+    m_left = Scaled(m_left);
+    m_right = Scaled(m_right);
   }
-  return columns;
+
+  double Left() const { return m_left; }
+  double Right() const { return m_right; }
+  double X(int i) const { return Scaled(m_points[static_cast<std::size_t>(i)][0]); }
+  double Y(int i) const { return Scaled(m_points[static_cast<std::size_t>(i)][1]); }
+  Candidate operator[](int i) const { return {{X(i), Y(i)}, i}; }
+
+ private:
+  double Scaled(double v) const { return v * m_half * m_rest; }
+
+  PointView m_points;
+  double m_half = 1.0;
+  double m_rest = 1.0;
+  double m_left = HUGE_VAL;
+  double m_right = -HUGE_VAL;
+};
+
+// Appends a point on the right, keeping what turns by `turn` (1: lower chain, -1: upper).
+void Append(LargeVector<Candidate>& chain, int turn, const Candidate& next) {
+  while (chain.size() >= 2 && turn * Orientation2(chain[chain.size() - 2].xy, chain.back().xy, next.xy) <= 0) {
+    chain.pop_back();
+  }
+  chain.push_back(next);
 }
 
-// From left to right through one end of every column, keeping what turns by `turn` (1: lower chain, -1: upper).
-std::vector<Candidate> Chain(const std::vector<Column>& columns, int turn, Candidate Column::*end) {
-  std::vector<Candidate> chain;
-  for (const Column& column : columns) {
-    const Candidate& next = column.*end;
-    while (chain.size() >= 2 && turn * Orientation2(chain[chain.size() - 2].xy, chain.back().xy, next.xy) <= 0) {
-      chain.pop_back();
+// A part of the points in ascending stripes of x of about this size is sorted at a time: it stays in the cache.
+constexpr std::size_t kStripe = 4096;
+
+// Puts the indices in the order of their stripes, and otherwise as they are; returns where each stripe ends.
+std::vector<std::size_t> SortIntoStripes(const ScaledPoints& points, LargeVector<int>& indices) {
+  const std::size_t stripes = indices.size() / kStripe + 1;
+  std::vector<std::size_t> ends(stripes, indices.size());
+  if (stripes == 1) return ends;
+  // Rounding is monotone, so that no point to the left falls into a later stripe.
+  const double perWidth = static_cast<double>(stripes - 1) / (points.Right() - points.Left());
+  if (!(perWidth < HUGE_VAL)) return {indices.size()};
+  const auto stripeOf = [&](int i) { return static_cast<std::size_t>((points.X(i) - points.Left()) * perWidth); };
+  std::fill(ends.begin(), ends.end(), 0);
+  for (const int i : indices) ++ends[stripeOf(i)];
+  std::size_t before = 0;
+  for (std::size_t& end : ends) before += std::exchange(end, before);
+  LargeVector<int> sorted(indices.size());
+  for (const int i : indices) sorted[ends[stripeOf(i)]++] = i;
+  indices.swap(sorted);
+  return ends;
+}
+
+struct Chains {
+  LargeVector<Candidate> lower;
+  LargeVector<Candidate> upper;
+};
+
+// Appends the points of one stripe to the chains: of each x the lowest and the highest; of coincident points, which
+// come in the order of their indices, the first.
+void AppendStripe(const ScaledPoints& points, const int* indices, std::size_t count, Chains& chains) {
+  std::vector<Candidate> stripe(count);
+  std::vector<double> keys(count);
+  std::vector<int> order(count);
+  for (std::size_t k = 0; k < count; ++k) {
+    stripe[k] = points[indices[k]];
+    keys[k] = stripe[k].xy[0];
+  }
+  SortIndex(static_cast<int>(count), keys.data(), order.data());
+  for (std::size_t k = 0; k < count;) {
+    const Candidate* lowest = &stripe[order[k]];
+    const Candidate* highest = lowest;
+    const double x = lowest->xy[0];
+    for (++k; k < count && !(x < stripe[order[k]].xy[0]); ++k) {
+      const Candidate* c = &stripe[order[k]];
+      if (c->xy[1] < lowest->xy[1]) lowest = c;
+      if (c->xy[1] > highest->xy[1]) highest = c;
     }
-    chain.push_back(next);
+    Append(chains.lower, 1, *lowest);
+    Append(chains.upper, -1, *highest);
   }
-  return chain;
 }
 
-std::vector<int> HullOf(std::vector<Candidate> candidates) {
-  if (candidates.empty()) return {};
-  Scale(candidates);
-  const std::vector<Column> columns = Columns(candidates);
-  candidates = {};
-  const auto lower = Chain(columns, 1, &Column::lowest);
-  const auto upper = Chain(columns, -1, &Column::highest);
+std::vector<int> HullOf(const PointView& view, LargeVector<int> indices) {
+  if (indices.empty()) return {};
+  const ScaledPoints points(view, indices);
+  Chains chains;
+  std::size_t begin = 0;
+  for (const std::size_t end : SortIntoStripes(points, indices)) {
+    AppendStripe(points, indices.data() + begin, end - begin, chains);
+    begin = end;
+  }
+  indices = {};
+  const auto& [lower, upper] = chains;
   std::vector<int> hull;
   hull.reserve(lower.size() + upper.size());
   for (const Candidate& c : lower) hull.push_back(c.index);
@@ -130,7 +178,7 @@ class InnerRegion {
   bool IsValid() const { return m_valid; }
 
   // Appends the finite points that may lie outside.
-  void AppendOutside(const PointView& points, std::vector<Candidate>& outside) const {
+  void AppendOutside(const PointView& points, LargeVector<int>& outside) const {
     std::array<double, kBlock> u, v, square, reach;
     std::array<int, kBlock> open;
     for (std::size_t begin = 0; begin < points.Size(); begin += kBlock) {
@@ -147,7 +195,7 @@ class InnerRegion {
       for (std::size_t k = 0; k < left; ++k) {
         if (reach[k] < 1.0 - kMargin) continue;
         const std::size_t i = begin + static_cast<std::size_t>(open[k]);
-        if (IsFinite(points[i])) outside.push_back({{points[i][0], points[i][1]}, static_cast<int>(i)});
+        if (IsFinite(points[i])) outside.push_back(static_cast<int>(i));
       }
     }
   }
@@ -280,16 +328,16 @@ class InnerRegion {
 };
 
 // One point of each of some equal stretches, at a place that no regular pattern of the data shares.
-std::vector<Candidate> Sample(const PointView& points) {
+LargeVector<int> Sample(const PointView& points) {
   const std::size_t n = points.Size();
   const auto count = static_cast<std::size_t>(4.0 * std::sqrt(static_cast<double>(n)));
   const std::size_t step = n / count;
-  std::vector<Candidate> sample;
+  LargeVector<int> sample;
   std::uint32_t state = 1;
   for (std::size_t k = 0; k < count; ++k) {
     state = state * 1664525u + 1013904223u;
     const std::size_t i = k * step + (state >> 8) % step;
-    if (IsFinite(points[i])) sample.push_back({{points[i][0], points[i][1]}, static_cast<int>(i)});
+    if (IsFinite(points[i])) sample.push_back(static_cast<int>(i));
   }
   return sample;
 }
@@ -313,24 +361,23 @@ std::vector<Candidate> Thinned(const std::vector<Candidate>& corners, std::size_
 }  // namespace
 
 std::vector<int> ConvexHull2(const PointView& points) {
-  std::vector<Candidate> candidates;
-  candidates.reserve(points.Size());
+  LargeVector<int> candidates;
   if (points.Size() >= kFilterSize) {
-    const std::vector<Candidate> sample = Sample(points);
-    const std::vector<Candidate> corners = Corners(points, HullOf(sample));
+    const LargeVector<int> sample = Sample(points);
+    const std::vector<Candidate> corners = Corners(points, HullOf(points, sample));
     // The share of the data outside the hull of a sample is about that of the corners in the sample.
     if (2 * corners.size() < sample.size()) {
       const InnerRegion inner(Thinned(corners, points.Size()));
       if (inner.IsValid()) {
         inner.AppendOutside(points, candidates);
-        return HullOf(std::move(candidates));
+        return HullOf(points, std::move(candidates));
       }
     }
   }
   for (std::size_t i = 0; i < points.Size(); ++i) {
-    if (IsFinite(points[i])) candidates.push_back({{points[i][0], points[i][1]}, static_cast<int>(i)});
+    if (IsFinite(points[i])) candidates.push_back(static_cast<int>(i));
   }
-  return HullOf(std::move(candidates));
+  return HullOf(points, std::move(candidates));
 }
 
 }  // namespace nu::engine::hulls

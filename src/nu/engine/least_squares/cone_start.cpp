@@ -32,10 +32,8 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// Points on both nappes leave at least this part of the plane's root mean square when one nappe is fitted, and both
-// nappes leave at most this part of the sum of squares that one nappe leaves.
+// Points on both nappes leave at least this part of the plane's root mean square when one nappe is fitted.
 constexpr double kOneNappe = 0.1;
-constexpr double kBothNappes = 0.25;
 
 // Steps of the refinement that is kept.
 constexpr int kFinalSteps = 3000;
@@ -252,7 +250,7 @@ void ConeSearch::TryAll(const QuadricAxes& quadric) {
       [this](const Vec3& w) { Try(Unit(m_moments.Along(w))); });
 }
 
-// Points just behind the apex are no second nappe: it has to explain much of what the first one leaves.
+// A second nappe has to explain much of what the first one leaves.
 void ConeSearch::TryBothNappes(const QuadricAxes& quadric) {
   const Found settled = std::exchange(m_settled, {});
   const Found onItsWay = std::exchange(m_onItsWay, {});

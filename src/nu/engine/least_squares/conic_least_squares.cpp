@@ -49,11 +49,15 @@ NU_ALWAYS_INLINE void ProductsBody(const PointBlock& block, const ConicView& giv
   Lanes bend[kTriangle] = {};
   Lanes gradient[kConicUnknowns] = {};
   Lanes square = {};
+  Lanes smallest = kInfinity - Lanes{};
+  Lanes largest = -smallest;
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     LaneDeviation at;
     Lanes weight;
     Lanes w[kMonomials];
     DeviateAt(block, i, view, at);
+    smallest = at.e < smallest ? at.e : smallest;
+    largest = at.e > largest ? at.e : largest;
     Load(block.Weights(i), weight);
     at.e *= weight;
     square += at.e * at.e;
@@ -81,7 +85,7 @@ NU_ALWAYS_INLINE void ProductsBody(const PointBlock& block, const ConicView& giv
   for (int j = 0; j < kTriangle; ++j) *out++ = Sum(metric[j]);
   for (int j = 0; j < kTriangle; ++j) *out++ = Sum(bend[j]);
   for (int j = 0; j < kConicUnknowns; ++j) *out++ = Sum(gradient[j]);
-  found.sumSquares = Sum(square);
+  found = {Sum(square), Smallest(smallest), Largest(largest)};
 }
 
 NU_KERNEL void SumFirstOrder(const PointBlock& b, const ConicView& v, double (&s)[kSums], Deviations& d) {
@@ -162,15 +166,14 @@ ConicSystem ConicProblem::Sum(PointBlocks& points, const Model& model) {
   system.spread = square * system.count * (1.0 + model.frame.flatness * model.frame.flatness);
   system.deviations.sumSquares = kInfinity;
   if (view.shape.kind == ConicKind::none) return system;
-  BlockSums<kSums> total;
   CompensatedSum squares;
-  points.ForEach([&](const PointBlock& block) {
-    double sums[kSums];
-    Deviations part;
+  const auto kernel = [&](const PointBlock& block, double(&sums)[kSums], Deviations& part) {
     (model.isExact ? SumSecondOrder : SumFirstOrder)(block, view, sums, part);
-    total.Add(sums);
     squares.Add(part.sumSquares);
-  });
+  };
+  const BlockSums<kSums> total = SumOver<kSums>(points, system.deviations, kernel);
+  system.unit = model.frame.unit;
+  system.deviations = InUnit(system.deviations, 1.0 / system.unit);
   for (int j = 0; j < kConicUnknowns; ++j) {
     for (int k = 0; k <= j; ++k) {
       const int at = TriangleSize(j) + k;

@@ -20,11 +20,53 @@ struct StepSystem {
   double second[N][N] = {};  // what the second derivatives of the deviations add to it, where the feature gives them
   double right[N];
   Deviations deviations;
+  double unit = 1.0;    // of the ranges that the walk noted
   double count = 0.0;   // of the points
   double spread = 0.0;  // sum of their squared distances from the pivot of the model
   double along = 0.0;   // mean of their coordinates along the axis, or along the generator
 
   double MeanSquare() const { return spread / count; }
+};
+
+// What a last step makes of the deviations of a large set. Where the step is so short that its equations tell the sum
+// of squares, only the blocks are walked in which an extreme may lie.
+class LastStep {
+ public:
+  LastStep() = default;
+  // `walk` noted the ranges for `system`. By its equations the step lowers the sum of squares by `gain`; `rate` is its
+  // length over that of the step before, which is about the relative error of the equations.
+  template<int N>
+  LastStep(std::size_t walk, const StepSystem<N>& system, const double (&step)[N], double gain, double rate) {
+    const Deviations& d = system.deviations;
+    if (!(gain >= 0.0 && rate * gain <= std::numeric_limits<double>::epsilon() * d.sumSquares)) return;
+    constexpr double kRoundings = 16.0 * std::numeric_limits<double>::epsilon();
+    // No derivative is larger than the root of the sum of its squares over all points.
+    double change = kRoundings * (std::sqrt(system.spread) + std::max(std::fabs(d.smallest), std::fabs(d.largest)));
+    for (int k = 0; k < N; ++k) change += std::fabs(step[k]) * std::sqrt(system.product[k][k]);
+    m_walk = walk;
+    m_above = (d.smallest + kRoom * change) / system.unit;
+    m_below = (d.largest - kRoom * change) / system.unit;
+    m_sumSquares = d.sumSquares - gain;
+  }
+
+  // After the step: `find` walks over the points.
+  template<class Find>
+  Deviations FindDeviations(PointBlocks& points, Find find) const {
+    if (m_walk == 0 || m_walk != points.RangedWalk()) return find();
+    points.Narrow(m_above, m_below);
+    Deviations found = find();
+    points.Widen();
+    found.sumSquares = m_sumSquares;
+    return found;
+  }
+
+ private:
+  // For both the extreme and the others, and for what is beyond first order.
+  static constexpr double kRoom = 4.0;
+
+  std::size_t m_walk = 0;
+  double m_above = 0.0, m_below = 0.0;
+  double m_sumSquares = 0.0;
 };
 
 // What a distance between points may be off by through the rounding errors of their coordinates, with room for a few of
@@ -80,7 +122,7 @@ struct StepGains {
 template<class Feature>
 class DampedGaussNewton {
  public:
-  explicit DampedGaussNewton(PointBlocks& points) : m_points(points) {}
+  explicit DampedGaussNewton(PointBlocks& points) : m_points(points) { m_points.NoteRanges(); }
 
   void Place(const typename Feature::Model& model);
   const typename Feature::Model& Model() const { return m_model; }
@@ -152,6 +194,10 @@ class DampedGaussNewton {
   double m_matrix[kUnknowns][kUnknowns] = {};  // that the step solves, undamped
   bool m_determined = false;
   std::optional<Deviations> m_deviations;  // from the current model
+  std::size_t m_walk = 0;                  // that found m_system
+  double m_squaredLength = 0.0;            // of the last step, and of the one before
+  double m_squaredLengthBefore = 0.0;
+  LastStep m_lastStep;
 };
 
 template<class Feature>
@@ -160,6 +206,8 @@ void DampedGaussNewton<Feature>::Place(const typename Feature::Model& model) {
   Feature::Complete(m_model);
   m_hasBest = false;
   m_damping = 0.0;
+  m_squaredLength = 0.0;
+  m_lastStep = {};
   m_deviations.reset();
 }
 
@@ -231,11 +279,13 @@ GaussNewtonStep DampedGaussNewton<Feature>::SolveStep() {
     m_model = m_best;
     MoreDamping();
     m_deviations.reset();
+    m_walk = 0;
   } else {
     if (!std::isfinite(system.deviations.sumSquares)) return step;
     if (m_hasBest) AdaptDamping(system.deviations.sumSquares);
     m_best = m_model;
     m_system = system;
+    m_walk = m_points.RangedWalk();
     m_hasBest = true;
   }
   step.solvable = Solve();
@@ -243,6 +293,8 @@ GaussNewtonStep DampedGaussNewton<Feature>::SolveStep() {
   double gain = 0.0;
   for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * m_system.right[j];
   step.squaredLength = Feature::SquaredLength(m_model, m_system, m_step) / (m_points.Scale() * m_points.Scale());
+  m_squaredLengthBefore = m_squaredLength;
+  m_squaredLength = step.squaredLength;
   step.sumSquares = m_system.deviations.sumSquares / (m_points.Scale() * m_points.Scale());
   step.atRoundingLevel = gain <= RoundingLevel();
   if (m_damping > 0.0) Damp();
@@ -255,6 +307,8 @@ GaussNewtonStep DampedGaussNewton<Feature>::SolveStep() {
 
 template<class Feature>
 void DampedGaussNewton<Feature>::TakeStep() {
+  const double rate = std::sqrt(m_squaredLength / m_squaredLengthBefore);
+  m_lastStep = m_damping > 0.0 ? LastStep() : LastStep(m_walk, m_system, m_step, m_predicted, rate);
   Feature::Move(m_points, m_system, m_step, m_model);
   m_deviations.reset();
 }
@@ -278,7 +332,8 @@ bool DampedGaussNewton<Feature>::Descend(int mostSteps) {
 
 template<class Feature>
 Deviations DampedGaussNewton<Feature>::DeviationsNow() {
-  if (!m_deviations) m_deviations = Feature::DeviationsFrom(m_points, m_model);
+  const auto find = [this] { return Feature::DeviationsFrom(m_points, m_model); };
+  if (!m_deviations) m_deviations = m_lastStep.FindDeviations(m_points, find);
   return InUnit(*m_deviations, m_points.Scale());
 }
 

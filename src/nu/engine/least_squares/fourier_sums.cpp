@@ -99,27 +99,24 @@ FourierSums::FourierSums(std::size_t reach) {
 }
 
 // e^(-s (d - l)^2) = e^(-s d^2) e^(2 s d)^l e^(-s l^2), with d the place of the sample between two grid points.
-void FourierSums::Add(double gridAngle, Phasor value) {
-  const std::size_t mask = m_grid.size() - 1;
+FourierSums::Place FourierSums::PlaceAt(double gridAngle) const {
   const double floor = std::floor(gridAngle);
   const double d = gridAngle - floor;
-  const auto nearest = static_cast<std::size_t>(static_cast<std::int64_t>(floor));
   const double growth = Exp(2.0 * kSteepness * d);
   const double shrink = 1.0 / growth;
+  Place place;
+  place.first = static_cast<std::size_t>(static_cast<std::int64_t>(floor)) - (kSpread - 1);
+  double* nearest = place.weight + kSpread - 1;
   double up = Exp(-kSteepness * d * d);
   double down = up;
-  const auto add = [&](std::size_t at, double weight) {
-    m_grid[at & mask].re += weight * value.re;
-    m_grid[at & mask].im += weight * value.im;
-  };
-  add(nearest, up);
+  *nearest = up;
   for (int l = 1; l <= kSpread; ++l) {
     up *= growth;
     down *= shrink;
-    const auto away = static_cast<std::size_t>(l);
-    add(nearest + away, up * m_fall[l]);
-    if (l < kSpread) add(nearest - away, down * m_fall[l]);
+    nearest[l] = up * m_fall[l];
+    if (l < kSpread) nearest[-l] = down * m_fall[l];
   }
+  return place;
 }
 
 void FourierSums::Transform() {
@@ -131,8 +128,9 @@ double FourierSums::Factor(std::ptrdiff_t k) const {
   return std::sqrt(kSteepness / kPi) * Exp(turn * turn / kSteepness);
 }
 
-Phasor FourierSums::operator[](std::ptrdiff_t k) const {
-  return m_grid[ReversedBits(static_cast<std::size_t>(k) & (m_grid.size() - 1), m_levels)];
+std::ptrdiff_t FourierSums::IndexAt(std::size_t place) const {
+  const auto k = static_cast<std::ptrdiff_t>(ReversedBits(place, m_levels));
+  return place % 2 == 0 ? k : k - static_cast<std::ptrdiff_t>(m_grid.size());
 }
 
 }  // namespace nu::engine::least_squares

@@ -1,6 +1,7 @@
 #ifndef NU_ENGINE_LEAST_SQUARES_FOURIER_SUMS_H
 #define NU_ENGINE_LEAST_SQUARES_FOURIER_SUMS_H
 
+#include <bit>
 #include <cstddef>
 #include <vector>
 
@@ -26,15 +27,30 @@ class FourierSums {
 
   std::size_t Reach() const { return m_grid.size() / 4; }
 
-  // The angle is any finite number of grid units; Size() units are a full turn. Before Transform.
-  void Add(double gridAngle, Phasor value);
+  // Where a sample acts on the grid. Sums of the same reach share it.
+  struct Place {
+    std::size_t first;
+    double weight[2 * kSpread];
+  };
+  // The angle is any finite number of grid units; Size() units are a full turn.
+  Place PlaceAt(double gridAngle) const;
+  // Before Transform.
+  void Add(const Place& place, Phasor value) {
+    for (std::size_t l = 0; l < 2 * kSpread; ++l) {
+      Phasor& at = m_grid[(place.first + l) & (m_grid.size() - 1)];
+      at.re += place.weight[l] * value.re;
+      at.im += place.weight[l] * value.im;
+    }
+  }
   std::size_t Size() const { return m_grid.size(); }
 
   void Transform();
-  // After it: the sum for k from -Reach() to Reach() is Factor(k), which depends on Size() and |k| only, times
-  // (*this)[k].
+  // After it: the sum for k = IndexAt(place), from -Reach() to Reach(), is Factor(k), which depends on Size() and |k|
+  // only, times At(place). The sum for -k is at MirrorOf(place). Neighbouring places differ in the highest bits of k.
   double Factor(std::ptrdiff_t k) const;
-  Phasor operator[](std::ptrdiff_t k) const;
+  Phasor At(std::size_t place) const { return m_grid[place]; }
+  std::ptrdiff_t IndexAt(std::size_t place) const;
+  static std::size_t MirrorOf(std::size_t place) { return place == 0 ? 0 : 3 * std::bit_floor(place) - 1 - place; }
 
  private:
   std::vector<Phasor> m_grid;

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "nu/engine/least_squares/surface_kernels.h"
+#include "nu/engine/points/point_sample.h"
 #include "nu/engine/shapes/axis_frame.h"
 
 // Start. The centre c and q = r^2 - |c|^2 that minimise the sum of (|p|^2 - 2 c . p - q)^2 (I. Kasa, IEEE Trans.
@@ -10,8 +11,11 @@
 //
 //   2 (sum of p p^T) c = sum of |p|^2 p,    r^2 = |c|^2 + mean of |p|^2.
 //
-// Its sums come from one pass. For a flat cap or a short arc they are summed again along the principal axes of the
-// points, where each entry is accurate relative to its own row and column.
+// The best circle or sphere of a large set is no farther from that of a sample than the noise of the sample's, and one
+// Gauss-Newton step from there leaves less than the algebraic fit of all points does, in as many passes.
+//
+// The sums of the algebraic fit come from one pass. For a flat cap or a short arc they are summed again along the
+// principal axes of the points, where each entry is accurate relative to its own row and column.
 //
 // Refinement. Gauss-Newton on e = |p - c| - r (W. Gander, G. H. Golub, R. Strebel, BIT 34, 1994). A short arc says
 // little about c and r but much about its apex and curvature, so the unknowns are the height H of M above the centre
@@ -53,6 +57,16 @@ constexpr double kSlow = 1e-2;
 constexpr long kMostNewtonSteps = 1000;
 // A step leaves at least this part of the curvature of a cap.
 constexpr double kLeastCurvature = 1e-3;
+
+// So many points and more start from the fit of a sample, of this part of them.
+constexpr std::size_t kSampledFrom = std::size_t{1} << 15;
+constexpr std::size_t kSampledPart = 32;
+constexpr std::size_t kMostSample = 8192;
+// A sample whose mean squared deviation is less than that of all points by this factor has missed some.
+constexpr double kUnlike = 4.0;
+// One step leads from the fit of a sample nearer to that of all points where it is shorter than this part of the
+// extent.
+constexpr double kNear = 1e-2;
 
 // Sums outside have overflowed or vanished, or are about to in a product.
 constexpr double kSafeSmall = 1e-80;
@@ -311,11 +325,60 @@ void RoundModel<D>::PlaceCentre(const double (&centre)[D]) {
 template<int D>
 RoundLeastSquares<D>::RoundLeastSquares(PointBlocks& points, const Vec3 (&axes)[D]) : m_points(points) {
   std::copy_n(axes, D, m_model.axis);
-  m_points.Keep();
+  m_points.NoteRanges();
 }
 
 template<int D>
-bool RoundLeastSquares<D>::Start() {
+bool RoundLeastSquares<D>::Start(PointView points) {
+  if (points.Size() >= kSampledFrom) {
+    const RoundModel<D> given = m_model;
+    const bool started = StartFromSample(points);
+    m_squaredLength = std::numeric_limits<double>::infinity();
+    m_isSampled = started;
+    if (started) return true;
+    m_model = given;
+    m_squaredLengthBefore = 0.0;
+  }
+  return StartFromAll();
+}
+
+template<int D>
+bool RoundLeastSquares<D>::StartFromSample(PointView points) {
+  const PointSample sample(points, std::min(points.Size() / kSampledPart, kMostSample));
+  PointBlocks few(sample.View(), m_points.Origin());
+  RoundLeastSquares fit(few, m_model.axis);
+  double sumSquares;
+  if (few.Scale() != m_points.Scale() || !fit.FitSample(sumSquares)) return false;
+  const double part = static_cast<double>(few.Size()) / static_cast<double>(points.Size());
+  m_model = fit.m_model;
+  m_spread = fit.m_spread / part;
+  const double rounding = kNoise * kNoise * m_spread;
+  const GaussNewtonStep step = SolveStep();
+  const double farthest = kNear * kNear * m_spread / static_cast<double>(points.Size());
+  const bool isNear = step.solvable && m_squaredLength <= farthest;
+  if (!isNear || !(m_deviations.sumSquares <= kUnlike * (sumSquares / part + rounding))) return false;
+  // Exact points keep an exact start.
+  if (!step.atRoundingLevel) TakeStep();
+  return true;
+}
+
+template<int D>
+bool RoundLeastSquares<D>::FitSample(double& sumSquares) {
+  if (!StartFromAll() || m_points.Scale() != 1.0) return false;
+  const GaussNewtonRule rule{.tolerance = kEpsilon * m_spread / static_cast<double>(m_points.Size()),
+                             .large = std::numeric_limits<double>::max(),
+                             .limit = kPlainSteps,
+                             .takesLastStep = true,
+                             .endsAtGrowth = false,
+                             .endsBeforeLimit = false};
+  const bool converged = RunGaussNewton(*this, rule) == GaussNewtonEnd::converged;
+  sumSquares = m_deviations.sumSquares;
+  return converged;
+}
+
+template<int D>
+bool RoundLeastSquares<D>::StartFromAll() {
+  m_points.Keep();
   constexpr int kMaxPasses = 4;  // one, or two along the principal axes; a change of the scale repeats the first
   double centre[D] = {};
   CentralPowers<D> powers;
@@ -372,6 +435,7 @@ void RoundLeastSquares<D>::MoveCentre(const Vec3& centre) {
   double coordinates[D];
   for (int j = 0; j < D; ++j) coordinates[j] = m_points.Scale() * Dot(centre, m_model.axis[j]) - m_model.mean[j];
   PlaceCentre(coordinates, 0.0);
+  m_lastStep = {};
   m_model.rise = radius - m_model.height;
 }
 
@@ -477,7 +541,8 @@ void RoundProblem<D>::MoveCentre(const System& system, const double (&step)[kUnk
 
 template<int D>
 GaussNewtonStep RoundLeastSquares<D>::SolveStep() {
-  const System system = SumSystem<D>(m_points, m_model);
+  System system = SumSystem<D>(m_points, m_model);
+  system.spread = m_spread;
   m_deviations = system.deviations;
   m_deviationsAreCurrent = true;
   GaussNewtonStep step;
@@ -487,10 +552,12 @@ GaussNewtonStep RoundLeastSquares<D>::SolveStep() {
   for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * system.right[j];
   const double squaredLength = RoundProblem<D>::SquaredLength(m_model, system, m_step);
   m_slowness = squaredLength / m_squaredLength;
-  m_squaredLength = squaredLength;
+  const double rate = std::sqrt(squaredLength / m_squaredLengthBefore);
+  m_lastStep = LastStep(m_points.RangedWalk(), system, m_step, gain, rate);
+  m_squaredLengthBefore = m_squaredLength = squaredLength;
   step.squaredLength = squaredLength / (m_points.Scale() * m_points.Scale());
   step.sumSquares = m_deviations.sumSquares / (m_points.Scale() * m_points.Scale());
-  step.atRoundingLevel = gain <= kNoise * kNoise * m_spread;
+  m_atRoundingLevel = step.atRoundingLevel = gain <= kNoise * kNoise * m_spread;
   return step;
 }
 
@@ -505,6 +572,8 @@ GaussNewtonEnd RoundLeastSquares<D>::Run(const GaussNewtonRule& rule) {
   plain.limit = std::min(rule.limit, kPlainSteps);
   long used;
   GaussNewtonEnd end = RunGaussNewton(*this, plain, used);
+  // A step that the rule drops costs nothing, and a sample's start leaves more to it than that of all points.
+  if (m_isSampled && end == GaussNewtonEnd::converged && m_deviationsAreCurrent && !m_atRoundingLevel) TakeStep();
   const bool falls = end == GaussNewtonEnd::converged && !(m_slowness > kSlow);
   const bool isOver = falls || end == GaussNewtonEnd::unsolvable || end == GaussNewtonEnd::cancelled;
   if (!isOver) end = Settle(rule, used);
@@ -518,10 +587,12 @@ GaussNewtonEnd RoundLeastSquares<D>::Settle(GaussNewtonRule rule, long used) {
   rule.takesLastStep = true;
   rule.endsAtGrowth = false;
   if (rule.limit < 1) return GaussNewtonEnd::limitReached;
+  m_points.Keep();
   DampedGaussNewton<RoundProblem<D>> damped(m_points);
   damped.Place(m_model);
   const GaussNewtonEnd end = RunGaussNewton(damped, rule);
   m_model = damped.Model();
+  m_lastStep = {};
   m_deviationsAreCurrent = false;
   return end;
 }
@@ -559,7 +630,8 @@ void RoundLeastSquares<D>::TakeStep() {
 template<int D>
 Deviations RoundLeastSquares<D>::DeviationsNow() {
   if (!m_deviationsAreCurrent) {
-    m_deviations = RoundProblem<D>::DeviationsFrom(m_points, m_model);
+    const auto find = [this] { return RoundProblem<D>::DeviationsFrom(m_points, m_model); };
+    m_deviations = m_lastStep.FindDeviations(m_points, find);
     m_deviationsAreCurrent = true;
   }
   return InUnit(m_deviations, m_points.Scale());

@@ -53,8 +53,9 @@ class RoundLeastSquares {
   // A point's coordinates are its components along the axes; a circle does not see what is across its plane.
   RoundLeastSquares(PointBlocks& points, const Vec3 (&axes)[D]);
 
-  // The algebraic fit. False when the points do not determine it or are not finite.
-  bool Start();
+  // From the points of the blocks: the algebraic fit; of many points the fit of a sample of them and one step. False
+  // when the points do not determine it or are not finite.
+  bool Start(PointView points);
 
   // In the unit of the points; the centre is relative to the origin of the blocks.
   Vec3 Centre() const;
@@ -79,6 +80,9 @@ class RoundLeastSquares {
   using System = StepSystem<kUnknowns>;
 
   void PlaceCentre(const double (&centre)[D], double meanSquare);
+  bool StartFromSample(PointView points);
+  bool FitSample(double& sumSquares);
+  bool StartFromAll();
   bool SolveByRows(double (&step)[kUnknowns]);
   GaussNewtonEnd Settle(GaussNewtonRule rule, long used);
   bool IsRound() const;
@@ -91,6 +95,10 @@ class RoundLeastSquares {
   double m_slowness = 0.0;                                           // the last squared length over the one before
   Deviations m_deviations;
   bool m_deviationsAreCurrent = false;
+  bool m_isSampled = false;            // the start is from a sample
+  bool m_atRoundingLevel = false;      // the last step was
+  double m_squaredLengthBefore = 0.0;  // of the step before the last one, the one of the start included
+  LastStep m_lastStep;
 };
 
 extern template class RoundLeastSquares<2>;

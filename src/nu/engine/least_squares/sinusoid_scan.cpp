@@ -4,13 +4,14 @@
 #include <cmath>
 #include <cstdint>
 
+#include "nu/engine/base/elementary.h"
 #include "nu/engine/least_squares/fourier_sums.h"
 #include "nu/foundation/constants.h"
 
 // The part of the sum of squares that a wave explains is computed at even steps of the frequency from sums over the
-// samples (the generalised periodogram of M. Zechmeister, M. Kuerster, Astronomy & Astrophysics 496, 2009), all of them
-// from two transforms. Below two periods the wave and the constant are nearly dependent: there, and for few samples,
-// each frequency has its own orthogonal reduction, over a part of the samples.
+// samples (the generalised periodogram of M. Zechmeister, M. Kuerster, Astronomy & Astrophysics 496, 2009), those of a
+// band of frequencies from three transforms. Below two periods the wave and the constant are nearly dependent: there,
+// and for few samples, each frequency has its own orthogonal reduction, over a part of the samples.
 
 namespace nu::engine::least_squares {
 namespace {
@@ -27,6 +28,9 @@ constexpr int kManySteps = 4;
 
 constexpr int kLowPeriods = 2;
 constexpr std::size_t kLowSamples = 1024;
+
+// So many frequencies take three grids of 8 MB each, which stay in a large cache.
+constexpr std::size_t kBand = std::size_t{1} << 18;
 
 // A step of the scan can miss this much of what the best wave explains, and noise moves it from where the scan over a
 // part of the samples saw it.
@@ -58,32 +62,50 @@ WaveSamples PartOf(const WaveSamples& samples, std::size_t size) {
   return part;
 }
 
-// The sums over the samples for the frequencies k * step.
-class Spectrum {
+// The sums over the samples for the frequencies k * step of a band: turned by its middle frequency, the samples need a
+// grid for the width of the band only.
+class Band {
  public:
-  Spectrum(const WaveSamples& samples, double step, std::size_t count)
-      : m_size(static_cast<double>(samples.Size())), m_simple(count), m_double(count) {
-    const double simple = step * static_cast<double>(m_simple.Size()) / Nu_2PI;
-    const double doubled = 2.0 * step * static_cast<double>(m_double.Size()) / Nu_2PI;
+  Band(const WaveSamples& samples, double step, std::size_t first, std::size_t count)
+      : m_size(static_cast<double>(samples.Size())),
+        m_middle(static_cast<std::ptrdiff_t>(first + count / 2)),
+        m_plus(count / 2 + 1),
+        m_minus(count / 2 + 1),
+        m_double(count / 2 + 1) {
+    const double middle = step * static_cast<double>(m_middle);
+    const double perUnit = step * static_cast<double>(m_plus.Size()) / Nu_2PI;
     for (std::size_t i = 0; i < samples.Size(); ++i) {
+      const double u = samples.u[i];
       const double y = samples.y[i];
+      const auto [sine, cosine] = SinCos(middle * u);
       m_squares += y * y;
-      m_simple.Add(simple * samples.u[i], {y, 1.0});
-      m_double.Add(doubled * samples.u[i], {1.0, 0.0});
+      const FourierSums::Place place = m_plus.PlaceAt(perUnit * u);
+      m_plus.Add(place, {y * cosine - sine, y * sine + cosine});
+      m_minus.Add(place, {y * cosine + sine, cosine - y * sine});
+      m_double.Add(m_double.PlaceAt(2.0 * perUnit * u), {cosine * cosine - sine * sine, 2.0 * sine * cosine});
     }
-    m_simple.Transform();
+    m_plus.Transform();
+    m_minus.Transform();
     m_double.Transform();
   }
 
-  // The part of the sum of the squared y that the best wave explains.
-  double ExplainedPart(std::size_t at) const {
-    const auto k = static_cast<std::ptrdiff_t>(at);
-    const Phasor plus = m_simple[k];
-    const Phasor minus = m_simple[-k];
-    const double half = 0.5 * m_simple.Factor(k);
+  // Sets, for each frequency, the part of the sum of the squared y that the best wave explains.
+  void ExplainedParts(std::size_t first, std::size_t end, double* parts) const {
+    for (std::size_t place = 0; place < m_plus.Size(); ++place) {
+      const std::ptrdiff_t k = m_plus.IndexAt(place);
+      const auto at = static_cast<std::size_t>(m_middle + k);
+      if (at >= first && at < end) parts[at] = ExplainedPart(place, k);
+    }
+  }
+
+ private:
+  double ExplainedPart(std::size_t place, std::ptrdiff_t k) const {
+    const Phasor plus = m_plus.At(place);
+    const Phasor minus = m_minus.At(FourierSums::MirrorOf(place));
+    const double half = 0.5 * m_plus.Factor(k);
     const Phasor y{half * (plus.re + minus.re), half * (plus.im - minus.im)};
     const Phasor one{half * (plus.im + minus.im), half * (minus.re - plus.re)};
-    const Phasor square{half * m_double[k].re, half * m_double[k].im};
+    const Phasor square{half * m_double.At(place).re, half * m_double.At(place).im};
     const double cc = 0.5 * m_size + square.re - one.re * one.re / m_size;
     const double ss = 0.5 * m_size - square.re - one.im * one.im / m_size;
     const double cs = square.im - one.re * one.im / m_size;
@@ -95,10 +117,11 @@ class Spectrum {
     return explained / m_squares;
   }
 
- private:
   double m_size;
   double m_squares = 0.0;
-  FourierSums m_simple;
+  std::ptrdiff_t m_middle;
+  FourierSums m_plus;  // of (y + i) e^(i k u), and of (y + i) e^(-i k u)
+  FourierSums m_minus;
   FourierSums m_double;
 };
 
@@ -112,8 +135,11 @@ std::vector<double> ExplainedParts(const WaveSamples& samples, double step, int 
     parts[k] = 1.0 - UnexplainedPart(some, std::min(static_cast<double>(k) * step, limit));
   }
   if (low == count) return parts;
-  const Spectrum spectrum(samples, step, count);
-  for (std::size_t k = low; k < count; ++k) parts[k] = spectrum.ExplainedPart(k);
+  for (std::size_t first = low; first < count; first += kBand) {
+    const std::size_t end = std::min(count, first + kBand);
+    const Band band(samples, step, first, end - first);
+    band.ExplainedParts(first, end, parts.data());
+  }
   return parts;
 }
 

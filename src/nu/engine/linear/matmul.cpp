@@ -152,38 +152,55 @@ NU_ALWAYS_INLINE void MultiplySmall(MatrixView a, MatrixView b, double* c, std::
   }
 }
 
-// Computes c = a * b for up to two packs of columns and kTileColumns rows of b, which are copied to whole packs.
+// Copies the rows of b to whole packs. What fills a pack up only reaches columns that c does not have: mostly it is the
+// begin of the next row.
 template<int kPacks>
-NU_ALWAYS_INLINE void MultiplyPacks(MatrixView a, const double* b, double* c, std::ptrdiff_t ldc, int rows, int inner,
+NU_ALWAYS_INLINE void CopyToPacks(MatrixView b, int inner, int columns, double* packs) {
+  constexpr int width = kPacks * kLanes;
+  for (int k = 0; k < inner; ++k, packs += width) {
+    const double* row = b.data + k * b.rowStep;
+    if (b.columnStep == 1 && (inner - 1 - k) * b.rowStep + columns >= width) {
+      std::memcpy(packs, row, width * sizeof(double));
+    } else {
+      for (int j = 0; j < width; ++j) packs[j] = j < columns ? KeepScalar(row[j * b.columnStep]) : 0.0;
+    }
+  }
+}
+
+// Computes c = a * b for up to two packs of columns and kTileColumns rows of b. Where the rows of c follow each other,
+// whole packs are stored and the next row replaces what is too much.
+template<int kPacks>
+NU_ALWAYS_INLINE void MultiplyPacks(MatrixView a, MatrixView b, double* c, std::ptrdiff_t ldc, int rows, int inner,
                                     int columns) {
   constexpr int width = kPacks * kLanes;
-  for (int i = 0; i < rows; ++i) {
+  alignas(64) double packs[width * kTileColumns];
+  CopyToPacks<kPacks>(b, inner, columns, packs);
+  for (int i = 0; i < rows; ++i, c += ldc) {
     Lanes sum[kPacks] = {};
     for (int k = 0; k < inner; ++k) {
       const double factor = a.data[i * a.rowStep + k * a.columnStep];
       for (int p = 0; p < kPacks; ++p) {
         Lanes other;
-        Load(b + k * width + p * kLanes, other);
+        Load(packs + k * width + p * kLanes, other);
         sum[p] += factor * other;
       }
     }
-    double row[width];
-    for (int p = 0; p < kPacks; ++p) Store(sum[p], row + p * kLanes);
-    for (int j = 0; j < columns; ++j) c[i * ldc + j] = row[j];
+    if (ldc == columns && (rows - i) * ldc >= width) {
+      for (int p = 0; p < kPacks; ++p) Store(sum[p], c + p * kLanes);
+    } else {
+      double row[width];
+      for (int p = 0; p < kPacks; ++p) Store(sum[p], row + p * kLanes);
+      for (int j = 0; j < columns; ++j) c[j] = KeepScalar(row[j]);
+    }
   }
 }
 
 NU_KERNEL void MultiplyNarrow(MatrixView a, MatrixView b, double* c, std::ptrdiff_t ldc, int rows, int inner,
                               int columns) {
-  alignas(64) double padded[kTileColumns * kTileColumns];
-  const int width = Padded(columns);
-  for (int k = 0; k < inner; ++k)
-    for (int j = 0; j < width; ++j)
-      padded[k * width + j] = j < columns ? b.data[k * b.rowStep + j * b.columnStep] : 0.0;
-  if (width == kLanes) {
-    MultiplyPacks<1>(a, padded, c, ldc, rows, inner, columns);
+  if (columns <= kLanes) {
+    MultiplyPacks<1>(a, b, c, ldc, rows, inner, columns);
   } else {
-    MultiplyPacks<2>(a, padded, c, ldc, rows, inner, columns);
+    MultiplyPacks<2>(a, b, c, ldc, rows, inner, columns);
   }
 }
 

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <new>
 
+#include "nu/engine/base/large_pages.h"
 #include "nu/engine/base/simd.h"
 
 namespace nu::engine::linear {
@@ -192,30 +194,43 @@ NU_KERNEL void ReduceStack(double* triangle, double* block, std::ptrdiff_t strid
 }
 
 // Applies one block of reflectors to the stacked [top; b], with the operations of ReduceStack for its last column.
-NU_KERNEL void ReflectStack(const double* reflectors, const double* head, const double* tau, int columns, int rows,
-                            double* top, double* b) {
+NU_KERNEL void ReflectStack(const double* reflectors, std::ptrdiff_t stride, const double* head, const double* tau,
+                            int columns, int rows, double* top, double* b) {
   double dot;
   Dots<1>(reflectors, b, 0, rows, &dot);
   for (int j = 0; j < columns; ++j) {
-    const double* p = reflectors + static_cast<std::ptrdiff_t>(j) * rows;
+    const double* p = reflectors + j * stride;
     const double weight = tau[j] * (head[j] * top[j] + dot);
     top[j] -= weight * head[j];
-    if (j + 1 < columns) UpdateAndDot<1>(p, p + rows, b, 0, rows, &weight, &dot);
+    if (j + 1 < columns) UpdateAndDot<1>(p, p + stride, b, 0, rows, &weight, &dot);
   }
 }
 
-// Copies rows to columns, four rows at a time for wide stores.
+using Four = double __attribute__((vector_size(4 * sizeof(double))));
+
+// Copies a square of four rows to four columns.
+NU_ALWAYS_INLINE void TransposeSquare(const double* const* row, int first, double* to, std::ptrdiff_t stride) {
+  Four r[4];
+  for (int i = 0; i < 4; ++i) std::memcpy(&r[i], row[i] + first, sizeof(Four));
+  const Four even0 = __builtin_shufflevector(r[0], r[1], 0, 4, 2, 6);
+  const Four odd0 = __builtin_shufflevector(r[0], r[1], 1, 5, 3, 7);
+  const Four even1 = __builtin_shufflevector(r[2], r[3], 0, 4, 2, 6);
+  const Four odd1 = __builtin_shufflevector(r[2], r[3], 1, 5, 3, 7);
+  const Four column[4] = {
+      __builtin_shufflevector(even0, even1, 0, 1, 4, 5), __builtin_shufflevector(odd0, odd1, 0, 1, 4, 5),
+      __builtin_shufflevector(even0, even1, 2, 3, 6, 7), __builtin_shufflevector(odd0, odd1, 2, 3, 6, 7)};
+  for (int j = 0; j < 4; ++j) std::memcpy(to + j * stride, &column[j], sizeof(Four));
+}
+
+// Copies rows to columns.
 NU_KERNEL void Transpose(const double* const* row, int rows, int width, double* to, std::ptrdiff_t stride) {
   int r = 0;
   for (; r + 4 <= rows; r += 4) {
-    const double* r0 = row[r];
-    const double* r1 = row[r + 1];
-    const double* r2 = row[r + 2];
-    const double* r3 = row[r + 3];
-    double* column = to + r;
-    for (int j = 0; j < width; ++j, column += stride) {
-      const double four[4] = {r0[j], r1[j], r2[j], r3[j]};
-      for (int l = 0; l < 4; ++l) column[l] = four[l];
+    int j = 0;
+    for (; j + 4 <= width; j += 4) TransposeSquare(row + r, j, to + j * stride + r, stride);
+    for (; j < width; ++j) {
+      const double four[4] = {row[r][j], row[r + 1][j], row[r + 2][j], row[r + 3][j]};
+      std::memcpy(to + j * stride + r, four, sizeof four);
     }
   }
   for (; r < rows; ++r) {
@@ -227,24 +242,38 @@ int Padded(int rows) {
   return (rows + kLanes - 1) / kLanes * kLanes;
 }
 
+// The distance of columns of up to that many rows. It avoids powers of two, so that neighbouring columns do not share
+// cache sets.
+int Stride(int rows) {
+  return Padded(std::clamp(rows, 1, TallReduction::kBlockRows)) + kLanes;
+}
+
+// Room for `size` doubles on a cache line. The memory is aligned by hand, as aligned allocation is slow for the fits of
+// few points.
+double* Allocate(std::size_t size, std::unique_ptr<double[]>& memory) {
+  std::size_t room = (size + kLanes) * sizeof(double);
+  memory.reset(new double[size + kLanes]);
+  AdviseLargePages(memory.get(), room);
+  void* start = memory.get();
+  return static_cast<double*>(std::align(kLanes * sizeof(double), size * sizeof(double), start, room));
+}
+
 }  // namespace
 
 TallReduction::TallReduction(int columns, int rows)
-    : m_columns(columns),
-      m_blockRows(std::clamp(rows, 1, kBlockRows)),
-      // The stride avoids powers of two, so that neighbouring columns do not share cache sets.
-      m_stride(Padded(m_blockRows) + kLanes) {
+    : m_columns(columns), m_blockRows(std::clamp(rows, 1, kBlockRows)), m_stride(Stride(rows)) {
   const std::size_t n = static_cast<std::size_t>(columns);
   const std::size_t blockSize = n * static_cast<std::size_t>(m_stride);
   if (n > SIZE_MAX / sizeof(double) / (n + kBlockRows + 2 * kLanes)) throw std::bad_alloc();
   const std::size_t size = blockSize + n * n + 4 * n;
-  // The memory is aligned by hand, as aligned allocation is slow for the fits of few points.
-  std::size_t room = (size + kLanes) * sizeof(double);
-  m_memory.reset(new double[size + kLanes]);
-  void* start = m_memory.get();
-  m_block = static_cast<double*>(std::align(kLanes * sizeof(double), size * sizeof(double), start, room));
+  m_block = Allocate(size, m_memory);
   m_triangle = m_block + blockSize;
   std::fill_n(m_triangle, n * n, 0.0);
+}
+
+void TallReduction::KeepReflectors(TallReflectors* reflectors) {
+  m_reflectors = reflectors;
+  if (reflectors != nullptr) m_block = reflectors->NextBlock();
 }
 
 void TallReduction::AbsorbBlock(int rows) {
@@ -256,7 +285,9 @@ void TallReduction::AbsorbBlock(int rows) {
   double* work = m_triangle + static_cast<std::ptrdiff_t>(m_columns) * m_columns;
   const Scratch scratch{work, work + m_columns, work + 2 * m_columns, work + 3 * m_columns};
   ReduceStack(m_triangle, m_block, m_stride, m_columns, padded, scratch);
-  if (m_reflectors != nullptr) m_reflectors->Store(m_block, m_stride, padded, scratch.head, scratch.tau);
+  if (m_reflectors == nullptr) return;
+  m_reflectors->Keep(scratch.head, scratch.tau);
+  m_block = m_reflectors->NextBlock();
 }
 
 void TallReduction::AddRows(const double* const* row, const double* rhs, int count) {
@@ -276,33 +307,34 @@ void TallReduction::Finish() {
   m_collected = 0;
 }
 
-TallReflectors::TallReflectors(int unknowns, int rows) : m_unknowns(unknowns), m_rows(rows) {
+TallReflectors::TallReflectors(int unknowns, int rows) : m_unknowns(unknowns), m_rows(rows), m_stride(Stride(rows)) {
   const std::size_t blocks = static_cast<std::size_t>(rows) / TallReduction::kBlockRows + 1;
-  const std::size_t perUnknown = static_cast<std::size_t>(rows) + kLanes + 2 * blocks;
-  if (perUnknown > SIZE_MAX / sizeof(double) / static_cast<std::size_t>(unknowns)) throw std::bad_alloc();
-  m_values.reset(new double[static_cast<std::size_t>(unknowns) * perUnknown]);
+  const std::size_t perUnknown = blocks * static_cast<std::size_t>(m_stride + 2);
+  const std::size_t padding = blocks * kLanes + static_cast<std::size_t>(m_stride);
+  const std::size_t n = static_cast<std::size_t>(unknowns);
+  if (perUnknown > (SIZE_MAX / sizeof(double) - padding) / n) throw std::bad_alloc();
+  m_first = Allocate(n * perUnknown + padding, m_values);
 }
 
-void TallReflectors::Store(const double* block, std::ptrdiff_t stride, int padded, const double* head,
-                           const double* tau) {
-  double* to = m_values.get() + m_used;
-  for (int j = 0; j < m_unknowns; ++j) to = std::copy_n(block + j * stride, padded, to);
+void TallReflectors::Keep(const double* head, const double* tau) {
+  double* to = NextBlock() + m_unknowns * m_stride;
   to = std::copy_n(head, m_unknowns, to);
   to = std::copy_n(tau, m_unknowns, to);
-  m_used = static_cast<std::size_t>(to - m_values.get());
+  m_used = static_cast<std::size_t>(to - m_first);
+  m_used = (m_used + kLanes - 1) / kLanes * kLanes;
 }
 
 void TallReflectors::Apply(const double* b, double* projected) const {
   double block[TallReduction::kBlockRows];
   std::fill_n(projected, m_unknowns, 0.0);
-  const double* from = m_values.get();
+  const double* from = m_first;
   for (int first = 0; first < m_rows; first += TallReduction::kBlockRows) {
     const int rows = std::min(TallReduction::kBlockRows, m_rows - first);
     const int padded = Padded(rows);
     std::fill(std::copy_n(b + first, rows, block), block + padded, 0.0);
-    const double* head = from + static_cast<std::ptrdiff_t>(m_unknowns) * padded;
-    ReflectStack(from, head, head + m_unknowns, m_unknowns, padded, projected, block);
-    from = head + 2 * static_cast<std::ptrdiff_t>(m_unknowns);
+    const double* head = from + m_unknowns * m_stride;
+    ReflectStack(from, m_stride, head, head + m_unknowns, m_unknowns, padded, projected, block);
+    from = head + (2 * m_unknowns + kLanes - 1) / kLanes * kLanes;
   }
 }
 

@@ -36,8 +36,9 @@ class TallReduction {
 
   int Columns() const { return m_columns; }
 
-  // Keeps the reflectors of every block, for later right-hand sides. To be called before the first row.
-  void KeepReflectors(TallReflectors* reflectors) { m_reflectors = reflectors; }
+  // Keeps the reflectors of every block, of all columns but the last, for later right-hand sides. To be called before
+  // the first row.
+  void KeepReflectors(TallReflectors* reflectors);
 
   // The place for a block of values of column j, aligned to a cache line. AbsorbBlock destroys them.
   double* Column(int j) { return m_block + j * m_stride; }
@@ -77,12 +78,18 @@ class TallReflectors {
 
  private:
   friend class TallReduction;
-  void Store(const double* block, std::ptrdiff_t stride, int padded, const double* head, const double* tau);
+
+  // The place where the next block of rows is reduced, with a column for the right-hand side. The heads and factors of
+  // the reflectors take the place of that column afterwards.
+  double* NextBlock() const { return m_first + m_used; }
+  void Keep(const double* head, const double* tau);
 
   int m_unknowns;
   int m_rows;
+  std::ptrdiff_t m_stride;
   std::size_t m_used = 0;
-  std::unique_ptr<double[]> m_values;  // block by block: the columns, then heads, then factors
+  std::unique_ptr<double[]> m_values;
+  double* m_first;  // on a cache line
 };
 
 }  // namespace nu::engine::linear

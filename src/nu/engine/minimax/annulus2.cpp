@@ -8,10 +8,14 @@
 #include "nu/engine/minimax/annulus_overlay.h"
 #include "nu/engine/minimax/strip2.h"
 
-// First the exchange; points near a circle or an arc need no more. Otherwise the annuli of a subset are searched: none
-// is wider than that of all points with the same centre. So the narrowest of the subset, if it holds all points, is the
-// narrowest of all, provided that the strip of the subset, an annulus around infinity, is no narrower; and if it does
-// not hold them, the subset has to grow. Points that fill an area take the last road, the search among all.
+// First the exchange; points near a circle or an arc need no more. Otherwise the annuli of a subset are searched, and
+// its strip, which is an annulus around infinity: none is wider than that of all points with the same centre. So the
+// narrowest of the subset, if it holds all points, is the narrowest of all; and if it does not hold them, the subset
+// has to grow. Points that fill an area take the last road, the search among all.
+//
+// A strip whose contacts are a side and a corner becomes narrower when the centre comes nearer from infinity on one
+// side. One between two parallel sides of the hull that overlap in part does not, and can be the narrowest of all, as
+// for the points of an ellipse that is longer than three times its width. Then no circle is the best one.
 
 namespace nu::engine::minimax {
 namespace {
@@ -70,6 +74,12 @@ class Search {
       if (!grid.finite || grid.points.size() < 3) return false;
       const GridAnnulus found = NarrowestGridAnnulus(grid.points, Bound(grid));
       if (!found.found) return false;
+      const Strip2 strip = StripOf(grid);
+      if (strip.width + kSameWidth < found.width || IsFar(found.centre)) {
+        if (AddBeyond(strip, grid, subset)) continue;
+        m_best.end = AnnulusEnd::noOptimum;
+        return true;
+      }
       const Vec2 centre = grid.InPlane(found.centre);
       const AnnulusExchange::Extremes extremes = m_exchange.ExtremesFrom(centre);
       if (!monitor.GoesOn(centre, extremes.outer - extremes.inner)) {
@@ -77,14 +87,33 @@ class Search {
         return true;
       }
       if (extremes.outer - extremes.inner <= found.width * grid.unit + Rounding(grid, extremes.outer)) {
-        const PointView view(&subset.front().x, sizeof(Vec2), subset.size());
-        if (NarrowestStrip(view).width < found.width * grid.unit) return false;
         Take(found, grid);
         return true;
       }
       AddBeyond(found, grid, extremes, subset);
     }
     return false;
+  }
+
+  static bool IsFar(Vec2 centre) { return !(std::sqrt(Dot(centre, centre)) <= kFarthestCentre * kGridReach); }
+
+  static Strip2 StripOf(const Grid2& grid) {
+    return NarrowestStrip(PointView(&grid.points.front().x, sizeof(Vec2), grid.points.size()));
+  }
+
+  // What the strip does not hold: the points farthest on either side of it, and those of many runs. False when it holds
+  // all.
+  bool AddBeyond(const Strip2& strip, const Grid2& grid, std::vector<Vec2>& subset) const {
+    const Vec2 normal{strip.normal[0], strip.normal[1]};
+    const AnnulusExchange::Extremes extremes = m_exchange.ExtremesAlong(normal);
+    if (extremes.outer - extremes.inner <= (strip.width + kSameWidth) * grid.unit) return false;
+    constexpr double kFarAway = 1024.0;  // in sizes of the set: circles around such a centre are nearly lines
+    for (const Vec2& p : m_exchange.RepresentativePoints(grid.InPlane(-kFarAway * kGridReach * normal))) {
+      subset.push_back(p);
+    }
+    subset.push_back(extremes.farthest);
+    subset.push_back(extremes.nearest);
+    return true;
   }
 
   // What the annulus does not hold: the worst of all points, and of each of many runs.
@@ -110,6 +139,9 @@ class Search {
     grid.unit *= m_points.Scale();
     const GridAnnulus found = NarrowestGridAnnulus(grid.points, Bound(grid));
     if (found.found) Take(found, grid);
+    const double strip = StripOf(grid).width * grid.unit + Rounding(grid, m_best.outer);
+    const bool isFar = found.found && IsFar(found.centre);
+    if (HasOptimum() && (isFar || strip < m_best.outer - m_best.inner)) m_best.end = AnnulusEnd::noOptimum;
   }
 
   // The radii are those of the points as they are, not as they are on the grid. What the exchange found at the same

@@ -11,7 +11,7 @@ enum class AnnulusEnd {
   found,
   limitReached,
   cancelled,  // by the monitor
-  noOptimum,  // its centre is so far away that rounding hides it
+  noOptimum,  // its centre is at infinity, or so far away that rounding hides it
   notFinite,
 };
 
@@ -27,8 +27,8 @@ struct Annulus {
   bool certified = false;  // known to be the only one from a bound, without the search over all candidates
 };
 
-// The narrowest annulus. Its centre is at a finite place: the narrowest strip, an annulus around infinity, becomes
-// narrower when the centre comes nearer on one of its sides. Along two axes, relative to the origin of the blocks.
+// The narrowest annulus, along two axes, relative to the origin of the blocks. None when a strip between parallel lines
+// is narrower than any annulus, or when the centre is more than 2^24 sizes of the set away.
 // `start` is a first guess of the centre, for example that of the least-squares circle; `limit` bounds the exchanges.
 // The monitor sees them, and the rounds of a search where they are not enough: the width of the annulus about the
 // present centre, and its distance from the last one. Of annuli whose widths agree to rounding the one with the least x

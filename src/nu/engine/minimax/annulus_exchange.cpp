@@ -118,6 +118,21 @@ AnnulusExchange::Extremes AnnulusExchange::ExtremesFrom(Vec2 centre) const {
   return extremes;
 }
 
+AnnulusExchange::Extremes AnnulusExchange::ExtremesAlong(Vec2 direction) const {
+  Extremes extremes;
+  extremes.outer = -std::numeric_limits<double>::infinity();
+  extremes.inner = std::numeric_limits<double>::infinity();
+  m_points.ForEach([&](const PointBlock& block) {
+    for (std::size_t i = 0; i < block.size; ++i) {
+      const Vec2 p = InPlane(block, i, m_axis);
+      const double along = Dot(p, direction);
+      if (along > extremes.outer) extremes.outer = along, extremes.farthest = p;
+      if (along < extremes.inner) extremes.inner = along, extremes.nearest = p;
+    }
+  });
+  return extremes;
+}
+
 AnnulusExchange::Extremes AnnulusExchange::ExtremesOfSample() const {
   Extremes extremes;
   extremes.inner = std::numeric_limits<double>::infinity();
@@ -192,7 +207,7 @@ AnnulusExchange::Outcome AnnulusExchange::Run(Vec2 start, long limit, AnnulusMon
     m_extremes = ExtremesFrom(m_centre);
     if (!monitor.GoesOn(m_centre, m_extremes.outer - m_extremes.inner)) return Outcome::cancelled;
     outcome = Exchange(m_extremes);
-    if (outcome == Outcome::converged) return Sharpness() > 0.0 ? outcome : Outcome::lost;
+    if (outcome == Outcome::converged) return Sharpness() > 0.0 && !IsFar() ? outcome : Outcome::lost;
     if (outcome == Outcome::lost) return outcome;
   }
   return Outcome::lost;
@@ -233,6 +248,12 @@ bool AnnulusExchange::Replace(Vec2 (&pair)[2], const Vec2 (&other)[2], Vec2 poin
   const double side = SideOf(from, to, Direction(point - m_centre));
   pair[side * first > 0.0 ? 0 : 1] = point;
   return true;
+}
+
+bool AnnulusExchange::IsFar() const {
+  double size = 0.0;
+  for (const Vec2& p : m_sample) size = std::max(size, Length(p - m_sample.front()));
+  return !(m_extremes.outer <= kFarthestCentre * size);
 }
 
 // k: the parallelogram of the u - v has its corners at u0 - v0, u0 - v1, u1 - v1, u1 - v0. Below 0 when it does not

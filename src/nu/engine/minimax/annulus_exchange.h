@@ -7,6 +7,10 @@
 
 namespace nu::engine::minimax {
 
+// Points that extend over L differ from a line by L^2 / (8 r) on a circle of radius r, whose distances are rounded by
+// eps r. Beyond about L / sqrt(8 eps) the rounding hides that they are on a circle at all.
+inline constexpr double kFarthestCentre = 0x1p24;
+
 // Hands the rounds of the search for an annulus to a monitor, in the unit of the points.
 class AnnulusMonitor {
  public:
@@ -45,6 +49,8 @@ class AnnulusExchange {
     double inner = 0.0;
   };
   Extremes ExtremesFrom(Vec2 centre) const;
+  // Seen from infinity: `outer` and `inner` are the greatest and the least coordinate along a unit direction.
+  Extremes ExtremesAlong(Vec2 direction) const;
 
   // Some hundred points that tell most about annuli: the sample, and the farthest and the nearest one, from a centre,
   // of each of many runs of points.
@@ -56,6 +62,7 @@ class AnnulusExchange {
   Outcome Exchange(const Extremes& seen);
   bool Replace(Vec2 (&pair)[2], const Vec2 (&other)[2], Vec2 point) const;
   Extremes ExtremesOfSample() const;
+  bool IsFar() const;
   double Sharpness() const;
   double Coverage(std::size_t step) const;
   bool IsProven() const;

@@ -210,14 +210,11 @@ ConeDistance PlaceOn(PointBlocks& points, const Cone3& cone, bool& behind) {
 
 }  // namespace
 
-ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone, double form, double& low, double& high) {
+ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone, double& low, double& high) {
   bool behind;
   ConeDistance model = PlaceOn(points, cone, behind);
-  Extremes seen = ExtremesFrom(points, model);
-  if (behind && seen.high - seen.low > form) {
-    model.bothNappes = true;
-    seen = ExtremesFrom(points, model);
-  }
+  model.bothNappes = cone.bothNappes && behind;
+  const Extremes seen = ExtremesFrom(points, model);
   model.breadth = std::max(seen.across / seen.distance, kEpsilon);
   model.bulge = std::max(seen.lift / seen.distance, kEpsilon);
   model.length = std::max(seen.way, kEpsilon * seen.distance);
@@ -231,7 +228,8 @@ Cone3 ConeDistance::Cone() const {
   const Vec3 along = cosine * frame.z - sine * frame.x;
   return {{frame.origin - radius * outwards, Unit(angle < 0.0 ? -1.0 * along : along)},
           -radius * cosine / std::fabs(sine),
-          std::fabs(angle)};
+          std::fabs(angle),
+          bothNappes};
 }
 
 bool ConeDistance::IsFinite() const {

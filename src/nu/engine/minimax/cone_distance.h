@@ -41,9 +41,9 @@ struct ConeDistance {
 // With points on both nappes a shift of the apex does not level the deviations.
 using NappesDistance = WithOffset<ConeDistance>;
 
-// About a cone, with the scale of the unknowns for these points, and the extreme deviations from it. Points behind the
-// apex make it one of both nappes where the range of the deviations is below `form` no other way.
-ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone, double form, double& low, double& high);
+// About a cone, with the scale of the unknowns for these points, and the extreme deviations from it. A cone of both
+// nappes with no points behind its apex is one of a single nappe.
+ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone, double& low, double& high);
 
 }  // namespace nu::engine::minimax
 

@@ -11,7 +11,6 @@ namespace nu::engine::minimax {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 Cone3 Rescaled(Cone3 cone, double factor) {
   cone.axis.point = factor * cone.axis.point;
@@ -54,14 +53,16 @@ Model InMiddle(const ConeDistance& cone, double middle) {
     return cone.Moved({middle});
 }
 
-// The points are near enough to it, beside its radius of curvature, for a bend.
-bool IsBent(const ConeProblem& problem, const ConeDistance& cone) {
-  return problem.seen.greatest * cone.cosine > kLeastBend * cone.radius;
+// The points are near enough to it for a bend, beside its radius of curvature, and for a taper, beside the distance
+// from the apex.
+bool IsCone(const ConeProblem& problem, const ConeDistance& cone) {
+  const double least = kLeastBend * cone.radius;
+  return problem.seen.greatest * cone.cosine > least && problem.seen.greatest * std::fabs(cone.sine) > least;
 }
 
 template<class Model>
 bool IsOptimum(const ConeProblem& problem, const MinimaxSolution<Model>& found) {
-  return found.end == MinimaxEnd::converged && IsBent(problem, ConeOf(found.model));
+  return found.end == MinimaxEnd::converged && IsCone(problem, ConeOf(found.model));
 }
 
 // The cone that touches a plane along a line: the apex is at the distance `toApex` before the point, and the radius of
@@ -89,10 +90,10 @@ void SearchElsewhere(const ConeProblem& problem, Minimax<Model>& minimax, Minima
   for (const auto& [toApex, radius] : kKinds) {
     for (const Vec3& line : {plane.x, plane.y, -1.0 * plane.x, -1.0 * plane.y}) {
       for (const double side : {1.0, -1.0}) {
-        const Cone3 cone =
-            TouchingCone(problem.mean, side * normal, line, toApex * problem.seen.greatest, radius * bend);
+        Cone3 cone = TouchingCone(problem.mean, side * normal, line, toApex * problem.seen.greatest, radius * bend);
+        cone.bothNappes = bothNappes;
         double low, high;
-        const ConeDistance model = DistanceFromCone(problem.points, cone, bothNappes ? 0.0 : kInfinity, low, high);
+        const ConeDistance model = DistanceFromCone(problem.points, cone, low, high);
         if (!model.IsFinite() || model.bothNappes != bothNappes) continue;
         const MinimaxSolution<Model> other =
             minimax.Improve(InMiddle<Model>(model, 0.5 * (low + high)), value, kMostTrialSteps);
@@ -128,9 +129,8 @@ ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& s
   const ScaledProblem scaled = Prepared(points, mean);
   if (!scaled.isFinite) return {};
   const ConeProblem problem{scaled, points, scaled.scale * form};
-  const double noise = kFormRoundings * problem.rounding;
   double low, high;
-  const ConeDistance model = DistanceFromCone(points, Rescaled(start, problem.scale), problem.form + noise, low, high);
+  const ConeDistance model = DistanceFromCone(points, Rescaled(start, problem.scale), low, high);
   if (!model.IsFinite()) return {};
   const double middle = 0.5 * (low + high);
   if (model.bothNappes) return Search(problem, InMiddle<NappesDistance>(model, middle), limit, monitor);

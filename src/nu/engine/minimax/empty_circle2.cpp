@@ -69,17 +69,14 @@ class Search {
   // Finds nothing when signs contradict each other.
   EmptyCircle Run() {
     if (!m_mesh.IsSound()) return {};
-    for (Delaunay2::Edge e = 0; e < m_mesh.Edges(); e += 2) {
-      if (m_mesh.InUse(e)) Consider(e);
+    ConsiderAll();
+    if (m_tooMany) {
+      // Now that the radius is known, they are chosen from as they come.
+      m_choosesAtOnce = true;
+      ConsiderAll();
     }
-    EmptyCircle best;
-    for (const Candidate& candidate : m_candidates) {
-      if (!MayReach(candidate.square)) continue;
-      const VoronoiEdge2 edge(m_mesh, candidate.edge);
-      if (best.found && !Precedes(edge.PointAt(candidate.t), best.centre)) continue;
-      best = CircleAt(edge, candidate.t);
-    }
-    return best;
+    for (const Candidate& candidate : m_candidates) Choose(candidate);
+    return m_best;
   }
 
  private:
@@ -88,6 +85,20 @@ class Search {
     double t;
     double square;
   };
+
+  void ConsiderAll() {
+    for (Delaunay2::Edge e = 0; e < m_mesh.Edges(); e += 2) {
+      if (m_mesh.InUse(e)) Consider(e);
+    }
+  }
+
+  // The first place of those that agree about the radius.
+  void Choose(const Candidate& candidate) {
+    if (!MayReach(candidate.square)) return;
+    const VoronoiEdge2 edge(m_mesh, candidate.edge);
+    if (m_best.found && !Precedes(edge.PointAt(candidate.t), m_best.centre)) return;
+    m_best = CircleAt(edge, candidate.t);
+  }
 
   // Keeps the ends within the hull that may be as far from the points as the farthest so far.
   void Consider(Delaunay2::Edge e) {
@@ -100,8 +111,16 @@ class Search {
       const double square = edge.SquareAt(t);
       if (!MayReach(square)) continue;
       if (square > m_largest) Raise(square);
-      m_candidates.push_back({e, t, square});
+      Keep({e, t, square});
     }
+  }
+  void Keep(const Candidate& candidate) {
+    if (m_choosesAtOnce) return Choose(candidate);
+    if (m_candidates.size() == kMostCandidates) {
+      m_candidates.clear();
+      m_tooMany = true;
+    }
+    if (!m_tooMany) m_candidates.push_back(candidate);
   }
   bool MayReach(double square) const { return square >= m_limit; }
   void Raise(double square) {
@@ -109,7 +128,9 @@ class Search {
     m_largest = square;
     const double limit = std::max(0.0, std::sqrt(square) - kSameRadius);
     m_limit = limit * limit;
-    if (!MayReach(before)) m_candidates.clear();
+    if (MayReach(before)) return;
+    m_candidates.clear();
+    m_tooMany = false;
   }
 
   static bool Precedes(Vec2 a, Vec2 b) {
@@ -133,11 +154,17 @@ class Search {
     return circle;
   }
 
+  // The points of a lattice leave a circle of one radius in every cell; more than so many are looked for again.
+  static constexpr std::size_t kMostCandidates = std::size_t{1} << 16;
+
   ConvexPolygon2 m_hull;
   Delaunay2 m_mesh;
   double m_largest = 0.0;               // squared radius
   double m_limit = 0.0;                 // the least squared radius that counts as the same
   std::vector<Candidate> m_candidates;  // the last ones, which agree about the radius
+  bool m_tooMany = false;               // for them
+  bool m_choosesAtOnce = false;
+  EmptyCircle m_best;
 };
 
 // ---- many points

@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <limits>
+#include <vector>
 
 #include "nu/engine/base/compensated_sum.h"
 #include "nu/engine/points/point_lanes.h"
@@ -16,7 +17,8 @@
 // every change, so no support set returns.
 //
 // The points pass in blocks. Of each block the farthest point enters until none is outside, so the first walk leaves a
-// ball that is nearly or wholly the last one, and one or two more confirm it. From the second walk on the products that
+// ball that is nearly or wholly the last one, and one or two more confirm it. These leave out the blocks whose farthest
+// point is inside however the centre has moved since they passed. From the second walk on the products that
 // may cancel are computed as if in twice the precision: the weights of contacts that lie close together, or on one
 // diameter, then are as good as the points.
 
@@ -163,14 +165,18 @@ class Pivoting {
     m_square = -1.0;
     m_standing = 0;
     m_finite = true;
+    m_passed.assign(m_points.Size() / m_points.Portion(), {});
     m_accurate = false;
     m_changed = true;
     m_changesLeft = kMostChanges;
     for (int walk = 0; walk < kMostWalks && m_changed && m_finite; ++walk) {
       if (walk == 1 && m_precision == BallPrecision::full) Refine();
       m_changed = false;
-      m_begin = 0;
-      m_points.ForEach([this](const PointBlock& block) { Enclose(block); });
+      const auto mayReachOut = [&](std::size_t begin) {
+        m_begin = begin;
+        return walk == 0 || MayReachOut();
+      };
+      m_points.ForEachOf(mayReachOut, [this](const PointBlock& block) { Enclose(block); });
     }
     return m_finite && (m_precision != BallPrecision::full || Touches());
   }
@@ -200,7 +206,21 @@ class Pivoting {
       Farthest(block, m_gauge, reach);
     }
     m_finite = m_finite && reach.nonFinite == 0.0;
-    m_begin += block.size;
+    const std::size_t passed = m_begin / m_points.Portion();
+    if (passed < m_passed.size()) m_passed[passed] = {m_gauge.centre, std::sqrt(reach.square)};
+  }
+
+  // What a block has shown when it passed. A last part of a block always passes again.
+  struct Passed {
+    Vec3 centre;
+    double farthest;
+  };
+  bool MayReachOut() const {
+    constexpr double kMargin = 1e-9;  // far above the rounding of distances
+    const std::size_t passed = m_begin / m_points.Portion();
+    if (passed >= m_passed.size()) return true;
+    const double moved = std::sqrt(SquareOf(m_gauge.centre, m_passed[passed].centre));
+    return !(m_passed[passed].farthest + moved <= (1.0 - kMargin) * std::sqrt(m_square));
   }
 
   Vec3 PointOf(const PointBlock& block, std::size_t i) const {
@@ -310,6 +330,7 @@ class Pivoting {
   Gauge<D> m_gauge;
   EnclosingBall m_ball;
   double m_square = -1.0;
+  std::vector<Passed> m_passed;
   std::size_t m_begin = 0;  // of the block that passes
   bool m_finite = true;
   bool m_accurate = false;

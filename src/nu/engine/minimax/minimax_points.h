@@ -5,7 +5,10 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <memory>
 #include <tuple>
+#include <utility>
+#include <vector>
 
 #include "nu/engine/minimax/minimax_rows.h"
 #include "nu/engine/points/point_blocks.h"
@@ -41,12 +44,14 @@ class MinimaxPoints {
   // the largest deviation.
   double Seed(const Model& model) {
     m_set.size = 0;
+    m_near.reset();
+    if (m_all.Size() >= kNearFrom) return SeedFromNear(model);
     const double infinity = std::numeric_limits<double>::infinity();
-    const double largest = Collect(model, infinity, 0);
+    const double largest = Collect(m_all, model, infinity, 0);
     if (m_all.Size() > kFewPoints) {
       const double range = m_all.Size() > kManyPoints ? kSeedRangeOfMany : kSeedRange;
       // Deviations may all be the same.
-      Collect(model, std::nextafter(largest - range * m_range, -infinity), kMostSeeds);
+      Collect(m_all, model, std::nextafter(largest - range * m_range, -infinity), kMostSeeds);
       return largest;
     }
     m_all.ForEach([&](const PointBlock& block) {
@@ -60,8 +65,16 @@ class MinimaxPoints {
   }
 
   // One pass. Those points whose deviation is above the threshold join the working set, up to kMostAdded, the worst of
-  // each stratum, the worst first. Returns the largest deviation of all points.
-  double Collect(const Model& model, double threshold) { return Collect(model, threshold, kMostAdded); }
+  // each stratum, the worst first. Returns the largest deviation of all points. Of many points those near the
+  // boundaries are looked at first; where some of them join, that of the others remains unknown and infinity stands for
+  // it.
+  double Collect(const Model& model, double threshold) {
+    if (m_near) {
+      Collect(m_near->blocks, model, threshold, kMostAdded);
+      if (m_added > 0) return std::numeric_limits<double>::infinity();
+    }
+    return Collect(m_all, model, threshold, kMostAdded);
+  }
 
   void Linearise(const Model& model, MinimaxRows<K>& rows) const {
     rows.size = static_cast<int>(m_set.size);
@@ -81,6 +94,20 @@ class MinimaxPoints {
   static constexpr std::size_t kManyPoints = 512;
   static constexpr double kSeedRangeOfMany = 0.25;
 
+  // So many points and more are searched near the boundaries first, among about one in kNearShare of them.
+  static constexpr std::size_t kNearFrom = std::size_t{1} << 15;
+  static constexpr std::size_t kNearShare = 16;
+
+  struct Near {
+    explicit Near(std::vector<Vec3> found)
+        : points(std::move(found)), blocks(PointView(&points[0].x, sizeof(Vec3), points.size()), Vec3{}) {
+      blocks.Keep();
+    }
+
+    std::vector<Vec3> points;
+    PointBlocks blocks;
+  };
+
   struct Candidate {
     double value = 0.0;
     double sign = 0.0;
@@ -98,20 +125,54 @@ class MinimaxPoints {
     return m_side == MinimaxSide::inner ? -smallest : std::max(largest, -smallest);
   }
 
-  double Collect(const Model& model, double threshold, int most) {
+  // The same for many points, in two passes: the second one takes those near the boundaries.
+  double SeedFromNear(const Model& model) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    std::vector<double> some;
+    double smallest = infinity;
+    double largest = -infinity;
+    m_all.ForEach([&](const PointBlock& block) {
+      double low, high;
+      model.Deviations(block, m_deviation, low, high);
+      smallest = std::min(smallest, low);
+      largest = std::max(largest, high);
+      for (std::size_t i = 0; i < block.size; i += kNearShare * kNearShare)
+        if (std::isfinite(m_deviation[i])) some.push_back(Extreme(m_deviation[i], m_deviation[i]));
+    });
+    m_range = largest - smallest;
+    const double value = Extreme(smallest, largest);
+    if (some.size() < kNearShare) return value;  // hardly any deviation is a number
+    const auto bound = some.end() - static_cast<std::ptrdiff_t>(some.size() / kNearShare);
+    std::nth_element(some.begin(), bound, some.end());
+    const double least = *bound;
+    std::vector<Vec3> near;
+    m_all.ForEach([&](const PointBlock& block) {
+      double low, high;
+      model.Deviations(block, m_deviation, low, high);
+      for (std::size_t i = 0; i < block.size && Extreme(low, high) >= least; ++i)
+        if (Extreme(m_deviation[i], m_deviation[i]) >= least) near.push_back(PointAt(block, i));
+    });
+    if (near.empty()) return value;
+    m_near = std::make_unique<Near>(std::move(near));
+    const double threshold = std::max(least, value - kSeedRangeOfMany * m_range);
+    Collect(m_near->blocks, model, std::nextafter(threshold, -infinity), kMostSeeds);
+    return value;
+  }
+
+  double Collect(PointBlocks& points, const Model& model, double threshold, int most) {
     constexpr int kPlaces = 2 * Model::kStrata;
     Candidate worst[kPlaces];
     for (Candidate& c : worst) c.value = threshold;
     double smallest = std::numeric_limits<double>::infinity();
     double largest = -smallest;
-    m_all.ForEach([&](const PointBlock& block) {
+    points.ForEach([&](const PointBlock& block) {
       double low, high;
       model.Deviations(block, m_deviation, low, high);
       smallest = std::min(smallest, low);
       largest = std::max(largest, high);
       if (Extreme(low, high) > threshold) FindWorst(model, block, threshold, worst);
     });
-    m_range = largest - smallest;
+    if (&points == &m_all) m_range = largest - smallest;
     Candidate* end = std::remove_if(worst, worst + kPlaces, [](const Candidate& c) { return c.sign == 0.0; });
     std::sort(worst, end, [](const Candidate& a, const Candidate& b) {
       if (a.value != b.value) return a.value > b.value;
@@ -168,6 +229,7 @@ class MinimaxPoints {
 
   PointBlocks& m_all;
   MinimaxSide m_side;
+  std::unique_ptr<Near> m_near;
   double m_range = 0.0;
   int m_added = 0;
   bool m_renumbered = false;

@@ -4,6 +4,7 @@
 #include "nu/engine/points/point_blocks.h"
 #include "nu/engine/shapes/axis_frame.h"
 #include "nu/engine/shapes/incidence.h"
+#include "nu/engine/shapes/least_bend.h"
 
 // What the minimax problems of round surfaces share.
 namespace nu::engine::minimax {
@@ -13,10 +14,6 @@ inline constexpr double kDistanceRoundings = 4.0;
 
 // A zone and the form of a least-squares feature that differ by so many errors of a distance may be the same.
 inline constexpr double kFormRoundings = 16.0;
-
-// Beside a round surface this much larger, the inverse of the square root of the rounding unit, the points cannot tell
-// it from a plane.
-inline constexpr double kLeastBend = 0x1p-26;
 
 // Of a search for a zone. No optimum of some thousand random sets took more steps; what creeps on leads to a plane.
 inline constexpr long kMostZoneSteps = 600;

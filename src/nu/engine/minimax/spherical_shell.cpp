@@ -23,9 +23,6 @@ namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
-// A sphere so much larger than the set of points, the square root of the rounding unit, has its centre nowhere.
-constexpr double kLeastBend = 0x1p-26;
-
 enum Unknown { kTiltX, kTiltY, kApex, kBend };
 
 struct ShellModel {

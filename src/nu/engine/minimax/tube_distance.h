@@ -4,6 +4,7 @@
 #include "nu/engine/minimax/minimax_rows.h"
 #include "nu/engine/points/point_blocks.h"
 #include "nu/engine/shapes/axis_frame.h"
+#include "nu/engine/shapes/least_bend.h"
 
 namespace nu::engine::minimax {
 
@@ -29,8 +30,6 @@ struct TubeDistance {
   int Stratum(const Vec3& point) const;
 
  private:
-  static constexpr double kLeastBend = 0x1p-26;  // the square root of the rounding unit
-
   bool IsShort() const { return bend * half < 1.0; }
   double Lever() const { return IsShort() ? half : 1.0 / bend; }
   double Sweep() const;

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "nu/engine/base/bits.h"
+#include "nu/engine/base/large_pages.h"
 #include "nu/engine/points/box_tree.h"
 #include "nu/engine/points/edge.h"
 #include "nu/engine/points/extents.h"
@@ -137,8 +138,8 @@ class CellTable {
   double m_perSide;
   double m_border;
   int m_shift;
-  std::vector<Slot> m_slots;
-  std::vector<std::int32_t> m_next;
+  LargeVector<Slot> m_slots;
+  LargeVector<std::int32_t> m_next;
   std::uint64_t m_searches = 0;
   std::uint64_t m_comparisons = 0;
 };

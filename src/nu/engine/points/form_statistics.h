@@ -32,10 +32,12 @@ inline Deviations InUnit(const Deviations& d, double scale) {
 template<int N, class Kernel>
 BlockSums<N> SumOver(PointBlocks& points, Deviations& extremes, Kernel kernel) {
   extremes = kNoDeviations;
+  points.BeginRanges();
   return SumOver<N>(points, [&](const PointBlock& block, double(&sums)[N]) {
     Deviations part;
     kernel(block, sums, part);
     WidenExtremes(part, extremes);
+    points.NoteRange(part.smallest, part.largest);
   });
 }
 

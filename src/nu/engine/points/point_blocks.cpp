@@ -65,7 +65,25 @@ void PointBlocks::Load(PointView part, PointBlock& block) {
 void PointBlocks::Keep() {
   if (m_kept || Size() <= kBlockPoints || Size() > kKeptPoints) return;
   m_portion = kBlockPoints;
+  BeginRanges();
   m_kept.reset(new (std::nothrow) PointBlock[KeptBlocks()]);
+}
+
+void PointBlocks::NoteRanges() {
+  if (m_ranges || Size() < kRangedPoints) return;
+  m_ranges.reset(new (std::nothrow) Range[(Size() + kPortion - 1) / kPortion]);
+}
+
+// What was noted before is no longer valid.
+void PointBlocks::BeginRanges() {
+  if (m_isNarrowed) return;
+  m_noted = 0;
+  ++m_rangedWalk;
+}
+
+void PointBlocks::Narrow(double above, double below) {
+  m_between = {above, below};
+  m_isNarrowed = m_ranges != nullptr;
 }
 
 bool PointBlocks::AllFinite() const {

@@ -21,6 +21,9 @@ inline constexpr std::size_t kPortion = 512;
 // much to make, page by page of fresh memory, as it spares.
 inline constexpr std::size_t kKeptPoints = std::size_t{1} << 18;
 
+// Of so many points and more the ranges of the deviations are noted block by block.
+inline constexpr std::size_t kRangedPoints = std::size_t{1} << 15;
+
 // Some points as separate coordinates, relative to an origin among them: what the kernels of the fits run over, eight
 // lanes at a time. The last eight are filled up with copies of the last point, whose weight is 0.
 struct PointBlock {
@@ -46,6 +49,8 @@ class PointBlocks {
       : m_points(points), m_origin(origin), m_portion(points.Size() <= kBlockPoints ? kBlockPoints : kPortion) {}
 
   std::size_t Size() const { return m_points.Size(); }
+  // How many points each block has; the last one may have fewer.
+  std::size_t Portion() const { return m_portion; }
   const Vec3& Origin() const { return m_origin; }
 
   // A block holds (p - origin) * scale. The scale is 1 but for points so far apart or so close together that the
@@ -66,10 +71,32 @@ class PointBlocks {
 
   bool AllFinite() const;
 
+  // From now on a walk that finds deviations notes their range in each block of a large set, so that after a short step
+  // only the blocks are visited that may hold the extremes. Without the memory for it nothing is noted.
+  void NoteRanges();
+  void BeginRanges();
+  void NoteRange(double smallest, double largest) {
+    if (m_ranges && !m_isNarrowed) m_ranges[m_noted++] = {smallest, largest};
+  }
+  // Numbers the walks that noted ranges from 1 on; 0 where none are noted.
+  std::size_t RangedWalk() const { return m_ranges ? m_rangedWalk : 0; }
+
+  // Until Widen, walks pass over the blocks whose noted range lies between these.
+  void Narrow(double above, double below);
+  void Widen() { m_isNarrowed = false; }
+
   template<class Visit>
   void ForEach(Visit visit) {
+    const auto isWanted = [this](std::size_t begin) { return !m_isNarrowed || !IsWithin(m_ranges[begin / m_portion]); };
+    ForEachOf(isWanted, visit);
+  }
+
+  // Walks over the blocks for whose first point, by its index, `isWanted` is true; the others are not even read.
+  template<class IsWanted, class Visit>
+  void ForEachOf(IsWanted isWanted, Visit visit) {
     const bool stays = m_kept || Size() <= kBlockPoints;
     for (std::size_t begin = 0; begin < Size(); begin += m_portion) {
+      if (!isWanted(begin)) continue;
       PointBlock& block = m_kept ? m_kept[begin / m_portion] : m_block;
       if (!stays || block.size == 0) Load(m_points.Part(begin, std::min(m_portion, Size() - begin)), block);
       visit(static_cast<const PointBlock&>(block));
@@ -77,6 +104,13 @@ class PointBlocks {
   }
 
  private:
+  struct Range {
+    double smallest, largest;
+  };
+  bool IsWithin(const Range& range) const {
+    return range.smallest > m_between.smallest && range.largest < m_between.largest;
+  }
+
   void Load(PointView part, PointBlock& block);
   std::size_t KeptBlocks() const { return (Size() + m_portion - 1) / m_portion; }
 
@@ -85,6 +119,11 @@ class PointBlocks {
   double m_scale = 1.0;
   std::size_t m_portion;
   std::unique_ptr<PointBlock[]> m_kept;
+  std::unique_ptr<Range[]> m_ranges;
+  std::size_t m_noted = 0;
+  std::size_t m_rangedWalk = 0;
+  bool m_isNarrowed = false;
+  Range m_between = {};
   PointBlock m_block;
 };
 

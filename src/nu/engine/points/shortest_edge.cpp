@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/large_pages.h"
 #include "nu/engine/points/box_tree.h"
 #include "nu/engine/points/extents.h"
 #include "nu/engine/points/unbounded_points.h"
@@ -180,9 +181,9 @@ class Cells {
   double m_side = 0.0;
   double m_perSide = 0.0;
   bool m_spread = false;
-  std::vector<std::uint32_t> m_starts;
-  std::vector<std::uint32_t> m_bucket;
-  std::vector<IndexedPoint> m_sorted;
+  LargeVector<std::uint32_t> m_starts;
+  LargeVector<std::uint32_t> m_bucket;
+  LargeVector<IndexedPoint> m_sorted;
 };
 
 // The side that gives evenly filled boxes a few points in a cell; sides of the box shorter than that do not count.

@@ -47,6 +47,8 @@ struct Cone3 {
   Line3 axis;
   double toApex = 0.0;     // along the axis from its point
   double semiAngle = 0.0;  // radians
+  // Points behind the apex count from the nappe there; otherwise from the one before it, as if it went on.
+  bool bothNappes = false;
 };
 
 struct Torus3 {

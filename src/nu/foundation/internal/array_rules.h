@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <climits>
 #include <memory>
-#include <new>
 #include <type_traits>
 #include <utility>
 
+#include "nu/engine/base/large_pages.h"
 #include "nu/foundation/exceptions.h"
 #include "nu/foundation/internal/failures.h"
 
@@ -51,8 +51,7 @@ struct ArrayFields {
 
 template<class T>
 T* AllocateElements(int count) {
-  std::allocator<T> allocator;
-  T* data = allocator.allocate(static_cast<std::size_t>(count));
+  T* data = engine::base::LargePageAllocator<T>().allocate(static_cast<std::size_t>(count));
   std::uninitialized_value_construct_n(data, count);
   return data;
 }
@@ -68,11 +67,7 @@ void ReleaseElements(T* data, int count) {
 
 template<class T>
 T* AllocateElements(int count, const char* where) {
-  try {
-    return AllocateElements<T>(count);
-  } catch (const std::bad_alloc&) {
-    throw CNuMemoryException(where);
-  }
+  return WithMemory(where, [&] { return AllocateElements<T>(count); });
 }
 
 template<class T>

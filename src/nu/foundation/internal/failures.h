@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <new>
+#include <stdexcept>
 
 #include "nu/foundation/exceptions.h"
 #include "nu/foundation/tolerances.h"
@@ -34,13 +35,16 @@ inline void RequireDivisor(double d, const char* what, const char* where) {
   if (std::fabs(d) < NuGetZero()) FailOperation(NuOperationZeroDivisor, what, where);
 }
 
-// Runs an operation that allocates outside the objects of the library: no memory is one failure, whatever asked for it.
-// A result returned through here is made in place, which it would not be if returned from a function-try-block.
+// Runs an operation that allocates outside the objects of the library: every lack of memory is one failure, also that
+// of a size which no memory can hold. The result is made in place, which it would not be if returned from a
+// function-try-block.
 template<class Operation>
 auto WithMemory(const char* where, const Operation& operation) {
   try {
     return operation();
   } catch (const std::bad_alloc&) {
+    throw CNuMemoryException(where);
+  } catch (const std::length_error&) {
     throw CNuMemoryException(where);
   }
 }

@@ -5,7 +5,10 @@
 #include "nu/engine/points/coincidence.h"
 #include "nu/engine/points/extents.h"
 #include "nu/engine/points/point_blocks.h"
+#include "nu/engine/shapes/incidence.h"
+#include "nu/engine/shapes/least_bend.h"
 #include "nu/foundation/exceptions.h"
+#include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/tolerances.h"
 #include "nu/geometry/fit_result.h"
@@ -54,19 +57,40 @@ inline void RequireConverged(GaussNewtonEnd end, const char* name, const char* n
   if (end == GaussNewtonEnd::unsolvable || end == GaussNewtonEnd::cancelled) FailFit(kNumericalFailure, name);
 }
 
+// Of a feature that a fit has found: its radius, or the distance from the points to where its numbers place it. Of what
+// is flat to the points these numbers, once they are rounded, give another form than was found.
+inline void RequireBend(PointView points, double distance, const char* name) {
+  const double least = kLeastBend * std::fabs(distance);
+  if (LargestComponent(LoadVec3(points[points.Size() / 2]) - LoadVec3(points[0])) > least) return;
+  if (!(ExtentsOf(points).Side() > least)) FailFit(kNumericalFailure, name);
+}
+
 // Points that are no `least` distinct ones within `tol`.
 inline bool HasFewerDistinct(PointView points, int least, double tol) {
   return !HasDistinct(points, least, tol, NuGetZero());
 }
 
-// Runs a fit; whatever it throws but a fit's own failure becomes cause 11.
+// Runs a fit; whatever it throws but a fit's own failure and lack of memory becomes cause 11.
 template<class Fit>
 auto TranslateForeign(const char* name, Fit fit) {
   try {
-    return fit();
+    return WithMemory(name, fit);
   } catch (const CNuBestfitException&) {
     throw;
+  } catch (const CNuMemoryException&) {
+    throw;
   } catch (...) {
+    FailFit(kNumericalFailure, name);
+  }
+}
+
+// Required: fits of lines, planes and circles word lack of memory like any failure that is not theirs, and hosts that
+// catch the fit's exception alone rely on it.
+template<class Fit>
+auto MemoryAsNumericalFailure(const char* name, const Fit& fit) {
+  try {
+    return WithMemory(name, fit);
+  } catch (const CNuMemoryException&) {
     FailFit(kNumericalFailure, name);
   }
 }

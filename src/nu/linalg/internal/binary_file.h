@@ -79,6 +79,16 @@ inline bool RequireWritten(BinaryFileWriter& file, const char* className) {
   return true;
 }
 
+// Readers throw nothing: lack of memory is a failure like any other.
+template<class Read>
+bool ReadUnlessNoMemory(const Read& read) {
+  try {
+    return WithMemory("", read);
+  } catch (const CNuMemoryException&) {
+    return false;
+  }
+}
+
 }  // namespace nu::internal
 
 #endif

@@ -32,7 +32,8 @@ FeatureFit<Cone3> FitMinZoneCone(PointView points, const FitOptions& options);
 
 FeatureFit<Torus3> FitMinTorus(PointView points, const FitOptions& options);
 
-// The same for minimax fits that go on from there: `blocks` are those of the points, and their scale may change.
+// The same for minimax fits that go on from there, however flat they are: `blocks` are those of the points, and their
+// scale may change.
 FeatureFit<Sphere3> FitSphere(PointView points, PointBlocks& blocks, const FitOptions& options);
 FeatureFit<Cylinder3> FitCylinder(PointView points, PointBlocks& blocks, const FitOptions& options);
 FeatureFit<Cone3> FitCone(PointView points, PointBlocks& blocks, const FitOptions& options);
