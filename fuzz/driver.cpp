@@ -1,66 +1,163 @@
-// Feeds a fuzz target with inputs: driver COUNT [FOLDER]. First come the files of the folder, in which inputs are kept
-// that once failed, then COUNT seeded ones that mix noise with the doubles that break things.
+// Feeds a fuzz target without a search by coverage:
+//   TARGET [--count N | --seconds N] [--seed N] [--keep FILE] [FILE or FOLDER]...
+// First come the files as they are, then inputs that are made from the seed: changed files, and noise mixed with the
+// doubles that break things. A seed of 0 takes one of the moment. FILE receives each input before its run, so that it
+// is left with the one that ended the program.
 
+#include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <limits>
 #include <random>
+#include <string>
 #include <vector>
+
+#include "odd_numbers.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace {
 
-void FeedFiles(const char* folder) {
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    std::ifstream file(entry.path(), std::ios::binary);
-    const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+using Bytes = std::vector<std::uint8_t>;
+using Random = std::mt19937_64;
+
+std::size_t Below(Random& random, std::size_t count) {
+  return random() % count;
+}
+
+void PutOddNumber(Bytes& bytes, std::size_t at, Random& random, std::size_t count) {
+  const double value = nu::fuzz::kOddNumbers[Below(random, count)];
+  std::memcpy(bytes.data() + at, &value, sizeof value);
+}
+
+// Bytes and runs of bytes that are lost, doubled, exchanged with those of other places, or other than they were.
+void Change(Bytes& bytes, Random& random) {
+  if (bytes.empty()) return;
+  constexpr char kSyntax[] = "\n\r,;\"\'[]=-.9e \xff";  // with the zero at its end
+  const std::size_t at = Below(random, bytes.size());
+  const auto from = bytes.begin() + static_cast<std::ptrdiff_t>(at);
+  const auto to = from + static_cast<std::ptrdiff_t>(std::min<std::size_t>(bytes.size() - at, 1 + Below(random, 16)));
+  switch (Below(random, 7)) {
+    case 0:
+      *from = static_cast<std::uint8_t>(random());
+      break;
+    case 1:
+      *from = static_cast<std::uint8_t>(kSyntax[Below(random, sizeof kSyntax)]);
+      break;
+    case 2:
+      bytes.erase(from, to);
+      break;
+    case 3: {
+      const Bytes run(from, to);
+      const auto place = static_cast<std::ptrdiff_t>(Below(random, bytes.size()));
+      bytes.insert(bytes.begin() + place, run.begin(), run.end());
+      break;
+    }
+    case 4:
+      std::reverse(from, to);
+      break;
+    case 5:
+      if (bytes.size() >= 8)
+        PutOddNumber(bytes, Below(random, bytes.size() / 8) * 8, random, std::size(nu::fuzz::kOddNumbers));
+      break;
+    default:
+      if (Below(random, 8) == 0) bytes.resize(at);
   }
+}
+
+Bytes Noise(Random& random) {
+  Bytes bytes(Below(random, 400));
+  const std::size_t kind = Below(random, 5);
+  for (std::size_t at = 0; at + 8 <= bytes.size(); at += 8) {
+    PutOddNumber(bytes, at, random, kind == 0 ? nu::fuzz::kMildNumbers : std::size(nu::fuzz::kOddNumbers));
+    const double value = std::uniform_real_distribution<double>(-10.0, 10.0)(random);
+    if (kind == 2) std::memcpy(bytes.data() + at, &value, sizeof value);
+  }
+  if (kind >= 3) {
+    for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(Below(random, kind == 3 ? 256 : 128));
+  }
+  return bytes;
+}
+
+Bytes Content(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  Bytes bytes{std::istreambuf_iterator<char>(file), {}};
+  if (!file) {
+    std::fprintf(stderr, "%s cannot be read\n", path.string().c_str());
+    std::exit(2);
+  }
+  return bytes;
+}
+
+std::vector<Bytes> Contents(const std::filesystem::path& path) {
+  if (!std::filesystem::is_directory(path)) return {Content(path)};
+  std::vector<std::filesystem::path> paths;
+  for (const auto& entry : std::filesystem::directory_iterator(path)) paths.push_back(entry.path());
+  std::sort(paths.begin(), paths.end());
+  std::vector<Bytes> contents;
+  for (const auto& each : paths) contents.push_back(Content(each));
+  return contents;
+}
+
+struct Options {
+  long count = 0;
+  double seconds = 0.0;
+  std::uint64_t seed = 20240607;
+  std::string keep;
+  std::vector<Bytes> corpus;
+};
+
+Options Read(int argc, char** argv) {
+  Options options;
+  for (int i = 1; i < argc; ++i) {
+    const std::string name = argv[i];
+    if (name.rfind("--", 0) != 0) {
+      const std::vector<Bytes> contents = Contents(name);
+      options.corpus.insert(options.corpus.end(), contents.begin(), contents.end());
+      continue;
+    }
+    const char* value = ++i < argc ? argv[i] : "";
+    if (name == "--count") options.count = std::atol(value);
+    if (name == "--seconds") options.seconds = std::atof(value);
+    if (name == "--seed") options.seed = std::strtoull(value, nullptr, 10);
+    if (name == "--keep") options.keep = value;
+  }
+  if (options.seed == 0) options.seed = std::random_device()();
+  return options;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc > 2) FeedFiles(argv[2]);
-  const long count = argc > 1 ? std::strtol(argv[1], nullptr, 10) : 1000;
-  using Limits = std::numeric_limits<double>;
-  const double special[] = {0.0,
-                            -0.0,
-                            1.0,
-                            -1.0,
-                            2.0,
-                            0.5,
-                            3.0,
-                            1e-300,
-                            1e300,
-                            1e150,
-                            1e-150,
-                            1e9,
-                            1e-9,
-                            5e-324,
-                            Limits::max(),
-                            Limits::infinity(),
-                            -Limits::infinity(),
-                            Limits::quiet_NaN()};
-  std::mt19937_64 random(20240607);
-  for (long i = 0; i < count; ++i) {
-    std::vector<std::uint8_t> input(random() % 400);
-    const unsigned noise = static_cast<unsigned>(random() % 4);
-    for (std::size_t at = 0; at + 8 <= input.size(); at += 8) {
-      double value = special[random() % (noise == 0 ? 7 : std::size(special))];
-      if (noise >= 2) value = std::uniform_real_distribution<double>(-10.0, 10.0)(random);
-      std::memcpy(input.data() + at, &value, 8);
-    }
-    if (noise == 3) {
-      for (std::uint8_t& byte : input) byte = static_cast<std::uint8_t>(random());
-    }
+  const Options options = Read(argc, argv);
+  const auto start = std::chrono::steady_clock::now();
+  const auto secondsFrom = [start] {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  };
+  std::printf("seed %llu\n", static_cast<unsigned long long>(options.seed));
+  std::fflush(stdout);
+  const auto feed = [&options](const Bytes& input) {
+    if (!options.keep.empty())
+      std::ofstream(options.keep, std::ios::binary)
+          .write(reinterpret_cast<const char*>(input.data()), static_cast<std::streamsize>(input.size()));
     LLVMFuzzerTestOneInput(input.data(), input.size());
+  };
+  for (const Bytes& input : options.corpus) feed(input);
+  Random random(options.seed);
+  long inputs = 0;
+  for (; inputs < options.count || secondsFrom() < options.seconds; ++inputs) {
+    const bool isChanged = !options.corpus.empty() && Below(random, 2) == 0;
+    Bytes input = isChanged ? options.corpus[Below(random, options.corpus.size())] : Noise(random);
+    for (std::size_t changes = isChanged ? Below(random, 6) : 0; changes > 0; --changes) Change(input, random);
+    feed(input);
   }
+  if (!options.keep.empty()) std::remove(options.keep.c_str());
+  std::printf("%zu files and %ld inputs in %.1f s\n", options.corpus.size(), inputs, secondsFrom());
   return 0;
 }

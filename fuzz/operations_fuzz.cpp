@@ -18,14 +18,14 @@ constexpr int kMostCalls = 24;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace nu::fuzz;
-  static const std::vector<Operation>& operations = AllOperations();
   Input input(data, size);
   Pool pool(input);
   const bool fails = input.Byte() % 4 == 3;
   for (int call = 0; call < kMostCalls && !input.IsAtEnd(); ++call) {
-    const std::size_t at = 256u * input.Byte() + input.Byte();
+    const unsigned high = input.Byte();
+    const Operation& operation = OperationOf(static_cast<std::uint16_t>(256u * high + input.Byte()));
     pool.SetMode(fails && input.Byte() % 4 == 0 ? CallMode::kOneFailure : CallMode::kPlain);
-    pool.Run(operations[at % operations.size()]);
+    pool.Run(operation);
   }
   for (const std::string& problem : pool.Problems()) std::fprintf(stderr, "%s\n", problem.c_str());
   if (!pool.Problems().empty()) std::abort();

@@ -1,16 +1,21 @@
-// Any coordinates, any tolerance: every fit and every operation of a point set ends in a result or in an exception of
-// the library, and a fit that succeeds has finite points and finite results.
+// Any coordinates, or points close to those of a feature or of a degenerate one; any tolerances: every fit and every
+// operation of a point set ends in a result or in an exception of the library, and a fit that succeeds has finite
+// points and finite parameters.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
+#include "clouds.h"
 #include "nu/nu.h"
 
 namespace {
 
-constexpr double kTol = 4.45e-16;
+using namespace nu::fuzz;
+using nu::test::AnyFit;
+using nu::test::Fitted;
 
 template<class Operation>
 bool Ends(Operation operation) {
@@ -22,35 +27,8 @@ bool Ends(Operation operation) {
   }
 }
 
-void RequireFinite(double value) {
-  if (!std::isfinite(value)) std::abort();
-}
-
-void RequireSize(double value) {
-  RequireFinite(value);
-  if (value < 0.0) std::abort();
-}
-
-// A host's own tolerance may spoil the canonical sign.
-void RequireUnit(const CNuVector& direction) {
-  if (NuGetTol() == kTol && !(std::fabs(direction.Magnitude() - 1.0) < 1e-12)) std::abort();
-}
-
-template<class Conic>
-void RequireConic(const Conic& conic) {
-  double a = 0.0, b = 0.0;
-  CNuPoint centre;
-  CNuVector xAxis, normal;
-  conic.GetData(&a, &b, &centre, &xAxis, &normal);
-  for (const double c : {a, b, centre.x(), centre.y(), centre.z()}) RequireFinite(c);
-  if (!(a > 0.0) || !(b > 0.0)) std::abort();
-}
-
-void RequireWave(const CNuSineCurve& curve) {
-  double a = 0.0, b = 0.0, c = 0.0, d = 0.0;
-  curve.GetData(&a, &b, &c, &d);
-  for (const double value : {a, b, c, d}) RequireFinite(value);
-  if (!(a > 0.0) || !(b > 0.0)) std::abort();
+void Require(bool holds) {
+  if (!holds) std::abort();
 }
 
 bool AreFinite(const CNuPointArray& points) {
@@ -61,77 +39,34 @@ bool AreFinite(const CNuPointArray& points) {
   return sum == 0.0;
 }
 
-void FitAll(const CNuPointArray& points) {
-  double form = 0.0, sumsq = 0.0;
+// Forms and sums of squares of points far apart exceed all numbers. A host's own tolerance may spoil a unit vector.
+void RequireSound(const AnyFit& fit, const Fitted& f, bool tolerancesAreOdd) {
+  for (const double length : f.Lengths()) Require(std::isfinite(length));
+  for (const double ratio : f.Ratios()) Require(std::isfinite(ratio));
+  Require(!(f.form < 0.0 && f.form != fit.start.form) && !std::isnan(f.form) && !std::isnan(f.sumsq));
+  const CNuVector axis = f.axis;
+  const bool isWave = fit.associate == nullptr;
+  if (!isWave && !tolerancesAreOdd && axis.Magnitude() != 0.0) Require(std::fabs(axis.Magnitude() - 1.0) < 1e-12);
+  Require((f.radius >= 0.0 && f.minor >= 0.0) || isWave);
+}
+
+void FitAll(const CNuPointArray& points, double tol, bool tolerancesAreOdd) {
+  constexpr long kSteps = 50;
   const bool areFinite = AreFinite(points);
-  const auto fits = [areFinite](auto fit) {
-    const bool succeeds = Ends(fit);
-    if (succeeds && !areFinite) std::abort();
-    return succeeds;
-  };
-  CNuLine line;
-  if (fits([&] { line.Fit(points, &form, &sumsq); })) RequireUnit(line.GetDirection());
-  CNuPlane plane;
-  if (fits([&] { plane.Fit(points, &form, &sumsq); })) RequireUnit(plane.GetNormal());
-  CNuCircle circle(1.0);
-  if (fits([&] { circle.Fit(points, &form, &sumsq, 50); })) RequireFinite(circle.GetRadius());
-  CNuConSurf cone(1.0), inner(1.0), outer(1.0);
-  CNuSphSurf sphere(1.0);
-  if (fits([&] { sphere.Fit(points, &form, &sumsq, 50); })) RequireFinite(sphere.GetRadius());
-  CNuCylSurf cylinder(1.0);
-  if (fits([&] { cylinder.Fit(points, &form, &sumsq, 50); })) RequireUnit(cylinder.GetAxisDirection());
-  for (const double tol : {1e-9, 1e300}) {
-    if (fits([&] { cone.FitMinZone(points, &form, &inner, &outer, tol, 50); })) {
-      RequireSize(form);
-      RequireUnit(cone.GetAxisDirection());
-      RequireSize(cone.GetSemiAngle());
+  for (const AnyFit& fit : nu::test::kAllFits) {
+    Fitted f;
+    if (Ends([&] { fit.run(points, tol, kSteps, f); })) {
+      Require(areFinite);
+      RequireSound(fit, f, tolerancesAreOdd);
     }
-    if (fits([&] { line.FitMinZone(points, &form, tol, 50); })) {
-      RequireSize(form);
-      RequireUnit(line.GetDirection());
-    }
-    if (fits([&] { plane.FitMinZone(points, &form, tol); })) {
-      RequireSize(form);
-      RequireUnit(plane.GetNormal());
-    }
-    if (fits([&] { circle.FitMin(points, tol); })) RequireSize(circle.GetRadius());
-    if (fits([&] { circle.FitMax(points, tol); })) RequireSize(circle.GetRadius());
-    if (fits([&] { circle.FitMinZone(points, &form, tol, 50); })) RequireSize(circle.GetRadius() + form);
-    if (fits([&] { sphere.FitMin(points, tol); })) RequireSize(sphere.GetRadius());
-    if (fits([&] { sphere.FitMax(points, tol); })) RequireSize(sphere.GetRadius());
-    if (fits([&] { sphere.FitMinZone(points, &form, tol, 50); })) RequireSize(sphere.GetRadius() + form);
-    if (fits([&] { cylinder.FitMin(points, tol, 50); })) RequireSize(cylinder.GetRadius());
-    if (fits([&] { cylinder.FitMax(points, tol, 50); })) RequireSize(cylinder.GetRadius());
-    if (fits([&] { cylinder.FitMinZone(points, &form, tol, 50); })) RequireSize(cylinder.GetRadius() + form);
+    if (fit.runEx != nullptr) fit.runEx(points, tol, kSteps, f);
+    if (fit.associate == nullptr) continue;
+    Ends([&] {
+      CNuAssociation association(points);
+      association.SetDetails(NuDetailAll);
+      if (fit.associate(association, tol, kSteps, f).HasConverged() != NuFalse) RequireSound(fit, f, tolerancesAreOdd);
+    });
   }
-  CNuTorSurf torus(2.0, 1.0);
-  if (fits([&] { torus.FitMin(points, 1e-9, 50); })) RequireSize(torus.GetMajorRadius() + torus.GetMinorRadius());
-  if (fits([&] { cone.Fit(points, &form, &sumsq, 50); })) {
-    RequireUnit(cone.GetAxisDirection());
-    if (!(cone.GetSemiAngle() > 0.0 && cone.GetSemiAngle() < 90.0)) std::abort();
-  }
-  CNuEllipse ellipse(2.0, 1.0);
-  if (fits([&] { ellipse.Fit(points, &form, &sumsq, 50); })) RequireConic(ellipse);
-  CNuHyperbola hyperbola(2.0, 1.0);
-  if (fits([&] { hyperbola.Fit(points, &form, &sumsq, 50); })) RequireConic(hyperbola);
-  CNuParabola parabola(1.0);
-  if (fits([&] { parabola.Fit(points, &form, &sumsq, 50); })) RequireSize(parabola.GetFocalLength());
-  CNuSineCurve sine(1.0, 1.0, 0.0, 0.0);
-  if (fits([&] { sine.Fit(points, &form, &sumsq, 50); })) RequireWave(sine);
-  CNuCosineCurve(1.0, 1.0, 0.0, 0.0).FitEx(points, 50);
-  line.FitMinZoneEx(points, &form, NuGetTol(), 50);
-  circle.FitMinEx(points, NuGetTol());
-  circle.FitMaxEx(points, NuGetTol());
-  circle.FitMinZoneEx(points, &form, NuGetTol(), 50);
-  circle.FitEx(points, 50);
-  sphere.FitEx(points, 50);
-  cone.FitMinZoneEx(points, &form, NuGetTol(), 50);
-  sphere.FitMinEx(points, NuGetTol());
-  sphere.FitMinZoneEx(points, &form, NuGetTol(), 50);
-  cylinder.FitEx(points, 50);
-  cylinder.FitMinEx(points, NuGetTol(), 50);
-  cylinder.FitMaxEx(points, NuGetTol(), 50);
-  cylinder.FitMinZoneEx(points, &form, NuGetTol(), 50);
 }
 
 void Question(const CNuPointArray& points, double tol) {
@@ -158,23 +93,32 @@ void Question(const CNuPointArray& points, double tol) {
   Ends([&] { flat.RemoveAdjacentDuplicate(tol); });
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  double tol = 1e-9;
-  if (size >= sizeof tol) std::memcpy(&tol, data, sizeof tol);
+// Numbers of eight bytes: a tolerance and the points.
+CNuPointArray Points(const std::uint8_t* data, std::size_t size) {
   CNuPointArray points(0);
-  for (std::size_t at = sizeof tol; at + 24 <= size; at += 24) {
+  for (std::size_t at = sizeof(double); at + 24 <= size; at += 24) {
     double c[3];
     std::memcpy(c, data + at, sizeof c);
     points.Add(CNuPoint(c[0], c[1], c[2]));
   }
+  return points;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const double defaultTol = NuGetTol(), defaultLengthTol = NuGetLengthTol();
+  Input input(data, size);
+  const bool isCloud = input.Byte() % 2 == 1;
+  double tol = isCloud ? input.Number() : 1e-9;
+  if (!isCloud && size >= sizeof tol) std::memcpy(&tol, data, sizeof tol);
+  const CNuPointArray points = isCloud ? Cloud(input) : Points(data, size);
   Question(points, tol);
-  FitAll(points);
+  FitAll(points, 1e-9, false);
   NuSetTol(tol);
   NuSetLengthTol(tol);
-  FitAll(points);
-  NuSetTol(kTol);
-  NuSetLengthTol(1e-12);
+  FitAll(points, tol, true);
+  NuSetTol(defaultTol);
+  NuSetLengthTol(defaultLengthTol);
   return 0;
 }

@@ -24,6 +24,8 @@ int main(int argc, char** argv) {
     if (!options.help && !options.version) return Run(options);
     Print(options.help ? HelpText() : VersionText());
     return kWithinTolerance;
+  } catch (const CNuMemoryException&) {
+    return Complain("not enough memory", kBadInput);
   } catch (const std::exception& error) {
     return Complain(error.what(), kBadInput);
   }

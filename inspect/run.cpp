@@ -144,8 +144,10 @@ class Inspector {
       return "";
     } catch (const FitFailure& failure) {
       return Take(failure.what(), kFitFailed);
+    } catch (const CNuMemoryException&) {
+      return Take(kNoMemory, kBadInput);
     } catch (const std::bad_alloc&) {
-      return Take("not enough memory for these points", kBadInput);
+      return Take(kNoMemory, kBadInput);
     } catch (const std::exception& error) {
       return Take(error.what(), kBadInput);
     }

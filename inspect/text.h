@@ -29,6 +29,8 @@ std::string Lower(std::string_view text);
 std::string JsonEscaped(std::string_view text);
 std::string XmlEscaped(std::string_view text);
 
+inline constexpr char kNoMemory[] = "not enough memory for these points";
+
 // The file name without its directories.
 std::string FileName(const std::string& path);
 

@@ -178,16 +178,4 @@ struct Constructed<Class, void(Arguments...)> {
 
 }  // namespace nu::fuzz
 
-#define NU_MEMBER(result, type, name, parameters) \
-  { #type "::" #name #parameters, ::nu::fuzz::Called < static_cast < result(type::*) parameters>(&type::name)> ::Run }
-#define NU_COARSE_MEMBER(result, type, name, parameters)                                           \
-  {                                                                                                \
-#type "::" #name #parameters,                                                                  \
-        ::nu::fuzz::CalledCoarsely < static_cast < result(type::*) parameters>(&type::name)> ::Run \
-  }
-#define NU_FUNCTION(result, name, parameters) \
-  { #name #parameters, ::nu::fuzz::Called < static_cast < result(*) parameters>(&name)> ::Run }
-#define NU_CONSTRUCTOR(type, parameters) \
-  { #type "::" #type #parameters, ::nu::fuzz::Constructed < type, void parameters> ::Run }
-
 #endif

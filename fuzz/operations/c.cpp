@@ -28,6 +28,12 @@ void Free(nu_intersection* handle) {
 void Free(nu_curve* handle) {
   nu_curve_free(handle);
 }
+void Free(nu_part* handle) {
+  nu_part_free(handle);
+}
+void Free(nu_candidates* handle) {
+  nu_candidates_free(handle);
+}
 
 // Counts, strides and capacities are 40 at most; null pointers, negative numbers and wrong handles come as well.
 constexpr int kMostCount = 40, kPlaces = 4;
@@ -68,8 +74,8 @@ class Values : public Pool::Companion {
   T* Place() {
     if (m_pool.IsNull()) return nullptr;
     T& place = Array<T>()[static_cast<std::size_t>(m_pool.Values().Below(kPlaces))];
-    if constexpr (std::is_same_v<T, nu_feature>) WatchFeature(place);
-    if constexpr (std::is_same_v<T, double>) m_pool.Watch(place);
+    // A failure leaves all of them but counts, and tells of itself in an error.
+    if constexpr (!std::is_same_v<T, std::int32_t> && !std::is_same_v<T, nu_error>) m_pool.WatchBytes(place);
     return &place;
   }
   template<class T>
@@ -108,9 +114,6 @@ class Values : public Pool::Companion {
       handle = nullptr;
     }
   }
-  void WatchFeature(const nu_feature& feature) {
-    for (const double number : feature.point) m_pool.Watch(number);
-  }
   void Fill(nu_feature& feature) {
     constexpr int kKinds[] = {NU_KIND_POINT,
                               NU_KIND_LINE,
@@ -141,17 +144,22 @@ class Values : public Pool::Companion {
   std::array<double, kMostCount*(kMostCount + 4)> m_coordinates;
   std::tuple<Room<double>, Room<std::int32_t>, Room<char>, Room<nu_error>, Room<nu_feature>, Room<nu_form>,
              Room<nu_summary>, Room<nu_contact>, Room<nu_parameter>, Room<nu_uncertainty>, Room<nu_weakness>,
-             Room<nu_bound>, Room<nu_spread>, Room<nu_verdict>, Room<nu_segment>, Room<nu_complex>>
+             Room<nu_bound>, Room<nu_spread>, Room<nu_verdict>, Room<nu_segment>, Room<nu_complex>, Room<nu_part_sums>,
+             Room<std::uint8_t>>
       m_arrays{};
   std::tuple<std::array<nu_association*, kPlaces>, std::array<nu_report*, kPlaces>,
-             std::array<nu_intersection*, kPlaces>, std::array<nu_curve*, kPlaces>>
+             std::array<nu_intersection*, kPlaces>, std::array<nu_curve*, kPlaces>, std::array<nu_part*, kPlaces>,
+             std::array<nu_candidates*, kPlaces>>
       m_handles{};
-  std::tuple<Room<nu_association*>, Room<nu_report*>, Room<nu_intersection*>, Room<nu_curve*>> m_returned{};
+  std::tuple<Room<nu_association*>, Room<nu_report*>, Room<nu_intersection*>, Room<nu_curve*>, Room<nu_part*>,
+             Room<nu_candidates*>>
+      m_returned{};
 };
 
 template<class T>
-inline constexpr bool kIsHandle = std::is_same_v<T, nu_association> || std::is_same_v<T, nu_report> ||
-                                  std::is_same_v<T, nu_intersection> || std::is_same_v<T, nu_curve>;
+inline constexpr bool kIsHandle =
+    std::is_same_v<T, nu_association> || std::is_same_v<T, nu_report> || std::is_same_v<T, nu_intersection> ||
+    std::is_same_v<T, nu_curve> || std::is_same_v<T, nu_part> || std::is_same_v<T, nu_candidates>;
 
 template<class T>
 T Given(Pool& pool, Values& values) {
@@ -216,10 +224,8 @@ void Watch(Pool& pool) {
   std::int64_t steps = pool.Small();
   nu_feature* feature = values.Place<nu_feature>();
   const int criterion = values.Integer();
-  pool.Make([&] {
-    Require(nu_association_set_monitor(association, Monitor, &steps));
-    Require(nu_association_fit(association, criterion, feature, nullptr));
-  });
+  pool.Make([&] { Require(nu_association_set_monitor(association, Monitor, &steps)); });
+  pool.Make([&] { Require(nu_association_fit(association, criterion, feature, nullptr)); });
   nu_association_set_monitor(association, nullptr, nullptr);
 }
 
@@ -231,6 +237,8 @@ constexpr Operation kOperations[] = {
     {"nu_report_free", Release<nu_report>},
     {"nu_intersection_free", Release<nu_intersection>},
     {"nu_curve_free", Release<nu_curve>},
+    {"nu_part_free", Release<nu_part>},
+    {"nu_candidates_free", Release<nu_candidates>},
     {"nu_version_text", Texts},
     {"nu_error_message", Texts},
     {"nu_association_set_monitor", Watch},
@@ -274,6 +282,15 @@ constexpr Operation kOperations[] = {
     NU_C(nu_association_prove),
     NU_C(nu_association_sensitivity),
     NU_C(nu_association_sample),
+    NU_C(nu_part_create),
+    NU_C(nu_part_join),
+    NU_C(nu_part_get),
+    NU_C(nu_part_step),
+    NU_C(nu_part_write),
+    NU_C(nu_part_read),
+    NU_C(nu_candidates_create),
+    NU_C(nu_candidates_add),
+    NU_C(nu_candidates_fit),
     NU_C(nu_report_get),
     NU_C(nu_report_require),
     NU_C(nu_report_form),

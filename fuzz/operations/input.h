@@ -8,6 +8,8 @@
 #include <iterator>
 #include <limits>
 
+#include "odd_numbers.h"
+
 namespace nu::fuzz {
 
 // The bytes of an input, read as choices and as numbers; zeros behind their end.
@@ -19,7 +21,7 @@ class Input {
   std::uint8_t Byte() { return IsAtEnd() ? std::uint8_t{0} : *m_next++; }
   int Below(int count) { return Byte() % count; }
 
-  // Half of all numbers are plain ones, so that most operations get somewhere; the others are from the table below,
+  // Half of all numbers are plain ones, so that most operations get somewhere; the others are odd ones,
   // near the number before, or any bits.
   double Number() {
     const double x = AnyNumber();
@@ -39,61 +41,13 @@ class Input {
   double AnyNumber() {
     const std::uint8_t choice = Byte();
     if (choice < 128) return m_last = 0.125 * (choice - 48);
-    if (choice < 224) return m_last = kNumbers[choice % std::size(kNumbers)];
+    if (choice < 224) return m_last = kOddNumbers[choice % std::size(kOddNumbers)];
     if (choice < 244) return m_last = Near(m_last, choice % 5);
     std::uint8_t bits[sizeof m_last];
     for (std::uint8_t& byte : bits) byte = Byte();
     std::memcpy(&m_last, bits, sizeof m_last);
     return m_last;
   }
-  using Limits = std::numeric_limits<double>;
-  static constexpr double kNumbers[] = {0.0,
-                                        -0.0,
-                                        1.0,
-                                        -1.0,
-                                        2.0,
-                                        0.5,
-                                        3.0,
-                                        1.0 / 3,
-                                        90.0,
-                                        180.0,
-                                        270.0,
-                                        360.0,
-                                        -90.0,
-                                        90.000000001,
-                                        45.0,
-                                        30.0,
-                                        1e-9,
-                                        -1e-9,
-                                        1e-12,
-                                        1e-15,
-                                        1e-17,
-                                        1e9,
-                                        -1e9,
-                                        1e15,
-                                        1e16,
-                                        1e150,
-                                        1e-150,
-                                        1e-160,
-                                        1e300,
-                                        -1e300,
-                                        1e308,
-                                        -1.7e308,
-                                        1e-308,
-                                        5e-324,
-                                        -5e-324,
-                                        100.0,
-                                        1e6,
-                                        1e-4,
-                                        1.5708,
-                                        3.141592653589793,
-                                        2147483647.0,
-                                        Limits::max(),
-                                        Limits::min(),
-                                        Limits::epsilon(),
-                                        Limits::infinity(),
-                                        -Limits::infinity(),
-                                        Limits::quiet_NaN()};
   static constexpr int kIntegers[] = {
       -1, 8, 9, 10, 12, 16, 17, 31, 40, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()};
 
@@ -106,7 +60,7 @@ class Input {
       case 1:
         return -x;
       case 2:
-        return std::nextafter(x, Limits::infinity());
+        return std::nextafter(x, std::numeric_limits<double>::infinity());
       case 3:
         return x * (1.0 + 1e-12);
       default:

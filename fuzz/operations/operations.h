@@ -1,6 +1,7 @@
 #ifndef NU_FUZZ_OPERATIONS_OPERATIONS_H
 #define NU_FUZZ_OPERATIONS_OPERATIONS_H
 
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -15,18 +16,16 @@ struct Operation {
   void (*run)(Pool& pool);
 };
 
-// The table of each folder of the library.
-std::span<const Operation> FoundationOperations();
-std::span<const Operation> LinalgOperations();
-std::span<const Operation> NumericsOperations();
-std::span<const Operation> GeometryOperations();
-std::span<const Operation> CurvesOperations();
-std::span<const Operation> SurfacesOperations();
-std::span<const Operation> AssociationOperations();
+// The tables that are written by hand; `generate` writes the others from the headers.
+std::span<const Operation> WrittenOperations();
 std::span<const Operation> COperations();
 
 // All of them.
 const std::vector<Operation>& AllOperations();
+
+// The operation that an input names by a number. It depends on the hashes of names, so that an input keeps its
+// operations when others are added.
+const Operation& OperationOf(std::uint16_t number);
 
 }  // namespace nu::fuzz
 

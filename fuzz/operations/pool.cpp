@@ -1,12 +1,14 @@
 #include "operations/pool.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstring>
 #include <exception>
 #include <initializer_list>
 #include <iterator>
-#include <new>
 
+#include "nu/c/nu.h"
 #include "support/failing_new.h"
 #include "support/scratch_file.h"
 
@@ -23,6 +25,11 @@ bool IsOneOf(const char* name, std::initializer_list<const char*> beginnings) {
   return std::any_of(beginnings.begin(), beginnings.end(), [name](const char* beginning) {
     return std::strncmp(name, beginning, std::strlen(beginning)) == 0;
   });
+}
+
+// Fits that word lack of memory as a numerical failure, as exceptions.h says.
+bool WordsLackOfMemory(const char* name) {
+  return IsOneOf(name, {"CNuLine::Fit", "CNuPlane::Fit", "CNuCircle::Fit"});
 }
 
 // These change their object step by step, as their contracts say.
@@ -52,61 +59,39 @@ const std::string& ScratchName() {
   return name;
 }
 
-struct Tolerance {
-  double (*get)();
-  void (*set)(double);
-};
-constexpr Tolerance kTolerances[] = {{NuGetTol, NuSetTol},
-                                     {NuGetLarge, NuSetLarge},
-                                     {NuGetZero, NuSetZero},
-                                     {NuGetSqrtTol, NuSetSqrtTol},
-                                     {NuGetLengthTol, NuSetLengthTol},
-                                     {NuGetMinEdgeLength, NuSetMinEdgeLength},
-                                     {NuGetDegreeTol, NuSetDegreeTol},
-                                     {NuGetRadianTol, NuSetRadianTol},
-                                     {NuGetMinAngle, NuSetMinAngle}};
+using Tolerances = std::array<double, NU_TOLERANCE_MIN_ANGLE + 1>;
 
-// What the tolerances were before the first pool.
-double DefaultOf(std::size_t i) {
-  static const std::vector<double> defaults = [] {
-    std::vector<double> values;
-    for (const Tolerance& tolerance : kTolerances) values.push_back(tolerance.get());
-    return values;
-  }();
-  return defaults[i];
+Tolerances CurrentTolerances() {
+  Tolerances values;
+  for (std::int32_t i = 0; i <= NU_TOLERANCE_MIN_ANGLE; ++i) nu_tolerance_get(i, &values[static_cast<std::size_t>(i)]);
+  return values;
 }
 
-// The tolerances are those of the library for as long as this lives.
-class DefaultTolerances {
- public:
-  DefaultTolerances() {
-    for (std::size_t i = 0; i < std::size(kTolerances); ++i) {
-      m_saved[i] = kTolerances[i].get();
-      kTolerances[i].set(DefaultOf(i));
-    }
-  }
-  ~DefaultTolerances() {
-    for (std::size_t i = 0; i < std::size(kTolerances); ++i) kTolerances[i].set(m_saved[i]);
-  }
-  DefaultTolerances(const DefaultTolerances&) = delete;
+void SetTolerances(const Tolerances& values) {
+  for (std::int32_t i = 0; i <= NU_TOLERANCE_MIN_ANGLE; ++i) nu_tolerance_set(i, values[static_cast<std::size_t>(i)]);
+}
 
- private:
-  double m_saved[std::size(kTolerances)];
-};
+// What the tolerances were before the first pool.
+const Tolerances& DefaultTolerances() {
+  static const Tolerances defaults = CurrentTolerances();
+  return defaults;
+}
 
 }  // namespace
 
 Pool::Pool(Input& input) : m_input(input) {
-  DefaultOf(0);
+  DefaultTolerances();
 }
 
 Pool::~Pool() {
-  for (std::size_t i = 0; i < std::size(kTolerances); ++i) kTolerances[i].set(DefaultOf(i));
+  SetTolerances(DefaultTolerances());
 }
 
 void Pool::Fill(std::size_t classAt, void* place) {
-  const DefaultTolerances defaults;
+  const Tolerances current = CurrentTolerances();
+  SetTolerances(DefaultTolerances());
   FillObject(m_input, classAt, place);
+  SetTolerances(current);
 }
 
 const char* Pool::FileName() const {
@@ -166,8 +151,6 @@ Pool::Ending Pool::MakeOnce(void (*call)(const void* body), const void* body) {
     return failure.GetCause() == NuBestfitNumericalFailure ? Ending::kNumericalFailure : Ending::kFailed;
   } catch (const CNuException&) {
     return Ending::kFailed;
-  } catch (const std::bad_alloc&) {
-    return Ending::kOutOfMemory;
   } catch (const std::exception& failure) {
     return Problem(failure.what());
   } catch (...) {
@@ -184,10 +167,11 @@ void Pool::JudgeFailure(long kept, const char* changes) {
   if (m_before != m_after) Problem(changes);
 }
 
-// The first allocations fail one by one, of very many some. Fits of lines, planes and curves word it as a numerical
-// failure, as exceptions.h says.
+// The first allocations fail one by one, of very many some. A call that ends for another reason than lack of memory
+// does so without a failing allocation as well.
 bool Pool::MakeWithFailures(void (*call)(const void* body), const void* body) {
   constexpr long kEach = 40;
+  bool failsOtherwise = false;
   for (long k = 0;; k += 1 + (k > kEach ? k / 4 : 0)) {
     Snapshot(m_before);
     const long live = LiveAllocations();
@@ -199,9 +183,13 @@ bool Pool::MakeWithFailures(void (*call)(const void* body), const void* body) {
     const long kept = LiveAllocations() - live;
     FailAllocationsAbove(static_cast<std::size_t>(-1));
     if (ending == Ending::kDone) TakeNewObjects();
+    if (!hasFailed && failsOtherwise && ending == Ending::kDone)
+      Problem("fails for another reason when memory runs out");
     if (!hasFailed) return ending == Ending::kDone;
+    if (ending == Ending::kDone) failsOtherwise = false;
     if (ending == Ending::kDone) continue;  // it knows a way without that memory
-    if (ending == Ending::kFailed) Problem("fails for another reason when memory runs out");
+    const bool isWorded = ending == Ending::kNumericalFailure && WordsLackOfMemory(m_operation->name);
+    if (ending != Ending::kOutOfMemory && !isWorded) failsOtherwise = true;
     JudgeFailure(kept, "changes an argument when memory runs out");
   }
 }

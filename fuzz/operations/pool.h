@@ -105,6 +105,13 @@ class Pool {
   void Watch(const Number& number) {
     m_arguments.push_back({&number, PutAs<Number>});
   }
+  template<class Plain>
+  void WatchBytes(const Plain& plain) {
+    m_arguments.push_back({&plain, [](Bits& bits, const void* object) {
+                             const auto* bytes = static_cast<const unsigned char*>(object);
+                             bits.insert(bits.end(), bytes, bytes + sizeof(Plain));
+                           }});
+  }
   // What operations hand over is the pool's from then on.
   void Own(CNuObject* object);
 

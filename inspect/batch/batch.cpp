@@ -40,8 +40,10 @@ PartResult EvaluateOne(const PartPlan& plan, const PartFiles& files) {
     PartResult part = EvaluatePart(plan, files);
     LeaveOutFeatures(&part);
     return part;
+  } catch (const CNuMemoryException&) {
+    return FailedPart(plan, files, kNoMemory);
   } catch (const std::bad_alloc&) {
-    return FailedPart(plan, files, "not enough memory for these points");
+    return FailedPart(plan, files, kNoMemory);
   } catch (const std::exception& error) {
     return FailedPart(plan, files, error.what());
   }

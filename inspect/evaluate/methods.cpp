@@ -179,6 +179,8 @@ Inspection Inspect(const Method& method, const std::vector<Vec3>& points, const 
     return inspection;
   } catch (const FitFailure& failure) {
     throw FitFailure("the " + method.terms.feature + " cannot be fitted: " + failure.what());
+  } catch (const CNuMemoryException&) {
+    throw;
   } catch (const CNuException& failure) {
     throw FitFailure("the " + method.terms.feature + " cannot be fitted: " + NuCauseText(failure));
   }

@@ -169,6 +169,8 @@ class PartEvaluation {
     try {
       step();
       return "";
+    } catch (const CNuMemoryException&) {
+      throw;
     } catch (const CNuException& failure) {
       return NuCauseText(failure);
     } catch (const std::bad_alloc&) {
@@ -293,6 +295,7 @@ class PartEvaluation {
     const DatumFrameResult* frame = plan.frame ? &m_result.frames[*plan.frame] : nullptr;
     if (plan.kind == CharacteristicKind::kCoordinate) return MeasureCoordinate(feature, frame, plan.axis);
     if (plan.kind == CharacteristicKind::kPosition) return MeasurePosition(feature, frame, plan);
+    if (to == nullptr) throw FitFailure("the characteristic has no datum");
     const FeatureGeometry& datum = *to;
     switch (plan.kind) {
       case CharacteristicKind::kDistance:
