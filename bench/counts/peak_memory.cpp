@@ -3,6 +3,7 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -10,6 +11,7 @@
 #include "../inputs.h"
 #include "nu/curves/circle.h"
 #include "nu/curves/ellipse.h"
+#include "nu/curves/sine_curve.h"
 #include "nu/foundation/exceptions.h"
 #include "nu/foundation/int_array.h"
 #include "nu/geometry/line.h"
@@ -62,6 +64,17 @@ void Measure(const char* name, const CNuPointArray& points, Run run) {
   std::fflush(stdout);
 }
 
+// Some 60,000 samples a period.
+CNuPointArray Wave() {
+  bench::Dice dice(191);
+  CNuPointArray points(kPoints);
+  for (int i = 0; i < kPoints; ++i) {
+    const double x = 1e-4 * i;
+    points.Add(CNuPoint(x, std::sin(x) + dice.Normal(bench::kNoise), 0));
+  }
+  return points;
+}
+
 void MeasureLeastSquares() {
   double form = 0.0;
   double squares = 0.0;
@@ -77,6 +90,14 @@ void MeasureLeastSquares() {
   Measure("LS cylinder", bench::ToPoints(bench::Shaft(kPoints)), fit(CNuCylSurf(1.0)));
   Measure("LS cone", bench::ToPoints(bench::Taper(kPoints)), fit(CNuConSurf(30.0)));
   Measure("LS ellipse", bench::ToPoints(bench::Oval(kPoints)), fit(CNuEllipse(2.0, 1.0)));
+  Measure("LS sine curve", Wave(), fit(CNuSineCurve(1, 1, 0, 0)));
+}
+
+CNuPointArray Lattice() {
+  constexpr int kSide = 1000;
+  CNuPointArray points(kPoints);
+  for (int i = 0; i < kPoints; ++i) points.Add(CNuPoint(i % kSide, i / kSide, 0));
+  return points;
 }
 
 void MeasureZones() {
@@ -95,6 +116,7 @@ void MeasureZones() {
           [](const auto& p) { CNuCircle(1.0).FitMin(p, kTol); });
   Measure("inscribed circle", bench::ToPoints(bench::Ring(kPoints)),
           [](const auto& p) { CNuCircle(1.0).FitMax(p, kTol); });
+  Measure("inscribed circle of a lattice", Lattice(), [](const auto& p) { CNuCircle(1.0).FitMax(p, kTol); });
   Measure("enclosing sphere", bench::ToPoints(bench::Ball(kPoints)),
           [](const auto& p) { CNuSphSurf(1.0).FitMin(p, kTol); });
 }
