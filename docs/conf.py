@@ -84,7 +84,7 @@ def shorten_signature(app, what, name, value, options, signature, returned):
 
 
 def setup(app):
-    app.connect("autodoc-process-docstring", python_reference.describe)
+    python_reference.prepare()
     app.connect("autodoc-process-signature", shorten_signature)
     app.connect("source-read", drop_absent_pages)
     app.connect("env-get-outdated", read_start_page)

@@ -15,6 +15,7 @@ const looks = [
   {name: 'phone-dark', width: 390, height: 844, colorScheme: 'dark'},
 ];
 const faults = [];
+let measured = 0;
 const urlOf = (page) => 'file://' + path.resolve(html, page + '.html');
 
 // Fails on requests to anywhere but the disk, errors of scripts, and files that are missing.
@@ -43,6 +44,18 @@ async function look(context, name, look) {
     faults.push(`${title}: ${violation.id} (${violation.nodes.length}): ${violation.help}: ${places}`);
   }
   await page.close();
+}
+
+// All pages but those of the reference, which are of one kind: none is wider than a phone.
+async function measure(page) {
+  const names = fs.readdirSync(html, {recursive: true}).filter((name) => /^[^_].*\.html$/.test(name) && !/generated.reference./.test(name));
+  await page.setViewportSize({width: 390, height: 844});
+  for (const name of names) {
+    await page.goto(urlOf(name.slice(0, -5)));
+    const width = await page.evaluate(() => document.documentElement.scrollWidth);
+    if (width > 390) faults.push(`${name}: ${width} wide on a phone`);
+  }
+  return names.length;
 }
 
 async function search(context) {
@@ -79,11 +92,12 @@ async function search(context) {
       }
     }
     await search(browser);
+    measured = await measure(browser.pages()[0]);
   } finally {
     await browser.close();
     fs.rmSync(profile, {recursive: true, force: true});
   }
   for (const fault of faults) console.error(fault);
-  console.log(`${pages.length} pages in ${looks.length} looks, ${faults.length} faults; pictures in ${screenshots}`);
+  console.log(`${pages.length} pages in ${looks.length} looks, ${measured} on a phone, ${faults.length} faults; pictures in ${screenshots}`);
   process.exit(faults.length ? 1 : 0);
 })();

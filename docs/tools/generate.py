@@ -8,6 +8,7 @@ from pathlib import Path
 
 import causes
 import check_names
+import costs
 import examples
 import figures
 import python_reference
@@ -43,6 +44,7 @@ def main(docs, build, xml):
     causes.generate(writer, Path("src/nu/foundation"), docs / "causes.json")
     examples.generate(writer, docs.parent)
     scores.generate(writer, build)
+    costs.generate(writer)
     python_reference.generate(writer)
     figures.generate(writer, build, Path(__file__).parent)
     writer.finish()

@@ -11,36 +11,10 @@ TITLES = {
     "features": ("Features", "Ideal features and their relations. Lengths are in your unit, angles in degrees."),
     "failures": ("Failures", "All exceptions derive from `nu.Error`. [Causes](../../causes.md) gives each cause with its remedy."),
 }
-# What the members of all features have in common is said here once; their own docstrings hold what is special.
-COMMON = {
-    "angle_with": "Degrees between the directions, or the direction and the normal.",
-    "apex": "The point where the nappes meet.",
-    "axis": "The axis as a line.",
-    "axis_direction": "The unit vector along the axis.",
-    "axis_point": "A point of the axis.",
-    "centre": "The centre.",
-    "closest_points": "The two points, one on each feature, at which they are closest.",
-    "direction": "The unit vector along the line.",
-    "distance_to": "The shortest distance to a point or another feature, never negative; 0 where they meet.",
-    "focal_length": "The distance from the vertex to the focus.",
-    "intersect": "What the features have in common, as a tuple of points, lines and curves; empty where they do not meet.",
-    "is_closed": "Whether the curve returns to its start.",
-    "major_radius": "The radius of the middle circle.",
-    "minor_radius": "The radius of the tube.",
-    "normal": "The unit normal.",
-    "point": "A point of the feature.",
-    "point_at": "The point at a parameter.",
-    "radius": "The radius, in the unit of the points.",
-    "range": "The interval of the parameter.",
-    "semi_angle": "Half the cone angle, in degrees.",
-    "semi_axis_a": "The semi-axis along `x_axis`.",
-    "semi_axis_b": "The semi-axis across `x_axis`.",
-    "vertex": "The vertex.",
-    "x_axis": "The unit vector of the first axis in the plane of the curve.",
-}
 # A line of a docstring that repeats a signature.
 SIGNATURE = re.compile(r"^(\d+\. ``)?\w*\(self.*\) -> .*$")
 ARRAY = re.compile(r"(?:numpy\.)?ndarray\[dtype=\w+, shape=\(([^)]*)\)[^\]]*\]")
+COMPILED = (type(nu.Line.distance_to), property)
 CLASS_OPTIONS = ["   :members:", "   :inherited-members: Exception, ValueError, RuntimeError, str, Enum"]
 
 
@@ -69,22 +43,53 @@ def public_members(value):
 def short_types(text):
     """Types of compiled functions as a reader would write them: an array by its shape."""
     text = ARRAY.sub(lambda match: f"array[{match[1].replace('*', 'n')}]", text)
-    return text.replace("numpy.typing.", "").replace("nu._core.", "")
+    return text.replace("numpy.typing.", "").replace("nu._core.", "nu.")
 
 
-def describe(app, what, name, value, options, lines):
-    """Docstrings of compiled members: signatures leave, and what all features share comes in."""
-    if not re.match(r"nu\.[A-Z]\w+\.\w+$", name) or not (lines or name.rsplit(".", 1)[1] in COMMON):
-        return
-    types = [line.split(" -> ")[1] for line in lines if what == "property" and SIGNATURE.match(line.strip())]
-    text = [line for line in lines if not SIGNATURE.match(line.strip()) and line.strip() != "Overloaded function."]
-    while text and not text[0].strip():
-        text.pop(0)
-    if not text and name.rsplit(".", 1)[1] in COMMON:
-        text = [COMMON[name.rsplit(".", 1)[1]], ""]
-    if types:
-        text[0] += f" (*{short_types(types[0])}*)"
-    lines[:] = text
+def fold(signatures):
+    """Overloads that differ in the type of their first argument become one signature."""
+    folded = {}
+    for line in map(short_types, signatures):
+        line = re.sub(r"\(self(, )?", "(", line)
+        head, kind, tail = re.fullmatch(r"(\w+\((?:other: )?)([^,)=]*)(.*)", line).groups()
+        folded.setdefault((head, tail), []).append(kind)
+    return [head + " | ".join(kinds) + tail for (head, tail), kinds in folded.items()]
+
+
+def docstring(member):
+    """That of a compiled member: overloads together, types as a reader would write them, and nothing twice."""
+    lines = (member.__doc__ or "").splitlines()
+    signatures = [line for line in lines if SIGNATURE.match(line) and not line[0].isdigit()]
+    text = [line for line in lines if not SIGNATURE.match(line) and line != "Overloaded function."]
+    text = "\n".join(line for i, line in enumerate(text) if not line or line not in text[:i])
+    text = re.sub(r"\n{3,}", "\n\n", text).strip()
+    if isinstance(member, property):
+        kind = short_types(signatures[0].split(" -> ")[1]) if signatures else ""
+        first, *rest = text.split("\n")
+        return "\n".join([f"{first} (*{kind}*)" if kind else first, *rest])
+    return "\n".join([*fold(signatures), "", text])
+
+
+def stand_in(name, member):
+    """What autodoc reads in place of a compiled member, whose docstring cannot be changed."""
+    if isinstance(member, property):
+        return property(member.fget, doc=docstring(member))
+
+    def method(self):
+        raise NotImplementedError
+
+    method.__name__, method.__doc__ = name, docstring(member)
+    return method
+
+
+def prepare():
+    """Gives the classes of the extension the docstrings that the pages show."""
+    for value in map(nu.__dict__.get, nu.__all__):
+        if not inspect.isclass(value) or value.__module__ != nu.Line.__module__:
+            continue
+        for name, member in list(public_members(value)):
+            if isinstance(member, COMPILED):
+                setattr(value, name, stand_in(name, member))
 
 
 def undocumented():
@@ -95,7 +100,7 @@ def undocumented():
         if inspect.isclass(value):
             for inner, member in public_members(value):
                 text = [line for line in (member.__doc__ or "").splitlines() if line and not SIGNATURE.match(line)]
-                if not text and inner not in COMMON:
+                if not text:
                     yield f"{name}.{inner}"
 
 

@@ -9,14 +9,14 @@ import tempfile
 from pathlib import Path
 
 CRITERIA = {"ls": "least squares", "mz": "minimum zone", "mc": "minimum circumscribed", "mi": "maximum inscribed"}
-FEATURES = ["line", "plane", "circle", "ellipse", "hyperbola", "parabola", "sphere", "cylinder", "cone", "polynomial"]
+FEATURES = ["line", "plane", "circle", "ellipse", "hyperbola", "parabola", "sphere", "cylinder", "cone", "torus", "wave", "polynomial"]
+WAVES = {"sine": "wave", "cosine": "wave"}
 # The quantities of the sets in columns.
 COLUMNS = {
     "place": ["point", "centre", "axis_point", "apex", "origin"],
     "direction": ["direction", "normal", "axis_direction", "x_axis"],
-    "size": ["radius", "parameters"],
-    "coefficients": ["coefficients"],
-    "angle": ["semi_angle_rad"],
+    "size": ["radius", "major_radius", "minor_radius", "parameters", "coefficients", "amplitude", "frequency", "offset"],
+    "angle": ["semi_angle_rad", "phase"],
     "form or zone": ["form", "zone"],
     "sum of squares": ["sumsq", "residual_sum"],
 }
@@ -43,7 +43,7 @@ def worst_of(comparisons):
         match = re.fullmatch(r"(?:lit-|hard-)?(ls|mz|mc|mi)-([a-z]+)(?:[23]d)?-\d+", name)
         if not match:
             continue
-        criterion, feature = match.groups()
+        criterion, feature = match[1], WAVES.get(match[2], match[2])
         sets, worst = table.setdefault((feature, criterion), (set(), {}))
         sets.add(name)
         column = column_of[quantity]
@@ -89,6 +89,9 @@ def generate(writer, build):
     comparisons = list(compare(build))
     table = worst_of(comparisons)
     note = "\nEach figure is the worst error over the sets as a part of the bound for full accuracy: 1 would be at the bound.\n"
+    missing = [feature for feature in FEATURES if (feature, "ls") not in table]
+    if missing:
+        raise SystemExit(f"The reference test has no scores of {', '.join(missing)}: build it anew")
     for feature in FEATURES:
         writer.write(f"include/scores-{feature}.md", "\n".join(rows(table, [feature])) + "\n" + note)
     total = sum(len(sets) for sets, _ in table.values())

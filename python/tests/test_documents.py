@@ -29,6 +29,13 @@ def test_handbook_page(tmp_path, monkeypatch):
     assert found.failed == 0 and found.attempted > 20
 
 
+def test_readme(capsys):
+    readme = (ROOT / "README.md").read_text(encoding="utf-8")
+    program, printed = (re.search(rf"```{kind}\n(.*?)```", readme, re.DOTALL)[1] for kind in ("python", "text"))
+    exec(compile(program, "README.md", "exec"), {})
+    assert capsys.readouterr().out == printed
+
+
 @pytest.mark.parametrize("notebook", sorted((ROOT / "python" / "notebooks").glob("*.ipynb")), ids=lambda p: p.stem)
 def test_notebook(notebook):
     NotebookClient(nbformat.read(notebook, 4), timeout=120, kernel_name="python3").execute()
