@@ -55,6 +55,29 @@ TEST(Certificate, KnowsPlanesAndFixedParameters) {
   EXPECT_TRUE(centred.Check(kTriangle, CNuCircle(5.0), 1e-14).Holds());
 }
 
+// Their apexes are so far away that the rounding of these takes in points which do not hold the zone. A cone that is
+// not in its middle is none of its optima, though the zone is as narrow.
+TEST(Certificate, HoldsForSlenderConesInTheMiddleOfTheirZone) {
+  for (std::uint64_t seed = 1; seed <= 100; ++seed) {
+    SCOPED_TRACE(seed);
+    Random random(seed);
+    const CNuPointArray points = ConeCloud(random, 100, 1.4e-3, 1.0, 5.0, 360.0, 1e-7);
+    CNuAssociation association(points);
+    association.SetDetails(NuDetailContacts);
+    CNuConSurf cone(10.0);
+    const CNuAssociationReport report = association.Fit(NuMinimumZone, &cone);
+    report.Require();
+    double angle;
+    CNuPoint apex;
+    CNuVector axis;
+    cone.GetData(&angle, &apex, &axis);
+    const double length = 64.0 * kEps * apex.DistanceTo(points[0]);
+    EXPECT_TRUE(report.GetCertificate().Check(points, cone, length).Holds());
+    const CNuConSurf moved(angle, Along(apex, axis, 10.0 * length / std::sin(angle * kDegree)), axis);
+    EXPECT_FALSE(report.GetCertificate().Check(points, moved, length).Holds());
+  }
+}
+
 TEST(Certificate, RefusesWhatItCannotMean) {
   const auto claim = [](ENuCriterion criterion, int sides) {
     return FailureOf([&] {

@@ -7,6 +7,7 @@
 #include "nu/association/internal/report_details.h"
 #include "nu/engine/association/certificate.h"
 #include "nu/engine/association/covariance.h"
+#include "nu/engine/base/elementary.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/geometry/internal/conversions.h"
 #include "nu/geometry/internal/point_set.h"
@@ -36,6 +37,14 @@ ContactCriterion CriterionFor(ENuCriterion criterion, FeatureKind kind) {
   return isZone ? ContactCriterion::zone : ContactCriterion::circumscribed;
 }
 
+// Where all points are on one nappe their zone is that of one, in the middle of which the cone is.
+bool HasPointsBehindApex(const Feature& cone, PointView points) {
+  const double apex = -cone.size[0] / Tan(cone.size[1]);
+  for (std::size_t i = 0; i < points.Size(); ++i)
+    if (cone.frame.Local(LoadVec3(points[i])).z < apex) return true;
+  return false;
+}
+
 // The ways in which the deviations of the points may be meant; which one it is depends on a tolerance of the fit, or on
 // its course. Whatever is proved for one of them is true.
 std::vector<Feature> Readings(const Feature& feature, ENuCriterion criterion, PointView points) {
@@ -46,7 +55,8 @@ std::vector<Feature> Readings(const Feature& feature, ENuCriterion criterion, Po
     if (line.kind != feature.kind) readings.insert(readings.begin(), line);
   }
   if (feature.kind == FeatureKind::circle) readings.emplace_back(feature).kind = FeatureKind::circleInSpace;
-  if (feature.kind == FeatureKind::cone) readings.emplace_back(feature).bothNappes = true;
+  if (feature.kind == FeatureKind::cone && HasPointsBehindApex(feature, points))
+    readings.emplace_back(feature).bothNappes = true;
   return readings;
 }
 

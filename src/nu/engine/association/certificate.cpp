@@ -325,6 +325,8 @@ bool Proof::HasContacts() {
     contact.multiplier = given.multiplier;
     const DoubleDouble deviation = DeviationOf(m_question.points[given.index]);
     contact.slack = (m_boundary - DoubleDouble{contact.side} * deviation).high;
+    // What only touches by a coarser measure proves nothing, and is not needed.
+    if (given.multiplier == 0.0 && !(contact.slack <= m_length)) continue;
     if (!(contact.slack <= m_result.offBoundary)) m_result.offBoundary = contact.slack;
     if (!(contact.slack <= m_length)) return false;
     m_contacts.push_back(contact);

@@ -26,6 +26,10 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 // within some roundings of the coordinates.
 constexpr double kTouchRoundings = 64.0;
 
+// The tolerance is for the rounding of far origins and apexes, and may take in points that do not hold the feature.
+// Those within this part of it, or twice as much and so on, hold it if they balance.
+constexpr double kClosest = 0x1p-4;
+
 // Gradients are of the size 1 and their sums are rounded.
 constexpr double kBalanced = 16.0 * kEpsilon;
 
@@ -66,6 +70,7 @@ Extremes ExtremesOf(PointBlocks& blocks, const Feature& feature) {
 struct Touching {
   std::size_t index;
   double side;
+  double slack;  // off the end of the deviations
 };
 constexpr std::size_t kNoPoint = std::numeric_limits<std::size_t>::max();
 
@@ -85,7 +90,7 @@ class HullOfGradients {
   // A vector of the hull that is of no point.
   void AddPull(const double (&gradient)[kUnknowns]) {
     Active& pull = m_active[m_count++];
-    pull.point = {kNoPoint, 0.0};
+    pull.point = {kNoPoint, 0.0, 0.0};
     for (int k = 0; k < kUnknowns; ++k)
       m_nearest[k] = pull.gradient[k] = (m_mask >> k & 1U) != 0 ? m_scale[k] * gradient[k] : 0.0;
     m_nearest[kMiddle] = 0.0;
@@ -103,6 +108,8 @@ class HullOfGradients {
       if (!(square > kBalanced * kBalanced) || m_count == kMostActive) return;
     }
   }
+
+  bool IsBalanced() const { return m_count > 0 && Dot(m_nearest, m_nearest) <= kBalanced * kBalanced; }
 
   void Report(ContactAccount& account) {
     std::sort(m_active, m_active + m_count,
@@ -195,7 +202,8 @@ class HullOfGradients {
   Active m_active[kMostActive];
 };
 
-std::vector<Touching> TouchingPoints(PointBlocks& blocks, const Feature& feature, double outer, double inner) {
+std::vector<Touching> TouchingPoints(PointBlocks& blocks, const Feature& feature, const Extremes& extremes,
+                                     double outer, double inner) {
   std::vector<Touching> touching;
   std::size_t begin = 0;
   blocks.ForEach([&](const PointBlock& block) {
@@ -203,11 +211,16 @@ std::vector<Touching> TouchingPoints(PointBlocks& blocks, const Feature& feature
     double low, high;
     FindDeviations(block, feature, each, low, high);
     for (std::size_t i = 0; (high >= outer || low <= inner) && i < block.size; ++i) {
-      if (each[i] >= outer) touching.push_back({begin + i, 1.0});
-      if (each[i] <= inner) touching.push_back({begin + i, -1.0});
+      if (each[i] >= outer) touching.push_back({begin + i, 1.0, extremes.high - each[i]});
+      if (each[i] <= inner) touching.push_back({begin + i, -1.0, each[i] - extremes.low});
     }
     begin += block.size;
   });
+  return touching;
+}
+
+std::vector<Touching> Within(std::vector<Touching> touching, double most) {
+  std::erase_if(touching, [&](const Touching& point) { return !(point.slack <= most); });
   return touching;
 }
 
@@ -269,15 +282,19 @@ ContactAccount FindContacts(PointView points, const Feature& feature, ContactCri
   if (isOneSided && extremes.high < -account.tolerance) outer = kInfinity;
   if (criterion == ContactCriterion::circumscribed || ResidualsPerPoint(feature.kind) > 1) inner = -kInfinity;
   if (criterion == ContactCriterion::inscribed) outer = kInfinity;
-  const std::vector<Touching> touching = TouchingPoints(blocks, feature, outer, inner);
+  const std::vector<Touching> touching = TouchingPoints(blocks, feature, extremes, outer, inner);
   account.touching = touching.size();
   if (touching.empty()) return account;
 
   UnknownMask balanced = free & UnknownsOf(feature.kind);
   if (!isZone && offset != kUnknowns) balanced &= ~(1U << offset);
-  HullOfGradients hull(points, feature, balanced, extremes.extent);
-  hull.Solve(touching);
-  hull.Report(account);
+  for (double part = kClosest; part <= 1.0; part *= 2.0) {
+    HullOfGradients hull(points, feature, balanced, extremes.extent);
+    hull.Solve(Within(touching, part * account.tolerance));
+    if (part < 1.0 && !hull.IsBalanced()) continue;
+    hull.Report(account);
+    break;
+  }
   AddFurther(points, touching, account);
   return account;
 }
@@ -290,7 +307,7 @@ ContactAccount FindContactsOfSquares(PointView points, const double* weights, co
   if (!account.finite) return account;
   const double outer = positive ? kInfinity : -account.tolerance;
   const double inner = positive ? account.tolerance : -kInfinity;
-  std::vector<Touching> touching = TouchingPoints(blocks, feature, outer, inner);
+  std::vector<Touching> touching = TouchingPoints(blocks, feature, extremes, outer, inner);
   std::erase_if(touching, [&](const Touching& point) { return weights != nullptr && !(weights[point.index] > 0.0); });
   account.touching = touching.size();
   if (touching.empty()) return account;
