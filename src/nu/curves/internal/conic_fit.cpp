@@ -200,6 +200,7 @@ FeatureFit<FittedConic> Solve(const ConicFitRule& rule, PointView points, const 
   const Vec3 origin = blocks.Origin() + shift;
   const bool isInRange = IsInRange(a) && (kind == ConicKind::parabola || IsInRange(b));
   if (!isInRange || !IsFinite(origin) || !IsFinite(axis)) FailFit(kNumericalFailure, name);
+  RequireBend(points, Norm(shift), name);
   const Vec3 xAxis = AxisSign(kind, axis, -1.0 * shift) * axis;
   const Deviations deviations = options.wantsDeviations ? fit.DeviationsNow() : Deviations{};
   return {{a, b, origin, xAxis, plane.normal}, deviations.largest - deviations.smallest, deviations};
