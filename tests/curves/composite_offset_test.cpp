@@ -257,7 +257,21 @@ TEST(CompositeCurveOffset, KeepsTheDistanceAndCrossesNowhere) {
   EXPECT_TRUE(counts[0] > 50 && counts[1] > 500 && counts[2] > 10) << counts[0] << " " << counts[1] << " " << counts[2];
 }
 
-// A power of two changes nothing but the size, where powers of the coordinates leave the doubles.
+// Long edges that criss-cross leave thousands of loops in their gaps: all of them, at the distance.
+TEST(CompositeCurveOffset, FindsTheLoopsInATangle) {
+  Random random(8);
+  std::vector<Corner> corners;
+  for (int i = 0; i < 600; ++i) corners.push_back({random.Uniform(-1, 1), random.Uniform(-1, 1), 0});
+  CNuCompositeCurve chain = Chain(corners, false);
+  constexpr double kReach = 1e-3;
+  CNuObjArray found(1);
+  EXPECT_GT(chain.OffsetAll(kReach, CNuVector(0, 0, 1), 1, &found), 5000);
+  for (int k = 0; k < found.GetSize(); ++k) {
+    const std::unique_ptr<CNuCompositeCurve> curve(static_cast<CNuCompositeCurve*>(found[k]));
+    if (k % 200 == 0) ExpectOffset(chain, *curve, kReach, 1);
+  }
+}
+
 // A rough outline, whose arcs cross several times within the tolerance: exactly one curve, at the distance.
 TEST(CompositeCurveOffset, HoldsWhereCrossingsCoincide) {
   for (const double tol : {1e-9, 1e-8}) {
@@ -280,6 +294,7 @@ TEST(CompositeCurveOffset, HoldsWhereCrossingsCoincide) {
   }
 }
 
+// A power of two changes nothing but the size, where powers of the coordinates leave the doubles.
 TEST(CompositeCurveOffset, WorksAtAnySize) {
   const double lengthTol = NuGetLengthTol();
   for (const double s : {0x1p-900, 0x1p-400, 0x1p-100, 0x1p100, 0x1p415, 0x1p800, 0x1p1019}) {

@@ -24,6 +24,14 @@ CNuPointArray Flat(CNuPointArray points) {
   return points;
 }
 
+// Strokes there and back, across the axes; a tenth as many as the points.
+CNuPolyline Hatching(int n) {
+  return CNuPolyline(Made(n / 10, [=](int i) {
+    const double along = (i + 1) / 2 % 2 == 0 ? 1.0 : -1.0, across = 20.0 * (i / 2) / n;
+    return CNuPoint(along - across, along + 2.0 * across, 0.0);
+  }));
+}
+
 std::vector<Operation> Operations() {
   std::vector<Operation> all;
   for (const AnyFit& fit : kAllFits) {
@@ -67,6 +75,10 @@ std::vector<Operation> Operations() {
                  }});
   all.push_back(
       {"IsSelfIntersecting", [](const CNuPointArray& points) { CNuPolyline(Flat(points)).IsSelfIntersecting(); }});
+  all.push_back({"Offset of a hatching", [](const CNuPointArray& points) {
+                   const CNuVector z(0.0, 0.0, 1.0);
+                   delete Hatching(points.GetSize()).Offset(2.0 / points.GetSize(), z, 1);
+                 }});
   all.push_back({"SimplifiedCurve", [](const CNuPointArray& points) { CNuSimplifiedCurve curve(points, 0.01); }});
   return all;
 }

@@ -4,8 +4,8 @@
 #include <numeric>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/chains/near_pieces2.h"
 #include "nu/engine/chains/offset_trace2.h"
-#include "nu/engine/chains/piece_tree2.h"
 
 namespace nu::engine::chains {
 
@@ -95,9 +95,9 @@ class PassingPieces {
 // of the chain near its middle, or when both its halves are.
 class Cover {
  public:
-  Cover(const std::vector<Piece2>& chain, const PieceTree2& tree, double distance)
+  Cover(const std::vector<Piece2>& chain, NearPieces2& near, double distance)
       : m_chain(chain),
-        m_tree(tree),
+        m_near(near),
         m_distance(distance),
         m_passing(chain, 0.5 * distance),
         m_last(chain.front().start) {}
@@ -120,38 +120,31 @@ class Cover {
   // A piece that is near enough is found sooner than the closest one, in a tangle by far.
   bool FindNear(Vec2 p) {
     const double near = 0.5 * m_distance;
+    m_near.CountVisit();
     int piece = m_passing.PieceWithin(m_chain, near, p);
-    if (piece < 0) piece = m_tree.PieceWithin(near, p);
+    if (piece < 0) piece = m_near.PieceWithin(near, p);
     const std::optional<Vec2> found =
-        piece >= 0 ? m_chain[Index(piece)].ClosestTo(p) : m_tree.ClosestWithin(m_distance, p);
+        piece >= 0 ? m_chain[Index(piece)].ClosestTo(p) : m_near.ClosestWithin(m_distance, p);
     if (found) m_last = *found;
     return found.has_value();
   }
 
   const std::vector<Piece2>& m_chain;
-  const PieceTree2& m_tree;
+  NearPieces2& m_near;
   double m_distance;
   PassingPieces m_passing;
   Vec2 m_last;  // the point that held the last part often holds the next one
 };
 
-// Whether points have been looked for among the pieces of a tangle for so long that there is no end to wait for: long
-// edges in each other's boxes make every search one through all of them. Others take some hundreds for each piece.
-bool IsTangle(const PieceTree2& tree, std::size_t pieces) {
-  constexpr std::int64_t kMostVisits = 1'000'000'000;
-  constexpr std::int64_t kMostVisitsPerPiece = 5'000;
-  return tree.Visits() > kMostVisits + kMostVisitsPerPiece * static_cast<std::int64_t>(pieces);
-}
-
 // Leaves out pieces that are too close to the chain all along: where the distance is far above the radii of curvature
 // or above the gaps of a tangle those are most of them, and they cross each other many times.
-void DropCovered(const std::vector<Piece2>& chain, const PieceTree2& tree, double distance, RawOffset& raw) {
-  Cover cover(chain, tree, distance);
+void DropCovered(const std::vector<Piece2>& chain, NearPieces2& near, double distance, RawOffset& raw) {
+  Cover cover(chain, near, distance);
   std::vector<int> places(raw.pieces.size(), -1);
   int left = 0;
   for (int i = 0; i < static_cast<int>(raw.pieces.size()); ++i) {
     const Piece2& piece = raw.pieces[Index(i)];
-    if (IsTangle(tree, chain.size())) return;
+    if (near.IsExhausted()) return;
     if (cover.Holds(piece)) continue;
     raw.pieces[Index(left)] = piece;
     raw.from[Index(left)] = raw.from[Index(i)];
@@ -195,6 +188,31 @@ void DropNodes(RawOffset& raw, RawEnds& ends) {
   raw.nodes = std::move(nodes);
 }
 
+// The pieces, turned so that the direction that most of their length has, if there is one, is that of the x axis: boxes
+// around the strokes of a hatching are as thin as these then. A direction and its opposite are one: twice their angle
+// is averaged.
+std::vector<Piece2> AlongMainDirection(const std::vector<Piece2>& pieces) {
+  constexpr double kMostOfLength = 0.5;
+  Vec2 sum{0.0, 0.0};
+  double lengths = 0.0;
+  for (const Piece2& piece : pieces) {
+    const Vec2 chord = piece.end - piece.start;
+    const double length = Norm(chord);
+    if (!(length > 0.0)) continue;
+    lengths += length;
+    sum = sum + (1.0 / length) * Vec2{chord.x * chord.x - chord.y * chord.y, 2.0 * chord.x * chord.y};
+  }
+  if (!(Norm(sum) > kMostOfLength * lengths)) return pieces;
+  const double angle = -0.5 * Atan2(sum.y, sum.x);
+  std::vector<Piece2> turned = pieces;
+  for (Piece2& piece : turned) {
+    piece.start = Rotated(piece.start, angle);
+    piece.end = Rotated(piece.end, angle);
+    piece.direction = Rotated(piece.direction, angle);
+  }
+  return turned;
+}
+
 // Cuts pieces where they cross others. Nodes at crossings with borders are marked.
 class Cutter {
  public:
@@ -209,7 +227,8 @@ class Cutter {
     constexpr std::size_t kMostCuts = 8'000'000;
     constexpr std::size_t kMostCutsPerPiece = 40;
     const std::size_t most = kMostCuts + kMostCutsPerPiece * pieces;
-    const PieceTree2 tree(m_raw.pieces);
+    const std::vector<Piece2> turned = AlongMainDirection(m_raw.pieces);
+    const PieceTree2 tree(turned);
     return tree.VisitPairs(m_touchTol, [&](int i, int j) {
       if (!IsKept(i) && !IsKept(j)) return true;
       CutPair(i, j);
@@ -361,7 +380,7 @@ class NodeMerger {
 // two distances apart, both offsets run there and back between them. Short parts may do without, as they must where
 // offsets touch.
 std::vector<TraceEdge> FreeParts(const RawOffset& raw, const std::vector<int>& group, const std::vector<Piece2>& chain,
-                                 const PieceTree2& tree, double distance, double mergeTol) {
+                                 NearPieces2& nearPieces, double distance, double mergeTol) {
   const double keepTol = 2.0 * mergeTol;
   const double room = keepTol + 0.5 * mergeTol;  // so that what is left out has ends that are one
   constexpr double kShort = 1e-5;  // curves of a size of about 1 that touch are no farther apart than `room` for that
@@ -371,7 +390,7 @@ std::vector<TraceEdge> FreeParts(const RawOffset& raw, const std::vector<int>& g
     const double aside = to - from > kShort ? room : 0.0;
     const Vec2 p = piece.At(at) - aside * Perpendicular(piece.DirectionAt(at));
     if (chain[Index(nearest)].DistanceTo(p) < distance - keepTol) return false;
-    const int near = tree.PieceWithin(distance - keepTol, p);
+    const int near = nearPieces.PieceWithin(distance - keepTol, p);
     if (near >= 0) nearest = near;
     return near < 0;
   };
@@ -379,7 +398,7 @@ std::vector<TraceEdge> FreeParts(const RawOffset& raw, const std::vector<int>& g
   for (const RawCut& cut : raw.cuts) cuts[Index(cut.piece)].push_back(cut);
   std::vector<TraceEdge> edges;
   for (int i = 0; i < static_cast<int>(raw.pieces.size()); ++i) {
-    if (IsTangle(tree, chain.size())) break;
+    if (nearPieces.IsExhausted()) break;
     if (raw.roles[Index(i)] != RawRole::kept) continue;
     const Piece2& piece = raw.pieces[Index(i)];
     std::vector<RawCut>& on = cuts[Index(i)];
@@ -466,17 +485,17 @@ OffsetChain OffsetPieces(const std::vector<Piece2>& chain, bool closed, double d
   result.outcome = OffsetChain::Outcome::foldsBack;
   if (raw.foldsBack) return result;
   result.outcome = OffsetChain::Outcome::tangle;
-  const PieceTree2 tree(chain);
-  DropCovered(chain, tree, distance - 2.0 * mergeTol, raw);
-  if (IsTangle(tree, chain.size())) return result;
+  NearPieces2 near(chain, distance);
+  DropCovered(chain, near, distance - 2.0 * mergeTol, raw);
+  if (near.IsExhausted()) return result;
   if (raw.pieces.empty()) return Vanished();
   DropNodes(raw, ends);
   Cutter cutter(raw, 0.5 * mergeTol);
   if (!cutter.Run(chain.size())) return result;
   const NodeMerger merger(raw.nodes, mergeTol);
   const std::vector<int>& group = merger.Groups();
-  const std::vector<TraceEdge> edges = FreeParts(raw, group, chain, tree, distance, mergeTol);
-  if (IsTangle(tree, chain.size())) return result;
+  const std::vector<TraceEdge> edges = FreeParts(raw, group, chain, near, distance, mergeTol);
+  if (near.IsExhausted()) return result;
   if (edges.empty()) return Vanished();
   Trace trace(raw, group, edges);
   if (!closed) {
