@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <vector>
 
 #include "nu/nu.h"
@@ -139,6 +140,36 @@ TEST(AssociationPart, FindsTheTubeOfTheWhole) {
   }
   EXPECT_NEAR(half, whole.GetMinorRadius(), 1e-12);
   EXPECT_EQ(ring.GetMinorRadius(), half);
+}
+
+// Points on both nappes, of which some parts have only one: the optimum is that of the whole.
+TEST(AssociationPart, CountsBothNappes) {
+  Random random(46);
+  CNuPointArray points(600);
+  for (int i = 0; i < 600; ++i) {
+    const double angle = 0.7 * i, z = random.Uniform(0.5, 4.0) * (i < 300 ? 1.0 : -1.0);
+    const double r = 0.5 * std::fabs(z) + 1e-3 * random.Bell();
+    points.Add({r * std::cos(angle), r * std::sin(angle), z});
+  }
+  CNuConSurf whole(30.0), cone(27.0, CNuPoint(0.01, 0.0, -0.02), CNuVector(0.001, 0.002, 1.0));
+  double form, sumSquares, zone;
+  whole.Fit(points, &form, &sumSquares, 100);
+  double step = 1.0;
+  for (int round = 0; round < 12 && step > 1e-12; ++round) step = Joined(points, cone).Step(&cone);
+  EXPECT_LE(step, 1e-12);
+  EXPECT_NEAR(Joined(points, cone).GetSumSquares(), sumSquares, 1e-13);
+  EXPECT_NEAR(cone.GetSemiAngle(), whole.GetSemiAngle(), 1e-8);
+
+  whole.FitMinZone(points, &zone, 0.0, 100);
+  CNuAssociationCandidates candidates;
+  double half = 0.0, range = 1.0;
+  for (int round = 0; round < 12 && range > 2.0 * half + 1e-12; ++round) {
+    candidates.Add(Joined(points, cone));
+    half = candidates.Fit(NuMinimumZone, &cone);
+    const CNuAssociationPart joined = Joined(points, cone);
+    range = joined.GetLargestDeviation() - joined.GetSmallestDeviation();
+  }
+  EXPECT_NEAR(range, zone, 1e-11);
 }
 
 TEST(AssociationPart, RefusesWhatDoesNotFit) {

@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
+#include <map>
+#include <string>
 #include <vector>
 
+#include "nu/association/association_part.h"
 #include "nu/association/certificate.h"
 #include "support/failures.h"
 #include "support/fitted.h"
@@ -21,6 +25,29 @@ TEST(Criteria, HaveTheLettersOfTheStandard) {
   EXPECT_STREQ(NuCriterionName(NuMaximumInscribed), "maximum inscribed");
 }
 
+CNuAssociationReport AssociateTorus(CNuAssociation& association, double tol, long limit, Fitted& f) {
+  association.SetTolerance(tol);
+  association.SetMaxSteps(limit);
+  CNuTorSurf torus = Start<CNuTorSurf>();
+  const CNuAssociationReport report = association.Fit(NuLeastSquares, &torus);
+  f = {};
+  Read(torus, f);
+  return report;
+}
+
+// All that an association has.
+const std::vector<AnyFit>& AssociatedFits() {
+  static const std::vector<AnyFit> fits = [] {
+    std::vector<AnyFit> all{kTorusFit};
+    all[0].associate = AssociateTorus;
+    Read(Start<CNuTorSurf>(), all[0].start);
+    for (const AnyFit& fit : kAllFits)
+      if (fit.associate != nullptr) all.push_back(fit);
+    return all;
+  }();
+  return fits;
+}
+
 // x, y, z of each point, every `stride` numbers.
 std::vector<double> BlockOf(const CNuPointArray& points, int stride) {
   std::vector<double> block(static_cast<std::size_t>(stride) * points.GetSize(), kNaN);
@@ -34,8 +61,7 @@ std::vector<double> BlockOf(const CNuPointArray& points, int stride) {
 // To the bit, from an array and from a block, whatever the report holds.
 TEST(Association, WithoutOptionsIsThePlainFit) {
   Random random(41);
-  for (const AnyFit& fit : kAllFits) {
-    if (fit.associate == nullptr) continue;
+  for (const AnyFit& fit : AssociatedFits()) {
     for (const int n : {30, 300}) {
       SCOPED_TRACE(fit.Name());
       const CNuPointArray points = RandomMotion(random, 50.0)(fit.points(random, n));
@@ -67,8 +93,7 @@ TEST(Association, WithoutOptionsIsThePlainFit) {
 TEST(Association, FormIsThatOfTheDeviations) {
   Random random(42);
   constexpr int n = 200;
-  for (const AnyFit& fit : kAllFits) {
-    if (fit.associate == nullptr) continue;
+  for (const AnyFit& fit : AssociatedFits()) {
     SCOPED_TRACE(fit.Name());
     const CNuPointArray points = RandomMotion(random, 50.0)(fit.points(random, n));
     CNuAssociation association(points);
@@ -136,28 +161,60 @@ std::vector<CNuPointArray> OddSets(Random& random) {
           LineCloud(random, 60, 1.0, 1e-9)};
 }
 
+// What of a feature can be fixed, at the values that it has.
+void Fix(const AnyFit& fit, const Fitted& f, unsigned which, CNuAssociation* association) {
+  const std::string name = fit.className;
+  const bool isTorus = name == "CNuTorSurf";
+  const bool isRound = name == "CNuCircle" || name == "CNuSphSurf" || name == "CNuCylSurf";
+  const bool isConic = name == "CNuEllipse" || name == "CNuHyperbola" || name == "CNuParabola";
+  if (which == 0 && name != "CNuSphSurf") association->FixDirection(isConic ? f.normal : f.axis);
+  if (which == 1) association->FixPoint(f.place);
+  if (which == 2 && isRound) association->FixRadius(f.radius);
+  if (which == 2 && isTorus) association->FixMajorRadius(f.radius);
+  if (which == 2 && name == "CNuConSurf") association->FixSemiAngle(f.angle);
+}
+
 // Whatever the points are like, the form is that of the feature as its class keeps it, up to the rounding errors of its
 // numbers; and these do not hide how it bends.
 TEST(Association, FormIsThatOfTheStoredFeature) {
   Random random(54);
   int converged = 0;
+  const auto expectStored = [&](const AnyFit& fit, CNuAssociation& association, const CNuPointArray& points) {
+    Fitted found;
+    const CNuAssociationReport report = fit.associate(association, 1e-12, 1000, found);
+    if (report.HasConverged() == NuFalse) return found;
+    ++converged;
+    const double far = found.place.DistanceTo(points[0]) + std::fabs(found.radius);
+    EXPECT_LT(far, 0x1p30);
+    const CNuDoubleArray& d = report.GetDeviations();
+    // The zone of points on both nappes of a cone is the range of their deviations.
+    const bool isCone = std::string(fit.className) == "CNuConSurf";
+    const bool isDistance = d.Min() >= 0.0 && fit.criterion != kInscribed && !isCone;
+    EXPECT_NEAR(report.GetForm(), isDistance ? 2.0 * d.Max() : d.Max() - d.Min(), 32.0 * kEps * (far + 10.0));
+    return found;
+  };
   for (const CNuPointArray& points : OddSets(random)) {
     for (const bool isMoved : {false, true}) {
       const CNuPointArray moved = isMoved ? RandomMotion(random, 1.0)(points) : points;
-      for (const AnyFit& fit : kAllFits) {
-        if (fit.associate == nullptr) continue;
+      for (const AnyFit& fit : AssociatedFits()) {
         SCOPED_TRACE(::testing::Message() << fit.Name() << ", " << points.GetSize() << " points, " << isMoved);
         CNuAssociation association(moved);
         association.SetDetails(NuDetailDeviations);
-        Fitted found;
-        const CNuAssociationReport report = fit.associate(association, 1e-12, 1000, found);
-        if (report.HasConverged() == NuFalse) continue;
-        ++converged;
-        const double far = found.place.DistanceTo(moved[0]) + std::fabs(found.radius);
-        EXPECT_LT(far, 0x1p30);
-        const CNuDoubleArray& d = report.GetDeviations();
-        const bool isDistance = d.Min() >= 0.0 && fit.criterion != kInscribed;
-        EXPECT_NEAR(report.GetForm(), isDistance ? 2.0 * d.Max() : d.Max() - d.Min(), 32.0 * kEps * (far + 10.0));
+        const Fitted free = expectStored(fit, association, moved);
+        // Far from where it is free a cone opens towards an apex beyond all numbers.
+        if (std::string(fit.className) != "CNuConSurf") continue;
+        for (const double angle : {1e-9, 1e-5, 30.0}) {
+          CNuAssociation held(moved);
+          held.SetDetails(NuDetailDeviations);
+          held.FixSemiAngle(angle);
+          expectStored(fit, held, moved);
+        }
+        for (const unsigned which : {0u, 1u}) {
+          CNuAssociation held(moved);
+          held.SetDetails(NuDetailDeviations);
+          Fix(fit, free, which, &held);
+          expectStored(fit, held, moved);
+        }
       }
     }
   }
@@ -175,11 +232,20 @@ double Difference(const Shape& a, const Shape& b, double unit) {
   return most;
 }
 
+// Per unit of the uncertainty of a point, at places on the feature: that does not depend on the frame.
+void ExpectSameUncertainty(const CNuAssociationReport& a, const CNuAssociationReport& b, const CNuPointArray& places) {
+  ASSERT_EQ(a.GetNumberParameters(), b.GetNumberParameters());
+  for (int i = 0; i < places.GetSize(); i += 7) {
+    const double perUnit = a.GetSurfaceUncertainty(places[i]) / a.GetStandardDeviation();
+    EXPECT_NEAR(b.GetSurfaceUncertainty(places[i]) / b.GetStandardDeviation() / perUnit, 1.0, 1e-6);
+  }
+}
+
 // With a side of material, too: what counts nothing may lie on the other side.
 TEST(Association, WeightsAreRepeatedPoints) {
   Random random(43);
-  for (const AnyFit& fit : kAllFits) {
-    if (fit.associate == nullptr || fit.criterion != kLeastSquares) continue;
+  for (const AnyFit& fit : AssociatedFits()) {
+    if (fit.criterion != kLeastSquares) continue;
     SCOPED_TRACE(fit.Name());
     const CNuPointArray points = fit.points(random, 40);
     CNuPointArray repeated(100);
@@ -190,6 +256,8 @@ TEST(Association, WeightsAreRepeatedPoints) {
     }
     CNuAssociation weighted(points), plain(repeated);
     weighted.SetWeights(weights);
+    weighted.SetDetails(NuDetailForm | NuDetailUncertainty);
+    plain.SetDetails(NuDetailForm | NuDetailUncertainty);
     for (const ENuMaterialSide side : {NuEitherSide, NuOutside, NuInside}) {
       if (side != NuEitherSide && std::string(fit.className) == "CNuLine") continue;
       weighted.RestrictToMaterialSide(side);
@@ -202,30 +270,18 @@ TEST(Association, WeightsAreRepeatedPoints) {
       // plane or an axis may be another one of the same feature.
       if (side == NuEitherSide) {
         EXPECT_LE(Difference(a, b, 1.0), std::sqrt(NuGetTol()));
+        ExpectSameUncertainty(report, other, points);
       }
+      for (const auto size : {&Shape::radius, &Shape::minor, &Shape::angle}) EXPECT_NEAR(a.*size, b.*size, 1e-8);
       EXPECT_NEAR(report.GetSumSquares(), other.GetSumSquares(), 1e-12);
     }
   }
 }
 
-// What of a feature can be fixed, at the values that it has.
-void Fix(const AnyFit& fit, const Fitted& f, unsigned which, CNuAssociation* association) {
-  const std::string name = fit.className;
-  const bool isTorus = name == "CNuTorSurf";
-  const bool isRound = name == "CNuCircle" || name == "CNuSphSurf" || name == "CNuCylSurf";
-  const bool isConic = name == "CNuEllipse" || name == "CNuHyperbola" || name == "CNuParabola";
-  if (which == 0 && name != "CNuSphSurf") association->FixDirection(isConic ? f.normal : f.axis);
-  if (which == 1) association->FixPoint(f.place);
-  if (which == 2 && isRound) association->FixRadius(f.radius);
-  if (which == 2 && isTorus) association->FixMajorRadius(f.radius);
-  if (which == 2 && name == "CNuConSurf") association->FixSemiAngle(f.angle);
-}
-
 // A parameter that is fixed at the optimum leaves the optimum where it is; fixed elsewhere it costs.
 TEST(Association, FixedParametersStay) {
   Random random(44);
-  for (const AnyFit& fit : kAllFits) {
-    if (fit.associate == nullptr) continue;
+  for (const AnyFit& fit : AssociatedFits()) {
     const CNuPointArray points = RandomMotion(random, 20.0)(fit.points(random, 60));
     CNuAssociation free(points);
     Fitted optimum;
@@ -253,8 +309,7 @@ TEST(Association, FixedParametersStay) {
 // A rigid motion of the points and of what is fixed carries the result along.
 TEST(Association, FixedParametersMoveWithThePoints) {
   Random random(52);
-  for (const AnyFit& fit : kAllFits) {
-    if (fit.associate == nullptr) continue;
+  for (const AnyFit& fit : AssociatedFits()) {
     const CNuPointArray points = fit.points(random, 60);
     CNuAssociation free(points);
     Fitted other;
@@ -333,7 +388,7 @@ void ExpectSensitivities(const AnyFit& fit, const CNuAssociation& association, c
     without.Remove(removed);
     Fitted found;
     const CNuAssociationReport less = fit.associate(without, kTol, 1000, found);
-    if (less.GetEnd() != NuConverged || std::isnan(change[k])) continue;
+    if (less.GetEnd() != NuConverged) continue;
     const bool isSquares = report.GetCriterion() == NuLeastSquares;
     const double value = isSquares ? less.GetSumSquares() - report.GetSumSquares() : less.GetForm() - report.GetForm();
     EXPECT_LE(change[k], 1e-12);
@@ -341,27 +396,48 @@ void ExpectSensitivities(const AnyFit& fit, const CNuAssociation& association, c
   }
 }
 
-// The weakest parameter spreads as the explanation says when points move by so little that the contacts stay.
-void ExpectSpreadOfWeakest(const CNuAssociation& association, const CNuAssociationReport& report, int samples,
-                           double tol) {
+// Parameters spread as the report says when points move by so little that the contacts stay: of least squares all of
+// them, else the weakest.
+void ExpectSpread(const CNuAssociation& association, const CNuAssociationReport& report, bool hasCovariance,
+                  int samples, double tol) {
   constexpr double kSigma = 1e-8;
   const CNuSampledFit sampled = association.MonteCarlo(report, kSigma, samples, 5);
   ASSERT_TRUE(std::isfinite(report.GetWeakestUncertainty())) << report.Explain();
   bool isNamed = false;
   for (int k = 0; k + 1 < sampled.GetNumberValues(); ++k) {
+    const double spread = sampled.GetStandardDeviations()[k] / kSigma;
+    if (hasCovariance) {
+      EXPECT_NEAR(spread * report.GetStandardDeviation() / report.GetStandardUncertainty(k), 1.0, tol) << k;
+    }
     if (std::string(sampled.GetName(k)) != report.GetWeakestParameter()) continue;
     isNamed = true;
-    EXPECT_NEAR(sampled.GetStandardDeviations()[k] / (kSigma * report.GetWeakestUncertainty()), 1.0, tol)
-        << report.Explain();
+    EXPECT_NEAR(spread / report.GetWeakestUncertainty(), 1.0, tol) << report.Explain();
   }
   EXPECT_TRUE(isNamed);
 }
 
+// Scattered points have several optima: where the one next to the optimum of all points vanishes with a contact,
+// another one is found.
+TEST(Association, SensitivitiesFindAnotherOptimum) {
+  Random random(55);
+  for (int set = 0; set < 60; ++set) {
+    const CNuPointArray points = CylinderCloud(random, 15 + set % 10, 5.0, 9.0, 360.0, 0.5);
+    CNuAssociation association(points);
+    association.SetDetails(NuDetailContacts);
+    association.RestrictToMaterialSide(NuInside);
+    CNuCylSurf cylinder(1.0);
+    const CNuAssociationReport report = association.Fit(NuLeastSquares, &cylinder);
+    if (report.GetEnd() != NuConverged) continue;
+    const CNuDoubleArray change = association.Sensitivity(report);
+    for (int k = 0; k < change.GetSize(); ++k) EXPECT_LE(change[k], 1e-9) << set;
+  }
+}
+
 TEST(Association, MaterialStaysOnItsSide) {
   Random random(45);
-  for (const AnyFit& fit : kAllFits) {
+  for (const AnyFit& fit : AssociatedFits()) {
     const bool hasSide = fit.criterion == kLeastSquares || fit.criterion == kZone;
-    if (fit.associate == nullptr || !hasSide) continue;
+    if (!hasSide) continue;
     const bool isLine = std::string(fit.className) == "CNuLine";
     const CNuPointArray points = isLine ? CircleCloud(random, 60, 50.0, 20.0, 0.01) : fit.points(random, 60);
     for (const ENuMaterialSide side : {NuOutside, NuInside}) {
@@ -383,7 +459,7 @@ TEST(Association, MaterialStaysOnItsSide) {
         EXPECT_NEAR(off, isOuter ? report.GetForm() : 0.0, 1e-12);
       }
       ExpectSensitivities(fit, association, report);
-      ExpectSpreadOfWeakest(association, report, 60, 0.45);  // five of its standard deviations
+      ExpectSpread(association, report, false, 60, 0.45);  // five of its standard deviations
       EXPECT_EQ(FailureOf([&] { report.GetCovariance(); }).substr(0, 12), "operation 45");
     }
   }
@@ -452,8 +528,7 @@ TEST(Association, MonitorsWatchAndCancel) {
     if (watch.throws) throw 7;
     return watch.seen < watch.most ? NuTrue : NuFalse;
   };
-  for (const AnyFit& fit : kAllFits) {
-    if (fit.associate == nullptr) continue;
+  for (const AnyFit& fit : AssociatedFits()) {
     SCOPED_TRACE(fit.Name());
     const CNuPointArray points = fit.points(random, 40);
     CNuAssociation association(points);
@@ -472,6 +547,34 @@ TEST(Association, MonitorsWatchAndCancel) {
   }
 }
 
+// From the feature of one part, parts lead to the optimum of the whole.
+template<class F>
+void ExpectParts(const CNuPointArray (&parts)[2], ENuCriterion criterion, F feature,
+                 const CNuAssociationReport& whole) {
+  const auto joined = [&] {
+    CNuAssociationPart all;
+    for (const CNuPointArray& points : parts) all.Join(CNuAssociationPart(points, feature, parts[0][0]));
+    return all;
+  };
+  CNuAssociationPart all = joined();
+  if (criterion == NuLeastSquares) {
+    for (int round = 0; round < 20 && all.Step(&feature) > 1e-11; ++round) all = joined();
+    EXPECT_NEAR(joined().GetRootMeanSquare(), whole.GetRootMeanSquare(), 1e-10);
+    return;
+  }
+  CNuAssociationCandidates candidates;
+  for (int round = 0; round < 20; ++round, all = joined()) {
+    candidates.Add(all);
+    candidates.Fit(criterion, &feature);
+  }
+  Shape shape;
+  Read(feature, shape);
+  double form = all.GetLargestDeviation() - all.GetSmallestDeviation();
+  if (std::is_same_v<F, CNuLine>) form = 2.0 * all.GetLargestDeviation();
+  if (std::is_same_v<F, CNuTorSurf>) form = 2.0 * shape.minor;
+  EXPECT_NEAR(form, whole.GetForm(), 1e-8);
+}
+
 // Points that come and go, and parts that are joined, lead to the fit of all points that are there.
 template<class F>
 void ExpectStreams(Random& random, ENuCriterion criterion) {
@@ -487,7 +590,9 @@ void ExpectStreams(Random& random, ENuCriterion criterion) {
     EXPECT_NEAR(warm.GetForm(), cold.GetForm(), 1e-7);  // of first order in what the tolerance leaves
     EXPECT_NEAR(warm.GetRootMeanSquare(), cold.GetRootMeanSquare(), 1e-9);
   };
-  expect(all.Refit(criterion, &feature), CNuAssociation(points).Fit(criterion, &whole));
+  const CNuAssociationReport cold = CNuAssociation(points).Fit(criterion, &whole);
+  ExpectParts({first, second}, criterion, feature, cold);
+  expect(all.Refit(criterion, &feature), cold);
   association.Add(second);
   association.Remove(first);
   expect(association.Refit(criterion, &feature), other.Fit(criterion, &rest));
@@ -606,10 +711,9 @@ TEST(Association, MinimaxFitsAccountForThemselves) {
 
 // Points that move by little leave the contacts as they are: what the explanation derives from these is what samples
 // show, and sizes that are the value go along with the multipliers.
-TEST(Association, WeakestParameterIsThatOfSamples) {
+TEST(Association, ParametersSpreadAsThoseOfSamples) {
   Random random(53);
-  for (const AnyFit& fit : kAllFits) {
-    if (fit.associate == nullptr) continue;
+  for (const AnyFit& fit : AssociatedFits()) {
     SCOPED_TRACE(fit.Name());
     const CNuPointArray points = RandomMotion(random, 20.0)(fit.points(random, 40));
     CNuAssociation association(points);
@@ -617,7 +721,7 @@ TEST(Association, WeakestParameterIsThatOfSamples) {
     Fitted found;
     const CNuAssociationReport report = fit.associate(association, kTol, 1000, found);
     report.Require();
-    ExpectSpreadOfWeakest(association, report, 300, 0.2);
+    ExpectSpread(association, report, fit.criterion == kLeastSquares, 300, 0.2);
   }
 }
 
@@ -683,15 +787,50 @@ TEST(Association, ProofsAreWatched) {
   expectWatched(NuMinimumZone, CNuTorSurf(2.0, 1.0));
 }
 
-// Points on both nappes of a cone: nothing is known of others, and that is what the report says.
-TEST(Association, NappesHaveNoBound) {
-  Random random(52);
-  CNuPointArray points(60);
-  for (int i = 0; i < 60; ++i) {
+CNuPointArray NappesCloud(Random& random, int n) {
+  CNuPointArray points(n);
+  for (int i = 0; i < n; ++i) {
     const double angle = 0.7 * i, z = random.Uniform(0.5, 1.0) * (i % 2 ? 1.0 : -1.0);
     const double r = 0.5 * std::fabs(z) + 1e-3 * random.Bell();
     points.Add({r * std::cos(angle), r * std::sin(angle), z});
   }
+  return points;
+}
+
+// From a cone nearby, with points on both nappes, to the optimum of all; and what is fixed at its optimum leaves it.
+TEST(Association, StartsAndRefitsOnBothNappes) {
+  Random random(56);
+  const CNuPointArray points = RandomMotion(random, 20.0)(NappesCloud(random, 80));
+  const CNuPointArray some = points.SubArray(0, 49), rest = points.SubArray(50, 79);
+  for (const ENuCriterion criterion : {NuLeastSquares, NuMinimumZone}) {
+    SCOPED_TRACE(NuCriterionName(criterion));
+    CNuConSurf nearby(30.0), optimum(30.0), refitted(30.0), held(30.0);
+    CNuAssociation association(some), whole(points), angle(points);
+    association.Fit(criterion, &nearby).Require();
+    const CNuAssociationReport best = whole.Fit(criterion, &optimum);
+    refitted = nearby;
+    association.Add(rest);
+    EXPECT_NEAR(association.Refit(criterion, &refitted).GetForm(), best.GetForm(), 1e-9);
+    association.StartFrom(nearby);
+    const CNuAssociationReport report = association.Fit(criterion, &nearby);
+    angle.FixSemiAngle(optimum.GetSemiAngle());
+    const CNuAssociationReport same = angle.Fit(criterion, &held);
+    for (const CNuAssociationReport* other : {&report, &same}) {
+      ASSERT_EQ(other->GetEnd(), NuConverged);
+      EXPECT_NEAR(other->GetForm(), best.GetForm(), 1e-9);
+      EXPECT_NEAR(other->GetRootMeanSquare(), best.GetRootMeanSquare(), criterion == NuLeastSquares ? 1e-9 : 1e-5);
+    }
+    for (const CNuConSurf* cone : {&refitted, &nearby, &held}) {
+      EXPECT_NEAR(cone->GetSemiAngle(), optimum.GetSemiAngle(), 1e-6);
+      EXPECT_LE(cone->GetApex().DistanceTo(optimum.GetApex()), 1e-7);
+    }
+  }
+}
+
+// Points on both nappes of a cone: nothing is known of others, and that is what the report says.
+TEST(Association, NappesHaveNoBound) {
+  Random random(52);
+  const CNuPointArray points = NappesCloud(random, 60);
   for (const int details : {int{NuDetailNone}, int{NuDetailDeviations}}) {
     CNuAssociation association(points);
     association.SetDetails(details);
@@ -706,38 +845,63 @@ TEST(Association, NappesHaveNoBound) {
   }
 }
 
+// Every cause of every fit that has it: the sentence names what is wrong, and the remedy is one for it.
 TEST(Association, FailuresSayWhatHelps) {
+  enum Trouble { kNone, kSide, kRadius, kSteps };
   Random random(50);
-  const struct {
-    CNuPointArray points;
-    const char* says;
-  } rows[] = {{PointsOf({{1.0, 2.0}}), "needs 4"},
-              {CNuPointArray(0), "There are 0 points"},
-              {PointsOf({{}, {1, 0}, {kNaN, 1}, {0, 0, 1}, {1, 1, 1}}), "Point 2"},
-              {PlaneCloud(random, 20, 2.0, 1.0, 0.0), "off their plane"}};
-  for (const auto& row : rows) {
-    CNuAssociation association(row.points);
+  std::map<std::string, int> heard;
+  const auto expect = [&](const AnyFit& fit, const CNuPointArray& points, double tol, Trouble trouble,
+                          std::initializer_list<const char*> says) {
+    CNuAssociation association(points);
     association.SetDetails(NuDetailExplanation);
-    CNuSphSurf sphere(1.0);
-    const CNuAssociationReport report = association.Fit(NuLeastSquares, &sphere);
-    EXPECT_NE(std::string(report.Explain()).find(row.says), std::string::npos) << report.Explain();
-    EXPECT_EQ(sphere.GetRadius(), 1.0);
-  }
-  // Every feature has a sentence of its own for too few points, and another one for points on a line.
-  for (const AnyFit& fit : kAllFits) {
-    if (fit.associate == nullptr || std::string(fit.className) == "CNuLine") continue;
+    if (trouble == kSide) association.RestrictToMaterialSide(NuOutside);
+    if (trouble == kRadius) association.FixRadius(1e-3);
+    Fitted found;
+    const CNuAssociationReport report = fit.associate(association, tol, trouble == kSteps ? 1 : 1000, found);
+    if (report.HasConverged() == NuTrue) return;
+    EXPECT_TRUE(static_cast<const Shape&>(found) == fit.start);
+    const std::string text = report.Explain();
+    const auto isSaid = [&](const char* words) { return text.find(words) != std::string::npos; };
+    EXPECT_TRUE(std::any_of(says.begin(), says.end(), isSaid)) << report.GetCause() << ": " << text;
+    for (const char* words : says) heard[words] += isSaid(words) ? 1 : 0;
+  };
+  const char* const place = "All 20 points are at one place";
+  const char* const straight = "of one line of the length";
+  const char* const flat = "farther off their plane";
+  const char* const tolerance = "lower the tolerance";
+  const CNuPointArray one = PointsOf({{1.0, 2.0}}), line = RandomMotion(random, 9.0)(LineCloud(random, 20, 5.0, 0.0)),
+                      plane = RandomMotion(random, 9.0)(PlaneCloud(random, 30, 5.0, 3.0, 0.0));
+  CNuPointArray same(20);
+  for (int i = 0; i < 20; ++i) same.Add(one[0]);
+  for (const AnyFit& fit : AssociatedFits()) {
     SCOPED_TRACE(fit.Name());
-    const CNuPointArray one = PointsOf({{1.0, 2.0}}), line = LineCloud(random, 20, 5.0, 0.0);
-    for (const CNuPointArray* points : {&one, &line}) {
-      CNuAssociation association(*points);
-      association.SetDetails(NuDetailExplanation);
-      Fitted found;
-      const CNuAssociationReport report = fit.associate(association, kTol, 1000, found);
-      if (report.HasConverged() == NuTrue) continue;
-      const std::string text = report.Explain();
-      EXPECT_NE(text.find(points == &one ? "measure more" : "measure"), std::string::npos) << text;
-    }
+    const bool isLine = std::string(fit.className) == "CNuLine", isSurface = std::string(fit.className).size() == 10;
+    const CNuPointArray points = fit.points(random, 40);
+    CNuPointArray bad = points;
+    bad[7].y() = kNaN;
+    expect(fit, CNuPointArray(0), 1e-9, kNone, {"There are 0 points, and the feature needs"});
+    expect(fit, one, 1e-9, kNone, {"There is 1 point, and the feature needs"});
+    expect(fit, bad, 1e-9, kNone, {"Point 7 has a coordinate that is not finite"});
+    expect(fit, same, 1e-9, kNone, {place});
+    expect(fit, points, 1e3, kNone, {tolerance});
+    expect(fit, points, kTol, kSteps, {"The limit of 1 steps was reached: raise it"});
+    if (!isLine) expect(fit, line, 1e-9, kNone, {straight});
+    if (isSurface) expect(fit, plane, 1e-9, kNone, {flat, straight});
+    const bool isRound = fit.criterion == kZone || fit.criterion == kLeastSquares;
+    if (isRound && isSurface && !fit.Is("CNuConSurf", fit.criterion) && !fit.Is("CNuTorSurf", fit.criterion))
+      expect(fit, points, 1e-9, kRadius, {"release a parameter that contradicts the points"});
+    if (isRound && isSurface) expect(fit, TwoArcsCloud(random, 8, 5.0, 3.0), 1e-9, kSide, {"on one side", "limit"});
   }
+  const CNuPointArray thick = BoxCloud(random, 30, 5.0, 4.0, 3.0), cap = SphereCloud(random, 40, 5.0, 20.0, 0.01);
+  for (const Criterion by : {kCircumscribed, kInscribed})
+    expect(TheFit("CNuCircle", by), thick, 1e-9, kNone, {"above the tolerance of 1e-09 for one plane"});
+  expect(TheFit("CNuSphSurf", kInscribed), cap, 1e-9, kNone, {"measure all around it"});
+  expect(TheFit("CNuEllipse"), BoxCloud(random, 60, 5.0, 4.0, 3.0), 1e-9, kNone, {"measure where it curves"});
+  for (const char* words : {place, straight, flat, tolerance, "measure all around it", "measure where it curves",
+                            "above the tolerance of 1e-09 for one plane", "The limit of 1 steps was reached: raise it",
+                            "Point 7 has a coordinate that is not finite", "on one side",
+                            "release a parameter that contradicts the points"})
+    EXPECT_GE(heard[words], 1) << words;
 }
 
 }  // namespace

@@ -177,7 +177,7 @@ class NU_EXPORT CNuAssociation {
   // What each contact of a fit of this association is worth: by how much the width of the zone or the radius changes
   // without the point, of least squares with a side of material the sum of squares, in the order of
   // report.GetContactPoints(). The zone of a feature of a fixed size is its largest deviation, without a side twice
-  // that. NaN where no feature is determined without the point.
+  // that. NaN where no optimum is found without the point.
   // Fails with CNuOperationException:
   //   49  ("report")  the report holds no contacts     45  ("report")  it is of least squares without a side
   //   5  ("association", "Sensitivity")  it is of another number of points

@@ -74,26 +74,26 @@ std::size_t CNuAssociationPart::GetNumberPoints() const {
 }
 
 double CNuAssociationPart::GetSumSquares() const {
-  return m_sums ? m_sums->sumSquares : 0.0;
+  return m_sums ? Counted(*m_sums).sumSquares : 0.0;
 }
 
 double CNuAssociationPart::GetRootMeanSquare() const {
-  return m_sums ? std::sqrt(m_sums->unweightedSquares / static_cast<double>(m_sums->points)) : 0.0;
+  return m_sums ? std::sqrt(Counted(*m_sums).unweightedSquares / static_cast<double>(m_sums->points)) : 0.0;
 }
 
 double CNuAssociationPart::GetLargestDeviation() const {
   std::optional<double> largest;
   for (int k = 0; m_sums && k < PartSums::kStrata; ++k)
-    if (m_sums->highest[k])
-      largest = std::max(largest.value_or(m_sums->highest[k]->deviation), m_sums->highest[k]->deviation);
+    if (const std::optional<PartExtreme>& high = Counted(*m_sums).highest[k])
+      largest = std::max(largest.value_or(high->deviation), high->deviation);
   return largest.value_or(0.0);
 }
 
 double CNuAssociationPart::GetSmallestDeviation() const {
   std::optional<double> smallest;
   for (int k = 0; m_sums && k < PartSums::kStrata; ++k)
-    if (m_sums->lowest[k])
-      smallest = std::min(smallest.value_or(m_sums->lowest[k]->deviation), m_sums->lowest[k]->deviation);
+    if (const std::optional<PartExtreme>& low = Counted(*m_sums).lowest[k])
+      smallest = std::min(smallest.value_or(low->deviation), low->deviation);
   return smallest.value_or(0.0);
 }
 
@@ -164,6 +164,7 @@ double CNuAssociationCandidates::Fit(ENuCriterion criterion, CNuGeometry* featur
   if (isOther || (isTorus && (fixed >> kSize1 & 1U) != 0)) FailOperation(NuOperationUnsupported, kWhat, kFit);
   Feature start = HeldAs(parts.feature, fixed, any->feature);
   if (isTorus) start.kind = FeatureKind::circleInSpace;
+  start.bothNappes = start.kind == FeatureKind::cone && parts.feature.bothNappes;
   FittedFeature found = WithMemory(kFit, [&] {
     return m_candidates->Fit(ToEngine(criterion), {start, parts.free, 0.0});
   });

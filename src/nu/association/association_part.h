@@ -26,7 +26,7 @@ class PartCandidates;
 //
 // The optimum is that of the whole to rounding; some five rounds are usual. Parts travel as bytes, which are the same
 // on every machine. All features of associations can be fitted by least squares, with weights and fixed parameters when
-// each part is made of an association that has them.
+// each part is made of an association that has them. Points behind the apex of a cone count as in a fit of the whole.
 class NU_EXPORT CNuAssociationPart {
  public:
   // Of no points, to join others to.
@@ -81,7 +81,7 @@ class NU_EXPORT CNuAssociationPart {
 // above: parts are reduced and joined, the joined part is added, and the fit of the candidates is the next feature. It
 // is the optimum of the whole when no part has a deviation beyond its boundary: of a zone, none above the half of it
 // that Fit returns; of the others, none on the wrong side of the feature. The zone of a torus is its tube, as for
-// CNuTorSurf::FitMin: no part has a deviation above 0.
+// CNuTorSurf::FitMin: no part has a deviation above 0. On both nappes of a cone deviations differ by the zone at most.
 class NU_EXPORT CNuAssociationCandidates {
  public:
   // Of no points.

@@ -6,7 +6,7 @@
 #include "nu/association/association.h"
 #include "nu/association/internal/constrained_fits.h"
 #include "nu/association/internal/parameters.h"
-#include "nu/association/internal/report_data.h"
+#include "nu/association/internal/report_details.h"
 #include "nu/association/internal/sampled_fit_data.h"
 #include "nu/engine/association/form_parameters.h"
 #include "nu/engine/association/monte_carlo.h"
@@ -55,12 +55,13 @@ bool HasSign(FeatureKind kind) {
 struct Sampling {
   const AssociationState& state;
   const ReportData& data;
+  Feature feature;  // in the frame of its parameters
   FitProblem problem;
   int count = 0;
   Unknown unknown[kUnknowns] = {};
 
   Sampling(const AssociationState& s, const ReportData& d)
-      : state(s), data(d), problem(ProblemOf(s, d.criterion, d.feature.kind, {})) {
+      : state(s), data(d), feature(ParameterFeature(s, d)), problem(ProblemOf(s, d.criterion, d.feature.kind, {})) {
     const UnknownMask free = UnknownsOf(d.feature.kind) & ~problem.fixed;
     for (int k = 0; k < kUnknowns; ++k)
       if ((free >> k & 1U) != 0) unknown[count++] = static_cast<Unknown>(k);
@@ -69,11 +70,11 @@ struct Sampling {
   bool Run(PointView points, double* values) const {
     FitProblem moved = problem;
     moved.points = points;
-    const FittedFeature fit = FitFrom(moved, data.feature);
+    const FittedFeature fit = FitFrom(moved, feature);
     if (fit.end != FitEnd::converged) return false;
     double change[kUnknowns];
-    FindChange(data.feature, fit.feature, change);
-    for (int k = 0; k < count; ++k) values[k] = UnitOf(data.feature.kind, unknown[k]) * change[unknown[k]];
+    FindChange(feature, fit.feature, change);
+    for (int k = 0; k < count; ++k) values[k] = UnitOf(feature.kind, unknown[k]) * change[unknown[k]];
     values[count] = fit.feature.size[0];
     if (HasRadius(data.criterion)) return true;
     const FormParameters form = FindForm(points, fit.feature, nullptr);
@@ -121,7 +122,9 @@ CNuDoubleArray CNuAssociation::Sensitivity(const CNuAssociationReport& report) c
         weights[left] = weights.back();
         without.weights = weights.data();
       }
-      return ValueOf(FitFrom(without, data.feature), without);
+      const FittedFeature next = FitFrom(without, data.feature);
+      // The optimum next to this one may vanish with the point that held it; another one takes its place.
+      return ValueOf(next.end == FitEnd::converged ? next : FitNear(without, data.feature), without);
     };
     FindSensitivities(m_state->points, index.data(), count, ValueOf(data, problem), refit, change.data());
     CNuDoubleArray result(count);

@@ -574,7 +574,7 @@ NU_EXPORT nu_status nu_association_prove(const nu_association* association, int3
    squares with a side of material, the sum of squares.
 
    Given:     report     with NU_DETAIL_CONTACTS
-   Returned:  values     one per contact, in the order of nu_report_contacts; NaN where none is determined without it
+   Returned:  values     one per contact, in the order of nu_report_contacts; NaN where none is found without it
    Status:    NU_STATUS_OPERATION   49, 45, 5 the report is not one of such a fit; NU_STATUS_CAPACITY */
 NU_EXPORT nu_status nu_association_sensitivity(const nu_association* association, const nu_report* report,
                                                double* values, int32_t capacity, int32_t* count);

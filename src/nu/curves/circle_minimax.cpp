@@ -123,7 +123,7 @@ CircleZone ZoneInSpace(PointView points, const FitOptions& options) {
     const double half = torus.minorRadius;
     const PlaneFrame frame = AxesAcross(torus.axis, torus.centre);
     const PlacedCircle middle{{torus.centre, frame.normal, radius}, frame.x};
-    return {{middle, 2.0 * half, {}}, std::max(0.0, radius - half), radius + half};
+    return {{middle, 2.0 * half, {}}, std::max(0.0, radius - half), radius + half, true};
   } catch (const CNuBestfitException& failure) {
     throw CNuBestfitException(failure.GetCause(), kName, failure.GetSize());
   }

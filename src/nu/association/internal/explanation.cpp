@@ -1,5 +1,6 @@
 #include "nu/association/internal/explanation.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
@@ -9,6 +10,7 @@
 #include "nu/association/internal/report_details.h"
 #include "nu/engine/association/contact_sensitivity.h"
 #include "nu/engine/association/explain.h"
+#include "nu/engine/points/extents.h"
 #include "nu/foundation/cause_text.h"
 
 namespace nu::internal {
@@ -56,52 +58,115 @@ std::string ProbeText(const ReportedExplanation& explanation) {
   return Sentence(" One more point helps most near (%.6g, %.6g, %.6g).", p.x, p.y, p.z);
 }
 
-std::string Remedy(const AssociationState& state, ENuCriterion criterion, int cause, int needed, double tol) {
-  const PointsSummary points = SummaryOf(state.points, tol);
+// What failed, and on what.
+struct Failure {
+  const AssociationState& state;
+  const ReportData& data;
+  int cause;
+  int needed;  // points
+  double tol;
+  PointsSummary points;
+
+  Failure(const AssociationState& s, const ReportData& d, int c, int n, double t)
+      : state(s), data(d), cause(c), needed(n), tol(t), points(SummaryOf(s.points, t)) {}
+
+  // What rounding errors of the coordinates make of a length of 0.
+  double Rounding() const {
+    const Box box = ExtentsOf(state.points).box;
+    double largest = 0.0;
+    for (const double* corner : {box.low, box.high})
+      for (int k = 0; k < 3; ++k) largest = std::max(largest, std::fabs(corner[k]));
+    return 64.0 * std::numeric_limits<double>::epsilon() * largest;
+  }
+  bool IsSurface() const {
+    return data.type == CNuObject::NuTypeSphSurf || data.type == CNuObject::NuTypeCylSurf ||
+           data.type == CNuObject::NuTypeConSurf || data.type == CNuObject::NuTypeTorSurf;
+  }
+};
+
+// For a cause that depends on the tolerance.
+std::string OrLowerTolerance(double extent, int cause, const Failure& failure) {
+  if (failure.cause != cause || !(extent > failure.Rounding())) return "";
+  return Sentence(", or lower the tolerance of %.3g", failure.tol);
+}
+
+std::string LineText(const Failure& failure) {
+  const PointsSummary& points = failure.points;
+  return Sentence("All points are within %.3g of one line of the length %.3g, in the unit of the coordinates: ",
+                  points.fromLine, points.length) +
+         "measure beside it" + OrLowerTolerance(points.fromLine, NuBestfitCollinearPoints, failure) + ".";
+}
+
+std::string PlaneText(const Failure& failure) {
+  const PointsSummary& points = failure.points;
+  return Sentence("The points extend over %.3g by %.3g, and by %.3g off their plane, in the unit of the coordinates: ",
+                  points.length, points.width, points.thickness) +
+         "measure farther off their plane" + OrLowerTolerance(points.thickness, NuBestfitCoplanarPoints, failure) + ".";
+}
+
+// Of points that are too few or too alike for the feature, whatever its fit ran into; empty for others.
+std::string DegenerateText(const Failure& failure) {
+  const PointsSummary& points = failure.points;
   const int count = static_cast<int>(points.count);
-  if (cause == NuBestfitTooFewPoints)
-    return Sentence("There are %d points, and the feature needs %d: measure more.", count, needed);
+  if (failure.cause == NuBestfitTooFewPoints)
+    return Sentence("There %s %d point%s, and the feature needs %d: measure more.", count == 1 ? "is" : "are", count,
+                    count == 1 ? "" : "s", failure.needed);
   if (!points.finite)
     return Sentence("Point %d has a coordinate that is not finite: remove it.", static_cast<int>(points.nonFinite));
-  switch (cause) {
-    case NuBestfitTooFewDistinct:
-      return Sentence(
-          "Of %d points only %d are farther apart than the tolerance of %.3g, in the unit of the coordinates: measure "
-          "at "
-          "other places, or lower the tolerance.",
-          count, static_cast<int>(points.distinct), tol);
+  const double rounding = failure.Rounding();
+  if (!(points.length > rounding)) return Sentence("All %d points are at one place: measure at other places.", count);
+  if (failure.cause == NuBestfitTooFewDistinct) {
+    const int distinct = static_cast<int>(points.distinct);
+    return Sentence(
+        "Within the tolerance of %.3g, in the unit of the coordinates, the %d points are at %d place%s: measure at "
+        "other places, or lower the tolerance.",
+        failure.tol, count, distinct, distinct == 1 ? "" : "s");
+  }
+  if (failure.data.type != CNuObject::NuTypeLine && !(points.fromLine > rounding)) return LineText(failure);
+  if (failure.IsSurface() && !(points.thickness > rounding)) return PlaneText(failure);
+  return "";
+}
+
+std::string NoOptimumText(const Failure& failure) {
+  const AssociationOptions& options = failure.state.options;
+  if (options.side != NuEitherSide)
+    return "No such feature next to the points has all of them on one side: give it a start, release its fixed "
+           "parameters, or measure more of it.";
+  if (options.fixed.Mask() != 0 || options.start)
+    return "No feature with the fixed parameters is an optimum next to the start: release a parameter that "
+           "contradicts the points, or start from a feature nearer to them.";
+  if (failure.data.criterion == NuMaximumInscribed)
+    return "The points leave a way out for the largest feature without a point inside: measure all around it.";
+  const PointsSummary& points = failure.points;
+  return Sentence(
+      "The points extend over %.3g by %.3g by %.3g in the unit of the coordinates, an arc of %.3g degrees at most, "
+      "and do not determine the feature: measure where it curves, or fix a parameter.",
+      points.length, points.width, points.thickness, points.arc);
+}
+
+std::string Remedy(const Failure& failure) {
+  std::string text = DegenerateText(failure);
+  if (!text.empty()) return text;
+  switch (failure.cause) {
     case NuBestfitCollinearPoints:
+      return LineText(failure);
     case NuBestfitExchange:
       return Sentence(
-          "All points are within %.3g of one line of the length %.3g, in the unit of the coordinates: "
-          "measure beside it.",
-          points.fromLine, points.length);
+          "The points are within %.3g of a line of the length %.3g, in the unit of the coordinates, and a ring around "
+          "them grows narrower as its centre moves away: measure a longer arc.",
+          failure.points.fromLine, failure.points.length);
     case NuBestfitCoplanarPoints:
-      return Sentence(
-          "The points extend over %.3g by %.3g but are only %.3g thick, in the unit of the coordinates: "
-          "measure off their plane.",
-          points.length, points.width, points.thickness);
+      return PlaneText(failure);
     case NuBestfitNotCoplanar:
       return Sentence(
           "The points are %.3g thick, above the tolerance of %.3g for one plane, in the unit of the coordinates: raise "
           "the tolerance, or remove points off the plane.",
-          points.thickness, tol);
+          failure.points.thickness, failure.tol);
     case NuBestfitIterationLimit:
       return Sentence("The limit of %ld steps was reached: raise it, or start from a feature nearer to the points.",
-                      state.options.maxSteps);
+                      failure.state.options.maxSteps);
     default:
-      if (state.options.side != NuEitherSide)
-        return "No such feature next to the points has all of them on one side: give it a start, release its fixed "
-               "parameters, or measure more of it.";
-      if (state.options.fixed.Mask() != 0 || state.options.start)
-        return "No feature with the fixed parameters is an optimum next to the start: release a parameter that "
-               "contradicts the points, or start from a feature nearer to them.";
-      if (criterion == NuMaximumInscribed)
-        return "The points leave a way out for the largest feature without a point inside: measure all around it.";
-      return Sentence(
-          "The points extend over %.3g by %.3g by %.3g in the unit of the coordinates, an arc of %.3g degrees at most, "
-          "and do not determine the feature: measure where it curves, or fix a parameter.",
-          points.length, points.width, points.thickness, points.arc);
+      return NoOptimumText(failure);
   }
 }
 
@@ -153,9 +218,9 @@ void ExplainFailure(const AssociationState& state, double tol, ReportData* data)
   if (data->end == NuCancelled) {
     explanation.text = "The monitor cancelled the fit.";
   } else if (const auto* failure = std::get_if<CNuBestfitException>(&data->failure)) {
-    explanation.text = Remedy(state, data->criterion, failure->GetCause(), failure->GetSize(), tol);
+    explanation.text = Remedy({state, *data, static_cast<int>(failure->GetCause()), failure->GetSize(), tol});
   } else {
-    explanation.text = Remedy(state, data->criterion, NuBestfitNumericalFailure, 0, tol);
+    explanation.text = Remedy({state, *data, NuBestfitNumericalFailure, 0, tol});
   }
 }
 

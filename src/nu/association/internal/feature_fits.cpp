@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "nu/engine/base/elementary.h"
 #include "nu/engine/points/alignment.h"
 
 namespace nu::internal {
@@ -28,11 +29,11 @@ bool Accepts(const AssociationState& state, const FeatureRules& rules, ENuCriter
 
 bool Monitor::GoesOn(void* context, long step, double objective, double length) {
   auto* const monitor = static_cast<Monitor*>(context);
-  monitor->m_steps = step;
+  monitor->m_steps = monitor->m_counts ? monitor->m_steps + 1 : step;
   if (!std::isnan(length)) monitor->m_lastStep = length;
   if (monitor->m_function == nullptr) return true;
   try {
-    return monitor->m_function(monitor->m_context, step, objective, length) != NuFalse;
+    return monitor->m_function(monitor->m_context, monitor->m_steps, objective, length) != NuFalse;
   } catch (...) {
     monitor->m_thrown = std::current_exception();
     return false;
@@ -47,6 +48,15 @@ void RequireConverged(FitEnd end, const char* name) {
   if (end == FitEnd::cancelled) throw FitCancelled();
   if (end == FitEnd::limitReached) FailFit(kIterationLimit, name);
   if (end != FitEnd::converged) FailFit(kNumericalFailure, name);
+}
+
+void RequireBend(const AssociationState& state, const Feature& found, const char* name) {
+  const bool isRound = found.kind == FeatureKind::circle || found.kind == FeatureKind::sphere ||
+                       found.kind == FeatureKind::cylinder || found.kind == FeatureKind::circleInSpace;
+  if (isRound && !state.options.fixed.radius) RequireBend(state.points, found.size[0], name);
+  if (found.kind != FeatureKind::cone) return;
+  const Vec3 apex = found.frame.origin - found.size[0] / nu::engine::base::Tan(found.size[1]) * found.frame.z;
+  RequireBend(state.points, Norm(apex - MiddleOf(state.points)), name);
 }
 
 void RequireOptions(const AssociationState& state, const FeatureRules& rules, ENuCriterion criterion) {

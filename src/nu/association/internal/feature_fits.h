@@ -3,6 +3,7 @@
 
 #include <exception>
 #include <memory>
+#include <optional>
 #include <type_traits>
 
 #include "nu/association/internal/constrained_fits.h"
@@ -33,7 +34,9 @@ void RequireOptions(const AssociationState& state, const FeatureRules& rules, EN
 // monitor throws cancels the fit and comes out of it.
 class Monitor {
  public:
-  explicit Monitor(const AssociationOptions& options) : m_function(options.monitor), m_context(options.context) {}
+  // One that counts gives the steps of all starts of a fit numbers of their own; another one passes on what it is told.
+  Monitor(const AssociationOptions& options, bool counts)
+      : m_function(options.monitor), m_context(options.context), m_counts(counts) {}
   StepMonitor ForEngine() { return {GoesOn, this}; }
   void Rethrow() const;
   long Steps() const { return m_steps; }
@@ -44,6 +47,7 @@ class Monitor {
 
   NuStepMonitor m_function;
   void* m_context;
+  bool m_counts;
   long m_steps = 0;
   double m_lastStep = 0.0;
   std::exception_ptr m_thrown;
@@ -51,6 +55,10 @@ class Monitor {
 
 // CNuBestfitException as the fits of the classes throw it, or FitCancelled.
 void RequireConverged(FitEnd end, const char* name);
+
+// Cause 11 for a feature whose size or apex is so far beyond the points that its numbers, once they are rounded, give
+// another form; as the plain fits have it. A radius that is fixed is as the caller has it.
+void RequireBend(const AssociationState& state, const Feature& found, const char* name);
 
 // What the fit runs into becomes its end; lack of memory passes through.
 template<class Fit>
@@ -83,10 +91,18 @@ struct FoundFeature {
     found.bothNappes = bothNappes;
     return found;
   }
+  // As deviations from it count, by this criterion.
+  Feature AsAccounted(ENuCriterion criterion, PointView points, double tol) const {
+    if (!isInSpace) return AccountedFeature(AsFound(), criterion, points, tol);
+    Feature found = AsFound();
+    if (*isInSpace) found.kind = FeatureKind::circleInSpace;
+    return found;
+  }
 
   Class feature = AnyOf<Class>();
   PlainForm form;
-  bool bothNappes = false;  // of a cone, which does not say by itself how its fit has counted the points
+  bool bothNappes = false;        // of a cone, which does not say by itself how its fit has counted the points
+  std::optional<bool> isInSpace;  // of the zone of a circle, where its fit has found out
 };
 
 // Its class has no such fit; the one for constrained features starts on its own.
@@ -105,6 +121,7 @@ void RunPlainFit(const AssociationState& state, ENuCriterion criterion, double t
       .maxIter = state.options.maxSteps, .tol = tol, .wantsDeviations = wantsForm, .monitor = monitor};
   const PlainOutcome outcome = FitPlainly(state.points, criterion, options, &found->feature);
   found->bothNappes = outcome.bothNappes;
+  if (std::is_same_v<Class, CNuCircle> && criterion == NuMinimumZone) found->isInSpace = outcome.isInSpace;
   const bool hasForm = criterion == NuLeastSquares || criterion == NuMinimumZone;
   if (wantsForm && hasForm) found->form.form = outcome.form;
   if (!wantsForm || criterion != NuLeastSquares) return;
@@ -139,6 +156,7 @@ void RunConstrainedFit(const AssociationState& state, ENuCriterion criterion, do
   const Feature start = StartFor<Class>(state, criterion, tol);
   const FittedFeature fit = FitConstrained(state, criterion, start, tol, monitor);
   RequireConverged(fit.end, rules.name);
+  RequireBend(state, fit.feature, rules.name);
   Store(fit.feature, &found->feature);
   found->bothNappes = fit.feature.bothNappes;
   if (criterion == NuLeastSquares) found->form.sumSquares = fit.objective;
@@ -151,7 +169,7 @@ inline double LengthTolOf(const AssociationOptions& options) {
 template<class Class>
 void Account(const AssociationState& state, double tol, const FoundFeature<Class>& found, ReportData* data) {
   if (data->details == NuDetailNone) return;
-  Feature feature = AccountedFeature(found.AsFound(), data->criterion, state.points, tol);
+  Feature feature = found.AsAccounted(data->criterion, state.points, tol);
   if (feature.kind == FeatureKind::circleInSpace && state.options.side != NuEitherSide)
     feature.kind = FeatureKind::circle;
   FillDetails(state, feature, found.form, data);
@@ -170,7 +188,7 @@ std::shared_ptr<ReportData> FitInto(const AssociationState& state, ENuCriterion 
   data->points = static_cast<int>(state.points.Size());
   data->details = options.details;
   data->fixed = options.fixed;
-  Monitor monitor(options);
+  Monitor monitor(options, true);
   const auto fit = [&] {
     if (isPlain)
       RunPlainFit(state, criterion, tol, monitor.ForEngine(), found);
@@ -255,7 +273,7 @@ CNuAssociationReport ProveFeature(const AssociationState& state, ENuCriterion cr
     if (data->end != NuConverged) return CNuAssociationReport(std::move(data));
     const double tol = LengthTolOf(state.options);
     const Feature known = AccountedFeature(found.AsFound(), criterion, state.points, tol);
-    Monitor monitor(state.options);
+    Monitor monitor(state.options, false);
     const GlobalBound bound = BoundOf(state, criterion, known, {.boxes = budget, .monitor = monitor.ForEngine()});
     monitor.Rethrow();
     data->value = bound.best;

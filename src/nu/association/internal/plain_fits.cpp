@@ -30,7 +30,12 @@ PlainOutcome FitPlainly(PointView points, ENuCriterion criterion, const FitOptio
 }
 
 PlainOutcome FitPlainly(PointView points, ENuCriterion criterion, const FitOptions& options, CNuCircle* circle) {
-  if (criterion == NuMinimumZone) return Stored<PlacedCircle>(FitMinZoneCircle(points, options), circle);
+  if (criterion == NuMinimumZone) {
+    const CircleZone zone = FitMinZoneCircle(points, options);
+    PlainOutcome outcome = Stored<PlacedCircle>(zone, circle);
+    outcome.isInSpace = zone.isInSpace;
+    return outcome;
+  }
   if (criterion == NuMinimumCircumscribed) return Stored(FitMinCircle(points, options), circle);
   if (criterion == NuMaximumInscribed) return Stored(FitMaxCircle(points, options), circle);
   return Stored(FitCircle(points, options), circle);

@@ -13,6 +13,7 @@ struct PlainOutcome {
   double form = 0.0;        // of least squares when it is wanted, or the width of the zone
   Deviations deviations;    // of least squares when they are wanted
   bool bothNappes = false;  // see Feature
+  bool isInSpace = false;   // the minimum zone of a circle is a tube
 };
 
 // The criterion is one that the class has, but not the least squares of a torus, whose minimum zone is a circle in

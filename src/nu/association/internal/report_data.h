@@ -59,8 +59,9 @@ struct ReportData {
   ReportedForm form;
   CNuDoubleArray deviations{0};
 
-  Feature feature;     // in the frame of its parameters
-  double value = 0.0;  // the radius of a circumscribed or inscribed feature, else T where it is known
+  Feature feature;
+  bool isCentred = false;  // the feature is in the frame of its parameters: more than its form was asked for
+  double value = 0.0;      // the radius of a circumscribed or inscribed feature, else T where it is known
   bool isGlobal = false;
   bool hasCertificate = false;
   std::optional<double> bound;

@@ -74,6 +74,10 @@ void FillContacts(const AssociationState& state, UnknownMask free, ReportData* d
   }
 }
 
+Feature InParameterFrame(const AssociationState& state, const Feature& feature) {
+  return state.options.fixed.point ? feature : CentredOn(state.points, feature);
+}
+
 double ValueOf(const ReportData& data) {
   const bool isRadius = data.criterion == NuMinimumCircumscribed || data.criterion == NuMaximumInscribed;
   return isRadius ? data.feature.size[0] : data.form.form;
@@ -112,6 +116,10 @@ Feature WithNappes(const Feature& feature, PointView points) {
   return part * part <= kBothNappes ? both : feature;
 }
 
+Feature ParameterFeature(const AssociationState& state, const ReportData& data) {
+  return data.isCentred ? data.feature : InParameterFrame(state, data.feature);
+}
+
 double FormOf(PointView points, const Feature& feature) {
   return FormOf(FindForm(points, feature, nullptr), feature.kind);
 }
@@ -120,7 +128,9 @@ void FillDetails(const AssociationState& state, const Feature& feature, const Pl
   if (data->details != NuDetailNone) FillForm(state, feature, plain, data);
   const AssociationOptions& options = state.options;
   const UnknownMask free = UnknownsOf(feature.kind) & ~FixedUnknowns(options.fixed, feature.kind);
-  data->feature = options.fixed.point ? feature : CentredOn(state.points, feature);
+  data->feature = feature;
+  data->isCentred = (data->details & ~NuDetailDeviations) != 0;
+  if (data->isCentred) data->feature = InParameterFrame(state, feature);
   if ((data->details & NuDetailUncertainty) != 0 && data->criterion == NuLeastSquares && options.side == NuEitherSide)
     data->covariance = CovarianceOf(state.points, WeightsOf(options), data->feature, free);
   const bool isHeld = data->criterion != NuLeastSquares || options.side != NuEitherSide;

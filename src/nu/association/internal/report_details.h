@@ -29,6 +29,10 @@ struct PlainForm {
 ContactCriterion ContactCriterionOf(ENuCriterion criterion, ENuMaterialSide side);
 ContactAccount ContactsOf(const AssociationState& state, UnknownMask free, const ReportData& data);
 
+// The feature of a report in the frame of its parameters, with its origin next to the mean of the points unless it is
+// fixed.
+Feature ParameterFeature(const AssociationState& state, const ReportData& data);
+
 // The zone of a feature; of a curve, the diameter of the tube around it.
 double FormOf(PointView points, const Feature& feature);
 

@@ -15,6 +15,7 @@ struct PlacedCircle : Circle3 {
 struct CircleZone : FeatureFit<PlacedCircle> {
   double inner = 0.0;  // the radii of the boundaries
   double outer = 0.0;
+  bool isInSpace = false;  // of points in no plane: the thinnest tube around a circle
 };
 
 FeatureFit<PlacedCircle> FitCircle(PointView points, const FitOptions& options);

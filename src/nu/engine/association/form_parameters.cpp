@@ -5,8 +5,25 @@
 #include <limits>
 
 #include "nu/engine/association/feature_kernels.h"
+#include "nu/engine/base/lanes.h"
 
 namespace nu::engine::association {
+namespace {
+
+NU_KERNEL double SumOfSquares(const double* each, std::size_t count) {
+  Lanes sum = {};
+  std::size_t i = 0;
+  for (; i + kLanes <= count; i += kLanes) {
+    Lanes e;
+    Load(each + i, e);
+    sum += e * e;
+  }
+  double rest = 0.0;
+  for (; i < count; ++i) rest += each[i] * each[i];
+  return Sum(sum) + rest;
+}
+
+}  // namespace
 
 FormParameters FindForm(PointView points, const Feature& feature, double* deviations) {
   FormParameters form;
@@ -24,9 +41,7 @@ FormParameters FindForm(PointView points, const Feature& feature, double* deviat
     };
     if (high > largest) form.peakIndex = indexOf(largest = high);
     if (low < smallest) form.valleyIndex = indexOf(smallest = low);
-    double sum = 0.0;
-    for (std::size_t i = 0; i < block.size; ++i) sum += each[i] * each[i];
-    squares.Add(sum);
+    squares.Add(SumOfSquares(each, block.size));
     if (deviations != nullptr) std::copy_n(each, block.size, deviations + begin);
     begin += block.size;
   });

@@ -28,6 +28,7 @@
 #include "nu/engine/base/bits.h"
 #include "nu/engine/base/compensated_sum.h"
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/least_squares/cone_start.h"
 #include "nu/engine/linear/small_cholesky.h"
 #include "nu/engine/linear/tall_qr.h"
 #include "nu/engine/shapes/incidence.h"
@@ -49,6 +50,7 @@ class PartReduction {
  public:
   PartReduction(const double* weights, PartSums& sums)
       : m_weights(weights), m_sums(sums), m_feature(sums.request.feature), m_reduction(kColumns) {
+    m_otherNappe.bothNappes = true;
     const UnknownMask free = FreeOf(sums.request);
     for (int k = 0; k < kUnknowns; ++k) m_column[k] = (free >> k & 1U) != 0 ? m_reduction.Column(k) : nullptr;
   }
@@ -68,6 +70,8 @@ class PartReduction {
     KeepFreeCurvature();
   }
 
+  bool HasPointsBehind() const { return m_hasPointsBehind; }
+
  private:
   double WeightOf(std::size_t index) const { return m_weights == nullptr ? 1.0 : m_weights[index]; }
 
@@ -76,6 +80,7 @@ class PartReduction {
     const Vec3 point = m_feature.frame.origin + from;
     const double deviation = DeviationOf(m_feature, point);
     const double weight = WeightOf(m_sums.points + i);
+    if (m_isOneNappe && !m_hasPointsBehind) m_hasPointsBehind = DeviationOf(m_otherNappe, point) != deviation;
     const double distance = Norm(from);
     if (!(distance <= m_sums.extent)) m_sums.extent = distance;
     m_sumSquares.Add(weight * deviation * deviation);
@@ -115,6 +120,9 @@ class PartReduction {
   const Feature& m_feature;
   TallReduction m_reduction;
   double* m_column[kUnknowns] = {};
+  Feature m_otherNappe = m_feature;
+  bool m_isOneNappe = m_feature.kind == FeatureKind::cone && !m_feature.bothNappes;
+  bool m_hasPointsBehind = false;
   CompensatedSum m_sumSquares, m_unweightedSquares;
 };
 
@@ -187,9 +195,32 @@ class JoinedSystem {
 PartSums SumPart(PointView points, const double* weights, const PartRequest& request) {
   PartSums sums;
   sums.request = request;
-  PartReduction(weights, sums).Reduce(points);
+  PartReduction reduction(weights, sums);
+  reduction.Reduce(points);
+  if (!reduction.HasPointsBehind()) return sums;
+  PartRequest both = request;
+  both.feature.bothNappes = true;
+  sums.bothNappes = std::make_shared<const PartSums>(SumPart(points, weights, both));
   return sums;
 }
+
+const PartSums& Counted(const PartSums& joined) {
+  const PartSums* both = joined.bothNappes.get();
+  const bool isBoth = both != nullptr && both->unweightedSquares <= kBothNappes * joined.unweightedSquares;
+  return isBoth ? *both : joined;
+}
+
+namespace {
+
+// Without points behind the apex these are the sums of one nappe.
+PartSums OnBothNappes(const PartSums& sums) {
+  if (sums.bothNappes) return *sums.bothNappes;
+  PartSums both = sums;
+  both.request.feature.bothNappes = true;
+  return both;
+}
+
+}  // namespace
 
 PartSums Join(const PartSums& first, const PartSums& second) {
   PartSums joined = first;
@@ -215,10 +246,13 @@ PartSums Join(const PartSums& first, const PartSums& second) {
     if (high && (!joined.highest[k] || high->deviation > joined.highest[k]->deviation)) joined.highest[k] = high;
     if (low && (!joined.lowest[k] || low->deviation < joined.lowest[k]->deviation)) joined.lowest[k] = low;
   }
+  if (first.bothNappes || second.bothNappes)
+    joined.bothNappes = std::make_shared<const PartSums>(Join(OnBothNappes(first), OnBothNappes(second)));
   return joined;
 }
 
-std::optional<PartStep> StepOf(const PartSums& joined) {
+std::optional<PartStep> StepOf(const PartSums& sums) {
+  const PartSums& joined = Counted(sums);
   const JoinedSystem system(joined);
   if (!system.IsDetermined()) return std::nullopt;
   double step[kUnknowns] = {};
@@ -229,7 +263,8 @@ std::optional<PartStep> StepOf(const PartSums& joined) {
   return PartStep{system.Free().Moved(joined.request.feature, step), std::sqrt(square)};
 }
 
-void PartCandidates::Add(const PartSums& joined) {
+void PartCandidates::Add(const PartSums& sums) {
+  const PartSums& joined = Counted(sums);
   m_request = joined.request;
   const auto add = [this](const std::optional<PartExtreme>& extreme) {
     if (!extreme) return;
@@ -257,7 +292,7 @@ FittedFeature PartCandidates::Fit(FitCriterion criterion, const PartRequest& req
 namespace {
 
 constexpr std::uint64_t kMark = 0x5354524150554E;  // "NUPARTS" from the least significant byte on
-constexpr std::uint64_t kVersion = 2;
+constexpr std::uint64_t kVersion = 3;
 
 // Of all bytes before it (FNV-1a, 64 bits).
 std::uint64_t CheckSum(const unsigned char* bytes, std::size_t count) {
@@ -332,6 +367,12 @@ std::uint64_t Occupied(const PartSums& sums) {
   return mask;
 }
 
+void ReadNumbers(Reader& read, std::uint64_t occupied, PartSums& sums) {
+  for (int k = 0; k < PartSums::kStrata; ++k)
+    if ((occupied >> k & 1U) != 0) sums.highest[k] = sums.lowest[k] = PartExtreme{};
+  PassNumbers(read, sums);
+}
+
 }  // namespace
 
 std::vector<unsigned char> BytesOf(const PartSums& sums) {
@@ -342,6 +383,11 @@ std::vector<unsigned char> BytesOf(const PartSums& sums) {
         std::uint64_t{sums.request.free}, static_cast<std::uint64_t>(sums.points), Occupied(sums)})
     write(value);
   PassNumbers(write, sums);
+  write(std::uint64_t{sums.bothNappes ? 1U : 0U});
+  if (sums.bothNappes) {
+    write(Occupied(*sums.bothNappes));
+    PassNumbers(write, *sums.bothNappes);
+  }
   return write.Finish();
 }
 
@@ -356,11 +402,20 @@ std::optional<PartSums> SumsFrom(const unsigned char* bytes, std::size_t count) 
   sums.request.feature.bothNappes = bothNappes == 1;
   sums.request.free = static_cast<UnknownMask>(free);
   sums.points = static_cast<std::size_t>(points);
-  for (int k = 0; k < PartSums::kStrata; ++k)
-    if ((occupied >> k & 1U) != 0) sums.highest[k] = sums.lowest[k] = PartExtreme{};
-  PassNumbers(read, sums);
+  ReadNumbers(read, occupied, sums);
+  std::uint64_t isOther = 0;
+  read(isOther);
+  if (isOther == 1) {
+    read(occupied);
+    auto other = std::make_shared<PartSums>();
+    other->request = sums.request;
+    other->points = sums.points;
+    ReadNumbers(read, occupied, *other);
+    other->request.feature.bothNappes = true;
+    sums.bothNappes = std::move(other);
+  }
   read(checkSum);
-  if (!read.IsAtEnd() || checkSum != CheckSum(bytes, count - 8)) return std::nullopt;
+  if (isOther > 1 || !read.IsAtEnd() || checkSum != CheckSum(bytes, count - 8)) return std::nullopt;
   return sums;
 }
 

@@ -2,6 +2,7 @@
 #define NU_ENGINE_ASSOCIATION_PARTIAL_SUMS_H
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -42,10 +43,16 @@ struct PartSums {
   // Minimax: of each stratum the points of the largest and the smallest deviation, where it has a point.
   std::optional<PartExtreme> highest[kStrata];
   std::optional<PartExtreme> lowest[kStrata];
+  // Of a cone, where points are behind the apex: the same with these counted from the other nappe.
+  std::shared_ptr<const PartSums> bothNappes;
 };
 
 // Weights, one per point and not negative, may be null: all 1. In constant memory. Throws std::bad_alloc.
 PartSums SumPart(PointView points, const double* weights, const PartRequest& request);
+
+// The sums that count: from both nappes of a cone where that leaves so little of what one nappe leaves as the fit of a
+// cone asks for.
+const PartSums& Counted(const PartSums& joined);
 
 // Of two parts at the same request. The order of several joins changes roundings, and nothing else.
 PartSums Join(const PartSums& first, const PartSums& second);
