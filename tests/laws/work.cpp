@@ -32,6 +32,15 @@ CNuPolyline Hatching(int n) {
   }));
 }
 
+// To and fro along a line.
+CNuPointArray Strip(CNuPointArray points) {
+  for (int i = 0; i < points.GetSize(); ++i) {
+    points[i].y() *= 1e-6;
+    points[i].z() *= 1e-6;
+  }
+  return points;
+}
+
 std::vector<Operation> Operations() {
   std::vector<Operation> all;
   for (const AnyFit& fit : kAllFits) {
@@ -80,6 +89,8 @@ std::vector<Operation> Operations() {
                    delete Hatching(points.GetSize()).Offset(2.0 / points.GetSize(), z, 1);
                  }});
   all.push_back({"SimplifiedCurve", [](const CNuPointArray& points) { CNuSimplifiedCurve curve(points, 0.01); }});
+  all.push_back(
+      {"SimplifiedCurve of a strip", [](const CNuPointArray& points) { CNuSimplifiedCurve(Strip(points), 0.01); }});
   return all;
 }
 

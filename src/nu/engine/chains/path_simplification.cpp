@@ -9,6 +9,7 @@
 
 #include "nu/engine/chains/block_tree.h"
 #include "nu/engine/points/extents.h"
+#include "nu/engine/shapes/box.h"
 
 // The shortest path in the graph whose edges are the allowed shortcuts (H. Imai, M. Iri, Computational Morphology,
 // 1988), found in breadth: from the points reached with k edges, the latest first, those that k + 1 edges reach. Only
@@ -17,7 +18,9 @@
 // Points on the way from a point narrow the cone of directions that an edge from it may take (W. S. Chan, F. Chin, Int.
 // J. Computational Geometry & Applications 6, 1996): in the projections onto coordinate planes, a wedge. Each also
 // bounds from below how long the edge must be. What lies outside is passed over in whole blocks of consecutive points,
-// and nothing is left once a wedge is empty. Blocks that are passed over narrow the wedge by a few of their points.
+// by the box of those that are not reached yet: points that run to and fro fill all blocks alike, and only the reached
+// ones are where an edge may lead. Nothing is left once a wedge is empty. Blocks that are passed over narrow the wedge
+// by a few of their points.
 //
 // An edge that remains is tested against all points on its way, again in blocks: a block whose points are all close to
 // a segment of its own is, when the ends of that segment are close enough to the edge; and so is one whose corners, the
@@ -179,6 +182,15 @@ class Outlook {
     return true;
   }
 
+  bool MayHold(const Box& box) const {
+    if (IsEmpty(box)) return false;
+    const Vec3 low = LoadVec3(box.low) - m_from;
+    const Vec3 high = LoadVec3(box.high) - m_from;
+    const Vec3 corner{std::max(-low.x, high.x), std::max(-low.y, high.y), std::max(-low.z, high.z)};
+    const double far = std::sqrt(Dot(corner, corner)) + m_tolerance;
+    return far * far >= m_reach;
+  }
+
  private:
   static double First(Vec3 d, int plane) { return plane == 1 ? d.z : d.x; }
   static double Second(Vec3 d, int plane) { return plane == 2 ? d.z : d.y; }
@@ -199,6 +211,7 @@ class Search {
 
  private:
   bool Reach(std::size_t from, std::size_t to);
+  Box OpenBox(std::size_t level, std::size_t index) const;
   void LookFrom(std::size_t i);
   bool VisitPoint(std::size_t j, Outlook& outlook);
   bool VisitBlock(std::size_t level, std::size_t index, Outlook& outlook);
@@ -209,8 +222,8 @@ class Search {
   double m_tolerance;
   int m_planes;
   std::size_t m_from = 0;
-  std::vector<std::size_t> m_before;             // the point before it on the path; itself while it is not reached
-  std::vector<std::vector<std::size_t>> m_open;  // how many points of a block are not reached
+  std::vector<std::size_t> m_before;     // the point before it on the path; itself while it is not reached
+  std::vector<std::vector<Box>> m_open;  // of the points of a block that are not reached
   std::vector<std::size_t> m_next;
 };
 
@@ -226,19 +239,34 @@ Search::Search(const std::vector<Vec3>& points, double tolerance)
   m_before.resize(points.size());
   for (std::size_t i = 0; i < points.size(); ++i) m_before[i] = i;
   for (std::size_t level = 0; level < m_tree.Levels(); ++level) {
-    std::vector<std::size_t> open;
-    for (std::size_t k = 0; m_tree.Begin(level, k) < points.size(); ++k) {
-      open.push_back(m_tree.End(level, k) - m_tree.Begin(level, k));
-    }
-    m_open.push_back(std::move(open));
+    m_open.emplace_back();
+    for (std::size_t k = 0; m_tree.Begin(level, k) < points.size(); ++k) m_open[level].push_back(OpenBox(level, k));
   }
+}
+
+Box Search::OpenBox(std::size_t level, std::size_t index) const {
+  Box box = EmptyBox();
+  if (level > 0) {
+    const std::vector<Box>& halves = m_open[level - 1];
+    for (std::size_t k = 2 * index; k < std::min(2 * index + 2, halves.size()); ++k) {
+      if (!IsEmpty(halves[k])) Include(halves[k], box);
+    }
+    return box;
+  }
+  for (std::size_t k = m_tree.Begin(0, index); k < m_tree.End(0, index); ++k) {
+    if (m_before[k] == k) Include(m_points[k], box);
+  }
+  return box;
 }
 
 bool Search::Reach(std::size_t from, std::size_t to) {
   if (!m_test.Allows(from, to)) return false;
   m_before[to] = from;
   m_next.push_back(to);
-  for (std::size_t level = 0; level < m_tree.Levels(); ++level) --m_open[level][to / (kLeafPoints << level)];
+  for (std::size_t level = 0; level < m_tree.Levels(); ++level) {
+    const std::size_t index = to / (kLeafPoints << level);
+    m_open[level][index] = OpenBox(level, index);
+  }
   return true;
 }
 
@@ -255,7 +283,7 @@ bool Search::VisitBlock(std::size_t level, std::size_t index, Outlook& outlook) 
   const std::size_t end = m_tree.End(level, index);
   const Block& block = m_tree.At(level, index);
   const auto isClosed = [&] {
-    return m_open[level][index] == 0 || !outlook.MayHold(block.centre, block.radius) ||
+    return !outlook.MayHold(m_open[level][index]) || !outlook.MayHold(block.centre, block.radius) ||
            m_test.Refuses(m_from, begin, block);
   };
   if (begin - m_from >= kNear * (end - begin) && isClosed()) {
