@@ -43,12 +43,12 @@ inline constexpr CNuPointArray (*kClouds[])(test::Random&, int n) = {
       return points;
     }};
 
-// A cloud that is moved, scaled, repeated and spoiled.
-inline CNuPointArray Cloud(Input& input) {
+// A cloud that is moved, scaled, repeated and spoiled; with Input::Below for its size never a large one.
+inline CNuPointArray Cloud(Input& input, int (Input::*size)(int most) = &Input::Size) {
   constexpr double kScales[] = {1.0, 1.0, 1.0, 1e-9, 1e9, 1e150, 1e-150, 1e300};
   constexpr double kShifts[] = {0.0, 0.0, 100.0, 1e6, 1e12};
   test::Random random(input.Byte());
-  const int n = input.Below(40);
+  const int n = (input.*size)(40);
   CNuPointArray points = kClouds[input.Below(std::size(kClouds))](random, n);
   const std::uint8_t how = input.Byte();
   if ((how & 1) != 0) points = test::RandomMotion(random, kShifts[input.Below(std::size(kShifts))])(points);

@@ -1,5 +1,6 @@
-// Every public operation with its first, second, ... allocation failing, over arguments of several kinds: it ends in
-// CNuMemoryException, keeps no memory, and leaves its arguments as they were.
+// Every public operation with its first, second, ... allocation failing, over arguments of several kinds, and with some
+// of them failing over large ones: it ends in CNuMemoryException, keeps no memory, and leaves its arguments as they
+// were.
 
 #include "operations/operations.h"
 
@@ -40,6 +41,20 @@ TEST(Operations, EndAsDocumentedWhenAnyAllocationFails) {
       pool.Run(operation);
       EXPECT_TRUE(pool.Problems().empty()) << pool.Problems()[0] << ", arguments " << i;
     }
+  }
+}
+
+// With 1e5 points, numbers or rows in every set.
+TEST(Operations, EndAsDocumentedWhenSomeAllocationsFailOverLargeSets) {
+  std::uint64_t seed = 1u << 20;
+  for (const Operation& operation : AllOperations()) {
+    const std::vector<std::uint8_t> bytes = Bytes(++seed, 1);
+    Input input(bytes.data(), bytes.size());
+    input.SetLarge(true);
+    Pool pool(input);
+    pool.SetMode(CallMode::kSomeAllocations);
+    pool.Run(operation);
+    EXPECT_TRUE(pool.Problems().empty()) << pool.Problems()[0];
   }
 }
 

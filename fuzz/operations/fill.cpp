@@ -30,7 +30,7 @@ CNuPointArray Corners(Input& input) {
 template<class Array>
 Array Elements(Input& input) {
   Array array(0);
-  for (int left = input.Below(8); left > 0; --left) {
+  for (int left = input.Size(8); left > 0; --left) {
     if constexpr (std::is_same_v<Array, CNuIntArray>)
       array.Add(input.Integer());
     else
@@ -51,12 +51,12 @@ T Made(Input& input) {
     const double x = input.Number(), y = input.Number(), z = input.Number();
     return T(x, y, z);
   } else if constexpr (std::is_same_v<T, CNuVector>) {
-    T v(input.Below(4) == 0 ? 1 + input.Below(8) : 3);
+    T v(input.Below(4) == 0 ? 1 + input.Size(8) : 3);
     for (int i = 0; i < v.GetSize(); ++i) v[i] = input.Number();
     return v;
   } else if constexpr (std::is_same_v<T, CNuMatrix>) {
-    const int rows = 1 + input.Below(6);
-    T m(rows, input.Below(3) != 0 ? rows : 1 + input.Below(6));
+    const int rows = 1 + input.Size(6);
+    T m(rows, !input.IsLarge() && input.Below(3) != 0 ? rows : 1 + input.Below(6));
     for (int i = 0; i < rows; ++i) {
       for (int j = 0; j < m.GetColumnSize(); ++j) m.Element(i, j) = input.Number();
     }
@@ -99,11 +99,11 @@ T Made(Input& input) {
     return curve;
   } else if constexpr (std::is_same_v<T, CNuPolyline>) {
     CNuPointArray corners = Edge();
-    corners.Append(Corners(input));
+    corners.Append(input.IsLarge() ? Cloud(input) : Corners(input));
     return T(corners);
   } else if constexpr (std::is_same_v<T, CNuSimplifiedCurve>) {
     CNuPointArray points = Edge();
-    points.Append(Cloud(input));
+    points.Append(Cloud(input, &Input::Below));
     return T(points, 0.1);
   } else if constexpr (std::is_same_v<T, CNuCircularArc>) {
     return T(CNuPoint(), CNuPoint(2, 0, 0), CNuPoint(0, 2, 0), input.Below(2) == 0 ? NuTrue : NuFalse);
@@ -118,7 +118,7 @@ T Made(Input& input) {
     association.SetDetails(input.Below(32));
     return association;
   } else if constexpr (std::is_same_v<T, CNuAssociationReport>) {
-    const CNuPointArray points = Cloud(input);
+    const CNuPointArray points = Cloud(input, &Input::Below);
     CNuAssociation association(points);
     association.SetDetails(NuDetailAll);
     CNuCylSurf cylinder(1);

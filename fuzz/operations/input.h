@@ -20,6 +20,11 @@ class Input {
   bool IsAtEnd() const { return m_next == m_end; }
   std::uint8_t Byte() { return IsAtEnd() ? std::uint8_t{0} : *m_next++; }
   int Below(int count) { return Byte() % count; }
+  // How many elements a set of points or numbers has: below `most`, or many once that was asked for; then numbers
+  // behind the end differ.
+  int Size(int most) { return m_isLarge ? kMany : Below(most); }
+  bool IsLarge() const { return m_isLarge; }
+  void SetLarge(bool isLarge) { m_isLarge = isLarge; }
 
   // Half of all numbers are plain ones, so that most operations get somewhere; the others are odd ones,
   // near the number before, or any bits.
@@ -39,6 +44,7 @@ class Input {
 
  private:
   double AnyNumber() {
+    if (m_isLarge && IsAtEnd()) return m_last = 16.0 * std::fmod(kGolden * ++m_numbers, 1.0) - 8.0;
     const std::uint8_t choice = Byte();
     if (choice < 128) return m_last = 0.125 * (choice - 48);
     if (choice < 224) return m_last = kOddNumbers[choice % std::size(kOddNumbers)];
@@ -52,6 +58,8 @@ class Input {
       -1, 8, 9, 10, 12, 16, 17, 31, 40, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()};
 
   static constexpr double kCoarse = 1e-3;
+  static constexpr int kMany = 100000;
+  static constexpr double kGolden = 0.6180339887498949;  // its multiples are spread evenly
 
   static double Near(double x, int how) {
     switch (how) {
@@ -71,7 +79,8 @@ class Input {
   const std::uint8_t* m_next;
   const std::uint8_t* m_end;
   double m_last = 1.0;
-  bool m_isCoarse = false;
+  bool m_isCoarse = false, m_isLarge = false;
+  int m_numbers = 0;  // given behind the end
 };
 
 }  // namespace nu::fuzz

@@ -47,6 +47,13 @@ bool UsesCaches(const char* name) {
   return std::strstr(name, "Eigen") != nullptr;
 }
 
+// The allocation that fails after the k-th: all of the first ones, of very many some; or a few.
+long NextToFail(CallMode mode, long k) {
+  constexpr long kEach = 40;
+  if (mode == CallMode::kSomeAllocations) return 4 * k + 1;
+  return k + 1 + (k > kEach ? k / 4 : 0);
+}
+
 CNuPoint lastingObjects[3];
 
 bool IsLasting(const CNuObject* object) {
@@ -167,12 +174,11 @@ void Pool::JudgeFailure(long kept, const char* changes) {
   if (m_before != m_after) Problem(changes);
 }
 
-// The first allocations fail one by one, of very many some. A call that ends for another reason than lack of memory
-// does so without a failing allocation as well.
+// Allocations fail one by one. A call that ends for another reason than lack of memory does so without a failing
+// allocation as well.
 bool Pool::MakeWithFailures(void (*call)(const void* body), const void* body) {
-  constexpr long kEach = 40;
   bool failsOtherwise = false;
-  for (long k = 0;; k += 1 + (k > kEach ? k / 4 : 0)) {
+  for (long k = 0;; k = NextToFail(m_mode, k)) {
     Snapshot(m_before);
     const long live = LiveAllocations();
     FailAllocationsAbove(kMostBytes);
@@ -195,7 +201,7 @@ bool Pool::MakeWithFailures(void (*call)(const void* body), const void* body) {
 }
 
 bool Pool::MakeCall(void (*call)(const void* body), const void* body) {
-  if (m_mode == CallMode::kEveryAllocation) return MakeWithFailures(call, body);
+  if (m_mode == CallMode::kEveryAllocation || m_mode == CallMode::kSomeAllocations) return MakeWithFailures(call, body);
   Snapshot(m_before);
   const long live = LiveAllocations();
   FailAllocationsAbove(kMostBytes);

@@ -39,8 +39,8 @@ inline constexpr bool kIsPooled<T, std::tuple<Types...>> = (... || std::is_same_
 void FillObject(Input& input, std::size_t classAt, void* place);
 
 // How a call is made: as it is; with one of its allocations failing; or again and again, with the first, the second,
-// ... failing, until it ends.
-enum class CallMode { kPlain, kOneFailure, kEveryAllocation };
+// ... failing, or a few of them, until it ends.
+enum class CallMode { kPlain, kOneFailure, kEveryAllocation, kSomeAllocations };
 
 // The objects that operations take as arguments and leave their results in: a few of each class, so that one object is
 // often several arguments of a call. An object is made when it is needed first. The pool makes the calls and judges how
