@@ -43,6 +43,8 @@ class Section {
            const std::string& name, double error, double bound);
   // A check without a number.
   void Check(bool holds, const std::string& problem);
+  // What the reader should know of this run.
+  void Remark(const std::string& text) { m_note += " " + text; }
 
   const std::string& Title() const { return m_title; }
   const std::string& Note() const { return m_note; }

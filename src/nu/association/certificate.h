@@ -18,7 +18,7 @@ enum ENuCertificateCheck : int {
   NuCertificateHolds = 0,
   NuCertificateFinite = 1,       // a coordinate or the feature is not finite, or there is no point
   NuCertificateBoundary = 2,     // a point is outside of the feature
-  NuCertificateContacts = 3,     // a contact is not on the boundary
+  NuCertificateContacts = 3,     // a contact with a multiplier is not on the boundary
   NuCertificateMultipliers = 4,  // one is negative or NaN, or their sum is not 1
   NuCertificateBalance = 5,      // the multipliers do not balance the gradients of the contacts
   NuCertificateGrowth = 6        // a feature nearby may be better
@@ -85,7 +85,8 @@ class NU_EXPORT CNuCertificate {
  public:
   // The indices of the contacts; 1 for one on the outer boundary of a zone, or on the side of the normal of a plane or
   // to the left of a line in a plane, -1 for one on the other (of other criteria the sides do not count); and their
-  // multipliers, not negative and with the sum 1. Contacts without a multiplier help where several choices balance.
+  // multipliers, not negative and with the sum 1. Contacts without a multiplier help where several choices balance; off the
+  // boundary they are left aside.
   // Fails with CNuOperationException ("certificate", "CNuCertificate"):
   //   5  the arrays differ in size     45  least squares, or no criterion
   CNuCertificate(ENuCriterion criterion, const CNuIntArray& contacts, const CNuIntArray& sides,

@@ -162,7 +162,6 @@ TEST(Certificate, HoldsForEveryReferenceSet) {
       // Where the library has a feature by convention: a sphere about points in one plane, or on one line.
       const std::string name = set["name"].Text();
       if (name == "mz-sphere-06" || name == "mc-sphere-06") continue;
-      SCOPED_TRACE(name);
       CNuPointArray points(1);
       double size = 0.0;
       for (std::size_t i = 0; i < set["points"].Size(); ++i) {
@@ -180,17 +179,23 @@ TEST(Certificate, HoldsForEveryReferenceSet) {
       const ContactCriterion by = criterion == "minimum-zone"            ? ContactCriterion::zone
                                   : criterion == "minimum-circumscribed" ? ContactCriterion::circumscribed
                                                                          : ContactCriterion::inscribed;
-      // The parameters are rounded where they are stored; the apex of a cone may be far away.
-      const Feature stored = fit(points, criterion);
-      const double length = 64.0 * kEps * (size + stored.size[0] + Norm(stored.frame.origin));
-      ContactAccount account;
-      const CertificateQuestion q = Ask(ViewOf(points), CentredOn(ViewOf(points), stored), by, account, length);
-      const Certificate found = CheckCertificate(q);
-      EXPECT_EQ(found.failed, CertificateCheck::passed) << found.offBoundary << " of " << q.length;
-      ++checked;
+      // The parameters are rounded where they are stored; the apex of a cone may be far away. So are the points of a
+      // part far from the origin, where some come near the boundary that do not hold the feature.
+      for (const double far : {0.0, 4e3 * set["size"].Number(), 5e4 * set["size"].Number()}) {
+        SCOPED_TRACE(name + " at " + std::to_string(far));
+        for (int i = 0; i < points.GetSize(); ++i) points[i].Translate(far, far, far);
+        const Feature stored = fit(points, criterion);
+        const Vec3 from = stored.frame.origin - Vec3{far, far, far};
+        const double length = 16.0 * kEps * (size + far + stored.size[0] + Norm(from));
+        ContactAccount account;
+        const CertificateQuestion q = Ask(ViewOf(points), CentredOn(ViewOf(points), stored), by, account, length);
+        const Certificate found = CheckCertificate(q);
+        EXPECT_EQ(found.failed, CertificateCheck::passed) << found.offBoundary << " of " << q.length;
+        ++checked;
+      }
     }
   }
-  EXPECT_GT(checked, 80);
+  EXPECT_GT(checked, 160);
 }
 
 // The corners of a square about the origin and a circle of the radius.
@@ -237,6 +242,11 @@ TEST(Certificate, NamesTheCheckThatFails) {
     for (int k = 0; k < 4; ++k) s.contacts[k].multiplier = k % 2 == 0 ? 0.5 : 0.0;
   };
   EXPECT_EQ(failedAfter(heldByTwo), CertificateCheck::passed);
+  // A point inside that has no multiplier claims nothing.
+  EXPECT_EQ(failedAfter([&](Square& s) {
+              heldByTwo(s), s.question.criterion = ContactCriterion::circumscribed, s.points[1] *= 0.5;
+            }),
+            CertificateCheck::passed);
   EXPECT_EQ(failedAfter([&](Square& s) {
               heldByTwo(s), s.points = PointsOf({s.points[0], s.points[2]}), s.question.count = 2,
                             s.contacts[1] = {1, -1.0, 0.5};

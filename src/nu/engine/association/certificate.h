@@ -27,7 +27,7 @@ enum class CertificateCheck {
   passed,
   finite,       // a coordinate or the feature is not finite, there is no point, or no such criterion of the feature
   boundary,     // a point is outside by more than the length
-  contacts,     // a contact is off the boundary by more than the length
+  contacts,     // a contact with a multiplier is off the boundary by more than the length
   multipliers,  // one is negative or not finite, or their sum is not 1
   balance,      // the gradients, weighted, do not cancel
   growth,       // for no neighbourhood it is proved that the feature does not improve in it by more than the length

@@ -23,7 +23,8 @@ struct ContactPoint {
 
 // The points that hold a minimax feature, from the points and the feature alone: those with an extreme deviation, and
 // multipliers, not negative and of sum 1, for which the gradients by the free unknowns, times the sides, balance. At an
-// optimum they do (Karush, Kuhn and Tucker).
+// optimum they do (Karush, Kuhn and Tucker). Where points that are extreme within few roundings balance, points farther
+// from the boundary get no multiplier.
 struct ContactAccount {
   static constexpr int kMostContacts = 32;
 
