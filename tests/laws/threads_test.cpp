@@ -1,13 +1,17 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <barrier>
 #include <cstdint>
+#include <filesystem>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include "nu/c/nu.h"
 #include "nu/nu.h"
 #include "support/fingerprint.h"
+#include "support/scratch_file.h"
 
 namespace {
 
@@ -28,6 +32,9 @@ struct Shared {
   CNuPolyline polyline{clouds.wave};
   CNuInterpolation table{clouds.wave.GetDataX(), clouds.wave.GetDataY()};
   nu_association* handle = nullptr;
+  CNuCompositeCurve curve;
+  std::filesystem::path files = nu::test::ScratchFile("threads");  // each has the matrix, a vector or the curve
+  mutable std::atomic<long> watched{0};
 
   Shared() {
     for (int i = 0; i < 5; ++i)
@@ -41,9 +48,74 @@ struct Shared {
       const double xyz[] = {p.x(), p.y(), p.z()};
       nu_association_add(handle, xyz, 1, 3);
     }
+    association.SetMonitor(
+        [](void* context, long, double, double) {
+          ++*static_cast<std::atomic<long>*>(context);
+          return NuTrue;
+        },
+        &watched);
+    curve.AddSegment(CNuCircularArc(CNuPoint(0, 0, 0), CNuPoint(1, 1, 0), CNuPoint(2, 0, 0)), NuTrue);
+    curve.AddSegment(CNuLineSegment(CNuPoint(2, 0, 0), CNuPoint(5, 1, 0)), NuTrue);
+    std::filesystem::create_directory(files);
+    WriteFiles("shared");
   }
-  ~Shared() { nu_association_free(handle); }
+  ~Shared() {
+    nu_association_free(handle);
+    std::filesystem::remove_all(files);
+  }
+  std::string File(const std::string& kind, const std::string& owner) const {
+    return (files / (kind + owner)).string();
+  }
+  void WriteFiles(const std::string& owner) const {
+    symmetric.BinaryDump(File("matrix", owner).c_str());
+    symmetric.GetRowVector(1).BinaryDump(File("vector", owner).c_str());
+    curve.BinaryDump(File("curve", owner).c_str());
+  }
 };
+
+// Reads the files of an owner; the copy has another one.
+void AddFiles(const Shared& shared, const std::string& owner, const std::string& other, Bits& bits) {
+  CNuMatrix matrix;
+  CNuVector vector;
+  CNuCompositeCurve curve;
+  EXPECT_TRUE(matrix.BinaryRead(shared.File("matrix", owner).c_str()));
+  EXPECT_TRUE(vector.BinaryRead(shared.File("vector", owner).c_str()));
+  EXPECT_TRUE(curve.BinaryRead(shared.File("curve", owner).c_str()));
+  EXPECT_FALSE(curve.IsSelfIntersecting());
+  bits.Add(matrix), bits.Add(vector), bits.Add(curve.Length());
+  nu_curve* handle = nullptr;
+  double length = 0.0;
+  EXPECT_EQ(nu_curve_create(&handle), NU_STATUS_OK);
+  EXPECT_EQ(nu_curve_read(handle, shared.File("curve", owner).c_str()), NU_STATUS_OK);
+  EXPECT_EQ(nu_curve_write(handle, shared.File("copy", other).c_str()), NU_STATUS_OK);
+  EXPECT_EQ(nu_curve_length(handle, &length), NU_STATUS_OK);
+  bits.Add(length);
+  nu_curve_free(handle);
+}
+
+// Each thread watches its own fit, and cancels it.
+void AddWatched(const Shared& shared, Bits& bits) {
+  struct Watch {
+    Bits& bits;
+    long stepsLeft;
+  };
+  for (const long steps : {0, 2, 100}) {
+    CNuAssociation own(shared.association);
+    Watch watch{bits, steps};
+    own.SetMonitor(
+        [](void* context, long step, double objective, double stepLength) {
+          Watch& w = *static_cast<Watch*>(context);
+          w.bits.Add(static_cast<double>(step)), w.bits.Add(objective), w.bits.Add(stepLength);
+          return w.stepsLeft-- > 0 ? NuTrue : NuFalse;
+        },
+        &watch);
+    for (const ENuCriterion criterion : {NuLeastSquares, NuMinimumZone}) {
+      CNuCylSurf cylinder(1.0);
+      bits.Add(own.Fit(criterion, &cylinder).GetEnd());
+      bits.AddObject(cylinder);
+    }
+  }
+}
 
 void AddShared(const Shared& shared, Bits& bits) {
   for (const ENuCriterion criterion : {NuLeastSquares, NuMinimumZone, NuMinimumCircumscribed}) {
@@ -87,6 +159,7 @@ void AddByC(const Shared& shared, bool isOther, std::barrier<>& failed, Bits& bi
 
 // The results of every kind of operation, from the kind `first` on; a coarse thread takes any step for converged.
 std::vector<std::uint64_t> ResultsOf(const Shared& shared, std::size_t first, bool isCoarse, std::barrier<>& failed) {
+  const std::string owner = std::to_string(first);
   const double tol = NuGetTol();
   if (isCoarse) NuSetTol(1e-3);
   const std::vector<Part> parts = nu::test::fingerprint::Parts();
@@ -98,6 +171,9 @@ std::vector<std::uint64_t> ResultsOf(const Shared& shared, std::size_t first, bo
   Bits bits;
   bits.AddOutcome([&] { AddShared(shared, bits); });
   AddByC(shared, isCoarse, failed, bits);
+  shared.WriteFiles(owner);
+  for (const std::string& reader : {owner, std::string("shared")}) AddFiles(shared, reader, owner, bits);
+  AddWatched(shared, bits);
   results.push_back(bits.Value());
   NuSetTol(tol);
   return results;
@@ -107,12 +183,15 @@ TEST(Concurrency, EveryOperationGivesWhatItGivesAlone) {
   const Shared shared;
   std::barrier one(1), all(kThreads);
   const std::vector<std::uint64_t> alone[] = {ResultsOf(shared, 0, false, one), ResultsOf(shared, 0, true, one)};
+  const long watchedAlone = shared.watched.exchange(0);
+  EXPECT_GT(watchedAlone, 0);
   EXPECT_NE(alone[0], alone[1]);
   std::vector<std::uint64_t> found[kThreads];
   std::vector<std::thread> threads;
   for (std::size_t t = 0; t < kThreads; ++t)
     threads.emplace_back([&, t] { found[t] = ResultsOf(shared, t, t % 2 == 1, all); });
   for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(shared.watched, kThreads / 2 * watchedAlone);
   for (std::size_t t = 0; t < kThreads; ++t) EXPECT_EQ(found[t], alone[t % 2]) << "thread " << t;
 }
 
