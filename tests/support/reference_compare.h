@@ -220,14 +220,19 @@ class Comparison {
 };
 
 // The fit of a set: for least squares, at the tolerances that are set.
-inline Fitted FitOfSet(const Json& set, const AnyFit& fit, const Placement& placement = {}) {
+// To the points of a set in the size of the factor.
+inline Fitted FitOfSet(const Json& set, const AnyFit& fit, const CNuPointArray& points, double factor) {
   double tol = 0.0;
   long limit = 1000;
   if (fit.criterion != kLeastSquares) {
-    tol = set["arguments"]["tol"].Number() * static_cast<double>(placement.factor);
+    tol = set["arguments"]["tol"].Number() * factor;
     limit = static_cast<long>(set["arguments"]["maxiter"].Number());
   }
-  return FitOf(fit, PointsOf(set, placement), tol, limit);
+  return FitOf(fit, points, tol, limit);
+}
+
+inline Fitted FitOfSet(const Json& set, const AnyFit& fit, const Placement& placement = {}) {
+  return FitOfSet(set, fit, PointsOf(set, placement), static_cast<double>(placement.factor));
 }
 
 }  // namespace nu::test
