@@ -4,6 +4,7 @@
 #include <nu/nu.h>
 
 #include <exception>
+#include <new>
 
 #include "options.h"
 #include "report/output_file.h"
@@ -19,13 +20,16 @@ std::string VersionText() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  ComplainOfMemoryAtTermination();
   try {
     const Options options = ParseOptions(argc, argv);
     if (!options.help && !options.version) return Run(options);
     Print(options.help ? HelpText() : VersionText());
     return kWithinTolerance;
   } catch (const CNuMemoryException&) {
-    return Complain("not enough memory", kBadInput);
+    return Complain(kNoMemory, kBadInput);
+  } catch (const std::bad_alloc&) {
+    return Complain(kNoMemory, kBadInput);
   } catch (const std::exception& error) {
     return Complain(error.what(), kBadInput);
   }

@@ -1,6 +1,7 @@
 #include "run.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <map>
@@ -259,6 +260,28 @@ class Inspector {
 ExitCode Complain(const char* text, ExitCode code) {
   std::fprintf(stderr, "inspect: %s\n", text);
   return code;
+}
+
+namespace {
+
+std::terminate_handler formerHandler = nullptr;
+
+[[noreturn]] void Terminate() {
+  try {
+    if (const std::exception_ptr cause = std::current_exception()) std::rethrow_exception(cause);
+  } catch (const std::bad_alloc&) {
+    std::_Exit(Complain(kNoMemory, kBadInput));
+  } catch (...) {
+    // the former handler names it
+  }
+  if (formerHandler != nullptr) formerHandler();
+  std::abort();
+}
+
+}  // namespace
+
+void ComplainOfMemoryAtTermination() {
+  formerHandler = std::set_terminate(Terminate);
 }
 
 namespace {

@@ -8,6 +8,11 @@ enum ExitCode { kWithinTolerance = 0, kOutOfTolerance = 1, kBadInput = 2, kFitFa
 // Says on standard error what went wrong; returns the code.
 ExitCode Complain(const char* text, ExitCode code);
 
+constexpr const char* kNoMemory = "not enough memory";
+// The reader of TOML has allocating functions that must not throw, so that lack of memory calls std::terminate. From
+// now on that ends the program with the message and kBadInput; other causes end it as before.
+void ComplainOfMemoryAtTermination();
+
 ExitCode GraverCode(ExitCode a, ExitCode b);
 
 // Inspects every file by every method, writes all that was asked for, and goes on with the rest where one part fails.

@@ -1,11 +1,12 @@
 // Allocations fail while the part of a plan is evaluated: std::bad_alloc or CNuMemoryException ends it, or a feature
-// fails and says so; nothing leaks, and no value differs from that of an undisturbed run. The plan itself is read by a
-// library of TOML that ends the program where memory runs out.
+// fails and says so; nothing leaks, and no value differs from that of an undisturbed run. The library of TOML that
+// reads plans cannot pass the lack of memory on everywhere; it ends the program with a message there.
 
 #include <gtest/gtest.h>
 #include <nu/nu.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <new>
@@ -13,6 +14,7 @@
 
 #include "evaluate/part.h"
 #include "plan/plan_reader.h"
+#include "run.h"
 #include "support/failing_new.h"
 
 namespace {
@@ -60,6 +62,30 @@ TEST(FailingAllocations, OfAPartThatIsEvaluated) {
     }
   });
   EXPECT_GT(ends, 50);
+}
+
+// What main does with it.
+[[noreturn]] void ReadAfter(long allocations) {
+  ComplainOfMemoryAtTermination();
+  FailAllocation(allocations);
+  try {
+    static_cast<void>(ReadPlan(kPlan, false));
+  } catch (const std::bad_alloc&) {
+    std::_Exit(Complain(kNoMemory, kBadInput));
+  } catch (const CNuMemoryException&) {
+    std::_Exit(Complain(kNoMemory, kBadInput));
+  }
+  std::_Exit(kWithinTolerance);
+}
+
+TEST(FailingAllocations, DeathOfAPlanThatIsRead) {
+  constexpr long kMany = 1L << 40, kSamples = 60;
+  FailAllocation(kMany);
+  static_cast<void>(ReadPlan(kPlan, false));
+  const long all = kMany - AllocationsUntilFailure();
+  FailAllocation(-1);
+  for (long i = 0; i < kSamples; ++i)
+    EXPECT_EXIT(ReadAfter(i * all / kSamples), testing::ExitedWithCode(kBadInput), kNoMemory) << i;
 }
 
 }  // namespace
