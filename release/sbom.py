@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """sbom.py [OUTPUT.json]: the bill of materials of the library as CycloneDX 1.5.
 
-The library needs the C++ standard library and nothing else; what its sources include is checked against that. The hash
+The library needs the C++ standard library, with the C library under it, and nothing else; what its sources include is checked against that. The hash
 is that of the sources as they are committed.
 """
 import datetime
@@ -14,6 +14,8 @@ import uuid
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
+# Of the C library, which the C++ standard library stands on, and each within a test for the system that has it.
+SYSTEM_HEADERS = {"sys/mman.h"}
 
 
 def git(*arguments):
@@ -21,12 +23,14 @@ def git(*arguments):
 
 
 def foreign_includes(sources):
-    """Includes of the library that are neither its own nor a header of the standard library."""
+    """Includes of the library that are neither its own nor a header of the standard library or of the system."""
     foreign = set()
     for source in sources:
         for line in (ROOT / source).read_text().splitlines():
             found = re.match(r'\s*#\s*include\s*([<"])([^>"]+)[>"]', line)
-            if found and not (found[1] == '"' and found[2].startswith("nu/")) and not re.fullmatch(r"[a-z_0-9]+(\.h)?", found[2]):
+            if not found or (found[1] == '"' and found[2].startswith("nu/")) or found[2] in SYSTEM_HEADERS:
+                continue
+            if not re.fullmatch(r"[a-z_0-9]+(\.h)?", found[2]):
                 foreign.add(found[2])
     return sorted(foreign)
 
@@ -57,7 +61,7 @@ def main():
         },
         "components": [{
             "bom-ref": "c++-standard-library", "type": "library", "name": "C++ standard library", "scope": "required",
-            "description": "of the compiler that builds the library; the only dependency at run time",
+            "description": "of the compiler that builds the library, with the C library under it; the only dependency",
         }],
         "dependencies": [{"ref": reference, "dependsOn": ["c++-standard-library"]}],
     }
