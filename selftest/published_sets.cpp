@@ -40,6 +40,8 @@ constexpr FeatureKind kKinds[] = {{"line", "lin", 6},   {"plane", "pla", 6},    
                                   {"sphere", "sph", 4}, {"cylinder", "cyl", 7}, {"cone", "con", 8},
                                   {"torus", "tor", 8}};
 
+constexpr std::size_t kNumbersOfSphere = 4;  // the only feature without a direction
+
 const FeatureKind* KindOf(const std::string& name) {
   std::string lower = name;
   std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
@@ -56,6 +58,17 @@ ENuCriterion CriterionOf(const std::string& name) {
   throw std::runtime_error("--criterion: '" + name + "' is unknown; expected ls, mz, mc or mi");
 }
 
+constexpr std::size_t kLongestLine = 65536;
+constexpr std::size_t kShownOfWord = 40;
+
+// What a message shows of a word: not all of a long one, nor bytes that a terminal would obey.
+std::string Shown(const std::string& word) {
+  std::string shown = word.substr(0, kShownOfWord);
+  for (char& c : shown)
+    if (c < ' ' || c > '~') c = '?';
+  return "'" + shown + (word.size() > kShownOfWord ? "...'" : "'");
+}
+
 // The numbers of a line, whatever separates them; comments start with #.
 std::vector<double> Numbers(std::string line) {
   line.resize(std::min(line.size(), line.find('#')));
@@ -66,46 +79,57 @@ std::vector<double> Numbers(std::string line) {
   for (std::string word; words >> word;) {
     char* end = nullptr;
     const double number = std::strtod(word.c_str(), &end);
-    if (end == word.c_str() || *end != '\0' || !std::isfinite(number))
-      throw std::runtime_error("'" + word + "' is not a number");
+    const bool isNumber = end != word.c_str() && end == word.c_str() + word.size();
+    if (!isNumber) throw std::runtime_error(Shown(word) + " is not a number");
+    if (!std::isfinite(number)) throw std::runtime_error(Shown(word) + " is not finite");
     numbers.push_back(number);
   }
   return numbers;
 }
 
-// Calls with the numbers of each line that has any.
+// Calls with the numbers of each line that has any. A byte-order mark is passed over.
 template<class Call>
 void ForEachLine(const fs::path& file, Call call) {
   std::ifstream stream(file);
   if (!stream) throw std::runtime_error(file.string() + ": cannot be read");
+  std::vector<char> line(kLongestLine + 1);
   int count = 0;
-  for (std::string line; std::getline(stream, line);) {
-    ++count;
-    try {
-      const std::vector<double> numbers = Numbers(line);
+  try {
+    for (; stream.getline(line.data(), static_cast<std::streamsize>(line.size())); ++count) {
+      const std::size_t read = static_cast<std::size_t>(stream.gcount()) - (stream.eof() ? 0 : 1);  // no line feed
+      const std::string text(line.data(), read);
+      const bool hasMark = count == 0 && text.rfind("\xEF\xBB\xBF", 0) == 0;
+      const std::vector<double> numbers = Numbers(hasMark ? text.substr(3) : text);
       if (!numbers.empty()) call(numbers);
-    } catch (const std::runtime_error& e) {
-      throw std::runtime_error(file.string() + ":" + std::to_string(count) + ": " + e.what());
     }
+    if (stream.bad()) throw std::runtime_error("cannot be read");
+    if (!stream.eof()) throw std::runtime_error("the line is longer than " + std::to_string(kLongestLine) + " bytes");
+  } catch (const std::runtime_error& e) {
+    throw std::runtime_error(file.string() + ":" + std::to_string(count + 1) + ": " + e.what());
   }
 }
 
 CNuPointArray ReadPoints(const fs::path& file) {
   CNuPointArray points(0);
   ForEachLine(file, [&](const std::vector<double>& xyz) {
-    if (xyz.size() != 3) throw std::runtime_error("expected three coordinates");
+    if (xyz.size() != 3) throw std::runtime_error("expected three coordinates, not " + std::to_string(xyz.size()));
     points.Add({xyz[0], xyz[1], xyz[2]});
   });
   return points;
 }
 
 std::vector<double> ReadResult(const fs::path& file, const FeatureKind& kind) {
+  constexpr std::size_t kMost = 64;  // what follows is not kept
   std::vector<double> result;
-  ForEachLine(file,
-              [&](const std::vector<double>& numbers) { result.insert(result.end(), numbers.begin(), numbers.end()); });
+  ForEachLine(file, [&](const std::vector<double>& numbers) {
+    if (result.size() < kMost) result.insert(result.end(), numbers.begin(), numbers.end());
+  });
   if (result.size() != kind.numbers)
     throw std::runtime_error(file.string() + ": a " + kind.name + " has " + std::to_string(kind.numbers) +
                              " numbers, not " + std::to_string(result.size()));
+  const bool hasDirection = kind.numbers > kNumbersOfSphere;
+  if (hasDirection && result[3] == 0.0 && result[4] == 0.0 && result[5] == 0.0)
+    throw std::runtime_error(file.string() + ": the direction cosines are all 0");
   return result;
 }
 
