@@ -29,13 +29,14 @@ constexpr int kManySteps = 4;
 constexpr int kLowPeriods = 2;
 constexpr std::size_t kLowSamples = 1024;
 
-// So many frequencies take three grids of 8 MB each, which stay in a large cache.
-constexpr std::size_t kBand = std::size_t{1} << 18;
+// So many frequencies, 2 fewer than a power of two, take three grids of 8 MB each, which stay in a large cache.
+constexpr std::size_t kBand = (std::size_t{1} << 18) - 2;
 
 // A step of the scan can miss this much of what the best wave explains, and noise moves it from where the scan over a
 // part of the samples saw it.
 constexpr double kClose = 0.8;
 constexpr std::size_t kMostCandidates = 32;
+constexpr std::size_t kKeptPeaks = 1024;
 
 // Below this determinant, relative to the trace, sine and cosine are one column.
 constexpr double kDependent = 1e-3;
@@ -89,12 +90,12 @@ class Band {
     m_double.Transform();
   }
 
-  // Sets, for each frequency, the part of the sum of the squared y that the best wave explains.
-  void ExplainedParts(std::size_t first, std::size_t end, double* parts) const {
+  // Sets, for each frequency from the first on, the part of the sum of the squared y that the best wave explains.
+  void ExplainedParts(std::size_t first, std::vector<double>& parts) const {
     for (std::size_t place = 0; place < m_plus.Size(); ++place) {
       const std::ptrdiff_t k = m_plus.IndexAt(place);
       const auto at = static_cast<std::size_t>(m_middle + k);
-      if (at >= first && at < end) parts[at] = ExplainedPart(place, k);
+      if (at >= first && at < first + parts.size()) parts[at - first] = ExplainedPart(place, k);
     }
   }
 
@@ -125,40 +126,79 @@ class Band {
   FourierSums m_double;
 };
 
-std::vector<double> ExplainedParts(const WaveSamples& samples, double step, int steps, double limit) {
+// The local maxima of values in a row, as far as they may be the greatest one: at least `close` of it, and of equal
+// ones the first.
+class Peaks {
+ public:
+  explicit Peaks(double close) : m_close(close) {}
+
+  void Add(const std::vector<double>& values) {
+    for (const double value : values) {
+      if (m_rises && m_last > value) Keep();
+      m_rises = m_count == 0 || value >= m_last;
+      m_last = value;
+      ++m_count;
+    }
+  }
+
+  // After the last value: their places, ascending.
+  std::vector<std::size_t> Places() {
+    if (m_rises) Keep();
+    Prune();
+    std::vector<std::size_t> places;
+    for (const Peak& peak : m_peaks) places.push_back(peak.place);
+    std::sort(places.begin(), places.end());
+    return places;
+  }
+
+ private:
+  struct Peak {
+    double height;
+    std::size_t place;
+  };
+
+  void Keep() {
+    m_highest = std::max(m_highest, m_last);
+    if (!(m_last >= m_close * m_highest)) return;
+    m_peaks.push_back({m_last, m_count - 1});
+    if (m_peaks.size() == kKeptPeaks) Prune();
+  }
+
+  void Prune() {
+    std::erase_if(m_peaks, [&](const Peak& peak) { return !(peak.height >= m_close * m_highest); });
+    std::sort(m_peaks.begin(), m_peaks.end(), [](const Peak& a, const Peak& b) {
+      return a.height != b.height ? a.height > b.height : a.place < b.place;
+    });
+    m_peaks.resize(std::min(m_peaks.size(), kMostCandidates));
+  }
+
+  double m_close;
+  double m_last = 0.0;
+  double m_highest = 0.0;
+  bool m_rises = false;
+  std::size_t m_count = 0;
+  std::vector<Peak> m_peaks;
+};
+
+// The multiples of the step at which the wave explains most.
+std::vector<std::size_t> BestMultiples(const WaveSamples& samples, double step, int steps, double limit) {
   const auto count = static_cast<std::size_t>(std::ceil(limit / step)) + 1;
   const bool few = samples.Size() <= kFewSamples;
   const std::size_t low = few ? count : std::min(count, static_cast<std::size_t>(kLowPeriods * steps));
-  std::vector<double> parts(count);
+  std::vector<double> parts(low);
   const WaveSamples some = PartOf(samples, kLowSamples);
   for (std::size_t k = 0; k < low; ++k) {
     parts[k] = 1.0 - UnexplainedPart(some, std::min(static_cast<double>(k) * step, limit));
   }
-  if (low == count) return parts;
+  Peaks peaks(few ? 0.0 : kClose);
+  peaks.Add(parts);
   for (std::size_t first = low; first < count; first += kBand) {
-    const std::size_t end = std::min(count, first + kBand);
-    const Band band(samples, step, first, end - first);
-    band.ExplainedParts(first, end, parts.data());
+    parts.resize(std::min(count - first, kBand));
+    const Band band(samples, step, first, parts.size());
+    band.ExplainedParts(first, parts);
+    peaks.Add(parts);
   }
-  return parts;
-}
-
-// Finds the local maxima that may be the greatest one, in their order.
-std::vector<std::size_t> Peaks(const std::vector<double>& parts, double close) {
-  const double least = close * *std::max_element(parts.begin(), parts.end());
-  std::vector<std::size_t> peaks;
-  for (std::size_t k = 0; k < parts.size(); ++k) {
-    const bool rises = k == 0 || parts[k] >= parts[k - 1];
-    const bool falls = k + 1 == parts.size() || parts[k] > parts[k + 1];
-    if (rises && falls && parts[k] >= least) peaks.push_back(k);
-  }
-  const auto isHigher = [&](std::size_t a, std::size_t b) { return parts[a] > parts[b]; };
-  if (peaks.size() > kMostCandidates) {
-    std::stable_sort(peaks.begin(), peaks.end(), isHigher);
-    peaks.resize(kMostCandidates);
-    std::sort(peaks.begin(), peaks.end());
-  }
-  return peaks;
+  return peaks.Places();
 }
 
 }  // namespace
@@ -179,10 +219,9 @@ FrequencyScan ScanFrequencies(const WaveSamples& samples) {
   FrequencyScan scan;
   scan.limit = NyquistFrequency(samples.u);
   scan.step = Nu_2PI / ((samples.u.back() - samples.u.front()) * steps);
-  const std::vector<double> parts = ExplainedParts(samples, scan.step, steps, scan.limit);
   // Next to the limit the sum of squares of evenly spaced samples hardly changes, whatever they are.
   const double last = std::max(scan.limit - 0.5 * scan.step, 0.0);
-  for (const std::size_t k : Peaks(parts, size <= kFewSamples ? 0.0 : kClose)) {
+  for (const std::size_t k : BestMultiples(samples, scan.step, steps, scan.limit)) {
     scan.candidates.push_back(std::min(static_cast<double>(k) * scan.step, last));
   }
   return scan;
