@@ -15,7 +15,7 @@ CRITERIA = {"": "least squares", ", circumscribed": "minimum circumscribed", ", 
 # The classes of each page; the minimum torus is the minimum zone of a torus.
 PAGES = {"line": ["CNuLine"], "plane": ["CNuPlane"], "circle": ["CNuCircle"], "ellipse": ["CNuEllipse"],
          "hyperbola": ["CNuHyperbola"], "parabola": ["CNuParabola"], "sphere": ["CNuSphSurf"], "cylinder": ["CNuCylSurf"],
-         "cone": ["CNuConSurf"], "torus": ["CNuTorSurf"]}
+         "cone": ["CNuConSurf"], "torus": ["CNuTorSurf"], "wave": ["CNuSineCurve"]}
 TITLES = {"CNuTorSurf, circumscribed": "minimum torus"}
 NOTE = """
 Instructions of one call, counted by callgrind on 23 November 2026, on typical points with a noise of 0.01 at features of 1 to 20

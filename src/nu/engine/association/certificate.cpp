@@ -56,7 +56,7 @@ constexpr int kMiddle = kUnknowns;
 
 constexpr double kRounding = 256.0 * DBL_EPSILON;  // of norms and decompositions of the few contacts, relative
 constexpr double kSumTolerance = 1e-6;             // rounding stays far below, another scale far above
-constexpr double kLeastRadius = 64.0;    // lengths: in a smaller neighbourhood any feature is next to the best
+constexpr double kLeastRadius = 64.0;  // losses: in a smaller neighbourhood any feature is next to the best
 constexpr std::size_t kMostSpread = 64;  // contacts, beyond which those without a multiplier are left aside
 constexpr double kFlat = 1e-6;  // curvature that counts as none, relative: the rounding of the feature makes less
 
@@ -546,7 +546,7 @@ double Proof::LossOf(const Split& split, const BoxCurvature& box, double radius)
 }
 
 // The largest of some radii, by powers of 4, within which no more than rounding is lost; otherwise the largest within
-// which no more than the length is.
+// which no more than the length is. What is lost must be little beside the radius, or the proof is none.
 bool Proof::HasNeighbourhood() {
   constexpr double kStep = 0.25;
   constexpr int kRadii = 40;
@@ -554,14 +554,15 @@ bool Proof::HasNeighbourhood() {
   const double stiffness = m_turned.Norm(0, m_count, 0, m_count);
   double radius = kStep * m_extent;
   bool found = false;
-  for (int step = 0; step < kRadii && radius >= kLeastRadius * m_length; ++step, radius *= kStep) {
+  const double least = kLeastRadius * std::min(m_length, rounding);
+  for (int step = 0; step < kRadii && radius >= least; ++step, radius *= kStep) {
     const BoxCurvature box = CurvatureWithin(radius);
     for (const Split& split : m_splits) {
       if (split.along > 0 && !(split.growth > 0.0)) continue;
       if (split.across > 0 && !(split.curvature >= -kFlat * stiffness)) continue;
       const double loss = LossOf(split, box, radius);
       const bool isRounding = loss <= rounding;
-      if (!(loss <= m_length) || (found && !isRounding)) continue;
+      if (!(loss <= std::min(m_length, radius / kLeastRadius)) || (found && !isRounding)) continue;
       Accept(loss, radius, split);
       found = true;
       if (isRounding) return true;
