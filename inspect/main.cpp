@@ -27,9 +27,9 @@ int main(int argc, char** argv) {
     Print(options.help ? HelpText() : VersionText());
     return kWithinTolerance;
   } catch (const CNuMemoryException&) {
-    return Complain(kNoMemory, kBadInput);
+    return Complain(kOutOfMemory, kBadInput);
   } catch (const std::bad_alloc&) {
-    return Complain(kNoMemory, kBadInput);
+    return Complain(kOutOfMemory, kBadInput);
   } catch (const std::exception& error) {
     return Complain(error.what(), kBadInput);
   }

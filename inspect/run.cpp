@@ -270,7 +270,7 @@ std::terminate_handler formerHandler = nullptr;
   try {
     if (const std::exception_ptr cause = std::current_exception()) std::rethrow_exception(cause);
   } catch (const std::bad_alloc&) {
-    std::_Exit(Complain(kNoMemory, kBadInput));
+    std::_Exit(Complain(kOutOfMemory, kBadInput));
   } catch (...) {
     // the former handler names it
   }

@@ -8,7 +8,7 @@ enum ExitCode { kWithinTolerance = 0, kOutOfTolerance = 1, kBadInput = 2, kFitFa
 // Says on standard error what went wrong; returns the code.
 ExitCode Complain(const char* text, ExitCode code);
 
-constexpr const char* kNoMemory = "not enough memory";
+constexpr const char* kOutOfMemory = "not enough memory";
 // The reader of TOML has allocating functions that must not throw, so that lack of memory calls std::terminate. From
 // now on that ends the program with the message and kBadInput; other causes end it as before.
 void ComplainOfMemoryAtTermination();

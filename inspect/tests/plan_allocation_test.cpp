@@ -71,9 +71,9 @@ TEST(FailingAllocations, OfAPartThatIsEvaluated) {
   try {
     static_cast<void>(ReadPlan(kPlan, false));
   } catch (const std::bad_alloc&) {
-    std::_Exit(Complain(kNoMemory, kBadInput));
+    std::_Exit(Complain(kOutOfMemory, kBadInput));
   } catch (const CNuMemoryException&) {
-    std::_Exit(Complain(kNoMemory, kBadInput));
+    std::_Exit(Complain(kOutOfMemory, kBadInput));
   }
   std::_Exit(kWithinTolerance);
 }
@@ -85,7 +85,7 @@ TEST(FailingAllocations, DeathOfAPlanThatIsRead) {
   const long all = kMany - AllocationsUntilFailure();
   FailAllocation(-1);
   for (long i = 0; i < kSamples; ++i)
-    EXPECT_EXIT(ReadAfter(i * all / kSamples), testing::ExitedWithCode(kBadInput), kNoMemory) << i;
+    EXPECT_EXIT(ReadAfter(i * all / kSamples), testing::ExitedWithCode(kBadInput), kOutOfMemory) << i;
 }
 
 }  // namespace

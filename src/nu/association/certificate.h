@@ -85,9 +85,8 @@ class NU_EXPORT CNuCertificate {
  public:
   // The indices of the contacts; 1 for one on the outer boundary of a zone, or on the side of the normal of a plane or
   // to the left of a line in a plane, -1 for one on the other (of other criteria the sides do not count); and their
-  // multipliers, not negative and with the sum 1. Contacts without a multiplier help where several choices balance; off the
-  // boundary they are left aside.
-  // Fails with CNuOperationException ("certificate", "CNuCertificate"):
+  // multipliers, not negative and with the sum 1. Contacts without a multiplier help where several choices balance; off
+  // the boundary they are left aside. Fails with CNuOperationException ("certificate", "CNuCertificate"):
   //   5  the arrays differ in size     45  least squares, or no criterion
   CNuCertificate(ENuCriterion criterion, const CNuIntArray& contacts, const CNuIntArray& sides,
                  const CNuDoubleArray& multipliers);
