@@ -69,9 +69,12 @@ class Search {
       subset.insert(subset.end(), m_best.outerContact, m_best.outerContact + 2);
       subset.insert(subset.end(), m_best.innerContact, m_best.innerContact + 2);
     }
+    std::size_t before = 0;
     for (int round = 0; round < kMostRounds && subset.size() < kMostInSubset; ++round) {
       const Grid2 grid = GridOf(subset);
       if (!grid.finite || grid.points.size() < 3) return false;
+      const bool isStuck = grid.points.size() == before;
+      before = grid.points.size();
       const GridAnnulus found = NarrowestGridAnnulus(grid.points, Bound(grid));
       if (!found.found) return false;
       const Strip2 strip = StripOf(grid);
@@ -88,6 +91,13 @@ class Search {
       }
       if (extremes.outer - extremes.inner <= found.width * grid.unit + Rounding(grid, extremes.outer)) {
         Take(found, grid);
+        return true;
+      }
+      if (isStuck) {
+        // All that an annulus around a far centre leaves out may be rounding: then a strip is as narrow.
+        const bool isStrip = std::fabs(strip.width - found.width) * grid.unit <= Rounding(grid, extremes.outer);
+        if (!isStrip || AddBeyond(strip, grid, subset)) return false;
+        m_best.end = AnnulusEnd::noOptimum;
         return true;
       }
       AddBeyond(found, grid, extremes, subset);
