@@ -31,6 +31,28 @@ TEST(ConeFit, RefusesWhatIsNoCone) {
   }
 }
 
+// Points of a plane with little more than rounding: the plane is the limit of cones and cylinders, so that none is the
+// answer which follows the points less than it.
+TEST(ConeFit, IsNeverWorseThanAPlane) {
+  Random random(63);
+  NuSetLengthTol(1e-200);
+  for (int k = 0; k < 300; ++k) {
+    const double noise = std::pow(10.0, random.Uniform(-15.0, -13.0));
+    const CNuPointArray points = RandomMotion(random, 1.0)(PlaneCloud(random, 6 + k % 60, 2.0, 1.0, noise));
+    double form = 0.0, flat = 0.0, sum = 0.0;
+    CNuPlane().Fit(points, &form, &flat);
+    CNuConSurf cone(30.0);
+    if (cone.FitEx(points, &form, &sum, 1000) == NuFitSuccess) {
+      EXPECT_LT(sum, 1.001 * flat) << k;
+    }
+    CNuCylSurf cylinder(1.0);
+    if (cylinder.FitEx(points, &form, &sum, 1000) == NuFitSuccess) {
+      EXPECT_LT(sum, 1.001 * flat) << k;
+    }
+  }
+  NuSetLengthTol(1e-12);
+}
+
 struct Part {
   CNuPointArray points;
   double angle;  // radians

@@ -41,36 +41,41 @@ Cone3 InCallersFrame(const ConeModel& m, const PointBlocks& blocks, double meanS
           m.bothNappes};
 }
 
-FeatureFit<Cone3> LeastSquaresCone(PointView points, PointBlocks& blocks, const FitOptions& options) {
+FeatureFit<Cone3> LeastSquaresCone(PointView points, PointBlocks& blocks, const FitOptions& options, FlatPoints flat) {
   ConeLeastSquares fit(blocks);
   const GaussNewtonEnd end = RunSurfaceFit(points, blocks, fit, StartCone, options, kName);
   RequireConverged(end, kName, kName);
   const double meanSquare = fit.MeanSquare();
   if (!fit.Determined() || !IsCone(fit.Model(), blocks, meanSquare)) FailFit(kNumericalFailure, kName);
+  if (flat == FlatPoints::refused) RequireCloserThanPlane(points, blocks, fit, kName);
   const Cone3 cone = InCallersFrame(fit.Model(), blocks, meanSquare);
   if (!(DegreesOf(cone) < 90.0 && IsFinite(cone.Apex()))) FailFit(kNumericalFailure, kName);
   return FitOf(cone, options.wantsDeviations ? fit.DeviationsNow() : Deviations{});
 }
 
-}  // namespace
-
-FeatureFit<Cone3> nu::internal::FitCone(PointView points, PointBlocks& blocks, const FitOptions& options) {
+FeatureFit<Cone3> FitAnyCone(PointView points, PointBlocks& blocks, const FitOptions& options, FlatPoints flat) {
   RequireIterations(options.maxIter, kName);
   RequireSolid(points, kLeastPoints, 4, NuGetLengthTol(), kName);
-  if (points.Size() > kFewPoints) return LeastSquaresCone(points, blocks, options);
+  if (points.Size() > kFewPoints) return LeastSquaresCone(points, blocks, options, flat);
   // With few points several cones may be as good as each other, and rounding would let the order of the points choose:
   // they are taken in one that is theirs.
   RequireFinite(points, kName);
   return InOrder(points, [&](PointView ordered) {
     PointBlocks orderedBlocks = BlocksOf(ordered);
-    return LeastSquaresCone(ordered, orderedBlocks, options);
+    return LeastSquaresCone(ordered, orderedBlocks, options, flat);
   });
+}
+
+}  // namespace
+
+FeatureFit<Cone3> nu::internal::FitCone(PointView points, PointBlocks& blocks, const FitOptions& options) {
+  return FitAnyCone(points, blocks, options, FlatPoints::taken);
 }
 
 FeatureFit<Cone3> nu::internal::FitCone(PointView points, const FitOptions& options) {
   return Monitored(options, [&](const FitOptions& watched) {
     PointBlocks blocks = BlocksOf(points);
-    const auto found = FitCone(points, blocks, watched);
+    const auto found = FitAnyCone(points, blocks, watched, FlatPoints::refused);
     RequireBend(points, found.shape.toApex, kName);
     return found;
   });

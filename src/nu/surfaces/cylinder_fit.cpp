@@ -28,9 +28,8 @@ bool IsCurved(const CylinderLeastSquares& fit, const PointBlocks& blocks) {
   return radius * meanAcross > rounding && StandsOut(fit.Equations(), kHeight, radius, rounding);
 }
 
-}  // namespace
-
-FeatureFit<Cylinder3> nu::internal::FitCylinder(PointView points, PointBlocks& blocks, const FitOptions& options) {
+FeatureFit<Cylinder3> LeastSquaresCylinder(PointView points, PointBlocks& blocks, const FitOptions& options,
+                                           FlatPoints flat) {
   RequireIterations(options.maxIter, kName);
   RequireSolid(points, kLeastPoints, kLeastPoints - 1, NuGetLengthTol(), kName);
   CylinderLeastSquares fit(blocks);
@@ -38,6 +37,7 @@ FeatureFit<Cylinder3> nu::internal::FitCylinder(PointView points, PointBlocks& b
   // Required: the limit is reported under the name of the circle, and hosts look for that name.
   RequireConverged(end, kName, "CNuCircle");
   if (!fit.Determined() || !IsCurved(fit, blocks)) FailFit(kNumericalFailure, kName);
+  if (flat == FlatPoints::refused) RequireCloserThanPlane(points, blocks, fit, kName);
   const CylinderModel& model = fit.Model();
   const Vec3 onAxis = model.pivot - model.height * model.u + fit.MeanAlong() * model.w;
   const Cylinder3 cylinder{{blocks.InCallersFrame(onAxis), WithLargestPositive(model.w)},
@@ -46,10 +46,16 @@ FeatureFit<Cylinder3> nu::internal::FitCylinder(PointView points, PointBlocks& b
   return FitOf(cylinder, options.wantsDeviations ? fit.DeviationsNow() : Deviations{});
 }
 
+}  // namespace
+
+FeatureFit<Cylinder3> nu::internal::FitCylinder(PointView points, PointBlocks& blocks, const FitOptions& options) {
+  return LeastSquaresCylinder(points, blocks, options, FlatPoints::taken);
+}
+
 FeatureFit<Cylinder3> nu::internal::FitCylinder(PointView points, const FitOptions& options) {
   return Monitored(options, [&](const FitOptions& watched) {
     PointBlocks blocks = BlocksOf(points);
-    const auto found = FitCylinder(points, blocks, watched);
+    const auto found = LeastSquaresCylinder(points, blocks, watched, FlatPoints::refused);
     RequireBend(points, found.shape.radius, kName);
     return found;
   });

@@ -6,6 +6,9 @@
 #include "nu/engine/least_squares/gauss_newton.h"
 #include "nu/engine/least_squares/sampled_start.h"
 #include "nu/engine/points/alignment.h"
+#include "nu/engine/points/form_statistics.h"
+#include "nu/engine/points/point_sample.h"
+#include "nu/engine/points/principal_direction.h"
 #include "nu/engine/shapes/apex_rounding.h"
 #include "nu/engine/shapes/incidence.h"
 #include "nu/foundation/constants.h"
@@ -93,6 +96,28 @@ GaussNewtonEnd RunSurfaceFit(PointView points, PointBlocks& blocks, Fit& fit, bo
                              .monitor = options.monitor};
   return RunGaussNewton(fit, rule);
 }
+
+// Of the deviations from the least-squares plane.
+inline double PlaneSumSquares(PointView points) {
+  PointBlocks blocks = BlocksOf(points);
+  const PrincipalDirection plane = FindPrincipalDirection(blocks, Extent::smallest);
+  return plane.finite ? InUnit(PlaneDeviations(blocks, plane.mean, plane.direction), blocks.Scale()).sumSquares : 0.0;
+}
+
+// A plane is the limit of cylinders and cones: one that the points follow less is no least-squares one, and they
+// determine none near it. A sample of them, which is enough as a rule, is no farther from its plane than all of them.
+template<class Fit>
+void RequireCloserThanPlane(PointView points, const PointBlocks& blocks, Fit& fit, const char* name) {
+  constexpr std::size_t kSample = 64;
+  constexpr double kClear = 100.0;           // the last step, from where the sum is known, has room in it
+  constexpr double kRoundings = 1.0 + 1e-9;  // of sums
+  const double before = InUnit(fit.Equations().deviations, blocks.Scale()).sumSquares;
+  if (kClear * before < PlaneSumSquares(PointSample(points, kSample).View())) return;
+  if (!(fit.DeviationsNow().sumSquares <= kRoundings * PlaneSumSquares(points))) FailFit(kNumericalFailure, name);
+}
+
+// What a fit does about points that are as close to a plane: start values of minimax fits may follow them as well.
+enum class FlatPoints { refused, taken };
 
 }  // namespace nu::internal
 
