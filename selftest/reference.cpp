@@ -176,7 +176,7 @@ bool Prove(const Set& set, const AnyFit& fit, const Part& part, Section& section
   for (const double l : shape.Lengths()) reach = std::max(reach, std::fabs(l));
   const double length = kRoundings * nu::test::kEps * reach;
   const CNuCertificateVerdict verdict = report.GetCertificate().Check(points, feature, length);
-  constexpr double kResolved = 64.0;  // lengths that half of a zone has for a proof in its neighbourhood
+  constexpr double kResolved = 256.0;  // lengths that half of a zone has for a proof in its neighbourhood
   const bool isZone = fit.criterion == nu::test::kZone;
   if (isZone && verdict.Holds() != NuTrue && verdict.GetValue() < kResolved * length) return false;
   section.Check(verdict.Holds() == NuTrue,
@@ -256,8 +256,7 @@ Section CheckCertificates(const Part& part, Progress& progress) {
     progress.Step();
   }
   if (!unresolved.empty())
-    section.Remark(
-        "Not proven, as coordinates at this place are rounded to more than a thousandth of half of their zone:" +
-        unresolved + ".");
+    section.Remark("Not proven, as coordinates at this place are rounded to more than 1/4096 of half of their zone:" +
+                   unresolved + ".");
   return section;
 }
