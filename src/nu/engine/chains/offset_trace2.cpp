@@ -1,6 +1,7 @@
 #include "nu/engine/chains/offset_trace2.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "nu/engine/base/elementary.h"
 #include "nu/foundation/constants.h"
@@ -81,8 +82,8 @@ bool Trace::IsSame(int e, int other) const {
 
 // An edge that has no successor, or no predecessor, is no part of a curve: rounding leaves such edges.
 void Trace::Prune() {
-  std::vector<int> nodes;
-  for (int node = 0; node < static_cast<int>(m_out.size()); ++node) nodes.push_back(node);
+  std::vector<int> nodes(m_out.size());
+  std::iota(nodes.begin(), nodes.end(), 0);
   while (!nodes.empty()) {
     const int node = nodes.back();
     nodes.pop_back();
@@ -323,6 +324,7 @@ std::vector<Piece2> Trace::PiecesOf(const Path& path, bool closed) const {
     parts.pop_back();
   }
   std::vector<Piece2> pieces;
+  pieces.reserve(parts.size());
   for (const TraceEdge& part : parts) pieces.push_back(m_raw.pieces[Index(part.piece)].Part(part.from, part.to));
   return pieces;
 }
