@@ -278,8 +278,16 @@ TEST(FailingAllocations, LargeSets) {
   }
 }
 
-// The most memory that a fit holds at once, in multiples of its input, for points of the feature and for adversarial
-// ones. Waves are scanned over frequencies as close as their closest points ask for.
+// The most memory that an operation holds at once, in multiples of its input.
+double CopiesHeldBy(const CNuPointArray& points, const std::function<void()>& operation) {
+  const long before = LiveBytes();
+  MarkPeak();
+  OutcomeOf(operation);
+  return static_cast<double>(PeakBytes() - before) / (3.0 * sizeof(double) * points.GetSize());
+}
+
+// For points of the feature and for adversarial ones. Waves are scanned over frequencies as close as their closest
+// points ask for.
 TEST(PeakMemory, OfEveryFitIsAFewCopiesOfTheInput) {
   constexpr int kPoints = 3000;
   constexpr double kMostCopies = 12.0, kMostCopiesOfScans = 80.0;
@@ -288,15 +296,17 @@ TEST(PeakMemory, OfEveryFitIsAFewCopiesOfTheInput) {
   for (const AnyFit& fit : kAllFits) {
     sets.emplace_back("feature", fit.points(random, kPoints));
     for (const auto& [name, points] : sets) {
-      const long before = LiveBytes();
-      MarkPeak();
-      OutcomeOf([&, &cloud = points] {
-        Fitted f;
-        fit.run(cloud, 1e-9, 1000, f);
-      });
-      const double copies = static_cast<double>(PeakBytes() - before) / (3.0 * sizeof(double) * kPoints);
+      Fitted f;
+      const double copies = CopiesHeldBy(points, [&, &cloud = points] { fit.run(cloud, 1e-9, 1000, f); });
       const bool scans = fit.Is("CNuSineCurve", kLeastSquares) || fit.Is("CNuCosineCurve", kLeastSquares);
       EXPECT_LE(copies, scans ? kMostCopiesOfScans : kMostCopies) << fit.Name() << ", " << name;
+      if (fit.associate == nullptr) continue;
+      const double withReport = CopiesHeldBy(points, [&, &cloud = points] {
+        CNuAssociation association(cloud);
+        association.SetDetails(NuDetailAll);
+        fit.associate(association, 1e-9, 1000, f);
+      });
+      EXPECT_LE(withReport, kMostCopies) << "report, " << fit.Name() << ", " << name;
     }
     sets.pop_back();
   }
