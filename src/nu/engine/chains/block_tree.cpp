@@ -83,17 +83,18 @@ Block BlockTree::BlockOf(std::size_t begin, std::size_t end) const {
   const Vec3 direction = Unit(second - first);
   double low = 0.0;
   double high = 0.0;
+  std::size_t ends[] = {begin, end - 1};
   Vec3 least = m_points[begin];
   Vec3 most = least;
   for (std::size_t i = begin; i < end; ++i) {
     const Vec3 p = m_points[i];
     const double along = Dot(p - mean, direction);
-    low = std::min(low, along);
-    high = std::max(high, along);
+    if (along < low) low = along, ends[0] = i;
+    if (along > high) high = along, ends[1] = i;
     least = {std::min(least.x, p.x), std::min(least.y, p.y), std::min(least.z, p.z)};
     most = {std::max(most.x, p.x), std::max(most.y, p.y), std::max(most.z, p.z)};
   }
-  Block block{0.5 * (least + most), 0.0, {mean + low * direction, mean + high * direction}, 0.0};
+  Block block{0.5 * (least + most), 0.0, {mean + low * direction, mean + high * direction}, 0.0, {ends[0], ends[1]}};
   double width = 0.0;
   for (std::size_t i = begin; i < end; ++i) {
     width = std::max(width, SquaredDistance(m_points[i], block.core.start, block.core.end));

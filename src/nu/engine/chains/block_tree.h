@@ -28,6 +28,7 @@ struct Block {
   double radius;
   Edge3 core;  // none is farther from it than the width
   double width;
+  std::size_t ends[2];  // the points that reach farthest along the core
 };
 
 inline constexpr std::size_t kLeafPoints = 8;

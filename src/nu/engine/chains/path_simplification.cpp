@@ -38,6 +38,14 @@ constexpr double kWidening = 1e-12;
 // The bound for a block is trusted up to this part of that size.
 constexpr double kTrust = 16.0 * std::numeric_limits<double>::epsilon();
 
+bool IsEmpty(const Box& box) {
+  return box.low[0] > box.high[0];
+}
+
+bool IsSame(const Box& a, const Box& b) {
+  return std::equal(a.low, a.low + 3, b.low) && std::equal(a.high, a.high + 3, b.high);
+}
+
 // Tests edges between two of the points.
 class EdgeTest {
  public:
@@ -265,7 +273,9 @@ bool Search::Reach(std::size_t from, std::size_t to) {
   m_next.push_back(to);
   for (std::size_t level = 0; level < m_tree.Levels(); ++level) {
     const std::size_t index = to / (kLeafPoints << level);
-    m_open[level][index] = OpenBox(level, index);
+    const Box left = OpenBox(level, index);
+    if (IsSame(left, m_open[level][index])) break;  // and so are those around it
+    m_open[level][index] = left;
   }
   return true;
 }
@@ -287,8 +297,8 @@ bool Search::VisitBlock(std::size_t level, std::size_t index, Outlook& outlook) 
            m_test.Refuses(m_from, begin, block);
   };
   if (begin - m_from >= kNear * (end - begin) && isClosed()) {
-    return outlook.Add(m_points[begin]) && outlook.Add(m_points[begin + (end - begin) / 2]) &&
-           outlook.Add(m_points[end - 1]);
+    return outlook.Add(m_points[begin]) && outlook.Add(m_points[block.ends[0]]) &&
+           outlook.Add(m_points[block.ends[1]]) && outlook.Add(m_points[end - 1]);
   }
   if (level > 0) {
     if (!VisitBlock(level - 1, 2 * index, outlook)) return false;

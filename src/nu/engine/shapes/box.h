@@ -19,11 +19,7 @@ inline Box EmptyBox() {
   return {{HUGE_VAL, HUGE_VAL, HUGE_VAL}, {-HUGE_VAL, -HUGE_VAL, -HUGE_VAL}};
 }
 
-inline bool IsEmpty(const Box& box) {
-  return box.low[0] > box.high[0];
-}
-
-// The box grows to hold a point or another box that is not empty. NaN coordinates are passed over.
+// The box grows to hold a point or another box. NaN coordinates are passed over.
 inline void Include(Vec3 p, Box& box) {
   const double xyz[3] = {p.x, p.y, p.z};
   for (int k = 0; k < 3; ++k) {
