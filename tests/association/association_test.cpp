@@ -827,8 +827,8 @@ TEST(Association, StartsAndRefitsOnBothNappes) {
   }
 }
 
-// Points on both nappes of a cone: nothing is known of others, and that is what the report says.
-TEST(Association, NappesHaveNoBound) {
+// Points on both nappes of a cone: the report says how little is known after a few boxes.
+TEST(Association, GapsOfNappesAreHonest) {
   Random random(52);
   const CNuPointArray points = NappesCloud(random, 60);
   for (const int details : {int{NuDetailNone}, int{NuDetailDeviations}}) {
@@ -840,8 +840,8 @@ TEST(Association, NappesHaveNoBound) {
     report.Require();
     CNuConSurf(30.0).FitMinZone(points, &zone, NuGetLengthTol(), 1000);
     EXPECT_EQ(report.IsGlobal(), NuFalse);
-    EXPECT_EQ(report.GetBound(), 0.0);
-    EXPECT_NEAR(report.GetGap(), zone, 1e-12);
+    EXPECT_GE(report.GetBound(), 0.0);
+    EXPECT_NEAR(report.GetBound() + report.GetGap(), zone, 1e-12);
   }
 }
 

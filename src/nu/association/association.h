@@ -160,7 +160,7 @@ class NU_EXPORT CNuAssociation {
   // criterion from below, by `budget` boxes at most, of which a million take some seconds. A better optimum is taken
   // over. The report holds the bound: GetBound, GetGap, IsGlobal. Minimum zones, and circumscribed circles, spheres and
   // cylinders, without fixed parameters, sides and starts. The bound on a cone holds for all cones of which one nappe
-  // holds the points; where a cone has points on both it is 0, and nothing is proven.
+  // holds the points, and where they are spread over both, which takes some times as many boxes, for those of two.
   // After the steps of the fit the monitor gets the progress of the search, after every thousand boxes or so: their
   // number so far, the zone or the radius, and the gap in the place of the length of the step. Where it cancels, the
   // end is NuCancelled, the feature stays as it is, and the report holds the bound and the gap so far.

@@ -8,6 +8,7 @@
 #include "nu/engine/association/bounded_features.h"
 #include "nu/engine/association/cell_bound.h"
 #include "nu/engine/association/circle_cell.h"
+#include "nu/engine/association/wedge_bound.h"
 #include "nu/geometry/internal/fit_guards.h"
 #include "support/clouds.h"
 
@@ -18,6 +19,12 @@ using namespace nu::test;
 
 Vec3 Any(Random& random, double reach) {
   return {random.Uniform(-reach, reach), random.Uniform(-reach, reach), random.Uniform(-reach, reach)};
+}
+
+CNuPointArray DoubleConeCloud(Random& random, int n, double semiAngle, double noise) {
+  CNuPointArray points = ConeCloud(random, n, semiAngle, 1.0, 0.8, 360.0, noise);
+  for (int i = 0; i < n; i += 2) points[i] = -points[i];
+  return points;
 }
 
 double CriterionOf(const CNuPointArray& points, const Vec3& origin, const Feature& feature,
@@ -59,7 +66,7 @@ void ExpectEnclosed(Random& random, double power) {
     UnknownCell<N> cell;
     cell.chart = random.Below(Model::kCharts);
     double low[N], high[N];
-    Model::Domain(std::pow(10.0, random.Uniform(0.0, 2.0)), low, high);
+    Model::Domain(std::pow(10.0, random.Uniform(0.0, 2.0)), 1.0, low, high);
     const double size = std::pow(10.0, random.Uniform(-4.0, 0.0));
     for (int k = 0; k < N; ++k) {
       cell.middle[k] = random.Uniform(low[k], high[k]);
@@ -110,6 +117,7 @@ void ExpectEnclosures(double power) {
   ExpectEnclosed<BoundedCylinder, Enclosure>(random, power);
   ExpectEnclosed<BoundedCone, Enclosure>(random, power);
   ExpectEnclosed<BoundedCircle, Enclosure>(random, power);
+  ExpectEnclosed<BoundedDoubleCone, Enclosure>(random, power);
 }
 
 TEST(Enclosures, HoldDeviations) {
@@ -158,6 +166,7 @@ struct Problem {
   BoundedCriterion criterion;
   double size[2];
   CNuPointArray points;
+  bool bothNappes = false;
 };
 
 // About the z axis, with the part moved anywhere.
@@ -166,8 +175,10 @@ GlobalBound Bound(const Problem& problem, const Motion& motion, const BoundLimit
   const Vec3 origin = MiddleOf(ViewOf(points));
   const CNuPoint centre = motion(CNuPoint(0.0, 0.0, 0.0)), axis = motion.Direction({0.0, 0.0, 1.0});
   const Vec3 from = Vec3{centre.x(), centre.y(), centre.z()} - origin;
-  const Feature known{
-      problem.kind, AxisFrame::Along(from, {axis.x(), axis.y(), axis.z()}), {problem.size[0], problem.size[1]}};
+  const Feature known{problem.kind,
+                      AxisFrame::Along(from, {axis.x(), axis.y(), axis.z()}),
+                      {problem.size[0], problem.size[1]},
+                      problem.bothNappes};
   const GlobalBound found = BoundGlobally(ViewOf(points), origin, known, problem.criterion, limits);
   EXPECT_LE(found.bound, found.best);
   EXPECT_NEAR(CriterionOf(points, origin, found.feature, problem.criterion), found.best, 1e-9 * found.best);
@@ -202,6 +213,46 @@ TEST(GlobalBound, ProvesMeasuredParts) {
     EXPECT_TRUE(found.improved);
     EXPECT_LT(found.boxes, 100000);
   }
+}
+
+// Neither a cone of one nappe nor another one of two is better.
+TEST(GlobalBound, ProvesDoubleCones) {
+  Random random(16);
+  const Problem problem{
+      FeatureKind::cone, BoundedCriterion::zone, {0.0, 60.0 * kDegree}, DoubleConeCloud(random, 200, 60.0, 1e-3), true};
+  const GlobalBound found = Bound(problem, RandomMotion(random, 10.0), {.boxes = 300000});
+  EXPECT_TRUE(found.proven);
+  EXPECT_LE(found.best - found.bound, 4e-9);
+  EXPECT_TRUE(found.feature.bothNappes);
+}
+
+// Points of a wedge have a range of their own, which no bound is above. Points around both nappes of a cone are far
+// from every wedge.
+TEST(WedgeBound, IsNotAboveAnyWedge) {
+  Random random(15);
+  const auto boundOf = [](const CNuPointArray& points, double& reach) {
+    PointBlocks blocks(ViewOf(points), {});
+    blocks.Keep();
+    BoundedPoints bounded(blocks, AxisFrame::Along({}, {0.0, 0.0, 1.0}));
+    reach = bounded.Reach();
+    return BoundWedges(bounded, reach);
+  };
+  double reach;
+  for (int trial = 0; trial < 20; ++trial) {
+    const Vec3 m = Unit(Any(random, 1.0)), n = Unit(Any(random, 1.0));
+    const double k = random.Uniform(-0.3, 0.3), noise = random.Uniform(0.0, 0.5);
+    const auto rise = [&](const Vec3& p) { return std::max(Dot(m, p), Dot(n, p) + k); };
+    CNuPointArray points(100);
+    double low = kInf, high = -kInf;
+    while (points.GetSize() < 100) {
+      const Vec3 p = Any(random, 1.0);
+      if (std::fabs(rise(p)) > noise + 0.02) continue;
+      points.Add({p.x, p.y, p.z});
+      low = std::min(low, rise(p)), high = std::max(high, rise(p));
+    }
+    EXPECT_LE(boundOf(points, reach), high - low);
+  }
+  EXPECT_GT(boundOf(DoubleConeCloud(random, 200, 45.0, 1e-3), reach), 0.2 * reach);
 }
 
 // About axes near that of thin rings and their sectors: in the whole cell no axis has a circle with a smaller root than

@@ -247,6 +247,7 @@ void TakeBetter(const AssociationState& state, const Feature& known, const Globa
   const Feature better = isTorus ? AsTube(bound.feature, 0.5 * bound.best) : bound.feature;
   FoundFeature<Class> taken;
   Store(WithCanonicalSense(better), &taken.feature);
+  taken.bothNappes = better.bothNappes;
   if (known.kind == FeatureKind::cone) {
     const double before = FormOf(state.points, known);
     data->value = FormOf(state.points, taken.AsFound());

@@ -66,7 +66,7 @@ int ChartOfDirection(const Vec3& d) {
   return face + 3 * (TileOf(u) + kTiles * TileOf(v));
 }
 
-void BoundedSphere::Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
+void BoundedSphere::Domain(double far, double, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
   std::fill_n(low, kUnknowns, -far);
   std::fill_n(high, kUnknowns, far);
 }
@@ -90,7 +90,7 @@ Feature BoundedSphere::At(int, const double (&x)[kUnknowns], double level) {
   return {FeatureKind::sphere, AxisFrame::Along({x[0], x[1], x[2]}, {0.0, 0.0, 1.0}), {level, 0.0}};
 }
 
-void BoundedCylinder::Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
+void BoundedCylinder::Domain(double far, double, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
   DomainOfAxes(far, low, high);
 }
 
@@ -112,7 +112,7 @@ Feature BoundedCylinder::At(int chart, const double (&x)[kUnknowns], double leve
   return {FeatureKind::cylinder, AxisAt(chart, x[0], x[1], x[2], x[3]), {level, 0.0}};
 }
 
-void BoundedCone::Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
+void BoundedCone::Domain(double far, double, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
   DomainOfAxes(far, low, high);
   low[4] = -kRightAngle;
   high[4] = kRightAngle;
@@ -143,7 +143,42 @@ Feature BoundedCone::At(int chart, const double (&x)[kUnknowns], double level) {
   return {FeatureKind::cone, frame, {level / Cos(x[4]), std::fabs(x[4])}};
 }
 
-void BoundedCircle::Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
+void BoundedDoubleCone::Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
+  DomainOfAxes(far, low, high);
+  low[4] = 0.0;
+  high[4] = kRightAngle;
+  low[5] = -reach;
+  high[5] = reach;
+}
+
+void BoundedDoubleCone::UnitBox(double reach, double (&half)[kUnknowns]) {
+  half[0] = half[1] = half[4] = 1.0;
+  half[2] = half[3] = half[5] = reach;
+}
+
+int BoundedDoubleCone::ChartOf(const Feature& feature) {
+  return ChartOfDirection(feature.frame.z);
+}
+
+bool BoundedDoubleCone::Place(int chart, const Feature& feature, double (&x)[kUnknowns]) {
+  bool isTurned;
+  double axis[4];
+  const bool isIn = PlaceAxis(chart, feature.frame, axis, isTurned);
+  std::copy_n(axis, 4, x);
+  x[4] = feature.size[1];
+  const double apex = Dot(feature.frame.origin, feature.frame.z) - feature.size[0] / Tan(feature.size[1]);
+  x[5] = isTurned ? -apex : apex;
+  return isIn;
+}
+
+// No size shifts the middle of the zone.
+Feature BoundedDoubleCone::At(int chart, const double (&x)[kUnknowns], double) {
+  AxisFrame frame = AxisAt(chart, x[0], x[1], x[2], x[3]);
+  frame.origin = frame.origin + x[5] * frame.z;
+  return {FeatureKind::cone, frame, {0.0, x[4]}, true};
+}
+
+void BoundedCircle::Domain(double far, double, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
   DomainOfAxes(far, low, high);
 }
 

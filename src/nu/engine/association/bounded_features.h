@@ -117,8 +117,8 @@ struct BoundedSphere {
     bool m_isFar;
   };
 
-  // The unknowns of all axes or centres within `far` of the origin.
-  static void Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]);
+  // The unknowns of all axes or centres within `far` of the origin, among points that reach so far.
+  static void Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]);
   // Half the sides of a box; each moves the surface by about `reach` among points that reach so far.
   static void UnitBox(double reach, double (&half)[kUnknowns]);
   // The chart of a feature.
@@ -149,7 +149,7 @@ struct BoundedCylinder {
     AxisRadius<T> m_radius;
   };
 
-  static void Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]);
+  static void Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]);
   static void UnitBox(double reach, double (&half)[kUnknowns]);
   static int ChartOf(const Feature& feature);
   static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
@@ -192,7 +192,46 @@ struct BoundedCone {
     double m_middle;
   };
 
-  static void Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]);
+  static void Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]);
+  static void UnitBox(double reach, double (&half)[kUnknowns]);
+  static int ChartOf(const Feature& feature);
+  static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
+  static Feature At(int chart, const double (&x)[kUnknowns], double level);
+};
+
+// A cone of two nappes with points on both, which count from the one on their side of the apex. x: u, v, a, b, the
+// semi-angle, and the height of the apex along the axis, from the foot of the perpendicular from the origin.
+struct BoundedDoubleCone {
+  static constexpr int kUnknowns = 6;
+  static constexpr int kComponents = 1;
+  static constexpr int kPlace = kUnknowns;
+  static constexpr int kCharts = kAxisCharts;
+  static constexpr bool kIsLevelled = true;
+
+  template<class T>
+  class Deviations {
+   public:
+    Deviations(int chart, const T (&x)[kUnknowns], double reach)
+        : m_frame(FrameOfChart(chart)),
+          m_radius(x[0], x[1], x[2], x[3], reach),
+          m_cosine(Cosine(x[4])),
+          m_sine(Sine(x[4])),
+          m_apex(x[5]),
+          m_middle(IsEnclosure(m_cosine) ? m_radius.Middle(reach) : 0.0) {}
+    T operator()(const Vec3& point) const {
+      const Vec3 p = m_frame.Local(point);
+      const T height = m_radius.Direction().Along(p.x, p.y, p.z) - m_apex;
+      return m_cosine * (m_radius.Of(p) - m_middle) - m_sine * Magnitude(height);
+    }
+
+   private:
+    AxisFrame m_frame;
+    AxisRadius<T> m_radius;
+    T m_cosine, m_sine, m_apex;
+    double m_middle;
+  };
+
+  static void Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]);
   static void UnitBox(double reach, double (&half)[kUnknowns]);
   static int ChartOf(const Feature& feature);
   static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
@@ -242,7 +281,7 @@ struct BoundedCircle {
     T m_radius, m_height;
   };
 
-  static void Domain(double far, double (&low)[kUnknowns], double (&high)[kUnknowns]);
+  static void Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]);
   static void UnitBox(double reach, double (&half)[kUnknowns]);
   static int ChartOf(const Feature& feature);
   static bool Place(int chart, const Feature& feature, double (&x)[kPlace]);

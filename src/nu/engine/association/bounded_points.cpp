@@ -35,6 +35,28 @@ BoundedPoints::BoundedPoints(PointBlocks& blocks, const AxisFrame& frame) : m_bl
   }
 }
 
+std::vector<Vec3> BoundedPoints::Spread(std::size_t most) {
+  std::vector<Vec3> all;
+  all.reserve(Size());
+  ForEach([&](const Vec3& p) { all.push_back(p); });
+  std::vector<double> square;
+  square.reserve(Size());
+  for (const Vec3& p : all) square.push_back(Dot(p, p));
+  std::vector<Vec3> spread;
+  while (spread.size() < most) {
+    const std::size_t next = static_cast<std::size_t>(std::max_element(square.begin(), square.end()) - square.begin());
+    if (next == square.size() || !(square[next] > 0.0)) break;
+    const bool isFirst = spread.empty();
+    spread.push_back(all[next]);
+    Join({0.0, all[next]});
+    for (std::size_t i = 0; i < all.size(); ++i) {
+      const Vec3 way = all[i] - spread.back();
+      square[i] = isFirst ? Dot(way, way) : std::min(square[i], Dot(way, way));
+    }
+  }
+  return spread;
+}
+
 void BoundedPoints::Join(const Extreme& extreme) {
   const Vec3& p = extreme.point;
   if (!(extreme.value > -std::numeric_limits<double>::infinity()) || m_set.size() >= kMostInSet) return;

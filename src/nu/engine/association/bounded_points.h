@@ -58,6 +58,9 @@ class BoundedPoints {
     });
   }
 
+  // So many points, each the farthest from those before it. They join the set.
+  std::vector<Vec3> Spread(std::size_t most);
+
   // One pass. In each octant the points with the extreme deviations join the set if they are outside `some`, the span
   // of the set.
   template<class Deviation>

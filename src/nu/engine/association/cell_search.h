@@ -51,6 +51,12 @@ class CellSearch {
   void Run(const Feature& known) {
     Adopt(known);
     if (m_own.empty() || !(m_own.front().cell.Volume() > 0.0)) Improve(m_best);
+    RunBelow(m_size);
+  }
+
+  // Of features that are better than one of this size, which may be of another kind.
+  void RunBelow(double size) {
+    m_size = size;
     PushCharts();
     while (!m_heap.empty() && m_heap.front().bound < Target() && m_boxes < m_problem.boxes) {
       if (!m_problem.monitor.GoesOn(m_boxes, m_size, std::min(m_floor, m_heap.front().bound))) break;
@@ -97,7 +103,7 @@ class CellSearch {
 
   void PushCharts() {
     double low[N], high[N];
-    Model::Domain(m_problem.far, low, high);
+    Model::Domain(m_problem.far, m_points.Reach(), low, high);
     for (int chart = 0; chart < Model::kCharts; ++chart) Push(Cell::Between(chart, low, high));
   }
 

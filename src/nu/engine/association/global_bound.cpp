@@ -6,6 +6,7 @@
 #include "nu/engine/association/axis_bound.h"
 #include "nu/engine/association/cell_search.h"
 #include "nu/engine/association/direct_bound.h"
+#include "nu/engine/association/wedge_bound.h"
 #include "nu/engine/minimax/cone_minimax.h"
 #include "nu/engine/minimax/cylinder_minimax.h"
 #include "nu/engine/minimax/slab3.h"
@@ -26,6 +27,10 @@ constexpr long kMostSteps = 120;
 constexpr double kNearest = 1.25;
 constexpr double kFarthestAxis = 0x1p16;  // from there a distance is right to some 1e-11 of the reach
 constexpr double kFarthestCircle = 16.0;
+constexpr double kFarthestDoubleCone = 16.0;
+
+// A wedge that leaves so much more, in units of the reach, is far enough from being a zone.
+constexpr double kWedge = 1.0;
 
 // Where rounding might decide whether a gap is closed, a part of it is aimed at.
 constexpr double kSearchedGap = 0.5;
@@ -145,6 +150,16 @@ bool RefineCone(Scene& scene, const Feature& start, double form, Feature& found)
   return zone.end == MinimaxEnd::converged;
 }
 
+bool RefineDoubleCone(Scene& scene, const Feature& start, double form, Feature& found) {
+  const Cone3 cone{{start.frame.origin, start.frame.z}, 0.0, start.size[1], true};
+  const ConeZone zone = NarrowestConeZone(scene.Blocks(), scene.Mean(), cone, form, kMostSteps);
+  const Line3& axis = zone.cone.axis;
+  found = start;
+  found.frame = AxisFrame::Along(axis.point + zone.cone.toApex * axis.direction, axis.direction);
+  found.size[1] = zone.cone.semiAngle;
+  return zone.end == MinimaxEnd::converged && zone.cone.bothNappes;
+}
+
 bool RefineCircle(Scene& scene, const Feature& start, double, Feature& found) {
   const double scale = scene.Scale();
   const Vec3 centre = scale * start.frame.origin;
@@ -238,6 +253,41 @@ GlobalBound BoundZone(Scene& scene, const Feature& known, const BoundLimits& lim
   return Described(scene, end, gap, 2.0);
 }
 
+// What no cone of one nappe has a smaller size than, or the size known.
+SearchEnd SearchNappes(const Scene& scene, BoundedPoints& points, const Feature& known, double size,
+                       const BoundLimits& limits, double gap) {
+  const double slab = scene.SlabWidth();
+  const double far = FarDistance(slab - 2.0 * (size - kSearchedGap * gap), points.Reach(), kFarthestAxis);
+  const double floor = 0.5 * (slab - Sagitta(far, points.Reach()));
+  const auto none = [](const Feature&, double, Feature&) { return false; };
+  const ProofMonitor monitor(limits.monitor, 2.0 / scene.Scale(), 0.0);
+  CellSearch<BoundedCone> search({points, far, floor, gap, limits.boxes / 2, 0, monitor}, none);
+  search.RunBelow(size);
+  const double bound = search.IsCancelled() ? 0.0 : search.Bound();
+  return {known, size, bound, false, search.Boxes(), search.IsCancelled()};
+}
+
+// With the points on one side of the apex it is a cone of one nappe. Else, seen from an axis far away, it is a wedge.
+GlobalBound BoundDoubleCone(Scene& scene, const Feature& known, const BoundLimits& limits) {
+  if (!scene.Place(known)) return Unproven(known);
+  BoundedPoints points(scene.Blocks(), scene.Frame());
+  Feature start = scene.ToWorking(known);
+  start.frame.origin = start.frame.origin - (start.size[0] / Tan(start.size[1])) * start.frame.z;
+  start.size[0] = 0.0;
+  const double size = SizeOf<BoundedDoubleCone>(points, start);
+  if (!std::isfinite(size)) return Unproven(known);
+  const double gap = 0.5 * limits.gap * points.Reach();
+  const SearchEnd nappes = SearchNappes(scene, points, start, size, limits, gap);
+  if (nappes.cancelled) return Described(scene, nappes, gap, 2.0);
+
+  const double wedge = BoundWedges(points, 2.0 * size + kWedge * points.Reach());
+  const double far = FarDistance(wedge - 2.0 * (size - kSearchedGap * gap), points.Reach(), kFarthestDoubleCone);
+  const double floor = std::min(nappes.bound, 0.5 * (wedge - Sagitta(far, points.Reach())));
+  const ProofMonitor monitor(limits.monitor, 2.0 / scene.Scale());
+  const CellProblem problem{points, far, floor, gap, limits.boxes, nappes.boxes, monitor};
+  return Described(scene, Search<BoundedDoubleCone>(scene, problem, start, RefineDoubleCone), gap, 2.0);
+}
+
 // A circle so large that the points see no more of it than an arc: it is nearly straight, and the largest distance from
 // it is hardly smaller than that from a line.
 GlobalBound BoundCircle(Scene& scene, const Feature& known, const BoundLimits& limits, double unit) {
@@ -297,7 +347,9 @@ GlobalBound BoundGlobally(const PointView& points, const Vec3& origin, const Fea
       return isZone ? BoundZone<BoundedCylinder>(scene, known, limits, RefineCylinder)
                     : BoundAxis(scene, known, limits, 1.0);
     case FeatureKind::cone:
-      return isZone && !known.bothNappes ? BoundZone<BoundedCone>(scene, known, limits, RefineCone) : Unproven(known);
+      if (!isZone) return Unproven(known);
+      return known.bothNappes ? BoundDoubleCone(scene, known, limits)
+                              : BoundZone<BoundedCone>(scene, known, limits, RefineCone);
     case FeatureKind::circleInSpace:
       return isZone ? BoundCircle(scene, known, limits, 2.0) : Unproven(known);
     case FeatureKind::torus:

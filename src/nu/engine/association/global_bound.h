@@ -44,7 +44,8 @@ struct GlobalBound {
 //   circle in space (zone), torus (circumscribed): over boxes of axes, for all radii and heights
 //
 // They hold for all features, however far away their centres or axes are; for cones, where all points count from one
-// nappe, as if it went on beyond the apex. Where the kind has no such criterion, or where a coordinate is not finite,
+// nappe, as if it went on beyond the apex, and where `known` has both nappes also where each counts from its own. These
+// take some times as many boxes. Where the kind has no such criterion, or where a coordinate is not finite,
 // or no deviation is a number, `bound` is 0 and nothing is proven. The same numbers for the same input, whatever the
 // machine. Throws std::bad_alloc.
 GlobalBound BoundGlobally(const PointView& points, const Vec3& origin, const Feature& known, BoundedCriterion criterion,

@@ -2,6 +2,7 @@
 #define NU_ENGINE_ASSOCIATION_PROOF_MONITOR_H
 
 #include <algorithm>
+#include <limits>
 
 #include "nu/engine/base/step_monitor.h"
 
@@ -12,14 +13,16 @@ namespace nu::engine::association {
 class ProofMonitor {
  public:
   ProofMonitor() = default;
-  // `unit` turns the sizes of a search into the criterion.
-  ProofMonitor(const StepMonitor& monitor, double unit) : m_monitor(monitor), m_unit(unit) {}
+  // `unit` turns the sizes of a search into the criterion. The bound counts up to `most`: of a search that is only a
+  // part of a proof, up to what the others have proven.
+  ProofMonitor(const StepMonitor& monitor, double unit, double most = std::numeric_limits<double>::infinity())
+      : m_monitor(monitor), m_unit(unit), m_most(most) {}
 
   // At the start and after every kBoxes. False for good once the monitor has said so.
   bool GoesOn(long boxes, double size, double bound) {
     if (m_isCancelled || boxes < m_next) return !m_isCancelled;
     m_next = boxes + kBoxes;
-    const double gap = size - std::max(0.0, std::min(bound, size));
+    const double gap = size - std::max(0.0, std::min({bound, size, m_most}));
     m_isCancelled = !m_monitor.GoesOn(boxes, m_unit * size, m_unit * gap);
     return !m_isCancelled;
   }
@@ -31,6 +34,7 @@ class ProofMonitor {
  private:
   StepMonitor m_monitor;
   double m_unit = 1.0;
+  double m_most = std::numeric_limits<double>::infinity();
   long m_next = 1;
   bool m_isCancelled = false;
 };

@@ -181,6 +181,13 @@ SecondOrder<N> Cosine(const SecondOrder<N>& x) {
 }
 
 template<int N>
+SecondOrder<N> Magnitude(const SecondOrder<N>& x) {
+  SecondOrder<N> result = (x.value < 0.0 ? -1.0 : 1.0) * x;
+  result.high += 2.0 * std::max(0.0, -result.Least());
+  return result;
+}
+
+template<int N>
 double MiddleOfEnclosure(const SecondOrder<N>& x) {
   return x.value;
 }
