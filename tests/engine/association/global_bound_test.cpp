@@ -201,6 +201,7 @@ TEST(GlobalBound, ProvesMeasuredParts) {
       {FeatureKind::torus, circumscribed, {1.0, 0.0}, TorusCloud(random, 500, 1.0, 0.002, 360.0, 360.0, 1e-3)},
       {FeatureKind::circleInSpace, zone, {1.0}, TorusCloud(random, 500, 1.0, 0.002, 100.0, 360.0, 1e-3)},
       {FeatureKind::line, zone, {}, LineCloud(random, 500, 1.0, 1e-3)},
+      {FeatureKind::line, zone, {}, LineCloud(random, 500, 1.0, 1e-6)},
       {FeatureKind::plane, zone, {}, PlaneCloud(random, 500, 2.0, 1.0, 1e-3)},
       {FeatureKind::circle, zone, {1.0}, CircleCloud(random, 500, 1.0, 360.0, 1e-3)},
       {FeatureKind::circle, circumscribed, {1.0}, CircleCloud(random, 500, 1.0, 360.0, 1e-3)},

@@ -1,5 +1,6 @@
 #include "nu/engine/association/axis_bound.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -15,6 +16,10 @@ constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 // Of a distance from an axis, and of a bound on its square, in units of the farthest point and its square.
 constexpr double kDistanceRoundings = 4.0;
 constexpr double kSquareRoundings = 32.0;
+
+// Around thin points that rounding is a part of the gap; of what is left, so much of the gap asked for is searched.
+constexpr double kWhole = 1.75;
+constexpr double kLeastPart = 0.125;
 
 constexpr long kMostSteps = 1000;
 
@@ -45,7 +50,9 @@ AxisBound BoundAxes(PointBlocks& points, const AxisFrame& start, double reach, d
   Minimax<AxisDistance> minimax(points, MinimaxSide::outer, rounding, kMostSteps);
   MinimaxSolution<AxisDistance> best = Better(points, minimax.Solve(first), first);
   const long ofPass = 1 + static_cast<long>(points.Size() / BoundedPoints::kMostInSet);
-  AxisSearch search(points, best.model.frame, minimax.KnownPoints(), {2.0 * gap / best.value, 0, 0});
+  const double loss = 0.5 * kSquareRoundings * kEpsilon * reach * reach / best.value;
+  const double searched = std::clamp(kWhole * gap - loss, kLeastPart * gap, gap);
+  AxisSearch search(points, best.model.frame, minimax.KnownPoints(), {2.0 * searched / best.value, 0, 0});
   const auto used = [&] { return search.Circles() + ofPass * search.Passes(); };
   const auto bound = [&] {
     const double square = search.Bound(KnownCylinder(best)) - kSquareRoundings * kEpsilon * reach * reach;
