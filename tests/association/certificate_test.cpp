@@ -78,6 +78,29 @@ TEST(Certificate, HoldsForSlenderConesInTheMiddleOfTheirZone) {
   }
 }
 
+// On one side of its feature a zone is as narrow as about it; farther away it is no result.
+TEST(Certificate, HoldsForZonesOnOneSide) {
+  Random random(61);
+  const auto expectHeld = [](const CNuPointArray& points, auto feature) {
+    for (const ENuMaterialSide side : {NuOutside, NuInside}) {
+      CNuAssociation association(points);
+      association.SetDetails(NuDetailContacts);
+      association.RestrictToMaterialSide(side);
+      const CNuAssociationReport report = association.Fit(NuMinimumZone, &feature);
+      report.Require();
+      EXPECT_TRUE(report.GetCertificate().Check(points, feature, 1e-11).Holds());
+      auto moved = feature;
+      moved.Translate(CNuPoint(1e-10, 1e-10, 1e-10));
+      EXPECT_FALSE(report.GetCertificate().Check(points, moved, 1e-11).Holds());
+    }
+  };
+  expectHeld(ConeCloud(random, 50, 25.0, 5.0, 8.0, 360.0, 0.01), CNuConSurf(10.0));
+  expectHeld(CylinderCloud(random, 50, 5.0, 8.0, 360.0, 0.01), CNuCylSurf(1.0));
+  expectHeld(SphereCloud(random, 50, 5.0, 180.0, 0.01), CNuSphSurf(1.0));
+  expectHeld(PlaneCloud(random, 50, 9.0, 5.0, 0.01), CNuPlane());
+  expectHeld(CircleCloud(random, 50, 5.0, 360.0, 0.01), CNuCircle(1.0));
+}
+
 TEST(Certificate, RefusesWhatItCannotMean) {
   const auto claim = [](ENuCriterion criterion, int sides) {
     return FailureOf([&] {

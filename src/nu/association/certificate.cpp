@@ -60,6 +60,15 @@ std::vector<Feature> Readings(const Feature& feature, ENuCriterion criterion, Po
   return readings;
 }
 
+// A zone lies about its feature or, where this can be shifted to its side, on one side of it.
+std::vector<ContactCriterion> CriteriaOf(ENuCriterion criterion, FeatureKind kind, UnknownMask free) {
+  std::vector<ContactCriterion> criteria{CriterionFor(criterion, kind)};
+  const bool hasSides = kind != FeatureKind::line && kind != FeatureKind::circleInSpace;
+  if (criteria[0] == ContactCriterion::zone && hasSides && (free >> OffsetOf(kind) & 1U) != 0)
+    criteria.push_back(ContactCriterion::oneSidedZone);
+  return criteria;
+}
+
 ENuCertificateCheck CheckFor(CertificateCheck check) {
   switch (check) {
     case CertificateCheck::passed:
@@ -128,11 +137,13 @@ Certificate FindProof(const Claim& claim, PointView points, const CNuGeometry& g
     Certificate best;
     if (points.Size() == 0) return best;
     for (const Feature& reading : Readings(feature, criterion, points)) {
-      const Certificate found = CheckCertificate(
-          {points, WithPivot(reading, points, fixedPoint), CriterionFor(criterion, reading.kind),
-           FreeUnknowns(reading.kind, claim.fixed), contacts.data(), static_cast<int>(contacts.size()), length});
-      if (found.failed == CertificateCheck::passed) return found;
-      if (found.failed >= best.failed) best = found;
+      const UnknownMask free = FreeUnknowns(reading.kind, claim.fixed);
+      for (const ContactCriterion by : CriteriaOf(criterion, reading.kind, free)) {
+        const Certificate found = CheckCertificate({points, WithPivot(reading, points, fixedPoint), by, free,
+                                                    contacts.data(), static_cast<int>(contacts.size()), length});
+        if (found.failed == CertificateCheck::passed) return found;
+        if (found.failed >= best.failed) best = found;
+      }
     }
     return best;
   });

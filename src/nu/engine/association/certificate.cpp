@@ -133,6 +133,8 @@ class Proof {
   double SideOf(const ContactPoint& given) const;
   template<class Number>
   Jet<Number> JetOf(const Contact& contact, Number range) const;
+  bool IsOneSided() const { return m_question.criterion == ContactCriterion::oneSidedZone; }
+  bool IsZone() const { return m_question.criterion == ContactCriterion::zone || IsOneSided(); }
   bool IsFree(int unknown) const;
   bool HasFreeAngle() const;
   bool IsConvex() const;
@@ -203,7 +205,7 @@ bool Proof::IsFree(int unknown) const {
   if (unknown == kMiddle) return q.feature.kind == FeatureKind::cone && q.feature.bothNappes;
   const bool isTorus = q.feature.kind == FeatureKind::torus;
   if (unknown == kSize1 && isTorus) return false;
-  if (unknown == kSize0 && !isTorus && q.criterion != ContactCriterion::zone) return false;
+  if (unknown == kSize0 && !isTorus && !IsZone()) return false;
   return (q.free & UnknownsOf(q.feature.kind) & (1U << unknown)) != 0;
 }
 
@@ -221,17 +223,19 @@ bool Proof::IsSlab() const {
 }
 
 bool IsSupported(FeatureKind kind, ContactCriterion criterion) {
+  const bool isZone = criterion == ContactCriterion::zone;
   switch (kind) {
     case FeatureKind::circle:
     case FeatureKind::sphere:
     case FeatureKind::cylinder:
       return true;
     case FeatureKind::lineInPlane:
-    case FeatureKind::line:
     case FeatureKind::plane:
-    case FeatureKind::circleInSpace:
     case FeatureKind::cone:
-      return criterion == ContactCriterion::zone;
+      return isZone || criterion == ContactCriterion::oneSidedZone;
+    case FeatureKind::line:
+    case FeatureKind::circleInSpace:
+      return isZone;
     case FeatureKind::torus:
       return criterion == ContactCriterion::circumscribed;
     default:
@@ -250,8 +254,8 @@ bool Proof::IsFinite() const {
 template<class T>
 T Proof::DeviationOf(const WideVec3& local, const T (&u)[kUnknowns + 1]) const {
   const T distance = m_feature.Distance(local, u);
-  if (m_question.criterion != ContactCriterion::zone) return distance;
-  if (m_feature.HasRadius()) return distance - (Constant(m_feature.Size(0), u[0]) + u[kSize0]);
+  if (!IsZone()) return distance;
+  if (m_feature.HasRadius()) return distance - (Constant(m_feature.Size(0) + m_middle, u[0]) + u[kSize0]);
   return distance - (Constant(m_middle, u[0]) + u[kMiddle]);
 }
 
@@ -287,12 +291,13 @@ bool Proof::IsWithinBoundary() {
   switch (m_question.criterion) {
     case ContactCriterion::zone:
     case ContactCriterion::oneSidedZone:
-      if (IsFree(kMiddle)) m_middle = DoubleDouble{0.5} * (smallest + largest);
+      if (IsOneSided()) m_result.excess = std::min((-smallest).high, largest.high);
+      if (IsFree(kMiddle) || IsOneSided()) m_middle = DoubleDouble{0.5} * (smallest + largest);
       largest = largest - m_middle;
       smallest = smallest - m_middle;
       m_boundary = largest < -smallest ? -smallest : largest;
       m_result.value = m_boundary.high;
-      return true;
+      return std::fabs(m_result.excess) <= m_length;
     case ContactCriterion::circumscribed:
       m_result.excess = (largest - stated).high;
       m_boundary = stated < largest ? largest : stated;
