@@ -9,6 +9,7 @@
 #include "nu/engine/least_squares/conic_least_squares.h"
 #include "nu/engine/least_squares/conic_start.h"
 #include "nu/engine/points/point_sample.h"
+#include "nu/engine/shapes/least_bend.h"
 
 namespace nu::internal {
 namespace {
@@ -57,6 +58,14 @@ void AddStarts(ConicKind kind, ConicStarts& starts) {
     for (const double ratio : {-1.0, -0.3, -0.05}) starts.AddEven(ratio, 8);
 }
 
+// Two parallel lines are a parabola whose vertex is farther away than its numbers can tell, in units of the spread.
+constexpr double kFarVertex = 1.0 / kLeastBend;
+constexpr double kAnywhere = std::numeric_limits<double>::infinity();
+
+bool IsNearerThan(double farthest, const ConicModel& model, const PlacedConic& conic) {
+  return LargestComponent(conic.origin - model.frame.origin) < farthest * model.frame.unit;
+}
+
 struct Optimum {
   ConicEquation equation;
   double sumSquares = std::numeric_limits<double>::infinity();
@@ -72,8 +81,8 @@ struct Optima {
   Optimum other;
 };
 
-// Descends from the starts: from the first one only, if that clearly finds the curve.
-Optima OptimaFrom(ConicKind kind, PointBlocks& points, ConicStarts starts) {
+// Descends from the starts: from the first one only, if that clearly finds the curve. Farther ones are others.
+Optima OptimaFrom(ConicKind kind, PointBlocks& points, ConicStarts starts, double farthest) {
   Optima found;
   AddStarts(kind, starts);
   ConicLeastSquares fit(points);
@@ -81,9 +90,9 @@ Optima OptimaFrom(ConicKind kind, PointBlocks& points, ConicStarts starts) {
     fit.Place(ModelOf(kind, starts.frame, starts.equation[k]));
     const bool ended = fit.Descend(kMostSteps);
     PlacedConic conic;
-    const bool isOwn = ended && Place(fit.Model(), conic);
+    const bool isOwn = ended && Place(fit.Model(), conic) && IsNearerThan(farthest, fit.Model(), conic);
     (isOwn ? found.own : found.other).TakeLess(fit.Model().equation, fit.SumSquares());
-    if (k == 0 && IsClear(fit, points.Size())) break;
+    if (k == 0 && (isOwn || farthest == kAnywhere) && IsClear(fit, points.Size())) break;
   }
   return found;
 }
@@ -94,13 +103,13 @@ bool IsOptimum(ConicKind kind, PointBlocks& points, const PlaneAxes& axes, const
   if (!(optima.own.sumSquares < std::numeric_limits<double>::infinity())) return false;
   if (kind == ConicKind::parabola || optima.own.sumSquares <= optima.other.sumSquares) return true;
   const ConicKind between = ConicKind::parabola;
-  const Optima parabolas = OptimaFrom(between, points, AlgebraicFits(between, points, axes));
+  const Optima parabolas = OptimaFrom(between, points, AlgebraicFits(between, points, axes), kAnywhere);
   return optima.own.sumSquares <= parabolas.own.sumSquares;
 }
 
 // The best of all optima, or the best other conic where there is none.
 Optimum BestStart(ConicKind kind, PointBlocks& points, const PlaneAxes& axes, const ConicStarts& starts) {
-  const Optima optima = OptimaFrom(kind, points, starts);
+  const Optima optima = OptimaFrom(kind, points, starts, kind == ConicKind::parabola ? kFarVertex : kAnywhere);
   return IsOptimum(kind, points, axes, optima) ? optima.own : optima.other;
 }
 
@@ -185,11 +194,13 @@ FeatureFit<FittedConic> Solve(const ConicFitRule& rule, PointView points, const 
     if (starts.count == 0) FailFit(kNumericalFailure, name);
     end = RunFrom(ModelOf(kind, starts.frame, starts.equation[0]), blocks.Scale(), options, fit);
   }
-  if (!isSampled && !IsClear(fit, points.Size())) {
+  PlacedConic conic;
+  const bool isFar =
+      kind == ConicKind::parabola && Place(fit.Model(), conic) && !IsNearerThan(kFarVertex, fit.Model(), conic);
+  if (!isSampled && (isFar || !IsClear(fit, points.Size()))) {
     end = RunFrom(ModelOf(kind, starts.frame, BestStart(kind, blocks, axes, starts).equation), blocks.Scale(), options,
                   fit);
   }
-  PlacedConic conic;
   RequireConverged(end, name, name);
   if (!Place(fit.Model(), conic)) FailFit(kNumericalFailure, name);
   const double scale = blocks.Scale();
