@@ -213,7 +213,8 @@ FeatureFit<FittedConic> Solve(const ConicFitRule& rule, PointView points, const 
   if (!isInRange || !IsFinite(origin) || !IsFinite(axis)) FailFit(kNumericalFailure, name);
   RequireBend(points, Norm(shift), name);
   const Vec3 xAxis = AxisSign(kind, axis, -1.0 * shift) * axis;
-  const Deviations deviations = options.wantsDeviations ? fit.DeviationsNow() : Deviations{};
+  Deviations deviations = options.wantsDeviations ? fit.DeviationsNow() : Deviations{};
+  if (conic.sense < 0.0) deviations = {deviations.sumSquares, -deviations.largest, -deviations.smallest};
   return {{a, b, origin, xAxis, plane.normal}, deviations.largest - deviations.smallest, deviations};
 }
 

@@ -143,11 +143,21 @@ double PredictedGain(const ConicSystem& system, const double (&step)[kConicUnkno
   return gain;
 }
 
+// The equation grows away from a focus across the axis of an ellipse or a parabola; along the axis of a hyperbola it
+// falls towards the foci.
+double SenseOf(const ConicShape& shape, const ConicCurvature& curvature) {
+  const double cosine = Dot(shape.axis, curvature.axis);
+  const bool isSteepAxis = cosine * cosine > 0.5;
+  const double along = isSteepAxis ? curvature.steep : curvature.gentle;
+  return std::copysign(1.0, shape.kind == ConicKind::hyperbola ? -along : curvature.steep);
+}
+
 }  // namespace
 
 bool Place(const ConicModel& model, PlacedConic& conic) {
   const ConicFrame& frame = model.frame;
-  const ConicShape shape = ShapeOf(model.equation, CurvatureOf(model), kFarCentre);
+  const ConicCurvature curvature = CurvatureOf(model);
+  const ConicShape shape = ShapeOf(model.equation, curvature, kFarCentre);
   if (shape.kind != model.kind) return false;
   const bool isInRange = std::min(shape.a, shape.b) > kNoise && std::max(shape.a, shape.b) < kFarCentre;
   if (shape.kind != ConicKind::parabola && !isInRange) return false;
@@ -155,6 +165,7 @@ bool Place(const ConicModel& model, PlacedConic& conic) {
   conic.b = frame.unit * shape.b;
   conic.origin = frame.Global(frame.unit * shape.origin);
   conic.axis = shape.axis.x * frame.x + shape.axis.y * frame.y;
+  conic.sense = SenseOf(shape, curvature);
   return true;
 }
 

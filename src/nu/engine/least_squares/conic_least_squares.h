@@ -12,6 +12,7 @@ struct PlacedConic {
   double b = 0.0;
   Vec3 origin;
   Vec3 axis;
+  double sense = 1.0;  // 1 where the equation, and deviations with it, are negative on the side of the foci, else -1
 };
 
 // False when the equation is of another kind than the model.
