@@ -101,7 +101,7 @@ GaussNewtonEnd RunSurfaceFit(PointView points, PointBlocks& blocks, Fit& fit, bo
 inline double PlaneSumSquares(PointView points) {
   PointBlocks blocks = BlocksOf(points);
   const PrincipalDirection plane = FindPrincipalDirection(blocks, Extent::smallest);
-  return plane.finite ? InUnit(PlaneDeviations(blocks, plane.mean, plane.direction), blocks.Scale()).sumSquares : 0.0;
+  return plane.finite ? PlaneDeviations(blocks, plane.mean, plane.direction).sumSquares : 0.0;
 }
 
 // A plane is the limit of cylinders and cones: one that the points follow less is no least-squares one, and they
