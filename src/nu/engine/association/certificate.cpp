@@ -56,8 +56,8 @@ constexpr int kMiddle = kUnknowns;
 
 constexpr double kRounding = 256.0 * DBL_EPSILON;  // of norms and decompositions of the few contacts, relative
 constexpr double kSumTolerance = 1e-6;             // rounding stays far below, another scale far above
-constexpr double kLeastRadius = 64.0;  // losses: in a smaller neighbourhood any feature is next to the best
-constexpr std::size_t kMostSpread = 64;  // contacts, beyond which those without a multiplier are left aside
+constexpr double kLeastRadius = 64.0;              // losses: in a smaller neighbourhood any feature is next to the best
+constexpr std::size_t kMostSpread = 64;            // contacts, beyond which those without a multiplier are left aside
 constexpr double kFlat = 1e-6;  // curvature that counts as none, relative: the rounding of the feature makes less
 
 bool IsAngle(int unknown) {
