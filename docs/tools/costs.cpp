@@ -1,7 +1,6 @@
 // costs N: each fit once on N typical points of its feature, for costs.py, which counts the instructions of `Counted`.
 // The names of the fits are printed in the order of the calls.
 
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
@@ -15,23 +14,6 @@ extern "C" __attribute__((noinline)) void Counted(const AnyFit& fit, const CNuPo
 }
 
 namespace {
-
-// A wave of 40 periods at random places.
-CNuPointArray WavePoints(Random& random, int n) {
-  CNuPointArray points(n);
-  for (int i = 0; i < n; ++i) {
-    const double x = random.Uniform(0.0, 100.0);
-    points.Add(CNuPoint(x, 3.0 * std::sin(2.5 * x + 0.4) + random.Uniform(-0.01, 0.01), 0.0));
-  }
-  return points;
-}
-
-void RunWave(const CNuPointArray& points, double, long limit, Fitted&) {
-  CNuSineCurve curve(1.0, 1.0, 0.0, 0.0);
-  curve.Fit(points, limit);
-}
-
-const AnyFit kWaveFit{"CNuSineCurve", kLeastSquares, WavePoints, RunWave, nullptr, nullptr, true, {}};
 
 void Count(const AnyFit& fit, int n) {
   Random random(1);
@@ -48,6 +30,5 @@ int main(int argc, char** argv) {
   const int n = argc > 1 ? std::atoi(argv[1]) : 0;
   for (const AnyFit& fit : kAllFits) Count(fit, n);
   Count(kTorusFit, n);
-  Count(kWaveFit, n);
   return 0;
 }
