@@ -80,7 +80,7 @@ def markdown(paths, table):
     yield ""
     yield "| Question | Sizes | Ratio | Best peer |"
     yield "|---|---|---|---|"
-    for question, cells in rows.items():
+    for question, cells in sorted(rows.items()):
         cells.sort()
         peers = ", ".join(f"`{who}`" for who in dict.fromkeys(who for _, _, who in cells))
         sizes = ", ".join(f"{size:,}" for size, _, _ in cells)
