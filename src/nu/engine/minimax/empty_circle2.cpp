@@ -280,6 +280,7 @@ class FewPoints {
       Search search(m_few);
       const EmptyCircle circle = search.Run();
       if (!circle.found || !m_polygon.See(search.Corners(), circle.radius)) return {};
+      if (TooManyOffend(circle)) return {};
       const std::size_t before = m_few.size();
       const std::size_t offenders = AddOffenders(circle);
       if (offenders == 0) return circle;
@@ -290,6 +291,10 @@ class FewPoints {
 
  private:
   static constexpr int kPatience = 2;
+  // A round takes one offender from each cell. Where more than such a share of the points offend, no few rounds bring
+  // them down: the points fill an area, or a slender outline has nearly all of them in a few cells.
+  static constexpr std::size_t kMostShare = 8;
+  static constexpr std::size_t kSampleStep = 64;
 
   // The nearest or the farthest points, one in each cell.
   struct Extreme {
@@ -299,13 +304,16 @@ class FewPoints {
   using Extremes = std::vector<Extreme>;
   static Extremes None(double square) { return Extremes(SeenPolygon::kCells, {square, {}}); }
 
+  // Every step-th point.
   template<class Visit>
-  void ForEach(Visit visit) {
+  void ForEach(Visit visit, std::size_t step = 1) {
+    std::size_t next = 0;
     m_points.ForEach([&](const PointBlock& block) {
-      for (std::size_t i = 0; i < block.size; ++i) {
-        const Vec3 p{block.x[i], block.y[i], block.z[i]};
+      for (; next < block.size; next += step) {
+        const Vec3 p{block.x[next], block.y[next], block.z[next]};
         visit(m_frame.InSteps({Dot(p, m_axes[0]), Dot(p, m_axes[1])}));
       }
+      next -= block.size;
     });
   }
 
@@ -322,14 +330,31 @@ class FewPoints {
     SortOnGrid(m_few);
   }
 
+  static double SquaredReach(const EmptyCircle& circle) {
+    const double reach = std::max(0.0, circle.radius - kSameRadius);
+    return reach * reach;
+  }
+
+  // By a sample.
+  bool TooManyOffend(const EmptyCircle& circle) {
+    const double reach = SquaredReach(circle);
+    std::size_t count = 0;
+    const auto look = [&](Vec2 steps) {
+      const Vec2 offset = steps - circle.centre;
+      if (Dot(offset, offset) < reach || m_polygon.Matters(steps)) ++count;
+    };
+    ForEach(look, kSampleStep);
+    return count > m_points.Size() / (kSampleStep * kMostShare);
+  }
+
   std::size_t AddOffenders(const EmptyCircle& circle) {
     Extremes inside = None(kInfinity), outside = None(-1.0);
-    const double reach = std::max(0.0, circle.radius - kSameRadius);
+    const double reach = SquaredReach(circle);
     std::size_t count = 0;
     ForEach([&](Vec2 steps) {
       const Vec2 offset = steps - circle.centre;
       const double square = Dot(offset, offset);
-      if (square < reach * reach) {
+      if (square < reach) {
         Extreme& deepest = inside[SeenPolygon::CellOf(offset)];
         if (square < deepest.square) deepest = {square, steps};
         ++count;
