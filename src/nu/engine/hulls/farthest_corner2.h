@@ -12,6 +12,10 @@ namespace nu::engine::hulls {
 // Finds the corner of a convex polygon that is farthest from a place on a line m + t n, by a tree of boxes over runs of
 // corners. The squared distance less t^2 |n|^2, which all corners h share, is (h - m)^2 - 2 t n . (h - m): far out on
 // the line nothing cancels.
+//
+// A box along the axes reaches beyond an arc of length L by about L, and keeps sqrt(n) boxes next to the farthest one
+// of n corners of a smooth outline. A box along the chord reaches beyond it by about L^2, and keeps log n of them
+// unless the place is near a centre of curvature.
 class FarthestCorner2 {
  public:
   explicit FarthestCorner2(const std::vector<Vec2>& corners);
@@ -39,6 +43,17 @@ class FarthestCorner2 {
  private:
   static constexpr std::size_t kLeaf = 8;
 
+  // Along and across the chord of a run of corners, from the first of them.
+  struct ChordBox {
+    Vec2 first;
+    Vec2 direction;  // of unit length, to rounding
+    Vec2 least;
+    Vec2 greatest;
+  };
+  static ChordBox ChordBoxOf(const Vec2* begin, const Vec2* end);
+  // Whether no corner in it has a larger value than `best`, beyond rounding.
+  static bool IsBelow(const Place& place, const ChordBox& box, double best);
+
   // Above every corner in a box: the value is convex in each coordinate.
   static double Bound(const Place& place, const Box& box);
   void Visit(const Place& place, std::size_t node, double& best, std::size_t& found) const;
@@ -56,6 +71,7 @@ class FarthestCorner2 {
   const std::vector<Vec2>& m_corners;
   std::size_t m_leaves = 1;  // a power of two; node k has the children 2k and 2k + 1, the leaves come last
   std::vector<Box> m_boxes;
+  std::vector<ChordBox> m_chordBoxes;
 };
 
 }  // namespace nu::engine::hulls
