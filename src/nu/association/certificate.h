@@ -47,7 +47,7 @@ class NU_EXPORT CNuCertificateVerdict {
 
   // The radius, or half of the zone.
   double GetValue() const { return m_value; }
-  // By so much the farthest point is outside of the feature; of a zone, which its points define, 0.
+  // By so much the farthest point is outside of the feature or of the side of its zone; of a zone about it, 0.
   double GetExcess() const { return m_excess; }
   // By so much the worst contact is inside.
   double GetContactError() const { return m_contactError; }
