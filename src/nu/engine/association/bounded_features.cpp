@@ -99,7 +99,7 @@ void BoundedCylinder::UnitBox(double reach, double (&half)[kUnknowns]) {
   half[2] = half[3] = reach;
 }
 
-int BoundedCylinder::ChartOf(const Feature& feature) {
+int BoundedByAxis::ChartOf(const Feature& feature) {
   return ChartOfDirection(feature.frame.z);
 }
 
@@ -121,10 +121,6 @@ void BoundedCone::Domain(double far, double, double (&low)[kUnknowns], double (&
 void BoundedCone::UnitBox(double reach, double (&half)[kUnknowns]) {
   half[0] = half[1] = half[4] = 1.0;
   half[2] = half[3] = reach;
-}
-
-int BoundedCone::ChartOf(const Feature& feature) {
-  return ChartOfDirection(feature.frame.z);
 }
 
 bool BoundedCone::Place(int chart, const Feature& feature, double (&x)[kUnknowns]) {
@@ -156,10 +152,6 @@ void BoundedDoubleCone::UnitBox(double reach, double (&half)[kUnknowns]) {
   half[2] = half[3] = half[5] = reach;
 }
 
-int BoundedDoubleCone::ChartOf(const Feature& feature) {
-  return ChartOfDirection(feature.frame.z);
-}
-
 bool BoundedDoubleCone::Place(int chart, const Feature& feature, double (&x)[kUnknowns]) {
   bool isTurned;
   double axis[4];
@@ -184,10 +176,6 @@ void BoundedCircle::Domain(double far, double, double (&low)[kUnknowns], double 
 
 void BoundedCircle::UnitBox(double reach, double (&half)[kUnknowns]) {
   BoundedCylinder::UnitBox(reach, half);
-}
-
-int BoundedCircle::ChartOf(const Feature& feature) {
-  return ChartOfDirection(feature.frame.z);
 }
 
 bool BoundedCircle::Place(int chart, const Feature& feature, double (&x)[kPlace]) {

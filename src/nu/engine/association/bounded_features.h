@@ -129,12 +129,18 @@ struct BoundedSphere {
   static Feature At(int chart, const double (&x)[kUnknowns], double level);
 };
 
+// What features with an axis share, whose unknowns begin with u, v, a, b.
+struct BoundedByAxis {
+  static constexpr int kCharts = kAxisCharts;
+
+  static int ChartOf(const Feature& feature);
+};
+
 // x: u, v, a, b.
-struct BoundedCylinder {
+struct BoundedCylinder : BoundedByAxis {
   static constexpr int kUnknowns = 4;
   static constexpr int kComponents = 1;
   static constexpr int kPlace = kUnknowns;
-  static constexpr int kCharts = kAxisCharts;
   static constexpr bool kIsLevelled = true;
 
   template<class T>
@@ -151,7 +157,6 @@ struct BoundedCylinder {
 
   static void Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]);
   static void UnitBox(double reach, double (&half)[kUnknowns]);
-  static int ChartOf(const Feature& feature);
   static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
   static Feature At(int chart, const double (&x)[kUnknowns], double level);
 };
@@ -164,11 +169,10 @@ struct BoundedLine : BoundedCylinder {
 // x: u, v, a, b and the semi-angle, negative where the cone narrows along the axis. The deviation is that from the
 // nappe which holds the points, as if it went on beyond the apex; enclosures are of differences alone, and leave out
 // the cosine times a distance in the middle of those of the points.
-struct BoundedCone {
+struct BoundedCone : BoundedByAxis {
   static constexpr int kUnknowns = 5;
   static constexpr int kComponents = 1;
   static constexpr int kPlace = kUnknowns;
-  static constexpr int kCharts = kAxisCharts;
   static constexpr bool kIsLevelled = true;
 
   template<class T>
@@ -194,18 +198,16 @@ struct BoundedCone {
 
   static void Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]);
   static void UnitBox(double reach, double (&half)[kUnknowns]);
-  static int ChartOf(const Feature& feature);
   static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
   static Feature At(int chart, const double (&x)[kUnknowns], double level);
 };
 
 // A cone of two nappes with points on both, which count from the one on their side of the apex. x: u, v, a, b, the
 // semi-angle, and the height of the apex along the axis, from the foot of the perpendicular from the origin.
-struct BoundedDoubleCone {
+struct BoundedDoubleCone : BoundedByAxis {
   static constexpr int kUnknowns = 6;
   static constexpr int kComponents = 1;
   static constexpr int kPlace = kUnknowns;
-  static constexpr int kCharts = kAxisCharts;
   static constexpr bool kIsLevelled = true;
 
   template<class T>
@@ -233,7 +235,6 @@ struct BoundedDoubleCone {
 
   static void Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]);
   static void UnitBox(double reach, double (&half)[kUnknowns]);
-  static int ChartOf(const Feature& feature);
   static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
   static Feature At(int chart, const double (&x)[kUnknowns], double level);
 };
@@ -241,11 +242,10 @@ struct BoundedDoubleCone {
 // A circle in space. x: u, v, a, b of its axis. A point is at a radius and a height, its components; those of the
 // circle are levels, which no box has to divide: with (x_i, y_i) the components of the points less the levels, the
 // largest distance from the circle is the largest of cos(phi) x_i + sin(phi) y_i over all points and all phi.
-struct BoundedCircle {
+struct BoundedCircle : BoundedByAxis {
   static constexpr int kUnknowns = 4;
   static constexpr int kComponents = 2;
   static constexpr int kPlace = 6;  // the levels follow the unknowns
-  static constexpr int kCharts = kAxisCharts;
   static constexpr bool kIsLevelled = false;
 
   template<class T>
@@ -283,7 +283,6 @@ struct BoundedCircle {
 
   static void Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]);
   static void UnitBox(double reach, double (&half)[kUnknowns]);
-  static int ChartOf(const Feature& feature);
   static bool Place(int chart, const Feature& feature, double (&x)[kPlace]);
   static Feature At(int chart, const double (&x)[kPlace], double level);
 };
