@@ -117,8 +117,7 @@ class Comparison {
     if (conical) {
       const double difference = std::fabs(f.angle - result["semi_angle_deg"].Number());
       Turn("semi_angle_rad", difference * kDegree, Sensitivity("semi_angle_rad"));
-      // The apex is rounded where it is stored, and the axis with it.
-      Scalar("axis_point", FromAxis(m_placement.Result(result["axis_point"]), f), 0.0L, test::Length(WideOf(f.place)));
+      Scalar("axis_point", FromAxis(m_placement.Result(result["axis_point"]), f), 0.0L, 0.0);
     }
     for (const char* key : {"direction", "axis_direction", "normal"}) {
       if (!result.Has(key)) continue;
