@@ -11,6 +11,9 @@ export WINEPATH WINEPREFIX=$build/wine WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,
 unset DISPLAY
 (
   flock 9
+  # Left to itself, the server of wine ends with its last program, and a program that starts in that moment
+  # loses its connection. Where one runs already, this one ends at once.
+  wineserver -p300 < /dev/null > /dev/null 2>&1 9>&- || true
   if [ ! -e "$WINEPREFIX/ready" ]; then
     wineboot --init > /dev/null 2>&1
     touch "$WINEPREFIX/ready"
