@@ -5,6 +5,7 @@
 #include "nu/engine/hulls/grid2.h"
 
 namespace nu::engine::hulls {
+
 // The lower chain from left to right, then the upper one back (A. M. Andrew, Information Processing Letters 9, 1979).
 ConvexPolygon2::ConvexPolygon2(const std::vector<Vec2>& points) {
   const auto extend = [this](Vec2 p, std::size_t fixed) {
@@ -21,11 +22,17 @@ ConvexPolygon2::ConvexPolygon2(const std::vector<Vec2>& points) {
   for (std::size_t i = 0; i < m_corners.size(); ++i) m_sideAngles.push_back(DiamondAngle(Side(i)));
 }
 
-// Sides before the extreme corner still lead in the direction, those after it no longer.
+// Sides before the extreme corner still lead in the direction, those after it no longer. Rounded angles do not tell
+// sides apart that are nearly across; the sign of an accurate product does.
 std::size_t ConvexPolygon2::ExtremeCorner(Vec2 direction) const {
   const double across = DiamondAngle(Perpendicular(direction));
   const auto side = std::lower_bound(m_sideAngles.begin(), m_sideAngles.end(), across);
-  return static_cast<std::size_t>(side - m_sideAngles.begin()) % m_corners.size();
+  const std::size_t count = m_corners.size();
+  std::size_t corner = static_cast<std::size_t>(side - m_sideAngles.begin()) % count;
+  const auto rise = [&](std::size_t i) { return AccurateDot(direction, Side(i)); };
+  for (std::size_t k = 0; k < count && rise(corner) > 0.0; ++k) corner = (corner + 1) % count;
+  for (std::size_t k = 0; k < count && rise(corner + count - 1) < 0.0; ++k) corner = (corner + count - 1) % count;
+  return corner;
 }
 
 ConvexPolygon2::Exit ConvexPolygon2::ExitOf(Vec2 inside, Vec2 direction) const {

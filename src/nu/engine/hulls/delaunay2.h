@@ -32,6 +32,9 @@ class Delaunay2 {
   static Edge Opposite(Edge e) { return e ^ 1u; }
   Site Origin(Edge e) const { return m_edges[e].origin; }
   Site Destination(Edge e) const { return m_edges[e ^ 1u].origin; }
+  // Around the origin, counter-clockwise.
+  Edge Next(Edge e) const { return m_edges[e].next; }
+  Site Sites() const { return static_cast<Site>(m_points.size()); }
   const Vec2& At(Site site) const { return m_points[site]; }
   // The third corner of the triangle to the left of an edge, kNoSite outside the hull.
   Site Apex(Edge e) const;

@@ -70,7 +70,7 @@ class Search {
       subset.insert(subset.end(), m_best.innerContact, m_best.innerContact + 2);
     }
     std::size_t before = 0;
-    for (int round = 0; round < kMostRounds && subset.size() < kMostInSubset; ++round) {
+    for (int round = 0; round < kMostRounds && before < kMostInSubset; ++round) {
       const Grid2 grid = GridOf(subset);
       if (!grid.finite || grid.points.size() < 3) return false;
       const bool isStuck = grid.points.size() == before;

@@ -43,14 +43,15 @@ constexpr double kEndShare = 64.0 * kEpsilon;
 constexpr double kSameValue = 64.0 * kEpsilon;
 // Angles closer than this, relative to the largest one, are the same.
 constexpr double kSameDirection = 1e-7;
-// Contacts on common rays are rare but for lattices, where the bound soon leaves few places to look at; these limits
-// keep points made for it from taking quadratic time.
-constexpr int kMostScans = 1000;
+// Contacts on common rays are rare but for lattices, where the bound soon leaves few places to look at. So many
+// corners, edges and differences of directions are looked at in all, and so many for each point: points made for it
+// do not take quadratic time.
+constexpr std::size_t kMostLooks = 4'000'000;
+constexpr std::size_t kLooksPerPoint = 16;
 // So many parts of an edge are divided before it pays to look at the angles of all corners. A corner counts as seen
 // inside or outside the angle pq when it is so by this part of the chord.
 constexpr std::size_t kPlainParts = 8;
 constexpr double kClearOfChord = 1e-6;
-constexpr std::size_t kMostDifferences = 1'000'000;
 
 double Length(Vec2 v) {
   return std::sqrt(Dot(v, v));
@@ -112,7 +113,11 @@ bool Surround(const std::vector<Vec2>& outer, const std::vector<Vec2>& inner) {
 class Overlay {
  public:
   Overlay(const std::vector<Vec2>& points, double bound)
-      : m_points(points), m_hull(points), m_farthest(m_hull.Corners()), m_mesh(points), m_bound(bound) {
+      : m_hull(points),
+        m_farthest(m_hull.Corners()),
+        m_mesh(points),
+        m_bound(bound),
+        m_looksLeft(kMostLooks + kLooksPerPoint * points.size()) {
     constexpr int kDirections = 8;
     for (int k = 0; k < kDirections; ++k) {
       const auto [sine, cosine] = SinCos(2.0 * 3.14159265358979323846 * k / kDirections);
@@ -124,6 +129,7 @@ class Overlay {
   GridAnnulus Run() {
     if (!m_mesh.IsSound()) return {};
     for (Delaunay2::Edge e = 0; e < m_mesh.Edges(); e += 2) {
+      m_delaunayEdge = e;
       if (m_mesh.InUse(e)) Search(VoronoiEdge2(m_mesh, e));
     }
     GridAnnulus best;
@@ -249,18 +255,25 @@ class Overlay {
 
   bool IsNoFarther(const VoronoiEdge2& edge, double t, std::size_t corner, const Part& than) const {
     const FarthestCorner2::Place place{edge.middle, 2.0 * t * edge.normal};
-    const Vec2 toCorner = Corner(corner) - edge.middle;
-    const double rounding = kSameValue * Length(toCorner) * (Length(toCorner) + Length(place.shift));
     const double other =
         std::max(FarthestCorner2::Value(place, Corner(than.first)), FarthestCorner2::Value(place, Corner(than.last)));
-    return FarthestCorner2::Value(place, Corner(corner)) <= other + rounding;
+    return FarthestCorner2::Value(place, Corner(corner)) <= other + Rounding(edge, place, Corner(corner));
   }
 
+  // Of a corner's value.
+  static double Rounding(const VoronoiEdge2& edge, const FarthestCorner2::Place& place, Vec2 corner) {
+    const double length = Length(corner - edge.middle);
+    return kSameValue * length * (length + Length(place.shift));
+  }
+
+  // Corners that tie at an end of a part may cross outside of it: then both are not the farthest at t.
   void Judge(const VoronoiEdge2& edge, double t, Vec2 h, Vec2 k) {
+    const FarthestCorner2::Place place{edge.middle, 2.0 * t * edge.normal};
+    const double value = FarthestCorner2::Value(place, h);
+    if (std::fabs(value - FarthestCorner2::Value(place, k)) > Rounding(edge, place, h)) return;
     const Vec2 centre = edge.PointAt(t);
     const double outer = Length(h - centre);
     const double inner = std::sqrt(edge.SquareAt(t));
-    const double value = FarthestCorner2::Value({edge.middle, 2.0 * t * edge.normal}, h);
     const double width = (value - 0.25 * edge.square) / (outer + inner);
     if (!(width <= Limit()) || !std::isfinite(outer)) return;
     if (width > kSameWidth && !IsLocalOptimum(edge, t, h, k)) return;
@@ -283,30 +296,65 @@ class Overlay {
     const double same = kSameDirection * std::max({inner, outer[0], outer[1]});
     const bool isShared = std::fabs(outer[0] - inner) <= same || std::fabs(outer[1] - inner) <= same;
     if (!isShared) return (outer[0] < inner) != (outer[1] < inner);
-    return ++m_scans <= kMostScans &&
-           IsHeldByMore(edge.PointAt(t), Length(h - edge.PointAt(t)), std::sqrt(edge.SquareAt(t)));
+    return IsHeldByMore(edge.PointAt(t), Length(h - edge.PointAt(t)), std::sqrt(edge.SquareAt(t)));
   }
 
   // Where contacts lie on common rays from the centre, others have to hold it as well.
-  bool IsHeldByMore(Vec2 centre, double outer, double inner) const {
+  bool IsHeldByMore(Vec2 centre, double outer, double inner) {
     const double reach = kEndSteps + kEndShare * outer;
-    std::vector<Vec2> out, in;
-    const auto add = [&](std::vector<Vec2>& to, Vec2 p) { to.push_back((1.0 / Length(p - centre)) * (p - centre)); };
-    for (const Vec2& corner : m_hull.Corners()) {
-      if (Length(corner - centre) >= outer - reach) add(out, corner);
-    }
-    for (const Vec2& point : m_points) {
-      if (Length(point - centre) <= inner + reach) add(in, point);
-    }
-    return out.size() * in.size() <= kMostDifferences && Surround(out, in);
+    const auto direction = [centre](Vec2 p) { return (1.0 / Length(p - centre)) * (p - centre); };
+    std::vector<Vec2> out;
+    m_farthest.AreAll([&](const FarthestCorner2::Box& box) {
+      const Vec2 far{std::max(centre.x - box.least.x, box.greatest.x - centre.x),
+                     std::max(centre.y - box.least.y, box.greatest.y - centre.y)};
+      const bool isBeyond = Look() && Length(far) >= outer - reach;
+      if (isBeyond && box.least == box.greatest) out.push_back(direction(box.least));
+      return !isBeyond || box.least == box.greatest;
+    });
+    std::vector<Vec2> in;
+    for (const Delaunay2::Site site : SitesWithin(centre, inner + reach)) in.push_back(direction(m_mesh.At(site)));
+    const std::size_t differences = out.size() * in.size();
+    return differences < m_looksLeft && Look(differences) && Surround(out, in);
   }
 
-  const std::vector<Vec2>& m_points;
+  // The sites in a circle are connected by edges of the mesh: on the way from one of them to the centre, the nearest
+  // site is always in the circle.
+  std::vector<Delaunay2::Site> SitesWithin(Vec2 centre, double radius) {
+    std::vector<Delaunay2::Edge> open{m_delaunayEdge};  // one from each site
+    std::vector<Delaunay2::Site> found{m_mesh.Origin(m_delaunayEdge)};
+    m_isFound.resize(m_mesh.Sites());
+    m_isFound[found.front()] = true;
+    while (!open.empty()) {
+      const Delaunay2::Edge first = open.back();
+      open.pop_back();
+      Delaunay2::Edge e = first;
+      do {
+        const Delaunay2::Site site = m_mesh.Destination(e);
+        if (!m_isFound[site] && Length(m_mesh.At(site) - centre) <= radius) {
+          m_isFound[site] = true;
+          found.push_back(site);
+          open.push_back(Delaunay2::Opposite(e));
+        }
+        e = m_mesh.Next(e);
+      } while (e != first && Look());
+    }
+    for (const Delaunay2::Site site : found) m_isFound[site] = false;
+    return found;
+  }
+
+  // Whether there may be so many more looks; once there may not, there are none.
+  bool Look(std::size_t count = 1) {
+    m_looksLeft -= std::min(count, m_looksLeft);
+    return m_looksLeft > 0;
+  }
+
   ConvexPolygon2 m_hull;
   FarthestCorner2 m_farthest;
   Delaunay2 m_mesh;
   double m_bound;  // the least width so far
-  int m_scans = 0;
+  std::size_t m_looksLeft;
+  Delaunay2::Edge m_delaunayEdge = 0;
+  std::vector<bool> m_isFound;
   bool m_contradicts = false;
   std::vector<Vec2> m_outposts;
   std::vector<Part> m_open;
