@@ -1,8 +1,8 @@
 // Feeds a fuzz target without a search by coverage:
 //   TARGET [--count N | --seconds N] [--seed N] [--keep FILE] [FILE or FOLDER]...
 // First come the files as they are, then inputs that are made from the seed: changed files, and noise mixed with the
-// doubles that break things. A seed of 0 takes one of the moment. FILE receives each input before its run, so that it
-// is left with the one that ended the program.
+// doubles that break things, short more often than long. A seed of 0 takes one of the moment. FILE holds each input
+// while it runs, so that it is left with the one that ended the program.
 
 #include <algorithm>
 #include <chrono>
@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -26,6 +27,8 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 using Random = std::mt19937_64;
+
+constexpr std::size_t kLong = 400, kShort = 80;
 
 std::size_t Below(Random& random, std::size_t count) {
   return random() % count;
@@ -71,8 +74,15 @@ void Change(Bytes& bytes, Random& random) {
   }
 }
 
+// Some numbers of a longer input.
+Bytes Piece(const Bytes& bytes, Random& random) {
+  const std::size_t at = Below(random, bytes.size() / 8 + 1) * 8;
+  const auto from = bytes.begin() + static_cast<std::ptrdiff_t>(at);
+  return {from, from + static_cast<std::ptrdiff_t>(std::min(bytes.size() - at, Below(random, kShort)))};
+}
+
 Bytes Noise(Random& random) {
-  Bytes bytes(Below(random, 400));
+  Bytes bytes(Below(random, Below(random, 4) == 0 ? kLong : kShort));
   const std::size_t kind = Below(random, 5);
   for (std::size_t at = 0; at + 8 <= bytes.size(); at += 8) {
     PutOddNumber(bytes, at, random, kind == 0 ? nu::fuzz::kMildNumbers : std::size(nu::fuzz::kOddNumbers));
@@ -104,6 +114,45 @@ std::vector<Bytes> Contents(const std::filesystem::path& path) {
   for (const auto& each : paths) contents.push_back(Content(each));
   return contents;
 }
+
+// The file that holds the input of the moment. It stays open, since most inputs take less time than opening a file.
+class KeptInput {
+ public:
+  explicit KeptInput(const std::string& path) : m_path(path) {
+    if (path.empty()) return;
+    m_file.reset(std::fopen(path.c_str(), "wb"));
+    if (m_file == nullptr) Fail();
+    std::setvbuf(m_file.get(), nullptr, _IONBF, 0);
+  }
+
+  void Hold(const Bytes& input) {
+    if (m_file == nullptr) return;
+    std::rewind(m_file.get());
+    if (std::fwrite(input.data(), 1, input.size(), m_file.get()) != input.size()) Fail();
+    if (input.size() < m_size) std::filesystem::resize_file(m_path, input.size());
+    m_size = input.size();
+  }
+
+  void Remove() {
+    if (m_file == nullptr) return;
+    m_file.reset();
+    std::filesystem::remove(m_path);
+  }
+
+ private:
+  struct Close {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+  };
+
+  void Fail() const {
+    std::fprintf(stderr, "%s cannot be written\n", m_path.c_str());
+    std::exit(2);
+  }
+
+  std::string m_path;
+  std::unique_ptr<std::FILE, Close> m_file;
+  std::size_t m_size = 0;
+};
 
 struct Options {
   long count = 0;
@@ -142,10 +191,9 @@ int main(int argc, char** argv) {
   };
   std::printf("seed %llu\n", static_cast<unsigned long long>(options.seed));
   std::fflush(stdout);
-  const auto feed = [&options](const Bytes& input) {
-    if (!options.keep.empty())
-      std::ofstream(options.keep, std::ios::binary)
-          .write(reinterpret_cast<const char*>(input.data()), static_cast<std::streamsize>(input.size()));
+  KeptInput kept(options.keep);
+  const auto feed = [&kept](const Bytes& input) {
+    kept.Hold(input);
     LLVMFuzzerTestOneInput(input.data(), input.size());
   };
   for (const Bytes& input : options.corpus) feed(input);
@@ -154,10 +202,11 @@ int main(int argc, char** argv) {
   for (; inputs < options.count || secondsFrom() < options.seconds; ++inputs) {
     const bool isChanged = !options.corpus.empty() && Below(random, 2) == 0;
     Bytes input = isChanged ? options.corpus[Below(random, options.corpus.size())] : Noise(random);
+    if (isChanged && Below(random, 2) == 0) input = Piece(input, random);
     for (std::size_t changes = isChanged ? Below(random, 6) : 0; changes > 0; --changes) Change(input, random);
     feed(input);
   }
-  if (!options.keep.empty()) std::remove(options.keep.c_str());
+  kept.Remove();
   std::printf("%zu files and %ld inputs in %.1f s\n", options.corpus.size(), inputs, secondsFrom());
   return 0;
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -39,15 +40,28 @@ bool AreFinite(const CNuPointArray& points) {
   return sum == 0.0;
 }
 
-// Forms and sums of squares of points far apart exceed all numbers. A host's own tolerance may spoil a unit vector.
-void RequireSound(const AnyFit& fit, const Fitted& f, bool tolerancesAreOdd) {
-  for (const double length : f.Lengths()) Require(std::isfinite(length));
-  for (const double ratio : f.Ratios()) Require(std::isfinite(ratio));
-  Require(!(f.form < 0.0 && f.form != fit.start.form) && !std::isnan(f.form) && !std::isnan(f.sumsq));
-  const CNuVector axis = f.axis;
+// What makes the result of a fit unsound; null where nothing does. Forms and sums of squares of points far apart exceed
+// all numbers. A host's own tolerance may spoil a unit vector.
+const char* FaultOf(const AnyFit& fit, const Fitted& f, bool tolerancesAreOdd) {
+  const auto areFinite = [](const auto& numbers) {
+    return std::all_of(numbers.begin(), numbers.end(), [](double x) { return std::isfinite(x); });
+  };
+  if (!areFinite(f.Lengths())) return "a length that is not finite";
+  if (!areFinite(f.Ratios())) return "a direction or angle that is not finite";
+  if ((f.form < 0.0 && f.form != fit.start.form) || std::isnan(f.form)) return "a form that is none";
+  if (std::isnan(f.sumsq)) return "a sum of squares that is no number";
   const bool isWave = fit.associate == nullptr;
-  if (!isWave && !tolerancesAreOdd && axis.Magnitude() != 0.0) Require(std::fabs(axis.Magnitude() - 1.0) < 1e-12);
-  Require((f.radius >= 0.0 && f.minor >= 0.0) || isWave);
+  if (isWave) return nullptr;
+  const double axis = CNuVector(f.axis).Magnitude();
+  if (!tolerancesAreOdd && axis != 0.0 && std::fabs(axis - 1.0) >= 1e-12) return "a direction that is no unit vector";
+  return f.radius < 0.0 || f.minor < 0.0 ? "a negative radius" : nullptr;
+}
+
+void RequireSound(const AnyFit& fit, const Fitted& f, bool tolerancesAreOdd) {
+  const char* fault = FaultOf(fit, f, tolerancesAreOdd);
+  if (fault == nullptr) return;
+  std::fprintf(stderr, "%s gives %s\n", fit.Name().c_str(), fault);
+  std::abort();
 }
 
 void FitAll(const CNuPointArray& points, double tol, bool tolerancesAreOdd) {

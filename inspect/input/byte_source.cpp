@@ -21,6 +21,11 @@ namespace {
 
 constexpr std::size_t kBlockSize = std::size_t{1} << 20;
 
+// One byte more than a short file has, so that one read finds its end.
+std::size_t BlockSizeFor(std::uintmax_t fileSize) {
+  return fileSize > 0 && fileSize < kBlockSize ? static_cast<std::size_t>(fileSize) + 1 : kBlockSize;
+}
+
 std::uintmax_t SizeOfFile(const std::string& path) {
   std::error_code error;
   const std::uintmax_t size = path == "-" ? 0 : std::filesystem::file_size(path, error);
@@ -97,8 +102,8 @@ class Gunzip {
 
 ByteSource::ByteSource(const std::string& path)
     : m_name(path == "-" ? "standard input" : Printable(path)),
-      m_block(kBlockSize),
       m_size(SizeOfFile(path)),
+      m_block(BlockSizeFor(m_size)),
       m_progress("reading " + FileName(m_name)) {
   if (path == "-") TakeStandardInputAsBytes();
   m_file.reset(path == "-" ? stdin : std::fopen(path.c_str(), "rb"));

@@ -42,11 +42,11 @@ class ByteSource {
 
   std::string m_name;
   std::unique_ptr<std::FILE, Closer> m_file;
+  std::uintmax_t m_size;      // of the file; 0 where it is unknown
   std::vector<char> m_block;  // as it is in the file
   std::size_t m_begin = 0;
   std::size_t m_end = 0;
   std::unique_ptr<Gunzip> m_gunzip;  // null for a plain file
-  std::uintmax_t m_size = 0;         // of the file; 0 where it is unknown
   std::uintmax_t m_taken = 0;
   Progress m_progress;
 };
