@@ -1,6 +1,7 @@
 #include "nu/engine/least_squares/conic_start.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/linear/eigen_symmetric.h"
@@ -121,7 +122,8 @@ Whitening Whiten(PointBlocks& points, const PlaneAxes& axes) {
   found.frame.y = narrow.x * axes.x + narrow.y * axes.y;
   found.frame.unit = std::sqrt(values[1]);
   found.frame.flatness = std::sqrt(values[0] / values[1]);
-  found.usable = found.frame.flatness > 0.0;
+  // Flatter than the rounding errors of their coordinates, points are on a line.
+  found.usable = found.frame.flatness > std::numeric_limits<double>::epsilon();
   return found;
 }
 
