@@ -111,66 +111,6 @@ struct Split {
   double stiffness = 0.0;       // |H_aa|
 };
 
-class Proof {
- public:
-  explicit Proof(const CertificateQuestion& question);
-
-  Certificate Passed() const;
-  Certificate FailedAt(CertificateCheck check) const;
-  // The checks in their order, each with its numbers in the result.
-  bool IsFinite() const;
-  bool IsWithinBoundary();
-  bool HasContacts();
-  bool HasMultipliers();
-  bool IsGlobal();
-  bool HasNeighbourhood();
-  bool IsBalanced() const;
-
- private:
-  template<class T>
-  T DeviationOf(const WideVec3& local, const T (&u)[kUnknowns + 1]) const;
-  DoubleDouble DeviationOf(const double* point) const;
-  double SideOf(const ContactPoint& given) const;
-  template<class Number>
-  Jet<Number> JetOf(const Contact& contact, Number range) const;
-  bool IsOneSided() const { return m_question.criterion == ContactCriterion::oneSidedZone; }
-  bool IsZone() const { return m_question.criterion == ContactCriterion::zone || IsOneSided(); }
-  bool IsFree(int unknown) const;
-  bool HasFreeAngle() const;
-  bool IsConvex() const;
-  bool IsSlab() const;
-
-  void SpreadMultipliers();
-  std::vector<double> BalancedChange(const std::vector<bool>& raised) const;
-  void WeightContacts();
-  bool MakeSplits();
-  Split SplitAt(int along) const;
-  BoxCurvature CurvatureWithin(double radius) const;
-  double LossOf(const Split& split, const BoxCurvature& box, double radius) const;
-  void Accept(double gap, double radius, const Split& split);
-
-  const CertificateQuestion& m_question;
-  double m_extent = 0.0;  // of the points about the origin; NaN or infinite where one is not finite
-  double m_unit = 1.0;
-  double m_length;
-  CertifiedFeature m_feature;
-  int m_free[kMost] = {};  // the free unknowns
-  int m_count = 0;         // of them
-  DoubleDouble m_boundary;
-  DoubleDouble m_middle;
-  std::vector<Contact> m_contacts;
-  double m_slack = 0.0;         // s
-  double m_largestSlack = 0.0;  // S
-  double m_gradient[kMost] = {};
-  Matrix m_hessian;
-  Matrix m_axes;                  // columns: directions of the unknowns, by descending singular value
-  double m_singular[kMost] = {};  // the singular values
-  double m_balanceAlong[kMost] = {};
-  Matrix m_turned;  // H in the axes
-  std::vector<Split> m_splits;
-  Certificate m_result;
-};
-
 double ExtentOf(const CertificateQuestion& question) {
   double extent = 0.0;
   for (std::size_t i = 0; i < question.points.Size(); ++i) {
@@ -184,42 +124,6 @@ double ExtentOf(const CertificateQuestion& question) {
 
 double UnitFor(double extent) {
   return std::isnormal(extent) ? std::ldexp(1.0, std::clamp(-std::ilogb(extent), -1000, 1000)) : 1.0;
-}
-
-Proof::Proof(const CertificateQuestion& question)
-    : m_question(question),
-      m_extent(ExtentOf(question)),
-      m_unit(UnitFor(m_extent)),
-      m_length(m_unit * question.length),
-      m_feature(question.feature, m_unit) {
-  m_extent *= m_unit;
-  for (int k = 0; k <= kMiddle; ++k) {
-    if (IsFree(k)) m_free[m_count++] = k;
-  }
-}
-
-// Which size is the boundary of a circumscribed or inscribed feature, and not an unknown: that of the tube of a torus,
-// and the radius of others.
-bool Proof::IsFree(int unknown) const {
-  const CertificateQuestion& q = m_question;
-  if (unknown == kMiddle) return q.feature.kind == FeatureKind::cone && q.feature.bothNappes;
-  const bool isTorus = q.feature.kind == FeatureKind::torus;
-  if (unknown == kSize1 && isTorus) return false;
-  if (unknown == kSize0 && !isTorus && !IsZone()) return false;
-  return (q.free & UnknownsOf(q.feature.kind) & (1U << unknown)) != 0;
-}
-
-bool Proof::HasFreeAngle() const {
-  return std::any_of(m_free, m_free + m_count, IsAngle);
-}
-
-bool Proof::IsConvex() const {
-  const FeatureKind kind = m_question.feature.kind;
-  if (HasFreeAngle() || kind == FeatureKind::torus || kind == FeatureKind::circleInSpace) return false;
-  return IsSlab() || kind == FeatureKind::line || m_question.criterion == ContactCriterion::circumscribed;
-}
-bool Proof::IsSlab() const {
-  return m_question.feature.kind == FeatureKind::plane || m_question.feature.kind == FeatureKind::lineInPlane;
 }
 
 bool IsSupported(FeatureKind kind, ContactCriterion criterion) {
@@ -243,358 +147,423 @@ bool IsSupported(FeatureKind kind, ContactCriterion criterion) {
   }
 }
 
-bool Proof::IsFinite() const {
-  const Feature& f = m_question.feature;
-  return IsSupported(f.kind, m_question.criterion) && m_question.points.Size() > 0 && std::isfinite(m_extent) &&
-         shapes::IsFinite(f.frame.x) && shapes::IsFinite(f.frame.z) && std::isfinite(f.size[0]) &&
-         std::isfinite(f.size[1]) && m_question.length > 0.0 && std::isfinite(m_length);
-}
-
-// The deviation from the feature moved by u, or the distance where that is the radius in question.
-template<class T>
-T Proof::DeviationOf(const WideVec3& local, const T (&u)[kUnknowns + 1]) const {
-  const T distance = m_feature.Distance(local, u);
-  if (!IsZone()) return distance;
-  if (m_feature.HasRadius()) return distance - (Constant(m_feature.Size(0) + m_middle, u[0]) + u[kSize0]);
-  return distance - (Constant(m_middle, u[0]) + u[kMiddle]);
-}
-
-DoubleDouble Proof::DeviationOf(const double* point) const {
-  const DoubleDouble none[kUnknowns + 1] = {};
-  return DeviationOf(m_feature.Local(point), none);
-}
-
-// Angles times the extent of the points are lengths.
-template<class Number>
-Jet<Number> Proof::JetOf(const Contact& contact, Number range) const {
-  Jet<Number> u[kUnknowns + 1];
-  for (Jet<Number>& unknown : u) unknown = Jet<Number>(m_count);
-  for (int k = 0; k < m_count; ++k) {
-    const bool isLength = !IsAngle(m_free[k]) && !(m_free[k] == kSize1 && m_question.feature.kind == FeatureKind::cone);
-    const DoubleDouble perLength{isLength || m_extent == 0.0 ? 1.0 : 1.0 / m_extent};
-    u[m_free[k]].first[k] = Constant(perLength, Number{});
-    u[m_free[k]].value = Constant(perLength, Number{}) * range;
-  }
-  return Constant({contact.side}, u[0]) * DeviationOf(contact.local, u);
-}
-
-bool Proof::IsWithinBoundary() {
-  DoubleDouble smallest = DeviationOf(m_question.points[0]);
-  DoubleDouble largest = smallest;
-  for (std::size_t i = 1; i < m_question.points.Size(); ++i) {
-    const DoubleDouble deviation = DeviationOf(m_question.points[i]);
-    if (!(deviation.high - deviation.high == 0.0)) return false;
-    if (deviation < smallest) smallest = deviation;
-    if (largest < deviation) largest = deviation;
-  }
-  const DoubleDouble stated = m_feature.Size(m_question.feature.kind == FeatureKind::torus ? 1 : 0);
-  switch (m_question.criterion) {
-    case ContactCriterion::zone:
-    case ContactCriterion::oneSidedZone:
-      if (IsOneSided()) m_result.excess = std::min((-smallest).high, largest.high);
-      if (IsFree(kMiddle) || IsOneSided()) m_middle = DoubleDouble{0.5} * (smallest + largest);
-      largest = largest - m_middle;
-      smallest = smallest - m_middle;
-      m_boundary = largest < -smallest ? -smallest : largest;
-      m_result.value = m_boundary.high;
-      return std::fabs(m_result.excess) <= m_length;
-    case ContactCriterion::circumscribed:
-      m_result.excess = (largest - stated).high;
-      m_boundary = stated < largest ? largest : stated;
-      m_result.value = m_boundary.high;
-      break;
-    case ContactCriterion::inscribed:
-      m_result.excess = (stated - smallest).high;
-      m_boundary = -(stated < smallest ? stated : smallest);
-      m_result.value = -m_boundary.high;
-      break;
-  }
-  return m_result.excess <= m_length;
-}
-
-// Only a zone has two boundaries, and distances from a line or a circle in space have one side.
-double Proof::SideOf(const ContactPoint& given) const {
-  const FeatureKind kind = m_question.feature.kind;
-  if (m_question.criterion == ContactCriterion::inscribed) return -1.0;
-  const bool isOuter = m_question.criterion == ContactCriterion::circumscribed || kind == FeatureKind::line ||
-                       kind == FeatureKind::circleInSpace;
-  return isOuter || given.side >= 0.0 ? 1.0 : -1.0;
-}
-
-bool Proof::HasContacts() {
-  for (int k = 0; k < m_question.count; ++k) {
-    const ContactPoint& given = m_question.contacts[k];
-    Contact contact;
-    contact.local = m_feature.Local(m_question.points[given.index]);
-    contact.side = SideOf(given);
-    contact.multiplier = given.multiplier;
-    const DoubleDouble deviation = DeviationOf(m_question.points[given.index]);
-    contact.slack = (m_boundary - DoubleDouble{contact.side} * deviation).high;
-    // What only touches by a coarser measure proves nothing, and is not needed.
-    if (given.multiplier == 0.0 && !(contact.slack <= m_length)) continue;
-    if (!(contact.slack <= m_result.offBoundary)) m_result.offBoundary = contact.slack;
-    if (!(contact.slack <= m_length)) return false;
-    m_contacts.push_back(contact);
-  }
-  return true;
-}
-
-bool Proof::HasMultipliers() {
-  bool areValid = true;
-  for (const Contact& contact : m_contacts) {
-    m_result.multiplierSum += contact.multiplier;
-    if (!(contact.multiplier >= 0.0)) areValid = false;
-  }
-  if (!areValid || !(std::fabs(m_result.multiplierSum - 1.0) <= kSumTolerance)) return false;
-  for (Contact& contact : m_contacts) contact.jet = JetOf(contact, DoubleDouble{});
-  SpreadMultipliers();
-  std::erase_if(m_contacts, [](const Contact& contact) { return !(contact.multiplier > 0.0); });
-  WeightContacts();
-  return true;
-}
-
-// Contacts without a multiplier hold the feature as well, and growth is proved by those that have one. What is left of
-// the wish to raise them all, once its part that changes the balance or the sum is taken away, gives them a share; it
-// goes half of the way to where another multiplier vanishes.
-void Proof::SpreadMultipliers() {
-  const auto isIdle = [](const Contact& contact) { return contact.multiplier == 0.0; };
-  const std::size_t idle = static_cast<std::size_t>(std::count_if(m_contacts.begin(), m_contacts.end(), isIdle));
-  if (idle == 0 || idle == m_contacts.size() || m_contacts.size() > kMostSpread) return;
-  std::vector<bool> raised(m_contacts.size());
-  std::transform(m_contacts.begin(), m_contacts.end(), raised.begin(), isIdle);
-  for (std::size_t round = 0; round < idle; ++round) {
-    const std::vector<double> change = BalancedChange(raised);
-    if (change.empty()) return;
-    double most = std::numeric_limits<double>::infinity();
-    bool isAllowed = true;
-    for (std::size_t k = 0; k < m_contacts.size(); ++k) {
-      const bool isDropped = !raised[k] && isIdle(m_contacts[k]);
-      if (raised[k] && !(change[k] > kRounding)) raised[k] = isAllowed = false;
-      if (!isDropped && change[k] < 0.0) most = std::min(most, m_contacts[k].multiplier / -change[k]);
+class Proof {
+ public:
+  explicit Proof(const CertificateQuestion& question)
+      : m_question(question),
+        m_extent(ExtentOf(question)),
+        m_unit(UnitFor(m_extent)),
+        m_length(m_unit * question.length),
+        m_feature(question.feature, m_unit) {
+    m_extent *= m_unit;
+    for (int k = 0; k <= kMiddle; ++k) {
+      if (IsFree(k)) m_free[m_count++] = k;
     }
-    if (!isAllowed) continue;
-    if (std::isfinite(most))
-      for (std::size_t k = 0; k < m_contacts.size(); ++k) m_contacts[k].multiplier += 0.5 * most * change[k];
-    return;
   }
-}
 
-// The change of the multipliers next to 1 for each that is to be raised and to 0 for the others, with no change of the
-// weighted gradients and of the sum; those that are 0 and not to be raised stay. Empty where there is none.
-std::vector<double> Proof::BalancedChange(const std::vector<bool>& raised) const {
-  constexpr int kColumns = kMost + 1;
-  const std::size_t contacts = m_contacts.size();
-  const int columns = m_count + 1;
-  const int rows = std::max(static_cast<int>(contacts), columns);
-  std::vector<double> basis(static_cast<std::size_t>(rows) * kColumns);
-  std::vector<double> change(contacts);
-  for (std::size_t k = 0; k < contacts; ++k) {
-    change[k] = raised[k] ? 1.0 : 0.0;
-    if (!raised[k] && m_contacts[k].multiplier == 0.0) continue;
-    for (int i = 0; i < m_count; ++i) basis[k * kColumns + i] = m_contacts[k].jet.first[i].high;
-    basis[k * kColumns + m_count] = 1.0;
+  // The result in the unit of the points.
+  Certificate Passed() const {
+    Certificate result = m_result;
+    for (double* length : {&result.gap, &result.radius, &result.value, &result.excess, &result.offBoundary})
+      *length /= m_unit;
+    result.curvature *= m_unit;
+    return result;
   }
-  double values[kColumns];
-  double v[kColumns][kColumns];
-  if (!DecomposeSingular(basis.data(), rows, columns, kColumns, values, v[0], kColumns, kRounding, DBL_MIN)) return {};
-  for (int c = 0; c < columns; ++c) {
-    if (values[c] == 0.0) continue;
-    double share = 0.0;
-    for (std::size_t k = 0; k < contacts; ++k) share += basis[k * kColumns + c] * change[k];
-    for (std::size_t k = 0; k < contacts; ++k) change[k] -= share * basis[k * kColumns + c];
-  }
-  return change;
-}
 
-// With multipliers that add up to 1 to all digits.
-void Proof::WeightContacts() {
-  DoubleDouble sum;
-  for (const Contact& contact : m_contacts) sum = sum + DoubleDouble{contact.multiplier};
-  DoubleDouble gradient[kMost];
-  for (Contact& contact : m_contacts) {
-    const DoubleDouble multiplier = DoubleDouble{contact.multiplier} / sum;
-    contact.multiplier = multiplier.high;
-    for (int i = 0; i < m_count; ++i) {
-      gradient[i] = gradient[i] + multiplier * contact.jet.first[i];
-      for (int j = 0; j <= i; ++j) m_hessian.at[i][j] += contact.multiplier * contact.jet.second[i][j].high;
+  Certificate FailedAt(CertificateCheck check) const {
+    Certificate result = Passed();
+    result.failed = check;
+    return result;
+  }
+
+  // The checks follow in their order; each puts its numbers into the result.
+
+  bool IsFinite() const {
+    const Feature& f = m_question.feature;
+    return IsSupported(f.kind, m_question.criterion) && m_question.points.Size() > 0 && std::isfinite(m_extent) &&
+           shapes::IsFinite(f.frame.x) && shapes::IsFinite(f.frame.z) && std::isfinite(f.size[0]) &&
+           std::isfinite(f.size[1]) && m_question.length > 0.0 && std::isfinite(m_length);
+  }
+
+  bool IsWithinBoundary() {
+    DoubleDouble smallest = DeviationOf(m_question.points[0]);
+    DoubleDouble largest = smallest;
+    for (std::size_t i = 1; i < m_question.points.Size(); ++i) {
+      const DoubleDouble deviation = DeviationOf(m_question.points[i]);
+      if (!(deviation.high - deviation.high == 0.0)) return false;
+      if (deviation < smallest) smallest = deviation;
+      if (largest < deviation) largest = deviation;
     }
-    m_slack += contact.multiplier * contact.slack;
-    m_largestSlack = std::max(m_largestSlack, contact.slack);
-  }
-  for (int i = 0; i < m_count; ++i) {
-    m_gradient[i] = gradient[i].high;
-    for (int j = 0; j < i; ++j) m_hessian.at[j][i] = m_hessian.at[i][j];
-  }
-  m_result.balance = NormOf(m_gradient, m_count);
-}
-
-void Proof::Accept(double gap, double radius, const Split& split) {
-  m_result.failed = CertificateCheck::passed;
-  m_result.gap = gap;
-  m_result.radius = radius;
-  m_result.isGlobal = radius == std::numeric_limits<double>::infinity();
-  m_result.growth = split.growth;
-  m_result.curvature = split.curvature;
-}
-
-bool Proof::IsGlobal() {
-  const double value = m_boundary.high;
-  Split whole;
-  double gap = std::numeric_limits<double>::infinity();
-  if (m_question.criterion != ContactCriterion::inscribed && value <= m_length) {
-    gap = value;
-  } else if (m_count == 0) {
-    gap = m_largestSlack;
-  } else if (MakeSplits()) {
-    whole = m_splits.back();
-    if (IsConvex()) gap = m_slack + 2.0 * value * m_result.balance;
-    if (IsSlab() && whole.growth - m_result.balance >= value / m_extent) gap = m_largestSlack;
-  }
-  if (!(gap <= m_length)) return false;
-  Accept(gap, std::numeric_limits<double>::infinity(), whole);
-  return true;
-}
-
-// The singular values of A, and everything else in the axes that belong to them.
-bool Proof::MakeSplits() {
-  const int rows = std::max(static_cast<int>(m_contacts.size()), m_count);
-  std::vector<double> a(static_cast<std::size_t>(rows) * kMost);
-  for (std::size_t i = 0; i < m_contacts.size(); ++i)
-    for (int j = 0; j < m_count; ++j) a[i * kMost + j] = m_contacts[i].multiplier * m_contacts[i].jet.first[j].high;
-  double values[kMost];
-  Matrix v;
-  if (m_count > 0 && !DecomposeSingular(a.data(), rows, m_count, kMost, values, v.at[0], kMost, 0.0, DBL_MIN))
-    return false;
-  for (int k = 0; k < m_count; ++k) {
-    const int largest = static_cast<int>(std::max_element(values, values + m_count) - values);
-    m_singular[k] = values[largest];
-    values[largest] = -1.0;
-    for (int i = 0; i < m_count; ++i) m_axes.at[i][k] = v.at[i][largest];
-  }
-  for (int k = 0; k < m_count; ++k) {
-    double product[kMost] = {};
-    for (int i = 0; i < m_count; ++i) {
-      m_balanceAlong[k] += m_axes.at[i][k] * m_gradient[i];
-      for (int j = 0; j < m_count; ++j) product[i] += m_hessian.at[i][j] * m_axes.at[j][k];
+    const DoubleDouble stated = m_feature.Size(m_question.feature.kind == FeatureKind::torus ? 1 : 0);
+    switch (m_question.criterion) {
+      case ContactCriterion::zone:
+      case ContactCriterion::oneSidedZone:
+        if (IsOneSided()) m_result.excess = std::min((-smallest).high, largest.high);
+        if (IsFree(kMiddle) || IsOneSided()) m_middle = DoubleDouble{0.5} * (smallest + largest);
+        largest = largest - m_middle;
+        smallest = smallest - m_middle;
+        m_boundary = largest < -smallest ? -smallest : largest;
+        m_result.value = m_boundary.high;
+        return std::fabs(m_result.excess) <= m_length;
+      case ContactCriterion::circumscribed:
+        m_result.excess = (largest - stated).high;
+        m_boundary = stated < largest ? largest : stated;
+        m_result.value = m_boundary.high;
+        break;
+      case ContactCriterion::inscribed:
+        m_result.excess = (stated - smallest).high;
+        m_boundary = -(stated < smallest ? stated : smallest);
+        m_result.value = -m_boundary.high;
+        break;
     }
-    for (int l = 0; l < m_count; ++l)
-      for (int i = 0; i < m_count; ++i) m_turned.at[l][k] += m_axes.at[i][l] * product[i];
+    return m_result.excess <= m_length;
   }
-  for (int along = 0; along <= m_count; ++along) m_splits.push_back(SplitAt(along));
-  return true;
-}
 
-Split Proof::SplitAt(int along) const {
-  const int n = m_count;
-  Split split{.along = along, .across = n - along};
-  if (along > 0) split.growth = 0.5 * (m_singular[along - 1] - kRounding * m_singular[0]);
-  split.gradientAlong = NormOf(m_balanceAlong, along);
-  split.gradientAcross = NormOf(m_balanceAlong + along, n - along);
-  split.coupled = m_turned.Norm(0, along, along, n);
-  split.stiffness = m_turned.Norm(0, along, 0, along);
-  if (along == n) return split;
-  double values[kMost];
-  const bool found = DecomposeSymmetric(&m_turned.at[along][along], n - along, kMost, values, nullptr, 0);
-  split.curvature =
-      found ? values[0] - kRounding * m_turned.Norm(0, n, 0, n) : -std::numeric_limits<double>::infinity();
-  return split;
-}
+  bool HasContacts() {
+    for (int k = 0; k < m_question.count; ++k) {
+      const ContactPoint& given = m_question.contacts[k];
+      Contact contact;
+      contact.local = m_feature.Local(m_question.points[given.index]);
+      contact.side = SideOf(given);
+      contact.multiplier = given.multiplier;
+      const DoubleDouble deviation = DeviationOf(m_question.points[given.index]);
+      contact.slack = (m_boundary - DoubleDouble{contact.side} * deviation).high;
+      // What only touches by a coarser measure proves nothing, and is not needed.
+      if (given.multiplier == 0.0 && !(contact.slack <= m_length)) continue;
+      if (!(contact.slack <= m_result.offBoundary)) m_result.offBoundary = contact.slack;
+      if (!(contact.slack <= m_length)) return false;
+      m_contacts.push_back(contact);
+    }
+    return true;
+  }
 
-BoxCurvature Proof::CurvatureWithin(double radius) const {
-  BoxCurvature box;
-  Interval sum[kMost][kMost];
-  for (const Contact& contact : m_contacts) {
-    const Jet<Interval> jet = JetOf(contact, Interval{-radius, radius});
-    const Interval multiplier{contact.multiplier, contact.multiplier};
-    Matrix magnitude;
-    for (int i = 0; i < m_count; ++i) {
-      for (int j = 0; j <= i; ++j) {
-        sum[i][j] = sum[i][j] + multiplier * jet.second[i][j];
-        magnitude.at[i][j] = magnitude.at[j][i] = Magnitude(jet.second[i][j]);
+  bool HasMultipliers() {
+    bool areValid = true;
+    for (const Contact& contact : m_contacts) {
+      m_result.multiplierSum += contact.multiplier;
+      if (!(contact.multiplier >= 0.0)) areValid = false;
+    }
+    if (!areValid || !(std::fabs(m_result.multiplierSum - 1.0) <= kSumTolerance)) return false;
+    for (Contact& contact : m_contacts) contact.jet = JetOf(contact, DoubleDouble{});
+    SpreadMultipliers();
+    std::erase_if(m_contacts, [](const Contact& contact) { return !(contact.multiplier > 0.0); });
+    WeightContacts();
+    return true;
+  }
+
+  bool IsGlobal() {
+    const double value = m_boundary.high;
+    Split whole;
+    double gap = std::numeric_limits<double>::infinity();
+    if (m_question.criterion != ContactCriterion::inscribed && value <= m_length) {
+      gap = value;
+    } else if (m_count == 0) {
+      gap = m_largestSlack;
+    } else if (MakeSplits()) {
+      whole = m_splits.back();
+      if (IsConvex()) gap = m_slack + 2.0 * value * m_result.balance;
+      if (IsSlab() && whole.growth - m_result.balance >= value / m_extent) gap = m_largestSlack;
+    }
+    if (!(gap <= m_length)) return false;
+    Accept(gap, std::numeric_limits<double>::infinity(), whole);
+    return true;
+  }
+
+  // The largest of some radii, by powers of 4, within which no more than rounding is lost; otherwise the largest within
+  // which no more than the length is. What is lost must be little beside the radius, or the proof is none.
+  bool HasNeighbourhood() {
+    constexpr double kStep = 0.25;
+    constexpr int kRadii = 40;
+    const double rounding = m_largestSlack + 8.0 * DBL_EPSILON * m_extent;
+    const double stiffness = m_turned.Norm(0, m_count, 0, m_count);
+    double radius = kStep * m_extent;
+    bool found = false;
+    const double least = kLeastRadius * std::min(m_length, rounding);
+    for (int step = 0; step < kRadii && radius >= least; ++step, radius *= kStep) {
+      const BoxCurvature box = CurvatureWithin(radius);
+      for (const Split& split : m_splits) {
+        if (split.along > 0 && !(split.growth > 0.0)) continue;
+        if (split.across > 0 && !(split.curvature >= -kFlat * stiffness)) continue;
+        const double loss = LossOf(split, box, radius);
+        const bool isRounding = loss <= rounding;
+        if (!(loss <= std::min(m_length, radius / kLeastRadius)) || (found && !isRounding)) continue;
+        Accept(loss, radius, split);
+        found = true;
+        if (isRounding) return true;
       }
     }
-    box.largest = std::max(box.largest, magnitude.Norm(0, m_count, 0, m_count));
+    return found;
   }
-  Matrix change;
-  for (int i = 0; i < m_count; ++i) {
-    for (int j = 0; j <= i; ++j) {
-      const double here = m_hessian.at[i][j];
-      change.at[i][j] = change.at[j][i] = Magnitude(sum[i][j] - Interval{here, here});
+
+  // So far that no more than the length is lost within the least radius.
+  bool IsBalanced() const { return m_result.balance * kLeastRadius <= 1.0; }
+
+ private:
+  // The deviation from the feature moved by u, or the distance where that is the radius in question.
+  template<class T>
+  T DeviationOf(const WideVec3& local, const T (&u)[kUnknowns + 1]) const {
+    const T distance = m_feature.Distance(local, u);
+    if (!IsZone()) return distance;
+    if (m_feature.HasRadius()) return distance - (Constant(m_feature.Size(0) + m_middle, u[0]) + u[kSize0]);
+    return distance - (Constant(m_middle, u[0]) + u[kMiddle]);
+  }
+
+  DoubleDouble DeviationOf(const double* point) const {
+    const DoubleDouble none[kUnknowns + 1] = {};
+    return DeviationOf(m_feature.Local(point), none);
+  }
+
+  // Only a zone has two boundaries, and distances from a line or a circle in space have one side.
+  double SideOf(const ContactPoint& given) const {
+    const FeatureKind kind = m_question.feature.kind;
+    if (m_question.criterion == ContactCriterion::inscribed) return -1.0;
+    const bool isOuter = m_question.criterion == ContactCriterion::circumscribed || kind == FeatureKind::line ||
+                         kind == FeatureKind::circleInSpace;
+    return isOuter || given.side >= 0.0 ? 1.0 : -1.0;
+  }
+
+  // Angles times the extent of the points are lengths.
+  template<class Number>
+  Jet<Number> JetOf(const Contact& contact, Number range) const {
+    Jet<Number> u[kUnknowns + 1];
+    for (Jet<Number>& unknown : u) unknown = Jet<Number>(m_count);
+    for (int k = 0; k < m_count; ++k) {
+      const bool isLength =
+          !IsAngle(m_free[k]) && !(m_free[k] == kSize1 && m_question.feature.kind == FeatureKind::cone);
+      const DoubleDouble perLength{isLength || m_extent == 0.0 ? 1.0 : 1.0 / m_extent};
+      u[m_free[k]].first[k] = Constant(perLength, Number{});
+      u[m_free[k]].value = Constant(perLength, Number{}) * range;
+    }
+    return Constant({contact.side}, u[0]) * DeviationOf(contact.local, u);
+  }
+
+  bool IsOneSided() const { return m_question.criterion == ContactCriterion::oneSidedZone; }
+  bool IsZone() const { return m_question.criterion == ContactCriterion::zone || IsOneSided(); }
+
+  // Which size is the boundary of a circumscribed or inscribed feature, and not an unknown: that of the tube of a
+  // torus, and the radius of others.
+  bool IsFree(int unknown) const {
+    const CertificateQuestion& q = m_question;
+    if (unknown == kMiddle) return q.feature.kind == FeatureKind::cone && q.feature.bothNappes;
+    const bool isTorus = q.feature.kind == FeatureKind::torus;
+    if (unknown == kSize1 && isTorus) return false;
+    if (unknown == kSize0 && !isTorus && !IsZone()) return false;
+    return (q.free & UnknownsOf(q.feature.kind) & (1U << unknown)) != 0;
+  }
+
+  bool HasFreeAngle() const { return std::any_of(m_free, m_free + m_count, IsAngle); }
+
+  bool IsConvex() const {
+    const FeatureKind kind = m_question.feature.kind;
+    if (HasFreeAngle() || kind == FeatureKind::torus || kind == FeatureKind::circleInSpace) return false;
+    return IsSlab() || kind == FeatureKind::line || m_question.criterion == ContactCriterion::circumscribed;
+  }
+
+  bool IsSlab() const {
+    return m_question.feature.kind == FeatureKind::plane || m_question.feature.kind == FeatureKind::lineInPlane;
+  }
+
+  // Contacts without a multiplier hold the feature as well, and growth is proved by those that have one. What is left
+  // of the wish to raise them all, once its part that changes the balance or the sum is taken away, gives them a share;
+  // it goes half of the way to where another multiplier vanishes.
+  void SpreadMultipliers() {
+    const auto isIdle = [](const Contact& contact) { return contact.multiplier == 0.0; };
+    const std::size_t idle = static_cast<std::size_t>(std::count_if(m_contacts.begin(), m_contacts.end(), isIdle));
+    if (idle == 0 || idle == m_contacts.size() || m_contacts.size() > kMostSpread) return;
+    std::vector<bool> raised(m_contacts.size());
+    std::transform(m_contacts.begin(), m_contacts.end(), raised.begin(), isIdle);
+    for (std::size_t round = 0; round < idle; ++round) {
+      const std::vector<double> change = BalancedChange(raised);
+      if (change.empty()) return;
+      double most = std::numeric_limits<double>::infinity();
+      bool isAllowed = true;
+      for (std::size_t k = 0; k < m_contacts.size(); ++k) {
+        const bool isDropped = !raised[k] && isIdle(m_contacts[k]);
+        if (raised[k] && !(change[k] > kRounding)) raised[k] = isAllowed = false;
+        if (!isDropped && change[k] < 0.0) most = std::min(most, m_contacts[k].multiplier / -change[k]);
+      }
+      if (!isAllowed) continue;
+      if (std::isfinite(most))
+        for (std::size_t k = 0; k < m_contacts.size(); ++k) m_contacts[k].multiplier += 0.5 * most * change[k];
+      return;
     }
   }
-  box.change = change.Norm(0, m_count, 0, m_count);
-  return box;
-}
 
-// An upper bound of the gap within the radius, for the best of some t. Bounds that are infinite make it so, or NaN.
-double Proof::LossOf(const Split& split, const BoxCurvature& box, double radius) const {
-  const double spare = split.curvature - box.change;
-  const double most = split.across == 0 ? 1.0 : spare > 0.0 ? spare / (spare + box.largest) : 0.0;
-  double best = std::numeric_limits<double>::infinity();
-  if (!(box.largest + box.change < best)) return best;
-  for (const double t : {0.0, 0.5 * most, most}) {
-    double loss = (1.0 - t) * m_slack + t * m_largestSlack;
-    if (split.along > 0) {
-      const double bend = (1.0 - t) * (split.coupled + 0.5 * (split.stiffness + box.change)) + 0.5 * t * box.largest;
-      loss += radius * Positive(split.gradientAlong + radius * bend - t * split.growth);
+  // The change of the multipliers next to 1 for each that is to be raised and to 0 for the others, with no change of
+  // the weighted gradients and of the sum; those that are 0 and not to be raised stay. Empty where there is none.
+  std::vector<double> BalancedChange(const std::vector<bool>& raised) const {
+    constexpr int kColumns = kMost + 1;
+    const std::size_t contacts = m_contacts.size();
+    const int columns = m_count + 1;
+    const int rows = std::max(static_cast<int>(contacts), columns);
+    std::vector<double> basis(static_cast<std::size_t>(rows) * kColumns);
+    std::vector<double> change(contacts);
+    for (std::size_t k = 0; k < contacts; ++k) {
+      change[k] = raised[k] ? 1.0 : 0.0;
+      if (!raised[k] && m_contacts[k].multiplier == 0.0) continue;
+      for (int i = 0; i < m_count; ++i) basis[k * kColumns + i] = m_contacts[k].jet.first[i].high;
+      basis[k * kColumns + m_count] = 1.0;
     }
-    if (split.across > 0) {
-      const double curvature = 0.5 * ((1.0 - t) * spare - t * box.largest);
-      const double slope = split.gradientAcross;
-      const bool turns = slope <= 2.0 * curvature * radius;  // within the radius, the loss turns back
-      loss +=
-          turns && slope > 0.0 ? slope * slope / (4.0 * curvature) : Positive(radius * (slope - radius * curvature));
+    double values[kColumns];
+    double v[kColumns][kColumns];
+    if (!DecomposeSingular(basis.data(), rows, columns, kColumns, values, v[0], kColumns, kRounding, DBL_MIN))
+      return {};
+    for (int c = 0; c < columns; ++c) {
+      if (values[c] == 0.0) continue;
+      double share = 0.0;
+      for (std::size_t k = 0; k < contacts; ++k) share += basis[k * kColumns + c] * change[k];
+      for (std::size_t k = 0; k < contacts; ++k) change[k] -= share * basis[k * kColumns + c];
     }
-    if (loss < best) best = loss;
+    return change;
   }
-  return best;
-}
 
-// The largest of some radii, by powers of 4, within which no more than rounding is lost; otherwise the largest within
-// which no more than the length is. What is lost must be little beside the radius, or the proof is none.
-bool Proof::HasNeighbourhood() {
-  constexpr double kStep = 0.25;
-  constexpr int kRadii = 40;
-  const double rounding = m_largestSlack + 8.0 * DBL_EPSILON * m_extent;
-  const double stiffness = m_turned.Norm(0, m_count, 0, m_count);
-  double radius = kStep * m_extent;
-  bool found = false;
-  const double least = kLeastRadius * std::min(m_length, rounding);
-  for (int step = 0; step < kRadii && radius >= least; ++step, radius *= kStep) {
-    const BoxCurvature box = CurvatureWithin(radius);
-    for (const Split& split : m_splits) {
-      if (split.along > 0 && !(split.growth > 0.0)) continue;
-      if (split.across > 0 && !(split.curvature >= -kFlat * stiffness)) continue;
-      const double loss = LossOf(split, box, radius);
-      const bool isRounding = loss <= rounding;
-      if (!(loss <= std::min(m_length, radius / kLeastRadius)) || (found && !isRounding)) continue;
-      Accept(loss, radius, split);
-      found = true;
-      if (isRounding) return true;
+  // With multipliers that add up to 1 to all digits.
+  void WeightContacts() {
+    DoubleDouble sum;
+    for (const Contact& contact : m_contacts) sum = sum + DoubleDouble{contact.multiplier};
+    DoubleDouble gradient[kMost];
+    for (Contact& contact : m_contacts) {
+      const DoubleDouble multiplier = DoubleDouble{contact.multiplier} / sum;
+      contact.multiplier = multiplier.high;
+      for (int i = 0; i < m_count; ++i) {
+        gradient[i] = gradient[i] + multiplier * contact.jet.first[i];
+        for (int j = 0; j <= i; ++j) m_hessian.at[i][j] += contact.multiplier * contact.jet.second[i][j].high;
+      }
+      m_slack += contact.multiplier * contact.slack;
+      m_largestSlack = std::max(m_largestSlack, contact.slack);
     }
+    for (int i = 0; i < m_count; ++i) {
+      m_gradient[i] = gradient[i].high;
+      for (int j = 0; j < i; ++j) m_hessian.at[j][i] = m_hessian.at[i][j];
+    }
+    m_result.balance = NormOf(m_gradient, m_count);
   }
-  return found;
-}
 
-// So far that no more than the length is lost within the least radius.
-bool Proof::IsBalanced() const {
-  return m_result.balance * kLeastRadius <= 1.0;
-}
+  // The singular values of A, and everything else in the axes that belong to them.
+  bool MakeSplits() {
+    const int rows = std::max(static_cast<int>(m_contacts.size()), m_count);
+    std::vector<double> a(static_cast<std::size_t>(rows) * kMost);
+    for (std::size_t i = 0; i < m_contacts.size(); ++i)
+      for (int j = 0; j < m_count; ++j) a[i * kMost + j] = m_contacts[i].multiplier * m_contacts[i].jet.first[j].high;
+    double values[kMost];
+    Matrix v;
+    if (m_count > 0 && !DecomposeSingular(a.data(), rows, m_count, kMost, values, v.at[0], kMost, 0.0, DBL_MIN))
+      return false;
+    for (int k = 0; k < m_count; ++k) {
+      const int largest = static_cast<int>(std::max_element(values, values + m_count) - values);
+      m_singular[k] = values[largest];
+      values[largest] = -1.0;
+      for (int i = 0; i < m_count; ++i) m_axes.at[i][k] = v.at[i][largest];
+    }
+    for (int k = 0; k < m_count; ++k) {
+      double product[kMost] = {};
+      for (int i = 0; i < m_count; ++i) {
+        m_balanceAlong[k] += m_axes.at[i][k] * m_gradient[i];
+        for (int j = 0; j < m_count; ++j) product[i] += m_hessian.at[i][j] * m_axes.at[j][k];
+      }
+      for (int l = 0; l < m_count; ++l)
+        for (int i = 0; i < m_count; ++i) m_turned.at[l][k] += m_axes.at[i][l] * product[i];
+    }
+    for (int along = 0; along <= m_count; ++along) m_splits.push_back(SplitAt(along));
+    return true;
+  }
 
-Certificate Proof::FailedAt(CertificateCheck check) const {
-  Certificate result = Passed();
-  result.failed = check;
-  return result;
-}
+  Split SplitAt(int along) const {
+    const int n = m_count;
+    Split split{.along = along, .across = n - along};
+    if (along > 0) split.growth = 0.5 * (m_singular[along - 1] - kRounding * m_singular[0]);
+    split.gradientAlong = NormOf(m_balanceAlong, along);
+    split.gradientAcross = NormOf(m_balanceAlong + along, n - along);
+    split.coupled = m_turned.Norm(0, along, along, n);
+    split.stiffness = m_turned.Norm(0, along, 0, along);
+    if (along == n) return split;
+    double values[kMost];
+    const bool found = DecomposeSymmetric(&m_turned.at[along][along], n - along, kMost, values, nullptr, 0);
+    split.curvature =
+        found ? values[0] - kRounding * m_turned.Norm(0, n, 0, n) : -std::numeric_limits<double>::infinity();
+    return split;
+  }
 
-// The result in the unit of the points.
-Certificate Proof::Passed() const {
-  Certificate result = m_result;
-  for (double* length : {&result.gap, &result.radius, &result.value, &result.excess, &result.offBoundary})
-    *length /= m_unit;
-  result.curvature *= m_unit;
-  return result;
-}
+  BoxCurvature CurvatureWithin(double radius) const {
+    BoxCurvature box;
+    Interval sum[kMost][kMost];
+    for (const Contact& contact : m_contacts) {
+      const Jet<Interval> jet = JetOf(contact, Interval{-radius, radius});
+      const Interval multiplier{contact.multiplier, contact.multiplier};
+      Matrix magnitude;
+      for (int i = 0; i < m_count; ++i) {
+        for (int j = 0; j <= i; ++j) {
+          sum[i][j] = sum[i][j] + multiplier * jet.second[i][j];
+          magnitude.at[i][j] = magnitude.at[j][i] = Magnitude(jet.second[i][j]);
+        }
+      }
+      box.largest = std::max(box.largest, magnitude.Norm(0, m_count, 0, m_count));
+    }
+    Matrix change;
+    for (int i = 0; i < m_count; ++i) {
+      for (int j = 0; j <= i; ++j) {
+        const double here = m_hessian.at[i][j];
+        change.at[i][j] = change.at[j][i] = Magnitude(sum[i][j] - Interval{here, here});
+      }
+    }
+    box.change = change.Norm(0, m_count, 0, m_count);
+    return box;
+  }
+
+  // An upper bound of the gap within the radius, for the best of some t. Bounds that are infinite make it so, or NaN.
+  double LossOf(const Split& split, const BoxCurvature& box, double radius) const {
+    const double spare = split.curvature - box.change;
+    const double most = split.across == 0 ? 1.0 : spare > 0.0 ? spare / (spare + box.largest) : 0.0;
+    double best = std::numeric_limits<double>::infinity();
+    if (!(box.largest + box.change < best)) return best;
+    for (const double t : {0.0, 0.5 * most, most}) {
+      double loss = (1.0 - t) * m_slack + t * m_largestSlack;
+      if (split.along > 0) {
+        const double bend = (1.0 - t) * (split.coupled + 0.5 * (split.stiffness + box.change)) + 0.5 * t * box.largest;
+        loss += radius * Positive(split.gradientAlong + radius * bend - t * split.growth);
+      }
+      if (split.across > 0) {
+        const double curvature = 0.5 * ((1.0 - t) * spare - t * box.largest);
+        const double slope = split.gradientAcross;
+        const bool turns = slope <= 2.0 * curvature * radius;  // within the radius, the loss turns back
+        loss +=
+            turns && slope > 0.0 ? slope * slope / (4.0 * curvature) : Positive(radius * (slope - radius * curvature));
+      }
+      if (loss < best) best = loss;
+    }
+    return best;
+  }
+
+  void Accept(double gap, double radius, const Split& split) {
+    m_result.failed = CertificateCheck::passed;
+    m_result.gap = gap;
+    m_result.radius = radius;
+    m_result.isGlobal = radius == std::numeric_limits<double>::infinity();
+    m_result.growth = split.growth;
+    m_result.curvature = split.curvature;
+  }
+
+  const CertificateQuestion& m_question;
+  double m_extent = 0.0;  // of the points about the origin; NaN or infinite where one is not finite
+  double m_unit = 1.0;
+  double m_length;
+  CertifiedFeature m_feature;
+  int m_free[kMost] = {};  // the free unknowns
+  int m_count = 0;         // of them
+  DoubleDouble m_boundary;
+  DoubleDouble m_middle;
+  std::vector<Contact> m_contacts;
+  double m_slack = 0.0;         // s
+  double m_largestSlack = 0.0;  // S
+  double m_gradient[kMost] = {};
+  Matrix m_hessian;
+  Matrix m_axes;                  // columns: directions of the unknowns, by descending singular value
+  double m_singular[kMost] = {};  // the singular values
+  double m_balanceAlong[kMost] = {};
+  Matrix m_turned;  // H in the axes
+  std::vector<Split> m_splits;
+  Certificate m_result;
+};
 
 }  // namespace
 

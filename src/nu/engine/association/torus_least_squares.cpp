@@ -73,212 +73,197 @@ class TorusStarts {
   explicit TorusStarts(std::vector<Vec3> points) : m_points(std::move(points)) {}
 
   // The least sum first.
-  const std::vector<Start>& Find();
+  const std::vector<Start>& Find() {
+    if (!FindPrincipalFrame()) return m_starts;
+    AddAboutAxes();
+    AddFromPatch();
+    AddFromTube();
+    AddFromCylinders();
+    std::stable_sort(m_starts.begin(), m_starts.end(),
+                     [](const Start& a, const Start& b) { return a.squares < b.squares; });
+    return m_starts;
+  }
 
  private:
-  bool FindPrincipalFrame();
+  bool FindPrincipalFrame() {
+    double moments[9] = {};
+    for (const Vec3& p : m_points) {
+      const double at[3] = {p.x, p.y, p.z};
+      for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j) moments[3 * i + j] += at[i] * at[j];
+    }
+    double values[3], vectors[9];
+    if (!linear::DecomposeSymmetric(moments, 3, 3, values, vectors, 3)) return false;
+    for (int k = 0; k < 3; ++k) m_axis[k] = Unit({vectors[k], vectors[3 + k], vectors[6 + k]});
+    return true;
+  }
+
   template<class Visit>
-  void ForDirections(Visit visit) const;
-  void AddAboutAxes();
-  void AddAboutAxis(const Vec3& through, const Vec3& direction);
-  Vec3 CentreAcross(const Vec3& direction) const;
-  void AddFromPatch();
-  void AddFromCurvatures(const Vec3& foot, const Vec3& normal, const Vec3& along, double tube, double other);
-  void AddFromTube();
-  void AddFromCylinders();
-  void AddBent(const Feature& cylinder);
-  void Add(const Feature& torus);
+  void ForDirections(Visit visit) const {
+    const int reach = m_points.size() <= kFewPoints ? 2 : 1;
+    for (int i = -reach; i <= reach; ++i) {
+      for (int j = -reach; j <= reach; ++j) {
+        for (int k = 0; k <= reach; ++k) {
+          // One of each two opposite directions, and none twice.
+          if (k == 0 && (j < 0 || (j == 0 && i <= 0))) continue;
+          if (i % 2 == 0 && j % 2 == 0 && k % 2 == 0) continue;
+          visit(Unit(double(i) * m_axis[2] + (double(j) * m_axis[1] + double(k) * m_axis[0])));
+        }
+      }
+    }
+  }
+
+  void AddAboutAxes() {
+    ForDirections([this](const Vec3& direction) {
+      AddAboutAxis({}, direction);
+      AddAboutAxis(CentreAcross(direction), direction);
+    });
+  }
+
+  void AddAboutAxis(const Vec3& through, const Vec3& direction) {
+    const AxisFrame f = AxisFrame::Along(through, direction);
+    double a[3][3] = {}, b[3] = {}, x[3];
+    for (const Vec3& p : m_points) {
+      const Vec3 q = f.Local(p);
+      const double row[3] = {Hypot(q.x, q.y), q.z, 1.0};
+      for (int i = 0; i < 3; ++i) {
+        b[i] += row[i] * (row[0] * row[0] + q.z * q.z);
+        for (int j = 0; j < 3; ++j) a[i][j] += row[i] * row[j];
+      }
+    }
+    if (!(linear::SolvePositive(a, b, x) > 0.0)) return;
+    const double major = 0.5 * x[0];
+    const double height = 0.5 * x[1];
+    Add(TorusAt(f.origin + height * f.z, direction, major, std::sqrt(x[2] + major * major + height * height)));
+  }
+
+  // The regression of the squared distance from the mean on the coordinates across.
+  Vec3 CentreAcross(const Vec3& direction) const {
+    const AxisFrame f = AxisFrame::Along({}, direction);
+    double a[3][3] = {}, b[3] = {}, x[3];
+    for (const Vec3& p : m_points) {
+      const Vec3 q = f.Local(p);
+      const double row[3] = {q.x, q.y, 1.0};
+      for (int i = 0; i < 3; ++i) {
+        b[i] += row[i] * (q.x * q.x + q.y * q.y);
+        for (int j = 0; j < 3; ++j) a[i][j] += row[i] * row[j];
+      }
+    }
+    if (!(linear::SolvePositive(a, b, x) > 0.0)) return {};
+    return 0.5 * (x[0] * f.x + x[1] * f.y);
+  }
+
+  void AddFromPatch() {
+    constexpr int kTerms = 6;
+    const AxisFrame f = AxisFrame::Along({}, m_axis[0], m_axis[2]);
+    double a[kTerms][kTerms] = {}, b[kTerms] = {}, c[kTerms];
+    for (const Vec3& p : m_points) {
+      const Vec3 q = f.Local(p);
+      const double row[kTerms] = {1.0, q.x, q.y, 0.5 * q.x * q.x, q.x * q.y, 0.5 * q.y * q.y};
+      for (int i = 0; i < kTerms; ++i) {
+        b[i] += row[i] * q.z;
+        for (int j = 0; j < kTerms; ++j) a[i][j] += row[i] * row[j];
+      }
+    }
+    if (!(linear::SolvePositive(a, b, c) > 0.0)) return;
+    const double form[4] = {c[3], c[4], c[4], c[5]};
+    double k[2], v[4];
+    if (!linear::DecomposeSymmetric(form, 2, 2, k, v, 2)) return;
+    const Vec3 first = v[0] * f.x + v[2] * f.y;
+    const Vec3 second = v[1] * f.x + v[3] * f.y;
+    const Vec3 foot = f.origin + c[0] * f.z;
+    AddFromCurvatures(foot, f.z, first, k[0], k[1]);
+    AddFromCurvatures(foot, f.z, second, k[1], k[0]);
+  }
+
+  // `along` is the direction around the tube, whose curvature towards the normal is `tube`.
+  void AddFromCurvatures(const Vec3& foot, const Vec3& normal, const Vec3& along, double tube, double other) {
+    constexpr double kAngles[] = {0.0, 0.5, -0.5, 1.0, -1.0, 1.5, -1.5};  // phi, radians
+    const double minor = 1.0 / std::fabs(tube);
+    const Vec3 middle = foot + (1.0 / tube) * normal;
+    const Vec3 onAxis = foot + (1.0 / other) * normal;
+    for (const double phi : kAngles) {
+      const Vec3 axis = Cos(phi) * along + Sin(phi) * normal;
+      const Vec3 outwards = Rejection(middle - onAxis, axis);
+      Add(TorusAt(middle - outwards, axis, std::sqrt(Dot(outwards, outwards)), minor));
+    }
+  }
+
+  void AddFromTube() {
+    PointBlocks blocks({&m_points[0].x, sizeof(Vec3), m_points.size()}, {});
+    const Tube tube = SmallestTube(blocks, TubeStarts::many, kTubeSteps);
+    const TubeDistance& middle = tube.solution.model;
+    if (!(middle.bend > 0.0)) return;
+    Feature torus =
+        TorusAt(middle.frame.origin - middle.Radius() * middle.frame.x, middle.frame.z, middle.Radius(), 0.0);
+    torus.frame.origin = (1.0 / blocks.Scale()) * torus.frame.origin;
+    torus.size[0] /= blocks.Scale();
+    double sum = 0.0;
+    for (const Vec3& p : m_points) sum += DeviationOf(torus, p);
+    torus.size[1] = sum / static_cast<double>(m_points.size());
+    Add(torus);
+  }
+
+  void AddFromCylinders() {
+    std::vector<Start> cylinders;
+    FitProblem problem;
+    problem.points = {&m_points[0].x, sizeof(Vec3), m_points.size()};
+    problem.mostSteps = kCylinderSteps;
+    ForDirections([&](const Vec3& direction) {
+      Feature cylinder;
+      cylinder.kind = FeatureKind::cylinder;
+      const Vec3 centre = CentreAcross(direction);
+      cylinder.frame = AxisFrame::Along(centre, direction);
+      for (const Vec3& p : m_points) {
+        const Vec3 q = cylinder.frame.Local(p);
+        cylinder.size[0] += Hypot(q.x, q.y) / static_cast<double>(m_points.size());
+      }
+      const FittedFeature found = FitFrom(problem, cylinder);
+      if (found.end != FitEnd::noOptimum) cylinders.push_back({found.feature, found.objective});
+    });
+    std::stable_sort(cylinders.begin(), cylinders.end(),
+                     [](const Start& a, const Start& b) { return a.squares < b.squares; });
+    if (cylinders.size() > kMostCylinders) cylinders.resize(kMostCylinders);
+    for (const Start& cylinder : cylinders) AddBent(cylinder.torus);
+  }
+
+  void AddBent(const Feature& cylinder) {
+    constexpr int kTerms = 7;
+    const AxisFrame& f = cylinder.frame;
+    double a[kTerms][kTerms] = {}, b[kTerms] = {}, x[kTerms];
+    for (const Vec3& p : m_points) {
+      const Vec3 q = f.Local(p);
+      const double rho = Hypot(q.x, q.y);
+      if (!(rho > 0.0)) continue;
+      const double c = q.x / rho, s = q.y / rho, half = 0.5 * q.z * q.z;
+      const double row[kTerms] = {1.0, c, s, c * q.z, s * q.z, c * half, s * half};
+      for (int i = 0; i < kTerms; ++i) {
+        b[i] += row[i] * (rho - cylinder.size[0]);
+        for (int j = 0; j < kTerms; ++j) a[i][j] += row[i] * row[j];
+      }
+    }
+    if (!(linear::SolvePositive(a, b, x) > 0.0)) return;
+    const Vec3 bend = x[5] * f.x + x[6] * f.y;
+    const double major = 1.0 / std::sqrt(Dot(bend, bend));
+    const Vec3 inwards = major * bend;
+    Add(TorusAt(f.origin + major * inwards, Cross(f.z, inwards), major, cylinder.size[0]));
+  }
+
+  void Add(const Feature& torus) {
+    if (!(torus.size[0] > 0.0 && torus.size[1] > 0.0) || !IsFinite(torus.frame.origin) || !IsFinite(torus.frame.x))
+      return;
+    Start start{torus, 0.0};
+    for (const Vec3& p : m_points) {
+      const double e = DeviationOf(torus, p);
+      start.squares += e * e;
+    }
+    if (std::isfinite(start.squares)) m_starts.push_back(start);
+  }
 
   std::vector<Vec3> m_points;
   Vec3 m_axis[3];  // by rising spread
   std::vector<Start> m_starts;
 };
-
-void TorusStarts::Add(const Feature& torus) {
-  if (!(torus.size[0] > 0.0 && torus.size[1] > 0.0) || !IsFinite(torus.frame.origin) || !IsFinite(torus.frame.x))
-    return;
-  Start start{torus, 0.0};
-  for (const Vec3& p : m_points) {
-    const double e = DeviationOf(torus, p);
-    start.squares += e * e;
-  }
-  if (std::isfinite(start.squares)) m_starts.push_back(start);
-}
-
-bool TorusStarts::FindPrincipalFrame() {
-  double moments[9] = {};
-  for (const Vec3& p : m_points) {
-    const double at[3] = {p.x, p.y, p.z};
-    for (int i = 0; i < 3; ++i)
-      for (int j = 0; j < 3; ++j) moments[3 * i + j] += at[i] * at[j];
-  }
-  double values[3], vectors[9];
-  if (!linear::DecomposeSymmetric(moments, 3, 3, values, vectors, 3)) return false;
-  for (int k = 0; k < 3; ++k) m_axis[k] = Unit({vectors[k], vectors[3 + k], vectors[6 + k]});
-  return true;
-}
-
-// The regression of the squared distance from the mean on the coordinates across.
-Vec3 TorusStarts::CentreAcross(const Vec3& direction) const {
-  const AxisFrame f = AxisFrame::Along({}, direction);
-  double a[3][3] = {}, b[3] = {}, x[3];
-  for (const Vec3& p : m_points) {
-    const Vec3 q = f.Local(p);
-    const double row[3] = {q.x, q.y, 1.0};
-    for (int i = 0; i < 3; ++i) {
-      b[i] += row[i] * (q.x * q.x + q.y * q.y);
-      for (int j = 0; j < 3; ++j) a[i][j] += row[i] * row[j];
-    }
-  }
-  if (!(linear::SolvePositive(a, b, x) > 0.0)) return {};
-  return 0.5 * (x[0] * f.x + x[1] * f.y);
-}
-
-void TorusStarts::AddAboutAxis(const Vec3& through, const Vec3& direction) {
-  const AxisFrame f = AxisFrame::Along(through, direction);
-  double a[3][3] = {}, b[3] = {}, x[3];
-  for (const Vec3& p : m_points) {
-    const Vec3 q = f.Local(p);
-    const double row[3] = {Hypot(q.x, q.y), q.z, 1.0};
-    for (int i = 0; i < 3; ++i) {
-      b[i] += row[i] * (row[0] * row[0] + q.z * q.z);
-      for (int j = 0; j < 3; ++j) a[i][j] += row[i] * row[j];
-    }
-  }
-  if (!(linear::SolvePositive(a, b, x) > 0.0)) return;
-  const double major = 0.5 * x[0];
-  const double height = 0.5 * x[1];
-  Add(TorusAt(f.origin + height * f.z, direction, major, std::sqrt(x[2] + major * major + height * height)));
-}
-
-template<class Visit>
-void TorusStarts::ForDirections(Visit visit) const {
-  const int reach = m_points.size() <= kFewPoints ? 2 : 1;
-  for (int i = -reach; i <= reach; ++i) {
-    for (int j = -reach; j <= reach; ++j) {
-      for (int k = 0; k <= reach; ++k) {
-        // One of each two opposite directions, and none twice.
-        if (k == 0 && (j < 0 || (j == 0 && i <= 0))) continue;
-        if (i % 2 == 0 && j % 2 == 0 && k % 2 == 0) continue;
-        visit(Unit(double(i) * m_axis[2] + (double(j) * m_axis[1] + double(k) * m_axis[0])));
-      }
-    }
-  }
-}
-
-void TorusStarts::AddAboutAxes() {
-  ForDirections([this](const Vec3& direction) {
-    AddAboutAxis({}, direction);
-    AddAboutAxis(CentreAcross(direction), direction);
-  });
-}
-
-// `along` is the direction around the tube, whose curvature towards the normal is `tube`.
-void TorusStarts::AddFromCurvatures(const Vec3& foot, const Vec3& normal, const Vec3& along, double tube,
-                                    double other) {
-  constexpr double kAngles[] = {0.0, 0.5, -0.5, 1.0, -1.0, 1.5, -1.5};  // phi, radians
-  const double minor = 1.0 / std::fabs(tube);
-  const Vec3 middle = foot + (1.0 / tube) * normal;
-  const Vec3 onAxis = foot + (1.0 / other) * normal;
-  for (const double phi : kAngles) {
-    const Vec3 axis = Cos(phi) * along + Sin(phi) * normal;
-    const Vec3 outwards = Rejection(middle - onAxis, axis);
-    Add(TorusAt(middle - outwards, axis, std::sqrt(Dot(outwards, outwards)), minor));
-  }
-}
-
-void TorusStarts::AddFromPatch() {
-  constexpr int kTerms = 6;
-  const AxisFrame f = AxisFrame::Along({}, m_axis[0], m_axis[2]);
-  double a[kTerms][kTerms] = {}, b[kTerms] = {}, c[kTerms];
-  for (const Vec3& p : m_points) {
-    const Vec3 q = f.Local(p);
-    const double row[kTerms] = {1.0, q.x, q.y, 0.5 * q.x * q.x, q.x * q.y, 0.5 * q.y * q.y};
-    for (int i = 0; i < kTerms; ++i) {
-      b[i] += row[i] * q.z;
-      for (int j = 0; j < kTerms; ++j) a[i][j] += row[i] * row[j];
-    }
-  }
-  if (!(linear::SolvePositive(a, b, c) > 0.0)) return;
-  const double form[4] = {c[3], c[4], c[4], c[5]};
-  double k[2], v[4];
-  if (!linear::DecomposeSymmetric(form, 2, 2, k, v, 2)) return;
-  const Vec3 first = v[0] * f.x + v[2] * f.y;
-  const Vec3 second = v[1] * f.x + v[3] * f.y;
-  const Vec3 foot = f.origin + c[0] * f.z;
-  AddFromCurvatures(foot, f.z, first, k[0], k[1]);
-  AddFromCurvatures(foot, f.z, second, k[1], k[0]);
-}
-
-void TorusStarts::AddFromTube() {
-  PointBlocks blocks({&m_points[0].x, sizeof(Vec3), m_points.size()}, {});
-  const Tube tube = SmallestTube(blocks, TubeStarts::many, kTubeSteps);
-  const TubeDistance& middle = tube.solution.model;
-  if (!(middle.bend > 0.0)) return;
-  Feature torus = TorusAt(middle.frame.origin - middle.Radius() * middle.frame.x, middle.frame.z, middle.Radius(), 0.0);
-  torus.frame.origin = (1.0 / blocks.Scale()) * torus.frame.origin;
-  torus.size[0] /= blocks.Scale();
-  double sum = 0.0;
-  for (const Vec3& p : m_points) sum += DeviationOf(torus, p);
-  torus.size[1] = sum / static_cast<double>(m_points.size());
-  Add(torus);
-}
-
-void TorusStarts::AddBent(const Feature& cylinder) {
-  constexpr int kTerms = 7;
-  const AxisFrame& f = cylinder.frame;
-  double a[kTerms][kTerms] = {}, b[kTerms] = {}, x[kTerms];
-  for (const Vec3& p : m_points) {
-    const Vec3 q = f.Local(p);
-    const double rho = Hypot(q.x, q.y);
-    if (!(rho > 0.0)) continue;
-    const double c = q.x / rho, s = q.y / rho, half = 0.5 * q.z * q.z;
-    const double row[kTerms] = {1.0, c, s, c * q.z, s * q.z, c * half, s * half};
-    for (int i = 0; i < kTerms; ++i) {
-      b[i] += row[i] * (rho - cylinder.size[0]);
-      for (int j = 0; j < kTerms; ++j) a[i][j] += row[i] * row[j];
-    }
-  }
-  if (!(linear::SolvePositive(a, b, x) > 0.0)) return;
-  const Vec3 bend = x[5] * f.x + x[6] * f.y;
-  const double major = 1.0 / std::sqrt(Dot(bend, bend));
-  const Vec3 inwards = major * bend;
-  Add(TorusAt(f.origin + major * inwards, Cross(f.z, inwards), major, cylinder.size[0]));
-}
-
-void TorusStarts::AddFromCylinders() {
-  std::vector<Start> cylinders;
-  FitProblem problem;
-  problem.points = {&m_points[0].x, sizeof(Vec3), m_points.size()};
-  problem.mostSteps = kCylinderSteps;
-  ForDirections([&](const Vec3& direction) {
-    Feature cylinder;
-    cylinder.kind = FeatureKind::cylinder;
-    const Vec3 centre = CentreAcross(direction);
-    cylinder.frame = AxisFrame::Along(centre, direction);
-    for (const Vec3& p : m_points) {
-      const Vec3 q = cylinder.frame.Local(p);
-      cylinder.size[0] += Hypot(q.x, q.y) / static_cast<double>(m_points.size());
-    }
-    const FittedFeature found = FitFrom(problem, cylinder);
-    if (found.end != FitEnd::noOptimum) cylinders.push_back({found.feature, found.objective});
-  });
-  std::stable_sort(cylinders.begin(), cylinders.end(),
-                   [](const Start& a, const Start& b) { return a.squares < b.squares; });
-  if (cylinders.size() > kMostCylinders) cylinders.resize(kMostCylinders);
-  for (const Start& cylinder : cylinders) AddBent(cylinder.torus);
-}
-
-const std::vector<Start>& TorusStarts::Find() {
-  if (!FindPrincipalFrame()) return m_starts;
-  AddAboutAxes();
-  AddFromPatch();
-  AddFromTube();
-  AddFromCylinders();
-  std::stable_sort(m_starts.begin(), m_starts.end(),
-                   [](const Start& a, const Start& b) { return a.squares < b.squares; });
-  return m_starts;
-}
 
 // The points about their mean, in units of about their extent.
 struct UnitPoints {
@@ -286,7 +271,20 @@ struct UnitPoints {
   double unit = 0.0;
   std::vector<Vec3> points;
 
-  explicit UnitPoints(PointView given);
+  explicit UnitPoints(PointView given) : mean(MeanOf(given)) {
+    double farthest = 0.0;
+    for (std::size_t i = 0; i < given.Size(); ++i) {
+      const Vec3 q = LoadVec3(given[i]) - mean;
+      farthest = std::max({farthest, std::fabs(q.x), std::fabs(q.y), std::fabs(q.z)});
+    }
+    if (!(farthest > 0.0) || !std::isfinite(farthest)) return;
+    unit = std::ldexp(1.0, std::ilogb(farthest));
+    for (std::size_t i = 0; i < given.Size(); ++i) {
+      const Vec3 q = LoadVec3(given[i]) - mean;
+      points.push_back({q.x / unit, q.y / unit, q.z / unit});
+    }
+  }
+
   Feature InCallersFrame(Feature torus) const {
     torus.frame.origin = mean + unit * torus.frame.origin;
     torus.size[0] *= unit;
@@ -294,20 +292,6 @@ struct UnitPoints {
     return torus;
   }
 };
-
-UnitPoints::UnitPoints(PointView given) : mean(MeanOf(given)) {
-  double farthest = 0.0;
-  for (std::size_t i = 0; i < given.Size(); ++i) {
-    const Vec3 q = LoadVec3(given[i]) - mean;
-    farthest = std::max({farthest, std::fabs(q.x), std::fabs(q.y), std::fabs(q.z)});
-  }
-  if (!(farthest > 0.0) || !std::isfinite(farthest)) return;
-  unit = std::ldexp(1.0, std::ilogb(farthest));
-  for (std::size_t i = 0; i < given.Size(); ++i) {
-    const Vec3 q = LoadVec3(given[i]) - mean;
-    points.push_back({q.x / unit, q.y / unit, q.z / unit});
-  }
-}
 
 // The best optimum of the sample, or its best start.
 bool FindStart(const UnitPoints& sample, Feature& best) {

@@ -212,17 +212,109 @@ class Outlook {
 
 class Search {
  public:
-  Search(const std::vector<Vec3>& points, double tolerance);
+  Search(const std::vector<Vec3>& points, double tolerance)
+      : m_points(points), m_tree(points), m_test(points, m_tree, tolerance), m_tolerance(tolerance + kWidening) {
+    double low = points[0].z;
+    double high = low;
+    for (const Vec3& p : points) {
+      low = std::min(low, p.z);
+      high = std::max(high, p.z);
+    }
+    m_planes = high - low <= tolerance ? 1 : 3;
+    m_before.resize(points.size());
+    for (std::size_t i = 0; i < points.size(); ++i) m_before[i] = i;
+    for (std::size_t level = 0; level < m_tree.Levels(); ++level) {
+      m_open.emplace_back();
+      for (std::size_t k = 0; m_tree.Begin(level, k) < points.size(); ++k) m_open[level].push_back(OpenBox(level, k));
+    }
+  }
 
   // The path to the last point, which is not the first one.
-  std::vector<std::size_t> Path();
+  std::vector<std::size_t> Path() {
+    const std::size_t last = m_points.size() - 1;
+    std::vector<std::size_t> frontier{0};
+    // The next point after one that is reached is always reached, so a round adds one at least.
+    while (m_before[last] == last && !frontier.empty()) {
+      m_next.clear();
+      for (const std::size_t i : frontier) {
+        if (Reach(i, last)) break;
+        LookFrom(i);
+      }
+      frontier.swap(m_next);
+      std::sort(frontier.begin(), frontier.end(), std::greater<>());
+    }
+    for (std::size_t i = last; i > 0 && m_before[i] == i; --i) m_before[i] = i - 1;
+    std::vector<std::size_t> path{last};
+    while (path.back() != 0) path.push_back(m_before[path.back()]);
+    std::reverse(path.begin(), path.end());
+    return path;
+  }
 
  private:
-  bool Reach(std::size_t from, std::size_t to);
-  Box OpenBox(std::size_t level, std::size_t index) const;
-  void LookFrom(std::size_t i);
-  bool VisitPoint(std::size_t j, Outlook& outlook);
-  bool VisitBlock(std::size_t level, std::size_t index, Outlook& outlook);
+  bool Reach(std::size_t from, std::size_t to) {
+    if (!m_test.Allows(from, to)) return false;
+    m_before[to] = from;
+    m_next.push_back(to);
+    for (std::size_t level = 0; level < m_tree.Levels(); ++level) {
+      const std::size_t index = to / (kLeafPoints << level);
+      const Box left = OpenBox(level, index);
+      if (IsSame(left, m_open[level][index])) break;  // and so are those around it
+      m_open[level][index] = left;
+    }
+    return true;
+  }
+
+  Box OpenBox(std::size_t level, std::size_t index) const {
+    Box box = EmptyBox();
+    if (level > 0) {
+      const std::vector<Box>& halves = m_open[level - 1];
+      for (std::size_t k = 2 * index; k < std::min(2 * index + 2, halves.size()); ++k) {
+        if (!IsEmpty(halves[k])) Include(halves[k], box);
+      }
+      return box;
+    }
+    for (std::size_t k = m_tree.Begin(0, index); k < m_tree.End(0, index); ++k) {
+      if (m_before[k] == k) Include(m_points[k], box);
+    }
+    return box;
+  }
+
+  void LookFrom(std::size_t i) {
+    m_from = i;
+    Outlook outlook(m_points[i], m_tolerance, m_planes);
+    m_tree.Walk(
+        i + 1, m_points.size(), [&](std::size_t j) { return VisitPoint(j, outlook); },
+        [&](std::size_t level, std::size_t index) { return VisitBlock(level, index, outlook); });
+  }
+
+  bool VisitPoint(std::size_t j, Outlook& outlook) {
+    const bool isOpen = m_before[j] == j;
+    if (isOpen && outlook.MayHold(m_points[j], 0.0) && !Reach(m_from, j) && !outlook.Add(m_points[m_test.Offender()])) {
+      return false;
+    }
+    return outlook.Add(m_points[j]);
+  }
+
+  bool VisitBlock(std::size_t level, std::size_t index, Outlook& outlook) {
+    const std::size_t begin = m_tree.Begin(level, index);
+    const std::size_t end = m_tree.End(level, index);
+    const Block& block = m_tree.At(level, index);
+    const auto isClosed = [&] {
+      return !outlook.MayHold(m_open[level][index]) || !outlook.MayHold(block.centre, block.radius) ||
+             m_test.Refuses(m_from, begin, block);
+    };
+    if (begin - m_from >= kNear * (end - begin) && isClosed()) {
+      return outlook.Add(m_points[begin]) && outlook.Add(m_points[block.ends[0]]) &&
+             outlook.Add(m_points[block.ends[1]]) && outlook.Add(m_points[end - 1]);
+    }
+    if (level > 0) {
+      if (!VisitBlock(level - 1, 2 * index, outlook)) return false;
+      return m_tree.Begin(level - 1, 2 * index + 1) >= end || VisitBlock(level - 1, 2 * index + 1, outlook);
+    }
+    for (std::size_t j = begin; j < end; ++j)
+      if (!VisitPoint(j, outlook)) return false;
+    return true;
+  }
 
   const std::vector<Vec3>& m_points;
   BlockTree m_tree;
@@ -234,108 +326,6 @@ class Search {
   std::vector<std::vector<Box>> m_open;  // of the points of a block that are not reached
   std::vector<std::size_t> m_next;
 };
-
-Search::Search(const std::vector<Vec3>& points, double tolerance)
-    : m_points(points), m_tree(points), m_test(points, m_tree, tolerance), m_tolerance(tolerance + kWidening) {
-  double low = points[0].z;
-  double high = low;
-  for (const Vec3& p : points) {
-    low = std::min(low, p.z);
-    high = std::max(high, p.z);
-  }
-  m_planes = high - low <= tolerance ? 1 : 3;
-  m_before.resize(points.size());
-  for (std::size_t i = 0; i < points.size(); ++i) m_before[i] = i;
-  for (std::size_t level = 0; level < m_tree.Levels(); ++level) {
-    m_open.emplace_back();
-    for (std::size_t k = 0; m_tree.Begin(level, k) < points.size(); ++k) m_open[level].push_back(OpenBox(level, k));
-  }
-}
-
-Box Search::OpenBox(std::size_t level, std::size_t index) const {
-  Box box = EmptyBox();
-  if (level > 0) {
-    const std::vector<Box>& halves = m_open[level - 1];
-    for (std::size_t k = 2 * index; k < std::min(2 * index + 2, halves.size()); ++k) {
-      if (!IsEmpty(halves[k])) Include(halves[k], box);
-    }
-    return box;
-  }
-  for (std::size_t k = m_tree.Begin(0, index); k < m_tree.End(0, index); ++k) {
-    if (m_before[k] == k) Include(m_points[k], box);
-  }
-  return box;
-}
-
-bool Search::Reach(std::size_t from, std::size_t to) {
-  if (!m_test.Allows(from, to)) return false;
-  m_before[to] = from;
-  m_next.push_back(to);
-  for (std::size_t level = 0; level < m_tree.Levels(); ++level) {
-    const std::size_t index = to / (kLeafPoints << level);
-    const Box left = OpenBox(level, index);
-    if (IsSame(left, m_open[level][index])) break;  // and so are those around it
-    m_open[level][index] = left;
-  }
-  return true;
-}
-
-bool Search::VisitPoint(std::size_t j, Outlook& outlook) {
-  const bool isOpen = m_before[j] == j;
-  if (isOpen && outlook.MayHold(m_points[j], 0.0) && !Reach(m_from, j) && !outlook.Add(m_points[m_test.Offender()])) {
-    return false;
-  }
-  return outlook.Add(m_points[j]);
-}
-
-bool Search::VisitBlock(std::size_t level, std::size_t index, Outlook& outlook) {
-  const std::size_t begin = m_tree.Begin(level, index);
-  const std::size_t end = m_tree.End(level, index);
-  const Block& block = m_tree.At(level, index);
-  const auto isClosed = [&] {
-    return !outlook.MayHold(m_open[level][index]) || !outlook.MayHold(block.centre, block.radius) ||
-           m_test.Refuses(m_from, begin, block);
-  };
-  if (begin - m_from >= kNear * (end - begin) && isClosed()) {
-    return outlook.Add(m_points[begin]) && outlook.Add(m_points[block.ends[0]]) &&
-           outlook.Add(m_points[block.ends[1]]) && outlook.Add(m_points[end - 1]);
-  }
-  if (level > 0) {
-    if (!VisitBlock(level - 1, 2 * index, outlook)) return false;
-    return m_tree.Begin(level - 1, 2 * index + 1) >= end || VisitBlock(level - 1, 2 * index + 1, outlook);
-  }
-  for (std::size_t j = begin; j < end; ++j)
-    if (!VisitPoint(j, outlook)) return false;
-  return true;
-}
-
-void Search::LookFrom(std::size_t i) {
-  m_from = i;
-  Outlook outlook(m_points[i], m_tolerance, m_planes);
-  m_tree.Walk(
-      i + 1, m_points.size(), [&](std::size_t j) { return VisitPoint(j, outlook); },
-      [&](std::size_t level, std::size_t index) { return VisitBlock(level, index, outlook); });
-}
-
-std::vector<std::size_t> Search::Path() {
-  const std::size_t last = m_points.size() - 1;
-  std::vector<std::size_t> frontier{0};
-  // The next point after one that is reached is always reached, so a round adds one at least.
-  while (m_before[last] == last && !frontier.empty()) {
-    m_next.clear();
-    for (const std::size_t i : frontier) {
-      if (Reach(i, last)) break;
-      LookFrom(i);
-    }
-    frontier.swap(m_next);
-    std::sort(frontier.begin(), frontier.end(), std::greater<>());
-  }
-  for (std::size_t i = last; i > 0 && m_before[i] == i; --i) m_before[i] = i - 1;
-  std::vector<std::size_t> path{last};
-  while (path.back() != 0) path.push_back(m_before[path.back()]);
-  std::reverse(path.begin(), path.end());
-  return path;
-}
 
 double LargestDistance(const std::vector<Vec3>& points, const std::vector<std::size_t>& kept) {
   double largest = 0.0;

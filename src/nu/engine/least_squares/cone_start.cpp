@@ -55,23 +55,6 @@ struct RevolutionQuadric {
   double height = 0.0;
 };
 
-class DirectionJudge {
- public:
-  explicit DirectionJudge(const FourthMoments& m) : m_moments(m) {}
-
-  // Directions in the principal frame. The best over all slopes, but for the cylinder's when both nappes are wanted.
-  RevolutionQuadric Judge(const Vec3& w, bool bothNappes) const;
-  // As judged with the slope that the points show when their distances from the axis are regressed on their heights:
-  // biased on arcs, but never next to a plane.
-  RevolutionQuadric Regress(const Vec3& w) const;
-
- private:
-  RevolutionQuadric QuadricAlong(const Vec3& direction, const DirectionMoments& moments, double slope,
-                                 double root) const;
-
-  JudgingMoments m_moments;
-};
-
 // The smallest root of a - r - sum of c_i^2 / (d_i - r), which falls and is concave from 0 to the least d: halving
 // finds a place behind the root, from where Newton's steps come down to it.
 double SmallestRoot(double a, const double (&c)[3], const double (&d)[3]) {
@@ -101,48 +84,63 @@ double SmallestRoot(double a, const double (&c)[3], const double (&d)[3]) {
   return found;
 }
 
-// With the mean square given by the eigenvalue.
-RevolutionQuadric DirectionJudge::QuadricAlong(const Vec3& direction, const DirectionMoments& moments, double slope,
-                                               double root) const {
-  const double g = 1.0 + slope * slope;
-  const double mean = m_moments.trace - g * moments.square;
-  double linear[3];
-  for (int i = 0; i < 3; ++i) {
-    linear[i] = -(m_moments.cubic[i] - g * moments.third[i]) / (m_moments.square[i] - root);
-  }
-  const Vec3 b = LoadVec3(linear);
-  const double along = Dot(b, direction);
-  const Vec3 across = -0.5 * (b - along * direction);
-  const double radius = std::sqrt(std::max(Dot(across, across) + mean, 0.25 * (m_moments.trace - moments.square)));
-  const double height = slope > 0.0 ? -0.5 * along / (slope * slope) : 0.0;
-  const double unit = m_moments.unit;
-  return {root, unit * across, unit * radius, -0.5 * along / radius, slope, unit * height};
-}
+class DirectionJudge {
+ public:
+  explicit DirectionJudge(const FourthMoments& m) : m_moments(m) {}
 
-RevolutionQuadric DirectionJudge::Judge(const Vec3& w, bool bothNappes) const {
-  const DirectionMoments moments = m_moments.Along(w);
-  double least = kInfinity;
-  double best = 0.0;
-  for (const double slope : kSlopes) {
-    if (bothNappes && slope == 0.0) continue;
+  // Directions in the principal frame. The best over all slopes, but for the cylinder's when both nappes are wanted.
+  RevolutionQuadric Judge(const Vec3& w, bool bothNappes) const {
+    const DirectionMoments moments = m_moments.Along(w);
+    double least = kInfinity;
+    double best = 0.0;
+    for (const double slope : kSlopes) {
+      if (bothNappes && slope == 0.0) continue;
+      const double g = 1.0 + slope * slope;
+      const double mean = m_moments.trace - g * moments.square;
+      const double variance = m_moments.fourthTrace - 2.0 * g * moments.mixed + g * g * moments.fourth - mean * mean;
+      const double gradient = 4.0 * (m_moments.trace - moments.square + slope * slope * slope * slope * moments.square);
+      const double scale = 1.0 / std::sqrt(gradient);
+      double border[3];
+      for (int i = 0; i < 3; ++i) border[i] = scale * (m_moments.cubic[i] - g * moments.third[i]);
+      const double root = SmallestRoot(variance * scale * scale, border, m_moments.square);
+      if (!(root < least)) continue;
+      least = root;
+      best = slope;
+    }
+    return QuadricAlong(w, moments, best, least);
+  }
+
+  // As judged with the slope that the points show when their distances from the axis are regressed on their heights:
+  // biased on arcs, but never next to a plane.
+  RevolutionQuadric Regress(const Vec3& w) const {
+    const DirectionMoments moments = m_moments.Along(w);
+    return QuadricAlong(w, moments, QuadricAlong(w, moments, 0.0, 0.0).slope, 0.0);
+  }
+
+ private:
+  // With the mean square given by the eigenvalue.
+  RevolutionQuadric QuadricAlong(const Vec3& direction, const DirectionMoments& moments, double slope,
+                                 double root) const {
     const double g = 1.0 + slope * slope;
     const double mean = m_moments.trace - g * moments.square;
-    const double variance = m_moments.fourthTrace - 2.0 * g * moments.mixed + g * g * moments.fourth - mean * mean;
-    const double gradient = 4.0 * (m_moments.trace - moments.square + slope * slope * slope * slope * moments.square);
-    const double scale = 1.0 / std::sqrt(gradient);
-    double border[3];
-    for (int i = 0; i < 3; ++i) border[i] = scale * (m_moments.cubic[i] - g * moments.third[i]);
-    const double root = SmallestRoot(variance * scale * scale, border, m_moments.square);
-    if (!(root < least)) continue;
-    least = root;
-    best = slope;
+    double linear[3];
+    for (int i = 0; i < 3; ++i) {
+      linear[i] = -(m_moments.cubic[i] - g * moments.third[i]) / (m_moments.square[i] - root);
+    }
+    const Vec3 b = LoadVec3(linear);
+    const double along = Dot(b, direction);
+    const Vec3 across = -0.5 * (b - along * direction);
+    const double radius = std::sqrt(std::max(Dot(across, across) + mean, 0.25 * (m_moments.trace - moments.square)));
+    const double height = slope > 0.0 ? -0.5 * along / (slope * slope) : 0.0;
+    const double unit = m_moments.unit;
+    return {root, unit * across, unit * radius, -0.5 * along / radius, slope, unit * height};
   }
-  return QuadricAlong(w, moments, best, least);
-}
 
-RevolutionQuadric DirectionJudge::Regress(const Vec3& w) const {
-  const DirectionMoments moments = m_moments.Along(w);
-  return QuadricAlong(w, moments, QuadricAlong(w, moments, 0.0, 0.0).slope, 0.0);
+  JudgingMoments m_moments;
+};
+
+double SizeOf(const ConeModel& m) {
+  return std::fabs(m.rise + m.height * Cos(m.angle));
 }
 
 class ConeSearch {
@@ -158,23 +156,93 @@ class ConeSearch {
         m_fit(fit),
         m_trials(points.Size() > kFewPoints ? kTrials : kTrialsOfFew) {}
 
-  // In the frame of the blocks.
-  void TryQuadric(const QuadricAxes& quadric);
-  void Try(const Vec3& direction);
-  void TryAll(const QuadricAxes& quadric);
-  void TryBothNappes(const QuadricAxes& quadric);
+  // From a quadric in the frame of the blocks, with the slope that gives the mean square of the distances from the axis
+  // for that of the heights over the apex.
+  void TryQuadric(const QuadricAxes& quadric) {
+    const double height = -Dot(quadric.centre, quadric.axis[0]);
+    const Vec3 w = ToLocal(quadric.axis[0]);
+    const double square[3] = {m_moments.spread[0] * m_moments.spread[0], m_moments.spread[1] * m_moments.spread[1],
+                              m_moments.spread[2] * m_moments.spread[2]};
+    const double along = square[0] * w.x * w.x + square[1] * w.y * w.y + square[2] * w.z * w.z + height * height;
+    const double all = square[0] + square[1] + square[2] + Dot(quadric.centre, quadric.centre);
+    const double slope = std::sqrt((all - along) / along);
+    TryFrom(ConeAbout(m_moments.mean, quadric.axis[0], quadric.centre, slope * std::fabs(height),
+                      Atan(std::copysign(slope, height))));
+  }
+
+  void Try(const Vec3& direction) {
+    const Vec3 local = Unit(ToLocal(direction));
+    const RevolutionQuadric found = m_judge->Judge(local, m_bothNappes);
+    const double radius = m_bothNappes ? found.farSlope * std::fabs(found.height) : found.radius;
+    const double slope = m_bothNappes ? std::copysign(found.farSlope, found.height) : found.slope;
+    TryFrom(ConeAbout(m_moments.mean, direction, m_moments.Along(found.toAxis), radius, Atan(slope)));
+    if (m_bothNappes) return;
+    const RevolutionQuadric other = m_judge->Regress(local);
+    TryFrom(ConeAbout(m_moments.mean, direction, m_moments.Along(other.toAxis), other.radius, Atan(other.slope)));
+  }
+
+  void TryAll(const QuadricAxes& quadric) {
+    if (!m_judge) m_judge.emplace(m_moments);
+    for (const Vec3& axis : quadric.axis) Try(axis);
+    for (const Vec3& axis : m_moments.axis) Try(axis);
+    TryDirections(
+        m_moments, m_trials, [this](const Vec3& w) { return m_judge->Judge(w, m_bothNappes).meanSquare; },
+        [this](const Vec3& w) { Try(Unit(m_moments.Along(w))); });
+  }
+
+  // A second nappe has to explain much of what the first one leaves.
+  void TryBothNappes(const QuadricAxes& quadric) {
+    const Found settled = std::exchange(m_settled, {});
+    const Found onItsWay = std::exchange(m_onItsWay, {});
+    m_bothNappes = true;
+    TryQuadric(quadric);
+    if (!IsClear()) TryAll(quadric);
+    if (Least() <= kBothNappes * std::min(settled.sumSquares, onItsWay.sumSquares)) return;
+    m_settled = settled;
+    m_onItsWay = onItsWay;
+  }
+
   // Whether the root mean square is no more than this part of the plane's.
-  bool IsWithin(double part) const;
+  bool IsWithin(double part) const {
+    const double fromPlane = m_moments.spread[2] * m_moments.spread[2] * static_cast<double>(m_points.Size());
+    return Least() <= part * part * fromPlane;
+  }
+
   bool IsClear() const { return m_points.Size() > kFewPoints && IsWithin(kClear); }
-  void Keep();
+
+  // What was still on its way counts if it settles in the end: where no cone is the best one, steps lead on and on.
+  void Keep() {
+    if (m_onItsWay.sumSquares < m_settled.sumSquares) {
+      m_fit.Place(m_onItsWay.model);
+      if (m_fit.Descend(kFinalSteps) || !(m_settled.sumSquares < kInfinity)) return;
+    }
+    m_fit.Place(m_settled.model);
+  }
 
  private:
   Vec3 ToLocal(const Vec3& v) const {
     return {Dot(v, m_moments.axis[0]), Dot(v, m_moments.axis[1]), Dot(v, m_moments.axis[2])};
   }
-  void TryFrom(ConeModel model);
-  void Take(const ConeModel& model, double sumSquares, Found& best) const;
-  double Least() const;
+
+  void TryFrom(ConeModel model) {
+    model.bothNappes = m_bothNappes;
+    m_fit.Place(model);
+    const bool settled = m_fit.Descend(kTrialSteps);
+    const double scale = m_points.Scale();
+    const double sumSquares = m_fit.DeviationsNow().sumSquares * scale * scale;
+    Take(m_fit.Model(), sumSquares, settled ? m_settled : m_onItsWay);
+  }
+
+  // Sums within the rounding errors of the coordinates are as good as each other, and then the smaller cone counts: the
+  // order in which they are found must not.
+  void Take(const ConeModel& model, double sumSquares, Found& best) const {
+    const double level = m_fit.RoundingLevel();
+    const bool improves = sumSquares <= level && best.sumSquares <= level ? SizeOf(model) < SizeOf(best.model)
+                                                                          : sumSquares < best.sumSquares;
+    if (improves) best = {model, sumSquares};
+  }
+
+  double Least() const { return std::min(m_settled.sumSquares, m_onItsWay.sumSquares); }
 
   const FourthMoments& m_moments;
   std::optional<DirectionJudge> m_judge;
@@ -185,91 +253,6 @@ class ConeSearch {
   Found m_settled;
   Found m_onItsWay;
 };
-
-double SizeOf(const ConeModel& m) {
-  return std::fabs(m.rise + m.height * Cos(m.angle));
-}
-
-// Sums within the rounding errors of the coordinates are as good as each other, and then the smaller cone counts: the
-// order in which they are found must not.
-void ConeSearch::Take(const ConeModel& model, double sumSquares, Found& best) const {
-  const double level = m_fit.RoundingLevel();
-  const bool improves = sumSquares <= level && best.sumSquares <= level ? SizeOf(model) < SizeOf(best.model)
-                                                                        : sumSquares < best.sumSquares;
-  if (improves) best = {model, sumSquares};
-}
-
-void ConeSearch::TryFrom(ConeModel model) {
-  model.bothNappes = m_bothNappes;
-  m_fit.Place(model);
-  const bool settled = m_fit.Descend(kTrialSteps);
-  const double scale = m_points.Scale();
-  const double sumSquares = m_fit.DeviationsNow().sumSquares * scale * scale;
-  Take(m_fit.Model(), sumSquares, settled ? m_settled : m_onItsWay);
-}
-
-// With the slope that gives the mean square of the distances from the axis for that of the heights over the apex.
-void ConeSearch::TryQuadric(const QuadricAxes& quadric) {
-  const double height = -Dot(quadric.centre, quadric.axis[0]);
-  const Vec3 w = ToLocal(quadric.axis[0]);
-  const double square[3] = {m_moments.spread[0] * m_moments.spread[0], m_moments.spread[1] * m_moments.spread[1],
-                            m_moments.spread[2] * m_moments.spread[2]};
-  const double along = square[0] * w.x * w.x + square[1] * w.y * w.y + square[2] * w.z * w.z + height * height;
-  const double all = square[0] + square[1] + square[2] + Dot(quadric.centre, quadric.centre);
-  const double slope = std::sqrt((all - along) / along);
-  TryFrom(ConeAbout(m_moments.mean, quadric.axis[0], quadric.centre, slope * std::fabs(height),
-                    Atan(std::copysign(slope, height))));
-}
-
-void ConeSearch::Try(const Vec3& direction) {
-  const Vec3 local = Unit(ToLocal(direction));
-  const RevolutionQuadric found = m_judge->Judge(local, m_bothNappes);
-  const double radius = m_bothNappes ? found.farSlope * std::fabs(found.height) : found.radius;
-  const double slope = m_bothNappes ? std::copysign(found.farSlope, found.height) : found.slope;
-  TryFrom(ConeAbout(m_moments.mean, direction, m_moments.Along(found.toAxis), radius, Atan(slope)));
-  if (m_bothNappes) return;
-  const RevolutionQuadric other = m_judge->Regress(local);
-  TryFrom(ConeAbout(m_moments.mean, direction, m_moments.Along(other.toAxis), other.radius, Atan(other.slope)));
-}
-
-double ConeSearch::Least() const {
-  return std::min(m_settled.sumSquares, m_onItsWay.sumSquares);
-}
-
-bool ConeSearch::IsWithin(double part) const {
-  const double fromPlane = m_moments.spread[2] * m_moments.spread[2] * static_cast<double>(m_points.Size());
-  return Least() <= part * part * fromPlane;
-}
-
-void ConeSearch::TryAll(const QuadricAxes& quadric) {
-  if (!m_judge) m_judge.emplace(m_moments);
-  for (const Vec3& axis : quadric.axis) Try(axis);
-  for (const Vec3& axis : m_moments.axis) Try(axis);
-  TryDirections(
-      m_moments, m_trials, [this](const Vec3& w) { return m_judge->Judge(w, m_bothNappes).meanSquare; },
-      [this](const Vec3& w) { Try(Unit(m_moments.Along(w))); });
-}
-
-// A second nappe has to explain much of what the first one leaves.
-void ConeSearch::TryBothNappes(const QuadricAxes& quadric) {
-  const Found settled = std::exchange(m_settled, {});
-  const Found onItsWay = std::exchange(m_onItsWay, {});
-  m_bothNappes = true;
-  TryQuadric(quadric);
-  if (!IsClear()) TryAll(quadric);
-  if (Least() <= kBothNappes * std::min(settled.sumSquares, onItsWay.sumSquares)) return;
-  m_settled = settled;
-  m_onItsWay = onItsWay;
-}
-
-// What was still on its way counts if it settles in the end: where no cone is the best one, steps lead on and on.
-void ConeSearch::Keep() {
-  if (m_onItsWay.sumSquares < m_settled.sumSquares) {
-    m_fit.Place(m_onItsWay.model);
-    if (m_fit.Descend(kFinalSteps) || !(m_settled.sumSquares < kInfinity)) return;
-  }
-  m_fit.Place(m_settled.model);
-}
 
 }  // namespace
 

@@ -38,13 +38,41 @@ class DirectionJudge {
   explicit DirectionJudge(const FourthMoments& m) : m_moments(m) {}
 
   // Directions in the principal frame. The mean square of the deviations, in units of the largest spread.
-  double Judge(const Vec3& w) const;
+  // The smallest root of the characteristic polynomial, by the cosine of a third of an angle.
+  double Judge(const Vec3& w) const {
+    const Section section = SectionAcross(w);
+    const auto& m = section.matrix;
+    const double third = (m[0][0] + m[1][1] + m[2][2]) / 3.0;
+    const double a = m[0][0] - third, b = m[1][1] - third, c = m[2][2] - third;
+    const double p = (a * a + b * b + c * c) / 6.0 + (m[0][1] * m[0][1] + m[0][2] * m[0][2] + m[1][2] * m[1][2]) / 3.0;
+    if (!(p > 0.0)) return third;
+    const double half = 0.5 * (a * (b * c - m[1][2] * m[1][2]) - m[0][1] * (m[0][1] * c - m[1][2] * m[0][2]) +
+                               m[0][2] * (m[0][1] * m[1][2] - b * m[0][2]));
+    const double cosine = std::clamp(half / (p * std::sqrt(p)), -1.0, 1.0);
+    constexpr double kThirdTurn = 2.0943951023931953;
+    return third + 2.0 * std::sqrt(p) * Cos(Acos(cosine) / 3.0 + kThirdTurn);
+  }
+
   // The circle's centre from the mean, in the principal frame, and its radius.
   struct Circle {
     Vec3 centre;
     double radius = 0.0;
   };
-  Circle CircleAcross(const Vec3& w) const;
+
+  Circle CircleAcross(const Vec3& w) const {
+    const Section section = SectionAcross(w);
+    const SmallSvd<3> svd = SvdOfColumns(section.matrix);
+    const double* vector = svd.axis[2];
+    // Nearly a line: a circle whose curvature can just be told from none.
+    constexpr double kFlat = 1e-6;
+    double a = vector[0];
+    if (std::fabs(a) < kFlat) a = kFlat;
+    const double root = std::sqrt(section.meanSquare);
+    const double c1 = -vector[1] / a * root;
+    const double c2 = -vector[2] / a * root;
+    const double unit = m_moments.unit;
+    return {unit * (c1 * section.e1 + c2 * section.e2), unit * std::sqrt(c1 * c1 + c2 * c2 + section.meanSquare)};
+  }
 
  private:
   struct Section {
@@ -53,70 +81,39 @@ class DirectionJudge {
     double matrix[3][3];
     double meanSquare;
   };
-  Section SectionAcross(const Vec3& w) const;
+
+  Section SectionAcross(const Vec3& w) const {
+    Section section;
+    const DirectionMoments along = m_moments.Along(w);
+    const double* square = m_moments.square;
+    double cubic[3];
+    for (int i = 0; i < 3; ++i) cubic[i] = m_moments.cubic[i] - along.third[i];
+    section.meanSquare = m_moments.trace - along.square;
+    const double variance =
+        m_moments.fourthTrace - 2.0 * along.mixed + along.fourth - section.meanSquare * section.meanSquare;
+
+    // Any two directions across; the smallest component leaves the longest product.
+    const double x = std::fabs(w.x), y = std::fabs(w.y), z = std::fabs(w.z);
+    const Vec3 helper = x <= y && x <= z ? Vec3{1.0, 0.0, 0.0} : y <= z ? Vec3{0.0, 1.0, 0.0} : Vec3{0.0, 0.0, 1.0};
+    section.e1 = Unit(Cross(w, helper));
+    section.e2 = Cross(w, section.e1);
+    const Vec3 cubicSum = LoadVec3(cubic);
+    const double scale = 0.5 / std::sqrt(section.meanSquare);
+    const auto product = [&](const Vec3& a, const Vec3& b) {
+      return square[0] * a.x * b.x + square[1] * a.y * b.y + square[2] * a.z * b.z;
+    };
+    auto& m = section.matrix;
+    m[0][0] = variance * scale * scale;
+    m[0][1] = m[1][0] = scale * Dot(cubicSum, section.e1);
+    m[0][2] = m[2][0] = scale * Dot(cubicSum, section.e2);
+    m[1][1] = product(section.e1, section.e1);
+    m[1][2] = m[2][1] = product(section.e1, section.e2);
+    m[2][2] = product(section.e2, section.e2);
+    return section;
+  }
 
   JudgingMoments m_moments;
 };
-
-DirectionJudge::Section DirectionJudge::SectionAcross(const Vec3& w) const {
-  Section section;
-  const DirectionMoments along = m_moments.Along(w);
-  const double* square = m_moments.square;
-  double cubic[3];
-  for (int i = 0; i < 3; ++i) cubic[i] = m_moments.cubic[i] - along.third[i];
-  section.meanSquare = m_moments.trace - along.square;
-  const double variance =
-      m_moments.fourthTrace - 2.0 * along.mixed + along.fourth - section.meanSquare * section.meanSquare;
-
-  // Any two directions across; the smallest component leaves the longest product.
-  const double x = std::fabs(w.x), y = std::fabs(w.y), z = std::fabs(w.z);
-  const Vec3 helper = x <= y && x <= z ? Vec3{1.0, 0.0, 0.0} : y <= z ? Vec3{0.0, 1.0, 0.0} : Vec3{0.0, 0.0, 1.0};
-  section.e1 = Unit(Cross(w, helper));
-  section.e2 = Cross(w, section.e1);
-  const Vec3 cubicSum = LoadVec3(cubic);
-  const double scale = 0.5 / std::sqrt(section.meanSquare);
-  const auto product = [&](const Vec3& a, const Vec3& b) {
-    return square[0] * a.x * b.x + square[1] * a.y * b.y + square[2] * a.z * b.z;
-  };
-  auto& m = section.matrix;
-  m[0][0] = variance * scale * scale;
-  m[0][1] = m[1][0] = scale * Dot(cubicSum, section.e1);
-  m[0][2] = m[2][0] = scale * Dot(cubicSum, section.e2);
-  m[1][1] = product(section.e1, section.e1);
-  m[1][2] = m[2][1] = product(section.e1, section.e2);
-  m[2][2] = product(section.e2, section.e2);
-  return section;
-}
-
-// The smallest root of the characteristic polynomial, by the cosine of a third of an angle.
-double DirectionJudge::Judge(const Vec3& w) const {
-  const Section section = SectionAcross(w);
-  const auto& m = section.matrix;
-  const double third = (m[0][0] + m[1][1] + m[2][2]) / 3.0;
-  const double a = m[0][0] - third, b = m[1][1] - third, c = m[2][2] - third;
-  const double p = (a * a + b * b + c * c) / 6.0 + (m[0][1] * m[0][1] + m[0][2] * m[0][2] + m[1][2] * m[1][2]) / 3.0;
-  if (!(p > 0.0)) return third;
-  const double half = 0.5 * (a * (b * c - m[1][2] * m[1][2]) - m[0][1] * (m[0][1] * c - m[1][2] * m[0][2]) +
-                             m[0][2] * (m[0][1] * m[1][2] - b * m[0][2]));
-  const double cosine = std::clamp(half / (p * std::sqrt(p)), -1.0, 1.0);
-  constexpr double kThirdTurn = 2.0943951023931953;
-  return third + 2.0 * std::sqrt(p) * Cos(Acos(cosine) / 3.0 + kThirdTurn);
-}
-
-DirectionJudge::Circle DirectionJudge::CircleAcross(const Vec3& w) const {
-  const Section section = SectionAcross(w);
-  const SmallSvd<3> svd = SvdOfColumns(section.matrix);
-  const double* vector = svd.axis[2];
-  // Nearly a line: a circle whose curvature can just be told from none.
-  constexpr double kFlat = 1e-6;
-  double a = vector[0];
-  if (std::fabs(a) < kFlat) a = kFlat;
-  const double root = std::sqrt(section.meanSquare);
-  const double c1 = -vector[1] / a * root;
-  const double c2 = -vector[2] / a * root;
-  const double unit = m_moments.unit;
-  return {unit * (c1 * section.e1 + c2 * section.e2), unit * std::sqrt(c1 * c1 + c2 * c2 + section.meanSquare)};
-}
 
 class CylinderSearch {
  public:
@@ -124,13 +121,50 @@ class CylinderSearch {
       : m_moments(moments), m_judge(moments), m_points(points), m_fit(fit) {}
 
   // In the frame of the blocks. False when the cylinder could be refined further.
-  bool Try(const Vec3& direction, int steps);
-  void TryAll(const QuadricAxes& quadric);
-  bool IsClear() const;
-  void Keep();
+  bool Try(const Vec3& direction, int steps) {
+    const auto& axis = m_moments.axis;
+    const Vec3 local = Unit({Dot(direction, axis[0]), Dot(direction, axis[1]), Dot(direction, axis[2])});
+    const DirectionJudge::Circle circle = m_judge.CircleAcross(local);
+    m_fit.Place(
+        CylinderAbout(m_moments.mean, Unit(m_moments.Along(local)), m_moments.Along(circle.centre), circle.radius));
+    const bool settled = m_fit.Descend(steps);
+    const double scale = m_points.Scale();
+    const double sumSquares = m_fit.DeviationsNow().sumSquares * scale * scale;
+    const CylinderModel& found = m_fit.Model();
+    if (Improves(sumSquares, found.height + found.rise)) {
+      m_best = found;
+      m_sumSquares = sumSquares;
+    }
+    return settled;
+  }
+
+  void TryAll(const QuadricAxes& quadric) {
+    Try(quadric.axis[1], kTrialSteps);
+    Try(quadric.axis[2], kTrialSteps);
+    for (const Vec3& axis : m_moments.axis) Try(axis, kTrialSteps);
+    TryDirections(
+        m_moments, kTrials, [this](const Vec3& w) { return m_judge.Judge(w); },
+        [this](const Vec3& w) { Try(m_moments.Along(w), kTrialSteps); });
+  }
+
+  bool IsClear() const {
+    const double fromPlane = m_moments.spread[2] * m_moments.spread[2] * static_cast<double>(m_points.Size());
+    return m_points.Size() > kFewPoints && m_sumSquares <= kClear * kClear * fromPlane;
+  }
+
+  void Keep() {
+    m_fit.Place(m_best);
+    m_fit.Descend(kFinalSteps);
+  }
 
  private:
-  bool Improves(double sumSquares, double radius) const;
+  // Sums within the rounding errors of the coordinates are as good as each other, and then the smaller cylinder counts:
+  // the order in which they are found must not.
+  bool Improves(double sumSquares, double radius) const {
+    const double level = m_fit.RoundingLevel();
+    if (sumSquares <= level && m_sumSquares <= level) return radius < m_best.height + m_best.rise;
+    return sumSquares < m_sumSquares;
+  }
 
   const FourthMoments& m_moments;
   DirectionJudge m_judge;
@@ -139,50 +173,6 @@ class CylinderSearch {
   CylinderModel m_best;
   double m_sumSquares = std::numeric_limits<double>::infinity();
 };
-
-// Sums within the rounding errors of the coordinates are as good as each other, and then the smaller cylinder counts:
-// the order in which they are found must not.
-bool CylinderSearch::Improves(double sumSquares, double radius) const {
-  const double level = m_fit.RoundingLevel();
-  if (sumSquares <= level && m_sumSquares <= level) return radius < m_best.height + m_best.rise;
-  return sumSquares < m_sumSquares;
-}
-
-bool CylinderSearch::Try(const Vec3& direction, int steps) {
-  const auto& axis = m_moments.axis;
-  const Vec3 local = Unit({Dot(direction, axis[0]), Dot(direction, axis[1]), Dot(direction, axis[2])});
-  const DirectionJudge::Circle circle = m_judge.CircleAcross(local);
-  m_fit.Place(
-      CylinderAbout(m_moments.mean, Unit(m_moments.Along(local)), m_moments.Along(circle.centre), circle.radius));
-  const bool settled = m_fit.Descend(steps);
-  const double scale = m_points.Scale();
-  const double sumSquares = m_fit.DeviationsNow().sumSquares * scale * scale;
-  const CylinderModel& found = m_fit.Model();
-  if (Improves(sumSquares, found.height + found.rise)) {
-    m_best = found;
-    m_sumSquares = sumSquares;
-  }
-  return settled;
-}
-
-bool CylinderSearch::IsClear() const {
-  const double fromPlane = m_moments.spread[2] * m_moments.spread[2] * static_cast<double>(m_points.Size());
-  return m_points.Size() > kFewPoints && m_sumSquares <= kClear * kClear * fromPlane;
-}
-
-void CylinderSearch::TryAll(const QuadricAxes& quadric) {
-  Try(quadric.axis[1], kTrialSteps);
-  Try(quadric.axis[2], kTrialSteps);
-  for (const Vec3& axis : m_moments.axis) Try(axis, kTrialSteps);
-  TryDirections(
-      m_moments, kTrials, [this](const Vec3& w) { return m_judge.Judge(w); },
-      [this](const Vec3& w) { Try(m_moments.Along(w), kTrialSteps); });
-}
-
-void CylinderSearch::Keep() {
-  m_fit.Place(m_best);
-  m_fit.Descend(kFinalSteps);
-}
 
 }  // namespace
 

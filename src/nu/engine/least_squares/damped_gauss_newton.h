@@ -124,19 +124,85 @@ class DampedGaussNewton {
  public:
   explicit DampedGaussNewton(PointBlocks& points) : m_points(points) { m_points.NoteRanges(); }
 
-  void Place(const typename Feature::Model& model);
+  void Place(const typename Feature::Model& model) {
+    m_model = model;
+    Feature::Complete(m_model);
+    m_hasBest = false;
+    m_damping = 0.0;
+    m_squaredLength = 0.0;
+    m_lastStep = {};
+    m_deviations.reset();
+  }
+
   const typename Feature::Model& Model() const { return m_model; }
 
   // For RunGaussNewton.
-  GaussNewtonStep SolveStep();
-  void TakeStep();
+  GaussNewtonStep SolveStep() {
+    const System system = Feature::Sum(m_points, m_model);
+    m_deviations = system.deviations;
+    GaussNewtonStep step;
+    if (LeadsUphill(system)) {
+      m_model = m_best;
+      MoreDamping();
+      m_deviations.reset();
+      m_walk = 0;
+    } else {
+      if (!std::isfinite(system.deviations.sumSquares)) return step;
+      if (m_hasBest) AdaptDamping(system.deviations.sumSquares);
+      m_best = m_model;
+      m_system = system;
+      m_walk = m_points.RangedWalk();
+      m_hasBest = true;
+    }
+    step.solvable = Solve();
+    // Convergence is judged by the full step: a damped one is short without having arrived.
+    double gain = 0.0;
+    for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * m_system.right[j];
+    step.squaredLength = Feature::SquaredLength(m_model, m_system, m_step) / (m_points.Scale() * m_points.Scale());
+    m_squaredLengthBefore = m_squaredLength;
+    m_squaredLength = step.squaredLength;
+    step.sumSquares = m_system.deviations.sumSquares / (m_points.Scale() * m_points.Scale());
+    step.atRoundingLevel = gain <= RoundingLevel();
+    if (m_damping > 0.0) Damp();
+    m_predicted = PredictedGain();
+    // Where the sum is not smooth, every step leads uphill until damping leaves nothing to gain.
+    const bool isIdle = m_damping > 0.0 && m_predicted <= kIdleGain * m_system.deviations.sumSquares;
+    if (Feature::kHasSecond) step.atRoundingLevel = step.atRoundingLevel || isIdle;
+    return step;
+  }
+
+  void TakeStep() {
+    const double rate = std::sqrt(m_squaredLength / m_squaredLengthBefore);
+    m_lastStep = m_damping > 0.0 ? LastStep() : LastStep(m_walk, m_system, m_step, m_predicted, rate);
+    Feature::Move(m_points, m_system, m_step, m_model);
+    m_deviations.reset();
+  }
 
   // Goes downhill by at most so many steps, until one is not worth its pass. False when there were not enough of them,
   // or they creep.
-  bool Descend(int mostSteps);
+  bool Descend(int mostSteps) {
+    StepGains gains;
+    CreepWatch watch;
+    for (int k = 0; k < mostSteps; ++k) {
+      const GaussNewtonStep step = SolveStep();
+      if (!step.solvable || !std::isfinite(step.squaredLength) || step.atRoundingLevel) return true;
+      gains.now = m_predicted;
+      gains.damped = m_damping > 0.0;
+      TakeStep();
+      if (Feature::IsEnough(gains, m_system.deviations.sumSquares)) return true;
+      if (watch.Creeps(gains.now, RoundingLevel())) return false;
+      gains.before = gains.now;
+    }
+    return false;
+  }
 
   // In the unit of the points, from the current model; known already after a step that was not taken.
-  Deviations DeviationsNow();
+  Deviations DeviationsNow() {
+    const auto find = [this] { return Feature::DeviationsFrom(m_points, m_model); };
+    if (!m_deviations) m_deviations = m_lastStep.FindDeviations(m_points, find);
+    return InUnit(*m_deviations, m_points.Scale());
+  }
+
   // At the best place so far, scaled as the blocks are; infinite before one is known.
   double SumSquares() const {
     return m_hasBest ? m_system.deviations.sumSquares : std::numeric_limits<double>::infinity();
@@ -174,13 +240,62 @@ class DampedGaussNewton {
 
   using System = StepSystem<kUnknowns>;
 
-  bool LeadsUphill(const System& system) const;
-  bool Solve();
-  void Damp();
+  // The root of a sum of squares is known to the rounding errors of its terms.
+  bool LeadsUphill(const System& system) const {
+    return m_hasBest && !(std::sqrt(system.deviations.sumSquares) <=
+                          std::sqrt(m_system.deviations.sumSquares) + kNoise * std::sqrt(m_system.spread));
+  }
+
+  bool Solve() {
+    if (Feature::kHasSecond && SolveNewton()) return m_determined = true;
+    std::copy_n(&m_system.product[0][0], kUnknowns * kUnknowns, &m_matrix[0][0]);
+    m_determined = SolvePositive(m_system.product, m_system.right, m_step) > kClearPivot;
+    if (m_determined) return true;
+    if constexpr (Feature::kHasRows) {
+      const ReducedSolution found = SolveReduced(Feature::Reduce(m_points, m_model), m_step);
+      m_determined = found.determined;
+      return found.finite;
+    }
+    for (int i = 0; i < kUnknowns; ++i) m_matrix[i][i] *= 1.0 + kClearPivot;
+    return SolvePositive(m_matrix, m_system.right, m_step) > 0.0;
+  }
+
+  // The damped step solves the equations with a heavier diagonal, which is positive definite.
+  void Damp() {
+    double heavier[kUnknowns][kUnknowns];
+    double shorter[kUnknowns];
+    for (int i = 0; i < kUnknowns; ++i)
+      for (int j = 0; j < kUnknowns; ++j)
+        heavier[i][j] = m_matrix[i][j] + (i == j ? m_damping * m_system.product[i][j] : 0.0);
+    if (SolvePositive(heavier, m_system.right, shorter) > 0.0) std::copy_n(shorter, kUnknowns, m_step);
+  }
+
   void MoreDamping() { m_damping = std::max(kFirstDamping, kMoreDamping * m_damping); }
-  void AdaptDamping(double sumSquares);
-  double PredictedGain() const;
-  bool SolveNewton();
+
+  // On rough parts full steps may swing from one side of the minimum to the other; as long as they do, they stay
+  // damped.
+  void AdaptDamping(double sumSquares) {
+    const double gained = m_system.deviations.sumSquares - sumSquares;
+    if (m_predicted <= kNoise * std::sqrt(m_system.deviations.sumSquares * m_system.spread))
+      return;  // rounding hides it
+    if (gained < kPoorGain * m_predicted) MoreDamping();
+    if (gained > kGoodGain * m_predicted) m_damping = m_damping > kLeastDamping ? kLessDamping * m_damping : 0.0;
+  }
+
+  double PredictedGain() const {
+    double gain = 0.0;
+    for (int i = 0; i < kUnknowns; ++i) {
+      gain += 2.0 * m_step[i] * m_system.right[i];
+      for (int j = 0; j < kUnknowns; ++j) gain -= m_step[i] * m_matrix[i][j] * m_step[j];
+    }
+    return gain;
+  }
+
+  bool SolveNewton() {
+    for (int i = 0; i < kUnknowns; ++i)
+      for (int j = 0; j < kUnknowns; ++j) m_matrix[i][j] = m_system.product[i][j] + m_system.second[i][j];
+    return SolvePositive(m_matrix, m_system.right, m_step) > kClearPivot;
+  }
 
   PointBlocks& m_points;
   typename Feature::Model m_model;
@@ -199,143 +314,6 @@ class DampedGaussNewton {
   double m_squaredLengthBefore = 0.0;
   LastStep m_lastStep;
 };
-
-template<class Feature>
-void DampedGaussNewton<Feature>::Place(const typename Feature::Model& model) {
-  m_model = model;
-  Feature::Complete(m_model);
-  m_hasBest = false;
-  m_damping = 0.0;
-  m_squaredLength = 0.0;
-  m_lastStep = {};
-  m_deviations.reset();
-}
-
-// The root of a sum of squares is known to the rounding errors of its terms.
-template<class Feature>
-bool DampedGaussNewton<Feature>::LeadsUphill(const System& system) const {
-  return m_hasBest && !(std::sqrt(system.deviations.sumSquares) <=
-                        std::sqrt(m_system.deviations.sumSquares) + kNoise * std::sqrt(m_system.spread));
-}
-
-template<class Feature>
-bool DampedGaussNewton<Feature>::SolveNewton() {
-  for (int i = 0; i < kUnknowns; ++i)
-    for (int j = 0; j < kUnknowns; ++j) m_matrix[i][j] = m_system.product[i][j] + m_system.second[i][j];
-  return SolvePositive(m_matrix, m_system.right, m_step) > kClearPivot;
-}
-
-template<class Feature>
-bool DampedGaussNewton<Feature>::Solve() {
-  if (Feature::kHasSecond && SolveNewton()) return m_determined = true;
-  std::copy_n(&m_system.product[0][0], kUnknowns * kUnknowns, &m_matrix[0][0]);
-  m_determined = SolvePositive(m_system.product, m_system.right, m_step) > kClearPivot;
-  if (m_determined) return true;
-  if constexpr (Feature::kHasRows) {
-    const ReducedSolution found = SolveReduced(Feature::Reduce(m_points, m_model), m_step);
-    m_determined = found.determined;
-    return found.finite;
-  }
-  for (int i = 0; i < kUnknowns; ++i) m_matrix[i][i] *= 1.0 + kClearPivot;
-  return SolvePositive(m_matrix, m_system.right, m_step) > 0.0;
-}
-
-// The damped step solves the equations with a heavier diagonal, which is positive definite.
-template<class Feature>
-void DampedGaussNewton<Feature>::Damp() {
-  double heavier[kUnknowns][kUnknowns];
-  double shorter[kUnknowns];
-  for (int i = 0; i < kUnknowns; ++i)
-    for (int j = 0; j < kUnknowns; ++j)
-      heavier[i][j] = m_matrix[i][j] + (i == j ? m_damping * m_system.product[i][j] : 0.0);
-  if (SolvePositive(heavier, m_system.right, shorter) > 0.0) std::copy_n(shorter, kUnknowns, m_step);
-}
-
-// On rough parts full steps may swing from one side of the minimum to the other; as long as they do, they stay damped.
-template<class Feature>
-void DampedGaussNewton<Feature>::AdaptDamping(double sumSquares) {
-  const double gained = m_system.deviations.sumSquares - sumSquares;
-  if (m_predicted <= kNoise * std::sqrt(m_system.deviations.sumSquares * m_system.spread)) return;  // rounding hides it
-  if (gained < kPoorGain * m_predicted) MoreDamping();
-  if (gained > kGoodGain * m_predicted) m_damping = m_damping > kLeastDamping ? kLessDamping * m_damping : 0.0;
-}
-
-template<class Feature>
-double DampedGaussNewton<Feature>::PredictedGain() const {
-  double gain = 0.0;
-  for (int i = 0; i < kUnknowns; ++i) {
-    gain += 2.0 * m_step[i] * m_system.right[i];
-    for (int j = 0; j < kUnknowns; ++j) gain -= m_step[i] * m_matrix[i][j] * m_step[j];
-  }
-  return gain;
-}
-
-template<class Feature>
-GaussNewtonStep DampedGaussNewton<Feature>::SolveStep() {
-  const System system = Feature::Sum(m_points, m_model);
-  m_deviations = system.deviations;
-  GaussNewtonStep step;
-  if (LeadsUphill(system)) {
-    m_model = m_best;
-    MoreDamping();
-    m_deviations.reset();
-    m_walk = 0;
-  } else {
-    if (!std::isfinite(system.deviations.sumSquares)) return step;
-    if (m_hasBest) AdaptDamping(system.deviations.sumSquares);
-    m_best = m_model;
-    m_system = system;
-    m_walk = m_points.RangedWalk();
-    m_hasBest = true;
-  }
-  step.solvable = Solve();
-  // Convergence is judged by the full step: a damped one is short without having arrived.
-  double gain = 0.0;
-  for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * m_system.right[j];
-  step.squaredLength = Feature::SquaredLength(m_model, m_system, m_step) / (m_points.Scale() * m_points.Scale());
-  m_squaredLengthBefore = m_squaredLength;
-  m_squaredLength = step.squaredLength;
-  step.sumSquares = m_system.deviations.sumSquares / (m_points.Scale() * m_points.Scale());
-  step.atRoundingLevel = gain <= RoundingLevel();
-  if (m_damping > 0.0) Damp();
-  m_predicted = PredictedGain();
-  // Where the sum is not smooth, every step leads uphill until damping leaves nothing to gain.
-  const bool isIdle = m_damping > 0.0 && m_predicted <= kIdleGain * m_system.deviations.sumSquares;
-  if (Feature::kHasSecond) step.atRoundingLevel = step.atRoundingLevel || isIdle;
-  return step;
-}
-
-template<class Feature>
-void DampedGaussNewton<Feature>::TakeStep() {
-  const double rate = std::sqrt(m_squaredLength / m_squaredLengthBefore);
-  m_lastStep = m_damping > 0.0 ? LastStep() : LastStep(m_walk, m_system, m_step, m_predicted, rate);
-  Feature::Move(m_points, m_system, m_step, m_model);
-  m_deviations.reset();
-}
-
-template<class Feature>
-bool DampedGaussNewton<Feature>::Descend(int mostSteps) {
-  StepGains gains;
-  CreepWatch watch;
-  for (int k = 0; k < mostSteps; ++k) {
-    const GaussNewtonStep step = SolveStep();
-    if (!step.solvable || !std::isfinite(step.squaredLength) || step.atRoundingLevel) return true;
-    gains.now = m_predicted;
-    gains.damped = m_damping > 0.0;
-    TakeStep();
-    if (Feature::IsEnough(gains, m_system.deviations.sumSquares)) return true;
-    if (watch.Creeps(gains.now, RoundingLevel())) return false;
-    gains.before = gains.now;
-  }
-  return false;
-}
-
-template<class Feature>
-Deviations DampedGaussNewton<Feature>::DeviationsNow() {
-  const auto find = [this] { return Feature::DeviationsFrom(m_points, m_model); };
-  if (!m_deviations) m_deviations = m_lastStep.FindDeviations(m_points, find);
-  return InUnit(*m_deviations, m_points.Scale());
-}
 
 }  // namespace nu::engine::least_squares
 

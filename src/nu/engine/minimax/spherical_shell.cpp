@@ -25,30 +25,8 @@ constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 enum Unknown { kTiltX, kTiltY, kApex, kBend };
 
-struct ShellModel {
-  static constexpr int kUnknowns = 4;
-  static constexpr int kStrata = kDirectionCells;
-
-  AxisFrame frame;    // the apex; z is w
-  double bend = 0.0;  // k
-  double half = 0.0;  // how far the points reach from the apex
-
-  Vec3 Centre() const { return frame.origin - (1.0 / bend) * frame.z; }
-  bool IsRound() const { return std::fabs(bend) * half > kLeastBend; }
-
-  void Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const;
-  void Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const;
-  void AddCurvature(const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]) const;
-  ShellModel Moved(const double (&step)[kUnknowns]) const;
-  int Stratum(const Vec3& point) const;
-
-  bool IsCap() const { return std::fabs(bend) * half < 1.0; }
-  double Lever() const { return IsCap() ? half : 1.0 / std::fabs(bend); }
-  double Sweep() const { return std::max(bend * bend, 2.0 / (half * half)); }
-};
-
 struct ShellLanes {
-  static constexpr int kUnknowns = ShellModel::kUnknowns;
+  static constexpr int kUnknowns = 4;
 
   // Also q and D.
   NU_ALWAYS_INLINE void Find(const PointBlock& block, std::size_t i, Lanes& x, Lanes& y, Lanes& z, Lanes& d,
@@ -93,50 +71,66 @@ NU_KERNEL void FindGradients(const PointBlock& block, const ShellLanes& shell, c
   GradientsBody(block, shell, factor, deviation, gradient);
 }
 
-void ShellModel::Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const {
-  FindEach(block, ShellLanes{frame, bend}, deviation, smallest, largest);
-}
+struct ShellModel {
+  static constexpr int kUnknowns = ShellLanes::kUnknowns;
+  static constexpr int kStrata = kDirectionCells;
 
-void ShellModel::Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const {
-  const double tilt = 1.0 / Lever();
-  FindGradients(block, ShellLanes{frame, bend}, {tilt, tilt, -1.0, 0.5 * Sweep()}, deviation, gradient);
-}
+  AxisFrame frame;    // the apex; z is w
+  double bend = 0.0;  // k
+  double half = 0.0;  // how far the points reach from the apex
 
-void ShellModel::AddCurvature(const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]) const {
-  const Vec3 q = frame.Local(point);
-  const Vec3 v{bend * q.x, bend * q.y, bend * q.z + 1.0};
-  const double d = Norm(v);
-  if (d == 0.0) return;
-  const double f = (q.x * v.x + q.y * v.y + q.z * (v.z + 1.0)) / (1.0 + d);
-  const double first[kUnknowns] = {q.x / d, q.y / d, -v.z / d, 0.5 * (Dot(q, q) - f * f) / d};
-  const double unit[kUnknowns] = {1.0 / Lever(), 1.0 / Lever(), 1.0, Sweep()};
-  double ofP[kUnknowns][kUnknowns] = {};
-  ofP[kTiltX][kTiltX] = ofP[kTiltY][kTiltY] = ofP[kApex][kBend] = ofP[kBend][kApex] = -2.0 * q.z;
-  ofP[kApex][kApex] = 2.0 * bend;
-  for (int i = 0; i < kUnknowns; ++i) {
-    for (int j = 0; j < kUnknowns; ++j) {
-      const double mixed = (j == kBend ? first[i] : 0.0) + (i == kBend ? first[j] : 0.0);
-      const double second = (0.5 * ofP[i][j] - f * mixed - bend * first[i] * first[j]) / d;
-      sum[i][j] += weight * unit[i] * unit[j] * second;
+  Vec3 Centre() const { return frame.origin - (1.0 / bend) * frame.z; }
+  bool IsRound() const { return std::fabs(bend) * half > kLeastBend; }
+
+  void Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const {
+    FindEach(block, ShellLanes{frame, bend}, deviation, smallest, largest);
+  }
+
+  void Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const {
+    const double tilt = 1.0 / Lever();
+    FindGradients(block, ShellLanes{frame, bend}, {tilt, tilt, -1.0, 0.5 * Sweep()}, deviation, gradient);
+  }
+
+  void AddCurvature(const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]) const {
+    const Vec3 q = frame.Local(point);
+    const Vec3 v{bend * q.x, bend * q.y, bend * q.z + 1.0};
+    const double d = Norm(v);
+    if (d == 0.0) return;
+    const double f = (q.x * v.x + q.y * v.y + q.z * (v.z + 1.0)) / (1.0 + d);
+    const double first[kUnknowns] = {q.x / d, q.y / d, -v.z / d, 0.5 * (Dot(q, q) - f * f) / d};
+    const double unit[kUnknowns] = {1.0 / Lever(), 1.0 / Lever(), 1.0, Sweep()};
+    double ofP[kUnknowns][kUnknowns] = {};
+    ofP[kTiltX][kTiltX] = ofP[kTiltY][kTiltY] = ofP[kApex][kBend] = ofP[kBend][kApex] = -2.0 * q.z;
+    ofP[kApex][kApex] = 2.0 * bend;
+    for (int i = 0; i < kUnknowns; ++i) {
+      for (int j = 0; j < kUnknowns; ++j) {
+        const double mixed = (j == kBend ? first[i] : 0.0) + (i == kBend ? first[j] : 0.0);
+        const double second = (0.5 * ofP[i][j] - f * mixed - bend * first[i] * first[j]) / d;
+        sum[i][j] += weight * unit[i] * unit[j] * second;
+      }
     }
   }
-}
 
-// A sphere that the points surround must not be bent open by a step that is meant to widen it.
-ShellModel ShellModel::Moved(const double (&step)[kUnknowns]) const {
-  const Vec3 z = Unit(frame.z + (1.0 / Lever()) * (step[kTiltX] * frame.x + step[kTiltY] * frame.y));
-  ShellModel moved = *this;
-  moved.frame = AxisFrame::Along(frame.origin + step[kApex] * frame.z, z, frame.x);
-  const double change = Sweep() * step[kBend];
-  moved.bend = bend + change;
-  if (!IsCap() && bend * change < 0.0) moved.bend = bend / (1.0 - change / bend);
-  return moved;
-}
+  // A sphere that the points surround must not be bent open by a step that is meant to widen it.
+  ShellModel Moved(const double (&step)[kUnknowns]) const {
+    const Vec3 z = Unit(frame.z + (1.0 / Lever()) * (step[kTiltX] * frame.x + step[kTiltY] * frame.y));
+    ShellModel moved = *this;
+    moved.frame = AxisFrame::Along(frame.origin + step[kApex] * frame.z, z, frame.x);
+    const double change = Sweep() * step[kBend];
+    moved.bend = bend + change;
+    if (!IsCap() && bend * change < 0.0) moved.bend = bend / (1.0 - change / bend);
+    return moved;
+  }
 
-int ShellModel::Stratum(const Vec3& point) const {
-  const Vec3 q = frame.Local(point);
-  return DirectionCell({q.x / Lever(), q.y / Lever(), bend * q.z + 1.0});
-}
+  int Stratum(const Vec3& point) const {
+    const Vec3 q = frame.Local(point);
+    return DirectionCell({q.x / Lever(), q.y / Lever(), bend * q.z + 1.0});
+  }
+
+  bool IsCap() const { return std::fabs(bend) * half < 1.0; }
+  double Lever() const { return IsCap() ? half : 1.0 / std::fabs(bend); }
+  double Sweep() const { return std::max(bend * bend, 2.0 / (half * half)); }
+};
 
 // Half-way between the two spheres about the centre that hold all points.
 ShellModel StartAt(PointBlocks& points, const Vec3& mean, const Vec3& centre, double radius, const NearAndFar& seen) {
