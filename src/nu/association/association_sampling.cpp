@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "nu/association/association.h"
@@ -10,6 +9,7 @@
 #include "nu/association/internal/sampled_fit_data.h"
 #include "nu/engine/association/form_parameters.h"
 #include "nu/engine/association/monte_carlo.h"
+#include "nu/engine/base/floating_point.h"
 
 // A fit again and again: without one of its contacts, or on points that are moved at random. Each time it starts from
 // the optimum that is known.
@@ -17,8 +17,6 @@
 using namespace nu::internal;
 
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 void RequirePoints(const AssociationState& state, const ReportData& data, const char* where) {
   if (static_cast<std::size_t>(data.points) != state.points.Size())
@@ -32,7 +30,7 @@ bool HasRadius(ENuCriterion criterion) {
 // What the criterion makes least or largest: the sum of squares, the radius, or the width of the zone. The engine has
 // half of that, of a zone on one side of the material all of it.
 double ValueOf(const FittedFeature& fit, const FitProblem& problem) {
-  if (fit.end != FitEnd::converged) return kNaN;
+  if (fit.end != FitEnd::converged) return kQuietNaN;
   if (problem.criterion == FitCriterion::leastSquares) return fit.objective;
   if (problem.criterion != FitCriterion::zone) return fit.feature.size[0];
   return problem.side == PointSide::either ? 2.0 * fit.objective : fit.objective;

@@ -1,6 +1,5 @@
 #include "nu/curves/composite_curve.h"
 
-#include <limits>
 #include <utility>
 
 #include "nu/curves/circular_arc.h"
@@ -10,6 +9,7 @@
 #include "nu/curves/line_segment.h"
 #include "nu/curves/polyline.h"
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/point_blocks.h"
 #include "nu/engine/shapes/incidence.h"
 #include "nu/foundation/constants.h"
@@ -64,7 +64,7 @@ void VisitObjects(const Segments& segments, const Visit& visit) {
 // Into how many chords an arc is divided that leave it by tol at most, where one of the angle a leaves it by
 // 2 r sin(a / 4)^2.
 double Chords(const Arc3& arc, double tol) {
-  constexpr double kRounding = std::numeric_limits<double>::epsilon();
+  constexpr double kRounding = kEpsilon;
   const double quarterTurn = 0.5 * Nu_PI;
   const double reach = std::max(tol, kRounding * (arc.radius + LargestComponent(arc.centre)));
   const double step = 4.0 * Asin(std::sqrt(std::min(1.0, 0.5 * reach / arc.radius)));

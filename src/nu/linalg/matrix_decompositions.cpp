@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <memory>
 #include <mutex>
 #include <utility>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/workspace.h"
 #include "nu/engine/linear/eigen_general.h"
 #include "nu/engine/linear/eigen_symmetric.h"
@@ -260,7 +260,7 @@ double CNuMatrix::Determinant() const {
     RequireSquare(*this, "CNuMatrix::Determinant()");
     SmallBlock a(ElementCount(*this));
     CopyOut(*this, a.Data());
-    if (!MeasureBlock(a.Data(), m_rows, m_rows, m_rows).finite) return std::numeric_limits<double>::quiet_NaN();
+    if (!MeasureBlock(a.Data(), m_rows, m_rows, m_rows).finite) return kQuietNaN;
     Permutation rows(m_rows);
     // Only exact zeros make it 0: small pivots may meet large ones in the product.
     const LuResult lu = FactorLu(a.Data(), m_rows, m_rows, rows.Data(), 0.0, 0.0);

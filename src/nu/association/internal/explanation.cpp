@@ -4,12 +4,12 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
-#include <limits>
 
 #include "nu/association/internal/parameters.h"
 #include "nu/association/internal/report_details.h"
 #include "nu/engine/association/contact_sensitivity.h"
 #include "nu/engine/association/explain.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/extents.h"
 #include "nu/foundation/cause_text.h"
 
@@ -76,7 +76,7 @@ struct Failure {
     double largest = 0.0;
     for (const double* corner : {box.low, box.high})
       for (int k = 0; k < 3; ++k) largest = std::max(largest, std::fabs(corner[k]));
-    return 64.0 * std::numeric_limits<double>::epsilon() * largest;
+    return 64.0 * kEpsilon * largest;
   }
   bool IsSurface() const {
     return data.type == CNuObject::NuTypeSphSurf || data.type == CNuObject::NuTypeCylSurf ||
@@ -199,7 +199,7 @@ void ExplainFit(const AssociationState& state, UnknownMask free, ReportData* dat
   const Covariance covariance = UncertaintyOf(state, free, *data, &contacts);
   if (!covariance.finite) {
     explanation.parameter = "";
-    explanation.uncertainty = std::numeric_limits<double>::quiet_NaN();
+    explanation.uncertainty = kQuietNaN;
     explanation.text += "its contacts do not balance, so they do not tell how uncertain it is.";
     return;
   }

@@ -2,6 +2,7 @@
 
 #include "nu/curves/internal/curve_pieces.h"
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/chains/self_contact.h"
 #include "nu/engine/points/principal_direction.h"
 #include "nu/engine/shapes/incidence.h"
@@ -51,8 +52,7 @@ Plane3 PlaneOf(const PieceChain& chain, double tol) {
   PointBlocks blocks({&points[0].x, sizeof(Vec3), points.size()}, points[0]);
   const PrincipalDirection along = FindPrincipalDirection(blocks, Extent::largest);
   const Vec3 mean = blocks.InCallersFrame(along.mean);
-  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-  if (!along.finite) return {{nan, nan, nan}, {nan, nan, nan}};
+  if (!along.finite) return {{kQuietNaN, kQuietNaN, kQuietNaN}, {kQuietNaN, kQuietNaN, kQuietNaN}};
   if (!IsFinite(along.direction)) return {points[0], {0.0, 0.0, 1.0}};
   if (IsOnLine(points, {mean, along.direction}, tol)) return {mean, UprightNormal(along.direction)};
   const Vec3 normal = FindPrincipalDirection(blocks, Extent::smallest).direction;

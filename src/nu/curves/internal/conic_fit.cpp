@@ -1,11 +1,11 @@
 #include "nu/curves/internal/conic_fit.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 #include "nu/curves/internal/carrier_plane.h"
 #include "nu/curves/internal/plane_axes.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/conic_least_squares.h"
 #include "nu/engine/least_squares/conic_start.h"
 #include "nu/engine/points/point_sample.h"
@@ -22,7 +22,7 @@ constexpr std::size_t kSampleSize = PointSample::kMostPoints / 2;
 // A sample whose mean squared deviation is less than that of all points by this factor has missed points far off,
 // unless both are rounding errors: those are below this part of the spread.
 constexpr double kUnlike = 4.0;
-constexpr double kRounding = 16.0 * std::numeric_limits<double>::epsilon();
+constexpr double kRounding = 16.0 * kEpsilon;
 
 // Points whose deviations are below this part of their smaller spread are clearly on one curve. Around others there may
 // be several optima.
@@ -60,7 +60,7 @@ void AddStarts(ConicKind kind, ConicStarts& starts) {
 
 // Two parallel lines are a parabola whose vertex is farther away than its numbers can tell, in units of the spread.
 constexpr double kFarVertex = 1.0 / kLeastBend;
-constexpr double kAnywhere = std::numeric_limits<double>::infinity();
+constexpr double kAnywhere = kInfinity;
 
 bool IsNearerThan(double farthest, const ConicModel& model, const PlacedConic& conic) {
   return LargestComponent(conic.origin - model.frame.origin) < farthest * model.frame.unit;
@@ -68,7 +68,7 @@ bool IsNearerThan(double farthest, const ConicModel& model, const PlacedConic& c
 
 struct Optimum {
   ConicEquation equation;
-  double sumSquares = std::numeric_limits<double>::infinity();
+  double sumSquares = kInfinity;
 
   void TakeLess(const ConicEquation& other, double sum) {
     if (sum < sumSquares) *this = {other, sum};
@@ -100,7 +100,7 @@ Optima OptimaFrom(ConicKind kind, PointBlocks& points, ConicStarts starts, doubl
 // Where other conics are better than the best ellipse or hyperbola, those between them, the parabolas, may be as well:
 // then ellipses or hyperbolas approach the best parabola, and none is the best.
 bool IsOptimum(ConicKind kind, PointBlocks& points, const PlaneAxes& axes, const Optima& optima) {
-  if (!(optima.own.sumSquares < std::numeric_limits<double>::infinity())) return false;
+  if (!(optima.own.sumSquares < kInfinity)) return false;
   if (kind == ConicKind::parabola || optima.own.sumSquares <= optima.other.sumSquares) return true;
   const ConicKind between = ConicKind::parabola;
   const Optima parabolas = OptimaFrom(between, points, AlgebraicFits(between, points, axes), kAnywhere);
@@ -148,7 +148,7 @@ struct BoundedFit {
 
 // The tolerance is a length squared, and would be a coarse one for points within a thousandth of a unit.
 GaussNewtonEnd RunFrom(const ConicModel& start, double scale, const FitOptions& options, ConicLeastSquares& fit,
-                       double mostSquares = std::numeric_limits<double>::infinity()) {
+                       double mostSquares = kInfinity) {
   fit.Place(start);
   BoundedFit bounded{fit, mostSquares};
   const double size = std::min(1.0, start.frame.unit / scale);
@@ -182,7 +182,7 @@ FeatureFit<FittedConic> Solve(const ConicFitRule& rule, PointView points, const 
   const PlaneAxes axes = AxesAcross(plane.normal, plane.point);
   PointBlocks blocks(points, axes.origin);
   const bool isSampled = points.Size() > PointSample::kMostPoints;
-  double most = std::numeric_limits<double>::infinity();
+  double most = kInfinity;
   ConicStarts starts =
       isSampled ? StartFromSample(kind, points, blocks.Origin(), axes, most) : AlgebraicFits(kind, blocks, axes);
   if (starts.count == 0) FailFit(kNumericalFailure, name);

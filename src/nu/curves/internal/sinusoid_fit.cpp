@@ -6,6 +6,7 @@
 
 #include "nu/engine/base/double_double.h"
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/sort.h"
 #include "nu/engine/least_squares/sinusoid_least_squares.h"
 #include "nu/engine/least_squares/sinusoid_scan.h"
@@ -76,7 +77,7 @@ double Range(const std::vector<double>& y) {
 
 struct Minimum {
   GaussNewtonEnd end = GaussNewtonEnd::unsolvable;
-  double sumSquares = std::numeric_limits<double>::infinity();
+  double sumSquares = kInfinity;
   double rounding = 0.0;
   SinusoidLeastSquares fit;
 };

@@ -2,16 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "nu/engine/association/bounded_points.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/minimax/axis_search.h"
 #include "nu/engine/minimax/distance_kernels.h"
 
 namespace nu::engine::association {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 // Of a distance from an axis, and of a bound on its square, in units of the farthest point and its square.
 constexpr double kDistanceRoundings = 4.0;

@@ -2,10 +2,10 @@
 #define NU_ENGINE_ASSOCIATION_BOUNDED_FEATURES_H
 
 #include <cmath>
-#include <limits>
 
 #include "nu/engine/association/feature.h"
 #include "nu/engine/association/first_order.h"
+#include "nu/engine/base/floating_point.h"
 
 // The features of a search over boxes of parameters, as numbers x_k in charts that together hold all features whose
 // axis or centre is not too far from the origin. Deviations are written once, for plain numbers and for enclosures.
@@ -252,7 +252,7 @@ struct BoundedCircle : BoundedByAxis {
   class Components {
    public:
     Components(int chart, const T (&x)[kUnknowns], double)
-        : m_frame(FrameOfChart(chart)), m_radius(x[0], x[1], x[2], x[3], std::numeric_limits<double>::infinity()) {}
+        : m_frame(FrameOfChart(chart)), m_radius(x[0], x[1], x[2], x[3], kInfinity) {}
     void Of(const Vec3& point, T (&component)[kComponents]) const {
       const Vec3 p = m_frame.Local(point);
       component[0] = m_radius.Of(p);

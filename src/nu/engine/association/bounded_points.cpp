@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "nu/engine/base/floating_point.h"
+
 namespace nu::engine::association {
 namespace {
 
@@ -59,7 +61,7 @@ std::vector<Vec3> BoundedPoints::Spread(std::size_t most) {
 
 void BoundedPoints::Join(const Extreme& extreme) {
   const Vec3& p = extreme.point;
-  if (!(extreme.value > -std::numeric_limits<double>::infinity()) || m_set.size() >= kMostInSet) return;
+  if (!(extreme.value > -kInfinity) || m_set.size() >= kMostInSet) return;
   const auto isSame = [&](const Vec3& q) { return q.x == p.x && q.y == p.y && q.z == p.z; };
   if (std::none_of(m_set.begin(), m_set.end(), isSame)) m_set.push_back(p);
 }

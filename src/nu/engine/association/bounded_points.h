@@ -2,9 +2,9 @@
 #define NU_ENGINE_ASSOCIATION_BOUNDED_POINTS_H
 
 #include <algorithm>
-#include <limits>
 #include <vector>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/point_blocks.h"
 #include "nu/engine/shapes/axis_frame.h"
 
@@ -12,8 +12,8 @@ namespace nu::engine::association {
 
 // The range of some deviations.
 struct DeviationSpan {
-  double low = std::numeric_limits<double>::infinity();
-  double high = -std::numeric_limits<double>::infinity();
+  double low = kInfinity;
+  double high = -kInfinity;
 
   // NaN spoils it.
   void Add(double d) {
@@ -97,7 +97,7 @@ class BoundedPoints {
 
  private:
   struct Extreme {
-    double value = -std::numeric_limits<double>::infinity();
+    double value = -kInfinity;
     Vec3 point;
   };
   static constexpr std::size_t kMostContacts = 64;

@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <utility>
 #include <vector>
 
 #include "nu/engine/association/first_order.h"
 #include "nu/engine/association/second_order.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/minimax/linear_minimax.h"
 #include "nu/engine/shapes/vec3.h"
 
@@ -175,7 +175,7 @@ class CellBounds {
                       double target, double rounding) {
     CellBound<Model> bound;
     bound.widest = WidestUnknown(cell, reach);
-    bound.value = -std::numeric_limits<double>::infinity();
+    bound.value = -kInfinity;
     FirstOrder<N> x[N];
     cell.Unknowns(x);
     const Components components(cell.chart, x, reach);
@@ -203,7 +203,6 @@ class CellBounds {
   }
 
  private:
-  static constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
   // The errors of a bound, in units of those of the largest deviation in the cell: some tens of operations lead from
   // the unknowns to an enclosure, and the multipliers of the linear program sum up some of these.
   static constexpr double kRoundings = 256.0;
@@ -258,7 +257,7 @@ class CellBounds {
     for (const Enclosure& e : m_enclosure)
       if (e.index != kHeld) m_isIn[static_cast<std::size_t>(e.index)] = true;
     for (const ComponentDirection<C>& direction : m_fan) {
-      double most = -std::numeric_limits<double>::infinity();
+      double most = -kInfinity;
       std::size_t found = 0;
       for (std::size_t i = 0; i < set.size(); ++i) {
         double towards = 0.0;
@@ -303,14 +302,14 @@ class CellBounds {
     }
     double value = sum.Least();
     for (int c = 0; c < C; ++c) value -= left[c] * m_level[c] + std::fabs(left[c]) * m_half[c];
-    return value > -std::numeric_limits<double>::infinity() ? value / weight : -std::numeric_limits<double>::infinity();
+    return value > -kInfinity ? value / weight : -kInfinity;
   }
 
   // The unknown with which the errors of the enclosures that hold the bound shrink the most when its side is halved,
   // of those whose sides are not much narrower than the widest one.
   int CostliestUnknown(const UnknownCell<N>& cell, double reach, int widest) const {
     const auto& contacts = m_program.Contacts();
-    double least = std::numeric_limits<double>::infinity();
+    double least = kInfinity;
     int found = widest;
     for (int k = 0; k < N; ++k) {
       if (m_widths[widest] > kMostWidths * m_widths[k]) continue;
@@ -345,7 +344,7 @@ class CellBounds {
   void FindLevels() {
     m_largest = 0.0;
     for (int c = 0; c < C; ++c) {
-      double least = std::numeric_limits<double>::infinity();
+      double least = kInfinity;
       double greatest = -least;
       for (const Enclosure& e : m_enclosure) {
         least = std::min(least, e.component[c].Least());
@@ -369,7 +368,7 @@ class CellBounds {
 
   // Up to so many, those that are the farthest in the middle of the cell.
   void FillRows(const ComponentDirection<C>& direction, std::size_t most) {
-    double top = -std::numeric_limits<double>::infinity();
+    double top = -kInfinity;
     m_towards.clear();
     for (const Enclosure& e : m_enclosure) {
       m_towards.push_back(Along(e, direction));

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <tuple>
 #include <vector>
 
@@ -11,6 +10,7 @@
 #include "nu/engine/association/bounded_points.h"
 #include "nu/engine/association/own_cell.h"
 #include "nu/engine/association/proof_monitor.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/function_ref.h"
 #include "nu/engine/shapes/vec2.h"
 
@@ -233,7 +233,7 @@ class CellSearch {
   long m_boxes;
   double m_floor;  // of what is done with
   Feature m_best;
-  double m_size = std::numeric_limits<double>::infinity();
+  double m_size = kInfinity;
   std::vector<OwnCell<N>> m_own;  // in each chart that has the best feature, that of its own first
   typename CellBounds<Model>::Held m_held;
 };

@@ -40,10 +40,10 @@
 #include "nu/engine/association/certificate.h"
 
 #include <algorithm>
-#include <limits>
 #include <vector>
 
 #include "nu/engine/association/certificate_distance.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/linear/eigen_symmetric.h"
 #include "nu/engine/linear/svd.h"
 
@@ -254,7 +254,7 @@ class Proof {
   bool IsGlobal() {
     const double value = m_boundary.high;
     Split whole;
-    double gap = std::numeric_limits<double>::infinity();
+    double gap = kInfinity;
     if (m_question.criterion != ContactCriterion::inscribed && value <= m_length) {
       gap = value;
     } else if (m_count == 0) {
@@ -265,7 +265,7 @@ class Proof {
       if (IsSlab() && whole.growth - m_result.balance >= value / m_extent) gap = m_largestSlack;
     }
     if (!(gap <= m_length)) return false;
-    Accept(gap, std::numeric_limits<double>::infinity(), whole);
+    Accept(gap, kInfinity, whole);
     return true;
   }
 
@@ -375,7 +375,7 @@ class Proof {
     for (std::size_t round = 0; round < idle; ++round) {
       const std::vector<double> change = BalancedChange(raised);
       if (change.empty()) return;
-      double most = std::numeric_limits<double>::infinity();
+      double most = kInfinity;
       bool isAllowed = true;
       for (std::size_t k = 0; k < m_contacts.size(); ++k) {
         const bool isDropped = !raised[k] && isIdle(m_contacts[k]);
@@ -479,8 +479,7 @@ class Proof {
     if (along == n) return split;
     double values[kMost];
     const bool found = DecomposeSymmetric(&m_turned.at[along][along], n - along, kMost, values, nullptr, 0);
-    split.curvature =
-        found ? values[0] - kRounding * m_turned.Norm(0, n, 0, n) : -std::numeric_limits<double>::infinity();
+    split.curvature = found ? values[0] - kRounding * m_turned.Norm(0, n, 0, n) : -kInfinity;
     return split;
   }
 
@@ -514,7 +513,7 @@ class Proof {
   double LossOf(const Split& split, const BoxCurvature& box, double radius) const {
     const double spare = split.curvature - box.change;
     const double most = split.across == 0 ? 1.0 : spare > 0.0 ? spare / (spare + box.largest) : 0.0;
-    double best = std::numeric_limits<double>::infinity();
+    double best = kInfinity;
     if (!(box.largest + box.change < best)) return best;
     for (const double t : {0.0, 0.5 * most, most}) {
       double loss = (1.0 - t) * m_slack + t * m_largestSlack;
@@ -538,7 +537,7 @@ class Proof {
     m_result.failed = CertificateCheck::passed;
     m_result.gap = gap;
     m_result.radius = radius;
-    m_result.isGlobal = radius == std::numeric_limits<double>::infinity();
+    m_result.isGlobal = radius == kInfinity;
     m_result.growth = split.growth;
     m_result.curvature = split.curvature;
   }

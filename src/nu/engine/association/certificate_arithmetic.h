@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <cfloat>
-#include <limits>
 
 #include "nu/engine/base/double_double.h"
+#include "nu/engine/base/floating_point.h"
 
 // The two kinds of numbers that certificates are made with, and functions of several unknowns over either kind.
 namespace nu::engine::association {
@@ -35,7 +35,7 @@ struct Interval {
 };
 
 inline Interval WholeLine() {
-  return {-std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()};
+  return {-kInfinity, kInfinity};
 }
 inline bool IsBounded(Interval a) {
   return a.low >= -DBL_MAX && a.high <= DBL_MAX;

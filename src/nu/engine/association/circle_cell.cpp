@@ -4,6 +4,7 @@
 
 #include "nu/engine/association/bounded_features.h"
 #include "nu/engine/association/certificate_arithmetic.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/linear/eigen_symmetric.h"
 
 namespace nu::engine::association {
@@ -102,7 +103,6 @@ Function V(const UnknownCell<kAxis>& cell, double part, const std::vector<Vec3>&
 // convex. With the middles H = Q L Q^T of the intervals of its second derivatives, S = Q L^-1/2 and e the norm of
 // |S|^T E |S|, E their half widths, y = S^-1 d has  V >= value + (S^T g) y + (1 - e) |y|^2 / 2.
 double LossOf(const Function& f, const Function& middle) {
-  constexpr double none = std::numeric_limits<double>::infinity();
   double h[kAxis][kAxis], width[kAxis][kAxis];
   for (int i = 0; i < kAxis; ++i) {
     for (int j = 0; j <= i; ++j) {
@@ -112,8 +112,8 @@ double LossOf(const Function& f, const Function& middle) {
     }
   }
   double values[kAxis], vectors[kAxis][kAxis];
-  if (!DecomposeSymmetric(&h[0][0], kAxis, kAxis, values, &vectors[0][0], kAxis)) return none;
-  if (!(values[0] > 0.0)) return none;
+  if (!DecomposeSymmetric(&h[0][0], kAxis, kAxis, values, &vectors[0][0], kAxis)) return kInfinity;
+  if (!(values[0] > 0.0)) return kInfinity;
   const double rounding = kRounding * values[kAxis - 1];
   double slope = 0.0;
   double change = 0.0;
@@ -129,12 +129,12 @@ double LossOf(const Function& f, const Function& middle) {
     }
   }
   const double spare = 1.0 - (1.0 + kRounding) * std::sqrt(change);
-  return spare > 0.0 ? (1.0 + kRounding) * slope / (2.0 * spare) : none;
+  return spare > 0.0 ? (1.0 + kRounding) * slope / (2.0 * spare) : kInfinity;
 }
 
 // As wide along each unknown as V is flat there, and up to the unit.
 UnknownCell<kAxis> Shaped(UnknownCell<kAxis> cell, const Function& middle) {
-  double least = std::numeric_limits<double>::infinity();
+  double least = kInfinity;
   for (int k = 0; k < kAxis; ++k) least = std::min(least, middle.second[k][k].high);
   for (int k = 0; k < kAxis && least > 0.0; ++k) cell.half[k] *= std::sqrt(least / middle.second[k][k].high);
   return cell;

@@ -4,12 +4,11 @@
 
 #include "nu/engine/association/scaled_fit.h"
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/mean.h"
 
 namespace nu::engine::association {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 // The errors of a deviation, in units of the rounding of the greatest length in it.
 constexpr double kDeviationRoundings = 4.0;

@@ -19,6 +19,7 @@
 
 #include "nu/engine/association/feature_kernels.h"
 #include "nu/engine/association/scaled_fit.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/lanes.h"
 #include "nu/engine/minimax/curved_minimax.h"
 
@@ -26,7 +27,6 @@ namespace nu::engine::association {
 namespace {
 
 constexpr int K = kUnknowns;
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // A step has to bring this part of what it promised; the bound on the next one follows.
 constexpr double kFairPart = 0.1;

@@ -9,6 +9,7 @@
 
 #include "nu/engine/association/scaled_fit.h"
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/minimax/minimax.h"
 #include "nu/engine/minimax/with_offset.h"
 
@@ -143,7 +144,7 @@ FittedFeature FitNappes(const ScaledFit& fit, const FreeUnknowns& free, const Fe
 FittedFeature FitWithout(const ScaledFit& fit, const Feature& start, MinimaxSide side) {
   const bool oneSided = fit.problem.side != PointSide::either;
   double deviation[kBlockPoints];
-  double value = -std::numeric_limits<double>::infinity();
+  double value = -kInfinity;
   double beyond = 0.0;
   Vec3 point;
   double pointSign = 1.0;

@@ -14,13 +14,11 @@
 
 #include "nu/engine/association/feature_kernels.h"
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/linear/nnls.h"
 
 namespace nu::engine::association {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // The parameters of a feature are rounded once more when it is stored, and the points of a solver meet its boundary
 // within some roundings of the coordinates.

@@ -23,8 +23,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/linear/eigen_symmetric.h"
 #include "nu/engine/linear/small_svd.h"
 #include "nu/engine/shapes/incidence.h"
@@ -311,7 +311,7 @@ void Decompose(int loose, const double (&direction)[N][N], double (&square)[N][N
     for (int j = 0; j < result.unknowns; ++j) result.axis[k][j] = vectors[j * N + k];
   }
   const double last = result.singular[result.unknowns - 1];
-  result.condition = last > 0.0 ? result.singular[0] / last : std::numeric_limits<double>::infinity();
+  result.condition = last > 0.0 ? result.singular[0] / last : kInfinity;
 }
 
 }  // namespace

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "nu/engine/association/feature_kernels.h"
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/linear/small_svd.h"
 #include "nu/engine/linear/tall_qr.h"
 #include "nu/engine/points/mean.h"
@@ -13,11 +13,9 @@
 namespace nu::engine::association {
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
 // Rounding errors of the coordinates reach the entries of J, and those of the reduction its singular values: what is
 // not above so many roundings of the largest one has no correct digit.
-constexpr double kUndetermined = 64.0 * std::numeric_limits<double>::epsilon();
+constexpr double kUndetermined = 64.0 * kEpsilon;
 
 // A unit vector whose part along an undetermined direction is below this has none there but rounding.
 constexpr double kNoPart = 0x1p-40;
@@ -156,7 +154,7 @@ Covariance CovarianceOf(PointView points, const double* weights, const Feature& 
 }
 
 double UncertaintyPerUnit(const Covariance& c, const Gradient& gradient) {
-  if (!c.finite) return std::numeric_limits<double>::quiet_NaN();
+  if (!c.finite) return kQuietNaN;
   double scaled[kUnknowns];
   double length = 0.0;
   for (int j = 0; j < c.unknowns; ++j) {

@@ -3,17 +3,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "nu/engine/association/explain.h"
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/point_blocks.h"
 #include "nu/foundation/constants.h"
 
 namespace nu::engine::association {
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 double InDegrees(double radians) {
   return radians * (180.0 / Nu_PI);
 }

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <vector>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/minimax/annulus2.h"
 #include "nu/engine/minimax/enclosing_ball.h"
 #include "nu/engine/minimax/slab3.h"
@@ -90,7 +90,7 @@ struct Measured {
 };
 
 Measured Measure(const PointView& points, const Vec3& origin, const Feature& feature, BoundedCriterion criterion) {
-  double low = std::numeric_limits<double>::infinity();
+  double low = kInfinity;
   double high = -low;
   Measured measured;
   for (std::size_t i = 0; i < points.Size(); ++i) {
@@ -111,7 +111,7 @@ GlobalBound BoundDirectly(const PointView& points, const Vec3& origin, const Fea
                           double gap) {
   GlobalBound result;
   result.feature = known;
-  result.best = std::numeric_limits<double>::infinity();
+  result.best = kInfinity;
   const Solved solved = Solve(points, origin, known, criterion);
   if (!solved.found) return result;
   const Measured measured = Measure(points, origin, known, criterion);

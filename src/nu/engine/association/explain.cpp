@@ -6,18 +6,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "nu/engine/association/feature_kernels.h"
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/coincidence.h"
 #include "nu/engine/points/principal_direction.h"
 #include "nu/foundation/constants.h"
 
 namespace nu::engine::association {
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // Places on a feature: u and v run from 0 to 1 over the measured extent, and all around what is round.
 class ProbingSurface {

@@ -6,15 +6,13 @@
 #include "nu/engine/association/feature_kernels.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/lanes.h"
 
 namespace nu::engine::association {
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 struct Derivatives {
   Lanes byRho, byHeight, bySize[2];

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 
 // First-order enclosures of functions over a box: Taylor models of order one (K. Makino, M. Berz, Taylor models and
 // other validated functional inclusion methods, International Journal of Pure and Applied Mathematics 4, 2003).
@@ -125,7 +125,7 @@ FirstOrder<N> Reciprocal(const FirstOrder<N>& x) {
   result.value = inverse;
   const double change = (x.Reach() + x.Error()) * inverse;
   const double least = x.Least();
-  result.high += change * change / (least > 0.0 ? least : std::numeric_limits<double>::quiet_NaN());
+  result.high += change * change / (least > 0.0 ? least : kQuietNaN);
   return result;
 }
 

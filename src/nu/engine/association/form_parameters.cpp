@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "nu/engine/association/feature_kernels.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/lanes.h"
 
 namespace nu::engine::association {
@@ -27,7 +27,7 @@ NU_KERNEL double SumOfSquares(const double* each, std::size_t count) {
 
 FormParameters FindForm(PointView points, const Feature& feature, double* deviations) {
   FormParameters form;
-  double smallest = std::numeric_limits<double>::infinity();
+  double smallest = kInfinity;
   double largest = -smallest;
   CompensatedSum squares;
   PointBlocks blocks(points, feature.frame.origin);

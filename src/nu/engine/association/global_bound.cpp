@@ -1,12 +1,12 @@
 #include "nu/engine/association/global_bound.h"
 
 #include <cmath>
-#include <limits>
 
 #include "nu/engine/association/axis_bound.h"
 #include "nu/engine/association/cell_search.h"
 #include "nu/engine/association/direct_bound.h"
 #include "nu/engine/association/wedge_bound.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/minimax/cone_minimax.h"
 #include "nu/engine/minimax/cylinder_minimax.h"
 #include "nu/engine/minimax/slab3.h"
@@ -16,8 +16,6 @@
 
 namespace nu::engine::association {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 // Of a local search from a place where a box says that there is a better feature; what creeps on may be found again.
 constexpr long kMostSteps = 120;
@@ -42,7 +40,7 @@ constexpr long kPartForLine = 4;
 GlobalBound Unproven(const Feature& known) {
   GlobalBound result;
   result.feature = known;
-  result.best = std::numeric_limits<double>::infinity();
+  result.best = kInfinity;
   return result;
 }
 
@@ -73,8 +71,8 @@ class Scene {
     if (!m_blocks.FitScale() || !IsFinite(known.frame.origin)) return false;
     m_frame = FrameOf(known);
     double low[3], high[3];
-    std::fill_n(low, 3, std::numeric_limits<double>::infinity());
-    std::fill_n(high, 3, -std::numeric_limits<double>::infinity());
+    std::fill_n(low, 3, kInfinity);
+    std::fill_n(high, 3, -kInfinity);
     m_blocks.ForEach([&](const PointBlock& block) {
       for (std::size_t i = 0; i < block.size; ++i) {
         const Vec3 p = m_frame.Local({block.x[i], block.y[i], block.z[i]});

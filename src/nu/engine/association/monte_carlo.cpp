@@ -2,17 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "nu/engine/association/random_normals.h"
 #include "nu/engine/base/compensated_sum.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/sort.h"
 
 namespace nu::engine::association {
 namespace {
 
-constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr double kLowProbability = 0.025;
 
 class PackedPoints {
@@ -52,13 +51,13 @@ double QuantileOf(const std::vector<double>& ascending, double probability) {
 
 SampledValue Summarise(std::vector<double>& samples) {
   const double count = static_cast<double>(samples.size());
-  if (samples.empty()) return {kNotANumber, kNotANumber, kNotANumber, kNotANumber};
+  if (samples.empty()) return {kQuietNaN, kQuietNaN, kQuietNaN, kQuietNaN};
   CompensatedSum sum, squares;
   for (const double value : samples) sum.Add(value);
   const double mean = sum.Value() / count;
   for (const double value : samples) squares.Add((value - mean) * (value - mean));
   Sort(static_cast<int>(samples.size()), samples.data());
-  const double deviation = samples.size() > 1 ? std::sqrt(squares.Value() / (count - 1.0)) : kNotANumber;
+  const double deviation = samples.size() > 1 ? std::sqrt(squares.Value() / (count - 1.0)) : kQuietNaN;
   return {mean, deviation, QuantileOf(samples, kLowProbability), QuantileOf(samples, 1.0 - kLowProbability)};
 }
 

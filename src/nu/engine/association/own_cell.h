@@ -7,6 +7,7 @@
 #include "nu/engine/association/bounded_points.h"
 #include "nu/engine/association/cell_bound.h"
 #include "nu/engine/association/circle_cell.h"
+#include "nu/engine/base/floating_point.h"
 
 // The cell around an optimum in which no feature is better.
 //
@@ -143,7 +144,7 @@ class OwnCellFinder {
     const double most = C == 1 ? largest : 2.0 * largest / hold;
     for (int c = 0; c < C; ++c)
       for (int i = 0; i < m_rows.size; ++i) m_rows.gradient[N + c][i] *= most;
-    double least = std::numeric_limits<double>::infinity();
+    double least = kInfinity;
     for (int k = 0; k < N; ++k) least = std::min(least, GrowthAlong(k, largest));
     return least;
   }
@@ -166,7 +167,7 @@ class OwnCellFinder {
     double along[minimax::kMostRows];
     std::copy_n(m_rows.gradient[k], m_rows.size, along);
     std::fill_n(m_rows.gradient[k], m_rows.size, 0.0);
-    double least = std::numeric_limits<double>::infinity();
+    double least = kInfinity;
     for (const double side : {1.0, -1.0}) {
       for (int i = 0; i < m_rows.size; ++i) m_rows.value[i] = side * along[i];
       const bool solved = m_program.Solve(m_rows, 1.0, kRounding * largest);

@@ -21,13 +21,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 
 #include "nu/engine/association/feature_kernels.h"
 #include "nu/engine/association/scaled_fit.h"
 #include "nu/engine/base/bits.h"
 #include "nu/engine/base/compensated_sum.h"
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/cone_start.h"
 #include "nu/engine/linear/small_cholesky.h"
 #include "nu/engine/linear/tall_qr.h"
@@ -40,7 +40,7 @@ static_assert(PartSums::kStrata == kFeatureParts);
 
 constexpr int kColumns = kUnknowns + 1;
 // Of the largest column; below it rounding decides about an unknown.
-constexpr double kIndependent = 64.0 * std::numeric_limits<double>::epsilon();
+constexpr double kIndependent = 64.0 * kEpsilon;
 
 UnknownMask FreeOf(const PartRequest& request) {
   return request.free & UnknownsOf(request.feature.kind);

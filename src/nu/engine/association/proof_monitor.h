@@ -2,8 +2,8 @@
 #define NU_ENGINE_ASSOCIATION_PROOF_MONITOR_H
 
 #include <algorithm>
-#include <limits>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/step_monitor.h"
 
 namespace nu::engine::association {
@@ -15,7 +15,7 @@ class ProofMonitor {
   ProofMonitor() = default;
   // `unit` turns the sizes of a search into the criterion. The bound counts up to `most`: of a search that is only a
   // part of a proof, up to what the others have proven.
-  ProofMonitor(const StepMonitor& monitor, double unit, double most = std::numeric_limits<double>::infinity())
+  ProofMonitor(const StepMonitor& monitor, double unit, double most = kInfinity)
       : m_monitor(monitor), m_unit(unit), m_most(most) {}
 
   // At the start and after every kBoxes. False for good once the monitor has said so.
@@ -34,7 +34,7 @@ class ProofMonitor {
  private:
   StepMonitor m_monitor;
   double m_unit = 1.0;
-  double m_most = std::numeric_limits<double>::infinity();
+  double m_most = kInfinity;
   long m_next = 1;
   bool m_isCancelled = false;
 };

@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 
 // Second-order enclosures of functions over a box: Taylor models of order two, see first_order.h. With the same d_k,
 //
@@ -154,7 +154,7 @@ SecondOrder<N> Length(const SecondOrder<N>& x, const SecondOrder<N>& y, const Se
   const double fourth = (across + mixed) * (across + mixed) / (8.0 * least * least * least);
   sum.low -= 0.5 * inverse * across * along / (s + along) + 0.5 * mixed / least + fourth;
   sum.high += 0.5 * inverse * across * along / least + 0.5 * mixed / least;
-  if (!(least > 0.0)) sum.low = sum.high = std::numeric_limits<double>::quiet_NaN();
+  if (!(least > 0.0)) sum.low = sum.high = kQuietNaN;
   return sum;
 }
 
@@ -165,7 +165,7 @@ SecondOrder<N> Reciprocal(const SecondOrder<N>& x) {
   const double change = x.Change();
   const double least = x.value - change;
   const double part = change * inverse;
-  const double third = part * part * part / (least > 0.0 ? least : std::numeric_limits<double>::quiet_NaN());
+  const double third = part * part * part / (least > 0.0 ? least : kQuietNaN);
   return WithDerivatives(x, inverse, -inverse * inverse, inverse * inverse * inverse, third);
 }
 

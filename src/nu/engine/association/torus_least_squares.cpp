@@ -23,10 +23,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/linear/eigen_symmetric.h"
 #include "nu/engine/linear/small_cholesky.h"
 #include "nu/engine/minimax/smallest_tube.h"
@@ -299,7 +299,7 @@ bool FindStart(const UnitPoints& sample, Feature& best) {
   FitProblem problem;
   problem.points = {&sample.points[0].x, sizeof(Vec3), sample.points.size()};
   problem.mostSteps = kSampleSteps;
-  double least = std::numeric_limits<double>::infinity();
+  double least = kInfinity;
   const bool isFew = sample.points.size() <= kFewPoints;
   const std::size_t mostDescents = isFew ? kMostDescentsOfFew : kMostDescents;
   const int mostSame = isFew ? kMostSameOfFew : kMostSame;
@@ -317,7 +317,7 @@ bool FindStart(const UnitPoints& sample, Feature& best) {
     least = squares;
     best = isTorus ? found.feature : start.torus;
   }
-  return least < std::numeric_limits<double>::infinity();
+  return least < kInfinity;
 }
 
 }  // namespace

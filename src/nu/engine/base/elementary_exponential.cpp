@@ -4,6 +4,7 @@
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/base/elementary_parts.h"
 #include "nu/engine/base/elementary_tables.h"
+#include "nu/engine/base/floating_point.h"
 
 // Exponentials, logarithms, powers, hyperbolic functions and their inverses.
 //   exp(x) = 2^(k / 128) exp(r), |r| <= log(2) / 256   (P. T. P. Tang, ACM TOMS 15, 1989)
@@ -15,7 +16,6 @@ namespace nu::engine::base {
 
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kSmallestNormal = std::numeric_limits<double>::min();
 
 // Stands for (high + low) 2^exponent, with high from 1/4 to 2.

@@ -2,10 +2,10 @@
 #define NU_ENGINE_BASE_ELEMENTARY_PARTS_H
 
 #include <cstdint>
-#include <limits>
 
 #include "nu/engine/base/bits.h"
 #include "nu/engine/base/error_free.h"
+#include "nu/engine/base/floating_point.h"
 
 // What the elementary functions share. Each evaluates its result as a sum of two doubles: a leading one that is exact
 // or nearly so, and a correction at least some seven binary places smaller, whose rounding errors then hardly count.
@@ -53,7 +53,7 @@ inline double RoundOnceBelow(const DoubleDouble& x, int exponent) {
 
 // Returns the result outside the domain, and for a NaN.
 inline double Undefined(double x) {
-  return x + std::numeric_limits<double>::quiet_NaN();
+  return x + kQuietNaN;
 }
 
 }  // namespace nu::engine::base

@@ -4,6 +4,7 @@
 
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/base/elementary_parts.h"
+#include "nu/engine/base/floating_point.h"
 
 // Cube roots and lengths: an approximation to nearly all digits, then one step of Newton's method whose residual is
 // evaluated with the digits that cancel (W. Kahan, Computing a real cube root, 1991; C. F. Borges, Algorithm 1014: An
@@ -11,8 +12,6 @@
 namespace nu::engine::base {
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // The greatest magnitude decides which squares neither overflow nor lose digits that count.
 constexpr double kLargestPlain = 0x1p500;

@@ -4,9 +4,9 @@
 #include <array>
 #include <cmath>
 #include <functional>
-#include <limits>
 #include <numeric>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/chains/block_tree.h"
 #include "nu/engine/points/extents.h"
 #include "nu/engine/shapes/box.h"
@@ -36,7 +36,7 @@ constexpr std::size_t kNear = 4;
 constexpr double kWidening = 1e-12;
 
 // The bound for a block is trusted up to this part of that size.
-constexpr double kTrust = 16.0 * std::numeric_limits<double>::epsilon();
+constexpr double kTrust = 16.0 * kEpsilon;
 
 bool IsEmpty(const Box& box) {
   return box.low[0] > box.high[0];
@@ -364,7 +364,7 @@ SimplifiedPath SimplifyPath(const std::vector<Vec3>& points, double tolerance) {
     while (isFinite && end < points.size() && IsFinite(points[end])) ++end;
     run.assign(points.begin() + static_cast<std::ptrdiff_t>(begin), points.begin() + static_cast<std::ptrdiff_t>(end));
     AddRun(run, begin, tolerance, path);
-    if (HasNaN(points[begin])) path.deviation = std::numeric_limits<double>::quiet_NaN();  // and stays
+    if (HasNaN(points[begin])) path.deviation = kQuietNaN;  // and stays
   }
   return path;
 }

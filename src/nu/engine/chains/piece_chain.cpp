@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/chains/chain_tree.h"
 #include "nu/engine/chains/space_search.h"
 #include "nu/engine/minimax/enclosing_ball.h"
@@ -13,10 +14,8 @@ namespace nu::engine::chains {
 
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr Vec3 kNoPoint{kNaN, kNaN, kNaN};
-constexpr NearPair kNoPair{kNaN, kNoPoint, kNoPoint};
+constexpr Vec3 kNoPoint{kQuietNaN, kQuietNaN, kQuietNaN};
+constexpr NearPair kNoPair{kQuietNaN, kNoPoint, kNoPoint};
 
 // The trees along the chains answer for measured curves in a few visits for each piece. Where many more do not do, as
 // for edges that join scattered points, the space is searched with the pair found so far.
@@ -146,7 +145,7 @@ Box PieceChain::Bounds() const {
   Box bounds = EmptyBox();
   for (int i = 0; i < Size(); ++i) {
     if (!IsFinite(Ends(i).start) || !IsFinite(Ends(i).end)) {
-      return {{kNaN, kNaN, kNaN}, {kNaN, kNaN, kNaN}};
+      return {{kQuietNaN, kQuietNaN, kQuietNaN}, {kQuietNaN, kQuietNaN, kQuietNaN}};
     }
     Include(BoxOf(i), bounds);
   }
@@ -203,7 +202,7 @@ Ball BallAround(const std::vector<Vec3>& points) {
   PointBlocks blocks({&points[0].x, sizeof(Vec3), points.size()}, points[0]);
   const Vec3 axes[3] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
   const EnclosingBall ball = SmallestEnclosingBall<3>(blocks, axes);
-  if (!ball.found) return {kNoPoint, kNaN};
+  if (!ball.found) return {kNoPoint, kQuietNaN};
   return {points[0] + ball.centre, ball.radius};
 }
 

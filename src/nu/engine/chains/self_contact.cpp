@@ -2,8 +2,8 @@
 
 #include <cfloat>
 #include <cstdint>
-#include <limits>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/chains/space_search.h"
 #include "nu/engine/shapes/incidence.h"
 
@@ -48,7 +48,7 @@ class SelfSearch {
       : m_tree(tree),
         m_chain(tree.Chain()),
         m_tol(tol),
-        m_beyond(std::nextafter(tol, std::numeric_limits<double>::infinity())),
+        m_beyond(std::nextafter(tol, kInfinity)),
         m_rounding(DBL_EPSILON * tree.Chain().LargestCoordinate()),
         m_visitsLeft(kVisitsPerPiece * tree.Chain().Size()) {}
 

@@ -2,14 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+
+#include "nu/engine/base/floating_point.h"
 
 namespace nu::engine::hulls {
 
 FarthestCorner2::FarthestCorner2(const std::vector<Vec2>& corners) : m_corners(corners) {
-  constexpr double infinity = std::numeric_limits<double>::infinity();
   while (m_leaves * kLeaf < corners.size()) m_leaves *= 2;
-  m_boxes.assign(2 * m_leaves, {{infinity, infinity}, {-infinity, -infinity}});
+  m_boxes.assign(2 * m_leaves, {{kInfinity, kInfinity}, {-kInfinity, -kInfinity}});
   const auto cover = [](Box& box, const Box& other) {
     box.least = {std::min(box.least.x, other.least.x), std::min(box.least.y, other.least.y)};
     box.greatest = {std::max(box.greatest.x, other.greatest.x), std::max(box.greatest.y, other.greatest.y)};
@@ -45,7 +45,7 @@ FarthestCorner2::ChordBox FarthestCorner2::ChordBoxOf(const Vec2* begin, const V
 // The value is convex along the sides of this box, too. The margin is above the rounding of both values, so leaving the
 // run out never changes which corner is found.
 bool FarthestCorner2::IsBelow(const Place& place, const ChordBox& box, double best) {
-  constexpr double kRounding = 64.0 * std::numeric_limits<double>::epsilon();
+  constexpr double kRounding = 64.0 * kEpsilon;
   const Vec2 offset = box.first - place.middle;
   const Vec2 first{Dot(box.direction, offset), Cross(box.direction, offset)};
   const Vec2 shift{Dot(box.direction, place.shift), Cross(box.direction, place.shift)};
@@ -59,7 +59,7 @@ bool FarthestCorner2::IsBelow(const Place& place, const ChordBox& box, double be
 }
 
 double FarthestCorner2::Bound(const Place& place, const Box& box) {
-  if (box.least.x > box.greatest.x) return -std::numeric_limits<double>::infinity();  // holds nothing
+  if (box.least.x > box.greatest.x) return -kInfinity;  // holds nothing
   const Vec2 low = box.least - place.middle;
   const Vec2 high = box.greatest - place.middle;
   return std::max(low.x * (low.x - place.shift.x), high.x * (high.x - place.shift.x)) +
@@ -67,7 +67,7 @@ double FarthestCorner2::Bound(const Place& place, const Box& box) {
 }
 
 std::size_t FarthestCorner2::From(const Place& place) const {
-  double best = -std::numeric_limits<double>::infinity();
+  double best = -kInfinity;
   std::size_t found = 0;
   Visit(place, 1, best, found);
   return found;

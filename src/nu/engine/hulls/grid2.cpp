@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <limits>
 #include <utility>
+
+#include "nu/engine/base/floating_point.h"
 
 namespace nu::engine::hulls {
 namespace {
 
-constexpr double kRoundoff = std::numeric_limits<double>::epsilon() / 2.0;
+constexpr double kRoundoff = kEpsilon / 2.0;
 
 // Outside, the inverse of a step of the grid could overflow.
 constexpr double kSafeSmall = 1e-150;
@@ -169,7 +170,6 @@ Grid2 GridOf(std::vector<Vec2> points) {
 }
 
 GridFrame GridFrameOf(PointBlocks& points, const Vec3 (&axes)[2]) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   Box2Builder box({kInfinity, kInfinity});
   box.box.greatest = {-kInfinity, -kInfinity};
   points.ForEach([&](const PointBlock& block) {

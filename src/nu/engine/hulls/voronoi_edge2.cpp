@@ -1,5 +1,7 @@
 #include "nu/engine/hulls/voronoi_edge2.h"
 
+#include "nu/engine/base/floating_point.h"
+
 namespace nu::engine::hulls {
 
 double HalfCotangent(Vec2 p, Vec2 q, Vec2 apex) {
@@ -13,9 +15,8 @@ VoronoiEdge2::VoronoiEdge2(const Delaunay2& mesh, Delaunay2::Edge e)
       normal(Perpendicular(q - p)),
       square(Dot(normal, normal)),
       apex{mesh.Apex(e), mesh.Apex(Delaunay2::Opposite(e))} {
-  constexpr double none = std::numeric_limits<double>::infinity();
-  end[0] = apex[0] == Delaunay2::kNoSite ? none : HalfCotangent(p, q, mesh.At(apex[0]));
-  end[1] = apex[1] == Delaunay2::kNoSite ? -none : -HalfCotangent(q, p, mesh.At(apex[1]));
+  end[0] = apex[0] == Delaunay2::kNoSite ? kInfinity : HalfCotangent(p, q, mesh.At(apex[0]));
+  end[1] = apex[1] == Delaunay2::kNoSite ? -kInfinity : -HalfCotangent(q, p, mesh.At(apex[1]));
 }
 
 }  // namespace nu::engine::hulls

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <initializer_list>
-#include <limits>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/linear/small_svd.h"
 #include "nu/engine/linear/tall_qr.h"
 #include "nu/engine/points/extents.h"
@@ -27,7 +27,7 @@ constexpr double kRoot2 = 1.4142135623730950488;
 
 // On points of size 1, a combination of 1, x and y below this bound is zero: the points lie on a line. A coefficient
 // about their mean, and a sum relative to its terms, are zero below it as well.
-constexpr double kRounding = 64.0 * std::numeric_limits<double>::epsilon();
+constexpr double kRounding = 64.0 * kEpsilon;
 
 struct Chart {
   Vec3 origin;

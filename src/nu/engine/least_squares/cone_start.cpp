@@ -1,10 +1,10 @@
 #include "nu/engine/least_squares/cone_start.h"
 
-#include <limits>
 #include <optional>
 #include <utility>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/direction_moments.h"
 #include "nu/engine/least_squares/direction_search.h"
 #include "nu/engine/least_squares/quadric_axes.h"
@@ -29,8 +29,6 @@
 
 namespace nu::engine::least_squares {
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // Points on both nappes leave at least this part of the plane's root mean square when one nappe is fitted.
 constexpr double kOneNappe = 0.1;

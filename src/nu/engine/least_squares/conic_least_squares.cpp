@@ -1,7 +1,6 @@
 #include "nu/engine/least_squares/conic_least_squares.h"
 
-#include <limits>
-
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/conic_kernels.h"
 
 // Least squares of the orthogonal distances from a conic (S. J. Ahn, W. Rauh, H.-J. Warnecke, Pattern Recognition 34,
@@ -11,10 +10,8 @@
 namespace nu::engine::least_squares {
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
 // A deviation is known to so many roundings of the coordinates.
-constexpr double kNoise = 16.0 * std::numeric_limits<double>::epsilon();
+constexpr double kNoise = 16.0 * kEpsilon;
 
 // Where the full step should gain less than this part of the sum, it leads to the optimum.
 constexpr double kSettled = 1e-6;

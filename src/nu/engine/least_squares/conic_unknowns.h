@@ -1,8 +1,7 @@
 #ifndef NU_ENGINE_LEAST_SQUARES_CONIC_UNKNOWNS_H
 #define NU_ENGINE_LEAST_SQUARES_CONIC_UNKNOWNS_H
 
-#include <limits>
-
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/damped_gauss_newton.h"
 #include "nu/engine/shapes/conic_equation.h"
 
@@ -16,8 +15,8 @@ struct ConicModel {
   ConicKind kind = ConicKind::none;
   ConicFrame frame;
   ConicEquation equation;
-  double gain = std::numeric_limits<double>::infinity();  // that the step to this conic predicted
-  bool isExact = false;                                   // steps use the second derivatives
+  double gain = kInfinity;  // that the step to this conic predicted
+  bool isExact = false;     // steps use the second derivatives
 };
 
 using ConicSystem = StepSystem<kConicUnknowns>;

@@ -1,8 +1,7 @@
 #include "nu/engine/least_squares/cylinder_start.h"
 
-#include <limits>
-
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/direction_moments.h"
 #include "nu/engine/least_squares/direction_search.h"
 #include "nu/engine/least_squares/quadric_axes.h"
@@ -171,7 +170,7 @@ class CylinderSearch {
   PointBlocks& m_points;
   CylinderLeastSquares& m_fit;
   CylinderModel m_best;
-  double m_sumSquares = std::numeric_limits<double>::infinity();
+  double m_sumSquares = kInfinity;
 };
 
 }  // namespace

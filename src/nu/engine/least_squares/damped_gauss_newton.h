@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <optional>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/gauss_newton.h"
 #include "nu/engine/linear/small_cholesky.h"
 #include "nu/engine/points/form_statistics.h"
@@ -38,8 +38,8 @@ class LastStep {
   template<int N>
   LastStep(std::size_t walk, const StepSystem<N>& system, const double (&step)[N], double gain, double rate) {
     const Deviations& d = system.deviations;
-    if (!(gain >= 0.0 && rate * gain <= std::numeric_limits<double>::epsilon() * d.sumSquares)) return;
-    constexpr double kRoundings = 16.0 * std::numeric_limits<double>::epsilon();
+    if (!(gain >= 0.0 && rate * gain <= kEpsilon * d.sumSquares)) return;
+    constexpr double kRoundings = 16.0 * kEpsilon;
     // No derivative is larger than the root of the sum of its squares over all points.
     double change = kRoundings * (std::sqrt(system.spread) + std::max(std::fabs(d.smallest), std::fabs(d.largest)));
     for (int k = 0; k < N; ++k) change += std::fabs(step[k]) * std::sqrt(system.product[k][k]);
@@ -72,7 +72,7 @@ class LastStep {
 // What a distance between points may be off by through the rounding errors of their coordinates, with room for a few of
 // them. `place` is among the points, `meanSquare` that of their distances from there; lengths are those of the blocks.
 inline double RoundingAt(const PointBlocks& points, const Vec3& place, double meanSquare) {
-  constexpr double kRoundings = 16.0 * std::numeric_limits<double>::epsilon();
+  constexpr double kRoundings = 16.0 * kEpsilon;
   const Vec3 far = points.InCallersFrame(place);
   return kRoundings * (std::sqrt(meanSquare) + points.Scale() * std::sqrt(Dot(far, far)));
 }
@@ -96,7 +96,7 @@ bool StandsOut(const StepSystem<N>& system, int unknown, double size, double rou
 // By how much two steps of a descent should lower the sum of squares.
 struct StepGains {
   double now = 0.0;
-  double before = std::numeric_limits<double>::infinity();  // for the first step
+  double before = kInfinity;  // for the first step
   bool damped = false;
 };
 
@@ -204,9 +204,7 @@ class DampedGaussNewton {
   }
 
   // At the best place so far, scaled as the blocks are; infinite before one is known.
-  double SumSquares() const {
-    return m_hasBest ? m_system.deviations.sumSquares : std::numeric_limits<double>::infinity();
-  }
+  double SumSquares() const { return m_hasBest ? m_system.deviations.sumSquares : kInfinity; }
   // Whether the points determined all parameters when the last step was solved.
   bool Determined() const { return m_determined; }
   // Sum of the squared deviations that rounding errors of the coordinates make.
@@ -224,7 +222,7 @@ class DampedGaussNewton {
   static constexpr double kClearPivot = 1e-8;
 
   // A step that moves the deviations by no more than this many roundings of the coordinates is noise.
-  static constexpr double kNoise = 16.0 * std::numeric_limits<double>::epsilon();
+  static constexpr double kNoise = 16.0 * kEpsilon;
 
   // Damping after the first step that leads uphill or gains too small a part of what was predicted, its change after
   // further ones, and after steps that gain nearly all of it.

@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/fourth_moments.h"
 
 // How the starts look for the direction of an axis: many directions are judged, and the best ones refined.
@@ -41,7 +41,7 @@ template<class Judge, class Try>
 void TryBestOf(const Directions& even, const Vec3& stretch, int trials, Judge judge, Try tryDirection) {
   // No two that are tried are closer than this cosine, before the stretch.
   constexpr double kSameDirection = 0.93;
-  constexpr double kDone = std::numeric_limits<double>::infinity();
+  constexpr double kDone = kInfinity;
   std::array<double, kDirections> value;
   Directions direction;
   for (std::size_t k = 0; k < kDirections; ++k) {

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/step_monitor.h"
 
 namespace nu::engine::least_squares {
@@ -37,7 +37,7 @@ struct GaussNewtonStep {
   double squaredLength = 0.0;    // of those parameters that the rule counts
   bool atRoundingLevel = false;  // moves no deviation by more than some rounding errors
   // In the unit of the points, from the parameters before the step; NaN where the problem does not tell it.
-  double sumSquares = std::numeric_limits<double>::quiet_NaN();
+  double sumSquares = kQuietNaN;
 };
 
 // Watches what an iteration has to bring down to a target. It creeps when, at the rate at which that fell over a
@@ -48,12 +48,11 @@ class CreepWatch {
     m_least = std::min(m_least, value);
     m_largest = std::max(m_largest, value);
     if (++m_count % kStretch != 0) return false;
-    constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
     const double ahead = Log(m_least / std::max(target, kEpsilon * kEpsilon * m_largest));
     const double gone = Log(m_before / m_least);
     m_slow = gone * kMostFurther > ahead * kStretch ? 0 : m_slow + 1;
     m_before = m_least;
-    m_least = std::numeric_limits<double>::infinity();
+    m_least = kInfinity;
     return m_slow >= kMostSlow;
   }
 
@@ -62,9 +61,9 @@ class CreepWatch {
   static constexpr double kMostFurther = 1000.0;
   static constexpr int kMostSlow = 4;
 
-  double m_least = std::numeric_limits<double>::infinity();
+  double m_least = kInfinity;
   double m_largest = 0.0;
-  double m_before = std::numeric_limits<double>::infinity();
+  double m_before = kInfinity;
   long m_count = 0;
   int m_slow = 0;
 };
@@ -73,7 +72,6 @@ class CreepWatch {
 // `void TakeStep()`, which adds it to them; `count` receives the number of steps.
 template<class Problem>
 GaussNewtonEnd RunGaussNewton(Problem& problem, const GaussNewtonRule& rule, long& count) {
-  constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
   // Steps on points that are no circle at all may creep or go round for ever, whatever limit a host passes.
   constexpr long kMostSteps = 100'000;
   const long limit = std::min(rule.limit, kMostSteps);

@@ -1,7 +1,6 @@
 #include "nu/engine/least_squares/quadric_axes.h"
 
-#include <limits>
-
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/linear/eigen_symmetric.h"
 #include "nu/engine/linear/small_cholesky.h"
 
@@ -19,8 +18,6 @@
 
 namespace nu::engine::least_squares {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 constexpr int kCoefficients = 10;
 // uu, vv, ww, uv, uw, vw, u, v, w, 1

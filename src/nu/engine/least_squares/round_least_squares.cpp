@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/surface_kernels.h"
 #include "nu/engine/points/point_sample.h"
 #include "nu/engine/shapes/axis_frame.h"
@@ -39,8 +40,6 @@
 
 namespace nu::engine::least_squares {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 // Smallest pivot, as a part of its diagonal entry, of a system that is taken for well-conditioned: half of the digits
 // are left.
@@ -333,7 +332,7 @@ bool RoundLeastSquares<D>::Start(PointView points) {
   if (points.Size() >= kSampledFrom) {
     const RoundModel<D> given = m_model;
     const bool started = StartFromSample(points);
-    m_squaredLength = std::numeric_limits<double>::infinity();
+    m_squaredLength = kInfinity;
     m_isSampled = started;
     if (started) return true;
     m_model = given;

@@ -1,6 +1,7 @@
 #ifndef NU_ENGINE_LEAST_SQUARES_ROUND_LEAST_SQUARES_H
 #define NU_ENGINE_LEAST_SQUARES_ROUND_LEAST_SQUARES_H
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/damped_gauss_newton.h"
 
 namespace nu::engine::least_squares {
@@ -91,8 +92,8 @@ class RoundLeastSquares {
   RoundModel<D> m_model;
   double m_spread = 0.0;  // sum of the squared distances from M
   double m_step[kUnknowns] = {};
-  double m_squaredLength = std::numeric_limits<double>::infinity();  // of the last step
-  double m_slowness = 0.0;                                           // the last squared length over the one before
+  double m_squaredLength = kInfinity;  // of the last step
+  double m_slowness = 0.0;             // the last squared length over the one before
   Deviations m_deviations;
   bool m_deviationsAreCurrent = false;
   bool m_isSampled = false;            // the start is from a sample

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numbers>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/linear/small_svd.h"
 
 // Variable projection (G. H. Golub, V. Pereyra, SIAM J. Numer. Anal. 10, 1973): for a frequency w the best wave
@@ -23,8 +23,6 @@
 
 namespace nu::engine::least_squares {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 // Samples and waves are known to so many roundings.
 constexpr double kNoise = 16.0 * kEpsilon;
@@ -248,7 +246,7 @@ Deviations SinusoidLeastSquares::DeviationsNow() {
   const double frequency = std::sqrt(m_squared);
   const double m = ScaleAt(frequency);
   CompensatedSum sum;
-  Deviations total{0.0, std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
+  Deviations total{0.0, kInfinity, -kInfinity};
   for (std::size_t i = 0; i < m_samples->Size(); ++i) {
     const double mu = m * m_samples->u[i];
     const Shapes shapes = ShapesAt(frequency * m_samples->u[i]);

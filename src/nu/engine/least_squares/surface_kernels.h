@@ -1,8 +1,7 @@
 #ifndef NU_ENGINE_LEAST_SQUARES_SURFACE_KERNELS_H
 #define NU_ENGINE_LEAST_SQUARES_SURFACE_KERNELS_H
 
-#include <limits>
-
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/damped_gauss_newton.h"
 #include "nu/engine/points/point_lanes.h"
 
@@ -47,8 +46,8 @@ class LaneExtremes {
   NU_ALWAYS_INLINE double Largest() const { return base::Largest(m_largest); }
 
  private:
-  Lanes m_smallest = std::numeric_limits<double>::infinity() - Lanes{};
-  Lanes m_largest = Lanes{} - std::numeric_limits<double>::infinity();
+  Lanes m_smallest = kInfinity - Lanes{};
+  Lanes m_largest = Lanes{} - kInfinity;
 };
 
 template<class Surface>

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/rooms.h"
 
 namespace nu::engine::linear {
@@ -24,7 +24,7 @@ struct SmallSvd {
 // should be within 1e+-100. NaN gives NaN.
 template<int N>
 SmallSvd<N> SvdOfColumns(const double (&columns)[N][N]) {
-  constexpr double kOrthogonal = std::numeric_limits<double>::epsilon();
+  constexpr double kOrthogonal = kEpsilon;
   constexpr int kMaxSweeps = 40;  // five or six are enough; the bound ends the loop for NaN
   SmallSvd<N> svd;
   std::copy_n(&columns[0][0], N * N, &svd.work[0][0]);

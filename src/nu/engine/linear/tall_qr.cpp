@@ -4,10 +4,10 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <new>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/large_pages.h"
 #include "nu/engine/base/simd.h"
 
@@ -122,8 +122,7 @@ Reflector MakeScaledReflector(double alpha, double* p, int rows) {
     anyNaN += p[r];
   }
   if (!std::isfinite(largest) || std::isnan(anyNaN)) {
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    return {nan, nan, nan};
+    return {kQuietNaN, kQuietNaN, kQuietNaN};
   }
   if (largest == 0.0) return {0.0, 0.0, alpha};
   const int exponent = std::clamp(std::ilogb(largest), -kLargestExponent, kLargestExponent);

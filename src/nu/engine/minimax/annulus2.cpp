@@ -1,8 +1,8 @@
 #include "nu/engine/minimax/annulus2.h"
 
 #include <algorithm>
-#include <limits>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/hulls/grid2.h"
 #include "nu/engine/minimax/annulus_exchange.h"
 #include "nu/engine/minimax/annulus_overlay.h"
@@ -30,7 +30,7 @@ constexpr std::size_t kMostInSubset = 2000;
 constexpr double kSameWidth = 16.0;
 constexpr double kSameCentre = 1e-9;
 // Distances to a centre far away have their own rounding.
-constexpr double kSameDistance = 16.0 * std::numeric_limits<double>::epsilon();
+constexpr double kSameDistance = 16.0 * kEpsilon;
 
 // In the unit of the blocks until the end.
 class Search {
@@ -54,9 +54,7 @@ class Search {
 
  private:
   bool HasOptimum() const { return m_best.end == AnnulusEnd::found; }
-  double Bound(const Grid2& grid) const {
-    return HasOptimum() ? (m_best.outer - m_best.inner) / grid.unit : std::numeric_limits<double>::infinity();
-  }
+  double Bound(const Grid2& grid) const { return HasOptimum() ? (m_best.outer - m_best.inner) / grid.unit : kInfinity; }
 
   static double Rounding(const Grid2& grid, double distance) {
     return kSameWidth * grid.unit + kSameDistance * distance;

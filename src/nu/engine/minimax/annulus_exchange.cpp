@@ -1,8 +1,8 @@
 #include "nu/engine/minimax/annulus_exchange.h"
 
-#include <limits>
 #include <tuple>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/point_lanes.h"
 
 // Exchange. At a centre c whose annulus cannot be made narrower by a small move, two points lie on the outer and two on
@@ -24,8 +24,6 @@
 
 namespace nu::engine::minimax {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 // Distances that differ by so many roundings of the radius are equal.
 constexpr double kNoise = 16.0 * kEpsilon;
@@ -49,7 +47,7 @@ NU_KERNEL void FindExtremes(const PointBlock& block, const Axes2& given, const V
   const Axes2 axes = given;
   const Vec2 c = centre;
   Lanes far = -1.0 - Lanes{};
-  Lanes near = std::numeric_limits<double>::infinity() - Lanes{};
+  Lanes near = kInfinity - Lanes{};
   Lanes farPlace = {};
   Lanes nearPlace = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
@@ -99,7 +97,7 @@ AnnulusExchange::AnnulusExchange(PointBlocks& points, const Vec3 (&axes)[2]) : m
 AnnulusExchange::Extremes AnnulusExchange::ExtremesFrom(Vec2 centre) const {
   const Axes2 axes{m_axis[0], m_axis[1]};
   double far = -1.0;
-  double near = std::numeric_limits<double>::infinity();
+  double near = kInfinity;
   Extremes extremes;
   m_points.ForEach([&](const PointBlock& block) {
     LaneExtremes found;
@@ -120,8 +118,8 @@ AnnulusExchange::Extremes AnnulusExchange::ExtremesFrom(Vec2 centre) const {
 
 AnnulusExchange::Extremes AnnulusExchange::ExtremesAlong(Vec2 direction) const {
   Extremes extremes;
-  extremes.outer = -std::numeric_limits<double>::infinity();
-  extremes.inner = std::numeric_limits<double>::infinity();
+  extremes.outer = -kInfinity;
+  extremes.inner = kInfinity;
   m_points.ForEach([&](const PointBlock& block) {
     for (std::size_t i = 0; i < block.size; ++i) {
       const Vec2 p = InPlane(block, i, m_axis);
@@ -135,7 +133,7 @@ AnnulusExchange::Extremes AnnulusExchange::ExtremesAlong(Vec2 direction) const {
 
 AnnulusExchange::Extremes AnnulusExchange::ExtremesOfSample() const {
   Extremes extremes;
-  extremes.inner = std::numeric_limits<double>::infinity();
+  extremes.inner = kInfinity;
   for (const Vec2& p : m_sample) {
     const double d = Length(p - m_centre);
     if (d > extremes.outer) extremes.outer = d, extremes.farthest = p;
@@ -148,7 +146,7 @@ std::vector<Vec2> AnnulusExchange::RepresentativePoints(Vec2 centre) const {
   struct Run {
     Vec2 farthest, nearest;
     double far = -1.0;
-    double near = std::numeric_limits<double>::infinity();
+    double near = kInfinity;
   };
   std::vector<Run> runs(kSample);
   const std::size_t n = m_points.Size();
@@ -197,7 +195,7 @@ AnnulusExchange::Outcome AnnulusExchange::Run(Vec2 start, long limit, AnnulusMon
     m_outer[k] = m_sample[2 * k * n / 4];
     m_inner[k] = m_sample[(2 * k + 1) * n / 4];
   }
-  m_level = -std::numeric_limits<double>::infinity();
+  m_level = -kInfinity;
   if (!Solve()) return Outcome::lost;
   Outcome outcome = Outcome::limitReached;
   for (long k = 0; k < kMostExchanges && outcome == Outcome::limitReached; ++k) outcome = Exchange(ExtremesOfSample());
@@ -263,7 +261,7 @@ double AnnulusExchange::Sharpness() const {
   const Vec2 v[2] = {Direction(m_centre - m_inner[0]), Direction(m_centre - m_inner[1])};
   const Vec2 corner[4] = {u[0] - v[0], u[0] - v[1], u[1] - v[1], u[1] - v[0]};
   const double turn = Cross(corner[1] - corner[0], corner[2] - corner[1]);
-  double least = std::numeric_limits<double>::infinity();
+  double least = kInfinity;
   for (int k = 0; k < 4; ++k) {
     const Vec2 side = corner[(k + 1) % 4] - corner[k];
     least = std::min(least, std::copysign(1.0, turn) * Cross(corner[k], side) / Length(side));

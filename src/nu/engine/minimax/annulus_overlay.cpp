@@ -1,9 +1,9 @@
 #include "nu/engine/minimax/annulus_overlay.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/hulls/convex_polygon2.h"
 #include "nu/engine/hulls/farthest_corner2.h"
 #include "nu/engine/hulls/grid2.h"
@@ -28,8 +28,6 @@
 
 namespace nu::engine::minimax {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 // Widths, and coordinates of centres, that differ by no more steps of the grid are equal within the rounding of the
 // points' coordinates.

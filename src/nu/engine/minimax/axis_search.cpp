@@ -1,16 +1,14 @@
 #include "nu/engine/minimax/axis_search.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/minimax/enclosing_ball.h"
 #include "nu/engine/shapes/vec2.h"
 
 namespace nu::engine::minimax {
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 constexpr std::size_t kMostOutline = 512;
 
@@ -18,10 +16,10 @@ constexpr std::size_t kMostOutline = 512;
 constexpr std::size_t kBounds = 12;
 
 // Of the areas that decide on which side of an edge a point is.
-constexpr double kHullRounding = 64.0 * std::numeric_limits<double>::epsilon();
+constexpr double kHullRounding = 64.0 * kEpsilon;
 
 // A point farther outside a circle than its rounding.
-constexpr double kOutside = 1.0 + 64.0 * std::numeric_limits<double>::epsilon();
+constexpr double kOutside = 1.0 + 64.0 * kEpsilon;
 
 PointBlocks BlocksOf(const std::vector<Vec3>& points) {
   return PointBlocks(PointView(&points[0].x, sizeof(Vec3), points.size()), {});

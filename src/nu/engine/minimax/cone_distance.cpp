@@ -1,8 +1,7 @@
 #include "nu/engine/minimax/cone_distance.h"
 
-#include <limits>
-
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/cone_lanes.h"
 #include "nu/engine/minimax/distance_kernels.h"
 
@@ -34,8 +33,6 @@
 namespace nu::engine::minimax {
 namespace {
 
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kRightAngle = 1.5707963267948966;
 
 // A step leaves this part of the radius and of what the semi-angle is short of 90 degrees.

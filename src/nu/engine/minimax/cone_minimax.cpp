@@ -1,16 +1,14 @@
 #include "nu/engine/minimax/cone_minimax.h"
 
-#include <limits>
 #include <type_traits>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/minimax/round_minimax.h"
 #include "nu/engine/points/principal_direction.h"
 
 namespace nu::engine::minimax {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 Cone3 Rescaled(Cone3 cone, double factor) {
   cone.axis.point = factor * cone.axis.point;

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/minimax/minimax_rows.h"
 
 namespace nu::engine::minimax {
@@ -57,7 +57,6 @@ class CurvedMinimax {
   const double (&NegativeCurvatureDirection() const)[K] { return m_hollow; }
 
  private:
-  static constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
   // Gradients are at most about 1 long: a shorter remainder, or a smaller curvature relative to the largest, is noise.
   static constexpr double kIndependent = 1024.0 * kEpsilon;
 
@@ -223,7 +222,7 @@ class CurvedMinimax {
       share[0] -= share[j + 1];
     }
     int leaving = -1;
-    double least = std::numeric_limits<double>::infinity();
+    double least = kInfinity;
     for (int j = 0; j < contacts.count; ++j) {
       if (!(share[j] > kIndependent) || !(contacts.multiplier[j] < least * share[j])) continue;
       least = contacts.multiplier[j] / share[j];

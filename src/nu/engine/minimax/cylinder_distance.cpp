@@ -1,5 +1,6 @@
 #include "nu/engine/minimax/cylinder_distance.h"
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/cylinder_lanes.h"
 #include "nu/engine/minimax/distance_kernels.h"
 #include "nu/engine/minimax/round_minimax.h"
@@ -10,9 +11,6 @@
 
 namespace nu::engine::minimax {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // A step leaves this part of the height.
 constexpr double kLeastPart = 0.125;

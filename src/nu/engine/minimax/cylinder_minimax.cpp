@@ -1,7 +1,6 @@
 #include "nu/engine/minimax/cylinder_minimax.h"
 
-#include <limits>
-
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/minimax/distance_kernels.h"
 #include "nu/engine/minimax/enclosing_cylinder.h"
 #include "nu/engine/minimax/round_minimax.h"
@@ -9,8 +8,6 @@
 
 namespace nu::engine::minimax {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 // Of what the directions of the contacts, weighted, must cancel to; it is about the square root of the rounding of the
 // axis in units of the radius where the points are far from round.
@@ -42,8 +39,7 @@ CylinderMinimax Described(const MinimaxSolution<Model>& solution, const Vec3& ax
 }
 
 // What a step away from the points leads to: no step is taken whose deviations are NaN.
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr Vec3 kNowhere{kNaN, kNaN, kNaN};
+constexpr Vec3 kNowhere{kQuietNaN, kQuietNaN, kQuietNaN};
 
 // The distances from an axis that does not leave a ball.
 struct BoreDistance : AxisDistance {

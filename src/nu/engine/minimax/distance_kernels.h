@@ -1,6 +1,7 @@
 #ifndef NU_ENGINE_MINIMAX_DISTANCE_KERNELS_H
 #define NU_ENGINE_MINIMAX_DISTANCE_KERNELS_H
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/surface_kernels.h"
 #include "nu/engine/minimax/minimax_rows.h"
 #include "nu/engine/shapes/axis_frame.h"
@@ -33,8 +34,8 @@ NU_ALWAYS_INLINE void GradientsBody(const PointBlock& block, const Surface& surf
 
 // The extreme deviations of all points from a model of minimax.h.
 struct DeviationRange {
-  double smallest = std::numeric_limits<double>::infinity();
-  double largest = -std::numeric_limits<double>::infinity();
+  double smallest = kInfinity;
+  double largest = -kInfinity;
 
   double Middle() const { return 0.5 * (smallest + largest); }
   double Width() const { return largest - smallest; }

@@ -1,7 +1,6 @@
 #include "nu/engine/minimax/empty_ball.h"
 
-#include <limits>
-
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/minimax/distance_kernels.h"
 #include "nu/engine/minimax/enclosing_ball.h"
 #include "nu/engine/minimax/minimax.h"
@@ -26,9 +25,6 @@
 
 namespace nu::engine::minimax {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // Of what the u of the contacts, weighted, must cancel to; it is about the square root of the rounding of the centre in
 // units of the radius where the points are far from round.
@@ -70,8 +66,7 @@ NU_KERNEL void FindGradients(const PointBlock& block, const CentreLanes& centre,
 }
 
 // What a step out of the ball that holds all points leads to: no step is taken whose deviations are NaN.
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr Vec3 kNowhere{kNaN, kNaN, kNaN};
+constexpr Vec3 kNowhere{kQuietNaN, kQuietNaN, kQuietNaN};
 
 // The distances of points from the origin of the frame; the unknowns are its shifts along the axes.
 struct CentreDistance {

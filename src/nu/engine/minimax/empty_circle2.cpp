@@ -1,8 +1,8 @@
 #include "nu/engine/minimax/empty_circle2.h"
 
 #include <algorithm>
-#include <limits>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/hulls/convex_polygon2.h"
 #include "nu/engine/hulls/voronoi_edge2.h"
 
@@ -187,7 +187,7 @@ class SeenPolygon {
     const auto byCell = [](Vec2 a, Vec2 b) { return CellOf(a) < CellOf(b); };
     const auto first = std::min_element(m_corners.begin(), m_corners.end(), byCell);
     std::rotate(m_corners.begin(), first, m_corners.end());
-    m_near.assign(kCells, std::numeric_limits<double>::infinity());
+    m_near.assign(kCells, kInfinity);
     m_begin.assign(kCells + 1, 0);
     for (std::size_t i = 0; i < n; ++i) {
       const Vec2 p = m_corners[i], q = m_corners[(i + 1) % n];
@@ -377,8 +377,6 @@ class FewPoints {
       if (e.square >= 0.0 && e.square < kInfinity) m_few.push_back(GridFrame::Rounded(e.steps));
     }
   }
-
-  static constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
   PointBlocks& m_points;
   Vec3 m_axes[2];

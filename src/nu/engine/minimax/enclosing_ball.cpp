@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <limits>
 #include <vector>
 
 #include "nu/engine/base/compensated_sum.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/point_lanes.h"
 #include "nu/engine/shapes/vec2.h"
 
@@ -24,8 +24,6 @@
 
 namespace nu::engine::minimax {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 // Squares of radii outside have overflowed or vanished, or are about to in the squares of areas.
 constexpr double kSafeSmall = 1e-70;
@@ -265,7 +263,7 @@ class Pivoting {
   // from growing too often.
   bool Add(const Vec3& point, std::size_t index) {
     const EnclosingBall old = m_ball;
-    double best = std::numeric_limits<double>::infinity();
+    double best = kInfinity;
     // The subsets of the old contacts; the new point belongs to all.
     for (const unsigned subset : kSubsets)
       if (subset < (1u << old.contacts)) Try(old, subset, point, index, best);

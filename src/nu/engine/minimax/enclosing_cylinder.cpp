@@ -1,16 +1,12 @@
 #include "nu/engine/minimax/enclosing_cylinder.h"
 
-#include <limits>
-
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/minimax/axis_search.h"
 #include "nu/engine/minimax/distance_kernels.h"
 #include "nu/engine/points/principal_direction.h"
 
 namespace nu::engine::minimax {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // The errors of the two products with the frame, in units of the farthest point's.
 constexpr double kRoundings = 4.0;

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/minimax/minimax_rows.h"
 
 namespace nu::engine::minimax {
@@ -49,7 +49,6 @@ class LinearMinimax {
   // Ten or twenty pivots are usual.
   static constexpr int kPatience = 100;
   static constexpr int kMostPivots = 1000;
-  static constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
   static constexpr double kBoundRounding = 64.0 * kEpsilon;
   // An equation may only be replaced by one whose share of it is not a rounding error.
   static constexpr double kLeastPivot = 64.0 * kEpsilon;
@@ -121,7 +120,7 @@ class LinearMinimax {
     double share[kUnknowns];
     const double violation = Shares(entering, share);
     int leaving = kNone;
-    double least = std::numeric_limits<double>::infinity();
+    double least = kInfinity;
     for (int j = 0; j < kUnknowns; ++j) {
       if (!(share[j] > kLeastPivot)) continue;
       const double ratio = std::max(0.0, -m_inverse[K][j]) / share[j];

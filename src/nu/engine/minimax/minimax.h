@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 #include <vector>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/step_monitor.h"
 #include "nu/engine/minimax/contacts.h"
 #include "nu/engine/minimax/curved_minimax.h"
@@ -98,7 +98,6 @@ class Minimax {
   }
 
  private:
-  static constexpr double kInfinity = std::numeric_limits<double>::infinity();
   // Steps on points that are nothing like the feature may creep, whatever limit a host passes. Measured parts need up
   // to some tens.
   static constexpr long kMostSteps = 1000;
@@ -511,7 +510,7 @@ class Minimax {
   double m_unit;  // of the points, in that of the blocks
   long m_monitored = 0;
   bool m_cancelled = false;
-  double m_taken = std::numeric_limits<double>::quiet_NaN();  // the length of the step taken last
+  double m_taken = kQuietNaN;  // the length of the step taken last
 
   Model m_model;
   double m_value = 0.0;  // the largest of the working set

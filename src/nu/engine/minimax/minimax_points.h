@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <memory>
 #include <tuple>
 #include <utility>
 #include <vector>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/minimax/minimax_rows.h"
 #include "nu/engine/points/point_blocks.h"
 
@@ -46,12 +46,11 @@ class MinimaxPoints {
     m_set.size = 0;
     m_near.reset();
     if (m_all.Size() >= kNearFrom) return SeedFromNear(model);
-    const double infinity = std::numeric_limits<double>::infinity();
-    const double largest = Collect(m_all, model, infinity, 0);
+    const double largest = Collect(m_all, model, kInfinity, 0);
     if (m_all.Size() > kFewPoints) {
       const double range = m_all.Size() > kManyPoints ? kSeedRangeOfMany : kSeedRange;
       // Deviations may all be the same.
-      Collect(m_all, model, std::nextafter(largest - range * m_range, -infinity), kMostSeeds);
+      Collect(m_all, model, std::nextafter(largest - range * m_range, -kInfinity), kMostSeeds);
       return largest;
     }
     m_all.ForEach([&](const PointBlock& block) {
@@ -66,12 +65,12 @@ class MinimaxPoints {
 
   // One pass. Those points whose deviation is above the threshold join the working set, up to kMostAdded, the worst of
   // each stratum, the worst first. Returns the largest deviation of all points. Of many points those near the
-  // boundaries are looked at first; where some of them join, that of the others remains unknown and infinity stands for
-  // it.
+  // boundaries are looked at first; where some of them join, that of the others remains unknown and kInfinity stands
+  // for it.
   double Collect(const Model& model, double threshold) {
     if (m_near) {
       Collect(m_near->blocks, model, threshold, kMostAdded);
-      if (m_added > 0) return std::numeric_limits<double>::infinity();
+      if (m_added > 0) return kInfinity;
     }
     return Collect(m_all, model, threshold, kMostAdded);
   }
@@ -127,10 +126,9 @@ class MinimaxPoints {
 
   // The same for many points, in two passes: the second one takes those near the boundaries.
   double SeedFromNear(const Model& model) {
-    const double infinity = std::numeric_limits<double>::infinity();
     std::vector<double> some;
-    double smallest = infinity;
-    double largest = -infinity;
+    double smallest = kInfinity;
+    double largest = -kInfinity;
     m_all.ForEach([&](const PointBlock& block) {
       double low, high;
       model.Deviations(block, m_deviation, low, high);
@@ -155,7 +153,7 @@ class MinimaxPoints {
     if (near.empty()) return value;
     m_near = std::make_unique<Near>(std::move(near));
     const double threshold = std::max(least, value - kSeedRangeOfMany * m_range);
-    Collect(m_near->blocks, model, std::nextafter(threshold, -infinity), kMostSeeds);
+    Collect(m_near->blocks, model, std::nextafter(threshold, -kInfinity), kMostSeeds);
     return value;
   }
 
@@ -163,7 +161,7 @@ class MinimaxPoints {
     constexpr int kPlaces = 2 * Model::kStrata;
     Candidate worst[kPlaces];
     for (Candidate& c : worst) c.value = threshold;
-    double smallest = std::numeric_limits<double>::infinity();
+    double smallest = kInfinity;
     double largest = -smallest;
     points.ForEach([&](const PointBlock& block) {
       double low, high;

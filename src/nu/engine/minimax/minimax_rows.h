@@ -2,8 +2,8 @@
 #define NU_ENGINE_MINIMAX_MINIMAX_ROWS_H
 
 #include <algorithm>
-#include <limits>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/rooms.h"
 
 namespace nu::engine::minimax {
@@ -20,9 +20,7 @@ struct MinimaxRows {
   alignas(64) double gradient[K][kMostRows];
 
   // NaN without a row.
-  double Largest() const {
-    return size > 0 ? *std::max_element(value, value + size) : std::numeric_limits<double>::quiet_NaN();
-  }
+  double Largest() const { return size > 0 ? *std::max_element(value, value + size) : kQuietNaN; }
 
   double After(const double (&step)[K], int i) const {
     double sum = value[i];

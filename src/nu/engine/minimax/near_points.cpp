@@ -1,8 +1,9 @@
 #include "nu/engine/minimax/near_points.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
+
+#include "nu/engine/base/floating_point.h"
 
 namespace nu::engine::minimax {
 namespace {
@@ -37,7 +38,7 @@ struct NearPoints::Ball {
   // How far the centre may move, in the measure of the region, before it is as near to the point as to a contact.
   double LeewayOf(const Vec3& p) const {
     const Vec3* nearest = contact;
-    double square = std::numeric_limits<double>::infinity();
+    double square = kInfinity;
     for (const Vec3* q = contact; q < contact + contacts; ++q) {
       const Vec3 e = p - *q;
       if (Dot(e, e) < square) square = Dot(e, e), nearest = q;

@@ -1,14 +1,10 @@
 #include "nu/engine/minimax/round_minimax.h"
 
-#include <limits>
-
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/point_lanes.h"
 
 namespace nu::engine::minimax {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // Squares outside have overflowed or vanished, or are about to in products.
 constexpr double kSafeSmall = 1e-70;

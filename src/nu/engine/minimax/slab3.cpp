@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/simd.h"
 #include "nu/engine/hulls/hull3.h"
 #include "nu/engine/points/extents.h"
@@ -69,7 +70,7 @@ struct Candidate {
 
   WideVec3 normal;  // unit length
   DoubleDouble width;
-  DoubleDouble square{std::numeric_limits<double>::infinity()};  // of the width
+  DoubleDouble square{kInfinity};  // of the width
   const double* high = nullptr;
   const double* low = nullptr;
   int corner[4] = {-1, -1, -1, -1};
@@ -239,7 +240,7 @@ class SlabSearch {
         const IndexedPoint& p = m_boxes->PointAt(k);
         if (p.index == start || p.index == level || normal.SignOfHeight(At(start), p.xyz) >= 0) continue;
         v = p.index;
-        best = -std::numeric_limits<double>::infinity();
+        best = -kInfinity;
       }
     });
     return isAll && v == start;
@@ -512,7 +513,6 @@ NU_ALWAYS_INLINE double HeightOver(const double* p, double scale, Vec3 origin, V
 
 // The least and the greatest height over `origin` of a block of points.
 NU_KERNEL void HeightRange(PointView block, double scale, Vec3 origin, Vec3 normal, double* range) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   double least[kLanes], most[kLanes];
   for (int l = 0; l < kLanes; ++l) least[l] = kInfinity, most[l] = -kInfinity;
   std::size_t i = 0;
@@ -659,7 +659,7 @@ bool Extend(Solution& solution, const std::vector<IndexedPoint>& more, double li
 
 // The monitor sees the width of the slab around the points of the next pass.
 bool GoesOn(const Frame& frame, const StepMonitor& monitor, Solution& solution) {
-  constexpr double kNoStep = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kNoStep = kQuietNaN;
   const double width = solution.passes > 0 ? solution.slab.width.high / frame.scale : kNoStep;
   solution.isCancelled = !monitor.GoesOn(++solution.passes, width, kNoStep);
   return !solution.isCancelled;
@@ -675,7 +675,7 @@ bool SolveByFew(const Frame& frame, const StepMonitor& monitor, Solution& soluti
   constexpr int kHalving = 8;
   constexpr std::size_t kSmallHull = 16;
   std::vector<IndexedPoint> more = Sample(frame, kSampleSize);
-  double leftBefore = std::numeric_limits<double>::infinity();
+  double leftBefore = kInfinity;
   for (int turn = 0; turn < kMostTurns; ++turn) {
     if (!GoesOn(frame, monitor, solution) || !Extend(solution, more, limit)) return false;
     OutsideScan scan(frame, solution.slab);
@@ -693,7 +693,7 @@ bool SolveByFew(const Frame& frame, const StepMonitor& monitor, Solution& soluti
 
 bool Solve(const Frame& frame, const StepMonitor& monitor, Solution& solution) {
   constexpr std::size_t kFew = 40;
-  double limit = std::numeric_limits<double>::infinity();
+  double limit = kInfinity;
   if (frame.points.Size() > kFew && SolveByFew(frame, monitor, solution, limit)) return true;
   if (solution.isCancelled || !GoesOn(frame, monitor, solution)) return false;
   solution.hull = Hull3();

@@ -1,11 +1,10 @@
 #include "nu/engine/minimax/smallest_tube.h"
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/fourth_moments.h"
 
 namespace nu::engine::minimax {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 // The errors of a distance, in units of those of the farthest point.
 constexpr double kRoundings = 8.0;
@@ -144,7 +143,7 @@ Tube SmallestTube(PointBlocks& points, TubeStarts starts, long limit, const Step
   best.isClear = converged && best.solution.value < clear * moments.spread[1];
   const bool isOver = best.solution.end == MinimaxEnd::limitReached || best.solution.end == MinimaxEnd::cancelled;
   if (best.isClear || starts == TubeStarts::one || isOver) return best;
-  double least = converged ? best.solution.value - rounding : std::numeric_limits<double>::infinity();
+  double least = converged ? best.solution.value - rounding : kInfinity;
   ForFurtherStarts(start, [&](const TubeDistance& from) {
     const MinimaxSolution<TubeDistance> other = minimax.Improve(from, least);
     if (other.end == MinimaxEnd::cancelled) best.solution.end = other.end;

@@ -1,7 +1,6 @@
 #include "nu/engine/minimax/spherical_shell.h"
 
-#include <limits>
-
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/minimax/distance_kernels.h"
 #include "nu/engine/minimax/round_minimax.h"
 
@@ -20,8 +19,6 @@
 
 namespace nu::engine::minimax {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 enum Unknown { kTiltX, kTiltY, kApex, kBend };
 

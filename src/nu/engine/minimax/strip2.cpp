@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <vector>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/hulls/hull2.h"
 #include "nu/engine/hulls/orientation2.h"
 
@@ -31,8 +31,8 @@ struct Corner {
 struct Candidate {
   std::size_t edge = 0;
   std::size_t apex = 0;
-  DoubleDouble square{std::numeric_limits<double>::infinity()};  // of the width
-  double share = 0.0;                                            // of the edge's second end in the foot of the apex
+  DoubleDouble square{kInfinity};  // of the width
+  double share = 0.0;              // of the edge's second end in the foot of the apex
 
   bool HasFootOnEdge() const { return share >= 0.0 && share <= 1.0; }
 };

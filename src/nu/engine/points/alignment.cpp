@@ -1,8 +1,8 @@
 #include "nu/engine/points/alignment.h"
 
 #include <cmath>
-#include <limits>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/coincidence.h"
 #include "nu/engine/points/extents.h"
 #include "nu/engine/points/form_statistics.h"
@@ -17,7 +17,7 @@ namespace {
 
 // Correctly rounded coordinates put a point at most so many of their roundings off its line or plane, with room for
 // those of the least-squares feature itself.
-constexpr double kRoundings = 8.0 * std::numeric_limits<double>::epsilon();
+constexpr double kRoundings = 8.0 * kEpsilon;
 
 double LargestMagnitude(Vec3 v) {
   return std::max({std::fabs(v.x), std::fabs(v.y), std::fabs(v.z)});

@@ -1,13 +1,10 @@
 #include "nu/engine/points/form_statistics.h"
 
-#include <limits>
-
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/point_lanes.h"
 
 namespace nu::engine::points {
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // The deviation along `normal` from the plane through `mean` across it.
 NU_KERNEL void SumAlong(const PointBlock& block, const Vec3& mean, const Vec3& normal, Deviations& result) {

@@ -1,8 +1,7 @@
 #ifndef NU_ENGINE_POINTS_FORM_STATISTICS_H
 #define NU_ENGINE_POINTS_FORM_STATISTICS_H
 
-#include <limits>
-
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/point_blocks.h"
 
 namespace nu::engine::points {
@@ -15,8 +14,7 @@ struct Deviations {
 };
 
 // Of no points.
-inline constexpr Deviations kNoDeviations{0.0, std::numeric_limits<double>::infinity(),
-                                          -std::numeric_limits<double>::infinity()};
+inline constexpr Deviations kNoDeviations{0.0, kInfinity, -kInfinity};
 
 inline void WidenExtremes(const Deviations& part, Deviations& total) {
   total.smallest = std::min(total.smallest, part.smallest);

@@ -1,15 +1,12 @@
 #include "nu/engine/points/fourth_moments.h"
 
-#include <limits>
-
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/linear/small_svd.h"
 #include "nu/engine/points/low_moments.h"
 #include "nu/engine/points/point_lanes.h"
 
 namespace nu::engine::points {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 // Sums outside have overflowed or vanished, or are about to in a product.
 constexpr double kSafeSmall = 1e-80;

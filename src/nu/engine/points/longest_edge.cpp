@@ -5,10 +5,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <limits>
 #include <utility>
 #include <vector>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/simd.h"
 #include "nu/engine/points/box_tree.h"
 #include "nu/engine/points/extents.h"
@@ -257,7 +257,7 @@ Edge FirstOverflow(const PointView& points, const Box& box, double zero) {
     if (!std::isinf(Pythag(farthest[0], farthest[1], farthest[2], zero))) continue;
     for (std::size_t j = i + 1; j < points.Size(); ++j) {
       if (overflows(points[i], points[j])) {
-        return {std::numeric_limits<double>::infinity(), static_cast<int>(i), static_cast<int>(j)};
+        return {kInfinity, static_cast<int>(i), static_cast<int>(j)};
       }
     }
   }

@@ -1,7 +1,6 @@
 #include "nu/engine/points/principal_direction.h"
 
-#include <limits>
-
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/low_moments.h"
 #include "nu/engine/points/small_systems.h"
 
@@ -15,8 +14,6 @@
 
 namespace nu::engine::points {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 // Moments carry the result while they lose at most this factor: the few roundings that the coordinates lose anyway,
 // times the sensitivity of the direction.

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/linear/small_svd.h"
 #include "nu/engine/linear/tall_qr.h"
 #include "nu/engine/points/point_blocks.h"
@@ -38,9 +38,9 @@ struct ReducedSolution {
 // length.
 template<int N>
 ReducedSolution SolveReduced(const TallReduction& reduction, double (&x)[N]) {
-  constexpr double kSingular = N * std::numeric_limits<double>::epsilon();
+  constexpr double kSingular = N * kEpsilon;
   // Rounding errors of the coordinates in columns of unit length are of this size.
-  constexpr double kUndetermined = 64.0 * std::numeric_limits<double>::epsilon();
+  constexpr double kUndetermined = 64.0 * kEpsilon;
   double scaled[N][N] = {};
   double norm[N];
   for (int j = 0; j < N; ++j) {

@@ -3,7 +3,8 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <limits>
+
+#include "nu/engine/base/floating_point.h"
 
 namespace nu::engine::points {
 namespace {
@@ -26,8 +27,7 @@ int ClassOf(const double* p) {
 }
 
 bool IsInfiniteBetween(int a, int b, double zero) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  constexpr double kOfKind[kKinds] = {0.0, kInfinity, -kInfinity, std::numeric_limits<double>::quiet_NaN()};
+  constexpr double kOfKind[kKinds] = {0.0, kInfinity, -kInfinity, kQuietNaN};
   const double p[] = {kOfKind[a / 16], kOfKind[a / 4 % 4], kOfKind[a % 4]};
   const double q[] = {kOfKind[b / 16], kOfKind[b / 4 % 4], kOfKind[b % 4]};
   return EdgeLength(p, q, zero) == kInfinity;
@@ -60,7 +60,7 @@ Edge FirstInfiniteEdge(const PointView& points, double zero) {
     if (!found) continue;
     int j = i + 1;
     while (!partner[ClassOf(points[j])]) ++j;
-    return {std::numeric_limits<double>::infinity(), i, j};
+    return {kInfinity, i, j};
   }
   return {0.0};
 }

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+
+#include "nu/engine/base/floating_point.h"
 
 // Three points enclose the place. In every step their intervals are halved, and the three neighbours with the largest
 // change of slope remain. That change halves with the width where the integrand is smooth; at a kink it stays, at a
@@ -21,7 +22,6 @@ constexpr int kMostSteps = 1100;
 constexpr int kPatience = 4;
 constexpr double kLeastKept = 0.5;
 constexpr double kFall = 0.70710678118654752440;
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 // Rounding errors of the samples, in units of the largest.
 constexpr double kNoise = 8.0 * kEpsilon;
 // Where the change of slope has grown as much and one difference exceeds the other as much, a jump is in it, and the
@@ -60,7 +60,7 @@ class Search {
     m_at = {PointAt(lo), PointAt(middle), PointAt(hi)};
     const double enough = kEpsilon * m_at.Area();
     double peak = 0.0;
-    double before = std::numeric_limits<double>::infinity();
+    double before = kInfinity;
     for (int step = 0, since = 0; step < kMostSteps; ++step, ++since, peak *= kFall) {
       if (m_hit) return BreakPlace{*m_hit, 0.0};
       const double bend = m_at.Bend();

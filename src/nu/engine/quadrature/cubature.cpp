@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/quadrature/break_memory.h"
 
 // Integrals over several dimensions are iterated: the integrand over x is the integral over y, and so on inwards. An
@@ -19,7 +19,6 @@ namespace nu::engine::quadrature {
 
 namespace {
 
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 // No tolerance below this is aimed at: it is four times what rounding costs one integral, so that three can be nested.
 constexpr double kLeastTolerance = 16.0 * kEpsilon;
 // The inner integrals take this share of the outer goal. The outer rule, whose estimates magnify noise by up to ten,
@@ -76,10 +75,10 @@ Quadrature IntegrateOuter(double a, double b, const QuadratureGoal& goal, Quadra
   const QuadratureGoal innerGoal = InnerGoal(goal, std::fabs(b - a));
   QuadratureEnd failure = QuadratureEnd::converged;
   const auto slice = [&](double x) -> Sample {
-    if (failure != QuadratureEnd::converged) return {std::numeric_limits<double>::quiet_NaN()};
+    if (failure != QuadratureEnd::converged) return {kQuietNaN};
     const Quadrature q = inner(x, innerGoal);
     if (q.end != QuadratureEnd::notFinite) failure = q.end;
-    return {q.end == QuadratureEnd::converged ? q.value : std::numeric_limits<double>::quiet_NaN(), q.error};
+    return {q.end == QuadratureEnd::converged ? q.value : kQuietNaN, q.error};
   };
   Quadrature q = Integrate(slice, a, b, goal, limits, surroundings);
   if (failure != QuadratureEnd::converged) q.end = failure;
@@ -92,7 +91,7 @@ Places BreaksAlong(const Integrand& f, double a, double b, QuadratureLimits& lim
                           kLine.confirmations, kLine.confirmations, kScoutSamples};
   const long before = own.samples;
   Places found;
-  Integrate(f, a, b, {std::numeric_limits<double>::infinity(), 0.0, 0.0}, own, {.found = &found});
+  Integrate(f, a, b, {kInfinity, 0.0, 0.0}, own, {.found = &found});
   limits.samples -= before - own.samples;
   return found;
 }

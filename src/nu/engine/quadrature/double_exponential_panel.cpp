@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 
 #include "nu/engine/base/compensated_sum.h"
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/quadrature/panel_rules.h"
 #include "nu/foundation/constants.h"
 
@@ -31,7 +31,7 @@ constexpr double kSteady = 0.1;
 constexpr int kSteadyLevels = 2;
 // The changes of an integrand that is smooth inside fall by a share that squares from level to level. One that falls by
 // less than the share before, and exceeds rounding, is not believed.
-constexpr double kRounding = 8.0 * std::numeric_limits<double>::epsilon();
+constexpr double kRounding = 8.0 * kEpsilon;
 // At the last doubles before an end its distance is known to a factor of 2.
 constexpr double kSafety = 2.0;
 // exp(-pi sinh 6) is 1e-275 of the width; beyond, the distances are no normal numbers any more.
@@ -64,7 +64,7 @@ struct Tail {
   double Rest() const {
     if (outerG == 0.0) return 0.0;
     const double s = Log(innerG / outerG) / Log(innerD / outerD);
-    if (!(s > 0.0)) return std::numeric_limits<double>::infinity();
+    if (!(s > 0.0)) return kInfinity;
     return outerG / std::min(s, 1.0);
   }
 };
@@ -163,7 +163,7 @@ class DoubleExponential {
   Tail m_tailHi;
   long m_count = 0;
   bool m_notFinite = false;
-  double m_hit = std::numeric_limits<double>::quiet_NaN();
+  double m_hit = kQuietNaN;
 };
 
 }  // namespace
@@ -173,7 +173,7 @@ Panel DoubleExponentialPanel(const Integrand& f, double lo, double hi, double go
   double h = 1.0;
   rule.AddLevel(h, true);
   double before = rule.Sum();
-  double changeBefore = std::numeric_limits<double>::infinity();
+  double changeBefore = kInfinity;
   double shareBefore = 1.0;
   double error = changeBefore;
   bool settled = false;

@@ -2,10 +2,10 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 
 #include "nu/engine/base/compensated_sum.h"
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/quadrature/panel_rules.h"
 #include "nu/engine/quadrature/singular_end.h"
 
@@ -27,8 +27,7 @@ namespace nu::engine::quadrature {
 
 namespace {
 
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-constexpr double kInfinite = std::numeric_limits<double>::infinity();
+constexpr double kInfinite = kInfinity;
 
 constexpr std::size_t kMostShells = 44;
 constexpr std::size_t kMostOuter = 22;

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/quadrature/panel_rules.h"
 
 // The integral over a panel by the 15-point extension of the 7-point Gauss rule (A. S. Kronrod, Nodes and Weights of
@@ -19,7 +19,6 @@ namespace nu::engine::quadrature {
 
 namespace {
 
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 constexpr int kPairs = 7;
 
 // From the end to the middle; the odd ones are those of the Gauss rule. Zeros of the Legendre polynomial of degree 7
@@ -188,7 +187,7 @@ double ErrorBeyond(const Samples& s, double sign, double half, double noise, Pro
     const double difference = std::fabs(probe.value - ValueNear(s, sign, rest, EvenPartAt(rest)));
     if (difference > noise || !std::isfinite(difference)) error += difference * reach * (reach / probe.distance);
   }
-  return std::isfinite(error) ? error : std::numeric_limits<double>::infinity();
+  return std::isfinite(error) ? error : kInfinity;
 }
 
 // On [-1, 1].

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+
+#include "nu/engine/base/floating_point.h"
 
 // Lagrange's formula p(t) = sum of l_i(t) y_i, l_i(t) = product over k of (t - x_k) / (x_i - x_k). Every l_i has a
 // relative error of a few roundings per factor and nothing cancels but the sum, so the result is that of data changed
@@ -43,7 +44,7 @@ PolynomialValue LagrangeValue(const double* x, const double* y, int n, double at
     withoutBoth += term * ((x[i] - first) / (at - first)) * ((x[i] - last) / (at - last));
   }
   const double both = n > 2 ? std::fabs(value - withoutBoth) : 0.0;
-  const double rounding = n * std::numeric_limits<double>::epsilon() * magnitude;
+  const double rounding = n * kEpsilon * magnitude;
   return {value, std::max(std::fabs(value - withoutOne), both) + rounding};
 }
 

@@ -1,9 +1,9 @@
 #ifndef NU_ENGINE_QUADRATURE_PANEL_RULES_H
 #define NU_ENGINE_QUADRATURE_PANEL_RULES_H
 
-#include <limits>
 #include <span>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/function_ref.h"
 
 namespace nu::engine::quadrature {
@@ -36,10 +36,10 @@ struct Panel {
   int breakHi = kNoBreak;
   double bendLo = 0.0;  // where rough: the neighbours of the sample at which the slope changes most
   double bendHi = 0.0;
-  bool rough = false;                                     // the samples do not look like those of a smooth function
-  bool settled = false;                                   // not to be divided any more
-  bool notFinite = false;                                 // a sample was not finite, or the integral overflowed
-  double hit = std::numeric_limits<double>::quiet_NaN();  // the place of a sample that was not finite
+  bool rough = false;      // the samples do not look like those of a smooth function
+  bool settled = false;    // not to be divided any more
+  bool notFinite = false;  // a sample was not finite, or the integral overflowed
+  double hit = kQuietNaN;  // the place of a sample that was not finite
 };
 
 // The integrand nearer to an end of the interval than any panel samples it, and the distance of the probe before, which

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 #include <new>
 #include <optional>
 #include <span>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "nu/engine/base/compensated_sum.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/quadrature/break_search.h"
 
 // Globally adaptive integration. The interval starts as equal panels, each under a Gauss-Kronrod rule. In every round
@@ -29,7 +29,6 @@ namespace nu::engine::quadrature {
 
 namespace {
 
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 // Rounding error of an integral, in units of the integral of the absolute value: about one rounding from the samples,
 // one from the width, one from each of the weighted and the total sum.
 constexpr double kRoundings = 4.0;
@@ -266,12 +265,12 @@ class Subdivision {
       sum += share;
       if (sum > limit) return share;
     }
-    return std::numeric_limits<double>::infinity();
+    return kInfinity;
   }
 
   // Returns whether anything was divided.
   bool Refine(const Totals& totals, double target, bool reached, bool confirm) {
-    const double threshold = reached ? std::numeric_limits<double>::infinity() : Threshold(kStayingShare * target);
+    const double threshold = reached ? kInfinity : Threshold(kStayingShare * target);
     const auto intervals = static_cast<double>(m_breaks.size() - 1);
     const double dominant = kDominant * totals.error / intervals;
     bool changed = false;

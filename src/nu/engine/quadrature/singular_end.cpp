@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 
 // A sample is taken at the double beside the place that is asked for. The distance of that double from c is exact, and
 // its value is carried to the distance asked for by the local exponent p, the slope of log |f| over log d:
@@ -26,8 +26,7 @@ namespace nu::engine::quadrature {
 
 namespace {
 
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
-constexpr double kInfinite = std::numeric_limits<double>::infinity();
+constexpr double kInfinite = kInfinity;
 
 // These are the ratio of the distances of successive probes, and its logarithm.
 constexpr double kRatio = 4.0;

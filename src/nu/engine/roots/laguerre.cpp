@@ -6,6 +6,7 @@
 
 #include "nu/engine/base/complex_number.h"
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/roots/closed_form_roots.h"
 #include "nu/engine/roots/power_scale.h"
 
@@ -122,7 +123,7 @@ Complex Iterate(const Coefficients& p, const LaguerreRules& rules, const Smalles
   Complex x = {0.0, 0.0};
   Complex last = x;
   Complex best = x;
-  double bestRatio = std::numeric_limits<double>::infinity();
+  double bestRatio = kInfinity;
   for (int k = 1; k <= kMaxSteps; ++k) {
     const Expansion e = kReal && x.im == 0.0 ? ExpandOnAxis(p.re, p.degree, x.re) : Expand<kReal>(p, x);
     if (!std::isfinite(e.size)) {
@@ -180,7 +181,7 @@ int LargestTerm(const double* v, int degree, int stride, Complex x) {
   constexpr double kLog2 = 0.69314718055994530942;
   const double logarithm = 0.5 / kLog2 * Log(Squares(x));  // of |x|, to base 2
   int largest = 0;
-  double most = -std::numeric_limits<double>::infinity();
+  double most = -kInfinity;
   for (int i = 0; i <= degree; ++i) {
     const int e = ExponentAt(v, stride, i);
     const double term = e + i * logarithm;

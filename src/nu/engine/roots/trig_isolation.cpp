@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/foundation/constants.h"
 
 namespace nu::engine::roots {
@@ -24,7 +24,7 @@ constexpr std::size_t kMostCellsPerHarmonic = 256;
 
 TrigIsolation::TrigIsolation(const TrigSeries& f, double coefficientRoundings)
     : m_f(f),
-      m_touchRoundings(coefficientRoundings * std::numeric_limits<double>::epsilon()),
+      m_touchRoundings(coefficientRoundings * kEpsilon),
       m_mostPoints(kMostCellsPerHarmonic * static_cast<std::size_t>(f.Degree())) {
   f.Bounds(kHighestOrder + 4, m_bound);
   for (int j = 0; j <= kHighestOrder; ++j) m_noise[j] = (m_touchRoundings + f.EvaluationError(j)) * m_bound[j];

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numeric>
 
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/base/error_free.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/roots/trig_isolation.h"
 #include "nu/engine/roots/trig_series.h"
 #include "nu/engine/roots/trig_sum.h"
@@ -21,7 +21,7 @@
 namespace nu::engine::roots {
 namespace {
 
-constexpr double kEps = std::numeric_limits<double>::epsilon();
+constexpr double kEps = kEpsilon;
 
 // Harmonics that together are below a quarter of a rounding of the whole are left out.
 constexpr double kNegligibleShare = kEps / 4;
@@ -102,7 +102,7 @@ class Descent {
     double low = left.u, high = right.u;
     const double floor = m_isolation.EvaluationError(m_order);
     double u = low + (high - low) * (left.value / (left.value - right.value));
-    double previous = std::numeric_limits<double>::infinity();
+    double previous = kInfinity;
     for (int step = 0; step < kMostSteps && high - low > kAngleResolution; ++step) {
       const auto [value, tSlope] = m_f.At(u);
       const double slope = tSlope * m_f.Degree();

@@ -1,9 +1,9 @@
 #include "nu/engine/roots/trig_series.h"
 
 #include <cmath>
-#include <limits>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 
 namespace nu::engine::roots {
 namespace {
@@ -104,7 +104,7 @@ void TrigSeries::Bounds(int count, double* bound) const {
 }
 
 double TrigSeries::EvaluationError(int j) const {
-  return (kRoundingsOfTerm + j + kRoundingsPerHarmonic * m_degree) * std::numeric_limits<double>::epsilon();
+  return (kRoundingsOfTerm + j + kRoundingsPerHarmonic * m_degree) * kEpsilon;
 }
 
 }  // namespace nu::engine::roots

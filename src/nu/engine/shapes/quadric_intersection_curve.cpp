@@ -1,9 +1,9 @@
 #include "nu/engine/shapes/quadric_intersection_curve.h"
 
 #include <cfloat>
-#include <limits>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/shapes/quadric_equation.h"
 #include "nu/engine/shapes/vec2.h"
 #include "nu/foundation/constants.h"
@@ -336,8 +336,7 @@ class NearestPoint {
 }  // namespace
 
 QuadricFoot QuadricIntersectionCurve::FootOf(Vec3 p) const {
-  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-  if (!IsFinite(p)) return {nan, {nan, nan, nan}, nan};
+  if (!IsFinite(p)) return {kQuietNaN, {kQuietNaN, kQuietNaN, kQuietNaN}, kQuietNaN};
   return NearestPoint(*this, p).Find();
 }
 

@@ -2,9 +2,9 @@
 #define NU_GEOMETRY_INTERNAL_CONVERSIONS_H
 
 #include <cfloat>
-#include <limits>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/shapes/vec3.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/exceptions.h"
@@ -35,7 +35,7 @@ inline double SineTol(double degrees) {
   constexpr double kRounding = 8.0 * DBL_EPSILON;  // of the product of two unit vectors
   constexpr double kRightAngle = 90.0;
   if (!(degrees > 0.0)) return kRounding;
-  if (degrees >= kRightAngle) return std::numeric_limits<double>::infinity();
+  if (degrees >= kRightAngle) return kInfinity;
   return std::max(Sin(degrees * (Nu_PI / 180.0)), kRounding);
 }
 

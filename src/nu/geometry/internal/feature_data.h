@@ -2,6 +2,7 @@
 #define NU_GEOMETRY_INTERNAL_FEATURE_DATA_H
 
 #include "nu/curves/circle.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/shapes/incidence.h"
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
@@ -55,7 +56,7 @@ inline int Store(const Points2& points, CNuPoint* p1, CNuPoint* p2, const char* 
 // Distances of features that are not finite are no numbers.
 template<class Distance, class... Features>
 double DistanceOrNaN(Distance distance, const Features&... features) {
-  return (IsFinite(features) && ...) ? distance() : std::numeric_limits<double>::quiet_NaN();
+  return (IsFinite(features) && ...) ? distance() : kQuietNaN;
 }
 
 inline bool IsDirection(Vec3 v) {

@@ -3,8 +3,8 @@
 
 #include <cmath>
 #include <exception>
-#include <limits>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/step_monitor.h"
 #include "nu/engine/points/form_statistics.h"
 #include "nu/foundation/internal/outputs.h"
@@ -82,8 +82,7 @@ auto Monitored(const FitOptions& options, Fit fit) {
 
 // For a fit without steps, before it begins.
 inline void PassMonitor(const FitOptions& options) {
-  constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
-  if (!options.monitor.GoesOn(1, kUnknown, kUnknown)) throw FitCancelled();
+  if (!options.monitor.GoesOn(1, kQuietNaN, kQuietNaN)) throw FitCancelled();
 }
 
 template<class Shape>
