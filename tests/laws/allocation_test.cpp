@@ -16,6 +16,7 @@
 #include "support/adversaries.h"
 #include "support/failing_new.h"
 #include "support/fitted.h"
+#include "support/point_set_operations.h"
 #include "support/scratch_file.h"
 
 namespace {
@@ -309,6 +310,17 @@ TEST(PeakMemory, OfEveryFitIsAFewCopiesOfTheInput) {
       EXPECT_LE(withReport, kMostCopies) << "report, " << fit.Name() << ", " << name;
     }
     sets.pop_back();
+  }
+}
+
+// Some make their own input of the points, a copy or two.
+TEST(PeakMemory, OfEveryPointSetOperationIsAFewCopiesOfTheInput) {
+  constexpr double kMostCopies = 14.0;
+  for (const auto& [name, points] : Adversaries(3000)) {
+    for (const PointSetOperation& operation : PointSetOperations()) {
+      const double copies = CopiesHeldBy(points, [&, &cloud = points] { operation.run(cloud); });
+      EXPECT_LE(copies, kMostCopies) << operation.name << ", " << name;
+    }
   }
 }
 

@@ -3,46 +3,21 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "support/adversaries.h"
 #include "support/fitted.h"
+#include "support/point_set_operations.h"
 
 using namespace nu::test;
 
 namespace {
 
-struct Operation {
-  std::string name;
-  std::function<void(const CNuPointArray&)> run;
-};
-
-CNuPointArray Flat(CNuPointArray points) {
-  for (int i = 0; i < points.GetSize(); ++i) points[i].z() = 0.0;
-  return points;
-}
-
-// Strokes there and back, across the axes; a tenth as many as the points.
-CNuPolyline Hatching(int n) {
-  return CNuPolyline(Made(n / 10, [=](int i) {
-    const double along = (i + 1) / 2 % 2 == 0 ? 1.0 : -1.0, across = 20.0 * (i / 2) / n;
-    return CNuPoint(along - across, along + 2.0 * across, 0.0);
-  }));
-}
-
-// To and fro along a line.
-CNuPointArray Strip(CNuPointArray points) {
-  for (int i = 0; i < points.GetSize(); ++i) {
-    points[i].y() *= 1e-6;
-    points[i].z() *= 1e-6;
-  }
-  return points;
-}
+using Operation = PointSetOperation;
 
 std::vector<Operation> Operations() {
-  std::vector<Operation> all;
+  std::vector<Operation> all = PointSetOperations();
   for (const AnyFit& fit : kAllFits) {
     all.push_back({fit.Name(), [&fit](const CNuPointArray& points) {
                      Fitted f;
@@ -56,41 +31,6 @@ std::vector<Operation> Operations() {
                      fit.associate(association, 1e-9, 1000, f);
                    }});
   }
-  int i = 0, j = 0;
-  all.push_back({"MaxEdge", [=](const CNuPointArray& points) mutable { points.MaxEdge(&i, &j); }});
-  all.push_back({"MinEdge", [=](const CNuPointArray& points) mutable { points.MinEdge(&i, &j); }});
-  all.push_back({"RemoveDuplicate", [](const CNuPointArray& points) { CNuPointArray(points).RemoveDuplicate(1e-9); }});
-  all.push_back({"IsEqual", [](const CNuPointArray& points) { points.IsEqual(points, 1e-9); }});
-  all.push_back({"BoundingSphere", [](const CNuPointArray& points) {
-                   double radius = 0.0;
-                   CNuPoint centre;
-                   points.BoundingSphere(&radius, &centre);
-                 }});
-  all.push_back({"IsNoncollinear", [](const CNuPointArray& points) {
-                   CNuIntArray corners(0);
-                   points.IsNoncollinear(&corners, 1e-9);
-                 }});
-  all.push_back({"IsNoncoplanar", [](const CNuPointArray& points) {
-                   CNuIntArray corners(0);
-                   points.IsNoncoplanar(&corners, 1e-9);
-                 }});
-  all.push_back({"NumberDistinctPoints", [](const CNuPointArray& points) {
-                   CNuGeometry::NumberDistinctPoints(points, points.GetSize(), 1e-9);
-                 }});
-  all.push_back({"AreCoplanar", [](const CNuPointArray& points) { CNuGeometry::AreCoplanar(points, 1e-9); }});
-  all.push_back({"ConvexHull", [](const CNuPointArray& points) {
-                   CNuIntArray hull(0);
-                   Flat(points).ConvexHull(&hull);
-                 }});
-  all.push_back(
-      {"IsSelfIntersecting", [](const CNuPointArray& points) { CNuPolyline(Flat(points)).IsSelfIntersecting(); }});
-  all.push_back({"Offset of a hatching", [](const CNuPointArray& points) {
-                   const CNuVector z(0.0, 0.0, 1.0);
-                   delete Hatching(points.GetSize()).Offset(2.0 / points.GetSize(), z, 1);
-                 }});
-  all.push_back({"SimplifiedCurve", [](const CNuPointArray& points) { CNuSimplifiedCurve curve(points, 0.01); }});
-  all.push_back(
-      {"SimplifiedCurve of a strip", [](const CNuPointArray& points) { CNuSimplifiedCurve(Strip(points), 0.01); }});
   return all;
 }
 
