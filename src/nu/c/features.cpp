@@ -1,6 +1,6 @@
 #include "nu/c/internal/features.h"
 
-#include <algorithm>
+#include <type_traits>
 
 #include "nu/association/association.h"
 #include "nu/foundation/internal/failures.h"
@@ -42,79 +42,34 @@ struct Distance {
   }
 };
 
-struct Angle {
-  template<class A, class B>
-  double operator()(const A& a, const B& b) const {
-    if constexpr (requires { a.AngleWith(b); })
-      return a.AngleWith(b);
-    else if constexpr (requires { b.AngleWith(a); })
-      return b.AngleWith(a);
+// operation(first, second) with both of their classes, or operation(second, first) where there is only this one.
+template<class Result, class Operation>
+Result EitherWay(const nu_feature* first, const nu_feature* second, const char* where, const Operation& operation) {
+  const auto relate = [&]<class A, class B>(const A& a, const B& b) -> Result {
+    if constexpr (std::is_invocable_v<Operation, const A&, const B&>)
+      return operation(a, b);
+    else if constexpr (std::is_invocable_v<Operation, const B&, const A&>)
+      return operation(b, a);
     else
-      FailKinds("nu_feature_angle");
-  }
-};
-
-struct Parallel {
-  double tol;
-  template<class A, class B>
-  bool operator()(const A& a, const B& b) const {
-    if constexpr (requires { a.IsParallelTo(b, tol); })
-      return a.IsParallelTo(b, tol) != NuFalse;
-    else if constexpr (requires { b.IsParallelTo(a, tol); })
-      return b.IsParallelTo(a, tol) != NuFalse;
-    else
-      FailKinds("nu_feature_is_parallel");
-  }
-};
-
-constexpr const char* kMiddle = "nu_feature_middle";
-
-struct MiddlePoint {
-  template<class A, class B>
-  nu_feature operator()(const A& a, const B& b) const {
-    if constexpr (requires { a.MidPoint(b); })
-      return ToFeature(a.MidPoint(b));
-    else if constexpr (requires { b.MidPoint(a); })
-      return ToFeature(b.MidPoint(a));
-    else
-      FailKinds(kMiddle);
-  }
-};
-
-struct MiddleLine {
-  template<class A, class B>
-  nu_feature operator()(const A& a, const B& b) const {
-    if constexpr (requires { a.MidLine(b); })
-      return ToFeature(a.MidLine(b));
-    else if constexpr (requires { b.MidLine(a); })
-      return ToFeature(b.MidLine(a));
-    else
-      FailKinds(kMiddle);
-  }
-};
-
-struct MiddlePlane {
-  template<class A, class B>
-  nu_feature operator()(const A& a, const B& b) const {
-    if constexpr (requires { a.MidPlane(b); })
-      return ToFeature(a.MidPlane(b));
-    else if constexpr (requires { b.MidPlane(a); })
-      return ToFeature(b.MidPlane(a));
-    else
-      FailKinds(kMiddle);
-  }
-};
+      FailKinds(where);
+  };
+  return Relate(first, second, relate);
+}
 
 nu_feature MiddleOf(const nu_feature* first, const nu_feature* second, std::int32_t kind) {
+  constexpr const char* where = "nu_feature_middle";
+  const auto point = [](const auto& a, const auto& b) -> decltype(a.MidPoint(b)) { return a.MidPoint(b); };
+  const auto line = [](const auto& a, const auto& b) -> decltype(a.MidLine(b)) { return a.MidLine(b); };
+  const auto plane = [](const auto& a, const auto& b) -> decltype(a.MidPlane(b)) { return a.MidPlane(b); };
   switch (kind) {
     case NU_KIND_POINT:
-      return Relate(first, second, MiddlePoint());
+      return ToFeature(EitherWay<CNuPoint>(first, second, where, point));
     case NU_KIND_LINE:
-      return Relate(first, second, MiddleLine());
+      return ToFeature(EitherWay<CNuLine>(first, second, where, line));
     case NU_KIND_PLANE:
-      return Relate(first, second, MiddlePlane());
+      return ToFeature(EitherWay<CNuPlane>(first, second, where, plane));
     default:
-      FailKinds(kMiddle);
+      FailKinds(where);
   }
 }
 
@@ -200,14 +155,18 @@ nu_status nu_feature_distance(const nu_feature* first, const nu_feature* second,
 nu_status nu_feature_angle(const nu_feature* first, const nu_feature* second, double* degrees) {
   return Guarded([&] {
     Require(degrees != nullptr, "degrees is null");
-    *degrees = Relate(first, second, Angle());
+    const auto angle = [](const auto& a, const auto& b) -> decltype(a.AngleWith(b)) { return a.AngleWith(b); };
+    *degrees = EitherWay<double>(first, second, "nu_feature_angle", angle);
   });
 }
 
 nu_status nu_feature_is_parallel(const nu_feature* first, const nu_feature* second, double tol, int32_t* is_parallel) {
   return Guarded([&] {
     Require(is_parallel != nullptr, "is_parallel is null");
-    *is_parallel = Relate(first, second, Parallel{tol}) ? 1 : 0;
+    const auto parallel = [tol](const auto& a, const auto& b) -> decltype(a.IsParallelTo(b, tol)) {
+      return a.IsParallelTo(b, tol);
+    };
+    *is_parallel = EitherWay<ENuBoolean>(first, second, "nu_feature_is_parallel", parallel) != NuFalse ? 1 : 0;
   });
 }
 

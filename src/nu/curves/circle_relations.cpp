@@ -17,19 +17,15 @@ int CNuCircle::IntersectWith(const CNuLine& l, CNuPoint* p1, CNuPoint* p2) const
 }
 
 int CNuCircle::IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const {
-  const auto first = DataOf(*this);
-  const auto second = DataOf(circle);
   constexpr const char* where = "CNuCircle::IntersectWith(CNuCircle)";
-  RequireFinite(where, first, second);
+  const auto [first, second] = FiniteData(where, DataOf(*this), DataOf(circle));
   const double size = std::fmax(first.radius, second.radius);
   return Store(Intersect(first, second, TouchTol(size, first.centre, second.centre)), p1, p2, where);
 }
 
 int CNuCircle::IntersectWith(const CNuPlane& pl, CNuPoint* p1, CNuPoint* p2) const {
-  const auto circle = DataOf(*this);
-  const auto plane = DataOf(pl);
   constexpr const char* where = "CNuCircle::IntersectWith(CNuPlane)";
-  RequireFinite(where, circle, plane);
+  const auto [circle, plane] = FiniteData(where, DataOf(*this), DataOf(pl));
   return Store(Intersect(circle, plane, TouchTol(circle.radius, circle.centre, plane.point)), p1, p2, where);
 }
 

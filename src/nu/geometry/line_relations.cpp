@@ -102,9 +102,7 @@ CNuLine CNuLine::MidLine(const CNuLine& l) const {
 
 CNuLine CNuLine::MidLine(const CNuPlane& pl) const {
   constexpr const char* where = "CNuLine::MidLine(CNuPlane)";
-  const Line3 line = DataOf(*this);
-  const Plane3 plane = DataOf(pl);
-  RequireFinite(where, line, plane);
+  const auto [line, plane] = FiniteData(where, DataOf(*this), DataOf(pl));
   const Vec3 projected = Rejection(line.direction, plane.normal);
   if (IsParallel(Norm(projected), ParallelTol())) FailOperation(NuOperationLineAcrossPlane, "calculation", where);
   const Vec3 foot = line.point - plane.Height(line.point) * plane.normal;
@@ -116,9 +114,7 @@ CNuLine CNuLine::MidLine(const CNuPlane& pl) const {
 // point.
 CNuPlane CNuLine::MidPlane(const CNuLine& l) const {
   constexpr const char* where = "CNuLine::MidPlane(CNuLine)";
-  const Line3 first = DataOf(*this);
-  const Line3 second = DataOf(l);
-  RequireFinite(where, first, second);
+  const auto [first, second] = FiniteData(where, DataOf(*this), DataOf(l));
   const Approach approach = Approaching(first, second);
   if (approach.distance < NuGetLengthTol()) FailOperation(NuOperationLinesMeet, "calculation", where);
   const Vec3 back = first.point - second.point;
@@ -129,25 +125,21 @@ CNuPlane CNuLine::MidPlane(const CNuLine& l) const {
 }
 
 double CNuLine::DistanceTo(const CNuLine& l) const {
-  const Line3 first = DataOf(*this);
-  const Line3 second = DataOf(l);
-  return DistanceOrNaN([&] { return Approaching(first, second).distance; }, first, second);
+  return DistanceOrNaN(DataOf(*this), DataOf(l),
+                       [](const Line3& first, const Line3& second) { return Approaching(first, second).distance; });
 }
 
 double CNuLine::DistanceTo(const CNuCircle& circle) const {
-  const Line3 line = DataOf(*this);
-  const Circle3 data = DataOf(circle);
-  return DistanceOrNaN([&] { return Nearest("CNuLine::DistanceTo(CNuCircle)", line, data).distance; }, line, data);
+  return DistanceOrNaN(DataOf(*this), DataOf(circle), [](const Line3& line, const Circle3& data) {
+    return Nearest("CNuLine::DistanceTo(CNuCircle)", line, data).distance;
+  });
 }
 
 double CNuLine::DistanceTo(const CNuPlane& pl) const {
-  const Line3 line = DataOf(*this);
-  const Plane3 plane = DataOf(pl);
-  const auto distance = [&] {
+  return DistanceOrNaN(DataOf(*this), DataOf(pl), [](const Line3& line, const Plane3& plane) {
     const bool parallel = IsParallel(std::fabs(Dot(line.direction, plane.normal)), ParallelTol());
     return parallel ? std::fabs(plane.Height(line.point)) : 0.0;
-  };
-  return DistanceOrNaN(distance, line, plane);
+  });
 }
 
 double CNuLine::DistanceTo(const CNuSphSurf& sphere) const {
@@ -155,43 +147,33 @@ double CNuLine::DistanceTo(const CNuSphSurf& sphere) const {
 }
 
 double CNuLine::DistanceTo(const CNuCylSurf& cylinder) const {
-  const Line3 line = DataOf(*this);
-  const Cylinder3 tube = DataOf(cylinder);
-  const auto distance = [&] {
+  return DistanceOrNaN(DataOf(*this), DataOf(cylinder), [](const Line3& line, const Cylinder3& tube) {
     const Approach approach = Approaching(line, tube.axis);
     return approach.parallel ? std::fabs(approach.distance - tube.radius) : Outside(approach.distance, tube.radius);
-  };
-  return DistanceOrNaN(distance, line, tube);
+  });
 }
 
 double CNuLine::DistanceTo(const CNuConSurf& cone) const {
-  const Line3 line = DataOf(*this);
-  const DoubleCone data = DataOf(cone);
-  return DistanceOrNaN([&] { return Approaching(line, data).distance; }, line, data);
+  return DistanceOrNaN(DataOf(*this), DataOf(cone),
+                       [](const Line3& line, const DoubleCone& data) { return Approaching(line, data).distance; });
 }
 
 int CNuLine::ClosestPointsTo(const CNuLine& l, CNuPoint* p) const {
   constexpr const char* where = "CNuLine::ClosestPointsTo(CNuLine)";
-  const Line3 first = DataOf(*this);
-  const Line3 second = DataOf(l);
-  RequireFinite(where, first, second);
+  const auto [first, second] = FiniteData(where, DataOf(*this), DataOf(l));
   const Approach approach = Approaching(first, second);
   return approach.parallel ? 0 : StoreOne(first.At(approach.alongFirst), p, where);
 }
 
 int CNuLine::ClosestPointsTo(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const {
   constexpr const char* where = "CNuLine::ClosestPointsTo(CNuCircle)";
-  const Line3 line = DataOf(*this);
-  const Circle3 data = DataOf(circle);
-  RequireFinite(where, line, data);
+  const auto [line, data] = FiniteData(where, DataOf(*this), DataOf(circle));
   return Store(Nearest(where, line, data).points, p1, p2, where);
 }
 
 int CNuLine::ClosestPointsTo(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2) const {
   constexpr const char* where = "CNuLine::ClosestPointsTo(CNuSphSurf)";
-  const Line3 line = DataOf(*this);
-  const Sphere3 ball = DataOf(sphere);
-  RequireFinite(where, line, ball);
+  const auto [line, ball] = FiniteData(where, DataOf(*this), DataOf(sphere));
   const Points2 common = Common(line, ball);
   if (common.count > 0) return Store(common, p1, p2, where);
   return StoreOne(line.At(Dot(ball.centre - line.point, line.direction)), p1, where);
@@ -199,9 +181,7 @@ int CNuLine::ClosestPointsTo(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p
 
 int CNuLine::ClosestPointsTo(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p2) const {
   constexpr const char* where = "CNuLine::ClosestPointsTo(CNuCylSurf)";
-  const Line3 line = DataOf(*this);
-  const Cylinder3 tube = DataOf(cylinder);
-  RequireFinite(where, line, tube);
+  const auto [line, tube] = FiniteData(where, DataOf(*this), DataOf(cylinder));
   const Approach approach = Approaching(line, tube.axis);
   if (approach.parallel) return 0;
   const Points2 common = Common(line, tube, approach);
@@ -211,17 +191,13 @@ int CNuLine::ClosestPointsTo(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint*
 
 int CNuLine::ClosestPointsTo(const CNuConSurf& cone, CNuPoint* p1, CNuPoint* p2) const {
   constexpr const char* where = "CNuLine::ClosestPointsTo(CNuConSurf)";
-  const Line3 line = DataOf(*this);
-  const DoubleCone data = DataOf(cone);
-  RequireFinite(where, line, data);
+  const auto [line, data] = FiniteData(where, DataOf(*this), DataOf(cone));
   return Store(Approaching(line, data).points, p1, p2, where);
 }
 
 int CNuLine::IntersectWith(const CNuLine& l, CNuPoint* p) const {
   constexpr const char* where = "CNuLine::IntersectWith(CNuLine)";
-  const Line3 first = DataOf(*this);
-  const Line3 second = DataOf(l);
-  RequireFinite(where, first, second);
+  const auto [first, second] = FiniteData(where, DataOf(*this), DataOf(l));
   const Approach approach = Approaching(first, second);
   const Vec3 here = first.At(approach.alongFirst);
   const Vec3 there = second.At(approach.alongSecond);
@@ -232,9 +208,7 @@ int CNuLine::IntersectWith(const CNuLine& l, CNuPoint* p) const {
 
 int CNuLine::IntersectWith(const CNuPlane& pl, CNuPoint* p) const {
   constexpr const char* where = "CNuLine::IntersectWith(CNuPlane)";
-  const Line3 line = DataOf(*this);
-  const Plane3 plane = DataOf(pl);
-  RequireFinite(where, line, plane);
+  const auto [line, plane] = FiniteData(where, DataOf(*this), DataOf(pl));
   const double slope = Dot(line.direction, plane.normal);
   if (IsParallel(std::fabs(slope), ParallelTol())) return 0;
   return StoreOne(line.At(-plane.Height(line.point) / slope), p, where);
@@ -242,9 +216,7 @@ int CNuLine::IntersectWith(const CNuPlane& pl, CNuPoint* p) const {
 
 int CNuLine::IntersectWith(const CNuCircle& circle, CNuPoint* p1, CNuPoint* p2) const {
   constexpr const char* where = "CNuLine::IntersectWith(CNuCircle)";
-  const Line3 line = DataOf(*this);
-  const Circle3 data = DataOf(circle);
-  RequireFinite(where, line, data);
+  const auto [line, data] = FiniteData(where, DataOf(*this), DataOf(circle));
   return Store(Intersect(line, data, TouchTol(data.radius, line.point, data.centre)), p1, p2, where);
 }
 
@@ -262,25 +234,19 @@ int CNuLine::IntersectWith(const CNuParabola& parabola, CNuPoint* p1, CNuPoint* 
 
 int CNuLine::IntersectWith(const CNuSphSurf& sphere, CNuPoint* p1, CNuPoint* p2) const {
   constexpr const char* where = "CNuLine::IntersectWith(CNuSphSurf)";
-  const Line3 line = DataOf(*this);
-  const Sphere3 ball = DataOf(sphere);
-  RequireFinite(where, line, ball);
+  const auto [line, ball] = FiniteData(where, DataOf(*this), DataOf(sphere));
   return Store(Common(line, ball), p1, p2, where);
 }
 
 int CNuLine::IntersectWith(const CNuCylSurf& cylinder, CNuPoint* p1, CNuPoint* p2) const {
   constexpr const char* where = "CNuLine::IntersectWith(CNuCylSurf)";
-  const Line3 line = DataOf(*this);
-  const Cylinder3 tube = DataOf(cylinder);
-  RequireFinite(where, line, tube);
+  const auto [line, tube] = FiniteData(where, DataOf(*this), DataOf(cylinder));
   return Store(Common(line, tube, Approaching(line, tube.axis)), p1, p2, where);
 }
 
 int CNuLine::IntersectWith(const CNuConSurf& cone, CNuPoint* p1, CNuPoint* p2) const {
   constexpr const char* where = "CNuLine::IntersectWith(CNuConSurf)";
-  const Line3 line = DataOf(*this);
-  const DoubleCone data = DataOf(cone);
-  RequireFinite(where, line, data);
+  const auto [line, data] = FiniteData(where, DataOf(*this), DataOf(cone));
   const auto approach = Approaching(line, data);
   return approach.meets ? Store(approach.points, p1, p2, where) : 0;
 }

@@ -18,12 +18,9 @@ double CNuPlane::AngleWith(const CNuPlane& pl) const {
 }
 
 double CNuPlane::DistanceTo(const CNuPlane& pl) const {
-  const Plane3 first = DataOf(*this);
-  const Plane3 second = DataOf(pl);
-  const auto distance = [&] {
+  return DistanceOrNaN(DataOf(*this), DataOf(pl), [](const Plane3& first, const Plane3& second) {
     return AreParallel(first.normal, second.normal) ? std::fabs(first.Height(second.point)) : 0.0;
-  };
-  return DistanceOrNaN(distance, first, second);
+  });
 }
 
 ENuBoolean CNuPlane::IsEqual(const CNuPlane& pl, double degreeTol, double lengthTol) const {
@@ -41,9 +38,7 @@ CNuPlane CNuPlane::MidPlane(const CNuPoint& p) const {
 
 CNuPlane CNuPlane::MidPlane(const CNuLine& l) const {
   constexpr const char* where = "CNuPlane::MidPlane(CNuLine)";
-  const Line3 line = DataOf(l);
-  const Plane3 plane = DataOf(*this);
-  RequireFinite(where, line, plane);
+  const auto [line, plane] = FiniteData(where, DataOf(l), DataOf(*this));
   const double rise = Dot(line.direction, plane.normal);
   const Vec3 projected = Rejection(line.direction, plane.normal);
   if (IsParallel(Norm(projected), ParallelTol())) FailOperation(NuOperationPlaneAcrossLine, "calculation", where);
@@ -66,10 +61,8 @@ int CNuPlane::IntersectWith(const CNuLine& l, CNuPoint* p) const {
 }
 
 int CNuPlane::IntersectWith(const CNuPlane& pl, CNuLine* l) const {
-  const Plane3 first = DataOf(*this);
-  const Plane3 second = DataOf(pl);
   constexpr const char* where = "CNuPlane::IntersectWith(CNuPlane)";
-  RequireFinite(where, first, second);
+  const auto [first, second] = FiniteData(where, DataOf(*this), DataOf(pl));
   if (AreParallel(first.normal, second.normal)) return 0;
   const Line3 common = Intersect(first, second);
   Output(l, LineFor(common.point, common.direction, where));

@@ -68,6 +68,22 @@ Feature TorusAt(const Vec3& centre, const Vec3& axis, double major, double minor
   return torus;
 }
 
+// Linear regression by the normal equations, which is enough for starts.
+template<int N>
+struct Regression {
+  double a[N][N] = {};
+  double b[N] = {};
+  double x[N];
+
+  void Add(const double (&row)[N], double value) {
+    for (int i = 0; i < N; ++i) {
+      b[i] += row[i] * value;
+      for (int j = 0; j < N; ++j) a[i][j] += row[i] * row[j];
+    }
+  }
+  bool Solve() { return linear::SolvePositive(a, b, x) > 0.0; }
+};
+
 class TorusStarts {
  public:
   explicit TorusStarts(std::vector<Vec3> points) : m_points(std::move(points)) {}
@@ -122,16 +138,14 @@ class TorusStarts {
 
   void AddAboutAxis(const Vec3& through, const Vec3& direction) {
     const AxisFrame f = AxisFrame::Along(through, direction);
-    double a[3][3] = {}, b[3] = {}, x[3];
+    Regression<3> fit;
     for (const Vec3& p : m_points) {
       const Vec3 q = f.Local(p);
       const double row[3] = {Hypot(q.x, q.y), q.z, 1.0};
-      for (int i = 0; i < 3; ++i) {
-        b[i] += row[i] * (row[0] * row[0] + q.z * q.z);
-        for (int j = 0; j < 3; ++j) a[i][j] += row[i] * row[j];
-      }
+      fit.Add(row, row[0] * row[0] + q.z * q.z);
     }
-    if (!(linear::SolvePositive(a, b, x) > 0.0)) return;
+    if (!fit.Solve()) return;
+    const auto& x = fit.x;
     const double major = 0.5 * x[0];
     const double height = 0.5 * x[1];
     Add(TorusAt(f.origin + height * f.z, direction, major, std::sqrt(x[2] + major * major + height * height)));
@@ -140,32 +154,26 @@ class TorusStarts {
   // The regression of the squared distance from the mean on the coordinates across.
   Vec3 CentreAcross(const Vec3& direction) const {
     const AxisFrame f = AxisFrame::Along({}, direction);
-    double a[3][3] = {}, b[3] = {}, x[3];
+    Regression<3> fit;
     for (const Vec3& p : m_points) {
       const Vec3 q = f.Local(p);
-      const double row[3] = {q.x, q.y, 1.0};
-      for (int i = 0; i < 3; ++i) {
-        b[i] += row[i] * (q.x * q.x + q.y * q.y);
-        for (int j = 0; j < 3; ++j) a[i][j] += row[i] * row[j];
-      }
+      fit.Add({q.x, q.y, 1.0}, q.x * q.x + q.y * q.y);
     }
-    if (!(linear::SolvePositive(a, b, x) > 0.0)) return {};
+    if (!fit.Solve()) return {};
+    const auto& x = fit.x;
     return 0.5 * (x[0] * f.x + x[1] * f.y);
   }
 
   void AddFromPatch() {
     constexpr int kTerms = 6;
     const AxisFrame f = AxisFrame::Along({}, m_axis[0], m_axis[2]);
-    double a[kTerms][kTerms] = {}, b[kTerms] = {}, c[kTerms];
+    Regression<kTerms> fit;
     for (const Vec3& p : m_points) {
       const Vec3 q = f.Local(p);
-      const double row[kTerms] = {1.0, q.x, q.y, 0.5 * q.x * q.x, q.x * q.y, 0.5 * q.y * q.y};
-      for (int i = 0; i < kTerms; ++i) {
-        b[i] += row[i] * q.z;
-        for (int j = 0; j < kTerms; ++j) a[i][j] += row[i] * row[j];
-      }
+      fit.Add({1.0, q.x, q.y, 0.5 * q.x * q.x, q.x * q.y, 0.5 * q.y * q.y}, q.z);
     }
-    if (!(linear::SolvePositive(a, b, c) > 0.0)) return;
+    if (!fit.Solve()) return;
+    const auto& c = fit.x;
     const double form[4] = {c[3], c[4], c[4], c[5]};
     double k[2], v[4];
     if (!linear::DecomposeSymmetric(form, 2, 2, k, v, 2)) return;
@@ -230,19 +238,16 @@ class TorusStarts {
   void AddBent(const Feature& cylinder) {
     constexpr int kTerms = 7;
     const AxisFrame& f = cylinder.frame;
-    double a[kTerms][kTerms] = {}, b[kTerms] = {}, x[kTerms];
+    Regression<kTerms> fit;
     for (const Vec3& p : m_points) {
       const Vec3 q = f.Local(p);
       const double rho = Hypot(q.x, q.y);
       if (!(rho > 0.0)) continue;
       const double c = q.x / rho, s = q.y / rho, half = 0.5 * q.z * q.z;
-      const double row[kTerms] = {1.0, c, s, c * q.z, s * q.z, c * half, s * half};
-      for (int i = 0; i < kTerms; ++i) {
-        b[i] += row[i] * (rho - cylinder.size[0]);
-        for (int j = 0; j < kTerms; ++j) a[i][j] += row[i] * row[j];
-      }
+      fit.Add({1.0, c, s, c * q.z, s * q.z, c * half, s * half}, rho - cylinder.size[0]);
     }
-    if (!(linear::SolvePositive(a, b, x) > 0.0)) return;
+    if (!fit.Solve()) return;
+    const auto& x = fit.x;
     const Vec3 bend = x[5] * f.x + x[6] * f.y;
     const double major = 1.0 / std::sqrt(Dot(bend, bend));
     const Vec3 inwards = major * bend;

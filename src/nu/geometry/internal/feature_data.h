@@ -1,6 +1,8 @@
 #ifndef NU_GEOMETRY_INTERNAL_FEATURE_DATA_H
 #define NU_GEOMETRY_INTERNAL_FEATURE_DATA_H
 
+#include <utility>
+
 #include "nu/curves/circle.h"
 #include "nu/engine/base/floating_point.h"
 #include "nu/engine/shapes/incidence.h"
@@ -46,6 +48,13 @@ void RequireFinite(const char* where, const Features&... features) {
   if (!(IsFinite(features) && ...)) FailUnrelated(where);
 }
 
+// Both as they are.
+template<class First, class Second>
+std::pair<First, Second> FiniteData(const char* where, const First& first, const Second& second) {
+  RequireFinite(where, first, second);
+  return {first, second};
+}
+
 inline int Store(const Points2& points, CNuPoint* p1, CNuPoint* p2, const char* where) {
   for (int i = 0; i < points.count; ++i) RequireFinite(where, points.at[i]);
   if (points.count > 0) Output(p1, ToPoint(points.at[0]));
@@ -54,9 +63,9 @@ inline int Store(const Points2& points, CNuPoint* p1, CNuPoint* p2, const char* 
 }
 
 // Distances of features that are not finite are no numbers.
-template<class Distance, class... Features>
-double DistanceOrNaN(Distance distance, const Features&... features) {
-  return (IsFinite(features) && ...) ? distance() : kQuietNaN;
+template<class First, class Second, class Distance>
+double DistanceOrNaN(const First& first, const Second& second, Distance distance) {
+  return IsFinite(first) && IsFinite(second) ? distance(first, second) : kQuietNaN;
 }
 
 inline bool IsDirection(Vec3 v) {
