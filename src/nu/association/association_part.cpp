@@ -42,17 +42,6 @@ Sums SumsOf(PointView points, const AssociationOptions& options, const CNuGeomet
   });
 }
 
-bool IsSame(const Vec3& a, const Vec3& b) {
-  return a.x == b.x && a.y == b.y && a.z == b.z;
-}
-bool IsSame(const PartRequest& a, const PartRequest& b) {
-  const Feature& f = a.feature;
-  const Feature& g = b.feature;
-  return f.kind == g.kind && f.bothNappes == g.bothNappes && a.free == b.free && a.extent == b.extent &&
-         IsSame(f.frame.origin, g.frame.origin) && IsSame(f.frame.x, g.frame.x) && IsSame(f.frame.y, g.frame.y) &&
-         IsSame(f.frame.z, g.frame.z) && f.size[0] == g.size[0] && f.size[1] == g.size[1];
-}
-
 }  // namespace
 
 CNuAssociationPart::CNuAssociationPart() = default;
@@ -104,7 +93,7 @@ void CNuAssociationPart::Join(const CNuAssociationPart& other) {
     m_sums = other.m_sums;
     return;
   }
-  if (!IsSame(m_sums->request, other.m_sums->request)) FailOperation(NuOperationData, kWhat, where);
+  if (m_sums->request != other.m_sums->request) FailOperation(NuOperationData, kWhat, where);
   m_sums = WithMemory(
       where, [&] { return std::make_shared<const PartSums>(nu::engine::association::Join(*m_sums, *other.m_sums)); });
 }

@@ -76,12 +76,9 @@ void Release(CNuAssociation& fits, std::int32_t parameter) {
 }  // namespace
 
 nu_status nu_association_create(const double* xyz, int32_t count, int32_t stride, nu_association** association) {
-  Output(association, nullptr);
-  return Guarded([&] {
-    Require(association != nullptr, "the place of the handle is null");
+  return Create(association, [&] {
     RequirePoints(xyz, count, stride);
-    *association =
-        std::make_unique<nu_association>(nu_association{.fits = CNuAssociation(xyz, count, stride)}).release();
+    return nu_association{.fits = CNuAssociation(xyz, count, stride)};
   });
 }
 
@@ -90,10 +87,7 @@ void nu_association_free(nu_association* association) {
 }
 
 nu_status nu_association_count(const nu_association* association, int32_t* count) {
-  return Guarded([&] {
-    Require(count != nullptr, "count is null");
-    *count = Deref(association).fits.GetNumberPoints();
-  });
+  return Give(count, "count is null", [&] { return Deref(association).fits.GetNumberPoints(); });
 }
 
 nu_status nu_association_add(nu_association* association, const double* xyz, int32_t count, int32_t stride) {

@@ -57,11 +57,7 @@ Loops LoopsOf(const CNuObjArray& objects) {
 }  // namespace
 
 nu_status nu_curve_create(nu_curve** curve) {
-  Output(curve, nullptr);
-  return Guarded([&] {
-    Require(curve != nullptr, "the place of the handle is null");
-    *curve = std::make_unique<nu_curve>().release();
-  });
+  return Create(curve, [] { return nu_curve{}; });
 }
 
 void nu_curve_free(nu_curve* curve) {
@@ -106,31 +102,20 @@ nu_status nu_curve_add_arc(nu_curve* curve, const double* centre, const double* 
 }
 
 nu_status nu_curve_count(const nu_curve* curve, int32_t* count) {
-  return Guarded([&] {
-    Require(count != nullptr, "count is null");
-    *count = Deref(curve).curve.GetNumberSegments();
-  });
+  return Give(count, "count is null", [&] { return Deref(curve).curve.GetNumberSegments(); });
 }
 
 nu_status nu_curve_get(const nu_curve* curve, int32_t i, nu_segment* segment) {
-  return Guarded([&] {
-    Require(segment != nullptr, "segment is null");
-    *segment = ToSegment(*Deref(curve).curve.GetSegment(i));
-  });
+  return Give(segment, "segment is null", [&] { return ToSegment(*Deref(curve).curve.GetSegment(i)); });
 }
 
 nu_status nu_curve_length(const nu_curve* curve, double* length) {
-  return Guarded([&] {
-    Require(length != nullptr, "length is null");
-    *length = Deref(curve).curve.Length();
-  });
+  return Give(length, "length is null", [&] { return Deref(curve).curve.Length(); });
 }
 
 nu_status nu_curve_distance(const nu_curve* curve, const double* point, double* distance) {
-  return Guarded([&] {
-    Require(distance != nullptr, "distance is null");
-    *distance = Deref(curve).curve.DistanceTo(PointOf(point, "point is null"));
-  });
+  return Give(distance, "distance is null",
+              [&] { return Deref(curve).curve.DistanceTo(PointOf(point, "point is null")); });
 }
 
 nu_status nu_curve_offset(const nu_curve* curve, double distance, const double* normal, int32_t is_round,

@@ -133,10 +133,7 @@ const char* nu_error_message() {
 }
 
 nu_status nu_tolerance_get(int32_t tolerance, double* value) {
-  return Guarded([&] {
-    Require(value != nullptr, "value is null");
-    *value = ToleranceOf(tolerance).get();
-  });
+  return Give(value, "value is null", [&] { return ToleranceOf(tolerance).get(); });
 }
 
 nu_status nu_tolerance_set(int32_t tolerance, double value) {

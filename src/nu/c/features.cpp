@@ -146,27 +146,22 @@ nu_status nu_feature_rotate(nu_feature* feature, double degrees, const double* a
 }
 
 nu_status nu_feature_distance(const nu_feature* first, const nu_feature* second, double* distance) {
-  return Guarded([&] {
-    Require(distance != nullptr, "distance is null");
-    *distance = Relate(first, second, Distance());
-  });
+  return Give(distance, "distance is null", [&] { return Relate(first, second, Distance()); });
 }
 
 nu_status nu_feature_angle(const nu_feature* first, const nu_feature* second, double* degrees) {
-  return Guarded([&] {
-    Require(degrees != nullptr, "degrees is null");
+  return Give(degrees, "degrees is null", [&] {
     const auto angle = [](const auto& a, const auto& b) -> decltype(a.AngleWith(b)) { return a.AngleWith(b); };
-    *degrees = EitherWay<double>(first, second, "nu_feature_angle", angle);
+    return EitherWay<double>(first, second, "nu_feature_angle", angle);
   });
 }
 
 nu_status nu_feature_is_parallel(const nu_feature* first, const nu_feature* second, double tol, int32_t* is_parallel) {
-  return Guarded([&] {
-    Require(is_parallel != nullptr, "is_parallel is null");
+  return Give(is_parallel, "is_parallel is null", [&] {
     const auto parallel = [tol](const auto& a, const auto& b) -> decltype(a.IsParallelTo(b, tol)) {
       return a.IsParallelTo(b, tol);
     };
-    *is_parallel = EitherWay<ENuBoolean>(first, second, "nu_feature_is_parallel", parallel) != NuFalse ? 1 : 0;
+    return EitherWay<ENuBoolean>(first, second, "nu_feature_is_parallel", parallel) != NuFalse ? 1 : 0;
   });
 }
 
@@ -193,10 +188,7 @@ nu_status nu_feature_side(const double* point, const nu_feature* feature, double
 }
 
 nu_status nu_feature_middle(const nu_feature* first, const nu_feature* second, int32_t kind, nu_feature* middle) {
-  return Guarded([&] {
-    Require(middle != nullptr, "middle is null");
-    *middle = MiddleOf(first, second, kind);
-  });
+  return Give(middle, "middle is null", [&] { return MiddleOf(first, second, kind); });
 }
 
 nu_status nu_feature_closest(const nu_feature* line, const nu_feature* feature, double* xyz, int32_t* count) {

@@ -116,13 +116,7 @@ nu_status nu_feature_intersect(const nu_feature* first, const nu_feature* second
 }
 
 nu_status nu_intersection_create(const nu_feature* first, const nu_feature* second, nu_intersection** intersection) {
-  Output(intersection, nullptr);
-  return Guarded([&] {
-    Require(intersection != nullptr, "the place of the handle is null");
-    auto made = std::make_unique<nu_intersection>();
-    made->elements = ElementsOf(first, second);
-    *intersection = made.release();
-  });
+  return Create(intersection, [&] { return nu_intersection{.elements = ElementsOf(first, second)}; });
 }
 
 void nu_intersection_free(nu_intersection* intersection) {
@@ -130,17 +124,11 @@ void nu_intersection_free(nu_intersection* intersection) {
 }
 
 nu_status nu_intersection_count(const nu_intersection* intersection, int32_t* count) {
-  return Guarded([&] {
-    Require(count != nullptr, "count is null");
-    *count = static_cast<std::int32_t>(Deref(intersection).elements.size());
-  });
+  return Give(count, "count is null", [&] { return static_cast<std::int32_t>(Deref(intersection).elements.size()); });
 }
 
 nu_status nu_intersection_get(const nu_intersection* intersection, int32_t i, nu_feature* feature) {
-  return Guarded([&] {
-    Require(feature != nullptr, "the feature is null");
-    *feature = ToFeatureOfAny(ElementAt(intersection, i));
-  });
+  return Give(feature, "the feature is null", [&] { return ToFeatureOfAny(ElementAt(intersection, i)); });
 }
 
 nu_status nu_intersection_range(const nu_intersection* intersection, int32_t i, double* lower, double* upper,

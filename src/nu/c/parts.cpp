@@ -11,11 +11,6 @@ using namespace nu::internal::c;
 
 namespace {
 
-template<class Handle>
-Handle* Made(Handle handle) {
-  return std::make_unique<Handle>(std::move(handle)).release();
-}
-
 // Calls visit(feature) with the object of a feature that is not a point.
 template<class Visit>
 void VisitGeometry(const nu_feature* feature, const Visit& visit) {
@@ -33,17 +28,13 @@ void VisitGeometry(const nu_feature* feature, const Visit& visit) {
 
 nu_status nu_part_create(const nu_association* association, const nu_feature* feature, const double* middle,
                          nu_part** part) {
-  Output(part, nullptr);
-  return Guarded([&] {
-    Require(part != nullptr, "the place of the handle is null");
-    if (association == nullptr) {
-      *part = Made(nu_part{});
-      return;
-    }
+  return Create(part, [&] {
+    nu_part made;
+    if (association == nullptr) return made;
     const CNuAssociation& fits = Deref(association).fits;
     const CNuPoint place = PointOf(middle, "middle is null");
-    VisitGeometry(feature,
-                  [&](const CNuGeometry& at) { *part = Made(nu_part{.part = CNuAssociationPart(fits, at, place)}); });
+    VisitGeometry(feature, [&](const CNuGeometry& at) { made.part = CNuAssociationPart(fits, at, place); });
+    return made;
   });
 }
 
@@ -83,19 +74,11 @@ nu_status nu_part_write(const nu_part* part, uint8_t* bytes, int32_t capacity, i
 }
 
 nu_status nu_part_read(const uint8_t* bytes, int32_t count, nu_part** part) {
-  Output(part, nullptr);
-  return Guarded([&] {
-    Require(part != nullptr, "the place of the handle is null");
-    *part = Made(nu_part{.part = CNuAssociationPart::FromBytes(bytes, count)});
-  });
+  return Create(part, [&] { return nu_part{.part = CNuAssociationPart::FromBytes(bytes, count)}; });
 }
 
 nu_status nu_candidates_create(nu_candidates** candidates) {
-  Output(candidates, nullptr);
-  return Guarded([&] {
-    Require(candidates != nullptr, "the place of the handle is null");
-    *candidates = Made(nu_candidates{});
-  });
+  return Create(candidates, [] { return nu_candidates{}; });
 }
 
 void nu_candidates_free(nu_candidates* candidates) {

@@ -116,17 +116,12 @@ nu_status nu_report_covariance(const nu_report* report, double* values, int32_t 
 }
 
 nu_status nu_report_axis_uncertainty(const nu_report* report, double height, double* uncertainty) {
-  return Guarded([&] {
-    Require(uncertainty != nullptr, "uncertainty is null");
-    *uncertainty = Deref(report).report.GetAxisUncertainty(height);
-  });
+  return Give(uncertainty, "uncertainty is null", [&] { return Deref(report).report.GetAxisUncertainty(height); });
 }
 
 nu_status nu_report_surface_uncertainty(const nu_report* report, const double* place, double* uncertainty) {
-  return Guarded([&] {
-    Require(uncertainty != nullptr, "uncertainty is null");
-    *uncertainty = Deref(report).report.GetSurfaceUncertainty(PointOf(place, "place is null"));
-  });
+  return Give(uncertainty, "uncertainty is null",
+              [&] { return Deref(report).report.GetSurfaceUncertainty(PointOf(place, "place is null")); });
 }
 
 nu_status nu_report_bound(const nu_report* report, nu_bound* bound) {

@@ -10,13 +10,9 @@ namespace {
 
 constexpr const char* kName = "CNuCircle";
 
-double RequireRadius(double radius) {
-  return RequireLength(radius, kName, "radius");
-}
-
 }  // namespace
 
-CNuCircle::CNuCircle(double radius) : CNuCurve(NuTypeCircle), m_radius(RequireRadius(radius)) {}
+CNuCircle::CNuCircle(double radius) : CNuCurve(NuTypeCircle), m_radius(RequireLength(radius, kName, "radius")) {}
 
 CNuCircle::CNuCircle(double radius, const CNuPoint& centre) : CNuCircle(radius) {
   SetPosition(centre, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));

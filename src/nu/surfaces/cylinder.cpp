@@ -10,13 +10,9 @@ namespace {
 
 constexpr const char* kName = "CNuCylSurf";
 
-double RequireRadius(double radius) {
-  return RequireLength(radius, kName, "radius");
-}
-
 }  // namespace
 
-CNuCylSurf::CNuCylSurf(double radius) : CNuSurface(NuTypeCylSurf), m_radius(RequireRadius(radius)) {}
+CNuCylSurf::CNuCylSurf(double radius) : CNuSurface(NuTypeCylSurf), m_radius(RequireLength(radius, kName, "radius")) {}
 
 CNuCylSurf::CNuCylSurf(double radius, const CNuPoint& axisPoint, const CNuVector& axisDirection) : CNuCylSurf(radius) {
   if (axisDirection.GetSize() != 3) throw CNuConstructionException(NuConstructionDirection, kName, nullptr, 0, 0);

@@ -9,13 +9,9 @@ namespace {
 
 constexpr const char* kName = "CNuSphSurf";
 
-double RequireRadius(double radius) {
-  return RequireLength(radius, kName, "radius");
-}
-
 }  // namespace
 
-CNuSphSurf::CNuSphSurf(double radius) : CNuSurface(NuTypeSphSurf), m_radius(RequireRadius(radius)) {}
+CNuSphSurf::CNuSphSurf(double radius) : CNuSurface(NuTypeSphSurf), m_radius(RequireLength(radius, kName, "radius")) {}
 
 CNuSphSurf::CNuSphSurf(double radius, const CNuPoint& centre) : CNuSphSurf(radius) {
   SetPosition(centre, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));

@@ -58,8 +58,7 @@ FeatureFit<Sphere3> LeastSquaresSphere(PointView points, PointBlocks& blocks, co
                              .monitor = options.monitor};
   RequireConverged(fit.Run(rule), kName, kName);
   const Vec3 centre = fit.Centre();
-  const bool stayed = centre.x == start.x && centre.y == start.y && centre.z == start.z;
-  const Sphere3 sphere{stayed ? startWorld : origin + centre, fit.Radius()};
+  const Sphere3 sphere{centre == start ? startWorld : origin + centre, fit.Radius()};
   return FitOf(sphere, options.wantsDeviations ? fit.DeviationsNow() : Deviations{});
 }
 

@@ -11,14 +11,12 @@ namespace {
 
 constexpr const char* kName = "CNuTorSurf";
 
-double RequireRadius(double radius) {
-  return RequireLength(radius, kName, "radius");
-}
-
 }  // namespace
 
 CNuTorSurf::CNuTorSurf(double majorRadius, double minorRadius)
-    : CNuSurface(NuTypeTorSurf), m_majorRadius(RequireRadius(majorRadius)), m_minorRadius(RequireRadius(minorRadius)) {
+    : CNuSurface(NuTypeTorSurf),
+      m_majorRadius(RequireLength(majorRadius, kName, "radius")),
+      m_minorRadius(RequireLength(minorRadius, kName, "radius")) {
   if (!(minorRadius < majorRadius)) throw CNuConstructionException(NuConstructionLengthOrder, kName, "radius", 0, 0);
 }
 

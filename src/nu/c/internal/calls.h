@@ -1,8 +1,8 @@
 #ifndef NU_C_INTERNAL_CALLS_H
 #define NU_C_INTERNAL_CALLS_H
 
-#include <cstddef>
 #include <cstdint>
+#include <memory>
 
 #include "nu/c/nu.h"
 #include "nu/foundation/internal/outputs.h"
@@ -31,6 +31,15 @@ nu_status Guarded(const Call& call) noexcept {
 }
 inline void Require(bool isGiven, const char* text) {
   if (!isGiven) RefuseArgument(text);
+}
+
+// A result at the place that the caller has for it.
+template<class T, class Find>
+nu_status Give(T* place, const char* textOfNull, const Find& find) noexcept {
+  return Guarded([&] {
+    Require(place != nullptr, textOfNull);
+    *place = find();
+  });
 }
 
 // A block of points. Addresses of all of them must exist.
@@ -76,6 +85,13 @@ auto& Deref(Handle* handle) {
   Require(handle != nullptr, "the handle is null");
   Require(handle->tag == Handle::kTag, "the handle is one of another object");
   return *handle;
+}
+
+// A new handle, made of make(); null when that fails.
+template<class Handle, class Make>
+nu_status Create(Handle** place, const Make& make) noexcept {
+  Output(place, nullptr);
+  return Give(place, "the place of the handle is null", [&] { return std::make_unique<Handle>(make()).release(); });
 }
 
 template<class Handle>

@@ -16,8 +16,8 @@ class Placement {
         m_x(Components(frame.xaxis)),
         m_z(Components(frame.zaxis)),
         m_y(Cross(m_z, m_x)),
-        m_turned(!(IsSame(m_x, {1.0, 0.0, 0.0}) && IsSame(m_z, {0.0, 0.0, 1.0}))),
-        m_moved(m_turned || !IsSame(m_origin, anchor)) {}
+        m_turned(m_x != Vec3{1.0, 0.0, 0.0} || m_z != Vec3{0.0, 0.0, 1.0}),
+        m_moved(m_turned || m_origin != anchor) {}
 
   Vec3 At(Vec3 given) const { return m_moved ? m_origin + Turned(given - m_anchor) : given; }
   Vec3 Turned(Vec3 direction) const {
@@ -25,8 +25,6 @@ class Placement {
   }
 
  private:
-  static bool IsSame(Vec3 a, Vec3 b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
-
   Vec3 m_anchor, m_origin, m_x, m_z, m_y;
   bool m_turned, m_moved;
 };

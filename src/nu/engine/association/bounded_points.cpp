@@ -62,8 +62,7 @@ std::vector<Vec3> BoundedPoints::Spread(std::size_t most) {
 void BoundedPoints::Join(const Extreme& extreme) {
   const Vec3& p = extreme.point;
   if (!(extreme.value > -kInfinity) || m_set.size() >= kMostInSet) return;
-  const auto isSame = [&](const Vec3& q) { return q.x == p.x && q.y == p.y && q.z == p.z; };
-  if (std::none_of(m_set.begin(), m_set.end(), isSame)) m_set.push_back(p);
+  if (std::find(m_set.begin(), m_set.end(), p) == m_set.end()) m_set.push_back(p);
 }
 
 }  // namespace nu::engine::association

@@ -283,10 +283,8 @@ class SquaresDescent {
     int joined = 0;
     for (const Candidate& c : worst) {
       if (!(c.beyond > 0.0)) continue;
-      const bool known = std::any_of(m_point, m_point + m_count, [&](const Vec3& p) {
-        return p.x == c.point.x && p.y == c.point.y && p.z == c.point.z;
-      });
-      if (known) continue;
+      Vec3* const end = m_point + m_count;
+      if (std::find(m_point, end, c.point) != end) continue;
       m_point[m_count++] = c.point;
       ++joined;
     }

@@ -43,6 +43,8 @@ struct Feature {
   double size[2] = {};
   // Of a cone: points behind the apex count from the nappe there; otherwise from the one before it, as if it went on.
   bool bothNappes = false;
+
+  bool operator==(const Feature&) const = default;
 };
 
 // Those that move the feature, none of them to the same effect as others: three for a plane, five for a cylinder, ...

@@ -268,10 +268,8 @@ void PartCandidates::Add(const PartSums& sums) {
   m_request = joined.request;
   const auto add = [this](const std::optional<PartExtreme>& extreme) {
     if (!extreme) return;
-    const Vec3& p = extreme->point;
-    const bool isKnown = std::any_of(m_points.begin(), m_points.end(),
-                                     [&p](const Vec3& q) { return p.x == q.x && p.y == q.y && p.z == q.z; });
-    if (!isKnown) m_points.push_back(p);
+    const bool isKnown = std::find(m_points.begin(), m_points.end(), extreme->point) != m_points.end();
+    if (!isKnown) m_points.push_back(extreme->point);
   };
   for (int k = 0; k < PartSums::kStrata; ++k) {
     add(joined.highest[k]);

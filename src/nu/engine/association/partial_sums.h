@@ -20,6 +20,8 @@ struct PartRequest {
   Feature feature;         // with its origin among the points
   UnknownMask free = ~0U;  // the unknowns that may change
   double extent = 0.0;     // about the farthest point from the origin, in the first round a guess
+
+  bool operator==(const PartRequest&) const = default;
 };
 
 // A point and its deviation.

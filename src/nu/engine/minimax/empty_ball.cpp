@@ -264,10 +264,7 @@ class Ascent {
     return Norm(m_centre - m_mean) <= m_reach;
   }
 
-  bool IsContact(const Vec3& p) const {
-    return std::any_of(m_contact, m_contact + m_count,
-                       [&](const Vec3& q) { return p.x == q.x && p.y == q.y && p.z == q.z; });
-  }
+  bool IsContact(const Vec3& p) const { return std::find(m_contact, m_contact + m_count, p) != m_contact + m_count; }
 
   // Of points that are not in a level the ball meets none before its centre has left the reach of the level.
   Meeting Search(const CentreLine& line) {

@@ -37,6 +37,8 @@ struct AxisFrame {
     return {Dot(q, x), Dot(q, y), Dot(q, z)};
   }
 
+  bool operator==(const AxisFrame&) const = default;
+
   // Shifted across by (a, b), then tilted to the direction (alpha, beta, 1); the frame follows with the least turn.
   AxisFrame Moved(double a, double b, double alpha, double beta) const {
     return Along(origin + a * x + b * y, Unit(z + alpha * x + beta * y), x);

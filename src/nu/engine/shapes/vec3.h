@@ -13,6 +13,8 @@ struct Vec3 {
   double x = 0.0;
   double y = 0.0;
   double z = 0.0;
+
+  bool operator==(const Vec3&) const = default;
 };
 
 NU_ALWAYS_INLINE Vec3 LoadVec3(const double* v) {
