@@ -1,5 +1,4 @@
 #include <memory>
-#include <utility>
 
 #include "nu/c/internal/features.h"
 #include "nu/c/internal/handles.h"

@@ -1,6 +1,3 @@
-#include <memory>
-#include <vector>
-
 #include "nu/association/association_part.h"
 #include "nu/c/internal/features.h"
 #include "nu/c/internal/handles.h"

@@ -1,6 +1,5 @@
 #include "nu/foundation/numeric_helpers.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include "nu/engine/base/elementary.h"

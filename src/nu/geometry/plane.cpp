@@ -1,7 +1,5 @@
 #include "nu/geometry/plane.h"
 
-#include <cmath>
-
 #include "nu/foundation/internal/outputs.h"
 #include "nu/geometry/internal/conversions.h"
 #include "nu/geometry/line.h"

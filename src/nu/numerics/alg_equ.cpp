@@ -1,7 +1,6 @@
 #include "nu/numerics/alg_equ.h"
 
 #include <algorithm>
-#include <cmath>
 #include <memory>
 #include <utility>
 

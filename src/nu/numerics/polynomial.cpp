@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
-#include <memory>
 #include <utility>
 
 #include "nu/foundation/internal/failures.h"

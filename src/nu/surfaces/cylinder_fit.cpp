@@ -1,6 +1,3 @@
-#include <algorithm>
-#include <cmath>
-
 #include "nu/engine/least_squares/cylinder_start.h"
 #include "nu/engine/shapes/axis_direction.h"
 #include "nu/surfaces/cylinder.h"

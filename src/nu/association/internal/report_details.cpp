@@ -5,7 +5,6 @@
 
 #include "nu/association/internal/constrained_fits.h"
 #include "nu/association/internal/explanation.h"
-#include "nu/engine/association/contact_account.h"
 #include "nu/engine/association/form_parameters.h"
 #include "nu/engine/least_squares/cone_start.h"
 #include "nu/engine/points/alignment.h"

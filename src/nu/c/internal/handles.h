@@ -2,7 +2,6 @@
 #define NU_C_INTERNAL_HANDLES_H
 
 #include <memory>
-#include <utility>
 #include <vector>
 
 #include "nu/association/association.h"

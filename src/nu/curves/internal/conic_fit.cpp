@@ -1,7 +1,6 @@
 #include "nu/curves/internal/conic_fit.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "nu/curves/internal/carrier_plane.h"
 #include "nu/curves/internal/plane_axes.h"

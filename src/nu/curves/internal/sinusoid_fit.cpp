@@ -11,7 +11,6 @@
 #include "nu/engine/least_squares/sinusoid_least_squares.h"
 #include "nu/engine/least_squares/sinusoid_scan.h"
 #include "nu/foundation/constants.h"
-#include "nu/geometry/internal/fit_guards.h"
 
 namespace nu::internal {
 namespace {

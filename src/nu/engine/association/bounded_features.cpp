@@ -24,7 +24,7 @@ double MiddleOfTile(int tile) {
 }
 
 // The slopes and the place of an axis in a chart, and whether its direction has to be turned round.
-bool PlaceAxis(int chart, const AxisFrame& frame, double (&x)[4], bool& isTurned) {
+bool PlaceAxis(int chart, const AxisFrame& frame, double* x, bool& isTurned) {
   const AxisFrame axes = FrameOfChart(chart);
   const Vec3 d{Dot(frame.z, axes.x), Dot(frame.z, axes.y), Dot(frame.z, axes.z)};
   const Vec3 p = axes.Local(frame.origin);
@@ -34,13 +34,6 @@ bool PlaceAxis(int chart, const AxisFrame& frame, double (&x)[4], bool& isTurned
   x[2] = p.x - x[0] * p.z;
   x[3] = p.y - x[1] * p.z;
   return std::fabs(x[0]) <= kMostSlope && std::fabs(x[1]) <= kMostSlope;
-}
-
-void DomainOfAxes(double far, double* low, double* high) {
-  low[0] = low[1] = -kMostSlope;
-  high[0] = high[1] = kMostSlope;
-  low[2] = low[3] = -kSlantedReach * far;
-  high[2] = high[3] = kSlantedReach * far;
 }
 
 // Through the point of the axis next to the origin.
@@ -90,11 +83,14 @@ Feature BoundedSphere::At(int, const double (&x)[kUnknowns], double level) {
   return {FeatureKind::sphere, AxisFrame::Along({x[0], x[1], x[2]}, {0.0, 0.0, 1.0}), {level, 0.0}};
 }
 
-void BoundedCylinder::Domain(double far, double, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
-  DomainOfAxes(far, low, high);
+void BoundedByAxis::Domain(double far, double, double* low, double* high) {
+  low[0] = low[1] = -kMostSlope;
+  high[0] = high[1] = kMostSlope;
+  low[2] = low[3] = -kSlantedReach * far;
+  high[2] = high[3] = kSlantedReach * far;
 }
 
-void BoundedCylinder::UnitBox(double reach, double (&half)[kUnknowns]) {
+void BoundedByAxis::UnitBox(double reach, double* half) {
   half[0] = half[1] = 1.0;
   half[2] = half[3] = reach;
 }
@@ -112,22 +108,20 @@ Feature BoundedCylinder::At(int chart, const double (&x)[kUnknowns], double leve
   return {FeatureKind::cylinder, AxisAt(chart, x[0], x[1], x[2], x[3]), {level, 0.0}};
 }
 
-void BoundedCone::Domain(double far, double, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
-  DomainOfAxes(far, low, high);
+void BoundedCone::Domain(double far, double reach, double* low, double* high) {
+  BoundedByAxis::Domain(far, reach, low, high);
   low[4] = -kRightAngle;
   high[4] = kRightAngle;
 }
 
-void BoundedCone::UnitBox(double reach, double (&half)[kUnknowns]) {
-  half[0] = half[1] = half[4] = 1.0;
-  half[2] = half[3] = reach;
+void BoundedCone::UnitBox(double reach, double* half) {
+  BoundedByAxis::UnitBox(reach, half);
+  half[4] = 1.0;
 }
 
 bool BoundedCone::Place(int chart, const Feature& feature, double (&x)[kUnknowns]) {
   bool isTurned;
-  double axis[4];
-  const bool isIn = PlaceAxis(chart, feature.frame, axis, isTurned);
-  std::copy_n(axis, 4, x);
+  const bool isIn = PlaceAxis(chart, feature.frame, x, isTurned);
   x[4] = isTurned ? -feature.size[1] : feature.size[1];
   return isIn;
 }
@@ -139,24 +133,21 @@ Feature BoundedCone::At(int chart, const double (&x)[kUnknowns], double level) {
   return {FeatureKind::cone, frame, {level / Cos(x[4]), std::fabs(x[4])}};
 }
 
-void BoundedDoubleCone::Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
-  DomainOfAxes(far, low, high);
+void BoundedDoubleCone::Domain(double far, double reach, double* low, double* high) {
+  BoundedCone::Domain(far, reach, low, high);
   low[4] = 0.0;
-  high[4] = kRightAngle;
   low[5] = -reach;
   high[5] = reach;
 }
 
-void BoundedDoubleCone::UnitBox(double reach, double (&half)[kUnknowns]) {
-  half[0] = half[1] = half[4] = 1.0;
-  half[2] = half[3] = half[5] = reach;
+void BoundedDoubleCone::UnitBox(double reach, double* half) {
+  BoundedCone::UnitBox(reach, half);
+  half[5] = reach;
 }
 
 bool BoundedDoubleCone::Place(int chart, const Feature& feature, double (&x)[kUnknowns]) {
   bool isTurned;
-  double axis[4];
-  const bool isIn = PlaceAxis(chart, feature.frame, axis, isTurned);
-  std::copy_n(axis, 4, x);
+  const bool isIn = PlaceAxis(chart, feature.frame, x, isTurned);
   x[4] = feature.size[1];
   const double apex = Dot(feature.frame.origin, feature.frame.z) - feature.size[0] / Tan(feature.size[1]);
   x[5] = isTurned ? -apex : apex;
@@ -170,19 +161,9 @@ Feature BoundedDoubleCone::At(int chart, const double (&x)[kUnknowns], double) {
   return {FeatureKind::cone, frame, {0.0, x[4]}, true};
 }
 
-void BoundedCircle::Domain(double far, double, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
-  DomainOfAxes(far, low, high);
-}
-
-void BoundedCircle::UnitBox(double reach, double (&half)[kUnknowns]) {
-  BoundedCylinder::UnitBox(reach, half);
-}
-
 bool BoundedCircle::Place(int chart, const Feature& feature, double (&x)[kPlace]) {
   bool isTurned;
-  double axis[4];
-  const bool isIn = PlaceAxis(chart, feature.frame, axis, isTurned);
-  std::copy_n(axis, 4, x);
+  const bool isIn = PlaceAxis(chart, feature.frame, x, isTurned);
   x[4] = feature.size[0];
   x[5] = (isTurned ? -1.0 : 1.0) * Dot(feature.frame.origin, feature.frame.z);
   return isIn;

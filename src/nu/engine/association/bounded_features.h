@@ -1,8 +1,6 @@
 #ifndef NU_ENGINE_ASSOCIATION_BOUNDED_FEATURES_H
 #define NU_ENGINE_ASSOCIATION_BOUNDED_FEATURES_H
 
-#include <cmath>
-
 #include "nu/engine/association/feature.h"
 #include "nu/engine/association/first_order.h"
 #include "nu/engine/base/floating_point.h"
@@ -129,10 +127,12 @@ struct BoundedSphere {
   static Feature At(int chart, const double (&x)[kUnknowns], double level);
 };
 
-// What features with an axis share, whose unknowns begin with u, v, a, b.
+// What features with an axis share, whose unknowns begin with u, v, a, b; domain and unit box are those of these four.
 struct BoundedByAxis {
   static constexpr int kCharts = kAxisCharts;
 
+  static void Domain(double far, double reach, double* low, double* high);
+  static void UnitBox(double reach, double* half);
   static int ChartOf(const Feature& feature);
 };
 
@@ -155,8 +155,6 @@ struct BoundedCylinder : BoundedByAxis {
     AxisRadius<T> m_radius;
   };
 
-  static void Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]);
-  static void UnitBox(double reach, double (&half)[kUnknowns]);
   static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
   static Feature At(int chart, const double (&x)[kUnknowns], double level);
 };
@@ -166,9 +164,34 @@ struct BoundedLine : BoundedCylinder {
   static constexpr bool kIsLevelled = false;
 };
 
+// Deviations from a cone, up to a constant: enclosures are of differences alone, and leave out the cosine times a
+// distance in the middle of those of the points. The unknowns begin with u, v, a, b and the semi-angle.
+template<class T>
+class ConeRadius {
+ public:
+  ConeRadius(int chart, const T* x, double reach)
+      : m_frame(FrameOfChart(chart)),
+        m_radius(x[0], x[1], x[2], x[3], reach),
+        m_cosine(Cosine(x[4])),
+        m_sine(Sine(x[4])),
+        m_middle(IsEnclosure(m_cosine) ? m_radius.Middle(reach) : 0.0) {}
+
+  Vec3 Local(const Vec3& point) const { return m_frame.Local(point); }
+  // Of a local point along the axis.
+  T HeightOf(const Vec3& p) const { return m_radius.Direction().Along(p.x, p.y, p.z); }
+  T DeviationAt(const Vec3& p, const T& height) const {
+    return m_cosine * (m_radius.Of(p) - m_middle) - m_sine * height;
+  }
+
+ private:
+  AxisFrame m_frame;
+  AxisRadius<T> m_radius;
+  T m_cosine, m_sine;
+  double m_middle;
+};
+
 // x: u, v, a, b and the semi-angle, negative where the cone narrows along the axis. The deviation is that from the
-// nappe which holds the points, as if it went on beyond the apex; enclosures are of differences alone, and leave out
-// the cosine times a distance in the middle of those of the points.
+// nappe which holds the points, as if it went on beyond the apex.
 struct BoundedCone : BoundedByAxis {
   static constexpr int kUnknowns = 5;
   static constexpr int kComponents = 1;
@@ -178,26 +201,18 @@ struct BoundedCone : BoundedByAxis {
   template<class T>
   class Deviations {
    public:
-    Deviations(int chart, const T (&x)[kUnknowns], double reach)
-        : m_frame(FrameOfChart(chart)),
-          m_radius(x[0], x[1], x[2], x[3], reach),
-          m_cosine(Cosine(x[4])),
-          m_sine(Sine(x[4])),
-          m_middle(IsEnclosure(m_cosine) ? m_radius.Middle(reach) : 0.0) {}
+    Deviations(int chart, const T (&x)[kUnknowns], double reach) : m_cone(chart, x, reach) {}
     T operator()(const Vec3& point) const {
-      const Vec3 p = m_frame.Local(point);
-      return m_cosine * (m_radius.Of(p) - m_middle) - m_sine * m_radius.Direction().Along(p.x, p.y, p.z);
+      const Vec3 p = m_cone.Local(point);
+      return m_cone.DeviationAt(p, m_cone.HeightOf(p));
     }
 
    private:
-    AxisFrame m_frame;
-    AxisRadius<T> m_radius;
-    T m_cosine, m_sine;
-    double m_middle;
+    ConeRadius<T> m_cone;
   };
 
-  static void Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]);
-  static void UnitBox(double reach, double (&half)[kUnknowns]);
+  static void Domain(double far, double reach, double* low, double* high);
+  static void UnitBox(double reach, double* half);
   static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
   static Feature At(int chart, const double (&x)[kUnknowns], double level);
 };
@@ -213,28 +228,19 @@ struct BoundedDoubleCone : BoundedByAxis {
   template<class T>
   class Deviations {
    public:
-    Deviations(int chart, const T (&x)[kUnknowns], double reach)
-        : m_frame(FrameOfChart(chart)),
-          m_radius(x[0], x[1], x[2], x[3], reach),
-          m_cosine(Cosine(x[4])),
-          m_sine(Sine(x[4])),
-          m_apex(x[5]),
-          m_middle(IsEnclosure(m_cosine) ? m_radius.Middle(reach) : 0.0) {}
+    Deviations(int chart, const T (&x)[kUnknowns], double reach) : m_cone(chart, x, reach), m_apex(x[5]) {}
     T operator()(const Vec3& point) const {
-      const Vec3 p = m_frame.Local(point);
-      const T height = m_radius.Direction().Along(p.x, p.y, p.z) - m_apex;
-      return m_cosine * (m_radius.Of(p) - m_middle) - m_sine * Magnitude(height);
+      const Vec3 p = m_cone.Local(point);
+      return m_cone.DeviationAt(p, Magnitude(m_cone.HeightOf(p) - m_apex));
     }
 
    private:
-    AxisFrame m_frame;
-    AxisRadius<T> m_radius;
-    T m_cosine, m_sine, m_apex;
-    double m_middle;
+    ConeRadius<T> m_cone;
+    T m_apex;
   };
 
-  static void Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]);
-  static void UnitBox(double reach, double (&half)[kUnknowns]);
+  static void Domain(double far, double reach, double* low, double* high);
+  static void UnitBox(double reach, double* half);
   static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
   static Feature At(int chart, const double (&x)[kUnknowns], double level);
 };
@@ -281,8 +287,6 @@ struct BoundedCircle : BoundedByAxis {
     T m_radius, m_height;
   };
 
-  static void Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]);
-  static void UnitBox(double reach, double (&half)[kUnknowns]);
   static bool Place(int chart, const Feature& feature, double (&x)[kPlace]);
   static Feature At(int chart, const double (&x)[kPlace], double level);
 };

@@ -2,8 +2,6 @@
 
 #include <cmath>
 
-#include "nu/engine/base/floating_point.h"
-
 namespace nu::engine::association {
 namespace {
 

@@ -1,7 +1,6 @@
 #ifndef NU_ENGINE_ASSOCIATION_BOUNDED_POINTS_H
 #define NU_ENGINE_ASSOCIATION_BOUNDED_POINTS_H
 
-#include <algorithm>
 #include <vector>
 
 #include "nu/engine/base/floating_point.h"

@@ -1,8 +1,6 @@
 #ifndef NU_ENGINE_ASSOCIATION_CERTIFICATE_H
 #define NU_ENGINE_ASSOCIATION_CERTIFICATE_H
 
-#include <cstddef>
-
 #include "nu/engine/association/contact_account.h"
 #include "nu/engine/association/feature.h"
 #include "nu/engine/points/point_view.h"

@@ -1,7 +1,5 @@
 #include "nu/engine/association/constrained_fit.h"
 
-#include <algorithm>
-
 #include "nu/engine/association/scaled_fit.h"
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/base/floating_point.h"

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <limits>
 #include <vector>
 
 #include "nu/engine/association/constrained_fit.h"

@@ -2,7 +2,6 @@
 #define NU_ENGINE_BASE_EXACT_SUM_H
 
 #include <array>
-#include <cmath>
 
 #include "nu/engine/base/double_double.h"
 

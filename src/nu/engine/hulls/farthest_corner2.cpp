@@ -1,6 +1,5 @@
 #include "nu/engine/hulls/farthest_corner2.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include "nu/engine/base/floating_point.h"

@@ -2,7 +2,6 @@
 #define NU_ENGINE_HULLS_HULL3_H
 
 #include <array>
-#include <cstddef>
 #include <vector>
 
 #include "nu/engine/hulls/orientation3.h"

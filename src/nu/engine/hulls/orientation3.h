@@ -1,7 +1,6 @@
 #ifndef NU_ENGINE_HULLS_ORIENTATION3_H
 #define NU_ENGINE_HULLS_ORIENTATION3_H
 
-#include <algorithm>
 #include <cmath>
 
 #include "nu/engine/base/double_double.h"

@@ -1,6 +1,5 @@
 #include "nu/engine/least_squares/fourier_sums.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <numbers>

@@ -2,7 +2,6 @@
 
 #include <limits>
 
-#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/surface_kernels.h"
 #include "nu/engine/points/point_sample.h"
 #include "nu/engine/shapes/axis_frame.h"

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <new>
 
 #include "nu/engine/base/floating_point.h"

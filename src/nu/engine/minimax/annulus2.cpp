@@ -1,7 +1,5 @@
 #include "nu/engine/minimax/annulus2.h"
 
-#include <algorithm>
-
 #include "nu/engine/base/floating_point.h"
 #include "nu/engine/hulls/grid2.h"
 #include "nu/engine/minimax/annulus_exchange.h"

@@ -119,22 +119,8 @@ ConeLanes<kBothNappes> LanesOf(const ConeDistance& m) {
   return {m.frame, m.cosine, m.sine, m.radius, 0.0, 0.0};
 }
 
-NU_KERNEL void FindEach(const PointBlock& block, const ConeLanes<false>& surface, double* deviation, double& smallest,
-                        double& largest) {
-  EachDeviationBody(block, surface, deviation, smallest, largest);
-}
-NU_KERNEL void FindEach(const PointBlock& block, const ConeLanes<true>& surface, double* deviation, double& smallest,
-                        double& largest) {
-  EachDeviationBody(block, surface, deviation, smallest, largest);
-}
-NU_KERNEL void FindGradients(const PointBlock& block, const ConeLanes<false>& surface, const double (&factor)[K],
-                             double* deviation, double (*gradient)[kMostRows]) {
-  GradientsBody(block, surface, factor, deviation, gradient);
-}
-NU_KERNEL void FindGradients(const PointBlock& block, const ConeLanes<true>& surface, const double (&factor)[K],
-                             double* deviation, double (*gradient)[kMostRows]) {
-  GradientsBody(block, surface, factor, deviation, gradient);
-}
+NU_DISTANCE_KERNELS(ConeLanes<false>)
+NU_DISTANCE_KERNELS(ConeLanes<true>)
 
 template<bool kBothNappes>
 NU_ALWAYS_INLINE void ExtremesBody(const PointBlock& block, const ConeLanes<kBothNappes>& given, Extremes& found) {

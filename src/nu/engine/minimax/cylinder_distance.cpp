@@ -43,22 +43,8 @@ struct AxisLanes {
   AxisFrame frame;
 };
 
-NU_KERNEL void FindEach(const PointBlock& block, const AxisLanes& axis, double* deviation, double& smallest,
-                        double& largest) {
-  EachDeviationBody(block, axis, deviation, smallest, largest);
-}
-NU_KERNEL void FindEach(const PointBlock& block, const CylinderLanes& surface, double* deviation, double& smallest,
-                        double& largest) {
-  EachDeviationBody(block, surface, deviation, smallest, largest);
-}
-NU_KERNEL void FindGradients(const PointBlock& block, const AxisLanes& axis, const double (&factor)[4],
-                             double* deviation, double (*gradient)[kMostRows]) {
-  GradientsBody(block, axis, factor, deviation, gradient);
-}
-NU_KERNEL void FindGradients(const PointBlock& block, const CylinderLanes& surface, const double (&factor)[5],
-                             double* deviation, double (*gradient)[kMostRows]) {
-  GradientsBody(block, surface, factor, deviation, gradient);
-}
+NU_DISTANCE_KERNELS(AxisLanes)
+NU_DISTANCE_KERNELS(CylinderLanes)
 
 struct Reach {
   double low = kInfinity;  // along the axis

@@ -32,6 +32,18 @@ NU_ALWAYS_INLINE void GradientsBody(const PointBlock& block, const Surface& surf
   RowsBody(block, 0, block.size, surface, factor, to, deviation);
 }
 
+// The two kernels of a surface, as functions of their own: templates have no clones for wider registers.
+#define NU_DISTANCE_KERNELS(Surface)                                                                            \
+  NU_KERNEL void FindEach(const PointBlock& block, const Surface& surface, double* deviation, double& smallest, \
+                          double& largest) {                                                                    \
+    EachDeviationBody(block, surface, deviation, smallest, largest);                                            \
+  }                                                                                                             \
+  NU_KERNEL void FindGradients(const PointBlock& block, const Surface& surface,                                 \
+                               const double(&factor)[Surface::kUnknowns], double* deviation,                    \
+                               double(*gradient)[kMostRows]) {                                                  \
+    GradientsBody(block, surface, factor, deviation, gradient);                                                 \
+  }
+
 // The extreme deviations of all points from a model of minimax.h.
 struct DeviationRange {
   double smallest = kInfinity;

@@ -55,15 +55,7 @@ struct CentreLanes {
   AxisFrame frame;
 };
 
-NU_KERNEL void FindEach(const PointBlock& block, const CentreLanes& centre, double* distance, double& smallest,
-                        double& largest) {
-  EachDeviationBody(block, centre, distance, smallest, largest);
-}
-
-NU_KERNEL void FindGradients(const PointBlock& block, const CentreLanes& centre, double* distance,
-                             double (*gradient)[kMostRows]) {
-  GradientsBody(block, centre, {-1.0, -1.0, -1.0}, distance, gradient);
-}
+NU_DISTANCE_KERNELS(CentreLanes)
 
 // What a step out of the ball that holds all points leads to: no step is taken whose deviations are NaN.
 constexpr Vec3 kNowhere{kQuietNaN, kQuietNaN, kQuietNaN};
@@ -81,7 +73,7 @@ struct CentreDistance {
     FindEach(block, CentreLanes{frame}, deviation, smallest, largest);
   }
   void Gradients(const PointBlock& block, double* deviation, double (*gradient)[kMostRows]) const {
-    FindGradients(block, CentreLanes{frame}, deviation, gradient);
+    FindGradients(block, CentreLanes{frame}, {-1.0, -1.0, -1.0}, deviation, gradient);
   }
   void AddCurvature(const Vec3& point, double weight, double (&sum)[kUnknowns][kUnknowns]) const {
     const Vec3 q = frame.Local(point);

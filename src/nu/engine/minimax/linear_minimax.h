@@ -2,7 +2,6 @@
 #define NU_ENGINE_MINIMAX_LINEAR_MINIMAX_H
 
 #include <algorithm>
-#include <cmath>
 
 #include "nu/engine/base/floating_point.h"
 #include "nu/engine/minimax/minimax_rows.h"

@@ -58,15 +58,7 @@ struct ShellLanes {
   double bend;
 };
 
-NU_KERNEL void FindEach(const PointBlock& block, const ShellLanes& shell, double* deviation, double& smallest,
-                        double& largest) {
-  EachDeviationBody(block, shell, deviation, smallest, largest);
-}
-
-NU_KERNEL void FindGradients(const PointBlock& block, const ShellLanes& shell, const double (&factor)[4],
-                             double* deviation, double (*gradient)[kMostRows]) {
-  GradientsBody(block, shell, factor, deviation, gradient);
-}
+NU_DISTANCE_KERNELS(ShellLanes)
 
 struct ShellModel {
   static constexpr int kUnknowns = ShellLanes::kUnknowns;

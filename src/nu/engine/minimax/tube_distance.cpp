@@ -77,15 +77,7 @@ struct TubeLanes {
   double bend;
 };
 
-NU_KERNEL void FindEach(const PointBlock& block, const TubeLanes& tube, double* distance, double& smallest,
-                        double& largest) {
-  EachDeviationBody(block, tube, distance, smallest, largest);
-}
-
-NU_KERNEL void FindGradients(const PointBlock& block, const TubeLanes& tube, const double (&factor)[6],
-                             double* distance, double (*gradient)[kMostRows]) {
-  GradientsBody(block, tube, factor, distance, gradient);
-}
+NU_DISTANCE_KERNELS(TubeLanes)
 
 }  // namespace
 

@@ -1,7 +1,6 @@
 #include "nu/engine/points/mean.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 
 #include "nu/engine/base/error_free.h"

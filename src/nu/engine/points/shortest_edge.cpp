@@ -6,7 +6,6 @@
 #include <cfloat>
 #include <cstddef>
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 #include "nu/engine/base/elementary.h"

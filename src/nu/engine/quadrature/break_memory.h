@@ -1,7 +1,6 @@
 #ifndef NU_ENGINE_QUADRATURE_BREAK_MEMORY_H
 #define NU_ENGINE_QUADRATURE_BREAK_MEMORY_H
 
-#include <cstddef>
 #include <vector>
 
 #include "nu/engine/quadrature/quadrature.h"

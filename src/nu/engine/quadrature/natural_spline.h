@@ -1,7 +1,6 @@
 #ifndef NU_ENGINE_QUADRATURE_NATURAL_SPLINE_H
 #define NU_ENGINE_QUADRATURE_NATURAL_SPLINE_H
 
-#include <cstddef>
 #include <vector>
 
 #include "nu/engine/rooms.h"

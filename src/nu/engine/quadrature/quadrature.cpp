@@ -1,11 +1,9 @@
 #include "nu/engine/quadrature/quadrature.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <new>
 #include <optional>
-#include <span>
 #include <utility>
 #include <vector>
 

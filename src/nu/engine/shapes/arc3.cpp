@@ -12,7 +12,6 @@
 
 #include <vector>
 
-#include "nu/engine/base/elementary.h"
 #include "nu/engine/roots/trig_roots.h"
 #include "nu/foundation/constants.h"
 

@@ -1,7 +1,5 @@
 #include "nu/engine/shapes/conic_equation.h"
 
-#include <algorithm>
-
 namespace nu::engine::shapes {
 namespace {
 

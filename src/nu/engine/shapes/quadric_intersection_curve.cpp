@@ -2,7 +2,6 @@
 
 #include <cfloat>
 
-#include "nu/engine/base/elementary.h"
 #include "nu/engine/base/floating_point.h"
 #include "nu/engine/shapes/quadric_equation.h"
 #include "nu/engine/shapes/vec2.h"

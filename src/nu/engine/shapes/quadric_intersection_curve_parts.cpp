@@ -1,8 +1,6 @@
 // Parts and samples of a curve in which quadrics meet. Between two samples it is no longer than kBulge times their
 // distance, as its stretches turn little; so it stays on its side of a border to which both are farther than that.
 
-#include <cfloat>
-
 #include "nu/engine/shapes/quadric_intersection_curve.h"
 
 namespace nu::engine::shapes {
