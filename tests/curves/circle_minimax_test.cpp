@@ -246,6 +246,22 @@ TEST(ZoneCircle, AgreesWithAllSupportSets) {
   }
 }
 
+// Corners of rhombi of any size and place. Parallel sides are bisected by parallel lines, which meet only by rounding.
+TEST(ZoneCircle, OfRhombiIsAboutTheirMiddle) {
+  Random random(508);
+  for (int run = 0; run < 2000; ++run) {
+    const double a = std::pow(10.0, random.Uniform(-3.0, 6.0)), b = a * random.Uniform(1.01, 1.5);
+    const CNuPoint middle(random.Uniform(-1e6, 1e6), random.Uniform(-1e6, 1e6), random.Uniform(-1e6, 1e6));
+    const CNuPoint toCorner = run % 2 == 0 ? CNuPoint(a, 0.0) : CNuPoint(0.6 * a, 0.8 * a);
+    const CNuPoint toOther(-b / a * toCorner.y(), b / a * toCorner.x());
+    CNuCircle circle(7.0);
+    double form = -1.0;
+    circle.FitMinZone(PointsOf({middle - toCorner, middle + toCorner, middle - toOther, middle + toOther}), &form,
+                      1e-12, 1000);
+    ASSERT_NEAR(form, b - a, 4.0 * kEps * (1e6 + b)) << run << " " << a << " " << b;
+  }
+}
+
 // Ellipses 10 : b with b above 10 / 3 have the annulus about their centre. Around longer ones annuli become narrower
 // the farther away their centres are: without end where parallel sides of the hull, here with an even number of points,
 // hold the strip.
