@@ -40,6 +40,7 @@ class WedgeSearch {
   // False where every wedge has a larger range.
   bool MayFind() {
     std::vector<Square> faces;
+    faces.reserve(6);
     for (int face = 0; face < 6; ++face) faces.push_back(Seen({face}));
     for (std::size_t i = 0; i < faces.size(); ++i)
       for (std::size_t j = i; j < faces.size(); ++j) m_pairs.push_back({faces[i], faces[j]});

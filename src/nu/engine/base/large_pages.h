@@ -24,7 +24,7 @@ struct LargePageAllocator {
 
   T* allocate(std::size_t count) {
     T* block = std::allocator<T>().allocate(count);
-    AdviseLargePages(block, count * sizeof(T));
+    AdviseLargePages(block, count * sizeof(T));  // NOLINT(bugprone-sizeof-expression): elements may be pointers
     return block;
   }
   void deallocate(T* block, std::size_t count) noexcept { std::allocator<T>().deallocate(block, count); }

@@ -59,7 +59,8 @@ class PassingPieces {
     constexpr int kOrder[9] = {4, 1, 3, 5, 7, 0, 2, 6, 8};  // the own cell first
     for (const int k : kOrder) {
       if (m_pieces.empty()) break;
-      const int piece = m_pieces[CellOf({p.x + (k % 3 - 1) * m_cell, p.y + (k / 3 - 1) * m_cell})];
+      const int column = k % 3 - 1, row = k / 3 - 1;
+      const int piece = m_pieces[CellOf({p.x + column * m_cell, p.y + row * m_cell})];
       if (piece >= 0 && chain[Index(piece)].DistanceTo(p) < distance) return piece;
     }
     return -1;

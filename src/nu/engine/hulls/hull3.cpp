@@ -288,7 +288,7 @@ void Hull3::PlaceOnAnyFace(int point) {
 // grows on all sides alike: one half of two rings, done before the other, would hang on few corners of that in fans, of
 // which every further point sees a large part.
 bool Hull3::Grow() {
-  for (std::size_t i = 0; i < m_open.size(); ++i) {
+  for (std::size_t i = 0; i < m_open.size(); ++i) {  // NOLINT(modernize-loop-convert): it grows
     const int f = m_open[i];
     if (!m_faces[f].isAlive || m_outside[f].first < 0) continue;
     // Rounded heights may all vanish where exact ones do not.

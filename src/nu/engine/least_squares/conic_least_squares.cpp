@@ -79,9 +79,9 @@ NU_ALWAYS_INLINE void ProductsBody(const PointBlock& block, const ConicView& giv
     }
   }
   double* out = sums;
-  for (int j = 0; j < kTriangle; ++j) *out++ = Sum(metric[j]);
-  for (int j = 0; j < kTriangle; ++j) *out++ = Sum(bend[j]);
-  for (int j = 0; j < kConicUnknowns; ++j) *out++ = Sum(gradient[j]);
+  for (const Lanes& sum : metric) *out++ = Sum(sum);
+  for (const Lanes& sum : bend) *out++ = Sum(sum);
+  for (const Lanes& sum : gradient) *out++ = Sum(sum);
   found = {Sum(square), Smallest(smallest), Largest(largest)};
 }
 

@@ -297,10 +297,8 @@ bool AnnulusExchange::IsProven() const {
   const double within = 2.0 * sharpness * m_extremes.inner / (1.0 + 2.0 * sharpness);
   const double mean = 0.5 * (m_extremes.outer + m_extremes.inner);
   const double perCoverage = mean * within / (mean + within);
-  for (const std::size_t step : {kSample / 16, std::size_t{1}}) {
-    if (Coverage(step) * perCoverage >= kMargin * 2.0 * width) return true;
-  }
-  return false;
+  const auto covers = [&](std::size_t step) { return Coverage(step) * perCoverage >= kMargin * 2.0 * width; };
+  return covers(kSample / 16) || covers(1);
 }
 
 Annulus AnnulusExchange::Found() const {

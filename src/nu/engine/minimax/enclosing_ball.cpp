@@ -82,7 +82,7 @@ NU_ALWAYS_INLINE void FarthestBody(const PointBlock& block, const Gauge<D>& give
     SquareFrom(gauge.centre, u, s);
     place = s > largest ? static_cast<double>(i) - Lanes{} : place;
     largest = s > largest ? s : largest;
-    lost += s - s;
+    lost += s - s;  // NOLINT(misc-redundant-expression): NaN where s is not finite
   }
   reach.square = Largest(largest);
   reach.nonFinite = Sum(lost);

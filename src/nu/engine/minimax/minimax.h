@@ -93,6 +93,7 @@ class Minimax {
   // Those that have mattered so far.
   std::vector<Vec3> KnownPoints() const {
     std::vector<Vec3> known;
+    known.reserve(static_cast<std::size_t>(m_points.Size()));
     for (int row = 0; row < m_points.Size(); ++row) known.push_back(m_points.Point(row));
     return known;
   }

@@ -35,7 +35,7 @@ NU_KERNEL void FindExtremes(const PointBlock& block, const Vec3& centre, LaneExt
     far = s > far ? s : far;
     nearPlace = s < near ? place : nearPlace;
     near = s < near ? s : near;
-    lost += s - s;
+    lost += s - s;  // NOLINT(misc-redundant-expression): NaN where s is not finite
   }
   found = {Largest(far), Smallest(near), block.size - 1, block.size - 1, Sum(lost)};
   // Lanes beyond the last point are copies of it.

@@ -121,7 +121,8 @@ class Richardson {
     Row now{Dual{term, m_sign * error}};
     const std::size_t columns = std::min(m_count + 1, kColumns);
     for (std::size_t column = 0; column < columns; ++column) {
-      const double r = Pow(0.5, m_power + static_cast<double>(column / 2));
+      const std::size_t pair = column / 2;
+      const double r = Pow(0.5, m_power + static_cast<double>(pair));
       m_estimate[column + 1] = m_estimate[column] + (r / (1.0 - r)) * now[column];
       if (column < m_count) now[column + 1] = (1.0 / (1.0 - r)) * (now[column] - r * m_term[column]);
     }

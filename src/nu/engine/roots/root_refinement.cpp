@@ -228,7 +228,7 @@ bool RefineRoots(const Coefficients& p, const Coefficients& reversed, double eno
     going = false;
     ForAllValues(p, reversed, roots, count, active, [&](int i, bool outer, const Values& v) {
       const double ratio = RatioOf(v);
-      active[i] = 0.0;
+      active[i] = 0.0;  // NOLINT(clang-analyzer-core.NullDereference): never null, unlike elsewhere in ForAllValues
       if (ratio < ratios[i]) {
         ratios[i] = ratio;
         bestRe[i] = roots[i].re;

@@ -203,10 +203,8 @@ bool ComesToApex(const Wave2& a, const Wave2& h, double tol) {
   if (!(least > 0.0)) return true;
   const double u = middle > 0.0 ? Atan2(-h.slope, h.versed) : Atan2(h.slope, -h.versed);
   const double nearby = std::fmin(std::sqrt(2.0 * least / amplitude), Nu_PI);
-  for (const double v : {u - nearby, u, u + nearby}) {
-    if (2.0 * std::fabs(h.At(v)) <= tol * std::fabs(a.At(v))) return true;
-  }
-  return false;
+  const auto isWithin = [&](double v) { return 2.0 * std::fabs(h.At(v)) <= tol * std::fabs(a.At(v)); };
+  return isWithin(u - nearby) || isWithin(u) || isWithin(u + nearby);
 }
 
 }  // namespace

@@ -77,10 +77,10 @@ class Tracer {
   }
 
   bool Trace() {
-    for (std::size_t i = 0; i < m_seeds.size(); ++i) {
-      if (m_seeds[i].isDone || NodeNextTo(m_seeds[i].spot)) continue;
-      m_seeds[i].isDone = true;
-      if (!TraceFrom(m_seeds[i].spot)) return false;
+    for (Seed& seed : m_seeds) {
+      if (seed.isDone || NodeNextTo(seed.spot)) continue;
+      seed.isDone = true;
+      if (!TraceFrom(seed.spot)) return false;
     }
     return true;
   }
