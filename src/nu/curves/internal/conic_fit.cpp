@@ -132,14 +132,24 @@ ConicStarts StartFromSample(ConicKind kind, PointView points, const Vec3& origin
   return starts;
 }
 
-// A fit that ends at once where the sum of squares is too large.
+// After so many steps none of which lowered the sum of squares by this part, only rounding errors move the conic.
+constexpr int kMostIdleSteps = 32;
+constexpr double kIdleGain = 1e-12;
+
+// A fit that ends at once where the sum of squares is too large, or when it no longer falls.
 struct BoundedFit {
   ConicLeastSquares& fit;
   double mostSquares;
+  double leastSquares = std::numeric_limits<double>::infinity();
+  int idleSteps = 0;
 
   GaussNewtonStep SolveStep() {
     GaussNewtonStep step = fit.SolveStep();
-    step.solvable = step.solvable && fit.SumSquares() <= mostSquares;
+    const double sum = fit.SumSquares();
+    const bool falls = sum < (1.0 - kIdleGain) * leastSquares;
+    idleSteps = falls ? 0 : idleSteps + 1;
+    if (falls) leastSquares = sum;
+    step.solvable = step.solvable && sum <= mostSquares && idleSteps <= kMostIdleSteps;
     return step;
   }
   void TakeStep() { fit.TakeStep(); }
