@@ -29,8 +29,16 @@ constexpr int kManySteps = 4;
 constexpr int kLowPeriods = 2;
 constexpr std::size_t kLowSamples = 1024;
 
-// So many frequencies, 2 fewer than a power of two, take three grids of 8 MB each, which stay in a large cache.
-constexpr std::size_t kBand = (std::size_t{1} << 18) - 2;
+// So many frequencies, 2 fewer than a power of two, take three grids of 8 MB each, which stay in a large cache. Each
+// band passes over all samples: more than so many bands would take a time that is quadratic in the samples.
+constexpr std::size_t kBand = std::size_t{1} << 18;
+constexpr std::size_t kMostBands = 16;
+
+std::size_t BandFor(std::size_t count) {
+  std::size_t band = kBand;
+  while (band * kMostBands < count) band *= 2;
+  return band - 2;
+}
 
 // A step of the scan can miss this much of what the best wave explains, and noise moves it from where the scan over a
 // part of the samples saw it.
@@ -192,8 +200,9 @@ std::vector<std::size_t> BestMultiples(const WaveSamples& samples, double step, 
   }
   Peaks peaks(few ? 0.0 : kClose);
   peaks.Add(parts);
-  for (std::size_t first = low; first < count; first += kBand) {
-    parts.resize(std::min(count - first, kBand));
+  const std::size_t most = BandFor(count);
+  for (std::size_t first = low; first < count; first += most) {
+    parts.resize(std::min(count - first, most));
     const Band band(samples, step, first, parts.size());
     band.ExplainedParts(first, parts);
     peaks.Add(parts);
