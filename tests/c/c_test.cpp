@@ -287,6 +287,76 @@ TEST(C, RelationsThatDoNotExistFail) {
   EXPECT_EQ(i, nullptr);
 }
 
+TEST(C, RelationsHoldInEitherOrder) {
+  std::vector<nu_feature> features;
+  for (const int kind : {NU_KIND_POINT, NU_KIND_LINE, NU_KIND_PLANE, NU_KIND_CIRCLE, NU_KIND_SPHERE, NU_KIND_CYLINDER,
+                         NU_KIND_CONE, NU_KIND_TORUS}) {
+    nu_feature f = Kind(kind);
+    f.point[0] = 0.3 * kind, f.point[1] = -7.0;
+    f.direction[0] = 0.01 * kind, f.direction[2] = 1.0;
+    f.size[0] = 2.0, f.size[1] = 1.0;
+    ASSERT_EQ(nu_feature_normalise(&f), NU_STATUS_OK);
+    features.push_back(f);
+  }
+  const auto expectSame = [](nu_status one, nu_status other, const auto& a, const auto& b) {
+    EXPECT_EQ(one, other);
+    if (one == NU_STATUS_OK) {
+      EXPECT_NEAR(a, b, 1e-12);
+    }
+  };
+  int answers = 0;
+  for (const nu_feature& a : features) {
+    for (const nu_feature& b : features) {
+      double ab = 0.0, ba = 0.0;
+      const nu_status status = nu_feature_distance(&a, &b, &ab);
+      expectSame(status, nu_feature_distance(&b, &a, &ba), ab, ba);
+      expectSame(nu_feature_angle(&a, &b, &ab), nu_feature_angle(&b, &a, &ba), ab, ba);
+      int32_t isOne = 0, isOther = 0;
+      expectSame(nu_feature_is_parallel(&a, &b, 1.0, &isOne), nu_feature_is_parallel(&b, &a, 1.0, &isOther), isOne,
+                 isOther);
+      answers += status == NU_STATUS_OK ? 1 : 0;
+      for (const int kind : {NU_KIND_POINT, NU_KIND_LINE, NU_KIND_PLANE}) {
+        nu_feature middle{}, other{};
+        const nu_status found = nu_feature_middle(&a, &b, kind, &middle);
+        expectSame(found, nu_feature_middle(&b, &a, kind, &other), 0.0, 0.0);
+        if (found != NU_STATUS_OK || kind != NU_KIND_POINT) continue;
+        expectSame(nu_feature_distance(&middle, &a, &ab), nu_feature_distance(&middle, &b, &ba), ab, ba);
+      }
+    }
+  }
+  EXPECT_EQ(answers, 25);  // as the header counts them
+}
+
+// A fixed parameter is what the fit has, and a released one is found again.
+TEST(C, ParametersAreFixedAndReleased) {
+  Handles h(NU_CRITERION_LEAST_SQUARES);
+  const double radius = 4.5, tilted[] = {0.6, 0.0, 0.8}, place[] = {0.125, 0.0, 0.0};
+  const auto fit = [&] {
+    nu_feature found = Kind(NU_KIND_CYLINDER);
+    EXPECT_EQ(nu_association_fit(h.association, NU_CRITERION_LEAST_SQUARES, &found, nullptr), NU_STATUS_OK);
+    return found;
+  };
+  ASSERT_EQ(nu_association_fix(h.association, NU_PARAMETER_RADIUS, &radius), NU_STATUS_OK);
+  EXPECT_EQ(fit().size[0], radius);
+  EXPECT_EQ(nu_association_release(h.association, NU_PARAMETER_RADIUS), NU_STATUS_OK);
+  ASSERT_EQ(nu_association_fix(h.association, NU_PARAMETER_DIRECTION, tilted), NU_STATUS_OK);
+  for (int k = 0; k < 3; ++k) EXPECT_NEAR(fit().direction[k], tilted[k], 1e-15);
+  EXPECT_EQ(nu_association_release(h.association, NU_PARAMETER_DIRECTION), NU_STATUS_OK);
+  ASSERT_EQ(nu_association_fix(h.association, NU_PARAMETER_POINT, place), NU_STATUS_OK);
+  nu_feature axis = fit(), point = Kind(NU_KIND_POINT);
+  axis.kind = NU_KIND_LINE;
+  point.point[0] = place[0];
+  double away = 1.0;
+  EXPECT_EQ(nu_feature_distance(&point, &axis, &away), NU_STATUS_OK);
+  EXPECT_LT(away, 1e-15);
+  EXPECT_EQ(nu_association_release(h.association, NU_PARAMETER_POINT), NU_STATUS_OK);
+  for (const int parameter : {NU_PARAMETER_MAJOR_RADIUS, NU_PARAMETER_SEMI_ANGLE}) {
+    ASSERT_EQ(nu_association_fix(h.association, parameter, &radius), NU_STATUS_OK);
+    EXPECT_EQ(nu_association_release(h.association, parameter), NU_STATUS_OK);
+  }
+  EXPECT_TRUE(AreSame(fit(), h.cylinder));
+}
+
 // What results.c leaves out.
 TEST(C, TheRestIsThatOfTheClasses) {
   Handles h(NU_CRITERION_LEAST_SQUARES);
