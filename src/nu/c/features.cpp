@@ -158,7 +158,7 @@ nu_status nu_feature_angle(const nu_feature* first, const nu_feature* second, do
 
 nu_status nu_feature_is_parallel(const nu_feature* first, const nu_feature* second, double tol, int32_t* is_parallel) {
   return Give(is_parallel, "is_parallel is null", [&] {
-    const auto parallel = [tol](const auto& a, const auto& b) -> decltype(a.IsParallelTo(b, tol)) {
+    const auto parallel = [tol](const auto& a, const auto& b) -> decltype(a.IsParallelTo(b, 0.0)) {
       return a.IsParallelTo(b, tol);
     };
     return EitherWay<ENuBoolean>(first, second, "nu_feature_is_parallel", parallel) != NuFalse ? 1 : 0;
