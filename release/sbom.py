@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """sbom.py [OUTPUT.json]: the bill of materials of the library as CycloneDX 1.5.
 
-The library needs the C++ standard library, with the C library under it, and nothing else; what its sources include is checked against that. The hash
-is that of the sources as they are committed.
+The library needs the C++ standard library, with the C library under it, and nothing else; what its sources include is
+checked against that. The hash is that of the sources as they are committed.
 """
 import datetime
 import hashlib

@@ -1,5 +1,6 @@
 #include "identity.h"
 
+#include <ctime>
 #include <string_view>
 
 #include "build_flags.h"
@@ -84,7 +85,11 @@ std::string Flags() {
 }  // namespace
 
 std::vector<std::pair<std::string, std::string>> Identity() {
-  return {{"library", "Nu " + std::to_string(NuMajorVersionLabel) + "." + std::to_string(NuMinorVersionLabel) + "." +
+  const std::time_t now = std::time(nullptr);
+  char date[32];
+  std::strftime(date, sizeof date, "%Y-%m-%d %H:%M UTC", std::gmtime(&now));
+  return {{"date", date},
+          {"library", "Nu " + std::to_string(NuMajorVersionLabel) + "." + std::to_string(NuMinorVersionLabel) + "." +
                           std::to_string(NuBuildVersionLabel)},
           {"platform", Platform()},
           {"compiler", Compiler()},

@@ -148,6 +148,30 @@ Options Parse(int argc, char** argv) {
   return options;
 }
 
+// The reference sets have deviations down to 3e-8 of their size. Places up to this many sizes away leave them above the
+// rounding of the coordinates.
+void RequireResolved(const Part& part) {
+  constexpr double kSizes = 1e8;
+  char text[200];
+  if (part.size < kSizes * NuGetLengthTol()) {
+    std::snprintf(text, sizeof text,
+                  "--size: %g %s is too small, as the library takes coordinates within %g %s for equal; from %g %s on, "
+                  "sizes are judged",
+                  part.size, part.unit->name, NuGetLengthTol(), part.unit->name, kSizes * NuGetLengthTol(),
+                  part.unit->name);
+    throw std::runtime_error(text);
+  }
+  if (std::fabs(part.offset) > kSizes * part.size) {
+    std::snprintf(text, sizeof text,
+                  "--offset: at %g %s doubles are %.1g %s apart, too coarse for a part of %g %s; offsets up to 1e8 "
+                  "sizes are judged",
+                  part.offset, part.unit->name,
+                  std::nextafter(std::fabs(part.offset), HUGE_VAL) - std::fabs(part.offset), part.unit->name, part.size,
+                  part.unit->name);
+    throw std::runtime_error(text);
+  }
+}
+
 std::string VersionText() {
   return "nu-selftest, on Nu " + std::to_string(NuMajorVersionLabel) + "." + std::to_string(NuMinorVersionLabel) + "." +
          std::to_string(NuBuildVersionLabel) + "\n";
@@ -187,6 +211,7 @@ int main(int argc, char** argv) {
     const Options options = Parse(argc, argv);
     if (options.isHelp) return std::fputs(kHelp, stdout), 0;
     if (options.isVersion) return std::fputs(VersionText().c_str(), stdout), 0;
+    if (options.published.paths.empty()) RequireResolved(options.part);
     const Statement statement = Judge(options);
     std::fputs(Text(statement).c_str(), stdout);
     Write(options.json, JsonText(statement));

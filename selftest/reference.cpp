@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <exception>
 #include <map>
@@ -51,6 +52,14 @@ const AnyFit* FitFor(const Set& set) {
   return found == kClasses.end() ? nullptr : &nu::test::TheFit(found->second, kCriteria.at(set.Criterion()));
 }
 
+// As the statement calls it. Angles are lengths there.
+std::string NameOf(std::string what) {
+  if (what == "sumsq") return "sum of squares [um2]";
+  if (what == "semi_angle_rad") return "semi-angle";
+  std::replace(what.begin(), what.end(), '_', ' ');
+  return what;
+}
+
 // Adds the measures of a fit to a section, as micrometres of a part of this size.
 void Score(const Set& set, const AnyFit& fit, const Placement& placement, bool full, double size, double micrometres,
            Section& section) {
@@ -59,7 +68,7 @@ void Score(const Set& set, const AnyFit& fit, const Placement& placement, bool f
   const auto add = [&](const nu::test::Measure& m) {
     const bool isSum = std::string("sumsq") == m.what;
     const double scale = m.isAngle ? 0.5 * size * micrometres : isSum ? micrometres * micrometres : micrometres;
-    section.Add(set.Feature(), criterion, isSum ? "sumsq [um2]" : m.what, set.name, m.error * scale, m.bound * scale);
+    section.Add(set.Feature(), criterion, NameOf(m.what), set.name, m.error * scale, m.bound * scale);
   };
   try {
     const Fitted fitted = FitOfSet(set.json, fit, placement);
@@ -228,6 +237,7 @@ Section CheckReferenceSets(Progress& progress) {
       ScoreAtBothTolerances(set, *fit, {}, 2.0 * set.json["size"].Number(), kMillimetre.micrometres, section);
     progress.Step();
   }
+  section.SortRows();
   return section;
 }
 
@@ -240,6 +250,7 @@ Section CheckAtPart(const Part& part, Progress& progress) {
       ScoreAtBothTolerances(set, *fit, PlacementOf(set, part), part.size, part.unit->micrometres, section);
     progress.Step();
   }
+  section.SortRows();
   return section;
 }
 
@@ -258,5 +269,6 @@ Section CheckCertificates(const Part& part, Progress& progress) {
   if (!unresolved.empty())
     section.Remark("Not proven, as coordinates at this place are rounded to more than 1/4096 of half of their zone:" +
                    unresolved + ".");
+  section.SortRows();
   return section;
 }

@@ -65,7 +65,7 @@ std::string Text(const Statement& statement) {
     text += "\n" + section.Title() + ": " + Verdict(section) + "\n  " + section.Note() + "\n";
     if (!section.Rows().empty()) {
       text += "\n  " + Padded("feature", 14) + Padded("criterion", 28) + Padded("quantity", 24) + Padded("cases", 7) +
-              Padded("worst [um]", 12) + Padded("bound [um]", 12) + Padded("used", 8) + "worst case\n";
+              Padded("error [um]", 12) + Padded("bound [um]", 12) + Padded("used", 8) + "worst case\n";
     }
     for (const Row& row : section.Rows()) {
       text += "  " + Padded(row.feature, 14) + Padded(row.criterion, 28) + Padded(row.quantity, 24) +
@@ -146,7 +146,7 @@ std::string HtmlText(const Statement& statement) {
             Escaped(Verdict(section), true) + ".</b></p>\n";
     if (!section.Rows().empty()) {
       page += table +
-              "<tr><th>feature</th><th>criterion</th><th>quantity</th><th>cases</th><th>worst [um]</th>"
+              "<tr><th>feature</th><th>criterion</th><th>quantity</th><th>cases</th><th>error [um]</th>"
               "<th>bound [um]</th><th>used</th><th>worst case</th></tr>\n";
     }
     for (const Row& row : section.Rows()) {

@@ -25,12 +25,13 @@ bool IsTerminal() {
 
 void Section::Add(const std::string& feature, const std::string& criterion, const std::string& quantity,
                   const std::string& name, double error, double bound) {
-  constexpr double kNoBound = std::numeric_limits<double>::infinity();
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   auto row = std::find_if(m_rows.begin(), m_rows.end(), [&](const Row& r) {
     return r.feature == feature && r.criterion == criterion && r.quantity == quantity;
   });
   if (row == m_rows.end()) row = m_rows.insert(row, {feature, criterion, quantity, 0, 0.0, 0.0, 0.0, 0.0, ""});
-  const double ratio = !(error <= bound) ? kNoBound : error == 0.0 ? 0.0 : error / bound;
+  const bool holds = error <= bound;
+  const double ratio = holds && error == 0.0 ? 0.0 : holds || error / bound > 1.0 ? error / bound : kInfinity;
   if (row->cases == 0 || ratio > row->ratio) {
     row->error = error;
     row->bound = bound;
@@ -40,11 +41,18 @@ void Section::Add(const std::string& feature, const std::string& criterion, cons
   if (!(error <= row->largest)) row->largest = error;
   ++row->cases;
   ++m_checks;
-  if (!(error <= bound)) {
+  if (!holds) {
+    const char* unit = quantity.find('[') == std::string::npos ? " um" : "";  // others say theirs
     char text[96];
-    std::snprintf(text, sizeof text, ": error %.3g um, bound %.3g um", error, bound);
+    std::snprintf(text, sizeof text, ": error %.3g%s, bound %.3g%s", error, unit, bound, unit);
     m_problems.push_back(name + ": " + feature + ", " + criterion + ", " + quantity + text);
   }
+}
+
+void Section::SortRows() {
+  std::stable_sort(m_rows.begin(), m_rows.end(), [](const Row& a, const Row& b) {
+    return a.feature != b.feature ? a.feature < b.feature : a.criterion < b.criterion;
+  });
 }
 
 void Section::Check(bool holds, const std::string& problem) {

@@ -43,6 +43,8 @@ class Section {
            const std::string& name, double error, double bound);
   // A check without a number.
   void Check(bool holds, const std::string& problem);
+  // By feature, then by criterion.
+  void SortRows();
   // What the reader should know of this run.
   void Remark(const std::string& text) { m_note += " " + text; }
 

@@ -47,6 +47,7 @@ struct Placement {
   WideVector shift{};
 
   WideVector Point(const Json& point) const { return Moved({point[0].Number(), point[1].Number(), point[2].Number()}); }
+  bool IsOwn() const { return factor == 1.0L && shift == WideVector{}; }
   WideVector Result(const Json& place) const {
     return Moved({WideNumber(place[0]), WideNumber(place[1]), WideNumber(place[2])});
   }
@@ -117,7 +118,8 @@ class Comparison {
     if (conical) {
       const double difference = std::fabs(f.angle - result["semi_angle_deg"].Number());
       Turn("semi_angle_rad", difference * kDegree, Sensitivity("semi_angle_rad"));
-      Scalar("axis_point", FromAxis(m_placement.Result(result["axis_point"]), f), 0.0L, 0.0);
+      const WideVector axisPoint = m_placement.Result(result["axis_point"]);
+      Scalar("axis_point", FromAxis(axisPoint, f), 0.0L, m_placement.IsOwn() ? 0.0 : StoredAxis(axisPoint, f));
     }
     for (const char* key : {"direction", "axis_direction", "normal"}) {
       if (!result.Has(key)) continue;
@@ -169,6 +171,14 @@ class Comparison {
     const WideVector axis = WideOf(cone.axis), from = point - WideOf(cone.place);
     const Wide along = Dot(from, axis) / Dot(axis, axis);
     return test::Length(from - WideVector{along * axis[0], along * axis[1], along * axis[2]});
+  }
+
+  // What the nearest doubles to an apex and a direction move the axis by, at the points, as the value of which Scalar()
+  // allows 4 roundings: half a unit in the last place of the apex, and that of the direction over the way to the
+  // points. Where the sets lie, all cones keep the bound without it.
+  static double StoredAxis(const WideVector& point, const Fitted& cone) {
+    const WideVector apex = WideOf(cone.place);
+    return 0.125 * (test::Length(apex) + test::Length(point - apex));
   }
 
   void Scalar(const char* what, double found, Wide truth, double value) const {
