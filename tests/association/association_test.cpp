@@ -712,6 +712,27 @@ TEST(Association, MinimaxFitsAccountForThemselves) {
   EXPECT_GT(std::string(report.Explain()).size(), 20u);
 }
 
+// The narrowest strip proves a line in its plane, wherever that lies.
+TEST(Association, LinesInAPlaneAreProven) {
+  Random random(50);
+  for (const double thickness : {1e-3, 1.0, 15.0}) {
+    CNuPointArray points = TypicalPoints<CNuLine>(random, 40);
+    for (int i = 0; i < points.GetSize(); ++i) {
+      points[i] = CNuPoint(points[i].x(), points[i].y() + thickness * random.Bell(), 0.0);
+    }
+    points = RandomMotion(random, 10.0)(points);
+    CNuLine fitted(CNuPoint(), CNuVector(1.0, 0.0, 0.0)), proven = fitted;
+    CNuAssociation association(points);
+    association.SetDetails(NuDetailAll);
+    const double zone = association.Fit(NuMinimumZone, &fitted).GetForm();
+    const CNuAssociationReport report = association.ProveGlobally(NuMinimumZone, &proven, 1000);
+    report.Require();
+    EXPECT_EQ(report.IsGlobal(), NuTrue);
+    EXPECT_NEAR(report.GetForm(), zone, 1e-12);
+    EXPECT_NEAR(report.GetBound(), zone, 1e-12);
+  }
+}
+
 // Points that move by little leave the contacts as they are: what the explanation derives from these is what samples
 // show, and sizes that are the value go along with the multipliers.
 TEST(Association, ParametersSpreadAsThoseOfSamples) {

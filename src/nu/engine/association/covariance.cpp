@@ -213,14 +213,6 @@ Gradient AxisPointGradient(double height, double towardsX, double towardsY) {
   return gradient;
 }
 
-Gradient ConeRadiusGradient(const Feature& cone, double height) {
-  const double cosine = Cos(cone.size[1]);
-  Gradient gradient;
-  gradient.by[kSize0] = 1.0;
-  gradient.by[kSize1] = height / (cosine * cosine);
-  return gradient;
-}
-
 Gradient SurfaceGradient(const Feature& feature, const Vec3& place) {
   Gradient gradient;
   DeviationOf(feature, place, gradient.by);

@@ -59,7 +59,6 @@ void FillCovariance(const Covariance& covariance, double sigma, double (&matrix)
 Gradient UnknownGradient(Unknown unknown, double factor = 1.0);  // size[0]: factor 2 gives the diameter
 Gradient CentreGradient(const Vec3& towards);                    // the origin, along a unit vector of the frame
 Gradient AxisPointGradient(double height, double towardsX, double towardsY);  // of a point of the axis, across it
-Gradient ConeRadiusGradient(const Feature& cone, double height);
 // How far the feature moves, against the deviation, at a place on it or beside it (in the coordinates of the points):
 // a plane at a lateral position, a line in a plane, any surface. At a contact it is what the deviation loses.
 Gradient SurfaceGradient(const Feature& feature, const Vec3& place);
