@@ -287,6 +287,114 @@ void Combine(const double (&mix)[D][D], const Vec3 (&axes)[D], Vec3 (&turned)[D]
   }
 }
 
+// For the damped steps that end what Gauss-Newton steps leave.
+template<int D>
+struct RoundProblem {
+  using Model = RoundModel<D>;
+  static constexpr int kUnknowns = D + 1;  // rise, shifts, height
+  static constexpr bool kHasSecond = true;
+  static constexpr bool kHasRows = true;
+  static constexpr double kFirstDamping = 1e-6;
+  using System = StepSystem<kUnknowns>;
+
+  // The axis points from the centre to M: no shift is left.
+  static void Complete(Model& model) {
+    double centre[D] = {-model.height};
+    double square = 0.0;
+    for (int j = 1; j < D; ++j) {
+      centre[j] = model.shift[j];
+      square += centre[j] * centre[j];
+    }
+    const double height = model.height;
+    model.PlaceCentre(centre);
+    // The radius less the height, without the rounding of a radius that is far larger than the extent of the points.
+    if (square > 0.0) model.rise -= square / (model.height + height);
+  }
+
+  static System Sum(PointBlocks& points, const Model& model) {
+    System system = SumSystem<D>(points, model);
+    const RoundLanes<D> surface(model);
+    const BlockSums<kCurvatures<D>> total = SumOver<kCurvatures<D>>(
+        points, [&](const PointBlock& block, double(&sums)[kCurvatures<D>]) { SumCurvatures(block, surface, sums); });
+    int next = 1;
+    for (int j = 1; j < D; ++j) {
+      system.second[j][D] = system.second[D][j] = total[next++];
+      for (int k = 1; k <= j; ++k) {
+        const double product = total[next++];
+        system.second[j][k] = system.second[k][j] = (j == k ? total[0] : 0.0) - product;
+        if (j == k) system.second[D][D] += product;
+      }
+    }
+    system.spread = total[next];
+    if (IsCap(system, model)) {
+      // To second order Move changes the height by y + y^2 / H, and a shift by s + s y / H.
+      for (int j = 1; j < D; ++j) {
+        system.second[j][D] -= system.right[j] / model.height;
+        system.second[D][j] = system.second[j][D];
+      }
+      system.second[D][D] -= 2.0 * system.right[D] / model.height;
+    }
+    return system;
+  }
+
+  static TallReduction Reduce(PointBlocks& points, const Model& model) {
+    return ReduceSurface(points, RoundLanes<D>(model));
+  }
+
+  static Deviations DeviationsFrom(PointBlocks& points, const Model& model) {
+    const RoundLanes<D> surface(model);
+    return OverBlocks(points, [&](const PointBlock& block, Deviations& part) { FindDeviations(block, surface, part); });
+  }
+
+  // That of the step of the centre; for a circle the radius counts too.
+  static double SquaredLength(const Model&, const System&, const double (&step)[kUnknowns]) {
+    double square = D == 2 ? (step[0] + step[D]) * (step[0] + step[D]) : 0.0;
+    for (int j = 1; j < kUnknowns; ++j) square += step[j] * step[j];
+    return square;
+  }
+
+  // A cap knows its rise, tilt and curvature: these are what changes, and the centre may pass through infinity to its
+  // other side. Of points all around, the centre moves and the radius changes.
+  static void Move(PointBlocks& points, const System& system, const double (&step)[kUnknowns], Model& model) {
+    MoveCentre(system, step, model);
+    // The radius that suits the centre is the mean distance: the steps need not follow the curved valley that both
+    // make.
+    const RoundLanes<D> surface(model);
+    BlockSums<1> deviation;
+    points.ForEach([&](const PointBlock& block) {
+      double sums[1];
+      SumDeviations(block, surface, sums);
+      deviation.Add(sums);
+    });
+    model.rise += deviation[0] / system.count;
+  }
+
+ private:
+  static void MoveCentre(const System& system, const double (&step)[kUnknowns], Model& model) {
+    model.rise += step[0];
+    if (!IsCap(system, model)) {
+      const double radius = model.height + step[D] + model.rise;
+      double centre[D] = {-(model.height + step[D])};
+      for (int j = 1; j < D; ++j) centre[j] = step[j];
+      model.PlaceCentre(centre);
+      model.rise = radius - model.height;
+      return;
+    }
+    const double part = 1.0 - step[D] / model.height;
+    const double grown = 1.0 / std::max(std::fabs(part), kLeastCurvature);
+    model.height *= grown;
+    for (int j = 1; j < D; ++j) model.shift[j] = step[j] * grown;
+    if (part < 0.0) {
+      // The other side is seen from behind.
+      model.rise = -model.rise;
+      model.axis[0] = -1.0 * model.axis[0];
+      model.mean[0] = -model.mean[0];
+      for (int j = 1; j < D; ++j) model.shift[j] = -model.shift[j];
+    }
+    Complete(model);
+  }
+};
+
 }  // namespace
 
 template<int D>
@@ -438,106 +546,6 @@ void RoundLeastSquares<D>::MoveCentre(const Vec3& centre) {
 }
 
 template<int D>
-void RoundProblem<D>::Complete(Model& model) {
-  double centre[D] = {-model.height};
-  double square = 0.0;
-  for (int j = 1; j < D; ++j) {
-    centre[j] = model.shift[j];
-    square += centre[j] * centre[j];
-  }
-  const double height = model.height;
-  model.PlaceCentre(centre);
-  // The radius less the height, without the rounding of a radius that is far larger than the extent of the points.
-  if (square > 0.0) model.rise -= square / (model.height + height);
-}
-
-template<int D>
-typename RoundProblem<D>::System RoundProblem<D>::Sum(PointBlocks& points, const Model& model) {
-  System system = SumSystem<D>(points, model);
-  const RoundLanes<D> surface(model);
-  const BlockSums<kCurvatures<D>> total = SumOver<kCurvatures<D>>(
-      points, [&](const PointBlock& block, double(&sums)[kCurvatures<D>]) { SumCurvatures(block, surface, sums); });
-  int next = 1;
-  for (int j = 1; j < D; ++j) {
-    system.second[j][D] = system.second[D][j] = total[next++];
-    for (int k = 1; k <= j; ++k) {
-      const double product = total[next++];
-      system.second[j][k] = system.second[k][j] = (j == k ? total[0] : 0.0) - product;
-      if (j == k) system.second[D][D] += product;
-    }
-  }
-  system.spread = total[next];
-  if (IsCap(system, model)) {
-    // To second order Move changes the height by y + y^2 / H, and a shift by s + s y / H.
-    for (int j = 1; j < D; ++j) {
-      system.second[j][D] -= system.right[j] / model.height;
-      system.second[D][j] = system.second[j][D];
-    }
-    system.second[D][D] -= 2.0 * system.right[D] / model.height;
-  }
-  return system;
-}
-
-template<int D>
-TallReduction RoundProblem<D>::Reduce(PointBlocks& points, const Model& model) {
-  return ReduceSurface(points, RoundLanes<D>(model));
-}
-
-template<int D>
-Deviations RoundProblem<D>::DeviationsFrom(PointBlocks& points, const Model& model) {
-  const RoundLanes<D> surface(model);
-  return OverBlocks(points, [&](const PointBlock& block, Deviations& part) { FindDeviations(block, surface, part); });
-}
-
-template<int D>
-double RoundProblem<D>::SquaredLength(const Model&, const System&, const double (&step)[kUnknowns]) {
-  double square = D == 2 ? (step[0] + step[D]) * (step[0] + step[D]) : 0.0;
-  for (int j = 1; j < kUnknowns; ++j) square += step[j] * step[j];
-  return square;
-}
-
-// A cap knows its rise, tilt and curvature: these are what changes, and the centre may pass through infinity to its
-// other side. Of points all around, the centre moves and the radius changes.
-template<int D>
-void RoundProblem<D>::Move(PointBlocks& points, const System& system, const double (&step)[kUnknowns], Model& model) {
-  MoveCentre(system, step, model);
-  // The radius that suits the centre is the mean distance: the steps need not follow the curved valley that both make.
-  const RoundLanes<D> surface(model);
-  BlockSums<1> deviation;
-  points.ForEach([&](const PointBlock& block) {
-    double sums[1];
-    SumDeviations(block, surface, sums);
-    deviation.Add(sums);
-  });
-  model.rise += deviation[0] / system.count;
-}
-
-template<int D>
-void RoundProblem<D>::MoveCentre(const System& system, const double (&step)[kUnknowns], Model& model) {
-  model.rise += step[0];
-  if (!IsCap(system, model)) {
-    const double radius = model.height + step[D] + model.rise;
-    double centre[D] = {-(model.height + step[D])};
-    for (int j = 1; j < D; ++j) centre[j] = step[j];
-    model.PlaceCentre(centre);
-    model.rise = radius - model.height;
-    return;
-  }
-  const double part = 1.0 - step[D] / model.height;
-  const double grown = 1.0 / std::max(std::fabs(part), kLeastCurvature);
-  model.height *= grown;
-  for (int j = 1; j < D; ++j) model.shift[j] = step[j] * grown;
-  if (part < 0.0) {
-    // The other side is seen from behind.
-    model.rise = -model.rise;
-    model.axis[0] = -1.0 * model.axis[0];
-    model.mean[0] = -model.mean[0];
-    for (int j = 1; j < D; ++j) model.shift[j] = -model.shift[j];
-  }
-  Complete(model);
-}
-
-template<int D>
 GaussNewtonStep RoundLeastSquares<D>::SolveStep() {
   System system = SumSystem<D>(m_points, m_model);
   system.spread = m_spread;
@@ -635,8 +643,6 @@ Deviations RoundLeastSquares<D>::DeviationsNow() {
   return InUnit(m_deviations, m_points.Scale());
 }
 
-template struct RoundProblem<2>;
-template struct RoundProblem<3>;
 template class RoundLeastSquares<2>;
 template class RoundLeastSquares<3>;
 

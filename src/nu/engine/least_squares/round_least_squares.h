@@ -23,29 +23,6 @@ struct RoundModel {
   void PlaceCentre(const double (&centre)[D]);
 };
 
-// For the damped steps that end what Gauss-Newton steps leave.
-template<int D>
-struct RoundProblem {
-  using Model = RoundModel<D>;
-  static constexpr int kUnknowns = D + 1;  // rise, shifts, height
-  static constexpr bool kHasSecond = true;
-  static constexpr bool kHasRows = true;
-  static constexpr double kFirstDamping = 1e-6;
-  using System = StepSystem<kUnknowns>;
-
-  // The axis points from the centre to M: no shift is left.
-  static void Complete(Model& model);
-  static System Sum(PointBlocks& points, const Model& model);
-  static TallReduction Reduce(PointBlocks& points, const Model& model);
-  static Deviations DeviationsFrom(PointBlocks& points, const Model& model);
-  // That of the step of the centre; for a circle the radius counts too.
-  static double SquaredLength(const Model& model, const System& system, const double (&step)[kUnknowns]);
-  static void Move(PointBlocks& points, const System& system, const double (&step)[kUnknowns], Model& model);
-
- private:
-  static void MoveCentre(const System& system, const double (&step)[kUnknowns], Model& model);
-};
-
 // Least-squares circle or sphere: the centre and radius that minimise the sum of (distance from centre - radius)^2.
 // The mathematics is at the top of the source.
 template<int D>
