@@ -620,6 +620,40 @@ TEST(Association, StreamsAreTheFitOfAllPoints) {
   }
 }
 
+// Points without weights count once; and a point that is left out takes its own weight with it.
+TEST(Association, WeightsGoAlongWithTheirPoints) {
+  Random random(54);
+  const CNuPointArray points = TypicalPoints<CNuCircle>(random, 30);
+  const CNuPointArray firstPoints = points.SubArray(0, 9), lastPoints = points.SubArray(10, 29);
+  for (const int weighted : {1, 2, 3}) {  // the first points, the last ones, or all
+    CNuDoubleArray weights(30);
+    for (int i = 0; i < 30; ++i) weights.Add((weighted & (i < 10 ? 1 : 2)) != 0 ? random.Uniform(0.5, 2.0) : 1.0);
+    CNuAssociation all(points), first(firstPoints), last(lastPoints);
+    all.SetWeights(weights);
+    if ((weighted & 1) != 0) first.SetWeights(weights.SubArray(0, 9));
+    if ((weighted & 2) != 0) last.SetWeights(weights.SubArray(10, 29));
+    first.Merge(last);
+    for (CNuAssociation* one : {&all, &first}) {
+      one->SetDetails(NuDetailForm | NuDetailContacts);
+      one->RestrictToMaterialSide(NuInside);
+    }
+    CNuCircle circle(1.0), merged(1.0);
+    const CNuAssociationReport whole = all.Fit(NuLeastSquares, &circle);
+    EXPECT_NEAR(first.Fit(NuLeastSquares, &merged).GetSumSquares(), whole.GetSumSquares(), 1e-12);
+    EXPECT_LE(merged.GetCentre().DistanceTo(circle.GetCentre()), 1e-9);
+    const CNuDoubleArray change = all.Sensitivity(whole);
+    ASSERT_GT(change.GetSize(), 1);
+    for (int k = 0; k < change.GetSize(); ++k) {
+      CNuAssociation without(first);
+      CNuIntArray one(1);
+      one.Add(whole.GetContactPoints()[k]);
+      without.Remove(one);
+      CNuCircle left(1.0);
+      EXPECT_NEAR(without.Fit(NuLeastSquares, &left).GetSumSquares() - whole.GetSumSquares(), change[k], 1e-10);
+    }
+  }
+}
+
 // With time that grows with the square of the number this test would not end.
 TEST(Association, StreamsManyPoints) {
   constexpr int kPortion = 100, kPortions = 2000;
