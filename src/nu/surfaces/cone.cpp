@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* kName = "CNuConSurf";
 
-// A NaN is no angle either.
+// Also rejects NaN.
 double RequireSemiAngle(double semiAngle) {
   if (!(semiAngle > 0.0 && semiAngle < 90.0))
     throw CNuConstructionException(NuConstructionConeAngle, kName, nullptr, 0, 0);

@@ -423,7 +423,7 @@ class SlabSearch {
     found.low = At(found.corner[found.above]);
     found.normal = Unit(normal);
     found.width = Dot(found.normal, WideDifference(found.high, found.low));
-    // Of slivers thinner than all digits no normal is left.
+    // The normal of a sliver thinner than all digits is lost to rounding.
     if (!std::isfinite(found.width.high)) return;
     found.square = found.width * found.width;
     found.leastShare = *std::min_element(found.share, found.share + 4);
