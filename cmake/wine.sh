@@ -9,14 +9,23 @@ runtime_dir() {
 WINEPATH="$(runtime_dir libstdc++-6.dll);$(runtime_dir libwinpthread-1.dll)"
 export WINEPATH WINEPREFIX=$build/wine WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
 unset DISPLAY
+
+# Left to itself, the server of wine ends with its last program, and a program that starts in that moment loses its
+# connection: this one lives on for five minutes. The services of Windows begin with it and not with the first program,
+# whose outputs they would keep open.
+start_server() {
+  eval "exec $(seq -s ' ' -f '%.0f>&-' 3 254)"
+  local code=0
+  wineserver -p300 || code=$?
+  case $code in
+    0) wineboot --init ;;
+    2) ;;  # it runs already
+    *) return $code ;;
+  esac
+}
+mkdir -p "$WINEPREFIX"
 (
   flock 9
-  # Left to itself, the server of wine ends with its last program, and a program that starts in that moment
-  # loses its connection. Where one runs already, this one ends at once.
-  wineserver -p300 < /dev/null > /dev/null 2>&1 9>&- || true
-  if [ ! -e "$WINEPREFIX/ready" ]; then
-    wineboot --init > /dev/null 2>&1
-    touch "$WINEPREFIX/ready"
-  fi
+  (start_server) < /dev/null > /dev/null 2>&1
 ) 9> "$build/wine.lock"
 exec wine "$@"
