@@ -129,6 +129,8 @@ class DampedGaussNewton {
     Feature::Complete(m_model);
     m_hasBest = false;
     m_damping = 0.0;
+    m_steps = 0;
+    m_isLengthened = false;
     m_squaredLength = 0.0;
     m_lastStep = {};
     m_deviations.reset();
@@ -143,17 +145,19 @@ class DampedGaussNewton {
     GaussNewtonStep step;
     if (LeadsUphill(system)) {
       m_model = m_best;
-      MoreDamping();
+      if (!m_isLengthened) MoreDamping();
       m_deviations.reset();
       m_walk = 0;
     } else {
       if (!std::isfinite(system.deviations.sumSquares)) return step;
-      if (m_hasBest) AdaptDamping(system.deviations.sumSquares);
+      if (m_hasBest && !m_isLengthened) AdaptDamping(system.deviations.sumSquares);
       m_best = m_model;
       m_system = system;
       m_walk = m_points.RangedWalk();
       m_hasBest = true;
     }
+    double before[kUnknowns];
+    std::copy_n(m_step, kUnknowns, before);
     step.solvable = Solve();
     // Convergence is judged by the full step: a damped one is short without having arrived.
     double gain = 0.0;
@@ -168,12 +172,13 @@ class DampedGaussNewton {
     // Where the sum is not smooth, every step leads uphill until damping leaves nothing to gain.
     const bool isIdle = m_damping > 0.0 && m_predicted <= kIdleGain * m_system.deviations.sumSquares;
     if (Feature::kHasSecond) step.atRoundingLevel = step.atRoundingLevel || isIdle;
+    if (!Feature::kHasSecond) LengthenAfter(before);
     return step;
   }
 
   void TakeStep() {
     const double rate = std::sqrt(m_squaredLength / m_squaredLengthBefore);
-    m_lastStep = m_damping > 0.0 ? LastStep() : LastStep(m_walk, m_system, m_step, m_predicted, rate);
+    m_lastStep = m_damping > 0.0 || m_isLengthened ? LastStep() : LastStep(m_walk, m_system, m_step, m_predicted, rate);
     Feature::Move(m_points, m_system, m_step, m_model);
     m_deviations.reset();
   }
@@ -280,6 +285,28 @@ class DampedGaussNewton {
     if (gained > kGoodGain * m_predicted) m_damping = m_damping > kLeastDamping ? kLessDamping * m_damping : 0.0;
   }
 
+  // Without second derivatives each step is, in the end, a fixed part of the one before it, which is close to 1 on
+  // points that are no such feature. What is left of the way is then a geometric series; now and then its sum is tried
+  // (A. C. Aitken, Proc. R. Soc. Edinburgh 46, 1926).
+  void LengthenAfter(const double (&before)[kUnknowns]) {
+    constexpr int kFirst = 24, kEach = 4;
+    constexpr double kAlike = 0.98;  // squared cosine between steps
+    constexpr double kLeastPart = 0.5;
+    constexpr double kMostPart = 0.98;
+    m_isLengthened = false;
+    if (++m_steps < kFirst || m_steps % kEach != 0) return;
+    double now = 0.0, then = 0.0, both = 0.0;
+    for (int i = 0; i < kUnknowns; ++i) {
+      now += m_step[i] * m_system.product[i][i] * m_step[i];
+      then += before[i] * m_system.product[i][i] * before[i];
+      both += before[i] * m_system.product[i][i] * m_step[i];
+    }
+    const double part = std::min(both / then, kMostPart);
+    if (!(both * both >= kAlike * now * then && part >= kLeastPart)) return;
+    for (double& component : m_step) component /= 1.0 - part;
+    m_isLengthened = true;
+  }
+
   double PredictedGain() const {
     double gain = 0.0;
     for (int i = 0; i < kUnknowns; ++i) {
@@ -302,6 +329,8 @@ class DampedGaussNewton {
   System m_system;
   bool m_hasBest = false;
   double m_damping = 0.0;
+  int m_steps = 0;  // solved since the start
+  bool m_isLengthened = false;
   double m_predicted = 0.0;  // by how much the last step should have lowered the sum of squares
   double m_step[kUnknowns] = {};
   double m_matrix[kUnknowns][kUnknowns] = {};  // that the step solves, undamped
