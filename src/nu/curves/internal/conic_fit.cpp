@@ -140,7 +140,7 @@ constexpr double kIdleGain = 1e-12;
 struct BoundedFit {
   ConicLeastSquares& fit;
   double mostSquares;
-  double leastSquares = std::numeric_limits<double>::infinity();
+  double leastSquares = kInfinity;
   int idleSteps = 0;
 
   GaussNewtonStep SolveStep() {

@@ -1,9 +1,9 @@
 #include "nu/engine/least_squares/conic_start.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/linear/eigen_symmetric.h"
 #include "nu/engine/linear/small_cholesky.h"
 #include "nu/engine/points/point_lanes.h"
@@ -123,7 +123,7 @@ Whitening Whiten(PointBlocks& points, const PlaneAxes& axes) {
   found.frame.unit = std::sqrt(values[1]);
   found.frame.flatness = std::sqrt(values[0] / values[1]);
   // Flatter than the rounding errors of their coordinates, points are on a line.
-  found.usable = found.frame.flatness > std::numeric_limits<double>::epsilon();
+  found.usable = found.frame.flatness > kEpsilon;
   return found;
 }
 

@@ -171,8 +171,11 @@ class DampedGaussNewton {
     m_predicted = PredictedGain();
     // Where the sum is not smooth, every step leads uphill until damping leaves nothing to gain.
     const bool isIdle = m_damping > 0.0 && m_predicted <= kIdleGain * m_system.deviations.sumSquares;
-    if (Feature::kHasSecond) step.atRoundingLevel = step.atRoundingLevel || isIdle;
-    if (!Feature::kHasSecond) LengthenAfter(before);
+    if constexpr (Feature::kHasSecond) {
+      step.atRoundingLevel = step.atRoundingLevel || isIdle;
+    } else {
+      LengthenAfter(before);
+    }
     return step;
   }
 
