@@ -52,6 +52,14 @@ TEST(CircleFit, RoughPointsTakeFewSteps) {
     CNuCircle circle(1.0);
     EXPECT_EQ(circle.FitEx(points, 60), NuFitSuccess);
   }
+  // Newton's equations have a ridge there, or next to no curvature, for a long way.
+  for (const int n : {100, 1000, 2000}) {
+    for (const double size : {1e-3, 1e-4}) {
+      CNuPointArray tight(n);
+      for (int i = 0; i < n; ++i) tight.Add(RandomPoint(random, size) + CNuPoint(i % 2, 0.0, 0.0));
+      for (const Feature feature : {kCircle, kSphere}) EXPECT_NO_THROW(FitOf(feature, tight, 100)) << n << " " << size;
+    }
+  }
 }
 
 // Points that say next to nothing about the centre but all the more about the apex; y is 1 - cos t.

@@ -104,7 +104,9 @@ struct StepGains {
 // right-hand side is the gradient itself, so they do not limit the accuracy of the result. Where their columns are
 // nearly dependent the rows are reduced by orthogonal steps instead. A step that leads uphill is taken back and
 // shortened (D. W. Marquardt, J. SIAM 11, 1963). Where a feature gives its second derivatives, and they show a valley,
-// the steps are Newton's: on points that are no such feature Gauss-Newton creeps.
+// the steps are Newton's: on points that are no such feature Gauss-Newton creeps. Where they show a ridge, or next to
+// no curvature, a step follows them as far as a trust region allows, which grows as long as they hold (J. J. More, D.
+// C. Sorensen, SIAM J. Sci. Stat. Comput. 4, 1983).
 //
 // A feature is static functions; lengths in it are scaled as the blocks are:
 //
@@ -131,6 +133,8 @@ class DampedGaussNewton {
     m_damping = 0.0;
     m_steps = 0;
     m_isLengthened = false;
+    m_reach = kFirstReach;
+    m_plainSteps = 0;
     m_squaredLength = 0.0;
     m_lastStep = {};
     m_deviations.reset();
@@ -145,12 +149,12 @@ class DampedGaussNewton {
     GaussNewtonStep step;
     if (LeadsUphill(system)) {
       m_model = m_best;
-      if (!m_isLengthened) MoreDamping();
+      m_isLengthened ? LessReach() : MoreDamping();
       m_deviations.reset();
       m_walk = 0;
     } else {
       if (!std::isfinite(system.deviations.sumSquares)) return step;
-      if (m_hasBest && !m_isLengthened) AdaptDamping(system.deviations.sumSquares);
+      if (m_hasBest) Adapt(system.deviations.sumSquares);
       m_best = m_model;
       m_system = system;
       m_walk = m_points.RangedWalk();
@@ -241,6 +245,11 @@ class DampedGaussNewton {
   static constexpr double kPoorGain = 0.4;
   static constexpr double kGoodGain = 0.75;
 
+  // How many times the plain step one that follows second derivatives may reach at first, and by how much more or less
+  // after steps that gain nearly all that was predicted, or too little.
+  static constexpr double kFirstReach = 4.0;
+  static constexpr double kMoreReach = 4.0;
+
   // A damped step that should gain less than this part of the sum of squares gains nothing.
   static constexpr double kIdleGain = 1e-12;
 
@@ -253,10 +262,14 @@ class DampedGaussNewton {
   }
 
   bool Solve() {
+    m_isLengthened = false;
     if (Feature::kHasSecond && SolveNewton()) return m_determined = true;
     std::copy_n(&m_system.product[0][0], kUnknowns * kUnknowns, &m_matrix[0][0]);
     m_determined = SolvePositive(m_system.product, m_system.right, m_step) > kClearPivot;
-    if (m_determined) return true;
+    if (m_determined) {
+      if constexpr (Feature::kHasSecond) LengthenWithin(m_reach);
+      return true;
+    }
     if constexpr (Feature::kHasRows) {
       const ReducedSolution found = SolveReduced(Feature::Reduce(m_points, m_model), m_step);
       m_determined = found.determined;
@@ -277,6 +290,15 @@ class DampedGaussNewton {
   }
 
   void MoreDamping() { m_damping = std::max(kFirstDamping, kMoreDamping * m_damping); }
+
+  void LessReach() { m_reach = std::max(1.0, m_reach / kMoreReach); }
+
+  void Adapt(double sumSquares) {
+    const double gained = m_system.deviations.sumSquares - sumSquares;
+    if (gained > kGoodGain * m_predicted) m_reach = m_isLengthened ? kMoreReach * m_reach : kFirstReach;
+    if (m_isLengthened && gained < kPoorGain * m_predicted) LessReach();
+    if (!m_isLengthened) AdaptDamping(sumSquares);
+  }
 
   // On rough parts full steps may swing from one side of the minimum to the other; as long as they do, they stay
   // damped.
@@ -310,6 +332,34 @@ class DampedGaussNewton {
     m_isLengthened = true;
   }
 
+  double SquaredReach(const double (&step)[kUnknowns]) const {
+    double square = 0.0;
+    for (int i = 0; i < kUnknowns; ++i) square += step[i] * m_system.product[i][i] * step[i];
+    return square;
+  }
+
+  // Where the equations with the second derivatives are not clearly positive definite, solves them with as little on
+  // the diagonal as keeps the step within so many times the plain one, which stays where this leads to none longer.
+  void LengthenWithin(double reach) {
+    constexpr int kPlainSteps = 8;  // that say to which optimum the way leads
+    constexpr double kFirst = 1e-10, kFactor = 4.0, kLast = 1.0;
+    if (m_damping > 0.0 || !(reach > 1.0) || ++m_plainSteps <= kPlainSteps) return;
+    const double plain = SquaredReach(m_step);
+    double matrix[kUnknowns][kUnknowns];
+    double longer[kUnknowns];
+    for (double more = 0.0; more < kLast; more = std::max(kFirst, kFactor * more)) {
+      FillNewton(more, matrix);
+      if (!(SolvePositive(matrix, m_system.right, longer) > 0.0)) continue;
+      const double square = SquaredReach(longer);
+      if (square > reach * reach * plain) continue;
+      m_isLengthened = square > plain;
+      break;
+    }
+    if (!m_isLengthened) return;
+    std::copy_n(longer, kUnknowns, m_step);
+    FillNewton(0.0, m_matrix);
+  }
+
   double PredictedGain() const {
     double gain = 0.0;
     for (int i = 0; i < kUnknowns; ++i) {
@@ -319,9 +369,15 @@ class DampedGaussNewton {
     return gain;
   }
 
-  bool SolveNewton() {
+  // The matrix of Newton's equations, its diagonal heavier by so many times that of the plain ones.
+  void FillNewton(double more, double (&matrix)[kUnknowns][kUnknowns]) const {
     for (int i = 0; i < kUnknowns; ++i)
-      for (int j = 0; j < kUnknowns; ++j) m_matrix[i][j] = m_system.product[i][j] + m_system.second[i][j];
+      for (int j = 0; j < kUnknowns; ++j)
+        matrix[i][j] = m_system.product[i][j] * (i == j ? 1.0 + more : 1.0) + m_system.second[i][j];
+  }
+
+  bool SolveNewton() {
+    FillNewton(0.0, m_matrix);
     return SolvePositive(m_matrix, m_system.right, m_step) > kClearPivot;
   }
 
@@ -334,6 +390,8 @@ class DampedGaussNewton {
   double m_damping = 0.0;
   int m_steps = 0;  // solved since the start
   bool m_isLengthened = false;
+  double m_reach = kFirstReach;
+  int m_plainSteps = 0;      // that second derivatives might have lengthened
   double m_predicted = 0.0;  // by how much the last step should have lowered the sum of squares
   double m_step[kUnknowns] = {};
   double m_matrix[kUnknowns][kUnknowns] = {};  // that the step solves, undamped
