@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "nu/association/internal/association_state.h"
-#include "nu/association/internal/feature_classes.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/double_array.h"
 #include "nu/foundation/internal/failures.h"
@@ -34,15 +33,6 @@ std::shared_ptr<AssociationState> StateOf(PointView points) {
 int WithImplied(int details) {
   if ((details & NuDetailDeviations & ~NuDetailForm) != 0) details |= NuDetailDeviations;
   return details;
-}
-
-template<class Class>
-StartFeature StartOf(const Class& start, const char* where) {
-  StartFeature given{kRules<Class>.type, FeatureOf(start)};
-  const Feature& f = given.feature;
-  const bool finite = IsFinite(f.frame.origin) && IsFinite(f.frame.z) && std::isfinite(f.size[0] + f.size[1]);
-  if (!finite) FailArgument(where);
-  return given;
 }
 
 }  // namespace
@@ -134,46 +124,6 @@ void CNuAssociation::ReleasePoint() {
 void CNuAssociation::RestrictToMaterialSide(ENuMaterialSide side) {
   if (side != NuEitherSide && side != NuOutside && side != NuInside) FailArgument("RestrictToMaterialSide");
   Options().side = side;
-}
-
-void CNuAssociation::StartFrom(const CNuLine& start) {
-  Options().start = StartOf(start, "StartFrom");
-}
-
-void CNuAssociation::StartFrom(const CNuPlane& start) {
-  Options().start = StartOf(start, "StartFrom");
-}
-
-void CNuAssociation::StartFrom(const CNuCircle& start) {
-  Options().start = StartOf(start, "StartFrom");
-}
-
-void CNuAssociation::StartFrom(const CNuEllipse& start) {
-  Options().start = StartOf(start, "StartFrom");
-}
-
-void CNuAssociation::StartFrom(const CNuHyperbola& start) {
-  Options().start = StartOf(start, "StartFrom");
-}
-
-void CNuAssociation::StartFrom(const CNuParabola& start) {
-  Options().start = StartOf(start, "StartFrom");
-}
-
-void CNuAssociation::StartFrom(const CNuSphSurf& start) {
-  Options().start = StartOf(start, "StartFrom");
-}
-
-void CNuAssociation::StartFrom(const CNuCylSurf& start) {
-  Options().start = StartOf(start, "StartFrom");
-}
-
-void CNuAssociation::StartFrom(const CNuConSurf& start) {
-  Options().start = StartOf(start, "StartFrom");
-}
-
-void CNuAssociation::StartFrom(const CNuTorSurf& start) {
-  Options().start = StartOf(start, "StartFrom");
 }
 
 void CNuAssociation::ReleaseStart() {

@@ -1,112 +1,56 @@
+#include <cmath>
+
 #include "nu/association/association.h"
 #include "nu/association/internal/feature_fits.h"
 
 using namespace nu::internal;
 
-CNuAssociationReport CNuAssociation::Fit(ENuCriterion criterion, CNuLine* feature) const {
-  return FitFeature(*m_state, criterion, feature);
+namespace {
+
+template<class Class>
+StartFeature StartOf(const Class& start) {
+  StartFeature given{kRules<Class>.type, FeatureOf(start)};
+  const Feature& f = given.feature;
+  const bool finite = IsFinite(f.frame.origin) && IsFinite(f.frame.z) && std::isfinite(f.size[0] + f.size[1]);
+  if (!finite) FailOperation(NuOperationDomain, "association", "StartFrom");
+  return given;
 }
 
-CNuAssociationReport CNuAssociation::Fit(ENuCriterion criterion, CNuPlane* feature) const {
-  return FitFeature(*m_state, criterion, feature);
-}
+}  // namespace
 
-CNuAssociationReport CNuAssociation::Fit(ENuCriterion criterion, CNuCircle* feature) const {
-  return FitFeature(*m_state, criterion, feature);
-}
+// What every class of feature has: a start, a fit and a fit from what it is.
+#define NU_ASSOCIATION_FITS(Class)                                                           \
+  void CNuAssociation::StartFrom(const Class& start) {                                       \
+    m_state->options.start = StartOf(start);                                                 \
+  }                                                                                          \
+  CNuAssociationReport CNuAssociation::Fit(ENuCriterion criterion, Class* feature) const {   \
+    return FitFeature(*m_state, criterion, feature);                                         \
+  }                                                                                          \
+  CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, Class* feature) const { \
+    return RefitFeature(*m_state, criterion, feature);                                       \
+  }
+NU_ASSOCIATION_FITS(CNuLine)
+NU_ASSOCIATION_FITS(CNuPlane)
+NU_ASSOCIATION_FITS(CNuCircle)
+NU_ASSOCIATION_FITS(CNuEllipse)
+NU_ASSOCIATION_FITS(CNuHyperbola)
+NU_ASSOCIATION_FITS(CNuParabola)
+NU_ASSOCIATION_FITS(CNuSphSurf)
+NU_ASSOCIATION_FITS(CNuCylSurf)
+NU_ASSOCIATION_FITS(CNuConSurf)
+NU_ASSOCIATION_FITS(CNuTorSurf)
+#undef NU_ASSOCIATION_FITS
 
-CNuAssociationReport CNuAssociation::Fit(ENuCriterion criterion, CNuEllipse* feature) const {
-  return FitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Fit(ENuCriterion criterion, CNuHyperbola* feature) const {
-  return FitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Fit(ENuCriterion criterion, CNuParabola* feature) const {
-  return FitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Fit(ENuCriterion criterion, CNuSphSurf* feature) const {
-  return FitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Fit(ENuCriterion criterion, CNuCylSurf* feature) const {
-  return FitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Fit(ENuCriterion criterion, CNuConSurf* feature) const {
-  return FitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Fit(ENuCriterion criterion, CNuTorSurf* feature) const {
-  return FitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuLine* feature) const {
-  return RefitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuPlane* feature) const {
-  return RefitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuCircle* feature) const {
-  return RefitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuEllipse* feature) const {
-  return RefitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuHyperbola* feature) const {
-  return RefitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuParabola* feature) const {
-  return RefitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuSphSurf* feature) const {
-  return RefitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuCylSurf* feature) const {
-  return RefitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuConSurf* feature) const {
-  return RefitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::Refit(ENuCriterion criterion, CNuTorSurf* feature) const {
-  return RefitFeature(*m_state, criterion, feature);
-}
-
-CNuAssociationReport CNuAssociation::ProveGlobally(ENuCriterion criterion, CNuLine* feature, long budget) const {
-  return ProveFeature(*m_state, criterion, budget, feature);
-}
-
-CNuAssociationReport CNuAssociation::ProveGlobally(ENuCriterion criterion, CNuPlane* feature, long budget) const {
-  return ProveFeature(*m_state, criterion, budget, feature);
-}
-
-CNuAssociationReport CNuAssociation::ProveGlobally(ENuCriterion criterion, CNuCircle* feature, long budget) const {
-  return ProveFeature(*m_state, criterion, budget, feature);
-}
-
-CNuAssociationReport CNuAssociation::ProveGlobally(ENuCriterion criterion, CNuSphSurf* feature, long budget) const {
-  return ProveFeature(*m_state, criterion, budget, feature);
-}
-
-CNuAssociationReport CNuAssociation::ProveGlobally(ENuCriterion criterion, CNuCylSurf* feature, long budget) const {
-  return ProveFeature(*m_state, criterion, budget, feature);
-}
-
-CNuAssociationReport CNuAssociation::ProveGlobally(ENuCriterion criterion, CNuConSurf* feature, long budget) const {
-  return ProveFeature(*m_state, criterion, budget, feature);
-}
-
-CNuAssociationReport CNuAssociation::ProveGlobally(ENuCriterion criterion, CNuTorSurf* feature, long budget) const {
-  return ProveFeature(*m_state, criterion, budget, feature);
-}
+// What those have whose zones and circumscribed features can be bounded.
+#define NU_ASSOCIATION_PROOFS(Class)                                                                              \
+  CNuAssociationReport CNuAssociation::ProveGlobally(ENuCriterion criterion, Class* feature, long budget) const { \
+    return ProveFeature(*m_state, criterion, budget, feature);                                                    \
+  }
+NU_ASSOCIATION_PROOFS(CNuLine)
+NU_ASSOCIATION_PROOFS(CNuPlane)
+NU_ASSOCIATION_PROOFS(CNuCircle)
+NU_ASSOCIATION_PROOFS(CNuSphSurf)
+NU_ASSOCIATION_PROOFS(CNuCylSurf)
+NU_ASSOCIATION_PROOFS(CNuConSurf)
+NU_ASSOCIATION_PROOFS(CNuTorSurf)
+#undef NU_ASSOCIATION_PROOFS
