@@ -1,6 +1,8 @@
 #ifndef NU_ENGINE_ASSOCIATION_BOUNDED_FEATURES_H
 #define NU_ENGINE_ASSOCIATION_BOUNDED_FEATURES_H
 
+#include <type_traits>
+
 #include "nu/engine/association/feature.h"
 #include "nu/engine/association/first_order.h"
 #include "nu/engine/base/floating_point.h"
@@ -68,11 +70,13 @@ class AxisRadius {
     const T sum = Length(x - m_a, y - m_b, turn - m_turn) + m_origin;
     return product * (Reciprocal(sum) * m_direction.Inverse());
   }
-  // Between the distances of the points, for enclosures that leave out what all of them have in common.
+  // Between the distances of the points, for enclosures that leave out what all of them have in common; 0 for numbers.
   double Middle(double reach) const {
-    if (m_isFar) return 0.0;
-    const double origin = MiddleOfEnclosure(m_origin);
-    return std::max(origin, 0.5 * (origin + reach));
+    if constexpr (std::is_same_v<T, double>) {
+      return 0.0;
+    } else {
+      return m_isFar ? 0.0 : std::max(m_origin.value, 0.5 * (m_origin.value + reach));
+    }
   }
   const SlopedDirection<T>& Direction() const { return m_direction; }
 
@@ -84,13 +88,18 @@ class AxisRadius {
   bool m_isFar;
 };
 
-// x: the centre.
-struct BoundedSphere {
-  static constexpr int kUnknowns = 3;
+// What most models have: N unknowns, which are all of a place, and one component of their deviations.
+template<int N>
+struct BoundedModel {
+  static constexpr int kUnknowns = N;
   static constexpr int kComponents = 1;
-  static constexpr int kPlace = kUnknowns;
-  static constexpr int kCharts = 1;
+  static constexpr int kPlace = N;
   static constexpr bool kIsLevelled = true;  // the radius is half-way between the extreme deviations
+};
+
+// x: the centre.
+struct BoundedSphere : BoundedModel<3> {
+  static constexpr int kCharts = 1;
 
   template<class T>
   class Deviations {
@@ -137,12 +146,7 @@ struct BoundedByAxis {
 };
 
 // x: u, v, a, b.
-struct BoundedCylinder : BoundedByAxis {
-  static constexpr int kUnknowns = 4;
-  static constexpr int kComponents = 1;
-  static constexpr int kPlace = kUnknowns;
-  static constexpr bool kIsLevelled = true;
-
+struct BoundedCylinder : BoundedModel<4>, BoundedByAxis {
   template<class T>
   class Deviations {
    public:
@@ -174,7 +178,7 @@ class ConeRadius {
         m_radius(x[0], x[1], x[2], x[3], reach),
         m_cosine(Cosine(x[4])),
         m_sine(Sine(x[4])),
-        m_middle(IsEnclosure(m_cosine) ? m_radius.Middle(reach) : 0.0) {}
+        m_middle(m_radius.Middle(reach)) {}
 
   Vec3 Local(const Vec3& point) const { return m_frame.Local(point); }
   // Of a local point along the axis.
@@ -192,12 +196,7 @@ class ConeRadius {
 
 // x: u, v, a, b and the semi-angle, negative where the cone narrows along the axis. The deviation is that from the
 // nappe which holds the points, as if it went on beyond the apex.
-struct BoundedCone : BoundedByAxis {
-  static constexpr int kUnknowns = 5;
-  static constexpr int kComponents = 1;
-  static constexpr int kPlace = kUnknowns;
-  static constexpr bool kIsLevelled = true;
-
+struct BoundedCone : BoundedModel<5>, BoundedByAxis {
   template<class T>
   class Deviations {
    public:
@@ -219,12 +218,7 @@ struct BoundedCone : BoundedByAxis {
 
 // A cone of two nappes with points on both, which count from the one on their side of the apex. x: u, v, a, b, the
 // semi-angle, and the height of the apex along the axis, from the foot of the perpendicular from the origin.
-struct BoundedDoubleCone : BoundedByAxis {
-  static constexpr int kUnknowns = 6;
-  static constexpr int kComponents = 1;
-  static constexpr int kPlace = kUnknowns;
-  static constexpr bool kIsLevelled = true;
-
+struct BoundedDoubleCone : BoundedModel<6>, BoundedByAxis {
   template<class T>
   class Deviations {
    public:
@@ -248,8 +242,7 @@ struct BoundedDoubleCone : BoundedByAxis {
 // A circle in space. x: u, v, a, b of its axis. A point is at a radius and a height, its components; those of the
 // circle are levels, which no box has to divide: with (x_i, y_i) the components of the points less the levels, the
 // largest distance from the circle is the largest of cos(phi) x_i + sin(phi) y_i over all points and all phi.
-struct BoundedCircle : BoundedByAxis {
-  static constexpr int kUnknowns = 4;
+struct BoundedCircle : BoundedModel<4>, BoundedByAxis {
   static constexpr int kComponents = 2;
   static constexpr int kPlace = 6;  // the levels follow the unknowns
   static constexpr bool kIsLevelled = false;

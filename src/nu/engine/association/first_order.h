@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "nu/engine/association/enclosure_operators.h"
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/base/floating_point.h"
 
@@ -19,7 +20,7 @@
 namespace nu::engine::association {
 
 template<int N>
-struct FirstOrder {
+struct FirstOrder : EnclosureOperators<FirstOrder<N>> {
   double value = 0.0;
   double slope[N] = {};
   double low = 0.0;
@@ -54,28 +55,6 @@ struct FirstOrder {
     return *this;
   }
 
-  friend FirstOrder operator+(FirstOrder a, const FirstOrder& b) { return a += b; }
-  friend FirstOrder operator*(double factor, FirstOrder a) { return a *= factor; }
-  friend FirstOrder operator-(const FirstOrder& a, const FirstOrder& b) {
-    FirstOrder difference;
-    difference.value = a.value - b.value;
-    for (int k = 0; k < N; ++k) difference.slope[k] = a.slope[k] - b.slope[k];
-    difference.low = a.low - b.high;
-    difference.high = a.high - b.low;
-    return difference;
-  }
-  friend FirstOrder operator-(FirstOrder a, double b) {
-    a.value -= b;
-    return a;
-  }
-  friend FirstOrder operator-(double a, const FirstOrder& b) {
-    FirstOrder difference;
-    difference.value = a - b.value;
-    for (int k = 0; k < N; ++k) difference.slope[k] = -b.slope[k];
-    difference.low = -b.high;
-    difference.high = -b.low;
-    return difference;
-  }
   friend FirstOrder operator*(const FirstOrder& a, const FirstOrder& b) {
     FirstOrder product;
     product.value = a.value * b.value;
@@ -149,38 +128,14 @@ FirstOrder<N> Cosine(const FirstOrder<N>& x) {
   return WithDerivative(x, Cos(x.value), -Sin(x.value));
 }
 
-// |x| is x with the sign of its middle, and where that is negative twice as much above it. Where x may be 0 the error
-// shrinks no faster than the box.
-template<int N>
-FirstOrder<N> Magnitude(const FirstOrder<N>& x) {
-  FirstOrder<N> result = (x.value < 0.0 ? -1.0 : 1.0) * x;
-  result.high += 2.0 * std::max(0.0, -result.Least());
-  return result;
-}
-
 // Whether a length is nowhere in the box below a number.
 template<int N>
 bool IsNowhereBelow(const FirstOrder<N>& length, double least) {
   return length.Least() >= least;
 }
 
-template<int N>
-double MiddleOfEnclosure(const FirstOrder<N>& x) {
-  return x.value;
-}
-template<int N>
-constexpr bool IsEnclosure(const FirstOrder<N>&) {
-  return true;
-}
-
 // The same functions of plain numbers. What is written for enclosures alone is not for these.
 inline bool IsNowhereBelow(double, double) {
-  return false;
-}
-inline double MiddleOfEnclosure(double x) {
-  return x;
-}
-constexpr bool IsEnclosure(double) {
   return false;
 }
 inline double Length(double x, double y, double z) {

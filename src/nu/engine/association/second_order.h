@@ -5,6 +5,7 @@
 #include <cmath>
 #include <utility>
 
+#include "nu/engine/association/enclosure_operators.h"
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/base/floating_point.h"
 
@@ -17,7 +18,7 @@
 namespace nu::engine::association {
 
 template<int N>
-struct SecondOrder {
+struct SecondOrder : EnclosureOperators<SecondOrder<N>> {
   double value = 0.0;
   double slope[N] = {};
   double bend[N][N] = {};  // [k][l] for k <= l
@@ -79,18 +80,6 @@ struct SecondOrder {
     return *this;
   }
 
-  friend SecondOrder operator+(SecondOrder a, const SecondOrder& b) { return a += b; }
-  friend SecondOrder operator*(double factor, SecondOrder a) { return a *= factor; }
-  friend SecondOrder operator-(SecondOrder a, const SecondOrder& b) { return a += -1.0 * b; }
-  friend SecondOrder operator-(SecondOrder a, double b) {
-    a.value -= b;
-    return a;
-  }
-  friend SecondOrder operator-(double a, const SecondOrder& b) {
-    SecondOrder difference = -1.0 * b;
-    difference.value += a;
-    return difference;
-  }
   friend SecondOrder operator*(const SecondOrder& a, const SecondOrder& b) {
     SecondOrder product = a.value * b;
     product.value = 0.0;
@@ -178,22 +167,6 @@ template<int N>
 SecondOrder<N> Cosine(const SecondOrder<N>& x) {
   const double change = x.Change();
   return WithDerivatives(x, Cos(x.value), -Sin(x.value), -0.5 * Cos(x.value), change * change * change / 6.0);
-}
-
-template<int N>
-SecondOrder<N> Magnitude(const SecondOrder<N>& x) {
-  SecondOrder<N> result = (x.value < 0.0 ? -1.0 : 1.0) * x;
-  result.high += 2.0 * std::max(0.0, -result.Least());
-  return result;
-}
-
-template<int N>
-double MiddleOfEnclosure(const SecondOrder<N>& x) {
-  return x.value;
-}
-template<int N>
-constexpr bool IsEnclosure(const SecondOrder<N>&) {
-  return true;
 }
 
 // Whether a length is nowhere in the box below a number.
