@@ -33,7 +33,7 @@ template<class Class>
 void Deliver(const CNuAssociationReport& report, const Class& found, nu_feature* feature, nu_report** to) {
   if (to == nullptr) report.Require();
   std::unique_ptr<nu_report> made;
-  if (to != nullptr) made = std::make_unique<nu_report>(nu_report{nu_report::kTag, report});
+  if (to != nullptr) made = std::make_unique<nu_report>(nu_report{{}, report});
   if (report.HasConverged() != NuFalse) *feature = ToFeature(found);
   if (to != nullptr) *to = made.release();
 }
@@ -78,7 +78,7 @@ void Release(CNuAssociation& fits, std::int32_t parameter) {
 nu_status nu_association_create(const double* xyz, int32_t count, int32_t stride, nu_association** association) {
   return Create(association, [&] {
     RequirePoints(xyz, count, stride);
-    return nu_association{.fits = CNuAssociation(xyz, count, stride)};
+    return nu_association{{}, CNuAssociation(xyz, count, stride)};
   });
 }
 

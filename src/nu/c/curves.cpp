@@ -1,4 +1,3 @@
-#include <cstddef>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -10,8 +9,6 @@
 #include "nu/curves/polyline.h"
 #include "nu/foundation/internal/downcast.h"
 #include "nu/foundation/internal/failures.h"
-#include "nu/foundation/object_array.h"
-#include "nu/geometry/point_array.h"
 #include "nu/linalg/internal/binary_file.h"
 
 using namespace nu::internal;
@@ -36,21 +33,12 @@ nu_segment ToSegment(const CNuBoundedCurve& piece) {
 
 using Loops = std::vector<std::unique_ptr<nu_curve>>;
 
-// Owns the curves of an array until handles hold them.
 Loops LoopsOf(const CNuObjArray& objects) {
-  std::vector<std::unique_ptr<CNuObject>> owned;
   Loops loops;
-  int taken = 0;
-  try {
-    owned.reserve(static_cast<std::size_t>(objects.GetSize()));
-  } catch (...) {
-    for (; taken < objects.GetSize(); ++taken) delete objects[taken];
-    throw;
+  for (const auto& object : Taken(objects)) {
+    loops.push_back(std::make_unique<nu_curve>());
+    loops.back()->curve = std::move(static_cast<CNuCompositeCurve&>(*object));
   }
-  for (; taken < objects.GetSize(); ++taken) owned.emplace_back(objects[taken]);
-  for (const auto& object : owned)
-    loops.push_back(
-        std::make_unique<nu_curve>(nu_curve{nu_curve::kTag, std::move(static_cast<CNuCompositeCurve&>(*object))}));
   return loops;
 }
 
@@ -134,7 +122,6 @@ nu_status nu_curve_polyline(const nu_curve* curve, double tol, double* xyz, int3
   return Guarded([&] {
     const CNuPolyline corners = Deref(curve).curve.ToPolyline(tol);
     if (!IsWanted(xyz, capacity, corners.GetSize(), count)) return;
-    const CNuPointArray points = corners.GetPoints();
-    for (int i = 0; i < points.GetSize(); ++i) Write(points[i], xyz + 3 * static_cast<std::ptrdiff_t>(i));
+    Write(corners.GetPoints(), xyz);
   });
 }

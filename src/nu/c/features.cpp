@@ -113,9 +113,7 @@ nu_status nu_feature_fit(const double* xyz, int32_t count, int32_t stride, int32
       const CNuAssociationReport report = fits.Fit(static_cast<ENuCriterion>(criterion), &found);
       report.Require();
       *feature = ToFeature(found);
-      if (form != nullptr)
-        *form = {report.GetForm(), report.GetPeak(), report.GetValley(), report.GetRootMeanSquare(),
-                 report.GetSumSquares()};
+      if (form != nullptr) *form = FormOf(report);
     });
   });
 }
@@ -180,10 +178,9 @@ nu_status nu_feature_project(const double* point, const nu_feature* feature, dou
 }
 
 nu_status nu_feature_side(const double* point, const nu_feature* feature, double tol, int32_t* side) {
-  return Guarded([&] {
+  return Give(side, "side is null", [&] {
     const CNuPoint p = PointOf(point, "point is null");
-    Require(side != nullptr, "side is null");
-    *side = std::visit([&](const auto& of) { return SideOf(p, of, tol); }, ClassOf(feature));
+    return std::visit([&](const auto& of) { return SideOf(p, of, tol); }, ClassOf(feature));
   });
 }
 

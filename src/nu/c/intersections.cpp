@@ -1,41 +1,21 @@
-#include <memory>
-
 #include "nu/c/internal/features.h"
 #include "nu/c/internal/handles.h"
 #include "nu/curves/pcurve.h"
 #include "nu/foundation/internal/failures.h"
-#include "nu/foundation/object_array.h"
-#include "nu/geometry/point_array.h"
 
 using namespace nu::internal;
 using namespace nu::internal::c;
 
 namespace {
 
-using Elements = std::vector<std::unique_ptr<const CNuObject>>;
-
-template<class... Objects>
-Elements ElementsOf(int count, const Objects&... objects) {
-  Elements elements;
+template<class... Found>
+Objects ElementsOf(int count, const Found&... objects) {
+  Objects elements;
   const auto add = [&](const auto& object) {
     if (static_cast<int>(elements.size()) < count)
       elements.push_back(std::make_unique<std::decay_t<decltype(object)>>(object));
   };
   (add(objects), ...);
-  return elements;
-}
-
-// Owns the objects of an array until they are elements.
-Elements Taken(const CNuObjArray& objects) {
-  Elements elements;
-  int taken = 0;
-  try {
-    elements.reserve(static_cast<std::size_t>(objects.GetSize()));
-    for (; taken < objects.GetSize(); ++taken) elements.emplace_back(objects[taken]);
-  } catch (...) {
-    for (; taken < objects.GetSize(); ++taken) delete objects[taken];
-    throw;
-  }
   return elements;
 }
 
@@ -56,7 +36,7 @@ constexpr bool CanIntersect() {
 }
 
 template<class A, class B>
-Elements Intersect(const A& a, const B& b) {
+Objects Intersect(const A& a, const B& b) {
   CNuPoint p, q;
   CNuLine line;
   CNuObjArray curves(0);
@@ -77,7 +57,7 @@ Elements Intersect(const A& a, const B& b) {
 
 struct Intersection {
   template<class A, class B>
-  Elements operator()(const A& a, const B& b) const {
+  Objects operator()(const A& a, const B& b) const {
     if constexpr (CanIntersect<A, B>())
       return Intersect(a, b);
     else if constexpr (CanIntersect<B, A>())
@@ -87,12 +67,12 @@ struct Intersection {
   }
 };
 
-Elements ElementsOf(const nu_feature* first, const nu_feature* second) {
+Objects ElementsOf(const nu_feature* first, const nu_feature* second) {
   return std::visit(Intersection(), ClassOf(first), ClassOf(second));
 }
 
 const CNuObject& ElementAt(const nu_intersection* intersection, std::int32_t i) {
-  const Elements& elements = Deref(intersection).elements;
+  const Objects& elements = Deref(intersection).elements;
   RequireIndex(i, static_cast<int>(elements.size()), "operation", "nu_intersection_get");
   return *elements[static_cast<std::size_t>(i)];
 }
@@ -108,14 +88,14 @@ const CNuPCurve& CurveAt(const nu_intersection* intersection, std::int32_t i) {
 nu_status nu_feature_intersect(const nu_feature* first, const nu_feature* second, nu_feature* found, int32_t capacity,
                                int32_t* count) {
   return Guarded([&] {
-    const Elements elements = ElementsOf(first, second);
+    const Objects elements = ElementsOf(first, second);
     Fill(found, capacity, static_cast<std::int32_t>(elements.size()), count,
          [&](std::int32_t i) { return ToFeatureOfAny(*elements[static_cast<std::size_t>(i)]); });
   });
 }
 
 nu_status nu_intersection_create(const nu_feature* first, const nu_feature* second, nu_intersection** intersection) {
-  return Create(intersection, [&] { return nu_intersection{.elements = ElementsOf(first, second)}; });
+  return Create(intersection, [&] { return nu_intersection{{}, ElementsOf(first, second)}; });
 }
 
 void nu_intersection_free(nu_intersection* intersection) {
@@ -143,8 +123,7 @@ nu_status nu_intersection_range(const nu_intersection* intersection, int32_t i, 
 nu_status nu_intersection_sample(const nu_intersection* intersection, int32_t i, int32_t n, double* xyz) {
   return Guarded([&] {
     Require(xyz != nullptr, "xyz is null");
-    const CNuPointArray points = CurveAt(intersection, i).ToPointArray(n);
-    for (int k = 0; k < points.GetSize(); ++k) Write(points[k], xyz + 3 * static_cast<std::ptrdiff_t>(k));
+    Write(CurveAt(intersection, i).ToPointArray(n), xyz);
   });
 }
 

@@ -44,11 +44,10 @@ nu_status nu_part_join(nu_part* part, const nu_part* other) {
 }
 
 nu_status nu_part_get(const nu_part* part, nu_part_sums* sums) {
-  return Guarded([&] {
+  return Give(sums, "sums is null", [&] {
     const CNuAssociationPart& from = Deref(part).part;
-    Require(sums != nullptr, "sums is null");
-    *sums = {static_cast<std::int64_t>(from.GetNumberPoints()), from.GetSumSquares(), from.GetRootMeanSquare(),
-             from.GetLargestDeviation(), from.GetSmallestDeviation()};
+    return nu_part_sums{static_cast<std::int64_t>(from.GetNumberPoints()), from.GetSumSquares(),
+                        from.GetRootMeanSquare(), from.GetLargestDeviation(), from.GetSmallestDeviation()};
   });
 }
 
@@ -71,7 +70,7 @@ nu_status nu_part_write(const nu_part* part, uint8_t* bytes, int32_t capacity, i
 }
 
 nu_status nu_part_read(const uint8_t* bytes, int32_t count, nu_part** part) {
-  return Create(part, [&] { return nu_part{.part = CNuAssociationPart::FromBytes(bytes, count)}; });
+  return Create(part, [&] { return nu_part{{}, CNuAssociationPart::FromBytes(bytes, count)}; });
 }
 
 nu_status nu_candidates_create(nu_candidates** candidates) {

@@ -36,11 +36,10 @@ void nu_report_free(nu_report* report) {
 }
 
 nu_status nu_report_get(const nu_report* report, nu_summary* summary) {
-  return Guarded([&] {
+  return Give(summary, "summary is null", [&] {
     const CNuAssociationReport& from = Deref(report).report;
-    Require(summary != nullptr, "summary is null");
-    *summary = {from.GetFeatureType(), from.GetCriterion(), from.GetDetails(), from.GetNumberPoints(),
-                from.GetEnd(),         from.GetCause(),     from.GetSteps(),   from.GetLastStep()};
+    return nu_summary{from.GetFeatureType(), from.GetCriterion(), from.GetDetails(), from.GetNumberPoints(),
+                      from.GetEnd(),         from.GetCause(),     from.GetSteps(),   from.GetLastStep()};
   });
 }
 
@@ -49,11 +48,7 @@ nu_status nu_report_require(const nu_report* report) {
 }
 
 nu_status nu_report_form(const nu_report* report, nu_form* form) {
-  return Guarded([&] {
-    const CNuAssociationReport& from = Deref(report).report;
-    Require(form != nullptr, "form is null");
-    *form = {from.GetForm(), from.GetPeak(), from.GetValley(), from.GetRootMeanSquare(), from.GetSumSquares()};
-  });
+  return Give(form, "form is null", [&] { return FormOf(Deref(report).report); });
 }
 
 nu_status nu_report_deviations(const nu_report* report, double* values, int32_t capacity, int32_t* count,
@@ -77,20 +72,18 @@ nu_status nu_report_contacts(const nu_report* report, nu_contact* contacts, int3
 }
 
 nu_status nu_report_uncertainty(const nu_report* report, nu_uncertainty* uncertainty) {
-  return Guarded([&] {
+  return Give(uncertainty, "uncertainty is null", [&] {
     const CNuAssociationReport& from = Deref(report).report;
-    Require(uncertainty != nullptr, "uncertainty is null");
-    *uncertainty = {from.GetNumberParameters(), from.GetDegreesOfFreedom(), from.GetStandardDeviation(),
-                    from.GetCondition()};
+    return nu_uncertainty{from.GetNumberParameters(), from.GetDegreesOfFreedom(), from.GetStandardDeviation(),
+                          from.GetCondition()};
   });
 }
 
 nu_status nu_report_parameter(const nu_report* report, int32_t i, nu_parameter* parameter) {
-  return Guarded([&] {
+  return Give(parameter, "parameter is null", [&] {
     const CNuAssociationReport& from = Deref(report).report;
-    Require(parameter != nullptr, "parameter is null");
     const std::int32_t isAngle = from.IsParameterAngle(i) != NuFalse ? 1 : 0;
-    *parameter = {from.GetParameterName(i), isAngle, 0, from.GetStandardUncertainty(i)};
+    return nu_parameter{from.GetParameterName(i), isAngle, 0, from.GetStandardUncertainty(i)};
   });
 }
 
@@ -125,9 +118,8 @@ nu_status nu_report_surface_uncertainty(const nu_report* report, const double* p
 }
 
 nu_status nu_report_bound(const nu_report* report, nu_bound* bound) {
-  return Guarded([&] {
+  return Give(bound, "bound is null", [&] {
     const CNuAssociationReport& from = Deref(report).report;
-    Require(bound != nullptr, "bound is null");
     nu_bound found{};
     found.is_global = from.IsGlobal() != NuFalse ? 1 : 0;
     try {
@@ -137,14 +129,13 @@ nu_status nu_report_bound(const nu_report* report, nu_bound* bound) {
     } catch (const CNuOperationException& failure) {
       if (failure.GetCause() != NuOperationNotReported) throw;
     }
-    *bound = found;
+    return found;
   });
 }
 
 nu_status nu_report_weakness(const nu_report* report, nu_weakness* weakness) {
-  return Guarded([&] {
+  return Give(weakness, "weakness is null", [&] {
     const CNuAssociationReport& from = Deref(report).report;
-    Require(weakness != nullptr, "weakness is null");
     nu_weakness found{};
     found.parameter = from.GetWeakestParameter();
     found.uncertainty = from.GetWeakestUncertainty();
@@ -152,7 +143,7 @@ nu_status nu_report_weakness(const nu_report* report, nu_weakness* weakness) {
     CNuPoint probe;
     found.has_probe = from.GetProbingPlace(&probe) != NuFalse ? 1 : 0;
     Write(probe, found.probe);
-    *weakness = found;
+    return found;
   });
 }
 
@@ -166,11 +157,8 @@ nu_status nu_report_explain(const nu_report* report, char* text, int32_t capacit
 
 nu_status nu_report_check(const nu_report* report, const double* xyz, int32_t count, int32_t stride,
                           const nu_feature* feature, double length, nu_verdict* verdict) {
-  return Guarded([&] {
-    const CNuCertificate certificate = Deref(report).report.GetCertificate();
-    Require(verdict != nullptr, "verdict is null");
-    *verdict = VerdictOf(certificate, xyz, count, stride, feature, length);
-  });
+  return Give(verdict, "verdict is null",
+              [&] { return VerdictOf(Deref(report).report.GetCertificate(), xyz, count, stride, feature, length); });
 }
 
 nu_status nu_certificate_check(int32_t criterion, const nu_contact* contacts, int32_t contact_count, const double* xyz,

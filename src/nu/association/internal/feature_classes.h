@@ -64,6 +64,17 @@ template<>
 inline constexpr FeatureRules kRules<CNuTorSurf>{"CNuTorSurf", CNuObject::NuTypeTorSurf, kWithZone,
                                                  kPlaced | kFixedRadius | kFixedMajorRadius};
 
+template<class... Classes>
+struct ClassList {
+  // Whether find.operator()<Class>() is true of a class; the first one ends the search.
+  template<class Find>
+  static bool Any(const Find& find) {
+    return (find.template operator()<Classes>() || ...);
+  }
+};
+using FittedClasses = ClassList<CNuLine, CNuPlane, CNuCircle, CNuEllipse, CNuHyperbola, CNuParabola, CNuSphSurf,
+                                CNuCylSurf, CNuConSurf, CNuTorSurf>;
+
 // One of the class, to be fitted: some have no default.
 template<class Class>
 Class AnyOf() {

@@ -80,6 +80,12 @@ enum class Tag : std::uint32_t {
   kCandidates = 0x6e750006
 };
 
+template<Tag kOwn>
+struct Handle {
+  static constexpr Tag kTag = kOwn;
+  Tag tag = kOwn;
+};
+
 template<class Handle>
 auto& Deref(Handle* handle) {
   Require(handle != nullptr, "the handle is null");

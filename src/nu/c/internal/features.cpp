@@ -211,4 +211,17 @@ nu_feature ToFeatureOfAny(const CNuObject& object) {
   return ReadAny(object, static_cast<AnyClass*>(nullptr));
 }
 
+Objects Taken(const CNuObjArray& objects) {
+  Objects elements;
+  int taken = 0;
+  try {
+    elements.reserve(static_cast<std::size_t>(objects.GetSize()));
+    for (; taken < objects.GetSize(); ++taken) elements.emplace_back(objects[taken]);
+  } catch (...) {
+    for (; taken < objects.GetSize(); ++taken) delete objects[taken];
+    throw;
+  }
+  return elements;
+}
+
 }  // namespace nu::internal::c
