@@ -52,12 +52,7 @@ LineZone ZoneInPlane(PointView points) {
   const Vec3 y = Cross(z, x);
   std::vector<std::array<double, 2>> local;
   local.reserve(blocks.Size());
-  blocks.ForEach([&](const PointBlock& block) {
-    for (std::size_t i = 0; i < block.size; ++i) {
-      const Vec3 q = Vec3{block.x[i], block.y[i], block.z[i]} - flat.mean;
-      local.push_back({Dot(q, x), Dot(q, y)});
-    }
-  });
+  blocks.ForEachPoint([&](const Vec3& p) { local.push_back({Dot(p - flat.mean, x), Dot(p - flat.mean, y)}); });
   const PointView view(local.front().data(), sizeof(local.front()), local.size());
   const Strip2 strip = NarrowestStrip(view);
   const Vec3 normal = strip.normal[0] * x + strip.normal[1] * y;

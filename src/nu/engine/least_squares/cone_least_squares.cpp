@@ -189,12 +189,7 @@ ConeProblem::System SumByRows(PointBlocks& points, const ConeModel& model) {
   system.deviations = ConeProblem::DeviationsFrom(points, model);
   system.count = static_cast<double>(points.Size());
   CompensatedSum spread;
-  points.ForEach([&](const PointBlock& block) {
-    for (std::size_t i = 0; i < block.size; ++i) {
-      const Vec3 fromPivot = Vec3{block.x[i], block.y[i], block.z[i]} - model.pivot;
-      spread.Add(Dot(fromPivot, fromPivot));
-    }
-  });
+  points.ForEachPoint([&](const Vec3& p) { spread.Add(Dot(p - model.pivot, p - model.pivot)); });
   system.spread = spread.Value();
   return system;
 }

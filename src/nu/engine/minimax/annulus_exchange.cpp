@@ -72,8 +72,7 @@ NU_KERNEL void FindExtremes(const PointBlock& block, const Axes2& given, const V
   found.nearIndex = std::min(found.nearIndex, block.size - 1);
 }
 
-Vec2 InPlane(const PointBlock& block, std::size_t i, const Vec3 (&axis)[2]) {
-  const Vec3 p{block.x[i], block.y[i], block.z[i]};
+Vec2 InPlane(const Vec3& p, const Vec3 (&axis)[2]) {
   return {Dot(axis[0], p), Dot(axis[1], p)};
 }
 
@@ -104,11 +103,11 @@ AnnulusExchange::Extremes AnnulusExchange::ExtremesFrom(Vec2 centre) const {
     FindExtremes(block, axes, centre, found);
     if (found.farSquare > far) {
       far = found.farSquare;
-      extremes.farthest = InPlane(block, found.farIndex, m_axis);
+      extremes.farthest = InPlane(block.At(found.farIndex), m_axis);
     }
     if (found.nearSquare < near) {
       near = found.nearSquare;
-      extremes.nearest = InPlane(block, found.nearIndex, m_axis);
+      extremes.nearest = InPlane(block.At(found.nearIndex), m_axis);
     }
   });
   extremes.outer = std::sqrt(far);
@@ -120,13 +119,11 @@ AnnulusExchange::Extremes AnnulusExchange::ExtremesAlong(Vec2 direction) const {
   Extremes extremes;
   extremes.outer = -kInfinity;
   extremes.inner = kInfinity;
-  m_points.ForEach([&](const PointBlock& block) {
-    for (std::size_t i = 0; i < block.size; ++i) {
-      const Vec2 p = InPlane(block, i, m_axis);
-      const double along = Dot(p, direction);
-      if (along > extremes.outer) extremes.outer = along, extremes.farthest = p;
-      if (along < extremes.inner) extremes.inner = along, extremes.nearest = p;
-    }
+  m_points.ForEachPoint([&](const Vec3& point) {
+    const Vec2 p = InPlane(point, m_axis);
+    const double along = Dot(p, direction);
+    if (along > extremes.outer) extremes.outer = along, extremes.farthest = p;
+    if (along < extremes.inner) extremes.inner = along, extremes.nearest = p;
   });
   return extremes;
 }
@@ -151,14 +148,12 @@ std::vector<Vec2> AnnulusExchange::RepresentativePoints(Vec2 centre) const {
   std::vector<Run> runs(kSample);
   const std::size_t n = m_points.Size();
   std::size_t at = 0;
-  m_points.ForEach([&](const PointBlock& block) {
-    for (std::size_t i = 0; i < block.size; ++i, ++at) {
-      Run& run = runs[at * kSample / n];
-      const Vec2 p = InPlane(block, i, m_axis);
-      const double square = Dot(p - centre, p - centre);
-      if (square > run.far) run.far = square, run.farthest = p;
-      if (square < run.near) run.near = square, run.nearest = p;
-    }
+  m_points.ForEachPoint([&](const Vec3& point) {
+    Run& run = runs[at++ * kSample / n];
+    const Vec2 p = InPlane(point, m_axis);
+    const double square = Dot(p - centre, p - centre);
+    if (square > run.far) run.far = square, run.farthest = p;
+    if (square < run.near) run.near = square, run.nearest = p;
   });
   std::vector<Vec2> points = m_sample;
   for (const Run& run : runs) {
@@ -174,7 +169,7 @@ void AnnulusExchange::TakeSample(Vec2 start) {
   std::size_t before = 0;
   m_points.ForEach([&](const PointBlock& block) {
     for (std::size_t i = (step - before % step) % step; i < block.size; i += step) {
-      m_sample.push_back(InPlane(block, i, m_axis));
+      m_sample.push_back(InPlane(block.At(i), m_axis));
     }
     before += block.size;
   });

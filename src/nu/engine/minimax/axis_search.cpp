@@ -274,7 +274,7 @@ double AxisSearch::ExtendOutline(const Circle& circle) {
     all = std::max(all, largest);
     for (std::size_t i = 0; largest > outside && i < block.size; ++i) {
       if (!(distance[i] > outside)) continue;
-      const Vec3 point{block.x[i], block.y[i], block.z[i]};
+      const Vec3 point = block.At(i);
       Far& place = far[axis.Stratum(point)];
       if (distance[i] > place.distance) place = {distance[i], point};
     }

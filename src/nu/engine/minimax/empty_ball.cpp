@@ -274,7 +274,7 @@ class Ascent {
       double t;
       std::size_t index;
       FindMeeting(block, line, t, index);
-      if (t < next.t) next = {t, {block.x[index], block.y[index], block.z[index]}};
+      if (t < next.t) next = {t, block.At(index)};
     });
     return next;
   }

@@ -310,7 +310,7 @@ class FewPoints {
     std::size_t next = 0;
     m_points.ForEach([&](const PointBlock& block) {
       for (; next < block.size; next += step) {
-        const Vec3 p{block.x[next], block.y[next], block.z[next]};
+        const Vec3 p = block.At(next);
         visit(m_frame.InSteps({Dot(p, m_axes[0]), Dot(p, m_axes[1])}));
       }
       next -= block.size;

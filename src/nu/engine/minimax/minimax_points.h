@@ -32,7 +32,7 @@ class MinimaxPoints {
   MinimaxPoints& operator=(const MinimaxPoints&) = delete;
 
   int Size() const { return static_cast<int>(m_set.size); }
-  Vec3 Point(int row) const { return {m_set.x[row], m_set.y[row], m_set.z[row]}; }
+  Vec3 Point(int row) const { return m_set.At(static_cast<std::size_t>(row)); }
   double Sign(int row) const { return m_sign[row]; }
   // Of all points' deviations, at the last pass.
   double Range() const { return m_range; }
@@ -53,11 +53,9 @@ class MinimaxPoints {
       Collect(m_all, model, std::nextafter(largest - range * m_range, -kInfinity), kMostSeeds);
       return largest;
     }
-    m_all.ForEach([&](const PointBlock& block) {
-      for (std::size_t i = 0; i < block.size; ++i) {
-        if (m_side != MinimaxSide::inner) Append(PointAt(block, i), 1.0);
-        if (m_side != MinimaxSide::outer) Append(PointAt(block, i), -1.0);
-      }
+    m_all.ForEachPoint([&](const Vec3& p) {
+      if (m_side != MinimaxSide::inner) Append(p, 1.0);
+      if (m_side != MinimaxSide::outer) Append(p, -1.0);
     });
     FillLanes();
     return largest;
@@ -97,23 +95,11 @@ class MinimaxPoints {
   static constexpr std::size_t kNearFrom = std::size_t{1} << 15;
   static constexpr std::size_t kNearShare = 16;
 
-  struct Near {
-    explicit Near(std::vector<Vec3> found)
-        : points(std::move(found)), blocks(PointView(&points[0].x, sizeof(Vec3), points.size()), Vec3{}) {
-      blocks.Keep();
-    }
-
-    std::vector<Vec3> points;
-    PointBlocks blocks;
-  };
-
   struct Candidate {
     double value = 0.0;
     double sign = 0.0;
     Vec3 point;
   };
-
-  static Vec3 PointAt(const PointBlock& block, std::size_t i) { return {block.x[i], block.y[i], block.z[i]}; }
 
   bool IsOutside(double deviation) const {
     return m_side == MinimaxSide::outer || (m_side == MinimaxSide::both && deviation >= 0.0);
@@ -148,10 +134,10 @@ class MinimaxPoints {
       double low, high;
       model.Deviations(block, m_deviation, low, high);
       for (std::size_t i = 0; i < block.size && Extreme(low, high) >= least; ++i)
-        if (Extreme(m_deviation[i], m_deviation[i]) >= least) near.push_back(PointAt(block, i));
+        if (Extreme(m_deviation[i], m_deviation[i]) >= least) near.push_back(block.At(i));
     });
     if (near.empty()) return value;
-    m_near = std::make_unique<Near>(std::move(near));
+    m_near = std::make_unique<OwnBlocks>(std::move(near));
     const double threshold = std::max(least, value - kSeedRangeOfMany * m_range);
     Collect(m_near->blocks, model, std::nextafter(threshold, -kInfinity), kMostSeeds);
     return value;
@@ -189,7 +175,7 @@ class MinimaxPoints {
       const bool outside = IsOutside(m_deviation[i]);
       const double value = outside ? m_deviation[i] : -m_deviation[i];
       if (!(value > threshold)) continue;
-      const Vec3 point = PointAt(block, i);
+      const Vec3 point = block.At(i);
       Candidate& place = worst[2 * model.Stratum(point) + (outside ? 0 : 1)];
       if (value > place.value) place = {value, outside ? 1.0 : -1.0, point};
     }
@@ -207,7 +193,7 @@ class MinimaxPoints {
     const double middle = ordered[size / 2];
     m_set.size = 0;
     for (std::size_t i = 0; i < size; ++i)
-      if (m_deviation[i] > middle) Append(PointAt(m_set, i), m_sign[i]);
+      if (m_deviation[i] > middle) Append(m_set.At(i), m_sign[i]);
   }
 
   void Put(std::size_t i, const Vec3& p, double sign) {
@@ -222,12 +208,12 @@ class MinimaxPoints {
   void FillLanes() {
     if (m_set.size == 0) return;
     const std::size_t last = m_set.size - 1;
-    for (std::size_t i = m_set.size; i % kLanes != 0; ++i) Put(i, PointAt(m_set, last), m_sign[last]);
+    for (std::size_t i = m_set.size; i % kLanes != 0; ++i) Put(i, m_set.At(last), m_sign[last]);
   }
 
   PointBlocks& m_all;
   MinimaxSide m_side;
-  std::unique_ptr<Near> m_near;
+  std::unique_ptr<OwnBlocks> m_near;
   double m_range = 0.0;
   int m_added = 0;
   bool m_renumbered = false;

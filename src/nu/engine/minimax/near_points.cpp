@@ -20,10 +20,6 @@ double Length(const Vec3& v) {
   return std::sqrt(Dot(v, v));
 }
 
-Vec3 PointIn(const PointBlock& block, std::size_t i) {
-  return {block.x[i], block.y[i], block.z[i]};
-}
-
 }  // namespace
 
 double NearPoints::Region::SizeOf(const Vec3& offset) const {
@@ -53,14 +49,6 @@ struct NearPoints::Ball {
   const Vec3* contact;
   int contacts;
 };
-
-NearPoints::Level::Level(std::vector<Vec3> near, const Region& where, double size)
-    : points(std::move(near)),
-      blocks(PointView(&points[0].x, sizeof(Vec3), points.size()), Vec3{}),
-      region(where),
-      reach(size) {
-  blocks.Keep();
-}
 
 bool NearPoints::Covers(int level, const Vec3& centre) const {
   return std::all_of(m_levels.begin(), m_levels.begin() + level,
@@ -94,7 +82,7 @@ double NearPoints::SampledLeeway(const Ball& ball) {
   std::vector<double> leeways;
   std::size_t next = 0;
   LastPoints().ForEach([&](const PointBlock& block) {
-    for (; next < block.size; next += step) leeways.push_back(ball.LeewayOf(PointIn(block, next)));
+    for (; next < block.size; next += step) leeways.push_back(ball.LeewayOf(block.At(next)));
     next -= block.size;
   });
   const auto wanted = leeways.begin() + static_cast<std::ptrdiff_t>(leeways.size() / kShare);
@@ -111,10 +99,8 @@ void NearPoints::Narrow(const Vec3* contact, int contacts) {
       std::max({SampledLeeway(ball), kSteps / kUses * m_travel, kLeastReach * m_rounding / ball.region.across});
   StartCount();
   std::vector<Vec3> near;
-  LastPoints().ForEach([&](const PointBlock& block) {
-    for (std::size_t i = 0; i < block.size; ++i) {
-      if (!(ball.LeewayOf(PointIn(block, i)) > reach)) near.push_back(PointIn(block, i));
-    }
+  LastPoints().ForEachPoint([&](const Vec3& p) {
+    if (!(ball.LeewayOf(p) > reach)) near.push_back(p);
   });
   if (near.empty() || near.size() > LastPoints().Size() / 2) return;
   m_levels.push_back(std::make_unique<Level>(std::move(near), ball.region, (1.0 - kMargin) * reach));

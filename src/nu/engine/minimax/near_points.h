@@ -43,11 +43,10 @@ class NearPoints {
     Vec3 along;
     double across;
   };
-  struct Level {
-    Level(std::vector<Vec3> near, const Region& where, double size);
+  struct Level : OwnBlocks {
+    Level(std::vector<Vec3> near, const Region& where, double size)
+        : OwnBlocks(std::move(near)), region(where), reach(size) {}
 
-    std::vector<Vec3> points;
-    PointBlocks blocks;
     Region region;
     double reach;
   };

@@ -59,11 +59,11 @@ NearAndFar NearAndFarFrom(PointBlocks& points, const Vec3& centre) {
     nonFinite += found.nonFinite;
     if (found.farSquare > far) {
       far = found.farSquare;
-      result.farthest = {block.x[found.farIndex], block.y[found.farIndex], block.z[found.farIndex]};
+      result.farthest = block.At(found.farIndex);
     }
     if (found.nearSquare < near) {
       near = found.nearSquare;
-      result.nearest = {block.x[found.nearIndex], block.y[found.nearIndex], block.z[found.nearIndex]};
+      result.nearest = block.At(found.nearIndex);
     }
   });
   result.least = std::sqrt(near);

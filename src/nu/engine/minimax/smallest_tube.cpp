@@ -18,17 +18,6 @@ constexpr std::size_t kFewPoints = 24;
 // A circle around the middle of the points has no side where they are.
 constexpr double kCentred = 0.1;
 
-double ReachFrom(const Vec3& place, PointBlocks& points) {
-  double square = 0.0;
-  points.ForEach([&](const PointBlock& block) {
-    for (std::size_t i = 0; i < block.size; ++i) {
-      const Vec3 q = Vec3{block.x[i], block.y[i], block.z[i]} - place;
-      square = std::max(square, Dot(q, q));
-    }
-  });
-  return std::sqrt(square);
-}
-
 // Circles and lines near the points, from their moments alone.
 class StartTubes {
  public:
@@ -120,9 +109,7 @@ Tube CircleThrough(const Vec3& p, const Vec3& q, const Vec3& r) {
 Tube CircleThroughAll(PointBlocks& three) {
   Tube tube;
   if (!three.FitScale()) return tube;
-  three.ForEach([&](const PointBlock& b) {
-    tube = CircleThrough({b.x[0], b.y[0], b.z[0]}, {b.x[1], b.y[1], b.z[1]}, {b.x[2], b.y[2], b.z[2]});
-  });
+  three.ForEach([&](const PointBlock& b) { tube = CircleThrough(b.At(0), b.At(1), b.At(2)); });
   return tube;
 }
 
@@ -133,7 +120,7 @@ Tube SmallestTube(PointBlocks& points, TubeStarts starts, long limit, const Step
   const FourthMoments moments = FindFourthMoments(points);
   Tube best;
   if (!moments.finite) return best;
-  const double reach = ReachFrom(moments.mean, points);
+  const double reach = FarthestFrom(points, moments.mean);
   const double rounding = kRoundings * kEpsilon * reach;
   const StartTubes start(moments, reach);
   Minimax<TubeDistance> minimax(points, MinimaxSide::outer, rounding, limit, monitor);

@@ -114,4 +114,13 @@ bool PointBlocks::FitScale() {
   return true;
 }
 
+double FarthestFrom(PointBlocks& points, const Vec3& place) {
+  double square = 0.0;
+  points.ForEachPoint([&](const Vec3& p) {
+    const double s = Dot(p - place, p - place);
+    square = s <= square ? square : s;
+  });
+  return std::sqrt(square);
+}
+
 }  // namespace nu::engine::points

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "nu/engine/base/compensated_sum.h"
 #include "nu/engine/base/simd.h"
@@ -32,6 +34,8 @@ struct PointBlock {
     constexpr std::size_t lanes = kLanes;
     return kWindow + (lanes - std::min(lanes, size - i));
   }
+
+  Vec3 At(std::size_t i) const { return {x[i], y[i], z[i]}; }
 
   alignas(64) double x[kBlockPoints];
   alignas(64) double y[kBlockPoints];
@@ -91,6 +95,13 @@ class PointBlocks {
     ForEachOf(isWanted, visit);
   }
 
+  template<class Visit>
+  void ForEachPoint(Visit visit) {
+    ForEach([&](const PointBlock& block) {
+      for (std::size_t i = 0; i < block.size; ++i) visit(block.At(i));
+    });
+  }
+
   // Walks over the blocks for whose first point, by its index, `isWanted` is true; the others are not even read.
   template<class IsWanted, class Visit>
   void ForEachOf(IsWanted isWanted, Visit visit) {
@@ -126,6 +137,20 @@ class PointBlocks {
   Range m_between = {};
   PointBlock m_block;
 };
+
+// Points of their own, in blocks that stay; at least one.
+struct OwnBlocks {
+  explicit OwnBlocks(std::vector<Vec3> given)
+      : points(std::move(given)), blocks(PointView(&points[0].x, sizeof(Vec3), points.size()), Vec3{}) {
+    blocks.Keep();
+  }
+
+  std::vector<Vec3> points;
+  PointBlocks blocks;
+};
+
+// The largest distance of a point from a place of the blocks; NaN or infinite when a coordinate is.
+double FarthestFrom(PointBlocks& points, const Vec3& place);
 
 // Compensated sums of what a kernel delivers per block.
 template<int N>
