@@ -150,7 +150,7 @@ double CNuAssociationCandidates::Fit(ENuCriterion criterion, CNuGeometry* featur
   const UnknownMask fixed = ~parts.free;
   const bool isTorus = any->feature.kind == FeatureKind::torus;
   const bool isOther = fixed != 0 && parts.feature.kind != any->feature.kind;
-  if (isOther || (isTorus && (fixed >> kSize1 & 1U) != 0)) FailOperation(NuOperationUnsupported, kWhat, kFit);
+  if (isOther || (isTorus && Contains(fixed, kSize1))) FailOperation(NuOperationUnsupported, kWhat, kFit);
   Feature start = HeldAs(parts.feature, fixed, any->feature);
   if (isTorus) start.kind = FeatureKind::circleInSpace;
   start.bothNappes = start.kind == FeatureKind::cone && parts.feature.bothNappes;

@@ -41,13 +41,9 @@ double ValueOf(const FittedFeature& fit, const FitProblem& problem) {
 double ValueOf(const ReportData& data, const FitProblem& problem) {
   if (problem.criterion == FitCriterion::leastSquares) return data.form.sumSquares;
   if (problem.criterion != FitCriterion::zone) return data.feature.size[0];
-  if ((problem.fixed >> OffsetOf(data.feature.kind) & 1U) == 0) return data.value;
+  if (!Contains(problem.fixed, OffsetOf(data.feature.kind))) return data.value;
   const double farthest = std::max(data.form.peak, data.form.valley);
   return problem.side == PointSide::either ? 2.0 * farthest : farthest;
-}
-
-bool HasSign(FeatureKind kind) {
-  return kind != FeatureKind::line && kind != FeatureKind::circleInSpace;
 }
 
 struct Sampling {
@@ -60,9 +56,7 @@ struct Sampling {
 
   Sampling(const AssociationState& s, const ReportData& d)
       : state(s), data(d), feature(ParameterFeature(s, d)), problem(ProblemOf(s, d.criterion, d.feature.kind, {})) {
-    const UnknownMask free = UnknownsOf(d.feature.kind) & ~problem.fixed;
-    for (int k = 0; k < kUnknowns; ++k)
-      if ((free >> k & 1U) != 0) unknown[count++] = static_cast<Unknown>(k);
+    count = ListUnknowns(UnknownsOf(d.feature.kind) & ~problem.fixed, unknown);
   }
 
   bool Run(PointView points, double* values) const {
@@ -75,8 +69,7 @@ struct Sampling {
     for (int k = 0; k < count; ++k) values[k] = UnitOf(feature.kind, unknown[k]) * change[unknown[k]];
     values[count] = fit.feature.size[0];
     if (HasRadius(data.criterion)) return true;
-    const FormParameters form = FindForm(points, fit.feature, nullptr);
-    values[count] = HasSign(fit.feature.kind) ? form.total : 2.0 * form.peak;
+    values[count] = FormOf(points, fit.feature);
     return true;
   }
 };

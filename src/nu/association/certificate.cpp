@@ -63,8 +63,7 @@ std::vector<Feature> Readings(const Feature& feature, ENuCriterion criterion, Po
 // A zone lies about its feature or, where this can be shifted to its side, on one side of it.
 std::vector<ContactCriterion> CriteriaOf(ENuCriterion criterion, FeatureKind kind, UnknownMask free) {
   std::vector<ContactCriterion> criteria{CriterionFor(criterion, kind)};
-  const bool hasSides = kind != FeatureKind::line && kind != FeatureKind::circleInSpace;
-  if (criteria[0] == ContactCriterion::zone && hasSides && (free >> OffsetOf(kind) & 1U) != 0)
+  if (criteria[0] == ContactCriterion::zone && !IsDistance(kind) && Contains(free, OffsetOf(kind)))
     criteria.push_back(ContactCriterion::oneSidedZone);
   return criteria;
 }
@@ -90,14 +89,13 @@ ENuCertificateCheck CheckFor(CertificateCheck check) {
 
 // Of the unknowns of the feature those that its fixed parameters leave.
 UnknownMask FreeUnknowns(FeatureKind kind, unsigned fixed) {
-  const auto bit = [](Unknown unknown) { return 1U << unknown; };
   const bool isTorus = kind == FeatureKind::torus;
   UnknownMask held = 0;
-  if ((fixed & kFixedDirection) != 0) held |= bit(kTiltX) | bit(kTiltY) | bit(kTurn);
-  if ((fixed & kFixedPoint) != 0) held |= bit(kShiftX) | bit(kShiftY) | bit(kShiftZ);
-  if ((fixed & kFixedPoint) != 0 && kind == FeatureKind::cone) held |= bit(kSize0);
-  if ((fixed & (isTorus ? kFixedMajorRadius : kFixedRadius)) != 0) held |= bit(kSize0);
-  if ((fixed & kFixedSemiAngle) != 0) held |= bit(kSize1);
+  if ((fixed & kFixedDirection) != 0) held |= kTilts | Bits({kTurn});
+  if ((fixed & kFixedPoint) != 0) held |= kShifts;
+  if ((fixed & kFixedPoint) != 0 && kind == FeatureKind::cone) held |= Bits({kSize0});
+  if ((fixed & (isTorus ? kFixedMajorRadius : kFixedRadius)) != 0) held |= Bits({kSize0});
+  if ((fixed & kFixedSemiAngle) != 0) held |= Bits({kSize1});
   return ~held;
 }
 

@@ -97,7 +97,7 @@ TEST(Covariance, IsThatOfTheAnalyticCases) {
 
   const Covariance circle = CovarianceOf(ViewOf(ring), nullptr, {FeatureKind::circle, kWorld, {5.0, 0.0}}, kAll);
   ExpectClose(Variance(circle, UnknownGradient(kSize0, 2.0)), 4.0 / kCount, kRounding, "diameter");
-  ExpectClose(Variance(circle, CentreGradient({0.6, 0.8, 0.0})), 2.0 / kCount, kRounding, "centre");
+  ExpectClose(Variance(circle, Gradient{{0.6, 0.8, 0.0}}), 2.0 / kCount, kRounding, "centre");
   ExpectClose(circle.condition, std::sqrt(2.0), kRounding, "condition");
   EXPECT_EQ(circle.degreesOfFreedom, kCount - 3);
 

@@ -20,16 +20,6 @@
 namespace nu::internal {
 namespace {
 
-constexpr UnknownMask Bit(Unknown unknown) {
-  return 1U << unknown;
-}
-constexpr UnknownMask kShifts = Bit(kShiftX) | Bit(kShiftY) | Bit(kShiftZ);
-constexpr UnknownMask kTilts = Bit(kTiltX) | Bit(kTiltY);
-
-bool IsRound(FeatureKind kind) {
-  return kind == FeatureKind::circle || kind == FeatureKind::sphere || kind == FeatureKind::cylinder;
-}
-
 AxisFrame Turned(const AxisFrame& frame, const Vec3& direction) {
   constexpr double kParallel = 1e-3;  // a sine, far from where rounding decides
   const bool hasAcross = Norm(Cross(frame.x, direction)) > kParallel;
@@ -113,11 +103,11 @@ Feature BesideMean(Feature feature, const FitProblem& problem) {
 
 UnknownMask FixedUnknowns(const FixedParameters& fixed, FeatureKind kind) {
   UnknownMask mask = 0;
-  if (fixed.direction) mask |= kind == FeatureKind::lineInPlane ? Bit(kTurn) : kTilts;
-  if (fixed.point) mask |= kShifts | (kind == FeatureKind::cone ? Bit(kSize0) : 0U);
-  if (fixed.majorRadius) mask |= Bit(kSize0);
-  if (fixed.radius) mask |= kind == FeatureKind::torus ? Bit(kSize1) : Bit(kSize0);
-  if (fixed.semiAngle) mask |= Bit(kSize1);
+  if (fixed.direction) mask |= kind == FeatureKind::lineInPlane ? Bits({kTurn}) : kTilts;
+  if (fixed.point) mask |= kShifts | (kind == FeatureKind::cone ? Bits({kSize0}) : 0U);
+  if (fixed.majorRadius) mask |= Bits({kSize0});
+  if (fixed.radius) mask |= kind == FeatureKind::torus ? Bits({kSize1}) : Bits({kSize0});
+  if (fixed.semiAngle) mask |= Bits({kSize1});
   return mask & UnknownsOf(kind);
 }
 

@@ -51,8 +51,7 @@ void RequireConverged(FitEnd end, const char* name) {
 }
 
 void RequireBend(const AssociationState& state, const Feature& found, const char* name) {
-  const bool isRound = found.kind == FeatureKind::circle || found.kind == FeatureKind::sphere ||
-                       found.kind == FeatureKind::cylinder || found.kind == FeatureKind::circleInSpace;
+  const bool isRound = IsRound(found.kind) || found.kind == FeatureKind::circleInSpace;
   if (isRound && !state.options.fixed.radius) RequireBend(state.points, found.size[0], name);
   if (found.kind != FeatureKind::cone) return;
   const Vec3 apex = found.frame.origin - found.size[0] / nu::engine::base::Tan(found.size[1]) * found.frame.z;

@@ -8,8 +8,7 @@
 namespace nu::internal {
 
 inline bool IsAngle(FeatureKind kind, Unknown unknown) {
-  if (unknown == kSize1) return kind == FeatureKind::cone;
-  return unknown == kTiltX || unknown == kTiltY || unknown == kTurn;
+  return Contains(AnglesOf(kind), unknown);
 }
 
 // Of the interface, per unit of the engine.

@@ -30,8 +30,7 @@ Feature AccountedLine(const Feature& line, ENuCriterion criterion, PointView poi
 
 // A distance has no sign: the points lie within a cylinder or a tube.
 double FormOf(const FormParameters& found, FeatureKind kind) {
-  const bool hasSign = kind != FeatureKind::line && kind != FeatureKind::circleInSpace;
-  return hasSign ? found.total : 2.0 * found.peak;
+  return IsDistance(kind) ? 2.0 * found.peak : found.total;
 }
 
 // The form and the sum of squares are those of the plain fit, to the bit, where it has them.
@@ -136,7 +135,7 @@ void FillDetails(const AssociationState& state, const Feature& feature, const Pl
   if ((data->details & NuDetailContacts) != 0 && isHeld) FillContacts(state, free, data);
   // The zone on one side is the free one, shifted by half of its width.
   data->hasCertificate =
-      data->criterion != NuLeastSquares && (options.side == NuEitherSide || (free >> OffsetOf(feature.kind) & 1U) != 0);
+      data->criterion != NuLeastSquares && (options.side == NuEitherSide || Contains(free, OffsetOf(feature.kind)));
   data->value = ValueOf(*data);
   if ((data->details & NuDetailExplanation) != 0) ExplainFit(state, free, data);
 }

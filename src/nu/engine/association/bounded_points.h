@@ -52,9 +52,7 @@ class BoundedPoints {
 
   template<class Visit>
   void ForEach(Visit visit) {
-    m_blocks.ForEach([&](const PointBlock& block) {
-      for (std::size_t i = 0; i < block.size; ++i) visit(m_frame.Local({block.x[i], block.y[i], block.z[i]}));
-    });
+    m_blocks.ForEachPoint([&](const Vec3& p) { visit(m_frame.Local(p)); });
   }
 
   // So many points, each the farthest from those before it. They join the set.

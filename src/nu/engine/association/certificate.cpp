@@ -60,10 +60,6 @@ constexpr double kLeastRadius = 64.0;              // losses: in a smaller neigh
 constexpr std::size_t kMostSpread = 64;            // contacts, beyond which those without a multiplier are left aside
 constexpr double kFlat = 1e-6;  // curvature that counts as none, relative: the rounding of the feature makes less
 
-bool IsAngle(int unknown) {
-  return unknown == kTiltX || unknown == kTiltY || unknown == kTurn;
-}
-
 double NormOf(const double* values, int count) {
   double sum = 0.0;
   for (int k = 0; k < count; ++k) sum += values[k] * values[k];
@@ -315,10 +311,8 @@ class Proof {
 
   // Only a zone has two boundaries, and distances from a line or a circle in space have one side.
   double SideOf(const ContactPoint& given) const {
-    const FeatureKind kind = m_question.feature.kind;
     if (m_question.criterion == ContactCriterion::inscribed) return -1.0;
-    const bool isOuter = m_question.criterion == ContactCriterion::circumscribed || kind == FeatureKind::line ||
-                         kind == FeatureKind::circleInSpace;
+    const bool isOuter = m_question.criterion == ContactCriterion::circumscribed || IsDistance(m_question.feature.kind);
     return isOuter || given.side >= 0.0 ? 1.0 : -1.0;
   }
 
@@ -328,9 +322,7 @@ class Proof {
     Jet<Number> u[kUnknowns + 1];
     for (Jet<Number>& unknown : u) unknown = Jet<Number>(m_count);
     for (int k = 0; k < m_count; ++k) {
-      const bool isLength =
-          !IsAngle(m_free[k]) && !(m_free[k] == kSize1 && m_question.feature.kind == FeatureKind::cone);
-      const DoubleDouble perLength{isLength || m_extent == 0.0 ? 1.0 : 1.0 / m_extent};
+      const DoubleDouble perLength{PerLength(m_question.feature.kind, m_free[k], m_extent)};
       u[m_free[k]].first[k] = Constant(perLength, Number{});
       u[m_free[k]].value = Constant(perLength, Number{}) * range;
     }
@@ -348,10 +340,13 @@ class Proof {
     const bool isTorus = q.feature.kind == FeatureKind::torus;
     if (unknown == kSize1 && isTorus) return false;
     if (unknown == kSize0 && !isTorus && !IsZone()) return false;
-    return (q.free & UnknownsOf(q.feature.kind) & (1U << unknown)) != 0;
+    return Contains(q.free & UnknownsOf(q.feature.kind), unknown);
   }
 
-  bool HasFreeAngle() const { return std::any_of(m_free, m_free + m_count, IsAngle); }
+  bool HasFreeAngle() const {
+    const auto isAngle = [](int unknown) { return Contains(kTilts | Bits({kTurn}), unknown); };
+    return std::any_of(m_free, m_free + m_count, isAngle);
+  }
 
   bool IsConvex() const {
     const FeatureKind kind = m_question.feature.kind;

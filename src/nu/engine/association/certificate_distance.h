@@ -93,9 +93,7 @@ class CertifiedFeature {
     return fromAxis * cosine - (m_nappes ? SignOf(fromApex) * fromApex : fromApex);
   }
 
-  bool HasRadius() const {
-    return m_kind == FeatureKind::circle || m_kind == FeatureKind::sphere || m_kind == FeatureKind::cylinder;
-  }
+  bool HasRadius() const { return IsRound(m_kind); }
 
  private:
   FeatureKind m_kind;

@@ -11,11 +11,6 @@ namespace {
 // The errors of a deviation, in units of the rounding of the greatest length in it.
 constexpr double kDeviationRoundings = 4.0;
 
-constexpr UnknownMask Bit(Unknown k) {
-  return 1U << k;
-}
-constexpr UnknownMask kAcross = Bit(kShiftX) | Bit(kShiftY);
-
 bool HasSecondLength(FeatureKind kind) {
   return kind == FeatureKind::ellipse || kind == FeatureKind::hyperbola || kind == FeatureKind::torus;
 }
@@ -32,42 +27,23 @@ Feature WithNearOrigin(Feature feature, UnknownMask fixed) {
   const Vec3 q = frame.Local({});
   switch (feature.kind) {
     case FeatureKind::lineInPlane:
-      if (!(fixed & Bit(kShiftY))) frame.origin = frame.origin + q.x * frame.x;
+      if (!Contains(fixed, kShiftY)) frame.origin = frame.origin + q.x * frame.x;
       break;
     case FeatureKind::plane:
-      if (!(fixed & Bit(kShiftZ))) frame.origin = frame.origin + (q.x * frame.x + q.y * frame.y);
+      if (!Contains(fixed, kShiftZ)) frame.origin = frame.origin + (q.x * frame.x + q.y * frame.y);
       break;
     case FeatureKind::cone:
-      if (fixed & (kAcross | Bit(kSize0))) break;
+      if (fixed & (kShiftsAcross | Bits({kSize0}))) break;
       frame.origin = frame.origin + q.z * frame.z;
       feature.size[0] += q.z * Tan(feature.size[1]);
       break;
     case FeatureKind::line:
     case FeatureKind::cylinder:
-      if (!(fixed & kAcross)) frame.origin = frame.origin + q.z * frame.z;
+      if (!(fixed & kShiftsAcross)) frame.origin = frame.origin + q.z * frame.z;
       break;
     default:
       break;
   }
-  return feature;
-}
-
-double FarthestFrom(PointBlocks& points, const Vec3& origin) {
-  double square = 0.0;
-  points.ForEach([&](const PointBlock& block) {
-    for (std::size_t i = 0; i < block.size; ++i) {
-      const Vec3 q = Vec3{block.x[i], block.y[i], block.z[i]} - origin;
-      const double s = Dot(q, q);
-      square = s <= square ? square : s;
-    }
-  });
-  return std::sqrt(square);
-}
-
-Feature Scaled(Feature feature, double scale) {
-  feature.frame.origin = scale * feature.frame.origin;
-  feature.size[0] *= scale;
-  if (HasSecondLength(feature.kind)) feature.size[1] *= scale;
   return feature;
 }
 
@@ -85,11 +61,10 @@ Feature InCallersFrame(Feature feature, const PointBlocks& points) {
 
 // To the bit what the caller has fixed.
 void RestoreFixed(const Feature& start, UnknownMask fixed, Feature& feature) {
-  constexpr UnknownMask kShifts = kAcross | Bit(kShiftZ);
   const UnknownMask still = fixed | ~UnknownsOf(feature.kind);
   if ((still & kShifts) == kShifts && (fixed & kShifts)) feature.frame.origin = start.frame.origin;
-  if (still & Bit(kSize0)) feature.size[0] = start.size[0];
-  if (still & Bit(kSize1)) feature.size[1] = start.size[1];
+  if (Contains(still, kSize0)) feature.size[0] = start.size[0];
+  if (Contains(still, kSize1)) feature.size[1] = start.size[1];
 }
 
 void ToCallersUnit(const PointBlocks& points, FitCriterion criterion, FittedFeature& result) {
@@ -147,12 +122,10 @@ FittedFeature Solve(const FitProblem& problem, PointBlocks& points, const Featur
 }  // namespace
 
 Feature HeldAs(const Feature& held, UnknownMask fixed, Feature feature) {
-  constexpr UnknownMask kShifts = kAcross | Bit(kShiftZ);
-  constexpr UnknownMask kTilts = Bit(kTiltX) | Bit(kTiltY);
   if ((fixed & kTilts) != 0) feature.frame = {feature.frame.origin, held.frame.x, held.frame.y, held.frame.z};
   if ((fixed & kShifts) != 0) feature.frame.origin = held.frame.origin;
   for (const int k : {0, 1})
-    if ((fixed >> (kSize0 + k) & 1U) != 0) feature.size[k] = held.size[k];
+    if (Contains(fixed, kSize0 + k)) feature.size[k] = held.size[k];
   return feature;
 }
 

@@ -184,7 +184,7 @@ class SquaresDescent {
       BlockSquares part;
       if (byRows) AddByRows(feature, block, weight, part, beyond, worst);
       for (std::size_t i = 0; !byRows && i < block.size; ++i) {
-        const Vec3 p{block.x[i], block.y[i], block.z[i]};
+        const Vec3 p = block.At(i);
         const double w = weight == nullptr ? 1.0 : weight[i];
         const double e = AddHalfSquare(feature, p, w, part.first, part.second);
         part.weight += w;
@@ -261,19 +261,18 @@ class SquaresDescent {
   void AddByRows(const Feature& feature, const PointBlock& block, const double* weight, BlockSquares& sums,
                  double& beyond, Candidate (&worst)[kFeatureParts]) {
     CentreOn(feature, block, m_centred);
-    const auto pointAt = [&](std::size_t i) { return Vec3{block.x[i], block.y[i], block.z[i]}; };
     for (std::size_t begin = 0; begin < block.size; begin += kRows) {
       const std::size_t count = FillRows(feature, m_centred, begin, weight);
       AddProducts(count, sums);
       const std::size_t rows = std::min(kRows, block.size - begin);
       for (std::size_t i = 0; i < rows; i += kSampleStride) {
         const double part = static_cast<double>(std::min(kSampleStride, rows - i));
-        AddCurvature(feature, pointAt(begin + i), part * m_rowsOfBlock.weight[i] * m_rowsOfBlock.residual[i],
+        AddCurvature(feature, block.At(begin + i), part * m_rowsOfBlock.weight[i] * m_rowsOfBlock.residual[i],
                      sums.second);
       }
       for (std::size_t i = 0; m_constrained && i < rows; ++i)
         if (m_rowsOfBlock.weight[i] > 0.0)
-          Notice(feature, pointAt(begin + i), m_rowsOfBlock.residual[i], beyond, worst);
+          Notice(feature, block.At(begin + i), m_rowsOfBlock.residual[i], beyond, worst);
     }
   }
 

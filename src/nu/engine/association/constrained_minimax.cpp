@@ -45,7 +45,7 @@ struct FreeFeature {
     Deviations(block, deviation, smallest, largest);
     for (std::size_t i = 0; i < block.size; ++i) {
       double first[association::kUnknowns];
-      DeviationOf(feature, {block.x[i], block.y[i], block.z[i]}, first);
+      DeviationOf(feature, block.At(i), first);
       for (int k = 0; k < K; ++k) gradient[k][i] = k < free->count ? free->unit[k] * first[free->at[k]] : 0.0;
     }
   }
@@ -158,7 +158,7 @@ FittedFeature FitWithout(const ScaledFit& fit, const Feature& start, MinimaxSide
       const double extreme = inside ? -e : e;
       if (!(extreme > value)) continue;
       value = extreme;
-      point = {block.x[i], block.y[i], block.z[i]};
+      point = block.At(i);
       pointSign = inside ? -fit.Sign() : fit.Sign();
     }
   });
@@ -203,7 +203,7 @@ FittedFeature FitZone(const ScaledFit& fit, const Feature& start) {
   const UnknownMask mask = fit.Free(start);
   const FreeUnknowns free(start.kind, mask, fit.extent);
   const bool isShifted =
-      fit.problem.side != PointSide::either && (mask >> OffsetOf(start.kind) & 1U) != 0 && !start.bothNappes;
+      fit.problem.side != PointSide::either && Contains(mask, OffsetOf(start.kind)) && !start.bothNappes;
   if (!isShifted) return FitSides(fit, free, start, MinimaxSide::both);
   FitProblem both = fit.problem;
   both.side = PointSide::either;
@@ -220,7 +220,7 @@ FittedFeature FitZone(const ScaledFit& fit, const Feature& start) {
 FittedFeature FitMinimax(const ScaledFit& fit, const Feature& start) {
   if (fit.problem.criterion == FitCriterion::zone) return FitZone(fit, start);
   const bool isInner = fit.problem.criterion == FitCriterion::inscribed;
-  const FreeUnknowns free(start.kind, fit.Free(start) & ~(1U << kSize0), fit.extent);
+  const FreeUnknowns free(start.kind, fit.Free(start) & ~Bits({kSize0}), fit.extent);
   Feature centre = start;
   centre.size[0] = 0.0;
   FittedFeature result = FitSides(fit, free, centre, isInner ? MinimaxSide::inner : MinimaxSide::outer);

@@ -79,8 +79,7 @@ class HullOfGradients {
         m_feature(feature),
         m_mask(balanced),
         m_hasMiddle(feature.kind == FeatureKind::cone && feature.bothNappes) {
-    for (int k = 0; k < kUnknowns; ++k)
-      m_scale[k] = extent > 0.0 && (AnglesOf(feature.kind) >> k & 1U) != 0 ? 1.0 / extent : 1.0;
+    for (int k = 0; k < kUnknowns; ++k) m_scale[k] = PerLength(feature.kind, k, extent);
     // The first vector is the one farthest against a direction that singles out no unknown.
     for (int k = 0; k < kComponents; ++k) m_nearest[k] = 1.0 + 0.125 * k;
   }
@@ -90,7 +89,7 @@ class HullOfGradients {
     Active& pull = m_active[m_count++];
     pull.point = {kNoPoint, 0.0, 0.0};
     for (int k = 0; k < kUnknowns; ++k)
-      m_nearest[k] = pull.gradient[k] = (m_mask >> k & 1U) != 0 ? m_scale[k] * gradient[k] : 0.0;
+      m_nearest[k] = pull.gradient[k] = Contains(m_mask, k) ? m_scale[k] * gradient[k] : 0.0;
     m_nearest[kMiddle] = 0.0;
   }
 
@@ -141,7 +140,7 @@ class HullOfGradients {
     double gradient[kUnknowns];
     DeviationOf(m_feature, LoadVec3(m_points[point.index]), gradient);
     for (int k = 0; k < kUnknowns; ++k)
-      vector.gradient[k] = (m_mask >> k & 1U) != 0 ? point.side * m_scale[k] * gradient[k] : 0.0;
+      vector.gradient[k] = Contains(m_mask, k) ? point.side * m_scale[k] * gradient[k] : 0.0;
     if (m_hasMiddle) vector.gradient[kMiddle] = point.side;
     return vector;
   }
@@ -267,7 +266,7 @@ ContactAccount FindContacts(PointView points, const Feature& feature, ContactCri
 
   const Unknown offset = OffsetOf(feature.kind);
   const bool isZone = criterion == ContactCriterion::zone || criterion == ContactCriterion::oneSidedZone;
-  const bool isCentred = criterion == ContactCriterion::zone && (free >> offset & 1U) == 0;
+  const bool isCentred = criterion == ContactCriterion::zone && !Contains(free, offset);
   const double level = std::max(extremes.high, -extremes.low);
   double outer = extremes.high - account.tolerance;
   double inner = extremes.low + account.tolerance;
@@ -275,7 +274,7 @@ ContactAccount FindContacts(PointView points, const Feature& feature, ContactCri
   if (isCentred && outer < level - 2.0 * account.tolerance) outer = kInfinity;
   if (isCentred && -inner < level - 2.0 * account.tolerance) inner = -kInfinity;
   // Nor can a zone on one side, which need not reach down to its feature then.
-  const bool isOneSided = criterion == ContactCriterion::oneSidedZone && (free >> offset & 1U) == 0;
+  const bool isOneSided = criterion == ContactCriterion::oneSidedZone && !Contains(free, offset);
   if (isOneSided && extremes.low > account.tolerance) inner = -kInfinity;
   if (isOneSided && extremes.high < -account.tolerance) outer = kInfinity;
   if (criterion == ContactCriterion::circumscribed || ResidualsPerPoint(feature.kind) > 1) inner = -kInfinity;

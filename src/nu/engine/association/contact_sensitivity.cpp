@@ -326,17 +326,14 @@ Covariance SensitivityToContacts(PointView points, const Feature& feature, Conta
   if (!result.finite) return result;
   const UnknownMask all = free & UnknownsOf(feature.kind);
   const bool isSize = criterion == ContactCriterion::circumscribed || criterion == ContactCriterion::inscribed;
-  const UnknownMask radius = isSize ? all & 1U << kSize0 : 0U;
-  for (int k = 0; k < kUnknowns; ++k)
-    if (((all & ~radius) >> k & 1U) != 0) result.unknown[result.unknowns++] = static_cast<Unknown>(k);
-  const int held = result.unknowns;
+  const UnknownMask radius = isSize ? all & Bits({kSize0}) : 0U;
+  const int held = result.unknowns = ListUnknowns(all & ~radius, result.unknown);
   if (radius != 0) result.unknown[result.unknowns++] = kSize0;
   for (std::size_t i = 0; i < points.Size(); ++i)
     result.extent = std::max(result.extent, Norm(LoadVec3(points[i]) - feature.frame.origin));
   result.finite = result.extent > 0.0;
   if (!result.finite || result.unknowns == 0) return result;
-  for (int j = 0; j < result.unknowns; ++j)
-    result.scale[j] = (AnglesOf(feature.kind) >> result.unknown[j] & 1U) != 0 ? 1.0 / result.extent : 1.0;
+  for (int j = 0; j < result.unknowns; ++j) result.scale[j] = PerLength(feature.kind, result.unknown[j], result.extent);
   const HeldFeature moves(points, feature, criterion, account, result, held);
   double square[N][N] = {};
   moves.AddMoves(radius != 0, square);

@@ -39,8 +39,7 @@ class JacobianReduction {
     m_result.sumSquares = m_sumSquares.Value();
     m_result.extent = std::sqrt(m_squaredExtent);
     for (int j = 0; j < m_result.unknowns; ++j) {
-      const bool isScaled = (AnglesOf(m_feature.kind) >> m_result.unknown[j] & 1U) != 0 && m_result.extent > 0.0;
-      m_result.scale[j] = isScaled ? 1.0 / m_result.extent : 1.0;
+      m_result.scale[j] = PerLength(m_feature.kind, m_result.unknown[j], m_result.extent);
       for (int i = 0; i <= j; ++i) m_result.factor[i][j] = m_reduction.R(i, j) * m_result.scale[j];
     }
   }
@@ -142,8 +141,7 @@ Feature CentredOn(PointView points, const Feature& feature) {
 
 Covariance CovarianceOf(PointView points, const double* weights, const Feature& feature, UnknownMask free) {
   Covariance result;
-  for (int k = 0; k < kUnknowns; ++k)
-    if ((free & UnknownsOf(feature.kind)) >> k & 1U) result.unknown[result.unknowns++] = static_cast<Unknown>(k);
+  result.unknowns = ListUnknowns(free & UnknownsOf(feature.kind), result.unknown);
   JacobianReduction(feature, weights, result).Reduce(points);
   result.finite = std::isfinite(result.sumSquares) && std::isfinite(result.extent);
   kDecompose[result.unknowns](result);
@@ -200,10 +198,6 @@ Gradient UnknownGradient(Unknown unknown, double factor) {
   return gradient;
 }
 
-Gradient CentreGradient(const Vec3& towards) {
-  return {{towards.x, towards.y, towards.z}};
-}
-
 Gradient AxisPointGradient(double height, double towardsX, double towardsY) {
   Gradient gradient;
   gradient.by[kShiftX] = towardsX;
@@ -241,7 +235,7 @@ void FindChange(const Feature& from, const Feature& to, double (&change)[kUnknow
   if (from.kind == FeatureKind::lineInPlane) change[kShiftY] = o.y - o.x * x.y / x.x;
   if (from.kind == FeatureKind::cone) change[kSize0] += along * Tan(to.size[1]);
   for (int k = 0; k < kUnknowns; ++k)
-    if ((UnknownsOf(from.kind) >> k & 1U) == 0) change[k] = 0.0;
+    if (!Contains(UnknownsOf(from.kind), k)) change[k] = 0.0;
 }
 
 }  // namespace nu::engine::association

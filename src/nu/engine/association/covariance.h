@@ -56,8 +56,7 @@ double StandardUncertainty(const Covariance& covariance, const Gradient& gradien
 void FillCovariance(const Covariance& covariance, double sigma, double (&matrix)[kUnknowns][kUnknowns]);
 
 // Scalars in the frame of the feature; heights along z and positions count from its origin.
-Gradient UnknownGradient(Unknown unknown, double factor = 1.0);  // size[0]: factor 2 gives the diameter
-Gradient CentreGradient(const Vec3& towards);                    // the origin, along a unit vector of the frame
+Gradient UnknownGradient(Unknown unknown, double factor = 1.0);               // size[0]: factor 2 gives the diameter
 Gradient AxisPointGradient(double height, double towardsX, double towardsY);  // of a point of the axis, across it
 // How far the feature moves, against the deviation, at a place on it or beside it (in the coordinates of the points):
 // a plane at a lateral position, a line in a plane, any surface. At a contact it is what the deviation loses.

@@ -205,15 +205,13 @@ PointsSummary SummaryOf(PointView points, double coincident) {
   const Vec3 across = Cross(thinnest.direction, longest.direction);
   Span along[3];
   double square = 0.0;
-  blocks.ForEach([&](const PointBlock& block) {
-    for (std::size_t i = 0; i < block.size; ++i) {
-      const Vec3 q = Vec3{block.x[i], block.y[i], block.z[i]} - longest.mean;
-      const Vec3 off = Rejection(q, longest.direction);
-      along[0].Add(Dot(q, longest.direction));
-      along[1].Add(Dot(q, across));
-      along[2].Add(Dot(q, thinnest.direction));
-      square = std::max(square, Dot(off, off));
-    }
+  blocks.ForEachPoint([&](const Vec3& p) {
+    const Vec3 q = p - longest.mean;
+    const Vec3 off = Rejection(q, longest.direction);
+    along[0].Add(Dot(q, longest.direction));
+    along[1].Add(Dot(q, across));
+    along[2].Add(Dot(q, thinnest.direction));
+    square = std::max(square, Dot(off, off));
   });
   summary.length = along[0].Width() / blocks.Scale();
   summary.width = along[1].Width() / blocks.Scale();

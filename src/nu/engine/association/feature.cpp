@@ -28,14 +28,7 @@
 namespace nu::engine::association {
 namespace {
 
-constexpr UnknownMask Bits(std::initializer_list<Unknown> unknowns) {
-  UnknownMask mask = 0;
-  for (const Unknown k : unknowns) mask |= 1U << k;
-  return mask;
-}
-
-constexpr UnknownMask kShifts = Bits({kShiftX, kShiftY, kShiftZ});
-constexpr UnknownMask kAxis = Bits({kShiftX, kShiftY, kTiltX, kTiltY});
+constexpr UnknownMask kAxis = kShiftsAcross | kTilts;
 constexpr UnknownMask kInPlane = Bits({kShiftX, kShiftY, kTurn});
 
 bool IsConic(FeatureKind kind) {
@@ -177,10 +170,6 @@ Meridian HalfSquareOfDistance(const Feature& feature, double rho, double h) {
   half.second[kFirstSize][kFirstSize] = 1.0;
   half.SetSecond(kRho, kFirstSize, -1.0);
   return half;
-}
-
-bool IsDistance(FeatureKind kind) {
-  return kind == FeatureKind::line || kind == FeatureKind::circleInSpace;
 }
 
 // A point seen from a round feature, and the derivatives of rho, h and the sizes by the unknowns.
@@ -344,19 +333,26 @@ void ConicCurvature(const ConicPlace& place, double (&sum)[kUnknowns][kUnknowns]
 
 void KeepUnknowns(UnknownMask mask, double (&gradient)[kUnknowns]) {
   for (int i = 0; i < kUnknowns; ++i)
-    if (!(mask >> i & 1U)) gradient[i] = 0.0;
+    if (!Contains(mask, i)) gradient[i] = 0.0;
 }
 
 void AddUnknowns(UnknownMask mask, double weight, const double (&second)[kUnknowns][kUnknowns],
                  double (&sum)[kUnknowns][kUnknowns]) {
   for (int i = 0; i < kUnknowns; ++i) {
-    if (!(mask >> i & 1U)) continue;
+    if (!Contains(mask, i)) continue;
     for (int j = 0; j < kUnknowns; ++j)
-      if (mask >> j & 1U) sum[i][j] += weight * second[i][j];
+      if (Contains(mask, j)) sum[i][j] += weight * second[i][j];
   }
 }
 
 }  // namespace
+
+Feature Scaled(Feature feature, double factor) {
+  feature.frame.origin = factor * feature.frame.origin;
+  feature.size[0] *= factor;
+  if (feature.kind != FeatureKind::cone) feature.size[1] *= factor;
+  return feature;
+}
 
 UnknownMask UnknownsOf(FeatureKind kind) {
   switch (kind) {
@@ -389,7 +385,18 @@ UnknownMask UnknownsOf(FeatureKind kind) {
 
 UnknownMask AnglesOf(FeatureKind kind) {
   const UnknownMask sizes = kind == FeatureKind::cone ? Bits({kSize1}) : 0;
-  return UnknownsOf(kind) & (Bits({kTiltX, kTiltY, kTurn}) | sizes);
+  return UnknownsOf(kind) & (kTilts | Bits({kTurn}) | sizes);
+}
+
+double PerLength(FeatureKind kind, int unknown, double extent) {
+  return Contains(AnglesOf(kind), unknown) && extent > 0.0 ? 1.0 / extent : 1.0;
+}
+
+int ListUnknowns(UnknownMask mask, Unknown (&list)[kUnknowns]) {
+  int count = 0;
+  for (int k = 0; k < kUnknowns; ++k)
+    if (Contains(mask, k)) list[count++] = static_cast<Unknown>(k);
+  return count;
 }
 
 Unknown OffsetOf(FeatureKind kind) {

@@ -1,6 +1,8 @@
 #ifndef NU_ENGINE_ASSOCIATION_FEATURE_H
 #define NU_ENGINE_ASSOCIATION_FEATURE_H
 
+#include <initializer_list>
+
 #include "nu/engine/shapes/axis_frame.h"
 
 // Every feature as a frame and up to two sizes, moved by one set of unknowns, so that what accounts for a fit
@@ -37,6 +39,18 @@ enum Unknown {
 
 using UnknownMask = unsigned;  // bit k: unknown k
 
+constexpr UnknownMask Bits(std::initializer_list<Unknown> unknowns) {
+  UnknownMask mask = 0;
+  for (const Unknown k : unknowns) mask |= 1U << k;
+  return mask;
+}
+constexpr bool Contains(UnknownMask mask, int unknown) {
+  return (mask >> unknown & 1U) != 0;
+}
+inline constexpr UnknownMask kShifts = Bits({kShiftX, kShiftY, kShiftZ});
+inline constexpr UnknownMask kShiftsAcross = Bits({kShiftX, kShiftY});
+inline constexpr UnknownMask kTilts = Bits({kTiltX, kTiltY});
+
 struct Feature {
   FeatureKind kind = FeatureKind::plane;
   AxisFrame frame;
@@ -47,6 +61,18 @@ struct Feature {
   bool operator==(const Feature&) const = default;
 };
 
+// Whether the deviation of a point is its distance, which is never negative.
+constexpr bool IsDistance(FeatureKind kind) {
+  return kind == FeatureKind::line || kind == FeatureKind::circleInSpace;
+}
+// Whether a radius, size[0], is all that the feature has beside its place.
+constexpr bool IsRound(FeatureKind kind) {
+  return kind == FeatureKind::circle || kind == FeatureKind::sphere || kind == FeatureKind::cylinder;
+}
+
+// All lengths times a factor.
+Feature Scaled(Feature feature, double factor);
+
 // Those that move the feature, none of them to the same effect as others: three for a plane, five for a cylinder, ...
 UnknownMask UnknownsOf(FeatureKind kind);
 
@@ -55,6 +81,10 @@ UnknownMask UnknownsOf(FeatureKind kind);
 Unknown OffsetOf(FeatureKind kind);
 // Those of them that are angles, in radians; the others are lengths.
 UnknownMask AnglesOf(FeatureKind kind);
+// How much of an unknown moves points at the distance `extent` by about 1.
+double PerLength(FeatureKind kind, int unknown, double extent);
+// The unknowns of a mask, in their order. Returns their number.
+int ListUnknowns(UnknownMask mask, Unknown (&list)[kUnknowns]);
 
 // Shifted, then tilted with the least turn about z, then turned. Axes without a tilt or turn stay as they are, to the
 // bit.

@@ -191,10 +191,6 @@ Feature AboutOrigin(Feature feature) {
   return feature;
 }
 
-Vec3 PointAt(const PointBlock& block, std::size_t i) {
-  return {block.x[i], block.y[i], block.z[i]};
-}
-
 }  // namespace
 
 void FindDeviations(const PointBlock& block, const Feature& feature, double* to, double& smallest, double& largest) {
@@ -205,14 +201,14 @@ void FindDeviations(const PointBlock& block, const Feature& feature, double* to,
   smallest = kInfinity;
   largest = -kInfinity;
   for (std::size_t i = 0; i < block.size; ++i) {
-    to[i] = DeviationOf(centred, PointAt(block, i));
+    to[i] = DeviationOf(centred, block.At(i));
     smallest = std::min(smallest, to[i]);
     largest = std::max(largest, to[i]);
   }
 }
 
 int ResidualsPerPoint(FeatureKind kind) {
-  return kind == FeatureKind::line || kind == FeatureKind::circleInSpace ? 2 : 1;
+  return IsDistance(kind) ? 2 : 1;
 }
 
 // To first order the frame tilts with the least turn, so that the coordinates of a point change by -tilt z across and
@@ -257,7 +253,7 @@ void FindRows(const PointBlock& block, std::size_t begin, std::size_t end, const
   for (std::size_t i = begin; i < end; ++i) {
     double each[kMostResiduals];
     double row[kMostResiduals][kUnknowns];
-    ResidualsOf(centred, PointAt(block, i), each, row);
+    ResidualsOf(centred, block.At(i), each, row);
     residual[i - begin] = each[which];
     for (int k = 0; k < kUnknowns; ++k)
       if (column[k] != nullptr) column[k][i - begin] = row[which][k];

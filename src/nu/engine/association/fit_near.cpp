@@ -15,9 +15,6 @@
 namespace nu::engine::association {
 namespace {
 
-constexpr UnknownMask kTilts = 1U << kTiltX | 1U << kTiltY;
-constexpr UnknownMask kAcross = 1U << kShiftX | 1U << kShiftY;
-constexpr UnknownMask kRadius = 1U << kSize0;
 constexpr long kAnnulusLimit = 1000;
 
 // With all points on one side, starts stand apart along the two directions in which the points determine the feature
@@ -35,10 +32,6 @@ constexpr int kTurnedStarts = 12;
 // A centre nearer to the mean of the points than this part of their distance has them all around.
 constexpr double kAllAround = 0.1;
 
-bool IsRound(FeatureKind kind) {
-  return kind == FeatureKind::circle || kind == FeatureKind::sphere || kind == FeatureKind::cylinder;
-}
-
 class Candidates {
  public:
   Candidates(const FitProblem& problem, const Feature& start)
@@ -49,9 +42,9 @@ class Candidates {
     m_found.push_back(m_start);
     if (m_start.kind == FeatureKind::torus && m_problem.criterion == FitCriterion::leastSquares) AddFreeTorus();
     if (m_problem.side != PointSide::either) AddApart();
-    const bool moves = !(m_problem.fixed & kAcross) && IsRound(m_start.kind);
+    const bool moves = !(m_problem.fixed & kShiftsAcross) && IsRound(m_start.kind);
     if (!moves) return m_found;
-    if (m_problem.fixed & kRadius) {
+    if (Contains(m_problem.fixed, kSize0)) {
       AddSidesOfSurface();
       AddSidesOfPatch();
       return m_found;
@@ -145,7 +138,7 @@ class Candidates {
   // To the same side, over half of a turn; of a plane, about axes in it all around.
   void AddTurned(double spread, double extent) {
     const bool isLine = m_start.kind == FeatureKind::lineInPlane;
-    if (!(spread > kThick * extent) || (m_problem.fixed & (isLine ? 1U << kTurn : kTilts)) != 0) return;
+    if (!(spread > kThick * extent) || (m_problem.fixed & (isLine ? Bits({kTurn}) : kTilts)) != 0) return;
     for (int k = 0; k < kTurnedStarts; ++k) {
       const double part = (k + 0.5) / kTurnedStarts;
       double step[kUnknowns] = {};

@@ -44,13 +44,6 @@ GlobalBound Unproven(const Feature& known) {
   return result;
 }
 
-Feature Rescaled(Feature feature, double unit) {
-  feature.frame.origin = unit * feature.frame.origin;
-  feature.size[0] *= unit;
-  if (feature.kind != FeatureKind::cone) feature.size[1] *= unit;
-  return feature;
-}
-
 Vec3 InFrame(const AxisFrame& frame, const Vec3& v) {
   return {Dot(v, frame.x), Dot(v, frame.y), Dot(v, frame.z)};
 }
@@ -73,12 +66,10 @@ class Scene {
     double low[3], high[3];
     std::fill_n(low, 3, kInfinity);
     std::fill_n(high, 3, -kInfinity);
-    m_blocks.ForEach([&](const PointBlock& block) {
-      for (std::size_t i = 0; i < block.size; ++i) {
-        const Vec3 p = m_frame.Local({block.x[i], block.y[i], block.z[i]});
-        const double along[] = {p.x, p.y, p.z};
-        for (int k = 0; k < 3; ++k) low[k] = std::min(low[k], along[k]), high[k] = std::max(high[k], along[k]);
-      }
+    m_blocks.ForEachPoint([&](const Vec3& point) {
+      const Vec3 p = m_frame.Local(point);
+      const double along[] = {p.x, p.y, p.z};
+      for (int k = 0; k < 3; ++k) low[k] = std::min(low[k], along[k]), high[k] = std::max(high[k], along[k]);
     });
     m_frame.origin = FromFrame(m_frame, {0.5 * (low[0] + high[0]), 0.5 * (low[1] + high[1]), 0.5 * (low[2] + high[2])});
     m_reach = 0.5 * Norm({high[0] - low[0], high[1] - low[1], high[2] - low[2]});
@@ -94,7 +85,7 @@ class Scene {
   double SlabWidth() const { return Scale() * NarrowestSlab(m_view, m_blocks.Origin()).width; }
 
   Feature ToWorking(const Feature& feature) const {
-    Feature f = Rescaled(feature, Scale());
+    Feature f = Scaled(feature, Scale());
     f.frame = {m_frame.Local(f.frame.origin), InFrame(m_frame, f.frame.x), InFrame(m_frame, f.frame.y),
                InFrame(m_frame, f.frame.z)};
     return f;
@@ -102,7 +93,7 @@ class Scene {
   Feature FromWorking(Feature f) const {
     f.frame = {m_frame.origin + FromFrame(m_frame, f.frame.origin), FromFrame(m_frame, f.frame.x),
                FromFrame(m_frame, f.frame.y), FromFrame(m_frame, f.frame.z)};
-    return Rescaled(f, 1.0 / Scale());
+    return Scaled(f, 1.0 / Scale());
   }
 
  private:
@@ -323,7 +314,7 @@ GlobalBound BoundAxis(Scene& scene, const Feature& known, const BoundLimits& lim
   const auto goesOn = [&](long boxes, double radius, double bound) { return monitor.GoesOn(boxes, radius, bound); };
   const AxisBound found = BoundAxes(scene.Blocks(), start, points.Reach(), kSearchedGap * gap, limits.boxes, goesOn);
   const bool improved = found.radius < size - gap;
-  if (improved) best = scene.ToWorking(Rescaled({known.kind, found.frame, {}}, 1.0 / scene.Scale()));
+  if (improved) best = scene.ToWorking(Scaled({known.kind, found.frame, {}}, 1.0 / scene.Scale()));
   best.size[0] = known.kind == FeatureKind::cylinder ? found.radius : 0.0;
   const double bound = std::min(found.bound, found.radius);
   return Described(scene, {best, found.radius, bound, improved, found.boxes, monitor.IsCancelled()}, gap, unit);

@@ -52,7 +52,7 @@ class PartReduction {
       : m_weights(weights), m_sums(sums), m_feature(sums.request.feature), m_reduction(kColumns) {
     m_otherNappe.bothNappes = true;
     const UnknownMask free = FreeOf(sums.request);
-    for (int k = 0; k < kUnknowns; ++k) m_column[k] = (free >> k & 1U) != 0 ? m_reduction.Column(k) : nullptr;
+    for (int k = 0; k < kUnknowns; ++k) m_column[k] = Contains(free, k) ? m_reduction.Column(k) : nullptr;
   }
 
   void Reduce(PointView points) {
@@ -76,7 +76,7 @@ class PartReduction {
   double WeightOf(std::size_t index) const { return m_weights == nullptr ? 1.0 : m_weights[index]; }
 
   void AddPoint(const PointBlock& block, std::size_t i) {
-    const Vec3 from{block.x[i], block.y[i], block.z[i]};
+    const Vec3 from = block.At(i);
     const Vec3 point = m_feature.frame.origin + from;
     const double deviation = DeviationOf(m_feature, point);
     const double weight = WeightOf(m_sums.points + i);
@@ -112,7 +112,7 @@ class PartReduction {
     const UnknownMask free = FreeOf(m_sums.request);
     for (int i = 0; i < kUnknowns; ++i)
       for (int j = 0; j < kUnknowns; ++j)
-        if ((free >> i & free >> j & 1U) == 0) m_sums.curvature[i][j] = 0.0;
+        if (!Contains(free, i) || !Contains(free, j)) m_sums.curvature[i][j] = 0.0;
   }
 
   const double* m_weights;

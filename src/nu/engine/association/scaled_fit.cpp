@@ -4,13 +4,8 @@
 
 namespace nu::engine::association {
 
-FreeUnknowns::FreeUnknowns(FeatureKind kind, UnknownMask free, double extent) {
-  for (int k = 0; k < kUnknowns; ++k) {
-    if (!(free >> k & 1U)) continue;
-    at[count] = static_cast<Unknown>(k);
-    unit[count] = (AnglesOf(kind) >> k & 1U) != 0 ? 1.0 / extent : 1.0;
-    ++count;
-  }
+FreeUnknowns::FreeUnknowns(FeatureKind kind, UnknownMask free, double extent) : count(ListUnknowns(free, at)) {
+  for (int i = 0; i < count; ++i) unit[i] = PerLength(kind, at[i], extent);
 }
 
 Feature FreeUnknowns::Moved(const Feature& feature, const double* step) const {

@@ -10,8 +10,8 @@ namespace nu::engine::association {
 // The unknowns that may move the feature, in units that make them lengths: an angle is multiplied by the distance of
 // the farthest point.
 struct FreeUnknowns {
-  int count = 0;
   Unknown at[kUnknowns] = {};
+  int count = 0;
   double unit[kUnknowns] = {};  // of each of them
 
   FreeUnknowns(FeatureKind kind, UnknownMask free, double extent);

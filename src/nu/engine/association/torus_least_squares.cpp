@@ -291,9 +291,8 @@ struct UnitPoints {
   }
 
   Feature InCallersFrame(Feature torus) const {
-    torus.frame.origin = mean + unit * torus.frame.origin;
-    torus.size[0] *= unit;
-    torus.size[1] *= unit;
+    torus = Scaled(torus, unit);
+    torus.frame.origin = mean + torus.frame.origin;
     return torus;
   }
 };
