@@ -56,11 +56,16 @@ struct Take<T> {
 template<class T>
 requires std::is_class_v<T>
 struct Take<T> {
-  static T From(Pool& pool) { return pool.Pick<T>(); }
+  static T From(Pool& pool) { return pool.Read<T>(); }
 };
 template<class T>
 struct Take<T&> {
-  static T& From(Pool& pool) { return pool.Pick<std::remove_const_t<T>>(); }
+  static T& From(Pool& pool) {
+    if constexpr (std::is_const_v<T>)
+      return pool.Read<std::remove_const_t<T>>();
+    else
+      return pool.Pick<T>();
+  }
 };
 template<class T>
 struct Take<T&&> {
@@ -69,7 +74,7 @@ struct Take<T&&> {
 template<class T>
 requires std::is_class_v<T>
 struct Take<T*> {
-  static T* From(Pool& pool) { return pool.IsNull() ? nullptr : &pool.Pick<std::remove_const_t<T>>(); }
+  static T* From(Pool& pool) { return pool.IsNull() ? nullptr : &Take<T&>::From(pool); }
 };
 template<class T>
 requires(std::is_arithmetic_v<T> || std::is_enum_v<T>) struct Take<T*> {
@@ -96,6 +101,7 @@ struct Take<double (*)(Numbers...)> {
 template<class Result>
 void Keep(Pool& pool, Result&& result) {
   using Type = std::decay_t<Result>;
+  pool.Record(result);
   if constexpr (std::is_same_v<Type, CNuBoundedCurve*>)
     pool.Own(result);
   else if constexpr (kIsPooled<Type>)
@@ -142,7 +148,7 @@ struct Called<kMember> {
 template<class Result, class Class, class... Arguments, Result (Class::*kMember)(Arguments...) const>
 struct Called<kMember> {
   static void Run(Pool& pool) {
-    const Class& object = pool.Pick<Class>();
+    const Class& object = pool.Read<Class>();
     Perform<Result, Arguments...>(pool, &object, [&](Arguments... values) -> Result {
       return (object.*kMember)(static_cast<Arguments&&>(values)...);
     });

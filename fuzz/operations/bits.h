@@ -44,6 +44,14 @@ void PutMatrix(Bits& bits, const Matrix& m) {
   }
 }
 
+template<class Coordinates>
+void PutCoordinates(Bits& bits, const Coordinates& coordinates) {
+  CNuPoint origin;
+  CNuVector x, z;
+  coordinates.GetData(&origin, &x, &z);
+  PutAll(bits, origin, x, z);
+}
+
 template<class Curve>
 void PutEnds(Bits& bits, const Curve& curve) {
   PutAll(bits, curve.GetStartPoint(), curve.GetEndPoint());
@@ -81,6 +89,8 @@ void Put(Bits& bits, const T& value) {
     PutAll(bits, value.GetRealRoots(), value.GetComplexRoots());
   else if constexpr (requires { value.GetRoots(); })
     Put(bits, value.GetRoots());
+  else if constexpr (std::is_same_v<T, CNuCartesianCoord>)
+    PutCoordinates(bits, value);
   else if constexpr (requires { value.GetSolution(); })
     Put(bits, value.GetSolution());
   else if constexpr (requires { value.GetCosData(); })

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <tuple>
 #include <type_traits>
+#include <vector>
 
 #include "nu/c/nu.h"
 #include "operations/pool.h"
@@ -54,7 +55,11 @@ class Values : public Pool::Companion {
     for (int left = pool.Values().Below(8); left > 0; --left) {
       m_coordinates[pool.Values().Byte()] = pool.Values().Number();
     }
-    for (int i = 0; i < kPlaces; ++i) Fill(Array<nu_feature>()[static_cast<std::size_t>(i)]);
+    m_coordinates[kAxis + 2] = 1.0;
+    for (std::size_t i = 0; i < kPlaces; ++i) {
+      Fill(Array<nu_feature>()[i]);
+      Make(i);
+    }
   }
   ~Values() override {
     std::apply([](auto&... handles) { (FreeAll(handles), ...); }, m_handles);
@@ -63,12 +68,15 @@ class Values : public Pool::Companion {
 
   int Integer() {
     const std::uint8_t choice = m_pool.Values().Byte();
-    constexpr int kNumbers[] = {-1, 8, 9, 12, 16, 31, kMostCount, INT32_MIN};
+    constexpr int kNumbers[] = {-1,           8, 9, 12, 16, 31, kMostCount, INT32_MIN, NU_KIND_POINT, NU_KIND_LINE,
+                                NU_KIND_PLANE};
     return choice < 160 ? choice % 8 : kNumbers[choice % std::size(kNumbers)];
   }
   // Coordinates never change: associations borrow them.
   const double* Coordinates() {
-    return m_pool.IsNull() ? nullptr : m_coordinates.data() + 3 * m_pool.Values().Below(kPlaces);
+    if (m_pool.IsNull()) return nullptr;
+    const int at = m_pool.Values().Below(kPlaces + 1);
+    return m_coordinates.data() + (at == kPlaces ? kAxis : std::size_t{3} * at);
   }
   template<class T>
   T* Place() {
@@ -96,6 +104,9 @@ class Values : public Pool::Companion {
   }
 
  private:
+  // Where the coordinates of the z axis are; from the next number on all are those of a cylinder.
+  static constexpr std::size_t kAxis = 150, kCylinder = 300;
+
   template<class T>
   Room<T>& Array() {
     return std::get<Room<T>>(m_arrays);
@@ -113,6 +124,33 @@ class Values : public Pool::Companion {
       slot = handle;
       handle = nullptr;
     }
+  }
+  template<class T>
+  T*& Handle(std::size_t i) {
+    return std::get<std::array<T*, kPlaces>>(m_handles)[i];
+  }
+  // The i-th handle of each kind, so that calls get somewhere without others before them.
+  void Make(std::size_t i) {
+    nu_feature cylinder{}, other{};
+    cylinder.kind = NU_KIND_CYLINDER;
+    other.kind = i % 2 == 0 ? NU_KIND_PLANE : NU_KIND_CYLINDER;
+    other.direction[2] = other.direction[0] = cylinder.direction[2] = 1.0;
+    cylinder.size[0] = 2.0;
+    other.size[0] = i % 2 == 0 ? 0.0 : 1.0;
+    nu_association*& association = Handle<nu_association>(i);
+    nu_association_create(m_coordinates.data() + kCylinder, kMostCount, 3, &association);
+    nu_part_create(association, &cylinder, cylinder.point, &Handle<nu_part>(i));
+    nu_candidates_create(&Handle<nu_candidates>(i));
+    nu_candidates_add(Handle<nu_candidates>(i), Handle<nu_part>(i));
+    nu_intersection_create(&other, &cylinder, &Handle<nu_intersection>(i));
+    nu_association_set_details(association, NU_DETAIL_ALL);
+    nu_association_fit(association, i % 2 == 0 ? NU_CRITERION_LEAST_SQUARES : NU_CRITERION_MINIMUM_ZONE, &cylinder,
+                       &Handle<nu_report>(i));
+    const double corners[] = {0.0, 0.0, 0.0, 3.0, 0.0, 0.0, 4.0, 1.0, 0.0}, centre[] = {3.0, 1.0, 0.0};
+    nu_curve*& curve = Handle<nu_curve>(i);
+    nu_curve_create(&curve);
+    nu_curve_add_segment(curve, corners, corners + 3);
+    if (i % 2 == 0) nu_curve_add_arc(curve, centre, corners + 3, corners + 6, 1);
   }
   void Fill(nu_feature& feature) {
     constexpr int kKinds[] = {NU_KIND_POINT,
@@ -214,6 +252,29 @@ void Texts(Pool& pool) {
   });
 }
 
+// As bytes and back; of a damaged byte as well. Some kilobytes are more than places have.
+void WriteAndReadPart(Pool& pool) {
+  Values& values = pool.With<Values>();
+  const nu_part* part = values.Handle<nu_part>();
+  nu_part** read = values.Returned<nu_part>();
+  std::int32_t count = 0;
+  if (!pool.Make([&] { Require(nu_part_write(part, nullptr, 0, &count)); })) return;
+  std::vector<std::uint8_t> bytes(static_cast<std::size_t>(count));
+  pool.Make([&] { Require(nu_part_write(part, bytes.data(), count, nullptr)); });
+  if (pool.IsNull() && count > 0) bytes[static_cast<std::size_t>(pool.Values().Byte() % count)] ^= 1;
+  pool.Make([&] { Require(nu_part_read(bytes.data(), count, read)); });
+  values.KeepReturned();
+}
+
+void WriteAndReadCurve(Pool& pool) {
+  Values& values = pool.With<Values>();
+  const nu_curve* written = values.Handle<nu_curve>();
+  nu_curve* read = values.Handle<nu_curve>();
+  const char* name = pool.IsNull() ? nullptr : pool.FileName();
+  pool.Make([&] { Require(nu_curve_write(written, name)); });
+  pool.Make([&] { Require(nu_curve_read(read, name)); });
+}
+
 std::int32_t Monitor(void* steps, std::int64_t step, double, double) {
   return step < *static_cast<const std::int64_t*>(steps) ? 1 : 0;
 }
@@ -242,6 +303,10 @@ constexpr Operation kOperations[] = {
     {"nu_version_text", Texts},
     {"nu_error_message", Texts},
     {"nu_association_set_monitor", Watch},
+    {"nu_part_write", WriteAndReadPart},
+    {"nu_part_read", WriteAndReadPart},
+    {"nu_curve_write", WriteAndReadCurve},
+    {"nu_curve_read", WriteAndReadCurve},
     NU_C(nu_version_get),
     NU_C(nu_error_get),
     NU_C(nu_tolerance_get),
@@ -286,8 +351,6 @@ constexpr Operation kOperations[] = {
     NU_C(nu_part_join),
     NU_C(nu_part_get),
     NU_C(nu_part_step),
-    NU_C(nu_part_write),
-    NU_C(nu_part_read),
     NU_C(nu_candidates_create),
     NU_C(nu_candidates_add),
     NU_C(nu_candidates_fit),
@@ -310,13 +373,10 @@ constexpr Operation kOperations[] = {
     NU_C(nu_polynomial_roots),
     NU_C(nu_polynomial_complex_roots),
     NU_C(nu_curve_create),
-    NU_C(nu_curve_read),
-    NU_C(nu_curve_write),
     NU_C(nu_curve_add_segment),
     NU_C(nu_curve_add_arc),
     NU_C(nu_curve_count),
     NU_C(nu_curve_get),
-
     NU_C(nu_curve_length),
     NU_C(nu_curve_distance),
     NU_C(nu_curve_offset),

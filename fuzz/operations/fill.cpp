@@ -1,5 +1,8 @@
 // The first objects of a pool.
 
+#include <cmath>
+#include <type_traits>
+
 #include "clouds.h"
 #include "operations/pool.h"
 #include "support/fitted.h"
@@ -39,20 +42,39 @@ Array Elements(Input& input) {
   return array;
 }
 
+// Lines and planes; and features with a radius or an angle as well, whose first object may have no place.
+template<class T>
+inline constexpr bool kIsPlaced = std::is_constructible_v<T, const CNuPoint&, const CNuVector&>;
+template<class T>
+inline constexpr bool kHasSize = std::is_constructible_v<T, double, const CNuPoint&, const CNuVector&>;
+
 template<class T>
 T Made(Input& input) {
   if constexpr (std::is_same_v<T, CNuPointArray>) {
     return input.Below(4) == 0 ? Corners(input) : Cloud(input);
   } else if constexpr (std::is_same_v<T, CNuIntArray> || std::is_same_v<T, CNuDoubleArray>) {
     return Elements<T>(input);
-  } else if constexpr (requires(T array) { array.SetExpandSize(1); }) {
-    return T(input.Below(4));
+  } else if constexpr (std::is_same_v<T, CNuObjArray>) {
+    T array(0);
+    for (int left = input.Below(4); left > 0; --left) array.Add(nullptr);
+    return array;
+  } else if constexpr (std::is_same_v<T, CNuComplex> || std::is_same_v<T, CNuComplexPolar>) {
+    const double first = input.Number();
+    return T(std::is_same_v<T, CNuComplex> ? first : std::fabs(first), input.Number());
+  } else if constexpr (std::is_same_v<T, CNuComplexArray> || std::is_same_v<T, CNuComplexPolarArray>) {
+    T array(0);
+    for (int left = input.Below(6); left > 0; --left) array.Add(Made<std::decay_t<decltype(array[0])>>(input));
+    return array;
   } else if constexpr (std::is_same_v<T, CNuPoint>) {
     const double x = input.Number(), y = input.Number(), z = input.Number();
     return T(x, y, z);
   } else if constexpr (std::is_same_v<T, CNuVector>) {
-    T v(input.Below(4) == 0 ? 1 + input.Size(8) : 3);
-    for (int i = 0; i < v.GetSize(); ++i) v[i] = input.Number();
+    const int kind = input.Below(4);
+    T v(kind == 0 ? 1 + input.Size(8) : 3);
+    if (kind == 1)
+      v[input.Below(3)] = 1.0;
+    else
+      for (int i = 0; i < v.GetSize(); ++i) v[i] = input.Number();
     return v;
   } else if constexpr (std::is_same_v<T, CNuMatrix>) {
     const int rows = 1 + input.Size(6);
@@ -78,8 +100,14 @@ T Made(Input& input) {
     const double a = input.Number(), b = input.Number();
     return T(a, b, input.Number());
   } else if constexpr (std::is_same_v<T, CNuChebyshevPolynomial> ||
-                       std::is_same_v<T, CNuChebyshevPolynomialExpression> || std::is_same_v<T, CNuLinearEquSys>) {
+                       std::is_same_v<T, CNuChebyshevPolynomialExpression>) {
     return T(input.Below(6));
+  } else if constexpr (std::is_same_v<T, CNuLinearEquSys>) {
+    T system(input.Below(3));
+    CNuMatrix a(3, 3);
+    for (int i = 0; i < 3; ++i) a.Element(i, i) = 1.0 + i;
+    system.Solve(a, CNuVector(1.0, 2.0, 3.0));
+    return system;
   } else if constexpr (std::is_same_v<T, CNuInterpolation> || std::is_same_v<T, CNuInterpolation2D>) {
     CNuDoubleArray x(0);
     double sum = 0.0;
@@ -124,7 +152,21 @@ T Made(Input& input) {
     CNuCylSurf cylinder(1);
     CNuCircle circle(1);
     const ENuCriterion criterion = input.Integer() % 2 == 0 ? NuMinimumZone : NuLeastSquares;
-    return input.Below(2) == 0 ? association.Fit(criterion, &cylinder) : association.Fit(criterion, &circle);
+    switch (input.Below(3)) {
+      case 0:
+        return association.Fit(criterion, &cylinder);
+      case 1:
+        return association.Fit(criterion, &circle);
+      default:
+        return association.ProveGlobally(NuMinimumCircumscribed, &cylinder, 20);
+    }
+  } else if constexpr (std::is_same_v<T, CNuAssociationPart>) {
+    Random random(input.Byte());
+    return T(TypicalPoints<CNuCylSurf>(random, 20), CNuCylSurf(5.0, CNuPoint(), CNuVector(0.0, 0.0, 1.0)), CNuPoint());
+  } else if constexpr (std::is_same_v<T, CNuAssociationCandidates>) {
+    T candidates;
+    candidates.Add(Made<CNuAssociationPart>(input));
+    return candidates;
   } else if constexpr (std::is_same_v<T, CNuSampledFit>) {
     Random random(input.Byte());
     const CNuPointArray points = TypicalPoints<CNuCircle>(random, 9);
@@ -136,6 +178,20 @@ T Made(Input& input) {
     CNuDoubleArray multipliers(0);
     for (int i = 0; i < 4; ++i) indices.Add(i), multipliers.Add(0.25);
     return T(NuMinimumZone, indices, indices, multipliers);
+  } else if constexpr (std::is_same_v<T, CNuCartesianCoord>) {
+    T frame;
+    const CNuPoint origin = Made<CNuPoint>(input);
+    const CNuVector x = Made<CNuVector>(input);
+    frame.SetData(origin, x, Made<CNuVector>(input));
+    return frame;
+  } else if constexpr (kIsPlaced<T> || kHasSize<T>) {
+    if (input.Below(4) == 0) return Start<T>();
+    const CNuPoint place = Made<CNuPoint>(input);
+    const CNuVector direction = Made<CNuVector>(input);
+    if constexpr (kIsPlaced<T>)
+      return T(place, direction);
+    else
+      return T(std::fabs(input.Number()), place, direction);
   } else {
     return Start<T>();
   }

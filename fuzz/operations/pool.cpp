@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <exception>
 #include <initializer_list>
@@ -32,9 +33,9 @@ bool WordsLackOfMemory(const char* name) {
   return IsOneOf(name, {"CNuLine::Fit", "CNuPlane::Fit", "CNuCircle::Fit"});
 }
 
-// These change their object step by step, as their contracts say.
+// These change their object step by step, or discard its former result first, as their contracts say.
 bool ChangesInPlace(const char* name) {
-  return IsOneOf(name, {"CNuMatrix::SVD", "CNuMatrix::LUD"});
+  return IsOneOf(name, {"CNuMatrix::SVD", "CNuMatrix::LUD", "CNuLinearEquSys::Solve("});
 }
 
 // These clear their numbers first.
@@ -61,10 +62,10 @@ bool IsLasting(const CNuObject* object) {
                                           [object](const CNuPoint& lasting) { return &lasting == object; });
 }
 
-const std::string& ScratchName() {
-  static const std::string name = ScratchFile("operations_fuzz").string();
-  return name;
-}
+struct Scratch {
+  ~Scratch() { std::remove(name.c_str()); }
+  const std::string name = ScratchFile("operations_fuzz").string();
+};
 
 using Tolerances = std::array<double, NU_TOLERANCE_MIN_ANGLE + 1>;
 
@@ -101,8 +102,19 @@ void Pool::Fill(std::size_t classAt, void* place) {
   SetTolerances(current);
 }
 
+void Pool::FillAll() {
+  const auto fill = [this]<std::size_t... kAt>(std::index_sequence<kAt...>) {
+    const auto fillSlots = [this](std::size_t classAt, auto& slots) {
+      for (auto& place : slots) Fill(classAt, &place);
+    };
+    (fillSlots(kAt, std::get<kAt>(m_objects)), ...);
+  };
+  fill(std::make_index_sequence<std::tuple_size_v<Classes>>());
+}
+
 const char* Pool::FileName() const {
-  return ScratchName().c_str();
+  thread_local const Scratch file;
+  return file.name.c_str();
 }
 
 void Pool::Run(const Operation& operation) {
@@ -135,6 +147,13 @@ void Pool::Snapshot(Bits& bits) const {
   for (const Argument& argument : m_arguments) {
     const bool isOpen = argument.put == PutAs<ENuStatus> || (clears && argument.put == PutAs<double>);
     if (!isOpen) argument.put(bits, argument.object);
+  }
+}
+
+void Pool::RecordArguments() {
+  m_recorded.push_back(m_hasSucceeded);
+  for (const Argument& argument : m_arguments) {
+    if (argument.put != PutAs<CNuObjArray>) argument.put(m_recorded, argument.object);
   }
 }
 

@@ -53,6 +53,8 @@ class Pool {
 
   void Run(const Operation& operation);
   void SetMode(CallMode mode) { m_mode = mode; }
+  // Whether the last call has ended in a result.
+  bool HasSucceeded() const { return m_hasSucceeded; }
   // What calls have done that they must not, in words.
   const std::vector<std::string>& Problems() const { return m_problems; }
 
@@ -60,14 +62,29 @@ class Pool {
   // Small numbers for operations whose work grows with what they are given.
   int Small() { return m_input.Below(6); }
   bool IsNull() { return m_input.Byte() >= 224; }
-  // The name of a file that operations write and read.
+  // The name of a file that operations write and read, the thread's own.
   const char* FileName() const;
 
   // One of the objects of a class or of the classes derived from it.
   template<class Base>
   Base& Pick() {
-    static constexpr auto kPickers = PickersOf<Base>(std::make_index_sequence<std::tuple_size_v<Classes>>());
-    return *kPickers[m_input.Byte() % kPickers.size()](*this);
+    return PickFrom<Base>(*this);
+  }
+  // The same, to be read.
+  template<class Base>
+  const Base& Read() {
+    return PickFrom<Base>(m_shared == nullptr ? *this : *m_shared);
+  }
+  // What is read are the objects of another pool from then on, and what calls leave behind is recorded. Several pools
+  // may share one that has all its objects.
+  void Share(Pool& filled) { m_shared = &filled; }
+  void FillAll();
+  const Bits& Recorded() const { return m_recorded; }
+  template<class Result>
+  void Record(const Result& result) {
+    // Addresses are not the same the next time.
+    if constexpr (!std::is_pointer_v<Result> && !std::is_same_v<Result, CNuObjArray>)
+      if (m_shared != nullptr) Put(m_recorded, result);
   }
   // A number that operations write to.
   template<class Number>
@@ -80,7 +97,9 @@ class Pool {
   // Calls `call` as the mode says and returns whether it has succeeded in the end.
   template<class Call>
   bool Make(const Call& call) {
-    return MakeCall([](const void* body) { (*static_cast<const Call*>(body))(); }, &call);
+    m_hasSucceeded = MakeCall([](const void* body) { (*static_cast<const Call*>(body))(); }, &call);
+    if (m_shared != nullptr) RecordArguments();
+    return m_hasSucceeded;
   }
 
   // The object takes the place of another one of its class.
@@ -136,9 +155,9 @@ class Pool {
     Put(bits, *static_cast<const T*>(object));
   }
   template<class Base, std::size_t kClass>
-  static Base* PickOne(Pool& pool) {
+  static Base* PickOne(Pool& pool, Pool& from) {
     using T = std::tuple_element_t<kClass, Classes>;
-    auto& place = std::get<kClass>(pool.m_objects)[pool.Slot()];
+    auto& place = std::get<kClass>(from.m_objects)[pool.Slot()];
     if (place == nullptr) pool.Fill(kClass, &place);
     pool.m_arguments.push_back({place.get(), PutAs<T>});
     return place.get();
@@ -146,7 +165,7 @@ class Pool {
   template<class Base, std::size_t... kAt>
   static constexpr auto PickersOf(std::index_sequence<kAt...>) {
     constexpr std::size_t kCount = (0 + ... + std::size_t{std::is_base_of_v<Base, std::tuple_element_t<kAt, Classes>>});
-    std::array<Base* (*)(Pool&), kCount> pickers{};
+    std::array<Base* (*)(Pool&, Pool&), kCount> pickers{};
     std::size_t next = 0;
     const auto add = [&]<std::size_t kClass>(std::integral_constant<std::size_t, kClass>) {
       if constexpr (std::is_base_of_v<Base, std::tuple_element_t<kClass, Classes>>)
@@ -154,6 +173,12 @@ class Pool {
     };
     (add(std::integral_constant<std::size_t, kAt>()), ...);
     return pickers;
+  }
+
+  template<class Base>
+  Base& PickFrom(Pool& from) {
+    static constexpr auto kPickers = PickersOf<Base>(std::make_index_sequence<std::tuple_size_v<Classes>>());
+    return *kPickers[m_input.Byte() % kPickers.size()](*this, from);
   }
 
   std::size_t Slot() { return static_cast<std::size_t>(m_input.Below(kSlots)); }
@@ -166,16 +191,19 @@ class Pool {
   void JudgeFailure(long kept, const char* changes);
   void TakeNewObjects();
   void Snapshot(Bits& bits) const;
+  void RecordArguments();
 
   Input& m_input;
   CallMode m_mode = CallMode::kPlain;
+  bool m_hasSucceeded = false;
   const Operation* m_operation = nullptr;
   Filled<Classes>::Objects m_objects;
   std::tuple<std::array<double, 4>, std::array<int, 4>, std::array<ENuStatus, 4>> m_numbers{};
   std::vector<Argument> m_arguments;  // of the call
   std::vector<std::unique_ptr<CNuObject>> m_owned;
   std::unique_ptr<Companion> m_companion;  // of one table alone
-  Bits m_before, m_after;
+  Bits m_before, m_after, m_recorded;
+  Pool* m_shared = nullptr;
   std::vector<std::string> m_problems;
 };
 

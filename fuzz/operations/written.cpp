@@ -36,7 +36,7 @@ void Sort(Pool& pool) {
 }
 
 void WriteAndRead(Pool& pool) {
-  const CNuPoint& written = pool.Pick<CNuPoint>();
+  const CNuPoint& written = pool.Read<CNuPoint>();
   CNuPoint& read = pool.Pick<CNuPoint>();
   {
     std::ofstream out(pool.FileName(), std::ios::binary);
@@ -49,7 +49,7 @@ void WriteAndRead(Pool& pool) {
 // Points as a block: up to 12 with gaps between them, or none.
 struct Block {
   explicit Block(Pool& pool) : stride(pool.IsNull() ? pool.Values().Integer() : 3 + pool.Values().Below(2)) {
-    const CNuPointArray& points = pool.Pick<CNuPointArray>();
+    const CNuPointArray& points = pool.Read<CNuPointArray>();
     count = pool.IsNull() ? -1 : std::min(points.GetSize(), kMost);
     for (int i = 0; i < count && stride >= 3 && stride <= kWidest; ++i) {
       const double xyz[] = {points[i].x(), points[i].y(), points[i].z()};
@@ -66,7 +66,7 @@ struct Block {
 
 template<class F>
 void Prove(Pool& pool) {
-  const CNuAssociation& association = pool.Pick<CNuAssociation>();
+  const CNuAssociation& association = pool.Read<CNuAssociation>();
   F* feature = Take<F*>::From(pool);
   const auto criterion = static_cast<ENuCriterion>(pool.Values().Below(5));
   const long budget = 50L * pool.Small();
@@ -77,7 +77,7 @@ void Prove(Pool& pool) {
 // Points that the association borrows while it fits.
 template<class F>
 void FitBorrowed(Pool& pool) {
-  const CNuPointArray& points = pool.Pick<CNuPointArray>();
+  const CNuPointArray& points = pool.Read<CNuPointArray>();
   F& feature = pool.Pick<F>();
   const auto criterion = static_cast<ENuCriterion>(pool.Values().Below(5));
   const int details = pool.Values().Below(33) - 1;
@@ -104,15 +104,15 @@ void FitBlock(Pool& pool) {
 
 void PartOfBlock(Pool& pool) {
   const Block block(pool);
-  const CNuGeometry& feature = pool.Pick<CNuGeometry>();
-  const CNuPoint& middle = pool.Pick<CNuPoint>();
+  const CNuGeometry& feature = pool.Read<CNuGeometry>();
+  const CNuPoint& middle = pool.Read<CNuPoint>();
   std::optional<CNuAssociationPart> part;
   if (pool.Make([&] { part.emplace(block.numbers, block.count, block.stride, feature, middle); })) Keep(pool, *part);
 }
 
 // Bytes of a part, some of them changed.
 void PartOfBytes(Pool& pool) {
-  const CNuAssociationPart& sent = pool.Pick<CNuAssociationPart>();
+  const CNuAssociationPart& sent = pool.Read<CNuAssociationPart>();
   std::vector<unsigned char> bytes(static_cast<std::size_t>(sent.GetNumberBytes()));
   pool.Make([&] { sent.GetBytes(bytes.data()); });
   for (int left = pool.Small(); left > 0 && !bytes.empty(); --left) {
@@ -147,8 +147,8 @@ void Watch(Pool& pool) {
 }
 
 void Sample(Pool& pool) {
-  const CNuAssociation& association = pool.Pick<CNuAssociation>();
-  const CNuAssociationReport& report = pool.Pick<CNuAssociationReport>();
+  const CNuAssociation& association = pool.Read<CNuAssociation>();
+  const CNuAssociationReport& report = pool.Read<CNuAssociationReport>();
   const double sigma = pool.Values().Number();
   const int samples = pool.IsNull() ? -1 : pool.Small();
   std::optional<CNuSampledFit> sampled;
@@ -156,9 +156,9 @@ void Sample(Pool& pool) {
 }
 
 void CheckBlock(Pool& pool) {
-  const CNuCertificate& certificate = pool.Pick<CNuCertificate>();
+  const CNuCertificate& certificate = pool.Read<CNuCertificate>();
   const Block block(pool);
-  const CNuGeometry& feature = pool.Pick<CNuGeometry>();
+  const CNuGeometry& feature = pool.Read<CNuGeometry>();
   const double length = pool.Values().Number();
   pool.Make([&] { certificate.Check(block.numbers, block.count, block.stride, feature, length); });
 }

@@ -56,7 +56,7 @@ nu_status nu_curve_read(nu_curve* curve, const char* file_name) {
   return Guarded([&] {
     nu_curve& to = Deref(curve);
     Require(file_name != nullptr, "the file name is null");
-    const Utf8FileNames utf8;
+    const FilesOfC files;
     CNuCompositeCurve read;
     if (!read.BinaryRead(file_name)) FailOperation(NuOperationFileOpen, "operation", "nu_curve_read");
     to.curve = std::move(read);
@@ -67,7 +67,7 @@ nu_status nu_curve_write(const nu_curve* curve, const char* file_name) {
   return Guarded([&] {
     const CNuCompositeCurve& from = Deref(curve).curve;
     Require(file_name != nullptr, "the file name is null");
-    const Utf8FileNames utf8;
+    const FilesOfC files;
     if (!from.BinaryDump(file_name)) FailOperation(NuOperationEmpty, "operation", "nu_curve_write");
   });
 }

@@ -16,12 +16,12 @@ void ToFileOrder(unsigned char* bytes) {
   if constexpr (std::endian::native == std::endian::big) std::reverse(bytes, bytes + sizeof(T));
 }
 
-thread_local bool namesAreUtf8 = false;
+thread_local bool filesAreOfC = false;
 
 #ifdef _WIN32
 // A path of no characters for a name that is not UTF-8, which no file has.
 std::filesystem::path PathOf(const char* fileName) {
-  if (!namesAreUtf8) return fileName;
+  if (!filesAreOfC) return fileName;
   try {
     return reinterpret_cast<const char8_t*>(fileName);
   } catch (const std::system_error&) {
@@ -36,12 +36,16 @@ const char* PathOf(const char* fileName) {
 
 }  // namespace
 
-Utf8FileNames::Utf8FileNames() {
-  namesAreUtf8 = true;
+FilesOfC::FilesOfC() {
+  filesAreOfC = true;
 }
 
-Utf8FileNames::~Utf8FileNames() {
-  namesAreUtf8 = false;
+FilesOfC::~FilesOfC() {
+  filesAreOfC = false;
+}
+
+bool FilesOfC::AreOpened() {
+  return filesAreOfC;
 }
 
 void WriteInt(std::ostream& out, int value) {

@@ -16,14 +16,16 @@ inline constexpr int kTagLength = 7;
 void WriteInt(std::ostream& out, int value);
 bool ReadInt(std::istream& in, int* value);
 
-// While one lives, the file names of its thread are UTF-8. Otherwise they are in the encoding of the platform, which
-// makes a difference on Windows alone.
-class Utf8FileNames {
+// While one lives, files are opened for the interface for C on its thread: their names are UTF-8, and readers throw for
+// lack of memory. Otherwise names are in the encoding of the platform, which makes a difference on Windows alone.
+class FilesOfC {
  public:
-  Utf8FileNames();
-  Utf8FileNames(const Utf8FileNames&) = delete;
-  Utf8FileNames& operator=(const Utf8FileNames&) = delete;
-  ~Utf8FileNames();
+  FilesOfC();
+  FilesOfC(const FilesOfC&) = delete;
+  FilesOfC& operator=(const FilesOfC&) = delete;
+  ~FilesOfC();
+
+  static bool AreOpened();
 };
 
 class BinaryFileWriter {
@@ -79,12 +81,13 @@ inline bool RequireWritten(BinaryFileWriter& file, const char* className) {
   return true;
 }
 
-// Readers throw nothing: lack of memory is a failure like any other.
+// Readers throw nothing, but for C: lack of memory is a failure like any other.
 template<class Read>
 bool ReadUnlessNoMemory(const Read& read) {
   try {
     return WithMemory("", read);
   } catch (const CNuMemoryException&) {
+    if (FilesOfC::AreOpened()) throw;
     return false;
   }
 }
