@@ -175,6 +175,24 @@ bool IsOn(const RoundQuadric& surface, Vec3 p, double tol) {
   return std::fabs(surface.OffsetOf(p).distance) <= tol;
 }
 
+// The surface, moved by what parts it from a point that is on it within the tolerance. Branches through an apex that is
+// on the other surface are those of surfaces of which that is true exactly; next to a generator that both share, what
+// is neglected at the apex is magnified without limit.
+RoundQuadric Through(Vec3 p, RoundQuadric surface) {
+  const RoundQuadric::Offset offset = surface.OffsetOf(p);
+  const double rounding = CoincidenceTol(0.0, std::fmax(LargestComponent(p), LargestComponent(surface.point)));
+  if (std::fabs(offset.distance) > rounding) surface.point = surface.point + offset.distance * offset.normal;
+  return surface;
+}
+
+// The cone with its apex on the line through another one.
+RoundQuadric WithApexOn(Vec3 point, Vec3 direction, RoundQuadric cone) {
+  const Vec3 across = Rejection(cone.point - point, direction);
+  const double rounding = CoincidenceTol(0.0, std::fmax(LargestComponent(point), LargestComponent(cone.point)));
+  if (Norm(across) > rounding) cone.point = cone.point - across;
+  return cone;
+}
+
 void IntersectCylinders(CommonParts& parts) {
   const RoundQuadric& first = parts.First();
   const RoundQuadric& second = parts.Second();
@@ -204,7 +222,7 @@ void IntersectCylinderCone(CommonParts& parts) {
     return AddOnCylinder(QuadricStage(cylinder, cone, foot, parts), isParallelToGenerator, parts);
   }
   if (isParallelToGenerator) parts.AddLine(cone.point, cylinder.axis);
-  AddOnCone(QuadricStage(cone, cylinder, cone.point, parts), {true, isParallelToGenerator}, parts);
+  AddOnCone(QuadricStage(cone, Through(cone.point, cylinder), cone.point, parts), {true, isParallelToGenerator}, parts);
 }
 
 void IntersectConeSphere(CommonParts& parts) {
@@ -212,7 +230,8 @@ void IntersectConeSphere(CommonParts& parts) {
   const RoundQuadric& sphere = parts.Second();
   const bool isCoaxial = Norm(Rejection(sphere.point - cone.point, cone.axis)) <= parts.Tol();
   if (isCoaxial) return AddCirclesOnCone(cone, sphere, parts);
-  AddOnCone(QuadricStage(cone, sphere, cone.point, parts), {IsOn(sphere, cone.point, parts.Tol())}, parts);
+  const bool atApex = IsOn(sphere, cone.point, parts.Tol());
+  AddOnCone(QuadricStage(cone, atApex ? Through(cone.point, sphere) : sphere, cone.point, parts), {atApex}, parts);
 }
 
 // Cones with one apex: their common generators, or the apex.
@@ -268,8 +287,14 @@ void IntersectCones(CommonParts& parts) {
   if (common) parts.AddLine(first.point, *common);
   const bool takeSecond = firstIsOn == secondIsOn ? first.semiAngle > second.semiAngle : secondIsOn;
   const RoundQuadric& base = takeSecond ? second : first;
+  RoundQuadric other = takeSecond ? first : second;
   const ConeContact contact{firstIsOn || secondIsOn, common.has_value()};
-  AddOnCone(QuadricStage(base, takeSecond ? first : second, base.point, parts), contact, parts);
+  if (common) {
+    other = WithApexOn(base.point, *common, other);
+  } else if (contact.atApex) {
+    other = Through(base.point, other);
+  }
+  AddOnCone(QuadricStage(base, other, base.point, parts), contact, parts);
 }
 
 // An order by kind, size, place and axis.
