@@ -65,10 +65,6 @@ FeatureFit<PlacedCircle> nu::internal::FitCircle(PointView points, const FitOpti
   });
 }
 
-void CNuCircle::Fit(const CNuPointArray& points, long maxIter) {
-  Fit(points, nullptr, nullptr, maxIter);
-}
-
 void CNuCircle::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   const bool wantsDeviations = form != nullptr || sumSquares != nullptr;
   const auto found = MemoryAsNumericalFailure(
@@ -78,11 +74,4 @@ void CNuCircle::Fit(const CNuPointArray& points, double* form, double* sumSquare
   StoreForm(found, form, sumSquares);
 }
 
-ENuFitResult CNuCircle::FitEx(const CNuPointArray& points, long maxIter) {
-  return FitEx(points, nullptr, nullptr, maxIter);
-}
-
-ENuFitResult CNuCircle::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  RequireIterations(maxIter, kName);
-  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
-}
+NU_DEFINE_FIT_VARIANTS(CNuCircle, kName)

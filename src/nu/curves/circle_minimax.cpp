@@ -223,11 +223,4 @@ void CNuCircle::FitMinZone(const CNuPointArray& points, double* zone, CNuCircle*
   if (outer != nullptr) outer->Place(found.outer, centre, xAxis, normal);
 }
 
-ENuFitResult CNuCircle::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  return FitMinZoneEx(points, zone, nullptr, nullptr, tol, maxIter);
-}
-
-ENuFitResult CNuCircle::FitMinZoneEx(const CNuPointArray& points, double* zone, CNuCircle* inner, CNuCircle* outer,
-                                     double tol, long maxIter) {
-  return ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, inner, outer, tol, maxIter); });
-}
+NU_DEFINE_ZONE_VARIANTS(CNuCircle, kName)

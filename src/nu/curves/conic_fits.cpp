@@ -40,10 +40,6 @@ FeatureFit<FittedConic> nu::internal::FitParabola(PointView points, const FitOpt
   return FitConic(kParabola, points, options);
 }
 
-void CNuEllipse::Fit(const CNuPointArray& points, long maxIter) {
-  Fit(points, nullptr, nullptr, maxIter);
-}
-
 void CNuEllipse::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   FitConic(kEllipse, points, form, sumSquares, maxIter, [this](const FittedConic& found, const auto&... position) {
     SetPosition(position...);
@@ -52,18 +48,7 @@ void CNuEllipse::Fit(const CNuPointArray& points, double* form, double* sumSquar
   });
 }
 
-ENuFitResult CNuEllipse::FitEx(const CNuPointArray& points, long maxIter) {
-  return FitEx(points, nullptr, nullptr, maxIter);
-}
-
-ENuFitResult CNuEllipse::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  RequireIterations(maxIter, kEllipse.name);
-  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
-}
-
-void CNuHyperbola::Fit(const CNuPointArray& points, long maxIter) {
-  Fit(points, nullptr, nullptr, maxIter);
-}
+NU_DEFINE_FIT_VARIANTS(CNuEllipse, kEllipse.name)
 
 void CNuHyperbola::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   FitConic(kHyperbola, points, form, sumSquares, maxIter, [this](const FittedConic& found, const auto&... position) {
@@ -73,18 +58,7 @@ void CNuHyperbola::Fit(const CNuPointArray& points, double* form, double* sumSqu
   });
 }
 
-ENuFitResult CNuHyperbola::FitEx(const CNuPointArray& points, long maxIter) {
-  return FitEx(points, nullptr, nullptr, maxIter);
-}
-
-ENuFitResult CNuHyperbola::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  RequireIterations(maxIter, kHyperbola.name);
-  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
-}
-
-void CNuParabola::Fit(const CNuPointArray& points, long maxIter) {
-  Fit(points, nullptr, nullptr, maxIter);
-}
+NU_DEFINE_FIT_VARIANTS(CNuHyperbola, kHyperbola.name)
 
 void CNuParabola::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   FitConic(kParabola, points, form, sumSquares, maxIter, [this](const FittedConic& found, const auto&... position) {
@@ -93,11 +67,4 @@ void CNuParabola::Fit(const CNuPointArray& points, double* form, double* sumSqua
   });
 }
 
-ENuFitResult CNuParabola::FitEx(const CNuPointArray& points, long maxIter) {
-  return FitEx(points, nullptr, nullptr, maxIter);
-}
-
-ENuFitResult CNuParabola::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  RequireIterations(maxIter, kParabola.name);
-  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
-}
+NU_DEFINE_FIT_VARIANTS(CNuParabola, kParabola.name)

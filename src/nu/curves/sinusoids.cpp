@@ -41,24 +41,13 @@ double CNuSineCurve::Period() const {
   return Nu_2PI / m_b;
 }
 
-void CNuSineCurve::Fit(const CNuPointArray& points, long maxIter) {
-  Fit(points, nullptr, nullptr, maxIter);
-}
-
 void CNuSineCurve::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   FitSinusoid(points, kSine, form, sumSquares, maxIter, [this](const FittedSinusoid& found) {
     *this = CNuSineCurve(found.a, found.b, PhaseOf(found.sine, found.cosine), found.d);
   });
 }
 
-ENuFitResult CNuSineCurve::FitEx(const CNuPointArray& points, long maxIter) {
-  return FitEx(points, nullptr, nullptr, maxIter);
-}
-
-ENuFitResult CNuSineCurve::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  RequireIterations(maxIter, kSine);
-  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
-}
+NU_DEFINE_FIT_VARIANTS(CNuSineCurve, kSine)
 
 CNuCosineCurve::CNuCosineCurve(double a, double b, double c, double d)
     : CNuTrigonometry(NuTypeCosineCurve), m_a(a), m_b(b), m_c(c), m_d(d) {
@@ -86,21 +75,10 @@ double CNuCosineCurve::Period() const {
   return Nu_2PI / m_b;
 }
 
-void CNuCosineCurve::Fit(const CNuPointArray& points, long maxIter) {
-  Fit(points, nullptr, nullptr, maxIter);
-}
-
 void CNuCosineCurve::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   FitSinusoid(points, kCosine, form, sumSquares, maxIter, [this](const FittedSinusoid& found) {
     *this = CNuCosineCurve(found.a, found.b, PhaseOf(found.cosine, -found.sine), found.d);
   });
 }
 
-ENuFitResult CNuCosineCurve::FitEx(const CNuPointArray& points, long maxIter) {
-  return FitEx(points, nullptr, nullptr, maxIter);
-}
-
-ENuFitResult CNuCosineCurve::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  RequireIterations(maxIter, kCosine);
-  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
-}
+NU_DEFINE_FIT_VARIANTS(CNuCosineCurve, kCosine)

@@ -81,10 +81,6 @@ FeatureFit<Cone3> nu::internal::FitCone(PointView points, const FitOptions& opti
   });
 }
 
-void CNuConSurf::Fit(const CNuPointArray& points, long maxIter) {
-  Fit(points, nullptr, nullptr, maxIter);
-}
-
 void CNuConSurf::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   RequireIterations(maxIter, kName);
   Output(form, 0.0);
@@ -97,11 +93,4 @@ void CNuConSurf::Fit(const CNuPointArray& points, double* form, double* sumSquar
   StoreForm(found, form, sumSquares);
 }
 
-ENuFitResult CNuConSurf::FitEx(const CNuPointArray& points, long maxIter) {
-  return FitEx(points, nullptr, nullptr, maxIter);
-}
-
-ENuFitResult CNuConSurf::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  RequireIterations(maxIter, kName);
-  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
-}
+NU_DEFINE_FIT_VARIANTS(CNuConSurf, kName)

@@ -89,11 +89,4 @@ void CNuConSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuConSur
   Output(outer, outermost);
 }
 
-ENuFitResult CNuConSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  return ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, tol, maxIter); });
-}
-
-ENuFitResult CNuConSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, CNuConSurf* inner, CNuConSurf* outer,
-                                      double tol, long maxIter) {
-  return ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, inner, outer, tol, maxIter); });
-}
+NU_DEFINE_ZONE_VARIANTS(CNuConSurf, kName)

@@ -58,10 +58,6 @@ FeatureFit<Cylinder3> nu::internal::FitCylinder(PointView points, const FitOptio
   });
 }
 
-void CNuCylSurf::Fit(const CNuPointArray& points, long maxIter) {
-  Fit(points, nullptr, nullptr, maxIter);
-}
-
 void CNuCylSurf::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   RequireIterations(maxIter, kName);
   Output(form, 0.0);
@@ -74,11 +70,4 @@ void CNuCylSurf::Fit(const CNuPointArray& points, double* form, double* sumSquar
   StoreForm(found, form, sumSquares);
 }
 
-ENuFitResult CNuCylSurf::FitEx(const CNuPointArray& points, long maxIter) {
-  return FitEx(points, nullptr, nullptr, maxIter);
-}
-
-ENuFitResult CNuCylSurf::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  RequireIterations(maxIter, kName);
-  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
-}
+NU_DEFINE_FIT_VARIANTS(CNuCylSurf, kName)

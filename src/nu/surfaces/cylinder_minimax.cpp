@@ -146,11 +146,4 @@ void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuCylSur
   Output(outer, outermost);
 }
 
-ENuFitResult CNuCylSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  return ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, tol, maxIter); });
-}
-
-ENuFitResult CNuCylSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, CNuCylSurf* inner, CNuCylSurf* outer,
-                                      double tol, long maxIter) {
-  return ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, inner, outer, tol, maxIter); });
-}
+NU_DEFINE_ZONE_VARIANTS(CNuCylSurf, kName)

@@ -83,10 +83,6 @@ FeatureFit<Sphere3> nu::internal::FitSphere(PointView points, const FitOptions& 
   });
 }
 
-void CNuSphSurf::Fit(const CNuPointArray& points, long maxIter) {
-  Fit(points, nullptr, nullptr, maxIter);
-}
-
 void CNuSphSurf::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
   RequireIterations(maxIter, kName);
   Output(form, 0.0);
@@ -98,11 +94,4 @@ void CNuSphSurf::Fit(const CNuPointArray& points, double* form, double* sumSquar
   StoreForm(found, form, sumSquares);
 }
 
-ENuFitResult CNuSphSurf::FitEx(const CNuPointArray& points, long maxIter) {
-  return FitEx(points, nullptr, nullptr, maxIter);
-}
-
-ENuFitResult CNuSphSurf::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  RequireIterations(maxIter, kName);
-  return ResultOf([&] { Fit(points, form, sumSquares, maxIter); });
-}
+NU_DEFINE_FIT_VARIANTS(CNuSphSurf, kName)

@@ -158,11 +158,4 @@ void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuSphSur
   Output(outer, outermost);
 }
 
-ENuFitResult CNuSphSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {
-  return ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, tol, maxIter); });
-}
-
-ENuFitResult CNuSphSurf::FitMinZoneEx(const CNuPointArray& points, double* zone, CNuSphSurf* inner, CNuSphSurf* outer,
-                                      double tol, long maxIter) {
-  return ResultWithin(tol, maxIter, kName, [&] { FitMinZone(points, zone, inner, outer, tol, maxIter); });
-}
+NU_DEFINE_ZONE_VARIANTS(CNuSphSurf, kName)

@@ -14,7 +14,7 @@
 #include "nu/foundation/object_array.h"
 #include "nu/geometry/internal/feature_data.h"
 #include "nu/geometry/internal/surface_data.h"
-#include "nu/linalg/matrix.h"
+#include "nu/surfaces/internal/algebraic_form.h"
 
 using namespace nu::internal;
 
@@ -73,16 +73,10 @@ int CNuSphSurf::IntersectWith(const CNuSphSurf& other, CNuObjArray* result) cons
                   result);
 }
 
-// Transformations act on rows: (p, 1) T is the local point, so Q = T Q0 T^T.
 CNuMatrix CNuSphSurf::ToAlgebraicForm() const {
-  CNuMatrix local(4, 4);
-  for (int i = 0; i < 3; ++i) local.Element(i, i) = 1.0;
-  local.Element(3, 3) = -m_radius * m_radius;
-  const CNuMatrix toLocal = GetInverseTransformation();
-  return toLocal * local * toLocal.Transpose();
+  return nu::internal::AlgebraicForm(*this, {1.0, 1.0, 1.0, -m_radius * m_radius});
 }
 
 CNuMatrix CNuSphSurf::ToAlgebraicForm(const CNuNonLinearGeometry& frame) const {
-  const CNuMatrix toWorld = frame.GetTransformation();
-  return toWorld * ToAlgebraicForm() * toWorld.Transpose();
+  return nu::internal::Transformed(ToAlgebraicForm(), frame.GetTransformation());
 }

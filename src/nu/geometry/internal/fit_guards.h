@@ -155,4 +155,31 @@ inline Vec3 CanonicalDirection(Vec3 direction) {
 
 }  // namespace nu::internal
 
+// The definitions of members that are the same for all classes with a fit of the full form. They are macros because
+// each class declares and exports them on its own. `name` is the class in the failures.
+
+// The fit without its form, and both as variants that do not throw.
+#define NU_DEFINE_FIT_VARIANTS(Class, name)                                                                \
+  void Class::Fit(const CNuPointArray& points, long maxIter) {                                             \
+    Fit(points, nullptr, nullptr, maxIter);                                                                \
+  }                                                                                                        \
+  ENuFitResult Class::FitEx(const CNuPointArray& points, long maxIter) {                                   \
+    return FitEx(points, nullptr, nullptr, maxIter);                                                       \
+  }                                                                                                        \
+  ENuFitResult Class::FitEx(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) { \
+    nu::internal::RequireIterations(maxIter, name);                                                        \
+    return nu::internal::ResultOf([&] { Fit(points, form, sumSquares, maxIter); });                        \
+  }
+
+// The variants of the minimum zone that do not throw.
+#define NU_DEFINE_ZONE_VARIANTS(Class, name)                                                                          \
+  ENuFitResult Class::FitMinZoneEx(const CNuPointArray& points, double* zone, double tol, long maxIter) {             \
+    return nu::internal::ResultWithin(tol, maxIter, name, [&] { FitMinZone(points, zone, tol, maxIter); });           \
+  }                                                                                                                   \
+  ENuFitResult Class::FitMinZoneEx(const CNuPointArray& points, double* zone, Class* inner, Class* outer, double tol, \
+                                   long maxIter) {                                                                    \
+    return nu::internal::ResultWithin(tol, maxIter, name,                                                             \
+                                      [&] { FitMinZone(points, zone, inner, outer, tol, maxIter); });                 \
+  }
+
 #endif
