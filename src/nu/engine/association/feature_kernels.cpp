@@ -9,7 +9,7 @@
 
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/base/floating_point.h"
-#include "nu/engine/base/lanes.h"
+#include "nu/engine/points/point_lanes.h"
 
 namespace nu::engine::association {
 namespace {
@@ -78,9 +78,7 @@ struct Place {
 
 NU_ALWAYS_INLINE void Locate(const PointBlock& block, std::size_t i, const AxisFrame& f, Place& q) {
   Lanes px, py, pz;
-  Load(block.x + i, px);
-  Load(block.y + i, py);
-  Load(block.z + i, pz);
+  LoadPoints(block, i, px, py, pz);
   q.x = px * f.x.x + py * f.x.y + pz * f.x.z;
   q.y = px * f.y.x + py * f.y.y + pz * f.y.z;
   q.z = px * f.z.x + py * f.z.y + pz * f.z.z;
@@ -92,8 +90,7 @@ template<class Profile>
 NU_ALWAYS_INLINE void DeviationsBody(const PointBlock& block, const AxisFrame& given, const Profile& profile,
                                      double* to, double& smallest, double& largest) {
   const AxisFrame frame = given;
-  Lanes low = kInfinity - Lanes{};
-  Lanes high = -low;
+  LaneExtremes extremes;
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     Place q;
     Derivatives unused;
@@ -101,11 +98,10 @@ NU_ALWAYS_INLINE void DeviationsBody(const PointBlock& block, const AxisFrame& g
     Locate(block, i, frame, q);
     profile(q.rho, q.z, e, unused);
     Store(e, to + i);
-    low = e < low ? e : low;
-    high = e > high ? e : high;
+    extremes.Add(e);
   }
-  smallest = Smallest(low);
-  largest = Largest(high);
+  smallest = extremes.Smallest();
+  largest = extremes.Largest();
 }
 
 NU_ALWAYS_INLINE void StoreWanted(const Lanes& lanes, double* column, std::size_t i) {

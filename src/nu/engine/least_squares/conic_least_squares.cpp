@@ -2,6 +2,7 @@
 
 #include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/conic_kernels.h"
+#include "nu/engine/least_squares/surface_kernels.h"
 
 // Least squares of the orthogonal distances from a conic (S. J. Ahn, W. Rauh, H.-J. Warnecke, Pattern Recognition 34,
 // 2001) by the coefficients of its equation. Gauss-Newton steps lead to the neighbourhood of the optimum; where they
@@ -34,27 +35,25 @@ constexpr int TriangleSize(int n) {
 }
 
 constexpr int kTriangle = TriangleSize(kConicUnknowns);
-constexpr int kSums = 2 * kTriangle + kConicUnknowns;
+constexpr int kConicSums = 2 * kTriangle + kConicUnknowns;
 
 // The lower triangles of the products of the first derivatives and of what the second ones add, and the gradient; what
 // is added remains 0 for Gauss-Newton steps.
 template<bool WithCurvature>
-NU_ALWAYS_INLINE void ProductsBody(const PointBlock& block, const ConicView& given, double (&sums)[kSums],
+NU_ALWAYS_INLINE void ProductsBody(const PointBlock& block, const ConicView& given, double (&sums)[kConicSums],
                                    Deviations& found) {
   const ConicView view = given;
   Lanes metric[kTriangle] = {};
   Lanes bend[kTriangle] = {};
   Lanes gradient[kConicUnknowns] = {};
   Lanes square = {};
-  Lanes smallest = kInfinity - Lanes{};
-  Lanes largest = -smallest;
+  LaneExtremes extremes;
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     LaneDeviation at;
     Lanes weight;
     Lanes w[kMonomials];
     DeviateAt(block, i, view, at);
-    smallest = at.e < smallest ? at.e : smallest;
-    largest = at.e > largest ? at.e : largest;
+    extremes.Add(at.e);
     Load(block.Weights(i), weight);
     at.e *= weight;
     square += at.e * at.e;
@@ -82,32 +81,28 @@ NU_ALWAYS_INLINE void ProductsBody(const PointBlock& block, const ConicView& giv
   for (const Lanes& sum : metric) *out++ = Sum(sum);
   for (const Lanes& sum : bend) *out++ = Sum(sum);
   for (const Lanes& sum : gradient) *out++ = Sum(sum);
-  found = {Sum(square), Smallest(smallest), Largest(largest)};
+  found = {Sum(square), extremes.Smallest(), extremes.Largest()};
 }
 
-NU_KERNEL void SumFirstOrder(const PointBlock& b, const ConicView& v, double (&s)[kSums], Deviations& d) {
+NU_KERNEL void SumFirstOrder(const PointBlock& b, const ConicView& v, double (&s)[kConicSums], Deviations& d) {
   ProductsBody<false>(b, v, s, d);
 }
-NU_KERNEL void SumSecondOrder(const PointBlock& b, const ConicView& v, double (&s)[kSums], Deviations& d) {
+NU_KERNEL void SumSecondOrder(const PointBlock& b, const ConicView& v, double (&s)[kConicSums], Deviations& d) {
   ProductsBody<true>(b, v, s, d);
 }
 
-NU_KERNEL void FindDeviations(const PointBlock& block, const ConicView& given, Deviations& found) {
-  const ConicView view = given;
-  Lanes square = {};
-  Lanes smallest = kInfinity - Lanes{};
-  Lanes largest = -smallest;
-  for (std::size_t i = 0; i < block.size; i += kLanes) {
+struct ConicLanes {
+  NU_ALWAYS_INLINE void Deviate(const PointBlock& block, std::size_t i, Lanes& e) const {
     LaneDeviation at;
-    Lanes weight;
     DeviateAt(block, i, view, at);
-    smallest = at.e < smallest ? at.e : smallest;
-    largest = at.e > largest ? at.e : largest;
-    Load(block.Weights(i), weight);
-    at.e *= weight;
-    square += at.e * at.e;
+    e = at.e;
   }
-  found = {Sum(square), Smallest(smallest), Largest(largest)};
+
+  ConicView view;
+};
+
+NU_KERNEL void FindDeviations(const PointBlock& block, const ConicView& view, Deviations& found) {
+  DeviationsBody(block, ConicLanes{view}, found);
 }
 
 ConicView ViewOf(const ConicModel& model) {
@@ -175,11 +170,11 @@ ConicSystem ConicProblem::Sum(PointBlocks& points, const Model& model) {
   system.deviations.sumSquares = kInfinity;
   if (view.shape.kind == ConicKind::none) return system;
   CompensatedSum squares;
-  const auto kernel = [&](const PointBlock& block, double(&sums)[kSums], Deviations& part) {
+  const auto kernel = [&](const PointBlock& block, double(&sums)[kConicSums], Deviations& part) {
     (model.isExact ? SumSecondOrder : SumFirstOrder)(block, view, sums, part);
     squares.Add(part.sumSquares);
   };
-  const BlockSums<kSums> total = SumOver<kSums>(points, system.deviations, kernel);
+  const BlockSums<kConicSums> total = SumOver<kConicSums>(points, system.deviations, kernel);
   system.unit = model.frame.unit;
   system.deviations = InUnit(system.deviations, 1.0 / system.unit);
   for (int j = 0; j < kConicUnknowns; ++j) {

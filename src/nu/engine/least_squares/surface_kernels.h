@@ -1,7 +1,6 @@
 #ifndef NU_ENGINE_LEAST_SQUARES_SURFACE_KERNELS_H
 #define NU_ENGINE_LEAST_SQUARES_SURFACE_KERNELS_H
 
-#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/damped_gauss_newton.h"
 #include "nu/engine/points/point_lanes.h"
 
@@ -35,20 +34,6 @@ NU_ALWAYS_INLINE void FindLift(const Lanes& h, const Lanes& square, Lanes& lift,
   lift = h > 0.0 ? square * inverse * d : far;
   inverseDistance = inverse * far;
 }
-
-class LaneExtremes {
- public:
-  NU_ALWAYS_INLINE void Add(const Lanes& e) {
-    m_smallest = e < m_smallest ? e : m_smallest;
-    m_largest = e > m_largest ? e : m_largest;
-  }
-  NU_ALWAYS_INLINE double Smallest() const { return base::Smallest(m_smallest); }
-  NU_ALWAYS_INLINE double Largest() const { return base::Largest(m_largest); }
-
- private:
-  Lanes m_smallest = kInfinity - Lanes{};
-  Lanes m_largest = Lanes{} - kInfinity;
-};
 
 template<class Surface>
 NU_ALWAYS_INLINE void DeviationsBody(const PointBlock& block, const Surface& given, Deviations& found) {

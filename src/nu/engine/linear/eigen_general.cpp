@@ -538,21 +538,13 @@ struct Reflector {
   double squares = 0.0;
 };
 
-void ReflectAllRows(const Square& a) {
+void ReflectAll(const Square& a, bool rows) {
   const Reflector u(a.n);
   for (int i = 0; i < a.n; ++i) {
+    const auto at = [&](int j) -> double& { return rows ? a.At(i, j) : a.At(j, i); };
     double sum = 0.0;
-    for (int j = 0; j < a.n; ++j) sum += a.At(i, j) * Reflector::At(j);
-    for (int j = 0; j < a.n; ++j) a.At(i, j) -= 2.0 * sum / u.squares * Reflector::At(j);
-  }
-}
-
-void ReflectAllColumns(const Square& a) {
-  const Reflector u(a.n);
-  for (int j = 0; j < a.n; ++j) {
-    double sum = 0.0;
-    for (int i = 0; i < a.n; ++i) sum += a.At(i, j) * Reflector::At(i);
-    for (int i = 0; i < a.n; ++i) a.At(i, j) -= 2.0 * sum / u.squares * Reflector::At(i);
+    for (int j = 0; j < a.n; ++j) sum += at(j) * Reflector::At(j);
+    for (int j = 0; j < a.n; ++j) at(j) -= 2.0 * sum / u.squares * Reflector::At(j);
   }
 }
 
@@ -574,8 +566,8 @@ bool Decompose(const Square& a, Preparation preparation, const Work& work, doubl
   std::copy_n(a.data, static_cast<std::ptrdiff_t>(n) * width, t.data);
   if (preparation == Preparation::kBalanced) Balance(t, factor);
   if (preparation == Preparation::kReflected) {
-    ReflectAllRows(t);
-    ReflectAllColumns(t);
+    ReflectAll(t, true);
+    ReflectAll(t, false);
   }
   ReduceToHessenberg(t, work.v, tau, scratch);
   FormTransposedProduct(work.v, width, tau, std::max(n - 2, 0), 1, zt.data, width, n);
@@ -587,7 +579,7 @@ bool Decompose(const Square& a, Preparation preparation, const Work& work, doubl
     std::fill(vt.Row(k) + n, vt.Row(k) + width, 0.0);
     for (int j = 0; preparation == Preparation::kBalanced && j < n; ++j) vt.At(k, j) *= factor[j];
   }
-  if (preparation == Preparation::kReflected) ReflectAllRows(vt);
+  if (preparation == Preparation::kReflected) ReflectAll(vt, true);
   Normalise(vt, imaginary);
   return true;
 }

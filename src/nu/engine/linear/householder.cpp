@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "nu/engine/base/workspace.h"
 #include "nu/engine/linear/matmul.h"
@@ -98,17 +99,19 @@ NU_KERNEL double Dot(const double* x, const double* y, int n) {
 }
 
 Reflection MakeReflection(double* x, int n) {
-  const double head = x[0];
-  const double tail = Dot(x + 1, x + 1, n - 1);
-  x[0] = 1.0;
+  return MakeReflection(std::exchange(x[0], 1.0), x + 1, n - 1);
+}
+
+Reflection MakeReflection(double head, double* x, int n) {
+  const double tail = Dot(x, x, n);
   if (!(tail > kNegligibleSquares)) {
-    std::fill(x + 1, x + n, 0.0);
+    std::fill_n(x, n, 0.0);
     return {0.0, head};
   }
   const double norm = std::sqrt(head * head + tail);
   const double beta = head > 0.0 ? -norm : norm;
   const double scale = 1.0 / (head - beta);
-  for (int i = 1; i < n; ++i) x[i] *= scale;
+  for (int i = 0; i < n; ++i) x[i] *= scale;
   return {(beta - head) / beta, beta};
 }
 

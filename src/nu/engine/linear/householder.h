@@ -32,6 +32,8 @@ struct Reflection {
 };
 // Replaces x[0 .. n-1] by v, whose first component is 1. A tail that is negligible beside the working size is dropped.
 Reflection MakeReflection(double* x, int n);
+// The same with the first component apart from the other n, which are kept below a leading 1.
+Reflection MakeReflection(double head, double* x, int n);
 
 // One row-wise update a(i) -= f[i] * y + g[i] * v of rows first .. last-1, columns from .. to, and in the same pass
 // over the memory the products with the updated rows: dot[i] = a(i) . r, and sum += s[i] * a(i).

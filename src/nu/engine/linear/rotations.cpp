@@ -11,57 +11,35 @@ constexpr int kStrip = 8;  // packs
 
 // Rotations come in chains of neighbouring rows. The row that two of them share is kept in registers: in a rising chain
 // the `row` of one is the `other` of the next, in a falling chain the reverse. Returns the end of the chain.
-template<int kPacks>
-NU_ALWAYS_INLINE int RotateRising(double* block, std::ptrdiff_t ld, const Rotation* queue, int first, int size) {
+template<bool kRising, int kPacks>
+NU_ALWAYS_INLINE int RotateChain(double* block, std::ptrdiff_t ld, const Rotation* queue, int first, int size) {
   Lanes carried[kPacks];
-  for (int p = 0; p < kPacks; ++p) Load(block + queue[first].other * ld + p * kLanes, carried[p]);
-  int k = first;
-  for (;;) {
+  double* from = block + (kRising ? queue[first].other : queue[first].row) * ld;
+  for (int p = 0; p < kPacks; ++p) Load(from + p * kLanes, carried[p]);
+  for (int k = first;;) {
     const double c = queue[k].c;
-    const double s = queue[k].s;
-    const double* row = block + queue[k].row * ld;
-    double* other = block + queue[k].other * ld;
+    const double s = kRising ? queue[k].s : -queue[k].s;
+    double* to = block + (kRising ? queue[k].row : queue[k].other) * ld;
     for (int p = 0; p < kPacks; ++p) {
       Lanes x;
-      Load(row + p * kLanes, x);
+      Load(to + p * kLanes, x);
       const Lanes turned = c * carried[p] - s * x;
       carried[p] = c * x + s * carried[p];
-      Store(turned, other + p * kLanes);
+      Store(turned, from + p * kLanes);
     }
-    if (++k == size || queue[k].other != queue[k - 1].row) break;
+    from = to;
+    if (++k < size && block + (kRising ? queue[k].other : queue[k].row) * ld == to) continue;
+    for (int p = 0; p < kPacks; ++p) Store(carried[p], to + p * kLanes);
+    return k;
   }
-  for (int p = 0; p < kPacks; ++p) Store(carried[p], block + queue[k - 1].row * ld + p * kLanes);
-  return k;
-}
-
-template<int kPacks>
-NU_ALWAYS_INLINE int RotateFalling(double* block, std::ptrdiff_t ld, const Rotation* queue, int first, int size) {
-  Lanes carried[kPacks];
-  for (int p = 0; p < kPacks; ++p) Load(block + queue[first].row * ld + p * kLanes, carried[p]);
-  int k = first;
-  for (;;) {
-    const double c = queue[k].c;
-    const double s = queue[k].s;
-    double* row = block + queue[k].row * ld;
-    const double* other = block + queue[k].other * ld;
-    for (int p = 0; p < kPacks; ++p) {
-      Lanes y;
-      Load(other + p * kLanes, y);
-      const Lanes turned = c * carried[p] + s * y;
-      carried[p] = c * y - s * carried[p];
-      Store(turned, row + p * kLanes);
-    }
-    if (++k == size || queue[k].row != queue[k - 1].other) break;
-  }
-  for (int p = 0; p < kPacks; ++p) Store(carried[p], block + queue[k - 1].other * ld + p * kLanes);
-  return k;
 }
 
 template<int kPacks>
 NU_ALWAYS_INLINE void RotateStrip(double* block, std::ptrdiff_t ld, const Rotation* queue, int size) {
   for (int k = 0; k < size;) {
     const bool rising = k + 1 < size && queue[k + 1].other == queue[k].row;
-    k = rising ? RotateRising<kPacks>(block, ld, queue, k, size) : RotateFalling<kPacks>(block, ld, queue, k, size);
+    k = rising ? RotateChain<true, kPacks>(block, ld, queue, k, size)
+               : RotateChain<false, kPacks>(block, ld, queue, k, size);
   }
 }
 

@@ -24,20 +24,6 @@ NU_KERNEL void ReflectColumns(const double* v, double tau, int length, double* c
   }
 }
 
-// Makes the reflection that maps (head, v) to a multiple of e_1; v becomes its vector below the leading 1.
-Reflection MakeSplitReflection(double head, double* v, int length) {
-  const double tail = Dot(v, v, length);
-  if (!(tail > kNegligibleSquares)) {
-    std::fill_n(v, length, 0.0);
-    return {0.0, head};
-  }
-  const double norm = std::sqrt(head * head + tail);
-  const double beta = head > 0.0 ? -norm : norm;
-  const double scale = 1.0 / (head - beta);
-  for (int i = 0; i < length; ++i) v[i] *= scale;
-  return {(beta - head) / beta, beta};
-}
-
 }  // namespace
 
 TallFactor::TallFactor(double* a, int rows, int columns, std::ptrdiff_t ld)
@@ -79,7 +65,7 @@ void TallFactor::Reduce(double scale, double* r, std::ptrdiff_t ldr) {
         heads = columns + j;
         headStep = m_length;
       }
-      const Reflection h = MakeSplitReflection(r[j * ldr + j], own, m_length);
+      const Reflection h = MakeReflection(r[j * ldr + j], own, m_length);
       tau[j] = h.tau;
       r[j * ldr + j] = h.beta;
       ReflectColumns(own, h.tau, m_length, columns, j + 1, m_columns, heads, headStep);

@@ -76,8 +76,7 @@ NU_KERNEL void FindReach(const PointBlock& block, const AxisFrame& axis, const C
                          Reach& found) {
   const AxisFrame f = axis;
   const double cosine = cone.cosine, sine = cone.sine, radius = cone.radius;
-  Lanes low = kInfinity - Lanes{};
-  Lanes high = -low;
+  LaneExtremes ways;
   Lanes sumX = {};
   Lanes sumY = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
@@ -86,14 +85,12 @@ NU_KERNEL void FindReach(const PointBlock& block, const AxisFrame& axis, const C
     Load(block.Weights(i), weight);
     Lanes d = x * x + y * y;
     TakeSquareRoot(d);
-    const Lanes way = ((z < toApex ? -d : d) - radius) * sine + z * cosine;
-    low = way < low ? way : low;
-    high = way > high ? way : high;
+    ways.Add(((z < toApex ? -d : d) - radius) * sine + z * cosine);
     weight = z < toApex ? -weight : weight;
     sumX += x * weight;
     sumY += y * weight;
   }
-  found = {Smallest(low), Largest(high), Sum(sumX), Sum(sumY)};
+  found = {ways.Smallest(), ways.Largest(), Sum(sumX), Sum(sumY)};
 }
 
 struct Extremes {

@@ -10,17 +10,15 @@ NU_KERNEL void SumAlong(const PointBlock& block, const Vec3& mean, const Vec3& n
   const Vec3 m = mean;
   const Vec3 n = normal;
   Lanes sum = {};
-  Lanes smallest = kInfinity - Lanes{};
-  Lanes largest = -smallest;
+  LaneExtremes extremes;
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     Lanes x, y, z, weight;
     LoadPoints(block, i, x, y, z, weight);
     const Lanes e = n.x * (x - m.x) + n.y * (y - m.y) + n.z * (z - m.z);
     sum += weight * e * e;
-    smallest = e < smallest ? e : smallest;
-    largest = e > largest ? e : largest;
+    extremes.Add(e);
   }
-  result = {Sum(sum), Smallest(smallest), Largest(largest)};
+  result = {Sum(sum), extremes.Smallest(), extremes.Largest()};
 }
 
 // The squared distance from the line along `direction` through `mean`.

@@ -1,6 +1,7 @@
 #ifndef NU_ENGINE_POINTS_POINT_LANES_H
 #define NU_ENGINE_POINTS_POINT_LANES_H
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/base/lanes.h"
 #include "nu/engine/points/point_blocks.h"
 
@@ -16,6 +17,20 @@ NU_ALWAYS_INLINE void LoadPoints(const PointBlock& block, std::size_t i, Lanes& 
   LoadPoints(block, i, x, y, z);
   Load(block.Weights(i), weight);
 }
+
+class LaneExtremes {
+ public:
+  NU_ALWAYS_INLINE void Add(const Lanes& e) {
+    m_smallest = e < m_smallest ? e : m_smallest;
+    m_largest = e > m_largest ? e : m_largest;
+  }
+  NU_ALWAYS_INLINE double Smallest() const { return base::Smallest(m_smallest); }
+  NU_ALWAYS_INLINE double Largest() const { return base::Largest(m_largest); }
+
+ private:
+  Lanes m_smallest = kInfinity - Lanes{};
+  Lanes m_largest = Lanes{} - kInfinity;
+};
 
 }  // namespace nu::engine::points
 
