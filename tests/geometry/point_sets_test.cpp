@@ -139,6 +139,13 @@ TEST(PointSetEdges, AreThoseOfTheLoopOverAllPairs) {
   }
   NuSetZero(1e-300);
   NuSetLarge(1e300);
+  // A dense clump and some points about as far from it as from each other.
+  Random random(2);
+  for (int far = 2; far < 8; ++far) {
+    CNuPointArray points(2000);
+    for (int i = 0; i < 2000; ++i) points.Add(RandomPoint(random, i < far ? 1e3 : 1.0));
+    ASSERT_EQ(MaxEdge(points), PlainEdge(points, -0.1, std::greater<>())) << far;
+  }
   EXPECT_EQ(MaxEdge(PointsOf({{1, 2, 3}})), (Edge{0.0, 0, 0}));
   EXPECT_EQ(MinEdge(PointsOf({{1, 2, 3}})), (Edge{0.0, 0, 0}));
   EXPECT_EQ(MaxEdge(PointsOf({{0, 0, 0}, {0.05, 0, 0}})), (Edge{0.05, 0, 1}));

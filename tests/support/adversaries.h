@@ -47,13 +47,20 @@ inline std::vector<NamedPoints> Adversaries(int n) {
                       return CNuPoint(t * std::cos(t), t * std::sin(t), 0.01 * t);
                     }));
   sets.emplace_back("outliers", Made(n, [&](int i) {
-                      const double far = i % (n / 4 + 1) == n / 8 ? 1e6 : 1.0;  // as many for every n
+                      // The same few for every n; all are about as far from each other as from the many.
+                      const double far[4][2] = {{-4.3e5, 7e4}, {-4.7e5, -5e4}, {-4.4e5, 1.9e5}, {-3.1e5, -5.3e5}};
+                      const int each = n / 4 + 1;
                       const CNuPoint p = RandomPoint(random, 1.0);
-                      return CNuPoint(p.x() * far, p.y() * far, p.z());
+                      if (i % each != n / 8) return p;
+                      return CNuPoint(far[i / each][0], far[i / each][1], p.z());
                     }));
   sets.emplace_back("ellipse", Made(n, [&](int i) {
                       const double t = 360.0 * kDegree * i / n;
                       return CNuPoint(10.0 * std::cos(t), 0.1 * std::sin(t), 0.0);
+                    }));
+  sets.emplace_back("oval", Made(n, [&](int i) {
+                      const double t = 360.0 * kDegree * i / n;
+                      return CNuPoint(10.0 * std::cos(t), 3.2 * std::sin(t), 0.0);
                     }));
   return sets;
 }

@@ -12,7 +12,8 @@
 //   2 (sum of p p^T) c = sum of |p|^2 p,    r^2 = |c|^2 + mean of |p|^2.
 //
 // The best circle or sphere of a large set is no farther from that of a sample than the noise of the sample's, and one
-// Gauss-Newton step from there leaves less than the algebraic fit of all points does, in as many passes.
+// Gauss-Newton step from there leaves less than the algebraic fit of all points does, in as many passes. On rough parts
+// one step gains too little.
 //
 // The sums of the algebraic fit come from one pass. For a flat cap or a short arc they are summed again along the
 // principal axes of the points, where each entry is accurate relative to its own row and column.
@@ -479,7 +480,7 @@ bool RoundLeastSquares<D>::FitSample(double& sumSquares) {
                              .endsBeforeLimit = false};
   const bool converged = RunGaussNewton(*this, rule) == GaussNewtonEnd::converged;
   sumSquares = m_deviations.sumSquares;
-  return converged;
+  return converged && !(m_slowness > kSlow);
 }
 
 template<int D>

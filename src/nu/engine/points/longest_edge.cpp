@@ -16,10 +16,10 @@
 
 // A long edge is guessed: from the point farthest from the middle to the one farthest from there, then among the points
 // farthest out. With a centre c, the largest distance R from c and the length D of that edge, only points at least D -
-// R from c can belong to a longer edge. They go into a tree of boxes, and pairs of boxes that cannot win are passed
-// over. On a circle or sphere about c, where every point has a partner of almost the same distance, it is the
-// directions from c that tell: an edge that subtends the angle a at c, between points at the distances s and t, has the
-// square s^2 + t^2 - 2 s t cos a.
+// R from c can belong to a longer edge. Those too near to all eight octants go as well. The others go into a tree of
+// boxes, and pairs of boxes that cannot win are passed over. On a circle or sphere about c, where every point has a
+// partner of almost the same distance, it is the directions from c that tell: an edge that subtends the angle a at c,
+// between points at the distances s and t, has the square s^2 + t^2 - 2 s t cos a.
 
 namespace nu::engine::points {
 namespace {
@@ -245,6 +245,33 @@ double OuterSquare(double largestSquare, double scale, const Edge& best) {
   return inner > 0.0 ? inner * inner : 0.0;
 }
 
+// Erases points all of whose edges are too short, by the boxes of the points in each octant about the middle: a dense
+// clump and a few far points leave neither a ring nor a tree much to pass over. Where many go, more may.
+void SiftByOctants(double scale, const Edge& best, std::vector<IndexedPoint>& points) {
+  constexpr int kOctants = 8;
+  std::size_t before = 2 * points.size();
+  while (points.size() > kCoreSize && 2 * points.size() <= before) {
+    before = points.size();
+    const Box all = ExtentsOf(ViewOf(points)).box;
+    double middle[3];
+    Middle(all.low, all.high, middle);
+    Box boxes[kOctants];
+    std::fill_n(boxes, kOctants, EmptyBox());
+    for (const auto& [p, index] : points)
+      Include(LoadVec3(p), boxes[(p[0] > middle[0]) + 2 * (p[1] > middle[1]) + 4 * (p[2] > middle[2])]);
+    const auto last =
+        std::remove_if(boxes, boxes + kOctants, [](const Box& box) { return !(box.low[0] <= box.high[0]); });
+    const double least = best.length * scale * (1.0 - kMargin);
+    std::erase_if(points, [&](const IndexedPoint& p) {
+      return std::none_of(boxes, last, [&](const Box& box) {
+        double farthest[3];
+        for (int k = 0; k < 3; ++k) farthest[k] = std::max(box.high[k] - p.xyz[k], p.xyz[k] - box.low[k]) * scale;
+        return farthest[0] * farthest[0] + farthest[1] * farthest[1] + farthest[2] * farthest[2] >= least * least;
+      });
+    });
+  }
+}
+
 // The first pair of finite points whose length overflows, which makes it as long as any; no pair when there is none.
 Edge FirstOverflow(const PointView& points, const Box& box, double zero) {
   const auto overflows = [&](const double* p, const double* q) { return std::isinf(EdgeLength(p, q, zero)); };
@@ -290,6 +317,7 @@ Edge LongestFinite(const PointView& points, const Extents& extents, double zero)
   const std::vector<IndexedPoint> core = around.Beyond(around.CoreSquare(), kCoreSize);
   PairSearch(core, centre, scale, zero, best).Run();
   std::vector<IndexedPoint> outer = around.Beyond(OuterSquare(largest, scale, best));
+  SiftByOctants(scale, best, outer);
   Sweep sweep(ViewOf(outer), scale);
   for (std::size_t k = 0; k < std::min(core.size(), kWalks); ++k) {
     sweep.From(core[k].xyz);
