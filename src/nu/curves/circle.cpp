@@ -1,8 +1,7 @@
 #include "nu/curves/circle.h"
 
+#include "nu/curves/internal/conic_members.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/conversions.h"
-#include "nu/geometry/plane.h"
 
 using namespace nu::internal;
 
@@ -25,21 +24,7 @@ CNuCircle::CNuCircle(double radius, const CNuPoint& centre, const CNuVector& nor
   SetPosition(centre, xaxis, zaxis);
 }
 
-CNuPoint CNuCircle::GetCentre() const {
-  return GetFrame().origin;
-}
-
-CNuVector CNuCircle::GetNormal() const {
-  return GetFrame().zaxis;
-}
-
-CNuVector CNuCircle::GetXaxis() const {
-  return GetFrame().xaxis;
-}
-
-CNuPlane CNuCircle::GetPlane() const {
-  return CNuPlane(GetCentre(), GetNormal());
-}
+NU_DEFINE_PLACE_OF_CONIC(CNuCircle, GetCentre)
 
 void CNuCircle::GetData(double* radius, CNuPoint* centre, CNuVector* normal) const {
   CNuVector xaxis;

@@ -1,13 +1,12 @@
 #include "nu/curves/ellipse.h"
 
 #include "nu/curves/internal/conic_class.h"
-#include "nu/curves/internal/conic_relations.h"
+#include "nu/curves/internal/conic_members.h"
 #include "nu/curves/internal/sampling.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/constants.h"
 #include "nu/foundation/internal/outputs.h"
 #include "nu/foundation/numeric_helpers.h"
-#include "nu/geometry/plane.h"
 
 using namespace nu::internal;
 
@@ -41,38 +40,13 @@ CNuEllipse::CNuEllipse(double a, double b, const CNuPoint& centre, const CNuVect
   SetPosition(centre, axes.x, axes.normal);
 }
 
-CNuPoint CNuEllipse::GetCentre() const {
-  return GetFrame().origin;
-}
-
-CNuVector CNuEllipse::GetNormal() const {
-  return GetFrame().zaxis;
-}
-
-CNuVector CNuEllipse::GetXaxis() const {
-  return GetFrame().xaxis;
-}
-
-CNuPlane CNuEllipse::GetPlane() const {
-  return CNuPlane(GetCentre(), GetNormal());
-}
+NU_DEFINE_PLACE_OF_CONIC(CNuEllipse, GetCentre)
+NU_DEFINE_RELATIONS_OF_CONIC(CNuEllipse)
 
 void CNuEllipse::GetData(double* a, double* b, CNuPoint* centre, CNuVector* xAxis, CNuVector* normal) const {
   GetPosition(centre, xAxis, normal);
   Output(a, m_a);
   Output(b, m_b);
-}
-
-double CNuEllipse::DistanceTo(const CNuPoint& p) const {
-  return CoordinatesFor(p, *this).Distance();
-}
-
-int CNuEllipse::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const {
-  return line.IntersectWith(*this, p1, p2);
-}
-
-int CNuEllipse::IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const {
-  return StoreCommon(nu::internal::DataOf(plane), *this, p1, p2, "CNuEllipse::IntersectWith(CNuPlane)");
 }
 
 CNuPointArray CNuEllipse::ToPointArray(int n) const {

@@ -1,11 +1,10 @@
 #include "nu/curves/hyperbola.h"
 
 #include "nu/curves/internal/conic_class.h"
-#include "nu/curves/internal/conic_relations.h"
+#include "nu/curves/internal/conic_members.h"
 #include "nu/curves/polyline.h"
 #include "nu/engine/base/elementary.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/plane.h"
 
 using namespace nu::internal;
 
@@ -38,38 +37,13 @@ CNuHyperbola::CNuHyperbola(double a, double b, const CNuPoint& centre, const CNu
   SetPosition(centre, axes.x, axes.normal);
 }
 
-CNuPoint CNuHyperbola::GetCentre() const {
-  return GetFrame().origin;
-}
-
-CNuVector CNuHyperbola::GetNormal() const {
-  return GetFrame().zaxis;
-}
-
-CNuVector CNuHyperbola::GetXaxis() const {
-  return GetFrame().xaxis;
-}
-
-CNuPlane CNuHyperbola::GetPlane() const {
-  return CNuPlane(GetCentre(), GetNormal());
-}
+NU_DEFINE_PLACE_OF_CONIC(CNuHyperbola, GetCentre)
+NU_DEFINE_RELATIONS_OF_CONIC(CNuHyperbola)
 
 void CNuHyperbola::GetData(double* a, double* b, CNuPoint* centre, CNuVector* xAxis, CNuVector* normal) const {
   GetPosition(centre, xAxis, normal);
   Output(a, m_a);
   Output(b, m_b);
-}
-
-double CNuHyperbola::DistanceTo(const CNuPoint& p) const {
-  return CoordinatesFor(p, *this).Distance();
-}
-
-int CNuHyperbola::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const {
-  return line.IntersectWith(*this, p1, p2);
-}
-
-int CNuHyperbola::IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const {
-  return StoreCommon(nu::internal::DataOf(plane), *this, p1, p2, "CNuHyperbola::IntersectWith(CNuPlane)");
 }
 
 CNuPointArray CNuHyperbola::ToPointArray(int n, double t0, double t1, int branch) const {

@@ -1,10 +1,9 @@
 #include "nu/curves/parabola.h"
 
 #include "nu/curves/internal/conic_class.h"
-#include "nu/curves/internal/conic_relations.h"
+#include "nu/curves/internal/conic_members.h"
 #include "nu/curves/polyline.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/plane.h"
 
 using namespace nu::internal;
 
@@ -32,37 +31,12 @@ CNuParabola::CNuParabola(double f, const CNuPoint& vertex, const CNuVector& xAxi
   SetPosition(vertex, axes.x, axes.normal);
 }
 
-CNuPoint CNuParabola::GetVertex() const {
-  return GetFrame().origin;
-}
-
-CNuVector CNuParabola::GetNormal() const {
-  return GetFrame().zaxis;
-}
-
-CNuVector CNuParabola::GetXaxis() const {
-  return GetFrame().xaxis;
-}
-
-CNuPlane CNuParabola::GetPlane() const {
-  return CNuPlane(GetVertex(), GetNormal());
-}
+NU_DEFINE_PLACE_OF_CONIC(CNuParabola, GetVertex)
+NU_DEFINE_RELATIONS_OF_CONIC(CNuParabola)
 
 void CNuParabola::GetData(double* f, CNuPoint* vertex, CNuVector* xAxis, CNuVector* normal) const {
   GetPosition(vertex, xAxis, normal);
   Output(f, m_f);
-}
-
-double CNuParabola::DistanceTo(const CNuPoint& p) const {
-  return CoordinatesFor(p, *this).Distance();
-}
-
-int CNuParabola::IntersectWith(const CNuLine& line, CNuPoint* p1, CNuPoint* p2) const {
-  return line.IntersectWith(*this, p1, p2);
-}
-
-int CNuParabola::IntersectWith(const CNuPlane& plane, CNuPoint* p1, CNuPoint* p2) const {
-  return StoreCommon(nu::internal::DataOf(plane), *this, p1, p2, "CNuParabola::IntersectWith(CNuPlane)");
 }
 
 CNuPointArray CNuParabola::ToPointArray(int n, double t0, double t1, int side) const {
