@@ -18,10 +18,8 @@ CNuCircle::CNuCircle(double radius, const CNuPoint& centre) : CNuCircle(radius) 
 }
 
 CNuCircle::CNuCircle(double radius, const CNuPoint& centre, const CNuVector& normal) : CNuCircle(radius) {
-  CNuVector zaxis = nu::internal::RequireDirection(normal, NuConstructionDirection, kName);
-  CNuVector xaxis;
-  zaxis.OrthonormalX(&xaxis);
-  SetPosition(centre, xaxis, zaxis);
+  const FrameAxes axes = AxesAlong(nu::internal::RequireDirection(normal, NuConstructionDirection, kName));
+  SetPosition(centre, axes.x, axes.z);
 }
 
 NU_DEFINE_PLACE_OF_CONIC(CNuCircle, GetCentre)

@@ -30,14 +30,14 @@ CNuEllipse::CNuEllipse(double a, double b, const CNuPoint& centre) : CNuEllipse(
 }
 
 CNuEllipse::CNuEllipse(double a, double b, const CNuPoint& centre, const CNuVector& normal) : CNuEllipse(a, b) {
-  const ConicAxes axes = RequireAxes(normal, kName);
-  SetPosition(centre, axes.x, axes.normal);
+  const FrameAxes axes = RequireAxes(normal, kName);
+  SetPosition(centre, axes.x, axes.z);
 }
 
 CNuEllipse::CNuEllipse(double a, double b, const CNuPoint& centre, const CNuVector& xAxis, const CNuVector& normal)
     : CNuEllipse(a, b) {
-  const ConicAxes axes = RequireAxes(xAxis, normal, kName);
-  SetPosition(centre, axes.x, axes.normal);
+  const FrameAxes axes = RequireAxes(xAxis, normal, kName);
+  SetPosition(centre, axes.x, axes.z);
 }
 
 NU_DEFINE_PLACE_OF_CONIC(CNuEllipse, GetCentre)

@@ -27,14 +27,14 @@ CNuHyperbola::CNuHyperbola(double a, double b, const CNuPoint& centre) : CNuHype
 }
 
 CNuHyperbola::CNuHyperbola(double a, double b, const CNuPoint& centre, const CNuVector& normal) : CNuHyperbola(a, b) {
-  const ConicAxes axes = RequireAxes(normal, kName);
-  SetPosition(centre, axes.x, axes.normal);
+  const FrameAxes axes = RequireAxes(normal, kName);
+  SetPosition(centre, axes.x, axes.z);
 }
 
 CNuHyperbola::CNuHyperbola(double a, double b, const CNuPoint& centre, const CNuVector& xAxis, const CNuVector& normal)
     : CNuHyperbola(a, b) {
-  const ConicAxes axes = RequireAxes(xAxis, normal, kName);
-  SetPosition(centre, axes.x, axes.normal);
+  const FrameAxes axes = RequireAxes(xAxis, normal, kName);
+  SetPosition(centre, axes.x, axes.z);
 }
 
 NU_DEFINE_PLACE_OF_CONIC(CNuHyperbola, GetCentre)

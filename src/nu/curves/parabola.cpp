@@ -21,14 +21,14 @@ CNuParabola::CNuParabola(double f, const CNuPoint& vertex) : CNuParabola(f) {
 }
 
 CNuParabola::CNuParabola(double f, const CNuPoint& vertex, const CNuVector& normal) : CNuParabola(f) {
-  const ConicAxes axes = RequireAxes(normal, kName);
-  SetPosition(vertex, axes.x, axes.normal);
+  const FrameAxes axes = RequireAxes(normal, kName);
+  SetPosition(vertex, axes.x, axes.z);
 }
 
 CNuParabola::CNuParabola(double f, const CNuPoint& vertex, const CNuVector& xAxis, const CNuVector& normal)
     : CNuParabola(f) {
-  const ConicAxes axes = RequireAxes(xAxis, normal, kName);
-  SetPosition(vertex, axes.x, axes.normal);
+  const FrameAxes axes = RequireAxes(xAxis, normal, kName);
+  SetPosition(vertex, axes.x, axes.z);
 }
 
 NU_DEFINE_PLACE_OF_CONIC(CNuParabola, GetVertex)

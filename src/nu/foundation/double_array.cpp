@@ -1,5 +1,7 @@
 #include "nu/foundation/double_array.h"
 
+#include <algorithm>
+
 #include "nu/engine/base/sort.h"
 #include "nu/foundation/int_array.h"
 #include "nu/foundation/internal/array_definitions.h"
@@ -71,18 +73,14 @@ double CNuDoubleArray::Sum() const {
 
 ENuBoolean CNuDoubleArray::IsMonotonicIncreasing() const {
   RequireNotEmpty(m_size, "IsMonotonicIncreasing operation", "CNuDoubleArray::IsMonotonicIncreasing()");
-  for (int i = 1; i < m_size; ++i) {
-    if (!(m_data[i - 1] <= m_data[i])) return NuFalse;
-  }
-  return NuTrue;
+  const auto isNotBelow = [](double a, double b) { return !(a <= b); };
+  return std::adjacent_find(m_data, m_data + m_size, isNotBelow) == m_data + m_size ? NuTrue : NuFalse;
 }
 
 ENuBoolean CNuDoubleArray::IsStrictlyIncreasing() const {
   RequireNotEmpty(m_size, "IsStrictlyIncreasing operation", "CNuDoubleArray::IsStrictlyIncreasing()");
-  for (int i = 1; i < m_size; ++i) {
-    if (!(m_data[i - 1] < m_data[i])) return NuFalse;
-  }
-  return NuTrue;
+  const auto isNotBelow = [](double a, double b) { return !(a < b); };
+  return std::adjacent_find(m_data, m_data + m_size, isNotBelow) == m_data + m_size ? NuTrue : NuFalse;
 }
 
 void CNuDoubleArray::Sort() {

@@ -1,5 +1,6 @@
 #include "nu/foundation/numeric_helpers.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "nu/engine/base/elementary.h"
@@ -31,10 +32,7 @@ double ReducedAngle(double angle, double turn) {
 
 ENuBoolean NuIsEqual(int na, int nb, const double* a, const double* b, double tol) {
   if (na < 0 || nb < 0 || a == nullptr || b == nullptr || na != nb) return NuFalse;
-  for (int i = 0; i < na; ++i) {
-    if (!(std::fabs(a[i] - b[i]) < tol)) return NuFalse;
-  }
-  return NuTrue;
+  return std::equal(a, a + na, b, [tol](double x, double y) { return std::fabs(x - y) < tol; }) ? NuTrue : NuFalse;
 }
 
 // The ratio of equal magnitudes is 1 also where both are infinite, so that the result is infinite and not a NaN. Every

@@ -270,18 +270,16 @@ CNuComplexMatrix& CNuComplexMatrix::operator/=(const CNuComplex& d) {
 }
 
 ENuBoolean CNuComplexMatrix::IsZero(double tol) const {
-  for (int k = 0; k < m_rows * m_columns; ++k) {
-    if (!m_data[k].IsZero(tol)) return NuFalse;
-  }
-  return NuTrue;
+  return std::all_of(m_data, m_data + m_rows * m_columns,
+                     [tol](const CNuComplex& z) { return z.IsZero(tol) == NuTrue; })
+             ? NuTrue
+             : NuFalse;
 }
 
 ENuBoolean CNuComplexMatrix::IsEqual(const CNuComplexMatrix& b, double tol) const {
   if (m_rows != b.m_rows || m_columns != b.m_columns) return NuFalse;
-  for (int k = 0; k < m_rows * m_columns; ++k) {
-    if (!m_data[k].IsEqual(b.m_data[k], tol)) return NuFalse;
-  }
-  return NuTrue;
+  const auto isEqual = [tol](const CNuComplex& y, const CNuComplex& z) { return y.IsEqual(z, tol) == NuTrue; };
+  return std::equal(m_data, m_data + m_rows * m_columns, b.m_data, isEqual) ? NuTrue : NuFalse;
 }
 
 ENuBoolean CNuComplexMatrix::IsHermitian(double tol) const {

@@ -241,25 +241,18 @@ CNuVector CNuComplexVector::ImaginaryPart() const {
 }
 
 ENuBoolean CNuComplexVector::IsZero(double tol) const {
-  for (int i = 0; i < m_size; ++i) {
-    if (!m_data[i].IsZero(tol)) return NuFalse;
-  }
-  return NuTrue;
+  return std::all_of(m_data, m_data + m_size, [tol](const CNuComplex& z) { return z.IsZero(tol) == NuTrue; }) ? NuTrue
+                                                                                                              : NuFalse;
 }
 
 ENuBoolean CNuComplexVector::IsReal(double tol) const {
-  for (int i = 0; i < m_size; ++i) {
-    if (!m_data[i].IsReal(tol)) return NuFalse;
-  }
-  return NuTrue;
+  return std::all_of(m_data, m_data + m_size, [tol](const CNuComplex& z) { return z.IsReal(tol) == NuTrue; }) ? NuTrue
+                                                                                                              : NuFalse;
 }
 
 ENuBoolean CNuComplexVector::IsEqual(const CNuComplexVector& v, double tol) const {
-  if (m_size != v.m_size) return NuFalse;
-  for (int i = 0; i < m_size; ++i) {
-    if (!m_data[i].IsEqual(v.m_data[i], tol)) return NuFalse;
-  }
-  return NuTrue;
+  const auto isEqual = [tol](const CNuComplex& a, const CNuComplex& b) { return a.IsEqual(b, tol) == NuTrue; };
+  return std::equal(m_data, m_data + m_size, v.m_data, v.m_data + v.m_size, isEqual) ? NuTrue : NuFalse;
 }
 
 CNuComplexVector CNuComplexVector::SubVector(int i, int j) const {

@@ -246,24 +246,16 @@ double CNuVector::Min() const {
 }
 
 ENuBoolean CNuVector::IsZero(double tol) const {
-  for (int i = 0; i < m_size; ++i) {
-    if (!(std::fabs(m_data[i]) < tol)) return NuFalse;
-  }
-  return NuTrue;
+  return std::all_of(m_data, m_data + m_size, [tol](double value) { return std::fabs(value) < tol; }) ? NuTrue
+                                                                                                      : NuFalse;
 }
 
 ENuBoolean CNuVector::IsPositive() const {
-  for (int i = 0; i < m_size; ++i) {
-    if (!(m_data[i] > 0.0)) return NuFalse;
-  }
-  return NuTrue;
+  return std::all_of(m_data, m_data + m_size, [](double value) { return value > 0.0; }) ? NuTrue : NuFalse;
 }
 
 ENuBoolean CNuVector::IsNonNegative() const {
-  for (int i = 0; i < m_size; ++i) {
-    if (!(m_data[i] >= 0.0)) return NuFalse;
-  }
-  return NuTrue;
+  return std::all_of(m_data, m_data + m_size, [](double value) { return value >= 0.0; }) ? NuTrue : NuFalse;
 }
 
 ENuBoolean CNuVector::IsEqual(const CNuVector& v, double tol) const {

@@ -1,9 +1,7 @@
 #include "nu/surfaces/cone.h"
 
-#include "nu/foundation/exceptions.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/conversions.h"
-#include "nu/geometry/line.h"
+#include "nu/surfaces/internal/axis_members.h"
 
 using namespace nu::internal;
 
@@ -28,25 +26,12 @@ CNuConSurf::CNuConSurf(double semiAngle, const CNuPoint& apex, const CNuVector& 
 }
 
 void CNuConSurf::Place(double semiAngle, const CNuPoint& apex, const CNuVector& axisDirection) {
-  CNuVector zaxis = axisDirection;
-  CNuVector xaxis;
-  zaxis.OrthonormalX(&xaxis);
-  SetPosition(apex, xaxis, zaxis);
+  const FrameAxes axes = AxesAlong(axisDirection);
+  SetPosition(apex, axes.x, axes.z);
   m_semiAngle = semiAngle;
 }
 
-CNuPoint CNuConSurf::GetApex() const {
-  return GetFrame().origin;
-}
-
-CNuVector CNuConSurf::GetAxisDirection() const {
-  return GetFrame().zaxis;
-}
-
-CNuLine CNuConSurf::GetAxis() const {
-  const Frame frame = GetFrame();
-  return CNuLine(frame.origin, frame.zaxis);
-}
+NU_DEFINE_AXIS_OF_SURFACE(CNuConSurf, GetApex)
 
 void CNuConSurf::GetData(double* semiAngle, CNuPoint* apex, CNuVector* axisDirection) const {
   const Frame frame = GetFrame();

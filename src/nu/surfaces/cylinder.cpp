@@ -1,8 +1,7 @@
 #include "nu/surfaces/cylinder.h"
 
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/conversions.h"
-#include "nu/geometry/line.h"
+#include "nu/surfaces/internal/axis_members.h"
 
 using namespace nu::internal;
 
@@ -20,25 +19,12 @@ CNuCylSurf::CNuCylSurf(double radius, const CNuPoint& axisPoint, const CNuVector
 }
 
 void CNuCylSurf::Place(double radius, const CNuPoint& axisPoint, const CNuVector& axisDirection) {
-  CNuVector zaxis = axisDirection;
-  CNuVector xaxis;
-  zaxis.OrthonormalX(&xaxis);
-  SetPosition(axisPoint, xaxis, zaxis);
+  const FrameAxes axes = AxesAlong(axisDirection);
+  SetPosition(axisPoint, axes.x, axes.z);
   m_radius = radius;
 }
 
-CNuPoint CNuCylSurf::GetAxisPoint() const {
-  return GetFrame().origin;
-}
-
-CNuVector CNuCylSurf::GetAxisDirection() const {
-  return GetFrame().zaxis;
-}
-
-CNuLine CNuCylSurf::GetAxis() const {
-  const Frame frame = GetFrame();
-  return CNuLine(frame.origin, frame.zaxis);
-}
+NU_DEFINE_AXIS_OF_SURFACE(CNuCylSurf, GetAxisPoint)
 
 void CNuCylSurf::GetData(double* radius, CNuPoint* axisPoint, CNuVector* axisDirection) const {
   const Frame frame = GetFrame();

@@ -2,8 +2,7 @@
 
 #include "nu/foundation/internal/failures.h"
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/conversions.h"
-#include "nu/geometry/line.h"
+#include "nu/surfaces/internal/axis_members.h"
 
 using namespace nu::internal;
 
@@ -32,26 +31,13 @@ CNuTorSurf::CNuTorSurf(double majorRadius, double minorRadius, const CNuPoint& c
 }
 
 void CNuTorSurf::Place(double majorRadius, double minorRadius, const CNuPoint& centre, const CNuVector& axisDirection) {
-  CNuVector zaxis = axisDirection;
-  CNuVector xaxis;
-  zaxis.OrthonormalX(&xaxis);
-  SetPosition(centre, xaxis, zaxis);
+  const FrameAxes axes = AxesAlong(axisDirection);
+  SetPosition(centre, axes.x, axes.z);
   m_majorRadius = majorRadius;
   m_minorRadius = minorRadius;
 }
 
-CNuPoint CNuTorSurf::GetCentre() const {
-  return GetFrame().origin;
-}
-
-CNuVector CNuTorSurf::GetAxisDirection() const {
-  return GetFrame().zaxis;
-}
-
-CNuLine CNuTorSurf::GetAxis() const {
-  const Frame frame = GetFrame();
-  return CNuLine(frame.origin, frame.zaxis);
-}
+NU_DEFINE_AXIS_OF_SURFACE(CNuTorSurf, GetCentre)
 
 void CNuTorSurf::GetData(double* majorRadius, double* minorRadius, CNuPoint* centre, CNuVector* axisDirection) const {
   const Frame frame = GetFrame();

@@ -15,28 +15,21 @@
 // What the classes of the conics share. Only sources include this.
 namespace nu::internal {
 
-struct ConicAxes {
-  CNuVector x;
-  CNuVector normal;
-};
-
-inline ConicAxes RequireAxes(const CNuVector& normal, const char* className) {
+inline FrameAxes RequireAxes(const CNuVector& normal, const char* className) {
   if (normal.GetSize() != 3) throw CNuConstructionException(NuConstructionDirection, className, nullptr, 0, 0);
-  ConicAxes axes{{}, RequireDirection(normal, NuConstructionZeroDirection, className)};
-  axes.normal.OrthonormalX(&axes.x);
-  return axes;
+  return AxesAlong(RequireDirection(normal, NuConstructionZeroDirection, className));
 }
 
-inline ConicAxes RequireAxes(const CNuVector& xAxis, const CNuVector& normal, const char* className) {
+inline FrameAxes RequireAxes(const CNuVector& xAxis, const CNuVector& normal, const char* className) {
   if (xAxis.GetSize() != 3 || normal.GetSize() != 3)
     throw CNuConstructionException(NuConstructionDirection, className, nullptr, 0, 0);
-  ConicAxes axes{RequireDirection(xAxis, NuConstructionZeroDirection, className),
+  FrameAxes axes{RequireDirection(xAxis, NuConstructionZeroDirection, className),
                  RequireDirection(normal, NuConstructionZeroDirection, className)};
-  if (axes.x.IsOrthogonalTo(axes.normal, NuGetRadianTol()) == NuFalse) {
+  if (axes.x.IsOrthogonalTo(axes.z, NuGetRadianTol()) == NuFalse) {
     throw CNuConstructionException(NuConstructionShape, className, nullptr, 0, 0);
   }
   // A coarse tolerance may let the two be parallel.
-  const Vec3 across = Rejection(Components(axes.x), Components(axes.normal));
+  const Vec3 across = Rejection(Components(axes.x), Components(axes.z));
   if (IsNull(across, NuGetZero())) throw CNuConstructionException(NuConstructionShape, className, nullptr, 0, 0);
   axes.x = ToVector(Unit(across));
   return axes;

@@ -29,6 +29,17 @@ inline CNuVector ToVector(Vec3 v) {
   return CNuVector(v.x, v.y, v.z);
 }
 
+struct FrameAxes {
+  CNuVector x, z;
+};
+
+// The axis z normalised, with any x axis across it.
+inline FrameAxes AxesAlong(const CNuVector& z) {
+  FrameAxes axes{{}, z};
+  axes.z.OrthonormalX(&axes.x);
+  return axes;
+}
+
 // Angle tolerances of features are degrees. This bounds the sine of the angle between directions that are parallel
 // within one; the rounding of unit vectors needs no tolerance, and within a right angle all directions are parallel.
 inline double SineTol(double degrees) {
