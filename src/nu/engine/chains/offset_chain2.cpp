@@ -498,17 +498,17 @@ OffsetChain OffsetPieces(const std::vector<Piece2>& chain, bool closed, double d
   const std::vector<TraceEdge> edges = FreeParts(raw, group, chain, near, distance, mergeTol);
   if (near.IsExhausted()) return result;
   if (edges.empty()) return Vanished();
-  Trace trace(raw, group, edges);
+  std::vector<int> groupsOfEnds;
   if (!closed) {
-    trace.AllowEnd(group[Index(ends.start)]);
-    trace.AllowEnd(group[Index(ends.end)]);
+    groupsOfEnds = {group[Index(ends.start)], group[Index(ends.end)]};
     for (std::size_t i = 0; i < raw.nodes.size(); ++i) {
-      if (cutter.IsBorderNode(i)) trace.AllowEnd(group[i]);
+      if (cutter.IsBorderNode(i)) groupsOfEnds.push_back(group[i]);
     }
   }
-  result.curves = trace.Curves();
-  // Curves of a size of about 1 that are this close to each other are hardly longer. Behind sharp corners others end.
-  const bool isTorn = corner == OffsetCorner::round && trace.IsTorn(10.0 * std::sqrt(mergeTol));
+  // Curves of a size of about 1 that are this close to each other are hardly longer.
+  TracedCurves traced = TraceCurves(raw, group, edges, groupsOfEnds, 10.0 * std::sqrt(mergeTol));
+  result.curves = std::move(traced.curves);
+  const bool isTorn = corner == OffsetCorner::round && traced.isTorn;  // behind sharp corners others end
   result.outcome = isTorn ? OffsetChain::Outcome::broken : OffsetChain::Outcome::vanished;
   if (isTorn || result.curves.empty()) return result;
   result.outcome = OffsetChain::Outcome::moved;
