@@ -45,6 +45,12 @@ constexpr double kDifference = 0x1p-17;
 constexpr double kVast = 0x1p20;
 constexpr double kLeast = 0x1p-80;
 
+// Adds the products of the components, times a weight.
+void AddSquare(const double (&u)[N], double weight, double (&square)[N][N]) {
+  for (int j = 0; j < N; ++j)
+    for (int k = 0; k < N; ++k) square[j][k] += weight * u[j] * u[k];
+}
+
 class HeldFeature {
  public:
   HeldFeature(PointView points, const Feature& feature, ContactCriterion criterion, const ContactAccount& account,
@@ -66,8 +72,7 @@ class HeldFeature {
         double u[N] = {};
         const double value = Follow(i, axis, u);
         if (hasRadius) u[m_held] = value;
-        for (int j = 0; j < N; ++j)
-          for (int k = 0; k < N; ++k) square[j][k] += u[j] * u[k];
+        AddSquare(u, 1.0, square);
       }
     }
   }
@@ -220,12 +225,12 @@ class SquaresOnOneSide {
     for (int i = 0; i < m_account.holding; ++i) {
       double u[N];
       Follow(i, u);
-      Add(u, square);
+      AddSquare(u, 1.0, square);
     }
     for (int k = 0; k < m_turns; ++k) {
       double u[N];
       for (int j = 0; j < N; ++j) u[j] = m_turn[k][j] / m_turned.value[k];
-      Add(u, square);
+      AddSquare(u, 1.0, square);
     }
   }
 
@@ -235,11 +240,6 @@ class SquaresOnOneSide {
 
  private:
   bool IsHeld(int k) const { return m_contacts.value[k] > kHoldsNothing * m_contacts.value[0]; }
-
-  static void Add(const double (&u)[N], double (&square)[N][N]) {
-    for (int j = 0; j < N; ++j)
-      for (int k = 0; k < N; ++k) square[j][k] += u[j] * u[k];
-  }
 
   void MultiplyByFactor(const double (&u)[N], double (&to)[N]) const {
     for (int i = 0; i < N; ++i) {
@@ -298,9 +298,7 @@ class SquaresOnOneSide {
 void Decompose(int loose, const double (&direction)[N][N], double (&square)[N][N], Covariance& result) {
   double trace = 1.0;
   for (int k = 0; k < N; ++k) trace += square[k][k];
-  for (int w = 0; w < loose; ++w)
-    for (int j = 0; j < N; ++j)
-      for (int k = 0; k < N; ++k) square[j][k] += kVast * trace * direction[w][j] * direction[w][k];
+  for (int w = 0; w < loose; ++w) AddSquare(direction[w], kVast * trace, square);
   double values[N], vectors[N * N];
   result.finite = DecomposeSymmetric(&square[0][0], result.unknowns, N, values, vectors, N);
   if (!result.finite) return;

@@ -129,24 +129,17 @@ bool RefineCylinder(Scene& scene, const Feature& start, double, Feature& found) 
   return zone.end == MinimaxEnd::converged;
 }
 
+// Of a cone with both nappes the frame is at the apex.
 bool RefineCone(Scene& scene, const Feature& start, double form, Feature& found) {
-  const double toApex = -start.size[0] / Tan(start.size[1]);
-  const Cone3 cone{{start.frame.origin, start.frame.z}, toApex, start.size[1]};
-  const ConeZone zone = NarrowestConeZone(scene.Blocks(), scene.Mean(), cone, form, kMostSteps);
-  found = start;
-  found.frame = AxisFrame::Along(zone.cone.axis.point, zone.cone.axis.direction);
-  found.size[1] = zone.cone.semiAngle;
-  return zone.end == MinimaxEnd::converged;
-}
-
-bool RefineDoubleCone(Scene& scene, const Feature& start, double form, Feature& found) {
-  const Cone3 cone{{start.frame.origin, start.frame.z}, 0.0, start.size[1], true};
+  const double toApex = start.bothNappes ? 0.0 : -start.size[0] / Tan(start.size[1]);
+  const Cone3 cone{{start.frame.origin, start.frame.z}, toApex, start.size[1], start.bothNappes};
   const ConeZone zone = NarrowestConeZone(scene.Blocks(), scene.Mean(), cone, form, kMostSteps);
   const Line3& axis = zone.cone.axis;
   found = start;
-  found.frame = AxisFrame::Along(axis.point + zone.cone.toApex * axis.direction, axis.direction);
+  found.frame = AxisFrame::Along(axis.point, axis.direction);
+  if (start.bothNappes) found.frame.origin = axis.point + zone.cone.toApex * axis.direction;
   found.size[1] = zone.cone.semiAngle;
-  return zone.end == MinimaxEnd::converged && zone.cone.bothNappes;
+  return zone.end == MinimaxEnd::converged && (zone.cone.bothNappes || !start.bothNappes);
 }
 
 bool RefineCircle(Scene& scene, const Feature& start, double, Feature& found) {
@@ -274,7 +267,7 @@ GlobalBound BoundDoubleCone(Scene& scene, const Feature& known, const BoundLimit
   const double floor = std::min(nappes.bound, 0.5 * (wedge - Sagitta(far, points.Reach())));
   const ProofMonitor monitor(limits.monitor, 2.0 / scene.Scale());
   const CellProblem problem{points, far, floor, gap, limits.boxes, nappes.boxes, monitor};
-  return Described(scene, Search<BoundedDoubleCone>(scene, problem, start, RefineDoubleCone), gap, 2.0);
+  return Described(scene, Search<BoundedDoubleCone>(scene, problem, start, RefineCone), gap, 2.0);
 }
 
 // A circle so large that the points see no more of it than an arc: it is nearly straight, and the largest distance from
