@@ -66,9 +66,8 @@ FeatureFit<PlacedCircle> nu::internal::FitCircle(PointView points, const FitOpti
 }
 
 void CNuCircle::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  const bool wantsDeviations = form != nullptr || sumSquares != nullptr;
-  const auto found = MemoryAsNumericalFailure(
-      kName, [&] { return FitCircle(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations}); });
+  const auto found =
+      MemoryAsNumericalFailure(kName, [&] { return FitCircle(ViewOf(points), OptionsFor(form, sumSquares, maxIter)); });
   const PlacedCircle& circle = found.shape;
   Place(circle.radius, ToPoint(circle.centre), ToVector(circle.xAxis), ToVector(circle.normal));
   StoreForm(found, form, sumSquares);

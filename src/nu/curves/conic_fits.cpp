@@ -19,8 +19,7 @@ constexpr ConicFitRule kParabola{"CNuParabola", ConicKind::parabola, 4};
 template<class Store>
 void FitConic(const ConicFitRule& rule, const CNuPointArray& points, double* form, double* sumSquares, long maxIter,
               Store store) {
-  const bool wantsDeviations = form != nullptr || sumSquares != nullptr;
-  const auto found = FitConic(rule, ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations});
+  const auto found = FitConic(rule, ViewOf(points), OptionsFor(form, sumSquares, maxIter));
   const FittedConic& conic = found.shape;
   store(conic, ToPoint(conic.origin), ToVector(conic.xAxis), ToVector(conic.normal));
   StoreForm(found, form, sumSquares);

@@ -9,18 +9,8 @@
 
 using namespace nu::internal;
 
-namespace {
-
-const CNuPointArray& RequirePoints(const CNuPointArray& points) {
-  if (points.GetSize() == 0)
-    throw CNuConstructionException(NuConstructionSize, "CNuPolyline", "size of CNuPointArray", 0, 0);
-  return points;
-}
-
-}  // namespace
-
 CNuPolyline::CNuPolyline(const CNuPointArray& points)
-    : CNuBoundedCurve(NuTypePolyline), m_points(RequirePoints(points)), m_anchor(points[0]) {
+    : CNuBoundedCurve(NuTypePolyline), m_points(RequirePoints(points, "CNuPolyline")), m_anchor(points[0]) {
   SetPosition(m_anchor, CNuVector(1.0, 0.0, 0.0), CNuVector(0.0, 0.0, 1.0));
 }
 
@@ -48,10 +38,7 @@ CNuPoint CNuPolyline::operator[](int i) const {
 }
 
 CNuPointArray CNuPolyline::GetPoints() const {
-  const Placement place = Place();
-  CNuPointArray points(m_points);
-  for (int i = 0; i < GetSize(); ++i) points.GetData()[i] = ToPoint(place.At(Components(points.GetData()[i])));
-  return points;
+  return PlacedPoints(m_points, Place());
 }
 
 ENuBoolean CNuPolyline::IsClosed(double tol) const {

@@ -13,11 +13,6 @@ namespace {
 
 constexpr const char* kName = "CNuSimplifiedCurve";
 
-const CNuPointArray& RequirePoints(const CNuPointArray& points) {
-  if (points.GetSize() == 0) throw CNuConstructionException(NuConstructionSize, kName, "size of CNuPointArray", 0, 0);
-  return points;
-}
-
 SimplifiedPath Simplified(const CNuPointArray& points, double tol) {
   return WithMemory(kName, [&] {
     std::vector<Vec3> path;
@@ -30,7 +25,7 @@ SimplifiedPath Simplified(const CNuPointArray& points, double tol) {
 }  // namespace
 
 CNuSimplifiedCurve::CNuSimplifiedCurve(const CNuPointArray& points, double tol)
-    : CNuCurve(NuTypeSimplifiedCurve), m_points(0), m_anchor(RequirePoints(points)[0]) {
+    : CNuCurve(NuTypeSimplifiedCurve), m_points(0), m_anchor(RequirePoints(points, kName)[0]) {
   const SimplifiedPath path = Simplified(points, tol);
   m_points = CNuPointArray(static_cast<int>(path.kept.size()));
   for (const std::size_t k : path.kept) m_points.Add(points.GetData()[k]);
@@ -58,8 +53,5 @@ CNuPoint CNuSimplifiedCurve::GetPoint(int i) const {
 }
 
 CNuPointArray CNuSimplifiedCurve::GetPoints() const {
-  const Placement place = Place();
-  CNuPointArray points(m_points);
-  for (int i = 0; i < GetSize(); ++i) points.GetData()[i] = ToPoint(place.At(Components(points.GetData()[i])));
-  return points;
+  return PlacedPoints(m_points, Place());
 }

@@ -19,57 +19,20 @@ constinit thread_local Tolerances tolerances;
 
 }  // namespace
 
-double NuGetTol() {
-  return tolerances.tol;
-}
-void NuSetTol(double value) {
-  tolerances.tol = value;
-}
-double NuGetLarge() {
-  return tolerances.large;
-}
-void NuSetLarge(double value) {
-  tolerances.large = value;
-}
-double NuGetZero() {
-  return tolerances.zero;
-}
-void NuSetZero(double value) {
-  tolerances.zero = value;
-}
-double NuGetSqrtTol() {
-  return tolerances.sqrtTol;
-}
-void NuSetSqrtTol(double value) {
-  tolerances.sqrtTol = value;
-}
-double NuGetLengthTol() {
-  return tolerances.lengthTol;
-}
-void NuSetLengthTol(double value) {
-  tolerances.lengthTol = value;
-}
-double NuGetMinEdgeLength() {
-  return tolerances.minEdgeLength;
-}
-void NuSetMinEdgeLength(double value) {
-  tolerances.minEdgeLength = value;
-}
-double NuGetDegreeTol() {
-  return tolerances.degreeTol;
-}
-void NuSetDegreeTol(double value) {
-  tolerances.degreeTol = value;
-}
-double NuGetRadianTol() {
-  return tolerances.radianTol;
-}
-void NuSetRadianTol(double value) {
-  tolerances.radianTol = value;
-}
-double NuGetMinAngle() {
-  return tolerances.minAngle;
-}
-void NuSetMinAngle(double value) {
-  tolerances.minAngle = value;
-}
+#define NU_DEFINE_TOLERANCE(Name, tolerance) \
+  double NuGet##Name() {                     \
+    return tolerances.tolerance;             \
+  }                                          \
+  void NuSet##Name(double value) {           \
+    tolerances.tolerance = value;            \
+  }
+
+NU_DEFINE_TOLERANCE(Tol, tol)
+NU_DEFINE_TOLERANCE(Large, large)
+NU_DEFINE_TOLERANCE(Zero, zero)
+NU_DEFINE_TOLERANCE(SqrtTol, sqrtTol)
+NU_DEFINE_TOLERANCE(LengthTol, lengthTol)
+NU_DEFINE_TOLERANCE(MinEdgeLength, minEdgeLength)
+NU_DEFINE_TOLERANCE(DegreeTol, degreeTol)
+NU_DEFINE_TOLERANCE(RadianTol, radianTol)
+NU_DEFINE_TOLERANCE(MinAngle, minAngle)

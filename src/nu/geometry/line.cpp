@@ -1,7 +1,7 @@
 #include "nu/geometry/line.h"
 
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/conversions.h"
+#include "nu/geometry/internal/moves.h"
 #include "nu/geometry/nonlinear_geometry.h"
 #include "nu/linalg/matrix.h"
 
@@ -35,34 +35,7 @@ void CNuLine::GetData(CNuPoint* point, CNuVector* direction) const {
   Output(direction, m_direction);
 }
 
-void CNuLine::Translate(const CNuPoint& p) {
-  m_point.Translate(p);
-}
-
-void CNuLine::Translate(double dx, double dy, double dz) {
-  m_point.Translate(dx, dy, dz);
-}
-
-// The direction goes first: it is never zero, so it is where a useless axis shows, before anything has changed.
-void CNuLine::Rotate(double angle, CNuGeometry::EAxisType axis) {
-  m_direction = TurnedDirection(m_direction, angle, axis);
-  m_point.Rotate(angle, axis);
-}
-
-void CNuLine::Rotate(double angle, const CNuVector& axis) {
-  m_direction = TurnedDirection(m_direction, angle, axis);
-  m_point.Rotate(angle, axis);
-}
-
-void CNuLine::Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre) {
-  m_direction = TurnedDirection(m_direction, angle, axis);
-  m_point.Rotate(angle, axis, centre);
-}
-
-void CNuLine::Rotate(double angle, const CNuVector& axis, const CNuPoint& centre) {
-  m_direction = TurnedDirection(m_direction, angle, axis);
-  m_point.Rotate(angle, axis, centre);
-}
+NU_DEFINE_MOVES(CNuLine, m_direction)
 
 void CNuLine::MoveTo(const CNuNonLinearGeometry& g) {
   m_direction = ToVector(Unit(Components(m_direction * g.GetInverseRotation())));

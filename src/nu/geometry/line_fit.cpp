@@ -64,8 +64,8 @@ void CNuLine::Fit(const CNuPointArray& points) {
 }
 
 void CNuLine::Fit(const CNuPointArray& points, double* form, double* sumSquares) {
-  const auto found = MemoryAsNumericalFailure(
-      kName, [&] { return FitLine(ViewOf(points), {.wantsDeviations = form != nullptr || sumSquares != nullptr}); });
+  const auto found =
+      MemoryAsNumericalFailure(kName, [&] { return FitLine(ViewOf(points), OptionsFor(form, sumSquares)); });
   m_point = ToPoint(found.shape.point);
   m_direction = ToVector(found.shape.direction);
   StoreForm(found, form, sumSquares);

@@ -1,7 +1,7 @@
 #include "nu/geometry/plane.h"
 
 #include "nu/foundation/internal/outputs.h"
-#include "nu/geometry/internal/conversions.h"
+#include "nu/geometry/internal/moves.h"
 #include "nu/geometry/line.h"
 
 using namespace nu::internal;
@@ -33,31 +33,4 @@ void CNuPlane::GetData(CNuPoint* point, CNuVector* normal) const {
   Output(normal, m_normal);
 }
 
-void CNuPlane::Translate(const CNuPoint& p) {
-  m_point.Translate(p);
-}
-
-void CNuPlane::Translate(double dx, double dy, double dz) {
-  m_point.Translate(dx, dy, dz);
-}
-
-// The normal goes first: it is never zero, so it is where a useless axis shows, before anything has changed.
-void CNuPlane::Rotate(double angle, CNuGeometry::EAxisType axis) {
-  m_normal = TurnedDirection(m_normal, angle, axis);
-  m_point.Rotate(angle, axis);
-}
-
-void CNuPlane::Rotate(double angle, const CNuVector& axis) {
-  m_normal = TurnedDirection(m_normal, angle, axis);
-  m_point.Rotate(angle, axis);
-}
-
-void CNuPlane::Rotate(double angle, CNuGeometry::EAxisType axis, const CNuPoint& centre) {
-  m_normal = TurnedDirection(m_normal, angle, axis);
-  m_point.Rotate(angle, axis, centre);
-}
-
-void CNuPlane::Rotate(double angle, const CNuVector& axis, const CNuPoint& centre) {
-  m_normal = TurnedDirection(m_normal, angle, axis);
-  m_point.Rotate(angle, axis, centre);
-}
+NU_DEFINE_MOVES(CNuPlane, m_normal)

@@ -62,8 +62,8 @@ void CNuPlane::Fit(const CNuPointArray& points) {
 }
 
 void CNuPlane::Fit(const CNuPointArray& points, double* form, double* sumSquares) {
-  const auto found = MemoryAsNumericalFailure(
-      kName, [&] { return FitPlane(ViewOf(points), {.wantsDeviations = form != nullptr || sumSquares != nullptr}); });
+  const auto found =
+      MemoryAsNumericalFailure(kName, [&] { return FitPlane(ViewOf(points), OptionsFor(form, sumSquares)); });
   m_point = ToPoint(found.shape.point);
   m_normal = ToVector(found.shape.normal);
   StoreForm(found, form, sumSquares);

@@ -73,21 +73,14 @@ FeatureFit<Cone3> nu::internal::FitCone(PointView points, PointBlocks& blocks, c
 }
 
 FeatureFit<Cone3> nu::internal::FitCone(PointView points, const FitOptions& options) {
-  return Monitored(options, [&](const FitOptions& watched) {
-    PointBlocks blocks = BlocksOf(points);
-    const auto found = FitAnyCone(points, blocks, watched, FlatPoints::refused);
-    RequireBend(points, found.shape.toApex, kName);
-    return found;
+  return BentFit(points, options, kName, &Cone3::toApex, [&](PointBlocks& blocks, const FitOptions& watched) {
+    return FitAnyCone(points, blocks, watched, FlatPoints::refused);
   });
 }
 
 void CNuConSurf::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  RequireIterations(maxIter, kName);
-  Output(form, 0.0);
-  Output(sumSquares, 0.0);
-  const bool wantsDeviations = form != nullptr || sumSquares != nullptr;
-  const auto found = WithMemory(
-      kName, [&] { return FitCone(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations}); });
+  ClearForm(form, sumSquares, maxIter, kName);
+  const auto found = WithMemory(kName, [&] { return FitCone(ViewOf(points), OptionsFor(form, sumSquares, maxIter)); });
   const Cone3& cone = found.shape;
   Place(DegreesOf(cone), ToPoint(StoredApex(cone)), ToVector(cone.axis.direction));
   StoreForm(found, form, sumSquares);

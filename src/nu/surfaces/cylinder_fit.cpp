@@ -50,21 +50,15 @@ FeatureFit<Cylinder3> nu::internal::FitCylinder(PointView points, PointBlocks& b
 }
 
 FeatureFit<Cylinder3> nu::internal::FitCylinder(PointView points, const FitOptions& options) {
-  return Monitored(options, [&](const FitOptions& watched) {
-    PointBlocks blocks = BlocksOf(points);
-    const auto found = LeastSquaresCylinder(points, blocks, watched, FlatPoints::refused);
-    RequireBend(points, found.shape.radius, kName);
-    return found;
+  return BentFit(points, options, kName, &Cylinder3::radius, [&](PointBlocks& blocks, const FitOptions& watched) {
+    return LeastSquaresCylinder(points, blocks, watched, FlatPoints::refused);
   });
 }
 
 void CNuCylSurf::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  RequireIterations(maxIter, kName);
-  Output(form, 0.0);
-  Output(sumSquares, 0.0);
-  const bool wantsDeviations = form != nullptr || sumSquares != nullptr;
-  const auto found = WithMemory(
-      kName, [&] { return FitCylinder(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations}); });
+  ClearForm(form, sumSquares, maxIter, kName);
+  const auto found =
+      WithMemory(kName, [&] { return FitCylinder(ViewOf(points), OptionsFor(form, sumSquares, maxIter)); });
   const Line3& axis = found.shape.axis;
   Place(found.shape.radius, ToPoint(axis.point), ToVector(axis.direction));
   StoreForm(found, form, sumSquares);

@@ -136,14 +136,8 @@ void CNuCylSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuCylSur
                             long maxIter) {
   double width;
   FitMinZone(points, &width, tol, maxIter);
-  const double half = std::fabs(width) >= NuGetTol() ? 0.5 * width : 0.0;
-  CNuCylSurf innermost(*this);
-  CNuCylSurf outermost(*this);
-  innermost.m_radius = std::max(0.0, m_radius - half);
-  outermost.m_radius += half;
+  StoreBoundaries(*this, &CNuCylSurf::m_radius, width, inner, outer);
   Output(zone, width);
-  Output(inner, innermost);
-  Output(outer, outermost);
 }
 
 NU_DEFINE_ZONE_VARIANTS(CNuCylSurf, kName)

@@ -75,21 +75,14 @@ FeatureFit<Sphere3> nu::internal::FitSphere(PointView points, PointBlocks& block
 }
 
 FeatureFit<Sphere3> nu::internal::FitSphere(PointView points, const FitOptions& options) {
-  return Monitored(options, [&](const FitOptions& watched) {
-    PointBlocks blocks = BlocksOf(points);
-    const auto found = FitSphere(points, blocks, watched);
-    RequireBend(points, found.shape.radius, kName);
-    return found;
-  });
+  return BentFit(points, options, kName, &Sphere3::radius,
+                 [&](PointBlocks& blocks, const FitOptions& watched) { return FitSphere(points, blocks, watched); });
 }
 
 void CNuSphSurf::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
-  RequireIterations(maxIter, kName);
-  Output(form, 0.0);
-  Output(sumSquares, 0.0);
-  const bool wantsDeviations = form != nullptr || sumSquares != nullptr;
-  const auto found = WithMemory(
-      kName, [&] { return FitSphere(ViewOf(points), {.maxIter = maxIter, .wantsDeviations = wantsDeviations}); });
+  ClearForm(form, sumSquares, maxIter, kName);
+  const auto found =
+      WithMemory(kName, [&] { return FitSphere(ViewOf(points), OptionsFor(form, sumSquares, maxIter)); });
   Place(found.shape.radius, ToPoint(found.shape.centre));
   StoreForm(found, form, sumSquares);
 }

@@ -148,14 +148,8 @@ void CNuSphSurf::FitMinZone(const CNuPointArray& points, double* zone, CNuSphSur
                             long maxIter) {
   double width;
   FitMinZone(points, &width, tol, maxIter);
-  const double half = std::fabs(width) >= NuGetTol() ? 0.5 * width : 0.0;
-  CNuSphSurf innermost(*this);
-  CNuSphSurf outermost(*this);
-  innermost.m_radius = std::max(0.0, m_radius - half);
-  outermost.m_radius += half;
+  StoreBoundaries(*this, &CNuSphSurf::m_radius, width, inner, outer);
   Output(zone, width);
-  Output(inner, innermost);
-  Output(outer, outermost);
 }
 
 NU_DEFINE_ZONE_VARIANTS(CNuSphSurf, kName)

@@ -1,7 +1,9 @@
 #ifndef NU_CURVES_INTERNAL_PLACEMENT_H
 #define NU_CURVES_INTERNAL_PLACEMENT_H
 
+#include "nu/foundation/exceptions.h"
 #include "nu/geometry/internal/conversions.h"
+#include "nu/geometry/point_array.h"
 
 namespace nu::internal {
 
@@ -28,6 +30,18 @@ class Placement {
   Vec3 m_anchor, m_origin, m_x, m_z, m_y;
   bool m_turned, m_moved;
 };
+
+// The points of a curve at its current place.
+inline CNuPointArray PlacedPoints(const CNuPointArray& given, const Placement& place) {
+  CNuPointArray points(given);
+  for (int i = 0; i < points.GetSize(); ++i) points.GetData()[i] = ToPoint(place.At(Components(points.GetData()[i])));
+  return points;
+}
+
+inline const CNuPointArray& RequirePoints(const CNuPointArray& points, const char* className) {
+  if (points.GetSize() > 0) return points;
+  throw CNuConstructionException(NuConstructionSize, className, "size of CNuPointArray", 0, 0);
+}
 
 }  // namespace nu::internal
 

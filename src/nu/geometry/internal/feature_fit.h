@@ -85,6 +85,11 @@ inline void PassMonitor(const FitOptions& options) {
   if (!options.monitor.GoesOn(1, kQuietNaN, kQuietNaN)) throw FitCancelled();
 }
 
+// Of a fit that has these outputs.
+inline FitOptions OptionsFor(const double* form, const double* sumSquares, long maxIter = 1) {
+  return {.maxIter = maxIter, .wantsDeviations = form != nullptr || sumSquares != nullptr};
+}
+
 template<class Shape>
 void StoreForm(const FeatureFit<Shape>& found, double* form, double* sumSquares) {
   Output(form, found.form);

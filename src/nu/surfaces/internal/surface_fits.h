@@ -116,6 +116,36 @@ void RequireCloserThanPlane(PointView points, const PointBlocks& blocks, Fit& fi
   if (!(fit.DeviationsNow().sumSquares <= kRoundings * PlaneSumSquares(points))) FailFit(kNumericalFailure, name);
 }
 
+// Before a least-squares fit whose iterations are allowed: its outputs are 0 until it has succeeded.
+inline void ClearForm(double* form, double* sumSquares, long maxIter, const char* name) {
+  RequireIterations(maxIter, name);
+  Output(form, 0.0);
+  Output(sumSquares, 0.0);
+}
+
+// What `fit` finds for the points, if its size is not beyond what they can tell.
+template<class Surface, class Fit>
+FeatureFit<Surface> BentFit(PointView points, const FitOptions& options, const char* name, double Surface::*size,
+                            Fit fit) {
+  return Monitored(options, [&](const FitOptions& watched) {
+    PointBlocks blocks = BlocksOf(points);
+    const FeatureFit<Surface> found = fit(blocks, watched);
+    RequireBend(points, found.shape.*size, name);
+    return found;
+  });
+}
+
+// The surfaces of a zone, half its width inside and outside the middle one.
+template<class Surface>
+void StoreBoundaries(const Surface& middle, double Surface::*radius, double width, Surface* inner, Surface* outer) {
+  const double half = std::fabs(width) >= NuGetTol() ? 0.5 * width : 0.0;
+  Surface innermost(middle), outermost(middle);
+  innermost.*radius = std::max(0.0, innermost.*radius - half);
+  outermost.*radius += half;
+  Output(inner, innermost);
+  Output(outer, outermost);
+}
+
 // What a fit does about points that are as close to a plane: start values of minimax fits may follow them as well.
 enum class FlatPoints { refused, taken };
 
