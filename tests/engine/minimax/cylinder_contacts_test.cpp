@@ -124,12 +124,12 @@ TEST(CylinderContacts, HoldWhateverIsReturned) {
 // Short sets have many local optima.
 TEST(CylinderContacts, NoOtherStartLeadsToASmallerCylinder) {
   Random random(757);
-  for (int run = 0; run < 60; ++run) {
+  for (int run = 0; run < 90; ++run) {
     SCOPED_TRACE(run);
     const int n = 10 + random.Below(150);
-    const double flat = random.Uniform(0.02, 1.0);
+    const double flat = random.Uniform(0.02, 1.0), noise = run % 2 ? 5e-4 : 0.05;
     const Case c(RandomMotion(random, 1.0)(run % 3 == 0   ? BoxCloud(random, n, 1.0, random.Uniform(0.5, 1.0), flat)
-                                           : run % 3 == 1 ? CylinderCloud(random, n, 0.5, 0.5 * flat, 360.0, 0.05)
+                                           : run % 3 == 1 ? CylinderCloud(random, n, 0.5, 0.5 * flat, 360.0, noise)
                                                           : SphereCloud(random, n, 0.5, 180.0, 0.05)));
     const double radius = c.Solve(SmallestCylinderAround).cylinder.radius;
     PointBlocks blocks(ViewOf(c.points), MeanOf(ViewOf(c.points)));
@@ -138,7 +138,7 @@ TEST(CylinderContacts, NoOtherStartLeadsToASmallerCylinder) {
       const Vec3 direction = Components(RandomMotion(random, 0.0).Direction({0.0, 0.0, 1.0}));
       const MinimaxSolution<AxisDistance> other = minimax.Solve({AxisFrame::Along({}, direction), 1.0});
       if (other.end != MinimaxEnd::converged) continue;
-      ASSERT_LE(radius, other.value * (1.0 + 1e-6));
+      ASSERT_LE(radius, other.value * (1.0 + 1e-9));
     }
   }
 }
