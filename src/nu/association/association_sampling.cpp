@@ -7,7 +7,6 @@
 #include "nu/association/internal/parameters.h"
 #include "nu/association/internal/report_details.h"
 #include "nu/association/internal/sampled_fit_data.h"
-#include "nu/engine/association/form_parameters.h"
 #include "nu/engine/association/monte_carlo.h"
 #include "nu/engine/base/floating_point.h"
 

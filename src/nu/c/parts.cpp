@@ -1,7 +1,6 @@
 #include "nu/association/association_part.h"
 #include "nu/c/internal/features.h"
 #include "nu/c/internal/handles.h"
-#include "nu/foundation/internal/failures.h"
 
 using namespace nu::internal;
 using namespace nu::internal::c;

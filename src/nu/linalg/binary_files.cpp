@@ -1,6 +1,5 @@
 #include <utility>
 
-#include "nu/foundation/exceptions.h"
 #include "nu/linalg/internal/binary_file.h"
 #include "nu/linalg/matrix.h"
 #include "nu/linalg/vector.h"

@@ -1,8 +1,5 @@
 #include "nu/engine/minimax/cylinder_minimax.h"
 
-#include <algorithm>
-#include <cmath>
-
 #include "nu/curves/internal/circle_fits.h"
 #include "nu/engine/minimax/round_minimax.h"
 #include "nu/engine/points/canonical_order.h"

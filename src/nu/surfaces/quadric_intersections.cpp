@@ -8,7 +8,6 @@
 #include "nu/geometry/internal/section_objects.h"
 #include "nu/geometry/internal/surface_data.h"
 #include "nu/linalg/matrix.h"
-#include "nu/numerics/triag.h"
 #include "nu/numerics/triag_polynomial.h"
 
 using namespace nu::internal;

@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <cmath>
 
 #include "nu/curves/internal/circle_fits.h"
 #include "nu/engine/base/elementary.h"

@@ -11,7 +11,6 @@
 #include "nu/engine/association/explain.h"
 #include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/extents.h"
-#include "nu/foundation/cause_text.h"
 
 namespace nu::internal {
 namespace {

@@ -1,7 +1,6 @@
 #ifndef NU_ENGINE_ASSOCIATION_CERTIFICATE_DISTANCE_H
 #define NU_ENGINE_ASSOCIATION_CERTIFICATE_DISTANCE_H
 
-#include "nu/engine/association/certificate.h"
 #include "nu/engine/association/certificate_arithmetic.h"
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/shapes/wide_vec3.h"

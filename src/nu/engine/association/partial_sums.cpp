@@ -26,7 +26,6 @@
 #include "nu/engine/association/scaled_fit.h"
 #include "nu/engine/base/bits.h"
 #include "nu/engine/base/compensated_sum.h"
-#include "nu/engine/base/elementary.h"
 #include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/cone_start.h"
 #include "nu/engine/linear/small_cholesky.h"

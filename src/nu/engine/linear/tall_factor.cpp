@@ -1,7 +1,5 @@
 #include "nu/engine/linear/tall_factor.h"
 
-#include <cmath>
-
 #include "nu/engine/linear/householder.h"
 
 namespace nu::engine::linear {

@@ -2,6 +2,7 @@
 #define NU_SURFACES_INTERNAL_SURFACE_FITS_H
 
 #include <algorithm>
+#include <cmath>
 
 #include "nu/engine/least_squares/gauss_newton.h"
 #include "nu/engine/least_squares/sampled_start.h"
