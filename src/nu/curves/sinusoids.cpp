@@ -15,19 +15,24 @@ constexpr const char* kCosine = "CNuCosineCurve";
 
 }  // namespace
 
+#define NU_DEFINE_WAVE(Class)                                             \
+  Class::~Class() = default;                                              \
+  void Class::GetData(double* a, double* b, double* c, double* d) const { \
+    Output(a, m_a);                                                       \
+    Output(b, m_b);                                                       \
+    Output(c, m_c);                                                       \
+    Output(d, m_d);                                                       \
+  }                                                                       \
+  double Class::Period() const {                                          \
+    return Nu_2PI / m_b;                                                  \
+  }
+
 CNuSineCurve::CNuSineCurve(double a, double b, double c, double d)
     : CNuTrigonometry(NuTypeSineCurve), m_a(a), m_b(b), m_c(c), m_d(d) {
   RequireSinusoid(a, b, kSine);
 }
 
-CNuSineCurve::~CNuSineCurve() = default;
-
-void CNuSineCurve::GetData(double* a, double* b, double* c, double* d) const {
-  Output(a, m_a);
-  Output(b, m_b);
-  Output(c, m_c);
-  Output(d, m_d);
-}
+NU_DEFINE_WAVE(CNuSineCurve)
 
 double CNuSineCurve::ValueAt(double x) const {
   return m_a * SineAt(m_b, x, m_c) + m_d;
@@ -35,10 +40,6 @@ double CNuSineCurve::ValueAt(double x) const {
 
 double CNuSineCurve::DerivativeAt(double x) const {
   return m_a * m_b * CosineAt(m_b, x, m_c);
-}
-
-double CNuSineCurve::Period() const {
-  return Nu_2PI / m_b;
 }
 
 void CNuSineCurve::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {
@@ -54,14 +55,7 @@ CNuCosineCurve::CNuCosineCurve(double a, double b, double c, double d)
   RequireSinusoid(a, b, kCosine);
 }
 
-CNuCosineCurve::~CNuCosineCurve() = default;
-
-void CNuCosineCurve::GetData(double* a, double* b, double* c, double* d) const {
-  Output(a, m_a);
-  Output(b, m_b);
-  Output(c, m_c);
-  Output(d, m_d);
-}
+NU_DEFINE_WAVE(CNuCosineCurve)
 
 double CNuCosineCurve::ValueAt(double x) const {
   return m_a * CosineAt(m_b, x, m_c) + m_d;
@@ -69,10 +63,6 @@ double CNuCosineCurve::ValueAt(double x) const {
 
 double CNuCosineCurve::DerivativeAt(double x) const {
   return -m_a * m_b * SineAt(m_b, x, m_c);
-}
-
-double CNuCosineCurve::Period() const {
-  return Nu_2PI / m_b;
 }
 
 void CNuCosineCurve::Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter) {

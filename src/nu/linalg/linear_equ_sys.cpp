@@ -6,6 +6,7 @@
 #include <optional>
 #include <utility>
 
+#include "nu/engine/base/workspace.h"
 #include "nu/engine/linear/lu.h"
 #include "nu/engine/linear/lu_singularity.h"
 #include "nu/engine/linear/nnls.h"
@@ -35,20 +36,6 @@ constexpr int kSmall = 10;
 // The test for full rank compares Frobenius norms, which are off by the rounding of a substitution only.
 constexpr double kRankMargin = 2.0;
 
-// Doubles, not initialised: inside their owner while there are few. Without alignment beyond the usual, for which
-// allocators charge small objects dearly.
-template<int kInline>
-class SmallDoubles {
- public:
-  explicit SmallDoubles(std::size_t count) : m_heap(count > kInline ? new double[count] : nullptr) {}
-  double* Data() { return m_heap ? m_heap.get() : m_inline; }
-  const double* Data() const { return m_heap ? m_heap.get() : m_inline; }
-
- private:
-  std::unique_ptr<double[]> m_heap;
-  double m_inline[kInline];
-};
-
 // Solves R x = d for the n x n upper triangle R, row by row; x may be d.
 void SolveTriangle(const double* r, int n, const double* d, double* x) {
   for (int i = n - 1; i >= 0; --i) {
@@ -62,7 +49,7 @@ void SolveTriangle(const double* r, int n, const double* d, double* x) {
 // Whether no singular value of the triangle can be as small as `tolerance` times the largest: the Frobenius norms of R
 // and of its inverse bound them. It spares the decomposition wherever the rank is beyond doubt; a NaN leaves the doubt.
 bool IsSurelyRegular(const double* r, int n, double tolerance) {
-  SmallDoubles<kSmall> column(static_cast<std::size_t>(n));
+  SmallArray<double, kSmall> column(static_cast<std::size_t>(n));
   double* y = column.Data();
   double square = 0.0;
   double inverseSquare = 0.0;
@@ -105,26 +92,26 @@ class EquationFactors {
 class ExactFactors final : public EquationFactors {
  public:
   explicit ExactFactors(const CNuMatrix& a)
-      : EquationFactors(a.GetRowSize(), a.GetRowSize()), m_lu(static_cast<std::size_t>(m_rows) * m_rows) {
-    if (m_rows > kSmall) m_morePivots.reset(new int[static_cast<std::size_t>(m_rows)]);
-    m_pivots = m_morePivots ? m_morePivots.get() : m_fewPivots;
+      : EquationFactors(a.GetRowSize(), a.GetRowSize()),
+        m_pivots(static_cast<std::size_t>(m_rows)),
+        m_lu(static_cast<std::size_t>(m_rows) * m_rows) {
     double* row = m_lu.Data();
     for (int i = 0; i < m_rows; ++i) row = std::copy_n(a.GetData()[i], m_rows, row);
     const double tol = NuGetTol();
-    const LuResult lu = FactorLu(m_lu.Data(), m_rows, m_rows, m_pivots, tol, NuGetZero());
-    m_singular = IsSingularToRounding(a.GetData(), m_lu.Data(), m_rows, m_rows, m_pivots, lu, tol);
+    const LuResult lu = FactorLu(m_lu.Data(), m_rows, m_rows, m_pivots.Data(), tol, NuGetZero());
+    m_singular = IsSingularToRounding(a.GetData(), m_lu.Data(), m_rows, m_rows, m_pivots.Data(), lu, tol);
   }
 
   bool IsSingular() const { return m_singular; }
   using EquationFactors::Substitute;
-  void Substitute(const double* b, double* x) const override { SolveLu(m_lu.Data(), m_rows, m_rows, m_pivots, b, x); }
+  void Substitute(const double* b, double* x) const override {
+    SolveLu(m_lu.Data(), m_rows, m_rows, m_pivots.Data(), b, x);
+  }
 
  private:
   bool m_singular;
-  int* m_pivots;
-  int m_fewPivots[kSmall];
-  std::unique_ptr<int[]> m_morePivots;
-  SmallDoubles<kSmall * kSmall> m_lu;
+  SmallArray<int, kSmall> m_pivots;
+  SmallArray<double, kSmall * kSmall> m_lu;
 };
 
 // A = Q R with R from the reduction of the rows; where the rank is in doubt also R = U diag(w) V^T. With fewer rows
@@ -161,9 +148,9 @@ class LeastSquaresFactors final : public EquationFactors {
         : u(static_cast<std::size_t>(rows) * unknowns),
           w(static_cast<std::size_t>(unknowns)),
           v(static_cast<std::size_t>(unknowns) * unknowns) {}
-    SmallDoubles<kSmall * kSmall> u;
-    SmallDoubles<kSmall> w;
-    SmallDoubles<kSmall * kSmall> v;
+    SmallArray<double, kSmall * kSmall> u;
+    SmallArray<double, kSmall> w;
+    SmallArray<double, kSmall * kSmall> v;
   };
 
   // Leaves Q^T b in x.
@@ -199,7 +186,7 @@ class LeastSquaresFactors final : public EquationFactors {
   // d has as many components as R has rows; x may be d.
   void SubstituteInner(const double* d, double* x) const {
     if (!m_singular) return SolveTriangle(m_triangle.Data(), m_unknowns, d, x);
-    SmallDoubles<kSmall> shares(static_cast<std::size_t>(m_unknowns));
+    SmallArray<double, kSmall> shares(static_cast<std::size_t>(m_unknowns));
     const Singular& s = *m_singular;
     for (int k = 0; k < m_unknowns; ++k) {
       double sum = 0.0;
@@ -214,7 +201,7 @@ class LeastSquaresFactors final : public EquationFactors {
   }
 
   int m_innerRows;
-  SmallDoubles<kSmall * kSmall> m_triangle;
+  SmallArray<double, kSmall * kSmall> m_triangle;
   std::optional<TallReflectors> m_reflectors;
   std::unique_ptr<Singular> m_singular;
 };

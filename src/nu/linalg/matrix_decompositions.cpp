@@ -2,6 +2,7 @@
 #include <cmath>
 #include <memory>
 #include <mutex>
+#include <type_traits>
 #include <utility>
 
 #include "nu/engine/base/floating_point.h"
@@ -67,33 +68,19 @@ void CopyOut(const CNuMatrix& a, double* block) {
     std::copy_n(a.GetData()[i], a.GetColumnSize(), block);
 }
 
-// The elements of a matrix, row after row: where they are, or copied.
-class Elements {
+// The elements of a matrix, row after row: where they are, or copied. Store copies back those that are changed.
+template<class Matrix>
+class ElementsOf {
  public:
-  explicit Elements(const CNuMatrix& a)
-      : m_isDirect(IsOneBlock(a)), m_copy(m_isDirect ? 0 : ElementCount(a)), m_data(a.GetData()[0]) {
-    if (m_isDirect) return;
-    CopyOut(a, m_copy.Data());
-    m_data = m_copy.Data();
-  }
-  const double* Data() const { return m_data; }
+  using Element = std::conditional_t<std::is_const_v<Matrix>, const double, double>;
 
- private:
-  bool m_isDirect;
-  SmallBlock m_copy;
-  const double* m_data;
-};
-
-// The elements of a matrix that is changed in place; Store copies them back where they are a copy.
-class MutableElements {
- public:
-  explicit MutableElements(CNuMatrix& a)
+  explicit ElementsOf(Matrix& a)
       : m_matrix(a), m_isDirect(IsOneBlock(a)), m_copy(m_isDirect ? 0 : ElementCount(a)), m_data(a.GetData()[0]) {
     if (m_isDirect) return;
     CopyOut(a, m_copy.Data());
     m_data = m_copy.Data();
   }
-  double* Data() { return m_data; }
+  Element* Data() const { return m_data; }
   void Store() {
     const int columns = m_matrix.GetColumnSize();
     for (int i = 0; !m_isDirect && i < m_matrix.GetRowSize(); ++i)
@@ -101,22 +88,14 @@ class MutableElements {
   }
 
  private:
-  CNuMatrix& m_matrix;
+  Matrix& m_matrix;
   bool m_isDirect;
   SmallBlock m_copy;
-  double* m_data;
+  Element* m_data;
 };
 
-// Memory for a permutation, on the stack for a short one.
-class Permutation {
- public:
-  explicit Permutation(int n) : m_heap(n > kSmall ? new int[static_cast<std::size_t>(n)] : nullptr) {}
-  int* Data() { return m_heap ? m_heap.get() : m_local; }
-
- private:
-  std::unique_ptr<int[]> m_heap;
-  int m_local[kSmall];
-};
+using Elements = ElementsOf<const CNuMatrix>;
+using MutableElements = ElementsOf<CNuMatrix>;
 
 // The last call of an eigen operation and its result. The mutex is constant-initialised and the entries are never
 // freed, so that the operations serve from the first static constructor to the last static destructor. The tolerance is
@@ -261,7 +240,7 @@ double CNuMatrix::Determinant() const {
     SmallBlock a(ElementCount(*this));
     CopyOut(*this, a.Data());
     if (!MeasureBlock(a.Data(), m_rows, m_rows, m_rows).finite) return kQuietNaN;
-    Permutation rows(m_rows);
+    SmallArray<int, kSmall> rows(static_cast<std::size_t>(m_rows));
     // Only exact zeros make it 0: small pivots may meet large ones in the product.
     const LuResult lu = FactorLu(a.Data(), m_rows, m_rows, rows.Data(), 0.0, 0.0);
     return lu.singular ? 0.0 : LuDeterminant(a.Data(), m_rows, m_rows, lu.parity);
@@ -275,7 +254,7 @@ CNuMatrix CNuMatrix::Inverse(ENuStatus* status) {
     RequireSquare(*this, where);
     SmallBlock a(ElementCount(*this));
     CopyOut(*this, a.Data());
-    Permutation rows(m_rows);
+    SmallArray<int, kSmall> rows(static_cast<std::size_t>(m_rows));
     const double tol = NuGetTol();
     const LuResult lu = FactorLu(a.Data(), m_rows, m_rows, rows.Data(), tol, NuGetZero());
     if (IsSingularToRounding(m_data, a.Data(), m_rows, m_rows, rows.Data(), lu, tol))

@@ -42,6 +42,20 @@ class Workspace {
   alignas(64) double m_inline[kInline];
 };
 
+// Elements, not initialised: inside their owner while there are few. Without alignment beyond the usual, for which
+// allocators charge small objects dearly.
+template<class T, int kInline>
+class SmallArray {
+ public:
+  explicit SmallArray(std::size_t count) : m_heap(count > kInline ? new T[count] : nullptr) {}
+  T* Data() { return m_heap ? m_heap.get() : m_inline; }
+  const T* Data() const { return m_heap ? m_heap.get() : m_inline; }
+
+ private:
+  std::unique_ptr<T[]> m_heap;
+  T m_inline[kInline];
+};
+
 }  // namespace nu::engine::base
 
 #endif

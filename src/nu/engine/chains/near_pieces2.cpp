@@ -6,10 +6,6 @@ namespace nu::engine::chains {
 
 namespace {
 
-std::size_t Index(std::int64_t i) {
-  return static_cast<std::size_t>(i);
-}
-
 // Memory stays within some tens of megabytes, and a few hundred bytes for each piece.
 constexpr double kMostCells = 1e6;
 constexpr double kMostCellsPerPiece = 4.0;

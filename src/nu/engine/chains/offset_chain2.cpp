@@ -13,10 +13,6 @@ namespace {
 
 constexpr double kRounding = 1e-14;  // of places of crossings, for coordinates of about 1
 
-std::size_t Index(int i) {
-  return static_cast<std::size_t>(i);
-}
-
 std::vector<Piece2> Reversed(const std::vector<Piece2>& chain) {
   std::vector<Piece2> reversed;
   reversed.reserve(chain.size());

@@ -38,10 +38,6 @@ namespace nu::engine::chains {
 
 namespace {
 
-std::size_t Index(int i) {
-  return static_cast<std::size_t>(i);
-}
-
 // The area between a piece and the segments from the origin to its ends, positive counter-clockwise.
 double AreaOf(const Piece2& piece) {
   const double area = 0.5 * Cross(piece.start, piece.end);

@@ -1,9 +1,16 @@
 #ifndef NU_ENGINE_CHAINS_PIECE2_H
 #define NU_ENGINE_CHAINS_PIECE2_H
 
+#include <cstddef>
+#include <cstdint>
+
 #include "nu/engine/shapes/vec2.h"
 
 namespace nu::engine::chains {
+
+inline std::size_t Index(std::int64_t i) {
+  return static_cast<std::size_t>(i);
+}
 
 // Of coordinates of about 1: squares that vanish are of lengths far below their rounding.
 inline double Norm(Vec2 v) {

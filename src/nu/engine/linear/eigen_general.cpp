@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
-#include <memory>
 
 #include "nu/engine/base/complex_number.h"
 #include "nu/engine/base/elementary.h"
@@ -596,9 +595,8 @@ bool DecomposeGeneral(const double* a, int n, std::ptrdiff_t ld, double* real, d
   double* re = space.Take(width);
   double* im = space.Take(width);
   work.rows = space.Take(8 * static_cast<std::size_t>(width));
-  int localOrder[2 * kSmall];
-  const std::unique_ptr<int[]> heapOrder(n > kSmall ? new int[2 * static_cast<std::size_t>(n)] : nullptr);
-  int* order = heapOrder ? heapOrder.get() : localOrder;
+  SmallArray<int, 2 * kSmall> orders(2 * static_cast<std::size_t>(n));
+  int* order = orders.Data();
 
   const BlockSize size = MeasureBlock(a, n, n, ld, re);
   if (!size.finite) return false;

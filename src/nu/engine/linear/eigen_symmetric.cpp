@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
-#include <memory>
 
 #include "nu/engine/base/sort_index.h"
 #include "nu/engine/base/workspace.h"
@@ -153,9 +152,8 @@ bool DecomposeSymmetric(const double* a, int n, std::ptrdiff_t ld, double* value
   double* e = work.Take(width);
   double* tau = work.Take(width);
   double* scratch = work.Take(2 * static_cast<std::size_t>(width));
-  int localOrder[2 * kSmall];
-  const std::unique_ptr<int[]> heapOrder(n > kSmall ? new int[2 * static_cast<std::size_t>(n)] : nullptr);
-  int* order = heapOrder ? heapOrder.get() : localOrder;
+  SmallArray<int, 2 * kSmall> orders(2 * static_cast<std::size_t>(n));
+  int* order = orders.Data();
 
   const BlockSize size = MeasureBlock(a, n, n, ld, d);
   if (!size.finite) return false;
