@@ -27,8 +27,6 @@ namespace nu::engine::quadrature {
 
 namespace {
 
-constexpr double kInfinite = kInfinity;
-
 constexpr std::size_t kMostShells = 44;
 constexpr std::size_t kMostOuter = 22;
 // So many halvings of the panel are sampled at least.
@@ -62,7 +60,7 @@ using Row = std::array<Dual, kColumns + 1>;
 
 struct Limit {
   double value = 0.0;
-  double error = kInfinite;
+  double error = kInfinity;
 
   void Improve(double otherValue, double otherError) {
     if (otherError < error) *this = {otherValue, otherError};
@@ -208,7 +206,7 @@ class Shells {
 
 Panel ExtrapolatedPanel(const Integrand& f, double lo, double hi, bool atLo, double reach, double goal, Probes probes,
                         long* samples) {
-  Panel panel{.lo = lo, .hi = hi, .error = kInfinite};
+  Panel panel{.lo = lo, .hi = hi, .error = kInfinity};
   SingularEnd end(f, atLo ? lo : hi, atLo ? 1.0 : -1.0, reach, samples);
   end.Compare(probes);
   // No shell can be better than the nearest.

@@ -26,8 +26,6 @@ namespace nu::engine::quadrature {
 
 namespace {
 
-constexpr double kInfinite = kInfinity;
-
 // These are the ratio of the distances of successive probes, and its logarithm.
 constexpr double kRatio = 4.0;
 constexpr double kLogRatio = 1.38629436111989061883;
@@ -90,7 +88,7 @@ SingularEnd::SingularEnd(const Integrand& f, double c, double direction, double 
       m_direction(direction),
       m_resolution(kEpsilon * std::fabs(c)),
       m_samples(samples),
-      m_start(kInfinite) {
+      m_start(kInfinity) {
   Scan(reach);
   FindLaw();
   MeasureNoise(reach);
@@ -142,9 +140,9 @@ double SingularEnd::RelativeError(double distance) const {
 
 double SingularEnd::ErrorWithin(double distance) const {
   for (std::size_t i = 0; i < m_count; ++i) {
-    if (m_probe[i].distance < distance) return std::isnan(m_probe[i].hidden) ? kInfinite : m_probe[i].hidden;
+    if (m_probe[i].distance < distance) return std::isnan(m_probe[i].hidden) ? kInfinity : m_probe[i].hidden;
   }
-  return kInfinite;
+  return kInfinity;
 }
 
 Sample SingularEnd::At(double distance) {
@@ -178,7 +176,7 @@ void SingularEnd::FindLaw() {
   double without = 0.0;
   for (std::size_t k = i; k < m_count && m_resolution < kMostNoise * m_probe[k].distance; ++k) {
     with += std::fabs(Departure(k, start));
-    without += std::fabs(Departure(k, kInfinite));
+    without += std::fabs(Departure(k, kInfinity));
   }
   if (with < kLeastGain * without) m_start = start;
   m_power = PowerAt(i - 1);
@@ -190,7 +188,7 @@ double SingularEnd::Excess(double departure, double distance, double relativeErr
   const double roundings = std::min(m_distanceNoise, kMostDistanceNoise) * (m_resolution / distance);
   const double noise = kSafety * (kRoundings + m_valueNoise + roundings + relativeError);
   if (noise > kMostNoise) return 0.0;
-  return departure <= kLawful ? std::max(departure - noise, 0.0) : kInfinite;
+  return departure <= kLawful ? std::max(departure - noise, 0.0) : kInfinity;
 }
 
 // The first three probes have no four values yet.
@@ -201,7 +199,7 @@ void SingularEnd::JudgeProbes() {
     Value& probe = m_probe[i];
     nearer += kRatio * std::fabs(probe.value) * probe.distance;
     const double own = probe.error > 0.0 ? probe.error / std::fabs(probe.value) : 0.0;
-    const double excess = i < 3 ? kInfinite : Excess(std::fabs(Departure(i, m_start)), probe.distance, own);
+    const double excess = i < 3 ? kInfinity : Excess(std::fabs(Departure(i, m_start)), probe.distance, own);
     if (excess > 0.0) hidden += excess * nearer;
     probe.nearer = nearer;
     probe.hidden = hidden;
@@ -225,7 +223,7 @@ void SingularEnd::Compare(Probes others) {
 
 void SingularEnd::MeasureNoise(double reach) {
   int windows = 0;
-  m_valueNoise = kInfinite;
+  m_valueNoise = kInfinity;
   for (double share = kFirstWindow; share >= kLastWindow && m_c != 0.0; share *= kWindowRatio) {
     const double distance = share * std::fabs(m_c);
     if (!(kRatio * distance < reach)) continue;
@@ -254,7 +252,7 @@ double SingularEnd::NoiseAt(double distance) {
     largest = std::max(largest, std::fabs(value));
   }
   const double noise = kSafety * std::fabs(difference) / (kEighthNorm * largest);
-  return noise >= 0.0 ? noise : kInfinite;
+  return noise >= 0.0 ? noise : kInfinity;
 }
 
 // What the values i - 3 to i differ from the law, when the zero of its logarithm is `start` steps before probe 0. No
@@ -263,7 +261,7 @@ double SingularEnd::Departure(std::size_t i, double start) const {
   std::array<double, 3> ratio{};
   for (std::size_t k = 0; k < 3; ++k) {
     ratio[k] = m_probe[i + k - 2].value / m_probe[i + k - 3].value;
-    if (!(ratio[k] > 0.0)) return kInfinite;
+    if (!(ratio[k] > 0.0)) return kInfinity;
   }
   const double remainder = Log(ratio[2] / ratio[1]) - Log(ratio[1] / ratio[0]) / kRatio;
   const double steps = static_cast<double>(i) - 3.0 + start;
@@ -272,10 +270,10 @@ double SingularEnd::Departure(std::size_t i, double start) const {
 
 // From what one place leaves, which falls as the inverse square of the steps.
 double SingularEnd::LogarithmicStart(std::size_t i) const {
-  const double remainder = Departure(i, kInfinite);
+  const double remainder = Departure(i, kInfinity);
   double steps = 1.0;
   for (int n = 0; n < kStartSteps; ++n) steps *= std::sqrt(LogRemainder(steps) / remainder);
-  return std::isfinite(steps) ? steps - (static_cast<double>(i) - 3.0) : kInfinite;
+  return std::isfinite(steps) ? steps - (static_cast<double>(i) - 3.0) : kInfinity;
 }
 
 // Mean slope of log |f| over log d between probe i and the next, less that of the logarithm; 0 where there is none.
