@@ -28,4 +28,20 @@ mkdir -p "$WINEPREFIX"
   flock 9
   (start_server) < /dev/null > /dev/null 2>&1
 ) 9> "$build/wine.lock"
-exec wine "$@"
+
+# Now and then wine ends before it has started the program: with 1 and without a word, while the programs of this
+# project say why they fail. Then it starts anew.
+output=$(mktemp -d)
+trap 'rm -r "$output"' EXIT
+run() {
+  code=0
+  wine "$@" > "$output/out" 2> "$output/err" || code=$?
+}
+run "$@"
+if [[ $code == 1 && ! -s $output/out && ! -s $output/err ]]; then
+  echo "wine.sh: wine ended with 1 and no output; it starts $1 once more" >&2
+  run "$@"
+fi
+cat "$output/out"
+cat "$output/err" >&2
+exit "$code"
