@@ -50,8 +50,8 @@ std::vector<Vec3> BoundedPoints::Spread(std::size_t most) {
     spread.push_back(all[next]);
     Join({0.0, all[next]});
     for (std::size_t i = 0; i < all.size(); ++i) {
-      const Vec3 way = all[i] - spread.back();
-      square[i] = isFirst ? Dot(way, way) : std::min(square[i], Dot(way, way));
+      const Vec3 difference = all[i] - spread.back();
+      square[i] = isFirst ? Dot(difference, difference) : std::min(square[i], Dot(difference, difference));
     }
   }
   return spread;

@@ -53,9 +53,9 @@ Vec3 FromFrame(const AxisFrame& frame, const Vec3& v) {
 
 // The points in the unit of their blocks, in a frame along the axis of the feature known, from the middle of their
 // extents along it.
-class Scene {
+class ScaledProblem {
  public:
-  Scene(const PointView& points, const Vec3& origin)
+  ScaledProblem(const PointView& points, const Vec3& origin)
       : m_view(points), m_blocks(points, origin), m_mean(MeanOf(points) - origin) {
     m_blocks.Keep();
   }
@@ -113,27 +113,27 @@ class Scene {
 };
 
 // Local searches, in the callers' unit.
-bool RefineSphere(Scene& scene, const Feature& start, double, Feature& found) {
+bool RefineSphere(ScaledProblem& scaled, const Feature& start, double, Feature& found) {
   const SphericalShell shell =
-      ThinnestShell(scene.Blocks(), scene.Mean(), start.frame.origin, start.size[0], kMostSteps);
+      ThinnestShell(scaled.Blocks(), scaled.Mean(), start.frame.origin, start.size[0], kMostSteps);
   found = start;
   found.frame.origin = shell.centre;
   return shell.end == MinimaxEnd::converged;
 }
 
-bool RefineCylinder(Scene& scene, const Feature& start, double, Feature& found) {
+bool RefineCylinder(ScaledProblem& scaled, const Feature& start, double, Feature& found) {
   const Cylinder3 cylinder{{start.frame.origin, start.frame.z}, start.size[0]};
-  const CylinderMinimax zone = NarrowestCylinderZone(scene.Blocks(), scene.Mean(), cylinder, kMostSteps);
+  const CylinderMinimax zone = NarrowestCylinderZone(scaled.Blocks(), scaled.Mean(), cylinder, kMostSteps);
   found = start;
   found.frame = AxisFrame::Along(zone.cylinder.axis.point, zone.cylinder.axis.direction);
   return zone.end == MinimaxEnd::converged;
 }
 
 // Of a cone with both nappes the frame is at the apex.
-bool RefineCone(Scene& scene, const Feature& start, double form, Feature& found) {
+bool RefineCone(ScaledProblem& scaled, const Feature& start, double form, Feature& found) {
   const double toApex = start.bothNappes ? 0.0 : -start.size[0] / Tan(start.size[1]);
   const Cone3 cone{{start.frame.origin, start.frame.z}, toApex, start.size[1], start.bothNappes};
-  const ConeZone zone = NarrowestConeZone(scene.Blocks(), scene.Mean(), cone, form, kMostSteps);
+  const ConeZone zone = NarrowestConeZone(scaled.Blocks(), scaled.Mean(), cone, form, kMostSteps);
   const Line3& axis = zone.cone.axis;
   found = start;
   found.frame = AxisFrame::Along(axis.point, axis.direction);
@@ -142,13 +142,13 @@ bool RefineCone(Scene& scene, const Feature& start, double form, Feature& found)
   return zone.end == MinimaxEnd::converged && (zone.cone.bothNappes || !start.bothNappes);
 }
 
-bool RefineCircle(Scene& scene, const Feature& start, double, Feature& found) {
-  const double scale = scene.Scale();
+bool RefineCircle(ScaledProblem& scaled, const Feature& start, double, Feature& found) {
+  const double scale = scaled.Scale();
   const Vec3 centre = scale * start.frame.origin;
-  const Vec3 out = Unit(Rejection(scale * scene.Mean() - centre, start.frame.z));
+  const Vec3 out = Unit(Rejection(scale * scaled.Mean() - centre, start.frame.z));
   const double radius = scale * start.size[0];
-  const TubeDistance tube{AxisFrame::Along(centre + radius * out, start.frame.z, out), 1.0 / radius, scene.Reach()};
-  Minimax<TubeDistance> minimax(scene.Blocks(), MinimaxSide::outer, kEpsilon * scene.Reach(), kMostSteps);
+  const TubeDistance tube{AxisFrame::Along(centre + radius * out, start.frame.z, out), 1.0 / radius, scaled.Reach()};
+  Minimax<TubeDistance> minimax(scaled.Blocks(), MinimaxSide::outer, kEpsilon * scaled.Reach(), kMostSteps);
   const MinimaxSolution<TubeDistance> solution = minimax.Solve(tube);
   const TubeDistance& circle = solution.model;
   found = start;
@@ -182,11 +182,11 @@ struct SearchEnd {
   bool cancelled = false;
 };
 
-GlobalBound Described(const Scene& scene, const SearchEnd& end, double gap, double unit) {
+GlobalBound Described(const ScaledProblem& scaled, const SearchEnd& end, double gap, double unit) {
   GlobalBound result;
-  result.feature = scene.FromWorking(end.feature);
-  result.best = unit / scene.Scale() * end.size;
-  result.bound = unit / scene.Scale() * end.bound;
+  result.feature = scaled.FromWorking(end.feature);
+  result.best = unit / scaled.Scale() * end.size;
+  result.bound = unit / scaled.Scale() * end.bound;
   result.improved = end.improved;
   result.proven = end.size - end.bound <= gap;
   result.boxes = end.boxes;
@@ -204,11 +204,11 @@ double SizeOf(BoundedPoints& points, const Feature& feature) {
 }
 
 template<class Model, class Refine>
-SearchEnd Search(Scene& scene, const CellProblem& problem, const Feature& start, Refine refine) {
+SearchEnd Search(ScaledProblem& scaled, const CellProblem& problem, const Feature& start, Refine refine) {
   const auto refined = [&](const Feature& from, double size, Feature& to) {
     Feature found;
-    if (!refine(scene, scene.FromWorking(from), 2.0 * size / scene.Scale(), found)) return false;
-    to = scene.ToWorking(found);
+    if (!refine(scaled, scaled.FromWorking(from), 2.0 * size / scaled.Scale(), found)) return false;
+    to = scaled.ToWorking(found);
     return true;
   };
   CellSearch<Model> search(problem, refined);
@@ -219,30 +219,30 @@ SearchEnd Search(Scene& scene, const CellProblem& problem, const Feature& start,
 }
 
 template<class Model, class Refine>
-GlobalBound BoundZone(Scene& scene, const Feature& known, const BoundLimits& limits, Refine refine) {
-  if (!scene.Place(known)) return Unproven(known);
-  BoundedPoints points(scene.Blocks(), scene.Frame());
-  const Feature start = scene.ToWorking(known);
+GlobalBound BoundZone(ScaledProblem& scaled, const Feature& known, const BoundLimits& limits, Refine refine) {
+  if (!scaled.Place(known)) return Unproven(known);
+  BoundedPoints points(scaled.Blocks(), scaled.Frame());
+  const Feature start = scaled.ToWorking(known);
   const double size = SizeOf<Model>(points, start);
   if (!std::isfinite(size)) return Unproven(known);
   const double gap = 0.5 * limits.gap * points.Reach();
-  const double slab = scene.SlabWidth();
+  const double slab = scaled.SlabWidth();
   const double far = FarDistance(slab - 2.0 * (size - kSearchedGap * gap), points.Reach(), kFarthestAxis);
   const double floor = 0.5 * (slab - Sagitta(far, points.Reach()));
-  const ProofMonitor monitor(limits.monitor, 2.0 / scene.Scale());
+  const ProofMonitor monitor(limits.monitor, 2.0 / scaled.Scale());
   const CellProblem problem{points, far, floor, gap, limits.boxes, 0, monitor};
-  const SearchEnd end = Search<Model>(scene, problem, start, refine);
-  return Described(scene, end, gap, 2.0);
+  const SearchEnd end = Search<Model>(scaled, problem, start, refine);
+  return Described(scaled, end, gap, 2.0);
 }
 
 // What no cone of one nappe has a smaller size than, or the size known.
-SearchEnd SearchNappes(const Scene& scene, BoundedPoints& points, const Feature& known, double size,
+SearchEnd SearchNappes(const ScaledProblem& scaled, BoundedPoints& points, const Feature& known, double size,
                        const BoundLimits& limits, double gap) {
-  const double slab = scene.SlabWidth();
+  const double slab = scaled.SlabWidth();
   const double far = FarDistance(slab - 2.0 * (size - kSearchedGap * gap), points.Reach(), kFarthestAxis);
   const double floor = 0.5 * (slab - Sagitta(far, points.Reach()));
   const auto none = [](const Feature&, double, Feature&) { return false; };
-  const ProofMonitor monitor(limits.monitor, 2.0 / scene.Scale(), 0.0);
+  const ProofMonitor monitor(limits.monitor, 2.0 / scaled.Scale(), 0.0);
   CellSearch<BoundedCone> search({points, far, floor, gap, limits.boxes / 2, 0, monitor}, none);
   search.RunBelow(size);
   const double bound = search.IsCancelled() ? 0.0 : search.Bound();
@@ -250,92 +250,92 @@ SearchEnd SearchNappes(const Scene& scene, BoundedPoints& points, const Feature&
 }
 
 // With the points on one side of the apex it is a cone of one nappe. Else, seen from an axis far away, it is a wedge.
-GlobalBound BoundDoubleCone(Scene& scene, const Feature& known, const BoundLimits& limits) {
-  if (!scene.Place(known)) return Unproven(known);
-  BoundedPoints points(scene.Blocks(), scene.Frame());
-  Feature start = scene.ToWorking(known);
+GlobalBound BoundDoubleCone(ScaledProblem& scaled, const Feature& known, const BoundLimits& limits) {
+  if (!scaled.Place(known)) return Unproven(known);
+  BoundedPoints points(scaled.Blocks(), scaled.Frame());
+  Feature start = scaled.ToWorking(known);
   start.frame.origin = start.frame.origin - (start.size[0] / Tan(start.size[1])) * start.frame.z;
   start.size[0] = 0.0;
   const double size = SizeOf<BoundedDoubleCone>(points, start);
   if (!std::isfinite(size)) return Unproven(known);
   const double gap = 0.5 * limits.gap * points.Reach();
-  const SearchEnd nappes = SearchNappes(scene, points, start, size, limits, gap);
-  if (nappes.cancelled) return Described(scene, nappes, gap, 2.0);
+  const SearchEnd nappes = SearchNappes(scaled, points, start, size, limits, gap);
+  if (nappes.cancelled) return Described(scaled, nappes, gap, 2.0);
 
   const double wedge = BoundWedges(points, 2.0 * size + kWedge * points.Reach());
   const double far = FarDistance(wedge - 2.0 * (size - kSearchedGap * gap), points.Reach(), kFarthestDoubleCone);
   const double floor = std::min(nappes.bound, 0.5 * (wedge - Sagitta(far, points.Reach())));
-  const ProofMonitor monitor(limits.monitor, 2.0 / scene.Scale());
+  const ProofMonitor monitor(limits.monitor, 2.0 / scaled.Scale());
   const CellProblem problem{points, far, floor, gap, limits.boxes, nappes.boxes, monitor};
-  return Described(scene, Search<BoundedDoubleCone>(scene, problem, start, RefineCone), gap, 2.0);
+  return Described(scaled, Search<BoundedDoubleCone>(scaled, problem, start, RefineCone), gap, 2.0);
 }
 
 // A circle so large that the points see no more of it than an arc: it is nearly straight, and the largest distance from
 // it is hardly smaller than that from a line.
-GlobalBound BoundCircle(Scene& scene, const Feature& known, const BoundLimits& limits, double unit) {
-  if (!scene.Place(known)) return Unproven(known);
-  BoundedPoints points(scene.Blocks(), scene.Frame());
-  const Feature start = scene.ToWorking(known);
+GlobalBound BoundCircle(ScaledProblem& scaled, const Feature& known, const BoundLimits& limits, double unit) {
+  if (!scaled.Place(known)) return Unproven(known);
+  BoundedPoints points(scaled.Blocks(), scaled.Frame());
+  const Feature start = scaled.ToWorking(known);
   const double size = SizeOf<BoundedCircle>(points, start);
   if (!std::isfinite(size)) return Unproven(known);
   const double gap = limits.gap * points.Reach();
-  const AxisFrame along{scene.Frame().origin, scene.Frame().z, scene.Frame().x, scene.Frame().y};
-  ProofMonitor monitor(limits.monitor, unit / scene.Scale());
+  const AxisFrame along{scaled.Frame().origin, scaled.Frame().z, scaled.Frame().x, scaled.Frame().y};
+  ProofMonitor monitor(limits.monitor, unit / scaled.Scale());
   const auto goesOn = [&](long boxes, double, double) { return monitor.GoesOn(boxes, size, 0.0); };
-  const AxisBound line = BoundAxes(scene.Blocks(), along, points.Reach(), gap, limits.boxes / kPartForLine, goesOn);
+  const AxisBound line = BoundAxes(scaled.Blocks(), along, points.Reach(), gap, limits.boxes / kPartForLine, goesOn);
   const double reach = points.Reach() + size;
   const double radius = FarDistance(line.bound - (size - kSearchedGap * gap), reach, kFarthestCircle);
   const double floor = line.bound - Sagitta(radius, reach);
   const CellProblem problem{points, radius + reach, floor, gap, limits.boxes, line.boxes, monitor};
-  SearchEnd end = Search<BoundedCircle>(scene, problem, start, RefineCircle);
+  SearchEnd end = Search<BoundedCircle>(scaled, problem, start, RefineCircle);
   end.feature.kind = known.kind;
-  return Described(scene, end, gap, unit);
+  return Described(scaled, end, gap, unit);
 }
 
-GlobalBound BoundAxis(Scene& scene, const Feature& known, const BoundLimits& limits, double unit) {
-  if (!scene.Place(known)) return Unproven(known);
-  BoundedPoints points(scene.Blocks(), scene.Frame());
-  Feature best = scene.ToWorking(known);
+GlobalBound BoundAxis(ScaledProblem& scaled, const Feature& known, const BoundLimits& limits, double unit) {
+  if (!scaled.Place(known)) return Unproven(known);
+  BoundedPoints points(scaled.Blocks(), scaled.Frame());
+  Feature best = scaled.ToWorking(known);
   const double size = SizeOf<BoundedLine>(points, best);
   if (!std::isfinite(size)) return Unproven(known);
   const double gap = limits.gap * points.Reach();
   // Seen from the middle of the points along the axis.
   AxisFrame start = known.frame;
-  start.origin = scene.Scale() * known.frame.origin;
-  start.origin = start.origin + Dot(scene.Frame().origin - start.origin, start.z) * start.z;
-  ProofMonitor monitor(limits.monitor, unit / scene.Scale());
+  start.origin = scaled.Scale() * known.frame.origin;
+  start.origin = start.origin + Dot(scaled.Frame().origin - start.origin, start.z) * start.z;
+  ProofMonitor monitor(limits.monitor, unit / scaled.Scale());
   const auto goesOn = [&](long boxes, double radius, double bound) { return monitor.GoesOn(boxes, radius, bound); };
-  const AxisBound found = BoundAxes(scene.Blocks(), start, points.Reach(), kSearchedGap * gap, limits.boxes, goesOn);
+  const AxisBound found = BoundAxes(scaled.Blocks(), start, points.Reach(), kSearchedGap * gap, limits.boxes, goesOn);
   const bool improved = found.radius < size - gap;
-  if (improved) best = scene.ToWorking(Scaled({known.kind, found.frame, {}}, 1.0 / scene.Scale()));
+  if (improved) best = scaled.ToWorking(Scaled({known.kind, found.frame, {}}, 1.0 / scaled.Scale()));
   best.size[0] = known.kind == FeatureKind::cylinder ? found.radius : 0.0;
   const double bound = std::min(found.bound, found.radius);
-  return Described(scene, {best, found.radius, bound, improved, found.boxes, monitor.IsCancelled()}, gap, unit);
+  return Described(scaled, {best, found.radius, bound, improved, found.boxes, monitor.IsCancelled()}, gap, unit);
 }
 
 }  // namespace
 
 GlobalBound BoundGlobally(const PointView& points, const Vec3& origin, const Feature& known, BoundedCriterion criterion,
                           const BoundLimits& limits) {
-  Scene scene(points, origin);
+  ScaledProblem scaled(points, origin);
   const bool isZone = criterion == BoundedCriterion::zone;
   switch (known.kind) {
     case FeatureKind::line:
-      return isZone ? BoundAxis(scene, known, limits, 2.0) : Unproven(known);
+      return isZone ? BoundAxis(scaled, known, limits, 2.0) : Unproven(known);
     case FeatureKind::sphere:
-      return isZone ? BoundZone<BoundedSphere>(scene, known, limits, RefineSphere)
+      return isZone ? BoundZone<BoundedSphere>(scaled, known, limits, RefineSphere)
                     : BoundDirectly(points, origin, known, criterion, limits.gap);
     case FeatureKind::cylinder:
-      return isZone ? BoundZone<BoundedCylinder>(scene, known, limits, RefineCylinder)
-                    : BoundAxis(scene, known, limits, 1.0);
+      return isZone ? BoundZone<BoundedCylinder>(scaled, known, limits, RefineCylinder)
+                    : BoundAxis(scaled, known, limits, 1.0);
     case FeatureKind::cone:
       if (!isZone) return Unproven(known);
-      return known.bothNappes ? BoundDoubleCone(scene, known, limits)
-                              : BoundZone<BoundedCone>(scene, known, limits, RefineCone);
+      return known.bothNappes ? BoundDoubleCone(scaled, known, limits)
+                              : BoundZone<BoundedCone>(scaled, known, limits, RefineCone);
     case FeatureKind::circleInSpace:
-      return isZone ? BoundCircle(scene, known, limits, 2.0) : Unproven(known);
+      return isZone ? BoundCircle(scaled, known, limits, 2.0) : Unproven(known);
     case FeatureKind::torus:
-      return isZone ? Unproven(known) : BoundCircle(scene, known, limits, 1.0);
+      return isZone ? Unproven(known) : BoundCircle(scaled, known, limits, 1.0);
     default:
       return BoundDirectly(points, origin, known, criterion, limits.gap);
   }

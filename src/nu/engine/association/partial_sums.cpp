@@ -338,21 +338,22 @@ class Reader {
   bool m_isWhole = true;
 };
 
-// The numbers in their order, for both ways.
-template<class Way, class Sums>
-void PassNumbers(Way& way, Sums& sums) {
+// The numbers in their order, for reading and writing.
+template<class Archive, class Sums>
+void PassNumbers(Archive& archive, Sums& sums) {
   auto& feature = sums.request.feature;
   for (auto* v : {&feature.frame.origin, &feature.frame.x, &feature.frame.y, &feature.frame.z})
-    way(v->x), way(v->y), way(v->z);
-  for (auto& size : feature.size) way(size);
-  way(sums.request.extent), way(sums.sumSquares), way(sums.unweightedSquares), way(sums.extent);
+    archive(v->x), archive(v->y), archive(v->z);
+  for (auto& size : feature.size) archive(size);
+  archive(sums.request.extent), archive(sums.sumSquares), archive(sums.unweightedSquares), archive(sums.extent);
   for (auto& row : sums.triangle)
-    for (auto& value : row) way(value);
+    for (auto& value : row) archive(value);
   for (auto& row : sums.curvature)
-    for (auto& value : row) way(value);
+    for (auto& value : row) archive(value);
   for (auto* extremes : {&sums.highest, &sums.lowest}) {
     for (auto& extreme : *extremes) {
-      if (extreme) way(extreme->point.x), way(extreme->point.y), way(extreme->point.z), way(extreme->deviation);
+      if (extreme)
+        archive(extreme->point.x), archive(extreme->point.y), archive(extreme->point.z), archive(extreme->deviation);
     }
   }
 }

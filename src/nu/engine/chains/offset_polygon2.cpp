@@ -52,12 +52,12 @@ class Front {
     const int count = closed ? size : size - 1;
     for (int i = 0; i < count; ++i) {
       const Vec2 from = vertices[Index(i)];
-      const Vec2 way = vertices[Index((i + 1) % size)] - from;
+      const Vec2 difference = vertices[Index((i + 1) % size)] - from;
       Edge2 edge;
-      edge.direction = (1.0 / Hypot(way.x, way.y)) * way;
+      edge.direction = (1.0 / Hypot(difference.x, difference.y)) * difference;
       edge.motion = (distance < 0.0 ? 1.0 : -1.0) * Perpendicular(edge.direction);
       edge.start = {from, edge.motion};
-      edge.end = {from + way, edge.motion};
+      edge.end = {from + difference, edge.motion};
       edge.previous = i > 0 ? i - 1 : (closed ? count - 1 : -1);
       edge.next = i + 1 < count ? i + 1 : (closed ? 0 : -1);
       m_edges.push_back(edge);

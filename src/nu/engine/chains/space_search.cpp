@@ -10,8 +10,8 @@ bool IncludePart(const Segment3& segment, const Ball& ball, Box& box) {
   const Vec3 aside = segment.At(t) - ball.centre;
   const double room = ball.radius * ball.radius - Dot(aside, aside);
   if (!(room >= 0.0)) return false;
-  const Vec3 way = segment.end - segment.start;
-  const double square = Dot(way, way);
+  const Vec3 difference = segment.end - segment.start;
+  const double square = Dot(difference, difference);
   // From the closest point, an end included, the segment leaves the ball no later than its line from the line's own.
   const double reach = square > 0.0 ? std::sqrt(room / square) : 0.0;
   Include(segment.At(std::max(0.0, t - reach)), box);

@@ -191,13 +191,13 @@ class ConeSearch {
   // A second nappe has to explain much of what the first one leaves.
   void TryBothNappes(const QuadricAxes& quadric) {
     const Found settled = std::exchange(m_settled, {});
-    const Found onItsWay = std::exchange(m_onItsWay, {});
+    const Found unsettled = std::exchange(m_unsettled, {});
     m_bothNappes = true;
     TryQuadric(quadric);
     if (!IsClear()) TryAll(quadric);
-    if (Least() <= kBothNappes * std::min(settled.sumSquares, onItsWay.sumSquares)) return;
+    if (Least() <= kBothNappes * std::min(settled.sumSquares, unsettled.sumSquares)) return;
     m_settled = settled;
-    m_onItsWay = onItsWay;
+    m_unsettled = unsettled;
   }
 
   // Whether the root mean square is no more than this part of the plane's.
@@ -208,10 +208,10 @@ class ConeSearch {
 
   bool IsClear() const { return m_points.Size() > kFewPoints && IsWithin(kClear); }
 
-  // What was still on its way counts if it settles in the end: where no cone is the best one, steps lead on and on.
+  // What had not settled counts if it does so in the end: where no cone is the best one, steps lead on and on.
   void Keep() {
-    if (m_onItsWay.sumSquares < m_settled.sumSquares) {
-      m_fit.Place(m_onItsWay.model);
+    if (m_unsettled.sumSquares < m_settled.sumSquares) {
+      m_fit.Place(m_unsettled.model);
       if (m_fit.Descend(kFinalSteps) || !(m_settled.sumSquares < kInfinity)) return;
     }
     m_fit.Place(m_settled.model);
@@ -228,7 +228,7 @@ class ConeSearch {
     const bool settled = m_fit.Descend(kTrialSteps);
     const double scale = m_points.Scale();
     const double sumSquares = m_fit.DeviationsNow().sumSquares * scale * scale;
-    Take(m_fit.Model(), sumSquares, settled ? m_settled : m_onItsWay);
+    Take(m_fit.Model(), sumSquares, settled ? m_settled : m_unsettled);
   }
 
   // Sums within the rounding errors of the coordinates are as good as each other, and then the smaller cone counts: the
@@ -240,7 +240,7 @@ class ConeSearch {
     if (improves) best = {model, sumSquares};
   }
 
-  double Least() const { return std::min(m_settled.sumSquares, m_onItsWay.sumSquares); }
+  double Least() const { return std::min(m_settled.sumSquares, m_unsettled.sumSquares); }
 
   const FourthMoments& m_moments;
   std::optional<DirectionJudge> m_judge;
@@ -249,7 +249,7 @@ class ConeSearch {
   int m_trials;
   bool m_bothNappes = false;
   Found m_settled;
-  Found m_onItsWay;
+  Found m_unsettled;
 };
 
 }  // namespace

@@ -341,7 +341,7 @@ class DampedGaussNewton {
   // Where the equations with the second derivatives are not clearly positive definite, solves them with as little on
   // the diagonal as keeps the step within so many times the plain one, which stays where this leads to none longer.
   void LengthenWithin(double reach) {
-    constexpr int kPlainSteps = 8;  // that say to which optimum the way leads
+    constexpr int kPlainSteps = 8;  // that say to which optimum the steps lead
     constexpr double kFirst = 1e-10, kFactor = 4.0, kLast = 1.0;
     if (m_damping > 0.0 || !(reach > 1.0) || ++m_plainSteps <= kPlainSteps) return;
     const double plain = SquaredReach(m_step);

@@ -13,7 +13,7 @@
 //
 // is the deviation: c (d - R) less s times the height along w, in a form in which nothing of the size of R cancels.
 // With sin = T / d, ver = l / d = 1 - cos the sine and the versed sine of the angle around the axis, and y = G + s l
-// the way along the generator, the six unknowns change f by
+// the position along the generator, the six unknowns change f by
 //
 //   -1, -y / L, -sin / S, -ver / V, -y sin / (L S), -y ver / (L V)
 //
@@ -39,7 +39,7 @@ constexpr double kRightAngle = 1.5707963267948966;
 constexpr double kLeastPart = 0.125;
 
 // The pivot is so far from the apex, as a part of the farthest point, when points are on both nappes.
-constexpr double kLeastWay = 0.25;
+constexpr double kLeastPivot = 0.25;
 
 constexpr int K = ConeDistance::kUnknowns;
 
@@ -76,7 +76,7 @@ NU_KERNEL void FindReach(const PointBlock& block, const AxisFrame& axis, const C
                          Reach& found) {
   const AxisFrame f = axis;
   const double cosine = cone.cosine, sine = cone.sine, radius = cone.radius;
-  LaneExtremes ways;
+  LaneExtremes positions;
   Lanes sumX = {};
   Lanes sumY = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
@@ -85,12 +85,12 @@ NU_KERNEL void FindReach(const PointBlock& block, const AxisFrame& axis, const C
     Load(block.Weights(i), weight);
     Lanes d = x * x + y * y;
     TakeSquareRoot(d);
-    ways.Add(((z < toApex ? -d : d) - radius) * sine + z * cosine);
+    positions.Add(((z < toApex ? -d : d) - radius) * sine + z * cosine);
     weight = z < toApex ? -weight : weight;
     sumX += x * weight;
     sumY += y * weight;
   }
-  found = {ways.Smallest(), ways.Largest(), Sum(sumX), Sum(sumY)};
+  found = {positions.Smallest(), positions.Largest(), Sum(sumX), Sum(sumY)};
 }
 
 struct Extremes {
@@ -99,7 +99,7 @@ struct Extremes {
   double across = 0.0;  // |T|
   double lift = 0.0;    // l
   double distance = 0.0;
-  double way = 0.0;  // |y|
+  double along = 0.0;  // |y|
 };
 
 void Widen(Extremes& extremes, const Extremes& part) {
@@ -108,7 +108,7 @@ void Widen(Extremes& extremes, const Extremes& part) {
   extremes.across = std::max(extremes.across, part.across);
   extremes.lift = std::max(extremes.lift, part.lift);
   extremes.distance = std::max(extremes.distance, part.distance);
-  extremes.way = std::max(extremes.way, part.way);
+  extremes.along = std::max(extremes.along, part.along);
 }
 
 template<bool kBothNappes>
@@ -122,19 +122,19 @@ NU_DISTANCE_KERNELS(ConeLanes<true>)
 template<bool kBothNappes>
 NU_ALWAYS_INLINE void ExtremesBody(const PointBlock& block, const ConeLanes<kBothNappes>& given, Extremes& found) {
   const ConeLanes<kBothNappes> surface = given;
-  LaneExtremes deviation, across, lift, distance, way;
+  LaneExtremes deviation, across, lift, distance, along;
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     typename ConeLanes<kBothNappes>::Spot p;
     surface.Find(block, i, p);
-    const Lanes signedWay = p.y + p.l * surface.sine;
+    const Lanes position = p.y + p.l * surface.sine;
     deviation.Add(p.e);
     across.Add(p.t < 0.0 ? -p.t : p.t);
     lift.Add(p.l < 0.0 ? -p.l : p.l);
     distance.Add(p.d < 0.0 ? -p.d : p.d);
-    way.Add(signedWay < 0.0 ? -signedWay : signedWay);
+    along.Add(position < 0.0 ? -position : position);
   }
   found = {deviation.Smallest(), deviation.Largest(), across.Largest(),
-           lift.Largest(),       distance.Largest(),  way.Largest()};
+           lift.Largest(),       distance.Largest(),  along.Largest()};
 }
 
 NU_KERNEL void FindExtremes(const PointBlock& block, const ConeLanes<false>& surface, Extremes& found) {
@@ -177,14 +177,14 @@ ConeDistance PlaceOn(PointBlocks& points, const Cone3& cone, bool& behind) {
   });
   const double apex = cone.toApex / model.cosine;
   behind = reach.low < apex;
-  const double least = apex + kLeastWay * std::max(reach.high - apex, apex - reach.low);
-  const double way = std::max(0.5 * (reach.low + reach.high), least);
+  const double least = apex + kLeastPivot * std::max(reach.high - apex, apex - reach.low);
+  const double along = std::max(0.5 * (reach.low + reach.high), least);
   const Vec3 across = reach.x * axis.x + reach.y * axis.y;
   const Vec3 u = Dot(across, across) > 0.0 ? Unit(across) : axis.x;
   const Vec3 g = Unit(model.cosine * axis.z + model.sine * u);
-  const Vec3 pivot = axis.origin + model.radius * u + way * g;
+  const Vec3 pivot = axis.origin + model.radius * u + along * g;
   model.frame = AxisFrame::Along(pivot, g, model.cosine * u - model.sine * axis.z);
-  model.radius += model.sine * way;
+  model.radius += model.sine * along;
   return model;
 }
 
@@ -197,7 +197,7 @@ ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone, double& lo
   const Extremes seen = ExtremesFrom(points, model);
   model.breadth = std::max(seen.across / seen.distance, kEpsilon);
   model.bulge = std::max(seen.lift / seen.distance, kEpsilon);
-  model.length = std::max(seen.way, kEpsilon * seen.distance);
+  model.length = std::max(seen.along, kEpsilon * seen.distance);
   low = seen.low;
   high = seen.high;
   return model;
@@ -311,8 +311,8 @@ int ConeDistance::Stratum(const Vec3& point) const {
   const double h = radius + cosine * q.x + sine * q.z;
   const double d = std::sqrt(h * h + q.y * q.y);
   const double lift = d - h;
-  const double way = q.z + sine * lift;
-  const int quarter = way < 0.0 ? (way < -0.5 * length ? 0 : 1) : (way < 0.5 * length ? 2 : 3);
+  const double along = q.z + sine * lift;
+  const int quarter = along < 0.0 ? (along < -0.5 * length ? 0 : 1) : (along < 0.5 * length ? 2 : 3);
   // On a narrow sector these are even steps of the angle.
   const double part = 16.0 * lift / (bulge * d);
   const int place = part < 1.0 ? 0 : (part < 4.0 ? 1 : (part < 9.0 ? 2 : 3));
