@@ -2,6 +2,7 @@
 #include <cmath>
 #include <exception>
 #include <map>
+#include <type_traits>
 
 #include "checks.h"
 #include "reference_sets.h"
@@ -172,7 +173,8 @@ bool Prove(const Set& set, const AnyFit& fit, const Part& part, Section& section
   association.SetDetails(NuDetailForm | NuDetailContacts);
   association.SetTolerance(set.json["arguments"]["tol"].Number() * static_cast<double>(placement.factor));
   F feature = nu::test::Start<F>();
-  const CNuAssociationReport report = association.Fit(kByName[fit.criterion], &feature);
+  const bool isTorus = std::is_same_v<F, CNuTorSurf>;  // the zone of whose circle is that of the tube
+  const CNuAssociationReport report = association.Fit(isTorus ? NuMinimumZone : kByName[fit.criterion], &feature);
   report.Require();
   // As many roundings of the largest coordinate, or of the apex, as the parameters of a feature have, and their
   // products.
@@ -213,6 +215,7 @@ bool ProveSet(const Set& set, const AnyFit& fit, const Part& part, Section& sect
       return Prove<CNuCircle>(set, fit, part, section);
     if (feature == "sphere") return Prove<CNuSphSurf>(set, fit, part, section);
     if (feature == "cylinder") return Prove<CNuCylSurf>(set, fit, part, section);
+    if (feature == "torus") return Prove<CNuTorSurf>(set, fit, part, section);
     return Prove<CNuConSurf>(set, fit, part, section);
   } catch (const CNuException& e) {
     section.Check(false, set.name + ": " + e.m_szWhat + " cause " + std::to_string(e.GetCause()));

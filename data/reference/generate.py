@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Writes the sets of tori and waves, ls-torus-*, ls-sine-* and ls-cosine-* (needs mpmath).
+"""Writes the sets of tori and waves, ls-torus-*, mc-torus-*, ls-sine-* and ls-cosine-* (needs mpmath and SciPy).
 
-Models, points of tori and Gauss-Newton steps in 60 digits are those of the hard sets, data/scoreboard/generate.py. The
-points are doubles, and the results are the optimum for exactly these.
+Models, points of tori, Gauss-Newton steps and conditions of an optimum in 60 digits are those of the hard sets,
+data/scoreboard/generate.py. The points are doubles, and the results are the optimum for exactly these.
 """
 import json
 import math
@@ -16,7 +16,7 @@ from mpmath import mpf
 HERE = Path(__file__).resolve().parent
 sys.path.insert(0, str(HERE.parent / "scoreboard"))
 
-from generate import Torus, dot, least_squares, tube_points, wide  # noqa: E402
+from generate import Ring, Torus, dot, held, least_squares, tube_points, wide  # noqa: E402
 
 
 class Wave:
@@ -70,9 +70,12 @@ def world(model, moves):
 
 
 def torus_sensitivity(model, points):
-    r = responses(model, points)
+    return moved_torus(model, responses(model, points))
+
+
+def moved_torus(model, r):
     return {"centre": worst(*world(model, [r[0], r[1], r[5]])), "axis_direction": worst(*world(model, r[2:4])),
-            "major_radius": worst(r[4]), "minor_radius": worst(r[6])}
+            "major_radius": worst(r[4]), "minor_radius": worst(r[6]) if len(r) > 6 else 1.0}
 
 
 def wave_sensitivity(model, points):
@@ -94,6 +97,20 @@ def tori():
             ("groove, 100000 from the origin", [1e5, 1e5, -1e5], axis, 20.0, 5.0, turn, 150.0, 1e-3, 60)):
         points = tube_points(random.Random(9), n, centre, axis, major, minor, math.radians(sweep), math.radians(girth), scatter)
         yield "torus", notes, points, Torus(wide(centre), wide(axis), mpf(major), mpf(minor)), torus_sensitivity
+
+
+def minimum_tori():
+    """The thinnest tubes that hold all points, from the best tube of least squares."""
+    turn, axis = 360.0, [0.3, -0.2, 1.0]
+    for notes, centre, axis, major, minor, sweep, girth, scatter, n in (
+            ("whole ring", [5.0, 6.0, 7.0], axis, 20.0, 5.0, turn, turn, 1e-3, 60),
+            ("whole ring, rough", [0.0, 0.0, 0.0], [1.0, 1.0, 1.0], 20.0, 5.0, turn, turn, 0.05, 24),
+            ("slender ring", [5.0, 6.0, 7.0], [0.0, 1.0, 0.2], 200.0, 1.5, turn, turn, 1e-3, 60),
+            ("sector of 90 degrees", [5.0, 6.0, 7.0], axis, 20.0, 5.0, 90.0, turn, 1e-3, 60),
+            ("whole ring, 100000 from the origin", [1e5, 1e5, -1e5], axis, 20.0, 5.0, turn, turn, 1e-3, 60)):
+        points = tube_points(random.Random(9), n, centre, axis, major, minor, math.radians(sweep), math.radians(girth), scatter)
+        start = least_squares(Torus(wide(centre), wide(axis), mpf(major), mpf(minor)), [wide(p) for p in points])
+        yield notes, points, Ring(start.point, start.axis, start.radius)
 
 
 def waves():
@@ -131,6 +148,20 @@ def digits(value):
     return [digits(v) for v in value] if isinstance(value, list) else f"<{mpmath.nstr(value, 25)}>"
 
 
+def write(name, feature, criterion, notes, points, result, sensitivity, **more):
+    exact = [wide(p) for p in points]
+    mean = [sum(c) / len(exact) for c in zip(*exact)]
+    far = max(mpmath.sqrt(sum((x - m) ** 2 for x, m in zip(p, mean))) for p in exact)
+    given = {"name": name, "feature": feature, "criterion": criterion, "points": points, "result": {key: digits(v) for key, v in result.items()},
+             "notes": notes, "source": "generated", "size": float(max(far, result.get("major_radius", 0))),
+             "sensitivity": {key: float(v) for key, v in sensitivity.items()}, **more}
+    text = json.dumps(given).replace('"<', "").replace('>"', "")
+    for key in ("points", "result", "notes"):
+        text = text.replace(f'"{key}"', f'\n"{key}"')
+    (HERE / f"{name}.json").write_text(text + "\n", encoding="utf-8")
+    print(name, notes, given["sensitivity"])
+
+
 def main():
     counts = {}
     for feature, notes, points, start, sensitivity in [*tori(), *waves()]:
@@ -138,18 +169,13 @@ def main():
         model = least_squares(start, exact)
         deviations = [model.residuals(p)[0] for p in exact]
         result = {**canonical(model.result(exact)), "form": max(deviations) - min(deviations), "sumsq": dot(deviations, deviations)}
-        mean = [sum(c) / len(exact) for c in zip(*exact)]
-        far = max(mpmath.sqrt(sum((x - m) ** 2 for x, m in zip(p, mean))) for p in exact)
         counts[feature] = counts.get(feature, 0) + 1
-        name = f"ls-{feature}-{counts[feature]:02}"
-        given = {"name": name, "feature": feature, "criterion": "least-squares", "points": points, "result": {key: digits(v) for key, v in result.items()},
-                 "notes": notes, "source": "generated", "size": float(max(far, result.get("major_radius", 0))),
-                 "sensitivity": {key: float(v) for key, v in sensitivity(model, exact).items()}}
-        text = json.dumps(given).replace('"<', "").replace('>"', "")
-        for key in ("points", "result", "notes"):
-            text = text.replace(f'"{key}"', f'\n"{key}"')
-        (HERE / f"{name}.json").write_text(text + "\n", encoding="utf-8")
-        print(name, notes, given["sensitivity"])
+        write(f"ls-{feature}-{counts[feature]:02}", feature, "least-squares", notes, points, result, sensitivity(model, exact))
+    for number, (notes, points, start) in enumerate(minimum_tori(), 1):
+        exact = [wide(p) for p in points]
+        model, _, moves = held(start, exact)
+        write(f"mc-torus-{number:02}", "torus", "minimum-circumscribed", f"{notes}; {len(moves[0])} contacts", points,
+              canonical(model.result(exact)), moved_torus(model, moves), arguments={"tol": 1e-12, "maxiter": 1000})
 
 
 if __name__ == "__main__":

@@ -165,6 +165,26 @@ class Torus(Cylinder):
         return {"centre": self.point, "direction": self.axis, "major_radius": self.radius, "minor_radius": self.minor}
 
 
+class Ring(Torus):
+    """Of the least minor radius about a circle: its distances, none of which has a sign."""
+
+    size = 6
+
+    def __init__(self, point, axis, radius):
+        super().__init__(point, axis, radius, mpf(0))
+
+    def moved(self, step):
+        torus = Torus.moved(self, [*step, mpf(0)])
+        return Ring(torus.point, torus.axis, torus.radius)
+
+    def rows(self, p):
+        return [row[:6] for row in Torus.rows(self, p)]
+
+    def result(self, points):
+        return {"centre": self.point, "direction": self.axis, "major_radius": self.radius,
+                "minor_radius": worst(self, points)}
+
+
 class Tube(Cylinder):
     """Of the least radius about a line: its distances, none of which has a sign."""
 
@@ -309,7 +329,9 @@ def holding(model, points):
     return model, active
 
 
-def minimum_zone(model, points):
+def held(model, points):
+    """The model at the minimum zone, half of that zone, and how the model moves when one of the points that hold it
+    after the other moves by 1 along its deviation."""
     mean = [sum(c) / len(points) for c in zip(*points)]
     near = [minus(p, mean) for p in points]
     for name in ("point", "centre"):
@@ -350,6 +372,13 @@ def minimum_zone(model, points):
     for name in ("point", "centre"):
         if hasattr(model, name):
             setattr(model, name, [a + b for a, b in zip(getattr(model, name), mean)])
+    inverse = jacobian**-1
+    moves = [[-sign * inverse[k, i] for i, (_, sign) in enumerate(active)] for k in range(size)]
+    return model, reach, moves
+
+
+def minimum_zone(model, points):
+    model, reach, _ = held(model, points)
     result = model.result(points)
     result.pop("radius", None)
     return {**result, "zone": 2 * reach}

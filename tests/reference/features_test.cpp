@@ -98,6 +98,7 @@ constexpr Sets kMinimaxSets[] = {
     {"mc-cylinder-", "CNuCylSurf", nu::test::kCircumscribed, 5, 1},
     {"mi-cylinder-", "CNuCylSurf", nu::test::kInscribed, 5, 0},
     {"mz-cylinder-", "CNuCylSurf", nu::test::kZone, 9, 0},
+    {"mc-torus-", "CNuTorSurf", nu::test::kCircumscribed, 5, 0},
     {"mz-line", "CNuLine", nu::test::kZone, 13, 1},
     {"mz-plane-", "CNuPlane", nu::test::kZone, 8, 0},
     {"mz-cone-", "CNuConSurf", nu::test::kZone, 9, 2},
