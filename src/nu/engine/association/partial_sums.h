@@ -65,13 +65,13 @@ struct PartStep {
   Feature feature;
   double length = 0.0;
 };
-std::optional<PartStep> StepOf(const PartSums& joined);
+std::optional<PartStep> StepOf(const PartSums& sums);
 
 // The points that may hold a minimax feature, so far: the extremes of all rounds.
 class PartCandidates {
  public:
   // The candidates and those extremes of the joined parts that are new.
-  void Add(const PartSums& joined);
+  void Add(const PartSums& sums);
   // That of the parts that were added last.
   const PartRequest& Request() const { return m_request; }
   // The optimum of the candidates next to the feature. It is that of all parts when none of them has an extreme beyond
