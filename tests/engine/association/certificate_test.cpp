@@ -145,11 +145,13 @@ Feature FitBy(const CNuPointArray& points, const std::string& criterion) {
   } else if constexpr (requires { feature.FitMax(points, 0.0); }) {
     if (criterion == "minimum-circumscribed") feature.FitMin(points, kPlanar<Class>);
     if (criterion == "maximum-inscribed") feature.FitMax(points, kPlanar<Class>);
+  } else if constexpr (std::is_same_v<Class, CNuTorSurf>) {
+    feature.FitMin(points, 0.0, 1000);
   } else if constexpr (requires { feature.FitMax(points, 0.0, 1L); }) {
     if (criterion == "minimum-circumscribed") feature.FitMin(points, 0.0, 1000);
     if (criterion == "maximum-inscribed") feature.FitMax(points, 0.0, 1000);
   }
-  if constexpr (!std::is_same_v<Class, CNuPlane>)
+  if constexpr (requires { feature.FitMinZone(points, &zone, 0.0, 1L); })
     if (criterion == "minimum-zone") feature.FitMinZone(points, &zone, kPlanar<Class>, 1000);
   return FeatureOf(feature);
 }
@@ -175,6 +177,7 @@ TEST(Certificate, HoldsForEveryReferenceSet) {
                        : kind == "sphere"   ? FitBy<CNuSphSurf>
                        : kind == "cylinder" ? FitBy<CNuCylSurf>
                        : kind == "cone"     ? FitBy<CNuConSurf>
+                       : kind == "torus"    ? FitBy<CNuTorSurf>
                                             : FitBy<CNuLine>;
       const ContactCriterion by = criterion == "minimum-zone"            ? ContactCriterion::zone
                                   : criterion == "minimum-circumscribed" ? ContactCriterion::circumscribed
@@ -195,7 +198,7 @@ TEST(Certificate, HoldsForEveryReferenceSet) {
       }
     }
   }
-  EXPECT_GT(checked, 160);
+  EXPECT_GT(checked, 175);
 }
 
 // The corners of a square about the origin and a circle of the radius.
