@@ -126,7 +126,7 @@ class NU_EXPORT CNuLine : public CNuGeometry {
   // - Others: the axis of the smallest circular cylinder that holds the points, and its diameter, which is never above
   //   the `form` of Fit. Linear programs within a shrinking step bound and Newton's method on the contacts find a local
   //   optimum (M. R. Osborne and G. A. Watson, 1969; K. Madsen, 1975), branch and bound over all directions the global
-  //   one, except for thousands of points on a sphere. One boundary line goes through a contact point.
+  //   one, unless it ends at its limit, as for thousands of points on a sphere. One boundary goes through a contact.
   // Only the last case iterates; measured points take some ten steps.
   // Fails with CNuBestfitException ("CNuLine"), the line and the outputs unchanged:
   //   13  maxIter < 1     1  fewer than 2 points     2  fewer than 2 distinct points     2  as Fit

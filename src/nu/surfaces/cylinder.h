@@ -74,7 +74,7 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
   // The failure of QuadricAxes passes through.
 
   // Minimum circumscribed cylinder: the smallest one that holds all points, by branch and bound over all directions of
-  // its axis. Of thousands of points on a sphere it may not be quite the smallest.
+  // its axis. Where that ends at its limit, as for thousands of points on a sphere, it may not be quite the smallest.
   void FitMin(const CNuPointArray& points, double tol, long maxIter);
   ENuFitResult FitMinEx(const CNuPointArray& points, double tol, long maxIter);
 
