@@ -4,22 +4,13 @@
 #include <cmath>
 #include <utility>
 
+#include "nu/engine/shapes/axis_direction.h"
+
 namespace nu::engine::points {
 namespace {
 
 // Of a box's middle and sides, in units of the coordinates: far above the rounding of some ten operations.
 constexpr double kBoxError = 0x1p-48;
-
-// A unit vector across d.
-Vec3 AcrossFrom(const Vec3& d) {
-  const double x = std::fabs(d.x), y = std::fabs(d.y), z = std::fabs(d.z);
-  if (x <= y && x <= z) return Unit(Cross(d, {1.0, 0.0, 0.0}));
-  return Unit(Cross(d, y <= z ? Vec3{0.0, 1.0, 0.0} : Vec3{0.0, 0.0, 1.0}));
-}
-
-bool IsZero(const Vec3& v) {
-  return v.x == 0.0 && v.y == 0.0 && v.z == 0.0;
-}
 
 }  // namespace
 
@@ -47,9 +38,9 @@ OrientedBoxes::OrientedBox OrientedBoxes::BoxOf(const BoxTree::Node& node) const
   OrientedBox box{};
   Vec3& x = box.axis[0];
   x = Unit(FarthestFrom(node, start, {}) - start);
-  if (IsZero(x)) x = {1.0, 0.0, 0.0};
+  if (x == Vec3{}) x = {1.0, 0.0, 0.0};
   const Vec3 across = Unit(Rejection(Unit(FarthestFrom(node, start, x) - start), x));
-  box.axis[1] = Unit(Rejection(IsZero(across) ? AcrossFrom(x) : across, x));
+  box.axis[1] = Unit(Rejection(across == Vec3{} ? AnyAcross(x) : across, x));
   box.axis[2] = Cross(x, box.axis[1]);
   double least[3] = {}, most[3] = {};
   double size = std::fabs(start.x) + std::fabs(start.y) + std::fabs(start.z);

@@ -157,18 +157,13 @@ void AddSampledMinima(const CircleMotion& circle, const Other& other, std::vecto
   }
 }
 
-void Offer(Vec3 first, Vec3 second, NearPair& best) {
-  const NearPair pair = PairOf(first, second);
-  if (pair.IsNearerThan(best)) best = pair;
-}
-
 template<class Other>
 void OfferStationary(const CircleMotion& circle, const Other& other, NearPair& best) {
   std::vector<double> angles = StationaryAngles(circle, other);
   AddSampledMinima(circle, other, angles);
   for (const double angle : angles) {
     const Stationary at = Refined(circle, other, angle);
-    if (circle.Contains(at.u) && other.Contains(at.v)) Offer(circle.At(at.u), other.At(at.v), best);
+    if (circle.Contains(at.u) && other.Contains(at.v)) Offer(PairOf(circle.At(at.u), other.At(at.v)), best);
   }
 }
 
@@ -214,10 +209,7 @@ Box BoxOf(const Arc3& arc) {
 }
 
 NearPair ClosestBetween(const Segment3& segment, const Arc3& arc) {
-  NearPair best = PairOf(segment.start, ClosestOn(arc, segment.start));
-  Offer(segment.end, ClosestOn(arc, segment.end), best);
-  Offer(ClosestOn(segment, arc.start), arc.start, best);
-  Offer(ClosestOn(segment, arc.end), arc.end, best);
+  const NearPair best = ClosestFromEnds(segment, arc);
   if (best.distance == 0.0 || std::isnan(best.distance) || SafeNorm(segment.end - segment.start) == 0.0) return best;
   NearPair swapped = best.Swapped();
   OfferStationary(CircleMotion(arc), LineMotion(segment), swapped);
@@ -225,10 +217,7 @@ NearPair ClosestBetween(const Segment3& segment, const Arc3& arc) {
 }
 
 NearPair ClosestBetween(const Arc3& first, const Arc3& second) {
-  NearPair best = PairOf(first.start, ClosestOn(second, first.start));
-  Offer(first.end, ClosestOn(second, first.end), best);
-  Offer(ClosestOn(first, second.start), second.start, best);
-  Offer(ClosestOn(first, second.end), second.end, best);
+  NearPair best = ClosestFromEnds(first, second);
   if (best.distance > 0.0) OfferStationary(CircleMotion(first), CircleMotion(second), best);
   return best;
 }

@@ -12,6 +12,13 @@ inline Vec3 WithLargestPositive(Vec3 d) {
   return largest < 0.0 ? -1.0 * d : d;
 }
 
+// A unit vector across d, and across the coordinate axis that is farthest from it.
+inline Vec3 AnyAcross(Vec3 d) {
+  const double x = std::fabs(d.x), y = std::fabs(d.y), z = std::fabs(d.z);
+  if (x <= y && x <= z) return Unit(Cross(d, {1.0, 0.0, 0.0}));
+  return Unit(Cross(d, y <= z ? Vec3{0.0, 1.0, 0.0} : Vec3{0.0, 0.0, 1.0}));
+}
+
 }  // namespace nu::engine::shapes
 
 #endif

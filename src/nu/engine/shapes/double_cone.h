@@ -10,7 +10,14 @@ namespace nu::engine::shapes {
 // The double cone of the lines through the apex that make the semi-angle, between 0 and a right angle, with the unit
 // axis.
 struct DoubleCone {
-  static DoubleCone OfDegrees(Vec3 apex, Vec3 axis, double semiAngle);
+  // Each from the smaller of the angle and its complement, which is exact: a flat cone keeps the digits of its cosine.
+  static DoubleCone OfDegrees(Vec3 apex, Vec3 axis, double semiAngle) {
+    const double degree = Nu_PI / 180.0;
+    constexpr double kHalf = 45.0;
+    if (semiAngle <= kHalf) return {apex, axis, Sin(semiAngle * degree), Cos(semiAngle * degree)};
+    const double complement = (90.0 - semiAngle) * degree;
+    return {apex, axis, Cos(complement), Sin(complement)};
+  }
 
   Vec3 apex;
   Vec3 axis;
@@ -20,15 +27,6 @@ struct DoubleCone {
 
 inline bool IsFinite(const DoubleCone& cone) {
   return IsFinite(cone.apex) && IsFinite(cone.axis);
-}
-
-// Each from the smaller of the angle and its complement, which is exact: a flat cone keeps the digits of its cosine.
-inline DoubleCone DoubleCone::OfDegrees(Vec3 apex, Vec3 axis, double semiAngle) {
-  const double degree = Nu_PI / 180.0;
-  constexpr double kHalf = 45.0;
-  if (semiAngle <= kHalf) return {apex, axis, Sin(semiAngle * degree), Cos(semiAngle * degree)};
-  const double complement = (90.0 - semiAngle) * degree;
-  return {apex, axis, Cos(complement), Sin(complement)};
 }
 
 // A line seen from a cone.

@@ -10,16 +10,11 @@
 
 #include "nu/engine/base/elementary.h"
 #include "nu/engine/roots/trig_roots.h"
+#include "nu/engine/shapes/axis_direction.h"
 
 namespace nu::engine::shapes {
 
 namespace {
-
-Vec3 AnyAcross(Vec3 n) {
-  const Vec3 size{std::fabs(n.x), std::fabs(n.y), std::fabs(n.z)};
-  if (size.x <= size.y && size.x <= size.z) return Unit(Cross(n, {1.0, 0.0, 0.0}));
-  return Unit(Cross(n, size.y <= size.z ? Vec3{0.0, 1.0, 0.0} : Vec3{0.0, 0.0, 1.0}));
-}
 
 struct Distance {
   Distance(const Line3& given, const Circle3& circle)
@@ -107,14 +102,10 @@ NearLine ClosestTo(const Line3& line, const Circle3& circle, double tol) {
     const bool farther = std::fabs(c.along - best.along) > std::fabs(other - best.along);
     if (c.distance <= best.distance + tol && farther) other = c.along;
   }
-  NearLine nearest;
-  nearest.distance = best.distance;
-  if (std::fabs(other - best.along) > tol) {
-    nearest.points.Add(line.At(std::min(best.along, other)));
-    nearest.points.Add(line.At(std::max(best.along, other)));
-  } else {
-    nearest.points.Add(line.At(best.along));
-  }
+  NearLine nearest{best.distance, {}};
+  const bool both = std::fabs(other - best.along) > tol;
+  nearest.points.Add(line.At(both ? std::min(best.along, other) : best.along));
+  if (both) nearest.points.Add(line.At(std::max(best.along, other)));
   return nearest;
 }
 

@@ -184,16 +184,6 @@ QuadricPair WithoutApex(QuadricPair pair) {
   return pair;
 }
 
-}  // namespace
-
-std::optional<QuadricBranches> BranchesOf(const QuadricPair& pair, std::vector<double> stationary,
-                                          const std::vector<double>& asymptotes, double tol, double reach) {
-  AddStationaryNextTo0(pair, stationary);
-  return BranchFinder(pair, TouchesOf(pair, stationary, tol), asymptotes, tol, reach).Find();
-}
-
-namespace {
-
 // Whether the curve a t + 2 h = 0 comes to t = 0 within the tolerance: next to where |h| is least, with h of degree
 // one.
 bool ComesToApex(const Wave2& a, const Wave2& h, double tol) {
@@ -209,12 +199,16 @@ bool ComesToApex(const Wave2& a, const Wave2& h, double tol) {
 
 }  // namespace
 
+std::optional<QuadricBranches> BranchesOf(const QuadricPair& pair, std::vector<double> stationary,
+                                          const std::vector<double>& asymptotes, double tol, double reach) {
+  AddStationaryNextTo0(pair, stationary);
+  return BranchFinder(pair, TouchesOf(pair, stationary, tol), asymptotes, tol, reach).Find();
+}
+
 // The curve comes to the apex where h = 0. Where that is nowhere, the apex is a point by itself.
 std::optional<QuadricBranches> BranchesThroughApex(const QuadricPair& pair, const std::vector<double>& asymptotes,
                                                    double tol, double reach) {
-  QuadricPath path;
-  path.sheets = Sheets::kThroughApex;
-  auto branches = SingleSheet(WithoutApex(pair), path, asymptotes, tol, reach);
+  auto branches = SingleSheet(WithoutApex(pair), {.sheets = Sheets::kThroughApex}, asymptotes, tol, reach);
   const Wave2 h = pair.h + -pair.start * pair.a;  // at the apex
   if (branches && !ComesToApex(pair.a, h, tol)) branches->points.push_back(pair.base.point);
   return branches;
@@ -222,17 +216,13 @@ std::optional<QuadricBranches> BranchesThroughApex(const QuadricPair& pair, cons
 
 std::optional<QuadricBranches> BranchesBesideLine(const QuadricPair& pair, const std::vector<double>& asymptotes,
                                                   double tol, double reach) {
-  QuadricPath path;
-  path.sheets = Sheets::kThroughApex;
-  path.hasCommonLine = true;
+  const QuadricPath path{.sheets = Sheets::kThroughApex, .hasCommonLine = true};
   return SingleSheet(WithoutApex(pair), path, asymptotes, tol, reach);
 }
 
 std::optional<QuadricBranches> BranchesThroughInfinity(const QuadricPair& pair, const std::vector<double>& asymptotes,
                                                        double tol, double reach) {
-  QuadricPath path;
-  path.sheets = Sheets::kThroughInfinity;
-  return SingleSheet(pair, path, asymptotes, tol, reach);
+  return SingleSheet(pair, {.sheets = Sheets::kThroughInfinity}, asymptotes, tol, reach);
 }
 
 }  // namespace nu::engine::shapes

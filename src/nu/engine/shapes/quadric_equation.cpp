@@ -124,10 +124,6 @@ double QuadricEquation::Bend(const Factors& k, const QuadricSpot& at) const {
   return 2.0 * ((k.a - k.c) * (at.c - at.s) * (at.c + at.s) - 4.0 * k.h * at.s * at.c);
 }
 
-double QuadricEquation::BendBound(const Factors& k) const {
-  return IsQuadratic() ? 2.0 * Hypot(k.a - k.c, 2.0 * k.h) : Hypot(k.a, k.c);
-}
-
 // Of a quadratic that rises with w, a t + h is the positive root of h^2 - a c. t is (root - h) / a or -c / (h + root),
 // the one in which nothing cancels.
 bool QuadricEquation::CrossingAt(double u, double sign, QuadricSpot& at) const {

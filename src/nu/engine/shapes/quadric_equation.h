@@ -44,7 +44,9 @@ class QuadricEquation {
   double Slope(const Factors& k, const QuadricSpot& at) const;
   double Bend(const Factors& k, const QuadricSpot& at) const;
   // No second derivative of g by w is larger, nor a third one divided by the frequency.
-  double BendBound(const Factors& k) const;
+  double BendBound(const Factors& k) const {
+    return IsQuadratic() ? 2.0 * Hypot(k.a - k.c, 2.0 * k.h) : Hypot(k.a, k.c);
+  }
   double Frequency() const { return IsQuadratic() ? 2.0 : 1.0; }
 
   // The root of g on the generator at u at which g rises with w (`sign` above 0) or falls; false where there is none.

@@ -16,14 +16,6 @@ double Wave2::At(double u) const {
   return value + (sine * (slope + mixed * rest + square * sine) + versed * rest);
 }
 
-Wave2 Wave2::Derivative() const {
-  return {slope, versed + 2.0 * square, -slope - mixed, -2.0 * square, 2.0 * mixed};
-}
-
-double Wave2::Bound() const {
-  return std::fabs(value) + std::fabs(slope) + 2.0 * std::fabs(versed) + 2.0 * std::fabs(mixed) + std::fabs(square);
-}
-
 void Wave2::ToPolynomial(double (&p)[5]) const {
   p[0] = value;
   p[1] = 2.0 * slope;
@@ -77,6 +69,13 @@ Wave2 FormOf(const RoundQuadric& surface, const TurnedVector& v, const TurnedVec
   const double last = form(2, 2);
   return {value, form(0, 1) + form(1, 0), form(0, 2) + form(2, 0) + 2.0 * last, form(1, 2) + form(2, 1),
           form(1, 1) - last};
+}
+
+double AroundPath(const QuadricPath& path, double v) {
+  if (!path.closed) return std::clamp(v, path.lower, path.upper);
+  const double period = path.upper - path.lower;
+  const double around = v - period * std::floor((v - path.lower) / period);
+  return around >= path.upper ? path.lower : around;  // a NaN stays
 }
 
 }  // namespace
@@ -140,17 +139,6 @@ double AngleNear(double u, double other) {
   return turns == 0.0 ? u : u - turns * Nu_2PI;
 }
 
-namespace {
-
-double AroundPath(const QuadricPath& path, double v) {
-  if (!path.closed) return std::clamp(v, path.lower, path.upper);
-  const double period = path.upper - path.lower;
-  const double around = v - period * std::floor((v - path.lower) / period);
-  return around >= path.upper ? path.lower : around;  // a NaN stays
-}
-
-}  // namespace
-
 std::size_t QuadricIntersectionCurve::StretchOf(double v) const {
   const auto isBefore = [](double value, const QuadricNode& node) { return value < node.v; };
   const auto next = std::upper_bound(nodes.begin() + 1, nodes.end() - 1, v, isBefore);
@@ -197,18 +185,10 @@ QuadricPlace QuadricIntersectionCurve::PlaceAcross(const QuadricNode& from, cons
   return {from.u + reached * x + bend.x, from.t + scale * (reached * y + bend.y)};
 }
 
-double QuadricIntersectionCurve::LevelAt(double v) const {
-  return PlaceAt(StretchOf(v), v).t;
-}
-
 Vec3 QuadricIntersectionCurve::At(double v) const {
   const double around = AroundPath(path, v);
   const QuadricPlace place = PlaceAt(StretchOf(around), around);
   return pair.OnBoth(pair.On(place.u, place.t));
-}
-
-void QuadricIntersectionCurve::MeasureNodes() {
-  for (QuadricNode& node : nodes) node.point = At(node.v);
 }
 
 namespace {

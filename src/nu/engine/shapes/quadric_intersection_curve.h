@@ -20,9 +20,11 @@ namespace nu::engine::shapes {
 // degree two, by terms that vanish with u of higher and higher order.
 struct Wave2 {
   double At(double u) const;
-  Wave2 Derivative() const;
+  Wave2 Derivative() const { return {slope, versed + 2.0 * square, -slope - mixed, -2.0 * square, 2.0 * mixed}; }
   // No value is larger.
-  double Bound() const;
+  double Bound() const {
+    return std::fabs(value) + std::fabs(slope) + 2.0 * std::fabs(versed) + 2.0 * std::fabs(mixed) + std::fabs(square);
+  }
   // (1 + z^2)^2 times the wave is sum p[i] z^i for z = tan(u / 2).
   void ToPolynomial(double (&p)[5]) const;
 
@@ -85,6 +87,16 @@ struct QuadricPlace {
   double t = 0.0;
 };
 
+// By halving, where a condition ends that holds at `inside` and not at `outside`.
+template<class Condition>
+double LastInside(double inside, double outside, int halvings, const Condition& holds) {
+  for (int i = 0; i < halvings; ++i) {
+    const double middle = 0.5 * (inside + outside);
+    (holds(middle) ? inside : outside) = middle;
+  }
+  return inside;
+}
+
 // The angle u, whole turns away, that is nearest to another one.
 double AngleNear(double u, double other);
 
@@ -125,7 +137,7 @@ struct QuadricRange {
 
 struct QuadricIntersectionCurve {
   // t on the generator.
-  double LevelAt(double v) const;
+  double LevelAt(double v) const { return PlaceAt(StretchOf(v), v).t; }
   // v is taken around a closed curve, and to the nearest end of another one.
   Vec3 At(double v) const;
   QuadricFoot FootOf(Vec3 p) const;
@@ -139,7 +151,9 @@ struct QuadricIntersectionCurve {
   std::vector<QuadricRange> Inside(const std::vector<HalfSpace>& spaces) const;
 
   // Sets the points of the nodes.
-  void MeasureNodes();
+  void MeasureNodes() {
+    for (QuadricNode& node : nodes) node.point = At(node.v);
+  }
 
   QuadricPair pair;
   QuadricPath path;

@@ -101,13 +101,9 @@ class BorderFinder {
 
   double Bisect(const Sample& from, const Sample& to) const {
     constexpr int kSteps = 60;
-    double inside = from.IsInside() ? from.v : to.v;
-    double outside = from.IsInside() ? to.v : from.v;
-    for (int i = 0; i < kSteps; ++i) {
-      const double middle = 0.5 * (inside + outside);
-      (Excess(m_curve.At(middle)) <= 0.0 ? inside : outside) = middle;
-    }
-    return inside;
+    const double inside = from.IsInside() ? from.v : to.v;
+    const double outside = from.IsInside() ? to.v : from.v;
+    return LastInside(inside, outside, kSteps, [&](double v) { return Excess(m_curve.At(v)) <= 0.0; });
   }
 
   const QuadricIntersectionCurve& m_curve;

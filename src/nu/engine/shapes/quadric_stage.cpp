@@ -51,33 +51,6 @@ void RemoveNearest(double u, std::vector<double>& angles) {
   if (nearest != angles.end()) angles.erase(nearest);
 }
 
-}  // namespace
-
-// A cylinder is taken at the point of its axis that is nearest to the origin.
-QuadricStage::QuadricStage(const RoundQuadric& base, const RoundQuadric& other, Vec3 origin, const CommonParts& parts)
-    : frame(FrameTowards(origin, base.axis, TowardsCommon(base, other, origin))) {
-  pair.base = base;
-  pair.base.point = {};
-  pair.base.axis = {0.0, 0.0, 1.0};
-  pair.other = other;
-  pair.other.point = frame.Local(other.point);
-  pair.other.axis = {Dot(other.axis, frame.x), Dot(other.axis, frame.y), Dot(other.axis, frame.z)};
-  if (other.kind == RoundQuadric::Kind::kCylinder) {
-    pair.other.point = Rejection(pair.other.point, pair.other.axis);
-  }
-  unit = UnitFor(std::max({base.radius, other.radius, Norm(pair.other.point)}));
-  pair.base = InUnit(pair.base, unit);
-  pair.other = InUnit(pair.other, unit);
-  tol = CoincidenceTol(parts.Tol(), LargestComponent(origin)) / unit;
-  constexpr double kLeastReach = 1000.0;            // of the size of both surfaces
-  constexpr double kMostReach = 1.0 / DBL_EPSILON;  // where their distance is lost beside the coordinates
-  reach = std::fmin(std::fmax(kLeastReach, parts.LargestPart() / unit), kMostReach);
-  pair.start = StartOf(pair);
-  pair.SetWaves();
-}
-
-namespace {
-
 std::vector<double> StationaryAngles(const GeneratorQuadratic& quadratic, const CommonParts& parts) {
   return quadratic.StationaryAngles(parts.Tolerances().zero, parts.Tolerances().share);
 }
@@ -115,6 +88,29 @@ std::optional<QuadricBranches> BranchesOnCone(const QuadricStage& stage, const C
 }
 
 }  // namespace
+
+// A cylinder is taken at the point of its axis that is nearest to the origin.
+QuadricStage::QuadricStage(const RoundQuadric& base, const RoundQuadric& other, Vec3 origin, const CommonParts& parts)
+    : frame(FrameTowards(origin, base.axis, TowardsCommon(base, other, origin))) {
+  pair.base = base;
+  pair.base.point = {};
+  pair.base.axis = {0.0, 0.0, 1.0};
+  pair.other = other;
+  pair.other.point = frame.Local(other.point);
+  pair.other.axis = {Dot(other.axis, frame.x), Dot(other.axis, frame.y), Dot(other.axis, frame.z)};
+  if (other.kind == RoundQuadric::Kind::kCylinder) {
+    pair.other.point = Rejection(pair.other.point, pair.other.axis);
+  }
+  unit = UnitFor(std::max({base.radius, other.radius, Norm(pair.other.point)}));
+  pair.base = InUnit(pair.base, unit);
+  pair.other = InUnit(pair.other, unit);
+  tol = CoincidenceTol(parts.Tol(), LargestComponent(origin)) / unit;
+  constexpr double kLeastReach = 1000.0;            // of the size of both surfaces
+  constexpr double kMostReach = 1.0 / DBL_EPSILON;  // where their distance is lost beside the coordinates
+  reach = std::fmin(std::fmax(kLeastReach, parts.LargestPart() / unit), kMostReach);
+  pair.start = StartOf(pair);
+  pair.SetWaves();
+}
 
 void AddOnCylinder(const QuadricStage& stage, bool isParallelToOther, CommonParts& parts) {
   parts.AddBranches(BranchesOnCylinder(stage, isParallelToOther, parts), stage.frame, stage.unit);

@@ -45,6 +45,15 @@ double TurnBetween(const QuadricSpot& from, const QuadricSpot& to) {
   return Atan2(cosine < 0.0 ? -sine : sine, std::fabs(cosine));
 }
 
+// From a double point to a place, in both angles.
+Vec2 OffsetFrom(const QuadricPlace& node, double u, double t) {
+  return {std::remainder(u - node.u, Nu_2PI), (t - node.t) / Hypot(1.0, node.t)};
+}
+double DistanceFrom(const QuadricPlace& node, double u, double t) {
+  const auto [x, y] = OffsetFrom(node, u, t);
+  return Hypot(x, y);
+}
+
 // One step of the curve, proven.
 struct Step {
   Chart chart = Chart::kAround;
@@ -246,11 +255,7 @@ class Tracer {
   }
 
   const QuadricPlace* NodeNextTo(const QuadricSpot& at) const {
-    const auto isNear = [&](const QuadricPlace& node) {
-      const double x = std::remainder(at.u - node.u, Nu_2PI);
-      const double y = (LevelOf(at) - node.t) / Hypot(1.0, node.t);
-      return Hypot(x, y) < kNearNode;
-    };
+    const auto isNear = [&](const QuadricPlace& node) { return DistanceFrom(node, at.u, LevelOf(at)) < kNearNode; };
     const auto found = std::find_if(m_nodes.begin(), m_nodes.end(), isNear);
     return found == m_nodes.end() ? nullptr : &*found;
   }
@@ -260,8 +265,7 @@ class Tracer {
   bool FindStepAcross(const QuadricSpot& at, Step& step) const {
     const QuadricPlace* node = NodeNextTo(at);
     if (!node || m_steps.empty() || NodeNextTo(m_steps.back().from) == node) return false;
-    const double x = std::remainder(at.u - node->u, Nu_2PI);
-    const double y = (LevelOf(at) - node->t) / Hypot(1.0, node->t);
+    const auto [x, y] = OffsetFrom(*node, at.u, LevelOf(at));
     const QuadricEquation::Jet k = m_equation.At(at.u);
     const double byU = m_equation.Value(k.slope, at);
     const double byW = m_equation.Slope(k.value, at);
@@ -437,16 +441,11 @@ class Tracer {
 
   // One turn, or two for a curve through a double point of its own.
   void ScaleToTurns(QuadricIntersectionCurve& curve) const {
-    bool isTwofold = false;
-    for (const QuadricPlace& node : m_nodes) {
-      int passes = 0;
-      for (const QuadricNode& stretch : curve.nodes) {
-        const double x = std::remainder(stretch.u - node.u, Nu_2PI);
-        const double y = (stretch.t - node.t) / Hypot(1.0, node.t);
-        if (stretch.chart == Chart::kAcross && Hypot(x, y) < kNearNode) ++passes;
-      }
-      isTwofold = isTwofold || passes > 1;
-    }
+    const bool isTwofold = std::any_of(m_nodes.begin(), m_nodes.end(), [&](const QuadricPlace& node) {
+      return std::count_if(curve.nodes.begin(), curve.nodes.end(), [&](const QuadricNode& stretch) {
+               return stretch.chart == Chart::kAcross && DistanceFrom(node, stretch.u, stretch.t) < kNearNode;
+             }) > 1;
+    });
     const double turns = isTwofold ? 2.0 * Nu_2PI : Nu_2PI;
     const double length = curve.path.upper;
     for (QuadricNode& node : curve.nodes) node.v = turns * (node.v / length);
@@ -473,13 +472,8 @@ class Tracer {
 
   static double EndAt(const QuadricIntersectionCurve& curve, double reach, double inside, double outside) {
     constexpr int kHalvings = 50;
-    const auto levelAt = [&](double v) { return std::fabs(curve.LevelAt(v)); };
-    if (levelAt(outside) <= reach) return outside;
-    for (int i = 0; i < kHalvings; ++i) {
-      const double middle = 0.5 * (inside + outside);
-      (levelAt(middle) <= reach ? inside : outside) = middle;
-    }
-    return inside;
+    const auto isWithin = [&](double v) { return std::fabs(curve.LevelAt(v)) <= reach; };
+    return isWithin(outside) ? outside : LastInside(inside, outside, kHalvings, isWithin);
   }
 
   static constexpr double kLongestStep = 0.25;
@@ -515,8 +509,7 @@ std::optional<std::vector<QuadricIntersectionCurve>> TraceBranches(const Quadric
   const auto add = [&](QuadricPlace at) {
     const std::optional<QuadricPlace> node = DoublePointNextTo(task, at);
     const bool isNew = node && std::none_of(nodes.begin(), nodes.end(), [&](const QuadricPlace& known) {
-                         const double x = std::remainder(known.u - node->u, Nu_2PI);
-                         return Hypot(x, (known.t - node->t) / Hypot(1.0, known.t)) < kSuspicious;
+                         return DistanceFrom(known, node->u, node->t) < kSuspicious;
                        });
     if (isNew) nodes.push_back(*node);
     return isNew;

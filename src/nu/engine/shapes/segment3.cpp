@@ -66,9 +66,7 @@ void OfferCrossing(const Segment3& first, const Segment3& second, NearPair& best
     // The ends, whose distances are known, are no farther than the sine times the shorter length from the least one.
     const double gain = std::sqrt(square / std::max(Dot(d1, d1), Dot(d2, d2)));
     if (!(gain > kRoundings * SafeNorm(first.start))) return;
-    const NearPair pair = ByGoldenSection(first, second);
-    if (pair.IsNearerThan(best)) best = pair;
-    return;
+    return Offer(ByGoldenSection(first, second), best);
   }
   double s = 0.0;
   double t = 0.0;
@@ -78,13 +76,7 @@ void OfferCrossing(const Segment3& first, const Segment3& second, NearPair& best
     t += Dot(Cross(w, d1), n) / square;
   }
   if (!(s > 0.0 && s < 1.0 && t > 0.0 && t < 1.0)) return;
-  const NearPair pair = PairOf(first.At(s), second.At(t));
-  if (pair.IsNearerThan(best)) best = pair;
-}
-
-void Offer(Vec3 first, Vec3 second, NearPair& best) {
-  const NearPair pair = PairOf(first, second);
-  if (pair.IsNearerThan(best)) best = pair;
+  Offer(PairOf(first.At(s), second.At(t)), best);
 }
 
 }  // namespace
@@ -111,10 +103,7 @@ double ClosestParameter(const Segment3& segment, Vec3 p) {
 
 // The squared distance is convex in both parameters: it is least where the lines are closest, or else at an end.
 NearPair ClosestBetween(const Segment3& first, const Segment3& second) {
-  NearPair best = PairOf(first.start, ClosestOn(second, first.start));
-  Offer(first.end, ClosestOn(second, first.end), best);
-  Offer(ClosestOn(first, second.start), second.start, best);
-  Offer(ClosestOn(first, second.end), second.end, best);
+  NearPair best = ClosestFromEnds(first, second);
   if (best.distance > 0.0) OfferCrossing(first, second, best);
   return best;
 }

@@ -33,12 +33,25 @@ double SafeNorm(Vec3 v);
 inline NearPair PairOf(Vec3 first, Vec3 second) {
   return {SafeNorm(first - second), first, second};
 }
+inline void Offer(const NearPair& pair, NearPair& best) {
+  if (pair.IsNearerThan(best)) best = pair;
+}
 
 // The parameter in [0, 1] of the closest point; 0 on a segment without a direction.
 double ClosestParameter(const Segment3& segment, Vec3 p);
 
 inline Vec3 ClosestOn(const Segment3& segment, Vec3 p) {
   return segment.At(ClosestParameter(segment, p));
+}
+
+// From an end of either.
+template<class First, class Second>
+NearPair ClosestFromEnds(const First& first, const Second& second) {
+  NearPair best = PairOf(first.start, ClosestOn(second, first.start));
+  Offer(PairOf(first.end, ClosestOn(second, first.end)), best);
+  Offer(PairOf(ClosestOn(first, second.start), second.start), best);
+  Offer(PairOf(ClosestOn(first, second.end), second.end), best);
+  return best;
 }
 
 NearPair ClosestBetween(const Segment3& first, const Segment3& second);
