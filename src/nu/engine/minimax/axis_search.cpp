@@ -1,6 +1,5 @@
 #include "nu/engine/minimax/axis_search.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "nu/engine/base/floating_point.h"
@@ -23,6 +22,35 @@ constexpr double kOutside = 1.0 + 64.0 * kEpsilon;
 
 PointBlocks BlocksOf(const std::vector<Vec3>& points) {
   return PointBlocks(PointView(&points[0].x, sizeof(Vec3), points.size()), {});
+}
+
+// How far the hull of some points reaches from the origin in all directions; 0 where the origin is not inside.
+double Inradius(const Vec2* point, int count) {
+  double square = 0.0;
+  for (int i = 0; i < count; ++i) square = std::max(square, Dot(point[i], point[i]));
+  const double rounding = kHullRounding * square;
+  double least = kInfinity;
+  for (int i = 0; i < count; ++i) {
+    for (int j = 0; j < count; ++j) {
+      const Vec2 edge = point[j] - point[i];
+      const double length = std::sqrt(Dot(edge, edge));
+      const bool isOutermost =
+          std::all_of(point, point + count, [&](Vec2 p) { return Cross(edge, p - point[i]) >= -rounding; });
+      if (length > 0.0 && isOutermost) least = std::min(least, Cross(point[i], edge) / length);
+    }
+  }
+  return least < kInfinity ? std::max(0.0, least) : 0.0;
+}
+
+// Of three points in the frame of the axis: the weights that bring their mean onto it, and the b of these; false where
+// one would be negative.
+bool FindCorner(const Vec3& p, const Vec3& q, const Vec3& r, Vec2& corner) {
+  const double area[] = {q.x * r.y - r.x * q.y, r.x * p.y - p.x * r.y, p.x * q.y - q.x * p.y};
+  const double sum = area[0] + area[1] + area[2];
+  if (!(area[0] * sum >= 0.0 && area[1] * sum >= 0.0 && area[2] * sum >= 0.0 && sum != 0.0)) return false;
+  const double weight[] = {area[0] / sum * p.z, area[1] / sum * q.z, area[2] / sum * r.z};
+  corner = {weight[0] * p.x + weight[1] * q.x + weight[2] * r.x, weight[0] * p.y + weight[1] * q.y + weight[2] * r.y};
+  return true;
 }
 
 }  // namespace
@@ -77,43 +105,6 @@ double RadiusBound::Within(const DirectionCap& cap) const {
   return trace - (0.5 * rise + std::sqrt(0.25 * rise * rise + bb));
 }
 
-bool DirectionCap::Holds(const DirectionCap& other) const {
-  return other.sine <= sine && std::fabs(Dot(direction, other.direction)) >= cosine * other.cosine + sine * other.sine;
-}
-
-namespace {
-
-// How far the hull of some points reaches from the origin in all directions; 0 where the origin is not inside.
-double Inradius(const Vec2* point, int count) {
-  double square = 0.0;
-  for (int i = 0; i < count; ++i) square = std::max(square, Dot(point[i], point[i]));
-  const double rounding = kHullRounding * square;
-  double least = kInfinity;
-  for (int i = 0; i < count; ++i) {
-    for (int j = 0; j < count; ++j) {
-      const Vec2 edge = point[j] - point[i];
-      const double length = std::sqrt(Dot(edge, edge));
-      const bool isOutermost =
-          std::all_of(point, point + count, [&](Vec2 p) { return Cross(edge, p - point[i]) >= -rounding; });
-      if (length > 0.0 && isOutermost) least = std::min(least, Cross(point[i], edge) / length);
-    }
-  }
-  return least < kInfinity ? std::max(0.0, least) : 0.0;
-}
-
-// Of three points in the frame of the axis: the weights that bring their mean onto it, and the b of these; false where
-// one would be negative.
-bool FindCorner(const Vec3& p, const Vec3& q, const Vec3& r, Vec2& corner) {
-  const double area[] = {q.x * r.y - r.x * q.y, r.x * p.y - p.x * r.y, p.x * q.y - q.x * p.y};
-  const double sum = area[0] + area[1] + area[2];
-  if (!(area[0] * sum >= 0.0 && area[1] * sum >= 0.0 && area[2] * sum >= 0.0 && sum != 0.0)) return false;
-  const double weight[] = {area[0] / sum * p.z, area[1] / sum * q.z, area[2] / sum * r.z};
-  corner = {weight[0] * p.x + weight[1] * q.x + weight[2] * r.x, weight[0] * p.y + weight[1] * q.y + weight[2] * r.y};
-  return true;
-}
-
-}  // namespace
-
 KnownCylinder::KnownCylinder(const MinimaxSolution<AxisDistance>& found)
     : m_radius(found.value), m_bound(found.contact, found.multiplier, found.contacts), m_own{found.model.frame.z} {
   constexpr int mostCorners = 10;  // the triples of five contacts
@@ -142,26 +133,6 @@ AxisSearch::AxisSearch(PointBlocks& points, const AxisFrame& found, std::vector<
       for (const double v : {-0.5, 0.5}) Push({0.0, face, u, v, 0.5});
 }
 
-namespace {
-
-double LeastSquare(const KnownCylinder& known, double gap) {
-  return known.Radius() * known.Radius() * (1.0 - gap);
-}
-
-}  // namespace
-
-double AxisSearch::Least(const KnownCylinder& known) const {
-  return LeastSquare(known, m_limits.gap);
-}
-
-bool AxisSearch::IsProven(const KnownCylinder& known) {
-  return known.Bound().Everywhere() >= LeastSquare(known, AxisSearchLimits{}.gap);
-}
-
-double AxisSearch::Bound(const KnownCylinder& known) const {
-  return m_cells.empty() ? Least(known) : std::min(Least(known), m_cells.front().bound);
-}
-
 bool AxisSearch::FindSmaller(const KnownCylinder& known, AxisDistance& found) {
   const double least = Least(known);
   while (!m_cells.empty() && m_cells.front().bound < least && !IsExhausted()) {
@@ -176,10 +147,6 @@ bool AxisSearch::FindSmaller(const KnownCylinder& known, AxisDistance& found) {
     return true;
   }
   return false;
-}
-
-bool AxisSearch::IsKnownLarge(const DirectionCap& cap, double least) const {
-  return std::any_of(m_bounds.begin(), m_bounds.end(), [&](const RadiusBound& b) { return b.Within(cap) >= least; });
 }
 
 void AxisSearch::Push(const Cell& cell) {
@@ -224,15 +191,6 @@ void AxisSearch::Split(const Cell& cell, const RadiusBound& here, const KnownCyl
   }
 }
 
-void AxisSearch::Allow(long circles, long passes) {
-  m_limits.circles = circles;
-  m_limits.passes = passes;
-}
-
-bool AxisSearch::IsExhausted() const {
-  return m_circles >= m_limits.circles || m_passes >= m_limits.passes;
-}
-
 // Where the outline seems to be within less than what is known, all points are looked at.
 AxisSearch::Circle AxisSearch::CircleAround(const Vec3& direction, double least) {
   Circle circle = CircleAroundOutline(direction);
@@ -266,37 +224,29 @@ double AxisSearch::ExtendOutline(const Circle& circle) {
   const double outside = kOutside * std::sqrt(circle.square);
   Far far[AxisDistance::kStrata];
   for (Far& f : far) f.distance = outside;
-  double all = 0.0;
-  m_points.ForEach([&](const PointBlock& block) {
-    double distance[kBlockPoints];
-    double smallest, largest;
-    axis.Deviations(block, distance, smallest, largest);
-    all = std::max(all, largest);
-    for (std::size_t i = 0; largest > outside && i < block.size; ++i) {
+  double distance[kBlockPoints];
+  const auto look = [&](const PointBlock& block, const ValueRange& range) {
+    for (std::size_t i = 0; range.largest > outside && i < block.size; ++i) {
       if (!(distance[i] > outside)) continue;
       const Vec3 point = block.At(i);
       Far& place = far[axis.Stratum(point)];
       if (distance[i] > place.distance) place = {distance[i], point};
     }
-  });
+  };
+  const double largest = VisitDeviations(m_points, axis, distance, look).largest;
   for (const Far& f : far)
     if (f.distance > outside && m_outline.size() < kMostOutline) m_outline.push_back(f.point);
   m_blocks = BlocksOf(m_outline);
   ++m_passes;
-  return all;
+  return largest;
 }
 
 AxisDistance AxisSearch::AxisOf(const Circle& circle) const {
-  double low = kInfinity;
-  double high = -kInfinity;
-  for (const Vec3& p : m_outline) {
-    const double along = Dot(p, circle.frame.z);
-    low = std::min(low, along);
-    high = std::max(high, along);
-  }
+  ValueRange along;
+  for (const Vec3& p : m_outline) along.Include({Dot(p, circle.frame.z), Dot(p, circle.frame.z)});
   AxisFrame frame = circle.frame;
-  frame.origin = frame.origin + (0.5 * (low + high)) * frame.z;
-  return {frame, 0.5 * (high - low)};
+  frame.origin = frame.origin + along.Middle() * frame.z;
+  return {frame, 0.5 * along.Width()};
 }
 
 }  // namespace nu::engine::minimax

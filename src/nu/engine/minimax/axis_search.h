@@ -1,6 +1,7 @@
 #ifndef NU_ENGINE_MINIMAX_AXIS_SEARCH_H
 #define NU_ENGINE_MINIMAX_AXIS_SEARCH_H
 
+#include <algorithm>
 #include <tuple>
 #include <vector>
 
@@ -14,7 +15,11 @@ struct DirectionCap {
   double sine = 0.0;
   double cosine = 1.0;
 
-  bool Holds(const DirectionCap& other) const;  // whichever sign directions have
+  // Whichever sign directions have.
+  bool Holds(const DirectionCap& other) const {
+    return other.sine <= sine &&
+           std::fabs(Dot(direction, other.direction)) >= cosine * other.cosine + sine * other.sine;
+  }
 };
 
 // A lower bound on the radii of all cylinders around some points p_i, from weights w_i that are not negative and add up
@@ -56,6 +61,8 @@ class KnownCylinder {
   explicit KnownCylinder(const MinimaxSolution<AxisDistance>& found);
 
   double Radius() const { return m_radius; }
+  // The squared radius, less this part of it.
+  double SquareLess(double part) const { return m_radius * m_radius * (1.0 - part); }
   const RadiusBound& Bound() const { return m_bound; }
   // All cylinders with these directions are at least as large.
   bool IsSmallestIn(const DirectionCap& cap) const { return m_own.Holds(cap); }
@@ -90,18 +97,25 @@ class AxisSearch {
              const AxisSearchLimits& limits = {});
 
   // No cylinder is smaller by more than what a search without limits of its own neglects.
-  static bool IsProven(const KnownCylinder& known);
+  static bool IsProven(const KnownCylinder& known) {
+    return known.Bound().Everywhere() >= known.SquareLess(AxisSearchLimits{}.gap);
+  }
 
   // An axis from which all points are nearer than the radius known. False when that is proven to be the smallest, or
   // when the work permitted for all calls is done. What is known must not grow from call to call.
   bool FindSmaller(const KnownCylinder& known, AxisDistance& found);
 
   // More work, up to so much in all, after that permitted at first is done.
-  void Allow(long circles, long passes);
-  bool IsExhausted() const;
+  void Allow(long circles, long passes) {
+    m_limits.circles = circles;
+    m_limits.passes = passes;
+  }
+  bool IsExhausted() const { return m_circles >= m_limits.circles || m_passes >= m_limits.passes; }
 
   // When nothing smaller has been found: the squared radius that no cylinder is below, but for rounding.
-  double Bound(const KnownCylinder& known) const;
+  double Bound(const KnownCylinder& known) const {
+    return m_cells.empty() ? Least(known) : std::min(Least(known), m_cells.front().bound);
+  }
   long Circles() const { return m_circles; }
   long Passes() const { return m_passes; }
 
@@ -120,7 +134,7 @@ class AxisSearch {
     bool holdsAll = false;  // nearer than the radius in question
   };
 
-  double Least(const KnownCylinder& known) const;
+  double Least(const KnownCylinder& known) const { return known.SquareLess(m_limits.gap); }
   static bool IsLater(const Cell& a, const Cell& b) {
     return std::tie(a.bound, a.face, a.u, a.v) > std::tie(b.bound, b.face, b.u, b.v);
   }
@@ -128,7 +142,9 @@ class AxisSearch {
   Cell Pop();
   DirectionCap CapAround(const Cell& cell) const;
   void Split(const Cell& cell, const RadiusBound& here, const KnownCylinder& known);
-  bool IsKnownLarge(const DirectionCap& cap, double least) const;
+  bool IsKnownLarge(const DirectionCap& cap, double least) const {
+    return std::any_of(m_bounds.begin(), m_bounds.end(), [&](const RadiusBound& b) { return b.Within(cap) >= least; });
+  }
   Circle CircleAround(const Vec3& direction, double least);
   Circle CircleAroundOutline(const Vec3& direction) const;
   double ExtendOutline(const Circle& circle);

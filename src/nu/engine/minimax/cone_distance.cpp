@@ -65,9 +65,8 @@ Vec3 RotatedCayley(const Vec3& q, const Vec3& rotation) {
 }
 
 struct Reach {
-  double low = kInfinity;  // along the generators
-  double high = -kInfinity;
-  double x = 0.0;  // the sum of the directions from the axis
+  ValueRange along;  // the generators
+  double x = 0.0;    // the sum of the directions from the axis
   double y = 0.0;
 };
 
@@ -90,12 +89,11 @@ NU_KERNEL void FindReach(const PointBlock& block, const AxisFrame& axis, const C
     sumX += x * weight;
     sumY += y * weight;
   }
-  found = {positions.Smallest(), positions.Largest(), Sum(sumX), Sum(sumY)};
+  found = {{positions.Smallest(), positions.Largest()}, Sum(sumX), Sum(sumY)};
 }
 
 struct Extremes {
-  double low = kInfinity;  // deviations
-  double high = -kInfinity;
+  ValueRange deviations;
   double across = 0.0;  // |T|
   double lift = 0.0;    // l
   double distance = 0.0;
@@ -103,8 +101,7 @@ struct Extremes {
 };
 
 void Widen(Extremes& extremes, const Extremes& part) {
-  extremes.low = std::min(extremes.low, part.low);
-  extremes.high = std::max(extremes.high, part.high);
+  extremes.deviations.Include(part.deviations);
   extremes.across = std::max(extremes.across, part.across);
   extremes.lift = std::max(extremes.lift, part.lift);
   extremes.distance = std::max(extremes.distance, part.distance);
@@ -133,8 +130,11 @@ NU_ALWAYS_INLINE void ExtremesBody(const PointBlock& block, const ConeLanes<kBot
     distance.Add(p.d < 0.0 ? -p.d : p.d);
     along.Add(position < 0.0 ? -position : position);
   }
-  found = {deviation.Smallest(), deviation.Largest(), across.Largest(),
-           lift.Largest(),       distance.Largest(),  along.Largest()};
+  found = {{deviation.Smallest(), deviation.Largest()},
+           across.Largest(),
+           lift.Largest(),
+           distance.Largest(),
+           along.Largest()};
 }
 
 NU_KERNEL void FindExtremes(const PointBlock& block, const ConeLanes<false>& surface, Extremes& found) {
@@ -170,15 +170,14 @@ ConeDistance PlaceOn(PointBlocks& points, const Cone3& cone, bool& behind) {
   points.ForEach([&](const PointBlock& block) {
     Reach part;
     FindReach(block, axis, model, cone.toApex, part);
-    reach.low = std::min(reach.low, part.low);
-    reach.high = std::max(reach.high, part.high);
+    reach.along.Include(part.along);
     reach.x += part.x;
     reach.y += part.y;
   });
   const double apex = cone.toApex / model.cosine;
-  behind = reach.low < apex;
-  const double least = apex + kLeastPivot * std::max(reach.high - apex, apex - reach.low);
-  const double along = std::max(0.5 * (reach.low + reach.high), least);
+  behind = reach.along.smallest < apex;
+  const double least = apex + kLeastPivot * std::max(reach.along.largest - apex, apex - reach.along.smallest);
+  const double along = std::max(reach.along.Middle(), least);
   const Vec3 across = reach.x * axis.x + reach.y * axis.y;
   const Vec3 u = Dot(across, across) > 0.0 ? Unit(across) : axis.x;
   const Vec3 g = Unit(model.cosine * axis.z + model.sine * u);
@@ -190,7 +189,7 @@ ConeDistance PlaceOn(PointBlocks& points, const Cone3& cone, bool& behind) {
 
 }  // namespace
 
-ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone, double& low, double& high) {
+ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone, ValueRange& deviations) {
   bool behind;
   ConeDistance model = PlaceOn(points, cone, behind);
   model.bothNappes = cone.bothNappes && behind;
@@ -198,8 +197,7 @@ ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone, double& lo
   model.breadth = std::max(seen.across / seen.distance, kEpsilon);
   model.bulge = std::max(seen.lift / seen.distance, kEpsilon);
   model.length = std::max(seen.along, kEpsilon * seen.distance);
-  low = seen.low;
-  high = seen.high;
+  deviations = seen.deviations;
   return model;
 }
 

@@ -43,7 +43,7 @@ using NappesDistance = WithOffset<ConeDistance>;
 
 // About a cone, with the scale of the unknowns for these points, and the extreme deviations from it. A cone of both
 // nappes with no points behind its apex is one of a single nappe.
-ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone, double& low, double& high);
+ConeDistance DistanceFromCone(PointBlocks& points, const Cone3& cone, ValueRange& deviations);
 
 }  // namespace nu::engine::minimax
 

@@ -90,11 +90,11 @@ void SearchElsewhere(const ConeProblem& problem, Minimax<Model>& minimax, Minima
       for (const double side : {1.0, -1.0}) {
         Cone3 cone = TouchingCone(problem.mean, side * normal, line, toApex * problem.seen.greatest, radius * bend);
         cone.bothNappes = bothNappes;
-        double low, high;
-        const ConeDistance model = DistanceFromCone(problem.points, cone, low, high);
+        ValueRange deviations;
+        const ConeDistance model = DistanceFromCone(problem.points, cone, deviations);
         if (!model.IsFinite() || model.bothNappes != bothNappes) continue;
         const MinimaxSolution<Model> other =
-            minimax.Improve(InMiddle<Model>(model, 0.5 * (low + high)), value, kMostTrialSteps);
+            minimax.Improve(InMiddle<Model>(model, deviations.Middle()), value, kMostTrialSteps);
         if (other.end == MinimaxEnd::cancelled) {
           found.end = other.end;
           return;
@@ -127,10 +127,10 @@ ConeZone NarrowestConeZone(PointBlocks& points, const Vec3& mean, const Cone3& s
   const ScaledProblem scaled = Prepared(points, mean);
   if (!scaled.isFinite) return {};
   const ConeProblem problem{scaled, points, scaled.scale * form};
-  double low, high;
-  const ConeDistance model = DistanceFromCone(points, Rescaled(start, problem.scale), low, high);
+  ValueRange deviations;
+  const ConeDistance model = DistanceFromCone(points, Rescaled(start, problem.scale), deviations);
   if (!model.IsFinite()) return {};
-  const double middle = 0.5 * (low + high);
+  const double middle = deviations.Middle();
   if (model.bothNappes) return Search(problem, InMiddle<NappesDistance>(model, middle), limit, monitor);
   return Search(problem, InMiddle<ConeDistance>(model, middle), limit, monitor);
 }

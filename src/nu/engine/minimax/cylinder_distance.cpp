@@ -47,8 +47,7 @@ NU_DISTANCE_KERNELS(AxisLanes)
 NU_DISTANCE_KERNELS(CylinderLanes)
 
 struct Reach {
-  double low = kInfinity;  // along the axis
-  double high = -kInfinity;
+  ValueRange along;    // the axis
   double bulge = 0.0;  // the largest 1 - cos
 };
 
@@ -63,7 +62,7 @@ NU_KERNEL void FindReach(const PointBlock& block, const CylinderLanes& given, Re
     along.Add(z);
     bulge.Add(column[2]);
   }
-  found = {along.Smallest(), along.Largest(), bulge.Largest()};
+  found = {{along.Smallest(), along.Largest()}, bulge.Largest()};
 }
 
 // Of the distance d from the axis of the point (x, t, z), by moves of the axis along x and across it, and by its tilts
@@ -159,12 +158,11 @@ CylinderDistance DistanceFromCylinder(PointBlocks& points, const Cylinder3& cyli
   points.ForEach([&](const PointBlock& block) {
     Reach part;
     FindReach(block, CylinderLanes(model), part);
-    reach.low = std::min(reach.low, part.low);
-    reach.high = std::max(reach.high, part.high);
+    reach.along.Include(part.along);
     reach.bulge = std::max(reach.bulge, part.bulge);
   });
-  model.pivot = model.pivot + (0.5 * (reach.low + reach.high)) * axis.z;
-  model.half = std::max(0.5 * (reach.high - reach.low), kEpsilon * cylinder.radius);
+  model.pivot = model.pivot + reach.along.Middle() * axis.z;
+  model.half = std::max(0.5 * reach.along.Width(), kEpsilon * cylinder.radius);
   const double bulge = std::max(reach.bulge, kEpsilon);
   model.along = 1.0 / bulge;
   model.across = bulge < 1.0 ? 1.0 / std::sqrt(bulge * (2.0 - bulge)) : 1.0;

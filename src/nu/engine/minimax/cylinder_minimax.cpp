@@ -38,9 +38,6 @@ CylinderMinimax Described(const MinimaxSolution<Model>& solution, const Vec3& ax
   return result;
 }
 
-// What a step away from the points leads to: no step is taken whose deviations are NaN.
-constexpr Vec3 kNowhere{kQuietNaN, kQuietNaN, kQuietNaN};
-
 // The distances from an axis that does not leave a ball.
 struct BoreDistance : AxisDistance {
   Vec3 centre;
@@ -162,7 +159,7 @@ CylinderMinimax LargestCylinderInside(PointBlocks& points, const Vec3& mean, con
   Minimax<BoreDistance> minimax(points, MinimaxSide::inner, problem.rounding, limit, monitor);
   MinimaxSolution<BoreDistance> found = minimax.Solve(widest);
   const bool again = !IsCutShort(found) && !IsBore(found) && surface.Bulge() > oneSided;
-  const DeviationRange form = again ? RangeOfDeviations(points, surface) : DeviationRange{};
+  const ValueRange form = again ? RangeOfDeviations(points, surface) : ValueRange{};
   for (double room = mostRoom; again && room >= 1.0 && !IsCutShort(found) && !IsBore(found); room *= 0.5) {
     const BoreDistance narrower{axis, axis.frame.origin, room * form.Width()};
     found = minimax.Improve(narrower, -(surface.Radius() + form.smallest));

@@ -1,9 +1,8 @@
 #ifndef NU_ENGINE_MINIMAX_DISTANCE_KERNELS_H
 #define NU_ENGINE_MINIMAX_DISTANCE_KERNELS_H
 
-#include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/surface_kernels.h"
-#include "nu/engine/minimax/minimax_rows.h"
+#include "nu/engine/minimax/minimax_points.h"
 #include "nu/engine/shapes/axis_frame.h"
 
 // What the kernels of the minimax models share.
@@ -45,25 +44,10 @@ NU_ALWAYS_INLINE void GradientsBody(const PointBlock& block, const Surface& surf
   }
 
 // The extreme deviations of all points from a model of minimax.h.
-struct DeviationRange {
-  double smallest = kInfinity;
-  double largest = -kInfinity;
-
-  double Middle() const { return 0.5 * (smallest + largest); }
-  double Width() const { return largest - smallest; }
-};
-
 template<class Model>
-DeviationRange RangeOfDeviations(PointBlocks& points, const Model& model) {
-  DeviationRange all;
+ValueRange RangeOfDeviations(PointBlocks& points, const Model& model) {
   double deviation[kBlockPoints];
-  points.ForEach([&](const PointBlock& block) {
-    double low, high;
-    model.Deviations(block, deviation, low, high);
-    all.smallest = std::min(all.smallest, low);
-    all.largest = std::max(all.largest, high);
-  });
-  return all;
+  return VisitDeviations(points, model, deviation, [](const PointBlock&, const ValueRange&) {});
 }
 
 }  // namespace nu::engine::minimax

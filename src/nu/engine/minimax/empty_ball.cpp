@@ -57,9 +57,6 @@ struct CentreLanes {
 
 NU_DISTANCE_KERNELS(CentreLanes)
 
-// What a step out of the ball that holds all points leads to: no step is taken whose deviations are NaN.
-constexpr Vec3 kNowhere{kQuietNaN, kQuietNaN, kQuietNaN};
-
 // The distances of points from the origin of the frame; the unknowns are its shifts along the axes.
 struct CentreDistance {
   static constexpr int kUnknowns = 3;

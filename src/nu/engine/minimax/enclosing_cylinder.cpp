@@ -15,8 +15,7 @@ constexpr double kRoundings = 4.0;
 constexpr double kSlim = 0.1;
 
 struct Reach {
-  double low = kInfinity;  // along the axis
-  double high = -kInfinity;
+  ValueRange along;     // the axis
   double square = 0.0;  // the largest squared distance from the origin of the frame
   double across = 0.0;  // and from the axis
 };
@@ -31,7 +30,7 @@ NU_KERNEL void FindReach(const PointBlock& block, const AxisFrame& given, Reach&
     across.Add(u * u + v * v);
     square.Add(u * u + v * v + w * w);
   }
-  found = {along.Smallest(), along.Largest(), square.Largest(), across.Largest()};
+  found = {{along.Smallest(), along.Largest()}, square.Largest(), across.Largest()};
 }
 
 Reach ReachOf(PointBlocks& points, const AxisFrame& frame) {
@@ -39,8 +38,7 @@ Reach ReachOf(PointBlocks& points, const AxisFrame& frame) {
   points.ForEach([&](const PointBlock& block) {
     Reach part;
     FindReach(block, frame, part);
-    reach.low = std::min(reach.low, part.low);
-    reach.high = std::max(reach.high, part.high);
+    reach.along.Include(part.along);
     reach.square = std::max(reach.square, part.square);
     reach.across = std::max(reach.across, part.across);
   });
@@ -60,8 +58,8 @@ Vec3 PrincipalAcross(PointBlocks& points, const Vec3& direction) {
 MinimaxSolution<AxisDistance> SmallestCylinder(PointBlocks& points, const Vec3& mean, const Vec3& direction, long limit,
                                                const StepMonitor& monitor) {
   const Reach reach = ReachOf(points, AxisFrame::Along(mean, direction));
-  const double half = 0.5 * (reach.high - reach.low);
-  const Vec3 middle = mean + (0.5 * (reach.high + reach.low)) * direction;
+  const double half = 0.5 * reach.along.Width();
+  const Vec3 middle = mean + reach.along.Middle() * direction;
   const double rounding = kRoundings * kEpsilon * std::sqrt(reach.square);
   Minimax<AxisDistance> minimax(points, MinimaxSide::outer, rounding, limit, monitor);
   if (!(reach.across > kSlim * kSlim * half * half)) return minimax.Solve({AxisFrame::Along(middle, direction), half});

@@ -21,6 +21,32 @@ enum class MinimaxSide {
   both,   // the largest absolute one
 };
 
+// From the least of some values to the largest.
+struct ValueRange {
+  double smallest = kInfinity;
+  double largest = -kInfinity;
+
+  double Middle() const { return 0.5 * (smallest + largest); }
+  double Width() const { return largest - smallest; }
+  void Include(const ValueRange& part) {
+    smallest = std::min(smallest, part.smallest);
+    largest = std::max(largest, part.largest);
+  }
+};
+
+// The range of all points' deviations from a model. visit(block, range) sees those of each block, in `deviation`.
+template<class Model, class Visit>
+ValueRange VisitDeviations(PointBlocks& points, const Model& model, double* deviation, const Visit& visit) {
+  ValueRange all;
+  points.ForEach([&](const PointBlock& block) {
+    ValueRange part;
+    model.Deviations(block, deviation, part.smallest, part.largest);
+    visit(block, part);
+    all.Include(part);
+  });
+  return all;
+}
+
 // The points of a minimax problem, and the working set of those that are known to matter. For Model see minimax.h.
 template<class Model>
 class MinimaxPoints {
@@ -105,36 +131,28 @@ class MinimaxPoints {
     return m_side == MinimaxSide::outer || (m_side == MinimaxSide::both && deviation >= 0.0);
   }
 
-  double Extreme(double smallest, double largest) const {
-    if (m_side == MinimaxSide::outer) return largest;
-    return m_side == MinimaxSide::inner ? -smallest : std::max(largest, -smallest);
+  double Extreme(const ValueRange& range) const {
+    if (m_side == MinimaxSide::outer) return range.largest;
+    return m_side == MinimaxSide::inner ? -range.smallest : std::max(range.largest, -range.smallest);
   }
 
   // The same for many points, in two passes: the second one takes those near the boundaries.
   double SeedFromNear(const Model& model) {
     std::vector<double> some;
-    double smallest = kInfinity;
-    double largest = -kInfinity;
-    m_all.ForEach([&](const PointBlock& block) {
-      double low, high;
-      model.Deviations(block, m_deviation, low, high);
-      smallest = std::min(smallest, low);
-      largest = std::max(largest, high);
+    const ValueRange all = VisitDeviations(m_all, model, m_deviation, [&](const PointBlock& block, const ValueRange&) {
       for (std::size_t i = 0; i < block.size; i += kNearShare * kNearShare)
-        if (std::isfinite(m_deviation[i])) some.push_back(Extreme(m_deviation[i], m_deviation[i]));
+        if (std::isfinite(m_deviation[i])) some.push_back(Extreme({m_deviation[i], m_deviation[i]}));
     });
-    m_range = largest - smallest;
-    const double value = Extreme(smallest, largest);
+    m_range = all.Width();
+    const double value = Extreme(all);
     if (some.size() < kNearShare) return value;  // hardly any deviation is a number
     const auto bound = some.end() - static_cast<std::ptrdiff_t>(some.size() / kNearShare);
     std::nth_element(some.begin(), bound, some.end());
     const double least = *bound;
     std::vector<Vec3> near;
-    m_all.ForEach([&](const PointBlock& block) {
-      double low, high;
-      model.Deviations(block, m_deviation, low, high);
-      for (std::size_t i = 0; i < block.size && Extreme(low, high) >= least; ++i)
-        if (Extreme(m_deviation[i], m_deviation[i]) >= least) near.push_back(block.At(i));
+    VisitDeviations(m_all, model, m_deviation, [&](const PointBlock& block, const ValueRange& range) {
+      for (std::size_t i = 0; i < block.size && Extreme(range) >= least; ++i)
+        if (Extreme({m_deviation[i], m_deviation[i]}) >= least) near.push_back(block.At(i));
     });
     if (near.empty()) return value;
     m_near = std::make_unique<OwnBlocks>(std::move(near));
@@ -147,16 +165,11 @@ class MinimaxPoints {
     constexpr int kPlaces = 2 * Model::kStrata;
     Candidate worst[kPlaces];
     for (Candidate& c : worst) c.value = threshold;
-    double smallest = kInfinity;
-    double largest = -smallest;
-    points.ForEach([&](const PointBlock& block) {
-      double low, high;
-      model.Deviations(block, m_deviation, low, high);
-      smallest = std::min(smallest, low);
-      largest = std::max(largest, high);
-      if (Extreme(low, high) > threshold) FindWorst(model, block, threshold, worst);
-    });
-    if (&points == &m_all) m_range = largest - smallest;
+    const auto look = [&](const PointBlock& block, const ValueRange& range) {
+      if (Extreme(range) > threshold) FindWorst(model, block, threshold, worst);
+    };
+    const ValueRange all = VisitDeviations(points, model, m_deviation, look);
+    if (&points == &m_all) m_range = all.Width();
     Candidate* end = std::remove_if(worst, worst + kPlaces, [](const Candidate& c) { return c.sign == 0.0; });
     std::sort(worst, end, [](const Candidate& a, const Candidate& b) {
       if (a.value != b.value) return a.value > b.value;
@@ -167,7 +180,7 @@ class MinimaxPoints {
     if (m_renumbered) KeepLargest(model);
     for (int i = 0; i < m_added; ++i) Append(worst[i].point, worst[i].sign);
     FillLanes();
-    return Extreme(smallest, largest);
+    return Extreme(all);
   }
 
   void FindWorst(const Model& model, const PointBlock& block, double threshold, Candidate* worst) const {

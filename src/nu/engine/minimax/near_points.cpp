@@ -16,19 +16,7 @@ constexpr double kSteps = 32.0;
 // Searching so few points takes less time than finding the ball around the contacts.
 constexpr std::size_t kSmallLevel = 2048;
 
-double Length(const Vec3& v) {
-  return std::sqrt(Dot(v, v));
-}
-
 }  // namespace
-
-double NearPoints::Region::SizeOf(const Vec3& offset) const {
-  return std::max(std::fabs(Dot(offset, along)), Length(Rejection(offset, along)) / across);
-}
-
-double NearPoints::Region::Support(const Vec3& e) const {
-  return std::fabs(Dot(e, along)) + across * Length(Rejection(e, along));
-}
 
 struct NearPoints::Ball {
   // How far the centre may move, in the measure of the region, before it is as near to the point as to a contact.
@@ -56,7 +44,7 @@ bool NearPoints::Covers(int level, const Vec3& centre) const {
 }
 
 void NearPoints::Follow(const Vec3& centre, const Vec3* contact, int contacts) {
-  m_travel += Length(centre - m_centre);
+  m_travel += Norm(centre - m_centre);
   m_centre = centre;
   while (!Covers(Levels() - 1, centre)) {
     m_levels.pop_back();
@@ -69,7 +57,7 @@ void NearPoints::Follow(const Vec3& centre, const Vec3* contact, int contacts) {
 NearPoints::Region NearPoints::RegionOfSteps() const {
   constexpr double kMostSlender = 1.0 / 16.0;
   const Vec3 moved = m_centre - m_start;
-  const double length = Length(moved);
+  const double length = Norm(moved);
   if (!(length > 0.0)) return {m_centre, {0.0, 0.0, 1.0}, 1.0};
   const double straight = std::min(length / m_travel, 1.0);
   return {m_centre, Unit(moved), std::clamp(2.0 * std::sqrt(1.0 - straight * straight), kMostSlender, 1.0)};

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "nu/engine/points/point_blocks.h"
+#include "nu/engine/shapes/incidence.h"
 
 namespace nu::engine::minimax {
 
@@ -35,9 +36,11 @@ class NearPoints {
  private:
   // A cylinder about `along` with the half length 1 and the radius `across`, in units of a level's reach.
   struct Region {
-    double SizeOf(const Vec3& offset) const;
+    double SizeOf(const Vec3& offset) const {
+      return std::max(std::fabs(Dot(offset, along)), Norm(Rejection(offset, along)) / across);
+    }
     // The largest product of e with an offset of size 1.
-    double Support(const Vec3& e) const;
+    double Support(const Vec3& e) const { return std::fabs(Dot(e, along)) + across * Norm(Rejection(e, along)); }
 
     Vec3 centre;
     Vec3 along;

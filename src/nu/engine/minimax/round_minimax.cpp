@@ -1,6 +1,5 @@
 #include "nu/engine/minimax/round_minimax.h"
 
-#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/point_lanes.h"
 
 namespace nu::engine::minimax {

@@ -1,6 +1,7 @@
 #ifndef NU_ENGINE_MINIMAX_ROUND_MINIMAX_H
 #define NU_ENGINE_MINIMAX_ROUND_MINIMAX_H
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/point_blocks.h"
 #include "nu/engine/shapes/axis_frame.h"
 #include "nu/engine/shapes/incidence.h"
@@ -20,6 +21,9 @@ inline constexpr long kMostZoneSteps = 600;
 
 // And from one of many further starts.
 inline constexpr long kMostTrialSteps = 120;
+
+// What a step out of the ball that may hold the centre or axis leads to: no step is taken whose deviations are NaN.
+inline constexpr Vec3 kNowhere{kQuietNaN, kQuietNaN, kQuietNaN};
 
 // The points nearest to a centre and farthest from it; of several at one distance the first.
 struct NearAndFar {

@@ -81,10 +81,6 @@ NU_DISTANCE_KERNELS(TubeLanes)
 
 }  // namespace
 
-double TubeDistance::Sweep() const {
-  return std::max(bend * bend, 2.0 / (half * half));
-}
-
 void TubeDistance::Deviations(const PointBlock& block, double* deviation, double& smallest, double& largest) const {
   FindEach(block, TubeLanes{frame, bend}, deviation, smallest, largest);
 }

@@ -32,7 +32,7 @@ struct TubeDistance {
  private:
   bool IsShort() const { return bend * half < 1.0; }
   double Lever() const { return IsShort() ? half : 1.0 / bend; }
-  double Sweep() const;
+  double Sweep() const { return std::max(bend * bend, 2.0 / (half * half)); }
 };
 
 }  // namespace nu::engine::minimax
