@@ -1,6 +1,5 @@
 #include "nu/engine/least_squares/cone_least_squares.h"
 
-#include "nu/engine/base/elementary.h"
 #include "nu/engine/least_squares/cone_lanes.h"
 
 // Gauss-Newton on the distance e of the points from the cone. A part of a cone says little about apex and angle but

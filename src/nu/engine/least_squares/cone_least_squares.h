@@ -1,6 +1,7 @@
 #ifndef NU_ENGINE_LEAST_SQUARES_CONE_LEAST_SQUARES_H
 #define NU_ENGINE_LEAST_SQUARES_CONE_LEAST_SQUARES_H
 
+#include "nu/engine/base/elementary.h"
 #include "nu/engine/least_squares/damped_gauss_newton.h"
 #include "nu/engine/shapes/pivot_frame.h"
 
@@ -10,6 +11,9 @@ namespace nu::engine::least_squares {
 // rise + height * cosine; along w the radius grows by the tangent of the angle. All of it stays of the size of the data
 // when the apex is far away.
 struct ConeModel : PivotFrame {
+  // Of the sphere about M - height * u that touches it.
+  double Radius() const { return std::fabs(rise + height * Cos(angle)); }
+
   double angle = 0.0;  // radians, between -90 and 90 degrees
   double foot = 0.0;   // along the generator from M: about where the mean of the points' feet is
   // Points behind the apex count from the nappe there; otherwise from the one that holds M, as if it went on.

@@ -137,15 +137,8 @@ class DirectionJudge {
   JudgingMoments m_moments;
 };
 
-double SizeOf(const ConeModel& m) {
-  return std::fabs(m.rise + m.height * Cos(m.angle));
-}
-
 class ConeSearch {
-  struct Found {
-    ConeModel model;
-    double sumSquares = kInfinity;
-  };
+  using Found = BestFit<ConeModel>;
 
  public:
   ConeSearch(const FourthMoments& moments, PointBlocks& points, ConeLeastSquares& fit)
@@ -158,7 +151,7 @@ class ConeSearch {
   // for that of the heights over the apex.
   void TryQuadric(const QuadricAxes& quadric) {
     const double height = -Dot(quadric.centre, quadric.axis[0]);
-    const Vec3 w = ToLocal(quadric.axis[0]);
+    const Vec3 w = m_moments.Local(quadric.axis[0]);
     const double square[3] = {m_moments.spread[0] * m_moments.spread[0], m_moments.spread[1] * m_moments.spread[1],
                               m_moments.spread[2] * m_moments.spread[2]};
     const double along = square[0] * w.x * w.x + square[1] * w.y * w.y + square[2] * w.z * w.z + height * height;
@@ -169,7 +162,7 @@ class ConeSearch {
   }
 
   void Try(const Vec3& direction) {
-    const Vec3 local = Unit(ToLocal(direction));
+    const Vec3 local = Unit(m_moments.Local(direction));
     const RevolutionQuadric found = m_judge->Judge(local, m_bothNappes);
     const double radius = m_bothNappes ? found.farSlope * std::fabs(found.height) : found.radius;
     const double slope = m_bothNappes ? std::copysign(found.farSlope, found.height) : found.slope;
@@ -218,26 +211,11 @@ class ConeSearch {
   }
 
  private:
-  Vec3 ToLocal(const Vec3& v) const {
-    return {Dot(v, m_moments.axis[0]), Dot(v, m_moments.axis[1]), Dot(v, m_moments.axis[2])};
-  }
-
   void TryFrom(ConeModel model) {
     model.bothNappes = m_bothNappes;
     m_fit.Place(model);
     const bool settled = m_fit.Descend(kTrialSteps);
-    const double scale = m_points.Scale();
-    const double sumSquares = m_fit.DeviationsNow().sumSquares * scale * scale;
-    Take(m_fit.Model(), sumSquares, settled ? m_settled : m_unsettled);
-  }
-
-  // Sums within the rounding errors of the coordinates are as good as each other, and then the smaller cone counts: the
-  // order in which they are found must not.
-  void Take(const ConeModel& model, double sumSquares, Found& best) const {
-    const double level = m_fit.RoundingLevel();
-    const bool improves = sumSquares <= level && best.sumSquares <= level ? SizeOf(model) < SizeOf(best.model)
-                                                                          : sumSquares < best.sumSquares;
-    if (improves) best = {model, sumSquares};
+    (settled ? m_settled : m_unsettled).Take(m_fit, m_points.Scale());
   }
 
   double Least() const { return std::min(m_settled.sumSquares, m_unsettled.sumSquares); }

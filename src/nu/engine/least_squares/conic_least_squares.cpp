@@ -30,10 +30,6 @@ constexpr double kIdleGain = 1e-12;
 // Squared, and in units of the spread: longer than any step that ends a fit.
 constexpr double kEndless = kFarCentre * kFarCentre;
 
-constexpr int TriangleSize(int n) {
-  return n * (n + 1) / 2;
-}
-
 constexpr int kTriangle = TriangleSize(kConicUnknowns);
 constexpr int kConicSums = 2 * kTriangle + kConicUnknowns;
 

@@ -76,10 +76,6 @@ double CylinderProblem::SquaredLength(const CylinderModel&, const System& system
   return shift * shift + height * height + turned * system.spread;
 }
 
-void CylinderProblem::Move(PointBlocks&, const System&, const double (&step)[kUnknowns], CylinderModel& model) {
-  model.Move(step);
-}
-
 bool CylinderProblem::IsEnough(const StepGains& gains, double sumSquares) {
   const bool fast = !gains.damped && gains.now <= kFast * gains.before;
   return gains.now <= (fast ? kGainTolerance : kWorthASlowPass) * sumSquares;

@@ -34,7 +34,9 @@ struct CylinderProblem {
   static Deviations DeviationsFrom(PointBlocks& points, const CylinderModel& model);
   // That of the axis' shift across and of what its turn moves at the points.
   static double SquaredLength(const CylinderModel& model, const System& system, const double (&step)[kUnknowns]);
-  static void Move(PointBlocks& points, const System& system, const double (&step)[kUnknowns], CylinderModel& model);
+  static void Move(PointBlocks&, const System&, const double (&step)[kUnknowns], CylinderModel& model) {
+    model.Move(step);
+  }
   static bool IsEnough(const StepGains& gains, double sumSquares);
 };
 

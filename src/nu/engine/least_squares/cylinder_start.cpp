@@ -6,6 +6,7 @@
 #include "nu/engine/least_squares/direction_search.h"
 #include "nu/engine/least_squares/quadric_axes.h"
 #include "nu/engine/linear/small_svd.h"
+#include "nu/engine/shapes/axis_direction.h"
 
 // The axis of the quadric through the points is the first direction to be tried. It is enough when the cylinder that is
 // found from there follows the points far better than a plane does. Otherwise (points in two cross-sections or on few
@@ -91,10 +92,7 @@ class DirectionJudge {
     const double variance =
         m_moments.fourthTrace - 2.0 * along.mixed + along.fourth - section.meanSquare * section.meanSquare;
 
-    // Any two directions across; the smallest component leaves the longest product.
-    const double x = std::fabs(w.x), y = std::fabs(w.y), z = std::fabs(w.z);
-    const Vec3 helper = x <= y && x <= z ? Vec3{1.0, 0.0, 0.0} : y <= z ? Vec3{0.0, 1.0, 0.0} : Vec3{0.0, 0.0, 1.0};
-    section.e1 = Unit(Cross(w, helper));
+    section.e1 = AnyAcross(w);
     section.e2 = Cross(w, section.e1);
     const Vec3 cubicSum = LoadVec3(cubic);
     const double scale = 0.5 / std::sqrt(section.meanSquare);
@@ -121,19 +119,12 @@ class CylinderSearch {
 
   // In the frame of the blocks. False when the cylinder could be refined further.
   bool Try(const Vec3& direction, int steps) {
-    const auto& axis = m_moments.axis;
-    const Vec3 local = Unit({Dot(direction, axis[0]), Dot(direction, axis[1]), Dot(direction, axis[2])});
+    const Vec3 local = Unit(m_moments.Local(direction));
     const DirectionJudge::Circle circle = m_judge.CircleAcross(local);
     m_fit.Place(
         CylinderAbout(m_moments.mean, Unit(m_moments.Along(local)), m_moments.Along(circle.centre), circle.radius));
     const bool settled = m_fit.Descend(steps);
-    const double scale = m_points.Scale();
-    const double sumSquares = m_fit.DeviationsNow().sumSquares * scale * scale;
-    const CylinderModel& found = m_fit.Model();
-    if (Improves(sumSquares, found.height + found.rise)) {
-      m_best = found;
-      m_sumSquares = sumSquares;
-    }
+    m_best.Take(m_fit, m_points.Scale());
     return settled;
   }
 
@@ -148,29 +139,20 @@ class CylinderSearch {
 
   bool IsClear() const {
     const double fromPlane = m_moments.spread[2] * m_moments.spread[2] * static_cast<double>(m_points.Size());
-    return m_points.Size() > kFewPoints && m_sumSquares <= kClear * kClear * fromPlane;
+    return m_points.Size() > kFewPoints && m_best.sumSquares <= kClear * kClear * fromPlane;
   }
 
   void Keep() {
-    m_fit.Place(m_best);
+    m_fit.Place(m_best.model);
     m_fit.Descend(kFinalSteps);
   }
 
  private:
-  // Sums within the rounding errors of the coordinates are as good as each other, and then the smaller cylinder counts:
-  // the order in which they are found must not.
-  bool Improves(double sumSquares, double radius) const {
-    const double level = m_fit.RoundingLevel();
-    if (sumSquares <= level && m_sumSquares <= level) return radius < m_best.height + m_best.rise;
-    return sumSquares < m_sumSquares;
-  }
-
   const FourthMoments& m_moments;
   DirectionJudge m_judge;
   PointBlocks& m_points;
   CylinderLeastSquares& m_fit;
-  CylinderModel m_best;
-  double m_sumSquares = kInfinity;
+  BestFit<CylinderModel> m_best;
 };
 
 }  // namespace

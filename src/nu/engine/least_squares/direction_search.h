@@ -19,6 +19,23 @@ inline constexpr double kClear = 0.03;
 // Steps of a refinement that is compared with others.
 inline constexpr int kTrialSteps = 30;
 
+// The best of the surfaces that descents have found.
+template<class Model>
+struct BestFit {
+  // Sums within the rounding errors of the coordinates are as good as each other, and then the smaller surface counts:
+  // the order in which they are found must not.
+  template<class Fit>
+  void Take(Fit& fit, double scale) {
+    const double found = fit.DeviationsNow().sumSquares * scale * scale;
+    const double level = fit.RoundingLevel();
+    const bool isSame = found <= level && sumSquares <= level;
+    if (isSame ? fit.Model().Radius() < model.Radius() : found < sumSquares) *this = {fit.Model(), found};
+  }
+
+  Model model;
+  double sumSquares = kInfinity;
+};
+
 // Of each kind.
 inline constexpr int kDirections = 64;
 using Directions = std::array<Vec3, kDirections>;

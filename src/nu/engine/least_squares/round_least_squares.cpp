@@ -71,10 +71,6 @@ constexpr double kNear = 1e-2;
 constexpr double kSafeSmall = 1e-80;
 constexpr double kSafeLarge = 1e80;
 
-constexpr int TriangleSize(int n) {
-  return n * (n + 1) / 2;
-}
-
 // Of D coordinates: their sums, their products, their products with the squared distance.
 template<int D>
 inline constexpr int kPowers = D + TriangleSize(D) + D;
@@ -399,16 +395,6 @@ struct RoundProblem {
 }  // namespace
 
 template<int D>
-void RoundModel<D>::TurnAxes(const Vec3 (&axes)[D]) {
-  Vec3 place;
-  for (int j = 0; j < D; ++j) place = place + mean[j] * axis[j];
-  for (int j = 0; j < D; ++j) {
-    axis[j] = axes[j];
-    mean[j] = Dot(place, axes[j]);
-  }
-}
-
-template<int D>
 void RoundModel<D>::PlaceCentre(const double (&centre)[D]) {
   double square = 0.0;
   for (const double c : centre) square += c * c;
@@ -532,11 +518,6 @@ Vec3 RoundLeastSquares<D>::Centre() const {
 }
 
 template<int D>
-double RoundLeastSquares<D>::Radius() const {
-  return (m_model.height + m_model.rise) / m_points.Scale();
-}
-
-template<int D>
 void RoundLeastSquares<D>::MoveCentre(const Vec3& centre) {
   const double radius = m_model.height + m_model.rise;
   double coordinates[D];
@@ -554,7 +535,8 @@ GaussNewtonStep RoundLeastSquares<D>::SolveStep() {
   m_deviationsAreCurrent = true;
   GaussNewtonStep step;
   if (!std::isfinite(m_deviations.sumSquares)) return step;
-  step.solvable = SolvePositive(system.product, system.right, m_step) > kClearPivot || SolveByRows(m_step);
+  step.solvable = SolvePositive(system.product, system.right, m_step) > kClearPivot ||
+                  SolveReduced(RoundProblem<D>::Reduce(m_points, m_model), m_step).finite;
   double gain = 0.0;
   for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * system.right[j];
   const double squaredLength = RoundProblem<D>::SquaredLength(m_model, system, m_step);
@@ -566,11 +548,6 @@ GaussNewtonStep RoundLeastSquares<D>::SolveStep() {
   step.sumSquares = m_deviations.sumSquares / (m_points.Scale() * m_points.Scale());
   m_atRoundingLevel = step.atRoundingLevel = gain <= kNoise * kNoise * m_spread;
   return step;
-}
-
-template<int D>
-bool RoundLeastSquares<D>::SolveByRows(double (&step)[kUnknowns]) {
-  return SolveReduced(RoundProblem<D>::Reduce(m_points, m_model), step).finite;
 }
 
 template<int D>

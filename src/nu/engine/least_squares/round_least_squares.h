@@ -18,7 +18,14 @@ struct RoundModel {
   double rise = 0.0;
 
   // The same M along other axes.
-  void TurnAxes(const Vec3 (&axes)[D]);
+  void TurnAxes(const Vec3 (&axes)[D]) {
+    Vec3 place;
+    for (int j = 0; j < D; ++j) place = place + mean[j] * axis[j];
+    for (int j = 0; j < D; ++j) {
+      axis[j] = axes[j];
+      mean[j] = Dot(place, axes[j]);
+    }
+  }
   // Puts the centre at these coordinates from M and turns the axes so that axis[0] points from there to M.
   void PlaceCentre(const double (&centre)[D]);
 };
@@ -37,7 +44,7 @@ class RoundLeastSquares {
 
   // In the unit of the points; the centre is relative to the origin of the blocks.
   Vec3 Centre() const;
-  double Radius() const;
+  double Radius() const { return (m_model.height + m_model.rise) / m_points.Scale(); }
   // Moves the centre, for example onto a round value, and keeps the radius.
   void MoveCentre(const Vec3& centre);
 
@@ -61,7 +68,6 @@ class RoundLeastSquares {
   bool StartFromSample(PointView points);
   bool FitSample(double& sumSquares);
   bool StartFromAll();
-  bool SolveByRows(double (&step)[kUnknowns]);
   GaussNewtonEnd Settle(GaussNewtonRule rule, long used);
   bool IsRound() const;
 

@@ -13,6 +13,11 @@
 //     the sign.
 namespace nu::engine::least_squares {
 
+// The entries of a triangle of n rows.
+constexpr int TriangleSize(int n) {
+  return n * (n + 1) / 2;
+}
+
 // The distance d of points from an axis, or a centre, less their height h over it, without cancellation: with the
 // squared distance across, d - |h| is square / (d + |h|).
 NU_ALWAYS_INLINE void FindLift(const Lanes& h, const Lanes& square, Lanes& lift) {

@@ -26,6 +26,8 @@ struct FourthMoments {
   double Of(int a, int b, int c) const { return value[kMomentIndex.at[a][b][c]]; }
   // The vector with these components along the principal axes.
   Vec3 Along(const Vec3& v) const { return v.x * axis[0] + v.y * axis[1] + v.z * axis[2]; }
+  // The components of a vector along them.
+  Vec3 Local(const Vec3& v) const { return {Dot(v, axis[0]), Dot(v, axis[1]), Dot(v, axis[2])}; }
 
   bool finite = false;
   Vec3 mean;         // relative to the origin of the blocks, scaled as they are
