@@ -1,6 +1,5 @@
 #include "nu/engine/chains/piece2.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "nu/engine/base/elementary.h"
@@ -132,14 +131,6 @@ double Piece2::ReachFrom(Vec2 p) const {
   return opposite > 0.0 && opposite < length ? std::max(atEnds, Norm(p - At(opposite))) : atEnds;
 }
 
-Piece2 Piece2::Part(double from, double to) const {
-  return {At(from), At(to), DirectionAt(from), curvature, to - from};
-}
-
-Piece2 Piece2::Reversed() const {
-  return {end, start, -1.0 * EndDirection(), -curvature, length};
-}
-
 Piece2 Piece2::Offset(double distance) const {
   const double factor = OffsetFactor(distance);
   return {start - distance * Perpendicular(direction), end - distance * Perpendicular(EndDirection()), direction,
@@ -149,20 +140,6 @@ Piece2 Piece2::Offset(double distance) const {
 Piece2 SegmentBetween(Vec2 start, Vec2 end) {
   const double length = Norm(end - start);
   return {start, end, (1.0 / length) * (end - start), 0.0, length};
-}
-
-double Box2::DistanceTo(Vec2 p) const {
-  return Norm({std::max({0.0, low.x - p.x, p.x - high.x}), std::max({0.0, low.y - p.y, p.y - high.y})});
-}
-
-void Box2::Include(Vec2 p) {
-  low = {std::min(low.x, p.x), std::min(low.y, p.y)};
-  high = {std::max(high.x, p.x), std::max(high.y, p.y)};
-}
-
-void Box2::Include(const Box2& other) {
-  Include(other.low);
-  Include(other.high);
 }
 
 // The ends, and where an arc runs along an axis.

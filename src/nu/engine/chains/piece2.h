@@ -1,6 +1,7 @@
 #ifndef NU_ENGINE_CHAINS_PIECE2_H
 #define NU_ENGINE_CHAINS_PIECE2_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -34,8 +35,8 @@ struct Piece2 {
   double DistanceTo(Vec2 p) const;
   // The largest distance of a point of the piece from p.
   double ReachFrom(Vec2 p) const;
-  Piece2 Part(double from, double to) const;
-  Piece2 Reversed() const;
+  Piece2 Part(double from, double to) const { return {At(from), At(to), DirectionAt(from), curvature, to - from}; }
+  Piece2 Reversed() const { return {end, start, -1.0 * EndDirection(), -curvature, length}; }
   // At the distance to the right, end by end; its length and curvature have no meaning where the factor is not above 0.
   double OffsetFactor(double distance) const { return 1.0 + curvature * distance; }
   Piece2 Offset(double distance) const;
@@ -53,9 +54,17 @@ struct Box2 {
     return low.x > other.high.x + gap || other.low.x > high.x + gap || low.y > other.high.y + gap ||
            other.low.y > high.y + gap;
   }
-  double DistanceTo(Vec2 p) const;
-  void Include(Vec2 p);
-  void Include(const Box2& other);
+  double DistanceTo(Vec2 p) const {
+    return Norm({std::max({0.0, low.x - p.x, p.x - high.x}), std::max({0.0, low.y - p.y, p.y - high.y})});
+  }
+  void Include(Vec2 p) {
+    low = {std::min(low.x, p.x), std::min(low.y, p.y)};
+    high = {std::max(high.x, p.x), std::max(high.y, p.y)};
+  }
+  void Include(const Box2& other) {
+    Include(other.low);
+    Include(other.high);
+  }
 
   Vec2 low{HUGE_VAL, HUGE_VAL};
   Vec2 high{-HUGE_VAL, -HUGE_VAL};
