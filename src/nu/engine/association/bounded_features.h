@@ -25,6 +25,11 @@ inline constexpr double kMostSlope = (1.0 + 0x1p-40) / kTiles;
 AxisFrame FrameOfChart(int chart);
 // The chart for a direction, whichever sign it has.
 int ChartOfDirection(const Vec3& direction);
+// The slopes (u, v) and the place (a, b) of an axis in a chart, and whether its direction has to be turned round; false
+// where the chart does not reach so far.
+bool PlaceAxis(int chart, const AxisFrame& frame, double* x, bool& isTurned);
+// The axis with these, through its point next to the origin.
+AxisFrame AxisAt(int chart, const double* x);
 
 // Centres and axes at least so far from the origin, in units of the reach of the points, are far.
 inline constexpr double kFarAway = 2.0;
@@ -125,15 +130,25 @@ struct BoundedSphere : BoundedModel<3> {
   };
 
   // The unknowns of all axes or centres within `far` of the origin, among points that reach so far.
-  static void Domain(double far, double reach, double (&low)[kUnknowns], double (&high)[kUnknowns]);
+  static void Domain(double far, double, double (&low)[kUnknowns], double (&high)[kUnknowns]) {
+    std::fill_n(low, kUnknowns, -far);
+    std::fill_n(high, kUnknowns, far);
+  }
   // Half the sides of a box; each moves the surface by about `reach` among points that reach so far.
-  static void UnitBox(double reach, double (&half)[kUnknowns]);
+  static void UnitBox(double reach, double (&half)[kUnknowns]) { std::fill_n(half, kUnknowns, reach); }
   // The chart of a feature.
-  static int ChartOf(const Feature& feature);
+  static int ChartOf(const Feature&) { return 0; }
   // Its unknowns in a chart; false where the chart does not reach so far.
-  static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
+  static bool Place(int, const Feature& feature, double (&x)[kUnknowns]) {
+    x[0] = feature.frame.origin.x;
+    x[1] = feature.frame.origin.y;
+    x[2] = feature.frame.origin.z;
+    return true;
+  }
   // `level` is what the deviations have in the middle of the zone; of a circle, the largest distance.
-  static Feature At(int chart, const double (&x)[kUnknowns], double level);
+  static Feature At(int, const double (&x)[kUnknowns], double level) {
+    return {FeatureKind::sphere, AxisFrame::Along({x[0], x[1], x[2]}, {0.0, 0.0, 1.0}), {level, 0.0}};
+  }
 };
 
 // What features with an axis share, whose unknowns begin with u, v, a, b; domain and unit box are those of these four.
@@ -141,8 +156,11 @@ struct BoundedByAxis {
   static constexpr int kCharts = kAxisCharts;
 
   static void Domain(double far, double reach, double* low, double* high);
-  static void UnitBox(double reach, double* half);
-  static int ChartOf(const Feature& feature);
+  static void UnitBox(double reach, double* half) {
+    half[0] = half[1] = 1.0;
+    half[2] = half[3] = reach;
+  }
+  static int ChartOf(const Feature& feature) { return ChartOfDirection(feature.frame.z); }
 };
 
 // x: u, v, a, b.
@@ -159,8 +177,13 @@ struct BoundedCylinder : BoundedModel<4>, BoundedByAxis {
     AxisRadius<T> m_radius;
   };
 
-  static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
-  static Feature At(int chart, const double (&x)[kUnknowns], double level);
+  static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]) {
+    bool isTurned;
+    return PlaceAxis(chart, feature.frame, x, isTurned);
+  }
+  static Feature At(int chart, const double (&x)[kUnknowns], double level) {
+    return {FeatureKind::cylinder, AxisAt(chart, x), {level, 0.0}};
+  }
 };
 
 // The distance from its axis, for the axis alone.
@@ -211,9 +234,22 @@ struct BoundedCone : BoundedModel<5>, BoundedByAxis {
   };
 
   static void Domain(double far, double reach, double* low, double* high);
-  static void UnitBox(double reach, double* half);
-  static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
-  static Feature At(int chart, const double (&x)[kUnknowns], double level);
+  static void UnitBox(double reach, double* half) {
+    BoundedByAxis::UnitBox(reach, half);
+    half[4] = 1.0;
+  }
+  static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]) {
+    bool isTurned;
+    const bool isIn = PlaceAxis(chart, feature.frame, x, isTurned);
+    x[4] = isTurned ? -feature.size[1] : feature.size[1];
+    return isIn;
+  }
+  // With the radius at the origin of the frame; a cone that narrows is turned round.
+  static Feature At(int chart, const double (&x)[kUnknowns], double level) {
+    AxisFrame frame = AxisAt(chart, x);
+    if (x[4] < 0.0) frame = {frame.origin, frame.y, frame.x, -1.0 * frame.z};
+    return {FeatureKind::cone, frame, {level / Cos(x[4]), std::fabs(x[4])}};
+  }
 };
 
 // A cone of two nappes with points on both, which count from the one on their side of the apex. x: u, v, a, b, the
@@ -233,10 +269,30 @@ struct BoundedDoubleCone : BoundedModel<6>, BoundedByAxis {
     T m_apex;
   };
 
-  static void Domain(double far, double reach, double* low, double* high);
-  static void UnitBox(double reach, double* half);
-  static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]);
-  static Feature At(int chart, const double (&x)[kUnknowns], double level);
+  static void Domain(double far, double reach, double* low, double* high) {
+    BoundedCone::Domain(far, reach, low, high);
+    low[4] = 0.0;
+    low[5] = -reach;
+    high[5] = reach;
+  }
+  static void UnitBox(double reach, double* half) {
+    BoundedCone::UnitBox(reach, half);
+    half[5] = reach;
+  }
+  static bool Place(int chart, const Feature& feature, double (&x)[kUnknowns]) {
+    bool isTurned;
+    const bool isIn = PlaceAxis(chart, feature.frame, x, isTurned);
+    x[4] = feature.size[1];
+    const double apex = Dot(feature.frame.origin, feature.frame.z) - feature.size[0] / Tan(feature.size[1]);
+    x[5] = isTurned ? -apex : apex;
+    return isIn;
+  }
+  // No size shifts the middle of the zone.
+  static Feature At(int chart, const double (&x)[kUnknowns], double) {
+    AxisFrame frame = AxisAt(chart, x);
+    frame.origin = frame.origin + x[5] * frame.z;
+    return {FeatureKind::cone, frame, {0.0, x[4]}, true};
+  }
 };
 
 // A circle in space. x: u, v, a, b of its axis. A point is at a radius and a height, its components; those of the
@@ -280,8 +336,18 @@ struct BoundedCircle : BoundedModel<4>, BoundedByAxis {
     T m_radius, m_height;
   };
 
-  static bool Place(int chart, const Feature& feature, double (&x)[kPlace]);
-  static Feature At(int chart, const double (&x)[kPlace], double level);
+  static bool Place(int chart, const Feature& feature, double (&x)[kPlace]) {
+    bool isTurned;
+    const bool isIn = PlaceAxis(chart, feature.frame, x, isTurned);
+    x[4] = feature.size[0];
+    x[5] = (isTurned ? -1.0 : 1.0) * Dot(feature.frame.origin, feature.frame.z);
+    return isIn;
+  }
+  static Feature At(int chart, const double (&x)[kPlace], double level) {
+    AxisFrame frame = AxisAt(chart, x);
+    frame.origin = frame.origin + x[5] * frame.z;
+    return {FeatureKind::circleInSpace, frame, {x[4], level}};
+  }
 };
 
 }  // namespace nu::engine::association

@@ -189,6 +189,14 @@ class JoinedSystem {
   double m_curvature[kUnknowns][kUnknowns] = {};
 };
 
+// Without points behind the apex these are the sums of one nappe.
+PartSums OnBothNappes(const PartSums& sums) {
+  if (sums.bothNappes) return *sums.bothNappes;
+  PartSums both = sums;
+  both.request.feature.bothNappes = true;
+  return both;
+}
+
 }  // namespace
 
 PartSums SumPart(PointView points, const double* weights, const PartRequest& request) {
@@ -208,18 +216,6 @@ const PartSums& Counted(const PartSums& joined) {
   const bool isBoth = both != nullptr && both->unweightedSquares <= kBothNappes * joined.unweightedSquares;
   return isBoth ? *both : joined;
 }
-
-namespace {
-
-// Without points behind the apex these are the sums of one nappe.
-PartSums OnBothNappes(const PartSums& sums) {
-  if (sums.bothNappes) return *sums.bothNappes;
-  PartSums both = sums;
-  both.request.feature.bothNappes = true;
-  return both;
-}
-
-}  // namespace
 
 PartSums Join(const PartSums& first, const PartSums& second) {
   PartSums joined = first;

@@ -215,10 +215,6 @@ NU_KERNEL void SubstituteRows(const double* lu, int n, std::ptrdiff_t ld, double
   }
 }
 
-}  // namespace
-
-namespace {
-
 template<int kN>
 LuResult Factor(double* a, int size, std::ptrdiff_t ld, int* rows, double tolerance, double zero) {
   const int n = kN > 0 ? kN : size;

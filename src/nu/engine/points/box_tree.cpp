@@ -19,10 +19,6 @@ DifferenceRange::DifferenceRange(const Box& a, const Box& b) {
   }
 }
 
-bool DifferenceRange::IsConstant() const {
-  return least[0] == most[0] && least[1] == most[1] && least[2] == most[2];
-}
-
 BoxTree::BoxTree(std::vector<IndexedPoint> points)
     : m_points(std::move(points)),
       m_tree(

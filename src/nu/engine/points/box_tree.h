@@ -19,7 +19,7 @@ struct IndexedPoint {
 struct DifferenceRange {
   DifferenceRange(const Box& a, const Box& b);
 
-  bool IsConstant() const;
+  bool IsConstant() const { return least[0] == most[0] && least[1] == most[1] && least[2] == most[2]; }
 
   double least[3];
   double most[3];

@@ -37,10 +37,6 @@ NU_KERNEL void Accumulate(PointView points, LaneExtents& lanes) {
 
 }  // namespace
 
-double Extents::Side() const {
-  return std::max({box.high[0] - box.low[0], box.high[1] - box.low[1], box.high[2] - box.low[2]});
-}
-
 Extents ExtentsOf(const PointView& points) {
   LaneExtents lanes{};
   for (int k = 0; k < 3; ++k) {

@@ -12,7 +12,9 @@ struct Extents {
   bool isFinite;
 
   // The longest side.
-  double Side() const;
+  double Side() const {
+    return std::max({box.high[0] - box.low[0], box.high[1] - box.low[1], box.high[2] - box.low[2]});
+  }
 };
 
 // The least and the greatest coordinates of one point or more. NaN coordinates are passed over unless point 0 has them.
