@@ -23,7 +23,7 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   // Without segments.
   CNuCompositeCurve();
   CNuCompositeCurve(const CNuCompositeCurve& other);
-  CNuCompositeCurve(CNuCompositeCurve&& other);
+  CNuCompositeCurve(CNuCompositeCurve&& other);  // NOLINT(performance-noexcept-move-constructor): it takes memory
   CNuCompositeCurve& operator=(const CNuCompositeCurve& other);
   CNuCompositeCurve& operator=(CNuCompositeCurve&& other) = default;
   ~CNuCompositeCurve() override;
