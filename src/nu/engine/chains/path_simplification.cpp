@@ -65,15 +65,6 @@ class EdgeTest {
   }
   std::size_t Offender() const { return m_offender; }
 
-  // Whether none of the points of a block that starts at `begin` can be the end of an allowed edge from i, as far as
-  // is known: moving an end of an edge moves no point of it farther.
-  bool Refuses(std::size_t i, std::size_t begin, const Block& block) const {
-    const double far = m_tolerance + block.radius + kTrust;
-    return std::any_of(m_offenders.begin(), m_offenders.end(), [&](std::size_t k) {
-      return k > i && k < begin && SquaredDistance(m_points[k], m_points[i], block.centre) > far * far;
-    });
-  }
-
  private:
   // Points that spoilt an edge are likely to spoil the next one.
   bool Remember() {
@@ -116,7 +107,13 @@ class EdgeTest {
 // The directions, in a plane, of the rays from the origin that come within a tolerance of all points added.
 class Wedge {
  public:
-  void Add(double x, double y, double tolerance) {
+  struct Direction {
+    double x = 0.0;
+    double y = 0.0;
+  };
+
+  // The point is known by its index.
+  void Add(double x, double y, double tolerance, std::size_t index) {
     if (m_isBounded && Touches(m_low, x, y, tolerance) && Touches(m_high, x, y, tolerance)) return;
     const double squared = x * x + y * y;
     if (!(squared > tolerance * tolerance)) return;
@@ -124,34 +121,40 @@ class Wedge {
     const double along = std::sqrt(squared - tolerance * tolerance) / squared;
     const Direction low{x * along + y * across, y * along - x * across};
     const Direction high{x * along - y * across, y * along + x * across};
+    const Wedge added(low, high, index);
     if (!m_isBounded) {
-      *this = Wedge(low, high);
+      *this = added;
       return;
     }
-    const Wedge added(low, high);
     const bool takesLow = Contains(low);
     const bool takesHigh = Contains(high);
     m_isEmpty = (!takesLow && !added.Contains(m_low)) || (!takesHigh && !added.Contains(m_high));
-    if (takesLow) m_low = low;
-    if (takesHigh) m_high = high;
+    if (takesLow) m_low = low, m_bounds[0] = index;
+    if (takesHigh) m_high = high, m_bounds[1] = index;
   }
+
+  // The points that bound the wedge, 0 without.
+  const std::array<std::size_t, 2>& Bounds() const { return m_bounds; }
 
   bool IsEmpty() const { return m_isEmpty; }
 
-  // False only when no point of the disc is in one of the directions.
+  // False only when no point of the disc, or closer to the segment than the width, is in one of the directions.
   bool MayMeet(double x, double y, double radius) const {
     return !m_isBounded || (m_low.x * y - m_low.y * x >= -radius && x * m_high.y - y * m_high.x >= -radius);
+  }
+
+  bool MayMeet(Direction start, Direction end, double width) const {
+    if (!m_isBounded) return true;
+    const auto isBeyond = [&](Direction p) { return m_low.x * p.y - m_low.y * p.x < -width; };
+    const auto isBefore = [&](Direction p) { return p.x * m_high.y - p.y * m_high.x < -width; };
+    return !(isBeyond(start) && isBeyond(end)) && !(isBefore(start) && isBefore(end));
   }
 
   Wedge() = default;
 
  private:
-  struct Direction {
-    double x = 0.0;
-    double y = 0.0;
-  };
-
-  Wedge(Direction low, Direction high) : m_low(low), m_high(high), m_isBounded(true) {}
+  Wedge(Direction low, Direction high, std::size_t index)
+      : m_low(low), m_high(high), m_bounds{index, index}, m_isBounded(true) {}
 
   static bool Touches(Direction d, double x, double y, double tolerance) {
     return std::fabs(d.x * y - d.y * x) <= tolerance && d.x * x + d.y * y > 0.0;
@@ -160,6 +163,7 @@ class Wedge {
 
   Direction m_low;
   Direction m_high;
+  std::array<std::size_t, 2> m_bounds{};
   bool m_isBounded = false;
   bool m_isEmpty = false;
 };
@@ -167,26 +171,50 @@ class Wedge {
 // Where an edge from one point may lead.
 class Outlook {
  public:
-  Outlook(Vec3 from, double tolerance, int planes) : m_from(from), m_tolerance(tolerance), m_planes(planes) {}
+  Outlook(const std::vector<Vec3>& points, std::size_t from, double tolerance, int planes)
+      : m_points(points), m_from(points[from]), m_tolerance(tolerance), m_planes(planes) {}
 
   // False when nothing is left.
-  bool Add(Vec3 p) {
-    const Vec3 d = p - m_from;
-    m_reach = std::max(m_reach, Dot(d, d));
+  bool Add(std::size_t index) {
+    const Vec3 d = m_points[index] - m_from;
+    const double reach = Dot(d, d);
+    if (reach > m_reach) m_reach = reach, m_farthest = index;
     bool isOpen = true;
     for (int k = 0; k < m_planes; ++k) {
-      m_wedge[k].Add(First(d, k), Second(d, k), m_tolerance);
+      m_wedge[k].Add(First(d, k), Second(d, k), m_tolerance, index);
       isOpen = isOpen && !m_wedge[k].IsEmpty();
     }
     return isOpen;
   }
 
+  // The points that left no more than this.
+  std::array<std::size_t, 7> Bounds() const {
+    std::array<std::size_t, 7> bounds{m_farthest};
+    for (std::size_t k = 0; k < 3; ++k) {
+      bounds[2 * k + 1] = m_wedge[k].Bounds()[0];
+      bounds[2 * k + 2] = m_wedge[k].Bounds()[1];
+    }
+    return bounds;
+  }
+
   bool MayHold(Vec3 centre, double radius) const {
     const Vec3 d = centre - m_from;
-    const double far = std::sqrt(Dot(d, d)) + radius + m_tolerance;
-    if (far * far < m_reach) return false;
+    if (!MayReach(Dot(d, d), radius)) return false;
     for (int k = 0; k < m_planes; ++k)
       if (!m_wedge[k].MayMeet(First(d, k), Second(d, k), radius + kWidening)) return false;
+    return true;
+  }
+
+  bool MayHold(const Block& block) const {
+    if (!MayHold(block.centre, block.radius)) return false;
+    const Vec3 start = block.core.start - m_from;
+    const Vec3 end = block.core.end - m_from;
+    for (int k = 0; k < m_planes; ++k) {
+      if (!m_wedge[k].MayMeet({First(start, k), Second(start, k)}, {First(end, k), Second(end, k)},
+                              block.width + kWidening)) {
+        return false;
+      }
+    }
     return true;
   }
 
@@ -195,18 +223,26 @@ class Outlook {
     const Vec3 low = LoadVec3(box.low) - m_from;
     const Vec3 high = LoadVec3(box.high) - m_from;
     const Vec3 corner{std::max(-low.x, high.x), std::max(-low.y, high.y), std::max(-low.z, high.z)};
-    const double far = std::sqrt(Dot(corner, corner)) + m_tolerance;
-    return far * far >= m_reach;
+    return MayReach(Dot(corner, corner), 0.0);
   }
 
  private:
+  // At a distance, given by its square, give or take the radius.
+  bool MayReach(double squared, double radius) const {
+    if (squared >= m_reach) return true;
+    const double far = std::sqrt(squared) + radius + m_tolerance;
+    return far * far >= m_reach;
+  }
+
   static double First(Vec3 d, int plane) { return plane == 1 ? d.z : d.x; }
   static double Second(Vec3 d, int plane) { return plane == 2 ? d.z : d.y; }
 
+  const std::vector<Vec3>& m_points;
   Vec3 m_from;
   double m_tolerance;
   int m_planes;
   double m_reach = 0.0;  // squared
+  std::size_t m_farthest = 0;
   std::array<Wedge, 3> m_wedge;
 };
 
@@ -223,6 +259,8 @@ class Search {
     m_planes = high - low <= tolerance ? 1 : 3;
     m_before.resize(points.size());
     for (std::size_t i = 0; i < points.size(); ++i) m_before[i] = i;
+    m_openFrom = m_before;
+    m_openFrom.push_back(points.size());
     for (std::size_t level = 0; level < m_tree.Levels(); ++level) {
       m_open.emplace_back();
       for (std::size_t k = 0; m_tree.Begin(level, k) < points.size(); ++k) m_open[level].push_back(OpenBox(level, k));
@@ -254,6 +292,7 @@ class Search {
   bool Reach(std::size_t from, std::size_t to) {
     if (!m_test.Allows(from, to)) return false;
     m_before[to] = from;
+    m_openFrom[to] = to + 1;
     m_next.push_back(to);
     for (std::size_t level = 0; level < m_tree.Levels(); ++level) {
       const std::size_t index = to / (kLeafPoints << level);
@@ -281,39 +320,52 @@ class Search {
 
   void LookFrom(std::size_t i) {
     m_from = i;
-    Outlook outlook(m_points[i], m_tolerance, m_planes);
+    const std::size_t begin = OpenFrom(i + 1);
+    Outlook outlook(m_points, i, m_tolerance, m_planes);
+    for (const std::size_t k : m_bounds) {
+      if (k > i && k < begin && !outlook.Add(k)) return;
+    }
     m_tree.Walk(
-        i + 1, m_points.size(), [&](std::size_t j) { return VisitPoint(j, outlook); },
+        begin, m_points.size(), [&](std::size_t j) { return VisitPoint(j, outlook); },
         [&](std::size_t level, std::size_t index) { return VisitBlock(level, index, outlook); });
+    m_bounds = outlook.Bounds();
+  }
+
+  // The first point that is not reached, from i on.
+  std::size_t OpenFrom(std::size_t i) {
+    while (m_openFrom[i] != i) i = m_openFrom[i] = m_openFrom[m_openFrom[i]];
+    return i;
   }
 
   bool VisitPoint(std::size_t j, Outlook& outlook) {
     const bool isOpen = m_before[j] == j;
-    if (isOpen && outlook.MayHold(m_points[j], 0.0) && !Reach(m_from, j) && !outlook.Add(m_points[m_test.Offender()])) {
+    if (isOpen && outlook.MayHold(m_points[j], 0.0) && !Reach(m_from, j) && !outlook.Add(m_test.Offender())) {
       return false;
     }
-    return outlook.Add(m_points[j]);
+    return outlook.Add(j);
   }
 
   bool VisitBlock(std::size_t level, std::size_t index, Outlook& outlook) {
     const std::size_t begin = m_tree.Begin(level, index);
     const std::size_t end = m_tree.End(level, index);
     const Block& block = m_tree.At(level, index);
-    const auto isClosed = [&] {
-      return !outlook.MayHold(m_open[level][index]) || !outlook.MayHold(block.centre, block.radius) ||
-             m_test.Refuses(m_from, begin, block);
-    };
-    if (begin - m_from >= kNear * (end - begin) && isClosed()) {
-      return outlook.Add(m_points[begin]) && outlook.Add(m_points[block.ends[0]]) &&
-             outlook.Add(m_points[block.ends[1]]) && outlook.Add(m_points[end - 1]);
+    const Box& open = m_open[level][index];
+    const bool isFar = begin - m_from >= kNear * (end - begin);
+    if (IsEmpty(open) || (isFar && !(outlook.MayHold(open) && outlook.MayHold(block)))) {
+      return AddPointsOf(block, begin, end, outlook);
     }
     if (level > 0) {
       if (!VisitBlock(level - 1, 2 * index, outlook)) return false;
       return m_tree.Begin(level - 1, 2 * index + 1) >= end || VisitBlock(level - 1, 2 * index + 1, outlook);
     }
-    for (std::size_t j = begin; j < end; ++j)
-      if (!VisitPoint(j, outlook)) return false;
-    return true;
+    for (std::size_t j = OpenFrom(begin); j < end; j = OpenFrom(j + 1)) {
+      if (outlook.MayHold(m_points[j], 0.0) && !Reach(m_from, j) && !outlook.Add(m_test.Offender())) return false;
+    }
+    return AddPointsOf(block, begin, end, outlook);
+  }
+
+  bool AddPointsOf(const Block& block, std::size_t begin, std::size_t end, Outlook& outlook) const {
+    return outlook.Add(begin) && outlook.Add(block.ends[0]) && outlook.Add(block.ends[1]) && outlook.Add(end - 1);
   }
 
   const std::vector<Vec3>& m_points;
@@ -322,8 +374,10 @@ class Search {
   double m_tolerance;
   int m_planes;
   std::size_t m_from = 0;
-  std::vector<std::size_t> m_before;     // the point before it on the path; itself while it is not reached
-  std::vector<std::vector<Box>> m_open;  // of the points of a block that are not reached
+  std::vector<std::size_t> m_before;      // the point before it on the path; itself while it is not reached
+  std::vector<std::size_t> m_openFrom;    // leads to the first point from it on that is not reached
+  std::array<std::size_t, 7> m_bounds{};  // of the last outlook
+  std::vector<std::vector<Box>> m_open;   // of the points of a block that are not reached
   std::vector<std::size_t> m_next;
 };
 
