@@ -28,7 +28,8 @@ CNuPCurve* NewPCurve(const engine::shapes::QuadricIntersectionCurve& curve, cons
 //
 // A branch that goes to infinity is cut off at a distance along its generators, from the origin of its frame or from
 // the apex of a second cone. That is NuGetLengthTol() over DBL_EPSILON, 4504 by default, the largest coordinates known
-// to this tolerance, or a thousand times the size of the surfaces and their distance where that is more. A branch that
+// to this tolerance, or a thousand times the size of the surfaces and their distance where that is more. So is a branch
+// that returns from so far beyond it that rounding hides the way, as of cylinders parallel to 1e-7. A branch that
 // begins farther out is kept up to a thousand times its least distance. The range is open at both ends.
 class NU_EXPORT CNuPCurve : public CNuCurve {
  public:
