@@ -30,9 +30,9 @@ class NU_EXPORT CNuTorSurf : public CNuSurface {
   // Minimum torus: the thinnest tube around a circle that holds all points. This is a minimax problem, solved by linear
   // programs within a step bound (M. R. Osborne, G. A. Watson, Computer Journal 12, 1969). The minor radius is 0 for
   // three points, and may exceed the major one for points that fill a ball. The result is a local optimum to rounding;
-  // where that is ambiguous it is the best of those reached from sixteen circles and lines, whatever the order of the
-  // points. The direction of the axis has its component of largest magnitude positive.
-  // Fails with CNuBestfitException ("CNuTorSurf"), the torus unchanged:
+  // where that is ambiguous it is the best of those reached from sixteen circles and lines, for points that are on no
+  // torus from forty-four, whatever the order of the points. The direction of the axis has its component of largest
+  // magnitude positive. Fails with CNuBestfitException ("CNuTorSurf"), the torus unchanged:
   //   13  maxIter < 1; FitMin names it "CNuSphSurf" (required)
   //   1  fewer than 3 points     3  no three points are off one line, by CNuPointArray::IsNoncollinear with `tol`
   //   12  maxIter, or 1000, steps from the first start did not converge

@@ -130,4 +130,30 @@ TEST(SmallestTube, IsHeldByItsContacts) {
   }
 }
 
+// Shapeless sets have many optima: random circles seldom lead to a better one.
+TEST(SmallestTube, IsSeldomThinnerElsewhere) {
+  Random random(83);
+  int missed = 0;
+  for (int k = 0; k < 120; ++k) {
+    CNuPointArray cloud = k % 2 ? BoxCloud(random, 200, 3.0, 2.0, 1.5) : SphereCloud(random, 200, 1.0, 180.0, 0.1);
+    const double flat = random.Uniform(0.3, 1.0), narrow = random.Uniform(0.3, 1.0);
+    for (int i = 0; i < 200; ++i) cloud[i] = CNuPoint(cloud[i].x(), narrow * cloud[i].y(), flat * cloud[i].z());
+    PointBlocks blocks(ViewOf(cloud), MiddleOf(ViewOf(cloud)));
+    blocks.Keep();
+    const MinimaxSolution<TubeDistance> found = SmallestTube(blocks, TubeStarts::many, 1000).solution;
+    ASSERT_EQ(found.end, MinimaxEnd::converged);
+    Minimax<TubeDistance> minimax(blocks, MinimaxSide::outer, 1e-14, 1000);
+    minimax.Solve(found.model);
+    bool better = false;
+    for (int start = 0; start < 12; ++start) {
+      const CNuPoint p = RandomPoint(random, 1.0), axis = RandomPoint(random, 1.0);
+      const AxisFrame frame = AxisFrame::Along({p.x(), p.y(), p.z()}, Unit({axis.x(), axis.y(), axis.z()}));
+      const auto other = minimax.Improve({frame, random.Uniform(0.3, 3.0), 4.0}, found.value * (1.0 - 1e-9));
+      better = better || (other.end == MinimaxEnd::converged && other.value < found.value * (1.0 - 1e-6));
+    }
+    missed += better;
+  }
+  EXPECT_LE(missed, 1);
+}
+
 }  // namespace

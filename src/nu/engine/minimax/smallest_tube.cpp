@@ -2,6 +2,7 @@
 
 #include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/fourth_moments.h"
+#include "nu/engine/shapes/incidence.h"
 
 namespace nu::engine::minimax {
 namespace {
@@ -28,18 +29,16 @@ class StartTubes {
   // centre (I. Kasa, IEEE Trans. Instrumentation and Measurement 25, 1976).
   TubeDistance CircleAcross(const Vec3& direction) const {
     const AxisFrame f = AxisFrame::Along({}, direction);
-    const double uu = Second(f.x, f.x);
-    const double uv = Second(f.x, f.y);
-    const double vv = Second(f.y, f.y);
-    const double u = Third(f.x, f.x, f.x) + Third(f.x, f.y, f.y);
-    const double v = Third(f.y, f.x, f.x) + Third(f.y, f.y, f.y);
-    const double determinant = 2.0 * (uu * vv - uv * uv);
-    Vec3 centre = ((u * vv - v * uv) / determinant) * f.x + ((v * uu - u * uv) / determinant) * f.y;
-    if (!IsFinite(centre)) centre = {};
-    const double radius = std::sqrt(Dot(centre, centre) + uu + vv);
+    const auto [centre, radius] = RingAcross(f);
     const bool isCentred = Dot(centre, centre) < kCentred * kCentred * radius * radius;
     const Vec3 outwards = isCentred ? f.x : Unit(-1.0 * centre);
     return Place(AxisFrame::Along(centre + radius * outwards, f.z, outwards), 1.0 / radius);
+  }
+
+  // Half as large as that again, and off the mean by half its radius towards `outwards`, across the direction.
+  TubeDistance CircleBeside(const Vec3& direction, const Vec3& outwards) const {
+    const double radius = RingAcross(AxisFrame::Along({}, direction)).radius;
+    return Place(AxisFrame::Along(0.5 * radius * outwards, direction, outwards), 1.0 / (1.5 * radius));
   }
 
   // Along a principal axis, x, y or z.
@@ -54,6 +53,22 @@ class StartTubes {
     const Vec3 origin = m_moments.mean + m_moments.Along(f.origin);
     const AxisFrame placed = AxisFrame::Along(origin, m_moments.Along(f.z), m_moments.Along(f.x));
     return {placed, bend, m_reach + std::sqrt(Dot(f.origin, f.origin))};
+  }
+
+  struct Ring {
+    Vec3 centre;
+    double radius;
+  };
+  Ring RingAcross(const AxisFrame& f) const {
+    const double uu = Second(f.x, f.x);
+    const double uv = Second(f.x, f.y);
+    const double vv = Second(f.y, f.y);
+    const double u = Third(f.x, f.x, f.x) + Third(f.x, f.y, f.y);
+    const double v = Third(f.y, f.x, f.x) + Third(f.y, f.y, f.y);
+    const double determinant = 2.0 * (uu * vv - uv * uv);
+    Vec3 centre = ((u * vv - v * uv) / determinant) * f.x + ((v * uu - u * uv) / determinant) * f.y;
+    if (!IsFinite(centre)) centre = {};
+    return {centre, std::sqrt(Dot(centre, centre) + uu + vv)};
   }
 
   Vec3 Spread(const Vec3& v) const {
@@ -80,6 +95,26 @@ class StartTubes {
   double m_reach;
 };
 
+// Whether the points reach so far around that circles near them are not all alike, as they are beside a rod.
+bool IsBent(const TubeDistance& tube) {
+  constexpr double kBent = 0.02;
+  return tube.bend * tube.half > kBent;
+}
+
+// Whether the points are those of a torus: all of them next to the surface of the tube.
+bool IsHollow(PointBlocks& points, const MinimaxSolution<TubeDistance>& tube) {
+  constexpr double kHollow = 0.9;
+  double least = kInfinity;
+  points.ForEach([&](const PointBlock& block) {
+    double deviation[kBlockPoints];
+    double smallest = 0.0;
+    double largest = 0.0;
+    tube.model.Deviations(block, deviation, smallest, largest);
+    least = std::min(least, smallest);
+  });
+  return least > kHollow * tube.value;
+}
+
 // In the principal frame.
 template<class Visit>
 void ForFurtherStarts(const StartTubes& starts, Visit visit) {
@@ -89,6 +124,37 @@ void ForFurtherStarts(const StartTubes& starts, Visit visit) {
                               {1.0, 0.0, 1.0},  {-1.0, 0.0, 1.0}, {0.0, 1.0, 1.0}, {0.0, -1.0, 1.0}};
   for (const Vec3& axis : kAxes) visit(starts.LineAlong(axis));
   for (const Vec3& direction : kAcross) visit(starts.CircleAcross(Unit(direction)));
+}
+
+template<class Visit>
+void ForStartsBeside(const StartTubes& starts, Visit visit) {
+  constexpr Vec3 kAxes[] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
+  for (int k = 0; k < 3; ++k) {
+    for (const Vec3& side : {kAxes[(k + 1) % 3], kAxes[(k + 2) % 3]}) {
+      visit(starts.CircleBeside(kAxes[k], side));
+      visit(starts.CircleBeside(kAxes[k], -1.0 * side));
+    }
+  }
+}
+
+// Circles next to one, about the same centre: tilted to four sides, smaller and larger.
+template<class Visit>
+void ForStartsAround(const TubeDistance& tube, Visit visit) {
+  constexpr double kTilts[] = {0.36, 0.84};  // the tangents of 20 and 40 degrees
+  constexpr double kSizes[] = {0.8, 1.25};
+  const AxisFrame& f = tube.frame;
+  const Vec3 centre = f.origin - tube.Radius() * f.x;
+  for (const double tilt : kTilts) {
+    for (const double size : kSizes) {
+      for (const Vec3& side : {f.x, -1.0 * f.x, f.y, -1.0 * f.y}) {
+        const Vec3 axis = Unit(f.z + tilt * side);
+        const Vec3 outwards = Unit(Rejection(f.x, axis));
+        const double radius = size * tube.Radius();
+        const Vec3 origin = centre + radius * outwards;
+        visit({AxisFrame::Along(origin, axis, outwards), 1.0 / radius, tube.half + Norm(origin - f.origin)});
+      }
+    }
+  }
 }
 
 Tube CircleThrough(const Vec3& p, const Vec3& q, const Vec3& r) {
@@ -131,13 +197,18 @@ Tube SmallestTube(PointBlocks& points, TubeStarts starts, long limit, const Step
   const bool isOver = best.solution.end == MinimaxEnd::limitReached || best.solution.end == MinimaxEnd::cancelled;
   if (best.isClear || starts == TubeStarts::one || isOver) return best;
   double least = converged ? best.solution.value - rounding : kInfinity;
-  ForFurtherStarts(start, [&](const TubeDistance& from) {
+  const auto tryFrom = [&](const TubeDistance& from) {
     const MinimaxSolution<TubeDistance> other = minimax.Improve(from, least);
     if (other.end == MinimaxEnd::cancelled) best.solution.end = other.end;
     if (other.end != MinimaxEnd::converged || !(other.value < least)) return;
     best.solution = other;
     least = other.value - rounding;
-  });
+  };
+  ForFurtherStarts(start, tryFrom);
+  if (!(least < kInfinity) || !IsBent(best.solution.model) || IsHollow(points, best.solution)) return best;
+  ForStartsBeside(start, tryFrom);
+  const TubeDistance found = best.solution.model;
+  if (IsBent(found)) ForStartsAround(found, tryFrom);
   return best;
 }
 

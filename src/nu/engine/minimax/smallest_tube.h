@@ -18,7 +18,8 @@ struct Tube {
 
 // The circle in space whose largest distance to a point is the least, the middle of the thinnest tube that holds all
 // points. The first start is the circle in the plane of the points, the others are circles in other planes and straight
-// lines; the best of the local optima reached is taken. May set the scale of the blocks. The limit is on the steps from
+// lines and, unless the points are on the tube found from these, larger circles beside them and tilted ones about that
+// tube. The best of the local optima reached is taken. May set the scale of the blocks. The limit is on the steps from
 // the first start.
 Tube SmallestTube(PointBlocks& points, TubeStarts starts, long limit, const StepMonitor& monitor = {});
 
