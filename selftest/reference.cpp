@@ -144,8 +144,7 @@ void ScoreLinearSystem(const Set& set, Section& section) {
   CNuLinearEquSys system(1);  // least squares
   system.Solve(matrix, side);
   const CNuVector solution = system.GetSolution();
-  std::vector<double> found;
-  for (int i = 0; i < solution.GetSize(); ++i) found.push_back(solution[i]);
+  const std::vector<double> found(solution.GetData(), solution.GetData() + solution.GetSize());
   ScoreNumbers(set, "solution", found, truth, section);
 }
 
