@@ -431,6 +431,13 @@ TEST(ConicFits, PointsWithoutACurveEndByThemselves) {
       EXPECT_EQ(failure.find("bestfit 12"), std::string::npos) << cloud << " " << kind;
     }
   }
+  // Feet of many points jump from one side of the ellipse to the other, which no derivative of a deviation tells.
+  CNuPointArray sphere(100'000);
+  for (int i = 0; i < 100'000; ++i) {
+    const double z = 1 - (2 * i + 1) / 1e5, r = std::sqrt(1 - z * z);
+    sphere.Add(CNuPoint(r * std::cos(2.39996322972865332 * i), r * std::sin(2.39996322972865332 * i), z));
+  }
+  EXPECT_EQ(FailureOf([&] { FitOf(0, sphere, 21); }), "nothing");
 }
 
 // The order, a motion and a power of two as the unit carry over.

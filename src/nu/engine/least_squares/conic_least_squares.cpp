@@ -215,4 +215,8 @@ bool ConicProblem::IsEnough(const StepGains& gains, double sumSquares) {
   return gains.now <= kIdleGain * sumSquares;
 }
 
+bool ConicProblem::AreAlike(const Model& one, const Model& other) {
+  return one.isExact && other.isExact && FixedCoefficient(one) == FixedCoefficient(other);
+}
+
 }  // namespace nu::engine::least_squares

@@ -36,6 +36,7 @@ struct ConicProblem {
   static double SquaredLength(const Model& model, const ConicSystem& system, const double (&step)[kUnknowns]);
   static void Move(PointBlocks& points, const ConicSystem& system, const double (&step)[kUnknowns], Model& model);
   static bool IsEnough(const StepGains& gains, double sumSquares);
+  static bool AreAlike(const Model& one, const Model& other);
 };
 
 using ConicLeastSquares = DampedGaussNewton<ConicProblem>;

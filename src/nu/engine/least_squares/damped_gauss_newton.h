@@ -7,6 +7,7 @@
 
 #include "nu/engine/base/floating_point.h"
 #include "nu/engine/least_squares/gauss_newton.h"
+#include "nu/engine/least_squares/learned_curvature.h"
 #include "nu/engine/linear/small_cholesky.h"
 #include "nu/engine/points/form_statistics.h"
 #include "nu/engine/points/small_systems.h"
@@ -121,6 +122,8 @@ struct StepGains {
 //   double SquaredLength(model, system, step)
 //   void Move(points, system, step, Model&)
 //   bool IsEnough(StepGains, sumSquares)     whether a descent ends with this step
+//   bool AreAlike(model, model)              optional: whether both have the same unknowns and second derivatives, so
+//                                            that steps from one to the other tell what these leave out
 template<class Feature>
 class DampedGaussNewton {
  public:
@@ -135,6 +138,7 @@ class DampedGaussNewton {
     m_isLengthened = false;
     m_reach = kFirstReach;
     m_plainSteps = 0;
+    m_learned = {};
     m_squaredLength = 0.0;
     m_lastStep = {};
     m_deviations.reset();
@@ -155,6 +159,10 @@ class DampedGaussNewton {
     } else {
       if (!std::isfinite(system.deviations.sumSquares)) return step;
       if (m_hasBest) Adapt(system.deviations.sumSquares);
+      if constexpr (kLearns) {
+        const bool areAlike = m_hasBest && Feature::AreAlike(m_best, m_model);
+        areAlike ? m_learned.Learn(m_system, m_step, system) : m_learned.Forget();
+      }
       m_best = m_model;
       m_system = system;
       m_walk = m_points.RangedWalk();
@@ -228,6 +236,7 @@ class DampedGaussNewton {
 
  private:
   static constexpr int kUnknowns = Feature::kUnknowns;
+  static constexpr bool kLearns = requires(const typename Feature::Model& m) { Feature::AreAlike(m, m); };
 
   // Smallest pivot, as a part of its diagonal entry, of a system that is taken for well-conditioned: half of the digits
   // are left.
@@ -343,7 +352,8 @@ class DampedGaussNewton {
   void LengthenWithin(double reach) {
     constexpr int kPlainSteps = 8;  // that say to which optimum the steps lead
     constexpr double kFirst = 1e-10, kFactor = 4.0, kLast = 1.0;
-    if (m_damping > 0.0 || !(reach > 1.0) || ++m_plainSteps <= kPlainSteps) return;
+    if (m_damping > 0.0 || !(reach > 1.0)) return;
+    if (++m_plainSteps <= kPlainSteps && !m_learned.Counts()) return;
     const double plain = SquaredReach(m_step);
     double matrix[kUnknowns][kUnknowns];
     double longer[kUnknowns];
@@ -369,11 +379,15 @@ class DampedGaussNewton {
     return gain;
   }
 
-  // The matrix of Newton's equations, its diagonal heavier by so many times that of the plain ones.
+  // The matrix of Newton's equations, with what was learned; its diagonal heavier by so many times that of the plain
+  // ones.
   void FillNewton(double more, double (&matrix)[kUnknowns][kUnknowns]) const {
     for (int i = 0; i < kUnknowns; ++i)
       for (int j = 0; j < kUnknowns; ++j)
         matrix[i][j] = m_system.product[i][j] * (i == j ? 1.0 + more : 1.0) + m_system.second[i][j];
+    if (!kLearns || !m_learned.Counts()) return;
+    for (int i = 0; i < kUnknowns; ++i)
+      for (int j = 0; j < kUnknowns; ++j) matrix[i][j] += m_learned(i, j);
   }
 
   bool SolveNewton() {
@@ -391,7 +405,8 @@ class DampedGaussNewton {
   int m_steps = 0;  // solved since the start
   bool m_isLengthened = false;
   double m_reach = kFirstReach;
-  int m_plainSteps = 0;      // that second derivatives might have lengthened
+  int m_plainSteps = 0;  // that second derivatives might have lengthened
+  LearnedCurvature<kUnknowns> m_learned;
   double m_predicted = 0.0;  // by how much the last step should have lowered the sum of squares
   double m_step[kUnknowns] = {};
   double m_matrix[kUnknowns][kUnknowns] = {};  // that the step solves, undamped
