@@ -129,7 +129,8 @@ class DampedGaussNewton {
  public:
   explicit DampedGaussNewton(PointBlocks& points) : m_points(points) { m_points.NoteRanges(); }
 
-  void Place(const typename Feature::Model& model) {
+  // After so many plain steps that led there.
+  void Place(const typename Feature::Model& model, int plainSteps = 0) {
     m_model = model;
     Feature::Complete(m_model);
     m_hasBest = false;
@@ -137,7 +138,7 @@ class DampedGaussNewton {
     m_steps = 0;
     m_isLengthened = false;
     m_reach = kFirstReach;
-    m_plainSteps = 0;
+    m_plainSteps = plainSteps;
     m_learned = {};
     m_squaredLength = 0.0;
     m_lastStep = {};

@@ -52,6 +52,8 @@ constexpr double kNoise = 16.0 * kEpsilon;
 // points are rough, and further ones would creep.
 constexpr long kPlainSteps = 12;
 constexpr double kSlow = 1e-2;
+// Where it is longer than this part and no longer than the one before, they have shown where they lead.
+constexpr double kCreeping = 0.5;
 // Damped Newton steps that have not arrived after so many lead nowhere.
 constexpr long kMostNewtonSteps = 1000;
 // A step leaves at least this part of the curvature of a cap.
@@ -573,7 +575,8 @@ GaussNewtonEnd RoundLeastSquares<D>::Settle(GaussNewtonRule rule, long used) {
   if (rule.limit < 1) return GaussNewtonEnd::limitReached;
   m_points.Keep();
   DampedGaussNewton<RoundProblem<D>> damped(m_points);
-  damped.Place(m_model);
+  const bool creeps = m_slowness > kCreeping && m_slowness <= 1.0;
+  damped.Place(m_model, creeps ? static_cast<int>(used) : 0);
   const GaussNewtonEnd end = RunGaussNewton(damped, rule);
   m_model = damped.Model();
   m_lastStep = {};
