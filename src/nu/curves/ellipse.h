@@ -61,7 +61,7 @@ class NU_EXPORT CNuEllipse : public CNuCurve {
   // Fails with CNuBestfitException ("CNuEllipse"), the ellipse and the outputs unchanged:
   //   13  maxIter < 1     1  fewer than 5 points     2  fewer than 5 distinct points
   //   3  as CNuPlane::Fit, named "CNuPlane"
-  //   11  no ellipse is best, as parabolas or lines fit better; no optimum after 100 steps
+  //   11  no ellipse is best, as parabolas or lines fit better; no optimum within 100 steps or in sight
   //   12  maxIter steps were used up, even by the one that converged
   void Fit(const CNuPointArray& points, long maxIter);
   void Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter);

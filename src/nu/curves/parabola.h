@@ -61,7 +61,7 @@ class NU_EXPORT CNuParabola : public CNuCurve {
   //   13  maxIter < 1     1  fewer than 5 points     2  fewer than 4 distinct points
   //   3  as CNuPlane::Fit, named "CNuPlane"
   //   11  the points do not determine a parabola, or one with a vertex farther away than 2^26 of their sizes, whose
-  //       numbers, rounded, give another form; no optimum after 100 steps
+  //       numbers, rounded, give another form; no optimum within 100 steps or in sight
   //   12  maxIter steps were used up, even by the one that converged
   void Fit(const CNuPointArray& points, long maxIter);
   void Fit(const CNuPointArray& points, double* form, double* sumSquares, long maxIter);

@@ -132,43 +132,42 @@ ConicStarts StartFromSample(ConicKind kind, PointView points, const Vec3& origin
   return starts;
 }
 
-// After so many steps none of which lowered the sum of squares by this part, only rounding errors move the conic.
-constexpr int kMostIdleSteps = 32;
-constexpr double kIdleGain = 1e-12;
-
-// A fit that ends at once where the sum of squares is too large, or when it no longer falls.
+// A fit that ends at once where the sum of squares is too large.
 struct BoundedFit {
   ConicLeastSquares& fit;
   double mostSquares;
-  double leastSquares = kInfinity;
-  int idleSteps = 0;
 
   GaussNewtonStep SolveStep() {
     GaussNewtonStep step = fit.SolveStep();
-    const double sum = fit.SumSquares();
-    const bool falls = sum < (1.0 - kIdleGain) * leastSquares;
-    idleSteps = falls ? 0 : idleSteps + 1;
-    if (falls) leastSquares = sum;
-    step.solvable = step.solvable && sum <= mostSquares && idleSteps <= kMostIdleSteps;
+    step.solvable = step.solvable && fit.SumSquares() <= mostSquares;
     return step;
   }
   void TakeStep() { fit.TakeStep(); }
 };
 
+// Steps in a cloud may gain next to nothing for ever. They are watched the less long the more points each of them asks.
+CreepRule CreepingOf(std::size_t points) {
+  return {8, kMostSteps, points > kKeptPoints ? 2 : 4};
+}
+
 // The tolerance is a length squared, and would be a coarse one for points within a thousandth of a unit.
-GaussNewtonEnd RunFrom(const ConicModel& start, double scale, const FitOptions& options, ConicLeastSquares& fit,
-                       double mostSquares = kInfinity) {
+GaussNewtonEnd RunFrom(const ConicModel& start, const PointBlocks& points, const FitOptions& options,
+                       ConicLeastSquares& fit, double mostSquares = kInfinity) {
   fit.Place(start);
   BoundedFit bounded{fit, mostSquares};
-  const double size = std::min(1.0, start.frame.unit / scale);
-  const GaussNewtonEnd end = RunGaussNewton(bounded, {.tolerance = NuGetTol() * size * size,
-                                                      .large = NuGetLarge(),
-                                                      .limit = std::min<long>(options.maxIter, kMostSteps),
-                                                      .takesLastStep = true,
-                                                      .endsAtGrowth = false,
-                                                      .endsBeforeLimit = true,
-                                                      .monitor = options.monitor});
-  return end == GaussNewtonEnd::limitReached && options.maxIter > kMostSteps ? GaussNewtonEnd::unsolvable : end;
+  const double size = std::min(1.0, start.frame.unit / points.Scale());
+  long count;
+  const GaussNewtonEnd end = RunGaussNewton(bounded,
+                                            {.tolerance = NuGetTol() * size * size,
+                                             .large = NuGetLarge(),
+                                             .limit = std::min<long>(options.maxIter, kMostSteps),
+                                             .takesLastStep = true,
+                                             .endsAtGrowth = false,
+                                             .endsBeforeLimit = true,
+                                             .creeping = CreepingOf(points.Size()),
+                                             .monitor = options.monitor},
+                                            count);
+  return end == GaussNewtonEnd::limitReached && count < options.maxIter ? GaussNewtonEnd::unsolvable : end;
 }
 
 // An ellipse takes the axis that is canonical for lines, a hyperbola the one to the side of the mean.
@@ -197,18 +196,17 @@ FeatureFit<FittedConic> Solve(const ConicFitRule& rule, PointView points, const 
   if (starts.count == 0) FailFit(kNumericalFailure, name);
   blocks.Keep();
   ConicLeastSquares fit(blocks);
-  GaussNewtonEnd end = RunFrom(ModelOf(kind, starts.frame, starts.equation[0]), blocks.Scale(), options, fit, most);
+  GaussNewtonEnd end = RunFrom(ModelOf(kind, starts.frame, starts.equation[0]), blocks, options, fit, most);
   if (isSampled && fit.SumSquares() > most) {
     starts = AlgebraicFits(kind, blocks, axes);
     if (starts.count == 0) FailFit(kNumericalFailure, name);
-    end = RunFrom(ModelOf(kind, starts.frame, starts.equation[0]), blocks.Scale(), options, fit);
+    end = RunFrom(ModelOf(kind, starts.frame, starts.equation[0]), blocks, options, fit);
   }
   PlacedConic conic;
   const bool isFar =
       kind == ConicKind::parabola && Place(fit.Model(), conic) && !IsNearerThan(kFarVertex, fit.Model(), conic);
   if (!isSampled && (isFar || !IsClear(fit, points.Size()))) {
-    end = RunFrom(ModelOf(kind, starts.frame, BestStart(kind, blocks, axes, starts).equation), blocks.Scale(), options,
-                  fit);
+    end = RunFrom(ModelOf(kind, starts.frame, BestStart(kind, blocks, axes, starts).equation), blocks, options, fit);
   }
   RequireConverged(end, name, name);
   if (!Place(fit.Model(), conic)) FailFit(kNumericalFailure, name);

@@ -203,7 +203,7 @@ class DampedGaussNewton {
   // or they creep.
   bool Descend(int mostSteps) {
     StepGains gains;
-    CreepWatch watch;
+    CreepWatch watch(kPatientRule);
     for (int k = 0; k < mostSteps; ++k) {
       const GaussNewtonStep step = SolveStep();
       if (!step.solvable || !std::isfinite(step.squaredLength) || step.atRoundingLevel) return true;

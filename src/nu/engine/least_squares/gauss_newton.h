@@ -10,6 +10,16 @@
 
 namespace nu::engine::least_squares {
 
+// An iteration creeps when, at the rate at which what it has to bring down fell over a stretch of steps, the target is
+// more than so many steps away, so many times in a row. A stretch of none never creeps.
+struct CreepRule {
+  int stretch;
+  double mostFurther;
+  int mostSlow;
+};
+inline constexpr CreepRule kNoCreeping = {0, 0.0, 0};
+inline constexpr CreepRule kPatientRule = {50, 1000.0, 4};
+
 // How the iteration of a feature ends; the features differ in it, and hosts see the difference at small limits.
 struct GaussNewtonRule {
   // On the squared length of a step. One below the square of the machine precision asks for all the digits there are:
@@ -25,7 +35,7 @@ struct GaussNewtonRule {
   // The iteration has failed when it ends with the last permitted step, even by convergence.
   bool endsBeforeLimit;
   // Steps that creep count as too many.
-  bool stopsCreeping = false;
+  CreepRule creeping = kNoCreeping;
   StepMonitor monitor = {};  // sees the sum of squares before each step, and the step before it is taken
 };
 
@@ -40,27 +50,25 @@ struct GaussNewtonStep {
   double sumSquares = kQuietNaN;
 };
 
-// Watches what an iteration has to bring down to a target. It creeps when, at the rate at which that fell over a
-// stretch of steps, the target is more than a thousand steps away, four times in a row.
+// Watches what an iteration has to bring down to a target.
 class CreepWatch {
  public:
+  explicit CreepWatch(const CreepRule& rule) : m_rule(rule) {}
+
   bool Creeps(double value, double target) {
     m_least = std::min(m_least, value);
     m_largest = std::max(m_largest, value);
-    if (++m_count % kStretch != 0) return false;
+    if (m_rule.stretch == 0 || ++m_count % m_rule.stretch != 0) return false;
     const double ahead = Log(m_least / std::max(target, kEpsilon * kEpsilon * m_largest));
     const double gone = Log(m_before / m_least);
-    m_slow = gone * kMostFurther > ahead * kStretch ? 0 : m_slow + 1;
+    m_slow = gone * m_rule.mostFurther > ahead * m_rule.stretch ? 0 : m_slow + 1;
     m_before = m_least;
     m_least = kInfinity;
-    return m_slow >= kMostSlow;
+    return m_slow >= m_rule.mostSlow;
   }
 
  private:
-  static constexpr int kStretch = 50;
-  static constexpr double kMostFurther = 1000.0;
-  static constexpr int kMostSlow = 4;
-
+  CreepRule m_rule;
   double m_least = kInfinity;
   double m_largest = 0.0;
   double m_before = kInfinity;
@@ -81,7 +89,7 @@ GaussNewtonEnd RunGaussNewton(Problem& problem, const GaussNewtonRule& rule, lon
   count = 0;
   bool ended = !(current < previous);
   bool grew = false;
-  CreepWatch watch;
+  CreepWatch watch(rule.creeping);
   while (!ended && count < limit) {
     ++count;
     previous = current;
@@ -94,7 +102,7 @@ GaussNewtonEnd RunGaussNewton(Problem& problem, const GaussNewtonRule& rule, lon
     const bool longer = !converged && !(current < previous);
     grew = longer && !step.atRoundingLevel;
     ended = converged || (longer && (rule.endsAtGrowth || step.atRoundingLevel));
-    if (!ended && rule.stopsCreeping && watch.Creeps(current, tolerance)) return GaussNewtonEnd::limitReached;
+    if (!ended && watch.Creeps(current, tolerance)) return GaussNewtonEnd::limitReached;
   }
   if (!ended || (rule.endsBeforeLimit && count >= limit)) return GaussNewtonEnd::limitReached;
   return grew ? GaussNewtonEnd::grew : GaussNewtonEnd::converged;

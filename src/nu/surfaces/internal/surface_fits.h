@@ -93,7 +93,7 @@ GaussNewtonEnd RunSurfaceFit(PointView points, PointBlocks& blocks, Fit& fit, bo
                              .takesLastStep = true,
                              .endsAtGrowth = false,
                              .endsBeforeLimit = true,
-                             .stopsCreeping = true,
+                             .creeping = kPatientRule,
                              .monitor = options.monitor};
   return RunGaussNewton(fit, rule);
 }
