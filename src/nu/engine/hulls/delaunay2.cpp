@@ -37,7 +37,7 @@ Delaunay2::Site Delaunay2::Apex(Edge e) const {
   return Side(apex, e) > 0 ? apex : kNoSite;
 }
 
-Delaunay2::Edge Delaunay2::MakeEdge(Site from, Site to) {
+inline Delaunay2::Edge Delaunay2::MakeEdge(Site from, Site to) {
   Edge e = static_cast<Edge>(m_edges.size());
   if (m_free.empty()) {
     m_edges.resize(m_edges.size() + 2);
@@ -51,7 +51,7 @@ Delaunay2::Edge Delaunay2::MakeEdge(Site from, Site to) {
 }
 
 // Joins two rings of edges around their origins, or parts one.
-void Delaunay2::Splice(Edge a, Edge b) {
+inline void Delaunay2::Splice(Edge a, Edge b) {
   const Edge afterA = m_edges[a].next;
   const Edge afterB = m_edges[b].next;
   m_edges[a].next = afterB;
@@ -68,18 +68,18 @@ Delaunay2::Edge Delaunay2::Connect(Edge a, Edge b) {
   return e;
 }
 
-void Delaunay2::Delete(Edge e) {
+inline void Delaunay2::Delete(Edge e) {
   Splice(e, m_edges[e].previous);
   Splice(e ^ 1u, m_edges[e ^ 1u].previous);
   m_free.push_back(e & ~1u);
 }
 
 // 1 to the left of the edge, -1 to the right.
-int Delaunay2::Side(Site site, Edge e) const {
+inline int Delaunay2::Side(Site site, Edge e) const {
   return GridOrientation(At(site), At(Origin(e)), At(Destination(e)));
 }
 
-bool Delaunay2::InCircle(Site a, Site b, Site c, Site d) const {
+inline bool Delaunay2::InCircle(Site a, Site b, Site c, Site d) const {
   return GridInCircle(At(a), At(b), At(c), At(d)) > 0;
 }
 
@@ -142,29 +142,20 @@ Delaunay2::Edge Delaunay2::LowerTangent(Edge inLeft, Edge inRight) {
   return Connect(inRight ^ 1u, inLeft);
 }
 
-// The next edge of the left triangulation above the base, without those that its circles reject.
-Delaunay2::Edge Delaunay2::LeftCandidate(Edge base) {
-  Edge candidate = m_edges[base ^ 1u].next;
-  if (Side(Destination(candidate), base) >= 0) return candidate;
-  while (InCircle(Destination(base), Origin(base), Destination(candidate), Destination(m_edges[candidate].next)) &&
-         MayStep()) {
-    const Edge next = m_edges[candidate].next;
+// The next edge of a side's triangulation above the base, from the one beside the base on, without those that its
+// circles reject; kNoEdge when there is none.
+inline Delaunay2::Edge Delaunay2::Candidate(Edge base, Edge candidate, Edge HalfEdge::*next) {
+  if (Side(Destination(candidate), base) >= 0) return kNoEdge;
+  const auto isRejected = [&] {
+    return InCircle(Destination(base), Origin(base), Destination(candidate), Destination(m_edges[candidate].*next));
+  };
+  if (!isRejected()) return candidate;
+  for (bool goesOn = true; goesOn && MayStep(); goesOn = isRejected()) {
+    const Edge after = m_edges[candidate].*next;
     Delete(candidate);
-    candidate = next;
+    candidate = after;
   }
-  return candidate;
-}
-
-Delaunay2::Edge Delaunay2::RightCandidate(Edge base) {
-  Edge candidate = m_edges[base].previous;
-  if (Side(Destination(candidate), base) >= 0) return candidate;
-  while (InCircle(Destination(base), Origin(base), Destination(candidate), Destination(m_edges[candidate].previous)) &&
-         MayStep()) {
-    const Edge next = m_edges[candidate].previous;
-    Delete(candidate);
-    candidate = next;
-  }
-  return candidate;
+  return Side(Destination(candidate), base) < 0 ? candidate : kNoEdge;
 }
 
 Delaunay2::Edge Delaunay2::Merge(Edge left, Edge right, Axis axis) {
@@ -172,13 +163,12 @@ Delaunay2::Edge Delaunay2::Merge(Edge left, Edge right, Axis axis) {
   const Edge tangent = LowerTangent(inLeft, OutermostFrom(right, axis, true));
   Edge base = tangent;
   while (MayStep()) {
-    const Edge fromLeft = LeftCandidate(base);
-    const Edge fromRight = RightCandidate(base);
-    const bool hasLeft = Side(Destination(fromLeft), base) < 0;
-    const bool hasRight = Side(Destination(fromRight), base) < 0;
-    if (!hasLeft && !hasRight) break;
-    const bool takesRight = !hasLeft || (hasRight && InCircle(Destination(fromLeft), Origin(fromLeft),
-                                                              Origin(fromRight), Destination(fromRight)));
+    const Edge fromLeft = Candidate(base, m_edges[base ^ 1u].next, &HalfEdge::next);
+    const Edge fromRight = Candidate(base, m_edges[base].previous, &HalfEdge::previous);
+    if (fromLeft == kNoEdge && fromRight == kNoEdge) break;
+    const bool takesRight =
+        fromLeft == kNoEdge || (fromRight != kNoEdge && InCircle(Destination(fromLeft), Origin(fromLeft),
+                                                                 Origin(fromRight), Destination(fromRight)));
     base = takesRight ? Connect(fromRight, base ^ 1u) : Connect(base ^ 1u, fromLeft ^ 1u);
   }
   return tangent ^ 1u;

@@ -45,6 +45,7 @@ class Delaunay2 {
     Edge next;  // around the origin, counter-clockwise
     Edge previous;
   };
+  static constexpr Edge kNoEdge = std::numeric_limits<Edge>::max();
   // The points are halved across x and y by turns. The y axis stands for a frame turned by a quarter, in which the
   // halves lie left and right as well.
   enum class Axis { x, y };
@@ -65,8 +66,7 @@ class Delaunay2 {
   Edge Merge(Edge left, Edge right, Axis axis);
   Edge OutermostFrom(Edge hull, Axis axis, bool first);
   Edge LowerTangent(Edge inLeft, Edge inRight);
-  Edge LeftCandidate(Edge base);
-  Edge RightCandidate(Edge base);
+  Edge Candidate(Edge base, Edge candidate, Edge HalfEdge::*next);
   // Whether a merge may go on; once it may not, all of them end.
   bool MayStep() { return m_stepsLeft > 0 && --m_stepsLeft > 0; }
 

@@ -10,8 +10,6 @@
 namespace nu::engine::hulls {
 namespace {
 
-constexpr double kRoundoff = kEpsilon / 2.0;
-
 // Outside, the inverse of a step of the grid could overflow.
 constexpr double kSafeSmall = 1e-150;
 constexpr double kSafeLarge = 1e150;
@@ -135,18 +133,6 @@ Wide ProductOf(Wide a, Wide b) {
   return product;
 }
 
-int ExactInCircle(Vec2 a, Vec2 b, Vec2 c) {
-  Wide sum{};
-  const Vec2 corner[] = {a, b, c, a, b};
-  for (int k = 0; k < 3; ++k) {
-    const Vec2 p = corner[k];
-    const Vec2 q = corner[k + 1];
-    const Vec2 r = corner[k + 2];
-    Add(sum, ProductOf(SumOfProducts(p.x, p.x, p.y, p.y), SumOfProducts(q.x, r.y, -q.y, r.x)));
-  }
-  return SignOf(sum);
-}
-
 }  // namespace
 
 void SortOnGrid(std::vector<Vec2>& points) {
@@ -189,31 +175,20 @@ Grid2 GridOf(PointBlocks& points, const Vec3 (&axes)[2]) {
   return grid;
 }
 
-int GridOrientation(Vec2 a, Vec2 b, Vec2 c) {
-  const double left = (a.x - c.x) * (b.y - c.y);
-  const double right = (a.y - c.y) * (b.x - c.x);
-  const double determinant = left - right;
-  // The differences are exact; two products and their difference are rounded.
-  if (std::fabs(determinant) > 4.0 * kRoundoff * (std::fabs(left) + std::fabs(right)))
-    return determinant > 0.0 ? 1 : -1;
+int ExactOrientation(Vec2 a, Vec2 b, Vec2 c) {
   return SignOf(SumOfProducts(a.x - c.x, b.y - c.y, -(a.y - c.y), b.x - c.x));
 }
 
-int GridInCircle(Vec2 a, Vec2 b, Vec2 c, Vec2 d) {
-  // The error bound of the rounded determinant by J. R. Shewchuk, Discrete & Computational Geometry 18 (1997).
-  constexpr double kRelativeError = (10.0 + 96.0 * kRoundoff) * kRoundoff;
-  const Vec2 p = a - d;
-  const Vec2 q = b - d;
-  const Vec2 r = c - d;
-  const double liftP = Dot(p, p), liftQ = Dot(q, q), liftR = Dot(r, r);
-  const double qr = q.x * r.y, rq = q.y * r.x;
-  const double rp = r.x * p.y, pr = r.y * p.x;
-  const double pq = p.x * q.y, qp = p.y * q.x;
-  const double determinant = liftP * (qr - rq) + liftQ * (rp - pr) + liftR * (pq - qp);
-  const double permanent = liftP * (std::fabs(qr) + std::fabs(rq)) + liftQ * (std::fabs(rp) + std::fabs(pr)) +
-                           liftR * (std::fabs(pq) + std::fabs(qp));
-  if (std::fabs(determinant) > kRelativeError * permanent) return determinant > 0.0 ? 1 : -1;
-  return ExactInCircle(p, q, r);
+int ExactInCircle(Vec2 a, Vec2 b, Vec2 c, Vec2 d) {
+  Wide sum{};
+  const Vec2 corner[] = {a - d, b - d, c - d, a - d, b - d};
+  for (int k = 0; k < 3; ++k) {
+    const Vec2 p = corner[k];
+    const Vec2 q = corner[k + 1];
+    const Vec2 r = corner[k + 2];
+    Add(sum, ProductOf(SumOfProducts(p.x, p.x, p.y, p.y), SumOfProducts(q.x, r.y, -q.y, r.x)));
+  }
+  return SignOf(sum);
 }
 
 }  // namespace nu::engine::hulls

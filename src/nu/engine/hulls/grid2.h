@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "nu/engine/base/floating_point.h"
 #include "nu/engine/points/point_blocks.h"
 #include "nu/engine/shapes/vec2.h"
 
@@ -43,12 +44,39 @@ Grid2 GridOf(std::vector<Vec2> points);
 // The points' coordinates along two axes, relative to the origin of the blocks.
 Grid2 GridOf(PointBlocks& points, const Vec3 (&axes)[2]);
 
+// As GridOrientation and GridInCircle, from integers.
+int ExactOrientation(Vec2 a, Vec2 b, Vec2 c);
+int ExactInCircle(Vec2 a, Vec2 b, Vec2 c, Vec2 d);
+
 // 1 when a, b, c turn counter-clockwise, -1 when clockwise, 0 when they lie on one line; exact.
-int GridOrientation(Vec2 a, Vec2 b, Vec2 c);
+inline int GridOrientation(Vec2 a, Vec2 b, Vec2 c) {
+  const double left = (a.x - c.x) * (b.y - c.y);
+  const double right = (a.y - c.y) * (b.x - c.x);
+  const double determinant = left - right;
+  // The differences are exact; two products and their difference are rounded.
+  if (std::fabs(determinant) > 2.0 * kEpsilon * (std::fabs(left) + std::fabs(right))) return determinant > 0.0 ? 1 : -1;
+  return ExactOrientation(a, b, c);
+}
 
 // 1 when d is inside the circle through the counter-clockwise a, b, c, -1 when it is outside, 0 when it is on it;
 // exact.
-int GridInCircle(Vec2 a, Vec2 b, Vec2 c, Vec2 d);
+inline int GridInCircle(Vec2 a, Vec2 b, Vec2 c, Vec2 d) {
+  // The error bound of the rounded determinant by J. R. Shewchuk, Discrete & Computational Geometry 18 (1997).
+  constexpr double kRoundoff = kEpsilon / 2.0;
+  constexpr double kRelativeError = (10.0 + 96.0 * kRoundoff) * kRoundoff;
+  const Vec2 p = a - d;
+  const Vec2 q = b - d;
+  const Vec2 r = c - d;
+  const double liftP = Dot(p, p), liftQ = Dot(q, q), liftR = Dot(r, r);
+  const double qr = q.x * r.y, rq = q.y * r.x;
+  const double rp = r.x * p.y, pr = r.y * p.x;
+  const double pq = p.x * q.y, qp = p.y * q.x;
+  const double determinant = liftP * (qr - rq) + liftQ * (rp - pr) + liftR * (pq - qp);
+  const double permanent = liftP * (std::fabs(qr) + std::fabs(rq)) + liftQ * (std::fabs(rp) + std::fabs(pr)) +
+                           liftR * (std::fabs(pq) + std::fabs(qp));
+  if (std::fabs(determinant) > kRelativeError * permanent) return determinant > 0.0 ? 1 : -1;
+  return ExactInCircle(a, b, c, d);
+}
 
 }  // namespace nu::engine::hulls
 

@@ -88,8 +88,24 @@ class Search {
 
   void ConsiderAll() {
     for (Delaunay2::Edge e = 0; e < m_mesh.Edges(); e += 2) {
-      if (m_mesh.InUse(e)) Consider(e);
+      if (m_mesh.InUse(e) && !EndsBelowLimit(e)) Consider(e);
     }
+  }
+
+  // Both ends of an edge are clearly too near to the points, as most are; the others are considered with more care.
+  bool EndsBelowLimit(Delaunay2::Edge e) const {
+    // Relative, of the limit, and of the cross product below: far above the rounding of a product.
+    constexpr double kMargin = 1e-9;
+    constexpr double kSlim = 1e-5;
+    const Vec2 p = m_mesh.At(m_mesh.Origin(e)), q = m_mesh.At(m_mesh.Destination(e));
+    const double most = (1.0 - kMargin) * m_limit / Dot(q - p, q - p) - 0.25;  // the square of t
+    const auto isBelow = [&](Vec2 u, Vec2 v) {
+      const double dot = Dot(u, v), cross = Cross(u, v);
+      return cross > kSlim * (Dot(u, u) + Dot(v, v)) && 0.25 * dot * dot < most * cross * cross;
+    };
+    const Vec2 left = m_mesh.At(m_mesh.Destination(m_mesh.Next(e)));
+    const Vec2 right = m_mesh.At(m_mesh.Destination(m_mesh.Next(Delaunay2::Opposite(e))));
+    return isBelow(p - left, q - left) && isBelow(q - right, p - right);
   }
 
   // The first place of those that agree about the radius.
@@ -291,8 +307,10 @@ class FewPoints {
 
  private:
   static constexpr int kPatience = 2;
-  // A round takes one offender from each cell. Where more than such a share of the points offend, no few rounds bring
-  // them down: the points fill an area, or a slender outline has nearly all of them in a few cells.
+  // A round takes one offender from each cell; all of them where they are no more than one in kFewShare of the points,
+  // as on a stretch that nearly touches the circle and lies in few cells. Where more than one in kMostShare offend, no
+  // few rounds bring them down: the points fill an area, or a slender outline has nearly all of them in a few cells.
+  static constexpr std::size_t kFewShare = 256;
   static constexpr std::size_t kMostShare = 8;
   static constexpr std::size_t kSampleStep = 64;
 
@@ -348,26 +366,33 @@ class FewPoints {
   }
 
   std::size_t AddOffenders(const EmptyCircle& circle) {
-    Extremes inside = None(kInfinity), outside = None(-1.0);
+    Extremes inside = None(kInfinity), outside = None(-1.0), all;
     const double reach = SquaredReach(circle);
     std::size_t count = 0;
+    const auto note = [&](const Extreme& offender) {
+      if (count++ < m_points.Size() / kFewShare) all.push_back(offender);
+    };
     ForEach([&](Vec2 steps) {
       const Vec2 offset = steps - circle.centre;
       const double square = Dot(offset, offset);
       if (square < reach) {
         Extreme& deepest = inside[SeenPolygon::CellOf(offset)];
         if (square < deepest.square) deepest = {square, steps};
-        ++count;
+        note({square, steps});
       }
       if (m_polygon.Matters(steps)) {
         Extreme& highest = outside[SeenPolygon::CellOf(steps)];
         const double height = Dot(steps, steps);
         if (height > highest.square) highest = {height, steps};
-        ++count;
+        note({height, steps});
       }
     });
-    Add(inside);
-    Add(outside);
+    if (count <= m_points.Size() / kFewShare) {
+      Add(all);
+    } else {
+      Add(inside);
+      Add(outside);
+    }
     SortOnGrid(m_few);
     return count;
   }
