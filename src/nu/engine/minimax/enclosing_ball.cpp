@@ -198,6 +198,10 @@ class Pivoting {
     Farthest(block, m_gauge, reach);
     while (m_finite && reach.square > m_square) {
       // A point that rounding keeps outside is enclosed by the radius alone.
+      if (IsOutsideByRounding(reach.square)) {
+        m_square = reach.square;
+        break;
+      }
       if (!Add(PointOf(block, reach.index), m_begin + reach.index)) m_square = reach.square;
       m_changed = true;
       m_finite = --m_changesLeft > 0;
@@ -206,6 +210,12 @@ class Pivoting {
     m_finite = m_finite && reach.nonFinite == 0.0;
     const std::size_t passed = m_begin / m_points.Portion();
     if (passed < m_passed.size()) m_passed[passed] = {m_gauge.centre, std::sqrt(reach.square)};
+  }
+
+  // Of many points on one sphere every block has some that are outside by a rounding. Each that entered would move the
+  // centre by a rounding, and put others outside: the number of walks would grow with that of the points.
+  bool IsOutsideByRounding(double square) const {
+    return m_points.Size() > m_points.Portion() && square <= (1.0 + kSameRadius) * m_solved;
   }
 
   // What a block has shown when it passed. A last part of a block always passes again.
@@ -246,7 +256,7 @@ class Pivoting {
     m_ball.AddContact(first, 1.0, 1.0);
     m_ball.index[0] = index;
     m_ball.centre = m_gauge.centre = first;
-    m_square = 0.0;
+    m_square = m_solved = 0.0;
   }
 
   void Refine() {
@@ -273,7 +283,7 @@ class Pivoting {
       return false;
     }
     m_gauge.centre = m_ball.centre;
-    m_square = best;
+    m_square = m_solved = best;
     return true;
   }
 
@@ -328,6 +338,7 @@ class Pivoting {
   Gauge<D> m_gauge;
   EnclosingBall m_ball;
   double m_square = -1.0;
+  double m_solved = 0.0;  // the squared radius of the ball around the contacts
   std::vector<Passed> m_passed;
   std::size_t m_begin = 0;  // of the block that passes
   bool m_finite = true;
