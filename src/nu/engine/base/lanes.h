@@ -25,6 +25,22 @@ NU_ALWAYS_INLINE void TakeSquareRoot(Lanes& lanes) {
   for (int l = 0; l < kLanes; ++l) lanes[l] = std::sqrt(lanes[l]);
 }
 
+// Selections in hot loops. As loops they take one instruction in registers of four lanes, too, where g++ 12 makes ?: of
+// all eight a comparison and a branchless choice per lane.
+NU_ALWAYS_INLINE void TakeSmaller(const Lanes& other, Lanes& lanes) {
+  NU_LANE_LOOP
+  for (int l = 0; l < kLanes; ++l) lanes[l] = other[l] < lanes[l] ? other[l] : lanes[l];
+}
+NU_ALWAYS_INLINE void TakeLarger(const Lanes& other, Lanes& lanes) {
+  NU_LANE_LOOP
+  for (int l = 0; l < kLanes; ++l) lanes[l] = other[l] > lanes[l] ? other[l] : lanes[l];
+}
+// Where a is smaller than b.
+NU_ALWAYS_INLINE void TakeWhereLess(const Lanes& a, const Lanes& b, const Lanes& other, Lanes& lanes) {
+  NU_LANE_LOOP
+  for (int l = 0; l < kLanes; ++l) lanes[l] = a[l] < b[l] ? other[l] : lanes[l];
+}
+
 NU_ALWAYS_INLINE double Sum(const Lanes& lanes) {
   double lane[kLanes];
   Store(lanes, lane);

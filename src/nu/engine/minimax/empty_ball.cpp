@@ -122,14 +122,24 @@ struct Meeting {
   Vec3 point;
 };
 
-// A little later than it meets a point; of the points that it meets within rounding at the same time, the one that it
-// approaches fastest comes first (P. M. J. Harris, Pivot selection methods of the Devex LP code, 1973).
-NU_KERNEL void FindMeeting(const PointBlock& block, const CentreLine& line, double& earliest, std::size_t& index) {
+// What a block shows of a line.
+struct BlockMeeting {
+  double t;           // a little later than the centre meets a point
+  std::size_t index;  // of the point
+  double excess;      // the least of a point's squared distance from the centre over that of the contact
+};
+
+// Of the points that it meets within rounding at the same time, the one that it approaches fastest comes first (P. M.
+// J. Harris, Pivot selection methods of the Devex LP code, 1973).
+NU_KERNEL void FindMeeting(const PointBlock& block, const CentreLine& line, BlockMeeting& meeting) {
   const CentreLine w = line;
   const Vec3 towards = w.contact - w.centre;
   const Lanes zero = {};
   const Lanes never = kInfinity - Lanes{};
+  const Lanes slack = w.slack - Lanes{};
   Lanes least = never;
+  Lanes leastExcess = never;
+  Lanes place = {};
   Lanes places = {};
   for (std::size_t i = 0; i < block.size; i += kLanes) {
     Lanes x, y, z;
@@ -140,14 +150,18 @@ NU_KERNEL void FindMeeting(const PointBlock& block, const CentreLine& line, doub
     const Lanes excess =
         ex * ((x - w.centre.x) + towards.x) + ey * ((y - w.centre.y) + towards.y) + ez * ((z - w.centre.z) + towards.z);
     const Lanes approach = 2.0 * (ex * w.step.x + ey * w.step.y + ez * w.step.z);
-    const Lanes t = approach > w.slack ? ((excess > zero ? excess : zero) + w.slack) / approach : never;
-    places = t < least ? static_cast<double>(i) - Lanes{} : places;
-    least = t < least ? t : least;
+    Lanes outside = excess;
+    TakeLarger(zero, outside);
+    Lanes t = never;
+    TakeWhereLess(slack, approach, (outside + slack) / approach, t);
+    TakeWhereLess(t, least, place, places);
+    TakeSmaller(t, least);
+    TakeSmaller(excess, leastExcess);
+    place += static_cast<double>(kLanes);
   }
-  earliest = Smallest(least);
-  index = block.size - 1;
+  meeting = {Smallest(least), block.size - 1, Smallest(leastExcess)};
   for (int l = 0; l < kLanes; ++l)
-    if (least[l] == earliest) index = std::min(index, static_cast<std::size_t>(places[l]) + l);
+    if (least[l] == meeting.t) meeting.index = std::min(meeting.index, static_cast<std::size_t>(places[l]) + l);
 }
 
 class Ascent {
@@ -161,7 +175,9 @@ class Ascent {
         m_rounding(rounding),
         m_monitor(monitor),
         m_centre(mean),
-        m_before(mean) {}
+        m_before(mean) {
+    if (points.Size() > kBlockPoints) m_passed.assign((points.Size() - 1) / points.Portion() + 1, {});
+  }
 
   enum class End { optimum, saddle, none };
 
@@ -267,17 +283,55 @@ class Ascent {
 
   Meeting Search(const CentreLine& line, int level) {
     Meeting next;
-    m_near.Points(level).ForEach([&](const PointBlock& block) {
-      double t;
-      std::size_t index;
-      FindMeeting(block, line, t, index);
-      if (t < next.t) next = {t, block.At(index)};
-    });
+    const auto search = [&](const PointBlock& block) {
+      BlockMeeting meeting;
+      FindMeeting(block, line, meeting);
+      if (meeting.t < next.t) next = {meeting.t, block.At(meeting.index)};
+      return meeting.excess;
+    };
+    if (level > 0 || m_passed.empty()) {
+      m_near.Points(level).ForEach(search);
+      return next;
+    }
+    // The block that was met last tells about when.
+    std::size_t place = m_metBlock;
+    m_points.ForEachOf([&](std::size_t begin) { return begin / m_points.Portion() == place; }, search);
+    Meeting first = next;
+    next = {};
+    const double square = Dot(line.contact - line.centre, line.contact - line.centre);
+    m_points.ForEachOf(
+        [&](std::size_t begin) {
+          place = begin / m_points.Portion();
+          return MayBeMet(place, line, std::min(first.t, next.t));
+        },
+        [&](const PointBlock& block) {
+          const double before = next.t;
+          m_passed[place] = {line.centre, std::sqrt(std::max(0.0, square + search(block)))};
+          if (next.t < before) m_metBlock = place;
+        });
     return next;
+  }
+
+  // What a block has shown when it passed: the distance of its nearest point from the centre.
+  struct Passed {
+    Vec3 centre;
+    double nearest = 0.0;
+  };
+  // Whether a point of a block is as near as the contacts somewhere up to t: the distances of the centre, on a stretch
+  // of a line, from any place are largest at an end.
+  bool MayBeMet(std::size_t place, const CentreLine& line, double t) const {
+    constexpr double kMargin = 1e-9;  // far above the rounding of distances
+    const auto reach = [&](const Vec3& p) {
+      return std::max(Norm(p - line.centre), Norm(p - (line.centre + t * line.step)));
+    };
+    const Passed& passed = m_passed[place];
+    return !(reach(passed.centre) + reach(line.contact) <= (1.0 - kMargin) * passed.nearest);
   }
 
   PointBlocks& m_points;
   NearPoints m_near;
+  std::vector<Passed> m_passed;  // empty where there is one block
+  std::size_t m_metBlock = 0;
   Vec3 m_mean;
   double m_reach;
   double m_rounding;
