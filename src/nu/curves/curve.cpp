@@ -22,7 +22,7 @@ void CNuCurve::FitQuadratic(const CNuPointArray& xy, CNuVector* six) {
   if (!(box.high[2] - box.low[2] <= NuGetLengthTol()))
     FailOperation(NuOperationUnsupported, "3D calculation", "CNuCurve::FitQuadratic()");
   TranslateForeign(kName, [&] {
-    if (HasFewerDistinct(ViewOf(xy), kLeastPoints, NuGetLengthTol())) FailFit(kDegeneratePoints, kName, kLeastPoints);
+    RequireDistinct(ViewOf(xy), kLeastPoints, NuGetLengthTol(), kName);
     const Quadratic2 g = FittedQuadratic(ViewOf(xy));
     CNuVector found(6);
     const double coefficients[] = {g.a, g.b, g.c, g.d, g.e, g.f};

@@ -16,8 +16,7 @@
 // right, in the order of the checks. ENuBestfitCause in nu/foundation/causes.h names them.
 // - GetSize() is the number of points that the condition states; 4 for points in one plane, 3 for points on one line or
 //   not in one plane, else 0.
-// - A coordinate that is not finite is cause 11, after the causes 13 and 1 and before all others. Fits of conics check
-//   cause 2 first, for which such a point is not distinct.
+// - A coordinate that is not finite is cause 11, after the causes 13 and 1 and before all others.
 // - Lack of memory is CNuMemoryException; fits of lines, planes and circles word it as cause 11.
 //
 // Variants that do not throw. `FitEx`, `FitMinEx`, `FitMaxEx` and `FitMinZoneEx` throw cause 13 only, before anything

@@ -107,7 +107,7 @@ LineZone nu::internal::FitMinZoneLine(PointView points, const FitOptions& option
   return TranslateForeign(kName, options, [&](const FitOptions& watched) -> LineZone {
     RequireCount(points, kLeastPoints, kName);
     RequireFinite(points, kName);
-    if (HasFewerDistinct(points, 2, options.tol)) FailFit(kDegeneratePoints, kName, kLeastPoints);
+    RequireDistinct(points, kLeastPoints, options.tol, kName);
     const auto leastSquares = FitLine(points, {});
     if (LieOnOneLine(points, options.tol)) return {leastSquares, {}};
     LineZone zone = InCanonicalOrder(points, [&](PointView data) { return FindZone(data, watched); });

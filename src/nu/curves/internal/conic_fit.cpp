@@ -185,7 +185,7 @@ bool IsInRange(double length) {
 FeatureFit<FittedConic> Solve(const ConicFitRule& rule, PointView points, const FitOptions& options) {
   const auto& [name, kind, leastDistinct] = rule;
   RequireCount(points, kLeastPoints, name);
-  if (HasFewerDistinct(points, leastDistinct, NuGetLengthTol())) FailFit(kDegeneratePoints, name, leastDistinct);
+  RequireDistinct(points, leastDistinct, NuGetLengthTol(), name);
   const Plane3 plane = CarrierPlane(points, name);
   const PlaneAxes axes = AxesAcross(plane.normal, plane.point);
   PointBlocks blocks(points, axes.origin);

@@ -70,6 +70,13 @@ inline bool HasFewerDistinct(PointView points, int least, double tol) {
   return !HasDistinct(points, least, tol, NuGetZero());
 }
 
+// What is not finite has no distance from each other, and is no lack of distinct points.
+inline void RequireDistinct(PointView points, int least, double tol, const char* name) {
+  if (!HasFewerDistinct(points, least, tol)) return;
+  RequireFinite(points, name);
+  FailFit(kDegeneratePoints, name, least);
+}
+
 // Runs a fit; whatever it throws but a fit's own failure and lack of memory becomes cause 11.
 template<class Fit>
 auto TranslateForeign(const char* name, Fit fit) {

@@ -71,10 +71,7 @@ inline Vec3 StoredApex(const Cone3& cone) {
 inline void RequireSolid(PointView points, int least, int inPlane, double tol, const char* name) {
   RequireCount(points, least, name);
   if (LieInOnePlane(points, tol)) FailFit(kCoplanarPoints, name, inPlane);
-  if (!HasFewerDistinct(points, least, tol)) return;
-  // What is not finite has no distance from each other.
-  RequireFinite(points, name);
-  FailFit(kDegeneratePoints, name, least);
+  RequireDistinct(points, least, tol, name);
 }
 
 // Cylinder or cone: from a start that `start` finds, on a sample of many points.
