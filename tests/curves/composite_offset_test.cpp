@@ -294,6 +294,31 @@ TEST(CompositeCurveOffset, HoldsWhereCrossingsCoincide) {
   }
 }
 
+// Edges that run along each other within roundings leave pieces and loops that shrink to nothing when their ends meet.
+TEST(CompositeCurveOffset, LeavesOutWhatShrinksToNothing) {
+  Random random(9);
+  const auto place = [&] { return 0.25 * std::round(4.0 * random.Uniform(-1, 1)) + 1e-8 * random.Uniform(-1, 1); };
+  int refused = 0;
+  for (int round = 0; round < 100; ++round) {
+    CNuPointArray points(30);
+    for (int i = 0; i < 30; ++i) {
+      const double x = place(), y = place();
+      points.Add(CNuPoint(x, y));
+    }
+    CNuObjArray found(1);
+    try {
+      CNuPolyline(points).OffsetAll(1e-6, CNuVector(0, 0, 1), 1, &found);
+    } catch (const CNuOperationException&) {
+      ++refused;
+    }
+    for (int k = 0; k < found.GetSize(); ++k) {
+      const std::unique_ptr<CNuBoundedCurve> curve(static_cast<CNuBoundedCurve*>(found[k]));
+      EXPECT_GT(curve->Length(), NuGetLengthTol()) << round;
+    }
+  }
+  EXPECT_LE(refused, 3);
+}
+
 // A power of two changes nothing but the size, where powers of the coordinates leave the doubles.
 TEST(CompositeCurveOffset, WorksAtAnySize) {
   const double lengthTol = NuGetLengthTol();

@@ -442,21 +442,37 @@ void CentreBetweenEnds(Piece2& arc, double farthest) {
   arc.length = 2.0 * radius * Atan2(half, height);
 }
 
-// The ends of pieces made to meet, without pieces too short to be any. False where a gap is no rounding.
-bool Join(std::vector<Piece2>& pieces, double tol, double snap, double mergeTol) {
-  constexpr double kLargestGap = 200.0;  // of corners that count as smooth, of nodes that are one through others
-  std::erase_if(pieces, [&](const Piece2& piece) { return !(piece.length > snap); });
-  const std::size_t size = pieces.size();
-  if (size == 0) return false;
-  const bool closed = Norm(pieces.front().start - pieces.back().end) <= kLargestGap * mergeTol;
+// The ends of pieces made to meet. False where a gap is no rounding.
+bool Meet(std::vector<Piece2>& pieces, double largestGap, bool closed) {
   bool joined = true;
-  for (std::size_t i = 0; i + (closed ? 0 : 1) < size; ++i) {
+  for (std::size_t i = 0; i + (closed ? 0 : 1) < pieces.size(); ++i) {
     Piece2& piece = pieces[i];
-    Piece2& next = pieces[i + 1 < size ? i + 1 : 0];
-    if (!(Norm(next.start - piece.end) <= kLargestGap * mergeTol)) joined = false;
+    Piece2& next = pieces[i + 1 < pieces.size() ? i + 1 : 0];
+    if (!(Norm(next.start - piece.end) <= largestGap)) joined = false;
     const Vec2 middle = piece.end + 0.5 * (next.start - piece.end);
     MoveEnd(piece, middle);
     MoveStart(next, middle);
+  }
+  return joined;
+}
+
+// Without pieces too short to be any, also those that shrink when their ends are moved; of a loop as small as that none
+// are left. False where a gap is no rounding.
+bool Join(std::vector<Piece2>& pieces, double tol, double snap, double mergeTol) {
+  constexpr double kLargestGap = 200.0;  // of corners that count as smooth, of nodes that are one through others
+  constexpr double kCoincident = 2.0;    // ends this close, in tolerances, may be one when they are mapped back
+  constexpr int kMaxPasses = 20;
+  const double largestGap = kLargestGap * mergeTol;
+  std::erase_if(pieces, [&](const Piece2& piece) { return !(piece.length > snap); });
+  if (pieces.empty()) return true;
+  const bool closed = Norm(pieces.front().start - pieces.back().end) <= largestGap;
+  bool joined = Meet(pieces, largestGap, closed);
+  const auto hasShrunk = [&](const Piece2& piece) {
+    return !((piece.curvature == 0.0 ? Norm(piece.end - piece.start) : piece.length) > kCoincident * tol);
+  };
+  for (int pass = 0; std::erase_if(pieces, hasShrunk) > 0; ++pass) {
+    joined = Meet(pieces, largestGap, closed) && joined && pass < kMaxPasses;
+    if (!joined) break;
   }
   constexpr double kPart = 0.25;  // of what an arc may be off by; the rest is for roundings of the way back
   for (Piece2& piece : pieces) {
@@ -504,13 +520,12 @@ OffsetChain OffsetPieces(const std::vector<Piece2>& chain, bool closed, double d
   // Curves of a size of about 1 that are this close to each other are hardly longer.
   TracedCurves traced = TraceCurves(raw, group, edges, groupsOfEnds, 10.0 * std::sqrt(mergeTol));
   result.curves = std::move(traced.curves);
-  const bool isTorn = corner == OffsetCorner::round && traced.isTorn;  // behind sharp corners others end
-  result.outcome = isTorn ? OffsetChain::Outcome::broken : OffsetChain::Outcome::vanished;
-  if (isTorn || result.curves.empty()) return result;
-  result.outcome = OffsetChain::Outcome::moved;
-  for (std::vector<Piece2>& curve : result.curves) {
-    if (!Join(curve, tol, snap, mergeTol)) result.outcome = OffsetChain::Outcome::broken;
-  }
+  bool isBroken = corner == OffsetCorner::round && traced.isTorn;  // behind sharp corners others end
+  for (std::vector<Piece2>& curve : result.curves) isBroken = !Join(curve, tol, snap, mergeTol) || isBroken;
+  std::erase_if(result.curves, [](const std::vector<Piece2>& curve) { return curve.empty(); });
+  result.outcome = isBroken                ? OffsetChain::Outcome::broken
+                   : result.curves.empty() ? OffsetChain::Outcome::vanished
+                                           : OffsetChain::Outcome::moved;
   return result;
 }
 
