@@ -388,7 +388,9 @@ TEST(ConicFits, NoSmallChangeLowersTheSum) {
 TEST(ConicFits, NoisyArcsEndInTheLeastSumOrHaveNone) {
   const Part parts[] = {{1, 1, -0.5, 0.5, 1e-3},     {1, 1, -0.5, 0.5, 1e-2},    {1, 0.5, 0.5, 1.2, 1e-3},
                         {0, 0.7, -0.26, 0.26, 1e-3}, {0, 0.7, 0.79, 1.31, 1e-2}, {0, 0.7, 0, 1.57, 1e-2},
-                        {0, 0.02, 0, 6.28, 1e-2},    {2, 0, -0.5, 0.5, 1e-2},    {2, 0, 20, 24, 1e-2}};
+                        {0, 0.02, 0, 6.28, 1e-2},    {2, 0, -0.5, 0.5, 1e-2},    {2, 0, 20, 24, 1e-2},
+                        {2, 0, -0.5, 0.5, 0.3}};
+  const char* const names[] = {"CNuEllipse", "CNuHyperbola", "CNuParabola"};
   Random random(69);
   int found = 0, none = 0;
   for (const Part& part : parts) {
@@ -401,6 +403,9 @@ TEST(ConicFits, NoisyArcsEndInTheLeastSumOrHaveNone) {
       const std::string failure = FailureOf([&] { best = FitOf(part.kind, points, 21); });
       if (failure == "nothing") {
         ++found;
+        Fitted same;
+        CNuAssociation association(points);
+        EXPECT_LE(TheFit(names[part.kind]).associate(association, 1e-9, 1000, same).GetSteps(), 20);
         EXPECT_LE(best.sumsq, ofTruth);
         ExpectLeast(random, part.kind, best, points, 1e-11 * best.sumsq);
       } else {

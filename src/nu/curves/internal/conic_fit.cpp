@@ -132,14 +132,20 @@ ConicStarts StartFromSample(ConicKind kind, PointView points, const Vec3& origin
   return starts;
 }
 
-// A fit that ends at once where the sum of squares is too large.
+// Points that are not clearly on one curve after so many steps need the search that follows.
+constexpr int kFirstSteps = 12;
+
+// A fit that ends at once where the sum of squares is too large, and after the first steps where it is not small.
 struct BoundedFit {
   ConicLeastSquares& fit;
   double mostSquares;
+  std::size_t searched;  // how many points a search follows for
+  int steps = 0;
 
   GaussNewtonStep SolveStep() {
     GaussNewtonStep step = fit.SolveStep();
-    step.solvable = step.solvable && fit.SumSquares() <= mostSquares;
+    const bool needsSearch = searched > 0 && ++steps > kFirstSteps && !IsClear(fit, searched);
+    step.solvable = step.solvable && fit.SumSquares() <= mostSquares && !needsSearch;
     return step;
   }
   void TakeStep() { fit.TakeStep(); }
@@ -152,9 +158,9 @@ CreepRule CreepingOf(std::size_t points) {
 
 // The tolerance is a length squared, and would be a coarse one for points within a thousandth of a unit.
 GaussNewtonEnd RunFrom(const ConicModel& start, const PointBlocks& points, const FitOptions& options,
-                       ConicLeastSquares& fit, double mostSquares = kInfinity) {
+                       ConicLeastSquares& fit, double mostSquares = kInfinity, std::size_t searched = 0) {
   fit.Place(start);
-  BoundedFit bounded{fit, mostSquares};
+  BoundedFit bounded{fit, mostSquares, searched};
   const double size = std::min(1.0, start.frame.unit / points.Scale());
   long count;
   const GaussNewtonEnd end = RunGaussNewton(bounded,
@@ -196,7 +202,8 @@ FeatureFit<FittedConic> Solve(const ConicFitRule& rule, PointView points, const 
   if (starts.count == 0) FailFit(kNumericalFailure, name);
   blocks.Keep();
   ConicLeastSquares fit(blocks);
-  GaussNewtonEnd end = RunFrom(ModelOf(kind, starts.frame, starts.equation[0]), blocks, options, fit, most);
+  const std::size_t searched = isSampled ? 0 : points.Size();
+  GaussNewtonEnd end = RunFrom(ModelOf(kind, starts.frame, starts.equation[0]), blocks, options, fit, most, searched);
   if (isSampled && fit.SumSquares() > most) {
     starts = AlgebraicFits(kind, blocks, axes);
     if (starts.count == 0) FailFit(kNumericalFailure, name);
