@@ -116,14 +116,18 @@ Delaunay2::Edge Delaunay2::ThreePoints(Site first) {
   return turn > 0 ? a : c ^ 1u;
 }
 
-// The counter-clockwise hull edge from the first or the last point along an axis.
+// The counter-clockwise hull edge from the first or the last point along an axis. Towards it the points of a convex
+// hull ascend, one way round or the other.
 Delaunay2::Edge Delaunay2::OutermostFrom(Edge hull, Axis axis, bool first) {
   Edge outermost = hull;
-  for (Edge e = RightPrevious(hull); e != hull && MayStep(); e = RightPrevious(e)) {
+  const auto isFurther = [&](Edge e) {
     const Vec2& here = At(Origin(e));
     const Vec2& there = At(Origin(outermost));
-    if (first ? Precedes(axis, here, there) : Precedes(axis, there, here)) outermost = e;
-  }
+    return first ? Precedes(axis, here, there) : Precedes(axis, there, here);
+  };
+  for (Edge e = RightPrevious(hull); isFurther(e) && MayStep(); e = RightPrevious(e)) outermost = e;
+  if (outermost != hull) return outermost;
+  for (Edge e = m_edges[hull].previous ^ 1u; isFurther(e) && MayStep(); e = m_edges[e].previous ^ 1u) outermost = e;
   return outermost;
 }
 

@@ -94,18 +94,19 @@ class Search {
 
   // Both ends of an edge are clearly too near to the points, as most are; the others are considered with more care.
   bool EndsBelowLimit(Delaunay2::Edge e) const {
-    // Relative, of the limit, and of the cross product below: far above the rounding of a product.
-    constexpr double kMargin = 1e-9;
-    constexpr double kSlim = 1e-5;
+    constexpr double kMargin = 1e-9;  // far above the rounding of a product
     const Vec2 p = m_mesh.At(m_mesh.Origin(e)), q = m_mesh.At(m_mesh.Destination(e));
     const double most = (1.0 - kMargin) * m_limit / Dot(q - p, q - p) - 0.25;  // the square of t
-    const auto isBelow = [&](Vec2 u, Vec2 v) {
-      const double dot = Dot(u, v), cross = Cross(u, v);
-      return cross > kSlim * (Dot(u, u) + Dot(v, v)) && 0.25 * dot * dot < most * cross * cross;
-    };
-    const Vec2 left = m_mesh.At(m_mesh.Destination(m_mesh.Next(e)));
-    const Vec2 right = m_mesh.At(m_mesh.Destination(m_mesh.Next(Delaunay2::Opposite(e))));
-    return isBelow(p - left, q - left) && isBelow(q - right, p - right);
+    return LeftEndIsBelow(e, p, q, most) && LeftEndIsBelow(Delaunay2::Opposite(e), q, p, most);
+  }
+  bool LeftEndIsBelow(Delaunay2::Edge e, Vec2 p, Vec2 q, double most) const {
+    constexpr double kSlim = 1e-5;  // of the cross product against its factors: far above its rounding
+    const Vec2 apex = m_mesh.At(m_mesh.Destination(m_mesh.Next(e)));
+    const Vec2 u = p - apex, v = q - apex;
+    const double dot = Dot(u, v), cross = Cross(u, v);
+    if (cross > kSlim * (Dot(u, u) + Dot(v, v))) return 0.25 * dot * dot < most * cross * cross;
+    // A side of the hull has no triangle here. It ends in its middle, up to roundings of the grid.
+    return most > 16.0 && m_mesh.Apex(e) == Delaunay2::kNoSite;
   }
 
   // The first place of those that agree about the radius.
