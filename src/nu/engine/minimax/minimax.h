@@ -56,6 +56,7 @@ struct MinimaxSolution : Contacts {
   MinimaxEnd end = MinimaxEnd::stalled;
   Model model;
   double value = 0.0;  // the largest deviation in question, of all points
+  double range = 0.0;  // of an optimum, how much the deviations of all points differ
   long steps = 0;
 };
 
@@ -492,6 +493,7 @@ class Minimax {
     found.end = end;
     found.model = m_model;
     found.value = m_value;
+    found.range = m_points.Range();
     found.steps = m_steps;
     for (int j = 0; j < m_contacts.count; ++j) {
       const int row = m_contacts.row[j];

@@ -102,17 +102,9 @@ bool IsBent(const TubeDistance& tube) {
 }
 
 // Whether the points are those of a torus: all of them next to the surface of the tube.
-bool IsHollow(PointBlocks& points, const MinimaxSolution<TubeDistance>& tube) {
-  constexpr double kHollow = 0.9;
-  double least = kInfinity;
-  points.ForEach([&](const PointBlock& block) {
-    double deviation[kBlockPoints];
-    double smallest = 0.0;
-    double largest = 0.0;
-    tube.model.Deviations(block, deviation, smallest, largest);
-    least = std::min(least, smallest);
-  });
-  return least > kHollow * tube.value;
+bool IsHollow(const MinimaxSolution<TubeDistance>& tube) {
+  constexpr double kHollow = 0.1;
+  return tube.range < kHollow * tube.value;
 }
 
 // In the principal frame.
@@ -205,7 +197,7 @@ Tube SmallestTube(PointBlocks& points, TubeStarts starts, long limit, const Step
     least = other.value - rounding;
   };
   ForFurtherStarts(start, tryFrom);
-  if (!(least < kInfinity) || !IsBent(best.solution.model) || IsHollow(points, best.solution)) return best;
+  if (!(least < kInfinity) || !IsBent(best.solution.model) || IsHollow(best.solution)) return best;
   ForStartsBeside(start, tryFrom);
   const TubeDistance found = best.solution.model;
   if (IsBent(found)) ForStartsAround(found, tryFrom);
