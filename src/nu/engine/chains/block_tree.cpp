@@ -4,7 +4,6 @@
 
 #include "nu/engine/hulls/hull2.h"
 #include "nu/engine/hulls/hull3.h"
-#include "nu/engine/shapes/box.h"
 
 namespace nu::engine::chains {
 namespace {
@@ -14,9 +13,6 @@ namespace {
 constexpr int kOften = 4;
 constexpr std::size_t kLeastHull = 32;
 constexpr std::size_t kHullPart = 4;
-
-// Blocks from this level on are bounded by those so many levels below, the others by their points.
-constexpr std::size_t kLevelsOfPoints = 5;
 
 std::vector<std::size_t> CornersOfHull3(const Hull3& hull) {
   std::vector<std::size_t> corners;
@@ -37,13 +33,7 @@ BlockTree::BlockTree(const std::vector<Vec3>& points) : m_points(points) {
   for (std::size_t size = kLeafPoints; m_levels.empty() || m_levels.back().size() > 1; size *= 2) {
     std::vector<Block> level;
     for (std::size_t begin = 0; begin < points.size(); begin += size) {
-      if (m_levels.size() < kLevelsOfPoints) {
-        level.push_back(BlockOf(begin, std::min(begin + size, points.size())));
-        continue;
-      }
-      const std::vector<Block>& parts = m_levels[m_levels.size() - kLevelsOfPoints];
-      const std::size_t part = begin / (size >> kLevelsOfPoints);
-      level.push_back(BlockAround(&parts[part], std::min(parts.size() - part, std::size_t{1} << kLevelsOfPoints)));
+      level.push_back(BlockOf(begin, std::min(begin + size, points.size())));
     }
     m_corners.emplace_back(level.size());
     m_levels.push_back(std::move(level));
@@ -113,45 +103,6 @@ Block BlockTree::BlockOf(std::size_t begin, std::size_t end) const {
   }
   block.radius = std::sqrt(block.radius);
   block.width = std::sqrt(width);
-  return block;
-}
-
-// The same for the points of smaller blocks, whose bounds stand for them.
-Block BlockTree::BlockAround(const Block* parts, std::size_t count) const {
-  const auto meanOf = [&](std::size_t begin, std::size_t end) {
-    Vec3 sum;
-    for (std::size_t k = begin; k < end; ++k) sum = sum + 0.5 * (parts[k].core.start + parts[k].core.end);
-    return (1.0 / static_cast<double>(end - begin)) * sum;
-  };
-  const std::size_t middle = count / 2;
-  const Vec3 first = meanOf(0, std::max(middle, std::size_t{1}));
-  const Vec3 second = meanOf(middle, count);
-  const Vec3 mean = 0.5 * (first + second);
-  const Vec3 direction = Unit(second - first);
-  double low = 0.0;
-  double high = 0.0;
-  std::size_t ends[] = {parts[0].ends[0], parts[0].ends[1]};
-  Box box = EmptyBox();
-  for (std::size_t k = 0; k < count; ++k) {
-    for (const std::size_t i : parts[k].ends) {
-      const double along = Dot(m_points[i] - mean, direction);
-      if (along < low) low = along, ends[0] = i;
-      if (along > high) high = along, ends[1] = i;
-    }
-    const Vec3 reach{parts[k].radius, parts[k].radius, parts[k].radius};
-    Include(parts[k].centre - reach, box);
-    Include(parts[k].centre + reach, box);
-  }
-  const Vec3 centre = 0.5 * (LoadVec3(box.low) + LoadVec3(box.high));
-  Block block{centre, 0.0, {mean + low * direction, mean + high * direction}, 0.0, {ends[0], ends[1]}};
-  for (std::size_t k = 0; k < count; ++k) {
-    const Edge3& core = parts[k].core;
-    const double squared = std::max(SquaredDistance(core.start, block.core.start, block.core.end),
-                                    SquaredDistance(core.end, block.core.start, block.core.end));
-    block.width = std::max(block.width, std::sqrt(squared) + parts[k].width);
-    const Vec3 offset = parts[k].centre - centre;
-    block.radius = std::max(block.radius, std::sqrt(Dot(offset, offset)) + parts[k].radius);
-  }
   return block;
 }
 

@@ -77,7 +77,6 @@ class BlockTree {
   };
 
   Block BlockOf(std::size_t begin, std::size_t end) const;
-  Block BlockAround(const Block* parts, std::size_t count) const;
   Vec3 MeanOf(std::size_t begin, std::size_t end) const;
   std::vector<std::size_t> HullOf(std::size_t begin, std::size_t end) const;
 
