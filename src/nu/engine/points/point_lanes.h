@@ -21,8 +21,8 @@ NU_ALWAYS_INLINE void LoadPoints(const PointBlock& block, std::size_t i, Lanes& 
 class LaneExtremes {
  public:
   NU_ALWAYS_INLINE void Add(const Lanes& e) {
-    m_smallest = e < m_smallest ? e : m_smallest;
-    m_largest = e > m_largest ? e : m_largest;
+    TakeSmaller(e, m_smallest);
+    TakeLarger(e, m_largest);
   }
   NU_ALWAYS_INLINE double Smallest() const { return base::Smallest(m_smallest); }
   NU_ALWAYS_INLINE double Largest() const { return base::Largest(m_largest); }
