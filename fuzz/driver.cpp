@@ -111,6 +111,7 @@ std::vector<Bytes> Contents(const std::filesystem::path& path) {
   for (const auto& entry : std::filesystem::directory_iterator(path)) paths.push_back(entry.path());
   std::sort(paths.begin(), paths.end());
   std::vector<Bytes> contents;
+  contents.reserve(paths.size());
   for (const auto& each : paths) contents.push_back(Content(each));
   return contents;
 }

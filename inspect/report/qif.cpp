@@ -159,7 +159,7 @@ class QifWriter {
   std::size_t NextId() { return ++m_lastId; }
 
   std::string OpenWithId(const std::string& tag) {
-    const std::string id = std::to_string(NextId());
+    std::string id = std::to_string(NextId());
     m_xml.Open(tag, {{"id", id}});
     return id;
   }

@@ -197,8 +197,9 @@ std::string PlanOf(const Case& each) {
   std::string plan = each.type == "circle" ? "decimal_comma = true\n" : "";
   if (!group.empty()) plan += "group_column = 1\n";
   for (const std::string& criterion : each.criteria) {
-    plan += "[[feature]]\nname = '" + criterion + "'\ntype = '" + each.type + "'\ncriterion = '" + criterion +
-            "'\npoints = '" + kParts + each.source.file + "'\n";
+    plan.append("[[feature]]\nname = '").append(criterion).append("'\ntype = '").append(each.type);
+    plan.append("'\ncriterion = '").append(criterion);
+    plan.append("'\npoints = '").append(kParts).append(each.source.file).append("'\n");
     if (!group.empty()) plan += "group = '" + group + "'\n";
   }
   return plan;

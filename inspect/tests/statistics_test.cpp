@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -43,8 +44,8 @@ TEST(Capability, HoldsItsLaws) {
   const std::vector<double> values = {0.3, -0.1, 0.25, 0.05, 0.4, -0.2};
   const Capability base = CapabilityOf(values, -1.0, 1.0);
   // Another unit and another nominal value change no index.
-  std::vector<double> moved;
-  for (const double value : values) moved.push_back(1000 * value + 7);
+  std::vector<double> moved(values.size());
+  std::transform(values.begin(), values.end(), moved.begin(), [](double value) { return 1000 * value + 7; });
   const Capability other = CapabilityOf(moved, -993.0, 1007.0);
   constexpr double kDigits = 1e-12;
   for (const auto& [a, b] : {std::pair(base.pp, other.pp), std::pair(base.ppk, other.ppk), std::pair(base.cp, other.cp),

@@ -61,7 +61,7 @@ struct Motion {
 
 // Every rotation is as likely as any other (a unit quaternion); the shift is up to `reach` along each axis.
 inline Motion RandomMotion(Random& random, double reach) {
-  double q[4];
+  double q[4] = {};
   double norm = 0.0;
   while (norm < 0.1 || norm > 1.0) {
     norm = 0.0;
