@@ -8,7 +8,6 @@
 namespace {
 
 using nu::test::AnyFit;
-using nu::test::Criterion;
 using nu::test::Fitted;
 
 constexpr const char* kCriterionNames[] = {"least-squares", "minimum-circumscribed", "maximum-inscribed",

@@ -101,7 +101,8 @@ void DrawCriteria(const std::string& file) {
   Picture picture(640, 700, "The same profile under the four criteria");
   int k = 0;
   for (const auto& panel : panels) {
-    const Place middle{170.0 + 310.0 * (k % 2), 165.0 + 345.0 * (k / 2)};
+    const int column = k % 2, row = k / 2;
+    const Place middle{170.0 + 310.0 * column, 165.0 + 345.0 * row};
     const double scale = 115.0;
     const auto at = [&](const CNuPoint& p) { return Place{middle.x + scale * p.x(), middle.y - scale * p.y()}; };
     CNuAssociation association(points);
