@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "nu/engine/minimax/slab3.h"
+#include "nu/engine/minimax/slab_cells.h"
 #include "nu/engine/minimax/strip2.h"
 #include "support/clouds.h"
 
@@ -306,6 +307,42 @@ TEST(NarrowestSlab, EndsWhereManyDirectionsCompete) {
   EXPECT_NEAR(SlabOf(bar).width, 2.0 - 1e-4, 1e-4);
   // Across the two arcs, which end at the angle 1, the width is least half way between their planes.
   EXPECT_NEAR(SlabOf(arcs).width, 2 * std::sin(1.0) * std::sqrt(0.5), 1e-3);
+}
+
+// Cells of directions give the slab of the hull of all points, on round sets with gaps, facets and copies.
+TEST(NarrowestSlab, IsTheSameByCellsOfDirections) {
+  struct Kind {
+    const char* name;
+    double stretch, noise, top;
+    int copies;
+  };
+  constexpr Kind kinds[] = {{"sphere", 1, 0, 2, 1},   {"ellipsoid", 1.001, 0, 2, 1}, {"oblate", 1.1, 0, 2, 1},
+                            {"rough", 1, 1e-9, 2, 1}, {"rougher", 1, 1e-4, 2, 1},    {"flattened", 1, 0, 0.98, 1},
+                            {"repeated", 1, 0, 2, 10}};
+  Random random(54);
+  for (const Kind& kind : kinds) {
+    SCOPED_TRACE(kind.name);
+    std::vector<IndexedPoint> points;
+    while (points.size() < 24000) {
+      const double t = random.Uniform(0, 360) * kDegree, c = random.Uniform(-1, 1);
+      const double r = 1.0 + random.Uniform(-1, 1) * kind.noise, s = r * std::sqrt(1 - c * c);
+      const IndexedPoint p = {{5 + kind.stretch * s * std::cos(t), s * std::sin(t), std::min(r * c, kind.top)},
+                              static_cast<int>(points.size())};
+      points.insert(points.end(), static_cast<std::size_t>(kind.copies), p);
+    }
+    Hull3 hull;
+    HullSlab whole;
+    ASSERT_TRUE(hull.Add(points) && FindNarrowest(hull, kInfinity, nullptr, whole));
+    CellSlab found;
+    double limit = kInfinity;
+    ASSERT_TRUE(FindNarrowestByCells(
+        points, 8.0, [] { return true; }, limit, found));
+    EXPECT_NEAR(found.slab.width.high, whole.width.high, 1e-15);
+    EXPECT_NEAR(Dot(Rounded(found.slab.normal), Rounded(whole.normal)), 1.0, 1e-15);
+    EXPECT_NEAR(limit, whole.width.high, 1e-14);
+    EXPECT_FALSE(FindNarrowestByCells(
+        points, 8.0, [] { return false; }, limit, found));
+  }
 }
 
 }  // namespace
