@@ -44,12 +44,14 @@ inline constexpr double kLastTurn = 0x1p-17;
 inline constexpr double kSmallTurn = 0x1p-10;
 inline constexpr int kHalleySteps = 6;
 
-using LaneMask = decltype(Lanes{} < Lanes{});
+// 1 in the lanes whose turn, or its opposite, is above the bound or is not a number; the others stay.
+NU_ALWAYS_INLINE void OpenAbove(const Lanes& bound, const Lanes& turn, Lanes& open) {
+  NU_LANE_LOOP
+  for (int l = 0; l < kLanes; ++l) open[l] = std::fabs(turn[l]) <= bound[l] ? open[l] : 1.0;
+}
 
-NU_ALWAYS_INLINE bool All(const LaneMask& mask) {
-  auto all = mask[0];
-  for (int l = 1; l < kLanes; ++l) all &= mask[l];
-  return all != 0;
+NU_ALWAYS_INLINE bool AnyOpen(const Lanes& open) {
+  return Sum(open) != 0.0;
 }
 
 NU_ALWAYS_INLINE void Evaluate(const ConicEquation& equation, const Lanes& x, const Lanes& y, Lanes& value, Lanes& gx,
@@ -91,14 +93,15 @@ NU_ALWAYS_INLINE void ReachBySeries(const ConicCurvature& curvature, const LaneG
 }
 
 NU_ALWAYS_INLINE void ReachByHalley(const ConicCurvature& curvature, const LaneGradient& g, LaneReach& reach,
-                                    LaneMask& done) {
+                                    Lanes& open) {
   const double l = curvature.steep;
   const double m = curvature.gentle;
   const double size = std::fabs(l);
   const Lanes square = g.xx + g.yy;
   Lanes s = 2.0 * g.value * square / (2.0 * square * square - 3.0 * g.value * (l * g.xx + m * g.yy));
-  done = (s != s);  // NOLINT(misc-redundant-expression): true in the lanes that are NaN
-  for (int step = 0; step < kHalleySteps && !All(done); ++step) {
+  NU_LANE_LOOP
+  for (int lane = 0; lane < kLanes; ++lane) open[lane] = std::isnan(s[lane]) ? 0.0 : 1.0;
+  for (int step = 0; step < kHalleySteps && AnyOpen(open); ++step) {
     const Lanes u = 1.0 + l * s;
     const Lanes v = 1.0 + m * s;
     const Lanes inverse = 1.0 / (u * v);
@@ -112,7 +115,9 @@ NU_ALWAYS_INLINE void ReachByHalley(const ConicCurvature& curvature, const LaneG
     const Lanes change = 2.0 * rest * fall / (2.0 * fall * fall - rest * bend);
     s += change;
     const Lanes turn = size * change;
-    done = (turn <= kLastTurn * u) & (turn >= -kLastTurn * u) & (turn <= kLastTurn * v) & (turn >= -kLastTurn * v);
+    open = Lanes{};
+    OpenAbove(kLastTurn * u, turn, open);
+    OpenAbove(kLastTurn * v, turn, open);
   }
   const Lanes u = 1.0 + l * s;
   const Lanes v = 1.0 + m * s;
@@ -134,20 +139,21 @@ NU_ALWAYS_INLINE void FindFeet(const ConicView& view, const Lanes& x, const Lane
   const Lanes inverse = 1.0 / (g.xx + g.yy);
   const Lanes r = g.value * inverse;
   const Lanes turn = size * r;
-  LaneMask done = (turn <= kSmallTurn) & (turn >= -kSmallTurn);
+  Lanes open = {};
+  OpenAbove(kSmallTurn - Lanes{}, turn, open);
   LaneReach reach;
-  if (All(done)) {
+  if (!AnyOpen(open)) {
     ReachBySeries(view.curvature, g, inverse, r, reach);
   } else {
-    ReachByHalley(view.curvature, g, reach, done);
+    ReachByHalley(view.curvature, g, reach, open);
   }
   reach.x *= g.x;
   reach.y *= g.y;
   footX = x - (axis.x * reach.x - axis.y * reach.y);
   footY = y - (axis.y * reach.x + axis.x * reach.y);
-  if (All(done)) return;
+  if (!AnyOpen(open)) return;
   for (int lane = 0; lane < kLanes; ++lane) {
-    if (done[lane]) continue;
+    if (open[lane] == 0.0) continue;
     const Vec2 foot = FootOn(view.shape, {x[lane], y[lane]});
     footX[lane] = foot.x;
     footY[lane] = foot.y;
@@ -214,8 +220,9 @@ NU_ALWAYS_INLINE void DifferentiateTwice(const ConicView& view, const LaneDeviat
   const Lanes across = 2.0 * (c[0] * yy - c[1] * xy + c[2] * xx);
   const Lanes mixed = c[1] * (xx - yy) + 2.0 * (c[2] - c[0]) * xy;
   const Lanes half = 0.5 * along * at.e;
-  const Lanes radius = 1.0 + at.e * across;
-  d.turn = at.e * at.e / (radius > kLeastRadius ? radius : kLeastRadius - Lanes{});
+  Lanes radius = kLeastRadius - Lanes{};
+  TakeLarger(1.0 + at.e * across, radius);
+  d.turn = at.e * at.e / radius;
   d.z[0] = half * w[0] - 2.0 * at.e * x * nx;
   d.z[1] = half * w[1] - at.e * (x * ny + y * nx);
   d.z[2] = half * w[2] - 2.0 * at.e * y * ny;
