@@ -89,8 +89,14 @@ Block BlockTree::BlockOf(std::size_t begin, std::size_t end) const {
   for (std::size_t i = begin; i < end; ++i) {
     const Vec3 p = m_points[i];
     const double along = Dot(p - mean, direction);
-    if (along < low) low = along, ends[0] = i;
-    if (along > high) high = along, ends[1] = i;
+    if (along < low) {
+      low = along;
+      ends[0] = i;
+    }
+    if (along > high) {
+      high = along;
+      ends[1] = i;
+    }
     least = {std::min(least.x, p.x), std::min(least.y, p.y), std::min(least.z, p.z)};
     most = {std::max(most.x, p.x), std::max(most.y, p.y), std::max(most.z, p.z)};
   }

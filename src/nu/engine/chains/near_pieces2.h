@@ -50,7 +50,10 @@ class PieceCells2 {
     int closest = -1;
     ForEachNear(distance, p, [&](int i) {
       const double here = m_pieces[Index(i)].DistanceTo(p);
-      if (here < distance) distance = here, closest = i;
+      if (here < distance) {
+        distance = here;
+        closest = i;
+      }
       return true;
     });
     if (closest < 0) return std::nullopt;

@@ -129,8 +129,14 @@ class Wedge {
     const bool takesLow = Contains(low);
     const bool takesHigh = Contains(high);
     m_isEmpty = (!takesLow && !added.Contains(m_low)) || (!takesHigh && !added.Contains(m_high));
-    if (takesLow) m_low = low, m_bounds[0] = index;
-    if (takesHigh) m_high = high, m_bounds[1] = index;
+    if (takesLow) {
+      m_low = low;
+      m_bounds[0] = index;
+    }
+    if (takesHigh) {
+      m_high = high;
+      m_bounds[1] = index;
+    }
   }
 
   // The points that bound the wedge, 0 without.
@@ -178,7 +184,10 @@ class Outlook {
   bool Add(std::size_t index) {
     const Vec3 d = m_points[index] - m_from;
     const double reach = Dot(d, d);
-    if (reach > m_reach) m_reach = reach, m_farthest = index;
+    if (reach > m_reach) {
+      m_reach = reach;
+      m_farthest = index;
+    }
     bool isOpen = true;
     for (int k = 0; k < m_planes; ++k) {
       m_wedge[k].Add(First(d, k), Second(d, k), m_tolerance, index);
