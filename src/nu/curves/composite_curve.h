@@ -47,7 +47,8 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   ENuBoolean IsPlanar() const;
   // Whether two segments come as close as NuGetLengthTol(), or the rounding of the coordinates, but for the points that
   // neighbours share; the ends of a closed curve are neighbours. Neighbours that leave each other by no more than that
-  // before they meet again do not count. About n log n.
+  // before they meet again do not count. About n log n; about n^1.4 where most segments are long and cross others in
+  // space.
   ENuBoolean IsSelfIntersecting() const;
 
   // Exchanges start and end, of all segments and of each; the points stay.

@@ -38,8 +38,8 @@ class NU_EXPORT CNuPolyline : public CNuBoundedCurve {
   // Whether no point is farther than tol from the least-squares plane of the points.
   ENuBoolean IsPlanar(double tol) const;
   // Whether two edges come as close as NuGetLengthTol(), or the rounding of the coordinates, but for the point that
-  // neighbours share; the ends of a closed polyline are neighbours. About n log n; about
-  // n^1.35 where most edges are long and cross others in space.
+  // neighbours share; the ends of a closed polyline are neighbours. About n log n; about n^1.4 where most
+  // edges are long and cross others in space.
   ENuBoolean IsSelfIntersecting() const;
 
   // The area enclosed by the curve and the edge from the last point to the first one, never negative: parts that the

@@ -18,8 +18,9 @@ class NU_EXPORT CNuSimplifiedCurve : public CNuCurve {
   // it. A closed sequence keeps its ends like any other. With a tolerance of 0 only points on an edge are removed,
   // below 0 or with NaN none; a point that is not finite is kept. The result is the shortest path in the graph of all
   // allowed edges (H. Imai, M. Iri, Computational Morphology, 1988), of which few are tested: about n log n for a
-  // measured curve, more where the points scatter by about the tolerance. Lack of memory is CNuMemoryException. Fails
-  // with CNuConstructionException ("CNuSimplifiedCurve"): cause 1, "size of CNuPointArray": no points.
+  // measured curve. Where the points scatter by about the tolerance, each of them takes time in proportion to the
+  // points that one edge spans: a million points take seconds. Lack of memory is CNuMemoryException. Fails with
+  // CNuConstructionException ("CNuSimplifiedCurve"): cause 1, "size of CNuPointArray": no points.
   CNuSimplifiedCurve(const CNuPointArray& points, double tol);
   CNuSimplifiedCurve(const CNuSimplifiedCurve& other) = default;
   CNuSimplifiedCurve(CNuSimplifiedCurve&& other) = default;

@@ -65,4 +65,33 @@ TEST(NearPieces, LookAtAFixedPartOfATangle) {
   }
 }
 
+// The distances of the points of a noisy circle from a point inside are nearly the same, but few of them are extreme.
+TEST(NearPieces, LookAtFewPiecesOfANoisyCircle) {
+  constexpr double kDistance = 0.4;
+  double visits[2];
+  for (const bool isLarge : {false, true}) {
+    Random random(7);
+    const int n = isLarge ? 100'000 : 10'000;
+    std::vector<Piece2> pieces;
+    Vec2 last{1.0, 0.0};
+    for (int i = 1; i <= n; ++i) {
+      const double angle = Nu_2PI * i / n, radius = 1.0 + 1e-4 * random.Uniform(-1.0, 1.0);
+      const Vec2 next{radius * std::cos(angle), radius * std::sin(angle)};
+      pieces.push_back(SegmentBetween(last, next));
+      last = next;
+    }
+    const PieceTree2 tree(pieces);
+    for (int k = 0; k < 100; ++k) {
+      const double angle = 0.01 + Nu_2PI * k / 100;
+      const Vec2 p{(1.0 - kDistance) * std::cos(angle), (1.0 - kDistance) * std::sin(angle)};
+      const auto closest = tree.ClosestWithin(2.0 * kDistance, p);
+      double least = HUGE_VAL;
+      for (const Piece2& piece : pieces) least = std::min(least, piece.DistanceTo(p));
+      ASSERT_TRUE(closest && std::fabs(Norm(*closest - p) - least) < 1e-15);
+    }
+    visits[isLarge ? 1 : 0] = static_cast<double>(tree.Visits());
+  }
+  EXPECT_LT(visits[1], 2.0 * visits[0]);
+}
+
 }  // namespace

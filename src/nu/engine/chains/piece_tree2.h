@@ -2,6 +2,7 @@
 #define NU_ENGINE_CHAINS_PIECE_TREE2_H
 
 #include <algorithm>
+#include <cfloat>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -13,15 +14,16 @@
 
 namespace nu::engine::chains {
 
-// A box around consecutive pieces, and the chord between their ends, from which none of them is farther than the width.
+// A box around consecutive pieces, and a rectangle about them along the line through the means of their two halves.
 struct Stretch2 {
   Box2 box;
-  Piece2 chord;
-  double width;
+  Vec2 direction;  // a unit vector
+  Box2 rectangle;  // coordinates along the direction and to its left
 };
 
-// The stretches of a chain, halved down to a few pieces. A stretch of a smooth curve hardly leaves its chord, so that
-// the width rules out points which the box does not.
+// The stretches of a chain, halved down to a few pieces. The rectangle of a smooth stretch is much thinner than its
+// box. That of a noisy one ends, towards either side, at the point that reaches farthest to that side, so that only
+// stretches with such points are near candidates for the closest one.
 class PieceTree2 {
  public:
   // At least one piece. The pieces must outlive the tree.
@@ -52,11 +54,16 @@ class PieceTree2 {
                    [&](const Tree::Node& leaf) {
                      for (int i = leaf.begin; i < leaf.end; ++i) {
                        const double here = PieceAt(i).DistanceTo(p);
-                       if (here < distance) distance = here, closest = i;
+                       if (here < distance) {
+                         distance = here;
+                         closest = i;
+                       }
                      }
                      return true;
                    },
-                   [p](const Tree::Node& a, const Tree::Node& b) { return a.box.DistanceTo(p) < b.box.DistanceTo(p); });
+                   [p](const Tree::Node& a, const Tree::Node& b) {
+                     return a.rectangle.DistanceTo(Along(a, p)) < b.rectangle.DistanceTo(Along(b, p));
+                   });
     if (closest < 0) return std::nullopt;
     return PieceAt(closest).ClosestTo(p);
   }
@@ -101,26 +108,36 @@ class PieceTree2 {
 
   // The box of more than a leaf is that of its halves.
   Stretch2 StretchOf(int begin, int end, bool isLeaf) const {
-    const Piece2 chord = SegmentBetween(PieceAt(begin).start, PieceAt(end - 1).end);
-    Stretch2 stretch{{}, chord, WidthAround(chord, begin, end)};
-    for (int i = begin; isLeaf && i < end; ++i) stretch.box.Include(BoxAt(i));
+    const int middle = begin + std::max(1, (end - begin) / 2);
+    const Vec2 along = MeanOf(std::min(middle, end - 1), end) - MeanOf(begin, middle);
+    const double length = Norm(along);
+    Stretch2 stretch{{}, length > 0.0 ? (1.0 / length) * along : Vec2{1.0, 0.0}, {}};
+    for (int i = begin; i < end; ++i) {
+      if (isLeaf) stretch.box.Include(BoxAt(i));
+      IncludeInRectangle(PieceAt(i), stretch);
+    }
     return stretch;
   }
-  // The chord of a closed stretch has no direction, so that only the box bounds it.
-  double WidthAround(const Piece2& chord, int begin, int end) const {
-    if (!(chord.length > 0.0)) return HUGE_VAL;
-    double width = 0.0;
-    for (int i = begin; i < end; ++i) {
-      const Piece2& piece = PieceAt(i);
-      const double reach = std::max(chord.DistanceTo(piece.start), chord.DistanceTo(piece.end));
-      width = std::max(width, reach + Sagitta(piece));
+  Vec2 MeanOf(int begin, int end) const {
+    Vec2 sum{0.0, 0.0};
+    for (int i = begin; i < end; ++i) sum = sum + PieceAt(i).start + PieceAt(i).end;
+    return (0.5 / static_cast<double>(end - begin)) * sum;
+  }
+  static Vec2 Along(const Stretch2& stretch, Vec2 p) {
+    return {Dot(stretch.direction, p), Cross(stretch.direction, p)};
+  }
+  static void IncludeInRectangle(const Piece2& piece, Stretch2& stretch) {
+    constexpr double kRoundings = 16.0 * DBL_EPSILON;  // of coordinates of about 1
+    const double margin = Sagitta(piece) + kRoundings;
+    for (const Vec2 end : {piece.start, piece.end}) {
+      const Vec2 p = Along(stretch, end);
+      stretch.rectangle.Include(Vec2{p.x - margin, p.y - margin});
+      stretch.rectangle.Include(Vec2{p.x + margin, p.y + margin});
     }
-    return width;
   }
   bool CanBeWithin(const Stretch2& stretch, double distance, Vec2 p) const {
     ++m_visits;
-    if (!(stretch.box.DistanceTo(p) < distance)) return false;
-    return stretch.width == HUGE_VAL || stretch.chord.DistanceTo(p) - stretch.width < distance;
+    return stretch.box.DistanceTo(p) < distance && stretch.rectangle.DistanceTo(Along(stretch, p)) < distance;
   }
 
   const Box2& BoxAt(int i) const { return m_boxes[static_cast<std::size_t>(i)]; }
