@@ -6,6 +6,8 @@
 #include <limits>
 #include <vector>
 
+#include "nu/engine/minimax/empty_circle2.h"
+#include "nu/engine/minimax/far_squares.h"
 #include "nu/engine/minimax/slab3.h"
 #include "nu/engine/minimax/slab_cells.h"
 #include "nu/engine/minimax/strip2.h"
@@ -343,6 +345,44 @@ TEST(NarrowestSlab, IsTheSameByCellsOfDirections) {
     EXPECT_FALSE(FindNarrowestByCells(
         points, 8.0, [] { return false; }, limit, found));
   }
+}
+
+// The largest empty circle by the triangulation of all points is about a place in one of the squares, and the points
+// that it rests on are near: where points fill areas, leave holes inside and at the border, and make lattices.
+TEST(FarSquares, HoldTheLargestEmptyCircle) {
+  Random random(55);
+  int found = 0;
+  for (int kind = 0; kind < 24; ++kind) {
+    SCOPED_TRACE(kind);
+    const double hole[] = {random.Uniform(-1, 1), kind % 3 == 0 ? 1.0 : random.Uniform(-1, 1)};
+    const double longest = kind % 4 == 1 ? 40.0 : 1.0, gap = 0.03 * (kind % 5);
+    Set<3> set;
+    while (set.size() < 20000) {
+      const double x = random.Uniform(-1, 1), y = random.Uniform(-1, 1);
+      if (std::hypot(x - hole[0], y - hole[1]) < gap || (kind % 6 == 5 && std::hypot(x, y) > 1)) continue;
+      const double step = kind < 18 ? 0.0 : 0.01;
+      set.push_back({longest * (step > 0 ? step * std::round(x / step) : x), y, 0});
+    }
+    PointBlocks blocks(ViewOf(set), {0, 0, 0});
+    const Vec3 axes[] = {{1, 0, 0}, {0, 1, 0}};
+    const EmptyCircle circle = LargestEmptyCircle(blocks, axes);
+    const Grid2 grid = GridOf(blocks, axes);
+    const ConvexPolygon2 hull(grid.points);
+    const FarSquares squares(grid.points, hull);
+    if (!squares.IsFound()) continue;
+    ++found;
+    const auto onGrid = [&](Vec2 p) { return (1.0 / grid.unit) * (p - grid.middle); };
+    EXPECT_TRUE(squares.Hold(onGrid(circle.centre)));
+    EXPECT_LE(squares.Radius(), circle.radius / grid.unit);
+    EXPECT_GE(squares.Radius(), 0.95 * circle.radius / grid.unit);
+    const std::vector<Vec2> near = squares.PointsNear();
+    EXPECT_LT(near.size(), grid.points.size() / 2);
+    for (int k = 0; k < circle.contacts; ++k) {
+      const Vec2 contact = GridFrame::Rounded(onGrid(circle.contact[k]));
+      EXPECT_EQ(std::count(near.begin(), near.end(), contact), 1);
+    }
+  }
+  EXPECT_GE(found, 18);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "nu/engine/base/floating_point.h"
 #include "nu/engine/hulls/convex_polygon2.h"
 #include "nu/engine/hulls/voronoi_edge2.h"
+#include "nu/engine/minimax/far_squares.h"
 
 // The distance from the nearest point has its largest values within the hull at Voronoi vertices and where Voronoi
 // edges leave the hull (M. I. Shamos, D. Hoey, Closest-point problems, FOCS 1975; G. T. Toussaint, Computing largest
@@ -63,6 +64,12 @@ void SetCentreOnThree(EmptyCircle& circle) {
 class Search {
  public:
   explicit Search(const std::vector<Vec2>& points) : m_hull(points), m_mesh(points) {}
+  // Of more points, about which these are all that matter while the centre is in one of the squares.
+  Search(const std::vector<Vec2>& points, const ConvexPolygon2& hull, const FarSquares& squares)
+      : m_hull(hull), m_mesh(points), m_squares(&squares) {
+    const double limit = std::max(0.0, squares.Radius() - kSameRadius);
+    m_limit = limit * limit;
+  }
 
   const std::vector<Vec2>& Corners() const { return m_hull.Corners(); }
 
@@ -126,7 +133,7 @@ class Search {
     if (!(left >= right)) return;
     for (const double t : {left, right}) {
       const double square = edge.SquareAt(t);
-      if (!MayReach(square)) continue;
+      if (!MayReach(square) || (m_squares != nullptr && !m_squares->Hold(edge.PointAt(t)))) continue;
       if (square > m_largest) Raise(square);
       Keep({e, t, square});
     }
@@ -176,6 +183,7 @@ class Search {
 
   ConvexPolygon2 m_hull;
   Delaunay2 m_mesh;
+  const FarSquares* m_squares = nullptr;
   double m_largest = 0.0;               // squared radius
   double m_limit = 0.0;                 // the least squared radius that counts as the same
   std::vector<Candidate> m_candidates;  // the last ones, which agree about the radius
@@ -227,6 +235,8 @@ class SeenPolygon {
     m_least = *std::min_element(m_near.begin(), m_near.end());
     return true;
   }
+
+  bool IsInside(Vec2 steps) const { return Dot(steps, steps) <= m_near[CellOf(steps)]; }
 
   // Whether a point, given in steps and not yet rounded, lets the hull grow so that a larger empty circle might be
   // about a new place. When no point does, all are in the polygon blown up by a share of its distance from the origin,
@@ -297,7 +307,7 @@ class FewPoints {
       Search search(m_few);
       const EmptyCircle circle = search.Run();
       if (!circle.found || !m_polygon.See(search.Corners(), circle.radius)) return {};
-      if (TooManyOffend(circle)) return {};
+      if (TooManyOffend(circle)) return BySquares();
       const std::size_t before = m_few.size();
       const std::size_t offenders = AddOffenders(circle);
       if (offenders == 0) return circle;
@@ -333,6 +343,34 @@ class FewPoints {
         visit(m_frame.InSteps({Dot(p, m_axes[0]), Dot(p, m_axes[1])}));
       }
       next -= block.size;
+    });
+  }
+
+  // Where points fill an area few of them are next to a large circle.
+  EmptyCircle BySquares() {
+    std::vector<Vec2> all, outer = m_few;
+    all.reserve(m_points.Size());
+    ForEach([&](Vec2 steps) {
+      all.push_back(GridFrame::Rounded(steps));
+      if (!m_polygon.IsInside(steps)) outer.push_back(all.back());
+    });
+    // A slender outline fills no area.
+    if (outer.size() > all.size() / 2) return {};
+    SortOnGrid(outer);
+    const ConvexPolygon2 hull(outer);
+    const FarSquares squares(all, hull);
+    if (!squares.IsFound()) return {};
+    const std::vector<Vec2> near = squares.PointsNear();
+    if (near.size() < 2 || near.size() > all.size() / 2) return {};
+    const EmptyCircle circle = Search(near, hull, squares).Run();
+    return circle.found && IsEmpty(circle, all) ? circle : EmptyCircle{};
+  }
+
+  static bool IsEmpty(const EmptyCircle& circle, const std::vector<Vec2>& points) {
+    const double reach = SquaredReach(circle);
+    return std::none_of(points.begin(), points.end(), [&](Vec2 p) {
+      const Vec2 offset = p - circle.centre;
+      return Dot(offset, offset) < reach;
     });
   }
 
