@@ -1,6 +1,7 @@
 #ifndef NU_ENGINE_LEAST_SQUARES_CONIC_KERNELS_H
 #define NU_ENGINE_LEAST_SQUARES_CONIC_KERNELS_H
 
+#include "nu/engine/least_squares/conic_feet.h"
 #include "nu/engine/points/point_lanes.h"
 #include "nu/engine/shapes/conic_equation.h"
 
@@ -13,7 +14,7 @@
 //
 // which falls in s as long as both denominators are positive: the foot is then on the same side of both axes of the
 // conic as the point, and no other point of the conic is closer. Halley's method from s = 0 finds it. What does not
-// converge, near the evolute for example, is found by FootOn.
+// converge, near the evolute for example, is found as FootOn does.
 //
 // With n the unit normal grad G / |grad G| at the foot and t the tangent, the deviation is e = n . (p - q). When the
 // coefficients c change, with the monomials f of the foot and w = f / |grad G|,
@@ -152,12 +153,7 @@ NU_ALWAYS_INLINE void FindFeet(const ConicView& view, const Lanes& x, const Lane
   footX = x - (axis.x * reach.x - axis.y * reach.y);
   footY = y - (axis.y * reach.x + axis.x * reach.y);
   if (!AnyOpen(open)) return;
-  for (int lane = 0; lane < kLanes; ++lane) {
-    if (open[lane] == 0.0) continue;
-    const Vec2 foot = FootOn(view.shape, {x[lane], y[lane]});
-    footX[lane] = foot.x;
-    footY[lane] = foot.y;
-  }
+  FindFeetOn(view.shape, x, y, open, footX, footY);
 }
 
 // The deviations of the eight points from i on.

@@ -18,19 +18,16 @@
 #include <algorithm>
 
 #include "nu/engine/base/elementary.h"
+#include "nu/engine/shapes/foot_steps.h"
 
 namespace nu::engine::shapes {
 namespace {
-
-// Newton's method converges quadratically but towards a cusp of the evolute, where two or three roots meet: each step
-// takes at least a third of the way there.
-constexpr int kMaxSteps = 120;
 
 // From a start on one side of the root of a convex function, whose steps all lead on in one direction until rounding
 // turns one round. step(u) is the value over the slope.
 template<class Step>
 double MonotoneRoot(double u, bool rising, Step step) {
-  for (int k = 0; k < kMaxSteps; ++k) {
+  for (int k = 0; k < kMostFootSteps; ++k) {
     const double next = u - step(u);
     if (!(rising ? next > u : next < u)) break;
     u = next;
@@ -49,9 +46,9 @@ Vec2 UnitFoot(const Ellipse2& curve, Vec2 p) {
     return {c, std::sqrt((1.0 - c) * (1.0 + c))};
   }
   const double u = MonotoneRoot(std::max(n, m - k), true, [&](double at) {
-    const double c = m / (at + k);
-    const double s = n / at;
-    return -0.5 * (c * c + s * s - 1.0) / (c * c / (at + k) + s * s / at);
+    double step;
+    FindEllipseStep(m, n, k, at, step);
+    return step;
   });
   const Vec2 foot{m / (u + k), n / u};
   return (1.0 / std::sqrt(Dot(foot, foot))) * foot;
@@ -66,8 +63,9 @@ double Sine(const Hyperbola2& curve, Vec2 p) {
   const double n = b * (p.y / scale) / w;
   if (n == 0.0) return m > 1.0 ? std::sqrt((m - 1.0) * (m + 1.0)) : 0.0;
   return MonotoneRoot(m + n, false, [&](double s) {
-    const double c = std::sqrt(1.0 + s * s);
-    return (s - m * (s / c) - n) / (1.0 - m / c / c / c);
+    double step;
+    FindHyperbolaStep(m, n, s, step);
+    return step;
   });
 }
 
