@@ -79,8 +79,8 @@ class NU_EXPORT CNuCompositeCurve : public CNuBoundedCurve {
   //   45  "Offset of non-planar curve": not in one plane with that normal
   //   45  "Offset with different shape": shape is neither 0 nor 1     26  "Offset": a gap between segments
   //   30  "Offset": the result has gaps that rounding does not explain     28  "Offset": a sharp corner folds back
-  //   45  "calculation": more than 4,000,000 crossings of offset pieces and 20 for each segment, or 1,000,000,000
-  //       comparisons with boxes and 5,000 for each segment, as for thousands of long edges across each other
+  //   45  "calculation": more than 4,000,000 crossings of offset pieces and 20 for each segment, or 200,000,000
+  //       comparisons with boxes and 2,000 for each segment, as for thousands of long edges across each other
   //   29  "Offset": coordinates of the result overflow
   //   28  "Offset": nothing is left, or nothing closed of a closed curve     30  "Offset": the result is several curves
   CNuBoundedCurve* Offset(double distance, const CNuVector& normal, int shape) override;
