@@ -67,7 +67,7 @@ void HighPoints::FindHighest(const List& list, const double (&u)[2], const doubl
   constexpr std::size_t kFew = 2 * kLanes;
   const std::size_t inLanes = list.Size() < kFew ? 0 : list.Size() / kLanes * kLanes;
   double most[4][kLanes], where[4][kLanes];
-  for (int k = 0; k < 4; ++k) std::fill(most[k], most[k] + kLanes, -kInfinity);
+  for (auto& lanes : most) std::fill(lanes, lanes + kLanes, -kInfinity);
   const std::size_t begin = list.begin;
   if (inLanes > 0) HighestOfLanes({X() + begin, Y() + begin, Z() + begin}, inLanes, u, v, most, where);
   for (int k = 0; k < 4; ++k) {

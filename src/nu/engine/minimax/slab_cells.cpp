@@ -135,7 +135,7 @@ class CellSearch {
     constexpr std::size_t kOfACell = 20;
     if (!Spend(lists.Size() + kOfACell)) return false;
     const Quarters quarters(cell);
-    std::size_t place[2][4];
+    std::size_t place[2][4] = {};
     for (const int side : {0, 1}) {
       m_side[side].FindHighest(lists.side[side], quarters.middleU, quarters.middleV, place[side]);
     }
