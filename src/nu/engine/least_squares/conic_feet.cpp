@@ -92,7 +92,7 @@ void FindFeetOn(const ConicShape& shape, const Lanes& x, const Lanes& y, const L
                 Lanes& footY) {
   constexpr double kTogether = 2.0;
   const bool isTogether = shape.kind != ConicKind::parabola && Sum(open) >= kTogether;
-  Lanes foundX, foundY, n = {};
+  Lanes foundX = {}, foundY = {}, n = {};
   if (isTogether) FindFeetOffAxis(shape, x, y, open, foundX, foundY, n);
   for (int l = 0; l < kLanes; ++l) {
     if (open[l] == 0.0) continue;
