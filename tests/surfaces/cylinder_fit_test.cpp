@@ -247,4 +247,32 @@ TEST(CylinderFit, FollowsCreepingStepsToTheirEnd) {
   EXPECT_NE(cone.FitEx(skew, std::numeric_limits<long>::max()), NuFitSuccess);
 }
 
+// Points that are no cylinder and no cone: Gauss-Newton steps creep for hundreds of steps, those by second derivatives
+// arrive.
+TEST(CylinderFit, ArrivesInFewStepsOnWhatIsNoCylinder) {
+  constexpr long kSteps = 40;
+  constexpr int kCount = 4000;
+  Random random(63);
+  const auto cloud = [&](auto&& point) {
+    CNuPointArray points(kCount);
+    for (int i = 0; i < kCount; ++i) points.Add(point());
+    return points;
+  };
+  const auto direction = [&] { return CNuPoint(random.Bell(), random.Bell(), random.Bell()); };
+  const CNuPointArray bell = cloud(direction);
+  const CNuPointArray sphere = cloud([&] {
+    const CNuPoint p = direction();
+    const double length = std::sqrt(p.x() * p.x() + p.y() * p.y() + p.z() * p.z());
+    return CNuPoint(p.x() / length, p.y() / length, p.z() / length);
+  });
+  for (const CNuPointArray& points : {bell, sphere}) {
+    CNuCylSurf cylinder(1.0);
+    CNuConSurf cone(45.0);
+    double form = 0.0, ofCylinder = 0.0, ofCone = 0.0;
+    ASSERT_EQ(cylinder.FitEx(points, &form, &ofCylinder, kSteps), NuFitSuccess);
+    ASSERT_EQ(cone.FitEx(points, &form, &ofCone, kSteps), NuFitSuccess);
+    EXPECT_LT(ofCone, (1.0 + 1e-9) * ofCylinder);
+  }
+}
+
 }  // namespace

@@ -11,6 +11,7 @@ namespace nu::engine::least_squares {
 template<bool kBothNappes>
 struct ConeLanes {
   static constexpr int kUnknowns = 6;
+  static constexpr int kExtras = 1;  // the squared distance from M
 
   // The frame's origin is M, its x the normal and its z the generator.
   ConeLanes(const AxisFrame& frame, double angleCosine, double angleSine, double heightOfM, double riseOverM,
@@ -77,6 +78,12 @@ struct ConeLanes {
     column[3] = p.l * inverse;
     column[4] = f * column[2];
     column[5] = f * column[3];
+  }
+
+  NU_ALWAYS_INLINE void AddExtras(const PointBlock& block, std::size_t i, const Lanes& weight, Lanes* sum) const {
+    Lanes x, y, t;
+    Locate(block, i, x, y, t);
+    sum[0] += weight * (x * x + y * y + t * t);
   }
 
   Vec3 normal, generator, across;

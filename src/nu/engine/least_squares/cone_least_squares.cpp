@@ -1,5 +1,6 @@
 #include "nu/engine/least_squares/cone_least_squares.h"
 
+#include "nu/engine/least_squares/axis_curvatures.h"
 #include "nu/engine/least_squares/cone_lanes.h"
 
 // Gauss-Newton on the distance e of the points from the cone. A part of a cone says little about apex and angle but
@@ -107,6 +108,11 @@ NU_KERNEL void SumProducts(const PointBlock& block, const ConeLanes<false>& give
   found = {0.0, extremes.Smallest(), extremes.Largest()};
 }
 
+NU_KERNEL void SumProducts(const PointBlock& block, const ConeLanes<true>& surface,
+                           double (&sums)[kSums<ConeLanes<true>>], Deviations& found) {
+  ProductsBody(block, surface, sums, found);
+}
+
 NU_KERNEL void FindDeviations(const PointBlock& block, const ConeLanes<false>& surface, Deviations& found) {
   DeviationsBody(block, surface, found);
 }
@@ -173,23 +179,15 @@ ConeProblem::System SumOneNappe(PointBlocks& points, const ConeModel& model) {
   return system;
 }
 
-// Slower, for any cone.
-ConeProblem::System SumByRows(PointBlocks& points, const ConeModel& model) {
-  const TallReduction reduction = ConeProblem::Reduce(points, model);
-  ConeProblem::System system;
-  for (int i = 0; i < kColumns; ++i) {
-    system.right[i] = 0.0;
-    for (int k = 0; k <= i; ++k) system.right[i] += reduction.R(k, i) * reduction.R(k, kColumns);
-    for (int j = 0; j < kColumns; ++j) {
-      system.product[i][j] = 0.0;
-      for (int k = 0; k <= std::min(i, j); ++k) system.product[i][j] += reduction.R(k, i) * reduction.R(k, j);
-    }
-  }
-  system.deviations = ConeProblem::DeviationsFrom(points, model);
-  system.count = static_cast<double>(points.Size());
-  CompensatedSum spread;
-  points.ForEachPoint([&](const Vec3& p) { spread.Add(Dot(p - model.pivot, p - model.pivot)); });
-  system.spread = spread.Value();
+// The generic sums.
+ConeProblem::System SumBothNappes(PointBlocks& points, const ConeModel& model) {
+  BlockSums<kSums<ConeLanes<true>>> total;
+  ConeProblem::System system = SystemOf(
+      points, LanesOf<true>(model),
+      [](const PointBlock& block, const ConeLanes<true>& surface, double(&sums)[kSums<ConeLanes<true>>],
+         Deviations& part) { SumProducts(block, surface, sums, part); },
+      total);
+  system.spread = total[kSums<ConeLanes<true>> - 1];
   return system;
 }
 
@@ -244,7 +242,30 @@ void ConeProblem::Complete(ConeModel& model) {
 }
 
 ConeProblem::System ConeProblem::Sum(PointBlocks& points, const ConeModel& model) {
-  return model.bothNappes ? SumByRows(points, model) : SumOneNappe(points, model);
+  return model.bothNappes ? SumBothNappes(points, model) : SumOneNappe(points, model);
+}
+
+// k and H cos a are linear in e together, and the other unknowns are linear in the six coefficients.
+void ConeProblem::AddSecond(PointBlocks& points, const ConeModel& model, System& system) {
+  const double cosine = Cos(model.angle), sine = Sin(model.angle);
+  double natural[kAxisUnknowns][kAxisUnknowns];
+  SumCurvatures(points, {.frame = model, .cosine = cosine, .sine = sine, .bothNappes = model.bothNappes}, natural);
+  const double lever = (model.height * sine + model.foot) / cosine;
+  const double inverse = 1.0 / cosine;
+  // Of a, s, H, A, B by the coefficients.
+  const double by[kAxisUnknowns][kUnknowns] = {{0.0, 1.0, 0.0, 0.0, 0.0, 1.0},
+                                               {0.0, 0.0, inverse, 0.0, -lever, 0.0},
+                                               {0.0, 0.0, 0.0, inverse, 0.0, -lever},
+                                               {0.0, 0.0, 0.0, 0.0, 0.0, -1.0},
+                                               {0.0, 0.0, 0.0, 0.0, 1.0, 0.0}};
+  for (int i = 0; i < kUnknowns; ++i) {
+    for (int j = 0; j < kUnknowns; ++j) {
+      double sum = 0.0;
+      for (int k = 0; k < kAxisUnknowns; ++k)
+        for (int l = 0; l < kAxisUnknowns; ++l) sum += by[k][i] * natural[k][l] * by[l][j];
+      system.second[i][j] = sum;
+    }
+  }
 }
 
 TallReduction ConeProblem::Reduce(PointBlocks& points, const ConeModel& model) {

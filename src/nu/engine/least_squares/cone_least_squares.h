@@ -35,6 +35,7 @@ struct ConeProblem {
 
   static void Complete(ConeModel& model);
   static System Sum(PointBlocks& points, const ConeModel& model);
+  static void AddSecond(PointBlocks& points, const ConeModel& model, System& system);
   static TallReduction Reduce(PointBlocks& points, const ConeModel& model);
   static Deviations DeviationsFrom(PointBlocks& points, const ConeModel& model);
   // That of the axis' shift across and of what its turn and the change of the angle move at the points.

@@ -1,5 +1,6 @@
 #include "nu/engine/least_squares/cylinder_least_squares.h"
 
+#include "nu/engine/least_squares/axis_curvatures.h"
 #include "nu/engine/least_squares/cylinder_lanes.h"
 
 // Gauss-Newton on e = |p - foot on the axis| - r. A narrow part of a cylinder says little about axis and radius but
@@ -59,6 +60,13 @@ CylinderProblem::System CylinderProblem::Sum(PointBlocks& points, const Cylinder
   system.along = total[kSums<CylinderLanes> - 2] / system.count;
   system.spread = total[kSums<CylinderLanes> - 1];
   return system;
+}
+
+// The rise is linear in e, and the angle stays.
+void CylinderProblem::AddSecond(PointBlocks& points, const CylinderModel& model, System& system) {
+  double second[kAxisUnknowns][kAxisUnknowns];
+  SumCurvatures(points, {.frame = model}, second);
+  for (int i = 1; i < kUnknowns; ++i) std::copy_n(&second[i][1], kUnknowns - 1, &system.second[i][1]);
 }
 
 TallReduction CylinderProblem::Reduce(PointBlocks& points, const CylinderModel& model) {

@@ -30,6 +30,7 @@ struct CylinderProblem {
 
   static void Complete(CylinderModel&) {}
   static System Sum(PointBlocks& points, const CylinderModel& model);
+  static void AddSecond(PointBlocks& points, const CylinderModel& model, System& system);
   static TallReduction Reduce(PointBlocks& points, const CylinderModel& model);
   static Deviations DeviationsFrom(PointBlocks& points, const CylinderModel& model);
   // That of the axis' shift across and of what its turn moves at the points.

@@ -107,7 +107,8 @@ struct StepGains {
 // shortened (D. W. Marquardt, J. SIAM 11, 1963). Where a feature gives its second derivatives, and they show a valley,
 // the steps are Newton's: on points that are no such feature Gauss-Newton creeps. Where they show a ridge, or next to
 // no curvature, a step follows them as far as a trust region allows, which grows as long as they hold (J. J. More, D.
-// C. Sorensen, SIAM J. Sci. Stat. Comput. 4, 1983).
+// C. Sorensen, SIAM J. Sci. Stat. Comput. 4, 1983). A feature may also add them only where plain steps creep: from
+// there on all steps are Newton's, within a trust region.
 //
 // A feature is static functions; lengths in it are scaled as the blocks are:
 //
@@ -122,6 +123,8 @@ struct StepGains {
 //   double SquaredLength(model, system, step)
 //   void Move(points, system, step, Model&)
 //   bool IsEnough(StepGains, sumSquares)     whether a descent ends with this step
+//   void AddSecond(points, model, system)    optional: adds the second derivatives to a system without them, which is
+//                                            worth a pass where plain steps creep
 //   bool AreAlike(model, model)              optional: whether both have the same unknowns and second derivatives, so
 //                                            that steps from one to the other tell what these leave out
 template<class Feature>
@@ -137,6 +140,7 @@ class DampedGaussNewton {
     m_damping = 0.0;
     m_steps = 0;
     m_isLengthened = false;
+    m_usesSecond = false;
     m_reach = kFirstReach;
     m_plainSteps = plainSteps;
     m_learned = {};
@@ -154,7 +158,11 @@ class DampedGaussNewton {
     GaussNewtonStep step;
     if (LeadsUphill(system)) {
       m_model = m_best;
-      m_isLengthened ? LessReach() : MoreDamping();
+      if (m_usesSecond) {
+        m_radius = kLessRadius * std::sqrt(SquaredReach(m_step));
+      } else {
+        m_isLengthened ? LessReach() : MoreDamping();
+      }
       m_deviations.reset();
       m_walk = 0;
     } else {
@@ -167,24 +175,35 @@ class DampedGaussNewton {
       m_best = m_model;
       m_system = system;
       m_walk = m_points.RangedWalk();
+      if (m_usesSecond) AddSecond();
       m_hasBest = true;
     }
     double before[kUnknowns];
     std::copy_n(m_step, kUnknowns, before);
     step.solvable = Solve();
+    if (Creeps()) {
+      m_radius = kFirstRadius * std::sqrt(SquaredReach(m_step));
+      m_usesSecond = true;
+      AddSecond();
+      step.solvable = Solve();
+    }
     // Convergence is judged by the full step: a damped one is short without having arrived.
-    double gain = 0.0;
-    for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * m_system.right[j];
-    step.squaredLength = Feature::SquaredLength(m_model, m_system, m_step) / (m_points.Scale() * m_points.Scale());
+    const double gain = Gain();
+    step.squaredLength = SquaredLength();
     m_squaredLengthBefore = m_squaredLength;
     m_squaredLength = step.squaredLength;
     step.sumSquares = m_system.deviations.sumSquares / (m_points.Scale() * m_points.Scale());
     step.atRoundingLevel = gain <= RoundingLevel();
-    if (m_damping > 0.0) Damp();
+    m_isShortened = m_damping > 0.0;
+    if (m_usesSecond) {
+      KeepWithinRadius();
+    } else if (m_damping > 0.0) {
+      Damp();
+    }
     m_predicted = PredictedGain();
     // Where the sum is not smooth, every step leads uphill until damping leaves nothing to gain.
-    const bool isIdle = m_damping > 0.0 && m_predicted <= kIdleGain * m_system.deviations.sumSquares;
-    if constexpr (Feature::kHasSecond) {
+    const bool isIdle = m_isShortened && m_predicted <= kIdleGain * m_system.deviations.sumSquares;
+    if (Feature::kHasSecond || m_usesSecond) {
       step.atRoundingLevel = step.atRoundingLevel || isIdle;
     } else {
       LengthenAfter(before);
@@ -194,21 +213,29 @@ class DampedGaussNewton {
 
   void TakeStep() {
     const double rate = std::sqrt(m_squaredLength / m_squaredLengthBefore);
-    m_lastStep = m_damping > 0.0 || m_isLengthened ? LastStep() : LastStep(m_walk, m_system, m_step, m_predicted, rate);
+    m_lastStep = m_isShortened || m_isLengthened ? LastStep() : LastStep(m_walk, m_system, m_step, m_predicted, rate);
     Feature::Move(m_points, m_system, m_step, m_model);
     m_deviations.reset();
   }
 
   // Goes downhill by at most so many steps, until one is not worth its pass. False when there were not enough of them,
-  // or they creep.
+  // or they creep. Trials that are compared with others stay plain: so do the optima that they lead to.
   bool Descend(int mostSteps) {
+    m_isTrial = true;
+    const bool settled = DescendAnyhow(mostSteps);
+    m_isTrial = false;
+    return settled;
+  }
+
+  // The same, by second derivatives where plain steps creep.
+  bool DescendAnyhow(int mostSteps) {
     StepGains gains;
     CreepWatch watch(kPatientRule);
     for (int k = 0; k < mostSteps; ++k) {
       const GaussNewtonStep step = SolveStep();
       if (!step.solvable || !std::isfinite(step.squaredLength) || step.atRoundingLevel) return true;
       gains.now = m_predicted;
-      gains.damped = m_damping > 0.0;
+      gains.damped = m_isShortened;
       TakeStep();
       if (Feature::IsEnough(gains, m_system.deviations.sumSquares)) return true;
       if (watch.Creeps(gains.now, RoundingLevel())) return false;
@@ -227,7 +254,14 @@ class DampedGaussNewton {
   // At the best place so far, scaled as the blocks are; infinite before one is known.
   double SumSquares() const { return m_hasBest ? m_system.deviations.sumSquares : kInfinity; }
   // Whether the points determined all parameters when the last step was solved.
-  bool Determined() const { return m_determined; }
+  bool Determined() {
+    if constexpr (Feature::kHasRows) {
+      double step[kUnknowns];
+      if (m_isOpen) m_determined = SolveReduced(Feature::Reduce(m_points, m_best), step).determined;
+      m_isOpen = false;
+    }
+    return m_determined;
+  }
   // Sum of the squared deviations that rounding errors of the coordinates make.
   double RoundingLevel() const { return kNoise * kNoise * m_system.spread; }
   // Of the points, from the pivot; known after a step was solved.
@@ -237,6 +271,7 @@ class DampedGaussNewton {
 
  private:
   static constexpr int kUnknowns = Feature::kUnknowns;
+  static constexpr bool kAddsSecond = requires { &Feature::AddSecond; };
   static constexpr bool kLearns = requires(const typename Feature::Model& m) { Feature::AreAlike(m, m); };
 
   // Smallest pivot, as a part of its diagonal entry, of a system that is taken for well-conditioned: half of the digits
@@ -263,7 +298,38 @@ class DampedGaussNewton {
   // A damped step that should gain less than this part of the sum of squares gains nothing.
   static constexpr double kIdleGain = 1e-12;
 
+  // How far steps by second derivatives may reach at first, in lengths of the plain one, and by how much less or more
+  // than the step that gained too little, or nearly all that was predicted.
+  static constexpr double kFirstRadius = 16.0;
+  static constexpr double kLessRadius = 0.25;
+  static constexpr double kMoreRadius = 4.0;
+
+  static constexpr int kPlainSteps = 8;  // that say to which optimum the steps lead
+
   using System = StepSystem<kUnknowns>;
+
+  // Whether plain steps have become so many, and shrink so little, that second derivatives are worth their pass.
+  bool Creeps() {
+    constexpr double kSlow = 0.04;  // in squares
+    if (!kAddsSecond || m_usesSecond || m_isTrial || m_steps + m_plainSteps < kPlainSteps) return false;
+    const double now = SquaredLength();
+    return now > kSlow * m_squaredLength && Gain() > RoundingLevel();
+  }
+
+  double Gain() const {
+    double gain = 0.0;
+    for (int j = 0; j < kUnknowns; ++j) gain += m_step[j] * m_system.right[j];
+    return gain;
+  }
+
+  // In the unit of the points.
+  double SquaredLength() const {
+    return Feature::SquaredLength(m_model, m_system, m_step) / (m_points.Scale() * m_points.Scale());
+  }
+
+  void AddSecond() {
+    if constexpr (kAddsSecond) Feature::AddSecond(m_points, m_best, m_system);
+  }
 
   // The root of a sum of squares is known to the rounding errors of its terms.
   bool LeadsUphill(const System& system) const {
@@ -273,7 +339,9 @@ class DampedGaussNewton {
 
   bool Solve() {
     m_isLengthened = false;
-    if (Feature::kHasSecond && SolveNewton()) return m_determined = true;
+    m_isOpen = false;
+    if ((Feature::kHasSecond || m_usesSecond) && SolveNewton()) return m_determined = true;
+    if (m_usesSecond) return SolveRidge();
     std::copy_n(&m_system.product[0][0], kUnknowns * kUnknowns, &m_matrix[0][0]);
     m_determined = SolvePositive(m_system.product, m_system.right, m_step) > kClearPivot;
     if (m_determined) {
@@ -287,6 +355,46 @@ class DampedGaussNewton {
     }
     for (int i = 0; i < kUnknowns; ++i) m_matrix[i][i] *= 1.0 + kClearPivot;
     return SolvePositive(m_matrix, m_system.right, m_step) > 0.0;
+  }
+
+  // Where the second derivatives show no valley, the plain step tells how far away its end is. Whether the points
+  // determine all parameters is left open where the equations are not clear.
+  bool SolveRidge() {
+    const double pivot = SolvePositive(m_system.product, m_system.right, m_step);
+    m_determined = pivot > kClearPivot;
+    m_isOpen = !m_determined;
+    if (pivot > 0.0) return true;
+    double heavier[kUnknowns][kUnknowns];
+    std::copy_n(&m_system.product[0][0], kUnknowns * kUnknowns, &heavier[0][0]);
+    for (int i = 0; i < kUnknowns; ++i) heavier[i][i] *= 1.0 + kClearPivot;
+    return SolvePositive(heavier, m_system.right, m_step) > 0.0;
+  }
+
+  // Solves Newton's equations with as little on the diagonal as makes them positive definite and the step this short.
+  void KeepWithinRadius() {
+    constexpr double kFirst = 1e-10, kFactor = 4.0, kLast = 1e20;
+    constexpr double kLong = 0.7;  // of the radius
+    constexpr int kHalvings = 24;
+    double more = 0.0;
+    while (!SolveWithin(more) && more < kLast) more = std::max(kFirst, kFactor * more);
+    m_isShortened = more > 0.0;
+    double low = more / kFactor;
+    for (int k = 0; m_isShortened && k < kHalvings && SquaredReach(m_step) < kLong * kLong * m_radius * m_radius; ++k) {
+      const double middle = std::sqrt(low * more);
+      (SolveWithin(middle) ? more : low) = middle;
+    }
+    FillNewton(0.0, m_matrix);
+  }
+
+  // Whether there is such a step; it replaces the last one.
+  bool SolveWithin(double more) {
+    double matrix[kUnknowns][kUnknowns];
+    double step[kUnknowns];
+    FillNewton(more, matrix);
+    if (!(SolvePositive(matrix, m_system.right, step) > kClearPivot)) return false;
+    if (!(SquaredReach(step) <= m_radius * m_radius)) return false;
+    std::copy_n(step, kUnknowns, m_step);
+    return true;
   }
 
   // The damped step solves the equations with a heavier diagonal, which is positive definite.
@@ -304,10 +412,19 @@ class DampedGaussNewton {
   void LessReach() { m_reach = std::max(1.0, m_reach / kMoreReach); }
 
   void Adapt(double sumSquares) {
+    if (m_usesSecond) return AdaptRadius(sumSquares);
     const double gained = m_system.deviations.sumSquares - sumSquares;
     if (gained > kGoodGain * m_predicted) m_reach = m_isLengthened ? kMoreReach * m_reach : kFirstReach;
     if (m_isLengthened && gained < kPoorGain * m_predicted) LessReach();
     if (!m_isLengthened) AdaptDamping(sumSquares);
+  }
+
+  void AdaptRadius(double sumSquares) {
+    const double gained = m_system.deviations.sumSquares - sumSquares;
+    if (m_predicted <= kNoise * std::sqrt(m_system.deviations.sumSquares * m_system.spread)) return;
+    const double length = std::sqrt(SquaredReach(m_step));
+    if (gained < kPoorGain * m_predicted) m_radius = kLessRadius * length;
+    if (gained > kGoodGain * m_predicted) m_radius = std::max(m_radius, kMoreRadius * length);
   }
 
   // On rough parts full steps may swing from one side of the minimum to the other; as long as they do, they stay
@@ -351,7 +468,6 @@ class DampedGaussNewton {
   // Where the equations with the second derivatives are not clearly positive definite, solves them with as little on
   // the diagonal as keeps the step within so many times the plain one, which stays where this leads to none longer.
   void LengthenWithin(double reach) {
-    constexpr int kPlainSteps = 8;  // that say to which optimum the steps lead
     constexpr double kFirst = 1e-10, kFactor = 4.0, kLast = 1.0;
     if (m_damping > 0.0 || !(reach > 1.0)) return;
     if (++m_plainSteps <= kPlainSteps && !m_learned.Counts()) return;
@@ -405,6 +521,10 @@ class DampedGaussNewton {
   double m_damping = 0.0;
   int m_steps = 0;  // solved since the start
   bool m_isLengthened = false;
+  bool m_isTrial = false;
+  bool m_usesSecond = false;   // the steps are those of Newton within the radius
+  bool m_isShortened = false;  // by damping or the radius
+  double m_radius = 0.0;
   double m_reach = kFirstReach;
   int m_plainSteps = 0;  // that second derivatives might have lengthened
   LearnedCurvature<kUnknowns> m_learned;
@@ -412,6 +532,7 @@ class DampedGaussNewton {
   double m_step[kUnknowns] = {};
   double m_matrix[kUnknowns][kUnknowns] = {};  // that the step solves, undamped
   bool m_determined = false;
+  bool m_isOpen = false;                   // whether it is still to be found out
   std::optional<Deviations> m_deviations;  // from the current model
   std::size_t m_walk = 0;                  // that found m_system
   double m_squaredLength = 0.0;            // of the last step, and of the one before

@@ -10,17 +10,18 @@ namespace nu::engine::least_squares {
 template<class Fit>
 bool StartFromSample(PointView points, PointBlocks& blocks, Fit& fit, bool (*start)(PointBlocks&, Fit&)) {
   constexpr int kSampleSteps = 100;
+  constexpr int kPlainSteps = 5;  // that the sample has spared
   const PointSample sample(points);
   PointBlocks sampleBlocks(sample.View(), blocks.Origin());
   sampleBlocks.Keep();
   Fit sampleFit(sampleBlocks);
   if (!start(sampleBlocks, sampleFit)) return false;
-  sampleFit.Descend(kSampleSteps);
+  sampleFit.DescendAnyhow(kSampleSteps);
   if (!sampleFit.Determined()) return false;
   if (sampleBlocks.Scale() != 1.0 && !blocks.FitScale()) return false;
   auto model = sampleFit.Model();
   model.Rescale(blocks.Scale() / sampleBlocks.Scale());
-  fit.Place(model);
+  fit.Place(model, kPlainSteps);
   return true;
 }
 

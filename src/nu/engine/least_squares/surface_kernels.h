@@ -105,7 +105,7 @@ TallReduction ReduceSurface(PointBlocks& points, const Surface& surface) {
   return ReduceRows(points, K + 1, fill);
 }
 
-// Of a surface whose first column is 1, and which has further sums:
+// Of a surface whose first column is 1, or -1 for some points, and which has further sums:
 //
 //   static constexpr int kExtras;
 //   void AddExtras(block, i, weight, Lanes* sum) const.
@@ -131,11 +131,11 @@ NU_ALWAYS_INLINE void ProductsBody(const PointBlock& block, const Surface& given
     int next = 0;
     for (int j = 1; j < Surface::kUnknowns; ++j) {
       column[j] *= weight;
-      sum[next++] += column[j];
+      sum[next++] += column[j] * column[0];
       sum[next++] += column[j] * e;
       for (int k = 1; k <= j; ++k) sum[next++] += column[j] * column[k];
     }
-    sum[next++] += e;
+    sum[next++] += e * column[0];
     sum[next++] += e * e;
     if constexpr (Surface::kExtras > 0) surface.AddExtras(block, i, weight, sum + next);
   }

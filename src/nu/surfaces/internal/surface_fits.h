@@ -84,15 +84,19 @@ GaussNewtonEnd RunSurfaceFit(PointView points, PointBlocks& blocks, Fit& fit, bo
     // Required: this failure is the algebraic fit's own, and hosts catch it as such.
     FailOperation(NuOperationFailed, "calculation", "CNuSurface::QuadricAxes()");
   }
+  // Steps by second derivatives that have not arrived after 24 lead on and on.
+  constexpr CreepRule kLargeSets = {8, 100.0, 2};
   const GaussNewtonRule rule{.tolerance = NuGetTol(),
                              .large = NuGetLarge(),
                              .limit = options.maxIter,
                              .takesLastStep = true,
                              .endsAtGrowth = false,
                              .endsBeforeLimit = true,
-                             .creeping = kPatientRule,
+                             .creeping = points.Size() > kRangedPoints ? kLargeSets : kPatientRule,
                              .monitor = options.monitor};
-  return RunGaussNewton(fit, rule);
+  long count;
+  const GaussNewtonEnd end = RunGaussNewton(fit, rule, count);
+  return end == GaussNewtonEnd::limitReached && count < options.maxIter ? GaussNewtonEnd::unsolvable : end;
 }
 
 // Of the deviations from the least-squares plane.
