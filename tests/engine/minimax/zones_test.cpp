@@ -317,17 +317,18 @@ TEST(NarrowestSlab, IsTheSameByCellsOfDirections) {
     const char* name;
     double stretch, noise, top;
     int copies;
+    bool isCylinder = false;
   };
-  constexpr Kind kinds[] = {{"sphere", 1, 0, 2, 1},   {"ellipsoid", 1.001, 0, 2, 1}, {"oblate", 1.1, 0, 2, 1},
-                            {"rough", 1, 1e-9, 2, 1}, {"rougher", 1, 1e-4, 2, 1},    {"flattened", 1, 0, 0.98, 1},
-                            {"repeated", 1, 0, 2, 10}};
+  constexpr Kind kinds[] = {{"sphere", 1, 0, 2, 1},    {"ellipsoid", 1.001, 0, 2, 1}, {"oblate", 1.1, 0, 2, 1},
+                            {"rough", 1, 1e-9, 2, 1},  {"rougher", 1, 1e-4, 2, 1},    {"flattened", 1, 0, 0.98, 1},
+                            {"repeated", 1, 0, 2, 10}, {"cylinder", 1, 0, 2, 1, true}};
   Random random(54);
   for (const Kind& kind : kinds) {
     SCOPED_TRACE(kind.name);
     std::vector<IndexedPoint> points;
     while (points.size() < 24000) {
       const double t = random.Uniform(0, 360) * kDegree, c = random.Uniform(-1, 1);
-      const double r = 1.0 + random.Uniform(-1, 1) * kind.noise, s = r * std::sqrt(1 - c * c);
+      const double r = 1.0 + random.Uniform(-1, 1) * kind.noise, s = kind.isCylinder ? r : r * std::sqrt(1 - c * c);
       const IndexedPoint p = {{5 + kind.stretch * s * std::cos(t), s * std::sin(t), std::min(r * c, kind.top)},
                               static_cast<int>(points.size())};
       points.insert(points.end(), static_cast<std::size_t>(kind.copies), p);

@@ -20,7 +20,7 @@ NU_KERNEL void HighestOfLanes(Coordinates p, std::size_t count, const double* u,
   for (std::size_t i = 0; i + kLanes <= count; i += kLanes) {
     const double at = static_cast<double>(i);
     for (int k = 0; k < 4; ++k) {
-      const double s = u[k / 2], t = v[k % 2];
+      const double s = u[k], t = v[k];
       NU_LANE_LOOP
       for (int l = 0; l < kLanes; ++l) {
         const double h = (p.x[i + l] * s + p.z[i + l]) + p.y[i + l] * t;
@@ -62,7 +62,7 @@ void HighPoints::Reserve(std::size_t size) {
   m_number.resize(grown);
 }
 
-void HighPoints::FindHighest(const List& list, const double (&u)[2], const double (&v)[2],
+void HighPoints::FindHighest(const List& list, const double (&u)[4], const double (&v)[4],
                              std::size_t (&place)[4]) const {
   constexpr std::size_t kFew = 2 * kLanes;
   const std::size_t inLanes = list.Size() < kFew ? 0 : list.Size() / kLanes * kLanes;
@@ -77,7 +77,7 @@ void HighPoints::FindHighest(const List& list, const double (&u)[2], const doubl
       if (most[k][l] > highest) highest = most[k][l], place[k] = begin + static_cast<std::size_t>(where[k][l]) + l;
     }
     for (std::size_t i = begin + inLanes; i < list.end; ++i) {
-      const double h = Height(i, u[k / 2], v[k % 2]);
+      const double h = Height(i, u[k], v[k]);
       if (h > highest) highest = h, place[k] = i;
     }
   }

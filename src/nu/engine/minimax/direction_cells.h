@@ -47,8 +47,8 @@ class HighPoints {
   // Of a place along (u, v, 1).
   double Height(std::size_t place, double u, double v) const { return (X()[place] * u + Z()[place]) + Y()[place] * v; }
 
-  // The place of the highest point of a list along (u[i], v[j], 1), as place[2 i + j].
-  void FindHighest(const List& list, const double (&u)[2], const double (&v)[2], std::size_t (&place)[4]) const;
+  // The places of the highest points of a list along (u[k], v[k], 1).
+  void FindHighest(const List& list, const double (&u)[4], const double (&v)[4], std::size_t (&place)[4]) const;
   // Appends those of a list that rise less than `slack` below the height of one of them, or above, somewhere in a cell:
   // at one of its corners, as heights are linear in u and v. Of points that coincide with that one it alone stays.
   List AppendHigh(const List& list, const DirectionCell& cell, std::size_t place, double slack);

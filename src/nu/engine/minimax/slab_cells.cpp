@@ -19,10 +19,10 @@
 // than the least so far. On a sphere of radius r a pair near the middle of a cell leaves it out when the corners are
 // seen from there under an angle a with r a^2 < 2 r - W.
 //
-// A cell that stays is cut into four. A point that is below p at all corners of a part is nowhere the highest in it:
-// the lists of points shrink with the cells. When they are down to a few, the normals of planes through three of them
-// and along two edges show whether the cell holds a slab that might be the narrowest; if so it is found among these
-// points.
+// A cell that stays is cut into four, by halves or, where the width changes much faster one way, by slices. A point
+// that is below p at all corners of a part is nowhere the highest in it: the lists of points shrink with the cells.
+// When they are down to a few, the normals of planes through three of them and along two edges show whether the cell
+// holds a slab that might be the narrowest; if so it is found among these points.
 
 namespace nu::engine::minimax {
 namespace {
@@ -38,23 +38,26 @@ double Halfway(double a, double b) {
   return (a * lengthB + b * lengthA) / (lengthA + lengthB);
 }
 
-// A cell cut into four, and the middles of the parts.
-struct Quarters {
-  explicit Quarters(const DirectionCell& whole)
-      : cell(whole),
-        u{cell.u[0], Halfway(cell.u[0], cell.u[1]), cell.u[1]},
-        v{cell.v[0], Halfway(cell.v[0], cell.v[1]), cell.v[1]},
-        middleU{Halfway(u[0], u[1]), Halfway(u[1], u[2])},
-        middleV{Halfway(v[0], v[1]), Halfway(v[1], v[2])} {}
+// A cell cut into four, and the middles of the parts: into halves both ways, or into slices across u or v.
+enum class Cut { kQuarters, kAcrossU, kAcrossV };
 
-  DirectionCell Part(int k) const {
-    const int i = k / 2, j = k % 2;
-    return {cell.axis, {u[i], u[i + 1]}, {v[j], v[j + 1]}};
+struct Quarters {
+  Quarters(const DirectionCell& cell, Cut cut) {
+    const double middleOfU = Halfway(cell.u[0], cell.u[1]), middleOfV = Halfway(cell.v[0], cell.v[1]);
+    const double u[] = {cell.u[0], Halfway(cell.u[0], middleOfU), middleOfU, Halfway(middleOfU, cell.u[1]), cell.u[1]};
+    const double v[] = {cell.v[0], Halfway(cell.v[0], middleOfV), middleOfV, Halfway(middleOfV, cell.v[1]), cell.v[1]};
+    for (int k = 0; k < 4; ++k) {
+      part[k] = cut == Cut::kQuarters
+                    ? DirectionCell{cell.axis, {u[k / 2 * 2], u[k / 2 * 2 + 2]}, {v[k % 2 * 2], v[k % 2 * 2 + 2]}}
+                : cut == Cut::kAcrossU ? DirectionCell{cell.axis, {u[k], u[k + 1]}, {cell.v[0], cell.v[1]}}
+                                       : DirectionCell{cell.axis, {cell.u[0], cell.u[1]}, {v[k], v[k + 1]}};
+      middleU[k] = Halfway(part[k].u[0], part[k].u[1]);
+      middleV[k] = Halfway(part[k].v[0], part[k].v[1]);
+    }
   }
 
-  DirectionCell cell;
-  double u[3], v[3];
-  double middleU[2], middleV[2];
+  DirectionCell part[4];
+  double middleU[4], middleV[4];
 };
 
 class CellSearch {
@@ -73,7 +76,7 @@ class CellSearch {
     const HighPoints::List all{0, m_points.size()};
     for (int axis = 0; axis < 3; ++axis) {
       for (HighPoints& side : m_side) side.SetAxis(axis);
-      if (!Divide({axis, {-1.0, 1.0}, {-1.0, 1.0}}, {{all, all}, 0})) return false;
+      if (!Divide({axis, {-1.0, 1.0}, {-1.0, 1.0}}, {{all, all}, 0}, Cut::kQuarters)) return false;
     }
     if (m_best.slab.high == nullptr) return false;
     narrowest = std::move(m_best);
@@ -100,11 +103,11 @@ class CellSearch {
 
   // ---- the end of hopeless searches
 
-  // In visits of a point. Measured: a sphere takes 50 per point, a regular lattice on it 140, and the hull of all
-  // points of a sphere as long as 250.
+  // In visits of a point. Measured: a sphere takes 50 per point, a cylinder 105, a regular lattice on a sphere 140, and
+  // the hull of all points of a sphere as long as 250.
   bool Spend(std::size_t work) {
     constexpr std::size_t kPatience = 40;
-    constexpr double kMostWork = 160.0;
+    constexpr double kMostWork = 250.0;
     const std::size_t size = m_points.size();
     const std::size_t passes = m_work / size;
     m_work += work;
@@ -131,22 +134,42 @@ class CellSearch {
   }
 
   // False when the search ends; so do all below.
-  bool Divide(const DirectionCell& cell, const Lists& lists) {
+  bool Divide(const DirectionCell& cell, const Lists& lists, Cut cut) {
     constexpr std::size_t kOfACell = 20;
     if (!Spend(lists.Size() + kOfACell)) return false;
-    const Quarters quarters(cell);
+    const Quarters quarters(cell, cut);
     std::size_t place[2][4] = {};
     for (const int side : {0, 1}) {
       m_side[side].FindHighest(lists.side[side], quarters.middleU, quarters.middleV, place[side]);
     }
     for (int k = 0; k < 4; ++k) {
-      const double width = WidthOf({{place[0][k], place[1][k]}}, quarters.middleU[k / 2], quarters.middleV[k % 2]);
+      const double width = WidthOf({{place[0][k], place[1][k]}}, quarters.middleU[k], quarters.middleV[k]);
       m_limit = std::min(m_limit, width + 4.0 * m_heightError);
     }
     for (int k = 0; k < 4; ++k) {
-      if (!Search(quarters.Part(k), lists, {{place[0][k], place[1][k]}})) return false;
+      if (!Search(quarters.part[k], lists, {{place[0][k], place[1][k]}})) return false;
     }
     return true;
+  }
+
+  // Round a cylinder the width changes much faster along the axis than across: there slices leave fewer cells. Their
+  // sides are weighed by how far the height of the pair over the limit changes along them.
+  Cut CutOf(const DirectionCell& cell, const Pair& pair) const {
+    constexpr double kSlender = 8.0;
+    const double* u = cell.u;
+    const double* v = cell.v;
+    const auto change = [&](double s, double t, double length) {
+      return std::fabs(s - t) + 0.25 * m_limit * length * length;
+    };
+    const auto excess = [&](double s, double t) {
+      return m_side[0].Height(pair.place[0], s, t) + m_side[1].Height(pair.place[1], s, t) -
+             m_limit * std::sqrt(1.0 + s * s + t * t);
+    };
+    const double middleU = Halfway(u[0], u[1]), middleV = Halfway(v[0], v[1]);
+    const double alongU = change(excess(u[0], middleV), excess(u[1], middleV), u[1] - u[0]);
+    const double alongV = change(excess(middleU, v[0]), excess(middleU, v[1]), v[1] - v[0]);
+    if (alongU > kSlender * alongV) return Cut::kAcrossU;
+    return alongV > kSlender * alongU ? Cut::kAcrossV : Cut::kQuarters;
   }
 
   // A part of the cell that the lists are for, with the points along its middle.
@@ -158,7 +181,7 @@ class CellSearch {
     }
     part.stalls = 4 * part.Size() > 3 * lists.Size() ? lists.stalls + 1 : 0;
     const bool isDivided = part.Size() > kFew && part.stalls < kMostStalls;
-    const bool goesOn = isDivided ? Divide(cell, part) : Solve(cell, part) && Finish(cell);
+    const bool goesOn = isDivided ? Divide(cell, part, CutOf(cell, pair)) : Solve(cell, part) && Finish(cell);
     for (const int side : {0, 1}) m_side[side].Drop(part.side[side]);
     return goesOn;
   }
