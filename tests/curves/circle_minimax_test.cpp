@@ -146,10 +146,11 @@ TEST(InscribedCircle, AgreesWithAllSupportSets) {
 }
 
 // Twice the points have the same circle, though of many points only few are solved: a rough ring, an arc, an oval with
-// all points on its hull, two clusters, a square with sides of equal distance, a filled disc.
+// all points on its hull, two clusters, a square with sides of equal distance, a filled disc, a slender ellipse, a star
+// that nearly touches the circle along stretches, a wave.
 TEST(InscribedCircle, OfManyPointsIsThatOfTheFewThatMatter) {
   Random random(504);
-  for (int kind = 0; kind < 6; ++kind) {
+  for (int kind = 0; kind < 9; ++kind) {
     const int n = 20000;
     CNuPointArray points(2 * n);
     for (int i = 0; i < n; ++i) {
@@ -157,6 +158,12 @@ TEST(InscribedCircle, OfManyPointsIsThatOfTheFewThatMatter) {
       const double r = kind < 2 ? 18.0 + 0.05 * u : kind == 5 ? 5.0 * std::sqrt(std::fabs(u)) : 5.0;
       CNuPoint p(r * std::cos(t) + 3.0, (kind == 2 ? 0.6 : 1.0) * r * std::sin(t));
       if (kind == 3) p = CNuPoint(p.x() * u + (i % 2) * 40.0, p.y());
+      if (kind == 6) p = CNuPoint(10.0 * std::cos(t), 0.1 * std::sin(t) + 1e-3 * u);
+      if (kind == 7) {
+        const double wide = 10.0 + 4.0 * std::cos(5.0 * t);
+        p = CNuPoint(wide * std::cos(t), wide * std::sin(t));
+      }
+      if (kind == 8) p = CNuPoint(3.0 * t, std::sin(3.0 * t));
       if (kind == 4) p = i % 2 == 0 ? CNuPoint(u, i % 4 - 1.0) : CNuPoint(i % 4 - 2.0, u);
       points.Add(p);
     }

@@ -205,8 +205,9 @@ class SeenPolygon {
 
   // For an empty circle of the radius given. False when the origin is not clearly inside.
   bool See(const std::vector<Vec2>& corners, double radius) {
-    m_radius = radius;
-    m_long.clear();
+    m_isLong.clear();
+    m_hasLong = false;
+    m_most.clear();
     m_corners = corners;
     const std::size_t n = corners.size();
     const auto byCell = [](Vec2 a, Vec2 b) { return CellOf(a) < CellOf(b); };
@@ -216,11 +217,12 @@ class SeenPolygon {
     m_begin.assign(kCells + 1, 0);
     for (std::size_t i = 0; i < n; ++i) {
       const Vec2 p = m_corners[i], q = m_corners[(i + 1) % n];
-      const double distance = AccurateCross(p, q) / std::sqrt(Dot(q - p, q - p)) - kGridSlack;
+      m_most.push_back(AccurateCross(p, q));
+      const double distance = m_most.back() / std::sqrt(Dot(q - p, q - p)) - kGridSlack;
       if (!(distance > 0.0)) return false;
-      if (Dot(q - p, q - p) > 4.0 * (1.0 - 2.0 * kShare) * (1.0 - 2.0 * kShare) * radius * radius) {
-        m_long.push_back(static_cast<int>(i));
-      }
+      constexpr double kShort = 1.0 - 2.0 * kShare;
+      m_isLong.push_back(Dot(q - p, q - p) > 4.0 * kShort * kShort * radius * radius);
+      m_hasLong = m_hasLong || m_isLong.back();
       const std::size_t last = i + 1 < n ? CellOf(q) : CellOf(q) + kCells;
       for (std::size_t cell = CellOf(p); cell <= last; ++cell) {
         m_near[cell % kCells] = std::min(m_near[cell % kCells], distance * distance);
@@ -230,8 +232,9 @@ class SeenPolygon {
       }
     }
     for (std::size_t cell = CellOf(m_corners[n - 1]) + 1; cell <= kCells; ++cell) m_begin[cell] = static_cast<int>(n);
-    m_reach = 0.0;
-    for (const Vec2& p : m_corners) m_reach = std::max(m_reach, std::sqrt(Dot(p, p)));
+    double reach = 0.0;
+    for (const Vec2& p : m_corners) reach = std::max(reach, std::sqrt(Dot(p, p)));
+    for (double& most : m_most) most *= kShare * radius / reach;
     m_least = *std::min_element(m_near.begin(), m_near.end());
     return true;
   }
@@ -247,22 +250,17 @@ class SeenPolygon {
     if (square <= m_least) return false;
     const std::size_t cell = CellOf(steps);
     if (square <= m_near[cell]) return false;
-    // The sides of the cell and of its neighbours.
+    // It is seen through a side of the cell or of its neighbours.
     const int n = static_cast<int>(m_corners.size());
     const int from = (cell > 0 ? m_begin[cell - 1] : m_begin[kCells - 1] - n) - 1;
     const int to = cell + 2 <= kCells ? m_begin[cell + 2] : n + m_begin[1];
     const Vec2 p = GridFrame::Rounded(steps);
-    bool isOutside = false;
-    for (int i = from; i < to; ++i) {
-      const Vec2 a = Corner(i), b = Corner(i + 1);
-      if (GridOrientation(a, b, p) >= 0) continue;
-      isOutside = true;
-      if (AccurateCross(b - a, a - p) * m_reach > kShare * m_radius * AccurateCross(a, b)) return true;
+    const int side = SideSeenAt(p, from, to);
+    for (int i = side - 1; i <= side + 1; ++i) {
+      const Vec2 a = Corner(i);
+      if (Cross(Corner(i + 1) - a, a - p) > m_most[Place(i)]) return true;
     }
-    if (!isOutside) return false;
-    return m_long.size() > kMostLong || std::any_of(m_long.begin(), m_long.end(), [&](int i) {
-             return GridOrientation(Corner(i), Corner(i + 1), p) < 0;
-           });
+    return m_hasLong && IsBeyondLong(side, p);
   }
 
  private:
@@ -270,21 +268,48 @@ class SeenPolygon {
   static constexpr double kGridSlack = 16.0;
   // Of the radius: how far the hull may lie beyond the polygon.
   static constexpr double kShare = 0.25;
-  // More would take longer than to let the hull grow.
-  static constexpr std::size_t kMostLong = 64;
 
-  Vec2 Corner(int i) const {
+  std::size_t Place(int i) const {
     const int n = static_cast<int>(m_corners.size());
-    return m_corners[static_cast<std::size_t>((i % n + n) % n)];
+    while (i < 0) i += n;
+    while (i >= n) i -= n;
+    return static_cast<std::size_t>(i);
+  }
+  Vec2 Corner(int i) const { return m_corners[Place(i)]; }
+
+  bool IsBeyond(int side, Vec2 p) const { return GridOrientation(Corner(side), Corner(side + 1), p) < 0; }
+
+  // Of the sides of some cells, the one through which p is seen, or next to it where rounding decides. A slender
+  // polygon has most of its sides in a few cells.
+  int SideSeenAt(Vec2 p, int from, int to) const {
+    while (to - from > 1) {
+      const int middle = from + (to - from) / 2;
+      (Cross(Corner(middle), p) >= 0.0 ? from : to) = middle;
+    }
+    return from;
+  }
+
+  // The sides that a point is beyond follow each other.
+  bool IsBeyondLong(int side, Vec2 p) const {
+    const int n = static_cast<int>(m_corners.size());
+    for (const int step : {-1, 1}) {
+      for (int k = 0; k < n; ++k) {
+        const int i = side + k * step;
+        const bool isBeyond = IsBeyond(i, p);
+        if (!isBeyond && k > 1) break;
+        if (isBeyond && m_isLong[Place(i)]) return true;
+      }
+    }
+    return false;
   }
 
   std::vector<Vec2> m_corners;  // in the order of their cells
   std::vector<double> m_near;   // per cell: the squared distance from which on a point may be outside
   std::vector<int> m_begin;     // per cell: its first corner, or the next one
   double m_least = 0.0;
-  std::vector<int> m_long;  // sides that are not short against the radius
-  double m_reach = 0.0;     // of the corners
-  double m_radius = 0.0;
+  std::vector<bool> m_isLong;  // per side: it is not short against the radius
+  bool m_hasLong = false;
+  std::vector<double> m_most;  // per side: how far beyond it a point does not matter, times the length of the side
 };
 
 // Of measured outlines few points matter: those of the hull and those next to the empty circle. The largest empty
@@ -300,10 +325,14 @@ class FewPoints {
 
   // On the grid; not found when too many points matter.
   EmptyCircle Run() {
-    constexpr int kRounds = 12;
+    constexpr int kRounds = 16;
+    constexpr std::size_t kMostSearched = 4;
     if (!m_frame.finite) return {};
     AddExtremes();
-    for (int round = 0; round < kRounds && m_few.size() >= 2 && m_few.size() < m_points.Size() / 16; ++round) {
+    if (m_few.size() < 2) return {};
+    std::size_t searched = 0;
+    for (int round = 0; round < kRounds && searched <= m_points.Size() / kMostSearched; ++round) {
+      searched += m_few.size();
       Search search(m_few);
       const EmptyCircle circle = search.Run();
       if (!circle.found || !m_polygon.See(search.Corners(), circle.radius)) return {};
@@ -311,17 +340,24 @@ class FewPoints {
       const std::size_t before = m_few.size();
       const std::size_t offenders = AddOffenders(circle);
       if (offenders == 0) return circle;
-      if (m_few.size() == before || (round >= kPatience && offenders > m_points.Size() / 64)) return {};
+      if (m_few.size() == before || AreTooMany(offenders, round)) break;
     }
-    return {};
+    return BySquares();
   }
 
  private:
+  // As many rounds are worth their passes as bring the offenders down to a share of the points, and twice as many to a
+  // smaller one.
   static constexpr int kPatience = 2;
+  bool AreTooMany(std::size_t offenders, int round) const {
+    constexpr std::size_t kShare = 256, kSmallShare = 1024;
+    return (round >= kPatience && offenders > m_points.Size() / kShare) ||
+           (round >= 2 * kPatience && offenders > m_points.Size() / kSmallShare);
+  }
   // A round takes one offender from each cell; all of them where they are no more than one in kFewShare of the points,
   // as on a stretch that nearly touches the circle and lies in few cells. Where more than one in kMostShare offend, no
   // few rounds bring them down: the points fill an area, or a slender outline has nearly all of them in a few cells.
-  static constexpr std::size_t kFewShare = 256;
+  static constexpr std::size_t kFewShare = 64;
   static constexpr std::size_t kMostShare = 8;
   static constexpr std::size_t kSampleStep = 64;
 
@@ -346,7 +382,7 @@ class FewPoints {
     });
   }
 
-  // Where points fill an area few of them are next to a large circle.
+  // Where points fill an area, or the border of a slender one, few of them are next to a large circle.
   EmptyCircle BySquares() {
     std::vector<Vec2> all, outer = m_few;
     all.reserve(m_points.Size());
@@ -354,13 +390,11 @@ class FewPoints {
       all.push_back(GridFrame::Rounded(steps));
       if (!m_polygon.IsInside(steps)) outer.push_back(all.back());
     });
-    // A slender outline fills no area.
-    if (outer.size() > all.size() / 2) return {};
     SortOnGrid(outer);
     const ConvexPolygon2 hull(outer);
     const FarSquares squares(all, hull);
     if (!squares.IsFound()) return {};
-    const std::vector<Vec2> near = squares.PointsNear();
+    const std::vector<Vec2> near = squares.PointsNear(all);
     if (near.size() < 2 || near.size() > all.size() / 2) return {};
     const EmptyCircle circle = Search(near, hull, squares).Run();
     return circle.found && IsEmpty(circle, all) ? circle : EmptyCircle{};

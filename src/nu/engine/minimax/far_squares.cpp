@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "nu/engine/base/floating_point.h"
 
@@ -11,6 +12,10 @@
 //
 // The points are in square buckets. Within a ring of buckets round c all points are farther than the ring is wide. That
 // f(c) is at least f(b) - |c - b|, for the middle b of the square before, tells from which ring on there may be points.
+//
+// An outline has many points in few buckets. One point of each small part of a bucket stands for the others there. Seen
+// from these, f is larger by no more than a part is wide: squares are left out as before, and a place proves a radius
+// that is less by so much.
 
 namespace nu::engine::minimax {
 namespace {
@@ -33,9 +38,11 @@ FarSquares::FarSquares(const std::vector<Vec2>& points, const ConvexPolygon2& hu
   }
   if (!(m_insideReach > kSlack)) return;
   FillBuckets(points);
-  // Else nearly all are on a few curves, in buckets with too many points to look at.
-  constexpr std::size_t kMostShare = 16;
-  if (m_filled > points.size() / kMostShare) Find();
+  constexpr std::size_t kMany = 16, kMostWork = 32, kMostWorkWhenThin = 16;
+  const bool isOutline = m_filled <= points.size() / kMany;
+  if (isOutline) ThinBuckets();
+  m_mostWork = (isOutline ? kMostWorkWhenThin : kMostWork) * points.size();
+  Find();
 }
 
 void FarSquares::FillBuckets(const std::vector<Vec2>& points) {
@@ -61,6 +68,32 @@ void FarSquares::FillBuckets(const std::vector<Vec2>& points) {
   for (const Vec2& p : points) m_points[--m_begin[Bucket(Column(p.x), Row(p.y))]] = p;
   m_half = 0.5 * longest;
   m_squares.assign(1, {m_least + Vec2{m_half, m_half}, 0.0});
+}
+
+// Leaves one point in each part of a bucket.
+void FarSquares::ThinBuckets() {
+  constexpr int kParts = 8;  // along a side; all have a bit in a word
+  const double part = m_step / kParts;
+  const auto partOf = [part](double offset) { return static_cast<int>(std::clamp(offset / part, 0.0, kParts - 1.0)); };
+  std::uint32_t kept = 0;
+  for (int row = 0; row < m_rows; ++row) {
+    for (int column = 0; column < m_columns; ++column) {
+      const Vec2 corner = m_least + m_step * Vec2{1.0 * column, 1.0 * row};
+      const std::size_t bucket = Bucket(column, row);
+      std::uint64_t filled = 0;
+      const std::uint32_t first = m_begin[bucket], last = m_begin[bucket + 1];
+      m_begin[bucket] = kept;
+      for (std::uint32_t i = first; i < last; ++i) {
+        const Vec2 offset = m_points[i] - corner;
+        const std::uint64_t bit = std::uint64_t{1} << (kParts * partOf(offset.y) + partOf(offset.x));
+        if ((filled & bit) == 0) m_points[kept++] = m_points[i];
+        filled |= bit;
+      }
+    }
+  }
+  m_begin.back() = kept;
+  m_points.resize(kept);
+  m_thinning = kRoot2 * part + kSlack;
 }
 
 int FarSquares::Column(double x) const {
@@ -125,14 +158,16 @@ double FarSquares::DistanceOutside(Vec2 p) const {
 
 // Whether a square of the half diagonal r stays.
 bool FarSquares::Keep(Vec2 middle, double least) {
+  constexpr std::size_t kOfAnExit = 32;
   const double r = kRoot2 * m_half;
   const double enough = m_radius - r - kSlack;
   const double distance = DistanceFrom(middle, least, enough);
   if (distance < enough) return false;
   if (distance > std::min(r, m_radius)) {
+    m_work += kOfAnExit;
     const double outside = DistanceOutside(middle);
     if (outside > r + kSlack) return false;
-    if (outside < -kSlack) m_radius = std::max(m_radius, distance - kSlack);
+    if (outside < -kSlack) m_radius = std::max(m_radius, distance - m_thinning - kSlack);
   }
   m_squares.push_back({middle, distance});
   return true;
@@ -140,7 +175,6 @@ bool FarSquares::Keep(Vec2 middle, double least) {
 
 // Cuts the squares. False when that takes too long.
 bool FarSquares::Cut() {
-  constexpr std::size_t kMostWork = 32;
   std::vector<Square> whole;
   whole.swap(m_squares);
   m_half *= 0.5;
@@ -150,7 +184,7 @@ bool FarSquares::Cut() {
     for (const double x : {-m_half, m_half}) {
       for (const double y : {-m_half, m_half}) Keep(square.middle + Vec2{x, y}, square.distance - kRoot2 * m_half);
     }
-    if (m_work > kMostWork * m_points.size()) return false;
+    if (m_work > m_mostWork) return false;
   }
   return true;
 }
@@ -159,11 +193,19 @@ void FarSquares::Find() {
   // The squares are small against the radius.
   constexpr double kSmall = 1.0 / 32.0;
   constexpr int kMostCuts = 30;
-  constexpr std::size_t kMostShare = 64;
-  for (int cuts = 0; !(kRoot2 * m_half < kSmall * m_radius); ++cuts) {
+  constexpr std::size_t kMost = std::size_t{1} << 11;
+  // Few are made smaller, at next to no cost.
+  constexpr double kSmallest = 1.0 / 512.0;
+  const std::size_t few = m_mostWork / (64 * kMost);
+  const double least = std::max(m_thinning, 64.0 * kSlack);
+  const auto areSmall = [&] {
+    const double r = kRoot2 * m_half;
+    return r < kSmall * m_radius && (r < kSmallest * m_radius || m_squares.size() > few || r < least);
+  };
+  for (int cuts = 0; !areSmall(); ++cuts) {
     if (cuts == kMostCuts || !Cut()) return;
   }
-  if (m_squares.size() > m_points.size() / kMostShare) return;
+  if (m_squares.size() > m_mostWork / kMost) return;
   m_isNear.assign(m_begin.size(), false);
   for (const Square& square : m_squares) {
     MarkNear(square, 2.0 * kRoot2 * m_half + kSlack);
@@ -172,20 +214,34 @@ void FarSquares::Find() {
   std::sort(m_codes.begin(), m_codes.end());
 }
 
+// Of a place from the points that may be in a bucket, or less.
+double FarSquares::DistanceFromBucket(Vec2 p, std::size_t bucket) const {
+  const std::size_t columns = static_cast<std::size_t>(m_columns), rowsBefore = bucket / columns;
+  const double column = static_cast<double>(bucket % columns), row = static_cast<double>(rowsBefore);
+  const Vec2 middle = m_least + m_step * Vec2{column + 0.5, row + 0.5};
+  const double x = std::max(0.0, std::fabs(p.x - middle.x) - 0.5 * m_step - kSlack);
+  const double y = std::max(0.0, std::fabs(p.y - middle.y) - 0.5 * m_step - kSlack);
+  return std::sqrt(x * x + y * y);
+}
+
 // The circles about places of a square have their points in a ring about its middle.
 void FarSquares::MarkNear(const Square& square, double reach) {
-  const int last =
-      static_cast<int>(std::min((square.distance + reach) / m_step + 1.0, 1.0 * std::max(m_columns, m_rows)));
-  for (int ring = FirstRing(square.middle, square.distance - kSlack); ring <= last; ++ring) {
+  const double most = square.distance + reach;
+  const int last = static_cast<int>(std::min(most / m_step + 1.0, 1.0 * std::max(m_columns, m_rows)));
+  for (int ring = FirstRing(square.middle, square.distance - m_thinning - kSlack); ring <= last; ++ring) {
     ForRing(square.middle, ring, [&](std::size_t from, std::size_t to) {
-      for (std::size_t bucket = from; bucket <= to; ++bucket) m_isNear[bucket] = true;
+      for (std::size_t bucket = from; bucket <= to; ++bucket) {
+        if (DistanceFromBucket(square.middle, bucket) <= most) m_isNear[bucket] = true;
+      }
     });
   }
 }
 
-std::vector<Vec2> FarSquares::PointsNear() const {
+std::vector<Vec2> FarSquares::PointsNear(const std::vector<Vec2>& points) const {
   std::vector<Vec2> near;
-  for (std::size_t bucket = 0; bucket + 1 < m_begin.size(); ++bucket) {
+  const auto isNear = [this](const Vec2& p) { return m_isNear[Bucket(Column(p.x), Row(p.y))]; };
+  if (m_thinning > 0.0) std::copy_if(points.begin(), points.end(), std::back_inserter(near), isNear);
+  for (std::size_t bucket = 0; m_thinning == 0.0 && bucket + 1 < m_begin.size(); ++bucket) {
     if (!m_isNear[bucket]) continue;
     near.insert(near.end(), m_points.data() + m_begin[bucket], m_points.data() + m_begin[bucket + 1]);
   }

@@ -20,8 +20,8 @@ class FarSquares {
   bool IsFound() const { return !m_codes.empty(); }
   // A radius that the largest circle has at least.
   double Radius() const { return m_radius; }
-  // In the order of the grid, each once.
-  std::vector<Vec2> PointsNear() const;
+  // In the order of the grid, each once; of the points given first.
+  std::vector<Vec2> PointsNear(const std::vector<Vec2>& points) const;
   bool Hold(Vec2 place) const;
 
  private:
@@ -31,6 +31,7 @@ class FarSquares {
   };
 
   void FillBuckets(const std::vector<Vec2>& points);
+  void ThinBuckets();
   int Column(double x) const;
   int Row(double y) const;
   std::size_t Bucket(int column, int row) const { return static_cast<std::size_t>(row) * m_columns + column; }
@@ -41,6 +42,7 @@ class FarSquares {
   double DistanceOutside(Vec2 p) const;
   bool Cut();
   bool Keep(Vec2 middle, double least);
+  double DistanceFromBucket(Vec2 p, std::size_t bucket) const;
   void MarkNear(const Square& square, double reach);
   void Find();
   std::uint64_t CodeOf(Vec2 place) const;
@@ -54,12 +56,13 @@ class FarSquares {
   std::vector<std::uint32_t> m_begin;  // per bucket
   std::size_t m_filled = 0;            // buckets with points
   std::vector<Vec2> m_points;          // by buckets
+  double m_thinning = 0.0;             // a point that was left out is no farther from one of these
   std::vector<bool> m_isNear;          // per bucket
   std::vector<Square> m_squares;
   double m_half = 0.0;        // side of the squares
   double m_lastColumn = 0.0;  // and row of squares; the border beyond belongs to it
   double m_radius = 0.0;
-  std::size_t m_work = 0;
+  std::size_t m_work = 0, m_mostWork = 0;
   std::vector<std::uint64_t> m_codes;  // of the squares, ascending
 };
 
