@@ -376,7 +376,7 @@ TEST(FarSquares, HoldTheLargestEmptyCircle) {
     EXPECT_TRUE(squares.Hold(onGrid(circle.centre)));
     EXPECT_LE(squares.Radius(), circle.radius / grid.unit);
     EXPECT_GE(squares.Radius(), 0.95 * circle.radius / grid.unit);
-    const std::vector<Vec2> near = squares.PointsNear();
+    const std::vector<Vec2> near = squares.PointsNear(grid.points);
     EXPECT_LT(near.size(), grid.points.size() / 2);
     for (int k = 0; k < circle.contacts; ++k) {
       const Vec2 contact = GridFrame::Rounded(onGrid(circle.contact[k]));
