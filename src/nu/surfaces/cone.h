@@ -31,8 +31,8 @@ class NU_EXPORT CNuConSurf : public CNuSurface {
   // step whose squared length is below NuGetTol(), which is applied. Ten steps suffice for measured points.
   // Fails with CNuBestfitException ("CNuConSurf"), the cone unchanged, `form` and `sumSquares` 0 but for cause 13:
   //   13  maxIter < 1     1  fewer than 6 points     4  points in one plane     2  fewer than 6 distinct points
-  //   11  the points do not determine a cone, or it is a cylinder or a plane within rounding errors of the coordinates
-  //       or of its own numbers: the apex is 2^26 times as far away as the points reach, or farther
+  //   11  the points determine no cone, so that steps creep, or it is a cylinder or a plane within rounding errors
+  //       of the coordinates or of its own numbers: the apex is 2^26 times as far away as the points reach, or farther
   //   12  maxIter, or 100 000, steps were used up
   // The failure of QuadricAxes passes through.
   void Fit(const CNuPointArray& points, long maxIter);

@@ -56,7 +56,7 @@ class NU_EXPORT CNuCylSurf : public CNuSurface {
   // moves the axis among the points by a squared length below NuGetTol(), or by rounding errors.
   // Fails with CNuBestfitException ("CNuCylSurf"), the cylinder unchanged, `form` and `sumSquares` 0 but for cause 13:
   //   13  maxIter < 1     1  fewer than 5 points     4  points in one plane     2  fewer than 5 distinct points
-  //   11  the points do not determine a cylinder, or its radius is 2^26 times as large as they reach
+  //   11  the points determine no cylinder, so that steps creep, or its radius is 2^26 times as large as they reach
   //   12  maxIter, or 100 000, steps were used up; named "CNuCircle" (required)
   // The failure of QuadricAxes passes through.
   void Fit(const CNuPointArray& points, long maxIter);

@@ -76,13 +76,14 @@ class CreepWatch {
   int m_slow = 0;
 };
 
+// Steps on points that are no circle at all may creep or go round for ever, whatever limit a host passes.
+inline constexpr long kMostGaussNewtonSteps = 100'000;
+
 // Drives a problem with `GaussNewtonStep SolveStep()`, which finds the step from the current parameters, and
 // `void TakeStep()`, which adds it to them; `count` receives the number of steps.
 template<class Problem>
 GaussNewtonEnd RunGaussNewton(Problem& problem, const GaussNewtonRule& rule, long& count) {
-  // Steps on points that are no circle at all may creep or go round for ever, whatever limit a host passes.
-  constexpr long kMostSteps = 100'000;
-  const long limit = std::min(rule.limit, kMostSteps);
+  const long limit = std::min(rule.limit, kMostGaussNewtonSteps);
   const double tolerance = rule.tolerance < kEpsilon * kEpsilon ? 0.0 : rule.tolerance;
   double previous = rule.large;
   double current = 0.1 * rule.large;

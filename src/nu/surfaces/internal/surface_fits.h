@@ -96,7 +96,8 @@ GaussNewtonEnd RunSurfaceFit(PointView points, PointBlocks& blocks, Fit& fit, bo
                              .monitor = options.monitor};
   long count;
   const GaussNewtonEnd end = RunGaussNewton(fit, rule, count);
-  return end == GaussNewtonEnd::limitReached && count < options.maxIter ? GaussNewtonEnd::unsolvable : end;
+  const bool creeps = end == GaussNewtonEnd::limitReached && count < std::min(options.maxIter, kMostGaussNewtonSteps);
+  return creeps ? GaussNewtonEnd::unsolvable : end;
 }
 
 // Of the deviations from the least-squares plane.
